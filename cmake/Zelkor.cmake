@@ -1,0 +1,71 @@
+# Compile settings shared by every target, and the two helpers that make floors and tests.
+
+add_library(zelkor_settings INTERFACE)
+target_compile_features(zelkor_settings INTERFACE cxx_std_20)
+target_include_directories(zelkor_settings INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(zelkor_settings INTERFACE
+  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor -Woverloaded-virtual -Werror>
+  $<$<CXX_COMPILER_ID:MSVC>:/W4 /WX /utf-8>)
+target_compile_definitions(zelkor_settings INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
+  ZELKOR_VERSION="${PROJECT_VERSION}")
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  target_compile_options(zelkor_settings INTERFACE -Wno-shadow)
+endif()
+if(ZELKOR_SANITIZE)
+  target_compile_options(zelkor_settings INTERFACE
+    -fsanitize=${ZELKOR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(zelkor_settings INTERFACE -fsanitize=${ZELKOR_SANITIZE})
+endif()
+if(ZELKOR_FUZZ)
+  target_compile_options(zelkor_settings INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+find_program(ZELKOR_MOLD mold)
+if(ZELKOR_MOLD AND NOT MSVC)
+  target_link_options(zelkor_settings INTERFACE -fuse-ld=mold)
+endif()
+find_program(ZELKOR_CCACHE ccache)
+if(ZELKOR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR}
+      CCACHE_NOHASHDIR=1 ${ZELKOR_CCACHE})
+endif()
+
+# zelkor_floor(NAME LIBS ...): the library of the folder NAME, made of every .cpp in it.
+function(zelkor_floor name)
+  cmake_parse_arguments(F "" "" "LIBS" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${name}/*.cpp
+       ${CMAKE_SOURCE_DIR}/${name}/*.h ${CMAKE_SOURCE_DIR}/${name}/*.qrc)
+  list(FILTER sources EXCLUDE REGEX "/app/main\\.cpp$")
+  if(NOT sources)
+    return()
+  endif()
+  add_library(zelkor_${name} STATIC ${sources})
+  target_link_libraries(zelkor_${name} PUBLIC ${F_LIBS} PRIVATE zelkor_settings)
+  if(name STREQUAL "text")
+    set_target_properties(zelkor_text PROPERTIES AUTOMOC OFF AUTORCC OFF)
+  endif()
+endfunction()
+
+# zelkor_test(FOLDER LIBS ...): one test program of every .cpp in tests/FOLDER, one CTest entry for each
+# file: the entry runs the suites whose names begin with the file's name (Foo.cpp: TEST(Foo, ...), TEST(FooBar, ...)).
+function(zelkor_test folder)
+  cmake_parse_arguments(T "" "" "LIBS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  set(target test_${folder})
+  add_executable(${target} ${sources})
+  target_link_libraries(${target} PRIVATE ${T_LIBS} zelkor_settings GTest::gtest GTest::gmock)
+  foreach(source ${sources})
+    get_filename_component(suite ${source} NAME_WE)
+    if(suite STREQUAL "main")
+      continue()
+    endif()
+    add_test(NAME ${folder}.${suite} COMMAND ${target} --gtest_filter=${suite}*.*:*/${suite}*.*)
+    set_tests_properties(${folder}.${suite} PROPERTIES TIMEOUT 120 LABELS ${folder}
+      ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ZELKOR_SOURCE=${CMAKE_SOURCE_DIR};ZELKOR_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}"
+      FAIL_REGULAR_EXPRESSION "Running 0 tests")
+  endforeach()
+endfunction()

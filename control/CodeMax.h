@@ -1,0 +1,143 @@
+// The edit control: one text in up to four panes, with scroll bars, left margin, colours and keys. A thin widget: editing is
+// Editor's, painting is Pane's, options are ControlOptions'.
+//
+// Lines count from 0, columns are characters from 0 (see Editor.h).
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QVariant>
+#include <QWidget>
+#include <memory>
+
+#include "control/Editor.h"
+
+// The 18 colour slots. Their numbers are stored in the settings (COLORS0 to COLORS17): never renumber.
+enum class ColorSlot {
+  Window, Text, SelectionBack, SelectionText, InactiveSelectionBack, InactiveSelectionText, LeftMargin, Keyword, Operator,
+  Comment, String, Number, Bookmark, HighlightedLine, LineNumbers, Divider, TagText, MatchingBrace
+};
+inline constexpr int kColorSlots = 18;
+
+class CodeMax : public QWidget {
+  Q_OBJECT
+ public:
+  explicit CodeMax(QWidget* parent = nullptr);
+  // A second view of the text of another control: own caret, own scrolling, same undo.
+  CodeMax(CodeMax& sharedWith, QWidget* parent);
+  ~CodeMax() override;
+
+  // Files. Empty result: done. Otherwise the reason in the user's words, and nothing is changed.
+  QString OpenFile(const QString& path);
+  // options.expected is the stamp of the last load or save when the path is the same file.
+  text::SaveResult SaveFile(const QString& path, bool guardAgainstOthers = true);
+  text::FileFormat fileFormat() const;
+  void setFileFormat(const text::FileFormat& format);   // of the next save; counts as a modification
+  const std::optional<text::FileStamp>& fileStamp() const;
+
+  // Text. Text() joins lines with CR LF when EnableCRLF, else LF.
+  QString Text() const;
+  void setText(const QString& text);             // one undo step
+  qint64 LineCount() const;                      // breaks + 1; 1 for the empty text
+  QString GetLine(qint64 line) const;            // without terminator; empty out of range
+  qint64 GetLineLength(qint64 line) const;
+  void InsertText(const QString& text, CmPosition at);
+  void DeleteLine(qint64 line);
+  void InsertLine(qint64 line, const QString& text);
+  void ReplaceLine(qint64 line, const QString& text);           // keeps the line's own break, bookmarks and selection
+  // Exchanges the texts of lines [first, first + lines.size()) in one undo step; cost follows what differs.
+  void ReplaceLines(qint64 first, const QStringList& lines);
+  void ReplaceText(const QString& text, const CmRange& range);
+  void ReplaceSel(const QString& text);
+  void AppendText(const QString& text);          // at the end; does not move the caret unless it stands there
+
+  // Selection.
+  CmRange GetSel(bool normalised) const;
+  void SetSel(const CmRange& range, bool makeVisible = true);
+  void SelectLine(qint64 line, bool makeVisible = true);
+  QString SelText() const;
+  bool HasSelection() const;
+  QString CurrentWord() const;                   // see text/Words.h: wordAt
+  qint64 CurrentWordLength() const;
+  CmPosition CurrentPosition() const;            // the caret
+  CmRange CurrentWordRange() const;
+
+  // Finding with the program-wide search state (Editor.h: searchState). True: found and selected.
+  bool FindText(const QString& text, bool forward = true);
+  QString findText() const;
+  bool SearchCaseSensitive() const;
+  void setSearchCaseSensitive(bool on);
+
+  // Commands 100 to 212. False only for an unknown number.
+  bool ExecuteCmd(int id, const QVariant& argument = {});
+  // All changes until the matching end are one undo step and one repaint. Nests. Prefer EditBlock.
+  void beginEdit();
+  void endEdit();
+
+  // State.
+  bool Modified() const;
+  void setModified(bool on);
+  bool EnableCRLF() const;
+  void setEnableCRLF(bool on);
+  void ConvertLineEnds(bool crlf);               // the whole text, one undo step
+  bool ReadOnly() const;
+  void setReadOnly(bool on);
+  bool CanUndo() const;
+  bool CanRedo() const;
+  bool overtype() const;
+  QString Language() const;
+  bool setLanguage(const QString& name);         // false: refused; the text is then not coloured
+  bool Visible() const;                          // painting on or off; never moves the focus
+  void setVisibleText(bool on);
+  bool hasBookmark(qint64 line) const;
+  void setBookmark(qint64 line, bool on);
+
+  // Display and editing options, named as in the settings.
+  bool HSplitter() const, VSplitter() const, HScrollBar() const, VScrollBar() const, SmoothScrolling() const,
+      LineToolTips() const, LeftMargin() const, ColumnSel() const, DragDrop() const, PreserveCase() const,
+      TabExpand() const, ColorSyntax() const, WhiteSpaceDisplay() const;
+  int AutoIndentMode() const, TabSize() const;
+  void setHSplitter(bool), setVSplitter(bool), setHScrollBar(bool), setVScrollBar(bool), setSmoothScrolling(bool),
+      setLineToolTips(bool), setLeftMargin(bool), setColumnSel(bool), setDragDrop(bool), setPreserveCase(bool),
+      setTabExpand(bool), setColorSyntax(bool), setWhiteSpaceDisplay(bool);
+  void setAutoIndentMode(int), setTabSize(int);  // values out of range are ignored
+  QColor GetColor(int slot) const;
+  void SetColor(int slot, const QColor& color);  // an invalid colour gives the slot back to the scheme
+  QFont Font() const;
+  void setFontOf(const QFont& font);
+  void ExecuteProperties();                      // the properties dialog; raises PropsChange once on OK
+
+  std::shared_ptr<TextModel> model() const;
+  Editor& editor();                              // of the pane that has or last had the focus
+
+ signals:
+  void GotFocus();
+  void LostFocus();
+  void ModifiedChange();
+  void RClick(const QPoint& globalPosition, bool* handled);
+  void DblClick();
+  void Return();                                 // after the line break was typed
+  void Typed();                                  // after a character was typed
+  void SelChange();                              // caret or selection moved, also by typing
+  void PropsChange();
+  void FilesDropped(const QStringList& paths);
+  void OvertypeChange(bool on);
+  void Note(const QString& text);                // for the status bar: "12 replaced"
+
+ private:
+  void setUp(std::shared_ptr<TextModel> model);
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+// One undo step and one repaint for all that is done to a control while it lives.
+class EditBlock {
+ public:
+  explicit EditBlock(CodeMax& control) : control_(control) { control_.beginEdit(); }
+  ~EditBlock() { control_.endEdit(); }
+  EditBlock(const EditBlock&) = delete;
+  EditBlock& operator=(const EditBlock&) = delete;
+
+ private:
+  CodeMax& control_;
+};

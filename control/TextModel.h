@@ -1,0 +1,63 @@
+// One text with everything that belongs to it and not to a view: document, file format, language, line flags.
+// Shared by the panes of a control and by several controls (a second window on one document).
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <memory>
+#include <set>
+
+#include "text/Document.h"
+#include "text/FileIo.h"
+#include "text/Highlight.h"
+
+// Conversion at the border of the engine: valid UTF-8 to characters; a bad byte b to the lone surrogate U+DC00 + b, and back,
+// so that both ways are exact. Other lone surrogates become U+FFFD.
+QString toQString(std::string_view bytes);
+std::string fromQString(QStringView text);
+
+class TextModel : public QObject {
+  Q_OBJECT
+ public:
+  TextModel();
+  ~TextModel() override;
+
+  text::Document& document() { return document_; }
+  const text::Snapshot& snapshot() const { return document_.snapshot(); }
+
+  text::FileFormat format;              // of the file it came from or goes to
+  std::optional<text::FileStamp> stamp; // of the file at load or last save
+
+  // What a new line gets. Loading sets it by the first line; while nobody assigns another value a new line takes the break
+  // of the line that it splits (or of its neighbour above), so mixed files stay as they are.
+  bool enableCrlf() const { return enableCrlf_; }
+  void setEnableCrlf(bool on);
+  std::string newLineFor(text::LineNo line) const;
+  // Converts every line break of the text; one undo step. An explicit act of the user.
+  void convertLineEnds(bool crlf);
+
+  bool setLanguage(const QString& name);   // "" = none. False when refused (unknown, openers and closers differ): then none
+  const QString& language() const { return language_; }
+  const text::Highlighter* highlighter();
+  text::LineState stateAt(text::LineNo line, std::int64_t budget = 0, bool* exact = nullptr);
+
+  // Bookmarks: lines, moving with the text.
+  bool hasBookmark(text::LineNo line) const;
+  void setBookmark(text::LineNo line, bool on);
+  void clearBookmarks();
+  std::vector<text::LineNo> bookmarks() const;   // ascending
+
+  void replaceAll(text::Snapshot snapshot, text::FileFormat newFormat);   // after loading: clears undo and bookmarks
+
+ signals:
+  void changed(const text::Change& change);   // after each change of the text
+  void modifiedChanged(bool modified);
+  void appearanceChanged();                   // bookmarks, language, line ends: repaint, text is the same
+
+ private:
+  text::Document document_;
+  bool enableCrlf_ = false;
+  QString language_;
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};

@@ -1,0 +1,36 @@
+// Characters in bytes: decoding with bad bytes kept, columns, cells, classes of words.
+//
+// One character is a valid UTF-8 sequence or, where the bytes are not valid, one single byte (shown as hex). Nothing
+// here ever fails: every byte string is a text.
+#pragma once
+
+#include <string_view>
+
+#include "text/Units.h"
+
+namespace text {
+
+struct Char {
+  char32_t code = 0;   // the code point; for a bad byte the byte itself with bad == true
+  int bytes = 0;       // 1 to 4; 0 only at the end of the text
+  bool bad = false;    // not valid UTF-8
+};
+
+Char decode(std::string_view bytes);        // the first character
+Char decodeLast(std::string_view bytes);    // the last one
+int cells(char32_t code);                   // 0 combining and invisible, 1, or 2 wide. Tabs and bad bytes are the caller's affair.
+int utf16Length(const Char& c);             // 2 beyond U+FFFF, else 1
+// The length in bytes of the user-perceived character (base and combining marks, CR LF) that starts / ends there.
+int clusterLength(std::string_view bytes);
+int clusterLengthBefore(std::string_view bytes);
+
+// Columns within one line (without its break). A column past the end gives the end.
+CharColumn columnOf(std::string_view line, std::int64_t byte);
+std::int64_t byteOfColumn(std::string_view line, CharColumn column);
+DisplayColumn displayColumn(std::string_view line, std::int64_t byte, int tabSize);
+// The last character boundary whose display column is <= column.
+std::int64_t byteOfDisplay(std::string_view line, DisplayColumn column, int tabSize);
+
+bool validUtf8(std::string_view bytes);
+
+}  // namespace text

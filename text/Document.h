@@ -1,0 +1,128 @@
+// A text that can be edited: the present snapshot, undo and redo, marks that move with the text, a save point and
+// listeners. All calls are made on one thread (the user-interface thread); snapshots go anywhere.
+//
+// Every change goes through apply(), undo(), redo() or reset(): each checks read-only, moves the marks, raises the
+// revision and notifies each listener exactly once.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "text/Snapshot.h"
+
+namespace text {
+
+// Replace the bytes of range by text.
+struct Edit {
+  ByteRange range;
+  std::string text;
+};
+
+// Where the caret was; kept with each undo step and given back by undo and redo. anchor may be behind caret.
+// The virtual columns are cells past the line's end (column selections only).
+struct SelectionState {
+  ByteOffset anchor, caret;
+  std::int64_t anchorVirtual = 0, caretVirtual = 0;
+  bool column = false;
+  bool operator==(const SelectionState&) const = default;
+};
+
+// What one apply/undo/redo/reset did, in ascending order; offsets are those of the text AFTER the change.
+struct Change {
+  struct Span {
+    ByteOffset begin;            // where, in the new text
+    std::int64_t removed = 0;    // bytes that went
+    std::int64_t inserted = 0;   // bytes that came
+    LineNo firstLine;            // line of begin, in the new text
+    std::int64_t linesRemoved = 0, linesInserted = 0;  // line breaks that went and came
+  };
+  std::uint64_t revision = 0;    // of the document after the change
+  bool reset = false;            // the whole text was exchanged; spans is empty
+  std::vector<Span> spans;
+};
+
+enum class Join {      // how an edit joins the undo step before it
+  none,                // a step of its own
+  typing,              // joins the last step when that was typing too and ends where this begins
+  deleting             // the same for runs of Delete and of Backspace
+};
+
+enum class Gravity : unsigned char { left, right };  // text inserted at the mark goes behind it / before it
+using MarkId = std::uint64_t;                        // never 0
+
+class Document {
+ public:
+  Document();
+  ~Document();
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
+
+  const Snapshot& snapshot() const;
+  std::uint64_t revision() const;
+  bool readOnly() const;
+  void setReadOnly(bool on);   // apply, undo and redo then do nothing and return false
+
+  // Exchanges the whole text (loading). Clears undo, marks and save point: the text counts as unmodified.
+  void reset(Snapshot snapshot);
+
+  // Applies edits: ascending, not overlapping, in offsets of the text as it is. One undo step (or part of the open
+  // group). `before` is the selection to come back to on undo. Returns false (nothing done) when read-only; edits
+  // that change nothing are dropped, and if none is left nothing is recorded or notified (returns true).
+  // Costs O(log n) for one edit; for many, O(bytes changed + pieces touched).
+  bool apply(std::span<const Edit> edits, const SelectionState& before, Join join = Join::none);
+  bool apply(Edit edit, const SelectionState& before, Join join = Join::none);
+  // The selection after the last apply; redo comes back to it.
+  void setSelectionAfter(const SelectionState& after);
+  void breakJoin();            // the next typing starts a step of its own (caret moved, saved ...)
+
+  bool canUndo() const;
+  bool canRedo() const;
+  std::optional<SelectionState> undo();   // nullopt: nothing to undo, or read-only
+  std::optional<SelectionState> redo();
+  // Groups nest; all steps inside the outermost become one. Prefer UndoGroup. undo() inside a group is refused.
+  void beginGroup();
+  void endGroup();
+  // Rolls the open group back to its start and forgets it; the group stays open.
+  void rollbackGroup();
+
+  // Limits of the undo memory; beyond it whole oldest steps are dropped. Default: no limit on steps, 1 GiB.
+  void setUndoLimit(std::size_t steps, std::size_t bytes);
+  bool undoWasDropped() const;  // oldest steps have been dropped since the last reset
+
+  void markSaved();             // the present text is what is on disk
+  void markUnsaved();           // it is not, whatever undo says (lost file)
+  bool modified() const;        // false again after undoing back to the save point
+
+  MarkId addMark(ByteOffset at, Gravity gravity = Gravity::right);
+  void removeMark(MarkId id);
+  ByteOffset markAt(MarkId id) const;
+  void moveMark(MarkId id, ByteOffset at);
+
+  // Listeners are called in the order of subscription after the new state is in place. A listener may read, but
+  // not change, the document. The returned handle ends the subscription when it goes; it may outlive the document.
+  using Listener = std::function<void(const Change&)>;
+  [[nodiscard]] std::shared_ptr<void> subscribe(Listener listener);
+
+  void checkInvariants() const;  // aborts with a message on a breach
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+class UndoGroup {
+ public:
+  explicit UndoGroup(Document& document) : document_(document) { document_.beginGroup(); }
+  ~UndoGroup() { document_.endGroup(); }
+  UndoGroup(const UndoGroup&) = delete;
+  UndoGroup& operator=(const UndoGroup&) = delete;
+
+ private:
+  Document& document_;
+};
+
+}  // namespace text

@@ -1,0 +1,71 @@
+// The seam between the editor and the disk: about fifteen calls, shaped like the system's own, so that tests can log
+// them, fail any of them, cut writes short, or play a power cut. Documents, definition file, settings, journal, log and
+// printing to a file all go through it; no other code of ours opens, writes, renames or removes a file.
+//
+// Every call returns 0 or a count for success and -errno for failure. EINTR and short writes are the callers' affair
+// (see FileIo.h, which has the loops).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace text {
+
+struct FileStatus {
+  std::uint64_t device = 0, inode = 0;
+  std::uint32_t mode = 0;        // type and permission bits as in st_mode
+  std::uint32_t owner = 0, group = 0;
+  std::uint64_t links = 0;
+  std::int64_t size = 0;
+  std::int64_t mtimeNs = 0, ctimeNs = 0;   // nanoseconds since the epoch
+  bool isRegular() const;
+  bool isDirectory() const;
+  bool isSymlink() const;
+  bool operator==(const FileStatus&) const = default;
+};
+
+enum OpenFlags : unsigned {
+  kRead = 1, kWrite = 2, kCreate = 4, kExclusive = 8, kDirectory = 16, kNoFollow = 32, kNonBlock = 64, kAppend = 128
+  // There is deliberately no truncate flag: nothing of ours truncates a file on opening it.
+};
+enum RenameFlags : unsigned { kReplace = 0, kNoReplace = 1, kExchange = 2 };
+
+class FileSystem {
+ public:
+  virtual ~FileSystem() = default;
+  // dirFd is a descriptor of a folder or kCwd; paths are bytes as the system has them.
+  static constexpr int kCwd = -100;
+  virtual int openAt(int dirFd, const std::string& path, unsigned flags, unsigned mode) = 0;   // descriptor (close-on-exec)
+  virtual int statAt(int dirFd, const std::string& path, bool follow, FileStatus* out) = 0;
+  virtual int statFd(int fd, FileStatus* out) = 0;
+  virtual std::int64_t read(int fd, char* to, std::size_t length) = 0;
+  virtual std::int64_t write(int fd, const char* from, std::size_t length) = 0;
+  virtual std::int64_t seek(int fd, std::int64_t offset) = 0;     // absolute
+  virtual int sync(int fd) = 0;
+  virtual int truncate(int fd, std::int64_t length) = 0;
+  virtual int allocate(int fd, std::int64_t length) = 0;          // reserves space; -EOPNOTSUPP where not possible
+  virtual int renameAt(int fromDir, const std::string& from, int toDir, const std::string& to, unsigned flags) = 0;
+  virtual int linkAt(int fromDir, const std::string& from, int toDir, const std::string& to) = 0;
+  virtual int unlinkAt(int dirFd, const std::string& path, bool folder) = 0;
+  virtual int makeDirAt(int dirFd, const std::string& path, unsigned mode) = 0;
+  virtual int changeMode(int fd, unsigned mode) = 0;
+  virtual int changeOwner(int fd, std::uint32_t owner, std::uint32_t group) = 0;
+  virtual int readLinkAt(int dirFd, const std::string& path, std::string* out) = 0;
+  virtual int listAttributes(int fd, std::vector<std::string>* names) = 0;        // extended attributes, ACLs included
+  virtual int getAttribute(int fd, const std::string& name, std::string* value) = 0;
+  virtual int setAttribute(int fd, const std::string& name, const std::string& value) = 0;
+  virtual int listDir(const std::string& path, std::vector<std::string>* names) = 0;  // without "." and ".."
+  virtual int lock(int fd, bool exclusive, bool wait) = 0;        // flock; -EWOULDBLOCK when held by another
+  virtual int close(int fd) = 0;
+};
+
+// The real one of this platform. Never null; may be exchanged by tests (returns the old one).
+FileSystem& fileSystem();
+FileSystem* setFileSystem(FileSystem* replacement);
+
+// The system's text for -errno or errno, in plain words ("No space left on device").
+std::string errorText(int error);
+
+}  // namespace text
