@@ -1,0 +1,79 @@
+// The hidden service form of the main frame: carries the language manager (ucCM1) and the recently-used list (mruFile),
+// keeps window profiles in the settings, builds the menus that depend on data, and owns the common file dialogs.
+//
+// There is one; frmRegistry::instance() makes it on first use. It never shows a window and knows the frame only through
+// ProfiledFrame. A value missing in the settings leaves its target as it is.
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QRect>
+#include <QWidget>
+#include <memory>
+
+#include "document/ucMRULst.h"
+
+class ucCM;
+
+// What the service form asks of the frame whose profile it keeps and whose menus it builds. Menu items are named by their
+// handlers ("mnuFileMRU", "mCustom"); index is the element of a menu array, -1 the item itself.
+class ProfiledFrame {
+ public:
+  virtual ~ProfiledFrame() = default;
+  virtual QWidget* profileWindow() = 0;
+  virtual bool isChecked(const QString& menuName) = 0;
+  virtual void setChecked(const QString& menuName, bool on) = 0;
+  virtual int cmxWindowState() = 0;                        // 0 normal, 1 minimised, 2 maximised: of document windows
+  virtual void setCmxWindowState(int state) = 0;
+  virtual void setMenu(const QString& menuName, int index, const QString& caption, bool visible) = 0;
+  virtual void setMenuEnabled(const QString& menuName, bool on) = 0;
+};
+
+class frmRegistry : public QObject {
+  Q_OBJECT
+ public:
+  static frmRegistry& instance();
+  ~frmRegistry() override;
+
+  ucCM& ucCM1();
+  ucMRULst mruFile;
+
+  // File dialogs. An empty result: cancelled. filterIndex is the 1-based entry of the filter, updated by the choice. The
+  // process's current directory becomes the folder of the chosen file.
+  QStringList stdOpenFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
+                          const QString& name, bool multiple = false);
+  // Asks before overwriting. A name without an extension gets the first one of the chosen filter entry, unless that shows all.
+  QString stdSaveFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
+                      const QString& name);
+  QString stdHelpFile(const QString& folder);
+
+  // Window profiles, below Software\Zelkor Editor\Global.
+  void SaveLogWindowProfile(const QWidget& window);
+  void GetLogWindowProfile(QWidget& window);
+  void SaveMDIWindowProfile(ProfiledFrame& frame);
+  void getFormWindowProfile(ProfiledFrame& frame);
+  void GetProfile(ProfiledFrame& frame, const QString& mruMenu);   // keeps both, reads list and profile, fills the menu
+  void SetProfile();                        // writes list and profile of the kept frame; without one nothing
+
+  // Recently-used list.
+  void SaveMRUList();
+  void GetMRUList();
+  void SetupMRUList();                      // the sample files, on a first run
+  void MRUtoMenu();
+
+  // Menus that depend on data; without a kept frame they do nothing.
+  void SetMDIMenu(const QString& menuName, const QString& caption, bool visible, int index);
+  void SetupMenusModified(bool modified);   // of the active document
+  void CommandstoMenu();                    // macros of the current language
+  void SetHelpMenu();
+
+ private:
+  frmRegistry();
+  void mruFile_Changed();
+  bool anyModified() const;
+
+  std::unique_ptr<ucCM> manager_;
+  ProfiledFrame* frame_ = nullptr;
+  QString mruMenu_;
+  bool listWasRead_ = false;
+};
