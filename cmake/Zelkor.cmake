@@ -49,11 +49,15 @@ endfunction()
 
 # zelkor_test(FOLDER LIBS ...): one test program of every .cpp in tests/FOLDER, one CTest entry for each
 # file: the entry runs the suites whose names begin with the file's name (Foo.cpp: TEST(Foo, ...), TEST(FooBar, ...)).
+# Programs above the engine get tests/support/main.cpp, which makes the QApplication.
 function(zelkor_test folder)
   cmake_parse_arguments(T "" "" "LIBS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp)
   if(NOT sources)
     return()
+  endif()
+  if(NOT folder STREQUAL "text")
+    list(APPEND sources ${CMAKE_SOURCE_DIR}/tests/support/main.cpp)
   endif()
   set(target test_${folder})
   add_executable(${target} ${sources})
