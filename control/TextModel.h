@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QString>
 #include <memory>
-#include <set>
+#include <span>
 
 #include "text/Document.h"
 #include "text/FileIo.h"
@@ -33,7 +33,8 @@ class TextModel : public QObject {
   bool enableCrlf() const { return enableCrlf_; }
   void setEnableCrlf(bool on);
   std::string newLineFor(text::LineNo line) const;
-  // Converts every line break of the text; one undo step. An explicit act of the user.
+  // Converts every line break of the text; one undo step (in a text of lone CRs, whose lines are then counted in another
+  // way, undo begins anew). An explicit act of the user.
   void convertLineEnds(bool crlf);
 
   bool setLanguage(const QString& name);   // "" = none. False when refused (unknown, openers and closers differ): then none
@@ -44,8 +45,12 @@ class TextModel : public QObject {
   // Bookmarks: lines, moving with the text.
   bool hasBookmark(text::LineNo line) const;
   void setBookmark(text::LineNo line, bool on);
+  void setBookmarks(std::span<const text::LineNo> lines, bool on);   // ascending; cost follows all, not one by one
   void clearBookmarks();
   std::vector<text::LineNo> bookmarks() const;   // ascending
+
+  // The save point: false marks the text as saved, true as unsaved whatever undo says. Announces the difference.
+  void setModified(bool on);
 
   void replaceAll(text::Snapshot snapshot, text::FileFormat newFormat);   // after loading: clears undo and bookmarks
 
@@ -55,6 +60,8 @@ class TextModel : public QObject {
   void appearanceChanged();                   // bookmarks, language, line ends: repaint, text is the same
 
  private:
+  void announceModified();
+
   text::Document document_;
   bool enableCrlf_ = false;
   QString language_;

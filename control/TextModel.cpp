@@ -1,0 +1,239 @@
+#include "control/TextModel.h"
+
+#include <algorithm>
+
+#include "control/LanguageTable.h"
+#include "text/Chars.h"
+
+QString toQString(std::string_view bytes) {
+  if (text::validUtf8(bytes)) {
+    // fromUtf8 drops a leading U+FEFF, which is text here.
+    const bool mark = bytes.substr(0, 3) == "\xEF\xBB\xBF";
+    if (mark) bytes.remove_prefix(3);
+    QString rest = QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    return mark ? QChar(0xFEFF) + rest : rest;
+  }
+  QString result;
+  result.reserve(static_cast<qsizetype>(bytes.size()));
+  while (!bytes.empty()) {
+    const text::Char c = text::decode(bytes);
+    if (c.bad) result += QChar(static_cast<ushort>(0xDC00 + c.code));
+    else result += QChar::fromUcs4(c.code);
+    bytes.remove_prefix(static_cast<std::size_t>(c.bytes));
+  }
+  return result;
+}
+
+std::string fromQString(QStringView text) {
+  // Runs without lone surrogates go through the library; a lone one is a bad byte or nothing that has bytes.
+  std::string result;
+  qsizetype from = 0;
+  const auto flush = [&](qsizetype to) {
+    const QByteArray utf8 = text.sliced(from, to - from).toUtf8();
+    result.append(utf8.constData(), static_cast<std::size_t>(utf8.size()));
+  };
+  for (qsizetype i = 0; i < text.size(); ++i) {
+    if (!text[i].isSurrogate()) continue;
+    if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+      ++i;
+      continue;
+    }
+    flush(i);
+    from = i + 1;
+    const char16_t unit = text[i].unicode();
+    if (unit >= 0xDC80 && unit <= 0xDCFF) result += static_cast<char>(unit - 0xDC00);
+    else result += "\xEF\xBF\xBD";
+  }
+  flush(text.size());
+  return result;
+}
+
+struct TextModel::Impl {
+  std::shared_ptr<void> subscription;
+  std::shared_ptr<const text::Highlighter> highlighter;
+  int generation = -1;                    // of the language table when the highlighter was looked up
+  text::StateCache states;
+  std::vector<text::LineNo> bookmarks;    // ascending
+  bool modified = false;                  // as last announced
+  bool breaksAssigned = false;            // someone chose the line break; else lines follow their neighbours
+
+  void moveBookmarks(const text::Change& change, const text::Snapshot& now);
+};
+
+// Bookmarks stay with the text of their line; those of lines that went whole go too.
+void TextModel::Impl::moveBookmarks(const text::Change& change, const text::Snapshot& now) {
+  if (change.reset) bookmarks.clear();
+  if (bookmarks.empty()) return;
+  std::vector<text::LineNo> moved;
+  moved.reserve(bookmarks.size());
+  std::int64_t shift = 0;                 // new line - old line behind the spans seen so far
+  std::size_t next = 0;
+  const auto put = [&](std::int64_t line) {
+    if (moved.empty() || moved.back().value < line) moved.push_back(text::LineNo(line));
+  };
+  for (const auto& span : change.spans) {
+    if (span.linesRemoved == 0 && span.linesInserted == 0) continue;
+    const std::int64_t first = span.firstLine.value, oldFirst = first - shift, oldLast = oldFirst + span.linesRemoved;
+    const bool wholeLines = now.lineStart(span.firstLine) == span.begin;
+    for (; next < bookmarks.size() && bookmarks[next].value < oldFirst; ++next) put(bookmarks[next].value + shift);
+    for (; next < bookmarks.size() && bookmarks[next].value <= oldLast; ++next) {
+      const std::int64_t k = bookmarks[next].value - oldFirst;
+      if (k == span.linesRemoved && (k > 0 || wholeLines)) put(first + span.linesInserted);
+      else if (k == 0 && !(wholeLines && span.linesInserted == 0)) put(first);
+      else if (k <= span.linesInserted && span.linesInserted > 0) put(first + k);
+    }
+    shift += span.linesInserted - span.linesRemoved;
+  }
+  for (; next < bookmarks.size(); ++next) put(bookmarks[next].value + shift);
+  bookmarks = std::move(moved);
+}
+
+TextModel::TextModel() : impl_(new Impl) {
+#ifdef Q_OS_WIN
+  enableCrlf_ = true;
+#endif
+  impl_->subscription = document_.subscribe([this](const text::Change& change) {
+    impl_->states.onChange(change);
+    impl_->moveBookmarks(change, snapshot());
+    emit changed(change);
+    announceModified();
+  });
+}
+
+TextModel::~TextModel() = default;
+
+void TextModel::announceModified() {
+  if (impl_->modified == document_.modified()) return;
+  impl_->modified = document_.modified();
+  emit modifiedChanged(impl_->modified);
+}
+
+void TextModel::setModified(bool on) {
+  if (on) document_.markUnsaved();
+  else document_.markSaved();
+  announceModified();
+}
+
+void TextModel::setEnableCrlf(bool on) {
+  if (enableCrlf_ == on) return;
+  enableCrlf_ = on;
+  impl_->breaksAssigned = true;
+  emit appearanceChanged();
+}
+
+std::string TextModel::newLineFor(text::LineNo line) const {
+  const text::Snapshot& now = snapshot();
+  if (now.lineMode() == text::LineMode::cr) return std::string(breakBytes(text::LineBreak::cr));
+  if (!impl_->breaksAssigned) {
+    text::LineBreak neighbour = now.lineBreak(line);
+    if (neighbour == text::LineBreak::none && line.value > 0) neighbour = now.lineBreak(line - 1);
+    if (neighbour != text::LineBreak::none) return std::string(breakBytes(neighbour));
+  }
+  return std::string(breakBytes(enableCrlf_ ? text::LineBreak::crlf : text::LineBreak::lf));
+}
+
+void TextModel::convertLineEnds(bool crlf) {
+  if (document_.readOnly()) return;
+  const text::Snapshot now = snapshot();
+  const std::string wanted(breakBytes(crlf ? text::LineBreak::crlf : text::LineBreak::lf));
+  if (now.lineMode() == text::LineMode::cr) {
+    // Such a text is exchanged whole, as its lines are counted in another way from here on; undo ends there.
+    text::SnapshotBuilder builder;
+    for (std::int64_t i = 0; i < now.lineCount(); ++i)
+      builder.append(now.line(text::LineNo(i)) + (i + 1 < now.lineCount() ? wanted : std::string()));
+    document_.reset(builder.finish());
+    document_.markUnsaved();
+    announceModified();
+  } else {
+    std::vector<text::Edit> edits;
+    for (std::int64_t i = 0; i + 1 < now.lineCount(); ++i) {
+      const text::LineNo line(i);
+      if (breakBytes(now.lineBreak(line)) != wanted)
+        edits.push_back({{now.lineEnd(line), now.lineEndWithBreak(line)}, wanted});
+    }
+    document_.apply(edits, {});
+  }
+  enableCrlf_ = crlf;
+  impl_->breaksAssigned = true;
+  emit appearanceChanged();
+}
+
+bool TextModel::setLanguage(const QString& name) {
+  const auto found = name.isEmpty() ? nullptr : LanguageTable::find(name);
+  const bool bound = found && found->valid();
+  language_ = bound ? name : QString();
+  impl_->generation = -1;
+  highlighter();
+  emit appearanceChanged();
+  return bound || name.isEmpty();
+}
+
+const text::Highlighter* TextModel::highlighter() {
+  if (impl_->generation != LanguageTable::generation()) {
+    impl_->generation = LanguageTable::generation();
+    auto found = language_.isEmpty() ? nullptr : LanguageTable::find(language_);
+    if (found && !found->valid()) found = nullptr;
+    if (found != impl_->highlighter) {
+      impl_->highlighter = std::move(found);
+      impl_->states.setHighlighter(impl_->highlighter);
+    }
+  }
+  return impl_->highlighter.get();
+}
+
+text::LineState TextModel::stateAt(text::LineNo line, std::int64_t budget, bool* exact) {
+  if (!highlighter()) {
+    if (exact) *exact = true;
+    return 0;
+  }
+  return impl_->states.stateAt(snapshot(), line, budget, exact);
+}
+
+bool TextModel::hasBookmark(text::LineNo line) const {
+  return std::binary_search(impl_->bookmarks.begin(), impl_->bookmarks.end(), line);
+}
+
+void TextModel::setBookmark(text::LineNo line, bool on) {
+  setBookmarks(std::span(&line, 1), on);
+}
+
+void TextModel::setBookmarks(std::span<const text::LineNo> lines, bool on) {
+  std::vector<text::LineNo> result;
+  if (on) std::set_union(impl_->bookmarks.begin(), impl_->bookmarks.end(), lines.begin(), lines.end(), std::back_inserter(result));
+  else std::set_difference(impl_->bookmarks.begin(), impl_->bookmarks.end(), lines.begin(), lines.end(), std::back_inserter(result));
+  const auto inText = [this](text::LineNo line) { return line.value >= 0 && line.value < snapshot().lineCount(); };
+  std::erase_if(result, [&](text::LineNo line) { return !inText(line); });
+  result.erase(std::unique(result.begin(), result.end()), result.end());
+  if (result == impl_->bookmarks) return;
+  impl_->bookmarks = std::move(result);
+  emit appearanceChanged();
+}
+
+void TextModel::clearBookmarks() {
+  if (impl_->bookmarks.empty()) return;
+  impl_->bookmarks.clear();
+  emit appearanceChanged();
+}
+
+std::vector<text::LineNo> TextModel::bookmarks() const { return impl_->bookmarks; }
+
+void TextModel::replaceAll(text::Snapshot snapshot, text::FileFormat newFormat) {
+  format = newFormat;
+  impl_->breaksAssigned = false;
+  // As the first line ends: no LF before the first CR, or none at all.
+  if (snapshot.lineMode() == text::LineMode::cr || snapshot.lineCount() == 1) {
+    enableCrlf_ = true;
+  } else {
+    const text::ByteOffset end = snapshot.lineEndWithBreak(text::LineNo(0));
+    enableCrlf_ = snapshot.lineBreak(text::LineNo(0)) == text::LineBreak::crlf;
+    for (text::ByteOffset at(0); !enableCrlf_ && at < end;) {
+      std::string_view chunk = snapshot.chunkAt(at);
+      chunk = chunk.substr(0, static_cast<std::size_t>(std::min<std::int64_t>(end - at, static_cast<std::int64_t>(chunk.size()))));
+      enableCrlf_ = chunk.find('\r') != std::string_view::npos;
+      at += static_cast<std::int64_t>(chunk.size());
+    }
+  }
+  document_.reset(std::move(snapshot));
+  announceModified();
+  emit appearanceChanged();
+}
