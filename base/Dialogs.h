@@ -13,6 +13,9 @@ enum class Icon { none, information, exclamation, question, critical };
 enum class Buttons { ok, okCancel, yesNo, yesNoCancel };
 enum class Answer { ok, cancel, yes, no };
 
+// What closing a box without a choice means: cancel where it has that button, else no, else ok.
+Answer declined(Buttons buttons);
+
 struct FileDialogRequest {
   QString title;
   QString filter;             // "Name (*.a;*.b)|*.a;*.b|..." pairs, as the language manager builds it

@@ -1,0 +1,186 @@
+#include "base/Dialogs.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "base/FileFilter.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+
+namespace {
+
+int modalDepth = 0;
+Dialogs* replacementInForce = nullptr;
+
+constexpr int kMostLines = 40, kLongestWord = 60;
+
+// Keeps the line breaks of our own texts, shows everything else that is invisible, and lets long words (paths) wrap.
+QString boxText(const QString& text) {
+  QStringList lines = splitCrLf(toCrLf(text));
+  if (lines.size() > kMostLines) lines = lines.first(kMostLines) << QString(QChar(0x2026));
+  for (QString& line : lines) {
+    line = plainForDisplay(line);
+    int run = 0;
+    for (qsizetype i = 0; i < line.size(); ++i) {
+      run = line[i].isSpace() ? 0 : run + 1;
+      if (run >= kLongestWord && !line[i].isHighSurrogate()) {
+        line.insert(++i, QChar(0x200B));   // a place to wrap, of no width
+        run = 0;
+      }
+    }
+  }
+  return lines.join(u'\n');
+}
+
+QMessageBox::StandardButtons offered(Buttons buttons) {
+  switch (buttons) {
+    case Buttons::ok: break;
+    case Buttons::okCancel: return QMessageBox::Ok | QMessageBox::Cancel;
+    case Buttons::yesNo: return QMessageBox::Yes | QMessageBox::No;
+    case Buttons::yesNoCancel: return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+  }
+  return QMessageBox::Ok;
+}
+
+QMessageBox::Icon shown(Icon icon) {
+  switch (icon) {
+    case Icon::none: break;
+    case Icon::information: return QMessageBox::Information;
+    case Icon::exclamation: return QMessageBox::Warning;
+    case Icon::question: return QMessageBox::Question;
+    case Icon::critical: return QMessageBox::Critical;
+  }
+  return QMessageBox::NoIcon;
+}
+
+class DesktopDialogs : public Dialogs {
+ public:
+  Answer messageBox(const QString& text, const QString& title, Icon icon, Buttons buttons) override {
+    const ModalGuard guard;
+    QMessageBox box(shown(icon), plainForDisplay(title, 200), boxText(text), offered(buttons), QApplication::activeWindow());
+    box.setTextFormat(Qt::PlainText);
+    switch (box.exec()) {
+      case QMessageBox::Yes: return Answer::yes;
+      case QMessageBox::No: return Answer::no;
+      case QMessageBox::Ok: return Answer::ok;
+      case QMessageBox::Cancel: return Answer::cancel;
+      default: return declined(buttons);
+    }
+  }
+
+  std::optional<QString> inputBox(const QString& prompt, const QString& title, const QString& initial) override {
+    const ModalGuard guard;
+    QDialog box(QApplication::activeWindow());
+    box.setWindowTitle(plainForDisplay(title, 200));
+    auto* layout = new QVBoxLayout(&box);
+    auto* label = new QLabel(&box);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setText(boxText(prompt));
+    auto* line = new QLineEdit(initial, &box);
+    line->setAccessibleName(label->text());
+    line->setMinimumWidth(box.fontMetrics().averageCharWidth() * 50);
+    line->selectAll();
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &box);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &box, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);
+    layout->addWidget(label);
+    layout->addWidget(line);
+    layout->addWidget(buttons);
+    line->setFocus();
+    if (box.exec() != QDialog::Accepted) return std::nullopt;
+    return line->text();
+  }
+
+  QStringList openFile(FileDialogRequest& request) override {
+    QFileDialog dialog(QApplication::activeWindow());
+    prepare(dialog, request);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(request.multiple ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+    return run(dialog, request);
+  }
+
+  QString saveFile(FileDialogRequest& request) override {
+    QFileDialog dialog(QApplication::activeWindow());
+    prepare(dialog, request);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);   // its own question would take a file name for markup
+    for (;;) {
+      const QString path = run(dialog, request).value(0);
+      if (path.isEmpty() || !QFileInfo::exists(path)) return path;
+      const QString question =
+          QCoreApplication::translate("Dialogs", "%1 already exists.\nDo you want to replace it?").arg(plainForDisplay(path));
+      if (messageBox(question, dialog.windowTitle(), Icon::exclamation, Buttons::yesNo) == Answer::yes) return path;
+    }
+  }
+
+  bool openUrl(const QString& url) override {
+    if (QFileInfo::exists(url)) return QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(url).absoluteFilePath()));
+    const QUrl parsed(url, QUrl::StrictMode);
+    static const QStringList known{QStringLiteral("http"), QStringLiteral("https"), QStringLiteral("file")};
+    return parsed.isValid() && known.contains(parsed.scheme()) && QDesktopServices::openUrl(parsed);
+  }
+
+ private:
+  static void prepare(QFileDialog& dialog, const FileDialogRequest& request) {
+    if (!request.title.isEmpty()) dialog.setWindowTitle(plainForDisplay(request.title, 200));
+    const QStringList filters = dialogFilters(request.filter);
+    if (!filters.isEmpty()) {
+      dialog.setNameFilters(filters);
+      dialog.selectNameFilter(filters.value(request.filterIndex - 1, filters.first()));
+    }
+    if (!request.folder.isEmpty()) dialog.setDirectory(request.folder);
+    if (!request.name.isEmpty()) dialog.selectFile(request.name);
+    if (!request.defaultExtension.isEmpty()) dialog.setDefaultSuffix(request.defaultExtension);
+  }
+
+  static QStringList run(QFileDialog& dialog, FileDialogRequest& request) {
+    const ModalGuard guard;
+    if (dialog.exec() != QDialog::Accepted) return {};
+    const qsizetype entry = dialogFilters(request.filter).indexOf(dialog.selectedNameFilter());
+    if (entry >= 0) request.filterIndex = static_cast<int>(entry) + 1;
+    return dialog.selectedFiles();
+  }
+};
+
+}  // namespace
+
+Answer declined(Buttons buttons) {
+  switch (buttons) {
+    case Buttons::ok: return Answer::ok;
+    case Buttons::yesNo: return Answer::no;
+    default: return Answer::cancel;
+  }
+}
+
+Dialogs& dialogs() {
+  static DesktopDialogs desktop;
+  return replacementInForce ? *replacementInForce : desktop;
+}
+
+Dialogs* setDialogs(Dialogs* replacement) {
+  Dialogs* old = replacementInForce;
+  replacementInForce = replacement;
+  return old;
+}
+
+bool isDialogUp() { return modalDepth > 0; }
+ModalGuard::ModalGuard() { ++modalDepth; }
+ModalGuard::~ModalGuard() { --modalDepth; }
+
+Answer MsgBox(const QString& text, const QString& title, Icon icon, Buttons buttons) {
+  return dialogs().messageBox(text, title.isEmpty() ? QString::fromLatin1(kApplicationTitle) : title, icon, buttons);
+}
+
+std::optional<QString> InputBox(const QString& prompt, const QString& title, const QString& initial) {
+  return dialogs().inputBox(prompt, title.isEmpty() ? QString::fromLatin1(kApplicationTitle) : title, initial);
+}

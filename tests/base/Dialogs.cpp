@@ -1,0 +1,185 @@
+#include "base/Dialogs.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include "base/Program.h"
+#include "tests/support/ScriptedDialogs.h"
+
+namespace {
+
+QString q(const char* text) { return QString::fromUtf8(text); }
+
+// Does something with the modal window that is up soon, of the type W; other windows that come first fail the test.
+template <class W, class F>
+void onceUp(F act) {
+  QTimer::singleShot(0, qApp, [act] {
+    auto* window = qobject_cast<W*>(QApplication::activeModalWidget());
+    ASSERT_NE(window, nullptr);
+    act(window);
+  });
+}
+
+}  // namespace
+
+TEST(Dialogs, MessageBoxShowsPlainTextAndItsButtons) {
+  struct Case {
+    Buttons buttons;
+    std::vector<std::pair<QMessageBox::StandardButton, Answer>> answers;
+    Answer onEscape;
+  };
+  using B = QMessageBox;
+  for (const Case& c : {Case{Buttons::ok, {{B::Ok, Answer::ok}}, Answer::ok},
+                        Case{Buttons::okCancel, {{B::Ok, Answer::ok}, {B::Cancel, Answer::cancel}}, Answer::cancel},
+                        Case{Buttons::yesNo, {{B::Yes, Answer::yes}, {B::No, Answer::no}}, Answer::no},
+                        Case{Buttons::yesNoCancel,
+                             {{B::Yes, Answer::yes}, {B::No, Answer::no}, {B::Cancel, Answer::cancel}},
+                             Answer::cancel}}) {
+    for (const auto& [button, answer] : c.answers) {
+      EXPECT_FALSE(isDialogUp());
+      onceUp<QMessageBox>([&, wanted = button](QMessageBox* box) {
+        EXPECT_TRUE(isDialogUp());
+        EXPECT_EQ(box->textFormat(), Qt::PlainText);
+        EXPECT_EQ(box->text(), q("<b>a</b>\n%1<U+202E>x"));
+        EXPECT_EQ(box->windowTitle(), q(kApplicationTitle));
+        EXPECT_EQ(box->icon(), QMessageBox::Question);
+        EXPECT_EQ(box->buttons().size(), static_cast<qsizetype>(c.answers.size()));
+        box->button(wanted)->click();
+      });
+      EXPECT_EQ(MsgBox(q("<b>a</b>\r\n%1\xE2\x80\xAEx"), {}, Icon::question, c.buttons), answer);
+    }
+    onceUp<QMessageBox>([](QMessageBox* box) {
+      QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+      QApplication::sendEvent(box, &escape);
+    });
+    EXPECT_EQ(MsgBox(q("x"), q("t"), Icon::none, c.buttons), c.onEscape);
+    onceUp<QMessageBox>([](QMessageBox* box) { box->done(0); });   // as when the program ends
+    EXPECT_EQ(MsgBox(q("x"), q("t"), Icon::none, c.buttons), c.onEscape);
+  }
+  EXPECT_FALSE(isDialogUp());
+}
+
+TEST(Dialogs, LongTextsStayOnTheScreen) {
+  onceUp<QMessageBox>([](QMessageBox* box) {
+    EXPECT_LT(box->width(), 1100);
+    EXPECT_LT(box->height(), 1100);
+    box->reject();
+  });
+  MsgBox(q("/deep").repeated(300) + q("\r\n") + q("line\r\n").repeated(500));
+}
+
+TEST(Dialogs, InputBoxGivesTextOrNothing) {
+  onceUp<QDialog>([](QDialog* box) {
+    EXPECT_EQ(box->findChild<QLabel*>()->textFormat(), Qt::PlainText);
+    auto* line = box->findChild<QLineEdit*>();
+    EXPECT_EQ(line->selectedText(), q("old"));
+    line->setText(q(""));
+    box->accept();
+  });
+  EXPECT_EQ(InputBox(q("<i>Prompt"), q("Title"), q("old")), std::optional<QString>(q("")));
+  onceUp<QDialog>([](QDialog* box) { box->reject(); });
+  EXPECT_EQ(InputBox(q("Prompt")), std::nullopt);
+}
+
+TEST(Dialogs, FileDialogKeepsTheFilterIndex) {
+  const QTemporaryDir temporary;
+  const QString path = temporary.filePath(q("a.vhd"));
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.close();
+  FileDialogRequest request;
+  request.title = q("Open a File");
+  request.filter = q("(*.*)|*.*|Verilog (*.v;*.vh)|*.v;*.vh|VHDL (*.vhd)|*.vhd|");
+  request.filterIndex = 2;
+  request.folder = temporary.path();
+  request.multiple = true;
+  onceUp<QFileDialog>([&](QFileDialog* dialog) {
+    EXPECT_EQ(dialog->selectedNameFilter(), q("Verilog (*.v *.vh)"));
+    EXPECT_EQ(dialog->fileMode(), QFileDialog::ExistingFiles);
+    dialog->selectNameFilter(q("VHDL (*.vhd)"));
+    dialog->selectFile(path);
+    static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
+  });
+  EXPECT_EQ(dialogs().openFile(request), QStringList{path});
+  EXPECT_EQ(request.filterIndex, 3);
+
+  request.filterIndex = 1;
+  onceUp<QFileDialog>([](QFileDialog* dialog) { dialog->reject(); });
+  EXPECT_TRUE(dialogs().openFile(request).isEmpty());
+  EXPECT_EQ(request.filterIndex, 1);
+}
+
+TEST(Dialogs, SavingOverAFileAsksFirst) {
+  const QTemporaryDir temporary;
+  const QString path = temporary.filePath(q("<b>old.v"));
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.close();
+  FileDialogRequest request;
+  request.folder = temporary.path();
+  request.name = q("<b>old.v");
+  for (const bool overwrite : {true, false}) {
+    onceUp<QFileDialog>([&](QFileDialog* dialog) {
+      onceUp<QMessageBox>([&](QMessageBox* box) {
+        EXPECT_TRUE(box->text().contains(q("<b>old.v already exists."))) << box->text().toStdString();
+        if (!overwrite) onceUp<QFileDialog>([](QFileDialog* again) { again->reject(); });
+        box->button(overwrite ? QMessageBox::Yes : QMessageBox::No)->click();
+      });
+      static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
+    });
+    EXPECT_EQ(dialogs().saveFile(request), overwrite ? path : QString());
+  }
+}
+
+TEST(DialogsScripted, RecordsAndAnswersInOrder) {
+  ScriptedDialogs script;
+  bool wasUp = false;
+  script.answer(Answer::no, [&] { wasUp = isDialogUp(); }).answerInput(q("typed")).answerOpen({q("/x")}, 2);
+  EXPECT_EQ(MsgBox(q("Sure?"), q("T"), Icon::question, Buttons::yesNo), Answer::no);
+  EXPECT_TRUE(wasUp);
+  EXPECT_EQ(InputBox(q("Name")), std::optional<QString>(q("typed")));
+  FileDialogRequest request;
+  EXPECT_EQ(dialogs().openFile(request), QStringList{q("/x")});
+  EXPECT_EQ(request.filterIndex, 2);
+  ASSERT_EQ(script.boxes.size(), 3u);
+  EXPECT_EQ(script.boxes[0].text, q("Sure?"));
+  EXPECT_EQ(script.boxes[0].buttons, Buttons::yesNo);
+  EXPECT_EQ(script.boxes[1].kind, ScriptedDialogs::Kind::input);
+}
+
+TEST(DialogsProgram, BusyFlagNestsAndStatusGoesToTheSink) {
+  {
+    const BusyGuard outer;
+    { const BusyGuard inner; }
+    EXPECT_TRUE(gBusy());
+  }
+  EXPECT_FALSE(gBusy());
+  QStringList seen;
+  setStatusSink([&](const QString& text) { seen += text; });
+  SetStatusText(q("one"));
+  setStatusSink({});
+  SetStatusText(q("two"));
+  EXPECT_EQ(seen, QStringList{q("one")});
+}
+
+TEST(DialogsProgram, FoldersAreTheUsersAlone) {
+  for (const QString& folder : {userConfigFolder(), userStateFolder()}) {
+    EXPECT_TRUE(QFileInfo(folder).isDir()) << folder.toStdString();
+    const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    EXPECT_FALSE(QFileInfo(folder).permissions() & others);
+  }
+  setApplicationFolder(q("/elsewhere"));
+  EXPECT_EQ(applicationFolder(), q("/elsewhere"));
+  setApplicationFolder({});
+}
