@@ -1,0 +1,37 @@
+#include "document/RegistryStore.h"
+
+#include <QCoreApplication>
+
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "document/RegistryFile.h"
+
+namespace registry {
+
+namespace {
+Store* replaced = nullptr;
+}
+
+#ifdef _WIN32
+Store& systemRegistry();   // RegistryWin.cpp
+static Store& platformStore() { return systemRegistry(); }
+#else
+static Store& platformStore() {
+  // Never destroyed: its last flush runs while the application object goes, before the statics of other files do.
+  static Store* const file = [] {
+    qAddPostRoutine([] { store().flush(); });
+    return new RegistryFile(joinPath(userConfigFolder(), QStringLiteral("settings.reg")));
+  }();
+  return *file;
+}
+#endif
+
+Store& store() { return replaced ? *replaced : platformStore(); }
+
+Store* setStore(Store* replacement) {
+  Store* const old = replaced;
+  replaced = replacement;
+  return old;
+}
+
+}  // namespace registry

@@ -1,0 +1,36 @@
+// The short calls by which the program reads and writes its settings. All work on HKEY_LOCAL_MACHINE, through one clsRegistry.
+//
+// Flag, Number and Real read tolerantly: either stored type, "True"/"False" in any case, 1, 0 and -1; a value that is missing or
+// makes no sense gives the default. Flags are written as the texts "True" and "False".
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+class clsRegistry;
+
+namespace modRegistry {
+
+inline const QString kGlobalKey = QStringLiteral("Software\\Zelkor Editor\\Global");
+inline const QString kEditorKey = QStringLiteral("Software\\Zelkor Editor\\Editor");
+inline const QString kPrinterKey = QStringLiteral("Software\\Zelkor Editor\\Printer");
+
+clsRegistry& Registry();   // made on first use
+
+bool KeyValid(const QString& key);
+QVariant GetValue(const QString& key, const QString& name);   // see clsRegistry::GetKeyValue
+void NewKey(const QString& key);
+void SetNumber(const QString& key, const QString& name, qint32 value);
+void SetText(const QString& key, const QString& name, const QString& value);
+int LastResult();          // of the last call, 0 for success
+
+bool Flag(const QString& key, const QString& name, bool otherwise);
+int Number(const QString& key, const QString& name, int otherwise);
+double Real(const QString& key, const QString& name, double otherwise);
+QString Text(const QString& key, const QString& name, const QString& otherwise = {});
+void SetFlag(const QString& key, const QString& name, bool value);
+
+int Flush();               // writes what is not written yet; 0 or an error code. Called at the end of the program
+void SetReadOnly(bool on); // batch mode: what is set lasts for this process only
+
+}  // namespace modRegistry

@@ -1,0 +1,174 @@
+// The settings file as text: what it reads, what it writes, and that damage is seen as damage.
+#include "document/RegistryText.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kKey = u"HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Global"_s;
+
+QByteArray exported(const QString& body) {
+  return (u"Windows Registry Editor Version 5.00\r\n\r\n["_s + kKey + u"]\r\n"_s + body).toUtf8();
+}
+
+QString readable(const RegistryText& text) {
+  const QByteArray bytes = text.toBytes();
+  QString out;
+  for (qsizetype i = 2; i + 1 < bytes.size(); i += 2) out += QChar(ushort(uchar(bytes[i]) | uchar(bytes[i + 1]) << 8));
+  return out;
+}
+
+RegistryText full() {
+  RegistryText text;
+  text.setValue(kKey, u"CURDIR"_s, u"C:\\work \"here\"\\ü"_s);
+  text.setValue(kKey, u"EMPTY"_s, QString());
+  text.setValue(kKey, u"NUMBER"_s, qint32(-2));
+  text.setValue(kKey, u"HOTKEYS"_s, u"Ctrl+A=HOME\r\nCtrl+B=END\r\n; a text long enough to be broken into several lines\r\n"_s);
+  text.setValue(kKey + u"\\Deep"_s, QString(), u"default value"_s);
+  text.addKey(kKey + u"\\Empty key"_s);
+  return text;
+}
+
+}  // namespace
+
+TEST(RegistryText, ReadsWhatTheRegistryEditorExports) {
+  struct Case {
+    QString line;
+    QVariant value;
+  };
+  const std::vector<Case> cases{
+      {u"\"v\"=\"text\""_s, u"text"_s},
+      {u"\"v\"=\"\""_s, u""_s},
+      {u"\"v\"=\"a\\\\b \\\"c\\\"\""_s, u"a\\b \"c\""_s},
+      {u"\"V\"=\"two\r\nlines\""_s, u"two\r\nlines"_s},
+      {u"\"v\"=dword:0000001f"_s, qint32(31)},
+      {u"\"v\"=dword:FFFFFFFF"_s, qint32(-1)},
+      {u"\"v\"=hex(1):41,00,0d,00,0a,00,\\\r\n  42,00,00,00"_s, u"A\r\nB"_s},
+      {u"\"v\"=hex(4):02,01,00,00"_s, qint32(258)},
+      {u"\"v\"=hex:01,02"_s, {}},
+      {u"\"v\"=hex(7):41,00,00,00,00,00"_s, {}},
+      {u"\"v\"=hex(2):"_s, {}},
+      {u"\"v\"=-"_s, {}},
+      {u"\"v\"=\"first\"\r\n\"V\"=\"last counts\""_s, u"last counts"_s},
+  };
+  for (const Case& c : cases) {
+    RegistryText text;
+    ASSERT_TRUE(text.parse(exported(c.line + u"\r\n"_s))) << qPrintable(c.line);
+    EXPECT_EQ(text.value(kKey.toUpper(), u"v"_s), c.value) << qPrintable(c.line);
+    EXPECT_EQ(text.value(kKey, u"v"_s).typeId(), c.value.typeId()) << qPrintable(c.line);
+    EXPECT_TRUE(text.hasValue(kKey, u"v"_s));
+    // What was read and not changed is written as it was found.
+    EXPECT_TRUE(readable(text).contains(c.line)) << qPrintable(readable(text));
+  }
+}
+
+TEST(RegistryText, WritesWhatTheRegistryEditorImports) {
+  RegistryText text;
+  text.setValue(kKey, u"A\\B"_s, u"C:\\x"_s);
+  text.setValue(kKey, u"a\\b"_s, qint32(10));   // the first spelling stays
+  text.setValue(kKey, u"LINES"_s, u"1\r\n2"_s);
+  EXPECT_EQ(readable(text),
+            u"Windows Registry Editor Version 5.00\r\n; Settings of Zelkor Editor, whole when the last line is \"; end\"\r\n"
+            "\r\n[HKEY_LOCAL_MACHINE\\Software]\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor]\r\n\r\n["_s +
+                kKey + u"]\r\n\"A\\\\B\"=dword:0000000a\r\n\"LINES\"=hex(1):31,00,0d,00,0a,00,32,00,00,00\r\n\r\n; end\r\n"_s);
+}
+
+TEST(RegistryText, C3_UnknownContentSurvivesChanges) {
+  const QString body =
+      u"\"v\"=dword:00000001\r\n\"strange\"=hex(b):01,02,03,04,05,06,07,08\r\n; a remark\r\n\r\n[HKEY_CURRENT_USER\\Other]\r\n@=\"d\"\r\n"_s;
+  RegistryText text;
+  ASSERT_TRUE(text.parse(exported(body)));
+  text.setValue(kKey, u"V"_s, qint32(7));
+  text.setValue(kKey, u"new"_s, u"x"_s);
+  RegistryText again;
+  ASSERT_TRUE(again.parse(text.toBytes()));
+  const QString out = readable(again);
+  for (const auto& kept : {u"\"v\"=dword:00000007"_s, u"\"strange\"=hex(b):01,02,03,04,05,06,07,08"_s, u"; a remark"_s,
+                           u"[HKEY_CURRENT_USER\\Other]\r\n@=\"d\""_s})
+    EXPECT_TRUE(out.contains(kept)) << qPrintable(kept) << "\n" << qPrintable(out);
+  EXPECT_EQ(again.value(kKey, u"NEW"_s), u"x"_s);
+  EXPECT_EQ(again.toBytes(), text.toBytes());
+}
+
+TEST(RegistryText, KeysHaveParentsAndSubkeys) {
+  RegistryText text = full();
+  EXPECT_TRUE(text.hasKey(u"hkey_local_machine\\SOFTWARE"_s));
+  EXPECT_TRUE(text.hasSubkeys(kKey));
+  EXPECT_FALSE(text.hasSubkeys(kKey + u"\\Deep"_s));
+  EXPECT_FALSE(text.hasKey(kKey + u"\\Dee"_s));
+  text.removeKey(kKey.toLower() + u"\\deep"_s);
+  EXPECT_FALSE(text.hasKey(kKey + u"\\Deep"_s));
+  EXPECT_TRUE(text.hasKey(kKey + u"\\Empty key"_s));
+  text.removeKey({});
+  EXPECT_EQ(text.value(kKey, u"NUMBER"_s), qint32(-2));
+}
+
+TEST(RegistryText, DamagedFormsAreRefused) {
+  const std::vector<QByteArray> damaged{
+      "", "\n", "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\A]\r\n", "Windows Registry Editor Version 5.00", QByteArray(1000, '\0'),
+      "Windows Registry Editor Version 5.00\r\n", exported(u"garbage\r\n"_s), exported(u"\"v\"\r\n"_s), exported(u"\"v=1\r\n"_s),
+      exported(u"\"v\"=\"open\r\n"_s), exported(u"\"v\"=\"x\" y\r\n"_s), exported(u"\"v\"=dword:12g\r\n"_s),
+      exported(u"\"v\"=dword:123456789\r\n"_s), exported(u"\"v\"=hex:100\r\n"_s), exported(u"\"v\"=what:1\r\n"_s),
+      exported(u"[key\r\n"_s), exported(u"\"v\"=dword:00000001\r\n"_s) + "\xFF", QByteArray("\xFF\xFE") + "odd"};
+  for (const QByteArray& bytes : damaged) {
+    RegistryText text = full();
+    EXPECT_FALSE(text.parse(bytes)) << bytes.constData();
+    EXPECT_FALSE(text.hasKey(kKey)) << "left over after a failure";
+  }
+}
+
+TEST(RegistryText, C2_CutAtEveryByteIsDamagedOrComplete) {
+  const QByteArray whole = full().toBytes();
+  int complete = 0;
+  for (qsizetype length = 0; length < whole.size(); ++length) {
+    RegistryText text;
+    if (!text.parse(whole.left(length))) continue;
+    ++complete;
+    ASSERT_EQ(text.toBytes(), whole) << "cut to " << length << " bytes";
+  }
+  EXPECT_LE(complete, 2);   // only the last line break may go without loss
+}
+
+TEST(RegistryText, CutExportsNeverGiveWrongValues) {
+  const QByteArray whole = exported(u"\"n\"=dword:00000123\r\n\"t\"=\"text\\\\\"\r\n\"h\"=hex(1):41,00,42,00,00,00\r\n"_s);
+  for (qsizetype length = 0; length < whole.size(); ++length) {
+    RegistryText text;
+    if (!text.parse(whole.left(length))) continue;
+    const QVariant n = text.value(kKey, u"n"_s), t = text.value(kKey, u"t"_s), h = text.value(kKey, u"h"_s);
+    EXPECT_TRUE(!n.isValid() || n == qint32(0x123)) << length;
+    EXPECT_TRUE(!t.isValid() || t == u"text\\"_s) << length;
+    EXPECT_TRUE(!h.isValid() || h == u"AB"_s) << length;
+  }
+}
+
+TEST(RegistryText, AnyTextComesBack) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 300; ++round) {
+    RegistryText text;
+    QString value, name;
+    for (int n = int(random() % 40); n > 0; --n) value += QChar(ushort(random() % 4 ? random() % 0x60 : random() % 0x10000));
+    for (int n = int(random() % 6); n > 0; --n) name += QChar(ushort(0x20 + random() % 0x60));
+    text.setValue(kKey, name, value);
+    RegistryText again;
+    ASSERT_TRUE(again.parse(text.toBytes()));
+    ASSERT_EQ(again.value(kKey, name).toString(), value);
+  }
+}
+
+TEST(RegistryText, Q1_FlippedBytesNeverCrash) {
+  const QByteArray whole = full().toBytes();
+  std::mt19937 random(11);
+  for (int round = 0; round < 3000; ++round) {
+    QByteArray bytes = whole;
+    for (int n = 1 + int(random() % 3); n > 0; --n) bytes[qsizetype(random() % std::size_t(bytes.size()))] = char(random());
+    RegistryText text;
+    if (text.parse(bytes)) {
+      RegistryText again;
+      EXPECT_TRUE(again.parse(text.toBytes()));
+    }
+  }
+}
