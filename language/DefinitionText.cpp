@@ -1,0 +1,218 @@
+#include "language/DefinitionText.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "base/Strings.h"
+
+namespace definition {
+
+namespace {
+
+const QString kCrLf = QStringLiteral("\r\n");
+const QLatin1String kLanguage(kLanguageMark), kDescription(kDescriptionMark), kCaseSensitive("Case Sensitive");
+
+// The sections that hold one property each, in the order in which they are written.
+struct Section {
+  const char* name;
+  QString clsLang::*property;
+  bool joined;         // lines are joined with nothing between them
+  bool always;         // written even when empty
+};
+constexpr Section kSections[] = {
+    {"Keywords", &clsLang::Keywords, false, true},
+    {"Operators", &clsLang::Operators, false, false},
+    {"Description", &clsLang::Description, false, false},
+    {"SingleComments", &clsLang::SingleComments, false, false},
+    {"MultiCommentStart", &clsLang::MultiCommentStart, false, false},
+    {"MultiCommentEnd", &clsLang::MultiCommentEnd, false, false},
+    {"StringDelims", &clsLang::StringDelims, false, false},
+    {"Extensions", &clsLang::Extension, true, false},
+    {"HelpFile", &clsLang::HelpFile, true, false},
+    {"IndIn", &clsLang::BlockStart, false, false},
+    {"IndOut", &clsLang::BlockEnd, false, false},
+    {"IndInOut", &clsLang::BlockMid, false, false},
+};
+
+// Calls use(line) for each line of a text; a break at the very end starts no further line.
+template <class F>
+void forEachLine(QStringView text, F use) {
+  qsizetype begin = 0;
+  while (begin < text.size()) {
+    qsizetype end = begin;
+    while (end < text.size() && text[end] != u'\r' && text[end] != u'\n') ++end;
+    use(text.mid(begin, end - begin));
+    begin = end + (end + 1 < text.size() && text[end] == u'\r' && text[end + 1] == u'\n' ? 2 : 1);
+  }
+}
+
+class Reader {
+ public:
+  void line(QStringView line) {
+    const LineKind kind = kindOf(line);
+    switch (kind) {
+      case LineKind::language:
+        finish();
+        if (!languages_) languages_ = std::make_shared<colLangs>();
+        language_ = languages_->Add(nameIn(line, kind).toString());
+        language_->isCaseSensitive = false;
+        state_ = LineKind::body;
+        break;
+      case LineKind::description: desc_ = nameIn(line, kind).toString(); break;
+      case LineKind::body:
+        if (!line.isEmpty() || state_ == LineKind::templateText) (body_ += line) += kCrLf;
+        break;
+      default:
+        finish();
+        body_.clear();
+        name_ = nameIn(line, kind).toString();
+        state_ = kind;
+        break;
+    }
+  }
+  std::shared_ptr<colLangs> result() {
+    finish();
+    return std::move(languages_);
+  }
+
+ private:
+  void finish() {
+    if (language_) submit();
+    desc_.clear();
+  }
+  void submit() {
+    switch (state_) {
+      case LineKind::property: {
+        if (name_ == kCaseSensitive) language_->isCaseSensitive = true;
+        const auto* section = std::find_if(std::begin(kSections), std::end(kSections),
+                                           [&](const Section& s) { return name_ == QLatin1String(s.name); });
+        if (section == std::end(kSections)) break;
+        if (section->joined) body_.remove(kCrLf);
+        (*language_).*(section->property) = body_;
+        break;
+      }
+      case LineKind::macro: {
+        const auto macro = language_->cMacros()->Add();
+        macro->Name = name_;
+        macro->CommandString = body_;
+        macro->Desc = desc_;
+        break;
+      }
+      case LineKind::templateText: {
+        const auto item = language_->cTemplate()->Add(name_);
+        item->UserString = body_.chopped(std::min<qsizetype>(2, body_.size()));
+        item->Desc = desc_;
+        break;
+      }
+      case LineKind::wordList: language_->cWordList()->Add(name_, body_)->Desc = desc_; break;
+      default: break;
+    }
+  }
+
+  std::shared_ptr<colLangs> languages_;
+  std::shared_ptr<clsLang> language_;
+  LineKind state_ = LineKind::body;   // kind of the section being read; body: none
+  QString name_, body_, desc_;
+};
+
+void printLine(QString& to, const QString& text) { (to += toCrLf(text)) += kCrLf; }
+
+void printSection(QString& to, const QString& header, const QString& text) {
+  printLine(to, header);
+  printLine(to, text);
+}
+
+void printItem(QString& to, QLatin1String open, const QString& name, QLatin1String close, const QString& text,
+               const QString& desc) {
+  printSection(to, open + oneLine(name) + close, text);
+  if (!desc.isEmpty()) printLine(to, kDescription + oneLine(desc));
+}
+
+}  // namespace
+
+LineKind kindOf(QStringView line) {
+  if (line.startsWith(kLanguage)) return LineKind::language;
+  if (line.startsWith(kDescription)) return LineKind::description;
+  if (line.size() < 3 || line[0] != u'[') return LineKind::body;
+  LineKind kind;
+  switch (line[1].unicode()) {
+    case '{': kind = LineKind::macro; break;
+    case '#': kind = LineKind::templateText; break;
+    case '^': kind = LineKind::wordList; break;
+    default: return LineKind::property;
+  }
+  return line.size() < 4 ? LineKind::body : kind;   // too short to lose two characters at each end
+}
+
+QStringView nameIn(QStringView line, LineKind kind) {
+  switch (kind) {
+    case LineKind::language: return line.mid(kLanguage.size());
+    case LineKind::description: return line.mid(kDescription.size());
+    case LineKind::property: return line.mid(1, line.size() - 2);
+    case LineKind::body: return {};
+    default: return line.mid(2, line.size() - 4);
+  }
+}
+
+std::shared_ptr<colLangs> read(const QString& text) {
+  Reader reader;
+  forEachLine(text, [&](QStringView line) { reader.line(line); });
+  return reader.result();
+}
+
+QString writeLanguage(const clsLang& language) {
+  QString to;
+  printLine(to, kLanguage + oneLine(language.Name));
+  for (const Section& section : kSections) {
+    const QString& text = language.*(section.property);
+    if (!section.always && text.isEmpty()) continue;
+    printSection(to, u'[' + QLatin1String(section.name) + u']', section.joined ? oneLine(text) : text);
+  }
+  if (language.isCaseSensitive) printLine(to, u'[' + kCaseSensitive + u']');
+  for (const auto& list : *language.cWordList())
+    printItem(to, QLatin1String("[^"), list->Name, QLatin1String("^]"), list->WordList, list->Desc);
+  for (const auto& macro : *language.cMacros())
+    printItem(to, QLatin1String("[{"), macro->Name, QLatin1String("}]"), macro->CommandString, macro->Desc);
+  for (const auto& item : *language.cTemplate())
+    printItem(to, QLatin1String("[#"), item->HotKey, QLatin1String("#]"), item->UserString, item->Desc);
+  return to;
+}
+
+QString write(const colLangs& languages) {
+  QString to;
+  for (const auto& language : languages) to += writeLanguage(*language);
+  return to;
+}
+
+QString blockOf(const QString& text, const QString& name) {
+  QString block;
+  bool done = false;
+  forEachLine(text, [&](QStringView line) {
+    if (kindOf(line) == LineKind::language) {
+      done = done || !block.isEmpty();
+      if (block.isEmpty() && nameIn(line, LineKind::language) != name) return;
+    } else if (block.isEmpty()) {
+      return;
+    }
+    if (!done) (block += line) += kCrLf;
+  });
+  return block;
+}
+
+QList<int> linesTakenForHeaders(const QString& body) {
+  QList<int> taken;
+  int number = 0;
+  forEachLine(body, [&](QStringView line) {
+    if (kindOf(line) != LineKind::body) taken += number;
+    ++number;
+  });
+  return taken;
+}
+
+QString oneLine(QString text) {
+  text.remove(u'\r');
+  text.remove(u'\n');
+  return text;
+}
+
+}  // namespace definition

@@ -1,0 +1,44 @@
+#include "language/Registration.h"
+
+#include "control/LanguageTable.h"
+#include "language/clsLang.h"
+
+namespace {
+
+QStringList registered;
+int count = 0;
+bool fixedLanguagesRemoved = false;
+
+QString lines(QString list) { return list.replace(QLatin1String("\r\n"), QLatin1String("\n")); }
+
+}  // namespace
+
+void AddLanguages(const colLangs& languages) {
+  if (!fixedLanguagesRemoved) {
+    for (const char* name : {"SQL", "C/C++", "PASCAL", "BASIC", "JAVA"})
+      LanguageTable::unregisterLanguage(QString::fromLatin1(name));
+    fixedLanguagesRemoved = true;
+  }
+  for (const auto& language : languages) {
+    CmLanguage handed;
+    handed.CaseSensitive = language->isCaseSensitive;
+    handed.Keywords = lines(language->Keywords);
+    handed.Operators = lines(language->Operators);
+    handed.SingleLineComments = lines(language->SingleComments);
+    handed.MultiLineComments1 = lines(language->MultiCommentStart);
+    handed.MultiLineComments2 = lines(language->MultiCommentEnd);
+    handed.StringDelims = lines(language->StringDelims);
+    LanguageTable::registerLanguage(language->Name, handed);
+    registered += language->Name;
+  }
+  count = languages.Count();
+}
+
+void RemoveLanguages() {
+  for (const QString& name : registered) LanguageTable::unregisterLanguage(name);
+  registered.clear();
+}
+
+const QStringList& RegisteredLanguages() { return registered; }
+int RegisteredLanguageCount() { return count; }
+void LowerRegisteredLanguageCount() { --count; }

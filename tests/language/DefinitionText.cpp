@@ -1,0 +1,182 @@
+#include "language/DefinitionText.h"
+
+#include <cstdlib>
+
+#include "base/Strings.h"
+#include "tests/language/Language.h"
+
+namespace {
+
+std::string readBack(const char* lines) {
+  const auto languages = definition::read(toCrLf(q(lines)));
+  return languages ? dump(*languages) : "none";
+}
+
+// The one language of a text.
+std::shared_ptr<clsLang> only(const QString& text) {
+  const auto languages = definition::read(text);
+  EXPECT_TRUE(languages && languages->Count() == 1) << s(text);
+  return languages && languages->Count() == 1 ? languages->Item(1) : std::make_shared<clsLang>();
+}
+
+}  // namespace
+
+TEST(DefinitionText, KindsOfLines) {
+  using K = definition::LineKind;
+  struct Case {
+    const char* line;
+    K kind;
+    const char* name;
+  };
+  for (const Case& c :
+       {Case{"SetLanguage:Verilog", K::language, "Verilog"}, Case{"SetLanguage:", K::language, ""},
+        Case{"SetLanguage: a b ", K::language, " a b "}, Case{"setlanguage:x", K::body, ""},
+        Case{" SetLanguage:x", K::body, ""}, Case{"$Desc: hi", K::description, " hi"}, Case{"$Desc", K::body, ""},
+        Case{"[Keywords]", K::property, "Keywords"}, Case{"[Keywords", K::property, "Keyword"},
+        Case{"[Keywords] ", K::property, "Keywords]"}, Case{"[]", K::body, ""}, Case{"[", K::body, ""},
+        Case{"[*]", K::property, "*"}, Case{"[ab", K::property, "a"}, Case{"[{m}]", K::macro, "m"}, Case{"[{}]", K::macro, ""},
+        Case{"[{a", K::body, ""}, Case{"[{", K::body, ""}, Case{"[{ab", K::macro, ""}, Case{"[##]", K::templateText, ""},
+        Case{"[#case#]", K::templateText, "case"}, Case{"[#case]", K::templateText, "cas"},
+        Case{"[^Edges^]", K::wordList, "Edges"}, Case{"[^^", K::body, ""}, Case{" [Keywords]", K::body, ""},
+        Case{"", K::body, ""}}) {
+    EXPECT_EQ(definition::kindOf(q(c.line)), c.kind) << c.line;
+    EXPECT_EQ(s(definition::nameIn(q(c.line), c.kind).toString()), c.name) << c.line;
+  }
+}
+
+TEST(DefinitionText, ReadsEverySection) {
+  const auto l = only(toCrLf(q(
+      "SetLanguage:Verilog\nlost before the first header\n$Desc:lost too\n[Keywords]\nmodule\n\nendmodule\n[Operators]\n+\n"
+      "[SingleComments]\n//\n[MultiCommentStart]\n/*\n[MultiCommentEnd]\n*/\n[StringDelims]\n\"\n[Extensions]\nv\nvh\n"
+      "[HelpFile]\n$Zelkor/help\n.html\n[IndIn]\nbegin\n[IndOut]\nend\n[IndInOut]\nelse\n[Description]\nA\n\nB\n"
+      "[Case Sensitive]\nignored\n[Unknown]\ndropped\n[^Edges^]\nposedge\n$Desc:first\n\nnegedge\n$Desc:the edges\n"
+      "[{Compile}]\nExe a b\n\nExe c\n$Desc:runs it\n[#case#]\ncase ($$)\n\n  end\n\n$Desc:a case\n")));
+  EXPECT_EQ(s(l->Name), "Verilog");
+  EXPECT_EQ(s(l->Keywords), "module\r\nendmodule\r\n");
+  EXPECT_EQ(s(l->Operators), "+\r\n");
+  EXPECT_EQ(s(l->SingleComments), "//\r\n");
+  EXPECT_EQ(s(l->MultiCommentStart), "/*\r\n");
+  EXPECT_EQ(s(l->MultiCommentEnd), "*/\r\n");
+  EXPECT_EQ(s(l->StringDelims), "\"\r\n");
+  EXPECT_EQ(s(l->Extension), "vvh");   // joined with nothing between
+  EXPECT_EQ(s(l->HelpFile), "$Zelkor/help.html");
+  EXPECT_EQ(s(l->BlockStart), "begin\r\n");
+  EXPECT_EQ(s(l->BlockEnd), "end\r\n");
+  EXPECT_EQ(s(l->BlockMid), "else\r\n");
+  EXPECT_EQ(s(l->Description), "A\r\nB\r\n");
+  EXPECT_TRUE(l->isCaseSensitive);
+  EXPECT_TRUE(l->EscapeChar.isEmpty());
+  ASSERT_EQ(l->cWordList()->Count(), 1);
+  EXPECT_EQ(s(l->cWordList()->Item(1)->WordList), "posedge\r\nnegedge\r\n");
+  EXPECT_EQ(s(l->cWordList()->Item(1)->Desc), "the edges");   // the last one wins
+  ASSERT_EQ(l->cMacros()->Count(), 1);
+  EXPECT_EQ(s(l->cMacros()->Item(1)->CommandString), "Exe a b\r\nExe c\r\n");
+  EXPECT_EQ(s(l->cMacros()->Item(1)->Desc), "runs it");
+  ASSERT_EQ(l->cTemplate()->Count(), 1);
+  EXPECT_EQ(s(l->cTemplate()->Item(1)->UserString), "case ($$)\r\n\r\n  end\r\n");
+  EXPECT_EQ(s(l->cTemplate()->Item(1)->HotKey), "case");
+  EXPECT_EQ(s(l->cTemplate()->Item(1)->Name), "case");
+}
+
+TEST(DefinitionText, HandEditedFilesLoseNothingElse) {
+  struct Case {
+    const char *text, *shows;   // a part of the model's dump
+  };
+  for (const Case& c : {
+           Case{"", "none"}, Case{"\n\n\n", "none"}, Case{"no language at all\n[Keywords]\na\n", "none"},
+           Case{"[Keywords]\na\n[{m}]\nx\nSetLanguage:L\n[Operators]\n+\n", "keywords=\noperators=+\\r\\n\n"},
+           Case{"SetLanguage:L\n[case sensitive]\n", "case=no"}, Case{"SetLanguage:L\n[Keywords\na\n", "keywords=\n"},
+           Case{"SetLanguage:L\n[Keywords]\na\n[Keywords]\nb\n", "keywords=b\\r\\n\n"},
+           Case{"SetLanguage:L\n[#a#]\n[#b#]\nx", "template=a | a |  | \ntemplate=b | b | x | \n"},
+           Case{"SetLanguage:L\n[#a#]\n\n", "template=a | a |  | \n"},
+           Case{"SetLanguage:L\n[#a#]\n\nx\n", "template=a | a | \\r\\nx | \n"},
+           Case{"SetLanguage:L\n[{m}]\n$Desc:d\n[{n}]\n", "macro=m |  | d\nmacro=n |  | \n"},   // no description leaks on
+           Case{"SetLanguage:L\n[Keywords]\na\n$Desc:x\n[^w^]\nb\n", "list=w | b\\r\\n | \n"},
+           Case{"SetLanguage:A\n[Keywords]\na\nSetLanguage:A\n[Keywords]\nb\n", "LANGUAGE=A\ncase=no\nkeywords=b"},
+           Case{"SetLanguage:L\n[Keywords]\n[{\n[]\n[#\n", "keywords=[{\\r\\n[]\\r\\n[#\\r\\n"},
+       })
+    EXPECT_NE(readBack(c.text).find(c.shows), std::string::npos) << c.text << "\n-- gives --\n" << readBack(c.text);
+}
+
+TEST(DefinitionText, AnyLineEndWillDo) {
+  const QString text = q("SetLanguage:L\n[#t#]\na\n\nb\n[Keywords]\nx\ny");
+  const std::string wanted = dump(*definition::read(text));
+  EXPECT_EQ(dump(*definition::read(toCrLf(text))), wanted);
+  EXPECT_EQ(dump(*definition::read(QString(text).replace(u'\n', u'\r'))), wanted);
+  EXPECT_EQ(dump(*definition::read(toCrLf(text) + q("\r\n"))), wanted);
+}
+
+TEST(DefinitionText, WritesTheFormLineByLine) {
+  colLangs languages;
+  const auto empty = languages.Add(q("Empty"));
+  const auto l = languages.Add(q("Full"));
+  l->Keywords = q("a\r\nb\r\n");
+  l->Extension = q("v;vh");
+  l->isCaseSensitive = true;
+  l->EscapeChar = q("\\");
+  l->cWordList()->Add(q("W"), q("x\r\n"))->Desc = q("words");
+  const auto m = l->cMacros()->Add();
+  m->Name = q("M");
+  m->CommandString = q("Exe\r\n");
+  const auto t = l->cTemplate()->Add(q("old"));
+  t->HotKey = q("new");
+  t->UserString = q("one\r\n\r\ntwo");
+  t->Desc = q("text");
+  EXPECT_EQ(s(definition::write(languages)),
+            "SetLanguage:Empty\r\n[Keywords]\r\n\r\n"
+            "SetLanguage:Full\r\n[Keywords]\r\na\r\nb\r\n\r\n[Extensions]\r\nv;vh\r\n[Case Sensitive]\r\n"
+            "[^W^]\r\nx\r\n\r\n$Desc:words\r\n[{M}]\r\nExe\r\n\r\n[#new#]\r\none\r\n\r\ntwo\r\n$Desc:text\r\n");
+  const auto again = definition::read(definition::write(languages));
+  EXPECT_EQ(s(again->Item(2)->cTemplate()->Item(1)->Name), "new");   // the file keeps the hot key only
+  EXPECT_TRUE(again->Item(2)->EscapeChar.isEmpty());
+}
+
+TEST(DefinitionText, RandomModelsComeBack) {
+  const char* set = std::getenv("ZELKOR_SEED");
+  const unsigned first = set ? static_cast<unsigned>(std::strtoul(set, nullptr, 10)) : 1;
+  for (unsigned seed = first; seed < first + 400; ++seed) {
+    const auto languages = ModelMaker(seed).languages();
+    const QString text = definition::write(*languages);
+    ASSERT_EQ(dump(*definition::read(text)), dump(*languages)) << "seed " << seed;
+    ASSERT_EQ(s(definition::write(*definition::read(text))), s(text)) << "seed " << seed;
+  }
+}
+
+TEST(DefinitionText, RandomTextsAreReadAndStaySame) {
+  static const QStringList parts{q("SetLanguage:"), q("$Desc:"), q("["), q("[{"), q("[#"), q("[^"), q("]"), q("Keywords]"), q("#]"), q("\r"),
+                                 q("\n"), q("\r\n"), q("x"), QString(QChar(0)), QString(QChar(0xDC80)), q("Extensions]")};
+  std::mt19937 random(7);
+  for (int round = 0; round < 3000; ++round) {
+    QString text;
+    for (int n = 0; n < 30; ++n) text += parts[static_cast<qsizetype>(random() % static_cast<unsigned>(parts.size()))];
+    const auto languages = definition::read(text);
+    if (!languages) continue;
+    // What was read once is written so that it is read the same again.
+    ASSERT_EQ(dump(*definition::read(definition::write(*languages))), dump(*languages)) << "round " << round;
+  }
+}
+
+TEST(DefinitionText, LargeFiles) {
+  QString text = q("SetLanguage:Big\r\n[Keywords]\r\n");
+  for (int i = 0; i < 100'000; ++i) text += QString::number(i) + q("\r\n");
+  for (int i = 0; i < 500; ++i) text += q("SetLanguage:L%1\r\n[{").arg(i) + q("unclosed\r\n");
+  const auto languages = definition::read(text);
+  EXPECT_EQ(languages->Count(), 501);
+  EXPECT_EQ(languages->Item(1)->Keywords.count(q("\r\n")), 100'000);
+  EXPECT_EQ(s(languages->Item(501)->cMacros()->Item(1)->Name), "unclos");
+}
+
+TEST(DefinitionText, BlocksAreCutOutAsTheyStand) {
+  const QString text = q("lost\nSetLanguage:A\n[Keywords]\n\na  \nSetLanguage:B\nb\rSetLanguage:A\nsecond");
+  EXPECT_EQ(s(definition::blockOf(text, q("A"))), "SetLanguage:A\r\n[Keywords]\r\n\r\na  \r\n");
+  EXPECT_EQ(s(definition::blockOf(text, q("B"))), "SetLanguage:B\r\nb\r\n");
+  EXPECT_EQ(s(definition::blockOf(text, q("a"))), "");
+  EXPECT_EQ(s(definition::blockOf(text, q(""))), "");
+  EXPECT_EQ(s(definition::blockOf(q("SetLanguage:\r\nx"), q(""))), "SetLanguage:\r\nx\r\n");
+}
+
+TEST(DefinitionText, WarnsOfLinesThatWouldBeLost) {
+  EXPECT_EQ(definition::linesTakenForHeaders(q("[7:0] bus\r\nok\r\n\r\n$Desc:x\r\n[{\r\nSetLanguage:\r\n [*]\r\n[*]")),
+            (QList<int>{0, 3, 5, 7}));
+  EXPECT_TRUE(definition::linesTakenForHeaders(q("")).isEmpty());
+}

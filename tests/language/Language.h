@@ -1,0 +1,107 @@
+// Help for the tests of languages: literals, models to compare, random models.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QString>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "language/DefinitionText.h"
+#include "language/clsLang.h"
+
+inline QString q(const char* text) { return QString::fromUtf8(text); }
+inline std::string s(const QString& text) { return text.toStdString(); }
+
+// Everything that a model holds, in a form that shows every character.
+inline std::string dump(const colLangs& languages) {
+  std::string all;
+  const auto add = [&](const char* name, const QString& value) {
+    std::string shown;
+    for (const char c : value.toStdString())
+      shown += c == '\r' ? "\\r" : c == '\n' ? "\\n" : std::string(1, c);
+    all += std::string(name) + "=" + shown + "\n";
+  };
+  for (const auto& l : languages) {
+    add("LANGUAGE", l->Name);
+    add("case", l->isCaseSensitive ? q("yes") : q("no"));
+    add("keywords", l->Keywords);
+    add("operators", l->Operators);
+    add("description", l->Description);
+    add("single", l->SingleComments);
+    add("start", l->MultiCommentStart);
+    add("end", l->MultiCommentEnd);
+    add("strings", l->StringDelims);
+    add("extension", l->Extension);
+    add("help", l->HelpFile);
+    add("in", l->BlockStart);
+    add("out", l->BlockEnd);
+    add("mid", l->BlockMid);
+    for (const auto& w : *l->cWordList()) add("list", w->Name + q(" | ") + w->WordList + q(" | ") + w->Desc);
+    for (const auto& m : *l->cMacros()) add("macro", m->Name + q(" | ") + m->CommandString + q(" | ") + m->Desc);
+    for (const auto& t : *l->cTemplate())
+      add("template", t->HotKey + q(" | ") + t->Name + q(" | ") + t->UserString + q(" | ") + t->Desc);
+  }
+  return all;
+}
+
+// Models as the definitions editor can make them without a warning.
+class ModelMaker {
+ public:
+  explicit ModelMaker(unsigned seed) : random_(seed) {}
+
+  std::shared_ptr<colLangs> languages() {
+    auto all = std::make_shared<colLangs>();
+    for (int n = upTo(4) + 1; n > 0; --n) {
+      const auto l = all->Add(name());
+      l->isCaseSensitive = upTo(1);
+      for (QString* text : {&l->Keywords, &l->Operators, &l->Description, &l->SingleComments, &l->MultiCommentStart,
+                            &l->MultiCommentEnd, &l->StringDelims, &l->BlockStart, &l->BlockEnd, &l->BlockMid})
+        *text = list();
+      for (QString* text : {&l->Extension, &l->HelpFile})
+        do *text = name();
+        while (definition::kindOf(*text) != definition::LineKind::body);
+      for (int i = upTo(3); i > 0; --i) l->cWordList()->Add(name(), list())->Desc = name();
+      for (int i = upTo(3); i > 0; --i) {
+        const auto m = l->cMacros()->Add();
+        m->Name = name();
+        m->CommandString = list();
+        m->Desc = name();
+      }
+      for (int i = upTo(3); i > 0; --i) {
+        const auto t = l->cTemplate()->Add(name());
+        t->UserString = body(true);
+        t->Desc = name();
+      }
+    }
+    return all;
+  }
+
+ private:
+  int upTo(int most) { return std::uniform_int_distribution<int>(0, most)(random_); }
+  // Any text on one line, with all that the form gives a meaning to.
+  QString name() {
+    static const QStringList parts{q("a"), q("Z9"), q(" "), q(";"), q("["), q("]"), q("{"), q("}]"), q("#"), q("^]"), q("$Desc:"),
+                                   q("SetLanguage:"), q("\xC3\xA4"), q("\xF0\x9F\x98\x80"), q("\t"), q("|"), q("//"), q("$$")};
+    QString text;
+    for (int n = upTo(5); n > 0; --n) text += parts[upTo(static_cast<int>(parts.size()) - 1)];
+    return text;
+  }
+  QString body(bool withEmptyLines) {
+    QString text;
+    for (int n = upTo(6); n > 0; --n) {
+      const QString line = name();
+      if (definition::kindOf(line) != definition::LineKind::body || (line.isEmpty() && !withEmptyLines)) continue;
+      if (!text.isEmpty() || n % 2) text += q("\r\n");
+      text += line;
+    }
+    return text;
+  }
+  QString list() {
+    QString text = body(false);
+    while (text.startsWith(q("\r\n"))) text.remove(0, 2);
+    return text.isEmpty() ? text : text + q("\r\n");
+  }
+  std::mt19937 random_;
+};
