@@ -64,7 +64,10 @@ class frmDocument : public QWidget {
   const QString& BlockCommentEnd() const;
 
   void focusWork();                         // what the frame shows of the active document; also run when the focus comes
-  bool closeAsked() const;                  // closing was agreed to; the window may go without a question
+  // Asks what closing would ask; true: closing will not ask any more. Closing several windows asks for all of them first,
+  // so that a cancelled end leaves every window as it was (withdrawClose).
+  bool agreeToClose();
+  void withdrawClose() { closeAsked_ = false; }
 
  signals:
   void captionChanged();
@@ -75,6 +78,7 @@ class frmDocument : public QWidget {
 
  private:
   struct Shared;
+  class OwnBox;
   void setUp();
   void cmx_GotFocus();
   void cmx_LostFocus();
@@ -90,6 +94,7 @@ class frmDocument : public QWidget {
   void showTemplateState(bool afterTyping);
 
   std::shared_ptr<Shared> shared_;
-  bool focusComesBack_ = false;   // a box of ours took the focus; its return is no reason to look at the disk
+  int ownBoxes_ = 0;              // boxes of ours that are up
+  bool focusComesBack_ = false;   // such a box took the focus; its return is no reason to look at the disk
   bool closeAsked_ = false;
 };

@@ -27,6 +27,7 @@ class ProfiledFrame {
   virtual void setCmxWindowState(int state) = 0;
   virtual void setMenu(const QString& menuName, int index, const QString& caption, bool visible) = 0;
   virtual void setMenuEnabled(const QString& menuName, bool on) = 0;
+  virtual void setModifiedFacts(bool active, bool any) = 0;   // the active document is modified; any document is
 };
 
 class frmRegistry : public QObject {
@@ -53,6 +54,7 @@ class frmRegistry : public QObject {
   void SaveMDIWindowProfile(ProfiledFrame& frame);
   void getFormWindowProfile(ProfiledFrame& frame);
   void GetProfile(ProfiledFrame& frame, const QString& mruMenu);   // keeps both, reads list and profile, fills the menu
+  void forgetFrame();                       // before the frame goes
   void SetProfile();                        // writes list and profile of the kept frame; without one nothing
 
   // Recently-used list.
@@ -70,7 +72,7 @@ class frmRegistry : public QObject {
  private:
   frmRegistry();
   void mruFile_Changed();
-  bool anyModified() const;
+  static bool anyModified();
 
   std::unique_ptr<ucCM> manager_;
   ProfiledFrame* frame_ = nullptr;

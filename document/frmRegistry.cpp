@@ -1,0 +1,254 @@
+#include "document/frmRegistry.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QScreen>
+#include <algorithm>
+
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "document/Frame.h"
+#include "document/Languages.h"
+#include "document/frmDocument.h"
+#include "document/modRegistry.h"
+#include "language/ucCM.h"
+
+using namespace modRegistry;
+
+namespace {
+
+constexpr int kMruEntries = 10, kMacroEntries = 20;
+constexpr int kMinimised = 1, kMaximised = 2;
+
+// Where a profile's five values stand; the log window has its own.
+struct ProfileNames {
+  QString top, left, width, height, state;
+};
+const ProfileNames& frameNames() {
+  static const ProfileNames names{QStringLiteral("winTop"), QStringLiteral("winleft"), QStringLiteral("winwidth"),
+                                  QStringLiteral("winheight"), QStringLiteral("winstate")};
+  return names;
+}
+const ProfileNames& logNames() {
+  static const ProfileNames names{QStringLiteral("logTop"), QStringLiteral("logleft"), QStringLiteral("logwidth"),
+                                  QStringLiteral("logheight"), QStringLiteral("logstate")};
+  return names;
+}
+
+int stateOf(const QWidget& window) { return window.isMinimized() ? kMinimised : window.isMaximized() ? kMaximised : 0; }
+
+// The nearest place at which a window can be seen and reached: on the screen that shows most of it, or on the first.
+QRect onScreen(QRect wanted) {
+  const QScreen* best = QGuiApplication::primaryScreen();
+  qint64 most = 0;
+  for (const QScreen* screen : QGuiApplication::screens()) {
+    const QRect seen = screen->availableGeometry() & wanted;
+    const qint64 area = qint64(seen.width()) * seen.height();
+    if (seen.isValid() && area > most) {
+      most = area;
+      best = screen;
+    }
+  }
+  if (!best) return wanted;
+  const QRect room = best->availableGeometry();
+  wanted.setSize(wanted.size().boundedTo(room.size()));
+  wanted.moveLeft(std::clamp(wanted.left(), room.left(), room.right() + 1 - wanted.width()));
+  wanted.moveTop(std::clamp(wanted.top(), room.top(), room.bottom() + 1 - wanted.height()));
+  return wanted;
+}
+
+void readProfile(QWidget& window, const ProfileNames& names) {
+  // A minimised or maximised window keeps its normal place; before it was ever shown that is its present geometry.
+  const QRect now = window.normalGeometry().isValid() ? window.normalGeometry() : window.geometry();
+  const auto read = [](const QString& name, int otherwise) { return qRound(Real(kGlobalKey, name, otherwise)); };
+  const int top = read(names.top, now.top()), left = read(names.left, now.left());
+  const int width = read(names.width, now.width()), height = read(names.height, now.height());
+  const bool placed = GetValue(kGlobalKey, names.left).isValid();
+  constexpr int kSmallest = 100, kLargest = 100'000;
+  if (width >= kSmallest && height >= kSmallest && width < kLargest && height < kLargest) {
+    const QRect place = onScreen(QRect(left, top, width, height));
+    if (placed) window.setGeometry(place);
+    else window.resize(place.size());
+  }
+  const int state = Number(kGlobalKey, names.state, stateOf(window));
+  Qt::WindowStates states = window.windowState() & ~(Qt::WindowMinimized | Qt::WindowMaximized);
+  // A window left minimised starts normal: starting a program is asking to see it.
+  if (state == kMaximised) states |= Qt::WindowMaximized;
+  window.setWindowState(states);
+}
+
+void writeProfile(const QWidget& window, const ProfileNames& names) {
+  const int state = stateOf(window);
+  if (state == 0) {
+    const QRect place = window.geometry();
+    SetText(kGlobalKey, names.top, QString::number(place.top()));
+    SetText(kGlobalKey, names.left, QString::number(place.left()));
+    SetText(kGlobalKey, names.width, QString::number(place.width()));
+    SetText(kGlobalKey, names.height, QString::number(place.height()));
+  }
+  SetNumber(kGlobalKey, names.state, state);
+}
+
+const QString kStatusBar = QStringLiteral("StatusBar"), kToolBar = QStringLiteral("ToolBar"),
+              kDocumentState = QStringLiteral("ewinstate");
+const QString kViewStatusBar = QStringLiteral("mnuViewStatusBar"), kViewToolbar = QStringLiteral("mnuViewToolbar"),
+              kCustom = QStringLiteral("mCustom"), kSeparator = QStringLiteral("-");
+
+// "&" starts a mnemonic in a caption; a name shows its own.
+QString inMenu(QString name) { return plainForDisplay(name, 200).replace(u'&', QLatin1String("&&")); }
+
+}  // namespace
+
+frmRegistry& frmRegistry::instance() {
+  static frmRegistry service;
+  return service;
+}
+
+frmRegistry::frmRegistry() : manager_(std::make_unique<ucCM>()) {
+  connect(&mruFile, &ucMRULst::Changed, this, &frmRegistry::mruFile_Changed);
+}
+frmRegistry::~frmRegistry() = default;
+
+ucCM& frmRegistry::ucCM1() { return *manager_; }
+
+// ---- file dialogs
+
+QStringList frmRegistry::stdOpenFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
+                                     const QString& name, bool multiple) {
+  FileDialogRequest request{title, filter, filterIndex, folder, name, {}, multiple};
+  QStringList chosen = dialogs().openFile(request);
+  filterIndex = request.filterIndex;
+  if (!chosen.isEmpty()) QDir::setCurrent(GetFileDir(chosen.first()));
+  return chosen;
+}
+
+QString frmRegistry::stdSaveFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
+                                 const QString& name) {
+  FileDialogRequest request{title, filter, filterIndex, folder, name, {}, false};
+  // The extension has to be known before the dialog asks about overwriting.
+  const QString pattern = filter.split(u'|').value(filterIndex * 2 - 1).section(u';', 0, 0);
+  if (pattern.startsWith(QLatin1String("*.")) && pattern != QLatin1String("*.*")) request.defaultExtension = pattern.mid(2);
+  const QString chosen = dialogs().saveFile(request);
+  filterIndex = request.filterIndex;
+  if (!chosen.isEmpty()) QDir::setCurrent(GetFileDir(chosen));
+  return chosen;
+}
+
+QString frmRegistry::stdHelpFile(const QString& folder) {
+  FileDialogRequest request;
+  request.title = tr("Help File");
+  request.filter = tr("Help files") + QLatin1String(" (*.html;*.htm;*.pdf;*.txt;*.md)|*.html;*.htm;*.pdf;*.txt;*.md|(*.*)|*.*|");
+  request.folder = folder;
+  return dialogs().openFile(request).value(0);
+}
+
+// ---- window profiles
+
+void frmRegistry::SaveLogWindowProfile(const QWidget& window) { writeProfile(window, logNames()); }
+void frmRegistry::GetLogWindowProfile(QWidget& window) { readProfile(window, logNames()); }
+
+void frmRegistry::SaveMDIWindowProfile(ProfiledFrame& frame) {
+  writeProfile(*frame.profileWindow(), frameNames());
+  SetFlag(kGlobalKey, kStatusBar, frame.isChecked(kViewStatusBar));
+  SetFlag(kGlobalKey, kToolBar, frame.isChecked(kViewToolbar));
+  SetNumber(kGlobalKey, kDocumentState, frame.cmxWindowState());
+}
+
+void frmRegistry::getFormWindowProfile(ProfiledFrame& frame) {
+  readProfile(*frame.profileWindow(), frameNames());
+  frame.setChecked(kViewStatusBar, Flag(kGlobalKey, kStatusBar, frame.isChecked(kViewStatusBar)));
+  frame.setChecked(kViewToolbar, Flag(kGlobalKey, kToolBar, frame.isChecked(kViewToolbar)));
+  frame.setCmxWindowState(Number(kGlobalKey, kDocumentState, frame.cmxWindowState()));
+}
+
+void frmRegistry::GetProfile(ProfiledFrame& frame, const QString& mruMenu) {
+  frame_ = &frame;
+  mruMenu_ = mruMenu;
+  GetMRUList();
+  MRUtoMenu();
+  getFormWindowProfile(frame);
+}
+
+void frmRegistry::SetProfile() {
+  SaveMRUList();
+  if (frame_) SaveMDIWindowProfile(*frame_);
+}
+
+void frmRegistry::forgetFrame() { frame_ = nullptr; }
+
+// ---- recently-used list
+
+void frmRegistry::SaveMRUList() {
+  if (!listWasRead_) return;   // nothing is known of the stored one
+  for (int i = 0; i < kMruEntries; ++i) SetText(kGlobalKey, QStringLiteral("MRU%1").arg(i), mruFile.Item(i));
+}
+
+void frmRegistry::GetMRUList() {
+  const QStringList seeded = mruFile.items();
+  QStringList names;
+  for (int i = 0; i < kMruEntries; ++i) names << Text(kGlobalKey, QStringLiteral("MRU%1").arg(i));
+  names.removeAll(QString());
+  listWasRead_ = true;
+  if (!names.isEmpty() || seeded.isEmpty()) mruFile.setItems(names);
+}
+
+void frmRegistry::SetupMRUList() {
+  for (const char* name : {"wave.do", "viewdrawsch.1", "trnscrpt.log", "control.abl", "palasm.pds", "timspec.ucf",
+                           "report.scr", "sample.v", "sample1.vhd"}) {
+    const QString folder = joinPath(applicationFolder(), QStringLiteral("Samples"));
+    mruFile.AddItem(joinPath(folder, QString::fromLatin1(name)));
+  }
+}
+
+void frmRegistry::MRUtoMenu() {
+  for (int i = 0; i < kMruEntries; ++i) {
+    const bool used = i < mruFile.Count();
+    const QString caption = used ? u'&' + QString::number(i + 1) + u' ' + inMenu(mruFile.Item(i)) : QString();
+    SetMDIMenu(mruMenu_, caption, used, i);
+  }
+  SetMDIMenu(mruMenu_, kSeparator, mruFile.Count() > 0, kMruEntries);
+}
+
+void frmRegistry::mruFile_Changed() {
+  if (frame_) MRUtoMenu();
+}
+
+// ---- menus that depend on data
+
+void frmRegistry::SetMDIMenu(const QString& menuName, const QString& caption, bool visible, int index) {
+  if (frame_) frame_->setMenu(menuName, index, caption, visible);
+}
+
+bool frmRegistry::anyModified() {
+  Frame* main = ::frame();
+  if (!main) return false;
+  const QList<frmDocument*> documents = main->documents();
+  return std::any_of(documents.begin(), documents.end(), [](const frmDocument* d) { return d->DocumentModified(); });
+}
+
+void frmRegistry::SetupMenusModified(bool modified) {
+  if (frame_) frame_->setModifiedFacts(modified, anyModified());
+}
+
+void frmRegistry::CommandstoMenu() {
+  const auto language = languages().Language();
+  const int macros = language ? language->cMacros()->Count() : 0;
+  if (macros > 0) {
+    for (int i = 0; i < kMacroEntries; ++i) {
+      const bool used = i < macros;
+      SetMDIMenu(kCustom, used ? inMenu(language->cMacros()->Item(i + 1)->Name) : QString(), used, i);
+    }
+    SetMDIMenu(kCustom, kSeparator, true, kMacroEntries);
+  }
+  SetMDIMenu(kCustom, tr("C&ustom"), macros > 0, -1);
+}
+
+void frmRegistry::SetHelpMenu() {
+  if (!frame_) return;
+  const bool has = !languages().GetHelp().isEmpty();
+  frame_->setMenuEnabled(QStringLiteral("mHelpContents"), has);
+  frame_->setMenuEnabled(QStringLiteral("mHelpWord"), has);
+  SetMDIMenu(QStringLiteral("mHelp"), has ? tr("&Help*") : tr("&Help"), true, -1);
+}
