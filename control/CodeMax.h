@@ -10,14 +10,8 @@
 #include <QWidget>
 #include <memory>
 
+#include "control/ColorScheme.h"
 #include "control/Editor.h"
-
-// The 18 colour slots. Their numbers are stored in the settings (COLORS0 to COLORS17): never renumber.
-enum class ColorSlot {
-  Window, Text, SelectionBack, SelectionText, InactiveSelectionBack, InactiveSelectionText, LeftMargin, Keyword, Operator,
-  Comment, String, Number, Bookmark, HighlightedLine, LineNumbers, Divider, TagText, MatchingBrace
-};
-inline constexpr int kColorSlots = 18;
 
 class CodeMax : public QWidget {
   Q_OBJECT

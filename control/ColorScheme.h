@@ -1,0 +1,34 @@
+// The colours of a control: a light and a dark scheme, chosen by the desktop's palette, and what the user set instead.
+#pragma once
+
+#include <QColor>
+#include <QPalette>
+#include <array>
+
+// The 18 colour slots. Their numbers are stored in the settings (COLORS0 to COLORS17): never renumber.
+enum class ColorSlot {
+  Window, Text, SelectionBack, SelectionText, InactiveSelectionBack, InactiveSelectionText, LeftMargin, Keyword, Operator,
+  Comment, String, Number, Bookmark, HighlightedLine, LineNumbers, Divider, TagText, MatchingBrace
+};
+inline constexpr int kColorSlots = 18;
+
+class ColorScheme {
+ public:
+  static bool isDark(const QPalette& palette);
+  static QColor schemeColor(int slot, bool dark);   // invalid for an unknown slot
+
+  bool follow(const QPalette& palette);   // true: the scheme became the other one
+  bool dark() const { return dark_; }
+
+  QColor color(ColorSlot slot) const;
+  // An invalid colour gives the slot back to the scheme. So does the slot's colour in either scheme: a control's colours that
+  // were stored unchanged would otherwise stay light on a dark desktop for ever.
+  void setColor(int slot, const QColor& color);
+
+  // Selected text keeps its syntax colours while the slot's colour is that of plain text.
+  bool selectionKeepsColors(bool focused) const;
+
+ private:
+  bool dark_ = false;
+  std::array<QColor, kColorSlots> own_;
+};

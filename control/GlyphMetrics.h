@@ -1,0 +1,54 @@
+// What one font measures at one screen scale: line height, cells, advances and glyphs, each found once. Positions are rounded to
+// device pixels, so that text is crisp and every cell of a fixed font is as wide as the next.
+#pragma once
+
+#include <QFont>
+#include <QGlyphRun>
+#include <QHash>
+#include <QRawFont>
+#include <QString>
+#include <array>
+
+// A cluster that the main font cannot draw glyph by glyph: shaped once, with the fonts that have it.
+struct ShapedCluster {
+  QList<QGlyphRun> runs;   // relative to the baseline at the cluster's left edge
+  double advance = 0;
+};
+
+class GlyphMetrics {
+ public:
+  GlyphMetrics(const QFont& font, double scale);
+
+  const QFont& font() const { return font_; }
+  const QFont& labelFont() const { return labelFont_; }
+  const QRawFont& rawFont() const { return raw_; }
+  bool fixedPitch() const { return fixed_; }
+  double cell() const { return cell_; }            // the unit of tabs and virtual columns
+  double ascent() const { return ascent_; }
+  int lineHeight() const { return lineHeight_; }
+  double round(double pixels) const;               // to device pixels
+
+  // 0x20 to 0x7E
+  double asciiAdvance(unsigned char c) const { return ascii_[c - 0x20u].advance; }
+  quint32 asciiGlyph(unsigned char c) const { return ascii_[c - 0x20u].glyph; }
+
+  struct Simple {
+    quint32 glyph = 0;     // 0: the font has none
+    double advance = 0;    // as the font has it
+  };
+  Simple simple(char32_t code) const;
+  const ShapedCluster& shaped(const QString& cluster) const;
+  double labelWidth(const QString& label) const;   // of a box that holds the label; whole cells in a fixed font
+  double hexByteWidth() const { return hexByteWidth_; }   // of any box with two hex digits
+
+ private:
+  QFont font_, labelFont_;
+  QRawFont raw_;
+  double scale_, cell_ = 8, ascent_ = 12, hexByteWidth_ = 0;
+  int lineHeight_ = 16;
+  bool fixed_ = false;
+  std::array<Simple, 0x7F - 0x20> ascii_;
+  mutable QHash<char32_t, Simple> simple_;
+  mutable QHash<QString, ShapedCluster> shaped_;
+  mutable QHash<QString, double> labels_;
+};
