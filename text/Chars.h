@@ -19,8 +19,11 @@ struct Char {
 Char decode(std::string_view bytes);        // the first character
 Char decodeLast(std::string_view bytes);    // the last one
 int cells(char32_t code);                   // 0 combining and invisible, 1, or 2 wide. Tabs and bad bytes are the caller's affair.
+constexpr int badByteCells = 2;             // a bad byte stands as its two hex digits
 int utf16Length(const Char& c);             // 2 beyond U+FFFF, else 1
-// The length in bytes of the user-perceived character (base and combining marks, CR LF) that starts / ends there.
+// The length in bytes of the user-perceived character (base and combining marks, emoji sequences, CR LF) that starts /
+// ends there. At most maxClusterBytes: a longer pile of marks counts as several.
+constexpr int maxClusterBytes = 256;
 int clusterLength(std::string_view bytes);
 int clusterLengthBefore(std::string_view bytes);
 
