@@ -9,7 +9,9 @@
 
 namespace text {
 
-enum class Encoding : unsigned char { utf8, utf16le, utf16be, windows1252, latin1, /* further 8-bit ones behind */ iso8859_15 };
+enum class Encoding : unsigned char {
+  utf8, utf16le, utf16be, windows1252, latin1, iso8859_15, windows1250, iso8859_2, windows1251, koi8r, cp437
+};
 
 struct FileFormat {
   Encoding encoding = Encoding::utf8;
@@ -22,7 +24,7 @@ std::optional<Encoding> encodingByName(std::string_view name);  // folds case
 std::vector<Encoding> encodings();                              // all, in the order for menus
 
 // What the bytes of a file are: BOM, valid UTF-8 (a few bad bytes among valid multi-byte sequences stay UTF-8), UTF-16
-// pattern, else `fallback` (an 8-bit encoding).
+// pattern (also without BOM), else `fallback` (an 8-bit encoding). The encoding it gives always decodes these bytes exactly.
 FileFormat detectFormat(std::string_view bytes, Encoding fallback = Encoding::windows1252);
 
 // Bytes of a file (BOM taken off when format.bom) to the editor's bytes; nullopt when the way back would not be exact.
@@ -30,7 +32,7 @@ std::optional<std::string> decodeText(std::string_view fileBytes, FileFormat for
 
 struct EncodeError {
   long long offset = 0;      // of the first character that does not fit, in the editor's bytes
-  char32_t code = 0;
+  char32_t code = 0;         // its code point; of a byte that is not valid UTF-8 the byte
 };
 // The editor's bytes to those of a file, BOM included. On failure nullopt and *error.
 std::optional<std::string> encodeText(std::string_view bytes, FileFormat format, EncodeError* error);

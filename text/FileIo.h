@@ -11,12 +11,16 @@
 
 namespace text {
 
-// What the editor remembers of a file to notice changes made by others (S12): compared whole.
+// What the editor remembers of a file to notice changes made by others. sameContent() is what a save asks: times alone (a
+// touched file, a copy put back) are no change that could be lost.
 struct FileStamp {
   bool exists = false;
   FileStatus status;
   std::uint64_t contentHash = 0;   // of the file's bytes
   bool operator==(const FileStamp&) const = default;
+  bool sameContent(const FileStamp& other) const {
+    return exists == other.exists && (!exists || (status.size == other.status.size && contentHash == other.contentHash));
+  }
 };
 
 struct LoadOptions {
@@ -52,6 +56,9 @@ struct SaveResult {
 // folder; where that would lose something (hard links, foreign owner, no right in the folder) writes a synced recovery copy and
 // overwrites in place. At any moment the file holds the old bytes or the new ones (or the copy is there to mend it).
 SaveResult saveFile(const std::string& path, const Snapshot& text, const SaveOptions& options);
+
+// Where recovery copies go when the target's own folder takes no new file. Not set: "zelkor" in the user's state folder.
+void setRecoveryFolder(const std::string& folder);
 
 // The same for plain bytes (settings, definition file ...). mode is for a file that does not exist yet.
 SaveResult saveBytes(const std::string& path, std::string_view bytes, unsigned mode = 0666);

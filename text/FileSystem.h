@@ -40,12 +40,14 @@ class FileSystem {
   virtual int openAt(int dirFd, const std::string& path, unsigned flags, unsigned mode) = 0;   // descriptor (close-on-exec)
   virtual int statAt(int dirFd, const std::string& path, bool follow, FileStatus* out) = 0;
   virtual int statFd(int fd, FileStatus* out) = 0;
+  virtual int accessAt(int dirFd, const std::string& path, bool folder) = 0;  // 0: may be written (a folder: entries too)
   virtual std::int64_t read(int fd, char* to, std::size_t length) = 0;
   virtual std::int64_t write(int fd, const char* from, std::size_t length) = 0;
   virtual std::int64_t seek(int fd, std::int64_t offset) = 0;     // absolute
   virtual int sync(int fd) = 0;
   virtual int truncate(int fd, std::int64_t length) = 0;
-  virtual int allocate(int fd, std::int64_t length) = 0;          // reserves space; -EOPNOTSUPP where not possible
+  // Reserves space for the first `length` bytes; the size stays. -EOPNOTSUPP where not possible.
+  virtual int allocate(int fd, std::int64_t length) = 0;
   virtual int renameAt(int fromDir, const std::string& from, int toDir, const std::string& to, unsigned flags) = 0;
   virtual int linkAt(int fromDir, const std::string& from, int toDir, const std::string& to) = 0;
   virtual int unlinkAt(int dirFd, const std::string& path, bool folder) = 0;
@@ -56,6 +58,7 @@ class FileSystem {
   virtual int listAttributes(int fd, std::vector<std::string>* names) = 0;        // extended attributes, ACLs included
   virtual int getAttribute(int fd, const std::string& name, std::string* value) = 0;
   virtual int setAttribute(int fd, const std::string& name, const std::string& value) = 0;
+  virtual int removeAttribute(int fd, const std::string& name) = 0;
   virtual int listDir(const std::string& path, std::vector<std::string>* names) = 0;  // without "." and ".."
   virtual int lock(int fd, bool exclusive, bool wait) = 0;        // flock; -EWOULDBLOCK when held by another
   virtual int close(int fd) = 0;
@@ -64,6 +67,9 @@ class FileSystem {
 // The real one of this platform. Never null; may be exchanged by tests (returns the old one).
 FileSystem& fileSystem();
 FileSystem* setFileSystem(FileSystem* replacement);
+
+// Bytes of memory that this computer has; 0 where unknown.
+std::uint64_t physicalMemory();
 
 // The system's text for -errno or errno, in plain words ("No space left on device").
 std::string errorText(int error);
