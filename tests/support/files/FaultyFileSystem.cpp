@@ -1,0 +1,146 @@
+#include "tests/support/files/FaultyFileSystem.h"
+
+#include <algorithm>
+
+namespace testing_files {
+
+using text::FileStatus;
+
+void FaultyFileSystem::failCall(int n, int error, bool forEver) { faults_.push_back({"", n, error, forEver}); }
+
+void FaultyFileSystem::failUse(const std::string& name, int k, int error, bool forEver) {
+  faults_.push_back({name, k, error, forEver});
+}
+
+void FaultyFileSystem::clear() {
+  log_.clear();
+  uses_.clear();
+  faults_.clear();
+  mostWritten_ = 0;
+  hook_ = nullptr;
+}
+
+std::string FaultyFileSystem::pathOf(int fd) const {
+  const auto it = paths_.find(fd);
+  return it == paths_.end() ? std::string() : it->second;
+}
+
+std::string FaultyFileSystem::full(int dirFd, const std::string& path) const {
+  return dirFd == kCwd || path.starts_with('/') ? path : pathOf(dirFd) + "/" + path;
+}
+
+template <class Action>
+auto FaultyFileSystem::pass(Call call, Action action) -> decltype(action()) {
+  using Result = decltype(action());
+  if (inHook_) return action();
+  call.number = static_cast<int>(log_.size()) + 1;
+  const int use = ++uses_[call.name];
+  log_.push_back(call);
+  const std::size_t index = log_.size() - 1;
+  if (hook_) {
+    inHook_ = true;
+    hook_(call);
+    inHook_ = false;
+  }
+  Result result{};
+  const auto hit = std::find_if(faults_.begin(), faults_.end(), [&](const Fault& f) {
+    if (!f.name.empty() && f.name != call.name) return false;
+    const int n = f.name.empty() ? call.number : use;
+    return f.forEver ? n >= f.number : n == f.number;
+  });
+  if (hit != faults_.end()) {
+    if (call.name == "close") action();   // a descriptor is gone even when close reports an error
+    result = static_cast<Result>(-hit->error);
+  } else {
+    result = action();
+  }
+  log_[index].result = result;
+  return result;
+}
+
+int FaultyFileSystem::openAt(int dirFd, const std::string& path, unsigned flags, unsigned mode) {
+  return pass({.name = "openAt", .path = full(dirFd, path), .flags = flags}, [&] {
+    const int fd = below_.openAt(dirFd, path, flags, mode);
+    if (fd >= 0) paths_[fd] = full(dirFd, path);
+    return fd;
+  });
+}
+int FaultyFileSystem::statAt(int dirFd, const std::string& path, bool follow, FileStatus* out) {
+  return pass({.name = "statAt", .path = full(dirFd, path)}, [&] { return below_.statAt(dirFd, path, follow, out); });
+}
+int FaultyFileSystem::statFd(int fd, FileStatus* out) {
+  return pass({.name = "statFd", .path = pathOf(fd)}, [&] { return below_.statFd(fd, out); });
+}
+int FaultyFileSystem::accessAt(int dirFd, const std::string& path, bool folder) {
+  return pass({.name = "accessAt", .path = full(dirFd, path)}, [&] { return below_.accessAt(dirFd, path, folder); });
+}
+std::int64_t FaultyFileSystem::read(int fd, char* to, std::size_t length) {
+  return pass({.name = "read", .path = pathOf(fd), .length = static_cast<std::int64_t>(length)},
+              [&] { return below_.read(fd, to, length); });
+}
+std::int64_t FaultyFileSystem::write(int fd, const char* from, std::size_t length) {
+  if (mostWritten_ > 0) length = std::min(length, mostWritten_);
+  return pass({.name = "write", .path = pathOf(fd), .length = static_cast<std::int64_t>(length)},
+              [&] { return below_.write(fd, from, length); });
+}
+std::int64_t FaultyFileSystem::seek(int fd, std::int64_t offset) {
+  return pass({.name = "seek", .path = pathOf(fd), .length = offset}, [&] { return below_.seek(fd, offset); });
+}
+int FaultyFileSystem::sync(int fd) {
+  return pass({.name = "sync", .path = pathOf(fd)}, [&] { return below_.sync(fd); });
+}
+int FaultyFileSystem::truncate(int fd, std::int64_t length) {
+  return pass({.name = "truncate", .path = pathOf(fd), .length = length}, [&] { return below_.truncate(fd, length); });
+}
+int FaultyFileSystem::allocate(int fd, std::int64_t length) {
+  return pass({.name = "allocate", .path = pathOf(fd), .length = length}, [&] { return below_.allocate(fd, length); });
+}
+int FaultyFileSystem::renameAt(int fromDir, const std::string& from, int toDir, const std::string& to, unsigned flags) {
+  return pass({.name = "renameAt", .path = full(fromDir, from), .to = full(toDir, to), .flags = flags},
+              [&] { return below_.renameAt(fromDir, from, toDir, to, flags); });
+}
+int FaultyFileSystem::linkAt(int fromDir, const std::string& from, int toDir, const std::string& to) {
+  return pass({.name = "linkAt", .path = full(fromDir, from), .to = full(toDir, to)},
+              [&] { return below_.linkAt(fromDir, from, toDir, to); });
+}
+int FaultyFileSystem::unlinkAt(int dirFd, const std::string& path, bool folder) {
+  return pass({.name = "unlinkAt", .path = full(dirFd, path)}, [&] { return below_.unlinkAt(dirFd, path, folder); });
+}
+int FaultyFileSystem::makeDirAt(int dirFd, const std::string& path, unsigned mode) {
+  return pass({.name = "makeDirAt", .path = full(dirFd, path)}, [&] { return below_.makeDirAt(dirFd, path, mode); });
+}
+int FaultyFileSystem::changeMode(int fd, unsigned mode) {
+  return pass({.name = "changeMode", .path = pathOf(fd), .flags = mode}, [&] { return below_.changeMode(fd, mode); });
+}
+int FaultyFileSystem::changeOwner(int fd, std::uint32_t owner, std::uint32_t group) {
+  return pass({.name = "changeOwner", .path = pathOf(fd)}, [&] { return below_.changeOwner(fd, owner, group); });
+}
+int FaultyFileSystem::readLinkAt(int dirFd, const std::string& path, std::string* out) {
+  return pass({.name = "readLinkAt", .path = full(dirFd, path)}, [&] { return below_.readLinkAt(dirFd, path, out); });
+}
+int FaultyFileSystem::listAttributes(int fd, std::vector<std::string>* names) {
+  return pass({.name = "listAttributes", .path = pathOf(fd)}, [&] { return below_.listAttributes(fd, names); });
+}
+int FaultyFileSystem::getAttribute(int fd, const std::string& name, std::string* value) {
+  return pass({.name = "getAttribute", .path = pathOf(fd)}, [&] { return below_.getAttribute(fd, name, value); });
+}
+int FaultyFileSystem::setAttribute(int fd, const std::string& name, const std::string& value) {
+  return pass({.name = "setAttribute", .path = pathOf(fd)}, [&] { return below_.setAttribute(fd, name, value); });
+}
+int FaultyFileSystem::removeAttribute(int fd, const std::string& name) {
+  return pass({.name = "removeAttribute", .path = pathOf(fd)}, [&] { return below_.removeAttribute(fd, name); });
+}
+int FaultyFileSystem::listDir(const std::string& path, std::vector<std::string>* names) {
+  return pass({.name = "listDir", .path = path}, [&] { return below_.listDir(path, names); });
+}
+int FaultyFileSystem::lock(int fd, bool exclusive, bool wait) {
+  return pass({.name = "lock", .path = pathOf(fd)}, [&] { return below_.lock(fd, exclusive, wait); });
+}
+int FaultyFileSystem::close(int fd) {
+  return pass({.name = "close", .path = pathOf(fd)}, [&] {
+    paths_.erase(fd);
+    return below_.close(fd);
+  });
+}
+
+}  // namespace testing_files
