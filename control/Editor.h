@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QString>
+#include <QVariant>
 #include <functional>
 #include <memory>
 
@@ -31,6 +32,9 @@ class EditorHost {
   virtual qint64 visibleLines() const { return 25; }
   virtual void setTopLine(qint64) {}
   virtual void scrollColumns(qint64) {}          // right positive, in cells
+  virtual qint64 leftColumn() const { return 0; }     // the first cell shown
+  virtual qint64 visibleColumns() const { return 80; }
+  virtual void toggleWhiteSpaceDisplay() {}
   virtual void showFindDialog(bool replace) { (void)replace; }
   virtual void note(const QString& text);        // "12 replaced", "wrapped": the status text
   virtual QString clipboardText(bool* block);    // *block: the text is a rectangular block

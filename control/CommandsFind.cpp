@@ -1,0 +1,201 @@
+// Finding and replacing with the program's one search state.
+#include <QCoreApplication>
+
+#include "control/CommandFunctions.h"
+#include "control/Replacing.h"
+#include "control/EditorAccess.h"
+#include "control/Finding.h"
+#include "text/Words.h"
+
+using namespace text;
+
+namespace {
+
+QString tr(const char* text, int n = -1) { return QCoreApplication::translate("Find", text, nullptr, n); }
+
+bool sameOptions(const SearchOptions& a, const SearchOptions& b) {
+  return a.matchCase == b.matchCase && a.wholeWord == b.wholeWord && a.regex == b.regex;
+}
+
+const Searcher& searcherFor(Editor& e, const std::string& what, const SearchOptions& options) {
+  auto& impl = EditorAccess::impl(e);
+  if (!impl.searcher || impl.searcherKey.first != what || !sameOptions(impl.searcherKey.second, options)) {
+    impl.searcher = std::make_unique<Searcher>(what, options);
+    impl.searcherKey = {what, options};
+  }
+  return *impl.searcher;
+}
+
+// The searcher of the search state; null after a note when there is nothing to search for or the expression is faulty.
+const Searcher* stateSearcher(Editor& e) {
+  const SearchState& state = searchState();
+  if (state.findText.isEmpty()) {
+    e.host().note(tr("There is no find text"));
+    return nullptr;
+  }
+  const Searcher& searcher = searcherFor(e, findBytes(e, state), state.options);
+  if (searcher.error().empty()) return &searcher;
+  e.host().note(QString::fromStdString(searcher.error()));
+  return nullptr;
+}
+
+bool failed(Editor& e, const SearchResult& result) {
+  if (!result.error.empty()) e.host().note(QString::fromStdString(result.error));
+  return !result.error.empty();
+}
+
+// Selects the next find from the selection on, round the end of the text when needed.
+bool findFrom(Editor& e, const Searcher& searcher, const QString& shown, ByteRange from, bool forward) {
+  const Snapshot text = e.snapshot();
+  const ByteRange all{ByteOffset(0), text.size()};
+  const auto search = [&](ByteOffset at) {
+    return forward ? searcher.forward(text, at, all) : searcher.backward(text, at, all);
+  };
+  SearchResult result = search(forward ? from.end : from.begin);
+  // A find without length where the caret stands already would hold it there for ever.
+  if (result.match && result.match->range.empty() && from.empty() && result.match->range.begin == from.begin) {
+    const ByteOffset next = forward ? nextChar(text, from.end) : previousChar(text, from.begin);
+    result = next == from.begin ? SearchResult() : search(next);
+  }
+  if (failed(e, result)) return false;
+  QString note;
+  if (!result.match) {
+    result = search(forward ? all.begin : all.end);
+    if (failed(e, result)) return false;
+    note = forward ? tr("Went on from the start of the text") : tr("Went on from the end of the text");
+  }
+  if (!result.match) {
+    e.host().note(tr("\"%1\" was not found").arg(shown));
+    return false;
+  }
+  e.setSelection({result.match->range.begin, result.match->range.end, 0, 0, false});
+  e.host().note(note);
+  return true;
+}
+
+void replaceAllIn(Editor& e, const std::vector<ByteRange>& within) {
+  if (e.document().readOnly()) return e.host().note(tr("The text is read-only"));
+  const Searcher* searcher = stateSearcher(e);
+  if (!searcher) return;
+  const SearchState& state = searchState();
+  applyReplacements(e, planReplacements(e.snapshot(), *searcher, state.options.regex, within, replacementBytes(e, state),
+                                        keepsCase(e, state), e.model().newLineFor(LineNo(0))));
+}
+
+}  // namespace
+
+std::string findBytes(Editor& e, const SearchState& state) {
+  return state.options.regex ? fromQString(state.findText) : EditorAccess::incoming(e, state.findText, LineNo(0));
+}
+
+std::string replacementBytes(Editor& e, const SearchState& state) {
+  return EditorAccess::incoming(e, state.replaceText, LineNo(0));
+}
+
+bool keepsCase(Editor& e, const SearchState& state) { return state.preserveCase || e.options().preserveCase; }
+
+std::vector<ByteRange> selectedRanges(Editor& e) {
+  if (!e.hasSelection()) return {};
+  if (!e.selection().column) return {e.selectedRange()};
+  std::vector<ByteRange> rows;
+  const int tabSize = e.options().tabSize;
+  const ColumnBlock block = columnBlock(e.snapshot(), e.selection(), tabSize);
+  for (LineNo line = block.first; line <= block.last; ++line) {
+    const ByteRange body = columnRow(e.snapshot(), line, block.left, block.right, tabSize).body;
+    if (!body.empty()) rows.push_back(body);
+  }
+  return rows;
+}
+
+void applyReplacements(Editor& e, const ReplacePlan& plan) {
+  if (plan.cancelled) return e.host().note(tr("Cancelled; nothing was replaced"));
+  if (!plan.error.empty()) return e.host().note(QString::fromStdString(plan.error));
+  if (!plan.edits.empty()) EditorAccess::change(e, plan.edits);
+  e.host().note(tr("%1 replaced").arg(plan.edits.size()));
+}
+
+QString wordToFind(Editor& e) {
+  const Snapshot& text = e.snapshot();
+  if (e.hasSelection() && !e.selection().column) {
+    const ByteRange range = e.selectedRange();
+    if (text.lineAt(range.begin) == text.lineAt(range.end)) return e.selectedText();
+  }
+  return toQString(text.bytes(wordAt(text, e.selection().caret)));
+}
+
+namespace commandFunctions {
+
+bool findAgainFrom(Editor& e, bool forward) {
+  const Searcher* searcher = stateSearcher(e);
+  return searcher && findFrom(e, *searcher, searchState().findText, e.selectedRange(), forward);
+}
+
+bool findWordAtCaret(Editor& e, bool forward) {
+  const QString word = wordToFind(e);
+  if (word.isEmpty()) return false;
+  const bool selected = e.hasSelection();
+  const ByteRange from = selected ? e.selectedRange() : wordAt(e.snapshot(), e.selection().caret);
+  searchState().findText = word;
+  SearchOptions options = searchState().options;
+  options.regex = false;
+  options.wholeWord = !selected || options.wholeWord || wordAt(e.snapshot(), from.begin) == from;
+  return findFrom(e, searcherFor(e, fromQString(word), options), word, from, forward);
+}
+
+void find(Editor& e, const QVariant&) { e.host().showFindDialog(false); }
+void findReplace(Editor& e, const QVariant&) { e.host().showFindDialog(true); }
+
+void findMarkAll(Editor& e, const QVariant&) {
+  const Searcher* searcher = stateSearcher(e);
+  if (!searcher) return;
+  const Snapshot text = e.snapshot();
+  const SearchAllResult found = searcher->all(text, {ByteOffset(0), text.size()});
+  if (!found.error.empty()) return e.host().note(QString::fromStdString(found.error));
+  markFinds(e, text, found.ranges);
+}
+
+void replace(Editor& e, const QVariant&) {
+  if (e.document().readOnly()) return e.host().note(tr("The text is read-only"));
+  const Searcher* searcher = stateSearcher(e);
+  if (!searcher) return;
+  const SearchState& state = searchState();
+  const ByteRange range = e.selectedRange();
+  if (!e.selection().column) {
+    const SearchResult at = searcher->forward(e.snapshot(), range.begin, {ByteOffset(0), e.snapshot().size()});
+    if (failed(e, at)) return;
+    if (at.match && at.match->range == range) {
+      const std::vector<ByteRange> within{range};
+      const ReplacePlan plan = planReplacements(e.snapshot(), *searcher, state.options.regex, within, replacementBytes(e, state),
+                                                keepsCase(e, state), e.model().newLineFor(LineNo(0)));
+      if (!plan.error.empty()) return e.host().note(QString::fromStdString(plan.error));
+      if (plan.edits.size() == 1) EditorAccess::put(e, plan.edits[0].range, plan.edits[0].text);
+    }
+  }
+  findFrom(e, *searcher, state.findText, e.selectedRange(), true);
+}
+
+void replaceAllInBuffer(Editor& e, const QVariant&) { replaceAllIn(e, {{ByteOffset(0), e.snapshot().size()}}); }
+void replaceAllInSelection(Editor& e, const QVariant&) { replaceAllIn(e, selectedRanges(e)); }
+
+void setFindText(Editor&, const QVariant& argument) { searchState().findText = argument.toString(); }
+void setReplaceText(Editor&, const QVariant& argument) { searchState().replaceText = argument.toString(); }
+
+void togglePreserveCase(Editor& e, const QVariant&) {
+  const bool on = !keepsCase(e, searchState());
+  searchState().preserveCase = on;
+  e.options().preserveCase = on;
+}
+void toggleWholeWord(Editor&, const QVariant&) { searchState().options.wholeWord = !searchState().options.wholeWord; }
+void toggleCaseSensitive(Editor&, const QVariant&) { searchState().options.matchCase = !searchState().options.matchCase; }
+
+}  // namespace commandFunctions
+
+void markFinds(Editor& e, const Snapshot& text, std::span<const ByteRange> finds) {
+  std::vector<LineNo> lines;
+  for (const ByteRange& find : finds) {
+    const LineNo line = text.lineAt(find.begin);
+    if (lines.empty() || lines.back() != line) lines.push_back(line);
+  }
+  e.model().setBookmarks(lines, true);
+  e.host().note(tr("%1 found").arg(finds.size()));
+}

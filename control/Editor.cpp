@@ -1,0 +1,304 @@
+#include "control/Editor.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <algorithm>
+#include <tuple>
+
+#include "base/Program.h"
+#include "control/ColumnBlock.h"
+#include "control/CommandFunctions.h"
+#include "control/CommandTable.h"
+#include "control/EditorAccess.h"
+#include "text/Chars.h"
+#include "text/Words.h"
+
+using namespace text;
+
+namespace {
+
+constexpr char kBlockFormat[] = "application/x-zelkor-column-block";
+
+// Where `at` goes when the spans of a change were applied; text put in exactly there goes behind it.
+ByteOffset moved(ByteOffset at, const Change& change) {
+  std::int64_t shift = 0;
+  for (const auto& span : change.spans) {
+    const ByteOffset oldBegin = span.begin - shift;
+    if (at <= oldBegin) break;
+    if (at < oldBegin + span.removed) return span.begin + std::min(at - oldBegin, span.inserted);
+    shift += span.inserted - span.removed;
+  }
+  return at + shift;
+}
+
+}  // namespace
+
+void EditorHost::note(const QString& text) { SetStatusText(text); }
+
+QString EditorHost::clipboardText(bool* block) {
+  const QMimeData* data = qGuiApp ? QGuiApplication::clipboard()->mimeData() : nullptr;
+  if (block) *block = data && data->hasFormat(QLatin1String(kBlockFormat));
+  return data ? data->text() : QString();
+}
+
+void EditorHost::setClipboard(const QString& text, bool block) {
+  if (!qGuiApp) return;
+  auto* data = new QMimeData;
+  data->setText(text);
+  if (block) data->setData(QLatin1String(kBlockFormat), QByteArray("1"));
+  QGuiApplication::clipboard()->setMimeData(data);
+}
+
+SearchState& searchState() {
+  static SearchState state;
+  return state;
+}
+
+Editor::Editor(std::shared_ptr<TextModel> model, std::shared_ptr<EditOptions> options, EditorHost* host)
+    : model_(std::move(model)), options_(std::move(options)), host_(host), impl_(new Impl) {
+  QObject::connect(model_.get(), &TextModel::changed, &impl_->context, [this](const Change& change) {
+    if (impl_->ownChange > 0) return;
+    SelectionState s = selection_;
+    if (change.reset) {
+      s = {};
+    } else {
+      s.anchor = moved(s.anchor, change);
+      s.caret = moved(s.caret, change);
+    }
+    if (impl_->quiet) selection_ = s;
+    else EditorAccess::place(*this, s);
+  });
+}
+
+Editor::~Editor() = default;
+
+ByteOffset EditorAccess::snap(const Snapshot& text, ByteOffset at) {
+  at = std::clamp(at, ByteOffset(0), text.size());
+  if (at.value == 0 || at == text.size()) return at;
+  const char here = text.at(at);
+  if (here == '\n') return text.lineMode() == LineMode::lf && text.at(at - 1) == '\r' ? at - 1 : at;
+  for (int back = 1; (here & 0xC0) == 0x80 && back <= 3 && at.value >= back; ++back) {
+    if ((text.at(at - back) & 0xC0) == 0x80) continue;
+    const std::string bytes = text.bytes({at - back, at - back + 4});
+    return decode(bytes).bytes > back ? at - back : at;
+  }
+  return at;
+}
+
+void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t> goal) {
+  s.anchor = snap(e.snapshot(), s.anchor);
+  s.caret = snap(e.snapshot(), s.caret);
+  if (!s.column) s.anchorVirtual = s.caretVirtual = 0;
+  e.impl_->goal = goal;
+  if (s == e.selection_) return;
+  e.selection_ = s;
+  if (e.onSelectionChanged) e.onSelectionChanged();
+}
+
+bool EditorAccess::change(Editor& e, std::span<const Edit> edits, std::optional<SelectionState> after, Join join) {
+  Document& document = e.document();
+  if (document.readOnly()) return false;
+  const SelectionState before = e.selection_;
+  SelectionState next = before;
+  if (after) {
+    next = *after;
+  } else {
+    const auto carry = [&edits](ByteOffset at) {
+      std::int64_t shift = 0;
+      for (const Edit& edit : edits) {
+        const auto length = static_cast<std::int64_t>(edit.text.size());
+        if (at < edit.range.end || (at == edit.range.end && at == edit.range.begin)) {
+          if (at > edit.range.begin) shift -= std::max<std::int64_t>(0, at - edit.range.begin - length);
+          break;
+        }
+        shift += length - edit.range.length();
+      }
+      return at + shift;
+    };
+    next.anchor = carry(before.anchor);
+    next.caret = before.caret == before.anchor ? next.anchor : carry(before.caret);
+  }
+  // The views hear of the change while it is made; the selection they then read has to be one of the new text.
+  const std::uint64_t revision = document.revision();
+  ++e.impl_->ownChange;
+  e.selection_ = next;
+  const bool done = document.apply(edits, before, join);
+  --e.impl_->ownChange;
+  e.selection_ = before;
+  place(e, next);
+  if (document.revision() != revision) document.setSelectionAfter(e.selection_);
+  return done;
+}
+
+bool EditorAccess::put(Editor& e, ByteRange range, std::string bytes, Join join) {
+  SelectionState after;
+  after.anchor = after.caret = range.begin + static_cast<std::int64_t>(bytes.size());
+  const Edit edit{range, std::move(bytes)};
+  return change(e, std::span(&edit, 1), after, join);
+}
+
+std::string EditorAccess::incoming(Editor& e, QStringView text, LineNo line) {
+  std::string bytes = fromQString(text);
+  const bool crText = e.snapshot().lineMode() == LineMode::cr;
+  if (bytes.find('\n') == std::string::npos && !(crText && bytes.find('\r') != std::string::npos)) return bytes;
+  const std::string newLine = e.model().newLineFor(line);
+  std::string result;
+  result.reserve(bytes.size());
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    const bool pair = bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n';
+    if (pair) ++i;
+    if (pair || bytes[i] == '\n' || (crText && bytes[i] == '\r')) result += newLine;
+    else result += bytes[i];
+  }
+  return result;
+}
+
+std::string EditorAccess::indentOf(const Snapshot& text, LineNo line) {
+  std::string indent;
+  const ByteOffset end = text.lineEnd(line);
+  for (ByteOffset at = text.lineStart(line); at < end && (text.at(at) == ' ' || text.at(at) == '\t'); ++at) indent += text.at(at);
+  return indent;
+}
+
+std::pair<LineNo, LineNo> selectedLines(Editor& e) {
+  const ByteRange range = e.selectedRange();
+  const Snapshot& text = e.snapshot();
+  const LineNo first = text.lineAt(range.begin);
+  LineNo last = text.lineAt(range.end);
+  if (last > first && range.end == text.lineStart(last) && !e.selection().column) --last;
+  return {first, last};
+}
+
+void Editor::setSelection(SelectionState selection) {
+  document().breakJoin();
+  EditorAccess::place(*this, selection);
+}
+
+ByteRange Editor::selectedRange() const {
+  return {std::min(selection_.anchor, selection_.caret), std::max(selection_.anchor, selection_.caret)};
+}
+
+bool Editor::hasSelection() const {
+  if (!selection_.column) return selection_.anchor != selection_.caret;
+  const ColumnBlock block = columnBlock(model_->snapshot(), selection_, options_->tabSize);
+  return block.left != block.right;
+}
+
+void Editor::moveCaret(ByteOffset to, bool extend) {
+  setSelection({extend ? selection_.anchor : to, to, 0, 0, false});
+}
+
+CmPosition Editor::positionOf(ByteOffset offset) const {
+  const Snapshot& text = model_->snapshot();
+  offset = EditorAccess::snap(text, offset);
+  const LineNo line = text.lineAt(offset);
+  const std::string before = text.bytes({text.lineStart(line), offset});
+  return {line.value, columnOf(before, static_cast<std::int64_t>(before.size())).value};
+}
+
+ByteOffset Editor::offsetOf(CmPosition position) const {
+  const Snapshot& text = model_->snapshot();
+  if (position.LineNo < 0) return ByteOffset(0);
+  if (position.LineNo >= text.lineCount()) return text.size();
+  const LineNo line(position.LineNo);
+  if (position.ColNo <= 0) return text.lineStart(line);
+  return text.lineStart(line) + byteOfColumn(text.line(line), CharColumn(position.ColNo));
+}
+
+CmRange Editor::range(bool normalised) const {
+  CmPosition from = positionOf(selection_.anchor), to = positionOf(selection_.caret);
+  from.ColNo += selection_.anchorVirtual;
+  to.ColNo += selection_.caretVirtual;
+  if (normalised && (from.LineNo > to.LineNo || (from.LineNo == to.LineNo && from.ColNo > to.ColNo))) std::swap(from, to);
+  return {from.LineNo, from.ColNo, to.LineNo, to.ColNo, selection_.column};
+}
+
+void Editor::setRange(const CmRange& range) {
+  SelectionState s;
+  s.column = range.ColumnSel;
+  const auto end = [&](CmPosition position, std::int64_t* virtualCells) {
+    const ByteOffset offset = offsetOf(position);
+    const CmPosition real = positionOf(offset);
+    if (s.column && real.LineNo == position.LineNo && snapshot().lineEnd(LineNo(real.LineNo)) == offset)
+      *virtualCells = std::max<qint64>(0, position.ColNo - real.ColNo);
+    return offset;
+  };
+  s.anchor = end({range.StartLineNo, range.StartColNo}, &s.anchorVirtual);
+  s.caret = end({range.EndLineNo, range.EndColNo}, &s.caretVirtual);
+  setSelection(s);
+}
+
+QString Editor::selectedText() const {
+  const Snapshot& text = model_->snapshot();
+  if (!selection_.column) return toQString(text.bytes(selectedRange()));
+  if (!hasSelection()) return {};
+  const ColumnBlock block = columnBlock(text, selection_, options_->tabSize);
+  std::string rows;
+  for (LineNo line = block.first; line <= block.last; ++line) {
+    if (line > block.first) rows += '\n';
+    rows += columnRowText(text, columnRow(text, line, block.left, block.right, options_->tabSize));
+  }
+  return toQString(rows);
+}
+
+void Editor::selectWordAt(ByteOffset offset) {
+  const ByteRange word = wordAt(snapshot(), EditorAccess::snap(snapshot(), offset));
+  setSelection({word.begin, word.end, 0, 0, false});
+}
+
+bool Editor::replaceRange(ByteRange range, const QString& text) {
+  const Snapshot& now = snapshot();
+  const ByteOffset begin = EditorAccess::snap(now, range.begin);
+  const ByteOffset end = std::max(begin, EditorAccess::snap(now, range.end));
+  return EditorAccess::put(*this, {begin, end}, EditorAccess::incoming(*this, text, now.lineAt(begin)));
+}
+
+bool Editor::replaceSelection(const QString& text) {
+  if (selection_.column) return typeText(text);
+  return replaceRange(selectedRange(), text);
+}
+
+bool Editor::undo() { return EditorAccess::travel(*this, &Document::undo); }
+bool Editor::redo() { return EditorAccess::travel(*this, &Document::redo); }
+
+bool EditorAccess::travel(Editor& e, std::optional<SelectionState> (Document::*step)()) {
+  // While the views are told, the selection moves with the text; then it becomes the remembered one.
+  const SelectionState old = e.selection_;
+  e.impl_->quiet = true;
+  const auto selection = (e.document().*step)();
+  e.impl_->quiet = false;
+  if (!selection) return false;
+  e.selection_ = old;
+  place(e, *selection);
+  return true;
+}
+
+bool Editor::execute(int id, const QVariant& argument) {
+  const Command* command = commandById(id);
+  if (!command) return false;
+  // A command that only prepares the next one uses nothing up.
+  const bool prepares = command->run == commandFunctions::setRepeatCount || command->run == commandFunctions::appendNextCut;
+  int count = 1;
+  if (!prepares) {
+    count = std::exchange(repeatCount, 1);
+    impl_->cutAppends = std::exchange(appendNextCut, false);
+    if (!command->repeatable) count = 1;
+  }
+  if (count == 1) {
+    command->run(*this, argument);
+    return true;
+  }
+  // One undo step for all repetitions; undo itself cannot run inside one.
+  const bool travels = command->run == commandFunctions::undo || command->run == commandFunctions::redo;
+  std::optional<UndoGroup> group;
+  if (!travels) group.emplace(document());
+  for (impl_->pass = 0; impl_->pass < count; ++impl_->pass) {
+    const auto state = [this] { return std::tuple(document().revision(), selection_, host_->topLine(), host_->leftColumn()); };
+    const auto before = state();
+    command->run(*this, argument);
+    if (state() == before) break;   // nothing moves any more
+  }
+  impl_->pass = 0;
+  return true;
+}

@@ -1,0 +1,51 @@
+// What the commands reach of an editor beyond its public face. Only control/Editor.cpp and the command files include it.
+#pragma once
+
+#include <QObject>
+#include <memory>
+#include <optional>
+#include <span>
+#include <utility>
+
+#include "control/ColumnBlock.h"
+#include "control/Editor.h"
+
+struct Editor::Impl {
+  QObject context;                         // ends the connection to the model
+  std::optional<std::int64_t> goal;        // the cell that vertical moves keep to
+  int ownChange = 0;                       // > 0: the selection is set by the one who changes the text
+  bool quiet = false;                      // the selection moves with the text, and nobody is told
+  int depth = 0;                           // of commands that run commands
+  int pass = 0;                            // which repetition of the command this is, from 0
+  bool cutAppends = false;                 // this command's cut goes behind what is on the clipboard
+  std::unique_ptr<text::Searcher> searcher;   // of the last search, with what it was made from
+  std::pair<std::string, text::SearchOptions> searcherKey;
+};
+
+struct EditorAccess {
+  static Editor::Impl& impl(Editor& e) { return *e.impl_; }
+  // Clips to the text and to a character boundary; never inside CR LF.
+  static text::ByteOffset snap(const text::Snapshot& text, text::ByteOffset at);
+  // Sets the selection after a change of the text or a move that keeps the goal column.
+  static void place(Editor& e, text::SelectionState selection, std::optional<std::int64_t> goal = std::nullopt);
+  // Applies edits (see text::Document::apply). The selection becomes `after`, or moves with the text. False when read-only.
+  static bool change(Editor& e, std::span<const text::Edit> edits, std::optional<text::SelectionState> after = std::nullopt,
+                     text::Join join = text::Join::none);
+  // Replaces the range by bytes as they are and puts the caret behind them.
+  static bool put(Editor& e, text::ByteRange range, std::string bytes, text::Join join = text::Join::none);
+  // Text from outside as this text's bytes: line breaks become those of `line`.
+  static std::string incoming(Editor& e, QStringView text, text::LineNo line);
+  static bool travel(Editor& e, std::optional<text::SelectionState> (text::Document::*step)());   // undo or redo
+  // Puts content into every row of the block, which is that of the selection or beside it; the selection then has no width and
+  // stands behind what came in.
+  static bool fillBlock(Editor& e, const ColumnBlock& block, const std::string& content, text::Join join = text::Join::none);
+  // Deletes what a column selection covers (leaving a selection without width), or the selected text.
+  static bool deleteSelection(Editor& e);
+  static std::string indentOf(const text::Snapshot& text, text::LineNo line);   // its leading blanks and tabs
+};
+
+// A larger repeat count runs this often.
+inline constexpr int kMostRepeats = 1000000;
+
+// The lines that the selection touches, both included; a line that it only ends at the start of is not one of them.
+std::pair<text::LineNo, text::LineNo> selectedLines(Editor& e);
