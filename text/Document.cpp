@@ -1,59 +1,101 @@
 #include "text/Document.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <map>
+#include <cstring>
+#include <exception>
+
+#include "text/AddBuffer.h"
+#include "text/Delta.h"
+#include "text/History.h"
+#include "text/Marks.h"
+#include "text/Tree.h"
 
 namespace text {
 
+using namespace engine;
+
+namespace {
+
+// How many bytes two texts share at their begin, and then at their end.
+std::pair<std::int64_t, std::int64_t> commonEnds(const Tree& a, const Tree& b) {
+  const auto most = std::min(a.bytes(), b.bytes());
+  std::int64_t head = 0, tail = 0;
+  while (head < most) {
+    const auto x = a.runFrom(head), y = b.runFrom(head);
+    const auto length = std::min({x.size(), y.size(), static_cast<std::size_t>(most - head)});
+    const auto same = std::mismatch(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(length), y.begin()).first - x.begin();
+    head += same;
+    if (static_cast<std::size_t>(same) < length) break;
+  }
+  while (tail < most - head) {
+    const auto x = a.runBefore(a.bytes() - tail), y = b.runBefore(b.bytes() - tail);
+    const auto length = std::min({x.size(), y.size(), static_cast<std::size_t>(most - head - tail)});
+    const auto same = std::mismatch(x.rbegin(), x.rbegin() + static_cast<std::ptrdiff_t>(length), y.rbegin()).first - x.rbegin();
+    tail += same;
+    if (static_cast<std::size_t>(same) < length) break;
+  }
+  return {head, tail};
+}
+
+}  // namespace
+
 struct Document::Impl {
   Snapshot now;
-  std::uint64_t revision = 0, nextStep = 1, savedStep = 0;
-  bool readOnly = false, forcedUnsaved = false, joinable = false;
-  struct Step {
-    std::uint64_t id;
-    Snapshot before, after;
-    std::vector<Change::Span> spans;
-    SelectionState selectionBefore, selectionAfter;
-    Join join = Join::none;
-  };
-  std::vector<Step> done, undone;
-  int depth = 0;
-  std::optional<Step> group;
-  std::map<MarkId, std::pair<std::int64_t, Gravity>> marks;
-  MarkId nextMark = 1;
+  std::uint64_t revision = 0;
+  bool readOnly = false, notifying = false;
+  History history;
+  Marks marks;
+  AddBuffer added;
   std::vector<std::weak_ptr<Listener>> listeners;
 
-  void notify(const Change& change) {
-    auto copy = listeners;
-    for (auto& weak : copy)
-      if (auto l = weak.lock()) (*l)(change);
+  const TreePtr& tree() const { return now.tree_; }
+  bool mayChange() const { return !readOnly && !notifying; }
+
+  bool valid(std::span<const Edit> edits) const {
+    std::int64_t at = 0;
+    for (const auto& edit : edits) {
+      if (edit.range.begin.value < at || edit.range.end < edit.range.begin) return false;
+      at = edit.range.end.value;
+    }
+    return at <= tree()->bytes();
   }
-  std::uint64_t top() const { return done.empty() ? 0 : done.back().id; }
-  void exchange(Snapshot to, bool reset) {   // one span from the first to the last difference
-    const auto a = now.bytes({ByteOffset(0), now.size()}), b = to.bytes({ByteOffset(0), to.size()});
-    std::size_t p = 0, q = 0;
-    while (p < a.size() && p < b.size() && a[p] == b[p]) ++p;
-    while (q < a.size() - p && q < b.size() - p && a[a.size() - 1 - q] == b[b.size() - 1 - q]) ++q;
+
+  // All that a change needs, made before anything is changed.
+  struct Ready {
+    TreePtr tree;
     Change change;
-    Change::Span s;
-    s.begin = ByteOffset(static_cast<std::int64_t>(p));
-    s.removed = static_cast<std::int64_t>(a.size() - p - q);
-    s.inserted = static_cast<std::int64_t>(b.size() - p - q);
-    s.firstLine = to.lineAt(s.begin);
-    s.linesRemoved = now.lineAt(s.begin + s.removed) - now.lineAt(s.begin);
-    s.linesInserted = to.lineAt(s.begin + s.inserted) - s.firstLine;
-    for (auto& [id, m] : marks) {
-      if (m.first > s.begin.value || (m.first == s.begin.value && m.second == Gravity::right)) {
-        if (m.first >= s.begin.value + s.removed) m.first += s.inserted - s.removed;
-        else m.first = s.begin.value + (m.second == Gravity::right ? s.inserted : 0);
+    std::vector<Marks::Shift> shifts;
+  };
+  // The delta is written down at `to` and leads back to the present tree.
+  Ready ready(TreePtr to, const Delta& delta) const {
+    Ready result;
+    result.change.spans = spansOf(delta, *tree(), *to);
+    result.shifts = marks.shiftsOf(delta);
+    result.tree = std::move(to);
+    return result;
+  }
+  void put(Ready& ready) noexcept {
+    marks.move(ready.shifts);
+    now.tree_ = std::move(ready.tree);
+    ready.change.revision = ++revision;
+  }
+
+  void notify(const Change& change) {
+    struct Guard {
+      bool& flag;
+      ~Guard() { flag = false; }
+    } guard{notifying};
+    notifying = true;
+    std::exception_ptr failure;
+    const auto count = listeners.size();   // one that comes meanwhile hears of the next change
+    for (std::size_t i = 0; i < count; ++i) {
+      try {
+        if (const auto listener = listeners[i].lock()) (*listener)(change);
+      } catch (...) {
+        if (!failure) failure = std::current_exception();
       }
     }
-    now = std::move(to);
-    change.revision = ++revision;
-    change.reset = reset;
-    if (!reset) change.spans.push_back(s);
-    notify(change);
+    if (failure) std::rethrow_exception(failure);
   }
 };
 
@@ -66,105 +108,139 @@ void Document::setReadOnly(bool on) { impl_->readOnly = on; }
 
 void Document::reset(Snapshot snapshot) {
   auto& d = *impl_;
-  d.done.clear();
-  d.undone.clear();
-  d.group.reset();
+  d.history.clear();
   d.marks.clear();
-  d.savedStep = 0;
-  d.forcedUnsaved = false;
-  d.exchange(std::move(snapshot), true);
+  d.added = AddBuffer();
+  d.now = std::move(snapshot);
+  Change change;
+  change.revision = ++d.revision;
+  change.reset = true;
+  d.notify(change);
 }
 
 bool Document::apply(std::span<const Edit> edits, const SelectionState& before, Join join) {
   auto& d = *impl_;
-  if (d.readOnly) return false;
-  const auto old = d.now.bytes({ByteOffset(0), d.now.size()});
-  std::string fresh;
-  std::size_t at = 0;
-  for (const auto& e : edits) {
-    fresh.append(old, at, static_cast<std::size_t>(e.range.begin.value) - at);
-    fresh += e.text;
-    at = static_cast<std::size_t>(e.range.end.value);
+  if (!d.mayChange() || !d.valid(edits)) return false;
+  const auto old = d.tree();
+  std::size_t length = 0;
+  for (const auto& edit : edits) length += edit.text.size();
+  auto room = d.added.room(length, old->shape().addBlock);
+  std::vector<Splice> splices;
+  std::vector<Piece> pieces;
+  splices.reserve(edits.size());
+  pieces.reserve(edits.size());
+  Walker walker(*old);
+  std::size_t written = 0;
+  for (const auto& edit : edits) {
+    const auto begin = edit.range.begin.value;
+    if (edit.range.length() == static_cast<std::int64_t>(edit.text.size()) && walker.equals(begin, edit.text)) continue;
+    char* const to = room.base + room.used + written;
+    if (!edit.text.empty()) std::memcpy(to, edit.text.data(), edit.text.size());
+    const auto first = pieces.size();
+    cutPieces(room.block, to, edit.text.size(), old->shape(), old->breakByte(), pieces);
+    splices.push_back({begin, edit.range.end.value, first, pieces.size() - first});
+    written += edit.text.size();
   }
-  fresh.append(old, at, std::string::npos);
-  if (fresh == old) return true;
-  const Snapshot previous = d.now;
-  const Snapshot after(std::move(fresh), d.now.lineMode());
-  d.undone.clear();
-  if (d.depth > 0) {
-    if (!d.group) d.group = Impl::Step{d.nextStep++, previous, after, {}, before, before, Join::none};
-    d.group->after = after;
-  } else if (join != Join::none && d.joinable && !d.done.empty() && d.done.back().join == join && d.top() != d.savedStep) {
-    d.done.back().after = after;
-  } else {
-    d.done.push_back({d.nextStep++, previous, after, {}, before, before, join});
-  }
-  d.joinable = true;
-  d.exchange(after, false);
+  if (splices.empty()) return true;
+
+  auto delta = deltaOf(old, splices, pieces);
+  auto ready = d.ready(old->spliced(splices, pieces), delta);
+  auto entry = d.history.prepare(std::move(delta), before, join, old);
+  d.put(ready);
+  d.history.commit(std::move(entry));
+  d.added.commit(std::move(room), written);
+  d.notify(ready.change);
   return true;
 }
-bool Document::apply(Edit edit, const SelectionState& before, Join join) { return apply(std::span<const Edit>(&edit, 1), before, join); }
-void Document::setSelectionAfter(const SelectionState& after) {
-  if (impl_->group) impl_->group->selectionAfter = after;
-  else if (!impl_->done.empty()) impl_->done.back().selectionAfter = after;
+
+bool Document::apply(Edit edit, const SelectionState& before, Join join) {
+  return apply(std::span<const Edit>(&edit, 1), before, join);
 }
-void Document::breakJoin() { impl_->joinable = false; }
-bool Document::canUndo() const { return !impl_->done.empty() || impl_->group; }
-bool Document::canRedo() const { return !impl_->undone.empty(); }
+
+bool Document::exchange(const Snapshot& text, const SelectionState& before) {
+  auto& d = *impl_;
+  if (!d.mayChange()) return false;
+  const auto old = d.tree();
+  const auto [head, tail] = commonEnds(*old, *text.tree_);
+  DeltaItem item{head, text.tree_->bytes() - head - tail, old->bytes() - head - tail, {}};
+  if (item.length == 0 && item.otherLength == 0) return true;
+  Delta delta;
+  delta.items.push_back(std::move(item));
+  delta.hasContent = false;
+  delta.other = old;
+  delta.pinned = static_cast<std::size_t>(old->bytes());
+  auto ready = d.ready(text.tree_, delta);
+  auto entry = d.history.prepare(std::move(delta), before, Join::none, old);
+  d.put(ready);
+  d.history.commit(std::move(entry));
+  d.notify(ready.change);
+  return true;
+}
+
+void Document::setSelectionAfter(const SelectionState& after) { impl_->history.setSelectionAfter(after); }
+void Document::breakJoin() { impl_->history.breakJoin(); }
+bool Document::canUndo() const { return !impl_->readOnly && !impl_->history.groupOpen() && impl_->history.canStepBack(); }
+bool Document::canRedo() const { return !impl_->readOnly && !impl_->history.groupOpen() && impl_->history.canStepOn(); }
+
 std::optional<SelectionState> Document::undo() {
   auto& d = *impl_;
-  if (d.readOnly || d.depth > 0 || d.done.empty()) return std::nullopt;
-  auto step = std::move(d.done.back());
-  d.done.pop_back();
-  const auto selection = step.selectionBefore;
-  const auto to = step.before;
-  d.undone.push_back(std::move(step));
-  d.joinable = false;
-  d.exchange(to, false);
+  if (!canUndo() || d.notifying) return std::nullopt;
+  auto [tree, back] = revert(d.tree(), d.history.deltaBack());
+  auto ready = d.ready(std::move(tree), back);
+  d.put(ready);
+  const auto selection = d.history.stepBack(std::move(back)).before;
+  d.notify(ready.change);
   return selection;
 }
+
 std::optional<SelectionState> Document::redo() {
   auto& d = *impl_;
-  if (d.readOnly || d.depth > 0 || d.undone.empty()) return std::nullopt;
-  auto step = std::move(d.undone.back());
-  d.undone.pop_back();
-  const auto selection = step.selectionAfter;
-  const auto to = step.after;
-  d.done.push_back(std::move(step));
-  d.joinable = false;
-  d.exchange(to, false);
+  if (!canRedo() || d.notifying) return std::nullopt;
+  auto [tree, back] = revert(d.tree(), d.history.deltaOn());
+  auto ready = d.ready(std::move(tree), back);
+  d.put(ready);
+  const auto selection = d.history.stepOn(std::move(back)).after;
+  d.notify(ready.change);
   return selection;
 }
-void Document::beginGroup() { ++impl_->depth; }
-void Document::endGroup() {
-  auto& d = *impl_;
-  if (--d.depth == 0 && d.group) {
-    d.done.push_back(std::move(*d.group));
-    d.group.reset();
-    d.joinable = false;
-  }
-}
+
+void Document::beginGroup() { impl_->history.beginGroup(); }
+void Document::endGroup() { impl_->history.endGroup(); }
 void Document::rollbackGroup() {
   auto& d = *impl_;
-  if (!d.group) return;
-  const auto to = d.group->before;
-  d.group.reset();
-  d.exchange(to, false);
+  if (!d.history.groupHasStep() || d.notifying) return;
+  const auto& delta = d.history.deltaBack();
+  auto [tree, back] = revert(d.tree(), delta);
+  auto ready = d.ready(delta.other, back);
+  d.put(ready);
+  d.history.forgetGroupStep();
+  if (!ready.change.spans.empty()) d.notify(ready.change);
 }
-void Document::setUndoLimit(std::size_t, std::size_t) {}
-bool Document::undoWasDropped() const { return false; }
-void Document::markSaved() { impl_->savedStep = impl_->top(); impl_->forcedUnsaved = false; }
-void Document::markUnsaved() { impl_->forcedUnsaved = true; }
-bool Document::modified() const { return impl_->forcedUnsaved || impl_->group || impl_->top() != impl_->savedStep; }
-MarkId Document::addMark(ByteOffset at, Gravity gravity) { impl_->marks[impl_->nextMark] = {at.value, gravity}; return impl_->nextMark++; }
-void Document::removeMark(MarkId id) { impl_->marks.erase(id); }
-ByteOffset Document::markAt(MarkId id) const { return ByteOffset(impl_->marks.at(id).first); }
-void Document::moveMark(MarkId id, ByteOffset at) { impl_->marks.at(id).first = at.value; }
+
+void Document::setUndoLimit(std::size_t steps, std::size_t bytes) { impl_->history.setLimit(steps, bytes); }
+bool Document::undoWasDropped() const { return impl_->history.dropped(); }
+
+void Document::markSaved() { impl_->history.markSaved(); }
+void Document::markUnsaved() { impl_->history.markUnsaved(); }
+bool Document::modified() const { return impl_->history.modified(); }
+
+MarkId Document::addMark(ByteOffset at, Gravity gravity) { return impl_->marks.add(at.value, gravity); }
+void Document::removeMark(MarkId id) { impl_->marks.remove(id); }
+ByteOffset Document::markAt(MarkId id) const { return ByteOffset(impl_->marks.at(id)); }
+void Document::moveMark(MarkId id, ByteOffset at) { impl_->marks.set(id, at.value); }
+
 std::shared_ptr<void> Document::subscribe(Listener listener) {
+  auto& list = impl_->listeners;
+  if (!impl_->notifying) std::erase_if(list, [](const auto& weak) { return weak.expired(); });
   auto held = std::make_shared<Listener>(std::move(listener));
-  impl_->listeners.push_back(held);
+  list.push_back(held);
   return held;
 }
-void Document::checkInvariants() const {}
+
+void Document::checkInvariants() const {
+  impl_->tree()->checkInvariants();
+  impl_->history.checkInvariants();
+  impl_->marks.checkInvariants(impl_->tree()->bytes());
+}
 
 }  // namespace text

@@ -70,16 +70,19 @@ class Document {
   void reset(Snapshot snapshot);
 
   // Applies edits: ascending, not overlapping, in offsets of the text as it is. One undo step (or part of the open
-  // group). `before` is the selection to come back to on undo. Returns false (nothing done) when read-only; edits
-  // that change nothing are dropped, and if none is left nothing is recorded or notified (returns true).
-  // Costs O(log n) for one edit; for many, O(bytes changed + pieces touched).
+  // group). `before` is the selection to come back to on undo. Returns false (nothing done) when read-only, when the
+  // edits do not meet these conditions, or when called by a listener; edits that change nothing are dropped, and if none is
+  // left nothing is recorded or notified (returns true). Costs O(log n) for one edit; for many, O(bytes changed + pieces
+  // touched). std::bad_alloc leaves everything as it was (so with undo, redo and all others).
   bool apply(std::span<const Edit> edits, const SelectionState& before, Join join = Join::none);
   bool apply(Edit edit, const SelectionState& before, Join join = Join::none);
-  // The selection after the last apply; redo comes back to it.
+  // Replaces the whole text by another one as one undo step: a file read again. Only what differs counts as changed.
+  bool exchange(const Snapshot& text, const SelectionState& before);
+  // The selection after the last apply (until it is set: the end of the last edit); redo comes back to it.
   void setSelectionAfter(const SelectionState& after);
   void breakJoin();            // the next typing starts a step of its own (caret moved, saved ...)
 
-  bool canUndo() const;
+  bool canUndo() const;         // undo() would do something
   bool canRedo() const;
   std::optional<SelectionState> undo();   // nullopt: nothing to undo, or read-only
   std::optional<SelectionState> redo();
@@ -89,7 +92,8 @@ class Document {
   // Rolls the open group back to its start and forgets it; the group stays open.
   void rollbackGroup();
 
-  // Limits of the undo memory; beyond it whole oldest steps are dropped. Default: no limit on steps, 1 GiB.
+  // Limits of the undo memory; beyond it whole oldest steps are dropped. The newest step stays whatever its size, unless
+  // steps is 0. Default: no limit on steps (SIZE_MAX), 1 GiB.
   void setUndoLimit(std::size_t steps, std::size_t bytes);
   bool undoWasDropped() const;  // oldest steps have been dropped since the last reset
 
@@ -104,6 +108,7 @@ class Document {
 
   // Listeners are called in the order of subscription after the new state is in place. A listener may read, but
   // not change, the document. The returned handle ends the subscription when it goes; it may outlive the document.
+  // What a listener throws comes out of the call that changed the text, after every listener was called.
   using Listener = std::function<void(const Change&)>;
   [[nodiscard]] std::shared_ptr<void> subscribe(Listener listener);
 

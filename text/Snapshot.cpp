@@ -1,7 +1,8 @@
 #include "text/Snapshot.h"
 
 #include <algorithm>
-#include <vector>
+
+#include "text/Tree.h"
 
 namespace text {
 
@@ -15,66 +16,77 @@ std::string_view breakBytes(LineBreak lineBreak) {
   return {};
 }
 
-class Tree {
- public:
-  Tree(std::string b, LineMode m) : bytes(std::move(b)), mode(m) {
-    starts.push_back(0);
-    const char breaker = mode == LineMode::lf ? '\n' : '\r';
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-      if (bytes[i] == breaker) starts.push_back(static_cast<std::int64_t>(i) + 1);
-  }
-  std::string bytes;
-  LineMode mode;
-  std::vector<std::int64_t> starts;
-};
-
-Snapshot::Snapshot() : Snapshot(std::string()) {}
-Snapshot::Snapshot(std::string bytes, LineMode mode) : tree_(std::make_shared<Tree>(std::move(bytes), mode)) {}
+Snapshot::Snapshot() {
+  static const TreePtr empty = std::make_shared<const Tree>(LineMode::lf, TreeShape(), std::vector<engine::Piece>());
+  tree_ = empty;
+}
+Snapshot::Snapshot(std::string bytes, LineMode mode) {
+  SnapshotBuilder builder(mode);
+  builder.append(std::move(bytes));
+  tree_ = builder.finish().tree_;
+}
 Snapshot::Snapshot(std::shared_ptr<const Tree> tree) : tree_(std::move(tree)) {}
 
-ByteOffset Snapshot::size() const { return ByteOffset(static_cast<std::int64_t>(tree_->bytes.size())); }
-LineMode Snapshot::lineMode() const { return tree_->mode; }
-std::int64_t Snapshot::lineCount() const { return static_cast<std::int64_t>(tree_->starts.size()); }
-ByteOffset Snapshot::lineStart(LineNo line) const { return ByteOffset(tree_->starts[static_cast<std::size_t>(line.value)]); }
-ByteOffset Snapshot::lineEnd(LineNo line) const {
-  return lineEndWithBreak(line) - static_cast<std::int64_t>(breakBytes(lineBreak(line)).size());
+ByteOffset Snapshot::size() const { return ByteOffset(tree_->bytes()); }
+LineMode Snapshot::lineMode() const { return tree_->mode(); }
+std::int64_t Snapshot::lineCount() const { return tree_->breaks() + 1; }
+
+ByteOffset Snapshot::lineStart(LineNo line) const {
+  return ByteOffset(line.value <= 0 ? 0 : tree_->behindBreak(line.value));
 }
-ByteOffset Snapshot::lineEndWithBreak(LineNo line) const {
-  return line.value + 1 < lineCount() ? lineStart(line + 1) : size();
+ByteOffset Snapshot::lineEndWithBreak(LineNo line) const { return line.value < tree_->breaks() ? lineStart(line + 1) : size(); }
+ByteOffset Snapshot::lineEnd(LineNo line) const {
+  const auto end = lineEndWithBreak(line);
+  if (line.value >= tree_->breaks()) return end;
+  if (tree_->mode() == LineMode::cr || end.value < 2) return end - 1;
+  // What stands before the break is a break itself or a byte of this line: a '\r' belongs to this break either way.
+  return at(end - 2) == '\r' ? end - 2 : end - 1;
 }
 LineBreak Snapshot::lineBreak(LineNo line) const {
-  if (line.value + 1 >= lineCount()) return LineBreak::none;
-  if (tree_->mode == LineMode::cr) return LineBreak::cr;
-  const auto end = lineStart(line + 1);
-  return end - lineStart(line) > 1 && at(end - 2) == '\r' ? LineBreak::crlf : LineBreak::lf;
+  if (line.value >= tree_->breaks()) return LineBreak::none;
+  if (tree_->mode() == LineMode::cr) return LineBreak::cr;
+  return lineEndWithBreak(line) - lineEnd(line) == 2 ? LineBreak::crlf : LineBreak::lf;
 }
-LineNo Snapshot::lineAt(ByteOffset offset) const {
-  auto it = std::upper_bound(tree_->starts.begin(), tree_->starts.end(), offset.value);
-  return LineNo(it - tree_->starts.begin() - 1);
-}
+LineNo Snapshot::lineAt(ByteOffset offset) const { return LineNo(tree_->breaksBefore(std::max<std::int64_t>(offset.value, 0))); }
+
 std::string Snapshot::bytes(ByteRange range) const {
-  const auto b = std::clamp<std::int64_t>(range.begin.value, 0, size().value);
-  const auto e = std::clamp<std::int64_t>(range.end.value, b, size().value);
-  return tree_->bytes.substr(static_cast<std::size_t>(b), static_cast<std::size_t>(e - b));
+  const auto begin = std::clamp<std::int64_t>(range.begin.value, 0, tree_->bytes());
+  std::string copy;
+  tree_->copy(begin, std::clamp(range.end.value, begin, tree_->bytes()), copy);
+  return copy;
 }
 std::string Snapshot::line(LineNo line) const { return bytes({lineStart(line), lineEnd(line)}); }
-char Snapshot::at(ByteOffset offset) const { return tree_->bytes[static_cast<std::size_t>(offset.value)]; }
-std::string_view Snapshot::chunkAt(ByteOffset offset) const {
-  return std::string_view(tree_->bytes).substr(static_cast<std::size_t>(offset.value));
+char Snapshot::at(ByteOffset offset) const {
+  const auto place = tree_->locate(offset.value);
+  return place.piece->data[offset.value - place.start];
 }
-std::string_view Snapshot::chunkBefore(ByteOffset offset) const {
-  return std::string_view(tree_->bytes).substr(0, static_cast<std::size_t>(offset.value));
-}
+std::string_view Snapshot::chunkAt(ByteOffset offset) const { return tree_->runFrom(offset.value); }
+std::string_view Snapshot::chunkBefore(ByteOffset offset) const { return tree_->runBefore(offset.value); }
 bool Snapshot::sameAs(const Snapshot& other) const { return tree_ == other.tree_; }
+void Snapshot::checkInvariants() const { tree_->checkInvariants(); }
 
 struct SnapshotBuilder::State {
-  std::string bytes;
   LineMode mode;
+  TreeShape shape;
+  std::vector<engine::Piece> pieces;
 };
-SnapshotBuilder::SnapshotBuilder(LineMode mode) : state_(new State{{}, mode}) {}
+SnapshotBuilder::SnapshotBuilder(LineMode mode) : SnapshotBuilder(mode, TreeShape()) {}
+SnapshotBuilder::SnapshotBuilder(LineMode mode, const TreeShape& shape) : state_(new State{mode, shape, {}}) {}
 SnapshotBuilder::~SnapshotBuilder() = default;
-void SnapshotBuilder::append(std::shared_ptr<const char[]> bytes, std::size_t length) { state_->bytes.append(bytes.get(), length); }
-void SnapshotBuilder::append(std::string bytes) { state_->bytes += bytes; }
-Snapshot SnapshotBuilder::finish() { return Snapshot(std::move(state_->bytes), state_->mode); }
+
+void SnapshotBuilder::append(std::shared_ptr<const char[]> bytes, std::size_t length) {
+  const char* data = bytes.get();
+  const auto block = engine::Block::make(std::move(bytes));
+  engine::cutPieces(block, data, length, state_->shape, state_->mode == LineMode::lf ? '\n' : '\r', state_->pieces);
+}
+void SnapshotBuilder::append(std::string bytes) {
+  const auto owner = std::make_shared<const std::string>(std::move(bytes));
+  append(std::shared_ptr<const char[]>(owner, owner->data()), owner->size());
+}
+Snapshot SnapshotBuilder::finish() {
+  auto tree = std::make_shared<const Tree>(state_->mode, state_->shape, std::move(state_->pieces));
+  state_->pieces.clear();
+  return Snapshot(std::move(tree));
+}
 
 }  // namespace text

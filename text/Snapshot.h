@@ -20,7 +20,8 @@ enum class LineBreak : unsigned char { none, lf, crlf, cr };
 // The bytes of a break; empty for none.
 std::string_view breakBytes(LineBreak lineBreak);
 
-class Tree;  // the balanced tree of pieces
+class Tree;        // the balanced tree of pieces
+struct TreeShape;  // its sizes
 
 class Snapshot {
  public:
@@ -42,13 +43,16 @@ class Snapshot {
   std::string line(LineNo line) const;         // without its break
   char at(ByteOffset offset) const;            // precondition: offset < size()
 
-  // The longest run of bytes in one block that starts at offset (empty only at size()); and the one that ends there
-  // (empty only at 0). Valid while this snapshot or a copy of it lives. The loops over a text are written with these.
+  // A run of bytes that lie together from offset on (empty only at size()), and one that ends there (empty only at 0);
+  // it may end anywhere, inside a character or a CR LF too. Valid while this snapshot or a copy of it lives. The loops over
+  // a text are written with these.
   std::string_view chunkAt(ByteOffset offset) const;
   std::string_view chunkBefore(ByteOffset offset) const;
 
   // True when both are views of one and the same tree (equal text for certain; false says nothing).
   bool sameAs(const Snapshot& other) const;
+
+  void checkInvariants() const;  // aborts with a message on a breach
 
  private:
   friend class Document;
@@ -61,11 +65,12 @@ class Snapshot {
 class SnapshotBuilder {
  public:
   explicit SnapshotBuilder(LineMode mode = LineMode::lf);
+  SnapshotBuilder(LineMode mode, const TreeShape& shape);   // the shape goes on in every document that takes the text
   ~SnapshotBuilder();
   // Takes `bytes` (length bytes of it) as the next part of the text. The memory is kept by the tree.
   void append(std::shared_ptr<const char[]> bytes, std::size_t length);
   void append(std::string bytes);
-  Snapshot finish();
+  Snapshot finish();   // the builder is empty again
 
  private:
   struct State;

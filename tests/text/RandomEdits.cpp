@@ -1,0 +1,306 @@
+// Random edits, groups, undo and redo against a plain std::string (T6, T7): after each step the text, its lines, the change
+// told to listeners, marks, the save point and snapshots taken earlier are compared with a model that copies whole texts.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+
+#include "tests/text/RandomText.h"
+#include "text/Document.h"
+#include "text/Tree.h"
+
+namespace {
+
+using namespace text;
+
+std::string whole(const Snapshot& s) { return s.bytes({ByteOffset(0), s.size()}); }
+
+// The starts of the lines as the rules of Snapshot.h say them.
+std::vector<std::int64_t> lineStarts(const std::string& text, LineMode mode) {
+  std::vector<std::int64_t> starts{0};
+  for (std::size_t i = 0; i < text.size(); ++i)
+    if (text[i] == (mode == LineMode::lf ? '\n' : '\r')) starts.push_back(static_cast<std::int64_t>(i) + 1);
+  return starts;
+}
+
+void compareText(const Snapshot& s, const std::string& model, test::Random& random) {
+  ASSERT_EQ(whole(s), model);
+  const auto size = static_cast<std::int64_t>(model.size());
+  const auto starts = lineStarts(model, s.lineMode());
+  const auto lines = std::ssize(starts);
+  ASSERT_EQ(s.lineCount(), lines);
+  for (int i = 0; i < 3; ++i) {
+    const auto k = random.upTo(lines);
+    const LineNo line(k);
+    const auto begin = starts[static_cast<std::size_t>(k)];
+    const auto behind = k + 1 < lines ? starts[static_cast<std::size_t>(k) + 1] : size;
+    LineBreak kind = LineBreak::none;
+    if (k + 1 < lines) {
+      kind = s.lineMode() == LineMode::cr ? LineBreak::cr : LineBreak::lf;
+      if (kind == LineBreak::lf && behind - begin > 1 && model[static_cast<std::size_t>(behind) - 2] == '\r') kind = LineBreak::crlf;
+    }
+    ASSERT_EQ(s.lineStart(line).value, begin);
+    ASSERT_EQ(s.lineEndWithBreak(line).value, behind);
+    ASSERT_EQ(s.lineBreak(line), kind);
+    ASSERT_EQ(s.lineEnd(line).value, behind - std::ssize(breakBytes(kind)));
+    const auto offset = random.upTo(size + 1);
+    const auto holds = std::upper_bound(starts.begin(), starts.end(), offset) - starts.begin() - 1;
+    ASSERT_EQ(s.lineAt(ByteOffset(offset)).value, holds);
+    const auto after = s.chunkAt(ByteOffset(offset)), ahead = s.chunkBefore(ByteOffset(offset));
+    ASSERT_EQ(after.empty(), offset == size);
+    ASSERT_EQ(ahead.empty(), offset == 0);
+    ASSERT_EQ(after, model.substr(static_cast<std::size_t>(offset), after.size()));
+    ASSERT_EQ(ahead, model.substr(static_cast<std::size_t>(offset) - ahead.size(), ahead.size()));
+    if (offset < size) { ASSERT_EQ(s.at(ByteOffset(offset)), model[static_cast<std::size_t>(offset)]); }
+  }
+}
+
+void compareChange(const Change& change, const std::string& old, const std::string& now, LineMode mode) {
+  const char breaker = mode == LineMode::lf ? '\n' : '\r';
+  std::size_t atOld = 0, atNow = 0;
+  for (const auto& span : change.spans) {
+    const auto begin = static_cast<std::size_t>(span.begin.value);
+    ASSERT_GE(begin, atNow) << "spans ascend";
+    const auto kept = begin - atNow;
+    ASSERT_EQ(old.substr(atOld, kept), now.substr(atNow, kept)) << "what no span names is as it was";
+    const auto gone = old.substr(atOld + kept, static_cast<std::size_t>(span.removed));
+    const auto came = now.substr(begin, static_cast<std::size_t>(span.inserted));
+    ASSERT_EQ(span.linesRemoved, std::ranges::count(gone, breaker));
+    ASSERT_EQ(span.linesInserted, std::ranges::count(came, breaker));
+    ASSERT_EQ(span.firstLine.value, std::count(now.begin(), now.begin() + span.begin.value, breaker));
+    atOld += kept + gone.size();
+    atNow = begin + came.size();
+  }
+  ASSERT_EQ(old.substr(atOld), now.substr(atNow));
+}
+
+struct ModelMark {
+  MarkId id;
+  std::int64_t at;
+  Gravity gravity;
+  // The spans as single edits, from the last to the first, so that no offset has moved when it is used.
+  void move(const Change& change) {
+    std::int64_t grown = 0;
+    for (const auto& s : change.spans) grown += s.inserted - s.removed;
+    for (auto s = change.spans.rbegin(); s != change.spans.rend(); ++s) {
+      grown -= s->inserted - s->removed;
+      const auto begin = s->begin.value - grown;
+      if (at > begin && at >= begin + s->removed) at += s->inserted - s->removed;
+      else if (at >= begin) at = gravity == Gravity::right ? begin + s->inserted : begin;
+    }
+  }
+};
+
+struct Shape {
+  const char* name;
+  TreeShape sizes;
+  LineMode mode;
+  std::int64_t textSize;   // about which the text's size wavers
+};
+
+class Trial {
+ public:
+  Trial(const Shape& shape, test::Random& random) : shape_(shape), random_(random) {
+    SnapshotBuilder builder(shape.mode, shape.sizes);
+    for (int i = 0; i < 4; ++i) {
+      auto part = random.text(random.upTo(shape.textSize / 4 + 1));
+      now_.text += part;
+      builder.append(std::move(part));
+    }
+    document_.reset(builder.finish());
+    document_.setUndoLimit(stepLimit, SIZE_MAX);
+    handle_ = document_.subscribe([this](const Change& change) {
+      heard_.push_back(change);
+    });
+  }
+
+  void step() {
+    const auto before = now_;
+    heard_.clear();
+    std::size_t expected = 0;   // notifications
+    switch (random_.upTo(16)) {
+      case 0: case 1: case 2: expected = undo(); break;
+      case 3: case 4: expected = redo(); break;
+      case 5: if (groupDepth_ < 2) beginGroup(); break;
+      case 6: if (groupDepth_ > 0) expected = endGroup(); break;
+      case 7: if (groupDepth_ > 0 && random_.oneIn(3)) expected = rollback(); break;
+      case 8: moveMarks(); break;
+      case 9: hold(); break;
+      case 10: if (random_.oneIn(4)) { document_.markSaved(); saved_ = now_.state; } else document_.breakJoin(); break;
+      default: expected = edit(); break;
+    }
+    ASSERT_EQ(heard_.size(), expected);
+    for (const auto& change : heard_) {
+      ASSERT_EQ(change.revision, document_.revision());
+      compareChange(change, before.text, now_.text, shape_.mode);
+      for (auto& mark : marks_) mark.move(change);
+    }
+    document_.checkInvariants();
+    compareText(document_.snapshot(), now_.text, random_);
+    for (const auto& mark : marks_) ASSERT_EQ(document_.markAt(mark.id).value, mark.at);
+    ASSERT_EQ(document_.modified(), now_.state != saved_);
+    ASSERT_EQ(document_.canUndo(), groupDepth_ == 0 && !done_.empty());
+    ASSERT_EQ(document_.canRedo(), groupDepth_ == 0 && !undone_.empty());
+    ASSERT_EQ(document_.undoWasDropped(), dropped_);
+    if (!held_.empty()) {
+      const auto& [snapshot, text] = held_[static_cast<std::size_t>(random_.upTo(std::ssize(held_)))];
+      ASSERT_EQ(whole(snapshot), text) << "a snapshot changed";
+    }
+  }
+
+ private:
+  static constexpr std::size_t stepLimit = 60;
+  struct State {
+    std::string text;
+    int state = 0;
+  };
+
+  void recordStep(State before) {
+    undone_.clear();
+    done_.push_back(std::move(before));
+    if (done_.size() > stepLimit) {
+      done_.pop_front();
+      dropped_ = true;
+    }
+  }
+
+  std::size_t edit() {
+    std::vector<Edit> edits;
+    const auto size = std::ssize(now_.text);
+    const bool grow = size < shape_.textSize;
+    const auto many = random_.oneIn(4) ? random_.upTo(12) : 1;
+    for (std::int64_t i = 0, at = 0; i < many && at <= size; ++i) {
+      const auto begin = at + random_.upTo(size - at + 1);
+      auto length = random_.oneIn(2) ? 0 : random_.upTo(grow ? 4 : 12);
+      if (random_.oneIn(60)) length = size;
+      length = std::min(length, size - begin);
+      std::string text = random_.oneIn(3) ? "" : random_.text(random_.upTo(grow ? 8 : 3));
+      if (random_.oneIn(10)) text = now_.text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(length));
+      edits.push_back({{ByteOffset(begin), ByteOffset(begin + length)}, std::move(text)});
+      at = begin + length;
+    }
+    std::string fresh = now_.text;
+    bool changes = false;
+    for (auto e = edits.rbegin(); e != edits.rend(); ++e) {
+      const auto begin = static_cast<std::size_t>(e->range.begin.value), length = static_cast<std::size_t>(e->range.length());
+      changes = changes || fresh.compare(begin, length, e->text) != 0;
+      fresh.replace(begin, length, e->text);
+    }
+    const State before = now_;
+    EXPECT_TRUE(document_.apply(edits, {}));
+    if (!changes) return 0;
+    if (groupDepth_ == 0) recordStep(before);
+    else { undone_.clear(); groupChanged_ = true; }
+    now_ = {std::move(fresh), ++lastState_};
+    return 1;
+  }
+
+  std::size_t undo() {
+    const bool can = groupDepth_ == 0 && !done_.empty();
+    EXPECT_EQ(document_.undo().has_value(), can);
+    if (!can) return 0;
+    undone_.push_back(std::move(now_));
+    now_ = std::move(done_.back());
+    done_.pop_back();
+    return 1;
+  }
+  std::size_t redo() {
+    const bool can = groupDepth_ == 0 && !undone_.empty();
+    EXPECT_EQ(document_.redo().has_value(), can);
+    if (!can) return 0;
+    done_.push_back(std::move(now_));
+    now_ = std::move(undone_.back());
+    undone_.pop_back();
+    return 1;
+  }
+
+  void beginGroup() {
+    document_.beginGroup();
+    if (groupDepth_++ == 0) {
+      groupStart_ = now_;
+      groupChanged_ = false;
+    }
+  }
+  std::size_t endGroup() {
+    std::size_t told = 0;
+    if (groupDepth_ == 1 && groupChanged_ && now_.text == groupStart_.text) {
+      // A group whose changes took one another back may leave no step; make it differ.
+      document_.apply(Edit{{}, "x"}, {});
+      now_ = {"x" + now_.text, ++lastState_};
+      told = 1;
+    }
+    document_.endGroup();
+    if (--groupDepth_ == 0 && groupChanged_) recordStep(groupStart_);
+    return told;
+  }
+  std::size_t rollback() {
+    const auto revision = document_.revision();
+    document_.rollbackGroup();
+    if (!groupChanged_) {
+      EXPECT_EQ(document_.revision(), revision);
+      return 0;
+    }
+    groupChanged_ = false;
+    now_ = groupStart_;
+    return heard_.size() <= 1 ? heard_.size() : 1;   // silent when the changes took one another back
+  }
+
+  void moveMarks() {
+    const auto at = random_.upTo(std::ssize(now_.text) + 1);
+    if (marks_.size() < 12) {
+      const auto gravity = random_.oneIn(2) ? Gravity::left : Gravity::right;
+      marks_.push_back({document_.addMark(ByteOffset(at), gravity), at, gravity});
+      return;
+    }
+    const auto index = random_.upTo(std::ssize(marks_));
+    auto& mark = marks_[static_cast<std::size_t>(index)];
+    if (random_.oneIn(2)) {
+      document_.moveMark(mark.id, ByteOffset(at));
+      mark.at = at;
+    } else {
+      document_.removeMark(mark.id);
+      EXPECT_THROW((void)document_.markAt(mark.id), std::out_of_range);
+      marks_.erase(marks_.begin() + index);
+    }
+  }
+
+  void hold() {
+    if (held_.size() > 6) held_.erase(held_.begin() + random_.upTo(std::ssize(held_)));
+    held_.emplace_back(document_.snapshot(), now_.text);
+  }
+
+  const Shape& shape_;
+  test::Random& random_;
+  Document document_;
+  std::shared_ptr<void> handle_;
+  std::vector<Change> heard_;
+  State now_, groupStart_;
+  std::deque<State> done_;
+  std::vector<State> undone_;
+  int lastState_ = 0, saved_ = 0, groupDepth_ = 0;
+  bool groupChanged_ = false, dropped_ = false;
+  std::vector<ModelMark> marks_;
+  std::vector<std::pair<Snapshot, std::string>> held_;
+};
+
+class RandomEdits : public testing::TestWithParam<Shape> {};
+
+TEST_P(RandomEdits, EqualAPlainString) {
+  test::Random random;
+  SCOPED_TRACE(random.message());
+  Trial run(GetParam(), random);
+  const auto count = test::steps(6000);
+  for (std::int64_t i = 0; i < count; ++i) {
+    run.step();
+    if (HasFatalFailure() || HasNonfatalFailure()) FAIL() << "at step " << i;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, RandomEdits, testing::Values(
+    Shape{"one_byte_pieces", {4, 1, 8, 3}, LineMode::lf, 40},
+    Shape{"tiny_nodes", {4, 7, 16, 4}, LineMode::lf, 600},
+    Shape{"tiny_nodes_cr", {6, 5, 64, 6}, LineMode::cr, 300},
+    Shape{"usual", {}, LineMode::lf, 400}),
+    [](const auto& shape) { return std::string(shape.param.name); });
+
+}  // namespace

@@ -1,0 +1,60 @@
+// Marks: byte offsets that move with the text. Quick with hundreds of thousands of them under single edits.
+//
+// Marks lie in blocks of neighbours. A block keeps its marks relative to a base and knows bounds of them, so an edit before
+// a block only moves the base, and only blocks that the edit lies in are looked through. Order inside a block does not matter,
+// and bounds may overlap: that costs time, never correctness.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+#include "text/Delta.h"
+#include "text/Document.h"
+
+namespace text::engine {
+
+class Marks {
+ public:
+  MarkId add(std::int64_t at, Gravity gravity);
+  void remove(MarkId id);                    // unknown: nothing
+  std::int64_t at(MarkId id) const;          // throws std::out_of_range for an unknown mark
+  void set(MarkId id, std::int64_t at);      // the same
+  void clear();
+
+  // How a mark behaves at an edit: before it, it stays; at its end or behind it, it moves by the difference; inside it or at
+  // its begin, it comes to stand before (left) or behind (right) the new text.
+  struct Shift {
+    std::int64_t begin, end;          // in the old text
+    std::int64_t newBegin, newEnd;
+  };
+  // The shifts of a change that leads to delta's text; made before the change is put in place, since it may fail.
+  std::vector<Shift> shiftsOf(const Delta& delta) const;
+  void move(std::span<const Shift> shifts) noexcept;
+
+  void checkInvariants(std::int64_t size) const;
+
+ private:
+  struct Mark {
+    std::int64_t at;   // from the block's base
+    MarkId id;
+    Gravity gravity;
+  };
+  struct Block {
+    std::int64_t base = 0, low = 0, high = 0;   // low <= at <= high for each mark
+    std::vector<Mark> marks;
+    void measure();
+  };
+  static constexpr std::size_t blockSize = 512;
+
+  Block& blockFor(std::int64_t at);
+  void split(std::size_t index);
+  static Mark& find(Block& block, MarkId id);
+
+  std::vector<std::unique_ptr<Block>> blocks_;   // roughly ascending
+  std::unordered_map<MarkId, Block*> home_;
+  MarkId next_ = 1;
+};
+
+}  // namespace text::engine
