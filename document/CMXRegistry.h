@@ -1,0 +1,18 @@
+// Carries the options of the edit control from one run of the program to the next and from one document to the next.
+//
+// Options stand below Software\Zelkor Editor\Editor, one value each; font, keystroke macros and key bindings below \Global. A
+// value that is missing or makes no sense leaves the control as it is. Colours are stored as 0x00BBGGRR.
+#pragma once
+
+class CodeMax;
+
+namespace CMXRegistry {
+
+// Gives a control the stored options and font. On a first run (no Editor key) the control's own options become the stored ones.
+void applyTo(CodeMax& control);
+void save(const CodeMax& control);        // options and font
+
+void applyFont(CodeMax& control);
+void saveFont(const CodeMax& control);
+
+}  // namespace CMXRegistry
