@@ -1,6 +1,5 @@
 #include "language/Registration.h"
 
-#include "control/LanguageTable.h"
 #include "language/clsLang.h"
 
 namespace {
@@ -13,6 +12,18 @@ QString lines(QString list) { return list.replace(QLatin1String("\r\n"), QLatin1
 
 }  // namespace
 
+CmLanguage handedOver(const clsLang& language) {
+  CmLanguage handed;
+  handed.CaseSensitive = language.isCaseSensitive;
+  handed.Keywords = lines(language.Keywords);
+  handed.Operators = lines(language.Operators);
+  handed.SingleLineComments = lines(language.SingleComments);
+  handed.MultiLineComments1 = lines(language.MultiCommentStart);
+  handed.MultiLineComments2 = lines(language.MultiCommentEnd);
+  handed.StringDelims = lines(language.StringDelims);
+  return handed;
+}
+
 void AddLanguages(const colLangs& languages) {
   if (!fixedLanguagesRemoved) {
     for (const char* name : {"SQL", "C/C++", "PASCAL", "BASIC", "JAVA"})
@@ -20,15 +31,7 @@ void AddLanguages(const colLangs& languages) {
     fixedLanguagesRemoved = true;
   }
   for (const auto& language : languages) {
-    CmLanguage handed;
-    handed.CaseSensitive = language->isCaseSensitive;
-    handed.Keywords = lines(language->Keywords);
-    handed.Operators = lines(language->Operators);
-    handed.SingleLineComments = lines(language->SingleComments);
-    handed.MultiLineComments1 = lines(language->MultiCommentStart);
-    handed.MultiLineComments2 = lines(language->MultiCommentEnd);
-    handed.StringDelims = lines(language->StringDelims);
-    LanguageTable::registerLanguage(language->Name, handed);
+    LanguageTable::registerLanguage(language->Name, handedOver(*language));
     registered += language->Name;
   }
   count = languages.Count();

@@ -14,6 +14,26 @@ cWordList::Pointer cWordList::Add(const QString& Name, const QString& WordList) 
   return item;
 }
 
+namespace {
+
+template <class List>
+std::shared_ptr<List> copied(const List& list) {
+  auto result = std::make_shared<List>();
+  for (const auto& item : list)
+    result->Insert(result->Count() + 1, std::make_shared<typename List::Pointer::element_type>(*item));
+  return result;
+}
+
+}  // namespace
+
+std::shared_ptr<clsLang> clsLang::copy() const {
+  auto result = std::make_shared<clsLang>(*this);
+  result->setcMacros(copied(*cMacros()));
+  result->setcTemplate(copied(*cTemplate()));
+  result->setcWordList(copied(*cWordList()));
+  return result;
+}
+
 colLangs::Pointer colLangs::Add(const QString& Name) {
   const auto language = append(std::make_shared<clsLang>());
   language->Name = Name;

@@ -64,6 +64,8 @@ class clsLang {
   QString Operators;
   QString Keywords;
 
+  std::shared_ptr<clsLang> copy() const;   // with copies of all items, so that neither changes the other
+
   // Never null: made empty on first reading, and the same object from then on.
   const std::shared_ptr<::cMacros>& cMacros() const { return made(macros_); }
   const std::shared_ptr<::cTemplate>& cTemplate() const { return made(templates_); }

@@ -1,0 +1,63 @@
+#include "language/LanguageCheck.h"
+
+#include <QCoreApplication>
+
+#include "base/Strings.h"
+#include "language/DefinitionText.h"
+
+namespace languagecheck {
+
+namespace {
+
+void add(QStringList& to, const QString& where, const QString& body) {
+  const QList<int> taken = definition::linesTakenForHeaders(body);
+  if (taken.isEmpty()) return;
+  const QStringList lines = splitCrLf(toCrLf(body));
+  for (const int line : taken)
+    to += QCoreApplication::translate("LanguageCheck", "%1, line %2: %3")
+              .arg(plainForDisplay(where, 80), QString::number(line + 1), plainForDisplay(lines.value(line), 80));
+}
+
+int entries(const QString& list) {
+  int count = 0;
+  for (const QString& line : splitCrLf(toCrLf(list))) count += !line.trimmed().isEmpty();
+  return count;
+}
+
+}  // namespace
+
+QStringList linesAtRisk(const clsLang& language) {
+  const auto say = [](const char* text) { return QCoreApplication::translate("LanguageCheck", text); };
+  QStringList found;
+  add(found, say("Description"), language.Description);
+  add(found, say("Extensions"), language.Extension);
+  add(found, say("Keywords"), language.Keywords);
+  add(found, say("Operators"), language.Operators);
+  add(found, say("Single Line"), language.SingleComments);
+  add(found, say("Multi Line Start"), language.MultiCommentStart);
+  add(found, say("Multi Line End"), language.MultiCommentEnd);
+  add(found, say("Text Delimiters"), language.StringDelims);
+  add(found, say("Indent"), language.BlockStart);
+  add(found, say("OutDent"), language.BlockEnd);
+  add(found, say("Both"), language.BlockMid);
+  add(found, say("Help File"), language.HelpFile);
+  for (const auto& macro : *language.cMacros()) add(found, say("Macro") + u' ' + macro->Name, macro->CommandString);
+  for (const auto& item : *language.cTemplate()) add(found, say("Template") + u' ' + item->HotKey, item->UserString);
+  for (const auto& list : *language.cWordList()) add(found, say("WordList") + u' ' + list->Name, list->WordList);
+  return found;
+}
+
+QStringList linesAtRisk(const colLangs& languages) {
+  QStringList found;
+  for (const auto& language : languages)
+    for (const QString& line : linesAtRisk(*language)) found += plainForDisplay(language->Name, 80) + QStringLiteral(": ") + line;
+  return found;
+}
+
+QString refusal(const clsLang& language) {
+  if (entries(language.MultiCommentStart) == entries(language.MultiCommentEnd)) return {};
+  return QCoreApplication::translate("LanguageCheck",
+                                     "Multi Line Start and Multi Line End differ in number: this language cannot be coloured.");
+}
+
+}  // namespace languagecheck

@@ -1,0 +1,81 @@
+#include "language/LanguagePreview.h"
+
+#include <QVBoxLayout>
+
+#include "base/Strings.h"
+#include "control/CodeMax.h"
+#include "control/LanguageTable.h"
+#include "language/Registration.h"
+#include "language/clsLang.h"
+
+namespace {
+
+// No line of a definition file can name a language so.
+const QString kName = QStringLiteral("\nPreview");
+
+constexpr int kWords = 60, kWordsInLine = 8;
+
+QString first(const QString& list) { return splitCrLf(list).value(0); }
+
+// The first entries of a list in lines of a few.
+QStringList inLines(const QString& list) {
+  QStringList words;
+  qsizetype from = 0;
+  while (words.size() < kWords && from < list.size()) {   // not the whole of a list that may be very long
+    qsizetype end = list.indexOf(QLatin1String("\r\n"), from);
+    if (end < 0) end = list.size();
+    if (end > from) words += list.mid(from, end - from);
+    from = end + 2;
+  }
+  QStringList lines;
+  for (qsizetype i = 0; i < words.size(); i += kWordsInLine) lines += words.mid(i, kWordsInLine).join(u' ');
+  return lines;
+}
+
+}  // namespace
+
+LanguagePreview::LanguagePreview(QWidget* parent) : QWidget(parent), cmx_(new CodeMax(this)) {
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(cmx_);
+  cmx_->setReadOnly(true);
+  cmx_->setLeftMargin(false);
+  cmx_->setColorSyntax(true);
+  cmx_->setMinimumHeight(90);
+  setFocusProxy(cmx_);
+  soon_.setSingleShot(true);
+  soon_.setInterval(150);
+  connect(&soon_, &QTimer::timeout, this, &LanguagePreview::refreshNow);
+}
+
+LanguagePreview::~LanguagePreview() { LanguageTable::unregisterLanguage(kName); }
+
+void LanguagePreview::show(std::shared_ptr<clsLang> language) {
+  language_ = std::move(language);
+  soon_.start();
+}
+
+void LanguagePreview::refreshNow() {
+  soon_.stop();
+  const QString text = language_ ? sampleOf(*language_) : QString();
+  if (language_) LanguageTable::registerLanguage(kName, handedOver(*language_));
+  cmx_->setReadOnly(false);
+  if (cmx_->Text() != text) cmx_->setText(text);
+  cmx_->setReadOnly(true);
+  cmx_->setLanguage(language_ ? kName : QString());
+}
+
+QString LanguagePreview::sampleOf(const clsLang& language) {
+  QStringList lines;
+  const QString single = first(language.SingleComments), open = first(language.MultiCommentStart),
+                close = first(language.MultiCommentEnd), quote = first(language.StringDelims);
+  if (!single.isEmpty()) lines << single + QStringLiteral(" a comment to the end of the line");
+  if (!open.isEmpty() && !close.isEmpty()) lines << open + QStringLiteral(" a comment over") << QStringLiteral("   two lines ") + close;
+  lines << inLines(language.Keywords);
+  QString mixed = QStringLiteral("name = 42");
+  if (!quote.isEmpty()) mixed += QStringLiteral("   ") + quote + QStringLiteral("a text 1.5") + quote;
+  lines << mixed << inLines(language.Operators);
+  if (!language.BlockStart.isEmpty())
+    lines << first(language.BlockStart) << QStringLiteral("    name") << first(language.BlockEnd);
+  return lines.join(u'\n');
+}

@@ -1,0 +1,129 @@
+// The dialog in which a person makes, edits, deletes and saves language definitions. It edits the languages of the manager
+// in place: every field writes straight through, nothing is kept twice. The definition file is written by Save only.
+//
+// What the edit control and open documents know of the languages is the caller's affair: LanguagesChanged says when to
+// hand them over again. The dialog may be shown modal or beside the documents.
+#pragma once
+
+#include <QDialog>
+#include <functional>
+#include <memory>
+
+#include "language/ListField.h"
+#include "language/clsLang.h"
+
+class LanguagePreview;
+class QCheckBox;
+class QFrame;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QListWidgetItem;
+class QPushButton;
+class QStackedWidget;
+class QTabBar;
+class ucCM;
+
+class frmDefinitions : public QDialog {
+  Q_OBJECT
+ public:
+  // The manager must outlive the dialog. webHome is the address below which the pages of the web site lie.
+  explicit frmDefinitions(ucCM& manager, const QString& webHome = {}, QWidget* parent = nullptr);
+  ~frmDefinitions() override;
+
+  enum Tab { Structure, Macros, Templates, WordLists };
+
+  void LoadDefiner();                          // fills everything from the manager, the current language selected
+  // Selects a macro by the positions of language and macro (from 1) and shows why it failed, in sight while it is mended.
+  void ShowMacro(int lang, int macro, const QString& report);
+  void SelectLanguage(int index);              // position from 1; 0 or out of range: none
+  void SelectList(int index);                  // the same for an item of the present tab
+  QString GetSelectedDefinitions() const;      // the selected languages as they would stand in the definition file
+  void PasteDefinitions(const QString& text);  // languages from such a text; anything else is not taken
+  bool isChanged() const { return changed_; }
+
+ public slots:
+  void reject() override;                      // as the close button: asks when something is not saved
+
+ signals:
+  // Languages differ from what was last handed over: after Save and Apply, after another file was read, and when the dialog
+  // closes after a change.
+  void LanguagesChanged();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  // Layout (frmDefinitionsLayout.cpp).
+  void layOut();
+  QWidget* fileRow();
+  QWidget* languageFrame();
+  QWidget* structureFrame();
+  QWidget* listFrame();
+  void connectAll();
+
+  void LoadAny();                              // fills lst for the present tab
+  void LoadLanguages();                        // fills lstLanguage
+  void SetupLanguage();                        // fills the Structure fields
+  void SetUpList();                            // the two labels of the present tab
+  void SetupItem();                            // fills txtList and txtDesc from the selected item
+  void LockText();                             // fields without a subject take no input
+  void ClearText();
+  void FormisChanged(bool changed);
+  void edited();
+  bool AreYouSure();
+  void BrowseIni();
+  void ReloadIniFile();
+  bool save();
+  bool mayLeave();                             // asks about changes; false: stay
+  void showWarnings();
+  void showHints();
+  void filterLanguages();
+  void openPage(const QString& page);
+
+  void cmdAdd_Click();
+  void cmdDuplicate_Click();
+  void cmdDelete_Click();
+  void cmdAddList_Click();
+  void cmdDeleteList_Click();
+  void lstLanguage_AfterLabelEdit(QListWidgetItem* item);
+  void lst_AfterLabelEdit(QListWidgetItem* item);
+
+  void insertLanguage(int index, const std::shared_ptr<clsLang>& language);
+  // The present tab's item in the language: its texts, whatever its kind. Null without one.
+  struct Item {
+    QString *name = nullptr, *body = nullptr, *desc = nullptr;
+  };
+  Item item(int index) const;                  // position from 1
+  int itemCount() const;
+  int selectedItem() const;                    // position from 1, 0 none
+  Tab tab() const;
+  std::shared_ptr<clsLang> language() const;   // the selected one; null for none
+
+  ucCM& manager_;
+  QString webHome_;
+  bool changed_ = false;
+  bool handedOver_ = true;                     // nothing changed since LanguagesChanged
+  bool filling_ = false;                       // fields are being filled: no edits
+  bool leaving_ = false;
+
+  QLineEdit *txtIni = nullptr, *txtFilter = nullptr, *txtExtension = nullptr, *txtHelp = nullptr, *txtDesc = nullptr;
+  QPushButton *cmdBrowse = nullptr, *cmdDownload = nullptr, *cmdSubmit = nullptr, *cmdAdd = nullptr, *cmdDuplicate = nullptr,
+              *cmdDelete = nullptr, *cmdApply = nullptr, *cmdSave = nullptr, *cmdClose = nullptr, *cmdAddList = nullptr,
+              *cmdDeleteList = nullptr;
+  QListWidget *lstLanguage = nullptr, *lst = nullptr;
+  QTabBar* TabStrip1 = nullptr;
+  QStackedWidget* pages = nullptr;
+  QFrame *fraStructure = nullptr, *fraList = nullptr;
+  QCheckBox* chkCase = nullptr;
+  ListField *txtDescription = nullptr, *txtKeyword = nullptr, *txtOperator = nullptr, *txtText = nullptr, *txtSLC = nullptr,
+            *txtMLCS = nullptr, *txtMLCE = nullptr, *txtIin = nullptr, *txtIOut = nullptr, *txtIinout = nullptr, *txtList = nullptr;
+  QLabel *lblList = nullptr, *lblText = nullptr, *lblHint = nullptr, *lblWarning = nullptr, *lblReport = nullptr;
+  LanguagePreview* preview = nullptr;
+
+  struct ListBinding {
+    ListField* field;
+    QString clsLang::*property;
+  };
+  std::vector<ListBinding> listBindings_;      // of the fields that show a multi-line property
+};

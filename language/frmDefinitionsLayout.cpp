@@ -1,0 +1,282 @@
+// The controls of the definitions editor: names, texts, places and the order in which Tab goes through them.
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTabBar>
+#include <QVBoxLayout>
+
+#include "language/LanguagePreview.h"
+#include "language/frmDefinitions.h"
+
+namespace {
+
+template <class W>
+W* named(W* widget, const char* name) {
+  widget->setObjectName(QString::fromLatin1(name));
+  return widget;
+}
+
+QPushButton* button(const char* name, const QString& caption, const QString& hint) {
+  auto* made = named(new QPushButton(caption), name);
+  made->setToolTip(hint);
+  made->setAutoDefault(false);   // Return in a line belongs to the line
+  return made;
+}
+
+QLineEdit* line(const char* name, const QString& hint = {}) {
+  auto* made = named(new QLineEdit, name);
+  made->setToolTip(hint);
+  return made;
+}
+
+ListField* field(const char* name, const QString& hint, int lines) {
+  auto* made = named(new ListField, name);
+  made->setToolTip(hint);
+  made->setMinimumHeight(made->fontMetrics().lineSpacing() * lines + 12);
+  made->setMinimumWidth(90);
+  return made;
+}
+
+// A label above its field; the field takes the label's name for who cannot see it.
+QLabel* above(QGridLayout* grid, int row, int column, const QString& caption, QWidget* under) {
+  auto* label = new QLabel(caption);
+  label->setTextFormat(Qt::PlainText);
+  label->setBuddy(under);
+  grid->addWidget(label, row, column);
+  grid->addWidget(under, row + 1, column);
+  return label;
+}
+
+QLabel* plainLabel(const char* name) {
+  auto* label = named(new QLabel, name);
+  label->setTextFormat(Qt::PlainText);
+  label->setWordWrap(true);
+  return label;
+}
+
+void colourBackground(QLabel* label, const QColor& back) {
+  QPalette palette = label->palette();
+  palette.setColor(QPalette::Window, back);
+  palette.setColor(QPalette::WindowText, Qt::black);
+  label->setPalette(palette);
+  label->setAutoFillBackground(true);
+  label->setMargin(5);
+  label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  label->hide();
+}
+
+}  // namespace
+
+void frmDefinitions::layOut() {
+  setObjectName(QStringLiteral("frmDefinitions"));
+  setWindowTitle(tr("Language Definition"));
+  setSizeGripEnabled(true);
+
+  lblReport = plainLabel("lblReport");
+  colourBackground(lblReport, QColor(255, 205, 200));
+  lblWarning = plainLabel("lblWarning");
+  colourBackground(lblWarning, QColor(255, 232, 170));
+
+  TabStrip1 = named(new QTabBar, "TabStrip1");
+  TabStrip1->setExpanding(false);
+  TabStrip1->addTab(tr("Structure"));
+  TabStrip1->addTab(tr("Macros"));
+  TabStrip1->addTab(tr("Templates"));
+  TabStrip1->addTab(tr("WordLists"));
+  TabStrip1->setTabToolTip(Structure, tr("Language Structure"));
+  TabStrip1->setTabToolTip(Macros, tr("Language macros"));
+  TabStrip1->setTabToolTip(Templates, tr("Language Templates"));
+  TabStrip1->setTabToolTip(WordLists, tr("WordLists Definitions"));
+
+  auto* top = fileRow();
+  auto* languages = languageFrame();
+  pages = new QStackedWidget;
+  pages->addWidget(structureFrame());
+  pages->addWidget(listFrame());
+
+  preview = named(new LanguagePreview, "preview");
+  auto* previewFrame = new QGroupBox(tr("Preview"));
+  auto* previewLayout = new QVBoxLayout(previewFrame);
+  previewLayout->addWidget(preview);
+
+  auto* tabs = new QWidget;
+  auto* tabsLayout = new QVBoxLayout(tabs);
+  tabsLayout->setContentsMargins(0, 0, 0, 0);
+  tabsLayout->setSpacing(0);
+  tabsLayout->addWidget(TabStrip1);
+  tabsLayout->addWidget(pages, 1);
+  tabsLayout->addWidget(lblWarning);
+
+  auto* right = new QSplitter(Qt::Vertical);
+  right->addWidget(tabs);
+  right->addWidget(previewFrame);
+  right->setStretchFactor(0, 3);
+  right->setStretchFactor(1, 1);
+  right->setChildrenCollapsible(false);
+  auto* across = new QSplitter(Qt::Horizontal);
+  across->addWidget(languages);
+  across->addWidget(right);
+  across->setStretchFactor(1, 1);
+  across->setChildrenCollapsible(false);
+
+  auto* all = new QVBoxLayout(this);
+  all->addWidget(top);
+  all->addWidget(lblReport);
+  all->addWidget(across, 1);
+
+  // The order of Tab: from the file by way of the languages to their parts, then the buttons that end the work.
+  const QList<QWidget*> order{txtIni,    cmdBrowse,  cmdDownload, cmdSubmit,   txtFilter,     lstLanguage, cmdAdd,
+                              cmdDuplicate, cmdDelete,  txtDescription, txtExtension, TabStrip1,  chkCase,     txtKeyword,
+                              txtOperator, txtSLC,   txtMLCS,     txtMLCE,     txtText,       txtIin,      txtIOut,
+                              txtIinout, txtHelp,    lst,         cmdAddList,  cmdDeleteList, txtDesc,     txtList,
+                              preview,   cmdApply,   cmdSave,     cmdClose};
+  for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
+  resize(1040, 720);
+}
+
+QWidget* frmDefinitions::fileRow() {
+  auto* row = new QWidget;
+  auto* layout = new QHBoxLayout(row);
+  layout->setContentsMargins(0, 0, 0, 0);
+  txtIni = line("txtIni");
+  txtIni->setReadOnly(true);
+  auto* label = new QLabel(tr("Ini File"));
+  label->setBuddy(txtIni);
+  cmdBrowse = button("cmdBrowse", tr("&Browse..."), tr("Reads the languages from another definition file"));
+  cmdDownload = button("cmdDownload", tr("Do&wnload"), tr("Download new languages from WEB Site"));
+  cmdSubmit = button("cmdSubmit", tr("S&ubmit"), tr("Submits the selected language"));
+  layout->addWidget(label);
+  layout->addWidget(txtIni, 1);
+  for (QPushButton* one : {cmdBrowse, cmdDownload, cmdSubmit}) layout->addWidget(one);
+  return row;
+}
+
+QWidget* frmDefinitions::languageFrame() {
+  auto* frame = named(new QGroupBox(tr("Language")), "fraLanguage");
+  txtFilter = line("txtFilter", tr("Shows only languages whose name or extensions hold this"));
+  txtFilter->setPlaceholderText(tr("Filter (Ctrl+F)"));
+  txtFilter->setAccessibleName(tr("Filter"));
+  txtFilter->setClearButtonEnabled(true);
+  lstLanguage = named(new QListWidget, "lstLanguage");
+  lstLanguage->setAccessibleName(tr("Language"));
+  lstLanguage->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  lstLanguage->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked |
+                               QAbstractItemView::SelectedClicked);
+  lstLanguage->setUniformItemSizes(true);
+  cmdAdd = button("cmdAdd", tr("&Add"), tr("Adds a new language"));
+  cmdDuplicate = button("cmdDuplicate", tr("Dupl&icate"), tr("Adds a copy of the selected language"));
+  cmdDelete = button("cmdDelete", tr("&Delete"), tr("Delete the selected language"));
+  cmdApply = button("cmdApply", tr("A&pply"), tr("Applies the definitions to the open documents"));
+  cmdSave = button("cmdSave", tr("&Save"), tr("Writes the definition file"));
+  cmdClose = button("cmdClose", tr("&Close"), {});
+  txtDescription = field("txtDescription", tr("Language Description"), 2);
+  txtDescription->setMaximumHeight(txtDescription->fontMetrics().lineSpacing() * 4 + 12);
+  txtExtension = line("txtExtension", tr("Extensions on which this language definition will be used."));
+
+  auto* grid = new QGridLayout(frame);
+  grid->addWidget(txtFilter, 0, 0, 1, 3);
+  grid->addWidget(lstLanguage, 1, 0, 1, 3);
+  grid->addWidget(cmdAdd, 2, 0);
+  grid->addWidget(cmdDuplicate, 2, 1);
+  grid->addWidget(cmdDelete, 2, 2);
+  auto* below = new QGridLayout;
+  above(below, 0, 0, tr("Description"), txtDescription);
+  above(below, 2, 0, tr("Extensions"), txtExtension);
+  grid->addLayout(below, 3, 0, 1, 3);
+  grid->addWidget(cmdApply, 4, 0);
+  grid->addWidget(cmdSave, 4, 1);
+  grid->addWidget(cmdClose, 4, 2);
+  grid->setRowStretch(1, 1);
+  return frame;
+}
+
+QWidget* frmDefinitions::structureFrame() {
+  fraStructure = named(new QFrame, "fraStructure");
+  fraStructure->setFrameShape(QFrame::StyledPanel);
+  chkCase = named(new QCheckBox(tr("Language Case Sensitive")), "chkCase");
+  txtKeyword = field("txtKeyword", {}, 8);
+  txtOperator = field("txtOperator", {}, 8);
+  txtText = field("txtText", {}, 2);
+  txtSLC = field("txtSLC", tr("This is the single line comment"), 2);
+  txtMLCS = field("txtMLCS", tr("Multi-line comment start"), 2);
+  txtMLCE = field("txtMLCE", tr("Multi-Line Comment End"), 2);
+  txtIin = field("txtIin", tr("Indent on these words"), 2);
+  txtIOut = field("txtIOut", tr("Remove indent (outdent) on these words"), 2);
+  txtIinout = field("txtIinout", tr("Perfrom an Outdent, then an indent on these words"), 2);
+  txtHelp = line("txtHelp");
+
+  auto* indents = named(new QGroupBox(tr("Indents")), "fraIndents");
+  auto* indentGrid = new QGridLayout(indents);
+  above(indentGrid, 0, 0, tr("Indent"), txtIin);
+  above(indentGrid, 2, 0, tr("OutDent"), txtIOut);
+  above(indentGrid, 4, 0, tr("Both"), txtIinout);
+  auto* comments = named(new QGroupBox(tr("Comments")), "fraComments");
+  auto* commentGrid = new QGridLayout(comments);
+  above(commentGrid, 0, 0, tr("Single Line "), txtSLC);
+  above(commentGrid, 2, 0, tr("Multi Line Start"), txtMLCS);
+  above(commentGrid, 4, 0, tr("Multi Line End"), txtMLCE);
+
+  auto* grid = new QGridLayout(fraStructure);
+  grid->addWidget(chkCase, 0, 0, 1, 4);
+  auto* words = new QGridLayout;
+  above(words, 0, 0, tr("Keywords"), txtKeyword);
+  auto* signs = new QGridLayout;
+  above(signs, 0, 0, tr("Operators"), txtOperator);
+  above(signs, 2, 0, tr("Text Delimiters"), txtText);
+  signs->setRowStretch(1, 3);
+  signs->setRowStretch(3, 1);
+  grid->addLayout(words, 1, 0);
+  grid->addLayout(signs, 1, 1);
+  grid->addWidget(comments, 1, 2);
+  grid->addWidget(indents, 1, 3);
+  auto* help = new QHBoxLayout;
+  auto* label = new QLabel(tr("Help File"));
+  label->setBuddy(txtHelp);
+  help->addWidget(label);
+  help->addWidget(txtHelp, 1);
+  grid->addLayout(help, 2, 0, 1, 4);
+  grid->setColumnStretch(0, 2);
+  for (int column = 1; column < 4; ++column) grid->setColumnStretch(column, 1);
+  grid->setRowStretch(1, 1);
+  return fraStructure;
+}
+
+QWidget* frmDefinitions::listFrame() {
+  fraList = named(new QFrame, "fraList");
+  fraList->setFrameShape(QFrame::StyledPanel);
+  lst = named(new QListWidget, "lst");
+  lst->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  lst->setEditTriggers(lstLanguage->editTriggers());
+  lst->setUniformItemSizes(true);
+  cmdAddList = button("cmdAddList", tr("Add"), tr("Adds a new entry"));
+  cmdDeleteList = button("cmdDeleteList", tr("De&lete"), tr("Deletes the selected entries"));
+  txtDesc = line("txtDesc");
+  txtList = field("txtList", {}, 8);
+  lblHint = plainLabel("lblHint");
+  lblHint->setForegroundRole(QPalette::PlaceholderText);
+
+  auto* grid = new QGridLayout(fraList);
+  lblList = above(grid, 0, 0, {}, lst);
+  lblList->setObjectName(QStringLiteral("lblList"));
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(cmdAddList);
+  buttons->addWidget(cmdDeleteList);
+  grid->addLayout(buttons, 2, 0);
+  auto* texts = new QGridLayout;
+  above(texts, 0, 0, tr("Description"), txtDesc);
+  lblText = above(texts, 2, 0, {}, txtList);
+  lblText->setObjectName(QStringLiteral("lblText"));
+  texts->addWidget(lblHint, 4, 0);
+  texts->setRowStretch(3, 1);
+  grid->addLayout(texts, 0, 1, 3, 1);
+  grid->setRowStretch(1, 1);
+  grid->setColumnStretch(0, 1);
+  grid->setColumnStretch(1, 3);
+  return fraList;
+}
