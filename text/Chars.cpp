@@ -143,6 +143,14 @@ Char decodeLast(std::string_view bytes) {
   return {at(bytes, bytes.size() - 1), 1, true};
 }
 
+std::string encode(char32_t c) {
+  const auto b = [](char32_t x) { return static_cast<char>(x); };
+  if (c < 0x80) return {b(c)};
+  if (c < 0x800) return {b(0xC0 | c >> 6), b(0x80 | (c & 63))};
+  if (c < 0x10000) return {b(0xE0 | c >> 12), b(0x80 | (c >> 6 & 63)), b(0x80 | (c & 63))};
+  return {b(0xF0 | c >> 18), b(0x80 | (c >> 12 & 63)), b(0x80 | (c >> 6 & 63)), b(0x80 | (c & 63))};
+}
+
 int cells(char32_t code) {
   if (code < 0x300) return 1;
   if (contains(zeroWidthChars, code)) return 0;
@@ -272,6 +280,8 @@ std::int64_t byteOfDisplay(std::string_view line, DisplayColumn target, int tabS
   }
   return static_cast<std::int64_t>(i);
 }
+
+bool isAscii(std::string_view bytes) { return asciiRun(bytes) == bytes.size(); }
 
 bool validUtf8(std::string_view bytes) {
   for (std::size_t i = 0; i < bytes.size();) {

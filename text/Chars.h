@@ -4,6 +4,7 @@
 // here ever fails: every byte string is a text.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "text/Units.h"
@@ -18,6 +19,7 @@ struct Char {
 
 Char decode(std::string_view bytes);        // the first character
 Char decodeLast(std::string_view bytes);    // the last one
+std::string encode(char32_t code);          // in UTF-8; precondition: a code point
 int cells(char32_t code);                   // 0 combining and invisible, 1, or 2 wide. Tabs and bad bytes are the caller's affair.
 constexpr int badByteCells = 2;             // a bad byte stands as its two hex digits
 int utf16Length(const Char& c);             // 2 beyond U+FFFF, else 1
@@ -35,5 +37,6 @@ DisplayColumn displayColumn(std::string_view line, std::int64_t byte, int tabSiz
 std::int64_t byteOfDisplay(std::string_view line, DisplayColumn column, int tabSize);
 
 bool validUtf8(std::string_view bytes);
+bool isAscii(std::string_view bytes);
 
 }  // namespace text

@@ -16,6 +16,7 @@ struct SearchOptions {
   bool matchCase = false;
   bool wholeWord = false;
   bool regex = false;       // '^' and '$' match at every line; '.' does not match a line break
+  std::int64_t window = 32 << 10;   // bytes of text looked at in one go, at least 8; tests make it tiny
 };
 
 // Shared by the searching thread and the one that shows progress.

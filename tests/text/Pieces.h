@@ -1,6 +1,7 @@
 // Snapshots in small blocks, and random texts full of trouble, for the tests of what reads snapshots.
 #pragma once
 
+#include <ostream>
 #include <random>
 #include <string>
 
@@ -20,6 +21,11 @@ std::string randomText(std::mt19937& random, const Alphabet& alphabet, std::size
   for (std::size_t i = 0; i < count; ++i) out += std::data(alphabet)[random() % std::size(alphabet)];
   return out;
 }
+
+namespace text {
+inline void PrintTo(const ByteRange& r, std::ostream* out) { *out << r.begin.value << ".." << r.end.value; }
+inline void PrintTo(const ByteOffset& o, std::ostream* out) { *out << o.value; }
+}  // namespace text
 
 // Offsets as plain numbers, for short comparisons.
 inline text::ByteOffset off(std::int64_t n) { return text::ByteOffset(n); }

@@ -1,0 +1,187 @@
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include "text/Regex.h"
+
+#include <pcre2.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "text/Chars.h"
+
+namespace text {
+
+namespace {
+
+template <auto Free>
+struct Freer {
+  template <class T>
+  void operator()(T* p) const { Free(p); }
+};
+using Code = std::unique_ptr<pcre2_code, Freer<pcre2_code_free>>;
+using CompileContext = std::unique_ptr<pcre2_compile_context, Freer<pcre2_compile_context_free>>;
+using MatchContext = std::unique_ptr<pcre2_match_context, Freer<pcre2_match_context_free>>;
+using MatchData = std::unique_ptr<pcre2_match_data, Freer<pcre2_match_data_free>>;
+using JitStack = std::unique_ptr<pcre2_jit_stack, Freer<pcre2_jit_stack_free>>;
+
+constexpr std::size_t maxStack = 32u << 20;          // of the compiled matcher
+constexpr std::uint32_t maxSteps = 10'000'000, maxDepth = 250'000, maxHeapKiB = 256u << 10;
+
+std::string messageOf(int code) {
+  PCRE2_UCHAR buffer[256];
+  const int length = pcre2_get_error_message(code, buffer, sizeof buffer);
+  return length < 0 ? "error " + std::to_string(code) : std::string(reinterpret_cast<char*>(buffer), static_cast<std::size_t>(length));
+}
+
+struct Compiled {
+  Code code;
+  bool jit = false;
+  int error = 0;
+  std::size_t errorAt = 0;
+};
+
+Compiled compile(const std::string& pattern, std::uint32_t options, bool jit) {
+  const CompileContext context(pcre2_compile_context_create(nullptr));
+  Compiled result;
+  if (!context) {
+    result.error = PCRE2_ERROR_NOMEMORY;
+    return result;
+  }
+  pcre2_set_newline(context.get(), PCRE2_NEWLINE_ANYCRLF);
+  options |= PCRE2_MULTILINE | PCRE2_ALT_CIRCUMFLEX | PCRE2_NEVER_BACKSLASH_C;
+  result.code.reset(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern.data()), pattern.size(), options, &result.error, &result.errorAt, context.get()));
+  if (result.code && jit) result.jit = pcre2_jit_compile(result.code.get(), PCRE2_JIT_COMPLETE | PCRE2_JIT_PARTIAL_HARD) == 0;
+  return result;
+}
+
+// Over bytes that are all ASCII an expression means the same without the Unicode modes, and runs much faster.
+bool samePlain(const std::string& pattern) {
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    if (static_cast<unsigned char>(pattern[i]) >= 0x80) return false;
+    if (pattern[i] == '(' && i + 1 < pattern.size() && pattern[i + 1] == '*') return false;
+    if (pattern[i] == '\\' && i + 1 < pattern.size() && std::strchr("xopPXNuU", pattern[++i])) return false;
+  }
+  return true;
+}
+
+// A word must not go on at either end. Option settings in front stay in front.
+std::string asWholeWord(const std::string& pattern, bool commentAtEnd) {
+  std::size_t verbs = 0;
+  while (pattern.compare(verbs, 2, "(*") == 0 && verbs + 2 < pattern.size() && pattern[verbs + 2] >= 'A' && pattern[verbs + 2] <= 'Z') {
+    const auto close = pattern.find(')', verbs);
+    if (close == std::string::npos) break;
+    verbs = close + 1;
+  }
+  const std::string word = "[\\w\\p{M}]";
+  return pattern.substr(0, verbs) + "(?:(?<!" + word + ")|(?!" + word + "))(?:" + pattern.substr(verbs) + (commentAtEnd ? "\n" : "") + ")(?:(?!" +
+         word + ")|(?<!" + word + "))";
+}
+
+}  // namespace
+
+struct Regex::Programs {
+  Compiled plain;      // for ASCII; may be absent
+  Compiled unicode;    // for valid UTF-8
+  Compiled any;        // for all bytes
+  Compiled anchored;   // for all bytes, only at the start
+};
+
+Regex::Regex(const std::string& pattern, bool matchCase, bool wholeWord) : programs_(new Programs) {
+  Programs& p = *programs_;
+  const std::uint32_t base = matchCase ? 0 : PCRE2_CASELESS, utf = base | PCRE2_UTF | PCRE2_UCP;
+  p.unicode = compile(pattern, utf, !wholeWord);
+  std::string text = pattern;
+  if (p.unicode.code && wholeWord) {
+    text = asWholeWord(pattern, false);
+    p.unicode = compile(text, utf, true);
+    if (!p.unicode.code) {   // a comment to the end of the pattern swallowed the bracket
+      text = asWholeWord(pattern, true);
+      p.unicode = compile(text, utf, true);
+    }
+  }
+  // Behind a bad byte ".*" can begin in the middle of a line.
+  const std::uint32_t any = utf | PCRE2_MATCH_INVALID_UTF | PCRE2_NO_DOTSTAR_ANCHOR;
+  if (p.unicode.code) p.any = compile(text, any, true);
+  if (p.any.code) p.anchored = compile(text, any | PCRE2_ANCHORED, true);
+  for (const Compiled* c : {&p.unicode, &p.any, &p.anchored})
+    if (!c->code) {
+      const auto at = std::min(c->errorAt, pattern.size());
+      error_ = "Error in the expression at character " + std::to_string(columnOf(pattern, static_cast<std::int64_t>(at)).value + 1) + ": " + messageOf(c->error) + ".";
+      return;
+    }
+  if (samePlain(pattern)) p.plain = compile(text, base, true);
+  needsWholeText_ = pattern.find("\\G") != std::string::npos || pattern.find("(*") != std::string::npos;
+  std::uint32_t value = 0;
+  pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_MAXLOOKBEHIND, &value);
+  lookBehind_ = static_cast<int>(value);
+  pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_CAPTURECOUNT, &value);
+  groupCount_ = static_cast<int>(value);
+  pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_HASCRORLF, &value);
+  namesLineBreaks_ = value != 0;
+}
+
+Regex::~Regex() = default;
+
+std::optional<int> Regex::groupByName(std::string_view name) const {
+  const int n = pcre2_substring_number_from_name(programs_->any.code.get(), reinterpret_cast<PCRE2_SPTR>(std::string(name).c_str()));
+  if (n > 0) return n;
+  return std::nullopt;
+}
+
+struct Regex::Matcher::Memory {
+  MatchData data;
+  MatchContext context;
+  JitStack stack;
+  const Compiled* program = nullptr;
+};
+
+Regex::Matcher::Matcher(const Regex& regex) : regex_(regex), memory_(new Memory) {
+  Memory& m = *memory_;
+  m.data.reset(pcre2_match_data_create_from_pattern(regex.programs_->any.code.get(), nullptr));
+  m.context.reset(pcre2_match_context_create(nullptr));
+  m.stack.reset(pcre2_jit_stack_create(64u << 10, maxStack, nullptr));
+  if (!m.context) return;
+  pcre2_set_match_limit(m.context.get(), maxSteps);
+  pcre2_set_depth_limit(m.context.get(), maxDepth);
+  pcre2_set_heap_limit(m.context.get(), maxHeapKiB);
+  if (m.stack) pcre2_jit_stack_assign(m.context.get(), nullptr, m.stack.get());
+}
+
+Regex::Matcher::~Matcher() = default;
+
+void Regex::Matcher::setSubject(std::string_view subject) {
+  subject_ = subject;
+  const Programs& p = *regex_.programs_;
+  const bool ascii = isAscii(subject);
+  memory_->program = ascii && p.plain.code ? &p.plain : ascii || validUtf8(subject) ? &p.unicode : &p.any;
+}
+
+Regex::Outcome Regex::Matcher::match(std::size_t from, const Options& options) {
+  Memory& m = *memory_;
+  if (!m.data || !m.context) return {Outcome::failed, 0, 0, "Not enough memory to search for the expression."};
+  const Compiled& program = options.onlyAtStart ? regex_.programs_->anchored : *m.program;
+  const bool checked = &program == &regex_.programs_->plain || &program == &regex_.programs_->unicode;
+  std::uint32_t flags = 0;
+  if (!options.last) flags |= PCRE2_PARTIAL_HARD;
+  else if (!options.endsLine) flags |= PCRE2_NOTEOL;
+  if (options.notEmptyAtStart) flags |= PCRE2_NOTEMPTY_ATSTART;
+  const auto subject = reinterpret_cast<PCRE2_SPTR>(subject_.empty() ? "" : subject_.data());
+  int code;
+  if (checked && program.jit)
+    code = pcre2_jit_match(program.code.get(), subject, subject_.size(), from, flags, m.data.get(), m.context.get());
+  else
+    code = pcre2_match(program.code.get(), subject, subject_.size(), from, checked ? flags | PCRE2_NO_UTF_CHECK : flags, m.data.get(), m.context.get());
+  const std::size_t* offsets = pcre2_get_ovector_pointer(m.data.get());
+  if (code >= 0) return {Outcome::found, std::min(offsets[0], offsets[1]), std::max(offsets[0], offsets[1]), {}};
+  if (code == PCRE2_ERROR_NOMATCH) return {};
+  if (code == PCRE2_ERROR_PARTIAL) return {Outcome::undecided, offsets[0], offsets[1], {}};
+  return {Outcome::failed, 0, 0, "The search was given up: the expression is too costly for this text (" + messageOf(code) + ")."};
+}
+
+std::pair<std::size_t, std::size_t> Regex::Matcher::group(int n) const {
+  const auto i = static_cast<std::uint32_t>(n);
+  if (i >= pcre2_get_ovector_count(memory_->data.get())) return {std::string::npos, std::string::npos};
+  const std::size_t* offsets = pcre2_get_ovector_pointer(memory_->data.get());
+  return {offsets[2 * i], offsets[2 * i + 1]};
+}
+
+}  // namespace text

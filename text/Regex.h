@@ -1,0 +1,72 @@
+// A regular expression, compiled by PCRE2 for matching in windows of a text that need not be in one piece: what a
+// window cannot decide is reported as undecided, to be tried again in a longer one. Inside the engine.
+//
+// '^' and '$' match at every line, '.' matches no line break; LF, CR LF and CR are line breaks. Classes such as \w
+// are those of Unicode. Bytes that are not valid UTF-8 match nothing.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace text {
+
+class Regex {
+ public:
+  Regex(const std::string& pattern, bool matchCase, bool wholeWord);
+  ~Regex();
+  Regex(const Regex&) = delete;
+  Regex& operator=(const Regex&) = delete;
+
+  const std::string& error() const { return error_; }   // why it does not compile; empty: it does
+  int lookBehind() const { return lookBehind_; }        // characters before the start that a match may look at
+  bool namesLineBreaks() const { return namesLineBreaks_; }
+  bool needsWholeText() const { return needsWholeText_; }   // means something else in windows (\G and control verbs)
+  std::optional<int> groupByName(std::string_view name) const;
+  int groupCount() const { return groupCount_; }        // without the whole match
+
+  struct Outcome {
+    enum Kind { found, none, undecided, failed } kind = none;
+    std::size_t begin = 0, end = 0;   // found; undecided: begin is the first place that may match
+    std::string error;                // failed: the limit that was hit
+  };
+  struct Options {
+    bool last = true;            // the text ends where the subject does; otherwise the answer may be `undecided`
+    bool endsLine = true;        // with last: '$' matches at its end
+    bool notEmptyAtStart = false;
+    bool onlyAtStart = false;    // a match must begin at `from`
+  };
+
+  // Holds the memory of matching; one for each thread and search.
+  class Matcher {
+   public:
+    explicit Matcher(const Regex& regex);
+    ~Matcher();
+    Matcher(const Matcher&) = delete;
+    Matcher& operator=(const Matcher&) = delete;
+    // The window for the following matches; must stay in place meanwhile.
+    void setSubject(std::string_view subject);
+    Outcome match(std::size_t from, const Options& options);
+    // Of the last match found: group n, npos for both when it took no part.
+    std::pair<std::size_t, std::size_t> group(int n) const;
+
+   private:
+    struct Memory;
+    const Regex& regex_;
+    std::unique_ptr<Memory> memory_;
+    std::string_view subject_;
+  };
+
+ private:
+  struct Programs;
+  std::unique_ptr<Programs> programs_;
+  std::string error_;
+  int lookBehind_ = 0, groupCount_ = 0;
+  bool namesLineBreaks_ = false, needsWholeText_ = false;
+};
+
+}  // namespace text
