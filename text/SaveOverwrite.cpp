@@ -37,7 +37,7 @@ class Overwriting {
     result.stamp.exists = true;
     const int r = overwrite(oldSize, &result.stamp);
     if (r == 0) return result;
-    return restore(oldSize, before.mode, saveFailed(r));
+    return touched_ ? restore(oldSize, before.mode, saveFailed(r)) : saveFailed(r);
   }
 
  private:
@@ -86,10 +86,12 @@ class Overwriting {
   int overwrite(std::int64_t oldSize, FileStamp* stamp) {
     auto& fs = fileSystem();
     if (source_.size() > oldSize) {   // room for all of it before the first byte changes
+      touched_ = true;
       const int r = fs.allocate(file_.get(), source_.size());
       if (r == -ENOSPC || r == -EDQUOT || r == -EFBIG || r == -EIO) return r;
     }
     if (const auto r = fs.seek(file_.get(), 0); r < 0) return static_cast<int>(r);
+    touched_ = true;
     if (const int r = writeSource(file_.get(), source_, &stamp->contentHash); r < 0) return r;
     if (source_.size() < oldSize)
       if (const int r = fs.truncate(file_.get(), source_.size()); r < 0) return r;
@@ -138,6 +140,7 @@ class Overwriting {
   files::Descriptor file_, copy_, ownFolder_;
   std::string copyFolder_, copyName_;   // where the copy is; the name is empty when there is none
   int copyFolderFd_ = -1;
+  bool touched_ = false;                // the target may no longer be as it was
 };
 
 }  // namespace

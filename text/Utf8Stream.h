@@ -79,15 +79,9 @@ class Utf8Stream {
       joined.swap(cut_);
       const char* p = joined.data();
       const char* const end = p + joined.size();
-      while (p < joined.data() + before) {
-        const int n = utf8Sequence(p, end, surrogates_);
-        if (n < 0) {
-          cut_.assign(p, end);
-          return true;
-        }
-        if (!give(p, n, visitor)) return false;
-        p += n > 0 ? n : 1;
-      }
+      for (const char* const stop = p + before; p < stop;)
+        if (!next(&p, end, visitor)) return false;
+      if (!cut_.empty()) return true;
       bytes.remove_prefix(static_cast<std::size_t>(p - joined.data()) - before);
     }
     const char* p = bytes.data();
@@ -96,15 +90,8 @@ class Utf8Stream {
       const char* const high = endOfAscii(p, end);
       if (high != p && !visitor.ascii(std::string_view(p, static_cast<std::size_t>(high - p)))) return false;
       p = high;
-      while (p != end && static_cast<unsigned char>(*p) >= 0x80) {
-        const int n = utf8Sequence(p, end, surrogates_);
-        if (n < 0) {
-          cut_.assign(p, end);
-          return true;
-        }
-        if (!give(p, n, visitor)) return false;
-        p += n > 0 ? n : 1;
-      }
+      while (p != end && static_cast<unsigned char>(*p) >= 0x80)
+        if (!next(&p, end, visitor)) return false;
     }
     return true;
   }
@@ -120,11 +107,16 @@ class Utf8Stream {
   }
 
  private:
+  // Gives what stands at *p and moves behind it; a sequence that the end cuts is kept for the next part.
   template <class Visitor>
-  static bool give(const char* p, int n, Visitor& visitor) {
-    if (n == 0) return visitor.bad(static_cast<unsigned char>(*p));
-    if (n == 1) return visitor.ascii(std::string_view(p, 1));
-    return visitor.sequence(std::string_view(p, static_cast<std::size_t>(n)));
+  bool next(const char** p, const char* end, Visitor& visitor) {
+    const char* const at = *p;
+    const int n = utf8Sequence(at, end, surrogates_);
+    *p = n < 0 ? end : at + (n > 0 ? n : 1);
+    if (n < 0) return cut_.assign(at, end), true;
+    if (n == 0) return visitor.bad(static_cast<unsigned char>(*at));
+    const std::string_view whole(at, static_cast<std::size_t>(n));
+    return n == 1 ? visitor.ascii(whole) : visitor.sequence(whole);
   }
 
   bool surrogates_;

@@ -10,9 +10,12 @@
 namespace testing_files {
 namespace fs = std::filesystem;
 
-TempFolder::TempFolder() {
+TempFolder::TempFolder(Where where) {
   std::random_device random;
-  do path_ = (fs::temp_directory_path() / ("zelkor-test-" + std::to_string(random()))).string();
+  const fs::path memory = "/dev/shm";
+  std::error_code none;
+  const auto base = where == Where::memory && fs::is_directory(memory, none) ? memory : fs::temp_directory_path();
+  do path_ = (base / ("zelkor-test-" + std::to_string(random()))).string();
   while (!fs::create_directory(path_));
 }
 

@@ -10,7 +10,8 @@ namespace testing_files {
 
 class TempFolder {
  public:
-  TempFolder();
+  enum class Where { disk, memory };   // memory: a file system in memory where there is one, for many syncs
+  explicit TempFolder(Where where = Where::disk);
   ~TempFolder();
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
