@@ -21,15 +21,32 @@ void convert(std::string_view bytes, WordCase to, std::string& result) {
     }
     return;
   }
-  QString text = toQString(bytes);
-  if (to == WordCase::upper) {
-    text = text.toUpper();
-  } else {
-    text = text.toLower();
-    const qsizetype first = to == WordCase::lower || text.isEmpty() ? 0 : text[0].isHighSurrogate() ? 2 : 1;
-    text = text.left(first).toUpper() + text.mid(first);
+  // Bytes that are no characters stay as they are.
+  result.clear();
+  bool first = to == WordCase::capital;
+  const auto flush = [&](std::string_view valid) {
+    QString text = toQString(valid);
+    if (to == WordCase::upper) {
+      text = text.toUpper();
+    } else {
+      text = text.toLower();
+      const qsizetype head = !first || text.isEmpty() ? 0 : text[0].isHighSurrogate() ? 2 : 1;
+      text = text.left(head).toUpper() + text.mid(head);
+    }
+    first = first && valid.empty();
+    result += fromQString(text);
+  };
+  std::size_t from = 0;
+  for (std::size_t at = 0; at < bytes.size();) {
+    const Char c = decode(bytes.substr(at));
+    if (c.bad) {
+      flush(bytes.substr(from, at - from));
+      result += bytes[at];
+      from = at + 1;
+    }
+    at += static_cast<std::size_t>(c.bytes);
   }
-  result = fromQString(text);
+  flush(bytes.substr(from));
 }
 
 bool isWord(const Snapshot& text, ByteRange range) {

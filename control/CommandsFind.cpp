@@ -160,6 +160,7 @@ void replace(Editor& e, const QVariant&) {
   if (!searcher) return;
   const SearchState& state = searchState();
   const ByteRange range = e.selectedRange();
+  bool replaced = false;
   if (!e.selection().column) {
     const SearchResult at = searcher->forward(e.snapshot(), range.begin, {ByteOffset(0), e.snapshot().size()});
     if (failed(e, at)) return;
@@ -168,10 +169,11 @@ void replace(Editor& e, const QVariant&) {
       const ReplacePlan plan = planReplacements(e.snapshot(), *searcher, state.options.regex, within, replacementBytes(e, state),
                                                 keepsCase(e, state), e.model().newLineFor(LineNo(0)));
       if (!plan.error.empty()) return e.host().note(QString::fromStdString(plan.error));
-      if (plan.edits.size() == 1) EditorAccess::put(e, plan.edits[0].range, plan.edits[0].text);
+      replaced = plan.edits.size() == 1 && EditorAccess::put(e, plan.edits[0].range, plan.edits[0].text);
     }
   }
   findFrom(e, *searcher, state.findText, e.selectedRange(), true);
+  if (replaced) e.document().setSelectionAfter(e.selection());
 }
 
 void replaceAllInBuffer(Editor& e, const QVariant&) { replaceAllIn(e, {{ByteOffset(0), e.snapshot().size()}}); }
