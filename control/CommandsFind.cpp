@@ -29,12 +29,16 @@ const Searcher& searcherFor(Editor& e, const std::string& what, const SearchOpti
 // The searcher of the search state; null after a note when there is nothing to search for or the expression is faulty.
 const Searcher* stateSearcher(Editor& e) {
   const SearchState& state = searchState();
+  EditorAccess::searchFailed(e) = true;
   if (state.findText.isEmpty()) {
     e.host().note(tr("There is no find text"));
     return nullptr;
   }
   const Searcher& searcher = searcherFor(e, findBytes(e, state), state.options);
-  if (searcher.error().empty()) return &searcher;
+  if (searcher.error().empty()) {
+    EditorAccess::searchFailed(e) = false;
+    return &searcher;
+  }
   e.host().note(QString::fromStdString(searcher.error()));
   return nullptr;
 }
@@ -46,6 +50,7 @@ bool failed(Editor& e, const SearchResult& result) {
 
 // Selects the next find from the selection on, round the end of the text when needed.
 bool findFrom(Editor& e, const Searcher& searcher, const QString& shown, ByteRange from, bool forward) {
+  EditorAccess::searchFailed(e) = true;
   const Snapshot text = e.snapshot();
   const ByteRange all{ByteOffset(0), text.size()};
   const auto search = [&](ByteOffset at) {
@@ -68,6 +73,7 @@ bool findFrom(Editor& e, const Searcher& searcher, const QString& shown, ByteRan
     e.host().note(tr("\"%1\" was not found").arg(shown));
     return false;
   }
+  EditorAccess::searchFailed(e) = false;
   e.setSelection({result.match->range.begin, result.match->range.end, 0, 0, false});
   e.host().note(note);
   return true;

@@ -11,6 +11,7 @@
 #include "control/CommandFunctions.h"
 #include "control/CommandTable.h"
 #include "control/EditorAccess.h"
+#include "control/KeyMacro.h"
 #include "text/Chars.h"
 #include "text/Words.h"
 
@@ -255,8 +256,9 @@ bool Editor::replaceRange(ByteRange range, const QString& text) {
 }
 
 bool Editor::replaceSelection(const QString& text) {
-  if (selection_.column) return typeText(text);
-  return replaceRange(selectedRange(), text);
+  if (!selection_.column) return replaceRange(selectedRange(), text);
+  const EditorAccess::Inside inside(*this);
+  return typeText(text);
 }
 
 bool Editor::undo() { return EditorAccess::travel(*this, &Document::undo); }
@@ -276,29 +278,34 @@ bool EditorAccess::travel(Editor& e, std::optional<SelectionState> (Document::*s
 
 bool Editor::execute(int id, const QVariant& argument) {
   const Command* command = commandById(id);
-  if (!command) return false;
+  if (command) EditorAccess::run(*this, *command, argument);
+  return command != nullptr;
+}
+
+void EditorAccess::run(Editor& e, const Command& command, const QVariant& argument) {
+  Editor::Impl& impl = *e.impl_;
+  noteForMacro(e, [&] { keyMacros().noteCommand(command.id, argument); });
+  const Inside inside(e);
   // A command that only prepares the next one uses nothing up.
-  const bool prepares = command->run == commandFunctions::setRepeatCount || command->run == commandFunctions::appendNextCut;
+  const bool prepares = command.run == commandFunctions::setRepeatCount || command.run == commandFunctions::appendNextCut;
   int count = 1;
   if (!prepares) {
-    count = std::exchange(repeatCount, 1);
-    impl_->cutAppends = std::exchange(appendNextCut, false);
-    if (!command->repeatable) count = 1;
+    count = std::exchange(e.repeatCount, 1);
+    impl.cutAppends = std::exchange(e.appendNextCut, false);
+    if (!command.repeatable) count = 1;
   }
-  if (count == 1) {
-    command->run(*this, argument);
-    return true;
-  }
+  if (count == 1) return command.run(e, argument);
   // One undo step for all repetitions; undo itself cannot run inside one.
-  const bool travels = command->run == commandFunctions::undo || command->run == commandFunctions::redo;
+  const bool travels = command.run == commandFunctions::undo || command.run == commandFunctions::redo;
   std::optional<UndoGroup> group;
-  if (!travels) group.emplace(document());
-  for (impl_->pass = 0; impl_->pass < count; ++impl_->pass) {
-    const auto state = [this] { return std::tuple(document().revision(), selection_, host_->topLine(), host_->leftColumn()); };
+  if (!travels) group.emplace(e.document());
+  for (impl.pass = 0; impl.pass < count; ++impl.pass) {
+    const auto state = [&e] {
+      return std::tuple(e.document().revision(), e.selection(), e.host().topLine(), e.host().leftColumn());
+    };
     const auto before = state();
-    command->run(*this, argument);
+    command.run(e, argument);
     if (state() == before) break;   // nothing moves any more
   }
-  impl_->pass = 0;
-  return true;
+  impl.pass = 0;
 }

@@ -7,23 +7,40 @@
 #include <span>
 #include <utility>
 
+#include "base/Program.h"
 #include "control/ColumnBlock.h"
+#include "control/CommandTable.h"
 #include "control/Editor.h"
+#include "control/KeyMacro.h"
 
 struct Editor::Impl {
   QObject context;                         // ends the connection to the model
   std::optional<std::int64_t> goal;        // the cell that vertical moves keep to
   int ownChange = 0;                       // > 0: the selection is set by the one who changes the text
   bool quiet = false;                      // the selection moves with the text, and nobody is told
-  int depth = 0;                           // of commands that run commands
+  int inside = 0;                          // > 0: what is done is part of a command, nothing that the user typed
   int pass = 0;                            // which repetition of the command this is, from 0
   bool cutAppends = false;                 // this command's cut goes behind what is on the clipboard
+  bool searchFailed = false;               // the last search found nothing
   std::unique_ptr<text::Searcher> searcher;   // of the last search, with what it was made from
   std::pair<std::string, text::SearchOptions> searcherKey;
 };
 
 struct EditorAccess {
   static Editor::Impl& impl(Editor& e) { return *e.impl_; }
+  static bool& searchFailed(Editor& e) { return e.impl_->searchFailed; }
+  // Runs a command of any table with repeat count, append mark and macro recording.
+  static void run(Editor& e, const Command& command, const QVariant& argument);
+  // Calls note for what the user does (not the program, and not as part of a command) while a macro is recorded.
+  template <class Note>
+  static void noteForMacro(Editor& e, Note note) {
+    if (e.impl_->inside == 0 && !gBusy() && keyMacros().recording()) note();
+  }
+  struct Inside {
+    explicit Inside(Editor& e) : editor(e) { ++editor.impl_->inside; }
+    ~Inside() { --editor.impl_->inside; }
+    Editor& editor;
+  };
   // Clips to the text and to a character boundary; never inside CR LF.
   static text::ByteOffset snap(const text::Snapshot& text, text::ByteOffset at);
   // Sets the selection after a change of the text or a move that keeps the goal column.

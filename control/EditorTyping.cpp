@@ -68,6 +68,8 @@ bool EditorAccess::deleteSelection(Editor& e) {
 
 bool Editor::typeText(const QString& text) {
   if (document().readOnly()) return false;
+  EditorAccess::noteForMacro(*this, [&] { keyMacros().noteText(text); });
+  const EditorAccess::Inside inside(*this);
   const LineNo line = snapshot().lineAt(selectedRange().begin);
   std::string bytes = EditorAccess::incoming(*this, text, line);
   if (selection_.column) {

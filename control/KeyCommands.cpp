@@ -1,0 +1,85 @@
+#include "control/KeyCommands.h"
+
+#include <algorithm>
+#include <array>
+
+#include "control/CommandFunctions.h"
+#include "control/EditorAccess.h"
+#include "control/KeyMacro.h"
+
+using namespace text;
+
+namespace {
+
+// Moves the caret's corner of the column selection, also past the ends of lines. Where column selections are not allowed the
+// selection is extended as usual.
+template <int cells, int lines>
+void extendColumn(Editor& e, const QVariant& argument) {
+  if (!e.options().columnSel) {
+    if (lines != 0) return commandFunctions::moveLines(e, lines, true);
+    return cells < 0 ? commandFunctions::extend<commandFunctions::charLeft>(e, argument)
+                     : commandFunctions::extend<commandFunctions::charRight>(e, argument);
+  }
+  const Snapshot& text = e.snapshot();
+  const SelectionState s = e.selection();
+  const int tabSize = e.options().tabSize;
+  const std::int64_t cell = cellOf(text, s.caret, s.caretVirtual, tabSize) + cells;
+  const LineNo line(std::clamp<std::int64_t>(text.lineAt(s.caret).value + lines, 0, text.lineCount() - 1));
+  e.setSelection(columnSelection(text, text.lineAt(s.anchor), cellOf(text, s.anchor, s.anchorVirtual, tabSize), line,
+                                 std::max<std::int64_t>(0, cell), tabSize));
+}
+
+// The Tab key: a selection of several lines is indented, else a tab is typed (or blanks, or one into each row).
+void tabKey(Editor& e, const QVariant&) {
+  const auto [first, last] = selectedLines(e);
+  if (!e.selection().column && first != last) commandFunctions::indentSelection(e, {});
+  else e.typeText(QStringLiteral("\t"));
+}
+
+void dropSelection(Editor& e, const QVariant&) { e.moveCaret(e.selection().caret, false); }
+
+void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
+void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current()); }
+
+constexpr std::array<Command, 10> table{{
+    {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection of several lines, else types a tab.", tabKey},
+    {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; the caret stays.", dropSelection},
+    {1003, "COLUMNLEFTEXTEND", CommandArgument::none, true, "Alt+Shift+Left",
+     "Extends the column selection one column to the left.", extendColumn<-1, 0>},
+    {1004, "COLUMNRIGHTEXTEND", CommandArgument::none, true, "Alt+Shift+Right",
+     "Extends the column selection one column to the right, also past the end of the line.", extendColumn<1, 0>},
+    {1005, "COLUMNUPEXTEND", CommandArgument::none, true, "Alt+Shift+Up", "Extends the column selection one line up.",
+     extendColumn<0, -1>},
+    {1006, "COLUMNDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+Down", "Extends the column selection one line down.",
+     extendColumn<0, 1>},
+    {1007, "COLUMNPAGEUPEXTEND", CommandArgument::none, true, "Alt+Shift+PgUp",
+     "Extends the column selection 20 lines up.", extendColumn<0, -20>},
+    {1008, "COLUMNPAGEDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+PgDown",
+     "Extends the column selection 20 lines down.", extendColumn<0, 20>},
+    {1009, "MACRORECORD", CommandArgument::none, false, "Ctrl+Shift+R",
+     "Starts recording a keystroke macro, or ends it and keeps the macro.", macroRecord},
+    {1010, "MACROPLAY", CommandArgument::none, true, "Ctrl+Shift+P", "Plays the keystroke macro that was recorded last.",
+     macroPlay},
+}};
+
+}  // namespace
+
+std::span<const Command> keyCommands() { return table; }
+
+const Command* anyCommandById(int id) {
+  if (const Command* numbered = commandById(id)) return numbered;
+  return id < table.front().id || id > table.back().id ? nullptr : &table[static_cast<std::size_t>(id - table.front().id)];
+}
+
+const Command* anyCommandByName(QStringView name) {
+  if (const Command* numbered = commandByName(name)) return numbered;
+  for (const Command& command : table)
+    if (name.compare(QLatin1String(command.name), Qt::CaseInsensitive) == 0) return &command;
+  return nullptr;
+}
+
+bool executeAny(Editor& editor, int id, const QVariant& argument) {
+  const Command* command = anyCommandById(id);
+  if (command) EditorAccess::run(editor, *command, argument);
+  return command != nullptr;
+}

@@ -1,0 +1,58 @@
+// Keystroke macros: commands and typed text, recorded, kept under names and played. There is one set for the program.
+//
+// As text (the setting MACRO): "[name] <keys>" begins a macro (none, or some parted by "; "), then one step a line: a command's name, with
+// its argument where it has one (GOTOLINE 3, SETFINDTEXT "x"), or TYPE "text". Inside quotes \\ \" \t \n \r and \uXXXX stand for
+// what would not be readable.
+#pragma once
+
+#include <QKeySequence>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+#include <vector>
+
+class Editor;
+
+struct KeyMacroStep {
+  int command = 0;      // 0: typed text
+  QVariant argument;    // of the command, or the text
+  bool operator==(const KeyMacroStep&) const = default;
+};
+
+struct KeyMacro {
+  QString name;
+  std::vector<KeyMacroStep> steps;
+};
+
+class KeyMacros {
+ public:
+  QStringList names() const;                       // in the order they were made
+  const KeyMacro* find(const QString& name) const; // null: unknown
+  // Replaces the one of the same name. False: the name is empty, or holds "]" or a line break.
+  bool set(KeyMacro macro);
+  void remove(const QString& name);                // and its keys
+  bool rename(const QString& name, const QString& to);   // false: unknown, taken, or no name
+  const QString& current() const { return current_; }    // the one recorded or played last; empty: none
+
+  // Recording. Everything that the user does is noted by the editors; finding notes the find text too.
+  bool recording() const { return recording_; }
+  void toggleRecording();                          // at its end the macro is kept as "Macro 1", "Macro 2" ...
+  void cancelRecording();
+  void noteCommand(int id, const QVariant& argument);
+  void noteText(const QString& text);
+
+  // Plays it `count` times as one undo step (a macro that undoes has none of its own). Ends early when a search fails or a round
+  // changes nothing. False: unknown.
+  bool play(Editor& editor, const QString& name, int count = 1);
+
+  QString toText() const;
+  int fromText(const QString& text);               // replaces all; the number of lines that were skipped
+
+ private:
+  std::vector<KeyMacro> macros_;
+  KeyMacro recorded_;
+  QString current_, noted_[2];                     // find text and replacement as the recording has them
+  bool recording_ = false;
+};
+
+KeyMacros& keyMacros();
