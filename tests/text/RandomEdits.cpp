@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <deque>
 
+#include "tests/text/MarkModel.h"
 #include "tests/text/RandomText.h"
 #include "text/Document.h"
 #include "text/Tree.h"
@@ -73,23 +74,6 @@ void compareChange(const Change& change, const std::string& old, const std::stri
   }
   ASSERT_EQ(old.substr(atOld), now.substr(atNow));
 }
-
-struct ModelMark {
-  MarkId id;
-  std::int64_t at;
-  Gravity gravity;
-  // The spans as single edits, from the last to the first, so that no offset has moved when it is used.
-  void move(const Change& change) {
-    std::int64_t grown = 0;
-    for (const auto& s : change.spans) grown += s.inserted - s.removed;
-    for (auto s = change.spans.rbegin(); s != change.spans.rend(); ++s) {
-      grown -= s->inserted - s->removed;
-      const auto begin = s->begin.value - grown;
-      if (at > begin && at >= begin + s->removed) at += s->inserted - s->removed;
-      else if (at >= begin) at = gravity == Gravity::right ? begin + s->inserted : begin;
-    }
-  }
-};
 
 struct Shape {
   const char* name;
@@ -279,7 +263,7 @@ class Trial {
   std::vector<State> undone_;
   int lastState_ = 0, saved_ = 0, groupDepth_ = 0;
   bool groupChanged_ = false, dropped_ = false;
-  std::vector<ModelMark> marks_;
+  std::vector<test::ModelMark> marks_;
   std::vector<std::pair<Snapshot, std::string>> held_;
 };
 

@@ -1,0 +1,81 @@
+// Marks by the thousand, over many blocks of them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/text/MarkModel.h"
+#include "tests/text/RandomText.h"
+
+namespace {
+
+using namespace text;
+
+TEST(Marks, SingleEdits) {
+  struct Case {
+    const char* name;
+    std::int64_t begin, end;
+    const char* text;
+    std::int64_t mark, left, right;   // where it goes with left and with right gravity
+  };
+  const Case cases[] = {
+      {"before the edit", 4, 6, "xyz", 3, 3, 3},
+      {"insertion at the mark", 4, 4, "xyz", 4, 4, 7},
+      {"insertion before it", 4, 4, "xyz", 5, 8, 8},
+      {"begin of what is replaced", 4, 6, "xyz", 4, 4, 7},
+      {"inside what is replaced", 4, 6, "xyz", 5, 4, 7},
+      {"end of what is replaced", 4, 6, "xyz", 6, 7, 7},
+      {"inside what is deleted", 4, 8, "", 5, 4, 4},
+      {"behind it", 4, 8, "", 9, 5, 5},
+      {"at the end of the text", 9, 10, "", 10, 9, 9},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Document d;
+    d.reset(Snapshot("0123456789"));
+    const auto left = d.addMark(ByteOffset(c.mark), Gravity::left), right = d.addMark(ByteOffset(c.mark));
+    d.apply(Edit{{ByteOffset(c.begin), ByteOffset(c.end)}, c.text}, {});
+    EXPECT_EQ(d.markAt(left).value, c.left);
+    EXPECT_EQ(d.markAt(right).value, c.right);
+  }
+}
+
+TEST(Marks, ThousandsEqualAModel) {
+  test::Random random;
+  SCOPED_TRACE(random.message());
+  Document d;
+  d.reset(Snapshot(std::string(20000, 'a')));
+  std::vector<test::ModelMark> model;
+  const auto handle = d.subscribe([&](const Change& change) {
+    for (auto& mark : model) mark.move(change);
+  });
+  const auto place = [&] { return random.upTo(d.snapshot().size().value + 1); };
+  const auto rounds = test::steps(300);
+  for (std::int64_t round = 0; round < rounds; ++round) {
+    for (auto i = random.upTo(40); i > 0 && model.size() < 4000; --i) {
+      const auto at = random.oneIn(3) ? place() : std::min<std::int64_t>(d.snapshot().size().value, round * 60 + i);
+      const auto gravity = random.oneIn(2) ? Gravity::left : Gravity::right;
+      model.push_back({d.addMark(ByteOffset(at), gravity), at, gravity});
+    }
+    for (auto i = random.upTo(15); i > 0 && !model.empty(); --i) {
+      const auto index = random.upTo(std::ssize(model));
+      d.removeMark(model[static_cast<std::size_t>(index)].id);
+      model.erase(model.begin() + index);
+    }
+    std::vector<Edit> edits;
+    std::int64_t at = 0;
+    for (auto i = random.oneIn(3) ? random.upTo(200) : 1; i > 0; --i) {
+      const auto size = d.snapshot().size().value;
+      const auto begin = at + (random.oneIn(3) ? 0 : random.upTo(size - at + 1) / (random.oneIn(2) ? 1 : 50));
+      const auto end = std::min(size, begin + (random.oneIn(2) ? 0 : random.upTo(random.oneIn(9) ? 3000 : 30)));
+      edits.push_back({{ByteOffset(begin), ByteOffset(end)}, std::string(static_cast<std::size_t>(random.upTo(20)), 'b')});
+      at = end;
+    }
+    d.apply(edits, {});
+    if (random.oneIn(4)) d.undo();
+    d.checkInvariants();
+    for (const auto& mark : model) ASSERT_EQ(d.markAt(mark.id).value, mark.at) << "in round " << round;
+  }
+  EXPECT_GT(model.size(), 1000u);
+}
+
+}  // namespace

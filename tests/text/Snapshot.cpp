@@ -1,0 +1,99 @@
+// Building texts from blocks, and reading them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/text/RandomText.h"
+#include "text/CountBytes.h"
+#include "text/Snapshot.h"
+#include "text/Tree.h"
+
+namespace {
+
+using namespace text;
+
+std::string lines(const Snapshot& s) {
+  static const char* const names[] = {".", "n", "rn", "r"};
+  std::string out;
+  for (LineNo line; line.value < s.lineCount(); ++line) out += "[" + s.line(line) + "]" + names[static_cast<int>(s.lineBreak(line))];
+  return out;
+}
+
+TEST(Snapshot, LinesWhateverTheBlocks) {
+  struct Case {
+    std::vector<std::string> blocks;
+    LineMode mode;
+    std::string lines;
+  };
+  const Case cases[] = {
+      {{}, LineMode::lf, "[]."},
+      {{"", ""}, LineMode::lf, "[]."},
+      {{"a"}, LineMode::lf, "[a]."},
+      {{"a\n"}, LineMode::lf, "[a]n[]."},
+      {{"a\r", "\nb"}, LineMode::lf, "[a]rn[b]."},
+      {{"\r", "\n", "\r", "\n"}, LineMode::lf, "[]rn[]rn[]."},
+      {{"a\rb\nc\r"}, LineMode::lf, "[a\rb]n[c\r]."},
+      {{"\r\r\n"}, LineMode::lf, "[\r]rn[]."},
+      {{"\n\r\n\n\r"}, LineMode::lf, "[]n[]rn[]n[\r]."},
+      {{"a\rb", "\r\r"}, LineMode::cr, "[a]r[b]r[]r[]."},
+      {{"a\nb\r"}, LineMode::cr, "[a\nb]r[]."},
+  };
+  for (const auto& c : cases) {
+    for (const TreeShape& shape : {TreeShape(), TreeShape{4, 1, 4, 4}}) {
+      SnapshotBuilder builder(c.mode, shape);
+      for (const auto& block : c.blocks) builder.append(block);
+      const auto text = builder.finish();
+      text.checkInvariants();
+      EXPECT_EQ(lines(text), c.lines);
+    }
+  }
+}
+
+TEST(Snapshot, BuilderKeepsBlocksWithoutCopyingThem) {
+  constexpr std::size_t size = 300000;
+  const std::shared_ptr<char[]> block(new char[size]);
+  std::fill_n(block.get(), size, 'x');
+  block[1000] = '\n';
+  SnapshotBuilder builder;
+  builder.append(block, size - 5);
+  auto text = builder.finish();
+  EXPECT_EQ(text.chunkAt(ByteOffset(0)).data(), block.get());
+  EXPECT_EQ(text.chunkAt(ByteOffset(250000)).data(), block.get() + 250000);
+  EXPECT_EQ(text.chunkBefore(text.size()).end(), block.get() + size - 5);
+  EXPECT_EQ(text.lineCount(), 2);
+  EXPECT_GT(block.use_count(), 1);
+  text = builder.finish();
+  EXPECT_EQ(text.size().value, 0) << "finish() empties the builder";
+  EXPECT_EQ(block.use_count(), 1) << "the memory goes with the last text that holds it";
+}
+
+TEST(Snapshot, RangesAreClipped) {
+  const Snapshot s("0123456789");
+  const auto range = [](std::int64_t b, std::int64_t e) { return ByteRange{ByteOffset(b), ByteOffset(e)}; };
+  EXPECT_EQ(s.bytes(range(-3, 2)), "01");
+  EXPECT_EQ(s.bytes(range(8, 99)), "89");
+  EXPECT_EQ(s.bytes(range(20, 30)), "");
+  EXPECT_TRUE(s.sameAs(Snapshot(s)));
+  EXPECT_FALSE(s.sameAs(Snapshot("0123456789")));
+}
+
+TEST(Snapshot, CountingBytesAtAnyPlaceAndLength) {
+  test::Random random;
+  SCOPED_TRACE(random.message());
+  std::string bytes(9000, 'a');
+  for (auto& c : bytes) if (random.oneIn(7)) c = '\n';
+  std::fill_n(bytes.begin() + 100, 4600, '\n');   // more than a narrow lane can count
+  for (int i = 0; i < 300; ++i) {
+    const auto begin = random.upTo(50), length = random.upTo(std::ssize(bytes) - begin);
+    const auto part = bytes.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(length));
+    const auto count = std::ranges::count(part, '\n');
+    ASSERT_EQ(engine::countByte(part.data(), part.size(), '\n'), count);
+    if (count == 0) continue;
+    const auto nth = 1 + random.upTo(count);
+    const auto behind = engine::behindNthByte(part.data(), part.size(), '\n', nth);
+    ASSERT_EQ(part[behind - 1], '\n');
+    ASSERT_EQ(std::count(part.begin(), part.begin() + static_cast<std::ptrdiff_t>(behind), '\n'), nth);
+  }
+}
+
+}  // namespace

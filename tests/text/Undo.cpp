@@ -1,0 +1,243 @@
+// Steps of undo: what joins, groups, the save point, limits, selections. Each case is a script that is played on a document.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+
+#include "text/Document.h"
+#include "text/Tree.h"
+
+namespace {
+
+using namespace text;
+
+std::string whole(const Document& d) { return d.snapshot().bytes({ByteOffset(0), d.snapshot().size()}); }
+
+// The commands of a script:
+//   i3:ab  insert "ab" at 3          t3:ab  the same as typing         o3,2:ab  typing that replaces 2 bytes
+//   d3,2   delete 2 bytes at 3       D3,2   the same as a run of Delete or Backspace
+//   u r    undo, redo                u- r-  the same, refused           ( ) x   begin, end, roll back a group
+//   s L    mark saved, unsaved       b      break the run              R W      read only, writable
+//   l3     limit of 3 steps          =ab    the text is "ab"           m !m w   modified, not modified, steps were dropped
+void play(Document& d, const std::string& script) {
+  std::size_t at = 0;
+  while (at < script.size()) {
+    const auto end = std::min(script.find(' ', at), script.size());
+    const auto word = script.substr(at, end - at);
+    at = end + 1;
+    const char* rest = word.c_str() + 1;
+    char* behind = nullptr;
+    const auto begin = std::strtoll(rest, &behind, 10);
+    const auto length = *behind == ',' ? std::strtoll(behind + 1, &behind, 10) : 0;
+    const std::string text = *behind == ':' ? behind + 1 : "";
+    const Edit edit{{ByteOffset(begin), ByteOffset(begin + length)}, text};
+    SCOPED_TRACE(script.substr(0, end));
+    switch (word[0]) {
+      case 'i': case 'd': ASSERT_EQ(d.apply(edit, {}), !d.readOnly()); break;
+      case 't': case 'o': ASSERT_TRUE(d.apply(edit, {}, Join::typing)); break;
+      case 'D': ASSERT_TRUE(d.apply(edit, {}, Join::deleting)); break;
+      case 'u': ASSERT_EQ(d.canUndo(), *rest != '-'); ASSERT_EQ(d.undo().has_value(), *rest != '-'); break;
+      case 'r': ASSERT_EQ(d.canRedo(), *rest != '-'); ASSERT_EQ(d.redo().has_value(), *rest != '-'); break;
+      case '(': d.beginGroup(); break;
+      case ')': d.endGroup(); break;
+      case 'x': d.rollbackGroup(); break;
+      case 's': d.markSaved(); break;
+      case 'L': d.markUnsaved(); break;
+      case 'b': d.breakJoin(); break;
+      case 'R': d.setReadOnly(true); break;
+      case 'W': d.setReadOnly(false); break;
+      case 'l': d.setUndoLimit(static_cast<std::size_t>(begin), SIZE_MAX); break;
+      case '=': ASSERT_EQ(whole(d), rest); break;
+      case 'm': ASSERT_TRUE(d.modified()); break;
+      case '!': ASSERT_FALSE(d.modified()); break;
+      case 'w': ASSERT_TRUE(d.undoWasDropped()); break;
+      default: FAIL() << "no such command: " << word;
+    }
+    d.checkInvariants();
+  }
+}
+
+TEST(Undo, Scripts) {
+  struct Case {
+    const char *name, *start, *script;
+  };
+  const Case cases[] = {
+      {"typing is one step", "", "t0:a t1:b t2:c =abc u = u- r =abc r-"},
+      {"typing before other text", "xy", "t1:a t2:b =xaby u =xy r =xaby"},
+      {"typing elsewhere is another step", "", "t0:a t1:b t0:c =cab u =ab u ="},
+      {"a plain edit ends the run", "", "t0:a i1:b t2:c u =ab u =a u ="},
+      {"breaking the run", "", "t0:a b t1:b u =a u ="},
+      {"undo ends the run", "", "t0:a t1:b u r t2:c u =ab u ="},
+      {"overtyping is one step", "xyz", "o0,1:a o1,1:b =abz u =xyz r =abz"},
+      {"a run of Delete", "abcdef", "D1,1 D1,1 D1,1 =aef u =abcdef r =aef"},
+      {"a run of Backspace", "abcdef", "D4,1 D3,1 D2,1 =abf u =abcdef r =abf"},
+      {"the direction of a run stays", "abcdef", "D2,1 D2,1 D1,1 =aef u =abef u =abcdef"},
+      {"typing and deleting do not join", "ab", "t2:c D2,1 t2:d =abd u =ab u =abc u =ab"},
+      {"a group is one step", "abc", "( i0:x d2,1 i3:y ) =xacy u =abc r =xacy u =abc"},
+      {"edits of a group that overlap", "abcdef", "( i2:XYZ d1,3 i1:Q d0,7 i0:end ) =end u =abcdef r =end"},
+      {"nested groups are one step", "", "( i0:a ( i1:b ) i2:c ) =abc u ="},
+      {"undo inside a group is refused", "", "i0:a ( i1:b u- ) =ab u =a"},
+      {"an empty group leaves no step", "", "( ) u- !m"},
+      {"a group that took itself back leaves no step", "ab", "s ( i1:x m d1,1 ) =ab !m u-"},
+      {"typing does not join a group", "", "( t0:a ) t1:b u =a u ="},
+      {"roll back", "abc", "s ( i0:x d1,2 x =abc !m ) u- !m"},
+      {"roll back and go on", "abc", "i3:d ( i0:x x i0:y ) =yabcd u =abcd u =abc"},
+      {"roll back keeps the step before", "", "i0:a ( d0,1 x ) =a u ="},
+      {"an edit drops what could be redone", "", "i0:a i1:b u i1:c r- =ac u =a u ="},
+      {"an edit that changes nothing", "abc", "d1,0 i1: o0,1:a u- !m"},
+      {"undo to the save point", "", "!m t0:a m s !m t1:b m u =a !m u m r !m r m"},
+      {"the save point can be lost", "", "i0:a s u i0:b m u m r m s !m"},
+      {"saved inside a group", "", "( i0:a s !m i1:b m ) m u m r m"},
+      {"marked as lost", "", "s L m i0:a u m s !m"},
+      {"read only", "ab", "i0:x R i0:y =xab u- W u =ab R r- W r =xab"},
+      {"a limit drops whole oldest steps", "", "l2 i0:a i1:b i2:c w u =ab u =a u- r =ab r =abc"},
+      {"a limit and the save point", "", "l1 s i0:a m i1:b u =a m u-"},
+      {"a limit of none", "", "l0 i0:a =a u- w m ( i0:b u- x =a i0:c ) =ca u-"},
+      {"a limit set later", "", "i0:a t1:b i2:c l1 w u =ab u-"},
+  };
+  for (const auto& c : cases) {
+    for (const bool tiny : {false, true}) {
+      SCOPED_TRACE(std::string(c.name) + (tiny ? ", tiny nodes" : ""));
+      SnapshotBuilder builder(LineMode::lf, tiny ? TreeShape{4, 2, 4, 2} : TreeShape());
+      builder.append(std::string(c.start));
+      Document d;
+      d.reset(builder.finish());
+      play(d, c.script);
+    }
+  }
+}
+
+TEST(Undo, SelectionsComeBack) {
+  const auto caret = [](std::int64_t at) { return SelectionState{ByteOffset(at), ByteOffset(at)}; };
+  const SelectionState column{ByteOffset(0), ByteOffset(2), 3, 4, true};
+  Document d;
+  d.apply(Edit{{}, "ab"}, caret(0), Join::typing);
+  d.apply(Edit{{ByteOffset(2), ByteOffset(2)}, "c"}, caret(2), Join::typing);
+  d.apply(Edit{{}, "x"}, column);
+  d.setSelectionAfter(caret(4));
+  EXPECT_EQ(d.undo(), column);
+  EXPECT_EQ(d.undo(), caret(0)) << "the selection before the whole run";
+  EXPECT_EQ(d.redo(), caret(3)) << "not set: the end of the edit";
+  EXPECT_EQ(d.redo(), caret(4));
+}
+
+TEST(Undo, BytesAreLimitedToo) {
+  Document d;
+  d.setUndoLimit(SIZE_MAX, 100000);
+  for (int i = 0; i < 8; ++i) {
+    d.apply(Edit{{}, std::string(30000, 'a')}, {});
+    d.apply(Edit{{ByteOffset(0), ByteOffset(30000)}, ""}, {});
+  }
+  EXPECT_TRUE(d.undoWasDropped());
+  int steps = 0;
+  while (d.undo()) ++steps;
+  EXPECT_GE(steps, 4);
+  EXPECT_LT(steps, 16);
+  d.apply(Edit{{}, std::string(300000, 'b')}, {});
+  d.apply(Edit{{ByteOffset(0), d.snapshot().size()}, ""}, {});
+  EXPECT_TRUE(d.undo().has_value()) << "the newest step stays whatever its size";
+  EXPECT_EQ(d.snapshot().size().value % 30000, 0);
+}
+
+// A group of many edits all over a text, and in it a change of so many edits that undo keeps the whole tree.
+TEST(Undo, LargeGroups) {
+  std::string model(5000, 'a');
+  SnapshotBuilder builder(LineMode::lf, TreeShape{4, 16, 64, 10});
+  builder.append(model);
+  Document d;
+  d.reset(builder.finish());
+  const auto single = [&](std::size_t at, std::size_t length, const std::string& text) {
+    d.apply(Edit{{ByteOffset(static_cast<std::int64_t>(at)), ByteOffset(static_cast<std::int64_t>(at + length))}, text}, {});
+    model.replace(at, length, text);
+  };
+  const auto start = model;
+  d.beginGroup();
+  for (std::size_t i = 0; i < 400; ++i) single((i * 7919) % 4900, i % 5, "<\n>");
+  const auto middle = model;
+  std::vector<Edit> many;
+  for (std::int64_t at = 0; at + 10 < d.snapshot().size().value; at += 20) many.push_back({{ByteOffset(at), ByteOffset(at + 3)}, "bulk"});
+  for (auto e = many.rbegin(); e != many.rend(); ++e) model.replace(static_cast<std::size_t>(e->range.begin.value), 3, "bulk");
+  d.apply(many, {});
+  for (std::size_t i = 0; i < 50; ++i) single((i * 7919) % 4900, i % 9, "\r\n");
+  d.endGroup();
+  d.checkInvariants();
+  ASSERT_EQ(whole(d), model);
+  for (int i = 0; i < 3; ++i) {
+    Change heard;
+    const auto handle = d.subscribe([&](const Change& change) { heard = change; });
+    ASSERT_TRUE(d.undo());
+    ASSERT_EQ(whole(d), start);
+    EXPECT_GT(heard.spans.size(), 100u) << "only what differs counts as changed";
+    ASSERT_TRUE(d.redo());
+    ASSERT_EQ(whole(d), model);
+    d.checkInvariants();
+  }
+}
+
+TEST(Undo, ExchangeIsOneStepOverWhatDiffers) {
+  struct Case {
+    const char *from, *to;
+    std::int64_t begin, removed, inserted;   // removed == inserted == 0: nothing is notified
+  };
+  const Case cases[] = {{"one two three", "one 2 three", 4, 3, 1}, {"aaa", "aaaa", 3, 0, 1}, {"", "new", 0, 0, 3},
+                        {"gone", "", 0, 4, 0}, {"same", "same", 0, 0, 0}, {"ab", "ba", 0, 2, 2}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.from) + " -> " + c.to);
+    Document d;
+    d.reset(Snapshot(c.from));
+    std::vector<Change> heard;
+    const auto handle = d.subscribe([&](const Change& change) { heard.push_back(change); });
+    EXPECT_TRUE(d.exchange(Snapshot(c.to, LineMode::cr), {}));
+    EXPECT_EQ(whole(d), c.to);
+    const bool changes = c.removed + c.inserted > 0;
+    ASSERT_EQ(heard.size(), changes ? 1u : 0u);
+    EXPECT_EQ(d.canUndo(), changes);
+    if (!changes) continue;
+    ASSERT_EQ(heard[0].spans.size(), 1u);
+    EXPECT_EQ(heard[0].spans[0].begin.value, c.begin);
+    EXPECT_EQ(heard[0].spans[0].removed, c.removed);
+    EXPECT_EQ(heard[0].spans[0].inserted, c.inserted);
+    EXPECT_TRUE(d.undo().has_value());
+    EXPECT_EQ(whole(d), c.from);
+    EXPECT_EQ(d.snapshot().lineMode(), LineMode::lf) << "the old text comes back with its kind of line ends";
+    EXPECT_TRUE(d.redo().has_value());
+    EXPECT_EQ(whole(d), c.to);
+    d.checkInvariants();
+  }
+}
+
+TEST(Undo, RefusesEditsThatAreNotInOrder) {
+  Document d;
+  d.reset(Snapshot("0123456789"));
+  const auto edit = [](std::int64_t b, std::int64_t e) { return Edit{{ByteOffset(b), ByteOffset(e)}, "x"}; };
+  const std::vector<Edit> refused[] = {{edit(-1, 0)}, {edit(4, 3)}, {edit(9, 11)}, {edit(0, 5), edit(4, 6)}, {edit(5, 6), edit(1, 2)}};
+  for (const auto& edits : refused) EXPECT_FALSE(d.apply(edits, {}));
+  EXPECT_EQ(whole(d), "0123456789");
+  EXPECT_FALSE(d.canUndo());
+}
+
+TEST(Undo, ListenersHearOnceAndMayLeave) {
+  std::vector<std::string> heard;
+  std::shared_ptr<void> first, second;
+  {
+    Document d;
+    first = d.subscribe([&](const Change&) {
+      heard.push_back("first");
+      second.reset();
+      EXPECT_FALSE(d.apply(Edit{{}, "y"}, {})) << "a listener may not change the text";
+      EXPECT_FALSE(d.undo().has_value());
+    });
+    second = d.subscribe([&](const Change&) { heard.push_back("second"); });
+    const auto failing = d.subscribe([&](const Change&) -> void { throw std::runtime_error("from a listener"); });
+    const auto last = d.subscribe([&](const Change& change) { heard.push_back("last " + std::to_string(change.revision)); });
+    EXPECT_THROW(d.apply(Edit{{}, "x"}, {}), std::runtime_error);
+    EXPECT_EQ(heard, (std::vector<std::string>{"first", "last 1"}));
+    EXPECT_EQ(whole(d), "x");
+    EXPECT_THROW(d.undo(), std::runtime_error);
+    EXPECT_EQ(whole(d), "");
+  }
+  first.reset();   // outlives the document
+}
+
+}  // namespace
