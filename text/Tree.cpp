@@ -20,32 +20,6 @@ std::uint32_t breaksInPrefix(const Piece& piece, std::int64_t length, char break
   return piece.breaks - static_cast<std::uint32_t>(countByte(piece.data + head, tail, breakByte));
 }
 
-struct LeafPlace {
-  const Node* leaf = nullptr;
-  std::uint32_t index = 0;
-  std::int64_t start = 0, breaksBefore = 0;   // of the piece
-};
-
-LeafPlace descend(const Child& root, std::int64_t offset) {
-  LeafPlace place;
-  const Node* node = root.node.get();
-  while (node->height > 0) {
-    const Child* child = node->children();
-    while (offset >= place.start + child->bytes) {
-      place.start += child->bytes;
-      place.breaksBefore += child->breaks;
-      ++child;
-    }
-    node = child->node.get();
-  }
-  place.leaf = node;
-  for (const Piece* piece = node->pieces(); offset >= place.start + piece->length; ++piece, ++place.index) {
-    place.start += piece->length;
-    place.breaksBefore += piece->breaks;
-  }
-  return place;
-}
-
 // Calls visit(piece, from, to) for each part of a piece in [begin, end) of the node; offsets count from the node's start.
 template <class Visit>
 void eachPiece(const Node& node, std::int64_t begin, std::int64_t end, const Visit& visit) {
@@ -95,8 +69,21 @@ void checkNode(const Child& child, bool isRoot, const Tree& tree) {
 }  // namespace
 
 Tree::Place Tree::locate(std::int64_t offset) const {
-  const auto found = descend(root_, offset);
-  return {found.leaf->pieces() + found.index, found.start, found.breaksBefore};
+  Place place;
+  const Node* node = root_.node.get();
+  while (node->height > 0) {
+    const Child* child = node->children();
+    while (offset >= place.start + child->bytes) {
+      place.start += child->bytes;
+      place.breaksBefore += child->breaks;
+      ++child;
+    }
+    node = child->node.get();
+  }
+  place.leaf = node;
+  place.piece = node->pieces();
+  while (offset >= place.start + place.piece->length) place.next();
+  return place;
 }
 
 std::int64_t Tree::breaksBefore(std::int64_t offset) const {
@@ -126,8 +113,8 @@ std::int64_t Tree::behindBreak(std::int64_t nth) const {
 
 std::string_view Tree::runFrom(std::int64_t offset) const {
   if (offset >= bytes()) return {};
-  const auto place = descend(root_, offset);
-  const Piece* piece = place.leaf->pieces() + place.index;
+  const auto place = locate(offset);
+  const Piece* piece = place.piece;
   const Piece* last = place.leaf->pieces() + place.leaf->count - 1;
   const char* from = piece->data + (offset - place.start);
   while (piece != last && piece->runsInto(piece[1])) ++piece;
@@ -136,8 +123,8 @@ std::string_view Tree::runFrom(std::int64_t offset) const {
 
 std::string_view Tree::runBefore(std::int64_t offset) const {
   if (offset <= 0) return {};
-  const auto place = descend(root_, offset - 1);
-  const Piece* piece = place.leaf->pieces() + place.index;
+  const auto place = locate(offset - 1);
+  const Piece* piece = place.piece;
   const char* to = piece->data + (offset - place.start);
   while (piece != place.leaf->pieces() && piece[-1].runsInto(*piece)) --piece;
   return {piece->data, static_cast<std::size_t>(to - piece->data)};
@@ -192,8 +179,12 @@ void pushPiece(std::vector<Piece>& list, Piece piece, std::uint32_t maxPiece) {
 }
 
 void Walker::seek(std::int64_t offset) {
-  if (place_.piece && offset < place_.start + place_.piece->length) return;
-  place_ = tree_.locate(offset);
+  const auto behind = [&] { return offset >= place_.start + place_.piece->length; };
+  if (place_.piece) {
+    if (!behind()) return;
+    while (behind() && !place_.last()) place_.next();   // mostly it is not far
+  }
+  if (!place_.piece || behind()) place_ = tree_.locate(offset);
   at_ = place_.start;
   breaks_ = place_.breaksBefore;
 }

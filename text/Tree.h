@@ -40,10 +40,17 @@ using TreePtr = std::shared_ptr<const class Tree>;
 
 class Tree {
  public:
-  // A piece with the place where it starts and the breaks before it. Valid while the tree lives.
+  // A piece with its leaf, the place where it starts and the breaks before it. Valid while the tree lives.
   struct Place {
+    const engine::Node* leaf = nullptr;
     const engine::Piece* piece = nullptr;
     std::int64_t start = 0, breaksBefore = 0;
+    bool last() const { return piece + 1 == leaf->pieces() + leaf->count; }   // in its leaf
+    void next() {
+      start += piece->length;
+      breaksBefore += piece->breaks;
+      ++piece;
+    }
   };
 
   Tree(LineMode mode, const TreeShape& shape, std::vector<engine::Piece> pieces);
