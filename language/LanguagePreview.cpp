@@ -50,14 +50,15 @@ LanguagePreview::LanguagePreview(QWidget* parent) : QWidget(parent), cmx_(new Co
 
 LanguagePreview::~LanguagePreview() { LanguageTable::unregisterLanguage(kName); }
 
-void LanguagePreview::show(std::shared_ptr<clsLang> language) {
+void LanguagePreview::show(std::shared_ptr<clsLang> language, const QString& text) {
   language_ = std::move(language);
+  text_ = text;
   soon_.start();
 }
 
 void LanguagePreview::refreshNow() {
   soon_.stop();
-  const QString text = language_ ? sampleOf(*language_) : QString();
+  const QString text = !language_ ? QString() : text_.isEmpty() ? sampleOf(*language_) : text_;
   if (language_) LanguageTable::registerLanguage(kName, handedOver(*language_));
   cmx_->setReadOnly(false);
   if (cmx_->Text() != text) cmx_->setText(text);

@@ -251,7 +251,7 @@ void frmDefinitions::SetupItem() {
   LockText();
   showHints();
   showWarnings();
-  preview->show(language());
+  showPreview();
 }
 
 void frmDefinitions::LockText() {
@@ -326,6 +326,11 @@ void frmDefinitions::showWarnings() {
   lblWarning->setVisible(!lines.isEmpty());
 }
 
+void frmDefinitions::showPreview() {
+  const Item subject = item(selectedItem());
+  preview->show(language(), tab() == Templates && subject.body ? *subject.body : QString());
+}
+
 void frmDefinitions::filterLanguages() {
   const QString wanted = txtFilter->text();
   for (int row = 0; row < lstLanguage->count(); ++row) {
@@ -347,7 +352,7 @@ void frmDefinitions::FormisChanged(bool changed) {
 void frmDefinitions::edited() {
   FormisChanged(true);
   showWarnings();
-  preview->show(language());
+  showPreview();
 }
 
 void frmDefinitions::insertLanguage(int index, const std::shared_ptr<clsLang>& language) {
@@ -466,7 +471,8 @@ QString frmDefinitions::GetSelectedDefinitions() const {
 
 void frmDefinitions::PasteDefinitions(const QString& text) {
   if (!text.startsWith(QLatin1String(definition::kLanguageMark))) return;
-  for (const auto& pasted : *definition::read(text)) {
+  const auto languages = definition::read(text);
+  for (const auto& pasted : *languages) {
     const int known = manager_.GetIndex(pasted->Name);
     if (known == 0) {
       insertLanguage(manager_.Languages()->Count() + 1, pasted);

@@ -78,6 +78,7 @@ class frmDefinitions : public QDialog {
   bool mayLeave();                             // asks about changes; false: stay
   void showWarnings();
   void showHints();
+  void showPreview();                          // a template's text, else a sample of the language
   void filterLanguages();
   void openPage(const QString& page);
 

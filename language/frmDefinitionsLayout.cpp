@@ -137,6 +137,7 @@ void frmDefinitions::layOut() {
                               txtIinout, txtHelp,    lst,         cmdAddList,  cmdDeleteList, txtDesc,     txtList,
                               preview,   cmdApply,   cmdSave,     cmdClose};
   for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
+  lstLanguage->setFocus();
   resize(1040, 720);
 }
 
@@ -176,6 +177,7 @@ QWidget* frmDefinitions::languageFrame() {
   cmdSave = button("cmdSave", tr("&Save"), tr("Writes the definition file"));
   cmdClose = button("cmdClose", tr("&Close"), {});
   txtDescription = field("txtDescription", tr("Language Description"), 2);
+  txtDescription->setLineWrapMode(QPlainTextEdit::WidgetWidth);
   txtDescription->setMaximumHeight(txtDescription->fontMetrics().lineSpacing() * 4 + 12);
   txtExtension = line("txtExtension", tr("Extensions on which this language definition will be used."));
 
