@@ -13,6 +13,8 @@
 #include "control/ColorScheme.h"
 #include "control/Editor.h"
 
+class Pane;
+
 class CodeMax : public QWidget {
   Q_OBJECT
  public:
@@ -62,6 +64,9 @@ class CodeMax : public QWidget {
   bool SearchCaseSensitive() const;
   void setSearchCaseSensitive(bool on);
 
+  // Marks what the text finds wherever it is visible; an empty text ends that.
+  void showHits(const QString& text, const text::SearchOptions& options);
+
   // Commands 100 to 212. False only for an unknown number.
   bool ExecuteCmd(int id, const QVariant& argument = {});
   // All changes until the matching end are one undo step and one repaint. Nests. Prefer EditBlock.
@@ -99,6 +104,10 @@ class CodeMax : public QWidget {
   void SetColor(int slot, const QColor& color);  // an invalid colour gives the slot back to the scheme
   QFont Font() const;
   void setFontOf(const QFont& font);
+  int Zoom() const;                              // percent of the font's size, 30 to 500; Ctrl+wheel; not stored
+  void setZoom(int percent);
+  // Bars between panes at these parts of height and width, 0 for none. Only where the splitters are allowed.
+  void splitPanes(double horizontalBar, double verticalBar);
   void ExecuteProperties();                      // the properties dialog; raises PropsChange once on OK
 
   std::shared_ptr<TextModel> model() const;
@@ -117,9 +126,14 @@ class CodeMax : public QWidget {
   void FilesDropped(const QStringList& paths);
   void OvertypeChange(bool on);
   void Note(const QString& text);                // for the status bar: "12 replaced"
+  void FindWanted(bool replace);                 // the find dialog
+
+ protected:
+  void changeEvent(QEvent* event) override;
 
  private:
   void setUp(std::shared_ptr<TextModel> model);
+  Pane* addPane(QWidget* parent);
   struct Impl;
   std::unique_ptr<Impl> impl_;
 };

@@ -27,6 +27,7 @@ class TextModel : public QObject {
 
   text::FileFormat format;              // of the file it came from or goes to
   std::optional<text::FileStamp> stamp; // of the file at load or last save
+  QString path;                         // of that file; empty for a new text
 
   // What a new line gets. Loading sets it by the first line; while nobody assigns another value a new line takes the break
   // of the line that it splits (or of its neighbour above), so mixed files stay as they are.

@@ -1,0 +1,372 @@
+#include "control/CodeMax.h"
+
+#include <QEvent>
+#include <QFontDatabase>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "control/CodeMaxImpl.h"
+#include "control/EditorAccess.h"
+#include "text/Words.h"
+
+using text::ByteOffset;
+using text::ByteRange;
+using text::LineNo;
+
+namespace {
+
+QFont defaultFont() {
+  QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  font.setStyleHint(QFont::Monospace);
+  if (font.pointSizeF() < 10) font.setPointSizeF(10);
+  return font;
+}
+
+// What of `after` really differs from `before`, cut at whole characters. `at` is where `before` stands.
+std::optional<text::Edit> smallestEdit(ByteOffset at, std::string_view before, std::string_view after) {
+  const auto inside = [](std::string_view s, std::size_t i) { return i < s.size() && (static_cast<unsigned char>(s[i]) & 0xC0) == 0x80; };
+  std::size_t head = 0, tail = 0;
+  const std::size_t shorter = std::min(before.size(), after.size());
+  while (head < shorter && before[head] == after[head]) ++head;
+  if (head == before.size() && head == after.size()) return std::nullopt;
+  while (head > 0 && (inside(before, head) || inside(after, head))) --head;
+  while (tail < shorter - head && before[before.size() - 1 - tail] == after[after.size() - 1 - tail]) ++tail;
+  while (tail > 0 && (inside(before, before.size() - tail) || inside(after, after.size() - tail))) --tail;
+  return text::Edit{{at + static_cast<std::int64_t>(head), at + static_cast<std::int64_t>(before.size() - tail)},
+                    std::string(after.substr(head, after.size() - head - tail))};
+}
+
+}  // namespace
+
+std::string CodeMax::Impl::incoming(const QString& text, LineNo line) { return EditorAccess::incoming(editor(), text, line); }
+
+void CodeMax::Impl::apply(const std::vector<text::Edit>& edits) {
+  const Pane::Action action(pane());
+  EditorAccess::change(editor(), edits);
+}
+
+// --- Making ---------------------------------------------------------------------------------------------------------------------
+
+CodeMax::CodeMax(QWidget* parent) : QWidget(parent) { setUp(std::make_shared<TextModel>()); }
+
+CodeMax::CodeMax(CodeMax& sharedWith, QWidget* parent) : QWidget(parent) { setUp(sharedWith.model()); }
+
+CodeMax::~CodeMax() = default;
+
+void CodeMax::setUp(std::shared_ptr<TextModel> model) {
+  impl_ = std::make_unique<Impl>();
+  ViewState& state = impl_->state;
+  state.model = std::move(model);
+  state.options = std::make_shared<EditOptions>();
+  state.font = defaultFont();
+  state.scale = devicePixelRatioF();
+  state.colors.follow(palette());
+  state.remeasure();
+  impl_->grid = new PaneGrid([this](QWidget* parent) { return addPane(parent); }, this);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(impl_->grid);
+  setFocusProxy(impl_->grid->active());
+
+  // The measures of long lines are the panes' common ground: they hear of a change first.
+  connect(state.model.get(), &TextModel::changed, this, [this](const text::Change& change) {
+    impl_->state.longLines.onChange(change, impl_->state.model->snapshot());
+    for (Pane* pane : impl_->grid->panes()) pane->modelChanged(change);
+  });
+  connect(state.model.get(), &TextModel::appearanceChanged, this, [this] { impl_->repaint(); });
+  connect(state.model.get(), &TextModel::modifiedChanged, this, [this] { emit ModifiedChange(); });
+}
+
+Pane* CodeMax::addPane(QWidget* parent) {
+  auto* pane = new Pane(impl_->state, parent);
+  pane->setPainting(impl_->painting);
+  connect(pane, &Pane::selectionChanged, this, [this, pane] {
+    if (pane == impl_->grid->active()) emit SelChange();
+  });
+  connect(pane, &Pane::focusChanged, this, [this, pane](bool in) {
+    if (in) {
+      const bool other = impl_->grid->active() != pane;
+      impl_->grid->activate(pane);
+      setFocusProxy(pane);
+      if (impl_->focused && other) emit SelChange();
+    }
+    // From one pane to the next the focus stays in the control.
+    const bool inside = in || (QApplication::focusWidget() && isAncestorOf(QApplication::focusWidget()));
+    if (inside == impl_->focused) return;
+    impl_->focused = inside;
+    if (inside) emit GotFocus();
+    else emit LostFocus();
+  });
+  connect(pane, &Pane::heldEnded, this, [this] { impl_->release(); });
+  connect(pane, &Pane::overtypeChanged, this, [this](bool on) {
+    for (Pane* other : impl_->grid->panes()) other->editor().overtype = on;
+    emit OvertypeChange(on);
+  });
+  connect(pane, &Pane::whiteSpaceToggled, this, [this] { impl_->repaint(); });
+  connect(pane, &Pane::zoomed, this, [this](int steps) { setZoom(impl_->state.zoom + 10 * steps); });
+  connect(pane, &Pane::typed, this, &CodeMax::Typed);
+  connect(pane, &Pane::returned, this, &CodeMax::Return);
+  connect(pane, &Pane::rightClicked, this, &CodeMax::RClick);
+  connect(pane, &Pane::doubleClicked, this, &CodeMax::DblClick);
+  connect(pane, &Pane::filesDropped, this, &CodeMax::FilesDropped);
+  connect(pane, &Pane::noted, this, &CodeMax::Note);
+  connect(pane, &Pane::findWanted, this, &CodeMax::FindWanted);
+  return pane;
+}
+
+void CodeMax::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange && impl_ && impl_->grid && impl_->state.colors.follow(palette())) impl_->repaint();
+}
+
+std::shared_ptr<TextModel> CodeMax::model() const { return impl_->state.model; }
+Editor& CodeMax::editor() { return impl_->editor(); }
+
+// --- Files ----------------------------------------------------------------------------------------------------------------------
+
+QString CodeMax::OpenFile(const QString& path) {
+  text::LoadedFile loaded = text::loadFile(fromQString(path));
+  if (!loaded.error.empty()) return toQString(loaded.error);
+  TextModel& model = *impl_->state.model;
+  const bool wasReadOnly = model.document().readOnly();
+  model.document().setReadOnly(false);
+  model.replaceAll(std::move(loaded.text), loaded.format);
+  model.document().setReadOnly(wasReadOnly);
+  model.stamp = std::move(loaded.stamp);
+  model.path = path;
+  return {};
+}
+
+text::SaveResult CodeMax::SaveFile(const QString& path, bool guardAgainstOthers) {
+  TextModel& model = *impl_->state.model;
+  text::SaveOptions options;
+  options.format = model.format;
+  if (guardAgainstOthers && path == model.path) options.expected = model.stamp;
+  const std::uint64_t revision = model.document().revision();
+  text::SaveResult result = text::saveFile(fromQString(path), model.snapshot(), options);
+  if (!result.ok()) return result;
+  model.stamp = result.stamp;
+  model.path = path;
+  model.document().breakJoin();
+  if (model.document().revision() == revision) model.setModified(false);
+  return result;
+}
+
+text::FileFormat CodeMax::fileFormat() const { return impl_->state.model->format; }
+
+void CodeMax::setFileFormat(const text::FileFormat& format) {
+  TextModel& model = *impl_->state.model;
+  if (model.format == format) return;
+  model.format = format;
+  model.setModified(true);
+}
+
+const std::optional<text::FileStamp>& CodeMax::fileStamp() const { return impl_->state.model->stamp; }
+
+// --- Text -----------------------------------------------------------------------------------------------------------------------
+
+QString CodeMax::Text() const {
+  const text::Snapshot text = impl_->snapshot();
+  const bool crText = text.lineMode() == text::LineMode::cr;
+  const char breaker = crText ? '\r' : '\n';
+  const std::string_view joint = EnableCRLF() ? "\r\n" : "\n";
+  std::string bytes;
+  bytes.reserve(static_cast<std::size_t>(text.size().value + (joint.size() > 1 ? text.lineCount() : 0)));
+  for (ByteOffset at(0); at < text.size();) {
+    const std::string_view chunk = text.chunkAt(at);
+    for (std::size_t from = 0; from < chunk.size();) {
+      const std::size_t next = std::min(chunk.find(breaker, from), chunk.size());
+      bytes.append(chunk.substr(from, next - from));
+      if (next < chunk.size()) {
+        if (!crText && !bytes.empty() && bytes.back() == '\r') bytes.pop_back();   // of CR LF, also when a chunk ends between them
+        bytes += joint;
+      }
+      from = next + 1;
+    }
+    at += static_cast<std::int64_t>(chunk.size());
+  }
+  return toQString(bytes);
+}
+
+void CodeMax::setText(const QString& text) {
+  impl_->change([&](Editor& editor) {
+    editor.replaceRange({ByteOffset(0), editor.snapshot().size()}, text);
+    editor.moveCaret(ByteOffset(0), false);
+  });
+}
+
+qint64 CodeMax::LineCount() const { return impl_->snapshot().lineCount(); }
+
+QString CodeMax::GetLine(qint64 line) const {
+  const text::Snapshot& text = impl_->snapshot();
+  return line >= 0 && line < text.lineCount() ? toQString(text.line(LineNo(line))) : QString();
+}
+
+qint64 CodeMax::GetLineLength(qint64 line) const {
+  const text::Snapshot& text = impl_->snapshot();
+  if (line < 0 || line >= text.lineCount()) return 0;
+  return impl_->editor().positionOf(text.lineEnd(LineNo(line))).ColNo;
+}
+
+void CodeMax::InsertText(const QString& text, CmPosition at) {
+  Editor& editor = impl_->editor();
+  const ByteOffset place = editor.offsetOf(at);
+  // A caret that stands there goes behind the text, as if it had been typed.
+  if (!editor.hasSelection() && editor.selection().caret == place) ReplaceSel(text);
+  else impl_->apply({{{place, place}, impl_->incoming(text, impl_->snapshot().lineAt(place))}});
+}
+
+void CodeMax::DeleteLine(qint64 line) {
+  const text::Snapshot text = impl_->snapshot();
+  if (line < 0 || line >= text.lineCount()) return;
+  const LineNo number(line);
+  ByteRange range{text.lineStart(number), text.lineEndWithBreak(number)};
+  if (line + 1 == text.lineCount() && line > 0) range.begin = text.lineEnd(number - 1);   // the last one goes with the break before it
+  impl_->apply({{range, {}}});
+}
+
+void CodeMax::InsertLine(qint64 line, const QString& text) {
+  const text::Snapshot now = impl_->snapshot();
+  line = std::clamp<qint64>(line, 0, now.lineCount());
+  const bool behind = line == now.lineCount();
+  const ByteOffset at = behind ? now.size() : now.lineStart(LineNo(line));
+  const LineNo neighbour(std::max<qint64>(0, line - 1));
+  const std::string lineBreak = impl_->state.model->newLineFor(neighbour), bytes = impl_->incoming(text, neighbour);
+  impl_->apply({{{at, at}, behind ? lineBreak + bytes : bytes + lineBreak}});
+}
+
+void CodeMax::ReplaceLine(qint64 line, const QString& text) { ReplaceLines(line, {text}); }
+
+void CodeMax::ReplaceLines(qint64 first, const QStringList& lines) {
+  const text::Snapshot now = impl_->snapshot();
+  std::vector<text::Edit> edits;
+  for (qsizetype i = 0; i < lines.size(); ++i) {
+    if (first + i < 0) continue;
+    if (first + i >= now.lineCount()) break;
+    const LineNo line(first + i);
+    if (auto edit = smallestEdit(now.lineStart(line), now.line(line), impl_->incoming(lines[i], line))) edits.push_back(std::move(*edit));
+  }
+  impl_->apply(edits);
+}
+
+void CodeMax::ReplaceText(const QString& text, const CmRange& range) {
+  impl_->change([&](Editor& editor) {
+    const ByteOffset a = editor.offsetOf({range.StartLineNo, range.StartColNo}), b = editor.offsetOf({range.EndLineNo, range.EndColNo});
+    editor.replaceRange({std::min(a, b), std::max(a, b)}, text);
+  });
+}
+
+void CodeMax::ReplaceSel(const QString& text) {
+  impl_->change([&](Editor& editor) { editor.replaceSelection(text); });
+}
+
+void CodeMax::AppendText(const QString& text) {
+  const text::Snapshot now = impl_->snapshot();
+  const bool follows = !impl_->editor().hasSelection() && impl_->editor().selection().caret == now.size();
+  impl_->apply({{{now.size(), now.size()}, impl_->incoming(text, LineNo(now.lineCount() - 1))}});
+  if (!follows) return;
+  const Pane::Action action(impl_->pane());
+  impl_->editor().moveCaret(impl_->snapshot().size(), false);
+  impl_->pane().showCaret();
+}
+
+// --- Selection ------------------------------------------------------------------------------------------------------------------
+
+CmRange CodeMax::GetSel(bool normalised) const { return impl_->editor().range(normalised); }
+
+void CodeMax::SetSel(const CmRange& range, bool makeVisible) {
+  const Pane::Action action(impl_->pane());
+  impl_->editor().setRange(range);
+  if (makeVisible) impl_->pane().showCaret();
+}
+
+void CodeMax::SelectLine(qint64 line, bool makeVisible) {
+  const text::Snapshot& text = impl_->snapshot();
+  if (line < 0 || line >= text.lineCount()) return;
+  const Pane::Action action(impl_->pane());
+  impl_->editor().setSelection({text.lineStart(LineNo(line)), text.lineEnd(LineNo(line)), 0, 0, false});
+  if (makeVisible) impl_->pane().showCaret();
+}
+
+QString CodeMax::SelText() const { return impl_->editor().selectedText(); }
+bool CodeMax::HasSelection() const { return impl_->editor().hasSelection(); }
+
+CmRange CodeMax::CurrentWordRange() const {
+  const Editor& editor = impl_->editor();
+  const ByteRange word = text::wordAt(impl_->snapshot(), editor.selection().caret);
+  const CmPosition from = editor.positionOf(word.begin), to = editor.positionOf(word.end);
+  return {from.LineNo, from.ColNo, to.LineNo, to.ColNo, false};
+}
+
+QString CodeMax::CurrentWord() const {
+  return toQString(impl_->snapshot().bytes(text::wordAt(impl_->snapshot(), impl_->editor().selection().caret)));
+}
+
+qint64 CodeMax::CurrentWordLength() const { return CurrentWord().size(); }
+CmPosition CodeMax::CurrentPosition() const { return impl_->editor().positionOf(impl_->editor().selection().caret); }
+
+// --- Finding and commands -----------------------------------------------------------------------------------------------------------
+
+bool CodeMax::FindText(const QString& text, bool forward) {
+  searchState().findText = text;
+  const Command* command = commandByName(forward ? u"FINDNEXT" : u"FINDPREV");
+  if (!command || !ExecuteCmd(command->id)) return false;
+  // The command leaves the selection alone when nothing is found; a find is what lies under it now.
+  const text::Searcher searcher(fromQString(text), searchState().options);
+  if (!searcher.error().empty()) return false;
+  const ByteRange selected = impl_->editor().selectedRange();
+  const auto found = searcher.forward(impl_->snapshot(), selected.begin, {ByteOffset(0), selected.end});
+  return found.match && found.match->range == selected;
+}
+
+QString CodeMax::findText() const { return searchState().findText; }
+bool CodeMax::SearchCaseSensitive() const { return searchState().options.matchCase; }
+void CodeMax::setSearchCaseSensitive(bool on) { searchState().options.matchCase = on; }
+
+void CodeMax::showHits(const QString& text, const text::SearchOptions& options) {
+  impl_->state.hits.reset();
+  if (!text.isEmpty()) impl_->state.hits.emplace(fromQString(text), options);
+  if (impl_->state.hits && !impl_->state.hits->error().empty()) impl_->state.hits.reset();
+  impl_->repaint();
+}
+
+bool CodeMax::ExecuteCmd(int id, const QVariant& argument) { return impl_->pane().runCommand(id, argument); }
+
+void CodeMax::beginEdit() {
+  ++impl_->state.held;
+  impl_->state.model->document().beginGroup();
+}
+
+void CodeMax::endEdit() {
+  impl_->state.model->document().endGroup();
+  if (--impl_->state.held == 0) impl_->release();
+}
+
+// --- State ------------------------------------------------------------------------------------------------------------------------
+
+bool CodeMax::Modified() const { return impl_->state.model->document().modified(); }
+void CodeMax::setModified(bool on) { impl_->state.model->setModified(on); }
+bool CodeMax::EnableCRLF() const { return impl_->state.model->enableCrlf(); }
+void CodeMax::setEnableCRLF(bool on) { impl_->state.model->setEnableCrlf(on); }
+
+void CodeMax::ConvertLineEnds(bool crlf) {
+  const Pane::Action action(impl_->pane());
+  impl_->state.model->convertLineEnds(crlf);
+}
+
+bool CodeMax::ReadOnly() const { return impl_->state.model->document().readOnly(); }
+void CodeMax::setReadOnly(bool on) { impl_->state.model->document().setReadOnly(on); }
+bool CodeMax::CanUndo() const { return impl_->state.model->document().canUndo(); }
+bool CodeMax::CanRedo() const { return impl_->state.model->document().canRedo(); }
+bool CodeMax::overtype() const { return impl_->editor().overtype; }
+QString CodeMax::Language() const { return impl_->state.model->language(); }
+bool CodeMax::setLanguage(const QString& name) { return impl_->state.model->setLanguage(name); }
+bool CodeMax::Visible() const { return impl_->painting; }
+
+void CodeMax::setVisibleText(bool on) {
+  impl_->painting = on;
+  for (Pane* pane : impl_->grid->panes()) pane->setPainting(on);
+}
+
+bool CodeMax::hasBookmark(qint64 line) const { return impl_->state.model->hasBookmark(LineNo(line)); }
+void CodeMax::setBookmark(qint64 line, bool on) { impl_->state.model->setBookmark(LineNo(line), on); }

@@ -1,0 +1,46 @@
+// The inside of CodeMax. Only its own files include it.
+#pragma once
+
+#include <QApplication>
+
+#include "control/CodeMax.h"
+#include "control/CommandTable.h"
+#include "control/Pane.h"
+#include "control/PaneGrid.h"
+#include "control/ViewState.h"
+
+struct CodeMax::Impl {
+  ViewState state;
+  PaneGrid* grid = nullptr;
+  bool focused = false, painting = true;
+
+  Pane& pane() { return *grid->active(); }
+  Editor& editor() { return grid->active()->editor(); }
+  const text::Snapshot& snapshot() const { return state.model->snapshot(); }
+
+  // Text from outside as bytes of this text: its line breaks become those of the line.
+  std::string incoming(const QString& text, text::LineNo line);
+  // Edits that leave the selection where its text goes.
+  void apply(const std::vector<text::Edit>& edits);
+  // Changes made through the editor: told and shown once.
+  template <class F>
+  void change(F edit) {
+    const Pane::Action action(pane());
+    edit(editor());
+    pane().showCaret();
+  }
+
+  void repaint() {
+    for (Pane* each : grid->panes()) each->appearanceChanged();
+  }
+  void release() {
+    for (Pane* each : grid->panes()) each->released();
+  }
+  void measure() {
+    state.remeasure();
+    for (Pane* each : grid->panes()) each->metricsChanged();
+  }
+  void refit() {
+    for (Pane* each : grid->panes()) each->optionsChanged();
+  }
+};

@@ -1,0 +1,95 @@
+// The display and editing options of CodeMax.
+#include <algorithm>
+
+#include "control/CodeMaxImpl.h"
+
+bool CodeMax::HSplitter() const { return impl_->grid->horizontalAllowed(); }
+bool CodeMax::VSplitter() const { return impl_->grid->verticalAllowed(); }
+bool CodeMax::HScrollBar() const { return impl_->state.hScrollBar; }
+bool CodeMax::VScrollBar() const { return impl_->state.vScrollBar; }
+bool CodeMax::SmoothScrolling() const { return impl_->state.smoothScrolling; }
+bool CodeMax::LineToolTips() const { return impl_->state.lineToolTips; }
+bool CodeMax::LeftMargin() const { return impl_->state.leftMargin; }
+bool CodeMax::ColumnSel() const { return impl_->state.options->columnSel; }
+bool CodeMax::DragDrop() const { return impl_->state.options->dragDrop; }
+bool CodeMax::PreserveCase() const { return impl_->state.options->preserveCase; }
+bool CodeMax::TabExpand() const { return impl_->state.options->expandTabs; }
+bool CodeMax::ColorSyntax() const { return impl_->state.colorSyntax; }
+bool CodeMax::WhiteSpaceDisplay() const { return impl_->state.whiteSpace; }
+int CodeMax::AutoIndentMode() const { return static_cast<int>(impl_->state.options->autoIndent); }
+int CodeMax::TabSize() const { return impl_->state.options->tabSize; }
+
+void CodeMax::setHSplitter(bool on) { impl_->grid->allow(on, VSplitter()); }
+void CodeMax::setVSplitter(bool on) { impl_->grid->allow(HSplitter(), on); }
+
+void CodeMax::setHScrollBar(bool on) {
+  impl_->state.hScrollBar = on;
+  impl_->refit();
+}
+
+void CodeMax::setVScrollBar(bool on) {
+  impl_->state.vScrollBar = on;
+  impl_->refit();
+}
+
+void CodeMax::setSmoothScrolling(bool on) { impl_->state.smoothScrolling = on; }
+void CodeMax::setLineToolTips(bool on) { impl_->state.lineToolTips = on; }
+
+void CodeMax::setLeftMargin(bool on) {
+  impl_->state.leftMargin = on;
+  impl_->refit();
+}
+
+void CodeMax::setColumnSel(bool on) { impl_->state.options->columnSel = on; }
+void CodeMax::setDragDrop(bool on) { impl_->state.options->dragDrop = on; }
+void CodeMax::setPreserveCase(bool on) { impl_->state.options->preserveCase = on; }
+void CodeMax::setTabExpand(bool on) { impl_->state.options->expandTabs = on; }
+
+void CodeMax::setColorSyntax(bool on) {
+  impl_->state.colorSyntax = on;
+  impl_->repaint();
+}
+
+void CodeMax::setWhiteSpaceDisplay(bool on) {
+  impl_->state.whiteSpace = on;
+  impl_->repaint();
+}
+
+void CodeMax::setAutoIndentMode(int mode) {
+  if (mode >= static_cast<int>(AutoIndent::off) && mode <= static_cast<int>(AutoIndent::language))
+    impl_->state.options->autoIndent = static_cast<AutoIndent>(mode);
+}
+
+void CodeMax::setTabSize(int size) {
+  if (size < 1 || size > 32 || size == TabSize()) return;
+  impl_->state.options->tabSize = size;
+  impl_->measure();
+}
+
+QColor CodeMax::GetColor(int slot) const { return impl_->state.colors.color(static_cast<ColorSlot>(slot)); }
+
+void CodeMax::SetColor(int slot, const QColor& color) {
+  impl_->state.colors.setColor(slot, color);
+  impl_->repaint();
+}
+
+QFont CodeMax::Font() const { return impl_->state.font; }
+
+void CodeMax::setFontOf(const QFont& font) {
+  impl_->state.font = font;
+  impl_->measure();
+}
+
+int CodeMax::Zoom() const { return impl_->state.zoom; }
+
+void CodeMax::setZoom(int percent) {
+  percent = std::clamp(percent, 30, 500);
+  if (percent == impl_->state.zoom) return;
+  impl_->state.zoom = percent;
+  impl_->measure();
+}
+
+void CodeMax::splitPanes(double horizontalBar, double verticalBar) {
+  impl_->grid->split(Qt::Horizontal, horizontalBar);
+  impl_->grid->split(Qt::Vertical, verticalBar);
+}

@@ -1,0 +1,285 @@
+#include "control/Pane.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QPaintEvent>
+#include <QScrollBar>
+#include <QStyleHints>
+#include <QTimerEvent>
+#include <algorithm>
+
+#include "control/PaneMouse.h"
+#include "control/TextMime.h"
+
+using text::ByteOffset;
+using text::LineNo;
+
+namespace {
+constexpr std::int64_t kBracketBudget = 128 * 1024;   // bytes looked through for a partner while painting
+}
+
+Pane::Action::~Action() {
+  if (!pane_ || --pane_->state_.held > 0) return;
+  emit pane_->heldEnded();
+}
+
+Pane::Pane(ViewState& state, QWidget* parent)
+    : QAbstractScrollArea(parent), state_(state), view_(state), editor_(new Editor(state.model, state.options, this)),
+      mouse_(new PaneMouse(*this)) {
+  setFrameShape(QFrame::NoFrame);
+  setFocusPolicy(Qt::StrongFocus);
+  setAttribute(Qt::WA_InputMethodEnabled);
+  setAttribute(Qt::WA_KeyCompression, false);
+  viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+  viewport()->setCursor(Qt::IBeamCursor);
+  viewport()->setMouseTracking(true);
+  setAcceptDrops(true);
+  connect(verticalScrollBar(), &QScrollBar::sliderMoved, this, &Pane::showLineTip);
+  editor_->onSelectionChanged = [this] { noteSelection(); };
+  optionsChanged();
+}
+
+Pane::~Pane() = default;
+
+PaneLook Pane::look() const {
+  PaneLook look;
+  look.selection = editor_->selection();
+  look.focused = hasFocus();
+  look.caretOn = caretOn_ && hasFocus();
+  look.overtype = editor_->overtype;
+  look.bracket = bracket_;
+  look.dropAt = dropAt_;
+  look.preedit = preedit_.get();
+  return look;
+}
+
+QRect Pane::caretRect() const { return PanePainter::caretRect(view_, look()); }
+
+// --- What changed -----------------------------------------------------------------------------------------------------------
+
+void Pane::modelChanged(const text::Change& change) {
+  view_.forget();
+  if (change.reset) {
+    top_ = view_.top = 0;
+    scrollSideways(0);
+    view_.forgetWidest();
+  }
+  // What changes above stays above: the lines that are looked at do not move away.
+  std::int64_t shift = 0;
+  const std::int64_t first = top_ / view_.lineHeight();
+  for (const auto& span : change.spans) {
+    const std::int64_t oldLast = span.firstLine.value - shift + span.linesRemoved;
+    if (oldLast >= first) break;
+    shift += span.linesInserted - span.linesRemoved;
+  }
+  if (shift != 0) {
+    top_ = std::max<std::int64_t>(0, top_ + shift * view_.lineHeight());
+    view_.top = std::max<std::int64_t>(0, view_.top + shift * view_.lineHeight());
+  }
+  // One change repaints its lines, several repaint all; either way once, when the one who makes them is done.
+  allDirty_ = allDirty_ || change.reset || shift != 0 || pending_.has_value() || change.spans.size() > 1000;
+  if (allDirty_) pending_.reset();
+  else pending_ = change;
+  if (state_.held > 0 || flushPosted_) return;
+  flushPosted_ = true;
+  QMetaObject::invokeMethod(this, [this] { flushText(); }, Qt::QueuedConnection);
+}
+
+void Pane::flushText() {
+  flushPosted_ = false;
+  if (!allDirty_ && !pending_) return;
+  fit();
+  const std::vector<std::int64_t> recolored = view_.findStates();
+  if (allDirty_) {
+    viewport()->update();
+  } else {
+    for (const auto& span : pending_->spans) {
+      const bool moves = span.linesInserted != span.linesRemoved;   // what stands below
+      updateLines(span.firstLine.value, moves ? INT64_MAX / 2 : span.firstLine.value + span.linesInserted);
+      if (moves) break;
+    }
+    for (const std::int64_t line : recolored) updateLines(line, line);
+  }
+  allDirty_ = false;
+  pending_.reset();
+  restartColoring();
+  findBracket();
+}
+
+void Pane::appearanceChanged() {
+  view_.forget();
+  view_.findStates();
+  restartColoring();
+  viewport()->update();
+}
+
+void Pane::metricsChanged() {
+  const std::int64_t line = topLine();
+  view_.forget();
+  view_.forgetWidest();
+  marginDigits_ = 0;
+  top_ = view_.top = std::min(line * view_.lineHeight(), highestTop());
+  fit();
+  viewport()->update();
+}
+
+void Pane::optionsChanged() {
+  setVerticalScrollBarPolicy(state_.vScrollBar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
+  setHorizontalScrollBarPolicy(state_.hScrollBar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
+  marginDigits_ = 0;
+  fit();
+  viewport()->update();
+}
+
+void Pane::released() {
+  flushText();
+  if (!selectionDirty_) return;
+  selectionDirty_ = false;
+  showSelection();
+  emit selectionChanged();
+}
+
+void Pane::setPainting(bool on) {
+  viewport()->setUpdatesEnabled(on);
+  if (on) viewport()->update();
+}
+
+void Pane::restartColoring() {
+  if (!view_.statesExact() && !colorTimer_.isActive()) colorTimer_.start(0, this);
+}
+
+void Pane::takeViewOf(const Pane& other) {
+  editor_->setSelection(other.editor_->selection());
+  editor_->overtype = other.editor_->overtype;
+  fit();
+  showAt(other.top_);
+  scrollSideways(other.view_.left);
+}
+
+// --- Selection ----------------------------------------------------------------------------------------------------------------
+
+void Pane::noteSelection() {
+  if (state_.held > 0) {
+    selectionDirty_ = true;
+    return;
+  }
+  showSelection();
+  emit selectionChanged();
+}
+
+void Pane::showSelection() {
+  const text::SelectionState old = shown_, now = editor_->selection();
+  const auto lineOf = [this](ByteOffset at) { return snapshot().lineAt(std::min(at, snapshot().size())).value; };
+  const auto update = [&](ByteOffset a, ByteOffset b) { updateLines(std::min(lineOf(a), lineOf(b)), std::max(lineOf(a), lineOf(b))); };
+  if (old.column || now.column || old.anchor != now.anchor) {
+    update(old.anchor, old.caret);
+    update(now.anchor, now.caret);
+  } else {
+    update(old.caret, now.caret);       // the ends of the highlighted line too
+    if ((old.anchor == old.caret) != (now.anchor == now.caret)) update(now.anchor, now.anchor);
+  }
+  shown_ = now;
+  if (overtypeShown_ != editor_->overtype) {
+    overtypeShown_ = editor_->overtype;
+    emit overtypeChanged(overtypeShown_);
+  }
+  findBracket();
+  restartBlink();
+  if (hasFocus()) QGuiApplication::inputMethod()->update(Qt::ImCursorRectangle | Qt::ImCursorPosition | Qt::ImSurroundingText |
+                                                         Qt::ImCurrentSelection | Qt::ImAnchorPosition);
+}
+
+void Pane::findBracket() {
+  const auto before = bracket_;
+  bracket_.reset();
+  if (editor_->selection().anchor == editor_->selection().caret)
+    bracket_ = matchingBracket(*state_.model, editor_->selection().caret, kBracketBudget);
+  const auto same = [](const auto& a, const auto& b) {
+    return a.has_value() == b.has_value() && (!a || (a->here == b->here && a->partner == b->partner));
+  };
+  if (same(before, bracket_)) return;
+  for (const auto& pair : {before, bracket_}) {
+    if (!pair) continue;
+    for (const ByteOffset at : {pair->here, pair->partner}) {
+      const std::int64_t line = snapshot().lineAt(std::min(at, snapshot().size())).value;
+      updateLines(line, line);
+    }
+  }
+}
+
+void Pane::publishSelection() {
+  QClipboard* clipboard = QGuiApplication::clipboard();
+  if (!clipboard->supportsSelection() || !editor_->hasSelection()) return;
+  if (editor_->selection().column) clipboard->setMimeData(TextMime::make(editor_->selectedText(), true).release(), QClipboard::Selection);
+  else clipboard->setMimeData(TextMime::makeLazy(snapshot(), editor_->selectedRange()).release(), QClipboard::Selection);
+}
+
+void Pane::restartBlink() {
+  caretOn_ = true;
+  const int period = QGuiApplication::styleHints()->cursorFlashTime();
+  if (hasFocus() && period >= 2) blinkTimer_.start(period / 2, this);
+  else blinkTimer_.stop();
+}
+
+// --- Painting -------------------------------------------------------------------------------------------------------------------
+
+void Pane::updateLines(std::int64_t first, std::int64_t last) {
+  first = std::max(first, view_.firstVisible());
+  last = std::min(last, (view_.top + view_.height) / view_.lineHeight());
+  if (first > last) return;
+  viewport()->update(0, view_.yOf(first), viewport()->width(), static_cast<int>(last - first + 1) * view_.lineHeight());
+}
+
+void Pane::updateCaret() {
+  // In a block selection without width every row shows the caret's line.
+  viewport()->update(caretRect().adjusted(-1, 0, 1, 0));
+}
+
+void Pane::paintEvent(QPaintEvent* event) {
+  if (state_.scale != devicePixelRatioF()) {
+    state_.scale = devicePixelRatioF();
+    state_.remeasure();
+    view_.forget();
+  }
+  flushText();
+  view_.findStates();
+  restartColoring();
+  QPainter painter(viewport());
+  const PaneLook now = look();
+  PanePainter pane(painter, view_, now);
+  for (const QRect& part : event->region()) pane.paint(part);
+  // A wider line than any before came into view: the scroll bar learns of it behind the painting.
+  if (view_.widestSeen() > horizontalScrollBar()->maximum() + view_.width) QMetaObject::invokeMethod(this, [this] { fit(); }, Qt::QueuedConnection);
+}
+
+void Pane::timerEvent(QTimerEvent* event) {
+  if (event->timerId() == blinkTimer_.timerId()) {
+    caretOn_ = !caretOn_;
+    updateCaret();
+  } else if (event->timerId() == scrollTimer_.timerId()) {
+    stepAnimation();
+  } else if (event->timerId() == colorTimer_.timerId()) {
+    if (!view_.goOnColoring()) return;
+    colorTimer_.stop();
+    appearanceChanged();
+  } else {
+    QAbstractScrollArea::timerEvent(event);
+  }
+}
+
+void Pane::focusInEvent(QFocusEvent* event) {
+  QAbstractScrollArea::focusInEvent(event);
+  restartBlink();
+  viewport()->update();
+  if (event->reason() != Qt::PopupFocusReason) emit focusChanged(true);
+}
+
+void Pane::focusOutEvent(QFocusEvent* event) {
+  QAbstractScrollArea::focusOutEvent(event);
+  firstStroke_ = 0;
+  setPreedit({}, 0);
+  blinkTimer_.stop();
+  viewport()->update();
+  if (event->reason() != Qt::PopupFocusReason) emit focusChanged(false);
+}
