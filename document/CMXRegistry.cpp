@@ -3,6 +3,8 @@
 #include <cmath>
 
 #include "control/CodeMax.h"
+#include "control/KeyMacro.h"
+#include "control/KeyMap.h"
 #include "document/modRegistry.h"
 
 using namespace Qt::StringLiterals;
@@ -101,6 +103,26 @@ void saveFont(const CodeMax& control) {
   if (size != std::floor(size)) SetText(kGlobalKey, u"FONTSIZE"_s, QString::number(size));
   SetFlag(kGlobalKey, u"FONTBOLD"_s, font.bold());
   SetFlag(kGlobalKey, u"FONTITALIC"_s, font.italic());
+}
+
+void loadMacros() {
+  const QVariant text = modRegistry::GetValue(modRegistry::kGlobalKey, u"MACRO"_s);
+  if (text.isValid()) keyMacros().fromText(text.toString());
+}
+
+void saveMacros() {
+  modRegistry::NewKey(modRegistry::kGlobalKey);
+  modRegistry::SetText(modRegistry::kGlobalKey, u"MACRO"_s, keyMacros().toText());
+}
+
+void loadHotKeys() {
+  const QVariant text = modRegistry::GetValue(modRegistry::kGlobalKey, u"HOTKEYS"_s);
+  if (text.isValid()) keyMap().fromText(text.toString());
+}
+
+void saveHotKeys() {
+  modRegistry::NewKey(modRegistry::kGlobalKey);
+  modRegistry::SetText(modRegistry::kGlobalKey, u"HOTKEYS"_s, keyMap().toText());
 }
 
 }  // namespace CMXRegistry

@@ -15,4 +15,10 @@ void save(const CodeMax& control);        // options and font
 void applyFont(CodeMax& control);
 void saveFont(const CodeMax& control);
 
+// The program's keystroke macros and key bindings. Lines that mean nothing are skipped; without a stored value nothing changes.
+void loadMacros();
+void saveMacros();
+void loadHotKeys();
+void saveHotKeys();
+
 }  // namespace CMXRegistry
