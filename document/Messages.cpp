@@ -1,0 +1,82 @@
+#include "document/Messages.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kLongestNumber = 9;          // digits
+constexpr qsizetype kLongestLine = 4000;   // what lies behind is no message
+
+// Where a file name that ends at `end` may begin, best first: at the line's start or behind a mark that ends what stands before
+// it (names may hold blanks), else at the last blank.
+std::vector<qsizetype> beginnings(const QString& line, qsizetype end) {
+  std::vector<qsizetype> starts;
+  const auto add = [&](qsizetype at) {
+    while (at < end && (line[at] == u' ' || line[at] == u'\t')) ++at;
+    if (at < end && std::find(starts.begin(), starts.end(), at) == starts.end()) starts.push_back(at);
+  };
+  add(0);
+  for (qsizetype i = end - 1; i >= 0; --i) {
+    const QChar c = line[i];
+    if (c == u'"' || c == u'\'' || c == u'[' || c == u'(' || c == u'<' || c == u'`') {
+      add(i + 1);
+      break;
+    }
+    if (c == u':' && i + 1 < end && line[i + 1] == u' ') add(i + 2);   // "Error: file"
+    if (c == u' ' || c == u'\t') add(i + 1);
+  }
+  return starts;
+}
+
+}  // namespace
+
+std::vector<MessagePlace> messagePlaces(const QString& logLine) {
+  // The numbers behind a name; the name itself is found from its end.
+  static const QRegularExpression numbers(
+      u"(?::(\\d{1,%1})(?::(\\d{1,%1}))?(?!\\d))|(?:\\((\\d{1,%1})(?:\\s*,\\s*(\\d{1,%1}))?\\))|(?:[\"']?,\\s+line\\s+(\\d{1,%1})(?!\\d))"_s
+          .arg(kLongestNumber));
+  std::vector<MessagePlace> places;
+  const QString line = logLine.left(kLongestLine);
+  for (auto matches = numbers.globalMatch(line); matches.hasNext();) {
+    const auto match = matches.next();
+    const int group = match.capturedStart(1) >= 0 ? 1 : match.capturedStart(3) >= 0 ? 3 : 5;
+    MessagePlace place;
+    place.line = match.captured(group).toLongLong();
+    if (group != 5) place.column = match.captured(group + 1).toLongLong();
+    qsizetype end = match.capturedStart();
+    if (end > 0 && (line[end - 1] == u'"' || line[end - 1] == u'\'')) --end;
+    if (place.line == 0) continue;
+    for (const qsizetype begin : beginnings(line, end)) {
+      place.file = line.mid(begin, end - begin).trimmed();
+      place.begin = begin;
+      place.length = match.capturedEnd() - begin;
+      if (!place.file.isEmpty()) places.push_back(place);
+    }
+  }
+  return places;
+}
+
+std::optional<MessagePlace> findMessage(const QString& logLine, const QStringList& folders) {
+  for (MessagePlace& place : messagePlaces(logLine)) {
+    QString file = place.file;
+#ifndef Q_OS_WIN
+    if (!QFileInfo(file).isFile()) file.replace(u'\\', u'/');   // tools that came from another system
+#endif
+    if (QFileInfo(file).isAbsolute()) {
+      if (!QFileInfo(file).isFile()) continue;
+      place.file = QDir::cleanPath(file);
+      return place;
+    }
+    for (const QString& folder : folders) {
+      const QString path = QDir(folder).absoluteFilePath(file);
+      if (!QFileInfo(path).isFile()) continue;
+      place.file = QDir::cleanPath(path);
+      return place;
+    }
+  }
+  return std::nullopt;
+}

@@ -1,0 +1,19 @@
+// Messages of compilers and simulators: which place of which file a line of the log speaks of.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <optional>
+#include <vector>
+
+struct MessagePlace {
+  QString file;                    // as it is written
+  qint64 line = 0, column = 0;     // from 1; column 0: not said
+  qsizetype begin = 0, length = 0; // where in the log line file and numbers stand
+};
+
+// What may be a place, likelier readings of the same numbers first: "file:12:3", "file:12", "file(12)", "file(12,3)", file", line 12.
+std::vector<MessagePlace> messagePlaces(const QString& logLine);
+
+// The first of them whose file exists, looked up in the folders when its path is relative. `file` is then absolute.
+std::optional<MessagePlace> findMessage(const QString& logLine, const QStringList& folders);

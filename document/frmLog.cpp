@@ -1,0 +1,340 @@
+#include "document/frmLog.h"
+
+#include <QAction>
+#include <QDir>
+#include <QMenu>
+#include <QResizeEvent>
+#include <QStyle>
+#include <QToolBar>
+#include <algorithm>
+
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "document/Frame.h"
+#include "document/Messages.h"
+#include "document/Process.h"
+#include "document/frmDocument.h"
+#include "document/frmRegistry.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kGotoLine = 168, kCopy = 198;
+constexpr int kOpenLineTime = 200;              // milliseconds until a line that a program left open is shown
+constexpr qsizetype kLongestOpenLine = 1 << 16; // bytes kept back while waiting for its end
+constexpr std::size_t kUndoSteps = 200, kUndoBytes = 16u << 20;
+
+bool isPlain(QStringView text) {
+  for (const QChar c : text)
+    if (c.unicode() < 0x20 || c.unicode() >= 0x7F) return false;
+  return true;
+}
+
+// Line breaks and tabs stay, every other character that would not be seen becomes an escape.
+QString shown(const QString& text) {
+  QString out;
+  out.reserve(text.size());
+  for (qsizetype i = 0; i < text.size();) {
+    qsizetype stop = i;
+    while (stop < text.size() && text[stop] != u'\n' && text[stop] != u'\r' && text[stop] != u'\t') ++stop;
+    const QString piece = text.mid(i, stop - i);
+    out += isPlain(piece) ? piece : plainForDisplay(piece, INT_MAX);
+    if (stop < text.size()) out += text[stop];
+    i = stop + 1;
+  }
+  return out;
+}
+
+// How many bytes at the end begin a character that is not complete yet.
+qsizetype incompleteTail(const QByteArray& bytes) {
+  for (qsizetype back = 1; back <= 3 && back <= bytes.size(); ++back) {
+    const uchar c = uchar(bytes[bytes.size() - back]);
+    if ((c & 0xC0) == 0x80) continue;
+    const qsizetype needed = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : c >= 0xC0 ? 2 : 1;
+    return needed > back ? back : 0;
+  }
+  return 0;
+}
+
+}  // namespace
+
+// What one channel of a program has sent and is not in the log yet: the beginning of a line.
+struct frmLog::Channel {
+  Stream stream;
+  QByteArray open;
+};
+
+// Per line what wrote it; kept in step with the text by the model's changes.
+struct frmLog::Streams {
+  static constexpr signed char kNone = -1;
+  std::vector<signed char> lines{kNone};
+
+  void follow(const text::Change& change, qint64 lineCount) {
+    for (const auto& span : change.spans) {
+      const auto at = std::min<std::size_t>(std::size_t(span.firstLine.value) + 1, lines.size());
+      const auto removed = std::min<std::size_t>(std::size_t(span.linesRemoved), lines.size() - at);
+      lines.erase(lines.begin() + std::ptrdiff_t(at), lines.begin() + std::ptrdiff_t(at + removed));
+      lines.insert(lines.begin() + std::ptrdiff_t(at), std::size_t(span.linesInserted), kNone);
+    }
+    if (change.reset) lines.clear();
+    lines.resize(std::size_t(lineCount), kNone);
+  }
+};
+
+frmLog::frmLog(QWidget* parent)
+    : QWidget(parent),
+      cmx(new CodeMax(this)),
+      stopAction(addAction(tr("Stop the program"), {})),
+      nextAction(addAction(tr("Next message"), u"F4"_s)),
+      previousAction(addAction(tr("Previous message"), u"Shift+F4"_s)),
+      streams_(std::make_unique<Streams>()) {
+  setWindowTitle(tr("Log"));
+  setFocusProxy(cmx);
+  cmx->setEnableCRLF(true);
+  cmx->model()->document().setUndoLimit(kUndoSteps, kUndoBytes);
+  connect(cmx->model().get(), &TextModel::changed, this,
+          [this](const text::Change& change) { streams_->follow(change, cmx->LineCount()); });
+  connect(cmx, &CodeMax::DblClick, this, &frmLog::cmx_DblClick);
+  connect(cmx, &CodeMax::RClick, this, [this](const QPoint& position, bool* handled) {
+    *handled = true;
+    showMenu(position);
+  });
+  flushTimer_.setSingleShot(true);
+
+  stopAction->setIcon(style()->standardIcon(QStyle::SP_BrowserStop));
+  stopAction->setEnabled(false);
+  nextAction->setIcon(style()->standardIcon(QStyle::SP_ArrowDown));
+  previousAction->setIcon(style()->standardIcon(QStyle::SP_ArrowUp));
+  connect(stopAction, &QAction::triggered, this, &frmLog::stopProgram);
+  connect(nextAction, &QAction::triggered, this, &frmLog::nextMessage);
+  connect(previousAction, &QAction::triggered, this, &frmLog::previousMessage);
+  auto* const bar = new QToolBar(this);
+  bar->setObjectName(u"logToolBar"_s);
+  bar->setOrientation(Qt::Vertical);
+  bar->setIconSize({16, 16});
+  bar->addActions({stopAction, previousAction, nextAction});
+  frmRegistry::instance().GetLogWindowProfile(*this);
+}
+
+frmLog::~frmLog() { Form_Unload(); }
+
+QAction* frmLog::addAction(const QString& text, const QString& keys) {
+  auto* const action = new QAction(text, this);
+  if (!keys.isEmpty()) {
+    action->setShortcut(QKeySequence(keys));
+    action->setToolTip(text + u" ("_s + keys + u')');
+  }
+  QWidget::addAction(action);
+  return action;
+}
+
+void frmLog::Form_Unload() {
+  if (std::exchange(unloaded_, true)) return;
+  frmRegistry::instance().SaveLogWindowProfile(*this);
+}
+
+void frmLog::resizeEvent(QResizeEvent* event) {
+  const auto* const bar = findChild<QToolBar*>(u"logToolBar"_s);
+  const int width = bar->sizeHint().width();
+  findChild<QToolBar*>(u"logToolBar"_s)->setGeometry(0, 0, width, height());
+  cmx->setGeometry(width, 0, std::max(0, this->width() - width), height());
+  QWidget::resizeEvent(event);
+}
+
+CmPosition frmLog::CurrentPosition() const {
+  const CmRange selection = cmx->GetSel(true);
+  return {selection.EndLineNo, selection.EndColNo};
+}
+
+bool frmLog::SaveDocumment(const QString& path) {
+  const text::SaveResult result = cmx->SaveFile(path, false);
+  if (result.ok()) return true;
+  MsgBox(tr("File Save Error : %1").arg(QString::fromStdString(result.error)), tr("Saving %1").arg(path));
+  return false;
+}
+
+void frmLog::Clear() {
+  cmx->setText({});
+  openLine_ = false;
+  dropped_ = 0;
+}
+
+void frmLog::AppendLog(const QString& text, Stream stream) {
+  if (text.isEmpty()) return;
+  QString added = toCrLf(shown(text));
+  if (openLine_ && stream != lastStream_) added.prepend(u"\r\n"_s);
+  const qint64 first = cmx->LineCount() - 1;
+  cmx->AppendText(added);
+  const auto last = std::size_t(cmx->LineCount());
+  const bool endsLine = added.endsWith(u'\n');
+  for (std::size_t line = std::size_t(first); line < last; ++line)
+    if (streams_->lines[line] == Streams::kNone && !(endsLine && line + 1 == last)) streams_->lines[line] = (signed char)(stream);
+  openLine_ = !endsLine;
+  lastStream_ = stream;
+  trim();
+  emit appended(added, stream);
+}
+
+std::optional<frmLog::Stream> frmLog::streamOf(qint64 line) const {
+  if (line < 0 || std::size_t(line) >= streams_->lines.size()) return std::nullopt;
+  const signed char stream = streams_->lines[std::size_t(line)];
+  return stream == Streams::kNone ? std::nullopt : std::optional(Stream(stream));
+}
+
+void frmLog::trim() {
+  const text::Snapshot& now = cmx->model()->snapshot();
+  if (now.size().value <= sizeLimit_ + sizeLimit_ / 8) return;
+  const text::LineNo keep = now.lineAt(text::ByteOffset(now.size().value - sizeLimit_ + sizeLimit_ / 8)) + 1;
+  if (keep.value >= now.lineCount()) return;
+  dropped_ += keep.value - (dropped_ > 0 ? 1 : 0);   // the notice itself is no line of the log
+  cmx->ReplaceText(tr("[%n earlier line(s) dropped]", nullptr, int(dropped_)) + u"\r\n"_s, {0, 0, keep.value, 0, false});
+}
+
+bool frmLog::InsertFile() {
+  FileDialogRequest request;
+  request.title = tr("Insert File");
+  request.filter = u"(*.*)|*.*|"_s;
+  request.folder = QDir::currentPath();
+  const QStringList chosen = dialogs().openFile(request);
+  if (chosen.isEmpty()) return false;
+  const text::LoadedFile file = text::loadFile(QFile::encodeName(chosen.first()).toStdString());
+  if (!file.error.empty()) return false;
+  const QString content = toQString(file.text.bytes({text::ByteOffset(0), file.text.size()}));
+  cmx->InsertText(toCrLf(shown(content)), CurrentPosition());
+  trim();
+  return true;
+}
+
+void frmLog::watch(process::Program& program) {
+  program_ = &program;
+  text::Document& document = cmx->model()->document();
+  if (outputStart_) document.removeMark(outputStart_);
+  outputStart_ = document.addMark(document.snapshot().size(), text::Gravity::left);
+  stopAction->setEnabled(true);
+  auto channels = std::make_shared<std::array<Channel, 2>>();
+  (*channels)[0].stream = Stream::output;
+  (*channels)[1].stream = Stream::errors;
+  connect(&program, &process::Program::output, this,
+          [this, channels](const QByteArray& bytes, bool isError) { take((*channels)[isError ? 1 : 0], bytes); });
+  const auto flush = [this, channels](bool toTheEnd) {
+    for (Channel& channel : *channels) {
+      const qsizetype whole = channel.open.size() - (toTheEnd ? 0 : incompleteTail(channel.open));
+      if (whole > 0) AppendLog(toQString(std::string_view(channel.open.data(), std::size_t(whole))), channel.stream);
+      channel.open.remove(0, whole);
+    }
+  };
+  connect(&flushTimer_, &QTimer::timeout, &program, [flush] { flush(false); });
+  const QString name = GetFileTitle(toQString(program.name()));
+  connect(&program, &process::Program::finished, this, [this, flush, name](int exitCode) {
+    flush(true);
+    if (openLine_) AppendLog(u"\r\n"_s, lastStream_);
+    AppendLog(tr("[%1: exit code %2]").arg(name).arg(exitCode) + u"\r\n"_s);
+    const auto running = process::Program::running();
+    program_ = running.isEmpty() ? nullptr : running.last();
+    stopAction->setEnabled(programRuns());
+  });
+  connect(&program, &QObject::destroyed, this, [flush] { flush(true); });
+}
+
+void frmLog::take(Channel& channel, const QByteArray& bytes) {
+  QByteArray all = channel.open + bytes;
+  qsizetype whole = all.lastIndexOf('\n') + 1;
+  if (whole == 0 && all.size() > kLongestOpenLine) whole = all.size() - incompleteTail(all);
+  channel.open = all.mid(whole);
+  if (whole > 0) AppendLog(toQString(std::string_view(all.data(), std::size_t(whole))), channel.stream);
+  if (!channel.open.isEmpty() && !flushTimer_.isActive()) flushTimer_.start(kOpenLineTime);
+}
+
+bool frmLog::programRuns() const { return program_ && !program_->ended(); }
+
+void frmLog::stopProgram() {
+  if (programRuns()) program_->stop();
+}
+
+void frmLog::cmx_DblClick() {
+  const CmPosition at = cmx->CurrentPosition();
+  if (jumpToMessage(at.LineNo, at.ColNo)) return;
+  const QString word = cmx->CurrentWord();
+  const bool digits = !word.isEmpty() && std::all_of(word.begin(), word.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
+  if (digits) {
+    frmDocument* const document = frame() ? frame()->activeDocument() : nullptr;
+    bool good = false;
+    const qint64 index = word.toLongLong(&good) - 1;
+    if (!document || !good || index < 0 || index >= document->cmx->LineCount()) return;
+    document->cmx->ExecuteCmd(kGotoLine, index);
+    document->cmx->SelectLine(index);
+    document->cmx->setFocus();
+    return;
+  }
+  jumpToMessage(at.LineNo, -1);
+}
+
+// Opens the file that the line names; with a column only when that place stands under it.
+bool frmLog::jumpToMessage(qint64 line, qint64 column) {
+  if (!frame()) return false;
+  QStringList folders;
+  frmDocument* const active = frame()->activeDocument();
+  if (active && !active->CurrentFileDir().isEmpty()) folders << active->CurrentFileDir();
+  folders.prepend(QDir::currentPath());
+  const auto place = findMessage(cmx->GetLine(line), folders);
+  if (!place) return false;
+  if (column >= 0 && (column < place->begin || column > place->begin + place->length)) return false;
+  if (!frame()->openFile(place->file)) return true;
+  frmDocument* const document = frame()->activeDocument();
+  if (!document) return true;
+  const qint64 index = std::min(place->line, document->cmx->LineCount()) - 1;
+  document->cmx->ExecuteCmd(kGotoLine, index);
+  document->cmx->SelectLine(index);
+  document->cmx->setFocus();
+  SetStatusText(plainForDisplay(cmx->GetLine(line), 300));
+  return true;
+}
+
+// Goes on from the line that the last jump left selected, else from the caret. At the end of the log, where the caret
+// follows what comes, it begins with what the last program printed.
+bool frmLog::walk(int step) {
+  const qint64 count = cmx->LineCount();
+  const CmRange selection = cmx->GetSel(true);
+  qint64 line = selection.StartLineNo + step;
+  if (selection.IsEmpty() && step > 0) {
+    line = selection.StartLineNo;
+    const text::Document& document = cmx->model()->document();
+    if (line == count - 1) line = outputStart_ ? document.snapshot().lineAt(document.markAt(outputStart_)).value : 0;
+  }
+  for (; line >= 0 && line < count; line += step) {
+    if (messagePlaces(cmx->GetLine(line)).empty()) continue;
+    if (!jumpToMessage(line, -1)) continue;
+    cmx->SelectLine(line);
+    return true;
+  }
+  SetStatusText(step > 0 ? tr("No further message in the log") : tr("No earlier message in the log"));
+  return false;
+}
+
+bool frmLog::nextMessage() { return walk(1); }
+bool frmLog::previousMessage() { return walk(-1); }
+
+void frmLog::showMenu(const QPoint& globalPosition) {
+  QMenu menu(this);
+  menu.addAction(tr("C&lear"), this, &frmLog::Clear);
+  menu.addAction(tr("&Save As..."), this, [this] {
+    FileDialogRequest request;
+    request.title = tr("Save Log");
+    request.filter = u"(*.*)|*.*|"_s;
+    request.folder = QDir::currentPath();
+    request.name = u"zelkor.log"_s;
+    const QString path = dialogs().saveFile(request);
+    if (!path.isEmpty()) SaveDocumment(path);
+  });
+  menu.addAction(tr("&Insert File..."), this, &frmLog::InsertFile);
+  menu.addAction(tr("&Copy"), this, [this] { cmx->ExecuteCmd(kCopy); });
+  menu.addSeparator();
+  menu.addActions({previousAction, nextAction, stopAction});
+  menu.addSeparator();
+  menu.addAction(tr("Cl&ose"), this, &frmLog::closeAsked);
+  menu.exec(globalPosition);
+}
+
+#include "moc_frmLog.cpp"

@@ -1,0 +1,83 @@
+// The log: an output window that the command language and started programs write to. The frame docks it; it is never a
+// document. Line numbers and messages of compilers in it lead back to the texts.
+//
+// Always: what is appended is plain text - control characters are shown by escapes - and ends each line as the control does; the
+// size is limited, and when the oldest lines go a first line says so.
+#pragma once
+
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+#include <array>
+#include <memory>
+
+#include "control/CodeMax.h"
+
+class QAction;
+namespace process {
+class Program;
+}
+
+class frmLog : public QWidget {
+  Q_OBJECT
+ public:
+  enum class Stream { text, output, errors };   // written by commands; by programs
+
+  explicit frmLog(QWidget* parent = nullptr);   // Form_Load
+  ~frmLog() override;
+
+  CodeMax* const cmx;
+
+  void cmx_DblClick();                          // jumps to the message or the line number under the caret
+  bool SaveDocumment(const QString& path);      // false: not saved, and the person has been told
+  CmPosition CurrentPosition() const;           // the end of the selection
+  void Form_Unload();                           // keeps the window's place; the destructor does it too
+
+  // At the end of the log. Text of another stream than what stands at the end of an open line begins a new one.
+  void AppendLog(const QString& text, Stream stream = Stream::text);
+  void Clear();
+  QString Text() const { return cmx->Text(); }
+  bool InsertFile();                            // asks for a file; false: none chosen, or it cannot be read
+  // Writes what a program prints as it comes, then how it ended.
+  void watch(process::Program& program);
+  bool programRuns() const;
+  void stopProgram();                           // the one that was started last
+
+  // To the next or previous line that names a file and a line, and opens that. False: there is none.
+  bool nextMessage();
+  bool previousMessage();
+
+  void setSizeLimit(qint64 bytes) { sizeLimit_ = bytes; }
+  std::optional<Stream> streamOf(qint64 line) const;   // what wrote that line; none for lines of later hand
+
+  QAction* const stopAction;
+  QAction* const nextAction;
+  QAction* const previousAction;
+
+ signals:
+  void appended(const QString& text, frmLog::Stream stream);   // as it stands in the log
+  void closeAsked();                            // from its menu
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;   // Form_Resize
+
+ private:
+  struct Channel;
+  struct Streams;
+  void showMenu(const QPoint& globalPosition);
+  void take(Channel& channel, const QByteArray& bytes);
+  void trim();
+  bool jumpToMessage(qint64 line, qint64 column);
+  bool walk(int step);
+  QAction* addAction(const QString& text, const QString& keys);
+
+  qint64 sizeLimit_ = 32 << 20;
+  qint64 dropped_ = 0;                          // lines that went
+  bool openLine_ = false;
+  Stream lastStream_ = Stream::text;
+  std::unique_ptr<Streams> streams_;
+  QPointer<process::Program> program_;
+  QTimer flushTimer_;
+  text::MarkId outputStart_ = 0;                // of the program started last; 0: none
+  bool unloaded_ = false;
+};
