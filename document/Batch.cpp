@@ -1,0 +1,210 @@
+#include "document/Batch.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+#include <memory>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "document/Frame.h"
+#include "document/Languages.h"
+#include "document/frmDocument.h"
+#include "document/frmLog.h"
+#include "document/mCMXParser.h"
+#include "document/modRegistry.h"
+#include "language/ucCM.h"
+#include "text/FileIo.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kStandardInput = 0, kStandardOutput = 1, kStandardError = 2;
+
+QString tr(const char* text) { return QCoreApplication::translate("Batch", text); }
+
+void writeTo(int channel, const QString& text) {
+#ifdef _WIN32
+  const std::string bytes = fromQString(text);   // the channel is opened so that CR LF passes as it is
+#else
+  QString lines = text;
+  lines.remove(u'\r');
+  const std::string bytes = fromQString(lines);
+#endif
+  for (std::size_t done = 0; done < bytes.size();) {
+    const std::int64_t count = text::fileSystem().write(channel, bytes.data() + done, bytes.size() - done);
+    if (count < 0 && count != -EINTR) return;    // a reader that went away
+    if (count > 0) done += std::size_t(count);
+  }
+}
+
+bool isTerminal(int channel) {
+#ifdef _WIN32
+  return _isatty(channel);
+#else
+  return ::isatty(channel);
+#endif
+}
+
+// Boxes become lines on standard error, and each gets the answer that changes nothing.
+class BatchDialogs : public Dialogs {
+ public:
+  Answer messageBox(const QString& text, const QString& title, Icon, Buttons buttons) override {
+    writeTo(kStandardError, (title.isEmpty() ? QString() : plainForDisplay(title) + u": "_s) + text + u"\r\n"_s);
+    return buttons == Buttons::ok ? Answer::ok : buttons == Buttons::yesNo ? Answer::no : Answer::cancel;
+  }
+
+  std::optional<QString> inputBox(const QString& prompt, const QString&, const QString&) override {
+    if (isTerminal(kStandardInput)) writeTo(kStandardError, prompt + u' ');
+    std::string line;
+    for (char c = 0; text::fileSystem().read(kStandardInput, &c, 1) == 1 && c != '\n';) line += c;
+    if (line.ends_with('\r')) line.pop_back();
+    return toQString(line);
+  }
+
+  QStringList openFile(FileDialogRequest&) override { return {}; }
+  QString saveFile(FileDialogRequest&) override { return {}; }
+  bool openUrl(const QString&) override { return false; }
+};
+
+class BatchFrame : public Frame {
+ public:
+  frmDocument* document = nullptr;
+  std::unique_ptr<frmLog> logWindow = std::make_unique<frmLog>();
+
+  frmDocument* activeDocument() override { return document; }
+  QList<frmDocument*> documents() override { return document ? QList{document} : QList<frmDocument*>(); }
+  void activate(frmDocument*) override {}
+  void setPanel(int, const QString&) override {}
+  void setUnixPanel(bool) override {}
+  void setTemplatePanel(bool) override {}
+  void refreshToolbar() override {}
+  void refreshWindowMenu() override {}
+  void setUndoRedo(bool, bool) override {}
+  bool isMinimised() override { return true; }   // nothing looks at the disk
+  bool saveActive() override { return document && document->SaveDocumment(document->CurrentFileName()); }
+  void documentClosing(frmDocument*) override {}
+  void rememberDocumentState(int) override {}
+  bool isTemplateAtCaret(bool) override { return false; }
+  void showEditPopup(const QPoint&) override {}
+  frmLog* log() override { return logWindow.get(); }
+  void showLog() override {}
+  bool openFile(const QString&) override { return false; }
+  void showMacro(int, int, const QString&) override {}
+};
+
+// Puts the batch versions in place for one run.
+class Setting {
+ public:
+  Setting() : dialogs_(setDialogs(&own_)), frame_(frame()) {
+    modRegistry::SetReadOnly(true);
+    mCMXParser::setInteractive(false);
+    setStatusSink([](const QString&) {});
+  }
+  ~Setting() {
+    setFrame(frame_);
+    setDialogs(dialogs_);
+    mCMXParser::setInteractive(true);
+    modRegistry::SetReadOnly(false);
+    setStatusSink({});
+  }
+  Setting(const Setting&) = delete;
+  Setting& operator=(const Setting&) = delete;
+
+ private:
+  BatchDialogs own_;
+  Dialogs* dialogs_;
+  Frame* frame_;
+};
+
+int runOn(BatchFrame& frame, const QString& path, const BatchOptions& options, const QString& target) {
+  frmDocument document;
+  bool loaded = false;
+  document.LoadDocument(path, loaded);
+  if (!loaded) return batch::kFailed;
+  document.setFile(QFileInfo(path).absoluteFilePath());
+  document.SetLanguage(languages().GetLangFromExt(GetFileExt(path)));
+  frame.document = &document;
+  const mCMXParser::Outcome outcome = mCMXParser::Run(0, 0, options.commands);
+  int status = outcome.ending == mCMXParser::Ending::done      ? batch::kDone
+               : outcome.ending == mCMXParser::Ending::invalid ? batch::kInvalidCommand
+                                                               : batch::kFailed;
+  const bool wanted = !options.outputFolder.isEmpty() || (options.save && document.cmx->Modified());
+  if (status == batch::kDone && wanted && !document.SaveDocumment(target)) status = batch::kFailed;
+  frame.document = nullptr;
+  return status;
+}
+
+}  // namespace
+
+namespace batch {
+
+QString commandsFromFile(const QString& path, QString* error) {
+  const text::LoadedFile file = text::loadFile(QFile::encodeName(path).toStdString());
+  *error = file.error.empty() ? QString() : tr("%1: %2").arg(plainForDisplay(path), QString::fromStdString(file.error));
+  return toQString(file.text.bytes({text::ByteOffset(0), file.text.size()}));
+}
+
+QString commandsOfMacro(const QString& languageAndName, QString* error) {
+  // A language's name may hold "/" and so may a macro's: every way to part them is tried.
+  for (qsizetype slash = languageAndName.indexOf(u'/'); slash >= 0; slash = languageAndName.indexOf(u'/', slash + 1)) {
+    const int index = languages().GetIndex(languageAndName.left(slash));
+    if (index == 0) continue;
+    for (const auto& macro : *languages().Languages()->Item(index)->cMacros())
+      if (macro->Name == languageAndName.mid(slash + 1)) {
+        error->clear();
+        return macro->CommandString;
+      }
+  }
+  *error = tr("There is no macro %1 (give LANGUAGE/NAME)").arg(plainForDisplay(languageAndName));
+  return {};
+}
+
+int run(const BatchOptions& options) {
+  if (options.files.isEmpty()) {
+    writeTo(kStandardError, tr("No files are named.") + u"\r\n"_s);
+    return kFailed;
+  }
+  const Setting setting;
+  BatchFrame own;
+  setFrame(&own);
+  QObject::connect(own.logWindow.get(), &frmLog::appended, [](const QString& text) { writeTo(kStandardOutput, text); });
+  if (!options.outputFolder.isEmpty()) {
+    const std::string error = text::makeFolders(QFile::encodeName(options.outputFolder).toStdString());
+    if (!error.empty()) {
+      MsgBox(QString::fromStdString(error), plainForDisplay(options.outputFolder));
+      return kFailed;
+    }
+  }
+  const bool showProgress = options.files.size() > 1 && isTerminal(kStandardError) && !isTerminal(kStandardOutput);
+  QSet<QString> targets;
+  int worst = kDone, count = 0;
+  for (const QString& path : options.files) {
+    if (showProgress) writeTo(kStandardError, u"\x1b[K[%1/%2] %3\r"_s.arg(++count).arg(options.files.size()).arg(plainForDisplay(path, 60)));
+    QString target = path;
+    if (!options.outputFolder.isEmpty()) {
+      target = QDir(options.outputFolder).filePath(GetFileTitle(path));
+      if (targets.contains(target)) {
+        MsgBox(tr("Another file of this name went to the output folder already."), plainForDisplay(path));
+        worst = kFailed;
+        continue;
+      }
+      targets.insert(target);
+    }
+    worst = std::max(worst, runOn(own, path, options, target));
+  }
+  if (showProgress) writeTo(kStandardError, u"\x1b[K"_s);
+  return worst;
+}
+
+}  // namespace batch

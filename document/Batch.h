@@ -1,0 +1,30 @@
+// Batch mode: a command string over files, without a window, a running copy or a person. Settings are read and never written.
+//
+// Per file: load, language by extension, caret at the start, run, then - when asked for and the run ended well - save. The log
+// goes to standard output as it is written, boxes and progress to standard error; "$Input(" reads a line of standard input (an
+// empty answer at its end). Line ends are the platform's own.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+struct BatchOptions {
+  QString commands;          // the command string
+  QStringList files;
+  bool save = false;         // back to the files that the run changed
+  QString outputFolder;      // not empty: all files go there instead, under their own names
+};
+
+namespace batch {
+
+// Exit status: the worst of all files.
+inline constexpr int kDone = 0, kInvalidCommand = 1, kFailed = 2;
+
+// Command strings from elsewhere; *error is a text for the person, empty when all is well.
+QString commandsFromFile(const QString& path, QString* error);          // --script FILE
+QString commandsOfMacro(const QString& languageAndName, QString* error);  // --macro LANGUAGE/NAME; the definitions are read already
+
+// Needs an application object (any platform plugin). Takes the frame, the boxes and the settings for the time it runs.
+int run(const BatchOptions& options);
+
+}  // namespace batch

@@ -1,0 +1,95 @@
+#include "document/RunGuards.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QTimer>
+
+#include "base/Dialogs.h"
+
+namespace {
+constexpr int kLookPeriod = 80;   // milliseconds
+}
+
+RunStep::RunStep(CodeMax* control) : control_(control) {
+  if (!control) return;
+  model_ = control->model();
+  endWait();
+}
+
+RunStep::~RunStep() {
+  beginWait(false);
+  model_.reset();
+}
+
+void RunStep::beginWait(bool keepStep) {
+  if (editing_ && control_) {
+    control_->endEdit();
+    control_->setVisibleText(true);
+  }
+  editing_ = false;
+  if (!keepStep) closeStep();
+}
+
+void RunStep::closeStep() {
+  if (grouped_) model_->document().endGroup();
+  grouped_ = false;
+}
+
+void RunStep::endWait() {
+  if (!control_) return;
+  if (!grouped_) model_->document().beginGroup();
+  grouped_ = true;
+  control_->setVisibleText(false);
+  control_->beginEdit();
+  editing_ = true;
+}
+
+RunInput::RunInput() {
+  clock_.start();
+  if (qApp) qApp->installEventFilter(this);
+}
+
+RunInput::~RunInput() = default;
+
+void RunInput::lookIn() {
+  if (clock_.elapsed() < kLookPeriod) return;
+  looking_ = true;
+  QCoreApplication::processEvents();
+  looking_ = false;
+  clock_.restart();
+}
+
+bool RunInput::eventFilter(QObject* receiver, QEvent* event) {
+  if (!looking_ && (!waiting_ || isDialogUp() || QApplication::activePopupWidget())) return false;
+  switch (event->type()) {
+    case QEvent::KeyPress:
+      if (static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape && (looking_ || !touched_)) {
+        emit escape();
+        return true;
+      }
+      [[fallthrough]];
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::InputMethod:
+    case QEvent::Drop:
+    case QEvent::Shortcut:
+      if (looking_) return true;
+      touched_ = true;
+      emit touched();
+      return false;
+    // Between two statements nothing may look at a text that is half done, nor take it away.
+    case QEvent::ShortcutOverride:
+    case QEvent::KeyRelease:
+    case QEvent::MouseButtonRelease:
+    case QEvent::ContextMenu:
+    case QEvent::Wheel:
+    case QEvent::DragEnter: return looking_;
+    case QEvent::Close:
+      if (looking_) event->ignore();
+      return looking_;
+    case QEvent::Timer: return looking_ && (receiver->isWidgetType() || qobject_cast<QTimer*>(receiver));
+    default: return false;
+  }
+}
+
+#include "moc_RunGuards.cpp"

@@ -1,0 +1,163 @@
+#include "document/TextReports.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QLocale>
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <set>
+
+#include "document/Statements.h"
+#include "document/frmDocument.h"
+#include "text/Search.h"
+
+using namespace Qt::StringLiterals;
+
+namespace reports {
+
+namespace {
+
+QString label(const char* text) {
+  constexpr int kWidth = 14;
+  return QString::fromLatin1(text).leftJustified(kWidth) + u": "_s;
+}
+
+bool isBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == std::string_view::npos; }
+
+// The comments of a text, line by line from the top; a line's tokens are found once.
+class Comments {
+ public:
+  explicit Comments(TextModel& model) : model_(model), highlighter_(model.highlighter()) {}
+
+  bool holds(text::ByteOffset at) {
+    const text::Snapshot& text = model_.snapshot();
+    const text::LineNo line = text.lineAt(at);
+    scan(line);
+    const std::int64_t column = at - text.lineStart(line);
+    return std::any_of(tokens_.begin(), tokens_.end(), [&](const text::Token& token) {
+      return token.kind == text::TokenKind::comment && column >= token.begin && column < token.begin + token.length;
+    });
+  }
+
+  bool fills(text::LineNo line) {
+    scan(line);
+    const std::string content = model_.snapshot().line(line);
+    std::int64_t from = 0;
+    for (const text::Token& token : tokens_) {
+      if (!isBlank(std::string_view(content).substr(std::size_t(from), std::size_t(token.begin - from)))) return false;
+      if (token.kind != text::TokenKind::comment) return false;
+      from = token.begin + token.length;
+    }
+    return from > 0 && isBlank(std::string_view(content).substr(std::size_t(from)));
+  }
+
+ private:
+  void scan(text::LineNo line) {
+    if (line_ == line) return;
+    tokens_.clear();
+    if (highlighter_) {
+      const bool next = line_ && line.value == line_->value + 1;
+      after_ = highlighter_->scanLine(model_.snapshot().line(line), next ? after_ : model_.stateAt(line), &tokens_);
+    }
+    line_ = line;
+  }
+
+  TextModel& model_;
+  const text::Highlighter* highlighter_;
+  std::optional<text::LineNo> line_;
+  text::LineState after_ = 0;
+  std::vector<text::Token> tokens_;
+};
+
+}  // namespace
+
+LineCounts countLines(frmDocument& document) {
+  TextModel& model = *document.cmx->model();
+  const text::Snapshot& text = model.snapshot();
+  Comments comments(model);
+  LineCounts counts;
+  for (text::LineNo line; line.value < text.lineCount(); ++line) {
+    if (isBlank(text.line(line)))
+      ++counts.blank;
+    else if (comments.fills(line))
+      ++counts.comments;
+  }
+  return counts;
+}
+
+QString fileInformation(frmDocument& document) {
+  const bool named = !document.CurrentFileName().isEmpty();
+  const QFileInfo file(document.CurrentFileName());
+  QStringList lines;
+  lines << label("Path") + (named ? document.CurrentFileName() : document.CurrentFileDir() + QDir::separator() + document.CurrentFileTitle());
+  const QDateTime time = named ? file.lastModified() : QDateTime();
+  lines << label("Last Modified") +
+               (time.isValid() ? QLocale().toString(time.date(), QLocale::ShortFormat) + time.time().toString(u" hh:mm:ss"_s) : QString());
+  lines << label("Size") + QString::number(document.cmx->Text().size()) + u" bytes"_s;
+  const qint64 total = document.cmx->LineCount();
+  lines << label("Lines") + QString::number(total);
+  if (document.LanguageIndex() > 0) {
+    const LineCounts counts = countLines(document);
+    lines << label("Comments") + u"%1 (%2%)"_s.arg(counts.comments).arg(std::llround(100.0 * double(counts.comments) / double(total)));
+    lines << label("Blank Lines") + QString::number(counts.blank);
+  }
+  constexpr auto kWriters = QFileDevice::WriteOwner | QFileDevice::WriteGroup | QFileDevice::WriteOther;
+  if (named && file.exists() && (!file.isWritable() || !(file.permissions() & kWriters))) lines << u"Read Only"_s;
+  return lines.join(u"\r\n"_s);
+}
+
+QString usage(frmDocument& document, const QString& argument) {
+  QString what = argument;
+  std::set<statements::Option> options;
+  for (const statements::UsageOption& option : statements::usageOptions()) {
+    // The option stands between blanks or at the end, so that "a -big" keeps its word.
+    const QString text = QString::fromLatin1(option.text);
+    for (qsizetype at = 0; (at = what.indexOf(text, at)) >= 0;) {
+      const qsizetype end = at + text.size();
+      if (end < what.size() && what[end] != u' ') {
+        at = end;
+        continue;
+      }
+      what.remove(at, text.size());
+      options.insert(option.option);
+    }
+  }
+  const auto has = [&](statements::Option option) { return options.count(option) != 0; };
+  CodeMax& cmx = *document.cmx;
+  text::SearchOptions search;
+  search.matchCase = cmx.SearchCaseSensitive() || has(statements::Option::caseSensitive);
+  search.wholeWord = has(statements::Option::wholeWords);
+
+  TextModel& model = *cmx.model();
+  const text::Snapshot text = model.snapshot();
+  std::vector<text::ByteRange> hits;
+  if (!what.isEmpty()) {
+    const text::Searcher searcher(fromQString(what), search);
+    text::SearchAllResult result = searcher.all(text, {text::ByteOffset(0), text.size()});
+    const std::string error = searcher.error().empty() ? result.error : searcher.error();
+    if (!error.empty()) return QString::fromStdString(error) + u"\r\n"_s;
+    hits = std::move(result.ranges);
+  }
+  if (has(statements::Option::skipComments)) {
+    Comments comments(model);
+    std::erase_if(hits, [&](const text::ByteRange& hit) { return comments.holds(hit.begin); });
+  }
+  QString report;
+  std::int64_t lastLine = -1;
+  for (const text::ByteRange& hit : hits) {
+    const text::LineNo line = text.lineAt(hit.begin);
+    const bool newLine = std::exchange(lastLine, line.value) != line.value;
+    if (newLine && has(statements::Option::bookmark)) cmx.setBookmark(line.value, true);
+    if (has(statements::Option::countOnly) || (!newLine && !has(statements::Option::verbose))) continue;
+    report += QString::number(line.value + 1);
+    if (has(statements::Option::verbose))
+      report += u',' + QString::number(toQString(text.bytes({text.lineStart(line), hit.begin})).size());
+    report += u": "_s + toQString(text.line(line)) + u"\r\n"_s;
+  }
+  return report + QCoreApplication::translate("mCMXParser", "%1 occurrence(s) of '%2'").arg(hits.size()).arg(what) + u"\r\n"_s;
+}
+
+}  // namespace reports

@@ -1,0 +1,38 @@
+// The command dialog: a field for command strings that run on the active document. It stays open beside the texts, keeps what
+// was typed when a line fails and shows that line, and remembers the last 20 command strings from one run of the program to the next.
+//
+// Verbs, edit commands, variables and options are offered while typing, with their help.
+#pragma once
+
+#include <QDialog>
+#include <QStringList>
+
+class CommandField;
+class QLabel;
+class QPushButton;
+
+class frmCommand : public QDialog {
+  Q_OBJECT
+ public:
+  explicit frmCommand(QWidget* parent = nullptr);
+
+  QString commands() const;
+  void setCommands(const QString& text);
+  void run();                          // what the Run button does
+  const QStringList& history() const { return history_; }   // newest first
+  void recall(int step);               // 1: the next older one, -1: the next newer one; what was typed comes after the newest
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  void remember(const QString& text);
+  void showHelp();
+
+  CommandField* field_;
+  QLabel *help_, *report_;
+  QPushButton *run_, *older_, *newer_;
+  QStringList history_;
+  QString typed_;                      // before recalling began
+  int recalled_ = -1;                  // entry of the history that is shown; -1: what was typed
+};

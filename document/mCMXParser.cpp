@@ -1,0 +1,327 @@
+#include "document/mCMXParser.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QPointer>
+#include <QRegularExpression>
+#include <algorithm>
+#include <optional>
+
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "control/CommandTable.h"
+#include "document/CommandLine.h"
+#include "document/Frame.h"
+#include "document/Process.h"
+#include "document/RunGuards.h"
+#include "document/Statements.h"
+#include "document/TextReports.h"
+#include "document/Variables.h"
+#include "document/frmDocument.h"
+#include "document/frmLog.h"
+
+using namespace Qt::StringLiterals;
+
+namespace mCMXParser {
+
+namespace {
+
+using statements::Code;
+
+constexpr int kWindowStart = 114, kFindReplace = 169, kFind = 178, kDocumentStart = 189;
+
+QString tr(const char* text) { return QCoreApplication::translate("mCMXParser", text); }
+
+// One run, or a single statement outside one.
+struct RunState {
+  QPointer<frmDocument> document;
+  bool showLog = false, logEdit = false, restoreCursor = false;
+  std::optional<CmRange> saved;                 // by SELGET
+  CmRange caret;
+  bool stopped = false;
+  QPointer<process::Program> program;           // that it waits for
+  std::optional<BusyGuard> busy;
+  std::unique_ptr<RunStep> documentStep, logStep;
+  std::unique_ptr<RunInput> input;
+};
+
+RunState* current = nullptr;                         // null: none
+bool interactive = true;
+variables::Answers answers;
+
+frmDocument* documentOf(const RunState& run) { return run.document.data(); }
+frmDocument* activeDocument() { return current ? documentOf(*current) : frame() ? frame()->activeDocument() : nullptr; }
+frmLog* log() { return frame() ? frame()->log() : nullptr; }
+
+void writeLog(RunState& run, const QString& text) {
+  if (frmLog* const window = log()) window->AppendLog(text);
+  run.showLog = true;
+}
+
+// A number as the language reads it: what stands at the beginning, 0 without one.
+qint64 numberIn(const QString& text) {
+  static const QRegularExpression number(u"^\\s*[-+]?\\d+(\\.\\d*)?"_s);
+  const double value = number.match(text).captured().trimmed().toDouble();
+  return qint64(std::clamp(value, -9e15, 9e15));
+}
+
+CodeMax* target(const RunState& run) {
+  if (run.logEdit) return log() ? log()->cmx : nullptr;
+  frmDocument* const document = documentOf(run);
+  return document ? document->cmx : nullptr;
+}
+
+bool selectionStatement(RunState& run, CodeMax& cmx, const QString& name) {
+  if (name == "SELGET"_L1) {
+    run.saved = cmx.GetSel(false);
+  } else if (name == "SELSET"_L1) {
+    if (run.saved) cmx.SetSel(*run.saved);
+  } else if (name == "SELECTAREA"_L1) {
+    if (!run.saved) return true;
+    CmRange from = *run.saved;
+    const CmRange to = cmx.GetSel(true);
+    if (std::pair(from.StartLineNo, from.StartColNo) > std::pair(from.EndLineNo, from.EndColNo)) {
+      std::swap(from.StartLineNo, from.EndLineNo);
+      std::swap(from.StartColNo, from.EndColNo);
+    }
+    cmx.SetSel({from.StartLineNo, from.StartColNo, to.EndLineNo, to.EndColNo, false});
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool runEditCommand(RunState& run, const statements::Split& statement) {
+  constexpr qsizetype kPrefix = 3;              // letters that every edit command has in front, whatever they are
+  if (statement.verb.size() < kPrefix) return false;
+  const QString name = statement.verb.mid(kPrefix);
+  CodeMax* const cmx = target(run);
+  if (!cmx) return true;
+  if (selectionStatement(run, *cmx, name)) return true;
+  const Command* const command = commandByName(name);
+  if (!command) return false;
+  QVariant argument;
+  if (command->argument == CommandArgument::number) argument = numberIn(statement.argument);
+  if (command->argument == CommandArgument::text) argument = statement.argument;
+  if (command->id == kWindowStart || command->id == kDocumentStart) argument = 0;
+  if (!interactive && (command->id == kFind || command->id == kFindReplace)) return true;
+  return cmx->ExecuteCmd(command->id, argument);
+}
+
+// Lets the person work while a program runs.
+class Waiting {
+ public:
+  explicit Waiting(RunState& run) : run_(run), busy_(run.busy.has_value()) {
+    if (run.documentStep) run.documentStep->beginWait(true);
+    if (run.logStep) run.logStep->beginWait(false);
+    if (run.input) run.input->setWaiting(true);
+    run.busy.reset();
+  }
+  ~Waiting() {
+    if (busy_) run_.busy.emplace();
+    if (run_.input) run_.input->setWaiting(false);
+    if (run_.documentStep) run_.documentStep->endWait();
+    if (run_.logStep) run_.logStep->endWait();
+  }
+
+ private:
+  RunState& run_;
+  bool busy_;
+};
+
+QString waitText(quint32 result) {
+  switch (result) {
+    case process::kEnded: return tr("Normal completion.");
+    case process::kTimedOut: return tr("Timed out!");
+    case process::kAbandoned: return tr("Wait Abandoned!");
+    default: return tr("Wait Error:");
+  }
+}
+
+void startProgram(RunState& run, const QString& commandLine, bool watch) {
+  const std::vector<std::string> arguments =
+      programArguments(commandLine, [&](QString& word) { variables::substitute(word, documentOf(run), answers); });
+  const auto started = [&run](process::Program& program) {
+    run.program = &program;
+    if (frmLog* const window = log()) {
+      window->watch(program);
+      QObject::connect(&program, &process::Program::output, window, [] {
+        if (frame()) frame()->showLog();
+      }, Qt::SingleShotConnection);
+    }
+  };
+  quint32 result = 0;
+  {
+    const Waiting waiting(run);
+    result = watch ? process::LaunchAndWatch(arguments, process::kNormalWindow, started)
+                   : process::LaunchAndWait(arguments, process::kNormalWindow, {}, started);
+  }
+  int error = 0;
+  if (process::startFailed(result, &error)) {
+    const QString why = QString::fromStdString(text::errorText(error));
+    writeLog(run, tr("%1: %2").arg(commandLine, why) + u"\r\n"_s);
+    MsgBox(tr("Command Failure"));
+  } else if (!watch) {
+    SetStatusText(waitText(result));
+  }
+  if (!watch && result == process::kAbandoned) run.stopped = true;
+}
+
+QString logFile(const RunState& run, const QString& argument) {
+  if (!argument.isEmpty()) return argument;
+  const frmDocument* const document = documentOf(run);
+  const QString folder = document && document->DocumentHasName() ? document->CurrentFileDir() : QDir::currentPath();
+  return joinPath(folder, u"zelkor.log"_s);
+}
+
+bool execute(RunState& run, const QString& line) {
+  const statements::Split statement = statements::split(line);
+  const QString& argument = statement.argument;
+  frmDocument* const document = documentOf(run);
+  frmLog* const window = log();
+  switch (statements::codeOf(statement.verb)) {
+    case Code::logColor:
+      if (window && document) window->cmx->setLanguage(document->cmx->Language());
+      return true;
+    case Code::logClear:
+      if (window) window->Clear();
+      return true;
+    case Code::logToText:
+      if (window && document) document->cmx->InsertText(window->Text(), document->CurrentPosition());
+      return true;
+    case Code::logInsertFile:
+      if (window) window->InsertFile();
+      run.showLog = true;
+      return true;
+    case Code::logEdit: run.showLog = run.logEdit = true; return true;
+    case Code::normalEdit: run.logEdit = false; return true;
+    case Code::logSave:
+      if (window) window->SaveDocumment(logFile(run, argument));
+      return true;
+    case Code::shell:
+    case Code::shellW: startProgram(run, argument, statements::codeOf(statement.verb) == Code::shell); return true;
+    case Code::echo: writeLog(run, argument.endsWith(u';') ? argument.chopped(1) : argument + u"\r\n"_s); return true;
+    case Code::usage:
+      if (document) writeLog(run, reports::usage(*document, argument));
+      run.restoreCursor = true;
+      return true;
+    case Code::fileInfo: writeLog(run, FileInformation() + u"\r\n"_s); return true;
+    case Code::invalid: return false;
+    case Code::editCommand: return runEditCommand(run, statement);
+  }
+  return false;
+}
+
+bool startsPrograms(const QString& line) {
+  const Code code = statements::codeOf(statements::split(line).verb);
+  return code == Code::shell || code == Code::shellW;
+}
+
+// A line as it is written: prompts, then variables, then its statement. What a started program gets is cut into arguments
+// before values are put in, so a value cannot become a second argument - nor can a statement that only a value made start one.
+bool runLine(RunState& run, QString& line) {
+  variables::expandPrompts(line, answers);
+  if (startsPrograms(line)) return execute(run, line);
+  variables::substitute(line, documentOf(run), answers);
+  return !startsPrograms(line) && execute(run, line);
+}
+
+void reportInvalid(int language, int macro, const QString& line) {
+  const QString text = InvalidCommandText(line);
+  if (language > 0 && macro > 0 && frame()) frame()->showMacro(language, macro, text);
+  MsgBox(plainForDisplay(text));
+  if (frmLog* const window = log()) window->AppendLog(u"\r\n"_s + tr("Invalid Command %1").arg(line));
+}
+
+Outcome runLines(RunState& run, const QString& commands) {
+  Outcome outcome;
+  const QStringList lines = toCrLf(commands).split(u"\r\n"_s);
+  for (const QString& written : lines) {
+    ++outcome.line;
+    if (written.isEmpty()) continue;
+    if (run.input) run.input->lookIn();
+    QString line = written;
+    const bool good = run.stopped || runLine(run, line);
+    if (run.stopped || !run.document) {
+      outcome.ending = Ending::stopped;
+      return outcome;
+    }
+    if (!good) {
+      outcome.ending = Ending::invalid;
+      outcome.text = line;
+      return outcome;
+    }
+  }
+  outcome.line = 0;
+  return outcome;
+}
+
+}  // namespace
+
+QString InvalidCommandText(const QString& line) { return tr("Invalid Command : %1").arg(line); }
+
+Outcome Run(int language, int macro, const QString& commands) {
+  frmDocument* const document = frame() ? frame()->activeDocument() : nullptr;
+  if (current) SetStatusText(tr("A command string is running already"));
+  if (current || !document) return {Ending::refused, 0, {}};
+
+  RunState run;
+  current = &run;
+  answers.clear();
+  run.document = document;
+  run.caret = document->cmx->GetSel(false);
+  run.busy.emplace();
+  run.documentStep = std::make_unique<RunStep>(document->cmx);
+  run.logStep = std::make_unique<RunStep>(log() ? log()->cmx : nullptr);
+  run.input = std::make_unique<RunInput>();
+  QObject::connect(run.input.get(), &RunInput::escape, run.input.get(), &Stop);
+  QObject::connect(run.input.get(), &RunInput::touched, run.input.get(), [&run] { run.documentStep->closeStep(); });
+  QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, run.input.get(), &Stop);
+
+  const Outcome outcome = runLines(run, commands);
+
+  if (run.document && run.restoreCursor) run.document->cmx->SetSel(run.caret);
+  run.input.reset();
+  run.logStep.reset();
+  run.documentStep.reset();
+  if (run.document) run.document->update();
+  if (outcome.ending == Ending::invalid) reportInvalid(language, macro, outcome.text);
+  if (outcome.ending == Ending::stopped) SetStatusText(tr("The command string was stopped"));
+  run.busy.reset();
+  answers.clear();
+  current = nullptr;
+  if (outcome.ending == Ending::done && run.showLog && frame()) frame()->showLog();
+  return outcome;
+}
+
+bool isRunning() { return current != nullptr; }
+
+void Stop() {
+  if (!current) return;
+  current->stopped = true;
+  if (current->program) current->program->stop();
+}
+
+void SubstituteVariables(QString& text) { variables::substitute(text, activeDocument(), answers); }
+void ExpandPrompts(QString& text) { variables::expandPrompts(text, answers); }
+
+bool ExecuteStatement(const QString& line) {
+  if (current) return execute(*current, line);
+  RunState single;
+  single.document = activeDocument();
+  current = &single;
+  const bool good = execute(single, line);
+  current = nullptr;
+  if (single.showLog && frame()) frame()->showLog();
+  return good;
+}
+
+QString FileInformation() {
+  frmDocument* const document = activeDocument();
+  return document ? reports::fileInformation(*document) : QString();
+}
+
+void setInteractive(bool on) { interactive = on; }
+
+}  // namespace mCMXParser
