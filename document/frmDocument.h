@@ -39,6 +39,8 @@ class frmDocument : public QWidget {
   void RowAndCol();                         // "line,column" of the caret into panel 2; lines from 1, columns from 0
   // A text that already came from this file is exchanged in one undo step, so that what was shown can come back.
   void LoadDocument(const QString& path, bool& loaded);
+  // Reads the file again as of another encoding; one undo step. False: it cannot be read so, the person has been told.
+  bool ReopenAs(const text::FileFormat& format);
   // False: not saved, the person has been told. Asks before it overwrites what others wrote meanwhile. Names are the
   // caller's affair (frmMain::mainSaveDocument).
   bool SaveDocumment(const QString& path);
@@ -89,7 +91,7 @@ class frmDocument : public QWidget {
   void cmx_SelChange();
   void cmx_PropsChange();
   void Timer1_Timer();
-  QString reload(const QString& path);
+  QString reload(const QString& path, const std::optional<text::FileFormat>& as = {});
   void updateCaption();
   void showTemplateState(bool afterTyping);
 

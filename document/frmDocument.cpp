@@ -1,0 +1,531 @@
+#include "document/frmDocument.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QPointer>
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "document/CMXRegistry.h"
+#include "document/Frame.h"
+#include "document/Languages.h"
+#include "document/frmRegistry.h"
+#include "language/ucCM.h"
+#include "text/FileIo.h"
+
+// What all windows on one text share.
+struct frmDocument::Shared {
+  QString name, title, folder;
+  bool hasName = false;
+  bool modified = false;
+  int language = 0;
+  QString lineComment, blockStart, blockEnd;
+  std::int64_t stampTakenNs = 0;   // when the file was last looked at whole
+  std::vector<frmDocument*> windows;
+};
+
+namespace {
+
+constexpr int kWatchMs = 4000;
+// A file written twice within the clock's grain can change without its times changing; only its content tells.
+constexpr std::int64_t kClockGrainNs = 2'000'000'000;
+
+std::int64_t nowNs() {
+  using namespace std::chrono;
+  return duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+class Hourglass {
+ public:
+  Hourglass() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+  ~Hourglass() { QApplication::restoreOverrideCursor(); }
+};
+
+int windowStateOf(const QWidget& window) {
+  return window.isMinimized() ? 1 : window.isMaximized() ? 2 : 0;
+}
+
+}  // namespace
+
+// While one of our boxes is up the watch rests, and the focus that comes back when it closes is not a focus gain.
+class frmDocument::OwnBox {
+ public:
+  explicit OwnBox(frmDocument& document) : document_(&document), watched_(document.Timer1->isActive()) {
+    document.Timer1->stop();
+    ++document.ownBoxes_;
+  }
+  ~OwnBox() {
+    if (!document_) return;
+    --document_->ownBoxes_;
+    if (watched_) document_->Timer1->start();
+  }
+  bool documentIsGone() const { return document_.isNull(); }
+
+ private:
+  QPointer<frmDocument> document_;
+  bool watched_;
+};
+
+frmDocument::frmDocument(QWidget* parent)
+    : QWidget(parent), cmx(new CodeMax(this)), Timer1(new QTimer(this)), shared_(std::make_shared<Shared>()) {
+  setUp();
+  frmRegistry::instance().SetupMenusModified(false);
+  CMXRegistry::applyTo(*cmx);
+}
+
+frmDocument::frmDocument(frmDocument& viewOf, QWidget* parent)
+    : QWidget(parent), cmx(new CodeMax(*viewOf.cmx, this)), Timer1(new QTimer(this)), shared_(viewOf.shared_) {
+  setUp();
+  CMXRegistry::applyTo(*cmx);
+  updateCaption();
+}
+
+frmDocument::~frmDocument() { std::erase(shared_->windows, this); }
+
+void frmDocument::setUp() {
+  shared_->windows.push_back(this);
+  Timer1->setInterval(kWatchMs);
+  setFocusProxy(cmx);
+  connect(Timer1, &QTimer::timeout, this, &frmDocument::Timer1_Timer);
+  connect(cmx, &CodeMax::GotFocus, this, &frmDocument::cmx_GotFocus);
+  connect(cmx, &CodeMax::LostFocus, this, &frmDocument::cmx_LostFocus);
+  connect(cmx, &CodeMax::ModifiedChange, this, &frmDocument::cmx_ModifiedChange);
+  connect(cmx, &CodeMax::RClick, this, &frmDocument::cmx_RClick);
+  connect(cmx, &CodeMax::Return, this, &frmDocument::cmx_Return);
+  connect(cmx, &CodeMax::Typed, this, &frmDocument::cmx_Typed);
+  connect(cmx, &CodeMax::SelChange, this, &frmDocument::cmx_SelChange);
+  connect(cmx, &CodeMax::PropsChange, this, &frmDocument::cmx_PropsChange);
+  connect(cmx, &CodeMax::Note, this, [](const QString& text) { SetStatusText(text); });
+}
+
+const QString& frmDocument::CurrentFileName() const { return shared_->name; }
+const QString& frmDocument::CurrentFileTitle() const { return shared_->title; }
+const QString& frmDocument::CurrentFileDir() const { return shared_->folder; }
+bool frmDocument::DocumentHasName() const { return shared_->hasName; }
+bool frmDocument::DocumentModified() const { return shared_->modified; }
+int frmDocument::LanguageIndex() const { return shared_->language; }
+const QString& frmDocument::LineComment() const { return shared_->lineComment; }
+const QString& frmDocument::BlockCommentStart() const { return shared_->blockStart; }
+const QString& frmDocument::BlockCommentEnd() const { return shared_->blockEnd; }
+int frmDocument::views() const { return static_cast<int>(shared_->windows.size()); }
+
+void frmDocument::setUntitled(const QString& title, const QString& folder) {
+  shared_->name.clear();
+  shared_->hasName = false;
+  shared_->title = title;
+  shared_->folder = folder;
+  updateCaption();
+}
+
+void frmDocument::setFile(const QString& path) {
+  shared_->name = path;
+  shared_->title = GetFileTitle(path);
+  shared_->folder = GetFileDir(path);
+  shared_->hasName = true;
+  updateCaption();
+}
+
+QString frmDocument::Caption() const { return shared_->modified ? shared_->title + u'*' : shared_->title; }
+
+void frmDocument::updateCaption() {
+  for (frmDocument* window : shared_->windows) {
+    QString caption = plainForDisplay(window->Caption(), 200);
+    caption.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));   // a place holder of the tool kit otherwise
+    window->setWindowTitle(caption);
+    emit window->captionChanged();
+  }
+}
+
+void frmDocument::DocumentChanged(bool modified) {
+  shared_->modified = modified;
+  frmRegistry::instance().SetupMenusModified(modified);
+  updateCaption();
+  if (Frame* main = frame()) main->refreshToolbar();
+}
+
+void frmDocument::RowAndCol() {
+  Frame* main = frame();
+  if (!main) return;
+  const CmRange selection = cmx->GetSel(false);
+  main->setPanel(2, QString::number(selection.EndLineNo + 1) + u',' + QString::number(selection.EndColNo));
+}
+
+// ---- load, save, watch
+
+void frmDocument::LoadDocument(const QString& path, bool& loaded) {
+  QString error;
+  {
+    const Hourglass hourglass;
+    error = shared_->hasName && path == shared_->name ? reload(path) : cmx->OpenFile(path);
+  }
+  loaded = error.isEmpty();
+  if (!loaded) {
+    const OwnBox box(*this);
+    MsgBox(tr("File Open Error : ") + error, tr("Opening ") + path, Icon::exclamation);
+    return;
+  }
+  shared_->stampTakenNs = nowNs();
+  shared_->hasName = true;
+  Timer1->start();
+  // A 16-bit encoding has the byte of a line feed inside other characters; there the control knows better.
+  const text::Encoding encoding = cmx->fileFormat().encoding;
+  const bool wide = encoding == text::Encoding::utf16le || encoding == text::Encoding::utf16be;
+  if (!wide) {
+    const bool crlf = SetCRLF(path);
+    if (crlf != cmx->EnableCRLF()) cmx->setEnableCRLF(crlf);
+  }
+  if (Frame* main = frame()) {
+    main->setPanel(2, QString::number(cmx->LineCount()) + tr(" Lines"));
+    main->setUnixPanel(!cmx->EnableCRLF());
+  }
+  SetStatusText(path);
+}
+
+// Exchanges only what differs, so that caret, bookmarks and folded work elsewhere in the text stay where they are.
+QString frmDocument::reload(const QString& path, const std::optional<text::FileFormat>& as) {
+  TextModel& model = *cmx->model();
+  text::LoadOptions options;
+  options.format = as;
+  if (model.format.encoding >= text::Encoding::windows1252) options.fallback = model.format.encoding;
+  const text::LoadedFile file = text::loadFile(fromQString(path), options);
+  if (!file.error.empty()) return toQString(file.error);
+
+  text::Document& document = model.document();
+  const text::Snapshot was = document.snapshot();
+  const std::int64_t oldSize = was.size().value, newSize = file.text.size().value, shorter = std::min(oldSize, newSize);
+  std::int64_t head = 0, tail = 0;
+  while (head < shorter) {
+    const std::string_view a = was.chunkAt(text::ByteOffset(head)), b = file.text.chunkAt(text::ByteOffset(head));
+    const std::size_t run = std::min({a.size(), b.size(), std::size_t(shorter - head)});
+    const auto differs = std::mismatch(a.begin(), a.begin() + std::ptrdiff_t(run), b.begin());
+    head += differs.first - a.begin();
+    if (differs.first != a.begin() + std::ptrdiff_t(run)) break;
+  }
+  while (tail < shorter - head) {
+    const std::string_view a = was.chunkBefore(text::ByteOffset(oldSize - tail)),
+                           b = file.text.chunkBefore(text::ByteOffset(newSize - tail));
+    const std::size_t run = std::min({a.size(), b.size(), std::size_t(shorter - head - tail)});
+    const auto differs = std::mismatch(a.rbegin(), a.rbegin() + std::ptrdiff_t(run), b.rbegin());
+    tail += differs.first - a.rbegin();
+    if (differs.first != a.rbegin() + std::ptrdiff_t(run)) break;
+  }
+  text::Edit edit{{text::ByteOffset(head), text::ByteOffset(oldSize - tail)},
+                  file.text.bytes({text::ByteOffset(head), text::ByteOffset(newSize - tail)})};
+  const text::SelectionState before = cmx->editor().selection();
+  const bool readOnly = document.readOnly();
+  document.setReadOnly(false);   // it guards against the person's edits; the file has changed all the same
+  document.apply(std::move(edit), before);
+  document.setReadOnly(readOnly);
+  model.format = file.format;
+  model.stamp = file.stamp;
+  cmx->setModified(false);
+  return {};
+}
+
+bool frmDocument::ReopenAs(const text::FileFormat& format) {
+  QString error;
+  {
+    const Hourglass hourglass;
+    error = reload(shared_->name, format);
+  }
+  if (error.isEmpty()) return true;
+  const OwnBox box(*this);
+  MsgBox(tr("File Open Error : ") + error, tr("Opening ") + shared_->name, Icon::exclamation);
+  return false;
+}
+
+bool frmDocument::SaveDocumment(const QString& path) {
+  const auto save = [&](bool guard) {
+    const Hourglass hourglass;
+    return cmx->SaveFile(path, guard);
+  };
+  const QString title = tr("Saving ") + path;
+  text::SaveResult result = save(true);
+  if (result.changedOnDisk) {
+    const OwnBox box(*this);
+    const QString question = tr("%1 has been changed on disk by another program.\r\nDo you want to overwrite it?");
+    if (MsgBox(question.arg(plainForDisplay(path)), title, Icon::exclamation, Buttons::yesNo) != Answer::yes) return false;
+    if (box.documentIsGone()) return false;
+    result = save(false);
+  }
+  if (!result.ok()) {
+    const OwnBox box(*this);
+    MsgBox(tr("File Save Error : ") + toQString(result.error), title, Icon::exclamation);
+    return false;
+  }
+  shared_->stampTakenNs = nowNs();
+  SetStatusText(path);
+  return true;
+}
+
+bool frmDocument::CancelSaveFile() {
+  if (!cmx->Modified()) return false;
+  const OwnBox box(*this);
+  switch (MsgBox(tr("There are changes to the current file. Do you wish to save these changes"), CurrentFileTitle(),
+                 Icon::exclamation, Buttons::yesNoCancel)) {
+    case Answer::yes: break;
+    case Answer::no: return false;
+    default: return true;
+  }
+  Frame* main = frame();
+  if (box.documentIsGone() || !main) return true;
+  main->activate(this);
+  return !main->saveActive();
+}
+
+void frmDocument::inconsistentDate() {
+  static bool asking = false;   // over all documents: one question at a time
+  std::optional<text::FileStamp>& known = cmx->model()->stamp;
+  if (asking || !shared_->hasName || !known || isDialogUp()) return;
+  asking = true;
+  const struct Done { ~Done() { asking = false; } } done;
+
+  const std::string path = fromQString(shared_->name);
+  text::FileStamp now = text::stampOf(path, false);
+  const OwnBox box(*this);
+  if (!now.exists || !now.status.isRegular()) {
+    known = text::FileStamp{};   // saving it anew overwrites nobody's work
+    cmx->setModified(true);      // nothing but this window holds the text any more
+    MsgBox(tr("The source of this file cannot be found, please re-save it"), {}, Icon::exclamation);
+    return;
+  }
+  const bool fresh = shared_->stampTakenNs - now.status.ctimeNs < kClockGrainNs;
+  if (now.status == known->status && !fresh) return;
+  const std::int64_t lookedAt = nowNs();
+  now = text::stampOf(path, true);
+  const bool otherText = now.contentHash != known->contentHash || now.status.size != known->status.size;
+  if (!now.exists || (now.status.mtimeNs == known->status.mtimeNs && !otherText)) {
+    if (now.exists) {   // moved, linked, other rights: the same text of the same date
+      known = now;
+      shared_->stampTakenNs = lookedAt;
+    }
+    return;
+  }
+  const QString question = tr("Warning : ") + CurrentFileTitle() +
+                           tr(" has been changed since it was opened with this editor") + QLatin1String("\r\n") +
+                           tr("Do you want to re-load it");
+  const Answer answer = MsgBox(question, {}, Icon::exclamation, Buttons::yesNo);
+  if (box.documentIsGone()) return;
+  if (answer == Answer::yes) {
+    const CmRange caret = cmx->GetSel(false);
+    bool loaded = false;
+    LoadDocument(shared_->name, loaded);
+    if (!loaded || box.documentIsGone()) return;
+    DocumentChanged(false);
+    cmx->SetSel(caret);
+    return;
+  }
+  known = now;
+  shared_->stampTakenNs = lookedAt;
+  if (otherText) cmx->setModified(true);   // what is shown is not what the file holds
+}
+
+bool frmDocument::SetCRLF(const QString& path) {
+  text::FileSystem& files = text::fileSystem();
+  const int fd = files.openAt(text::FileSystem::kCwd, fromQString(path), text::kRead | text::kNonBlock, 0);
+  if (fd < 0) return false;
+  bool crlf = true;
+  char block[16384];
+  for (;;) {
+    const std::int64_t got = files.read(fd, block, sizeof block);
+    if (got == -EINTR) continue;
+    if (got < 0) crlf = false;
+    if (got <= 0) break;
+    const std::string_view bytes(block, std::size_t(got));
+    const std::size_t end = bytes.find_first_of("\r\n");
+    if (end == std::string_view::npos) continue;
+    crlf = bytes[end] == '\r';
+    break;
+  }
+  files.close(fd);
+  return crlf;
+}
+
+// ---- events
+
+void frmDocument::focusWork() {
+  frmRegistry& service = frmRegistry::instance();
+  service.SetupMenusModified(shared_->modified);
+  if (shared_->language > languages().Languages()->Count()) shared_->language = 0;
+  languages().setListLanguage(shared_->language);
+  service.CommandstoMenu();
+  service.SetHelpMenu();
+  Frame* main = frame();
+  if (!main) return;
+  main->setUndoRedo(cmx->CanUndo(), cmx->CanRedo());
+  main->setUnixPanel(!cmx->EnableCRLF());
+  SetStatusText(shared_->name.isEmpty() ? shared_->title : shared_->name);
+  RowAndCol();
+  main->refreshToolbar();
+}
+
+void frmDocument::cmx_GotFocus() {
+  if (gBusy()) return;
+  focusWork();
+  Timer1->start();
+  if (std::exchange(focusComesBack_, false)) return;
+  inconsistentDate();
+}
+
+void frmDocument::cmx_LostFocus() {
+  Timer1->stop();
+  if (ownBoxes_ > 0) focusComesBack_ = true;
+}
+
+void frmDocument::cmx_ModifiedChange() { DocumentChanged(cmx->Modified()); }
+
+void frmDocument::cmx_RClick(const QPoint& globalPosition, bool* handled) {
+  Frame* main = frame();
+  if (!main) return;
+  *handled = true;
+  main->showEditPopup(globalPosition);
+}
+
+void frmDocument::showTemplateState(bool afterTyping) {
+  Frame* main = frame();
+  if (!main) return;
+  main->setTemplatePanel(shared_->language > 0 && main->isTemplateAtCaret(afterTyping));
+  main->refreshToolbar();
+}
+
+void frmDocument::cmx_Return() {
+  if (gBusy()) return;
+  RowAndCol();
+  showTemplateState(true);
+}
+
+void frmDocument::cmx_Typed() {
+  if (!gBusy()) showTemplateState(true);
+}
+
+void frmDocument::cmx_SelChange() {
+  if (gBusy()) return;
+  RowAndCol();
+  showTemplateState(false);   // moving over an old hot key with two dots must not expand it
+}
+
+void frmDocument::cmx_PropsChange() {
+  if (!cmx->Language().isEmpty()) SetLanguage(languages().GetIndex(cmx->Language()));
+  CMXRegistry::save(*cmx);
+}
+
+void frmDocument::Timer1_Timer() {
+  Frame* main = frame();
+  if (!main || !main->isMinimised()) inconsistentDate();
+}
+
+void frmDocument::resizeEvent(QResizeEvent*) { cmx->setGeometry(0, 0, width(), height()); }
+
+bool frmDocument::agreeToClose() {
+  closeAsked_ = CurrentFileTitle().isEmpty() || views() > 1 || !CancelSaveFile();
+  return closeAsked_;
+}
+
+void frmDocument::closeEvent(QCloseEvent* event) {
+  if (!closeAsked_ && !agreeToClose()) {
+    event->ignore();
+    return;
+  }
+  event->accept();
+  Timer1->stop();
+  Frame* main = frame();
+  if (!main || CurrentFileTitle().isEmpty()) return;
+  main->rememberDocumentState(windowStateOf(parentWidget() ? *parentWidget() : *this));
+  main->documentClosing(this);
+  main->refreshWindowMenu();
+}
+
+// ---- languages, comments, words
+
+void frmDocument::SetLanguage(int index) {
+  ucCM& manager = languages();
+  if (index < 0 || index > manager.Languages()->Count()) index = 0;
+  manager.setListLanguage(index);
+  shared_->language = index;
+  if (index == 0) {
+    cmx->setLanguage(QString());
+  } else {
+    const QString name = manager.Language()->Name;
+    const bool bound = cmx->setLanguage(name);
+    shared_->lineComment = manager.Comment();
+    shared_->blockStart = manager.MultiCommentStart();
+    shared_->blockEnd = manager.MultiCommentEnd();
+    if (!bound) {
+      const OwnBox box(*this);
+      MsgBox(tr("Language Definition ") + name + tr(" Contains error : Please check that multi-line comments match"),
+             {}, Icon::exclamation);
+    }
+  }
+  frmRegistry::instance().CommandstoMenu();
+}
+
+namespace {
+
+// The lines of a selection, and the selection when columns behind `from` on its first and last line move by what was
+// put in (positive) or taken out (negative) there.
+struct LineBlock {
+  CmRange selection;
+  qint64 first, last;
+  QStringList lines;
+
+  explicit LineBlock(const CodeMax& control) : selection(control.GetSel(false)) {
+    const CmRange sorted = control.GetSel(true);
+    first = sorted.StartLineNo;
+    last = sorted.EndLineNo;
+    for (qint64 line = first; line <= last; ++line) lines << control.GetLine(line);
+  }
+  void moved(qint64 line, qint64 from, qint64 by) {
+    const bool keepStart = !selection.IsEmpty();   // a selection from column 0 goes on covering whole lines
+    const auto move = [&](qint64 selectionLine, qint64& column) {
+      if (selectionLine != line || column < from || (keepStart && column == 0)) return;
+      column = std::max(from, column + by);
+    };
+    move(selection.StartLineNo, selection.StartColNo);
+    move(selection.EndLineNo, selection.EndColNo);
+  }
+  void putBack(CodeMax& control) {
+    const EditBlock block(control);
+    control.ReplaceLines(first, lines);
+    control.SetSel(selection);
+  }
+};
+
+}  // namespace
+
+void frmDocument::CommentBlock() {
+  const QString& token = shared_->lineComment;
+  if (token.isEmpty() || cmx->ReadOnly()) return;
+  LineBlock block(*cmx);
+  for (QString& line : block.lines) line.prepend(token);
+  block.moved(block.first, 0, token.size());
+  if (block.last != block.first) block.moved(block.last, 0, token.size());
+  block.putBack(*cmx);
+}
+
+void frmDocument::UnCommentBlock() {
+  const QString& token = shared_->lineComment;
+  if (token.isEmpty() || cmx->ReadOnly()) return;
+  LineBlock block(*cmx);
+  for (qint64 line = block.first; line <= block.last; ++line) {
+    QString& text = block.lines[line - block.first];
+    const qsizetype at = text.indexOf(token);
+    const auto blank = [](QChar c) { return c == u' ' || c == u'\t'; };
+    if (at < 0 || !std::all_of(text.cbegin(), text.cbegin() + at, blank)) continue;
+    text.remove(at, token.size());
+    if (line == block.first || line == block.last) block.moved(line, at, -token.size());
+  }
+  block.putBack(*cmx);
+}
+
+QString frmDocument::GetCurrentWord() const { return cmx->HasSelection() ? cmx->SelText() : cmx->CurrentWord(); }
+int frmDocument::GetCurrentWordLength() const { return static_cast<int>(GetCurrentWord().size()); }
+bool frmDocument::isSelection() const { return !cmx->GetSel(true).IsEmpty(); }
+CmPosition frmDocument::CurrentPosition() const {
+  const CmRange selection = cmx->GetSel(false);
+  return {selection.EndLineNo, selection.EndColNo};
+}
