@@ -1,0 +1,75 @@
+// Messages from another copy of the program, and the sending of them.
+//
+// On Linux a message is one request on a local socket: four bytes of length (least first), then that many bytes of UTF-16
+// text (least first), at most 1 MiB. The text is fields parted by U+0000. The answer has the same form and is sent after the
+// message was acted on. Who is not of our user, says nothing for too long, or sends anything else is hung up on.
+// On Windows the same text comes by WM_COPYDATA, and the answer is the message's result.
+#pragma once
+
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QObject>
+#include <QStringList>
+#include <functional>
+
+// What is handed over: one command line (one file name, with ":LINE" or ":LINE:COLUMN" behind it if need be), possibly empty.
+struct HandOff {
+  QString text;
+  QString activation;      // the desktop's token that allows a window to come forward
+  bool readOnly = false;
+  bool wait = false;       // the sender wants to know when the document is closed
+  bool untitled = false;   // text names a file to take in as a new document and remove
+
+  QString toFields() const;
+  static bool fromFields(const QString& fields, HandOff* out);
+};
+
+enum class HandOffAnswer { acted, busy, refused, gone };   // gone: the receiver ended or never answered
+struct HandOffReply {
+  HandOffAnswer answer = HandOffAnswer::acted;
+  bool willTell = false;   // acted with wait: the sender is told by Msghook::tellClosed
+};
+
+class Msghook : public QObject {
+  Q_OBJECT
+ public:
+  static constexpr quint32 kLargest = 1u << 20;   // bytes of one message
+
+  // Message(connection, what was handed over): called on the user-interface thread, one at a time in the order of arrival.
+  using Handler = std::function<HandOffReply(quint64 connection, const HandOff&)>;
+  explicit Msghook(Handler message, QObject* parent = nullptr);
+  ~Msghook() override;
+
+  bool listen(const QString& path);   // false: errorString() says why. A file left there by a dead copy is removed.
+  void setDeadline(int ms) { deadlineMs_ = ms; }   // for a message to be complete; 5 s at first
+  void stop();                        // hangs up on all; senders then look for who comes next
+  QString errorString() const { return server_.errorString(); }
+  void tellClosed(quint64 connection);
+
+ private:
+  struct Connection;
+  void accept();
+  void read(quint64 id);
+  void drop(quint64 id);
+  void answer(Connection& connection, const QString& fields);
+  void actOnNext();
+
+  Handler message_;
+  QLocalServer server_;
+  QHash<quint64, std::shared_ptr<Connection>> connections_;
+  QList<std::pair<quint64, HandOff>> waiting_;   // complete messages in the order in which they came
+  quint64 lastId_ = 0;
+  int deadlineMs_ = 5000;
+};
+
+// The sender's side of one connection.
+class MsgSender {
+ public:
+  bool connectTo(const QString& path);      // false: nobody there, or not of our user
+  HandOffAnswer send(const HandOff& handOff);   // waits without limit for the answer
+  bool waitForClosed();                     // after an acted message with `wait`; false: the receiver ended
+
+ private:
+  bool readAnswer(QString* fields);
+  QLocalSocket socket_;
+};
