@@ -1,0 +1,36 @@
+// The bar of tabs above the document windows: one tab for each, in an order the person may change by dragging. It shows what
+// the windows are; closing and bringing forward are asked of the frame by signals.
+#pragma once
+
+#include <QTabBar>
+
+class frmDocument;
+
+class DocumentTabs : public QTabBar {
+  Q_OBJECT
+ public:
+  explicit DocumentTabs(QWidget* parent);
+
+  void add(frmDocument* document);
+  void remove(frmDocument* document);
+  void setActive(frmDocument* document);
+  frmDocument* documentAt(int tab) const;
+  int tabOf(const frmDocument* document) const;    // -1: none
+  QList<frmDocument*> inOrder() const;
+
+ signals:
+  void chosen(frmDocument* document);
+  void closeWanted(frmDocument* document);
+  void menuWanted(frmDocument* document, const QPoint& globalPosition);
+  void newWanted();                                // double click beside the tabs
+
+ protected:
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+
+ private:
+  void showCaption(frmDocument* document);
+  int pressed_ = -1;
+};

@@ -1,0 +1,173 @@
+#include "app/FrameMenus.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QToolBar>
+#include <QToolButton>
+#include <algorithm>
+
+#include "app/Icons.h"
+#include "app/frmMain.h"
+#include "control/CommandTable.h"
+
+namespace {
+
+QString shown(const char* text) { return *text ? QCoreApplication::translate("frmMain", text) : QString(); }
+
+QString elementName(const QString& name, int index) {
+  return index < 0 ? name : name + u'(' + QString::number(index) + u')';
+}
+
+// "&Open..." as running text.
+QString plainCaption(const char* caption) {
+  return shown(caption).remove(u'&').remove(QLatin1String("..."));
+}
+
+}  // namespace
+
+FrameMenus::FrameMenus(frmMain& frame) : QObject(&frame), frame_(frame), toolBar_(new QToolBar(&frame)) {
+  toolBar_->setObjectName(QStringLiteral("Toolbar"));
+  toolBar_->setWindowTitle(shown(QT_TRANSLATE_NOOP("frmMain", "Toolbar")));
+  toolBar_->setMovable(false);
+  toolBar_->setContextMenuPolicy(Qt::PreventContextMenu);
+  toolBar_->setIconSize(QSize(20, 20));
+  for (const FrameCommand* row : frameCommands())
+    if (row->elements > 0) makeArray(*row);
+    else make(*row);
+  for (auto it = placed_.cbegin(); it != placed_.cend(); ++it) {
+    QWidget* to = it.key().isEmpty() ? static_cast<QWidget*>(frame_.menuBar()) : menus_.value(it.key());
+    Q_ASSERT(to);
+    addInGroups(*to, it.value());
+  }
+  addInGroups(*toolBar_, tools_);
+  refreshKeys();
+}
+
+FrameMenus::~FrameMenus() = default;
+
+void FrameMenus::make(const FrameCommand& row) {
+  const QString name = QString::fromLatin1(row.name);
+  QAction* action = nullptr;
+  if (row.isMenu) {
+    QMenu* menu = new QMenu(&frame_);
+    menu->setObjectName(name);
+    menu->setToolTipsVisible(false);
+    menus_.insert(name, menu);
+    action = menu->menuAction();
+    connect(menu, &QMenu::aboutToShow, this, [this, &row] { refreshChecks(row.name); });
+    if (row.fill) connect(menu, &QMenu::aboutToShow, this, [this, menu, &row] {
+      // What was filled in last time goes; what the rows made stays.
+      for (QAction* old : menu->actions())
+        if (old->property("filled").toBool()) {
+          menu->removeAction(old);
+          old->deleteLater();
+        }
+      const QList<QAction*> fixed = menu->actions();
+      row.fill(frame_, *menu);
+      for (QAction* made : menu->actions())
+        if (!fixed.contains(made)) made->setProperty("filled", true);
+    });
+  } else {
+    action = new QAction(&frame_);
+    action->setCheckable(row.checkable);
+    connect(action, &QAction::triggered, this, [this, &row] { trigger(row); });
+    if (*row.icon) action->setIcon(icons::byName(QString::fromLatin1(row.icon)));
+  }
+  action->setObjectName(name);
+  action->setText(shown(row.caption));
+  action->setMenuRole(QAction::NoRole);
+  actions_.insert(name, action);
+  placed_[QString::fromLatin1(row.menu)].append({row.place, action});
+  if (*row.tool) {
+    action->setProperty("tool", QString::fromLatin1(row.tool));
+    tools_.append({row.toolPlace, action});
+  }
+  if (row.popupPlace > 0) popup_.append({row.popupPlace, action});
+}
+
+void FrameMenus::makeArray(const FrameCommand& row) {
+  for (int i = 0; i < row.elements; ++i) {
+    auto* action = new QAction(&frame_);
+    action->setObjectName(elementName(QString::fromLatin1(row.name), i));
+    action->setVisible(false);
+    connect(action, &QAction::triggered, this, [this, &row, i] { row.runElement(frame_, i); });
+    actions_.insert(action->objectName(), action);
+    placed_[QString::fromLatin1(row.menu)].append({row.place, action});
+  }
+}
+
+void FrameMenus::trigger(const FrameCommand& row) {
+  if (row.command) frame_.runEditCommand(row.command);
+  else row.run(frame_);
+}
+
+void FrameMenus::refreshChecks(const char* menuName) {
+  for (const FrameCommand* row : frameCommands())
+    if (row->checked && qstrcmp(row->menu, menuName) == 0)
+      actions_.value(QString::fromLatin1(row->name))->setChecked(row->checked(frame_));
+}
+
+void FrameMenus::addInGroups(QWidget& to, QList<Placed> rows) {
+  std::stable_sort(rows.begin(), rows.end(), [](const Placed& a, const Placed& b) { return a.place < b.place; });
+  const bool bar = qobject_cast<QMenuBar*>(&to) != nullptr;
+  for (qsizetype i = 0; i < rows.size(); ++i) {
+    if (!bar && i > 0 && rows[i].place / 100 != rows[i - 1].place / 100) {
+      auto* line = new QAction(&to);
+      line->setSeparator(true);
+      to.addAction(line);
+    }
+    to.addAction(rows[i].action);
+  }
+}
+
+std::unique_ptr<QMenu> FrameMenus::makePopup(QWidget* parent) const {
+  auto popup = std::make_unique<QMenu>(parent);
+  popup->setObjectName(QStringLiteral("editPopup"));
+  addInGroups(*popup, popup_);
+  return popup;
+}
+
+QAction* FrameMenus::action(const QString& name, int index) const { return actions_.value(elementName(name, index)); }
+QMenu* FrameMenus::menu(const QString& name) const { return menus_.value(name); }
+
+void FrameMenus::setCaption(const QString& name, int index, const QString& caption, bool visible) {
+  QAction* entry = action(name, index);
+  if (!entry) return;
+  entry->setSeparator(caption == QLatin1String("-"));
+  if (!entry->isSeparator()) entry->setText(caption);
+  entry->setVisible(visible);
+}
+
+void FrameMenus::refresh(unsigned facts) {
+  if (facts == facts_) return;
+  facts_ = facts;
+  for (const FrameCommand* row : frameCommands()) {
+    if (row->elements > 0 || (row->needs & kOthers)) continue;
+    const bool enabled = (facts & row->needs) == row->needs;
+    QAction* action = actions_.value(QString::fromLatin1(row->name));
+    if (action->isEnabled() != enabled) action->setEnabled(enabled);
+  }
+}
+
+void FrameMenus::refreshKeys() {
+  for (const FrameCommand* row : frameCommands()) {
+    if (row->isMenu || row->elements > 0) continue;
+    QAction* action = actions_.value(QString::fromLatin1(row->name));
+    QString keys = QString::fromLatin1(row->keys);
+    if (!keys.isEmpty()) {
+      QList<QKeySequence> sequences;
+      for (const QString& key : keys.split(u';')) sequences << QKeySequence(key.trimmed());
+      action->setShortcuts(sequences);
+    } else if (const Command* command = row->command ? commandById(row->command) : nullptr) {
+      // The edit control answers to its keys itself; the menu only shows them.
+      keys = QString::fromLatin1(command->keys);
+      const QString first = QKeySequence(keys.section(u';', 0, 0).trimmed()).toString(QKeySequence::NativeText);
+      action->setText(first.isEmpty() ? shown(row->caption) : shown(row->caption) + u'\t' + first);
+    }
+    const QString key = QKeySequence(keys.section(u';', 0, 0).trimmed()).toString(QKeySequence::NativeText);
+    const QString tip = *row->tip ? shown(row->tip) : plainCaption(row->caption);
+    action->setToolTip(key.isEmpty() ? tip : tip + QLatin1String(" (") + key + u')');
+  }
+}

@@ -1,0 +1,135 @@
+#include "app/Instance.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QProcess>
+#include <QThread>
+#include <cstdio>
+
+#include "app/frmMain.h"
+#include "app/mGlobals.h"
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "control/Rendezvous.h"
+#include "document/frmDocument.h"
+#include "text/FileIo.h"
+
+namespace {
+
+constexpr int kStartWaitMs = 15000;   // for a first copy that holds the lock but does not listen yet
+constexpr int kRetryMs = 20;
+
+// Sessions of one user on different displays do not share a frame.
+QString displayName() {
+  const QString display =
+      qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ? qEnvironmentVariable("DISPLAY") : qEnvironmentVariable("WAYLAND_DISPLAY");
+  return QGuiApplication::platformName() + u'_' + display;
+}
+
+QString tr(const char* text) { return QCoreApplication::translate("Instance", text); }
+
+}  // namespace
+
+quint64 FindWindowByTitle(QString& title, int mode, const QList<TopWindow>& windows) {
+  const QString wanted = title.toUpper();
+  for (const TopWindow& window : windows) {
+    if (window.parent != 0 || window.caption.isEmpty()) continue;
+    const qsizetype at = window.caption.toUpper().indexOf(wanted);
+    if (mode == 0 && at == 0) {
+      title = window.caption;
+      return window.handle;
+    }
+    if (mode == 1 && at >= 0) return window.handle;
+  }
+  return 0;
+}
+
+Instance::Instance(frmMain& frame)
+    : frame_(frame),
+      Msghook1([this](quint64 connection, const HandOff& handOff) { return Msghook1_Message(connection, handOff); }) {}
+
+Instance::~Instance() { resign(); }
+
+void Instance::resign() {
+  Msghook1.stop();   // before the lock goes: who is hung up on now looks for the next first copy
+  if (place_) place_->resign();
+}
+
+bool Instance::HookCopyData() { return Msghook1.listen(place_->socketPath()); }
+
+Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits) {
+  place_ = std::make_unique<Rendezvous>(displayName());
+  frame_.setWindowTitle(QString::fromLatin1(kApplicationTitle));
+  qsizetype next = 0;
+  bool started = false;
+  for (int waited = 0;; waited += kRetryMs) {
+    if (!place_->usable()) break;
+    if (place_->becomeFirst()) {
+      if (!waits || standAlone || started) break;
+      place_->resign();
+      started = QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
+      if (!started) break;
+      continue;
+    }
+    if (standAlone) return Role::first;
+    switch (HandOffCommandLine(commandLines, &next)) {
+      case HandOffAnswer::acted: return Role::handedOver;
+      case HandOffAnswer::gone:
+        if (waited < kStartWaitMs) {
+          QThread::msleep(kRetryMs);
+          continue;
+        }
+        [[fallthrough]];
+      case HandOffAnswer::busy:
+        MsgBox(tr("The target editor is currently occupied. Please close any dialogs to continue"),
+               QString::fromLatin1(kApplicationTitle), Icon::exclamation);
+        return Role::failed;
+      case HandOffAnswer::refused:
+        MsgBox(tr("The running editor could not open %1").arg(commandLines.value(next).text),
+               QString::fromLatin1(kApplicationTitle), Icon::exclamation);
+        return Role::failed;
+    }
+  }
+  if (place_->isFirst() && !HookCopyData())
+    std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("other copies cannot reach this one: ") + Msghook1.errorString()));
+  return Role::first;
+}
+
+HandOffAnswer Instance::HandOffCommandLine(const QList<HandOff>& commandLines, qsizetype* next) {
+  MsgSender sender;
+  if (!sender.connectTo(place_->socketPath())) return HandOffAnswer::gone;
+  QList<HandOff> all = commandLines;
+  if (all.isEmpty()) all.append(HandOff{{}, qEnvironmentVariable("XDG_ACTIVATION_TOKEN"), false, false, false});
+  int waitedFor = 0;
+  for (; *next < all.size(); ++*next) {
+    const HandOffAnswer answer = sender.send(all[*next]);
+    if (answer != HandOffAnswer::acted) return answer;
+    waitedFor += all[*next].wait;
+  }
+  while (waitedFor-- > 0)
+    if (!sender.waitForClosed()) break;   // it ended: nothing is open there any more
+  return HandOffAnswer::acted;
+}
+
+HandOffReply Instance::Msghook1_Message(quint64 connection, const HandOff& handOff) {
+  if (isDialogUp() || QGuiApplication::modalWindow()) return {HandOffAnswer::busy, false};
+  if (!handOff.activation.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", handOff.activation.toUtf8());
+  if (frame_.isMinimized()) frame_.setWindowState(frame_.windowState() & ~Qt::WindowMinimized);
+  frame_.show();
+  frame_.raise();
+  frame_.activateWindow();
+  QPointer<frmDocument> document;
+  if (handOff.untitled) document = frame_.takeIn(handOff.text);
+  else document = OpenCommandLine(frame_, handOff.text);
+  if (!document) return {HandOffAnswer::acted, false};   // the person at this copy has been told
+  if (handOff.readOnly) document->cmx->setReadOnly(true);
+  if (!handOff.wait) return {HandOffAnswer::acted, false};
+  waiting_.insert(document, connection);
+  return {HandOffAnswer::acted, true};
+}
+
+void Instance::documentClosed(frmDocument* document) {
+  for (const quint64 connection : waiting_.values(document)) Msghook1.tellClosed(connection);
+  waiting_.remove(document);
+}

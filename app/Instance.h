@@ -1,0 +1,46 @@
+// One copy of the program for each user and display: who is first, handing command lines over, and receiving them.
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <memory>
+
+#include "control/Msghook.h"
+
+class Rendezvous;
+class frmDocument;
+class frmMain;
+
+struct TopWindow {
+  quint64 handle = 0, parent = 0;
+  QString caption;
+};
+// The first window without a parent, in the order given, whose caption begins with the title (mode 0; title then becomes
+// the whole caption) or holds it (mode 1); case is folded, windows without a caption are passed over. 0: none.
+quint64 FindWindowByTitle(QString& title, int mode, const QList<TopWindow>& windows);
+
+class Instance {
+ public:
+  enum class Role { first, handedOver, failed };   // failed: the person has been told
+
+  explicit Instance(frmMain& frame);
+  ~Instance();
+
+  // Decides whether this is the first copy. If it is: titles the frame and hooks the messages. If not: hands the command
+  // lines over, in order; a first copy that is starting is waited for, one that died or ends meanwhile is replaced by this one.
+  // standAlone: never hands over. waits: never becomes the first but starts one, so that it can end when its files are closed.
+  Role CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits);
+  bool HookCopyData();
+  // Meanwhile dead or ending copies are noted by `gone`: the command lines from `*next` on are still to be handed over.
+  HandOffAnswer HandOffCommandLine(const QList<HandOff>& commandLines, qsizetype* next);
+  void documentClosed(frmDocument* document);   // tells who waits for it
+  void resign();                                // at the end: from now on another copy may be first
+
+ private:
+  HandOffReply Msghook1_Message(quint64 connection, const HandOff& handOff);
+
+  frmMain& frame_;
+  std::unique_ptr<Rendezvous> place_;
+  Msghook Msghook1;
+  QMultiHash<const frmDocument*, quint64> waiting_;
+};

@@ -1,0 +1,80 @@
+#include "app/StatusPanels.h"
+
+#include <QLabel>
+#include <QResizeEvent>
+#include <QToolButton>
+
+#include "app/Icons.h"
+#include "app/Tips.h"
+
+namespace {
+
+struct PanelRow {
+  const char* name;
+  const char* tip;
+  const char* widest;   // what it must have room for
+};
+// In the order of enum Panel.
+constexpr PanelRow kPanels[] = {
+    {"panelRowAndColumn", QT_TRANSLATE_NOOP("StatusPanels", "Line and column: go to a line"), "0000000,000"},
+    {"panelLineEnds", QT_TRANSLATE_NOOP("StatusPanels", "Line ends of new lines: change them"), "Unix"},
+    {"panelTemplate", QT_TRANSLATE_NOOP("StatusPanels", "Expand the template at the caret"), ""},
+    {"panelEncoding", QT_TRANSLATE_NOOP("StatusPanels", "Encoding of the file: change it"), "UTF-8"},
+    {"panelLanguage", QT_TRANSLATE_NOOP("StatusPanels", "Language: change it"), ""},
+    {"panelOvertype", QT_TRANSLATE_NOOP("StatusPanels", "Insert or overtype"), "OVR"},
+};
+
+}  // namespace
+
+StatusPanels::StatusPanels(QWidget* parent) : QStatusBar(parent), label_(new QLabel(this)) {
+  label_->setTextFormat(Qt::PlainText);
+  label_->setTextInteractionFlags(Qt::NoTextInteraction);
+  label_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  label_->setContentsMargins(4, 0, 4, 0);
+  addWidget(label_, 1);
+  for (int i = 0; i < int(std::size(kPanels)); ++i) {
+    auto* button = new QToolButton(this);
+    button->setObjectName(QString::fromLatin1(kPanels[i].name));
+    button->setToolTip(tr(kPanels[i].tip));
+    button->setAccessibleName(button->toolTip());
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::NoFocus);   // a click must not take the caret out of the text
+    button->setToolButtonStyle(i == int(Panel::templates) ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextOnly);
+    button->setMinimumWidth(fontMetrics().horizontalAdvance(QString::fromLatin1(kPanels[i].widest)) + 16);
+    connect(button, &QToolButton::clicked, this, [this, i] { emit clicked(Panel(i)); });
+    addPermanentWidget(button);
+    buttons_ << button;
+  }
+}
+
+void StatusPanels::setText(const QString& text) {
+  text_ = text;
+  elide();
+  if (isVisible()) label_->repaint();   // a message must show during a long operation
+}
+
+void StatusPanels::elide() {
+  const QString line = plainForDisplay(text_, 1000).simplified();
+  label_->setText(fontMetrics().elidedText(line, Qt::ElideMiddle, std::max(0, label_->width() - 8)));
+  label_->setToolTip(label_->text() == line ? QString() : plainTip(text_));
+}
+
+void StatusPanels::setPanel(Panel panel, const QString& text) {
+  QToolButton* shown = button(panel);
+  const QString caption = plainForDisplay(text, 60).replace(u'&', QLatin1String("&&"));
+  if (shown->text() != caption) shown->setText(caption);
+}
+
+QString StatusPanels::panel(Panel panel) const { return button(panel)->text().replace(QLatin1String("&&"), QLatin1String("&")); }
+QToolButton* StatusPanels::button(Panel panel) const { return buttons_.at(int(panel)); }
+
+void StatusPanels::setTemplatePicture(bool on) {
+  if (on == templatePicture_) return;
+  templatePicture_ = on;
+  button(Panel::templates)->setIcon(on ? icons::byName(QStringLiteral("zelkor-expand")) : QIcon());
+}
+
+void StatusPanels::resizeEvent(QResizeEvent* event) {
+  QStatusBar::resizeEvent(event);
+  elide();
+}

@@ -1,0 +1,14 @@
+#include <QCoreApplication>
+
+#include "app/commands/Groups.h"
+#include "app/frmMain.h"
+
+// Which macros there are is frmRegistry's affair (CommandstoMenu); it shows and hides the menu by its name.
+std::span<const FrameCommand> customCommands() {
+  static const FrameCommand rows[] = {
+      {.name = "mCustom", .place = 500, .caption = QT_TRANSLATE_NOOP("frmMain", "C&ustom"), .isMenu = true},
+      {.name = "mCustom", .menu = "mCustom", .place = 100, .elements = 21,
+       .runElement = [](frmMain& f, int index) { f.mCustom_Click(index); }},
+  };
+  return rows;
+}

@@ -1,0 +1,39 @@
+#include <QCoreApplication>
+
+#include "app/commands/Groups.h"
+#include "app/frmMain.h"
+
+std::span<const FrameCommand> fileCommands() {
+  static const FrameCommand rows[] = {
+      {.name = "mnuFile", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&File"), .isMenu = true},
+      {.name = "mnuFileNew", .menu = "mnuFile", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&New"),
+       .keys = "Ctrl+N", .icon = "document-new", .tip = QT_TRANSLATE_NOOP("frmMain", "New document"),
+       .run = [](frmMain& f) { f.mnuFileNew_Click(); }, .tool = "New", .toolPlace = 100},
+      {.name = "mnuFileOpen", .menu = "mnuFile", .place = 110, .caption = QT_TRANSLATE_NOOP("frmMain", "&Open..."),
+       .keys = "Ctrl+O", .icon = "document-open", .tip = QT_TRANSLATE_NOOP("frmMain", "Open files"),
+       .run = [](frmMain& f) { f.mnuFileOpen_Click(); }, .tool = "Open", .toolPlace = 110},
+      {.name = "mnuFileReload", .menu = "mnuFile", .place = 120, .caption = QT_TRANSLATE_NOOP("frmMain", "Re&load"),
+       .icon = "view-refresh", .tip = QT_TRANSLATE_NOOP("frmMain", "Read the file again; Undo brings the old text back"),
+       .needs = kDocument | kNamed, .run = [](frmMain& f) { f.mnuFileReload_Click(); }},
+      {.name = "mnuFileClose", .menu = "mnuFile", .place = 130, .caption = QT_TRANSLATE_NOOP("frmMain", "&Close"),
+       .keys = "Ctrl+W; Ctrl+F4", .icon = "document-close", .needs = kDocument,
+       .run = [](frmMain& f) { f.mnuFileClose_Click(); }},
+      {.name = "mnuFileCloseAll", .menu = "mnuFile", .place = 140, .caption = QT_TRANSLATE_NOOP("frmMain", "Clos&e All"),
+       .keys = "Ctrl+Shift+W", .needs = kDocument, .run = [](frmMain& f) { f.mnuFileCloseAll_Click(); }},
+      {.name = "mnuFileSave", .menu = "mnuFile", .place = 200, .caption = QT_TRANSLATE_NOOP("frmMain", "&Save"),
+       .keys = "Ctrl+S", .icon = "document-save", .tip = QT_TRANSLATE_NOOP("frmMain", "Save the document"),
+       .needs = kDocument | kModified, .run = [](frmMain& f) { f.mnuFileSave_Click(); }, .tool = "Save", .toolPlace = 120},
+      {.name = "mnuFileSaveAs", .menu = "mnuFile", .place = 210, .caption = QT_TRANSLATE_NOOP("frmMain", "Save &As..."),
+       .keys = "Ctrl+Shift+S", .icon = "document-save-as", .needs = kDocument,
+       .run = [](frmMain& f) { f.mnuFileSaveAs_Click(); }},
+      {.name = "mnuFileSaveAll", .menu = "mnuFile", .place = 220, .caption = QT_TRANSLATE_NOOP("frmMain", "Save A&ll"),
+       .icon = "document-save-all", .tip = QT_TRANSLATE_NOOP("frmMain", "Save all modified documents"),
+       .needs = kAnyModified, .run = [](frmMain& f) { f.mnuFileSaveAll_Click(); }, .tool = "SaveAll", .toolPlace = 130},
+      {.name = "mnuFileMRU", .menu = "mnuFile", .place = 850, .elements = 11,
+       .runElement = [](frmMain& f, int index) { f.mnuFileMRU_Click(index); }},
+      // No line of its own before it: the separator of the recently-used entries is their last element.
+      {.name = "mnuFileExit", .menu = "mnuFile", .place = 890, .caption = QT_TRANSLATE_NOOP("frmMain", "E&xit"),
+       .keys = "Ctrl+Q", .icon = "application-exit", .run = [](frmMain& f) { f.mnuFileExit_Click(); }},
+  };
+  return rows;
+}

@@ -1,0 +1,328 @@
+#include "app/frmMain.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QToolBar>
+#include <QToolButton>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "app/DocumentTabs.h"
+#include "app/FrameMenus.h"
+#include "app/Icons.h"
+#include "app/StatusPanels.h"
+#include "app/mGlobals.h"
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "document/CMXRegistry.h"
+#include "document/Languages.h"
+#include "document/frmDocument.h"
+#include "document/modRegistry.h"
+#include "language/ucCM.h"
+
+namespace {
+
+constexpr int kToggleOvertype = 186;
+const QString kTabs = QStringLiteral("mnuViewTabs");
+
+}  // namespace
+
+frmMain::frmMain() {
+  setObjectName(QStringLiteral("frmMain"));
+  setWindowIcon(icons::application());
+  resize(1000, 720);
+  setAcceptDrops(true);
+
+  auto* centre = new QWidget(this);
+  auto* layout = new QVBoxLayout(centre);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  tabs_ = new DocumentTabs(centre);
+  mdi_ = new QMdiArea(centre);
+  mdi_->setObjectName(QStringLiteral("documents"));
+  mdi_->setActivationOrder(QMdiArea::ActivationHistoryOrder);
+  mdi_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  mdi_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  mdi_->setBackground(palette().brush(QPalette::Dark));
+  layout->addWidget(tabs_);
+  layout->addWidget(mdi_, 1);
+  setCentralWidget(centre);
+
+  panels_ = new StatusPanels(this);
+  setStatusBar(panels_);
+  setStatusSink([panels = QPointer<StatusPanels>(panels_)](const QString& text) {
+    if (panels) panels->setText(text);
+  });
+  menus_ = new FrameMenus(*this);
+  addToolBar(menus_->toolBar());
+  for (const QString& name : {QStringLiteral("mnuViewStatusBar"), QStringLiteral("mnuViewToolbar"), kTabs})
+    if (QAction* action = menus_->action(name)) action->setChecked(true);
+
+  connect(mdi_, &QMdiArea::subWindowActivated, this, &frmMain::mdiActivated);
+  connect(tabs_, &DocumentTabs::chosen, this, &frmMain::activate);
+  connect(tabs_, &DocumentTabs::closeWanted, this, [this](frmDocument* document) { windowOf(document)->close(); });
+  connect(tabs_, &DocumentTabs::menuWanted, this, &frmMain::showTabMenu);
+  connect(tabs_, &DocumentTabs::newWanted, this, &frmMain::mnuFileNew_Click);
+  connect(panels_, &StatusPanels::clicked, this, &frmMain::panelClicked);
+  connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &frmMain::lookAtClipboard);
+  clipboardHasText_ = true;   // asked of the desktop once something happens there: asking at start costs time
+  setFrame(this);
+  SetupMenus();
+}
+
+frmMain::~frmMain() {
+  frmRegistry::instance().forgetFrame();
+  setStatusSink({});
+  // The sub-windows tell of their end while the base class takes them down; this object is no frame any more by then.
+  for (frmDocument* document : std::as_const(documents_)) document->disconnect(this);
+  disconnect(mdi_, nullptr, this, nullptr);
+  setFrame(nullptr);
+}
+
+// ---- what documents ask
+
+frmDocument* frmMain::activeDocument() { return active_; }
+QList<frmDocument*> frmMain::documents() { return documents_; }
+
+void frmMain::activate(frmDocument* document) {
+  QMdiSubWindow* window = windowOf(document);
+  if (!window) return;
+  if (window->isMinimized()) window->showNormal();
+  mdi_->setActiveSubWindow(window);
+  active_ = document;
+  tabs_->setActive(document);
+  document->cmx->setFocus();
+}
+
+void frmMain::setPanel(int panel, const QString& text) {
+  if (panel == 1) panels_->setText(text);
+  else panels_->setPanel(Panel::rowAndColumn, text);
+}
+void frmMain::setUnixPanel(bool unixFile) {
+  panels_->setPanel(Panel::lineEnds, unixFile ? QStringLiteral("Unix") : QStringLiteral("Win"));
+}
+void frmMain::setTemplatePanel(bool on) { panels_->setTemplatePicture(on); }
+void frmMain::setUndoRedo(bool, bool) { refreshToolbar(); }
+bool frmMain::isMinimised() { return isMinimized(); }
+void frmMain::rememberDocumentState(int windowState) {
+  if (windowState != 1) documentState_ = windowState;   // nobody wants the next document minimised
+}
+
+void frmMain::showEditPopup(const QPoint& globalPosition) {
+  refreshToolbar();
+  menus_->makePopup(this)->exec(globalPosition);
+}
+
+void frmMain::documentClosing(frmDocument* document) {
+  documents_.removeOne(document);
+  tabs_->remove(document);
+  document->disconnect(this);
+  document->cmx->disconnect(this);
+  if (active_ == document) active_ = nullptr;
+  mainFileClose();
+  emit documentClosed(document);
+}
+
+void frmMain::refreshWindowMenu() { SetupMenus(); }   // the list itself is made when the menu is opened
+
+void frmMain::mdiActivated(QMdiSubWindow* window) {
+  auto* document = window ? qobject_cast<frmDocument*>(window->widget()) : nullptr;
+  if (!document || !documents_.contains(document)) return;
+  active_ = document;
+  tabs_->setActive(document);
+  document->focusWork();
+}
+
+QMdiSubWindow* frmMain::windowOf(const frmDocument* document) const {
+  return document ? qobject_cast<QMdiSubWindow*>(document->parentWidget()) : nullptr;
+}
+
+void frmMain::adopt(frmDocument* document) {
+  QMdiSubWindow* window = mdi_->addSubWindow(document);
+  window->setAttribute(Qt::WA_DeleteOnClose);
+  window->setWindowIcon(icons::byName(QStringLiteral("text-x-generic")));
+  documents_ << document;
+  tabs_->add(document);
+  connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
+  connect(document->cmx, &CodeMax::OvertypeChange, this, [this] { refreshToolbar(); });
+  if (documentState_ == 2) {
+    window->showMaximized();
+  } else {
+    window->resize(mdi_->viewport()->size() * 7 / 10);
+    window->show();
+  }
+  activate(document);
+  document->focusWork();
+  emit documentOpened(document);
+}
+
+// ---- state of menus, tool bar and panels
+
+bool frmMain::runEditCommand(int id, const QVariant& argument) {
+  frmDocument* document = activeDocument();
+  if (!document) return false;
+  document->cmx->setFocus();
+  const bool known = document->cmx->ExecuteCmd(id, argument);
+  refreshToolbar();
+  return known;
+}
+
+unsigned frmMain::presentFacts() {
+  unsigned facts = 0;
+  const auto when = [&](bool holds, Fact fact) {
+    if (holds) facts |= fact;
+  };
+  when(clipboardHasText_, kClipboard);
+  when(documents_.size() > 1, kSeveral);
+  when(!gWebHome().isEmpty(), kWeb);
+  when(anyModified_, kAnyModified);
+  frmDocument* document = activeDocument();
+  if (!document) return facts;
+  const CodeMax& text = *document->cmx;
+  facts |= kDocument;
+  when(!text.ReadOnly(), kWritable);
+  when(text.HasSelection(), kSelection);
+  when(text.CanUndo(), kUndo);
+  when(text.CanRedo(), kRedo);
+  when(document->DocumentModified(), kModified);
+  when(document->DocumentHasName(), kNamed);
+  when(document->LanguageIndex() > 0, kLanguage);
+  when(!document->LineComment().isEmpty(), kLineComment);
+  bool found = false;
+  isInWordList(found);
+  when(found, kWordList);
+  isTemplate(found, false);
+  when(found, kTemplate);
+  return facts;
+}
+
+void frmMain::refreshToolbar() {
+  menus_->refresh(presentFacts());
+  frmDocument* document = activeDocument();
+  if (!document) {
+    for (const Panel panel : {Panel::rowAndColumn, Panel::lineEnds, Panel::encoding, Panel::language, Panel::overtype})
+      panels_->setPanel(panel, {});
+    panels_->setTemplatePicture(false);
+    return;
+  }
+  const text::FileFormat format = document->cmx->fileFormat();
+  QString encoding = QString::fromLatin1(text::name(format.encoding));
+  if (format.bom) encoding += tr(" BOM");
+  panels_->setPanel(Panel::encoding, encoding);
+  panels_->setPanel(Panel::language, document->cmx->Language().isEmpty() ? tr("No language") : document->cmx->Language());
+  panels_->setPanel(Panel::overtype, document->cmx->overtype() ? tr("OVR") : tr("INS"));
+}
+
+void frmMain::SetupMenus() {
+  if (!activeDocument() && !documents_.isEmpty()) active_ = documents_.last();
+  frmDocument* document = activeDocument();
+  if (!document) {
+    languages().setListLanguage(0);
+    frmRegistry::instance().CommandstoMenu();
+    frmRegistry::instance().SetHelpMenu();
+  }
+  frmRegistry::instance().SetupMenusModified(document && document->DocumentModified());
+  refreshToolbar();
+}
+
+void frmMain::SetupToolStatus() {
+  menus_->toolBar()->setVisible(isChecked(QStringLiteral("mnuViewToolbar")));
+  panels_->setVisible(isChecked(QStringLiteral("mnuViewStatusBar")));
+  tabs_->setVisible(isChecked(kTabs));
+}
+
+void frmMain::lookAtClipboard() {
+  const QMimeData* data = QApplication::clipboard()->mimeData();
+  clipboardHasText_ = data && data->hasText();
+  refreshToolbar();
+}
+
+bool frmMain::isChecked(const QString& menuName) {
+  const QAction* action = menus_->action(menuName);
+  return action && action->isChecked();
+}
+void frmMain::setChecked(const QString& menuName, bool on) {
+  if (QAction* action = menus_->action(menuName)) action->setChecked(on);
+}
+void frmMain::setMenu(const QString& menuName, int index, const QString& caption, bool visible) {
+  menus_->setCaption(menuName, index, caption, visible);
+}
+void frmMain::setMenuEnabled(const QString& menuName, bool on) {
+  if (QAction* action = menus_->action(menuName)) action->setEnabled(on);
+}
+void frmMain::setModifiedFacts(bool, bool any) {
+  anyModified_ = any;
+  refreshToolbar();
+}
+
+void frmMain::panelClicked(Panel panel) {
+  const auto pop = [&](void (frmMain::*fill)(QMenu&)) {
+    if (!activeDocument()) return;
+    QMenu menu(this);
+    (this->*fill)(menu);
+    const QToolButton* button = panels_->button(panel);
+    menu.exec(button->mapToGlobal(QPoint(0, -menu.sizeHint().height())));
+  };
+  switch (panel) {
+    case Panel::rowAndColumn: goToLine(); break;
+    case Panel::lineEnds: pop(&frmMain::fillLineEnds); break;
+    case Panel::templates:
+      if (QAction* expand = menus_->action(QStringLiteral("mHelpExpandTemplate"))) expand->trigger();
+      break;
+    case Panel::encoding: pop(&frmMain::fillEncodings); break;
+    case Panel::language: pop(&frmMain::fillLanguages); break;
+    case Panel::overtype: runEditCommand(kToggleOvertype); break;
+  }
+}
+
+// ---- end of the frame
+
+bool frmMain::agreeToEnd() {
+  for (frmDocument* document : documents()) {
+    if (!document->agreeToClose()) {
+      for (frmDocument* other : documents()) other->withdrawClose();
+      return false;
+    }
+  }
+  return true;
+}
+
+void frmMain::closeEvent(QCloseEvent* event) {
+  if (unloaded_) return event->accept();
+  if (isDialogUp() || !closeDefinitions() || !agreeToEnd()) return event->ignore();
+  for (frmDocument* document : documents())
+    if (QMdiSubWindow* window = windowOf(document)) window->close();
+  MDIForm_Unload();
+  event->accept();
+}
+
+void frmMain::MDIForm_Unload() {
+  if (unloaded_) return;
+  unloaded_ = true;
+  emit ended();
+}
+
+// ---- files from elsewhere
+
+void frmMain::dragEnterEvent(QDragEnterEvent* event) {
+  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void frmMain::dropEvent(QDropEvent* event) {
+  QStringList files;
+  for (const QUrl& url : event->mimeData()->urls())
+    if (url.isLocalFile()) files << url.toLocalFile();
+  event->acceptProposedAction();
+  activateWindow();
+  MDIForm_OLEDragDrop(files);
+}

@@ -1,0 +1,251 @@
+// The main frame's commands on files.
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <new>
+
+#include "app/frmMain.h"
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "document/Languages.h"
+#include "document/frmDocument.h"
+#include "language/ucCM.h"
+#include "text/FileSystem.h"
+
+namespace {
+
+constexpr int kGoToLine = 168;
+
+// Full path of a name as the person knows it: links stay as they are, only "." and ".." parts are worked off.
+QString fullPath(const QString& name) {
+  const QString path = QDir::isAbsolutePath(name) ? name : QDir::current().filePath(name);
+  const QStringList parts = path.split(u'/');
+  if (!parts.contains(QLatin1String(".")) && !parts.contains(QLatin1String(".."))) return path;
+  const QFileInfo info(path);
+  const QString folder = QFileInfo(info.path()).canonicalFilePath();
+  return folder.isEmpty() ? QDir::cleanPath(path) : QDir(folder).filePath(info.fileName());
+}
+
+int filterEntryOf(const frmDocument& document) { return document.LanguageIndex() > 0 ? document.LanguageIndex() + 1 : 1; }
+
+}  // namespace
+
+frmDocument* frmMain::LoadNewDoc() {
+  auto* document = new frmDocument;
+  ++DocCount;
+  document->setUntitled(tr("Untitled ") + QString::number(DocCount), QDir::currentPath());
+  adopt(document);
+  SetupMenus();
+  return document;
+}
+
+void frmMain::mnuFileOpen_Click() {
+  int entry = 1;
+  const QStringList names = frmRegistry::instance().stdOpenFile(tr("Open File"), languages().GetFilterList(), entry,
+                                                                QDir::currentPath(), {}, true);
+  for (const QString& name : names) openFile(name);
+}
+
+bool frmMain::openFile(const QString& path) {
+  bool ok = false;
+  const QString name = fullPath(path);
+  mainOpenFile(name, ok);
+  if (ok) frmRegistry::instance().mruFile.AddItem(name);
+  return ok;
+}
+
+void frmMain::mainOpenFile(const QString& path, bool& ok) {
+  ok = false;
+  const QString name = fullPath(path);
+  bool proceed = false;
+  CheckFileStatus(name, proceed);
+  if (!proceed) return;
+  if (isDialogUp() || QApplication::activeModalWidget()) {
+    MsgBox(tr("Cannot open Zelkor Editor as it is awaiting response from a fixed dialog e.g. File open dialog or Print "
+              "Preview etc."));
+    return;
+  }
+  auto document = std::make_unique<frmDocument>();
+  ++DocCount;
+  bool loaded = false;
+  document->LoadDocument(name, loaded);
+  if (!loaded) {
+    document.reset();
+    --DocCount;
+    SetupMenus();
+    return;
+  }
+  document->SetLanguage(languages().GetLangFromExt(GetFileExt(name)));
+  document->setFile(name);
+  adopt(document.release());
+  SetupMenus();
+  UpdateEditMenu();
+  ok = true;
+}
+
+void frmMain::CheckFileStatus(const QString& name, bool& proceed) {
+  proceed = true;
+  const auto open = documents();
+  const auto same = [&](const frmDocument* document) { return document->CurrentFileName() == name; };
+  const auto found = std::find_if(open.begin(), open.end(), same);
+  if (found == open.end()) return;
+  QPointer<frmDocument> document = *found;
+  if (document->DocumentModified()) {
+    const Answer answer =
+        MsgBox(tr("This file is already open and modified. Do you want to revert to this modified version?"),
+               document->CurrentFileTitle(), Icon::question, Buttons::yesNoCancel);
+    proceed = answer == Answer::no;
+    if (answer != Answer::yes || !document) return;
+    // "Revert" means going to the window that holds the changes; nothing is read from disk.
+    activate(document);
+    if (documentState_ != 2) windowOf(document)->showNormal();
+    return;
+  }
+  proceed = false;
+  activate(document);
+}
+
+frmDocument* frmMain::openAt(const QString& path, qint64 line, qint64 column) {
+  const QString name = fullPath(path);
+  openFile(name);
+  frmDocument* document = activeDocument();
+  if (!document || document->CurrentFileName() != name) return nullptr;
+  if (line > 0) {
+    const qint64 row = std::min(line, document->cmx->LineCount()) - 1;
+    document->cmx->ExecuteCmd(kGoToLine, row);
+    const qint64 at = std::clamp<qint64>(column - 1, 0, document->cmx->GetLineLength(row));
+    document->cmx->SetSel({row, at, row, at, false});
+  }
+  return document;
+}
+
+frmDocument* frmMain::takeIn(const QString& path) {
+  auto document = std::make_unique<frmDocument>();
+  const QString error = document->cmx->OpenFile(path);
+  text::fileSystem().unlinkAt(text::FileSystem::kCwd, fromQString(path), false);
+  if (!error.isEmpty()) {
+    MsgBox(tr("File Open Error : ") + error);
+    return nullptr;
+  }
+  document->cmx->model()->stamp.reset();
+  document->cmx->setModified(true);   // it is nowhere else
+  ++DocCount;
+  document->setUntitled(tr("Untitled ") + QString::number(DocCount), QDir::currentPath());
+  frmDocument* shown = document.release();
+  adopt(shown);
+  SetupMenus();
+  return shown;
+}
+
+// ---- saving
+
+void frmMain::mnuFileSave_Click() { saveActive(); }
+
+bool frmMain::saveActive() {
+  bool ok = false;
+  if (frmDocument* document = activeDocument()) mainFileSave(*document, ok);
+  return ok;
+}
+
+void frmMain::mainFileSave(frmDocument& document, bool& ok) {
+  if (document.DocumentHasName()) {
+    ok = document.SaveDocumment(document.CurrentFileName());
+    return;
+  }
+  ok = saveAs(document);
+}
+
+bool frmMain::saveAs(frmDocument& document) {
+  int entry = filterEntryOf(document);
+  const QPointer<frmDocument> alive = &document;
+  const QString name =
+      frmRegistry::instance().stdSaveFile(tr("Save File"), languages().GetFilterList(), entry, document.CurrentFileDir(),
+                                          document.CurrentFileTitle());
+  return !name.isEmpty() && alive && mainSaveDocument(document, fullPath(name));
+}
+
+void frmMain::mnuFileSaveAs_Click() {
+  if (frmDocument* document = activeDocument()) saveAs(*document);
+}
+
+bool frmMain::mainSaveDocument(frmDocument& document, const QString& name) {
+  if (!document.SaveDocumment(name)) return false;
+  document.setFile(name);
+  document.SetLanguage(languages().GetLangFromExt(GetFileExt(name)));
+  if (document.cmx->hasFocus()) document.Timer1->start();
+  frmRegistry::instance().mruFile.AddItem(name);
+  // Binding a language made it the manager's current one; that is the active document's.
+  if (frmDocument* active = activeDocument()) active->focusWork();
+  return true;
+}
+
+void frmMain::mnuFileSaveAll_Click() {
+  const QPointer<frmDocument> was = activeDocument();
+  const QList<QPointer<frmDocument>> all(documents_.begin(), documents_.end());
+  for (const QPointer<frmDocument>& document : all) {
+    if (!document || !document->DocumentModified()) continue;
+    if (!document->DocumentHasName()) activate(document);   // the dialog should be about what is in sight
+    bool ok = false;
+    mainFileSave(*document, ok);
+  }
+  if (was) activate(was);
+}
+
+void frmMain::mnuFileReload_Click() {
+  frmDocument* document = activeDocument();
+  if (!document || !document->DocumentHasName()) return;
+  const CmRange caret = document->cmx->GetSel(false);
+  bool loaded = false;
+  document->LoadDocument(document->CurrentFileName(), loaded);
+  if (!loaded) return;
+  document->DocumentChanged(document->cmx->Modified());
+  document->cmx->SetSel(caret);
+}
+
+// ---- closing, recently used, drop
+
+void frmMain::mnuFileClose_Click() {
+  if (QMdiSubWindow* window = windowOf(activeDocument())) window->close();
+}
+
+void frmMain::mnuFileCloseAll_Click() { closeOthers(nullptr); }
+
+void frmMain::closeOthers(frmDocument* keep) {
+  QList<QPointer<frmDocument>> going;
+  for (frmDocument* document : documents())
+    if (document != keep) going << document;
+  for (const auto& document : going) {
+    if (!document || document->agreeToClose()) continue;
+    for (const auto& other : going)
+      if (other) other->withdrawClose();
+    return;
+  }
+  for (const auto& document : going)
+    if (QMdiSubWindow* window = windowOf(document)) window->close();
+}
+
+void frmMain::mainFileClose() { --DocCount; }
+
+void frmMain::mnuFileMRU_Click(int index) {
+  const QString name = frmRegistry::instance().mruFile.Item(index);
+  bool ok = false;
+  mainOpenFile(name, ok);
+  if (ok) {
+    frmRegistry::instance().mruFile.UseItem(index);
+  } else if (!QFileInfo::exists(name)) {
+    const QString question = tr("%1 is not there any more.\r\nDo you want to take it off the list?");
+    if (MsgBox(question.arg(plainForDisplay(name)), {}, Icon::question, Buttons::yesNo) == Answer::yes)
+      frmRegistry::instance().mruFile.Remove(index);
+  }
+}
+
+void frmMain::MDIForm_OLEDragDrop(const QStringList& files) {
+  try {
+    for (const QString& file : files) openFile(file);
+  } catch (const std::exception&) {
+    MsgBox(tr("Error occured during drag/drop"), tr("Zelkor Editor : OLE Error"), Icon::exclamation);
+  }
+}

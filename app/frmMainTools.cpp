@@ -1,0 +1,127 @@
+// The main frame's services at the caret, the Custom menu, the log and the definitions editor.
+#include <QDockWidget>
+
+#include "app/FrameMenus.h"
+#include "app/frmMain.h"
+#include "app/mGlobals.h"
+#include "base/Program.h"
+#include "document/Languages.h"
+#include "document/frmCommand.h"
+#include "document/frmDocument.h"
+#include "document/frmLog.h"
+#include "document/mCMXParser.h"
+#include "language/CaretWords.h"
+#include "language/frmDefinitions.h"
+#include "language/ucCM.h"
+
+namespace {
+
+// What a template's text goes through before it is put in.
+void expandText(QString& text) {
+  mCMXParser::ExpandPrompts(text);
+  mCMXParser::SubstituteVariables(text);
+}
+
+}  // namespace
+
+// ---- word lists and templates
+
+void frmMain::isInWordList(bool& found) {
+  frmDocument* document = activeDocument();
+  found = document && document->LanguageIndex() > 0 && ::isInWordList(*document->cmx, languages().Language().get());
+}
+
+void frmMain::ProcessWordList(bool previous) {
+  if (frmDocument* document = activeDocument())
+    ::ProcessWordList(*document->cmx, languages().Language().get(), WordListIndex, previous);
+}
+
+void frmMain::isTemplate(bool& found, bool afterTyping) {
+  frmDocument* document = activeDocument();
+  found = document && ::isTemplate(*document->cmx, languages(), document->LanguageIndex(), afterTyping, expandText);
+}
+
+bool frmMain::isTemplateAtCaret(bool afterTyping) {
+  bool found = false;
+  isTemplate(found, afterTyping);
+  return found;
+}
+
+void frmMain::mHelpExpandTemplate_Click() {
+  frmDocument* document = activeDocument();
+  if (!document) return;
+  ExpandTemplate(*document->cmx, languages(), document->LanguageIndex(), expandText);
+  document->cmx->setFocus();
+}
+
+void frmMain::mHelpNextField_Click() {
+  if (frmDocument* document = activeDocument()) NextField(*document->cmx);
+}
+
+// ---- Custom menu
+
+void frmMain::mCustom_Click(int index) {
+  frmDocument* document = activeDocument();
+  const auto language = languages().Language();
+  if (!document || !language || index < 0 || index >= language->cMacros()->Count()) return;
+  mCMXParser::Run(languages().ListLanguage(), index + 1, language->cMacros()->Item(index + 1)->CommandString);
+}
+
+void frmMain::mToolsCommand_Click() {
+  if (!command_) command_ = new frmCommand(this);
+  command_->show();
+  command_->raise();
+  command_->activateWindow();
+}
+
+// ---- definitions editor
+
+frmDefinitions& frmMain::definitions() {
+  if (!definitions_) {
+    definitions_ = new frmDefinitions(languages(), gWebHome(), this);
+    definitions_->setAttribute(Qt::WA_DeleteOnClose);
+    connect(definitions_, &frmDefinitions::LanguagesChanged, this, [] { ReloadLanguages(); });
+    definitions_->LoadDefiner();
+  }
+  definitions_->show();
+  definitions_->raise();
+  definitions_->activateWindow();
+  return *definitions_;
+}
+
+void frmMain::mToolsDefinitions_Click() { definitions(); }
+
+void frmMain::mCustomEdit_Click() { definitions().ShowMacro(languages().ListLanguage(), 0, {}); }
+
+void frmMain::showMacro(int language, int macro, const QString& report) { definitions().ShowMacro(language, macro, report); }
+
+bool frmMain::closeDefinitions() { return !definitions_ || !definitions_->isVisible() || definitions_->close(); }
+
+// ---- log
+
+frmLog* frmMain::log() {
+  if (!log_) {
+    logDock_ = new QDockWidget(tr("Log"), this);
+    logDock_->setObjectName(QStringLiteral("logDock"));
+    logDock_->setAllowedAreas(Qt::AllDockWidgetAreas);
+    log_ = new frmLog(logDock_);
+    logDock_->setWidget(log_);
+    addDockWidget(Qt::BottomDockWidgetArea, logDock_);
+    logDock_->hide();
+    connect(log_, &frmLog::closeAsked, logDock_, &QDockWidget::hide);
+  }
+  return log_;
+}
+
+void frmMain::showLog() {
+  log();
+  logDock_->show();
+  logDock_->raise();
+}
+
+void frmMain::toggleLog() {
+  log();
+  logDock_->setVisible(!logDock_->isVisible());
+}
+
+bool frmMain::logIsShown() const { return logDock_ && logDock_->isVisible(); }

@@ -1,0 +1,263 @@
+// The main frame's windows, tabs, and the menus whose entries are made when they are opened.
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QClipboard>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QRegularExpression>
+#include <QVBoxLayout>
+
+#include "app/DocumentTabs.h"
+#include "app/FrameMenus.h"
+#include "app/frmMain.h"
+#include "base/Dialogs.h"
+#include "base/Strings.h"
+#include "document/Languages.h"
+#include "document/frmDocument.h"
+#include "language/ucCM.h"
+
+namespace {
+
+constexpr int kGoToLine = 168;
+constexpr int kListedWindows = 20;
+
+QString inMenu(const QString& name) { return plainForDisplay(name, 120).replace(u'&', QLatin1String("&&")); }
+
+QAction* addChoice(QMenu& menu, const QString& caption, bool checked) {
+  QAction* action = menu.addAction(caption);
+  action->setCheckable(true);
+  action->setChecked(checked);
+  return action;
+}
+
+}  // namespace
+
+void frmMain::newWindow() {
+  frmDocument* document = activeDocument();
+  if (!document) return;
+  ++DocCount;
+  adopt(new frmDocument(*document));
+  SetupMenus();
+}
+
+void frmMain::cascade() {
+  for (QMdiSubWindow* window : mdi_->subWindowList())
+    if (window->isMaximized()) window->showNormal();
+  mdi_->cascadeSubWindows();
+  documentState_ = 0;
+}
+
+void frmMain::tile(Qt::Orientation rows) {
+  QList<QMdiSubWindow*> windows;
+  for (QMdiSubWindow* window : mdi_->subWindowList())
+    if (!window->isMinimized()) windows << window;
+  if (windows.isEmpty()) return;
+  QMdiSubWindow* active = mdi_->currentSubWindow();
+  for (QMdiSubWindow* window : windows)
+    if (window->isMaximized()) window->showNormal();
+  // Strips of equal size without gaps, in the order of the tabs.
+  std::sort(windows.begin(), windows.end(), [this](const QMdiSubWindow* a, const QMdiSubWindow* b) {
+    return tabs_->tabOf(qobject_cast<frmDocument*>(a->widget())) < tabs_->tabOf(qobject_cast<frmDocument*>(b->widget()));
+  });
+  const QSize room = mdi_->viewport()->size();
+  const int count = int(windows.size());
+  for (int i = 0; i < count; ++i) {
+    const bool stacked = rows == Qt::Vertical;
+    const int from = (stacked ? room.height() : room.width()) * i / count;
+    const int to = (stacked ? room.height() : room.width()) * (i + 1) / count;
+    windows[i]->setGeometry(stacked ? QRect(0, from, room.width(), to - from) : QRect(from, 0, to - from, room.height()));
+  }
+  mdi_->setActiveSubWindow(active);
+  documentState_ = 0;
+}
+
+void frmMain::nextWindow(int step) {
+  const QList<frmDocument*> order = tabs_->inOrder();
+  const qsizetype at = order.indexOf(activeDocument());
+  if (at >= 0) activate(order[(at + step + order.size()) % order.size()]);
+}
+
+void frmMain::setTabs(bool on) { tabs_->setVisible(on); }
+
+void frmMain::fillWindowList(QMenu& menu) {
+  menu.addSeparator();
+  int number = 0;
+  for (frmDocument* document : tabs_->inOrder()) {
+    if (++number > kListedWindows) break;
+    const QString digit = number < 10 ? u'&' + QString::number(number) : QString::number(number);
+    QAction* entry = addChoice(menu, digit + u' ' + inMenu(document->Caption()), document == activeDocument());
+    connect(entry, &QAction::triggered, this, [this, document = QPointer(document)] { activate(document); });
+  }
+  if (number > kListedWindows)
+    connect(menu.addAction(tr("&More Windows...")), &QAction::triggered, this, &frmMain::chooseWindow);
+}
+
+void frmMain::chooseWindow() {
+  QDialog box(this);
+  box.setWindowTitle(tr("Windows"));
+  auto* filter = new QLineEdit(&box);
+  filter->setPlaceholderText(tr("Part of the name"));
+  auto* list = new QListWidget(&box);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &box);
+  auto* layout = new QVBoxLayout(&box);
+  layout->addWidget(filter);
+  layout->addWidget(list);
+  layout->addWidget(buttons);
+  const QList<frmDocument*> order = tabs_->inOrder();
+  for (frmDocument* document : order) {
+    const QString& name = document->CurrentFileName();
+    list->addItem(plainForDisplay(name.isEmpty() ? document->Caption() : document->Caption() + QLatin1String("  ") + name));
+  }
+  list->setCurrentRow(int(std::max<qsizetype>(0, order.indexOf(activeDocument()))));
+  connect(filter, &QLineEdit::textChanged, list, [list](const QString& part) {
+    int first = -1;
+    for (int row = 0; row < list->count(); ++row) {
+      const bool fits = list->item(row)->text().contains(part, Qt::CaseInsensitive);
+      list->setRowHidden(row, !fits);
+      if (fits && first < 0) first = row;
+    }
+    list->setCurrentRow(first);
+  });
+  connect(list, &QListWidget::itemActivated, &box, &QDialog::accept);
+  connect(buttons, &QDialogButtonBox::accepted, &box, &QDialog::accept);
+  connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);
+  box.resize(600, 420);
+  const ModalGuard guard;
+  if (box.exec() == QDialog::Accepted && list->currentRow() >= 0) activate(order.at(list->currentRow()));
+}
+
+void frmMain::fillLanguages(QMenu& menu) {
+  frmDocument* document = activeDocument();
+  if (!document) return;
+  const auto bind = [this](int index) {
+    frmDocument* target = activeDocument();
+    if (!target) return;
+    target->SetLanguage(index);
+    target->focusWork();
+  };
+  connect(addChoice(menu, tr("&None"), document->cmx->Language().isEmpty()), &QAction::triggered, this, [bind] { bind(0); });
+  int index = 0;
+  for (const auto& language : *languages().Languages()) {
+    const int position = ++index;
+    QAction* entry = addChoice(menu, inMenu(language->Name), document->LanguageIndex() == position);
+    connect(entry, &QAction::triggered, this, [bind, position] { bind(position); });
+  }
+}
+
+void frmMain::fillEncodings(QMenu& menu) {
+  frmDocument* document = activeDocument();
+  if (!document) return;
+  const text::FileFormat now = document->cmx->fileFormat();
+  const auto add = [&](QMenu& to, const QString& caption, text::FileFormat format, bool reopen) {
+    QAction* entry = addChoice(to, caption, format == now);
+    connect(entry, &QAction::triggered, this, [this, format, reopen] {
+      frmDocument* target = activeDocument();
+      if (!target) return;
+      if (reopen) target->ReopenAs(format);
+      else target->cmx->setFileFormat(format);
+      refreshToolbar();
+    });
+  };
+  const auto addAll = [&](QMenu& to, bool reopen) {
+    for (const text::Encoding encoding : text::encodings()) {
+      const QString caption = QString::fromLatin1(text::name(encoding));
+      const bool unicode = encoding < text::Encoding::windows1252;
+      add(to, caption, {encoding, false}, reopen);
+      if (unicode) add(to, caption + tr(" with BOM"), {encoding, true}, reopen);
+    }
+  };
+  menu.addSection(tr("Save as"));
+  addAll(menu, false);
+  menu.addSeparator();
+  QMenu* again = menu.addMenu(tr("&Read the file again as"));
+  again->setEnabled(document->DocumentHasName());
+  addAll(*again, true);
+}
+
+void frmMain::fillLineEnds(QMenu& menu) {
+  frmDocument* document = activeDocument();
+  if (!document) return;
+  const auto refresh = [this] {
+    if (frmDocument* target = activeDocument()) target->focusWork();
+  };
+  menu.addSection(tr("New lines"));
+  for (const bool crlf : {false, true}) {
+    QAction* entry = addChoice(menu, crlf ? tr("&Win (CR LF)") : tr("&Unix (LF)"), document->cmx->EnableCRLF() == crlf);
+    connect(entry, &QAction::triggered, this, [this, crlf, refresh] {
+      if (frmDocument* target = activeDocument()) target->cmx->setEnableCRLF(crlf);
+      refresh();
+    });
+  }
+  menu.addSection(tr("The whole text"));
+  for (const bool crlf : {false, true}) {
+    QAction* entry = menu.addAction(crlf ? tr("Convert to W&in (CR LF)") : tr("Convert to U&nix (LF)"));
+    entry->setEnabled(!document->cmx->ReadOnly());
+    connect(entry, &QAction::triggered, this, [this, crlf, refresh] {
+      if (frmDocument* target = activeDocument()) target->cmx->ConvertLineEnds(crlf);
+      refresh();
+    });
+  }
+}
+
+void frmMain::goToLine() {
+  frmDocument* document = activeDocument();
+  if (!document) return;
+  const CmPosition now = document->CurrentPosition();
+  const QString prompt = tr("Line number, 1 to %1 (or line:column, +lines, -lines)").arg(document->cmx->LineCount());
+  const auto answer = InputBox(prompt, tr("Go To Line"), QString::number(now.LineNo + 1));
+  if (!answer || !activeDocument()) return;
+  static const QRegularExpression form(QStringLiteral("^\\s*([+-]?)(\\d{1,15})(?:\\s*[:,]\\s*(\\d{1,15}))?\\s*$"));
+  const auto match = form.match(*answer);
+  if (!match.hasMatch()) {
+    MsgBox(tr("%1 is not a line number").arg(plainForDisplay(*answer, 60)));
+    return;
+  }
+  qint64 line = match.captured(2).toLongLong() - 1;
+  if (match.captured(1) == QLatin1String("+")) line = now.LineNo + line + 1;
+  else if (match.captured(1) == QLatin1String("-")) line = now.LineNo - line - 1;
+  line = std::clamp<qint64>(line, 0, document->cmx->LineCount() - 1);
+  document->cmx->ExecuteCmd(kGoToLine, line);
+  if (!match.captured(3).isEmpty()) {
+    const qint64 column = std::clamp<qint64>(match.captured(3).toLongLong() - 1, 0, document->cmx->GetLineLength(line));
+    document->cmx->SetSel({line, column, line, column, false});
+  }
+  document->cmx->setFocus();
+}
+
+void frmMain::showTabMenu(frmDocument* document, const QPoint& globalPosition) {
+  const QPointer<frmDocument> target = document;
+  const auto window = [this, target] { return windowOf(target); };
+  QMenu menu(this);
+  connect(menu.addAction(tr("&Close")), &QAction::triggered, this, [window] {
+    if (window()) window()->close();
+  });
+  QAction* others = menu.addAction(tr("Close &Others"));
+  others->setEnabled(documents_.size() > 1);
+  connect(others, &QAction::triggered, this, [this, target] { closeOthers(target); });
+  connect(menu.addAction(tr("Close &All")), &QAction::triggered, this, &frmMain::mnuFileCloseAll_Click);
+  menu.addSeparator();
+  QAction* save = menu.addAction(tr("&Save"));
+  save->setEnabled(document->DocumentModified());
+  connect(save, &QAction::triggered, this, [this, target] {
+    bool ok = false;
+    if (target) mainFileSave(*target, ok);
+  });
+  menu.addSeparator();
+  QAction* copy = menu.addAction(tr("Copy &Path"));
+  QAction* folder = menu.addAction(tr("Open &Folder"));
+  copy->setEnabled(document->DocumentHasName());
+  folder->setEnabled(document->DocumentHasName());
+  connect(copy, &QAction::triggered, this, [target] {
+    if (target) QApplication::clipboard()->setText(target->CurrentFileName());
+  });
+  connect(folder, &QAction::triggered, this, [target] {
+    if (target && !dialogs().openUrl(target->CurrentFileDir())) MsgBox(tr("The folder cannot be shown"));
+  });
+  menu.exec(globalPosition);
+}

@@ -1,0 +1,221 @@
+#include "app/mGlobals.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QUrl>
+#include <cstdio>
+
+#include "app/Arguments.h"
+#include "app/BatchArguments.h"
+#include "app/FrameMenus.h"
+#include "app/Instance.h"
+#include "app/SessionEnd.h"
+#include "app/frmMain.h"
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "control/TextModel.h"
+#include "document/CMXRegistry.h"
+#include "document/Languages.h"
+#include "document/frmDocument.h"
+#include "document/frmRegistry.h"
+#include "document/modRegistry.h"
+#include "language/Registration.h"
+#include "language/ucCM.h"
+#include "text/FileIo.h"
+
+namespace {
+
+QString webHome;
+
+const QString kIniFile = QStringLiteral("INIFILE"), kCurDir = QStringLiteral("CURDIR");
+
+QString defaultDefinitionFile() {
+  return joinPath(joinPath(applicationFolder(), QStringLiteral("config")), QStringLiteral("Zelkor.ini"));
+}
+
+// Values left empty by a copy that only handed its command line over count as missing.
+void loadSettings(frmMain& frame) {
+  using namespace modRegistry;
+  frmRegistry& service = frmRegistry::instance();
+  const bool known = KeyValid(kGlobalKey);
+  useDefinitionFileOfSettings();
+  if (known) {
+    setWebHome(Text(kGlobalKey, QStringLiteral("WEBHOME")));
+    const QString folder = Text(kGlobalKey, kCurDir);
+    QDir::setCurrent(folder.isEmpty() ? joinPath(applicationFolder(), QStringLiteral("samples")) : folder);
+    CMXRegistry::loadMacros();
+    CMXRegistry::loadHotKeys();
+  } else {
+    NewKey(kGlobalKey);
+    QDir::setCurrent(joinPath(applicationFolder(), QStringLiteral("samples")));
+    service.SetupMRUList();
+  }
+  InitLanguages();
+  service.GetProfile(frame, QStringLiteral("mnuFileMRU"));
+}
+
+// A copy that only hands over never loads the settings, but writes these at its end like any other; so it reads them first.
+void readWhatTheEndWrites() {
+  languages().setIniFile(modRegistry::Text(modRegistry::kGlobalKey, kIniFile));
+  CMXRegistry::loadMacros();
+  CMXRegistry::loadHotKeys();
+}
+
+void writeSettings() {
+  using namespace modRegistry;
+  SetText(kGlobalKey, kIniFile, languages().IniFile());
+  SetText(kGlobalKey, kCurDir, QDir::currentPath());
+  frmRegistry::instance().SetProfile();
+  CMXRegistry::saveHotKeys();
+  CMXRegistry::saveMacros();
+  if (Flush() != 0) std::fprintf(stderr, "zelkor: %s\n", qPrintable(QCoreApplication::translate("mGlobals", "the settings could not be saved")));
+}
+
+// Standard input as a file of ours that whoever opens it takes in and removes. Empty: *error says why.
+QString spoolStandardInput(const QString& folder, QString* error) {
+  std::string bytes;
+  char block[65536];
+  for (;;) {
+    const std::int64_t got = text::fileSystem().read(0, block, sizeof block);
+    if (got == -EINTR) continue;
+    if (got < 0) {
+      *error = toQString(text::errorText(int(got)));
+      return {};
+    }
+    if (got == 0) break;
+    bytes.append(block, std::size_t(got));
+  }
+  const QString path = folder + QStringLiteral("/input-%1").arg(QCoreApplication::applicationPid());
+  const text::SaveResult saved = text::saveBytes(fromQString(path), bytes, 0600);
+  *error = toQString(saved.error);
+  return saved.ok() ? path : QString();
+}
+
+int complain(const QString& text, int status) {
+  std::fprintf(stderr, "zelkor: %s\n", qPrintable(text));
+  return status;
+}
+
+QList<HandOff> commandLinesOf(const Arguments& arguments, const QString& spooled) {
+  QList<HandOff> lines;
+  const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+  for (const FilePlace& file : arguments.files)
+    lines << HandOff{file.text(), token, arguments.readOnly, arguments.wait, false};
+  if (!spooled.isEmpty()) lines << HandOff{spooled, token, arguments.readOnly, arguments.wait, true};
+  return lines;
+}
+
+}  // namespace
+
+const std::shared_ptr<colLangs>& gLangs() { return languages().Languages(); }
+const QString& gWebHome() { return webHome; }
+void setWebHome(const QString& address) { webHome = address; }
+
+void useDefinitionFileOfSettings() {
+  const QString file = modRegistry::Text(modRegistry::kGlobalKey, kIniFile);
+  languages().setIniFile(file.isEmpty() ? defaultDefinitionFile() : file);
+}
+
+void InitLanguages() {
+  languages().Init();
+  AddLanguages(*gLangs());
+}
+
+void ReloadLanguages() {
+  RemoveLanguages();
+  AddLanguages(*gLangs());
+  Frame* main = frame();
+  if (!main) return;
+  for (frmDocument* document : main->documents())
+    document->SetLanguage(languages().GetLangFromExt(GetFileExt(document->CurrentFileTitle())));
+  if (frmDocument* active = main->activeDocument()) active->focusWork();
+}
+
+frmDocument* OpenCommandLine(frmMain& frame, const QString& text) {
+  QString name = text.trimmed();
+  ReplaceAll(name, QStringLiteral("\""), {});
+  if (name.isEmpty()) return nullptr;
+  const FilePlace place = placeIn(name);
+  return frame.openAt(place.path, place.line, place.column);
+}
+
+void openHandbook() {
+  const QString file = joinPath(joinPath(applicationFolder(), QStringLiteral("docs")), QStringLiteral("handbook.html"));
+  if (!QFileInfo::exists(file) || !dialogs().openUrl(file))
+    MsgBox(QCoreApplication::translate("mGlobals", "The handbook cannot be shown: %1").arg(file));
+}
+
+void openLanguageHelp(const frmDocument* about) {
+  QString file = languages().GetHelp();
+  if (file.isEmpty()) return;
+  const bool page = file.endsWith(QLatin1String(".html")) || file.endsWith(QLatin1String(".htm"));
+  const QString word = about ? about->GetCurrentWord() : QString();
+  QUrl url = QFileInfo::exists(file) ? QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath()) : QUrl(file);
+  if (page && !word.isEmpty()) url.setFragment(word);
+  if (!dialogs().openUrl(url.hasFragment() ? url.toString(QUrl::FullyEncoded) : file))
+    MsgBox(QCoreApplication::translate("mGlobals", "The help file cannot be shown: %1").arg(file));
+}
+
+void openWebPage(const QString& page) {
+  if (webHome.isEmpty()) return;
+  const QString address = page.isEmpty() || webHome.endsWith(u'/') ? webHome + page : webHome + u'/' + page;
+  if (!dialogs().openUrl(address)) MsgBox(QCoreApplication::translate("mGlobals", "%1 cannot be shown").arg(address));
+}
+
+int Main(int argc, char** argv) {
+  QStringList words;
+  for (int i = 1; i < argc; ++i) words << toQString(argv[i]);
+  const QString startFolder = QDir::currentPath();   // names were typed against it; the settings will change it
+  Arguments arguments = parseArguments(words, startFolder);
+  if (!arguments.error.isEmpty()) return complain(arguments.error, 2);
+  if (arguments.help) return std::fputs(qPrintable(argumentsHelp()), stdout) < 0;
+  if (arguments.version) return std::printf("%s %s\n", kApplicationTitle, ZELKOR_VERSION) < 0;
+  if (arguments.batch && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+#ifdef Q_OS_UNIX
+  for (const char* place : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
+    if (!qEnvironmentVariableIsEmpty(place)) goto display;
+  return complain(QStringLiteral("no display: set DISPLAY or WAYLAND_DISPLAY, or start it from a desktop session"), 2);
+display:
+#endif
+  QCoreApplication::setApplicationName(QString::fromLatin1(kApplicationTitle));
+  QCoreApplication::setApplicationVersion(QStringLiteral(ZELKOR_VERSION));
+  QGuiApplication::setDesktopFileName(QStringLiteral("zelkor"));
+  QApplication application(argc, argv);
+  if (arguments.batch) return runBatch(words);
+
+  QString spooled;
+  if (arguments.standardInput) {
+    QString error;
+    spooled = spoolStandardInput(userStateFolder(), &error);
+    if (spooled.isEmpty()) return complain(QStringLiteral("standard input: ") + error, 2);
+  }
+
+  frmMain main;
+  Instance instance(main);
+  QObject::connect(&main, &frmMain::ended, &main, [&] {
+    writeSettings();
+    instance.resign();
+    QCoreApplication::exit(0);
+  });
+  const QList<HandOff> lines = commandLinesOf(arguments, spooled);
+  const Instance::Role role = instance.CheckPrevInst(lines, arguments.newInstance, arguments.wait);
+  if (role != Instance::Role::first) {
+    readWhatTheEndWrites();
+    main.MDIForm_Unload();
+    return role == Instance::Role::handedOver ? 0 : 1;
+  }
+  loadSettings(main);
+  main.SetupToolStatus();
+  main.menus().setCaption(QStringLiteral("mHelpAbout"), -1,
+                          QCoreApplication::translate("mGlobals", "About %1 ...").arg(QString::fromLatin1(kApplicationTitle)), true);
+  main.show();
+  SessionEnd sessionEnd(main);
+  QObject::connect(&main, &frmMain::documentClosed, &main, [&](frmDocument* document) { instance.documentClosed(document); });
+  for (const HandOff& line : lines) {
+    frmDocument* document = line.untitled ? main.takeIn(line.text) : OpenCommandLine(main, line.text);
+    if (document && line.readOnly) document->cmx->setReadOnly(true);
+  }
+  return application.exec();
+}
