@@ -2,7 +2,6 @@
 
 #include "app/commands/Groups.h"
 #include "app/frmMain.h"
-#include "document/frmDocument.h"
 
 std::span<const FrameCommand> toolsCommands() {
   static const FrameCommand rows[] = {
@@ -13,9 +12,6 @@ std::span<const FrameCommand> toolsCommands() {
        .needs = kDocument, .isMenu = true, .fill = [](frmMain& f, QMenu& menu) { f.fillEncodings(menu); }},
       {.name = "mToolsLineEnds", .menu = "mTools", .place = 230, .caption = QT_TRANSLATE_NOOP("frmMain", "L&ine Ends"),
        .needs = kDocument, .isMenu = true, .fill = [](frmMain& f, QMenu& menu) { f.fillLineEnds(menu); }},
-      {.name = "mToolsOptions", .menu = "mTools", .place = 400,
-       .caption = QT_TRANSLATE_NOOP("frmMain", "Editor &Options..."), .icon = "configure", .needs = kDocument,
-       .run = [](frmMain& f) { f.activeDocument()->cmx->ExecuteProperties(); }},
   };
   return rows;
 }

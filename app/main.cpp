@@ -1,0 +1,3 @@
+#include "app/mGlobals.h"
+
+int main(int argc, char** argv) { return Main(argc, argv); }

@@ -1,0 +1,297 @@
+// Where copies meet and what they tell each other: promises I1, I2 and the rules of the hand-off socket.
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include "control/Msghook.h"
+#include "control/Rendezvous.h"
+
+namespace {
+
+void wait(int ms) {
+  const QDeadlineTimer end(ms);
+  do {
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    QThread::usleep(200);
+  } while (!end.hasExpired());
+}
+
+class HandOffTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(dir_.isValid());
+    before_ = qgetenv("XDG_RUNTIME_DIR");
+    stateBefore_ = qgetenv("XDG_STATE_HOME");
+    qputenv("XDG_STATE_HOME", dir_.filePath(QStringLiteral("state")).toUtf8());
+    runtime_ = dir_.filePath(QStringLiteral("run"));
+    ASSERT_EQ(::mkdir(runtime_.toUtf8().constData(), 0700), 0);
+    qputenv("XDG_RUNTIME_DIR", runtime_.toUtf8());
+  }
+  void TearDown() override {
+    qputenv("XDG_RUNTIME_DIR", before_);
+    qputenv("XDG_STATE_HOME", stateBefore_);
+  }
+  QString socketPath() const { return dir_.filePath(QStringLiteral("s")); }
+
+  QTemporaryDir dir_;
+  QString runtime_;
+  QByteArray before_, stateBefore_;
+};
+using HandOffPlace = HandOffTest;
+using HandOffMessages = HandOffTest;
+
+// Runs `work` on another thread while this one serves the socket.
+void meanwhile(const std::function<void()>& work) {
+  std::unique_ptr<QThread> thread(QThread::create(work));
+  thread->start();
+  for (int i = 0; i < 20000 && !thread->isFinished(); ++i) wait(1);
+  ASSERT_TRUE(thread->wait(1000));
+}
+
+// A peer that sends raw bytes and says whether it was hung up on within the time.
+bool isHungUpOn(const QString& path, const std::string& bytes, int withinMs) {
+  const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  const QByteArray name = path.toUtf8();
+  std::copy(name.begin(), name.end(), address.sun_path);
+  bool hungUp = false;
+  if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+    const ssize_t sent = ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    (void)sent;
+    for (int waited = 0; waited < withinMs && !hungUp; waited += 10) {
+      wait(10);
+      char byte;
+      const ssize_t got = ::recv(fd, &byte, 1, MSG_DONTWAIT);
+      hungUp = got == 0 || (got < 0 && errno == ECONNRESET);
+    }
+  }
+  ::close(fd);
+  return hungUp;
+}
+
+std::string lengthBytes(quint32 length) {
+  std::string bytes;
+  for (int i = 0; i < 4; ++i) bytes += char(length >> (8 * i));
+  return bytes;
+}
+
+}  // namespace
+
+TEST_F(HandOffPlace, FirstIsWhoHoldsTheLock) {
+  Rendezvous first(QStringLiteral("xcb_:0")), second(QStringLiteral("xcb_:0")), elsewhere(QStringLiteral("xcb_:1"));
+  EXPECT_TRUE(first.becomeFirst());
+  EXPECT_TRUE(first.becomeFirst()) << "asking again changes nothing";
+  EXPECT_FALSE(second.becomeFirst());
+  EXPECT_TRUE(elsewhere.becomeFirst()) << "another display is another session";
+  EXPECT_NE(first.socketPath(), elsewhere.socketPath());
+  first.resign();
+  EXPECT_TRUE(second.becomeFirst());
+}
+
+TEST_F(HandOffPlace, FolderMustBeOursAlone) {
+  struct Case {
+    const char* name;
+    std::function<void(const QString&)> spoil;
+    bool inRuntime;   // else in our own state folder
+  };
+  const auto path = [](const QString& p) { return p.toUtf8(); };
+  for (const Case& c : {Case{"as it should be", [](const QString&) {}, true},
+                        Case{"others may enter", [&](const QString& run) { ::chmod(path(run).constData(), 0755); }, false},
+                        Case{"group may enter", [&](const QString& run) { ::chmod(path(run).constData(), 0750); }, false},
+                        Case{"a link",
+                             [&](const QString& run) {
+                               QDir().rename(run, run + u'2');
+                               ASSERT_EQ(::symlink(path(run + u'2').constData(), path(run).constData()), 0);
+                             },
+                             false},
+                        Case{"a file", [](const QString& run) {
+                               QDir(run).removeRecursively();
+                               QFile file(run);
+                               ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+                             }, false},
+                        Case{"not there", [](const QString& run) { QDir(run).removeRecursively(); }, false},
+                        Case{"relative", [](const QString&) { qputenv("XDG_RUNTIME_DIR", "run"); }, false}}) {
+    SCOPED_TRACE(c.name);
+    QTemporaryDir own;
+    const QString run = own.filePath(QStringLiteral("run"));
+    ASSERT_EQ(::mkdir(path(run).constData(), 0700), 0);
+    qputenv("XDG_RUNTIME_DIR", path(run));
+    c.spoil(run);
+    Rendezvous place(QStringLiteral("x"));
+    ASSERT_TRUE(place.usable());
+    EXPECT_EQ(place.folder().startsWith(run), c.inRuntime) << place.folder().toStdString();
+    struct stat status {};
+    ASSERT_EQ(::lstat(path(place.folder()).constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0700u);
+    EXPECT_TRUE(place.becomeFirst());
+  }
+}
+
+TEST_F(HandOffPlace, PlantedLockIsNotFollowed) {
+  const QString folder = runtime_ + QStringLiteral("/zelkor-meet");
+  ASSERT_EQ(::mkdir(folder.toUtf8().constData(), 0700), 0);
+  const QString victim = dir_.filePath(QStringLiteral("victim"));
+  ASSERT_EQ(::symlink(victim.toUtf8().constData(), (folder + QStringLiteral("/x.lock")).toUtf8().constData()), 0);
+  Rendezvous place(QStringLiteral("x"));
+  EXPECT_FALSE(place.becomeFirst());
+  EXPECT_FALSE(QFile::exists(victim));
+}
+
+TEST_F(HandOffMessages, FieldsComeBackAsTheyWent) {
+  for (const QString& text : {QString(), QStringLiteral("/a b/c.v:3:4"), QString::fromUtf8("/\xC3\xA4\xF0\x9F\x98\x80"),
+                              QString(QChar(0xDC80)), QStringLiteral("two\nlines")})
+    for (int flags = 0; flags < 8; ++flags) {
+      const HandOff sent{text, QStringLiteral("token"), (flags & 1) != 0, (flags & 2) != 0, (flags & 4) != 0};
+      HandOff got;
+      ASSERT_TRUE(HandOff::fromFields(sent.toFields(), &got));
+      EXPECT_EQ(got.text, sent.text);
+      EXPECT_EQ(got.activation, sent.activation);
+      EXPECT_EQ(std::tie(got.readOnly, got.wait, got.untitled), std::tie(sent.readOnly, sent.wait, sent.untitled));
+    }
+  HandOff got;
+  const QString nul(QChar(0));
+  for (const QString& bad : {QString(), QStringLiteral("zelkor1"), QStringLiteral("other1") + nul + nul + nul,
+                             QStringLiteral("zelkor1") + nul + QStringLiteral("x") + nul + nul,
+                             QStringLiteral("zelkor1") + nul + nul + nul + nul})
+    EXPECT_FALSE(HandOff::fromFields(bad, &got));
+}
+
+TEST_F(HandOffMessages, TwoHundredAreActedOnInOrder) {
+  QStringList acted;
+  Msghook hook([&](quint64, const HandOff& handOff) {
+    acted << handOff.text;
+    return HandOffReply{};
+  });
+  ASSERT_TRUE(hook.listen(socketPath()));
+  int answers = 0;
+  meanwhile([&] {
+    for (int i = 0; i < 200; ++i) {
+      MsgSender sender;
+      if (!sender.connectTo(socketPath())) return;
+      answers += sender.send({QString::number(i), {}, false, false, false}) == HandOffAnswer::acted;
+    }
+  });
+  EXPECT_EQ(answers, 200);
+  ASSERT_EQ(acted.size(), 200);
+  for (int i = 0; i < 200; ++i) EXPECT_EQ(acted[i], QString::number(i));
+}
+
+TEST_F(HandOffMessages, WhileOneIsActedOnOthersHearThatItIsBusy) {
+  // The first message opens a "dialog": an event loop inside the handler.
+  bool up = false;
+  HandOffAnswer second = HandOffAnswer::gone;
+  Msghook hook([&](quint64, const HandOff& handOff) {
+    if (up) return HandOffReply{HandOffAnswer::busy, false};
+    if (handOff.text == QLatin1String("opens")) {
+      up = true;
+      meanwhile([&] {
+        MsgSender sender;
+        if (sender.connectTo(socketPath())) second = sender.send({QStringLiteral("b"), {}, false, false, false});
+      });
+      up = false;
+    }
+    return HandOffReply{};
+  });
+  ASSERT_TRUE(hook.listen(socketPath()));
+  HandOffAnswer first = HandOffAnswer::gone;
+  meanwhile([&] {
+    MsgSender sender;
+    if (sender.connectTo(socketPath())) first = sender.send({QStringLiteral("opens"), {}, false, false, false});
+  });
+  EXPECT_EQ(first, HandOffAnswer::acted);
+  EXPECT_EQ(second, HandOffAnswer::busy);
+}
+
+TEST_F(HandOffMessages, WaitingSenderIsToldWhenItIsClosed) {
+  quint64 connection = 0;
+  Msghook hook([&](quint64 id, const HandOff& handOff) {
+    connection = id;
+    return HandOffReply{HandOffAnswer::acted, handOff.text == QLatin1String("open")};
+  });
+  ASSERT_TRUE(hook.listen(socketPath()));
+  bool openTold = false, failedTold = false;
+  std::atomic<bool> sent = false;
+  std::unique_ptr<QThread> sender(QThread::create([&] {
+    MsgSender peer;
+    if (!peer.connectTo(socketPath())) return;
+    // One that opened nothing is told at once, or its sender would wait for ever.
+    failedTold = peer.send({QStringLiteral("fails"), {}, false, true, false}) == HandOffAnswer::acted && peer.waitForClosed();
+    sent = peer.send({QStringLiteral("open"), {}, false, true, false}) == HandOffAnswer::acted;
+    openTold = peer.waitForClosed();
+  }));
+  sender->start();
+  for (int i = 0; i < 5000 && !sent; ++i) wait(1);
+  wait(50);
+  EXPECT_TRUE(failedTold);
+  EXPECT_FALSE(sender->isFinished());
+  hook.tellClosed(connection);
+  for (int i = 0; i < 5000 && !sender->isFinished(); ++i) wait(1);
+  EXPECT_TRUE(openTold);
+  sender->wait(1000);
+}
+
+TEST_F(HandOffMessages, GarbageIsHungUpOnAndHurtsNobody) {
+  int acted = 0;
+  Msghook hook([&](quint64, const HandOff&) {
+    ++acted;
+    return HandOffReply{};
+  });
+  ASSERT_TRUE(hook.listen(socketPath()));
+  const std::string noise(1000, '\xFF');
+  const std::pair<const char*, std::string> cases[] = {
+      {"beyond the largest", lengthBytes(Msghook::kLargest + 2)}, {"odd length", lengthBytes(3) + "abc"},
+      {"largest number", lengthBytes(0xFFFFFFFFu)},               {"empty", lengthBytes(0)},
+      {"not our fields", lengthBytes(4) + std::string("a\0b\0", 4)}, {"noise", noise}};
+  for (const auto& [name, bytes] : cases) EXPECT_TRUE(isHungUpOn(socketPath(), bytes, 2000)) << name;
+  EXPECT_EQ(acted, 0);
+  HandOffAnswer answer = HandOffAnswer::gone;
+  meanwhile([&] {
+    MsgSender sender;
+    if (sender.connectTo(socketPath())) answer = sender.send({QStringLiteral("x"), {}, false, false, false});
+  });
+  EXPECT_EQ(answer, HandOffAnswer::acted);
+}
+
+TEST_F(HandOffMessages, SlowAndSilentPeersAreHungUpOn) {
+  Msghook hook([&](quint64, const HandOff&) { return HandOffReply{}; });
+  hook.setDeadline(400);
+  ASSERT_TRUE(hook.listen(socketPath()));
+  EXPECT_FALSE(isHungUpOn(socketPath(), lengthBytes(100) + "half", 100)) << "some time is given";
+  EXPECT_TRUE(isHungUpOn(socketPath(), lengthBytes(100) + "half", 3000));
+  EXPECT_TRUE(isHungUpOn(socketPath(), "", 3000));
+}
+
+TEST_F(HandOffMessages, SocketOfADeadCopyIsReplacedAndAnEndIsNoticed) {
+  {
+    QFile stale(socketPath());
+    ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
+  }
+  MsgSender sender;
+  EXPECT_FALSE(sender.connectTo(socketPath()));
+  auto hook = std::make_unique<Msghook>([&](quint64, const HandOff&) { return HandOffReply{}; });
+  ASSERT_TRUE(hook->listen(socketPath()));
+  std::atomic<bool> connected = false;
+  HandOffAnswer answer = HandOffAnswer::acted;
+  std::unique_ptr<QThread> thread(QThread::create([&] {
+    MsgSender peer;
+    connected = peer.connectTo(socketPath());
+    QThread::msleep(100);
+    answer = peer.send({QStringLiteral("x"), {}, false, false, false});
+  }));
+  thread->start();
+  while (!connected) wait(1);
+  wait(20);
+  hook.reset();   // ends without having answered
+  thread->wait(5000);
+  EXPECT_EQ(answer, HandOffAnswer::gone);
+}
