@@ -1,6 +1,7 @@
 #include "language/CaretWords.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -111,7 +112,6 @@ void ProcessWordList(CodeMax& cmx, const clsLang* language, int& WordListIndex, 
 
   const CmPosition caret = cmx.CurrentPosition();
   const EditBlock block(cmx);
-  const BusyGuard busy;
   const CmRange range = findCurrentWord(cmx, formatted(word, word.size()), formatted(word, replacement.size()));
   cmx.ReplaceText(replacement, range);
   // The caret stays on the word, so that the key can be pressed again.
@@ -121,21 +121,22 @@ void ProcessWordList(CodeMax& cmx, const clsLang* language, int& WordListIndex, 
 
 bool isTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, bool afterTyping, const ExpandText& expand) {
   const QString word = cmx.CurrentWord();
-  const BusyGuard busy;
+  std::optional<BusyGuard> busy(std::in_place);
   if (cmx.CurrentWordLength() <= 0 || languageIndex <= 0) return false;
   if (afterTyping && word == QLatin1String("..") && !cmx.ReadOnly()) {
     const CmRange before = cmx.GetSel(false);
     cmx.ExecuteCmd(WORDLEFT);
     const QString hotKey = cmx.CurrentWord();
-    if (manager.isHotKey(languageIndex, hotKey)) {
-      const CmPosition dots = cmx.CurrentPosition();
-      const CmRange range = cmx.CurrentWordRange();
+    const CmPosition dots = cmx.CurrentPosition();
+    const CmRange range = cmx.CurrentWordRange();
+    if (range.EndColNo == dots.ColNo && manager.isHotKey(languageIndex, hotKey)) {
       const QString text = templateText(cmx, manager, languageIndex, hotKey, range, expand);
       const EditBlock block(cmx);
       cmx.SetSel(caretAt(dots));
       cmx.ExecuteCmd(WORDRIGHTEXTEND);
       cmx.ReplaceSel(QStringLiteral(" "));
       putIn(cmx, text, range);
+      busy.reset();   // the caret's new place is news for everybody, once the block ends
       cmx.setFocus();
       return false;
     }
@@ -151,7 +152,6 @@ bool ExpandTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, const Expand
   const QString text = templateText(cmx, manager, languageIndex, word, range, expand);
   {
     const EditBlock block(cmx);
-    const BusyGuard busy;
     putIn(cmx, text, range);
   }
   cmx.setFocus();

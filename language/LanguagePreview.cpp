@@ -42,7 +42,8 @@ LanguagePreview::LanguagePreview(QWidget* parent) : QWidget(parent), cmx_(new Co
   cmx_->setLeftMargin(false);
   cmx_->setColorSyntax(true);
   cmx_->setMinimumHeight(90);
-  setFocusProxy(cmx_);
+  cmx_->setFocusPolicy(Qt::NoFocus);   // a place to look at: Tab goes past it
+  for (QWidget* part : cmx_->findChildren<QWidget*>()) part->setFocusPolicy(Qt::NoFocus);
   soon_.setSingleShot(true);
   soon_.setInterval(150);
   connect(&soon_, &QTimer::timeout, this, &LanguagePreview::refreshNow);

@@ -135,7 +135,7 @@ void frmDefinitions::layOut() {
                               cmdDuplicate, cmdDelete,  txtDescription, txtExtension, TabStrip1,  chkCase,     txtKeyword,
                               txtOperator, txtSLC,   txtMLCS,     txtMLCE,     txtText,       txtIin,      txtIOut,
                               txtIinout, txtHelp,    lst,         cmdAddList,  cmdDeleteList, txtDesc,     txtList,
-                              preview,   cmdApply,   cmdSave,     cmdClose};
+                              cmdApply,  cmdSave,    cmdClose};
   for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
   lstLanguage->setFocus();
   resize(1040, 720);

@@ -85,13 +85,7 @@ struct Shape {
 class Trial {
  public:
   Trial(const Shape& shape, test::Random& random) : shape_(shape), random_(random) {
-    SnapshotBuilder builder(shape.mode, shape.sizes);
-    for (int i = 0; i < 4; ++i) {
-      auto part = random.text(random.upTo(shape.textSize / 4 + 1));
-      now_.text += part;
-      builder.append(std::move(part));
-    }
-    document_.reset(builder.finish());
+    document_.reset(build(now_.text));
     document_.setUndoLimit(stepLimit, SIZE_MAX);
     handle_ = document_.subscribe([this](const Change& change) {
       heard_.push_back(change);
@@ -102,7 +96,7 @@ class Trial {
     const auto before = now_;
     heard_.clear();
     std::size_t expected = 0;   // notifications
-    switch (random_.upTo(16)) {
+    switch (random_.upTo(19)) {
       case 0: case 1: case 2: expected = undo(); break;
       case 3: case 4: expected = redo(); break;
       case 5: if (groupDepth_ < 2) beginGroup(); break;
@@ -110,7 +104,11 @@ class Trial {
       case 7: if (groupDepth_ > 0 && random_.oneIn(3)) expected = rollback(); break;
       case 8: moveMarks(); break;
       case 9: hold(); break;
-      case 10: if (random_.oneIn(4)) { document_.markSaved(); saved_ = now_.state; } else document_.breakJoin(); break;
+      case 10: if (random_.oneIn(4)) { document_.markSaved(); saved_ = now_.state; } else document_.breakJoin();
+        runOpen_ = false;
+        break;
+      case 11: case 12: case 13: expected = type(); break;
+      case 14: if (random_.oneIn(6)) expected = exchange(); break;
       default: expected = edit(); break;
     }
     ASSERT_EQ(heard_.size(), expected);
@@ -139,6 +137,18 @@ class Trial {
     int state = 0;
   };
 
+  // A random text, made of several blocks.
+  Snapshot build(std::string& text) {
+    SnapshotBuilder builder(shape_.mode, shape_.sizes);
+    text.clear();
+    for (int i = 0; i < 4; ++i) {
+      auto part = random_.text(random_.upTo(shape_.textSize / 4 + 1));
+      text += part;
+      builder.append(std::move(part));
+    }
+    return builder.finish();
+  }
+
   void recordStep(State before) {
     undone_.clear();
     done_.push_back(std::move(before));
@@ -146,6 +156,38 @@ class Trial {
       done_.pop_front();
       dropped_ = true;
     }
+  }
+
+  // The text has become another one, by a step of its own or one that joined the last.
+  std::size_t changeTo(std::string fresh, bool joins = false) {
+    if (groupDepth_ > 0) groupChanged_ = true;
+    else if (!joins) recordStep(now_);
+    undone_.clear();
+    now_ = {std::move(fresh), ++lastState_};
+    runOpen_ = false;
+    return 1;
+  }
+
+  std::size_t type() {
+    const auto size = std::ssize(now_.text);
+    const auto at = runOpen_ && !random_.oneIn(5) ? runEnd_ : random_.upTo(size + 1);
+    const auto over = random_.oneIn(4) ? std::min<std::int64_t>(1, size - at) : 0;
+    const auto text = random_.text(1);
+    auto fresh = now_.text;
+    fresh.replace(static_cast<std::size_t>(at), static_cast<std::size_t>(over), text);
+    EXPECT_TRUE(document_.apply(Edit{{ByteOffset(at), ByteOffset(at + over)}, text}, {}, Join::typing));
+    if (over == std::ssize(text) && fresh == now_.text) return 0;
+    changeTo(std::move(fresh), groupDepth_ == 0 && runOpen_ && at == runEnd_);
+    runOpen_ = groupDepth_ == 0;
+    runEnd_ = at + std::ssize(text);
+    return 1;
+  }
+
+  std::size_t exchange() {
+    std::string fresh;
+    const auto snapshot = build(fresh);
+    EXPECT_TRUE(document_.exchange(snapshot, {}));
+    return fresh == now_.text ? 0 : changeTo(std::move(fresh));
   }
 
   std::size_t edit() {
@@ -170,19 +212,15 @@ class Trial {
       changes = changes || fresh.compare(begin, length, e->text) != 0;
       fresh.replace(begin, length, e->text);
     }
-    const State before = now_;
     EXPECT_TRUE(document_.apply(edits, {}));
-    if (!changes) return 0;
-    if (groupDepth_ == 0) recordStep(before);
-    else { undone_.clear(); groupChanged_ = true; }
-    now_ = {std::move(fresh), ++lastState_};
-    return 1;
+    return changes ? changeTo(std::move(fresh)) : 0;
   }
 
   std::size_t undo() {
     const bool can = groupDepth_ == 0 && !done_.empty();
     EXPECT_EQ(document_.undo().has_value(), can);
     if (!can) return 0;
+    runOpen_ = false;
     undone_.push_back(std::move(now_));
     now_ = std::move(done_.back());
     done_.pop_back();
@@ -192,6 +230,7 @@ class Trial {
     const bool can = groupDepth_ == 0 && !undone_.empty();
     EXPECT_EQ(document_.redo().has_value(), can);
     if (!can) return 0;
+    runOpen_ = false;
     done_.push_back(std::move(now_));
     now_ = std::move(undone_.back());
     undone_.pop_back();
@@ -210,10 +249,10 @@ class Trial {
     if (groupDepth_ == 1 && groupChanged_ && now_.text == groupStart_.text) {
       // A group whose changes took one another back may leave no step; make it differ.
       document_.apply(Edit{{}, "x"}, {});
-      now_ = {"x" + now_.text, ++lastState_};
-      told = 1;
+      told = changeTo("x" + now_.text);
     }
     document_.endGroup();
+    runOpen_ = false;
     if (--groupDepth_ == 0 && groupChanged_) recordStep(groupStart_);
     return told;
   }
@@ -262,7 +301,8 @@ class Trial {
   std::deque<State> done_;
   std::vector<State> undone_;
   int lastState_ = 0, saved_ = 0, groupDepth_ = 0;
-  bool groupChanged_ = false, dropped_ = false;
+  std::int64_t runEnd_ = 0;
+  bool groupChanged_ = false, dropped_ = false, runOpen_ = false;   // runOpen_: typing at runEnd_ joins the last step
   std::vector<test::ModelMark> marks_;
   std::vector<std::pair<Snapshot, std::string>> held_;
 };

@@ -1,0 +1,291 @@
+#include "text/Highlight.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+
+#include "tests/text/Pieces.h"
+
+using namespace text;
+
+namespace {
+
+LanguageTables verilog() {
+  return {.caseSensitive = true,
+          .keywords = {"module", "endmodule", "begin", "end", "end-if", "time", "$display", "$time", "`define", "74ls00", "=>x"},
+          .operators = {"=", "==", "===", "<=", "<", "+", "/", "-", "&&", "and", "#", "'"},
+          .singleComments = {"//"},
+          .multiCommentStart = {"/*", "(*"},
+          .multiCommentEnd = {"*/", "*)"},
+          .stringDelims = {"\""},
+          .escapeChar = "\\"};
+}
+
+LanguageTables vhdl() {
+  return {.caseSensitive = false,
+          .keywords = {"entity", "is", "end", "R\u00C9SUM\u00C9"},
+          .operators = {"<=", "-", "&", "mod", "/="},
+          .singleComments = {"--", "REM"},
+          .multiCommentStart = {"comment", "/*"},
+          .multiCommentEnd = {"endcomment", "*/"},
+          .stringDelims = {"\"", "\"\"\"", "%"},
+          .escapeChar = ""};
+}
+
+LanguageTables tcl() {
+  return {.caseSensitive = true,
+          .keywords = {"set", "-clock", "-clock_fall", "#pragma", "create_clock"},
+          .operators = {"$"},
+          .singleComments = {"#"},
+          .multiCommentStart = {},
+          .multiCommentEnd = {},
+          .stringDelims = {"\"", "'"},
+          .escapeChar = "\""};
+}
+
+// One letter for each byte: k keyword, o operator, c comment, s string, n number, '.' plain.
+std::string drawn(std::string_view line, const std::vector<Token>& tokens) {
+  std::string out(line.size(), '.');
+  std::int64_t last = 0;
+  for (const Token& t : tokens) {
+    EXPECT_GE(t.begin, last);
+    EXPECT_GT(t.length, 0);
+    last = t.begin + t.length;
+    EXPECT_LE(last, static_cast<std::int64_t>(line.size()));
+    for (std::int64_t i = t.begin; i < last; ++i) out[static_cast<std::size_t>(i)] = ".kocsn"[static_cast<std::size_t>(t.kind)];
+  }
+  return out;
+}
+
+struct Row {
+  std::string line, kinds;
+  LineState from = 0, to = 0;
+};
+
+void expectRows(const LanguageTables& tables, const std::vector<Row>& rows) {
+  const Highlighter highlighter(tables);
+  ASSERT_TRUE(highlighter.valid());
+  std::vector<Token> tokens;
+  for (const Row& row : rows) {
+    EXPECT_EQ(highlighter.scanLine(row.line, row.from, &tokens), row.to) << row.line;
+    EXPECT_EQ(drawn(row.line, tokens), row.kinds) << row.line;
+    EXPECT_EQ(highlighter.scanLine(row.line, row.from, nullptr), row.to) << row.line;
+  }
+}
+
+}  // namespace
+
+TEST(Highlight, CaseCountsAndSignsInKeywords) {
+  expectRows(verilog(), {
+      {"module m; endmodule", "kkkkkk....kkkkkkkkk"},
+      {"Module xmodule module1 modul", "............................"},
+      {"$display $displayb $time time", "kkkkkkkk...........kkkkk.kkkk"},
+      {"$foo $end a$time `define `time", ".................kkkkkkk......"},
+      {"end-if end-iff end", "kkkkkk.kkko....kkk"},
+      {"74ls00 74ls01", "kkkkkk.nnnnnn"},
+      {"a<=b==c===d", ".oo.oo.ooo."},
+      {"x and y andy", "..ooo......."},
+      {"a=>x", ".o.."},
+  });
+}
+
+TEST(Highlight, CommentsAndStrings) {
+  expectRows(verilog(), {
+      {"a // b \"c\" /* end", "..ccccccccccccccc"},
+      {"a /* end */ end /*/ x", "..ccccccccc.kkk.ccccc", 0, 1},
+      {"end */ end", "cccccc.kkk", 1, 0},
+      {"end *) end", "cccccccccc", 1, 1},
+      {"end *) end", "cccccc.kkk", 2, 0},
+      {"", "", 2, 2},
+      {"(* // *) end (* \"", "cccccccc.kkk.cccc", 0, 2},
+      {"\"a\\\"b\" end", "ssssss.kkk"},
+      {"\"a\\\\\" end", "sssss.kkk"},
+      {"\"// end", "sssssss"},
+      {"\"a\\", "sss"},
+      {"</*c*/b", "occccc."},
+  });
+  expectRows(vhdl(), {
+      {"ENTITY Is end\\\"x\\\" IS", "kkkkkk.kk.kkk.ssss.kk"},
+      {"a <= b--c", "..oo..ccc"},
+      {"a - b REM end", "..o...ccccccc"},
+      {"rem", "ccc"},
+      {"remark xrem REM_ rem1 rem", "......................ccc"},
+      {"comment end endcomment is", "cccccccccccccccccccccc.kk"},
+      {"comments end", ".........kkk"},
+      {"x endcommentx endComment is", "cccccccccccccccccccccccc.kk", 1, 0},
+      {"\"\"\"a\"b\"\"\" %x% is", "sssssssss.sss.kk"},
+      {"x\"AB\" \"a\"\"b\" is", ".ssss.ssssss.kk"},
+      {"r\u00E9sum\u00E9 r\u00E9sum", "kkkkkkkk......."},
+      {"a MOD b /= c", "..ooo...oo.."},
+  });
+  expectRows(tcl(), {
+      {"create_clock -clock x -clock_fall #a", "kkkkkkkkkkkk.kkkkkk...kkkkkkkkkkk.cc"},
+      {"a-clock -clocks", "..............."},
+      {"#pragma set #pragmas", "kkkkkkk.kkk.cccccccc"},
+      {"$set set", "okkk.kkk"},
+      {"\"a\"\"b\" set 'it", "ssssss.kkk.sss"},
+      {"'a\"'b' set", "ssssss.kkk"},
+      {"16#FF 3", "nnccccc"},
+  });
+}
+
+TEST(Highlight, Numbers) {
+  expectRows(verilog(), {
+      {"12 1_000 0xFF 10ns a1 1.5e-3 1e+6 2.x", "nn.nnnnn.nnnn.nnnn....nnnnnn.nnnn.n.."},
+      {"8'hFF 4'b10?z 'b0 '1 32'sd15 8'", "nnnnn.nnnnnnn.nnn.nn.nnnnnnn.no"},
+      {"4'(x) '{0} 'b' clk'1", "no....o.n..o.o....on"},
+      {"16#FF# 2#1.0#e-3 16#FG#", "nnnnnn.nnnnnnnnn.nno..o"},
+      {"1..2 0x1e-3 1.2.3", "n..n.nnnnon.nnn.n"},
+  });
+}
+
+TEST(Highlight, OddTables) {
+  EXPECT_FALSE(Highlighter({.multiCommentStart = {"/*", "(*"}, .multiCommentEnd = {"*/"}}).valid());
+  const Highlighter empty(LanguageTables{});
+  std::vector<Token> tokens;
+  EXPECT_EQ(empty.scanLine("a 1 \"b\" // c", 3, &tokens), 0);
+  EXPECT_EQ(drawn("a 1 \"b\" // c", tokens), "..n.........");
+  const Highlighter blanks({.keywords = {"", "a"}, .operators = {""}, .singleComments = {"", "\r\n"}, .multiCommentStart = {"", "<"}, .multiCommentEnd = {"x", ""}, .stringDelims = {""}});
+  EXPECT_TRUE(blanks.valid());
+  EXPECT_EQ(blanks.scanLine("a < b", 0, &tokens), 0);
+  EXPECT_EQ(drawn("a < b", tokens), "k....");
+  const Highlighter words(verilog());
+  EXPECT_TRUE(words.isKeyword("$display") && words.isKeyword("end") && words.isKeyword("end-if"));
+  EXPECT_FALSE(words.isKeyword("End") || words.isKeyword("and") || words.isKeyword("$disp") || words.isKeyword("") || words.isKeyword("<="));
+  EXPECT_TRUE(Highlighter(vhdl()).isKeyword("eNtItY"));
+}
+
+// The quick scan, the scan of a block and the scan with tokens see the same comments and strings.
+TEST(Highlight, AllScansAgree) {
+  const std::array<std::string, 40> alphabet{"/",  "*",  "//", "/*", "*/", "(*", "*)", "\"", "\\", "'",   "8",  "'b1", "16#F#", "#",      "end",        "-if", "$",  "$display", "REM", "rem",
+                                             "comment", "endcomment", " ", "\t", "--", "-clock", "#pragma", "\u00E9", "\u00AB", "\xFF", "\xC3", "1.5e-", "_", "<=", "=>x", "a", "\r", "%", "?", "."};
+  std::mt19937 random(17);
+  LanguageTables mixed = vhdl();
+  mixed.singleComments = {"#", "8", "b1", "\u00AB", "-i", "F", ".5", "REM"};
+  mixed.keywords.insert(mixed.keywords.end(), {"end-if", "#pragma", "$rem", "a//b", "-clock", "//x"});
+  mixed.operators.insert(mixed.operators.end(), {"</*", "-", "?\"", "*--"});
+  mixed.escapeChar = "\\";
+  for (const LanguageTables& tables : {verilog(), vhdl(), tcl(), mixed}) {
+    const Highlighter highlighter(tables);
+    for (int round = 0; round < 3000; ++round) {
+      std::string block;
+      LineState full = static_cast<LineState>(random() % (tables.multiCommentStart.size() + 1));
+      const LineState begin = full;
+      for (int l = 0; l < 4; ++l) {
+        const std::string line = randomText(random, alphabet, random() % 12);
+        std::vector<Token> tokens;
+        const LineState quick = highlighter.scanLine(line, full, nullptr);
+        full = highlighter.scanLine(line, full, &tokens);
+        drawn(line, tokens);
+        ASSERT_EQ(full, quick) << testing::PrintToString(line);
+        block += line + (random() % 3 ? "\n" : "\r\n");
+      }
+      ASSERT_EQ(highlighter.scanBlock(block, begin, '\n'), full) << testing::PrintToString(block);
+    }
+  }
+}
+
+TEST(Highlight, HostileLinesCostTheirLengthOnly) {
+  LanguageTables tables = verilog();
+  std::mt19937 random(1);
+  for (int i = 0; i < 100'000; ++i) tables.keywords.push_back((i % 2 ? "$w" : "w") + std::to_string(random()));
+  for (int i = 1; i < 3000; ++i) tables.keywords.push_back(std::string(static_cast<std::size_t>(i), '$'));
+  tables.operators.push_back(std::string(100, '<') + "x");
+  const Highlighter highlighter(tables);
+  const std::string parts[] = {"$", "<", "/", "/*", "/**/", "\"", "\\", "1'", "1#1.", "w1", "-", "'", "(*", "*", "1e+", "\u00E9", "\u0301", "$w"};
+  for (const std::string& part : parts) {
+    std::string line;
+    while (line.size() < 1'000'000) line += part;
+    const auto begin = std::chrono::steady_clock::now();
+    std::vector<Token> tokens;
+    const LineState full = highlighter.scanLine(line, 0, &tokens);
+    EXPECT_EQ(full, highlighter.scanLine(line, 0, nullptr)) << part;
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << part;   // some 0.1 s; wide for sanitizers
+  }
+}
+
+// StateCache ----------------------------------------------------------------------------------------------------------
+
+namespace {
+
+LineState countedState(const Highlighter& highlighter, const Snapshot& text, std::int64_t line) {
+  LineState state = 0;
+  for (std::int64_t i = 0; i < line; ++i) state = highlighter.scanLine(text.line(LineNo(i)), state, nullptr);
+  return state;
+}
+
+std::string sourceLines(std::mt19937& random, int lines) {
+  static const std::array<std::string, 9> kinds{"assign a = b;", "/* begin", "end */", "// note /*", "x = \"/*\";", "", "(* full *)", "(*", "*)"};
+  std::string out;
+  for (int i = 0; i < lines; ++i) out += kinds[random() % 8 < 6 ? (random() % 2 ? 0 : 4) : random() % kinds.size()] + std::string(random() % 200, ' ') + "\n";
+  return out;
+}
+
+}  // namespace
+
+TEST(HighlightStates, EqualCountingFromTheTopThroughEdits) {
+  std::mt19937 random(23);
+  const auto highlighter = std::make_shared<const Highlighter>(verilog());
+  for (int round = 0; round < 4; ++round) {
+    Document document;
+    document.reset(inPieces(sourceLines(random, 6000), 30000));   // several intervals
+    StateCache cache;
+    cache.setHighlighter(highlighter);
+    const auto held = document.subscribe([&](const Change& change) { cache.onChange(change); });
+    for (int step = 0; step < 25; ++step) {
+      const Snapshot& text = document.snapshot();
+      for (int look = 0; look < 2; ++look) {
+        const auto line = static_cast<std::int64_t>(random() % static_cast<std::uint64_t>(text.lineCount()));
+        ASSERT_EQ(cache.stateAt(text, LineNo(line)), countedState(*highlighter, text, line)) << "line " << line << " step " << step;
+      }
+      std::vector<Edit> edits;
+      ByteOffset at(0);
+      for (std::uint32_t i = 0; i <= random() % 3; ++i) {
+        at += static_cast<std::int64_t>(random() % 200'000);
+        if (at >= text.size()) break;
+        const ByteOffset end = std::min(text.size(), at + static_cast<std::int64_t>(random() % 4 ? random() % 30 : random() % 150'000));
+        edits.push_back({{at, end}, random() % 4 ? std::array<std::string, 4>{"/*", "*/", "x\n", "(*"}[random() % 4] : sourceLines(random, static_cast<int>(random() % 1500))});
+        at = end + 1;
+      }
+      if (random() % 6 == 0) document.undo();
+      else document.apply(edits, {});
+    }
+  }
+}
+
+TEST(HighlightStates, BudgetComesToTheExactState) {
+  std::string bytes = "/*\n";
+  for (int i = 0; i < 100'000; ++i) bytes += "reg [7:0] data_in; wire valid;\n";
+  const Snapshot text = inPieces(bytes, 1'000'000);
+  StateCache cache;
+  cache.setHighlighter(std::make_shared<const Highlighter>(verilog()));
+  const LineNo last(text.lineCount() - 1);
+  int calls = 0;
+  for (bool exact = false; !exact; ++calls) {
+    const LineState state = cache.stateAt(text, last, 500'000, &exact);
+    ASSERT_LE(state, 1);
+    EXPECT_TRUE(!exact || state == 1);
+    ASSERT_LT(calls, 20);
+  }
+  EXPECT_GE(calls, 5);
+  bool exact = false;
+  EXPECT_EQ(cache.stateAt(text, LineNo(50'000), 1, &exact), 1);
+  EXPECT_TRUE(exact);
+  // One long line takes one call, not for ever.
+  const Snapshot longLine("/*" + std::string(3'000'000, 'x') + "\n\n");
+  StateCache other;
+  other.setHighlighter(std::make_shared<const Highlighter>(verilog()));
+  for (int i = 0; i < 3 && !exact; ++i) other.stateAt(longLine, LineNo(2), 1000, &exact);
+  EXPECT_EQ(other.stateAt(longLine, LineNo(2), 1000, &exact), 1);
+  EXPECT_TRUE(exact);
+}
+
+TEST(HighlightStates, LoneCarriageReturnsAndNoLanguage) {
+  const Snapshot text = inPieces("a // x /*\r/* b\rc */\rend", 4, LineMode::cr);
+  StateCache cache;
+  EXPECT_EQ(cache.stateAt(text, LineNo(2)), 0);
+  cache.setHighlighter(std::make_shared<const Highlighter>(verilog()));
+  const LineState expected[] = {0, 0, 1, 0};
+  for (std::int64_t i = 0; i < 4; ++i) EXPECT_EQ(cache.stateAt(text, LineNo(i)), expected[i]) << i;
+}

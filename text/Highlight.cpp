@@ -1,0 +1,388 @@
+#include "text/Highlight.h"
+
+#include <cstring>
+#include <optional>
+
+#include "text/Chars.h"
+#include "text/Literal.h"
+#include "text/Scan.h"
+#include "text/Symbols.h"
+#include "text/Words.h"
+
+namespace text {
+
+namespace {
+
+constexpr std::size_t none = std::string_view::npos;
+constexpr std::size_t mostPairs = 255;
+
+// Values in the signs of the language.
+enum : int { keywordValue, operatorValue };
+
+struct ByteClasses {
+  std::array<CharClass, 128> of{};
+  constexpr ByteClasses() {
+    for (unsigned char c = 0; c < 128; ++c) {
+      const bool word = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+      of[c] = word ? CharClass::word : c == ' ' || (c >= '\t' && c <= '\r') ? CharClass::blank : CharClass::punctuation;
+    }
+  }
+};
+constexpr ByteClasses ascii;
+
+unsigned char at(std::string_view s, std::size_t i) { return static_cast<unsigned char>(s[i]); }
+bool digit(char c) { return c >= '0' && c <= '9'; }
+bool hexDigit(char c) { return digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+
+bool isWord(const Char& c) { return c.bytes > 0 && !c.bad && (c.code < 128 ? ascii.of[c.code] : classOf(c.code)) == CharClass::word; }
+bool wordAtByte(std::string_view s, std::size_t i) {
+  if (i >= s.size()) return false;
+  return at(s, i) < 0x80 ? ascii.of[at(s, i)] == CharClass::word : isWord(decode(s.substr(i)));
+}
+bool wordBefore(std::string_view s, std::size_t i) {
+  if (i == 0) return false;
+  return at(s, i - 1) < 0x80 ? ascii.of[at(s, i - 1)] == CharClass::word : isWord(decodeLast(s.substr(0, i)));
+}
+std::size_t wordEnd(std::string_view s, std::size_t i) {
+  while (i < s.size()) {
+    if (at(s, i) < 0x80) {
+      if (ascii.of[at(s, i)] != CharClass::word) return i;
+      ++i;
+    } else {
+      const Char c = decode(s.substr(i));
+      if (!isWord(c)) return i;
+      i += static_cast<std::size_t>(c.bytes);
+    }
+  }
+  return i;
+}
+bool wholeWord(std::string_view s) { return !s.empty() && wordEnd(s, 0) == s.size(); }
+
+// What begins a comment or a string.
+struct Start {
+  enum Kind : unsigned char { line, block, string } kind;
+  std::size_t index;    // of the pair or the delimiter
+  bool wordFirst, wordLast;
+};
+
+struct Begin {
+  const Start* start = nullptr;
+  std::size_t length = 0;
+};
+
+}  // namespace
+
+struct Highlighter::Impl {
+  LanguageTables tables;
+  bool valid = false, folds = true;
+  std::vector<Start> starts;
+  Signs startSigns, signs;          // comments and strings; keywords with other than word characters, operators
+  WordSet words;                    // keywords and operators that are words
+  ByteSet interesting;              // the first bytes of startSigns
+  struct Closer {
+    std::optional<Literal> text;
+    bool wordFirst = false, wordLast = false;
+  };
+  std::vector<Closer> closers;
+  std::vector<std::string> delimiters;
+  struct StringStops {
+    ByteSet upToLf, upToCr;         // the delimiter, the escape character, the break
+  };
+  std::vector<StringStops> stops;
+  std::array<bool, 256> lead{};     // signs in front of keywords that are words otherwise
+
+  explicit Impl(LanguageTables t);
+  void addStart(const std::string& sign, Start::Kind kind, std::size_t index);
+  Begin rawStart(std::string_view s, std::size_t p) const;
+  Begin startAt(std::string_view s, std::size_t p) const;
+  bool startsInside(std::string_view s, std::size_t p, std::size_t& checked, std::size_t length) const;
+  std::size_t signAt(std::string_view s, std::size_t p, int value) const;
+  std::size_t closeEnd(std::string_view s, std::size_t from, std::size_t pair) const;
+  std::size_t stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker) const;
+  std::size_t numberEnd(std::string_view s, std::size_t p) const;
+  std::size_t basedEnd(std::string_view s, std::size_t tick) const;
+  bool goesOn(std::string_view s, std::size_t p) const { return !rawStart(s, p).start; }
+};
+
+// Compiling -----------------------------------------------------------------------------------------------------------
+
+Highlighter::Impl::Impl(LanguageTables t)
+    : tables(std::move(t)), folds(!tables.caseSensitive), startSigns(folds), signs(folds), words(folds) {
+  valid = tables.multiCommentStart.size() == tables.multiCommentEnd.size();
+  if (!valid) return;
+  for (std::size_t i = 0; i < tables.multiCommentStart.size() && closers.size() < mostPairs; ++i) {
+    const auto& open = tables.multiCommentStart[i];
+    const auto& close = tables.multiCommentEnd[i];
+    if (open.empty() || close.empty()) continue;
+    addStart(open, Start::block, closers.size());
+    closers.push_back({Literal(close, !folds), wordAtByte(close, 0), wordBefore(close, close.size())});
+  }
+  for (const auto& s : tables.singleComments) addStart(s, Start::line, 0);
+  for (const auto& s : tables.stringDelims) {
+    if (s.empty()) continue;
+    addStart(s, Start::string, delimiters.size());
+    delimiters.push_back(s);
+    StringStops stop;
+    for (const char c : {s[0], folds ? lowerAscii(s[0]) : s[0], tables.escapeChar.empty() ? s[0] : tables.escapeChar[0]}) {
+      stop.upToLf.add(static_cast<unsigned char>(c));
+      stop.upToCr.add(static_cast<unsigned char>(c));
+      if (folds && c >= 'a' && c <= 'z') {
+        stop.upToLf.add(static_cast<unsigned char>(c - 32));
+        stop.upToCr.add(static_cast<unsigned char>(c - 32));
+      }
+    }
+    stop.upToLf.add('\n');
+    stop.upToCr.add('\r');
+    stops.push_back(stop);
+  }
+  startSigns.build();
+  for (int c = 0; c < 256; ++c)
+    if (startSigns.startsWith(static_cast<unsigned char>(c))) interesting.add(static_cast<unsigned char>(c));
+
+  const auto addAll = [this](const std::vector<std::string>& list, int value) {
+    for (const auto& s : list) {
+      if (wholeWord(s)) words.add(s, value);
+      else signs.add(s, value);
+      // "$display" makes '$' the sign in front of a name.
+      if (value == keywordValue && s.size() > 1 && at(s, 0) < 0x80 && !wordAtByte(s, 0) && wholeWord(std::string_view(s).substr(1)))
+        lead[at(s, 0)] = true;
+    }
+  };
+  addAll(tables.keywords, keywordValue);
+  addAll(tables.operators, operatorValue);
+  signs.build();
+}
+
+void Highlighter::Impl::addStart(const std::string& sign, Start::Kind kind, std::size_t index) {
+  if (sign.empty() || !validUtf8(sign)) return;
+  startSigns.add(sign, static_cast<int>(starts.size()));
+  starts.push_back({kind, index, wordAtByte(sign, 0), wordBefore(sign, sign.size())});
+}
+
+// Looking at one place ------------------------------------------------------------------------------------------------
+// The full scan and the scan for states alone must see the same comments and strings. So nothing ever hides one:
+// keywords and operators that would reach over a start give way, and numbers stop before it.
+
+Begin Highlighter::Impl::rawStart(std::string_view s, std::size_t p) const {
+  Begin best;
+  if (p >= s.size() || !interesting.has(at(s, p))) return best;
+  startSigns.at(s, p, [&](std::size_t length, int value) {
+    const Start& start = starts[static_cast<std::size_t>(value)];
+    if (start.wordFirst && wordBefore(s, p)) return;
+    if (start.wordLast && wordAtByte(s, p + length)) return;
+    best = {&start, length};
+  });
+  return best;
+}
+
+Begin Highlighter::Impl::startAt(std::string_view s, std::size_t p) const {
+  const Begin best = rawStart(s, p);
+  if (best.start && signs.startsWith(at(s, p)) && signAt(s, p, keywordValue) > best.length) return {};
+  return best;
+}
+
+// Whether a comment or string starts behind p but before p + length; `checked` remembers how far was looked.
+bool Highlighter::Impl::startsInside(std::string_view s, std::size_t p, std::size_t& checked, std::size_t length) const {
+  for (; checked < length; ++checked)
+    if (rawStart(s, p + checked).start) return true;
+  return false;
+}
+
+// The length of the longest keyword or operator (of the kind `value`) at p, 0 when there is none.
+std::size_t Highlighter::Impl::signAt(std::string_view s, std::size_t p, int value) const {
+  std::size_t best = 0, checked = 1;
+  signs.at(s, p, [&](std::size_t length, int kind) {
+    if (kind != value || startsInside(s, p, checked, length)) return;
+    const auto sign = s.substr(p, length);
+    if (wordBefore(sign, length) && wordAtByte(s, p + length)) return;
+    // "$display" does not begin in the middle of "a$display"; "=>" may stand anywhere.
+    if (wordBefore(s, p) && std::any_of(sign.begin(), sign.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80 || ascii.of[static_cast<unsigned char>(c)] == CharClass::word; }))
+      return;
+    best = length;
+  });
+  return best;
+}
+
+std::size_t Highlighter::Impl::closeEnd(std::string_view s, std::size_t from, std::size_t pair) const {
+  const Closer& closer = closers[pair];
+  for (auto hit = closer.text->find(s, from); hit; hit = closer.text->find(s, hit->begin + 1)) {
+    const std::size_t end = hit->begin + hit->length;
+    if (!(closer.wordFirst && wordBefore(s, hit->begin)) && !(closer.wordLast && wordAtByte(s, end))) return end;
+  }
+  return none;
+}
+
+// Behind the closing delimiter, or the end of the line.
+std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker) const {
+  const std::string& delimiter = delimiters[index];
+  const std::string& escape = tables.escapeChar;
+  const ByteSet& stop = breaker == '\n' ? stops[index].upToLf : stops[index].upToCr;
+  const auto same = [&](std::size_t p) {
+    if (s.size() - p < delimiter.size()) return false;
+    for (std::size_t i = 0; i < delimiter.size(); ++i)
+      if (folds ? lowerAscii(s[p + i]) != lowerAscii(delimiter[i]) : s[p + i] != delimiter[i]) return false;
+    return true;
+  };
+  for (std::size_t p = stop.find(s, from); p < s.size(); p = stop.find(s, p)) {
+    if (s[p] == breaker) return p;
+    if (!escape.empty() && s.compare(p, escape.size(), escape) == 0 && (escape != delimiter || s.compare(p + escape.size(), escape.size(), escape) == 0)) {
+      p += escape.size();
+      if (p < s.size() && s[p] != breaker) p += static_cast<std::size_t>(decode(s.substr(p)).bytes);
+    } else if (same(p)) {
+      return p + delimiter.size();
+    } else {
+      ++p;
+    }
+  }
+  return s.size();
+}
+
+// 'hFF, 'sb01, '0: behind a number whose "'" stands at `tick`; `tick` itself when none follows.
+std::size_t Highlighter::Impl::basedEnd(std::string_view s, std::size_t tick) const {
+  if (!goesOn(s, tick) || !goesOn(s, tick + 1)) return tick;
+  std::size_t p = tick + 1;
+  if (p < s.size() && (s[p] == 's' || s[p] == 'S')) ++p;
+  if (p < s.size() && std::strchr("bBoOdDhH", s[p]) && s[p] != '\0') {
+    const std::size_t begin = ++p;
+    while (p < s.size() && (hexDigit(s[p]) || std::strchr("xXzZ_?", s[p])) && s[p] != '\0') {
+      if (s[p] == '?' && !(goesOn(s, p) && goesOn(s, p + 1))) break;
+      ++p;
+    }
+    if (p > begin && !wordAtByte(s, p)) return p;
+  }
+  // One digit for all bits; 'x' with a tick behind it is a character.
+  p = tick + 1;
+  if (p < s.size() && s[p] != '\0' && std::strchr("01xXzZ", s[p]) && !wordAtByte(s, p + 1) && !(p + 1 < s.size() && s[p + 1] == '\'')) return p + 1;
+  return tick;
+}
+
+// p stands on a digit that begins a word.
+std::size_t Highlighter::Impl::numberEnd(std::string_view s, std::size_t p) const {
+  std::size_t end = wordEnd(s, p);
+  const bool plain = std::all_of(s.begin() + static_cast<std::ptrdiff_t>(p), s.begin() + static_cast<std::ptrdiff_t>(end), [](char c) { return digit(c) || c == '_'; });
+  if (end == s.size()) return end;
+  if (plain && s[end] == '\'') {
+    const std::size_t based = basedEnd(s, end);
+    return based > end + 1 ? based : end;
+  }
+  if (plain && s[end] == '#' && goesOn(s, end) && goesOn(s, end + 1)) {
+    std::size_t q = end + 1;
+    while (q < s.size() && (hexDigit(s[q]) || s[q] == '_' || (s[q] == '.' && goesOn(s, q) && goesOn(s, q + 1)))) ++q;
+    if (q > end + 1 && q < s.size() && s[q] == '#' && goesOn(s, q)) end = goesOn(s, q + 1) ? wordEnd(s, q + 1) : q + 1;
+    else return end;
+  } else if (plain && s[end] == '.' && end + 1 < s.size() && digit(s[end + 1]) && goesOn(s, end) && goesOn(s, end + 1)) {
+    end = wordEnd(s, end + 1);
+  }
+  const auto sign = [&] { return s[end] == '+' || s[end] == '-'; };
+  if (end + 1 < s.size() && (s[end - 1] == 'e' || s[end - 1] == 'E') && sign() && digit(s[end + 1]) && goesOn(s, end) && goesOn(s, end + 1)) {
+    const bool hex = s[p] == '0' && p + 1 < s.size() && (s[p + 1] == 'x' || s[p + 1] == 'X');
+    if (!hex) end = wordEnd(s, end + 1);
+  }
+  return end;
+}
+
+// Scanning ------------------------------------------------------------------------------------------------------------
+
+Highlighter::Highlighter(LanguageTables tables) : impl_(new Impl(std::move(tables))) {}
+Highlighter::~Highlighter() = default;
+bool Highlighter::valid() const { return impl_->valid; }
+const LanguageTables& Highlighter::tables() const { return impl_->tables; }
+
+bool Highlighter::isKeyword(std::string_view word) const {
+  if (!impl_->valid || word.empty()) return false;
+  if (impl_->words.find(word) == keywordValue) return true;
+  bool found = false;
+  impl_->signs.at(word, 0, [&](std::size_t length, int kind) { found = found || (kind == keywordValue && length == word.size()); });
+  return found;
+}
+
+LineState Highlighter::scanBlock(std::string_view s, LineState state, char breaker) const {
+  const Impl& h = *impl_;
+  if (!h.valid) return 0;
+  std::size_t p = 0;
+  if (state > 0 && state <= h.closers.size()) {
+    p = h.closeEnd(s, 0, state - 1u);
+    if (p == none) return state;
+  }
+  for (p = h.interesting.find(s, p); p < s.size(); p = h.interesting.find(s, p)) {
+    const Begin begin = h.startAt(s, p);
+    if (!begin.start) {
+      ++p;
+      continue;
+    }
+    p += begin.length;
+    if (begin.start->kind == Start::string) {
+      p = h.stringEnd(s, p, begin.start->index, breaker);
+    } else if (begin.start->kind == Start::block) {
+      p = h.closeEnd(s, p, begin.start->index);
+      if (p == none) return static_cast<LineState>(begin.start->index + 1);
+    } else {
+      const void* end = std::memchr(s.data() + p, breaker, s.size() - p);
+      if (!end) return 0;
+      p = static_cast<std::size_t>(static_cast<const char*>(end) - s.data());
+    }
+  }
+  return 0;
+}
+
+LineState Highlighter::scanLine(std::string_view s, LineState state, std::vector<Token>* tokens) const {
+  const Impl& h = *impl_;
+  if (!tokens) return scanBlock(s, state, '\n');
+  tokens->clear();
+  if (!h.valid) return 0;
+  const auto put = [&](std::size_t begin, std::size_t end, TokenKind kind) {
+    if (end > begin) tokens->push_back({static_cast<std::int64_t>(begin), static_cast<std::int64_t>(end - begin), kind});
+    return end;
+  };
+  std::size_t p = 0;
+  if (state > 0 && state <= h.closers.size()) {
+    p = h.closeEnd(s, 0, state - 1u);
+    put(0, p == none ? s.size() : p, TokenKind::comment);
+    if (p == none) return state;
+  }
+  while (p < s.size()) {
+    const unsigned char c = at(s, p);
+    if (c < 0x80 && ascii.of[c] == CharClass::blank && !h.interesting.has(c) && !h.signs.startsWith(c)) {
+      ++p;
+      continue;
+    }
+    if (const Begin begin = h.startAt(s, p); begin.start) {
+      const std::size_t inside = p + begin.length;
+      if (begin.start->kind == Start::string) {
+        p = put(p, h.stringEnd(s, inside, begin.start->index, '\n'), TokenKind::string);
+      } else if (begin.start->kind == Start::block) {
+        const std::size_t end = h.closeEnd(s, inside, begin.start->index);
+        put(p, end == none ? s.size() : end, TokenKind::comment);
+        if (end == none) return static_cast<LineState>(begin.start->index + 1);
+        p = end;
+      } else {
+        put(p, s.size(), TokenKind::comment);
+        return 0;
+      }
+      continue;
+    }
+    const std::size_t sign = h.signs.startsWith(c) ? h.signAt(s, p, keywordValue) : 0;
+    if (const std::size_t end = wordEnd(s, p); end > p) {
+      const int known = h.words.find(s.substr(p, end - p));
+      if (p + sign > end) p = put(p, p + sign, TokenKind::keyword);
+      else if (known == keywordValue) p = put(p, end, TokenKind::keyword);
+      else if (known == operatorValue) p = put(p, end, TokenKind::operatorSign);
+      else if (digit(s[p])) p = put(p, h.numberEnd(s, p), TokenKind::number);
+      else p = end;
+      continue;
+    }
+    if (c == '\'' && !wordBefore(s, p))
+      if (const std::size_t end = h.basedEnd(s, p); end > p) {
+        p = put(p, end, TokenKind::number);
+        continue;
+      }
+    const std::size_t op = h.signs.startsWith(c) ? h.signAt(s, p, operatorValue) : 0;
+    if (sign > 0 && sign >= op) p = put(p, p + sign, TokenKind::keyword);
+    else if (op > 0) p = put(p, p + op, TokenKind::operatorSign);
+    else if (h.lead[c] && h.goesOn(s, p + 1)) p = wordEnd(s, p + 1);   // a name of its own, or part of one
+    else p += c < 0x80 ? 1 : static_cast<std::size_t>(decode(s.substr(p)).bytes);
+  }
+  return 0;
+}
+
+}  // namespace text
