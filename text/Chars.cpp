@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "text/CharTables.h"
+#include "text/Utf8.h"
 
 namespace text {
 
@@ -12,19 +13,7 @@ namespace {
 unsigned char at(std::string_view s, std::size_t i) { return static_cast<unsigned char>(s[i]); }
 bool continues(unsigned char b) { return (b & 0xC0) == 0x80; }
 
-// The length of the valid sequence at the start of s, 0 when there is none. `lead` is s[0] >= 0x80.
-int sequenceLength(std::string_view s, unsigned char lead) {
-  if (lead < 0xC2 || lead > 0xF4 || s.size() < 2) return 0;
-  const unsigned char second = at(s, 1);
-  if (lead < 0xE0) return continues(second) ? 2 : 0;
-  if (s.size() < 3 || !continues(at(s, 2))) return 0;
-  if (lead < 0xF0) {
-    const unsigned char low = lead == 0xE0 ? 0xA0 : 0x80, high = lead == 0xED ? 0x9F : 0xBF;
-    return second >= low && second <= high ? 3 : 0;
-  }
-  const unsigned char low = lead == 0xF0 ? 0x90 : 0x80, high = lead == 0xF4 ? 0x8F : 0xBF;
-  return s.size() >= 4 && second >= low && second <= high && continues(at(s, 3)) ? 4 : 0;
-}
+int sequenceLength(std::string_view s) { return std::max(utf8Sequence(s.data(), s.data() + s.size()), 0); }
 
 constexpr std::uint64_t highBits = 0x8080808080808080u;
 
@@ -36,13 +25,7 @@ std::uint64_t word(const char* p) {
 
 // The length of the run of ASCII bytes at the start.
 std::size_t asciiRun(std::string_view s) {
-  std::size_t i = 0;
-  for (; i + 32 <= s.size(); i += 32) {
-    const char* p = s.data() + i;
-    if ((word(p) | word(p + 8) | word(p + 16) | word(p + 24)) & highBits) break;
-  }
-  while (i < s.size() && at(s, i) < 0x80) ++i;
-  return i;
+  return static_cast<std::size_t>(endOfAscii(s.data(), s.data() + s.size()) - s.data());
 }
 
 // The same without tabs: each of these bytes takes one cell.
@@ -124,13 +107,9 @@ Char decode(std::string_view bytes) {
   if (bytes.empty()) return {};
   const unsigned char lead = at(bytes, 0);
   if (lead < 0x80) return {lead, 1, false};
-  const auto tail = [&](std::size_t i) { return static_cast<char32_t>(at(bytes, i) & 0x3F); };
-  switch (sequenceLength(bytes, lead)) {
-    case 2: return {static_cast<char32_t>((lead & 0x1F) << 6) | tail(1), 2, false};
-    case 3: return {static_cast<char32_t>((lead & 0x0F) << 12) | tail(1) << 6 | tail(2), 3, false};
-    case 4: return {static_cast<char32_t>((lead & 0x07) << 18) | tail(1) << 12 | tail(2) << 6 | tail(3), 4, false};
-    default: return {lead, 1, true};
-  }
+  const int length = sequenceLength(bytes);
+  if (length == 0) return {lead, 1, true};
+  return {utf8Code(bytes.substr(0, static_cast<std::size_t>(length))), length, false};
 }
 
 Char decodeLast(std::string_view bytes) {
@@ -144,11 +123,9 @@ Char decodeLast(std::string_view bytes) {
 }
 
 std::string encode(char32_t c) {
-  const auto b = [](char32_t x) { return static_cast<char>(x); };
-  if (c < 0x80) return {b(c)};
-  if (c < 0x800) return {b(0xC0 | c >> 6), b(0x80 | (c & 63))};
-  if (c < 0x10000) return {b(0xE0 | c >> 12), b(0x80 | (c >> 6 & 63)), b(0x80 | (c & 63))};
-  return {b(0xF0 | c >> 18), b(0x80 | (c >> 12 & 63)), b(0x80 | (c >> 6 & 63)), b(0x80 | (c & 63))};
+  std::string out;
+  appendUtf8(c, &out);
+  return out;
 }
 
 int cells(char32_t code) {
@@ -285,8 +262,8 @@ bool isAscii(std::string_view bytes) { return asciiRun(bytes) == bytes.size(); }
 
 bool validUtf8(std::string_view bytes) {
   for (std::size_t i = 0; i < bytes.size();) {
-    if (const unsigned char lead = at(bytes, i); lead >= 0x80) {
-      const int length = sequenceLength(bytes.substr(i), lead);
+    if (at(bytes, i) >= 0x80) {
+      const int length = sequenceLength(bytes.substr(i));
       if (length == 0) return false;
       i += static_cast<std::size_t>(length);
     } else {

@@ -11,6 +11,7 @@ namespace text {
 namespace {
 
 constexpr std::size_t kPart = 256 * 1024;   // what is converted, hashed or written at a time
+constexpr std::size_t kSmall = 16 * 1024;   // parts below this are put together before they are written
 
 class BytesSource final : public SaveSource {
  public:
@@ -191,10 +192,10 @@ int writeSource(int fd, const SaveSource& source, std::uint64_t* hash) {
     return r;
   };
   const int r = source.each([&](std::string_view part) {
-    if (part.size() + pending.size() <= kPart) {
+    if (part.size() < kSmall) {
       content.add(part);
       pending.append(part);
-      return pending.size() >= kPart / 2 ? flush() : 0;
+      return pending.size() >= kPart ? flush() : 0;
     }
     int done = flush();
     for (; done == 0 && !part.empty(); part.remove_prefix(std::min(part.size(), kPart))) {
