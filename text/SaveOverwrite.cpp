@@ -1,6 +1,7 @@
 // Saving by overwriting in place, with a synced copy of the old bytes beside it meanwhile.
 #include <algorithm>
 #include <cerrno>
+#include <new>
 
 #include "text/PlantedFaults.h"
 #include "text/SaveWays.h"
@@ -12,7 +13,9 @@ class Overwriting {
  public:
   Overwriting(SaveTarget& target, const SaveSource& source, const std::string& recoveryFolder)
       : target_(target), source_(source), recoveryFolder_(recoveryFolder) {}
-  ~Overwriting() { dropCopy(); }
+  ~Overwriting() {
+    if (!touched_) dropCopy();   // else it is needed
+  }
 
   SaveResult run() {
     auto& fs = fileSystem();
@@ -35,9 +38,17 @@ class Overwriting {
 
     SaveResult result;
     result.stamp.exists = true;
-    const int r = overwrite(oldSize, &result.stamp);
+    const std::string copyPath = copyFolder_ + "/" + copyName_;
+    int r = 0;
+    try {
+      r = overwrite(oldSize, &result.stamp);
+    } catch (const std::bad_alloc&) {
+      restore(oldSize, before.mode);
+      throw;
+    }
     if (r == 0) return result;
-    return touched_ ? restore(oldSize, before.mode, saveFailed(r)) : saveFailed(r);
+    const bool back = !touched_ || restore(oldSize, before.mode);
+    return saveFailed(r, back ? std::string() : ". The old text is in " + copyPath);
   }
 
  private:
@@ -66,15 +77,13 @@ class Overwriting {
     return copy_.error();
   }
 
-  static int copyBytes(int from, int to, std::uint64_t* hash, std::int64_t* size) {
-    constexpr std::size_t kBuffer = 128 * 1024;
-    const auto buffer = std::make_unique_for_overwrite<char[]>(kBuffer);
+  int copyBytes(int from, int to, std::uint64_t* hash, std::int64_t* size) {
     ContentHash content;
     for (*size = 0;;) {
-      const std::int64_t n = files::readSome(from, buffer.get(), kBuffer);
+      const std::int64_t n = files::readSome(from, buffer_.get(), kBuffer);
       if (n < 0) return static_cast<int>(n);
       if (n == 0) break;
-      const std::string_view part(buffer.get(), static_cast<std::size_t>(n));
+      const std::string_view part(buffer_.get(), static_cast<std::size_t>(n));
       content.add(part);
       *size += n;
       if (const int r = files::writeAll(to, part); r < 0) return r;
@@ -102,15 +111,15 @@ class Overwriting {
     if (const int r = files::sync(file_.get()); r < 0) return r;
     if (const int r = fs.statFd(file_.get(), &stamp->status); r < 0) return r;
     // With the new bytes safe the copy goes. Where it cannot, the old bytes come back from it.
-    return dropCopy();
+    if (const int r = dropCopy(); r < 0) return r;
+    touched_ = false;
+    return 0;
   }
 
-  SaveResult restore(std::int64_t oldSize, std::uint32_t mode, SaveResult why) {
-    for (int attempt = 0; attempt < 2; ++attempt)
-      if (restoreOnce(oldSize, mode) == 0) return why;
-    why.error += ". The old text is in " + copyFolder_ + "/" + copyName_;
-    copyName_.clear();
-    return why;
+  // Writes the old bytes back from the copy; false, with the copy kept, where that fails. Needs no memory.
+  bool restore(std::int64_t oldSize, std::uint32_t mode) {
+    for (int attempt = 0; touched_ && attempt < 2; ++attempt) touched_ = restoreOnce(oldSize, mode) < 0;
+    return !touched_;
   }
 
   int restoreOnce(std::int64_t oldSize, std::uint32_t mode) {
@@ -134,13 +143,15 @@ class Overwriting {
     return r;
   }
 
+  static constexpr std::size_t kBuffer = 128 * 1024;
   SaveTarget& target_;
   const SaveSource& source_;
+  const std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(kBuffer);   // before anything is touched
   const std::string recoveryFolder_;
   files::Descriptor file_, copy_, ownFolder_;
   std::string copyFolder_, copyName_;   // where the copy is; the name is empty when there is none
   int copyFolderFd_ = -1;
-  bool touched_ = false;                // the target may no longer be as it was
+  bool touched_ = false;                // the target may hold neither the old bytes nor the new ones
 };
 
 }  // namespace

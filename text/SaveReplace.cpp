@@ -1,6 +1,7 @@
 // Saving by a new file that is renamed over the old one.
 #include <algorithm>
 #include <cerrno>
+#include <new>
 
 #include "text/PlantedFaults.h"
 #include "text/SaveWays.h"
@@ -75,8 +76,14 @@ class Replacing {
     }
     if (const int r = write(); r < 0) return saveFailed(r);
     if (auto refused = compare()) return refused;
-    if (const int r = swap(); r < 0) return r == -EEXIST ? saveRefusedAsChanged() : saveFailed(r);
-    return settle();
+    std::string oldName = ownName_ + ".old";   // from here on nothing may need memory without a way back
+    if (const int r = swap(oldName); r < 0) return r == -EEXIST ? saveRefusedAsChanged() : saveFailed(r);
+    try {
+      return settle();
+    } catch (const std::bad_alloc&) {
+      undo();
+      throw;
+    }
   }
 
  private:
@@ -115,7 +122,7 @@ class Replacing {
   }
 
   // Puts the new file in place so that the old one can still come back: under ownName_ or oldName_.
-  int swap() {
+  int swap(std::string& oldName) {
     auto& fs = fileSystem();
     const std::string& name = target_.parts.name;
     if (!target_.exists) {
@@ -140,14 +147,13 @@ class Replacing {
       return 0;
     }
     if (!unsupported(r)) return r;
-    const std::string oldName = ownName_ + ".old";
     r = fs.linkAt(folder_, name, folder_, oldName);
     if (r < 0) return unsupported(r) || r == -EPERM || r == -EMLINK ? replaceOutright() : r;
     if ((r = fs.renameAt(folder_, ownName_, folder_, name, kReplace)) < 0) {
       removeOwn(folder_, oldName);
       return r;
     }
-    ownName_ = oldName;
+    ownName_.swap(oldName);
     undo_ = Undo::restoreOld;
     return 0;
   }
@@ -171,6 +177,7 @@ class Replacing {
     if ((r = files::syncFolder(folder_)) < 0) return putBack(saveFailed(r));
     if (!ownName_.empty() && (r = removeOwn(folder_, ownName_)) < 0 && undo_ == Undo::restoreOld) return putBack(saveFailed(r));
     ownName_.clear();
+    undo_ = Undo::none;
     return result;
   }
 
@@ -189,19 +196,28 @@ class Replacing {
   }
 
   SaveResult putBack(SaveResult why) {
+    const std::string oldPath = target_.parts.folder + "/" + ownName_;
+    const bool hadOld = undo_ == Undo::restoreOld;
+    if (undo()) return why;
+    if (hadOld) why.error += ". The old text is in " + oldPath;
+    why.error += ". The new text was written, but may not survive a power failure";
+    return why;
+  }
+
+  // Brings the old state back; false where that was not possible. Needs no memory.
+  bool undo() {
     auto& fs = fileSystem();
     const std::string& name = target_.parts.name;
-    int r = 0;
+    int r = -ENOTSUP;
     if (undo_ == Undo::removeNew) r = removeOwn(folder_, name);
     if (undo_ == Undo::restoreOld) {
       r = fs.renameAt(folder_, ownName_, folder_, name, kReplace);
       if (r < 0) r = fs.renameAt(folder_, ownName_, folder_, name, kReplace);
-      if (r < 0) why.error += ". The old text is in " + target_.parts.folder + "/" + ownName_;
       ownName_.clear();   // either it is the target again, or it is all that is left of the old text
     }
-    if (undo_ == Undo::none || r < 0) why.error += ". The new text was written, but may not survive a power failure";
+    undo_ = Undo::none;
     files::syncFolder(folder_);
-    return why;
+    return r == 0;
   }
 
   enum class Undo { none, removeNew, restoreOld };

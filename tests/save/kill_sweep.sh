@@ -1,0 +1,118 @@
+#!/usr/bin/env bash
+# S1: a save killed at any point leaves the old text or the new one. Traces one save of every kind, lists its system calls,
+# and saves again for each of them, killed as it enters that call. Where the file is overwritten in place, a whole copy of
+# the old text must stand beside it while it is neither. Also: no call truncates on opening, and a failing sync is a refused save.
+#
+#   kill_sweep.sh PROBE          ZELKOR_FULL=1: every call, also of the large files (else a part of them there)
+set -u
+export LC_ALL=C ASAN_OPTIONS=detect_leaks=0
+probe=$1
+memory=/dev/shm   # a kill does not depend on the disk: take memory where there is some
+[ -d $memory ] && [ -w $memory ] || memory=${TMPDIR:-/tmp}
+work=$(mktemp -d -p $memory) || exit 1
+trap 'rm -rf "$work"' EXIT
+export XDG_STATE_HOME=$work/state
+
+if ! strace -o /dev/null true 2>/dev/null; then
+  echo "skipped: no process can be traced here"
+  exit 77
+fi
+
+points=0
+fail() {
+  echo "FAILED: $*"
+  ls -la "$work/d"
+  exit 1
+}
+
+make_text() {  # SIZE LETTER
+  head -c "$1" /dev/zero | tr '\0' "$2"
+}
+
+prepare() {  # builds the folder of one case
+  rm -rf "$work/d"
+  mkdir "$work/d"
+  target=$work/d/file.txt
+  case $kind in
+    new) ;;
+    symlink) cp "$work/old" "$work/d/real.txt"; ln -s real.txt "$target" ;;
+    hardlink) cp "$work/old" "$target"; ln "$target" "$work/d/second.txt" ;;
+    *) cp "$work/old" "$target" ;;
+  esac
+  [ ! -e "$target" ] || chmod 640 "$target"
+}
+
+old_or_new() {
+  if [ ! -e "$target" ]; then
+    [ "$kind" = new ]; return
+  fi
+  cmp -s "$target" "$work/new" && return 0
+  [ "$kind" != new ] && cmp -s "$target" "$work/old" && return 0
+  [ "$kind" = hardlink ] || return 1
+  local copy
+  for copy in "$work"/d/file.txt.zelkor-recovery-*; do cmp -s "$copy" "$work/old" && return 0; done
+  return 1
+}
+
+sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
+  local name=$1 step=$5 call nth mode stray
+  kind=$2
+  make_text "$3" o > "$work/old"
+  make_text "$4" n > "$work/new"
+
+  prepare
+  strace -o "$work/trace" "$probe" "$target" "$work/new" > "$work/out" || fail "$name: the save alone: $(cat "$work/out")"
+  cmp -s "$target" "$work/new" || fail "$name: not saved"
+  ! grep -q O_TRUNC "$work/trace" || fail "$name: opens with truncation"
+  # The calls between the marks, each with the count of its name since the program began.
+  sed -n 's/^\([a-z0-9_]*\)(\(.*\)/\1 \2/p' "$work/trace" | awk '
+    { uses[$1]++ }
+    /the-save-ends-here/ { exit }
+    on && $1 !~ /^(brk|mmap|munmap|mremap|madvise|futex|getrandom)$/ { print $1, uses[$1] }
+    /the-save-begins-here/ { on = 1 }' > "$work/calls"
+  [ "$(wc -l < "$work/calls")" -ge 8 ] || fail "$name: too few calls: $(cat "$work/calls")"
+
+  while read -r call nth; do
+    prepare
+    { strace -o /dev/null -e trace="$call" -e inject="$call:signal=KILL:when=$nth" "$probe" "$target" "$work/new" \
+      > /dev/null && fail "$name: not killed at $call $nth"; } 2> /dev/null
+    points=$((points + 1))
+    old_or_new || fail "$name: neither old nor new after $call $nth"
+    for stray in "$work"/d/.zelkor-* "$work"/d/*.zelkor-recovery-*; do
+      [ -e "$stray" ] || continue
+      mode=$(stat -c %a "$stray")
+      [ $((0$mode & ~0640)) -eq 0 ] || [ "$kind" = new ] || fail "$name: $stray is wider than its target: $mode"
+    done
+    # What the kill left behind is in nobody's way.
+    "$probe" "$target" "$work/new" > /dev/null || fail "$name: no save after a kill at $call $nth"
+    cmp -s "$target" "$work/new" || fail "$name: not saved after a kill at $call $nth"
+  done < <(awk -v step="${ZELKOR_FULL:+1}" -v usual="$step" '(NR - 1) % (step ? step : usual) == 0' "$work/calls")
+
+  # S4: a sync that fails is a save that failed, and the old text is back.
+  local syncs=$(grep -c '^fsync ' "$work/calls") first=$(awk '/^fsync / { print $2; exit }' "$work/calls")
+  for ((nth = first; nth < first + syncs; ++nth)); do
+    prepare
+    strace -o /dev/null -e trace=fsync -e inject="fsync:error=EIO:when=$nth" "$probe" "$target" "$work/new" > "$work/out" \
+      2> /dev/null && fail "$name: saved although fsync $nth failed"
+    grep -q 'Input/output error' "$work/out" || fail "$name: fsync $nth: $(cat "$work/out")"
+    if [ "$kind" = new ]; then
+      [ ! -e "$target" ] || fail "$name: fsync $nth: a file was left"
+    else
+      cmp -s "$target" "$work/old" || fail "$name: fsync $nth: not the old text"
+    fi
+    [ -z "$(find "$work/d" -name '*zelkor*')" ] || fail "$name: fsync $nth: a stray file"
+  done
+  echo "$name: $(wc -l < "$work/calls") calls"
+}
+
+sweep "new file" new 0 5000 1
+sweep "longer" plain 5000 9000 1
+sweep "shorter" plain 9000 5000 1
+sweep "to empty" plain 5000 0 1
+sweep "symbolic link" symlink 5000 6000 1
+sweep "hard link, longer" hardlink 5000 9000 1
+sweep "hard link, shorter" hardlink 9000 5000 1
+sweep "hard link, to empty" hardlink 5000 0 1
+sweep "5 MB" plain 5000000 5000001 8
+sweep "5 MB, hard link" hardlink 5000000 4999999 8
+echo "$points kills, each left the old text or the new one"
