@@ -1,45 +1,12 @@
 // Out of memory at the first, second, third ... allocation of each operation leaves the old state whole (T10).
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <functional>
 #include <new>
 
-#include "tests/text/FailAllocation.h"
+#include "tests/support/files/AllocationFault.h"
 #include "text/Document.h"
 #include "text/Tree.h"
-
-namespace {
-
-thread_local long countdown = 0;   // 0: none is to fail
-thread_local bool failForEver = false, failed = false;
-
-void* allocate(std::size_t size) {
-  if (countdown > 0 && --countdown == 0) {
-    failed = true;
-    if (failForEver) countdown = 1;
-    throw std::bad_alloc();
-  }
-  if (void* memory = std::malloc(size > 0 ? size : 1)) return memory;
-  throw std::bad_alloc();
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-
-test::FailAllocation::FailAllocation(long nth, bool forEver) {
-  failed = false;
-  failForEver = forEver;
-  countdown = nth;
-}
-test::FailAllocation::~FailAllocation() { countdown = 0; }
-bool test::FailAllocation::happened() const { return failed; }
 
 namespace {
 
@@ -121,13 +88,13 @@ TEST(OutOfMemory, LeavesTheOldStateWhole) {
       const auto before = scene.state();
       bool thrown = false, happened = false;
       {
-        const test::FailAllocation fail(n);
+        const testing_files::AllocationFault fail(n);
         try {
           operation.run(d);
         } catch (const std::bad_alloc&) {
           thrown = true;
         }
-        happened = fail.happened();
+        happened = fail.hit();
       }
       ASSERT_EQ(thrown, happened);
       d.checkInvariants();
@@ -157,7 +124,7 @@ TEST(OutOfMemory, EndingAGroupNeverFails) {
     for (int i = 0; i < 5; ++i) d.apply(Edit{range(i * 9, i * 9 + 3), "<>"}, {});
     const auto after = whole(d.snapshot());
     {
-      const test::FailAllocation fail(n, true);
+      const testing_files::AllocationFault fail(n, true);
       d.endGroup();
     }
     d.checkInvariants();

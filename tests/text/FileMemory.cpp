@@ -27,7 +27,7 @@ int eachAllocation(bool forEver, Action action, Check check) {
   }
 }
 
-TEST(Memory, T10_LoadingAndSavingSurviveFailedAllocations) {
+TEST(FileMemory, T10_LoadingAndSavingSurviveFailedAllocations) {
   TempFolder folder{TempFolder::Where::memory};
   const std::string path = folder / "a file with a longer name than fits into a short string";
   std::string utf8, utf16 = "\xff\xfe";
