@@ -6,6 +6,7 @@
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
+#include "language/FieldWalk.h"
 #include "language/ucCM.h"
 #include "text/Chars.h"
 
@@ -72,9 +73,11 @@ QString templateText(CodeMax& cmx, ucCM& manager, int languageIndex, const QStri
 
 void putIn(CodeMax& cmx, const QString& text, const CmRange& word) {
   cmx.SetSel(word);
+  const text::ByteOffset start = cmx.editor().selectedRange().begin;
   cmx.ReplaceSel(text);
   const qsizetype field = text.indexOf(kField);
   if (field < 0) return;
+  FieldWalk::start(cmx, {start, cmx.editor().selectedRange().end});
   const QString before = text.left(field);
   const qsizetype lineStart = before.lastIndexOf(u'\n') + 1;
   const qint64 line = word.StartLineNo + before.count(u'\n');
@@ -163,10 +166,11 @@ void UserStringToCode(QString& text, qint64 indentation) {
   for (qsizetype from = 1; (from = text.indexOf(kCrLf, from)) >= 0; from += kCrLf.size()) text.insert(from + kCrLf.size(), blanks);
 }
 
-bool NextField(CodeMax& cmx) {
+bool NextField(CodeMax& cmx, std::optional<text::ByteOffset> limit) {
   Editor& editor = cmx.editor();
+  const text::ByteRange within{text::ByteOffset(0), limit.value_or(editor.snapshot().size())};
   const text::Searcher fields(kField.toStdString(), {true, false, false});
-  const auto found = fields.forward(editor.snapshot(), editor.selectedRange().end).match;
+  const auto found = fields.forward(editor.snapshot(), editor.selectedRange().end, within).match;
   if (!found) return false;
   const CmPosition begin = editor.positionOf(found->range.begin);
   cmx.SetSel({begin.LineNo, begin.ColNo, begin.LineNo, begin.ColNo + kField.size(), false});

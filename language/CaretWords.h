@@ -6,6 +6,9 @@
 
 #include <QString>
 #include <functional>
+#include <optional>
+
+#include "text/Units.h"
 
 class CodeMax;
 class clsLang;
@@ -33,5 +36,6 @@ bool ExpandTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, const Expand
 // line.
 void UserStringToCode(QString& text, qint64 indentation);
 
-// Selects the next "$$" behind the selection; false, and nothing changed, when there is none. The text to find stays.
-bool NextField(CodeMax& cmx);
+// Selects the next "$$" behind the selection that ends at or before `limit`; false, and nothing changed, when there is none.
+// The text to find stays.
+bool NextField(CodeMax& cmx, std::optional<text::ByteOffset> limit = {});
