@@ -1,0 +1,342 @@
+#include "language/CaretWords.h"
+
+#include <QtTest>
+
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "control/CodeMax.h"
+#include "language/Registration.h"
+#include "language/ucCM.h"
+#include "tests/language/Language.h"
+#include "tests/support/Caret.h"
+
+namespace {
+
+class CaretWords : public testing::Test {
+ protected:
+  CaretWords() {
+    language = manager.Languages()->Add(q("L"));
+    AddLanguages(*manager.Languages());
+    cmx.setLanguage(q("L"));
+    searchState() = {};
+    setStatusSink([this](const QString& text) { status = text; });
+  }
+  ~CaretWords() override {
+    setStatusSink({});
+    RemoveLanguages();
+    searchState() = {};
+  }
+
+  void show(const char* marked) {
+    const CaretText text = parseCaret(marked);
+    cmx.setText(QString::fromStdString(text.bytes));
+    cmx.editor().setSelection(text.selection);
+  }
+  std::string shown() {
+    const auto& snapshot = cmx.editor().snapshot();
+    return printCaret(snapshot.bytes({text::ByteOffset(0), snapshot.size()}), cmx.editor().selection());
+  }
+  std::string bytes() {
+    const auto& snapshot = cmx.editor().snapshot();
+    return snapshot.bytes({text::ByteOffset(0), snapshot.size()});
+  }
+  void list(const char* name, const char* words) { language->cWordList()->Add(q(name), toCrLf(q(words))); }
+  void hotKey(const char* name, const char* text) { language->cTemplate()->Add(q(name))->UserString = toCrLf(q(text)); }
+  std::string afterKey(const char* marked, bool previous) {
+    show(marked);
+    ProcessWordList(cmx, language.get(), index, previous);
+    return shown();
+  }
+  std::string afterExpansion(const char* marked, const ExpandText& expand = {}) {
+    show(marked);
+    ExpandTemplate(cmx, manager, 1, expand);
+    return shown();
+  }
+
+  ucCM manager;
+  std::shared_ptr<clsLang> language;
+  CodeMax cmx;
+  QString status;
+  int index = 1;   // the frame's WordListIndex
+};
+
+}  // namespace
+
+TEST_F(CaretWords, WordsTakeTurns) {
+  list("Colours", "RED\nGREEN\nBLUE\n");
+  list("One", "only\n");
+  list("Signs", "<\n<=\n>\n");
+  list("Phrases", "two\nthree words here\n\nlast");   // "last" has no break behind it
+  list("Twice", "a\nb\nA\nc\n");
+  struct Case {
+    const char *before, *next, *previous;
+  };
+  for (const Case& c : {
+           Case{"x gre|en y", "x BLU|E y", "x RED| y"},
+           Case{"blue|", "RED|", "GREE|N"},
+           Case{"|Red", "|GREEN", "|BLUE"},
+           Case{"ONLY|", "only|", "only|"},
+           Case{"a |< b", "a |<= b", "a |> b"},
+           Case{"(two|)", "(thr|ee words here)", "(|)"},      // an empty line of a list is a word like any other
+           Case{"last|", "last|", "last|"},
+           Case{"a|", "c|", "b|"},                            // the last of equal lines decides
+           Case{"unknown|", "unknown|", "unknown|"},
+           Case{"| x", "| x", "| x"},
+           Case{"redgreen|", "redgreen|", "redgreen|"},
+           Case{"green green gre|en", "green green BLU|E", "green green RED|"},
+       }) {
+    index = 1;
+    EXPECT_EQ(afterKey(c.before, false), c.next) << c.before;
+    index = 1;
+    EXPECT_EQ(afterKey(c.before, true), c.previous) << c.before;
+  }
+}
+
+TEST_F(CaretWords, PressingAgainGoesOn) {
+  list("Colours", "RED\nGREEN\nBLUE\n");
+  show("(re|d)");
+  std::string seen;
+  for (int i = 0; i < 4; ++i) {
+    ProcessWordList(cmx, language.get(), index, false);
+    seen += bytes();
+  }
+  EXPECT_EQ(seen, "(GREEN)(BLUE)(RED)(GREEN)");
+  EXPECT_EQ(s(status), "Processing WordList 'Colours'");
+  while (cmx.CanUndo() && bytes() != "(red)") cmx.editor().undo();
+  EXPECT_EQ(bytes(), "(red)");
+}
+
+TEST_F(CaretWords, TheListLastUsedComesFirst) {
+  list("First", "RED\nONE\n");
+  list("Second", "RED\nTWO\n");
+  list("Third", "X\nY\n");
+  index = 2;
+  EXPECT_EQ(afterKey("red|", false), "TWO|");
+  EXPECT_EQ(s(status), "Processing WordList 'Second'");
+  EXPECT_EQ(afterKey("x|", false), "Y|");
+  EXPECT_EQ(index, 3);
+  EXPECT_EQ(afterKey("red|", false), "ONE|");
+  EXPECT_EQ(index, 1);
+  for (const int left : {9, 0, -1}) {   // left from another language, or nonsense
+    index = left;
+    EXPECT_EQ(afterKey("red|", false), "ONE|");
+    EXPECT_EQ(index, 1);
+  }
+  index = 2;
+  status.clear();
+  EXPECT_EQ(afterKey("nowhere|", false), "nowhere|");
+  EXPECT_EQ(index, 2);
+  EXPECT_TRUE(status.isEmpty());
+}
+
+TEST_F(CaretWords, TheReplacingLeavesItsTexts) {
+  list("L", "ab\nlonger\n");
+  searchState().options.matchCase = true;   // would keep the search in upper case from finding "ab"
+  searchState().options.regex = true;
+  EXPECT_EQ(afterKey("AB ab| Ab", false), "AB lo|nger Ab");
+  EXPECT_TRUE(searchState().options.matchCase && searchState().options.regex);
+  EXPECT_EQ(s(searchState().findText), "AB");
+  EXPECT_EQ(s(searchState().replaceText), "    AB");
+  EXPECT_EQ(afterKey("longer|", false), "ab|");
+  EXPECT_EQ(s(searchState().findText), "LONGER");
+  EXPECT_EQ(s(searchState().replaceText), "LONGER");   // never cut
+  EXPECT_FALSE(gBusy());
+}
+
+TEST_F(CaretWords, ReplacingIsOneUndoStep) {
+  list("L", "red\nGREEN\n");
+  show("a red| b");
+  cmx.setModified(false);
+  ProcessWordList(cmx, language.get(), index, false);
+  EXPECT_EQ(bytes(), "a GREEN b");
+  cmx.editor().undo();
+  EXPECT_EQ(bytes(), "a red b");
+  EXPECT_FALSE(cmx.Modified());
+}
+
+TEST_F(CaretWords, NothingWithoutLanguageOrRight) {
+  list("L", "red\nGREEN\n");
+  hotKey("alw", "always");
+  cmx.setReadOnly(false);
+  show("red|");
+  cmx.setReadOnly(true);
+  ProcessWordList(cmx, language.get(), index, false);
+  EXPECT_EQ(shown(), "red|");
+  cmx.setReadOnly(false);
+  show("alw|");
+  cmx.setReadOnly(true);
+  EXPECT_FALSE(ExpandTemplate(cmx, manager, 1, {}));
+  EXPECT_EQ(shown(), "alw|");
+  cmx.setReadOnly(false);
+  EXPECT_FALSE(ExpandTemplate(cmx, manager, 0, {}));
+  EXPECT_FALSE(ExpandTemplate(cmx, manager, 2, {}));
+  cmx.setLanguage(QString());
+  show("red|");
+  ProcessWordList(cmx, language.get(), index, false);
+  ProcessWordList(cmx, nullptr, index, false);
+  EXPECT_EQ(shown(), "red|");
+}
+
+TEST_F(CaretWords, IsInWordList) {
+  list("A", "red\nGREEN\ntwo words\n<=\nopen");
+  struct Case {
+    const char* text;
+    bool found;
+  };
+  for (const Case& c : {Case{"RED|", true}, Case{"gre|en", true}, Case{"gre|enish", false}, Case{"|<= x", true}, Case{"two|", false},
+                        Case{"open|", false}, Case{" | ", false}, Case{"|", false}}) {
+    show(c.text);
+    EXPECT_EQ(isInWordList(cmx, language.get()), c.found) << c.text;
+    EXPECT_FALSE(isInWordList(cmx, nullptr));
+  }
+}
+
+TEST_F(CaretWords, IndentationOfTemplates) {
+  struct Case {
+    const char* text;
+    int indentation;
+    const char* expected;
+  };
+  for (const Case& c : {Case{"a\r\nb\r\nc", 8, "a\r\n        b\r\n        c"}, Case{"a", 8, "a"}, Case{"", 8, ""},
+                        Case{"a\r\n\r\nb", 2, "a\r\n  \r\n  b"}, Case{"a\r\n", 2, "a\r\n  "}, Case{"a\r\nb", 0, "a\r\nb"},
+                        Case{"\r\na\r\nb", 2, "\r\na\r\n  b"}}) {   // the search begins behind the first character
+    QString text = q(c.text);
+    UserStringToCode(text, c.indentation);
+    EXPECT_EQ(s(text), c.expected);
+  }
+}
+
+TEST_F(CaretWords, TemplatesGoInAtTheirPlace) {
+  hotKey("alw", "always @($$clk)\nbegin\n\n  $$\nend");
+  hotKey("plain", "one\ntwo");
+  hotKey("..", "dots");
+  hotKey("none", "");
+  struct Case {
+    const char *before, *after;
+  };
+  for (const Case& c : {
+           Case{"alw|", "always @(@$$|clk)\nbegin\n\n  $$\nend"},
+           Case{"    a|lw;", "    always @(@$$|clk)\n    begin\n    \n      $$\n    end;"},
+           Case{"\talw|", "\talways @(@$$|clk)\n    begin\n    \n      $$\n    end"},   // blanks up to the tab's width
+           Case{"ab\tx alw|", "ab\tx always @(@$$|clk)\n      begin\n      \n        $$\n      end"},
+           Case{"\xC3\xA4 plain|", "\xC3\xA4 one\n  two|"},
+           Case{"x\n  plain| y", "x\n  one\n  two| y"},
+           Case{"none|;", "|;"},
+           Case{"ALW|", "ALW|"},
+           Case{"alwx|", "alwx|"},
+           Case{" | ", " | "},
+           Case{"a ..|", "a dots|"},   // two dots may be a hot key themselves
+       })
+    EXPECT_EQ(afterExpansion(c.before), c.after) << c.before;
+}
+
+TEST_F(CaretWords, AnExpansionIsOneUndoStep) {
+  hotKey("alw", "a\nb $$");
+  show("  alw|");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  cmx.editor().undo();
+  EXPECT_EQ(bytes(), "  alw");
+  cmx.editor().redo();
+  EXPECT_EQ(bytes(), "  a\n  b $$");
+}
+
+TEST_F(CaretWords, VariablesLeaveFieldsAlone) {
+  hotKey("v", "$$name $name $$$name $$");
+  QString asked;
+  const ExpandText expand = [&](QString& text) {
+    asked = text;
+    text.replace(q("$name"), q("N\nM"));
+  };
+  // A value's line breaks are indented like the template's own.
+  EXPECT_EQ(afterExpansion(" v|", expand), " @$$|name N\n M $$N\n M $$");
+  EXPECT_FALSE(asked.contains(q("$$")));
+  EXPECT_FALSE(gBusy());
+}
+
+TEST_F(CaretWords, TheBusyFlagIsUpWhileDotsExpand) {
+  hotKey("alw", "x");
+  show("alw..|");
+  QList<bool> busy;
+  QObject::connect(&cmx, &CodeMax::SelChange, &cmx, [&] { busy += gBusy(); });
+  isTemplate(cmx, manager, 1, true, {});
+  ASSERT_GT(busy.size(), 1);
+  EXPECT_EQ(busy.count(false), 1);   // the last: where the caret is now
+  EXPECT_FALSE(busy.last());
+  EXPECT_FALSE(gBusy());
+}
+
+TEST_F(CaretWords, TwoDotsExpand) {
+  hotKey("alw", "always\n$$end");
+  struct Case {
+    const char *before, *after;
+    bool found;
+  };
+  for (const Case& c : {
+           Case{"  alw..|", "  always\n  @$$|end ", false},   // the dots become one blank
+           Case{"alw..| x", "always\n@$$|end  x", false},
+           Case{"alw ..|", "alw ..|", false},
+           Case{"foo..|", "foo..|", false},
+           Case{"alw...|", "alw...|", false},
+           Case{"alw.|", "alw.|", false},
+           Case{"..|", "..|", false},
+           Case{"alw|", "alw|", true},
+           Case{"alwx|", "alwx|", false},
+           Case{"|", "|", false},
+       }) {
+    show(c.before);
+    EXPECT_EQ(isTemplate(cmx, manager, 1, true, {}), c.found) << c.before;
+    EXPECT_EQ(shown(), c.after) << c.before;
+    EXPECT_FALSE(gBusy());
+  }
+  show("alw..|");
+  isTemplate(cmx, manager, 1, true, {});
+  cmx.editor().undo();
+  EXPECT_EQ(bytes(), "alw..");   // one step
+}
+
+TEST_F(CaretWords, MovingOverDotsExpandsNothing) {
+  hotKey("alw", "always");
+  show("alw..|");
+  EXPECT_FALSE(isTemplate(cmx, manager, 1, false, {}));
+  EXPECT_EQ(shown(), "alw..|");
+  EXPECT_FALSE(isTemplate(cmx, manager, 0, true, {}));
+  EXPECT_EQ(shown(), "alw..|");
+  hotKey("..", "dots");
+  show("x ..|");
+  EXPECT_TRUE(isTemplate(cmx, manager, 1, true, {}));
+  EXPECT_EQ(shown(), "x ..|");
+}
+
+TEST_F(CaretWords, NextFieldGoesForwardOnly) {
+  searchState().findText = q("kept");
+  show("$$ a|b $$\n x$$$$");
+  EXPECT_TRUE(NextField(cmx));
+  EXPECT_EQ(shown(), "$$ ab @$$|\n x$$$$");
+  EXPECT_TRUE(NextField(cmx));
+  EXPECT_EQ(shown(), "$$ ab $$\n x@$$|$$");
+  EXPECT_TRUE(NextField(cmx));
+  EXPECT_FALSE(NextField(cmx));   // no way round to the first
+  EXPECT_EQ(shown(), "$$ ab $$\n x$$@$$|");
+  EXPECT_EQ(s(searchState().findText), "kept");
+  show("$$ |@x");
+  EXPECT_FALSE(NextField(cmx));
+}
+
+TEST_F(CaretWords, RegistrationKeepsTheNamesItGave) {
+  EXPECT_TRUE(LanguageTable::contains(q("L")));
+  language->Name = q("Renamed");   // as the editor does, in place
+  manager.Languages()->Add(q("Other"))->Keywords = q("a\r\nb\r\n");
+  RemoveLanguages();
+  EXPECT_FALSE(LanguageTable::contains(q("L")));
+  AddLanguages(*manager.Languages());
+  EXPECT_TRUE(LanguageTable::contains(q("Renamed")));
+  EXPECT_EQ(RegisteredLanguages(), (QStringList{q("Renamed"), q("Other")}));
+  EXPECT_EQ(RegisteredLanguageCount(), 2);
+  const CmLanguage handed = handedOver(*manager.Languages()->Item(2));
+  EXPECT_EQ(s(handed.Keywords), "a\nb\n");
+  for (const char* name : {"SQL", "C/C++", "PASCAL", "BASIC", "JAVA"}) EXPECT_FALSE(LanguageTable::contains(q(name))) << name;
+  LanguageTable::registerLanguage(q("SQL"), {});
+  AddLanguages(*manager.Languages());
+  EXPECT_TRUE(LanguageTable::contains(q("SQL")));   // the built-in ones go only once
+  LanguageTable::unregisterLanguage(q("SQL"));
+}

@@ -1,0 +1,277 @@
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "language/ucCM.h"
+#include "tests/language/Language.h"
+#include "tests/support/ScriptedDialogs.h"
+
+namespace {
+
+const char kTwo[] =
+    "SetLanguage:Verilog\r\n[Keywords]\r\nmodule\r\n[SingleComments]\r\n//\r\n--\r\n[MultiCommentStart]\r\n/*\r\n"
+    "[MultiCommentEnd]\r\n*/\r\n[Extensions]\r\nv;vh\r\n[HelpFile]\r\n$Zelkor/help/v.html\r\n[#alw#]\r\nalways\r\n$Desc:a process\r\n"
+    "[#alw#]\r\nsecond\r\nSetLanguage:VHDL\r\n[Extensions]\r\nvhd;V\r\n[Keywords]\r\nentity\r\n";
+
+class Manager : public testing::Test {
+ protected:
+  Manager() {
+    manager.setIniFile(path("Zelkor.ini"));
+    setApplicationFolder(temporary.path());
+  }
+  ~Manager() override { setApplicationFolder({}); }
+
+  QString path(const char* name) const { return temporary.filePath(q(name)); }
+  void write(const char* name, const QByteArray& bytes) {
+    QFile file(path(name));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(bytes), bytes.size());
+  }
+  QByteArray bytesOf(const char* name) const {
+    QFile file(path(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+  }
+  void init(const QByteArray& bytes) {
+    write("Zelkor.ini", bytes);
+    manager.Init();
+  }
+
+  QTemporaryDir temporary;
+  ScriptedDialogs dialogs;
+  ucCM manager;
+};
+
+}  // namespace
+
+TEST_F(Manager, FindsNothingBeforeInit) {
+  EXPECT_EQ(manager.GetLangFromExt(q("v")), 0);
+  EXPECT_EQ(manager.GetIndex(q("x")), 0);
+  EXPECT_EQ(s(manager.GetFilterList()), "(*.*)|*.*|");
+  for (const QString& text : {manager.GetComment(1), manager.GetHelp(), manager.SingleComments(), manager.Comment(),
+                              manager.MultiCommentStart(), manager.MultiCommentEnd(), manager.GetUserString(1, q("x"))})
+    EXPECT_TRUE(text.isEmpty());
+  EXPECT_FALSE(manager.isHotKey(1, q("x")));
+  manager.setListLanguage(1);
+  EXPECT_EQ(manager.Language(), nullptr);
+}
+
+TEST_F(Manager, LooksUpByExtensionAndName) {
+  init(kTwo);
+  struct Case {
+    const char* ext;
+    int index;
+  };
+  for (const Case& c : {Case{"v", 1}, Case{"V", 1}, Case{"VH", 1}, Case{"vhd", 2}, Case{"VHD", 2}, Case{"vh;v", 0}, Case{"hd", 0},
+                        Case{"v;vh", 1}, Case{"", 0}})
+    EXPECT_EQ(manager.GetLangFromExt(q(c.ext)), c.index) << c.ext;
+  manager.Languages()->Item(2)->Extension = q("vhd;");
+  EXPECT_EQ(manager.GetLangFromExt(q("")), 2);   // an empty entry takes files without an extension
+  manager.Languages()->Item(2)->Extension = q("");
+  EXPECT_EQ(manager.GetLangFromExt(q("")), 2);
+  EXPECT_EQ(manager.GetIndex(q("VHDL")), 2);
+  EXPECT_EQ(manager.GetIndex(q("vhdl")), 0);
+  EXPECT_EQ(s(manager.GetComment(1)), "//");
+  EXPECT_EQ(s(manager.GetComment(2)), "");
+  EXPECT_EQ(s(manager.GetComment(3)), "");
+}
+
+TEST_F(Manager, AnswersForTheCurrentLanguage) {
+  init(kTwo);
+  EXPECT_EQ(s(manager.Comment()), "");
+  manager.setListLanguage(1);
+  EXPECT_EQ(s(manager.Language()->Name), "Verilog");
+  EXPECT_EQ(s(manager.SingleComments()), "//\r\n--\r\n");
+  EXPECT_EQ(s(manager.Comment()), "//");
+  EXPECT_EQ(s(manager.MultiCommentStart() + manager.MultiCommentEnd()), "/**/");
+  EXPECT_EQ(s(manager.GetHelp()), s(temporary.path()) + "/help/v.html");
+  manager.setListLanguage(3);   // out of range counts as none
+  EXPECT_EQ(manager.ListLanguage(), 0);
+  EXPECT_EQ(manager.Language(), nullptr);
+  manager.setListLanguage(2);
+  manager.Init();
+  EXPECT_EQ(manager.ListLanguage(), 0);   // reading anew drops the current language
+}
+
+TEST_F(Manager, TemplatesFireOnTheExactWord) {
+  init(kTwo);
+  QStringList status;
+  setStatusSink([&](const QString& text) { status += text; });
+  EXPECT_TRUE(manager.isHotKey(1, q("alw")));
+  EXPECT_FALSE(manager.isHotKey(1, q("ALW")));
+  EXPECT_FALSE(manager.isHotKey(1, q("alw ")));
+  EXPECT_FALSE(manager.isHotKey(2, q("alw")));
+  setStatusSink({});
+  EXPECT_EQ(status, QStringList{q("a process")});
+  EXPECT_EQ(s(manager.GetUserString(1, q("alw"))), "always");   // the first of two
+  EXPECT_EQ(s(manager.GetUserString(0, q("alw"))), "");
+}
+
+TEST_F(Manager, FilterList) {
+  init(kTwo);
+  manager.Languages()->Item(2)->Extension = q("vhd");
+  manager.Languages()->Add(q("Plain"));
+  EXPECT_EQ(s(manager.GetFilterList()), "(*.*)|*.*|Verilog (*.v;*.vh)|*.v;*.vh|VHDL (*.vhd)|*.vhd|Plain ()||");
+  EXPECT_EQ(s(ucCM::GenerateFilterfromExt(q("a;;b;"))), "*.a;*.;*.b;*.");
+  EXPECT_EQ(s(ucCM::FirstLine(q("one\r\ntwo"))), "one");
+  EXPECT_EQ(s(ucCM::FirstLine(q("one"))), "one");
+  EXPECT_EQ(s(ucCM::FirstLine(q(""))), "");
+}
+
+TEST_F(Manager, AsksWhenTheFileCannotBeOpened) {
+  init(kTwo);
+  manager.setListLanguage(1);
+  const QString missing = path("none.ini");
+  manager.setIniFile(missing);
+  dialogs.answer(Answer::no);
+  manager.Init();
+  EXPECT_EQ(s(dialogs.last().text), "Cannot open 'ini' file :" + s(missing) + "\r\nDo you want to browse for one?");
+  EXPECT_EQ(s(dialogs.last().title), "Warning : Ini File Not Valid");
+  EXPECT_EQ(dialogs.last().icon, Icon::exclamation);
+  EXPECT_EQ(dialogs.last().buttons, Buttons::yesNo);
+  EXPECT_EQ(manager.Languages()->Count(), 0);
+  EXPECT_EQ(manager.Language(), nullptr);
+  EXPECT_EQ(s(manager.IniFile()), s(missing));
+
+  dialogs.answer(Answer::yes).answerOpen({path("Zelkor.ini")});
+  manager.Init();
+  EXPECT_EQ(s(manager.IniFile()), s(path("Zelkor.ini")));
+  EXPECT_EQ(manager.Languages()->Count(), 0);   // for this time
+  const FileDialogRequest& asked = dialogs.last().request;
+  EXPECT_EQ(s(asked.title), "Select IniFile");
+  EXPECT_EQ(s(asked.filter), "*.ini");
+  EXPECT_EQ(s(asked.defaultExtension), "ini");
+  EXPECT_EQ(s(asked.folder), s(temporary.path()) + "/config");
+  manager.Init();
+  EXPECT_EQ(manager.Languages()->Count(), 2);
+
+  manager.setIniFile(temporary.path());   // a folder
+  dialogs.answer(Answer::yes).answerOpen({});
+  manager.Init();
+  EXPECT_EQ(s(manager.IniFile()), s(temporary.path()));
+}
+
+TEST_F(Manager, ReadsBadFilesWithoutALanguage) {
+  QByteArray binary;
+  for (int i = 0; i < 5000; ++i) binary += static_cast<char>(i * 7919 >> 3);
+  for (const QByteArray& bytes : {QByteArray(), QByteArray("[Keywords]\r\na\r\n"), binary, QByteArray(1000, '\0')}) {
+    init(bytes);
+    EXPECT_EQ(manager.Languages()->Count(), 0);
+    EXPECT_EQ(manager.GetLangFromExt(q("v")), 0);
+  }
+}
+
+TEST_F(Manager, SavingKeepsTheOldFileBeside) {
+  init(kTwo);
+  const std::string before = dump(*manager.Languages());
+  write("Zelkor.ini.bak", "older");
+  ASSERT_TRUE(manager.SaveIniFile());
+  EXPECT_EQ(bytesOf("Zelkor.ini.bak"), QByteArray(kTwo));
+  manager.Init();
+  EXPECT_EQ(dump(*manager.Languages()), before);
+  manager.Languages()->Remove(1);
+  ASSERT_TRUE(manager.SaveIniFile());   // its own writing is no change by others
+  EXPECT_TRUE(bytesOf("Zelkor.ini").startsWith("SetLanguage:VHDL\r\n"));
+
+  QFile::remove(path("Zelkor.ini.bak"));
+  ASSERT_TRUE(QDir().mkdir(path("Zelkor.ini.bak")));   // a copy that fails is passed over
+  manager.Languages()->Item(1)->Name = q("New");
+  ASSERT_TRUE(manager.SaveIniFile());
+  EXPECT_TRUE(bytesOf("Zelkor.ini").startsWith("SetLanguage:New\r\n"));
+}
+
+TEST_F(Manager, SavingNeedsNoOldFile) {
+  manager.Languages()->Add(q("First"));
+  ASSERT_TRUE(manager.SaveIniFile());
+  EXPECT_EQ(bytesOf("Zelkor.ini"), "SetLanguage:First\r\n[Keywords]\r\n\r\n");
+  EXPECT_EQ(bytesOf("Zelkor.ini.bak"), "<missing>");
+}
+
+TEST_F(Manager, ChangesByOthersAreNotOverwrittenSilently) {   // S12
+  init(kTwo);
+  write("Zelkor.ini", "SetLanguage:Other\r\n");
+  dialogs.answer(Answer::no);
+  EXPECT_FALSE(manager.SaveIniFile());
+  EXPECT_EQ(bytesOf("Zelkor.ini"), "SetLanguage:Other\r\n");
+  EXPECT_EQ(manager.Languages()->Count(), 2);
+  dialogs.answer(Answer::yes);
+  EXPECT_TRUE(manager.SaveIniFile());
+  EXPECT_TRUE(bytesOf("Zelkor.ini").startsWith("SetLanguage:Verilog"));
+  EXPECT_TRUE(manager.SaveIniFile());
+}
+
+TEST_F(Manager, AFailedSaveTellsAndKeepsTheFile) {
+  manager.Languages()->Add(q("L"));
+  manager.setIniFile(path("no/such/folder.ini"));
+  dialogs.answer(Answer::ok);
+  EXPECT_FALSE(manager.SaveIniFile());
+  EXPECT_TRUE(dialogs.last().text.startsWith(q("Cannot write the definition file "))) << s(dialogs.last().text);
+  EXPECT_EQ(dialogs.last().icon, Icon::exclamation);
+}
+
+TEST_F(Manager, EncodingsComeBack) {
+  struct Case {
+    QByteArray name;      // "L" and a letter beyond ASCII, in the file's encoding
+    const char* shown;
+  };
+  for (const Case& c : {Case{"L\xC3\xA4", "L\xC3\xA4"}, Case{"L\xE4 x", "L\xC3\xA4 x"}}) {
+    const QByteArray file = "SetLanguage:" + c.name + "\r\n[Keywords]\r\n\r\n";
+    init(file);
+    ASSERT_EQ(manager.Languages()->Count(), 1);
+    EXPECT_EQ(s(manager.Languages()->Item(1)->Name), c.shown);
+    ASSERT_TRUE(manager.SaveIniFile());
+    EXPECT_EQ(bytesOf("Zelkor.ini"), file);
+  }
+  // A character that has no place in the 8-bit encoding turns the file to UTF-8 and is not lost.
+  manager.Languages()->Item(1)->Keywords = q("\xE2\x89\xA0\r\n");
+  ASSERT_TRUE(manager.SaveIniFile());
+  manager.Init();
+  EXPECT_EQ(s(manager.Languages()->Item(1)->Keywords), "\xE2\x89\xA0\r\n");
+  EXPECT_EQ(s(manager.Languages()->Item(1)->Name), "L\xC3\xA4 x");
+}
+
+TEST_F(Manager, RandomModelsComeBackFromTheFile) {
+  for (unsigned seed = 1; seed <= 40; ++seed) {
+    manager.setLanguages(ModelMaker(seed).languages());
+    const std::string before = dump(*manager.Languages());
+    ASSERT_TRUE(manager.SaveIniFile());
+    manager.Init();
+    ASSERT_EQ(dump(*manager.Languages()), before) << "seed " << seed;
+  }
+}
+
+TEST_F(Manager, BlocksOfTheFileAsText) {
+  init(kTwo);
+  EXPECT_TRUE(manager.GetLangText(q("VHDL")).startsWith(q("SetLanguage:VHDL\r\n")));
+  EXPECT_EQ(s(manager.GetLangText(q("none"))), "");
+  EXPECT_TRUE(manager.AddLangText(q("[Keywords]\r\n")));   // no language: nothing
+  EXPECT_EQ(bytesOf("Zelkor.ini"), QByteArray(kTwo));
+  EXPECT_TRUE(manager.AddLangText(q("SetLanguage:C\n[Keywords]\nint")));
+  EXPECT_EQ(bytesOf("Zelkor.ini"), QByteArray(kTwo) + "SetLanguage:C\r\n[Keywords]\r\nint\r\n");
+  write("Zelkor.ini", "SetLanguage:A\r\n[Keywords]\r\na");   // without a last line break
+  EXPECT_TRUE(manager.AddLangText(q("SetLanguage:B\r\n")));
+  EXPECT_EQ(bytesOf("Zelkor.ini"), "SetLanguage:A\r\n[Keywords]\r\na\r\nSetLanguage:B\r\n");
+  EXPECT_EQ(s(manager.GetLangText(q("B"))), "SetLanguage:B\r\n");
+  manager.setIniFile(path("fresh.ini"));
+  EXPECT_TRUE(manager.AddLangText(q("SetLanguage:B\r\n")));
+  EXPECT_EQ(bytesOf("fresh.ini"), "SetLanguage:B\r\n");
+  EXPECT_EQ(s(manager.GetLangText(q("C"))), "");
+}
+
+TEST_F(Manager, AnAppendedBlockIsNotLostToALaterSave) {
+  init(kTwo);
+  ASSERT_TRUE(manager.AddLangText(q("SetLanguage:C\r\n")));
+  dialogs.answer(Answer::no);   // the languages in memory do not hold it
+  EXPECT_FALSE(manager.SaveIniFile());
+  EXPECT_TRUE(bytesOf("Zelkor.ini").endsWith("SetLanguage:C\r\n"));
+}
+
+TEST_F(Manager, TheModelIsSharedByReference) {
+  const auto mine = std::make_shared<colLangs>();
+  manager.setLanguages(mine);
+  mine->Add(q("L"))->Extension = q("x");
+  EXPECT_EQ(manager.GetLangFromExt(q("X")), 1);
+  manager.setConfigDir(q("/c"));
+  EXPECT_EQ(s(manager.ConfigDir()), "/c");
+}

@@ -1,0 +1,221 @@
+// Templates while typing: fields walked with Tab, and the list of hot keys.
+#include <QApplication>
+#include <QListWidget>
+#include <QtTest>
+
+#include "base/Strings.h"
+#include "control/CodeMax.h"
+#include "language/CaretWords.h"
+#include "language/FieldWalk.h"
+#include "language/HotWords.h"
+#include "language/Registration.h"
+#include "language/ucCM.h"
+#include "tests/language/Language.h"
+#include "tests/support/Caret.h"
+
+namespace {
+
+class Typing : public testing::Test {
+ protected:
+  Typing() {
+    language = manager.Languages()->Add(q("L"));
+    language->SingleComments = q("//\r\n");
+    language->StringDelims = q("\"\r\n");
+    hotKey("alw", "always @($$)\n$$\nend", "a process");
+    hotKey("alwff", "clocked", "<b>a register</b>");
+    hotKey("i", "if", "");
+    hotKey("inst", "instance", "");
+    AddLanguages(*manager.Languages());
+    cmx.setLanguage(q("L"));
+    cmx.setAutoIndentMode(0);
+    cmx.resize(400, 300);
+    cmx.show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(&cmx));
+    cmx.activateWindow();
+    cmx.setFocus();
+  }
+  ~Typing() override { RemoveLanguages(); }
+
+  void hotKey(const char* name, const char* text, const char* desc) {
+    const auto item = language->cTemplate()->Add(q(name));
+    item->UserString = toCrLf(q(text));
+    item->Desc = q(desc);
+  }
+  void show(const char* marked) {
+    const CaretText text = parseCaret(marked);
+    cmx.setText(QString::fromStdString(text.bytes));
+    cmx.editor().setSelection(text.selection);
+  }
+  std::string shown() {
+    const auto& snapshot = cmx.editor().snapshot();
+    return printCaret(snapshot.bytes({text::ByteOffset(0), snapshot.size()}), cmx.editor().selection());
+  }
+  void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    ASSERT_NE(QApplication::focusWidget(), nullptr);
+    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+  }
+  void type(const char* text) { QTest::keyClicks(QApplication::focusWidget(), q(text)); }
+
+  ucCM manager;
+  std::shared_ptr<clsLang> language;
+  CodeMax cmx;
+};
+
+class TypingHotWords : public Typing {
+ protected:
+  TypingHotWords() : words(new HotWords(cmx, manager, [this] { return index; }, {})) {}
+  QStringList offered() const {
+    QStringList rows;
+    if (words->list() && words->list()->isVisible())
+      for (int i = 0; i < words->list()->count(); ++i) rows += words->list()->item(i)->text();
+    return rows;
+  }
+  int index = 1;
+  HotWords* words;
+};
+
+}  // namespace
+
+TEST_F(Typing, TabWalksTheFieldsAsLongAsTheyLast) {
+  show("x $$\n  alw|\n$$");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  EXPECT_EQ(shown(), "x $$\n  always @(@$$|)\n  $$\n  end\n$$");
+  EXPECT_TRUE(FieldWalk::isActive(cmx));
+  type("clk");
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "x $$\n  always @(clk)\n  @$$|\n  end\n$$");
+  type("q");
+  EXPECT_FALSE(FieldWalk::isActive(cmx));   // the "$$" behind the template is none of its fields
+  key(Qt::Key_Tab);
+  EXPECT_NE(shown().find("q\t|"), std::string::npos) << shown();
+}
+
+TEST_F(Typing, TabOutsideTheTemplateIsATab) {
+  show("$$\nalw|\nother $$");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  cmx.SetSel({4, 0, 4, 0, false});
+  EXPECT_FALSE(FieldWalk::isActive(cmx));
+  cmx.SetSel({1, 0, 1, 0, false});
+  EXPECT_TRUE(FieldWalk::isActive(cmx));   // in front of the template's first field
+  cmx.SetSel({4, 0, 4, 0, false});
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "$$\nalways @($$)\n$$\nend\n\t|other $$");
+  cmx.SetSel({1, 0, 1, 0, false});
+  EXPECT_FALSE(FieldWalk::isActive(cmx));   // that ended it
+}
+
+TEST_F(Typing, ATemplateInsideAnotherGoesFirst) {
+  hotKey("b", "begin $$ end", "");
+  show("alw|");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  type("b");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  EXPECT_EQ(shown(), "always @(begin @$$| end)\n$$\nend");
+  type("1");
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "always @(begin 1 end)\n@$$|\nend");
+}
+
+TEST_F(Typing, AnotherFileEndsTheWalk) {
+  show("alw|");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  cmx.model()->replaceAll(text::Snapshot("$$ $$"), {});
+  EXPECT_FALSE(FieldWalk::isActive(cmx));
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "\t|$$ $$");
+}
+
+TEST_F(TypingHotWords, OffersWhatBeginsLikeTheWord) {
+  show("|");
+  type("a");
+  EXPECT_TRUE(offered().isEmpty());   // one letter is not enough
+  type("l");
+  EXPECT_EQ(offered(), (QStringList{q("alw   a process"), q("alwff   <b>a register</b>")}));
+  type("z");
+  EXPECT_TRUE(offered().isEmpty());
+  key(Qt::Key_Backspace);
+  EXPECT_TRUE(offered().isEmpty());   // no typing
+  type(" i");
+  EXPECT_EQ(offered(), (QStringList{q("i   "), q("inst   ")}));   // a hot key itself
+  type(" ");
+  EXPECT_TRUE(offered().isEmpty());
+  EXPECT_EQ(shown(), "al i |");
+}
+
+TEST_F(TypingHotWords, TabAndShiftF1Accept) {
+  struct Case {
+    Qt::Key key;
+    Qt::KeyboardModifiers modifiers;
+  };
+  for (const Case& c : {Case{Qt::Key_Tab, Qt::NoModifier}, Case{Qt::Key_F1, Qt::ShiftModifier}}) {
+    show("  |;");
+    type("alwf");
+    ASSERT_EQ(offered().size(), 1);
+    key(c.key, c.modifiers);
+    EXPECT_EQ(shown(), "  clocked|;");
+    EXPECT_TRUE(offered().isEmpty());
+    cmx.editor().undo();
+    EXPECT_EQ(s(cmx.Text()), "  alwf;");   // one step
+  }
+  show("|");
+  type("al");
+  words->list()->setCurrentRow(1);
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "clocked|");
+}
+
+TEST_F(TypingHotWords, OtherKeysGoTheirWay) {
+  show("|");
+  type("al");
+  ASSERT_FALSE(offered().isEmpty());
+  key(Qt::Key_Escape);
+  EXPECT_TRUE(offered().isEmpty());
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "al\t|");
+  for (const Qt::Key leaving : {Qt::Key_Left, Qt::Key_Return, Qt::Key_Home}) {
+    show("|");
+    type("al");
+    ASSERT_FALSE(offered().isEmpty());
+    key(leaving);
+    EXPECT_TRUE(offered().isEmpty());
+  }
+}
+
+TEST_F(TypingHotWords, IsQuietWhereNoTemplateIsMeant) {
+  const struct {
+    const char* text;
+    bool offers;
+  } cases[] = {{"// |", false}, {"\"|", false}, {"\"\" |", true}, {"x|", false}, {"|x", false}, {"(|)", true}};
+  for (const auto& c : cases) {
+    show(c.text);
+    type("al");
+    EXPECT_EQ(!offered().isEmpty(), c.offers) << c.text;
+  }
+  show("|");
+  index = 0;
+  type("al");
+  EXPECT_TRUE(offered().isEmpty());
+  index = 9;
+  type(" al");
+  EXPECT_TRUE(offered().isEmpty());
+  index = 1;
+  show("alw|");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  type("al");   // Tab belongs to the fields here
+  EXPECT_TRUE(offered().isEmpty());
+}
+
+TEST_F(TypingHotWords, GoesWithItsControl) {
+  auto other = std::make_unique<CodeMax>();
+  other->resize(300, 200);
+  other->setLanguage(q("L"));
+  other->show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(other.get()));
+  other->activateWindow();
+  other->setFocus();
+  QPointer<HotWords> helper = new HotWords(*other, manager, [] { return 1; }, {});
+  type("al");
+  ASSERT_TRUE(helper->list() && helper->list()->isVisible());
+  other.reset();
+  EXPECT_TRUE(helper.isNull());
+}
