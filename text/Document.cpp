@@ -49,6 +49,7 @@ struct Document::Impl {
   std::vector<std::weak_ptr<Listener>> listeners;
 
   const TreePtr& tree() const { return now.tree_; }
+  std::int64_t within(ByteOffset at) const { return std::clamp<std::int64_t>(at.value, 0, tree()->bytes()); }
   bool mayChange() const { return !readOnly && !notifying; }
 
   bool valid(std::span<const Edit> edits) const {
@@ -224,10 +225,10 @@ void Document::markSaved() { impl_->history.markSaved(); }
 void Document::markUnsaved() { impl_->history.markUnsaved(); }
 bool Document::modified() const { return impl_->history.modified(); }
 
-MarkId Document::addMark(ByteOffset at, Gravity gravity) { return impl_->marks.add(at.value, gravity); }
+MarkId Document::addMark(ByteOffset at, Gravity gravity) { return impl_->marks.add(impl_->within(at), gravity); }
 void Document::removeMark(MarkId id) { impl_->marks.remove(id); }
 ByteOffset Document::markAt(MarkId id) const { return ByteOffset(impl_->marks.at(id)); }
-void Document::moveMark(MarkId id, ByteOffset at) { impl_->marks.set(id, at.value); }
+void Document::moveMark(MarkId id, ByteOffset at) { impl_->marks.set(id, impl_->within(at)); }
 
 std::shared_ptr<void> Document::subscribe(Listener listener) {
   auto& list = impl_->listeners;

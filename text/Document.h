@@ -101,6 +101,8 @@ class Document {
   void markUnsaved();           // it is not, whatever undo says (lost file)
   bool modified() const;        // false again after undoing back to the save point
 
+  // A place outside the text becomes its nearest end. An unknown mark: removeMark does nothing, the others throw
+  // std::out_of_range.
   MarkId addMark(ByteOffset at, Gravity gravity = Gravity::right);
   void removeMark(MarkId id);
   ByteOffset markAt(MarkId id) const;

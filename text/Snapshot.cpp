@@ -32,6 +32,8 @@ LineMode Snapshot::lineMode() const { return tree_->mode(); }
 std::int64_t Snapshot::lineCount() const { return tree_->breaks() + 1; }
 
 ByteOffset Snapshot::lineStart(LineNo line) const {
+  // A line that does not exist is the caller's fault, but no reason to lose the person's text in a crash.
+  if (line.value > tree_->breaks()) return size();
   return ByteOffset(line.value <= 0 ? 0 : tree_->behindBreak(line.value));
 }
 ByteOffset Snapshot::lineEndWithBreak(LineNo line) const { return line.value < tree_->breaks() ? lineStart(line + 1) : size(); }
@@ -57,11 +59,12 @@ std::string Snapshot::bytes(ByteRange range) const {
 }
 std::string Snapshot::line(LineNo line) const { return bytes({lineStart(line), lineEnd(line)}); }
 char Snapshot::at(ByteOffset offset) const {
+  if (offset.value < 0 || offset >= size()) return '\0';   // as with lineStart
   const auto place = tree_->locate(offset.value);
   return place.piece->data[offset.value - place.start];
 }
-std::string_view Snapshot::chunkAt(ByteOffset offset) const { return tree_->runFrom(offset.value); }
-std::string_view Snapshot::chunkBefore(ByteOffset offset) const { return tree_->runBefore(offset.value); }
+std::string_view Snapshot::chunkAt(ByteOffset offset) const { return tree_->runFrom(std::max<std::int64_t>(offset.value, 0)); }
+std::string_view Snapshot::chunkBefore(ByteOffset offset) const { return tree_->runBefore(std::min(offset.value, tree_->bytes())); }
 bool Snapshot::sameAs(const Snapshot& other) const { return tree_ == other.tree_; }
 void Snapshot::checkInvariants() const { tree_->checkInvariants(); }
 

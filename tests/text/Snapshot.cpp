@@ -67,12 +67,23 @@ TEST(Snapshot, BuilderKeepsBlocksWithoutCopyingThem) {
   EXPECT_EQ(block.use_count(), 1) << "the memory goes with the last text that holds it";
 }
 
-TEST(Snapshot, RangesAreClipped) {
+TEST(Snapshot, PlacesOutsideTheTextDoNoHarm) {
   const Snapshot s("0123456789");
   const auto range = [](std::int64_t b, std::int64_t e) { return ByteRange{ByteOffset(b), ByteOffset(e)}; };
   EXPECT_EQ(s.bytes(range(-3, 2)), "01");
   EXPECT_EQ(s.bytes(range(8, 99)), "89");
   EXPECT_EQ(s.bytes(range(20, 30)), "");
+  for (const auto& text : {Snapshot(), Snapshot("ab\n")}) {
+    EXPECT_EQ(text.lineStart(LineNo(9)), text.size());
+    EXPECT_EQ(text.line(LineNo(9)), "");
+    EXPECT_EQ(text.lineStart(LineNo(-1)).value, 0);
+    EXPECT_EQ(text.at(text.size()), '\0');
+    EXPECT_EQ(text.at(ByteOffset(-1)), '\0');
+    EXPECT_EQ(text.lineAt(ByteOffset(99)).value, text.lineCount() - 1);
+    EXPECT_TRUE(text.chunkAt(ByteOffset(99)).empty());
+    EXPECT_TRUE(text.chunkBefore(ByteOffset(-1)).empty());
+    EXPECT_EQ(text.chunkAt(ByteOffset(-1)), text.chunkBefore(ByteOffset(99)));
+  }
   EXPECT_TRUE(s.sameAs(Snapshot(s)));
   EXPECT_FALSE(s.sameAs(Snapshot("0123456789")));
 }
