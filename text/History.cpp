@@ -182,6 +182,9 @@ void History::checkInvariants() const {
     for (const auto& step : *list) {
       cost += step.cost;
       require(!step.deltas.empty(), "a step has a delta");
+      const bool open = groupHasStep_ && &step == &done_.back();
+      require(open || step.deltas.size() > 1 || step.deltas[0].hasContent != static_cast<bool>(step.deltas[0].other),
+              "a closed step keeps either its content or the other tree");
       for (const auto& delta : step.deltas) {
         require(delta.hasContent || delta.other, "a delta leads to the other state");
         std::int64_t end = 0;

@@ -125,6 +125,24 @@ void randomly(benchmark::State& state) {
 }
 BENCHMARK(randomly)->Iterations(1)->Unit(benchmark::kMillisecond);
 
+void grouped(benchmark::State& state) {
+  constexpr std::int64_t count = 100000;
+  for (auto _ : state) {
+    Document document;
+    document.reset(readInBlocks(logFile(100 * MB)));
+    const auto edits = best(1, [&] {
+      const UndoGroup group(document);
+      for (std::int64_t i = 0; i < count; ++i) {
+        const ByteOffset at((i * 7919 * 1009) % static_cast<std::int64_t>(100 * MB));
+        document.apply(Edit{{at, at + i % 3}, "macro"}, {});
+      }
+    });
+    row("one of 100,000 single edits in a group, 100 MB", edits / count * 1e6, "us", 20);
+    row("undo of the group", best(1, [&] { document.undo(); }) * 1e3, "ms", edits * 1e3);
+  }
+}
+BENCHMARK(grouped)->Iterations(1)->Unit(benchmark::kMillisecond);
+
 void replaceAll(benchmark::State& state) {
   const auto log = simulationLog(100 * MB);
   std::vector<Edit> edits;

@@ -65,6 +65,7 @@ TEST(OutOfMemory, LeavesTheOldStateWhole) {
       {"the first edit of a group", [](Document& d) { d.beginGroup(); }, some},
       {"a later edit of a group", [&](Document& d) { d.beginGroup(); some(d); d.apply(Edit{range(30, 31), ""}, {}); },
        [](Document& d) { d.apply(Edit{range(3, 9), "text"}, {}); }},
+      {"an edit after many in a group", [](Document& d) { d.beginGroup(); d.apply(manyEdits(d), {}); }, some},
       {"roll back", [&](Document& d) { d.beginGroup(); some(d); d.apply(Edit{range(3, 9), "text"}, {}); d.apply(manyEdits(d), {}); },
        [](Document& d) { d.rollbackGroup(); }},
       {"exchange", none, [](Document& d) { d.exchange(Snapshot("another text"), {}); }},

@@ -108,6 +108,17 @@ TEST(Undo, Scripts) {
   }
 }
 
+// Typed characters go behind one another in memory: a long run stays one piece and costs its bytes.
+TEST(Undo, TypingLiesTogether) {
+  Document d;
+  d.reset(Snapshot("[]"));
+  for (int i = 1; i <= 1000; ++i) d.apply(Edit{{ByteOffset(i), ByteOffset(i)}, "x"}, {}, Join::typing);
+  // The first blocks are small; a thousand characters take few of them.
+  int chunks = 0;
+  for (ByteOffset at; at < d.snapshot().size(); ++chunks) at += std::ssize(d.snapshot().chunkAt(at));
+  EXPECT_LE(chunks, 6);
+}
+
 TEST(Undo, SelectionsComeBack) {
   const auto caret = [](std::int64_t at) { return SelectionState{ByteOffset(at), ByteOffset(at)}; };
   const SelectionState column{ByteOffset(0), ByteOffset(2), 3, 4, true};
