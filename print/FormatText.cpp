@@ -1,0 +1,138 @@
+#include "print/FormatText.h"
+
+#include <QCoreApplication>
+
+#include "base/Program.h"
+#include "control/LanguageTable.h"
+#include "language/clsLang.h"
+#include "print/CaseFilter.h"
+#include "print/Reindent.h"
+
+namespace {
+
+constexpr qint64 kChunk = 50000;   // lines exchanged at once: bounds the memory of a run
+
+struct T {
+  Q_DECLARE_TR_FUNCTIONS(FormatText)
+};
+
+struct Lines {
+  qint64 first = 0, end = 0;   // half-open
+};
+
+Lines linesOf(const CodeMax& cmx, bool selectionOnly) {
+  if (!selectionOnly) return {0, cmx.LineCount()};
+  const CmRange range = cmx.GetSel(true);
+  return {range.StartLineNo, range.EndLineNo + 1};
+}
+
+// Keeps the search of the person as it was while a step uses the control's own replacing.
+class KeepSearch {
+ public:
+  KeepSearch() : kept_(searchState()) {}
+  ~KeepSearch() { searchState() = kept_; }
+
+ private:
+  SearchState kept_;
+};
+
+// Passes every line through `change` and puts the changed ones back. False: a line lost or gained more than white space and letter case.
+template <class Change>
+bool changeLines(CodeMax& cmx, Lines lines, Change change, qint64* changed) {
+  for (qint64 at = lines.first; at < lines.end; at += kChunk) {
+    const qint64 end = std::min(lines.end, at + kChunk);
+    QStringList fresh;
+    fresh.reserve(end - at);
+    bool any = false;
+    for (qint64 i = at; i < end; ++i) {
+      const QString old = cmx.GetLine(i);
+      QString now = change(i, old);
+      if (now != old) {
+        if (!sameInk(now, old)) return false;
+        any = true;
+        ++*changed;
+      }
+      fresh.push_back(std::move(now));
+    }
+    if (any) cmx.ReplaceLines(at, fresh);
+  }
+  return true;
+}
+
+void ConvertTabstoSpaces(CodeMax& cmx, int blanks, bool selectionOnly) {
+  const KeepSearch keep;
+  searchState().options = {};
+  searchState().preserveCase = false;
+  cmx.ExecuteCmd(179, QStringLiteral("\t"));
+  cmx.ExecuteCmd(180, QString(blanks, u' '));
+  cmx.ExecuteCmd(selectionOnly ? 172 : 171);
+}
+
+bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, const clsLang& language, qint64* changed) {
+  const auto highlighter = LanguageTable::find(language.Name);
+  if (!highlighter || !highlighter->valid()) return true;
+  text::LineState state = 0;
+  for (qint64 i = 0; i < lines.first; ++i) state = highlighter->scanLine(fromQString(cmx.GetLine(i)), state, nullptr);
+  return changeLines(cmx, lines,
+      [&](qint64, const QString& old) { return filterCase(old, target, mode, *highlighter, &state); }, changed);
+}
+
+bool reindent(CodeMax& cmx, Lines lines, int unit, const clsLang& language, bool wholeLine, qint64* changed) {
+  const BlockWords words(language.BlockStart, language.BlockEnd, language.BlockMid);
+  const auto highlighter = LanguageTable::find(language.Name);
+  // A selection is indented as part of the whole text, so that it goes with the lines around it.
+  const auto source = [&](qint64 i) { return cmx.GetLine(i); };
+  const auto indents = wholeLine ? indentsByWholeLine(source, lines.end, words, unit, highlighter.get(), cmx.TabSize())
+                                 : indentsByFirstWord(source, lines.end, words, unit);
+  return changeLines(cmx, lines,
+      [&](qint64 i, const QString& old) {
+        return QString(indents[static_cast<std::size_t>(i)], u' ') + old.mid(leadingLength(old));
+      }, changed);
+}
+
+}  // namespace
+
+bool caseMatters(const FormatChoices& choices, const clsLang* language) {
+  return language && language->isCaseSensitive && (choices.mainCase > 0 || choices.keywordCase > 0);
+}
+
+FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices& choices) {
+  FormatResult result;
+  if (cmx.ReadOnly()) {
+    result.error = T::tr("The document is read-only.");
+    return result;
+  }
+  const bool mayChangeCase = !caseMatters(choices, language) || choices.changeCaseAnyway;
+  const Lines lines = linesOf(cmx, choices.selectionOnly);
+  const BusyGuard busy;
+  bool whole = true;
+  {
+    const EditBlock block(cmx);
+    if (choices.tabs >= 1) {
+      SetStatusText(T::tr("Processing Tabs"));
+      ConvertTabstoSpaces(cmx, choices.tabs - 1, choices.selectionOnly);
+    }
+    SetStatusText(T::tr("Applying filter to main text"));
+    if (choices.mainCase > 0 && language && mayChangeCase)
+      whole = filterLetters(cmx, lines, CaseTarget::mainText, CaseMode(choices.mainCase), *language, &result.linesChanged);
+    SetStatusText(T::tr("Applying filter to keywords"));
+    if (whole && choices.keywordCase > 0 && language && mayChangeCase)
+      whole = filterLetters(cmx, lines, CaseTarget::keywords, CaseMode(choices.keywordCase), *language, &result.linesChanged);
+    SetStatusText(T::tr("Processing Indentations"));
+    if (whole && choices.indent >= 1 && language)
+      whole = reindent(cmx, lines, choices.indent - 1, *language, choices.wholeLine, &result.linesChanged);
+    if (!whole) cmx.model()->document().rollbackGroup();
+  }
+  if (!whole) {
+    result.linesChanged = 0;
+    result.error = T::tr("The text would have lost something; nothing was changed.");
+    return result;
+  }
+  if (choices.lineEnds == 1 || choices.lineEnds == 2) {
+    const bool crlf = choices.lineEnds == 2;
+    cmx.setEnableCRLF(crlf);
+    cmx.ConvertLineEnds(crlf);
+    cmx.setModified(true);
+  }
+  return result;
+}

@@ -1,0 +1,32 @@
+// The steps of formatting a text: tabs, letter case of the text and of keywords, indentation, line ends. One run is one undo step and
+// one repaint; with white space removed and letter case folded the text after it equals the text before, or the run is undone.
+#pragma once
+
+#include <QString>
+
+#include "control/CodeMax.h"
+
+class clsLang;
+
+// Indices as chosen in the dialog's lists; 0 is "<Ignore>" everywhere.
+struct FormatChoices {
+  int tabs = 0;          // n >= 1: every tab becomes n - 1 blanks, whatever its column
+  int mainCase = 0;      // 1 "UpperCase", 2 "LowerCase", 3 "Capitalize": words that are not keywords
+  int keywordCase = 0;   // the same for keywords
+  int indent = 0;        // n >= 1: re-indent by units of n - 1 blanks
+  int lineEnds = 0;      // 1 Unix (LF), 2 Windows (CR LF): of new lines, and every line of the text
+  bool wholeLine = false;       // indentation reads whole lines (see Reindent.h)
+  bool selectionOnly = false;   // only the lines that the selection touches
+  bool changeCaseAnyway = false;   // letter case also where the language tells upper from lower
+};
+
+struct FormatResult {
+  QString error;               // not empty: nothing was changed
+  qint64 linesChanged = 0;
+};
+
+// True when a chosen case filter would change the letter case of a language that tells upper from lower: to be asked first.
+bool caseMatters(const FormatChoices& choices, const clsLang* language);
+
+// `language` may be null: the steps that need one are then left out. Sets Modified when the line-end step runs.
+FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices& choices);

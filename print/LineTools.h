@@ -1,0 +1,32 @@
+// Small services on whole lines and on columns of numbers. Each is one undo step and returns the number of lines changed or gone; read-only
+// texts stay as they are. "The selected lines" are those that the selection touches (a last line touched only at column 0 does not count);
+// without a selection all lines of the text.
+#pragma once
+
+#include <QString>
+
+#include "control/CodeMax.h"
+
+struct SortOptions {
+  bool descending = false, matchCase = false, numeric = false, dropEqual = false;
+};
+qint64 SortLines(CodeMax& cmx, const SortOptions& options);
+qint64 RemoveDuplicateLines(CodeMax& cmx, bool matchCase = true);   // keeps the first of equal lines, wherever they stand
+qint64 RemoveBlankLines(CodeMax& cmx);                              // lines of white space only
+qint64 TrimLineEnds(CodeMax& cmx);                                  // blanks and tabs at line ends
+qint64 JoinLines(CodeMax& cmx);                                     // to one line, one blank where lines met
+
+struct NumberSeries {
+  qint64 start = 0, step = 1;
+  int repeat = 1;          // each number this many times
+  int base = 10;           // 2, 8, 10 or 16
+  int width = 0;           // at least so many digits
+  bool zeroFill = false;   // filled with zeros, else with blanks
+  bool upperCase = false;  // of hexadecimal digits
+  QString prefix;          // such as 8'h
+  QString suffix;
+};
+QString seriesItem(const NumberSeries& series, qint64 index);   // index from 0
+// Puts the series into the selected lines: a column selection is replaced row by row; otherwise the numbers go in at the column of the
+// selection's start, short lines being filled with blanks. Without a selection only the caret's line gets one.
+qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series);

@@ -1,0 +1,27 @@
+// Re-indentation by block words. Both ways answer, line by line, how many blanks a line gets before its first character that is neither
+// blank nor tab; the text itself is theirs to read only.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "print/BlockWords.h"
+#include "text/Highlight.h"
+
+using LineSource = std::function<QString(qint64 line)>;   // a line without its break
+
+// Looks at each line's first word only (the word at a caret in front of it). A closing word takes back exactly what its opening
+// word added; a line never goes below 0. Lines of white space only get the blanks too.
+std::vector<int> indentsByFirstWord(const LineSource& line, qint64 count, const BlockWords& words, int unit);
+
+// Reads the whole line, skips comments and strings: blocks that open behind other words, one-line blocks, "end if", "else begin", open
+// brackets and statements without a block word that go on in the next line. Lines within brackets and comments keep their offset to the
+// line where these began. Empty lines get nothing. `highlighter` may be null: then nothing is taken for a comment.
+std::vector<int> indentsByWholeLine(const LineSource& line, qint64 count, const BlockWords& words, int unit,
+                                    const text::Highlighter* highlighter, int tabSize);
+
+// The first word of a line whose leading white space is gone.
+QString firstWord(const QString& trimmedLine);
+// The number of leading blanks and tabs.
+int leadingLength(const QString& line);

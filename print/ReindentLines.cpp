@@ -1,0 +1,268 @@
+// Re-indentation that reads whole lines: see indentsByWholeLine in Reindent.h.
+#include <algorithm>
+
+#include "control/TextModel.h"
+#include "print/Reindent.h"
+#include "text/Chars.h"
+#include "text/Words.h"
+
+namespace {
+
+// A run of word characters or one other character of a line's code; a string is one piece that says nothing.
+struct Piece {
+  QString word;
+  bool isWord = false;
+  bool is(const char* other) const { return word.compare(QLatin1String(other), Qt::CaseInsensitive) == 0; }
+};
+using Pieces = std::vector<Piece>;
+
+// A block or a bracket that is open; the first level is the file itself.
+struct Level {
+  int base = 0;      // indent of the line that opened it
+  int content = 0;   // indent of the lines inside
+  bool bracket = false;
+  int lastIf = -1;   // indent of the last "if" inside, for an "else" on a line of its own
+};
+
+// What is known of the statement that is being read.
+struct Statement {
+  QString first;               // its first word, behind a label
+  int words = 0;
+  bool opensNothing = false;   // it begins with a word~
+  bool opened = false;         // one of its words has opened a block; no further one does
+  bool awaitsIs = false;       // that was a word- and "is" has not come
+};
+
+class WholeLines {
+ public:
+  WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, int tabSize, bool semicolons)
+      : words_(words), unit_(unit), highlighter_(highlighter), tabSize_(tabSize), semicolons_(semicolons) {
+    levels_.push_back({});
+  }
+
+  int next(const QString& line) {
+    const bool inComment = state_ != 0;
+    const Pieces pieces = scan(line);
+    const int leading = leadingLength(line);
+    if (leading == line.size()) return 0;
+    const int old = columnsOf(line.left(leading));
+    if (inComment && pieces.empty()) return std::max(0, old + shift_);
+    if (isDirective(line.mid(leading))) return 0;
+    const int indent = inComment ? std::max(0, old + shift_) : indentOf(pieces, old);
+    shift_ = indent - old;
+    if (!pieces.empty()) walk(pieces, indent);
+    return indent;
+  }
+
+ private:
+  int columnsOf(const QString& blanks) const {
+    const std::string bytes = fromQString(blanks);
+    return static_cast<int>(text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), tabSize_).value);
+  }
+
+  // "#if" and its like stand at the margin where the language lists them so.
+  bool isDirective(const QString& trimmed) const {
+    return highlighter_ && trimmed.startsWith(u'#') &&
+           highlighter_->isKeyword(fromQString(u'#' + firstWord(trimmed.mid(1 + leadingLength(trimmed.mid(1))))));
+  }
+
+  Pieces scan(const QString& line) {
+    const std::string bytes = fromQString(line);
+    const std::string_view all(bytes);
+    std::vector<text::Token> tokens;
+    if (highlighter_ && highlighter_->valid()) state_ = highlighter_->scanLine(all, state_, &tokens);
+    Pieces pieces;
+    auto token = tokens.begin();
+    for (std::size_t at = 0; at < all.size();) {
+      const auto here = static_cast<std::int64_t>(at);
+      while (token != tokens.end() && token->begin + token->length <= here) ++token;
+      if (token != tokens.end() && token->begin <= here &&
+          (token->kind == text::TokenKind::comment || token->kind == text::TokenKind::string)) {
+        if (token->kind == text::TokenKind::string) pieces.push_back({QStringLiteral("\""), false});
+        at = static_cast<std::size_t>(token->begin + token->length);
+        continue;
+      }
+      const auto c = text::decode(all.substr(at));
+      const auto kind = text::classOf(c.code);
+      std::size_t end = at + static_cast<std::size_t>(c.bytes);
+      while (kind == text::CharClass::word && end < all.size()) {
+        const auto following = text::decode(all.substr(end));
+        if (text::classOf(following.code) != kind) break;
+        end += static_cast<std::size_t>(following.bytes);
+      }
+      if (kind != text::CharClass::blank) pieces.push_back({toQString(all.substr(at, end - at)), kind == text::CharClass::word});
+      at = end;
+    }
+    return pieces;
+  }
+
+  int indentOf(const Pieces& pieces, int old) const {
+    const Level& level = levels_.back();
+    const int shifted = std::max(0, old + shift_);
+    if (pieces.empty()) return level.bracket ? shifted : level.content;   // a comment alone
+    const Piece& first = pieces.front();
+    const auto kind = words_.classify(first.word).kind;
+    if (kind == BlockClass::end) return blockBase();
+    if (level.bracket) {
+      if (isCloser(first)) return level.base;
+      return shifted > level.base ? shifted : level.content;   // alignment by hand stays
+    }
+    if (headerOpen_ && (first.is("(") || first.is("#"))) return level.base;
+    if (unfinished_) {
+      if (kind == BlockClass::start) return statementIndent_;
+      return shifted > statementIndent_ ? shifted : statementIndent_ + unit_;
+    }
+    if (kind == BlockClass::middle) return std::max(0, level.content - unit_);
+    if (first.is("else") && level.lastIf >= 0) return level.lastIf;
+    return level.content;
+  }
+
+  static bool isOpener(const Piece& piece) { return piece.word == u"(" || piece.word == u"["; }
+  static bool isCloser(const Piece& piece) { return piece.word == u")" || piece.word == u"]"; }
+
+  int blockBase() const {
+    for (auto level = levels_.rbegin(); level != levels_.rend(); ++level)
+      if (!level->bracket) return level->base;
+    return 0;
+  }
+
+  void walk(const Pieces& pieces, int indent) {
+    if (!levels_.back().bracket) {
+      anchor_ = indent;
+      if (!unfinished_) statementIndent_ = indent;
+    }
+    const int base = anchor_;           // blocks hang on the line where the brackets around this one began
+    const bool middleFirst = !unfinished_ && words_.classify(pieces[0].word).kind == BlockClass::middle;
+    bool closed = middleFirst;          // nothing of a statement is left open by the last piece
+    std::size_t bracketsHere = 0;       // brackets opened in this line and still open
+    bool afterEnd = false;
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+      const Piece& piece = pieces[i];
+      const auto entry = words_.classify(piece.word);
+      const bool belongsToEnd = afterEnd && piece.isWord && entry.kind == BlockClass::start;   // "end if", "end process"
+      const bool label = afterEnd && piece.word == u":";                                       // "end : name"
+      afterEnd = false;
+      if (belongsToEnd) continue;
+      if (label) {
+        ++i;
+        continue;
+      }
+      if (i > 0 || !middleFirst) closed = false;
+      if (isOpener(piece)) {
+        const int inside = bracketsHere > 0 ? levels_.back().content : indent + unit_;
+        levels_.push_back({indent, inside, true, -1});
+        ++bracketsHere;
+      } else if (isCloser(piece)) {
+        if (levels_.back().bracket) levels_.pop_back();
+        if (bracketsHere > 0) --bracketsHere;
+      } else if (entry.kind == BlockClass::end) {
+        closeBlock();
+        bracketsHere = 0;
+        afterEnd = closed = true;
+      } else if (entry.kind == BlockClass::start && mayOpen(piece, entry)) {
+        const int width = entry.doubleIndent ? 2 * unit_ : unit_;
+        levels_.push_back({base, base + width, false, -1});
+        bracketsHere = 0;
+        statement_.opened = piece.isWord;
+        statement_.awaitsIs = entry.needsIs;
+        closed = true;
+      } else if (piece.word == u";" && !levels_.back().bracket) {
+        if (statement_.awaitsIs && levels_.size() > 1) levels_.pop_back();   // only a declaration
+        statement_ = {};
+        headerOpen_ = false;
+        closed = true;
+      } else if (piece.word == u":" && statement_.words == 1 && !statement_.opened) {
+        statement_ = {};   // a label
+        closed = true;
+      } else if (piece.isWord) {
+        noteWord(piece, entry, base);
+      }
+    }
+    finishLine(pieces, base, closed || middleFirst);
+  }
+
+  // A word in brackets opens nothing; of the words of one statement only the first does.
+  bool mayOpen(const Piece& piece, const BlockWords::Entry& entry) {
+    if (!piece.isWord) return true;
+    if (levels_.back().bracket || statement_.opensNothing || statement_.opened) return false;
+    if (statement_.words == 0 && entry.opensNothing) return false;
+    noteWord(piece, entry, anchor_);
+    return true;
+  }
+
+  void noteWord(const Piece& piece, const BlockWords::Entry& entry, int indent) {
+    if (statement_.words++ == 0) {
+      statement_.first = piece.word;
+      statement_.opensNothing = entry.opensNothing;
+    }
+    if (piece.is("is")) statement_.awaitsIs = false;
+    if (piece.is("if")) levelForIf().lastIf = indent;
+  }
+
+  Level& levelForIf() {
+    return statement_.opened && levels_.size() > 1 ? levels_[levels_.size() - 2] : levels_.back();
+  }
+
+  void closeBlock() {
+    while (levels_.size() > 1 && levels_.back().bracket) levels_.pop_back();
+    if (levels_.size() > 1) levels_.pop_back();
+    statement_ = {};
+  }
+
+  void finishLine(const Pieces& pieces, int indent, bool closed) {
+    const Piece& last = pieces.back();
+    const bool openBracket = levels_.back().bracket;
+    headerOpen_ = statement_.opened && !openBracket && words_.classify(last.word).kind != BlockClass::start;
+    if (openBracket) {
+      unfinished_ = false;   // the bracket itself says how the next line stands
+      return;
+    }
+    if (statement_.opened) {
+      unfinished_ = false;
+      if (!statement_.awaitsIs) statement_ = {};
+      return;
+    }
+    const bool directive = pieces.front().word == u"`";
+    const bool goesOn = semicolons_ ? last.word != u"," && last.word != u":" && last.word != u"}" : last.word == u"\\";
+    unfinished_ = !closed && !directive && goesOn;
+    if (!unfinished_) statement_ = {};
+    if (unfinished_ && (isCloser(last) || last.is("else") || last.is("do"))) statementIndent_ = indent;   // "if (...)": what follows hangs on this line
+  }
+
+  const BlockWords& words_;
+  const int unit_;
+  const text::Highlighter* const highlighter_;
+  const int tabSize_;
+  const bool semicolons_;        // statements end with ";", else with the line
+  std::vector<Level> levels_;
+  text::LineState state_ = 0;
+  Statement statement_;
+  int statementIndent_ = 0;
+  int anchor_ = 0;               // indent of the last line that did not begin within brackets
+  bool unfinished_ = false;      // the statement goes on in the next line
+  bool headerOpen_ = false;      // a block's first statement goes on: "module m" with its brackets below
+  int shift_ = 0;                // new indent less old one of the last line, for lines that go with it
+};
+
+// Statements end with ";" where one code line in eight or more does so.
+bool endsWithSemicolons(const LineSource& line, qint64 count) {
+  qint64 all = 0, ended = 0;
+  for (qint64 i = 0; i < std::min<qint64>(count, 2000); ++i) {
+    const QString text = line(i).trimmed();
+    if (text.isEmpty()) continue;
+    ++all;
+    if (text.contains(u';')) ++ended;
+  }
+  return ended * 8 >= all;
+}
+
+}  // namespace
+
+std::vector<int> indentsByWholeLine(const LineSource& line, qint64 count, const BlockWords& words, int unit,
+                                    const text::Highlighter* highlighter, int tabSize) {
+  std::vector<int> indents;
+  indents.reserve(static_cast<std::size_t>(count));
+  WholeLines lines(words, unit, highlighter, tabSize, endsWithSemicolons(line, count));
+  for (qint64 i = 0; i < count; ++i) indents.push_back(lines.next(line(i)));
+  return indents;
+}

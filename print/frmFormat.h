@@ -1,0 +1,34 @@
+// The format dialog: five lists, a preview, Apply and Cancel. Apply formats the active document and keeps the dialog open.
+#pragma once
+
+#include <QDialog>
+
+#include "print/FormatText.h"
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QPushButton;
+
+class frmFormat : public QDialog {
+  Q_OBJECT
+ public:
+  explicit frmFormat(QWidget* parent = nullptr);
+
+  FormatChoices choices() const;
+
+ public slots:
+  void cmdApply_Click();
+  void cmdPreview_Click();
+  void cmdCancel_Click();
+
+ private:
+  void Form_Load();
+  bool agreeToCase(FormatChoices* chosen, const clsLang* language);
+  void updateButtons();
+
+  QComboBox *cmbTab_, *cmbText_, *cmbKeywords_, *cmbIndent_, *cmbLine_;
+  QCheckBox *chkWholeLine_, *chkSelection_;
+  QPushButton *cmdApply_, *cmdPreview_;
+  QLabel* lblResult_;
+};

@@ -1,0 +1,160 @@
+// Formatting runs on a real control: steps, one undo step, nothing lost.
+#include "print/FormatText.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "language/Registration.h"
+#include "language/clsLang.h"
+#include "print/CaseFilter.h"
+
+namespace {
+
+struct Hdl {
+  colLangs all;
+  std::shared_ptr<clsLang> language;
+  explicit Hdl(bool caseSensitive = false) {
+    language = all.Add(QStringLiteral("format-test"));
+    language->isCaseSensitive = caseSensitive;
+    language->Keywords = QStringLiteral("begin\r\nend\r\nif\r\n");
+    language->BlockStart = QStringLiteral("begin\r\n");
+    language->BlockEnd = QStringLiteral("end\r\n");
+    language->SingleComments = QStringLiteral("--\r\n");
+    language->MultiCommentStart = QStringLiteral("/*\r\n");
+    language->MultiCommentEnd = QStringLiteral("*/\r\n");
+    language->StringDelims = QStringLiteral("\"\r\n");
+    AddLanguages(all);
+  }
+  ~Hdl() { RemoveLanguages(); }
+};
+
+std::string textOf(const CodeMax& cmx) { return cmx.Text().toStdString(); }
+
+}  // namespace
+
+TEST(FormatText, EachStep) {
+  Hdl hdl;
+  struct Case {
+    FormatChoices choices;
+    const char *before, *after;
+  };
+  FormatChoices tabs, main, keys, indent, all;
+  tabs.tabs = 4;   // 3 blanks for a tab, whatever its column
+  main.mainCase = 1;
+  keys.keywordCase = 3;
+  indent.indent = 3;
+  all = indent;
+  all.tabs = 2;
+  all.mainCase = 2;
+  all.keywordCase = 1;
+  const Case cases[] = {
+      {{}, "Begin\n\tX\nend", "Begin\n\tX\nend"},
+      {tabs, "a\tb\n\tc", "a   b\n   c"},
+      {main, "begin aB \"aB\" -- aB\nend", "begin AB \"aB\" -- aB\nend"},
+      {keys, "BEGIN aB\nend", "Begin aB\nEnd"},
+      {indent, "begin\nx\n  end", "begin\n  x\nend"},
+      {all, "begin\nX\ty\nend", "BEGIN\n  x y\nEND"},
+  };
+  for (const auto& c : cases) {
+    CodeMax cmx;
+    cmx.setLanguage(QStringLiteral("format-test"));
+    cmx.setText(QLatin1String(c.before));
+    cmx.setModified(false);
+    const auto result = FormatIt(cmx, hdl.language.get(), c.choices);
+    EXPECT_EQ(result.error, QString());
+    EXPECT_EQ(textOf(cmx), c.after);
+    EXPECT_EQ(cmx.Modified(), std::string(c.before) != c.after);
+    if (std::string(c.before) == c.after) continue;
+    cmx.ExecuteCmd(129);
+    EXPECT_EQ(textOf(cmx), c.before) << "one undo step";
+  }
+}
+
+TEST(FormatText, LineEnds) {
+  CodeMax cmx;
+  cmx.setText(QStringLiteral("a\nb\n"));
+  FormatChoices choices;
+  choices.lineEnds = 2;
+  cmx.setModified(false);
+  FormatIt(cmx, nullptr, choices);
+  EXPECT_TRUE(cmx.EnableCRLF());
+  EXPECT_TRUE(cmx.Modified());
+  EXPECT_EQ(cmx.model()->snapshot().bytes({text::ByteOffset(0), text::ByteOffset(100)}), "a\r\nb\r\n");
+  choices.lineEnds = 1;
+  FormatIt(cmx, nullptr, choices);
+  EXPECT_FALSE(cmx.EnableCRLF());
+  EXPECT_EQ(cmx.model()->snapshot().bytes({text::ByteOffset(0), text::ByteOffset(100)}), "a\nb\n");
+}
+
+TEST(FormatText, SearchOfThePersonStays) {
+  searchState() = {};
+  searchState().findText = QStringLiteral("mine");
+  searchState().options.wholeWord = true;
+  CodeMax cmx;
+  cmx.setText(QStringLiteral("a\tb"));
+  FormatChoices choices;
+  choices.tabs = 1;
+  FormatIt(cmx, nullptr, choices);
+  EXPECT_EQ(textOf(cmx), "ab");
+  EXPECT_EQ(searchState().findText, QStringLiteral("mine"));
+  EXPECT_TRUE(searchState().options.wholeWord);
+  searchState() = {};
+}
+
+TEST(FormatText, SelectionAndReadOnlyAndCase) {
+  Hdl hdl(true);
+  CodeMax cmx;
+  cmx.setLanguage(QStringLiteral("format-test"));
+  cmx.setText(QStringLiteral("begin\nx\ny\nend"));
+  cmx.SetSel({2, 0, 2, 1, false});
+  FormatChoices choices;
+  choices.indent = 3;
+  choices.selectionOnly = true;
+  FormatIt(cmx, hdl.language.get(), choices);
+  EXPECT_EQ(textOf(cmx), "begin\nx\n  y\nend");
+  choices = {};
+  choices.mainCase = 1;
+  EXPECT_TRUE(caseMatters(choices, hdl.language.get()));
+  FormatIt(cmx, hdl.language.get(), choices);
+  EXPECT_EQ(textOf(cmx), "begin\nx\n  y\nend") << "the language tells upper from lower";
+  choices.changeCaseAnyway = true;
+  cmx.setReadOnly(true);
+  EXPECT_NE(FormatIt(cmx, hdl.language.get(), choices).error, QString());
+  cmx.setReadOnly(false);
+  FormatIt(cmx, hdl.language.get(), choices);
+  EXPECT_EQ(textOf(cmx), "begin\nX\n  Y\nend");
+}
+
+TEST(FormatText, RandomTextsLoseNothing) {
+  Hdl hdl;
+  std::mt19937 random(20260412);
+  const QStringList parts{QStringLiteral("begin"), QStringLiteral("End"), QStringLiteral("aB"), QStringLiteral("\t"), QStringLiteral(" "), QStringLiteral("\n"),
+                          QStringLiteral("\n"), QStringLiteral("\""), QStringLiteral("--"), QStringLiteral("/*"), QStringLiteral("*/"), QStringLiteral("("),
+                          QStringLiteral(")"), QStringLiteral(";"), QString(QChar(0xDC81)), QString(QChar(0)), QStringLiteral("\u00e9\u0301"), QStringLiteral("\u00df"),
+                          QStringLiteral("\\x y"), QStringLiteral("8'hAf")};
+  const auto pick = [&](int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); };
+  for (int round = 0; round < 300; ++round) {
+    QString text;
+    for (int i = pick(60); i > 0; --i) text += parts[pick(static_cast<int>(parts.size()))];
+    FormatChoices choices;
+    choices.tabs = pick(4);
+    choices.mainCase = pick(4);
+    choices.keywordCase = pick(4);
+    choices.indent = pick(6);
+    choices.wholeLine = pick(2);
+    CodeMax cmx;
+    cmx.setLanguage(QStringLiteral("format-test"));
+    cmx.setText(text);
+    const QString before = cmx.Text();
+    const auto result = FormatIt(cmx, hdl.language.get(), choices);
+    EXPECT_EQ(result.error, QString()) << round;
+    EXPECT_TRUE(sameInk(cmx.Text(), before)) << "round " << round << ": " << before.toStdString();
+    const auto once = cmx.Text();
+    choices.tabs = 0;
+    FormatIt(cmx, hdl.language.get(), choices);
+    if (choices.indent > 0 && !choices.wholeLine) {
+      EXPECT_EQ(cmx.Text().toStdString(), once.toStdString()) << "a second run changes nothing, round " << round;
+    }
+  }
+}

@@ -1,0 +1,170 @@
+// Columnising, number series and the services on whole lines, on a real control.
+#include "print/LineTools.h"
+
+#include <gtest/gtest.h>
+
+#include "control/LanguageTable.h"
+#include "print/AddIns.h"
+#include "tests/support/ScriptedDialogs.h"
+
+namespace {
+
+struct Control {
+  CodeMax cmx;
+  explicit Control(const char* text, CmRange selection = {}) {
+    cmx.setText(QString::fromUtf8(text));
+    cmx.SetSel(selection);
+  }
+  std::string text() const { return cmx.Text().replace(QLatin1String("\r\n"), QLatin1String("\n")).toStdString(); }
+};
+
+}  // namespace
+
+TEST(LineTools, AlignColumns) {
+  struct Case {
+    const char *before, *delimiter, *after;
+  };
+  const Case cases[] = {
+      {"a,bb,c\naaa,b,c", ",", "a  ,bb,c\naaa,b ,c"},
+      {"a,b\nnone\nccc,d", ",", "a  ,b\nnone\nccc,d"},
+      {"a,b,c", ",", "a,b,c"},
+      {"a<=b\nccc <= d", "<=", "a   <=b\nccc <= d"},
+      {"a,,b\naa,b", ",", "a ,,b\naa,b"},
+      {"xx\txy\nx\tx", "x", "x x\txy\nx\tx"},
+      {"aA\nbbbA", "a", "aA\nbbbA"},
+      {"", ",", ""},
+  };
+  for (const auto& c : cases) {
+    QStringList lines = QString::fromLatin1(c.before).split(u'\n');
+    EXPECT_EQ(alignColumns(lines, QLatin1String(c.delimiter)), 0);
+    EXPECT_EQ(lines.join(u'\n').toStdString(), c.after) << c.before;
+  }
+}
+
+TEST(LineTools, ColumnizeAsksAndIsOneStep) {
+  Control c("a,b\naaa,b\nx,y", {0, 1, 1, 2, false});
+  c.cmx.setBookmark(1, true);
+  {
+    ScriptedDialogs dialogs;
+    dialogs.answerInput(QStringLiteral(","));
+    Columnize(c.cmx);
+    EXPECT_EQ(dialogs.last().text, QStringLiteral("Please input the column delimiter"));
+    EXPECT_EQ(dialogs.last().title, QStringLiteral("Zelkor Editor"));
+    EXPECT_EQ(dialogs.last().initial, QString());
+  }
+  EXPECT_EQ(c.text(), "a  ,b\naaa,b\nx,y");
+  EXPECT_EQ(lastColumnDelimiter(), QStringLiteral(","));
+  EXPECT_TRUE(c.cmx.hasBookmark(1));
+  EXPECT_EQ(c.cmx.GetSel(true).StartLineNo, 0);
+  EXPECT_EQ(c.cmx.GetSel(true).EndLineNo, 1);
+  c.cmx.ExecuteCmd(129);
+  EXPECT_EQ(c.text(), "a,b\naaa,b\nx,y");
+  ScriptedDialogs dialogs;
+  dialogs.answerInput(std::nullopt).answerInput(QString());
+  Columnize(c.cmx);
+  Columnize(c.cmx);
+  EXPECT_EQ(c.text(), "a,b\naaa,b\nx,y");
+}
+
+TEST(LineTools, ColumnizeOptions) {
+  CmLanguage language;
+  language.StringDelims = QStringLiteral("\"\n");
+  language.SingleLineComments = QStringLiteral("//\n");
+  LanguageTable::registerLanguage(QStringLiteral("columns-test"), language);
+  Control code("f(\",\"),a // x,y\nggggg,b", {0, 0, 1, 1, false});
+  code.cmx.setLanguage(QStringLiteral("columns-test"));
+  ColumnizeOptions options;
+  options.codeOnly = true;
+  Columnize(code.cmx, code.cmx.GetSel(true), QStringLiteral(","), options);
+  EXPECT_EQ(code.text(), "f(\",\"),a // x,y\nggggg ,b");
+
+  Control groups("a,b\nccc,d\n\na,b\ncc,d", {0, 0, 4, 1, false});
+  options = {};
+  options.groupsApart = true;
+  EXPECT_EQ(Columnize(groups.cmx, groups.cmx.GetSel(true), QStringLiteral(","), options), 2);
+  EXPECT_EQ(groups.text(), "a  ,b\nccc,d\n\na ,b\ncc,d");
+
+  Control block("a,b,c\naaa,b,c", {0, 2, 1, 6, true});
+  options = {};
+  options.withinBlock = true;
+  Columnize(block.cmx, CmRange{0, 2, 1, 6, true}, QStringLiteral(","), options);
+  EXPECT_EQ(block.text(), "a,b,c\naaa,b,c") << "only the second commas lie in the block, and they stand in columns 4 and 6";
+}
+
+TEST(LineTools, WholeLines) {
+  struct Case {
+    const char* before;
+    qint64 (*run)(CodeMax&);
+    const char* after;
+    qint64 changed;
+  };
+  const Case cases[] = {
+      {"b\na\nB\n", [](CodeMax& c) { return SortLines(c, {}); }, "a\nb\nB\n", 2},
+      {"b\na\nB", [](CodeMax& c) { return SortLines(c, {true, true, false, false}); }, "b\na\nB", 0},
+      {"x10\nx9\nx-1\nx", [](CodeMax& c) { return SortLines(c, {false, false, true, false}); }, "x\nx-1\nx9\nx10", 4},
+      {"a\nb\na\nA\n", [](CodeMax& c) { return SortLines(c, {false, false, false, true}); }, "a\nb\n", 2},
+      {"a\nb\na\n\nb\n", [](CodeMax& c) { return RemoveDuplicateLines(c); }, "a\nb\n\n", 2},
+      {"\n \na\n\t\nb", [](CodeMax& c) { return RemoveBlankLines(c); }, "a\nb", 3},
+      {"\n \n", [](CodeMax& c) { return RemoveBlankLines(c); }, "", 2},
+      {"a \t\nb\n c  ", [](CodeMax& c) { return TrimLineEnds(c); }, "a\nb\n c", 2},
+      {"a  \n  b\nc", [](CodeMax& c) { return JoinLines(c); }, "a b\nc", 1},
+      {"", [](CodeMax& c) { return RemoveBlankLines(c); }, "", 0},
+      {"", [](CodeMax& c) { return JoinLines(c); }, "", 0},
+  };
+  for (const auto& test : cases) {
+    Control c(test.before);
+    EXPECT_EQ(test.run(c.cmx), test.changed) << test.before;
+    EXPECT_EQ(c.text(), test.after) << test.before;
+    if (test.changed == 0) continue;
+    c.cmx.ExecuteCmd(129);
+    EXPECT_EQ(c.text(), test.before) << "one undo step";
+  }
+}
+
+TEST(LineTools, SelectedLinesOnly) {
+  Control c("d\nc\nb\na\n", {1, 0, 3, 0, false});   // touches line 3 only at its start
+  SortLines(c.cmx, {});
+  EXPECT_EQ(c.text(), "d\nb\nc\na\n");
+  Control last("x\n\n\n", {1, 0, 3, 0, false});
+  RemoveBlankLines(last.cmx);
+  EXPECT_EQ(last.text(), "x\n");
+  Control all("a\nb\nc", {1, 0, 2, 1, false});
+  JoinLines(all.cmx);
+  EXPECT_EQ(all.text(), "a\nb c");
+  Control locked("b\na");
+  locked.cmx.setReadOnly(true);
+  EXPECT_EQ(SortLines(locked.cmx, {}), 0);
+  EXPECT_EQ(locked.text(), "b\na");
+}
+
+TEST(LineTools, Series) {
+  NumberSeries s;
+  s.start = 254;
+  s.base = 16;
+  s.width = 4;
+  s.zeroFill = true;
+  s.upperCase = true;
+  s.prefix = QStringLiteral("16'h");
+  EXPECT_EQ(seriesItem(s, 0), QStringLiteral("16'h00FE"));
+  EXPECT_EQ(seriesItem(s, 2), QStringLiteral("16'h0100"));
+  s = {};
+  s.step = -3;
+  s.repeat = 2;
+  s.width = 3;
+  EXPECT_EQ(seriesItem(s, 1), QStringLiteral("  0"));
+  EXPECT_EQ(seriesItem(s, 2), QStringLiteral(" -3"));
+  s.zeroFill = true;
+  EXPECT_EQ(seriesItem(s, 2), QStringLiteral("-03"));
+  s = {};
+  s.start = std::numeric_limits<qint64>::min();
+  EXPECT_EQ(seriesItem(s, 0), QStringLiteral("-9223372036854775808"));
+
+  Control column("ab\n\nabcd", {0, 3, 2, 3, true});
+  column.cmx.SetSel({0, 2, 2, 2, true});
+  EXPECT_EQ(InsertSeries(column.cmx, {}), 3);
+  EXPECT_EQ(column.text(), "ab0\n  1\nab2cd");
+  Control tabs("\tx\n\ty", {0, 1, 1, 1, false});
+  tabs.cmx.setTabSize(4);
+  InsertSeries(tabs.cmx, {});
+  EXPECT_EQ(tabs.text(), "\t0x\n\t1y");
+}
