@@ -51,7 +51,11 @@ CodeMax::CodeMax(QWidget* parent) : QWidget(parent) { setUp(std::make_shared<Tex
 
 CodeMax::CodeMax(CodeMax& sharedWith, QWidget* parent) : QWidget(parent) { setUp(sharedWith.model()); }
 
-CodeMax::~CodeMax() = default;
+CodeMax::~CodeMax() {
+  // The panes go while what they look at is still there, and nobody hears of it.
+  for (Pane* pane : impl_->grid->panes()) disconnect(pane, nullptr, this, nullptr);
+  delete impl_->grid;
+}
 
 void CodeMax::setUp(std::shared_ptr<TextModel> model) {
   impl_ = std::make_unique<Impl>();

@@ -2,7 +2,6 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QMimeData>
 #include <algorithm>
 #include <tuple>
 
@@ -11,6 +10,7 @@
 #include "control/CommandFunctions.h"
 #include "control/CommandTable.h"
 #include "control/EditorAccess.h"
+#include "control/TextMime.h"
 #include "control/KeyMacro.h"
 #include "text/Chars.h"
 #include "text/Words.h"
@@ -18,8 +18,6 @@
 using namespace text;
 
 namespace {
-
-constexpr char kBlockFormat[] = "application/x-zelkor-column-block";
 
 // Where `at` goes when the spans of a change were applied; text put in exactly there goes behind it.
 ByteOffset moved(ByteOffset at, const Change& change) {
@@ -38,17 +36,11 @@ ByteOffset moved(ByteOffset at, const Change& change) {
 void EditorHost::note(const QString& text) { SetStatusText(text); }
 
 QString EditorHost::clipboardText(bool* block) {
-  const QMimeData* data = qGuiApp ? QGuiApplication::clipboard()->mimeData() : nullptr;
-  if (block) *block = data && data->hasFormat(QLatin1String(kBlockFormat));
-  return data ? data->text() : QString();
+  return TextMime::read(qGuiApp ? QGuiApplication::clipboard()->mimeData() : nullptr, block);
 }
 
 void EditorHost::setClipboard(const QString& text, bool block) {
-  if (!qGuiApp) return;
-  auto* data = new QMimeData;
-  data->setText(text);
-  if (block) data->setData(QLatin1String(kBlockFormat), QByteArray("1"));
-  QGuiApplication::clipboard()->setMimeData(data);
+  if (qGuiApp) QGuiApplication::clipboard()->setMimeData(TextMime::make(text, block).release());
 }
 
 SearchState& searchState() {

@@ -9,6 +9,7 @@
 #include <QTimerEvent>
 #include <algorithm>
 
+#include "control/PaneAccessible.h"
 #include "control/PaneMouse.h"
 #include "control/TextMime.h"
 
@@ -27,6 +28,7 @@ Pane::Action::~Action() {
 Pane::Pane(ViewState& state, QWidget* parent)
     : QAbstractScrollArea(parent), state_(state), view_(state), editor_(new Editor(state.model, state.options, this)),
       mouse_(new PaneMouse(*this)) {
+  PaneAccessible::install();
   setFrameShape(QFrame::NoFrame);
   setFocusPolicy(Qt::StrongFocus);
   setAttribute(Qt::WA_InputMethodEnabled);
@@ -103,6 +105,7 @@ void Pane::flushText() {
   }
   allDirty_ = false;
   pending_.reset();
+  PaneAccessible::announceText(this);
   restartColoring();
   findBracket();
 }
@@ -186,6 +189,7 @@ void Pane::showSelection() {
   }
   findBracket();
   restartBlink();
+  PaneAccessible::announceSelection(this);
   if (hasFocus()) QGuiApplication::inputMethod()->update(Qt::ImCursorRectangle | Qt::ImCursorPosition | Qt::ImSurroundingText |
                                                          Qt::ImCurrentSelection | Qt::ImAnchorPosition);
 }

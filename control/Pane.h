@@ -52,8 +52,6 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void toggleWhiteSpaceDisplay() override;
   void showFindDialog(bool replace) override;
   void note(const QString& text) override;
-  QString clipboardText(bool* block) override;
-  void setClipboard(const QString& text, bool block) override;
 
   QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 

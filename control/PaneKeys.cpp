@@ -188,11 +188,6 @@ void Pane::toggleWhiteSpaceDisplay() {
   state_.whiteSpace = !state_.whiteSpace;
   emit whiteSpaceToggled();
 }
-QString Pane::clipboardText(bool* block) { return TextMime::read(QGuiApplication::clipboard()->mimeData(), block); }
-void Pane::setClipboard(const QString& text, bool block) {
-  QGuiApplication::clipboard()->setMimeData(TextMime::make(text, block).release());
-}
-
 void Pane::contextMenuEvent(QContextMenuEvent* event) {
   const QPoint at = event->reason() == QContextMenuEvent::Keyboard ? viewport()->mapToGlobal(caretRect().bottomLeft()) : event->globalPos();
   bool handled = false;

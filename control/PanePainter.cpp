@@ -60,6 +60,8 @@ class GlyphBatch {
   QList<QPointF> positions_;
 };
 
+constexpr int kCaretWidth = 2;
+
 }  // namespace
 
 double Preedit::cursorX() const {
@@ -294,24 +296,28 @@ void PanePainter::paintMargin(std::int64_t line, int y) {
   }
 }
 
-QRect PanePainter::caretRect(TextView& view, const PaneLook& look) {
+double PanePainter::caretX(TextView& view, const PaneLook& look) {
   const text::SelectionState& s = look.selection;
   const std::int64_t line = view.snapshot().lineAt(s.caret).value;
-  const double cell = view.metrics().cell();
-  double x = view.xOf(line, s.caret) + static_cast<double>(s.caretVirtual) * cell;
+  double x = view.xOf(line, s.caret) + static_cast<double>(s.caretVirtual) * view.metrics().cell();
   if (s.column && view.metrics().fixedPitch()) x = view.xOfCell(line, cellOf(view.snapshot(), s.caret, s.caretVirtual, view.state().options->tabSize));
-  if (look.preedit) x += look.preedit->cursorX();
-  double width = 2;
+  return look.preedit ? x + look.preedit->cursorX() : x;
+}
+
+QRect PanePainter::caretRect(TextView& view, const PaneLook& look) {
+  const text::SelectionState& s = look.selection;
+  const LineNo line = view.snapshot().lineAt(s.caret);
+  const double left = std::clamp(std::floor(view.textLeft() + caretX(view, look)), -1e6, 1e6);
+  double width = kCaretWidth;
   if (look.overtype && !look.preedit) {
-    const ByteOffset end = view.snapshot().lineEnd(LineNo(line));
-    width = cell;
+    const ByteOffset end = view.snapshot().lineEnd(line);
+    width = view.metrics().cell();
     if (s.caret < end) {
-      const std::string here = view.snapshot().bytes({s.caret, std::min(end, s.caret + LineWalker::kLookAhead)});
-      LineWalker walker(here, s.caret + LineWalker::kLookAhead >= end, {0, x}, view.metrics(), view.state().options->tabSize);
+      const std::string here = view.snapshot().bytes({s.caret, std::min(end, s.caret + 2 * LineWalker::kLookAhead)});
+      const bool toEnd = s.caret + 2 * LineWalker::kLookAhead >= end;
       QString label;
-      if (!walker.done()) width = walker.next(&label).width;
+      width = LineWalker(here, toEnd, {0, left}, view.metrics(), view.state().options->tabSize).next(&label).width;
     }
   }
-  const double left = std::clamp(std::floor(view.textLeft() + x), -1e6, 1e6);
-  return {static_cast<int>(left) - (width == 2 && left > view.margin ? 1 : 0), view.yOf(line), std::max(1, static_cast<int>(width)), view.lineHeight()};
+  return {static_cast<int>(left), view.yOf(line.value), std::max(1, static_cast<int>(width)), view.lineHeight()};
 }

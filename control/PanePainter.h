@@ -32,7 +32,8 @@ class PanePainter {
   PanePainter(QPainter& painter, TextView& view, const PaneLook& look);
   void paint(const QRect& part);
 
-  // The caret's place; as wide as the character under it when it overtypes.
+  static double caretX(TextView& view, const PaneLook& look);   // from the start of its line
+  // The caret's place in the pane; as wide as the character under it when it overtypes.
   static QRect caretRect(TextView& view, const PaneLook& look);
 
  private:

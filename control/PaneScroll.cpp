@@ -147,11 +147,8 @@ void Pane::showCaret() {
     const bool far = y < top_ - page || y > bottom + page;
     scrollTo(far ? y - page / 2 : y < top_ ? y : y - bottom + top_, true);
   }
-  const QRect caret = caretRect();
-  const int edge = view_.margin + static_cast<int>(state_.metrics->cell() * 2);
-  const std::int64_t x = static_cast<std::int64_t>(caret.left()) - view_.margin + view_.left;   // within the text
-  const int jump = std::max(1, view_.width / 4);
-  view_.widen(static_cast<double>(x));
-  if (caret.left() > view_.margin + view_.width - static_cast<int>(state_.metrics->cell() * 2)) scrollSideways(x - view_.width + jump);
-  else if (caret.left() < edge && view_.left > 0) scrollSideways(x < view_.width - jump ? 0 : x - jump);
+  const double x = PanePainter::caretX(view_, look()), air = state_.metrics->cell() * 2, jump = view_.width / 4.0;
+  view_.widen(x);
+  if (x > static_cast<double>(view_.left) + view_.width - air) scrollSideways(static_cast<std::int64_t>(x - view_.width + jump));
+  else if (x < static_cast<double>(view_.left) + air) scrollSideways(x < view_.width - jump ? 0 : static_cast<std::int64_t>(x - jump));
 }

@@ -1,0 +1,241 @@
+#include "control/CodeMax.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <fstream>
+
+#include "control/LanguageTable.h"
+#include "tests/control/PaneFixture.h"
+
+namespace {
+
+QString q(const char* text) { return QString::fromUtf8(text); }
+
+std::string contentOf(const QString& path) {
+  std::ifstream in(path.toStdString(), std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+void writeFile(const QString& path, const std::string& bytes) { std::ofstream(path.toStdString(), std::ios::binary) << bytes; }
+
+}  // namespace
+
+class CodeMaxMembers : public PaneFixture {};
+
+TEST_F(CodeMaxMembers, LinesAndText) {
+  put("one\r\ntwo\nthree|");
+  EXPECT_EQ(control.LineCount(), 3);
+  EXPECT_EQ(control.GetLine(1), q("two"));
+  EXPECT_EQ(control.GetLine(3), QString());
+  EXPECT_EQ(control.GetLine(-1), QString());
+  EXPECT_EQ(control.GetLineLength(2), 5);
+  control.setEnableCRLF(false);
+  EXPECT_EQ(control.Text(), q("one\ntwo\nthree"));
+  control.setEnableCRLF(true);
+  EXPECT_EQ(control.Text(), q("one\r\ntwo\r\nthree"));
+  put("|");
+  EXPECT_EQ(control.LineCount(), 1);
+  EXPECT_EQ(control.Text(), QString());
+}
+
+TEST_F(CodeMaxMembers, EachChangeIsOneUndoStep) {
+  struct Case { const char* what; std::function<void(CodeMax&)> change; const char* expected; };
+  const char* before = "alpha\nbe@ta|\r\ngamma";
+  const Case cases[] = {
+      {"InsertText before", [](CodeMax& c) { c.InsertText(q("X"), {0, 2}); }, "alXpha\nbe@ta|\r\ngamma"},
+      {"InsertText with breaks takes those of the line", [](CodeMax& c) { c.InsertText(q("X\nY"), {1, 0}); }, "alpha\nX\r\nYbe@ta|\r\ngamma"},
+      {"InsertText past the end", [](CodeMax& c) { c.InsertText(q("!"), {99, 0}); }, "alpha\nbe@ta|\r\ngamma!"},
+      {"DeleteLine", [](CodeMax& c) { c.DeleteLine(0); }, "be@ta|\r\ngamma"},
+      {"DeleteLine of the last", [](CodeMax& c) { c.DeleteLine(2); }, "alpha\nbe@ta|"},
+      {"DeleteLine out of range", [](CodeMax& c) { c.DeleteLine(3); }, "alpha\nbe@ta|\r\ngamma"},
+      {"InsertLine", [](CodeMax& c) { c.InsertLine(1, q("new")); }, "alpha\nnew\nbe@ta|\r\ngamma"},
+      {"InsertLine behind all", [](CodeMax& c) { c.InsertLine(3, q("new")); }, "alpha\nbe@ta|\r\ngamma\r\nnew"},
+      {"ReplaceLine keeps break and selection", [](CodeMax& c) { c.ReplaceLine(1, q("xxbeta")); }, "alpha\nxxbe@ta|\r\ngamma"},
+      {"ReplaceLine with two lines", [](CodeMax& c) { c.ReplaceLine(0, q("a\nb")); }, "a\nb\nbe@ta|\r\ngamma"},
+      {"ReplaceLines", [](CodeMax& c) { c.ReplaceLines(0, {q("alpha!"), q("beta"), q("Gamma"), q("none")}); }, "alpha!\nbe@ta|\r\nGamma"},
+      {"ReplaceText", [](CodeMax& c) { c.ReplaceText(q("Z"), {0, 1, 1, 1, false}); }, "aZ|eta\r\ngamma"},
+      {"ReplaceSel", [](CodeMax& c) { c.ReplaceSel(q("Z")); }, "alpha\nbeZ|\r\ngamma"},
+      {"AppendText", [](CodeMax& c) { c.AppendText(q("\nmore")); }, "alpha\nbe@ta|\r\ngamma\r\nmore"},
+      {"setText", [](CodeMax& c) { c.setText(q("other")); }, "|other"},
+  };
+  for (const auto& c : cases) {
+    put(before);
+    c.change(control);
+    EXPECT_EQ(now(), c.expected) << c.what;
+    const bool changed = bytes() != parseCaret(before).bytes;
+    EXPECT_EQ(control.CanUndo(), changed) << c.what;
+    if (!changed) continue;
+    control.ExecuteCmd(129);
+    EXPECT_EQ(now(), before) << "undo of " << c.what;
+    EXPECT_FALSE(control.CanUndo()) << c.what << " was more than one step";
+    EXPECT_FALSE(control.Modified());
+  }
+}
+
+TEST_F(CodeMaxMembers, ReplaceLinesTouchesOnlyWhatDiffers) {
+  put("|same\nold\xC3\xA9 x\nsame");
+  std::vector<text::Change::Span> spans;
+  QObject::connect(control.model().get(), &TextModel::changed, &control, [&](const text::Change& change) { spans = change.spans; });
+  control.setBookmark(1, true);
+  control.ReplaceLines(0, {q("same"), q("old\xC3\xA8 x"), q("same")});
+  ASSERT_EQ(spans.size(), 1u);
+  EXPECT_EQ(spans[0].begin.value, 8);
+  EXPECT_EQ(spans[0].removed, 2) << "a whole character";
+  EXPECT_TRUE(control.hasBookmark(1));
+}
+
+TEST_F(CodeMaxMembers, AppendTextFollowsOnlyACaretAtTheEnd) {
+  put("log|");
+  control.AppendText(q(" more"));
+  EXPECT_EQ(now(), "log more|");
+  put("|log");
+  control.AppendText(q(" more"));
+  EXPECT_EQ(now(), "|log more");
+}
+
+TEST_F(CodeMaxMembers, Selection) {
+  put("first line\nsecond\nthird|");
+  int told = 0;
+  QObject::connect(&control, &CodeMax::SelChange, &control, [&] { ++told; });
+  control.SetSel({1, 4, 0, 2, false});
+  EXPECT_EQ(told, 1);
+  EXPECT_EQ(now(), "fi|rst line\nseco@nd\nthird");
+  EXPECT_EQ(control.GetSel(false), (CmRange{1, 4, 0, 2, false})) << "anchor, caret";
+  EXPECT_EQ(control.GetSel(true), (CmRange{0, 2, 1, 4, false}));
+  EXPECT_EQ(control.SelText(), q("rst line\nseco"));
+  EXPECT_EQ(control.CurrentPosition(), (CmPosition{0, 2}));
+  control.SetSel({0, -5, 77, 3, false});
+  EXPECT_EQ(now(), "@first line\nsecond\nthird|") << "clipped to the text";
+  control.SelectLine(1);
+  EXPECT_EQ(now(), "first line\n@second|\nthird");
+  control.SelectLine(9);
+  EXPECT_EQ(now(), "first line\n@second|\nthird");
+  put("alw|..");
+  EXPECT_EQ(control.CurrentWord(), q("alw"));
+  EXPECT_EQ(control.CurrentWordRange(), (CmRange{0, 0, 0, 3, false}));
+  put("alw..|");
+  EXPECT_EQ(control.CurrentWord(), q(".."));
+  EXPECT_EQ(control.CurrentWordLength(), 2);
+}
+
+TEST_F(CodeMaxMembers, FindText) {
+  put("|one two one");
+  control.setSearchCaseSensitive(true);
+  EXPECT_TRUE(control.FindText(q("one")));
+  EXPECT_EQ(now(), "@one| two one");
+  EXPECT_TRUE(control.FindText(q("one")));
+  EXPECT_EQ(now(), "one two @one|");
+  EXPECT_TRUE(control.FindText(q("two"), false));
+  EXPECT_EQ(control.GetSel(true), (CmRange{0, 4, 0, 7, false}));
+  EXPECT_FALSE(control.FindText(q("One")));
+  EXPECT_EQ(control.GetSel(true), (CmRange{0, 4, 0, 7, false})) << "nothing found moves nothing";
+  control.setSearchCaseSensitive(false);
+}
+
+TEST_F(CodeMaxMembers, EditBlockIsOneStepAndTellsOnce) {
+  put("|a\nb\nc");
+  int moved = 0;
+  QObject::connect(&control, &CodeMax::SelChange, &control, [&] { ++moved; });
+  {
+    const EditBlock outer(control);
+    for (int i = 0; i < 3; ++i) {
+      const EditBlock inner(control);
+      control.SetSel({i, 0, i, 0, false});
+      control.ReplaceSel(q("> "));
+    }
+    EXPECT_EQ(moved, 0);
+  }
+  EXPECT_EQ(moved, 1);
+  EXPECT_EQ(now(), "> a\n> b\n> |c");
+  control.ExecuteCmd(129);
+  EXPECT_EQ(now(), "|a\nb\nc");
+  control.ExecuteCmd(139);
+  EXPECT_EQ(now(), "> a\n> b\n> |c");
+  EXPECT_FALSE(control.ExecuteCmd(99));
+  EXPECT_FALSE(control.ExecuteCmd(213));
+}
+
+TEST_F(CodeMaxMembers, FilesKeepTheirBytes) {
+  QTemporaryDir folder;
+  const QString path = folder.filePath(q("text.v"));
+  const std::string bytes = "a\r\nb\xFF\nc\xC3\xA9 no end";
+  writeFile(path, bytes);
+  put("|old");
+  typeText(q("x"));
+  ASSERT_EQ(control.OpenFile(path), QString());
+  EXPECT_FALSE(control.Modified());
+  EXPECT_FALSE(control.CanUndo());
+  EXPECT_TRUE(control.fileStamp().has_value());
+  typeText(q("Z"));
+  EXPECT_TRUE(control.Modified());
+  ASSERT_TRUE(control.SaveFile(path).ok());
+  EXPECT_EQ(contentOf(path), "Z" + bytes);
+  EXPECT_FALSE(control.Modified());
+  control.ExecuteCmd(129);
+  EXPECT_TRUE(control.Modified()) << "undone past the save";
+  control.ExecuteCmd(139);
+  EXPECT_FALSE(control.Modified());
+
+  writeFile(path, "somebody else's");
+  typeText(q("Y"));
+  const text::SaveResult refused = control.SaveFile(path);
+  EXPECT_FALSE(refused.ok());
+  EXPECT_TRUE(refused.changedOnDisk);
+  EXPECT_TRUE(control.Modified());
+  EXPECT_EQ(contentOf(path), "somebody else's");
+  EXPECT_TRUE(control.SaveFile(path, false).ok());
+
+  const QString before = control.Text();
+  EXPECT_NE(control.OpenFile(folder.path()), QString()) << "a folder";
+  EXPECT_NE(control.OpenFile(folder.filePath(q("none"))), QString());
+  EXPECT_EQ(control.Text(), before) << "a failed load changes nothing";
+}
+
+TEST_F(CodeMaxMembers, SettingsAreKeptInTheirBounds) {
+  control.setTabSize(8);
+  for (int bad : {0, -1, 33}) control.setTabSize(bad);
+  EXPECT_EQ(control.TabSize(), 8);
+  control.setAutoIndentMode(2);
+  control.setAutoIndentMode(3);
+  EXPECT_EQ(control.AutoIndentMode(), 2);
+  control.SetColor(static_cast<int>(ColorSlot::Keyword), QColor(1, 2, 3));
+  EXPECT_EQ(control.GetColor(static_cast<int>(ColorSlot::Keyword)), QColor(1, 2, 3));
+  control.SetColor(static_cast<int>(ColorSlot::Keyword), QColor());
+  EXPECT_EQ(control.GetColor(static_cast<int>(ColorSlot::Keyword)), ColorScheme::schemeColor(static_cast<int>(ColorSlot::Keyword), false));
+  EXPECT_FALSE(control.GetColor(18).isValid());
+  EXPECT_FALSE(control.GetColor(-1).isValid());
+}
+
+TEST_F(CodeMaxMembers, TwoControlsOnOneText) {
+  put("line one\nline two\nline |three");
+  CodeMax second(control, nullptr);
+  second.resize(400, 200);
+  second.show();
+  second.SetSel({1, 0, 1, 4, false});
+  typeText(q("XY"));
+  EXPECT_EQ(second.GetLine(2), q("line XYthree"));
+  EXPECT_EQ(second.GetSel(true), (CmRange{1, 0, 1, 4, false})) << "its own selection";
+  control.InsertLine(0, q("top"));
+  EXPECT_EQ(second.GetSel(true), (CmRange{2, 0, 2, 4, false})) << "which stays with its text";
+  second.ExecuteCmd(129);
+  second.ExecuteCmd(129);
+  EXPECT_EQ(bytes(), "line one\nline two\nline three");
+}
+
+TEST(CodeMaxColors, StoredDefaultsStillFollowTheDesktop) {
+  ColorScheme scheme;
+  QPalette light, dark;
+  light.setColor(QPalette::Base, Qt::white);
+  light.setColor(QPalette::Text, Qt::black);
+  dark.setColor(QPalette::Base, Qt::black);
+  dark.setColor(QPalette::Text, Qt::white);
+  scheme.follow(light);
+  for (int slot = 0; slot < kColorSlots; ++slot) scheme.setColor(slot, scheme.color(static_cast<ColorSlot>(slot)));
+  scheme.setColor(static_cast<int>(ColorSlot::String), Qt::red);
+  EXPECT_TRUE(scheme.follow(dark));
+  EXPECT_FALSE(scheme.follow(dark));
+  for (int slot = 0; slot < kColorSlots; ++slot) {
+    const bool chosen = slot == static_cast<int>(ColorSlot::String);
+    EXPECT_EQ(scheme.color(static_cast<ColorSlot>(slot)), chosen ? QColor(Qt::red) : ColorScheme::schemeColor(slot, true)) << slot;
+  }
+}

@@ -1,0 +1,142 @@
+#include "control/LineLayout.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "control/LongLines.h"
+#include "control/TextModel.h"
+
+using text::ByteOffset;
+using text::LineNo;
+
+namespace {
+
+QFont testFont(const char* family) {
+  QFont font(QString::fromLatin1(family));
+  font.setPixelSize(14);
+  return font;
+}
+QFont fixedFont() { return testFont("DejaVu Sans Mono"); }
+QFont proportionalFont() { return testFont("DejaVu Sans"); }
+
+LineLayout layOut(std::string_view line, const GlyphMetrics& metrics, int tab = 4) { return LineLayout(line, true, {}, metrics, tab, 1e300); }
+
+// The kinds and widths in cells: "g1 t3 l2[FF]".
+std::string shape(std::string_view line, const GlyphMetrics& metrics, int tab = 4) {
+  std::string result;
+  const LineLayout layout = layOut(line, metrics, tab);
+  for (const LayoutItem& item : layout.items()) {
+    if (!result.empty()) result += ' ';
+    result += "gbtlos"[item.kind] + std::to_string(static_cast<int>(item.width / metrics.cell() + 0.5));
+    if (item.kind == LayoutItem::label) result += "[" + layout.text(item).toStdString() + "]";
+  }
+  return result;
+}
+
+}  // namespace
+
+TEST(LineLayout, EveryCharacterHasItsPlaceAndNothingHides) {
+  const GlyphMetrics metrics(fixedFont(), 1);
+  ASSERT_TRUE(metrics.fixedPitch());
+  struct Case { const char* what; std::string line, expected; };
+  const Case cases[] = {
+      {"plain", "a b", "g1 b1 g1"},
+      {"tabs stop at multiples", "\ta\tabcd\t", "t4 g1 t3 g1 g1 g1 g1 t4"},
+      {"wide characters take two cells", "\xE6\xBC\xA2z", "s2 g1"},
+      {"a mark belongs to its letter", "e\xCC\x81x", "s1 g1"},
+      {"a mark with nothing before it", "\xCC\x81x", "s1 g1"},
+      {"a letter of the font", "\xC3\xA9", "g1"},
+      {"bad bytes as hex", "\xFF\xC3", "l2[FF] l2[C3]"},
+      {"a cut character", "\xE2\x82", "l2[E2] l2[82]"},
+      {"controls have names", std::string("\0\x1B\r\x7F", 4), "l3[NUL] l3[ESC] l2[CR] l3[DEL]"},
+      {"bidi override", "\xE2\x80\xAE", "l3[RLO]"},
+      {"zero width space", "a\xE2\x80\x8B" "b", "g1 l4[ZWSP] g1"},
+      {"zero width joiner behind a letter", "a\xE2\x80\x8D", "g1 l3[ZWJ]"},
+      {"variation selector behind a letter", "a\xEF\xB8\x8F", "g1 l5[U+FE0F]"},
+      {"tag character", "\xF3\xA0\x81\x81", "l6[U+E0041]"},
+      {"byte order mark", "\xEF\xBB\xBF", "l3[BOM]"},
+      {"no-break space is seen", "\xC2\xA0", "o1"},
+      {"right-to-left letters stay in order", "\xD7\x90\xD7\x91", "s1 s1"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(shape(c.line, metrics), c.expected) << c.what;
+  EXPECT_EQ(shape("ab\tc", metrics, 8), "g1 g1 t6 g1");
+}
+
+TEST(LineLayout, PlacesAndBytesAgree) {
+  for (const QFont& font : {fixedFont(), proportionalFont()}) {
+    const GlyphMetrics metrics(font, 1);
+    const std::string line = "if (a)\t\xE6\xBC\xA2\xFF e\xCC\x81 end";
+    const LineLayout layout = layOut(line, metrics);
+    double x = 0;
+    for (const LayoutItem& item : layout.items()) {
+      EXPECT_EQ(item.x, x) << "items follow each other";
+      EXPECT_GE(item.width, 1);
+      EXPECT_EQ(layout.xOf(item.byte), item.x);
+      EXPECT_EQ(layout.byteAt(item.x + item.width * 0.4), item.byte);
+      EXPECT_EQ(layout.byteAt(item.x + item.width * 0.6), item.byte + item.bytes);
+      EXPECT_EQ(layout.byteAt(item.x + item.width * 0.6, true), item.byte);
+      x += item.width;
+    }
+    EXPECT_EQ(layout.xOf(static_cast<std::int64_t>(line.size())), x);
+    EXPECT_EQ(layout.byteAt(1e9), static_cast<std::int64_t>(line.size()));
+    EXPECT_EQ(layout.byteAt(-5), 0);
+  }
+}
+
+TEST(LineLayout, EndlessMarksAreCutIntoPieces) {
+  std::string line = "a";
+  for (int i = 0; i < 100000; ++i) line += "\xCC\x81";
+  const GlyphMetrics metrics(fixedFont(), 1);
+  const LineLayout layout = layOut(line, metrics);
+  EXPECT_EQ(layout.end().byte, static_cast<std::int64_t>(line.size()));
+  for (const LayoutItem& item : layout.items()) ASSERT_LE(item.bytes, LineWalker::kLookAhead);
+}
+
+TEST(LineLayoutLongLines, PlacesEqualThoseOfTheWholeLine) {
+  std::mt19937 random(11);
+  const std::vector<std::string> pieces{"plain text ", "\t", "\xE6\xBC\xA2", "e\xCC\x81", "\xFF", "\xE2\x80\x8B", std::string(1, '\0'), "abcdefgh12345678"};
+  for (const QFont& font : {fixedFont(), proportionalFont()}) {
+    const GlyphMetrics metrics(font, 1);
+    std::string line;
+    while (line.size() < 60000) line += pieces[random() % pieces.size()];
+    TextModel model;
+    model.replaceAll(text::Snapshot("short\n" + line + "\nend"), {});
+    LongLines lines;
+    QObject::connect(&model, &TextModel::changed, &model, [&](const text::Change& change) { lines.onChange(change, model.snapshot()); });
+    LineNo number(1);
+    for (int round = 0; round < 25; ++round) {
+      const std::string now = model.snapshot().line(number);
+      const LineLayout whole = layOut(now, metrics);
+      for (int probe = 0; probe < 10; ++probe) {
+        const auto& item = whole.items()[random() % whole.items().size()];
+        const LinePlace place = lines.before(model.snapshot(), number, item.byte, metrics, 4);
+        ASSERT_LE(place.byte, item.byte);
+        ASSERT_LT(item.byte - place.byte, 3 * 4096);
+        ASSERT_EQ(whole.xOf(place.byte), place.x) << "round " << round;
+        const LinePlace byX = lines.beforeX(model.snapshot(), number, item.x, metrics, 4);
+        ASSERT_LE(byX.x, item.x);
+        ASSERT_EQ(whole.xOf(byX.byte), byX.x);
+      }
+      // Edits within, before and behind the line.
+      const ByteOffset start = model.snapshot().lineStart(number);
+      const auto& at = whole.items()[random() % whole.items().size()];
+      const ByteOffset place = start + at.byte;
+      switch (random() % 4) {
+        case 0: model.document().apply(text::Edit{{place, place + at.bytes}, pieces[random() % pieces.size()]}, {}); break;
+        case 1: model.document().apply(text::Edit{{ByteOffset(0), ByteOffset(0)}, "new\n"}, {}); ++number; break;
+        case 2: model.document().apply(text::Edit{{start, start}, "\xCC\x81"}, {}); break;
+        case 3: model.document().apply(text::Edit{{model.snapshot().size(), model.snapshot().size()}, "\nmore"}, {}); break;
+      }
+    }
+  }
+}
+
+TEST(LineLayoutMetrics, CellsAreWholePixelsOfTheScreen) {
+  for (const double scale : {1.0, 1.5, 2.0}) {
+    const GlyphMetrics metrics(fixedFont(), scale);
+    EXPECT_DOUBLE_EQ(metrics.cell() * scale, std::round(metrics.cell() * scale));
+    for (int c = 0x20; c < 0x7F; ++c) ASSERT_EQ(metrics.asciiAdvance(static_cast<unsigned char>(c)), metrics.cell());
+  }
+}

@@ -1,0 +1,453 @@
+#include "control/Pane.h"
+
+#include <QAccessible>
+#include <QClipboard>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QScrollBar>
+#include <random>
+
+#include "control/LanguageTable.h"
+#include "control/PaneGrid.h"
+#include "control/TextMime.h"
+#include "tests/control/PaneFixture.h"
+
+namespace {
+
+QString q(const char* text) { return QString::fromUtf8(text); }
+
+}  // namespace
+
+class PaneInput : public PaneFixture {};
+class PanePainting : public PaneFixture {
+ protected:
+  // The slot of text that the letters of these cells are drawn in: that of the pixel farthest from the ground.
+  ColorSlot inkOf(qint64 line, qint64 column, int cells) {
+    const QImage image = viewport()->grab().toImage();
+    const QPoint corner = pane()->view().pointOf(pane()->editor().offsetOf({line, column}));
+    const QColor ground = image.pixelColor(corner);
+    QColor ink = ground;
+    for (int y = corner.y(); y < corner.y() + pane()->view().lineHeight(); ++y)
+      for (int x = corner.x(); x < corner.x() + cells * 8; ++x)
+        if (distance(image.pixelColor(x, y), ground) > distance(ink, ground)) ink = image.pixelColor(x, y);
+    ColorSlot best = ColorSlot::Text;
+    for (const ColorSlot each : {ColorSlot::Keyword, ColorSlot::Comment, ColorSlot::String, ColorSlot::Number, ColorSlot::Operator})
+      if (distance(ink, slot(each)) < distance(ink, slot(best))) best = each;
+    return best;
+  }
+  // How many pixels of that colour they show.
+  int count(qint64 line, qint64 column, const QColor& color, int cells = 1) {
+    const QImage image = viewport()->grab().toImage();
+    const QPoint corner = pane()->view().pointOf(pane()->editor().offsetOf({line, column}));
+    int found = 0;
+    for (int y = corner.y(); y < corner.y() + pane()->view().lineHeight(); ++y)
+      for (int x = corner.x(); x < corner.x() + cells * static_cast<int>(pane()->view().metrics().cell()); ++x)
+        if (image.valid(x, y) && image.pixelColor(x, y) == color) ++found;
+    return found;
+  }
+  static int distance(const QColor& a, const QColor& b) {
+    return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) + std::abs(a.blue() - b.blue());
+  }
+  QColor slot(ColorSlot which) { return control.GetColor(static_cast<int>(which)); }
+};
+class PaneViews : public PaneFixture {};
+
+TEST_F(PaneInput, KeysTypeMoveAndTell) {
+  put("|");
+  control.setEnableCRLF(false);
+  int typed = 0, returned = 0, moved = 0;
+  QObject::connect(&control, &CodeMax::Typed, &control, [&] { ++typed; });
+  QObject::connect(&control, &CodeMax::Return, &control, [&] { ++returned; });
+  QObject::connect(&control, &CodeMax::SelChange, &control, [&] { ++moved; });
+  typeText(q("ab"));
+  key(Qt::Key_Return, {}, q("\r"));
+  typeText(q("c"));
+  EXPECT_EQ(now(), "ab\nc|");
+  EXPECT_EQ(typed, 3);
+  EXPECT_EQ(returned, 1);
+  EXPECT_EQ(moved, 4) << "once for each key";
+  key(Qt::Key_Left, Qt::ShiftModifier);
+  EXPECT_EQ(now(), "ab\n|c@");
+  key(Qt::Key_Home, Qt::ControlModifier);
+  EXPECT_EQ(now(), "|ab\nc");
+  key(Qt::Key_Delete);
+  EXPECT_EQ(now(), "|b\nc");
+  key(Qt::Key_Z, Qt::ControlModifier, q("\x1A"));
+  EXPECT_EQ(now(), "|ab\nc");
+  key(Qt::Key_Tab, {}, q("\t"));
+  EXPECT_EQ(now(), "\t|ab\nc") << "Tab types and keeps the focus";
+  key(Qt::Key_Q, Qt::ControlModifier | Qt::AltModifier, q("@"));
+  EXPECT_EQ(now(), "\t@|ab\nc") << "AltGr comes as Ctrl+Alt";
+  key(Qt::Key_F11, Qt::ControlModifier, QString());
+  EXPECT_EQ(now(), "\t@|ab\nc");
+  key(Qt::Key_K, Qt::ControlModifier, q("\x0B"));
+  key(Qt::Key_U, Qt::ControlModifier, q("\x15"));
+  EXPECT_EQ(bytes(), "\t@AB\nc") << "a key sequence of two strokes";
+}
+
+TEST_F(PaneInput, ReadOnlyTextTakesNoKeys) {
+  put("a|b");
+  control.setReadOnly(true);
+  typeText(q("x"));
+  key(Qt::Key_Delete);
+  key(Qt::Key_Return, {}, q("\r"));
+  ime(QString(), q("x"));
+  EXPECT_EQ(now(), "a|b");
+  control.setReadOnly(false);
+}
+
+TEST_F(PaneInput, MouseSelects) {
+  const char* text = "|alpha beta\ngamma delta\nlast";
+  struct Case { const char* what; std::function<void(PaneInput&)> act; const char* expected; };
+  const Case cases[] = {
+      {"click", [](PaneInput& t) { t.click(t.pointOf(1, 3)); }, "alpha beta\ngam|ma delta\nlast"},
+      {"click behind a line", [](PaneInput& t) { t.click(t.pointOf(0, 10) + QPoint(200, 0)); }, "alpha beta|\ngamma delta\nlast"},
+      {"click below the text", [](PaneInput& t) { t.click(t.pointOf(2, 2) + QPoint(0, 200)); }, "alpha beta\ngamma delta\nla|st"},
+      {"shift-click", [](PaneInput& t) { t.click(t.pointOf(0, 6), Qt::ShiftModifier); }, "@alpha |beta\ngamma delta\nlast"},
+      {"drag", [](PaneInput& t) { t.drag(t.pointOf(0, 2), t.pointOf(1, 2)); }, "al@pha beta\nga|mma delta\nlast"},
+      {"double click", [](PaneInput& t) { t.mouse(QEvent::MouseButtonDblClick, t.pointOf(1, 7)); }, "alpha beta\ngamma @delta|\nlast"},
+      {"double click and drag by words", [](PaneInput& t) {
+         t.mouse(QEvent::MouseButtonDblClick, t.pointOf(1, 7));
+         t.mouse(QEvent::MouseMove, t.pointOf(0, 7));
+       }, "alpha |beta\ngamma delta@\nlast"},
+      {"triple click", [](PaneInput& t) {
+         t.mouse(QEvent::MouseButtonDblClick, t.pointOf(1, 7));
+         t.click(t.pointOf(1, 7));
+       }, "alpha beta\n@gamma delta\n|last"},
+      {"margin click", [](PaneInput& t) { t.click({30, t.pointOf(1, 0).y()}); }, "alpha beta\n@gamma delta\n|last"},
+      {"margin drag", [](PaneInput& t) { t.drag({30, t.pointOf(1, 0).y()}, {30, t.pointOf(2, 0).y()}); }, "alpha beta\n@gamma delta\nlast|"},
+      {"block", [](PaneInput& t) { t.drag(t.pointOf(0, 1), t.pointOf(2, 3), Qt::AltModifier); }, "a#lpha beta\ngamma delta\nlas|t"},
+      {"block past the ends", [](PaneInput& t) {
+         t.drag(t.pointOf(0, 10) + QPoint(8 * 4, 0), t.pointOf(1, 2), Qt::AltModifier);
+       }, "alpha beta····#\nga|mma delta\nlast"},
+  };
+  for (const auto& c : cases) {
+    put(text);
+    ASSERT_DOUBLE_EQ(pane()->view().metrics().cell(), 8) << "the cases count in cells of 8 pixels";
+    c.act(*this);
+    mouse(QEvent::MouseButtonRelease, {300, 100});
+    EXPECT_EQ(now(), c.expected) << c.what;
+  }
+  control.setColumnSel(false);
+  put(text);
+  drag(pointOf(0, 1), pointOf(1, 3), Qt::AltModifier);
+  EXPECT_EQ(now(), "a@lpha beta\ngam|ma delta\nlast");
+  control.setColumnSel(true);
+}
+
+TEST_F(PaneInput, MarginClickTogglesBookmarks) {
+  put("|a\nb\nc");
+  click({5, pointOf(1, 0).y()});
+  EXPECT_TRUE(control.hasBookmark(1));
+  EXPECT_EQ(now(), "|a\nb\nc");
+  click({5, pointOf(1, 0).y()});
+  EXPECT_FALSE(control.hasBookmark(1));
+  click({5, pointOf(2, 0).y() + 100});
+  EXPECT_TRUE(control.model()->bookmarks().empty()) << "below the last line is none";
+}
+
+TEST_F(PaneInput, DraggingOutsideScrolls) {
+  QString lines;
+  for (int i = 0; i < 500; ++i) lines += q("line\n");
+  control.setText(lines);
+  mouse(QEvent::MouseButtonPress, pointOf(2, 0));
+  mouse(QEvent::MouseMove, {100, viewport()->height() + 40});
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (control.CurrentPosition().LineNo < 40 && std::chrono::steady_clock::now() < end) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+  EXPECT_GE(control.CurrentPosition().LineNo, 40);
+  mouse(QEvent::MouseButtonRelease, {100, viewport()->height() + 40});
+  EXPECT_EQ(control.GetSel(false).StartLineNo, 2);
+}
+
+TEST_F(PaneInput, TextIsDroppedMovedAndCopied) {
+  const auto drop = [this](const QMimeData* data, const QPoint& at, Qt::DropAction action) {
+    QDragEnterEvent enter(at, Qt::CopyAction | Qt::MoveAction, data, Qt::LeftButton, {});
+    QApplication::sendEvent(viewport(), &enter);
+    QDropEvent event(at, Qt::CopyAction | Qt::MoveAction, data, Qt::LeftButton, {});
+    event.setDropAction(action);
+    QApplication::sendEvent(viewport(), &event);
+    return event.isAccepted();
+  };
+  put("one |two\n");
+  const auto plain = TextMime::make(q("X\nY"), false);
+  EXPECT_TRUE(drop(plain.get(), pointOf(0, 0), Qt::CopyAction));
+  EXPECT_EQ(now(), "@X\nY|one two\n");
+  key(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(bytes(), "one two\n") << "one undo step";
+
+  QMimeData files;
+  files.setUrls({QUrl::fromLocalFile(q("/tmp/a b.v")), QUrl(q("http://x/y"))});
+  QStringList dropped;
+  QObject::connect(&control, &CodeMax::FilesDropped, &control, [&](const QStringList& paths) { dropped = paths; });
+  drop(&files, pointOf(0, 0), Qt::CopyAction);
+  EXPECT_EQ(dropped, QStringList{q("/tmp/a b.v")});
+  EXPECT_EQ(bytes(), "one two\n");
+
+  control.setDragDrop(false);
+  drop(plain.get(), pointOf(0, 0), Qt::CopyAction);
+  EXPECT_EQ(bytes(), "one two\n");
+  control.setDragDrop(true);
+}
+
+TEST_F(PaneInput, ClipboardKeepsBadBytesAndShapes) {
+  put("@a\xFF z|");
+  key(Qt::Key_C, Qt::ControlModifier);
+  const QMimeData* data = QApplication::clipboard()->mimeData();
+  EXPECT_EQ(data->text(), q("a\uFFFD z")) << "what others get";
+  put("|");
+  key(Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(now(), "a\xFF z|");
+  put("a#bc\nd|ef");
+  put("1#23\n45|6");
+  key(Qt::Key_C, Qt::ControlModifier);
+  put("|xx\nyy");
+  key(Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(bytes().substr(0, 3), "2xx") << "a block stays a block";
+  EXPECT_EQ(bytes().substr(3, 4), "\n5yy");
+}
+
+TEST_F(PaneInput, WheelScrollsAndZooms) {
+  control.setText(QString(2000, u'\n'));
+  const auto wheel = [this](int delta, Qt::KeyboardModifiers modifiers) {
+    QWheelEvent event(QPointF(100, 100), viewport()->mapToGlobal(QPointF(100, 100)), {}, QPoint(0, delta), Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(viewport(), &event);
+  };
+  wheel(-120, {});
+  EXPECT_EQ(pane()->topLine(), QApplication::wheelScrollLines());
+  wheel(120, {});
+  EXPECT_EQ(pane()->topLine(), 0);
+  const int before = pane()->view().lineHeight();
+  for (int i = 0; i < 4; ++i) wheel(60, Qt::ControlModifier);
+  EXPECT_EQ(control.Zoom(), 120);
+  EXPECT_GT(pane()->view().lineHeight(), before);
+  for (int i = 0; i < 100; ++i) wheel(-120, Qt::ControlModifier);
+  EXPECT_EQ(control.Zoom(), 30);
+}
+
+TEST_F(PaneInput, InputMethodsShowAndCommit) {
+  put("a|b");
+  ime(q("\u304B"), QString());
+  EXPECT_EQ(bytes(), "ab") << "what is composed is not text yet";
+  EXPECT_FALSE(control.Modified());
+  const QRect composing = pane()->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+  ime(QString(), q("\u6F22"));
+  EXPECT_EQ(now(), "a\xE6\xBC\xA2|b");
+  EXPECT_EQ(composing, pane()->inputMethodQuery(Qt::ImCursorRectangle).toRect()) << "as wide as what was committed";
+  EXPECT_EQ(pane()->inputMethodQuery(Qt::ImSurroundingText).toString(), q("a\u6F22b"));
+  EXPECT_EQ(pane()->inputMethodQuery(Qt::ImCursorPosition).toInt(), 2);
+  QInputMethodEvent replace;
+  replace.setCommitString(q("Z"), -1, 1);
+  QApplication::sendEvent(pane(), &replace);
+  EXPECT_EQ(now(), "aZ|b");
+}
+
+TEST_F(PaneInput, FocusIsToldOncePerControl) {
+  QWidget window;
+  auto* other = new QWidget(&window);
+  other->setFocusPolicy(Qt::StrongFocus);
+  auto* inside = new CodeMax(&window);
+  window.show();
+  QApplication::setActiveWindow(&window);
+  other->setFocus();
+  std::string told;
+  QObject::connect(inside, &CodeMax::GotFocus, inside, [&] { told += "in "; });
+  QObject::connect(inside, &CodeMax::LostFocus, inside, [&] { told += "out "; });
+  inside->splitPanes(0.5, 0);
+  inside->setFocus();
+  EXPECT_EQ(told, "in ");
+  inside->findChildren<Pane*>().value(1)->setFocus();
+  EXPECT_EQ(told, "in ") << "from pane to pane it stays inside";
+  other->setFocus();
+  EXPECT_EQ(told, "in out ");
+  inside->setFocus();
+  EXPECT_TRUE(inside->findChildren<Pane*>().value(1)->hasFocus()) << "back to the pane that had it";
+}
+
+TEST_F(PanePainting, TokensHaveTheirColors) {
+  CmLanguage language;
+  language.CaseSensitive = true;
+  language.Keywords = q("module");
+  language.SingleLineComments = q("//");
+  language.MultiLineComments1 = q("/*");
+  language.MultiLineComments2 = q("*/");
+  LanguageTable::registerLanguage(q("PaintTest"), language);
+  put("|\nmodule x // c\nplain\nmodule");
+  ASSERT_TRUE(control.setLanguage(q("PaintTest")));
+  EXPECT_EQ(inkOf(1, 0, 6), ColorSlot::Keyword);
+  EXPECT_EQ(inkOf(1, 7, 1), ColorSlot::Text);
+  EXPECT_EQ(inkOf(1, 9, 4), ColorSlot::Comment);
+  EXPECT_EQ(inkOf(2, 0, 5), ColorSlot::Text);
+  EXPECT_EQ(inkOf(3, 0, 6), ColorSlot::Keyword);
+  // A comment that is opened above takes the lines below with it.
+  control.InsertText(q("/*"), {0, 0});
+  QApplication::processEvents();
+  EXPECT_EQ(inkOf(3, 0, 6), ColorSlot::Comment);
+  control.setColorSyntax(false);
+  EXPECT_EQ(inkOf(3, 0, 6), ColorSlot::Text);
+  LanguageTable::unregisterLanguage(q("PaintTest"));
+}
+
+TEST_F(PanePainting, SelectionBracketsAndSymbols) {
+  put("a(b) @word| \xFF\xE2\x80\xAE end");
+  EXPECT_GT(count(0, 6, slot(ColorSlot::SelectionBack)), 20);
+  EXPECT_EQ(count(0, 2, slot(ColorSlot::SelectionBack)), 0);
+  EXPECT_GT(count(0, 10, slot(ColorSlot::TagText), 2), 20) << "the box of a bad byte";
+  EXPECT_GT(count(0, 11, slot(ColorSlot::TagText), 3), 20) << "the box of an override";
+  put("a|(b) word");
+  EXPECT_GT(count(0, 1, slot(ColorSlot::MatchingBrace)), 20);
+  EXPECT_GT(count(0, 3, slot(ColorSlot::MatchingBrace)), 20);
+  EXPECT_GT(count(0, 7, slot(ColorSlot::HighlightedLine)), 20) << "the line of the caret";
+  put("a\tb |");
+  EXPECT_EQ(count(0, 1, slot(ColorSlot::TagText), 3), 0);
+  control.setWhiteSpaceDisplay(true);
+  EXPECT_GT(count(0, 1, slot(ColorSlot::TagText), 3), 5);
+  control.setWhiteSpaceDisplay(false);
+  put("ab\nc|d");
+  control.showHits(q("b"), {});
+  const QColor window = slot(ColorSlot::Window);
+  EXPECT_EQ(count(0, 1, window), 0) << "a hit has a ground of its own";
+  EXPECT_GT(count(0, 0, window), 20);
+  control.showHits(QString(), {});
+  EXPECT_GT(count(0, 1, window), 20);
+}
+
+TEST_F(PanePainting, HiddenTextIsNotPainted) {
+  put("|text");
+  control.setVisibleText(false);
+  EXPECT_FALSE(control.Visible());
+  EXPECT_TRUE(pane()->hasFocus() || !QApplication::activeWindow()) << "the focus stays";
+  EXPECT_FALSE(viewport()->updatesEnabled());
+  typeText(q("more "));
+  control.setVisibleText(true);
+  EXPECT_TRUE(viewport()->updatesEnabled());
+  EXPECT_EQ(now(), "more |text");
+}
+
+TEST_F(PanePainting, OnlyChangedLinesArePainted) {
+  QString lines;
+  for (int i = 0; i < 100; ++i) lines += q("some line\n");
+  control.setText(lines);
+  control.SetSel({5, 3, 5, 3, false});
+  QApplication::processEvents();
+  struct Spy : QObject {
+    QRegion painted;
+    bool eventFilter(QObject*, QEvent* event) override {
+      if (event->type() == QEvent::Paint) painted += static_cast<QPaintEvent*>(event)->region();
+      return false;
+    }
+  } spy;
+  viewport()->installEventFilter(&spy);
+  typeText(q("x"));
+  QApplication::processEvents();
+  const int height = pane()->view().lineHeight();
+  EXPECT_EQ(spy.painted.boundingRect().top(), pane()->view().yOf(5));
+  EXPECT_LE(spy.painted.boundingRect().height(), 2 * height);
+  EXPECT_FALSE(spy.painted.isEmpty());
+  spy.painted = {};
+  key(Qt::Key_Return, {}, q("\r"));
+  QApplication::processEvents();
+  EXPECT_GT(spy.painted.boundingRect().bottom(), viewport()->height() - height) << "what stands below moved";
+  viewport()->removeEventFilter(&spy);
+}
+
+TEST_F(PanePainting, HostileTextsNeitherCrashNorStall) {
+  std::mt19937 random(3);
+  const std::vector<std::string> pieces{std::string(1, '\0'), "\x1B[31m", "\xFF", "\xC3", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9",
+                                        "\xCC\x81\xCC\x82\xCC\x83", "\xEF\xB7\xBA", "\t", "\r", "\n", "(((((", "/*", "\xD7\x90\xD8\xA7", "\xE6\xBC\xA2", "\xEF\xBB\xBF", "word "};
+  control.setLanguage(q("C/C++"));
+  for (int round = 0; round < 12; ++round) {
+    std::string text;
+    for (int i = 0; i < 3000; ++i) text += pieces[random() % pieces.size()];
+    control.model()->replaceAll(text::Snapshot(text), {});
+    control.setWhiteSpaceDisplay(round % 2 == 0);
+    for (int step = 0; step < 25; ++step) {
+      const CmPosition a{qint64(random() % 300), qint64(random() % 40)}, b{qint64(random() % 300), qint64(random() % 40)};
+      control.SetSel({a.LineNo, a.ColNo, b.LineNo, b.ColNo, random() % 3 == 0});
+      if (random() % 2) typeText(q("z"));
+      viewport()->grab();
+    }
+  }
+  control.setWhiteSpaceDisplay(false);
+  std::string marks = "a";
+  for (int i = 0; i < 200000; ++i) marks += "\xCC\x81";
+  control.model()->replaceAll(text::Snapshot(marks), {});
+  key(Qt::Key_End, Qt::ControlModifier);
+  viewport()->grab();
+}
+
+TEST_F(PaneViews, PanesHaveTheirOwnCaretAndPlace) {
+  QString lines;
+  for (int i = 0; i < 300; ++i) lines += q("some line\n");
+  control.setText(lines);
+  control.splitPanes(0.5, 0.5);
+  ASSERT_EQ(control.findChildren<Pane*>().size(), 4);
+  pane(3)->setTopLine(200);
+  click(pointOf(203, 2, 3), {}, 3);
+  QFocusEvent gain(QEvent::FocusIn);
+  QApplication::sendEvent(pane(3), &gain);
+  EXPECT_EQ(control.CurrentPosition(), (CmPosition{203, 2}));
+  EXPECT_EQ(pane(0)->editor().selection().caret.value, 0);
+  EXPECT_EQ(pane(0)->topLine(), 0);
+  pane(0)->type(q("new\n"));
+  EXPECT_EQ(control.CurrentPosition(), (CmPosition{204, 2})) << "it stays with its text";
+  EXPECT_EQ(pane(3)->topLine(), 201) << "and what is seen too";
+  control.splitPanes(0, 0);
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  ASSERT_EQ(control.findChildren<Pane*>().size(), 1);
+  EXPECT_EQ(control.CurrentPosition(), (CmPosition{204, 2})) << "the one that is left shows what was looked at";
+  control.setHSplitter(false);
+  control.splitPanes(0.5, 0);
+  EXPECT_EQ(control.findChildren<Pane*>().size(), 1) << "not allowed";
+}
+
+TEST_F(PaneViews, UndoShowsWhatItChanged) {
+  QString lines;
+  for (int i = 0; i < 1000; ++i) lines += q("some line\n");
+  control.setText(lines);
+  control.SetSel({10, 2, 10, 5, false});
+  control.ReplaceSel(q("X"));
+  control.SetSel({900, 0, 900, 0, false});
+  EXPECT_GT(pane()->topLine(), 800);
+  control.ExecuteCmd(129);
+  EXPECT_EQ(control.GetSel(true), (CmRange{10, 2, 10, 5, false}));
+  EXPECT_LE(pane()->topLine(), 10);
+  EXPECT_GE(pane()->topLine() + pane()->visibleLines(), 11);
+}
+
+TEST_F(PaneViews, LongLinesAndManyLinesScroll) {
+  std::string text(3 * 1000 * 1000, 'x');
+  text += "END";
+  control.model()->replaceAll(text::Snapshot(text), {});
+  key(Qt::Key_End, Qt::ControlModifier);
+  const QRect caret = pane()->caretRect();
+  EXPECT_TRUE(viewport()->rect().contains(caret.center())) << "T8";
+  EXPECT_EQ(pane()->view().offsetAt(caret.center()).value, static_cast<std::int64_t>(text.size()));
+  typeText(q("!"));
+  EXPECT_EQ(bytes().size(), text.size() + 1);
+  control.model()->replaceAll(text::Snapshot(std::string(2000000, '\n')), {});
+  pane()->verticalScrollBar()->setValue(pane()->verticalScrollBar()->maximum());
+  EXPECT_EQ(pane()->topLine() + pane()->visibleLines(), 2000001);
+}
+
+TEST_F(PaneViews, ReadersHearTheText) {
+  put("one\ntw@o| \xE6\xBC\xA2");
+  QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(pane());
+  ASSERT_NE(accessible, nullptr);
+  EXPECT_EQ(accessible->role(), QAccessible::EditableText);
+  QAccessibleTextInterface* reader = accessible->textInterface();
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->characterCount(), 9);
+  EXPECT_EQ(reader->text(4, 9), q("two \u6F22"));
+  EXPECT_EQ(reader->cursorPosition(), 7);
+  int start = 0, end = 0;
+  reader->selection(0, &start, &end);
+  EXPECT_EQ(start, 6);
+  EXPECT_EQ(end, 7);
+  EXPECT_EQ(reader->text(-3, 99).size(), 9);
+  const QRect rect = reader->characterRect(4);
+  EXPECT_EQ(reader->offsetAtPoint(rect.center()), 4);
+  accessible->editableTextInterface()->replaceText(0, 3, q("1"));
+  EXPECT_EQ(bytes(), "1\ntwo \xE6\xBC\xA2");
+  reader->setCursorPosition(2);
+  EXPECT_EQ(control.CurrentPosition(), (CmPosition{1, 0}));
+}
