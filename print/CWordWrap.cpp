@@ -1,0 +1,265 @@
+#include "print/CWordWrap.h"
+
+#include <QCoreApplication>
+#include <QDate>
+#include <QLocale>
+#include <cmath>
+
+#include "base/Dialogs.h"
+#include "control/CodeMax.h"
+#include "control/LanguageTable.h"
+#include "control/VSPrinter.h"
+
+namespace {
+
+constexpr QChar kCommentStart(15), kCommentEnd(16);
+
+// A number as it is printed: one blank for the sign, then the digits.
+QString signedText(qint64 number) { return QStringLiteral(" %1").arg(number); }
+
+bool isWordChar(QChar c) {
+  return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') || c == u'_';
+}
+
+// A byte that is no text prints as its two digits in angle marks.
+QString printable(const QString& run) {
+  QString text;
+  for (qsizetype i = 0; i < run.size(); ++i) {
+    const QChar c = run[i];
+    if (c.isLowSurrogate() && (i == 0 || !run[i - 1].isHighSurrogate()))
+      text += QStringLiteral("<%1>").arg(c.unicode() & 0xff, 2, 16, QLatin1Char('0'));
+    else
+      text += c;
+  }
+  return text;
+}
+
+}  // namespace
+
+struct CWordWrap::Job {
+  VSPrinter& control;
+  std::shared_ptr<const text::Highlighter> language;
+  bool plainBold, plainItalic;
+  QColor plainColor;
+  int tabSize;
+  double zeroWidth;
+  bool inComment = false;   // set and cleared by the marks only
+  QChar stringOpen;         // delimiter of the string that is being printed, when strings are coloured
+
+  void plain() {
+    control.setFontBold(plainBold);
+    control.setFontItalic(plainItalic);
+    control.setTextColor(plainColor);
+  }
+};
+
+void CWordWrap::PrintSelectedText() {
+  printSelection_ = false;
+  if (!cmx || cmx->GetSel(true).IsEmpty()) return;
+  printSelection_ = MsgBox(QCoreApplication::translate("CWordWrap", "Do you just want to print the selected text only"),
+                           QCoreApplication::translate("CWordWrap", "Zelkor Printing"), Icon::question, Buttons::yesNo) == Answer::yes;
+}
+
+void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& title, bool lineNumbers, bool& result,
+                            const std::function<bool(qint64, qint64)>& goOn) {
+  result = false;
+  qint64 first = 0, last = cmx->LineCount() - 1;
+  if (printSelection_) {
+    const CmRange range = cmx->GetSel(true);
+    first = range.StartLineNo;
+    last = range.EndLineNo;
+  }
+  const QFont font = control.Font();
+  const QColor color = control.TextColor();
+  control.StartDoc();
+  control.setDocName(title);
+  clippedLines_.clear();
+  pageCounter_ = 0;
+  if (lineNumbers) {
+    const double width = control.TextWidth(QString(signedText(last).size() + 2, u' '));
+    control.setIndentLeft(width);
+    control.setIndentTab(width);
+    control.setIndentFirst(-width);
+  } else {
+    control.setIndentLeft(0);
+    control.setIndentFirst(0);
+  }
+  const QString language = cmx->Language();
+  Job job{control, language.isEmpty() ? nullptr : LanguageTable::find(language), control.FontBold(), control.FontItalic(), color,
+          std::max(1, cmx->TabSize()), std::max(0.1, control.TextWidth(QStringLiteral("0"))), false, QChar()};
+  const auto labelWidth = signedText(last).size();
+  result = true;
+  for (qint64 i = first; i <= last; ++i) {
+    NewLineCount = 0;
+    if (lineNumbers) {
+      const QString number = signedText(i + 1);
+      const bool bold = control.FontBold(), italic = control.FontItalic();
+      const QColor present = control.TextColor();
+      if (job.inComment || inBlock_) job.plain();   // the number itself is no comment
+      control.Print(number.rightJustified(labelWidth, u' ') + QStringLiteral(": "));
+      control.setFontBold(bold);
+      control.setFontItalic(italic);
+      control.setTextColor(present);
+    }
+    line = cmx->GetLine(i);
+    if (!language.isEmpty()) ProcessComments(line);
+    printLine(job, line);
+    control.Print(QStringLiteral("\r\n"));
+    if (NewLineCount > 1) clippedLines_.push_back(i);
+    if (goOn && !goOn(i - first + 1, last - first + 1)) {
+      result = false;
+      break;
+    }
+  }
+  control.setFont(font);
+  control.setTextColor(color);
+  control.EndDoc();
+}
+
+void CWordWrap::printLine(Job& job, const QString& line) {
+  VSPrinter& control = job.control;
+  job.stringOpen = QChar();
+  for (qsizetype at = 0; at < line.size();) {
+    const qsizetype begin = at;
+    if (line[at] > u' ') {
+      const bool word = isWordChar(line[at]);
+      while (at < line.size() && line[at] > u' ' && isWordChar(line[at]) == word) ++at;
+      printWord(job, line.mid(begin, at - begin));
+      continue;
+    }
+    const QChar c = line[at];
+    if (c == u' ') {
+      while (at < line.size() && line[at] == u' ') ++at;
+      control.Print(QString(at - begin, u' '));
+      continue;
+    }
+    ++at;
+    if (c == kCommentStart) {
+      control.setFontBold(CommentsBold);
+      control.setFontItalic(CommentsItalic);
+      if (commentColor.isValid()) control.setTextColor(commentColor);
+      job.inComment = true;
+    } else if (c == kCommentEnd) {
+      job.plain();
+      job.inComment = false;
+    } else if (c == u'\t') {
+      const double left = control.MarginLeft();
+      auto column = static_cast<qint64>(std::nearbyint((control.CurrentX() - left) / job.zeroWidth));   // halves to the even one
+      column += job.tabSize - column % job.tabSize;
+      control.setCurrentX(left + static_cast<double>(column) * job.zeroWidth);
+    }
+  }
+}
+
+void CWordWrap::printWord(Job& job, const QString& run) {
+  VSPrinter& control = job.control;
+  const bool emphasis = Keywordsbold || KeywordsItalic || keywordColor.isValid();
+  if (!job.inComment && emphasis && job.stringOpen.isNull() && job.language && job.language->isKeyword(fromQString(run))) {
+    control.setFontBold(Keywordsbold);
+    control.setFontItalic(KeywordsItalic);
+    if (keywordColor.isValid()) control.setTextColor(keywordColor);
+    control.Print(run);
+    job.plain();
+    return;
+  }
+  if (!job.inComment && stringColor.isValid() && job.language && !isWordChar(run[0])) {
+    // delimiters may stand in a run with other signs
+    const auto& delims = job.language->tables().stringDelims;
+    for (const QChar c : run) {
+      const bool delimiter = std::find(delims.begin(), delims.end(), fromQString(QString(c))) != delims.end();
+      if (delimiter && job.stringOpen.isNull()) {
+        job.stringOpen = c;
+        control.setTextColor(stringColor);
+        control.Print(c);
+      } else {
+        control.Print(printable(c));
+        if (c == job.stringOpen) {
+          job.stringOpen = QChar();
+          control.setTextColor(job.plainColor);
+        }
+      }
+    }
+    return;
+  }
+  control.Print(printable(run));
+}
+
+void CWordWrap::ProcessComments(QString& line) {
+  // Positions count characters from 1, 0 means not found; a search "from 0" starts at 1.
+  const auto find = [&line](const QString& what, qsizetype from) { return line.indexOf(what, std::max<qsizetype>(from, 1) - 1) + 1; };
+  qsizetype B = 1, S = 1, E = 1;
+  for (bool goOn = true; goOn;) {
+    if (!inBlock_) {
+      bool foundBlock = false, foundSingle = false;
+      if (!blockStart_.isEmpty()) {
+        B = find(blockStart_, B);
+        foundBlock = B > 0;
+      }
+      if (!single_.isEmpty()) {
+        S = find(single_, S);
+        foundSingle = S > 0;
+      }
+      if (foundBlock && foundSingle) (B < S ? foundSingle : foundBlock) = false;
+      if (foundSingle) {
+        line.insert(S - 1, kCommentStart);
+        line.append(kCommentEnd);
+        inBlock_ = false;
+        blockOpenMarker_ = 0;
+        return;
+      }
+      if (foundBlock) {
+        line.insert(B - 1, kCommentStart);
+        inBlock_ = true;
+        blockOpenMarker_ = 1;
+      } else {
+        goOn = false;
+      }
+      E = B + 1;
+    }
+    if (inBlock_) {
+      if (blockOpenMarker_ != 1) {
+        goOn = false;
+      } else {
+        const qsizetype P = blockEnd_.isEmpty() ? 0 : find(blockEnd_, E);
+        if (P > 0) {
+          line.insert(P - 1 + blockEnd_.size(), kCommentEnd);
+          inBlock_ = false;
+        } else {
+          goOn = false;
+        }
+        B = E = P + blockEnd_.size() + 1;
+      }
+    }
+  }
+}
+
+void CWordWrap::PrintReviewTable(VSPrinter& control) {
+  const auto tr = [](const char* text) { return QCoreApplication::translate("CWordWrap", text); };
+  const QFont font = control.Font();
+  const double indent = control.IndentLeft(), first = control.IndentFirst();
+  control.setIndentLeft(0);
+  control.setIndentFirst(0);
+  control.StartDoc();
+  control.setDocName(tr("Review Sheet"));
+  QFont heading(control.document().edgeFont);
+  heading.setPointSizeF(18);
+  heading.setBold(true);
+  control.setFont(heading);
+  control.Print(QStringLiteral("\r\n") + tr("Review Sheet"));
+  QFont text(heading);
+  text.setPointSizeF(10);
+  text.setBold(false);
+  control.setFont(text);
+  QStringList subtitle{FilePath, UserName, QLocale().toString(QDate::currentDate(), QLocale::ShortFormat)};
+  subtitle.removeAll(QString());
+  control.Print(QStringLiteral("\r\n") + subtitle.join(QStringLiteral(", ")) + QStringLiteral("\r\n"));
+  const double inches = control.pageLayout().paintRectPoints().width() / 72;
+  const int middle = std::max(1, static_cast<int>(inches) - 3);
+  const auto rows = static_cast<int>(control.SpaceLeft() / (control.LineHeight() * 1.5)) - 1;   // the header row comes first
+  control.AddTable(QStringLiteral("^+1in|^+%1in|^+2in").arg(middle), tr("Line") + u'|' + tr("Comment") + u'|' + tr("Type") + u';',
+                   QString(std::max(2, rows), u';'));
+  control.EndDoc();
+  control.setFont(font);
+  control.setIndentLeft(indent);
+  control.setIndentFirst(first);
+}

@@ -1,0 +1,171 @@
+#include "print/PageView.h"
+
+#include <QFontMetricsF>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QWheelEvent>
+#include <cmath>
+
+namespace {
+constexpr int kGap = 12;
+}
+
+PageView::PageView(QWidget* parent) : QAbstractScrollArea(parent) {
+  setFocusPolicy(Qt::StrongFocus);
+  viewport()->setBackgroundRole(QPalette::Dark);
+  viewport()->setAutoFillBackground(true);
+}
+
+void PageView::setDocument(const PrintDocument* document) {
+  document_ = document;
+  relayout();
+}
+
+void PageView::setAcross(int pages) {
+  across_ = pages;
+  const int page = current_;
+  relayout();
+  goTo(page);
+}
+
+void PageView::setFit(Fit fit) {
+  fit_ = fit;
+  const int page = current_;
+  relayout();
+  goTo(page);
+}
+
+void PageView::setZoom(double factor) {
+  fit_ = Fit::none;
+  zoom_ = std::clamp(factor, 0.1, 8.0);
+  const int page = current_;
+  relayout();
+  goTo(page);
+  emit zoomChanged(zoom_);
+}
+
+QSizeF PageView::sheet() const {
+  const QSizeF points = document_ ? QSizeF(document_->layout.fullRectPoints().size()) : QSizeF(595, 842);
+  return points * (zoom_ * logicalDpiX() / 72.0);
+}
+
+void PageView::relayout() {
+  if (document_ && fit_ != Fit::none) {
+    const QSizeF points(document_->layout.fullRectPoints().size());
+    const double unit = logicalDpiX() / 72.0;
+    const double wide = (viewport()->width() - kGap * (across_ + 1)) / (points.width() * across_ * unit);
+    const double high = (viewport()->height() - 2 * kGap) / (points.height() * unit);
+    zoom_ = std::clamp(fit_ == Fit::width ? wide : std::min(wide, high), 0.05, 8.0);
+    emit zoomChanged(zoom_);
+  }
+  const int count = document_ ? static_cast<int>(document_->pages.size()) : 0;
+  const int rows = (count + across_ - 1) / across_;
+  const QSizeF size = sheet();
+  const double height = rows * (size.height() + kGap) + kGap, width = across_ * (size.width() + kGap) + kGap;
+  verticalScrollBar()->setRange(0, std::max(0, static_cast<int>(height) - viewport()->height()));
+  verticalScrollBar()->setPageStep(viewport()->height());
+  verticalScrollBar()->setSingleStep(40);
+  horizontalScrollBar()->setRange(0, std::max(0, static_cast<int>(width) - viewport()->width()));
+  horizontalScrollBar()->setPageStep(viewport()->width());
+  updateCurrent();
+  viewport()->update();
+}
+
+QRectF PageView::placeOf(int page) const {
+  const QSizeF size = sheet();
+  const double total = across_ * (size.width() + kGap) + kGap;
+  const double left = std::max(0.0, (viewport()->width() - total) / 2);
+  return QRectF(QPointF(left + kGap + (page % across_) * (size.width() + kGap), kGap + (page / across_) * (size.height() + kGap)), size);
+}
+
+void PageView::goTo(int page) {
+  if (!document_ || document_->pages.empty()) return;
+  page = std::clamp(page, 0, static_cast<int>(document_->pages.size()) - 1);
+  verticalScrollBar()->setValue(static_cast<int>(placeOf(page).top()) - kGap);
+  current_ = page;
+  emit currentPageChanged(current_);
+}
+
+void PageView::mark(int page, int run) {
+  markPage_ = page;
+  markRun_ = run;
+  if (page >= 0 && document_) {
+    const auto& where = document_->pages[static_cast<std::size_t>(page)]->runs[static_cast<std::size_t>(run)];
+    const double y = placeOf(page).top() + where.baseline * zoom_ * logicalDpiX() / 72.0;
+    const int top = verticalScrollBar()->value();
+    if (y < top + 40 || y > top + viewport()->height() - 40) verticalScrollBar()->setValue(static_cast<int>(y) - viewport()->height() / 3);
+  }
+  viewport()->update();
+}
+
+void PageView::updateCurrent() {
+  if (!document_ || document_->pages.empty()) return;
+  const QSizeF size = sheet();
+  const int row = static_cast<int>(std::floor((verticalScrollBar()->value() + size.height() / 3) / (size.height() + kGap)));
+  const int page = std::clamp(row * across_, 0, static_cast<int>(document_->pages.size()) - 1);
+  if (page / across_ == current_ / across_) return;
+  current_ = page;
+  emit currentPageChanged(current_);
+}
+
+void PageView::paintEvent(QPaintEvent*) {
+  if (!document_) return;
+  QPainter painter(viewport());
+  painter.setRenderHint(QPainter::TextAntialiasing);
+  painter.translate(-horizontalScrollBar()->value(), -verticalScrollBar()->value());
+  const QRectF sight = painter.transform().inverted().mapRect(QRectF(viewport()->rect()));
+  const double scale = zoom_ * logicalDpiX() / 72.0;
+  const QSizeF size = sheet();
+  const int firstRow = std::max(0, static_cast<int>(sight.top() / (size.height() + kGap)) - 1);
+  for (int page = firstRow * across_; page < static_cast<int>(document_->pages.size()); ++page) {
+    const QRectF place = placeOf(page);
+    if (place.top() > sight.bottom()) break;
+    if (!place.intersects(sight)) continue;
+    painter.fillRect(place.translated(3, 3), QColor(0, 0, 0, 60));
+    painter.fillRect(place, Qt::white);
+    painter.save();
+    painter.setClipRect(place);
+    painter.translate(place.topLeft());
+    painter.scale(scale, scale);
+    if (page == markPage_ && markRun_ >= 0) {
+      const auto& data = *document_->pages[static_cast<std::size_t>(page)];
+      const PrintRun& run = data.runs[static_cast<std::size_t>(markRun_)];
+      const QFont& font = document_->styles[static_cast<std::size_t>(run.style)].font;
+      const QFontMetricsF metrics(printFont(font));
+      const double unit = font.pointSizeF() / printFont(font).pixelSize();
+      painter.fillRect(QRectF(run.x, run.baseline - metrics.ascent() * unit, metrics.horizontalAdvance(data.runText(run)) * unit, metrics.height() * unit),
+                       QColor(255, 220, 80));
+    }
+    drawPage(painter, *document_, page);
+    painter.restore();
+  }
+}
+
+void PageView::resizeEvent(QResizeEvent*) { relayout(); }
+
+void PageView::scrollContentsBy(int, int) {
+  updateCurrent();
+  viewport()->update();
+}
+
+void PageView::wheelEvent(QWheelEvent* event) {
+  if (event->modifiers() & Qt::ControlModifier) {
+    setZoom(zoom_ * std::pow(1.1, event->angleDelta().y() / 120.0));
+    event->accept();
+  } else {
+    QAbstractScrollArea::wheelEvent(event);
+  }
+}
+
+void PageView::keyPressEvent(QKeyEvent* event) {
+  switch (event->key()) {
+    case Qt::Key_PageDown:
+    case Qt::Key_Space: goTo(current_ + across_); break;
+    case Qt::Key_PageUp:
+    case Qt::Key_Backspace: goTo(current_ - across_); break;
+    case Qt::Key_Home: goTo(0); break;
+    case Qt::Key_End: goTo(document_ ? static_cast<int>(document_->pages.size()) - 1 : 0); break;
+    default: QAbstractScrollArea::keyPressEvent(event);
+  }
+}

@@ -1,0 +1,45 @@
+// Shows laid-out pages on the screen: one or two side by side, at any zoom, scrolled like a document. Draws only what is in sight.
+#pragma once
+
+#include <QAbstractScrollArea>
+
+#include "control/PrintPages.h"
+
+class PageView : public QAbstractScrollArea {
+  Q_OBJECT
+ public:
+  enum class Fit { page, width, none };
+  explicit PageView(QWidget* parent = nullptr);
+
+  void setDocument(const PrintDocument* document);   // null: nothing; call again after pages have come
+  void setAcross(int pages);                         // 1 or 2
+  void setFit(Fit fit);
+  void setZoom(double factor);                       // 1 = the paper's own size; fit becomes none
+  double zoom() const { return zoom_; }
+  int currentPage() const { return current_; }       // from 0: the one nearest the view's top
+  void goTo(int page);
+  // Marks a run on a page (find); -1 marks nothing.
+  void mark(int page, int run);
+
+ signals:
+  void currentPageChanged(int page);
+  void zoomChanged(double factor);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  QSizeF sheet() const;                              // in pixels of the view
+  QRectF placeOf(int page) const;                    // without scrolling
+  void relayout();
+  void updateCurrent();
+
+  const PrintDocument* document_ = nullptr;
+  int across_ = 1, current_ = 0, markPage_ = -1, markRun_ = -1;
+  Fit fit_ = Fit::page;
+  double zoom_ = 1;
+};

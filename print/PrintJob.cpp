@@ -1,0 +1,115 @@
+// The ways in to printing, and the ways out to a printer and to a PDF file.
+#include <QApplication>
+#include <QFileInfo>
+#include <QPainter>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QPrinterInfo>
+#include <QProgressDialog>
+
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "control/PdfFile.h"
+#include "document/frmDocument.h"
+#include "document/frmRegistry.h"
+#include "print/frmPreview.h"
+#include "text/FileIo.h"
+
+namespace {
+QString tr(const char* text) { return QCoreApplication::translate("PrintJob", text); }
+}  // namespace
+
+bool printPages(const PrintDocument& document, QWidget* parent) {
+  if (QPrinterInfo::availablePrinterNames().isEmpty()) {
+    const auto answer = MsgBox(tr("No printer is set up. Do you want to save the pages as a PDF file instead?"), tr("Zelkor Printing"), Icon::exclamation, Buttons::yesNo);
+    return answer == Answer::yes && savePdf(document, document.name, parent);
+  }
+  QPrinter printer(QPrinter::HighResolution);
+  printer.setPageLayout(document.layout);
+  printer.setDocName(document.name);
+  printer.setCreator(QLatin1String(kApplicationTitle));
+  printer.setFullPage(true);
+  const int count = static_cast<int>(document.pages.size());
+  {
+    QPrintDialog dialog(&printer, parent);
+    dialog.setOption(QAbstractPrintDialog::PrintPageRange);
+    dialog.setMinMax(1, std::max(1, count));
+    const ModalGuard modal;
+    if (dialog.exec() != QDialog::Accepted) return false;
+  }
+  const int first = printer.fromPage() > 0 ? printer.fromPage() : 1, last = printer.toPage() > 0 ? std::min(printer.toPage(), count) : count;
+  QPainter painter;
+  const auto failed = [&] {
+    MsgBox(tr("The printer \"%1\" could not print the pages.").arg(printer.printerName()), tr("Zelkor Printing"));
+    return false;
+  };
+  if (!painter.begin(&printer)) return failed();
+  QProgressDialog progress(tr("Printing..."), tr("Cancel"), first, last + 1, parent);
+  progress.setMinimumDuration(500);
+  progress.setWindowModality(Qt::WindowModal);
+  const bool backwards = printer.pageOrder() == QPrinter::LastPageFirst;
+  const int copies = printer.supportsMultipleCopies() ? 1 : printer.copyCount();
+  bool begun = false;
+  for (int copy = 0; copy < copies; ++copy) {
+    for (int i = first; i <= last; ++i) {
+      progress.setValue(i);
+      if (progress.wasCanceled()) {
+        printer.abort();
+        return false;
+      }
+      if (begun && !printer.newPage()) return failed();
+      begun = true;
+      painter.save();
+      painter.scale(printer.logicalDpiX() / 72.0, printer.logicalDpiY() / 72.0);
+      drawPage(painter, document, (backwards ? last - (i - first) : i) - 1);
+      painter.restore();
+      if (printer.printerState() == QPrinter::Error) return failed();
+    }
+  }
+  return painter.end() || failed();
+}
+
+bool savePdf(const PrintDocument& document, const QString& proposedName, QWidget*) {
+  int filterIndex = 1;
+  const QString path = frmRegistry::instance().stdSaveFile(tr("Save PDF File"), QStringLiteral("PDF (*.pdf)|*.pdf|(*.*)|*.*|"), filterIndex, QString(),
+                                                           QFileInfo(proposedName).completeBaseName() + QStringLiteral(".pdf"));
+  if (path.isEmpty()) return false;
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  const QByteArray pdf = makePdf({&document}, document.name);
+  const auto saved = text::saveBytes(path.toStdString(), std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())));
+  QApplication::restoreOverrideCursor();
+  if (saved.ok()) return true;
+  MsgBox(QStringLiteral("File Save Error : ") + QString::fromStdString(saved.error), QStringLiteral("Saving ") + path);
+  return false;
+}
+
+namespace {
+bool askForSelection(const PrintSource& source) {
+  CWordWrap wrap;
+  wrap.cmx = source.control();
+  wrap.PrintSelectedText();
+  return wrap.printSelection();
+}
+}  // namespace
+
+void PrintPreview(const PrintSource& source, QWidget* parent) {
+  const bool selection = askForSelection(source);
+  frmPreview preview(source, selection, parent);
+  preview.exec();
+  if (preview.lineToShow() >= 0) {
+    source.control()->SelectLine(preview.lineToShow());
+    source.control()->setFocus();
+  }
+}
+
+void PrintText(const PrintSource& source, QWidget* parent) {
+  CWordWrap wrap;
+  wrap.setPrintSelection(askForSelection(source));
+  VSPrinter printer;
+  const PrintSettings settings = PrintSettings::load();
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  const bool done = source.document ? layOut(*source.document, settings, wrap, printer) : layOut(*source.cmx, source.title, settings, wrap, printer);
+  QApplication::restoreOverrideCursor();
+  if (done && printPages(printer.document(), parent)) SetStatusText(tr("Printing Complete"));
+}

@@ -1,0 +1,193 @@
+// Comment marks, gutter, tab stops, emphasis and clipped lines of the print layout.
+#include "print/CWordWrap.h"
+
+#include <gtest/gtest.h>
+
+#include "control/CodeMax.h"
+#include "control/LanguageTable.h"
+#include "control/VSPrinter.h"
+#include "tests/support/ScriptedDialogs.h"
+
+namespace {
+
+// Marks written as < and >.
+QString marked(CWordWrap& wrap, const char* line) {
+  QString text = QLatin1String(line);
+  wrap.ProcessComments(text);
+  return text.replace(QChar(15), u'<').replace(QChar(16), u'>');
+}
+
+CWordWrap hdl() {
+  CWordWrap wrap;
+  wrap.SetSingleComment(QStringLiteral("//"));
+  wrap.SetMultiLineComment(QStringLiteral("/*"), QStringLiteral("*/"));
+  return wrap;
+}
+
+struct Job {
+  CodeMax cmx;
+  VSPrinter printer;
+  CWordWrap wrap = hdl();
+  QString line;
+  bool result = false;
+
+  explicit Job(const QString& text, double widthInches = 8) {
+    CmLanguage language;
+    language.CaseSensitive = true;
+    language.Keywords = QStringLiteral("begin\nend\n");
+    language.SingleLineComments = QStringLiteral("//\n");
+    language.MultiLineComments1 = QStringLiteral("/*\n");
+    language.MultiLineComments2 = QStringLiteral("*/\n");
+    language.StringDelims = QStringLiteral("\"\n");
+    LanguageTable::registerLanguage(QStringLiteral("print-test"), language);
+    cmx.setLanguage(QStringLiteral("print-test"));
+    cmx.setText(text);
+    cmx.setTabSize(4);
+    printer.setPageLayout(QPageLayout(QPageSize(QSizeF(widthInches, 6), QPageSize::Inch), QPageLayout::Portrait, QMarginsF(36, 36, 36, 36), QPageLayout::Point));
+    QFont font(QStringLiteral("DejaVu Sans Mono"));
+    font.setPointSizeF(10);
+    printer.setFont(font);
+    QObject::connect(&printer, &VSPrinter::NewLineEvent, [this] { ++wrap.NewLineCount; });
+    wrap.cmx = &cmx;
+  }
+  void print(bool numbers = false) { wrap.cmPrintText(printer, line, QStringLiteral("title"), numbers, result); }
+  const PrintPage& page(std::size_t i = 0) const { return *printer.document().pages.at(i); }
+  // Each line of a page; styled runs stand in marks: b bold, i italic, B both.
+  QStringList styled(std::size_t index = 0) const {
+    QStringList lines;
+    float baseline = -1;
+    for (const auto& run : page(index).runs) {
+      if (run.baseline != baseline) lines << QString();
+      baseline = run.baseline;
+      const QFont& font = printer.document().styles[static_cast<std::size_t>(run.style)].font;
+      const QString text = page(index).runText(run);
+      const QString mark = font.bold() && font.italic() ? QStringLiteral("B") : font.bold() ? QStringLiteral("b") : font.italic() ? QStringLiteral("i") : QString();
+      lines.last() += mark.isEmpty() || text.trimmed().isEmpty() ? text : mark + u'{' + text + u'}';
+    }
+    return lines;
+  }
+};
+
+}  // namespace
+
+TEST(CWordWrap, CommentsInOneLine) {
+  struct Case {
+    const char *line, *marked;
+  };
+  const Case cases[] = {
+      {"// x", "<// x>"},
+      {"a // x", "a <// x>"},
+      {"a /* b */ c // d", "a </* b */> c <// d>"},
+      {"a // b /* c", "a <// b /* c>"},
+      {"/*/ a", "</*/> a"},                       // the end may use the start's own character
+      {"/* a */ b /* c */", "</* a */> b </* c */>"},
+      {"/* // */ b", "</* <// */> b>"},           // a line comment inside a closed block is found all the same
+      {"no comment", "no comment"},
+      {"", ""},
+  };
+  for (const auto& c : cases) {
+    CWordWrap wrap = hdl();
+    EXPECT_EQ(marked(wrap, c.line).toStdString(), c.marked) << c.line;
+  }
+}
+
+TEST(CWordWrap, BlockCommentsCarryOver) {
+  CWordWrap wrap = hdl();
+  EXPECT_EQ(marked(wrap, "a /* b"), QStringLiteral("a </* b"));
+  EXPECT_EQ(marked(wrap, "// c"), QStringLiteral("// c"));
+  EXPECT_EQ(marked(wrap, "d */ e // f"), QStringLiteral("d */> e <// f>"));
+  EXPECT_EQ(marked(wrap, "g"), QStringLiteral("g"));
+}
+
+TEST(CWordWrap, EmptyDelimitersSwitchOff) {
+  CWordWrap wrap;
+  EXPECT_EQ(marked(wrap, "// /* x */"), QStringLiteral("// /* x */"));
+  wrap.SetMultiLineComment(QStringLiteral("(*"), QString());
+  EXPECT_EQ(marked(wrap, "(* x"), QStringLiteral("<(* x"));
+}
+
+TEST(CWordWrap, GutterIsRightAligned) {
+  Job job(QString(119, u'\n'));   // 120 lines, the last index has three digits
+  job.print(true);
+  EXPECT_TRUE(job.result);
+  const QStringList lines = job.styled();
+  EXPECT_EQ(lines[0], QStringLiteral("   1: "));
+  EXPECT_EQ(lines[4], QStringLiteral("   5: "));
+  EXPECT_NEAR(job.printer.IndentLeft(), job.printer.TextWidth(QStringLiteral("      ")), 0.01);
+  Job ten(QStringLiteral("a\nb\nc\nd\ne\nf\ng\nh\ni\nj"));   // line 10: more digits than the last index
+  ten.print(true);
+  EXPECT_EQ(ten.styled().last(), QStringLiteral(" 10: j"));
+}
+
+TEST(CWordWrap, EmphasisOfKeywordsAndComments) {
+  Job job(QStringLiteral("begin x(begin) // begin\nend Begin\n/* a\nbegin b */ end"));
+  job.wrap.Keywordsbold = true;
+  job.wrap.CommentsBold = false;
+  job.print();
+  EXPECT_EQ(job.styled(), (QStringList{QStringLiteral("b{begin} x(b{begin}) i{// begin}"), QStringLiteral("b{end} Begin"), QStringLiteral("i{/* a}"),
+                                       QStringLiteral("i{begin b */} b{end}")}));
+  EXPECT_FALSE(job.printer.FontItalic());
+}
+
+TEST(CWordWrap, TabsCountFromTheMargin) {
+  Job job(QStringLiteral("abc\tx\nabcd\ty\n\tz"));
+  job.print();
+  const double zero = job.printer.TextWidth(QStringLiteral("0"));
+  std::vector<double> columns;
+  for (const auto& run : job.page().runs)
+    if (job.page().runText(run).size() == 1) columns.push_back((run.x - 36) / zero);
+  ASSERT_EQ(columns.size(), 3u);
+  EXPECT_NEAR(columns[0], 4, 0.01);
+  EXPECT_NEAR(columns[1], 8, 0.01);
+  EXPECT_NEAR(columns[2], 4, 0.01);
+}
+
+TEST(CWordWrap, ClippedLinesAreThoseThatWrap) {
+  Job job(QStringLiteral("short\n") + QString(200, u'a') + QStringLiteral("\nshort"), 4);
+  job.print();
+  EXPECT_EQ(job.wrap.ClippedLines(), std::vector<qint64>{1});
+  job.print();
+  EXPECT_EQ(job.wrap.ClippedLines(), std::vector<qint64>{1}) << "collected anew";
+}
+
+TEST(CWordWrap, SelectionIsAskedFor) {
+  Job job(QStringLiteral("one\ntwo\nthree"));
+  ScriptedDialogs dialogs;
+  job.wrap.PrintSelectedText();
+  EXPECT_TRUE(dialogs.boxes.empty()) << "an empty selection is not asked about";
+  job.cmx.SetSel({2, 1, 1, 0, false});   // made backwards
+  dialogs.answer(Answer::yes);
+  job.wrap.PrintSelectedText();
+  EXPECT_EQ(dialogs.last().text, QStringLiteral("Do you just want to print the selected text only"));
+  EXPECT_EQ(dialogs.last().title, QStringLiteral("Zelkor Printing"));
+  job.print();
+  EXPECT_EQ(job.styled(), (QStringList{QStringLiteral("two"), QStringLiteral("three")}));
+  dialogs.answer(Answer::no);
+  job.wrap.PrintSelectedText();
+  job.print();
+  EXPECT_EQ(job.styled().size(), 3);
+}
+
+TEST(CWordWrap, HostileText) {
+  Job job(QString(QChar(1)) + QStringLiteral("a\x07") + QChar(0xDC85) + QStringLiteral(" b"));
+  job.cmx.setTabSize(0);
+  job.print();
+  EXPECT_EQ(job.styled(), QStringList{QStringLiteral("a<85> b")});
+  Job empty((QString()));
+  empty.print(true);
+  EXPECT_EQ(empty.styled(), QStringList{QStringLiteral(" 1: ")});
+  Job stopped(QString(1000, u'\n'));
+  stopped.wrap.cmPrintText(stopped.printer, stopped.line, QString(), false, stopped.result, [](qint64 done, qint64) { return done < 10; });
+  EXPECT_FALSE(stopped.result);
+}
+
+TEST(CWordWrap, ReviewSheetFillsOnePage) {
+  Job job(QStringLiteral("x"));
+  job.wrap.FilePath = QStringLiteral("/src/a.v");
+  job.wrap.PrintReviewTable(job.printer);
+  ASSERT_EQ(job.printer.document().pages.size(), 1u);
+  EXPECT_TRUE(job.page().text.contains(QLatin1String("Review Sheet")));
+  EXPECT_TRUE(job.page().text.contains(QLatin1String("/src/a.v")));
+  EXPECT_TRUE(job.page().text.contains(QLatin1String("LineCommentType")));
+  EXPECT_GT(job.page().rules.size(), 6u * 5);
+}
