@@ -24,9 +24,6 @@ bool contains(std::span<const CharRange> table, char32_t code);
 char32_t toUpper(char32_t code);
 char32_t toLower(char32_t code);
 // The representative of all letters that differ in case only.
-inline char32_t fold(char32_t code) {
-  if (code < 0x80) return code >= 'A' && code <= 'Z' ? code + 32 : code;
-  return toLower(toUpper(code));
-}
+char32_t fold(char32_t code);
 
 }  // namespace text

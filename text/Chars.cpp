@@ -1,6 +1,7 @@
 #include "text/Chars.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "text/CharTables.h"
@@ -91,6 +92,23 @@ static char32_t mapped(std::span<const CaseRange> table, char32_t code) {
   const CaseRange& r = *(it - 1);
   if (code > r.last || (code - r.first) % static_cast<char32_t>(r.stride)) return code;
   return static_cast<char32_t>(static_cast<std::int64_t>(code) + r.delta);
+}
+
+// The letters of most alphabets, looked up at once.
+struct FoldedLetters {
+  static constexpr char32_t end = 0x600;
+  std::array<char16_t, end> of{};
+  FoldedLetters() {
+    for (char32_t c = 0; c < end; ++c) {
+      const char32_t f = toLower(toUpper(c));
+      of[c] = static_cast<char16_t>(f);
+    }
+  }
+};
+
+char32_t fold(char32_t code) {
+  static const FoldedLetters letters;
+  return code < FoldedLetters::end ? letters.of[code] : toLower(toUpper(code));
 }
 
 char32_t toUpper(char32_t code) {
@@ -261,13 +279,18 @@ std::int64_t byteOfDisplay(std::string_view line, DisplayColumn target, int tabS
 bool isAscii(std::string_view bytes) { return asciiRun(bytes) == bytes.size(); }
 
 bool validUtf8(std::string_view bytes) {
-  for (std::size_t i = 0; i < bytes.size();) {
-    if (at(bytes, i) >= 0x80) {
+  std::size_t i = 0;
+  while (i < bytes.size()) {
+    const unsigned char lead = at(bytes, i);
+    if (lead < 0x80) {
+      // Long runs by blocks; a single blank between other letters is passed at once.
+      i += i + 1 < bytes.size() && at(bytes, i + 1) >= 0x80 ? 1 : asciiRun(bytes.substr(i));
+    } else if (lead >= 0xC2 && lead < 0xE0 && i + 1 < bytes.size() && continues(at(bytes, i + 1))) {
+      i += 2;
+    } else {
       const int length = sequenceLength(bytes.substr(i));
       if (length == 0) return false;
       i += static_cast<std::size_t>(length);
-    } else {
-      i += asciiRun(bytes.substr(i));
     }
   }
   return true;

@@ -113,6 +113,17 @@ Regex::Regex(const std::string& pattern, bool matchCase, bool wholeWord) : progr
   std::uint32_t value = 0;
   pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_MAXLOOKBEHIND, &value);
   lookBehind_ = static_cast<int>(value);
+  pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_LASTCODETYPE, &value);
+  if (value == 1) {
+    pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_LASTCODEUNIT, &value);
+    const auto b = static_cast<unsigned char>(value);
+    // Without case, a letter that has further forms beyond ASCII is not certain.
+    if (b < 0x80 && (matchCase ? pattern.find("(?") == std::string::npos : b != 'k' && b != 'K' && b != 's' && b != 'S')) {
+      required_.add(b);
+      if (b >= 'A' && b <= 'Z') required_.add(static_cast<unsigned char>(b + 32));
+      if (b >= 'a' && b <= 'z') required_.add(static_cast<unsigned char>(b - 32));
+    }
+  }
   pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_CAPTURECOUNT, &value);
   groupCount_ = static_cast<int>(value);
   pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_HASCRORLF, &value);

@@ -5,13 +5,14 @@
 // are those of Unicode. Bytes that are not valid UTF-8 match nothing.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "text/Scan.h"
 
 namespace text {
 
@@ -26,6 +27,8 @@ class Regex {
   int lookBehind() const { return lookBehind_; }        // characters before the start that a match may look at
   bool namesLineBreaks() const { return namesLineBreaks_; }
   bool needsWholeText() const { return needsWholeText_; }   // means something else in windows (\G and control verbs)
+  // Bytes one of which every match holds; empty: no such thing is known.
+  const ByteSet& required() const { return required_; }
   std::optional<int> groupByName(std::string_view name) const;
   int groupCount() const { return groupCount_; }        // without the whole match
 
@@ -65,6 +68,7 @@ class Regex {
   struct Programs;
   std::unique_ptr<Programs> programs_;
   std::string error_;
+  ByteSet required_;
   int lookBehind_ = 0, groupCount_ = 0;
   bool namesLineBreaks_ = false, needsWholeText_ = false;
 };

@@ -93,7 +93,7 @@ std::size_t PairFilter::find(std::string_view bytes, std::size_t from, std::size
 }
 
 unsigned char commonness(unsigned char b) {
-  if (b >= 0x80) return b >= 0xC0 ? 40 : 60;
+  if (b >= 0x80) return b >= 0xC0 ? 120 : 50;   // a script has few first bytes
   if (b >= 'a' && b <= 'z') {
     // e t a o i n s r l d u c first
     constexpr std::string_view order = "zqjxkvwybghpfmcudlrsnioate";

@@ -47,6 +47,16 @@ bool wordBorder(const Snapshot& text, ByteOffset at) {
   return !isWord(cursor.peekBefore()) || !isWord(cursor.peek());
 }
 
+ByteOffset findByte(const Snapshot& text, const ByteSet& set, ByteOffset from, ByteOffset end) {
+  while (from < end) {
+    const auto chunk = text.chunkAt(from);
+    const auto hit = set.find(chunk, 0);
+    from += static_cast<std::int64_t>(hit);
+    if (hit < chunk.size()) break;
+  }
+  return std::min(from, end);
+}
+
 // Whether the place does not lie inside a character.
 bool characterBorder(const Snapshot& text, ByteOffset at) {
   const ByteOffset from = std::max(ByteOffset(0), at - 3);
@@ -150,6 +160,7 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
   how.endsLine = within.end == text.size() || text.at(within.end) == '\n' || text.at(within.end) == '\r';
   const std::int64_t usual = regex->needsWholeText() ? text.size().value + 1024 : usualWindow();
   std::int64_t grown = usual, effort = 2 * text.size().value + (std::int64_t(4) << 30);
+  ByteOffset required = within.begin;   // the first place at or behind the last look that holds a required byte
   ByteOffset at = within.begin;
   // CR LF is one break: no line begins or ends inside it.
   if (!regex->namesLineBreaks() && at > ByteOffset(0) && at < within.end && text.at(at - 1) == '\r' && text.at(at) == '\n') at += 1;
@@ -222,6 +233,15 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
           if (start > at) how.notEmptyAtStart = false;
           at = start;
           grown = start > first ? usual : 2 * std::max(size, usual);
+          if (grown > usual && !regex->required().empty()) {
+            // A long match in the making: it is none unless that byte comes, and no shorter one either.
+            required = findByte(text, regex->required(), std::max(required, at), within.end);
+            if (required >= within.end) {
+              pace.go(within.length());
+              return {};
+            }
+            grown = std::max(grown, required - at + 1024);
+          }
           break;
         }
       }

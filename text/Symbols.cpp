@@ -1,5 +1,7 @@
 #include "text/Symbols.h"
 
+#include <tuple>
+
 #include "text/CharTables.h"
 #include "text/Chars.h"
 
@@ -13,7 +15,7 @@ void Signs::add(const std::string& sign, int value) {
 }
 
 void Signs::build() {
-  std::stable_sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.sign < b.sign; });
+  std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return std::tie(a.sign, a.value) < std::tie(b.sign, b.value); });
   entries_.erase(std::unique(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.sign == b.sign; }), entries_.end());
   for (std::uint32_t i = 0; i < entries_.size(); ++i) {
     auto& range = first_[static_cast<unsigned char>(entries_[i].sign[0])];

@@ -19,7 +19,7 @@ class Signs {
  public:
   static constexpr std::size_t maxLength = 128;
   explicit Signs(bool folds = false) : folds_(folds) {}
-  // An entry that is there already keeps its first value.
+  // Of equal entries the one with the smallest value stays.
   void add(const std::string& sign, int value);
   void build();   // call once behind the last add()
   bool startsWith(unsigned char first) const { return first_[first].first < first_[first].second; }

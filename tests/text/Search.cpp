@@ -260,7 +260,7 @@ TEST(Search, CostlyExpressionsAreGivenUp) {
 
 TEST(Search, LongLinesOfOneLetterCanBeCancelled) {
   const Snapshot text(std::string(20'000'000, 'a'));
-  for (const char* pattern : {"a*b", "(?:a|aa)+$b", "a.*c"}) {
+  for (const char* pattern : {"a*[^a]", "(?:a|aa)+[^a]", "a.*[bc]"}) {
     SearchControl control;
     std::thread stopper([&control] {
       std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -272,6 +272,18 @@ TEST(Search, LongLinesOfOneLetterCanBeCancelled) {
     EXPECT_TRUE(result.cancelled || !result.error.empty()) << pattern;
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10)) << pattern;
   }
+}
+
+// No attempt goes far when what every match holds is nowhere ahead.
+TEST(Search, ARequiredLetterThatIsMissingEndsTheSearch) {
+  const Snapshot text = inPieces(std::string(3'000'000, 'x'), 100'000);
+  for (const char* pattern : {"[^\"]*Zzz", "x*b", "(?s)x.*q"}) {
+    const auto result = Searcher(pattern, {false, false, true}).all(text, whole(text));
+    EXPECT_TRUE(result.ranges.empty() && result.error.empty()) << pattern << result.error;
+  }
+  const Snapshot late(std::string(200'000, 'x') + "\nZZ" + std::string(100'000, 'x'));
+  EXPECT_EQ(shown(Searcher("(?s)x.*z", {false, false, true}).all(late, whole(late)).ranges), "0..200003 ");
+  EXPECT_EQ(Searcher("(?s)X.*?z", {false, false, true}).backward(late, off(300'000)).match->range, rng(0, 200'002));
 }
 
 TEST(Search, ProgressAndCancel) {
