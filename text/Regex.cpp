@@ -4,6 +4,7 @@
 #include <pcre2.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 
 #include "text/Chars.h"
@@ -63,6 +64,29 @@ bool samePlain(const std::string& pattern) {
   return true;
 }
 
+// Whether all of the pattern is of a kind that never matches a line break or looks beyond one.
+bool plainlyInLine(const std::string& p) {
+  const auto safeEscape = [](char c) { return c == 'd' || c == 'w' || c == 'S' || c == 'b' || c == 't' || (c >= '1' && c <= '9') || (c != '\0' && std::ispunct(static_cast<unsigned char>(c))); };
+  for (std::size_t i = 0; i < p.size(); ++i) {
+    if (static_cast<unsigned char>(p[i]) < ' ' && p[i] != '\t') return false;
+    if (p[i] == '\\') {
+      if (i + 1 == p.size() || !safeEscape(p[++i])) return false;
+    } else if (p[i] == '(' && i + 1 < p.size() && (p[i + 1] == '*' || (p[i + 1] == '?' && p.compare(i, 3, "(?:") != 0))) {
+      return false;
+    } else if (p[i] == '[') {   // a plain list of characters; the first one may be a ']'
+      std::size_t end = i + 1;
+      if (end < p.size() && p[end] == '^') return false;
+      do {
+        if (end >= p.size() || static_cast<unsigned char>(p[end]) < ' ' || p[end] == '[') return false;
+        if (p[end] == '\\' && (++end >= p.size() || p[end] == 'b' || p[end] == 't' || (p[end] >= '1' && p[end] <= '9') || !safeEscape(p[end]))) return false;
+        ++end;
+      } while (end >= p.size() || p[end] != ']');
+      i = end;
+    }
+  }
+  return true;
+}
+
 // A word must not go on at either end. Option settings in front stay in front.
 std::string asWholeWord(const std::string& pattern, bool commentAtEnd) {
   std::size_t verbs = 0;
@@ -109,6 +133,7 @@ Regex::Regex(const std::string& pattern, bool matchCase, bool wholeWord) : progr
       return;
     }
   if (samePlain(pattern)) p.plain = compile(text, base, true);
+  staysInLine_ = plainlyInLine(pattern);
   needsWholeText_ = pattern.find("\\G") != std::string::npos || pattern.find("(*") != std::string::npos;
   std::uint32_t value = 0;
   pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_MAXLOOKBEHIND, &value);
@@ -168,7 +193,10 @@ void Regex::Matcher::setSubject(std::string_view subject) {
 
 Regex::Outcome Regex::Matcher::match(std::size_t from, const Options& options) {
   Memory& m = *memory_;
-  if (!m.data || !m.context) return {Outcome::failed, 0, 0, "Not enough memory to search for the expression."};
+  if (!m.data || !m.context) {
+    error_ = "Not enough memory to search for the expression.";
+    return {Outcome::failed};
+  }
   const Compiled& program = options.onlyAtStart ? regex_.programs_->anchored : *m.program;
   const bool checked = &program == &regex_.programs_->plain || &program == &regex_.programs_->unicode;
   std::uint32_t flags = 0;
@@ -182,10 +210,11 @@ Regex::Outcome Regex::Matcher::match(std::size_t from, const Options& options) {
   else
     code = pcre2_match(program.code.get(), subject, subject_.size(), from, checked ? flags | PCRE2_NO_UTF_CHECK : flags, m.data.get(), m.context.get());
   const std::size_t* offsets = pcre2_get_ovector_pointer(m.data.get());
-  if (code >= 0) return {Outcome::found, std::min(offsets[0], offsets[1]), std::max(offsets[0], offsets[1]), {}};
+  if (code >= 0) return {Outcome::found, std::min(offsets[0], offsets[1]), std::max(offsets[0], offsets[1])};
   if (code == PCRE2_ERROR_NOMATCH) return {};
-  if (code == PCRE2_ERROR_PARTIAL) return {Outcome::undecided, offsets[0], offsets[1], {}};
-  return {Outcome::failed, 0, 0, "The search was given up: the expression is too costly for this text (" + messageOf(code) + ")."};
+  if (code == PCRE2_ERROR_PARTIAL) return {Outcome::undecided, offsets[0], offsets[1]};
+  error_ = "The search was given up: the expression is too costly for this text (" + messageOf(code) + ").";
+  return {Outcome::failed};
 }
 
 std::pair<std::size_t, std::size_t> Regex::Matcher::group(int n) const {

@@ -26,6 +26,9 @@ class Regex {
   const std::string& error() const { return error_; }   // why it does not compile; empty: it does
   int lookBehind() const { return lookBehind_; }        // characters before the start that a match may look at
   bool namesLineBreaks() const { return namesLineBreaks_; }
+  // No match holds a line break, nor depends on anything beyond its line: windows of whole lines decide all of it,
+  // twice as fast. False where that is not plain to see.
+  bool staysInLine() const { return staysInLine_; }
   bool needsWholeText() const { return needsWholeText_; }   // means something else in windows (\G and control verbs)
   // Bytes one of which every match holds; empty: no such thing is known.
   const ByteSet& required() const { return required_; }
@@ -35,7 +38,6 @@ class Regex {
   struct Outcome {
     enum Kind { found, none, undecided, failed } kind = none;
     std::size_t begin = 0, end = 0;   // found; undecided: begin is the first place that may match
-    std::string error;                // failed: the limit that was hit
   };
   struct Options {
     bool last = true;            // the text ends where the subject does; otherwise the answer may be `undecided`
@@ -54,6 +56,7 @@ class Regex {
     // The window for the following matches; must stay in place meanwhile.
     void setSubject(std::string_view subject);
     Outcome match(std::size_t from, const Options& options);
+    const std::string& error() const { return error_; }   // of a match that failed: the limit that was hit
     // Of the last match found: group n, npos for both when it took no part.
     std::pair<std::size_t, std::size_t> group(int n) const;
 
@@ -62,6 +65,7 @@ class Regex {
     const Regex& regex_;
     std::unique_ptr<Memory> memory_;
     std::string_view subject_;
+    std::string error_;
   };
 
  private:
@@ -70,7 +74,7 @@ class Regex {
   std::string error_;
   ByteSet required_;
   int lookBehind_ = 0, groupCount_ = 0;
-  bool namesLineBreaks_ = false, needsWholeText_ = false;
+  bool namesLineBreaks_ = false, needsWholeText_ = false, staysInLine_ = false;
 };
 
 }  // namespace text

@@ -77,8 +77,14 @@ struct Searcher::Impl {
   std::optional<Literal> literal;
   std::unique_ptr<Regex> regex;
 
-  bool acceptable(const Snapshot& text, ByteRange r) const {
-    if (options.wholeWord && !(wordBorder(text, r.begin) && wordBorder(text, r.end))) return false;
+  // `view` begins at `base` and holds the match.
+  bool acceptable(const Snapshot& text, ByteRange r, std::string_view view, ByteOffset base) const {
+    const auto border = [&](ByteOffset at) {
+      const auto i = static_cast<std::size_t>(at - base);
+      if (i == 0 || i >= view.size() || static_cast<unsigned char>(view[i - 1] | view[i]) >= 0x80) return wordBorder(text, at);
+      return classOf(static_cast<char32_t>(view[i - 1])) != CharClass::word || classOf(static_cast<char32_t>(view[i])) != CharClass::word;
+    };
+    if (options.wholeWord && !(border(r.begin) && border(r.end))) return false;
     return literal->wholeCharacters() || (characterBorder(text, r.begin) && characterBorder(text, r.end));
   }
 
@@ -113,7 +119,7 @@ void Searcher::Impl::literalForward(const Snapshot& text, ByteRange within, Pace
     for (auto hit = literal->find(view, next); hit && hit->begin < starts; hit = literal->find(view, next)) {
       const ByteRange range{at + static_cast<std::int64_t>(hit->begin), at + static_cast<std::int64_t>(hit->begin + hit->length)};
       next = hit->begin + 1;
-      if (check && !acceptable(text, range)) continue;
+      if (check && !acceptable(text, range, view, at)) continue;
       if (!sink(range)) return;
       next = hit->begin + hit->length;
     }
@@ -136,7 +142,7 @@ std::optional<ByteRange> Searcher::Impl::literalBackward(const Snapshot& text, B
     for (auto hit = literal->find(view, 0); hit; hit = literal->find(view, hit->begin + 1)) {
       const ByteRange range{base + static_cast<std::int64_t>(hit->begin), base + static_cast<std::int64_t>(hit->begin + hit->length)};
       if (range.begin >= startsBefore) break;
-      if (acceptable(text, range)) found = range;
+      if (acceptable(text, range, view, base)) found = range;
     }
     if (found) return found;
     if (base == within.begin) break;
@@ -157,9 +163,10 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
   Windows windows(text);
   Regex::Matcher matcher(*regex);
   Regex::Options how;
-  how.endsLine = within.end == text.size() || text.at(within.end) == '\n' || text.at(within.end) == '\r';
+  const bool endsLine = within.end == text.size() || text.at(within.end) == '\n' || text.at(within.end) == '\r';
   const std::int64_t usual = regex->needsWholeText() ? text.size().value + 1024 : usualWindow();
   std::int64_t grown = usual, effort = 2 * text.size().value + (std::int64_t(4) << 30);
+  const char breaker = text.lineMode() == LineMode::lf ? '\n' : '\r';
   ByteOffset required = within.begin;   // the first place at or behind the last look that holds a required byte
   ByteOffset at = within.begin;
   // CR LF is one break: no line begins or ends inside it.
@@ -174,8 +181,14 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
     const bool growing = grown > usual;
     const std::int64_t size = growing ? grown : std::min(grown, lastStart - at + 1024);
     auto view = windows.ahead(base, at - base + size, within.end).substr(0, static_cast<std::size_t>(at - base + size));
-    how.last = base + length(view) == within.end;
-    if (!how.last) {   // no half character, no half CR LF at the end
+    const bool last = base + length(view) == within.end;
+    const auto lines = !last && !growing && regex->staysInLine() ? view.rfind(breaker) + 1 : 0;   // 0: none ends here
+    const bool wholeLines = lines > static_cast<std::size_t>(at - base);
+    how.last = last || wholeLines;
+    how.endsLine = endsLine || wholeLines;
+    if (wholeLines) {
+      view = view.substr(0, lines);
+    } else if (!last) {   // no half character, no half CR LF at the end
       std::size_t cut = view.size();
       while (cut > 0 && view.size() - cut < 3 && (static_cast<unsigned char>(view[cut - 1]) & 0xC0) == 0x80) --cut;
       if (cut > 0 && static_cast<unsigned char>(view[cut - 1]) >= 0xC0 && decode(view.substr(cut - 1)).bad) view = view.substr(0, cut - 1);
@@ -190,8 +203,14 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
       how.onlyAtStart = growing;
       const Regex::Outcome result = matcher.match(from, how);
       switch (result.kind) {
-        case Regex::Outcome::failed: return result.error;
+        case Regex::Outcome::failed: return matcher.error();
         case Regex::Outcome::found: {
+          if (wholeLines && result.begin == view.size()) {   // the next line's affair
+            at = base + length(view);
+            if (from < result.begin) how.notEmptyAtStart = false;
+            more = false;
+            break;
+          }
           const ByteRange range{base + static_cast<std::int64_t>(result.begin), base + static_cast<std::int64_t>(result.end)};
           if (range.begin > lastStart) return {};
           // At the cut end of the range the matcher could not see whether the word goes on.
@@ -220,7 +239,7 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
             how.notEmptyAtStart = false;
             break;
           }
-          if (how.last) {
+          if (last) {
             pace.go(within.length());
             return {};
           }

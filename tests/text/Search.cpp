@@ -147,7 +147,8 @@ TEST(Search, RepetitiveTextIsLinear) {
 TEST(Search, RegexEqualsOneLoopOverTheWholeText) {
   const char* patterns[] = {"a",       "a+",       "^",        "$",       "^$",      "^a",         "b$",          "\\s+",         "\\w+",          ".*",      ".+$",     "x*",     "[^a]+",
                             "a\\n",    "a\\r?\\nb", "(?s)a.*b", "(?s)a.*?b", "\\bab?", "(?<=a)b",  "(?<=\\n)a",    "(?<!a)b",      "a(?=b)",        "a(?!b)",  "\\Aa",    "b\\z",   "a\\Z",
-                            "\\R",     "(a|b)\\1", "[\\x{e9}a]", "(?i)A", "\\X",     "\\r", "(?m)^b|a$",     "a|^|b",   "\\B",     "\\Ga",   "(?:a|\\s)*b"};
+                            "\\R",     "(a|b)\\1", "[\\x{e9}a]", "(?i)A", "\\X",     "\\r", "(?m)^b|a$",     "a|^|b",   "\\B",     "\\Ga",   "(?:a|\\s)*b",
+                            "[\\t-a]+", "[ -b]+$", "\\S+\\b",  "[]a]b?$",   "a*?$",        "(?:^|b)a?"};
   const std::array<std::string, 14> alphabet{"a", "b", "ab", "A", " ", ".", "\n", "\r\n", "\r", "\n\n", "\u00E9", "\U0001F600", "\xFF", "\xC3"};
   std::mt19937 random(9);
   for (int round = 0; round < 250; ++round) {
