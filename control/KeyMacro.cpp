@@ -10,6 +10,9 @@
 
 namespace {
 
+// A recording that plays other macros could grow without end.
+constexpr std::size_t kMostSteps = 10000;
+
 const Command& named(const char* name) { return *anyCommandByName(QString::fromLatin1(name)); }
 
 bool isOneOf(const Command& command, std::initializer_list<const char*> names) {
@@ -149,7 +152,7 @@ void KeyMacros::cancelRecording() { recording_ = false; }
 void KeyMacros::noteCommand(int id, const QVariant& argument) {
   const Command* command = anyCommandById(id);
   // What shows a window or belongs to the recording itself is not played again.
-  if (!recording_ || !command || isOneOf(*command, {"MACRORECORD", "MACROPLAY", "FIND", "FINDREPLACE"})) return;
+  if (!recording_ || !command || recorded_.steps.size() >= kMostSteps || isOneOf(*command, {"MACRORECORD", "MACROPLAY", "FIND", "FINDREPLACE"})) return;
   const auto noteText = [this](const char* setter, QString& noted, const QString& now) {
     if (noted == now && !noted.isNull()) return;
     noted = now.isNull() ? QStringLiteral("") : now;
@@ -165,7 +168,7 @@ void KeyMacros::noteCommand(int id, const QVariant& argument) {
 }
 
 void KeyMacros::noteText(const QString& text) {
-  if (!recording_ || text.isEmpty()) return;
+  if (!recording_ || text.isEmpty() || recorded_.steps.size() >= kMostSteps) return;
   if (!recorded_.steps.empty() && recorded_.steps.back().command == 0)
     recorded_.steps.back().argument = recorded_.steps.back().argument.toString() + text;
   else
