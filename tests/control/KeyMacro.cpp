@@ -1,0 +1,102 @@
+#include "control/KeyMacro.h"
+
+#include "base/Program.h"
+
+#include "control/KeyCommands.h"
+#include "control/KeyMap.h"
+#include "tests/control/EditorFixture.h"
+
+namespace {
+
+QKeySequence keys(const char* text) { return QKeySequence(QString::fromLatin1(text), QKeySequence::PortableText); }
+
+class KeyMacroTest : public testing::Test {
+ protected:
+  void TearDown() override {
+    keyMacros().cancelRecording();
+    keyMacros().fromText({});
+    keyMap().restoreDefaults();
+    searchState() = {};
+  }
+};
+
+}  // namespace
+
+TEST_F(KeyMacroTest, RecordsWhatTheUserDoesAndPlaysIt) {
+  EditorFixture f("|one two\nfour five\nsix seven\n");
+  const auto key = [&f](const char* name) { executeAny(f.editor, anyCommandByName(QString::fromLatin1(name))->id); };
+  f.run("CHARRIGHT");                 // before the recording
+  key("MACRORECORD");
+  key("HOME");
+  f.editor.typeText(QStringLiteral("<"));
+  f.editor.typeText(QStringLiteral("\""));
+  f.run("WORDUPPERCASE");
+  f.editor.execute(212);
+  {
+    const BusyGuard busy;             // the program's own doing is no part of it
+    f.run("SELECTALL");
+    f.run("DOCUMENTSTART");
+    f.run("LINEDOWN");
+  }
+  f.run("GOTOLINE", 2);
+  key("MACRORECORD");
+  ASSERT_EQ(keyMacros().names(), QStringList(QStringLiteral("Macro 1")));
+  EXPECT_EQ(keyMacros().toText().toStdString(), "[Macro 1]\nHOME\nTYPE \"<\\\"\"\nWORDUPPERCASE\nNEWLINE\nGOTOLINE 2");
+
+  f.show("|one two\nfour five\nsix seven\n");
+  const std::string before = f.bytes();
+  EXPECT_TRUE(keyMacros().play(f.editor, QStringLiteral("Macro 1"), 2));
+  EXPECT_EQ(f.bytes(), "<\"ONE\n two\n<\"FOUR\n five\nsix seven\n");
+  EXPECT_TRUE(f.editor.undo());
+  EXPECT_EQ(f.bytes(), before) << "one undo step";
+  EXPECT_FALSE(keyMacros().play(f.editor, QStringLiteral("unknown")));
+}
+
+TEST_F(KeyMacroTest, SearchesPlayWithTheTextThatWasRecorded) {
+  EditorFixture f("|ab ab ab x");
+  searchState().findText = QStringLiteral("ab");
+  keyMacros().toggleRecording();
+  f.run("FINDNEXT");
+  f.editor.typeText(QStringLiteral("z"));
+  keyMacros().toggleRecording();
+  searchState().findText = QStringLiteral("other");
+  f.show("|ab ab ab x");
+  keyMacros().play(f.editor, keyMacros().current(), 1000);   // ends with the search that finds nothing
+  EXPECT_EQ(f.bytes(), "z z z x");
+}
+
+TEST_F(KeyMacroTest, PlayedInsideARecordingBecomesPartOfIt) {
+  EditorFixture f("|");
+  keyMacros().set({QStringLiteral("inner"), {{0, QStringLiteral("i")}, {212, {}}}});
+  keyMacros().toggleRecording();
+  f.editor.typeText(QStringLiteral("o"));
+  keyMacros().play(f.editor, QStringLiteral("inner"));
+  keyMacros().toggleRecording();
+  EXPECT_EQ(keyMacros().find(QStringLiteral("Macro 1"))->steps, (std::vector<KeyMacroStep>{{0, QStringLiteral("oi")}, {212, {}}}));
+}
+
+TEST_F(KeyMacroTest, TextRoundTrips) {
+  const QString text = QStringLiteral(
+      "[A = b, c] Ctrl+Alt+1; Ctrl+K, 1\nTYPE \"tab\\t line\\n quote\\\" back\\\\ bell\\u0007 bad\\udcff öß😀 [x]\"\nGOTOLINE 12\n"
+      "SETFINDTEXT \"\"\nINSERTCHAR \"x\"\nCOLUMNDOWNEXTEND\n[Empty]\n[x]\nUNDO");
+  EXPECT_EQ(keyMacros().fromText(text), 0);
+  EXPECT_EQ(keyMacros().toText().toStdString(), text.toStdString());
+  EXPECT_EQ(keyMap().actionOf(keys("Ctrl+K, 1")).macro, QStringLiteral("A = b, c"));
+  EXPECT_EQ(keyMap().toText(), QString());            // keys of macros stand with the macros
+  const auto& typed = keyMacros().find(QStringLiteral("A = b, c"))->steps[0].argument;
+  EXPECT_EQ(fromQString(typed.toString()), "tab\t line\n quote\" back\\ bell\x07 bad\xFF öß😀 [x]");
+
+  EXPECT_TRUE(keyMacros().rename(QStringLiteral("A = b, c"), QStringLiteral("B")));
+  EXPECT_EQ(keyMap().actionOf(keys("Ctrl+Alt+1")).macro, QStringLiteral("B"));
+  EXPECT_FALSE(keyMacros().rename(QStringLiteral("B"), QStringLiteral("x")));
+  keyMacros().remove(QStringLiteral("B"));
+  EXPECT_TRUE(keyMap().actionOf(keys("Ctrl+Alt+1")).isNone());
+  for (const char* bad : {"", " ", "a]b", "a\nb", " a"}) EXPECT_FALSE(keyMacros().set({QString::fromUtf8(bad), {}})) << bad;
+}
+
+TEST_F(KeyMacroTest, UnknownLinesAreSkippedAndCounted) {
+  EXPECT_EQ(keyMacros().fromText(QStringLiteral("UNDO\n[ok] Ctrl+9\r\nundo\r\nNOSUCH\nUNDO 3\nGOTOLINE x\nTYPE x\nTYPE \"a\\q\"\n"
+                                                "TYPE \"a\\u12\"\nTYPE \"a\"b\"\nMACROPLAY\n[\nREDO\n[]\nREDO\n[two] Ctrl+1, 2, 3, 4\nREDO")),
+            14);
+  EXPECT_EQ(keyMacros().toText().toStdString(), "[ok] Ctrl+9\nUNDO\n[two]\nREDO");
+}

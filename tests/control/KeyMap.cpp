@@ -1,0 +1,102 @@
+#include "control/KeyMap.h"
+
+#include <gtest/gtest.h>
+
+#include <QKeyEvent>
+
+#include "control/KeyCommands.h"
+
+namespace {
+
+QKeySequence keys(const char* text) { return QKeySequence(QString::fromLatin1(text), QKeySequence::PortableText); }
+int idOf(const char* name) { return anyCommandByName(QString::fromLatin1(name))->id; }
+int stroke(int key, Qt::KeyboardModifiers modifiers = {}) { return KeyMap::strokeOf(QKeyEvent(QEvent::KeyPress, key, modifiers)); }
+
+}  // namespace
+
+TEST(KeyMap, EveryDefaultKeyRunsItsCommand) {
+  const KeyMap map;
+  QHash<QString, QString> seen;
+  for (std::span<const Command> table : {commands(), keyCommands()})
+    for (const Command& command : table)
+      for (const QString& text : QString::fromLatin1(command.keys).split(QStringLiteral("; "), Qt::SkipEmptyParts)) {
+        const QKeySequence sequence(text, QKeySequence::PortableText);
+        EXPECT_EQ(sequence.toString(QKeySequence::PortableText), text) << command.name;
+        EXPECT_EQ(map.actionOf(sequence).command, command.id) << command.name << ' ' << text.toStdString();
+        EXPECT_FALSE(seen.contains(text)) << text.toStdString() << " stands twice";
+        EXPECT_TRUE(map.conflicts(sequence) == QList{sequence}) << text.toStdString() << " is in the way of another";
+        seen.insert(text, text);
+      }
+  EXPECT_GT(seen.size(), 90);
+  // Keys that the frame has for itself.
+  for (const char* frames : {"Ctrl+N", "Ctrl+O", "Ctrl+S", "Ctrl+P", "Ctrl+W", "Ctrl+F", "Ctrl+H", "Ctrl+G", "F1", "F2", "F3",
+                             "F5", "F6", "Ctrl+F2", "Shift+F1", "Shift+F2", "Shift+F3", "Ctrl+Shift+F1", "Ctrl+F4", "Ctrl+Shift+S"})
+    EXPECT_TRUE(map.actionOf(keys(frames)).isNone()) << frames;
+}
+
+TEST(KeyMap, FindsStrokes) {
+  const KeyMap map;
+  KeyAction action;
+  EXPECT_EQ(map.find(stroke(Qt::Key_Z, Qt::ControlModifier), 0, &action), KeyMap::Match::exact);
+  EXPECT_EQ(action.command, idOf("UNDO"));
+  EXPECT_EQ(map.find(stroke(Qt::Key_Left, Qt::KeypadModifier), 0, &action), KeyMap::Match::exact);
+  EXPECT_EQ(action.command, idOf("CHARLEFT"));
+  EXPECT_EQ(map.find(stroke(Qt::Key_Backtab, Qt::ShiftModifier), 0, &action), KeyMap::Match::exact);
+  EXPECT_EQ(action.command, idOf("UNINDENTSELECTION"));
+  const int prefix = stroke(Qt::Key_K, Qt::ControlModifier);
+  EXPECT_EQ(map.find(prefix, 0, &action), KeyMap::Match::partial);
+  EXPECT_EQ(map.find(prefix, stroke(Qt::Key_U, Qt::ControlModifier), &action), KeyMap::Match::exact);
+  EXPECT_EQ(action.command, idOf("WORDUPPERCASE"));
+  EXPECT_EQ(map.find(prefix, stroke(Qt::Key_U), &action), KeyMap::Match::none);
+  EXPECT_EQ(map.find(stroke(Qt::Key_A), 0, &action), KeyMap::Match::none);
+  EXPECT_EQ(stroke(Qt::Key_Shift, Qt::ShiftModifier), 0);
+}
+
+TEST(KeyMap, BindsUnbindsAndTellsConflicts) {
+  KeyMap map;
+  const KeyAction undo{idOf("UNDO"), {}};
+  EXPECT_TRUE(map.bind(keys("Ctrl+Q"), undo));
+  EXPECT_FALSE(map.isDefault(keys("Ctrl+Q")));
+  EXPECT_TRUE(map.keysOf(undo).contains(keys("Ctrl+Q")));
+  EXPECT_FALSE(map.bind({}, undo));
+  EXPECT_FALSE(map.bind(keys("Ctrl+A, B, C"), undo));
+  EXPECT_EQ(map.conflicts(keys("Ctrl+Q, A")), QList{keys("Ctrl+Q")});
+  EXPECT_TRUE(map.conflicts(keys("Ctrl+K")).contains(keys("Ctrl+K, Ctrl+U")));
+  EXPECT_TRUE(map.conflicts(keys("Ctrl+K, 9")).isEmpty());
+
+  map.bind(keys("Ctrl+Q"), {});
+  EXPECT_TRUE(map.actionOf(keys("Ctrl+Q")).isNone());
+  EXPECT_TRUE(map.isDefault(keys("Ctrl+Q")));
+  // A prefix whose last sequence goes is a key like any other.
+  map.bind(keys("Ctrl+J, A"), undo);
+  map.bind(keys("Ctrl+J, A"), {});
+  KeyAction action;
+  EXPECT_EQ(map.find(stroke(Qt::Key_J, Qt::ControlModifier), 0, &action), KeyMap::Match::none);
+  map.bind(keys("Ctrl+Z"), {});
+  map.restoreDefaults();
+  EXPECT_EQ(map.actionOf(keys("Ctrl+Z")), undo);
+  EXPECT_EQ(map.toText(), QString());
+}
+
+TEST(KeyMap, TextRoundTripsAndSkipsWhatItDoesNotKnow) {
+  KeyMap map;
+  map.bind(keys("Ctrl+Z"), {});
+  map.bind(keys("Ctrl+="), {idOf("REDO"), {}});
+  map.bind(keys("Ctrl+J, Alt+X"), {idOf("WORDCAPITALIZE"), {}});
+  map.bind(keys("Left"), {idOf("WORDLEFT"), {}});
+  map.bind(keys("Ctrl+M"), {0, QStringLiteral("mine")});
+  const QString text = map.toText();
+  EXPECT_EQ(text, QStringLiteral("Ctrl+==REDO\nCtrl+J, Alt+X=WORDCAPITALIZE\nCtrl+Z=\nLeft=WORDLEFT"));
+  KeyMap other;
+  other.bind(keys("Ctrl+M"), {0, QStringLiteral("mine")});
+  other.bind(keys("Ctrl+9"), {idOf("REDO"), {}});   // goes: the text says all
+  EXPECT_EQ(other.fromText(text), 0);
+  EXPECT_EQ(other.toText(), text);
+  EXPECT_EQ(other.actionOf(keys("Ctrl+M")).macro, QStringLiteral("mine"));
+  EXPECT_TRUE(other.actionOf(keys("Ctrl+9")).isNone());
+
+  EXPECT_EQ(other.fromText(QStringLiteral("\r\nCtrl+1=undo\r\nnonsense\n=UNDO\nCtrl+2=NOSUCH\nCtrl+A, B, C, D=UNDO\nHyper+=UNDO\n\x01=\n")), 6);
+  EXPECT_EQ(other.actionOf(keys("Ctrl+1")).command, idOf("UNDO"));
+  EXPECT_TRUE(other.actionOf(keys("Ctrl+2")).isNone());
+  EXPECT_EQ(other.actionOf(keys("Ctrl+Z")).command, idOf("UNDO"));
+}
