@@ -37,7 +37,7 @@ KeyMap::Strokes KeyMap::strokesOf(const QKeySequence& keys) {
   Strokes strokes = 0;
   for (int i = 0; i < 2; ++i) {
     const int stroke = i < keys.count() ? plainStroke(keys[static_cast<uint>(i)].toCombined()) : 0;
-    if (i < keys.count() && (stroke & ~kModifiers) == 0) return 0;
+    if (i < keys.count() && (stroke & ~kModifiers) < 0x20) return 0;   // a modifier alone, or no key
     if ((stroke & ~kModifiers) == Qt::Key_unknown) return 0;
     strokes = strokes << 32 | static_cast<quint32>(stroke);
   }

@@ -48,6 +48,7 @@ void oneRun(unsigned seed, int steps) {
     const std::string name = command->name;
     if (random() % 4 == 0) f.editor.typeText(toQString(randomText(random, 1 + random() % 3)));
     if (random() % 3 == 0) f.editor.repeatCount = 1 + static_cast<int>(random() % 3);
+    if (f.editor.snapshot().size() < text::ByteOffset(30)) f.editor.replaceSelection(toQString(randomText(random, 60)));
     // The text stays small: searching and pasting over and over makes it grow without end.
     if (f.editor.snapshot().size() > text::ByteOffset(4000)) {
       f.run("SELECTALL");
@@ -60,6 +61,7 @@ void oneRun(unsigned seed, int steps) {
     ASSERT_NO_FATAL_FAILURE(checkSelection(f)) << name << " at step " << i;
     f.editor.document().checkInvariants();
   }
+  while (f.editor.redo()) {}   // some of the last commands may have been undo
   const std::string last = f.bytes();
   while (f.editor.undo()) checkSelection(f);
   EXPECT_EQ(f.bytes(), first);
