@@ -35,3 +35,6 @@ std::vector<CommandCase> moveCases();
 std::vector<CommandCase> editCases();
 std::vector<CommandCase> lineCases();
 std::vector<CommandCase> findCases();
+
+// Runs them: after as said, one undo step back and again; and on a read-only text nothing changes.
+void checkCases(const std::vector<CommandCase>& cases);

@@ -158,3 +158,5 @@ std::vector<CommandCase> editCases() {
        }}},
   };
 }
+
+TEST(CommandCasesEdit, DoWhatTheySay) { checkCases(editCases()); }

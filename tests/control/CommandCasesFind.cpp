@@ -66,3 +66,5 @@ std::vector<CommandCase> findCases() {
       {"REPLACEALLINSELECTION", "a#aa\na\naa|a", "a#xa\na\nax|a", {.find = "a", .replace = "x", .note = "2 replaced"}},
   };
 }
+
+TEST(CommandCasesFind, DoWhatTheySay) { checkCases(findCases()); }

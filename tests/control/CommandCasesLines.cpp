@@ -61,3 +61,5 @@ std::vector<CommandCase> lineCases() {
       {"UNTABIFYSELECTION", "a#\tb\tc\na\tb|\tc", "a#   b\tc\na   b|\tc"},
   };
 }
+
+TEST(CommandCasesLines, DoWhatTheySay) { checkCases(lineCases()); }

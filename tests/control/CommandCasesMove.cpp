@@ -165,3 +165,5 @@ std::vector<CommandCase> moveCases() {
       {"BOOKMARKJUMPTOLAST", "a|", "a|"},
   };
 }
+
+TEST(CommandCasesMove, DoWhatTheySay) { checkCases(moveCases()); }
