@@ -159,9 +159,10 @@ void frmDocument::RowAndCol() {
 
 void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   QString error;
+  const bool again = shared_->hasName && path == shared_->name;
   {
     const Hourglass hourglass;
-    error = shared_->hasName && path == shared_->name ? reload(path) : cmx->OpenFile(path);
+    error = again ? reload(path) : cmx->OpenFile(path);
   }
   loaded = error.isEmpty();
   if (!loaded) {
@@ -175,7 +176,8 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   // A 16-bit encoding has the byte of a line feed inside other characters; there the control knows better.
   const text::Encoding encoding = cmx->fileFormat().encoding;
   const bool wide = encoding == text::Encoding::utf16le || encoding == text::Encoding::utf16be;
-  if (!wide) {
+  // A file cut to nothing says nothing about the text that may come back by undo.
+  if (!wide && !(again && cmx->LineCount() == 1)) {
     const bool crlf = SetCRLF(path);
     if (crlf != cmx->EnableCRLF()) cmx->setEnableCRLF(crlf);
   }
@@ -246,7 +248,9 @@ bool frmDocument::SaveDocumment(const QString& path) {
   };
   const QString title = tr("Saving ") + path;
   text::SaveResult result = save(true);
-  if (result.changedOnDisk) {
+  if (result.changedOnDisk && !text::fileExists(fromQString(path))) {
+    result = save(false);   // it has gone: nobody's work is there to be lost
+  } else if (result.changedOnDisk) {
     const OwnBox box(*this);
     const QString question = tr("%1 has been changed on disk by another program.\r\nDo you want to overwrite it?");
     if (MsgBox(question.arg(plainForDisplay(path)), title, Icon::exclamation, Buttons::yesNo) != Answer::yes) return false;

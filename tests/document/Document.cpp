@@ -1,0 +1,401 @@
+// The document window: loading, saving, languages, comments, words and what it tells the frame.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+
+#include "document/modRegistry.h"
+#include "tests/document/DocumentFixture.h"
+
+namespace {
+
+QString q(const char* text) { return QString::fromUtf8(text); }
+
+class Document : public DocumentFixture {};
+class DocumentLanguage : public DocumentFixture {};
+class DocumentClose : public DocumentFixture {};
+
+TEST_F(Document, LoadTellsTheFrame) {
+  ScriptedDialogs boxes;
+  const QString file = write("a.v", "one\ntwo\n");
+  frmDocument document;
+  EXPECT_FALSE(document.DocumentHasName());
+  EXPECT_FALSE(document.Timer1->isActive());
+  EXPECT_EQ(document.Timer1->interval(), 4000);
+  bool loaded = false;
+  document.LoadDocument(file, loaded);
+  EXPECT_TRUE(loaded);
+  EXPECT_TRUE(document.DocumentHasName());
+  EXPECT_TRUE(document.Timer1->isActive());
+  EXPECT_FALSE(document.cmx->Modified());
+  EXPECT_EQ(main.panels[2], q("3 Lines"));
+  EXPECT_EQ(main.panels[1], file);
+  EXPECT_TRUE(main.unixFile);
+  document.RowAndCol();
+  EXPECT_EQ(main.panels[2], q("1,0"));
+}
+
+TEST_F(Document, FailedLoadSaysWhyAndChangesNothing) {
+  const QString unreadable = write("locked.v", "x");
+  ::chmod(unreadable.toUtf8().constData(), 0);
+  ASSERT_EQ(::mkfifo(path("fifo").toUtf8().constData(), 0600), 0);
+  QStringList bad{path("none.v"), dir.path(), path("fifo"), path("no/such/folder.v")};
+  if (::geteuid() != 0) bad << unreadable;
+  for (const QString& name : bad) {
+    SCOPED_TRACE(name.toStdString());
+    ScriptedDialogs boxes;
+    boxes.answer(Answer::ok);
+    frmDocument document;
+    document.setUntitled(q("Untitled 1"), dir.path());
+    document.cmx->setText(q("kept"));
+    bool loaded = true;
+    document.LoadDocument(name, loaded);
+    EXPECT_FALSE(loaded);
+    EXPECT_FALSE(document.DocumentHasName());
+    EXPECT_FALSE(document.Timer1->isActive());
+    EXPECT_EQ(document.cmx->Text(), q("kept"));
+    EXPECT_TRUE(boxes.last().text.startsWith(q("File Open Error : "))) << boxes.last().text.toStdString();
+    EXPECT_GT(boxes.last().text.size(), 19);
+    EXPECT_EQ(boxes.last().title, q("Opening ") + name);
+    EXPECT_EQ(boxes.last().icon, Icon::exclamation);
+  }
+}
+
+TEST_F(Document, FirstLineDecidesLineEnds) {
+  struct Case {
+    const char* name;
+    QByteArray bytes;
+    bool win;
+  };
+  for (const Case& c : {Case{"LF", "a\nb\r\n", false}, Case{"CR LF", "a\r\nb\n", true}, Case{"empty", "", true},
+                        Case{"no line end", "abc", true}, Case{"LF first", "\n", false}, Case{"CR LF first", "\r\n", true},
+                        Case{"LF behind a long line", QByteArray(40000, 'x') + "\n", false},
+                        Case{"CR LF across a block", QByteArray(16383, 'x') + "\r\n", true}}) {
+    SCOPED_TRACE(c.name);
+    const auto document = opened(write("f.txt", c.bytes));
+    EXPECT_EQ(document->SetCRLF(path("f.txt")), c.win);
+    EXPECT_EQ(document->cmx->EnableCRLF(), c.win);
+    EXPECT_EQ(main.unixFile, !c.win);
+    EXPECT_TRUE(document->SaveDocumment(path("f.txt")));
+    EXPECT_EQ(read(path("f.txt")), c.bytes) << "looking at line ends must not change them";
+    main.open.clear();
+  }
+  frmDocument document;
+  EXPECT_FALSE(document.SetCRLF(path("not there")));
+  // In a 16-bit encoding the byte of a line feed is half of other characters.
+  const auto wide = opened(write("wide.txt", QByteArray("\xFF\xFE\x0A\x01\x0D\x00\x0A\x00", 8)));
+  EXPECT_TRUE(wide->cmx->EnableCRLF());
+}
+
+TEST_F(Document, SaveKeepsBytesAndLeavesNothingBehind) {
+  ScriptedDialogs boxes;
+  const QByteArray bytes("a\r\nb\nc\0d\xFF\xC3\xA4", 12);
+  const auto document = opened(write("mixed.txt", bytes));
+  document->cmx->InsertText(q("x"), {0, 0});
+  EXPECT_TRUE(document->DocumentModified());
+  EXPECT_EQ(document->Caption(), q("mixed.txt*"));
+  document->DocumentChanged(true);
+  EXPECT_EQ(document->windowTitle(), q("mixed.txt*")) << "one star, however often it is told";
+  main.panels[1].clear();
+  EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
+  EXPECT_EQ(read(path("mixed.txt")), "x" + bytes);
+  EXPECT_FALSE(document->cmx->Modified());
+  EXPECT_FALSE(document->DocumentModified());
+  EXPECT_EQ(document->windowTitle(), q("mixed.txt"));
+  EXPECT_EQ(main.panels[1], path("mixed.txt"));
+  EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{q("mixed.txt")});
+  document->cmx->ExecuteCmd(129);
+  EXPECT_TRUE(document->DocumentModified());
+  document->cmx->ExecuteCmd(139);
+  EXPECT_FALSE(document->DocumentModified()) << "back at what was saved";
+}
+
+TEST_F(Document, FailedSaveSaysWhyAndStaysModified) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("a.txt", "old\n"));
+  document->cmx->setText(q("new"));
+  const QString target = path("no/such/folder/a.txt");
+  boxes.answer(Answer::ok);
+  EXPECT_FALSE(document->SaveDocumment(target));
+  EXPECT_TRUE(boxes.last().text.startsWith(q("File Save Error : ")));
+  EXPECT_EQ(boxes.last().title, q("Saving ") + target);
+  EXPECT_EQ(boxes.last().icon, Icon::exclamation);
+  EXPECT_TRUE(document->DocumentModified());
+  EXPECT_EQ(document->CurrentFileName(), path("a.txt"));
+  EXPECT_EQ(read(path("a.txt")), "old\n");
+
+  // A character that does not fit the file's encoding is found before anything is written.
+  document->cmx->setFileFormat({text::Encoding::latin1, false});
+  document->cmx->setText(QString::fromUtf8("\xE2\x82\xAC"));
+  boxes.answer(Answer::ok);
+  EXPECT_FALSE(document->SaveDocumment(path("a.txt")));
+  EXPECT_TRUE(boxes.last().text.startsWith(q("File Save Error : ")));
+  EXPECT_EQ(read(path("a.txt")), "old\n");
+}
+
+TEST_F(Document, WordsSelectionsAndPositions) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("w.v", "alpha beta\ngamma\n"));
+  select(*document, 0, 7, 0, 7);
+  EXPECT_EQ(document->GetCurrentWord(), q("beta"));
+  EXPECT_EQ(document->GetCurrentWordLength(), 4);
+  EXPECT_FALSE(document->isSelection());
+  // Selected backwards: the caret is where the selection ends for the reader, not its lower end.
+  select(*document, 1, 2, 0, 4);
+  EXPECT_TRUE(document->isSelection());
+  EXPECT_EQ(document->CurrentPosition(), (CmPosition{0, 4}));
+  EXPECT_EQ(main.panels[2], q("1,4"));
+  EXPECT_EQ(document->GetCurrentWord(), q("a beta\nga"));
+}
+
+TEST_F(Document, EventsOfTheText) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("e.v", "text\n"), 1);
+  main.templateQuestions.clear();
+  select(*document, 0, 2, 0, 2);
+  EXPECT_EQ(main.templateQuestions.last(), false) << "moving the caret expands nothing";
+  emit document->cmx->Return();
+  EXPECT_EQ(main.templateQuestions.last(), true);
+  emit document->cmx->Typed();
+  EXPECT_EQ(main.templateQuestions.last(), true);
+  main.templateThere = true;
+  emit document->cmx->Return();
+  EXPECT_TRUE(main.templatePanel);
+  document->SetLanguage(0);
+  const auto asked = main.templateQuestions.size();
+  emit document->cmx->Return();
+  EXPECT_FALSE(main.templatePanel);
+  EXPECT_EQ(main.templateQuestions.size(), asked) << "without a language nobody is asked";
+  {
+    const BusyGuard busy;
+    main.panels[2].clear();
+    select(*document, 0, 1, 0, 1);
+    EXPECT_EQ(main.panels[2], QString()) << "while a command string runs the panel keeps still";
+    manager.setListLanguage(2);
+    emit document->cmx->GotFocus();
+    EXPECT_EQ(manager.ListLanguage(), 2);
+  }
+  bool handled = false;
+  emit document->cmx->RClick({1, 1}, &handled);
+  EXPECT_TRUE(handled);
+  EXPECT_TRUE(main.calls.contains(q("popup")));
+}
+
+TEST_F(Document, FocusShowsItsState) {
+  ScriptedDialogs boxes;
+  const auto unix = opened(write("u.v", "a\n"), 1);
+  const auto win = opened(write("w.vhd", "a\r\n"), 2);
+  win->cmx->setText(q("changed"));
+  frmRegistry::instance().GetProfile(main, q("mnuFileMRU"));
+  emit win->cmx->GotFocus();
+  EXPECT_FALSE(main.unixFile);
+  EXPECT_EQ(manager.ListLanguage(), 2);
+  EXPECT_EQ(main.panels[1], path("w.vhd"));
+  EXPECT_TRUE(main.activeModified);
+  EXPECT_TRUE(main.undoRedo.first);
+  EXPECT_TRUE(win->Timer1->isActive());
+  emit win->cmx->LostFocus();
+  EXPECT_FALSE(win->Timer1->isActive());
+  emit unix->cmx->GotFocus();
+  EXPECT_TRUE(main.unixFile);
+  EXPECT_EQ(manager.ListLanguage(), 1);
+  EXPECT_FALSE(main.activeModified);
+  EXPECT_TRUE(main.anyModified);
+}
+
+TEST_F(Document, OptionsAreStoredByTheControlThatChangedThem) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("p.v", ""), 1);
+  document->cmx->setTabSize(7);
+  emit document->cmx->PropsChange();
+  EXPECT_EQ(document->LanguageIndex(), 1);
+  frmDocument fresh;
+  EXPECT_EQ(fresh.cmx->TabSize(), 7);
+}
+
+// ---- languages and comments
+
+TEST_F(DocumentLanguage, BindsAndUnbinds) {
+  ScriptedDialogs boxes;
+  frmDocument document;
+  EXPECT_EQ(document.LineComment(), QString());
+  document.SetLanguage(1);
+  EXPECT_EQ(document.cmx->Language(), q("Verilog"));
+  EXPECT_EQ(document.LanguageIndex(), 1);
+  EXPECT_EQ(manager.ListLanguage(), 1);
+  EXPECT_EQ(document.LineComment(), q("//"));
+  EXPECT_EQ(document.BlockCommentStart(), q("/*"));
+  EXPECT_EQ(document.BlockCommentEnd(), q("*/"));
+  document.SetLanguage(0);
+  EXPECT_EQ(document.cmx->Language(), QString());
+  EXPECT_EQ(manager.ListLanguage(), 0);
+  EXPECT_EQ(document.LineComment(), q("//")) << "the marks stay as they are";
+  for (const int outside : {-1, 4, 99}) {
+    document.SetLanguage(outside);
+    EXPECT_EQ(document.LanguageIndex(), 0) << outside;
+  }
+}
+
+TEST_F(DocumentLanguage, RefusedDefinitionIsReported) {
+  ScriptedDialogs boxes;
+  frmDocument document;
+  document.cmx->setText(q("text"));
+  boxes.answer(Answer::ok);
+  document.SetLanguage(3);
+  EXPECT_EQ(boxes.last().text,
+            q("Language Definition Broken Contains error : Please check that multi-line comments match"));
+  EXPECT_EQ(boxes.last().icon, Icon::exclamation);
+  EXPECT_EQ(document.cmx->Language(), QString());
+  EXPECT_EQ(document.cmx->Text(), q("text"));
+  EXPECT_EQ(document.LineComment(), q("!"));
+}
+
+TEST_F(DocumentLanguage, CommentAndUncomment) {
+  struct Case {
+    const char* name;
+    const char* text;
+    CmRange selection;
+    bool comment;
+    const char* expected;
+  };
+  ScriptedDialogs boxes;
+  for (const Case& c : {
+           Case{"ending at column 0 of the fourth", "a\nb\nc\nd\n", {0, 0, 3, 0}, true, "//a\n//b\n//c\n//d\n"},
+           Case{"selected backwards", "a\nb\nc\nd\n", {3, 0, 0, 0}, true, "//a\n//b\n//c\n//d\n"},
+           Case{"blank lines too", "a\n\n  b", {0, 1, 2, 0}, true, "//a\n//\n//  b"},
+           Case{"the caret's line", "a\nb\n", {1, 1, 1, 1}, true, "a\n//b\n"},
+           Case{"mixed line ends stay", "a\r\nb\nc", {0, 0, 2, 1}, true, "//a\r\n//b\n//c"},
+           Case{"blank behind the mark stays", "// a", {0, 0, 0, 0}, false, " a"},
+           Case{"indentation stays", "  //a\n\t //b", {0, 0, 1, 0}, false, "  a\n\t b"},
+           Case{"code before it", "a //b\n//c", {0, 0, 1, 1}, false, "a //b\nc"},
+           Case{"one mark each", "////a", {0, 0, 0, 0}, false, "//a"},
+           Case{"first mark decides", "x // //", {0, 0, 0, 0}, false, "x // //"},
+           Case{"nothing there", "a\n\nb", {0, 0, 2, 0}, false, "a\n\nb"},
+       }) {
+    SCOPED_TRACE(c.name);
+    const auto document = opened(write("c.v", c.text), 1);
+    document->cmx->SetSel(c.selection);
+    if (c.comment) document->CommentBlock();
+    else document->UnCommentBlock();
+    EXPECT_TRUE(document->SaveDocumment(path("c.v")));
+    EXPECT_EQ(read(path("c.v")), c.expected);
+    if (read(path("c.v")) != c.text) {
+      document->cmx->ExecuteCmd(129);
+      EXPECT_TRUE(document->SaveDocumment(path("c.v")));
+      EXPECT_EQ(read(path("c.v")), c.text) << "one step back";
+    }
+    EXPECT_FALSE(document->cmx->CanUndo());
+    main.open.clear();
+  }
+  frmDocument plain;
+  plain.cmx->setText(q("a"));
+  plain.CommentBlock();
+  plain.UnCommentBlock();
+  EXPECT_EQ(plain.cmx->Text(), q("a")) << "no mark, nothing to do";
+  plain.SetLanguage(1);
+  plain.cmx->setReadOnly(true);
+  plain.CommentBlock();
+  EXPECT_EQ(plain.cmx->Text(), q("a"));
+}
+
+TEST_F(DocumentLanguage, CommentingAgainTakesTheSameLines) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("t.v", "a\nbc\nd\n"), 1);
+  select(*document, 0, 0, 1, 1);
+  const CmRange before = document->cmx->GetSel(false);
+  document->CommentBlock();
+  EXPECT_EQ(document->cmx->GetSel(false), (CmRange{0, 0, 1, 3, false}));
+  document->UnCommentBlock();
+  EXPECT_EQ(document->cmx->GetSel(false), before);
+  EXPECT_EQ(document->cmx->Text(), q("a\nbc\nd\n"));
+}
+
+// ---- closing
+
+TEST_F(DocumentClose, AsksOnlyAboutChanges) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("a.v", "x\n"));
+  EXPECT_FALSE(document->CancelSaveFile());
+  EXPECT_TRUE(boxes.boxes.empty());
+  document->cmx->setText(q("y"));
+  const QString question = q("There are changes to the current file. Do you wish to save these changes");
+  main.active = nullptr;
+
+  boxes.answer(Answer::cancel);
+  EXPECT_TRUE(document->CancelSaveFile());
+  EXPECT_EQ(boxes.last().text, question);
+  EXPECT_EQ(boxes.last().title, q("a.v"));
+  EXPECT_EQ(boxes.last().icon, Icon::exclamation);
+  EXPECT_EQ(boxes.last().buttons, Buttons::yesNoCancel);
+
+  boxes.answer(Answer::no);
+  EXPECT_FALSE(document->CancelSaveFile());
+  EXPECT_EQ(read(path("a.v")), "x\n");
+
+  main.saves = false;
+  boxes.answer(Answer::yes);
+  EXPECT_TRUE(document->CancelSaveFile()) << "saving failed, so the text would be lost";
+
+  main.saves = true;
+  main.calls.clear();
+  boxes.answer(Answer::yes);
+  EXPECT_FALSE(document->CancelSaveFile());
+  EXPECT_EQ(main.calls, (QStringList{q("activate"), q("save")})) << "the save command works on the active document";
+  EXPECT_EQ(read(path("a.v")), "y");
+}
+
+TEST_F(DocumentClose, WindowGoesOrStays) {
+  ScriptedDialogs boxes;
+  auto document = opened(write("a.v", "x\n"));
+  document->cmx->setText(q("y"));
+  boxes.answer(Answer::cancel);
+  EXPECT_FALSE(document->close());
+  EXPECT_EQ(main.rememberedState, -1);
+  EXPECT_FALSE(main.calls.contains(q("closing")));
+  boxes.answer(Answer::no);
+  EXPECT_TRUE(document->close());
+  EXPECT_EQ(main.rememberedState, 0);
+  EXPECT_TRUE(main.calls.contains(q("closing")));
+  EXPECT_TRUE(main.calls.contains(q("windowMenu")));
+
+  frmDocument nameless;   // one that could not be loaded
+  nameless.cmx->setText(q("text"));
+  main.calls.clear();
+  EXPECT_TRUE(nameless.close());
+  EXPECT_TRUE(main.calls.isEmpty());
+}
+
+TEST_F(DocumentClose, SecondWindowSharesAllButTheCaret) {
+  ScriptedDialogs boxes;
+  auto first = opened(write("a.v", "one\ntwo\n"), 1);
+  auto second = std::make_unique<frmDocument>(*first);
+  main.open << second.get();
+  EXPECT_EQ(second->CurrentFileName(), first->CurrentFileName());
+  EXPECT_EQ(second->LanguageIndex(), 1);
+  EXPECT_EQ(second->views(), 2);
+  select(*first, 1, 1, 1, 1);
+  EXPECT_EQ(second->CurrentPosition(), (CmPosition{0, 0}));
+  second->cmx->InsertText(q("//"), {0, 0});
+  EXPECT_EQ(first->cmx->Text(), q("//one\ntwo\n"));
+  EXPECT_EQ(first->windowTitle(), q("a.v*"));
+  EXPECT_TRUE(second->close()) << "the other window still shows the text: nothing to ask";
+  second.reset();
+  EXPECT_EQ(first->views(), 1);
+  boxes.answer(Answer::cancel);
+  EXPECT_FALSE(first->close());
+}
+
+TEST_F(DocumentClose, TitlesAreNames) {
+  ScriptedDialogs boxes;
+  for (const char* name : {"a[*].v", "<b>x</b>.v", "%1%s.v", "a&b.v"}) {
+    const auto document = opened(write(QByteArray(name).replace('/', '_').constData(), "x"));
+    const QString title = QString::fromUtf8(QByteArray(name).replace('/', '_'));
+    EXPECT_EQ(document->CurrentFileTitle(), title);
+    document->cmx->setText(q("y"));
+    EXPECT_EQ(document->Caption(), title + u'*');
+    main.open.clear();
+  }
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+// Documents in a folder of their own, with a fake frame, scripted boxes and two languages.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include "document/Languages.h"
+#include "language/Registration.h"
+#include "language/ucCM.h"
+#include "tests/document/FakeFrame.h"
+#include "tests/support/ScriptedDialogs.h"
+
+class DocumentFixture : public testing::Test {
+ protected:
+  DocumentFixture() {
+    const auto add = [this](const char* name, const char* extensions, const char* token) {
+      auto language = manager.Languages()->Add(QString::fromLatin1(name));
+      language->Extension = QString::fromLatin1(extensions);
+      language->SingleComments = QString::fromLatin1(token);
+      language->Keywords = QStringLiteral("begin\r\nend\r\n");
+      return language;
+    };
+    auto verilog = add("Verilog", "v;vh", "//\r\n#\r\n");
+    verilog->MultiCommentStart = QStringLiteral("/*\r\n");
+    verilog->MultiCommentEnd = QStringLiteral("*/\r\n");
+    add("VHDL", "vhd", "--\r\n");
+    auto broken = add("Broken", "brk", "!\r\n");
+    broken->MultiCommentStart = QStringLiteral("(*\r\n{\r\n");
+    broken->MultiCommentEnd = QStringLiteral("*)\r\n");
+    before = setLanguages(&manager);
+    AddLanguages(*manager.Languages());
+  }
+  ~DocumentFixture() override {
+    RemoveLanguages();
+    setLanguages(before);
+  }
+
+  QString path(const char* name) const { return dir.filePath(QString::fromUtf8(name)); }
+  QString write(const char* name, const QByteArray& bytes) const {
+    QFile file(path(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_EQ(file.write(bytes), bytes.size());
+    return path(name);
+  }
+  static QByteArray read(const QString& name) {
+    QFile file(name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+    return file.readAll();
+  }
+  // A document as the frame makes it from a file.
+  std::unique_ptr<frmDocument> opened(const QString& name, int language = 0) {
+    auto document = std::make_unique<frmDocument>();
+    bool loaded = false;
+    document->LoadDocument(name, loaded);
+    EXPECT_TRUE(loaded);
+    document->SetLanguage(language);
+    document->setFile(name);
+    main.open << document.get();
+    main.active = document.get();
+    return document;
+  }
+  static void wait(int ms) {
+    const QDeadlineTimer end(ms);
+    do {
+      QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+      QThread::usleep(500);
+    } while (!end.hasExpired());
+  }
+  static void select(frmDocument& document, qint64 line, qint64 column, qint64 endLine, qint64 endColumn) {
+    document.cmx->SetSel({line, column, endLine, endColumn, false});
+  }
+
+  QTemporaryDir dir;
+  ucCM manager;
+  ucCM* before = nullptr;
+  FakeFrame main;
+};

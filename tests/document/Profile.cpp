@@ -1,0 +1,233 @@
+// The service form: recently-used list, window profile, menus made from data, file dialogs.
+#include <QApplication>
+#include <QScreen>
+
+#include "document/clsRegistry.h"
+#include "document/modRegistry.h"
+#include "tests/document/DocumentFixture.h"
+
+namespace {
+
+using namespace modRegistry;
+
+QString q(const char* text) { return QString::fromUtf8(text); }
+
+class Profile : public DocumentFixture {
+ protected:
+  Profile() {
+    NewKey(kGlobalKey);
+    for (const char* name : {"winTop", "winleft", "winwidth", "winheight", "winstate", "StatusBar", "ToolBar", "ewinstate"})
+      SetText(kGlobalKey, q(name), {});
+    for (int i = 0; i < 10; ++i) SetText(kGlobalKey, q("MRU%1").arg(i), {});
+    service.mruFile.setItems({});
+    folderBefore = QDir::currentPath();
+  }
+  ~Profile() override { QDir::setCurrent(folderBefore); }
+  frmRegistry& service = frmRegistry::instance();
+  QString folderBefore;
+};
+class ProfileMenus : public Profile {};
+class ProfileDialogs : public Profile {};
+
+TEST(ProfileMru, OrderAndLimits) {
+  ucMRULst list;
+  int changes = 0;
+  QObject::connect(&list, &ucMRULst::Changed, [&] { ++changes; });
+  for (int i = 1; i <= 12; ++i) list.AddItem(q("/f%1").arg(i));
+  EXPECT_EQ(list.Count(), 10);
+  EXPECT_EQ(list.Item(0), q("/f12"));
+  EXPECT_EQ(list.Item(9), q("/f3"));
+  list.AddItem(q("/f5"));
+  EXPECT_EQ(list.Count(), 10);
+  EXPECT_EQ(list.Item(0), q("/f5"));
+  list.UseItem(3);
+  EXPECT_EQ(list.Item(0), q("/f10"));
+  list.Remove(0);
+  EXPECT_EQ(list.Count(), 9);
+  EXPECT_EQ(changes, 15);
+  for (const int outside : {-1, 9, 100}) {
+    list.UseItem(outside);
+    list.Remove(outside);
+    EXPECT_EQ(list.Item(outside), QString());
+  }
+  EXPECT_EQ(changes, 15);
+  list.AddItem({});
+  EXPECT_EQ(list.Count(), 9);
+}
+
+TEST_F(Profile, SampleFilesSeedTheList) {
+  service.SetupMRUList();
+  EXPECT_EQ(service.mruFile.Count(), 9);
+  EXPECT_TRUE(service.mruFile.Item(0).endsWith(q("/Samples/sample1.vhd"))) << service.mruFile.Item(0).toStdString();
+  EXPECT_TRUE(service.mruFile.Item(8).endsWith(q("/Samples/wave.do")));
+  service.GetProfile(main, q("mnuFileMRU"));
+  EXPECT_EQ(service.mruFile.Count(), 9) << "nothing stored yet: the seed stays";
+}
+
+TEST_F(Profile, ListSurvivesARun) {
+  service.GetProfile(main, q("mnuFileMRU"));
+  service.mruFile.AddItem(q("/a&b.v"));
+  service.mruFile.AddItem(q("/second.v"));
+  service.SetProfile();
+  service.mruFile.setItems({});
+  service.GetProfile(main, q("mnuFileMRU"));
+  EXPECT_EQ(service.mruFile.items(), (QStringList{q("/second.v"), q("/a&b.v")}));
+}
+
+TEST_F(Profile, GeometryFollowsTheState) {
+  main.window.setGeometry(50, 60, 400, 300);
+  main.checks = {{q("mnuViewStatusBar"), true}, {q("mnuViewToolbar"), false}};
+  main.documentState = 2;
+  service.SaveMDIWindowProfile(main);
+  EXPECT_EQ(Number(kGlobalKey, q("winTop"), -1), 60);
+  EXPECT_EQ(Number(kGlobalKey, q("winleft"), -1), 50);
+  EXPECT_EQ(Number(kGlobalKey, q("winwidth"), -1), 400);
+  EXPECT_EQ(Number(kGlobalKey, q("winheight"), -1), 300);
+  EXPECT_EQ(Number(kGlobalKey, q("winstate"), -1), 0);
+  EXPECT_EQ(GetValue(kGlobalKey, q("StatusBar")).toString(), q("True"));
+  EXPECT_EQ(GetValue(kGlobalKey, q("ToolBar")).toString(), q("False"));
+  EXPECT_EQ(Number(kGlobalKey, q("ewinstate"), -1), 2);
+
+  for (const auto& [state, number] : {std::pair{Qt::WindowMaximized, 2}, std::pair{Qt::WindowMinimized, 1}}) {
+    main.window.setWindowState(state);
+    SetText(kGlobalKey, q("winTop"), q("61"));
+    service.SaveMDIWindowProfile(main);
+    EXPECT_EQ(Number(kGlobalKey, q("winstate"), -1), number);
+    EXPECT_EQ(Number(kGlobalKey, q("winTop"), -1), 61) << "the last normal place stays";
+  }
+
+  FakeFrame next;
+  next.checks = {{q("mnuViewStatusBar"), false}, {q("mnuViewToolbar"), true}};
+  SetNumber(kGlobalKey, q("winstate"), 2);
+  service.getFormWindowProfile(next);
+  EXPECT_TRUE(next.window.isMaximized());
+  EXPECT_TRUE(next.checks[q("mnuViewStatusBar")]);
+  EXPECT_FALSE(next.checks[q("mnuViewToolbar")]);
+  EXPECT_EQ(next.documentState, 2);
+  SetNumber(kGlobalKey, q("winstate"), 1);
+  FakeFrame minimised;
+  service.getFormWindowProfile(minimised);
+  EXPECT_FALSE(minimised.window.isMinimized()) << "who starts a program wants to see it";
+  EXPECT_EQ(minimised.window.geometry(), QRect(50, 61, 400, 300));
+}
+
+TEST_F(Profile, ForeignValuesDoNoHarm) {
+  struct Case {
+    const char *top, *left, *width, *height;
+  };
+  const QRect screen = QApplication::primaryScreen()->availableGeometry();
+  for (const Case& c : {Case{"-30000", "50000", "400", "300"}, Case{"10.5", "20.25", "400.7", "300"},
+                        Case{"0", "0", "999999999", "999999999"}, Case{"x", "y", "z", ""}, Case{"0", "0", "-5", "0"},
+                        Case{"1e300", "-1e300", "400", "300"}, Case{"nan", "inf", "400", "300"}}) {
+    SCOPED_TRACE(c.top);
+    SetText(kGlobalKey, q("winTop"), q(c.top));
+    SetText(kGlobalKey, q("winleft"), q(c.left));
+    SetText(kGlobalKey, q("winwidth"), q(c.width));
+    SetText(kGlobalKey, q("winheight"), q(c.height));
+    FakeFrame frame;
+    frame.window.resize(500, 400);
+    service.getFormWindowProfile(frame);
+    EXPECT_TRUE(screen.contains(frame.window.geometry())) << frame.window.geometry().top() << ' ' << frame.window.geometry().left();
+    EXPECT_GE(frame.window.width(), 100);
+    EXPECT_GE(frame.window.height(), 100);
+  }
+}
+
+TEST_F(Profile, MissingValuesLeaveTheirTargets) {
+  FakeFrame frame;
+  frame.checks = {{q("mnuViewStatusBar"), true}, {q("mnuViewToolbar"), true}};
+  frame.documentState = 2;
+  frame.window.setGeometry(7, 8, 333, 222);
+  service.getFormWindowProfile(frame);
+  EXPECT_TRUE(frame.checks[q("mnuViewStatusBar")]);
+  EXPECT_TRUE(frame.checks[q("mnuViewToolbar")]);
+  EXPECT_EQ(frame.documentState, 2);
+  EXPECT_EQ(frame.window.size(), QSize(333, 222));
+}
+
+// ---- menus
+
+TEST_F(ProfileMenus, RecentlyUsed) {
+  service.GetProfile(main, q("mnuFileMRU"));
+  EXPECT_FALSE(main.menus[q("mnuFileMRU(10)")].visible);
+  service.mruFile.AddItem(q("/b.v"));
+  service.mruFile.AddItem(q("/a&a.v"));
+  EXPECT_EQ(main.menus[q("mnuFileMRU(0)")].caption, q("&1 /a&&a.v"));
+  EXPECT_EQ(main.menus[q("mnuFileMRU(1)")].caption, q("&2 /b.v"));
+  EXPECT_TRUE(main.menus[q("mnuFileMRU(1)")].visible);
+  for (int i = 2; i < 10; ++i) {
+    EXPECT_FALSE(main.menus[q("mnuFileMRU(%1)").arg(i)].visible);
+    EXPECT_EQ(main.menus[q("mnuFileMRU(%1)").arg(i)].caption, QString());
+  }
+  EXPECT_EQ(main.menus[q("mnuFileMRU(10)")].caption, q("-"));
+  EXPECT_TRUE(main.menus[q("mnuFileMRU(10)")].visible);
+}
+
+TEST_F(ProfileMenus, Macros) {
+  service.GetProfile(main, q("mnuFileMRU"));
+  for (const int macros : {0, 1, 20, 25}) {
+    SCOPED_TRACE(macros);
+    auto list = std::make_shared<cMacros>();
+    for (int i = 0; i < macros; ++i) list->Add()->Name = q("M&%1").arg(i);
+    manager.Languages()->Item(1)->setcMacros(list);
+    manager.setListLanguage(1);
+    service.CommandstoMenu();
+    EXPECT_EQ(main.menus[q("mCustom")].visible, macros > 0);
+    for (int i = 0; macros > 0 && i < 20; ++i) {
+      EXPECT_EQ(main.menus[q("mCustom(%1)").arg(i)].visible, i < macros);
+      EXPECT_EQ(main.menus[q("mCustom(%1)").arg(i)].caption, i < macros ? q("M&&%1").arg(i) : QString());
+    }
+  }
+  EXPECT_EQ(main.menus[q("mCustom(20)")].caption, q("-"));
+  manager.setListLanguage(0);
+  service.CommandstoMenu();
+  EXPECT_FALSE(main.menus[q("mCustom")].visible);
+}
+
+TEST_F(ProfileMenus, HelpAndModified) {
+  service.GetProfile(main, q("mnuFileMRU"));
+  manager.Languages()->Item(1)->HelpFile = q("/help.html");
+  manager.setListLanguage(1);
+  service.SetHelpMenu();
+  EXPECT_EQ(main.menus[q("mHelp")].caption, q("&Help*"));
+  EXPECT_TRUE(main.enabled[q("mHelpContents")] && main.enabled[q("mHelpWord")]);
+  manager.setListLanguage(2);
+  service.SetHelpMenu();
+  EXPECT_EQ(main.menus[q("mHelp")].caption, q("&Help"));
+  EXPECT_FALSE(main.enabled[q("mHelpContents")] || main.enabled[q("mHelpWord")]);
+
+  const auto document = opened(write("a.v", "x"));
+  document->cmx->setText(q("y"));
+  service.SetupMenusModified(false);
+  EXPECT_FALSE(main.activeModified);
+  EXPECT_TRUE(main.anyModified);
+}
+
+// ---- file dialogs
+
+TEST_F(ProfileDialogs, OpenAndSaveFollowTheFolder) {
+  ScriptedDialogs boxes;
+  const QString filter = q("(*.*)|*.*|Verilog (*.v;*.vh)|*.v;*.vh|None ()||");
+  QDir(dir.path()).mkdir(q("sub"));
+  int entry = 1;
+  boxes.answerOpen({path("sub/a.v"), path("sub/b.v")}, 2);
+  EXPECT_EQ(service.stdOpenFile(q("Open File"), filter, entry, dir.path(), {}, true).size(), 2);
+  EXPECT_EQ(entry, 2);
+  EXPECT_EQ(boxes.last().request.title, q("Open File"));
+  EXPECT_TRUE(boxes.last().request.multiple);
+  EXPECT_EQ(QDir::currentPath(), QDir(path("sub")).canonicalPath());
+
+  struct Case {
+    int entry;
+    const char* extension;
+  };
+  for (const Case& c : {Case{1, ""}, Case{2, "v"}, Case{3, ""}, Case{9, ""}}) {
+    boxes.answerSave({});
+    entry = c.entry;
+    EXPECT_EQ(service.stdSaveFile(q("Save File"), filter, entry, dir.path(), q("x")), QString());
+    EXPECT_EQ(boxes.last().request.defaultExtension, q(c.extension)) << c.entry;
+  }
+  EXPECT_EQ(QDir::currentPath(), QDir(path("sub")).canonicalPath()) << "cancelled: the folder stays";
+}
+
+}  // namespace

@@ -1,0 +1,269 @@
+// Changes on disk: promises W1 and W2, and saving over what others wrote (S12).
+#include <sys/stat.h>
+#include <unistd.h>
+#include <fcntl.h>
+
+#include "tests/document/DocumentFixture.h"
+
+namespace {
+
+QString q(const char* text) { return QString::fromUtf8(text); }
+const char kGone[] = "The source of this file cannot be found, please re-save it";
+
+class Watch : public DocumentFixture {
+ protected:
+  static void keepTimes(const QString& name, const std::function<void()>& change) {
+    struct stat status {};
+    ASSERT_EQ(::stat(name.toUtf8().constData(), &status), 0);
+    change();
+    const timespec times[2] = {status.st_atim, status.st_mtim};
+    ASSERT_EQ(::utimensat(AT_FDCWD, name.toUtf8().constData(), times, 0), 0);
+  }
+  static QString question() {
+    return q("Warning : a.v has been changed since it was opened with this editor\r\nDo you want to re-load it");
+  }
+};
+
+enum class Seen { nothing, changed, gone };
+struct Way {
+  const char* name;
+  std::function<void(Watch&, const QString&)> act;
+  Seen seen;
+};
+
+class WatchWays : public Watch {
+ public:
+  static std::vector<Way> all() {
+    const auto put = [](const QString& name, const QByteArray& bytes) {
+      QFile file(name);
+      ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+      file.write(bytes);
+    };
+    const auto over = [put](const QString& name, const QByteArray& bytes) {
+      put(name + u'2', bytes);
+      ASSERT_EQ(::rename((name + u'2').toUtf8().constData(), name.toUtf8().constData()), 0);
+    };
+    const auto path = [](const QString& name) { return name.toUtf8(); };
+    return {
+        {"written in place", [=](Watch&, const QString& n) { put(n, "longer text\n"); }, Seen::changed},
+        {"same size", [=](Watch&, const QString& n) { put(n, "OLD TEXT\n"); }, Seen::changed},
+        {"same size and date", [=](Watch&, const QString& n) { keepTimes(n, [&] { put(n, "OLD TEXT\n"); }); }, Seen::changed},
+        {"appended", [=](Watch&, const QString& n) {
+           QFile file(n);
+           ASSERT_TRUE(file.open(QIODevice::Append));
+           file.write("x");
+         }, Seen::changed},
+        {"cut to nothing", [=](Watch&, const QString& n) { ASSERT_EQ(::truncate(path(n).constData(), 0), 0); }, Seen::changed},
+        {"renamed over", [=](Watch&, const QString& n) { over(n, "other\n"); }, Seen::changed},
+        {"renamed over, same size and date", [=](Watch&, const QString& n) { keepTimes(n, [&] { over(n, "OLD TEXT\n"); }); },
+         Seen::changed},
+        {"deleted and made again", [=](Watch&, const QString& n) {
+           QFile::remove(n);
+           put(n, "again\n");
+         }, Seen::changed},
+        {"a link to another", [=](Watch&, const QString& n) {
+           put(n + u'3', "linked\n");
+           QFile::remove(n);
+           ASSERT_EQ(::symlink(path(n + u'3').constData(), path(n).constData()), 0);
+         }, Seen::changed},
+        {"another date", [=](Watch&, const QString& n) {
+           const timespec times[2] = {{1, 0}, {1, 0}};
+           ASSERT_EQ(::utimensat(AT_FDCWD, path(n).constData(), times, 0), 0);
+         }, Seen::changed},
+        {"deleted", [=](Watch&, const QString& n) { QFile::remove(n); }, Seen::gone},
+        {"folder removed", [=](Watch&, const QString& n) { QDir(QFileInfo(n).path()).removeRecursively(); }, Seen::gone},
+        {"a folder in its place", [=](Watch&, const QString& n) {
+           QFile::remove(n);
+           QDir().mkdir(n);
+         }, Seen::gone},
+        {"a pipe in its place", [=](Watch&, const QString& n) {
+           QFile::remove(n);
+           ASSERT_EQ(::mkfifo(path(n).constData(), 0600), 0);
+         }, Seen::gone},
+        {"other rights only", [=](Watch&, const QString& n) { ::chmod(path(n).constData(), 0640); }, Seen::nothing},
+        {"nothing", [](Watch&, const QString&) {}, Seen::nothing},
+    };
+  }
+};
+
+TEST_F(WatchWays, AreNoticedOnFocusAndOnTheTimer) {
+  for (const Way& way : all())
+    for (const bool byTimer : {false, true}) {
+      SCOPED_TRACE(std::string(way.name) + (byTimer ? ", timer" : ", focus"));
+      QDir(dir.path()).mkdir(q("sub"));
+      ScriptedDialogs boxes;
+      const auto document = opened(write("sub/a.v", "old text\n"));
+      way.act(*this, document->CurrentFileName());
+      if (way.seen != Seen::nothing) boxes.answer(way.seen == Seen::gone ? Answer::ok : Answer::no);
+      if (byTimer) {
+        document->Timer1->setSingleShot(true);
+        document->Timer1->start(1);
+        for (int i = 0; i < 400 && (i < 20 || way.seen != Seen::nothing) && boxes.boxes.empty(); ++i) wait(2);
+        document->Timer1->stop();
+      } else {
+        emit document->cmx->GotFocus();
+      }
+      ASSERT_EQ(boxes.boxes.size(), way.seen == Seen::nothing ? 0u : 1u);
+      if (way.seen != Seen::nothing) {
+        EXPECT_EQ(boxes.last().text, way.seen == Seen::gone ? q(kGone) : question());
+        EXPECT_EQ(boxes.last().icon, Icon::exclamation);
+        EXPECT_EQ(boxes.last().buttons, way.seen == Seen::gone ? Buttons::ok : Buttons::yesNo);
+      }
+      EXPECT_EQ(document->cmx->Text(), q("old text\n")) << "W2: nothing changes without a yes";
+      if (way.seen == Seen::changed) {
+        document->inconsistentDate();
+        EXPECT_EQ(boxes.boxes.size(), 1u) << "the same change is not reported again";
+      }
+      main.open.clear();
+      QDir(path("sub")).removeRecursively();
+    }
+}
+
+TEST_F(WatchWays, AreNoticedAtSave) {
+  for (const Way& way : all()) {
+    if (way.seen == Seen::gone) continue;
+    SCOPED_TRACE(way.name);
+    QDir(dir.path()).mkdir(q("sub"));
+    ScriptedDialogs boxes;
+    const auto document = opened(write("sub/a.v", "old text\n"));
+    document->cmx->setText(q("mine\n"));
+    way.act(*this, document->CurrentFileName());
+    const QByteArray theirs = read(document->CurrentFileName());
+    const bool asked = way.seen == Seen::changed && theirs != "old text\n";
+    if (asked) {
+      boxes.answer(Answer::no);
+      EXPECT_FALSE(document->SaveDocumment(document->CurrentFileName()));
+      EXPECT_EQ(read(document->CurrentFileName()), theirs);
+      EXPECT_TRUE(document->DocumentModified());
+      boxes.answer(Answer::yes);
+    }
+    EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
+    EXPECT_EQ(read(document->CurrentFileName()), "mine\n");
+    document->inconsistentDate();
+    EXPECT_EQ(boxes.boxes.size(), asked ? 2u : 0u);
+    main.open.clear();
+    QDir(path("sub")).removeRecursively();
+  }
+}
+
+TEST_F(Watch, ReloadIsOneStepAndTheOldTextComesBack) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("a.v", "one\ntwo\nthree\n"));
+  document->cmx->InsertText(q("my "), {1, 0});
+  document->cmx->setBookmark(2, true);
+  select(*document, 2, 3, 2, 3);
+  write("a.v", "");   // cut to nothing, as by a full disk
+  boxes.answer(Answer::yes);
+  emit document->cmx->GotFocus();
+  EXPECT_EQ(document->cmx->Text(), QString());
+  EXPECT_FALSE(document->DocumentModified());
+  document->cmx->ExecuteCmd(129);
+  EXPECT_EQ(document->cmx->Text(), q("one\nmy two\nthree\n"));
+  EXPECT_TRUE(document->DocumentModified());
+  document->cmx->ExecuteCmd(129);
+  EXPECT_EQ(document->cmx->Text(), q("one\ntwo\nthree\n")) << "earlier steps are still there";
+}
+
+TEST_F(Watch, ReloadKeepsCaretBookmarksAndFormat) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("a.v", "one\ntwo\nthree\n"), 1);
+  document->cmx->setBookmark(2, true);
+  select(*document, 2, 1, 2, 3);
+  write("a.v", "zero\none\ntwo\nthree\n");
+  boxes.answer(Answer::yes);
+  document->inconsistentDate();
+  EXPECT_EQ(document->cmx->Text(), q("zero\none\ntwo\nthree\n"));
+  EXPECT_EQ(document->cmx->GetSel(false), (CmRange{2, 1, 2, 3, false}));
+  EXPECT_TRUE(document->cmx->hasBookmark(3));
+  EXPECT_EQ(document->LanguageIndex(), 1);
+  write("a.v", QByteArray("\xFF\xFE" "a\0", 4));
+  boxes.answer(Answer::yes);
+  document->inconsistentDate();
+  EXPECT_EQ(document->cmx->Text(), q("a"));
+  EXPECT_EQ(document->cmx->fileFormat(), (text::FileFormat{text::Encoding::utf16le, true}));
+}
+
+TEST_F(Watch, DeclinedOrVanishedTextIsOfferedForSaving) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("a.v", "mine\n"));
+  write("a.v", "theirs\n");
+  boxes.answer(Answer::no);
+  document->inconsistentDate();
+  EXPECT_TRUE(document->cmx->Modified()) << "what is shown is not in the file any more";
+  EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName())) << "the answer was given";
+  EXPECT_EQ(read(path("a.v")), "mine\n");
+
+  QFile::remove(path("a.v"));
+  boxes.answer(Answer::ok);
+  document->inconsistentDate();
+  boxes.answer(Answer::ok);
+  document->inconsistentDate();   // said again as long as it is so
+  EXPECT_TRUE(document->DocumentModified());
+  EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
+  EXPECT_EQ(read(path("a.v")), "mine\n");
+  document->inconsistentDate();
+  EXPECT_FALSE(document->DocumentModified());
+}
+
+TEST_F(Watch, SavingAVanishedFileAsksNothing) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("a.v", "mine\n"));
+  QFile::remove(path("a.v"));
+  EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
+  EXPECT_EQ(read(path("a.v")), "mine\n");
+}
+
+TEST_F(Watch, RestsWhereItShould) {
+  ScriptedDialogs boxes;
+  frmDocument untitled;
+  untitled.setUntitled(q("Untitled 1"), dir.path());
+  untitled.inconsistentDate();   // no name, nothing to look at
+  const auto document = opened(write("a.v", "old\n"));
+  write("a.v", "new text\n");
+  main.minimised = true;
+  document->Timer1->start(1);
+  wait(30);
+  EXPECT_TRUE(boxes.boxes.empty()) << "a minimised frame asks nothing";
+  document->Timer1->stop();
+  main.minimised = false;
+  {
+    const BusyGuard busy;
+    emit document->cmx->GotFocus();
+    EXPECT_TRUE(boxes.boxes.empty());
+  }
+  {
+    const ModalGuard dialog;
+    document->inconsistentDate();
+    EXPECT_TRUE(boxes.boxes.empty());
+  }
+  boxes.answer(Answer::no);
+  emit document->cmx->GotFocus();
+  EXPECT_EQ(boxes.boxes.size(), 1u);
+}
+
+TEST_F(Watch, OneBoxAtATimeAndItsEndIsNoFocusGain) {
+  const auto document = opened(write("a.v", "old\n"));
+  const auto other = opened(write("b.v", "old\n"));
+  QFile::remove(path("a.v"));
+  QFile::remove(path("b.v"));
+  ScriptedDialogs boxes;
+  boxes.answer(Answer::ok, [&] {
+    emit document->cmx->LostFocus();   // to the box
+    document->Timer1->start(1);
+    other->inconsistentDate();
+    wait(20);
+    EXPECT_EQ(boxes.boxes.size(), 1u) << "no box on top of the box";
+    document->Timer1->setInterval(4000);
+  });
+  emit document->cmx->GotFocus();
+  EXPECT_EQ(boxes.boxes.size(), 1u);
+  emit document->cmx->GotFocus();   // the box gives it back
+  EXPECT_EQ(boxes.boxes.size(), 1u) << "or a vanished file would never let go";
+  EXPECT_TRUE(document->Timer1->isActive());
+  EXPECT_GT(document->Timer1->remainingTime(), 3000) << "the time counts from the end of the box";
+  boxes.answer(Answer::ok);
+  emit document->cmx->GotFocus();   // a real one
+  EXPECT_EQ(boxes.boxes.size(), 2u);
+}
+
+}  // namespace
