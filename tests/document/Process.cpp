@@ -1,0 +1,223 @@
+// Started programs: how a command line becomes arguments, where programs are found, and how a run ends.
+#include "document/Process.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <cerrno>
+#include <random>
+
+#include "document/CommandLine.h"
+#include "tests/support/EventLoop.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::string startee() { return std::string(std::getenv("ZELKOR_BIN") ? std::getenv("ZELKOR_BIN") : "build/dev/bin") + "/startee"; }
+
+struct Output {
+  QByteArray out, err;
+  process::Started collect() {
+    return [this](process::Program& program) {
+      QObject::connect(&program, &process::Program::output, &program,
+                       [this](const QByteArray& bytes, bool isError) { (isError ? err : out) += bytes; });
+    };
+  }
+};
+
+}  // namespace
+
+TEST(ProcessCommandLine, IsCutIntoWords) {
+  const std::vector<std::pair<QString, QStringList>> cases{
+      {u""_s, {}},
+      {u"  a \t b  "_s, {u"a"_s, u"b"_s}},
+      {u"a \"b c\" d"_s, {u"a"_s, u"b c"_s, u"d"_s}},
+      {u"a 'b \"c' d"_s, {u"a"_s, u"b \"c"_s, u"d"_s}},
+      {u"x\"y z\"w"_s, {u"xy zw"_s}},
+      {u"\"\" ''"_s, {u""_s, u""_s}},
+      {u"C:\\dir\\f.v \\\\host\\share"_s, {u"C:\\dir\\f.v"_s, u"\\\\host\\share"_s}},
+      {u"\"C:\\my dir\\\\\" x"_s, {u"C:\\my dir\\"_s, u"x"_s}},
+      {u"say \\\"hi\\\" \"a\\\"b\""_s, {u"say"_s, u"\"hi\""_s, u"a\"b"_s}},
+      {u"open \"to the end"_s, {u"open"_s, u"to the end"_s}},
+      {u"a;b|c>d&e`f`$(g)*?"_s, {u"a;b|c>d&e`f`$(g)*?"_s}},
+  };
+  for (const auto& [line, words] : cases) EXPECT_EQ(splitCommandLine(line), words) << qPrintable(line);
+}
+
+TEST(ProcessCommandLine, ValuesStayInOneWord) {
+  const auto substitute = [](QString& word) { word.replace(u"$V"_s, u"a b\" 'c\\ $(x)"_s); };
+  const std::vector<std::string> expected{"p", "-x=a b\" 'c\\ $(x)", "a b\" 'c\\ $(x)!"};
+  EXPECT_EQ(programArguments(u"p -x=$V \"$V!\""_s, substitute), expected);
+}
+
+TEST(ProcessLookUp, UsesAbsoluteEntriesOnly) {
+  QTemporaryDir folder;
+  for (const char* name : {"tool", "plain"}) {
+    QFile file(folder.filePath(QString::fromLatin1(name)));
+    ASSERT_TRUE(file.open(QFile::WriteOnly));
+    if (*name == 't') file.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+  }
+  const std::string dir = folder.path().toStdString();
+  const QString before = QDir::currentPath();
+  QDir::setCurrent(folder.path());
+  struct Case {
+    std::string name, path;
+    int error;
+  };
+  const std::vector<Case> cases{
+      {"tool", dir, 0},           {"tool", "", ENOENT},      {"tool", ".", ENOENT},         {"tool", "::.:./:" + dir, 0},
+      {"tool", ":" + dir + ":", 0}, {"plain", dir, EACCES},  {"missing", dir, ENOENT},      {"./tool", "", 0},
+      {dir + "/tool", "", 0},     {dir, dir, ENOENT},        {"", dir, ENOENT},             {"./plain", dir, EACCES}};
+  for (const Case& c : cases) {
+    std::string file;
+    EXPECT_EQ(findProgram(c.name, c.path, &file), c.error) << c.name << " in " << c.path;
+    if (c.error == 0 && c.name == "tool") {
+      EXPECT_EQ(file, dir + "/tool");
+    }
+  }
+  QDir::setCurrent(before);
+}
+
+TEST(ProcessCodes, StylesAndFailures) {
+  EXPECT_EQ(process::windowStyle({}), 6);
+  EXPECT_EQ(process::windowStyle(7), 6);
+  EXPECT_EQ(process::windowStyle(-1), 6);
+  EXPECT_EQ(process::windowStyle(0), 0);
+  EXPECT_EQ(process::windowStyle(1), 1);
+  int why = 0;
+  EXPECT_TRUE(process::startFailed(0x80040002, &why));
+  EXPECT_EQ(why, 2);
+  for (const quint32 good : {0u, 1u, 0x102u, 0xFFFFFFFFu, 255u}) EXPECT_FALSE(process::startFailed(good));
+}
+
+TEST(ProcessRun, EndsWithTheCodesOfEachKind) {
+  struct Case {
+    std::vector<std::string> arguments;
+    quint32 watched, waited;
+  };
+  const std::vector<Case> cases{
+      {{startee()}, 0, 0},
+      {{startee(), "exit", "7"}, 7, 0},
+      {{startee(), "sleep", "150", "exit", "3"}, 3, 0},
+      {{"/bin/sh", "-c", "kill -9 $$"}, 137, 0},
+      {{"no such program"}, 0x80040000 + ENOENT, 0x80040000 + ENOENT},
+      {{"/etc/passwd"}, 0x80040000 + EACCES, 0x80040000 + EACCES},
+      {{}, 0x80040000 + ENOENT, 0x80040000 + ENOENT},
+      {{startee(), std::string("a\0b", 3)}, 0x80040000 + EINVAL, 0x80040000 + EINVAL},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(process::LaunchAndWatch(c.arguments, 1), c.watched) << (c.arguments.empty() ? "" : c.arguments.back());
+    EXPECT_EQ(process::LaunchAndWait(c.arguments, 1), c.waited) << (c.arguments.empty() ? "" : c.arguments.back());
+  }
+}
+
+TEST(ProcessRun, OutputComesByChannelAndWholeBeforeTheEnd) {
+  Output output;
+  EXPECT_EQ(process::LaunchAndWait({startee(), "out", "one", "err", "two", "out", "three", "stdin", "fds"}, 1, {}, output.collect()), 0u);
+  EXPECT_EQ(output.out, "one\nthree\n0\n0 1 2 \n");   // input is empty, nothing of ours is passed on
+  EXPECT_EQ(output.err, "two\n");
+  Output flood;
+  EXPECT_EQ(process::LaunchAndWait({startee(), "flood", "50000"}, 1, {}, flood.collect()), 0u);
+  EXPECT_EQ(flood.out.size(), 5000000);
+}
+
+TEST(ProcessRun, OpenFilesOfOursAreNotPassedOn) {
+  const int leaky = ::open("/dev/null", O_RDONLY);   // as a careless library would
+  Output output;
+  process::LaunchAndWait({startee(), "fds"}, 1, {}, output.collect());
+  ::close(leaky);
+  EXPECT_EQ(output.out, "0 1 2 \n");
+}
+
+TEST(ProcessRun, RandomBytesArriveAsOneArgument) {
+  std::mt19937 random(3);
+  for (int round = 0; round < 30; ++round) {
+    std::string value;
+    for (int n = int(random() % 200); n > 0; --n) value += char(1 + random() % 255);
+    Output output;
+    ASSERT_EQ(process::LaunchAndWait({startee(), "args", value, "end"}, 1, {}, output.collect()), 0u);
+    EXPECT_EQ(output.out, QByteArray::fromStdString(value).toHex() + "\n656e64\n");
+  }
+}
+
+TEST(ProcessRun, TheInterfaceLivesWhileWaiting) {
+  int ticks = 0;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, [&ticks] { ++ticks; });
+  timer.start(10);
+  process::LaunchAndWait({startee(), "sleep", "300"}, 1);
+  EXPECT_GE(ticks, 10);
+}
+
+TEST(ProcessRun, TimeOutLeavesTheProgramRunning) {
+  Output output;
+  EXPECT_EQ(process::LaunchAndWait({startee(), "sleep", "300", "out", "late"}, 1, 50, output.collect()), process::kTimedOut);
+  ASSERT_EQ(process::Program::running().size(), 1);
+  spin(800);
+  EXPECT_EQ(output.out, "late\n");
+  EXPECT_TRUE(process::Program::running().isEmpty());
+}
+
+TEST(ProcessRun, StoppingEndsTheWholeGroup) {
+  QTemporaryDir folder;
+  for (const bool deaf : {false, true}) {
+    const std::string canary = folder.filePath(deaf ? u"deaf"_s : u"hears"_s).toStdString();
+    std::vector<std::string> arguments{startee()};
+    if (deaf) arguments.push_back("ignore");
+    arguments.insert(arguments.end(), {"child", canary, "3500", "sleep", "20000"});
+    QElapsedTimer clock;
+    clock.start();
+    QTimer::singleShot(100, [] {
+      for (auto* program : process::Program::running()) program->stop();
+    });
+    EXPECT_EQ(process::LaunchAndWatch(arguments, 1), deaf ? 128u + 9 : 128u + 15);
+    EXPECT_LT(clock.elapsed(), 3400);
+    spin(int(std::max<qint64>(0, 4000 - clock.elapsed())));
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(canary))) << "a child of the program outlived the stop";
+  }
+}
+
+TEST(ProcessRun, AChildThatKeepsTheChannelsDoesNotHoldUpTheEnd) {
+  QTemporaryDir folder;
+  QElapsedTimer clock;
+  clock.start();
+  const QString file = folder.filePath(u"f"_s);
+  EXPECT_EQ(process::LaunchAndWait({startee(), "child", file.toStdString(), "700"}, 1), 0u);
+  EXPECT_LT(clock.elapsed(), 500);
+  spin(1200);
+  EXPECT_TRUE(QFile::exists(file)) << "it was not asked to end";
+}
+
+TEST(ProcessWindow, IsAskedToCloseWhenItsTitleSaysFinished) {
+  const char* xvfb = ::access("/usr/bin/Xvfb", X_OK) == 0 ? "/usr/bin/Xvfb" : nullptr;
+  if (!xvfb) GTEST_SKIP() << "no Xvfb";
+  const QByteArray before = qgetenv("DISPLAY");
+  Output display;
+  int error = 0;
+  process::Program* const server =
+      process::Program::start({"/bin/sh", "-c", "exec Xvfb -displayfd 1 -screen 0 640x480x24 -nolisten tcp 2>/dev/null"}, 1, &error);
+  ASSERT_NE(server, nullptr);
+  display.collect()(*server);
+  ASSERT_TRUE(spinUntil([&] { return display.out.contains('\n'); }, 10000));
+  qputenv("DISPLAY", ":" + display.out.trimmed());
+  const std::string titled = QString::fromStdString(startee()).replace(u"startee"_s, u"titled"_s).toStdString();
+  EXPECT_EQ(process::LaunchAndWatch({titled, "working", "finished, all is well"}, 1), 5u);
+  // The window may belong to a child of the program that was started.
+  EXPECT_EQ(process::LaunchAndWatch({"/bin/sh", "-c", "\"$0\" working Finished; exit $?", titled}, 1), 5u);
+  // Another title closes nothing.
+  QTimer::singleShot(1000, [server] {
+    for (auto* program : process::Program::running())
+      if (program != server) program->stop();
+  });
+  EXPECT_EQ(process::LaunchAndWatch({titled, "working", "almost FINISHED"}, 1), 128u + 15);
+  server->stop();
+  EXPECT_TRUE(spinUntil([] { return process::Program::running().isEmpty(); }));
+  qputenv("DISPLAY", before);
+  if (before.isEmpty()) qunsetenv("DISPLAY");
+}
