@@ -59,8 +59,13 @@ bool isTerminal(int channel) {
 // Boxes become lines on standard error, and each gets the answer that changes nothing.
 class BatchDialogs : public Dialogs {
  public:
+  QString about;   // the file among several, empty for a single one
+
   Answer messageBox(const QString& text, const QString& title, Icon, Buttons buttons) override {
-    writeTo(kStandardError, (title.isEmpty() ? QString() : plainForDisplay(title) + u": "_s) + text + u"\r\n"_s);
+    QString line = text + u"\r\n"_s;
+    if (!title.isEmpty() && title != QLatin1String(kApplicationTitle)) line.prepend(plainForDisplay(title) + u": "_s);
+    if (!about.isEmpty()) line.prepend(about + u": "_s);
+    writeTo(kStandardError, line);
     return buttons == Buttons::ok ? Answer::ok : buttons == Buttons::yesNo ? Answer::no : Answer::cancel;
   }
 
@@ -106,7 +111,8 @@ class BatchFrame : public Frame {
 // Puts the batch versions in place for one run.
 class Setting {
  public:
-  Setting() : dialogs_(setDialogs(&own_)), frame_(frame()) {
+  Setting(BatchDialogs& boxes, BatchFrame& own) : dialogs_(setDialogs(&boxes)), frame_(frame()) {
+    setFrame(&own);
     modRegistry::SetReadOnly(true);
     mCMXParser::setInteractive(false);
     setStatusSink([](const QString&) {});
@@ -122,7 +128,6 @@ class Setting {
   Setting& operator=(const Setting&) = delete;
 
  private:
-  BatchDialogs own_;
   Dialogs* dialogs_;
   Frame* frame_;
 };
@@ -175,9 +180,9 @@ int run(const BatchOptions& options) {
     writeTo(kStandardError, tr("No files are named.") + u"\r\n"_s);
     return kFailed;
   }
-  const Setting setting;
+  BatchDialogs boxes;
   BatchFrame own;
-  setFrame(&own);
+  const Setting setting(boxes, own);
   QObject::connect(own.logWindow.get(), &frmLog::appended, [](const QString& text) { writeTo(kStandardOutput, text); });
   if (!options.outputFolder.isEmpty()) {
     const std::string error = text::makeFolders(QFile::encodeName(options.outputFolder).toStdString());
@@ -191,11 +196,12 @@ int run(const BatchOptions& options) {
   int worst = kDone, count = 0;
   for (const QString& path : options.files) {
     if (showProgress) writeTo(kStandardError, u"\x1b[K[%1/%2] %3\r"_s.arg(++count).arg(options.files.size()).arg(plainForDisplay(path, 60)));
+    if (options.files.size() > 1) boxes.about = plainForDisplay(path);
     QString target = path;
     if (!options.outputFolder.isEmpty()) {
       target = QDir(options.outputFolder).filePath(GetFileTitle(path));
       if (targets.contains(target)) {
-        MsgBox(tr("Another file of this name went to the output folder already."), plainForDisplay(path));
+        MsgBox(tr("Another file of this name went to the output folder already."));
         worst = kFailed;
         continue;
       }

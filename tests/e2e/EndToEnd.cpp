@@ -1,0 +1,124 @@
+// Whole runs of command strings, as folders (Cases.h).
+#include <gtest/gtest.h>
+
+#include <QClipboard>
+#include <QDate>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QLocale>
+#include <QTemporaryDir>
+#include <pwd.h>
+#include <unistd.h>
+
+#include "base/Program.h"
+#include "control/CodeMax.h"
+#include "document/Batch.h"
+#include "document/Languages.h"
+#include "language/Registration.h"
+#include "language/ucCM.h"
+#include "tests/e2e/Cases.h"
+#include "tests/support/files/FaultyFileSystem.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Catches what goes through the standard channels.
+class Channels : public testing_files::FaultyFileSystem {
+ public:
+  QByteArray input, output, errors;
+
+  std::int64_t read(int fd, char* to, std::size_t length) override {
+    if (fd != 0) return FaultyFileSystem::read(fd, to, length);
+    const QByteArray part = input.left(qsizetype(length));
+    std::copy(part.begin(), part.end(), to);
+    input.remove(0, part.size());
+    return part.size();
+  }
+  std::int64_t write(int fd, const char* from, std::size_t length) override {
+    if (fd != 1 && fd != 2) return FaultyFileSystem::write(fd, from, length);
+    (fd == 1 ? output : errors).append(from, qsizetype(length));
+    return std::int64_t(length);
+  }
+};
+
+void loadLanguages() {
+  static const bool once = [] {
+    languages().setIniFile(sourceFolder() + u"/config/Zelkor.ini"_s);
+    languages().Init();
+    AddLanguages(*languages().Languages());
+    return true;
+  }();
+  EXPECT_TRUE(once && languages().Languages()->Count() > 0);
+}
+
+QByteArray placed(QByteArray text, const QString& folder) {
+  const passwd* const user = ::getpwuid(::getuid());
+  text.replace("{DIR}", folder.toUtf8()).replace("{BIN}", binFolder().toUtf8());
+  text.replace("{DATE}", QLocale().toString(QDate::currentDate(), QLocale::ShortFormat).toUtf8());
+  text.replace("{ZELKOR}", applicationFolder().toUtf8());
+  return text.replace("{USER}", user ? user->pw_name : "");
+}
+
+QByteArray read(const QString& path) {
+  QFile file(path);
+  return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("<no file>");
+}
+
+Result runHere(const Case& one, const QString& folder) {
+  const QString path = folder + u"/input."_s + one.extension;
+  {
+    QFile file(path);
+    EXPECT_TRUE(file.open(QFile::ReadWrite) && file.write(one.input) == one.input.size() && file.flush());
+    file.setFileTime(QDateTime({2001, 2, 3}, {4, 5, 6}), QFile::FileModificationTime);
+  }
+  QGuiApplication::clipboard()->setText(QString::fromUtf8(placed(one.clipboard, folder)));
+  BatchOptions options;
+  options.commands = QString::fromUtf8(placed(one.commands, folder));
+  options.files = QStringList{path};
+  options.save = one.options.contains(u"save"_s);
+  if (!options.save) options.outputFolder = folder + u"/out"_s;
+  searchState() = {};
+  Channels channels;
+  channels.input = placed(one.standardInput, folder);
+  Result result;
+  const QString before = QDir::currentPath();
+  QDir::setCurrent(folder);
+  {
+    const testing_files::UseFileSystem use(channels);
+    result.status = batch::run(options);
+  }
+  QDir::setCurrent(before);
+  result.log = channels.output;
+  result.messages = channels.errors;
+  const QString saved = options.save ? path : folder + u"/out/input."_s + one.extension;
+  if (QFile::exists(saved)) result.text = read(saved);
+  result.files = QDir(folder).entryList(QDir::Files);
+  result.files.removeAll(u"input."_s + one.extension);
+  return result;
+}
+
+}  // namespace
+
+TEST(EndToEnd, Cases) {
+  QLocale::setDefault(QLocale(u"en_GB"_s));
+  loadLanguages();
+  const std::vector<Case> cases = readCases();
+  ASSERT_GT(cases.size(), 30u);
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.name.toStdString());
+    const QTemporaryDir folder;
+    const Result result = runHere(one, folder.path());
+    EXPECT_EQ(result.status, one.status);
+    const auto compare = [&](const char* what, const QByteArray& expected, const QByteArray& found) {
+      const QByteArray wrong = difference(placed(expected, folder.path()), found);
+      EXPECT_TRUE(wrong.isEmpty()) << one.name.toStdString() << ": " << what << ("\n" + wrong).constData();
+    };
+    compare("log", one.log, result.log);
+    compare("messages", one.messages, result.messages);
+    if (result.status == 0) compare("text", one.expected, result.text);
+    EXPECT_FALSE(QFile::exists(folder.filePath(u"canary"_s))) << "a value was taken for a command";
+  }
+}

@@ -1,0 +1,7 @@
+module m; // top
+  // all comment
+  wire w;
+
+  /* block
+  still */
+endmodule

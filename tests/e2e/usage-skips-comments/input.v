@@ -1,0 +1,5 @@
+foo Foo // foo
+food
+/* foo
+foo */ foo
+bar
