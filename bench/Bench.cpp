@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <vector>
@@ -104,6 +105,14 @@ std::string logFile(std::size_t bytes) {
     }
   }
   return path;
+}
+
+Clock::time_point Clock::now() {
+  static const char* const kind = std::getenv("ZELKOR_BENCH_CLOCK");
+  static const bool cpu = kind && std::string_view(kind) == "cpu";
+  if (!cpu) return std::chrono::steady_clock::now();
+  return time_point(std::chrono::duration_cast<time_point::duration>(
+      std::chrono::duration<double>(static_cast<double>(std::clock()) / CLOCKS_PER_SEC)));
 }
 
 void trimMemory() {

@@ -27,7 +27,11 @@ std::string singleLine(std::size_t bytes);
 // The path of a file with the log of so many bytes, in $ZELKOR_BENCH_DIR or the folder for temporary files; written once.
 std::string logFile(std::size_t bytes);
 
-using Clock = std::chrono::steady_clock;
+// The time on the wall; with ZELKOR_BENCH_CLOCK=cpu the processor time of this program, for a machine that others use too.
+struct Clock {
+  using time_point = std::chrono::steady_clock::time_point;
+  static time_point now();
+};
 inline double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
 // Gives freed memory back to the system.

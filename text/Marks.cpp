@@ -42,12 +42,13 @@ void Marks::Block::measure() {
 }
 
 Marks::Block& Marks::blockFor(std::int64_t at) {
-  if (blocks_.empty()) {
+  const auto behindLast = [&] { return at >= blocks_.back()->base + blocks_.back()->high; };
+  if (blocks_.empty() || (blocks_.back()->marks.size() >= blockSize && behindLast())) {
     blocks_.push_back(std::make_unique<Block>());
     return *blocks_.back();
   }
   std::size_t index = 0;
-  // Most marks come in ascending order, so the last block is looked at first.
+  // Most marks come in ascending order, so the last block is looked at first, and fills up before the next one starts.
   if (const auto& last = *blocks_.back(); at >= last.base + last.low) index = blocks_.size() - 1;
   while (index + 1 < blocks_.size() && blocks_[index]->base + blocks_[index]->high < at) ++index;
   if (blocks_[index]->marks.size() >= blockSize) {
@@ -74,7 +75,7 @@ void Marks::split(std::size_t index) {
 
 MarkId Marks::add(std::int64_t at, Gravity gravity) {
   Block& block = blockFor(at);
-  block.marks.reserve(blockSize);
+  if (block.marks.size() == block.marks.capacity()) block.marks.reserve(std::max<std::size_t>(8, 2 * block.marks.size()));
   home_.emplace(next_, &block);
   if (block.marks.empty()) block.low = block.high = at - block.base;
   block.marks.push_back({at - block.base, next_, gravity});
@@ -144,7 +145,7 @@ void Marks::move(std::span<const Shift> shifts) noexcept {
 void Marks::checkInvariants(std::int64_t size) const {
   std::size_t count = 0;
   for (const auto& block : blocks_) {
-    require(!block->marks.empty() && block->marks.size() <= blockSize, "marks of a block within its limits");
+    require(block->marks.size() <= blockSize, "marks of a block within its limits");
     count += block->marks.size();
     for (const auto& mark : block->marks) {
       require(block->low <= mark.at && mark.at <= block->high, "a mark within the bounds of its block");
