@@ -154,6 +154,7 @@ void frmMain::adopt(frmDocument* document) {
   documents_ << document;
   tabs_->add(document);
   connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
+  offerHotWords(document);
   connect(document->cmx, &CodeMax::OvertypeChange, this, [this] { refreshToolbar(); });
   if (documentState_ == 2) {
     window->showMaximized();

@@ -11,6 +11,7 @@
 #include "document/frmLog.h"
 #include "document/mCMXParser.h"
 #include "language/CaretWords.h"
+#include "language/HotWords.h"
 #include "language/frmDefinitions.h"
 #include "language/ucCM.h"
 
@@ -56,6 +57,10 @@ void frmMain::mHelpExpandTemplate_Click() {
 
 void frmMain::mHelpNextField_Click() {
   if (frmDocument* document = activeDocument()) NextField(*document->cmx);
+}
+
+void frmMain::offerHotWords(frmDocument* document) {
+  new HotWords(*document->cmx, languages(), [document] { return document->LanguageIndex(); }, expandText);   // cmx's child
 }
 
 // ---- Custom menu

@@ -40,6 +40,7 @@ LanguagePreview::LanguagePreview(QWidget* parent) : QWidget(parent), cmx_(new Co
   layout->addWidget(cmx_);
   cmx_->setReadOnly(true);
   cmx_->setLeftMargin(false);
+  cmx_->setHScrollBar(false);
   cmx_->setColorSyntax(true);
   cmx_->setMinimumHeight(90);
   cmx_->setFocusPolicy(Qt::NoFocus);   // a place to look at: Tab goes past it

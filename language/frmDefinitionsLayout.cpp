@@ -116,8 +116,9 @@ void frmDefinitions::layOut() {
   auto* right = new QSplitter(Qt::Vertical);
   right->addWidget(tabs);
   right->addWidget(previewFrame);
-  right->setStretchFactor(0, 3);
+  right->setStretchFactor(0, 2);
   right->setStretchFactor(1, 1);
+  right->setSizes({460, 200});
   right->setChildrenCollapsible(false);
   auto* across = new QSplitter(Qt::Horizontal);
   across->addWidget(languages);
@@ -138,7 +139,7 @@ void frmDefinitions::layOut() {
                               cmdApply,  cmdSave,    cmdClose};
   for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
   lstLanguage->setFocus();
-  resize(1040, 720);
+  resize(1040, 760);
 }
 
 QWidget* frmDefinitions::fileRow() {

@@ -8,7 +8,7 @@
 #include "language/Registration.h"
 #include "language/ucCM.h"
 #include "tests/language/Language.h"
-#include "tests/support/Caret.h"
+#include "tests/language/Marked.h"
 
 namespace {
 
@@ -27,19 +27,9 @@ class CaretWords : public testing::Test {
     searchState() = {};
   }
 
-  void show(const char* marked) {
-    const CaretText text = parseCaret(marked);
-    cmx.setText(QString::fromStdString(text.bytes));
-    cmx.editor().setSelection(text.selection);
-  }
-  std::string shown() {
-    const auto& snapshot = cmx.editor().snapshot();
-    return printCaret(snapshot.bytes({text::ByteOffset(0), snapshot.size()}), cmx.editor().selection());
-  }
-  std::string bytes() {
-    const auto& snapshot = cmx.editor().snapshot();
-    return snapshot.bytes({text::ByteOffset(0), snapshot.size()});
-  }
+  void show(const char* marked) { showMarked(cmx, marked); }
+  std::string shown() { return markedText(cmx); }
+  std::string bytes() { return bytesOf(cmx); }
   void list(const char* name, const char* words) { language->cWordList()->Add(q(name), toCrLf(q(words))); }
   void hotKey(const char* name, const char* text) { language->cTemplate()->Add(q(name))->UserString = toCrLf(q(text)); }
   std::string afterKey(const char* marked, bool previous) {

@@ -1,5 +1,6 @@
 // Templates while typing: fields walked with Tab, and the list of hot keys.
 #include <QApplication>
+#include <QClipboard>
 #include <QListWidget>
 #include <QtTest>
 
@@ -11,7 +12,7 @@
 #include "language/Registration.h"
 #include "language/ucCM.h"
 #include "tests/language/Language.h"
-#include "tests/support/Caret.h"
+#include "tests/language/Marked.h"
 
 namespace {
 
@@ -41,15 +42,8 @@ class Typing : public testing::Test {
     item->UserString = toCrLf(q(text));
     item->Desc = q(desc);
   }
-  void show(const char* marked) {
-    const CaretText text = parseCaret(marked);
-    cmx.setText(QString::fromStdString(text.bytes));
-    cmx.editor().setSelection(text.selection);
-  }
-  std::string shown() {
-    const auto& snapshot = cmx.editor().snapshot();
-    return printCaret(snapshot.bytes({text::ByteOffset(0), snapshot.size()}), cmx.editor().selection());
-  }
+  void show(const char* marked) { showMarked(cmx, marked); }
+  std::string shown() { return markedText(cmx); }
   void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
     ASSERT_NE(QApplication::focusWidget(), nullptr);
     QTest::keyClick(QApplication::focusWidget(), key, modifiers);
@@ -102,6 +96,34 @@ TEST_F(Typing, TabOutsideTheTemplateIsATab) {
   EXPECT_EQ(shown(), "$$\nalways @($$)\n$$\nend\n\t|other $$");
   cmx.SetSel({1, 0, 1, 0, false});
   EXPECT_FALSE(FieldWalk::isActive(cmx));   // that ended it
+}
+
+TEST_F(Typing, ProposalsAreTakenOrTypedOver) {
+  hotKey("p", "a($$clk, $$rst_n) $$ $$8", "");
+  show("p|");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  EXPECT_EQ(shown(), "a(@$$|clk, $$rst_n) $$ $$8");
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "a(clk, @$$|rst_n) $$ $$8");
+  type("r");
+  EXPECT_EQ(shown(), "a(clk, r|) $$ $$8");
+  key(Qt::Key_Tab);
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "a(clk, r) $$ @$$|8");   // a field without a proposal stays when it is passed by
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "a(clk, r) $$ 8|");
+  key(Qt::Key_Tab);
+  EXPECT_NE(shown().find("8\t"), std::string::npos);   // the walk is over
+
+  QApplication::clipboard()->setText(q("pasted"));
+  show("x p|");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  key(Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(shown(), "x a(pasted|, $$rst_n) $$ $$8");
+  show("p|");
+  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  key(Qt::Key_Delete);
+  EXPECT_EQ(shown(), "a(|, $$rst_n) $$ $$8");
 }
 
 TEST_F(Typing, ATemplateInsideAnotherGoesFirst) {
