@@ -3,6 +3,7 @@
 set(ZELKOR_DATA ${CMAKE_INSTALL_DATADIR}/zelkor)
 
 # The build tree is self-contained: the program finds its data beside itself.
+file(MAKE_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 foreach(folder config Samples docs)
   file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${folder} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${folder} SYMBOLIC)
 endforeach()
