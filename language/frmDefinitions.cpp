@@ -509,6 +509,7 @@ bool frmDefinitions::save() {
     if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return false;
   }
   if (!manager_.SaveIniFile()) return false;
+  txtIni->setText(manager_.IniFile());
   FormisChanged(false);
   handedOver_ = true;
   emit LanguagesChanged();

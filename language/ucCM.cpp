@@ -1,5 +1,7 @@
 #include "language/ucCM.h"
 
+#include <QDir>
+
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -73,11 +75,26 @@ std::optional<text::FileStamp> ucCM::writeFile(const QString& text, const text::
     if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return std::nullopt;
     saved = text::saveFile(path, snapshot, {format, std::nullopt});
   }
-  if (!saved.ok()) {
-    MsgBox(tr("Cannot write the definition file %1\r\n%2").arg(plainForDisplay(iniFile_), toQString(saved.error)));
+  if (saved.ok()) return saved.stamp;
+
+  // The file that came with the program may belong to somebody else.
+  const QString mine = QDir(userConfigFolder()).filePath(QStringLiteral("Zelkor.ini"));
+  const QString failure = tr("Cannot write the definition file %1\r\n%2").arg(plainForDisplay(iniFile_), toQString(saved.error));
+  if (mine == iniFile_) {
+    MsgBox(failure);
     return std::nullopt;
   }
-  return saved.stamp;
+  const QString question = failure + tr("\r\nDo you want to use a definition file of your own, %1, from now on?").arg(plainForDisplay(mine));
+  if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return std::nullopt;
+  const QString shared = iniFile_;
+  const auto stampOfShared = stamp_;
+  setIniFile(mine);
+  const auto written = writeFile(text, format, text::FileStamp{});   // one that is there already is replaced only after a question
+  if (!written) {
+    setIniFile(shared);
+    stamp_ = stampOfShared;
+  }
+  return written;
 }
 
 bool ucCM::SaveIniFile() {

@@ -25,7 +25,8 @@ class ucCM {
   // which becomes IniFile; the collection stays empty for this time.
   void Init();
   // Writes all languages to IniFile, the old content to IniFile + ".bak" first. False: not written (the person has been
-  // told, or answered not to replace what another program wrote there since it was read).
+  // told, or answered not to replace what another program wrote there since it was read). When it may not be written, a
+  // file in the person's own settings folder is offered instead, which then becomes IniFile.
   bool SaveIniFile();
   // Asks for a definition file; true: IniFile is the chosen one.
   bool BrowseIniFile();

@@ -448,7 +448,7 @@ TEST_F(Definitions, AFailedSaveKeepsTheDialogOpen) {
   manager.setIniFile(temporary.filePath(q("no/folder/x.ini")));
   open();
   type(line("txtExtension"), "z");
-  boxes.answer(Answer::yes).answer(Answer::ok);
+  boxes.answer(Answer::yes).answer(Answer::no);   // no file of one's own either
   EXPECT_FALSE(dialog->close());
   EXPECT_TRUE(dialog->isVisible());
   EXPECT_TRUE(dialog->isChanged());

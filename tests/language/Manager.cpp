@@ -201,13 +201,31 @@ TEST_F(Manager, ChangesByOthersAreNotOverwrittenSilently) {   // S12
   EXPECT_TRUE(manager.SaveIniFile());
 }
 
-TEST_F(Manager, AFailedSaveTellsAndKeepsTheFile) {
+TEST_F(Manager, AFileThatCannotBeWrittenLeadsToOnesOwn) {
   manager.Languages()->Add(q("L"));
-  manager.setIniFile(path("no/such/folder.ini"));
-  dialogs.answer(Answer::ok);
+  const QString foreign = path("no/such/folder.ini"), own = userConfigFolder() + q("/Zelkor.ini");
+  QFile::remove(own);
+  manager.setIniFile(foreign);
+  dialogs.answer(Answer::no);
   EXPECT_FALSE(manager.SaveIniFile());
-  EXPECT_TRUE(dialogs.last().text.startsWith(q("Cannot write the definition file "))) << s(dialogs.last().text);
+  EXPECT_TRUE(dialogs.last().text.startsWith(q("Cannot write the definition file ") + foreign)) << s(dialogs.last().text);
+  EXPECT_TRUE(dialogs.last().text.contains(own));
   EXPECT_EQ(dialogs.last().icon, Icon::exclamation);
+  EXPECT_EQ(s(manager.IniFile()), s(foreign));
+  EXPECT_FALSE(QFile::exists(own));
+
+  dialogs.answer(Answer::yes);
+  EXPECT_TRUE(manager.SaveIniFile());
+  EXPECT_EQ(s(manager.IniFile()), s(own));
+  EXPECT_TRUE(QFile::exists(own));
+  EXPECT_TRUE(manager.SaveIniFile());
+
+  manager.setIniFile(foreign);   // again, with a file of one's own there: it is not replaced unasked
+  dialogs.answer(Answer::yes).answer(Answer::no);
+  EXPECT_FALSE(manager.SaveIniFile());
+  EXPECT_EQ(s(manager.IniFile()), s(foreign));
+  QFile::remove(own);
+  QFile::remove(own + q(".bak"));
 }
 
 TEST_F(Manager, EncodingsComeBack) {
