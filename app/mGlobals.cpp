@@ -23,7 +23,6 @@
 #include "document/modRegistry.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
-#include "print/Verbs.h"
 #include "text/FileIo.h"
 
 namespace {
@@ -184,7 +183,6 @@ display:
   QCoreApplication::setApplicationVersion(QStringLiteral(ZELKOR_VERSION));
   QGuiApplication::setDesktopFileName(QStringLiteral("zelkor"));
   QApplication application(argc, argv);
-  AddFormatVerbs();
   if (arguments.batch) return runBatch(words);
 
   QString spooled;

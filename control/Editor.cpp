@@ -31,6 +31,32 @@ ByteOffset moved(ByteOffset at, const Change& change) {
   return at + shift;
 }
 
+// UTF-16 units from one character boundary of a line to another. Reads in place: a long line is not copied to be counted.
+std::int64_t columnsBetween(const Snapshot& text, ByteOffset from, ByteOffset to) {
+  std::int64_t columns = 0;
+  while (from < to) {
+    std::string_view part = text.chunkAt(from);
+    part = part.substr(0, static_cast<std::size_t>(std::min<std::int64_t>(to - from, static_cast<std::int64_t>(part.size()))));
+    std::size_t whole = part.size();
+    if (from + static_cast<std::int64_t>(whole) < to) {   // the last character may go on in the next chunk
+      for (std::size_t i = 1; i <= 3 && i <= part.size(); ++i) {
+        const char c = part[part.size() - i];
+        if ((c & 0xC0) == 0xC0) whole = part.size() - i;
+        if ((c & 0xC0) != 0x80) break;
+      }
+    }
+    if (whole == 0) {
+      const Char c = decode(text.bytes({from, std::min(to, from + 4)}));
+      columns += utf16Length(c);
+      from += c.bytes;
+    } else {
+      columns += columnOf(part, static_cast<std::int64_t>(whole)).value;
+      from += static_cast<std::int64_t>(whole);
+    }
+  }
+  return columns;
+}
+
 }  // namespace
 
 void EditorHost::note(const QString& text) { SetStatusText(text); }
@@ -186,8 +212,7 @@ CmPosition Editor::positionOf(ByteOffset offset) const {
   const Snapshot& text = model_->snapshot();
   offset = EditorAccess::snap(text, offset);
   const LineNo line = text.lineAt(offset);
-  const std::string before = text.bytes({text.lineStart(line), offset});
-  return {line.value, columnOf(before, static_cast<std::int64_t>(before.size())).value};
+  return {line.value, columnsBetween(text, text.lineStart(line), offset)};
 }
 
 ByteOffset Editor::offsetOf(CmPosition position) const {
@@ -200,7 +225,7 @@ ByteOffset Editor::offsetOf(CmPosition position) const {
 }
 
 CmRange Editor::range(bool normalised) const {
-  CmPosition from = positionOf(selection_.anchor), to = positionOf(selection_.caret);
+  CmPosition to = positionOf(selection_.caret), from = selection_.anchor == selection_.caret ? to : positionOf(selection_.anchor);
   from.ColNo += selection_.anchorVirtual;
   to.ColNo += selection_.caretVirtual;
   if (normalised && (from.LineNo > to.LineNo || (from.LineNo == to.LineNo && from.ColNo > to.ColNo))) std::swap(from, to);

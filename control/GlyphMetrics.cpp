@@ -1,10 +1,11 @@
 #include "control/GlyphMetrics.h"
 
-#include <QFontInfo>
 #include <QFontMetricsF>
 #include <QTextLayout>
 #include <algorithm>
 #include <cmath>
+
+#include "text/Chars.h"
 
 namespace {
 constexpr qsizetype kCacheLimit = 8192;   // clusters of one text are few; a hostile text starts the cache anew
@@ -18,18 +19,24 @@ GlyphMetrics::GlyphMetrics(const QFont& font, double scale)
   if (font.pixelSize() > 0) labelFont_.setPixelSize(std::max(6, font.pixelSize() * 7 / 10));
   else labelFont_.setPointSizeF(std::max(4.0, font.pointSizeF() * 0.7));
 
-  fixed_ = QFontInfo(font).fixedPitch() && std::abs(metrics.horizontalAdvance(u'i') - metrics.horizontalAdvance(u'W')) < 0.01;
+  // Measured, as many a fixed font does not say that it is one.
+  fixed_ = true;
+  const double first = metrics.horizontalAdvance(u' ');
   for (char32_t c = 0x20; c < 0x7F; ++c) {
     Simple& s = ascii_[c - 0x20];
     const auto glyphs = raw_.glyphIndexesForString(QString(QChar(static_cast<ushort>(c))));
     if (!glyphs.isEmpty()) s.glyph = glyphs[0];
-    s.advance = std::max(1 / scale_, round(metrics.horizontalAdvance(QChar(static_cast<ushort>(c)))));
+    const double advance = metrics.horizontalAdvance(QChar(static_cast<ushort>(c)));
+    s.advance = std::max(1 / scale_, round(advance));
+    fixed_ = fixed_ && std::abs(advance - first) < 0.01;
   }
   cell_ = fixed_ ? ascii_['M' - 0x20].advance : ascii_[0].advance;
   if (fixed_)
     for (Simple& s : ascii_) s.advance = cell_;
-  for (const char* digits : {"00", "AA", "CC", "DD", "88"})
-    hexByteWidth_ = std::max(hexByteWidth_, labelWidth(QString::fromLatin1(digits)));
+  hexByteWidth_ = text::badByteCells * cell_;
+  if (!fixed_)
+    for (const char* digits : {"00", "AA", "CC", "DD", "88"})
+      hexByteWidth_ = std::max(hexByteWidth_, labelWidth(QString::fromLatin1(digits)));
 }
 
 double GlyphMetrics::round(double pixels) const { return std::round(pixels * scale_) / scale_; }

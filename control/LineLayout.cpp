@@ -3,6 +3,7 @@
 #include <QChar>
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "control/TextModel.h"
 #include "text/Chars.h"
@@ -10,6 +11,21 @@
 namespace {
 
 bool isPlain(unsigned char c) { return c >= 0x20 && c < 0x7F; }
+
+// The length of the run of plain characters at the start; eight at a time.
+std::int64_t plainRun(const char* data, std::int64_t size) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101, kHigh = kOnes * 0x80;
+  std::int64_t i = 0;
+  for (; i + 8 <= size; i += 8) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, data + i, 8);
+    const std::uint64_t low = word - kOnes * 0x20;              // borrows where a byte is below 0x20
+    const std::uint64_t deleted = (word ^ (kOnes * 0x7F)) - kOnes;   // and where one is 0x7F
+    if (((word | low | deleted) & kHigh) != 0) break;
+  }
+  while (i < size && isPlain(static_cast<unsigned char>(data[i]))) ++i;
+  return i;
+}
 
 bool isDefaultIgnorable(char32_t c) {
   return c == 0xAD || c == 0x34F || c == 0x61C || (c >= 0x115F && c <= 0x1160) || (c >= 0x17B4 && c <= 0x17B5) ||
@@ -61,13 +77,14 @@ void LineWalker::skipPlain(std::int64_t byte, double x) {
   const std::int64_t from = at_;
   const char* data = bytes_.data();
   std::int64_t i = at_;
-  while (i < stop && isPlain(static_cast<unsigned char>(data[i]))) {
-    if (!fixed) {
+  if (fixed) {
+    i += plainRun(data + i, std::max<std::int64_t>(0, stop - i));
+  } else {
+    for (; i < stop && isPlain(static_cast<unsigned char>(data[i])); ++i) {
       const double next = x_ + metrics_.asciiAdvance(static_cast<unsigned char>(data[i]));
       if (next > x) break;
       x_ = next;
     }
-    ++i;
   }
   // A mark behind the last one would belong to it.
   if (i > from && i < static_cast<std::int64_t>(bytes_.size()) && static_cast<unsigned char>(data[i]) >= 0x80) {
@@ -154,6 +171,7 @@ LineLayout::LineLayout(std::string_view bytes, bool toLineEnd, LinePlace from, c
   QString text;
   while (!walker.done() && walker.place().x <= right) {
     items_.push_back(walker.next(&text));
+    if (items_.back().kind == LayoutItem::label && !items_.back().badByte) countsCells_ = false;
     if (items_.back().kind == LayoutItem::label || items_.back().kind == LayoutItem::shaped) {
       items_.back().text = static_cast<int>(texts_.size());
       texts_.push_back(text);

@@ -63,6 +63,9 @@ class LineLayout {
   LinePlace begin() const { return begin_; }
   LinePlace end() const { return end_; }
 
+  // In a fixed font: every item is as wide as the cells that columns count. Not so where hidden characters show as boxes.
+  bool countsCells() const { return countsCells_; }
+
   // The left edge of the item that holds the byte; clipped to begin() and end().
   double xOf(std::int64_t byte) const;
   // The boundary nearest to x, or (inside) the start of the item that covers it.
@@ -74,6 +77,7 @@ class LineLayout {
   std::vector<LayoutItem> items_;
   std::vector<QString> texts_;
   LinePlace begin_, end_;
+  bool countsCells_ = true;
 };
 
 // The text in the box of a character that would not be seen, or that is not what it seems; empty for any other.

@@ -13,8 +13,6 @@
   GROUP(customCommands)              \
   GROUP(languageCommands)            \
   GROUP(logCommands)                 \
-  GROUP(printCommands)               \
-  GROUP(formatCommands)              \
   GROUP(windowCommands)              \
   GROUP(helpCommands)
 

@@ -1,0 +1,117 @@
+// What a person waits for: a key until it is on the screen, a long line, a page, a jump. Measured on Qt's offscreen platform.
+#include <QApplication>
+#include <QKeyEvent>
+
+#include "bench/Bench.h"
+#include "control/CodeMax.h"
+#include "control/Pane.h"
+
+namespace {
+
+void needApplication() {
+  if (qApp) return;
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  static int count = 1;
+  static char name[] = "bench";
+  static char* names[] = {name, nullptr};
+  new QApplication(count, names);
+}
+
+// A shown control of 1000 x 700 pixels.
+struct Window {
+  Window() {
+    needApplication();
+    control = std::make_unique<CodeMax>();
+    control->setSmoothScrolling(false);
+    control->resize(1000, 700);
+    control->show();
+    control->setFocus();
+    control->setLanguage(QStringLiteral("C/C++"));
+    pane = control->findChild<Pane*>();
+    QApplication::processEvents();
+  }
+  void load(std::string bytes) {
+    control->model()->replaceAll(text::Snapshot(std::move(bytes)), {});
+    show();
+  }
+  void show() { QApplication::processEvents(); }
+  // Until it is painted.
+  double press(int key, Qt::KeyboardModifiers modifiers = {}, const QString& typed = {}) {
+    const auto start = bench::Clock::now();
+    QKeyEvent event(QEvent::KeyPress, key, modifiers, typed);
+    QApplication::sendEvent(pane, &event);
+    show();
+    return bench::secondsSince(start);
+  }
+
+  std::unique_ptr<CodeMax> control;
+  Pane* pane = nullptr;
+};
+
+void milliseconds(const std::string& what, double seconds, double most) { bench::row(what, seconds * 1000, "ms", most); }
+
+void KeyInBigFile(benchmark::State& state) {
+  for (auto _ : state) {
+    Window window;
+    window.load(bench::simulationLog(bench::GB));
+    const qint64 middle = window.control->LineCount() / 2;
+    window.control->SetSel({middle, 10, middle, 10, false});
+    window.show();
+    double sum = 0, worst = 0;
+    constexpr int kKeys = 200;
+    for (int i = 0; i < kKeys; ++i) {
+      const double took = window.press(Qt::Key_A, {}, QStringLiteral("a"));
+      sum += took;
+      worst = std::max(worst, took);
+    }
+    milliseconds("a key in the middle of 1 GB until painted", sum / kKeys, 8);
+    milliseconds("  the slowest of 200", worst, 0);
+    milliseconds("  Return there, all below moves", window.press(Qt::Key_Return, {}, QStringLiteral("\r")), 8);
+    milliseconds("  to the end of the text", window.press(Qt::Key_End, Qt::ControlModifier), 8);
+  }
+}
+BENCHMARK(KeyInBigFile)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+void LongLine(benchmark::State& state) {
+  for (auto _ : state) {
+    Window window;
+    std::string bytes = bench::singleLine(20 * bench::MB);
+    const auto start = bench::Clock::now();
+    window.load(std::move(bytes));
+    milliseconds("20 MB line: shown", bench::secondsSince(start), 50);
+    milliseconds("20 MB line: caret to its end", window.press(Qt::Key_End), 50);
+    milliseconds("20 MB line: a key there", window.press(Qt::Key_A, {}, QStringLiteral("a")), 50);
+    double sum = 0;
+    for (int i = 0; i < 20; ++i) sum += window.press(Qt::Key_A, {}, QStringLiteral("a"));
+    milliseconds("  the next ones", sum / 20, 50);
+    milliseconds("20 MB line: position of the caret", [&] {
+      const auto asked = bench::Clock::now();
+      benchmark::DoNotOptimize(window.control->GetSel(false));
+      return bench::secondsSince(asked);
+    }(), 50);
+    milliseconds("20 MB line: back to its start", window.press(Qt::Key_Home), 50);
+  }
+}
+BENCHMARK(LongLine)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+void ColoredPages(benchmark::State& state) {
+  for (auto _ : state) {
+    Window window;
+    window.load(bench::verilogFile(100 * bench::MB));
+    constexpr int kPages = 300;
+    auto start = bench::Clock::now();
+    for (int i = 0; i < kPages; ++i) window.press(Qt::Key_PageDown);
+    milliseconds("a page of a coloured 100 MB file", bench::secondsSince(start) / kPages, 1000.0 / 60);
+
+    start = bench::Clock::now();
+    window.press(Qt::Key_End, Qt::ControlModifier);
+    milliseconds("first jump to its end, text shown", bench::secondsSince(start), 100);
+    while (!window.pane->view().statesExact()) window.show();
+    milliseconds("  and colours right", bench::secondsSince(start), 0);
+    window.press(Qt::Key_Home, Qt::ControlModifier);
+    milliseconds("jump to its end, coloured", window.press(Qt::Key_End, Qt::ControlModifier), 100);
+  }
+}
+BENCHMARK(ColoredPages)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+}  // namespace
