@@ -6,6 +6,10 @@
 #include "app/Tips.h"
 #include "document/frmDocument.h"
 
+namespace {
+constexpr int kMany = 40;   // the bar measures every tab and moves every button at each change
+}
+
 DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
   setObjectName(QStringLiteral("documentTabs"));
   setAccessibleName(tr("Open documents"));
@@ -28,6 +32,7 @@ void DocumentTabs::add(frmDocument* document) {
   const QSignalBlocker quiet(this);
   const int tab = addTab(QString());
   setTabData(tab, QVariant::fromValue<QObject*>(document));
+  setTabsClosable(count() <= kMany);
   showCaption(document);
   connect(document, &frmDocument::captionChanged, this, [this, document] { showCaption(document); });
 }
@@ -35,6 +40,7 @@ void DocumentTabs::add(frmDocument* document) {
 void DocumentTabs::remove(frmDocument* document) {
   const QSignalBlocker quiet(this);
   if (const int tab = tabOf(document); tab >= 0) removeTab(tab);
+  setTabsClosable(count() <= kMany);
   disconnect(document, nullptr, this, nullptr);
 }
 
@@ -86,4 +92,17 @@ void DocumentTabs::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void DocumentTabs::contextMenuEvent(QContextMenuEvent* event) {
   if (frmDocument* document = documentAt(tabAt(event->pos()))) emit menuWanted(document, event->globalPos());
+}
+
+QSize DocumentTabs::tabSizeHint(int tab) const {
+  if (count() <= kMany) {
+    manySize_ = {};
+    return QTabBar::tabSizeHint(tab);
+  }
+  if (!manySize_.isValid()) manySize_ = {fontMetrics().averageCharWidth() * 20, QTabBar::tabSizeHint(tab).height()};
+  return manySize_;
+}
+
+QSize DocumentTabs::minimumTabSizeHint(int tab) const {
+  return count() <= kMany ? QTabBar::minimumTabSizeHint(tab) : tabSizeHint(tab);
 }

@@ -29,8 +29,11 @@ class DocumentTabs : public QTabBar {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
+  QSize tabSizeHint(int tab) const override;          // equal and cheap once there are many
+  QSize minimumTabSizeHint(int tab) const override;
 
  private:
   void showCaption(frmDocument* document);
   int pressed_ = -1;
+  mutable QSize manySize_;
 };

@@ -78,6 +78,7 @@ void FrameMenus::make(const FrameCommand& row) {
   action->setObjectName(name);
   action->setText(shown(row.caption));
   action->setMenuRole(QAction::NoRole);
+  if (row.needs & kOthers) action->setEnabled(false);
   actions_.insert(name, action);
   placed_[QString::fromLatin1(row.menu)].append({row.place, action});
   if (*row.tool) {

@@ -301,8 +301,7 @@ bool frmMain::agreeToEnd() {
 void frmMain::closeEvent(QCloseEvent* event) {
   if (unloaded_) return event->accept();
   if (isDialogUp() || !closeDefinitions() || !agreeToEnd()) return event->ignore();
-  for (frmDocument* document : documents())
-    if (QMdiSubWindow* window = windowOf(document)) window->close();
+  closeAgreed({documents_.begin(), documents_.end()});
   MDIForm_Unload();
   event->accept();
 }

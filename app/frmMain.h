@@ -136,6 +136,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   QMdiSubWindow* windowOf(const frmDocument* document) const;
   void adopt(frmDocument* document);           // into a sub-window, listed and shown
   bool saveAs(frmDocument& document);
+  void closeAgreed(QList<QPointer<frmDocument>> going);
   void mdiActivated(QMdiSubWindow* window);
   void panelClicked(Panel panel);
   void showTabMenu(frmDocument* document, const QPoint& globalPosition);

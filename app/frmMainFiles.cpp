@@ -223,6 +223,12 @@ void frmMain::closeOthers(frmDocument* keep) {
       if (other) other->withdrawClose();
     return;
   }
+  closeAgreed(going);
+}
+
+void frmMain::closeAgreed(QList<QPointer<frmDocument>> going) {
+  // The active one goes last: each time it goes another has to be brought forward.
+  if (const qsizetype at = going.indexOf(active_); at >= 0) going.move(at, going.size() - 1);
   for (const auto& document : going)
     if (QMdiSubWindow* window = windowOf(document)) window->close();
 }

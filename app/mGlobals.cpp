@@ -208,6 +208,7 @@ display:
   }
   loadSettings(main);
   main.SetupToolStatus();
+  main.SetupMenus();
   main.menus().setCaption(QStringLiteral("mHelpAbout"), -1,
                           QCoreApplication::translate("mGlobals", "About %1 ...").arg(QString::fromLatin1(kApplicationTitle)), true);
   main.show();

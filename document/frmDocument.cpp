@@ -100,7 +100,9 @@ void frmDocument::setUp() {
   connect(cmx, &CodeMax::Typed, this, &frmDocument::cmx_Typed);
   connect(cmx, &CodeMax::SelChange, this, &frmDocument::cmx_SelChange);
   connect(cmx, &CodeMax::PropsChange, this, &frmDocument::cmx_PropsChange);
-  connect(cmx, &CodeMax::Note, this, [](const QString& text) { SetStatusText(text); });
+  connect(cmx, &CodeMax::Note, this, [](const QString& text) {
+    if (!text.isEmpty()) SetStatusText(text);   // nothing to say takes nothing away
+  });
 }
 
 const QString& frmDocument::CurrentFileName() const { return shared_->name; }

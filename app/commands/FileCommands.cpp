@@ -12,7 +12,7 @@ std::span<const FrameCommand> fileCommands() {
       {.name = "mnuFileOpen", .menu = "mnuFile", .place = 110, .caption = QT_TRANSLATE_NOOP("frmMain", "&Open..."),
        .keys = "Ctrl+O", .icon = "document-open", .tip = QT_TRANSLATE_NOOP("frmMain", "Open files"),
        .run = [](frmMain& f) { f.mnuFileOpen_Click(); }, .tool = "Open", .toolPlace = 110},
-      {.name = "mnuFileReload", .menu = "mnuFile", .place = 120, .caption = QT_TRANSLATE_NOOP("frmMain", "Re&load"),
+      {.name = "mnuFileReload", .menu = "mnuFile", .place = 120, .caption = QT_TRANSLATE_NOOP("frmMain", "Reloa&d"),
        .icon = "view-refresh", .tip = QT_TRANSLATE_NOOP("frmMain", "Read the file again; Undo brings the old text back"),
        .needs = kDocument | kNamed, .run = [](frmMain& f) { f.mnuFileReload_Click(); }},
       {.name = "mnuFileClose", .menu = "mnuFile", .place = 130, .caption = QT_TRANSLATE_NOOP("frmMain", "&Close"),

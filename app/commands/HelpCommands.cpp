@@ -22,7 +22,7 @@ std::span<const FrameCommand> helpCommands() {
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Download a Language"), .needs = kWeb,
        .run = [](frmMain&) { openWebPage(QStringLiteral("Download_Language.html")); }},
       {.name = "mHelpWebSubmit", .menu = "mHelp", .place = 820,
-       .caption = QT_TRANSLATE_NOOP("frmMain", "&Submit a Language"), .needs = kWeb,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "S&ubmit a Language"), .needs = kWeb,
        .run = [](frmMain&) { openWebPage(QStringLiteral("Submit_Language.html")); }},
       {.name = "mHelpAbout", .menu = "mHelp", .place = 900, .caption = QT_TRANSLATE_NOOP("frmMain", "&About"),
        .icon = "help-about", .run = [](frmMain& f) { showAboutBox(f); }},

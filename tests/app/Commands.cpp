@@ -1,0 +1,250 @@
+// The table of the frame's commands and what the frame makes of it.
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+#include <QSet>
+#include <QToolBar>
+#include <QToolButton>
+
+#include "app/Icons.h"
+#include "control/CommandTable.h"
+#include "control/KeyMap.h"
+#include "tests/app/FrameFixture.h"
+
+namespace {
+
+class Commands : public FrameFixture {};
+
+QList<QKeySequence> sequences(const char* keys) {
+  QList<QKeySequence> all;
+  for (const QString& key : q(keys).split(u';', Qt::SkipEmptyParts)) all << QKeySequence(key.trimmed());
+  return all;
+}
+
+TEST(CommandsTable, RowsAreWhole) {
+  QSet<QString> names, keys, tools;
+  for (const FrameCommand* row : frameCommands()) {
+    SCOPED_TRACE(row->name);
+    if (row->elements > 0) {
+      EXPECT_NE(row->runElement, nullptr);
+      EXPECT_NE(row->place, 0);
+      continue;
+    }
+    EXPECT_FALSE(names.contains(q(row->name)));
+    names << q(row->name);
+    EXPECT_EQ(row->isMenu, !row->run && !row->command);
+    EXPECT_FALSE(row->run && row->command);
+    EXPECT_TRUE(!row->command || commandById(row->command));
+    EXPECT_TRUE(q(row->name).startsWith(q("m")));
+    EXPECT_NE(q(row->caption), QString());
+    EXPECT_TRUE(!*row->icon || !icons::byName(q(row->icon)).isNull()) << row->icon;
+    EXPECT_EQ(*row->tool != 0, row->toolPlace > 0);
+    if (*row->tool) {
+      EXPECT_TRUE(*row->icon) << "a button without a picture";
+      EXPECT_FALSE(tools.contains(q(row->tool)));
+      tools << q(row->tool);
+    }
+    for (const QKeySequence& key : sequences(row->keys)) {
+      EXPECT_FALSE(key.isEmpty());
+      EXPECT_FALSE(keys.contains(key.toString())) << key.toString().toStdString();
+      keys << key.toString();
+      const KeyAction there = KeyMap().actionOf(key);
+      EXPECT_TRUE(there.isNone() || there.command == row->command) << key.toString().toStdString() << " types something else";
+    }
+  }
+  for (const FrameCommand* row : frameCommands())
+    EXPECT_TRUE(!*row->menu || names.contains(q(row->menu))) << row->name;
+}
+
+TEST(CommandsTable, MnemonicsAreTheirOwn) {
+  QHash<QString, QSet<QChar>> used;
+  for (const FrameCommand* row : frameCommands()) {
+    const QString caption = q(row->caption);
+    const qsizetype at = caption.indexOf(u'&');
+    if (row->elements > 0 || at < 0) continue;
+    const QChar letter = caption[at + 1].toLower();
+    EXPECT_FALSE(used[q(row->menu)].contains(letter)) << row->name << ' ' << row->caption;
+    used[q(row->menu)] << letter;
+  }
+}
+
+// '+' enabled, '-' disabled: without a document; with an untouched untitled one; with a modified named one of a language;
+// with that and others, an untouched one active.
+struct State {
+  const char* name;
+  const char* states;
+};
+constexpr State kStates[] = {
+    {"mnuFileNew", "++++"},        {"mnuFileOpen", "++++"},      {"mnuFileReload", "--++"},
+    {"mnuFileClose", "-+++"},      {"mnuFileCloseAll", "-+++"},  {"mnuFileSave", "--+-"},
+    {"mnuFileSaveAs", "-+++"},     {"mnuFileSaveAll", "--++"},   {"mnuFileExit", "++++"},
+    {"mEditUndo", "--+-"},         {"mEditRedo", "----"},        {"mEditCut", "--+-"},
+    {"mEditCopy", "--+-"},         {"mEditDelete", "--+-"},      {"mEditSelectAll", "-+++"},
+    {"mEditFind", "-+++"},         {"mEditFindNext", "-+++"},    {"mEditReplace", "-+++"},
+    {"mEditGoToLine", "-+++"},     {"mEditBookmarks", "-+++"},   {"mEditBookmarkToggle", "-+++"},
+    {"mEditComment", "--++"},      {"mEditUnComment", "--++"},   {"mEditUpperCase", "--+-"},
+    {"mEditTabsToSpaces", "--+-"}, {"mEditIndent", "-+++"},      {"mEditReadOnly", "-+++"},
+    {"mnuViewToolbar", "++++"},    {"mnuViewStatusBar", "++++"}, {"mnuViewTabs", "++++"},
+    {"mnuViewLog", "++++"},        {"mnuViewWhiteSpace", "-+++"}, {"mToolsCommand", "-+++"},
+    {"mToolsLanguage", "-+++"},    {"mToolsDefinitions", "++++"}, {"mWindowNew", "-+++"},
+    {"mWindowCascade", "-+++"},    {"mWindowNext", "---+"},      {"mWindowPrevious", "---+"},
+    {"mHelpHandbook", "++++"},     {"mHelpContents", "----"},    {"mHelpWordListNext", "--+-"},
+    {"mHelpExpandTemplate", "---+"}, {"mHelpNextField", "-+++"}, {"mHelpWeb", "----"},
+    {"mHelpAbout", "++++"},
+};
+
+TEST_F(Commands, EnabledAtEveryMoment) {
+  const auto check = [&](int moment) {
+    for (const State& state : kStates)
+      EXPECT_EQ(enabled(state.name), state.states[moment] == '+') << state.name << " at moment " << moment;
+    for (const FrameCommand* row : frameCommands()) {
+      if (row->elements > 0 || (row->needs & kOthers) || !main->menus().action(q(row->name))->isVisible()) continue;
+      EXPECT_FALSE(moment == 0 && (row->needs & kDocument) && enabled(row->name)) << row->name << " works without a document";
+      EXPECT_TRUE(row->needs != kAlways || enabled(row->name)) << row->name;
+    }
+  };
+  check(0);
+  frmDocument* untitled = main->LoadNewDoc();
+  check(1);
+  frmDocument* named = open("a.v", "old\n");
+  main->activate(untitled);
+  main->mnuFileClose_Click();
+  wait(1);
+  named->cmx->setText(q("posedge x"));
+  named->cmx->SetSel({0, 0, 0, 7, false});
+  check(2);
+  open("b.v", "alw\n");
+  check(3);
+}
+
+TEST_F(Commands, ReadOnlyTextTakesNoEdits) {
+  frmDocument* document = open("a.v", "posedge\n");
+  document->cmx->SetSel({0, 0, 0, 7, false});
+  trigger("mEditReadOnly");
+  EXPECT_TRUE(document->cmx->ReadOnly());
+  for (const char* name : {"mEditCut", "mEditPaste", "mEditDelete", "mEditReplace", "mEditComment", "mEditUpperCase",
+                           "mHelpWordListNext"})
+    EXPECT_FALSE(enabled(name)) << name;
+  EXPECT_TRUE(enabled("mEditCopy"));
+  trigger("mEditReadOnly");
+  EXPECT_TRUE(enabled("mEditCut"));
+}
+
+TEST_F(Commands, MenusWork) {
+  frmDocument* document = open("a.v", "alw\nposedge\n");
+  document->cmx->SetSel({1, 0, 1, 0, false});
+  EXPECT_TRUE(enabled("mHelpWordListNext"));
+  trigger("mHelpWordListNext");
+  EXPECT_EQ(document->cmx->GetLine(1), q("negedge"));
+  EXPECT_EQ(main->panels().text(), q("Processing WordList 'Edges'"));
+  trigger("mHelpWordListPrevious");
+  EXPECT_EQ(document->cmx->GetLine(1), q("posedge"));
+  document->cmx->SetSel({0, 3, 0, 3, false});
+  EXPECT_TRUE(main->panels().templatePicture());
+  trigger("mHelpExpandTemplate");
+  EXPECT_EQ(document->cmx->GetLine(0), q("always @($$)"));
+  EXPECT_EQ(document->cmx->SelText(), q("$$"));
+  trigger("mEditUndo");
+  EXPECT_EQ(document->cmx->GetLine(0), q("alw"));
+  trigger("mEditComment");
+  EXPECT_EQ(document->cmx->GetLine(0), q("//alw"));
+  trigger("mCustom", 0);
+  EXPECT_EQ(document->cmx->Text(), q("//ALW\nPOSEDGE\n"));
+}
+
+TEST_F(Commands, CustomMenuFollowsTheDocument) {
+  const auto shown = [&] { return main->menus().action(q("mCustom"))->isVisible(); };
+  EXPECT_FALSE(shown());
+  open("a.v");
+  EXPECT_TRUE(shown());
+  EXPECT_EQ(main->menus().action(q("mCustom"), 0)->text(), q("Shout"));
+  EXPECT_FALSE(main->menus().action(q("mCustom"), 1)->isVisible());
+  frmDocument* vhdl = open("b.vhd");
+  EXPECT_FALSE(shown());
+  vhdl->SetLanguage(1);
+  EXPECT_TRUE(shown());
+  main->mnuFileCloseAll_Click();
+  wait(1);
+  EXPECT_FALSE(shown());
+}
+
+TEST_F(Commands, BarsFollowTheirCheckMarks) {
+  main->SetupToolStatus();
+  main->show();
+  struct Bar {
+    const char* name;
+    QWidget* widget;
+  };
+  for (const Bar& bar : {Bar{"mnuViewToolbar", main->menus().toolBar()}, Bar{"mnuViewStatusBar", &main->panels()}}) {
+    EXPECT_TRUE(bar.widget->isVisible()) << bar.name;
+    trigger(bar.name);
+    EXPECT_FALSE(bar.widget->isVisible()) << bar.name;
+    EXPECT_FALSE(main->isChecked(q(bar.name)));
+    trigger(bar.name);
+    EXPECT_TRUE(bar.widget->isVisible()) << bar.name;
+  }
+}
+
+TEST_F(Commands, PanelsShowAndChange) {
+  frmDocument* document = open("a.v", "one\r\ntwo\r\n");
+  EXPECT_EQ(main->panels().panel(Panel::lineEnds), q("Win"));
+  EXPECT_EQ(main->panels().panel(Panel::overtype), q("INS"));
+  main->panels().button(Panel::overtype)->click();
+  EXPECT_EQ(main->panels().panel(Panel::overtype), q("OVR"));
+  boxes.answerInput(q("2:3"));
+  main->panels().button(Panel::rowAndColumn)->click();
+  EXPECT_EQ(document->CurrentPosition(), (CmPosition{1, 2}));
+  EXPECT_EQ(main->panels().panel(Panel::rowAndColumn), q("2,2"));
+  struct Case {
+    const char* typed;
+    qint64 line;
+  };
+  for (const Case& c : {Case{"1", 0}, Case{"+1", 1}, Case{"-1", 0}, Case{"999", 2}, Case{"0", 0}}) {
+    boxes.answerInput(q(c.typed));
+    main->goToLine();
+    EXPECT_EQ(document->CurrentPosition().LineNo, c.line) << c.typed;
+  }
+  boxes.answerInput(q("<b>")).answer(Answer::ok);
+  main->goToLine();
+  QMenu lineEnds;
+  main->fillLineEnds(lineEnds);
+  lineEnds.actions().last()->trigger();   // convert to Unix or Win, the last of the menu
+  for (QAction* action : lineEnds.actions())
+    if (action->text().contains(q("U&nix"))) action->trigger();
+  EXPECT_EQ(main->panels().panel(Panel::lineEnds), q("Unix"));
+  EXPECT_TRUE(main->saveActive());
+  EXPECT_EQ(read(path("a.v")), "one\ntwo\n");
+  QMenu encodings;
+  main->fillEncodings(encodings);
+  for (QAction* action : encodings.actions())
+    if (action->text() == q("UTF-16LE with BOM")) action->trigger();
+  EXPECT_TRUE(document->DocumentModified());
+  EXPECT_TRUE(main->saveActive());
+  EXPECT_EQ(read(path("a.v")).left(4), QByteArray("\xFF\xFEo\0", 4));
+}
+
+TEST_F(Commands, LanguageMenuBinds) {
+  frmDocument* document = open("a.v");
+  QMenu menu;
+  main->fillLanguages(menu);
+  ASSERT_EQ(menu.actions().size(), 3);
+  EXPECT_TRUE(menu.actions()[1]->isChecked());
+  menu.actions()[2]->trigger();
+  EXPECT_EQ(document->LanguageIndex(), 2);
+  EXPECT_EQ(main->panels().panel(Panel::language), q("VHDL"));
+  menu.actions()[0]->trigger();
+  EXPECT_EQ(document->LanguageIndex(), 0);
+}
+
+TEST_F(Commands, PopupHoldsWhatTheTableSays) {
+  open("a.v");
+  const auto popup = main->menus().makePopup(main.get());
+  QStringList names;
+  for (const QAction* action : popup->actions()) names << (action->isSeparator() ? q("-") : action->objectName());
+  EXPECT_EQ(names.first(), q("mEditUndo"));
+  for (const char* name : {"mEditCut", "mEditPaste", "mEditComment", "mHelpExpandTemplate", "mEditFindWord"})
+    EXPECT_TRUE(names.contains(q(name))) << name;
+  EXPECT_TRUE(names.contains(q("-")));
+}
+
+}  // namespace

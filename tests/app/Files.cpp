@@ -1,0 +1,256 @@
+// The frame's commands on files.
+#include "tests/app/FrameFixture.h"
+
+namespace {
+
+class Files : public FrameFixture {};
+
+TEST_F(Files, UntitledNumbersFollowTheCount) {
+  main->LoadNewDoc();
+  main->LoadNewDoc();
+  EXPECT_EQ(captions(), (QStringList{q("Untitled 1"), q("Untitled 2")}));
+  main->activate(main->documents().first());
+  main->mnuFileClose_Click();
+  wait(1);
+  EXPECT_EQ(main->DocCount, 1);
+  main->mnuFileNew_Click();
+  EXPECT_EQ(captions(), (QStringList{q("Untitled 2"), q("Untitled 2")}));
+  const frmDocument* fresh = main->documents().last();
+  EXPECT_FALSE(fresh->DocumentHasName());
+  EXPECT_EQ(fresh->CurrentFileName(), QString());
+  EXPECT_EQ(fresh->CurrentFileDir(), QDir::currentPath());
+  EXPECT_EQ(fresh->LanguageIndex(), 0);
+}
+
+TEST_F(Files, OpenNamesBindsAndShows) {
+  const QString name = write("a.VH");
+  boxes.answerOpen({name});
+  trigger("mnuFileOpen");
+  EXPECT_EQ(boxes.last().request.title, q("Open File"));
+  EXPECT_EQ(boxes.last().request.filter, q("(*.*)|*.*|Verilog (*.v;*.vh)|*.v;*.vh|VHDL (*.vhd)|*.vhd|"));
+  const frmDocument* document = main->activeDocument();
+  ASSERT_NE(document, nullptr);
+  EXPECT_EQ(document->CurrentFileName(), name);
+  EXPECT_EQ(document->CurrentFileTitle(), q("a.VH"));
+  EXPECT_EQ(document->CurrentFileDir(), dir.path());
+  EXPECT_EQ(document->LanguageIndex(), 1);
+  EXPECT_EQ(main->DocCount, 1);
+  EXPECT_EQ(frmRegistry::instance().mruFile.items(), QStringList{name});
+  EXPECT_EQ(main->panels().panel(Panel::language), q("Verilog"));
+  EXPECT_EQ(main->panels().panel(Panel::lineEnds), q("Unix"));
+  EXPECT_EQ(main->panels().panel(Panel::encoding), q("UTF-8"));
+  EXPECT_EQ(main->panels().text(), name);
+}
+
+TEST_F(Files, WhatCannotBeOpenedLeavesNothing) {
+  boxes.answer(Answer::ok);
+  EXPECT_FALSE(main->openFile(path("none.v")));
+  EXPECT_TRUE(boxes.last().text.startsWith(q("File Open Error : ")));
+  EXPECT_EQ(main->DocCount, 0);
+  EXPECT_TRUE(main->documents().isEmpty());
+  EXPECT_EQ(frmRegistry::instance().mruFile.Count(), 0);
+  boxes.answerOpen({});
+  main->mnuFileOpen_Click();
+  EXPECT_EQ(main->DocCount, 0);
+}
+
+TEST_F(Files, OpenAlreadyBringsForward) {
+  frmDocument* first = open("a.v");
+  open("b.v");
+  EXPECT_FALSE(main->openFile(path("a.v")));
+  EXPECT_EQ(main->activeDocument(), first);
+  EXPECT_EQ(main->DocCount, 2);
+  EXPECT_TRUE(boxes.boxes.empty());
+  EXPECT_EQ(frmRegistry::instance().mruFile.Count(), 0);
+  // Another way to write the same name.
+  QDir(dir.path()).mkdir(q("sub"));
+  EXPECT_FALSE(main->openFile(q("./sub/../b.v")));
+  EXPECT_EQ(main->DocCount, 2);
+}
+
+TEST_F(Files, RevertQuestion) {
+  const QString question = q("This file is already open and modified. Do you want to revert to this modified version?");
+  frmDocument* first = open("a.v", "disk\n");
+  first->cmx->setText(q("mine"));
+  open("b.v");
+  for (const auto& [answer, open, active] : {std::tuple{Answer::cancel, 2, "b.v"}, std::tuple{Answer::yes, 2, "a.v*"},
+                                             std::tuple{Answer::no, 3, "a.v"}}) {
+    boxes.answer(answer);
+    bool ok = true;
+    main->mainOpenFile(path("a.v"), ok);
+    EXPECT_EQ(boxes.last().text, question);
+    EXPECT_EQ(boxes.last().title, q("a.v"));
+    EXPECT_EQ(boxes.last().icon, Icon::question);
+    EXPECT_EQ(boxes.last().buttons, Buttons::yesNoCancel);
+    EXPECT_EQ(ok, answer == Answer::no);
+    EXPECT_EQ(main->DocCount, open);
+    EXPECT_EQ(main->activeDocument()->Caption(), q(active));
+    EXPECT_EQ(first->cmx->Text(), q("mine")) << "nothing is read from the disk into it";
+  }
+  EXPECT_EQ(main->activeDocument()->cmx->Text(), q("disk\n"));
+}
+
+TEST_F(Files, NothingOpensBehindADialog) {
+  write("a.v");
+  {
+    const ModalGuard dialog;
+    boxes.answer(Answer::ok);
+    bool ok = true;
+    main->mainOpenFile(path("a.v"), ok);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(boxes.last().text,
+              q("Cannot open Zelkor Editor as it is awaiting response from a fixed dialog e.g. File open dialog or Print "
+                "Preview etc."));
+    EXPECT_EQ(boxes.last().icon, Icon::exclamation);
+  }
+  EXPECT_EQ(main->DocCount, 0);
+}
+
+TEST_F(Files, SaveAsksForANameOnce) {
+  frmDocument* document = main->LoadNewDoc();
+  document->cmx->setText(q("entity"));
+  boxes.answerSave({});
+  EXPECT_FALSE(main->saveActive()) << "a cancelled dialog saves nothing";
+  EXPECT_EQ(boxes.last().request.title, q("Save File"));
+  EXPECT_EQ(boxes.last().request.name, q("Untitled 1"));
+  EXPECT_EQ(boxes.last().request.folder, document->CurrentFileDir());
+  EXPECT_EQ(boxes.last().request.filterIndex, 1);
+  EXPECT_FALSE(document->DocumentHasName());
+  document->SetLanguage(2);
+  boxes.answerSave(path("e.vhd"));
+  trigger("mnuFileSave");
+  EXPECT_EQ(boxes.last().request.filterIndex, 3) << "the language's own entry";
+  EXPECT_EQ(read(path("e.vhd")), "entity");
+  EXPECT_EQ(document->CurrentFileName(), path("e.vhd"));
+  EXPECT_EQ(document->Caption(), q("e.vhd"));
+  EXPECT_TRUE(document->DocumentHasName());
+  EXPECT_FALSE(enabled("mnuFileSave"));
+  document->cmx->setText(q("more"));
+  trigger("mnuFileSave");
+  EXPECT_EQ(read(path("e.vhd")), "more");
+  EXPECT_EQ(boxes.boxes.size(), 2u);
+}
+
+TEST_F(Files, SaveAsRenamesOnlyWhenItWorked) {
+  frmDocument* document = open("a.v");
+  boxes.answerSave(path("no/folder/b.vhd")).answer(Answer::ok);
+  trigger("mnuFileSaveAs");
+  EXPECT_EQ(document->CurrentFileName(), path("a.v"));
+  EXPECT_EQ(document->LanguageIndex(), 1);
+  boxes.answerSave(path("b.vhd"));
+  trigger("mnuFileSaveAs");
+  EXPECT_EQ(document->CurrentFileName(), path("b.vhd"));
+  EXPECT_EQ(document->LanguageIndex(), 2);
+  EXPECT_EQ(document->LineComment(), q("--"));
+  EXPECT_EQ(frmRegistry::instance().mruFile.Item(0), path("b.vhd"));
+  EXPECT_EQ(read(path("a.v")), "text\n");
+}
+
+TEST_F(Files, SaveAllGoesOnAfterACancel) {
+  frmDocument* a = open("a.v");
+  frmDocument* untitled = main->LoadNewDoc();
+  frmDocument* b = open("b.vhd");
+  frmDocument* clean = open("clean.v");
+  for (frmDocument* document : {a, untitled, b}) document->cmx->setText(q("new"));
+  boxes.answerSave({});
+  trigger("mnuFileSaveAll");
+  EXPECT_EQ(boxes.boxes.size(), 1u);
+  EXPECT_EQ(read(path("a.v")), "new");
+  EXPECT_EQ(read(path("b.vhd")), "new");
+  EXPECT_TRUE(untitled->DocumentModified());
+  EXPECT_EQ(main->activeDocument(), clean);
+  EXPECT_EQ(manager.ListLanguage(), 1) << "of the active document, not of the last one saved";
+  EXPECT_TRUE(enabled("mnuFileSaveAll"));
+}
+
+TEST_F(Files, RecentlyUsed) {
+  open("a.v");
+  frmRegistry::instance().mruFile.setItems({path("gone.v"), write("b.v"), path("a.v")});
+  trigger("mnuFileMRU", 1);
+  EXPECT_EQ(main->activeDocument()->CurrentFileTitle(), q("b.v"));
+  EXPECT_EQ(frmRegistry::instance().mruFile.items(), (QStringList{path("b.v"), path("gone.v"), path("a.v")}));
+  trigger("mnuFileMRU", 2);
+  EXPECT_EQ(main->activeDocument()->CurrentFileTitle(), q("a.v"));
+  EXPECT_EQ(frmRegistry::instance().mruFile.Item(0), path("b.v")) << "only brought forward: not used";
+  boxes.answer(Answer::ok).answer(Answer::no);
+  trigger("mnuFileMRU", 1);
+  EXPECT_EQ(frmRegistry::instance().mruFile.Count(), 3);
+  boxes.answer(Answer::ok).answer(Answer::yes);
+  trigger("mnuFileMRU", 1);
+  EXPECT_EQ(frmRegistry::instance().mruFile.items(), (QStringList{path("b.v"), path("a.v")}));
+}
+
+TEST_F(Files, DropOpensInOrderAndGoesOn) {
+  boxes.answer(Answer::ok);
+  main->MDIForm_OLEDragDrop({write("a.v"), path("none.v"), write("b.v")});
+  EXPECT_EQ(captions(), (QStringList{q("a.v"), q("b.v")}));
+  EXPECT_EQ(frmRegistry::instance().mruFile.items(), (QStringList{path("b.v"), path("a.v")}));
+}
+
+TEST_F(Files, OpenAtGoesToThePlace) {
+  write("a.v", "one\ntwo\nthree\n");
+  struct Case {
+    qint64 line, column, caretLine, caretColumn;
+  };
+  for (const Case& c : {Case{2, 3, 1, 2}, Case{3, 0, 2, 0}, Case{99, 9, 3, 0}, Case{1, 99, 0, 3}}) {
+    frmDocument* document = main->openAt(path("a.v"), c.line, c.column);
+    ASSERT_NE(document, nullptr);
+    EXPECT_EQ(document->CurrentPosition(), (CmPosition{c.caretLine, c.caretColumn})) << c.line << ':' << c.column;
+  }
+  EXPECT_EQ(main->DocCount, 1);
+  boxes.answer(Answer::ok);
+  EXPECT_EQ(main->openAt(path("none.v"), 1, 1), nullptr);
+}
+
+TEST_F(Files, StandardInputBecomesANewDocument) {
+  const QString spooled = write("spool", "from a pipe\n");
+  frmDocument* document = main->takeIn(spooled);
+  ASSERT_NE(document, nullptr);
+  EXPECT_FALSE(QFile::exists(spooled));
+  EXPECT_EQ(document->Caption(), q("Untitled 1*")) << "it is nowhere else";
+  EXPECT_FALSE(document->DocumentHasName());
+  boxes.answerSave(path("kept.txt"));
+  EXPECT_TRUE(main->saveActive());
+  EXPECT_EQ(read(path("kept.txt")), "from a pipe\n");
+}
+
+TEST_F(Files, ReloadKeepsTheOldTextInUndo) {
+  frmDocument* document = open("a.v", "old\n");
+  document->cmx->setText(q("mine"));
+  write("a.v", "theirs\n");
+  trigger("mnuFileReload");
+  EXPECT_EQ(document->cmx->Text(), q("theirs\n"));
+  EXPECT_FALSE(document->DocumentModified());
+  trigger("mEditUndo");
+  EXPECT_EQ(document->cmx->Text(), q("mine"));
+}
+
+TEST_F(Files, ExitAsksForAllBeforeAnythingCloses) {
+  bool ended = false;
+  QObject::connect(main.get(), &frmMain::ended, [&] { ended = true; });
+  open("a.v")->cmx->setText(q("a"));
+  open("clean.v");
+  open("b.v")->cmx->setText(q("b"));
+  boxes.answer(Answer::no).answer(Answer::cancel);
+  main->mnuFileExit_Click();
+  EXPECT_FALSE(ended);
+  EXPECT_EQ(main->DocCount, 3) << "a cancelled end leaves every window";
+  boxes.answer(Answer::yes).answer(Answer::no);
+  main->mnuFileExit_Click();
+  EXPECT_TRUE(ended);
+  EXPECT_EQ(main->DocCount, 0);
+  EXPECT_EQ(read(path("a.v")), "a");
+  EXPECT_EQ(read(path("b.v")), "text\n");
+}
+
+TEST_F(Files, AThousandDocuments) {
+  for (int i = 0; i < 1000; ++i) main->LoadNewDoc();
+  EXPECT_EQ(main->DocCount, 1000);
+  main->nextWindow(1);
+  EXPECT_EQ(main->activeDocument(), main->documents().first());
+  main->mnuFileCloseAll_Click();
+  wait(1);
+  EXPECT_EQ(main->DocCount, 0);
+}
+
+}  // namespace

@@ -1,0 +1,146 @@
+// Document windows, tabs, and the state that the next one takes over.
+#include <QMenu>
+#include <QMouseEvent>
+
+#include "app/DocumentTabs.h"
+#include "tests/app/FrameFixture.h"
+
+namespace {
+
+class Windows : public FrameFixture {
+ protected:
+  Windows() {
+    main->resize(800, 600);
+    main->show();
+    wait(5);
+  }
+  QMdiSubWindow* windowOf(frmDocument* document) { return qobject_cast<QMdiSubWindow*>(document->parentWidget()); }
+  DocumentTabs& tabs() { return *main->findChild<DocumentTabs*>(); }
+  static void click(QWidget& widget, QPoint at, Qt::MouseButton button) {
+    for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+      QMouseEvent event(type, at, widget.mapToGlobal(at), button, button, Qt::NoModifier);
+      QApplication::sendEvent(&widget, &event);
+    }
+  }
+};
+
+TEST_F(Windows, StateIsRememberedForTheNext) {
+  frmDocument* first = open("a.v");
+  EXPECT_TRUE(windowOf(first)->isMaximized());
+  windowOf(first)->showNormal();
+  windowOf(first)->close();
+  wait(1);
+  EXPECT_EQ(main->cmxWindowState(), 0);
+  EXPECT_FALSE(windowOf(open("b.v"))->isMaximized());
+  windowOf(main->activeDocument())->showMinimized();
+  windowOf(main->documents().last())->close();
+  wait(1);
+  EXPECT_EQ(main->cmxWindowState(), 0) << "nobody wants the next one minimised";
+}
+
+TEST_F(Windows, TilesCoverTheRoomWithoutGaps) {
+  for (const char* name : {"a.v", "b.v", "c.v"}) open(name);
+  for (const Qt::Orientation rows : {Qt::Vertical, Qt::Horizontal}) {
+    main->tile(rows);
+    const QSize room = main->mdi().viewport()->size();
+    int edge = 0;
+    for (frmDocument* document : main->documents()) {
+      const QRect place = windowOf(document)->geometry();
+      EXPECT_EQ(rows == Qt::Vertical ? place.top() : place.left(), edge);
+      EXPECT_EQ(rows == Qt::Vertical ? place.width() : place.height(), rows == Qt::Vertical ? room.width() : room.height());
+      edge += rows == Qt::Vertical ? place.height() : place.width();
+    }
+    EXPECT_EQ(edge, rows == Qt::Vertical ? room.height() : room.width());
+  }
+  main->cascade();
+  EXPECT_NE(windowOf(main->documents()[0])->pos(), windowOf(main->documents()[1])->pos());
+}
+
+TEST_F(Windows, NextGoesRoundInTheOrderOfTheTabs) {
+  for (const char* name : {"a.v", "b.v", "c.v"}) open(name);
+  tabs().moveTab(0, 2);   // b c a
+  QStringList seen;
+  for (int i = 0; i < 4; ++i) {
+    main->nextWindow(1);
+    seen << main->activeDocument()->CurrentFileTitle();
+  }
+  EXPECT_EQ(seen, (QStringList{q("a.v"), q("b.v"), q("c.v"), q("a.v")}));
+  main->nextWindow(-1);
+  EXPECT_EQ(main->activeDocument()->CurrentFileTitle(), q("c.v"));
+}
+
+TEST_F(Windows, TabsShowAndClose) {
+  frmDocument* a = open("a.v");
+  frmDocument* b = open("b&<b>.v");
+  EXPECT_EQ(tabs().tabText(1), q("b&&<b>.v"));
+  EXPECT_EQ(tabs().currentIndex(), 1);
+  a->cmx->setText(q("x"));
+  EXPECT_EQ(tabs().tabText(0), q("a.v*"));
+  click(tabs(), tabs().tabRect(0).center(), Qt::LeftButton);
+  EXPECT_EQ(main->activeDocument(), a);
+  boxes.answer(Answer::cancel);
+  click(tabs(), tabs().tabRect(0).center(), Qt::MiddleButton);
+  EXPECT_EQ(main->DocCount, 2);
+  click(tabs(), tabs().tabRect(1).center(), Qt::MiddleButton);
+  wait(1);
+  EXPECT_EQ(main->DocCount, 1);
+  EXPECT_EQ(tabs().count(), 1);
+  EXPECT_EQ(main->activeDocument(), a);
+  (void)b;
+}
+
+TEST_F(Windows, CloseOthersAsksForAllFirst) {
+  frmDocument* keep = open("keep.v");
+  keep->cmx->setText(q("kept"));
+  open("a.v")->cmx->setText(q("a"));
+  open("b.v")->cmx->setText(q("b"));
+  boxes.answer(Answer::no).answer(Answer::cancel);
+  main->closeOthers(keep);
+  EXPECT_EQ(main->DocCount, 3);
+  boxes.answer(Answer::no).answer(Answer::no);
+  main->closeOthers(keep);
+  wait(1);
+  EXPECT_EQ(main->documents(), QList<frmDocument*>{keep});
+}
+
+TEST_F(Windows, SecondWindowOnOneText) {
+  frmDocument* first = open("a.v", "one\ntwo\n");
+  trigger("mWindowNew");
+  frmDocument* second = main->activeDocument();
+  ASSERT_NE(second, first);
+  EXPECT_EQ(main->DocCount, 2);
+  second->cmx->SetSel({1, 0, 1, 3, false});
+  second->cmx->ReplaceSel(q("TWO"));
+  EXPECT_EQ(first->cmx->GetLine(1), q("TWO"));
+  EXPECT_EQ(captions(), (QStringList{q("a.v*"), q("a.v*")}));
+  EXPECT_EQ(first->CurrentPosition(), (CmPosition{0, 0}));
+  windowOf(second)->close();
+  wait(1);
+  EXPECT_TRUE(boxes.boxes.empty());
+  EXPECT_EQ(main->DocCount, 1);
+  EXPECT_TRUE(main->saveActive());
+  EXPECT_EQ(read(path("a.v")), "one\nTWO\n");
+}
+
+TEST_F(Windows, ListNamesThem) {
+  open("a&b.v");
+  frmDocument* second = open("b.v");
+  QMenu menu;
+  main->fillWindowList(menu);
+  QStringList texts;
+  for (const QAction* action : menu.actions())
+    if (!action->isSeparator()) texts << action->text();
+  EXPECT_EQ(texts, (QStringList{q("&1 a&&b.v"), q("&2 b.v")}));
+  EXPECT_TRUE(menu.actions().last()->isChecked());
+  menu.actions()[menu.actions().size() - 2]->trigger();
+  EXPECT_NE(main->activeDocument(), second);
+}
+
+TEST_F(Windows, FrameTitleBeginsWithTheApplication) {
+  main->setWindowTitle(q("Zelkor Editor"));
+  open("a[*].v");
+  wait(5);
+  EXPECT_TRUE(main->windowTitle().startsWith(q("Zelkor Editor"))) << main->windowTitle().toStdString();
+}
+
+}  // namespace
