@@ -1,0 +1,270 @@
+// The real program: start, hand-over between processes, and ends from outside (promises I1 and I2).
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QRegularExpression>
+
+#include "tests/app/FrameFixture.h"
+
+namespace {
+
+constexpr int kPatience = 20000;   // ms; the machine may be busy
+
+class ProcessRun : public testing::Test {
+ protected:
+  void SetUp() override {
+    program_ = QString::fromLocal8Bit(qgetenv("ZELKOR_BIN")) + QStringLiteral("/zelkor");
+    ASSERT_TRUE(QFile::exists(program_)) << "set ZELKOR_BIN to the folder of the program";
+    environment_ = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR", "HOME"}) {
+      const QString folder = dir_.filePath(q(name).toLower());
+      QDir().mkpath(folder);
+      ::chmod(folder.toUtf8().constData(), 0700);
+      environment_.insert(q(name), folder);
+    }
+    environment_.insert(q("QT_QPA_PLATFORM"), q("offscreen"));
+  }
+  void TearDown() override {
+    for (const auto& process : processes_) {
+      if (process->state() == QProcess::NotRunning) continue;
+      process->kill();
+      process->waitForFinished(kPatience);
+    }
+  }
+
+  QProcess& start(const QStringList& arguments, const QString& folder = {}) {
+    processes_.push_back(std::make_unique<QProcess>());
+    QProcess& process = *processes_.back();
+    process.setProcessEnvironment(environment_);
+    process.setWorkingDirectory(folder.isEmpty() ? dir_.path() : folder);
+    process.start(program_, arguments);
+    EXPECT_TRUE(process.waitForStarted(kPatience));
+    return process;
+  }
+  // Exit status of a run to its end; -1: it did not end in time.
+  int run(const QStringList& arguments, const QString& folder = {}) {
+    QProcess& process = start(arguments, folder);
+    process.closeWriteChannel();
+    return process.waitForFinished(kPatience) && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+  }
+  QString socketPath() const {
+    QDirIterator it(environment_.value(q("XDG_RUNTIME_DIR")), {q("*.sock")}, QDir::System, QDirIterator::Subdirectories);
+    return it.hasNext() ? it.next() : QString();
+  }
+  QProcess& startFirst(const QStringList& arguments = {}) {
+    QProcess& first = start(arguments);
+    for (QElapsedTimer timer = started(); socketPath().isEmpty() && timer.elapsed() < kPatience;) QThread::msleep(5);
+    EXPECT_FALSE(socketPath().isEmpty());
+    return first;
+  }
+  static QElapsedTimer started() {
+    QElapsedTimer timer;
+    timer.start();
+    return timer;
+  }
+  // Asks the copy to end and gives what it left in the settings: the recently-used files, latest first.
+  std::string endAndListFiles(QProcess& first, bool sorted = false) {
+    first.terminate();
+    EXPECT_TRUE(first.waitForFinished(kPatience));
+    EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(first.exitCode(), 0);
+    QStringList names;
+    QDirIterator it(environment_.value(q("XDG_CONFIG_HOME")), QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+      QFile file(it.next());
+      if (!file.open(QIODevice::ReadOnly)) continue;
+      const QByteArray bytes = file.readAll();
+      const QString text = bytes.startsWith("\xFF\xFE") ? QString(reinterpret_cast<const QChar*>(bytes.constData()), bytes.size() / 2)
+                                                        : QString::fromUtf8(bytes);
+      for (int i = 0; i < 10; ++i) {
+        const QRegularExpression entry(q("\"MRU%1\"=\"(.*)\"").arg(i));
+        const QString name = entry.match(text).captured(1);
+        if (name.startsWith(dir_.path())) names << name;   // not the samples of a first run
+      }
+    }
+    if (sorted) names.sort();
+    return lines(names);
+  }
+  static std::string lines(const QStringList& names) { return names.join(u'\n').toStdString(); }
+  QString write(const QString& name, const QByteArray& bytes = "text\n") {
+    QFile file(dir_.filePath(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    return file.fileName();
+  }
+
+  QTemporaryDir dir_;
+  QString program_;
+  QProcessEnvironment environment_;
+  std::vector<std::unique_ptr<QProcess>> processes_;
+};
+
+TEST_F(ProcessRun, UsageIsAnsweredWithoutADisplay) {
+  environment_.remove(q("QT_QPA_PLATFORM"));
+  environment_.remove(q("DISPLAY"));
+  environment_.remove(q("WAYLAND_DISPLAY"));
+  struct Case {
+    QStringList arguments;
+    int status;
+    const char *out, *error;
+  };
+  for (const Case& c : {Case{{q("--help")}, 0, "Usage: zelkor", ""}, Case{{q("--version")}, 0, "Zelkor Editor 1.", ""},
+                        Case{{q("--nonsense")}, 2, "", "zelkor: unknown option --nonsense"},
+                        Case{{q("--wait")}, 2, "", "zelkor: --wait"}, Case{{q("a.v")}, 2, "", "zelkor: no display"},
+                        Case{{q("--batch"), q("--help")}, 0, "--command", ""},
+                        Case{{q("--batch"), q("x")}, 2, "", "zelkor: --batch needs"}}) {
+    SCOPED_TRACE(c.arguments.join(u' ').toStdString());
+    QProcess& process = start(c.arguments);
+    ASSERT_TRUE(process.waitForFinished(kPatience));
+    EXPECT_EQ(process.exitCode(), c.status);
+    EXPECT_TRUE(process.readAllStandardOutput().contains(c.out));
+    const QByteArray error = process.readAllStandardError();
+    EXPECT_TRUE(error.contains(c.error)) << error.constData();
+    EXPECT_EQ(error.isEmpty(), *c.error == 0) << error.constData();
+  }
+}
+
+TEST_F(ProcessRun, FilesAreHandedOverInOrderFromWhereTheyWereTyped) {
+  QDir(dir_.path()).mkpath(q("deep/er"));
+  const QString a = write(q("a.v")), b = write(q("deep/er/b.v")), odd = write(q("deep/er/odd:12")), c = write(q("deep/c d.v"));
+  QProcess& first = startFirst({q("a.v")});
+  EXPECT_EQ(run({q("b.v"), q("odd:12"), q("../c d.v:3:4")}, dir_.filePath(q("deep/er"))), 0);
+  EXPECT_EQ(run({}), 0) << "nothing to open: comes forward";
+  EXPECT_EQ(endAndListFiles(first), lines({c, odd, b, a}));
+  EXPECT_TRUE(socketPath().isEmpty());
+}
+
+TEST_F(ProcessRun, TwoHundredStartsAreAllActedOnInOrder) {
+  QProcess& first = startFirst();
+  QStringList names;
+  for (int i = 0; i < 200; ++i) names << write(q("f%1.v").arg(i));
+  for (int i = 0; i < 200; i += 50) EXPECT_EQ(run(names.mid(i, 50)), 0);
+  QStringList last;
+  for (int i = 199; i >= 190; --i) last << names[i];
+  EXPECT_EQ(endAndListFiles(first), lines(last));
+}
+
+TEST_F(ProcessRun, ManyAtOnceAreAllActedOn) {
+  // Nobody runs yet: one becomes the first, and what the others bring is lost by none.
+  QStringList names;
+  for (int i = 0; i < 8; ++i) names << write(q("p%1.v").arg(i));
+  for (const QString& name : names) start({name});
+  QProcess* first = nullptr;
+  QElapsedTimer timer = started();
+  for (;;) {
+    int running = 0;
+    for (const auto& process : processes_) {
+      process->waitForFinished(1);
+      if (process->state() == QProcess::NotRunning) continue;
+      ++running;
+      first = process.get();
+    }
+    if (running == 1 || timer.elapsed() > kPatience) {
+      ASSERT_EQ(running, 1);
+      break;
+    }
+  }
+  EXPECT_EQ(endAndListFiles(*first, true), lines(names));
+  for (const auto& process : processes_) EXPECT_EQ(process->exitCode(), 0);
+}
+
+TEST_F(ProcessRun, ADeadFirstCopyIsReplaced) {
+  const QString a = write(q("a.v"));
+  QProcess& dead = startFirst();
+  ::kill(pid_t(dead.processId()), SIGKILL);
+  dead.waitForFinished(kPatience);
+  EXPECT_FALSE(socketPath().isEmpty()) << "its socket is left behind";
+  QProcess& next = start({q("a.v")});
+  QThread::msleep(300);
+  EXPECT_EQ(next.state(), QProcess::Running);
+  EXPECT_EQ(run({}), 0);
+  EXPECT_EQ(endAndListFiles(next), a.toStdString());
+}
+
+TEST_F(ProcessRun, ASenderTakesOverFromACopyThatDiesWhileAsked) {
+  const QString a = write(q("a.v"));
+  QProcess& frozen = startFirst();
+  ::kill(pid_t(frozen.processId()), SIGSTOP);   // accepts, but never answers
+  QProcess& sender = start({q("a.v")});
+  QThread::msleep(500);
+  EXPECT_EQ(sender.state(), QProcess::Running) << "it waits for the answer";
+  ::kill(pid_t(frozen.processId()), SIGKILL);
+  frozen.waitForFinished(kPatience);
+  QElapsedTimer timer = started();
+  while (run({q("--version")}) == 0 && sender.state() == QProcess::Running && timer.elapsed() < 1500) QThread::msleep(50);
+  EXPECT_EQ(sender.state(), QProcess::Running) << "it is the first copy now";
+  EXPECT_EQ(endAndListFiles(sender), a.toStdString());
+}
+
+TEST_F(ProcessRun, GarbageOnTheSocketHurtsNobody) {
+  QProcess& first = startFirst();
+  for (const std::string& bytes : {std::string(100000, 'x'), std::string("\xFF\xFF\xFF\x7F"), std::string(8, '\0')}) {
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const QByteArray name = socketPath().toUtf8();
+    ASSERT_LT(size_t(name.size()), sizeof address.sun_path);
+    std::copy(name.begin(), name.end(), address.sun_path);
+    ASSERT_EQ(::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_GT(::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL), 0);
+    ::close(fd);
+  }
+  const QString a = write(q("a.v"));
+  EXPECT_EQ(run({a}), 0);
+  EXPECT_EQ(endAndListFiles(first), a.toStdString());
+}
+
+TEST_F(ProcessRun, NewInstanceStandsAlone) {
+  const QString a = write(q("a.v"));
+  QProcess& first = startFirst();
+  QProcess& alone = start({q("--new-instance"), a});
+  QThread::msleep(400);
+  EXPECT_EQ(alone.state(), QProcess::Running);
+  EXPECT_EQ(endAndListFiles(alone), a.toStdString());
+  first.terminate();
+  EXPECT_TRUE(first.waitForFinished(kPatience));
+}
+
+TEST_F(ProcessRun, WaitReturnsWhenTheCopyEnds) {
+  const QString a = write(q("a.v"));
+  QProcess& first = startFirst();
+  QProcess& waiting = start({q("--wait"), a});
+  QThread::msleep(500);
+  EXPECT_EQ(waiting.state(), QProcess::Running);
+  first.terminate();   // closes the document
+  EXPECT_TRUE(waiting.waitForFinished(kPatience));
+  EXPECT_EQ(waiting.exitCode(), 0);
+}
+
+TEST_F(ProcessRun, SignalsEndItWithItsSettings) {
+  for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+    QProcess& process = startFirst();
+    QThread::msleep(200);
+    ::kill(pid_t(process.processId()), signal);
+    ASSERT_TRUE(process.waitForFinished(kPatience)) << signal;
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_TRUE(socketPath().isEmpty());
+  }
+}
+
+TEST_F(ProcessRun, StandardInputReachesTheFirstCopy) {
+  QProcess& first = startFirst();
+  QProcess& sender = start({q("-")});
+  sender.write("from a pipe\n");
+  sender.closeWriteChannel();
+  ASSERT_TRUE(sender.waitForFinished(kPatience));
+  EXPECT_EQ(sender.exitCode(), 0);
+  QDirIterator left(environment_.value(q("XDG_STATE_HOME")), {q("input-*")}, QDir::Files, QDirIterator::Subdirectories);
+  EXPECT_FALSE(left.hasNext()) << "the file that carried it is removed";
+  first.kill();   // it holds a modified document and would ask
+}
+
+}  // namespace
