@@ -71,8 +71,15 @@ int hashContent(int fd, std::uint64_t* hash) {
   return 0;
 }
 
+bool noRoom(int error) {
+#ifdef EDQUOT
+  if (error == -EDQUOT) return true;
+#endif
+  return error == -ENOSPC || error == -EFBIG;
+}
+
 PathParts splitPath(const std::string& path) {
-  const auto slash = path.rfind('/');
+  const auto slash = path.find_last_of(kSeparators);
   if (slash == std::string::npos) return {".", path};
   return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
 }

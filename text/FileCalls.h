@@ -38,7 +38,17 @@ int syncFolder(int fd);
 // Hashes from the present position to the end (see ContentHash.h).
 int hashContent(int fd, std::uint64_t* hash);
 
-// A path split at its last "/". The folder is "." where the path holds none, and "/" stays.
+// Whether an error says that there is no room: the disk or the user's share of it is full, or the file too large for it.
+bool noRoom(int error);
+
+inline constexpr char kSeparators[] =   // between the parts of a path
+#ifdef _WIN32
+    "/\\";
+#else
+    "/";
+#endif
+
+// A path split at its last separator, "/". The folder is "." where the path holds none, and "/" stays.
 struct PathParts {
   std::string folder, name;
 };

@@ -253,7 +253,7 @@ bool fileExists(const std::string& path) {
 
 std::string makeFolders(const std::string& path, unsigned mode) {
   for (std::size_t at = 0; at != std::string::npos;) {
-    at = path.find('/', at + 1);
+    at = path.find_first_of(files::kSeparators, at + 1);
     const std::string part = path.substr(0, at);
     if (part.empty() || part == "/") continue;
     const int r = fileSystem().makeDirAt(FileSystem::kCwd, part, mode);

@@ -97,7 +97,7 @@ class Overwriting {
     if (source_.size() > oldSize) {   // room for all of it before the first byte changes
       touched_ = true;
       const int r = fs.allocate(file_.get(), source_.size());
-      if (r == -ENOSPC || r == -EDQUOT || r == -EFBIG || r == -EIO) return r;
+      if (files::noRoom(r) || r == -EIO) return r;
     }
     if (const auto r = fs.seek(file_.get(), 0); r < 0) return static_cast<int>(r);
     touched_ = true;

@@ -90,7 +90,7 @@ class Replacing {
   int write() {
     auto& fs = fileSystem();
     const int reserved = fs.allocate(file_.get(), source_.size());
-    if (reserved == -ENOSPC || reserved == -EDQUOT || reserved == -EFBIG || reserved == -EIO) return reserved;
+    if (files::noRoom(reserved) || reserved == -EIO) return reserved;
     if (const int r = writeSource(file_.get(), source_, &hash_); r < 0) return r;
     // Writing takes set-user-id and set-group-id away.
     if (target_.exists && (target_.status.mode & 06000) != 0)
