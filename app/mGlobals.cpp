@@ -23,6 +23,7 @@
 #include "document/modRegistry.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
+#include "print/Verbs.h"
 #include "text/FileIo.h"
 
 namespace {
@@ -183,6 +184,7 @@ display:
   QCoreApplication::setApplicationVersion(QStringLiteral(ZELKOR_VERSION));
   QGuiApplication::setDesktopFileName(QStringLiteral("zelkor"));
   QApplication application(argc, argv);
+  AddFormatVerbs();
   if (arguments.batch) return runBatch(words);
 
   QString spooled;

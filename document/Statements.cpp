@@ -1,5 +1,7 @@
 #include "document/Statements.h"
 
+#include <vector>
+
 namespace statements {
 
 namespace {
@@ -49,13 +51,37 @@ constexpr SelectionStatement kSelections[] = {
 
 }  // namespace
 
-std::span<const Verb> verbs() { return kVerbs; }
+namespace {
+std::vector<Verb>& allVerbs() {
+  static std::vector<Verb> rows(std::begin(kVerbs), std::end(kVerbs));
+  return rows;
+}
+std::vector<std::pair<QLatin1String, AddedRun>>& addedRuns() {
+  static std::vector<std::pair<QLatin1String, AddedRun>> rows;
+  return rows;
+}
+}  // namespace
+
+std::span<const Verb> verbs() { return allVerbs(); }
+
+void addVerb(const char* name, const char* argument, const char* help, AddedRun run) {
+  if (addedRun(QString(QLatin1String(name)))) return;
+  allVerbs().push_back({Code::added, name, argument, help});
+  addedRuns().emplace_back(QLatin1String(name), run);
+}
+
+AddedRun addedRun(QStringView verb) {
+  for (const auto& [name, run] : addedRuns())
+    if (verb == name) return run;
+  return nullptr;
+}
+
 std::span<const Variable> variables() { return kVariables; }
 std::span<const UsageOption> usageOptions() { return kOptions; }
 std::span<const SelectionStatement> selectionStatements() { return kSelections; }
 
 Code codeOf(QStringView verb) {
-  for (const Verb& row : kVerbs)
+  for (const Verb& row : verbs())
     if (verb == QLatin1String(row.name)) return row.code;
   return verb.startsWith(QLatin1String("LOG")) ? Code::invalid : Code::editCommand;
 }

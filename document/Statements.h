@@ -7,10 +7,12 @@
 #include <QStringView>
 #include <span>
 
+class CodeMax;
+
 namespace statements {
 
 enum class Code {
-  logColor = 1, logClear, logToText, logInsertFile, logEdit, logSave, editCommand, shell, normalEdit, echo, usage, fileInfo, invalid, shellW
+  logColor = 1, logClear, logToText, logInsertFile, logEdit, logSave, editCommand, shell, normalEdit, echo, usage, fileInfo, invalid, shellW, added
 };
 
 struct Verb {
@@ -36,7 +38,14 @@ struct UsageOption {
   const char* help;
 };
 
-std::span<const Verb> verbs();
+std::span<const Verb> verbs();              // those that upper floors added stand behind
+
+// A verb that an upper floor gives to the language. It works on the text that edit commands work on, as one undo step with the
+// rest of the run. False: the argument means nothing, the line is invalid.
+using AddedRun = bool (*)(CodeMax& cmx, const QString& argument);
+void addVerb(const char* name, const char* argument, const char* help, AddedRun run);   // texts are not copied
+AddedRun addedRun(QStringView verb);        // null for other verbs
+
 std::span<const Variable> variables();      // in the order in which they are replaced
 std::span<const UsageOption> usageOptions();  // in the order in which they are looked for
 

@@ -209,6 +209,10 @@ bool execute(RunState& run, const QString& line) {
     case Code::fileInfo: writeLog(run, FileInformation() + u"\r\n"_s); return true;
     case Code::invalid: return false;
     case Code::editCommand: return runEditCommand(run, statement);
+    case Code::added: {
+      CodeMax* const cmx = target(run);
+      return !cmx || statements::addedRun(statement.verb)(*cmx, argument);
+    }
   }
   return false;
 }

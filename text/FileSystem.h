@@ -45,6 +45,7 @@ class FileSystem {
   virtual std::int64_t write(int fd, const char* from, std::size_t length) = 0;
   virtual std::int64_t seek(int fd, std::int64_t offset) = 0;     // absolute
   virtual int sync(int fd) = 0;
+  virtual int startSync(int fd) = 0;     // a hint: what is written may go to the disk now; does not wait, promises nothing
   virtual int truncate(int fd, std::int64_t length) = 0;
   // Reserves space for the first `length` bytes; the size stays. -EOPNOTSUPP where not possible.
   virtual int allocate(int fd, std::int64_t length) = 0;

@@ -89,6 +89,13 @@ class Posix final : public FileSystem {
 #endif
     return orError(::fsync(fd));
   }
+  int startSync(int fd) override {
+#ifdef __linux__
+    return orError(::sync_file_range(fd, 0, 0, SYNC_FILE_RANGE_WRITE));
+#else
+    return (void)fd, 0;
+#endif
+  }
   int truncate(int fd, std::int64_t length) override { return orError(::ftruncate(fd, length)); }
   int allocate(int fd, std::int64_t length) override {
 #ifdef __linux__

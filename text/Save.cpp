@@ -11,6 +11,7 @@ namespace text {
 namespace {
 
 constexpr std::size_t kPart = 256 * 1024;   // what is converted, hashed or written at a time
+constexpr std::size_t kStartSync = 8 * 1024 * 1024;
 constexpr std::size_t kSmall = 16 * 1024;   // parts below this are put together before they are written
 
 class BytesSource final : public SaveSource {
@@ -186,6 +187,7 @@ SaveResult saveRefusedAsChanged() {
 int writeSource(int fd, const SaveSource& source, std::uint64_t* hash) {
   ContentHash content;
   std::string pending;   // small parts (a much edited text has many) go out together
+  std::size_t started = 0;
   const auto flush = [&] {
     const int r = files::writeAll(fd, pending);
     pending.clear();
@@ -201,6 +203,11 @@ int writeSource(int fd, const SaveSource& source, std::uint64_t* hash) {
     for (; done == 0 && !part.empty(); part.remove_prefix(std::min(part.size(), kPart))) {
       content.add(part.substr(0, kPart));
       done = files::writeAll(fd, part.substr(0, kPart));
+      started += std::min(part.size(), kPart);
+      if (started >= kStartSync) {   // the disk works while we do
+        fileSystem().startSync(fd);
+        started = 0;
+      }
     }
     return done;
   });

@@ -76,6 +76,8 @@ class Replacing {
     }
     if (const int r = write(); r < 0) return saveFailed(r);
     if (auto refused = compare()) return refused;
+    if (const int r = files::sync(file_.get()); r < 0) return saveFailed(r);
+    if (auto refused = lookAgain()) return refused;
     std::string oldName = ownName_ + ".old";   // from here on nothing may need memory without a way back
     if (const int r = swap(oldName); r < 0) return r == -EEXIST ? saveRefusedAsChanged() : saveFailed(r);
     try {
@@ -95,18 +97,24 @@ class Replacing {
     // Writing takes set-user-id and set-group-id away.
     if (target_.exists && (target_.status.mode & 06000) != 0)
       if (const int r = fs.changeMode(file_.get(), target_.status.mode & 07777); r < 0) return r;
-    return files::sync(file_.get());
+    return fs.startSync(file_.get()), 0;
   }
 
-  // The last look before the rename: the content as expected, and no sign of a change while it was read.
+  bool compares() const { return !planted(PlantedFault::skipCompare) && target_.exists && target_.expected; }
+
+  // Whether the old file has the content that is expected. Its status at that moment is kept: while it stays so, the content
+  // does. The disk writes meanwhile.
   std::optional<SaveResult> compare() {
-    if constexpr (planted(PlantedFault::skipCompare)) return std::nullopt;
-    if (!target_.exists || !target_.expected) return std::nullopt;
-    auto& fs = fileSystem();
-    if (const int r = fs.statFd(target_.file.get(), &seen_); r < 0) return saveFailed(r);
-    if (auto refused = compareContent()) return refused;
+    if (!compares()) return std::nullopt;
+    if (const int r = fileSystem().statFd(target_.file.get(), &seen_); r < 0) return saveFailed(r);
+    return compareContent();
+  }
+
+  // The last look, directly before the rename: the file at the path is the one compared, and no sign of a change since.
+  std::optional<SaveResult> lookAgain() {
+    if (!compares()) return std::nullopt;
     FileStatus now;
-    const int r = fs.statAt(folder_, target_.parts.name, false, &now);
+    const int r = fileSystem().statAt(folder_, target_.parts.name, false, &now);
     if (r < 0 && r != -ENOENT) return saveFailed(r);
     if (r < 0 || now != seen_) return saveRefusedAsChanged();
     return std::nullopt;
@@ -185,8 +193,7 @@ class Replacing {
   // two changes may carry the same one: then the content does.
   std::optional<SaveResult> checkDisplaced(const FileStatus& ours) {
     constexpr std::int64_t kYoungNs = 2'000'000'000;
-    if constexpr (planted(PlantedFault::skipCompare)) return std::nullopt;
-    if (!target_.expected || undo_ != Undo::restoreOld) return std::nullopt;
+    if (!compares() || undo_ != Undo::restoreOld) return std::nullopt;
     FileStatus old;
     if (const int r = fileSystem().statAt(folder_, ownName_, false, &old); r < 0) return saveFailed(r);
     if (old.device != seen_.device || old.inode != seen_.inode || old.size != seen_.size || old.mtimeNs != seen_.mtimeNs)

@@ -13,6 +13,8 @@
   GROUP(customCommands)              \
   GROUP(languageCommands)            \
   GROUP(logCommands)                 \
+  GROUP(printCommands)               \
+  GROUP(formatCommands)              \
   GROUP(windowCommands)              \
   GROUP(helpCommands)
 

@@ -89,6 +89,9 @@ std::int64_t FaultyFileSystem::seek(int fd, std::int64_t offset) {
 int FaultyFileSystem::sync(int fd) {
   return pass({.name = "sync", .path = pathOf(fd)}, [&] { return below_.sync(fd); });
 }
+int FaultyFileSystem::startSync(int fd) {
+  return pass({.name = "startSync", .path = pathOf(fd)}, [&] { return below_.startSync(fd); });
+}
 int FaultyFileSystem::truncate(int fd, std::int64_t length) {
   return pass({.name = "truncate", .path = pathOf(fd), .length = length}, [&] { return below_.truncate(fd, length); });
 }

@@ -46,6 +46,7 @@ class FaultyFileSystem : public text::FileSystem {
   std::int64_t write(int fd, const char* from, std::size_t length) override;
   std::int64_t seek(int fd, std::int64_t offset) override;
   int sync(int fd) override;
+  int startSync(int fd) override;
   int truncate(int fd, std::int64_t length) override;
   int allocate(int fd, std::int64_t length) override;
   int renameAt(int fromDir, const std::string& from, int toDir, const std::string& to, unsigned flags) override;

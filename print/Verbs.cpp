@@ -1,0 +1,131 @@
+#include "print/Verbs.h"
+
+#include <QHash>
+
+#include "document/Languages.h"
+#include "document/Statements.h"
+#include "language/ucCM.h"
+#include "print/AddIns.h"
+#include "print/FormatText.h"
+#include "print/LineTools.h"
+
+namespace {
+
+// "name=value" and bare words, separated by blanks. Names fold case; `known` lists them. False: something else stands there.
+bool readOptions(const QString& argument, const QStringList& known, QHash<QString, QString>* values) {
+  for (const QString& word : argument.split(u' ', Qt::SkipEmptyParts)) {
+    const QString name = word.section(u'=', 0, 0).toLower();
+    if (!known.contains(name)) return false;
+    values->insert(name, word.contains(u'=') ? word.section(u'=', 1) : QStringLiteral("yes"));
+  }
+  return true;
+}
+
+QStringList words(const char* text) { return QString::fromLatin1(text).split(u' '); }
+
+// A whole number of an option (0x for hexadecimal); `otherwise` when it is not given. False: it is no number within the bounds.
+bool number(const QHash<QString, QString>& values, const QString& name, qint64 low, qint64 high, qint64* value) {
+  if (!values.contains(name)) return true;
+  bool good = false;
+  *value = values[name].toLongLong(&good, 0);
+  return good && *value >= low && *value <= high;
+}
+
+bool choice(const QHash<QString, QString>& values, const QString& name, const QStringList& choices, int* index) {
+  if (!values.contains(name)) return true;
+  *index = static_cast<int>(choices.indexOf(values[name].toLower())) + 1;
+  return *index > 0;
+}
+
+bool format(CodeMax& cmx, const QString& argument) {
+  QHash<QString, QString> values;
+  if (!readOptions(argument, words("tabs text keywords indent lineends careful selection anycase"), &values)) return false;
+  FormatChoices choices;
+  qint64 tabs = -1, indent = -1;
+  const QStringList cases{QStringLiteral("upper"), QStringLiteral("lower"), QStringLiteral("capitalize")};
+  if (!number(values, QStringLiteral("tabs"), 0, 100, &tabs) || !number(values, QStringLiteral("indent"), 0, 100, &indent) ||
+      !choice(values, QStringLiteral("text"), cases, &choices.mainCase) || !choice(values, QStringLiteral("keywords"), cases, &choices.keywordCase) ||
+      !choice(values, QStringLiteral("lineends"), {QStringLiteral("unix"), QStringLiteral("windows")}, &choices.lineEnds))
+    return false;
+  choices.tabs = static_cast<int>(tabs) + 1;
+  choices.indent = static_cast<int>(indent) + 1;
+  choices.wholeLine = values.contains(QStringLiteral("careful"));
+  choices.selectionOnly = values.contains(QStringLiteral("selection"));
+  choices.changeCaseAnyway = values.contains(QStringLiteral("anycase"));
+  const auto& all = languages().Languages();
+  const int index = languages().GetIndex(cmx.Language());
+  FormatIt(cmx, index > 0 ? all->Item(index).get() : nullptr, choices);
+  return true;
+}
+
+bool columnize(CodeMax& cmx, const QString& argument) {
+  QString delimiter = argument;
+  ColumnizeOptions options;
+  const auto take = [&](const char* option, bool* flag) {
+    if (!delimiter.endsWith(QLatin1String(option))) return false;
+    delimiter.chop(static_cast<qsizetype>(qstrlen(option)));
+    return *flag = true;
+  };
+  while (take(" -g", &options.groupsApart) || take(" -c", &options.codeOnly) || take(" -b", &options.withinBlock)) {
+  }
+  if (delimiter.isEmpty()) return false;
+  CmRange range = cmx.GetSel(true);
+  if (range.IsEmpty()) range = {0, 0, cmx.LineCount() - 1, 0, false};
+  Columnize(cmx, range, delimiter, options);
+  return true;
+}
+
+bool series(CodeMax& cmx, const QString& argument) {
+  QHash<QString, QString> values;
+  if (!readOptions(argument, words("start step repeat base width prefix suffix zeros upper"), &values)) return false;
+  NumberSeries s;
+  qint64 repeat = 1, base = 10, width = 0;
+  constexpr qint64 kMost = std::numeric_limits<qint64>::max(), kLeast = std::numeric_limits<qint64>::min();
+  if (!number(values, QStringLiteral("start"), kLeast, kMost, &s.start) || !number(values, QStringLiteral("step"), kLeast, kMost, &s.step) ||
+      !number(values, QStringLiteral("repeat"), 1, 1000000, &repeat) || !number(values, QStringLiteral("base"), 2, 16, &base) ||
+      !number(values, QStringLiteral("width"), 0, 64, &width))
+    return false;
+  if (base != 2 && base != 8 && base != 10 && base != 16) return false;
+  s.repeat = static_cast<int>(repeat);
+  s.base = static_cast<int>(base);
+  s.width = static_cast<int>(width);
+  s.zeroFill = values.contains(QStringLiteral("zeros"));
+  s.upperCase = values.contains(QStringLiteral("upper"));
+  s.prefix = values.value(QStringLiteral("prefix"));
+  s.suffix = values.value(QStringLiteral("suffix"));
+  InsertSeries(cmx, s);
+  return true;
+}
+
+bool sortLines(CodeMax& cmx, const QString& argument) {
+  QHash<QString, QString> values;
+  if (!readOptions(argument, words("descending case numeric unique"), &values)) return false;
+  SortLines(cmx, {values.contains(QStringLiteral("descending")), values.contains(QStringLiteral("case")), values.contains(QStringLiteral("numeric")),
+                  values.contains(QStringLiteral("unique"))});
+  return true;
+}
+
+template <auto Service>
+bool plain(CodeMax& cmx, const QString& argument) {
+  if (!argument.trimmed().isEmpty()) return false;
+  Service(cmx);
+  return true;
+}
+qint64 removeDuplicates(CodeMax& cmx) { return RemoveDuplicateLines(cmx); }
+
+}  // namespace
+
+void AddFormatVerbs() {
+  using statements::addVerb;
+  addVerb("FORMAT", "[tabs=N] [text=CASE] [keywords=CASE] [indent=N] [lineends=unix|windows] [careful] [selection] [anycase]",
+          "Formats the text: tabs to N blanks, letter case (upper, lower, capitalize), indentation by N, line ends.", format);
+  addVerb("COLUMNIZE", "delimiter [-g] [-c] [-b]",
+          "Aligns a delimiter in the selected lines, else in all; -g groups between blank lines, -c code only, -b within the block.", columnize);
+  addVerb("SERIES", "[start=N] [step=N] [repeat=N] [base=2|8|10|16] [width=N] [zeros] [upper] [prefix=TEXT] [suffix=TEXT]",
+          "Puts a series of numbers into the selected lines.", series);
+  addVerb("SORTLINES", "[descending] [case] [numeric] [unique]", "Sorts the selected lines, else all.", sortLines);
+  addVerb("UNIQUELINES", "", "Removes lines that have stood before.", plain<removeDuplicates>);
+  addVerb("BLANKLINES", "", "Removes lines of white space only.", plain<RemoveBlankLines>);
+  addVerb("TRIMLINES", "", "Removes blanks and tabs at line ends.", plain<TrimLineEnds>);
+  addVerb("JOINLINES", "", "Joins the selected lines, else the caret's line and the next.", plain<JoinLines>);
+}

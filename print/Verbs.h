@@ -1,0 +1,5 @@
+// What this floor gives to the command language: FORMAT, COLUMNIZE and the services on lines.
+#pragma once
+
+// Call once at start-up; a second call does nothing.
+void AddFormatVerbs();
