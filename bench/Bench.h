@@ -65,4 +65,26 @@ void row(const std::string& what, double figure, const std::string& unit, double
 // The same for a ratio of two times in seconds; the note says both.
 void ratioRow(const std::string& what, double seconds, double limit, double most);
 
+inline std::string megabytes(std::size_t size) {
+  return size >= GB ? std::to_string(size / GB) + " GB" : std::to_string(size / MB) + " MB";
+}
+
+// Two rows for making something of a whole file: the shortest of three times against reading it and counting its line feeds,
+// and the memory that stays against its size. Gives what the last run made.
+template <class Make>
+auto readingRows(const std::string& what, const std::string& path, std::size_t size, const Make& make) {
+  const auto limit = limitReadAndCount(path);
+  trimMemory();
+  const auto resident = residentMemory();
+  decltype(make()) made{};
+  double seconds = 1e9;
+  for (int i = 0; i < 3; ++i) {
+    made = {};
+    seconds = std::min(seconds, best(1, [&] { made = make(); }));
+  }
+  ratioRow(what + " / (read + count line feeds)", seconds, limit, 1.5);
+  row(what + ", memory that stays / size", static_cast<double>(residentMemory() - resident) / static_cast<double>(size), "x", 1.15);
+  return made;
+}
+
 }  // namespace bench

@@ -25,24 +25,11 @@ Snapshot readInBlocks(const std::string& path) {
   return builder.finish();
 }
 
-std::string megabytes(std::size_t size) { return size >= GB ? std::to_string(size / GB) + " GB" : std::to_string(size / MB) + " MB"; }
-
 void build(benchmark::State& state) {
   const auto size = static_cast<std::size_t>(state.range(0));
   const auto path = logFile(size);
   for (auto _ : state) {
-    const auto limit = limitReadAndCount(path);
-    trimMemory();
-    const auto resident = residentMemory();
-    Snapshot text;
-    auto seconds = 1e9;
-    for (int i = 0; i < 3; ++i) {
-      text = Snapshot();
-      seconds = std::min(seconds, best(1, [&] { text = readInBlocks(path); }));
-    }
-    ratioRow("build from blocks, " + megabytes(size) + " / (read + count line feeds)", seconds, limit, 1.5);
-    row("memory after building " + megabytes(size) + " / size",
-        static_cast<double>(residentMemory() - resident) / static_cast<double>(size), "x", 1.15);
+    const Snapshot text = readingRows("build from blocks, " + megabytes(size), path, size, [&] { return readInBlocks(path); });
     std::mt19937_64 random(1);
     const int count = 200000;
     const auto look = best(1, [&] {
