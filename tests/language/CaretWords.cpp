@@ -312,6 +312,47 @@ TEST_F(CaretWords, NextFieldGoesForwardOnly) {
   EXPECT_FALSE(NextField(cmx));
 }
 
+// Every hot key and every word that is shipped does at the caret what it is there for.
+TEST_F(CaretWords, ShippedTemplatesAndWordLists) {
+  manager.setIniFile(qEnvironmentVariable("ZELKOR_SOURCE") + q("/config/Zelkor.ini"));
+  manager.Init();
+  ASSERT_GT(manager.Languages()->Count(), 3);
+  RemoveLanguages();
+  AddLanguages(*manager.Languages());
+  int templates = 0, words = 0;
+  for (int i = 1; i <= manager.Languages()->Count(); ++i) {
+    const auto shipped = manager.Languages()->Item(i);
+    const std::string name = s(shipped->Name);
+    ASSERT_TRUE(cmx.setLanguage(shipped->Name)) << name;
+    for (const auto& item : *shipped->cTemplate()) {
+      const std::string hotKey = s(item->HotKey);
+      show(("    " + hotKey + "..|\n").c_str());
+      isTemplate(cmx, manager, i, true, {});
+      const QStringList lines = QString::fromStdString(bytes()).split(u'\n');
+      EXPECT_EQ(lines.size(), splitCrLf(item->UserString).size() + 1) << name << ": " << hotKey;
+      for (qsizetype n = 0; n + 1 < lines.size(); ++n) EXPECT_TRUE(lines[n].startsWith(q("    "))) << name << ": " << hotKey;
+      EXPECT_EQ(cmx.SelText() == q("$$"), item->UserString.contains(q("$$"))) << name << ": " << hotKey;
+      cmx.editor().undo();
+      EXPECT_EQ(bytes(), "    " + hotKey + "..\n") << name;
+      ++templates;
+    }
+    for (int l = 1; l <= shipped->cWordList()->Count(); ++l) {
+      const QStringList list = splitCrLf(shipped->cWordList()->Item(l)->WordList);
+      EXPECT_GT(list.size(), 1) << name;
+      for (qsizetype w = 0; w < list.size(); ++w) {
+        show(("(" + s(list[w]) + "|)").c_str());
+        if (cmx.CurrentWord() != list[w]) continue;   // a phrase: reached from its neighbours only
+        index = l;
+        ProcessWordList(cmx, shipped.get(), index, false);
+        EXPECT_EQ(bytes(), "(" + s(list[(w + 1) % list.size()]) + ")") << name << ": " << s(list[w]);
+        ++words;
+      }
+    }
+  }
+  EXPECT_GT(templates, 20);
+  EXPECT_GT(words, 50);
+}
+
 TEST_F(CaretWords, RegistrationKeepsTheNamesItGave) {
   EXPECT_TRUE(LanguageTable::contains(q("L")));
   language->Name = q("Renamed");   // as the editor does, in place
