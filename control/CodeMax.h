@@ -121,7 +121,7 @@ class CodeMax : public QWidget {
   void DblClick();
   void Return();                                 // after the line break was typed
   void Typed();                                  // after a character was typed
-  void SelChange();                              // caret or selection moved, also by typing
+  void SelChange();                              // caret or selection moved or a command changed the text; once for each action
   void PropsChange();
   void FilesDropped(const QStringList& paths);
   void OvertypeChange(bool on);

@@ -83,6 +83,7 @@ void Pane::modelChanged(const text::Change& change) {
   allDirty_ = allDirty_ || change.reset || shift != 0 || pending_.has_value() || change.spans.size() > 1000;
   if (allDirty_) pending_.reset();
   else pending_ = change;
+  if (state_.held > 0) selectionDirty_ = true;   // what can be undone is another thing now, though the caret may not have moved
   if (state_.held > 0 || flushPosted_) return;
   flushPosted_ = true;
   QMetaObject::invokeMethod(this, [this] { flushText(); }, Qt::QueuedConnection);

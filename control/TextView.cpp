@@ -10,8 +10,8 @@ using text::LineNo;
 
 namespace {
 constexpr std::int64_t kColoredLine = 64 * 1024;      // longer lines are shown without colours
-constexpr std::int64_t kPaintBudget = 1024 * 1024;    // bytes scanned for colours before a paint
-constexpr std::int64_t kIdleBudget = 4 * 1024 * 1024; // and at a time while nobody waits
+constexpr std::int64_t kPaintBudget = 256 * 1024;     // bytes scanned for colours before a paint
+constexpr std::int64_t kIdleBudget = 1024 * 1024;     // and at a time while nobody waits
 constexpr std::size_t kRows = 1000;
 }  // namespace
 
