@@ -44,11 +44,7 @@ class SplitHandle : public QWidget {
 
 PaneGrid::PaneGrid(std::function<Pane*(QWidget*)> make, QWidget* parent) : QWidget(parent), make_(std::move(make)) {
   active_ = addPane(0, 0);
-  for (const auto bar : {Qt::Horizontal, Qt::Vertical}) {
-    bars_[indexOf(bar)] = new SplitHandle(*this, bar, this);
-    pullers_[indexOf(bar)] = new SplitHandle(*this, bar, active_);
-    active_->addScrollBarWidget(pullers_[indexOf(bar)], bar == Qt::Horizontal ? Qt::AlignTop : Qt::AlignLeft);
-  }
+  for (const auto bar : {Qt::Horizontal, Qt::Vertical}) bars_[indexOf(bar)] = new SplitHandle(*this, bar, this);
   arrange();
 }
 
@@ -64,8 +60,12 @@ void PaneGrid::activate(Pane* pane) { active_ = pane; }
 
 Pane* PaneGrid::addPane(std::size_t row, std::size_t column) {
   Pane* pane = panes_[row][column] = make_(this);
+  for (const auto bar : {Qt::Horizontal, Qt::Vertical}) {
+    SplitHandle*& handle = pullers_[row][column][indexOf(bar)];
+    handle = new SplitHandle(*this, bar, pane);
+    pane->addScrollBarWidget(handle, bar == Qt::Horizontal ? Qt::AlignTop : Qt::AlignLeft);
+  }
   pane->show();
-  emit paneAdded(pane);
   return pane;
 }
 
@@ -142,5 +142,8 @@ void PaneGrid::arrange() {
   bars_[1]->setVisible(place_[1] > 0);
   bars_[1]->setGeometry(x[1], 0, kBar + 1, height());
   for (SplitHandle* bar : bars_) bar->raise();
-  for (std::size_t i = 0; i < 2; ++i) pullers_[i]->setVisible(allowed_[i] && (place_[i] == 0 || pulling_[i]));
+  for (std::size_t row = 0; row < 2; ++row)
+    for (std::size_t column = 0; column < 2; ++column)
+      for (std::size_t i = 0; i < 2; ++i)
+        if (panes_[row][column]) pullers_[row][column][i]->setVisible(allowed_[i] && (place_[i] == 0 || pulling_[i]));
 }

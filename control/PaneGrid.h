@@ -28,9 +28,6 @@ class PaneGrid : public QWidget {
   void split(Qt::Orientation bar, double place);
   double place(Qt::Orientation bar) const { return place_[indexOf(bar)]; }
 
- signals:
-  void paneAdded(Pane* pane);
-
  protected:
   void resizeEvent(QResizeEvent* event) override;
 
@@ -48,7 +45,7 @@ class PaneGrid : public QWidget {
   std::array<double, 2> place_{0, 0};             // of the horizontal and of the vertical bar
   std::array<bool, 2> allowed_{true, true};
   std::array<SplitHandle*, 2> bars_{};
-  std::array<SplitHandle*, 2> pullers_{};         // of the first pane
+  std::array<std::array<std::array<SplitHandle*, 2>, 2>, 2> pullers_{};   // of each pane
   std::array<bool, 2> pulling_{};                 // a handle that is hidden would lose the mouse
   Pane* active_ = nullptr;
 };

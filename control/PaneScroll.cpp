@@ -119,16 +119,20 @@ void Pane::scrollSideways(std::int64_t left) {
 void Pane::scrollContentsBy(int, int) {
   if (settingBars_) return;
   const QScrollBar* vertical = verticalScrollBar();
-  showAt(vertical->value() == vertical->maximum() ? highestTop() : vertical->value() * barScale_);
+  std::int64_t top = vertical->value() == vertical->maximum() ? highestTop() : vertical->value() * barScale_;
+  if (!state_.smoothScrolling) top -= top % view_.lineHeight();
+  showAt(top);
   scrollSideways(std::min<std::int64_t>(horizontalScrollBar()->value(), highestLeft()));
 }
 
 void Pane::showLineTip() {
   if (!state_.lineToolTips) return;
   QScrollBar* bar = verticalScrollBar();
+  // The text follows the slider only behind this call.
+  const std::int64_t line = bar->sliderPosition() * barScale_ / view_.lineHeight();
   const double part = static_cast<double>(bar->sliderPosition()) / std::max(1, bar->maximum());
   const QPoint at = bar->mapToGlobal(QPoint(-90, static_cast<int>(part * (bar->height() - 40))));
-  QToolTip::showText(at, tr("Line %L1").arg(topLine() + 1), bar);
+  QToolTip::showText(at, tr("Line %L1").arg(line + 1), bar);
 }
 
 void Pane::resizeEvent(QResizeEvent* event) {

@@ -5,6 +5,7 @@
 #include <QDropEvent>
 #include <QMimeData>
 #include <QScrollBar>
+#include <QToolTip>
 #include <random>
 
 #include "control/LanguageTable.h"
@@ -427,6 +428,24 @@ TEST_F(PaneViews, LongLinesAndManyLinesScroll) {
   control.model()->replaceAll(text::Snapshot(std::string(2000000, '\n')), {});
   pane()->verticalScrollBar()->setValue(pane()->verticalScrollBar()->maximum());
   EXPECT_EQ(pane()->topLine() + pane()->visibleLines(), 2000001);
+}
+
+TEST_F(PaneViews, DraggingTheScrollBarTellsTheLine) {
+  control.setText(QString(1000, u'\n'));
+  QApplication::processEvents();
+  QScrollBar* bar = pane()->verticalScrollBar();
+  const auto dragTo = [&](qint64 line) {
+    bar->setSliderDown(true);
+    bar->setSliderPosition(static_cast<int>(line * pane()->view().lineHeight()) + 3);
+    bar->setSliderDown(false);
+  };
+  dragTo(499);
+  EXPECT_EQ(QToolTip::text(), q("Line 500"));
+  EXPECT_EQ(pane()->top(), 499 * pane()->view().lineHeight()) << "whole lines, as scrolling is not smooth";
+  control.setLineToolTips(false);
+  dragTo(100);
+  EXPECT_EQ(QToolTip::text(), q("Line 500"));
+  QToolTip::hideText();
 }
 
 TEST_F(PaneViews, ReadersHearTheText) {
