@@ -172,7 +172,8 @@ void PanePainter::paintRow(std::int64_t line, const QRect& part) {
 void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64_t line, const QRect& band) {
   const double left = view_.textLeft();
   const double baseline = band.top() + view_.metrics().ascent();
-  const QColor plain = color(ColorSlot::Text);
+  const auto& plainSlot = view_.state().model->plainSlot;
+  const QColor plain = color(plainSlot ? static_cast<ColorSlot>(plainSlot(LineNo(line))) : ColorSlot::Text);
   const bool recolor = !view_.state().colors.selectionKeepsColors(look_.focused);
   const QColor selectedColor = color(look_.focused ? ColorSlot::SelectionText : ColorSlot::InactiveSelectionText);
   const ByteRange selected = recolor ? selectedBytes(line, row) : ByteRange{};

@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QString>
+#include <functional>
 #include <memory>
 #include <span>
 
@@ -24,6 +25,9 @@ class TextModel : public QObject {
 
   text::Document& document() { return document_; }
   const text::Snapshot& snapshot() const { return document_.snapshot(); }
+
+  // The ColorSlot of what the language leaves plain in a line; not set: ColorSlot::Text. appearanceChanged() when it answers otherwise.
+  std::function<int(text::LineNo)> plainSlot;
 
   text::FileFormat format;              // of the file it came from or goes to
   std::optional<text::FileStamp> stamp; // of the file at load or last save

@@ -113,7 +113,6 @@ class Setting {
  public:
   Setting(BatchDialogs& boxes, BatchFrame& own) : dialogs_(setDialogs(&boxes)), frame_(frame()) {
     setFrame(&own);
-    modRegistry::SetReadOnly(true);
     mCMXParser::setInteractive(false);
     setStatusSink([](const QString&) {});
   }
@@ -121,7 +120,7 @@ class Setting {
     setFrame(frame_);
     setDialogs(dialogs_);
     mCMXParser::setInteractive(true);
-    modRegistry::SetReadOnly(false);
+    modRegistry::SetReadOnly(readOnly_);
     setStatusSink({});
   }
   Setting(const Setting&) = delete;
@@ -130,6 +129,7 @@ class Setting {
  private:
   Dialogs* dialogs_;
   Frame* frame_;
+  bool readOnly_ = modRegistry::SetReadOnly(true);
 };
 
 int runOn(BatchFrame& frame, const QString& path, const BatchOptions& options, const QString& target) {

@@ -211,6 +211,7 @@ void RegistryFile::apply(const Change& change, RegistryText& text) {
 
 void RegistryFile::record(Change change) {
   apply(change, text_);
+  if (readOnly_) return;
   if (change.kind == Kind::write) {
     for (auto old = changes_.rbegin(); old != changes_.rend() && old->kind != Kind::remove; ++old) {
       if (old->kind != Kind::write || old->name.compare(change.name, Qt::CaseInsensitive) != 0 ||
@@ -226,7 +227,7 @@ void RegistryFile::record(Change change) {
 }
 
 void RegistryFile::schedule(int milliseconds) {
-  if (!readOnly_ && QCoreApplication::instance()) timer_.start(milliseconds);
+  if (QCoreApplication::instance()) timer_.start(milliseconds);
 }
 
 int RegistryFile::flush() {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <QTimer>
+#include <utility>
 #include <vector>
 
 #include "document/RegistryStore.h"
@@ -24,7 +25,7 @@ class RegistryFile : public registry::Store {
   int create(quint32 hive, const QString& key) override;
   int remove(quint32 hive, const QString& key) override;
   int flush() override;
-  void setReadOnly(bool on) override { readOnly_ = on; }
+  bool setReadOnly(bool on) override { return std::exchange(readOnly_, on); }
 
   void setLockPatience(int milliseconds) { lockPatience_ = milliseconds; }
 

@@ -29,7 +29,7 @@ class Store {
   virtual int create(quint32 hive, const QString& key) = 0;   // with missing parents; an existing key is left alone
   virtual int remove(quint32 hive, const QString& key) = 0;   // kAccessDenied when it has subkeys
   virtual int flush() = 0;                                    // after it everything written is durable
-  virtual void setReadOnly(bool on) = 0;                      // on: changes last for this process only
+  virtual bool setReadOnly(bool on) = 0;                      // on: changes made now last for this process only; the old state
 };
 
 Store& store();

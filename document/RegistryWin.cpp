@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <utility>
 #include <vector>
 
 #include "document/RegistryStore.h"
@@ -79,7 +80,7 @@ class SystemRegistry : public Store {
   }
 
   int flush() override { return kSuccess; }
-  void setReadOnly(bool on) override { readOnly_ = on; }
+  bool setReadOnly(bool on) override { return std::exchange(readOnly_, on); }
 
  private:
   bool readOnly_ = false;

@@ -96,6 +96,9 @@ frmLog::frmLog(QWidget* parent)
   cmx->model()->document().setUndoLimit(kUndoSteps, kUndoBytes);
   connect(cmx->model().get(), &TextModel::changed, this,
           [this](const text::Change& change) { streams_->follow(change, cmx->LineCount()); });
+  cmx->model()->plainSlot = [this](text::LineNo line) {
+    return int(streamOf(line.value) == Stream::errors ? ColorSlot::String : ColorSlot::Text);
+  };
   connect(cmx, &CodeMax::DblClick, this, &frmLog::cmx_DblClick);
   connect(cmx, &CodeMax::RClick, this, [this](const QPoint& position, bool* handled) {
     *handled = true;

@@ -72,6 +72,6 @@ int Flush() {
   return LastResult();
 }
 
-void SetReadOnly(bool on) { registry::store().setReadOnly(on); }
+bool SetReadOnly(bool on) { return registry::store().setReadOnly(on); }
 
 }  // namespace modRegistry

@@ -31,6 +31,6 @@ QString Text(const QString& key, const QString& name, const QString& otherwise =
 void SetFlag(const QString& key, const QString& name, bool value);
 
 int Flush();               // writes what is not written yet; 0 or an error code. Called at the end of the program
-void SetReadOnly(bool on); // batch mode: what is set lasts for this process only
+bool SetReadOnly(bool on); // batch mode: what is set then lasts for this process only; the old state
 
 }  // namespace modRegistry

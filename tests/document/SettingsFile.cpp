@@ -128,13 +128,16 @@ TEST(SettingsFile, IsWrittenWhenItIsQuietAndOnFlush) {
   EXPECT_EQ(store.flush(), 0);
   EXPECT_EQ(valueIn(path, u"A"_s), 2);
   EXPECT_EQ(QFile::permissions(path) & (QFile::ReadOther | QFile::WriteOther | QFile::ReadGroup | QFile::WriteGroup), QFile::Permissions());
-  store.setReadOnly(true);
+  EXPECT_FALSE(store.setReadOnly(true));
   write(store, u"A"_s, 3);
   EXPECT_EQ(store.flush(), 0);
   EXPECT_EQ(valueIn(path, u"A"_s), 2);
   QVariant own;
   store.read(kLocalMachine, kKey, u"A"_s, &own);
   EXPECT_EQ(own, 3);
+  EXPECT_TRUE(store.setReadOnly(false));
+  EXPECT_EQ(store.flush(), 0);
+  EXPECT_EQ(valueIn(path, u"A"_s), 2) << "what was set meanwhile is not written later";
 }
 
 TEST(SettingsFile, C1_ChangesOfOthersAreKept) {
