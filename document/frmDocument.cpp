@@ -85,7 +85,10 @@ frmDocument::frmDocument(frmDocument& viewOf, QWidget* parent)
   updateCaption();
 }
 
-frmDocument::~frmDocument() { std::erase(shared_->windows, this); }
+frmDocument::~frmDocument() {
+  disconnect(cmx, nullptr, this, nullptr);   // it loses the focus when it goes, after this object did
+  std::erase(shared_->windows, this);
+}
 
 void frmDocument::setUp() {
   shared_->windows.push_back(this);

@@ -160,6 +160,7 @@ bool frmLog::SaveDocumment(const QString& path) {
 
 void frmLog::Clear() {
   cmx->setText({});
+  streams_->lines.assign(1, Streams::kNone);
   openLine_ = false;
   dropped_ = 0;
 }

@@ -1,0 +1,221 @@
+// Runs of command strings: what folders under tests/e2e cannot show - undo, stopping, waiting, what a run leaves alone.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QFile>
+#include <QKeyEvent>
+#include <QTimer>
+#include <random>
+
+#include "base/Program.h"
+#include "document/Process.h"
+#include "tests/document/RunFixture.h"
+
+using namespace Qt::StringLiterals;
+using mCMXParser::Ending;
+
+namespace {
+
+QString startee() { return qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s) + u"/startee"_s; }
+
+void press(QWidget* widget, int key, const QString& text = {}) {
+  QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
+  QApplication::sendEvent(widget, &event);
+}
+
+}  // namespace
+
+TEST(CommandRuns, IsOneUndoStepInEachText) {
+  RunFrame frame;
+  frame.cmx().setText(u"one\ntwo"_s);
+  frame.logWindow->AppendLog(u"log\r\n"_s);
+  EXPECT_EQ(frame.run(u"cmdSELECTALL\ncmdUPPERCASESELECTION\ncmdDOCUMENTEND\ncmdINSERTCHAR !\nECHO a\nECHO b"_s).ending, Ending::done);
+  EXPECT_EQ(frame.cmx().GetLine(1), u"TWO!"_s);
+  EXPECT_EQ(frame.logWindow->Text(), u"log\r\na\r\nb\r\n"_s);
+  EXPECT_EQ(frame.shown, 1);
+  frame.cmx().ExecuteCmd(129);
+  EXPECT_EQ(frame.cmx().Text(), frame.cmx().EnableCRLF() ? u"one\r\ntwo"_s : u"one\ntwo"_s);
+  frame.logWindow->cmx->ExecuteCmd(129);
+  EXPECT_EQ(frame.logWindow->Text(), u"log\r\n"_s);
+  frame.run(u"cmdDOCUMENTEND"_s);
+  EXPECT_EQ(frame.shown, 1) << "a run that wrote nothing shows no log";
+}
+
+TEST(CommandRuns, FailureReportsInOrderAndClearsEveryFlag) {
+  RunFrame frame;
+  ScriptedDialogs dialogs;
+  frame.cmx().setText(u"text"_s);
+  QStringList order;
+  frame.whenMacroIsShown = [&] { order << u"editor"_s + (gBusy() ? u" busy"_s : QString()); };
+  dialogs.answer(Answer::ok, [&] { order << u"box"_s + (gBusy() ? u" busy"_s : QString()); });
+  const auto outcome = mCMXParser::Run(2, 3, u"cmdINSERTCHAR x\r\n\r\nBAD $Title\r\ncmdINSERTCHAR y"_s);
+  EXPECT_EQ(outcome.ending, Ending::invalid);
+  EXPECT_EQ(outcome.line, 3);
+  EXPECT_EQ(outcome.text, u"BAD "_s);
+  EXPECT_EQ(order, (QStringList{u"editor busy"_s, u"box busy"_s}));
+  EXPECT_EQ(frame.macros, QStringList{u"2/3 Invalid Command : BAD "_s});
+  EXPECT_EQ(dialogs.last().text, u"Invalid Command : BAD "_s);
+  EXPECT_EQ(dialogs.last().icon, Icon::exclamation);
+  EXPECT_EQ(frame.logWindow->Text(), u"\r\nInvalid Command BAD "_s);
+  EXPECT_EQ(frame.cmx().GetLine(0), u"xtext"_s) << "lines before it have taken effect";
+  EXPECT_FALSE(gBusy());
+  EXPECT_FALSE(mCMXParser::isRunning());
+  EXPECT_TRUE(frame.cmx().Visible());
+  EXPECT_EQ(frame.shown, 0);
+  dialogs.answer(Answer::ok);
+  mCMXParser::Run(0, 0, u"BAD"_s);
+  EXPECT_EQ(frame.macros.size(), 1) << "text that is no macro opens no editor";
+}
+
+TEST(CommandRuns, WithoutADocumentNothingHappens) {
+  RunFrame frame;
+  frame.active = nullptr;
+  EXPECT_EQ(frame.run(u"ECHO x"_s).ending, Ending::refused);
+  EXPECT_EQ(frame.logWindow->Text(), u""_s);
+  EXPECT_EQ(mCMXParser::FileInformation(), u""_s);
+}
+
+TEST(CommandRuns, ASecondRunIsRefusedWhileOneWaits) {
+  RunFrame frame;
+  Ending second = Ending::done;
+  bool busy = true;
+  QTimer::singleShot(100, [&] {
+    second = frame.run(u"ECHO no"_s).ending;
+    busy = gBusy();
+  });
+  EXPECT_EQ(frame.run(u"SHELL "_s + startee() + u" sleep 300\nECHO after"_s).ending, Ending::done);
+  EXPECT_EQ(second, Ending::refused);
+  EXPECT_FALSE(busy) << "the editor is usable meanwhile";
+  EXPECT_EQ(frame.logWindow->Text(), u"[startee: exit code 0]\r\nafter\r\n"_s);
+}
+
+TEST(CommandRuns, TheStepStaysWholeOverAWaitUnlessThePersonWorks) {
+  for (const bool works : {false, true}) {
+    RunFrame frame;
+    frame.document->show();
+    frame.cmx().setText(u"text"_s);
+    if (works) QTimer::singleShot(100, [&] { press(QApplication::focusWidget() ? QApplication::focusWidget() : frame.document.get(), Qt::Key_Shift); });
+    EXPECT_EQ(frame.run(u"cmdINSERTCHAR 1\nSHELLW "_s + startee() + u" sleep 250\ncmdINSERTCHAR 2"_s).ending, Ending::done);
+    EXPECT_EQ(frame.cmx().GetLine(0), u"12text"_s);
+    frame.cmx().ExecuteCmd(129);
+    EXPECT_EQ(frame.cmx().GetLine(0), works ? u"1text"_s : u"text"_s);
+    EXPECT_EQ(frame.panels[1], u"Normal completion."_s);
+  }
+}
+
+TEST(CommandRuns, EscapeEndsTheWaitAndTheProgram) {
+  RunFrame frame;
+  frame.document->show();
+  QTimer::singleShot(150, [&] { press(frame.document.get(), Qt::Key_Escape); });
+  QElapsedTimer clock;
+  clock.start();
+  const auto outcome = frame.run(u"SHELLW "_s + startee() + u" sleep 20000\nECHO never"_s);
+  EXPECT_EQ(outcome.ending, Ending::stopped);
+  EXPECT_EQ(outcome.line, 1);
+  EXPECT_LT(clock.elapsed(), 3000);
+  EXPECT_FALSE(frame.logWindow->Text().contains(u"never"_s));
+  EXPECT_TRUE(frame.cmx().Visible());
+  EXPECT_FALSE(mCMXParser::isRunning());
+}
+
+TEST(CommandRuns, EscapeEndsALongRun) {
+  RunFrame frame;
+  frame.document->show();
+  QString commands;
+  for (int n = 0; n < 200000; ++n) commands += u"cmdINSERTCHAR some text\n"_s;
+  bool typed = false;
+  QObject timer;
+  // What is typed while a run works is not let through; Esc is.
+  QMetaObject::invokeMethod(&timer, [&] {
+    press(frame.document.get(), Qt::Key_A, u"a"_s);
+    press(frame.document.get(), Qt::Key_Escape);
+    typed = true;
+  }, Qt::QueuedConnection);
+  const auto outcome = frame.run(commands);
+  EXPECT_TRUE(typed);
+  EXPECT_EQ(outcome.ending, Ending::stopped);
+  EXPECT_LT(outcome.line, 200000);
+  EXPECT_EQ(frame.cmx().Text().remove(u"some text"_s), u""_s);
+}
+
+TEST(CommandRuns, ClosingTheDocumentEndsTheRun) {
+  RunFrame frame;
+  QTimer::singleShot(100, [&] {
+    frame.active = nullptr;
+    frame.document.reset();
+  });
+  const auto outcome = frame.run(u"cmdINSERTCHAR x\nSHELL "_s + startee() + u" sleep 300\ncmdINSERTCHAR y"_s);
+  EXPECT_EQ(outcome.ending, Ending::stopped);
+  EXPECT_EQ(outcome.line, 2);
+  EXPECT_FALSE(gBusy());
+}
+
+TEST(CommandRuns, StateDoesNotOutliveARun) {
+  RunFrame frame;
+  ScriptedDialogs dialogs;
+  frame.cmx().setText(u"one two"_s);
+  dialogs.answerInput(u"answer"_s).answerInput(std::nullopt);
+  frame.run(u"ECHO $Input(What is it?)\nECHO <$Input(Again)>\ncmdWORDRIGHTEXTEND\ncmdSELGET\nLOGEDIT"_s);
+  EXPECT_EQ(dialogs.boxes[0].text, u"What is it?"_s);
+  EXPECT_EQ(dialogs.boxes[0].title, u"Input Data"_s);
+  EXPECT_EQ(frame.logWindow->Text(), u"answer\r\n<>\r\n"_s) << "cancelling is an empty answer";
+  frame.run(u"ECHO $Output0\ncmdDOCUMENTEND\ncmdSELSET\ncmdINSERTCHAR !"_s);
+  EXPECT_TRUE(frame.logWindow->Text().endsWith(u"$Output0\r\n"_s));
+  EXPECT_EQ(frame.cmx().GetLine(0), u"one two!"_s);
+}
+
+TEST(CommandRuns, UntitledDocumentsHaveNoPath) {
+  RunFrame frame;
+  frame.document->setUntitled(u"Untitled 3.x.y"_s, u"/some/folder"_s);
+  QString text = u"$Name|$Path|$Title|$Stem"_s;
+  mCMXParser::SubstituteVariables(text);
+  EXPECT_EQ(text, u"||Untitled 3.x.y|Untitled 3"_s);
+  const QStringList lines = mCMXParser::FileInformation().split(u"\r\n"_s);
+  EXPECT_EQ(lines[0], u"Path          : /some/folder/Untitled 3.x.y"_s);
+  EXPECT_EQ(lines[1], u"Last Modified : "_s);
+  EXPECT_FALSE(lines.contains(u"Read Only"_s));
+}
+
+TEST(CommandRuns, ReadOnlyFilesSaySo) {
+  RunFrame frame;
+  testing_files::TempFolder folder;
+  testing_files::writeRaw(folder / "f.txt", "text");
+  const QString path = QString::fromStdString(folder / "f.txt");
+  QFile::setPermissions(path, QFile::ReadOwner);
+  frame.openFile(path);
+  EXPECT_TRUE(mCMXParser::FileInformation().endsWith(u"\r\nRead Only"_s));
+}
+
+TEST(CommandRuns, UsageLeavesTheSearchSettingsAlone) {
+  RunFrame frame;
+  frame.cmx().setText(u"Foo foo"_s);
+  const SearchState before = searchState();
+  frame.run(u"USAGE Foo -cs -b"_s);
+  EXPECT_EQ(searchState().findText, before.findText);
+  EXPECT_EQ(frame.cmx().SearchCaseSensitive(), before.options.matchCase);
+}
+
+TEST(CommandRuns, RandomLinesNeverLeaveARunHanging) {
+  RunFrame frame;
+  std::mt19937 random(9);
+  const QStringList pieces{u"cmd"_s, u"LOG"_s, u"EDIT"_s, u"$"_s, u"$Output"_s, u"$Input("_s, u" "_s, u"ECHO "_s, u"USAGE "_s, u" -c"_s, u"SEL"_s,
+                           u"GET"_s, u"\x01"_s, u"\r"_s, u"\n"_s, u";"_s, u"LINEDOWN"_s, u"SELECTAREA"_s, u"9999999999"_s, u"NORMALEDIT"_s, QString(QChar(0xDC80))};
+  for (int round = 0; round < 300; ++round) {
+    ScriptedDialogs dialogs;
+    QString commands;
+    for (int n = int(random() % 30); n > 0; --n) commands += pieces[int(random() % std::size_t(pieces.size()))];
+    // Prompts and failures may come, one each at most is answered; the rest is not there.
+    commands.remove(u"$Input("_s);
+    const bool fails = [&] {
+      for (const QString& line : QString(commands).replace(u'\r', u'\n').split(u'\n', Qt::SkipEmptyParts)) {
+        QString probe = line;
+        mCMXParser::SubstituteVariables(probe);
+        if (!mCMXParser::ExecuteStatement(probe)) return true;
+      }
+      return false;
+    }();
+    if (fails) dialogs.answer(Answer::ok);
+    EXPECT_EQ(frame.run(commands).ending, fails ? Ending::invalid : Ending::done) << qPrintable(commands);
+    EXPECT_FALSE(gBusy());
+  }
+}

@@ -1,0 +1,193 @@
+// The log window: what is written there, what stays, and the ways back to the texts.
+#include <gtest/gtest.h>
+
+#include <QAction>
+
+#include "document/Messages.h"
+#include "document/Process.h"
+#include "tests/document/RunFixture.h"
+
+using namespace Qt::StringLiterals;
+using Stream = frmLog::Stream;
+
+namespace {
+
+std::string startee() { return qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s).toStdString() + "/startee"; }
+
+void doubleClick(frmLog& log, qint64 line, qint64 column) {
+  log.cmx->SetSel({line, column, line, column, false});
+  log.cmx_DblClick();
+}
+
+}  // namespace
+
+TEST(Log, StreamsBeginTheirOwnLines) {
+  frmLog log;
+  log.AppendLog(u"a"_s);
+  log.AppendLog(u"b\n"_s);
+  log.AppendLog(u"out"_s, Stream::output);
+  log.AppendLog(u"err\n"_s, Stream::errors);
+  log.AppendLog(u"end"_s);
+  EXPECT_EQ(log.Text(), u"ab\r\nout\r\nerr\r\nend"_s);
+  EXPECT_EQ(log.streamOf(0), Stream::text);
+  EXPECT_EQ(log.streamOf(1), Stream::output);
+  EXPECT_EQ(log.streamOf(2), Stream::errors);
+  EXPECT_EQ(log.streamOf(3), Stream::text);
+  log.cmx->InsertText(u"new\r\nlines\r\n"_s, {1, 0});   // lines of later hand have none, the others keep theirs
+  EXPECT_EQ(log.streamOf(0), Stream::text);
+  EXPECT_EQ(log.streamOf(4), Stream::errors);
+  log.cmx->DeleteLine(0);
+  EXPECT_EQ(log.streamOf(3), Stream::errors);
+  log.Clear();
+  EXPECT_EQ(log.streamOf(0), std::nullopt);
+  EXPECT_EQ(log.streamOf(99), std::nullopt);
+}
+
+TEST(Log, L1_SizeIsLimitedAndSaysSo) {
+  frmLog log;
+  log.setSizeLimit(2000);
+  for (int n = 0; n < 500; ++n) log.AppendLog(u"line %1\n"_s.arg(n));
+  EXPECT_LE(log.Text().size(), 2300);
+  EXPECT_TRUE(log.Text().endsWith(u"line 499\r\n"_s));
+  const QString notice = log.cmx->GetLine(0);
+  const qint64 kept = log.cmx->LineCount() - 2;   // without the notice and the empty end
+  EXPECT_EQ(notice, u"[%1 earlier line(s) dropped]"_s.arg(500 - kept));
+  EXPECT_EQ(log.cmx->GetLine(1), u"line %1"_s.arg(500 - kept));
+}
+
+TEST(Log, ProgramOutputComesByLinesAndWithItsEnd) {
+  frmLog log;
+  int error = 0;
+  auto* const program = process::Program::start({startee(), "out", "\xC3\xA9 one", "err", "two", "exit", "4"}, 1, &error);
+  ASSERT_NE(program, nullptr);
+  log.watch(*program);
+  EXPECT_TRUE(log.stopAction->isEnabled());
+  EXPECT_TRUE(spinUntil([&] { return !log.programRuns(); }));
+  EXPECT_TRUE(log.Text().contains(u"\u00e9 one\r\n"_s) && log.Text().contains(u"two\r\n"_s));
+  EXPECT_TRUE(log.Text().endsWith(u"[startee: exit code 4]\r\n"_s));
+  EXPECT_FALSE(log.stopAction->isEnabled());
+  log.Clear();
+  auto* const open = process::Program::start({"/bin/sh", "-c", "printf '\\303'; sleep 0.6; printf '\\251 tail'; sleep 30"}, 1, &error);
+  log.watch(*open);
+  EXPECT_TRUE(spinUntil([&] { return log.Text() == u"\u00e9 tail"_s; })) << "an open line is shown, a character never in halves";
+  log.stopAction->trigger();
+  EXPECT_TRUE(spinUntil([&] { return !log.programRuns(); }));
+  EXPECT_TRUE(log.Text().endsWith(u"[sh: exit code 143]\r\n"_s)) << qPrintable(log.Text());
+}
+
+TEST(Log, DigitsLeadToTheLineOfTheDocument) {
+  RunFrame frame;
+  frame.cmx().setText(u"a\nb\nc"_s);
+  frame.logWindow->AppendLog(u"2: b\n0 4 x2 9999999999999999999999\n\n"_s);
+  const auto selected = [&] { return frame.cmx().GetSel(true).StartLineNo; };
+  frame.cmx().SetSel({0, 0, 0, 0, false});
+  for (const int column : {0, 2, 4, 6}) {   // 0, too large, mixed, out of range
+    doubleClick(*frame.logWindow, 1, column);
+    EXPECT_EQ(frame.cmx().GetSel(true).IsEmpty(), true) << column;
+  }
+  doubleClick(*frame.logWindow, 2, 0);      // no word
+  EXPECT_TRUE(frame.cmx().GetSel(true).IsEmpty());
+  doubleClick(*frame.logWindow, 0, 0);
+  EXPECT_EQ(selected(), 1);
+  EXPECT_EQ(frame.cmx().SelText().left(1), u"b"_s);
+}
+
+TEST(Log, MessagesOfToolsAreUnderstood) {
+  testing_files::TempFolder folder;
+  for (const char* name : {"top.v", "my file.v", "a(1).v", "10"}) testing_files::writeRaw(folder / name, "x\n");
+  testing_files::writeRaw(folder / "C:x.v", "x\n");
+  const QStringList folders{QString::fromStdString(folder.path())};
+  struct Case {
+    QString line, file;
+    qint64 at, column;
+  };
+  const std::vector<Case> cases{
+      {u"top.v:12: syntax error"_s, u"top.v"_s, 12, 0},
+      {u"top.v:12:7: error: x"_s, u"top.v"_s, 12, 7},
+      {u"./top.v:3: warning"_s, u"top.v"_s, 3, 0},
+      {u"%Error: top.v:4:2: Unsupported"_s, u"top.v"_s, 4, 2},
+      {u"** Error: top.v(15): near \"end\""_s, u"top.v"_s, 15, 0},
+      {u"** Error: (vlog-13069) top.v(15): near"_s, u"top.v"_s, 15, 0},
+      {u"top.v(3,9): error C2065"_s, u"top.v"_s, 3, 9},
+      {u"  File \"top.v\", line 8, in x"_s, u"top.v"_s, 8, 0},
+      {u"ERROR: [Synth 8-2715] syntax error near ) [top.v:23]"_s, u"top.v"_s, 23, 0},
+      {u"In file included from top.v:3,"_s, u"top.v"_s, 3, 0},
+      {u"my file.v:5: error"_s, u"my file.v"_s, 5, 0},
+      {u"Error: my file.v:5: x"_s, u"my file.v"_s, 5, 0},
+      {u"at \"my file.v\":5"_s, u"my file.v"_s, 5, 0},
+      {u"a(1).v:6: x"_s, u"a(1).v"_s, 6, 0},
+      {u"C:x.v:7: x"_s, u"C:x.v"_s, 7, 0},
+      {u"missing.v:12: x"_s, {}, 0, 0},
+      {u"12:30:45 done"_s, {}, 0, 0},
+      {u"http://localhost:8080/"_s, {}, 0, 0},
+      {u"top.v:0: x"_s, {}, 0, 0},
+      {u"top.v:99999999999999999999: x"_s, {}, 0, 0},
+      {u"no place"_s, {}, 0, 0},
+      {QString(100000, u'(') + u"1)"_s, {}, 0, 0},
+  };
+  for (const Case& c : cases) {
+    const auto place = findMessage(c.line, folders);
+    ASSERT_EQ(place.has_value(), !c.file.isEmpty()) << qPrintable(c.line.left(100));
+    if (!place) continue;
+    EXPECT_EQ(place->file, folders[0] + u'/' + c.file) << qPrintable(c.line);
+    EXPECT_EQ(place->line, c.at) << qPrintable(c.line);
+    EXPECT_EQ(place->column, c.column) << qPrintable(c.line);
+  }
+}
+
+TEST(Log, WalksFromMessageToMessage) {
+  RunFrame frame;
+  testing_files::TempFolder folder;
+  testing_files::writeRaw(folder / "top.v", "one\ntwo\nthree\n");
+  const QString path = QString::fromStdString(folder / "top.v");
+  frame.logWindow->AppendLog(u"start\n%1:3: first\nnothing\n%1:1: second\nmissing.v:1: x\n"_s.arg(path));
+  frame.logWindow->cmx->ExecuteCmd(189);
+  const auto line = [&] { return frame.cmx().GetSel(true).StartLineNo; };
+  EXPECT_TRUE(frame.logWindow->nextMessage());
+  EXPECT_EQ(frame.opened.last(), path);
+  EXPECT_EQ(line(), 2);
+  EXPECT_TRUE(frame.logWindow->nextMessage());
+  EXPECT_EQ(line(), 0);
+  EXPECT_FALSE(frame.logWindow->nextMessage());
+  EXPECT_TRUE(frame.logWindow->previousMessage());
+  EXPECT_EQ(line(), 2);
+  EXPECT_FALSE(frame.logWindow->previousMessage());
+  doubleClick(*frame.logWindow, 3, path.size() + 1);   // on the number behind the file: that file, not the active document
+  EXPECT_EQ(line(), 0);
+  EXPECT_EQ(frame.opened.size(), 4);
+}
+
+TEST(Log, WhatAProgramPrintedIsWalkedFromItsBeginning) {
+  RunFrame frame;
+  testing_files::TempFolder folder;
+  testing_files::writeRaw(folder / "top.v", "one\ntwo\nthree\n");
+  const QString path = QString::fromStdString(folder / "top.v");
+  frame.logWindow->AppendLog(u"%1:1: of an earlier program\n"_s.arg(path));
+  frame.logWindow->cmx->ExecuteCmd(191);
+  frame.run(u"SHELLW %1/startee err %2:2:x out %2:3:x"_s.arg(qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s), path));
+  EXPECT_TRUE(frame.logWindow->nextMessage());
+  EXPECT_NE(frame.cmx().GetSel(true).StartLineNo, 0);
+}
+
+TEST(Log, SavesAndInsertsFiles) {
+  ScriptedDialogs dialogs;
+  testing_files::TempFolder folder;
+  frmLog log;
+  log.AppendLog(u"a\nb\n"_s);
+  EXPECT_TRUE(log.SaveDocumment(QString::fromStdString(folder / "x.log")));
+  EXPECT_EQ(testing_files::readRaw(folder / "x.log"), "a\r\nb\r\n");
+  dialogs.answer(Answer::ok);
+  const QString nowhere = QString::fromStdString(folder / "no/x.log");
+  EXPECT_FALSE(log.SaveDocumment(nowhere));
+  EXPECT_TRUE(dialogs.last().text.startsWith(u"File Save Error : "_s));
+  EXPECT_EQ(dialogs.last().title, u"Saving "_s + nowhere);
+  EXPECT_EQ(dialogs.last().icon, Icon::exclamation);
+  testing_files::writeRaw(folder / "in", "1\n\x02\n");
+  log.cmx->ExecuteCmd(191);
+  dialogs.answerOpen({QString::fromStdString(folder / "in")});
+  EXPECT_TRUE(log.InsertFile());
+  EXPECT_EQ(log.Text(), u"a\r\nb\r\n1\r\n<U+0002>\r\n"_s);
+  dialogs.answerOpen({}).answerOpen({nowhere});
+  EXPECT_FALSE(log.InsertFile());
+  EXPECT_FALSE(log.InsertFile());
+}
