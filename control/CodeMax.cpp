@@ -7,6 +7,7 @@
 
 #include "control/CodeMaxImpl.h"
 #include "control/EditorAccess.h"
+#include "control/FindDialog.h"
 #include "text/Words.h"
 
 using text::ByteOffset;
@@ -114,7 +115,7 @@ Pane* CodeMax::addPane(QWidget* parent) {
   connect(pane, &Pane::doubleClicked, this, &CodeMax::DblClick);
   connect(pane, &Pane::filesDropped, this, &CodeMax::FilesDropped);
   connect(pane, &Pane::noted, this, &CodeMax::Note);
-  connect(pane, &Pane::findWanted, this, &CodeMax::FindWanted);
+  connect(pane, &Pane::findWanted, this, [this](bool replace) { FindDialog::showFor(*this, replace); });
   return pane;
 }
 

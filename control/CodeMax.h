@@ -126,7 +126,6 @@ class CodeMax : public QWidget {
   void FilesDropped(const QStringList& paths);
   void OvertypeChange(bool on);
   void Note(const QString& text);                // for the status bar: "12 replaced"
-  void FindWanted(bool replace);                 // the find dialog
 
  protected:
   void changeEvent(QEvent* event) override;

@@ -1,5 +1,6 @@
 // Finding and replacing with the program's one search state.
 #include <QCoreApplication>
+#include <algorithm>
 
 #include "control/CommandFunctions.h"
 #include "control/Replacing.h"
@@ -43,40 +44,14 @@ const Searcher* stateSearcher(Editor& e) {
   return nullptr;
 }
 
-bool failed(Editor& e, const SearchResult& result) {
-  if (!result.error.empty()) e.host().note(QString::fromStdString(result.error));
-  return !result.error.empty();
-}
-
 // Selects the next find from the selection on, round the end of the text when needed.
 bool findFrom(Editor& e, const Searcher& searcher, const QString& shown, ByteRange from, bool forward) {
-  EditorAccess::searchFailed(e) = true;
   const Snapshot text = e.snapshot();
-  const ByteRange all{ByteOffset(0), text.size()};
-  const auto search = [&](ByteOffset at) {
-    return forward ? searcher.forward(text, at, all) : searcher.backward(text, at, all);
-  };
-  SearchResult result = search(forward ? from.end : from.begin);
-  // A find without length where the caret stands already would hold it there for ever.
-  if (result.match && result.match->range.empty() && from.empty() && result.match->range.begin == from.begin) {
-    const ByteOffset next = forward ? nextChar(text, from.end) : previousChar(text, from.begin);
-    result = next == from.begin ? SearchResult() : search(next);
-  }
-  if (failed(e, result)) return false;
-  QString note;
-  if (!result.match) {
-    result = search(forward ? all.begin : all.end);
-    if (failed(e, result)) return false;
-    note = forward ? tr("Went on from the start of the text") : tr("Went on from the end of the text");
-  }
-  if (!result.match) {
-    e.host().note(tr("\"%1\" was not found").arg(shown));
-    return false;
-  }
-  EditorAccess::searchFailed(e) = false;
-  e.setSelection({result.match->range.begin, result.match->range.end, 0, 0, false});
-  e.host().note(note);
-  return true;
+  const FindOutcome outcome = findNear(text, searcher, from, {ByteOffset(0), text.size()}, forward);
+  EditorAccess::searchFailed(e) = !outcome.found;
+  if (outcome.found) e.setSelection({outcome.found->begin, outcome.found->end, 0, 0, false});
+  e.host().note(noteOf(outcome, shown, forward));
+  return outcome.found.has_value();
 }
 
 void replaceAllIn(Editor& e, const std::vector<ByteRange>& within) {
@@ -89,6 +64,37 @@ void replaceAllIn(Editor& e, const std::vector<ByteRange>& within) {
 }
 
 }  // namespace
+
+FindOutcome findNear(const Snapshot& text, const Searcher& searcher, ByteRange from, ByteRange within, bool forward,
+                     SearchControl* control) {
+  const auto search = [&](ByteOffset at) {
+    at = std::clamp(at, within.begin, within.end);
+    return forward ? searcher.forward(text, at, within, control) : searcher.backward(text, at, within, control);
+  };
+  FindOutcome outcome;
+  SearchResult result = search(forward ? from.end : from.begin);
+  // A find without length where the caret stands already would hold it there for ever.
+  if (result.match && result.match->range.empty() && from.empty() && result.match->range.begin == from.begin) {
+    const ByteOffset next = forward ? nextChar(text, from.end) : previousChar(text, from.begin);
+    result = next == from.begin ? SearchResult() : search(next);
+  }
+  if (!result.match && result.error.empty() && !result.cancelled) {
+    outcome.wrapped = true;
+    result = search(forward ? within.begin : within.end);
+  }
+  if (result.match) outcome.found = result.match->range;
+  outcome.error = std::move(result.error);
+  outcome.cancelled = result.cancelled;
+  return outcome;
+}
+
+QString noteOf(const FindOutcome& outcome, const QString& findText, bool forward) {
+  if (outcome.cancelled) return tr("Cancelled");
+  if (!outcome.error.empty()) return QString::fromStdString(outcome.error);
+  if (!outcome.found) return tr("\"%1\" was not found").arg(findText);
+  if (!outcome.wrapped) return {};
+  return forward ? tr("Went on from the start of the text") : tr("Went on from the end of the text");
+}
 
 std::string findBytes(Editor& e, const SearchState& state) {
   return state.options.regex ? fromQString(state.findText) : EditorAccess::incoming(e, state.findText, LineNo(0));
@@ -113,11 +119,28 @@ std::vector<ByteRange> selectedRanges(Editor& e) {
   return rows;
 }
 
+QString noteOf(const ReplacePlan& plan) {
+  if (plan.cancelled) return tr("Cancelled; nothing was replaced");
+  if (!plan.error.empty()) return QString::fromStdString(plan.error);
+  return tr("%1 replaced").arg(plan.edits.size());
+}
+
 void applyReplacements(Editor& e, const ReplacePlan& plan) {
-  if (plan.cancelled) return e.host().note(tr("Cancelled; nothing was replaced"));
-  if (!plan.error.empty()) return e.host().note(QString::fromStdString(plan.error));
   if (!plan.edits.empty()) EditorAccess::change(e, plan.edits);
-  e.host().note(tr("%1 replaced").arg(plan.edits.size()));
+  e.host().note(noteOf(plan));
+}
+
+bool replaceSelectedFind(Editor& e, const Searcher& searcher, QString* error) {
+  const ByteRange range = e.selectedRange();
+  if (e.selection().column) return false;
+  const SearchResult at = searcher.forward(e.snapshot(), range.begin, {ByteOffset(0), e.snapshot().size()});
+  *error = QString::fromStdString(at.error);
+  if (!at.match || at.match->range != range) return false;
+  const SearchState& state = searchState();
+  const ReplacePlan plan = planReplacements(e.snapshot(), searcher, state.options.regex, std::span(&range, 1),
+                                            replacementBytes(e, state), keepsCase(e, state), e.model().newLineFor(LineNo(0)));
+  *error = QString::fromStdString(plan.error);
+  return plan.edits.size() == 1 && EditorAccess::put(e, plan.edits[0].range, plan.edits[0].text);
 }
 
 QString wordToFind(Editor& e) {
@@ -164,21 +187,10 @@ void replace(Editor& e, const QVariant&) {
   if (e.document().readOnly()) return e.host().note(tr("The text is read-only"));
   const Searcher* searcher = stateSearcher(e);
   if (!searcher) return;
-  const SearchState& state = searchState();
-  const ByteRange range = e.selectedRange();
-  bool replaced = false;
-  if (!e.selection().column) {
-    const SearchResult at = searcher->forward(e.snapshot(), range.begin, {ByteOffset(0), e.snapshot().size()});
-    if (failed(e, at)) return;
-    if (at.match && at.match->range == range) {
-      const std::vector<ByteRange> within{range};
-      const ReplacePlan plan = planReplacements(e.snapshot(), *searcher, state.options.regex, within, replacementBytes(e, state),
-                                                keepsCase(e, state), e.model().newLineFor(LineNo(0)));
-      if (!plan.error.empty()) return e.host().note(QString::fromStdString(plan.error));
-      replaced = plan.edits.size() == 1 && EditorAccess::put(e, plan.edits[0].range, plan.edits[0].text);
-    }
-  }
-  findFrom(e, *searcher, state.findText, e.selectedRange(), true);
+  QString error;
+  const bool replaced = replaceSelectedFind(e, *searcher, &error);
+  if (!error.isEmpty()) return e.host().note(error);
+  findFrom(e, *searcher, searchState().findText, e.selectedRange(), true);
   if (replaced) e.document().setSelectionAfter(e.selection());
 }
 
@@ -205,5 +217,7 @@ void markFinds(Editor& e, const Snapshot& text, std::span<const ByteRange> finds
     if (lines.empty() || lines.back() != line) lines.push_back(line);
   }
   e.model().setBookmarks(lines, true);
-  e.host().note(tr("%1 found").arg(finds.size()));
+  e.host().note(noteOfFinds(finds.size()));
 }
+
+QString noteOfFinds(std::size_t number) { return tr("%1 found").arg(number); }

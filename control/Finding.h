@@ -1,6 +1,7 @@
 // What the find commands and the find dialog share.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -15,7 +16,24 @@ bool keepsCase(Editor& e, const SearchState& state);   // the state or the contr
 std::vector<text::ByteRange> selectedRanges(Editor& e);   // one, or one for each row that holds text; none without a selection
 QString wordToFind(Editor& e);                            // the selection within one line, else the word at the caret; may be empty
 
+struct FindOutcome {
+  std::optional<text::ByteRange> found;
+  bool wrapped = false;                   // found only round the end (or start) of the text
+  std::string error;                      // a text for the user
+  bool cancelled = false;
+};
+// The find before or behind `from` within the range, going on round its end. On any thread.
+FindOutcome findNear(const text::Snapshot& text, const text::Searcher& searcher, text::ByteRange from, text::ByteRange within,
+                     bool forward, text::SearchControl* control = nullptr);
+// What to tell of it; empty when it was simply found.
+QString noteOf(const FindOutcome& outcome, const QString& findText, bool forward);
+
+// Replaces the selection when it is a find of the searcher. False: it is none, or *error says why it could not be.
+bool replaceSelectedFind(Editor& e, const text::Searcher& searcher, QString* error);
+
 // Applies the plan in one undo step and notes how many were replaced, or why none was.
 void applyReplacements(Editor& e, const ReplacePlan& plan);
+QString noteOf(const ReplacePlan& plan);
 // Sets a bookmark on each line where a find begins, and notes their number.
 void markFinds(Editor& e, const text::Snapshot& text, std::span<const text::ByteRange> finds);
+QString noteOfFinds(std::size_t number);

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <utility>
 #include <vector>
 
 class Editor;
@@ -40,6 +41,13 @@ class KeyMacros {
   void cancelRecording();
   void noteCommand(int id, const QVariant& argument);
   void noteText(const QString& text);
+  // Runs what is no step of its own, as it is part of one already noted.
+  template <class Run>
+  void pause(Run run) {
+    const bool was = std::exchange(recording_, false);
+    run();
+    recording_ = was;
+  }
 
   // Plays it `count` times as one undo step (a macro that undoes has none of its own). Ends early when a search fails or a round
   // changes nothing. False: unknown.

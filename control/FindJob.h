@@ -1,0 +1,41 @@
+// One long search at a time beside the user interface: runs on a thread over a snapshot, can be cancelled, and comes back by a
+// queued call. Small texts are searched at once, without a thread.
+#pragma once
+
+#include <QObject>
+#include <QThreadPool>
+#include <functional>
+#include <memory>
+
+#include "text/Search.h"
+
+class FindJob : public QObject {
+  Q_OBJECT
+ public:
+  using Done = std::function<void()>;                              // on the user-interface thread
+  using Work = std::function<Done(text::SearchControl& control)>;  // on the other one; touches nothing but what it holds
+
+  explicit FindJob(QObject* parent) : QObject(parent) { pool_.setMaxThreadCount(1); }
+  ~FindJob() override { drop(); }
+
+  // Drops the job that runs. `bytes` is how much there is to go over; below the limit the work is done before this returns.
+  void start(std::int64_t bytes, Work work);
+  void cancel();                          // the work ends soon and says in its Done that it was cancelled
+  void drop();                            // the same, and nobody hears of it
+  bool running() const { return current_ != nullptr; }
+  int percent() const;
+
+  std::int64_t limit = 4 << 20;
+
+ signals:
+  void runningChanged(bool running);
+
+ private:
+  struct Run {
+    text::SearchControl control;
+    bool dropped = false;                 // read and written by the user-interface thread alone
+  };
+  QThreadPool pool_;                      // waits for the thread at its end
+  std::shared_ptr<Run> current_;
+  std::int64_t bytes_ = 1;
+};

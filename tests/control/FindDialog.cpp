@@ -1,0 +1,248 @@
+// The find dialog, used as a person does: in a main window, with keys and clicks.
+#include "control/FindDialog.h"
+
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QPushButton>
+#include <QtTest/QTest>
+
+#include "control/CodeMax.h"
+#include "control/FindJob.h"
+#include "control/KeyMacro.h"
+#include "tests/support/Caret.h"
+
+namespace {
+
+class FindDialogTest : public testing::Test {
+ protected:
+  QMainWindow window;
+  CodeMax* text = new CodeMax(&window);
+  QStringList notes;
+
+  void SetUp() override {
+    searchState() = {};
+    window.setCentralWidget(text);
+    window.resize(900, 500);
+    window.show();
+    QObject::connect(text, &CodeMax::Note, [this](const QString& note) {
+      if (!note.isEmpty()) notes += note;
+    });
+  }
+  void TearDown() override { searchState() = {}; }
+
+  void show(const char* marked, bool replace = false) {
+    const CaretText parsed = parseCaret(marked);
+    text->setText(toQString(parsed.bytes));
+    text->editor().setSelection(parsed.selection);
+    text->ExecuteCmd(replace ? 169 : 178);
+  }
+  std::string shown() {
+    const text::Snapshot& now = text->editor().snapshot();
+    return printCaret(now.bytes({text::ByteOffset(0), now.size()}), text->editor().selection());
+  }
+  FindDialog& dialog() { return *window.findChild<FindDialog*>(); }
+  template <class Part>
+  Part& part(const char* name) { return *dialog().findChild<Part*>(QString::fromLatin1(name)); }
+  void click(const char* name) { QTest::mouseClick(&part<QPushButton>(name), Qt::LeftButton); }
+  void check(const char* name, bool on) {
+    if (part<QCheckBox>(name).isChecked() != on) part<QCheckBox>(name).click();
+  }
+  void type(const char* field, const QString& what) {
+    QLineEdit* edit = part<QComboBox>(field).lineEdit();
+    edit->selectAll();
+    QTest::keyClicks(edit, what);
+  }
+  void press(const char* field, int key, Qt::KeyboardModifiers modifiers = {}) {
+    QTest::keyClick(part<QComboBox>(field).lineEdit(), static_cast<Qt::Key>(key), modifiers);
+  }
+  // Until the search on its thread came back.
+  bool finish() {
+    QElapsedTimer clock;
+    for (clock.start(); dialog().job().running() && clock.elapsed() < 20000;) QTest::qWait(5);
+    return !dialog().job().running();
+  }
+};
+
+}  // namespace
+
+TEST_F(FindDialogTest, FindsWhileTypingAndOn) {
+  show("x| abc ab abd");
+  type("findText", QStringLiteral("ab"));
+  EXPECT_EQ(shown(), "x @ab|c ab abd");
+  type("findText", QStringLiteral("abd"));
+  EXPECT_EQ(shown(), "x abc ab @abd|");
+  type("findText", QStringLiteral("abdx"));
+  EXPECT_EQ(shown(), "x| abc ab abd") << "back where the typing began";
+  EXPECT_EQ(dialog().status(), QStringLiteral("\"abdx\" was not found"));
+  type("findText", QStringLiteral("ab"));
+  press("findText", Qt::Key_Return);
+  EXPECT_EQ(shown(), "x abc @ab| abd");
+  press("findText", Qt::Key_Return, Qt::ShiftModifier);
+  EXPECT_EQ(shown(), "x @ab|c ab abd");
+  click("findPrevious");
+  EXPECT_EQ(shown(), "x abc ab @ab|d");
+  EXPECT_EQ(dialog().status(), QStringLiteral("Went on from the end of the text"));
+  EXPECT_EQ(notes.last(), QStringLiteral("Went on from the end of the text"));
+  check("backwards", true);
+  press("findText", Qt::Key_Return);
+  EXPECT_EQ(shown(), "x abc @ab| abd");
+  check("wholeWord", true);
+  EXPECT_TRUE(searchState().options.wholeWord);
+  click("count");
+  EXPECT_EQ(dialog().status(), QStringLiteral("1 found"));
+  press("findText", Qt::Key_Escape);
+  EXPECT_FALSE(dialog().isVisible());
+  EXPECT_EQ(text->findText(), QStringLiteral("ab"));
+}
+
+TEST_F(FindDialogTest, TakesItsTextFromTheSelection) {
+  show("a @bc| d bc");
+  EXPECT_EQ(part<QComboBox>("findText").currentText(), QStringLiteral("bc"));
+  EXPECT_FALSE(part<QCheckBox>("inSelection").isChecked());
+  EXPECT_TRUE(part<QComboBox>("replaceText").isHidden());
+  show("a|");
+  EXPECT_EQ(part<QComboBox>("findText").currentText(), QStringLiteral("bc")) << "stays without a selection";
+  show("@bc\nbc\n|bc\n", true);
+  EXPECT_TRUE(part<QCheckBox>("inSelection").isChecked());
+  EXPECT_FALSE(part<QComboBox>("replaceText").isHidden());
+  click("count");
+  EXPECT_EQ(dialog().status(), QStringLiteral("2 found"));
+  check("inSelection", false);
+  click("count");
+  EXPECT_EQ(dialog().status(), QStringLiteral("3 found"));
+}
+
+TEST_F(FindDialogTest, Replaces) {
+  show("|ab AB Ab ab", true);
+  type("findText", QStringLiteral("ab"));
+  type("replaceText", QStringLiteral("xy"));
+  click("replace");
+  EXPECT_EQ(shown(), "xy @AB| Ab ab");
+  check("preserveCase", true);
+  press("replaceText", Qt::Key_Return);
+  EXPECT_EQ(shown(), "xy XY @Ab| ab");
+  check("backwards", true);
+  click("replace");
+  EXPECT_EQ(shown(), "xy XY Xy @ab|") << "backwards, round the start";
+  click("replaceAll");
+  EXPECT_EQ(text->Text(), QStringLiteral("xy XY Xy xy"));
+  EXPECT_EQ(dialog().status(), QStringLiteral("1 replaced"));
+  EXPECT_EQ(notes.last(), QStringLiteral("1 replaced"));
+  text->ExecuteCmd(129);
+  EXPECT_EQ(text->Text(), QStringLiteral("xy XY Xy ab"));
+}
+
+TEST_F(FindDialogTest, ReplacesInTheSelectionAndStaysInIt) {
+  show("a\n@a\na a\n|a\n", true);
+  type("findText", QStringLiteral("a"));
+  type("replaceText", QStringLiteral("bb"));
+  click("replaceAll");
+  EXPECT_EQ(text->Text(), QStringLiteral("a\nbb\nbb bb\na\n"));
+  EXPECT_EQ(dialog().status(), QStringLiteral("3 replaced"));
+  type("findText", QStringLiteral("bb"));
+  type("replaceText", QStringLiteral("c"));
+  click("replaceAll");
+  EXPECT_EQ(text->Text(), QStringLiteral("a\nc\nc c\na\n"));
+  // The rows of a column selection.
+  show("aaa#a\naa\naaaa|\n", true);
+  text->ExecuteCmd(169);
+  text->editor().setRange({0, 1, 2, 3, true});
+  text->ExecuteCmd(169);
+  type("findText", QStringLiteral("a"));
+  click("count");
+  EXPECT_EQ(dialog().status(), QStringLiteral("5 found"));
+  click("replaceAll");
+  EXPECT_EQ(text->Text(), QStringLiteral("acca\nac\nacca\n"));
+}
+
+TEST_F(FindDialogTest, SaysWhyAnExpressionFails) {
+  show("k=v|", true);
+  check("regex", true);
+  type("findText", QStringLiteral("(k"));
+  EXPECT_FALSE(dialog().status().isEmpty());
+  const QString why = dialog().status();
+  click("replaceAll");
+  EXPECT_EQ(dialog().status(), why);
+  EXPECT_EQ(text->Text(), QStringLiteral("k=v"));
+  type("findText", QStringLiteral("(k)=(v)"));
+  type("replaceText", QStringLiteral("$2=$7"));
+  click("replaceAll");
+  EXPECT_EQ(text->Text(), QStringLiteral("k=v")) << "no such group";
+  EXPECT_NE(dialog().status(), QStringLiteral("1 replaced"));
+  type("replaceText", QStringLiteral("$2=$1"));
+  click("replaceAll");
+  EXPECT_EQ(text->Text(), QStringLiteral("v=k"));
+  // One that runs away is stopped by its limits and says so.
+  show((std::string(40, 'a') + "b|").c_str());
+  type("findText", QStringLiteral("(a+)+$"));
+  press("findText", Qt::Key_Return);
+  ASSERT_TRUE(finish());
+  EXPECT_FALSE(dialog().status().isEmpty());
+}
+
+TEST_F(FindDialogTest, LongOnesRunBesideAndAreCancelled) {
+  std::string lines;
+  for (int i = 0; i < 200000; ++i) lines += "some word here\n";
+  show("|", true);
+  dialog().job().limit = 0;
+  text->setText(QString::fromStdString(lines));
+  type("findText", QStringLiteral("word"));
+  ASSERT_TRUE(finish());
+  type("replaceText", QStringLiteral("thing"));
+  click("replaceAll");
+  EXPECT_TRUE(dialog().job().running());
+  EXPECT_FALSE(part<QPushButton>("replaceAll").isEnabled());
+  click("cancel");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(dialog().status(), QStringLiteral("Cancelled; nothing was replaced"));
+  EXPECT_EQ(text->GetLine(199999), QStringLiteral("some word here"));
+
+  click("replaceAll");   // the text changes under it
+  text->InsertText(QStringLiteral("x"), {0, 0});
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(dialog().status(), QStringLiteral("The text was changed meanwhile; nothing was replaced"));
+
+  click("replaceAll");
+  ASSERT_TRUE(finish());
+  EXPECT_EQ(dialog().status(), QStringLiteral("200000 replaced"));
+  EXPECT_EQ(text->GetLine(199999), QStringLiteral("some thing here"));
+  click("markAll");      // and the window may go while it runs
+}
+
+TEST_F(FindDialogTest, WorksOnTheControlThatHasTheFocus) {
+  show("one|");
+  auto* other = new CodeMax(&window);
+  other->setText(QStringLiteral("one two one"));
+  window.setCentralWidget(new QWidget);
+  auto* holder = window.centralWidget();
+  other->setParent(holder);
+  other->resize(200, 100);
+  other->show();
+  other->setFocus();
+  QTest::qWait(20);
+  EXPECT_EQ(dialog().control(), other);
+  type("findText", QStringLiteral("one"));
+  click("count");
+  EXPECT_EQ(dialog().status(), QStringLiteral("2 found"));
+  delete other;
+  EXPECT_EQ(dialog().control(), nullptr);
+  click("count");
+}
+
+TEST_F(FindDialogTest, RecordsIntoAMacro) {
+  show("|ab ab ab", true);
+  type("findText", QStringLiteral("ab"));
+  type("replaceText", QStringLiteral("c"));
+  keyMacros().toggleRecording();
+  click("replace");
+  click("findNext");
+  keyMacros().toggleRecording();
+  EXPECT_EQ(keyMacros().toText().toStdString(),
+            "[Macro 1]\nSETFINDTEXT \"ab\"\nSETREPLACETEXT \"c\"\nREPLACE\nFINDNEXT");
+  keyMacros().fromText({});
+}
