@@ -47,7 +47,7 @@ Pane::~Pane() = default;
 PaneLook Pane::look() const {
   PaneLook look;
   look.selection = editor_->selection();
-  look.focused = hasFocus();
+  look.focused = hasFocus() || state_.hits;   // while somebody finds, the find stands out among the other hits
   look.caretOn = caretOn_ && hasFocus();
   look.overtype = editor_->overtype;
   look.bracket = bracket_;

@@ -123,7 +123,7 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
   const int y = band.top();
   const bool current = line == caretLine_ && selected_.empty() && !look_.selection.column;
   painter_.fillRect(band, color(current ? ColorSlot::HighlightedLine : ColorSlot::Window));
-  const QColor hit = mixed(color(ColorSlot::Window), color(ColorSlot::Bookmark), 0.3);
+  const QColor hit = mixed(color(ColorSlot::Window), color(ColorSlot::MatchingBrace), 0.6);
   for (const ByteRange& range : row.hits) fill({view_.xOf(line, range.begin), view_.xOf(line, range.end)}, y, hit);
   if (const auto span = selectedSpan(line, row)) {
     const QColor back = color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack);
