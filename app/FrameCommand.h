@@ -39,7 +39,7 @@ struct FrameCommand {
   const char* icon = "";        // name in app/icons and in the desktop's theme
   const char* tip = "";         // one line, context "frmMain"; the key is added to it
   unsigned needs = kAlways;     // Facts
-  int command = 0;              // a command of the edit control (100 to 212), or
+  int command = 0;              // a command of the edit control (either of its tables), or
   void (*run)(frmMain&) = nullptr;
   const char* tool = "";        // key of the tool bar's button; "" none
   int toolPlace = 0;            // as place, in the tool bar

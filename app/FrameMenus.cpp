@@ -10,7 +10,8 @@
 
 #include "app/Icons.h"
 #include "app/frmMain.h"
-#include "control/CommandTable.h"
+#include "control/KeyCommands.h"
+#include "control/KeyMap.h"
 
 namespace {
 
@@ -161,10 +162,15 @@ void FrameMenus::refreshKeys() {
       QList<QKeySequence> sequences;
       for (const QString& key : keys.split(u';')) sequences << QKeySequence(key.trimmed());
       action->setShortcuts(sequences);
-    } else if (const Command* command = row->command ? commandById(row->command) : nullptr) {
+    } else if (row->command) {
       // The edit control answers to its keys itself; the menu only shows them.
-      keys = QString::fromLatin1(command->keys);
-      const QString first = QKeySequence(keys.section(u';', 0, 0).trimmed()).toString(QKeySequence::NativeText);
+      const Command* command = anyCommandById(row->command);
+      const QList<QKeySequence> now = keyMap().keysOf({row->command, {}});
+      const QStringList usual = QString::fromLatin1(command ? command->keys : "").split(u';');
+      for (const QString& key : usual)   // the usual one where it still holds
+        if (keys.isEmpty() && now.contains(QKeySequence(key.trimmed()))) keys = key.trimmed();
+      if (keys.isEmpty() && !now.isEmpty()) keys = now.first().toString();
+      const QString first = QKeySequence(keys).toString(QKeySequence::NativeText);
       action->setText(first.isEmpty() ? shown(row->caption) : shown(row->caption) + u'\t' + first);
     }
     const QString key = QKeySequence(keys.section(u';', 0, 0).trimmed()).toString(QKeySequence::NativeText);

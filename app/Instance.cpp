@@ -73,7 +73,7 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
       continue;
     }
     if (standAlone) return Role::first;
-    switch (HandOffCommandLine(commandLines, &next)) {
+    switch (HandOffCommandLine(place_->socketPath(), commandLines, &next)) {
       case HandOffAnswer::acted: return Role::handedOver;
       case HandOffAnswer::gone:
         if (waited < kStartWaitMs) {
@@ -96,9 +96,11 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
   return Role::first;
 }
 
-HandOffAnswer Instance::HandOffCommandLine(const QList<HandOff>& commandLines, qsizetype* next) {
+QString Instance::socketPath() const { return place_ ? place_->socketPath() : QString(); }
+
+HandOffAnswer Instance::HandOffCommandLine(const QString& socket, const QList<HandOff>& commandLines, qsizetype* next) {
   MsgSender sender;
-  if (!sender.connectTo(place_->socketPath())) return HandOffAnswer::gone;
+  if (!sender.connectTo(socket)) return HandOffAnswer::gone;
   QList<HandOff> all = commandLines;
   if (all.isEmpty()) all.append(HandOff{{}, qEnvironmentVariable("XDG_ACTIVATION_TOKEN"), false, false, false});
   int waitedFor = 0;

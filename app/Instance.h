@@ -31,8 +31,10 @@ class Instance {
   // standAlone: never hands over. waits: never becomes the first but starts one, so that it can end when its files are closed.
   Role CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits);
   bool HookCopyData();
-  // Meanwhile dead or ending copies are noted by `gone`: the command lines from `*next` on are still to be handed over.
-  HandOffAnswer HandOffCommandLine(const QList<HandOff>& commandLines, qsizetype* next);
+  QString socketPath() const;
+  // Brings the copy at a socket forward and gives it the command lines from *next on, which counts on. `gone`: nobody is there, or
+  // who was there ended before it had acted on number *next.
+  static HandOffAnswer HandOffCommandLine(const QString& socket, const QList<HandOff>& commandLines, qsizetype* next);
   void documentClosed(frmDocument* document);   // tells who waits for it
   void resign();                                // at the end: from now on another copy may be first
 

@@ -39,7 +39,6 @@ const QString kTabs = QStringLiteral("mnuViewTabs");
 
 frmMain::frmMain() {
   setObjectName(QStringLiteral("frmMain"));
-  setWindowIcon(icons::application());
   resize(1000, 720);
   setAcceptDrops(true);
 

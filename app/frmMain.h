@@ -65,6 +65,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void fillLanguages(QMenu& menu);
   void fillEncodings(QMenu& menu);
   void fillLineEnds(QMenu& menu);
+  void fillKeyMacros(QMenu& menu);
   void setTabs(bool on);
   void goToLine();
   void SetupToolStatus();                      // tool bar, status bar and tabs as the View menu's check marks say

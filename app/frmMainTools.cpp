@@ -112,6 +112,7 @@ frmLog* frmMain::log() {
     log_ = new frmLog(logDock_);
     logDock_->setWidget(log_);
     addDockWidget(Qt::BottomDockWidgetArea, logDock_);
+    resizeDocks({logDock_}, {log_->height()}, Qt::Vertical);   // as its profile says
     logDock_->hide();
     connect(log_, &frmLog::closeAsked, logDock_, &QDockWidget::hide);
   }

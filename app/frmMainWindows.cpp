@@ -18,6 +18,7 @@
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
 #include "base/Strings.h"
+#include "control/KeyMacro.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
 #include "language/ucCM.h"
@@ -203,6 +204,14 @@ void frmMain::fillLineEnds(QMenu& menu) {
       refresh();
     });
   }
+}
+
+void frmMain::fillKeyMacros(QMenu& menu) {
+  for (const QString& name : keyMacros().names())
+    connect(menu.addAction(inMenu(name)), &QAction::triggered, this, [this, name] {
+      if (frmDocument* target = activeDocument()) keyMacros().play(target->cmx->editor(), name);
+    });
+  if (menu.isEmpty()) menu.addAction(tr("No macro is recorded"))->setEnabled(false);
 }
 
 void frmMain::goToLine() {

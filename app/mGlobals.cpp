@@ -3,12 +3,15 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QTimer>
 #include <QUrl>
 #include <cstdio>
 
 #include "app/Arguments.h"
 #include "app/BatchArguments.h"
 #include "app/FrameMenus.h"
+#include "app/HandbookWindow.h"
+#include "app/Icons.h"
 #include "app/Instance.h"
 #include "app/SessionEnd.h"
 #include "app/frmMain.h"
@@ -142,10 +145,16 @@ frmDocument* OpenCommandLine(frmMain& frame, const QString& text) {
   return frame.openAt(place.path, place.line, place.column);
 }
 
-void openHandbook() {
-  const QString file = joinPath(joinPath(applicationFolder(), QStringLiteral("docs")), QStringLiteral("handbook.html"));
-  if (!QFileInfo::exists(file) || !dialogs().openUrl(file))
-    MsgBox(QCoreApplication::translate("mGlobals", "The handbook cannot be shown: %1").arg(file));
+void openHandbook(QWidget& beside) {
+  auto* window = beside.findChild<HandbookWindow*>();
+  if (!window) window = new HandbookWindow(&beside);
+  if (window->page().isEmpty() && !window->showPage(QStringLiteral("handbook.md"))) {
+    MsgBox(QCoreApplication::translate("mGlobals", "The handbook is not installed"));
+    return;
+  }
+  window->show();
+  window->raise();
+  window->activateWindow();
 }
 
 void openLanguageHelp(const frmDocument* about) {
@@ -214,6 +223,7 @@ display:
   main.menus().setCaption(QStringLiteral("mHelpAbout"), -1,
                           QCoreApplication::translate("mGlobals", "About %1 ...").arg(QString::fromLatin1(kApplicationTitle)), true);
   main.show();
+  QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn once the text is seen
   SessionEnd sessionEnd(main);
   QObject::connect(&main, &frmMain::documentClosed, &main, [&](frmDocument* document) { instance.documentClosed(document); });
   for (const HandOff& line : lines) {

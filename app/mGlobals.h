@@ -10,6 +10,7 @@
 class colLangs;
 class frmDocument;
 class frmMain;
+class QWidget;
 
 // The whole program; the process's exit status. 0 done, 1 refused or busy, 2 usage.
 int Main(int argc, char** argv);
@@ -27,6 +28,6 @@ void InitLanguages();
 // After the definitions changed: registers them anew and binds every open document by its extension.
 void ReloadLanguages();
 
-void openHandbook();
+void openHandbook(QWidget& beside);
 void openLanguageHelp(const frmDocument* about);   // null: its contents; else at the word of the caret
 void openWebPage(const QString& page);             // below gWebHome

@@ -68,7 +68,7 @@ std::span<const FrameCommand> editCommands() {
        .tool = "UnComment", .toolPlace = 610, .popupPlace = 410},
       {.name = "mEditUpperCase", .menu = "mEdit", .place = 600, .caption = QT_TRANSLATE_NOOP("frmMain", "Upper Case"),
        .needs = kDocument | kWritable | kSelection, .command = 125},
-      {.name = "mEditLowerCase", .menu = "mEdit", .place = 610, .caption = QT_TRANSLATE_NOOP("frmMain", "&Lower Case"),
+      {.name = "mEditLowerCase", .menu = "mEdit", .place = 610, .caption = QT_TRANSLATE_NOOP("frmMain", "Lower Case"),
        .needs = kDocument | kWritable | kSelection, .command = 147},
       {.name = "mEditTabsToSpaces", .menu = "mEdit", .place = 620,
        .caption = QT_TRANSLATE_NOOP("frmMain", "Tabs to &Spaces"), .needs = kDocument | kWritable | kSelection,

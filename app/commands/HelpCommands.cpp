@@ -9,7 +9,7 @@ std::span<const FrameCommand> helpCommands() {
   static const FrameCommand rows[] = {
       {.name = "mHelp", .place = 700, .caption = QT_TRANSLATE_NOOP("frmMain", "&Help"), .isMenu = true},
       {.name = "mHelpHandbook", .menu = "mHelp", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&Handbook"),
-       .keys = "F1", .icon = "help-contents", .run = [](frmMain&) { openHandbook(); }},
+       .keys = "F1", .icon = "help-contents", .run = [](frmMain& f) { openHandbook(f); }},
       {.name = "mHelpContents", .menu = "mHelp", .place = 200,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Language Help"), .needs = kOthers,
        .run = [](frmMain&) { openLanguageHelp({}); }},

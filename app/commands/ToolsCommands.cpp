@@ -2,6 +2,7 @@
 
 #include "app/commands/Groups.h"
 #include "app/frmMain.h"
+#include "control/KeyMacro.h"
 
 std::span<const FrameCommand> toolsCommands() {
   static const FrameCommand rows[] = {
@@ -12,6 +13,14 @@ std::span<const FrameCommand> toolsCommands() {
        .needs = kDocument, .isMenu = true, .fill = [](frmMain& f, QMenu& menu) { f.fillEncodings(menu); }},
       {.name = "mToolsLineEnds", .menu = "mTools", .place = 230, .caption = QT_TRANSLATE_NOOP("frmMain", "L&ine Ends"),
        .needs = kDocument, .isMenu = true, .fill = [](frmMain& f, QMenu& menu) { f.fillLineEnds(menu); }},
+      {.name = "mToolsRecordMacro", .menu = "mTools", .place = 300,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Record Keystrokes"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Record what is typed as a macro, or end recording"), .needs = kDocument,
+       .command = 1009, .checkable = true, .checked = [](frmMain&) { return keyMacros().recording(); }},
+      {.name = "mToolsPlayMacro", .menu = "mTools", .place = 310, .caption = QT_TRANSLATE_NOOP("frmMain", "&Play Keystrokes"),
+       .needs = kDocument | kWritable, .command = 1010},
+      {.name = "mToolsMacros", .menu = "mTools", .place = 320, .caption = QT_TRANSLATE_NOOP("frmMain", "Play &Macro"),
+       .needs = kDocument | kWritable, .isMenu = true, .fill = [](frmMain& f, QMenu& menu) { f.fillKeyMacros(menu); }},
   };
   return rows;
 }

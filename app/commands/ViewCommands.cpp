@@ -4,6 +4,16 @@
 #include "app/frmMain.h"
 #include "document/frmDocument.h"
 
+namespace {
+
+// By so many percent; 0: back to the font's own size.
+void zoom(frmMain& frame, int by) {
+  CodeMax& text = *frame.activeDocument()->cmx;
+  text.setZoom(by == 0 ? 100 : text.Zoom() + by);
+}
+
+}  // namespace
+
 std::span<const FrameCommand> viewCommands() {
   static const FrameCommand rows[] = {
       {.name = "mnuView", .place = 300, .caption = QT_TRANSLATE_NOOP("frmMain", "&View"), .isMenu = true},
@@ -19,6 +29,16 @@ std::span<const FrameCommand> viewCommands() {
        .checked = [](frmMain& f) { return f.activeDocument() && f.activeDocument()->cmx->WhiteSpaceDisplay(); }},
       {.name = "mnuViewMatchingBrace", .menu = "mnuView", .place = 400,
        .caption = QT_TRANSLATE_NOOP("frmMain", "Go To &Matching Brace"), .needs = kDocument, .command = 166},
+      {.name = "mnuViewZoomIn", .menu = "mnuView", .place = 500, .caption = QT_TRANSLATE_NOOP("frmMain", "Zoom &In"),
+       .keys = "Ctrl++; Ctrl+=", .needs = kDocument, .run = [](frmMain& f) { zoom(f, 10); }},
+      {.name = "mnuViewZoomOut", .menu = "mnuView", .place = 510, .caption = QT_TRANSLATE_NOOP("frmMain", "Zoom &Out"),
+       .keys = "Ctrl+-", .needs = kDocument, .run = [](frmMain& f) { zoom(f, -10); }},
+      {.name = "mnuViewZoomNormal", .menu = "mnuView", .place = 520, .caption = QT_TRANSLATE_NOOP("frmMain", "No&rmal Size"),
+       .keys = "Ctrl+0", .needs = kDocument, .run = [](frmMain& f) { zoom(f, 0); }},
+      {.name = "mnuViewFullScreen", .menu = "mnuView", .place = 600,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Full Screen"), .keys = "F11",
+       .run = [](frmMain& f) { f.setWindowState(f.windowState() ^ Qt::WindowFullScreen); }, .checkable = true,
+       .checked = [](frmMain& f) { return f.isFullScreen(); }},
   };
   return rows;
 }

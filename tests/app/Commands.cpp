@@ -7,7 +7,7 @@
 #include <QToolButton>
 
 #include "app/Icons.h"
-#include "control/CommandTable.h"
+#include "control/KeyCommands.h"
 #include "control/KeyMap.h"
 #include "tests/app/FrameFixture.h"
 
@@ -34,7 +34,7 @@ TEST(CommandsTable, RowsAreWhole) {
     names << q(row->name);
     EXPECT_EQ(row->isMenu, !row->run && !row->command);
     EXPECT_FALSE(row->run && row->command);
-    EXPECT_TRUE(!row->command || commandById(row->command));
+    EXPECT_TRUE(!row->command || anyCommandById(row->command));
     EXPECT_TRUE(q(row->name).startsWith(q("m")));
     EXPECT_NE(q(row->caption), QString());
     EXPECT_TRUE(!*row->icon || !icons::byName(q(row->icon)).isNull()) << row->icon;

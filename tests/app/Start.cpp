@@ -1,0 +1,206 @@
+// The start of the program: arguments, command lines, the search for a window, languages and settings at start and end.
+#include <QDir>
+#include <QRegularExpression>
+
+#include "app/Arguments.h"
+#include "app/HandbookWindow.h"
+#include "app/Instance.h"
+#include "app/mGlobals.h"
+#include "base/Program.h"
+#include "control/LanguageTable.h"
+#include "tests/app/FrameFixture.h"
+
+namespace {
+
+class StartArguments : public testing::Test {
+ protected:
+  void put(const char* name) {
+    QFile file(dir.filePath(q(name)));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  }
+  std::string files(const QStringList& arguments) {
+    QStringList all;
+    for (const FilePlace& file : parseArguments(arguments, dir.path()).files)
+      all << file.text().replace(dir.path() + u'/', QString());
+    return all.join(u'|').toStdString();
+  }
+  QTemporaryDir dir;
+};
+
+TEST_F(StartArguments, FilesAndPlaces) {
+  for (const char* name : {"a.v", "b:7", "c:1:2", "+5"}) put(name);
+  struct Case {
+    QStringList arguments;
+    const char* files;
+  };
+  for (const Case& c : {
+           Case{{q("a.v"), q("new.v")}, "a.v|new.v"},
+           Case{{q("a.v:12")}, "a.v:12"},
+           Case{{q("a.v:12:3")}, "a.v:12:3"},
+           Case{{q("a.v:12:3:")}, "a.v:12:3"},           // as compilers write it
+           Case{{q("b:7")}, "b:7"},                       // the real name wins
+           Case{{q("b:7:9")}, "b:7:9"},                   // line 9 of b:7
+           Case{{q("c:1:2"), q("c:1:2:3")}, "c:1:2|c:1:2:3"},
+           Case{{q("new.v:0")}, "new.v"},
+           Case{{q("a.v:x"), q(":5"), q("a:99999999999999999999")}, "a.v:x|:5|a:99999999999999999999"},
+           Case{{q("+30"), q("a.v"), q("new.v")}, "a.v:30|new.v"},
+           Case{{q("+30:4"), q("a.v")}, "a.v:30:4"},
+           Case{{q("a.v"), q("+30")}, "a.v:30"},
+           Case{{q("+5")}, "+5"},                         // there is a file of that name
+           Case{{q("--"), q("--help"), q("+9"), q("-")}, "--help|+9|-"},
+           Case{{QString(), q("a.v")}, "a.v"},
+       })
+    EXPECT_EQ(files(c.arguments), c.files) << c.arguments.join(u' ').toStdString();
+  EXPECT_EQ(parseArguments({q("/x/y.v:3")}, dir.path()).files.value(0), (FilePlace{q("/x/y.v"), 3, 0}));
+  // Which of "b:7:9" is the line is told by the disk.
+  EXPECT_EQ(parseArguments({q("b:7:9")}, dir.path()).files.value(0).line, 9);
+}
+
+TEST_F(StartArguments, OptionsAndMistakes) {
+  const Arguments all = parseArguments({q("--wait"), q("--read-only"), q("--new-instance"), q("-"), q("a.v")}, dir.path());
+  EXPECT_TRUE(all.wait && all.readOnly && all.newInstance && all.standardInput && !all.batch);
+  EXPECT_EQ(all.files.size(), 1);
+  EXPECT_TRUE(parseArguments({q("-h")}, dir.path()).help);
+  EXPECT_TRUE(parseArguments({q("--batch"), q("--nonsense")}, dir.path()).batch) << "the rest is not looked at here";
+  for (const QStringList& bad : {QStringList{q("--nonsense")}, QStringList{q("-x"), q("a.v")}, QStringList{q("--wait")}})
+    EXPECT_NE(parseArguments(bad, dir.path()).error, QString()) << bad.join(u' ').toStdString();
+  for (const QString& line : argumentsHelp().split(u'\n')) EXPECT_LE(line.size(), 80) << line.toStdString();
+}
+
+TEST(StartWindow, SearchByTitle) {
+  const QList<TopWindow> windows{{1, 9, q("Zelkor Editor child")}, {2, 0, QString()}, {3, 0, q("my zelkor editor")},
+                                 {4, 0, q("ZELKOR editor - [a.v]")}, {5, 0, q("Zelkor Editor")}};
+  struct Case {
+    const char* title;
+    int mode;
+    quint64 handle;
+    const char* titleAfter;
+  };
+  for (const Case& c : {Case{"Zelkor Editor", 0, 4, "ZELKOR editor - [a.v]"}, Case{"Zelkor Editor", 1, 3, "Zelkor Editor"},
+                        Case{"nothing", 0, 0, "nothing"}, Case{"a.v]", 1, 4, "a.v]"}, Case{"a.v]", 0, 0, "a.v]"}}) {
+    QString title = q(c.title);
+    EXPECT_EQ(FindWindowByTitle(title, c.mode, windows), c.handle) << c.title << c.mode;
+    EXPECT_EQ(title.toStdString(), c.titleAfter);
+  }
+  QString title = q("x");
+  EXPECT_EQ(FindWindowByTitle(title, 0, {}), 0u);
+}
+
+class StartFrame : public FrameFixture {};
+
+TEST_F(StartFrame, CommandLinesOpenOneFileEach) {
+  write("a b.v", "1\n2\n3\n");
+  struct Case {
+    QString text;
+    bool opens;
+    qint64 line;
+  };
+  for (const Case& c : {Case{QString(), false, 0}, Case{q("   "), false, 0}, Case{q("\"\""), false, 0},
+                        Case{q("  \"") + path("a b.v") + q("\" "), true, 0}, Case{path("a\" b.v"), true, 0},
+                        Case{path("a b.v") + q(":3"), true, 2}}) {
+    const frmDocument* document = OpenCommandLine(*main, c.text);
+    EXPECT_EQ(document != nullptr, c.opens) << c.text.toStdString();
+    EXPECT_EQ(document ? document->CurrentPosition().LineNo : 0, c.line);
+  }
+  EXPECT_EQ(main->DocCount, 1);
+  boxes.answer(Answer::ok);
+  EXPECT_EQ(OpenCommandLine(*main, path("a b.v") + q(" ") + path("a b.v")), nullptr) << "two names are one name";
+  EXPECT_EQ(frmRegistry::instance().mruFile.Count(), 1);
+}
+
+TEST_F(StartFrame, ReloadBindsEveryDocumentAnew) {
+  frmDocument* a = open("a.v");
+  frmDocument* b = open("b.vhd");
+  frmDocument* untitled = main->LoadNewDoc();
+  main->activate(b);
+  manager.Languages()->Item(1)->Name = q("Renamed");
+  manager.Languages()->Item(1)->Extension = q("vhd");
+  manager.Languages()->Item(2)->Extension = q("v;");
+  ReloadLanguages();
+  EXPECT_FALSE(LanguageTable::contains(q("Verilog"))) << "the old name went with its language";
+  EXPECT_TRUE(LanguageTable::contains(q("Renamed")));
+  EXPECT_EQ(a->LanguageIndex(), 2);
+  EXPECT_EQ(b->LanguageIndex(), 1);
+  EXPECT_EQ(b->cmx->Language().toStdString(), "Renamed");
+  EXPECT_EQ(untitled->LanguageIndex(), 2) << "an empty entry takes what has no extension";
+  EXPECT_EQ(manager.ListLanguage(), 1) << "the active document's, not the last one's";
+  EXPECT_FALSE(LanguageTable::contains(q("PASCAL"))) << "the control's own languages are gone";
+}
+
+// A dialog that is up in the first copy: the sender is told, nothing is opened.
+TEST_F(StartFrame, BusyWhileADialogIsUp) {
+  const QString file = write("a.v");
+  Instance first(*main);
+  ASSERT_EQ(first.CheckPrevInst({}, false, false), Instance::Role::first);
+  EXPECT_EQ(main->windowTitle().toStdString(), kApplicationTitle);
+  const auto hand = [&](bool wait) {
+    HandOffAnswer answer = HandOffAnswer::gone;
+    std::unique_ptr<QThread> sender(QThread::create([&] {
+      qsizetype next = 0;
+      answer = Instance::HandOffCommandLine(first.socketPath(), {HandOff{file, {}, true, wait, false}}, &next);
+    }));
+    sender->start();
+    while (!sender->isFinished()) FrameFixture::wait(2);
+    return answer;
+  };
+  {
+    const ModalGuard dialog;
+    EXPECT_EQ(hand(false), HandOffAnswer::busy);
+    EXPECT_EQ(main->DocCount, 0);
+  }
+  EXPECT_EQ(hand(false), HandOffAnswer::acted);
+  ASSERT_EQ(main->DocCount, 1);
+  EXPECT_TRUE(main->activeDocument()->cmx->ReadOnly());
+}
+
+TEST_F(StartFrame, WebPagesNeedAHome) {
+  setWebHome({});
+  main->SetupMenus();
+  EXPECT_FALSE(enabled("mHelpWeb"));
+  openWebPage(q("x.html"));
+  EXPECT_TRUE(boxes.urls.isEmpty());
+  for (const char* home : {"https://example.org/z", "https://example.org/z/"}) {
+    setWebHome(q(home));
+    main->SetupMenus();
+    trigger("mHelpWebDownload");
+    EXPECT_EQ(boxes.urls.last().toStdString(), "https://example.org/z/Download_Language.html");
+  }
+  setWebHome({});
+}
+
+TEST_F(StartFrame, LanguageHelpOpens) {
+  manager.Languages()->Item(1)->HelpFile = write("help.html", "<p>");
+  open("a.v", "posedge\n");
+  trigger("mHelpContents");
+  EXPECT_EQ(boxes.urls.last(), path("help.html"));
+  trigger("mHelpWord");
+  EXPECT_TRUE(boxes.urls.last().endsWith(q("help.html#posedge"))) << boxes.urls.last().toStdString();
+}
+
+TEST(StartHandbook, LinksLeadSomewhere) {
+  setApplicationFolder(QString::fromLocal8Bit(qgetenv("ZELKOR_SOURCE")));
+  QWidget parent;
+  HandbookWindow window(&parent);
+  ASSERT_TRUE(window.showPage(q("handbook.md")));
+  EXPECT_FALSE(window.showPage(q("no such page.md")));
+  const QDir docs(applicationFolder() + q("/docs"));
+  int links = 0;
+  static const QRegularExpression link(q("\\]\\(([^)\\s]+)\\)"));
+  for (const QString& page : docs.entryList({q("*.md")})) {
+    QFile file(docs.filePath(page));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    auto found = link.globalMatch(QString::fromUtf8(file.readAll()));
+    while (found.hasNext()) {
+      const QString target = found.next().captured(1);
+      const QString name = target.section(u'#', 0, 0);
+      if (target.contains(q("://")) || (!name.isEmpty() && !name.endsWith(q(".md")))) continue;
+      ++links;
+      EXPECT_TRUE(window.showPage(name.isEmpty() ? page : name, target.section(u'#', 1)))
+          << page.toStdString() << ": " << target.toStdString();
+    }
+  }
+  EXPECT_GT(links, 5);
+  setApplicationFolder({});
+}
+
+}  // namespace
