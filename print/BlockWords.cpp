@@ -23,6 +23,10 @@ bool searchWordList(const QString& word, const QString& list, BlockWordFlags& fl
 BlockWords::BlockWords(QString startList, QString endList, QString middleList)
     : start_(kBreak + startList), end_(kBreak + endList), middle_(kBreak + middleList) {}
 
+bool BlockWords::isEmpty() const {
+  return start_.trimmed().isEmpty() && end_.trimmed().isEmpty() && middle_.trimmed().isEmpty();
+}
+
 BlockWords::Entry BlockWords::classify(const QString& word) const {
   if (word.isEmpty()) return {};
   if (const auto found = known_.constFind(word); found != known_.constEnd()) return *found;

@@ -2,7 +2,8 @@
 //
 // A list is text: entries separated by CR LF. An entry may carry a mark behind the word:
 //   word*   the block is indented by two units instead of one
-//   word~   whole-line indentation only: a statement that begins with this word opens no block
+//   word~   whole-line indentation only: a statement that begins with this word opens no block; "one two~" looks at
+//           its first two words
 //   word-   whole-line indentation only: the word opens a block only when "is" follows before the statement's end
 #pragma once
 
@@ -24,6 +25,7 @@ class BlockWords {
  public:
   BlockWords() = default;
   BlockWords(QString startList, QString endList, QString middleList);
+  bool isEmpty() const;   // no list has a word
 
   struct Entry {
     BlockClass kind = BlockClass::none;

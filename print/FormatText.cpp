@@ -79,6 +79,7 @@ bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, 
 
 bool reindent(CodeMax& cmx, Lines lines, int unit, const clsLang& language, bool wholeLine, qint64* changed) {
   const BlockWords words(language.BlockStart, language.BlockEnd, language.BlockMid);
+  if (wholeLine && words.isEmpty()) return true;   // where blanks alone make the blocks they are left alone
   const auto highlighter = LanguageTable::find(language.Name);
   // A selection is indented as part of the whole text, so that it goes with the lines around it.
   const auto source = [&](qint64 i) { return cmx.GetLine(i); };

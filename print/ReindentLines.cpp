@@ -21,6 +21,7 @@ struct Level {
   int base = 0;      // indent of the line that opened it
   int content = 0;   // indent of the lines inside
   bool bracket = false;
+  bool byWord = false;   // a word opened it, not a sign
   int lastIf = -1;   // indent of the last "if" inside, for an "else" on a line of its own
 };
 
@@ -35,9 +36,9 @@ struct Statement {
 
 class WholeLines {
  public:
-  WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, int tabSize, bool semicolons)
-      : words_(words), unit_(unit), highlighter_(highlighter), tabSize_(tabSize), semicolons_(semicolons) {
-    levels_.push_back({});
+  WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, int tabSize, const LineSource& line, qint64 count)
+      : words_(words), unit_(unit), highlighter_(highlighter), tabSize_(tabSize), semicolons_(endsWithSemicolons(line, count)) {
+    levels_.push_back({.byWord = true});
   }
 
   int next(const QString& line) {
@@ -46,8 +47,11 @@ class WholeLines {
     const int leading = leadingLength(line);
     if (leading == line.size()) return 0;
     const int old = columnsOf(line.left(leading));
+    const bool ofDirective = directiveGoesOn_;
+    directiveGoesOn_ = (ofDirective || isDirective(line.mid(leading), old)) && line.trimmed().endsWith(u'\\');
+    if (ofDirective) return old;   // a macro over several lines stays as it is
     if (inComment && pieces.empty()) return std::max(0, old + shift_);
-    if (isDirective(line.mid(leading))) return 0;
+    if (isDirective(line.mid(leading), old)) return 0;
     const int indent = inComment ? std::max(0, old + shift_) : indentOf(pieces, old);
     shift_ = indent - old;
     if (!pieces.empty()) walk(pieces, indent);
@@ -55,15 +59,27 @@ class WholeLines {
   }
 
  private:
+  // Statements end with ";" where one line of code in eight or more does so.
+  bool endsWithSemicolons(const LineSource& line, qint64 count) {
+    qint64 all = 0, ended = 0;
+    for (qint64 i = 0; i < std::min<qint64>(count, 2000); ++i) {
+      const Pieces pieces = scan(line(i));
+      all += !pieces.empty();
+      ended += std::any_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.word == u";"; });
+    }
+    state_ = 0;
+    return ended * 8 >= all;
+  }
+
   int columnsOf(const QString& blanks) const {
     const std::string bytes = fromQString(blanks);
     return static_cast<int>(text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), tabSize_).value);
   }
 
-  // "#if" and its like stand at the margin where the language lists them so.
-  bool isDirective(const QString& trimmed) const {
-    return highlighter_ && trimmed.startsWith(u'#') &&
-           highlighter_->isKeyword(fromQString(u'#' + firstWord(trimmed.mid(1 + leadingLength(trimmed.mid(1))))));
+  // "#if" stands at the margin where the language lists it so; a word with a grave accent does when it stands there already.
+  bool isDirective(const QString& trimmed, int old) const {
+    if (!highlighter_ || (!trimmed.startsWith(u'#') && !(trimmed.startsWith(u'`') && old == 0))) return false;
+    return highlighter_->isKeyword(fromQString(trimmed[0] + firstWord(trimmed.mid(1 + leadingLength(trimmed.mid(1))))));
   }
 
   Pieces scan(const QString& line) {
@@ -107,18 +123,27 @@ class WholeLines {
       if (isCloser(first)) return level.base;
       return shifted > level.base ? shifted : level.content;   // alignment by hand stays
     }
-    if (headerOpen_ && (first.is("(") || first.is("#"))) return level.base;
+    if (headerOpen_ && (first.is("(") || first.is("#") || first.is("is"))) return level.base;
+    if (first.is("then") && kind == BlockClass::none && levels_.size() > 1) return level.base;
     if (unfinished_) {
-      if (kind == BlockClass::start) return statementIndent_;
-      return shifted > statementIndent_ ? shifted : statementIndent_ + unit_;
+      if (kind == BlockClass::start) return afterLabel_ ? statementIndent_ + unit_ : statementIndent_;
+      if (shifted > statementIndent_) return afterLabel_ ? statementIndent_ + unit_ : shifted;   // alignment by hand stays
+      return listGoesOn_ ? statementIndent_ : statementIndent_ + unit_;
     }
     if (kind == BlockClass::middle) return std::max(0, level.content - unit_);
     if (first.is("else") && level.lastIf >= 0) return level.lastIf;
+    const bool operatorFirst = !semicolons_ && !first.isWord && QStringLiteral("+-*/|&#").contains(first.word);
+    if (operatorFirst && shifted > level.content) return shifted;   // goes on with the line above, aligned by hand
     return level.content;
   }
 
-  static bool isOpener(const Piece& piece) { return piece.word == u"(" || piece.word == u"["; }
-  static bool isCloser(const Piece& piece) { return piece.word == u")" || piece.word == u"]"; }
+  // A brace is a bracket where the language does not list it as a block word.
+  bool isOpener(const Piece& piece) const {
+    return piece.word == u"(" || piece.word == u"[" || (piece.word == u"{" && words_.classify(piece.word).kind == BlockClass::none);
+  }
+  bool isCloser(const Piece& piece) const {
+    return piece.word == u")" || piece.word == u"]" || (piece.word == u"}" && words_.classify(piece.word).kind == BlockClass::none);
+  }
 
   int blockBase() const {
     for (auto level = levels_.rbegin(); level != levels_.rend(); ++level)
@@ -133,6 +158,7 @@ class WholeLines {
     }
     const int base = anchor_;           // blocks hang on the line where the brackets around this one began
     const bool middleFirst = !unfinished_ && words_.classify(pieces[0].word).kind == BlockClass::middle;
+    if (middleFirst && levels_.size() == 1) levels_[0].content = unit_;   // sections of a file without a block around them
     bool closed = middleFirst;          // nothing of a statement is left open by the last piece
     std::size_t bracketsHere = 0;       // brackets opened in this line and still open
     bool afterEnd = false;
@@ -150,7 +176,7 @@ class WholeLines {
       if (i > 0 || !middleFirst) closed = false;
       if (isOpener(piece)) {
         const int inside = bracketsHere > 0 ? levels_.back().content : indent + unit_;
-        levels_.push_back({indent, inside, true, -1});
+        levels_.push_back({indent, inside, true, false, -1});
         ++bracketsHere;
       } else if (isCloser(piece)) {
         if (levels_.back().bracket) levels_.pop_back();
@@ -161,7 +187,7 @@ class WholeLines {
         afterEnd = closed = true;
       } else if (entry.kind == BlockClass::start && mayOpen(piece, entry)) {
         const int width = entry.doubleIndent ? 2 * unit_ : unit_;
-        levels_.push_back({base, base + width, false, -1});
+        levels_.push_back({base, base + width, false, piece.isWord, -1});
         bracketsHere = 0;
         statement_.opened = piece.isWord;
         statement_.awaitsIs = entry.needsIs;
@@ -173,7 +199,7 @@ class WholeLines {
         closed = true;
       } else if (piece.word == u":" && statement_.words == 1 && !statement_.opened) {
         statement_ = {};   // a label
-        closed = true;
+        closed = i + 1 < pieces.size();
       } else if (piece.isWord) {
         noteWord(piece, entry, base);
       }
@@ -186,6 +212,7 @@ class WholeLines {
     if (!piece.isWord) return true;
     if (levels_.back().bracket || statement_.opensNothing || statement_.opened) return false;
     if (statement_.words == 0 && entry.opensNothing) return false;
+    if (statement_.words == 1 && words_.classify(statement_.first + u' ' + piece.word).opensNothing) return false;
     noteWord(piece, entry, anchor_);
     return true;
   }
@@ -206,6 +233,7 @@ class WholeLines {
   void closeBlock() {
     while (levels_.size() > 1 && levels_.back().bracket) levels_.pop_back();
     if (levels_.size() > 1) levels_.pop_back();
+    else levels_[0].content = 0;
     statement_ = {};
   }
 
@@ -223,38 +251,49 @@ class WholeLines {
       return;
     }
     const bool directive = pieces.front().word == u"`";
-    const bool goesOn = semicolons_ ? last.word != u"," && last.word != u":" && last.word != u"}" : last.word == u"\\";
-    unfinished_ = !closed && !directive && goesOn;
+    const bool goesOn = semicolons_ ? true : last.word == u"\\";
+    const bool startedOrHung = !unfinished_ || hangs_;
+    unfinished_ = !closed && !directive && goesOn && !last.is("then") && !standsAlone(pieces);
+    // The items of a list stand below each other, those of a declaration behind its first word.
+    listGoesOn_ = unfinished_ && last.word == u"," && (statement_.words <= 1 || !levels_.back().byWord);
+    // A label hangs its statement on itself in a block of words, and stands for itself in one of braces.
+    afterLabel_ = unfinished_ && last.word == u":" && levels_.back().byWord && pieces.front().word != u"?" ;
+    if (last.word == u":" && !levels_.back().byWord) unfinished_ = false;
     if (!unfinished_) statement_ = {};
-    if (unfinished_ && (isCloser(last) || last.is("else") || last.is("do"))) statementIndent_ = indent;   // "if (...)": what follows hangs on this line
+    // "if (...)": what follows hangs on this line. Further lines of one statement may end like that too, and govern nothing.
+    const Piece& front = pieces.front();
+    const bool governs = startedOrHung || front.is("if") || front.is("for") || front.is("while") || front.is("else") || front.is("repeat");
+    hangs_ = unfinished_ && front.isWord && governs && (isCloser(last) || last.is("else") || last.is("do"));
+    if (hangs_) statementIndent_ = indent;
+  }
+
+  // Lines that need no ";" in languages of braces: "template <...>" and macros in capital letters.
+  bool standsAlone(const Pieces& pieces) const {
+    if (words_.classify(QStringLiteral("{")).kind != BlockClass::start || unfinished_) return false;
+    const Piece &first = pieces.front(), &last = pieces.back();
+    if (first.is("template") && last.word == u">") return true;
+    const bool capitals = first.isWord && first.word.size() > 2 && first.word == first.word.toUpper() && first.word != first.word.toLower();
+    return capitals && (pieces.size() == 1 || (pieces[1].word == u"(" && isCloser(last)));
   }
 
   const BlockWords& words_;
   const int unit_;
   const text::Highlighter* const highlighter_;
   const int tabSize_;
+  text::LineState state_ = 0;
   const bool semicolons_;        // statements end with ";", else with the line
   std::vector<Level> levels_;
-  text::LineState state_ = 0;
   Statement statement_;
   int statementIndent_ = 0;
   int anchor_ = 0;               // indent of the last line that did not begin within brackets
   bool unfinished_ = false;      // the statement goes on in the next line
+  bool listGoesOn_ = false;      // ... with the next item of a list
+  bool afterLabel_ = false;      // ... with what the label stands for
+  bool hangs_ = false;           // ... with the statement that "if (...)" or "else" governs
+  bool directiveGoesOn_ = false; // the next line belongs to a "#define" above
   bool headerOpen_ = false;      // a block's first statement goes on: "module m" with its brackets below
   int shift_ = 0;                // new indent less old one of the last line, for lines that go with it
 };
-
-// Statements end with ";" where one code line in eight or more does so.
-bool endsWithSemicolons(const LineSource& line, qint64 count) {
-  qint64 all = 0, ended = 0;
-  for (qint64 i = 0; i < std::min<qint64>(count, 2000); ++i) {
-    const QString text = line(i).trimmed();
-    if (text.isEmpty()) continue;
-    ++all;
-    if (text.contains(u';')) ++ended;
-  }
-  return ended * 8 >= all;
-}
 
 }  // namespace
 
@@ -262,7 +301,7 @@ std::vector<int> indentsByWholeLine(const LineSource& line, qint64 count, const 
                                     const text::Highlighter* highlighter, int tabSize) {
   std::vector<int> indents;
   indents.reserve(static_cast<std::size_t>(count));
-  WholeLines lines(words, unit, highlighter, tabSize, endsWithSemicolons(line, count));
+  WholeLines lines(words, unit, highlighter, tabSize, line, count);
   for (qint64 i = 0; i < count; ++i) indents.push_back(lines.next(line(i)));
   return indents;
 }
