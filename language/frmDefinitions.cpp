@@ -55,7 +55,10 @@ frmDefinitions::frmDefinitions(ucCM& manager, const QString& webHome, QWidget* p
   LoadDefiner();
 }
 
-frmDefinitions::~frmDefinitions() = default;
+frmDefinitions::~frmDefinitions() {
+  // Lists tell of a new current row while they go, when there is no dialog any more to hear it.
+  for (QObject* part : findChildren<QObject*>()) part->disconnect(this);
+}
 
 void frmDefinitions::connectAll() {
   for (const ListBinding& binding : listBindings_)

@@ -315,6 +315,7 @@ TEST_F(CaretWords, NextFieldGoesForwardOnly) {
 // Every hot key and every word that is shipped does at the caret what it is there for.
 TEST_F(CaretWords, ShippedTemplatesAndWordLists) {
   manager.setIniFile(qEnvironmentVariable("ZELKOR_SOURCE") + q("/config/Zelkor.ini"));
+  ASSERT_TRUE(QFile::exists(manager.IniFile())) << "ZELKOR_SOURCE must name the project's folder";
   manager.Init();
   ASSERT_GT(manager.Languages()->Count(), 3);
   RemoveLanguages();
