@@ -8,7 +8,7 @@
 
 namespace text {
 
-enum class PlantedFault { none, skipSync, skipFolderSync, truncateFirst, ignoreShortWrite, skipCompare };
+enum class PlantedFault { none, skipSync, skipFolderSync, truncateFirst, ignoreShortWrite, skipCompare, dropJournalEarly };
 
 namespace {
 constexpr bool planted(PlantedFault fault) {

@@ -1,0 +1,190 @@
+#include "text/JournalRead.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <new>
+
+namespace text {
+namespace {
+
+constexpr char kDamaged[] = "The journal is damaged at its beginning";
+
+// Puts a text together from records.
+class Replay {
+ public:
+  RecoveredText run(int fd) {
+    FileStatus status;
+    if (const int r = fileSystem().statFd(fd, &status); r < 0) return fail(errorText(r));
+    result_.size = status.size;
+    if (const std::int64_t r = fileSystem().seek(fd, 0); r < 0) return fail(errorText(static_cast<int>(r)));
+    int readError = 0;
+    journal::Decoder decoder([&](char* to, std::size_t length) {
+      const std::int64_t got = files::readSome(fd, to, length);
+      if (got < 0) readError = static_cast<int>(got);
+      return got;
+    });
+    if (!decoder.magic()) return fail(readError ? errorText(readError) : kDamaged);
+    document_.setUndoLimit(0, 0);
+    journal::Record record;
+    bool meaningful = true;
+    while (meaningful && decoder.next(&record)) {
+      meaningful = take(record);
+      if (meaningful) result_.read = decoder.good();
+    }
+    result_.whole = meaningful && decoder.clean() && readError == 0 && result_.baseWhole && !open_;
+    if (!result_.error.empty()) return std::move(result_);
+    if (!aboutSeen_) return fail(readError ? errorText(readError) : kDamaged);
+    if (!result_.baseWhole) {
+      if (builder_) result_.text = builder_->finish();
+      if (result_.text.size().value == 0) return fail("The journal ends before the text");
+    }
+    return std::move(result_);
+  }
+
+ private:
+  RecoveredText fail(std::string error) {
+    result_.error = std::move(error);
+    result_.text = Snapshot();
+    return std::move(result_);
+  }
+
+  // False: the record says nothing that can be meant here.
+  bool take(const journal::Record& record) {
+    using journal::Kind;
+    if (record.kind == Kind::about) {
+      aboutSeen_ = true;
+      JournalAbout about;
+      if (!journal::decodeAbout(record.payload, &about)) return false;
+      result_.about = std::move(about);
+      return true;
+    }
+    if (!aboutSeen_) return false;
+    switch (record.kind) {
+      case Kind::baseFile: return !result_.baseWhole && !builder_ && baseFromFile(record.payload);
+      case Kind::baseBegin: return !result_.baseWhole && !builder_ && baseBegin(record.payload);
+      case Kind::basePart:
+        if (!builder_) return false;
+        baseSize_ += record.payload.size();
+        builder_->append(std::string(record.payload));
+        return true;
+      case Kind::baseEnd: return builder_ && baseEnd(record.payload);
+      case Kind::edits: return result_.baseWhole && edits(record.payload);
+      case Kind::about: break;
+    }
+    return false;
+  }
+
+  bool baseBegin(std::string_view payload) {
+    std::uint64_t mode = 0;
+    if (!journal::decodeNumbers(payload, {&mode}) || mode > 1) return false;
+    builder_.emplace(static_cast<LineMode>(mode));
+    return true;
+  }
+
+  bool baseEnd(std::string_view payload) {
+    std::uint64_t size = 0;
+    if (!journal::decodeNumbers(payload, {&size}) || size != baseSize_) return false;
+    begin(builder_->finish());
+    builder_.reset();
+    return true;
+  }
+
+  bool baseFromFile(std::string_view payload) {
+    std::uint64_t size = 0, hash = 0;
+    if (!journal::decodeNumbers(payload, {&size, &hash})) return false;
+    LoadOptions options;
+    options.format = result_.about.format;
+    LoadedFile file = loadFile(result_.about.path, options);
+    if (!file.error.empty()) {
+      result_.error = file.error;
+      return false;
+    }
+    if (file.stamp.contentHash != hash || static_cast<std::uint64_t>(file.stamp.status.size) != size) {
+      result_.error = "The file has been changed by others, and the journal holds only what was changed in it";
+      return false;
+    }
+    begin(std::move(file.text));
+    return true;
+  }
+
+  void begin(Snapshot base) {
+    document_.reset(std::move(base));
+    result_.text = document_.snapshot();
+    result_.baseWhole = true;
+  }
+
+  bool edits(std::string_view payload) {
+    bool last = false;
+    open_ = true;
+    if (!journal::applyEdits(payload, &document_, &last)) return false;
+    if (!last) return true;
+    open_ = false;
+    ++result_.changes;
+    result_.text = document_.snapshot();   // changes come back whole or not at all
+    return true;
+  }
+
+  RecoveredText result_;
+  std::optional<SnapshotBuilder> builder_;   // while the base is read
+  Document document_;
+  std::uint64_t baseSize_ = 0;
+  bool aboutSeen_ = false, open_ = false;
+};
+
+}  // namespace
+
+RecoveredText readJournal(int fd) {
+  try {
+    return Replay().run(fd);
+  } catch (const std::bad_alloc&) {
+    RecoveredText result;
+    result.error = "Out of memory";
+    return result;
+  }
+}
+
+std::optional<LeftJournal> LeftJournal::claim(const std::string& folder, const std::string& name) {
+  LeftJournal left;
+  left.folder_ = folder;
+  left.name_ = name;
+  left.file_ = files::open(FileSystem::kCwd, folder + "/" + name, kRead | kWrite | kNoFollow | kNonBlock);
+  FileStatus own, there;
+  if (!left.file_.ok() || fileSystem().statFd(left.file_.get(), &own) < 0 || !own.isRegular() || own.size == 0) return {};
+  if (fileSystem().lock(left.file_.get(), true, false) < 0) return {};
+  // Its owner may have put a new one in its place, or removed it, before it let go of the lock.
+  if (fileSystem().statAt(FileSystem::kCwd, folder + "/" + name, false, &there) < 0 || there.inode != own.inode) return {};
+  left.changedNs_ = own.mtimeNs;
+  return left;
+}
+
+int LeftJournal::remove() {
+  const files::Descriptor folder = files::open(FileSystem::kCwd, folder_, kRead | kDirectory);
+  if (!folder.ok()) return folder.error();
+  if (const int r = fileSystem().unlinkAt(folder.get(), name_, false); r < 0 && r != -ENOENT) return r;
+  return files::syncFolder(folder.get());
+}
+
+std::vector<LeftJournal> leftJournals(const std::string& folder) {
+  std::vector<std::string> names;
+  std::vector<LeftJournal> all;
+  if (fileSystem().listDir(folder, &names) < 0) return all;
+  for (const std::string& name : names) {
+    const bool aside = name.ends_with(journal::kAsideSuffix);
+    if (!aside && !name.ends_with(journal::kSuffix)) continue;
+    auto left = LeftJournal::claim(folder, name);
+    if (!left) continue;
+    if (aside) {
+      const std::string whole = name.substr(0, name.size() - journal::kAsideSuffix.size());
+      FileStatus status;
+      if (fileSystem().statAt(FileSystem::kCwd, folder + "/" + whole, false, &status) == 0) {
+        left->remove();
+        continue;
+      }
+    }
+    all.push_back(std::move(*left));
+  }
+  std::sort(all.begin(), all.end(), [](const LeftJournal& a, const LeftJournal& b) { return a.changedNs() > b.changedNs(); });
+  return all;
+}
+
+}  // namespace text

@@ -1,0 +1,48 @@
+// What was left behind: journals whose owner is gone, and the texts in them. Nothing here removes a journal unless it is told
+// to; whatever a journal holds, reading it ends well and uses no more memory than the text that comes out.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "text/FileCalls.h"
+#include "text/JournalFormat.h"
+
+namespace text {
+
+// How a journal was read.
+struct RecoveredText {
+  std::string error;          // for the user; not empty: nothing came back
+  JournalAbout about;         // the last one before the reading ended
+  Snapshot text;
+  bool whole = false;         // read to its very end
+  bool baseWhole = false;     // false: the beginning of a text that was still being written down; never to replace a file
+  std::int64_t changes = 0;   // made to the text since the journal began, as far as they came back
+  std::int64_t read = 0, size = 0;   // bytes of the journal that were good, and all
+};
+
+// Reads the journal behind a descriptor, from its beginning.
+RecoveredText readJournal(int fd);
+
+// One journal that nobody owns. While this lives it is owned by us: no other copy of the program offers it.
+class LeftJournal {
+ public:
+  // nullopt: owned by a living program, gone, or empty.
+  static std::optional<LeftJournal> claim(const std::string& folder, const std::string& name);
+  const std::string& name() const { return name_; }
+  std::int64_t changedNs() const { return changedNs_; }   // last write, since the epoch
+  RecoveredText recover() const { return readJournal(file_.get()); }
+  int remove();   // 0 or -errno; durable
+
+ private:
+  std::string folder_, name_;
+  files::Descriptor file_;
+  std::int64_t changedNs_ = 0;
+};
+
+// All of them, newest first. Also takes away what a program that was ended left of a journal written anew, of which the
+// journal itself still stands. A folder that does not exist holds none.
+std::vector<LeftJournal> leftJournals(const std::string& folder);
+
+}  // namespace text
