@@ -94,12 +94,12 @@ QString lineOf(const KeyMacroStep& step) {
                                                      : QString::number(step.argument.toLongLong()));
 }
 
-bool goodName(const QString& name) {
+}  // namespace
+
+bool KeyMacros::goodName(const QString& name) {
   return !name.trimmed().isEmpty() && name == name.trimmed() &&
          std::none_of(name.begin(), name.end(), [](QChar c) { return c == u']' || c.unicode() < 0x20 || c == u'\u2028'; });
 }
-
-}  // namespace
 
 QStringList KeyMacros::names() const {
   QStringList names;

@@ -29,7 +29,8 @@ class KeyMacros {
  public:
   QStringList names() const;                       // in the order they were made
   const KeyMacro* find(const QString& name) const; // null: unknown
-  // Replaces the one of the same name. False: the name is empty, or holds "]" or a line break.
+  static bool goodName(const QString& name);       // not empty, no "]", no control characters, no blanks around it
+  // Replaces the one of the same name. False: not a good name.
   bool set(KeyMacro macro);
   void remove(const QString& name);                // and its keys
   bool rename(const QString& name, const QString& to);   // false: unknown, taken, or no name

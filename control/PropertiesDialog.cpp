@@ -1,0 +1,44 @@
+#include "control/PropertiesDialog.h"
+
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+#include "base/Dialogs.h"
+#include "control/PropertiesPages.h"
+
+PropertiesDialog::PropertiesDialog(CodeMax& control, QWidget* parent)
+    : QDialog(parent), control_(control), options_(ControlOptions::of(control)) {
+  setWindowTitle(tr("Editor Options"));
+  setObjectName(QStringLiteral("propertiesDialog"));
+  auto* layout = new QVBoxLayout(this);
+  auto* tabs = new QTabWidget(this);
+  tabs->setObjectName(QStringLiteral("pages"));
+  keys_ = new KeysPage(control.window(), tabs);
+  tabs->addTab(new DisplayPage(options_, tabs), tr("Display"));
+  tabs->addTab(new EditingPage(options_, tabs), tr("Editing"));
+  tabs->addTab(new ColorsPage(options_, tabs), tr("Colours"));
+  tabs->addTab(new FontPage(options_, tabs), tr("Font"));
+  tabs->addTab(keys_, tr("Keyboard"));
+  tabs->addTab(new LanguagePage(options_, tabs), tr("Language"));
+  layout->addWidget(tabs);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  layout->addWidget(buttons);
+  resize(760, 620);
+}
+
+void PropertiesDialog::apply() {
+  options_.applyTo(control_);
+  keys_->apply();
+}
+
+void CodeMax::ExecuteProperties() {
+  const ModalGuard guard;
+  PropertiesDialog dialog(*this, this);
+  if (dialog.exec() != QDialog::Accepted) return;
+  dialog.apply();
+  emit PropsChange();
+}
