@@ -178,7 +178,7 @@ end a;)", 2},
 })", 4},
       {"cpp", R"(template <typename T>
 class X : public Y {
-    Q_OBJECT
+    Q_DISABLE_COPY(X)
 public:
     X()
         : a(1),
