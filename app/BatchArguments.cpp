@@ -7,7 +7,6 @@
 #include "app/mGlobals.h"
 #include "document/Batch.h"
 #include "document/Languages.h"
-#include "document/modRegistry.h"
 #include "language/ucCM.h"
 
 namespace {
@@ -83,7 +82,7 @@ int runBatch(const QStringList& arguments) {
     return batch::kFailed;
   };
   if (!given.error.isEmpty()) return fail(given.error);
-  modRegistry::SetReadOnly(true);
+  const batch::Session session;
   if (given.definitions.isEmpty()) useDefinitionFileOfSettings();
   else languages().setIniFile(QDir::current().absoluteFilePath(given.definitions));
   InitLanguages();

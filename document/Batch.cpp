@@ -108,30 +108,6 @@ class BatchFrame : public Frame {
   void showMacro(int, int, const QString&) override {}
 };
 
-// Puts the batch versions in place for one run.
-class Setting {
- public:
-  Setting(BatchDialogs& boxes, BatchFrame& own) : dialogs_(setDialogs(&boxes)), frame_(frame()) {
-    setFrame(&own);
-    mCMXParser::setInteractive(false);
-    setStatusSink([](const QString&) {});
-  }
-  ~Setting() {
-    setFrame(frame_);
-    setDialogs(dialogs_);
-    mCMXParser::setInteractive(true);
-    modRegistry::SetReadOnly(readOnly_);
-    setStatusSink({});
-  }
-  Setting(const Setting&) = delete;
-  Setting& operator=(const Setting&) = delete;
-
- private:
-  Dialogs* dialogs_;
-  Frame* frame_;
-  bool readOnly_ = modRegistry::SetReadOnly(true);
-};
-
 int runOn(BatchFrame& frame, const QString& path, const BatchOptions& options, const QString& target) {
   frmDocument document;
   bool loaded = false;
@@ -154,6 +130,21 @@ int runOn(BatchFrame& frame, const QString& path, const BatchOptions& options, c
 
 namespace batch {
 
+struct Session::Impl {
+  BatchDialogs boxes;
+  Dialogs* before = setDialogs(&boxes);
+  bool readOnly = modRegistry::SetReadOnly(true);
+};
+
+Session::Session() : impl_(std::make_unique<Impl>()) {}
+
+Session::~Session() {
+  setDialogs(impl_->before);
+  modRegistry::SetReadOnly(impl_->readOnly);
+}
+
+void Session::setAbout(const QString& file) { impl_->boxes.about = plainForDisplay(file); }
+
 QString commandsFromFile(const QString& path, QString* error) {
   const text::LoadedFile file = text::loadFile(QFile::encodeName(path).toStdString());
   *error = file.error.empty() ? QString() : tr("%1: %2").arg(plainForDisplay(path), QString::fromStdString(file.error));
@@ -175,14 +166,7 @@ QString commandsOfMacro(const QString& languageAndName, QString* error) {
   return {};
 }
 
-int run(const BatchOptions& options) {
-  if (options.files.isEmpty()) {
-    writeTo(kStandardError, tr("No files are named.") + u"\r\n"_s);
-    return kFailed;
-  }
-  BatchDialogs boxes;
-  BatchFrame own;
-  const Setting setting(boxes, own);
+static int runOver(BatchFrame& own, Session& session, const BatchOptions& options) {
   QObject::connect(own.logWindow.get(), &frmLog::appended, [](const QString& text) { writeTo(kStandardOutput, text); });
   if (!options.outputFolder.isEmpty()) {
     const std::string error = text::makeFolders(QFile::encodeName(options.outputFolder).toStdString());
@@ -196,7 +180,7 @@ int run(const BatchOptions& options) {
   int worst = kDone, count = 0;
   for (const QString& path : options.files) {
     if (showProgress) writeTo(kStandardError, u"\x1b[K[%1/%2] %3\r"_s.arg(++count).arg(options.files.size()).arg(plainForDisplay(path, 60)));
-    if (options.files.size() > 1) boxes.about = plainForDisplay(path);
+    if (options.files.size() > 1) session.setAbout(path);
     QString target = path;
     if (!options.outputFolder.isEmpty()) {
       target = QDir(options.outputFolder).filePath(GetFileTitle(path));
@@ -211,6 +195,22 @@ int run(const BatchOptions& options) {
   }
   if (showProgress) writeTo(kStandardError, u"\x1b[K"_s);
   return worst;
+}
+
+int run(const BatchOptions& options) {
+  if (options.files.isEmpty()) {
+    writeTo(kStandardError, tr("No files are named.") + u"\r\n"_s);
+    return kFailed;
+  }
+  Session session;
+  BatchFrame own;
+  Frame* const before = frame();
+  setFrame(&own);
+  mCMXParser::setInteractive(false);
+  const int status = runOver(own, session, options);
+  mCMXParser::setInteractive(true);
+  setFrame(before);
+  return status;
 }
 
 }  // namespace batch

@@ -7,6 +7,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <memory>
 
 struct BatchOptions {
   QString commands;          // the command string
@@ -24,7 +25,22 @@ inline constexpr int kDone = 0, kInvalidCommand = 1, kFailed = 2;
 QString commandsFromFile(const QString& path, QString* error);          // --script FILE
 QString commandsOfMacro(const QString& languageAndName, QString* error);  // --macro LANGUAGE/NAME; the definitions are read already
 
-// Needs an application object (any platform plugin). Takes the frame, the boxes and the settings for the time it runs.
+// While one lives, boxes go to standard error, answered so that nothing is changed, and settings are not written. For what is done
+// before run(), which has its own.
+class Session {
+ public:
+  Session();
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  void setAbout(const QString& file);   // begins the lines of boxes; empty: nothing does
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+// Needs an application object (any platform plugin). Takes the frame for the time it runs.
 int run(const BatchOptions& options);
 
 }  // namespace batch

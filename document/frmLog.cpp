@@ -86,9 +86,9 @@ struct frmLog::Streams {
 frmLog::frmLog(QWidget* parent)
     : QWidget(parent),
       cmx(new CodeMax(this)),
-      stopAction(addAction(tr("Stop the program"), {})),
-      nextAction(addAction(tr("Next message"), u"F4"_s)),
-      previousAction(addAction(tr("Previous message"), u"Shift+F4"_s)),
+      stopAction(new QAction(tr("Stop the program"), this)),
+      nextAction(new QAction(tr("Next message"), this)),
+      previousAction(new QAction(tr("Previous message"), this)),
       streams_(std::make_unique<Streams>()) {
   setWindowTitle(tr("Log"));
   setFocusProxy(cmx);
@@ -122,16 +122,6 @@ frmLog::frmLog(QWidget* parent)
 }
 
 frmLog::~frmLog() { Form_Unload(); }
-
-QAction* frmLog::addAction(const QString& text, const QString& keys) {
-  auto* const action = new QAction(text, this);
-  if (!keys.isEmpty()) {
-    action->setShortcut(QKeySequence(keys));
-    action->setToolTip(text + u" ("_s + keys + u')');
-  }
-  QWidget::addAction(action);
-  return action;
-}
 
 void frmLog::Form_Unload() {
   if (std::exchange(unloaded_, true)) return;

@@ -69,7 +69,6 @@ class frmLog : public QWidget {
   void trim();
   bool jumpToMessage(qint64 line, qint64 column);
   bool walk(int step);
-  QAction* addAction(const QString& text, const QString& keys);
 
   qint64 sizeLimit_ = 32 << 20;
   qint64 dropped_ = 0;                          // lines that went

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QFile>
 
 #include "document/Messages.h"
 #include "document/Process.h"
@@ -167,6 +168,23 @@ TEST(Log, WhatAProgramPrintedIsWalkedFromItsBeginning) {
   frame.run(u"SHELLW %1/startee err %2:2:x out %2:3:x"_s.arg(qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s), path));
   EXPECT_TRUE(frame.logWindow->nextMessage());
   EXPECT_NE(frame.cmx().GetSel(true).StartLineNo, 0);
+}
+
+TEST(Log, ErrorsOfASimulatorAreWalked) {
+  if (!QFile::exists(u"/usr/bin/iverilog"_s)) GTEST_SKIP() << "no simulator";
+  RunFrame frame;
+  testing_files::TempFolder folder;
+  testing_files::writeRaw(folder / "my design.v", "module t;\n  wire a\n  reg b;\n  assign = 3;\nendmodule\n");
+  const QString path = QString::fromStdString(folder / "my design.v");
+  frame.openFile(path);
+  frame.run(u"SHELLW iverilog -o /dev/null $Name"_s);
+  const QString log = frame.logWindow->Text();
+  EXPECT_TRUE(log.contains(path + u":3: "_s)) << qPrintable(log);
+  EXPECT_EQ(frame.logWindow->streamOf(0), Stream::errors);
+  ASSERT_TRUE(frame.logWindow->nextMessage());
+  EXPECT_EQ(frame.opened.last(), path);
+  EXPECT_EQ(frame.cmx().GetSel(true).StartLineNo, 2);
+  EXPECT_TRUE(frame.logWindow->nextMessage());
 }
 
 TEST(Log, SavesAndInsertsFiles) {

@@ -20,7 +20,7 @@ std::optional<QByteArray> content(const QDir& folder, const QString& name) {
 
 }  // namespace
 
-QString sourceFolder() { return qEnvironmentVariable("ZELKOR_SOURCE", u"."_s); }
+QString sourceFolder() { return QDir().absoluteFilePath(qEnvironmentVariable("ZELKOR_SOURCE", u"."_s)); }
 QString binFolder() { return QDir().absoluteFilePath(qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s)); }
 
 std::vector<Case> readCases() {

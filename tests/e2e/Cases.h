@@ -22,14 +22,13 @@ struct Case {
   int status = 0;
 };
 
-QString sourceFolder();                  // of the project
+QString sourceFolder();                  // absolute, of the project
 QString binFolder();                     // absolute, of the built programs
 std::vector<Case> readCases();           // sorted by name
 
 struct Result {
   QByteArray text, log, messages;
   int status = 0;
-  QStringList files;                     // that lie in {DIR} after the run and were not there before
 };
 
 // What differs, line by line: " " both, "-" expected, "+" found. Empty: nothing.

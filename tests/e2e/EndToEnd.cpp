@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QLocale>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <pwd.h>
 #include <unistd.h>
@@ -62,6 +63,12 @@ QByteArray placed(QByteArray text, const QString& folder) {
   return text.replace("{USER}", user ? user->pw_name : "");
 }
 
+void placeInput(const Case& one, const QString& path) {
+  QFile file(path);
+  EXPECT_TRUE(file.open(QFile::ReadWrite) && file.write(one.input) == one.input.size() && file.flush());
+  file.setFileTime(QDateTime({2001, 2, 3}, {4, 5, 6}), QFile::FileModificationTime);
+}
+
 QByteArray read(const QString& path) {
   QFile file(path);
   return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("<no file>");
@@ -69,11 +76,7 @@ QByteArray read(const QString& path) {
 
 Result runHere(const Case& one, const QString& folder) {
   const QString path = folder + u"/input."_s + one.extension;
-  {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QFile::ReadWrite) && file.write(one.input) == one.input.size() && file.flush());
-    file.setFileTime(QDateTime({2001, 2, 3}, {4, 5, 6}), QFile::FileModificationTime);
-  }
+  placeInput(one, path);
   QGuiApplication::clipboard()->setText(QString::fromUtf8(placed(one.clipboard, folder)));
   BatchOptions options;
   options.commands = QString::fromUtf8(placed(one.commands, folder));
@@ -95,9 +98,30 @@ Result runHere(const Case& one, const QString& folder) {
   result.messages = channels.errors;
   const QString saved = options.save ? path : folder + u"/out/input."_s + one.extension;
   if (QFile::exists(saved)) result.text = read(saved);
-  result.files = QDir(folder).entryList(QDir::Files);
-  result.files.removeAll(u"input."_s + one.extension);
   return result;
+}
+
+// The same by the program itself.
+Result runProgram(const Case& one, const QString& folder) {
+  const QString name = u"input."_s + one.extension;
+  placeInput(one, folder + u'/' + name);
+  QProcess program;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+  environment.insert(u"LC_ALL"_s, u"en_GB.UTF-8"_s);
+  program.setProcessEnvironment(environment);
+  program.setWorkingDirectory(folder);
+  program.start(binFolder() + u"/zelkor"_s, {u"--batch"_s, u"--command"_s, QString::fromUtf8(placed(one.commands, folder)), u"--definitions"_s,
+                                             sourceFolder() + u"/config/Zelkor.ini"_s, u"--output"_s, u"out"_s, u"--"_s, folder + u'/' + name});
+  program.write(placed(one.standardInput, folder));
+  program.closeWriteChannel();
+  EXPECT_TRUE(program.waitForFinished(30000));
+  return {read(folder + u"/out/"_s + name), program.readAllStandardOutput(), program.readAllStandardError(), program.exitCode()};
+}
+
+void compare(const Case& one, const QString& folder, const char* what, const QByteArray& expected, const QByteArray& found) {
+  const QByteArray wrong = difference(placed(expected, folder), found);
+  EXPECT_TRUE(wrong.isEmpty()) << one.name.toStdString() << ": " << what << ("\n" + wrong).constData();
 }
 
 }  // namespace
@@ -112,13 +136,28 @@ TEST(EndToEnd, Cases) {
     const QTemporaryDir folder;
     const Result result = runHere(one, folder.path());
     EXPECT_EQ(result.status, one.status);
-    const auto compare = [&](const char* what, const QByteArray& expected, const QByteArray& found) {
-      const QByteArray wrong = difference(placed(expected, folder.path()), found);
-      EXPECT_TRUE(wrong.isEmpty()) << one.name.toStdString() << ": " << what << ("\n" + wrong).constData();
-    };
-    compare("log", one.log, result.log);
-    compare("messages", one.messages, result.messages);
-    if (result.status == 0) compare("text", one.expected, result.text);
+    compare(one, folder.path(), "log", one.log, result.log);
+    compare(one, folder.path(), "messages", one.messages, result.messages);
+    if (result.status == 0) compare(one, folder.path(), "text", one.expected, result.text);
     EXPECT_FALSE(QFile::exists(folder.filePath(u"canary"_s))) << "a value was taken for a command";
   }
+}
+
+// The examples of the reference once more, by the program with its options, its channels and its exit status.
+TEST(EndToEnd, ExamplesByTheProgramItself) {
+  ASSERT_TRUE(QFile::exists(binFolder() + u"/zelkor"_s));
+  int count = 0;
+  for (const Case& one : readCases()) {
+    const bool failure = one.name == u"invalid-unknown"_s || one.name == u"log-save-fails"_s;
+    if ((one.title.isEmpty() && !failure) || one.commands.contains("FILEINFO")) continue;
+    SCOPED_TRACE(one.name.toStdString());
+    const QTemporaryDir folder;
+    const Result result = runProgram(one, folder.path());
+    EXPECT_EQ(result.status, one.status);
+    compare(one, folder.path(), "log", one.log, result.log);
+    compare(one, folder.path(), "messages", one.messages, result.messages);
+    if (one.status == 0) compare(one, folder.path(), "text", one.expected, result.text);
+    ++count;
+  }
+  EXPECT_GT(count, 8);
 }
