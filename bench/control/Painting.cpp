@@ -2,25 +2,17 @@
 #include <QApplication>
 #include <QKeyEvent>
 
+#include "bench/Application.h"
 #include "bench/Bench.h"
 #include "control/CodeMax.h"
 #include "control/Pane.h"
 
 namespace {
 
-void needApplication() {
-  if (qApp) return;
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  static int count = 1;
-  static char name[] = "bench";
-  static char* names[] = {name, nullptr};
-  new QApplication(count, names);
-}
-
 // A shown control of 1000 x 700 pixels.
 struct Window {
   Window() {
-    needApplication();
+    bench::needApplication();
     control = std::make_unique<CodeMax>();
     control->setSmoothScrolling(false);
     control->resize(1000, 700);
