@@ -7,6 +7,7 @@
 
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
+#include "document/Recovery.h"
 
 #ifdef Q_OS_UNIX
 #include <fcntl.h>
@@ -60,6 +61,7 @@ SessionEnd::~SessionEnd() {
 }
 
 void SessionEnd::endWanted() {
+  hold();
   if (isDialogUp()) {   // somebody is answering something; what they answer comes first
     QTimer::singleShot(kRetryMs, this, &SessionEnd::endWanted);
     return;
@@ -67,7 +69,13 @@ void SessionEnd::endWanted() {
   frame_.close();
 }
 
+// Whatever comes next, a kill after the patience of the system's too: the texts are in their journals.
+void SessionEnd::hold() {
+  if (RecoverySession* session = RecoverySession::current()) session->flush();
+}
+
 void SessionEnd::commitData(QSessionManager& manager) {
+  hold();
   if (!manager.allowsInteraction()) return;
   if (!frame_.agreeToEnd()) manager.cancel();
   manager.release();

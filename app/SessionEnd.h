@@ -17,6 +17,7 @@ class SessionEnd : public QObject {
  private:
   void commitData(QSessionManager& manager);
   void endWanted();
+  static void hold();
 
   frmMain& frame_;
   QSocketNotifier* notifier_ = nullptr;

@@ -26,12 +26,19 @@ constexpr PanelRow kPanels[] = {
 
 }  // namespace
 
-StatusPanels::StatusPanels(QWidget* parent) : QStatusBar(parent), label_(new QLabel(this)) {
+StatusPanels::StatusPanels(QWidget* parent) : QStatusBar(parent), label_(new QLabel(this)), warning_(new QLabel(this)) {
   label_->setTextFormat(Qt::PlainText);
   label_->setTextInteractionFlags(Qt::NoTextInteraction);
   label_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   label_->setContentsMargins(4, 0, 4, 0);
   addWidget(label_, 1);
+  warning_->setObjectName(QStringLiteral("journalWarning"));
+  warning_->setTextFormat(Qt::PlainText);
+  warning_->setContentsMargins(6, 0, 6, 0);
+  warning_->setAutoFillBackground(true);
+  warning_->setStyleSheet(QStringLiteral("background: #b00020; color: white"));   // in every colour scheme
+  warning_->hide();
+  addPermanentWidget(warning_);
   for (int i = 0; i < int(std::size(kPanels)); ++i) {
     auto* button = new QToolButton(this);
     button->setObjectName(QString::fromLatin1(kPanels[i].name));
@@ -52,6 +59,13 @@ void StatusPanels::setText(const QString& text) {
   elide();
   if (isVisible()) label_->repaint();   // a message must show during a long operation
 }
+
+void StatusPanels::setWarning(const QString& text, const QString& tip) {
+  warning_->setText(text);
+  warning_->setToolTip(plainTip(tip));
+  warning_->setVisible(!text.isEmpty());
+}
+QString StatusPanels::warning() const { return warning_->text(); }
 
 void StatusPanels::elide() {
   const QString line = plainForDisplay(text_, 1000).simplified();

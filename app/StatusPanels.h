@@ -19,6 +19,9 @@ class StatusPanels : public QStatusBar {
   void setPanel(Panel panel, const QString& text);
   QString panel(Panel panel) const;
   QToolButton* button(Panel panel) const;       // object names "panelRowAndColumn" ...
+  // Stays beside the text, whatever that shows, until it is set to nothing.
+  void setWarning(const QString& text, const QString& tip);
+  QString warning() const;
   void setTemplatePicture(bool on);
   bool templatePicture() const { return templatePicture_; }
 
@@ -30,7 +33,7 @@ class StatusPanels : public QStatusBar {
 
  private:
   void elide();
-  QLabel* label_;
+  QLabel *label_, *warning_;
   QList<QToolButton*> buttons_;
   QString text_;
   bool templatePicture_ = false;

@@ -110,6 +110,10 @@ void frmMain::setPanel(int panel, const QString& text) {
 void frmMain::setUnixPanel(bool unixFile) {
   panels_->setPanel(Panel::lineEnds, unixFile ? QStringLiteral("Unix") : QStringLiteral("Win"));
 }
+void frmMain::showJournalWarning(const QString& reason) {
+  panels_->setWarning(reason.isEmpty() ? QString() : tr("No recovery journal"),
+                      tr("What you type would be lost if the program ended without warning: %1").arg(reason));
+}
 void frmMain::setTemplatePanel(bool on) { panels_->setTemplatePicture(on); }
 void frmMain::setUndoRedo(bool, bool) { refreshToolbar(); }
 bool frmMain::isMinimised() { return isMinimized(); }

@@ -19,6 +19,9 @@ class StatusPanels;
 class frmCommand;
 class frmDefinitions;
 enum class Panel;
+namespace text {
+struct RecoveredText;
+}
 
 class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   Q_OBJECT
@@ -52,6 +55,10 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   frmDocument* openAt(const QString& name, qint64 line, qint64 column);
   // Takes a file of ours in as a new document without a name and removes the file. Null: it could not be read.
   frmDocument* takeIn(const QString& path);
+  // A text that came back, as a modified document under the name of its file; an unmodified document on that file takes it as
+  // one undo step. Null: the person has been told.
+  frmDocument* restore(const text::RecoveredText& found);
+  void showJournalWarning(const QString& reason);   // why texts are not protected; empty: they are
   // Asks for every modified document; true: all may go, and none will ask again.
   bool agreeToEnd();
 

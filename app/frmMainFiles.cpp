@@ -14,6 +14,7 @@
 #include "document/frmDocument.h"
 #include "language/ucCM.h"
 #include "text/FileSystem.h"
+#include "text/JournalRead.h"
 
 namespace {
 
@@ -138,6 +139,39 @@ frmDocument* frmMain::takeIn(const QString& path) {
   adopt(shown);
   SetupMenus();
   return shown;
+}
+
+frmDocument* frmMain::restore(const text::RecoveredText& found) {
+  // The beginning of a text must not take the whole file's place by a mere save.
+  const QString name = found.baseWhole ? toQString(found.about.path) : QString();
+  frmDocument* taken = nullptr;
+  for (frmDocument* document : documents())
+    if (!name.isEmpty() && document->CurrentFileName() == name) taken = document;
+  if (taken && !taken->DocumentModified() && !taken->cmx->ReadOnly()) {
+    activate(taken);
+    TextModel& model = *taken->cmx->model();
+    model.document().exchange(found.text, taken->cmx->editor().selection());
+    taken->cmx->setFileFormat(found.about.format);
+    taken->cmx->setModified(true);
+    return taken;
+  }
+  auto* document = new frmDocument;
+  ++DocCount;
+  TextModel& model = *document->cmx->model();
+  model.replaceAll(found.text, found.about.format);
+  if (name.isEmpty() || taken) {
+    document->setUntitled(tr("Recovered %1").arg(toQString(found.about.title)), QDir::currentPath());
+  } else {
+    model.path = name;
+    model.stamp = found.about.stamp;   // a save sees what others have made of the file since
+    document->SetLanguage(languages().GetLangFromExt(GetFileExt(name)));
+    document->setFile(name);
+  }
+  document->cmx->setModified(true);
+  adopt(document);
+  SetupMenus();
+  UpdateEditMenu();
+  return document;
 }
 
 // ---- saving

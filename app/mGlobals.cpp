@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTimer>
+#include <QTimer>
 #include <QUrl>
 #include <cstdio>
 
@@ -14,6 +15,7 @@
 #include "app/Icons.h"
 #include "app/Instance.h"
 #include "app/SessionEnd.h"
+#include "app/frmRecovered.h"
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
 #include "base/Program.h"
@@ -21,6 +23,7 @@
 #include "control/TextModel.h"
 #include "document/CMXRegistry.h"
 #include "document/Languages.h"
+#include "document/Recovery.h"
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
 #include "document/modRegistry.h"
@@ -203,6 +206,7 @@ display:
     if (spooled.isEmpty()) return complain(QStringLiteral("standard input: ") + error, 2);
   }
 
+  RecoverySession recovery;   // outlives the documents
   frmMain main;
   Instance instance(main);
   QObject::connect(&main, &frmMain::ended, &main, [&] {
@@ -230,5 +234,9 @@ display:
     frmDocument* document = line.untitled ? main.takeIn(line.text) : OpenCommandLine(main, line.text);
     if (document && line.readOnly) document->cmx->setReadOnly(true);
   }
-  return application.exec();
+  recovery.onFailure([&main](const QString& reason) { main.showJournalWarning(reason); });
+  QTimer::singleShot(0, &main, [&] { frmRecovered::offer(main, recovery.folder()); });
+  const int status = application.exec();
+  recovery.onFailure({});
+  return status;
 }

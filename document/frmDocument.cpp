@@ -14,6 +14,7 @@
 #include "document/CMXRegistry.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
+#include "document/Recovery.h"
 #include "document/frmRegistry.h"
 #include "language/ucCM.h"
 #include "text/FileIo.h"
@@ -27,6 +28,7 @@ struct frmDocument::Shared {
   QString lineComment, blockStart, blockEnd;
   std::int64_t stampTakenNs = 0;   // when the file was last looked at whole
   std::vector<frmDocument*> windows;
+  std::unique_ptr<Recovery> recovery;   // null where there are no journals
 };
 
 namespace {
@@ -74,6 +76,7 @@ class frmDocument::OwnBox {
 frmDocument::frmDocument(QWidget* parent)
     : QWidget(parent), cmx(new CodeMax(this)), Timer1(new QTimer(this)), shared_(std::make_shared<Shared>()) {
   setUp();
+  shared_->recovery = Recovery::of(cmx->model());
   frmRegistry::instance().SetupMenusModified(false);
   CMXRegistry::applyTo(*cmx);
 }
@@ -124,6 +127,7 @@ void frmDocument::setUntitled(const QString& title, const QString& folder) {
   shared_->hasName = false;
   shared_->title = title;
   shared_->folder = folder;
+  if (shared_->recovery) shared_->recovery->setFile({}, title);
   updateCaption();
 }
 
@@ -132,6 +136,7 @@ void frmDocument::setFile(const QString& path) {
   shared_->title = GetFileTitle(path);
   shared_->folder = GetFileDir(path);
   shared_->hasName = true;
+  if (shared_->recovery) shared_->recovery->setFile(path, shared_->title);
   updateCaption();
 }
 
@@ -177,6 +182,7 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   }
   shared_->stampTakenNs = nowNs();
   shared_->hasName = true;
+  if (shared_->recovery) shared_->recovery->saved();
   Timer1->start();
   // A 16-bit encoding has the byte of a line feed inside other characters; there the control knows better.
   const text::Encoding encoding = cmx->fileFormat().encoding;
@@ -240,7 +246,10 @@ bool frmDocument::ReopenAs(const text::FileFormat& format) {
     const Hourglass hourglass;
     error = reload(shared_->name, format);
   }
-  if (error.isEmpty()) return true;
+  if (error.isEmpty()) {
+    if (shared_->recovery) shared_->recovery->saved();
+    return true;
+  }
   const OwnBox box(*this);
   MsgBox(tr("File Open Error : ") + error, tr("Opening ") + shared_->name, Icon::exclamation);
   return false;
@@ -268,9 +277,12 @@ bool frmDocument::SaveDocumment(const QString& path) {
     return false;
   }
   shared_->stampTakenNs = nowNs();
+  if (shared_->recovery) shared_->recovery->saved();
   SetStatusText(path);
   return true;
 }
+
+bool frmDocument::holdInJournal() { return shared_->recovery && shared_->recovery->holdNow(); }
 
 bool frmDocument::CancelSaveFile() {
   if (!cmx->Modified()) return false;
@@ -442,6 +454,9 @@ void frmDocument::closeEvent(QCloseEvent* event) {
   }
   event->accept();
   Timer1->stop();
+  closed_ = true;
+  // What was not saved by now the person does not want.
+  if (shared_->recovery && std::ranges::all_of(shared_->windows, &frmDocument::closed_)) shared_->recovery->discard();
   Frame* main = frame();
   if (!main || CurrentFileTitle().isEmpty()) return;
   main->rememberDocumentState(windowStateOf(parentWidget() ? *parentWidget() : *this));

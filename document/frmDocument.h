@@ -66,6 +66,8 @@ class frmDocument : public QWidget {
   const QString& BlockCommentEnd() const;
 
   void focusWork();                         // what the frame shows of the active document; also run when the focus comes
+  // Writes the text into its recovery journal now, as it is nowhere else. False: there is no journal, or it cannot be written.
+  bool holdInJournal();
   // Asks what closing would ask; true: closing will not ask any more. Closing several windows asks for all of them first,
   // so that a cancelled end leaves every window as it was (withdrawClose).
   bool agreeToClose();
@@ -98,5 +100,5 @@ class frmDocument : public QWidget {
   std::shared_ptr<Shared> shared_;
   int ownBoxes_ = 0;              // boxes of ours that are up
   bool focusComesBack_ = false;   // such a box took the focus; its return is no reason to look at the disk
-  bool closeAsked_ = false;
+  bool closeAsked_ = false, closed_ = false;
 };

@@ -35,8 +35,8 @@ frmCompare::frmCompare(const CodeMax& original, QWidget* parent) : QDialog(paren
   connect(previous, &QPushButton::clicked, this, [this] { goTo(-1); });
   connect(next, &QPushButton::clicked, this, [this] { goTo(1); });
   auto* grid = new QGridLayout(this);
-  grid->addWidget(new QLabel(tr("Before")), 0, 0);
-  grid->addWidget(new QLabel(tr("After")), 0, 1);
+  grid->addWidget(beforeName_ = new QLabel(tr("Before")), 0, 0);
+  grid->addWidget(afterName_ = new QLabel(tr("After")), 0, 1);
   grid->addWidget(before_, 1, 0);
   grid->addWidget(after_, 1, 1);
   grid->addWidget(summary_, 2, 0);
@@ -60,6 +60,13 @@ void frmCompare::markChanges() {
   before_->SetSel({}, true);
   after_->SetSel({}, true);
   if (changed > 0) goTo(1);
+}
+
+void frmCompare::showOnly(const QString& before, const QString& after) {
+  setWindowTitle(tr("Compare"));
+  beforeName_->setText(before);
+  afterName_->setText(after);
+  apply_->hide();
 }
 
 void frmCompare::goTo(int step) {

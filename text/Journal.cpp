@@ -415,6 +415,7 @@ Journal::~Journal() {
 }
 
 void Journal::changed(const Change& change) {
+  if (change.revision <= known_) return;
   JournalWriter::Impl& writer = *writer_.impl_;
   State& s = *state_;
   Waiting waiting;
@@ -460,6 +461,7 @@ void Journal::begin() {
   s.base = document_.snapshot();
   s.waitingSince = writer.clock();
   base_ = Snapshot();
+  known_ = document_.revision();
   writer.wake.notify_one();
 }
 
@@ -480,6 +482,7 @@ void Journal::discard() {
   const std::lock_guard guard(writer.mutex);
   State& s = *state_;
   base_ = document_.snapshot();
+  known_ = document_.revision();
   s.refer = false;
   if (!s.active) return;
   s.active = s.whole = s.aboutChanged = false;

@@ -83,6 +83,7 @@ class Journal {
   std::shared_ptr<State> state_;
   std::shared_ptr<void> subscription_;
   Snapshot base_;                  // the text before the next change, while not active
+  std::uint64_t known_ = 0;        // revision of a text that was taken whole: its change may be told of only afterwards
 };
 
 }  // namespace text

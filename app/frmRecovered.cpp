@@ -1,0 +1,229 @@
+#include "app/frmRecovered.h"
+
+#include <QDateTime>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLocale>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "app/frmMain.h"
+#include "base/Dialogs.h"
+#include "base/Strings.h"
+#include "control/CodeMax.h"
+#include "document/Recovery.h"
+#include "document/frmDocument.h"
+#include "print/frmCompare.h"
+
+namespace {
+
+enum Column { kName, kTime, kSize, kState };
+
+bool sameText(const text::Snapshot& a, const text::Snapshot& b) {
+  if (a.size() != b.size()) return false;
+  for (text::ByteOffset at(0); at < a.size();) {
+    const std::string_view one = a.chunkAt(at), other = b.chunkAt(at);
+    const std::size_t run = std::min(one.size(), other.size());
+    if (one.substr(0, run) != other.substr(0, run)) return false;
+    at += std::int64_t(run);
+  }
+  return true;
+}
+
+text::LoadedFile fileOnDisk(const text::JournalAbout& about) {
+  text::LoadOptions options;
+  options.format = about.format;
+  return text::loadFile(about.path, options);
+}
+
+}  // namespace
+
+frmRecovered* frmRecovered::offer(frmMain& frame, const QString& folder) {
+  std::vector<text::LeftJournal> left = text::leftJournals(fromQString(folder));
+  if (left.empty()) return nullptr;
+  auto* window = new frmRecovered(frame, std::move(left));
+  window->show();
+  return window;
+}
+
+frmRecovered::frmRecovered(frmMain& frame, std::vector<text::LeftJournal> left)
+    : QDialog(&frame), frame_(frame), list_(new QTreeWidget), state_(new QLabel) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setWindowTitle(tr("Recovered texts"));
+  setObjectName(QStringLiteral("frmRecovered"));
+  auto* heading = new QLabel(tr("The editor ended before these texts were saved. Nothing is discarded unless you say so: what you leave "
+                                "here is offered again at the next start."));
+  heading->setWordWrap(true);
+  list_->setHeaderLabels({tr("Name"), tr("Last change"), tr("Size"), tr("What came back")});
+  list_->setRootIsDecorated(false);
+  list_->setUniformRowHeights(true);
+  list_->setAllColumnsShowFocus(true);
+  list_->setAccessibleName(windowTitle());
+  state_->setTextFormat(Qt::PlainText);
+  state_->setWordWrap(true);
+
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+  const auto add = [&](const QString& caption, void (frmRecovered::*run)()) {
+    QPushButton* button = buttons->addButton(caption, QDialogButtonBox::ActionRole);
+    button->setAutoDefault(false);
+    connect(button, &QPushButton::clicked, this, run);
+    return button;
+  };
+  restore_ = add(tr("&Restore"), &frmRecovered::Restore);
+  saveAs_ = add(tr("Save &As..."), &frmRecovered::SaveAs);
+  compare_ = add(tr("&Compare..."), &frmRecovered::Compare);
+  discard_ = add(tr("&Discard..."), &frmRecovered::Discard);
+  buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);   // Enter in the list restores
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
+  connect(list_, &QTreeWidget::currentItemChanged, this, &frmRecovered::showButtons);
+  connect(list_, &QTreeWidget::itemActivated, this, &frmRecovered::Restore);
+
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(heading);
+  layout->addWidget(list_, 1);
+  layout->addWidget(state_);
+  layout->addWidget(buttons);
+
+  for (text::LeftJournal& journal : left) {
+    Entry entry{std::move(journal), {}, 0, false};
+    entry.facts = entry.journal.recover();
+    const text::Snapshot found = std::exchange(entry.facts.text, text::Snapshot());
+    entry.bytes = found.size().value;
+    if (entry.facts.error.empty() && !entry.facts.about.path.empty()) {
+      const text::LoadedFile disk = fileOnDisk(entry.facts.about);
+      entry.sameAsFile = disk.error.empty() && sameText(disk.text, found);
+    }
+    entries_.push_back(std::move(entry));
+  }
+  fill();
+  resize(760, 360);
+}
+
+QString frmRecovered::titleOf(const Entry& entry) const {
+  const QString title = toQString(entry.facts.about.title), path = toQString(entry.facts.about.path);
+  return !path.isEmpty() ? path : title.isEmpty() ? tr("(unknown)") : title;
+}
+
+QString frmRecovered::stateOf(const Entry& entry) const {
+  const text::RecoveredText& facts = entry.facts;
+  if (!facts.error.empty()) return tr("Nothing: %1").arg(toQString(facts.error));
+  if (!facts.baseWhole) return tr("Only the beginning of the text: the rest had not been written yet");
+  if (!facts.whole)
+    return tr("%n change(s); the end of the journal is damaged (%1 of %2 bytes are good)", nullptr, int(facts.changes))
+        .arg(QLocale().toString(facts.read), QLocale().toString(facts.size));
+  return entry.sameAsFile ? tr("The same text as the file on disk") : tr("All of it");
+}
+
+void frmRecovered::fill() {
+  list_->clear();
+  for (const Entry& entry : entries_) {
+    auto* row = new QTreeWidgetItem(list_);
+    row->setText(kName, plainForDisplay(titleOf(entry), 300));
+    row->setText(kTime, QLocale().toString(QDateTime::fromMSecsSinceEpoch(entry.journal.changedNs() / 1'000'000), QLocale::ShortFormat));
+    row->setText(kSize, entry.facts.error.empty() ? QLocale().formattedDataSize(entry.bytes) : QString());
+    row->setText(kState, plainForDisplay(stateOf(entry), 200));
+    row->setToolTip(kName, plainForDisplay(titleOf(entry)).toHtmlEscaped());
+  }
+  for (const int column : {kName, kTime, kSize}) {
+    list_->resizeColumnToContents(column);
+    list_->setColumnWidth(column, std::min(list_->columnWidth(column), 360));
+  }
+  select(0);
+  showButtons();
+}
+
+void frmRecovered::select(int entry) { list_->setCurrentItem(list_->topLevelItem(entry)); }
+int frmRecovered::selected() const { return list_->indexOfTopLevelItem(list_->currentItem()); }
+
+void frmRecovered::showButtons() {
+  const int at = selected();
+  const bool any = at >= 0 && at < count();
+  const Entry* entry = any ? &entries_[std::size_t(at)] : nullptr;
+  const bool text = entry && entry->facts.error.empty();
+  restore_->setEnabled(text);
+  saveAs_->setEnabled(text);
+  compare_->setEnabled(text && !entry->facts.about.path.empty());
+  discard_->setEnabled(any);
+  state_->setText(entry ? plainForDisplay(stateOf(*entry)) : QString());
+}
+
+text::RecoveredText frmRecovered::textOf(const Entry& entry) {
+  text::RecoveredText found = entry.journal.recover();
+  if (!found.error.empty()) MsgBox(plainForDisplay(toQString(found.error)), tr("Recovered texts"));
+  return found;
+}
+
+void frmRecovered::drop(int at) {
+  const int error = entries_[std::size_t(at)].journal.remove();
+  if (error < 0) MsgBox(toQString(text::errorText(error)), tr("Recovered texts"));
+  entries_.erase(entries_.begin() + at);
+  if (entries_.empty()) {
+    close();
+    return;
+  }
+  fill();
+}
+
+void frmRecovered::Restore() {
+  const int at = selected();
+  if (at < 0 || !restore_->isEnabled()) return;
+  const text::RecoveredText found = textOf(entries_[std::size_t(at)]);
+  if (!found.error.empty()) return;
+  frmDocument* document = frame_.restore(found);
+  if (!document) return;
+  if (document->holdInJournal()) {
+    drop(at);
+  } else {   // the old journal is all there is
+    MsgBox(tr("The text is open again, but no new journal could be written for it. The old one is kept."), tr("Recovered texts"));
+  }
+}
+
+void frmRecovered::SaveAs() {
+  const int at = selected();
+  if (at < 0 || !saveAs_->isEnabled()) return;
+  const text::RecoveredText found = textOf(entries_[std::size_t(at)]);
+  if (!found.error.empty()) return;
+  FileDialogRequest request;
+  request.title = tr("Save recovered text");
+  request.filter = tr("All files (*)|*");
+  request.folder = GetFileDir(toQString(found.about.path));
+  request.name = toQString(found.about.title);
+  const QString path = dialogs().saveFile(request);
+  if (path.isEmpty()) return;
+  text::SaveOptions options;
+  options.format = found.about.format;
+  const text::SaveResult saved = text::saveFile(fromQString(path), found.text, options);
+  if (!saved.ok()) {
+    MsgBox(tr("File Save Error : ") + toQString(saved.error), tr("Saving ") + path, Icon::exclamation);
+    return;
+  }
+  drop(at);
+}
+
+void frmRecovered::Compare() {
+  const int at = selected();
+  if (at < 0 || !compare_->isEnabled()) return;
+  const text::RecoveredText found = textOf(entries_[std::size_t(at)]);
+  if (!found.error.empty()) return;
+  const text::LoadedFile disk = fileOnDisk(found.about);
+  CodeMax onDisk;
+  onDisk.model()->document().reset(disk.text);   // empty where there is no file
+  frmCompare compare(onDisk, this);
+  compare.after().model()->document().reset(found.text);
+  compare.markChanges();
+  compare.showOnly(disk.error.empty() ? tr("File on disk") : tr("File on disk: %1").arg(plainForDisplay(toQString(disk.error))),
+                   tr("Recovered"));
+  const ModalGuard guard;
+  compare.exec();
+}
+
+void frmRecovered::Discard() {
+  const int at = selected();
+  if (at < 0) return;
+  const QString question = tr("The recovered text of %1 will be gone for good.\r\nDo you want to discard it?");
+  if (MsgBox(question.arg(plainForDisplay(titleOf(entries_[std::size_t(at)]))), tr("Recovered texts"), Icon::question, Buttons::yesNo) ==
+      Answer::yes)
+    drop(at);
+}

@@ -1,0 +1,60 @@
+// The recovery journal of a document's text: one for each text, however many windows show it. Knows when the journal begins,
+// and when it goes: after a durable save, or when the person let go of what was changed.
+//
+// Without a RecoverySession (batch mode, most tests) there are no journals.
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <functional>
+#include <memory>
+
+#include "control/TextModel.h"
+#include "text/Journal.h"
+
+// Switches journals on for all texts made while it lives. It must outlive them; one at a time.
+class RecoverySession {
+ public:
+  explicit RecoverySession(const QString& folder = {});   // empty: "recovery" in the user's state folder
+  ~RecoverySession();
+  RecoverySession(const RecoverySession&) = delete;
+  RecoverySession& operator=(const RecoverySession&) = delete;
+
+  static RecoverySession* current();                      // null: none
+  QString folder() const;
+  bool flush();                                           // everything is on disk now; false: it could not be
+  // Called on the thread of the session when journals begin to fail, fail for another reason, or work again (empty text).
+  void onFailure(std::function<void(const QString&)> told);
+  QString failure() const { return failure_; }
+
+ private:
+  friend class Recovery;
+  void lookForFailures();
+  text::JournalWriter writer_;
+  QList<class Recovery*> all_;
+  QString failure_;
+  std::function<void(const QString&)> told_;
+  std::unique_ptr<QObject> context_;
+};
+
+class Recovery : public QObject {
+  Q_OBJECT
+ public:
+  // Null without a session.
+  static std::unique_ptr<Recovery> of(std::shared_ptr<TextModel> model);
+  ~Recovery() override;
+
+  void setFile(const QString& path, const QString& title);   // path empty: untitled
+  void saved();            // the text is what its file holds: loaded, or saved durably
+  void discard();          // the person does not want the changes
+  // The text is nowhere else: it is written down now. False: it could not be.
+  bool holdNow();
+
+ private:
+  explicit Recovery(std::shared_ptr<TextModel> model);
+  text::JournalAbout about() const;
+  std::shared_ptr<TextModel> model_;
+  QString path_, title_;
+  text::Journal journal_;
+  friend class RecoverySession;
+};

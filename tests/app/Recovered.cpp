@@ -1,0 +1,180 @@
+// Texts that come back after a crash, as the person meets them.
+#include "app/frmRecovered.h"
+
+#include <QFileInfo>
+#include <QLabel>
+#include <QPointer>
+#include <QTest>
+#include <QTreeWidget>
+
+#include "base/Program.h"
+#include "document/Recovery.h"
+#include "tests/app/FrameFixture.h"
+#include "tests/support/files/FaultyFileSystem.h"
+#include "tests/support/files/TempFolder.h"
+
+class Recovered : public FrameFixture {
+ protected:
+  ~Recovered() override { main.reset(); }   // the session outlives the documents
+
+  QString journals() const { return path("recovery"); }
+  QStringList inFolder(const QString& folder) const { return QDir(folder).entryList({q("*.journal")}, QDir::Files); }
+  // What a kill right now would leave: copies of the journals that nobody owns.
+  QString afterKill() {
+    const QString folder = path("left");
+    QDir().mkpath(folder);
+    EXPECT_TRUE(session.flush());
+    for (const QString& name : inFolder(journals())) EXPECT_TRUE(QFile::copy(journals() + u'/' + name, folder + u'/' + name));
+    return folder;
+  }
+  static void type(frmDocument* document, const char* text) {
+    document->cmx->InsertText(q(text), {0, 0});
+    QCoreApplication::processEvents();
+  }
+  void closeAll() {
+    for (frmDocument* document : main->documents())
+      if (document->DocumentModified()) boxes.answer(Answer::no);
+    trigger("mnuFileCloseAll");
+    wait(20);
+  }
+
+  RecoverySession session{path("recovery")};
+};
+
+TEST_F(Recovered, J1_EveryTextComesBackUntitledOnesToo) {
+  frmDocument* named = open("a.v", "module a;\n");
+  type(named, "typed ");
+  type(main->LoadNewDoc(), "only here\n");
+  open("untouched.v");
+  main->newWindow();
+  const QString left = afterKill();
+  EXPECT_EQ(inFolder(left).size(), 2) << "one for each text that was changed, none for a second window";
+  closeAll();
+  EXPECT_TRUE(session.flush());
+  EXPECT_TRUE(inFolder(journals()).isEmpty()) << "the person wanted none of it";
+
+  QPointer<frmRecovered> window = frmRecovered::offer(*main, left);
+  ASSERT_TRUE(window);
+  EXPECT_EQ(window->count(), 2);
+  while (window && window->count() > 0) {
+    const int before = window->count();
+    window->Restore();
+    wait(10);
+    if (window && window->count() == before) break;
+  }
+  ASSERT_EQ(main->documents().size(), 2);
+  EXPECT_TRUE(inFolder(left).isEmpty());
+  EXPECT_EQ(inFolder(journals()).size(), 2) << "restored is not yet saved";
+  for (frmDocument* document : main->documents()) {
+    EXPECT_TRUE(document->DocumentModified());
+    const bool isNamed = document->DocumentHasName();
+    EXPECT_EQ(document->cmx->GetLine(0), isNamed ? q("typed module a;") : q("only here"));
+    if (!isNamed) continue;
+    EXPECT_EQ(document->CurrentFileName(), path("a.v"));
+    EXPECT_TRUE(document->SaveDocumment(path("a.v")));
+  }
+  EXPECT_EQ(read(path("a.v")), "typed module a;\n");
+  EXPECT_TRUE(session.flush());
+  EXPECT_EQ(inFolder(journals()).size(), 1) << "J5: it goes after the save";
+  closeAll();
+}
+
+TEST_F(Recovered, J4_NothingIsDiscardedByItself) {
+  type(open("a.v"), "x");
+  const QString left = afterKill();
+  closeAll();
+  write("a.v", "by others\n");
+  for (int i = 0; i < 2; ++i) {
+    QPointer<frmRecovered> window = frmRecovered::offer(*main, left);
+    ASSERT_TRUE(window);
+    EXPECT_EQ(frmRecovered::offer(*main, left), nullptr) << "J6: another copy sees that it is being offered";
+    window->close();
+    wait(10);
+    EXPECT_EQ(inFolder(left).size(), 1);
+  }
+  frmRecovered* window = frmRecovered::offer(*main, left);
+  ASSERT_TRUE(window);
+  boxes.answer(Answer::no);
+  window->Discard();
+  EXPECT_EQ(inFolder(left).size(), 1);
+  boxes.answerSave({});
+  window->SaveAs();
+  EXPECT_EQ(inFolder(left).size(), 1);
+  boxes.answerSave(path("copy.v"));
+  window->SaveAs();
+  wait(10);
+  EXPECT_EQ(read(path("copy.v")), "xtext\n");
+  EXPECT_EQ(read(path("a.v")), "by others\n");
+  EXPECT_TRUE(inFolder(left).isEmpty());
+  EXPECT_EQ(frmRecovered::offer(*main, left), nullptr);
+}
+
+TEST_F(Recovered, S12_ARestoredTextNeverOverwritesWhatOthersWroteMeanwhile) {
+  type(open("a.v"), "x");
+  const QString left = afterKill();
+  closeAll();
+  write("a.v", "by others\n");
+  frmRecovered* window = frmRecovered::offer(*main, left);
+  ASSERT_TRUE(window);
+  window->Restore();
+  boxes.answer(Answer::no);
+  EXPECT_FALSE(main->activeDocument()->SaveDocumment(path("a.v")));
+  EXPECT_EQ(read(path("a.v")), "by others\n");
+  closeAll();
+}
+
+TEST_F(Recovered, ADamagedJournalSaysHowMuchCameBackAndAnUnreadableOneStays) {
+  frmDocument* document = open("a.v");
+  type(document, "first ");
+  EXPECT_TRUE(session.flush());
+  type(document, "second ");
+  const QString left = afterKill(), name = left + u'/' + inFolder(left).value(0);
+  closeAll();
+  QByteArray bytes = read(name);
+  bytes[bytes.size() - 3] = char(bytes[bytes.size() - 3] ^ 1);
+  testing_files::writeRaw(name.toStdString(), {bytes.constData(), std::size_t(bytes.size())});
+  testing_files::writeRaw((left + q("/rubbish.journal")).toStdString(), "not a journal");
+  frmRecovered* window = frmRecovered::offer(*main, left);
+  ASSERT_TRUE(window);
+  const auto* list = window->findChild<QTreeWidget*>();
+  ASSERT_EQ(list->topLevelItemCount(), 2);
+  for (int i = 0; i < 2; ++i) {
+    window->select(i);
+    const QString state = list->topLevelItem(i)->text(3);
+    if (state.startsWith(q("Nothing"))) {
+      window->Restore();
+      EXPECT_TRUE(main->documents().isEmpty());
+    } else {
+      EXPECT_TRUE(state.contains(q("damaged"))) << state.toStdString();
+    }
+  }
+  window->select(list->topLevelItem(0)->text(3).startsWith(q("Nothing")) ? 1 : 0);
+  window->Restore();
+  ASSERT_EQ(main->documents().size(), 1);
+  EXPECT_EQ(main->activeDocument()->cmx->GetLine(0), q("first text"));
+  EXPECT_EQ(inFolder(left), QStringList{q("rubbish.journal")});
+  window->close();
+  closeAll();
+}
+
+TEST_F(Recovered, J8_AJournalThatCannotBeWrittenShowsALastingWarning) {
+  session.onFailure([this](const QString& reason) { main->showJournalWarning(reason); });
+  write("recovery", "a file where the folder should be");
+  frmDocument* document = open("a.v");
+  EXPECT_EQ(main->panels().warning(), QString());
+  type(document, "x");
+  EXPECT_FALSE(session.flush());
+  wait(30);
+  EXPECT_NE(main->panels().warning(), QString());
+  SetStatusText(q("something else"));
+  type(document, "y");
+  EXPECT_NE(main->panels().warning(), QString()) << "it lasts";
+  EXPECT_EQ(document->cmx->GetLine(0), q("yxtext"));
+  QFile::remove(path("recovery"));
+  EXPECT_TRUE(session.flush());
+  wait(30);
+  EXPECT_EQ(main->panels().warning(), QString());
+  EXPECT_EQ(inFolder(journals()).size(), 1);
+  session.onFailure({});
+  closeAll();
+}
