@@ -116,6 +116,7 @@ Pane* CodeMax::addPane(QWidget* parent) {
   connect(pane, &Pane::filesDropped, this, &CodeMax::FilesDropped);
   connect(pane, &Pane::noted, this, &CodeMax::Note);
   connect(pane, &Pane::findWanted, this, [this](bool replace) { FindDialog::showFor(*this, replace); });
+  connect(pane, &Pane::findUnwanted, this, [this] { FindDialog::hideFor(*this); });
   return pane;
 }
 

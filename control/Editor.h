@@ -36,6 +36,7 @@ class EditorHost {
   virtual qint64 visibleColumns() const { return 80; }
   virtual void toggleWhiteSpaceDisplay() {}
   virtual void showFindDialog(bool replace) { (void)replace; }
+  virtual void hideFindDialog() {}
   virtual void note(const QString& text);        // "12 replaced", "wrapped": the status text
   virtual QString clipboardText(bool* block);    // *block: the text is a rectangular block
   virtual void setClipboard(const QString& text, bool block);

@@ -178,10 +178,18 @@ void FindDialog::build() {
   });
 }
 
+FindDialog* FindDialog::of(const CodeMax& control) {
+  return control.window()->findChild<FindDialog*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+void FindDialog::hideFor(CodeMax& control) {
+  if (FindDialog* dialog = of(control)) dialog->close();
+}
+
 void FindDialog::showFor(CodeMax& control, bool replace) {
-  QWidget* window = control.window();
-  auto* dialog = window->findChild<FindDialog*>(QString(), Qt::FindDirectChildrenOnly);
+  FindDialog* dialog = of(control);
   if (!dialog) {
+    QWidget* window = control.window();
     dialog = new FindDialog(window);
     if (auto* main = qobject_cast<QMainWindow*>(window)) {
       main->addDockWidget(Qt::BottomDockWidgetArea, dialog);

@@ -27,6 +27,7 @@ class FindDialog : public QDockWidget {
 
   // Shows the one of the control's main window: with what is selected as the text, or as the place to search when it is of several lines.
   static void showFor(CodeMax& control, bool replace);
+  static void hideFor(CodeMax& control);
   void work(CodeMax& control);            // from now on on this control
   CodeMax* control() const { return control_; }
   FindJob& job() { return *job_; }
@@ -39,6 +40,7 @@ class FindDialog : public QDockWidget {
   void changeEvent(QEvent* event) override;
 
  private:
+  static FindDialog* of(const CodeMax& control);   // of its main window; null before it was shown
   void build();
   void open(CodeMax& control, bool replace);
   void showReplace(bool on);

@@ -36,14 +36,17 @@ void tabKey(Editor& e, const QVariant&) {
   else e.typeText(QStringLiteral("\t"));
 }
 
-void dropSelection(Editor& e, const QVariant&) { e.moveCaret(e.selection().caret, false); }
+void dropSelection(Editor& e, const QVariant&) {
+  if (e.hasSelection() || e.selection().column) e.moveCaret(e.selection().caret, false);
+  else e.host().hideFindDialog();
+}
 
 void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current()); }
 
 constexpr std::array<Command, 10> table{{
     {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection of several lines, else types a tab.", tabKey},
-    {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; the caret stays.", dropSelection},
+    {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.", dropSelection},
     {1003, "COLUMNLEFTEXTEND", CommandArgument::none, true, "Alt+Shift+Left",
      "Extends the column selection one column to the left.", extendColumn<-1, 0>},
     {1004, "COLUMNRIGHTEXTEND", CommandArgument::none, true, "Alt+Shift+Right",

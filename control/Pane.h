@@ -51,6 +51,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   qint64 visibleColumns() const override;
   void toggleWhiteSpaceDisplay() override;
   void showFindDialog(bool replace) override;
+  void hideFindDialog() override;
   void note(const QString& text) override;
 
   QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
@@ -76,6 +77,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void zoomed(int steps);
   void noted(const QString& text);
   void findWanted(bool replace);
+  void findUnwanted();
   void overtypeChanged(bool on);
   void whiteSpaceToggled();
   void heldEnded();                     // the last Action ended

@@ -183,6 +183,7 @@ QVariant Pane::inputMethodQuery(Qt::InputMethodQuery query) const {
 // --- What the editor asks of its window --------------------------------------------------------------------------------------------
 
 void Pane::showFindDialog(bool replace) { emit findWanted(replace); }
+void Pane::hideFindDialog() { emit findUnwanted(); }
 void Pane::note(const QString& text) { emit noted(text); }
 void Pane::toggleWhiteSpaceDisplay() {
   state_.whiteSpace = !state_.whiteSpace;

@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QThread>
 #include <QtTest/QTest>
 
 #include "control/CodeMax.h"
@@ -194,16 +197,30 @@ TEST_F(FindDialogTest, LongOnesRunBesideAndAreCancelled) {
   type("findText", QStringLiteral("word"));
   ASSERT_TRUE(finish());
   type("replaceText", QStringLiteral("thing"));
+  // The one thread for searches is kept busy until the test says go.
+  std::atomic<bool> go{false};
+  const auto hold = [&] {
+    go = false;
+    dialog().job().start(1, [&go](text::SearchControl&) -> FindJob::Done {
+      while (!go) QThread::msleep(1);
+      return [] {};
+    });
+    dialog().job().drop();
+  };
+  hold();
   click("replaceAll");
   EXPECT_TRUE(dialog().job().running());
   EXPECT_FALSE(part<QPushButton>("replaceAll").isEnabled());
   click("cancel");
+  go = true;
   ASSERT_TRUE(finish());
   EXPECT_EQ(dialog().status(), QStringLiteral("Cancelled; nothing was replaced"));
   EXPECT_EQ(text->GetLine(199999), QStringLiteral("some word here"));
 
+  hold();
   click("replaceAll");   // the text changes under it
   text->InsertText(QStringLiteral("x"), {0, 0});
+  go = true;
   ASSERT_TRUE(finish());
   EXPECT_EQ(dialog().status(), QStringLiteral("The text was changed meanwhile; nothing was replaced"));
 
@@ -232,6 +249,32 @@ TEST_F(FindDialogTest, WorksOnTheControlThatHasTheFocus) {
   delete other;
   EXPECT_EQ(dialog().control(), nullptr);
   click("count");
+}
+
+TEST_F(FindDialogTest, EscInTheTextEndsTheSelectionThenCloses) {
+  show("|ab");
+  type("findText", QStringLiteral("ab"));
+  text->setFocus();
+  QWidget* pane = window.focusWidget();
+  ASSERT_NE(pane, nullptr);
+  QTest::keyClick(pane, Qt::Key_Escape);
+  EXPECT_EQ(shown(), "ab|");
+  EXPECT_TRUE(dialog().isVisible());
+  QTest::keyClick(pane, Qt::Key_Escape);
+  EXPECT_FALSE(dialog().isVisible());
+}
+
+TEST_F(FindDialogTest, FloatsWhereThereIsNoMainWindow) {
+  CodeMax alone;
+  alone.setText(QStringLiteral("one two"));
+  alone.show();
+  alone.ExecuteCmd(178);
+  auto* floating = alone.findChild<FindDialog*>();
+  ASSERT_NE(floating, nullptr);
+  EXPECT_TRUE(floating->isVisible());
+  EXPECT_TRUE(floating->isFloating());
+  QTest::keyClicks(floating->findChild<QComboBox*>(QStringLiteral("findText"))->lineEdit(), QStringLiteral("two"));
+  EXPECT_EQ(alone.SelText(), QStringLiteral("two"));
 }
 
 TEST_F(FindDialogTest, RecordsIntoAMacro) {

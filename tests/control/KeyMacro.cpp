@@ -1,5 +1,7 @@
 #include "control/KeyMacro.h"
 
+#include <random>
+
 #include "base/Program.h"
 
 #include "control/KeyCommands.h"
@@ -92,6 +94,31 @@ TEST_F(KeyMacroTest, TextRoundTrips) {
   keyMacros().remove(QStringLiteral("B"));
   EXPECT_TRUE(keyMap().actionOf(keys("Ctrl+Alt+1")).isNone());
   for (const char* bad : {"", " ", "a]b", "a\nb", " a"}) EXPECT_FALSE(keyMacros().set({QString::fromUtf8(bad), {}})) << bad;
+}
+
+// Whatever is read, what is written from it reads back the same.
+TEST_F(KeyMacroTest, AnyTextReadsToSomethingThatRoundTrips) {
+  std::mt19937 random(7);
+  const QStringList parts{QStringLiteral("["), QStringLiteral("]"), QStringLiteral("\""), QStringLiteral("\\"), QStringLiteral("u0041"),
+                          QStringLiteral("TYPE "), QStringLiteral("UNDO"), QStringLiteral("GOTOLINE "), QStringLiteral("7"),
+                          QStringLiteral("INSERTCHAR "), QStringLiteral("\n"), QStringLiteral(" "), QStringLiteral("Ctrl+"),
+                          QStringLiteral("Z"), QStringLiteral("="), QStringLiteral(", "), QStringLiteral("; "), QStringLiteral("\u00e9"),
+                          QString(QChar(0xD800)), QString(QChar(0)), QStringLiteral("\r")};
+  for (int run = 0; run < 3000; ++run) {
+    QString text;
+    for (unsigned n = random() % 40; n > 0; --n) text += parts[static_cast<qsizetype>(random() % parts.size())];
+    keyMacros().fromText(text);
+    const QString written = keyMacros().toText();
+    EXPECT_EQ(keyMacros().fromText(written), 0) << written.toStdString();
+    EXPECT_EQ(keyMacros().toText(), written);
+    KeyMap map;
+    map.fromText(text);
+    const QString keysWritten = map.toText();
+    KeyMap again;
+    EXPECT_EQ(again.fromText(keysWritten), 0) << keysWritten.toStdString();
+    EXPECT_EQ(again.toText(), keysWritten);
+    if (HasFailure()) break;
+  }
 }
 
 TEST_F(KeyMacroTest, UnknownLinesAreSkippedAndCounted) {
