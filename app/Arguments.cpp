@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include "app/PrintArguments.h"
+
 namespace {
 
 struct Option {
@@ -22,6 +24,8 @@ constexpr Option kOptions[] = {
     {"--read-only", &Arguments::readOnly, QT_TRANSLATE_NOOP("Arguments", "guard the files against changes")},
     {"--batch", &Arguments::batch,
      QT_TRANSLATE_NOOP("Arguments", "run commands over files without a window (--batch --help)")},
+    {"--print-pdf", &Arguments::printPdf,
+     QT_TRANSLATE_NOOP("Arguments", "print files as PDF without a window (--print-pdf --help)")},
 };
 
 QString tr(const char* text) { return QCoreApplication::translate("Arguments", text); }
@@ -52,6 +56,8 @@ FilePlace placeIn(const QString& argument) {
 Arguments parseArguments(const QStringList& arguments, const QString& folder) {
   static const QRegularExpression plusLine(QStringLiteral("^\\+(\\d{1,15})(?:[,:](\\d{1,15}))?$"));
   Arguments line;
+  line.printPdf = asksForPdf(arguments);   // its own options may come first
+  if (line.printPdf) return line;
   bool onlyFiles = false;
   FilePlace next;   // of "+LINE": belongs to the file behind it
   for (const QString& argument : arguments) {

@@ -14,6 +14,7 @@
 #include "app/HandbookWindow.h"
 #include "app/Icons.h"
 #include "app/Instance.h"
+#include "app/PrintArguments.h"
 #include "app/SessionEnd.h"
 #include "app/frmRecovered.h"
 #include "app/frmMain.h"
@@ -185,7 +186,7 @@ int Main(int argc, char** argv) {
   if (!arguments.error.isEmpty()) return complain(arguments.error, 2);
   if (arguments.help) return std::fputs(qPrintable(argumentsHelp()), stdout) < 0;
   if (arguments.version) return std::printf("%s %s\n", kApplicationTitle, ZELKOR_VERSION) < 0;
-  if (arguments.batch && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  if ((arguments.batch || arguments.printPdf) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
 #ifdef Q_OS_UNIX
   for (const char* place : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
     if (!qEnvironmentVariableIsEmpty(place)) goto display;
@@ -198,6 +199,7 @@ display:
   QApplication application(argc, argv);
   AddFormatVerbs();
   if (arguments.batch) return runBatch(words);
+  if (arguments.printPdf) return runPrintPdf(words);
 
   QString spooled;
   if (arguments.standardInput) {

@@ -108,21 +108,26 @@ class BatchFrame : public Frame {
   void showMacro(int, int, const QString&) override {}
 };
 
-int runOn(BatchFrame& frame, const QString& path, const BatchOptions& options, const QString& target) {
-  frmDocument document;
-  bool loaded = false;
-  document.LoadDocument(path, loaded);
-  if (!loaded) return batch::kFailed;
-  document.setFile(QFileInfo(path).absoluteFilePath());
-  document.SetLanguage(languages().GetLangFromExt(GetFileExt(path)));
-  frame.document = &document;
+int runOn(frmDocument& document, const BatchOptions& options, const QString& target) {
   const mCMXParser::Outcome outcome = mCMXParser::Run(0, 0, options.commands);
   int status = outcome.ending == mCMXParser::Ending::done      ? batch::kDone
                : outcome.ending == mCMXParser::Ending::invalid ? batch::kInvalidCommand
                                                                : batch::kFailed;
   const bool wanted = !options.outputFolder.isEmpty() || (options.save && document.cmx->Modified());
   if (status == batch::kDone && wanted && !document.SaveDocumment(target)) status = batch::kFailed;
-  frame.document = nullptr;
+  return status;
+}
+
+int workOn(BatchFrame& own, const QString& path, const std::function<int(frmDocument&)>& work) {
+  frmDocument document;
+  bool loaded = false;
+  document.LoadDocument(path, loaded);
+  if (!loaded) return batch::kFailed;
+  document.setFile(QFileInfo(path).absoluteFilePath());
+  document.SetLanguage(languages().GetLangFromExt(GetFileExt(path)));
+  own.document = &document;
+  const int status = work(document);
+  own.document = nullptr;
   return status;
 }
 
@@ -166,34 +171,23 @@ QString commandsOfMacro(const QString& languageAndName, QString* error) {
   return {};
 }
 
-static int runOver(BatchFrame& own, Session& session, const BatchOptions& options) {
+int eachDocument(const QStringList& files, const std::function<int(frmDocument&)>& work) {
+  Session session;
+  BatchFrame own;
+  Frame* const before = frame();
+  setFrame(&own);
+  mCMXParser::setInteractive(false);
   QObject::connect(own.logWindow.get(), &frmLog::appended, [](const QString& text) { writeTo(kStandardOutput, text); });
-  if (!options.outputFolder.isEmpty()) {
-    const std::string error = text::makeFolders(QFile::encodeName(options.outputFolder).toStdString());
-    if (!error.empty()) {
-      MsgBox(QString::fromStdString(error), plainForDisplay(options.outputFolder));
-      return kFailed;
-    }
-  }
-  const bool showProgress = options.files.size() > 1 && isTerminal(kStandardError) && !isTerminal(kStandardOutput);
-  QSet<QString> targets;
+  const bool showProgress = files.size() > 1 && isTerminal(kStandardError) && !isTerminal(kStandardOutput);
   int worst = kDone, count = 0;
-  for (const QString& path : options.files) {
-    if (showProgress) writeTo(kStandardError, u"\x1b[K[%1/%2] %3\r"_s.arg(++count).arg(options.files.size()).arg(plainForDisplay(path, 60)));
-    if (options.files.size() > 1) session.setAbout(path);
-    QString target = path;
-    if (!options.outputFolder.isEmpty()) {
-      target = QDir(options.outputFolder).filePath(GetFileTitle(path));
-      if (targets.contains(target)) {
-        MsgBox(tr("Another file of this name went to the output folder already."));
-        worst = kFailed;
-        continue;
-      }
-      targets.insert(target);
-    }
-    worst = std::max(worst, runOn(own, path, options, target));
+  for (const QString& path : files) {
+    if (showProgress) writeTo(kStandardError, u"\x1b[K[%1/%2] %3\r"_s.arg(++count).arg(files.size()).arg(plainForDisplay(path, 60)));
+    if (files.size() > 1) session.setAbout(path);
+    worst = std::max(worst, workOn(own, path, work));
   }
   if (showProgress) writeTo(kStandardError, u"\x1b[K"_s);
+  mCMXParser::setInteractive(true);
+  setFrame(before);
   return worst;
 }
 
@@ -202,15 +196,26 @@ int run(const BatchOptions& options) {
     writeTo(kStandardError, tr("No files are named.") + u"\r\n"_s);
     return kFailed;
   }
-  Session session;
-  BatchFrame own;
-  Frame* const before = frame();
-  setFrame(&own);
-  mCMXParser::setInteractive(false);
-  const int status = runOver(own, session, options);
-  mCMXParser::setInteractive(true);
-  setFrame(before);
-  return status;
+  if (!options.outputFolder.isEmpty()) {
+    const std::string error = text::makeFolders(QFile::encodeName(options.outputFolder).toStdString());
+    if (!error.empty()) {
+      writeTo(kStandardError, plainForDisplay(options.outputFolder) + u": "_s + QString::fromStdString(error) + u"\r\n"_s);
+      return kFailed;
+    }
+  }
+  QSet<QString> targets;
+  return eachDocument(options.files, [&](frmDocument& document) {
+    QString target = document.CurrentFileName();
+    if (!options.outputFolder.isEmpty()) {
+      target = QDir(options.outputFolder).filePath(document.CurrentFileTitle());
+      if (targets.contains(target)) {
+        MsgBox(tr("Another file of this name went to the output folder already."));
+        return kFailed;
+      }
+      targets.insert(target);
+    }
+    return runOn(document, options, target);
+  });
 }
 
 }  // namespace batch

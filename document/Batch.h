@@ -7,7 +7,10 @@
 
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <memory>
+
+class frmDocument;
 
 struct BatchOptions {
   QString commands;          // the command string
@@ -39,6 +42,9 @@ class Session {
   struct Impl;
   std::unique_ptr<Impl> impl_;
 };
+
+// Loads each file as a document, with the session, log and frame of batch mode, and hands it to `work`. The worst status.
+int eachDocument(const QStringList& files, const std::function<int(frmDocument& document)>& work);
 
 // Needs an application object (any platform plugin). Takes the frame for the time it runs.
 int run(const BatchOptions& options);

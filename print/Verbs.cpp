@@ -1,7 +1,9 @@
 #include "print/Verbs.h"
 
+#include <QCoreApplication>
 #include <QHash>
 
+#include "base/Dialogs.h"
 #include "document/Languages.h"
 #include "document/Statements.h"
 #include "language/ucCM.h"
@@ -54,7 +56,16 @@ bool format(CodeMax& cmx, const QString& argument) {
   choices.changeCaseAnyway = values.contains(QStringLiteral("anycase"));
   const auto& all = languages().Languages();
   const int index = languages().GetIndex(cmx.Language());
-  FormatIt(cmx, index > 0 ? all->Item(index).get() : nullptr, choices);
+  const clsLang* language = index > 0 ? all->Item(index).get() : nullptr;
+  const auto say = [](const char* text) { return QCoreApplication::translate("Verbs", text); };
+  QString complaint;
+  if (!language && (choices.indent > 0 || choices.mainCase > 0 || choices.keywordCase > 0))
+    complaint = say(QT_TRANSLATE_NOOP("Verbs", "The document has no language: its indentation and letter case stay."));
+  else if (caseMatters(choices, language) && !choices.changeCaseAnyway)
+    complaint = say(QT_TRANSLATE_NOOP("Verbs", "Letter case has a meaning in this language and stays; the option anycase changes it."));
+  const FormatResult result = FormatIt(cmx, language, choices);
+  if (!result.error.isEmpty()) complaint = result.error;
+  if (!complaint.isEmpty()) MsgBox(complaint);
   return true;
 }
 

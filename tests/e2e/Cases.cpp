@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "document/Statements.h"
+#include "print/Verbs.h"
 
 using namespace Qt::StringLiterals;
 
@@ -24,6 +25,7 @@ QString sourceFolder() { return QDir().absoluteFilePath(qEnvironmentVariable("ZE
 QString binFolder() { return QDir().absoluteFilePath(qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s)); }
 
 std::vector<Case> readCases() {
+  AddFormatVerbs();
   std::vector<Case> cases;
   const QDir root(sourceFolder() + u"/tests/e2e"_s);
   for (const QString& name : root.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {

@@ -6,6 +6,7 @@
 
 #include "control/CommandTable.h"
 #include "document/Statements.h"
+#include "print/Verbs.h"
 #include "tests/e2e/Cases.h"
 
 using namespace Qt::StringLiterals;
@@ -26,6 +27,7 @@ QString block(const char* what, const QByteArray& text) {
 }
 
 QString reference() {
+  AddFormatVerbs();
   QString out = QStringLiteral(
       "# The command language\n\n"
       "<!-- Made by the test e2e.Reference from the interpreter's tables and the cases in tests/e2e; do not edit. -->\n\n"

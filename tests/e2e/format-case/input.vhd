@@ -1,0 +1,3 @@
+entity Top is -- Entity
+  Port (A : in Bit := 'X');
+END;

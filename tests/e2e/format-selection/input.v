@@ -1,0 +1,4 @@
+module m;
+ wire a;
+ wire b;
+endmodule

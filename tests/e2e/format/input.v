@@ -1,0 +1,6 @@
+module m;
+always @(posedge clk)
+begin
+	q <= 1;
+end
+endmodule
