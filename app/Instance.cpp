@@ -52,11 +52,19 @@ Instance::Instance(frmMain& frame)
 Instance::~Instance() { resign(); }
 
 void Instance::resign() {
+#ifdef Q_OS_WIN
+  copydata::receive({});
+#endif
   Msghook1.stop();   // before the lock goes: who is hung up on now looks for the next first copy
   if (place_) place_->resign();
 }
 
-bool Instance::HookCopyData() { return Msghook1.listen(place_->socketPath()); }
+bool Instance::HookCopyData() {
+#ifdef Q_OS_WIN
+  copydata::receive([this](const QString& text) { OpenCommandLine(frame_, text); });   // from programs that know no socket
+#endif
+  return Msghook1.listen(place_->socketPath());
+}
 
 Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits) {
   place_ = std::make_unique<Rendezvous>(displayName());

@@ -5,16 +5,13 @@
 #include <QString>
 #include <memory>
 
+#include "control/CopyData.h"
 #include "control/Msghook.h"
 
 class Rendezvous;
 class frmDocument;
 class frmMain;
 
-struct TopWindow {
-  quint64 handle = 0, parent = 0;
-  QString caption;
-};
 // The first window without a parent, in the order given, whose caption begins with the title (mode 0; title then becomes
 // the whole caption) or holds it (mode 1); case is folded, windows without a caption are passed over. 0: none.
 quint64 FindWindowByTitle(QString& title, int mode, const QList<TopWindow>& windows);
