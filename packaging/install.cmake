@@ -38,11 +38,12 @@ set(CPACK_PACKAGE_VENDOR "Zelkor Editor developers")
 set(CPACK_PACKAGE_CONTACT "Zelkor Editor developers <developers@zelkor.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "text editor for hardware and software engineers")
 set(CPACK_PACKAGE_DESCRIPTION
-"Zelkor Editor edits many source files at once: hardware description, programmable
-logic, constraints, tool scripts and program languages. Languages are defined in a
-dialog: colours, templates, word lists cycled by a key, macros in a small command
-language. It opens files of any size, keeps every byte that was not edited, and saves
-so that neither a full disk nor a power cut costs the old text.")
+"Zelkor Editor edits many source files at once: hardware description,
+programmable logic, constraints, tool scripts and program languages. Languages
+are defined in a dialog: colours, templates, word lists cycled by a key, macros
+in a small command language. It opens files of any size, keeps every byte that
+was not edited, and saves so that neither a full disk nor a power cut costs the
+old text.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
