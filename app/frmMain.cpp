@@ -158,6 +158,7 @@ void frmMain::adopt(frmDocument* document) {
   tabs_->add(document);
   connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
   offerHotWords(document);
+  connect(document->cmx, &CodeMax::PropsChange, this, [this] { menus_->refreshKeys(); });
   connect(document->cmx, &CodeMax::OvertypeChange, this, [this] { refreshToolbar(); });
   if (documentState_ == 2) {
     window->showMaximized();

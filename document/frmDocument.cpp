@@ -433,6 +433,10 @@ void frmDocument::cmx_SelChange() {
 void frmDocument::cmx_PropsChange() {
   if (!cmx->Language().isEmpty()) SetLanguage(languages().GetIndex(cmx->Language()));
   CMXRegistry::save(*cmx);
+  Frame* main = frame();
+  if (!main) return;
+  for (frmDocument* document : main->documents())   // who changes an option means the editor, not one window
+    if (document != this) CMXRegistry::applyTo(*document->cmx);
 }
 
 void frmDocument::Timer1_Timer() {

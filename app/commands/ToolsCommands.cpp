@@ -3,6 +3,7 @@
 #include "app/commands/Groups.h"
 #include "app/frmMain.h"
 #include "control/KeyMacro.h"
+#include "document/frmDocument.h"
 
 std::span<const FrameCommand> toolsCommands() {
   static const FrameCommand rows[] = {
@@ -21,6 +22,9 @@ std::span<const FrameCommand> toolsCommands() {
        .needs = kDocument | kWritable, .command = 1010},
       {.name = "mToolsMacros", .menu = "mTools", .place = 320, .caption = QT_TRANSLATE_NOOP("frmMain", "Play &Macro"),
        .needs = kDocument | kWritable, .isMenu = true, .fill = [](frmMain& f, QMenu& menu) { f.fillKeyMacros(menu); }},
+      {.name = "mToolsOptions", .menu = "mTools", .place = 400,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Editor &Options..."), .icon = "configure", .needs = kDocument,
+       .run = [](frmMain& f) { f.activeDocument()->cmx->ExecuteProperties(); }},
   };
   return rows;
 }

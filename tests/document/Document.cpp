@@ -207,9 +207,11 @@ TEST_F(Document, FocusShowsItsState) {
 TEST_F(Document, OptionsAreStoredByTheControlThatChangedThem) {
   ScriptedDialogs boxes;
   const auto document = opened(write("p.v", ""), 1);
+  const auto other = opened(write("o.v", ""), 1);
   document->cmx->setTabSize(7);
   emit document->cmx->PropsChange();
   EXPECT_EQ(document->LanguageIndex(), 1);
+  EXPECT_EQ(other->cmx->TabSize(), 7) << "open ones take them over";
   frmDocument fresh;
   EXPECT_EQ(fresh.cmx->TabSize(), 7);
 }

@@ -1,0 +1,114 @@
+// From the start of the program to the first painted text, and what the time is spent on. Each round is a process of its own.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QEvent>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <vector>
+
+#include "app/FrameMenus.h"
+#include "app/Instance.h"
+#include "app/frmMain.h"
+#include "app/mGlobals.h"
+#include "base/Program.h"
+#include "bench/Bench.h"
+#include "document/Languages.h"
+#include "document/frmRegistry.h"
+#include "document/modRegistry.h"
+#include "language/ucCM.h"
+
+namespace {
+
+constexpr const char* kSteps[] = {"application object", "frame with menus and bars", "who is first",
+                                  "settings and languages", "profile, menus, show", "open a 300-line file", "first paint"};
+constexpr int kStepCount = int(std::size(kSteps));
+
+// Ends the event loop once a pane has been painted.
+class FirstPaint : public QObject {
+ public:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() == QEvent::Paint && object->inherits("Pane")) {
+      qApp->removeEventFilter(this);
+      QTimer::singleShot(0, qApp, [] { qApp->exit(); });
+    }
+    return false;
+  }
+};
+
+// The steps of the start, their times into `to`.
+void startOnce(int to) {
+  double times[kStepCount] = {};
+  auto last = bench::Clock::now();
+  int step = 0;
+  const auto done = [&] {
+    times[step++] = bench::secondsSince(last);
+    last = bench::Clock::now();
+  };
+  char name[] = "zelkor";
+  char* names[] = {name, nullptr};
+  int count = 1;
+  QApplication application(count, names);
+  FirstPaint painted;
+  application.installEventFilter(&painted);
+  done();
+  setApplicationFolder(QStringLiteral(ZELKOR_SOURCE_FOLDER));
+  frmMain main;
+  done();
+  Instance instance(main);
+  instance.CheckPrevInst({}, false, false);
+  done();
+  modRegistry::NewKey(modRegistry::kGlobalKey);
+  useDefinitionFileOfSettings();
+  InitLanguages();
+  done();
+  frmRegistry::instance().GetProfile(main, QStringLiteral("mnuFileMRU"));
+  main.SetupToolStatus();
+  main.SetupMenus();
+  main.show();
+  done();
+  main.openFile(QStringLiteral(ZELKOR_SOURCE_FOLDER "/Samples/sample.v"));
+  done();
+  application.exec();
+  done();
+  const ssize_t written = ::write(to, times, sizeof times);
+  ::_exit(written == sizeof times ? 0 : 1);
+}
+
+void Start(benchmark::State& state) {
+  for (auto _ : state) {
+    std::vector<double> best(kStepCount, 1e9);
+    double bestTotal = 1e9;
+    for (int round = 0; round < 7; ++round) {
+      int ends[2];
+      if (::pipe(ends) != 0) std::abort();
+      QTemporaryDir home;
+      const pid_t child = ::fork();
+      if (child == 0) {
+        for (const char* variable : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"})
+          qputenv(variable, home.path().toUtf8());
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+        startOnce(ends[1]);
+      }
+      double times[kStepCount];
+      if (::read(ends[0], times, sizeof times) != sizeof times) std::abort();
+      ::waitpid(child, nullptr, 0);
+      ::close(ends[0]);
+      ::close(ends[1]);
+      double total = 0;
+      for (int i = 0; i < kStepCount; ++i) {
+        total += times[i];
+        best[std::size_t(i)] = std::min(best[std::size_t(i)], times[i]);
+      }
+      bestTotal = std::min(bestTotal, total);
+    }
+    bench::row("start to the first painted text, after loading the program", bestTotal * 1e3, "ms", 80);
+    for (int i = 0; i < kStepCount; ++i) bench::row(std::string("  of it: ") + kSteps[i], best[std::size_t(i)] * 1e3, "ms", 0);
+  }
+}
+
+BENCHMARK(Start)->Iterations(1);
+
+}  // namespace
