@@ -5,6 +5,7 @@
 #include <QScrollBar>
 #include <QStandardItemModel>
 #include <QTextBlock>
+#include <algorithm>
 
 #include "control/CommandTable.h"
 #include "document/Statements.h"
@@ -56,6 +57,10 @@ std::vector<Completion> completionsFor(const QString& beforeCaret, qsizetype* be
     const bool inside = bare.isEmpty() && piece.size() > 1 && blank < 0 && completion.text.mid(3).startsWith(piece, Qt::CaseInsensitive);
     if (starts || inside) fitting.push_back(std::move(completion));
   }
+  // The nearest first: what would be complete, then what is complete soonest.
+  std::stable_sort(fitting.begin(), fitting.end(), [&](const Completion& a, const Completion& b) {
+    return !piece.isEmpty() && a.text.size() < b.text.size();
+  });
   return fitting;
 }
 
@@ -106,11 +111,16 @@ void CommandField::markLine(int line) {
 void CommandField::keyPressEvent(QKeyEvent* event) {
   const bool popup = completer_.popup()->isVisible();
   switch (event->key()) {
+    case Qt::Key_Tab:
+      if (popup) {
+        insert(completer_.popup()->currentIndex().data(Qt::UserRole).toString());
+        completer_.popup()->hide();
+        return;
+      }
+      break;
     case Qt::Key_Enter:
     case Qt::Key_Return:
     case Qt::Key_Escape:
-    case Qt::Key_Tab:
-    case Qt::Key_Backtab:
       if (popup) {
         event->ignore();   // the list takes it
         return;

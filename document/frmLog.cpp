@@ -118,6 +118,7 @@ frmLog::frmLog(QWidget* parent)
   bar->setOrientation(Qt::Vertical);
   bar->setIconSize({16, 16});
   bar->addActions({stopAction, previousAction, nextAction});
+  resize(sizeHint());
   frmRegistry::instance().GetLogWindowProfile(*this);
 }
 

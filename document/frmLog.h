@@ -50,6 +50,9 @@ class frmLog : public QWidget {
   void setSizeLimit(qint64 bytes) { sizeLimit_ = bytes; }
   std::optional<Stream> streamOf(qint64 line) const;   // what wrote that line; none for lines of later hand
 
+  QSize sizeHint() const override { return {700, 200}; }
+  QSize minimumSizeHint() const override { return {200, 100}; }
+
   QAction* const stopAction;
   QAction* const nextAction;
   QAction* const previousAction;
