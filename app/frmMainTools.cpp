@@ -1,5 +1,6 @@
 // The main frame's services at the caret, the Custom menu, the log and the definitions editor.
 #include <QDockWidget>
+#include <QTimer>
 
 #include "app/FrameMenus.h"
 #include "app/frmMain.h"
@@ -110,10 +111,19 @@ frmLog* frmMain::log() {
     logDock_->setObjectName(QStringLiteral("logDock"));
     logDock_->setAllowedAreas(Qt::AllDockWidgetAreas);
     log_ = new frmLog(logDock_);
+    const int height = std::max(log_->height(), log_->minimumSizeHint().height());   // as its profile says
     logDock_->setWidget(log_);
     addDockWidget(Qt::BottomDockWidgetArea, logDock_);
-    resizeDocks({logDock_}, {log_->height()}, Qt::Vertical);   // as its profile says
     logDock_->hide();
+    // Only a dock that is laid out takes a size, so it is given when it shows first.
+    connect(logDock_, &QDockWidget::visibilityChanged, log_, [this, height](bool visible) {
+      if (!visible || logDock_->property("placed").toBool()) return;
+      logDock_->setProperty("placed", true);
+      QTimer::singleShot(0, log_, [this, height] {
+        const int title = logDock_->height() - log_->height();
+        resizeDocks({logDock_}, {height + title}, Qt::Vertical);
+      });
+    });
     connect(log_, &frmLog::closeAsked, logDock_, &QDockWidget::hide);
   }
   return log_;
