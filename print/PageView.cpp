@@ -87,16 +87,35 @@ void PageView::goTo(int page) {
   emit currentPageChanged(current_);
 }
 
-void PageView::mark(int page, int run) {
+void PageView::mark(int page, qint32 start, qint32 length) {
   markPage_ = page;
-  markRun_ = run;
+  markStart_ = start;
+  markLength_ = length;
   if (page >= 0 && document_) {
-    const auto& where = document_->pages[static_cast<std::size_t>(page)]->runs[static_cast<std::size_t>(run)];
-    const double y = placeOf(page).top() + where.baseline * zoom_ * logicalDpiX() / 72.0;
-    const int top = verticalScrollBar()->value();
+    const auto& runs = document_->pages[static_cast<std::size_t>(page)]->runs;
+    const auto run = std::find_if(runs.begin(), runs.end(), [&](const PrintRun& r) { return r.start + r.length > start; });
+    if (run == runs.end()) return;
+    const double unit = zoom_ * logicalDpiX() / 72.0;
+    const double x = placeOf(page).left() + run->x * unit, y = placeOf(page).top() + run->baseline * unit;
+    const int top = verticalScrollBar()->value(), left = horizontalScrollBar()->value();
     if (y < top + 40 || y > top + viewport()->height() - 40) verticalScrollBar()->setValue(static_cast<int>(y) - viewport()->height() / 3);
+    if (x < left + 20 || x > left + viewport()->width() - 60) horizontalScrollBar()->setValue(static_cast<int>(x) - viewport()->width() / 3);
   }
   viewport()->update();
+}
+
+void PageView::drawMark(QPainter& painter) const {
+  const auto& page = *document_->pages[static_cast<std::size_t>(markPage_)];
+  for (const PrintRun& run : page.runs) {
+    const qint32 from = std::max(run.start, markStart_), to = std::min(run.start + run.length, markStart_ + markLength_);
+    if (from >= to) continue;
+    const QFont& font = document_->styles[static_cast<std::size_t>(run.style)].font;
+    const QFontMetricsF metrics(printFont(font));
+    const double unit = font.pointSizeF() / printFont(font).pixelSize();
+    const double before = metrics.horizontalAdvance(page.text.mid(run.start, from - run.start)) * unit;
+    painter.fillRect(QRectF(run.x + before, run.baseline - metrics.ascent() * unit, metrics.horizontalAdvance(page.text.mid(from, to - from)) * unit,
+                            metrics.height() * unit), QColor(255, 220, 80));
+  }
 }
 
 void PageView::updateCurrent() {
@@ -128,15 +147,7 @@ void PageView::paintEvent(QPaintEvent*) {
     painter.setClipRect(place);
     painter.translate(place.topLeft());
     painter.scale(scale, scale);
-    if (page == markPage_ && markRun_ >= 0) {
-      const auto& data = *document_->pages[static_cast<std::size_t>(page)];
-      const PrintRun& run = data.runs[static_cast<std::size_t>(markRun_)];
-      const QFont& font = document_->styles[static_cast<std::size_t>(run.style)].font;
-      const QFontMetricsF metrics(printFont(font));
-      const double unit = font.pointSizeF() / printFont(font).pixelSize();
-      painter.fillRect(QRectF(run.x, run.baseline - metrics.ascent() * unit, metrics.horizontalAdvance(data.runText(run)) * unit, metrics.height() * unit),
-                       QColor(255, 220, 80));
-    }
+    if (page == markPage_) drawMark(painter);
     drawPage(painter, *document_, page);
     painter.restore();
   }

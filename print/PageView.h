@@ -18,8 +18,8 @@ class PageView : public QAbstractScrollArea {
   double zoom() const { return zoom_; }
   int currentPage() const { return current_; }       // from 0: the one nearest the view's top
   void goTo(int page);
-  // Marks a run on a page (find); -1 marks nothing.
-  void mark(int page, int run);
+  // Marks a stretch of a page's text (find) and brings it into view; page -1 marks nothing.
+  void mark(int page, qint32 start, qint32 length);
 
  signals:
   void currentPageChanged(int page);
@@ -36,10 +36,12 @@ class PageView : public QAbstractScrollArea {
   QSizeF sheet() const;                              // in pixels of the view
   QRectF placeOf(int page) const;                    // without scrolling
   void relayout();
+  void drawMark(QPainter& painter) const;
   void updateCurrent();
 
   const PrintDocument* document_ = nullptr;
-  int across_ = 1, current_ = 0, markPage_ = -1, markRun_ = -1;
+  int across_ = 1, current_ = 0, markPage_ = -1;
+  qint32 markStart_ = 0, markLength_ = 0;
   Fit fit_ = Fit::page;
   double zoom_ = 1;
 };

@@ -1,4 +1,5 @@
-// The ways in to printing, and the ways out to a printer and to a PDF file.
+#include "print/PrintJob.h"
+
 #include <QApplication>
 #include <QFileInfo>
 #include <QPainter>
@@ -13,7 +14,6 @@
 #include "control/PdfFile.h"
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
-#include "print/frmPreview.h"
 #include "text/FileIo.h"
 
 namespace {
@@ -30,14 +30,18 @@ bool printPages(const PrintDocument& document, QWidget* parent) {
   printer.setDocName(document.name);
   printer.setCreator(QLatin1String(kApplicationTitle));
   printer.setFullPage(true);
-  const int count = static_cast<int>(document.pages.size());
   {
     QPrintDialog dialog(&printer, parent);
     dialog.setOption(QAbstractPrintDialog::PrintPageRange);
-    dialog.setMinMax(1, std::max(1, count));
+    dialog.setMinMax(1, std::max(1, static_cast<int>(document.pages.size())));
     const ModalGuard modal;
     if (dialog.exec() != QDialog::Accepted) return false;
   }
+  return sendPages(printer, document, parent);
+}
+
+bool sendPages(QPrinter& printer, const PrintDocument& document, QWidget* parent) {
+  const int count = static_cast<int>(document.pages.size());
   const int first = printer.fromPage() > 0 ? printer.fromPage() : 1, last = printer.toPage() > 0 ? std::min(printer.toPage(), count) : count;
   QPainter painter;
   const auto failed = [&] {

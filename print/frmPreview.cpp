@@ -3,12 +3,13 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
-#include <QHeaderView>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QListWidget>
-#include <QPainter>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QShortcut>
 #include <QSpinBox>
 #include <QSplitter>
@@ -22,7 +23,9 @@
 #include "base/Strings.h"
 #include "control/CodeMax.h"
 #include "document/frmDocument.h"
+#include "print/PageThumbnails.h"
 #include "print/PageView.h"
+#include "print/PrintJob.h"
 #include "print/frmPrintOptions.h"
 
 CodeMax* PrintSource::control() const { return document ? document->cmx : cmx; }
@@ -37,9 +40,15 @@ frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* 
   view_ = new PageView;
   clipped_ = new QListWidget;
   clipped_->setToolTip(tr("Lines that took more than one printed line. Double-click goes to the line in the text."));
-  thumbnails_ = new QListWidget;
-  thumbnails_->setIconSize(QSize(110, 140));
+  thumbnails_ = new QListView;
+  thumbnails_->setObjectName(QStringLiteral("thumbnails"));
+  thumbnails_->setAccessibleName(tr("Pages"));
+  pictures_ = new PageThumbnails(this);
+  thumbnails_->setModel(pictures_);
+  thumbnails_->setIconSize(PageThumbnails::kSize);
   thumbnails_->setUniformItemSizes(true);
+  thumbnails_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+  clipped_->setObjectName(QStringLiteral("clipped"));
   auto* side = new QTabWidget;
   side->addTab(thumbnails_, tr("Pages"));
   side->addTab(clipped_, tr("Clipped Lines"));
@@ -50,21 +59,32 @@ frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* 
   splitter->setSizes({190, 800});
   progress_ = new QProgressBar;
   progress_->setFormat(tr("Laying out: line %v of %m"));
-  progress_->hide();
+  stop_ = new QPushButton(tr("&Stop"));
+  stop_->setObjectName(QStringLiteral("stop"));
+  stop_->setAutoDefault(false);
+  stopped_ = new QLabel(tr("Stopped: these are not all pages."));
+  auto* work = new QHBoxLayout;
+  work->addWidget(progress_, 1);
+  work->addWidget(stopped_, 1);
+  work->addWidget(stop_);
+  for (QWidget* widget : {static_cast<QWidget*>(progress_), static_cast<QWidget*>(stop_), static_cast<QWidget*>(stopped_)}) widget->hide();
 
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(4, 4, 4, 4);
   buildToolBar();
   layout->addWidget(findChild<QToolBar*>());
   layout->addWidget(splitter, 1);
-  layout->addWidget(progress_);
+  layout->addLayout(work);
 
   connect(view_, &PageView::currentPageChanged, this, [this](int page) {
     const QSignalBlocker a(page_), b(thumbnails_);
     page_->setValue(page + 1);
-    thumbnails_->setCurrentRow(page);
+    thumbnails_->setCurrentIndex(pictures_->index(page));
   });
-  connect(thumbnails_, &QListWidget::currentRowChanged, view_, &PageView::goTo);
+  connect(thumbnails_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex& index) {
+    if (index.isValid() && index.row() != view_->currentPage()) view_->goTo(index.row());
+  });
+  connect(stop_, &QPushButton::clicked, this, &frmPreview::stopOrGoOn);
   connect(view_, &PageView::zoomChanged, this, [this](double factor) {
     if (zoom_->currentIndex() < 2 && zoom_->currentIndex() >= 0) return;
     const QSignalBlocker block(zoom_);
@@ -80,29 +100,37 @@ frmPreview::~frmPreview() = default;
 
 void frmPreview::buildToolBar() {
   auto* bar = new QToolBar(this);
-  const auto add = [&](const QString& text, const char* theme, const QString& tip, auto slot) {
-    QAction* action = bar->addAction(QIcon::fromTheme(QLatin1String(theme)), text, this, slot);
+  bar->setToolButtonStyle(Qt::ToolButtonTextOnly);
+  const auto add = [&](const QString& text, const char* name, const QString& tip, auto slot) {
+    QAction* action = bar->addAction(text, this, slot);
     action->setToolTip(tip);
-    if (auto* button = qobject_cast<QToolButton*>(bar->widgetForAction(action))) button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    action->setObjectName(QLatin1String(name));
     return action;
   };
-  print_ = add(tr("&Print..."), "document-print", tr("Print (Ctrl+P)"), [this] { PrintIt(); });
+  // Arrows come as the style draws them, in the colours of its theme.
+  const auto addArrow = [&](const QString& text, QStyle::StandardPixmap icon, const QString& tip, auto slot) {
+    QAction* action = add(text, "", tip, slot);
+    action->setIcon(style()->standardIcon(icon));
+    if (auto* button = qobject_cast<QToolButton*>(bar->widgetForAction(action))) button->setToolButtonStyle(Qt::ToolButtonIconOnly);
+  };
+  print_ = add(tr("&Print..."), "print", tr("Print (Ctrl+P)"), [this] { PrintIt(); });
   print_->setShortcut(QKeySequence::Print);
-  pdf_ = add(tr("PD&F..."), "document-save", tr("Save as a PDF file"), [this] { writePdf(); });
-  add(tr("&Options..."), "configure", tr("What is printed, and how"), [this] { changeOptions(); });
-  review_ = add(tr("&Review Sheet"), "edit-table", tr("A sheet for reviewers' notes instead of the text"), [this] { showReviewSheet(); });
+  pdf_ = add(tr("PD&F..."), "pdf", tr("Save as a PDF file"), [this] { writePdf(); });
+  options_ = add(tr("&Options..."), "options", tr("What is printed, and how"), [this] { changeOptions(false); });
+  setup_ = add(tr("Page Set-&up..."), "setup", tr("Paper, margins, font and columns"), [this] { changeOptions(true); });
+  review_ = add(tr("&Review Sheet"), "review", tr("A sheet for reviewers' notes instead of the text"), [this] { showReviewSheet(); });
   review_->setCheckable(true);
   bar->addSeparator();
-  add(QStringLiteral("|<"), "go-first", tr("First page (Home)"), [this] { view_->goTo(0); });
-  add(QStringLiteral("<"), "go-previous", tr("Previous page (Page Up)"), [this] { view_->goTo(view_->currentPage() - 1); });
+  addArrow(tr("First"), QStyle::SP_MediaSkipBackward, tr("First page (Home)"), [this] { view_->goTo(0); });
+  addArrow(tr("Previous"), QStyle::SP_ArrowLeft, tr("Previous page (Page Up)"), [this] { view_->goTo(view_->currentPage() - 1); });
   page_ = new QSpinBox;
   page_->setRange(1, 1);
   page_->setAccessibleName(tr("Page"));
   count_ = new QLabel;
   bar->addWidget(page_);
   bar->addWidget(count_);
-  add(QStringLiteral(">"), "go-next", tr("Next page (Page Down)"), [this] { view_->goTo(view_->currentPage() + 1); });
-  add(QStringLiteral(">|"), "go-last", tr("Last page (End)"), [this] { view_->goTo(page_->maximum() - 1); });
+  addArrow(tr("Next"), QStyle::SP_ArrowRight, tr("Next page (Page Down)"), [this] { view_->goTo(view_->currentPage() + 1); });
+  addArrow(tr("Last"), QStyle::SP_MediaSkipForward, tr("Last page (End)"), [this] { view_->goTo(page_->maximum() - 1); });
   bar->addSeparator();
   zoom_ = new QComboBox;
   zoom_->setEditable(true);
@@ -111,7 +139,7 @@ void frmPreview::buildToolBar() {
   zoom_->addItems({tr("Whole page"), tr("Page width"), QStringLiteral("50%"), QStringLiteral("75%"), QStringLiteral("100%"), QStringLiteral("150%"),
                    QStringLiteral("200%"), QStringLiteral("400%")});
   bar->addWidget(zoom_);
-  QAction* two = add(tr("&Two pages"), "view-pages-facing", tr("Two pages side by side"), [] {});
+  QAction* two = add(tr("&Two pages"), "two", tr("Two pages side by side"), [] {});
   two->setCheckable(true);
   connect(two, &QAction::toggled, this, [this](bool on) { view_->setAcross(on ? 2 : 1); });
   bar->addSeparator();
@@ -119,10 +147,13 @@ void frmPreview::buildToolBar() {
   find_->setPlaceholderText(tr("Find in pages"));
   find_->setClearButtonEnabled(true);
   find_->setMaximumWidth(180);
+  find_->setObjectName(QStringLiteral("find"));
   bar->addWidget(find_);
-  add(tr("&Close"), "window-close", tr("Close (Esc)"), [this] { reject(); });
+  add(tr("&Close"), "close", tr("Close (Esc)"), [this] { reject(); });
   new QShortcut(QKeySequence::Find, this, [this] { find_->setFocus(); });
   new QShortcut(QKeySequence::FindNext, this, [this] { find(true); });
+  page_->setObjectName(QStringLiteral("page"));
+  zoom_->setObjectName(QStringLiteral("zoom"));
 
   connect(page_, &QSpinBox::valueChanged, this, [this](int page) { view_->goTo(page - 1); });
   connect(find_, &QLineEdit::textChanged, this, [this] { find(false); });
@@ -153,81 +184,81 @@ void frmPreview::reject() {
   QDialog::reject();
 }
 
-// Lays out in slices: pages show as they come, and the window answers meanwhile.
 void frmPreview::layOutText() {
   if (working_) return;
   working_ = true;
-  cancel_ = reviewSheet_ = false;
-  review_->setChecked(false);
+  cancel_ = reviewSheet_ = laidOut_ = false;
   wrap_ = std::make_unique<CWordWrap>();
   wrap_->setPrintSelection(selection_);
   view_->setDocument(nullptr);
-  print_->setEnabled(false);
-  pdf_->setEnabled(false);
+  pictures_->setDocument(nullptr, devicePixelRatioF());
+  updateActions();
   QElapsedTimer clock;
   clock.start();
-  qint64 shown = 0;
+  std::size_t shown = 0;
   const auto goOn = [&](qint64 done, qint64 all) {
-    if (clock.elapsed() < 30) return true;
+    const std::size_t count = vp_.document().pages.size();
+    if (clock.elapsed() < 30 && !(shown == 0 && count > 0)) return true;
     clock.restart();
     if (all > 2000) {
       progress_->setRange(0, static_cast<int>(all));
       progress_->setValue(static_cast<int>(done));
-      progress_->show();
+      if (!progress_->isVisible()) updateActions(), progress_->show(), stop_->show();
     }
-    if (static_cast<qint64>(vp_.document().pages.size()) > shown + (shown > 4 ? 50 : 0)) {
-      shown = static_cast<qint64>(vp_.document().pages.size());
+    if (count > shown + (shown > 4 ? 50 : 0)) {
+      shown = count;
       pagesArrived();
     }
     QCoreApplication::processEvents();
+    emit answered();
     return !cancel_;
   };
   if (source_.document) laidOut_ = layOut(*source_.document, settings_, *wrap_, vp_, goOn);
   else laidOut_ = layOut(*source_.cmx, source_.title, settings_, *wrap_, vp_, goOn);
   working_ = false;
-  progress_->hide();
   if (closing_) return;
   pagesArrived();
   fillClipped();
-  print_->setEnabled(laidOut_);
-  pdf_->setEnabled(laidOut_);
-  view_->setFocus();
+  updateActions();
+  if (!find_->hasFocus()) view_->setFocus();
+}
+
+// What laying out allows at the moment, and what it shows of itself.
+void frmPreview::updateActions() {
+  for (QAction* action : {print_, pdf_}) action->setEnabled(laidOut_ || reviewSheet_);
+  for (QAction* action : {options_, setup_, review_}) action->setEnabled(!working_);
+  review_->setChecked(reviewSheet_);
+  const bool stoppedShort = !working_ && !laidOut_ && !reviewSheet_;
+  progress_->setVisible(working_ && progress_->isVisible());
+  stopped_->setVisible(stoppedShort);
+  stop_->setVisible(stoppedShort || progress_->isVisible());
+  stop_->setText(working_ ? tr("&Stop") : tr("&Lay Out All"));
+}
+
+void frmPreview::stopOrGoOn() {
+  if (working_) cancel_ = true;
+  else layOutText();
 }
 
 void frmPreview::showReviewSheet() {
   if (working_) return;
   if (reviewSheet_) return layOutText();
   reviewSheet_ = true;
-  review_->setChecked(true);
   wrap_->PrintReviewTable(vp_);
+  view_->setDocument(nullptr);
+  pictures_->setDocument(nullptr, devicePixelRatioF());
   pagesArrived();
   fillClipped();
+  updateActions();
 }
 
 void frmPreview::pagesArrived() {
   const int count = static_cast<int>(vp_.document().pages.size());
-  const int page = view_->currentPage();
   view_->setDocument(&vp_.document());
-  {
-    const QSignalBlocker block(page_);
-    page_->setRange(1, std::max(1, count));
-  }
+  pictures_->setDocument(&vp_.document(), devicePixelRatioF());
+  const QSignalBlocker block(page_);
+  page_->setRange(1, std::max(1, count));
   count_->setText(tr(" of %1 ").arg(count));
-  const QSignalBlocker block(thumbnails_);
-  constexpr int kPictures = 200;   // of more pages only the numbers are listed
-  if (thumbnails_->count() > count || page == 0) thumbnails_->clear();
-  for (int i = thumbnails_->count(); i < count; ++i) {
-    auto* item = new QListWidgetItem(QString::number(i + 1), thumbnails_);
-    if (i >= kPictures) continue;
-    const QSizeF sheet(vp_.document().layout.fullRectPoints().size());
-    const double scale = std::min(110 / sheet.width(), 140 / sheet.height());
-    QPixmap picture((sheet * scale).toSize());
-    picture.fill(Qt::white);
-    QPainter painter(&picture);
-    painter.scale(scale, scale);
-    drawPage(painter, vp_.document(), i);
-    item->setIcon(picture);
-  }
 }
 
 void frmPreview::fillClipped() {
@@ -242,21 +273,31 @@ void frmPreview::fillClipped() {
 void frmPreview::find(bool again) {
   const QString what = find_->text();
   const auto& pages = vp_.document().pages;
-  if (what.isEmpty() || pages.empty()) return view_->mark(-1, -1);
-  int page = again ? foundPage_ : 0, run = again ? foundRun_ + 1 : 0;
-  for (std::size_t tried = 0; tried <= pages.size(); ++tried) {
-    page %= static_cast<int>(pages.size());
-    const auto& data = *pages[static_cast<std::size_t>(page)];
-    for (; run < static_cast<int>(data.runs.size()); ++run) {
-      if (!data.runText(data.runs[static_cast<std::size_t>(run)]).contains(what, Qt::CaseInsensitive)) continue;
-      foundPage_ = page;
-      foundRun_ = run;
-      return view_->mark(page, run);
+  if (what.isEmpty() || pages.empty()) return view_->mark(-1, 0, 0);
+  // A page's text has no line ends: a place counts when it stands in one printed line.
+  const auto inOneLine = [](const PrintPage& page, qsizetype start, qsizetype length) {
+    const PrintRun* first = nullptr;
+    for (const PrintRun& run : page.runs) {
+      if (run.start + run.length <= start || run.start >= start + length) continue;
+      if (first && (run.baseline != first->baseline || run.x < first->x)) return false;
+      first = &run;
     }
-    ++page;
-    run = 0;
+    return first != nullptr;
+  };
+  const int count = static_cast<int>(pages.size());
+  int page = again ? foundPage_ % count : 0;
+  qsizetype from = again ? foundAt_ + 1 : 0;
+  for (int tried = 0; tried <= count; ++tried, page = (page + 1) % count, from = 0) {
+    const PrintPage& data = *pages[static_cast<std::size_t>(page)];
+    for (qsizetype at = data.text.indexOf(what, from, Qt::CaseInsensitive); at >= 0; at = data.text.indexOf(what, at + 1, Qt::CaseInsensitive)) {
+      if (!inOneLine(data, at, what.size())) continue;
+      foundPage_ = page;
+      foundAt_ = at;
+      return view_->mark(page, static_cast<qint32>(at), static_cast<qint32>(what.size()));
+    }
   }
-  view_->mark(-1, -1);
+  foundAt_ = -1;
+  view_->mark(-1, 0, 0);
   QApplication::beep();
 }
 
@@ -268,9 +309,10 @@ void frmPreview::writePdf() {
   if (savePdf(vp_.document(), vp_.document().name, this)) SetStatusText(tr("Printing Complete"));
 }
 
-void frmPreview::changeOptions() {
+void frmPreview::changeOptions(bool pageTab) {
   if (working_) return;
   frmPrintOptions options(settings_, this);
+  if (pageTab) options.showPageTab();
   if (options.exec() != QDialog::Accepted) return;
   settings_ = options.settings();
   layOutText();

@@ -9,13 +9,16 @@
 #include "print/PrintSettings.h"
 
 class CodeMax;
+class PageThumbnails;
 class PageView;
 class QAction;
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QListView;
 class QListWidget;
 class QProgressBar;
+class QPushButton;
 class QSpinBox;
 class frmDocument;
 
@@ -37,18 +40,26 @@ class frmPreview : public QDialog {
   const PrintDocument& document() const { return vp_.document(); }
   const CWordWrap& wrap() const { return *wrap_; }
   qint64 lineToShow() const { return lineToShow_; }   // of the source, chosen in the list of clipped lines; -1 none
+  bool isLaidOut() const { return laidOut_; }         // to the end
+
+  // Lays the text out, returns when that is done or was stopped. Pages show as they come, and the window answers meanwhile.
+  void layOutText();
+
+ signals:
+  void answered();                                    // laying out has given way to the window once more
 
  public slots:
   void reject() override;
 
  private:
   void buildToolBar();
-  void layOutText();
   void showReviewSheet();
   void pagesArrived();
   void PrintIt();
   void writePdf();
-  void changeOptions();
+  void changeOptions(bool pageTab);
+  void stopOrGoOn();
+  void updateActions();
   void find(bool again);
   void fillClipped();
 
@@ -59,20 +70,17 @@ class frmPreview : public QDialog {
   std::unique_ptr<CWordWrap> wrap_;
   qint64 lineToShow_ = -1;
   PageView* view_;
-  QListWidget *clipped_, *thumbnails_;
+  QListWidget* clipped_;
+  QListView* thumbnails_;
+  PageThumbnails* pictures_;
   QSpinBox* page_;
   QLabel* count_;
   QLineEdit* find_;
   QComboBox* zoom_;
+  QLabel* stopped_;
   QProgressBar* progress_;
-  QAction *print_, *pdf_, *review_;
-  int foundPage_ = 0, foundRun_ = -1;
+  QPushButton* stop_;
+  QAction *print_, *pdf_, *options_, *setup_, *review_;
+  int foundPage_ = 0;
+  qsizetype foundAt_ = -1;
 };
-
-// The ways in: each asks about a selection first. Print shows the desktop's print dialog.
-void PrintPreview(const PrintSource& source, QWidget* parent);
-void PrintText(const PrintSource& source, QWidget* parent);
-// Prints pages on a printer that the desktop's dialog chooses; false: cancelled or failed (the person has been told).
-bool printPages(const PrintDocument& document, QWidget* parent);
-// Writes bytes to a PDF file chosen in a dialog; false: cancelled or failed (told).
-bool savePdf(const PrintDocument& document, const QString& proposedName, QWidget* parent);

@@ -34,7 +34,7 @@ QCheckBox* check(const QString& text, bool on, const char* name) {
 QDoubleSpinBox* millimetres(double points) {
   auto* box = new QDoubleSpinBox;
   box->setRange(0, 500);
-  box->setDecimals(1);
+  box->setDecimals(2);
   box->setSuffix(QStringLiteral(" mm"));
   box->setValue(points / kPointsPerMillimetre);
   return box;
@@ -168,14 +168,14 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   pageForm->addRow(tr("&Top margin"), top_);
   pageForm->addRow(tr("&Bottom margin"), bottom_);
 
-  auto* tabs = new QTabWidget;
-  tabs->addTab(text, tr("Text"));
-  tabs->addTab(page, tr("Page"));
+  tabs_ = new QTabWidget;
+  tabs_->addTab(text, tr("Text"));
+  tabs_->addTab(page, tr("Page"));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   connect(buttons, &QDialogButtonBox::accepted, this, &frmPrintOptions::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   auto* layout = new QVBoxLayout(this);
-  layout->addWidget(tabs);
+  layout->addWidget(tabs_);
   layout->addWidget(buttons);
   showExamples();
 }
@@ -190,6 +190,8 @@ void frmPrintOptions::showExamples() {
   show(lblHeader_, txtHeader_->text());
   show(lblFooter_, txtFooter_->text());
 }
+
+void frmPrintOptions::showPageTab() { tabs_->setCurrentIndex(1); }
 
 PrintSettings frmPrintOptions::settings() const {
   PrintSettings s = settings_;

@@ -12,6 +12,7 @@ class QFontComboBox;
 class QLabel;
 class QLineEdit;
 class QSpinBox;
+class QTabWidget;
 class QToolButton;
 
 class frmPrintOptions : public QDialog {
@@ -19,6 +20,7 @@ class frmPrintOptions : public QDialog {
  public:
   explicit frmPrintOptions(const PrintSettings& settings, QWidget* parent = nullptr);
   PrintSettings settings() const;
+  void showPageTab();   // paper, margins, font
 
  public slots:
   void accept() override;
@@ -29,6 +31,7 @@ class frmPrintOptions : public QDialog {
   void showExamples();
 
   PrintSettings settings_;
+  QTabWidget* tabs_;
   QLineEdit *txtHeader_, *txtFooter_;
   QLabel *lblHeader_, *lblFooter_;
   QCheckBox *chkHeader_, *chkFooter_, *chkLineNumbers_, *chkKeywordBold_, *chkKeywordItalic_, *chkCommentBold_, *chkCommentItalic_;

@@ -6,7 +6,7 @@
 #include "base/Dialogs.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
-#include "print/frmPreview.h"
+#include "print/PrintJob.h"
 #include "print/frmPrintOptions.h"
 
 namespace {

@@ -1,0 +1,27 @@
+// Small pictures of laid-out pages as the rows of a list: a picture is drawn when the list asks for it, so that any number of pages costs nothing.
+#pragma once
+
+#include <QAbstractListModel>
+#include <QCache>
+#include <QPixmap>
+
+#include "control/PrintPages.h"
+
+class PageThumbnails : public QAbstractListModel {
+  Q_OBJECT
+ public:
+  static constexpr QSize kSize{110, 140};   // at most, in pixels of the view
+
+  using QAbstractListModel::QAbstractListModel;
+  // Pages may be added to the document between calls; null or fewer pages than before: all pictures are made again.
+  void setDocument(const PrintDocument* document, double pixelRatio);
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+
+ private:
+  const PrintDocument* document_ = nullptr;
+  int count_ = 0;
+  double pixelRatio_ = 1;
+  mutable QCache<int, QPixmap> pictures_{300};
+};

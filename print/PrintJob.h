@@ -1,0 +1,16 @@
+// The ways in to printing and the ways out to a printer and to a PDF file.
+#pragma once
+
+#include "control/PrintPages.h"
+#include "print/frmPreview.h"
+
+class QPrinter;
+
+// The ways in: each asks about a selection first. Print shows the desktop's print dialog.
+void PrintPreview(const PrintSource& source, QWidget* parent);
+void PrintText(const PrintSource& source, QWidget* parent);
+
+// The ways out; false: cancelled or failed, of which the person has been told.
+bool printPages(const PrintDocument& document, QWidget* parent);   // on a printer that the desktop's dialog chooses
+bool sendPages(QPrinter& printer, const PrintDocument& document, QWidget* parent);   // its page range, order and copies
+bool savePdf(const PrintDocument& document, const QString& proposedName, QWidget* parent);   // chosen in a dialog
