@@ -147,7 +147,8 @@ void FindDialog::build() {
     last = part;
   }
 
-  for (QComboBox* field : {find_, replace_}) field->lineEdit()->installEventFilter(this);
+  // The field has the focus, and hands keys to its line without asking the line's filters.
+  for (QComboBox* field : {find_, replace_}) field->installEventFilter(this);
   connect(find_, &QComboBox::editTextChanged, this, [this] {
     writeState();
     findWhileTyping();
@@ -317,11 +318,11 @@ void FindDialog::backToText() {
 }
 
 bool FindDialog::eventFilter(QObject* object, QEvent* event) {
-  if (event->type() == QEvent::KeyPress && (object == find_->lineEdit() || object == replace_->lineEdit())) {
+  if (event->type() == QEvent::KeyPress && (object == find_ || object == replace_)) {
     auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
       const bool back = backwards_->isChecked() != key->modifiers().testFlag(Qt::ShiftModifier);
-      if (object == find_->lineEdit()) findNext(!back);
+      if (object == find_) findNext(!back);
       else replaceOne();
       return true;
     }

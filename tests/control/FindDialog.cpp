@@ -58,10 +58,10 @@ class FindDialogTest : public testing::Test {
   void type(const char* field, const QString& what) {
     QLineEdit* edit = part<QComboBox>(field).lineEdit();
     edit->selectAll();
-    QTest::keyClicks(edit, what);
+    QTest::keyClicks(&part<QComboBox>(field), what);
   }
   void press(const char* field, int key, Qt::KeyboardModifiers modifiers = {}) {
-    QTest::keyClick(part<QComboBox>(field).lineEdit(), static_cast<Qt::Key>(key), modifiers);
+    QTest::keyClick(&part<QComboBox>(field), static_cast<Qt::Key>(key), modifiers);   // it has the focus, not its line
   }
   // Until the search on its thread came back.
   bool finish() {
