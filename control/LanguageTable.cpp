@@ -106,6 +106,9 @@ void LanguageTable::registerLanguage(const QString& name, const CmLanguage& lang
   t.multiCommentStart = entries(language.MultiLineComments1);
   t.multiCommentEnd = entries(language.MultiLineComments2);
   t.stringDelims = entries(language.StringDelims);
+  // Definitions name no escape character. Languages that tell upper from lower case have the backslash from C; the
+  // others (VHDL, BASIC, Pascal ...) double their delimiters and take a backslash as it is.
+  if (t.caseSensitive) t.escapeChar = "\\";
   table().entries[name] = {std::move(t), nullptr};
   ++table().generation;
 }

@@ -100,6 +100,7 @@ struct Highlighter::Impl {
   std::size_t closeEnd(std::string_view s, std::size_t from, std::size_t pair) const;
   std::size_t stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker) const;
   std::size_t numberEnd(std::string_view s, std::size_t p) const;
+  static bool partsDigits(std::string_view s, std::size_t tick);
   std::size_t basedEnd(std::string_view s, std::size_t tick) const;
   bool goesOn(std::string_view s, std::size_t p) const { return !rawStart(s, p).start; }
 };
@@ -163,6 +164,14 @@ void Highlighter::Impl::addStart(const std::string& sign, Start::Kind kind, std:
 // The full scan and the scan for states alone must see the same comments and strings. So nothing ever hides one:
 // keywords and operators that would reach over a start give way, and numbers stop before it.
 
+// 1'000 and 0xFF'FF: a tick within a number. (How far it looks back is bounded: no number is that long.)
+bool Highlighter::Impl::partsDigits(std::string_view s, std::size_t tick) {
+  if (tick == 0 || tick + 1 >= s.size() || !hexDigit(s[tick - 1]) || !hexDigit(s[tick + 1])) return false;
+  std::size_t begin = tick;
+  while (begin > 0 && tick - begin < 64 && (wordBefore(s, begin) || s[begin - 1] == '\'')) --begin;
+  return digit(s[begin]);
+}
+
 Begin Highlighter::Impl::rawStart(std::string_view s, std::size_t p) const {
   Begin best;
   if (p >= s.size() || !interesting.has(at(s, p))) return best;
@@ -170,6 +179,7 @@ Begin Highlighter::Impl::rawStart(std::string_view s, std::size_t p) const {
     const Start& start = starts[static_cast<std::size_t>(value)];
     if (start.wordFirst && wordBefore(s, p)) return;
     if (start.wordLast && wordAtByte(s, p + length)) return;
+    if (start.kind == Start::string && length == 1 && s[p] == '\'' && partsDigits(s, p)) return;
     best = {&start, length};
   });
   return best;
@@ -263,7 +273,10 @@ std::size_t Highlighter::Impl::numberEnd(std::string_view s, std::size_t p) cons
   if (end == s.size()) return end;
   if (plain && s[end] == '\'') {
     const std::size_t based = basedEnd(s, end);
-    return based > end + 1 ? based : end;
+    if (based > end + 1) return based;
+    const bool delimiter = std::find(delimiters.begin(), delimiters.end(), "'") != delimiters.end();
+    while (delimiter && end < s.size() && s[end] == '\'' && partsDigits(s, end)) end = wordEnd(s, end + 1);
+    return end;
   }
   if (plain && s[end] == '#' && goesOn(s, end) && goesOn(s, end + 1)) {
     std::size_t q = end + 1;

@@ -41,7 +41,8 @@ using LineState = unsigned char;
 //   or digit ("REM") must stand as a word there. A keyword that is longer and begins the same ("#include") wins.
 // - A string ends at the same delimiter or at its line's end; the escape character takes the next character with it.
 //   Where delimiter and escape character are the same, two of them stand for one.
-// - Numbers begin with a digit: 12, 1_000, 1.5e-3, 0xFF, 10ns, 16#FF#, 8'hFF, and 'b01, '0 without one.
+// - Numbers begin with a digit: 12, 1_000, 1.5e-3, 0xFF, 10ns, 16#FF#, 8'hFF, and 'b01, '0 without one. Where the tick is a string
+//   delimiter it is none between the digits of a number: 1'000.
 // - Without case, letters are compared by simple case folding (in signs: of ASCII letters only).
 // - At most 255 pairs of multi-line comments, and signs of 128 bytes; more are not coloured.
 class Highlighter {

@@ -1,0 +1,173 @@
+// The definition file that comes with the program: every entry makes sense, the file is as the program itself would write it, and each
+// language colours a few lines as it should.
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QSet>
+#include <QTemporaryDir>
+
+#include "base/Program.h"
+#include "control/CommandTable.h"
+#include "control/LanguageTable.h"
+#include "control/TextModel.h"
+#include "document/Statements.h"
+#include "language/Registration.h"
+#include "language/ucCM.h"
+#include "tests/support/ScriptedDialogs.h"
+#include "text/FileIo.h"
+
+namespace {
+
+QString shippedFile() { return qEnvironmentVariable("ZELKOR_SOURCE") + QStringLiteral("/config/Zelkor.ini"); }
+
+struct Shipped : testing::Test {
+  ScriptedDialogs dialogs;   // a box would fail the test
+  QTemporaryDir folder;
+  ucCM manager;
+  void SetUp() override {
+    const QString copy = folder.filePath(QStringLiteral("Zelkor.ini"));
+    ASSERT_TRUE(QFile::copy(shippedFile(), copy));
+    manager.setIniFile(copy);
+    manager.Init();
+    AddLanguages(*manager.Languages());
+  }
+  void TearDown() override { RemoveLanguages(); }
+};
+
+QStringList entries(const QString& list) { return list.split(QStringLiteral("\r\n"), Qt::SkipEmptyParts); }
+
+char letter(text::TokenKind kind) {
+  switch (kind) {
+    case text::TokenKind::keyword: return 'k';
+    case text::TokenKind::operatorSign: return 'o';
+    case text::TokenKind::comment: return 'c';
+    case text::TokenKind::string: return 's';
+    case text::TokenKind::number: return 'n';
+    case text::TokenKind::text: break;
+  }
+  return ' ';
+}
+
+// One letter a character: k keyword, o operator, c comment, s string, n number, blank for the rest.
+std::string mask(const text::Highlighter& highlighter, const std::string& line, text::LineState* state) {
+  std::vector<text::Token> tokens;
+  *state = highlighter.scanLine(line, *state, &tokens);
+  std::string result(line.size(), ' ');
+  for (const auto& token : tokens)
+    for (auto i = token.begin; i < token.begin + token.length; ++i) result[static_cast<std::size_t>(i)] = letter(token.kind);
+  return result;
+}
+
+}  // namespace
+
+TEST_F(Shipped, IsAsTheProgramWritesIt) {
+  std::string error;
+  const std::string before = text::readBytes(shippedFile().toStdString(), &error);
+  ASSERT_EQ(error, "");
+  ASSERT_TRUE(manager.SaveIniFile());
+  EXPECT_TRUE(text::readBytes(manager.IniFile().toStdString(), &error) == before);
+}
+
+TEST_F(Shipped, EveryEntryMakesSense) {
+  const auto& all = manager.Languages();
+  ASSERT_GE(all->Count(), 20);
+  QSet<QString> names, extensions;
+  for (int i = 1; i <= all->Count(); ++i) {
+    const clsLang& language = *all->Item(i);
+    SCOPED_TRACE(language.Name.toStdString());
+    EXPECT_FALSE(names.contains(language.Name));
+    names.insert(language.Name);
+    EXPECT_EQ(entries(language.MultiCommentStart).size(), entries(language.MultiCommentEnd).size());
+    EXPECT_FALSE(language.Description.isEmpty());
+    ASSERT_FALSE(language.Extension.isEmpty());
+    for (const QString& extension : language.Extension.split(u';')) {
+      EXPECT_FALSE(extension.isEmpty()) << "an empty entry would take every file without an extension";
+      EXPECT_FALSE(extensions.contains(extension)) << extension.toStdString() << " belongs to two languages";
+      extensions.insert(extension);
+      EXPECT_EQ(manager.GetLangFromExt(extension.toUpper()), i);
+    }
+    QSet<QString> keywords;
+    for (const QString& word : entries(language.Keywords)) {
+      const QString key = language.isCaseSensitive ? word : word.toLower();
+      EXPECT_FALSE(keywords.contains(key)) << "twice: " << word.toStdString();
+      EXPECT_EQ(word, word.trimmed());
+      keywords.insert(key);
+    }
+    const auto highlighter = LanguageTable::find(language.Name);
+    ASSERT_TRUE(highlighter && highlighter->valid());
+    QSet<QString> hotKeys;
+    for (int t = 1; t <= language.cTemplate()->Count(); ++t) {
+      const auto& item = *language.cTemplate()->Item(t);
+      EXPECT_FALSE(hotKeys.contains(item.HotKey)) << item.HotKey.toStdString();
+      hotKeys.insert(item.HotKey);
+      EXPECT_FALSE(keywords.contains(item.HotKey) && item.UserString.isEmpty());
+      EXPECT_FALSE(item.Desc.isEmpty()) << item.HotKey.toStdString();
+      EXPECT_FALSE(item.UserString.contains(u'\t') && language.Name != QLatin1String("Make")) << item.HotKey.toStdString();
+    }
+    for (int w = 1; w <= language.cWordList()->Count(); ++w) {
+      const auto& list = *language.cWordList()->Item(w);
+      const QStringList words = entries(list.WordList);
+      EXPECT_GE(words.size(), 2) << list.Name.toStdString();
+      EXPECT_EQ(QSet<QString>(words.begin(), words.end()).size(), words.size()) << list.Name.toStdString();
+      EXPECT_FALSE(list.Desc.isEmpty()) << list.Name.toStdString();
+    }
+    for (int m = 1; m <= language.cMacros()->Count(); ++m) {
+      const auto& macro = *language.cMacros()->Item(m);
+      EXPECT_FALSE(macro.Desc.isEmpty()) << macro.Name.toStdString();
+      for (const QString& line : entries(macro.CommandString)) {
+        const auto statement = statements::split(line);
+        const auto code = statements::codeOf(statement.verb);
+        EXPECT_TRUE(code != statements::Code::invalid &&
+                    (code != statements::Code::editCommand || commandByName(statement.verb.mid(3)) != nullptr))
+            << macro.Name.toStdString() << ": " << line.toStdString();
+      }
+    }
+  }
+  for (const char* hardware : {"Verilog", "VHDL", "Tcl"}) {
+    const auto& language = *all->Item(manager.GetIndex(QLatin1String(hardware)));
+    EXPECT_GE(language.cTemplate()->Count(), 8) << hardware;
+    EXPECT_GE(language.cWordList()->Count(), 5) << hardware;
+    EXPECT_GE(language.cMacros()->Count(), 3) << hardware;
+  }
+}
+
+TEST_F(Shipped, SamplesHaveTheirLanguages) {
+  const std::pair<const char*, const char*> samples[] = {
+      {"wave.do", "Simulator do-file"}, {"viewdrawsch.1", "Schematic text"}, {"trnscrpt.log", "Log and transcript"}, {"control.abl", "ABEL"},
+      {"palasm.pds", "PALASM"}, {"timspec.ucf", "UCF constraints"}, {"report.scr", "Tool script"}, {"sample.v", "Verilog"}, {"sample1.vhd", "VHDL"}};
+  for (const auto& [file, language] : samples) {
+    const QString path = qEnvironmentVariable("ZELKOR_SOURCE") + QStringLiteral("/Samples/") + QLatin1String(file);
+    const auto loaded = text::loadFile(path.toStdString());
+    ASSERT_EQ(loaded.error, "") << file;
+    const int index = manager.GetLangFromExt(QString::fromLatin1(file).section(u'.', -1));
+    ASSERT_GT(index, 0) << file;
+    EXPECT_EQ(manager.Languages()->Item(index)->Name, QLatin1String(language));
+    const auto highlighter = LanguageTable::find(QLatin1String(language));
+    text::LineState state = 0;
+    std::int64_t coloured = 0;
+    for (std::int64_t i = 0; i < loaded.text.lineCount(); ++i) {
+      const std::string kinds = mask(*highlighter, loaded.text.line(text::LineNo(i)), &state);
+      coloured += std::count_if(kinds.begin(), kinds.end(), [](char c) { return c != ' '; });
+    }
+    EXPECT_EQ(state, 0) << file << ": a comment is left open";
+    EXPECT_GT(coloured * 5, loaded.text.size().value) << file << ": less than a fifth is coloured";
+  }
+}
+
+TEST_F(Shipped, GoldenLines) {
+  struct Case {
+    const char *language, *line, *kinds;
+  };
+  const Case cases[] = {
+#include "tests/document/ShippedGolden.inc"
+  };
+  QSet<QString> seen;
+  for (const auto& c : cases) {
+    const auto highlighter = LanguageTable::find(QLatin1String(c.language));
+    ASSERT_TRUE(highlighter) << c.language;
+    text::LineState state = 0;
+    EXPECT_EQ(mask(*highlighter, c.line, &state), c.kinds) << c.language << ":\n" << c.line;
+    seen.insert(QLatin1String(c.language));
+  }
+  EXPECT_EQ(seen.size(), manager.Languages()->Count()) << "each language has a line";
+}
