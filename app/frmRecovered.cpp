@@ -87,10 +87,9 @@ frmRecovered::frmRecovered(frmMain& frame, std::vector<text::LeftJournal> left)
   layout->addWidget(buttons);
 
   for (text::LeftJournal& journal : left) {
-    Entry entry{std::move(journal), {}, 0, false};
-    entry.facts = entry.journal.recover();
-    const text::Snapshot found = std::exchange(entry.facts.text, text::Snapshot());
-    entry.bytes = found.size().value;
+    text::RecoveredText facts = journal.recover();
+    const text::Snapshot found = std::exchange(facts.text, text::Snapshot());
+    Entry entry{std::move(journal), std::move(facts), found.size().value, false};
     if (entry.facts.error.empty() && !entry.facts.about.path.empty()) {
       const text::LoadedFile disk = fileOnDisk(entry.facts.about);
       entry.sameAsFile = disk.error.empty() && sameText(disk.text, found);
