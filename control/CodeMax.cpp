@@ -8,6 +8,7 @@
 #include "control/CodeMaxImpl.h"
 #include "control/EditorAccess.h"
 #include "control/FindDialog.h"
+#include "text/LineReader.h"
 #include "text/Words.h"
 
 using text::ByteOffset;
@@ -246,12 +247,12 @@ void CodeMax::ReplaceLine(qint64 line, const QString& text) { ReplaceLines(line,
 void CodeMax::ReplaceLines(qint64 first, const QStringList& lines) {
   const text::Snapshot now = impl_->snapshot();
   std::vector<text::Edit> edits;
-  for (qsizetype i = 0; i < lines.size(); ++i) {
-    if (first + i < 0) continue;
-    if (first + i >= now.lineCount()) break;
-    const LineNo line(first + i);
-    if (auto edit = smallestEdit(now.lineStart(line), now.line(line), impl_->incoming(lines[i], line))) edits.push_back(std::move(*edit));
-  }
+  const qsizetype skipped = static_cast<qsizetype>(std::max<qint64>(0, -first));
+  if (skipped >= lines.size() || first + skipped >= now.lineCount()) return;
+  text::LineReader reader(now, LineNo(first + skipped));
+  std::string_view old;
+  for (qsizetype i = skipped; i < lines.size() && reader.next(&old); ++i)
+    if (auto edit = smallestEdit(reader.start(), old, impl_->incoming(lines[i], reader.line()))) edits.push_back(std::move(*edit));
   impl_->apply(edits);
 }
 

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <QHash>
+#include <QSet>
 #include <QString>
 
 struct BlockWordFlags {
@@ -24,7 +25,7 @@ enum class BlockClass { start = 0, end = 1, middle = 2, none = 3 };
 class BlockWords {
  public:
   BlockWords() = default;
-  BlockWords(QString startList, QString endList, QString middleList);
+  BlockWords(const QString& startList, const QString& endList, const QString& middleList);
   bool isEmpty() const;   // no list has a word
 
   struct Entry {
@@ -37,7 +38,7 @@ class BlockWords {
   Entry classify(const QString& word) const;
 
  private:
-  QString start_, end_, middle_;
+  QSet<QString> start_, end_, middle_;   // folded
   mutable QHash<QString, Entry> known_;
 };
 

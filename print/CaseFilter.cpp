@@ -1,5 +1,7 @@
 #include "print/CaseFilter.h"
 
+#include <algorithm>
+
 #include "control/TextModel.h"
 #include "text/Chars.h"
 #include "text/Words.h"
@@ -16,6 +18,19 @@ QString applyCase(const QString& word, CaseMode mode) {
 }
 
 namespace {
+
+// The same for bytes.
+std::string applyCase(std::string_view word, CaseMode mode) {
+  if (std::any_of(word.begin(), word.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; }))
+    return fromQString(applyCase(toQString(word), mode));
+  std::string changed(word);
+  for (std::size_t i = 0; i < changed.size(); ++i) {
+    const bool upper = mode == CaseMode::upper || (mode == CaseMode::capitalize && i == 0);
+    if (upper && changed[i] >= 'a' && changed[i] <= 'z') changed[i] = static_cast<char>(changed[i] - 32);
+    if (!upper && changed[i] >= 'A' && changed[i] <= 'Z') changed[i] = static_cast<char>(changed[i] + 32);
+  }
+  return changed;
+}
 
 bool isWordChar(std::string_view bytes, std::size_t at, int* length) {
   const auto c = text::decode(bytes.substr(at));
@@ -44,7 +59,7 @@ std::string filterPlain(std::string_view bytes, CaseMode mode) {
     }
     const auto word = bytes.substr(at, end - at);
     const bool number = (word[0] >= '0' && word[0] <= '9') || (at > 0 && bytes[at - 1] == '\'');
-    out += number ? std::string(word) : fromQString(applyCase(toQString(word), mode));
+    out += number ? std::string(word) : applyCase(word, mode);
     at = end;
   }
   return out;
@@ -70,7 +85,7 @@ QString filterCase(const QString& line, CaseTarget target, CaseMode mode, const 
     flush(begin);
     const auto part = all.substr(begin, length);
     const bool rewrite = target == CaseTarget::keywords && token.kind == text::TokenKind::keyword;
-    out += rewrite ? fromQString(applyCase(toQString(part), mode)) : std::string(part);
+    out += rewrite ? applyCase(part, mode) : std::string(part);
     plain = begin + length;
   }
   flush(all.size());
@@ -83,6 +98,7 @@ bool sameInk(QStringView a, QStringView b) {
     while (at < s.size() && s[at].isSpace()) ++at;
   };
   for (;;) {
+    while (i < a.size() && j < b.size() && a[i] == b[j]) ++i, ++j;
     skip(a, i);
     skip(b, j);
     if (i == a.size() || j == b.size()) return i == a.size() && j == b.size();

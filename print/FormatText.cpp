@@ -7,6 +7,7 @@
 #include "language/clsLang.h"
 #include "print/CaseFilter.h"
 #include "print/Reindent.h"
+#include "text/LineReader.h"
 
 namespace {
 
@@ -36,6 +37,21 @@ class KeepSearch {
   SearchState kept_;
 };
 
+// Lines asked for one behind the other, as loops over a text do.
+class LinesInOrder {
+ public:
+  explicit LinesInOrder(const CodeMax& cmx) : text_(cmx.model()->snapshot()) {}
+  QString operator()(qint64 line) {
+    if (!reader_ || line != reader_->line().value + 1) reader_.emplace(text_, text::LineNo(line));
+    std::string_view bytes;
+    return reader_->next(&bytes) ? toQString(bytes) : QString();
+  }
+
+ private:
+  text::Snapshot text_;
+  std::optional<text::LineReader> reader_;
+};
+
 // Passes every line through `change` and puts the changed ones back. False: a line lost or gained more than white space and letter case.
 template <class Change>
 bool changeLines(CodeMax& cmx, Lines lines, Change change, qint64* changed) {
@@ -44,8 +60,9 @@ bool changeLines(CodeMax& cmx, Lines lines, Change change, qint64* changed) {
     QStringList fresh;
     fresh.reserve(end - at);
     bool any = false;
+    LinesInOrder read(cmx);
     for (qint64 i = at; i < end; ++i) {
-      const QString old = cmx.GetLine(i);
+      const QString old = read(i);
       QString now = change(i, old);
       if (now != old) {
         if (!sameInk(now, old)) return false;
@@ -72,7 +89,9 @@ bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, 
   const auto highlighter = LanguageTable::find(language.Name);
   if (!highlighter || !highlighter->valid()) return true;
   text::LineState state = 0;
-  for (qint64 i = 0; i < lines.first; ++i) state = highlighter->scanLine(fromQString(cmx.GetLine(i)), state, nullptr);
+  text::LineReader before(cmx.model()->snapshot());
+  std::string_view line;
+  for (qint64 i = 0; i < lines.first && before.next(&line); ++i) state = highlighter->scanLine(line, state, nullptr);
   return changeLines(cmx, lines,
       [&](qint64, const QString& old) { return filterCase(old, target, mode, *highlighter, &state); }, changed);
 }
@@ -82,7 +101,8 @@ bool reindent(CodeMax& cmx, Lines lines, int unit, const clsLang& language, bool
   if (wholeLine && words.isEmpty()) return true;   // where blanks alone make the blocks they are left alone
   const auto highlighter = LanguageTable::find(language.Name);
   // A selection is indented as part of the whole text, so that it goes with the lines around it.
-  const auto source = [&](qint64 i) { return cmx.GetLine(i); };
+  const auto reader = std::make_shared<LinesInOrder>(cmx);
+  const LineSource source = [reader](qint64 i) { return (*reader)(i); };
   const auto indents = wholeLine ? indentsByWholeLine(source, lines.end, words, unit, highlighter.get(), cmx.TabSize())
                                  : indentsByFirstWord(source, lines.end, words, unit);
   return changeLines(cmx, lines,

@@ -269,7 +269,7 @@ class WholeLines {
 
   // Lines that need no ";" in languages of braces: "template <...>" and macros in capital letters.
   bool standsAlone(const Pieces& pieces) const {
-    if (words_.classify(QStringLiteral("{")).kind != BlockClass::start || unfinished_) return false;
+    if (!braces_ || unfinished_) return false;
     const Piece &first = pieces.front(), &last = pieces.back();
     if (first.is("template") && last.word == u">") return true;
     const bool capitals = first.isWord && first.word.size() > 2 && first.word == first.word.toUpper() && first.word != first.word.toLower();
@@ -277,6 +277,7 @@ class WholeLines {
   }
 
   const BlockWords& words_;
+  const bool braces_ = words_.classify(QStringLiteral("{")).kind == BlockClass::start;   // a brace opens a block
   const int unit_;
   const text::Highlighter* const highlighter_;
   const int tabSize_;
