@@ -108,7 +108,7 @@ void LanguageTable::registerLanguage(const QString& name, const CmLanguage& lang
   t.stringDelims = entries(language.StringDelims);
   // Definitions name no escape character. Languages that tell upper from lower case have the backslash from C; the
   // others (VHDL, BASIC, Pascal ...) double their delimiters and take a backslash as it is.
-  if (t.caseSensitive) t.escapeChar = "\\";
+  if (t.caseSensitive) t.escapeChar.assign(1, '\\');
   table().entries[name] = {std::move(t), nullptr};
   ++table().generation;
 }
