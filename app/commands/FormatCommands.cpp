@@ -33,14 +33,14 @@ void tell(qint64 changed) { SetStatusText(QCoreApplication::translate("frmMain",
 std::span<const FrameCommand> formatCommands() {
   constexpr unsigned kText = kDocument | kWritable;
   static const FrameCommand rows[] = {
-      {.name = "mEditColumnize", .menu = "mEdit", .place = 600, .caption = QT_TRANSLATE_NOOP("frmMain", "Columni&ze..."),
+      {.name = "mEditColumnize", .menu = "mEdit", .place = 700, .caption = QT_TRANSLATE_NOOP("frmMain", "Columni&ze..."),
        .tip = QT_TRANSLATE_NOOP("frmMain", "Align a delimiter in the selected lines"), .needs = kText | kSelection,
        .run = [](frmMain& f) { Columnize(cmx(f)); }},
-      {.name = "mEditColumnizeOptions", .menu = "mEdit", .place = 610,
+      {.name = "mEditColumnizeOptions", .menu = "mEdit", .place = 710,
        .caption = QT_TRANSLATE_NOOP("frmMain", "Columnize With..."),
        .tip = QT_TRANSLATE_NOOP("frmMain", "Align with groups, code only, or within a block"), .needs = kText | kSelection,
        .run = [](frmMain& f) { ColumnizeWithOptions(cmx(f), &f); }},
-      {.name = "mEditLines", .menu = "mEdit", .place = 620, .caption = QT_TRANSLATE_NOOP("frmMain", "&Lines"), .needs = kText, .isMenu = true},
+      {.name = "mEditLines", .menu = "mEdit", .place = 720, .caption = QT_TRANSLATE_NOOP("frmMain", "&Lines"), .needs = kText, .isMenu = true},
       {.name = "mEditSortLines", .menu = "mEditLines", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&Sort..."), .needs = kText,
        .run = [](frmMain& f) { SortLinesDialog(cmx(f), &f); }},
       {.name = "mEditRemoveDuplicates", .menu = "mEditLines", .place = 110,
