@@ -266,6 +266,16 @@ void frmLog::cmx_DblClick() {
   jumpToMessage(at.LineNo, -1);
 }
 
+// A text that is open is brought forward, modified or not; opening it again would ask or read it anew.
+frmDocument* frmLog::showFile(const QString& path) {
+  for (frmDocument* document : frame()->documents()) {
+    if (document->CurrentFileName() != path) continue;
+    frame()->activate(document);
+    return document;
+  }
+  return frame()->openFile(path) ? frame()->activeDocument() : nullptr;
+}
+
 // Opens the file that the line names; with a column only when that place stands under it.
 bool frmLog::jumpToMessage(qint64 line, qint64 column) {
   if (!frame()) return false;
@@ -276,8 +286,7 @@ bool frmLog::jumpToMessage(qint64 line, qint64 column) {
   const auto place = findMessage(cmx->GetLine(line), folders);
   if (!place) return false;
   if (column >= 0 && (column < place->begin || column > place->begin + place->length)) return false;
-  if (!frame()->openFile(place->file)) return true;
-  frmDocument* const document = frame()->activeDocument();
+  frmDocument* const document = showFile(place->file);
   if (!document) return true;
   const qint64 index = std::min(place->line, document->cmx->LineCount()) - 1;
   document->cmx->ExecuteCmd(kGotoLine, index);

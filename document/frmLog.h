@@ -18,6 +18,8 @@ namespace process {
 class Program;
 }
 
+class frmDocument;
+
 class frmLog : public QWidget {
   Q_OBJECT
  public:
@@ -70,6 +72,7 @@ class frmLog : public QWidget {
   void showMenu(const QPoint& globalPosition);
   void take(Channel& channel, const QByteArray& bytes);
   void trim();
+  frmDocument* showFile(const QString& path);   // null: could not be opened
   bool jumpToMessage(qint64 line, qint64 column);
   bool walk(int step);
 

@@ -155,7 +155,10 @@ TEST(Log, WalksFromMessageToMessage) {
   EXPECT_FALSE(frame.logWindow->previousMessage());
   doubleClick(*frame.logWindow, 3, path.size() + 1);   // on the number behind the file: that file, not the active document
   EXPECT_EQ(line(), 0);
-  EXPECT_EQ(frame.opened.size(), 4);
+  frame.cmx().InsertText(u"changed"_s, {1, 0});
+  EXPECT_TRUE(frame.logWindow->previousMessage());
+  EXPECT_EQ(line(), 2);
+  EXPECT_EQ(frame.opened.size(), 1) << "a text that is open is only brought forward, modified or not";
 }
 
 TEST(Log, WhatAProgramPrintedIsWalkedFromItsBeginning) {
