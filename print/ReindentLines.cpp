@@ -1,5 +1,6 @@
 // Re-indentation that reads whole lines: see indentsByWholeLine in Reindent.h.
 #include <algorithm>
+#include <unordered_map>
 
 #include "control/TextModel.h"
 #include "print/Reindent.h"
@@ -12,9 +13,18 @@ namespace {
 struct Piece {
   QString word;
   bool isWord = false;
-  bool is(const char* other) const { return word.compare(QLatin1String(other), Qt::CaseInsensitive) == 0; }
+  char16_t sign = 0;   // the character that is no word, where it is one unit
+  BlockWords::Entry entry;
+  Piece(QString text, bool isWordRun, const BlockWords& words)
+      : word(std::move(text)), isWord(isWordRun), sign(!isWord && word.size() == 1 ? word[0].unicode() : u'\0'), entry(words.classify(word)) {}
+  bool is(char16_t c) const { return sign == c; }
+  bool is(QLatin1String lower) const { return isWord && word.size() == lower.size() && word.compare(lower, Qt::CaseInsensitive) == 0; }
 };
 using Pieces = std::vector<Piece>;
+struct HashOfView {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view bytes) const { return std::hash<std::string_view>()(bytes); }
+};
 
 // A block or a bracket that is open; the first level is the file itself.
 struct Level {
@@ -65,7 +75,7 @@ class WholeLines {
     for (qint64 i = 0; i < std::min<qint64>(count, 2000); ++i) {
       const Pieces pieces = scan(line(i));
       all += !pieces.empty();
-      ended += std::any_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.word == u";"; });
+      ended += std::any_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.is(u';'); });
     }
     state_ = 0;
     return ended * 8 >= all;
@@ -82,6 +92,13 @@ class WholeLines {
     return highlighter_->isKeyword(fromQString(trimmed[0] + firstWord(trimmed.mid(1 + leadingLength(trimmed.mid(1))))));
   }
 
+  // A word is looked up once however often it comes.
+  const Piece& known(std::string_view bytes, bool isWord) {
+    auto found = known_.find(bytes);
+    if (found == known_.end()) found = known_.emplace(std::string(bytes), Piece(toQString(bytes), isWord, words_)).first;
+    return found->second;
+  }
+
   Pieces scan(const QString& line) {
     const std::string bytes = fromQString(line);
     const std::string_view all(bytes);
@@ -94,7 +111,7 @@ class WholeLines {
       while (token != tokens.end() && token->begin + token->length <= here) ++token;
       if (token != tokens.end() && token->begin <= here &&
           (token->kind == text::TokenKind::comment || token->kind == text::TokenKind::string)) {
-        if (token->kind == text::TokenKind::string) pieces.push_back({QStringLiteral("\""), false});
+        if (token->kind == text::TokenKind::string) pieces.push_back(known("\"", false));
         at = static_cast<std::size_t>(token->begin + token->length);
         continue;
       }
@@ -106,7 +123,7 @@ class WholeLines {
         if (text::classOf(following.code) != kind) break;
         end += static_cast<std::size_t>(following.bytes);
       }
-      if (kind != text::CharClass::blank) pieces.push_back({toQString(all.substr(at, end - at)), kind == text::CharClass::word});
+      if (kind != text::CharClass::blank) pieces.push_back(known(all.substr(at, end - at), kind == text::CharClass::word));
       at = end;
     }
     return pieces;
@@ -117,21 +134,21 @@ class WholeLines {
     const int shifted = std::max(0, old + shift_);
     if (pieces.empty()) return level.bracket ? shifted : level.content;   // a comment alone
     const Piece& first = pieces.front();
-    const auto kind = words_.classify(first.word).kind;
+    const auto kind = first.entry.kind;
     if (kind == BlockClass::end) return blockBase();
     if (level.bracket) {
       if (isCloser(first)) return level.base;
       return shifted > level.base ? shifted : level.content;   // alignment by hand stays
     }
-    if (headerOpen_ && (first.is("(") || first.is("#") || first.is("is"))) return level.base;
-    if (first.is("then") && kind == BlockClass::none && levels_.size() > 1) return level.base;
+    if (headerOpen_ && (first.is(u'(') || first.is(u'#') || first.is(QLatin1String("is")))) return level.base;
+    if (first.is(QLatin1String("then")) && kind == BlockClass::none && levels_.size() > 1) return level.base;
     if (unfinished_) {
       if (kind == BlockClass::start) return afterLabel_ ? statementIndent_ + unit_ : statementIndent_;
       if (shifted > statementIndent_) return afterLabel_ ? statementIndent_ + unit_ : shifted;   // alignment by hand stays
       return listGoesOn_ ? statementIndent_ : statementIndent_ + unit_;
     }
     if (kind == BlockClass::middle) return std::max(0, level.content - unit_);
-    if (first.is("else") && level.lastIf >= 0) return level.lastIf;
+    if (first.is(QLatin1String("else")) && level.lastIf >= 0) return level.lastIf;
     const bool operatorFirst = !semicolons_ && !first.isWord && QStringLiteral("+-*/|&#").contains(first.word);
     if (operatorFirst && shifted > level.content) return shifted;   // goes on with the line above, aligned by hand
     return level.content;
@@ -139,10 +156,10 @@ class WholeLines {
 
   // A brace is a bracket where the language does not list it as a block word.
   bool isOpener(const Piece& piece) const {
-    return piece.word == u"(" || piece.word == u"[" || (piece.word == u"{" && words_.classify(piece.word).kind == BlockClass::none);
+    return piece.is(u'(') || piece.is(u'[') || (piece.is(u'{') && piece.entry.kind == BlockClass::none);
   }
   bool isCloser(const Piece& piece) const {
-    return piece.word == u")" || piece.word == u"]" || (piece.word == u"}" && words_.classify(piece.word).kind == BlockClass::none);
+    return piece.is(u')') || piece.is(u']') || (piece.is(u'}') && piece.entry.kind == BlockClass::none);
   }
 
   int blockBase() const {
@@ -157,16 +174,16 @@ class WholeLines {
       if (!unfinished_) statementIndent_ = indent;
     }
     const int base = anchor_;           // blocks hang on the line where the brackets around this one began
-    const bool middleFirst = !unfinished_ && words_.classify(pieces[0].word).kind == BlockClass::middle;
+    const bool middleFirst = !unfinished_ && pieces[0].entry.kind == BlockClass::middle;
     if (middleFirst && levels_.size() == 1) levels_[0].content = unit_;   // sections of a file without a block around them
     bool closed = middleFirst;          // nothing of a statement is left open by the last piece
     std::size_t bracketsHere = 0;       // brackets opened in this line and still open
     bool afterEnd = false;
     for (std::size_t i = 0; i < pieces.size(); ++i) {
       const Piece& piece = pieces[i];
-      const auto entry = words_.classify(piece.word);
+      const auto entry = piece.entry;
       const bool belongsToEnd = afterEnd && piece.isWord && entry.kind == BlockClass::start;   // "end if", "end process"
-      const bool label = afterEnd && piece.word == u":";                                       // "end : name"
+      const bool label = afterEnd && piece.is(u':');                                       // "end : name"
       afterEnd = false;
       if (belongsToEnd) continue;
       if (label) {
@@ -192,12 +209,12 @@ class WholeLines {
         statement_.opened = piece.isWord;
         statement_.awaitsIs = entry.needsIs;
         closed = true;
-      } else if (piece.word == u";" && !levels_.back().bracket) {
+      } else if (piece.is(u';') && !levels_.back().bracket) {
         if (statement_.awaitsIs && levels_.size() > 1) levels_.pop_back();   // only a declaration
         statement_ = {};
         headerOpen_ = false;
         closed = true;
-      } else if (piece.word == u":" && statement_.words == 1 && !statement_.opened) {
+      } else if (piece.is(u':') && statement_.words == 1 && !statement_.opened) {
         statement_ = {};   // a label
         closed = i + 1 < pieces.size();
       } else if (piece.isWord) {
@@ -222,8 +239,8 @@ class WholeLines {
       statement_.first = piece.word;
       statement_.opensNothing = entry.opensNothing;
     }
-    if (piece.is("is")) statement_.awaitsIs = false;
-    if (piece.is("if")) levelForIf().lastIf = indent;
+    if (piece.is(QLatin1String("is"))) statement_.awaitsIs = false;
+    if (piece.is(QLatin1String("if"))) levelForIf().lastIf = indent;
   }
 
   Level& levelForIf() {
@@ -240,7 +257,7 @@ class WholeLines {
   void finishLine(const Pieces& pieces, int indent, bool closed) {
     const Piece& last = pieces.back();
     const bool openBracket = levels_.back().bracket;
-    headerOpen_ = statement_.opened && !openBracket && words_.classify(last.word).kind != BlockClass::start;
+    headerOpen_ = statement_.opened && !openBracket && last.entry.kind != BlockClass::start;
     if (openBracket) {
       unfinished_ = false;   // the bracket itself says how the next line stands
       return;
@@ -251,19 +268,19 @@ class WholeLines {
       return;
     }
     const bool directive = pieces.front().word == u"`";
-    const bool goesOn = semicolons_ ? true : last.word == u"\\";
+    const bool goesOn = semicolons_ ? true : last.is(u'\\');
     const bool startedOrHung = !unfinished_ || hangs_;
-    unfinished_ = !closed && !directive && goesOn && !last.is("then") && !standsAlone(pieces);
+    unfinished_ = !closed && !directive && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
     // The items of a list stand below each other, those of a declaration behind its first word.
-    listGoesOn_ = unfinished_ && last.word == u"," && (statement_.words <= 1 || !levels_.back().byWord);
+    listGoesOn_ = unfinished_ && last.is(u',') && (statement_.words <= 1 || !levels_.back().byWord);
     // A label hangs its statement on itself in a block of words, and stands for itself in one of braces.
-    afterLabel_ = unfinished_ && last.word == u":" && levels_.back().byWord && pieces.front().word != u"?" ;
-    if (last.word == u":" && !levels_.back().byWord) unfinished_ = false;
+    afterLabel_ = unfinished_ && last.is(u':') && levels_.back().byWord && pieces.front().word != u"?" ;
+    if (last.is(u':') && !levels_.back().byWord) unfinished_ = false;
     if (!unfinished_) statement_ = {};
     // "if (...)": what follows hangs on this line. Further lines of one statement may end like that too, and govern nothing.
     const Piece& front = pieces.front();
-    const bool governs = startedOrHung || front.is("if") || front.is("for") || front.is("while") || front.is("else") || front.is("repeat");
-    hangs_ = unfinished_ && front.isWord && governs && (isCloser(last) || last.is("else") || last.is("do"));
+    const bool governs = startedOrHung || front.is(QLatin1String("if")) || front.is(QLatin1String("for")) || front.is(QLatin1String("while")) || front.is(QLatin1String("else")) || front.is(QLatin1String("repeat"));
+    hangs_ = unfinished_ && front.isWord && governs && (isCloser(last) || last.is(QLatin1String("else")) || last.is(QLatin1String("do")));
     if (hangs_) statementIndent_ = indent;
   }
 
@@ -271,14 +288,15 @@ class WholeLines {
   bool standsAlone(const Pieces& pieces) const {
     if (!braces_ || unfinished_) return false;
     const Piece &first = pieces.front(), &last = pieces.back();
-    if (first.is("template") && last.word == u">") return true;
+    if (first.is(QLatin1String("template")) && last.is(u'>')) return true;
     const bool capitals = first.isWord && first.word.size() > 2 && first.word == first.word.toUpper() && first.word != first.word.toLower();
-    return capitals && (pieces.size() == 1 || (pieces[1].word == u"(" && isCloser(last)));
+    return capitals && (pieces.size() == 1 || (pieces[1].is(u'(') && isCloser(last)));
   }
 
   const BlockWords& words_;
   const bool braces_ = words_.classify(QStringLiteral("{")).kind == BlockClass::start;   // a brace opens a block
   const int unit_;
+  std::unordered_map<std::string, Piece, HashOfView, std::equal_to<>> known_;
   const text::Highlighter* const highlighter_;
   const int tabSize_;
   text::LineState state_ = 0;
