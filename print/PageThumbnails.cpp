@@ -24,7 +24,7 @@ QVariant PageThumbnails::data(const QModelIndex& index, int role) const {
   const int page = index.row();
   if (!index.isValid() || page >= count_) return {};
   if (role == Qt::DisplayRole) return QString::number(page + 1);
-  if (role == Qt::TextAlignmentRole) return int(Qt::AlignHCenter);
+  if (role == Qt::TextAlignmentRole) return int(Qt::AlignCenter);
   if (role != Qt::DecorationRole) return {};
   if (const QPixmap* known = pictures_.object(page)) return *known;
   const QSizeF sheet(document_->layout.fullRectPoints().size());

@@ -259,6 +259,7 @@ void frmPreview::pagesArrived() {
   const QSignalBlocker block(page_);
   page_->setRange(1, std::max(1, count));
   count_->setText(tr(" of %1 ").arg(count));
+  if (count > 0 && !thumbnails_->currentIndex().isValid()) thumbnails_->setCurrentIndex(pictures_->index(view_->currentPage()));
 }
 
 void frmPreview::fillClipped() {
