@@ -326,8 +326,6 @@ void VSPrinter::AddTable(const QString& format, const QString& header, const QSt
     columns.push_back(column);
   }
   const double height = LineHeight() * 1.5, left = MarginLeft();
-  double total = 0;
-  for (const auto& column : columns) total += column.width;
   const auto row = [&](const QString& cells, bool bold) {
     if (y_ + height > area_.bottom() + 0.01) NewPage();
     const bool was = FontBold();

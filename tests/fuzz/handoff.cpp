@@ -1,0 +1,70 @@
+// Q1: Messages from another copy: any bytes on the socket are acted on only as far as they are messages of the agreed form.
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+
+#include "control/Msghook.h"
+#include "control/TextModel.h"
+#include "tests/fuzz/Fuzz.h"
+
+using fuzz::check;
+
+namespace {
+QString place;
+int acted = 0;
+Msghook* hook = nullptr;
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  static int argc = 1;
+  static char name[] = "fuzz";
+  static char* argv[] = {name, nullptr};
+  new QCoreApplication(argc, argv);
+  static QTemporaryDir folder;
+  place = folder.filePath(QStringLiteral("s"));
+  hook = new Msghook([](quint64, const HandOff& got) {
+    HandOff again;
+    check(HandOff::fromFields(got.toFields(), &again), "an accepted message has the form");
+    ++acted;
+    return HandOffReply{};
+  });
+  hook->setDeadline(50);
+  check(hook->listen(place), "a place to listen");
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Input in(data, size);
+  const bool framed = in.byte() % 2 == 1;
+  const QString fields = toQString(in.rest());
+  HandOff parsed, again;
+  const bool good = HandOff::fromFields(fields, &parsed);
+  if (good) {
+    check(HandOff::fromFields(parsed.toFields(), &again), "what was read is written and read");
+    check(again.text == parsed.text && again.activation == parsed.activation && again.readOnly == parsed.readOnly &&
+              again.wait == parsed.wait && again.untitled == parsed.untitled,
+          "without loss");
+  }
+  QByteArray bytes(in.rest().data(), qsizetype(in.rest().size()));
+  if (framed) {
+    bytes.clear();
+    const quint32 length = quint32(fields.size()) * 2;
+    for (int i = 0; i < 4; ++i) bytes += char(length >> 8 * i & 255);
+    for (const QChar c : fields) bytes += char(c.unicode() & 255), bytes += char(c.unicode() >> 8);
+  }
+  acted = 0;
+  QLocalSocket socket;
+  socket.connectToServer(place);
+  check(socket.waitForConnected(1000), "it goes on listening");
+  socket.write(bytes);
+  QElapsedTimer time;
+  time.start();
+  const auto answered = [&] { return socket.bytesAvailable() > 0 || socket.state() != QLocalSocket::ConnectedState; };
+  const int patience = framed && fields.size() > 0 ? 400 : 5;   // an unframed one may be waiting for more
+  while (!answered() && time.elapsed() < patience) QCoreApplication::processEvents(QEventLoop::AllEvents, 2);
+  if (framed && fields.size() > 0) check(acted == (good ? 1 : 0), "acted on if and only if it has the form");
+  socket.abort();
+  QCoreApplication::processEvents();
+  return 0;
+}
