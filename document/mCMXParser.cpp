@@ -13,10 +13,12 @@
 #include "control/CommandTable.h"
 #include "document/CommandLine.h"
 #include "document/Frame.h"
+#include "document/Languages.h"
 #include "document/Process.h"
 #include "document/RunGuards.h"
 #include "document/Statements.h"
 #include "document/TextReports.h"
+#include "document/Trust.h"
 #include "document/Variables.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
@@ -39,6 +41,7 @@ struct RunState {
   bool showLog = false, logEdit = false, restoreCursor = false;
   std::optional<CmRange> saved;                 // by SELGET
   CmRange caret;
+  bool isMacro = false;                         // of a language, not typed by the person
   bool stopped = false;
   QPointer<process::Program> program;           // that it waits for
   std::optional<BusyGuard> busy;
@@ -140,6 +143,10 @@ QString waitText(quint32 result) {
 }
 
 void startProgram(RunState& run, const QString& commandLine, bool watch) {
+  if (run.isMacro && !trust::mayStart(languages(), commandLine)) {
+    run.stopped = true;
+    return;
+  }
   const std::vector<std::string> arguments =
       programArguments(commandLine, [&](QString& word) { variables::substitute(word, documentOf(run), answers); });
   const auto started = [&run](process::Program& program) {
@@ -274,6 +281,7 @@ Outcome Run(int language, int macro, const QString& commands) {
   current = &run;
   answers.clear();
   run.document = document;
+  run.isMacro = language > 0 && macro > 0;
   run.caret = document->cmx->GetSel(false);
   run.busy.emplace();
   run.documentStep = std::make_unique<RunStep>(document->cmx);
