@@ -4,8 +4,9 @@ add_library(zelkor_settings INTERFACE)
 target_compile_features(zelkor_settings INTERFACE cxx_std_20)
 target_include_directories(zelkor_settings INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(zelkor_settings INTERFACE
-  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual -Werror>
+  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra -Wpedantic>
   $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
+  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wnon-virtual-dtor -Woverloaded-virtual -Werror>
   $<$<CXX_COMPILER_ID:MSVC>:/W4 /WX /utf-8>)
 target_compile_definitions(zelkor_settings INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
