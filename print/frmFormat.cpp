@@ -15,6 +15,7 @@
 #include "document/Languages.h"
 #include "document/frmDocument.h"
 #include "language/ucCM.h"
+#include "print/BlockWords.h"
 #include "print/frmCompare.h"
 
 namespace {
@@ -123,7 +124,12 @@ FormatChoices frmFormat::choices() const {
   return chosen;
 }
 
-bool frmFormat::agreeToCase(FormatChoices* chosen, const clsLang* language) {
+bool frmFormat::agree(FormatChoices* chosen, const clsLang* language) {
+  const bool blanksAreBlocks = language && BlockWords(language->BlockStart, language->BlockEnd, language->BlockMid).isEmpty();
+  if (chosen->indent > 0 && !chosen->wholeLine && blanksAreBlocks &&
+      MsgBox(tr("%1 has no block words: all indentation would be taken away.\nDo you want that?").arg(language->Name), windowTitle(),
+             Icon::exclamation, Buttons::yesNo) != Answer::yes)
+    return false;
   if (!caseMatters(*chosen, language)) return true;
   const auto answer = MsgBox(tr("%1 tells upper from lower case: changing the letter case changes what the text means.\n"
                                 "Do you want to change it all the same?").arg(language->Name),
@@ -137,7 +143,7 @@ void frmFormat::cmdApply_Click() {
   if (!document) return;
   const auto* language = languageOf(*document);
   FormatChoices chosen = choices();
-  if (!agreeToCase(&chosen, language)) return;
+  if (!agree(&chosen, language)) return;
   QApplication::setOverrideCursor(Qt::BusyCursor);
   const FormatResult result = FormatIt(*document->cmx, language, chosen);
   QApplication::restoreOverrideCursor();
@@ -153,7 +159,7 @@ void frmFormat::cmdPreview_Click() {
   if (!document) return;
   const auto* language = languageOf(*document);
   FormatChoices chosen = choices();
-  if (!agreeToCase(&chosen, language)) return;
+  if (!agree(&chosen, language)) return;
   frmCompare compare(*document->cmx, this);
   const FormatResult result = FormatIt(compare.after(), language, chosen);
   if (!result.error.isEmpty()) {

@@ -24,7 +24,7 @@ class frmFormat : public QDialog {
 
  private:
   void Form_Load();
-  bool agreeToCase(FormatChoices* chosen, const clsLang* language);
+  bool agree(FormatChoices* chosen, const clsLang* language);   // to what may change the meaning of the text
   void updateButtons();
 
   QComboBox *cmbTab_, *cmbText_, *cmbKeywords_, *cmbIndent_, *cmbLine_;

@@ -1,0 +1,80 @@
+// Printing from the command line: the options, and runs of the real program.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "app/PrintArguments.h"
+#include "print/PrintSettings.h"
+
+using namespace Qt::StringLiterals;
+
+TEST(PrintPdf, Options) {
+  PrintSettings s;
+  const auto parse = [&](const QString& line) { return parsePrintArguments(line.split(u' '), &s); };
+  const auto given = parse(u"--line-numbers --print-pdf out.pdf --header L|$Title|R --no-footer --keywords bold,italic --comments plain "
+                           "--keyword-color navy --font-size=7.5 --paper letter --landscape --margins 10,20,30,40 --columns 2 a.v -- -b.v"_s);
+  EXPECT_EQ(given.error, QString());
+  EXPECT_EQ(given.output, u"out.pdf"_s);
+  EXPECT_EQ(given.files, (QStringList{u"a.v"_s, u"-b.v"_s}));
+  EXPECT_TRUE(s.text.LineNumbers && s.text.Keywordsbold && s.text.KeywordsItalic);
+  EXPECT_FALSE(s.text.CommentsBold || s.text.CommentsItalic || s.text.FooterEnabled);
+  EXPECT_EQ(s.text.HeaderText, u"L|$Title|R"_s);
+  EXPECT_EQ(s.text.keywordColor, QColor(Qt::darkBlue));
+  EXPECT_EQ(s.font.pointSizeF(), 7.5);
+  EXPECT_EQ(s.layout.pageSize().id(), QPageSize::Letter);
+  EXPECT_EQ(s.layout.orientation(), QPageLayout::Landscape);
+  EXPECT_NEAR(s.layout.margins(QPageLayout::Millimeter).bottom(), 40, 0.5);
+  EXPECT_EQ(s.columns, 2);
+  for (const char* wrong : {"--print-pdf", "--print-pdf a.pdf", "a.v", "--print-pdf a.pdf --nonsense a.v", "--print-pdf a.pdf --columns 3 a.v",
+                            "--print-pdf a.pdf --margins 1,2 a.v", "--print-pdf a.pdf --paper elephant a.v", "--print-pdf a.pdf --keywords loud a.v",
+                            "--print-pdf a.pdf --font-size 0 a.v", "--print-pdf a.pdf --keyword-color nocolour a.v", "--print-pdf a.pdf --font NoSuchFontAnywhere a.v"})
+    EXPECT_NE(parse(QLatin1String(wrong)).error, QString()) << wrong;
+  EXPECT_TRUE(asksForPdf({u"--landscape"_s, u"--print-pdf=x"_s}));
+  EXPECT_FALSE(asksForPdf({u"--"_s, u"--print-pdf"_s}));
+}
+
+TEST(PrintPdf, RunsWithoutADisplay) {
+  const QTemporaryDir folder;
+  const auto write = [&](const QString& name, const QByteArray& bytes) {
+    QDir(folder.path()).mkpath(QFileInfo(name).path());
+    QFile file(folder.filePath(name));
+    ASSERT_TRUE(file.open(QFile::WriteOnly) && file.write(bytes) == bytes.size());
+  };
+  write(u"a.v"_s, "module a; // first\nendmodule\n");
+  write(u"b.vhd"_s, "entity b is end;\n");
+  write(u"other/a.v"_s, "module other; endmodule\n");
+  QDir(folder.path()).mkpath(u"out"_s);
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  for (const char* gone : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) environment.remove(QLatin1String(gone));
+  for (const char* place : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME"}) environment.insert(QLatin1String(place), folder.path());
+  QByteArray errors;
+  const auto run = [&](const QStringList& arguments) {
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(folder.path());
+    process.start(QString::fromLocal8Bit(qgetenv("ZELKOR_BIN")) + u"/zelkor"_s, arguments);
+    EXPECT_TRUE(process.waitForFinished(60000));
+    errors = process.readAllStandardError();
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+  };
+  const auto pdf = [&](const QString& name) {
+    QFile file(folder.filePath(name));
+    return file.open(QFile::ReadOnly) && file.read(5) == "%PDF-";
+  };
+  EXPECT_EQ(run({u"--line-numbers"_s, u"--print-pdf"_s, u"all.pdf"_s, u"a.v"_s, u"b.vhd"_s}), 0) << errors.constData();
+  EXPECT_TRUE(pdf(u"all.pdf"_s));
+  EXPECT_EQ(run({u"--print-pdf=out"_s, u"a.v"_s, u"b.vhd"_s}), 0) << errors.constData();
+  EXPECT_TRUE(pdf(u"out/a.v.pdf"_s) && pdf(u"out/b.vhd.pdf"_s));
+  EXPECT_EQ(run({u"--print-pdf=out"_s, u"a.v"_s, u"other/a.v"_s}), 2) << "two of one name";
+  EXPECT_TRUE(errors.contains("a.v.pdf"));
+  EXPECT_EQ(run({u"--print-pdf"_s, u"no/folder/x.pdf"_s, u"a.v"_s}), 2);
+  EXPECT_TRUE(errors.contains("No such file")) << errors.constData();
+  EXPECT_EQ(run({u"--print-pdf"_s, u"part.pdf"_s, u"missing.v"_s, u"b.vhd"_s}), 2);
+  EXPECT_TRUE(errors.contains("missing.v"));
+  EXPECT_TRUE(pdf(u"part.pdf"_s)) << "what can be read is printed";
+  EXPECT_EQ(run({u"--print-pdf"_s, u"x.pdf"_s}), 2);
+  EXPECT_EQ(run({u"--print-pdf"_s, u"--help"_s}), 0);
+}
