@@ -74,8 +74,10 @@ struct ProgramWindow::Impl {
     std::vector<xcb_window_t> list;
     const std::string managed = property(root, clientList, 4096);
     list.resize(managed.size() / sizeof(xcb_window_t));
-    std::memcpy(list.data(), managed.data(), list.size() * sizeof(xcb_window_t));
-    if (!list.empty()) return list;
+    if (!list.empty()) {
+      std::memcpy(list.data(), managed.data(), list.size() * sizeof(xcb_window_t));
+      return list;
+    }
     // No window manager that tells: the windows right below the root.
     const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
     if (tree) list.assign(xcb_query_tree_children(tree.get()), xcb_query_tree_children(tree.get()) + xcb_query_tree_children_length(tree.get()));
