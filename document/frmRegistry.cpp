@@ -63,10 +63,11 @@ void readProfile(QWidget& window, const ProfileNames& names) {
   // A minimised or maximised window keeps its normal place; before it was ever shown that is its present geometry.
   const QRect now = window.normalGeometry().isValid() ? window.normalGeometry() : window.geometry();
   const auto read = [](const QString& name, int otherwise) { return qRound(Real(kGlobalKey, name, otherwise)); };
-  const int top = read(names.top, now.top()), left = read(names.left, now.left());
+  constexpr int kSmallest = 100, kLargest = 100'000;   // rectangles further out do not add up
+  const int top = std::clamp(read(names.top, now.top()), -kLargest, kLargest);
+  const int left = std::clamp(read(names.left, now.left()), -kLargest, kLargest);
   const int width = read(names.width, now.width()), height = read(names.height, now.height());
   const bool placed = GetValue(kGlobalKey, names.left).isValid();
-  constexpr int kSmallest = 100, kLargest = 100'000;
   if (width >= kSmallest && height >= kSmallest && width < kLargest && height < kLargest) {
     const QRect place = onScreen(QRect(left, top, width, height));
     if (placed) window.setGeometry(place);

@@ -41,8 +41,10 @@ int main(int argc, char** argv) {
     ::poll(&wait, 1, 100);
     while (xcb_generic_event_t* event = xcb_poll_for_event(c)) {
       const auto* message = reinterpret_cast<const xcb_client_message_event_t*>(event);
-      if ((event->response_type & 0x7F) == XCB_CLIENT_MESSAGE && message->type == protocols && message->data.data32[0] == wish) return 5;
+      const bool asked =
+          (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE && message->type == protocols && message->data.data32[0] == wish;
       std::free(event);
+      if (asked) return 5;
     }
   }
   return 6;
