@@ -12,7 +12,7 @@
 namespace {
 
 struct BatchArguments {
-  bool help = false, save = false;
+  bool help = false, save = false, allowPrograms = false;
   QString command, script, macro, output, definitions;
   QStringList files;
   QString error;
@@ -47,6 +47,7 @@ BatchArguments parse(const QStringList& arguments) {
     else if (argument == QLatin1String("--batch")) continue;
     else if (argument == QLatin1String("--help")) parsed.help = true;
     else if (argument == QLatin1String("--save")) parsed.save = true;
+    else if (argument == QLatin1String("--allow-programs")) parsed.allowPrograms = true;
     else if (option == std::end(kValues)) parsed.error = tr("unknown option %1").arg(argument);
     else if (argument.contains(u'=')) parsed.*(option->target) = argument.mid(argument.indexOf(u'=') + 1);
     else if (++i < arguments.size()) parsed.*(option->target) = arguments[i];
@@ -67,6 +68,7 @@ QString help() {
   };
   for (const ValueOption& option : kValues)
     line(QString::fromLatin1(option.name) + u' ' + QString::fromLatin1(option.value), tr(option.help));
+  line(QStringLiteral("--allow-programs"), tr("a macro of definitions from elsewhere may start programs"));
   line(QStringLiteral("--save"), tr("write the changed texts back to their files"));
   text += u'\n' + tr("Exit status: 0 done, 1 invalid command, 2 wrong use or a file that could not be read or saved.") + u'\n';
   return text;
@@ -87,9 +89,14 @@ int runBatch(const QStringList& arguments) {
   else languages().setIniFile(QDir::current().absoluteFilePath(given.definitions));
   InitLanguages();
 
-  BatchOptions options{given.command, given.files, given.save, given.output};
+  BatchOptions options;
+  options.commands = given.command;
+  options.files = given.files;
+  options.save = given.save;
+  options.outputFolder = given.output;
+  options.allowPrograms = given.allowPrograms;
   QString error;
-  if (!given.script.isEmpty()) options.commands = batch::commandsFromFile(given.script, &error);
-  else if (!given.macro.isEmpty()) options.commands = batch::commandsOfMacro(given.macro, &error);
+  if (!given.script.isEmpty()) batch::commandsFromFile(given.script, &options, &error);
+  else if (!given.macro.isEmpty()) batch::commandsOfMacro(given.macro, &options, &error);
   return error.isEmpty() ? batch::run(options) : fail(error);
 }

@@ -25,6 +25,7 @@
 #include "document/CMXRegistry.h"
 #include "document/Languages.h"
 #include "document/Recovery.h"
+#include "document/Trust.h"
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
 #include "document/modRegistry.h"
@@ -166,6 +167,11 @@ void openLanguageHelp(const frmDocument* about) {
   if (file.isEmpty()) return;
   const bool page = file.endsWith(QLatin1String(".html")) || file.endsWith(QLatin1String(".htm"));
   const QString word = about ? about->GetCurrentWord() : QString();
+  // The desktop may start what lies behind a local name; a page is only shown.
+  const QString scheme = QUrl(file).scheme();
+  if (!page && scheme != QLatin1String("http") && scheme != QLatin1String("https") &&
+      !trust::may(trust::Deed::start, file, *languages().Language(), languages()))
+    return;
   QUrl url = QFileInfo::exists(file) ? QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath()) : QUrl(file);
   if (page && !word.isEmpty()) url.setFragment(word);
   if (!dialogs().openUrl(url.hasFragment() ? url.toString(QUrl::FullyEncoded) : file))

@@ -18,6 +18,7 @@
 #include "base/Strings.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
+#include "document/Trust.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
 #include "document/mCMXParser.h"
@@ -109,7 +110,7 @@ class BatchFrame : public Frame {
 };
 
 int runOn(frmDocument& document, const BatchOptions& options, const QString& target) {
-  const mCMXParser::Outcome outcome = mCMXParser::Run(0, 0, options.commands);
+  const mCMXParser::Outcome outcome = mCMXParser::Run(options.language, options.macro, options.commands);
   int status = outcome.ending == mCMXParser::Ending::done      ? batch::kDone
                : outcome.ending == mCMXParser::Ending::invalid ? batch::kInvalidCommand
                                                                : batch::kFailed;
@@ -150,25 +151,27 @@ Session::~Session() {
 
 void Session::setAbout(const QString& file) { impl_->boxes.about = plainForDisplay(file); }
 
-QString commandsFromFile(const QString& path, QString* error) {
+void commandsFromFile(const QString& path, BatchOptions* options, QString* error) {
   const text::LoadedFile file = text::loadFile(QFile::encodeName(path).toStdString());
   *error = file.error.empty() ? QString() : tr("%1: %2").arg(plainForDisplay(path), QString::fromStdString(file.error));
-  return toQString(file.text.bytes({text::ByteOffset(0), file.text.size()}));
+  options->commands = toQString(file.text.bytes({text::ByteOffset(0), file.text.size()}));
 }
 
-QString commandsOfMacro(const QString& languageAndName, QString* error) {
+void commandsOfMacro(const QString& languageAndName, BatchOptions* options, QString* error) {
   // A language's name may hold "/" and so may a macro's: every way to part them is tried.
   for (qsizetype slash = languageAndName.indexOf(u'/'); slash >= 0; slash = languageAndName.indexOf(u'/', slash + 1)) {
     const int index = languages().GetIndex(languageAndName.left(slash));
     if (index == 0) continue;
-    for (const auto& macro : *languages().Languages()->Item(index)->cMacros())
-      if (macro->Name == languageAndName.mid(slash + 1)) {
-        error->clear();
-        return macro->CommandString;
-      }
+    const auto& macros = languages().Languages()->Item(index)->cMacros();
+    const int macro = macros->IndexOf(&clsMacro::Name, languageAndName.mid(slash + 1));
+    if (macro == 0) continue;
+    error->clear();
+    options->commands = macros->Item(macro)->CommandString;
+    options->language = index;
+    options->macro = macro;
+    return;
   }
   *error = tr("There is no macro %1 (give LANGUAGE/NAME)").arg(plainForDisplay(languageAndName));
-  return {};
 }
 
 int eachDocument(const QStringList& files, const std::function<int(frmDocument&)>& work) {
@@ -204,7 +207,8 @@ int run(const BatchOptions& options) {
     }
   }
   QSet<QString> targets;
-  return eachDocument(options.files, [&](frmDocument& document) {
+  const bool before = trust::allowAll(options.allowPrograms);
+  const int status = eachDocument(options.files, [&](frmDocument& document) {
     QString target = document.CurrentFileName();
     if (!options.outputFolder.isEmpty()) {
       target = QDir(options.outputFolder).filePath(document.CurrentFileTitle());
@@ -216,6 +220,8 @@ int run(const BatchOptions& options) {
     }
     return runOn(document, options, target);
   });
+  trust::allowAll(before);
+  return status;
 }
 
 }  // namespace batch

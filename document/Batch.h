@@ -14,6 +14,8 @@ class frmDocument;
 
 struct BatchOptions {
   QString commands;          // the command string
+  int language = 0, macro = 0;   // the positions (from 1) of the macro that it is; 0: none
+  bool allowPrograms = false;    // a macro of foreign definitions may start programs (Trust.h)
   QStringList files;
   bool save = false;         // back to the files that the run changed
   QString outputFolder;      // not empty: all files go there instead, under their own names
@@ -24,9 +26,9 @@ namespace batch {
 // Exit status: the worst of all files.
 inline constexpr int kDone = 0, kInvalidCommand = 1, kFailed = 2;
 
-// Command strings from elsewhere; *error is a text for the person, empty when all is well.
-QString commandsFromFile(const QString& path, QString* error);          // --script FILE
-QString commandsOfMacro(const QString& languageAndName, QString* error);  // --macro LANGUAGE/NAME; the definitions are read already
+// Command strings from elsewhere, into `options`; *error is a text for the person, empty when all is well.
+void commandsFromFile(const QString& path, BatchOptions* options, QString* error);            // --script FILE
+void commandsOfMacro(const QString& languageAndName, BatchOptions* options, QString* error);   // --macro LANGUAGE/NAME
 
 // While one lives, boxes go to standard error, answered so that nothing is changed, and settings are not written. For what is done
 // before run(), which has its own.

@@ -2,10 +2,9 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
-#include <QFileInfo>
+#include <utility>
 
 #include "base/Dialogs.h"
-#include "base/Program.h"
 #include "base/Strings.h"
 #include "document/modRegistry.h"
 #include "language/DefinitionText.h"
@@ -17,35 +16,34 @@ namespace {
 
 constexpr qsizetype kRemembered = 50;
 const QString kValue = QStringLiteral("TRUSTEDINI");
+bool all = false;
 
-bool isBelow(const QString& file, const QString& folder) {
-  const QString place = QFileInfo(folder).canonicalFilePath();
-  return !place.isEmpty() && file.startsWith(place + u'/');
+// What is in use counts, not what the file holds by now.
+QString contentOf(ucCM& manager) {
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  for (const auto& language : *manager.Languages())
+    if (manager.isForeign() || language->isForeign) hash.addData(definition::writeLanguage(*language, false).toUtf8());
+  return QString::fromLatin1(hash.result().toHex());
 }
 
 }  // namespace
 
-bool isForeign(ucCM& manager) {
-  if (manager.IniFile().isEmpty()) return false;
-  const QFileInfo info(manager.IniFile());
-  const QString file = info.exists() ? info.canonicalFilePath() : info.absoluteFilePath();   // a link is where it leads
-  return !isBelow(file, joinPath(applicationFolder(), QStringLiteral("config"))) && !isBelow(file, userConfigFolder());
-}
+bool allowAll(bool on) { return std::exchange(all, on); }
 
-bool mayStart(ucCM& manager, const QString& commandLine) {
-  if (!isForeign(manager)) return true;
-  // What is in use counts, not what the file holds by now.
-  const QByteArray text = definition::write(*manager.Languages()).toUtf8();
-  const QString content = QString::fromLatin1(QCryptographicHash::hash(text, QCryptographicHash::Sha256).toHex());
+bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager) {
+  if (all || !(manager.isForeign() || language.isForeign)) return true;
+  const QString content = contentOf(manager);
   QStringList known = modRegistry::Text(modRegistry::kGlobalKey, kValue).split(u',', Qt::SkipEmptyParts);
   if (known.contains(content)) return true;
-  const QString question =
-      QCoreApplication::translate("trust", "The macros of %1 come from elsewhere: this definition file is neither the installed one nor "
-                                           "your own. One of them is about to start\r\n%2\r\nDo you want to allow its macros to start programs?");
-  if (MsgBox(question.arg(plainForDisplay(manager.IniFile(), 300), plainForDisplay(commandLine, 500)),
-             QCoreApplication::translate("trust", "Macro"), Icon::exclamation, Buttons::yesNo) != Answer::yes)
+  const auto tr = [](const char* text) { return QCoreApplication::translate("trust", text); };
+  const QString next = deed == Deed::start ? tr("It is about to start") : tr("It is about to write the file");
+  const QString question = tr("The language %1 comes from elsewhere: its definition (now in %2) is neither an installed one nor your own. "
+                              "%3\r\n%4\r\nDo you want to allow it to start programs and to write files?");
+  if (MsgBox(question.arg(plainForDisplay(language.Name, 100), plainForDisplay(manager.IniFile(), 300), next, plainForDisplay(what, 500)),
+             tr("Macro"), Icon::exclamation, Buttons::yesNo) != Answer::yes)
     return false;
   known << content;
+  modRegistry::NewKey(modRegistry::kGlobalKey);
   modRegistry::SetText(modRegistry::kGlobalKey, kValue, known.mid(std::max<qsizetype>(0, known.size() - kRemembered)).join(u','));
   return true;
 }

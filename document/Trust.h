@@ -1,18 +1,22 @@
-// Which macros may start programs. Those of the installed definition file and of the person's own may; a file from elsewhere
-// colours like any other, and before the first program is started from its macros the person is asked, once for its content.
+// What definitions may start programs and write files. Those of the installed definition file and of the person's own may; a
+// language from elsewhere (ucCM::isForeign, clsLang::isForeign) colours like any other, and before it does the first such thing the
+// person is asked, once for its content.
 #pragma once
 
 #include <QString>
 
+class clsLang;
 class ucCM;
 
 namespace trust {
 
-// The manager's definition file is neither the installed one nor in the person's own settings folder.
-bool isForeign(ucCM& manager);
+enum class Deed { start, write };
 
-// May macros of these definitions start `commandLine`? Asks if need be; "yes" is remembered in the settings, and ends
-// when the definitions change.
-bool mayStart(ucCM& manager, const QString& commandLine);
+// May this language of the manager start `what` (a command line, a help file) or write it (a file)? Asks if need be; "yes" is
+// remembered in the settings, and ends when the foreign definitions change.
+bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager);
+
+// While on, nothing is asked: batch mode, when its command line says so. Returns what it was.
+bool allowAll(bool on);
 
 }  // namespace trust

@@ -22,6 +22,7 @@
 #include "document/Variables.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
+#include "language/ucCM.h"
 
 using namespace Qt::StringLiterals;
 
@@ -41,7 +42,7 @@ struct RunState {
   bool showLog = false, logEdit = false, restoreCursor = false;
   std::optional<CmRange> saved;                 // by SELGET
   CmRange caret;
-  bool isMacro = false;                         // of a language, not typed by the person
+  std::shared_ptr<clsLang> macroOf;             // the language whose macro it is; null: typed by the person
   bool stopped = false;
   QPointer<process::Program> program;           // that it waits for
   std::optional<BusyGuard> busy;
@@ -142,11 +143,13 @@ QString waitText(quint32 result) {
   }
 }
 
+bool isTrusted(RunState& run, trust::Deed deed, const QString& what) {
+  run.stopped = run.macroOf && !trust::may(deed, what, *run.macroOf, languages());
+  return !run.stopped;
+}
+
 void startProgram(RunState& run, const QString& commandLine, bool watch) {
-  if (run.isMacro && !trust::mayStart(languages(), commandLine)) {
-    run.stopped = true;
-    return;
-  }
+  if (!isTrusted(run, trust::Deed::start, commandLine)) return;
   const std::vector<std::string> arguments =
       programArguments(commandLine, [&](QString& word) { variables::substitute(word, documentOf(run), answers); });
   const auto started = [&run](process::Program& program) {
@@ -204,7 +207,7 @@ bool execute(RunState& run, const QString& line) {
     case Code::logEdit: run.showLog = run.logEdit = true; return true;
     case Code::normalEdit: run.logEdit = false; return true;
     case Code::logSave:
-      if (window) window->SaveDocumment(logFile(run, argument));
+      if (const QString path = logFile(run, argument); window && isTrusted(run, trust::Deed::write, path)) window->SaveDocumment(path);
       return true;
     case Code::shell:
     case Code::shellW: startProgram(run, argument, statements::codeOf(statement.verb) == Code::shell); return true;
@@ -281,7 +284,7 @@ Outcome Run(int language, int macro, const QString& commands) {
   current = &run;
   answers.clear();
   run.document = document;
-  run.isMacro = language > 0 && macro > 0;
+  if (macro > 0 && language > 0 && language <= languages().Languages()->Count()) run.macroOf = languages().Languages()->Item(language);
   run.caret = document->cmx->GetSel(false);
   run.busy.emplace();
   run.documentStep = std::make_unique<RunStep>(document->cmx);

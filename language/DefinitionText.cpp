@@ -10,7 +10,8 @@ namespace definition {
 namespace {
 
 const QString kCrLf = QStringLiteral("\r\n");
-const QLatin1String kLanguage(kLanguageMark), kDescription(kDescriptionMark), kCaseSensitive("Case Sensitive");
+const QLatin1String kLanguage(kLanguageMark), kDescription(kDescriptionMark), kCaseSensitive("Case Sensitive"),
+    kForeign("Foreign");
 
 // The sections that hold one property each, in the order in which they are written.
 struct Section {
@@ -84,6 +85,7 @@ class Reader {
     switch (state_) {
       case LineKind::property: {
         if (name_ == kCaseSensitive) language_->isCaseSensitive = true;
+        if (name_ == kForeign) language_->isForeign = true;
         const auto* section = std::find_if(std::begin(kSections), std::end(kSections),
                                            [&](const Section& s) { return name_ == QLatin1String(s.name); });
         if (section == std::end(kSections)) break;
@@ -116,6 +118,8 @@ class Reader {
 };
 
 void printLine(QString& to, const QString& text) { (to += toCrLf(text)) += kCrLf; }
+
+QString foreignHeader() { return u'[' + kForeign + u']'; }
 
 void printSection(QString& to, const QString& header, const QString& text) {
   printLine(to, header);
@@ -160,9 +164,10 @@ std::shared_ptr<colLangs> read(const QString& text) {
   return reader.result();
 }
 
-QString writeLanguage(const clsLang& language) {
+QString writeLanguage(const clsLang& language, bool withMark) {
   QString to;
   printLine(to, kLanguage + oneLine(language.Name));
+  if (withMark && language.isForeign) printLine(to, foreignHeader());
   for (const Section& section : kSections) {
     const QString& text = language.*(section.property);
     if (!section.always && text.isEmpty()) continue;
@@ -178,9 +183,18 @@ QString writeLanguage(const clsLang& language) {
   return to;
 }
 
-QString write(const colLangs& languages) {
+QString write(const colLangs& languages, bool withMarks) {
   QString to;
-  for (const auto& language : languages) to += writeLanguage(*language);
+  for (const auto& language : languages) to += writeLanguage(*language, withMarks);
+  return to;
+}
+
+QString marked(const QString& text) {
+  QString to;
+  forEachLine(text, [&](QStringView line) {
+    (to += line) += kCrLf;
+    if (kindOf(line) == LineKind::language) printLine(to, foreignHeader());
+  });
   return to;
 }
 

@@ -52,6 +52,7 @@ class clsLang {
   QString Description;         // multi-line
   QString HelpFile;            // single-line
   bool isCaseSensitive = false;
+  bool isForeign = false;      // came from a definition file of others; goes with every copy
   QString Extension;           // single-line: extensions without dot, separated by ";"
   QString Name;                // shown in lists, the identity in the file
   QString BlockEnd;            // words that close an indent level; multi-line

@@ -28,6 +28,11 @@ constexpr int kShownWarnings = 4;
 QString toolTipOf(const QString& text) { return Qt::mightBeRichText(text) ? text.toHtmlEscaped().prepend(QStringLiteral("<qt>")) : text; }
 QString titleOf(QString text) { return text.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); }
 
+QString& copied() {   // the definitions that this program put onto the clipboard last
+  static QString text;
+  return text;
+}
+
 QListWidgetItem* editableItem(const QString& name) {
   auto* item = new QListWidgetItem(name);
   item->setFlags(item->flags() | Qt::ItemIsEditable);
@@ -138,7 +143,7 @@ void frmDefinitions::connectAll() {
   onKey(lstLanguage, Qt::Key_Insert, [this] { cmdAdd->click(); }, Qt::WidgetShortcut);
   onKey(lstLanguage, QKeySequence::Copy,
         [this] {
-          if (const QString text = GetSelectedDefinitions(); !text.isEmpty()) QGuiApplication::clipboard()->setText(text);
+          if (const QString text = GetSelectedDefinitions(); !text.isEmpty()) QGuiApplication::clipboard()->setText(copied() = text);
         },
         Qt::WidgetShortcut);
   onKey(lstLanguage, QKeySequence::Paste, [this] { PasteDefinitions(QGuiApplication::clipboard()->text()); }, Qt::WidgetShortcut);
@@ -476,6 +481,7 @@ void frmDefinitions::PasteDefinitions(const QString& text) {
   if (!text.startsWith(QLatin1String(definition::kLanguageMark))) return;
   const auto languages = definition::read(text);
   for (const auto& pasted : *languages) {
+    if (text != copied()) pasted->isForeign = true;
     const int known = manager_.GetIndex(pasted->Name);
     if (known == 0) {
       insertLanguage(manager_.Languages()->Count() + 1, pasted);

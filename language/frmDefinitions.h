@@ -39,7 +39,9 @@ class frmDefinitions : public QDialog {
   void SelectLanguage(int index);              // position from 1; 0 or out of range: none
   void SelectList(int index);                  // the same for an item of the present tab
   QString GetSelectedDefinitions() const;      // the selected languages as they would stand in the definition file
-  void PasteDefinitions(const QString& text);  // languages from such a text; anything else is not taken
+  // Languages from such a text; anything else is not taken. They count as foreign unless this program copied them last, which
+  // leaves them what they were.
+  void PasteDefinitions(const QString& text);
   bool isChanged() const { return changed_; }
 
  public slots:

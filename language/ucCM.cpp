@@ -1,6 +1,7 @@
 #include "language/ucCM.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include "base/Dialogs.h"
 #include "base/Program.h"
@@ -9,6 +10,8 @@
 #include "language/DefinitionText.h"
 
 namespace {
+
+constexpr std::int64_t kLargestFile = 64 << 20;   // bytes; no honest definition file comes near
 
 const QString kIniTitle = QStringLiteral("Warning : Ini File Not Valid");
 
@@ -24,7 +27,19 @@ text::FileFormat fittingFormat(const std::string& bytes, const text::FileFormat&
   return encoded && text::detectFormat(*encoded) == own ? own : text::FileFormat{};
 }
 
+bool isBelow(const QString& file, const QString& folder) {
+  const QString place = QFileInfo(folder).canonicalFilePath();
+  return !place.isEmpty() && file.startsWith(place + u'/');
+}
+
 }  // namespace
+
+bool ucCM::isForeignPlace(const QString& path) {
+  if (path.isEmpty()) return false;
+  const QFileInfo info(path);
+  const QString file = info.exists() ? info.canonicalFilePath() : info.absoluteFilePath();   // a link is where it leads
+  return !isBelow(file, joinPath(applicationFolder(), QStringLiteral("config"))) && !isBelow(file, userConfigFolder());
+}
 
 void ucCM::setIniFile(const QString& path) {
   if (path == iniFile_) return;
@@ -50,7 +65,10 @@ void ucCM::Init() {
   listLanguage_ = 0;
   stamp_.reset();
   format_ = {};
-  const text::LoadedFile file = text::loadFile(fromQString(iniFile_));
+  const bool tooLarge = text::stampOf(fromQString(iniFile_), false).status.size > kLargestFile;
+  text::LoadedFile file;
+  if (tooLarge) file.error = tr("The definition file is too large").toStdString();
+  else file = text::loadFile(fromQString(iniFile_));
   if (!file.error.empty()) {
     SetStatusText(toQString(file.error));
     const QString question = QStringLiteral("Cannot open 'ini' file :") + iniFile_ + QStringLiteral("\r\n") +
@@ -61,12 +79,14 @@ void ucCM::Init() {
   format_ = file.format;
   stamp_ = file.stamp;
   languages_ = definition::read(wholeText(file.text));
+  if (languages_ && isForeign())
+    for (const auto& language : *languages_) language->isForeign = true;
 }
 
-std::optional<text::FileStamp> ucCM::writeFile(const QString& text, const text::FileFormat& own,
+std::optional<text::FileStamp> ucCM::writeFile(const std::function<QString(bool own)>& text, const text::FileFormat& wanted,
                                                const std::optional<text::FileStamp>& expected) {
-  const std::string bytes = fromQString(text), path = fromQString(iniFile_);
-  const text::FileFormat format = fittingFormat(bytes, own);
+  const std::string bytes = fromQString(text(!isForeign())), path = fromQString(iniFile_);
+  const text::FileFormat format = fittingFormat(bytes, wanted);
   const text::Snapshot snapshot(bytes);
   text::SaveResult saved = text::saveFile(path, snapshot, {format, expected});
   if (saved.changedOnDisk) {
@@ -102,7 +122,8 @@ bool ucCM::SaveIniFile() {
   std::string error;
   const std::string old = text::readBytes(path, &error);
   if (error.empty()) text::saveBytes(path + ".bak", old);   // a copy that fails must not keep the new definitions back
-  const auto written = writeFile(definition::write(*Languages()), format_, stamp_);
+  const auto text = [this](bool own) { return definition::write(*Languages(), own); };   // a foreign file's place says it already
+  const auto written = writeFile(text, format_, stamp_);
   if (!written) return false;
   stamp_ = written;
   return true;
@@ -192,10 +213,15 @@ bool ucCM::AddLangText(const QString& text) {
     expected = file.stamp;
     if (!whole.isEmpty() && !whole.endsWith(u'\n') && !whole.endsWith(u'\r')) whole += QStringLiteral("\r\n");
   }
-  whole += toCrLf(text);
-  if (!whole.endsWith(u'\n')) whole += QStringLiteral("\r\n");
+  QString block = toCrLf(text);
+  if (!block.endsWith(u'\n')) block += QStringLiteral("\r\n");
   // The stamp of the last reading stays: the languages in memory do not hold the new block, so saving them asks first.
-  return writeFile(whole, format, expected).has_value();
+  const bool wasForeign = isForeign();
+  const auto all = [&](bool own) {
+    if (!own) return whole + block;
+    return (wasForeign ? definition::marked(whole) : whole) + definition::marked(block);
+  };
+  return writeFile(all, format, expected).has_value();
 }
 
 QString ucCM::GetLangText(const QString& name) {

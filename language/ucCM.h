@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QString>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -17,6 +18,9 @@ class ucCM {
   Q_DECLARE_TR_FUNCTIONS(ucCM)
  public:
   const QString& IniFile() const { return iniFile_; }      // full path of the definition file
+  // A definition file is foreign when it lies neither beside the program nor in the person's own settings folder. Languages
+  // read there are marked (clsLang::isForeign), and the mark goes along into a file of one's own.
+  bool isForeign() const { return isForeignPlace(iniFile_); }
   void setIniFile(const QString& path);
   const QString& ConfigDir() const { return configDir_; }  // kept for callers
   void setConfigDir(const QString& folder) { configDir_ = folder; }
@@ -56,9 +60,11 @@ class ucCM {
   QString GetLangText(const QString& name);                // the block's lines as they are in the file; empty: not there
 
  private:
+  static bool isForeignPlace(const QString& file);
   std::shared_ptr<clsLang> at(int index);
-  // The stamp of the file as written; nothing when the person was told of a failure or answered not to replace it.
-  std::optional<text::FileStamp> writeFile(const QString& text, const text::FileFormat& own,
+  // Writes text(own), where own says that IniFile is not a foreign one; asked anew when the person chooses another place. Returns
+  // the stamp of the file as written; nothing when the person was told of a failure or answered not to replace it.
+  std::optional<text::FileStamp> writeFile(const std::function<QString(bool own)>& text, const text::FileFormat& format,
                                            const std::optional<text::FileStamp>& expected);
 
   QString iniFile_, configDir_;

@@ -489,6 +489,20 @@ TEST_F(Definitions, CopyingAndPastingLanguages) {
   press(list("lstLanguage"), Qt::Key_C, Qt::ControlModifier);
   const QString text = QGuiApplication::clipboard()->text();
   EXPECT_EQ(s(text), s(definition::write(*manager.Languages())));
+  // What this program copied stays what it was; the same from anybody else would be foreign.
+  boxes.answer(Answer::no).answer(Answer::no);
+  press(list("lstLanguage"), Qt::Key_V, Qt::ControlModifier);
+  ASSERT_EQ(manager.Languages()->Count(), 4);
+  EXPECT_FALSE(language(3)->isForeign);
+  language(3)->isForeign = true;
+  dialog->SelectLanguage(3);
+  press(list("lstLanguage"), Qt::Key_C, Qt::ControlModifier);
+  language(3)->Name = q("renamed");
+  press(list("lstLanguage"), Qt::Key_V, Qt::ControlModifier);
+  ASSERT_EQ(manager.Languages()->Count(), 5);
+  EXPECT_TRUE(language(5)->isForeign) << "the mark is copied";
+  for (int n = 5; n > 2; --n) manager.Languages()->Remove(n);
+  dialog->LoadDefiner();
 
   QGuiApplication::clipboard()->setText(q("[Keywords]\r\nno language\r\n"));
   press(list("lstLanguage"), Qt::Key_V, Qt::ControlModifier);
@@ -502,6 +516,8 @@ TEST_F(Definitions, CopyingAndPastingLanguages) {
   EXPECT_EQ(names("lstLanguage"), (QStringList{q("Verilog"), q("VHDL")}));
   EXPECT_EQ(s(language(1)->Extension), "other");
   EXPECT_EQ(s(language(2)->Extension), "vhd");
+  EXPECT_TRUE(language(1)->isForeign);
+  EXPECT_FALSE(language(2)->isForeign);
   EXPECT_EQ(RegisteredLanguageCount(), 1);
 
   QGuiApplication::clipboard()->setText(q("SetLanguage:VHDL\nSetLanguage:Third\n"));

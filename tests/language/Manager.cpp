@@ -150,6 +150,13 @@ TEST_F(Manager, AsksWhenTheFileCannotBeOpened) {
   dialogs.answer(Answer::yes).answerOpen({});
   manager.Init();
   EXPECT_EQ(s(manager.IniFile()), s(temporary.path()));
+
+  QFile huge(path("huge.ini"));
+  ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.resize(65 << 20));
+  manager.setIniFile(huge.fileName());
+  dialogs.answer(Answer::no);
+  manager.Init();
+  EXPECT_EQ(manager.Languages()->Count(), 0);
 }
 
 TEST_F(Manager, ReadsBadFilesWithoutALanguage) {
