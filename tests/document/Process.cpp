@@ -14,6 +14,7 @@
 
 #include "document/CommandLine.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/Xvfb.h"
 
 using namespace Qt::StringLiterals;
 
@@ -195,29 +196,15 @@ TEST(ProcessRun, AChildThatKeepsTheChannelsDoesNotHoldUpTheEnd) {
 }
 
 TEST(ProcessWindow, IsAskedToCloseWhenItsTitleSaysFinished) {
-  const char* xvfb = ::access("/usr/bin/Xvfb", X_OK) == 0 ? "/usr/bin/Xvfb" : nullptr;
-  if (!xvfb) GTEST_SKIP() << "no Xvfb";
-  const QByteArray before = qgetenv("DISPLAY");
-  Output display;
-  int error = 0;
-  process::Program* const server =
-      process::Program::start({"/bin/sh", "-c", "exec Xvfb -displayfd 1 -screen 0 640x480x24 -nolisten tcp 2>/dev/null"}, 1, &error);
-  ASSERT_NE(server, nullptr);
-  display.collect()(*server);
-  ASSERT_TRUE(spinUntil([&] { return display.out.contains('\n'); }, 10000));
-  qputenv("DISPLAY", ":" + display.out.trimmed());
+  const Xvfb server;
+  if (!server.runs()) GTEST_SKIP() << "no Xvfb";
   const std::string titled = QString::fromStdString(startee()).replace(u"startee"_s, u"titled"_s).toStdString();
   EXPECT_EQ(process::LaunchAndWatch({titled, "working", "finished, all is well"}, 1), 5u);
   // The window may belong to a child of the program that was started.
   EXPECT_EQ(process::LaunchAndWatch({"/bin/sh", "-c", "\"$0\" working Finished; exit $?", titled}, 1), 5u);
   // Another title closes nothing.
-  QTimer::singleShot(1000, [server] {
-    for (auto* program : process::Program::running())
-      if (program != server) program->stop();
+  QTimer::singleShot(1000, [] {
+    for (auto* program : process::Program::running()) program->stop();
   });
   EXPECT_EQ(process::LaunchAndWatch({titled, "working", "almost FINISHED"}, 1), 128u + 15);
-  server->stop();
-  EXPECT_TRUE(spinUntil([] { return process::Program::running().isEmpty(); }));
-  qputenv("DISPLAY", before);
-  if (before.isEmpty()) qunsetenv("DISPLAY");
 }
