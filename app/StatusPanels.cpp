@@ -21,7 +21,7 @@ constexpr PanelRow kPanels[] = {
     {"panelTemplate", QT_TRANSLATE_NOOP("StatusPanels", "Expand the template at the caret"), ""},
     {"panelEncoding", QT_TRANSLATE_NOOP("StatusPanels", "Encoding of the file: change it"), "UTF-8"},
     {"panelLanguage", QT_TRANSLATE_NOOP("StatusPanels", "Language: change it"), ""},
-    {"panelOvertype", QT_TRANSLATE_NOOP("StatusPanels", "Insert or overtype"), "OVR"},
+    {"panelOvertype", QT_TRANSLATE_NOOP("StatusPanels", "Insert, overtype or read-only: change it"), "OVR"},
 };
 
 }  // namespace

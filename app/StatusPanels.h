@@ -1,5 +1,5 @@
 // The panels of the status bar, in this order: text, row and column, line ends, "Template", encoding, language,
-// insert/overtype. All but the first are buttons: what a click does is the frame's affair.
+// insert/overtype/read-only. All but the first are buttons: what a click does is the frame's affair.
 #pragma once
 
 #include <QStatusBar>

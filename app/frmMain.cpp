@@ -225,7 +225,7 @@ void frmMain::refreshToolbar() {
   if (format.bom) encoding += tr(" BOM");
   panels_->setPanel(Panel::encoding, encoding);
   panels_->setPanel(Panel::language, document->cmx->Language().isEmpty() ? tr("No language") : document->cmx->Language());
-  panels_->setPanel(Panel::overtype, document->cmx->overtype() ? tr("OVR") : tr("INS"));
+  panels_->setPanel(Panel::overtype, document->cmx->ReadOnly() ? tr("Read only") : document->cmx->overtype() ? tr("OVR") : tr("INS"));
 }
 
 void frmMain::SetupMenus() {
@@ -286,7 +286,10 @@ void frmMain::panelClicked(Panel panel) {
       break;
     case Panel::encoding: pop(&frmMain::fillEncodings); break;
     case Panel::language: pop(&frmMain::fillLanguages); break;
-    case Panel::overtype: runEditCommand(kToggleOvertype); break;
+    case Panel::overtype:
+      if (activeDocument() && activeDocument()->cmx->ReadOnly()) menus_->action(QStringLiteral("mEditReadOnly"))->trigger();
+      else runEditCommand(kToggleOvertype);
+      break;
   }
 }
 

@@ -81,6 +81,7 @@ void frmMain::mainOpenFile(const QString& path, bool& ok) {
   }
   document->SetLanguage(languages().GetLangFromExt(GetFileExt(name)));
   document->setFile(name);
+  document->followRights();
   adopt(document.release());
   SetupMenus();
   UpdateEditMenu();
@@ -208,6 +209,7 @@ void frmMain::mnuFileSaveAs_Click() {
 bool frmMain::mainSaveDocument(frmDocument& document, const QString& name) {
   if (!document.SaveDocumment(name)) return false;
   document.setFile(name);
+  document.followRights();
   document.SetLanguage(languages().GetLangFromExt(GetFileExt(name)));
   if (document.cmx->hasFocus()) document.Timer1->start();
   frmRegistry::instance().mruFile.AddItem(name);

@@ -55,7 +55,7 @@ bool findFrom(Editor& e, const Searcher& searcher, const QString& shown, ByteRan
 }
 
 void replaceAllIn(Editor& e, const std::vector<ByteRange>& within) {
-  if (e.document().readOnly()) return e.host().note(tr("The text is read-only"));
+  if (EditorAccess::isGuarded(e)) return;
   const Searcher* searcher = stateSearcher(e);
   if (!searcher) return;
   const SearchState& state = searchState();
@@ -184,7 +184,7 @@ void findMarkAll(Editor& e, const QVariant&) {
 }
 
 void replace(Editor& e, const QVariant&) {
-  if (e.document().readOnly()) return e.host().note(tr("The text is read-only"));
+  if (EditorAccess::isGuarded(e)) return;
   const Searcher* searcher = stateSearcher(e);
   if (!searcher) return;
   QString error;

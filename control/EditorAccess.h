@@ -41,6 +41,8 @@ struct EditorAccess {
     ~Inside() { --editor.impl_->inside; }
     Editor& editor;
   };
+  // True, after a note, when the text is read-only.
+  static bool isGuarded(Editor& e);
   // Clips to the text and to a character boundary; never inside CR LF.
   static text::ByteOffset snap(const text::Snapshot& text, text::ByteOffset at);
   // Sets the selection after a change of the text or a move that keeps the goal column.

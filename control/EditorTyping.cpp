@@ -1,4 +1,5 @@
 // Putting text in: typing, new lines and rectangular blocks.
+#include <QCoreApplication>
 #include <algorithm>
 
 #include "control/ColumnBlock.h"
@@ -66,8 +67,14 @@ bool EditorAccess::deleteSelection(Editor& e) {
   return put(e, e.selectedRange(), {});
 }
 
+bool EditorAccess::isGuarded(Editor& e) {
+  if (!e.document().readOnly()) return false;
+  e.host().note(QCoreApplication::translate("Editor", "The text is read-only"));
+  return true;
+}
+
 bool Editor::typeText(const QString& text) {
-  if (document().readOnly()) return false;
+  if (EditorAccess::isGuarded(*this)) return false;
   EditorAccess::noteForMacro(*this, [&] { keyMacros().noteText(text); });
   const EditorAccess::Inside inside(*this);
   const LineNo line = snapshot().lineAt(selectedRange().begin);
@@ -94,7 +101,7 @@ bool Editor::typeText(const QString& text) {
 // Language mode knows no block words on this floor: it goes by the nearest line above that is not blank, so that an empty line in
 // between does not lose the indent.
 bool Editor::newLine() {
-  if (document().readOnly()) return false;
+  if (EditorAccess::isGuarded(*this)) return false;
   UndoGroup group(document());
   if (selection_.column) {
     EditorAccess::deleteSelection(*this);
@@ -118,7 +125,7 @@ bool Editor::newLine() {
 }
 
 bool Editor::insertBlock(const QString& block) {
-  if (document().readOnly()) return false;
+  if (EditorAccess::isGuarded(*this)) return false;
   UndoGroup group(document());
   if (hasSelection()) EditorAccess::deleteSelection(*this);
   const int tabSize = options_->tabSize;

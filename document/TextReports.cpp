@@ -12,6 +12,7 @@
 
 #include "document/Statements.h"
 #include "document/frmDocument.h"
+#include "text/FileIo.h"
 #include "text/Search.h"
 
 using namespace Qt::StringLiterals;
@@ -104,8 +105,7 @@ QString fileInformation(frmDocument& document) {
     lines << label("Comments") + u"%1 (%2%)"_s.arg(counts.comments).arg(std::llround(100.0 * double(counts.comments) / double(total)));
     lines << label("Blank Lines") + QString::number(counts.blank);
   }
-  constexpr auto kWriters = QFileDevice::WriteOwner | QFileDevice::WriteGroup | QFileDevice::WriteOther;
-  if (named && file.exists() && (!file.isWritable() || !(file.permissions() & kWriters))) lines << u"Read Only"_s;
+  if (named && text::writeProtected(fromQString(document.CurrentFileName()))) lines << u"Read Only"_s;
   return lines.join(u"\r\n"_s);
 }
 

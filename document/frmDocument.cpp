@@ -24,6 +24,7 @@ struct frmDocument::Shared {
   QString name, title, folder;
   bool hasName = false;
   bool modified = false;
+  bool protectedFile = false, guarded = false;   // its file, and the text because of that
   int language = 0;
   QString lineComment, blockStart, blockEnd;
   std::int64_t stampTakenNs = 0;   // when the file was last looked at whole
@@ -140,6 +141,16 @@ void frmDocument::setFile(const QString& path) {
   updateCaption();
 }
 
+void frmDocument::followRights() {
+  const bool isProtected = text::writeProtected(fromQString(shared_->name));
+  if (isProtected == shared_->protectedFile) return;
+  shared_->protectedFile = isProtected;
+  const bool guard = isProtected && !cmx->Modified() && !cmx->ReadOnly();
+  if (guard || shared_->guarded) cmx->setReadOnly(guard);
+  shared_->guarded = guard;
+  if (Frame* main = frame()) main->refreshToolbar();
+}
+
 QString frmDocument::Caption() const { return shared_->modified ? shared_->title + u'*' : shared_->title; }
 
 void frmDocument::updateCaption() {
@@ -183,6 +194,7 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   shared_->stampTakenNs = nowNs();
   shared_->hasName = true;
   if (shared_->recovery) shared_->recovery->saved();
+  if (again) followRights();
   Timer1->start();
   // A 16-bit encoding has the byte of a line feed inside other characters; there the control knows better.
   const text::Encoding encoding = cmx->fileFormat().encoding;
@@ -324,6 +336,7 @@ void frmDocument::inconsistentDate() {
     if (now.exists) {   // moved, linked, other rights: the same text of the same date
       known = now;
       shared_->stampTakenNs = lookedAt;
+      followRights();
     }
     return;
   }

@@ -32,6 +32,9 @@ class frmDocument : public QWidget {
   bool DocumentModified() const;            // last value passed to DocumentChanged
   void setUntitled(const QString& title, const QString& folder);
   void setFile(const QString& path);        // name, title, folder and caption from the path
+  // Guards the text (cmx->ReadOnly) when its file has become write-protected, and takes that guard away when it may be
+  // written again. Between two such changes the guard is the person's; a modified text is not guarded.
+  void followRights();
   QString Caption() const;                  // the title, with "*" behind it while modified
   int views() const;                        // windows on this text, at least 1
 

@@ -34,7 +34,7 @@ struct LoadedFile {
   FileFormat format;
   FileStamp stamp;
   bool firstLineCrlf = true;   // no LF in the bytes before the first CR (an empty file and one without LF too)
-  bool readOnly = false;       // the file may not be written by this user
+  bool readOnly = false;       // see writeProtected
 };
 
 // Reads a regular file whole. Folders, FIFOs, devices, unreadable and vanishing files give an error; out of memory too.
@@ -70,6 +70,8 @@ std::string readBytes(const std::string& path, std::string* error, std::size_t l
 FileStamp stampOf(const std::string& path, bool withContent);
 
 bool fileExists(const std::string& path);
+// There is a file that this user may not write, or that nobody has the right to write (a superuser could all the same).
+bool writeProtected(const std::string& path);
 // Creates the folder and its parents. Empty = done, else an error for the user.
 std::string makeFolders(const std::string& path, unsigned mode = 0777);
 

@@ -47,6 +47,11 @@ std::string openRegular(const std::string& path, files::Descriptor* fd, FileStat
   return files::notRegularText(*status);
 }
 
+bool isProtected(const std::string& path, const FileStatus& status) {
+  constexpr std::uint32_t kWriters = 0222;
+  return (status.mode & kWriters) == 0 || fileSystem().accessAt(FileSystem::kCwd, path, false) < 0;
+}
+
 class Loader {
  public:
   Loader(const LoadOptions& options, SearchControl* control) : options_(options), control_(control) {}
@@ -65,7 +70,7 @@ class Loader {
     }
     file.stamp.exists = true;
     file.stamp.contentHash = hash_.value();
-    file.readOnly = fileSystem().accessAt(FileSystem::kCwd, path, false) < 0;
+    file.readOnly = isProtected(path, file.stamp.status);
     return file;
   }
 
@@ -249,6 +254,11 @@ FileStamp stampOf(const std::string& path, bool withContent) {
 bool fileExists(const std::string& path) {
   FileStatus status;
   return fileSystem().statAt(FileSystem::kCwd, path, true, &status) == 0;
+}
+
+bool writeProtected(const std::string& path) {
+  FileStatus status;
+  return fileSystem().statAt(FileSystem::kCwd, path, true, &status) == 0 && isProtected(path, status);
 }
 
 std::string makeFolders(const std::string& path, unsigned mode) {

@@ -1,4 +1,6 @@
 // The frame's commands on files.
+#include <QToolButton>
+
 #include "tests/app/FrameFixture.h"
 
 namespace {
@@ -52,6 +54,41 @@ TEST_F(Files, WhatCannotBeOpenedLeavesNothing) {
   boxes.answerOpen({});
   main->mnuFileOpen_Click();
   EXPECT_EQ(main->DocCount, 0);
+}
+
+TEST_F(Files, WriteProtectedFilesOpenGuarded) {
+  const auto protect = [this](const char* name, bool on) {
+    QFile::setPermissions(path(name), on ? QFile::ReadOwner : QFile::ReadOwner | QFile::WriteOwner);
+    main->activeDocument()->inconsistentDate();
+  };
+  const auto type = [](frmDocument* document) { return document->cmx->editor().typeText(q("x")); };
+  write("a.v");
+  QFile::setPermissions(path("a.v"), QFile::ReadOwner);
+  ASSERT_TRUE(main->openFile(path("a.v")));
+  frmDocument* document = main->activeDocument();
+  EXPECT_EQ(main->panels().panel(Panel::overtype), q("Read only"));
+  EXPECT_FALSE(type(document));
+  EXPECT_EQ(main->panels().text(), q("The text is read-only"));
+  main->panels().button(Panel::overtype)->click();
+  EXPECT_EQ(main->panels().panel(Panel::overtype), q("INS"));
+  EXPECT_TRUE(type(document)) << "the person may change it all the same";
+  document->cmx->ExecuteCmd(129);
+  trigger("mEditReadOnly");
+  protect("a.v", false);
+  EXPECT_TRUE(type(document)) << "it may be written again";
+  EXPECT_EQ(main->panels().panel(Panel::overtype), q("INS"));
+  protect("a.v", true);
+  EXPECT_TRUE(type(document)) << "no guard while there is something to save";
+
+  frmDocument* other = open("b.v");
+  protect("b.v", true);
+  EXPECT_FALSE(type(other)) << "became protected while it was open";
+  EXPECT_TRUE(main->mainSaveDocument(*other, path("c.v")));
+  EXPECT_TRUE(type(other)) << "under another name it may be written";
+  trigger("mEditReadOnly");
+  protect("c.v", true);
+  protect("c.v", false);
+  EXPECT_FALSE(type(other)) << "the person's own guard stays";
 }
 
 TEST_F(Files, OpenAlreadyBringsForward) {
