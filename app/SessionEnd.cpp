@@ -1,6 +1,7 @@
 #include "app/SessionEnd.h"
 
-#include <QGuiApplication>
+#include <QApplication>
+#include <QEvent>
 #include <QSessionManager>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -8,6 +9,7 @@
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
 #include "document/Recovery.h"
+#include "document/frmDocument.h"
 
 #ifdef Q_OS_UNIX
 #include <fcntl.h>
@@ -18,6 +20,7 @@
 namespace {
 
 constexpr int kRetryMs = 500;
+constexpr int kAnswerMs = 60'000;   // a session that has not ended by then goes on, and with it the questions
 
 #ifdef Q_OS_UNIX
 int pipeEnds[2] = {-1, -1};
@@ -33,7 +36,12 @@ constexpr int kSignals[] = {SIGTERM, SIGHUP, SIGINT};
 }  // namespace
 
 SessionEnd::SessionEnd(frmMain& frame) : frame_(frame) {
-  connect(qGuiApp, &QGuiApplication::commitDataRequest, this, &SessionEnd::commitData, Qt::DirectConnection);
+  connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager& manager) {
+    const bool mayAsk = manager.allowsInteraction();
+    if (!sessionEnds(mayAsk)) manager.cancel();
+    if (mayAsk) manager.release();
+  }, Qt::DirectConnection);
+  qApp->installEventFilter(this);
 #ifdef Q_OS_UNIX
   if (::pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0) return;
   notifier_ = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
@@ -61,22 +69,26 @@ SessionEnd::~SessionEnd() {
 }
 
 void SessionEnd::endWanted() {
-  hold();
-  if (isDialogUp()) {   // somebody is answering something; what they answer comes first
-    QTimer::singleShot(kRetryMs, this, &SessionEnd::endWanted);
-    return;
-  }
-  frame_.close();
+  if (frame_.endFromOutside() || !isDialogUp()) return;
+  QTimer::singleShot(kRetryMs, this, &SessionEnd::endWanted);   // what somebody is answering comes first
 }
 
-// Whatever comes next, a kill after the patience of the system's too: the texts are in their journals.
-void SessionEnd::hold() {
-  if (RecoverySession* session = RecoverySession::current()) session->flush();
+bool SessionEnd::sessionEnds(bool mayAsk) {
+  // Whatever comes next, a kill after the patience of the system's too: the texts are in their journals.
+  if (RecoverySession* session = RecoverySession::current()) session->holdAll();
+  unasked_ = !mayAsk || isDialogUp();
+  if (unasked_) return true;
+  const bool agreed = frame_.agreeToEnd();
+  QTimer::singleShot(kAnswerMs, &frame_, [frame = &frame_] {
+    for (frmDocument* document : frame->documents()) document->withdrawClose();
+  });
+  return agreed;
 }
 
-void SessionEnd::commitData(QSessionManager& manager) {
-  hold();
-  if (!manager.allowsInteraction()) return;
-  if (!frame_.agreeToEnd()) manager.cancel();
-  manager.release();
+// The end of a session that could not be held up: no time for questions.
+bool SessionEnd::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() != QEvent::Quit || object != qApp || !unasked_) return false;
+  event->ignore();
+  endWanted();
+  return true;
 }

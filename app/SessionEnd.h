@@ -1,10 +1,10 @@
-// The end from outside: the desktop's session, and SIGTERM, SIGHUP and SIGINT. Each asks what closing the frame asks, so nothing
-// that was typed goes without an answer; a session that may not be held up is told so only after the journal has the text.
+// The end from outside. SIGTERM, SIGHUP and SIGINT end the program without a question as far as the journals have what is not
+// saved: nobody may be there to answer, and the next start offers it. The end of the desktop's session asks what closing
+// the frame asks, unless the session may not be held up or a dialog is up: then it is the same as a signal.
 #pragma once
 
 #include <QObject>
 
-class QSessionManager;
 class QSocketNotifier;
 class frmMain;
 
@@ -14,11 +14,15 @@ class SessionEnd : public QObject {
   explicit SessionEnd(frmMain& frame);   // one in a process
   ~SessionEnd() override;
 
- private:
-  void commitData(QSessionManager& manager);
-  void endWanted();
-  static void hold();
+  void endWanted();                      // what a signal does
+  // The session is about to end. False: the person wants to stay.
+  bool sessionEnds(bool mayAsk);
 
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
   frmMain& frame_;
   QSocketNotifier* notifier_ = nullptr;
+  bool unasked_ = false;                 // the session is ending, and nobody was asked
 };

@@ -26,8 +26,10 @@
 #include "base/Strings.h"
 #include "document/CMXRegistry.h"
 #include "document/Languages.h"
+#include "document/Recovery.h"
 #include "document/frmDocument.h"
 #include "document/modRegistry.h"
+#include "language/frmDefinitions.h"
 #include "language/ucCM.h"
 
 namespace {
@@ -308,9 +310,28 @@ bool frmMain::agreeToEnd() {
 void frmMain::closeEvent(QCloseEvent* event) {
   if (unloaded_) return event->accept();
   if (isDialogUp() || !closeDefinitions() || !agreeToEnd()) return event->ignore();
+  unload();
+  event->accept();
+}
+
+bool frmMain::endFromOutside() {
+  if (unloaded_) return true;
+  if (RecoverySession* session = RecoverySession::current()) session->holdAll();
+  bool ask = definitions_ && definitions_->isVisible() && definitions_->isChanged();
+  for (frmDocument* document : documents())
+    if (!document->leaveInJournal() && document->cmx->Modified() && !document->hasAgreedToClose()) ask = true;
+  if (ask && isDialogUp()) {
+    for (frmDocument* document : documents()) document->withdrawClose();
+    return false;
+  }
+  if (ask && (!closeDefinitions() || !agreeToEnd())) return false;
+  unload();
+  return true;
+}
+
+void frmMain::unload() {
   closeAgreed({documents_.begin(), documents_.end()});
   MDIForm_Unload();
-  event->accept();
 }
 
 void frmMain::MDIForm_Unload() {

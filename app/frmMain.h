@@ -61,6 +61,9 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void showJournalWarning(const QString& reason);   // why texts are not protected; empty: they are
   // Asks for every modified document; true: all may go, and none will ask again.
   bool agreeToEnd();
+  // Ends without a question as far as journals hold what is not saved: they stay, and the next start offers them. The
+  // rest is asked about as closing does. False: the person wants to stay, or is just answering something.
+  bool endFromOutside();
 
   // Windows and views.
   void newWindow();                            // a further window on the active document
@@ -144,6 +147,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   QMdiSubWindow* windowOf(const frmDocument* document) const;
   void adopt(frmDocument* document);           // into a sub-window, listed and shown
   bool saveAs(frmDocument& document);
+  void unload();                               // every document has agreed
   void closeAgreed(QList<QPointer<frmDocument>> going);
   void mdiActivated(QMdiSubWindow* window);
   void panelClicked(Panel panel);

@@ -24,6 +24,12 @@ RecoverySession::~RecoverySession() {
 QString RecoverySession::folder() const { return toQString(writer_.folder()); }
 bool RecoverySession::flush() { return writer_.flush(); }
 
+void RecoverySession::holdAll() {
+  for (Recovery* one : std::as_const(all_))
+    if (one->model_->document().modified()) one->begin();
+  flush();
+}
+
 void RecoverySession::onFailure(std::function<void(const QString&)> told) {
   told_ = std::move(told);
   if (told_ && !failure_.isEmpty()) told_(failure_);
@@ -81,8 +87,15 @@ void Recovery::saved() {
 
 void Recovery::discard() { journal_.discard(); }
 
-bool Recovery::holdNow() {
+void Recovery::begin() {
   journal_.setAbout(about());
-  journal_.begin();
-  return session->flush() && !journal_.fileName().empty() && journal_.failure().empty();
+  journal_.standAlone();
 }
+
+bool Recovery::holdNow() {
+  begin();
+  session->flush();
+  return holds();
+}
+
+bool Recovery::holds() const { return journal_.durable(); }

@@ -23,6 +23,7 @@ class RecoverySession {
   static RecoverySession* current();                      // null: none
   QString folder() const;
   bool flush();                                           // everything is on disk now; false: it could not be
+  void holdAll();                                         // does what Recovery::holdNow() does for every modified text at once
   // Called on the thread of the session when journals begin to fail, fail for another reason, or work again (empty text).
   void onFailure(std::function<void(const QString&)> told);
   QString failure() const { return failure_; }
@@ -47,11 +48,13 @@ class Recovery : public QObject {
   void setFile(const QString& path, const QString& title);   // path empty: untitled
   void saved();            // the text is what its file holds: loaded, or saved durably
   void discard();          // the person does not want the changes
-  // The text is nowhere else: it is written down now. False: it could not be.
+  // The text is nowhere else: it is written down now, whole. False: it could not be.
   bool holdNow();
+  bool holds() const;      // the journal has all of the text, on the platter
 
  private:
   explicit Recovery(std::shared_ptr<TextModel> model);
+  void begin();
   text::JournalAbout about() const;
   std::shared_ptr<TextModel> model_;
   QString path_, title_;

@@ -296,6 +296,11 @@ bool frmDocument::SaveDocumment(const QString& path) {
 
 bool frmDocument::holdInJournal() { return shared_->recovery && shared_->recovery->holdNow(); }
 
+bool frmDocument::leaveInJournal() {
+  leftInJournal_ = cmx->Modified() && !hasAgreedToClose() && shared_->recovery && shared_->recovery->holds();
+  return leftInJournal_;
+}
+
 bool frmDocument::CancelSaveFile() {
   if (!cmx->Modified()) return false;
   const OwnBox box(*this);
@@ -459,13 +464,22 @@ void frmDocument::Timer1_Timer() {
 
 void frmDocument::resizeEvent(QResizeEvent*) { cmx->setGeometry(0, 0, width(), height()); }
 
+bool frmDocument::hasAgreedToClose() const {
+  return closeAsked_ && (!cmx->Modified() || closeAskedAt_ == cmx->model()->document().revision());
+}
+
 bool frmDocument::agreeToClose() {
-  closeAsked_ = CurrentFileTitle().isEmpty() || views() > 1 || !CancelSaveFile();
+  if (hasAgreedToClose()) return true;
+  const bool last = std::ranges::all_of(shared_->windows, [this](const frmDocument* window) {
+    return window == this || window->closed_ || window->hasAgreedToClose();
+  });
+  closeAsked_ = leftInJournal_ || CurrentFileTitle().isEmpty() || !last || !CancelSaveFile();
+  closeAskedAt_ = cmx->model()->document().revision();
   return closeAsked_;
 }
 
 void frmDocument::closeEvent(QCloseEvent* event) {
-  if (!closeAsked_ && !agreeToClose()) {
+  if (!agreeToClose()) {
     event->ignore();
     return;
   }
@@ -473,7 +487,7 @@ void frmDocument::closeEvent(QCloseEvent* event) {
   Timer1->stop();
   closed_ = true;
   // What was not saved by now the person does not want.
-  if (shared_->recovery && std::ranges::all_of(shared_->windows, &frmDocument::closed_)) shared_->recovery->discard();
+  if (shared_->recovery && !leftInJournal_ && std::ranges::all_of(shared_->windows, &frmDocument::closed_)) shared_->recovery->discard();
   Frame* main = frame();
   if (!main || CurrentFileTitle().isEmpty()) return;
   main->rememberDocumentState(windowStateOf(parentWidget() ? *parentWidget() : *this));

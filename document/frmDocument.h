@@ -71,10 +71,13 @@ class frmDocument : public QWidget {
   void focusWork();                         // what the frame shows of the active document; also run when the focus comes
   // Writes the text into its recovery journal now, as it is nowhere else. False: there is no journal, or it cannot be written.
   bool holdInJournal();
-  // Asks what closing would ask; true: closing will not ask any more. Closing several windows asks for all of them first,
-  // so that a cancelled end leaves every window as it was (withdrawClose).
+  // Where the journal has the whole text: closing will neither ask nor let go of the journal, so that the next start offers it.
+  bool leaveInJournal();
+  // Asks what closing would ask; true: closing will not ask any more, unless the text changes. Closing several windows asks
+  // for all of them first, so that a cancelled end leaves every window as it was (withdrawClose).
   bool agreeToClose();
-  void withdrawClose() { closeAsked_ = false; }
+  bool hasAgreedToClose() const;
+  void withdrawClose() { closeAsked_ = leftInJournal_ = false; }
 
  signals:
   void captionChanged();
@@ -103,5 +106,6 @@ class frmDocument : public QWidget {
   std::shared_ptr<Shared> shared_;
   int ownBoxes_ = 0;              // boxes of ours that are up
   bool focusComesBack_ = false;   // such a box took the focus; its return is no reason to look at the disk
-  bool closeAsked_ = false, closed_ = false;
+  bool closeAsked_ = false, closed_ = false, leftInJournal_ = false;
+  std::uint64_t closeAskedAt_ = 0;   // revision of the text that the answer was about
 };

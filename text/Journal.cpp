@@ -43,6 +43,8 @@ struct Journal::State {
   bool whole = false;                      // write base and about anew, then what waits
   bool aboutChanged = false;
   bool refer = false;                      // the base is what the file of `about` holds
+  bool alone = false;                      // but it must not be
+  bool durable = false;                    // what was handed over last is on the platter
   JournalAbout about;
   Snapshot base;                           // of a whole writing
   std::vector<Waiting> waiting;
@@ -73,7 +75,7 @@ struct JournalWriter::Impl {
 
   using State = Journal::State;
   struct Job {
-    bool remove, whole, refer, aboutChanged;
+    bool remove, whole, refer, aboutChanged, alone;
     JournalAbout about;
     Snapshot base;
     std::vector<Waiting> waiting;
@@ -82,7 +84,7 @@ struct JournalWriter::Impl {
   std::int64_t dueAt(const State& s) const {
     std::int64_t due = -1;
     const auto at = [&](std::int64_t time) { due = due < 0 ? time : std::min(due, time); };
-    const bool content = s.active && (s.whole || s.aboutChanged || !s.waiting.empty());
+    const bool content = s.active && (s.whole || s.aboutChanged || s.alone || !s.waiting.empty());
     if (s.remove || (s.gone && content)) at(0);
     if (content) at(s.waiting.size() >= kJournalWriteEdits ? 0 : s.waitingSince + kJournalWriteMs);
     if (s.unsyncedSince >= 0) at(s.gone ? 0 : s.unsyncedSince + kJournalSyncMs);
@@ -247,7 +249,7 @@ struct JournalWriter::Impl {
     if (job.remove)
       if (const int r = removeFile(s); r < 0) return r;
     if (job.whole) {
-      if (job.refer && !job.remove && !s.name.empty()) job.refer = false;
+      if (job.alone || (!job.remove && !s.name.empty())) job.refer = false;
       if (const int r = writeWhole(s, job, now); r < 0) return r;
       job.aboutChanged = false;
     }
@@ -255,8 +257,8 @@ struct JournalWriter::Impl {
     s.lookedAt = now;
     if (const int r = writeRecords(s, job, now); r < 0) return r;
     const bool outgrown = s.recordBytes > std::max(limits.records, s.latest.size().value) && !s.referred;
-    if (outgrown || (s.referred && referredChanged(s))) {
-      Job again{false, true, false, false, job.about, s.latest, {}};
+    if (outgrown || (s.referred && (job.alone || referredChanged(s)))) {
+      Job again{false, true, false, false, true, job.about, s.latest, {}};
       if (const int r = writeWhole(s, again, now); r < 0) return r;
     }
     if (s.unsyncedSince >= 0 && (all || now >= s.unsyncedSince + kJournalSyncMs)) return syncNow(s);
@@ -276,8 +278,10 @@ struct JournalWriter::Impl {
   }
 
   void serveOne(std::unique_lock<std::mutex>& lock, State& s, std::int64_t now, bool all) {
-    Job job{std::exchange(s.remove, false), false, s.refer, false, s.about, Snapshot(), {}};
+    Job job{std::exchange(s.remove, false), false, s.refer, false, false, s.about, Snapshot(), {}};
+    s.durable = false;
     if (s.active) {
+      job.alone = std::exchange(s.alone, false);
       job.whole = std::exchange(s.whole, false);
       job.aboutChanged = std::exchange(s.aboutChanged, false);
       job.base = job.whole ? std::exchange(s.base, Snapshot()) : Snapshot();
@@ -308,6 +312,7 @@ struct JournalWriter::Impl {
       }
     } else {
       s.retryAt = -1;
+      s.durable = s.unsyncedSince < 0;
     }
     if (why == s.failure) return;
     s.failure = why;
@@ -465,6 +470,14 @@ void Journal::begin() {
   writer.wake.notify_one();
 }
 
+void Journal::standAlone() {
+  begin();
+  JournalWriter::Impl& writer = *writer_.impl_;
+  const std::lock_guard guard(writer.mutex);
+  state_->alone = true;
+  writer.wake.notify_one();
+}
+
 void Journal::setAbout(const JournalAbout& about) {
   JournalWriter::Impl& writer = *writer_.impl_;
   const std::lock_guard guard(writer.mutex);
@@ -485,7 +498,7 @@ void Journal::discard() {
   known_ = document_.revision();
   s.refer = false;
   if (!s.active) return;
-  s.active = s.whole = s.aboutChanged = false;
+  s.active = s.whole = s.aboutChanged = s.alone = false;
   s.remove = true;
   s.waiting.clear();
   s.waitingSince = s.retryAt = -1;
@@ -503,6 +516,12 @@ void Journal::saved(const JournalAbout& about) {
 bool Journal::active() const {
   const std::lock_guard guard(writer_.impl_->mutex);
   return state_->active;
+}
+
+bool Journal::durable() const {
+  const std::lock_guard guard(writer_.impl_->mutex);
+  const State& s = *state_;
+  return s.active && s.durable && !s.whole && !s.aboutChanged && !s.alone && s.waiting.empty();
 }
 
 std::string Journal::failure() const {

@@ -70,7 +70,10 @@ class Journal {
   void discard();
   // Starts now, without a change: the text is nowhere else.
   void begin();
+  // Nobody may be there to go on: whatever follows, the journal holds the whole text, also where it referred to the file.
+  void standAlone();
   bool active() const;             // there is, or will be, a file
+  bool durable() const;            // all that was changed is on the platter, and no change is waiting
   std::string failure() const;     // why it is not being written; empty: all is well
   std::string fileName() const;    // within the folder; empty: none is written yet
 

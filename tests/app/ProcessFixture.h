@@ -1,0 +1,106 @@
+// The real program in processes of its own, with folders of the user that are the test's.
+#pragma once
+
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QRegularExpression>
+
+#include "tests/app/FrameFixture.h"
+
+inline constexpr int kPatience = 20000;   // ms; the machine may be busy
+
+class ProcessRun : public testing::Test {
+ protected:
+  void SetUp() override {
+    program_ = QString::fromLocal8Bit(qgetenv("ZELKOR_BIN")) + QLatin1Char('/') + q(programName());
+    ASSERT_TRUE(QFile::exists(program_)) << "set ZELKOR_BIN to the folder of the program";
+    environment_ = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR", "HOME"}) {
+      const QString folder = dir_.filePath(q(name).toLower());
+      QDir().mkpath(folder);
+      ::chmod(folder.toUtf8().constData(), 0700);
+      environment_.insert(q(name), folder);
+    }
+    environment_.insert(q("QT_QPA_PLATFORM"), q("offscreen"));
+  }
+  void TearDown() override {
+    for (const auto& process : processes_) {
+      if (process->state() == QProcess::NotRunning) continue;
+      process->kill();
+      process->waitForFinished(kPatience);
+    }
+  }
+
+  virtual const char* programName() const { return "zelkor"; }
+  QProcess& start(const QStringList& arguments, const QString& folder = {}) {
+    processes_.push_back(std::make_unique<QProcess>());
+    QProcess& process = *processes_.back();
+    process.setProcessEnvironment(environment_);
+    process.setWorkingDirectory(folder.isEmpty() ? dir_.path() : folder);
+    process.start(program_, arguments);
+    EXPECT_TRUE(process.waitForStarted(kPatience));
+    return process;
+  }
+  // Exit status of a run to its end; -1: it did not end in time.
+  int run(const QStringList& arguments, const QString& folder = {}) {
+    QProcess& process = start(arguments, folder);
+    process.closeWriteChannel();
+    return process.waitForFinished(kPatience) && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+  }
+  QString socketPath() const {
+    QDirIterator it(environment_.value(q("XDG_RUNTIME_DIR")), {q("*.sock")}, QDir::System, QDirIterator::Subdirectories);
+    return it.hasNext() ? it.next() : QString();
+  }
+  QProcess& startFirst(const QStringList& arguments = {}) {
+    QProcess& first = start(arguments);
+    for (QElapsedTimer timer = started(); socketPath().isEmpty() && timer.elapsed() < kPatience;) QThread::msleep(5);
+    EXPECT_FALSE(socketPath().isEmpty());
+    return first;
+  }
+  static QElapsedTimer started() {
+    QElapsedTimer timer;
+    timer.start();
+    return timer;
+  }
+  // Asks the copy to end and gives what it left in the settings: the recently-used files, latest first.
+  std::string endAndListFiles(QProcess& first, bool sorted = false) {
+    first.terminate();
+    EXPECT_TRUE(first.waitForFinished(kPatience));
+    EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(first.exitCode(), 0);
+    QStringList names;
+    QDirIterator it(environment_.value(q("XDG_CONFIG_HOME")), QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+      QFile file(it.next());
+      if (!file.open(QIODevice::ReadOnly)) continue;
+      const QByteArray bytes = file.readAll();
+      const QString text = bytes.startsWith("\xFF\xFE") ? QString(reinterpret_cast<const QChar*>(bytes.constData()), bytes.size() / 2)
+                                                        : QString::fromUtf8(bytes);
+      for (int i = 0; i < 10; ++i) {
+        const QRegularExpression entry(q("\"MRU%1\"=\"(.*)\"").arg(i));
+        const QString name = entry.match(text).captured(1);
+        if (name.startsWith(dir_.path())) names << name;   // not the samples of a first run
+      }
+    }
+    if (sorted) names.sort();
+    return lines(names);
+  }
+  static std::string lines(const QStringList& names) { return names.join(u'\n').toStdString(); }
+  QString write(const QString& name, const QByteArray& bytes = "text\n") {
+    QFile file(dir_.filePath(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    return file.fileName();
+  }
+
+  QTemporaryDir dir_;
+  QString program_;
+  QProcessEnvironment environment_;
+  std::vector<std::unique_ptr<QProcess>> processes_;
+};

@@ -1,0 +1,105 @@
+// The end of the desktop's session, and closing that was agreed to before it happens.
+#include "app/SessionEnd.h"
+
+#include "document/Recovery.h"
+#include "tests/app/FrameFixture.h"
+#include "tests/support/files/FaultyFileSystem.h"
+
+namespace {
+
+class SessionEndRun : public FrameFixture {
+ protected:
+  ~SessionEndRun() override { main.reset(); }   // the session outlives the documents
+
+  void type(frmDocument* document) { document->cmx->InsertText(q("x"), {0, 0}); }
+  int journals() {
+    session.flush();
+    return int(QDir(path("recovery")).entryList({q("*.journal")}, QDir::Files).size());
+  }
+
+  RecoverySession session{path("recovery")};
+  SessionEnd end{*main};
+};
+
+TEST_F(SessionEndRun, AsksWhatClosingAsksAndOnlyOnce) {
+  frmDocument* one = open("one.v");
+  type(one);
+  type(open("two.v"));
+  int ended = 0;
+  QObject::connect(main.get(), &frmMain::ended, [&] { ++ended; });
+  boxes.answer(Answer::yes).answer(Answer::cancel);
+  EXPECT_FALSE(end.sessionEnds(true)) << "the person wants to stay";
+  EXPECT_EQ(read(path("one.v")), "xtext\n");
+  EXPECT_EQ(main->documents().size(), 2);
+  type(one);
+  boxes.answer(Answer::no).answer(Answer::no);
+  EXPECT_TRUE(end.sessionEnds(true));
+  EXPECT_EQ(journals(), 2) << "until it really ends";
+  main->close();
+  EXPECT_EQ(ended, 1);
+  EXPECT_EQ(journals(), 0) << "the person wanted none of it";
+}
+
+TEST_F(SessionEndRun, ATextThatIsChangedAfterTheAnswerIsAskedAboutAgain) {
+  frmDocument* document = open("one.v");
+  type(document);
+  boxes.answer(Answer::no);
+  EXPECT_TRUE(end.sessionEnds(true));
+  type(document);   // another program kept the session from ending
+  boxes.answer(Answer::cancel);
+  trigger("mnuFileClose");
+  EXPECT_EQ(main->documents().size(), 1);
+  document->cmx->setModified(false);
+}
+
+TEST_F(SessionEndRun, WithoutTimeForQuestionsTheTextsStayInTheirJournals) {
+  type(open("one.v"));
+  type(main->LoadNewDoc());
+  open("untouched.v");
+  int ended = 0;
+  QObject::connect(main.get(), &frmMain::ended, [&] { ++ended; });
+  EXPECT_TRUE(end.sessionEnds(false));
+  EXPECT_EQ(main->documents().size(), 3) << "it may go on after all";
+  QEvent quit(QEvent::Quit);
+  QApplication::sendEvent(qApp, &quit);
+  EXPECT_EQ(ended, 1);
+  EXPECT_TRUE(main->documents().isEmpty());
+  EXPECT_EQ(journals(), 2);
+  EXPECT_EQ(read(path("one.v")), "text\n");
+}
+
+TEST_F(SessionEndRun, OnlyWhatNoJournalHoldsIsAskedAbout) {
+  type(open("one.v"));
+  frmDocument* two = open("two.v");
+  EXPECT_EQ(journals(), 1);
+  testing_files::FaultyFileSystem full;
+  const testing_files::UseFileSystem use(full);
+  full.failUse("openAt", 1, ENOSPC, true);
+  type(two);
+  const auto asked = [&] { return boxes.last().title; };
+  boxes.answer(Answer::cancel);
+  EXPECT_FALSE(main->endFromOutside());
+  EXPECT_EQ(asked(), q("two.v"));
+  EXPECT_EQ(boxes.boxes.size(), 1u);
+  EXPECT_EQ(main->documents().size(), 2);
+  boxes.answer(Answer::cancel);
+  trigger("mnuFileClose");
+  EXPECT_EQ(asked(), q("two.v")) << "staying takes every agreement back";
+  full.clear();
+  EXPECT_TRUE(main->endFromOutside());
+  EXPECT_EQ(boxes.boxes.size(), 2u);
+  EXPECT_EQ(journals(), 2);
+}
+
+TEST_F(SessionEndRun, TwoWindowsOnOneTextAskOnce) {
+  type(open("one.v"));
+  main->newWindow();
+  boxes.answer(Answer::cancel);
+  EXPECT_FALSE(main->agreeToEnd());
+  boxes.answer(Answer::no);
+  main->close();
+  EXPECT_EQ(boxes.boxes.size(), 2u);
+  EXPECT_TRUE(main->documents().isEmpty());
+}
+
+}  // namespace
