@@ -1,4 +1,4 @@
-// Sudden ends of the real program while somebody types: kill -9 (J1), and the signals that ask it to end.
+// Sudden ends of the real program while somebody types: kill -9 (J1), and the signals that ask it to end (J7).
 #include <algorithm>
 #include <random>
 
