@@ -11,6 +11,7 @@
 #include "app/mGlobals.h"
 #include "base/Dialogs.h"
 #include "base/Program.h"
+#include "base/Strings.h"
 #include "control/Rendezvous.h"
 #include "document/frmDocument.h"
 #include "text/FileIo.h"
@@ -19,6 +20,7 @@ namespace {
 
 constexpr int kStartWaitMs = 15000;   // for a first copy that holds the lock but does not listen yet
 constexpr int kRetryMs = 20;
+constexpr int kAnswerWaitMs = 10000;  // until the person is asked whether to go on waiting
 
 // Sessions of one user on different displays do not share a frame.
 QString displayName() {
@@ -28,6 +30,25 @@ QString displayName() {
 }
 
 QString tr(const char* text) { return QCoreApplication::translate("Instance", text); }
+
+bool windowsAreSeen() {
+  const QString platform = QGuiApplication::platformName();
+  return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+}
+
+// Whoever typed the command reads it in the terminal; whoever started it from the desktop sees a box.
+void tell(const QString& text, const QList<HandOff>& notOpened) {
+  std::fprintf(stderr, "zelkor: %s\n", qPrintable(text));
+  for (const HandOff& one : notOpened)
+    if (!one.text.isEmpty()) std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("not opened: %1").arg(plainForDisplay(one.text))));
+  if (windowsAreSeen()) MsgBox(text, QString::fromLatin1(kApplicationTitle), Icon::exclamation);
+}
+
+bool goOnWaiting() {
+  std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("the running editor does not answer yet")));
+  return !windowsAreSeen() || MsgBox(tr("The running editor does not answer. Do you want to go on waiting?"),
+                                     QString::fromLatin1(kApplicationTitle), Icon::question, Buttons::yesNo) == Answer::yes;
+}
 
 }  // namespace
 
@@ -90,12 +111,13 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
         }
         [[fallthrough]];
       case HandOffAnswer::busy:
-        MsgBox(tr("The target editor is currently occupied. Please close any dialogs to continue"),
-               QString::fromLatin1(kApplicationTitle), Icon::exclamation);
+        tell(tr("The target editor is currently occupied. Please close any dialogs to continue"), commandLines.mid(next));
         return Role::failed;
       case HandOffAnswer::refused:
-        MsgBox(tr("The running editor could not open %1").arg(commandLines.value(next).text),
-               QString::fromLatin1(kApplicationTitle), Icon::exclamation);
+        tell(tr("The running editor could not open %1").arg(plainForDisplay(commandLines.value(next).text, 300)), commandLines.mid(next));
+        return Role::failed;
+      case HandOffAnswer::silent:
+        tell(tr("The running editor did not answer. It may still open what it was given"), commandLines.mid(next));
         return Role::failed;
     }
   }
@@ -108,6 +130,7 @@ QString Instance::socketPath() const { return place_ ? place_->socketPath() : QS
 
 HandOffAnswer Instance::HandOffCommandLine(const QString& socket, const QList<HandOff>& commandLines, qsizetype* next) {
   MsgSender sender;
+  sender.setPatience(kAnswerWaitMs, goOnWaiting);
   if (!sender.connectTo(socket)) return HandOffAnswer::gone;
   QList<HandOff> all = commandLines;
   if (all.isEmpty()) all.append(HandOff{{}, qEnvironmentVariable("XDG_ACTIVATION_TOKEN"), false, false, false});

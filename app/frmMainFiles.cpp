@@ -125,6 +125,11 @@ frmDocument* frmMain::openAt(const QString& path, qint64 line, qint64 column) {
 }
 
 frmDocument* frmMain::takeIn(const QString& path) {
+  // Only what a copy of the program left for this is removed.
+  if (!path.startsWith(userStateFolder() + QStringLiteral("/input-")) || path.contains(QLatin1String("/../"))) {
+    MsgBox(tr("File Open Error : ") + plainForDisplay(path));
+    return nullptr;
+  }
   auto document = std::make_unique<frmDocument>();
   const QString error = document->cmx->OpenFile(path);
   text::fileSystem().unlinkAt(text::FileSystem::kCwd, fromQString(path), false);

@@ -103,7 +103,7 @@ QString spoolStandardInput(const QString& folder, QString* error) {
 }
 
 int complain(const QString& text, int status) {
-  std::fprintf(stderr, "zelkor: %s\n", qPrintable(text));
+  std::fprintf(stderr, "zelkor: %s\n", qPrintable(plainForDisplay(text)));
   return status;
 }
 
@@ -227,6 +227,8 @@ display:
   if (role != Instance::Role::first) {
     readWhatTheEndWrites();
     main.MDIForm_Unload();
+    if (role == Instance::Role::failed && !spooled.isEmpty())
+      complain(QCoreApplication::translate("mGlobals", "what came from standard input was kept in %1").arg(spooled), 1);
     return role == Instance::Role::handedOver ? 0 : 1;
   }
   loadSettings(main);

@@ -173,6 +173,11 @@ bool MsgSender::connectTo(const QString& path) {
   return false;
 }
 
+void MsgSender::setPatience(int ms, std::function<bool()> goOn) {
+  patienceMs_ = ms;
+  goOn_ = std::move(goOn);
+}
+
 HandOffAnswer MsgSender::send(const HandOff& handOff) {
   const QByteArray message = framed(handOff.toFields());
   if (message.size() - 4 > qsizetype(Msghook::kLargest)) return HandOffAnswer::refused;
@@ -180,20 +185,24 @@ HandOffAnswer MsgSender::send(const HandOff& handOff) {
   while (socket_.bytesToWrite() > 0)
     if (!socket_.waitForBytesWritten(-1)) return HandOffAnswer::gone;
   QString fields;
-  if (!readAnswer(&fields)) return HandOffAnswer::gone;
+  if (!readAnswer(&fields, false)) return gaveUp_ ? HandOffAnswer::silent : HandOffAnswer::gone;
   if (fields == kActed) return HandOffAnswer::acted;
   return fields == kBusy ? HandOffAnswer::busy : HandOffAnswer::refused;
 }
 
 bool MsgSender::waitForClosed() {
   QString fields;
-  return readAnswer(&fields) && fields == kClosed;
+  return readAnswer(&fields, true) && fields == kClosed;
 }
 
-bool MsgSender::readAnswer(QString* fields) {
+bool MsgSender::readAnswer(QString* fields, bool patient) {
   const auto have = [&](qint64 count) {
-    while (socket_.bytesAvailable() < count)
-      if (!socket_.waitForReadyRead(-1)) return false;
+    while (socket_.bytesAvailable() < count) {
+      if (socket_.waitForReadyRead(patient ? -1 : patienceMs_)) continue;
+      if (socket_.state() != QLocalSocket::ConnectedState || socket_.error() != QLocalSocket::SocketTimeoutError) return false;
+      gaveUp_ = !goOn_ || !goOn_();
+      if (gaveUp_) return false;
+    }
     return true;
   };
   if (!have(4)) return false;

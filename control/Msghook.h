@@ -24,7 +24,8 @@ struct HandOff {
   static bool fromFields(const QString& fields, HandOff* out);
 };
 
-enum class HandOffAnswer { acted, busy, refused, gone };   // gone: the receiver ended or never answered
+// gone: the receiver ended; silent: it is there, but has not answered and the sender's person waits no longer.
+enum class HandOffAnswer { acted, busy, refused, gone, silent };
 struct HandOffReply {
   HandOffAnswer answer = HandOffAnswer::acted;
   bool willTell = false;   // acted with wait: the sender is told by Msghook::tellClosed
@@ -66,10 +67,15 @@ class Msghook : public QObject {
 class MsgSender {
  public:
   bool connectTo(const QString& path);      // false: nobody there, or not of our user
-  HandOffAnswer send(const HandOff& handOff);   // waits without limit for the answer
+  // Waits for the answer without limit, but asks `goOn` each time nothing has come for so long.
+  void setPatience(int ms, std::function<bool()> goOn);
+  HandOffAnswer send(const HandOff& handOff);
   bool waitForClosed();                     // after an acted message with `wait`; false: the receiver ended
 
  private:
-  bool readAnswer(QString* fields);
+  bool readAnswer(QString* fields, bool patient);
   QLocalSocket socket_;
+  int patienceMs_ = -1;
+  std::function<bool()> goOn_;
+  bool gaveUp_ = false;
 };

@@ -3,6 +3,8 @@
 
 #include "tests/app/FrameFixture.h"
 
+#include "base/Program.h"
+
 namespace {
 
 class Files : public FrameFixture {};
@@ -240,7 +242,12 @@ TEST_F(Files, OpenAtGoesToThePlace) {
 }
 
 TEST_F(Files, StandardInputBecomesANewDocument) {
-  const QString spooled = write("spool", "from a pipe\n");
+  const QString other = write("input-1", "a file of the person\n");
+  boxes.answer(Answer::ok);
+  EXPECT_EQ(main->takeIn(other), nullptr);
+  EXPECT_TRUE(QFile::exists(other)) << "only what lies in the state folder for this is removed";
+  const QString spooled = userStateFolder() + q("/input-1");
+  ASSERT_TRUE(QFile::copy(write("spool", "from a pipe\n"), spooled));
   frmDocument* document = main->takeIn(spooled);
   ASSERT_NE(document, nullptr);
   EXPECT_FALSE(QFile::exists(spooled));

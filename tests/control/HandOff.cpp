@@ -240,6 +240,25 @@ TEST_F(HandOffMessages, WaitingSenderIsToldWhenItIsClosed) {
   sender->wait(1000);
 }
 
+TEST_F(HandOffMessages, ASilentReceiverIsWaitedForAsLongAsThePersonWishes) {
+  Msghook hook([&](quint64, const HandOff& handOff) {
+    if (handOff.text == QLatin1String("slow")) QThread::msleep(700);
+    return HandOffReply{};
+  });
+  ASSERT_TRUE(hook.listen(socketPath()));
+  for (const bool patient : {true, false}) {
+    HandOffAnswer answer = HandOffAnswer::gone;
+    int asked = 0;
+    meanwhile([&] {
+      MsgSender sender;
+      sender.setPatience(150, [&] { return ++asked > 0 && patient; });
+      if (sender.connectTo(socketPath())) answer = sender.send({QStringLiteral("slow"), {}, false, false, false});
+    });
+    EXPECT_EQ(answer, patient ? HandOffAnswer::acted : HandOffAnswer::silent);
+    EXPECT_EQ(asked > 1, patient) << asked;
+  }
+}
+
 TEST_F(HandOffMessages, GarbageIsHungUpOnAndHurtsNobody) {
   int acted = 0;
   Msghook hook([&](quint64, const HandOff&) {

@@ -1,9 +1,13 @@
-// Q1: Command strings: any lines over any text end, report what means nothing, and leave the file as it is unless saving was asked
-// for. All files are in memory; lines that would start programs are left out.
+// Q1: Command strings: any lines over any text end, report what means nothing, leave a text whose undo leads back to the one before,
+// and leave the file as it is unless saving was asked for. All files are in memory; lines that would start programs are left out.
 #include <QApplication>
 
+#include "control/CommandTable.h"
 #include "document/Batch.h"
 #include "document/CommandLine.h"
+#include "document/Statements.h"
+#include "document/frmDocument.h"
+#include "document/mCMXParser.h"
 #include "control/TextModel.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/files/CrashFileSystem.h"
@@ -22,22 +26,65 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   return 0;
 }
 
+namespace {
+
+// The lines that an input picks from the tables of the language, with arguments of its own.
+QString picked(fuzz::Input& in) {
+  QString lines;
+  for (int left = 12; left > 0 && !in.empty(); --left) {
+    const auto own = statements::verbs();
+    const auto edit = commands();
+    const std::size_t pick = in.byte() + 256u * (in.byte() % 2);
+    QString line = pick < 300 ? QLatin1String(statements::kEditPrefix) + QLatin1String(edit[pick % edit.size()].name)
+                              : QString(QLatin1String(own[pick % own.size()].name));
+    if (pick >= 500) line = QLatin1String("cmdSELGET\ncmdSELECTAREA");
+    lines += line + u' ' + toQString(in.until('\n')) + u'\n';
+  }
+  return lines;
+}
+
+// One run is one step: back it leads to the text before, and forward again to the text after.
+void runOn(frmDocument& document, const QString& commands) {
+  text::Document& edited = document.cmx->model()->document();
+  const auto bytes = [&] { return edited.snapshot().bytes({text::ByteOffset(0), edited.snapshot().size()}); };
+  const std::string before = bytes();
+  const mCMXParser::Outcome outcome = mCMXParser::Run(0, 0, commands);
+  check(outcome.ending != mCMXParser::Ending::refused, "it is run");
+  check((outcome.line > 0) == (outcome.ending != mCMXParser::Ending::done), "a run that did not end well names its line");
+  edited.checkInvariants();
+  const std::string after = bytes();
+  int steps = 0;
+  for (; edited.canUndo(); ++steps) edited.undo();
+  check(bytes() == before, "undo leads back");
+  check(edited.undoWasDropped() || steps > 0 || before == after, "a change can be undone");
+  for (; steps > 0; --steps) edited.redo();
+  check(bytes() == after, "redo leads forward");
+  edited.checkInvariants();
+  const CmRange selection = document.cmx->GetSel(false);
+  check(selection.StartLineNo >= 0 && selection.StartLineNo < document.cmx->LineCount() && selection.EndLineNo < document.cmx->LineCount(),
+        "the selection is in the text");
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input in(data, size);
   const std::string text(in.take(in.byte()));
-  const QString commands = toQString(in.rest());
-  for (const std::string& word : programArguments(commands)) check(word.size() <= size * 3, "words come from the line");
+  const bool fromTables = in.byte() % 2 == 1;
+  const QString commands = fromTables ? picked(in) : toQString(in.rest());
+  const std::size_t length = fromQString(commands).size();
+  for (const std::string& word : programArguments(commands)) check(word.size() <= length, "words come from the line");
   // Each paste may double the text.
   if (commands.contains(QLatin1String("shell"), Qt::CaseInsensitive) || commands.count(QLatin1String("paste"), Qt::CaseInsensitive) > 6 ||
       commands.count(QLatin1String("logtotext"), Qt::CaseInsensitive) > 6)
     return 0;
   testing_files::CrashFileSystem disk(testing_files::DiskState{{"/d/file.v", text}});
   const testing_files::UseFileSystem use(disk);
-  BatchOptions options;
-  options.commands = commands;
-  options.files << QStringLiteral("/d/file.v");
-  const int status = batch::run(options);
-  check(status >= batch::kDone && status <= batch::kFailed, "a status of its own");
+  const int status = batch::eachDocument({QStringLiteral("/d/file.v")}, [&](frmDocument& document) {
+    runOn(document, commands);
+    return batch::kDone;
+  });
+  check(status == batch::kDone, "the file is read");
   if (!commands.contains(QLatin1String("logsave"), Qt::CaseInsensitive)) check(disk.now().at("/d/file.v") == text, "nothing is saved");
   return 0;
 }
