@@ -6,10 +6,12 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <optional>
 #include <set>
 
+#include "base/Strings.h"
 #include "document/Statements.h"
 #include "document/frmDocument.h"
 #include "text/FileIo.h"
@@ -93,7 +95,8 @@ QString fileInformation(frmDocument& document) {
   const bool named = !document.CurrentFileName().isEmpty();
   const QFileInfo file(document.CurrentFileName());
   QStringList lines;
-  lines << label("Path") + (named ? document.CurrentFileName() : document.CurrentFileDir() + QDir::separator() + document.CurrentFileTitle());
+  const QString path = named ? document.CurrentFileName() : document.CurrentFileDir() + QDir::separator() + document.CurrentFileTitle();
+  lines << label("Path") + plainForDisplay(path, INT_MAX);   // a name may hold a line break
   const QDateTime time = named ? file.lastModified() : QDateTime();
   lines << label("Last Modified") +
                (time.isValid() ? QLocale().toString(time.date(), QLocale::ShortFormat) + time.time().toString(u" hh:mm:ss"_s) : QString());

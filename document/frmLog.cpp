@@ -225,7 +225,7 @@ void frmLog::watch(process::Program& program) {
   connect(&program, &process::Program::finished, this, [this, flush, name](int exitCode) {
     flush(true);
     if (openLine_) AppendLog(u"\r\n"_s, lastStream_);
-    AppendLog(tr("[%1: exit code %2]").arg(name).arg(exitCode) + u"\r\n"_s);
+    AppendLog(tr("[%1: exit code %2]").arg(plainForDisplay(name), QString::number(exitCode)) + u"\r\n"_s);
     const auto running = process::Program::running();
     program_ = running.isEmpty() ? nullptr : running.last();
     stopAction->setEnabled(programRuns());

@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QFile>
 
+#include "control/TextModel.h"
 #include "document/Messages.h"
 #include "document/Process.h"
 #include "tests/document/RunFixture.h"
@@ -54,6 +55,27 @@ TEST(Log, L1_SizeIsLimitedAndSaysSo) {
   const qint64 kept = log.cmx->LineCount() - 2;   // without the notice and the empty end
   EXPECT_EQ(notice, u"[%1 earlier line(s) dropped]"_s.arg(500 - kept));
   EXPECT_EQ(log.cmx->GetLine(1), u"line %1"_s.arg(500 - kept));
+}
+
+// Whatever is written, by the command language or by a program, a line of the log shows what it holds.
+TEST(Log, L1_ControlCharactersAreEscapedAndTextStaysOut) {
+  RunFrame frame;
+  testing_files::TempFolder folder;
+  const std::string name = "two\nlines\xE2\x80\xAE.v";
+  testing_files::writeRaw(folder / name, "secret of the document\n");
+  bool loaded = false;
+  const QString path = toQString(folder / name);
+  frame.active->LoadDocument(path, loaded);
+  ASSERT_TRUE(loaded);
+  frame.active->setFile(path);
+  frame.cmx().InsertText(u"typed and never saved"_s, {0, 0});
+  const QString program = qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s) + u"/startee"_s;
+  frame.run(u"ECHO a\x1B[2Jb\nFILEINFO\ncmdSELECTALL\ncmdUPPERCASESELECTION\nSHELLW %1 out \"c\a\u200Bd\" err \"e\u202Ef\"\n"_s.arg(program));
+  const QString log = frame.logWindow->Text();
+  for (const QString& part : {u"a<U+001B>[2Jb"_s, u"two\\nlines<U+202E>.v"_s, u"c<U+0007><U+200B>d"_s, u"e<U+202E>f"_s})
+    EXPECT_TRUE(log.contains(part)) << qPrintable(part) << "\n" << qPrintable(log);
+  for (const QChar c : log) EXPECT_TRUE(c.isPrint() || c == u'\r' || c == u'\n' || c == u'\t') << int(c.unicode());
+  for (const QString& part : {u"secret"_s, u"SECRET"_s, u"typed"_s, u"TYPED"_s}) EXPECT_FALSE(log.contains(part)) << qPrintable(log);
 }
 
 TEST(Log, ProgramOutputComesByLinesAndWithItsEnd) {

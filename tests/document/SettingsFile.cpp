@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -9,10 +10,12 @@
 #include <random>
 
 #include "document/RegistryFile.h"
+#include "document/RegistryText.h"
 #include "document/clsRegistry.h"
 #include "document/modRegistry.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/ScriptedDialogs.h"
+#include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"
 #include "tests/support/files/TempFolder.h"
 
@@ -163,51 +166,163 @@ TEST(SettingsFile, C1_ChangesOfOthersAreKept) {
   EXPECT_FALSE(valueIn(path, u"first"_s).isValid());
 }
 
-// Four processes write 1,000 values each into one file; some are killed on the way. What a process was told to be written
-// stays written, and the file is whole at any time.
+// Four processes write 1,000 values each into one file; each is killed again and again at random moments and goes on behind what it
+// was told to be in the file. All values are there in the end, and what the file held besides. ZELKOR_FULL=1: with many more flushes
+// and kills.
 TEST(SettingsFile, C1_ProcessesWritingAtOnceLoseNothing) {
+  const bool full = qEnvironmentVariableIntValue("ZELKOR_FULL") != 0;
+  const int count = 1000, every = full ? 4 : 40, mostKills = full ? 60 : 5;
   TempFolder folder;
   const QString path = settingsFile(folder);
+  writeRaw(path.toStdString(), "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Other]\r\n\"x\"=hex(b):01,02\r\n");
   const QString program = qEnvironmentVariable("ZELKOR_BIN") + u"/settings_writer"_s;
-  std::mt19937 random(5);
+  std::mt19937 random(unsigned(qEnvironmentVariableIntValue("ZELKOR_SEED")) + 5);
   struct Writer {
-    std::unique_ptr<QProcess> process;
     QString name;
-    bool killed;
-  };
-  std::vector<Writer> writers;
-  for (int n = 0; n < 6; ++n) {
-    Writer writer{std::make_unique<QProcess>(), QString(QChar(ushort('a' + n))), n >= 4};
-    writer.process->start(program, {path, writer.name, u"1000"_s, u"25"_s});
-    ASSERT_TRUE(writer.process->waitForStarted());
-    writers.push_back(std::move(writer));
-  }
-  for (Writer& writer : writers) {
-    if (!writer.killed) continue;
-    spin(40 + int(random() % 60));
-    writer.process->kill();
-  }
-  for (Writer& writer : writers) {
-    if (writer.process->state() != QProcess::NotRunning) {
-      ASSERT_TRUE(writer.process->waitForFinished(60000));
+    std::unique_ptr<QProcess> process;
+    int next = 0, kills = 0;
+    QElapsedTimer clock;
+    qint64 lifetime = 0;
+
+    void start(const QString& toRun, const QString& file, int last, int step, qint64 time) {
+      process = std::make_unique<QProcess>();
+      process->start(toRun, {file, name, QString::number(last), QString::number(step), QString::number(next)});
+      EXPECT_TRUE(process->waitForStarted());
+      clock.start();
+      lifetime = time;
     }
-    if (!writer.killed) {
-      EXPECT_EQ(writer.process->exitCode(), 0) << qPrintable(writer.name);
+    // What it was told is in the file, and stays there whatever becomes of it.
+    void hear() {
+      const QList<QByteArray> told = process->readAllStandardOutput().trimmed().split('\n');
+      if (!told.last().isEmpty()) next = told.last().toInt() + 1;
+    }
+  };
+  const auto lifetime = [&] { return 30 + qint64(random() % (full ? 120 : 150)); };
+  std::vector<Writer> writers;
+  for (int n = 0; n < 4; ++n) {
+    writers.emplace_back().name = QString(QChar(ushort('a' + n)));
+    writers.back().start(program, path, count, every, lifetime());
+  }
+  int kills = 0;
+  QElapsedTimer patience;
+  patience.start();
+  for (bool busy = true; busy && patience.elapsed() < 300000;) {
+    busy = false;
+    for (Writer& writer : writers) {
+      writer.process->waitForFinished(1);
+      const bool runs = writer.process->state() != QProcess::NotRunning;
+      if (runs && writer.kills < mostKills && writer.clock.elapsed() > writer.lifetime) {
+        writer.process->kill();
+        ASSERT_TRUE(writer.process->waitForFinished(60000));
+        writer.hear();
+        ++writer.kills;
+        ++kills;
+        writer.start(program, path, count, every, lifetime());
+        busy = true;
+      } else if (runs) {
+        busy = true;
+      } else if (writer.next < count) {
+        ASSERT_EQ(writer.process->exitStatus(), QProcess::NormalExit);
+        ASSERT_EQ(writer.process->exitCode(), 0) << qPrintable(writer.name);
+        writer.hear();
+        ASSERT_EQ(writer.next, count);
+      }
     }
   }
   RegistryFile store(path);
-  for (Writer& writer : writers) {
-    const QList<QByteArray> told = writer.process->readAllStandardOutput().trimmed().split('\n');
-    const int last = told.last().isEmpty() ? -1 : told.last().toInt();
-    if (!writer.killed) {
-      EXPECT_EQ(last, 999);
-    }
-    for (int n = 0; n <= last; ++n) {
+  int lost = 0;
+  for (const Writer& writer : writers) {
+    for (int n = 0; n < count; ++n) {
       QVariant value;
       store.read(kLocalMachine, kKey, writer.name + QString::number(n), &value);
-      ASSERT_EQ(value, n) << qPrintable(writer.name) << n;
+      lost += value != n;
     }
   }
+  EXPECT_EQ(lost, 0);
+  std::printf("4 processes, %d keys each, %d kills, %d lost\n", count, kills, lost);
+  EXPECT_GE(kills, 4);
+  RegistryText held;
+  ASSERT_TRUE(held.parse(QByteArray::fromStdString(readRaw(path.toStdString()))));
+  EXPECT_TRUE(held.hasValue(u"HKEY_CURRENT_USER\\Other"_s, u"x"_s)) << "what others keep in the file";
+}
+
+// C2 as S5: at any moment of writing the settings out, whatever a power cut leaves of it is the old file or the new one; and
+// the new one once it was reported as written.
+TEST(SettingsFile, C2_EveryStateAfterAPowerCutIsOldOrNew) {
+  for (const bool isNew : {false, true}) {
+    CrashFileSystem disk(DiskState{{"/home/user/other", "untouched"}});
+    const UseFileSystem use(disk);
+    const QString path = u"/home/user/settings.reg"_s;
+    RegistryFile store(path);
+    if (!isNew) {
+      write(store, u"A"_s, 1);
+      ASSERT_EQ(store.flush(), 0);
+    }
+    const std::string old = isNew ? std::string() : disk.now().at(path.toStdString());
+    std::vector<std::pair<std::string, DiskState>> states;
+    FaultyFileSystem watched(disk);
+    int code = 0;
+    {
+      const UseFileSystem watch(watched);
+      watched.before([&](const Call& call) {
+        for (const DiskState& state : disk.afterPowerCut(400)) states.emplace_back("before " + call.name, state);
+      });
+      write(store, u"A"_s, 2);
+      write(store, u"B"_s, u"text"_s);
+      code = store.flush();
+    }
+    ASSERT_EQ(code, 0);
+    const std::string fresh = disk.now().at(path.toStdString());
+    EXPECT_GT(states.size(), 10u);
+    for (const auto& [when, state] : states) {
+      const auto found = state.find(path.toStdString());
+      if (found == state.end()) {
+        EXPECT_TRUE(isNew) << when;
+      } else {
+        ASSERT_TRUE(found->second == fresh || (!isNew && found->second == old)) << when;
+      }
+    }
+    for (const DiskState& state : disk.afterPowerCut(400)) ASSERT_EQ(state.at(path.toStdString()), fresh) << "it was reported as written";
+  }
+}
+
+// Whatever the file was cut to, the store starts with its defaults or with the whole of it, keeps the damaged bytes, and tells once.
+TEST(SettingsFile, C2_CutAtEveryByteItIsSetAsideAndToldOnce) {
+  CrashFileSystem disk(DiskState{{"/home/user/other", "untouched"}});
+  const UseFileSystem use(disk);
+  const QString path = u"/home/user/settings.reg"_s;
+  {
+    RegistryFile store(path);
+    write(store, u"A"_s, 7);
+    write(store, u"T"_s, u"a text of\r\ntwo lines"_s);
+    ASSERT_EQ(store.flush(), 0);
+  }
+  const std::string whole = disk.now().at(path.toStdString());
+  int damaged = 0;
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    CrashFileSystem cut(DiskState{{path.toStdString(), whole.substr(0, length)}});
+    const UseFileSystem useCut(cut);
+    ScriptedDialogs dialogs;
+    std::size_t told = 0;
+    for (int start = 0; start < 2; ++start) {   // the next start finds nothing to tell
+      if (cut.now().contains(path.toStdString())) dialogs.answer(Answer::ok);
+      RegistryFile store(path);
+      QVariant value;
+      store.read(kLocalMachine, kKey, u"A"_s, &value);
+      store.read(kLocalMachine, kKey, u"T"_s, &value);
+      if (value.isValid()) {
+        EXPECT_EQ(value, u"a text of\r\ntwo lines"_s) << length;
+        dialogs.messageBox({}, {}, Icon::none, Buttons::ok);   // the answer that was not needed
+        told = 2;
+        break;
+      }
+      told = dialogs.boxes.size();
+      EXPECT_EQ(told, 1u) << length;
+      EXPECT_EQ(cut.now().at("/home/user/settings.damaged.reg"), whole.substr(0, length));
+    }
+    damaged += told == 1;
+  }
+  EXPECT_GE(damaged, int(whole.size()) - 2);
 }
 
 TEST(SettingsFile, C2_ADamagedFileIsKeptAndToldOnce) {

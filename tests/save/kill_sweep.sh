@@ -3,10 +3,10 @@
 # and saves again for each of them, killed as it enters that call. Where the file is overwritten in place, a whole copy of
 # the old text must stand beside it while it is neither. Also: no call truncates on opening, and a failing sync is a refused save.
 #
-#   kill_sweep.sh PROBE          ZELKOR_FULL=1: every call, also of the large files (else a part of them there)
+#   kill_sweep.sh PROBE WRITER   ZELKOR_FULL=1: every call, also of the large files (else a part of them there)
 set -u
 export LC_ALL=C ASAN_OPTIONS=detect_leaks=0
-probe=$1
+probe=$1 writer=$2
 memory=/dev/shm   # a kill does not depend on the disk: take memory where there is some
 [ -d $memory ] && [ -w $memory ] || memory=${TMPDIR:-/tmp}
 work=$(mktemp -d -p $memory) || exit 1
@@ -23,6 +23,15 @@ fail() {
   echo "FAILED: $*"
   ls -la "$work/d"
   exit 1
+}
+
+# The calls between the marks, each with the count of its name since the program began.
+list_calls() {
+  awk '
+    { uses[$1]++ }
+    /the-save-ends-here/ { exit }
+    on && $1 !~ /^(brk|mmap|munmap|mremap|madvise|futex|getrandom)$/ { print $1, uses[$1] }
+    /the-save-begins-here/ { on = 1 }'
 }
 
 make_text() {  # SIZE LETTER
@@ -64,12 +73,7 @@ sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
   strace -o "$work/trace" "$probe" "$target" "$work/new" > "$work/out" || fail "$name: the save alone: $(cat "$work/out")"
   cmp -s "$target" "$work/new" || fail "$name: not saved"
   ! grep -q O_TRUNC "$work/trace" || fail "$name: opens with truncation"
-  # The calls between the marks, each with the count of its name since the program began.
-  sed -n 's/^\([a-z0-9_]*\)(\(.*\)/\1 \2/p' "$work/trace" | awk '
-    { uses[$1]++ }
-    /the-save-ends-here/ { exit }
-    on && $1 !~ /^(brk|mmap|munmap|mremap|madvise|futex|getrandom)$/ { print $1, uses[$1] }
-    /the-save-begins-here/ { on = 1 }' > "$work/calls"
+  sed -n 's/^\([a-z0-9_]*\)(\(.*\)/\1 \2/p' "$work/trace" | list_calls > "$work/calls"
   [ "$(wc -l < "$work/calls")" -ge 8 ] || fail "$name: too few calls: $(cat "$work/calls")"
 
   while read -r call nth; do
@@ -105,6 +109,36 @@ sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
   echo "$name: $(wc -l < "$work/calls") calls"
 }
 
+# The same for the settings (promise C2): the writer merges one value into a file that holds another.
+sweep_settings() {  # NAME yes|no: is there a file before
+  local name=$1 before=$2 call nth
+  kind=settings
+  rm -rf "$work/d" && mkdir "$work/d"
+  target=$work/d/settings.reg
+  [ "$before" = no ] || "$writer" "$target" old 1 1 > /dev/null || fail "$name: no file to begin with"
+  [ "$before" = no ] || cp "$target" "$work/old"
+  strace -o "$work/trace" "$writer" "$target" new 1 1 > /dev/null || fail "$name: the writer alone"
+  cp "$target" "$work/new"
+  ! grep -q O_TRUNC "$work/trace" || fail "$name: opens with truncation"
+  sed -n 's/^\([a-z0-9_]*\)(\(.*\)/\1 \2/p' "$work/trace" | list_calls > "$work/calls"
+  [ "$(wc -l < "$work/calls")" -ge 8 ] || fail "$name: too few calls: $(cat "$work/calls")"
+  while read -r call nth; do
+    rm -rf "$work/d" && mkdir "$work/d"
+    [ "$before" = no ] || cp "$work/old" "$target"
+    { strace -o /dev/null -e trace="$call" -e inject="$call:signal=KILL:when=$nth" "$writer" "$target" new 1 1 \
+      > /dev/null && fail "$name: not killed at $call $nth"; } 2> /dev/null
+    points=$((points + 1))
+    if [ -e "$target" ]; then
+      cmp -s "$target" "$work/new" || { [ "$before" = yes ] && cmp -s "$target" "$work/old"; } || fail "$name: neither old nor new after $call $nth"
+    else
+      [ "$before" = no ] || fail "$name: no file after $call $nth"
+    fi
+    "$writer" "$target" new 1 1 > /dev/null || fail "$name: not written after a kill at $call $nth"
+    cmp -s "$target" "$work/new" || fail "$name: not whole after a kill at $call $nth"
+  done < "$work/calls"
+  echo "$name: $(wc -l < "$work/calls") calls"
+}
+
 sweep "new file" new 0 5000 1
 sweep "longer" plain 5000 9000 1
 sweep "shorter" plain 9000 5000 1
@@ -115,4 +149,6 @@ sweep "hard link, shorter" hardlink 9000 5000 1
 sweep "hard link, to empty" hardlink 5000 0 1
 sweep "5 MB" plain 5000000 5000001 8
 sweep "5 MB, hard link" hardlink 5000000 4999999 8
+sweep_settings "settings" yes
+sweep_settings "settings, new" no
 echo "$points kills, each left the old text or the new one"
