@@ -23,7 +23,16 @@ class Scanner {
         budget_(budget > 0 ? budget : INT64_MAX) {}
 
   bool spent() const { return budget_ < 0; }
-  LineState stateAt(LineNo line) { return highlighter_ ? model_.stateAt(line, budget_ == INT64_MAX ? 0 : budget_) : LineState(0); }
+  // A state that is not known within the budget is guessed once; asking for a further one then would cost as much again each time.
+  LineState stateAt(LineNo line) {
+    if (!highlighter_) return 0;
+    if (guessed_) budget_ = -1;
+    if (spent()) return 0;
+    bool exact = true;
+    const LineState state = model_.stateAt(line, budget_ == INT64_MAX ? 0 : budget_, &exact);
+    guessed_ = !exact;
+    return state;
+  }
 
   // The brackets of one line; `state` becomes that of the next.
   std::vector<Sign> line(LineNo number, LineState& state) {
@@ -51,6 +60,7 @@ class Scanner {
   const Highlighter* highlighter_;
   char opener_, closer_;
   std::int64_t budget_;
+  bool guessed_ = false;
   std::vector<Token> tokens_;
 };
 

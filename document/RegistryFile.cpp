@@ -126,16 +126,19 @@ int RegistryFile::setAside() {
     const QString aside = joinPath(info.path(), name);
     if (text::fileExists(native(aside))) continue;
     result = fs.renameAt(text::FileSystem::kCwd, native(path_), text::FileSystem::kCwd, native(aside), text::kReplace);
-    if (result == 0 && !told_) {
-      told_ = true;
-      MsgBox(QCoreApplication::translate("RegistryFile",
-                                         "The settings file %1 is damaged. It was kept as %2; the editor goes on with the settings it "
-                                         "still has and its defaults.")
-                 .arg(plainForDisplay(path_), name),
-             QString::fromLatin1(kApplicationTitle));
-    }
+    if (result == 0) keptAs_ = name;
   }
   return result == 0 ? int(kSuccess) : codeOf(result);
+}
+
+// Without the lock: other copies would wait for it as long as the box is up.
+void RegistryFile::tellOfDamage() {
+  if (keptAs_.isEmpty() || std::exchange(told_, true)) return;
+  MsgBox(QCoreApplication::translate("RegistryFile",
+                                     "The settings file %1 is damaged. It was kept as %2; the editor goes on with the settings it "
+                                     "still has and its defaults.")
+             .arg(plainForDisplay(path_), plainForDisplay(keptAs_)),
+         QString::fromLatin1(kApplicationTitle));
 }
 
 void RegistryFile::load() {
@@ -144,8 +147,9 @@ void RegistryFile::load() {
   if (found == Found::damaged && !readOnly_) {
     // Under the lock it is read once more: it may have been seen in the middle of being overwritten in place.
     const Lock lock(path_, lockPatience_);
-    if (lock.error == 0 && (found = readFile(text_)) == Found::damaged && setAside() == kSuccess) return;
+    if (lock.error == 0 && (found = readFile(text_)) == Found::damaged && setAside() == kSuccess) found = Found::missing;
   }
+  tellOfDamage();
   if ((found == Found::damaged || found == Found::unreadable) && !told_) {
     told_ = true;
     const QString why = found == Found::damaged ? QCoreApplication::translate("RegistryFile", "it is damaged") : reason_;
@@ -247,6 +251,7 @@ int RegistryFile::flush() {
       code = writeOut();
     }
   }
+  tellOfDamage();
   if (code == kSuccess) {
     complained_ = false;
     return code;

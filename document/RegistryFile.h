@@ -43,6 +43,7 @@ class RegistryFile : public registry::Store {
   void load();
   Found readFile(RegistryText& text);
   int setAside();                  // under the lock
+  void tellOfDamage();             // not under the lock
   int writeOut();                  // under the lock
   void record(Change change);
   static void apply(const Change& change, RegistryText& text);
@@ -52,6 +53,7 @@ class RegistryFile : public registry::Store {
   RegistryText text_;              // the settings as this process sees them
   std::vector<Change> changes_;    // not yet in the file
   QString reason_;                 // of the last failure, in the system's words
+  QString keptAs_;                 // the damaged file's new name
   QByteArray bytes_;               // of the file at the last reading
   QTimer timer_;
   int lockPatience_ = 3000;

@@ -1,7 +1,4 @@
 // Command lines handed over between real processes: each is acted on, in order, or its sender's person is told (promises I1, I2).
-#include <sys/inotify.h>
-
-#include <QSet>
 #include <random>
 
 #include "control/Msghook.h"
@@ -12,40 +9,7 @@
 #include "tests/support/Xvfb.h"
 
 namespace {
-
 using HandOver = ProcessRun;
-
-// Which files of a folder have been read, in the order of their first reading. Whoever only asks whether they exist reads nothing.
-class ReadFiles {
- public:
-  explicit ReadFiles(const QString& folder) : fd_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-    EXPECT_GE(::inotify_add_watch(fd_, folder.toUtf8().constData(), IN_ACCESS), 0);
-  }
-  ~ReadFiles() { ::close(fd_); }
-  const QStringList& names() {
-    alignas(inotify_event) char bytes[65536];
-    for (ssize_t got; (got = ::read(fd_, bytes, sizeof bytes)) > 0;)
-      for (ssize_t at = 0; at < got;) {
-        const auto* event = reinterpret_cast<const inotify_event*>(bytes + at);
-        EXPECT_FALSE(event->mask & IN_Q_OVERFLOW);
-        const QString name = event->len > 0 ? QString::fromUtf8(event->name) : QString();
-        if (!known_.contains(name)) names_ << name;
-        known_ << name;
-        at += ssize_t(sizeof *event) + event->len;
-      }
-    return names_;
-  }
-  bool has(const QString& path) {
-    names();
-    return known_.contains(path.section(u'/', -1));
-  }
-
- private:
-  int fd_;
-  QStringList names_;
-  QSet<QString> known_;
-};
-
 }  // namespace
 
 TEST_F(HandOver, I2_TwoHundredMessagesAreAllActedOnInOrder) {

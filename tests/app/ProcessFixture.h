@@ -2,6 +2,7 @@
 #pragma once
 
 #include <signal.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSet>
 
 #include "tests/app/FrameFixture.h"
 
@@ -103,4 +105,35 @@ class ProcessRun : public testing::Test {
   QString program_;
   QProcessEnvironment environment_;
   std::vector<std::unique_ptr<QProcess>> processes_;
+};
+
+// Which files of a folder have been read, in the order of their first reading. Whoever only asks whether they exist reads nothing.
+class ReadFiles {
+ public:
+  explicit ReadFiles(const QString& folder) : fd_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+    EXPECT_GE(::inotify_add_watch(fd_, folder.toUtf8().constData(), IN_ACCESS), 0);
+  }
+  ~ReadFiles() { ::close(fd_); }
+  const QStringList& names() {
+    alignas(inotify_event) char bytes[65536];
+    for (ssize_t got; (got = ::read(fd_, bytes, sizeof bytes)) > 0;)
+      for (ssize_t at = 0; at < got;) {
+        const auto* event = reinterpret_cast<const inotify_event*>(bytes + at);
+        EXPECT_FALSE(event->mask & IN_Q_OVERFLOW);
+        const QString name = event->len > 0 ? QString::fromUtf8(event->name) : QString();
+        if (!known_.contains(name) && !(event->mask & IN_ISDIR)) names_ << name;
+        known_ << name;
+        at += ssize_t(sizeof *event) + event->len;
+      }
+    return names_;
+  }
+  bool has(const QString& path) {
+    names();
+    return known_.contains(path.section(u'/', -1));
+  }
+
+ private:
+  int fd_;
+  QStringList names_;
+  QSet<QString> known_;
 };

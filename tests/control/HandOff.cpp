@@ -1,4 +1,4 @@
-// Where copies meet and what they tell each other: promises I1, I2 and the rules of the hand-off socket.
+// Where copies meet and what they tell each other: promises I1, I2 and H4, the rules of the hand-off socket.
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>

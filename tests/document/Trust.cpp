@@ -1,4 +1,4 @@
-// Foreign definition files: their macros start no program and write no file before the person allowed it, once for their content,
+// H3: Foreign definition files: their macros start no program and write no file before the person allowed it, once for their content,
 // and wherever their languages are copied to.
 #include "document/Trust.h"
 

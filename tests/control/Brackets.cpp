@@ -1,0 +1,88 @@
+// H6: what colouring and the search for a bracket's partner cost while a window is painted does not depend on how hostile the text
+// is: both have a budget, and depth is only counted.
+#include "control/Brackets.h"
+
+#include <time.h>
+
+#include "control/LanguageTable.h"
+#include "control/TextModel.h"
+#include "tests/control/PaneFixture.h"
+
+namespace {
+
+constexpr double kMost = 0.4;   // seconds of the processor: some hundred times what the budget takes
+
+double spent() {
+  timespec now{};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return double(now.tv_sec) + double(now.tv_nsec) / 1e9;
+}
+
+std::string repeated(const char* part, int count) {
+  std::string all;
+  for (int n = 0; n < count; ++n) all += part;
+  return all;
+}
+
+class Brackets : public PaneFixture {
+ protected:
+  Brackets() {
+    CmLanguage language;
+    language.MultiLineComments1 = QStringLiteral("/*");
+    language.MultiLineComments2 = QStringLiteral("*/");
+    language.StringDelims = QStringLiteral("\"");
+    LanguageTable::registerLanguage(QStringLiteral("BracketTest"), language);
+  }
+  ~Brackets() override { LanguageTable::unregisterLanguage(QStringLiteral("BracketTest")); }
+};
+
+}  // namespace
+
+TEST_F(Brackets, H6_HostileTextsCostNoMoreThanTheirBudget) {
+  struct Case {
+    const char* name;
+    std::string text;
+  };
+  const Case cases[] = {
+      {"blank lines above", "(" + std::string(3'000'000, '\n') + ")"},
+      {"nested, a line each", repeated("(\n", 300'000) + repeated(")\n", 300'000) + ")"},
+      {"nested in one line", std::string(2'000'000, '(') + std::string(2'000'000, ')')},
+      {"comments that open", repeated("/*\n", 1'000'000) + ")"},
+      {"a string without end", "\"" + std::string(4'000'000, ')')},
+      {"long lines", repeated((std::string(100'000, '(') + "\n").c_str(), 30) + ")"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    control.model()->replaceAll(text::Snapshot(c.text), {});
+    control.setLanguage(QString());
+    ASSERT_TRUE(control.setLanguage(QStringLiteral("BracketTest")));   // nothing is known of its colours
+    double before = spent();
+    matchingBracket(*control.model(), text::ByteOffset(std::int64_t(c.text.size())), 128 * 1024);
+    EXPECT_LT(spent() - before, kMost) << "the partner of a bracket";
+    control.setLanguage(QString());
+    control.setLanguage(QStringLiteral("BracketTest"));
+    control.editor().setSelection({text::ByteOffset(std::int64_t(c.text.size())), text::ByteOffset(std::int64_t(c.text.size()))});
+    before = spent();
+    viewport()->grab();
+    EXPECT_LT(spent() - before, kMost) << "a paint";
+  }
+}
+
+TEST_F(Brackets, PairsAreFoundAcrossLinesCommentsAndStrings) {
+  for (const char* text : {"a (b)", "{\n(\n}\n)", "( \")\" )", "( /* ) */ )", "/* ( */", "(\n/*\n)\n*/\n)"}) {
+    const std::string bytes = text;
+    control.model()->replaceAll(text::Snapshot(bytes), {});
+    ASSERT_TRUE(control.setLanguage(QStringLiteral("BracketTest")));
+    const auto open = bytes.find('('), close = bytes.rfind(')');
+    const auto pair = matchingBracket(*control.model(), text::ByteOffset(std::int64_t(open)), 128 * 1024);
+    if (close == std::string::npos) {
+      EXPECT_FALSE(pair) << text;
+      continue;
+    }
+    ASSERT_TRUE(pair) << text;
+    EXPECT_EQ(pair->partner.value, std::int64_t(close)) << text;
+    const auto back = matchingBracket(*control.model(), text::ByteOffset(std::int64_t(close)), 128 * 1024);
+    ASSERT_TRUE(back) << text;
+    EXPECT_EQ(back->partner.value, std::int64_t(open)) << text;
+  }
+}
