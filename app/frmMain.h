@@ -135,6 +135,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
 
  signals:
   void documentOpened(frmDocument* document);
+  void fileNamed(const QString& path);         // opened, or saved under this name for the first time
   void documentClosed(frmDocument* document);   // its window is about to go
   void ended();                                // the frame has been unloaded
 

@@ -86,6 +86,7 @@ void frmMain::mainOpenFile(const QString& path, bool& ok) {
   SetupMenus();
   UpdateEditMenu();
   ok = true;
+  emit fileNamed(name);
 }
 
 void frmMain::CheckFileStatus(const QString& name, bool& proceed) {
@@ -218,6 +219,7 @@ bool frmMain::mainSaveDocument(frmDocument& document, const QString& name) {
   document.SetLanguage(languages().GetLangFromExt(GetFileExt(name)));
   if (document.cmx->hasFocus()) document.Timer1->start();
   frmRegistry::instance().mruFile.AddItem(name);
+  emit fileNamed(name);
   // Binding a language made it the manager's current one; that is the active document's.
   if (frmDocument* active = activeDocument()) active->focusWork();
   return true;

@@ -8,6 +8,8 @@
 #include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <iterator>
 
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
@@ -38,23 +40,62 @@ text::LoadedFile fileOnDisk(const text::JournalAbout& about) {
   return text::loadFile(about.path, options);
 }
 
+// In words how the file on disk stands to a text that came back; empty: as it was when the text was changed.
+QString fileState(const text::JournalAbout& about, const text::Snapshot& found) {
+  const text::FileStamp now = text::stampOf(about.path, false);
+  if (!now.exists) return frmRecovered::tr("the file is not there any more");
+  const bool plain = about.format == text::FileFormat();   // then the file has as many bytes as the text
+  if (!plain || now.status.size == found.size().value) {
+    const text::LoadedFile disk = fileOnDisk(about);
+    if (disk.error.empty() && sameText(disk.text, found)) return frmRecovered::tr("the same text as the file on disk");
+  }
+  const bool changed = about.stamp && (!about.stamp->exists || about.stamp->status != now.status) &&
+                       !about.stamp->sameContent(text::stampOf(about.path, true));
+  return changed ? frmRecovered::tr("the file on disk was changed since") : QString();
+}
+
 }  // namespace
 
-frmRecovered* frmRecovered::offer(frmMain& frame, const QString& folder) {
-  std::vector<text::LeftJournal> left = text::leftJournals(fromQString(folder));
+frmRecovered* frmRecovered::offer(frmMain& frame, std::vector<text::LeftText> left) {
   if (left.empty()) return nullptr;
-  auto* window = new frmRecovered(frame, std::move(left));
+  frmRecovered* window = nullptr;
+  for (auto* one : frame.findChildren<frmRecovered*>())
+    if (one->isVisible()) window = one;
+  if (!window) window = new frmRecovered(frame);
+  window->add(std::move(left));
   window->show();
   return window;
 }
 
-frmRecovered::frmRecovered(frmMain& frame, std::vector<text::LeftJournal> left)
+frmRecovered* frmRecovered::offer(frmMain& frame, const QString& folder) {
+  std::vector<text::LeftText> left = text::leftJournals(fromQString(folder));
+  std::ranges::move(text::leftCopiesElsewhere(fromQString(folder)), std::back_inserter(left));
+  return offer(frame, std::move(left));
+}
+
+void frmRecovered::offerAgain(frmMain& frame) {
+  RecoverySession* session = RecoverySession::current();
+  offer(frame, session ? session->folder() : RecoverySession::usualFolder());
+  std::vector<std::string> files;
+  for (const frmDocument* document : frame.documents())
+    if (document->DocumentHasName()) files.push_back(fromQString(document->CurrentFileName()));
+  offer(frame, text::leftCopies(files));
+  for (auto* window : frame.findChildren<frmRecovered*>()) {
+    if (!window->isVisible()) continue;
+    window->raise();
+    window->activateWindow();
+    return;
+  }
+  MsgBox(tr("There is nothing to recover."), tr("Recovered texts"), Icon::information);
+}
+
+frmRecovered::frmRecovered(frmMain& frame)
     : QDialog(&frame), frame_(frame), list_(new QTreeWidget), state_(new QLabel) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowTitle(tr("Recovered texts"));
   setObjectName(QStringLiteral("frmRecovered"));
   auto* heading = new QLabel(tr("The editor ended before these texts were saved. Nothing is discarded unless you say so: what you leave "
-                                "here is offered again at the next start."));
+                                "here is offered again at the next start, and by File, Recovered Texts."));
   heading->setWordWrap(true);
   list_->setHeaderLabels({tr("Name"), tr("Last change"), tr("Size"), tr("What came back")});
   list_->setRootIsDecorated(false);
@@ -86,18 +127,18 @@ frmRecovered::frmRecovered(frmMain& frame, std::vector<text::LeftJournal> left)
   layout->addWidget(state_);
   layout->addWidget(buttons);
 
-  for (text::LeftJournal& journal : left) {
+  resize(760, 360);
+}
+
+void frmRecovered::add(std::vector<text::LeftText> left) {
+  for (text::LeftText& journal : left) {
     text::RecoveredText facts = journal.recover();
     const text::Snapshot found = std::exchange(facts.text, text::Snapshot());
-    Entry entry{std::move(journal), std::move(facts), found.size().value, false};
-    if (entry.facts.error.empty() && !entry.facts.about.path.empty()) {
-      const text::LoadedFile disk = fileOnDisk(entry.facts.about);
-      entry.sameAsFile = disk.error.empty() && sameText(disk.text, found);
-    }
+    Entry entry{std::move(journal), std::move(facts), found.size().value, {}};
+    if (entry.facts.error.empty() && !entry.facts.about.path.empty()) entry.file = fileState(entry.facts.about, found);
     entries_.push_back(std::move(entry));
   }
-  fill();
-  resize(760, 360);
+  fill(std::max(0, selected()));
 }
 
 QString frmRecovered::titleOf(const Entry& entry) const {
@@ -109,13 +150,14 @@ QString frmRecovered::stateOf(const Entry& entry) const {
   const text::RecoveredText& facts = entry.facts;
   if (!facts.error.empty()) return tr("Nothing: %1").arg(toQString(facts.error));
   if (!facts.baseWhole) return tr("Only the beginning of the text: the rest had not been written yet");
+  QString state = entry.journal.isCopy() ? tr("A whole copy that an interrupted save left") : tr("All of it");
   if (!facts.whole)
-    return tr("%n change(s); the end of the journal is damaged (%1 of %2 bytes are good)", nullptr, int(facts.changes))
-        .arg(QLocale().toString(facts.read), QLocale().toString(facts.size));
-  return entry.sameAsFile ? tr("The same text as the file on disk") : tr("All of it");
+    state = tr("%n change(s); the end of the journal is damaged (%1 of %2 bytes are good)", nullptr, int(facts.changes))
+                .arg(QLocale().toString(facts.read), QLocale().toString(facts.size));
+  return entry.file.isEmpty() ? state : tr("%1; %2", "what came back; how the file stands").arg(state, entry.file);
 }
 
-void frmRecovered::fill() {
+void frmRecovered::fill(int at) {
   list_->clear();
   for (const Entry& entry : entries_) {
     auto* row = new QTreeWidgetItem(list_);
@@ -129,7 +171,7 @@ void frmRecovered::fill() {
     list_->resizeColumnToContents(column);
     list_->setColumnWidth(column, std::min(list_->columnWidth(column), 360));
   }
-  select(0);
+  select(std::min(at, count() - 1));
   showButtons();
 }
 
@@ -162,7 +204,7 @@ void frmRecovered::drop(int at) {
     close();
     return;
   }
-  fill();
+  fill(at);
 }
 
 void frmRecovered::Restore() {

@@ -1,6 +1,7 @@
-// What came back after the program or the machine had ended without warning: the texts in journals that nobody owns, each
-// with its name, time and size. The person restores them, saves them elsewhere, compares them with the file on disk, or discards
-// them; nothing goes by itself, and what is left when the window closes is offered again at the next start.
+// What came back after the program or the machine had ended without warning: the texts in journals that nobody owns, and the copies
+// that killed saves left, each with its name, time and size. The person restores them, saves them elsewhere, compares them
+// with the file on disk, or discards them; nothing goes by itself, and what is left when the window closes is offered again at the
+// next start, or from the File menu.
 #pragma once
 
 #include <QDialog>
@@ -17,8 +18,10 @@ class frmMain;
 class frmRecovered : public QDialog {
   Q_OBJECT
  public:
-  // Shows the window if journals were left in the folder; null if not. It deletes itself when closed.
-  static frmRecovered* offer(frmMain& frame, const QString& folder);
+  // Shows the window if there is anything, one for all; null if not. It deletes itself when closed.
+  static frmRecovered* offer(frmMain& frame, std::vector<text::LeftText> left);
+  static frmRecovered* offer(frmMain& frame, const QString& folder);   // what was left in the recovery folder
+  static void offerAgain(frmMain& frame);      // all of it, on demand
 
   int count() const { return int(entries_.size()); }
   void select(int entry);
@@ -29,13 +32,14 @@ class frmRecovered : public QDialog {
 
  private:
   struct Entry {
-    text::LeftJournal journal;
+    text::LeftText journal;
     text::RecoveredText facts;   // without the text
     qint64 bytes = 0;            // of the text
-    bool sameAsFile = false;
+    QString file;                // how the file on disk stands to it; empty: as the text knew it
   };
-  frmRecovered(frmMain& frame, std::vector<text::LeftJournal> left);
-  void fill();
+  explicit frmRecovered(frmMain& frame);
+  void add(std::vector<text::LeftText> left);
+  void fill(int selected);
   void showButtons();
   int selected() const;          // -1: none
   QString titleOf(const Entry& entry) const;

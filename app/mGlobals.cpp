@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTimer>
-#include <QTimer>
 #include <QUrl>
 #include <cstdio>
 
@@ -14,10 +13,11 @@
 #include "app/HandbookWindow.h"
 #include "app/Icons.h"
 #include "app/Instance.h"
+#include "app/LeftoverLook.h"
 #include "app/PrintArguments.h"
 #include "app/SessionEnd.h"
-#include "app/frmRecovered.h"
 #include "app/frmMain.h"
+#include "app/frmRecovered.h"
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -33,6 +33,7 @@
 #include "language/ucCM.h"
 #include "print/Verbs.h"
 #include "text/FileIo.h"
+#include "text/Leftovers.h"
 
 namespace {
 
@@ -204,6 +205,7 @@ display:
   QGuiApplication::setDesktopFileName(QStringLiteral("zelkor"));
   QApplication application(argc, argv);
   AddFormatVerbs();
+  text::setRecoveryFolder(fromQString(RecoverySession::usualFolder()));
   if (arguments.batch) return runBatch(words);
   if (arguments.printPdf) return runPrintPdf(words);
 
@@ -245,7 +247,11 @@ display:
     if (document && line.readOnly) document->cmx->setReadOnly(true);
   }
   recovery.onFailure([&main](const QString& reason) { main.showJournalWarning(reason); });
-  QTimer::singleShot(0, &main, [&] { frmRecovered::offer(main, recovery.folder()); });
+  LeftoverLook leftovers(main);
+  QTimer::singleShot(0, &main, [&] {
+    frmRecovered::offer(main, recovery.folder());
+    text::lookForLeftovers(fromQString(userConfigFolder()), false);   // of settings and definitions
+  });
   const int status = application.exec();
   recovery.onFailure({});
   return status;

@@ -10,9 +10,10 @@ RecoverySession* session = nullptr;
 }  // namespace
 
 RecoverySession* RecoverySession::current() { return session; }
+QString RecoverySession::usualFolder() { return userStateFolder() + QStringLiteral("/recovery"); }
 
 RecoverySession::RecoverySession(const QString& folder)
-    : writer_(fromQString(folder.isEmpty() ? userStateFolder() + QStringLiteral("/recovery") : folder)), context_(new QObject) {
+    : writer_(fromQString(folder)), context_(new QObject) {
   session = this;
 }
 

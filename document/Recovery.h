@@ -15,12 +15,13 @@
 // Switches journals on for all texts made while it lives. It must outlive them; one at a time.
 class RecoverySession {
  public:
-  explicit RecoverySession(const QString& folder = {});   // empty: "recovery" in the user's state folder
+  explicit RecoverySession(const QString& folder = usualFolder());
   ~RecoverySession();
   RecoverySession(const RecoverySession&) = delete;
   RecoverySession& operator=(const RecoverySession&) = delete;
 
   static RecoverySession* current();                      // null: none
+  static QString usualFolder();                           // "recovery" in the user's state folder; not made yet
   QString folder() const;
   bool flush();                                           // everything is on disk now; false: it could not be
   void holdAll();                                         // does what Recovery::holdNow() does for every modified text at once

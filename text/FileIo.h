@@ -57,7 +57,10 @@ struct SaveResult {
 // overwrites in place. At any moment the file holds the old bytes or the new ones (or the copy is there to mend it).
 SaveResult saveFile(const std::string& path, const Snapshot& text, const SaveOptions& options);
 
-// Where recovery copies go when the target's own folder takes no new file. Not set: "zelkor" in the user's state folder.
+// The file that a save to this path writes: symbolic links of its last part are followed. The path itself where they lead nowhere.
+std::string savedFile(const std::string& path);
+
+// Where recovery copies go when the target's own folder takes no new file. Not set: "zelkor/recovery" in the user's state folder.
 void setRecoveryFolder(const std::string& folder);
 
 // The same for plain bytes (settings, definition file ...). mode is for a file that does not exist yet.

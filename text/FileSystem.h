@@ -69,6 +69,9 @@ class FileSystem {
 FileSystem& fileSystem();
 FileSystem* setFileSystem(FileSystem* replacement);
 
+// Whose files those are that this program makes, as in FileStatus::owner.
+std::uint32_t currentUser();
+
 // Bytes of memory that this computer has; 0 where unknown.
 std::uint64_t physicalMemory();
 

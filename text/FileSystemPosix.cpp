@@ -210,6 +210,8 @@ FileSystem& systemFileSystem() {
   return posix;
 }
 
+std::uint32_t currentUser() { return ::geteuid(); }
+
 std::uint64_t physicalMemory() {
   const long pages = ::sysconf(_SC_PHYS_PAGES), size = ::sysconf(_SC_PAGESIZE);
   return pages > 0 && size > 0 ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(size) : 0;

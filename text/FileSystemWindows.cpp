@@ -273,6 +273,8 @@ FileSystem& systemFileSystem() {
   return files;
 }
 
+std::uint32_t currentUser() { return 0; }
+
 std::uint64_t physicalMemory() {
   MEMORYSTATUSEX status{};
   status.dwLength = sizeof status;

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <map>
 #include <new>
+
+#include "text/Leftovers.h"
 
 namespace text {
 namespace {
@@ -143,13 +146,20 @@ RecoveredText readJournal(int fd) {
   }
 }
 
-std::optional<LeftJournal> LeftJournal::claim(const std::string& folder, const std::string& name) {
-  LeftJournal left;
+std::optional<LeftText> LeftText::claim(const std::string& folder, const std::string& name) {
+  auto left = own(folder, name, kRead | kWrite);
+  FileStatus status;
+  if (!left || fileSystem().statFd(left->file_.get(), &status) < 0 || status.size == 0) return {};
+  return left;
+}
+
+std::optional<LeftText> LeftText::own(const std::string& folder, const std::string& name, unsigned flags) {
+  LeftText left;
   left.folder_ = folder;
   left.name_ = name;
-  left.file_ = files::open(FileSystem::kCwd, folder + "/" + name, kRead | kWrite | kNoFollow | kNonBlock);
+  left.file_ = files::open(FileSystem::kCwd, folder + "/" + name, flags | kNoFollow | kNonBlock);
   FileStatus own, there;
-  if (!left.file_.ok() || fileSystem().statFd(left.file_.get(), &own) < 0 || !own.isRegular() || own.size == 0) return {};
+  if (!left.file_.ok() || fileSystem().statFd(left.file_.get(), &own) < 0 || !own.isRegular()) return {};
   if (fileSystem().lock(left.file_.get(), true, false) < 0) return {};
   // Its owner may have put a new one in its place, or removed it, before it let go of the lock.
   if (fileSystem().statAt(FileSystem::kCwd, folder + "/" + name, false, &there) < 0 || there.inode != own.inode) return {};
@@ -157,21 +167,49 @@ std::optional<LeftJournal> LeftJournal::claim(const std::string& folder, const s
   return left;
 }
 
-int LeftJournal::remove() {
+int LeftText::remove() {
   const files::Descriptor folder = files::open(FileSystem::kCwd, folder_, kRead | kDirectory);
   if (!folder.ok()) return folder.error();
   if (const int r = fileSystem().unlinkAt(folder.get(), name_, false); r < 0 && r != -ENOENT) return r;
   return files::syncFolder(folder.get());
 }
 
-std::vector<LeftJournal> leftJournals(const std::string& folder) {
+std::optional<LeftText> LeftText::claimCopy(const std::string& folder, const std::string& name, const std::string& path) {
+  auto left = own(folder, name, kRead);   // the rights are those of the file, which may be read-only
+  FileStatus copy, target;
+  if (!left || fileSystem().statFd(left->file_.get(), &copy) < 0) return {};
+  const bool known = fileSystem().statAt(FileSystem::kCwd, path, true, &target) == 0;
+  if (copy.owner != currentUser() && (!known || target.owner != copy.owner)) return {};
+  left->copyOf_ = path;
+  return left;
+}
+
+RecoveredText LeftText::recover() const {
+  if (!copyOf_) return readJournal(file_.get());
+  LoadedFile copy = loadFile(folder_ + "/" + name_);
+  RecoveredText result;
+  result.error = copy.error;
+  const files::PathParts parts = files::splitPath(*copyOf_);
+  if (parts.folder != ".") {
+    result.about.path = *copyOf_;
+    result.about.stamp = stampOf(*copyOf_, true);
+  }
+  result.about.title = parts.name;
+  result.about.format = copy.format;
+  result.text = std::move(copy.text);
+  result.whole = result.baseWhole = copy.error.empty();
+  result.read = result.size = copy.stamp.status.size;
+  return result;
+}
+
+std::vector<LeftText> leftJournals(const std::string& folder) {
   std::vector<std::string> names;
-  std::vector<LeftJournal> all;
+  std::vector<LeftText> all;
   if (fileSystem().listDir(folder, &names) < 0) return all;
   for (const std::string& name : names) {
     const bool aside = name.ends_with(journal::kAsideSuffix);
     if (!aside && !name.ends_with(journal::kSuffix)) continue;
-    auto left = LeftJournal::claim(folder, name);
+    auto left = LeftText::claim(folder, name);
     if (!left) continue;
     if (aside) {
       const std::string whole = name.substr(0, name.size() - journal::kAsideSuffix.size());
@@ -183,7 +221,30 @@ std::vector<LeftJournal> leftJournals(const std::string& folder) {
     }
     all.push_back(std::move(*left));
   }
-  std::sort(all.begin(), all.end(), [](const LeftJournal& a, const LeftJournal& b) { return a.changedNs() > b.changedNs(); });
+  std::sort(all.begin(), all.end(), [](const LeftText& a, const LeftText& b) { return a.changedNs() > b.changedNs(); });
+  return all;
+}
+
+std::vector<LeftText> leftCopies(const std::vector<std::string>& paths) {
+  std::map<std::string, std::vector<std::pair<std::string, std::string>>> byFolder;   // of each folder: name there, path
+  for (const std::string& path : paths) {
+    const files::PathParts parts = files::splitPath(savedFile(path));
+    byFolder[parts.folder].emplace_back(parts.name, path);
+  }
+  std::vector<LeftText> all;
+  for (const auto& [folder, known] : byFolder)
+    for (const CopyName& copy : lookForLeftovers(folder, false)) {
+      const auto about = std::find_if(known.begin(), known.end(), [&](const auto& file) { return isCopyOf(copy, file.first); });
+      if (about == known.end()) continue;
+      if (auto left = LeftText::claimCopy(folder, copy.name, about->second)) all.push_back(std::move(*left));
+    }
+  return all;
+}
+
+std::vector<LeftText> leftCopiesElsewhere(const std::string& folder) {
+  std::vector<LeftText> all;
+  for (const CopyName& copy : lookForLeftovers(folder, true))
+    if (auto left = LeftText::claimCopy(folder, copy.name, copy.path)) all.push_back(std::move(*left));
   return all;
 }
 

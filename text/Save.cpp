@@ -5,6 +5,7 @@
 #include <new>
 
 #include "text/EncodingStreams.h"
+#include "text/Leftovers.h"
 #include "text/SaveWays.h"
 
 namespace text {
@@ -137,8 +138,8 @@ std::string recoveryFolderOrDefault() {
     const char* value = std::getenv(variableName);
     return std::string(value && *value == '/' ? value : "");
   };
-  if (const auto state = variable("XDG_STATE_HOME"); !state.empty()) return state + "/zelkor";
-  if (const auto home = variable("HOME"); !home.empty()) return home + "/.local/state/zelkor";
+  if (const auto state = variable("XDG_STATE_HOME"); !state.empty()) return state + "/zelkor/recovery";
+  if (const auto home = variable("HOME"); !home.empty()) return home + "/.local/state/zelkor/recovery";
   return {};
 }
 
@@ -216,9 +217,21 @@ int writeSource(int fd, const SaveSource& source, std::uint64_t* hash) {
   return flush();
 }
 
+files::Descriptor createUnfinished(int folder, unsigned mode, std::string* name) {
+  files::Descriptor file = files::createUnique(folder, std::string(kUnfinishedPrefix), std::string(kUnfinishedSuffix), mode, name);
+  if (file.ok()) fileSystem().lock(file.get(), true, false);
+  return file;
+}
+
 int removeOwn(int folder, const std::string& name) {
   const int r = fileSystem().unlinkAt(folder, name, false);
   return r == 0 || r == -ENOENT ? 0 : fileSystem().unlinkAt(folder, name, false);
+}
+
+std::string savedFile(const std::string& path) {
+  SaveTarget target;
+  target.path = path;
+  return followLinks(&target) == 0 ? target.path : path;
 }
 
 void setRecoveryFolder(const std::string& folder) { recoveryFolder() = folder; }

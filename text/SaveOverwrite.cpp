@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <new>
 
+#include "text/Leftovers.h"
 #include "text/PlantedFaults.h"
 #include "text/SaveWays.h"
 
@@ -54,25 +55,27 @@ class Overwriting {
  private:
   // A copy of the old bytes, on disk for certain, beside the target or else in the recovery folder.
   int makeCopy(std::uint64_t* hash, std::int64_t* size) {
-    const std::string prefix = target_.parts.name.substr(0, 200) + ".zelkor-recovery-";
     copyFolder_ = target_.parts.folder;
-    int r = target_.folder.ok() ? createCopy(target_.folder.get(), prefix) : -EACCES;
+    int r = target_.folder.ok() ? createCopy(target_.folder.get()) : -EACCES;
     if (r == -EACCES || r == -EROFS || r == -EPERM) {
       copyFolder_ = recoveryFolder_;
       if (copyFolder_.empty() || !makeFolders(copyFolder_, 0700).empty()) return r;
       ownFolder_ = files::open(FileSystem::kCwd, copyFolder_, kRead | kDirectory);
       if (!ownFolder_.ok()) return ownFolder_.error();
-      r = createCopy(ownFolder_.get(), prefix);
+      r = createCopy(ownFolder_.get());
     }
     if (r < 0) return r;
     if ((r = copyBytes(file_.get(), copy_.get(), hash, size)) < 0) return r;
     if ((r = files::sync(copy_.get())) < 0) return r;
+    std::string whole = copyName(copyName_, target_.path, ownFolder_.ok());
+    if ((r = fileSystem().renameAt(copyFolderFd_, copyName_, copyFolderFd_, whole, kReplace)) < 0) return r;
+    copyName_.swap(whole);
     return files::syncFolder(copyFolderFd_);
   }
 
-  int createCopy(int folder, const std::string& prefix) {
+  int createCopy(int folder) {
     copyFolderFd_ = folder;
-    copy_ = files::createUnique(folder, prefix, "", 0600, &copyName_);
+    copy_ = createUnfinished(folder, 0600, &copyName_);
     if (!copy_.ok()) copyName_.clear();
     return copy_.error();
   }

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <new>
 
+#include "text/Leftovers.h"
 #include "text/PlantedFaults.h"
 #include "text/SaveWays.h"
 
@@ -61,7 +62,7 @@ class Replacing {
 
   std::optional<SaveResult> run() {
     const unsigned mode = target_.exists ? target_.status.mode & 0600 : target_.mode;
-    file_ = files::createUnique(folder_, ".zelkor-", ".tmp", mode, &ownName_);
+    file_ = createUnfinished(folder_, mode, &ownName_);
     if (!file_.ok()) {
       ownName_.clear();
       return saveFailed(file_.error());
@@ -77,8 +78,13 @@ class Replacing {
     if (const int r = write(); r < 0) return saveFailed(r);
     if (auto refused = compare()) return refused;
     if (const int r = files::sync(file_.get()); r < 0) return saveFailed(r);
+    // From here on nothing may need memory without a way back. What is aside is whole now, and soon it is the old text.
+    std::string whole = copyName(ownName_, target_.parts.name, false), oldName = whole + "0";
+    if (target_.exists) {
+      if (const int r = fileSystem().renameAt(folder_, ownName_, folder_, whole, kReplace); r < 0) return saveFailed(r);
+      ownName_.swap(whole);
+    }
     if (auto refused = lookAgain()) return refused;
-    std::string oldName = ownName_ + ".old";   // from here on nothing may need memory without a way back
     if (const int r = swap(oldName); r < 0) return r == -EEXIST ? saveRefusedAsChanged() : saveFailed(r);
     try {
       return settle();
@@ -152,6 +158,7 @@ class Replacing {
     int r = fs.renameAt(folder_, ownName_, folder_, name, kExchange);
     if (r == 0) {
       undo_ = Undo::restoreOld;
+      fs.lock(target_.file.get(), false, false);   // nobody else is to take it for left behind
       return 0;
     }
     if (!unsupported(r)) return r;

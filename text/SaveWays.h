@@ -42,6 +42,9 @@ SaveResult saveRefusedAsChanged();
 // Writes all of source, hashing on the way. 0 or -errno.
 int writeSource(int fd, const SaveSource& source, std::uint64_t* hash);
 
+// A file to be written aside (see Leftovers.h), locked for as long as it is open where that is possible.
+files::Descriptor createUnfinished(int folder, unsigned mode, std::string* name);
+
 // Removes a file of ours, trying twice.
 int removeOwn(int folder, const std::string& name);
 

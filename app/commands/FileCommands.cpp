@@ -2,6 +2,7 @@
 
 #include "app/commands/Groups.h"
 #include "app/frmMain.h"
+#include "app/frmRecovered.h"
 
 std::span<const FrameCommand> fileCommands() {
   static const FrameCommand rows[] = {
@@ -20,6 +21,9 @@ std::span<const FrameCommand> fileCommands() {
        .run = [](frmMain& f) { f.mnuFileClose_Click(); }},
       {.name = "mnuFileCloseAll", .menu = "mnuFile", .place = 140, .caption = QT_TRANSLATE_NOOP("frmMain", "Clos&e All"),
        .keys = "Ctrl+Shift+W", .needs = kDocument, .run = [](frmMain& f) { f.mnuFileCloseAll_Click(); }},
+      {.name = "mnuFileRecovered", .menu = "mnuFile", .place = 150, .caption = QT_TRANSLATE_NOOP("frmMain", "&Recovered Texts..."),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "What an earlier end of the editor left unsaved"),
+       .run = [](frmMain& f) { frmRecovered::offerAgain(f); }},
       {.name = "mnuFileSave", .menu = "mnuFile", .place = 200, .caption = QT_TRANSLATE_NOOP("frmMain", "&Save"),
        .keys = "Ctrl+S", .icon = "document-save", .tip = QT_TRANSLATE_NOOP("frmMain", "Save the document"),
        .needs = kDocument | kModified, .run = [](frmMain& f) { f.mnuFileSave_Click(); }, .tool = "Save", .toolPlace = 120},

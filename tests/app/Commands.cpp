@@ -78,6 +78,7 @@ constexpr State kStates[] = {
     {"mnuFileNew", "++++"},        {"mnuFileOpen", "++++"},      {"mnuFileReload", "--++"},
     {"mnuFileClose", "-+++"},      {"mnuFileCloseAll", "-+++"},  {"mnuFileSave", "--+-"},
     {"mnuFileSaveAs", "-+++"},     {"mnuFileSaveAll", "--++"},   {"mnuFileExit", "++++"},
+    {"mnuFileRecovered", "++++"},
     {"mEditUndo", "--+-"},         {"mEditRedo", "----"},        {"mEditCut", "--+-"},
     {"mEditCopy", "--+-"},         {"mEditDelete", "--+-"},      {"mEditSelectAll", "-+++"},
     {"mEditFind", "-+++"},         {"mEditFindNext", "-+++"},    {"mEditReplace", "-+++"},

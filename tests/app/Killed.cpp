@@ -69,7 +69,7 @@ class Killed : public ProcessRun {
     std::vector<std::vector<std::string>> texts(3);
     for (int i = 0; i < 2; ++i) texts[std::size_t(i)].push_back(fileText(i == 0 ? "one.dat" : "two.dat"));
     texts[2].push_back("");
-    for (const text::LeftJournal& left : text::leftJournals(fromQString(journals()))) {
+    for (const text::LeftText& left : text::leftJournals(fromQString(journals()))) {
       const text::RecoveredText back = left.recover();
       EXPECT_EQ(back.error, "");
       EXPECT_TRUE(back.baseWhole);

@@ -6,7 +6,9 @@
 #include <QPointer>
 #include <QTest>
 #include <QTreeWidget>
+#include <functional>
 
+#include "app/LeftoverLook.h"
 #include "base/Program.h"
 #include "document/Recovery.h"
 #include "tests/app/FrameFixture.h"
@@ -177,4 +179,92 @@ TEST_F(Recovered, J8_AJournalThatCannotBeWrittenShowsALastingWarning) {
   EXPECT_EQ(inFolder(journals()).size(), 1);
   session.onFailure({});
   closeAll();
+}
+
+TEST_F(Recovered, S6_ACopyThatAKilledSaveLeftIsOfferedWhenTheFileIsOpened) {
+  const LeftoverLook look(*main);
+  const auto shown = [&] { return main->findChild<frmRecovered*>(); };
+  open("other.v");
+  write(".a.v.zelkor-recovery-abcdefghij", "the text before\n");
+  wait(20);
+  EXPECT_EQ(shown(), nullptr) << "nobody has opened that file";
+  frmDocument* document = open("a.v", "half a te");
+  wait(20);
+  ASSERT_NE(shown(), nullptr);
+  EXPECT_EQ(shown()->count(), 1);
+  shown()->close();
+  wait(20);
+  EXPECT_EQ(shown(), nullptr);
+  EXPECT_TRUE(QFile::exists(path(".a.v.zelkor-recovery-abcdefghij"))) << "nothing goes by itself";
+  trigger("mnuFileRecovered");
+  ASSERT_NE(shown(), nullptr);
+  EXPECT_EQ(shown()->count(), 1);
+  main->activate(document);
+  shown()->Restore();
+  wait(20);
+  EXPECT_EQ(shown(), nullptr);
+  EXPECT_EQ(main->documents().size(), 2);
+  EXPECT_TRUE(document->DocumentModified());
+  EXPECT_EQ(document->cmx->GetLine(0), q("the text before"));
+  EXPECT_FALSE(QFile::exists(path(".a.v.zelkor-recovery-abcdefghij")));
+  document->cmx->ExecuteCmd(129);   // undo
+  EXPECT_EQ(document->cmx->GetLine(0), q("half a te"));
+  boxes.answer(Answer::ok);
+  trigger("mnuFileRecovered");
+  EXPECT_EQ(boxes.last().text, q("There is nothing to recover."));
+  closeAll();
+}
+
+TEST_F(Recovered, S6_ACopyInTheRecoveryFolderIsOfferedAtTheStart) {
+  QDir().mkpath(path("left"));
+  const QString file = write("a.v", "half a te");
+  QString name = file;
+  name.replace(u'/', q("%2F"));
+  testing_files::writeRaw((path("left") + q("/.") + name + q(".zelkor-recovery-abcdefghij")).toStdString(), "the text before\n");
+  testing_files::writeRaw((path("left") + q("/.known by name.zelkor-recovery-abcdefghij")).toStdString(), "another\n");
+  frmRecovered* window = frmRecovered::offer(*main, path("left"));
+  ASSERT_TRUE(window);
+  const auto* list = window->findChild<QTreeWidget*>();
+  ASSERT_EQ(list->topLevelItemCount(), 2);
+  EXPECT_EQ(list->topLevelItem(0)->text(0), file);
+  EXPECT_EQ(list->topLevelItem(1)->text(0), q("known by name"));
+  window->Restore();
+  ASSERT_EQ(main->documents().size(), 1);
+  EXPECT_EQ(main->activeDocument()->CurrentFileName(), file);
+  EXPECT_TRUE(main->activeDocument()->SaveDocumment(file)) << "the person has seen how the file is";
+  EXPECT_EQ(read(file), "the text before\n");
+  window->Restore();
+  wait(10);
+  ASSERT_EQ(main->documents().size(), 2);
+  EXPECT_FALSE(main->activeDocument()->DocumentHasName());
+  closeAll();
+}
+
+TEST_F(Recovered, J4_TheListSaysHowTheFileOnDiskStands) {
+  struct Case {
+    const char* name;
+    std::function<void()> meanwhile;
+    const char* state;
+  };
+  const Case cases[] = {
+      {"a.v", [] {}, "All of it"},
+      {"b.v", [&] { write("b.v", "by others\n"); }, "All of it; the file on disk was changed since"},
+      {"c.v", [&] { QFile::rename(path("c.v"), path("moved.v")); }, "All of it; the file is not there any more"},
+      {"d.v", [&] { write("d.v", "xtext\n"); }, "All of it; the same text as the file on disk"},
+      {"e.v", [&] { write("e.v"); }, "All of it"},   // the same text anew
+  };
+  for (const Case& c : cases) type(open(c.name), "x");
+  const QString left = afterKill();
+  closeAll();
+  for (const Case& c : cases) c.meanwhile();
+  frmRecovered* window = frmRecovered::offer(*main, left);
+  ASSERT_TRUE(window);
+  const auto* list = window->findChild<QTreeWidget*>();
+  ASSERT_EQ(list->topLevelItemCount(), int(std::size(cases)));
+  for (const Case& c : cases) {
+    const auto found = list->findItems(path(c.name), Qt::MatchExactly);
+    ASSERT_EQ(found.size(), 1) << c.name;
+    EXPECT_EQ(found[0]->text(3), q(c.state)) << c.name;
+  }
+  window->close();
 }

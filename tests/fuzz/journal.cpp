@@ -15,7 +15,7 @@ std::string bytesOf(const Snapshot& text) { return text.bytes({ByteOffset(0), te
 RecoveredText readBytes(std::string bytes) {
   testing_files::CrashFileSystem disk(testing_files::DiskState{{"/j/x.journal", std::move(bytes)}});
   const testing_files::UseFileSystem use(disk);
-  const auto left = LeftJournal::claim("/j", "x.journal");
+  const auto left = LeftText::claim("/j", "x.journal");
   if (!left) return {};
   RecoveredText back = left->recover();
   check(back.read <= back.size, "no more is good than there is");

@@ -18,7 +18,7 @@ if ! strace -o /dev/null true 2>/dev/null; then
   exit 77
 fi
 
-points=0
+points=0 strays=0
 fail() {
   echo "FAILED: $*"
   ls -la "$work/d"
@@ -59,7 +59,7 @@ old_or_new() {
   [ "$kind" != new ] && cmp -s "$target" "$work/old" && return 0
   [ "$kind" = hardlink ] || return 1
   local copy
-  for copy in "$work"/d/file.txt.zelkor-recovery-*; do cmp -s "$copy" "$work/old" && return 0; done
+  for copy in "$work"/d/.file.txt.zelkor-recovery-*; do cmp -s "$copy" "$work/old" && return 0; done
   return 1
 }
 
@@ -82,14 +82,24 @@ sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
       > /dev/null && fail "$name: not killed at $call $nth"; } 2> /dev/null
     points=$((points + 1))
     old_or_new || fail "$name: neither old nor new after $call $nth"
-    for stray in "$work"/d/.zelkor-* "$work"/d/*.zelkor-recovery-*; do
+    for stray in "$work"/d/.zelkor-* "$work"/d/.*.zelkor-recovery-*; do
       [ -e "$stray" ] || continue
+      strays=$((strays + 1))
+      case $stray in
+        *zelkor-recovery-*)   # offered, so it must be a whole text
+          cmp -s "$stray" "$work/old" || cmp -s "$stray" "$work/new" || fail "$name: $stray is not whole after $call $nth" ;;
+        *) touch -d '1 hour ago' "$stray" ;;
+      esac
       mode=$(stat -c %a "$stray")
       [ $((0$mode & ~0640)) -eq 0 ] || [ "$kind" = new ] || fail "$name: $stray is wider than its target: $mode"
     done
     # What the kill left behind is in nobody's way.
     "$probe" "$target" "$work/new" > /dev/null || fail "$name: no save after a kill at $call $nth"
     cmp -s "$target" "$work/new" || fail "$name: not saved after a kill at $call $nth"
+    # Whoever opens the file next is offered each copy, and takes what is unfinished away.
+    "$probe" "$target" > "$work/out" || fail "$name: no look after a kill at $call $nth"
+    stray=$(find "$work/d" -name '.zelkor-*' -o -name '.*.zelkor-recovery-*' | wc -l)
+    [ "$stray" -eq "$(wc -l < "$work/out")" ] || fail "$name: left behind after $call $nth: $(cat "$work/out")"
   done < <(awk -v step="${ZELKOR_FULL:+1}" -v usual="$step" '(NR - 1) % (step ? step : usual) == 0' "$work/calls")
 
   # S4: a sync that fails is a save that failed, and the old text is back.
@@ -151,4 +161,4 @@ sweep "5 MB" plain 5000000 5000001 8
 sweep "5 MB, hard link" hardlink 5000000 4999999 8
 sweep_settings "settings" yes
 sweep_settings "settings, new" no
-echo "$points kills, each left the old text or the new one"
+echo "$points kills, each left the old text or the new one; $strays files left behind, all swept or offered"

@@ -1,13 +1,21 @@
 // The real save code in a process of its own, to be traced and killed:
 //   save_probe TARGET NEW-TEXT-FILE
 // Saves the content of the second file to the first, expecting it as it is. Prints the outcome; exits with 1 when refused.
+//   save_probe TARGET
+// Looks for what killed saves left of it, as opening it does, and prints a line for each copy that came back whole.
 #include <sys/stat.h>
 
 #include <cstdio>
 
 #include "text/FileIo.h"
+#include "text/JournalRead.h"
 
 int main(int argc, char** argv) {
+  if (argc == 2) {
+    for (const auto& left : text::leftCopies({argv[1]}))
+      if (const auto found = left.recover(); found.error.empty()) std::printf("%s\n", left.name().c_str());
+    return 0;
+  }
   if (argc != 3) return 2;
   const auto fresh = text::loadFile(argv[2]);
   if (!fresh.error.empty()) return 2;

@@ -250,7 +250,7 @@ TEST(Journal, J3_DamageAnywhereStopsTheReadingAndNeverGivesAWrongText) {
   int whole = 0, partly = 0, none = 0;
   const auto look = [&](const std::string& bytes, bool altered) {
     writeRaw(path, bytes);
-    const auto left = LeftJournal::claim(folder.path(), "x.journal");
+    const auto left = LeftText::claim(folder.path(), "x.journal");
     ASSERT_EQ(left.has_value(), !bytes.empty());
     if (bytes.empty()) return;
     const RecoveredText back = left->recover();

@@ -59,7 +59,7 @@ TEST(SaveCrash, S5_EveryStateAfterAPowerCutIsOldOrNew) {
       if (!scene.hardLink) return false;
       // Being overwritten: then a whole copy of the old text stands beside it.
       for (const auto& [path, bytes] : state)
-        if (path.starts_with("/home/user/file.txt.zelkor-recovery-") && bytes == *scene.old) return true;
+        if (path.starts_with("/home/user/.file.txt.zelkor-recovery-") && bytes == *scene.old) return true;
       return false;
     };
     const auto checkAll = [&](const std::string& when, bool onlyNew) {

@@ -1,0 +1,26 @@
+#include "app/LeftoverLook.h"
+
+#include "app/frmMain.h"
+#include "app/frmRecovered.h"
+#include "base/Strings.h"
+#include "document/frmDocument.h"
+
+LeftoverLook::LeftoverLook(frmMain& frame) : frame_(frame) {
+  soon_.setSingleShot(true);
+  soon_.setInterval(0);
+  connect(&soon_, &QTimer::timeout, this, &LeftoverLook::look);
+  connect(&frame, &frmMain::fileNamed, this, &LeftoverLook::lookAt);
+  for (const frmDocument* document : frame.documents())
+    if (document->DocumentHasName()) lookAt(document->CurrentFileName());
+}
+
+void LeftoverLook::lookAt(const QString& path) {
+  paths_ << path;
+  soon_.start();
+}
+
+void LeftoverLook::look() {
+  std::vector<std::string> paths;
+  for (const QString& path : std::exchange(paths_, {})) paths.push_back(fromQString(path));
+  frmRecovered::offer(frame_, text::leftCopies(paths));
+}
