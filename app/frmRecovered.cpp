@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -101,6 +102,7 @@ frmRecovered::frmRecovered(frmMain& frame)
   list_->setRootIsDecorated(false);
   list_->setUniformRowHeights(true);
   list_->setAllColumnsShowFocus(true);
+  list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
   list_->setAccessibleName(windowTitle());
   state_->setTextFormat(Qt::PlainText);
   state_->setWordWrap(true);
@@ -113,12 +115,13 @@ frmRecovered::frmRecovered(frmMain& frame)
     return button;
   };
   restore_ = add(tr("&Restore"), &frmRecovered::Restore);
+  restoreAll_ = add(tr("Restore A&ll"), &frmRecovered::RestoreAll);
   saveAs_ = add(tr("Save &As..."), &frmRecovered::SaveAs);
   compare_ = add(tr("&Compare..."), &frmRecovered::Compare);
   discard_ = add(tr("&Discard..."), &frmRecovered::Discard);
   buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);   // Enter in the list restores
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
-  connect(list_, &QTreeWidget::currentItemChanged, this, &frmRecovered::showButtons);
+  connect(list_, &QTreeWidget::itemSelectionChanged, this, &frmRecovered::showButtons);
   connect(list_, &QTreeWidget::itemActivated, this, &frmRecovered::Restore);
 
   auto* layout = new QVBoxLayout(this);
@@ -138,7 +141,7 @@ void frmRecovered::add(std::vector<text::LeftText> left) {
     if (entry.facts.error.empty() && !entry.facts.about.path.empty()) entry.file = fileState(entry.facts.about, found);
     entries_.push_back(std::move(entry));
   }
-  fill(std::max(0, selected()));
+  refresh(0);
 }
 
 QString frmRecovered::titleOf(const Entry& entry) const {
@@ -157,7 +160,17 @@ QString frmRecovered::stateOf(const Entry& entry) const {
   return entry.file.isEmpty() ? state : tr("%1; %2", "what came back; how the file stands").arg(state, entry.file);
 }
 
-void frmRecovered::fill(int at) {
+void frmRecovered::refresh(int at) {
+  if (entries_.empty()) {
+    close();
+    return;
+  }
+  fill();
+  select(std::min(at, count() - 1));
+}
+
+void frmRecovered::fill() {
+  const QSignalBlocker quiet(list_);
   list_->clear();
   for (const Entry& entry : entries_) {
     auto* row = new QTreeWidgetItem(list_);
@@ -171,23 +184,35 @@ void frmRecovered::fill(int at) {
     list_->resizeColumnToContents(column);
     list_->setColumnWidth(column, std::min(list_->columnWidth(column), 360));
   }
-  select(std::min(at, count() - 1));
+}
+
+void frmRecovered::select(int entry) {
+  list_->setCurrentItem(list_->topLevelItem(entry));
   showButtons();
 }
 
-void frmRecovered::select(int entry) { list_->setCurrentItem(list_->topLevelItem(entry)); }
-int frmRecovered::selected() const { return list_->indexOfTopLevelItem(list_->currentItem()); }
+std::vector<int> frmRecovered::selected() const {
+  std::vector<int> all;
+  for (QTreeWidgetItem* row : list_->selectedItems()) all.push_back(list_->indexOfTopLevelItem(row));
+  std::ranges::sort(all);
+  return all;
+}
+
+int frmRecovered::only() const {
+  const std::vector<int> all = selected();
+  return all.size() == 1 ? all[0] : -1;
+}
 
 void frmRecovered::showButtons() {
-  const int at = selected();
-  const bool any = at >= 0 && at < count();
-  const Entry* entry = any ? &entries_[std::size_t(at)] : nullptr;
-  const bool text = entry && entry->facts.error.empty();
-  restore_->setEnabled(text);
-  saveAs_->setEnabled(text);
-  compare_->setEnabled(text && !entry->facts.about.path.empty());
-  discard_->setEnabled(any);
-  state_->setText(entry ? plainForDisplay(stateOf(*entry)) : QString());
+  const std::vector<int> all = selected();
+  const Entry* one = all.size() == 1 ? &entries_[std::size_t(all[0])] : nullptr;
+  const auto hasText = [&](int at) { return entries_[std::size_t(at)].facts.error.empty(); };
+  restore_->setEnabled(std::ranges::any_of(all, hasText));
+  restoreAll_->setVisible(count() > 1);
+  saveAs_->setEnabled(one && hasText(all[0]));
+  compare_->setEnabled(one && hasText(all[0]));
+  discard_->setEnabled(!all.empty());
+  state_->setText(one ? plainForDisplay(stateOf(*one)) : all.empty() ? QString() : tr("%n text(s) selected", nullptr, int(all.size())));
 }
 
 text::RecoveredText frmRecovered::textOf(const Entry& entry) {
@@ -200,29 +225,36 @@ void frmRecovered::drop(int at) {
   const int error = entries_[std::size_t(at)].journal.remove();
   if (error < 0) MsgBox(toQString(text::errorText(error)), tr("Recovered texts"));
   entries_.erase(entries_.begin() + at);
-  if (entries_.empty()) {
-    close();
-    return;
-  }
-  fill(at);
 }
 
 void frmRecovered::Restore() {
-  const int at = selected();
-  if (at < 0 || !restore_->isEnabled()) return;
-  const text::RecoveredText found = textOf(entries_[std::size_t(at)]);
-  if (!found.error.empty()) return;
-  frmDocument* document = frame_.restore(found);
-  if (!document) return;
-  if (document->holdInJournal()) {
-    drop(at);
-  } else {   // the old journal is all there is
-    MsgBox(tr("The text is open again, but no new journal could be written for it. The old one is kept."), tr("Recovered texts"));
+  const std::vector<int> all = selected();
+  std::vector<std::pair<int, frmDocument*>> restored;   // last to first, so that what was on top of the list is in front
+  for (auto at = all.rbegin(); at != all.rend(); ++at) {
+    const Entry& entry = entries_[std::size_t(*at)];
+    if (!entry.facts.error.empty()) continue;
+    const text::RecoveredText found = textOf(entry);
+    if (!found.error.empty()) continue;
+    if (frmDocument* document = frame_.restore(found)) restored.emplace_back(*at, document);
   }
+  if (restored.empty()) return;
+  if (RecoverySession* session = RecoverySession::current()) session->holdAll();
+  bool kept = false;
+  for (const auto& [at, document] : restored) {
+    if (document->holdInJournal()) drop(at);
+    else kept = true;   // the old journal is all there is
+  }
+  if (kept) MsgBox(tr("The text is open again, but no new journal could be written for it. The old one is kept."), tr("Recovered texts"));
+  refresh(all[0]);
+}
+
+void frmRecovered::RestoreAll() {
+  list_->selectAll();
+  Restore();
 }
 
 void frmRecovered::SaveAs() {
-  const int at = selected();
+  const int at = only();
   if (at < 0 || !saveAs_->isEnabled()) return;
   const text::RecoveredText found = textOf(entries_[std::size_t(at)]);
   if (!found.error.empty()) return;
@@ -241,30 +273,36 @@ void frmRecovered::SaveAs() {
     return;
   }
   drop(at);
+  refresh(at);
 }
 
 void frmRecovered::Compare() {
-  const int at = selected();
+  const int at = only();
   if (at < 0 || !compare_->isEnabled()) return;
   const text::RecoveredText found = textOf(entries_[std::size_t(at)]);
   if (!found.error.empty()) return;
-  const text::LoadedFile disk = fileOnDisk(found.about);
+  const bool named = !found.about.path.empty();
+  const text::LoadedFile disk = named ? fileOnDisk(found.about) : text::LoadedFile();
   CodeMax onDisk;
   onDisk.model()->document().reset(disk.text);   // empty where there is no file
   frmCompare compare(onDisk, this);
   compare.after().model()->document().reset(found.text);
   compare.markChanges();
-  compare.showOnly(disk.error.empty() ? tr("File on disk") : tr("File on disk: %1").arg(plainForDisplay(toQString(disk.error))),
-                   tr("Recovered"));
+  QString before = named ? tr("File on disk") : tr("No file: the text had no name yet");
+  if (!disk.error.empty()) before = tr("File on disk: %1").arg(plainForDisplay(toQString(disk.error)));
+  compare.showOnly(before, tr("Recovered"));
   const ModalGuard guard;
   compare.exec();
 }
 
 void frmRecovered::Discard() {
-  const int at = selected();
-  if (at < 0) return;
-  const QString question = tr("The recovered text of %1 will be gone for good.\r\nDo you want to discard it?");
-  if (MsgBox(question.arg(plainForDisplay(titleOf(entries_[std::size_t(at)]))), tr("Recovered texts"), Icon::question, Buttons::yesNo) ==
-      Answer::yes)
-    drop(at);
+  const std::vector<int> all = selected();
+  if (all.empty()) return;
+  QString question = tr("%n recovered texts will be gone for good.\r\nDo you want to discard them?", nullptr, int(all.size()));
+  if (all.size() == 1)
+    question = tr("The recovered text of %1 will be gone for good.\r\nDo you want to discard it?")
+                   .arg(plainForDisplay(titleOf(entries_[std::size_t(all[0])])));
+  if (MsgBox(question, tr("Recovered texts"), Icon::question, Buttons::yesNo) != Answer::yes) return;
+  for (auto at = all.rbegin(); at != all.rend(); ++at) drop(*at);
+  refresh(all[0]);
 }

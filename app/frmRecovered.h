@@ -25,7 +25,8 @@ class frmRecovered : public QDialog {
 
   int count() const { return int(entries_.size()); }
   void select(int entry);
-  void Restore();
+  void Restore();      // all that are selected, as is Discard
+  void RestoreAll();
   void SaveAs();
   void Compare();
   void Discard();
@@ -39,17 +40,19 @@ class frmRecovered : public QDialog {
   };
   explicit frmRecovered(frmMain& frame);
   void add(std::vector<text::LeftText> left);
-  void fill(int selected);
+  void refresh(int at);          // after entries came or went; the window closes with the last one
+  void fill();
   void showButtons();
-  int selected() const;          // -1: none
+  std::vector<int> selected() const;   // ascending
+  int only() const;              // the one that is selected; -1: none or several
   QString titleOf(const Entry& entry) const;
   QString stateOf(const Entry& entry) const;
   text::RecoveredText textOf(const Entry& entry);   // tells the person when it cannot be had any more
-  void drop(int entry);          // its journal goes
+  void drop(int entry);          // its journal goes; refresh() next
 
   frmMain& frame_;
   std::vector<Entry> entries_;
   QTreeWidget* list_;
   QLabel* state_;
-  QPushButton *restore_, *saveAs_, *compare_, *discard_;
+  QPushButton *restore_, *restoreAll_, *saveAs_, *compare_, *discard_;
 };

@@ -2,9 +2,11 @@
 
 #include <QDialogButtonBox>
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
+#include <algorithm>
 
 #include "control/CodeMax.h"
 
@@ -29,37 +31,42 @@ frmCompare::frmCompare(const CodeMax& original, QWidget* parent) : QDialog(paren
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
   apply_ = buttons->addButton(tr("&Apply"), QDialogButtonBox::AcceptRole);
   auto* previous = buttons->addButton(tr("&Previous change"), QDialogButtonBox::ActionRole);
-  auto* next = buttons->addButton(tr("&Next change"), QDialogButtonBox::ActionRole);
+  next_ = buttons->addButton(tr("&Next change"), QDialogButtonBox::ActionRole);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   connect(previous, &QPushButton::clicked, this, [this] { goTo(-1); });
-  connect(next, &QPushButton::clicked, this, [this] { goTo(1); });
+  connect(next_, &QPushButton::clicked, this, [this] { goTo(1); });
   auto* grid = new QGridLayout(this);
   grid->addWidget(beforeName_ = new QLabel(tr("Before")), 0, 0);
   grid->addWidget(afterName_ = new QLabel(tr("After")), 0, 1);
   grid->addWidget(before_, 1, 0);
   grid->addWidget(after_, 1, 1);
-  grid->addWidget(summary_, 2, 0);
-  grid->addWidget(buttons, 2, 1);
+  auto* below = new QHBoxLayout;   // or the buttons would make one of the columns the wider
+  below->addWidget(summary_);
+  below->addWidget(buttons, 1);
+  grid->addLayout(below, 2, 0, 1, 2);
   grid->setRowStretch(1, 1);
+  grid->setColumnStretch(0, 1);
+  grid->setColumnStretch(1, 1);
   resize(1000, 600);
 }
 
 void frmCompare::markChanges() {
-  const qint64 count = std::max(before_->LineCount(), after_->LineCount());
+  hunks_ = text::diffLines(before_->model()->snapshot(), after_->model()->snapshot());
+  std::vector<text::LineNo> gone, fresh;
   qint64 changed = 0;
-  for (qint64 i = 0; i < count; ++i) {
-    if (before_->GetLine(i) == after_->GetLine(i)) continue;
-    ++changed;
-    if (i < before_->LineCount()) before_->setBookmark(i, true);
-    if (i < after_->LineCount()) after_->setBookmark(i, true);
+  for (const text::LineHunk& hunk : hunks_) {
+    for (text::LineNo line = hunk.beforeBegin; line < hunk.beforeEnd; ++line) gone.push_back(line);
+    for (text::LineNo line = hunk.afterBegin; line < hunk.afterEnd; ++line) fresh.push_back(line);
+    changed += std::max(hunk.beforeEnd - hunk.beforeBegin, hunk.afterEnd - hunk.afterBegin);
   }
+  before_->model()->setBookmarks(gone, true);
+  after_->model()->setBookmarks(fresh, true);
   after_->setReadOnly(true);
   summary_->setText(tr("%n line(s) differ", nullptr, static_cast<int>(changed)));
   apply_->setEnabled(changed > 0 || before_->EnableCRLF() != after_->EnableCRLF());
   before_->SetSel({}, true);
   after_->SetSel({}, true);
-  if (changed > 0) goTo(1);
 }
 
 void frmCompare::showOnly(const QString& before, const QString& after) {
@@ -69,12 +76,22 @@ void frmCompare::showOnly(const QString& before, const QString& after) {
   apply_->hide();
 }
 
+void frmCompare::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
+  if (shown_ >= 0) return;
+  next_->setFocus();   // in the texts Escape has a meaning of its own
+  goTo(1);             // only now they have their sizes
+}
+
 void frmCompare::goTo(int step) {
-  const auto marks = after_->model()->bookmarks();
-  if (marks.empty()) return;
-  const auto count = static_cast<int>(marks.size());
-  shown_ = (shown_ + step + count) % count;
-  const qint64 line = marks[static_cast<std::size_t>(shown_)].value;
-  after_->SelectLine(line);
-  before_->SelectLine(std::min(line, before_->LineCount() - 1));
+  if (hunks_.empty()) return;
+  shown_ = (shown_ + step + changes()) % changes();
+  const text::LineHunk& hunk = hunks_[static_cast<std::size_t>(shown_)];
+  const auto show = [](CodeMax& text, text::LineNo begin, text::LineNo end) {
+    const qint64 first = std::min<qint64>(begin.value, text.LineCount() - 1);
+    const qint64 last = std::max<qint64>(first, end.value - 1);   // no line: where the other's are missing
+    text.SetSel({last, end > begin ? text.GetLineLength(last) : 0, first, 0, false}, true);   // the caret in front: long lines stay in sight
+  };
+  show(*before_, hunk.beforeBegin, hunk.beforeEnd);
+  show(*after_, hunk.afterBegin, hunk.afterEnd);
 }

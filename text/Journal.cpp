@@ -95,7 +95,11 @@ struct JournalWriter::Impl {
   // ---- on the writer's thread, without the lock
 
   int openFolder() {
-    if (folderFd.ok()) return 0;
+    FileStatus own, there;
+    if (folderFd.ok() && fileSystem().statFd(folderFd.get(), &own) == 0 &&
+        fileSystem().statAt(FileSystem::kCwd, folder, false, &there) == 0 && own.device == there.device && own.inode == there.inode)
+      return 0;   // else it was moved away, or another one is in its place
+    folderFd.close();
     if (!makeFolders(folder, 0700).empty()) return -EACCES;
     folderFd = files::open(FileSystem::kCwd, folder, kRead | kDirectory | kNoFollow);
     if (!folderFd.ok()) return folderFd.error();
@@ -111,7 +115,8 @@ struct JournalWriter::Impl {
     s.recordBytes = 0;
     s.latest = Snapshot();
     if (s.name.empty()) return 0;
-    const int r = folderFd.ok() ? fileSystem().unlinkAt(folderFd.get(), s.name, false) : 0;
+    int r = openFolder();
+    if (r == 0) r = fileSystem().unlinkAt(folderFd.get(), s.name, false);
     if (r < 0 && r != -ENOENT) return r;
     s.file.close();
     const std::lock_guard guard(mutex);
@@ -232,8 +237,10 @@ struct JournalWriter::Impl {
 
   int syncNow(State& s) {
     if (const int r = files::sync(s.file.get()); r < 0) return r;
-    if (s.folderUnsynced)
+    if (s.folderUnsynced) {
+      if (const int r = openFolder(); r < 0) return r;
       if (const int r = files::syncFolder(folderFd.get()); r < 0) return r;
+    }
     s.folderUnsynced = false;
     s.unsyncedSince = -1;
     return 0;
@@ -242,6 +249,14 @@ struct JournalWriter::Impl {
   bool referredChanged(const State& s) const {
     FileStatus status;
     return fileSystem().statAt(FileSystem::kCwd, s.referredPath, true, &status) < 0 || status != s.referred->status;
+  }
+
+  // Somebody removed or moved the file, or the whole folder: nobody would find what is written into it.
+  bool wasCleared(const State& s) const {
+    FileStatus own, there;
+    if (fileSystem().statFd(s.file.get(), &own) < 0) return false;
+    const int r = fileSystem().statAt(FileSystem::kCwd, folder + "/" + s.name, false, &there);
+    return r == -ENOENT || r == -ENOTDIR || r == -ELOOP || (r == 0 && (there.device != own.device || there.inode != own.inode));
   }
 
   // Everything due for one journal. 0 or -errno; then the text is written whole at the next try.
@@ -255,6 +270,16 @@ struct JournalWriter::Impl {
     }
     if (!s.file.ok()) return 0;
     s.lookedAt = now;
+    if (!job.whole && wasCleared(s)) {
+      s.file.close();
+      folderFd.close();
+      {
+        const std::lock_guard guard(mutex);
+        s.name.clear();
+      }
+      const Job again{false, true, false, false, true, job.about, s.latest, {}};
+      if (const int r = writeWhole(s, again, now); r < 0) return r;
+    }
     if (const int r = writeRecords(s, job, now); r < 0) return r;
     const bool outgrown = s.recordBytes > std::max(limits.records, s.latest.size().value) && !s.referred;
     if (outgrown || (s.referred && (job.alone || referredChanged(s)))) {
@@ -297,6 +322,7 @@ struct JournalWriter::Impl {
     } catch (const std::bad_alloc&) {
       error = -ENOMEM;
     }
+    if (error < 0) folderFd.close();   // it may be another one when it is tried again
     job = {};
     lock.lock();
     const std::string why = error < 0 ? errorText(error) : std::string();

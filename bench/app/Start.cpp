@@ -7,15 +7,20 @@
 #include <QEvent>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <memory>
+#include <numeric>
 #include <vector>
 
 #include "app/FrameMenus.h"
 #include "app/Instance.h"
+#include "app/LeftoverLook.h"
 #include "app/frmMain.h"
+#include "app/frmRecovered.h"
 #include "app/mGlobals.h"
 #include "base/Program.h"
 #include "bench/Bench.h"
 #include "document/Languages.h"
+#include "document/Recovery.h"
 #include "document/frmRegistry.h"
 #include "document/modRegistry.h"
 #include "language/ucCM.h"
@@ -38,8 +43,8 @@ class FirstPaint : public QObject {
   }
 };
 
-// The steps of the start, their times into `to`.
-void startOnce(int to) {
+// The steps of the start, their times into `to`; with the recovery of texts, of which there are none, or without.
+void startOnce(int to, bool recovery) {
   double times[kStepCount] = {};
   auto last = bench::Clock::now();
   int step = 0;
@@ -55,6 +60,7 @@ void startOnce(int to) {
   application.installEventFilter(&painted);
   done();
   setApplicationFolder(QStringLiteral(ZELKOR_SOURCE_FOLDER));
+  const auto session = recovery ? std::make_unique<RecoverySession>() : nullptr;
   frmMain main;
   done();
   Instance instance(main);
@@ -70,6 +76,8 @@ void startOnce(int to) {
   main.show();
   done();
   main.openFile(QStringLiteral(ZELKOR_SOURCE_FOLDER "/Samples/sample.v"));
+  const auto look = recovery ? std::make_unique<LeftoverLook>(main) : nullptr;
+  if (recovery) QTimer::singleShot(0, &main, [&] { frmRecovered::offer(main, session->folder()); });
   done();
   application.exec();
   done();
@@ -80,8 +88,9 @@ void startOnce(int to) {
 void Start(benchmark::State& state) {
   for (auto _ : state) {
     std::vector<double> best(kStepCount, 1e9);
-    double bestTotal = 1e9;
-    for (int round = 0; round < 7; ++round) {
+    double bestTotal = 1e9, bestWithout = 1e9;
+    for (int round = 0; round < 14; ++round) {   // by turns
+      const bool recovery = round % 2 == 0;
       int ends[2];
       if (::pipe(ends) != 0) std::abort();
       QTemporaryDir home;
@@ -90,7 +99,7 @@ void Start(benchmark::State& state) {
         for (const char* variable : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"})
           qputenv(variable, home.path().toUtf8());
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-        startOnce(ends[1]);
+        startOnce(ends[1], recovery);
       }
       double times[kStepCount];
       if (::read(ends[0], times, sizeof times) != sizeof times) std::abort();
@@ -98,6 +107,10 @@ void Start(benchmark::State& state) {
       ::close(ends[0]);
       ::close(ends[1]);
       double total = 0;
+      if (!recovery) {
+        bestWithout = std::min(bestWithout, std::accumulate(times, times + kStepCount, 0.0));
+        continue;
+      }
       for (int i = 0; i < kStepCount; ++i) {
         total += times[i];
         best[std::size_t(i)] = std::min(best[std::size_t(i)], times[i]);
@@ -105,6 +118,7 @@ void Start(benchmark::State& state) {
       bestTotal = std::min(bestTotal, total);
     }
     bench::row("start to the first painted text, after loading the program", bestTotal * 1e3, "ms", 80);
+    bench::row("  of it: recovery, with nothing to recover", (bestTotal - bestWithout) * 1e3, "ms", 5);
     for (int i = 0; i < kStepCount; ++i) bench::row(std::string("  of it: ") + kSteps[i], best[std::size_t(i)] * 1e3, "ms", 0);
   }
 }

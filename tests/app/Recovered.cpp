@@ -81,6 +81,34 @@ TEST_F(Recovered, J1_EveryTextComesBackUntitledOnesToo) {
   closeAll();
 }
 
+TEST_F(Recovered, ManyAreRestoredOrDiscardedAtOnce) {
+  constexpr int kMany = 40;
+  for (int i = 0; i < kMany; ++i) {
+    main->LoadNewDoc();
+    type(main->activeDocument(), "text\n");
+  }
+  const QString left = afterKill();
+  closeAll();
+  QPointer<frmRecovered> window = frmRecovered::offer(*main, left);
+  ASSERT_TRUE(window);
+  auto* list = window->findChild<QTreeWidget*>();
+  for (int i = 1; i < 10; ++i) list->topLevelItem(i)->setSelected(true);
+  boxes.answer(Answer::no).answer(Answer::yes);
+  window->Discard();
+  EXPECT_EQ(window->count(), kMany);
+  window->Discard();
+  EXPECT_TRUE(boxes.last().text.startsWith(q("10 recovered texts")));
+  EXPECT_EQ(window->count(), kMany - 10);
+  EXPECT_EQ(inFolder(left).size(), kMany - 10);
+  window->RestoreAll();
+  wait(20);
+  EXPECT_TRUE(window.isNull());
+  EXPECT_EQ(main->documents().size(), kMany - 10);
+  EXPECT_TRUE(inFolder(left).isEmpty());
+  EXPECT_EQ(inFolder(journals()).size(), kMany - 10);
+  closeAll();
+}
+
 TEST_F(Recovered, J4_NothingIsDiscardedByItself) {
   type(open("a.v"), "x");
   const QString left = afterKill();

@@ -1,6 +1,7 @@
 // The recovery journal over every fault of the disk and of the process that writes it.
 #include "text/Journal.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -17,6 +18,7 @@
 
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"
+#include "tests/support/files/SmallDisk.h"
 #include "tests/support/files/TempFolder.h"
 #include "text/JournalRead.h"
 
@@ -272,7 +274,21 @@ TEST(Journal, J3_DamageAnywhereStopsTheReadingAndNeverGivesAWrongText) {
   };
   look(sample.bytes, false);
   EXPECT_EQ(whole, 1);
-  for (std::size_t n = 0; n < sample.bytes.size(); ++n) look(sample.bytes.substr(0, n), false);   // cut at every byte
+  for (std::size_t n = 0; n < sample.bytes.size(); ++n) {   // cut at every byte
+    look(sample.bytes.substr(0, n), false);
+    if (n == 0) continue;
+    // How much came back is said exactly: with so many bytes the same comes back, with one less not.
+    const auto read = [&](std::size_t size) {
+      writeRaw(path, sample.bytes.substr(0, size));
+      return LeftText::claim(folder.path(), "x.journal")->recover();
+    };
+    const RecoveredText back = read(n);
+    if (!back.error.empty() || !back.baseWhole) continue;
+    const RecoveredText good = read(std::size_t(back.read)), less = read(std::size_t(back.read) - 1);
+    EXPECT_EQ(bytesOf(good.text), bytesOf(back.text));
+    EXPECT_EQ(good.changes, back.changes);
+    EXPECT_LT(less.read, back.read);
+  }
   EXPECT_EQ(whole, 1);
   for (std::size_t n = 0; n < sample.bytes.size(); ++n)
     for (int bit = 0; bit < 8; ++bit) {                                                           // every bit flipped
@@ -401,20 +417,117 @@ TEST(Journal, J8_WhateverFailsEditingGoesOnAndItIsTriedAgain) {
   EXPECT_GT(points, 100);
 }
 
+// On real file systems: the folder is in trouble, and then no more.
+TEST(Journal, J8_FailsAndWorksAgainWhateverTheFolderMeetsWith) {
+  namespace fs = std::filesystem;
+  struct Trouble {
+    const char* name;
+    std::function<void(const std::string& place)> make, mend;
+    bool fails = true;   // false: what is wrong can be put right by the journal
+  };
+  const auto away = [](const std::string& place) { fs::rename(place, place + ".away"); };
+  const auto back = [](const std::string& place) {
+    fs::remove(place);
+    fs::rename(place + ".away", place);
+  };
+  const Trouble troubles[] = {
+      {"full disk",
+       [](const std::string& place) {
+         std::string block(1 << 20, 'b');
+         const int fd = ::open((place + "/../ballast").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+         for (std::size_t n = block.size(); n > 0;)
+           if (::write(fd, block.data(), n) <= 0) n /= 2;
+         ::close(fd);
+       },
+       [](const std::string& place) { fs::remove(place + "/../ballast"); }},
+      {"a file in its place", [&](const std::string& place) { away(place), writeRaw(place, ""); }, back},
+      {"a symbolic link in its place", [&](const std::string& place) { away(place), fs::create_directory_symlink("/", place); }, back},
+      {"a place that takes nothing", [&](const std::string& place) { away(place), fs::create_symlink("/proc/self/nowhere", place); }, back},
+      {"removed with all that is in it", [](const std::string& place) { fs::remove_all(place); }, {}, false},
+      {"emptied", [](const std::string& place) { for (const auto& entry : fs::directory_iterator(place)) fs::remove(entry); }, {}, false},
+  };
+  for (const Trouble& trouble : troubles) {
+    for (const bool begun : {false, true}) {
+      TempFolder folder(TempFolder::Where::memory);
+      const int status = inChild([&] {
+        SCOPED_TRACE(std::string(trouble.name) + (begun ? ", journal begun" : ""));
+        if (std::string(trouble.name) == "full disk") mountSmall(folder.path());
+        const std::string place = folder / "recovery";
+        fs::create_directory(place);
+        std::string typed;
+        const auto text = [&](const std::string& more) { return typed += more, more; };
+        {
+          Desk desk(place);
+          if (begun) {
+            type(desk.document, text("before "));
+            desk.pass(4000);
+            EXPECT_EQ(desk.journal->failure(), "");
+          }
+          trouble.make(place);
+          type(desk.document, text(std::string(5000, 'm')));
+          desk.pass(300);
+          EXPECT_EQ(desk.journal->failure().empty(), !trouble.fails) << desk.journal->failure();
+          type(desk.document, text("after "));
+          desk.pass(300);
+          EXPECT_EQ(desk.journal->failure().empty(), !trouble.fails) << "it lasts";
+          if (trouble.mend) trouble.mend(place);
+          desk.pass(6000);
+          EXPECT_EQ(desk.journal->failure(), "");
+          type(desk.document, text("end"));
+          desk.pass(300);
+        }
+        const auto left = leftJournals(place);   // the newest; an older one may have come back with the folder
+        ASSERT_GE(left.size(), 1u);
+        const RecoveredText found = left[0].recover();
+        EXPECT_EQ(found.error, "");
+        EXPECT_EQ(bytesOf(found.text), typed);
+        struct stat s {};
+        EXPECT_EQ(::stat(place.c_str(), &s), 0);
+        EXPECT_EQ(s.st_mode & 07777, 0700u);
+      });
+      EXPECT_TRUE(status == 0 || status == kSkipped) << trouble.name;
+    }
+  }
+}
+
+TEST(Journal, J8_AFolderWithoutTheRightToWriteIsTold) {
+  if (::geteuid() != 0) GTEST_SKIP() << "plays another user";
+  TempFolder folder(TempFolder::Where::memory);
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+  EXPECT_EQ(inChild([&] {
+    if (::setgid(12345) + ::setuid(12345) != 0) skipChild("no other user here");
+    Desk desk(folder / "state/recovery");
+    type(desk.document, "x");
+    desk.pass(300);
+    EXPECT_EQ(desk.journal->failure(), "Permission denied");
+  }), 0);
+}
+
 TEST(Journal, J9_ThePlaceIsTheUsersAlone) {
-  TempFolder folder;
-  const std::string place = folder / "state/recovery";
-  std::filesystem::create_directories(place);
-  std::filesystem::permissions(place, std::filesystem::perms(0755));
-  Desk desk(place);
-  type(desk.document, "x");
-  desk.pass(200);
-  struct stat status {};
-  ASSERT_EQ(::stat(place.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0700u);
-  const auto entry = *std::filesystem::directory_iterator(place);
-  ASSERT_EQ(::stat(entry.path().c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0600u);
+  for (const unsigned mask : {0u, 022u, 0777u}) {
+    for (const bool exists : {false, true}) {
+      TempFolder folder;
+      const std::string place = folder / "state/recovery";
+      if (exists) {
+        std::filesystem::create_directories(place);
+        std::filesystem::permissions(place, std::filesystem::perms(0777));
+      }
+      EXPECT_EQ(inChild([&] {
+        if (mask == 0777 && !exists && ::geteuid() != 0) return;   // the folder above could not be entered
+        ::umask(mask);
+        Desk desk(place);
+        type(desk.document, "x");
+        desk.pass(200);
+        EXPECT_EQ(desk.journal->failure(), "");
+        struct stat status {};
+        EXPECT_EQ(::stat(place.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, 0700u) << mask;
+        const auto entry = *std::filesystem::directory_iterator(place);
+        EXPECT_EQ(::stat(entry.path().c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777 & ~0600u, 0u) << mask;
+      }), 0);
+    }
+  }
 }
 
 TEST(Journal, ALargeTextIsWrittenOnlyWhenItsFileIsChangedByOthers) {

@@ -1,13 +1,9 @@
 // S3: a full disk never costs the old text. On a file system of one mebibyte in memory, mounted for the test only.
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/statvfs.h>
-#include <unistd.h>
-
 #include <filesystem>
 
-#include "tests/support/files/Child.h"
+#include "tests/support/files/SmallDisk.h"
 #include "tests/support/files/TempFolder.h"
 #include "text/FileIo.h"
 
@@ -15,19 +11,6 @@ using namespace testing_files;
 namespace fs = std::filesystem;
 
 namespace {
-
-// A mount of our own, gone with the process.
-void mountSmall(const std::string& where) {
-  const unsigned uid = ::geteuid(), gid = ::getegid();
-  if (::unshare(uid == 0 ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS) != 0) skipChild("no mount namespace allowed here");
-  if (uid != 0) {
-    writeRaw("/proc/self/setgroups", "deny");
-    writeRaw("/proc/self/uid_map", "0 " + std::to_string(uid) + " 1");
-    writeRaw("/proc/self/gid_map", "0 " + std::to_string(gid) + " 1");
-  }
-  ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
-  if (::mount("none", where.c_str(), "tmpfs", 0, "size=1m") != 0) skipChild("no mount of a small tmpfs allowed here");
-}
 
 std::int64_t freeBytes(const std::string& where) {
   struct statvfs s {};
