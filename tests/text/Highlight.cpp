@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
 
 #include "tests/text/Pieces.h"
 
@@ -186,6 +185,7 @@ TEST(Highlight, AllScansAgree) {
   }
 }
 
+// What is not linear here runs for hours: into the time limit of the test.
 TEST(Highlight, HostileLinesCostTheirLengthOnly) {
   LanguageTables tables = verilog();
   std::mt19937 random(1);
@@ -197,11 +197,9 @@ TEST(Highlight, HostileLinesCostTheirLengthOnly) {
   for (const std::string& part : parts) {
     std::string line;
     while (line.size() < 1'000'000) line += part;
-    const auto begin = std::chrono::steady_clock::now();
     std::vector<Token> tokens;
     const LineState full = highlighter.scanLine(line, 0, &tokens);
     EXPECT_EQ(full, highlighter.scanLine(line, 0, nullptr)) << part;
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << part;   // some 0.1 s; wide for sanitizers
   }
 }
 

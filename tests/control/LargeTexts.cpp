@@ -1,16 +1,8 @@
-// Commands over a million lines, in processor time (other programs do not count), each one undo step.
-#include <ctime>
-
+// Commands over a million lines: the right text, and one undo step each. What is not linear here runs into the time limit of
+// the test; how long each takes is measured in bench/control/Commands.cpp.
 #include "tests/control/EditorFixture.h"
 
 namespace {
-
-template <class Run>
-double secondsOf(Run run) {
-  const std::clock_t start = std::clock();
-  run();
-  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
 
 std::string lines(int count, const char* line) {
   std::string text;
@@ -20,7 +12,7 @@ std::string lines(int count, const char* line) {
 
 }  // namespace
 
-TEST(CommandSpeed, AMillionLinesTakeBelowTwoSeconds) {
+TEST(LargeTexts, AMillionLinesChangeInOneStep) {
   struct Case { const char *command, *line, *after; };
   for (const Case& c : std::vector<Case>{{"UPPERCASESELECTION", "  signal_a <= b;\n", "  SIGNAL_A <= B;\n"},
                                          {"LOWERCASESELECTION", "Prüfung A\r\n", "prüfung a\r\n"},
@@ -32,38 +24,29 @@ TEST(CommandSpeed, AMillionLinesTakeBelowTwoSeconds) {
     const std::string before = lines(1000000, c.line);
     f.model->replaceAll(text::Snapshot(before), {});
     f.run("SELECTALL");
-    const double seconds = secondsOf([&] { f.run(c.command); });
-    RecordProperty(c.command, std::to_string(seconds));
-    std::printf("%s: %.3f s\n", c.command, seconds);
-    EXPECT_LT(seconds, 2.0) << c.command;
+    f.run(c.command);
     EXPECT_TRUE(f.bytes() == lines(1000000, c.after)) << c.command;
-    const double undo = secondsOf([&] { EXPECT_TRUE(f.editor.undo()); });
-    std::printf("  undo: %.3f s\n", undo);
-    EXPECT_LT(undo, 2.0) << c.command;
+    EXPECT_TRUE(f.editor.undo());
     EXPECT_TRUE(f.bytes() == before) << c.command;
     EXPECT_FALSE(f.editor.document().canUndo()) << c.command;
   }
 }
 
-TEST(CommandSpeed, ABlockOfAHundredThousandLinesTakesBelowASecond) {
+TEST(LargeTexts, ABlockOfAHundredThousandLines) {
   EditorFixture f;
   f.model->replaceAll(text::Snapshot(lines(50000, "\tabcdef\n")), {});
   f.host.clipboard = QString::fromStdString(lines(99999, "xy\n") + "xy");
   f.host.clipboardBlock = true;
   f.editor.setRange({0, 2, 0, 2});
-  const double paste = secondsOf([&] { f.run("PASTE"); });
-  EXPECT_LT(paste, 1.0);
+  f.run("PASTE");
   EXPECT_EQ(f.editor.snapshot().lineCount(), 100000);
   EXPECT_EQ(f.editor.snapshot().line(text::LineNo(49999)), "\taxybcdef");
   EXPECT_EQ(f.editor.snapshot().line(text::LineNo(99999)), "     xy");
   // The same block as a selection: typing into it, copying and cutting it.
   f.editor.setRange({0, 2, 99999, 7, true});
-  const double typing = secondsOf([&] { f.editor.typeText(QStringLiteral("z")); });
-  EXPECT_LT(typing, 1.0);
+  f.editor.typeText(QStringLiteral("z"));
   EXPECT_EQ(f.editor.snapshot().line(text::LineNo(99999)), "     z");
   EXPECT_TRUE(f.editor.undo());
-  const double cut = secondsOf([&] { f.run("CUT"); });
-  EXPECT_LT(cut, 1.0);
+  f.run("CUT");
   EXPECT_EQ(f.editor.snapshot().line(text::LineNo(0)), "\tabcdef");
-  std::printf("block: paste %.3f s, typing %.3f s, cut %.3f s\n", paste, typing, cut);
 }
