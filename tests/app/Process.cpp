@@ -114,8 +114,9 @@ TEST_F(ProcessRun, GarbageOnTheSocketHurtsNobody) {
 TEST_F(ProcessRun, NewInstanceStandsAlone) {
   const QString a = write(q("a.v"));
   QProcess& first = startFirst();
+  ReadFiles read(dir_.path());
   QProcess& alone = start({q("--new-instance"), a});
-  QThread::msleep(400);
+  for (QElapsedTimer timer = started(); !read.has(a) && timer.elapsed() < kPatience;) QThread::msleep(5);
   EXPECT_EQ(alone.state(), QProcess::Running);
   EXPECT_EQ(endAndListFiles(alone), a.toStdString());
   first.terminate();
@@ -136,7 +137,7 @@ TEST_F(ProcessRun, WaitReturnsWhenTheCopyEnds) {
 TEST_F(ProcessRun, SignalsEndItWithItsSettings) {
   for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
     QProcess& process = startFirst();
-    QThread::msleep(200);
+    ASSERT_TRUE(untilItCatchesSignals(process));
     ::kill(pid_t(process.processId()), signal);
     ASSERT_TRUE(process.waitForFinished(kPatience)) << signal;
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);

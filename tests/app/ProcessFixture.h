@@ -65,6 +65,17 @@ class ProcessRun : public testing::Test {
     EXPECT_FALSE(socketPath().isEmpty());
     return first;
   }
+  // An end that is asked for before is no end in good order.
+  static bool untilItCatchesSignals(const QProcess& process) {
+    for (QElapsedTimer timer = started(); timer.elapsed() < kPatience; QThread::msleep(5)) {
+      QFile status(q("/proc/%1/status").arg(process.processId()));
+      if (!status.open(QIODevice::ReadOnly)) return false;
+      const QByteArray text = status.readAll();
+      const qsizetype at = text.indexOf("SigCgt:");
+      if (at >= 0 && text.mid(at + 7).trimmed().left(16).toULongLong(nullptr, 16) >> (SIGTERM - 1) & 1) return true;
+    }
+    return false;
+  }
   static QElapsedTimer started() {
     QElapsedTimer timer;
     timer.start();
@@ -72,6 +83,7 @@ class ProcessRun : public testing::Test {
   }
   // Asks the copy to end and gives what it left in the settings: the recently-used files, latest first.
   std::string endAndListFiles(QProcess& first, bool sorted = false) {
+    EXPECT_TRUE(untilItCatchesSignals(first));
     first.terminate();
     EXPECT_TRUE(first.waitForFinished(kPatience));
     EXPECT_EQ(first.exitStatus(), QProcess::NormalExit);

@@ -171,14 +171,14 @@ TEST(ProcessRun, StoppingEndsTheWholeGroup) {
     const std::string canary = folder.filePath(deaf ? u"deaf"_s : u"hears"_s).toStdString();
     std::vector<std::string> arguments{startee()};
     if (deaf) arguments.push_back("ignore");
-    arguments.insert(arguments.end(), {"child", canary, "3500", "sleep", "20000"});
+    arguments.insert(arguments.end(), {"child", canary, "3500", "out", "ready", "sleep", "20000"});
     QElapsedTimer clock;
     clock.start();
-    QTimer::singleShot(100, [] {
-      for (auto* program : process::Program::running()) program->stop();
-    });
-    EXPECT_EQ(process::LaunchAndWatch(arguments, 1), deaf ? 128u + 9 : 128u + 15);
-    EXPECT_LT(clock.elapsed(), 3400);
+    const auto stopWhenReady = [](process::Program& program) {
+      QObject::connect(&program, &process::Program::output, &program, [&program] { program.stop(); });
+    };
+    EXPECT_EQ(process::LaunchAndWatch(arguments, 1, stopWhenReady), deaf ? 128u + 9 : 128u + 15);
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(canary))) << "the stop took too long to tell";
     spin(int(std::max<qint64>(0, 4000 - clock.elapsed())));
     EXPECT_FALSE(QFile::exists(QString::fromStdString(canary))) << "a child of the program outlived the stop";
   }

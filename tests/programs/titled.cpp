@@ -35,7 +35,8 @@ int main(int argc, char** argv) {
   entitle(argv[1]);
   xcb_map_window(c, window);
   xcb_flush(c);
-  for (int tick = 0; tick < 100; ++tick) {
+  int code = 6;
+  for (int tick = 0; tick < 100 && code == 6; ++tick) {
     if (tick == 3) entitle(argv[2]);
     pollfd wait{xcb_get_file_descriptor(c), POLLIN, 0};
     ::poll(&wait, 1, 100);
@@ -44,10 +45,11 @@ int main(int argc, char** argv) {
       const bool asked =
           (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE && message->type == protocols && message->data.data32[0] == wish;
       std::free(event);
-      if (asked) return 5;
+      if (asked) code = 5;
     }
   }
-  return 6;
+  xcb_disconnect(c);
+  return code;
 }
 
 #else
