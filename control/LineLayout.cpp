@@ -40,11 +40,10 @@ bool isMark(char32_t c) {
   return category == QChar::Mark_NonSpacing || category == QChar::Mark_Enclosing || category == QChar::Mark_SpacingCombining;
 }
 
-// Picture characters may be joined and varied; behind anything else such a character could only hide.
+}  // namespace
+
 bool isPictograph(char32_t c) { return c >= 0x1F000 || (c >= 0x2190 && c <= 0x2BFF) || c == 0xA9 || c == 0xAE || c == 0x3030; }
 bool variesPictures(char32_t c) { return c == 0x200D || c == 0xFE0E || c == 0xFE0F; }
-
-}  // namespace
 
 QString hiddenCharLabel(char32_t c) {
   static const char* const kControls[] = {"NUL", "SOH", "STX", "ETX", "EOT", "ENQ", "ACK", "BEL", "BS",  "TAB", "LF",

@@ -82,3 +82,6 @@ class LineLayout {
 
 // The text in the box of a character that would not be seen, or that is not what it seems; empty for any other.
 QString hiddenCharLabel(char32_t code);
+// Picture characters may be joined and varied; behind anything else such a character could only hide.
+bool isPictograph(char32_t code);
+bool variesPictures(char32_t code);

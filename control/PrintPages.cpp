@@ -3,6 +3,8 @@
 #include <QFontMetricsF>
 #include <QPainter>
 
+#include "base/Strings.h"
+
 namespace {
 // Fonts are drawn at this many pixels a point and scaled down: sizes in whole pixels lose nothing then.
 constexpr double kScale = 20;
@@ -46,7 +48,7 @@ void drawEdge(QPainter& painter, const PrintDocument& document, const PrintEdge&
   const auto shown = [&](QString part) {
     part.replace(QLatin1String("%d"), QString::number(page));
     part.replace(u'\r', u' ').replace(u'\n', u' ').replace(u'\t', u' ');
-    return metrics.elidedText(part.left(1000), Qt::ElideRight, width * kScale);
+    return metrics.elidedText(plainForDisplay(part, 1000), Qt::ElideRight, width * kScale);
   };
   const auto widthOf = [&](const QString& part) { return metrics.horizontalAdvance(part) / kScale; };
   const QString l = shown(edge.left), c = shown(edge.centre), r = shown(edge.right);

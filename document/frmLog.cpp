@@ -181,10 +181,17 @@ std::optional<frmLog::Stream> frmLog::streamOf(qint64 line) const {
 void frmLog::trim() {
   const text::Snapshot& now = cmx->model()->snapshot();
   if (now.size().value <= sizeLimit_ + sizeLimit_ / 8) return;
-  const text::LineNo keep = now.lineAt(text::ByteOffset(now.size().value - sizeLimit_ + sizeLimit_ / 8)) + 1;
-  if (keep.value >= now.lineCount()) return;
-  dropped_ += keep.value - (dropped_ > 0 ? 1 : 0);   // the notice itself is no line of the log
-  cmx->ReplaceText(tr("[%n earlier line(s) dropped]", nullptr, int(dropped_)) + u"\r\n"_s, {0, 0, keep.value, 0, false});
+  text::ByteOffset keep(now.size().value - sizeLimit_ + sizeLimit_ / 8);
+  text::LineNo line = now.lineAt(keep) + 1;
+  if (line.value < now.lineCount()) {
+    keep = now.lineStart(line);
+  } else {   // one line that is too long by itself loses its beginning
+    line = now.lineAt(keep);
+    while (keep < now.size() && (uchar(now.at(keep)) & 0xC0) == 0x80) keep = keep + 1;
+  }
+  dropped_ = std::max<qint64>(1, dropped_ + line.value - (dropped_ > 0 ? 1 : 0));   // the notice itself is no line of the log
+  const std::string notice = fromQString(tr("[%n earlier line(s) dropped]", nullptr, int(dropped_))) + "\r\n";
+  cmx->model()->document().apply(text::Edit{{text::ByteOffset(0), keep}, notice}, cmx->editor().selection());
 }
 
 bool frmLog::InsertFile() {

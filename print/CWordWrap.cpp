@@ -6,8 +6,10 @@
 #include <cmath>
 
 #include "base/Dialogs.h"
+#include "base/Strings.h"
 #include "control/CodeMax.h"
 #include "control/LanguageTable.h"
+#include "control/LineLayout.h"
 #include "control/VSPrinter.h"
 
 namespace {
@@ -21,15 +23,27 @@ bool isWordChar(QChar c) {
   return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') || c == u'_';
 }
 
-// A byte that is no text prints as its two digits in angle marks.
-QString printable(const QString& run) {
+// The characters from `at` on that belong together: two for a pair of surrogates.
+QStringView characterAt(QStringView run, qsizetype at) {
+  const bool pair = run[at].isHighSurrogate() && at + 1 < run.size() && run[at + 1].isLowSurrogate();
+  return run.mid(at, pair ? 2 : 1);
+}
+
+// A byte that is no text prints as its two digits in angle marks, a character that would not be seen - or would turn the text around
+// - as its name in them. What joins and varies pictures stays between them.
+QString printable(QStringView run) {
   QString text;
-  for (qsizetype i = 0; i < run.size(); ++i) {
-    const QChar c = run[i];
-    if (c.isLowSurrogate() && (i == 0 || !run[i - 1].isHighSurrogate()))
-      text += QStringLiteral("<%1>").arg(c.unicode() & 0xff, 2, 16, QLatin1Char('0'));
-    else
-      text += c;
+  bool picture = false;
+  for (qsizetype at = 0; at < run.size();) {
+    const QStringView part = characterAt(run, at);
+    at += part.size();
+    const char32_t code = part.size() == 2 ? QChar::surrogateToUcs4(part[0], part[1]) : char32_t(part[0].unicode());
+    const QString label = part.size() == 1 && part[0].isLowSurrogate() ? QStringLiteral("%1").arg(code & 0xff, 2, 16, QLatin1Char('0'))
+                          : picture && variesPictures(code)            ? QString()
+                                                                       : hiddenCharLabel(code);
+    picture = picture ? variesPictures(code) || isPictograph(code) : isPictograph(code);
+    if (label.isEmpty()) text += part;
+    else text += u'<' + label + u'>';
   }
   return text;
 }
@@ -165,20 +179,26 @@ void CWordWrap::printWord(Job& job, const QString& run) {
   if (!job.inComment && stringColor.isValid() && job.language && !isWordChar(run[0])) {
     // delimiters may stand in a run with other signs
     const auto& delims = job.language->tables().stringDelims;
-    for (const QChar c : run) {
-      const bool delimiter = std::find(delims.begin(), delims.end(), fromQString(QString(c))) != delims.end();
+    qsizetype printed = 0;
+    const auto printTo = [&](qsizetype end) {
+      control.Print(printable(QStringView(run).mid(printed, end - printed)));
+      printed = end;
+    };
+    for (qsizetype at = 0; at < run.size();) {
+      const QStringView c = characterAt(run, at);
+      const bool delimiter = std::find(delims.begin(), delims.end(), fromQString(c)) != delims.end();
       if (delimiter && job.stringOpen.isNull()) {
-        job.stringOpen = c;
+        printTo(at);
+        job.stringOpen = c[0];
         control.setTextColor(stringColor);
-        control.Print(c);
-      } else {
-        control.Print(printable(c));
-        if (c == job.stringOpen) {
-          job.stringOpen = QChar();
-          control.setTextColor(job.plainColor);
-        }
+      } else if (c[0] == job.stringOpen) {
+        printTo(at + c.size());
+        job.stringOpen = QChar();
+        control.setTextColor(job.plainColor);
       }
+      at += c.size();
     }
+    printTo(run.size());
     return;
   }
   control.Print(printable(run));
@@ -250,7 +270,7 @@ void CWordWrap::PrintReviewTable(VSPrinter& control) {
   text.setPointSizeF(10);
   text.setBold(false);
   control.setFont(text);
-  QStringList subtitle{FilePath, UserName, QLocale().toString(QDate::currentDate(), QLocale::ShortFormat)};
+  QStringList subtitle{plainForDisplay(FilePath), plainForDisplay(UserName), QLocale().toString(QDate::currentDate(), QLocale::ShortFormat)};
   subtitle.removeAll(QString());
   control.Print(QStringLiteral("\r\n") + subtitle.join(QStringLiteral(", ")) + QStringLiteral("\r\n"));
   const double inches = control.pageLayout().paintRectPoints().width() / 72;

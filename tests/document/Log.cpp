@@ -57,6 +57,21 @@ TEST(Log, L1_SizeIsLimitedAndSaysSo) {
   EXPECT_EQ(log.cmx->GetLine(1), u"line %1"_s.arg(500 - kept));
 }
 
+TEST(Log, L1_AProgramThatNeverEndsItsLineIsLimitedToo) {
+  frmLog log;
+  log.setSizeLimit(200'000);
+  int error = 0;
+  auto* const program = process::Program::start({"/bin/sh", "-c", "head -c 800000 /dev/zero"}, 1, &error);
+  ASSERT_NE(program, nullptr);
+  qint64 most = 0;
+  QObject::connect(&log, &frmLog::appended, [&] { most = std::max<qint64>(most, log.cmx->model()->snapshot().size().value); });
+  log.watch(*program);
+  EXPECT_TRUE(spinUntil([&] { return !log.programRuns(); }, 20000));
+  EXPECT_LT(most, 230'000);
+  EXPECT_EQ(log.cmx->GetLine(0), u"[1 earlier line(s) dropped]"_s);
+  EXPECT_TRUE(log.Text().endsWith(u"<U+0000>\r\n[sh: exit code 0]\r\n"_s)) << qPrintable(log.Text().right(100));
+}
+
 // Whatever is written, by the command language or by a program, a line of the log shows what it holds.
 TEST(Log, L1_ControlCharactersAreEscapedAndTextStaysOut) {
   RunFrame frame;

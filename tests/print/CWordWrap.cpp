@@ -181,6 +181,17 @@ TEST(CWordWrap, HostileText) {
   EXPECT_FALSE(stopped.result);
 }
 
+// H1: what would not be seen on paper, or would turn a line around, prints as its name; pictures made of several characters stay whole.
+TEST(CWordWrap, H1_InvisibleCharactersPrintAsTheirNames) {
+  for (const bool stringsInColour : {false, true}) {
+    Job job(QString::fromUtf8("a\xE2\x80\xAE" "b \"\xE2\x81\xA6+\xE2\x80\x8B\" x\xE2\x80\x8Dy \xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9 +\xF0\x9F\x98\x80+"));
+    if (stringsInColour) job.wrap.stringColor = Qt::red;
+    job.print();
+    EXPECT_EQ(job.styled().join(u'|').toStdString(),
+              "a<RLO>b \"<LRI>+<ZWSP>\" x<ZWJ>y \xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9 +\xF0\x9F\x98\x80+");
+  }
+}
+
 TEST(CWordWrap, ReviewSheetFillsOnePage) {
   Job job(QStringLiteral("x"));
   job.wrap.FilePath = QStringLiteral("/src/a.v");
