@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int kRetryMs = 500;
+constexpr int kPatienceMs = 10'000, kRetryMs = 500, kRetryPatienceMs = 100;   // a disk that hangs must not keep the answer out
 constexpr int kAnswerMs = 60'000;   // a session that has not ended by then goes on, and with it the questions
 
 #ifdef Q_OS_UNIX
@@ -42,6 +42,8 @@ SessionEnd::SessionEnd(frmMain& frame) : frame_(frame) {
     if (mayAsk) manager.release();
   }, Qt::DirectConnection);
   qApp->installEventFilter(this);
+  again_.setInterval(kRetryMs);
+  connect(&again_, &QTimer::timeout, this, [this] { tryToEnd(kRetryPatienceMs); });
 #ifdef Q_OS_UNIX
   if (::pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0) return;
   notifier_ = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
@@ -69,8 +71,13 @@ SessionEnd::~SessionEnd() {
 }
 
 void SessionEnd::endWanted() {
-  if (frame_.endFromOutside() || !isDialogUp()) return;
-  QTimer::singleShot(kRetryMs, this, &SessionEnd::endWanted);   // what somebody is answering comes first
+  again_.start();
+  tryToEnd(kPatienceMs);
+}
+
+// Also runs while the question is up that a call further out asks: what could not be written then may be written by now.
+void SessionEnd::tryToEnd(int patienceMs) {
+  if (frame_.endFromOutside(patienceMs) || !isDialogUp()) again_.stop();
 }
 
 bool SessionEnd::sessionEnds(bool mayAsk) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 
 class QSocketNotifier;
 class frmMain;
@@ -14,7 +15,7 @@ class SessionEnd : public QObject {
   explicit SessionEnd(frmMain& frame);   // one in a process
   ~SessionEnd() override;
 
-  void endWanted();                      // what a signal does
+  void endWanted();                      // what a signal does; while somebody answers something it is tried again and again
   // The session is about to end. False: the person wants to stay.
   bool sessionEnds(bool mayAsk);
 
@@ -22,7 +23,9 @@ class SessionEnd : public QObject {
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
+  void tryToEnd(int patienceMs);
   frmMain& frame_;
+  QTimer again_;
   QSocketNotifier* notifier_ = nullptr;
   bool unasked_ = false;                 // the session is ending, and nobody was asked
 };

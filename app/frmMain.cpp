@@ -314,9 +314,9 @@ void frmMain::closeEvent(QCloseEvent* event) {
   event->accept();
 }
 
-bool frmMain::endFromOutside() {
+bool frmMain::endFromOutside(int patienceMs) {
   if (unloaded_) return true;
-  if (RecoverySession* session = RecoverySession::current()) session->holdAll();
+  if (RecoverySession* session = RecoverySession::current()) session->holdAll(patienceMs);
   bool ask = definitions_ && definitions_->isVisible() && definitions_->isChanged();
   for (frmDocument* document : documents())
     if (!document->leaveInJournal() && document->cmx->Modified() && !document->hasAgreedToClose()) ask = true;

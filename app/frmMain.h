@@ -63,7 +63,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   bool agreeToEnd();
   // Ends without a question as far as journals hold what is not saved: they stay, and the next start offers them. The
   // rest is asked about as closing does. False: the person wants to stay, or is just answering something.
-  bool endFromOutside();
+  bool endFromOutside(int patienceMs = 10000);
 
   // Windows and views.
   void newWindow();                            // a further window on the active document

@@ -25,10 +25,10 @@ RecoverySession::~RecoverySession() {
 QString RecoverySession::folder() const { return toQString(writer_.folder()); }
 bool RecoverySession::flush() { return writer_.flush(); }
 
-void RecoverySession::holdAll() {
+void RecoverySession::holdAll(int patienceMs) {
   for (Recovery* one : std::as_const(all_))
     if (one->model_->document().modified()) one->begin();
-  flush();
+  writer_.flush(patienceMs);
 }
 
 void RecoverySession::onFailure(std::function<void(const QString&)> told) {

@@ -24,7 +24,7 @@ class RecoverySession {
   static QString usualFolder();                           // "recovery" in the user's state folder; not made yet
   QString folder() const;
   bool flush();                                           // everything is on disk now; false: it could not be
-  void holdAll();                                         // does what Recovery::holdNow() does for every modified text at once
+  void holdAll(int patienceMs = 10000);                   // does what Recovery::holdNow() does for every modified text at once
   // Called on the thread of the session when journals begin to fail, fail for another reason, or work again (empty text).
   void onFailure(std::function<void(const QString&)> told);
   QString failure() const { return failure_; }
