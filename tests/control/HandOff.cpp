@@ -1,8 +1,10 @@
 // Where copies meet and what they tell each other: promises I1, I2 and H4, the rules of the hand-off socket.
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
@@ -279,6 +281,70 @@ TEST_F(HandOffMessages, GarbageIsHungUpOnAndHurtsNobody) {
     if (sender.connectTo(socketPath())) answer = sender.send({QStringLiteral("x"), {}, false, false, false});
   });
   EXPECT_EQ(answer, HandOffAnswer::acted);
+}
+
+// Another user's process that could reach the socket is hung up on, and none of its messages is acted on; nor does a sender tell
+// anything to somebody else's copy. The kernel says who is there, so it takes a real process of another user.
+TEST_F(HandOffMessages, H4_OtherUsersAreNotTalkedTo) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+  const auto asNobody = [](const std::function<int()>& work) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(::setgid(65534) == 0 && ::setuid(65534) == 0 ? work() : 99);
+    return child;
+  };
+  const auto address = [](const QByteArray& name) {
+    sockaddr_un to{};
+    to.sun_family = AF_UNIX;
+    std::copy(name.begin(), name.end(), to.sun_path);
+    return to;
+  };
+  ::chmod(dir_.path().toUtf8().constData(), 0777);
+  int acted = 0;
+  Msghook hook([&](quint64, const HandOff&) {
+    ++acted;
+    return HandOffReply{};
+  });
+  ASSERT_TRUE(hook.listen(socketPath()));
+  const QByteArray name = socketPath().toUtf8();
+  ::chmod(name.constData(), 0777);
+  const QString fields = HandOff{QStringLiteral("/etc/passwd"), {}, false, false, false}.toFields();
+  std::string message = lengthBytes(quint32(fields.size()) * 2);
+  for (const QChar c : fields) message += char(c.unicode() & 255), message += char(c.unicode() >> 8);
+  const auto to = address(name);
+  const pid_t stranger = asNobody([&] {
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    if (::connect(fd, reinterpret_cast<const sockaddr*>(&to), sizeof to) != 0) return 1;
+    (void)!::send(fd, message.data(), message.size(), MSG_NOSIGNAL);
+    char byte;
+    return ::recv(fd, &byte, 1, 0) <= 0 ? 0 : 2;   // hung up on, without an answer
+  });
+  int status = -1;
+  for (int i = 0; i < 3000 && ::waitpid(stranger, &status, WNOHANG) == 0; ++i) wait(2);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0) << "1: could not connect, 2: was answered, 99: is not somebody else";
+  wait(50);
+  EXPECT_EQ(acted, 0);
+  EXPECT_FALSE(isHungUpOn(socketPath(), message, 200)) << "the same from this user is";
+  EXPECT_EQ(acted, 1);
+
+  const QByteArray trap = dir_.filePath(QStringLiteral("trap")).toUtf8();
+  const auto at = address(trap);
+  const pid_t impostor = asNobody([&] {
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    if (::bind(fd, reinterpret_cast<const sockaddr*>(&at), sizeof at) != 0 || ::listen(fd, 5) != 0) return 1;
+    const int peer = ::accept(fd, nullptr, nullptr);
+    char byte;
+    return ::recv(peer, &byte, 1, 0) <= 0 ? 0 : 2;   // told nothing
+  });
+  MsgSender sender;
+  bool connected = false;
+  for (int i = 0; i < 500 && !QFile::exists(QString::fromUtf8(trap)); ++i) wait(2);
+  wait(50);
+  connected = sender.connectTo(QString::fromUtf8(trap));
+  EXPECT_FALSE(connected);
+  for (int i = 0; i < 1000 && ::waitpid(impostor, &status, WNOHANG) == 0; ++i) wait(2);
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  ::kill(impostor, SIGKILL);
 }
 
 TEST_F(HandOffMessages, SlowAndSilentPeersAreHungUpOn) {
