@@ -249,11 +249,11 @@ void Pane::paintEvent(QPaintEvent* event) {
   }
   flushText();
   view_.findStates();
-  restartColoring();
   QPainter painter(viewport());
   const PaneLook now = look();
   PanePainter pane(painter, view_, now);
   for (const QRect& part : event->region()) pane.paint(part);
+  restartColoring();
   // A wider line than any before came into view: the scroll bar learns of it behind the painting.
   if (view_.widestSeen() > horizontalScrollBar()->maximum() + view_.width) QMetaObject::invokeMethod(this, [this] { fit(); }, Qt::QueuedConnection);
 }

@@ -4,6 +4,7 @@
 
 #include "control/LanguageTable.h"
 #include "text/Chars.h"
+#include "text/LongColors.h"
 
 QString toQString(std::string_view bytes) {
   if (text::validUtf8(bytes)) {
@@ -53,6 +54,7 @@ struct TextModel::Impl {
   std::shared_ptr<const text::Highlighter> highlighter;
   int generation = -1;                    // of the language table when the highlighter was looked up
   text::StateCache states;
+  text::LongColors longColors;
   std::vector<text::LineNo> bookmarks;    // ascending
   bool modified = false;                  // as last announced
   bool breaksAssigned = false;            // someone chose the line break; else lines follow their neighbours
@@ -94,6 +96,7 @@ TextModel::TextModel() : impl_(new Impl) {
 #endif
   impl_->subscription = document_.subscribe([this](const text::Change& change) {
     impl_->states.onChange(change);
+    impl_->longColors.onChange(change, snapshot());
     impl_->moveBookmarks(change, snapshot());
     emit changed(change);
     announceModified();
@@ -176,6 +179,7 @@ const text::Highlighter* TextModel::highlighter() {
     if (found != impl_->highlighter) {
       impl_->highlighter = std::move(found);
       impl_->states.setHighlighter(impl_->highlighter);
+      impl_->longColors.clear();
     }
   }
   return impl_->highlighter.get();
@@ -187,6 +191,13 @@ text::LineState TextModel::stateAt(text::LineNo line, std::int64_t budget, bool*
     return 0;
   }
   return impl_->states.stateAt(snapshot(), line, budget, exact);
+}
+
+bool TextModel::tokensInLongLine(text::LineNo line, text::LineState state, std::int64_t from, std::int64_t to, std::int64_t budget,
+                                 std::vector<text::Token>* tokens) {
+  tokens->clear();
+  const text::Highlighter* scanner = highlighter();
+  return !scanner || impl_->longColors.tokens(*scanner, snapshot(), line, state, from, to, budget, tokens);
 }
 
 bool TextModel::hasBookmark(text::LineNo line) const {

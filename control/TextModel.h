@@ -47,6 +47,10 @@ class TextModel : public QObject {
   const text::Highlighter* highlighter();
   text::LineState stateAt(text::LineNo line, std::int64_t budget = 0, bool* exact = nullptr);
 
+  // See text::LongColors::tokens. True, and none, without a language.
+  bool tokensInLongLine(text::LineNo line, text::LineState state, std::int64_t from, std::int64_t to, std::int64_t budget,
+                        std::vector<text::Token>* tokens);
+
   // Bookmarks: lines, moving with the text.
   bool hasBookmark(text::LineNo line) const;
   void setBookmark(text::LineNo line, bool on);

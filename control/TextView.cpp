@@ -4,12 +4,12 @@
 #include <cmath>
 
 #include "control/ColumnBlock.h"
+#include "text/LongColors.h"
 
 using text::ByteOffset;
 using text::LineNo;
 
 namespace {
-constexpr std::int64_t kColoredLine = 64 * 1024;      // longer lines are shown without colours
 constexpr std::int64_t kPaintBudget = 256 * 1024;     // bytes scanned for colours before a paint
 constexpr std::int64_t kIdleBudget = 1024 * 1024;     // and at a time while nobody waits
 constexpr std::size_t kRows = 1000;
@@ -32,7 +32,7 @@ const Row& TextView::row(std::int64_t line) {
   if (rows_.size() >= kRows) rows_.clear();
   Row& row = rows_[line];
   layOut(row, line);
-  if (state_.colorSyntax && state_.model->highlighter() && row.length <= kColoredLine) color(row, line);
+  if (state_.colorSyntax && state_.model->highlighter()) color(row, line, kPaintBudget);
   if (state_.hits) {
     const text::ByteRange seen{row.start + row.layout.begin().byte, row.start + row.layout.end().byte};
     row.hits = state_.hits->all(snapshot(), seen).ranges;
@@ -62,9 +62,15 @@ void TextView::layOut(Row& row, std::int64_t line) {
   widen(row.layout.end().x + static_cast<double>(row.length - row.layout.end().byte) * metrics().cell());
 }
 
-void TextView::color(Row& row, std::int64_t line) {
-  const std::string bytes = snapshot().bytes({row.start, row.start + row.length});
-  state_.model->highlighter()->scanLine(bytes, stateOf(line), &row.tokens);
+void TextView::color(Row& row, std::int64_t line, std::int64_t budget) {
+  if (row.length <= text::LongColors::kLong) {
+    const std::string bytes = snapshot().bytes({row.start, row.start + row.length});
+    state_.model->highlighter()->scanLine(bytes, stateOf(line), &row.tokens);
+    return;
+  }
+  const std::int64_t from = row.layout.begin().byte, to = row.layout.end().byte;
+  row.colored = state_.model->tokensInLongLine(LineNo(line), stateOf(line), from, to, budget, &row.tokens);
+  exact_ = exact_ && row.colored;
 }
 
 double TextView::xOf(std::int64_t line, ByteOffset offset) {
@@ -147,7 +153,7 @@ std::vector<std::int64_t> TextView::findStates() {
     for (std::int64_t line = first; line <= last; ++line) {
       now.push_back(state);
       const ByteOffset start = snapshot().lineStart(LineNo(line)), end = snapshot().lineEnd(LineNo(line));
-      if (end - start <= kColoredLine) {
+      if (end - start <= text::LongColors::kLong) {
         state = highlighter->scanLine(snapshot().bytes({start, end}), state, nullptr);
       } else if (line < last) {
         bool exact = true;
@@ -163,6 +169,7 @@ std::vector<std::int64_t> TextView::findStates() {
     if (!same) differing.push_back(line);
   }
   for (const std::int64_t line : differing) rows_.erase(line);
+  for (const auto& [line, row] : rows_) exact_ = exact_ && row.colored;
   states_ = std::move(now);
   statesTop_ = first;
   statesBottom_ = last;
@@ -173,5 +180,10 @@ std::vector<std::int64_t> TextView::findStates() {
 bool TextView::goOnColoring() {
   bool exact = true;
   state_.model->stateAt(LineNo(lastVisible()), kIdleBudget, &exact);
+  for (auto& [line, row] : rows_) {
+    if (row.colored) continue;
+    color(row, line, kIdleBudget);
+    return exact && row.colored;   // one at a time; the others after the next painting
+  }
   return exact;
 }

@@ -18,7 +18,8 @@ struct Row {
   std::int64_t length = 0;             // bytes of the line
   bool whole = true;                   // the layout covers the line
   LineLayout layout;
-  std::vector<text::Token> tokens;
+  std::vector<text::Token> tokens;     // of a long one those in the layout
+  bool colored = true;                 // false: the budget did not reach the tokens
   std::vector<text::ByteRange> hits;   // within the text
 };
 
@@ -68,7 +69,7 @@ class TextView {
  private:
   text::LineState stateOf(std::int64_t line) const;
   void layOut(Row& row, std::int64_t line);
-  void color(Row& row, std::int64_t line);
+  void color(Row& row, std::int64_t line, std::int64_t budget);
 
   ViewState& state_;
   std::map<std::int64_t, Row> rows_;

@@ -15,6 +15,8 @@ namespace {
 
 constexpr std::size_t none = std::string_view::npos;
 constexpr std::size_t mostPairs = 255;
+constexpr std::size_t sureBytes = 512;        // in front of the end of a part: what ends there may end otherwise in the whole line
+constexpr std::size_t mostBasedDigits = 4096; // looked through for the closing '#'
 
 // Values in the signs of the language.
 enum : int { keywordValue, operatorValue };
@@ -98,7 +100,8 @@ struct Highlighter::Impl {
   bool startsInside(std::string_view s, std::size_t p, std::size_t& checked, std::size_t length) const;
   std::size_t signAt(std::string_view s, std::size_t p, int value) const;
   std::size_t closeEnd(std::string_view s, std::size_t from, std::size_t pair) const;
-  std::size_t stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker) const;
+  std::size_t stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker, std::size_t limit = none,
+                        bool* goesOn = nullptr) const;
   std::size_t numberEnd(std::string_view s, std::size_t p) const;
   static bool partsDigits(std::string_view s, std::size_t tick);
   std::size_t basedEnd(std::string_view s, std::size_t tick) const;
@@ -222,8 +225,10 @@ std::size_t Highlighter::Impl::closeEnd(std::string_view s, std::size_t from, st
   return none;
 }
 
-// Behind the closing delimiter, or the end of the line.
-std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker) const {
+// Behind the closing delimiter, or the end of the line. Where that is not found before `limit`: a place at or behind it
+// from which to go on looking.
+std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker, std::size_t limit,
+                                         bool* goesOn) const {
   const std::string& delimiter = delimiters[index];
   const std::string& escape = tables.escapeChar;
   const ByteSet& stop = breaker == '\n' ? stops[index].upToLf : stops[index].upToCr;
@@ -233,7 +238,8 @@ std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, s
       if (folds ? lowerAscii(s[p + i]) != lowerAscii(delimiter[i]) : s[p + i] != delimiter[i]) return false;
     return true;
   };
-  for (std::size_t p = stop.find(s, from); p < s.size(); p = stop.find(s, p)) {
+  std::size_t looked = from;
+  for (std::size_t p = stop.find(s, from); p < std::min(limit, s.size()); p = stop.find(s, p)) {
     if (s[p] == breaker) return p;
     if (!escape.empty() && s.compare(p, escape.size(), escape) == 0 && (escape != delimiter || s.compare(p + escape.size(), escape.size(), escape) == 0)) {
       p += escape.size();
@@ -243,8 +249,11 @@ std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, s
     } else {
       ++p;
     }
+    looked = p;
   }
-  return s.size();
+  if (limit >= s.size()) return s.size();
+  *goesOn = true;
+  return std::max(looked, limit);
 }
 
 // 'hFF, 'sb01, '0: behind a number whose "'" stands at `tick`; `tick` itself when none follows.
@@ -280,7 +289,7 @@ std::size_t Highlighter::Impl::numberEnd(std::string_view s, std::size_t p) cons
   }
   if (plain && s[end] == '#' && goesOn(s, end) && goesOn(s, end + 1)) {
     std::size_t q = end + 1;
-    while (q < s.size() && (hexDigit(s[q]) || s[q] == '_' || (s[q] == '.' && goesOn(s, q) && goesOn(s, q + 1)))) ++q;
+    while (q < s.size() && q - end < mostBasedDigits && (hexDigit(s[q]) || s[q] == '_' || (s[q] == '.' && goesOn(s, q) && goesOn(s, q + 1)))) ++q;
     if (q > end + 1 && q < s.size() && s[q] == '#' && goesOn(s, q)) end = goesOn(s, q + 1) ? wordEnd(s, q + 1) : q + 1;
     else return end;
   } else if (plain && s[end] == '.' && end + 1 < s.size() && digit(s[end + 1]) && goesOn(s, end) && goesOn(s, end + 1)) {
@@ -338,64 +347,118 @@ LineState Highlighter::scanBlock(std::string_view s, LineState state, char break
   return 0;
 }
 
+LinePoint Highlighter::startOf(LineState state) const {
+  if (state == 0 || state > impl_->closers.size()) return {};
+  return {0, LinePoint::block, state - 1u};
+}
+
 LineState Highlighter::scanLine(std::string_view s, LineState state, std::vector<Token>* tokens) const {
-  const Impl& h = *impl_;
   if (!tokens) return scanBlock(s, state, '\n');
   tokens->clear();
-  if (!h.valid) return 0;
+  const LinePoint end = scanPart(s, 0, true, startOf(state), static_cast<std::int64_t>(s.size()), tokens);
+  return end.inside == LinePoint::block ? static_cast<LineState>(end.index + 1) : LineState(0);
+}
+
+LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEnd, LinePoint from, std::int64_t upTo,
+                                std::vector<Token>* tokens) const {
+  const Impl& h = *impl_;
+  if (!h.valid) return {upTo, LinePoint::lost, 0};
+  std::size_t p = static_cast<std::size_t>(from.byte - base);
+  const std::size_t limit = std::min(s.size(), static_cast<std::size_t>(upTo - base));
+  if (s.size() > limit + kAhead) {   // whatever more there is: the same colours
+    s = s.substr(0, limit + kAhead);
+    toEnd = false;
+  }
+  const std::size_t sure = toEnd ? s.size() : std::max(limit, s.size() - std::min(s.size(), sureBytes));
   const auto put = [&](std::size_t begin, std::size_t end, TokenKind kind) {
-    if (end > begin) tokens->push_back({static_cast<std::int64_t>(begin), static_cast<std::int64_t>(end - begin), kind});
+    if (tokens && end > begin) tokens->push_back({base + static_cast<std::int64_t>(begin), static_cast<std::int64_t>(end - begin), kind});
     return end;
   };
-  std::size_t p = 0;
-  if (state > 0 && state <= h.closers.size()) {
-    p = h.closeEnd(s, 0, state - 1u);
-    put(0, p == none ? s.size() : p, TokenKind::comment);
-    if (p == none) return state;
+  // Each puts the comment or string that began at `begin`, looking for its end from `inside` on, and moves p behind it. False:
+  // it goes on behind p.
+  const auto endsBlock = [&](std::size_t begin, std::size_t inside, std::size_t pair) {
+    const std::size_t end = h.closeEnd(s, inside, pair);
+    const bool ends = end != none && end <= sure;
+    p = put(begin, ends ? end : std::max(inside, limit), TokenKind::comment);
+    return ends;
+  };
+  const auto endsString = [&](std::size_t begin, std::size_t inside, std::size_t delimiter) {
+    bool goesOn = false;
+    p = put(begin, h.stringEnd(s, inside, delimiter, '\n', limit, &goesOn), TokenKind::string);
+    return !goesOn;
+  };
+  const auto here = [&](LinePoint::Inside inside, std::size_t index) { return LinePoint{base + static_cast<std::int64_t>(p), inside, index}; };
+  const LinePoint lost{upTo, LinePoint::lost, 0};
+
+  switch (from.inside) {
+    case LinePoint::nothing: break;
+    case LinePoint::lost: return lost;
+    case LinePoint::comment:
+      p = put(p, std::max(p, limit), TokenKind::comment);
+      return here(LinePoint::comment, 0);
+    case LinePoint::block:
+      if (!endsBlock(p, p, from.index)) return here(LinePoint::block, from.index);
+      break;
+    case LinePoint::string:
+      if (!endsString(p, p, from.index)) return here(LinePoint::string, from.index);
+      break;
   }
-  while (p < s.size()) {
+  while (p < limit) {
     const unsigned char c = at(s, p);
     if (c < 0x80 && ascii.of[c] == CharClass::blank && !h.interesting.has(c) && !h.signs.startsWith(c)) {
       ++p;
       continue;
     }
     if (const Begin begin = h.startAt(s, p); begin.start) {
-      const std::size_t inside = p + begin.length;
+      const std::size_t inside = p + begin.length, index = begin.start->index;
       if (begin.start->kind == Start::string) {
-        p = put(p, h.stringEnd(s, inside, begin.start->index, '\n'), TokenKind::string);
+        if (!endsString(p, inside, index)) return here(LinePoint::string, index);
       } else if (begin.start->kind == Start::block) {
-        const std::size_t end = h.closeEnd(s, inside, begin.start->index);
-        put(p, end == none ? s.size() : end, TokenKind::comment);
-        if (end == none) return static_cast<LineState>(begin.start->index + 1);
-        p = end;
+        if (!endsBlock(p, inside, index)) return here(LinePoint::block, index);
       } else {
-        put(p, s.size(), TokenKind::comment);
-        return 0;
+        p = put(p, std::max(inside, limit), TokenKind::comment);
+        return here(LinePoint::comment, 0);
       }
       continue;
     }
     const std::size_t sign = h.signs.startsWith(c) ? h.signAt(s, p, keywordValue) : 0;
     if (const std::size_t end = wordEnd(s, p); end > p) {
+      if (end > sure) return lost;
       const int known = h.words.find(s.substr(p, end - p));
-      if (p + sign > end) p = put(p, p + sign, TokenKind::keyword);
-      else if (known == keywordValue) p = put(p, end, TokenKind::keyword);
-      else if (known == operatorValue) p = put(p, end, TokenKind::operatorSign);
-      else if (digit(s[p])) p = put(p, h.numberEnd(s, p), TokenKind::number);
-      else p = end;
+      if (p + sign > end) {
+        p = put(p, p + sign, TokenKind::keyword);
+      } else if (known == keywordValue) {
+        p = put(p, end, TokenKind::keyword);
+      } else if (known == operatorValue) {
+        p = put(p, end, TokenKind::operatorSign);
+      } else if (digit(s[p])) {
+        const std::size_t behind = h.numberEnd(s, p);
+        if (behind > sure) return lost;
+        p = put(p, behind, TokenKind::number);
+      } else {
+        p = end;
+      }
       continue;
     }
     if (c == '\'' && !wordBefore(s, p))
       if (const std::size_t end = h.basedEnd(s, p); end > p) {
+        if (end > sure) return lost;
         p = put(p, end, TokenKind::number);
         continue;
       }
     const std::size_t op = h.signs.startsWith(c) ? h.signAt(s, p, operatorValue) : 0;
-    if (sign > 0 && sign >= op) p = put(p, p + sign, TokenKind::keyword);
-    else if (op > 0) p = put(p, p + op, TokenKind::operatorSign);
-    else if (h.lead[c] && h.goesOn(s, p + 1)) p = wordEnd(s, p + 1);   // a name of its own, or part of one
-    else p += c < 0x80 ? 1 : static_cast<std::size_t>(decode(s.substr(p)).bytes);
+    if (sign > 0 && sign >= op) {
+      p = put(p, p + sign, TokenKind::keyword);
+    } else if (op > 0) {
+      p = put(p, p + op, TokenKind::operatorSign);
+    } else if (h.lead[c] && h.goesOn(s, p + 1)) {   // a name of its own, or part of one
+      p = wordEnd(s, p + 1);
+      if (p > sure) return lost;
+    } else {
+      p += c < 0x80 ? 1 : static_cast<std::size_t>(decode(s.substr(p)).bytes);
+    }
   }
-  return 0;
+  return here(LinePoint::nothing, 0);
 }
 
 }  // namespace text

@@ -30,6 +30,15 @@ struct Token {
 // What a line hands to the next: 0 = plain, n = inside the n-th multi-line comment.
 using LineState = unsigned char;
 
+// A place within a line where a scan can go on: between two tokens, or inside a comment or string that reaches further.
+struct LinePoint {
+  enum Inside : unsigned char { nothing, comment, block, string, lost };
+  std::int64_t byte = 0;     // within the line
+  Inside inside = nothing;
+  std::size_t index = 0;     // of the pair or the delimiter
+  bool operator==(const LinePoint&) const = default;
+};
+
 // Compiled and immutable; shared by all documents of the language.
 //
 // How the tables are read:
@@ -56,6 +65,15 @@ class Highlighter {
   // Scans one line (without its break). Tokens ascend, cover no byte twice; text between them is plain. `tokens` may
   // be null when only the state is wanted, which is much faster. Linear in the line whatever it holds.
   LineState scanLine(std::string_view line, LineState state, std::vector<Token>* tokens) const;
+  // The same for a part of a line too long to be scanned at one go, from a point of it up to byte `upTo`. `part` is the line
+  // from byte `begin` on: it holds kBehind bytes before the point and kAhead behind upTo, as far as the line goes (toEnd: the
+  // line ends with it). Adds the tokens that begin before upTo; their bytes count from the line's start, and one that goes on
+  // may be cut behind upTo. Returns where to go on, at or behind upTo. Behind a word or number that is longer than kAhead the
+  // scan is `lost`, and the rest of the line plain.
+  static constexpr std::int64_t kBehind = 128, kAhead = 64 << 10;
+  LinePoint scanPart(std::string_view part, std::int64_t begin, bool toEnd, LinePoint from, std::int64_t upTo,
+                     std::vector<Token>* tokens) const;
+  LinePoint startOf(LineState state) const;   // the point at the beginning of a line that starts in `state`
   // The state behind a block of whole lines, each ended by `breaker` (the last one may lack it).
   LineState scanBlock(std::string_view block, LineState state, char breaker) const;
   bool isKeyword(std::string_view word) const;

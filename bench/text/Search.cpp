@@ -5,7 +5,7 @@
 #include <pcre2.h>
 
 #include "bench/Bench.h"
-#include "text/Highlight.h"
+#include "text/LongColors.h"
 
 namespace {
 
@@ -106,7 +106,13 @@ void colouring(benchmark::State& state) {
     row("the same after a character typed at the top", best(1, [&] { screen(cache); }) * 1e3, "ms", 100);
     const auto line = singleLine(20 * MB);
     std::vector<Token> tokens;
-    row("colouring one line of 20 MB", best(1, [&] { benchmark::DoNotOptimize(highlighter->scanLine(line, 0, &tokens)); }) * 1e3, "ms", 0);
+    const double whole = best(3, [&] { benchmark::DoNotOptimize(highlighter->scanLine(line, 0, &tokens)); });
+    row("colouring one line of 20 MB", whole * 1e3, "ms", 0);
+    const Snapshot longLine(line);
+    const std::int64_t end = longLine.size().value;
+    LongColors colors;
+    ratioRow("  200 characters at its end, the first time / the whole", best(1, [&] { colors.tokens(*highlighter, longLine, LineNo(0), 0, end - 200, end, end, &tokens); }), whole, 1.5);
+    row("  the same later", best(3, [&] { colors.tokens(*highlighter, longLine, LineNo(0), 0, end - 200, end, 0, &tokens); }) * 1e3, "ms", 5);
   }
 }
 BENCHMARK(colouring)->Iterations(1)->Unit(benchmark::kMillisecond);

@@ -285,6 +285,21 @@ TEST_F(PanePainting, TokensHaveTheirColors) {
   EXPECT_EQ(inkOf(3, 0, 6), ColorSlot::Comment);
   control.setColorSyntax(false);
   EXPECT_EQ(inkOf(3, 0, 6), ColorSlot::Text);
+  control.setColorSyntax(true);
+  // The end of a line that no budget reaches at once.
+  std::string line;
+  while (line.size() < 3'000'000) line += "x=y; ";
+  put((line + "/* c */ module|").c_str());
+  key(Qt::Key_Home);
+  key(Qt::Key_End);
+  for (int i = 0; i < 1000 && (i == 0 || !pane()->view().statesExact()); ++i) QApplication::processEvents();
+  const auto end = static_cast<qint64>(line.size());
+  EXPECT_EQ(inkOf(0, end + 8, 6), ColorSlot::Keyword);
+  EXPECT_EQ(inkOf(0, end + 1, 6), ColorSlot::Comment);
+  control.InsertText(q("/*"), {0, 0});
+  for (int i = 0; i < 1000 && (i == 0 || !pane()->view().statesExact()); ++i) QApplication::processEvents();
+  EXPECT_EQ(inkOf(0, end + 10, 6), ColorSlot::Keyword) << "behind the first end of the comment";
+  EXPECT_EQ(inkOf(0, end - 3, 6), ColorSlot::Comment);
   LanguageTable::unregisterLanguage(q("PaintTest"));
 }
 

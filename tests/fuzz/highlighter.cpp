@@ -80,6 +80,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       last = token.begin + token.length;
       check(last <= std::int64_t(line.size()), "tokens are in the line");
     }
+    std::vector<Token> parts;
+    LinePoint at = highlighter.startOf(state);
+    for (const auto length = std::int64_t(line.size()); at.byte < length;)
+      at = highlighter.scanPart(line, 0, true, at, std::min(length, at.byte + 7), &parts);
+    std::int64_t covered = 0, coveredInParts = 0;
+    for (const Token& token : tokens) covered += token.length;
+    for (const Token& token : parts) coveredInParts += token.length;
+    check(covered == coveredInParts && (at.inside == LinePoint::block ? at.index + 1 : 0) == next, "a line is its parts");
     state = next;
     from = end + 1;
   }

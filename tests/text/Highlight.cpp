@@ -5,6 +5,7 @@
 #include <array>
 
 #include "tests/text/Pieces.h"
+#include "text/LongColors.h"
 
 using namespace text;
 
@@ -185,6 +186,38 @@ TEST(Highlight, AllScansAgree) {
   }
 }
 
+// A long line scanned in parts, looking only as far as is asked for, is coloured as at one go.
+TEST(Highlight, PartsOfALineAreColouredAsTheWhole) {
+  const std::array<std::string, 30> alphabet{"/", "*", "//", "/*", "*/", "(*", "*)", "\"", "\\", "\\\"", "'", "8", "'b1", "16#F", "#", "end", "-if", "$display",
+                                             "REM", "comment", "endcomment", " ", "-", "\u00E9", "\xC3", "1.5e-", "_", "<=", "a", "%"};
+  std::mt19937 random(29);
+  LanguageTables noComments = verilog();
+  noComments.singleComments = {"//%%"};   // so that something follows
+  for (const LanguageTables& tables : {noComments, verilog(), vhdl(), tcl()}) {
+    const Highlighter highlighter(tables);
+    for (int round = 0; round < 60; ++round) {
+      std::string line;
+      while (line.size() < 6000) line += random() % 30 ? randomText(random, alphabet, random() % 20) : std::string(random() % 700, " x/"[random() % 3]);
+      const auto size = static_cast<std::int64_t>(line.size());
+      const auto state = static_cast<LineState>(random() % (tables.multiCommentStart.size() + 1));
+      std::vector<Token> whole, parts;
+      const LineState after = highlighter.scanLine(line, state, &whole);
+      LinePoint at = highlighter.startOf(state);
+      while (at.byte < size) {
+        const std::int64_t upTo = std::min(size, at.byte + 1 + static_cast<std::int64_t>(random() % 1500));
+        const std::int64_t begin = std::max<std::int64_t>(0, at.byte - Highlighter::kBehind), end = std::min(size, upTo + 4000);
+        const LinePoint next = highlighter.scanPart(std::string_view(line).substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)),
+                                                    begin, end == size, at, upTo, &parts);
+        ASSERT_GE(next.byte, upTo);
+        ASSERT_NE(next.inside, LinePoint::lost);
+        at = next;
+      }
+      ASSERT_EQ(drawn(line, parts), drawn(line, whole)) << testing::PrintToString(line);
+      ASSERT_EQ(at.inside == LinePoint::block ? at.index + 1 : 0, after);
+    }
+  }
+}
+
 // What is not linear here runs for hours: into the time limit of the test.
 TEST(Highlight, HostileLinesCostTheirLengthOnly) {
   LanguageTables tables = verilog();
@@ -277,6 +310,64 @@ TEST(HighlightStates, BudgetComesToTheExactState) {
   for (int i = 0; i < 3 && !exact; ++i) other.stateAt(longLine, LineNo(2), 1000, &exact);
   EXPECT_EQ(other.stateAt(longLine, LineNo(2), 1000, &exact), 1);
   EXPECT_TRUE(exact);
+}
+
+// What is visible of a long line has the colours of a scan from its start, wherever one looks and through edits.
+TEST(HighlightLongLines, WindowsHaveTheColoursOfTheWholeLine) {
+  const std::array<std::string, 8> kinds{"assign a=b1;", "/* begin", "end */", "\"end\\\"", "\"", "8'hFF ", "(* x *)", "always "};
+  std::mt19937 random(31);
+  const auto highlighter = std::make_shared<const Highlighter>(verilog());
+  std::string bytes = "/* first\n*/ ";
+  while (bytes.size() < 700'000) bytes += kinds[random() % 100 ? random() % 2 ? 0 : 5 : random() % kinds.size()] + (random() % 500 ? "" : std::string(random() % 60'000, random() % 2 ? '/' : 'w') + " ");
+  bytes += "\nlast";
+  Document document;
+  document.reset(inPieces(bytes, 50'000));
+  LongColors colors;
+  StateCache states;
+  states.setHighlighter(highlighter);
+  const auto held = document.subscribe([&](const Change& change) {
+    states.onChange(change);
+    colors.onChange(change, document.snapshot());
+  });
+  for (int step = 0; step < 25; ++step) {
+    const Snapshot& text = document.snapshot();
+    const LineNo line(step % 10 == 9 ? 0 : 1);
+    const std::string content = text.line(line);
+    const auto size = static_cast<std::int64_t>(content.size());
+    const LineState state = states.stateAt(text, line);
+    std::vector<Token> whole, window;
+    highlighter->scanLine(content, state, &whole);
+    const std::string expected = drawn(content, whole);
+    for (int look = 0; look < 4; ++look) {
+      const auto from = static_cast<std::int64_t>(random() % static_cast<std::uint64_t>(size)), to = std::min(size, from + 300);
+      int calls = 1;
+      for (; !colors.tokens(*highlighter, text, line, state, from, to, 100'000, &window); ++calls) ASSERT_LT(calls, 20);
+      std::string got = drawn(content, window);
+      ASSERT_EQ(got.substr(static_cast<std::size_t>(from), 300), expected.substr(static_cast<std::size_t>(from), 300)) << "step " << step << " from " << from;
+      EXPECT_TRUE(step > 0 || look > 0 || calls > from / 200'000) << "the budget bounds a call";
+    }
+    if (step % 6 == 5) {
+      document.undo();
+      continue;
+    }
+    const ByteOffset at(static_cast<std::int64_t>(random() % static_cast<std::uint64_t>(text.size().value)));
+    const ByteOffset end = std::min(text.size(), at + static_cast<std::int64_t>(random() % 4 ? 0 : random() % 3000));
+    document.apply(Edit{{at, end}, std::array<std::string, 5>{"/*", "*/", "\"", "(*", " "}[random() % 5]}, {});
+  }
+}
+
+TEST(HighlightLongLines, AWordWithoutEndEndsTheColoursOnly) {
+  const Highlighter highlighter(verilog());
+  const std::string line = "begin " + std::string(300'000, 'w') + " begin " + std::string(300'000, '1');
+  const Snapshot text(line);
+  LongColors colors;
+  std::vector<Token> tokens;
+  EXPECT_TRUE(colors.tokens(highlighter, text, LineNo(0), 0, 0, 100, 1'000'000, &tokens));
+  EXPECT_EQ(tokens, (std::vector<Token>{{0, 5, TokenKind::keyword}}));
+  for (const std::int64_t from : {299'990, 300'050, 600'000}) {
+    EXPECT_TRUE(colors.tokens(highlighter, text, LineNo(0), 0, from, from + 100, 1'000'000, &tokens));
+    EXPECT_TRUE(tokens.empty()) << from;
+  }
 }
 
 TEST(HighlightStates, LoneCarriageReturnsAndNoLanguage) {

@@ -1,0 +1,72 @@
+// What is known at places along lines that are too long to be gone through each time they are looked at: found as far as
+// somebody looked, dropped from an edit on. For the lines that were used last; others need no entry.
+#pragma once
+
+#include <algorithm>
+#include <vector>
+
+#include "text/Document.h"
+
+namespace text {
+
+// Place has a member `byte`, counted from the line's start.
+template <class Place>
+class LinePlaces {
+ public:
+  using Places = std::vector<Place>;   // ascending; the first is that of byte 0
+
+  void clear() { lines_.clear(); }
+
+  // The places of a line, `first` alone where nothing is known.
+  Places& of(LineNo line, const Place& first) {
+    const auto it = std::find_if(lines_.begin(), lines_.end(), [line](const Entry& e) { return e.line == line.value; });
+    if (it != lines_.end()) {
+      std::rotate(it, it + 1, lines_.end());
+    } else {
+      if (lines_.size() >= kEntries) lines_.erase(lines_.begin());
+      lines_.push_back({line.value, {first}});
+    }
+    return lines_.back().places;
+  }
+
+  // A place was found by looking at up to `ahead` bytes behind it.
+  void onChange(const Change& change, const Snapshot& now, std::int64_t ahead) {
+    if (change.reset) clear();
+    if (lines_.empty()) return;
+    std::vector<Entry> kept;
+    for (Entry& e : lines_) {
+      std::int64_t shift = 0;      // new line - old line behind the spans before
+      bool gone = false;
+      for (const auto& span : change.spans) {
+        const std::int64_t oldFirst = span.firstLine.value - shift;
+        if (e.line < oldFirst) break;
+        if (e.line == oldFirst) {
+          const std::int64_t safe = span.begin - now.lineStart(span.firstLine) - ahead;
+          while (e.places.size() > 1 && e.places.back().byte > safe) e.places.pop_back();
+        } else if (e.line <= oldFirst + span.linesRemoved) {
+          gone = true;
+          break;
+        }
+        shift += span.linesInserted - span.linesRemoved;
+        if (e.line == oldFirst) {   // the rest of the line may stand on another one now
+          shift = 0;
+          break;
+        }
+      }
+      if (gone) continue;
+      e.line += shift;
+      kept.push_back(std::move(e));
+    }
+    lines_ = std::move(kept);
+  }
+
+ private:
+  static constexpr std::size_t kEntries = 256;
+  struct Entry {
+    std::int64_t line;
+    Places places;
+  };
+  std::vector<Entry> lines_;   // last used last
+};
+
+}  // namespace text
