@@ -45,18 +45,15 @@ std::size_t Delta::cost() const {
   return hasContent ? total : total + items.size() * 4 * sizeof(Piece);
 }
 
-Delta deltaOf(const TreePtr& old, std::span<const Splice> splices, std::span<const Piece> pieces) {
+Delta deltaOf(const TreePtr& old, std::span<const Exchange> exchanges) {
   Delta delta;
-  delta.items.reserve(splices.size());
-  delta.hasContent = splices.size() < old->shape().bulkEdits;
+  delta.items.reserve(exchanges.size());
+  delta.hasContent = exchanges.size() < old->shape().bulkEdits;
   if (!delta.hasContent) delta.other = old;
   std::int64_t grown = 0;
-  for (const auto& splice : splices) {
-    DeltaItem item;
-    item.begin = splice.begin + grown;
-    for (const auto& piece : pieces.subspan(splice.firstPiece, splice.pieceCount)) item.length += piece.length;
-    item.otherLength = splice.end - splice.begin;
-    if (delta.hasContent && item.otherLength > 0) item.content = contentOf(*old, splice.begin, splice.end);
+  for (const auto& exchange : exchanges) {
+    DeltaItem item{exchange.begin + grown, exchange.length, exchange.end - exchange.begin, {}};
+    if (delta.hasContent && item.otherLength > 0) item.content = contentOf(*old, exchange.begin, exchange.end);
     grown += item.length - item.otherLength;
     delta.items.push_back(std::move(item));
   }

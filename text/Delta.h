@@ -24,13 +24,18 @@ struct Delta {
   std::vector<DeltaItem> items;
   bool hasContent = true;   // the items carry the other side
   TreePtr other;            // the other side as a whole; set where the items do not carry it, and inside an open group
-  std::size_t pinned = 0;   // bytes of memory that only `other` keeps alive, where it shares nothing with the present tree
+  std::size_t pinned = 0;   // bytes of memory that only `other` keeps alive: what the present tree does not share with it
 
   std::size_t cost() const;   // bytes of memory kept alive by it, roughly
 };
 
-// What the splices do to `old`, seen from the text after them.
-Delta deltaOf(const TreePtr& old, std::span<const Splice> splices, std::span<const Piece> pieces);
+// Replace the bytes [begin, end) of the old text by `length` others.
+struct Exchange {
+  std::int64_t begin = 0, end = 0, length = 0;
+};
+
+// What the exchanges, which are ascending and do not overlap, do to `old`, seen from the text after them.
+Delta deltaOf(const TreePtr& old, std::span<const Exchange> exchanges);
 
 // The state that the delta leads to, and the delta back from there.
 struct Reverted {

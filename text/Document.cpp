@@ -123,28 +123,58 @@ bool Document::apply(std::span<const Edit> edits, const SelectionState& before, 
   auto& d = *impl_;
   if (!d.mayChange() || !d.valid(edits)) return false;
   const auto old = d.tree();
+  const auto shape = old->shape();
+  const bool bulk = edits.size() >= shape.bulkEdits;
+  const auto joined = [&](std::int64_t end, std::int64_t begin) { return bulk && begin - end <= shape.smallGap; };
   std::size_t length = 0;
-  for (const auto& edit : edits) length += edit.text.size();
-  auto room = d.added.room(length, old->shape().addBlock);
-  std::vector<Splice> splices;
+  for (std::size_t i = 0; i < edits.size(); ++i) {
+    length += edits[i].text.size();
+    if (i > 0 && joined(edits[i - 1].range.end.value, edits[i].range.begin.value))
+      length += static_cast<std::size_t>(edits[i].range.begin - edits[i - 1].range.end);
+  }
+  auto room = d.added.room(length, shape.addBlock);
+  std::vector<Exchange> exchanges;
+  std::vector<Splice> splices;   // the same for the tree, where neighbours may be one
   std::vector<Piece> pieces;
-  splices.reserve(edits.size());
-  pieces.reserve(edits.size());
+  exchanges.reserve(edits.size());
   Walker walker(*old);
-  std::size_t written = 0;
+  std::size_t written = 0, run = 0;   // run: where the text of the last splice begins
+  const auto write = [&](std::string_view text) {
+    if (!text.empty()) std::memcpy(room.base + room.used + written, text.data(), text.size());
+    written += text.size();
+  };
+  const auto endRun = [&] {
+    if (splices.empty()) return;
+    auto& splice = splices.back();
+    splice.firstPiece = pieces.size();
+    cutPieces(room.block, room.base + room.used + run, written - run, shape, old->breakByte(), pieces);
+    splice.pieceCount = pieces.size() - splice.firstPiece;
+    run = written;
+  };
+  std::string gap;
+  std::size_t copied = 0;
   for (const auto& edit : edits) {
-    const auto begin = edit.range.begin.value;
-    if (edit.range.length() == static_cast<std::int64_t>(edit.text.size()) && walker.equals(begin, edit.text)) continue;
-    char* const to = room.base + room.used + written;
-    if (!edit.text.empty()) std::memcpy(to, edit.text.data(), edit.text.size());
-    const auto first = pieces.size();
-    cutPieces(room.block, to, edit.text.size(), old->shape(), old->breakByte(), pieces);
-    splices.push_back({begin, edit.range.end.value, first, pieces.size() - first});
-    written += edit.text.size();
+    const auto begin = edit.range.begin.value, end = edit.range.end.value;
+    const auto size = static_cast<std::int64_t>(edit.text.size());
+    if (end - begin == size && walker.equals(begin, edit.text)) continue;
+    if (!splices.empty() && joined(splices.back().end, begin)) {
+      gap.clear();
+      old->copy(splices.back().end, begin, gap);
+      write(gap);
+      copied += gap.size();
+      splices.back().end = end;
+    } else {
+      endRun();
+      splices.push_back({begin, end, 0, 0});
+    }
+    write(edit.text);
+    exchanges.push_back({begin, end, size});
   }
   if (splices.empty()) return true;
+  endRun();
 
-  auto delta = deltaOf(old, splices, pieces);
+  auto delta = deltaOf(old, exchanges);
+  if (!delta.hasContent) delta.pinned = copied;
   auto ready = d.ready(old->spliced(splices, pieces), delta);
   auto entry = d.history.prepare(std::move(delta), before, join, old);
   d.put(ready);

@@ -24,6 +24,9 @@ struct TreeShape {
   std::uint32_t maxPiece = 8 * 1024;   // bytes of a piece; >= 1
   std::uint32_t addBlock = 64 * 1024;  // largest block into which small insertions are gathered; bytes
   std::size_t bulkEdits = 1024;      // from so many edits in one change, undo keeps the tree before it and not the pieces
+  // And up to so many bytes between two of them are written anew. Two pieces take about 64 bytes, but reading from piece to
+  // piece takes far longer than the bytes between.
+  std::int64_t smallGap = 256;
 };
 
 namespace engine {

@@ -321,8 +321,8 @@ TEST_P(RandomEdits, EqualAPlainString) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, RandomEdits, testing::Values(
-    Shape{"one_byte_pieces", {4, 1, 8, 3}, LineMode::lf, 40},
-    Shape{"tiny_nodes", {4, 7, 16, 4}, LineMode::lf, 600},
+    Shape{"one_byte_pieces", {4, 1, 8, 3, 0}, LineMode::lf, 40},
+    Shape{"tiny_nodes", {4, 7, 16, 4, 5}, LineMode::lf, 600},
     Shape{"tiny_nodes_cr", {6, 5, 64, 6}, LineMode::cr, 300},
     Shape{"usual", {}, LineMode::lf, 400}),
     [](const auto& shape) { return std::string(shape.param.name); });
