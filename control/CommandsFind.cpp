@@ -47,7 +47,9 @@ const Searcher* stateSearcher(Editor& e) {
 // Selects the next find from the selection on, round the end of the text when needed.
 bool findFrom(Editor& e, const Searcher& searcher, const QString& shown, ByteRange from, bool forward) {
   const Snapshot text = e.snapshot();
-  const FindOutcome outcome = findNear(text, searcher, from, {ByteOffset(0), text.size()}, forward);
+  const ByteRange whole{ByteOffset(0), text.size()};
+  FindOutcome outcome;
+  e.host().work(whole.length(), [&](SearchControl& control) { outcome = findNear(text, searcher, from, std::span(&whole, 1), forward, &control); });
   EditorAccess::searchFailed(e) = !outcome.found;
   if (outcome.found) e.setSelection({outcome.found->begin, outcome.found->end, 0, 0, false});
   e.host().note(noteOf(outcome, shown, forward));
@@ -59,19 +61,37 @@ void replaceAllIn(Editor& e, const std::vector<ByteRange>& within) {
   const Searcher* searcher = stateSearcher(e);
   if (!searcher) return;
   const SearchState& state = searchState();
-  applyReplacements(e, planReplacements(e.snapshot(), *searcher, state.options.regex, within, replacementBytes(e, state),
-                                        keepsCase(e, state), e.model().newLineFor(LineNo(0))));
+  const std::string replacement = replacementBytes(e, state), newLine = e.model().newLineFor(LineNo(0));
+  const bool keep = keepsCase(e, state), regex = state.options.regex;
+  const Snapshot text = e.snapshot();
+  ReplacePlan plan;
+  e.host().work(within.empty() ? 0 : within.back().end - within.front().begin, [&](SearchControl& control) {
+    plan = planReplacements(text, *searcher, regex, within, replacement, keep, newLine, &control);
+  });
+  applyReplacements(e, plan);
 }
 
 }  // namespace
 
-FindOutcome findNear(const Snapshot& text, const Searcher& searcher, ByteRange from, ByteRange within, bool forward,
+FindOutcome findNear(const Snapshot& text, const Searcher& searcher, ByteRange from, std::span<const ByteRange> within, bool forward,
                      SearchControl* control) {
+  const auto ends = [](const SearchResult& result) { return result.match || !result.error.empty() || result.cancelled; };
   const auto search = [&](ByteOffset at) {
-    at = std::clamp(at, within.begin, within.end);
-    return forward ? searcher.forward(text, at, within, control) : searcher.backward(text, at, within, control);
+    SearchResult result;
+    if (forward) {
+      auto range = std::partition_point(within.begin(), within.end(), [at](const ByteRange& r) { return r.end < at; });
+      for (; range != within.end() && !ends(result); ++range) result = searcher.forward(text, std::max(at, range->begin), *range, control);
+    } else {
+      auto range = std::partition_point(within.begin(), within.end(), [at](const ByteRange& r) { return r.begin <= at; });
+      while (range != within.begin() && !ends(result)) {
+        --range;
+        result = searcher.backward(text, std::min(at, range->end), *range, control);
+      }
+    }
+    return result;
   };
   FindOutcome outcome;
+  if (within.empty()) return outcome;
   SearchResult result = search(forward ? from.end : from.begin);
   // A find without length where the caret stands already would hold it there for ever.
   if (result.match && result.match->range.empty() && from.empty() && result.match->range.begin == from.begin) {
@@ -80,7 +100,7 @@ FindOutcome findNear(const Snapshot& text, const Searcher& searcher, ByteRange f
   }
   if (!result.match && result.error.empty() && !result.cancelled) {
     outcome.wrapped = true;
-    result = search(forward ? within.begin : within.end);
+    result = search(forward ? within.front().begin : within.back().end);
   }
   if (result.match) outcome.found = result.match->range;
   outcome.error = std::move(result.error);
@@ -130,10 +150,12 @@ void applyReplacements(Editor& e, const ReplacePlan& plan) {
   e.host().note(noteOf(plan));
 }
 
-bool replaceSelectedFind(Editor& e, const Searcher& searcher, QString* error) {
+bool replaceSelectedFind(Editor& e, const Searcher& searcher, std::span<const ByteRange> within, QString* error) {
   const ByteRange range = e.selectedRange();
   if (e.selection().column) return false;
-  const SearchResult at = searcher.forward(e.snapshot(), range.begin, {ByteOffset(0), e.snapshot().size()});
+  const auto home = std::partition_point(within.begin(), within.end(), [&](const ByteRange& r) { return r.end < range.end; });
+  if (home == within.end() || range.begin < home->begin) return false;
+  const SearchResult at = searcher.forward(e.snapshot(), range.begin, *home);
   *error = QString::fromStdString(at.error);
   if (!at.match || at.match->range != range) return false;
   const SearchState& state = searchState();
@@ -178,7 +200,10 @@ void findMarkAll(Editor& e, const QVariant&) {
   const Searcher* searcher = stateSearcher(e);
   if (!searcher) return;
   const Snapshot text = e.snapshot();
-  const SearchAllResult found = searcher->all(text, {ByteOffset(0), text.size()});
+  const ByteRange whole{ByteOffset(0), text.size()};
+  SearchAllResult found;
+  e.host().work(whole.length(), [&](SearchControl& control) { found = searcher->all(text, whole, &control); });
+  if (found.cancelled) return e.host().note(tr("Cancelled"));
   if (!found.error.empty()) return e.host().note(QString::fromStdString(found.error));
   markFinds(e, text, found.ranges);
 }
@@ -188,7 +213,8 @@ void replace(Editor& e, const QVariant&) {
   const Searcher* searcher = stateSearcher(e);
   if (!searcher) return;
   QString error;
-  const bool replaced = replaceSelectedFind(e, *searcher, &error);
+  const ByteRange whole{ByteOffset(0), e.snapshot().size()};
+  const bool replaced = replaceSelectedFind(e, *searcher, std::span(&whole, 1), &error);
   if (!error.isEmpty()) return e.host().note(error);
   findFrom(e, *searcher, searchState().findText, e.selectedRange(), true);
   if (replaced) e.document().setSelectionAfter(e.selection());

@@ -59,6 +59,11 @@ std::int64_t columnsBetween(const Snapshot& text, ByteOffset from, ByteOffset to
 
 }  // namespace
 
+void EditorHost::work(std::int64_t, const std::function<void(text::SearchControl&)>& work) {
+  text::SearchControl control;
+  work(control);
+}
+
 void EditorHost::note(const QString& text) { SetStatusText(text); }
 
 QString EditorHost::clipboardText(bool* block) {

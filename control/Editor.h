@@ -38,6 +38,8 @@ class EditorHost {
   virtual void showFindDialog(bool replace) { (void)replace; }
   virtual void hideFindDialog() {}
   virtual void note(const QString& text);        // "12 replaced", "wrapped": the status text
+  // Runs work that may take long and returns when it is done; a window lets it be cancelled (LongWork.h).
+  virtual void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work);
   virtual QString clipboardText(bool* block);    // *block: the text is a rectangular block
   virtual void setClipboard(const QString& text, bool block);
 };

@@ -19,6 +19,7 @@ struct FindDialog::Target {
   ByteRange selection;
   std::vector<ByteRange> within;
 
+  std::int64_t extent() const { return within.back().end - within.front().begin; }
   std::int64_t bytes() const {
     std::int64_t sum = 0;
     for (const ByteRange& range : within) sum += range.length();
@@ -34,7 +35,26 @@ void noteForMacro(const char* command) {
 
 }  // namespace
 
-bool FindDialog::columnScope() const { return scope_ && !scope_->rows.empty(); }
+// What is put in at the edges of a row belongs to it.
+void FindDialog::Scope::moveRows(const Change& change) {
+  if (change.reset) return rows.clear();
+  std::size_t next = 0;
+  std::int64_t shift = 0;   // new place - old place behind the spans that lie before
+  const auto moved = [&](ByteOffset at, bool isEnd) {
+    for (; next < change.spans.size(); ++next) {
+      const Change::Span& span = change.spans[next];
+      const ByteOffset begin = span.begin - shift, end = begin + span.removed;
+      if (at < begin) break;
+      if (begin == end ? at == begin : at < end) return begin == at && !(isEnd && begin == end) ? at + shift : span.begin + (isEnd ? span.inserted : 0);
+      shift += span.inserted - span.removed;
+    }
+    return at + shift;
+  };
+  for (ByteRange& row : rows) {
+    row.begin = moved(row.begin, false);
+    row.end = std::max(row.begin, moved(row.end, true));
+  }
+}
 
 void FindDialog::takeScope() {
   dropScope();
@@ -49,8 +69,10 @@ void FindDialog::takeScope() {
   const ByteRange range = editor.selectedRange();
   scope_->begin = editor.document().addMark(range.begin, Gravity::left);
   scope_->end = editor.document().addMark(range.end, Gravity::right);
-  if (editor.selection().column) scope_->rows = selectedRanges(editor);
-  scope_->revision = editor.document().revision();
+  if (editor.selection().column) {
+    scope_->rows = selectedRanges(editor);
+    scope_->subscription = editor.document().subscribe([scope = scope_.get()](const Change& change) { scope->moveRows(change); });
+  }
   inSelection_->setChecked(true);
 }
 
@@ -66,7 +88,7 @@ void FindDialog::dropScope() {
 std::vector<ByteRange> FindDialog::scope() const {
   const Document& document = control_->editor().document();
   if (!scope_) return {{ByteOffset(0), document.snapshot().size()}};
-  if (columnScope() && scope_->revision == document.revision()) return scope_->rows;
+  if (!scope_->rows.empty()) return scope_->rows;
   const ByteOffset begin = document.markAt(scope_->begin), end = document.markAt(scope_->end);
   return {{begin, std::max(begin, end)}};
 }
@@ -98,10 +120,8 @@ void FindDialog::findNext(bool forward) {
   noteForMacro(forward ? "FINDNEXT" : "FINDPREV");
   typingFrom_.reset();
   tell({});
-  // The rows of a column selection are gone through one by one only where all is done at once.
-  const ByteRange within{t->within.front().begin, t->within.back().end};
-  job_->start(within.length(), [this, t, within, forward, findText](SearchControl& control) -> FindJob::Done {
-    const FindOutcome outcome = findNear(t->text, *t->searcher, t->selection, within, forward, &control);
+  job_->start(t->extent(), [this, t, forward, findText](SearchControl& control) -> FindJob::Done {
+    const FindOutcome outcome = findNear(t->text, *t->searcher, t->selection, t->within, forward, &control);
     return [this, t, outcome, forward, findText] {
       if (!control_ || control_->editor().document().revision() != t->revision) return;
       if (outcome.found) select(*outcome.found);
@@ -123,9 +143,8 @@ void FindDialog::findWhileTyping() {
     if (findText.isEmpty()) select(from);
     return;
   }
-  const ByteRange within{t->within.front().begin, t->within.back().end};
-  job_->start(within.length(), [this, t, within, from, findText](SearchControl& control) -> FindJob::Done {
-    const FindOutcome outcome = findNear(t->text, *t->searcher, from, within, true, &control);
+  job_->start(t->extent(), [this, t, from, findText](SearchControl& control) -> FindJob::Done {
+    const FindOutcome outcome = findNear(t->text, *t->searcher, from, t->within, true, &control);
     return [this, t, outcome, from, findText] {
       if (!control_ || outcome.cancelled || control_->editor().document().revision() != t->revision) return;
       select(outcome.found.value_or(from));
@@ -188,7 +207,7 @@ void FindDialog::replaceOne() {
   QString error;
   {
     const EditBlock block(*control_);
-    if (replaceSelectedFind(control_->editor(), *t->searcher, &error) && !forward) {
+    if (replaceSelectedFind(control_->editor(), *t->searcher, t->within, &error) && !forward) {
       // Towards the start the next one lies before what came in.
       const SelectionState s = control_->editor().selection();
       const ByteRange went = t->selection;

@@ -67,7 +67,6 @@ class FindDialog : public QDockWidget {
   void takeScope();                       // the selection becomes the place to search
   void dropScope();
   std::vector<text::ByteRange> scope() const;   // where to search, ascending
-  bool columnScope() const;
 
   QPointer<CodeMax> control_;
   FindJob* job_ = nullptr;

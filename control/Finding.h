@@ -22,14 +22,15 @@ struct FindOutcome {
   std::string error;                      // a text for the user
   bool cancelled = false;
 };
-// The find before or behind `from` within the range, going on round its end. On any thread.
-FindOutcome findNear(const text::Snapshot& text, const text::Searcher& searcher, text::ByteRange from, text::ByteRange within,
-                     bool forward, text::SearchControl* control = nullptr);
+// The find before or behind `from` inside one of the ranges (ascending), going on round their end. On any thread.
+FindOutcome findNear(const text::Snapshot& text, const text::Searcher& searcher, text::ByteRange from,
+                     std::span<const text::ByteRange> within, bool forward, text::SearchControl* control = nullptr);
 // What to tell of it; empty when it was simply found.
 QString noteOf(const FindOutcome& outcome, const QString& findText, bool forward);
 
-// Replaces the selection when it is a find of the searcher. False: it is none, or *error says why it could not be.
-bool replaceSelectedFind(Editor& e, const text::Searcher& searcher, QString* error);
+// Replaces the selection when it is a find of the searcher inside one of the ranges. False: it is none, or *error says why it
+// could not be.
+bool replaceSelectedFind(Editor& e, const text::Searcher& searcher, std::span<const text::ByteRange> within, QString* error);
 
 // Applies the plan in one undo step and notes how many were replaced, or why none was.
 void applyReplacements(Editor& e, const ReplacePlan& plan);

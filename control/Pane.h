@@ -53,6 +53,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void showFindDialog(bool replace) override;
   void hideFindDialog() override;
   void note(const QString& text) override;
+  void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) override;
 
   QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 

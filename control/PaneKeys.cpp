@@ -7,9 +7,11 @@
 #include <QMenu>
 #include <utility>
 
+#include "base/Program.h"
 #include "control/KeyCommands.h"
 #include "control/KeyMacro.h"
 #include "control/KeyMap.h"
+#include "control/LongWork.h"
 #include "control/Pane.h"
 #include "control/TextMime.h"
 
@@ -29,6 +31,11 @@ void Pane::afterCommand(const text::SelectionState& before, std::uint64_t revisi
     showCaret();
     if (before != editor_->selection()) publishSelection();
   }
+}
+
+void Pane::work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) {
+  if (gBusy() || !isVisible()) EditorHost::work(bytes, work);   // a run shows and ends in its own way
+  else LongWork::run(*window(), bytes, work);
 }
 
 void Pane::playMacro(const QString& name) {

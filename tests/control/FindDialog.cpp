@@ -140,6 +140,45 @@ TEST_F(FindDialogTest, Replaces) {
   EXPECT_EQ(text->Text(), QStringLiteral("xy XY Xy ab"));
 }
 
+TEST_F(FindDialogTest, AColumnSelectionIsSearchedRowByRow) {
+  show("|", true);
+  type("findText", QStringLiteral("a+"));
+  type("replaceText", QStringLiteral("xyz"));
+  check("regex", true);
+  text->setText(QStringLiteral("aaaa a\nbaab a\nbbbb a\n\nabca a\n"));
+  const auto selectBlock = [&] {
+    text->SetSel({0, 1, 4, 4, true});   // columns 1 to 3
+    check("inSelection", false);
+    check("inSelection", true);
+    text->SetSel({0, 0, 0, 0, false});
+  };
+  selectBlock();
+  const char* const forward[] = {"a@aaa| a\nbaab a\nbbbb a\n\nabca a\n", "aaaa a\nb@aa|b a\nbbbb a\n\nabca a\n",
+                                 "aaaa a\nbaab a\nbbbb a\n\nabc@a| a\n", "a@aaa| a\nbaab a\nbbbb a\n\nabca a\n"};
+  for (const char* expected : forward) {
+    click("findNext");
+    EXPECT_EQ(shown(), expected);
+  }
+  EXPECT_EQ(dialog().status(), QStringLiteral("Went on from the start of the text"));
+  click("findPrevious");
+  EXPECT_EQ(shown(), forward[2]);
+  click("findNext");
+  click("replace");
+  EXPECT_EQ(shown(), "axyz a\nb@aa|b a\nbbbb a\n\nabca a\n") << "no more than what stood in the block";
+  text->InsertText(QStringLiteral("a\n"), {0, 0});
+  click("replace");
+  EXPECT_EQ(shown(), "a\naxyz a\nbxyzb a\nbbbb a\n\nabc@a| a\n") << "the rows move with the text";
+  click("replaceAll");
+  EXPECT_EQ(shown(), "a\naxyz a\nbxyzb a\nbbbb a\n\nabc@xyz| a\n");
+  text->ExecuteCmd(129);
+  text->InsertText(QStringLiteral("aa"), {1, 1});
+  text->InsertText(QStringLiteral("aa"), {1, 6});
+  click("count");
+  EXPECT_EQ(dialog().status(), QStringLiteral("3 found")) << "what comes in at the edges of a row belongs to it";
+  click("replaceAll");
+  EXPECT_EQ(text->GetLine(1), QStringLiteral("axyzxyzxyz a"));
+}
+
 TEST_F(FindDialogTest, ReplacesInTheSelectionAndStaysInIt) {
   show("a\n@a\na a\n|a\n", true);
   type("findText", QStringLiteral("a"));

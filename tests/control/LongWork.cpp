@@ -1,0 +1,92 @@
+// Find commands on large texts: small ones are done at once, long ones show a window in which they can be cancelled.
+#include "control/LongWork.h"
+
+#include <QProgressDialog>
+#include <QTimer>
+#include <thread>
+
+#include "base/Dialogs.h"
+#include "base/Program.h"
+#include "control/CommandTable.h"
+#include "tests/control/PaneFixture.h"
+
+namespace {
+
+class LongWorkTest : public PaneFixture {
+ protected:
+  const std::int64_t limit = LongWork::limit;
+  const std::chrono::milliseconds moment = LongWork::moment;
+  ~LongWorkTest() override {
+    LongWork::limit = limit;
+    LongWork::moment = moment;
+    searchState() = {};
+  }
+};
+
+TEST_F(LongWorkTest, IsDoneHereOrOnAThreadAndCanBeCancelled) {
+  const std::thread::id here = std::this_thread::get_id();
+  std::thread::id worker;
+  const auto note = [&](text::SearchControl&) { worker = std::this_thread::get_id(); };
+  LongWork::run(control, LongWork::limit - 1, note);
+  EXPECT_EQ(worker, here);
+  LongWork::run(control, LongWork::limit, note);
+  EXPECT_NE(worker, here);
+
+  LongWork::moment = std::chrono::milliseconds(1);
+  bool shown = false, cancelled = false;
+  int steps = 0;
+  QTimer look;
+  QObject::connect(&look, &QTimer::timeout, &look, [&] {
+    auto* dialog = control.window()->findChild<QProgressDialog*>();
+    if (!dialog || dialog->value() < 30) return;
+    shown = isDialogUp() && dialog->isModal();
+    QApplication::sendEvent(dialog, std::make_unique<QKeyEvent>(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier).get());
+  });
+  look.start(5);
+  LongWork::run(control, LongWork::limit, [&](text::SearchControl& progress) {
+    for (; !(cancelled = progress.cancel) && steps < 20000; ++steps) {
+      progress.bytesDone = LongWork::limit / 2;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  });
+  EXPECT_TRUE(shown && cancelled) << steps;
+  EXPECT_FALSE(isDialogUp());
+  EXPECT_THROW(LongWork::run(control, LongWork::limit, [](text::SearchControl&) { throw std::bad_alloc(); }), std::bad_alloc);
+}
+
+TEST_F(LongWorkTest, FindCommandsDoTheSameEitherWay) {
+  for (const bool onThread : {false, true}) {
+    LongWork::limit = onThread ? 0 : limit;
+    LongWork::moment = std::chrono::milliseconds(onThread ? 0 : 1000);
+    searchState().findText = QStringLiteral("ab");
+    searchState().replaceText = QStringLiteral("c");
+    const auto command = [&](const char* name) { control.ExecuteCmd(commandByName(QString::fromLatin1(name))->id); };
+    put("|ab x ab x\nab\n");
+    command("FINDNEXT");
+    EXPECT_EQ(now(), "@ab| x ab x\nab\n");
+    command("FINDPREV");
+    EXPECT_EQ(now(), "ab x ab x\n@ab|\n");
+    command("FINDMARKALL");
+    EXPECT_TRUE(control.hasBookmark(0) && control.hasBookmark(1));
+    command("REPLACEALLINBUFFER");
+    EXPECT_EQ(bytes(), "c x c x\nc\n");
+    control.ExecuteCmd(129);
+    EXPECT_EQ(bytes(), "ab x ab x\nab\n") << "one step";
+    searchState().options.regex = true;
+    searchState().findText = QStringLiteral("(");
+    command("FINDNEXT");
+    EXPECT_EQ(bytes(), "ab x ab x\nab\n");
+    searchState() = {};
+  }
+}
+
+TEST_F(LongWorkTest, WhileACommandStringRunsNoWindowComes) {
+  LongWork::limit = 0;
+  LongWork::moment = std::chrono::milliseconds(0);
+  const BusyGuard busy;
+  std::thread::id worker;
+  pane()->work(1 << 30, [&](text::SearchControl&) { worker = std::this_thread::get_id(); });
+  EXPECT_EQ(worker, std::this_thread::get_id());
+}
+
+}  // namespace
