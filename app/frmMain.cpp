@@ -337,6 +337,7 @@ void frmMain::unload() {
 void frmMain::MDIForm_Unload() {
   if (unloaded_) return;
   unloaded_ = true;
+  saveLogProfile();
   emit ended();
 }
 

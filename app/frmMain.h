@@ -100,6 +100,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void mToolsDefinitions_Click();
   void mToolsCommand_Click();
   void toggleLog();
+  void restoreLog();                           // shows it when it showed at the end of the last run
   bool logIsShown() const;
 
   // Frame
@@ -157,6 +158,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void lookAtClipboard();
   unsigned presentFacts();
   frmDefinitions& definitions();
+  void saveLogProfile();
   bool closeDefinitions();                     // false: the person wants to stay
 
   QMdiArea* mdi_ = nullptr;

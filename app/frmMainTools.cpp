@@ -111,17 +111,23 @@ frmLog* frmMain::log() {
     logDock_->setObjectName(QStringLiteral("logDock"));
     logDock_->setAllowedAreas(Qt::AllDockWidgetAreas);
     log_ = new frmLog(logDock_);
-    const int height = std::max(log_->height(), log_->minimumSizeHint().height());   // as its profile says
+    const QSize size = log_->size().expandedTo(log_->minimumSizeHint());   // as its profile says
+    const frmRegistry::LogDock profile = frmRegistry::instance().GetLogDock();
     logDock_->setWidget(log_);
-    addDockWidget(Qt::BottomDockWidgetArea, logDock_);
+    addDockWidget(profile.area, logDock_);
     logDock_->hide();
+    if (profile.floating) {
+      logDock_->setFloating(true);
+      frmRegistry::instance().GetLogWindowProfile(*logDock_);
+    }
     // Only a dock that is laid out takes a size, so it is given when it shows first.
-    connect(logDock_, &QDockWidget::visibilityChanged, log_, [this, height](bool visible) {
-      if (!visible || logDock_->property("placed").toBool()) return;
+    connect(logDock_, &QDockWidget::visibilityChanged, log_, [this, size](bool visible) {
+      if (!visible || logDock_->isFloating() || logDock_->property("placed").toBool()) return;
       logDock_->setProperty("placed", true);
-      QTimer::singleShot(0, log_, [this, height] {
+      QTimer::singleShot(0, log_, [this, size] {
         const int title = logDock_->height() - log_->height();
-        resizeDocks({logDock_}, {height + title}, Qt::Vertical);
+        resizeDocks({logDock_}, {size.height() + title}, Qt::Vertical);
+        resizeDocks({logDock_}, {size.width()}, Qt::Horizontal);
       });
     });
     connect(log_, &frmLog::closeAsked, logDock_, &QDockWidget::hide);
@@ -133,6 +139,16 @@ void frmMain::showLog() {
   log();
   logDock_->show();
   logDock_->raise();
+}
+
+void frmMain::restoreLog() {
+  if (frmRegistry::instance().GetLogDock().shown) showLog();
+}
+
+void frmMain::saveLogProfile() {
+  if (!log_) return;
+  frmRegistry::instance().SaveLogDock({dockWidgetArea(logDock_), logDock_->isFloating(), !logDock_->isHidden()});
+  log_->Form_Unload();
 }
 
 void frmMain::toggleLog() {

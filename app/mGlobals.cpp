@@ -238,6 +238,7 @@ display:
   main.SetupMenus();
   main.menus().setCaption(QStringLiteral("mHelpAbout"), -1,
                           QCoreApplication::translate("mGlobals", "About %1 ...").arg(QString::fromLatin1(kApplicationTitle)), true);
+  main.restoreLog();
   main.show();
   QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn once the text is seen
   SessionEnd sessionEnd(main);

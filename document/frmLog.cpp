@@ -126,7 +126,8 @@ frmLog::~frmLog() { Form_Unload(); }
 
 void frmLog::Form_Unload() {
   if (std::exchange(unloaded_, true)) return;
-  frmRegistry::instance().SaveLogWindowProfile(*this);
+  const QWidget* dock = parentWidget();   // when it floats its place is the log's
+  frmRegistry::instance().SaveLogWindowProfile(dock && dock->isWindow() ? *dock : *this);
 }
 
 void frmLog::resizeEvent(QResizeEvent* event) {

@@ -92,6 +92,7 @@ void writeProfile(const QWidget& window, const ProfileNames& names) {
   SetNumber(kGlobalKey, names.state, state);
 }
 
+const QString kLogArea = QStringLiteral("logdock"), kLogFloats = QStringLiteral("logfloat"), kLogShown = QStringLiteral("logshown");
 const QString kStatusBar = QStringLiteral("StatusBar"), kToolBar = QStringLiteral("ToolBar"),
               kDocumentState = QStringLiteral("ewinstate");
 const QString kViewStatusBar = QStringLiteral("mnuViewStatusBar"), kViewToolbar = QStringLiteral("mnuViewToolbar"),
@@ -149,6 +150,22 @@ QString frmRegistry::stdHelpFile(const QString& folder) {
 
 void frmRegistry::SaveLogWindowProfile(const QWidget& window) { writeProfile(window, logNames()); }
 void frmRegistry::GetLogWindowProfile(QWidget& window) { readProfile(window, logNames()); }
+
+void frmRegistry::SaveLogDock(const LogDock& dock) {
+  if (dock.area != Qt::NoDockWidgetArea) SetNumber(kGlobalKey, kLogArea, dock.area);
+  SetFlag(kGlobalKey, kLogFloats, dock.floating);
+  SetFlag(kGlobalKey, kLogShown, dock.shown);
+}
+
+frmRegistry::LogDock frmRegistry::GetLogDock() const {
+  LogDock dock;
+  const int area = Number(kGlobalKey, kLogArea, dock.area);
+  for (const auto known : {Qt::LeftDockWidgetArea, Qt::RightDockWidgetArea, Qt::TopDockWidgetArea})
+    if (area == known) dock.area = known;
+  dock.floating = Flag(kGlobalKey, kLogFloats, dock.floating);
+  dock.shown = Flag(kGlobalKey, kLogShown, dock.shown);
+  return dock;
+}
 
 void frmRegistry::SaveMDIWindowProfile(ProfiledFrame& frame) {
   writeProfile(*frame.profileWindow(), frameNames());

@@ -51,6 +51,13 @@ class frmRegistry : public QObject {
   // Window profiles, below Software\Zelkor Editor\Global.
   void SaveLogWindowProfile(const QWidget& window);
   void GetLogWindowProfile(QWidget& window);
+  // How the frame shows the log; place and size are those of the window profile above.
+  struct LogDock {
+    Qt::DockWidgetArea area = Qt::BottomDockWidgetArea;
+    bool floating = false, shown = false;
+  };
+  void SaveLogDock(const LogDock& dock);
+  LogDock GetLogDock() const;
   void SaveMDIWindowProfile(ProfiledFrame& frame);
   void getFormWindowProfile(ProfiledFrame& frame);
   void GetProfile(ProfiledFrame& frame, const QString& mruMenu);   // keeps both, reads list and profile, fills the menu

@@ -1,8 +1,12 @@
 // Document windows, tabs, and the state that the next one takes over.
+#include <QDockWidget>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QTimer>
 
 #include "app/DocumentTabs.h"
+#include "document/frmLog.h"
+#include "document/mCMXParser.h"
 #include "tests/app/FrameFixture.h"
 
 namespace {
@@ -134,6 +138,58 @@ TEST_F(Windows, ListNamesThem) {
   EXPECT_TRUE(menu.actions().last()->isChecked());
   menu.actions()[menu.actions().size() - 2]->trigger();
   EXPECT_NE(main->activeDocument(), second);
+}
+
+TEST_F(Windows, TheLogComesBackWhereItWas) {
+  const auto dock = [this] { return main->findChild<QDockWidget*>(q("logDock")); };
+  const auto again = [this] {
+    main->MDIForm_Unload();
+    main = std::make_unique<frmMain>();
+    main->resize(800, 600);
+    main->restoreLog();
+    main->show();
+    wait(20);
+  };
+  frmRegistry::instance().SaveLogDock({});
+  again();
+  EXPECT_EQ(dock(), nullptr) << "never shown";
+  main->showLog();
+  main->addDockWidget(Qt::RightDockWidgetArea, dock());
+  wait(20);
+  main->resizeDocks({dock()}, {250}, Qt::Horizontal);
+  wait(20);
+  ASSERT_EQ(dock()->width(), 250);
+  again();
+  ASSERT_NE(dock(), nullptr);
+  EXPECT_TRUE(dock()->isVisible());
+  EXPECT_EQ(main->dockWidgetArea(dock()), Qt::RightDockWidgetArea);
+  EXPECT_EQ(dock()->width(), 250);
+  dock()->setFloating(true);
+  dock()->setGeometry(40, 50, 300, 200);
+  again();
+  ASSERT_NE(dock(), nullptr);
+  EXPECT_TRUE(dock()->isFloating() && dock()->isVisible());
+  EXPECT_EQ(dock()->geometry(), QRect(40, 50, 300, 200));
+  dock()->hide();
+  again();
+  EXPECT_EQ(dock(), nullptr) << "it was closed";
+  main->showLog();
+  EXPECT_TRUE(dock()->isFloating());
+}
+
+TEST_F(Windows, LogAndEditorMayBeClosedDuringARun) {
+  open("a.v");
+  main->showLog();
+  auto* dock = main->findChild<QDockWidget*>(q("logDock"));
+  QTimer::singleShot(100, dock, &QDockWidget::close);
+  EXPECT_EQ(mCMXParser::Run(0, 0, q("SHELLW /bin/sleep 0.3\nECHO after")).ending, mCMXParser::Ending::done);
+  EXPECT_TRUE(main->log()->Text().contains(q("after")));
+  EXPECT_TRUE(dock->isVisible()) << "what came later is shown";
+  bool closed = false;
+  QTimer::singleShot(100, main.get(), [&] { closed = main->close(); });
+  EXPECT_EQ(mCMXParser::Run(0, 0, q("SHELLW /bin/sleep 0.3\nECHO never")).ending, mCMXParser::Ending::stopped);
+  EXPECT_TRUE(closed);
+  EXPECT_TRUE(main->documents().isEmpty());
 }
 
 TEST_F(Windows, FrameTitleBeginsWithTheApplication) {
