@@ -9,6 +9,7 @@
 #include "control/EditorAccess.h"
 #include "control/FindDialog.h"
 #include "text/LineReader.h"
+#include "text/Utf8Stream.h"
 #include "text/Words.h"
 
 using text::ByteOffset;
@@ -193,6 +194,38 @@ QString CodeMax::Text() const {
     at += static_cast<std::int64_t>(chunk.size());
   }
   return toQString(bytes);
+}
+
+qint64 CodeMax::TextLength() const {
+  struct Counter {
+    qint64 units = 0, pairs = 0;   // of UTF-16; CR LF
+    bool afterCr = false;
+    bool ascii(std::string_view run) {
+      units += static_cast<qint64>(run.size());
+      if (afterCr && run.front() == '\n') ++pairs;
+      for (std::size_t at = 0; (at = run.find("\r\n", at)) != std::string_view::npos; at += 2) ++pairs;
+      afterCr = run.back() == '\r';
+      return true;
+    }
+    bool sequence(std::string_view character) {
+      units += character.size() > 3 ? 2 : 1;
+      return afterCr = false, true;
+    }
+    bool bad(unsigned char) {
+      ++units;
+      return afterCr = false, true;
+    }
+  } counter;
+  const text::Snapshot text = impl_->snapshot();
+  text::Utf8Stream stream;
+  for (ByteOffset at(0); at < text.size();) {
+    const std::string_view chunk = text.chunkAt(at);
+    stream.add(chunk, counter);
+    at += static_cast<std::int64_t>(chunk.size());
+  }
+  stream.finish(counter);
+  const qint64 breaks = text.lineCount() - 1, joint = EnableCRLF() ? 2 : 1;
+  return counter.units + breaks * (joint - 1) - (text.lineMode() == text::LineMode::cr ? 0 : counter.pairs);
 }
 
 void CodeMax::setText(const QString& text) {

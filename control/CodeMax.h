@@ -33,6 +33,7 @@ class CodeMax : public QWidget {
 
   // Text. Text() joins lines with CR LF when EnableCRLF, else LF.
   QString Text() const;
+  qint64 TextLength() const;                     // of Text(), which is not built
   void setText(const QString& text);             // one undo step
   qint64 LineCount() const;                      // breaks + 1; 1 for the empty text
   QString GetLine(qint64 line) const;            // without terminator; empty out of range

@@ -100,7 +100,7 @@ QString fileInformation(frmDocument& document) {
   const QDateTime time = named ? file.lastModified() : QDateTime();
   lines << label("Last Modified") +
                (time.isValid() ? QLocale().toString(time.date(), QLocale::ShortFormat) + time.time().toString(u" hh:mm:ss"_s) : QString());
-  lines << label("Size") + QString::number(document.cmx->Text().size()) + u" bytes"_s;
+  lines << label("Size") + QString::number(document.cmx->TextLength()) + u" bytes"_s;
   const qint64 total = document.cmx->LineCount();
   lines << label("Lines") + QString::number(total);
   if (document.LanguageIndex() > 0) {

@@ -6,6 +6,7 @@
 
 #include "control/LanguageTable.h"
 #include "tests/control/PaneFixture.h"
+#include "tests/text/Pieces.h"
 
 namespace {
 
@@ -36,6 +37,17 @@ TEST_F(CodeMaxMembers, LinesAndText) {
   put("|");
   EXPECT_EQ(control.LineCount(), 1);
   EXPECT_EQ(control.Text(), QString());
+}
+
+TEST_F(CodeMaxMembers, TextLengthIsThatOfTheText) {
+  std::mt19937 random(3);
+  const std::array<std::string, 11> alphabet{"a", "\r", "\n", "\r\n", "\u00E9", "\U0001F600", "\xF0\x9F\x98", "\xFF", "\uFEFF", "\xED\xA0\x80", "\t"};
+  for (int round = 0; round < 300; ++round) {
+    const std::string bytes = randomText(random, alphabet, 20);
+    control.model()->replaceAll(inPieces(bytes, 3, random() % 4 ? text::LineMode::lf : text::LineMode::cr), {});
+    control.setEnableCRLF(round % 2 == 0);
+    ASSERT_EQ(control.TextLength(), control.Text().size()) << testing::PrintToString(bytes);
+  }
 }
 
 TEST_F(CodeMaxMembers, EachChangeIsOneUndoStep) {
