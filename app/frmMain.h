@@ -78,6 +78,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void fillKeyMacros(QMenu& menu);
   void setTabs(bool on);
   void goToLine();
+  void playKeystrokesTimes();                  // asks how often
   void SetupToolStatus();                      // tool bar, status bar and tabs as the View menu's check marks say
   void SetupMenus();                           // after documents came or went
   void UpdateEditMenu() { refreshToolbar(); }

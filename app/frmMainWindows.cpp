@@ -25,7 +25,7 @@
 
 namespace {
 
-constexpr int kGoToLine = 168;
+constexpr int kGoToLine = 168, kSetRepeatCount = 187, kPlayMacro = 1010;
 constexpr int kListedWindows = 20;
 
 QString inMenu(const QString& name) { return plainForDisplay(name, 120).replace(u'&', QLatin1String("&&")); }
@@ -237,6 +237,19 @@ void frmMain::goToLine() {
     document->cmx->SetSel({line, column, line, column, false});
   }
   document->cmx->setFocus();
+}
+
+void frmMain::playKeystrokesTimes() {
+  const auto answer = InputBox(tr("How many times?"), tr("Play Keystrokes"), QStringLiteral("10"));
+  if (!answer || !activeDocument()) return;
+  bool isNumber = false;
+  const qint64 times = answer->trimmed().toLongLong(&isNumber);
+  if (!isNumber || times < 1) {
+    MsgBox(tr("%1 is not a number of times").arg(plainForDisplay(*answer, 60)));
+    return;
+  }
+  runEditCommand(kSetRepeatCount, times);
+  runEditCommand(kPlayMacro);
 }
 
 void frmMain::showTabMenu(frmDocument* document, const QPoint& globalPosition) {

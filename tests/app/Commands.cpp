@@ -131,6 +131,27 @@ TEST_F(Commands, ReadOnlyTextTakesNoEdits) {
   EXPECT_TRUE(enabled("mEditCut"));
 }
 
+TEST_F(Commands, KeystrokesArePlayedAsOftenAsAsked) {
+  frmDocument* document = open("a.v", "");
+  trigger("mToolsRecordMacro");
+  document->cmx->editor().typeText(q("ab"));
+  trigger("mToolsRecordMacro");
+  struct Case {
+    const char *answer, *text;
+  };
+  for (const Case& c : {Case{"3", "abababab"}, Case{" 1 ", "ababababab"}, Case{"0", "ababababab"}, Case{"x", "ababababab"}, Case{nullptr, "ababababab"}}) {
+    boxes.answerInput(c.answer ? std::optional(q(c.answer)) : std::nullopt);
+    const bool refused = c.answer && (*c.answer == '0' || *c.answer == 'x');
+    if (refused) boxes.answer(Answer::ok);
+    trigger("mToolsPlayTimes");
+    EXPECT_EQ(document->cmx->Text(), q(c.text));
+    EXPECT_TRUE(!refused || boxes.last().text == q(c.answer) + q(" is not a number of times"));
+  }
+  document->cmx->ExecuteCmd(129);
+  document->cmx->ExecuteCmd(129);
+  EXPECT_EQ(document->cmx->Text(), q("ab")) << "each playing was one step";
+}
+
 TEST_F(Commands, MenusWork) {
   frmDocument* document = open("a.v", "alw\nposedge\n");
   document->cmx->SetSel({1, 0, 1, 0, false});
