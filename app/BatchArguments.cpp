@@ -1,13 +1,10 @@
 #include "app/BatchArguments.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <cstdio>
 
 #include "app/mGlobals.h"
 #include "document/Batch.h"
-#include "document/Languages.h"
-#include "language/ucCM.h"
 
 namespace {
 
@@ -85,9 +82,8 @@ int runBatch(const QStringList& arguments) {
   };
   if (!given.error.isEmpty()) return fail(given.error);
   const batch::Session session;
-  if (given.definitions.isEmpty()) useDefinitionFileOfSettings();
-  else languages().setIniFile(QDir::current().absoluteFilePath(given.definitions));
-  InitLanguages();
+  QString error = readDefinitions(given.definitions);
+  if (!error.isEmpty()) return fail(error);
 
   BatchOptions options;
   options.commands = given.command;
@@ -95,7 +91,6 @@ int runBatch(const QStringList& arguments) {
   options.save = given.save;
   options.outputFolder = given.output;
   options.allowPrograms = given.allowPrograms;
-  QString error;
   if (!given.script.isEmpty()) batch::commandsFromFile(given.script, &options, &error);
   else if (!given.macro.isEmpty()) batch::commandsOfMacro(given.macro, &options, &error);
   return error.isEmpty() ? batch::run(options) : fail(error);

@@ -11,9 +11,7 @@
 #include "control/PdfFile.h"
 #include "control/VSPrinter.h"
 #include "document/Batch.h"
-#include "document/Languages.h"
 #include "document/frmDocument.h"
-#include "language/ucCM.h"
 #include "print/PrintSettings.h"
 #include "text/FileIo.h"
 
@@ -201,9 +199,10 @@ int runPrintPdf(const QStringList& arguments) {
     std::fprintf(stderr, "zelkor: %s\n", qPrintable(given.error));
     return batch::kFailed;
   }
-  if (given.definitions.isEmpty()) useDefinitionFileOfSettings();
-  else languages().setIniFile(QDir::current().absoluteFilePath(given.definitions));
-  InitLanguages();
+  if (const QString error = readDefinitions(given.definitions); !error.isEmpty()) {
+    std::fprintf(stderr, "zelkor: %s\n", qPrintable(error));
+    return batch::kFailed;
+  }
 
   const bool oneEach = QFileInfo(given.output).isDir();
   QStringList names;

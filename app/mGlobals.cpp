@@ -128,6 +128,20 @@ void useDefinitionFileOfSettings() {
   languages().setIniFile(file.isEmpty() ? defaultDefinitionFile() : file);
 }
 
+QString readDefinitions(const QString& named) {
+  QString error;
+  if (named.isEmpty()) {
+    useDefinitionFileOfSettings();
+    languages().Init();
+  } else {
+    languages().setIniFile(QDir::current().absoluteFilePath(named));
+    error = languages().ReadIniFile();
+    if (!error.isEmpty()) error = QCoreApplication::translate("mGlobals", "the definitions %1 cannot be read: %2").arg(plainForDisplay(named), error);
+  }
+  AddLanguages(*gLangs());
+  return error;
+}
+
 void InitLanguages() {
   languages().Init();
   AddLanguages(*gLangs());

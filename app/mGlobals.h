@@ -25,6 +25,9 @@ frmDocument* OpenCommandLine(frmMain& frame, const QString& text);
 
 void useDefinitionFileOfSettings();          // or of the program's config folder when there is none
 void InitLanguages();
+// For a run without windows: the definitions of the file named, or those of the settings where none is. Empty: done, else why
+// the named ones cannot be read.
+QString readDefinitions(const QString& named);
 // After the definitions changed: registers them anew and binds every open document by its extension.
 void ReloadLanguages();
 

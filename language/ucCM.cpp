@@ -60,6 +60,15 @@ bool ucCM::BrowseIniFile() {
 }
 
 void ucCM::Init() {
+  const QString error = ReadIniFile();
+  if (error.isEmpty()) return;
+  SetStatusText(error);
+  const QString question = QStringLiteral("Cannot open 'ini' file :") + iniFile_ + QStringLiteral("\r\n") +
+                           QStringLiteral("Do you want to browse for one?");
+  if (MsgBox(question, kIniTitle, Icon::exclamation, Buttons::yesNo) == Answer::yes) BrowseIniFile();
+}
+
+QString ucCM::ReadIniFile() {
   languages_.reset();
   language_.reset();
   listLanguage_ = 0;
@@ -69,18 +78,13 @@ void ucCM::Init() {
   text::LoadedFile file;
   if (tooLarge) file.error = tr("The definition file is too large").toStdString();
   else file = text::loadFile(fromQString(iniFile_));
-  if (!file.error.empty()) {
-    SetStatusText(toQString(file.error));
-    const QString question = QStringLiteral("Cannot open 'ini' file :") + iniFile_ + QStringLiteral("\r\n") +
-                             QStringLiteral("Do you want to browse for one?");
-    if (MsgBox(question, kIniTitle, Icon::exclamation, Buttons::yesNo) == Answer::yes) BrowseIniFile();
-    return;
-  }
+  if (!file.error.empty()) return toQString(file.error);
   format_ = file.format;
   stamp_ = file.stamp;
   languages_ = definition::read(wholeText(file.text));
   if (languages_ && isForeign())
     for (const auto& language : *languages_) language->isForeign = true;
+  return {};
 }
 
 std::optional<text::FileStamp> ucCM::writeFile(const std::function<QString(bool own)>& text, const text::FileFormat& wanted,

@@ -28,6 +28,8 @@ class ucCM {
   // Drops all languages and reads IniFile. When it cannot be read the person is asked whether to browse for another,
   // which becomes IniFile; the collection stays empty for this time.
   void Init();
+  // The same without the question. Empty: read, else the reason for the user, and there are no languages.
+  QString ReadIniFile();
   // Writes all languages to IniFile, the old content to IniFile + ".bak" first. False: not written (the person has been
   // told, or answered not to replace what another program wrote there since it was read). When it may not be written, a
   // file in the person's own settings folder is offered instead, which then becomes IniFile.
