@@ -1,4 +1,5 @@
-// What the recovery journal costs at the window: a key with it and without it, and a save.
+// What the recovery journal costs at the window: a key with it and without it, and a save. Linked, and so run, behind Start.cpp, whose
+// processes can make an application object only while there is none.
 #include <QFile>
 #include <QKeyEvent>
 #include <QTemporaryDir>
@@ -39,7 +40,7 @@ Keys typed(frmMain& main, frmDocument* document, int count) {
   return {std::accumulate(each.begin(), each.end(), 0.0) / count, *std::max_element(each.begin(), each.end())};
 }
 
-void JournalAtTheWindow(benchmark::State& state) {
+void TypingWithJournal(benchmark::State& state) {
   for (auto _ : state) {
     QTemporaryDir home;
     for (const char* variable : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) qputenv(variable, home.path().toUtf8());
@@ -85,6 +86,6 @@ void JournalAtTheWindow(benchmark::State& state) {
     main.reset();
   }
 }
-BENCHMARK(JournalAtTheWindow)->Iterations(1);
+BENCHMARK(TypingWithJournal)->Iterations(1);
 
 }  // namespace
