@@ -125,7 +125,8 @@ bool ucCM::SaveIniFile() {
   const std::string path = fromQString(iniFile_);
   std::string error;
   const std::string old = text::readBytes(path, &error);
-  if (error.empty()) text::saveBytes(path + ".bak", old);   // a copy that fails must not keep the new definitions back
+  // The copy is for those who may read the file. One that fails must not keep the new definitions back.
+  if (error.empty()) text::saveBytes(path + ".bak", old, text::stampOf(path, false).status.mode & 0777);
   const auto text = [this](bool own) { return definition::write(*Languages(), own); };   // a foreign file's place says it already
   const auto written = writeFile(text, format_, stamp_);
   if (!written) return false;

@@ -12,6 +12,7 @@
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/PdfFile.h"
+#include "control/TextModel.h"
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
 #include "text/FileIo.h"
@@ -37,6 +38,10 @@ bool printPages(const PrintDocument& document, QWidget* parent) {
     const ModalGuard modal;
     if (dialog.exec() != QDialog::Accepted) return false;
   }
+  // The dialog offers a file as well; the tool kit would empty the old one first.
+  const int count = static_cast<int>(document.pages.size());
+  if (const QString file = printer.outputFileName(); !file.isEmpty())
+    return savePages(document, std::max(1, printer.fromPage()), printer.toPage() > 0 ? std::min(printer.toPage(), count) : count, file);
   return sendPages(printer, document, parent);
 }
 
@@ -79,12 +84,19 @@ bool savePdf(const PrintDocument& document, const QString& proposedName, QWidget
   const QString path = frmRegistry::instance().stdSaveFile(tr("Save PDF File"), QStringLiteral("PDF (*.pdf)|*.pdf|(*.*)|*.*|"), filterIndex, QString(),
                                                            QFileInfo(proposedName).completeBaseName() + QStringLiteral(".pdf"));
   if (path.isEmpty()) return false;
+  return savePages(document, 1, static_cast<int>(document.pages.size()), path);
+}
+
+bool savePages(const PrintDocument& document, int first, int last, const QString& path) {
+  PrintDocument chosen = document;
+  const auto pages = document.pages.begin();
+  chosen.pages.assign(pages + (first - 1), pages + std::max(first - 1, last));
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  const QByteArray pdf = makePdf({&document}, document.name);
-  const auto saved = text::saveBytes(path.toStdString(), std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())));
+  const QByteArray pdf = makePdf({&chosen}, document.name);
+  const auto saved = text::saveBytes(fromQString(path), std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())));
   QApplication::restoreOverrideCursor();
   if (saved.ok()) return true;
-  MsgBox(QStringLiteral("File Save Error : ") + QString::fromStdString(saved.error), QStringLiteral("Saving ") + path);
+  MsgBox(QStringLiteral("File Save Error : ") + toQString(saved.error), QStringLiteral("Saving ") + path);
   return false;
 }
 

@@ -14,3 +14,4 @@ void PrintText(const PrintSource& source, QWidget* parent);
 bool printPages(const PrintDocument& document, QWidget* parent);   // on a printer that the desktop's dialog chooses
 bool sendPages(QPrinter& printer, const PrintDocument& document, QWidget* parent);   // its page range, order and copies
 bool savePdf(const PrintDocument& document, const QString& proposedName, QWidget* parent);   // chosen in a dialog
+bool savePages(const PrintDocument& document, int first, int last, const QString& path);     // pages from 1, both included

@@ -8,6 +8,7 @@
 #include "document/Messages.h"
 #include "document/Process.h"
 #include "tests/document/RunFixture.h"
+#include "tests/support/files/SaveSweep.h"
 
 using namespace Qt::StringLiterals;
 using Stream = frmLog::Stream;
@@ -225,6 +226,20 @@ TEST(Log, ErrorsOfASimulatorAreWalked) {
   EXPECT_EQ(frame.opened.last(), path);
   EXPECT_EQ(frame.cmx().GetSel(true).StartLineNo, 2);
   EXPECT_TRUE(frame.logWindow->nextMessage());
+}
+
+TEST(Log, S2_S5_ASaveLeavesTheOldFileOrTheNewOne) {
+  ScriptedDialogs dialogs;
+  dialogs.answerAny(Answer::ok);
+  frmLog log;
+  log.AppendLog(u"a new line\n"_s);
+  testing_files::SweptSave what;
+  what.old = "the old log\r\n";
+  what.prepare = [&](const std::string&) { dialogs.boxes.clear(); };
+  what.save = [&](const std::string& path) { return log.SaveDocumment(QString::fromStdString(path)); };
+  what.told = [&] { return dialogs.last().text.toStdString(); };
+  what.isFresh = [](const std::string& bytes) { return bytes == "a new line\r\n"; };
+  testing_files::sweepSave(what);
 }
 
 TEST(Log, SavesAndInsertsFiles) {

@@ -26,7 +26,7 @@
 #include "print/PrintJob.h"
 #include "print/frmPrintOptions.h"
 #include "tests/support/ScriptedDialogs.h"
-#include "tests/support/files/FaultyFileSystem.h"
+#include "tests/support/files/SaveSweep.h"
 
 using namespace Qt::StringLiterals;
 
@@ -226,24 +226,30 @@ TEST_F(Preview, PdfThatCannotBeWrittenIsToldAndLeavesTheOldOne) {
   dialogs.answerSave(u"/nonexistent/folder/a.pdf"_s).answer(Answer::ok);
   EXPECT_FALSE(savePdf(document, u"a"_s, nullptr));
   EXPECT_TRUE(dialogs.last().text.startsWith(u"File Save Error : "_s));
+  // A printer of the desktop's print dialog may be a file too.
+  dialogs.answer(Answer::ok);
+  EXPECT_FALSE(savePages(document, 1, 1, u"/nonexistent/folder/a.pdf"_s));
+  EXPECT_TRUE(dialogs.last().text.startsWith(u"File Save Error : "_s));
+  EXPECT_TRUE(savePages(laidOut(lines(200)), 2, 2, folder.filePath(u"b.pdf"_s)));
+  QFile pdf(folder.filePath(u"b.pdf"_s));
+  ASSERT_TRUE(pdf.open(QFile::ReadOnly));
+  EXPECT_TRUE(pdf.readAll().contains("/Count 1"));
+}
 
-  const QString path = folder.filePath(u"full.pdf"_s);
-  QFile old(path);
-  ASSERT_TRUE(old.open(QFile::WriteOnly));
-  old.write("old");
-  old.close();
-  testing_files::FaultyFileSystem files;
-  files.failUse("write", 1, ENOSPC, true);
-  files.failUse("allocate", 1, ENOSPC, true);
-  {
-    const testing_files::UseFileSystem use(files);
-    dialogs.answerSave(path).answer(Answer::ok);
-    EXPECT_FALSE(savePdf(document, u"a"_s, nullptr));
-  }
-  EXPECT_TRUE(dialogs.last().text.contains(u"space"_s)) << dialogs.last().text.toStdString();
-  ASSERT_TRUE(old.open(QFile::ReadOnly));
-  EXPECT_EQ(old.readAll(), "old");
-  EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1) << "no stray file";
+TEST_F(Preview, S2_S5_APdfFileIsTheOldOneOrTheNewOne) {
+  const PrintDocument document = laidOut(u"text"_s);
+  ScriptedDialogs dialogs;
+  testing_files::SweptSave what;
+  what.old = "old";
+  what.prepare = [&](const std::string&) { dialogs.boxes.clear(); };
+  what.save = [&](const std::string& path) {
+    dialogs.answerSave(QString::fromStdString(path));
+    dialogs.answerAny(Answer::ok);
+    return savePdf(document, u"a"_s, nullptr);
+  };
+  what.told = [&] { return dialogs.last().text.toStdString(); };
+  what.isFresh = [](const std::string& bytes) { return bytes.size() > 1000 && bytes.starts_with("%PDF-") && bytes.ends_with("%%EOF\n"); };
+  testing_files::sweepSave(what);
 }
 
 TEST_F(Preview, PrinterThatFailsIsTold) {

@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
 # S1: a save killed at any point leaves the old text or the new one. Traces one save of every kind, lists its system calls,
-# and saves again for each of them, killed as it enters that call. Where the file is overwritten in place, a whole copy of
-# the old text must stand beside it while it is neither. Also: no call truncates on opening, and a failing sync is a refused save.
+# and saves again for each of them, killed as it enters that call. Where the file is overwritten in place (S6), a whole copy of
+# the old text must stand beside it while it is neither. Also: no call truncates on opening, and a failing sync is a refused
+# save (S4). Texts go through PROBE; definition file, log and PDF file through WINDOW-PROBE.
 #
-#   kill_sweep.sh PROBE WRITER   ZELKOR_FULL=1: every call, also of the large files (else a part of them there)
+#   kill_sweep.sh PROBE WINDOW-PROBE WRITER
+#                  ZELKOR_FULL=1: every call of every save (else a part of those of large files and windows)
 set -u
-export LC_ALL=C ASAN_OPTIONS=detect_leaks=0
-probe=$1 writer=$2
+export LC_ALL=C ASAN_OPTIONS=detect_leaks=0 QT_QPA_PLATFORM=offscreen
+probe=$1 window_probe=$2 writer=$3
 memory=/dev/shm   # a kill does not depend on the disk: take memory where there is some
 [ -d $memory ] && [ -w $memory ] || memory=${TMPDIR:-/tmp}
 work=$(mktemp -d -p $memory) || exit 1
@@ -51,11 +53,20 @@ prepare() {  # builds the folder of one case
   [ ! -e "$target" ] || chmod 640 "$target"
 }
 
+is_new() {
+  if [ "$kind" = pdf ]; then   # it holds the time of its making
+    [ "$(head -c 5 "$target")" = %PDF- ] && [ "$(tail -c 6 "$target")" = %%EOF ] && [ "$(stat -c %s "$target")" -eq "$(stat -c %s "$work/new.pdf")" ]
+  else
+    cmp -s "$target" "$work/new"
+  fi
+}
+
 old_or_new() {
   if [ ! -e "$target" ]; then
     [ "$kind" = new ]; return
   fi
-  cmp -s "$target" "$work/new" && return 0
+  [ ! -e "$target.bak" ] || cmp -s "$target.bak" "$work/old" || return 1
+  is_new && return 0
   [ "$kind" != new ] && cmp -s "$target" "$work/old" && return 0
   [ "$kind" = hardlink ] || return 1
   local copy
@@ -66,19 +77,28 @@ old_or_new() {
 sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
   local name=$1 step=$5 call nth mode stray
   kind=$2
+  save=("$probe")
   make_text "$3" o > "$work/old"
   make_text "$4" n > "$work/new"
+  case $kind in
+    definition)
+      printf 'SetLanguage:Old\r\n[Keywords]\r\nalways\r\n\r\n' > "$work/old"
+      printf 'SetLanguage:New\r\n[Keywords]\r\nalways\r\nbegin\r\n\r\n' > "$work/new" ;;
+    log) printf 'a line\r\nanother\r\n' > "$work/new" ;;
+  esac
+  case $kind in definition|log|pdf) save=("$window_probe" "$kind") ;; esac
 
   prepare
-  strace -o "$work/trace" "$probe" "$target" "$work/new" > "$work/out" || fail "$name: the save alone: $(cat "$work/out")"
-  cmp -s "$target" "$work/new" || fail "$name: not saved"
-  ! grep -q O_TRUNC "$work/trace" || fail "$name: opens with truncation"
+  strace -o "$work/trace" "${save[@]}" "$target" "$work/new" > "$work/out" || fail "$name: the save alone: $(cat "$work/out")"
+  [ "$kind" != pdf ] || cp "$target" "$work/new.pdf"
+  is_new || fail "$name: not saved"
+  ! sed -n '/the-save-begins-here/,/the-save-ends-here/p' "$work/trace" | grep -q O_TRUNC || fail "$name: opens with truncation"
   sed -n 's/^\([a-z0-9_]*\)(\(.*\)/\1 \2/p' "$work/trace" | list_calls > "$work/calls"
   [ "$(wc -l < "$work/calls")" -ge 8 ] || fail "$name: too few calls: $(cat "$work/calls")"
 
   while read -r call nth; do
     prepare
-    { strace -o /dev/null -e trace="$call" -e inject="$call:signal=KILL:when=$nth" "$probe" "$target" "$work/new" \
+    { strace -o /dev/null -e trace="$call" -e inject="$call:signal=KILL:when=$nth" "${save[@]}" "$target" "$work/new" \
       > /dev/null && fail "$name: not killed at $call $nth"; } 2> /dev/null
     points=$((points + 1))
     old_or_new || fail "$name: neither old nor new after $call $nth"
@@ -94,8 +114,8 @@ sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
       [ $((0$mode & ~0640)) -eq 0 ] || [ "$kind" = new ] || fail "$name: $stray is wider than its target: $mode"
     done
     # What the kill left behind is in nobody's way.
-    "$probe" "$target" "$work/new" > /dev/null || fail "$name: no save after a kill at $call $nth"
-    cmp -s "$target" "$work/new" || fail "$name: not saved after a kill at $call $nth"
+    "${save[@]}" "$target" "$work/new" > /dev/null || fail "$name: no save after a kill at $call $nth"
+    is_new || fail "$name: not saved after a kill at $call $nth"
     # Whoever opens the file next is offered each copy, and takes what is unfinished away.
     "$probe" "$target" > "$work/out" || fail "$name: no look after a kill at $call $nth"
     stray=$(find "$work/d" -name '.zelkor-*' -o -name '.*.zelkor-recovery-*' | wc -l)
@@ -103,10 +123,12 @@ sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
   done < <(awk -v step="${ZELKOR_FULL:+1}" -v usual="$step" '(NR - 1) % (step ? step : usual) == 0' "$work/calls")
 
   # S4: a sync that fails is a save that failed, and the old text is back.
-  local syncs=$(grep -c '^fsync ' "$work/calls") first=$(awk '/^fsync / { print $2; exit }' "$work/calls")
+  local syncs=$(grep -c '^fsync ' "$work/calls") first=$(awk '/^fsync / { print $2; exit }' "$work/calls") nth
   for ((nth = first; nth < first + syncs; ++nth)); do
+    # The first two are those of the definition file's copy, which may fail.
+    [ "$kind" = definition ] && [ "$nth" -lt $((first + 2)) ] && continue
     prepare
-    strace -o /dev/null -e trace=fsync -e inject="fsync:error=EIO:when=$nth" "$probe" "$target" "$work/new" > "$work/out" \
+    strace -o /dev/null -e trace=fsync -e inject="fsync:error=EIO:when=$nth" "${save[@]}" "$target" "$work/new" > "$work/out" \
       2> /dev/null && fail "$name: saved although fsync $nth failed"
     grep -q 'Input/output error' "$work/out" || fail "$name: fsync $nth: $(cat "$work/out")"
     if [ "$kind" = new ]; then
@@ -157,6 +179,9 @@ sweep "symbolic link" symlink 5000 6000 1
 sweep "hard link, longer" hardlink 5000 9000 1
 sweep "hard link, shorter" hardlink 9000 5000 1
 sweep "hard link, to empty" hardlink 5000 0 1
+sweep "definition file" definition 0 0 4
+sweep "log" log 5000 0 4
+sweep "PDF" pdf 5000 400 4
 sweep "5 MB" plain 5000000 5000001 8
 sweep "5 MB, hard link" hardlink 5000000 4999999 8
 sweep_settings "settings" yes

@@ -77,6 +77,10 @@ std::optional<ScriptedDialogs::Step> ScriptedDialogs::take(Box box) {
 }
 
 Answer ScriptedDialogs::messageBox(const QString& text, const QString& title, Icon icon, Buttons buttons) {
+  if (any_ && steps_.empty()) {
+    boxes.push_back({Kind::message, text, title, icon, buttons, {}, {}});
+    return offers(buttons, *any_) ? *any_ : declined(buttons);
+  }
   if (const auto step = take({Kind::message, text, title, icon, buttons, {}, {}})) return step->answer;
   return declined(buttons);
 }

@@ -32,6 +32,8 @@ class ScriptedDialogs : public Dialogs {
   ScriptedDialogs& answerInput(std::optional<QString> text, std::function<void()> whileUp = {});
   ScriptedDialogs& answerOpen(QStringList paths, int filterIndex = 0);   // 0: as asked
   ScriptedDialogs& answerSave(QString path, int filterIndex = 0);
+  // For message boxes that may or may not come: whatever is not scripted gets this answer.
+  void answerAny(Answer answer) { any_ = answer; }
 
   std::vector<Box> boxes;       // oldest first
   QStringList urls;             // handed to openUrl, which succeeds unless urlsFail
@@ -56,5 +58,6 @@ class ScriptedDialogs : public Dialogs {
   };
   std::optional<Step> take(Box box);
   std::deque<Step> steps_;
+  std::optional<Answer> any_;
   Dialogs* previous_;
 };
