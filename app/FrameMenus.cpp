@@ -10,6 +10,7 @@
 
 #include "app/Icons.h"
 #include "app/frmMain.h"
+#include "base/Memory.h"
 #include "control/KeyCommands.h"
 #include "control/KeyMap.h"
 
@@ -94,15 +95,17 @@ void FrameMenus::makeArray(const FrameCommand& row) {
     auto* action = new QAction(&frame_);
     action->setObjectName(elementName(QString::fromLatin1(row.name), i));
     action->setVisible(false);
-    connect(action, &QAction::triggered, this, [this, &row, i] { row.runElement(frame_, i); });
+    connect(action, &QAction::triggered, this, [this, &row, i] { withMemory([&] { row.runElement(frame_, i); }); });
     actions_.insert(action->objectName(), action);
     placed_[QString::fromLatin1(row.menu)].append({row.place, action});
   }
 }
 
 void FrameMenus::trigger(const FrameCommand& row) {
-  if (row.command) frame_.runEditCommand(row.command);
-  else row.run(frame_);
+  withMemory([&] {
+    if (row.command) frame_.runEditCommand(row.command);
+    else row.run(frame_);
+  });
 }
 
 void FrameMenus::refreshChecks(const char* menuName) {

@@ -133,15 +133,16 @@ frmDocument* frmMain::takeIn(const QString& path) {
   }
   auto document = std::make_unique<frmDocument>();
   const QString error = document->cmx->OpenFile(path);
-  text::fileSystem().unlinkAt(text::FileSystem::kCwd, fromQString(path), false);
-  if (!error.isEmpty()) {
-    MsgBox(tr("File Open Error : ") + error);
+  if (!error.isEmpty()) {   // it stays, as the text is nowhere else
+    MsgBox(tr("File Open Error : ") + error + QLatin1String("\r\n") + tr("The text is in %1").arg(plainForDisplay(path)));
     return nullptr;
   }
   document->cmx->model()->stamp.reset();
   document->cmx->setModified(true);   // it is nowhere else
   ++DocCount;
   document->setUntitled(tr("Untitled ") + QString::number(DocCount), QDir::currentPath());
+  document->holdInJournal();   // before the file goes
+  text::fileSystem().unlinkAt(text::FileSystem::kCwd, fromQString(path), false);
   frmDocument* shown = document.release();
   adopt(shown);
   SetupMenus();

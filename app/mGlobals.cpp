@@ -19,6 +19,7 @@
 #include "app/frmMain.h"
 #include "app/frmRecovered.h"
 #include "base/Dialogs.h"
+#include "base/Memory.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/TextModel.h"
@@ -117,6 +118,17 @@ QList<HandOff> commandLinesOf(const Arguments& arguments, const QString& spooled
   return lines;
 }
 
+// The last resort where no nearer place has caught it: an event that ran out of memory is given up, the program goes on.
+class Application : public QApplication {
+ public:
+  using QApplication::QApplication;
+  bool notify(QObject* receiver, QEvent* event) override {
+    bool result = true;
+    withMemory([&] { result = QApplication::notify(receiver, event); });
+    return result;
+  }
+};
+
 }  // namespace
 
 const std::shared_ptr<colLangs>& gLangs() { return languages().Languages(); }
@@ -199,7 +211,7 @@ void openWebPage(const QString& page) {
   if (!dialogs().openUrl(address)) MsgBox(QCoreApplication::translate("mGlobals", "%1 cannot be shown").arg(address));
 }
 
-int Main(int argc, char** argv) {
+int Main(int argc, char** argv) try {
   QStringList words;
   for (int i = 1; i < argc; ++i) words << toQString(argv[i]);
   const QString startFolder = QDir::currentPath();   // names were typed against it; the settings will change it
@@ -217,7 +229,7 @@ display:
   QCoreApplication::setApplicationName(QString::fromLatin1(kApplicationTitle));
   QCoreApplication::setApplicationVersion(QStringLiteral(ZELKOR_VERSION));
   QGuiApplication::setDesktopFileName(QStringLiteral("zelkor"));
-  QApplication application(argc, argv);
+  Application application(argc, argv);
   AddFormatVerbs();
   text::setRecoveryFolder(fromQString(RecoverySession::usualFolder()));
   if (arguments.batch) return runBatch(words);
@@ -270,4 +282,6 @@ display:
   const int status = application.exec();
   recovery.onFailure({});
   return status;
+} catch (const std::bad_alloc&) {
+  return complain(QStringLiteral("out of memory"), 2);
 }

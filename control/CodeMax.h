@@ -8,6 +8,7 @@
 #include <QFont>
 #include <QVariant>
 #include <QWidget>
+#include <exception>
 #include <memory>
 
 #include "control/ColorScheme.h"
@@ -139,13 +140,18 @@ class CodeMax : public QWidget {
 };
 
 // One undo step and one repaint for all that is done to a control while it lives.
+// Left by an exception it takes all of it back.
 class EditBlock {
  public:
   explicit EditBlock(CodeMax& control) : control_(control) { control_.beginEdit(); }
-  ~EditBlock() { control_.endEdit(); }
+  ~EditBlock() {
+    if (std::uncaught_exceptions() > exceptions_) control_.model()->document().abandonGroup();
+    control_.endEdit();
+  }
   EditBlock(const EditBlock&) = delete;
   EditBlock& operator=(const EditBlock&) = delete;
 
  private:
   CodeMax& control_;
+  const int exceptions_ = std::uncaught_exceptions();
 };

@@ -33,8 +33,12 @@ struct CodeMax::Impl {
   void repaint() {
     for (Pane* each : grid->panes()) each->appearanceChanged();
   }
-  void release() {
-    for (Pane* each : grid->panes()) each->released();
+  void release() {   // shows what is made: nothing may come out of it
+    try {
+      for (Pane* each : grid->panes()) each->released();
+    } catch (const std::bad_alloc&) {
+      grid->update();
+    }
   }
   void measure() {
     state.remeasure();

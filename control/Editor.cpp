@@ -120,6 +120,30 @@ void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t
   if (e.onSelectionChanged) e.onSelectionChanged();
 }
 
+namespace {
+
+// While one lives the selection is that of whoever changes the text. Left by an exception with the text as it was, the old
+// selection is back.
+class OwnChange {
+ public:
+  OwnChange(Editor& e, const SelectionState& before) : e_(e), before_(before), revision_(e.document().revision()) {
+    ++EditorAccess::impl(e_).ownChange;
+  }
+  ~OwnChange() {
+    --EditorAccess::impl(e_).ownChange;
+    if (e_.document().revision() == revision_) EditorAccess::setSelection(e_, before_);
+  }
+  OwnChange(const OwnChange&) = delete;
+  OwnChange& operator=(const OwnChange&) = delete;
+
+ private:
+  Editor& e_;
+  const SelectionState before_;
+  const std::uint64_t revision_;
+};
+
+}  // namespace
+
 bool EditorAccess::change(Editor& e, std::span<const Edit> edits, std::optional<SelectionState> after, Join join) {
   Document& document = e.document();
   if (document.readOnly()) return false;
@@ -145,10 +169,12 @@ bool EditorAccess::change(Editor& e, std::span<const Edit> edits, std::optional<
   }
   // The views hear of the change while it is made; the selection they then read has to be one of the new text.
   const std::uint64_t revision = document.revision();
-  ++e.impl_->ownChange;
-  e.selection_ = next;
-  const bool done = document.apply(edits, before, join);
-  --e.impl_->ownChange;
+  bool done = false;
+  {
+    const OwnChange own(e, before);
+    e.selection_ = next;
+    done = document.apply(edits, before, join);
+  }
   e.selection_ = before;
   place(e, next);
   if (document.revision() != revision) document.setSelectionAfter(e.selection_);
@@ -289,9 +315,15 @@ bool Editor::redo() { return EditorAccess::travel(*this, &Document::redo); }
 bool EditorAccess::travel(Editor& e, std::optional<SelectionState> (Document::*step)()) {
   // While the views are told, the selection moves with the text; then it becomes the remembered one.
   const SelectionState old = e.selection_;
-  e.impl_->quiet = true;
-  const auto selection = (e.document().*step)();
-  e.impl_->quiet = false;
+  std::optional<SelectionState> selection;
+  {
+    struct Quiet {
+      bool& flag;
+      ~Quiet() { flag = false; }
+    } quiet{e.impl_->quiet};
+    e.impl_->quiet = true;
+    selection = (e.document().*step)();
+  }
   if (!selection) return false;
   e.selection_ = old;
   place(e, *selection);
@@ -321,6 +353,10 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   const bool travels = command.run == commandFunctions::undo || command.run == commandFunctions::redo;
   std::optional<UndoGroup> group;
   if (!travels) group.emplace(e.document());
+  struct Reset {
+    int& pass;
+    ~Reset() { pass = 0; }
+  } reset{impl.pass};
   for (impl.pass = 0; impl.pass < count; ++impl.pass) {
     const auto state = [&e] {
       return std::tuple(e.document().revision(), e.selection(), e.host().topLine(), e.host().leftColumn());
@@ -329,5 +365,4 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
     command.run(e, argument);
     if (state() == before) break;   // nothing moves any more
   }
-  impl.pass = 0;
 }

@@ -45,6 +45,7 @@ struct EditorAccess {
   static bool isGuarded(Editor& e);
   // Clips to the text and to a character boundary; never inside CR LF.
   static text::ByteOffset snap(const text::Snapshot& text, text::ByteOffset at);
+  static void setSelection(Editor& e, const text::SelectionState& selection) { e.selection_ = selection; }   // nobody is told
   // Sets the selection after a change of the text or a move that keeps the goal column.
   static void place(Editor& e, text::SelectionState selection, std::optional<std::int64_t> goal = std::nullopt);
   // Applies edits (see text::Document::apply). The selection becomes `after`, or moves with the text. False when read-only.

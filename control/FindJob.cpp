@@ -2,23 +2,30 @@
 
 #include <algorithm>
 
+#include "base/Memory.h"
+
 void FindJob::start(std::int64_t bytes, Work work) {
   drop();
   auto run = std::make_shared<Run>();
   if (bytes < limit) {
-    work(run->control)();
+    withMemory([&] { work(run->control)(); });
     return;
   }
   current_ = run;
   bytes_ = std::max<std::int64_t>(1, bytes);
   emit runningChanged(true);
   pool_.start([this, run, work = std::move(work)] {
-    Done done = work(run->control);
+    Done done = tellNoMemory;
+    try {
+      done = work(run->control);
+    } catch (const std::bad_alloc&) {
+    } catch (const std::length_error&) {
+    }
     QMetaObject::invokeMethod(this, [this, run, done = std::move(done)] {
       if (run->dropped) return;
       current_.reset();
       emit runningChanged(false);
-      done();
+      withMemory(done);
     }, Qt::QueuedConnection);
   });
 }

@@ -8,6 +8,7 @@
 #include <QStyleHints>
 #include <QTimerEvent>
 #include <algorithm>
+#include <new>
 
 #include "control/PaneAccessible.h"
 #include "control/PaneMouse.h"
@@ -22,7 +23,7 @@ constexpr std::int64_t kBracketBudget = 128 * 1024;   // bytes looked through fo
 
 Pane::Action::~Action() {
   if (!pane_ || --pane_->state_.held > 0) return;
-  emit pane_->heldEnded();
+  pane_->shown([this] { emit pane_->heldEnded(); });
 }
 
 Pane::Pane(ViewState& state, QWidget* parent)
@@ -81,12 +82,18 @@ void Pane::modelChanged(const text::Change& change) {
   }
   // One change repaints its lines, several repaint all; either way once, when the one who makes them is done.
   allDirty_ = allDirty_ || change.reset || shift != 0 || pending_.has_value() || change.spans.size() > 1000;
+  try {
+    if (!allDirty_) pending_ = change;
+  } catch (const std::bad_alloc&) {
+    allDirty_ = true;
+  }
   if (allDirty_) pending_.reset();
-  else pending_ = change;
   if (state_.held > 0) selectionDirty_ = true;   // what can be undone is another thing now, though the caret may not have moved
   if (state_.held > 0 || flushPosted_) return;
-  flushPosted_ = true;
-  QMetaObject::invokeMethod(this, [this] { flushText(); }, Qt::QueuedConnection);
+  shown([this] {
+    QMetaObject::invokeMethod(this, [this] { flushText(); }, Qt::QueuedConnection);
+    flushPosted_ = true;
+  });
 }
 
 void Pane::flushText() {
@@ -168,12 +175,18 @@ void Pane::noteSelection() {
     selectionDirty_ = true;
     return;
   }
-  showSelection();
-  emit selectionChanged();
+  shown([this] {
+    updateSelection();
+    emit selectionChanged();
+  });
 }
 
 void Pane::showSelection() {
-  const text::SelectionState old = shown_, now = editor_->selection();
+  shown([this] { updateSelection(); });
+}
+
+void Pane::updateSelection() {
+  const text::SelectionState old = shownSelection_, now = editor_->selection();
   const auto lineOf = [this](ByteOffset at) { return snapshot().lineAt(std::min(at, snapshot().size())).value; };
   const auto update = [&](ByteOffset a, ByteOffset b) { updateLines(std::min(lineOf(a), lineOf(b)), std::max(lineOf(a), lineOf(b))); };
   if (old.column || now.column || old.anchor != now.anchor) {
@@ -183,7 +196,7 @@ void Pane::showSelection() {
     update(old.caret, now.caret);       // the ends of the highlighted line too
     if ((old.anchor == old.caret) != (now.anchor == now.caret)) update(now.anchor, now.anchor);
   }
-  shown_ = now;
+  shownSelection_ = now;
   if (overtypeShown_ != editor_->overtype) {
     overtypeShown_ = editor_->overtype;
     emit overtypeChanged(overtypeShown_);
@@ -242,6 +255,13 @@ void Pane::updateCaret() {
 }
 
 void Pane::paintEvent(QPaintEvent* event) {
+  try {
+    paintParts(event->region());
+  } catch (const std::bad_alloc&) {   // what is missing comes with the next painting
+  }
+}
+
+void Pane::paintParts(const QRegion& region) {
   if (state_.scale != devicePixelRatioF()) {
     state_.scale = devicePixelRatioF();
     state_.remeasure();
@@ -252,7 +272,7 @@ void Pane::paintEvent(QPaintEvent* event) {
   QPainter painter(viewport());
   const PaneLook now = look();
   PanePainter pane(painter, view_, now);
-  for (const QRect& part : event->region()) pane.paint(part);
+  for (const QRect& part : region) pane.paint(part);
   restartColoring();
   // A wider line than any before came into view: the scroll bar learns of it behind the painting.
   if (view_.widestSeen() > horizontalScrollBar()->maximum() + view_.width) QMetaObject::invokeMethod(this, [this] { fit(); }, Qt::QueuedConnection);
@@ -265,7 +285,10 @@ void Pane::timerEvent(QTimerEvent* event) {
   } else if (event->timerId() == scrollTimer_.timerId()) {
     stepAnimation();
   } else if (event->timerId() == colorTimer_.timerId()) {
-    if (!view_.goOnColoring()) return;
+    try {
+      if (!view_.goOnColoring()) return;
+    } catch (const std::bad_alloc&) {   // it begins anew with the next change
+    }
     colorTimer_.stop();
     appearanceChanged();
   } else {

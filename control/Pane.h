@@ -6,6 +6,7 @@
 #include <QBasicTimer>
 #include <QPointer>
 #include <memory>
+#include <new>
 
 #include "control/PanePainter.h"
 #include "control/TextView.h"
@@ -91,7 +92,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void timerEvent(QTimerEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
-  void keyPressEvent(QKeyEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;      // keys, input methods and drops end well without memory
   void inputMethodEvent(QInputMethodEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
@@ -118,16 +119,31 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void stepAnimation();
   void showLineTip();
 
+  // Runs what only shows a change that has been made: without memory for it all is painted anew later.
+  template <class Work>
+  void shown(Work work) {
+    try {
+      work();
+    } catch (const std::bad_alloc&) {
+      viewport()->update();
+    }
+  }
+  void scrollToCaret();
   void flushText();                     // shows what changed
+  void paintParts(const QRegion& region);
   void updateLines(std::int64_t first, std::int64_t last);   // clipped to what is visible
   void updateCaret();
   void noteSelection();                 // the editor says it changed
   void showSelection();
+  void updateSelection();
   void findBracket();
   void restartBlink();
   void restartColoring();
 
   // Keys (PaneKeys.cpp)
+  void asked(const std::function<void()>& work);   // by the person; out of memory it is told and the selection is back
+  void keyPressed(QKeyEvent* event);
+  void inputMethodCame(QInputMethodEvent* event);
   void playMacro(const QString& name);
   void afterCommand(const text::SelectionState& before, std::uint64_t revision);
   void setPreedit(const QString& text, int cursor);
@@ -144,7 +160,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   int marginDigits_ = 0;
   QBasicTimer scrollTimer_, blinkTimer_, colorTimer_;
 
-  text::SelectionState shown_;          // as painted last
+  text::SelectionState shownSelection_; // as painted last
   std::optional<BracketPair> bracket_;
   std::optional<text::ByteOffset> dropAt_;
   std::unique_ptr<Preedit> preedit_;

@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <utility>
 
+#include "base/Memory.h"
 #include "base/Program.h"
 #include "control/KeyCommands.h"
 #include "control/KeyMacro.h"
@@ -36,6 +37,12 @@ void Pane::afterCommand(const text::SelectionState& before, std::uint64_t revisi
 void Pane::work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) {
   if (gBusy() || !isVisible()) EditorHost::work(bytes, work);   // a run shows and ends in its own way
   else LongWork::run(*window(), bytes, work);
+}
+
+void Pane::asked(const std::function<void()>& work) {
+  const text::SelectionState before = editor_->selection();
+  const QPointer<Pane> alive(this);
+  if (!withMemory(work) && alive) editor_->setSelection(before);
 }
 
 void Pane::playMacro(const QString& name) {
@@ -78,6 +85,10 @@ bool Pane::event(QEvent* event) {
 }
 
 void Pane::keyPressEvent(QKeyEvent* event) {
+  asked([&] { keyPressed(event); });
+}
+
+void Pane::keyPressed(QKeyEvent* event) {
   const int stroke = KeyMap::strokeOf(*event);
   if (stroke == 0 && event->text().isEmpty()) {   // a modifier alone
     event->ignore();
@@ -134,6 +145,11 @@ void Pane::setPreedit(const QString& text, int cursor) {
 }
 
 void Pane::inputMethodEvent(QInputMethodEvent* event) {
+  event->accept();
+  asked([&] { inputMethodCame(event); });
+}
+
+void Pane::inputMethodCame(QInputMethodEvent* event) {
   if (state_.model->document().readOnly()) {
     event->ignore();
     return;
@@ -209,7 +225,7 @@ void Pane::showDefaultMenu(const QPoint& globalPosition) {
   const bool writable = !state_.model->document().readOnly(), selected = editor_->hasSelection();
   const auto add = [&](const QString& label, const char* command, bool enabled) {
     QAction* action = menu.addAction(label, this, [this, command] {
-      if (const Command* row = commandByName(QString::fromLatin1(command))) runCommand(row->id, {});
+      if (const Command* row = commandByName(QString::fromLatin1(command))) asked([&] { runCommand(row->id, {}); });
     });
     action->setEnabled(enabled);
   };

@@ -312,12 +312,18 @@ void Pane::mouseMoveEvent(QMouseEvent* event) { mouse_->move(event); }
 void Pane::mouseReleaseEvent(QMouseEvent* event) { mouse_->release(event); }
 void Pane::mouseDoubleClickEvent(QMouseEvent* event) { mouse_->doubleClick(event); }
 void Pane::wheelEvent(QWheelEvent* event) { mouse_->wheel(event); }
-void Pane::dragEnterEvent(QDragEnterEvent* event) { mouse_->dragOver(event); }
-void Pane::dragMoveEvent(QDragMoveEvent* event) { mouse_->dragOver(event); }
+void Pane::dragEnterEvent(QDragEnterEvent* event) {
+  shown([&] { mouse_->dragOver(event); });
+}
+void Pane::dragMoveEvent(QDragMoveEvent* event) {
+  shown([&] { mouse_->dragOver(event); });
+}
 void Pane::dragLeaveEvent(QDragLeaveEvent*) {
   if (!dropAt_) return;
   const std::int64_t line = snapshot().lineAt(*dropAt_).value;
   dropAt_.reset();
   updateLines(line, line);
 }
-void Pane::dropEvent(QDropEvent* event) { mouse_->drop(event); }
+void Pane::dropEvent(QDropEvent* event) {
+  asked([&] { mouse_->drop(event); });
+}

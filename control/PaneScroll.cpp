@@ -142,7 +142,10 @@ void Pane::resizeEvent(QResizeEvent* event) {
 }
 
 void Pane::showCaret() {
-  if (view_.height <= 0) return;
+  if (view_.height > 0) shown([this] { scrollToCaret(); });
+}
+
+void Pane::scrollToCaret() {
   const std::int64_t line = snapshot().lineAt(editor_->selection().caret).value, lines = visibleLines();
   const std::int64_t y = line * view_.lineHeight();
   const std::int64_t bottom = top_ + lines * view_.lineHeight() - view_.lineHeight();

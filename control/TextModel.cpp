@@ -1,6 +1,7 @@
 #include "control/TextModel.h"
 
 #include <algorithm>
+#include <new>
 
 #include "control/LanguageTable.h"
 #include "text/Chars.h"
@@ -66,12 +67,11 @@ struct TextModel::Impl {
 void TextModel::Impl::moveBookmarks(const text::Change& change, const text::Snapshot& now) {
   if (change.reset) bookmarks.clear();
   if (bookmarks.empty()) return;
-  std::vector<text::LineNo> moved;
-  moved.reserve(bookmarks.size());
+  // In place, as nothing may fail here: each bookmark gives one at most.
   std::int64_t shift = 0;                 // new line - old line behind the spans seen so far
-  std::size_t next = 0;
+  std::size_t next = 0, moved = 0;
   const auto put = [&](std::int64_t line) {
-    if (moved.empty() || moved.back().value < line) moved.push_back(text::LineNo(line));
+    if (moved == 0 || bookmarks[moved - 1].value < line) bookmarks[moved++] = text::LineNo(line);
   };
   for (const auto& span : change.spans) {
     if (span.linesRemoved == 0 && span.linesInserted == 0) continue;
@@ -87,8 +87,21 @@ void TextModel::Impl::moveBookmarks(const text::Change& change, const text::Snap
     shift += span.linesInserted - span.linesRemoved;
   }
   for (; next < bookmarks.size(); ++next) put(bookmarks[next].value + shift);
-  bookmarks = std::move(moved);
+  bookmarks.resize(moved, text::LineNo(0));
 }
+
+namespace {
+
+// For those who only show a change that is made: it stands even when they run out of memory.
+template <class Work>
+void tell(Work work) {
+  try {
+    work();
+  } catch (const std::bad_alloc&) {
+  }
+}
+
+}  // namespace
 
 TextModel::TextModel() : impl_(new Impl) {
 #ifdef Q_OS_WIN
@@ -98,8 +111,8 @@ TextModel::TextModel() : impl_(new Impl) {
     impl_->states.onChange(change);
     impl_->longColors.onChange(change, snapshot());
     impl_->moveBookmarks(change, snapshot());
-    emit changed(change);
-    announceModified();
+    tell([&] { emit changed(change); });
+    tell([&] { announceModified(); });
   });
 }
 
@@ -245,6 +258,6 @@ void TextModel::replaceAll(text::Snapshot snapshot, text::FileFormat newFormat) 
     }
   }
   document_.reset(std::move(snapshot));
-  announceModified();
-  emit appearanceChanged();
+  tell([&] { announceModified(); });
+  tell([&] { emit appearanceChanged(); });
 }

@@ -17,6 +17,7 @@ RunStep::RunStep(CodeMax* control) : control_(control) {
 }
 
 RunStep::~RunStep() {
+  if (grouped_ && std::uncaught_exceptions() > exceptions_) model_->document().abandonGroup();
   beginWait(false);
   model_.reset();
 }

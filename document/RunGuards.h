@@ -4,6 +4,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
+#include <exception>
 
 #include "control/CodeMax.h"
 
@@ -23,6 +24,7 @@ class RunStep {
   QPointer<CodeMax> control_;
   std::shared_ptr<TextModel> model_;   // outlives the control as long as its group is open
   bool grouped_ = false, editing_ = false;
+  const int exceptions_ = std::uncaught_exceptions();
 };
 
 // Hears the person. While the run works nothing reaches the windows but Esc, which asks for its end; while it waits everything

@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <algorithm>
 #include <chrono>
+#include <new>
 #include <vector>
 
 #include "base/Dialogs.h"
@@ -212,7 +213,7 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
 }
 
 // Exchanges only what differs, so that caret, bookmarks and folded work elsewhere in the text stay where they are.
-QString frmDocument::reload(const QString& path, const std::optional<text::FileFormat>& as) {
+QString frmDocument::reload(const QString& path, const std::optional<text::FileFormat>& as) try {
   TextModel& model = *cmx->model();
   text::LoadOptions options;
   options.format = as;
@@ -242,14 +243,21 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
   text::Edit edit{{text::ByteOffset(head), text::ByteOffset(oldSize - tail)},
                   file.text.bytes({text::ByteOffset(head), text::ByteOffset(newSize - tail)})};
   const text::SelectionState before = cmx->editor().selection();
-  const bool readOnly = document.readOnly();
-  document.setReadOnly(false);   // it guards against the person's edits; the file has changed all the same
-  document.apply(std::move(edit), before);
-  document.setReadOnly(readOnly);
+  {
+    struct Writable {   // read-only guards against the person's edits; the file has changed all the same
+      explicit Writable(text::Document& guarded) : document(guarded) { document.setReadOnly(false); }
+      ~Writable() { document.setReadOnly(was); }
+      text::Document& document;
+      const bool was = document.readOnly();
+    } writable(document);
+    document.apply(std::move(edit), before);
+  }
   model.format = file.format;
   model.stamp = file.stamp;
   cmx->setModified(false);
   return {};
+} catch (const std::bad_alloc&) {
+  return tr("Out of memory");
 }
 
 bool frmDocument::ReopenAs(const text::FileFormat& format) {

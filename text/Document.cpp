@@ -1,6 +1,7 @@
 #include "text/Document.h"
 
 #include <algorithm>
+#include <new>
 #include <cstring>
 #include <exception>
 
@@ -237,6 +238,13 @@ std::optional<SelectionState> Document::redo() {
 
 void Document::beginGroup() { impl_->history.beginGroup(); }
 void Document::endGroup() { impl_->history.endGroup(); }
+void Document::abandonGroup() noexcept {
+  try {
+    rollbackGroup();
+  } catch (const std::bad_alloc&) {
+  }
+}
+
 void Document::rollbackGroup() {
   auto& d = *impl_;
   if (!d.history.groupHasStep() || d.notifying) return;

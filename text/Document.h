@@ -5,6 +5,7 @@
 // revision and notifies each listener exactly once.
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -91,6 +92,8 @@ class Document {
   void endGroup();
   // Rolls the open group back to its start and forgets it; the group stays open.
   void rollbackGroup();
+  // The same where nothing may be thrown; without memory for it the group's work stays, as one step that can be undone.
+  void abandonGroup() noexcept;
 
   // Limits of the undo memory; beyond it whole oldest steps are dropped. The newest step stays whatever its size, unless
   // steps is 0. Default: no limit on steps (SIZE_MAX), 1 GiB.
@@ -121,15 +124,20 @@ class Document {
   std::unique_ptr<Impl> impl_;
 };
 
+// One undo step for all that is done while it lives. Left by an exception it takes back all that the outermost open group did.
 class UndoGroup {
  public:
   explicit UndoGroup(Document& document) : document_(document) { document_.beginGroup(); }
-  ~UndoGroup() { document_.endGroup(); }
+  ~UndoGroup() {
+    if (std::uncaught_exceptions() > exceptions_) document_.abandonGroup();
+    document_.endGroup();
+  }
   UndoGroup(const UndoGroup&) = delete;
   UndoGroup& operator=(const UndoGroup&) = delete;
 
  private:
   Document& document_;
+  const int exceptions_ = std::uncaught_exceptions();
 };
 
 }  // namespace text

@@ -6,10 +6,11 @@
 namespace {
 
 thread_local long left = 0;          // allocations until the failing one; 0: none fails
+thread_local std::size_t least = 0;
 thread_local bool always = false, failed = false;
 
 void* allocate(std::size_t size) {
-  if (left > 0 && --left == 0) {
+  if (left > 0 && size >= least && --left == 0) {
     failed = true;
     if (always) left = 1;
     throw std::bad_alloc();
@@ -29,8 +30,9 @@ void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); 
 
 namespace testing_files {
 
-AllocationFault::AllocationFault(long n, bool forEver) {
+AllocationFault::AllocationFault(long n, bool forEver, std::size_t atLeast) {
   left = n;
+  least = atLeast;
   always = forEver;
   failed = false;
 }

@@ -2,12 +2,15 @@
 // operator new; without an AllocationFault alive that changes nothing.
 #pragma once
 
+#include <cstddef>
+
 namespace testing_files {
 
 class AllocationFault {
  public:
   // The n-th allocation from now on (from 1) throws std::bad_alloc; with forEver each one behind it too.
-  explicit AllocationFault(long n, bool forEver = false);
+  // Those below atLeast bytes neither count nor fail.
+  explicit AllocationFault(long n, bool forEver = false, std::size_t atLeast = 0);
   ~AllocationFault();
   AllocationFault(const AllocationFault&) = delete;
   AllocationFault& operator=(const AllocationFault&) = delete;
