@@ -1,6 +1,9 @@
 // The frame's commands on files.
+#include <QElapsedTimer>
+#include <QKeyEvent>
 #include <QToolButton>
 
+#include "control/Pane.h"
 #include "tests/app/FrameFixture.h"
 
 #include "base/Program.h"
@@ -287,11 +290,28 @@ TEST_F(Files, ExitAsksForAllBeforeAnythingCloses) {
   EXPECT_EQ(read(path("b.v")), "text\n");
 }
 
-TEST_F(Files, AThousandDocuments) {
+TEST_F(Files, T8_AThousandDocuments) {
+  const auto residentMegabytes = [] {
+    QFile statm(q("/proc/self/statm"));
+    return statm.open(QFile::ReadOnly) ? statm.readAll().split(' ').value(1).toLongLong() * 4 / 1024 : 0;
+  };
+  const qint64 before = residentMegabytes();
   for (int i = 0; i < 1000; ++i) main->LoadNewDoc();
   EXPECT_EQ(main->DocCount, 1000);
   main->nextWindow(1);
   EXPECT_EQ(main->activeDocument(), main->documents().first());
+  QElapsedTimer clock;
+  clock.start();
+  for (int i = 0; i < 20; ++i) {
+    QKeyEvent key(QEvent::KeyPress, Qt::Key_A, {}, q("a"));
+    QApplication::sendEvent(main->activeDocument()->cmx->findChild<Pane*>(), &key);
+    QApplication::processEvents();
+  }
+  std::printf("20 keys %lld ms, %lld MB\n", clock.elapsed(), residentMegabytes() - before);
+  EXPECT_LT(clock.elapsed(), 5000);
+  EXPECT_LT(residentMegabytes() - before, 600);
+  EXPECT_EQ(main->activeDocument()->cmx->Text().size(), 20);
+  boxes.answer(Answer::no);
   main->mnuFileCloseAll_Click();
   wait(1);
   EXPECT_EQ(main->DocCount, 0);

@@ -1,4 +1,4 @@
-// The end of the desktop's session, and closing that was agreed to before it happens.
+// J7: the end of the desktop's session, and closing that was agreed to before it happens.
 #include "app/SessionEnd.h"
 
 #include "document/Recovery.h"

@@ -78,7 +78,7 @@ TEST(Strings, LinesOfLists) {
   EXPECT_TRUE(splitCrLf(QString()).isEmpty());
 }
 
-TEST(Strings, NothingInvisibleIsDisplayed) {
+TEST(Strings, H1_NothingInvisibleIsDisplayed) {
   EXPECT_EQ(s(plainForDisplay(q("a\tb\r\nc\x1B[0m \xE2\x80\xAEgpj.\xE2\x80\x8B"))),
             "a\\tb\\r\\nc<U+001B>[0m <U+202E>gpj.<U+200B>");
   EXPECT_EQ(s(plainForDisplay(q("<b>%1&amp;</b> \xC3\xA4 \xF0\x9F\x98\x80"))), "<b>%1&amp;</b> \xC3\xA4 \xF0\x9F\x98\x80");

@@ -37,7 +37,7 @@ std::string shape(std::string_view line, const GlyphMetrics& metrics, int tab = 
 
 }  // namespace
 
-TEST(LineLayout, EveryCharacterHasItsPlaceAndNothingHides) {
+TEST(LineLayout, H1_EveryCharacterHasItsPlaceAndNothingHides) {
   const GlyphMetrics metrics(fixedFont(), 1);
   ASSERT_TRUE(metrics.fixedPitch());
   struct Case { const char* what; std::string line, expected; };

@@ -366,7 +366,7 @@ TEST_F(PanePainting, OnlyChangedLinesArePainted) {
   viewport()->removeEventFilter(&spy);
 }
 
-TEST_F(PanePainting, HostileTextsNeitherCrashNorStall) {
+TEST_F(PanePainting, H1_HostileTextsNeitherCrashNorStall) {
   std::mt19937 random(3);
   const std::vector<std::string> pieces{std::string(1, '\0'), "\x1B[31m", "\xFF", "\xC3", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9",
                                         "\xCC\x81\xCC\x82\xCC\x83", "\xEF\xB7\xBA", "\t", "\r", "\n", "(((((", "/*", "\xD7\x90\xD8\xA7", "\xE6\xBC\xA2", "\xEF\xBB\xBF", "word "};

@@ -57,7 +57,7 @@ TEST(ProcessCommandLine, ValuesStayInOneWord) {
   EXPECT_EQ(programArguments(u"p -x=$V \"$V!\""_s, substitute), expected);
 }
 
-TEST(ProcessLookUp, UsesAbsoluteEntriesOnly) {
+TEST(ProcessLookUp, H2_UsesAbsoluteEntriesOnly) {
   QTemporaryDir folder;
   for (const char* name : {"tool", "plain"}) {
     QFile file(folder.filePath(QString::fromLatin1(name)));
@@ -128,7 +128,7 @@ TEST(ProcessRun, OutputComesByChannelAndWholeBeforeTheEnd) {
   EXPECT_EQ(flood.out.size(), 5000000);
 }
 
-TEST(ProcessRun, OpenFilesOfOursAreNotPassedOn) {
+TEST(ProcessRun, H2_OpenFilesOfOursAreNotPassedOn) {
   const int leaky = ::open("/dev/null", O_RDONLY);   // as a careless library would
   Output output;
   process::LaunchAndWait({startee(), "fds"}, 1, {}, output.collect());
@@ -136,7 +136,7 @@ TEST(ProcessRun, OpenFilesOfOursAreNotPassedOn) {
   EXPECT_EQ(output.out, "0 1 2 \n");
 }
 
-TEST(ProcessRun, RandomBytesArriveAsOneArgument) {
+TEST(ProcessRun, H2_RandomBytesArriveAsOneArgument) {
   std::mt19937 random(3);
   for (int round = 0; round < 30; ++round) {
     std::string value;
@@ -165,7 +165,7 @@ TEST(ProcessRun, TimeOutLeavesTheProgramRunning) {
   EXPECT_TRUE(process::Program::running().isEmpty());
 }
 
-TEST(ProcessRun, StoppingEndsTheWholeGroup) {
+TEST(ProcessRun, H2_StoppingEndsTheWholeGroup) {
   QTemporaryDir folder;
   for (const bool deaf : {false, true}) {
     const std::string canary = folder.filePath(deaf ? u"deaf"_s : u"hears"_s).toStdString();

@@ -75,7 +75,7 @@ class Trust : public testing::Test {
 
 }  // namespace
 
-TEST_F(Trust, ForeignMacrosAskOnceBeforeTheirFirstProgram) {
+TEST_F(Trust, H3_ForeignMacrosAskOnceBeforeTheirFirstProgram) {
   writeRaw(path("project.ini").toStdString(), definitions().toStdString());
   read(path("project.ini"));
   EXPECT_TRUE(asks());
@@ -114,7 +114,7 @@ TEST_F(Trust, ThePlaceOfTheFileDecides) {
   setApplicationFolder(applicationBefore);
 }
 
-TEST_F(Trust, TheMarkTravelsIntoAFileOfOnesOwn) {
+TEST_F(Trust, H3_TheMarkTravelsIntoAFileOfOnesOwn) {
   const std::string foreign = path("project.ini").toStdString();
   writeRaw(foreign, definitions().toStdString());
   read(path("project.ini"));

@@ -1,4 +1,4 @@
-// T1: whatever the bytes of a file are, the way through the editor and back gives exactly these bytes.
+// T1, Q1: whatever the bytes of a file are, the way through the editor and back gives exactly these bytes.
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"

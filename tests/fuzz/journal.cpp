@@ -1,4 +1,4 @@
-// J3: whatever bytes stand where a journal should be, reading them ends well; whatever was done to a text comes back.
+// J3, Q1: whatever bytes stand where a journal should be, reading them ends well; whatever was done to a text comes back.
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"
