@@ -344,6 +344,8 @@ void frmDocument::inconsistentDate() {
   if (now.status == known->status && !fresh) return;
   const std::int64_t lookedAt = nowNs();
   now = text::stampOf(path, true);
+  const bool sameLooks = now.status.mtimeNs == known->status.mtimeNs && now.status.size == known->status.size;
+  if (now.exists && sameLooks && now.contentHash == 0) return;   // it cannot be read now; the next look may tell more
   const bool otherText = now.contentHash != known->contentHash || now.status.size != known->status.size;
   if (!now.exists || (now.status.mtimeNs == known->status.mtimeNs && !otherText)) {
     if (now.exists) {   // moved, linked, other rights: the same text of the same date

@@ -8,7 +8,8 @@
 
 namespace text {
 
-enum class PlantedFault { none, skipSync, skipFolderSync, truncateFirst, ignoreShortWrite, skipCompare, dropJournalEarly };
+enum class PlantedFault { none, skipSync, skipFolderSync, truncateFirst, ignoreShortWrite, skipCompare, dropJournalEarly,
+                          wideTemporary, switchToInPlace };
 
 namespace {
 constexpr bool planted(PlantedFault fault) {

@@ -61,7 +61,8 @@ class Replacing {
   }
 
   std::optional<SaveResult> run() {
-    const unsigned mode = target_.exists ? target_.status.mode & 0600 : target_.mode;
+    unsigned mode = target_.exists ? target_.status.mode & 0600 : target_.mode;
+    if constexpr (planted(PlantedFault::wideTemporary)) mode = 0644;
     file_ = createUnfinished(folder_, mode, &ownName_);
     if (!file_.ok()) {
       ownName_.clear();
@@ -75,7 +76,10 @@ class Replacing {
         case Carried::failed: return saveFailed(error);
       }
     }
-    if (const int r = write(); r < 0) return saveFailed(r);
+    if (const int r = write(); r < 0) {
+      if constexpr (planted(PlantedFault::switchToInPlace)) return std::nullopt;
+      return saveFailed(r);
+    }
     if (auto refused = compare()) return refused;
     if (const int r = files::sync(file_.get()); r < 0) return saveFailed(r);
     // From here on nothing may need memory without a way back. What is aside is whole now, and soon it is the old text.

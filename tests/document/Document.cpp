@@ -5,8 +5,10 @@
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 
+#include "control/Pane.h"
 #include "document/modRegistry.h"
 #include "tests/document/DocumentFixture.h"
+#include "tests/support/files/FaultyFileSystem.h"
 
 namespace {
 
@@ -132,6 +134,40 @@ TEST_F(Document, FailedSaveSaysWhyAndStaysModified) {
   EXPECT_FALSE(document->SaveDocumment(path("a.txt")));
   EXPECT_TRUE(boxes.last().text.startsWith(q("File Save Error : ")));
   EXPECT_EQ(read(path("a.txt")), "old\n");
+}
+
+// S14: a disk that takes its time, and a person who types on. Keys that were pressed meanwhile come when the save is over; what
+// changes the text while it is written (a program's output, another window) is not lost either.
+TEST_F(Document, S14_WhatIsTypedDuringASlowSaveStaysModified) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("a.v", "text\n"));
+  Pane* const pane = document->cmx->findChild<Pane*>();
+  ASSERT_TRUE(pane);
+  for (const bool meanwhile : {false, true}) {
+    SCOPED_TRACE(meanwhile);
+    document->cmx->setText(q("first\n"));
+    testing_files::FaultyFileSystem slow;
+    int syncs = 0;
+    slow.before([&](const testing_files::Call& call) {
+      if (call.name != "sync" || syncs++ > 0) return;
+      QThread::msleep(50);
+      if (meanwhile) document->cmx->InsertText(q("x"), {0, 0});
+      else QCoreApplication::postEvent(pane, new QKeyEvent(QEvent::KeyPress, Qt::Key_X, Qt::NoModifier, q("x")));
+    });
+    {
+      const testing_files::UseFileSystem use(slow);
+      EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
+    }
+    EXPECT_GT(syncs, 0);
+    EXPECT_EQ(document->DocumentModified(), meanwhile);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(document->cmx->Text(), q("xfirst\n"));
+    EXPECT_TRUE(document->DocumentModified());
+    EXPECT_EQ(read(path("a.v")), "first\n");
+    EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
+    EXPECT_EQ(read(path("a.v")), "xfirst\n");
+    EXPECT_FALSE(document->DocumentModified());
+  }
 }
 
 TEST_F(Document, WordsSelectionsAndPositions) {

@@ -4,6 +4,8 @@
 #include <fcntl.h>
 
 #include "tests/document/DocumentFixture.h"
+#include "tests/support/files/AllocationFault.h"
+#include "tests/support/files/FaultyFileSystem.h"
 
 namespace {
 
@@ -146,7 +148,157 @@ TEST_F(WatchWays, AreNoticedAtSave) {
   }
 }
 
-TEST_F(Watch, ReloadIsOneStepAndTheOldTextComesBack) {
+// What is there instead of the file decides what a save can do; the text stays and the person is told whenever it could not.
+TEST_F(WatchWays, W1_AFileThatHasGoneIsNoticedAtSave) {
+  for (const Way& way : all()) {
+    if (way.seen != Seen::gone) continue;
+    SCOPED_TRACE(way.name);
+    QDir(dir.path()).mkdir(q("sub"));
+    ScriptedDialogs boxes;
+    boxes.answerAny(Answer::ok);
+    const auto document = opened(write("sub/a.v", "old text\n"));
+    document->cmx->setText(q("mine\n"));
+    way.act(*this, document->CurrentFileName());
+    const bool replaced = QFileInfo::exists(document->CurrentFileName()), folder = QFileInfo::exists(path("sub"));
+    EXPECT_EQ(document->SaveDocumment(document->CurrentFileName()), !replaced && folder);
+    EXPECT_EQ(document->DocumentModified(), replaced || !folder);
+    EXPECT_EQ(boxes.boxes.size(), replaced || !folder ? 1u : 0u);
+    if (!boxes.boxes.empty()) {
+      EXPECT_TRUE(boxes.last().text.startsWith(q("File Save Error : "))) << boxes.last().text.toStdString();
+    }
+    EXPECT_EQ(document->cmx->Text(), q("mine\n"));
+    EXPECT_EQ(QFileInfo(document->CurrentFileName()).isFile(), !replaced && folder) << "nothing is replaced that is no file";
+    main.open.clear();
+    QFile::remove(path("sub/a.v"));
+    QDir(path("sub")).removeRecursively();
+  }
+}
+
+// A mount that goes away and comes back, and rights that are taken and given again: as the calls to the system show them.
+TEST_F(Watch, W1_MountsAndRightsThatGoAndComeBack) {
+  ScriptedDialogs boxes;
+  const auto document = opened(write("a.v", "old text\n"));
+  for (const int error : {ENOENT, EIO, ESTALE, EACCES}) {
+    SCOPED_TRACE(text::errorText(error));
+    testing_files::FaultyFileSystem away;
+    away.failUse("statAt", 1, error, true);
+    {
+      const testing_files::UseFileSystem use(away);
+      boxes.answer(Answer::ok);
+      document->inconsistentDate();
+      EXPECT_EQ(boxes.last().text, q(kGone));
+      EXPECT_TRUE(document->DocumentModified());
+    }
+    boxes.answer(Answer::yes);   // it is there again, and nobody knows what was done to it
+    document->inconsistentDate();
+    EXPECT_EQ(boxes.last().text, question());
+    EXPECT_FALSE(document->DocumentModified());
+    EXPECT_EQ(document->cmx->Text(), q("old text\n"));
+  }
+
+  const std::size_t before = boxes.boxes.size();
+  const auto noRight = [&](const std::function<void()>& act) {
+    testing_files::FaultyFileSystem forbidden;
+    forbidden.failUse("openAt", 1, EACCES, true);
+    const testing_files::UseFileSystem use(forbidden);
+    act();
+  };
+  ::chmod(document->CurrentFileName().toUtf8().constData(), 0);
+  noRight([&] { document->inconsistentDate(); });
+  EXPECT_EQ(boxes.boxes.size(), before) << "that alone is no other text";
+  document->cmx->setText(q("mine\n"));
+  boxes.answer(Answer::ok);
+  noRight([&] { EXPECT_FALSE(document->SaveDocumment(document->CurrentFileName())); });
+  EXPECT_TRUE(boxes.last().text.endsWith(q("Permission denied"))) << boxes.last().text.toStdString();
+  ::chmod(document->CurrentFileName().toUtf8().constData(), 0644);
+  document->inconsistentDate();
+  EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
+  EXPECT_EQ(read(path("a.v")), "mine\n");
+  EXPECT_EQ(boxes.boxes.size(), before + 1) << "and no question when they are back";
+}
+
+// Only the window with the focus looks. The others are asked about when they get it, and their saves ask too.
+TEST_F(Watch, W1_ADocumentBehindAnotherIsNoticedWhenItComesForward) {
+  ScriptedDialogs boxes;
+  const auto hidden = opened(write("a.v", "old\n")), shown = opened(write("b.v", "old\n"));
+  emit hidden->cmx->LostFocus();
+  emit shown->cmx->GotFocus();
+  EXPECT_FALSE(hidden->Timer1->isActive());
+  EXPECT_EQ(shown->Timer1->interval(), 4000);
+  write("a.v", "theirs\n");
+  shown->inconsistentDate();
+  EXPECT_TRUE(boxes.boxes.empty());
+  hidden->cmx->setText(q("mine\n"));
+  boxes.answer(Answer::no);
+  EXPECT_FALSE(hidden->SaveDocumment(hidden->CurrentFileName())) << "as saving all of them does";
+  EXPECT_EQ(read(path("a.v")), "theirs\n");
+  emit shown->cmx->LostFocus();
+  boxes.answer(Answer::no);
+  emit hidden->cmx->GotFocus();
+  EXPECT_EQ(boxes.last().text, question());
+  EXPECT_EQ(hidden->cmx->Text(), q("mine\n"));
+}
+
+TEST_F(Watch, W2_TwoWindowsOnOneTextAskOnceAndReloadTogether) {
+  ScriptedDialogs boxes;
+  const auto first = opened(write("a.v", "one\ntwo\n"));
+  frmDocument second(*first);
+  main.open << &second;
+  write("a.v", "theirs\n");
+  boxes.answer(Answer::no);
+  emit second.cmx->GotFocus();
+  for (frmDocument* window : {first.get(), &second}) {
+    EXPECT_EQ(window->cmx->Text(), q("one\ntwo\n"));
+    EXPECT_TRUE(window->DocumentModified());
+    window->inconsistentDate();
+  }
+  EXPECT_EQ(boxes.boxes.size(), 1u) << "one answer for both";
+  write("a.v", "");
+  boxes.answer(Answer::yes);
+  emit first->cmx->GotFocus();
+  for (frmDocument* window : {first.get(), &second}) {
+    EXPECT_EQ(window->cmx->Text(), QString());
+    EXPECT_FALSE(window->DocumentModified());
+  }
+  second.cmx->ExecuteCmd(129);
+  for (frmDocument* window : {first.get(), &second}) EXPECT_EQ(window->cmx->Text(), q("one\ntwo\n"));
+  EXPECT_TRUE(first->DocumentModified());
+  main.open.removeOne(&second);
+}
+
+// T10: reading a file again without the memory for it.
+TEST_F(Watch, T10_AReloadWithoutMemoryLeavesTheTextAndSaysWhy) {
+  const auto document = opened(write("a.v", QByteArray(100'000, 'o') + "\n"));
+  document->cmx->InsertText(q("mine "), {0, 0});
+  const QString old = document->cmx->Text();
+  write("a.v", QByteArray(300'000, 'n') + "\n");
+  int failed = 0;
+  for (long n = 1;; ++n) {
+    SCOPED_TRACE(n);
+    ScriptedDialogs boxes;
+    boxes.answerAny(Answer::ok);
+    bool loaded = false, hit = false;
+    {
+      const testing_files::AllocationFault fault(n, false, 2'000);
+      document->LoadDocument(document->CurrentFileName(), loaded);
+      hit = fault.hit();
+    }
+    EXPECT_EQ(boxes.boxes.size(), loaded ? 0u : 1u);
+    if (loaded) {
+      if (!hit) break;
+      document->cmx->ExecuteCmd(129);
+    } else {
+      ++failed;
+      EXPECT_EQ(boxes.last().text, q("File Open Error : Out of memory"));
+    }
+    ASSERT_TRUE(document->cmx->Text() == old);
+    ASSERT_TRUE(document->DocumentModified());
+  }
+  EXPECT_GT(failed, 3);
+  EXPECT_EQ(document->cmx->Text().size(), 300'001);
+}
+
+TEST_F(Watch, W2_ReloadIsOneStepAndTheOldTextComesBack) {
   ScriptedDialogs boxes;
   const auto document = opened(write("a.v", "one\ntwo\nthree\n"));
   document->cmx->InsertText(q("my "), {1, 0});

@@ -1,4 +1,4 @@
-// Q1: C2, C3: the settings file: anything is either damaged or read; what was read is kept line by line, whatever it means, and what was
+// C2, C3, Q1: the settings file: anything is either damaged or read; what was read is kept line by line, whatever it means, and what was
 // set comes back; a file of ours that was cut is damaged.
 #include "document/RegistryText.h"
 #include "tests/fuzz/Fuzz.h"

@@ -7,6 +7,8 @@
 #include <random>
 #include <set>
 
+#include "tests/support/files/CrashFileSystem.h"
+#include "tests/support/files/FaultyFileSystem.h"
 #include "text/EncodingStreams.h"
 #include "text/FileIo.h"
 
@@ -88,6 +90,53 @@ TEST(Encoding, T1_CutsOfValidTexts) {
   for (const auto& text : texts)
     for (std::size_t n = 0; n <= text.size(); ++n)
       for (std::size_t from = 0; from <= n; ++from) checkExact(text.substr(from, n - from), &random);
+}
+
+// The same through load and save: every one-byte file and every kind of two-byte file (ZELKOR_FULL=1: every one), in every
+// encoding, marked or not.
+TEST(Encoding, T1_ShortFilesInEveryEncoding) {
+  testing_files::CrashFileSystem disk(testing_files::DiskState{{"/d/file", ""}});
+  const testing_files::UseFileSystem use(disk);
+  const auto put = [&](const std::string& bytes) {
+    const int fd = disk.openAt(text::FileSystem::kCwd, "/d/file", text::kWrite, 0);
+    disk.truncate(fd, 0);
+    if (!bytes.empty()) disk.write(fd, bytes.data(), bytes.size());
+    disk.sync(fd);
+    disk.close(fd);
+  };
+  int files = 0;
+  const auto check = [&](const std::string& bytes) {
+    put(bytes);
+    for (const Encoding encoding : text::encodings()) {
+      for (const bool bom : {false, true}) {
+        text::LoadOptions options;
+        options.format = FileFormat{encoding, bom};
+        const auto loaded = text::loadFile("/d/file", options);
+        if (!loaded.error.empty()) continue;   // the format does not take these bytes; checkExact says which may refuse
+        ASSERT_TRUE(text::saveFile("/d/file", loaded.text, {loaded.format, loaded.stamp}).ok()) << hex(bytes) << text::name(encoding);
+        ASSERT_TRUE(disk.now().at("/d/file") == bytes) << hex(bytes) << text::name(encoding);
+        ++files;
+      }
+    }
+    const auto loaded = text::loadFile("/d/file");
+    ASSERT_EQ(loaded.error, "");
+    ASSERT_TRUE(text::saveFile("/d/file", loaded.text, {loaded.format, loaded.stamp}).ok());
+    ASSERT_TRUE(disk.now().at("/d/file") == bytes) << hex(bytes);
+    ++files;
+  };
+  using namespace std::string_literals;
+  for (const std::string& mark : {""s, "\xef\xbb\xbf"s, "\xff\xfe"s, "\xfe\xff"s}) check(mark);
+  std::string second = "\0\x09\n\rA\x7f\x80\x81\x9f\xa0\xbb\xbf\xc2\xd8\xdc\xdf\xed\xf4\xfe\xff"s;
+  if (std::getenv("ZELKOR_FULL")) {
+    second.clear();
+    for (int b = 0; b < 256; ++b) second += static_cast<char>(b);
+  }
+  for (int a = 0; a < 256 && !HasFatalFailure(); ++a) {
+    check(std::string(1, static_cast<char>(a)));
+    for (const char b : second) check({static_cast<char>(a), b});
+  }
+  std::printf("%d loads and saves\n", files);
+  EXPECT_GT(files, 20'000);
 }
 
 TEST(Encoding, T1_RandomBytes) {

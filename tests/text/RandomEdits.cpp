@@ -80,19 +80,21 @@ struct Shape {
   TreeShape sizes;
   LineMode mode;
   std::int64_t textSize;   // about which the text's size wavers
+  std::size_t steps = 60, bytes = SIZE_MAX;   // limits of undo
 };
 
 class Trial {
  public:
   Trial(const Shape& shape, test::Random& random) : shape_(shape), random_(random) {
     document_.reset(build(now_.text));
-    document_.setUndoLimit(stepLimit, SIZE_MAX);
+    document_.setUndoLimit(shape_.steps, shape_.bytes);
     handle_ = document_.subscribe([this](const Change& change) {
       heard_.push_back(change);
     });
   }
 
   void step() {
+    learnWhatWasDropped();
     const auto before = now_;
     heard_.clear();
     std::size_t expected = 0;   // notifications
@@ -121,6 +123,7 @@ class Trial {
     compareText(document_.snapshot(), now_.text, random_);
     for (const auto& mark : marks_) ASSERT_EQ(document_.markAt(mark.id).value, mark.at);
     ASSERT_EQ(document_.modified(), now_.state != saved_);
+    learnWhatWasDropped();
     ASSERT_EQ(document_.canUndo(), groupDepth_ == 0 && !done_.empty());
     ASSERT_EQ(document_.canRedo(), groupDepth_ == 0 && !undone_.empty());
     ASSERT_EQ(document_.undoWasDropped(), dropped_);
@@ -131,7 +134,6 @@ class Trial {
   }
 
  private:
-  static constexpr std::size_t stepLimit = 60;
   struct State {
     std::string text;
     int state = 0;
@@ -152,10 +154,19 @@ class Trial {
   void recordStep(State before) {
     undone_.clear();
     done_.push_back(std::move(before));
-    if (done_.size() > stepLimit) {
+    if (done_.size() > shape_.steps) {
       done_.pop_front();
       dropped_ = true;
     }
+  }
+  // How many steps a limit of bytes leaves is the document's affair; that those below are gone whole is not.
+  void learnWhatWasDropped() {
+    if (shape_.bytes == SIZE_MAX) return;
+    ASSERT_TRUE(document_.undoWasDropped() || !dropped_);
+    dropped_ = document_.undoWasDropped();
+    if (groupDepth_ > 0 || document_.canUndo() || done_.empty()) return;
+    ASSERT_TRUE(dropped_);
+    done_.clear();
   }
 
   // The text has become another one, by a step of its own or one that joined the last.
@@ -324,7 +335,12 @@ INSTANTIATE_TEST_SUITE_P(Shapes, RandomEdits, testing::Values(
     Shape{"one_byte_pieces", {4, 1, 8, 3, 0}, LineMode::lf, 40},
     Shape{"tiny_nodes", {4, 7, 16, 4, 5}, LineMode::lf, 600},
     Shape{"tiny_nodes_cr", {6, 5, 64, 6}, LineMode::cr, 300},
-    Shape{"usual", {}, LineMode::lf, 400}),
+    Shape{"usual", {}, LineMode::lf, 400},
+    Shape{"no_undo", {4, 7, 16, 4}, LineMode::lf, 60, 0},
+    Shape{"one_undo_step", {4, 7, 16, 4}, LineMode::lf, 60, 1},
+    Shape{"three_undo_steps", {4, 1, 8, 3}, LineMode::cr, 60, 3},
+    Shape{"undo_of_few_bytes", {4, 7, 16, 4}, LineMode::lf, 200, SIZE_MAX, 1500},
+    Shape{"undo_of_no_bytes", {4, 7, 16, 4}, LineMode::lf, 200, 1000, 1}),
     [](const auto& shape) { return std::string(shape.param.name); });
 
 }  // namespace
