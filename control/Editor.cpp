@@ -1,6 +1,7 @@
 #include "control/Editor.h"
 
 #include <QClipboard>
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <algorithm>
 #include <tuple>
@@ -327,6 +328,8 @@ bool EditorAccess::travel(Editor& e, std::optional<SelectionState> (Document::*s
   if (!selection) return false;
   e.selection_ = old;
   place(e, *selection);
+  if (step == &Document::undo && !e.document().canUndo() && e.document().undoWasDropped())
+    e.host().note(QCoreApplication::translate("Editor", "Earlier changes cannot be undone: undo has a limit"));
   return true;
 }
 

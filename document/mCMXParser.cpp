@@ -271,6 +271,15 @@ Outcome runLines(RunState& run, const QString& commands) {
   return outcome;
 }
 
+// Makes a run the current one, until it ends in whatever way.
+class Current {
+ public:
+  explicit Current(RunState& run) { current = &run; }
+  ~Current() { current = nullptr; }
+  Current(const Current&) = delete;
+  Current& operator=(const Current&) = delete;
+};
+
 }  // namespace
 
 QString InvalidCommandText(const QString& line) { return tr("Invalid Command : %1").arg(line); }
@@ -281,7 +290,7 @@ Outcome Run(int language, int macro, const QString& commands) {
   if (current || !document) return {Ending::refused, 0, {}};
 
   RunState run;
-  current = &run;
+  std::optional<Current> mine(run);
   answers.clear();
   run.document = document;
   if (macro > 0 && language > 0 && language <= languages().Languages()->Count()) run.macroOf = languages().Languages()->Item(language);
@@ -305,7 +314,7 @@ Outcome Run(int language, int macro, const QString& commands) {
   if (outcome.ending == Ending::stopped) SetStatusText(tr("The command string was stopped"));
   run.busy.reset();
   answers.clear();
-  current = nullptr;
+  mine.reset();
   if (outcome.ending == Ending::done && run.showLog && frame()) frame()->showLog();
   return outcome;
 }
@@ -325,9 +334,9 @@ bool ExecuteStatement(const QString& line) {
   if (current) return execute(*current, line);
   RunState single;
   single.document = activeDocument();
-  current = &single;
+  std::optional<Current> mine(single);
   const bool good = execute(single, line);
-  current = nullptr;
+  mine.reset();
   if (single.showLog && frame()) frame()->showLog();
   return good;
 }

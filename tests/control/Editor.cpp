@@ -44,6 +44,19 @@ TEST(Editor, RangesAreClippedAndReadBack) {
 
 struct TypeCase { const char *name, *before, *typed, *after; bool overtype = false, expand = false; };
 
+TEST(Editor, T7_TheEndOfALimitedUndoIsSaid) {
+  EditorFixture t("|");
+  t.model->document().setUndoLimit(2, SIZE_MAX);
+  for (const char* text : {"a", "b", "c"}) t.editor.replaceSelection(QString::fromLatin1(text));
+  EXPECT_TRUE(t.editor.undo());
+  EXPECT_TRUE(t.host.notes.isEmpty());
+  EXPECT_TRUE(t.editor.undo());
+  EXPECT_EQ(t.shown(), "a|");
+  ASSERT_EQ(t.host.notes.size(), 1);
+  EXPECT_TRUE(t.host.notes[0].startsWith(QStringLiteral("Earlier changes cannot be undone")));
+  EXPECT_FALSE(t.editor.undo());
+}
+
 TEST(EditorTyping, PutsTextWhereItBelongs) {
   for (const TypeCase& c : std::vector<TypeCase>{
            {"plain", "a|b", "x", "ax|b"},
