@@ -53,11 +53,11 @@ prepare() {  # builds the folder of one case
   [ ! -e "$target" ] || chmod 640 "$target"
 }
 
-is_new() {
+is_new() {  # FILE
   if [ "$kind" = pdf ]; then   # it holds the time of its making
-    [ "$(head -c 5 "$target")" = %PDF- ] && [ "$(tail -c 6 "$target")" = %%EOF ] && [ "$(stat -c %s "$target")" -eq "$(stat -c %s "$work/new.pdf")" ]
+    [ "$(head -c 5 "$1")" = %PDF- ] && [ "$(tail -c 6 "$1")" = %%EOF ] && [ "$(stat -c %s "$1")" -eq "$(stat -c %s "$work/new.pdf")" ]
   else
-    cmp -s "$target" "$work/new"
+    cmp -s "$1" "$work/new"
   fi
 }
 
@@ -66,7 +66,7 @@ old_or_new() {
     [ "$kind" = new ]; return
   fi
   [ ! -e "$target.bak" ] || cmp -s "$target.bak" "$work/old" || return 1
-  is_new && return 0
+  is_new "$target" && return 0
   [ "$kind" != new ] && cmp -s "$target" "$work/old" && return 0
   [ "$kind" = hardlink ] || return 1
   local copy
@@ -91,7 +91,7 @@ sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
   prepare
   strace -o "$work/trace" "${save[@]}" "$target" "$work/new" > "$work/out" || fail "$name: the save alone: $(cat "$work/out")"
   [ "$kind" != pdf ] || cp "$target" "$work/new.pdf"
-  is_new || fail "$name: not saved"
+  is_new "$target" || fail "$name: not saved"
   ! sed -n '/the-save-begins-here/,/the-save-ends-here/p' "$work/trace" | grep -q O_TRUNC || fail "$name: opens with truncation"
   sed -n 's/^\([a-z0-9_]*\)(\(.*\)/\1 \2/p' "$work/trace" | list_calls > "$work/calls"
   [ "$(wc -l < "$work/calls")" -ge 8 ] || fail "$name: too few calls: $(cat "$work/calls")"
@@ -107,7 +107,7 @@ sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
       strays=$((strays + 1))
       case $stray in
         *zelkor-recovery-*)   # offered, so it must be a whole text
-          cmp -s "$stray" "$work/old" || cmp -s "$stray" "$work/new" || fail "$name: $stray is not whole after $call $nth" ;;
+          cmp -s "$stray" "$work/old" || is_new "$stray" || fail "$name: $stray is not whole after $call $nth" ;;
         *) touch -d '1 hour ago' "$stray" ;;
       esac
       mode=$(stat -c %a "$stray")
@@ -115,7 +115,7 @@ sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
     done
     # What the kill left behind is in nobody's way.
     "${save[@]}" "$target" "$work/new" > /dev/null || fail "$name: no save after a kill at $call $nth"
-    is_new || fail "$name: not saved after a kill at $call $nth"
+    is_new "$target" || fail "$name: not saved after a kill at $call $nth"
     # Whoever opens the file next is offered each copy, and takes what is unfinished away.
     "$probe" "$target" > "$work/out" || fail "$name: no look after a kill at $call $nth"
     stray=$(find "$work/d" -name '.zelkor-*' -o -name '.*.zelkor-recovery-*' | wc -l)
