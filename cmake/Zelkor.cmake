@@ -57,6 +57,10 @@ function(zelkor_floor name)
   endif()
 endfunction()
 
+# For every test under sanitizers. The tool kit's own library frees in its file dialogs what it took in another way; faults of
+# that kind in our code are the compiler's to find.
+set(ZELKOR_SANITIZER_ENVIRONMENT "ASAN_OPTIONS=alloc_dealloc_mismatch=0;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/leaks.txt:print_suppressions=0")
+
 # zelkor_test(FOLDER LIBS ...): one test program of every .cpp in tests/FOLDER, one CTest entry for each
 # file: the entry runs the suites whose names begin with the file's name (Foo.cpp: TEST(Foo, ...), TEST(FooBar, ...)).
 # Programs above the engine get tests/support/main.cpp, which makes the QApplication.
@@ -72,9 +76,6 @@ function(zelkor_test folder)
   set(target test_${folder})
   add_executable(${target} ${sources})
   target_link_libraries(${target} PRIVATE ${T_LIBS} zelkor_settings GTest::gtest GTest::gmock)
-  # The tool kit's own library frees in its file dialogs what it took in another way; faults of that kind in our code
-  # are the compiler's to find.
-  set(sanitizer_options "ASAN_OPTIONS=alloc_dealloc_mismatch=0")
   foreach(source ${sources})
     get_filename_component(suite ${source} NAME_WE)
     if(suite STREQUAL "main")
@@ -82,7 +83,7 @@ function(zelkor_test folder)
     endif()
     add_test(NAME ${folder}.${suite} COMMAND ${target} --gtest_filter=${suite}*.*:*/${suite}*.*)
     set_tests_properties(${folder}.${suite} PROPERTIES TIMEOUT 120 LABELS ${folder}
-      ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ZELKOR_SOURCE=${CMAKE_SOURCE_DIR};ZELKOR_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};${sanitizer_options}"
+      ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ZELKOR_SOURCE=${CMAKE_SOURCE_DIR};ZELKOR_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};${ZELKOR_SANITIZER_ENVIRONMENT}"
       FAIL_REGULAR_EXPRESSION "Running 0 tests")
   endforeach()
 endfunction()

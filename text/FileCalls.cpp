@@ -1,8 +1,14 @@
 #include "text/FileCalls.h"
 
+#ifdef __linux__
+#include <time.h>
+#endif
+
 #include <cerrno>
+#include <chrono>
 #include <memory>
 #include <random>
+#include <thread>
 
 #include "text/ContentHash.h"
 #include "text/PlantedFaults.h"
@@ -20,6 +26,26 @@ Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
 }
 
 int Descriptor::close() { return fd_ < 0 ? 0 : fileSystem().close(std::exchange(fd_, -1)); }
+
+static std::int64_t fileClockNs() {
+#ifdef __linux__
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+  return std::int64_t(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
+#else
+  using namespace std::chrono;
+  return duration_cast<nanoseconds>((system_clock::now() - milliseconds(16)).time_since_epoch()).count();
+#endif
+}
+
+void leaveTickOf(const FileStatus& status) {
+  // A time that lies further ahead is of another clock: there is nothing to wait for.
+  for (int tries = 0; tries < 40; ++tries) {
+    const std::int64_t now = fileClockNs();
+    if (now > status.ctimeNs || status.ctimeNs - now > 20'000'000) return;
+    std::this_thread::sleep_for(std::chrono::microseconds(500));
+  }
+}
 
 template <class Call>
 static auto repeated(Call call) {

@@ -35,6 +35,10 @@ int sync(int fd);
 // The same for a folder; systems that cannot sync one answer 0.
 int syncFolder(int fd);
 
+// Two changes within one tick of the clock that dates files leave the same times. Waits, some milliseconds at most, until that
+// clock has left the tick of this status: then whoever changes the file afterwards changes its status too.
+void leaveTickOf(const FileStatus& status);
+
 // Hashes from the present position to the end (see ContentHash.h).
 int hashContent(int fd, std::uint64_t* hash);
 

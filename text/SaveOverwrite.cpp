@@ -25,6 +25,7 @@ class Overwriting {
     FileStatus before;
     if (const int r = fs.statFd(file_.get(), &before); r < 0) return saveFailed(r);
     if (before.device != target_.status.device || before.inode != target_.status.inode) return saveRefusedAsChanged();
+    files::leaveTickOf(before);
     if constexpr (planted(PlantedFault::truncateFirst)) fs.truncate(file_.get(), 0);
 
     std::uint64_t oldHash = 0;

@@ -117,6 +117,7 @@ class Replacing {
   std::optional<SaveResult> compare() {
     if (!compares()) return std::nullopt;
     if (const int r = fileSystem().statFd(target_.file.get(), &seen_); r < 0) return saveFailed(r);
+    files::leaveTickOf(seen_);
     return compareContent();
   }
 

@@ -20,6 +20,7 @@
 #include "tests/support/files/FaultyFileSystem.h"
 #include "tests/support/files/SmallDisk.h"
 #include "tests/support/files/TempFolder.h"
+#include "text/FileCalls.h"
 #include "text/JournalRead.h"
 
 using namespace testing_files;
@@ -548,6 +549,7 @@ TEST(Journal, ALargeTextIsWrittenOnlyWhenItsFileIsChangedByOthers) {
     return onlyOne(copy);
   };
   EXPECT_EQ(bytesOf(recovered().text), base + "1");
+  files::leaveTickOf(stampOf(file, false).status);
   writeRaw(file, std::string(100'000, 'y'));
   EXPECT_NE(recovered().error, "");
   desk.pass(5000);
