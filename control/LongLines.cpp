@@ -6,7 +6,6 @@
 namespace {
 constexpr std::int64_t kStep = 4 * 1024;        // bytes between two places
 constexpr std::int64_t kRead = 256 * 1024;      // bytes copied at a time
-constexpr std::size_t kEntries = 64;            // lines remembered
 }  // namespace
 
 void LongLines::extend(Places& places, const text::Snapshot& text, text::LineNo line, std::int64_t byte, double x,
