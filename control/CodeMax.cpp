@@ -77,11 +77,7 @@ void CodeMax::setUp(std::shared_ptr<TextModel> model) {
 
   // The measures of long lines are the panes' common ground: they hear of a change first.
   connect(state.model.get(), &TextModel::changed, this, [this](const text::Change& change) {
-    try {
-      impl_->state.longLines.onChange(change, impl_->state.model->snapshot());
-    } catch (const std::bad_alloc&) {
-      impl_->state.longLines.clear();
-    }
+    impl_->state.longLines.onChange(change, impl_->state.model->snapshot());
     for (Pane* pane : impl_->grid->panes()) pane->modelChanged(change);
   });
   connect(state.model.get(), &TextModel::appearanceChanged, this, [this] { impl_->repaint(); });
@@ -140,12 +136,9 @@ QString CodeMax::OpenFile(const QString& path) {
   text::LoadedFile loaded = text::loadFile(fromQString(path));
   if (!loaded.error.empty()) return toQString(loaded.error);
   TextModel& model = *impl_->state.model;
-  const bool wasReadOnly = model.document().readOnly();
-  model.document().setReadOnly(false);
   model.stamp = std::move(loaded.stamp);
   model.path = path;
   model.replaceAll(std::move(loaded.text), loaded.format);
-  model.document().setReadOnly(wasReadOnly);
   return {};
 }
 

@@ -32,36 +32,30 @@ class LinePlaces {
   // A place was found by looking at up to `ahead` bytes behind it.
   void onChange(const Change& change, const Snapshot& now, std::int64_t ahead) {
     if (change.reset) clear();
-    if (lines_.empty()) return;
-    std::vector<Entry> kept;
     for (Entry& e : lines_) {
       std::int64_t shift = 0;      // new line - old line behind the spans before
-      bool gone = false;
       for (const auto& span : change.spans) {
         const std::int64_t oldFirst = span.firstLine.value - shift;
         if (e.line < oldFirst) break;
-        if (e.line == oldFirst) {
+        if (e.line == oldFirst) {   // its beginning stays; what follows may stand on another line now
           const std::int64_t safe = span.begin - now.lineStart(span.firstLine) - ahead;
           while (e.places.size() > 1 && e.places.back().byte > safe) e.places.pop_back();
-        } else if (e.line <= oldFirst + span.linesRemoved) {
-          gone = true;
+          break;
+        }
+        if (e.line <= oldFirst + span.linesRemoved) {
+          e.line = shift = kGone;
           break;
         }
         shift += span.linesInserted - span.linesRemoved;
-        if (e.line == oldFirst) {   // the rest of the line may stand on another one now
-          shift = 0;
-          break;
-        }
       }
-      if (gone) continue;
       e.line += shift;
-      kept.push_back(std::move(e));
     }
-    lines_ = std::move(kept);
+    std::erase_if(lines_, [](const Entry& e) { return e.line < 0; });
   }
 
  private:
   static constexpr std::size_t kEntries = 256;
+  static constexpr std::int64_t kGone = -1;
   struct Entry {
     std::int64_t line;
     Places places;

@@ -102,11 +102,12 @@ TEST(LineLayoutLongLines, PlacesEqualThoseOfTheWholeLine) {
     std::string line;
     while (line.size() < 60000) line += pieces[random() % pieces.size()];
     TextModel model;
-    model.replaceAll(text::Snapshot("short\n" + line + "\nend"), {});
+    model.replaceAll(text::Snapshot("short\n" + line + "\n" + line + "\nend"), {});
     LongLines lines;
     QObject::connect(&model, &TextModel::changed, &model, [&](const text::Change& change) { lines.onChange(change, model.snapshot()); });
-    LineNo number(1);
-    for (int round = 0; round < 25; ++round) {
+    std::int64_t first = 1;   // of two
+    for (int round = 0; round < 50; ++round) {
+      const LineNo number(first + round % 2);
       const std::string now = model.snapshot().line(number);
       const LineLayout whole = layOut(now, metrics);
       for (int probe = 0; probe < 10; ++probe) {
@@ -123,11 +124,13 @@ TEST(LineLayoutLongLines, PlacesEqualThoseOfTheWholeLine) {
       const ByteOffset start = model.snapshot().lineStart(number);
       const auto& at = whole.items()[random() % whole.items().size()];
       const ByteOffset place = start + at.byte;
-      switch (random() % 4) {
-        case 0: model.document().apply(text::Edit{{place, place + at.bytes}, pieces[random() % pieces.size()]}, {}); break;
-        case 1: model.document().apply(text::Edit{{ByteOffset(0), ByteOffset(0)}, "new\n"}, {}); ++number; break;
+      const std::vector<text::Edit> edits{{{ByteOffset(0), ByteOffset(0)}, "new\n"}, {{place, place + at.bytes}, pieces[random() % pieces.size()]}};
+      switch (random() % 5) {
+        case 0: model.document().apply(edits[1], {}); break;
+        case 1: model.document().apply(edits[0], {}); ++first; break;
         case 2: model.document().apply(text::Edit{{start, start}, "\xCC\x81"}, {}); break;
         case 3: model.document().apply(text::Edit{{model.snapshot().size(), model.snapshot().size()}, "\nmore"}, {}); break;
+        case 4: model.document().apply(edits, {}); ++first; break;
       }
     }
   }
