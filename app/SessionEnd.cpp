@@ -8,6 +8,7 @@
 
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
+#include "control/LongWork.h"
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
 
@@ -77,6 +78,7 @@ void SessionEnd::endWanted() {
 
 // Also runs while the question is up that a call further out asks: what could not be written then may be written by now.
 void SessionEnd::tryToEnd(int patienceMs) {
+  if (LongWork::cancelRunning()) return;   // the command that waits for it has to return before its text may go
   if (frame_.endFromOutside(patienceMs) || !isDialogUp()) again_.stop();
 }
 

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QProgressDialog>
+#include <QScopedValueRollback>
 #include <QTimer>
 #include <algorithm>
 #include <future>
@@ -11,6 +12,12 @@
 
 namespace {
 constexpr int kLookPeriod = 50;   // milliseconds
+QEventLoop* waiting = nullptr;    // for the work that shows how far it is
+}
+
+bool LongWork::cancelRunning() {
+  if (waiting) waiting->quit();
+  return waiting != nullptr;
 }
 
 void LongWork::run(QWidget& window, std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) {
@@ -27,17 +34,17 @@ void LongWork::run(QWidget& window, std::int64_t bytes, const std::function<void
     progress.setAutoClose(false);
     progress.setAutoReset(false);
     QEventLoop loop;
+    const QScopedValueRollback current(waiting, &loop);
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, &loop, [&] {
       progress.setValue(static_cast<int>(std::clamp<std::int64_t>(control.bytesDone * 100 / std::max<std::int64_t>(1, bytes), 0, 99)));
       if (ready(std::chrono::milliseconds(0))) loop.quit();
     });
-    QObject::connect(&progress, &QProgressDialog::canceled, &loop, [&] { control.cancel = true; });
+    QObject::connect(&progress, &QProgressDialog::canceled, &loop, &QEventLoop::quit);
     timer.start(kLookPeriod);
     progress.show();
-    // Signals that end the program and other copies' messages come by sockets: the text must not go away under the command.
-    loop.exec(QEventLoop::ExcludeSocketNotifiers);
-    control.cancel = true;
+    loop.exec();
+    control.cancel = true;   // cancelled, the dialog is gone: no key may come in until the work has noticed
   }
   done.get();
 }

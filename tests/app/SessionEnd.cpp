@@ -1,6 +1,10 @@
 // J7: the end of the desktop's session, and closing that was agreed to before it happens.
 #include "app/SessionEnd.h"
 
+#include <QTest>
+#include <thread>
+
+#include "control/LongWork.h"
 #include "document/Recovery.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"
@@ -89,6 +93,19 @@ TEST_F(SessionEndRun, OnlyWhatNoJournalHoldsIsAskedAbout) {
   EXPECT_TRUE(main->endFromOutside());
   EXPECT_EQ(boxes.boxes.size(), 2u);
   EXPECT_EQ(journals(), 2);
+}
+
+TEST_F(SessionEndRun, ASearchUnderWayReturnsBeforeItsTextGoes) {
+  open("one.v");
+  bool ended = false;
+  QObject::connect(main.get(), &frmMain::ended, [&] { ended = true; });
+  QTimer::singleShot(0, &end, [this] { end.endWanted(); });
+  LongWork::run(*main, LongWork::limit, [&](text::SearchControl& search) {
+    for (int step = 0; !search.cancel && step < 5000; ++step) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  });
+  EXPECT_EQ(main->documents().size(), 1);
+  EXPECT_FALSE(ended);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return ended; }, 60'000));
 }
 
 TEST_F(SessionEndRun, TwoWindowsOnOneTextAskOnce) {

@@ -34,9 +34,10 @@ TEST_F(LongWorkTest, IsDoneHereOrOnAThreadAndCanBeCancelled) {
 
   LongWork::moment = std::chrono::milliseconds(1);
   bool shown = false, cancelled = false;
-  int steps = 0;
+  int steps = 0, looks = 0;
   QTimer look;
   QObject::connect(&look, &QTimer::timeout, &look, [&] {
+    if (shown) ++looks;
     auto* dialog = control.window()->findChild<QProgressDialog*>();
     if (!dialog || dialog->value() < 30) return;
     shown = isDialogUp() && dialog->isModal();
@@ -48,8 +49,10 @@ TEST_F(LongWorkTest, IsDoneHereOrOnAThreadAndCanBeCancelled) {
       progress.bytesDone = LongWork::limit / 2;
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));   // time for a key, if the window took one
   });
   EXPECT_TRUE(shown && cancelled) << steps;
+  EXPECT_EQ(looks, 0) << "nothing goes on between cancel and the end";
   EXPECT_FALSE(isDialogUp());
   EXPECT_THROW(LongWork::run(control, LongWork::limit, [](text::SearchControl&) { throw std::bad_alloc(); }), std::bad_alloc);
 }
