@@ -6,7 +6,6 @@
 #include <QStringList>
 #include <QTimer>
 
-class frmDocument;
 class frmMain;
 
 class LeftoverLook : public QObject {

@@ -318,13 +318,13 @@ bool frmMain::endFromOutside(int patienceMs) {
   if (unloaded_) return true;
   if (RecoverySession* session = RecoverySession::current()) session->holdAll(patienceMs);
   bool ask = definitions_ && definitions_->isVisible() && definitions_->isChanged();
-  for (frmDocument* document : documents())
-    if (!document->leaveInJournal() && document->cmx->Modified() && !document->hasAgreedToClose()) ask = true;
-  if (ask && isDialogUp()) {
+  for (const frmDocument* document : documents()) ask = ask || !document->mayEnd();
+  if (ask && isDialogUp()) return false;
+  for (frmDocument* document : documents()) document->leaveInJournal();
+  if (ask && !(closeDefinitions() && agreeToEnd())) {
     for (frmDocument* document : documents()) document->withdrawClose();
     return false;
   }
-  if (ask && (!closeDefinitions() || !agreeToEnd())) return false;
   unload();
   return true;
 }

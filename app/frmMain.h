@@ -53,7 +53,8 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void MDIForm_OLEDragDrop(const QStringList& files);
   // Opens a file and puts the caret there; line and column from 1, 0 leaves it at the start. Null: not opened.
   frmDocument* openAt(const QString& name, qint64 line, qint64 column);
-  // Takes a file of ours in as a new document without a name and removes the file. Null: it could not be read.
+  // Takes piped-in text (StandardInput.h) in as a new document without a name; its file goes once the journal has the text.
+  // Null: it could not be read.
   frmDocument* takeIn(const QString& path);
   // A text that came back, as a modified document under the name of its file; an unmodified document on that file takes it as
   // one undo step. Null: the person has been told.

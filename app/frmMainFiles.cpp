@@ -6,9 +6,9 @@
 #include <QMenu>
 #include <new>
 
+#include "app/StandardInput.h"
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
-#include "base/Program.h"
 #include "base/Strings.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
@@ -127,7 +127,7 @@ frmDocument* frmMain::openAt(const QString& path, qint64 line, qint64 column) {
 
 frmDocument* frmMain::takeIn(const QString& path) {
   // Only what a copy of the program left for this is removed.
-  if (!path.startsWith(userStateFolder() + QStringLiteral("/input-")) || path.contains(QLatin1String("/../"))) {
+  if (!isSpooledInput(path)) {
     MsgBox(tr("File Open Error : ") + plainForDisplay(path));
     return nullptr;
   }
@@ -141,8 +141,8 @@ frmDocument* frmMain::takeIn(const QString& path) {
   document->cmx->setModified(true);   // it is nowhere else
   ++DocCount;
   document->setUntitled(tr("Untitled ") + QString::number(DocCount), QDir::currentPath());
-  document->holdInJournal();   // before the file goes
-  text::fileSystem().unlinkAt(text::FileSystem::kCwd, fromQString(path), false);
+  // The file goes once the journal has the text.
+  if (document->holdInJournal()) text::fileSystem().unlinkAt(text::FileSystem::kCwd, fromQString(path), false);
   frmDocument* shown = document.release();
   adopt(shown);
   SetupMenus();

@@ -16,6 +16,7 @@
 #include "app/LeftoverLook.h"
 #include "app/PrintArguments.h"
 #include "app/SessionEnd.h"
+#include "app/StandardInput.h"
 #include "app/frmMain.h"
 #include "app/frmRecovered.h"
 #include "base/Dialogs.h"
@@ -82,26 +83,6 @@ void writeSettings() {
   CMXRegistry::saveHotKeys();
   CMXRegistry::saveMacros();
   if (Flush() != 0) std::fprintf(stderr, "zelkor: %s\n", qPrintable(QCoreApplication::translate("mGlobals", "the settings could not be saved")));
-}
-
-// Standard input as a file of ours that whoever opens it takes in and removes. Empty: *error says why.
-QString spoolStandardInput(const QString& folder, QString* error) {
-  std::string bytes;
-  char block[65536];
-  for (;;) {
-    const std::int64_t got = text::fileSystem().read(0, block, sizeof block);
-    if (got == -EINTR) continue;
-    if (got < 0) {
-      *error = toQString(text::errorText(int(got)));
-      return {};
-    }
-    if (got == 0) break;
-    bytes.append(block, std::size_t(got));
-  }
-  const QString path = folder + QStringLiteral("/input-%1").arg(QCoreApplication::applicationPid());
-  const text::SaveResult saved = text::saveBytes(fromQString(path), bytes, 0600);
-  *error = toQString(saved.error);
-  return saved.ok() ? path : QString();
 }
 
 int complain(const QString& text, int status) {
@@ -192,14 +173,16 @@ void openHandbook(QWidget& beside) {
 void openLanguageHelp(const frmDocument* about) {
   QString file = languages().GetHelp();
   if (file.isEmpty()) return;
-  const bool page = file.endsWith(QLatin1String(".html")) || file.endsWith(QLatin1String(".htm"));
+  const bool isFile = QFileInfo::exists(file);
+  const QString path = isFile ? file : QUrl(file).path();   // what stands behind "?" or "#" names no page
+  const bool page = path.endsWith(QLatin1String(".html")) || path.endsWith(QLatin1String(".htm"));
   const QString word = about ? about->GetCurrentWord() : QString();
   // The desktop may start what lies behind a local name; a page is only shown.
   const QString scheme = QUrl(file).scheme();
   if (!page && scheme != QLatin1String("http") && scheme != QLatin1String("https") &&
       !trust::may(trust::Deed::start, file, *languages().Language(), languages()))
     return;
-  QUrl url = QFileInfo::exists(file) ? QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath()) : QUrl(file);
+  QUrl url = isFile ? QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath()) : QUrl(file);
   if (page && !word.isEmpty()) url.setFragment(word);
   if (!dialogs().openUrl(url.hasFragment() ? url.toString(QUrl::FullyEncoded) : file))
     MsgBox(QCoreApplication::translate("mGlobals", "The help file cannot be shown: %1").arg(file));
@@ -235,11 +218,10 @@ display:
   if (arguments.batch) return runBatch(words);
   if (arguments.printPdf) return runPrintPdf(words);
 
-  QString spooled;
+  StandardInput input;   // its lock lasts until the end
   if (arguments.standardInput) {
-    QString error;
-    spooled = spoolStandardInput(userStateFolder(), &error);
-    if (spooled.isEmpty()) return complain(QStringLiteral("standard input: ") + error, 2);
+    input = spoolStandardInput();
+    if (input.path.isEmpty()) return complain(QStringLiteral("standard input: ") + input.error, 2);
   }
 
   RecoverySession recovery;   // outlives the documents
@@ -250,13 +232,13 @@ display:
     instance.resign();
     QCoreApplication::exit(0);
   });
-  const QList<HandOff> lines = commandLinesOf(arguments, spooled);
+  const QList<HandOff> lines = commandLinesOf(arguments, input.path);
   const Instance::Role role = instance.CheckPrevInst(lines, arguments.newInstance, arguments.wait);
   if (role != Instance::Role::first) {
     readWhatTheEndWrites();
     main.MDIForm_Unload();
-    if (role == Instance::Role::failed && !spooled.isEmpty())
-      complain(QCoreApplication::translate("mGlobals", "what came from standard input was kept in %1").arg(spooled), 1);
+    if (role == Instance::Role::failed && !input.path.isEmpty())
+      complain(QCoreApplication::translate("mGlobals", "what came from standard input was kept in %1").arg(input.path), 1);
     return role == Instance::Role::handedOver ? 0 : 1;
   }
   loadSettings(main);
@@ -276,6 +258,7 @@ display:
   recovery.onFailure([&main](const QString& reason) { main.showJournalWarning(reason); });
   LeftoverLook leftovers(main);
   QTimer::singleShot(0, &main, [&] {
+    takeInLeftInput(main);
     frmRecovered::offer(main, recovery.folder());
     text::lookForLeftovers(fromQString(userConfigFolder()), false);   // of settings and definitions
   });

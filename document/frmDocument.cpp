@@ -25,6 +25,7 @@ struct frmDocument::Shared {
   QString name, title, folder;
   bool hasName = false;
   bool modified = false;
+  bool leftInJournal = false;      // closing keeps the journal
   bool protectedFile = false, guarded = false;   // its file, and the text because of that
   int language = 0;
   QString lineComment, blockStart, blockEnd;
@@ -304,10 +305,11 @@ bool frmDocument::SaveDocumment(const QString& path) {
 
 bool frmDocument::holdInJournal() { return shared_->recovery && shared_->recovery->holdNow(); }
 
-bool frmDocument::leaveInJournal() {
-  leftInJournal_ = cmx->Modified() && !hasAgreedToClose() && shared_->recovery && shared_->recovery->holds();
-  return leftInJournal_;
+bool frmDocument::mayEnd() const {
+  return !cmx->Modified() || allAgreed() || (shared_->recovery && shared_->recovery->holds());
 }
+
+void frmDocument::leaveInJournal() { shared_->leftInJournal = mayEnd() && cmx->Modified() && !allAgreed(); }
 
 bool frmDocument::CancelSaveFile() {
   if (!cmx->Modified()) return false;
@@ -478,12 +480,18 @@ bool frmDocument::hasAgreedToClose() const {
   return closeAsked_ && (!cmx->Modified() || closeAskedAt_ == cmx->model()->document().revision());
 }
 
+bool frmDocument::allAgreed(const frmDocument* but) const {
+  return std::ranges::all_of(shared_->windows, [but](const frmDocument* window) {
+    return window == but || window->closed_ || window->hasAgreedToClose();
+  });
+}
+
+void frmDocument::withdrawClose() { closeAsked_ = shared_->leftInJournal = false; }
+
 bool frmDocument::agreeToClose() {
   if (hasAgreedToClose()) return true;
-  const bool last = std::ranges::all_of(shared_->windows, [this](const frmDocument* window) {
-    return window == this || window->closed_ || window->hasAgreedToClose();
-  });
-  closeAsked_ = leftInJournal_ || CurrentFileTitle().isEmpty() || !last || !CancelSaveFile();
+  const bool last = allAgreed(this);   // further windows go without a question
+  closeAsked_ = shared_->leftInJournal || CurrentFileTitle().isEmpty() || !last || !CancelSaveFile();
   closeAskedAt_ = cmx->model()->document().revision();
   return closeAsked_;
 }
@@ -497,7 +505,7 @@ void frmDocument::closeEvent(QCloseEvent* event) {
   Timer1->stop();
   closed_ = true;
   // What was not saved by now the person does not want.
-  if (shared_->recovery && !leftInJournal_ && std::ranges::all_of(shared_->windows, &frmDocument::closed_)) shared_->recovery->discard();
+  if (shared_->recovery && !shared_->leftInJournal && std::ranges::all_of(shared_->windows, &frmDocument::closed_)) shared_->recovery->discard();
   Frame* main = frame();
   if (!main || CurrentFileTitle().isEmpty()) return;
   main->rememberDocumentState(windowStateOf(parentWidget() ? *parentWidget() : *this));

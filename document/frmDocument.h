@@ -71,13 +71,13 @@ class frmDocument : public QWidget {
   void focusWork();                         // what the frame shows of the active document; also run when the focus comes
   // Writes the text into its recovery journal now, as it is nowhere else. False: there is no journal, or it cannot be written.
   bool holdInJournal();
-  // Where the journal has the whole text: closing will neither ask nor let go of the journal, so that the next start offers it.
-  bool leaveInJournal();
+  bool mayEnd() const;                      // nothing is lost: not modified, agreed to, or the journal has the whole text
+  // Where only the journal has the text: closing will neither ask nor let go of the journal, so that the next start offers it.
+  void leaveInJournal();
   // Asks what closing would ask; true: closing will not ask any more, unless the text changes. Closing several windows asks
   // for all of them first, so that a cancelled end leaves every window as it was (withdrawClose).
   bool agreeToClose();
-  bool hasAgreedToClose() const;
-  void withdrawClose() { closeAsked_ = leftInJournal_ = false; }
+  void withdrawClose();
 
  signals:
   void captionChanged();
@@ -100,12 +100,14 @@ class frmDocument : public QWidget {
   void cmx_PropsChange();
   void Timer1_Timer();
   QString reload(const QString& path, const std::optional<text::FileFormat>& as = {});
+  bool hasAgreedToClose() const;
+  bool allAgreed(const frmDocument* but = nullptr) const;   // the windows on this text that are open
   void updateCaption();
   void showTemplateState(bool afterTyping);
 
   std::shared_ptr<Shared> shared_;
   int ownBoxes_ = 0;              // boxes of ours that are up
   bool focusComesBack_ = false;   // such a box took the focus; its return is no reason to look at the disk
-  bool closeAsked_ = false, closed_ = false, leftInJournal_ = false;
+  bool closeAsked_ = false, closed_ = false;
   std::uint64_t closeAskedAt_ = 0;   // revision of the text that the answer was about
 };

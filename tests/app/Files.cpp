@@ -244,23 +244,6 @@ TEST_F(Files, OpenAtGoesToThePlace) {
   EXPECT_EQ(main->openAt(path("none.v"), 1, 1), nullptr);
 }
 
-TEST_F(Files, StandardInputBecomesANewDocument) {
-  const QString other = write("input-1", "a file of the person\n");
-  boxes.answer(Answer::ok);
-  EXPECT_EQ(main->takeIn(other), nullptr);
-  EXPECT_TRUE(QFile::exists(other)) << "only what lies in the state folder for this is removed";
-  const QString spooled = userStateFolder() + q("/input-1");
-  ASSERT_TRUE(QFile::copy(write("spool", "from a pipe\n"), spooled));
-  frmDocument* document = main->takeIn(spooled);
-  ASSERT_NE(document, nullptr);
-  EXPECT_FALSE(QFile::exists(spooled));
-  EXPECT_EQ(document->Caption(), q("Untitled 1*")) << "it is nowhere else";
-  EXPECT_FALSE(document->DocumentHasName());
-  boxes.answerSave(path("kept.txt"));
-  EXPECT_TRUE(main->saveActive());
-  EXPECT_EQ(read(path("kept.txt")), "from a pipe\n");
-}
-
 TEST_F(Files, ReloadKeepsTheOldTextInUndo) {
   frmDocument* document = open("a.v", "old\n");
   document->cmx->setText(q("mine"));

@@ -9,6 +9,7 @@
 #include <functional>
 
 #include "app/LeftoverLook.h"
+#include "app/StandardInput.h"
 #include "base/Program.h"
 #include "document/Recovery.h"
 #include "tests/app/FrameFixture.h"
@@ -42,6 +43,38 @@ class Recovered : public FrameFixture {
 
   RecoverySession session{path("recovery")};
 };
+
+// I1: what was piped in, from senders that live, that were killed, and where no journal can be written.
+TEST_F(Recovered, PipedTextIsLostByNobody) {
+  using namespace text;
+  const auto spool = [&](const char* name) {
+    const QString to = userStateFolder() + u'/' + q(name);
+    EXPECT_TRUE(QFile::copy(write("spool", "from a pipe\n"), to));
+    return to;
+  };
+  const QString left = spool("input-1"), underWay = spool("input-2"), other = write("input-3");
+  {
+    const files::Descriptor sender = files::open(FileSystem::kCwd, fromQString(underWay), kRead);
+    ASSERT_EQ(fileSystem().lock(sender.get(), true, false), 0);
+    takeInLeftInput(*main);
+  }
+  EXPECT_EQ(captions(), QStringList{q("Untitled 1*")}) << "it is nowhere else";
+  EXPECT_EQ(main->activeDocument()->cmx->Text(), q("from a pipe\n"));
+  EXPECT_EQ(inFolder(journals()).size(), 1);
+  EXPECT_FALSE(QFile::exists(left));
+  boxes.answer(Answer::ok);
+  EXPECT_EQ(main->takeIn(other), nullptr);
+  EXPECT_TRUE(QFile::exists(other)) << "only what lies in the state folder for this is removed";
+  testing_files::FaultyFileSystem full;
+  {
+    const testing_files::UseFileSystem use(full);
+    full.failUse("openAt", 2, ENOSPC, true);   // the first one reads the text
+    EXPECT_NE(main->takeIn(underWay), nullptr);
+  }
+  EXPECT_TRUE(QFile::exists(underWay)) << "until a journal has it";
+  QFile::remove(underWay);
+  closeAll();
+}
 
 TEST_F(Recovered, J1_EveryTextComesBackUntitledOnesToo) {
   frmDocument* named = open("a.v", "module a;\n");

@@ -1,11 +1,13 @@
 // J7: the end of the desktop's session, and closing that was agreed to before it happens.
 #include "app/SessionEnd.h"
 
+#include <QPushButton>
 #include <QTest>
 #include <thread>
 
 #include "control/LongWork.h"
 #include "document/Recovery.h"
+#include "language/frmDefinitions.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"
 
@@ -106,6 +108,35 @@ TEST_F(SessionEndRun, ASearchUnderWayReturnsBeforeItsTextGoes) {
   EXPECT_EQ(main->documents().size(), 1);
   EXPECT_FALSE(ended);
   EXPECT_TRUE(QTest::qWaitFor([&] { return ended; }, 60'000));
+}
+
+TEST_F(SessionEndRun, ChangedDefinitionsAreAskedAboutAndStayingTakesAllBack) {
+  type(open("one.v"));
+  trigger("mToolsDefinitions");
+  main->findChild<frmDefinitions*>()->findChild<QPushButton*>(q("cmdAdd"))->click();
+  boxes.answer(Answer::cancel);
+  EXPECT_FALSE(main->endFromOutside());
+  boxes.answer(Answer::cancel);
+  trigger("mnuFileClose");
+  EXPECT_EQ(main->documents().size(), 1) << "the text is asked about as ever";
+  boxes.answer(Answer::no);
+  EXPECT_TRUE(main->endFromOutside());
+  EXPECT_EQ(journals(), 1);
+}
+
+// The window that goes last does so without a question of its own; a signal comes while the other one asks.
+TEST_F(SessionEndRun, ASignalDuringTheQuestionOfOneOfTwoWindowsKeepsTheJournal) {
+  frmDocument* first = open("one.v");
+  type(first);
+  main->newWindow();
+  main->activate(first);   // the active one closes last
+  boxes.answer(Answer::cancel, [&] {
+    const ModalGuard up;
+    end.endWanted();
+    EXPECT_TRUE(main->documents().isEmpty());
+  });
+  main->agreeToEnd();
+  EXPECT_EQ(journals(), 1);
 }
 
 TEST_F(SessionEndRun, TwoWindowsOnOneTextAskOnce) {

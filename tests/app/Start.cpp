@@ -175,6 +175,17 @@ TEST_F(StartFrame, LanguageHelpOpens) {
   EXPECT_EQ(boxes.urls.last(), path("help.html"));
   trigger("mHelpWord");
   EXPECT_TRUE(boxes.urls.last().endsWith(q("help.html#posedge"))) << boxes.urls.last().toStdString();
+  // H3: what a definition from elsewhere calls its help may be started by the desktop.
+  manager.Languages()->Item(1)->isForeign = true;
+  trigger("mHelpContents");
+  EXPECT_EQ(boxes.urls.size(), 3) << "a page is only shown";
+  for (const char* program : {"/bin/program", "file:///bin/program#a.html", "file:///bin/program?a.html"}) {
+    manager.Languages()->Item(1)->HelpFile = q(program);
+    boxes.answer(Answer::no);
+    trigger("mHelpContents");
+    EXPECT_TRUE(boxes.last().text.contains(q(program)));
+  }
+  EXPECT_EQ(boxes.urls.size(), 3);
 }
 
 TEST(StartHandbook, LinksLeadSomewhere) {
