@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QShortcut>
@@ -193,6 +194,7 @@ void frmPreview::layOutText() {
   view_->setDocument(nullptr);
   pictures_->setDocument(nullptr, devicePixelRatioF());
   updateActions();
+  const QPointer<CodeMax> text(source_.control());
   QElapsedTimer clock;
   clock.start();
   std::size_t shown = 0;
@@ -211,6 +213,7 @@ void frmPreview::layOutText() {
     }
     QCoreApplication::processEvents();
     emit answered();
+    if (!text) reject();   // a signal has ended the program
     return !cancel_;
   };
   if (source_.document) laidOut_ = layOut(*source_.document, settings_, *wrap_, vp_, goOn);

@@ -179,6 +179,17 @@ TEST_F(Preview, LayingOutAnswersAndCanBeStopped) {
   EXPECT_FALSE(stop->isVisible());
 }
 
+TEST_F(Preview, TheTextMayGoWhileItIsLaidOut) {
+  auto text = std::make_unique<CodeMax>();
+  text->setText(lines(60000));
+  frmPreview preview({nullptr, text.get(), u"some.log"_s}, false);
+  QObject::connect(&preview, &frmPreview::answered, &preview, [&] { text.reset(); });
+  preview.show();
+  preview.layOutText();
+  EXPECT_FALSE(preview.isLaidOut());
+  EXPECT_FALSE(preview.isVisible());
+}
+
 TEST_F(Preview, ReviewSheetAndBack) {
   frmPreview preview(source(lines(300)), false);
   preview.show();
