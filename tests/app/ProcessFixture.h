@@ -14,8 +14,7 @@
 #include <QSet>
 
 #include "tests/app/FrameFixture.h"
-
-inline constexpr int kPatience = 20000;   // ms; the machine may be busy
+#include "tests/support/EventLoop.h"
 
 class ProcessRun : public testing::Test {
  protected:

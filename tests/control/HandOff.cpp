@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -16,16 +15,9 @@
 
 #include "control/Msghook.h"
 #include "control/Rendezvous.h"
+#include "tests/support/EventLoop.h"
 
 namespace {
-
-void wait(int ms) {
-  const QDeadlineTimer end(ms);
-  do {
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    QThread::usleep(200);
-  } while (!end.hasExpired());
-}
 
 class HandOffTest : public testing::Test {
  protected:
@@ -55,12 +47,11 @@ using HandOffMessages = HandOffTest;
 void meanwhile(const std::function<void()>& work) {
   std::unique_ptr<QThread> thread(QThread::create(work));
   thread->start();
-  for (int i = 0; i < 20000 && !thread->isFinished(); ++i) wait(1);
-  ASSERT_TRUE(thread->wait(1000));
+  ASSERT_TRUE(spinUntil([&] { return thread->isFinished(); }));
 }
 
-// A peer that sends raw bytes and says whether it was hung up on within the time.
-bool isHungUpOn(const QString& path, const std::string& bytes, int withinMs) {
+// A peer that sends raw bytes and says whether it was hung up on; a time only says how long it looks for what must not happen.
+bool isHungUpOn(const QString& path, const std::string& bytes, int withinMs = kPatience) {
   const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -71,7 +62,7 @@ bool isHungUpOn(const QString& path, const std::string& bytes, int withinMs) {
     const ssize_t sent = ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     (void)sent;
     for (int waited = 0; waited < withinMs && !hungUp; waited += 10) {
-      wait(10);
+      spin(10);
       char byte;
       const ssize_t got = ::recv(fd, &byte, 1, MSG_DONTWAIT);
       hungUp = got == 0 || (got < 0 && errno == ECONNRESET);
@@ -232,29 +223,35 @@ TEST_F(HandOffMessages, WaitingSenderIsToldWhenItIsClosed) {
     openTold = peer.waitForClosed();
   }));
   sender->start();
-  for (int i = 0; i < 5000 && !sent; ++i) wait(1);
-  wait(50);
+  ASSERT_TRUE(spinUntil([&] { return sent || sender->isFinished(); }));
+  spin(50);
   EXPECT_TRUE(failedTold);
   EXPECT_FALSE(sender->isFinished());
   hook.tellClosed(connection);
-  for (int i = 0; i < 5000 && !sender->isFinished(); ++i) wait(1);
+  ASSERT_TRUE(spinUntil([&] { return sender->isFinished(); }));
   EXPECT_TRUE(openTold);
-  sender->wait(1000);
 }
 
 TEST_F(HandOffMessages, ASilentReceiverIsWaitedForAsLongAsThePersonWishes) {
-  Msghook hook([&](quint64, const HandOff& handOff) {
-    if (handOff.text == QLatin1String("slow")) QThread::msleep(700);
+  std::atomic<int> asked = 0;
+  std::atomic<bool> enough = false;
+  Msghook hook([&](quint64, const HandOff&) {
+    for (int i = 0; i < kPatience && !enough; ++i) QThread::msleep(1);   // nothing else is served meanwhile
     return HandOffReply{};
   });
   ASSERT_TRUE(hook.listen(socketPath()));
   for (const bool patient : {true, false}) {
     HandOffAnswer answer = HandOffAnswer::gone;
-    int asked = 0;
+    asked = 0;
+    enough = false;
     meanwhile([&] {
       MsgSender sender;
-      sender.setPatience(150, [&] { return ++asked > 0 && patient; });
-      if (sender.connectTo(socketPath())) answer = sender.send({QStringLiteral("slow"), {}, false, false, false});
+      sender.setPatience(50, [&] {
+        if (++asked > 1) enough = true;
+        return patient;
+      });
+      if (sender.connectTo(socketPath())) answer = sender.send({QStringLiteral("x"), {}, false, false, false});
+      enough = true;
     });
     EXPECT_EQ(answer, patient ? HandOffAnswer::acted : HandOffAnswer::silent);
     EXPECT_EQ(asked > 1, patient) << asked;
@@ -273,7 +270,7 @@ TEST_F(HandOffMessages, GarbageIsHungUpOnAndHurtsNobody) {
       {"beyond the largest", lengthBytes(Msghook::kLargest + 2)}, {"odd length", lengthBytes(3) + "abc"},
       {"largest number", lengthBytes(0xFFFFFFFFu)},               {"empty", lengthBytes(0)},
       {"not our fields", lengthBytes(4) + std::string("a\0b\0", 4)}, {"noise", noise}};
-  for (const auto& [name, bytes] : cases) EXPECT_TRUE(isHungUpOn(socketPath(), bytes, 2000)) << name;
+  for (const auto& [name, bytes] : cases) EXPECT_TRUE(isHungUpOn(socketPath(), bytes)) << name;
   EXPECT_EQ(acted, 0);
   HandOffAnswer answer = HandOffAnswer::gone;
   meanwhile([&] {
@@ -319,10 +316,11 @@ TEST_F(HandOffMessages, H4_OtherUsersAreNotTalkedTo) {
     return ::recv(fd, &byte, 1, 0) <= 0 ? 0 : 2;   // hung up on, without an answer
   });
   int status = -1;
-  for (int i = 0; i < 3000 && ::waitpid(stranger, &status, WNOHANG) == 0; ++i) wait(2);
+  const auto ended = [&status](pid_t child) { return ::waitpid(child, &status, WNOHANG) == child; };
+  ASSERT_TRUE(spinUntil([&] { return ended(stranger); }));
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 0) << "1: could not connect, 2: was answered, 99: is not somebody else";
-  wait(50);
+  spin(50);
   EXPECT_EQ(acted, 0);
   EXPECT_FALSE(isHungUpOn(socketPath(), message, 200)) << "the same from this user is";
   EXPECT_EQ(acted, 1);
@@ -337,23 +335,26 @@ TEST_F(HandOffMessages, H4_OtherUsersAreNotTalkedTo) {
     return ::recv(peer, &byte, 1, 0) <= 0 ? 0 : 2;   // told nothing
   });
   MsgSender sender;
-  bool connected = false;
-  for (int i = 0; i < 500 && !QFile::exists(QString::fromUtf8(trap)); ++i) wait(2);
-  wait(50);
-  connected = sender.connectTo(QString::fromUtf8(trap));
-  EXPECT_FALSE(connected);
-  for (int i = 0; i < 1000 && ::waitpid(impostor, &status, WNOHANG) == 0; ++i) wait(2);
+  bool told = false;   // it ends as soon as somebody has come
+  EXPECT_TRUE(spinUntil([&] {
+    if (ended(impostor)) return true;
+    told = sender.connectTo(QString::fromUtf8(trap)) || told;
+    return false;
+  }));
+  EXPECT_FALSE(told);
+  EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 0);
   ::kill(impostor, SIGKILL);
 }
 
 TEST_F(HandOffMessages, SlowAndSilentPeersAreHungUpOn) {
   Msghook hook([&](quint64, const HandOff&) { return HandOffReply{}; });
-  hook.setDeadline(400);
+  hook.setDeadline(kPatience);
   ASSERT_TRUE(hook.listen(socketPath()));
   EXPECT_FALSE(isHungUpOn(socketPath(), lengthBytes(100) + "half", 100)) << "some time is given";
-  EXPECT_TRUE(isHungUpOn(socketPath(), lengthBytes(100) + "half", 3000));
-  EXPECT_TRUE(isHungUpOn(socketPath(), "", 3000));
+  hook.setDeadline(100);
+  EXPECT_TRUE(isHungUpOn(socketPath(), lengthBytes(100) + "half"));
+  EXPECT_TRUE(isHungUpOn(socketPath(), ""));
 }
 
 TEST_F(HandOffMessages, SocketOfADeadCopyIsReplacedAndAnEndIsNoticed) {
@@ -365,18 +366,12 @@ TEST_F(HandOffMessages, SocketOfADeadCopyIsReplacedAndAnEndIsNoticed) {
   EXPECT_FALSE(sender.connectTo(socketPath()));
   auto hook = std::make_unique<Msghook>([&](quint64, const HandOff&) { return HandOffReply{}; });
   ASSERT_TRUE(hook->listen(socketPath()));
-  std::atomic<bool> connected = false;
   HandOffAnswer answer = HandOffAnswer::acted;
-  std::unique_ptr<QThread> thread(QThread::create([&] {
+  meanwhile([&] {
     MsgSender peer;
-    connected = peer.connectTo(socketPath());
-    QThread::msleep(100);
+    if (!peer.connectTo(socketPath())) return;
+    QMetaObject::invokeMethod(qApp, [&] { hook.reset(); }, Qt::BlockingQueuedConnection);   // ends without having answered
     answer = peer.send({QStringLiteral("x"), {}, false, false, false});
-  }));
-  thread->start();
-  while (!connected) wait(1);
-  wait(20);
-  hook.reset();   // ends without having answered
-  thread->wait(5000);
+  });
   EXPECT_EQ(answer, HandOffAnswer::gone);
 }
