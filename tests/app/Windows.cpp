@@ -2,12 +2,12 @@
 #include <QDockWidget>
 #include <QMenu>
 #include <QMouseEvent>
-#include <QTimer>
 
 #include "app/DocumentTabs.h"
 #include "document/frmLog.h"
 #include "document/mCMXParser.h"
 #include "tests/app/FrameFixture.h"
+#include "tests/support/OnceAProgramRuns.h"
 
 namespace {
 
@@ -181,13 +181,18 @@ TEST_F(Windows, LogAndEditorMayBeClosedDuringARun) {
   open("a.v");
   main->showLog();
   auto* dock = main->findChild<QDockWidget*>(q("logDock"));
-  QTimer::singleShot(100, dock, &QDockWidget::close);
-  EXPECT_EQ(mCMXParser::Run(0, 0, q("SHELLW /bin/sleep 0.3\nECHO after")).ending, mCMXParser::Ending::done);
+  const auto run = [this](const char* go, const char* echo, const std::function<void()>& act) {
+    const OnceAProgramRuns meanwhile([&] {
+      act();
+      write(go);
+    });
+    return mCMXParser::Run(0, 0, q("SHELLW /bin/sh -c \"until [ -e %1 ]; do sleep 0.02; done\"\nECHO %2").arg(q(go), q(echo))).ending;
+  };
+  EXPECT_EQ(run("one", "after", [&] { dock->close(); }), mCMXParser::Ending::done);
   EXPECT_TRUE(main->log()->Text().contains(q("after")));
   EXPECT_TRUE(dock->isVisible()) << "what came later is shown";
   bool closed = false;
-  QTimer::singleShot(100, main.get(), [&] { closed = main->close(); });
-  EXPECT_EQ(mCMXParser::Run(0, 0, q("SHELLW /bin/sleep 0.3\nECHO never")).ending, mCMXParser::Ending::stopped);
+  EXPECT_EQ(run("two", "never", [&] { closed = main->close(); }), mCMXParser::Ending::stopped);
   EXPECT_TRUE(closed);
   EXPECT_TRUE(main->documents().isEmpty());
 }

@@ -7,7 +7,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
@@ -18,6 +17,7 @@
 #include "control/FindJob.h"
 #include "control/KeyMacro.h"
 #include "tests/support/Caret.h"
+#include "tests/support/EventLoop.h"
 
 namespace {
 
@@ -65,9 +65,7 @@ class FindDialogTest : public testing::Test {
   }
   // Until the search on its thread came back.
   bool finish() {
-    QElapsedTimer clock;
-    for (clock.start(); dialog().job().running() && clock.elapsed() < 20000;) QTest::qWait(5);
-    return !dialog().job().running();
+    return spinUntil([this] { return !dialog().job().running(); });
   }
 };
 
@@ -280,8 +278,7 @@ TEST_F(FindDialogTest, WorksOnTheControlThatHasTheFocus) {
   other->resize(200, 100);
   other->show();
   other->setFocus();
-  QTest::qWait(20);
-  EXPECT_EQ(dialog().control(), other);
+  EXPECT_TRUE(spinUntil([&] { return dialog().control() == other; }));
   type("findText", QStringLiteral("one"));
   click("count");
   EXPECT_EQ(dialog().status(), QStringLiteral("2 found"));

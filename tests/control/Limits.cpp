@@ -1,11 +1,11 @@
 // T8: large texts open, answer keys and take little more memory than their bytes. T9: what is given up for them is colour and
 // the like, never text. The usual run is a tenth of the sizes promised; ZELKOR_FULL=1 takes them whole.
-#include <QElapsedTimer>
 #include <unistd.h>
 
 #include <cstdio>
 
 #include "tests/control/PaneFixture.h"
+#include "tests/support/Cost.h"
 #include "tests/support/files/TempFolder.h"
 
 using namespace Qt::StringLiterals;
@@ -33,16 +33,27 @@ std::int64_t residentBytes() {
 
 class Limits : public PaneFixture {
  public:
-  // The slowest of what a person does at the text's start, middle and end, each until it is painted; the edits are undone again.
-  qint64 slowestKey() {
-    qint64 slowest = 0;
+  // What a person does at the text's start, middle and end, each until it is painted; the edits are undone again. The processor's
+  // time for the dearest of it, in milliseconds: of three rounds the cheapest counts, so that only what it always costs is seen.
+  double dearestKey() {
+    std::vector<double> costs;
+    for (int round = 0; round < 3; ++round) {
+      const std::vector<double> now = keyCosts();
+      if (costs.empty()) costs = now;
+      for (std::size_t i = 0; i < now.size(); ++i) costs[i] = std::min(costs[i], now[i]);
+    }
+    return *std::max_element(costs.begin(), costs.end());
+  }
+
+ private:
+  std::vector<double> keyCosts() {
+    std::vector<double> costs;
     const auto timed = [&](auto act) {
-      QElapsedTimer clock;
-      clock.start();
+      const double before = spentMs();
       act();
       QApplication::processEvents();
       viewport()->grab();
-      slowest = std::max(slowest, clock.elapsed());
+      costs.push_back(spentMs() - before);
     };
     for (const auto& [line, column] : {std::pair<qint64, qint64>{0, 0}, {control.LineCount() / 2, 5}, {control.LineCount() - 1, 0}}) {
       timed([&] { control.SetSel({line, column, line, column, false}); });
@@ -56,7 +67,7 @@ class Limits : public PaneFixture {
     }
     timed([&] { key(Qt::Key_End, Qt::ControlModifier); });
     timed([&] { key(Qt::Key_Home, Qt::ControlModifier); });
-    return slowest;
+    return costs;
   }
 };
 
@@ -67,6 +78,9 @@ TEST_F(Limits, T8_LargeTextsOpenAnswerAndFit) {
     std::int64_t lineLength;   // 0: one line
     double memory;             // most, in the text's bytes
   };
+  control.setLanguage(u"C/C++"_s);
+  control.setText(QString(2000, u'x') + QString(u"xxxxx\n"_s).repeated(500));
+  const double small = dearestKey();
   for (const Row& row : {Row{"10 million lines", 30'000'000, 3, 1.6}, Row{"a line of 100 MiB", 100 * kMiB, 0, 1.3},
                          Row{"1 GiB", 1024 * kMiB, 80, 1.2}}) {   // smaller ones leave little behind
     SCOPED_TRACE(row.name);
@@ -82,12 +96,11 @@ TEST_F(Limits, T8_LargeTextsOpenAnswerAndFit) {
     control.setLanguage(u"C/C++"_s);
     ASSERT_EQ(control.OpenFile(QString::fromStdString(path)), QString());
     ASSERT_EQ(control.LineCount(), row.lineLength > 0 ? bytes / row.lineLength + 1 : 1);
-    const qint64 slowest = slowestKey();
+    const double dearest = dearestKey();
     const std::int64_t grown = residentBytes() - before;
-    std::printf("%s: slowest key %lld ms, memory %.2f of %lld MiB\n", row.name, static_cast<long long>(slowest),
-                double(grown) / double(bytes), static_cast<long long>(bytes / kMiB));
+    std::printf("%s: dearest key %.1f ms, of a small text %.1f ms, memory %.2f of %lld MiB\n", row.name, dearest, small, double(grown) / double(bytes), static_cast<long long>(bytes / kMiB));
     if (!kSanitized) {
-      EXPECT_LT(slowest, 1000) << "on a busy computer";
+      EXPECT_LT(dearest, small * 400);
       EXPECT_LT(double(grown), double(bytes) * row.memory + 48.0 * kMiB);
     }
     EXPECT_FALSE(control.Modified()) << "all was undone";

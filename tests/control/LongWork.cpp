@@ -9,6 +9,7 @@
 #include "base/Program.h"
 #include "control/CommandTable.h"
 #include "tests/control/PaneFixture.h"
+#include "tests/support/EventLoop.h"
 
 namespace {
 
@@ -45,7 +46,7 @@ TEST_F(LongWorkTest, IsDoneHereOrOnAThreadAndCanBeCancelled) {
   });
   look.start(5);
   LongWork::run(control, LongWork::limit, [&](text::SearchControl& progress) {
-    for (; !(cancelled = progress.cancel) && steps < 20000; ++steps) {
+    for (; !(cancelled = progress.cancel) && steps < kPatience; ++steps) {
       progress.bytesDone = LongWork::limit / 2;
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }

@@ -12,6 +12,7 @@
 #include "control/PaneGrid.h"
 #include "control/TextMime.h"
 #include "tests/control/PaneFixture.h"
+#include "tests/support/EventLoop.h"
 
 namespace {
 
@@ -153,9 +154,7 @@ TEST_F(PaneInput, DraggingOutsideScrolls) {
   control.setText(lines);
   mouse(QEvent::MouseButtonPress, pointOf(2, 0));
   mouse(QEvent::MouseMove, {100, viewport()->height() + 40});
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-  while (control.CurrentPosition().LineNo < 40 && std::chrono::steady_clock::now() < end) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-  EXPECT_GE(control.CurrentPosition().LineNo, 40);
+  EXPECT_TRUE(spinUntil([this] { return control.CurrentPosition().LineNo >= 40; }));
   mouse(QEvent::MouseButtonRelease, {100, viewport()->height() + 40});
   EXPECT_EQ(control.GetSel(false).StartLineNo, 2);
 }

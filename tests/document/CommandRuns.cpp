@@ -4,12 +4,12 @@
 #include <QApplication>
 #include <QFile>
 #include <QKeyEvent>
-#include <QTimer>
 #include <random>
 
 #include "base/Program.h"
 #include "document/Process.h"
 #include "tests/document/RunFixture.h"
+#include "tests/support/OnceAProgramRuns.h"
 
 using namespace Qt::StringLiterals;
 using mCMXParser::Ending;
@@ -17,6 +17,13 @@ using mCMXParser::Ending;
 namespace {
 
 QString startee() { return qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s) + u"/startee"_s; }
+
+// The started program waits until the test lets it go on.
+struct Gate {
+  QString wait() const { return startee() + u" await "_s + QString::fromStdString(folder / "go"); }
+  void open() const { testing_files::writeRaw(folder / "go", {}); }
+  testing_files::TempFolder folder;
+};
 
 void press(QWidget* widget, int key, const QString& text = {}) {
   QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
@@ -79,11 +86,13 @@ TEST(CommandRuns, ASecondRunIsRefusedWhileOneWaits) {
   RunFrame frame;
   Ending second = Ending::done;
   bool busy = true;
-  QTimer::singleShot(100, [&] {
+  const Gate gate;
+  const OnceAProgramRuns meanwhile([&] {
     second = frame.run(u"ECHO no"_s).ending;
     busy = gBusy();
+    gate.open();
   });
-  EXPECT_EQ(frame.run(u"SHELL "_s + startee() + u" sleep 300\nECHO after"_s).ending, Ending::done);
+  EXPECT_EQ(frame.run(u"SHELL "_s + gate.wait() + u"\nECHO after"_s).ending, Ending::done);
   EXPECT_EQ(second, Ending::refused);
   EXPECT_FALSE(busy) << "the editor is usable meanwhile";
   EXPECT_EQ(frame.logWindow->Text(), u"[startee: exit code 0]\r\nafter\r\n"_s);
@@ -94,8 +103,12 @@ TEST(CommandRuns, TheStepStaysWholeOverAWaitUnlessThePersonWorks) {
     RunFrame frame;
     frame.document->show();
     frame.cmx().setText(u"text"_s);
-    if (works) QTimer::singleShot(100, [&] { press(QApplication::focusWidget() ? QApplication::focusWidget() : frame.document.get(), Qt::Key_Shift); });
-    EXPECT_EQ(frame.run(u"cmdINSERTCHAR 1\nSHELLW "_s + startee() + u" sleep 250\ncmdINSERTCHAR 2"_s).ending, Ending::done);
+    const Gate gate;
+    const OnceAProgramRuns meanwhile([&] {
+      if (works) press(QApplication::focusWidget() ? QApplication::focusWidget() : frame.document.get(), Qt::Key_Shift);
+      gate.open();
+    });
+    EXPECT_EQ(frame.run(u"cmdINSERTCHAR 1\nSHELLW "_s + gate.wait() + u"\ncmdINSERTCHAR 2"_s).ending, Ending::done);
     EXPECT_EQ(frame.cmx().GetLine(0), u"12text"_s);
     frame.cmx().ExecuteCmd(129);
     EXPECT_EQ(frame.cmx().GetLine(0), works ? u"1text"_s : u"text"_s);
@@ -106,14 +119,13 @@ TEST(CommandRuns, TheStepStaysWholeOverAWaitUnlessThePersonWorks) {
 TEST(CommandRuns, EscapeEndsTheWaitAndTheProgram) {
   RunFrame frame;
   frame.document->show();
-  QTimer::singleShot(150, [&] { press(frame.document.get(), Qt::Key_Escape); });
-  QElapsedTimer clock;
-  clock.start();
-  const auto outcome = frame.run(u"SHELLW "_s + startee() + u" sleep 20000\nECHO never"_s);
+  const Gate gate;   // stays closed
+  const OnceAProgramRuns meanwhile([&] { press(frame.document.get(), Qt::Key_Escape); });
+  const auto outcome = frame.run(u"SHELLW "_s + gate.wait() + u"\nECHO never"_s);
   EXPECT_EQ(outcome.ending, Ending::stopped);
   EXPECT_EQ(outcome.line, 1);
-  EXPECT_LT(clock.elapsed(), 3000);
-  EXPECT_FALSE(frame.logWindow->Text().contains(u"never"_s));
+  EXPECT_TRUE(spinUntil([] { return process::Program::running().isEmpty(); }));
+  EXPECT_EQ(frame.logWindow->Text(), u"[startee: exit code 143]\r\n"_s);
   EXPECT_TRUE(frame.cmx().Visible());
   EXPECT_FALSE(mCMXParser::isRunning());
 }
@@ -140,11 +152,13 @@ TEST(CommandRuns, EscapeEndsALongRun) {
 
 TEST(CommandRuns, ClosingTheDocumentEndsTheRun) {
   RunFrame frame;
-  QTimer::singleShot(100, [&] {
+  const Gate gate;
+  const OnceAProgramRuns meanwhile([&] {
     frame.active = nullptr;
     frame.document.reset();
+    gate.open();
   });
-  const auto outcome = frame.run(u"cmdINSERTCHAR x\nSHELL "_s + startee() + u" sleep 300\ncmdINSERTCHAR y"_s);
+  const auto outcome = frame.run(u"cmdINSERTCHAR x\nSHELL "_s + gate.wait() + u"\ncmdINSERTCHAR y"_s);
   EXPECT_EQ(outcome.ending, Ending::stopped);
   EXPECT_EQ(outcome.line, 2);
   EXPECT_FALSE(gBusy());

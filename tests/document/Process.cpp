@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QDir>
@@ -14,7 +15,9 @@
 
 #include "document/CommandLine.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/OnceAProgramRuns.h"
 #include "tests/support/Xvfb.h"
+#include "tests/support/files/TempFolder.h"
 
 using namespace Qt::StringLiterals;
 
@@ -148,47 +151,60 @@ TEST(ProcessRun, H2_RandomBytesArriveAsOneArgument) {
 }
 
 TEST(ProcessRun, TheInterfaceLivesWhileWaiting) {
+  const testing_files::TempFolder folder;
   int ticks = 0;
   QTimer timer;
-  QObject::connect(&timer, &QTimer::timeout, [&ticks] { ++ticks; });
-  timer.start(10);
-  process::LaunchAndWait({startee(), "sleep", "300"}, 1);
+  QObject::connect(&timer, &QTimer::timeout, [&] {
+    if (++ticks == 10) testing_files::writeRaw(folder / "go", {});
+  });
+  timer.start(5);
+  process::LaunchAndWait({startee(), "await", folder / "go"}, 1);
   EXPECT_GE(ticks, 10);
 }
 
 TEST(ProcessRun, TimeOutLeavesTheProgramRunning) {
+  const testing_files::TempFolder folder;
   Output output;
-  EXPECT_EQ(process::LaunchAndWait({startee(), "sleep", "300", "out", "late"}, 1, 50, output.collect()), process::kTimedOut);
+  EXPECT_EQ(process::LaunchAndWait({startee(), "await", folder / "go", "out", "late"}, 1, 50, output.collect()), process::kTimedOut);
   ASSERT_EQ(process::Program::running().size(), 1);
-  spin(800);
+  testing_files::writeRaw(folder / "go", {});
+  EXPECT_TRUE(spinUntil([] { return process::Program::running().isEmpty(); }));
   EXPECT_EQ(output.out, "late\n");
-  EXPECT_TRUE(process::Program::running().isEmpty());
 }
 
 TEST(ProcessRun, H2_StoppingEndsTheWholeGroup) {
-  QTemporaryDir folder;
+  const testing_files::TempFolder folder;
+  const std::string fifo = folder / "held";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  const int reader = ::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);   // reads an end when nobody holds it
   for (const bool deaf : {false, true}) {
-    const std::string canary = folder.filePath(deaf ? u"deaf"_s : u"hears"_s).toStdString();
     std::vector<std::string> arguments{startee()};
     if (deaf) arguments.push_back("ignore");
-    arguments.insert(arguments.end(), {"child", canary, "3500", "out", "ready", "sleep", "20000"});
-    QElapsedTimer clock;
-    clock.start();
-    const auto stopWhenReady = [](process::Program& program) {
-      QObject::connect(&program, &process::Program::output, &program, [&program] { program.stop(); });
+    arguments.insert(arguments.end(), {"child", "hold", fifo, "out", "ready", "await", folder / "never"});
+    bool held = false;
+    const auto stopWhenReady = [&](process::Program& program) {
+      QObject::connect(&program, &process::Program::output, &program, [&] {
+        char byte;
+        held = ::read(reader, &byte, 1) < 0 && errno == EAGAIN;
+        program.stop();
+      });
     };
     EXPECT_EQ(process::LaunchAndWatch(arguments, 1, stopWhenReady), deaf ? 128u + 9 : 128u + 15);
-    EXPECT_FALSE(QFile::exists(QString::fromStdString(canary))) << "the stop took too long to tell";
-    spin(int(std::max<qint64>(0, 4000 - clock.elapsed())));
-    EXPECT_FALSE(QFile::exists(QString::fromStdString(canary))) << "a child of the program outlived the stop";
+    EXPECT_TRUE(held);
+    EXPECT_TRUE(spinUntil([&] {
+      char byte;
+      return ::read(reader, &byte, 1) == 0;
+    })) << "a child of the program outlived the stop";
   }
+  ::close(reader);
 }
 
 TEST(ProcessRun, AChildThatKeepsTheChannelsDoesNotHoldUpTheEnd) {
-  QTemporaryDir folder;
-  const QString file = folder.filePath(u"f"_s);
-  EXPECT_EQ(process::LaunchAndWait({startee(), "child", file.toStdString(), "1500"}, 1), 0u);
+  const testing_files::TempFolder folder;
+  const QString file = QString::fromStdString(folder / "f");
+  EXPECT_EQ(process::LaunchAndWait({startee(), "orphan", "await", folder / "go", "touch", folder / "f"}, 1), 0u);
   EXPECT_FALSE(QFile::exists(file)) << "the child was waited for";
+  testing_files::writeRaw(folder / "go", {});
   EXPECT_TRUE(spinUntil([&] { return QFile::exists(file); })) << "it was not asked to end";
 }
 
@@ -200,7 +216,8 @@ TEST(ProcessWindow, IsAskedToCloseWhenItsTitleSaysFinished) {
   // The window may belong to a child of the program that was started.
   EXPECT_EQ(process::LaunchAndWatch({"/bin/sh", "-c", "\"$0\" working Finished; exit $?", titled}, 1), 5u);
   // Another title closes nothing.
-  QTimer::singleShot(1000, [] {
+  const OnceAProgramRuns meanwhile([] {
+    spin(1000);
     for (auto* program : process::Program::running()) program->stop();
   });
   EXPECT_EQ(process::LaunchAndWatch({titled, "working", "almost FINISHED"}, 1), 128u + 15);

@@ -405,14 +405,14 @@ TEST_F(Watch, OneBoxAtATimeAndItsEndIsNoFocusGain) {
     other->inconsistentDate();
     wait(20);
     EXPECT_EQ(boxes.boxes.size(), 1u) << "no box on top of the box";
-    document->Timer1->setInterval(4000);
+    document->Timer1->setInterval(4'000'000);
   });
   emit document->cmx->GotFocus();
   EXPECT_EQ(boxes.boxes.size(), 1u);
   emit document->cmx->GotFocus();   // the box gives it back
   EXPECT_EQ(boxes.boxes.size(), 1u) << "or a vanished file would never let go";
   EXPECT_TRUE(document->Timer1->isActive());
-  EXPECT_GT(document->Timer1->remainingTime(), 3000) << "the time counts from the end of the box";
+  EXPECT_GT(document->Timer1->remainingTime(), 3'000'000) << "the time counts from the end of the box";
   boxes.answer(Answer::ok);
   emit document->cmx->GotFocus();   // a real one
   EXPECT_EQ(boxes.boxes.size(), 2u);

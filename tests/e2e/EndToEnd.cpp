@@ -20,6 +20,7 @@
 #include "language/Registration.h"
 #include "language/ucCM.h"
 #include "tests/e2e/Cases.h"
+#include "tests/support/EventLoop.h"
 #include "tests/support/files/FaultyFileSystem.h"
 
 using namespace Qt::StringLiterals;
@@ -115,7 +116,7 @@ Result runProgram(const Case& one, const QString& folder) {
                                              sourceFolder() + u"/config/Zelkor.ini"_s, u"--output"_s, u"out"_s, u"--"_s, folder + u'/' + name});
   program.write(placed(one.standardInput, folder));
   program.closeWriteChannel();
-  EXPECT_TRUE(program.waitForFinished(30000));
+  EXPECT_TRUE(program.waitForFinished(kPatience));
   return {read(folder + u"/out/"_s + name), program.readAllStandardOutput(), program.readAllStandardError(), program.exitCode()};
 }
 

@@ -12,6 +12,7 @@
 #include "control/PdfFile.h"
 #include "control/VSPrinter.h"
 #include "print/PrintSettings.h"
+#include "tests/support/EventLoop.h"
 
 using namespace Qt::StringLiterals;
 
@@ -63,7 +64,7 @@ class PdfPages : public testing::Test {
   QString run(const QString& program, const QStringList& arguments) {
     QProcess process;
     process.start(program, arguments);
-    EXPECT_TRUE(process.waitForFinished(60000) && process.exitCode() == 0) << program.toStdString() << process.readAllStandardError().toStdString();
+    EXPECT_TRUE(process.waitForFinished(kPatience) && process.exitCode() == 0) << program.toStdString() << process.readAllStandardError().toStdString();
     return QString::fromUtf8(process.readAllStandardOutput());
   }
   QString info() { return run(u"pdfinfo"_s, {path()}); }

@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
   if (arguments.size() < 5) return 2;
   const QString key = QStringLiteral("Software\\Zelkor Editor\\Global");
   RegistryFile store(arguments[1]);
-  store.setLockPatience(60000);
+  store.setLockPatience(600'000);
   store.create(registry::kLocalMachine, key);
   const int count = arguments[3].toInt(), every = arguments[4].toInt();
   struct stat mark {};

@@ -3,9 +3,12 @@
 //   exit N              ends with that code
 //   out TEXT err TEXT   any number of pairs: prints to that channel
 //   sleep MS            sleeps (before what follows)
+//   await FILE          waits until FILE is there (before what follows), five minutes at most
+//   hold FIFO           opens FIFO for writing, and so holds it until it ends
 //   ignore              ignores polite requests to end (before what follows)
 //   flood N             prints N lines of 100 characters
-//   child FILE MS       starts a copy of itself that creates FILE after MS milliseconds, and goes on at once
+//   child ...           starts a copy of itself that does what follows, and does nothing more itself but sleep for five minutes
+//   orphan ...          the same, and ends at once
 //   touch FILE          creates FILE
 //   fds                 prints the numbers of the open channels
 //   stdin               prints how many bytes it can read
@@ -38,15 +41,21 @@ int main(int argc, char** argv) {
     } else if (what == "sleep") {
       std::fflush(stdout);
       ::usleep(useconds_t(std::atoi(next())) * 1000);
+    } else if (what == "await") {
+      const char* const file = next();
+      for (int n = 0; n < 300'000 && ::access(file, F_OK) != 0; n += 5) ::usleep(5000);
+    } else if (what == "hold") {
+      if (::open(next(), O_WRONLY) < 0) return 1;
     } else if (what == "ignore") {
       ::signal(SIGTERM, SIG_IGN);
       ::signal(SIGHUP, SIG_IGN);
     } else if (what == "flood") {
       const std::string line(99, 'x');
       for (long n = std::atol(next()); n > 0; --n) std::puts(line.c_str());
-    } else if (what == "child") {
-      const std::string file = next(), time = next();
-      if (::fork() == 0) ::execl("/proc/self/exe", argv[0], "sleep", time.c_str(), "touch", file.c_str(), nullptr);
+    } else if (what == "child" || what == "orphan") {
+      if (::fork() == 0) ::execv("/proc/self/exe", argv + i);
+      if (what == "child") ::sleep(300);
+      return 0;
     } else if (what == "touch") {
       ::close(::open(next(), O_WRONLY | O_CREAT, 0600));
     } else if (what == "fds") {

@@ -1,5 +1,5 @@
 // Shows a window with the title of its first argument, changes it to that of the second one after 300 ms, and ends with code 5
-// when its window is asked to close, with 6 when that does not happen within ten seconds.
+// when its window is asked to close, with 6 when that does not happen within two minutes.
 #ifdef ZELKOR_XCB
 
 #include <poll.h>
@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
   xcb_map_window(c, window);
   xcb_flush(c);
   int code = 6;
-  for (int tick = 0; tick < 100 && code == 6; ++tick) {
+  for (int tick = 0; tick < 1200 && code == 6; ++tick) {
     if (tick == 3) entitle(argv[2]);
     pollfd wait{xcb_get_file_descriptor(c), POLLIN, 0};
     ::poll(&wait, 1, 100);

@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QProcess>
 
+#include "tests/support/EventLoop.h"
+
 class Xvfb {
  public:
   Xvfb() {
@@ -13,7 +15,7 @@ class Xvfb {
                                                     QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
                                                     QStringLiteral("-noreset")});
     QByteArray number;
-    while (!number.contains('\n') && server_.waitForReadyRead(20000)) number += server_.readAllStandardOutput();
+    while (!number.contains('\n') && server_.waitForReadyRead(kPatience)) number += server_.readAllStandardOutput();
     if (number.contains('\n')) display_ = ":" + number.trimmed();
     before_ = qgetenv("DISPLAY");
     if (!display_.isEmpty()) qputenv("DISPLAY", display_);
@@ -22,7 +24,7 @@ class Xvfb {
     if (before_.isEmpty()) qunsetenv("DISPLAY");
     else qputenv("DISPLAY", before_);
     server_.terminate();
-    server_.waitForFinished();
+    server_.waitForFinished(kPatience);
   }
   Xvfb(const Xvfb&) = delete;
   Xvfb& operator=(const Xvfb&) = delete;
