@@ -14,13 +14,13 @@ inline void spin(int milliseconds) {
   loop.exec();
 }
 
-// True as soon as the condition holds; false when it never did.
+// True as soon as the condition holds; false when it did not within the time.
 template <class Condition>
-bool spinUntil(Condition condition) {
+bool spinUntil(Condition condition, int milliseconds = kPatience) {
   QElapsedTimer clock;
   clock.start();
   while (!condition()) {
-    if (clock.elapsed() > kPatience) return false;
+    if (clock.elapsed() > milliseconds) return false;
     spin(5);
   }
   return true;
