@@ -3,7 +3,8 @@
 //
 // Always holds: nothing is written before the first change; then what was typed is in the file within kWriteMs or kWriteEdits
 // edits, and on the platter within kSyncMs. The file goes only after saved() or discard(). The living owner holds a lock on
-// it. One writer serves all journals of the program: all file calls are made on its thread, in the order of the changes.
+// it. One writer serves all journals of the program: their records are written on its thread, in the order of the changes.
+// What a disk may take long for, syncs and whole texts in place of grown journals, is done on a second one meanwhile.
 // When writing fails nothing else happens than that failure() says why; it is tried again, whole, each kRetryMs.
 #pragma once
 
@@ -15,7 +16,7 @@
 
 namespace text {
 
-inline constexpr std::int64_t kJournalWriteMs = 100, kJournalSyncMs = 3000, kJournalRetryMs = 5000;
+inline constexpr std::int64_t kJournalWriteMs = 50, kJournalSyncMs = 3000, kJournalRetryMs = 5000;
 inline constexpr std::size_t kJournalWriteEdits = 25;
 
 class Journal;
@@ -31,11 +32,12 @@ struct JournalLimits {
 class JournalWriter {
  public:
   using Clock = std::function<std::int64_t()>;   // milliseconds, never going back
+  using Later = std::function<void(std::function<void()>)>;
 
   // The folder is made when the first journal is; 0700, the files 0600.
   explicit JournalWriter(std::string folder);
-  // Without a thread: work() does what is due by this clock.
-  JournalWriter(std::string folder, Clock clock);
+  // Without threads: work() does what is due by this clock, and slow work is given to `later`, to be run before the writer goes.
+  JournalWriter(std::string folder, Clock clock, Later later = [](const std::function<void()>& work) { work(); });
   ~JournalWriter();   // writes what was not written yet; journals stay where they are
   JournalWriter(const JournalWriter&) = delete;
   JournalWriter& operator=(const JournalWriter&) = delete;
