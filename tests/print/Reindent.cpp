@@ -1,7 +1,14 @@
-// Re-indentation: the words, the stack, the plain way and the careful one.
+// Re-indentation: the words, the stack, the plain way and the careful one, the latter by the shipped definitions.
 #include "print/Reindent.h"
 
 #include <gtest/gtest.h>
+
+#include <QFile>
+#include <QRegularExpression>
+
+#include "control/LanguageTable.h"
+#include "language/Registration.h"
+#include "language/ucCM.h"
 
 namespace {
 
@@ -13,44 +20,48 @@ QString list(const char* words) {
 
 QStringList lines(const QString& text) { return text.split(u'\n'); }
 
+QString indented(const QStringList& in, const std::vector<int>& indents) {
+  QStringList out;
+  for (qsizetype i = 0; i < in.size(); ++i) out << QString(indents[static_cast<std::size_t>(i)], u' ') + in[i].mid(leadingLength(in[i]));
+  return out.join(u'\n');
+}
+
 QString plain(const QString& text, const BlockWords& words, int unit) {
   const QStringList in = lines(text);
-  const auto indents = indentsByFirstWord([&](qint64 i) { return in[i]; }, in.size(), words, unit);
-  QStringList out;
-  for (qsizetype i = 0; i < in.size(); ++i) out << QString(indents[static_cast<std::size_t>(i)], u' ') + in[i].mid(leadingLength(in[i]));
-  return out.join(u'\n');
+  return indented(in, indentsByFirstWord([&](qint64 i) { return in[i]; }, in.size(), words, unit));
 }
 
-text::LanguageTables verilogLike() {
-  text::LanguageTables t;
-  t.caseSensitive = true;
-  t.singleComments = {"//"};
-  t.multiCommentStart = {"/*"};
-  t.multiCommentEnd = {"*/"};
-  t.stringDelims = {"\""};
-  return t;
-}
-text::LanguageTables vhdlLike() {
-  text::LanguageTables t;
-  t.singleComments = {"--"};
-  t.stringDelims = {"\""};
-  return t;
-}
-
-QString careful(const QString& text, const BlockWords& words, int unit, const text::LanguageTables& tables) {
+QString careful(const QString& text, const BlockWords& words, int unit, const text::Highlighter* highlighter) {
   const QStringList in = lines(text);
-  const text::Highlighter highlighter(tables);
-  const auto indents = indentsByWholeLine([&](qint64 i) { return in[i]; }, in.size(), words, unit, &highlighter, 4);
-  QStringList out;
-  for (qsizetype i = 0; i < in.size(); ++i) out << QString(indents[static_cast<std::size_t>(i)], u' ') + in[i].mid(leadingLength(in[i]));
-  return out.join(u'\n');
+  return indented(in, indentsByWholeLine([&](qint64 i) { return in[i]; }, in.size(), words, unit, highlighter, 8));
 }
 
-QString flat(const QString& text) {
-  QStringList out;
-  for (const QString& line : lines(text)) out << line.mid(leadingLength(line));
-  return out.join(u'\n');
+QString flat(const QString& text) { return indented(lines(text), std::vector<int>(std::size_t(text.count(u'\n') + 1))); }
+
+QString source(const QString& path) {
+  QFile file(qEnvironmentVariable("ZELKOR_SOURCE", QStringLiteral(".")) + u'/' + path);
+  EXPECT_TRUE(file.open(QFile::ReadOnly)) << path.toStdString();
+  return QString::fromUtf8(file.readAll()).remove(u'\r');
 }
+
+// The definitions that come with the program.
+class ReindentShipped : public testing::Test {
+ protected:
+  ReindentShipped() {
+    manager.setIniFile(qEnvironmentVariable("ZELKOR_SOURCE", QStringLiteral(".")) + QStringLiteral("/config/Zelkor.ini"));
+    manager.Init();
+    AddLanguages(*manager.Languages());
+  }
+  ~ReindentShipped() override { RemoveLanguages(); }
+  const clsLang& language(const QString& extension) {
+    const int index = manager.GetLangFromExt(extension);
+    EXPECT_GT(index, 0) << extension.toStdString();
+    return *manager.Languages()->Item(index);
+  }
+  static BlockWords wordsOf(const clsLang& language) { return {language.BlockStart, language.BlockEnd, language.BlockMid}; }
+
+  ucCM manager;
+};
 
 }  // namespace
 
@@ -129,155 +140,41 @@ TEST(Reindent, ByFirstWordGoesOnBeyondSixtyBlocks) {
   EXPECT_EQ(indents.back(), 0);
 }
 
-// The careful way gives well-formed code back as it was, from flat lines and from itself.
-TEST(Reindent, ByWholeLineVerilog) {
-  const BlockWords words(list("module begin case function task fork generate wait~ disable~ typedef~"),
-                         list("endmodule end endcase endfunction endtask join endgenerate"), QString());
-  const QString code = QStringLiteral(R"(`timescale 1ns/1ps
-// begin is no block in a comment
-module m #(
-  parameter W = 8
-) (
-  input  wire clk,
-  output reg  q
-);
-  wire a = "begin";
-  assign b = a &
-    c;
-  always @(posedge clk)
-    if (a) begin
-      q <= 1;
-    end else begin
-      q <= 0;
-    end
-  always @*
-    if (a)
-      x = 1;
-    else
-      x = 2;
-  always @(posedge clk) begin : name
-    case (s)
-      A: q <= 0;
-      B: begin
-        q <= 1;
-      end
-      default: q <= 2;
-    endcase
-  end
-  function f(input i); begin f = i; end endfunction
-  initial begin
-    wait fork;
-    fork
-      t;
-    join
-  end
-  /* a block
-     comment */
-  genvar i;
-  generate
-    for (i = 0; i < 4; i = i + 1) begin : g
-      sub u (.a(a),
-        .b(b));
-    end
-  endgenerate
-endmodule
-module n;
-endmodule)");
-  EXPECT_EQ(careful(code, words, 2, verilogLike()).toStdString(), code.toStdString());
-  EXPECT_EQ(careful(flat(code).replace(QLatin1String("comment */"), QLatin1String("   comment */")), words, 2, verilogLike()).toStdString(),
-            code.toStdString());
+// The careful way leaves well-formed code as it is and makes it anew from flat lines; what was aligned by hand cannot come back.
+TEST_F(ReindentShipped, CodeStaysAsItIs) {
+  struct Case {
+    const char* file;
+    int unit;
+    const char* byHand = nullptr;   // lines that flat text does not give back; null: it is not tried
+  };
+  const Case cases[] = {{"Samples/sample.v", 2, "^ *(START|SHIFT|STOP ) = 2'd"}, {"Samples/sample1.vhd", 2, "^$"}, {"Samples/palasm.pds", 2},
+                        {"Samples/report.scr", 2}, {"Samples/wave.do", 4}, {"Samples/timspec.ucf", 2},
+                        {"tests/print/reindent/module.v", 2, "^     comment"}, {"tests/print/reindent/package.sv", 2},
+                        {"tests/print/reindent/entity.vhd", 2}, {"tests/print/reindent/architecture.vhd", 2},
+                        {"tests/print/reindent/braces.c", 4}, {"tests/print/reindent/class.cc", 4}, {"tests/print/reindent/proc.tcl", 2},
+                        {"tests/print/reindent/switch.tcl", 4}, {"tests/print/reindent/if.sh", 2}};
+  for (const auto& c : cases) {
+    const QString code = source(QLatin1String(c.file));
+    const clsLang& language = this->language(QString::fromLatin1(c.file).section(u'.', -1));
+    const auto highlighter = LanguageTable::find(language.Name);
+    for (const bool isFlat : {false, true}) {
+      if (isFlat && !c.byHand) continue;
+      const QStringList expected = lines(code), found = lines(careful(isFlat ? flat(code) : code, wordsOf(language), c.unit, highlighter.get()));
+      for (qsizetype i = 0; i < expected.size(); ++i) {
+        if (isFlat && QRegularExpression(QLatin1String(c.byHand)).match(expected[i]).hasMatch()) continue;
+        EXPECT_EQ(found[i].toStdString(), expected[i].toStdString()) << c.file << ':' << i + 1 << (isFlat ? ", from flat lines" : "");
+      }
+    }
+  }
 }
 
-TEST(Reindent, ByWholeLineVhdl) {
-  const BlockWords words(list("entity- architecture component process if case* loop for while generate function- record wait~ attribute~ "
-                              "entity architecture function use~"),
-                         list("end"), list("begin else elsif when"));
-  const QString code = QStringLiteral(R"(library ieee;
-use ieee.std_logic_1164.all;
-entity e is
-  port (
-    a : in  std_logic;
-    b : out std_logic
-  );
-end entity e;
-architecture rtl of e is
-  attribute keep of rtl : architecture is "true";
-  function f (a : bit) return bit;
-  type t is record
-    x : bit;
-  end record;
-begin
-  u : entity work.sub
-    port map (
-      a => a
-    );
-  p : process (clk)
-    variable v : bit;
-  begin
-    if rst = '1' then
-      q <= '0';
-    elsif rising_edge(clk) then
-      case s is
-        when idle =>
-          q <= '1';
-        when others =>
-          null;
-      end case;
-    end if;
-    wait for 10 ns;
-    for i in 0 to 7 loop
-      if v then x; end if;
-      y;
-    end loop;
-  end process p;
-end architecture rtl;)");
-  EXPECT_EQ(careful(code, words, 2, vhdlLike()).toStdString(), code.toStdString());
-}
-
-TEST(Reindent, ByWholeLineBraces) {
-  const BlockWords words(list("{"), list("}"), list("case default"));
-  text::LanguageTables c = verilogLike();
-  c.keywords = {"#if", "#endif", "#define"};
-  const QString code = QStringLiteral(R"(#define X 1
-int f(int a,
-      int b) {
-    if (a) {
-        g();
-    } else if (b) {
-        h("}");
-    } else
-        i();
-#if X
-    int t[] = {1, 2};
-#endif
-    switch (a) {
-    case 1:
-        break;
-    default:
-        return;
-    }
-    while (a &&
-           b) {
-        x = {1,
-            2};
-    }
-    long_call(a,
-              b);
-}
-struct s {
-    int x;
-};)");
-  EXPECT_EQ(careful(code, words, 4, c).toStdString(), code.toStdString());
-  text::LanguageTables tcl;
-  tcl.singleComments = {"#"};
-  tcl.stringDelims = {"\""};
-  const QString script = QStringLiteral("proc p {a} {\n  set x 1\n  if {$a} {\n    puts a\n  } else {\n    puts b\n  }\n  foo a \\\n    b\n  set y 2\n}");
-  EXPECT_EQ(careful(script, words, 2, tcl).toStdString(), script.toStdString());
+TEST_F(ReindentShipped, LanguagesWhoseBlocksAreBlanksListNoWords) {
+  for (const char* extension : {"py", "yaml", "mk"}) EXPECT_TRUE(wordsOf(language(QLatin1String(extension))).isEmpty()) << extension;
 }
 
 TEST(Reindent, ByWholeLineSurvivesUnbalancedText) {
   const BlockWords words(list("begin"), list("end"), QString());
-  EXPECT_EQ(careful(QStringLiteral("end\nend\nbegin\nx;"), words, 2, verilogLike()).toStdString(), "end\nend\nbegin\n  x;");
+  EXPECT_EQ(careful(QStringLiteral("end\nend\nbegin\nx;"), words, 2, nullptr).toStdString(), "end\nend\nbegin\n  x;");
   const QString brackets = QStringLiteral(")\n)]\n(((\nx\n;\nend ] begin");
-  EXPECT_EQ(flat(careful(brackets, words, 2, verilogLike())).toStdString(), brackets.toStdString());
+  EXPECT_EQ(flat(careful(brackets, words, 2, nullptr)).toStdString(), brackets.toStdString());
 }

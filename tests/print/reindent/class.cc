@@ -1,0 +1,28 @@
+template <typename T>
+class X : public Y {
+    Q_DISABLE_COPY(X)
+public:
+    X()
+        : a(1),
+          b(2)
+    {
+        if (a) return;
+        switch (b) {
+        case 1:
+            g();
+            break;
+        default: h();
+        }
+        for (int i = 0; i < 3; ++i)
+            if (i)
+                k([&] {
+                    l();
+                });
+    }
+#define M(x) \
+  do { \
+  } while (0)
+private:
+    enum { A, B,
+        C };
+};
