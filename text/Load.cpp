@@ -269,11 +269,9 @@ std::string makeFolders(const std::string& path, unsigned mode) {
     const int r = fileSystem().makeDirAt(FileSystem::kCwd, part, mode);
     if (r == 0) continue;
     FileStatus status;
-    if (fileSystem().statAt(FileSystem::kCwd, part, true, &status) == 0) {
-      if (status.isDirectory()) continue;
-      return errorText(ENOTDIR);
-    }
-    return errorText(r);
+    const int there = fileSystem().statAt(FileSystem::kCwd, part, true, &status);
+    if (there == 0 && status.isDirectory()) continue;
+    return errorText(there == 0 ? -ENOTDIR : r == -EEXIST ? there : r);
   }
   return {};
 }

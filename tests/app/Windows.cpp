@@ -113,6 +113,8 @@ TEST_F(Windows, SecondWindowOnOneText) {
   frmDocument* second = main->activeDocument();
   ASSERT_NE(second, first);
   EXPECT_EQ(main->DocCount, 2);
+  EXPECT_EQ(second->LanguageIndex(), 1);
+  EXPECT_EQ(second->views(), 2);
   second->cmx->SetSel({1, 0, 1, 3, false});
   second->cmx->ReplaceSel(q("TWO"));
   EXPECT_EQ(first->cmx->GetLine(1), q("TWO"));

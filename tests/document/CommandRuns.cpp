@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QFile>
 #include <QKeyEvent>
-#include <random>
 
 #include "base/Program.h"
 #include "document/Process.h"
@@ -178,7 +177,7 @@ TEST(CommandRuns, StateDoesNotOutliveARun) {
   EXPECT_EQ(frame.cmx().GetLine(0), u"one two!"_s);
 }
 
-TEST(CommandRuns, UntitledDocumentsHaveNoPath) {
+TEST(CommandRuns, UntitledDocumentsHaveNoPathAndReadOnlyFilesSaySo) {
   RunFrame frame;
   frame.document->setUntitled(u"Untitled 3.x.y"_s, u"/some/folder"_s);
   QString text = u"$Name|$Path|$Title|$Stem"_s;
@@ -188,10 +187,6 @@ TEST(CommandRuns, UntitledDocumentsHaveNoPath) {
   EXPECT_EQ(lines[0], u"Path          : /some/folder/Untitled 3.x.y"_s);
   EXPECT_EQ(lines[1], u"Last Modified : "_s);
   EXPECT_FALSE(lines.contains(u"Read Only"_s));
-}
-
-TEST(CommandRuns, ReadOnlyFilesSaySo) {
-  RunFrame frame;
   testing_files::TempFolder folder;
   testing_files::writeRaw(folder / "f.txt", "text");
   const QString path = QString::fromStdString(folder / "f.txt");
@@ -209,27 +204,3 @@ TEST(CommandRuns, UsageLeavesTheSearchSettingsAlone) {
   EXPECT_EQ(frame.cmx().SearchCaseSensitive(), before.options.matchCase);
 }
 
-TEST(CommandRuns, RandomLinesNeverLeaveARunHanging) {
-  RunFrame frame;
-  std::mt19937 random(9);
-  const QStringList pieces{u"cmd"_s, u"LOG"_s, u"EDIT"_s, u"$"_s, u"$Output"_s, u"$Input("_s, u" "_s, u"ECHO "_s, u"USAGE "_s, u" -c"_s, u"SEL"_s,
-                           u"GET"_s, u"\x01"_s, u"\r"_s, u"\n"_s, u";"_s, u"LINEDOWN"_s, u"SELECTAREA"_s, u"9999999999"_s, u"NORMALEDIT"_s, QString(QChar(0xDC80))};
-  for (int round = 0; round < 300; ++round) {
-    ScriptedDialogs dialogs;
-    QString commands;
-    for (int n = int(random() % 30); n > 0; --n) commands += pieces[int(random() % std::size_t(pieces.size()))];
-    // Prompts and failures may come, one each at most is answered; the rest is not there.
-    commands.remove(u"$Input("_s);
-    const bool fails = [&] {
-      for (const QString& line : QString(commands).replace(u'\r', u'\n').split(u'\n', Qt::SkipEmptyParts)) {
-        QString probe = line;
-        mCMXParser::SubstituteVariables(probe);
-        if (!mCMXParser::ExecuteStatement(probe)) return true;
-      }
-      return false;
-    }();
-    if (fails) dialogs.answer(Answer::ok);
-    EXPECT_EQ(frame.run(commands).ending, fails ? Ending::invalid : Ending::done) << qPrintable(commands);
-    EXPECT_FALSE(gBusy());
-  }
-}

@@ -126,14 +126,6 @@ TEST_F(Document, FailedSaveSaysWhyAndStaysModified) {
   EXPECT_TRUE(document->DocumentModified());
   EXPECT_EQ(document->CurrentFileName(), path("a.txt"));
   EXPECT_EQ(read(path("a.txt")), "old\n");
-
-  // A character that does not fit the file's encoding is found before anything is written.
-  document->cmx->setFileFormat({text::Encoding::latin1, false});
-  document->cmx->setText(QString::fromUtf8("\xE2\x82\xAC"));
-  boxes.answer(Answer::ok);
-  EXPECT_FALSE(document->SaveDocumment(path("a.txt")));
-  EXPECT_TRUE(boxes.last().text.startsWith(q("File Save Error : ")));
-  EXPECT_EQ(read(path("a.txt")), "old\n");
 }
 
 // S14: a disk that takes its time, and a person who types on. Keys that were pressed meanwhile come when the save is over; what
@@ -402,38 +394,6 @@ TEST_F(DocumentClose, WindowGoesOrStays) {
   main.calls.clear();
   EXPECT_TRUE(nameless.close());
   EXPECT_TRUE(main.calls.isEmpty());
-}
-
-TEST_F(DocumentClose, SecondWindowSharesAllButTheCaret) {
-  ScriptedDialogs boxes;
-  auto first = opened(write("a.v", "one\ntwo\n"), 1);
-  auto second = std::make_unique<frmDocument>(*first);
-  main.open << second.get();
-  EXPECT_EQ(second->CurrentFileName(), first->CurrentFileName());
-  EXPECT_EQ(second->LanguageIndex(), 1);
-  EXPECT_EQ(second->views(), 2);
-  select(*first, 1, 1, 1, 1);
-  EXPECT_EQ(second->CurrentPosition(), (CmPosition{0, 0}));
-  second->cmx->InsertText(q("//"), {0, 0});
-  EXPECT_EQ(first->cmx->Text(), q("//one\ntwo\n"));
-  EXPECT_EQ(first->windowTitle(), q("a.v*"));
-  EXPECT_TRUE(second->close()) << "the other window still shows the text: nothing to ask";
-  second.reset();
-  EXPECT_EQ(first->views(), 1);
-  boxes.answer(Answer::cancel);
-  EXPECT_FALSE(first->close());
-}
-
-TEST_F(DocumentClose, TitlesAreNames) {
-  ScriptedDialogs boxes;
-  for (const char* name : {"a[*].v", "<b>x</b>.v", "%1%s.v", "a&b.v"}) {
-    const auto document = opened(write(QByteArray(name).replace('/', '_').constData(), "x"));
-    const QString title = QString::fromUtf8(QByteArray(name).replace('/', '_'));
-    EXPECT_EQ(document->CurrentFileTitle(), title);
-    document->cmx->setText(q("y"));
-    EXPECT_EQ(document->Caption(), title + u'*');
-    main.open.clear();
-  }
 }
 
 }  // namespace

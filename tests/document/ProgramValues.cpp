@@ -105,20 +105,3 @@ TEST(ProgramValues, H2_AreEachPartOfOneArgument) {
   std::printf("%d programs started with values of %zu variables\n", started, statements::variables().size() - 2);
 }
 
-// The same values in every statement that is not about programs: none of them starts one.
-TEST(ProgramValues, H2_StartNothingInOtherStatements) {
-  QTemporaryDir folder;
-  const QString canary = folder.filePath(u"canary"_s);
-  const QString touch = u"touch "_s + canary;
-  RunFrame frame;
-  for (const QString& clip : {u"SHELLW "_s + touch, u"\r\nSHELLW "_s + touch, u"\nSHELL "_s + touch + u"\n"_s, u"x\rSHELLW "_s + touch}) {
-    QGuiApplication::clipboard()->setText(clip);
-    for (const QString& line : {u"ECHO $Clip"_s, u"$Clip"_s, u"cmdSETFINDTEXT $Clip"_s, u"USAGE $Clip"_s}) {
-      ScriptedDialogs boxes;
-      const bool complains = line.startsWith(u'$');   // a statement that only a value made means nothing
-      if (complains) boxes.answer(Answer::ok);
-      EXPECT_EQ(frame.run(line).ending == mCMXParser::Ending::invalid, complains);
-      EXPECT_FALSE(QFile::exists(canary)) << qPrintable(line);
-    }
-  }
-}

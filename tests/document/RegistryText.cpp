@@ -159,16 +159,3 @@ TEST(RegistryText, AnyTextComesBack) {
   }
 }
 
-TEST(RegistryText, Q1_FlippedBytesNeverCrash) {
-  const QByteArray whole = full().toBytes();
-  std::mt19937 random(11);
-  for (int round = 0; round < 3000; ++round) {
-    QByteArray bytes = whole;
-    for (int n = 1 + int(random() % 3); n > 0; --n) bytes[qsizetype(random() % std::size_t(bytes.size()))] = char(random());
-    RegistryText text;
-    if (text.parse(bytes)) {
-      RegistryText again;
-      EXPECT_TRUE(again.parse(text.toBytes()));
-    }
-  }
-}

@@ -9,15 +9,14 @@
 #include <cerrno>
 #include <random>
 
+#include "base/Program.h"
 #include "document/RegistryFile.h"
 #include "document/RegistryText.h"
 #include "document/clsRegistry.h"
 #include "document/modRegistry.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/ScriptedDialogs.h"
-#include "tests/support/files/CrashFileSystem.h"
-#include "tests/support/files/FaultyFileSystem.h"
-#include "tests/support/files/TempFolder.h"
+#include "tests/support/files/SaveSweep.h"
 
 using namespace Qt::StringLiterals;
 using namespace testing_files;
@@ -244,83 +243,29 @@ TEST(SettingsFile, C1_ProcessesWritingAtOnceLoseNothing) {
   EXPECT_TRUE(held.hasValue(u"HKEY_CURRENT_USER\\Other"_s, u"x"_s)) << "what others keep in the file";
 }
 
-// C2 as S5: at any moment of writing the settings out, whatever a power cut leaves of it is the old file or the new one; and
-// the new one once it was reported as written.
-TEST(SettingsFile, C2_EveryStateAfterAPowerCutIsOldOrNew) {
-  for (const bool isNew : {false, true}) {
-    CrashFileSystem disk(DiskState{{"/home/user/other", "untouched"}});
-    const UseFileSystem use(disk);
-    const QString path = u"/home/user/settings.reg"_s;
-    RegistryFile store(path);
-    if (!isNew) {
-      write(store, u"A"_s, 1);
-      ASSERT_EQ(store.flush(), 0);
-    }
-    const std::string old = isNew ? std::string() : disk.now().at(path.toStdString());
-    std::vector<std::pair<std::string, DiskState>> states;
-    FaultyFileSystem watched(disk);
-    int code = 0;
-    {
-      const UseFileSystem watch(watched);
-      watched.before([&](const Call& call) {
-        for (const DiskState& state : disk.afterPowerCut(400)) states.emplace_back("before " + call.name, state);
-      });
-      write(store, u"A"_s, 2);
-      write(store, u"B"_s, u"text"_s);
-      code = store.flush();
-    }
-    ASSERT_EQ(code, 0);
-    const std::string fresh = disk.now().at(path.toStdString());
-    EXPECT_GT(states.size(), 10u);
-    for (const auto& [when, state] : states) {
-      const auto found = state.find(path.toStdString());
-      if (found == state.end()) {
-        EXPECT_TRUE(isNew) << when;
-      } else {
-        ASSERT_TRUE(found->second == fresh || (!isNew && found->second == old)) << when;
-      }
-    }
-    for (const DiskState& state : disk.afterPowerCut(400)) ASSERT_EQ(state.at(path.toStdString()), fresh) << "it was reported as written";
-  }
-}
-
-// Whatever the file was cut to, the store starts with its defaults or with the whole of it, keeps the damaged bytes, and tells once.
-TEST(SettingsFile, C2_CutAtEveryByteItIsSetAsideAndToldOnce) {
-  CrashFileSystem disk(DiskState{{"/home/user/other", "untouched"}});
-  const UseFileSystem use(disk);
-  const QString path = u"/home/user/settings.reg"_s;
-  {
-    RegistryFile store(path);
-    write(store, u"A"_s, 7);
-    write(store, u"T"_s, u"a text of\r\ntwo lines"_s);
-    ASSERT_EQ(store.flush(), 0);
-  }
-  const std::string whole = disk.now().at(path.toStdString());
-  int damaged = 0;
-  for (std::size_t length = 0; length < whole.size(); ++length) {
-    CrashFileSystem cut(DiskState{{path.toStdString(), whole.substr(0, length)}});
-    const UseFileSystem useCut(cut);
-    ScriptedDialogs dialogs;
-    std::size_t told = 0;
-    for (int start = 0; start < 2; ++start) {   // the next start finds nothing to tell
-      if (cut.now().contains(path.toStdString())) dialogs.answer(Answer::ok);
-      RegistryFile store(path);
-      QVariant value;
-      store.read(kLocalMachine, kKey, u"A"_s, &value);
-      store.read(kLocalMachine, kKey, u"T"_s, &value);
-      if (value.isValid()) {
-        EXPECT_EQ(value, u"a text of\r\ntwo lines"_s) << length;
-        dialogs.messageBox({}, {}, Icon::none, Buttons::ok);   // the answer that was not needed
-        told = 2;
-        break;
-      }
-      told = dialogs.boxes.size();
-      EXPECT_EQ(told, 1u) << length;
-      EXPECT_EQ(cut.now().at("/home/user/settings.damaged.reg"), whole.substr(0, length));
-    }
-    damaged += told == 1;
-  }
-  EXPECT_GE(damaged, int(whole.size()) - 2);
+TEST(SettingsFile, S2_C2_AWriteLeavesTheOldFileOrTheNewOne) {
+  const QString key = u"HKEY_LOCAL_MACHINE\\"_s + kKey;
+  RegistryText old;
+  old.setValue(key, u"A"_s, 1);
+  std::unique_ptr<RegistryFile> store;
+  QString status;
+  setStatusSink([&](const QString& text) { status = text; });
+  SweptSave what;
+  what.old = old.toBytes().toStdString();
+  what.prepare = [&](const std::string& path) {
+    EXPECT_TRUE(text::saveBytes(path + ".lock", "", 0600).ok());   // it stays beside the settings
+    store = std::make_unique<RegistryFile>(QString::fromStdString(path));
+    write(*store, u"A"_s, 2);
+    status.clear();
+  };
+  what.save = [&](const std::string&) { return store->flush() == 0; };
+  what.told = [&] { return status.toStdString(); };
+  what.isFresh = [&](const std::string& bytes) {
+    RegistryText text;
+    return text.parse(QByteArray::fromStdString(bytes)) && text.value(key, u"A"_s) == 2;
+  };
+  sweepSave(what);
+  setStatusSink({});
 }
 
 TEST(SettingsFile, C2_ADamagedFileIsKeptAndToldOnce) {
@@ -380,38 +325,6 @@ TEST(SettingsFile, HugeAndUnreadableFilesGiveDefaults) {
   EXPECT_NE(folderThere.flush(), 0);
   EXPECT_TRUE(QFileInfo(path).isDir());
   EXPECT_EQ(dialogs.boxes.size(), 2u);
-}
-
-TEST(SettingsFile, S2_AnyFailingCallKeepsTheOldFileAndTheChange) {
-  for (const int error : {EIO, ENOSPC, EROFS, EACCES}) {
-    for (int call = 1; call < 200; ++call) {
-      TempFolder folder;
-      const QString path = settingsFile(folder);
-      RegistryFile store(path);
-      write(store, u"A"_s, 1);
-      ASSERT_EQ(store.flush(), 0);
-      const std::string before = readRaw(path.toStdString());
-      write(store, u"A"_s, 2);
-      int code = 0;
-      std::size_t calls = 0;
-      {
-        FaultyFileSystem faulty;
-        const UseFileSystem use(faulty);
-        faulty.failCall(call, error);
-        code = store.flush();
-        calls = faulty.log().size();
-        EXPECT_EQ(faulty.openDescriptors(), 0);
-      }
-      const std::string after = readRaw(path.toStdString());
-      if (code != 0) {
-        EXPECT_TRUE(after == before || valueIn(path, u"A"_s) == 2) << "call " << call;
-        EXPECT_EQ(store.flush(), 0) << "the change was not forgotten";
-      }
-      EXPECT_EQ(valueIn(path, u"A"_s), 2) << "call " << call << " error " << error;
-      EXPECT_EQ(folder.names(), (std::vector<std::string>{"settings.reg", "settings.reg.lock"})) << "call " << call;
-      if (std::size_t(call) > calls) break;
-    }
-  }
 }
 
 TEST(SettingsFile, ALockHeldByAnotherIsWaitedForAndThenReported) {

@@ -357,14 +357,6 @@ TEST_F(Watch, DeclinedOrVanishedTextIsOfferedForSaving) {
   EXPECT_FALSE(document->DocumentModified());
 }
 
-TEST_F(Watch, SavingAVanishedFileAsksNothing) {
-  ScriptedDialogs boxes;
-  const auto document = opened(write("a.v", "mine\n"));
-  QFile::remove(path("a.v"));
-  EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
-  EXPECT_EQ(read(path("a.v")), "mine\n");
-}
-
 TEST_F(Watch, RestsWhereItShould) {
   ScriptedDialogs boxes;
   frmDocument untitled;

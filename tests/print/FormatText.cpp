@@ -14,9 +14,8 @@ namespace {
 struct Hdl {
   colLangs all;
   std::shared_ptr<clsLang> language;
-  explicit Hdl(bool caseSensitive = false) {
+  Hdl() {
     language = all.Add(QStringLiteral("format-test"));
-    language->isCaseSensitive = caseSensitive;
     language->Keywords = QStringLiteral("begin\r\nend\r\nif\r\n");
     language->BlockStart = QStringLiteral("begin\r\n");
     language->BlockEnd = QStringLiteral("end\r\n");
@@ -71,22 +70,6 @@ TEST(FormatText, EachStep) {
   }
 }
 
-TEST(FormatText, LineEnds) {
-  CodeMax cmx;
-  cmx.setText(QStringLiteral("a\nb\n"));
-  FormatChoices choices;
-  choices.lineEnds = 2;
-  cmx.setModified(false);
-  FormatIt(cmx, nullptr, choices);
-  EXPECT_TRUE(cmx.EnableCRLF());
-  EXPECT_TRUE(cmx.Modified());
-  EXPECT_EQ(cmx.model()->snapshot().bytes({text::ByteOffset(0), text::ByteOffset(100)}), "a\r\nb\r\n");
-  choices.lineEnds = 1;
-  FormatIt(cmx, nullptr, choices);
-  EXPECT_FALSE(cmx.EnableCRLF());
-  EXPECT_EQ(cmx.model()->snapshot().bytes({text::ByteOffset(0), text::ByteOffset(100)}), "a\nb\n");
-}
-
 TEST(FormatText, SearchOfThePersonStays) {
   searchState() = {};
   searchState().findText = QStringLiteral("mine");
@@ -102,28 +85,14 @@ TEST(FormatText, SearchOfThePersonStays) {
   searchState() = {};
 }
 
-TEST(FormatText, SelectionAndReadOnlyAndCase) {
-  Hdl hdl(true);
+TEST(FormatText, ReadOnlyTextStays) {
   CodeMax cmx;
-  cmx.setLanguage(QStringLiteral("format-test"));
-  cmx.setText(QStringLiteral("begin\nx\ny\nend"));
-  cmx.SetSel({2, 0, 2, 1, false});
-  FormatChoices choices;
-  choices.indent = 3;
-  choices.selectionOnly = true;
-  FormatIt(cmx, hdl.language.get(), choices);
-  EXPECT_EQ(textOf(cmx), "begin\nx\n  y\nend");
-  choices = {};
-  choices.mainCase = 1;
-  EXPECT_TRUE(caseMatters(choices, hdl.language.get()));
-  FormatIt(cmx, hdl.language.get(), choices);
-  EXPECT_EQ(textOf(cmx), "begin\nx\n  y\nend") << "the language tells upper from lower";
-  choices.changeCaseAnyway = true;
+  cmx.setText(QStringLiteral("a\tb"));
   cmx.setReadOnly(true);
-  EXPECT_NE(FormatIt(cmx, hdl.language.get(), choices).error, QString());
-  cmx.setReadOnly(false);
-  FormatIt(cmx, hdl.language.get(), choices);
-  EXPECT_EQ(textOf(cmx), "begin\nX\n  Y\nend");
+  FormatChoices choices;
+  choices.tabs = 1;
+  EXPECT_NE(FormatIt(cmx, nullptr, choices).error, QString());
+  EXPECT_EQ(textOf(cmx), "a\tb");
 }
 
 TEST(FormatText, RandomTextsLoseNothing) {

@@ -22,6 +22,8 @@ public:
 #define M(x) \
   do { \
   } while (0)
+private slots:
+    void done();
 private:
     enum { A, B,
         C };
