@@ -5,7 +5,6 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -20,9 +19,16 @@
 #include "document/modRegistry.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
+#include "tests/support/EventLoop.h"
 #include "tests/support/ScriptedDialogs.h"
+#include "tests/support/files/TempFolder.h"
 
 inline QString q(const char* text) { return QString::fromUtf8(text); }
+
+// In memory where that can be: a busy disk that takes seconds for a sync would meet the editor's patience with disks.
+inline QTemporaryDir memoryFolder() {
+  return QTemporaryDir(QString::fromStdString(testing_files::TempFolder::base(testing_files::TempFolder::Where::memory)) + q("/zelkor-test-XXXXXX"));
+}
 
 class FrameFixture : public testing::Test {
  protected:
@@ -91,15 +97,11 @@ class FrameFixture : public testing::Test {
     return all;
   }
   static void wait(int ms) {
-    const QDeadlineTimer end(ms);
-    do {
-      QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-      QThread::usleep(500);
-    } while (!end.hasExpired());
+    settle(ms);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
 
-  QTemporaryDir dir;
+  QTemporaryDir dir = memoryFolder();
   ucCM manager;
   ucCM* managerBefore = nullptr;
   QString folderBefore;

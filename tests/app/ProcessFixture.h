@@ -119,7 +119,7 @@ class ProcessRun : public testing::Test {
     return file.fileName();
   }
 
-  QTemporaryDir dir_;
+  QTemporaryDir dir_ = memoryFolder();
   QString program_;
   QProcessEnvironment environment_;
   std::vector<std::unique_ptr<QProcess>> processes_;

@@ -157,15 +157,15 @@ TEST_F(Windows, TheLogComesBackWhereItWas) {
   EXPECT_EQ(dock(), nullptr) << "never shown";
   main->showLog();
   main->addDockWidget(Qt::RightDockWidgetArea, dock());
-  wait(20);
+  ASSERT_TRUE(spinUntil([&] { return dock()->property("placed").toBool(); }));
+  wait(20);   // else its own first size came behind this one
   main->resizeDocks({dock()}, {250}, Qt::Horizontal);
-  wait(20);
-  ASSERT_EQ(dock()->width(), 250);
+  ASSERT_TRUE(spinUntil([&] { return dock()->width() == 250; }));
   again();
   ASSERT_NE(dock(), nullptr);
   EXPECT_TRUE(dock()->isVisible());
   EXPECT_EQ(main->dockWidgetArea(dock()), Qt::RightDockWidgetArea);
-  EXPECT_EQ(dock()->width(), 250);
+  EXPECT_TRUE(spinUntil([&] { return dock()->width() == 250; })) << dock()->width();
   dock()->setFloating(true);
   dock()->setGeometry(40, 50, 300, 200);
   again();

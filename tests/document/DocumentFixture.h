@@ -3,16 +3,14 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QThread>
 
 #include "document/Languages.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
 #include "tests/document/FakeFrame.h"
+#include "tests/support/EventLoop.h"
 #include "tests/support/ScriptedDialogs.h"
 
 class DocumentFixture : public testing::Test {
@@ -64,13 +62,7 @@ class DocumentFixture : public testing::Test {
     main.active = document.get();
     return document;
   }
-  static void wait(int ms) {
-    const QDeadlineTimer end(ms);
-    do {
-      QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-      QThread::usleep(500);
-    } while (!end.hasExpired());
-  }
+  static void wait(int ms) { settle(ms); }
   static void select(frmDocument& document, qint64 line, qint64 column, qint64 endLine, qint64 endColumn) {
     document.cmx->SetSel({line, column, endLine, endColumn, false});
   }

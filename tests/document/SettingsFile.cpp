@@ -171,7 +171,7 @@ TEST(SettingsFile, C1_ChangesOfOthersAreKept) {
 TEST(SettingsFile, C1_ProcessesWritingAtOnceLoseNothing) {
   const bool full = qEnvironmentVariableIntValue("ZELKOR_FULL") != 0;
   const int count = 1000, endless = 1'000'000, every = full ? 4 : 40, mostKills = full ? 60 : 5;
-  TempFolder folder;
+  TempFolder folder(TempFolder::Where::memory);
   const QString path = settingsFile(folder);
   writeRaw(path.toStdString(), "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Other]\r\n\"x\"=hex(b):01,02\r\n");
   const QString program = qEnvironmentVariable("ZELKOR_BIN") + u"/settings_writer"_s;

@@ -10,12 +10,15 @@
 namespace testing_files {
 namespace fs = std::filesystem;
 
-TempFolder::TempFolder(Where where) {
-  std::random_device random;
+std::string TempFolder::base(Where where) {
   const fs::path memory = "/dev/shm";
   std::error_code none;
-  const auto base = where == Where::memory && fs::is_directory(memory, none) ? memory : fs::temp_directory_path();
-  do path_ = (base / ("zelkor-test-" + std::to_string(random()))).string();
+  return (where == Where::memory && fs::is_directory(memory, none) ? memory : fs::temp_directory_path()).string();
+}
+
+TempFolder::TempFolder(Where where) {
+  std::random_device random;
+  do path_ = base(where) + "/zelkor-test-" + std::to_string(random());
   while (!fs::create_directory(path_));
 }
 

@@ -12,6 +12,7 @@ class TempFolder {
  public:
   enum class Where { disk, memory };   // memory: a file system in memory where there is one, for many syncs
   explicit TempFolder(Where where = Where::disk);
+  static std::string base(Where where);   // the folder in which it is made
   ~TempFolder();
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
