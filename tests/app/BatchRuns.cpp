@@ -13,10 +13,6 @@ class BatchRuns : public ProcessRun {
     *error = QString::fromUtf8(process.readAllStandardError());
     return ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
   }
-  QByteArray read(const QString& name) const {
-    QFile file(dir_.filePath(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
-  }
 };
 
 TEST_F(BatchRuns, WhatIsMissingIsToldAndNothingRuns) {

@@ -1,14 +1,10 @@
 // The real main frame in a folder of its own, with scripted boxes and two languages.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <QAction>
 #include <QApplication>
-#include <QFile>
 #include <QMdiArea>
 #include <QMdiSubWindow>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include "app/FrameMenus.h"
@@ -20,17 +16,10 @@
 #include "language/Registration.h"
 #include "language/ucCM.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/OwnFolder.h"
 #include "tests/support/ScriptedDialogs.h"
-#include "tests/support/files/TempFolder.h"
 
-inline QString q(const char* text) { return QString::fromUtf8(text); }
-
-// In memory where that can be: a busy disk that takes seconds for a sync would meet the editor's patience with disks.
-inline QTemporaryDir memoryFolder() {
-  return QTemporaryDir(QString::fromStdString(testing_files::TempFolder::base(testing_files::TempFolder::Where::memory)) + q("/zelkor-test-XXXXXX"));
-}
-
-class FrameFixture : public testing::Test {
+class FrameFixture : public testing::Test, protected OwnFolder {
  protected:
   FrameFixture() {
     auto verilog = manager.Languages()->Add(q("Verilog"));
@@ -63,17 +52,6 @@ class FrameFixture : public testing::Test {
     QDir::setCurrent(folderBefore);
   }
 
-  QString path(const char* name) const { return dir.filePath(q(name)); }
-  QString write(const char* name, const QByteArray& bytes = "text\n") const {
-    QFile file(path(name));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-    return path(name);
-  }
-  static QByteArray read(const QString& name) {
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-  }
   frmDocument* open(const char* name, const QByteArray& bytes = "text\n") {
     bool ok = false;
     main->mainOpenFile(write(name, bytes), ok);
@@ -101,7 +79,6 @@ class FrameFixture : public testing::Test {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
 
-  QTemporaryDir dir = memoryFolder();
   ucCM manager;
   ucCM* managerBefore = nullptr;
   QString folderBefore;

@@ -14,18 +14,9 @@ class OwnFiles : public ProcessRun {
     QDir().mkpath(folder);
     settings_ = folder + q("/settings.reg");
   }
-  void put(const QByteArray& bytes) const {
-    QFile file(settings_);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-  }
-  static QByteArray bytesOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
-  }
   // As the registry editor of old reads it: without the mark and every second byte.
   QString settings() const {
-    const QByteArray bytes = bytesOf(settings_);
+    const QByteArray bytes = read(settings_);
     return QString(reinterpret_cast<const QChar*>(bytes.constData()), bytes.size() / 2);
   }
   QString settings_;
@@ -35,11 +26,11 @@ class OwnFiles : public ProcessRun {
 
 TEST_F(OwnFiles, C2_ADamagedSettingsFileIsSetAsideAndToldOnce) {
   const QByteArray torn = "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\Softw";
-  put(torn);
+  write(settings_, torn);
   QProcess& first = startFirst();
   const QString aside = QFileInfo(settings_).path() + q("/settings.damaged.reg");
   for (QElapsedTimer timer = started(); !QFile::exists(aside) && timer.elapsed() < kPatience;) QThread::msleep(5);
-  EXPECT_EQ(bytesOf(aside), torn);
+  EXPECT_EQ(read(aside), torn);
   ASSERT_TRUE(untilItIsListenedTo()) << "other copies do not wait for the box that tells it";
   MsgSender sender;
   ASSERT_TRUE(sender.connectTo(socketPath()));
@@ -51,11 +42,11 @@ TEST_F(OwnFiles, C2_ADamagedSettingsFileIsSetAsideAndToldOnce) {
   QFile::remove(socketPath());   // startFirst() waits for the new one
   startFirst();
   EXPECT_EQ(run({}), 0) << "the next start has nothing to tell";
-  EXPECT_EQ(bytesOf(aside), torn);
+  EXPECT_EQ(read(aside), torn);
 }
 
 TEST_F(OwnFiles, C3_SettingsOfOtherVersionsStay) {
-  put("Windows Registry Editor Version 5.00\r\n\r\n; a remark\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Global]\r\n"
+  write(settings_, "Windows Registry Editor Version 5.00\r\n\r\n; a remark\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Global]\r\n"
       "\"FUTURE\"=hex(b):01,02,03,04,05,06,07,08\r\n\"CURDIR\"=\"/\"\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Tomorrow]\r\n\"x\"=dword:00000007\r\n");
   QProcess& first = startFirst({write(q("a.v"))});
   EXPECT_EQ(run({}), 0);

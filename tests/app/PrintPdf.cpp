@@ -1,16 +1,10 @@
 // Printing from the command line: the options, and runs of the real program.
-#include <gtest/gtest.h>
-
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-
 #include "app/PrintArguments.h"
 #include "print/PrintSettings.h"
-#include "tests/support/EventLoop.h"
+#include "tests/app/ProcessFixture.h"
 
 using namespace Qt::StringLiterals;
+using PrintPdfRun = ProcessRun;
 
 TEST(PrintPdf, Options) {
   PrintSettings s;
@@ -37,44 +31,24 @@ TEST(PrintPdf, Options) {
   EXPECT_FALSE(asksForPdf({u"--"_s, u"--print-pdf"_s}));
 }
 
-TEST(PrintPdf, RunsWithoutADisplay) {
-  const QTemporaryDir folder;
-  const auto write = [&](const QString& name, const QByteArray& bytes) {
-    QDir(folder.path()).mkpath(QFileInfo(name).path());
-    QFile file(folder.filePath(name));
-    ASSERT_TRUE(file.open(QFile::WriteOnly) && file.write(bytes) == bytes.size());
-  };
+TEST_F(PrintPdfRun, WithoutADisplay) {
+  for (const char* folder : {"other", "out"}) QDir(dir_.path()).mkdir(q(folder));
   write(u"a.v"_s, "module a; // first\nendmodule\n");
   write(u"b.vhd"_s, "entity b is end;\n");
   write(u"other/a.v"_s, "module other; endmodule\n");
-  QDir(folder.path()).mkpath(u"out"_s);
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  for (const char* gone : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) environment.remove(QLatin1String(gone));
-  for (const char* place : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME"}) environment.insert(QLatin1String(place), folder.path());
-  QByteArray errors;
-  const auto run = [&](const QStringList& arguments) {
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(folder.path());
-    process.start(QString::fromLocal8Bit(qgetenv("ZELKOR_BIN")) + u"/zelkor"_s, arguments);
-    EXPECT_TRUE(process.waitForFinished(kPatience));
-    errors = process.readAllStandardError();
-    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-  };
-  const auto pdf = [&](const QString& name) {
-    QFile file(folder.filePath(name));
-    return file.open(QFile::ReadOnly) && file.read(5) == "%PDF-";
-  };
-  EXPECT_EQ(run({u"--line-numbers"_s, u"--print-pdf"_s, u"all.pdf"_s, u"a.v"_s, u"b.vhd"_s}), 0) << errors.constData();
+  for (const char* gone : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) environment_.remove(q(gone));
+  const auto errors = [this] { return processes_.back()->readAllStandardError(); };
+  const auto pdf = [this](const QString& name) { return read(name).startsWith("%PDF-"); };
+  EXPECT_EQ(run({u"--line-numbers"_s, u"--print-pdf"_s, u"all.pdf"_s, u"a.v"_s, u"b.vhd"_s}), 0) << errors().constData();
   EXPECT_TRUE(pdf(u"all.pdf"_s));
-  EXPECT_EQ(run({u"--print-pdf=out"_s, u"a.v"_s, u"b.vhd"_s}), 0) << errors.constData();
+  EXPECT_EQ(run({u"--print-pdf=out"_s, u"a.v"_s, u"b.vhd"_s}), 0) << errors().constData();
   EXPECT_TRUE(pdf(u"out/a.v.pdf"_s) && pdf(u"out/b.vhd.pdf"_s));
   EXPECT_EQ(run({u"--print-pdf=out"_s, u"a.v"_s, u"other/a.v"_s}), 2) << "two of one name";
-  EXPECT_TRUE(errors.contains("a.v.pdf"));
+  EXPECT_TRUE(errors().contains("a.v.pdf"));
   EXPECT_EQ(run({u"--print-pdf"_s, u"no/folder/x.pdf"_s, u"a.v"_s}), 2);
-  EXPECT_TRUE(errors.contains("No such file")) << errors.constData();
+  EXPECT_TRUE(errors().contains("No such file"));
   EXPECT_EQ(run({u"--print-pdf"_s, u"part.pdf"_s, u"missing.v"_s, u"b.vhd"_s}), 2);
-  EXPECT_TRUE(errors.contains("missing.v"));
+  EXPECT_TRUE(errors().contains("missing.v"));
   EXPECT_TRUE(pdf(u"part.pdf"_s)) << "what can be read is printed";
   EXPECT_EQ(run({u"--print-pdf"_s, u"x.pdf"_s}), 2);
   EXPECT_EQ(run({u"--print-pdf"_s, u"--help"_s}), 0);

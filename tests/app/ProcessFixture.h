@@ -113,10 +113,14 @@ class ProcessRun : public testing::Test {
   }
   static std::string lines(const QStringList& names) { return names.join(u'\n').toStdString(); }
   QString write(const QString& name, const QByteArray& bytes = "text\n") {
-    QFile file(dir_.filePath(name));
+    QFile file(QDir(dir_.path()).filePath(name));
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(bytes);
     return file.fileName();
+  }
+  QByteArray read(const QString& name) const {
+    QFile file(QDir(dir_.path()).filePath(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
   }
 
   QTemporaryDir dir_ = memoryFolder();

@@ -12,23 +12,18 @@
 
 namespace {
 
-class StartArguments : public testing::Test {
+class StartArguments : public testing::Test, protected OwnFolder {
  protected:
-  void put(const char* name) {
-    QFile file(dir.filePath(q(name)));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  }
   std::string files(const QStringList& arguments) {
     QStringList all;
     for (const FilePlace& file : parseArguments(arguments, dir.path()).files)
       all << file.text().replace(dir.path() + u'/', QString());
     return all.join(u'|').toStdString();
   }
-  QTemporaryDir dir;
 };
 
 TEST_F(StartArguments, FilesAndPlaces) {
-  for (const char* name : {"a.v", "b:7", "c:1:2", "+5"}) put(name);
+  for (const char* name : {"a.v", "b:7", "c:1:2", "+5"}) write(name);
   struct Case {
     QStringList arguments;
     const char* files;

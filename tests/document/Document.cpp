@@ -4,6 +4,7 @@
 
 #include <QContextMenuEvent>
 #include <QKeyEvent>
+#include <QThread>
 
 #include "control/Pane.h"
 #include "document/modRegistry.h"
@@ -11,8 +12,6 @@
 #include "tests/support/files/FaultyFileSystem.h"
 
 namespace {
-
-QString q(const char* text) { return QString::fromUtf8(text); }
 
 class Document : public DocumentFixture {};
 class DocumentLanguage : public DocumentFixture {};

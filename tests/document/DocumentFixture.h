@@ -1,19 +1,15 @@
 // Documents in a folder of their own, with a fake frame, scripted boxes and two languages.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <QFile>
-#include <QTemporaryDir>
-
 #include "document/Languages.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
 #include "tests/document/FakeFrame.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/OwnFolder.h"
 #include "tests/support/ScriptedDialogs.h"
 
-class DocumentFixture : public testing::Test {
+class DocumentFixture : public testing::Test, protected OwnFolder {
  protected:
   DocumentFixture() {
     const auto add = [this](const char* name, const char* extensions, const char* token) {
@@ -38,18 +34,6 @@ class DocumentFixture : public testing::Test {
     setLanguages(before);
   }
 
-  QString path(const char* name) const { return dir.filePath(QString::fromUtf8(name)); }
-  QString write(const char* name, const QByteArray& bytes) const {
-    QFile file(path(name));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_EQ(file.write(bytes), bytes.size());
-    return path(name);
-  }
-  static QByteArray read(const QString& name) {
-    QFile file(name);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
-    return file.readAll();
-  }
   // A document as the frame makes it from a file.
   std::unique_ptr<frmDocument> opened(const QString& name, int language = 0) {
     auto document = std::make_unique<frmDocument>();
@@ -62,12 +46,10 @@ class DocumentFixture : public testing::Test {
     main.active = document.get();
     return document;
   }
-  static void wait(int ms) { settle(ms); }
   static void select(frmDocument& document, qint64 line, qint64 column, qint64 endLine, qint64 endColumn) {
     document.cmx->SetSel({line, column, endLine, endColumn, false});
   }
 
-  QTemporaryDir dir;
   ucCM manager;
   ucCM* before = nullptr;
   FakeFrame main;

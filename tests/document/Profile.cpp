@@ -10,8 +10,6 @@ namespace {
 
 using namespace modRegistry;
 
-QString q(const char* text) { return QString::fromUtf8(text); }
-
 class Profile : public DocumentFixture {
  protected:
   Profile() {

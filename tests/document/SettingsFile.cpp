@@ -249,17 +249,23 @@ TEST(SettingsFile, S2_C2_AWriteLeavesTheOldFileOrTheNewOne) {
   old.setValue(key, u"A"_s, 1);
   std::unique_ptr<RegistryFile> store;
   QString status;
+  std::string at;
   setStatusSink([&](const QString& text) { status = text; });
   SweptSave what;
   what.old = old.toBytes().toStdString();
   what.prepare = [&](const std::string& path) {
     EXPECT_TRUE(text::saveBytes(path + ".lock", "", 0600).ok());   // it stays beside the settings
-    store = std::make_unique<RegistryFile>(QString::fromStdString(path));
+    store = std::make_unique<RegistryFile>(QString::fromStdString(at = path));
     write(*store, u"A"_s, 2);
     status.clear();
   };
   what.save = [&](const std::string&) { return store->flush() == 0; };
-  what.told = [&] { return status.toStdString(); };
+  what.told = [&] {
+    const std::string told = status.toStdString();
+    EXPECT_EQ(store->flush(), 0);
+    EXPECT_TRUE(what.isFresh(readRaw(at))) << "the change was not forgotten";
+    return told;
+  };
   what.isFresh = [&](const std::string& bytes) {
     RegistryText text;
     return text.parse(QByteArray::fromStdString(bytes)) && text.value(key, u"A"_s) == 2;

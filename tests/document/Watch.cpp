@@ -9,7 +9,6 @@
 
 namespace {
 
-QString q(const char* text) { return QString::fromUtf8(text); }
 const char kGone[] = "The source of this file cannot be found, please re-save it";
 
 class Watch : public DocumentFixture {
@@ -100,7 +99,7 @@ TEST_F(WatchWays, AreNoticedOnFocusAndOnTheTimer) {
       if (byTimer) {
         document->Timer1->setSingleShot(true);
         document->Timer1->start(1);
-        for (int i = 0; i < 400 && (i < 20 || way.seen != Seen::nothing) && boxes.boxes.empty(); ++i) wait(2);
+        for (int i = 0; i < 400 && (i < 20 || way.seen != Seen::nothing) && boxes.boxes.empty(); ++i) settle(2);
         document->Timer1->stop();
       } else {
         emit document->cmx->GotFocus();
@@ -366,7 +365,7 @@ TEST_F(Watch, RestsWhereItShould) {
   write("a.v", "new text\n");
   main.minimised = true;
   document->Timer1->start(1);
-  wait(30);
+  settle(30);
   EXPECT_TRUE(boxes.boxes.empty()) << "a minimised frame asks nothing";
   document->Timer1->stop();
   main.minimised = false;
@@ -395,7 +394,7 @@ TEST_F(Watch, OneBoxAtATimeAndItsEndIsNoFocusGain) {
     emit document->cmx->LostFocus();   // to the box
     document->Timer1->start(1);
     other->inconsistentDate();
-    wait(20);
+    settle(20);
     EXPECT_EQ(boxes.boxes.size(), 1u) << "no box on top of the box";
     document->Timer1->setInterval(4'000'000);
   });

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "control/LanguageTable.h"
 #include "print/AddIns.h"
 #include "tests/support/ScriptedDialogs.h"
 
@@ -66,26 +65,9 @@ TEST(LineTools, ColumnizeAsksAndIsOneStep) {
   EXPECT_EQ(c.text(), "a,b\naaa,b\nx,y");
 }
 
-TEST(LineTools, ColumnizeOptions) {
-  CmLanguage language;
-  language.StringDelims = QStringLiteral("\"\n");
-  language.SingleLineComments = QStringLiteral("//\n");
-  LanguageTable::registerLanguage(QStringLiteral("columns-test"), language);
-  Control code("f(\",\"),a // x,y\nggggg,b", {0, 0, 1, 1, false});
-  code.cmx.setLanguage(QStringLiteral("columns-test"));
-  ColumnizeOptions options;
-  options.codeOnly = true;
-  Columnize(code.cmx, code.cmx.GetSel(true), QStringLiteral(","), options);
-  EXPECT_EQ(code.text(), "f(\",\"),a // x,y\nggggg ,b");
-
-  Control groups("a,b\nccc,d\n\na,b\ncc,d", {0, 0, 4, 1, false});
-  options = {};
-  options.groupsApart = true;
-  EXPECT_EQ(Columnize(groups.cmx, groups.cmx.GetSel(true), QStringLiteral(","), options), 2);
-  EXPECT_EQ(groups.text(), "a  ,b\nccc,d\n\na ,b\ncc,d");
-
+TEST(LineTools, ColumnizeWithinABlock) {
   Control block("a,b,c\naaa,b,c", {0, 2, 1, 6, true});
-  options = {};
+  ColumnizeOptions options;
   options.withinBlock = true;
   Columnize(block.cmx, CmRange{0, 2, 1, 6, true}, QStringLiteral(","), options);
   EXPECT_EQ(block.text(), "a,b,c\naaa,b,c") << "only the second commas lie in the block, and they stand in columns 4 and 6";

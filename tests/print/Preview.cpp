@@ -229,21 +229,9 @@ TEST_F(Preview, NoPrinterOffersAPdf) {
   dialogs.answer(Answer::yes).answerSave(path);
   EXPECT_TRUE(printPages(document, nullptr));
   EXPECT_TRUE(QFile::exists(path));
-}
-
-TEST_F(Preview, PdfThatCannotBeWrittenIsToldAndLeavesTheOldOne) {
-  const QTemporaryDir folder;
-  const PrintDocument document = laidOut(u"text"_s);
-  ScriptedDialogs dialogs;
-  dialogs.answerSave(u"/nonexistent/folder/a.pdf"_s).answer(Answer::ok);
-  EXPECT_FALSE(savePdf(document, u"a"_s, nullptr));
-  EXPECT_TRUE(dialogs.last().text.startsWith(u"File Save Error : "_s));
-  // A printer of the desktop's print dialog may be a file too.
-  dialogs.answer(Answer::ok);
-  EXPECT_FALSE(savePages(document, 1, 1, u"/nonexistent/folder/a.pdf"_s));
-  EXPECT_TRUE(dialogs.last().text.startsWith(u"File Save Error : "_s));
-  EXPECT_TRUE(savePages(laidOut(lines(200)), 2, 2, folder.filePath(u"b.pdf"_s)));
-  QFile pdf(folder.filePath(u"b.pdf"_s));
+  // A printer of the desktop's print dialog may be a file too, and its pages may be chosen.
+  EXPECT_TRUE(savePages(laidOut(lines(200)), 2, 2, path));
+  QFile pdf(path);
   ASSERT_TRUE(pdf.open(QFile::ReadOnly));
   EXPECT_TRUE(pdf.readAll().contains("/Count 1"));
 }
