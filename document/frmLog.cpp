@@ -131,9 +131,9 @@ void frmLog::Form_Unload() {
 }
 
 void frmLog::resizeEvent(QResizeEvent* event) {
-  const auto* const bar = findChild<QToolBar*>(u"logToolBar"_s);
+  auto* const bar = findChild<QToolBar*>(u"logToolBar"_s);
   const int width = bar->sizeHint().width();
-  findChild<QToolBar*>(u"logToolBar"_s)->setGeometry(0, 0, width, height());
+  bar->setGeometry(0, 0, width, height());
   cmx->setGeometry(width, 0, std::max(0, this->width() - width), height());
   QWidget::resizeEvent(event);
 }

@@ -19,6 +19,14 @@
 
 namespace {
 QString tr(const char* text) { return QCoreApplication::translate("PrintJob", text); }
+
+// From 1, both included; a printer of which nothing was chosen says 0.
+struct PageRange {
+  int first, last;
+  PageRange(const QPrinter& printer, const PrintDocument& document) : first(std::max(1, printer.fromPage())), last(static_cast<int>(document.pages.size())) {
+    if (printer.toPage() > 0) last = std::min(last, printer.toPage());
+  }
+};
 }  // namespace
 
 bool printPages(const PrintDocument& document, QWidget* parent) {
@@ -39,15 +47,13 @@ bool printPages(const PrintDocument& document, QWidget* parent) {
     if (dialog.exec() != QDialog::Accepted) return false;
   }
   // The dialog offers a file as well; the tool kit would empty the old one first.
-  const int count = static_cast<int>(document.pages.size());
-  if (const QString file = printer.outputFileName(); !file.isEmpty())
-    return savePages(document, std::max(1, printer.fromPage()), printer.toPage() > 0 ? std::min(printer.toPage(), count) : count, file);
+  const PageRange pages(printer, document);
+  if (const QString file = printer.outputFileName(); !file.isEmpty()) return savePages(document, pages.first, pages.last, file);
   return sendPages(printer, document, parent);
 }
 
 bool sendPages(QPrinter& printer, const PrintDocument& document, QWidget* parent) {
-  const int count = static_cast<int>(document.pages.size());
-  const int first = printer.fromPage() > 0 ? printer.fromPage() : 1, last = printer.toPage() > 0 ? std::min(printer.toPage(), count) : count;
+  const auto [first, last] = PageRange(printer, document);
   QPainter painter;
   const auto failed = [&] {
     MsgBox(tr("The printer \"%1\" could not print the pages.").arg(printer.printerName()), tr("Zelkor Printing"));

@@ -41,30 +41,6 @@ TEST_F(ProcessRun, FilesAreHandedOverInOrderFromWhereTheyWereTyped) {
   EXPECT_TRUE(socketPath().isEmpty());
 }
 
-TEST_F(ProcessRun, ManyAtOnceAreAllActedOn) {
-  // Nobody runs yet: one becomes the first, and what the others bring is lost by none.
-  QStringList names;
-  for (int i = 0; i < 8; ++i) names << write(q("p%1.v").arg(i));
-  for (const QString& name : names) start({name});
-  QProcess* first = nullptr;
-  QElapsedTimer timer = started();
-  for (;;) {
-    int running = 0;
-    for (const auto& process : processes_) {
-      process->waitForFinished(1);
-      if (process->state() == QProcess::NotRunning) continue;
-      ++running;
-      first = process.get();
-    }
-    if (running == 1 || timer.elapsed() > kPatience) {
-      ASSERT_EQ(running, 1);
-      break;
-    }
-  }
-  EXPECT_EQ(endAndListFiles(*first, true), lines(names));
-  for (const auto& process : processes_) EXPECT_EQ(process->exitCode(), 0);
-}
-
 TEST_F(ProcessRun, ADeadFirstCopyIsReplaced) {
   const QString a = write(q("a.v"));
   QProcess& dead = startFirst();

@@ -15,8 +15,6 @@ using mCMXParser::Ending;
 
 namespace {
 
-QString startee() { return qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s) + u"/startee"_s; }
-
 // The started program waits until the test lets it go on.
 struct Gate {
   QString wait() const { return startee() + u" await "_s + QString::fromStdString(folder / "go"); }

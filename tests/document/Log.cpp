@@ -15,8 +15,6 @@ using Stream = frmLog::Stream;
 
 namespace {
 
-std::string startee() { return qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s).toStdString() + "/startee"; }
-
 void doubleClick(frmLog& log, qint64 line, qint64 column) {
   log.cmx->SetSel({line, column, line, column, false});
   log.cmx_DblClick();
@@ -85,8 +83,7 @@ TEST(Log, L1_ControlCharactersAreEscapedAndTextStaysOut) {
   ASSERT_TRUE(loaded);
   frame.active->setFile(path);
   frame.cmx().InsertText(u"typed and never saved"_s, {0, 0});
-  const QString program = qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s) + u"/startee"_s;
-  frame.run(u"ECHO a\x1B[2Jb\nFILEINFO\ncmdSELECTALL\ncmdUPPERCASESELECTION\nSHELLW %1 out \"c\a\u200Bd\" err \"e\u202Ef\"\n"_s.arg(program));
+  frame.run(u"ECHO a\x1B[2Jb\nFILEINFO\ncmdSELECTALL\ncmdUPPERCASESELECTION\nSHELLW %1 out \"c\a\u200Bd\" err \"e\u202Ef\"\n"_s.arg(startee()));
   const QString log = frame.logWindow->Text();
   for (const QString& part : {u"a<U+001B>[2Jb"_s, u"two\\nlines<U+202E>.v"_s, u"c<U+0007><U+200B>d"_s, u"e<U+202E>f"_s})
     EXPECT_TRUE(log.contains(part)) << qPrintable(part) << "\n" << qPrintable(log);
@@ -97,7 +94,7 @@ TEST(Log, L1_ControlCharactersAreEscapedAndTextStaysOut) {
 TEST(Log, ProgramOutputComesByLinesAndWithItsEnd) {
   frmLog log;
   int error = 0;
-  auto* const program = process::Program::start({startee(), "out", "\xC3\xA9 one", "err", "two", "exit", "4"}, 1, &error);
+  auto* const program = process::Program::start({startee().toStdString(), "out", "\xC3\xA9 one", "err", "two", "exit", "4"}, 1, &error);
   ASSERT_NE(program, nullptr);
   log.watch(*program);
   EXPECT_TRUE(log.stopAction->isEnabled());
@@ -206,7 +203,7 @@ TEST(Log, WhatAProgramPrintedIsWalkedFromItsBeginning) {
   const QString path = QString::fromStdString(folder / "top.v");
   frame.logWindow->AppendLog(u"%1:1: of an earlier program\n"_s.arg(path));
   frame.logWindow->cmx->ExecuteCmd(191);
-  frame.run(u"SHELLW %1/startee err %2:2:x out %2:3:x"_s.arg(qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s), path));
+  frame.run(u"SHELLW %1 err %2:2:x out %2:3:x"_s.arg(startee(), path));
   EXPECT_TRUE(frame.logWindow->nextMessage());
   EXPECT_NE(frame.cmx().GetSel(true).StartLineNo, 0);
 }

@@ -51,7 +51,6 @@ class Values {
 TEST(ProgramValues, H2_AreEachPartOfOneArgument) {
   QTemporaryDir folder;
   const QString canary = folder.filePath(u"canary"_s);
-  const QString startee = qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s) + u"/startee"_s;
   Values values(canary);
   RunFrame frame;
   const QString applicationBefore = applicationFolder();
@@ -90,7 +89,7 @@ TEST(ProgramValues, H2_AreEachPartOfOneArgument) {
       frame.logWindow->Clear();
       ScriptedDialogs boxes;
       if (variable.value == Value::output) boxes.answerInput(toQString(value));
-      const auto outcome = frame.run(u"SHELLW %1 args before -x=%2,%2 \"%2\" after"_s.arg(startee, text == u"$Input(?)"_s ? u"$Output0"_s : text)
+      const auto outcome = frame.run(u"SHELLW %1 args before -x=%2,%2 \"%2\" after"_s.arg(startee(), text == u"$Input(?)"_s ? u"$Output0"_s : text)
                                          .prepend(variable.value == Value::output ? u"ECHO $Input(?);\r\nLOGCLEAR\r\n"_s : QString()));
       EXPECT_EQ(outcome.ending, mCMXParser::Ending::done);
       const QByteArray hex = QByteArray::fromStdString(value).toHex();

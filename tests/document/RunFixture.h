@@ -12,6 +12,8 @@
 #include "tests/support/ScriptedDialogs.h"
 #include "tests/support/files/TempFolder.h"
 
+inline QString startee() { return qEnvironmentVariable("ZELKOR_BIN", QStringLiteral("build/dev/bin")) + QStringLiteral("/startee"); }
+
 class RunFrame : public FakeFrame {
  public:
   RunFrame() : logWindow(std::make_unique<frmLog>()), document(std::make_unique<frmDocument>()) {

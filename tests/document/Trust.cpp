@@ -25,8 +25,6 @@ using testing_files::writeRaw;
 
 namespace {
 
-QString startee() { return qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s) + u"/startee"_s; }
-
 // A manager whose one macro leaves a canary behind when its program is started.
 class Trust : public testing::Test {
  protected:

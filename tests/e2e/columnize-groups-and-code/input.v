@@ -1,5 +1,5 @@
 a = 1; // x=y
-bbb = 2;
+bbb = 2; // yy=1
 
 cccccc = "=";
-d = 4;
+d = "xx=";
