@@ -18,7 +18,6 @@ class DocumentLanguage : public DocumentFixture {};
 class DocumentClose : public DocumentFixture {};
 
 TEST_F(Document, LoadTellsTheFrame) {
-  ScriptedDialogs boxes;
   const QString file = write("a.v", "one\ntwo\n");
   frmDocument document;
   EXPECT_FALSE(document.DocumentHasName());
@@ -90,7 +89,6 @@ TEST_F(Document, FirstLineDecidesLineEnds) {
 }
 
 TEST_F(Document, SaveKeepsBytesAndLeavesNothingBehind) {
-  ScriptedDialogs boxes;
   const QByteArray bytes("a\r\nb\nc\0d\xFF\xC3\xA4", 12);
   const auto document = opened(write("mixed.txt", bytes));
   document->cmx->InsertText(q("x"), {0, 0});
@@ -113,7 +111,6 @@ TEST_F(Document, SaveKeepsBytesAndLeavesNothingBehind) {
 }
 
 TEST_F(Document, FailedSaveSaysWhyAndStaysModified) {
-  ScriptedDialogs boxes;
   const auto document = opened(write("a.txt", "old\n"));
   document->cmx->setText(q("new"));
   const QString target = path("no/such/folder/a.txt");
@@ -130,7 +127,6 @@ TEST_F(Document, FailedSaveSaysWhyAndStaysModified) {
 // S14: a disk that takes its time, and a person who types on. Keys that were pressed meanwhile come when the save is over; what
 // changes the text while it is written (a program's output, another window) is not lost either.
 TEST_F(Document, S14_WhatIsTypedDuringASlowSaveStaysModified) {
-  ScriptedDialogs boxes;
   const auto document = opened(write("a.v", "text\n"));
   Pane* const pane = document->cmx->findChild<Pane*>();
   ASSERT_TRUE(pane);
@@ -162,7 +158,6 @@ TEST_F(Document, S14_WhatIsTypedDuringASlowSaveStaysModified) {
 }
 
 TEST_F(Document, WordsSelectionsAndPositions) {
-  ScriptedDialogs boxes;
   const auto document = opened(write("w.v", "alpha beta\ngamma\n"));
   select(*document, 0, 7, 0, 7);
   EXPECT_EQ(document->GetCurrentWord(), q("beta"));
@@ -177,7 +172,6 @@ TEST_F(Document, WordsSelectionsAndPositions) {
 }
 
 TEST_F(Document, EventsOfTheText) {
-  ScriptedDialogs boxes;
   const auto document = opened(write("e.v", "text\n"), 1);
   main.templateQuestions.clear();
   select(*document, 0, 2, 0, 2);
@@ -210,7 +204,6 @@ TEST_F(Document, EventsOfTheText) {
 }
 
 TEST_F(Document, FocusShowsItsState) {
-  ScriptedDialogs boxes;
   const auto unix = opened(write("u.v", "a\n"), 1);
   const auto win = opened(write("w.vhd", "a\r\n"), 2);
   win->cmx->setText(q("changed"));
@@ -232,7 +225,6 @@ TEST_F(Document, FocusShowsItsState) {
 }
 
 TEST_F(Document, OptionsAreStoredByTheControlThatChangedThem) {
-  ScriptedDialogs boxes;
   const auto document = opened(write("p.v", ""), 1);
   const auto other = opened(write("o.v", ""), 1);
   document->cmx->setTabSize(7);
@@ -246,7 +238,6 @@ TEST_F(Document, OptionsAreStoredByTheControlThatChangedThem) {
 // ---- languages and comments
 
 TEST_F(DocumentLanguage, BindsAndUnbinds) {
-  ScriptedDialogs boxes;
   frmDocument document;
   EXPECT_EQ(document.LineComment(), QString());
   document.SetLanguage(1);
@@ -267,7 +258,6 @@ TEST_F(DocumentLanguage, BindsAndUnbinds) {
 }
 
 TEST_F(DocumentLanguage, RefusedDefinitionIsReported) {
-  ScriptedDialogs boxes;
   frmDocument document;
   document.cmx->setText(q("text"));
   boxes.answer(Answer::ok);
@@ -288,7 +278,6 @@ TEST_F(DocumentLanguage, CommentAndUncomment) {
     bool comment;
     const char* expected;
   };
-  ScriptedDialogs boxes;
   for (const Case& c : {
            Case{"ending at column 0 of the fourth", "a\nb\nc\nd\n", {0, 0, 3, 0}, true, "//a\n//b\n//c\n//d\n"},
            Case{"selected backwards", "a\nb\nc\nd\n", {3, 0, 0, 0}, true, "//a\n//b\n//c\n//d\n"},
@@ -329,7 +318,6 @@ TEST_F(DocumentLanguage, CommentAndUncomment) {
 }
 
 TEST_F(DocumentLanguage, CommentingAgainTakesTheSameLines) {
-  ScriptedDialogs boxes;
   const auto document = opened(write("t.v", "a\nbc\nd\n"), 1);
   select(*document, 0, 0, 1, 1);
   const CmRange before = document->cmx->GetSel(false);
@@ -343,7 +331,6 @@ TEST_F(DocumentLanguage, CommentingAgainTakesTheSameLines) {
 // ---- closing
 
 TEST_F(DocumentClose, AsksOnlyAboutChanges) {
-  ScriptedDialogs boxes;
   const auto document = opened(write("a.v", "x\n"));
   EXPECT_FALSE(document->CancelSaveFile());
   EXPECT_TRUE(boxes.boxes.empty());
@@ -375,7 +362,6 @@ TEST_F(DocumentClose, AsksOnlyAboutChanges) {
 }
 
 TEST_F(DocumentClose, WindowGoesOrStays) {
-  ScriptedDialogs boxes;
   auto document = opened(write("a.v", "x\n"));
   document->cmx->setText(q("y"));
   boxes.answer(Answer::cancel);

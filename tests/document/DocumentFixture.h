@@ -53,4 +53,5 @@ class DocumentFixture : public testing::Test, protected OwnFolder {
   ucCM manager;
   ucCM* before = nullptr;
   FakeFrame main;
+  ScriptedDialogs boxes;
 };

@@ -204,7 +204,6 @@ TEST_F(ProfileMenus, HelpAndModified) {
 // ---- file dialogs
 
 TEST_F(ProfileDialogs, OpenAndSaveFollowTheFolder) {
-  ScriptedDialogs boxes;
   const QString filter = q("(*.*)|*.*|Verilog (*.v;*.vh)|*.v;*.vh|None ()||");
   QDir(dir.path()).mkdir(q("sub"));
   int entry = 1;

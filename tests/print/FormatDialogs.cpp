@@ -73,7 +73,6 @@ TEST_F(FormatDialogs, BlanksThatMakeBlocksAreAskedAbout) {
   const auto document = text("a.vhd", "if x:\n    y", 2);   // a language without block words
   frmFormat dialog;
   in<QComboBox>(dialog, "cmbIndent").setCurrentIndex(3);
-  ScriptedDialogs boxes;
   boxes.answer(Answer::no);
   dialog.cmdApply_Click();
   EXPECT_EQ(textOf(*document), "if x:\n    y");
