@@ -183,6 +183,7 @@ TEST(Journal, J1_AKilledProcessLosesAMomentOnly) {
   const char* const asked = std::getenv("ZELKOR_KILLS");
   const int rounds = asked ? std::atoi(asked) : 12;
   const MachinePace pace;
+  std::int64_t cameBack = 0;
   for (int round = 0; round < rounds; ++round) {
     TempFolder folder(TempFolder::Where::memory);
     shared->typed = 0;
@@ -208,6 +209,7 @@ TEST(Journal, J1_AKilledProcessLosesAMomentOnly) {
     ::kill(child, SIGKILL);
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
     const int typed = shared->typed;
     const auto left = leftJournals(folder / "recovery");
     int back = 0;
@@ -221,10 +223,12 @@ TEST(Journal, J1_AKilledProcessLosesAMomentOnly) {
       ASSERT_EQ(got, expected) << "not a beginning of what was typed";
     }
     ASSERT_LE(back, typed + 1);
+    cameBack += back;
     if (typed - back <= 50) continue;
     const std::int64_t since = shared->when[back], still = pace.stoodStill(since, killed);
     EXPECT_LE(killed - since - still, 250) << typed - back << " characters of " << killed - since << " ms lost, stood still " << still;
   }
+  EXPECT_GT(cameBack, 0);
   ::munmap(memory, sizeof(Shared));
 }
 
