@@ -10,35 +10,6 @@ namespace {
 
 using namespace text;
 
-TEST(Marks, SingleEdits) {
-  struct Case {
-    const char* name;
-    std::int64_t begin, end;
-    const char* text;
-    std::int64_t mark, left, right;   // where it goes with left and with right gravity
-  };
-  const Case cases[] = {
-      {"before the edit", 4, 6, "xyz", 3, 3, 3},
-      {"insertion at the mark", 4, 4, "xyz", 4, 4, 7},
-      {"insertion before it", 4, 4, "xyz", 5, 8, 8},
-      {"begin of what is replaced", 4, 6, "xyz", 4, 4, 7},
-      {"inside what is replaced", 4, 6, "xyz", 5, 4, 7},
-      {"end of what is replaced", 4, 6, "xyz", 6, 7, 7},
-      {"inside what is deleted", 4, 8, "", 5, 4, 4},
-      {"behind it", 4, 8, "", 9, 5, 5},
-      {"at the end of the text", 9, 10, "", 10, 9, 9},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    Document d;
-    d.reset(Snapshot("0123456789"));
-    const auto left = d.addMark(ByteOffset(c.mark), Gravity::left), right = d.addMark(ByteOffset(c.mark));
-    d.apply(Edit{{ByteOffset(c.begin), ByteOffset(c.end)}, c.text}, {});
-    EXPECT_EQ(d.markAt(left).value, c.left);
-    EXPECT_EQ(d.markAt(right).value, c.right);
-  }
-}
-
 TEST(Marks, ThousandsEqualAModel) {
   test::Random random;
   SCOPED_TRACE(random.message());

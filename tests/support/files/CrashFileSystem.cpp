@@ -1,7 +1,6 @@
 #include "tests/support/files/CrashFileSystem.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <random>
 #include <set>
 
@@ -12,18 +11,6 @@ using namespace text;
 namespace {
 
 constexpr std::uint32_t kTypeMask = 0170000, kRegular = 0100000, kFolder = 0040000, kSymlink = 0120000;
-
-struct DataChange {
-  bool cut = false;          // truncate to `at`; else write `bytes` there
-  std::size_t at = 0;
-  std::string bytes;
-};
-
-void applyTo(std::string* data, const DataChange& change) {
-  if (change.cut) return data->resize(change.at, '\0');
-  if (data->size() < change.at + change.bytes.size()) data->resize(change.at + change.bytes.size(), '\0');
-  data->replace(change.at, change.bytes.size(), change.bytes);
-}
 
 // All subsets of up to eight things; beyond that beginnings, ends and all but one.
 std::vector<std::vector<bool>> choices(std::size_t n) {
@@ -51,12 +38,23 @@ std::string folderOf(const std::string& path) {
 
 }  // namespace
 
+struct CrashFileSystem::DataChange {
+  bool cut = false;          // truncate to `at`; else write `bytes` there
+  std::size_t at = 0;
+  std::string bytes;
+
+  void applyTo(std::string* data) const {
+    if (cut) return data->resize(at, '\0');
+    if (data->size() < at + bytes.size()) data->resize(at + bytes.size(), '\0');
+    data->replace(at, bytes.size(), bytes);
+  }
+};
+
 struct CrashFileSystem::Node {
   std::uint64_t inode = 0;
   std::uint32_t mode = 0, owner = 0, group = 0;
   std::string data, durable;      // of a symlink: where it points
   std::vector<DataChange> pending;
-  std::map<std::string, std::string> attributes;
   std::int64_t mtimeNs = 0, ctimeNs = 0;
 
   // What a power cut may leave of the bytes.
@@ -73,10 +71,10 @@ struct CrashFileSystem::Node {
         zeros.bytes = whole.substr(std::min(zeros.at, whole.size()), kept) + std::string(zeros.bytes.size() - kept, '\0');
         for (const auto& torn : {half, zeros}) {
           std::string bytes = whole;
-          applyTo(&bytes, torn);
+          torn.applyTo(&bytes);
           all.insert(bytes);
         }
-        applyTo(&whole, pending[i]);
+        pending[i].applyTo(&whole);
       }
       all.insert(whole);
     }
@@ -144,21 +142,28 @@ CrashFileSystem::NodePtr CrashFileSystem::find(const std::string& path, bool fol
   return nullptr;
 }
 
-CrashFileSystem::Handle* CrashFileSystem::handle(int fd) {
-  const auto it = handles_.find(fd);
-  return it == handles_.end() ? nullptr : &it->second;
+CrashFileSystem::Node& CrashFileSystem::node(int fd) { return *handles_.at(fd).node; }
+
+void CrashFileSystem::apply(const EntryChange& changed, Entries* to) {
+  for (const auto& [path, node] : changed) {
+    if (node)
+      (*to)[path] = node;
+    else
+      to->erase(path);
+  }
 }
 
 void CrashFileSystem::change(EntryChange changed) {
-  for (const auto& [path, node] : changed) {
-    if (node) {
-      entries_[path] = node;
-      touch(*node, false);
-    } else {
-      entries_.erase(path);
-    }
-  }
+  apply(changed, &entries_);
+  for (const auto& [path, node] : changed)
+    if (node) touch(*node, false);
   pending_.push_back(std::move(changed));
+}
+
+void CrashFileSystem::change(Node& node, DataChange change) {
+  change.applyTo(&node.data);
+  node.pending.push_back(std::move(change));
+  touch(node, true);
 }
 
 void CrashFileSystem::fill(const NodePtr& node, FileStatus* out) const {
@@ -189,13 +194,7 @@ std::vector<DiskState> CrashFileSystem::afterPowerCut(std::size_t most) const {
   for (const auto& chosen : choices(pending_.size())) {
     Entries entries = durable_;
     for (std::size_t i = 0; i < pending_.size(); ++i) {
-      if (!chosen[i]) continue;
-      for (const auto& [path, node] : pending_[i]) {
-        if (node)
-          entries[path] = node;
-        else
-          entries.erase(path);
-      }
+      if (chosen[i]) apply(pending_[i], &entries);
     }
     std::vector<std::pair<std::string, const std::vector<std::string>*>> files;
     double count = 1;
@@ -259,9 +258,7 @@ int CrashFileSystem::statAt(int dirFd, const std::string& path, bool follow, Fil
 }
 
 int CrashFileSystem::statFd(int fd, FileStatus* out) {
-  const Handle* h = handle(fd);
-  if (!h) return -EBADF;
-  fill(h->node, out);
+  fill(handles_.at(fd).node, out);
   return 0;
 }
 
@@ -270,72 +267,55 @@ int CrashFileSystem::accessAt(int dirFd, const std::string& path, bool) {
 }
 
 std::int64_t CrashFileSystem::read(int fd, char* to, std::size_t length) {
-  Handle* h = handle(fd);
-  if (!h || !(h->flags & kRead)) return -EBADF;
-  const std::string& data = h->node->data;
-  const std::size_t n = h->at < data.size() ? std::min(length, data.size() - h->at) : 0;
-  std::copy_n(data.data() + std::min(h->at, data.size()), n, to);
-  h->at += n;
+  Handle& h = handles_.at(fd);
+  if (!(h.flags & kRead)) return -EBADF;
+  const std::string& data = h.node->data;
+  const std::size_t n = h.at < data.size() ? std::min(length, data.size() - h.at) : 0;
+  std::copy_n(data.data() + std::min(h.at, data.size()), n, to);
+  h.at += n;
   return static_cast<std::int64_t>(n);
 }
 
 std::int64_t CrashFileSystem::write(int fd, const char* from, std::size_t length) {
-  Handle* h = handle(fd);
-  if (!h || !(h->flags & kWrite)) return -EBADF;
-  if (h->flags & kAppend) h->at = h->node->data.size();
-  const DataChange change{false, h->at, std::string(from, length)};
-  applyTo(&h->node->data, change);
-  h->node->pending.push_back(change);
-  h->at += length;
-  touch(*h->node, true);
+  Handle& h = handles_.at(fd);
+  if (!(h.flags & kWrite)) return -EBADF;
+  if (h.flags & kAppend) h.at = h.node->data.size();
+  change(*h.node, {false, h.at, std::string(from, length)});
+  h.at += length;
   return static_cast<std::int64_t>(length);
 }
 
 std::int64_t CrashFileSystem::seek(int fd, std::int64_t offset) {
-  Handle* h = handle(fd);
-  if (!h) return -EBADF;
-  h->at = static_cast<std::size_t>(offset);
+  handles_.at(fd).at = static_cast<std::size_t>(offset);
   return offset;
 }
 
 int CrashFileSystem::sync(int fd) {
-  Handle* h = handle(fd);
-  if (!h) return -EBADF;
-  if ((h->node->mode & kTypeMask) != kFolder) {
-    h->node->durable = h->node->data;
-    h->node->pending.clear();
+  const Handle& h = handles_.at(fd);
+  if ((h.node->mode & kTypeMask) != kFolder) {
+    h.node->durable = h.node->data;
+    h.node->pending.clear();
     return 0;
   }
   std::vector<EntryChange> left;
   for (auto& changed : pending_) {
     const bool here = std::any_of(changed.begin(), changed.end(),
-                                  [&](const auto& entry) { return folderOf(entry.first) == h->path; });
+                                  [&](const auto& entry) { return folderOf(entry.first) == h.path; });
     if (!here) {
       left.push_back(std::move(changed));
       continue;
     }
-    for (const auto& [path, node] : changed) {
-      if (node)
-        durable_[path] = node;
-      else
-        durable_.erase(path);
-    }
+    apply(changed, &durable_);
   }
   pending_ = std::move(left);
   return 0;
 }
 
 int CrashFileSystem::truncate(int fd, std::int64_t length) {
-  Handle* h = handle(fd);
-  if (!h || !(h->flags & kWrite)) return -EBADF;
-  const DataChange change{true, static_cast<std::size_t>(length), {}};
-  applyTo(&h->node->data, change);
-  h->node->pending.push_back(change);
-  touch(*h->node, true);
+  if (!(handles_.at(fd).flags & kWrite)) return -EBADF;
+  change(node(fd), {true, static_cast<std::size_t>(length), {}});
   return 0;
 }
-
-int CrashFileSystem::allocate(int fd, std::int64_t) { return handle(fd) ? 0 : -EBADF; }
 
 int CrashFileSystem::renameAt(int fromDir, const std::string& from, int toDir, const std::string& to, unsigned flags) {
   const std::string a = absolute(fromDir, from), b = absolute(toDir, to);
@@ -385,19 +365,15 @@ int CrashFileSystem::makeDirAt(int dirFd, const std::string& path, unsigned mode
 }
 
 int CrashFileSystem::changeMode(int fd, unsigned mode) {
-  Handle* h = handle(fd);
-  if (!h) return -EBADF;
-  h->node->mode = (h->node->mode & kTypeMask) | (mode & 07777);
-  touch(*h->node, false);
+  node(fd).mode = (node(fd).mode & kTypeMask) | (mode & 07777);
+  touch(node(fd), false);
   return 0;
 }
 
 int CrashFileSystem::changeOwner(int fd, std::uint32_t owner, std::uint32_t group) {
-  Handle* h = handle(fd);
-  if (!h) return -EBADF;
-  h->node->owner = owner;
-  h->node->group = group;
-  touch(*h->node, false);
+  node(fd).owner = owner;
+  node(fd).group = group;
+  touch(node(fd), false);
   return 0;
 }
 
@@ -407,37 +383,6 @@ int CrashFileSystem::readLinkAt(int dirFd, const std::string& path, std::string*
   if ((node->mode & kTypeMask) != kSymlink) return -EINVAL;
   *out = node->data;
   return 0;
-}
-
-int CrashFileSystem::listAttributes(int fd, std::vector<std::string>* names) {
-  const Handle* h = handle(fd);
-  if (!h) return -EBADF;
-  names->clear();
-  for (const auto& [name, value] : h->node->attributes) names->push_back(name);
-  return 0;
-}
-
-int CrashFileSystem::getAttribute(int fd, const std::string& name, std::string* value) {
-  const Handle* h = handle(fd);
-  if (!h) return -EBADF;
-  const auto it = h->node->attributes.find(name);
-  if (it == h->node->attributes.end()) return -ENODATA;
-  *value = it->second;
-  return 0;
-}
-
-int CrashFileSystem::setAttribute(int fd, const std::string& name, const std::string& value) {
-  Handle* h = handle(fd);
-  if (!h) return -EBADF;
-  h->node->attributes[name] = value;
-  touch(*h->node, false);
-  return 0;
-}
-
-int CrashFileSystem::removeAttribute(int fd, const std::string& name) {
-  Handle* h = handle(fd);
-  if (!h) return -EBADF;
-  return h->node->attributes.erase(name) > 0 ? 0 : -ENODATA;
 }
 
 int CrashFileSystem::listDir(const std::string& path, std::vector<std::string>* names) {
@@ -452,12 +397,11 @@ int CrashFileSystem::listDir(const std::string& path, std::vector<std::string>* 
 }
 
 int CrashFileSystem::lock(int fd, bool exclusive, bool) {
-  Handle* h = handle(fd);
-  if (!h) return -EBADF;
+  Handle& h = handles_.at(fd);
   for (const auto& [other, held] : handles_)
-    if (other != fd && held.node == h->node && held.locked && (exclusive || held.exclusive)) return -EWOULDBLOCK;
-  h->locked = true;
-  h->exclusive = exclusive;
+    if (other != fd && held.node == h.node && held.locked && (exclusive || held.exclusive)) return -EWOULDBLOCK;
+  h.locked = true;
+  h.exclusive = exclusive;
   return 0;
 }
 
