@@ -50,13 +50,24 @@ void meanwhile(const std::function<void()>& work) {
   ASSERT_TRUE(spinUntil([&] { return thread->isFinished(); }));
 }
 
-// A peer that sends raw bytes and says whether it was hung up on; a time only says how long it looks for what must not happen.
-bool isHungUpOn(const QString& path, const std::string& bytes, int withinMs = kPatience) {
-  const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+// What a peer of its own is answered.
+HandOffAnswer sendTo(const QString& path, const QString& text) {
+  MsgSender sender;
+  return sender.connectTo(path) ? sender.send({text, {}, false, false, false}) : HandOffAnswer::gone;
+}
+
+sockaddr_un addressOf(const QString& path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   const QByteArray name = path.toUtf8();
   std::copy(name.begin(), name.end(), address.sun_path);
+  return address;
+}
+
+// A peer that sends raw bytes and says whether it was hung up on; a time only says how long it looks for what must not happen.
+bool isHungUpOn(const QString& path, const std::string& bytes, int withinMs = kPatience) {
+  const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  const sockaddr_un address = addressOf(path);
   bool hungUp = false;
   if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
     const ssize_t sent = ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
@@ -168,11 +179,7 @@ TEST_F(HandOffMessages, TwoHundredAreActedOnInOrder) {
   ASSERT_TRUE(hook.listen(socketPath()));
   int answers = 0;
   meanwhile([&] {
-    for (int i = 0; i < 200; ++i) {
-      MsgSender sender;
-      if (!sender.connectTo(socketPath())) return;
-      answers += sender.send({QString::number(i), {}, false, false, false}) == HandOffAnswer::acted;
-    }
+    for (int i = 0; i < 200; ++i) answers += sendTo(socketPath(), QString::number(i)) == HandOffAnswer::acted;
   });
   EXPECT_EQ(answers, 200);
   ASSERT_EQ(acted.size(), 200);
@@ -187,20 +194,14 @@ TEST_F(HandOffMessages, WhileOneIsActedOnOthersHearThatItIsBusy) {
     if (up) return HandOffReply{HandOffAnswer::busy, false};
     if (handOff.text == QLatin1String("opens")) {
       up = true;
-      meanwhile([&] {
-        MsgSender sender;
-        if (sender.connectTo(socketPath())) second = sender.send({QStringLiteral("b"), {}, false, false, false});
-      });
+      meanwhile([&] { second = sendTo(socketPath(), QStringLiteral("b")); });
       up = false;
     }
     return HandOffReply{};
   });
   ASSERT_TRUE(hook.listen(socketPath()));
   HandOffAnswer first = HandOffAnswer::gone;
-  meanwhile([&] {
-    MsgSender sender;
-    if (sender.connectTo(socketPath())) first = sender.send({QStringLiteral("opens"), {}, false, false, false});
-  });
+  meanwhile([&] { first = sendTo(socketPath(), QStringLiteral("opens")); });
   EXPECT_EQ(first, HandOffAnswer::acted);
   EXPECT_EQ(second, HandOffAnswer::busy);
 }
@@ -273,10 +274,7 @@ TEST_F(HandOffMessages, GarbageIsHungUpOnAndHurtsNobody) {
   for (const auto& [name, bytes] : cases) EXPECT_TRUE(isHungUpOn(socketPath(), bytes)) << name;
   EXPECT_EQ(acted, 0);
   HandOffAnswer answer = HandOffAnswer::gone;
-  meanwhile([&] {
-    MsgSender sender;
-    if (sender.connectTo(socketPath())) answer = sender.send({QStringLiteral("x"), {}, false, false, false});
-  });
+  meanwhile([&] { answer = sendTo(socketPath(), QStringLiteral("x")); });
   EXPECT_EQ(answer, HandOffAnswer::acted);
 }
 
@@ -289,12 +287,6 @@ TEST_F(HandOffMessages, H4_OtherUsersAreNotTalkedTo) {
     if (child == 0) ::_exit(::setgid(65534) == 0 && ::setuid(65534) == 0 ? work() : 99);
     return child;
   };
-  const auto address = [](const QByteArray& name) {
-    sockaddr_un to{};
-    to.sun_family = AF_UNIX;
-    std::copy(name.begin(), name.end(), to.sun_path);
-    return to;
-  };
   ::chmod(dir_.path().toUtf8().constData(), 0777);
   int acted = 0;
   Msghook hook([&](quint64, const HandOff&) {
@@ -302,12 +294,11 @@ TEST_F(HandOffMessages, H4_OtherUsersAreNotTalkedTo) {
     return HandOffReply{};
   });
   ASSERT_TRUE(hook.listen(socketPath()));
-  const QByteArray name = socketPath().toUtf8();
-  ::chmod(name.constData(), 0777);
+  const sockaddr_un to = addressOf(socketPath());
+  ::chmod(to.sun_path, 0777);
   const QString fields = HandOff{QStringLiteral("/etc/passwd"), {}, false, false, false}.toFields();
   std::string message = lengthBytes(quint32(fields.size()) * 2);
   for (const QChar c : fields) message += char(c.unicode() & 255), message += char(c.unicode() >> 8);
-  const auto to = address(name);
   const pid_t stranger = asNobody([&] {
     const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
     if (::connect(fd, reinterpret_cast<const sockaddr*>(&to), sizeof to) != 0) return 1;
@@ -325,8 +316,8 @@ TEST_F(HandOffMessages, H4_OtherUsersAreNotTalkedTo) {
   EXPECT_FALSE(isHungUpOn(socketPath(), message, 200)) << "the same from this user is";
   EXPECT_EQ(acted, 1);
 
-  const QByteArray trap = dir_.filePath(QStringLiteral("trap")).toUtf8();
-  const auto at = address(trap);
+  const QString trap = dir_.filePath(QStringLiteral("trap"));
+  const sockaddr_un at = addressOf(trap);
   const pid_t impostor = asNobody([&] {
     const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
     if (::bind(fd, reinterpret_cast<const sockaddr*>(&at), sizeof at) != 0 || ::listen(fd, 5) != 0) return 1;
@@ -338,7 +329,7 @@ TEST_F(HandOffMessages, H4_OtherUsersAreNotTalkedTo) {
   bool told = false;   // it ends as soon as somebody has come
   EXPECT_TRUE(spinUntil([&] {
     if (ended(impostor)) return true;
-    told = sender.connectTo(QString::fromUtf8(trap)) || told;
+    told = sender.connectTo(trap) || told;
     return false;
   }));
   EXPECT_FALSE(told);

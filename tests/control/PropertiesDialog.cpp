@@ -23,11 +23,18 @@
 #include "control/KeyField.h"
 #include "control/KeyMacro.h"
 #include "control/KeyMap.h"
+#include "tests/support/ScriptedDialogs.h"
 
 namespace {
 
 QKeySequence keys(const char* text) { return QKeySequence(QString::fromLatin1(text), QKeySequence::PortableText); }
 int idOf(const char* name) { return anyCommandByName(QString::fromLatin1(name))->id; }
+
+constexpr bool ControlOptions::*kSwitches[] = {
+    &ControlOptions::hSplitter,       &ControlOptions::vSplitter,    &ControlOptions::hScrollBar, &ControlOptions::vScrollBar,
+    &ControlOptions::smoothScrolling, &ControlOptions::lineToolTips, &ControlOptions::leftMargin, &ControlOptions::colorSyntax,
+    &ControlOptions::whiteSpace,      &ControlOptions::tabExpand,    &ControlOptions::columnSel,  &ControlOptions::dragDrop,
+    &ControlOptions::preserveCase};
 
 class PropertiesDialogTest : public testing::Test {
  protected:
@@ -86,47 +93,24 @@ class PropertiesDialogTest : public testing::Test {
 
 }  // namespace
 
-TEST_F(PropertiesDialogTest, OkChangesEverythingOnce) {
+TEST_F(PropertiesDialogTest, OkChangesEverythingOnceAndCancelNothing) {
   const ControlOptions before = ControlOptions::of(control);
-  run(QDialogButtonBox::Ok, changeEverything);
-  EXPECT_EQ(raised, 1);
-  const ControlOptions now = ControlOptions::of(control);
-  EXPECT_NE(now.hSplitter, before.hSplitter);
-  EXPECT_NE(now.vSplitter, before.vSplitter);
-  EXPECT_NE(now.hScrollBar, before.hScrollBar);
-  EXPECT_NE(now.vScrollBar, before.vScrollBar);
-  EXPECT_NE(now.smoothScrolling, before.smoothScrolling);
-  EXPECT_NE(now.lineToolTips, before.lineToolTips);
-  EXPECT_NE(now.leftMargin, before.leftMargin);
-  EXPECT_NE(now.colorSyntax, before.colorSyntax);
-  EXPECT_NE(now.whiteSpace, before.whiteSpace);
-  EXPECT_NE(now.tabExpand, before.tabExpand);
-  EXPECT_NE(now.columnSel, before.columnSel);
-  EXPECT_NE(now.dragDrop, before.dragDrop);
-  EXPECT_NE(now.preserveCase, before.preserveCase);
-  EXPECT_EQ(now.tabSize, 7);
-  EXPECT_EQ(now.autoIndentMode, 2);
-  EXPECT_EQ(now.font.pointSizeF(), 17.5);
-  EXPECT_NE(now.font.bold(), before.font.bold());
-  EXPECT_NE(now.font.italic(), before.font.italic());
-  EXPECT_EQ(now.language, QStringLiteral("SQL"));
-  for (int slot = 0; slot < kColorSlots; ++slot)
-    EXPECT_EQ(now.colors[slot], slot == 9 ? QColor(0x12, 0x34, 0x56) : before.colors[slot]) << slot;
-  EXPECT_EQ(keyMap().actionOf(keys("F9")).command, idOf("FINDNEXT"));
-  EXPECT_FALSE(isDialogUp());
-}
-
-TEST_F(PropertiesDialogTest, CancelChangesNothing) {
-  const ControlOptions before = ControlOptions::of(control);
-  run(QDialogButtonBox::Cancel, changeEverything);
-  EXPECT_EQ(raised, 0);
-  const ControlOptions now = ControlOptions::of(control);
-  EXPECT_EQ(now.colors, before.colors);
-  EXPECT_EQ(now.tabSize, before.tabSize);
-  EXPECT_EQ(now.font, before.font);
-  EXPECT_EQ(now.leftMargin, before.leftMargin);
-  EXPECT_EQ(now.language, before.language);
-  EXPECT_EQ(keyMap().toText(), QString());
+  for (const bool ok : {false, true}) {
+    run(ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel, changeEverything);
+    EXPECT_EQ(raised, ok ? 1 : 0);
+    EXPECT_FALSE(isDialogUp());
+    const ControlOptions now = ControlOptions::of(control);
+    for (std::size_t i = 0; i < std::size(kSwitches); ++i) EXPECT_EQ(now.*kSwitches[i] != before.*kSwitches[i], ok) << i;
+    EXPECT_EQ(now.tabSize, ok ? 7 : before.tabSize);
+    EXPECT_EQ(now.autoIndentMode, ok ? 2 : before.autoIndentMode);
+    EXPECT_EQ(now.font.pointSizeF(), ok ? 17.5 : before.font.pointSizeF());
+    EXPECT_EQ(now.font.bold() != before.font.bold(), ok);
+    EXPECT_EQ(now.font.italic() != before.font.italic(), ok);
+    EXPECT_EQ(now.language, ok ? QStringLiteral("SQL") : before.language);
+    for (int slot = 0; slot < kColorSlots; ++slot)
+      EXPECT_EQ(now.colors[slot], ok && slot == 9 ? QColor(0x12, 0x34, 0x56) : before.colors[slot]) << slot;
+    EXPECT_EQ(keyMap().actionOf(keys("F9")).command == idOf("FINDNEXT"), ok);
+  }
 }
 
 TEST_F(PropertiesDialogTest, SchemesFollowTheDesktopOrStay) {
@@ -142,7 +126,6 @@ TEST_F(PropertiesDialogTest, SchemesFollowTheDesktopOrStay) {
   EXPECT_NEAR(control.GetColor(0).blue(), lightWindow.blue(), 1);
   run(QDialogButtonBox::Ok, [](QWidget& d) {
     part<QPushButton>(d, "followDesktop").click();
-    d.findChild<CodeMax*>(QStringLiteral("colorPreview"));
   });
   EXPECT_EQ(control.GetColor(0), ColorScheme::schemeColor(0, true));
   control.setPalette(light);
@@ -184,22 +167,11 @@ TEST_F(PropertiesDialogTest, KeysAreFoundBoundTakenAndRestored) {
 
 TEST_F(PropertiesDialogTest, MacrosGetKeysAndNames) {
   keyMacros().fromText(QStringLiteral("[one] Ctrl+1\nUNDO\n[two]\nREDO"));
-  struct Answers : Dialogs {
-    Answer messageBox(const QString&, const QString&, Icon, Buttons) override { return ++boxes, Answer::ok; }
-    std::optional<QString> inputBox(const QString&, const QString&, const QString&) override { return name; }
-    QStringList openFile(FileDialogRequest&) override { return {}; }
-    QString saveFile(FileDialogRequest&) override { return {}; }
-    bool openUrl(const QString&) override { return false; }
-    QString name;
-    int boxes = 0;
-  } answers;
-  Dialogs* old = setDialogs(&answers);
+  ScriptedDialogs boxes;
+  boxes.answerInput(QStringLiteral("two")).answer(Answer::ok).answerInput(QStringLiteral("uno"));   // the first is taken
   run(QDialogButtonBox::Ok, [&](QWidget& d) {
     choose(d, "Macro: one");
-    answers.name = QStringLiteral("two");
     part<QPushButton>(d, "renameMacro").click();
-    EXPECT_EQ(answers.boxes, 1);
-    answers.name = QStringLiteral("uno");
     part<QPushButton>(d, "renameMacro").click();
     choose(d, "Macro: two");
     part<QPushButton>(d, "removeMacro").click();
@@ -207,6 +179,5 @@ TEST_F(PropertiesDialogTest, MacrosGetKeysAndNames) {
     QTest::keyClick(&part<KeyField>(d, "newKeys"), Qt::Key_2, Qt::ControlModifier);
     part<QPushButton>(d, "bind").click();
   });
-  setDialogs(old);
   EXPECT_EQ(keyMacros().toText().toStdString(), "[uno] Ctrl+1; Ctrl+2\nUNDO");
 }
