@@ -154,7 +154,7 @@ void Session::setAbout(const QString& file) { impl_->boxes.about = plainForDispl
 void commandsFromFile(const QString& path, BatchOptions* options, QString* error) {
   const text::LoadedFile file = text::loadFile(QFile::encodeName(path).toStdString());
   *error = file.error.empty() ? QString() : tr("%1: %2").arg(plainForDisplay(path), QString::fromStdString(file.error));
-  options->commands = toQString(file.text.bytes({text::ByteOffset(0), file.text.size()}));
+  options->commands = toQString(file.text.bytes());
 }
 
 void commandsOfMacro(const QString& languageAndName, BatchOptions* options, QString* error) {

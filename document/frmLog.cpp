@@ -204,7 +204,7 @@ bool frmLog::InsertFile() {
   if (chosen.isEmpty()) return false;
   const text::LoadedFile file = text::loadFile(QFile::encodeName(chosen.first()).toStdString());
   if (!file.error.empty()) return false;
-  const QString content = toQString(file.text.bytes({text::ByteOffset(0), file.text.size()}));
+  const QString content = toQString(file.text.bytes());
   cmx->InsertText(toCrLf(shown(content)), CurrentPosition());
   trim();
   return true;

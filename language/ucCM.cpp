@@ -15,10 +15,6 @@ constexpr std::int64_t kLargestFile = 64 << 20;   // bytes; no honest definition
 
 const QString kIniTitle = QStringLiteral("Warning : Ini File Not Valid");
 
-QString wholeText(const text::Snapshot& snapshot) {
-  return toQString(snapshot.bytes({text::ByteOffset(0), snapshot.size()}));
-}
-
 // The format in which the text comes back whole: the file's own, unless a character does not fit in there or the bytes
 // would be taken for another encoding on the next reading.
 text::FileFormat fittingFormat(const std::string& bytes, const text::FileFormat& own) {
@@ -81,7 +77,7 @@ QString ucCM::ReadIniFile() {
   if (!file.error.empty()) return toQString(file.error);
   format_ = file.format;
   stamp_ = file.stamp;
-  languages_ = definition::read(wholeText(file.text));
+  languages_ = definition::read(toQString(file.text.bytes()));
   if (languages_ && isForeign())
     for (const auto& language : *languages_) language->isForeign = true;
   return {};
@@ -213,7 +209,7 @@ bool ucCM::AddLangText(const QString& text) {
       MsgBox(tr("Cannot read the definition file %1\r\n%2").arg(plainForDisplay(iniFile_), toQString(file.error)));
       return false;
     }
-    whole = wholeText(file.text);
+    whole = toQString(file.text.bytes());
     format = file.format;
     expected = file.stamp;
     if (!whole.isEmpty() && !whole.endsWith(u'\n') && !whole.endsWith(u'\r')) whole += QStringLiteral("\r\n");
@@ -231,5 +227,5 @@ bool ucCM::AddLangText(const QString& text) {
 
 QString ucCM::GetLangText(const QString& name) {
   const text::LoadedFile file = text::loadFile(fromQString(iniFile_));
-  return file.error.empty() ? definition::blockOf(wholeText(file.text), name) : QString();
+  return file.error.empty() ? definition::blockOf(toQString(file.text.bytes()), name) : QString();
 }

@@ -39,7 +39,8 @@ class Snapshot {
   LineNo lineAt(ByteOffset offset) const;      // the line that holds offset; size() is on the last line.
                                                // An offset inside CR LF belongs to the line that the pair ends.
 
-  std::string bytes(ByteRange range) const;    // a copy; the range is clipped to the text
+  std::string bytes() const { return bytes({ByteOffset(0), size()}); }   // a copy of all
+  std::string bytes(ByteRange range) const;    // the range is clipped to the text
   std::string line(LineNo line) const;         // without its break
   char at(ByteOffset offset) const;            // precondition: offset < size()
 

@@ -16,10 +16,9 @@
 
 #include "base/Program.h"
 #include "tests/support/ScriptedDialogs.h"
+#include "tests/support/Text.h"
 
 namespace {
-
-QString q(const char* text) { return QString::fromUtf8(text); }
 
 // Does something with the modal window that is up soon, of the type W; other windows that come first fail the test.
 template <class W, class F>

@@ -6,11 +6,7 @@
 #include <QTemporaryDir>
 
 #include "base/FileFilter.h"
-
-namespace {
-QString q(const char* text) { return QString::fromUtf8(text); }
-std::string s(const QString& text) { return text.toStdString(); }
-}  // namespace
+#include "tests/support/Text.h"
 
 TEST(Strings, ReplaceAllResumesAtTheReplacement) {
   struct Case {

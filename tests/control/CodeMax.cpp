@@ -1,25 +1,10 @@
 #include "control/CodeMax.h"
 
-#include <QDir>
-#include <QTemporaryDir>
-#include <fstream>
-
 #include "control/LanguageTable.h"
 #include "tests/control/PaneFixture.h"
+#include "tests/support/Text.h"
+#include "tests/support/files/TempFolder.h"
 #include "tests/text/Pieces.h"
-
-namespace {
-
-QString q(const char* text) { return QString::fromUtf8(text); }
-
-std::string contentOf(const QString& path) {
-  std::ifstream in(path.toStdString(), std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
-void writeFile(const QString& path, const std::string& bytes) { std::ofstream(path.toStdString(), std::ios::binary) << bytes; }
-
-}  // namespace
 
 class CodeMaxMembers : public PaneFixture {};
 
@@ -168,10 +153,11 @@ TEST_F(CodeMaxMembers, EditBlockIsOneStepAndTellsOnce) {
 }
 
 TEST_F(CodeMaxMembers, FilesKeepTheirBytes) {
-  QTemporaryDir folder;
-  const QString path = folder.filePath(q("text.v"));
+  const testing_files::TempFolder folder;
+  const std::string file = folder / "text.v";
+  const QString path = toQString(file);
   const std::string bytes = "a\r\nb\xFF\nc\xC3\xA9 no end";
-  writeFile(path, bytes);
+  testing_files::writeRaw(file, bytes);
   put("|old");
   typeText(q("x"));
   ASSERT_EQ(control.OpenFile(path), QString());
@@ -181,25 +167,25 @@ TEST_F(CodeMaxMembers, FilesKeepTheirBytes) {
   typeText(q("Z"));
   EXPECT_TRUE(control.Modified());
   ASSERT_TRUE(control.SaveFile(path).ok());
-  EXPECT_EQ(contentOf(path), "Z" + bytes);
+  EXPECT_EQ(testing_files::readRaw(file), "Z" + bytes);
   EXPECT_FALSE(control.Modified());
   control.ExecuteCmd(129);
   EXPECT_TRUE(control.Modified()) << "undone past the save";
   control.ExecuteCmd(139);
   EXPECT_FALSE(control.Modified());
 
-  writeFile(path, "somebody else's");
+  testing_files::writeRaw(file, "somebody else's");
   typeText(q("Y"));
   const text::SaveResult refused = control.SaveFile(path);
   EXPECT_FALSE(refused.ok());
   EXPECT_TRUE(refused.changedOnDisk);
   EXPECT_TRUE(control.Modified());
-  EXPECT_EQ(contentOf(path), "somebody else's");
+  EXPECT_EQ(testing_files::readRaw(file), "somebody else's");
   EXPECT_TRUE(control.SaveFile(path, false).ok());
 
   const QString before = control.Text();
-  EXPECT_NE(control.OpenFile(folder.path()), QString()) << "a folder";
-  EXPECT_NE(control.OpenFile(folder.filePath(q("none"))), QString());
+  EXPECT_NE(control.OpenFile(toQString(folder.path())), QString()) << "a folder";
+  EXPECT_NE(control.OpenFile(toQString(folder / "none")), QString());
   EXPECT_EQ(control.Text(), before) << "a failed load changes nothing";
 }
 

@@ -22,7 +22,7 @@ struct EditorFixture {
     if (parsed.bytes.find('\n') == std::string::npos) model->setEnableCrlf(false);
     editor.setSelection(parsed.selection);
   }
-  std::string bytes() const { return model->snapshot().bytes({text::ByteOffset(0), model->snapshot().size()}); }
+  std::string bytes() const { return model->snapshot().bytes(); }
   std::string shown() const { return printCaret(bytes(), editor.selection()); }
   bool run(const char* name, const QVariant& argument = {}) {
     const Command* command = commandByName(QString::fromLatin1(name));

@@ -45,8 +45,7 @@ class FindDialogTest : public testing::Test {
     text->ExecuteCmd(replace ? 169 : 178);
   }
   std::string shown() {
-    const text::Snapshot& now = text->editor().snapshot();
-    return printCaret(now.bytes({text::ByteOffset(0), now.size()}), text->editor().selection());
+    return printCaret(text->editor().snapshot().bytes(), text->editor().selection());
   }
   FindDialog& dialog() { return *window.findChild<FindDialog*>(); }
   template <class Part>

@@ -13,12 +13,7 @@
 #include "control/TextMime.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/EventLoop.h"
-
-namespace {
-
-QString q(const char* text) { return QString::fromUtf8(text); }
-
-}  // namespace
+#include "tests/support/Text.h"
 
 class PaneInput : public PaneFixture {};
 class PanePainting : public PaneFixture {

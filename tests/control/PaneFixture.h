@@ -37,10 +37,9 @@ class PaneFixture : public ::testing::Test {
     QApplication::processEvents();
   }
   std::string now() {
-    const text::Snapshot& text = control.model()->snapshot();
-    return printCaret(text.bytes({text::ByteOffset(0), text.size()}), control.editor().selection());
+    return printCaret(bytes(), control.editor().selection());
   }
-  std::string bytes() { return control.model()->snapshot().bytes({text::ByteOffset(0), control.model()->snapshot().size()}); }
+  std::string bytes() { return control.model()->snapshot().bytes(); }
 
   // As the system does: menus are asked first, then the focus widget gets the key.
   void key(int code, Qt::KeyboardModifiers modifiers = {}, const QString& text = {}) {

@@ -16,8 +16,6 @@ void replace(TextModel& model, std::int64_t begin, std::int64_t end, std::string
   model.document().apply(text::Edit{{ByteOffset(begin), ByteOffset(end)}, std::move(with)}, {});
 }
 
-std::string all(const TextModel& model) { return model.snapshot().bytes({ByteOffset(0), model.snapshot().size()}); }
-
 std::string marked(const TextModel& model) {   // bookmarks as "1 3"
   std::string result;
   for (const LineNo line : model.bookmarks()) result += (result.empty() ? "" : " ") + std::to_string(line.value);
@@ -61,7 +59,7 @@ TEST(TextModelBookmarks, StayWithTheirLines) {
     model.replaceAll(text::Snapshot("0\n1\n2\n3\n4\n5"), {});
     for (int line : {4, 1, 3}) model.setBookmark(LineNo(line), true);
     replace(model, c.begin, c.end, c.with);
-    EXPECT_EQ(marked(model), c.after) << c.what << ": " << all(model);
+    EXPECT_EQ(marked(model), c.after) << c.what << ": " << model.snapshot().bytes();
   }
 }
 
@@ -100,17 +98,17 @@ TEST(TextModelLineEnds, ConversionIsOneUndoStep) {
   TextModel model;
   model.replaceAll(text::Snapshot("a\r\nb\nc\r\n"), {});
   model.convertLineEnds(true);
-  EXPECT_EQ(all(model), "a\r\nb\r\nc\r\n");
+  EXPECT_EQ(model.snapshot().bytes(), "a\r\nb\r\nc\r\n");
   model.convertLineEnds(false);
-  EXPECT_EQ(all(model), "a\nb\nc\n");
+  EXPECT_EQ(model.snapshot().bytes(), "a\nb\nc\n");
   model.document().undo();
   model.document().undo();
-  EXPECT_EQ(all(model), "a\r\nb\nc\r\n");
+  EXPECT_EQ(model.snapshot().bytes(), "a\r\nb\nc\r\n");
   EXPECT_FALSE(model.document().canUndo());
 
   model.replaceAll(text::Snapshot("a\rb", text::LineMode::cr), {});
   model.convertLineEnds(false);
-  EXPECT_EQ(all(model), "a\nb");
+  EXPECT_EQ(model.snapshot().bytes(), "a\nb");
   EXPECT_EQ(model.snapshot().lineCount(), 2);
   EXPECT_TRUE(model.document().modified());
 }

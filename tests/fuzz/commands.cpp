@@ -46,7 +46,7 @@ QString picked(fuzz::Input& in) {
 // One run is one step: back it leads to the text before, and forward again to the text after.
 void runOn(frmDocument& document, const QString& commands) {
   text::Document& edited = document.cmx->model()->document();
-  const auto bytes = [&] { return edited.snapshot().bytes({text::ByteOffset(0), edited.snapshot().size()}); };
+  const auto bytes = [&] { return edited.snapshot().bytes(); };
   const std::string before = bytes();
   const mCMXParser::Outcome outcome = mCMXParser::Run(0, 0, commands);
   check(outcome.ending != mCMXParser::Ending::refused, "it is run");

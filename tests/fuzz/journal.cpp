@@ -10,8 +10,6 @@ using fuzz::check;
 
 namespace {
 
-std::string bytesOf(const Snapshot& text) { return text.bytes({ByteOffset(0), text.size()}); }
-
 RecoveredText readBytes(std::string bytes) {
   testing_files::CrashFileSystem disk(testing_files::DiskState{{"/j/x.journal", std::move(bytes)}});
   const testing_files::UseFileSystem use(disk);
@@ -67,13 +65,13 @@ void edits(fuzz::Input in) {
       }
     }
     journal.begin();
-    last = bytesOf(document.snapshot());
+    last = document.snapshot().bytes();
   }
   const auto left = leftJournals("/d/j");
   check(left.size() == 1, "one text has one journal");
   const RecoveredText back = left[0].recover();
   check(back.error.empty() && back.whole, "it is whole");
-  check(bytesOf(back.text) == last, "the text comes back");
+  check(back.text.bytes() == last, "the text comes back");
 }
 
 }  // namespace

@@ -1,50 +1,15 @@
-// Help for the tests of languages: literals, models to compare, random models.
+// Help for the tests of languages: random models, and what those tests all include.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <QString>
 #include <memory>
 #include <random>
-#include <string>
 
 #include "language/DefinitionText.h"
 #include "language/clsLang.h"
-
-inline QString q(const char* text) { return QString::fromUtf8(text); }
-inline std::string s(const QString& text) { return text.toStdString(); }
-
-// Everything that a model holds, in a form that shows every character.
-inline std::string dump(const colLangs& languages) {
-  std::string all;
-  const auto add = [&](const char* name, const QString& value) {
-    std::string shown;
-    for (const char c : value.toStdString())
-      shown += c == '\r' ? "\\r" : c == '\n' ? "\\n" : std::string(1, c);
-    all += std::string(name) + "=" + shown + "\n";
-  };
-  for (const auto& l : languages) {
-    add("LANGUAGE", l->Name);
-    add("case", l->isCaseSensitive ? q("yes") : q("no"));
-    add("keywords", l->Keywords);
-    add("operators", l->Operators);
-    add("description", l->Description);
-    add("single", l->SingleComments);
-    add("start", l->MultiCommentStart);
-    add("end", l->MultiCommentEnd);
-    add("strings", l->StringDelims);
-    add("extension", l->Extension);
-    add("help", l->HelpFile);
-    add("in", l->BlockStart);
-    add("out", l->BlockEnd);
-    add("mid", l->BlockMid);
-    for (const auto& w : *l->cWordList()) add("list", w->Name + q(" | ") + w->WordList + q(" | ") + w->Desc);
-    for (const auto& m : *l->cMacros()) add("macro", m->Name + q(" | ") + m->CommandString + q(" | ") + m->Desc);
-    for (const auto& t : *l->cTemplate())
-      add("template", t->HotKey + q(" | ") + t->Name + q(" | ") + t->UserString + q(" | ") + t->Desc);
-  }
-  return all;
-}
+#include "tests/language/Dump.h"
+#include "tests/support/Text.h"
 
 // Models as the definitions editor can make them without a warning.
 class ModelMaker {

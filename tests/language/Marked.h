@@ -11,8 +11,7 @@ inline void showMarked(CodeMax& cmx, const char* marked) {
 }
 
 inline std::string bytesOf(CodeMax& cmx) {
-  const auto& snapshot = cmx.editor().snapshot();
-  return snapshot.bytes({text::ByteOffset(0), snapshot.size()});
+  return cmx.editor().snapshot().bytes();
 }
 
 inline std::string markedText(CodeMax& cmx) { return printCaret(bytesOf(cmx), cmx.editor().selection()); }

@@ -41,7 +41,7 @@ TEST(FileMemory, T10_LoadingAndSavingSurviveFailedAllocations) {
     ASSERT_EQ(whole.error, "");
     const text::SaveOptions options{whole.format, whole.stamp};
     const text::Snapshot fresh("other \xc3\xa4 text\n" + std::string(400'000, 'n'));
-    const auto freshBytes = text::encodeText(fresh.bytes({text::ByteOffset(0), fresh.size()}), whole.format, nullptr);
+    const auto freshBytes = text::encodeText(fresh.bytes(), whole.format, nullptr);
     for (const bool forEver : {false, true}) {
       int refused = 0;
       eachAllocation(

@@ -29,8 +29,6 @@ std::string plant(const TempFolder& folder, const std::string& name, const std::
   return folder / name;
 }
 
-std::string bytesOf(const text::RecoveredText& found) { return found.text.bytes({text::ByteOffset(0), found.text.size()}); }
-
 TEST(Leftovers, OnlyWhatIsCertainlyAnUnfinishedFileOfOursGoes) {
   TempFolder folder(TempFolder::Where::memory);
   for (const char* name : {".zelkor-0123456789.tmp", ".zelkor-abcdefghij.tmp"}) plant(folder, name);
@@ -121,7 +119,7 @@ TEST(Leftovers, ACopyComesBackAndIsOwnedMeanwhile) {
     const text::RecoveredText found = left[0].recover();
     EXPECT_EQ(found.error, "");
     EXPECT_TRUE(found.whole && found.baseWhole);
-    EXPECT_EQ(bytesOf(found), "the old text\r\n");
+    EXPECT_EQ(found.text.bytes(), "the old text\r\n");
     EXPECT_EQ(found.about.path, folder / "link") << "the file is known by the name that it was opened by";
     EXPECT_EQ(found.about.title, "link");
     ASSERT_TRUE(found.about.stamp);
@@ -174,7 +172,7 @@ TEST(Leftovers, S6_ACopyThatCouldNotStandBesideTheFileTellsItsPath) {
   ASSERT_EQ(left.size(), 1u);
   const text::RecoveredText found = left[0].recover();
   EXPECT_EQ(found.about.path, path);
-  EXPECT_EQ(bytesOf(found), "old");
+  EXPECT_EQ(found.text.bytes(), "old");
 }
 
 }  // namespace

@@ -15,8 +15,6 @@ using text::LineMode;
 
 namespace {
 
-std::string whole(const text::Snapshot& s) { return s.bytes({text::ByteOffset(0), s.size()}); }
-
 TEST(Load, DecidesEncodingAndLineEnds) {
   struct Case {
     const char* about;
@@ -56,7 +54,7 @@ TEST(Load, DecidesEncodingAndLineEnds) {
     writeRaw(path, c.bytes);
     const auto file = text::loadFile(path);
     EXPECT_EQ(file.error, "");
-    EXPECT_EQ(whole(file.text), c.text);
+    EXPECT_EQ(file.text.bytes(), c.text);
     EXPECT_EQ(std::string(text::name(file.format.encoding)), text::name(c.format.encoding));
     EXPECT_EQ(file.format.bom, c.format.bom);
     EXPECT_EQ(file.text.lineMode(), c.mode);
@@ -150,7 +148,7 @@ TEST(Load, ReadsAFileThatGrowsShrinksOrVanishesMeanwhile) {
     });
     const auto file = text::loadFile(path);
     EXPECT_EQ(file.error, "");
-    EXPECT_TRUE(whole(file.text) == c.expected);
+    EXPECT_TRUE(file.text.bytes() == c.expected);
     EXPECT_FALSE(file.stamp == text::stampOf(path, true) && c.expected != bytes) << "the change must be noticed later";
   }
 }
@@ -174,9 +172,9 @@ TEST(Load, TakesAForcedEncodingOnlyWhenExact) {
   writeRaw(path, "a\xe4\n");
   text::LoadOptions options;
   options.format = FileFormat{Encoding::latin1, false};
-  EXPECT_EQ(whole(text::loadFile(path, options).text), "a\xc3\xa4\n");
+  EXPECT_EQ(text::loadFile(path, options).text.bytes(), "a\xc3\xa4\n");
   options.format = FileFormat{Encoding::utf8, false};
-  EXPECT_EQ(whole(text::loadFile(path, options).text), "a\xe4\n");
+  EXPECT_EQ(text::loadFile(path, options).text.bytes(), "a\xe4\n");
   options.format = FileFormat{Encoding::utf16le, false};
   EXPECT_EQ(text::loadFile(path, options).error, "The file cannot be read as UTF-16LE");
 }

@@ -12,7 +12,6 @@ namespace {
 
 using namespace text;
 
-std::string whole(const Snapshot& s) { return s.bytes({ByteOffset(0), s.size()}); }
 ByteRange range(std::int64_t begin, std::int64_t end) { return {ByteOffset(begin), ByteOffset(end)}; }
 
 // A document with some history, in tiny nodes so that every operation has to allocate at many places.
@@ -36,7 +35,7 @@ struct Scene {
   }
   std::string state() const {
     const auto& d = document;
-    return whole(d.snapshot()) + "|" + std::to_string(d.revision()) + "|" + std::to_string(d.canUndo()) + std::to_string(d.canRedo()) +
+    return d.snapshot().bytes() + "|" + std::to_string(d.revision()) + "|" + std::to_string(d.canUndo()) + std::to_string(d.canRedo()) +
            std::to_string(d.modified()) + "|" + std::to_string(d.markAt(left).value) + "," + std::to_string(d.markAt(right).value) +
            "|" + std::to_string(heard);
   }
@@ -109,7 +108,7 @@ TEST(OutOfMemory, LeavesTheOldStateWhole) {
       ASSERT_EQ(scene.state(), done);
       for (int i = 0; i < 3; ++i) d.endGroup();
       while (d.undo()) {}
-      ASSERT_EQ(whole(d.snapshot()), "The quick brown fox\njumps over\r\nthe lazy dog.\n");
+      ASSERT_EQ(d.snapshot().bytes(), "The quick brown fox\njumps over\r\nthe lazy dog.\n");
     }
     EXPECT_GT(n, 1) << "the operation allocates";
   }
@@ -144,20 +143,20 @@ TEST(OutOfMemory, EndingAGroupNeverFails) {
   for (long n = 1; n < 40; ++n) {
     Scene scene;
     auto& d = scene.document;
-    const auto before = whole(d.snapshot());
+    const auto before = d.snapshot().bytes();
     d.beginGroup();
     d.apply(manyEdits(d), {});
     for (int i = 0; i < 5; ++i) d.apply(Edit{range(i * 9, i * 9 + 3), "<>"}, {});
-    const auto after = whole(d.snapshot());
+    const auto after = d.snapshot().bytes();
     {
       const testing_files::AllocationFault fail(n, true);
       d.endGroup();
     }
     d.checkInvariants();
     ASSERT_TRUE(d.undo());
-    ASSERT_EQ(whole(d.snapshot()), before);
+    ASSERT_EQ(d.snapshot().bytes(), before);
     ASSERT_TRUE(d.redo());
-    ASSERT_EQ(whole(d.snapshot()), after);
+    ASSERT_EQ(d.snapshot().bytes(), after);
   }
 }
 

@@ -14,8 +14,6 @@ namespace {
 
 using namespace text;
 
-std::string whole(const Snapshot& s) { return s.bytes({ByteOffset(0), s.size()}); }
-
 // The starts of the lines as the rules of Snapshot.h say them.
 std::vector<std::int64_t> lineStarts(const std::string& text, LineMode mode) {
   std::vector<std::int64_t> starts{0};
@@ -25,7 +23,7 @@ std::vector<std::int64_t> lineStarts(const std::string& text, LineMode mode) {
 }
 
 void compareText(const Snapshot& s, const std::string& model, test::Random& random) {
-  ASSERT_EQ(whole(s), model);
+  ASSERT_EQ(s.bytes(), model);
   const auto size = static_cast<std::int64_t>(model.size());
   const auto starts = lineStarts(model, s.lineMode());
   const auto lines = std::ssize(starts);
@@ -129,7 +127,7 @@ class Trial {
     ASSERT_EQ(document_.undoWasDropped(), dropped_);
     if (!held_.empty()) {
       const auto& [snapshot, text] = held_[static_cast<std::size_t>(random_.upTo(std::ssize(held_)))];
-      ASSERT_EQ(whole(snapshot), text) << "a snapshot changed";
+      ASSERT_EQ(snapshot.bytes(), text) << "a snapshot changed";
     }
   }
 

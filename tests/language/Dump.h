@@ -1,0 +1,44 @@
+// Everything that a language model holds as one text, in which two models are equal only when they are. Break, bar and backslash are
+// escaped.
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "control/TextModel.h"
+#include "language/clsLang.h"
+
+inline std::string dump(const clsLang& language) {
+  std::string all;
+  const auto add = [&](const char* name, const std::initializer_list<QString>& values) {
+    const char* parting = "=";
+    all += name;
+    for (const QString& value : values) {
+      all += std::exchange(parting, " | ");
+      for (const char c : fromQString(value)) {
+        if (c == '\\' || c == '|') all += '\\';
+        all += c == '\r' ? "\\r" : c == '\n' ? "\\n" : std::string(1, c);
+      }
+    }
+    all += '\n';
+  };
+  add("LANGUAGE", {language.Name});
+  add("case", {QLatin1String(language.isCaseSensitive ? "yes" : "no")});
+  if (language.isForeign) add("foreign", {QLatin1String("yes")});
+  const std::pair<const char*, QString clsLang::*> properties[] = {
+      {"keywords", &clsLang::Keywords},         {"operators", &clsLang::Operators},   {"description", &clsLang::Description},
+      {"single", &clsLang::SingleComments},     {"start", &clsLang::MultiCommentStart}, {"end", &clsLang::MultiCommentEnd},
+      {"strings", &clsLang::StringDelims},      {"extension", &clsLang::Extension},   {"help", &clsLang::HelpFile},
+      {"in", &clsLang::BlockStart},             {"out", &clsLang::BlockEnd},          {"mid", &clsLang::BlockMid}};
+  for (const auto& [name, property] : properties) add(name, {language.*property});
+  for (const auto& w : *language.cWordList()) add("list", {w->Name, w->WordList, w->Desc});
+  for (const auto& m : *language.cMacros()) add("macro", {m->Name, m->CommandString, m->Desc});
+  for (const auto& t : *language.cTemplate()) add("template", {t->HotKey, t->Name, t->UserString, t->Desc});
+  return all;
+}
+
+inline std::string dump(const colLangs& languages) {
+  std::string all;
+  for (const auto& language : languages) all += dump(*language);
+  return all;
+}
