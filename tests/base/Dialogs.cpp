@@ -15,7 +15,6 @@
 #include <QTimer>
 
 #include "base/Program.h"
-#include "tests/support/ScriptedDialogs.h"
 #include "tests/support/Text.h"
 
 namespace {
@@ -139,22 +138,6 @@ TEST(Dialogs, SavingOverAFileAsksFirst) {
     });
     EXPECT_EQ(dialogs().saveFile(request), overwrite ? path : QString());
   }
-}
-
-TEST(DialogsScripted, RecordsAndAnswersInOrder) {
-  ScriptedDialogs script;
-  bool wasUp = false;
-  script.answer(Answer::no, [&] { wasUp = isDialogUp(); }).answerInput(q("typed")).answerOpen({q("/x")}, 2);
-  EXPECT_EQ(MsgBox(q("Sure?"), q("T"), Icon::question, Buttons::yesNo), Answer::no);
-  EXPECT_TRUE(wasUp);
-  EXPECT_EQ(InputBox(q("Name")), std::optional<QString>(q("typed")));
-  FileDialogRequest request;
-  EXPECT_EQ(dialogs().openFile(request), QStringList{q("/x")});
-  EXPECT_EQ(request.filterIndex, 2);
-  ASSERT_EQ(script.boxes.size(), 3u);
-  EXPECT_EQ(script.boxes[0].text, q("Sure?"));
-  EXPECT_EQ(script.boxes[0].buttons, Buttons::yesNo);
-  EXPECT_EQ(script.boxes[1].kind, ScriptedDialogs::Kind::input);
 }
 
 TEST(DialogsProgram, BusyFlagNestsAndStatusGoesToTheSink) {

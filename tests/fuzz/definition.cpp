@@ -14,16 +14,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!languages) return 0;
   const QString once = definition::write(*languages);
   const auto again = definition::read(once);
-  check(again && dump(*again) == dump(*languages), "what was read is written");
+  check(again && dump(*again, true) == dump(*languages, true), "what was read is written");
   check(definition::write(*again) == once, "writing what was read changes nothing");
   for (int i = 1; i <= languages->Count(); ++i) {
     const clsLang& language = *languages->Item(i);
     const auto block = definition::read(definition::blockOf(text, language.Name));
     const int first = languages->IndexOf(&clsLang::Name, language.Name);
-    check(block && block->Count() == 1 && dump(*block->Item(1)) == dump(*languages->Item(first)), "a block is its language");
+    check(block && block->Count() == 1 && dump(*block->Item(1), true) == dump(*languages->Item(first), true), "a block is its language");
   }
   for (const auto& language : *languages) language->isForeign = true;
-  check(dump(*foreign) == dump(*languages), "marks change nothing else");
+  check(dump(*foreign, true) == dump(*languages, true), "marks change nothing else");
   definition::linesTakenForHeaders(text);
   return 0;
 }

@@ -12,13 +12,6 @@ std::string readBack(const char* lines) {
   return languages ? dump(*languages) : "none";
 }
 
-// The one language of a text.
-std::shared_ptr<clsLang> only(const QString& text) {
-  const auto languages = definition::read(text);
-  EXPECT_TRUE(languages && languages->Count() == 1) << s(text);
-  return languages && languages->Count() == 1 ? languages->Item(1) : std::make_shared<clsLang>();
-}
-
 }  // namespace
 
 TEST(DefinitionText, KindsOfLines) {
@@ -45,37 +38,19 @@ TEST(DefinitionText, KindsOfLines) {
 }
 
 TEST(DefinitionText, ReadsEverySection) {
-  const auto l = only(toCrLf(q(
+  const std::string all = readBack(
       "SetLanguage:Verilog\nlost before the first header\n$Desc:lost too\n[Keywords]\nmodule\n\nendmodule\n[Operators]\n+\n"
       "[SingleComments]\n//\n[MultiCommentStart]\n/*\n[MultiCommentEnd]\n*/\n[StringDelims]\n\"\n[Extensions]\nv\nvh\n"
       "[HelpFile]\n$Zelkor/help\n.html\n[IndIn]\nbegin\n[IndOut]\nend\n[IndInOut]\nelse\n[Description]\nA\n\nB\n"
       "[Case Sensitive]\nignored\n[Unknown]\ndropped\n[^Edges^]\nposedge\n$Desc:first\n\nnegedge\n$Desc:the edges\n"
-      "[{Compile}]\nExe a b\n\nExe c\n$Desc:runs it\n[#case#]\ncase ($$)\n\n  end\n\n$Desc:a case\n")));
-  EXPECT_EQ(s(l->Name), "Verilog");
-  EXPECT_EQ(s(l->Keywords), "module\r\nendmodule\r\n");
-  EXPECT_EQ(s(l->Operators), "+\r\n");
-  EXPECT_EQ(s(l->SingleComments), "//\r\n");
-  EXPECT_EQ(s(l->MultiCommentStart), "/*\r\n");
-  EXPECT_EQ(s(l->MultiCommentEnd), "*/\r\n");
-  EXPECT_EQ(s(l->StringDelims), "\"\r\n");
-  EXPECT_EQ(s(l->Extension), "vvh");   // joined with nothing between
-  EXPECT_EQ(s(l->HelpFile), "$Zelkor/help.html");
-  EXPECT_EQ(s(l->BlockStart), "begin\r\n");
-  EXPECT_EQ(s(l->BlockEnd), "end\r\n");
-  EXPECT_EQ(s(l->BlockMid), "else\r\n");
-  EXPECT_EQ(s(l->Description), "A\r\nB\r\n");
-  EXPECT_TRUE(l->isCaseSensitive);
-  EXPECT_TRUE(l->EscapeChar.isEmpty());
-  ASSERT_EQ(l->cWordList()->Count(), 1);
-  EXPECT_EQ(s(l->cWordList()->Item(1)->WordList), "posedge\r\nnegedge\r\n");
-  EXPECT_EQ(s(l->cWordList()->Item(1)->Desc), "the edges");   // the last one wins
-  ASSERT_EQ(l->cMacros()->Count(), 1);
-  EXPECT_EQ(s(l->cMacros()->Item(1)->CommandString), "Exe a b\r\nExe c\r\n");
-  EXPECT_EQ(s(l->cMacros()->Item(1)->Desc), "runs it");
-  ASSERT_EQ(l->cTemplate()->Count(), 1);
-  EXPECT_EQ(s(l->cTemplate()->Item(1)->UserString), "case ($$)\r\n\r\n  end\r\n");
-  EXPECT_EQ(s(l->cTemplate()->Item(1)->HotKey), "case");
-  EXPECT_EQ(s(l->cTemplate()->Item(1)->Name), "case");
+      "[{Compile}]\nExe a b\n\nExe c\n$Desc:runs it\n[#case#]\ncase ($$)\n\n  end\n\n$Desc:a case\n");
+  EXPECT_EQ(all,
+            "LANGUAGE=Verilog\ncase=yes\nkeywords=module\\r\\nendmodule\\r\\n\noperators=+\\r\\n\ndescription=A\\r\\nB\\r\\n\n"
+            "single=//\\r\\n\nstart=/*\\r\\n\nend=*/\\r\\n\nstrings=\"\\r\\n\nextension=vvh\nhelp=$Zelkor/help.html\n"   // joined with nothing between
+            "in=begin\\r\\n\nout=end\\r\\n\nmid=else\\r\\n\n"
+            "list=Edges | posedge\\r\\nnegedge\\r\\n | the edges\n"   // the last description wins
+            "macro=Compile | Exe a b\\r\\nExe c\\r\\n | runs it\n"
+            "template=case | case | case ($$)\\r\\n\\r\\n  end\\r\\n | a case\n");
 }
 
 TEST(DefinitionText, HandEditedFilesLoseNothingElse) {

@@ -1,5 +1,5 @@
-// Everything that a language model holds as one text, in which two models are equal only when they are. Break, bar and backslash are
-// escaped.
+// Everything that a language model holds as one text, which is equal for two models only when they are; withMark: where they came
+// from too. Break, bar and backslash are escaped.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 #include "control/TextModel.h"
 #include "language/clsLang.h"
 
-inline std::string dump(const clsLang& language) {
+inline std::string dump(const clsLang& language, bool withMark = false) {
   std::string all;
   const auto add = [&](const char* name, const std::initializer_list<QString>& values) {
     const char* parting = "=";
@@ -24,7 +24,7 @@ inline std::string dump(const clsLang& language) {
   };
   add("LANGUAGE", {language.Name});
   add("case", {QLatin1String(language.isCaseSensitive ? "yes" : "no")});
-  if (language.isForeign) add("foreign", {QLatin1String("yes")});
+  if (withMark && language.isForeign) add("foreign", {QLatin1String("yes")});
   const std::pair<const char*, QString clsLang::*> properties[] = {
       {"keywords", &clsLang::Keywords},         {"operators", &clsLang::Operators},   {"description", &clsLang::Description},
       {"single", &clsLang::SingleComments},     {"start", &clsLang::MultiCommentStart}, {"end", &clsLang::MultiCommentEnd},
@@ -37,8 +37,8 @@ inline std::string dump(const clsLang& language) {
   return all;
 }
 
-inline std::string dump(const colLangs& languages) {
+inline std::string dump(const colLangs& languages, bool withMark = false) {
   std::string all;
-  for (const auto& language : languages) all += dump(*language);
+  for (const auto& language : languages) all += dump(*language, withMark);
   return all;
 }

@@ -256,16 +256,6 @@ TEST_F(Manager, EncodingsComeBack) {
   EXPECT_EQ(s(manager.Languages()->Item(1)->Name), "L\xC3\xA4 x");
 }
 
-TEST_F(Manager, RandomModelsComeBackFromTheFile) {
-  for (unsigned seed = 1; seed <= 40; ++seed) {
-    manager.setLanguages(ModelMaker(seed).languages());
-    const std::string before = dump(*manager.Languages());
-    ASSERT_TRUE(manager.SaveIniFile());
-    manager.Init();
-    ASSERT_EQ(dump(*manager.Languages()), before) << "seed " << seed;
-  }
-}
-
 TEST_F(Manager, BlocksOfTheFileAsText) {
   init(kTwo);
   EXPECT_TRUE(manager.GetLangText(q("VHDL")).startsWith(q("SetLanguage:VHDL\r\n")));
@@ -297,6 +287,4 @@ TEST_F(Manager, TheModelIsSharedByReference) {
   manager.setLanguages(mine);
   mine->Add(q("L"))->Extension = q("x");
   EXPECT_EQ(manager.GetLangFromExt(q("X")), 1);
-  manager.setConfigDir(q("/c"));
-  EXPECT_EQ(s(manager.ConfigDir()), "/c");
 }
