@@ -267,6 +267,7 @@ int CrashFileSystem::accessAt(int dirFd, const std::string& path, bool) {
 }
 
 std::int64_t CrashFileSystem::read(int fd, char* to, std::size_t length) {
+  if (!handles_.count(fd)) return -EBADF;
   Handle& h = handles_.at(fd);
   if (!(h.flags & kRead)) return -EBADF;
   const std::string& data = h.node->data;
@@ -277,6 +278,7 @@ std::int64_t CrashFileSystem::read(int fd, char* to, std::size_t length) {
 }
 
 std::int64_t CrashFileSystem::write(int fd, const char* from, std::size_t length) {
+  if (!handles_.count(fd)) return -EBADF;
   Handle& h = handles_.at(fd);
   if (!(h.flags & kWrite)) return -EBADF;
   if (h.flags & kAppend) h.at = h.node->data.size();

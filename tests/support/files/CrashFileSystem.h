@@ -3,8 +3,8 @@
 // files. sync() of a file makes its bytes durable but not its name; sync() of a folder its entries.
 //
 // Paths are absolute or, under kCwd, taken from "/". Links are followed in the last part only. Time moves one
-// millisecond with each change, unless it is set. One user, who may do everything; no attributes. Throws on a descriptor that is not
-// open: nobody has reason to use one.
+// millisecond with each change, unless it is set. One user, who may do everything; no attributes. The standard streams are none of
+// it: read() and write() refuse a descriptor that is not open, all others throw.
 #pragma once
 
 #include <cerrno>
