@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/Dialogs.h"
+#include "base/Hourglass.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "document/CMXRegistry.h"
@@ -44,12 +45,6 @@ std::int64_t nowNs() {
   using namespace std::chrono;
   return duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
 }
-
-class Hourglass {
- public:
-  Hourglass() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-  ~Hourglass() { QApplication::restoreOverrideCursor(); }
-};
 
 int windowStateOf(const QWidget& window) {
   return window.isMinimized() ? 1 : window.isMaximized() ? 2 : 0;

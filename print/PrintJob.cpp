@@ -1,6 +1,5 @@
 #include "print/PrintJob.h"
 
-#include <QApplication>
 #include <QFileInfo>
 #include <QPainter>
 #include <QPrintDialog>
@@ -9,6 +8,7 @@
 #include <QProgressDialog>
 
 #include "base/Dialogs.h"
+#include "base/Hourglass.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/PdfFile.h"
@@ -97,10 +97,12 @@ bool savePages(const PrintDocument& document, int first, int last, const QString
   PrintDocument chosen = document;
   const auto pages = document.pages.begin();
   chosen.pages.assign(pages + (first - 1), pages + std::max(first - 1, last));
-  QApplication::setOverrideCursor(Qt::WaitCursor);
-  const QByteArray pdf = makePdf({&chosen}, document.name);
-  const auto saved = text::saveBytes(fromQString(path), std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())));
-  QApplication::restoreOverrideCursor();
+  text::SaveResult saved;
+  {
+    const Hourglass hourglass;
+    const QByteArray pdf = makePdf({&chosen}, document.name);
+    saved = text::saveBytes(fromQString(path), std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())));
+  }
   if (saved.ok()) return true;
   MsgBox(QStringLiteral("File Save Error : ") + toQString(saved.error), QStringLiteral("Saving ") + path);
   return false;
@@ -130,8 +132,10 @@ void PrintText(const PrintSource& source, QWidget* parent) {
   wrap.setPrintSelection(askForSelection(source));
   VSPrinter printer;
   const PrintSettings settings = PrintSettings::load();
-  QApplication::setOverrideCursor(Qt::WaitCursor);
-  const bool done = source.document ? layOut(*source.document, settings, wrap, printer) : layOut(*source.cmx, source.title, settings, wrap, printer);
-  QApplication::restoreOverrideCursor();
+  bool done = false;
+  {
+    const Hourglass hourglass;
+    done = source.document ? layOut(*source.document, settings, wrap, printer) : layOut(*source.cmx, source.title, settings, wrap, printer);
+  }
   if (done && printPages(printer.document(), parent)) SetStatusText(tr("Printing Complete"));
 }

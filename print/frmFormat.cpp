@@ -1,6 +1,5 @@
 #include "print/frmFormat.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -11,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "base/Dialogs.h"
+#include "base/Hourglass.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
@@ -143,10 +143,15 @@ void frmFormat::cmdApply_Click() {
   if (!document) return;
   const auto* language = languageOf(*document);
   FormatChoices chosen = choices();
-  if (!agree(&chosen, language)) return;
-  QApplication::setOverrideCursor(Qt::BusyCursor);
-  const FormatResult result = FormatIt(*document->cmx, language, chosen);
-  QApplication::restoreOverrideCursor();
+  if (agree(&chosen, language)) apply(*document, chosen);
+}
+
+void frmFormat::apply(frmDocument& document, const FormatChoices& chosen) {
+  FormatResult result;
+  {
+    const Hourglass hourglass;
+    result = FormatIt(*document.cmx, languageOf(document), chosen);
+  }
   if (!result.error.isEmpty()) {
     MsgBox(result.error, windowTitle());
     return;
@@ -168,7 +173,7 @@ void frmFormat::cmdPreview_Click() {
   }
   compare.markChanges();
   const ModalGuard modal;
-  if (compare.exec() == QDialog::Accepted) cmdApply_Click();
+  if (compare.exec() == QDialog::Accepted) apply(*document, chosen);   // to which the person has agreed
 }
 
 void frmFormat::cmdCancel_Click() { reject(); }

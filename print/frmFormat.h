@@ -9,6 +9,7 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QPushButton;
+class frmDocument;
 
 class frmFormat : public QDialog {
   Q_OBJECT
@@ -25,6 +26,7 @@ class frmFormat : public QDialog {
  private:
   void Form_Load();
   bool agree(FormatChoices* chosen, const clsLang* language);   // to what may change the meaning of the text
+  void apply(frmDocument& document, const FormatChoices& chosen);
   void updateButtons();
 
   QComboBox *cmbTab_, *cmbText_, *cmbKeywords_, *cmbIndent_, *cmbLine_;

@@ -120,9 +120,15 @@ Result runProgram(const Case& one, const QString& folder) {
   return {read(folder + u"/out/"_s + name), program.readAllStandardOutput(), program.readAllStandardError(), program.exitCode()};
 }
 
-void compare(const Case& one, const QString& folder, const char* what, const QByteArray& expected, const QByteArray& found) {
-  const QByteArray wrong = difference(placed(expected, folder), found);
-  EXPECT_TRUE(wrong.isEmpty()) << one.name.toStdString() << ": " << what << ("\n" + wrong).constData();
+void compare(const Case& one, const QString& folder, const Result& result) {
+  const auto same = [&](const char* what, const QByteArray& expected, const QByteArray& found) {
+    const QByteArray wrong = difference(placed(expected, folder), found);
+    EXPECT_TRUE(wrong.isEmpty()) << one.name.toStdString() << ": " << what << ("\n" + wrong).constData();
+  };
+  EXPECT_EQ(result.status, one.status);
+  same("log", one.log, result.log);
+  same("messages", one.messages, result.messages);
+  if (one.status == 0) same("text", one.expected, result.text);
 }
 
 }  // namespace
@@ -135,11 +141,7 @@ TEST(EndToEnd, Cases) {
   for (const Case& one : cases) {
     SCOPED_TRACE(one.name.toStdString());
     const QTemporaryDir folder;
-    const Result result = runHere(one, folder.path());
-    EXPECT_EQ(result.status, one.status);
-    compare(one, folder.path(), "log", one.log, result.log);
-    compare(one, folder.path(), "messages", one.messages, result.messages);
-    if (result.status == 0) compare(one, folder.path(), "text", one.expected, result.text);
+    compare(one, folder.path(), runHere(one, folder.path()));
     EXPECT_FALSE(QFile::exists(folder.filePath(u"canary"_s))) << "a value was taken for a command";
   }
 }
@@ -153,11 +155,7 @@ TEST(EndToEnd, ExamplesByTheProgramItself) {
     if ((one.title.isEmpty() && !failure) || one.commands.contains("FILEINFO")) continue;
     SCOPED_TRACE(one.name.toStdString());
     const QTemporaryDir folder;
-    const Result result = runProgram(one, folder.path());
-    EXPECT_EQ(result.status, one.status);
-    compare(one, folder.path(), "log", one.log, result.log);
-    compare(one, folder.path(), "messages", one.messages, result.messages);
-    if (one.status == 0) compare(one, folder.path(), "text", one.expected, result.text);
+    compare(one, folder.path(), runProgram(one, folder.path()));
     ++count;
   }
   EXPECT_GT(count, 8);

@@ -79,6 +79,11 @@ TEST_F(FormatDialogs, BlanksThatMakeBlocksAreAskedAbout) {
   boxes.answer(Answer::yes);
   dialog.cmdApply_Click();
   EXPECT_EQ(textOf(*document), "if x:\ny");
+  document->cmx->ExecuteCmd(129);
+  boxes.answer(Answer::yes);
+  whenUp([](QDialog& up) { up.accept(); });
+  dialog.cmdPreview_Click();
+  EXPECT_EQ(textOf(*document), "if x:\ny") << "asked once, before it is shown";
 }
 
 TEST_F(FormatDialogs, WithoutADocumentNothingCanBeApplied) {
