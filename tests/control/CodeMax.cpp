@@ -222,11 +222,7 @@ TEST_F(CodeMaxMembers, TwoControlsOnOneText) {
 
 TEST(CodeMaxColors, StoredDefaultsStillFollowTheDesktop) {
   ColorScheme scheme;
-  QPalette light, dark;
-  light.setColor(QPalette::Base, Qt::white);
-  light.setColor(QPalette::Text, Qt::black);
-  dark.setColor(QPalette::Base, Qt::black);
-  dark.setColor(QPalette::Text, Qt::white);
+  const QPalette light = desktopPalette(false), dark = desktopPalette(true);
   scheme.follow(light);
   for (int slot = 0; slot < kColorSlots; ++slot) scheme.setColor(slot, scheme.color(static_cast<ColorSlot>(slot)));
   scheme.setColor(static_cast<int>(ColorSlot::String), Qt::red);

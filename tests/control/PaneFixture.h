@@ -13,6 +13,13 @@
 #include "control/Pane.h"
 #include "tests/support/Caret.h"
 
+inline QPalette desktopPalette(bool dark) {
+  QPalette palette;
+  palette.setColor(QPalette::Base, dark ? Qt::black : Qt::white);
+  palette.setColor(QPalette::Text, dark ? Qt::white : Qt::black);
+  return palette;
+}
+
 class PaneFixture : public ::testing::Test {
  public:
   PaneFixture() {

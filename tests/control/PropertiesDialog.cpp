@@ -23,6 +23,7 @@
 #include "control/KeyField.h"
 #include "control/KeyMacro.h"
 #include "control/KeyMap.h"
+#include "tests/control/PaneFixture.h"
 #include "tests/support/ScriptedDialogs.h"
 
 namespace {
@@ -114,11 +115,7 @@ TEST_F(PropertiesDialogTest, OkChangesEverythingOnceAndCancelNothing) {
 }
 
 TEST_F(PropertiesDialogTest, SchemesFollowTheDesktopOrStay) {
-  QPalette light, dark;
-  light.setColor(QPalette::Base, Qt::white);
-  light.setColor(QPalette::Text, Qt::black);
-  dark.setColor(QPalette::Base, Qt::black);
-  dark.setColor(QPalette::Text, Qt::white);
+  const QPalette light = desktopPalette(false), dark = desktopPalette(true);
   control.setPalette(light);
   const QColor lightWindow = control.GetColor(0);
   run(QDialogButtonBox::Ok, [](QWidget& d) { part<QPushButton>(d, "alwaysLight").click(); });

@@ -44,6 +44,10 @@ class Typing : public testing::Test {
   }
   void show(const char* marked) { showMarked(cmx, marked); }
   std::string shown() { return markedText(cmx); }
+  void expand(const char* marked) {   // the hot key at the caret
+    show(marked);
+    ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  }
   void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
     ASSERT_NE(QApplication::focusWidget(), nullptr);
     QTest::keyClick(QApplication::focusWidget(), key, modifiers);
@@ -71,8 +75,7 @@ class TypingHotWords : public Typing {
 }  // namespace
 
 TEST_F(Typing, TabWalksTheFieldsAsLongAsTheyLast) {
-  show("x $$\n  alw|\n$$");
-  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  expand("x $$\n  alw|\n$$");
   EXPECT_EQ(shown(), "x $$\n  always @(@$$|)\n  $$\n  end\n$$");
   EXPECT_TRUE(FieldWalk::isActive(cmx));
   type("clk");
@@ -85,8 +88,7 @@ TEST_F(Typing, TabWalksTheFieldsAsLongAsTheyLast) {
 }
 
 TEST_F(Typing, TabOutsideTheTemplateIsATab) {
-  show("$$\nalw|\nother $$");
-  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  expand("$$\nalw|\nother $$");
   cmx.SetSel({4, 0, 4, 0, false});
   EXPECT_FALSE(FieldWalk::isActive(cmx));
   cmx.SetSel({1, 0, 1, 0, false});
@@ -100,8 +102,7 @@ TEST_F(Typing, TabOutsideTheTemplateIsATab) {
 
 TEST_F(Typing, ProposalsAreTakenOrTypedOver) {
   hotKey("p", "a($$clk, $$rst_n) $$ $$8", "");
-  show("p|");
-  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  expand("p|");
   EXPECT_EQ(shown(), "a(@$$|clk, $$rst_n) $$ $$8");
   key(Qt::Key_Tab);
   EXPECT_EQ(shown(), "a(clk, @$$|rst_n) $$ $$8");
@@ -116,20 +117,17 @@ TEST_F(Typing, ProposalsAreTakenOrTypedOver) {
   EXPECT_NE(shown().find("8\t"), std::string::npos);   // the walk is over
 
   QApplication::clipboard()->setText(q("pasted"));
-  show("x p|");
-  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  expand("x p|");
   key(Qt::Key_V, Qt::ControlModifier);
   EXPECT_EQ(shown(), "x a(pasted|, $$rst_n) $$ $$8");
-  show("p|");
-  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  expand("p|");
   key(Qt::Key_Delete);
   EXPECT_EQ(shown(), "a(|, $$rst_n) $$ $$8");
 }
 
 TEST_F(Typing, ATemplateInsideAnotherGoesFirst) {
   hotKey("b", "begin $$ end", "");
-  show("alw|");
-  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  expand("alw|");
   type("b");
   ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
   EXPECT_EQ(shown(), "always @(begin @$$| end)\n$$\nend");
@@ -139,8 +137,7 @@ TEST_F(Typing, ATemplateInsideAnotherGoesFirst) {
 }
 
 TEST_F(Typing, AnotherFileEndsTheWalk) {
-  show("alw|");
-  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  expand("alw|");
   cmx.model()->replaceAll(text::Snapshot("$$ $$"), {});
   EXPECT_FALSE(FieldWalk::isActive(cmx));
   key(Qt::Key_Tab);
@@ -221,8 +218,7 @@ TEST_F(TypingHotWords, IsQuietWhereNoTemplateIsMeant) {
   type(" al");
   EXPECT_TRUE(offered().isEmpty());
   index = 1;
-  show("alw|");
-  ASSERT_TRUE(ExpandTemplate(cmx, manager, 1, {}));
+  expand("alw|");
   type("al");   // Tab belongs to the fields here
   EXPECT_TRUE(offered().isEmpty());
 }
