@@ -8,6 +8,11 @@ architecture a of e is
   function f return integer;
   attribute k of a : architecture is "y";
 begin
+  l :
+    process
+    begin
+      v <= w;
+    end process;
   g : if W > 1 generate
     u : entity work.c
       port map (x => y);

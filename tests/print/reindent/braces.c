@@ -21,6 +21,8 @@ int f(int a,
         x = {1,
             2};
     }
+    again:
+    g();
     long_call(a,
               b);
 }
