@@ -148,7 +148,7 @@ int JournalFile::replace(const Base& base, bool goesOn, std::int64_t now) {
     fileSystem().unlinkAt(folder_.fd(), asideName(), false);
     return r;
   }
-  replacement_.emplace();
+  replacement_ = std::make_unique<Replacement>();
   replacement_->file = made;
   replacement_->encoder = std::make_shared<journal::Encoder>();
   replacement_->base = base;

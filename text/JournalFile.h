@@ -55,7 +55,7 @@ class JournalFile {
   bool isThere() const { return file_ != nullptr; }
   const Snapshot& latest() const { return latest_; }         // the text as of the last record
   bool durable() const { return unsyncedSince_ < 0 && !syncing() && !ended_; }
-  bool replacing() const { return replacement_.has_value(); }
+  bool replacing() const { return replacement_ != nullptr; }
   bool busy() const { return syncing() || replacing(); }    // slow work is not finished
   std::int64_t unsyncedSince() const { return syncing() || ended_ ? -1 : unsyncedSince_; }   // what waits for a sync
   bool refers() const { return referred_.has_value(); }
@@ -107,7 +107,7 @@ class JournalFile {
   bool ended_ = false;                    // nothing more is written: a record may stand half in it, or another text is to follow
   std::optional<FileStamp> referred_;     // the file that is the base
   std::string referredPath_;
-  std::optional<Replacement> replacement_;
+  std::unique_ptr<Replacement> replacement_;
 };
 
 }  // namespace text
