@@ -24,10 +24,10 @@ std::int64_t steadyMs() {
 }
 
 // Runs one piece of work after another on a thread of its own.
-class Line {
+class SlowThread {
  public:
-  Line() : thread_([this] { run(); }) {}
-  ~Line() {   // what stands in line is done first
+  SlowThread() : thread_([this] { run(); }) {}
+  ~SlowThread() {   // what stands in line is done first
     post({});
     thread_.join();
   }
@@ -172,7 +172,7 @@ struct JournalWriter::Impl {
 
   // Does a step for one journal and hands out the slow work that it leads to. 0 or -errno.
   template <class Step>
-  int run(std::unique_lock<std::mutex>& lock, const std::shared_ptr<State>& journal, std::int64_t now, bool all, Step step) {
+  int attempt(std::unique_lock<std::mutex>& lock, const std::shared_ptr<State>& journal, std::int64_t now, bool all, Step step) {
     JournalFile& file = journal->file;
     const bool hurried = all || journal->gone;
     lock.unlock();
@@ -232,7 +232,7 @@ struct JournalWriter::Impl {
     s.waitingSince = -1;
     s.durable = false;
     const Snapshot latest = !job.waiting.empty() ? job.waiting.back().after : job.whole ? job.base : s.file.latest();
-    const int error = run(lock, journal, now, all, [&] { return serve(s, job, now); });
+    const int error = attempt(lock, journal, now, all, [&] { return serve(s, job, now); });
     if (error < 0 && job.remove && !s.file.name().empty()) s.remove = true;
     job = {};
     note(lock, s, error, now, latest);
@@ -244,7 +244,7 @@ struct JournalWriter::Impl {
       const Finished done = std::move(finished.front());
       finished.erase(finished.begin());
       State& s = *done.journal;
-      const int error = run(lock, done.journal, now, all, [&] { return s.file.finished(done.slow, done.result); });
+      const int error = attempt(lock, done.journal, now, all, [&] { return s.file.finished(done.slow, done.result); });
       note(lock, s, error, now, s.file.latest());
     }
   }
@@ -300,12 +300,12 @@ struct JournalWriter::Impl {
     return std::any_of(journals.begin(), journals.end(), [](const auto& s) { return !s->failure.empty(); });
   }
 
-  std::optional<Line> line;   // where slow work is done, and not elsewhere; last: it uses the others
+  std::optional<SlowThread> slowThread;   // last: its work uses the others
 };
 
 JournalWriter::JournalWriter(std::string folder) : impl_(new Impl(std::move(folder), steadyMs, {})) {
-  impl_->line.emplace();
-  impl_->later = [this](std::function<void()> work) { impl_->line->post(std::move(work)); };
+  impl_->slowThread.emplace();
+  impl_->later = [this](std::function<void()> work) { impl_->slowThread->post(std::move(work)); };
   impl_->thread = std::thread([this] { impl_->run(); });
 }
 
