@@ -6,9 +6,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "tests/support/Text.h"
 #include "tests/support/files/TempFolder.h"
-
-inline QString q(const char* text) { return QString::fromUtf8(text); }
 
 // In memory where that can be: a busy disk that takes seconds for a sync would meet the editor's patience with disks.
 inline QTemporaryDir memoryFolder() {

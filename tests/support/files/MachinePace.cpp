@@ -40,11 +40,8 @@ void MachinePace::run(Processor& processor, int number) {
   ::sched_setaffinity(0, sizeof only, &only);
   while (!ending_) {
     std::this_thread::sleep_for(std::chrono::milliseconds(kStepMs));
-    const std::int64_t awake = now();
-    if (awake - processor.due > kUsualMs) {
-      const std::lock_guard guard(mutex_);
-      gaps_.push_back({processor.due, awake});
-    }
+    const std::lock_guard guard(mutex_);
+    if (const std::int64_t awake = now(); awake - processor.due > kUsualMs) gaps_.push_back({processor.due, awake});
     processor.due = now() + kStepMs;
   }
 }
@@ -52,10 +49,10 @@ void MachinePace::run(Processor& processor, int number) {
 std::int64_t MachinePace::stoodStill(std::int64_t begin, std::int64_t end) const {
   std::int64_t sum = 0;
   const auto add = [&](const Gap& gap) { sum += std::max<std::int64_t>(0, std::min(gap.end, end) - std::max(gap.begin, begin)); };
+  const std::lock_guard guard(mutex_);
   const std::int64_t present = now();
   for (const auto& processor : processors_)   // one may still be waiting
-    if (const std::int64_t due = processor->due; present - due > kUsualMs) add({due, present});
-  const std::lock_guard guard(mutex_);
+    if (present - processor->due > kUsualMs) add({processor->due, present});
   for (const Gap& gap : gaps_) add(gap);
   return sum;
 }

@@ -26,12 +26,12 @@ class MachinePace {
   };
   struct Processor {
     std::thread thread;
-    std::atomic<std::int64_t> due;   // when it should run next
+    std::int64_t due;   // when it should run next
   };
   void run(Processor& processor, int number);
 
   std::atomic<bool> ending_{false};
-  mutable std::mutex mutex_;
+  mutable std::mutex mutex_;   // of all times
   std::vector<Gap> gaps_;
   std::vector<std::unique_ptr<Processor>> processors_;
 };
