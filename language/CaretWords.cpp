@@ -9,6 +9,7 @@
 #include "language/FieldWalk.h"
 #include "language/ucCM.h"
 #include "text/Chars.h"
+#include "text/Words.h"
 
 namespace {
 
@@ -34,12 +35,62 @@ QString formatted(const QString& word, qsizetype width) { return word.rightJusti
 
 CmRange caretAt(const CmPosition& at) { return {at.LineNo, at.ColNo, at.LineNo, at.ColNo, false}; }
 
+constexpr qsizetype kLongestWord = 128;   // longer listed words are never found at a caret
+
+// A word of a list and the place of the text where it stands.
+struct ListedWord {
+  QString text;      // as in the list
+  text::ByteRange range;
+};
+
+bool isWordChar(QChar c) { return text::classOf(c.unicode()) == text::CharClass::word; }
+
+// Whether the word at `at` of `line` stands for itself: no letter goes on at an end that is a letter, a sign such as "-eq" is no
+// part of "a-eq", and no longer sign of the language covers it ("<" in "<=").
+bool standsAlone(const QString& line, qsizetype at, const QString& word, const QStringList& operators) {
+  const qsizetype end = at + word.size();
+  const bool before = at > 0 && isWordChar(line[at - 1]), behind = end < line.size() && isWordChar(line[end]);
+  if (isWordChar(word.back()) && behind) return false;
+  if (isWordChar(word.front())) return !before;
+  if (std::any_of(word.begin(), word.end(), isWordChar)) return !before || word[0] == u'.' || word[0] == u'\'';
+  for (const QString& sign : operators)
+    for (qsizetype from = end - sign.size(); from >= 0 && from <= at && sign.size() > word.size(); ++from)
+      if (from + sign.size() >= end && QStringView(line).mid(from, sign.size()) == sign) return false;
+  return true;
+}
+
+// The longest word of any list that the caret touches; of equally long ones the one that is the current word.
+std::optional<ListedWord> listedWordAt(CodeMax& cmx, const clsLang& language) {
+  const Editor& editor = cmx.editor();
+  const text::Snapshot& text = editor.snapshot();
+  const text::ByteOffset caret = editor.selection().caret;
+  const text::LineNo number = text.lineAt(caret);
+  constexpr std::int64_t reach = 4 * (kLongestWord + 1);   // bytes
+  const text::ByteOffset from = std::max(text.lineStart(number), caret - reach);
+  const text::ByteOffset to = std::min(text.lineEnd(number), caret + reach);
+  const QString before = toQString(text.bytes({from, caret})), line = before + toQString(text.bytes({caret, to}));
+  const QStringList operators = splitCrLf(language.Operators);
+  const text::ByteRange current = text::wordAt(text, caret);
+  std::optional<ListedWord> best;
+  for (const auto& list : *language.cWordList())
+    for (const QString& word : wordsOf(list->WordList)) {
+      if (word.isEmpty() || word.size() > kLongestWord || (best && word.size() < best->text.size())) continue;
+      for (qsizetype at = std::max<qsizetype>(0, before.size() - word.size()); at <= before.size(); ++at) {
+        if (QStringView(line).mid(at, word.size()).compare(word, Qt::CaseInsensitive) != 0 || !standsAlone(line, at, word, operators)) continue;
+        const text::ByteOffset begin = from + static_cast<std::int64_t>(fromQString(line.left(at)).size());
+        const text::ByteRange range{begin, begin + static_cast<std::int64_t>(fromQString(line.mid(at, word.size())).size())};
+        if (!best || word.size() > best->text.size() || range == current) best = {word, range};
+      }
+    }
+  return best;
+}
+
 // The edit control's own search for the word selects what is to be replaced. The search options are the person's and
 // may keep it from finding the word at the caret; then the word's own range holds.
-CmRange findCurrentWord(CodeMax& cmx, const QString& findText, const QString& replaceText) {
-  const CmRange word = cmx.CurrentWordRange();
+CmRange findListedWord(CodeMax& cmx, const CmRange& word, const QString& findText, const QString& replaceText) {
   const text::SearchOptions options = searchState().options;
   searchState().options = {};
+  cmx.SetSel(caretAt({word.StartLineNo, word.StartColNo}));
   cmx.ExecuteCmd(WORDENDLEFT);
   cmx.ExecuteCmd(SETFINDTEXT, findText);
   cmx.ExecuteCmd(SETREPLACETEXT, replaceText);
@@ -87,16 +138,13 @@ void putIn(CodeMax& cmx, const QString& text, const CmRange& word) {
 
 }  // namespace
 
-bool isInWordList(const CodeMax& cmx, const clsLang* language) {
-  if (!language || cmx.CurrentWordLength() <= 0) return false;
-  const QString word = cmx.CurrentWord();
-  const auto& lists = *language->cWordList();
-  return std::any_of(lists.begin(), lists.end(), [&](const auto& list) { return holds(list->WordList, word); });
-}
+bool isInWordList(CodeMax& cmx, const clsLang* language) { return language && listedWordAt(cmx, *language).has_value(); }
 
 void ProcessWordList(CodeMax& cmx, const clsLang* language, int& WordListIndex, bool previous) {
-  if (!language || cmx.ReadOnly() || cmx.CurrentWordLength() <= 0 || cmx.Language().isEmpty()) return;
-  const QString word = cmx.CurrentWord().toUpper();
+  if (!language || cmx.ReadOnly() || cmx.Language().isEmpty()) return;
+  const auto listed = listedWordAt(cmx, *language);
+  if (!listed) return;
+  const QString word = listed->text.toUpper();
   const auto& lists = *language->cWordList();
   const auto listHolds = [&](int index) { return holds(lists.Item(index)->WordList, word); };
   if (WordListIndex < 1 || WordListIndex > lists.Count() || !listHolds(WordListIndex)) {
@@ -115,7 +163,9 @@ void ProcessWordList(CodeMax& cmx, const clsLang* language, int& WordListIndex, 
 
   const CmPosition caret = cmx.CurrentPosition();
   const EditBlock block(cmx);
-  const CmRange range = findCurrentWord(cmx, formatted(word, word.size()), formatted(word, replacement.size()));
+  const CmPosition from = cmx.editor().positionOf(listed->range.begin), to = cmx.editor().positionOf(listed->range.end);
+  const CmRange range = findListedWord(cmx, {from.LineNo, from.ColNo, to.LineNo, to.ColNo, false}, formatted(word, word.size()),
+                                       formatted(word, replacement.size()));
   cmx.ReplaceText(replacement, range);
   // The caret stays on the word, so that the key can be pressed again.
   const qint64 offset = caret.LineNo == range.StartLineNo ? caret.ColNo - range.StartColNo : 0;

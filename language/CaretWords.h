@@ -17,10 +17,11 @@ class ucCM;
 // Puts prompts and variables of the command language into a text.
 using ExpandText = std::function<void(QString& text)>;
 
-// True when the word at the caret is a line, ended by CR LF, of one of the language's word lists, whatever its case.
-bool isInWordList(const CodeMax& cmx, const clsLang* language);
+// True when the caret touches a word that is a line, ended by CR LF, of one of the language's word lists, whatever its case. A
+// listed word may hold letters, signs and blanks ("1'b0", "-setup"); the longest one counts.
+bool isInWordList(CodeMax& cmx, const clsLang* language);
 
-// Replaces the word at the caret by its neighbour in its word list, wrapping round; the list last used is tried first.
+// Replaces that word by its neighbour in its word list, wrapping round; the list last used is tried first.
 // WordListIndex (from 1) is that list's position and kept by the caller. Nothing when no list holds the word.
 void ProcessWordList(CodeMax& cmx, const clsLang* language, int& WordListIndex, bool previous);
 

@@ -64,6 +64,10 @@ TEST_F(CaretWords, WordsTakeTurns) {
   list("Signs", "<\n<=\n>\n");
   list("Phrases", "two\nthree words here\n\nlast");   // "last" has no break behind it
   list("Twice", "a\nb\nA\nc\n");
+  list("Modes", "r\nr+\nw\n");
+  list("Levels", "1'b0\n1'b1\n");
+  list("Tests", "-eq\n-ne\n");
+  language->Operators = q("<\r\n=<=\r\n");
   struct Case {
     const char *before, *next, *previous;
   };
@@ -80,6 +84,14 @@ TEST_F(CaretWords, WordsTakeTurns) {
            Case{"| x", "| x", "| x"},
            Case{"redgreen|", "redgreen|", "redgreen|"},
            Case{"green green gre|en", "green green BLU|E", "green green RED|"},
+           Case{"open f r|+", "open f w|", "open f r|"},      // the longest word at the caret, wherever that is in it
+           Case{"open f |r", "open f |r+", "open f |w"},
+           Case{"y = 1|'b0;", "y = 1|'b1;", "y = 1|'b1;"},
+           Case{"if (a <|= b)", "if (a >| b)", "if (a <| b)"},
+           Case{"if (a =<|= b)", "if (a =<|= b)", "if (a =<|= b)"},   // another sign of the language
+           Case{"[ x -e|q 1 ]", "[ x -n|e 1 ]", "[ x -n|e 1 ]"},
+           Case{"x-eq|", "x-eq|", "x-eq|"},
+           Case{"three wor|ds here", "|", "two|"},
        }) {
     index = 1;
     EXPECT_EQ(afterKey(c.before, false), c.next) << c.before;
@@ -169,7 +181,7 @@ TEST_F(CaretWords, IsInWordList) {
     const char* text;
     bool found;
   };
-  for (const Case& c : {Case{"RED|", true}, Case{"gre|en", true}, Case{"gre|enish", false}, Case{"|<= x", true}, Case{"two|", false},
+  for (const Case& c : {Case{"RED|", true}, Case{"gre|en", true}, Case{"gre|enish", false}, Case{"|<= x", true}, Case{"two|", false}, Case{"two wor|ds", true},
                         Case{"open|", false}, Case{" | ", false}, Case{"|", false}}) {
     show(c.text);
     EXPECT_EQ(isInWordList(cmx, language.get()), c.found) << c.text;
@@ -313,8 +325,9 @@ TEST_F(CaretWords, ShippedTemplatesAndWordLists) {
       const QStringList list = splitCrLf(shipped->cWordList()->Item(l)->WordList);
       EXPECT_GT(list.size(), 1) << name;
       for (qsizetype w = 0; w < list.size(); ++w) {
-        show(("(" + s(list[w]) + "|)").c_str());
-        if (cmx.CurrentWord() != list[w]) continue;   // a phrase: reached from its neighbours only
+        cmx.setText(u'(' + list[w] + u')');
+        const qint64 behind = 1 + list[w].size();
+        cmx.SetSel({0, behind, 0, behind, false});
         index = l;
         ProcessWordList(cmx, shipped.get(), index, false);
         EXPECT_EQ(bytes(), "(" + s(list[(w + 1) % list.size()]) + ")") << name << ": " << s(list[w]);
@@ -322,8 +335,8 @@ TEST_F(CaretWords, ShippedTemplatesAndWordLists) {
       }
     }
   }
-  EXPECT_GT(templates, 20);
-  EXPECT_GT(words, 50);
+  EXPECT_GT(templates, 120);
+  EXPECT_GT(words, 380);
 }
 
 TEST_F(CaretWords, RegistrationKeepsTheNamesItGave) {
