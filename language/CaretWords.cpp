@@ -9,7 +9,7 @@
 #include "language/FieldWalk.h"
 #include "language/ucCM.h"
 #include "text/Chars.h"
-#include "text/Words.h"
+#include "text/WordNear.h"
 
 namespace {
 
@@ -70,7 +70,7 @@ std::optional<ListedWord> listedWordAt(CodeMax& cmx, const clsLang& language) {
   const text::ByteOffset to = std::min(text.lineEnd(number), caret + reach);
   const QString before = toQString(text.bytes({from, caret})), line = before + toQString(text.bytes({caret, to}));
   const QStringList operators = splitCrLf(language.Operators);
-  const text::ByteRange current = text::wordAt(text, caret);
+  const text::ByteRange current = text::wordNear(text, caret);
   std::optional<ListedWord> best;
   for (const auto& list : *language.cWordList())
     for (const QString& word : wordsOf(list->WordList)) {

@@ -16,7 +16,7 @@
 namespace {
 
 constexpr int kMostRows = 8;
-constexpr qsizetype kLongestLine = 4000;   // beyond that a look at the line would be felt while typing
+constexpr std::int64_t kLongestLine = 4000;   // beyond that a look at the line would be felt while typing
 
 }  // namespace
 
@@ -34,8 +34,10 @@ HotWords::~HotWords() { delete list_; }
 QListWidget* HotWords::list() const { return list_; }
 
 QString HotWords::prefix() const {
+  const text::Snapshot& text = cmx_.editor().snapshot();
+  const text::LineNo number = text.lineAt(cmx_.editor().selection().caret);
+  if (cmx_.HasSelection() || text.lineEnd(number) - text.lineStart(number) > kLongestLine) return {};
   const CmPosition caret = cmx_.CurrentPosition();
-  if (cmx_.HasSelection() || cmx_.GetLineLength(caret.LineNo) > kLongestLine) return {};
   const QString line = cmx_.GetLine(caret.LineNo);
   const auto isWord = [&](qsizetype at) { return at < line.size() && text::classOf(line[at].unicode()) == text::CharClass::word; };
   if (isWord(caret.ColNo)) return {};

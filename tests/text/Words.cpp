@@ -1,4 +1,4 @@
-#include "text/Words.h"
+#include "text/WordNear.h"
 
 #include <gtest/gtest.h>
 
@@ -136,4 +136,13 @@ TEST(Words, MovesAlwaysArrive) {
         at = to;
       }
   }
+}
+
+TEST(Words, TheWordNearTheCaretHasABound) {
+  const Snapshot text("ab " + std::string(20'000'000, 'x') + " cd");
+  EXPECT_EQ(wordNear(text, off(1)), rng(0, 2));
+  EXPECT_EQ(wordNear(text, off(3)), rng(3, 3));
+  EXPECT_EQ(wordNear(text, off(10'000'000)), rng(10'000'000, 10'000'000));
+  EXPECT_EQ(wordNear(text, text.size()), wordAt(text, text.size()));
+  EXPECT_EQ(wordNear(Snapshot("one"), off(3)), rng(0, 3));
 }
