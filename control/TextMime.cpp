@@ -16,6 +16,10 @@ QString forOthers(const QString& text) {
   return text;
 }
 
+QByteArray ownBytes(const QString& text, bool block) {
+  return QByteArray(block ? "block\n" : "plain\n") + QByteArray::fromStdString(fromQString(text));
+}
+
 class LazyText : public QMimeData {
  public:
   LazyText(const text::Snapshot& snapshot, text::ByteRange range) : snapshot_(snapshot), range_(range) {}
@@ -35,12 +39,34 @@ class LazyText : public QMimeData {
   text::ByteRange range_;
 };
 
+// A long text is held once, and turned into bytes for who asks.
+class LongText : public QMimeData {
+ public:
+  LongText(const QString& text, bool block) : text_(text), block_(block) {}
+  QStringList formats() const override { return {QStringLiteral("text/plain"), ownFormat()}; }
+  bool hasFormat(const QString& format) const override { return formats().contains(format); }
+
+ protected:
+  QVariant retrieveData(const QString& format, QMetaType) const override {
+    if (format == ownFormat()) return ownBytes(text_, block_);
+    if (format == QStringLiteral("text/plain")) return forOthers(text_);
+    return {};
+  }
+
+ private:
+  QString text_;
+  bool block_;
+};
+
+constexpr qsizetype kLong = 1 << 20;   // characters
+
 }  // namespace
 
 std::unique_ptr<QMimeData> TextMime::make(const QString& text, bool block) {
+  if (text.size() > kLong) return std::make_unique<LongText>(text, block);
   auto data = std::make_unique<QMimeData>();
   data->setText(forOthers(text));
-  data->setData(ownFormat(), QByteArray(block ? "block\n" : "plain\n") + QByteArray::fromStdString(fromQString(text)));
+  data->setData(ownFormat(), ownBytes(text, block));
   return data;
 }
 
