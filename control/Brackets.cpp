@@ -1,13 +1,16 @@
 #include "control/Brackets.h"
 
 #include <algorithm>
+#include <functional>
 #include <string_view>
+#include <utility>
 
 using namespace text;
 
 namespace {
 
 constexpr std::string_view kOpeners = "([{", kClosers = ")]}";
+constexpr std::int64_t kStep = 1 << 20;   // bytes of states found between two looks at the control
 constexpr std::int64_t kLinesBack = 64;   // a stretch of lines is coloured forwards, then read backwards
 
 struct Sign {
@@ -16,12 +19,18 @@ struct Sign {
   bool code;           // neither in a comment nor in a string
 };
 
+using StateAt = std::function<LineState(LineNo line, std::int64_t budget, bool* exact)>;
+
 class Scanner {
  public:
-  Scanner(TextModel& model, char opener, char closer, std::int64_t budget)
-      : model_(model), highlighter_(model.highlighter()), opener_(opener), closer_(closer),
-        budget_(budget > 0 ? budget : INT64_MAX) {}
+  Scanner(const Snapshot& text, const Highlighter* highlighter, StateAt stateAt, std::int64_t budget, SearchControl* control)
+      : text_(text), highlighter_(highlighter), stateAt_(std::move(stateAt)), budget_(budget > 0 ? budget : INT64_MAX), control_(control) {}
 
+  const Snapshot& text() const { return text_; }
+  void look(char opener, char closer) {
+    opener_ = opener;
+    closer_ = closer;
+  }
   bool spent() const { return budget_ < 0; }
   // A state that is not known within the budget is guessed once; asking for a further one then would cost as much again each time.
   LineState stateAt(LineNo line) {
@@ -29,17 +38,24 @@ class Scanner {
     if (guessed_) budget_ = -1;
     if (spent()) return 0;
     bool exact = true;
-    const LineState state = model_.stateAt(line, budget_ == INT64_MAX ? 0 : budget_, &exact);
-    guessed_ = !exact;
-    return state;
+    if (!control_) {
+      const LineState state = stateAt_(line, budget_ == INT64_MAX ? 0 : budget_, &exact);
+      guessed_ = !exact;
+      return state;
+    }
+    for (;;) {
+      const LineState state = stateAt_(line, kStep, &exact);
+      if (exact) return state;
+      if (!go(kStep)) return 0;
+    }
   }
 
   // The brackets of one line; `state` becomes that of the next.
   std::vector<Sign> line(LineNo number, LineState& state) {
-    const Snapshot& text = model_.snapshot();
-    budget_ -= text.lineEndWithBreak(number) - text.lineStart(number);
-    if (spent()) return {};
-    const std::string bytes = text.line(number);
+    const std::int64_t length = text_.lineEndWithBreak(number) - text_.lineStart(number);
+    budget_ -= length;
+    if (spent() || !go(length)) return {};
+    const std::string bytes = text_.line(number);
     tokens_.clear();
     if (highlighter_) state = highlighter_->scanLine(bytes, state, &tokens_);
     std::vector<Sign> signs;
@@ -56,17 +72,28 @@ class Scanner {
   }
 
  private:
-  TextModel& model_;
+  bool go(std::int64_t bytes) {
+    if (!control_) return true;
+    if ((sinceLook_ += bytes) >= kStep / 64) {
+      control_->bytesDone += std::exchange(sinceLook_, 0);
+      if (control_->cancel) budget_ = -1;
+    }
+    return !spent();
+  }
+
+  const Snapshot& text_;
   const Highlighter* highlighter_;
-  char opener_, closer_;
-  std::int64_t budget_;
+  StateAt stateAt_;
+  char opener_ = '(', closer_ = ')';
+  std::int64_t budget_, sinceLook_ = 0;
+  SearchControl* control_;
   bool guessed_ = false;
   std::vector<Token> tokens_;
 };
 
-std::optional<ByteOffset> partner(TextModel& model, ByteOffset at, bool forward, std::size_t kind, std::int64_t budget) {
-  const Snapshot& text = model.snapshot();
-  Scanner scanner(model, kOpeners[kind], kClosers[kind], budget);
+std::optional<ByteOffset> partner(Scanner& scanner, ByteOffset at, bool forward, std::size_t kind) {
+  const Snapshot& text = scanner.text();
+  scanner.look(kOpeners[kind], kClosers[kind]);
   const LineNo home = text.lineAt(at);
   const std::int64_t inLine = at - text.lineStart(home);
   LineState state = scanner.stateAt(home);
@@ -103,18 +130,33 @@ std::optional<ByteOffset> partner(TextModel& model, ByteOffset at, bool forward,
   return std::nullopt;
 }
 
-}  // namespace
-
-std::optional<BracketPair> matchingBracket(TextModel& model, ByteOffset caret, std::int64_t budgetBytes) {
-  const Snapshot& text = model.snapshot();
+std::optional<BracketPair> pairAt(Scanner& scanner, ByteOffset caret) {
+  const Snapshot& text = scanner.text();
   for (const ByteOffset at : {caret, caret - 1}) {
     if (at < ByteOffset(0) || at >= text.size()) continue;
     const char c = text.at(at);
     const auto opener = kOpeners.find(c), closer = kClosers.find(c);
     if (opener == std::string_view::npos && closer == std::string_view::npos) continue;
     const bool forward = opener != std::string_view::npos;
-    const auto found = partner(model, at, forward, forward ? opener : closer, budgetBytes);
+    const auto found = partner(scanner, at, forward, forward ? opener : closer);
     return found ? std::optional<BracketPair>({at, *found}) : std::nullopt;
   }
   return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<BracketPair> matchingBracket(TextModel& model, ByteOffset caret, std::int64_t budgetBytes) {
+  const auto stateAt = [&model](LineNo line, std::int64_t budget, bool* exact) { return model.stateAt(line, budget, exact); };
+  Scanner scanner(model.snapshot(), model.highlighter(), stateAt, budgetBytes, nullptr);
+  return pairAt(scanner, caret);
+}
+
+std::optional<BracketPair> matchingBracket(const Snapshot& text, std::shared_ptr<const Highlighter> colors, ByteOffset caret,
+                                           SearchControl& control) {
+  StateCache states;
+  states.setHighlighter(colors);
+  const auto stateAt = [&](LineNo line, std::int64_t budget, bool* exact) { return states.stateAt(text, line, budget, exact); };
+  Scanner scanner(text, colors.get(), stateAt, 0, &control);
+  return pairAt(scanner, caret);
 }

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "control/TextModel.h"
+#include "text/Search.h"
 
 struct BracketPair {
   text::ByteOffset here, partner;   // of the two characters; `here` touches the caret
@@ -13,3 +14,6 @@ struct BracketPair {
 // For the bracket to the right of the caret, else the one to its left. nullopt: there is none, or it has no partner within
 // `budgetBytes` of text (0: no bound).
 std::optional<BracketPair> matchingBracket(TextModel& model, text::ByteOffset caret, std::int64_t budgetBytes = 0);
+// The same on any thread, to the end of the text unless the control cancels it. `colors` may be null.
+std::optional<BracketPair> matchingBracket(const text::Snapshot& text, std::shared_ptr<const text::Highlighter> colors,
+                                           text::ByteOffset caret, text::SearchControl& control);

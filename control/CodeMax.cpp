@@ -5,12 +5,14 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "base/Strings.h"
 #include "control/CodeMaxImpl.h"
 #include "control/EditorAccess.h"
 #include "control/FindDialog.h"
+#include "control/LongWork.h"
 #include "text/LineReader.h"
 #include "text/Utf8Stream.h"
-#include "text/Words.h"
+#include "text/WordNear.h"
 
 using text::ByteOffset;
 using text::ByteRange;
@@ -133,7 +135,10 @@ Editor& CodeMax::editor() { return impl_->editor(); }
 // --- Files ----------------------------------------------------------------------------------------------------------------------
 
 QString CodeMax::OpenFile(const QString& path) {
-  text::LoadedFile loaded = text::loadFile(fromQString(path));
+  const std::string name = fromQString(path);
+  text::LoadedFile loaded;
+  const auto load = [&](text::SearchControl& control) { loaded = text::loadFile(name, {}, &control); };
+  LongWork::forFile(*this, text::stampOf(name, false).status.size, load, tr("Opening %1").arg(plainForDisplay(path, 80)), true);
   if (!loaded.error.empty()) return toQString(loaded.error);
   TextModel& model = *impl_->state.model;
   model.stamp = std::move(loaded.stamp);
@@ -148,7 +153,10 @@ text::SaveResult CodeMax::SaveFile(const QString& path, bool guardAgainstOthers)
   options.format = model.format;
   if (guardAgainstOthers && path == model.path) options.expected = model.stamp;
   const std::uint64_t revision = model.document().revision();
-  text::SaveResult result = text::saveFile(fromQString(path), model.snapshot(), options);
+  const text::Snapshot text = model.snapshot();
+  text::SaveResult result;
+  const auto save = [&](text::SearchControl&) { result = text::saveFile(fromQString(path), text, options); };
+  LongWork::forFile(*this, text.size().value, save, tr("Saving %1").arg(plainForDisplay(path, 80)), false);
   if (!result.ok()) return result;
   model.stamp = result.stamp;
   model.path = path;
@@ -330,13 +338,13 @@ bool CodeMax::HasSelection() const { return impl_->editor().hasSelection(); }
 
 CmRange CodeMax::CurrentWordRange() const {
   const Editor& editor = impl_->editor();
-  const ByteRange word = text::wordAt(impl_->snapshot(), editor.selection().caret);
+  const ByteRange word = text::wordNear(impl_->snapshot(), editor.selection().caret);
   const CmPosition from = editor.positionOf(word.begin), to = editor.positionOf(word.end);
   return {from.LineNo, from.ColNo, to.LineNo, to.ColNo, false};
 }
 
 QString CodeMax::CurrentWord() const {
-  return toQString(impl_->snapshot().bytes(text::wordAt(impl_->snapshot(), impl_->editor().selection().caret)));
+  return toQString(impl_->snapshot().bytes(text::wordNear(impl_->snapshot(), impl_->editor().selection().caret)));
 }
 
 qint64 CodeMax::CurrentWordLength() const { return CurrentWord().size(); }
@@ -349,11 +357,10 @@ bool CodeMax::FindText(const QString& text, bool forward) {
   const Command* command = commandByName(forward ? u"FINDNEXT" : u"FINDPREV");
   if (!command || !ExecuteCmd(command->id)) return false;
   // The command leaves the selection alone when nothing is found; a find is what lies under it now.
-  const text::Searcher searcher(fromQString(text), searchState().options);
+  const text::Finder searcher(fromQString(text), searchState().options);
   if (!searcher.error().empty()) return false;
   const ByteRange selected = impl_->editor().selectedRange();
-  const auto found = searcher.forward(impl_->snapshot(), selected.begin, {ByteOffset(0), selected.end});
-  return found.match && found.match->range == selected;
+  return searcher.at(impl_->snapshot(), selected, {ByteOffset(0), impl_->snapshot().size()}).match.has_value();
 }
 
 QString CodeMax::findText() const { return searchState().findText; }

@@ -13,16 +13,18 @@ namespace {
 
 // To the clipboard: behind what is there when the cut before was told to go on, or in a repetition.
 void toClipboard(Editor& e, QString text, bool block) {
-  const auto& impl = EditorAccess::impl(e);
-  if (impl.cutAppends || impl.pass > 0) {
-    bool oldBlock = false;
-    const QString old = e.host().clipboardText(&oldBlock);
-    if (!old.isEmpty()) {
-      block = block && oldBlock;
-      text = old + (block ? QStringLiteral("\n") : QString()) + text;
-    }
+  auto& impl = EditorAccess::impl(e);
+  decltype(impl.cuts)::value_type all;
+  if (impl.cuts) all = std::move(*impl.cuts);
+  else if (impl.cutAppends) all.text = e.host().clipboardText(&all.block);
+  if (all.text.isEmpty()) {
+    all = {std::move(text), block};
+  } else {
+    all.block = all.block && block;
+    all.text += (all.block ? QStringLiteral("\n") : QString()) + text;
   }
-  e.host().setClipboard(text, block);
+  if (impl.gathersCuts) impl.cuts = std::move(all);
+  else e.host().setClipboard(all.text, all.block);
 }
 
 void cutRange(Editor& e, ByteRange range) {

@@ -6,11 +6,14 @@
 #include "control/Replacing.h"
 #include "control/EditorAccess.h"
 #include "control/Finding.h"
-#include "text/Words.h"
+#include "text/WordNear.h"
 
 using namespace text;
 
 namespace {
+
+constexpr std::size_t kEditsAtOnce = 1 << 16;
+constexpr std::chrono::milliseconds kOneFind{200};   // to see whether the selection is a find
 
 QString tr(const char* text, int n = -1) { return QCoreApplication::translate("Find", text, nullptr, n); }
 
@@ -18,24 +21,24 @@ bool sameOptions(const SearchOptions& a, const SearchOptions& b) {
   return a.matchCase == b.matchCase && a.wholeWord == b.wholeWord && a.regex == b.regex;
 }
 
-const Searcher& searcherFor(Editor& e, const std::string& what, const SearchOptions& options) {
+const Finder& searcherFor(Editor& e, const std::string& what, const SearchOptions& options) {
   auto& impl = EditorAccess::impl(e);
   if (!impl.searcher || impl.searcherKey.first != what || !sameOptions(impl.searcherKey.second, options)) {
-    impl.searcher = std::make_unique<Searcher>(what, options);
+    impl.searcher = std::make_unique<Finder>(what, options);
     impl.searcherKey = {what, options};
   }
   return *impl.searcher;
 }
 
 // The searcher of the search state; null after a note when there is nothing to search for or the expression is faulty.
-const Searcher* stateSearcher(Editor& e) {
+const Finder* stateSearcher(Editor& e) {
   const SearchState& state = searchState();
   EditorAccess::searchFailed(e) = true;
   if (state.findText.isEmpty()) {
     e.host().note(tr("There is no find text"));
     return nullptr;
   }
-  const Searcher& searcher = searcherFor(e, findBytes(e, state), state.options);
+  const Finder& searcher = searcherFor(e, findBytes(e, state), state.options);
   if (searcher.error().empty()) {
     EditorAccess::searchFailed(e) = false;
     return &searcher;
@@ -45,7 +48,7 @@ const Searcher* stateSearcher(Editor& e) {
 }
 
 // Selects the next find from the selection on, round the end of the text when needed.
-bool findFrom(Editor& e, const Searcher& searcher, const QString& shown, ByteRange from, bool forward) {
+bool findFrom(Editor& e, const Finder& searcher, const QString& shown, ByteRange from, bool forward) {
   const Snapshot text = e.snapshot();
   const ByteRange whole{ByteOffset(0), text.size()};
   FindOutcome outcome;
@@ -58,22 +61,21 @@ bool findFrom(Editor& e, const Searcher& searcher, const QString& shown, ByteRan
 
 void replaceAllIn(Editor& e, const std::vector<ByteRange>& within) {
   if (EditorAccess::isGuarded(e)) return;
-  const Searcher* searcher = stateSearcher(e);
+  const Finder* searcher = stateSearcher(e);
   if (!searcher) return;
   const SearchState& state = searchState();
-  const std::string replacement = replacementBytes(e, state), newLine = e.model().newLineFor(LineNo(0));
-  const bool keep = keepsCase(e, state), regex = state.options.regex;
+  const Replacement replacement = replacementOf(e, state);
   const Snapshot text = e.snapshot();
   ReplacePlan plan;
   e.host().work(within.empty() ? 0 : within.back().end - within.front().begin, [&](SearchControl& control) {
-    plan = planReplacements(text, *searcher, regex, within, replacement, keep, newLine, &control);
+    plan = planReplacements(text, *searcher, within, replacement, &control);
   });
   applyReplacements(e, plan);
 }
 
 }  // namespace
 
-FindOutcome findNear(const Snapshot& text, const Searcher& searcher, ByteRange from, std::span<const ByteRange> within, bool forward,
+FindOutcome findNear(const Snapshot& text, const Finder& searcher, ByteRange from, std::span<const ByteRange> within, bool forward,
                      SearchControl* control) {
   const auto ends = [](const SearchResult& result) { return result.match || !result.error.empty() || result.cancelled; };
   const auto search = [&](ByteOffset at) {
@@ -120,11 +122,29 @@ std::string findBytes(Editor& e, const SearchState& state) {
   return state.options.regex ? fromQString(state.findText) : EditorAccess::incoming(e, state.findText, LineNo(0));
 }
 
-std::string replacementBytes(Editor& e, const SearchState& state) {
-  return EditorAccess::incoming(e, state.replaceText, LineNo(0));
+Replacement replacementOf(Editor& e, const SearchState& state) {
+  return {fromQString(state.replaceText), keepsCase(e, state), {e.model().enableCrlf() ? LineBreak::crlf : LineBreak::lf}};
 }
 
 bool keepsCase(Editor& e, const SearchState& state) { return state.preserveCase || e.options().preserveCase; }
+
+QString findSwitches(Editor& e, const SearchState& state) {
+  QStringList words;
+  if (state.options.matchCase) words += QStringLiteral("case");
+  if (state.options.wholeWord) words += QStringLiteral("word");
+  if (state.options.regex) words += QStringLiteral("regex");
+  if (keepsCase(e, state)) words += QStringLiteral("preserve");
+  return words.join(u' ');
+}
+
+void setFindSwitches(Editor& e, const QString& words) {
+  const QStringList on = words.toLower().split(u' ', Qt::SkipEmptyParts);
+  SearchState& state = searchState();
+  state.options.matchCase = on.contains(QStringLiteral("case"));
+  state.options.wholeWord = on.contains(QStringLiteral("word"));
+  state.options.regex = on.contains(QStringLiteral("regex"));
+  state.preserveCase = e.options().preserveCase = on.contains(QStringLiteral("preserve"));
+}
 
 std::vector<ByteRange> selectedRanges(Editor& e) {
   if (!e.hasSelection()) return {};
@@ -142,42 +162,55 @@ std::vector<ByteRange> selectedRanges(Editor& e) {
 QString noteOf(const ReplacePlan& plan) {
   if (plan.cancelled) return tr("Cancelled; nothing was replaced");
   if (!plan.error.empty()) return QString::fromStdString(plan.error);
-  return tr("%1 replaced").arg(plan.edits.size());
+  return tr("%1 replaced").arg(plan.finds.size());
 }
 
 void applyReplacements(Editor& e, const ReplacePlan& plan) {
-  if (!plan.edits.empty()) EditorAccess::change(e, plan.edits);
+  // From the end on, so that the places before stay; in parts, as a change is much larger than its plan.
+  const UndoGroup group(e.document());
+  std::size_t textEnd = plan.texts.size();
+  for (std::size_t last = plan.finds.size(); last > 0;) {
+    const std::size_t first = last > kEditsAtOnce ? last - kEditsAtOnce : 0;
+    std::vector<Edit> edits(last - first);
+    for (std::size_t i = last; i-- > first;) {
+      textEnd -= plan.lengths[i];
+      edits[i - first] = {plan.finds[i], plan.texts.substr(textEnd, plan.lengths[i])};
+    }
+    EditorAccess::change(e, edits);
+    last = first;
+  }
   e.host().note(noteOf(plan));
 }
 
-bool replaceSelectedFind(Editor& e, const Searcher& searcher, std::span<const ByteRange> within, QString* error) {
+bool replaceSelectedFind(Editor& e, const Finder& searcher, std::span<const ByteRange> within, QString* error) {
   const ByteRange range = e.selectedRange();
   if (e.selection().column) return false;
   const auto home = std::partition_point(within.begin(), within.end(), [&](const ByteRange& r) { return r.end < range.end; });
   if (home == within.end() || range.begin < home->begin) return false;
-  const SearchResult at = searcher.forward(e.snapshot(), range.begin, *home);
-  *error = QString::fromStdString(at.error);
-  if (!at.match || at.match->range != range) return false;
-  const SearchState& state = searchState();
-  const ReplacePlan plan = planReplacements(e.snapshot(), searcher, state.options.regex, std::span(&range, 1),
-                                            replacementBytes(e, state), keepsCase(e, state), e.model().newLineFor(LineNo(0)));
-  *error = QString::fromStdString(plan.error);
-  return plan.edits.size() == 1 && EditorAccess::put(e, plan.edits[0].range, plan.edits[0].text);
+  FindBudget budget(kOneFind);
+  const SearchResult at = searcher.at(e.snapshot(), range, *home, &budget);
+  *error = budget.spent ? tr("The expression is too costly for this text") : QString::fromStdString(at.error);
+  if (!at.match) return false;
+  const Replacement by = replacementOf(e, searchState());
+  std::string why;
+  auto fresh = searcher.replacementFor(e.snapshot(), *at.match, by.text, by.preserveCase, &why, by.newLines);
+  *error = QString::fromStdString(why);
+  return fresh && EditorAccess::put(e, range, std::move(*fresh));
 }
 
 QString wordToFind(Editor& e) {
   const Snapshot& text = e.snapshot();
   if (e.hasSelection() && !e.selection().column) {
     const ByteRange range = e.selectedRange();
-    if (text.lineAt(range.begin) == text.lineAt(range.end)) return e.selectedText();
+    if (range.length() <= kLongestFind && text.lineAt(range.begin) == text.lineAt(range.end)) return e.selectedText();
   }
-  return toQString(text.bytes(wordAt(text, e.selection().caret)));
+  return toQString(text.bytes(wordNear(text, e.selection().caret)));
 }
 
 namespace commandFunctions {
 
 bool findAgainFrom(Editor& e, bool forward) {
-  const Searcher* searcher = stateSearcher(e);
+  const Finder* searcher = stateSearcher(e);
   return searcher && findFrom(e, *searcher, searchState().findText, e.selectedRange(), forward);
 }
 
@@ -185,11 +218,11 @@ bool findWordAtCaret(Editor& e, bool forward) {
   const QString word = wordToFind(e);
   if (word.isEmpty()) return false;
   const bool selected = e.hasSelection();
-  const ByteRange from = selected ? e.selectedRange() : wordAt(e.snapshot(), e.selection().caret);
+  const ByteRange from = selected ? e.selectedRange() : wordNear(e.snapshot(), e.selection().caret);
   searchState().findText = word;
   SearchOptions options = searchState().options;
   options.regex = false;
-  options.wholeWord = !selected || options.wholeWord || wordAt(e.snapshot(), from.begin) == from;
+  options.wholeWord = !selected || options.wholeWord || wordNear(e.snapshot(), from.begin) == from;
   return findFrom(e, searcherFor(e, fromQString(word), options), word, from, forward);
 }
 
@@ -197,7 +230,7 @@ void find(Editor& e, const QVariant&) { e.host().showFindDialog(false); }
 void findReplace(Editor& e, const QVariant&) { e.host().showFindDialog(true); }
 
 void findMarkAll(Editor& e, const QVariant&) {
-  const Searcher* searcher = stateSearcher(e);
+  const Finder* searcher = stateSearcher(e);
   if (!searcher) return;
   const Snapshot text = e.snapshot();
   const ByteRange whole{ByteOffset(0), text.size()};
@@ -210,7 +243,7 @@ void findMarkAll(Editor& e, const QVariant&) {
 
 void replace(Editor& e, const QVariant&) {
   if (EditorAccess::isGuarded(e)) return;
-  const Searcher* searcher = stateSearcher(e);
+  const Finder* searcher = stateSearcher(e);
   if (!searcher) return;
   QString error;
   const ByteRange whole{ByteOffset(0), e.snapshot().size()};

@@ -4,6 +4,7 @@
 #include "control/Brackets.h"
 #include "control/CommandFunctions.h"
 #include "control/EditorAccess.h"
+#include "control/LanguageTable.h"
 #include "text/Chars.h"
 #include "text/Words.h"
 
@@ -12,6 +13,8 @@ using namespace text;
 namespace commandFunctions {
 
 namespace {
+
+constexpr std::int64_t kNear = 1 << 20;   // bytes looked through for a bracket's partner before a thread is asked
 
 bool blankAt(const Snapshot& text, ByteOffset at) {
   return classOf(decode(text.bytes({at, at + 4})).code) == CharClass::blank;
@@ -101,7 +104,16 @@ void gotoLine(Editor& e, const QVariant& argument) {
 }
 
 void gotoMatchBrace(Editor& e, const QVariant&) {
-  const auto pair = matchingBracket(e.model(), e.selection().caret);
+  const ByteOffset caret = e.selection().caret;
+  const Snapshot text = e.snapshot();
+  bool known = true;   // not guessed what is comment and what is code
+  e.model().stateAt(text.lineAt(caret), kNear, &known);
+  std::optional<BracketPair> pair;
+  if (known) pair = matchingBracket(e.model(), caret, kNear);
+  if (!pair && text.size().value > kNear) {
+    const auto colors = e.model().highlighter() ? LanguageTable::find(e.model().language()) : nullptr;
+    e.host().work(text.size().value, [&](SearchControl& control) { pair = matchingBracket(text, colors, caret, control); });
+  }
   if (pair) e.moveCaret(pair->partner, false);
 }
 

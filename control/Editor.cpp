@@ -3,6 +3,7 @@
 #include <QClipboard>
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <tuple>
 
@@ -341,7 +342,7 @@ bool Editor::execute(int id, const QVariant& argument) {
 
 void EditorAccess::run(Editor& e, const Command& command, const QVariant& argument) {
   Editor::Impl& impl = *e.impl_;
-  noteForMacro(e, [&] { keyMacros().noteCommand(command.id, argument); });
+  noteForMacro(e, [&] { keyMacros().noteCommand(e, command.id, argument); });
   const Inside inside(e);
   // A command that only prepares the next one uses nothing up.
   const bool prepares = command.run == commandFunctions::setRepeatCount || command.run == commandFunctions::appendNextCut;
@@ -351,15 +352,15 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
     impl.cutAppends = std::exchange(e.appendNextCut, false);
     if (!command.repeatable) count = 1;
   }
+  // Each command counts and cuts for itself, also one of a macro that is played in repetitions.
+  const QScopedValueRollback pass(impl.pass, 0);
+  const QScopedValueRollback gathers(impl.gathersCuts, count > 1);
+  const QScopedValueRollback cuts(impl.cuts, std::optional<Editor::Impl::Cuts>());
   if (count == 1) return command.run(e, argument);
   // One undo step for all repetitions; undo itself cannot run inside one.
   const bool travels = command.run == commandFunctions::undo || command.run == commandFunctions::redo;
   std::optional<UndoGroup> group;
   if (!travels) group.emplace(e.document());
-  struct Reset {
-    int& pass;
-    ~Reset() { pass = 0; }
-  } reset{impl.pass};
   for (impl.pass = 0; impl.pass < count; ++impl.pass) {
     const auto state = [&e] {
       return std::tuple(e.document().revision(), e.selection(), e.host().topLine(), e.host().leftColumn());
@@ -368,4 +369,5 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
     command.run(e, argument);
     if (state() == before) break;   // nothing moves any more
   }
+  if (impl.cuts) e.host().setClipboard(impl.cuts->text, impl.cuts->block);
 }

@@ -12,6 +12,7 @@
 #include "control/CommandTable.h"
 #include "control/Editor.h"
 #include "control/KeyMacro.h"
+#include "text/Finder.h"
 
 struct Editor::Impl {
   QObject context;                         // ends the connection to the model
@@ -21,8 +22,14 @@ struct Editor::Impl {
   int inside = 0;                          // > 0: what is done is part of a command, nothing that the user typed
   int pass = 0;                            // which repetition of the command this is, from 0
   bool cutAppends = false;                 // this command's cut goes behind what is on the clipboard
+  struct Cuts {
+    QString text;
+    bool block = false;
+  };
+  bool gathersCuts = false;                // the repetitions of a command go to the clipboard together, at their end
+  std::optional<Cuts> cuts;
   bool searchFailed = false;               // the last search found nothing
-  std::unique_ptr<text::Searcher> searcher;   // of the last search, with what it was made from
+  std::unique_ptr<text::Finder> searcher;   // of the last search, with what it was made from
   std::pair<std::string, text::SearchOptions> searcherKey;
 };
 

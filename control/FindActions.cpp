@@ -15,7 +15,7 @@ using namespace text;
 struct FindDialog::Target {
   Snapshot text;
   std::uint64_t revision;
-  std::shared_ptr<Searcher> searcher;
+  std::shared_ptr<Finder> searcher;
   ByteRange selection;
   std::vector<ByteRange> within;
 
@@ -29,8 +29,8 @@ struct FindDialog::Target {
 
 namespace {
 
-void noteForMacro(const char* command) {
-  if (keyMacros().recording()) keyMacros().noteCommand(commandByName(QString::fromLatin1(command))->id, {});
+void noteForMacro(CodeMax& control, const char* command) {
+  if (keyMacros().recording()) keyMacros().noteCommand(control.editor(), commandByName(QString::fromLatin1(command))->id, {});
 }
 
 }  // namespace
@@ -96,7 +96,7 @@ std::vector<ByteRange> FindDialog::scope() const {
 std::unique_ptr<FindDialog::Target> FindDialog::target(const QString& findText) {
   if (!control_ || findText.isEmpty()) return nullptr;
   Editor& editor = control_->editor();
-  auto searcher = std::make_shared<Searcher>(findBytes(editor, searchState()), searchState().options);
+  auto searcher = std::make_shared<Finder>(findBytes(editor, searchState()), searchState().options);
   if (!searcher->error().empty()) {
     tell(QString::fromStdString(searcher->error()), true);
     return nullptr;
@@ -117,7 +117,7 @@ void FindDialog::findNext(bool forward) {
   const QString findText = find_->currentText();
   std::shared_ptr<Target> t = target(findText);
   if (!t) return;
-  noteForMacro(forward ? "FINDNEXT" : "FINDPREV");
+  noteForMacro(*control_, forward ? "FINDNEXT" : "FINDPREV");
   typingFrom_.reset();
   tell({});
   job_->start(t->extent(), [this, t, forward, findText](SearchControl& control) -> FindJob::Done {
@@ -178,7 +178,7 @@ void FindDialog::markAll() {
   remember(find_);
   std::shared_ptr<Target> t = target(find_->currentText());
   if (!t) return;
-  noteForMacro("FINDMARKALL");
+  noteForMacro(*control_, "FINDMARKALL");
   job_->start(t->bytes(), [this, t](SearchControl& control) -> FindJob::Done {
     std::vector<ByteRange> finds;
     SearchAllResult found;
@@ -203,7 +203,7 @@ void FindDialog::replaceOne() {
   const std::shared_ptr<Target> t = target(find_->currentText());
   if (!t || control_->ReadOnly()) return;
   const bool forward = !backwards_->isChecked();
-  noteForMacro("REPLACE");
+  noteForMacro(*control_, "REPLACE");
   QString error;
   {
     const EditBlock block(*control_);
@@ -224,14 +224,10 @@ void FindDialog::replaceAll() {
   remember(replace_);
   std::shared_ptr<Target> t = target(find_->currentText());
   if (!t || control_->ReadOnly()) return;
-  noteForMacro(scope_ ? "REPLACEALLINSELECTION" : "REPLACEALLINBUFFER");
+  noteForMacro(*control_, scope_ ? "REPLACEALLINSELECTION" : "REPLACEALLINBUFFER");
   Editor& editor = control_->editor();
-  const SearchState& state = searchState();
-  job_->start(t->bytes(), [this, t, regex = state.options.regex, replacement = replacementBytes(editor, state),
-                           keep = keepsCase(editor, state),
-                           newLine = editor.model().newLineFor(LineNo(0))](SearchControl& control) -> FindJob::Done {
-    auto plan = std::make_shared<ReplacePlan>(
-        planReplacements(t->text, *t->searcher, regex, t->within, replacement, keep, newLine, &control));
+  job_->start(t->bytes(), [this, t, replacement = replacementOf(editor, searchState())](SearchControl& control) -> FindJob::Done {
+    auto plan = std::make_shared<ReplacePlan>(planReplacements(t->text, *t->searcher, t->within, replacement, &control));
     return [this, t, plan] {
       if (!control_) return;
       if (control_->editor().document().revision() != t->revision)
@@ -240,7 +236,7 @@ void FindDialog::replaceAll() {
         const EditBlock block(*control_);
         applyReplacements(control_->editor(), *plan);
       }
-      tell(noteOf(*plan), plan->edits.empty());
+      tell(noteOf(*plan), plan->finds.empty());
     };
   });
 }

@@ -207,7 +207,7 @@ void FindDialog::open(CodeMax& control, bool replace) {
   showReplace(replace);
   Editor& editor = control.editor();
   const CmRange range = editor.range(true);
-  const bool lines = editor.hasSelection() && (range.StartLineNo != range.EndLineNo || range.ColumnSel);
+  const bool lines = editor.hasSelection() && (range.StartLineNo != range.EndLineNo || range.ColumnSel || editor.selectedRange().length() > kLongestFind);
   if (lines) {
     takeScope();
   } else {

@@ -1,19 +1,16 @@
 #include "control/FindJob.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/Memory.h"
 
 void FindJob::start(std::int64_t bytes, Work work) {
   drop();
   auto run = std::make_shared<Run>();
-  if (bytes < limit) {
-    withMemory([&] { work(run->control)(); });
-    return;
-  }
+  std::future<Done> soon = run->done.get_future();
   current_ = run;
   bytes_ = std::max<std::int64_t>(1, bytes);
-  emit runningChanged(true);
   pool_.start([this, run, work = std::move(work)] {
     Done done = tellNoMemory;
     try {
@@ -21,13 +18,20 @@ void FindJob::start(std::int64_t bytes, Work work) {
     } catch (const std::bad_alloc&) {
     } catch (const std::length_error&) {
     }
-    QMetaObject::invokeMethod(this, [this, run, done = std::move(done)] {
-      if (run->dropped) return;
-      current_.reset();
-      emit runningChanged(false);
-      withMemory(done);
-    }, Qt::QueuedConnection);
+    run->done.set_value(done);
+    QMetaObject::invokeMethod(this, [this, run, done] { finish(*run, done); }, Qt::QueuedConnection);
   });
+  if (bytes < limit && soon.wait_for(patience) == std::future_status::ready) return finish(*run, soon.get());
+  shown_ = true;
+  emit runningChanged(true);
+}
+
+// Once, as the queued call comes too.
+void FindJob::finish(Run& run, const Done& done) {
+  if (std::exchange(run.dropped, true)) return;
+  current_.reset();
+  if (std::exchange(shown_, false)) emit runningChanged(false);
+  withMemory(done);
 }
 
 void FindJob::cancel() {
@@ -39,7 +43,7 @@ void FindJob::drop() {
   current_->dropped = true;
   current_->control.cancel = true;
   current_.reset();
-  emit runningChanged(false);
+  if (std::exchange(shown_, false)) emit runningChanged(false);
 }
 
 int FindJob::percent() const {

@@ -5,6 +5,7 @@
 
 #include "control/CommandFunctions.h"
 #include "control/EditorAccess.h"
+#include "control/Finding.h"
 #include "control/KeyMacro.h"
 
 using namespace text;
@@ -41,10 +42,11 @@ void dropSelection(Editor& e, const QVariant&) {
   else e.host().hideFindDialog();
 }
 
+void setFindOptions(Editor& e, const QVariant& argument) { setFindSwitches(e, argument.toString()); }
 void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current()); }
 
-constexpr std::array<Command, 10> table{{
+constexpr std::array<Command, 11> table{{
     {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection of several lines, else types a tab.", tabKey},
     {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.", dropSelection},
     {1003, "COLUMNLEFTEXTEND", CommandArgument::none, true, "Alt+Shift+Left",
@@ -63,6 +65,8 @@ constexpr std::array<Command, 10> table{{
      "Starts recording a keystroke macro, or ends it and keeps the macro.", macroRecord},
     {1010, "MACROPLAY", CommandArgument::none, true, "Ctrl+Shift+P", "Plays the keystroke macro that was recorded last.",
      macroPlay},
+    {1011, "SETFINDOPTIONS", CommandArgument::text, false, "",
+     "Sets the switches of the search: any of the words case, word, regex and preserve; the others are off.", setFindOptions},
 }};
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "control/EditorAccess.h"
+#include "control/Finding.h"
 #include "control/KeyCommands.h"
 #include "control/KeyMap.h"
 
@@ -149,7 +150,7 @@ void KeyMacros::toggleRecording() {
 
 void KeyMacros::cancelRecording() { recording_ = false; }
 
-void KeyMacros::noteCommand(int id, const QVariant& argument) {
+void KeyMacros::noteCommand(Editor& editor, int id, const QVariant& argument) {
   const Command* command = anyCommandById(id);
   // What shows a window or belongs to the recording itself is not played again.
   if (!recording_ || !command || recorded_.steps.size() >= kMostSteps || isOneOf(*command, {"MACRORECORD", "MACROPLAY", "FIND", "FINDREPLACE"})) return;
@@ -159,11 +160,14 @@ void KeyMacros::noteCommand(int id, const QVariant& argument) {
     recorded_.steps.push_back({named(setter).id, noted});
   };
   const bool replaces = isOneOf(*command, {"REPLACE", "REPLACEALLINBUFFER", "REPLACEALLINSELECTION"});
-  if (replaces || isOneOf(*command, {"FINDNEXT", "FINDPREV", "FINDMARKALL"}))
-    noteText("SETFINDTEXT", noted_[0], searchState().findText);
+  const bool findsText = replaces || isOneOf(*command, {"FINDNEXT", "FINDPREV", "FINDMARKALL"});
+  if (findsText) noteText("SETFINDTEXT", noted_[0], searchState().findText);
   if (replaces) noteText("SETREPLACETEXT", noted_[1], searchState().replaceText);
-  if (isOneOf(*command, {"SETFINDTEXT"})) noted_[0] = argument.toString();
-  if (isOneOf(*command, {"SETREPLACETEXT"})) noted_[1] = argument.toString();
+  if (findsText || isOneOf(*command, {"FINDNEXTWORD", "FINDPREVWORD"})) noteText("SETFINDOPTIONS", noted_[2], findSwitches(editor, searchState()));
+  for (int i = 0; const char* setter : {"SETFINDTEXT", "SETREPLACETEXT", "SETFINDOPTIONS"}) {
+    if (isOneOf(*command, {setter})) noted_[i] = argument.toString();
+    ++i;
+  }
   recorded_.steps.push_back({id, argument});
 }
 
@@ -195,7 +199,7 @@ bool KeyMacros::play(Editor& editor, const QString& name, int count) {
     const auto before = state();
     for (const KeyMacroStep& step : steps) {
       // Played while another one is recorded, it becomes part of that.
-      if (step.command != 0) noteCommand(step.command, step.argument);
+      if (step.command != 0) noteCommand(editor, step.command, step.argument);
       else noteText(step.argument.toString());
       if (step.command != 0) executeAny(editor, step.command, step.argument);
       else editor.typeText(step.argument.toString());

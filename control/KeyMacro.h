@@ -36,11 +36,11 @@ class KeyMacros {
   bool rename(const QString& name, const QString& to);   // false: unknown, taken, or no name
   const QString& current() const { return current_; }    // the one recorded or played last; empty: none
 
-  // Recording. Everything that the user does is noted by the editors; finding notes the find text too.
+  // Recording. Everything that the user does is noted by the editors; finding notes find text and switches too.
   bool recording() const { return recording_; }
   void toggleRecording();                          // at its end the macro is kept as "Macro 1", "Macro 2" ...
   void cancelRecording();
-  void noteCommand(int id, const QVariant& argument);
+  void noteCommand(Editor& editor, int id, const QVariant& argument);
   void noteText(const QString& text);
   // Runs what is no step of its own, as it is part of one already noted.
   template <class Run>
@@ -60,7 +60,7 @@ class KeyMacros {
  private:
   std::vector<KeyMacro> macros_;
   KeyMacro recorded_;
-  QString current_, noted_[2];                     // find text and replacement as the recording has them
+  QString current_, noted_[3];                     // find text, replacement and switches as the recording has them
   bool recording_ = false;
 };
 

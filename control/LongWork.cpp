@@ -1,6 +1,6 @@
 #include "control/LongWork.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QEventLoop>
 #include <QProgressDialog>
 #include <QScopedValueRollback>
@@ -9,9 +9,11 @@
 #include <future>
 
 #include "base/Dialogs.h"
+#include "base/Program.h"
 
 namespace {
 constexpr int kLookPeriod = 50;   // milliseconds
+constexpr std::int64_t kLongFile = 4 << 20;   // bytes
 QEventLoop* waiting = nullptr;    // for the work that shows how far it is
 }
 
@@ -20,15 +22,13 @@ bool LongWork::cancelRunning() {
   return waiting != nullptr;
 }
 
-void LongWork::run(QWidget& window, std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) {
+void LongWork::run(QWidget& window, std::int64_t bytes, const std::function<void(text::SearchControl&)>& work, const QString& what, bool mayCancel) {
   text::SearchControl control;
-  if (bytes < limit) return work(control);
   std::future<void> done = std::async(std::launch::async, [&] { work(control); });
   const auto ready = [&done](std::chrono::milliseconds wait) { return done.wait_for(wait) == std::future_status::ready; };
   if (!ready(moment)) {
     const ModalGuard guard;
-    QProgressDialog progress(QCoreApplication::translate("LongWork", "Searching..."), QCoreApplication::translate("LongWork", "Cancel"), 0, 100,
-                             &window);
+    QProgressDialog progress(what, mayCancel ? QCoreApplication::translate("LongWork", "Cancel") : QString(), 0, 100, &window);
     progress.setObjectName(QStringLiteral("longWork"));
     progress.setWindowModality(Qt::ApplicationModal);
     progress.setAutoClose(false);
@@ -40,11 +40,19 @@ void LongWork::run(QWidget& window, std::int64_t bytes, const std::function<void
       progress.setValue(static_cast<int>(std::clamp<std::int64_t>(control.bytesDone * 100 / std::max<std::int64_t>(1, bytes), 0, 99)));
       if (ready(std::chrono::milliseconds(0))) loop.quit();
     });
-    QObject::connect(&progress, &QProgressDialog::canceled, &loop, &QEventLoop::quit);
+    if (mayCancel) QObject::connect(&progress, &QProgressDialog::canceled, &loop, &QEventLoop::quit);
     timer.start(kLookPeriod);
     progress.show();
     loop.exec();
     control.cancel = true;   // cancelled, the dialog is gone: no key may come in until the work has noticed
   }
   done.get();
+}
+
+void LongWork::forFile(QWidget& asker, std::int64_t bytes, const std::function<void(text::SearchControl&)>& work, const QString& what,
+                       bool mayCancel) {
+  QWidget* window = asker.window()->isVisible() ? asker.window() : QApplication::activeWindow();
+  if (bytes >= kLongFile && window && !gBusy()) return run(*window, bytes, work, what, mayCancel);
+  text::SearchControl control;
+  work(control);
 }

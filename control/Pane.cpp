@@ -157,7 +157,7 @@ void Pane::setPainting(bool on) {
 }
 
 void Pane::restartColoring() {
-  if (!view_.statesExact() && !colorTimer_.isActive()) colorTimer_.start(0, this);
+  if (!(view_.statesExact() && view_.allMarked()) && !colorTimer_.isActive()) colorTimer_.start(0, this);
 }
 
 void Pane::takeViewOf(const Pane& other) {
@@ -286,6 +286,8 @@ void Pane::timerEvent(QTimerEvent* event) {
     stepAnimation();
   } else if (event->timerId() == colorTimer_.timerId()) {
     try {
+      if (const auto line = view_.goOnMarking()) return updateLines(*line, *line);
+      if (view_.statesExact()) return colorTimer_.stop();
       if (!view_.goOnColoring()) return;
     } catch (const std::bad_alloc&) {   // it begins anew with the next change
     }

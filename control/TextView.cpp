@@ -13,6 +13,7 @@ namespace {
 constexpr std::int64_t kPaintBudget = 256 * 1024;     // bytes scanned for colours before a paint
 constexpr std::int64_t kIdleBudget = 1024 * 1024;     // and at a time while nobody waits
 constexpr std::size_t kRows = 1000;
+constexpr std::chrono::milliseconds kMarking{10};     // for the hits of one line, and of all before a paint
 }  // namespace
 
 std::int64_t TextView::lastVisible() const {
@@ -34,10 +35,31 @@ const Row& TextView::row(std::int64_t line) {
   layOut(row, line);
   if (state_.colorSyntax && state_.model->highlighter()) color(row, line, kPaintBudget);
   if (state_.hits) {
-    const text::ByteRange seen{row.start + row.layout.begin().byte, row.start + row.layout.end().byte};
-    row.hits = state_.hits->all(snapshot(), seen).ranges;
+    row.marked = marking_ < kMarking;
+    marked_ = marked_ && row.marked;
+    if (row.marked) mark(row);
   }
   return row;
+}
+
+// A line on which the search takes too long has no marks.
+void TextView::mark(Row& row) {
+  const auto begin = std::chrono::steady_clock::now();
+  const text::ByteRange seen{row.start + row.layout.begin().byte, row.start + row.layout.end().byte};
+  text::FindBudget budget(kMarking);
+  row.hits = state_.hits->all(snapshot(), seen, nullptr, &budget).ranges;
+  row.marked = true;
+  marking_ += std::chrono::steady_clock::now() - begin;
+}
+
+std::optional<std::int64_t> TextView::goOnMarking() {
+  for (auto& [line, row] : rows_) {
+    if (row.marked || !state_.hits) continue;
+    mark(row);
+    return line;
+  }
+  marked_ = true;
+  return std::nullopt;
 }
 
 void TextView::layOut(Row& row, std::int64_t line) {
@@ -148,6 +170,7 @@ std::vector<std::int64_t> TextView::findStates() {
   const std::int64_t first = firstVisible(), last = lastVisible();
   std::vector<text::LineState> now;
   exact_ = true;
+  marking_ = {};
   if (highlighter) {
     text::LineState state = state_.model->stateAt(LineNo(first), kPaintBudget, &exact_);
     for (std::int64_t line = first; line <= last; ++line) {

@@ -6,7 +6,9 @@
 #pragma once
 
 #include <QPoint>
+#include <chrono>
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "control/LineLayout.h"
@@ -21,6 +23,7 @@ struct Row {
   std::vector<text::Token> tokens;     // of a long one those in the layout
   bool colored = true;                 // false: the budget did not reach the tokens
   std::vector<text::ByteRange> hits;   // within the text
+  bool marked = true;                  // false: the budget did not reach the hits
 };
 
 class TextView {
@@ -63,6 +66,9 @@ class TextView {
   bool statesExact() const { return exact_; }
   // Goes on with colouring what the budget did not reach. True when it is all there.
   bool goOnColoring();
+  // Finds the hits of one line that the budget did not reach. The line; none: all are there.
+  std::optional<std::int64_t> goOnMarking();
+  bool allMarked() const { return marked_; }
 
   static constexpr int kPadding = 4;     // pixels between margin and text
 
@@ -70,12 +76,14 @@ class TextView {
   text::LineState stateOf(std::int64_t line) const;
   void layOut(Row& row, std::int64_t line);
   void color(Row& row, std::int64_t line, std::int64_t budget);
+  void mark(Row& row);
 
   ViewState& state_;
   std::map<std::int64_t, Row> rows_;
   std::vector<text::LineState> states_;  // of the lines from statesTop_ on
   std::int64_t statesTop_ = 0, statesBottom_ = -1;
   std::uint64_t statesRevision_ = 0;
-  bool exact_ = true;
+  bool exact_ = true, marked_ = true;
+  std::chrono::steady_clock::duration marking_{};   // spent on hits since findStates
   double widest_ = 0;
 };

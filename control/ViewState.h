@@ -9,6 +9,7 @@
 #include "control/Editor.h"
 #include "control/GlyphMetrics.h"
 #include "control/LongLines.h"
+#include "text/Finder.h"
 
 struct ViewState {
   std::shared_ptr<TextModel> model;
@@ -22,7 +23,7 @@ struct ViewState {
 
   bool hScrollBar = true, vScrollBar = true, smoothScrolling = true, lineToolTips = true, leftMargin = true;
   bool colorSyntax = true, whiteSpace = false;
-  std::optional<text::Searcher> hits;   // what is marked in the visible text
+  std::optional<text::Finder> hits;   // what is marked in the visible text
 
   int held = 0;                    // > 0: changes are noted, and shown and announced when it is 0 again
 

@@ -13,6 +13,7 @@
 #include "base/Hourglass.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/LongWork.h"
 #include "document/CMXRegistry.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
@@ -214,7 +215,10 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
   text::LoadOptions options;
   options.format = as;
   if (model.format.encoding >= text::Encoding::windows1252) options.fallback = model.format.encoding;
-  const text::LoadedFile file = text::loadFile(fromQString(path), options);
+  const std::string name = fromQString(path);
+  text::LoadedFile file;
+  const auto load = [&](text::SearchControl& control) { file = text::loadFile(name, options, &control); };
+  LongWork::forFile(*cmx, text::stampOf(name, false).status.size, load, tr("Opening %1").arg(plainForDisplay(path, 80)), true);
   if (!file.error.empty()) return toQString(file.error);
 
   text::Document& document = model.document();

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <utility>
 
 #include "text/Chars.h"
 
@@ -26,6 +27,7 @@ using JitStack = std::unique_ptr<pcre2_jit_stack, Freer<pcre2_jit_stack_free>>;
 
 constexpr std::size_t maxStack = 32u << 20;          // of the compiled matcher
 constexpr std::uint32_t maxSteps = 10'000'000, maxDepth = 250'000, maxHeapKiB = 256u << 10;
+constexpr std::uint32_t cheapSteps = 5'000;          // of an attempt that need not be watched
 
 std::string messageOf(int code) {
   PCRE2_UCHAR buffer[256];
@@ -87,22 +89,121 @@ bool plainlyInLine(const std::string& p) {
   return true;
 }
 
-// A word must not go on at either end. Option settings in front stay in front.
-std::string asWholeWord(const std::string& pattern, bool commentAtEnd) {
+// Where the settings in front, such as (*UCP), end.
+std::size_t settingsOf(const std::string& pattern) {
   std::size_t verbs = 0;
   while (pattern.compare(verbs, 2, "(*") == 0 && verbs + 2 < pattern.size() && pattern[verbs + 2] >= 'A' && pattern[verbs + 2] <= 'Z') {
     const auto close = pattern.find(')', verbs);
     if (close == std::string::npos) break;
     verbs = close + 1;
   }
+  return verbs;
+}
+
+// Makes the matcher look on where a word goes on at either end. Only a help: it does not compile behind a comment, say, and
+// the searcher looks at both ends itself. A pattern that calls itself whole would call the borders too.
+std::string asWholeWord(const std::string& pattern) {
+  for (const char* whole : {"(?R", "(?0", "\\g<0", "\\g'0"})
+    if (pattern.find(whole) != std::string::npos) return pattern;
   const std::string word = "[\\w\\p{M}]";
-  return pattern.substr(0, verbs) + "(?:(?<!" + word + ")|(?!" + word + "))(?:" + pattern.substr(verbs) + (commentAtEnd ? "\n" : "") + ")(?:(?!" +
-         word + ")|(?<!" + word + "))";
+  const auto verbs = settingsOf(pattern);
+  return pattern.substr(0, verbs) + "(?:(?<!" + word + ")|(?!" + word + "))(?:" + pattern.substr(verbs) + "\\E)(?:(?!" + word + ")|(?<!" +
+         word + "))";
+}
+
+// "\n" for every kind of line break.
+class LineEnds {
+ public:
+  static std::string in(const std::string& pattern) {
+    LineEnds walk(pattern);
+    const std::string result = walk.rewritten("(?>\\r\\n|(?<!\\r)\\n|\\r)", false);
+    return walk.namesCr_ || !walk.namesLf_ ? pattern : result;
+  }
+
+ private:
+  explicit LineEnds(std::string_view pattern) : p_(pattern) {}
+
+  bool starts(std::string_view what) const { return p_.substr(at_, what.size()) == what; }
+  // The next element that means the same wherever it stands: an escape, a quotation, a comment or one byte.
+  std::string_view element() {
+    std::size_t end = at_ + 1;
+    if (starts("\\Q")) end = p_.find("\\E", at_) == std::string_view::npos ? p_.size() : p_.find("\\E", at_) + 2;
+    else if (starts("(?#")) end = std::min(p_.find(')', at_), p_.size() - 1) + 1;
+    else if (starts("\\c")) end = at_ + 3;
+    else if (starts("\\")) end = at_ + 2;
+    namesCr_ = namesCr_ || starts("\\r");
+    namesLf_ = namesLf_ || starts("\\n");
+    const auto part = p_.substr(at_, end - at_);
+    at_ = std::min(end, p_.size());
+    return part;
+  }
+
+  std::string rewritten(const char* lineEnd, bool behind) {
+    std::string out;
+    while (at_ < p_.size()) {
+      if (p_[at_] == '[') {
+        out += characterClass(behind);
+      } else if (!behind && (starts("(?<=") || starts("(?<!"))) {
+        out += p_.substr(at_, 4);
+        at_ += 4;
+        out += lookBehind();
+      } else {
+        const auto part = element();
+        out += part == "\\n" ? std::string_view(lineEnd) : part;
+      }
+    }
+    return out;
+  }
+
+  // Looking behind needs a known length: one alternative for each kind of break. Nested groups are not written anew.
+  std::string lookBehind() {
+    const auto begin = at_;
+    bool named = false;
+    while (at_ < p_.size() && p_[at_] != ')' && p_[at_] != '(') {
+      if (p_[at_] == '[') characterClass(true);
+      else if (element() == "\\n") named = true;
+    }
+    const auto body = p_.substr(begin, at_ - begin);
+    if (!named || at_ >= p_.size() || p_[at_] == '(') return std::string(body);
+    std::string out;
+    for (const char* lineEnd : {"\\r\\n", "\\n", "\\r(?!\\n)"}) out += (out.empty() ? "" : "|") + LineEnds(body).rewritten(lineEnd, true);
+    return out;
+  }
+
+  std::string characterClass(bool behind) {
+    const bool before = std::exchange(namesLf_, false);
+    const bool negative = starts("[^");
+    const auto open = at_;
+    at_ += negative ? 2 : 1;
+    const auto first = at_;
+    while (at_ < p_.size() && (p_[at_] != ']' || at_ == first)) {
+      if (starts("[:")) at_ = std::min(p_.find(":]", at_), p_.size() - 2) + 2;
+      else element();
+    }
+    const bool named = std::exchange(namesLf_, namesLf_ || before);
+    at_ = std::min(at_ + 1, p_.size());
+    if (!named) return std::string(p_.substr(open, at_ - open));
+    const bool plain = p_[first] == ']' || p_[first] == '-';
+    const std::string both = std::string(negative ? "[^\\r" : "[\\r") + (plain ? "\\" : "") + std::string(p_.substr(first, at_ - first));
+    return negative || behind ? both : "(?>\\r\\n|(?!(?<=\\r)\\n)" + both + ")";
+  }
+
+  std::string_view p_;
+  std::size_t at_ = 0;
+  bool namesCr_ = false, namesLf_ = false;
+};
+
+// Asks at the beginning of each attempt to match.
+std::string watched(const std::string& pattern) {
+  const auto verbs = settingsOf(pattern);
+  return pattern.substr(0, verbs) + "(?C1)" + pattern.substr(verbs);
 }
 
 }  // namespace
 
 struct Regex::Programs {
+  std::string pattern;     // as it was compiled
+  std::uint32_t options = 0;
   Compiled plain;      // for ASCII; may be absent
   Compiled unicode;    // for valid UTF-8
   Compiled any;        // for all bytes
@@ -112,20 +213,23 @@ struct Regex::Programs {
 Regex::Regex(const std::string& pattern, bool matchCase, bool wholeWord) : programs_(new Programs) {
   Programs& p = *programs_;
   const std::uint32_t base = matchCase ? 0 : PCRE2_CASELESS, utf = base | PCRE2_UTF | PCRE2_UCP;
-  p.unicode = compile(pattern, utf, !wholeWord);
+  p.unicode = compile(pattern, utf, false);
   std::string text = pattern;
-  if (p.unicode.code && wholeWord) {
-    text = asWholeWord(pattern, false);
-    p.unicode = compile(text, utf, true);
-    if (!p.unicode.code) {   // a comment to the end of the pattern swallowed the bracket
-      text = asWholeWord(pattern, true);
-      p.unicode = compile(text, utf, true);
+  if (p.unicode.code) {   // what does not compile any more is left as it is
+    const std::string lineEnds = LineEnds::in(pattern);
+    for (const std::string& form : {wholeWord ? asWholeWord(lineEnds) : lineEnds, lineEnds, pattern}) {
+      Compiled compiled = compile(text = form, utf, true);
+      if (!compiled.code) continue;
+      p.unicode = std::move(compiled);
+      break;
     }
   }
   // Behind a bad byte ".*" can begin in the middle of a line.
   const std::uint32_t any = utf | PCRE2_MATCH_INVALID_UTF | PCRE2_NO_DOTSTAR_ANCHOR;
   if (p.unicode.code) p.any = compile(text, any, true);
   if (p.any.code) p.anchored = compile(text, any | PCRE2_ANCHORED, true);
+  p.pattern = text;
+  p.options = any;
   for (const Compiled* c : {&p.unicode, &p.any, &p.anchored})
     if (!c->code) {
       const auto at = std::min(c->errorAt, pattern.size());
@@ -165,54 +269,77 @@ std::optional<int> Regex::groupByName(std::string_view name) const {
 
 struct Regex::Matcher::Memory {
   MatchData data;
-  MatchContext context;
+  MatchContext cheap, full;   // full: `stop` is asked
   JitStack stack;
   const Compiled* program = nullptr;
+  std::function<bool()> stop;
+  std::uint32_t steps = 0;
+  Compiled watched;   // made when it is needed
 };
 
-Regex::Matcher::Matcher(const Regex& regex) : regex_(regex), memory_(new Memory) {
+Regex::Matcher::Matcher(const Regex& regex, std::function<bool()> stop, std::uint32_t steps) : regex_(regex), memory_(new Memory) {
   Memory& m = *memory_;
+  m.stop = std::move(stop);
+  m.steps = steps;
   m.data.reset(pcre2_match_data_create_from_pattern(regex.programs_->any.code.get(), nullptr));
-  m.context.reset(pcre2_match_context_create(nullptr));
   m.stack.reset(pcre2_jit_stack_create(64u << 10, maxStack, nullptr));
-  if (!m.context) return;
-  pcre2_set_match_limit(m.context.get(), maxSteps);
-  pcre2_set_depth_limit(m.context.get(), maxDepth);
-  pcre2_set_heap_limit(m.context.get(), maxHeapKiB);
-  if (m.stack) pcre2_jit_stack_assign(m.context.get(), nullptr, m.stack.get());
+  for (MatchContext* context : {&m.cheap, &m.full}) {
+    context->reset(pcre2_match_context_create(nullptr));
+    if (!*context) continue;
+    pcre2_set_match_limit(context->get(), context == &m.cheap ? cheapSteps : steps > 0 ? steps : maxSteps);
+    pcre2_set_depth_limit(context->get(), maxDepth);
+    pcre2_set_heap_limit(context->get(), maxHeapKiB);
+    if (m.stack) pcre2_jit_stack_assign(context->get(), nullptr, m.stack.get());
+  }
+  const auto ask = [](pcre2_callout_block* block, void* memory) {
+    const auto& stopped = static_cast<Memory*>(memory)->stop;
+    return block->callout_number == 1 && stopped && stopped() ? PCRE2_ERROR_CALLOUT : 0;
+  };
+  if (m.full) pcre2_set_callout(m.full.get(), ask, &m);
 }
 
 Regex::Matcher::~Matcher() = default;
 
 void Regex::Matcher::setSubject(std::string_view subject) {
   subject_ = subject;
+  careful_ = false;
   const Programs& p = *regex_.programs_;
   const bool ascii = isAscii(subject);
   memory_->program = ascii && p.plain.code ? &p.plain : ascii || validUtf8(subject) ? &p.unicode : &p.any;
 }
 
-Regex::Outcome Regex::Matcher::match(std::size_t from, const Options& options) {
+int Regex::Matcher::run(std::size_t from, const Options& options, bool careful) {
   Memory& m = *memory_;
-  if (!m.data || !m.context) {
-    error_ = "Not enough memory to search for the expression.";
-    return {Outcome::failed};
-  }
-  const Compiled& program = options.onlyAtStart ? regex_.programs_->anchored : *m.program;
+  if (careful && !options.onlyAtStart && !m.watched.code) m.watched = compile(watched(regex_.programs_->pattern), regex_.programs_->options, true);
+  const bool watch = careful && !options.onlyAtStart && m.watched.code;
+  const Compiled& program = options.onlyAtStart ? regex_.programs_->anchored : watch ? m.watched : *m.program;
   const bool checked = &program == &regex_.programs_->plain || &program == &regex_.programs_->unicode;
   std::uint32_t flags = 0;
   if (!options.last) flags |= PCRE2_PARTIAL_HARD;
   else if (!options.endsLine) flags |= PCRE2_NOTEOL;
   if (options.notEmptyAtStart) flags |= PCRE2_NOTEMPTY_ATSTART;
   const auto subject = reinterpret_cast<PCRE2_SPTR>(subject_.empty() ? "" : subject_.data());
-  int code;
-  if (checked && program.jit)
-    code = pcre2_jit_match(program.code.get(), subject, subject_.size(), from, flags, m.data.get(), m.context.get());
-  else
-    code = pcre2_match(program.code.get(), subject, subject_.size(), from, checked ? flags | PCRE2_NO_UTF_CHECK : flags, m.data.get(), m.context.get());
+  pcre2_match_context* context = careful ? m.full.get() : m.cheap.get();
+  if (checked && program.jit) return pcre2_jit_match(program.code.get(), subject, subject_.size(), from, flags, m.data.get(), context);
+  return pcre2_match(program.code.get(), subject, subject_.size(), from, checked ? flags | PCRE2_NO_UTF_CHECK : flags, m.data.get(), context);
+}
+
+Regex::Outcome Regex::Matcher::match(std::size_t from, const Options& options) {
+  Memory& m = *memory_;
+  if (!m.data || !m.cheap || !m.full) {
+    error_ = "Not enough memory to search for the expression.";
+    return {Outcome::failed};
+  }
+  int code = run(from, options, careful_);
+  if (code == PCRE2_ERROR_MATCHLIMIT && !careful_) {
+    careful_ = true;
+    code = run(from, options, true);
+  }
   const std::size_t* offsets = pcre2_get_ovector_pointer(m.data.get());
   if (code >= 0) return {Outcome::found, std::min(offsets[0], offsets[1]), std::max(offsets[0], offsets[1])};
   if (code == PCRE2_ERROR_NOMATCH) return {};
   if (code == PCRE2_ERROR_PARTIAL) return {Outcome::undecided, offsets[0], offsets[1]};
+  if (code == PCRE2_ERROR_CALLOUT || (code == PCRE2_ERROR_MATCHLIMIT && m.steps > 0)) return {Outcome::stopped};
   error_ = "The search was given up: the expression is too costly for this text (" + messageOf(code) + ").";
   return {Outcome::failed};
 }

@@ -1,11 +1,13 @@
 // A regular expression, compiled by PCRE2 for matching in windows of a text that need not be in one piece: what a
 // window cannot decide is reported as undecided, to be tried again in a longer one. Inside the engine.
 //
-// '^' and '$' match at every line, '.' matches no line break; LF, CR LF and CR are line breaks. Classes such as \w
-// are those of Unicode. Bytes that are not valid UTF-8 match nothing.
+// '^' and '$' match at every line, '.' matches no line break; LF, CR LF and CR are line breaks. "\n" is a whole line break
+// of any of these kinds, unless the pattern names "\r" itself. Classes such as \w are those of Unicode. Bytes that are not
+// valid UTF-8 match nothing.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,7 +38,7 @@ class Regex {
   int groupCount() const { return groupCount_; }        // without the whole match
 
   struct Outcome {
-    enum Kind { found, none, undecided, failed } kind = none;
+    enum Kind { found, none, undecided, failed, stopped } kind = none;
     std::size_t begin = 0, end = 0;   // found; undecided: begin is the first place that may match
   };
   struct Options {
@@ -49,7 +51,9 @@ class Regex {
   // Holds the memory of matching; one for each thread and search.
   class Matcher {
    public:
-    explicit Matcher(const Regex& regex);
+    // `stop` is asked while a match costs much: true ends it as `stopped`. So does an attempt
+    // that costs more than `steps`; 0: the usual limit, whose breach is `failed`.
+    explicit Matcher(const Regex& regex, std::function<bool()> stop = {}, std::uint32_t steps = 0);
     ~Matcher();
     Matcher(const Matcher&) = delete;
     Matcher& operator=(const Matcher&) = delete;
@@ -62,10 +66,12 @@ class Regex {
 
    private:
     struct Memory;
+    int run(std::size_t from, const Options& options, bool careful);
     const Regex& regex_;
     std::unique_ptr<Memory> memory_;
     std::string_view subject_;
     std::string error_;
+    bool careful_ = false;   // this subject was found to be costly
   };
 
  private:

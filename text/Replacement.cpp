@@ -11,18 +11,11 @@ namespace {
 
 bool digit(std::string_view s, std::size_t i) { return i < s.size() && s[i] >= '0' && s[i] <= '9'; }
 
-std::string breakAt(const Snapshot& text, ByteOffset offset) {
-  const LineNo line = text.lineAt(offset);
-  LineBreak kind = text.lineBreak(line);
-  if (kind == LineBreak::none && line.value > 0) kind = text.lineBreak(line - 1);
-  if (kind == LineBreak::none) kind = text.lineMode() == LineMode::cr ? LineBreak::cr : LineBreak::lf;
-  return std::string(breakBytes(kind));
-}
-
 }  // namespace
 
 std::optional<std::string> expandReplacement(const Snapshot& text, const Match& match, std::string_view replacement,
-                                             const std::function<std::optional<int>(std::string_view)>& groupByName, std::string* error) {
+                                             const std::function<std::optional<int>(std::string_view)>& groupByName, std::string* error,
+                                             const NewLines& newLines) {
   const auto fail = [error](std::string why) {
     if (error) *error = std::move(why);
     return std::nullopt;
@@ -36,7 +29,7 @@ std::optional<std::string> expandReplacement(const Snapshot& text, const Match& 
   for (std::size_t i = 0; i < replacement.size(); ++i) {
     const char c = replacement[i], next = i + 1 < replacement.size() ? replacement[i + 1] : '\0';
     if (c == '\\' && (next == 'n' || next == 't' || next == '\\')) {
-      if (next == 'n') out += breakAt(text, match.range.begin);
+      if (next == 'n') out += newLines.at(text, text.lineAt(match.range.begin));
       else out += next == 't' ? '\t' : '\\';
       ++i;
     } else if (c == '$' && next == '$') {
@@ -69,6 +62,18 @@ std::optional<std::string> expandReplacement(const Snapshot& text, const Match& 
     } else {
       out += c;
     }
+  }
+  return out;
+}
+
+std::string withBreaks(const Snapshot& text, ByteOffset at, std::string_view replacement, const NewLines& newLines) {
+  if (replacement.find('\n') == std::string_view::npos) return std::string(replacement);
+  const std::string_view lineBreak = newLines.at(text, text.lineAt(at));
+  std::string out;
+  for (std::size_t i = 0; i < replacement.size(); ++i) {
+    if (replacement.substr(i, 2) == "\r\n") ++i;
+    if (replacement[i] == '\n') out += lineBreak;
+    else out += replacement[i];
   }
   return out;
 }

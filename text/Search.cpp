@@ -1,4 +1,4 @@
-#include "text/Search.h"
+#include "text/Finder.h"
 
 #include <algorithm>
 #include <utility>
@@ -29,13 +29,24 @@ ByteRange clipped(const Snapshot& text, ByteRange within) {
 // Steps of a search: progress out, cancel in.
 struct Pace {
   SearchControl* control;
+  FindBudget* budget = nullptr;
   bool reports = true;
   bool cancelled = false;
+  bool stopped() {
+    if (budget && FindBudget::Clock::now() >= budget->deadline) budget->spent = true;
+    return (budget && budget->spent) || (control && control->cancel.load(std::memory_order_relaxed));
+  }
   bool go(std::int64_t bytesDone) {
-    if (!control) return true;
-    if (reports) control->bytesDone.store(bytesDone, std::memory_order_relaxed);
-    cancelled = control->cancel.load(std::memory_order_relaxed);
+    report(bytesDone);
+    cancelled = stopped();
     return !cancelled;
+  }
+  void report(std::int64_t bytesDone) {
+    if (control && reports) control->bytesDone.store(bytesDone, std::memory_order_relaxed);
+  }
+  void stop() {   // the matcher was stopped, or an attempt cost too much
+    cancelled = true;
+    if (budget && !stopped()) budget->spent = true;
   }
 };
 
@@ -70,7 +81,7 @@ bool characterBorder(const Snapshot& text, ByteOffset at) {
 
 }  // namespace
 
-struct Searcher::Impl {
+struct Finder::Impl {
   std::string error;
   SearchOptions options;
   std::int64_t usualWindow() const { return std::max<std::int64_t>(options.window, 8); }
@@ -78,13 +89,16 @@ struct Searcher::Impl {
   std::unique_ptr<Regex> regex;
 
   // `view` begins at `base` and holds the match.
-  bool acceptable(const Snapshot& text, ByteRange r, std::string_view view, ByteOffset base) const {
+  bool wholeWord(const Snapshot& text, ByteRange r, std::string_view view, ByteOffset base) const {
     const auto border = [&](ByteOffset at) {
       const auto i = static_cast<std::size_t>(at - base);
       if (i == 0 || i >= view.size() || static_cast<unsigned char>(view[i - 1] | view[i]) >= 0x80) return wordBorder(text, at);
       return classOf(static_cast<char32_t>(view[i - 1])) != CharClass::word || classOf(static_cast<char32_t>(view[i])) != CharClass::word;
     };
-    if (options.wholeWord && !(border(r.begin) && border(r.end))) return false;
+    return !options.wholeWord || (border(r.begin) && border(r.end));
+  }
+  bool acceptable(const Snapshot& text, ByteRange r, std::string_view view, ByteOffset base) const {
+    if (!wholeWord(text, r, view, base)) return false;
     return literal->wholeCharacters() || (characterBorder(text, r.begin) && characterBorder(text, r.end));
   }
 
@@ -96,14 +110,16 @@ struct Searcher::Impl {
   // Returns the error, or nothing.
   template <class Sink>
   std::string regexForward(const Snapshot& text, ByteRange within, ByteOffset lastStart, Pace& pace, Sink sink) const;
-  Match withGroups(ByteRange range, const Regex::Matcher& matcher, ByteOffset base) const;
+  void setGroups(Match* match, ByteRange range, const Regex::Matcher& matcher, ByteOffset base) const;
+  // Where to begin so that a match which starts at `at` is met as a search from the top would: `size` bytes before, at a line.
+  ByteOffset lineBefore(const Snapshot& text, ByteOffset at, std::int64_t size, ByteOffset limit) const;
   SearchResult regexBackward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const;
 };
 
 // Literal -------------------------------------------------------------------------------------------------------------
 
 template <class Sink>
-void Searcher::Impl::literalForward(const Snapshot& text, ByteRange within, Pace& pace, Sink sink) const {
+void Finder::Impl::literalForward(const Snapshot& text, ByteRange within, Pace& pace, Sink sink) const {
   Windows windows(text);
   const auto longest = static_cast<std::int64_t>(literal->maxBytes());
   const std::int64_t need = std::max(usualWindow() / 8, 2 * longest), most = std::max(slice, 2 * longest);
@@ -125,10 +141,10 @@ void Searcher::Impl::literalForward(const Snapshot& text, ByteRange within, Pace
     }
     at += static_cast<std::int64_t>(std::max(starts, next));
   }
-  pace.go(within.length());
+  pace.report(within.length());
 }
 
-std::optional<ByteRange> Searcher::Impl::literalBackward(const Snapshot& text, ByteRange within, Pace& pace) const {
+std::optional<ByteRange> Finder::Impl::literalBackward(const Snapshot& text, ByteRange within, Pace& pace) const {
   Windows windows(text);
   const auto longest = static_cast<std::int64_t>(literal->maxBytes());
   std::int64_t size = std::max(usualWindow() / 8, 4 * longest);
@@ -159,9 +175,9 @@ std::optional<ByteRange> Searcher::Impl::literalBackward(const Snapshot& text, B
 // begins there, and grows until it is decided; that keeps the cost of one step small whatever the expression does, so
 // that it can be cancelled, and copies no more of the text than a match attempt looks at.
 template <class Sink>
-std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within, ByteOffset lastStart, Pace& pace, Sink sink) const {
+std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, ByteOffset lastStart, Pace& pace, Sink sink) const {
   Windows windows(text);
-  Regex::Matcher matcher(*regex);
+  Regex::Matcher matcher(*regex, [&pace] { return pace.stopped(); }, pace.budget ? pace.budget->steps : 0);
   Regex::Options how;
   const bool endsLine = within.end == text.size() || text.at(within.end) == '\n' || text.at(within.end) == '\r';
   const std::int64_t usual = regex->needsWholeText() ? text.size().value + 1024 : usualWindow();
@@ -204,6 +220,9 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
       const Regex::Outcome result = matcher.match(from, how);
       switch (result.kind) {
         case Regex::Outcome::failed: return matcher.error();
+        case Regex::Outcome::stopped:
+          pace.stop();
+          return {};
         case Regex::Outcome::found: {
           if (wholeLines && result.begin == view.size()) {   // the next line's affair
             at = base + length(view);
@@ -213,11 +232,9 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
           }
           const ByteRange range{base + static_cast<std::int64_t>(result.begin), base + static_cast<std::int64_t>(result.end)};
           if (range.begin > lastStart) return {};
-          // At the cut end of the range the matcher could not see whether the word goes on.
-          const bool whole = !options.wholeWord || range.end < within.end || wordBorder(text, range.end);
+          const bool whole = wholeWord(text, range, view, base);
           if (whole && !sink(range, matcher, base)) return {};
-          if (!whole && range.empty()) return {};
-          if (whole) {
+          if (whole || range.empty()) {
             how.notEmptyAtStart = result.begin == result.end;
             from = result.end;
           } else {
@@ -240,7 +257,7 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
             break;
           }
           if (last) {
-            pace.go(within.length());
+            pace.report(within.length());
             return {};
           }
           if (base + length(view) > at) how.notEmptyAtStart = false;
@@ -256,7 +273,7 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
             // A long match in the making: it is none unless that byte comes, and no shorter one either.
             required = findByte(text, regex->required(), std::max(required, at), within.end);
             if (required >= within.end) {
-              pace.go(within.length());
+              pace.report(within.length());
               return {};
             }
             grown = std::max(grown, required - at + 1024);
@@ -269,21 +286,27 @@ std::string Searcher::Impl::regexForward(const Snapshot& text, ByteRange within,
   return {};
 }
 
-Match Searcher::Impl::withGroups(ByteRange range, const Regex::Matcher& matcher, ByteOffset base) const {
-  Match match{range, {range}};
+void Finder::Impl::setGroups(Match* match, ByteRange range, const Regex::Matcher& matcher, ByteOffset base) const {
+  match->range = range;
+  match->groups.assign(1, range);
   for (int n = 1; n <= regex->groupCount(); ++n) {
     const auto [begin, end] = matcher.group(n);
-    if (begin == std::string::npos) match.groups.push_back({ByteOffset(-1), ByteOffset(-1)});
-    else match.groups.push_back({base + static_cast<std::int64_t>(begin), base + static_cast<std::int64_t>(end)});
+    if (begin == std::string::npos) match->groups.push_back({ByteOffset(-1), ByteOffset(-1)});
+    else match->groups.push_back({base + static_cast<std::int64_t>(begin), base + static_cast<std::int64_t>(end)});
   }
-  return match;
+}
+
+ByteOffset Finder::Impl::lineBefore(const Snapshot& text, ByteOffset at, std::int64_t size, ByteOffset limit) const {
+  const ByteOffset begin = std::max(limit, at - size);
+  const ByteOffset line = text.lineStart(text.lineAt(begin));
+  return begin - line < slice ? std::max(limit, line) : previousChar(text, nextChar(text, begin));
 }
 
 // The last of the matches that lie one behind the other from the start of a line a little before on; for expressions
 // that cannot match a line break these are the matches of a search from the top.
-SearchResult Searcher::Impl::regexBackward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
+SearchResult Finder::Impl::regexBackward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
   SearchResult result;
-  Pace pace{control}, inner{control, false};
+  Pace pace{control}, inner{control, nullptr, false};
   const ByteOffset end = std::clamp(from, within.begin, within.end);
   std::int64_t size = usualWindow() / 8;
   for (ByteOffset lastStart = end;;) {
@@ -291,12 +314,9 @@ SearchResult Searcher::Impl::regexBackward(const Snapshot& text, ByteOffset from
       result.cancelled = true;
       return result;
     }
-    ByteOffset begin = std::max(within.begin, lastStart - size);
-    const ByteOffset line = text.lineStart(text.lineAt(begin));
-    if (begin - line < slice) begin = std::max(within.begin, line);
-    else begin = previousChar(text, nextChar(text, begin));
+    const ByteOffset begin = lineBefore(text, lastStart, size, within.begin);
     result.error = regexForward(text, {begin, within.end}, lastStart, inner, [&](ByteRange range, const Regex::Matcher& matcher, ByteOffset base) {
-      if (range.end <= end) result.match = withGroups(range, matcher, base);
+      if (range.end <= end) setGroups(&result.match.emplace(), range, matcher, base);
       return true;
     });
     result.cancelled = inner.cancelled;
@@ -307,9 +327,9 @@ SearchResult Searcher::Impl::regexBackward(const Snapshot& text, ByteOffset from
   }
 }
 
-// Searcher ------------------------------------------------------------------------------------------------------------
+// Finder --------------------------------------------------------------------------------------------------------------
 
-Searcher::Searcher(std::string what, SearchOptions options) : impl_(new Impl) {
+Finder::Finder(std::string what, SearchOptions options) : impl_(new Impl) {
   impl_->options = options;
   if (what.empty()) {
     impl_->error = "There is no text to search for.";
@@ -321,12 +341,12 @@ Searcher::Searcher(std::string what, SearchOptions options) : impl_(new Impl) {
   }
 }
 
-Searcher::~Searcher() = default;
-Searcher::Searcher(Searcher&&) noexcept = default;
-Searcher& Searcher::operator=(Searcher&&) noexcept = default;
-const std::string& Searcher::error() const { return impl_->error; }
+Finder::~Finder() = default;
+Finder::Finder(Finder&&) noexcept = default;
+Finder& Finder::operator=(Finder&&) noexcept = default;
+const std::string& Finder::error() const { return impl_->error; }
 
-SearchResult Searcher::forward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
+SearchResult Finder::forward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
   SearchResult result;
   result.error = impl_->error;
   within = clipped(text, within);
@@ -335,7 +355,7 @@ SearchResult Searcher::forward(const Snapshot& text, ByteOffset from, ByteRange 
   Pace pace{control};
   if (impl_->regex)
     result.error = impl_->regexForward(text, within, within.end, pace, [&](ByteRange range, const Regex::Matcher& matcher, ByteOffset base) {
-      result.match = impl_->withGroups(range, matcher, base);
+      impl_->setGroups(&result.match.emplace(), range, matcher, base);
       return false;
     });
   else
@@ -347,7 +367,7 @@ SearchResult Searcher::forward(const Snapshot& text, ByteOffset from, ByteRange 
   return result;
 }
 
-SearchResult Searcher::backward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
+SearchResult Finder::backward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
   SearchResult result;
   result.error = impl_->error;
   within = clipped(text, within);
@@ -360,7 +380,54 @@ SearchResult Searcher::backward(const Snapshot& text, ByteOffset from, ByteRange
   return result;
 }
 
-SearchAllResult Searcher::all(const Snapshot& text, ByteRange within, SearchControl* control) const {
+SearchResult Finder::at(const Snapshot& text, ByteRange range, ByteRange within, FindBudget* budget) const {
+  SearchResult result;
+  result.error = impl_->error;
+  within = clipped(text, within);
+  if (!result.error.empty() || range.begin < within.begin || range.end > within.end) return result;
+  Pace pace{nullptr, budget};
+  if (!impl_->regex) {
+    within = {range.begin, std::min(within.end, range.begin + 2 * std::max<std::int64_t>(range.length(), static_cast<std::int64_t>(impl_->literal->maxBytes())))};
+    impl_->literalForward(text, within, pace, [&](ByteRange found) {
+      if (found == range) result.match = Match{range, {}};
+      return false;
+    });
+  } else {
+    // From the place itself; then from further up, as with \K a find begins behind where matching did.
+    for (const ByteOffset begin : {range.begin, impl_->lineBefore(text, range.begin, impl_->usualWindow() / 8, within.begin)}) {
+      if (result.match || pace.cancelled || !result.error.empty()) break;
+      result.error = impl_->regexForward(text, {begin, within.end}, range.begin, pace, [&](ByteRange found, const Regex::Matcher& matcher, ByteOffset base) {
+        if (found == range) impl_->setGroups(&result.match.emplace(), found, matcher, base);
+        return !result.match && found.begin <= range.begin;
+      });
+    }
+  }
+  result.cancelled = pace.cancelled;
+  return result;
+}
+
+SearchEnd Finder::each(const Snapshot& text, ByteRange within, const std::function<bool(const Match&)>& take, SearchControl* control) const {
+  SearchEnd result{impl_->error};
+  if (!result.error.empty()) return result;
+  within = clipped(text, within);
+  Match match;
+  Pace pace{control};
+  if (impl_->regex) {
+    result.error = impl_->regexForward(text, within, within.end, pace, [&](ByteRange range, const Regex::Matcher& matcher, ByteOffset base) {
+      impl_->setGroups(&match, range, matcher, base);
+      return take(match);
+    });
+  } else {
+    impl_->literalForward(text, within, pace, [&](ByteRange range) {
+      match.range = range;
+      return take(match);
+    });
+  }
+  result.cancelled = pace.cancelled;
+  return result;
+}
+
+SearchAllResult Finder::all(const Snapshot& text, ByteRange within, SearchControl* control, FindBudget* budget) const {
   SearchAllResult result;
   result.error = impl_->error;
   if (!result.error.empty()) return result;
@@ -371,7 +438,7 @@ SearchAllResult Searcher::all(const Snapshot& text, ByteRange within, SearchCont
     if (!tooMany) result.ranges.push_back(range);
     return !tooMany;
   };
-  Pace pace{control};
+  Pace pace{control, budget};
   if (impl_->regex) result.error = impl_->regexForward(text, within, within.end, pace, [&](ByteRange range, const auto&, ByteOffset) { return take(range); });
   else impl_->literalForward(text, within, pace, take);
   if (tooMany) result.error = "The text is found more than " + std::to_string(mostMatches) + " times.";
@@ -380,19 +447,44 @@ SearchAllResult Searcher::all(const Snapshot& text, ByteRange within, SearchCont
   return result;
 }
 
-SearchResult Searcher::forward(const Snapshot& text, ByteOffset from) const { return forward(text, from, {ByteOffset(0), text.size()}); }
-SearchResult Searcher::backward(const Snapshot& text, ByteOffset from) const { return backward(text, from, {ByteOffset(0), text.size()}); }
-
-std::optional<std::string> Searcher::replacementFor(const Snapshot& text, const Match& match, std::string_view replacement, bool preserveCase,
-                                                    std::string* error) const {
-  std::optional<std::string> out(std::string{replacement});
+std::optional<std::string> Finder::replacementFor(const Snapshot& text, const Match& match, std::string_view replacement, bool preserveCase,
+                                                    std::string* error, const NewLines& newLines) const {
+  std::optional<std::string> out(withBreaks(text, match.range.begin, replacement, newLines));
   if (impl_->regex) {
     std::string why;
-    out = expandReplacement(text, match, replacement, [this](std::string_view name) { return impl_->regex->groupByName(name); }, &why);
+    out = expandReplacement(text, match, *out, [this](std::string_view name) { return impl_->regex->groupByName(name); }, &why, newLines);
     if (!out && error) *error = why;
   }
   if (out && preserveCase) out = inCaseOf(text.bytes(match.range), *out);
   return out;
+}
+
+// Searcher ------------------------------------------------------------------------------------------------------------
+
+struct Searcher::Impl {
+  Finder finder;
+};
+
+Searcher::Searcher(std::string what, SearchOptions options) : impl_(new Impl{Finder(std::move(what), options)}) {}
+Searcher::~Searcher() = default;
+Searcher::Searcher(Searcher&&) noexcept = default;
+Searcher& Searcher::operator=(Searcher&&) noexcept = default;
+const std::string& Searcher::error() const { return impl_->finder.error(); }
+
+SearchResult Searcher::forward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
+  return impl_->finder.forward(text, from, within, control);
+}
+SearchResult Searcher::backward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
+  return impl_->finder.backward(text, from, within, control);
+}
+SearchAllResult Searcher::all(const Snapshot& text, ByteRange within, SearchControl* control) const {
+  return impl_->finder.all(text, within, control);
+}
+SearchResult Searcher::forward(const Snapshot& text, ByteOffset from) const { return forward(text, from, {ByteOffset(0), text.size()}); }
+SearchResult Searcher::backward(const Snapshot& text, ByteOffset from) const { return backward(text, from, {ByteOffset(0), text.size()}); }
+std::optional<std::string> Searcher::replacementFor(const Snapshot& text, const Match& match, std::string_view replacement, bool preserveCase,
+                                                    std::string* error) const {
+  return impl_->finder.replacementFor(text, match, replacement, preserveCase, error);
 }
 
 }  // namespace text

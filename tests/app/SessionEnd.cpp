@@ -102,7 +102,7 @@ TEST_F(SessionEndRun, ASearchUnderWayReturnsBeforeItsTextGoes) {
   bool ended = false;
   QObject::connect(main.get(), &frmMain::ended, [&] { ended = true; });
   QTimer::singleShot(0, &end, [this] { end.endWanted(); });
-  LongWork::run(*main, LongWork::limit, [&](text::SearchControl& search) {
+  LongWork::run(*main, 1, [&](text::SearchControl& search) {
     for (int step = 0; !search.cancel && step < 5000; ++step) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   });
   EXPECT_EQ(main->documents().size(), 1);

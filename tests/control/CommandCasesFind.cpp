@@ -2,7 +2,8 @@
 
 namespace {
 
-constexpr text::SearchOptions kCase{.matchCase = true}, kWhole{.wholeWord = true}, kRegex{.regex = true};
+constexpr text::SearchOptions kCase{.matchCase = true}, kWhole{.wholeWord = true}, kRegex{.regex = true},
+    kWholeRegex{.wholeWord = true, .regex = true};
 
 }  // namespace
 
@@ -61,6 +62,17 @@ std::vector<CommandCase> findCases() {
       {"REPLACEALLINBUFFER", "a,b|\r\n", "a\r\nb|\r\n", {.find = ",", .replace = "\\n", .search = kRegex}},
       {"REPLACEALLINBUFFER", "a|(", "a|(", {.find = "(", .replace = "x", .search = kRegex}},
       {"REPLACEALLINBUFFER", "a|", "a|", {.find = "zz", .note = "0 replaced"}},
+      // What decides about a find may stand around it, and it has its groups.
+      {"REPLACE", "@foo|(1) foo(2)", "X(1) @foo|(2)", {.find = "foo(?=\\()", .replace = "X", .search = kRegex}},
+      {"REPLACE", "foo@bar| foobar", "foo<bar> foo@bar|", {.find = "(foo)\\K(bar)", .replace = "<$2>", .search = kRegex}},
+      {"REPLACE", "@foo| foo(2)", "foo @foo|(2)", {.find = "foo(?=\\()", .replace = "X", .search = kRegex}},
+      {"REPLACEALLINBUFFER", "foobar| bar", "foo<bar>| bar", {.find = "(foo)\\K(bar)", .replace = "<$2>", .search = kRegex, .note = "1 replaced"}},
+      {"FINDNEXT", "|xa.b a.b", "xa.b @a.b|", {.find = "\\Qa.b", .search = kWholeRegex}},
+      // Line ends: any kind is "\n"; a new one is like its neighbours, one that a group took stays.
+      {"REPLACEALLINBUFFER", "a\r\nb\nc|", "a;b;c|", {.find = "\\n", .replace = ";", .search = kRegex, .note = "2 replaced"}},
+      {"REPLACEALLINBUFFER", "x\r\nbegin\nend|", "x\r\n[begin\nend]|", {.find = "(begin\\nend)", .replace = "[$1]", .search = kRegex}},
+      {"REPLACEALLINBUFFER", "a,\r\nb,\n|", "a\r\n\r\nb\n\n|", {.find = ",", .replace = "\\n", .search = kRegex}},
+      {"REPLACEALLINBUFFER", "a,\nb,\r\n|", "a\n\nb\r\n\r\n|", {.find = ",", .replace = "\n"}},
       {"REPLACEALLINSELECTION", "ab @ab ab| ab", "ab @x x| ab", {.find = "ab", .replace = "x", .note = "2 replaced"}},
       {"REPLACEALLINSELECTION", "ab|", "ab|", {.find = "ab", .replace = "x", .note = "0 replaced"}},
       {"REPLACEALLINSELECTION", "a#aa\na\naa|a", "a#xa\na\nax|a", {.find = "a", .replace = "x", .note = "2 replaced"}},

@@ -17,6 +17,7 @@
 #include "control/FindJob.h"
 #include "control/KeyMacro.h"
 #include "tests/support/Caret.h"
+#include "tests/support/Cost.h"
 #include "tests/support/EventLoop.h"
 
 namespace {
@@ -43,6 +44,7 @@ class FindDialogTest : public testing::Test {
     text->setText(toQString(parsed.bytes));
     text->editor().setSelection(parsed.selection);
     text->ExecuteCmd(replace ? 169 : 178);
+    dialog().job().patience = std::chrono::seconds(20);   // the machine may be busy
   }
   std::string shown() {
     return printCaret(text->editor().snapshot().bytes(), text->editor().selection());
@@ -199,6 +201,62 @@ TEST_F(FindDialogTest, ReplacesInTheSelectionAndStaysInIt) {
   EXPECT_EQ(text->Text(), QStringLiteral("acca\nac\nacca\n"));
 }
 
+TEST_F(FindDialogTest, LeavesNothingBehind) {
+  show("|ab xx ab");
+  const auto hits = [this] {   // whether the text is painted otherwise without hits
+    text->SetSel({0, 3, 0, 3, false});
+    const QImage with = text->grab().toImage();
+    text->showHits({}, {});
+    return with != text->grab().toImage();
+  };
+  for (const char* what : {"ab", "xx", "ab", "xx"}) {
+    type("findText", QString::fromLatin1(what));
+    click("findNext");
+  }
+  QStringList history;
+  for (int i = 0; i < part<QComboBox>("findText").count(); ++i) history += part<QComboBox>("findText").itemText(i);
+  EXPECT_EQ(history.removeDuplicates(), 0) << history.join(u',').toStdString();
+  EXPECT_EQ(history.mid(0, 2), QStringList({QStringLiteral("xx"), QStringLiteral("ab")}));
+  EXPECT_TRUE(hits());
+  type("findText", QStringLiteral("ab"));
+  press("findText", Qt::Key_Escape);
+  EXPECT_FALSE(hits()) << "no marks when it is closed";
+}
+
+TEST_F(FindDialogTest, ReplacesNothingInAReadOnlyText) {
+  show("|ab", true);
+  text->setReadOnly(true);
+  text->ExecuteCmd(169);
+  type("findText", QStringLiteral("ab"));
+  EXPECT_TRUE(part<QPushButton>("findNext").isEnabled());
+  EXPECT_FALSE(part<QPushButton>("replace").isEnabled() || part<QPushButton>("replaceAll").isEnabled());
+  text->setReadOnly(false);
+  text->ExecuteCmd(169);
+  EXPECT_TRUE(part<QPushButton>("replace").isEnabled() && part<QPushButton>("replaceAll").isEnabled());
+  text->setReadOnly(true);   // while it is open: Return in the field comes through
+  press("replaceText", Qt::Key_Return);
+  EXPECT_EQ(text->Text(), QStringLiteral("ab"));
+}
+
+// Whatever an expression costs: painting, typing and searching do not wait for it.
+TEST_F(FindDialogTest, ACostlyExpressionHoldsNothingUp) {
+  std::string lines;
+  for (int i = 0; i < 2000; ++i) lines += std::string(26, 'a') + " c\n";
+  show("|");
+  text->setText(QString::fromStdString(lines));
+  dialog().job().patience = std::chrono::milliseconds(30);
+  check("regex", true);
+  const double before = spentMs();
+  type("findText", QStringLiteral("(a|aa)+[bd]"));
+  EXPECT_TRUE(dialog().job().running());
+  text->grab();
+  text->InsertText(QStringLiteral("x"), {0, 0});
+  text->grab();
+  EXPECT_LT(spentMs() - before, 1500);
+  click("cancel");
+  ASSERT_TRUE(finish());
+}
+
 TEST_F(FindDialogTest, SaysWhyAnExpressionFails) {
   show("k=v|", true);
   check("regex", true);
@@ -264,6 +322,8 @@ TEST_F(FindDialogTest, LongOnesRunBesideAndAreCancelled) {
   ASSERT_TRUE(finish());
   EXPECT_EQ(dialog().status(), QStringLiteral("200000 replaced"));
   EXPECT_EQ(text->GetLine(199999), QStringLiteral("some thing here"));
+  text->ExecuteCmd(129);
+  EXPECT_EQ(text->Text(), u'x' + QString::fromStdString(lines)) << "one undo step";
   click("markAll");      // and the window may go while it runs
 }
 
@@ -321,6 +381,6 @@ TEST_F(FindDialogTest, RecordsIntoAMacro) {
   click("findNext");
   keyMacros().toggleRecording();
   EXPECT_EQ(keyMacros().toText().toStdString(),
-            "[Macro 1]\nSETFINDTEXT \"ab\"\nSETREPLACETEXT \"c\"\nREPLACE\nFINDNEXT");
+            "[Macro 1]\nSETFINDTEXT \"ab\"\nSETREPLACETEXT \"c\"\nSETFINDOPTIONS \"\"\nREPLACE\nFINDNEXT");
   keyMacros().fromText({});
 }

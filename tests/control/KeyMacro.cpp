@@ -7,6 +7,7 @@
 #include "control/KeyCommands.h"
 #include "control/KeyMap.h"
 #include "tests/control/EditorFixture.h"
+#include "tests/support/Cost.h"
 
 namespace {
 
@@ -65,6 +66,38 @@ TEST_F(KeyMacroTest, SearchesPlayWithTheTextThatWasRecorded) {
   f.show("|ab ab ab x");
   keyMacros().play(f.editor, keyMacros().current(), 1000);   // ends with the search that finds nothing
   EXPECT_EQ(f.bytes(), "z z z x");
+}
+
+TEST_F(KeyMacroTest, SearchesPlayWithTheSwitchesThatWereRecorded) {
+  EditorFixture f("|ab Ab xab a.");
+  searchState() = {QStringLiteral("a[bz]"), QStringLiteral("<$0>"), {true, true, true}};
+  keyMacros().toggleRecording();
+  f.run("REPLACEALLINBUFFER");
+  keyMacros().toggleRecording();
+  searchState() = {};
+  keyMacros().fromText(keyMacros().toText());
+  f.show("|ab Ab xab a.");
+  keyMacros().play(f.editor, QStringLiteral("Macro 1"));
+  EXPECT_EQ(f.bytes(), "<ab> Ab xab a.");
+}
+
+TEST_F(KeyMacroTest, EachCutOfAMacroPlayedInRepetitionsStandsAlone) {
+  EditorFixture f("|1\n2\n3\n");
+  keyMacros().fromText(QStringLiteral("[m]\nDOCUMENTSTART\nLINECUT\nDOCUMENTEND\nPASTE"));
+  keyMacros().play(f.editor, QStringLiteral("m"), 0);   // it is the one played last
+  f.editor.repeatCount = 2;
+  executeAny(f.editor, anyCommandByName(u"MACROPLAY")->id);
+  EXPECT_EQ(f.bytes(), "3\n1\n2\n");
+  // The repetitions of one command go to the clipboard together, and cost no more than what they cut.
+  std::string lines;
+  for (int i = 0; i < 30000; ++i) lines += std::string(100, 'x') + "\n";
+  f.show("|" + lines);
+  f.editor.repeatCount = 30000;
+  const double before = spentMs();
+  f.run("LINECUT");
+  EXPECT_LT(spentMs() - before, 4000);
+  EXPECT_EQ(f.bytes(), "");
+  EXPECT_EQ(f.host.clipboard, QString::fromStdString(lines));
 }
 
 TEST_F(KeyMacroTest, PlayedInsideARecordingBecomesPartOfIt) {

@@ -15,22 +15,18 @@ namespace {
 
 class LongWorkTest : public PaneFixture {
  protected:
-  const std::int64_t limit = LongWork::limit;
   const std::chrono::milliseconds moment = LongWork::moment;
   ~LongWorkTest() override {
-    LongWork::limit = limit;
     LongWork::moment = moment;
     searchState() = {};
   }
 };
 
-TEST_F(LongWorkTest, IsDoneHereOrOnAThreadAndCanBeCancelled) {
+TEST_F(LongWorkTest, IsDoneOnAThreadAndCanBeCancelled) {
   const std::thread::id here = std::this_thread::get_id();
   std::thread::id worker;
   const auto note = [&](text::SearchControl&) { worker = std::this_thread::get_id(); };
-  LongWork::run(control, LongWork::limit - 1, note);
-  EXPECT_EQ(worker, here);
-  LongWork::run(control, LongWork::limit, note);
+  LongWork::run(control, 1, note);
   EXPECT_NE(worker, here);
 
   LongWork::moment = std::chrono::milliseconds(1);
@@ -45,9 +41,9 @@ TEST_F(LongWorkTest, IsDoneHereOrOnAThreadAndCanBeCancelled) {
     QApplication::sendEvent(dialog, std::make_unique<QKeyEvent>(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier).get());
   });
   look.start(5);
-  LongWork::run(control, LongWork::limit, [&](text::SearchControl& progress) {
+  LongWork::run(control, 100, [&](text::SearchControl& progress) {
     for (; !(cancelled = progress.cancel) && steps < kPatience; ++steps) {
-      progress.bytesDone = LongWork::limit / 2;
+      progress.bytesDone = 50;
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(100));   // time for a key, if the window took one
@@ -55,13 +51,12 @@ TEST_F(LongWorkTest, IsDoneHereOrOnAThreadAndCanBeCancelled) {
   EXPECT_TRUE(shown && cancelled) << steps;
   EXPECT_EQ(looks, 0) << "nothing goes on between cancel and the end";
   EXPECT_FALSE(isDialogUp());
-  EXPECT_THROW(LongWork::run(control, LongWork::limit, [](text::SearchControl&) { throw std::bad_alloc(); }), std::bad_alloc);
+  EXPECT_THROW(LongWork::run(control, 100, [](text::SearchControl&) { throw std::bad_alloc(); }), std::bad_alloc);
 }
 
 TEST_F(LongWorkTest, FindCommandsDoTheSameEitherWay) {
-  for (const bool onThread : {false, true}) {
-    LongWork::limit = onThread ? 0 : limit;
-    LongWork::moment = std::chrono::milliseconds(onThread ? 0 : 1000);
+  for (const bool shown : {false, true}) {
+    LongWork::moment = std::chrono::milliseconds(shown ? 0 : 1000);
     searchState().findText = QStringLiteral("ab");
     searchState().replaceText = QStringLiteral("c");
     const auto command = [&](const char* name) { control.ExecuteCmd(commandByName(QString::fromLatin1(name))->id); };
@@ -85,7 +80,6 @@ TEST_F(LongWorkTest, FindCommandsDoTheSameEitherWay) {
 }
 
 TEST_F(LongWorkTest, WhileACommandStringRunsNoWindowComes) {
-  LongWork::limit = 0;
   LongWork::moment = std::chrono::milliseconds(0);
   const BusyGuard busy;
   std::thread::id worker;
