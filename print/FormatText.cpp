@@ -6,6 +6,7 @@
 #include "control/LanguageTable.h"
 #include "language/clsLang.h"
 #include "print/CaseFilter.h"
+#include "print/LineTools.h"
 #include "print/Reindent.h"
 #include "text/LineReader.h"
 
@@ -17,15 +18,7 @@ struct T {
   Q_DECLARE_TR_FUNCTIONS(FormatText)
 };
 
-struct Lines {
-  qint64 first = 0, end = 0;   // half-open
-};
-
-Lines linesOf(const CodeMax& cmx, bool selectionOnly) {
-  if (!selectionOnly) return {0, cmx.LineCount()};
-  const CmRange range = cmx.GetSel(true);
-  return {range.StartLineNo, range.EndLineNo + 1};
-}
+using Lines = LineRange;
 
 // Keeps the search of the person as it was while a step uses the control's own replacing.
 class KeepSearch {
@@ -76,13 +69,13 @@ bool changeLines(CodeMax& cmx, Lines lines, Change change, qint64* changed) {
   return true;
 }
 
-void ConvertTabstoSpaces(CodeMax& cmx, int blanks, bool selectionOnly) {
+void ConvertTabstoSpaces(CodeMax& cmx, int blanks) {
   const KeepSearch keep;
   searchState().options = {};
   searchState().preserveCase = false;
   cmx.ExecuteCmd(179, QStringLiteral("\t"));
   cmx.ExecuteCmd(180, QString(blanks, u' '));
-  cmx.ExecuteCmd(selectionOnly ? 172 : 171);
+  cmx.ExecuteCmd(171);
 }
 
 bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, const clsLang& language, qint64* changed) {
@@ -96,7 +89,19 @@ bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, 
       [&](qint64, const QString& old) { return filterCase(old, target, mode, *highlighter, &state); }, changed);
 }
 
-bool reindent(CodeMax& cmx, Lines lines, int unit, const clsLang& language, bool wholeLine, qint64* changed) {
+// The leading white space of `columns` columns; what stands there already stays.
+QString leadingFor(const QString& old, int columns, bool tabs, int tabSize) {
+  const QString present = old.left(leadingLength(old));
+  int width = 0;
+  for (const QChar c : present) width += c == u'\t' ? tabSize - width % tabSize : 1;
+  const bool fits = tabs ? !present.contains(QString(tabSize, u' ')) : !present.contains(u'\t');
+  if (width == columns && fits) return present;
+  return tabs ? QString(columns / tabSize, u'\t') + QString(columns % tabSize, u' ') : QString(columns, u' ');
+}
+
+bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const clsLang& language, qint64* changed) {
+  const int unit = choices.indent - 1;
+  const bool wholeLine = choices.wholeLine;
   const BlockWords words(language.BlockStart, language.BlockEnd, language.BlockMid);
   if (wholeLine && words.isEmpty()) return true;   // where blanks alone make the blocks they are left alone
   const auto highlighter = LanguageTable::find(language.Name);
@@ -107,11 +112,19 @@ bool reindent(CodeMax& cmx, Lines lines, int unit, const clsLang& language, bool
                                  : indentsByFirstWord(source, lines.end, words, unit);
   return changeLines(cmx, lines,
       [&](qint64 i, const QString& old) {
-        return QString(indents[static_cast<std::size_t>(i)], u' ') + old.mid(leadingLength(old));
+        const int columns = indents[static_cast<std::size_t>(i)];
+        if (!wholeLine) return QString(columns, u' ') + old.mid(leadingLength(old));
+        if (leadingLength(old) == old.size()) return QString();
+        return leadingFor(old, columns, choices.indentTabs, cmx.TabSize()) + old.mid(leadingLength(old));
       }, changed);
 }
 
 }  // namespace
+
+IndentStyle indentStyleOf(const CodeMax& cmx) {
+  LinesInOrder read(cmx);
+  return detectIndent([&](qint64 i) { return read(i); }, cmx.LineCount(), cmx.TabSize());
+}
 
 bool caseMatters(const FormatChoices& choices, const clsLang* language) {
   return language && language->isCaseSensitive && (choices.mainCase > 0 || choices.keywordCase > 0);
@@ -124,24 +137,26 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     return result;
   }
   const bool mayChangeCase = !caseMatters(choices, language) || choices.changeCaseAnyway;
-  const Lines lines = linesOf(cmx, choices.selectionOnly);
+  const Lines lines = choices.selectionOnly ? selectedLines(cmx) : Lines{0, cmx.LineCount()};
   const BusyGuard busy;
   bool whole = true;
   {
     const EditBlock block(cmx);
     if (choices.tabs >= 1) {
       SetStatusText(T::tr("Processing Tabs"));
-      ConvertTabstoSpaces(cmx, choices.tabs - 1, choices.selectionOnly);
+      const QString blanks(choices.tabs - 1, u' ');
+      if (choices.selectionOnly) whole = changeLines(cmx, lines, [&](qint64, const QString& old) { return QString(old).replace(u'\t', blanks); }, &result.linesChanged);
+      else ConvertTabstoSpaces(cmx, choices.tabs - 1);
     }
     SetStatusText(T::tr("Applying filter to main text"));
-    if (choices.mainCase > 0 && language && mayChangeCase)
+    if (whole && choices.mainCase > 0 && language && mayChangeCase)
       whole = filterLetters(cmx, lines, CaseTarget::mainText, CaseMode(choices.mainCase), *language, &result.linesChanged);
     SetStatusText(T::tr("Applying filter to keywords"));
     if (whole && choices.keywordCase > 0 && language && mayChangeCase)
       whole = filterLetters(cmx, lines, CaseTarget::keywords, CaseMode(choices.keywordCase), *language, &result.linesChanged);
     SetStatusText(T::tr("Processing Indentations"));
     if (whole && choices.indent >= 1 && language)
-      whole = reindent(cmx, lines, choices.indent - 1, *language, choices.wholeLine, &result.linesChanged);
+      whole = reindent(cmx, lines, choices, *language, &result.linesChanged);
     if (!whole) cmx.model()->document().rollbackGroup();
   }
   if (!whole) {

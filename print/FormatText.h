@@ -5,6 +5,7 @@
 #include <QString>
 
 #include "control/CodeMax.h"
+#include "print/Reindent.h"
 
 class clsLang;
 
@@ -16,7 +17,8 @@ struct FormatChoices {
   int indent = 0;        // n >= 1: re-indent by units of n - 1 blanks
   int lineEnds = 0;      // 1 Unix (LF), 2 Windows (CR LF): of new lines, and every line of the text
   bool wholeLine = false;       // indentation reads whole lines (see Reindent.h)
-  bool selectionOnly = false;   // only the lines that the selection touches
+  bool indentTabs = false;      // ... and is written with tabs as far as they reach
+  bool selectionOnly = false;   // only the selected lines (LineTools.h)
   bool changeCaseAnyway = false;   // letter case also where the language tells upper from lower
 };
 
@@ -27,6 +29,9 @@ struct FormatResult {
 
 // True when a chosen case filter would change the letter case of a language that tells upper from lower: to be asked first.
 bool caseMatters(const FormatChoices& choices, const clsLang* language);
+
+// How the text is indented now.
+IndentStyle indentStyleOf(const CodeMax& cmx);
 
 // `language` may be null: the steps that need one are then left out. Sets Modified when the line-end step runs.
 FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices& choices);

@@ -8,16 +8,7 @@
 
 namespace {
 
-struct Lines {
-  qint64 first = 0, end = 0;   // half-open
-};
-
-Lines selectedLines(const CodeMax& cmx) {
-  const CmRange range = cmx.GetSel(true);
-  if (range.IsEmpty()) return {0, cmx.LineCount()};
-  const bool touchesOnly = range.EndColNo == 0 && range.EndLineNo > range.StartLineNo && !range.ColumnSel;
-  return {range.StartLineNo, range.EndLineNo + (touchesOnly ? 0 : 1)};
-}
+using Lines = LineRange;
 
 QStringList read(const CodeMax& cmx, Lines lines) {
   QStringList list;
@@ -50,6 +41,13 @@ Lines withoutFinalEmpty(const CodeMax& cmx, Lines lines) {
 }
 
 }  // namespace
+
+LineRange selectedLines(const CodeMax& cmx) {
+  const CmRange range = cmx.GetSel(true);
+  if (range.IsEmpty()) return {0, cmx.LineCount()};
+  const bool touchesOnly = range.EndColNo == 0 && range.EndLineNo > range.StartLineNo && !range.ColumnSel;
+  return {range.StartLineNo, range.EndLineNo + (touchesOnly ? 0 : 1)};
+}
 
 qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
   if (cmx.ReadOnly()) return 0;

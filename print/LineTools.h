@@ -7,6 +7,11 @@
 
 #include "control/CodeMax.h"
 
+struct LineRange {
+  qint64 first = 0, end = 0;   // half-open, from 0
+};
+LineRange selectedLines(const CodeMax& cmx);
+
 struct SortOptions {
   bool descending = false, matchCase = false, numeric = false, dropEqual = false;
 };

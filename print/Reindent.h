@@ -17,9 +17,18 @@ std::vector<int> indentsByFirstWord(const LineSource& line, qint64 count, const 
 
 // Reads the whole line, skips comments and strings: blocks that open behind other words, one-line blocks, "end if", "else begin", open
 // brackets and statements without a block word that go on in the next line. Lines within brackets and comments keep their offset to the
-// line where these began. Empty lines get nothing. `highlighter` may be null: then nothing is taken for a comment.
+// line where these began, comments alone go with the code around them. What the text itself does behind a block word throughout - a body
+// of a module at the margin, "when" below "case" - stays (IndentHabits.h). Empty lines get nothing. `highlighter` may be null: then nothing
+// is taken for a comment.
 std::vector<int> indentsByWholeLine(const LineSource& line, qint64 count, const BlockWords& words, int unit,
                                     const text::Highlighter* highlighter, int tabSize);
+
+// How a text is indented: by tabs where more lines begin with one than with blanks, and the commonest step from line to line.
+struct IndentStyle {
+  int unit = 0;        // in columns; 0: nothing is indented
+  bool tabs = false;
+};
+IndentStyle detectIndent(const LineSource& line, qint64 count, int tabSize);
 
 // The first word of a line whose leading white space is gone.
 QString firstWord(const QString& trimmedLine);

@@ -3,11 +3,14 @@
 #include <unordered_map>
 
 #include "control/TextModel.h"
+#include "print/IndentHabits.h"
 #include "print/Reindent.h"
 #include "text/Chars.h"
 #include "text/Words.h"
 
 namespace {
+
+constexpr qint64 kLearnt = 20000;   // lines that are read for the text's habits
 
 // A run of word characters or one other character of a line's code; a string is one piece that says nothing.
 struct Piece {
@@ -33,6 +36,12 @@ struct Level {
   bool bracket = false;
   bool byWord = false;   // a word opened it, not a sign
   int lastIf = -1;   // indent of the last "if" inside, for an "else" on a line of its own
+  int shift = 0;     // new indent less old one of the line that opened it
+  int width = 0;     // of a block as the language lists it
+  bool statements = false;   // a ";" stood in the bracket
+  bool settled = false;      // the block's first line has shown where the lines stand
+  QString word{};    // opened it, in lower case; with ">" and the last middle word
+  IndentHabits::Tally tally{};   // where its lines stand
 };
 
 // What is known of the statement that is being read.
@@ -42,31 +51,70 @@ struct Statement {
   bool opensNothing = false;   // it begins with a word~
   bool opened = false;         // one of its words has opened a block; no further one does
   bool awaitsIs = false;       // that was a word- and "is" has not come
+  bool choice = false;         // a "?" has come: a colon ends no label
+  bool macro = false;          // begins with a grave accent: may end without ";"
 };
 
-class WholeLines {
+// How a line stands and what it is.
+struct Placed {
+  enum class Kind { blank, fixed, code, comment, insideComment } kind = Kind::blank;
+  int indent = 0, old = 0;
+};
+
+// Where reading stands between two lines.
+struct State {
+  std::vector<Level> levels_;
+  Statement statement_;
+  int statementIndent_ = 0, statementShift_ = 0;
+  int anchor_ = 0;               // indent of the last line that did not begin within brackets
+  bool unfinished_ = false;      // the statement goes on in the next line
+  bool listGoesOn_ = false;      // ... with the next item of a list
+  bool afterLabel_ = false;      // ... with what the label stands for
+  bool hangs_ = false;           // ... with the statement that "if (...)" or "else" governs
+  bool afterName_ = false;       // ... behind a name or a closing bracket
+  bool headerOpen_ = false;      // a block's first statement goes on: "module m" with its brackets below
+  bool headerGoesOn_ = false;    // ... since its last line ends with an operator
+  int shift_ = 0;                // new indent less old one of the last line, for lines that go with it
+};
+
+class WholeLines : private State {
  public:
   WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, int tabSize, const LineSource& line, qint64 count)
-      : words_(words), unit_(unit), highlighter_(highlighter), tabSize_(tabSize), semicolons_(endsWithSemicolons(line, count)) {
+      : words_(words), unit_(unit), highlighter_(highlighter), tabSize_(tabSize), semicolons_(endsWithSemicolons(line, count)),
+        habits_(detectIndent(line, count, tabSize).unit, unit) {
     levels_.push_back({.byWord = true});
+    learning_ = true;
+    for (qint64 i = 0; i < std::min(count, kLearnt); ++i) next(line(i));
+    while (!levels_.empty()) popLevel();
+    static_cast<State&>(*this) = {};
+    levels_.push_back({.content = habits_.width(QString(), 0), .byWord = true});   // a part of a text may stand indented as a whole
+    state_ = 0;
+    learning_ = directiveGoesOn_ = false;
+    choices_.clear();
   }
 
-  int next(const QString& line) {
+  Placed next(const QString& line) {
     const bool inComment = state_ != 0;
     const Pieces pieces = scan(line);
     const int leading = leadingLength(line);
-    if (leading == line.size()) return 0;
+    if (leading == line.size()) return {};
     const int old = columnsOf(line.left(leading));
-    const bool ofDirective = directiveGoesOn_;
-    directiveGoesOn_ = (ofDirective || isDirective(line.mid(leading), old)) && line.trimmed().endsWith(u'\\');
-    if (ofDirective) return old;   // a macro over several lines stays as it is
-    if (inComment && pieces.empty()) return std::max(0, old + shift_);
-    if (isDirective(line.mid(leading), old)) return 0;
-    const int indent = inComment ? std::max(0, old + shift_) : indentOf(pieces, old);
+    const bool ofDirective = directiveGoesOn_, directive = isDirective(line.mid(leading));
+    directiveGoesOn_ = (ofDirective || directive) && line.trimmed().endsWith(u'\\');
+    if (ofDirective) return {Placed::Kind::fixed, old, old};   // a macro over several lines stays as it is
+    if (directive) chooseBranch(line.mid(leading + 1));
+    if (directive && (old == 0 || line[leading] == u'#')) return {Placed::Kind::fixed, 0, old};
+    if (directive) return {Placed::Kind::comment, old, old};   // goes with the lines around it
+    if (pieces.empty()) return {inComment ? Placed::Kind::insideComment : Placed::Kind::comment, old, old};
+    if (learning_) noteHabit(pieces, old);
+    if (!learning_) settle(pieces[0], old);
+    const int indent = learning_ ? old : inComment ? std::max(0, old + shift_) : indentOf(pieces, old);
     shift_ = indent - old;
-    if (!pieces.empty()) walk(pieces, indent);
-    return indent;
+    walk(pieces, indent);
+    return {Placed::Kind::code, indent, old};
   }
+
+  int trailingComment() const { return trailing_; }   // the column of the comment behind the last line's code; -1: none
 
  private:
   // Statements end with ";" where one line of code in eight or more does so.
@@ -87,9 +135,20 @@ class WholeLines {
   }
 
   // "#if" stands at the margin where the language lists it so; a word with a grave accent does when it stands there already.
-  bool isDirective(const QString& trimmed, int old) const {
-    if (!highlighter_ || (!trimmed.startsWith(u'#') && !(trimmed.startsWith(u'`') && old == 0))) return false;
+  bool isDirective(const QString& trimmed) const {
+    if (!highlighter_ || (!trimmed.startsWith(u'#') && !trimmed.startsWith(u'`'))) return false;
     return highlighter_->isKeyword(fromQString(trimmed[0] + firstWord(trimmed.mid(1 + leadingLength(trimmed.mid(1))))));
+  }
+
+  // Of the branches behind "ifdef" each begins where the first began; what follows goes on from the last.
+  void chooseBranch(const QString& directive) {
+    const QString word = firstWord(directive.mid(leadingLength(directive)));
+    const auto is = [&](std::initializer_list<const char*> any) {
+      return std::any_of(any.begin(), any.end(), [&](const char* one) { return word == QLatin1String(one); });
+    };
+    if (is({"ifdef", "ifndef", "if"})) choices_.push_back(*this);
+    else if (is({"else", "elsif", "elif"}) && !choices_.empty()) static_cast<State&>(*this) = choices_.back();
+    else if (is({"endif"}) && !choices_.empty()) choices_.pop_back();
   }
 
   // A word is looked up once however often it comes.
@@ -105,6 +164,7 @@ class WholeLines {
     std::vector<text::Token> tokens;
     if (highlighter_ && highlighter_->valid()) state_ = highlighter_->scanLine(all, state_, &tokens);
     Pieces pieces;
+    trailing_ = -1;
     auto token = tokens.begin();
     for (std::size_t at = 0; at < all.size();) {
       const auto here = static_cast<std::int64_t>(at);
@@ -112,6 +172,7 @@ class WholeLines {
       if (token != tokens.end() && token->begin <= here &&
           (token->kind == text::TokenKind::comment || token->kind == text::TokenKind::string)) {
         if (token->kind == text::TokenKind::string) pieces.push_back(known("\"", false));
+        else if (!pieces.empty()) trailing_ = static_cast<int>(text::displayColumn(bytes, here, tabSize_).value);
         at = static_cast<std::size_t>(token->begin + token->length);
         continue;
       }
@@ -131,27 +192,76 @@ class WholeLines {
 
   int indentOf(const Pieces& pieces, int old) const {
     const Level& level = levels_.back();
-    const int shifted = std::max(0, old + shift_);
-    if (pieces.empty()) return level.bracket ? shifted : level.content;   // a comment alone
     const Piece& first = pieces.front();
     const auto kind = first.entry.kind;
     if (kind == BlockClass::end) return blockBase();
     if (level.bracket) {
-      if (isCloser(first)) return level.base;
+      const int shifted = std::max(0, old + level.shift);
+      if (isCloser(first)) return std::max(shifted, level.base);
       return shifted > level.base ? shifted : level.content;   // alignment by hand stays
     }
-    if (headerOpen_ && (first.is(u'(') || first.is(u'#') || first.is(QLatin1String("is")))) return level.base;
+    const int shifted = std::max(0, old + (unfinished_ || headerGoesOn_ ? statementShift_ : shift_));
+    if (goesOnWithHeader(first)) return std::max(level.base, old + level.shift);
     if (first.is(QLatin1String("then")) && kind == BlockClass::none && levels_.size() > 1) return level.base;
+    if (headerGoesOn_ && shifted > level.base) return shifted;
     if (unfinished_) {
-      if (kind == BlockClass::start) return afterLabel_ ? statementIndent_ + unit_ : statementIndent_;
-      if (shifted > statementIndent_) return afterLabel_ ? statementIndent_ + unit_ : shifted;   // alignment by hand stays
-      return listGoesOn_ ? statementIndent_ : statementIndent_ + unit_;
+      const int own = shifted - statementIndent_;
+      if (kind == BlockClass::start) return statementIndent_ + habits_.width(hangKey(first), hangsDeeper(first) ? unit_ : 0, own);
+      if (own > 0 && !afterLabel_) return shifted;   // alignment by hand stays
+      return statementIndent_ + (listGoesOn_ ? 0 : habits_.width(followKey(first), unit_, own));
     }
-    if (kind == BlockClass::middle) return std::max(0, level.content - unit_);
+    if (kind == BlockClass::middle)
+      return level.width == 0 ? std::max(0, level.content - unit_) : level.base + habits_.width(middleKey(level, first), level.width - unit_, shifted - level.base);
     if (first.is(QLatin1String("else")) && level.lastIf >= 0) return level.lastIf;
     const bool operatorFirst = !semicolons_ && !first.isWord && QStringLiteral("+-*/|&#").contains(first.word);
     if (operatorFirst && shifted > level.content) return shifted;   // goes on with the line above, aligned by hand
     return level.content;
+  }
+
+  bool goesOnWithHeader(const Piece& first) const {
+    return headerOpen_ && (first.is(u'(') || first.is(u'#') || first.is(QLatin1String("is")));
+  }
+  // A block that stands below the line it belongs to: "begin" beneath "if (...)", "case" one deeper beneath "always_comb".
+  bool hangsDeeper(const Piece& first) const {
+    return afterLabel_ || (first.isWord && !first.is(QLatin1String("begin")) && !first.is(QLatin1String("fork")));
+  }
+  QString hangKey(const Piece& first) const { return (afterLabel_ ? u':' : u'^') + first.word.toLower(); }
+  // What goes on with a statement: behind a label, governed by "if (...)", a bracket or a name of its own line, the rest.
+  QString followKey(const Piece& first) const {
+    if (afterLabel_) return QStringLiteral("::");
+    if (hangs_) return QStringLiteral("^^") + statement_.first.toLower();
+    return afterName_ ? (first.is(u'(') ? QStringLiteral("~(") : QStringLiteral("~")) : QStringLiteral("~~");
+  }
+  static QString middleKey(const Level& level, const Piece& first) {
+    return level.word.section(u'>', 0, 0) + u'|' + first.word.toLower();
+  }
+
+  // Where the text itself puts a line in its block.
+  void noteHabit(const Pieces& pieces, int old) {
+    Level& level = levels_.back();
+    const Piece& first = pieces.front();
+    const auto kind = first.entry.kind;
+    if (kind == BlockClass::end || (level.bracket && isCloser(first)) || goesOnWithHeader(first) || headerGoesOn_) return;
+    if (!level.bracket && unfinished_) {
+      if (kind == BlockClass::start) habits_.note(hangKey(first), old - statementIndent_);
+      else habits_.note(followKey(first), old - statementIndent_);
+      return;
+    }
+    if (!level.bracket && kind == BlockClass::middle) habits_.note(middleKey(level, first), old - level.base);
+    else if (!first.is(QLatin1String("else"))) IndentHabits::count(&level.tally, old - level.base);
+  }
+
+  // The first line of a block stays where it stands as far as the text has other blocks like it.
+  void settle(const Piece& first, int old) {
+    Level& level = levels_.back();
+    if (level.settled || level.bracket || level.width == 0 || unfinished_ || headerOpen_ || first.entry.kind == BlockClass::end || first.entry.kind == BlockClass::middle) return;
+    level.settled = true;
+    level.content = level.base + habits_.width(level.word, level.content - level.base, old + level.shift - level.base);
+  }
+
+  void popLevel() {
+    if (learning_) habits_.note(levels_.back().word, IndentHabits::mostOf(levels_.back().tally));
+    levels_.pop_back();
   }
 
   // A brace is a bracket where the language does not list it as a block word.
@@ -171,11 +281,16 @@ class WholeLines {
   void walk(const Pieces& pieces, int indent) {
     if (!levels_.back().bracket) {
       anchor_ = indent;
-      if (!unfinished_) statementIndent_ = indent;
+      if (!unfinished_) statementIndent_ = indent, statementShift_ = shift_;
     }
+    const bool macroFirst = !unfinished_ && !levels_.back().bracket && pieces[0].is(u'`');
     const int base = anchor_;           // blocks hang on the line where the brackets around this one began
     const bool middleFirst = !unfinished_ && pieces[0].entry.kind == BlockClass::middle;
     if (middleFirst && levels_.size() == 1) levels_[0].content = unit_;   // sections of a file without a block around them
+    if (middleFirst && levels_.size() > 1 && !levels_.back().bracket) beginSection(levels_.back(), pieces[0]);
+    // "module m" - "import p::*;" - "#(" - ")" - "("
+    bool ofHeader = headerOpen_ && (levels_.back().bracket || goesOnWithHeader(pieces[0]) || pieces[0].is(QLatin1String("import")));
+    if (macroFirst) statement_.macro = true;
     bool closed = middleFirst;          // nothing of a statement is left open by the last piece
     std::size_t bracketsHere = 0;       // brackets opened in this line and still open
     bool afterEnd = false;
@@ -193,35 +308,62 @@ class WholeLines {
       if (i > 0 || !middleFirst) closed = false;
       if (isOpener(piece)) {
         const int inside = bracketsHere > 0 ? levels_.back().content : indent + unit_;
-        levels_.push_back({indent, inside, true, false, -1});
+        levels_.push_back({.base = indent, .content = inside, .bracket = true, .shift = shift_, .word = piece.word});
         ++bracketsHere;
       } else if (isCloser(piece)) {
-        if (levels_.back().bracket) levels_.pop_back();
+        const bool ofStatements = levels_.back().bracket && levels_.back().statements;
+        if (levels_.back().bracket) popLevel();
         if (bracketsHere > 0) --bracketsHere;
+        if (ofStatements && !levels_.back().bracket) statement_ = {}, closed = true;   // "constraint c { ...; }"
       } else if (entry.kind == BlockClass::end) {
         closeBlock();
         bracketsHere = 0;
         afterEnd = closed = true;
       } else if (entry.kind == BlockClass::start && mayOpen(piece, entry)) {
         const int width = entry.doubleIndent ? 2 * unit_ : unit_;
-        levels_.push_back({base, base + width, false, piece.isWord, -1});
+        const QString word = piece.word.toLower();
+        levels_.push_back({.base = base, .content = base + habits_.width(word, width), .byWord = piece.isWord, .shift = shift_, .width = width, .word = word});
         bracketsHere = 0;
         statement_.opened = piece.isWord;
         statement_.awaitsIs = entry.needsIs;
         closed = true;
-      } else if (piece.is(u';') && !levels_.back().bracket) {
-        if (statement_.awaitsIs && levels_.size() > 1) levels_.pop_back();   // only a declaration
+        if (!standsBare(piece)) continue;
+        statement_ = {};
+        if (i + 1 < pieces.size() && pieces[i + 1].is(u':')) i += 2;   // "begin : name"
+      } else if (piece.is(u';') && levels_.back().bracket) {
+        levels_.back().statements |= levels_.back().word == u"{";
+      } else if (piece.is(u';')) {
+        if (statement_.awaitsIs && levels_.size() > 1) popLevel();   // only a declaration
         statement_ = {};
         headerOpen_ = false;
+        ofHeader = ofHeader && pieces[0].is(QLatin1String("import"));
         closed = true;
-      } else if (piece.is(u':') && statement_.words == 1 && !statement_.opened) {
+      } else if (piece.is(u':') && statement_.words == 1 && !statement_.opened && !statement_.choice) {
         statement_ = {};   // a label
         closed = i + 1 < pieces.size();
+      } else if (piece.is(u'?')) {
+        statement_.choice = true;
       } else if (piece.isWord) {
         noteWord(piece, entry, base);
       }
     }
     finishLine(pieces, base, closed || middleFirst);
+    if (ofHeader) headerOpen_ = true;
+  }
+
+  // Openers that nothing of a statement follows: what comes behind is the block's first line.
+  static bool standsBare(const Piece& opener) {
+    return opener.is(QLatin1String("begin")) || opener.is(QLatin1String("fork")) || opener.is(QLatin1String("generate"));
+  }
+
+  // A middle word begins a section of its block, whose lines may stand elsewhere than those before.
+  void beginSection(Level& level, const Piece& middle) {
+    if (learning_) habits_.note(level.word, IndentHabits::mostOf(level.tally));
+    level.tally.clear();
+    level.settled = false;
+    const QString opener = level.word.section(u'>', 0, 0);
+    level.word = opener + u'>' + middle.word.toLower();
+    if (level.width > 0) level.content = level.base + habits_.width(level.word, habits_.width(opener, level.width));
   }
 
   // A word in brackets opens nothing; of the words of one statement only the first does.
@@ -248,8 +390,8 @@ class WholeLines {
   }
 
   void closeBlock() {
-    while (levels_.size() > 1 && levels_.back().bracket) levels_.pop_back();
-    if (levels_.size() > 1) levels_.pop_back();
+    while (levels_.size() > 1 && levels_.back().bracket) popLevel();
+    if (levels_.size() > 1) popLevel();
     else levels_[0].content = 0;
     statement_ = {};
   }
@@ -257,7 +399,8 @@ class WholeLines {
   void finishLine(const Pieces& pieces, int indent, bool closed) {
     const Piece& last = pieces.back();
     const bool openBracket = levels_.back().bracket;
-    headerOpen_ = statement_.opened && !openBracket && last.entry.kind != BlockClass::start;
+    headerOpen_ = statement_.opened && last.entry.kind != BlockClass::start;
+    headerGoesOn_ = headerOpen_ && isOperator(last);
     if (openBracket) {
       unfinished_ = false;   // the bracket itself says how the next line stands
       return;
@@ -270,18 +413,28 @@ class WholeLines {
     const bool directive = pieces.front().word == u"`";
     const bool goesOn = semicolons_ ? true : last.is(u'\\');
     const bool startedOrHung = !unfinished_ || hangs_;
-    unfinished_ = !closed && !directive && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
+    const bool macroEnds = statement_.macro && (isCloser(last) || (directive && !isOperator(last) && last.sign != u'='));
+    unfinished_ = !closed && !macroEnds && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
     // The items of a list stand below each other, those of a declaration behind its first word.
-    listGoesOn_ = unfinished_ && last.is(u',') && (statement_.words <= 1 || !levels_.back().byWord);
+    listGoesOn_ = unfinished_ && last.is(u',') && (statement_.words <= 1 || !levels_.back().byWord || levels_.back().word.startsWith(QLatin1String("case")));
     // A label hangs its statement on itself in a block of words, and stands for itself in one of braces.
-    afterLabel_ = unfinished_ && last.is(u':') && levels_.back().byWord && pieces.front().word != u"?" ;
-    if (last.is(u':') && !levels_.back().byWord) unfinished_ = false;
+    const bool label = last.is(u':') && !statement_.choice;
+    afterLabel_ = unfinished_ && label && levels_.back().byWord;
+    if (label && !levels_.back().byWord) unfinished_ = false;
     if (!unfinished_) statement_ = {};
+    afterName_ = unfinished_ && (last.isWord || isCloser(last));
     // "if (...)": what follows hangs on this line. Further lines of one statement may end like that too, and govern nothing.
     const Piece& front = pieces.front();
     const bool governs = startedOrHung || front.is(QLatin1String("if")) || front.is(QLatin1String("for")) || front.is(QLatin1String("while")) || front.is(QLatin1String("else")) || front.is(QLatin1String("repeat"));
     hangs_ = unfinished_ && front.isWord && governs && (isCloser(last) || last.is(QLatin1String("else")) || last.is(QLatin1String("do")));
     if (hangs_) statementIndent_ = indent;
+  }
+
+  static bool isOperator(const Piece& last) {
+    if (!last.isWord) return last.sign != 0 && QStringLiteral("+-*/|&<>!~^,%?").contains(last.word);
+    for (const char* word : {"and", "or", "xor", "nand", "nor", "xnor", "not"})
+      if (last.is(QLatin1String(word))) return true;
+    return false;
   }
 
   // Lines that need no ";" in languages of braces: "template <...>" and macros in capital letters.
@@ -301,17 +454,44 @@ class WholeLines {
   const int tabSize_;
   text::LineState state_ = 0;
   const bool semicolons_;        // statements end with ";", else with the line
-  std::vector<Level> levels_;
-  Statement statement_;
-  int statementIndent_ = 0;
-  int anchor_ = 0;               // indent of the last line that did not begin within brackets
-  bool unfinished_ = false;      // the statement goes on in the next line
-  bool listGoesOn_ = false;      // ... with the next item of a list
-  bool afterLabel_ = false;      // ... with what the label stands for
-  bool hangs_ = false;           // ... with the statement that "if (...)" or "else" governs
+  IndentHabits habits_;
+  bool learning_ = false;        // the text is read for its habits: lines stay where they stand
   bool directiveGoesOn_ = false; // the next line belongs to a "#define" above
-  bool headerOpen_ = false;      // a block's first statement goes on: "module m" with its brackets below
-  int shift_ = 0;                // new indent less old one of the last line, for lines that go with it
+  std::vector<State> choices_;   // as it was where an "ifdef" began
+  int trailing_ = -1;
+};
+
+// Lines of comment alone go with the code around them: with the line below where they stand in its column, else with the line above.
+class CommentLines {
+ public:
+  explicit CommentLines(std::vector<int>* indents) : indents_(indents) {}
+  void add(const Placed& line) { waiting_.push_back({indents_->size(), line}); }
+  void codeFollows(const Placed* next, int trailing) {
+    int shift = above_.indent - above_.old;
+    bool goesOn = trailing_ >= 0;   // still below a comment behind code
+    for (auto& [at, line] : waiting_) {
+      const bool own = line.kind == Placed::Kind::comment;
+      goesOn = goesOn && own && line.old == trailing_;
+      if (goesOn) shift = above_.indent - above_.old;
+      else if (own) shift = placeOf(line.old, next) - line.old;
+      (*indents_)[at] = std::max(0, line.old + shift);
+    }
+    waiting_.clear();
+    if (next) above_ = *next;
+    trailing_ = trailing;
+  }
+
+ private:
+  int placeOf(int old, const Placed* next) const {
+    if (next && old == next->old) return next->indent;
+    if (old == above_.old) return above_.indent;
+    if (old == 0) return 0;   // code that was put out of use at the margin
+    return next ? old + next->indent - next->old : old + above_.indent - above_.old;
+  }
+  std::vector<int>* indents_;
+  std::vector<std::pair<std::size_t, Placed>> waiting_;
+  Placed above_;
+  int trailing_ = -1;
 };
 
 }  // namespace
@@ -321,6 +501,13 @@ std::vector<int> indentsByWholeLine(const LineSource& line, qint64 count, const 
   std::vector<int> indents;
   indents.reserve(static_cast<std::size_t>(count));
   WholeLines lines(words, unit, highlighter, tabSize, line, count);
-  for (qint64 i = 0; i < count; ++i) indents.push_back(lines.next(line(i)));
+  CommentLines comments(&indents);
+  for (qint64 i = 0; i < count; ++i) {
+    const Placed placed = lines.next(line(i));
+    if (placed.kind == Placed::Kind::code) comments.codeFollows(&placed, lines.trailingComment());
+    else if (placed.kind == Placed::Kind::comment || placed.kind == Placed::Kind::insideComment) comments.add(placed);
+    indents.push_back(placed.indent);
+  }
+  comments.codeFollows(nullptr, -1);
   return indents;
 }

@@ -41,7 +41,7 @@ bool choice(const QHash<QString, QString>& values, const QString& name, const QS
 
 bool format(CodeMax& cmx, const QString& argument) {
   QHash<QString, QString> values;
-  if (!readOptions(argument, words("tabs text keywords indent lineends careful selection anycase"), &values)) return false;
+  if (!readOptions(argument, words("tabs text keywords indent lineends careful indenttabs selection anycase"), &values)) return false;
   FormatChoices choices;
   qint64 tabs = -1, indent = -1;
   const QStringList cases{QStringLiteral("upper"), QStringLiteral("lower"), QStringLiteral("capitalize")};
@@ -52,6 +52,7 @@ bool format(CodeMax& cmx, const QString& argument) {
   choices.tabs = static_cast<int>(tabs) + 1;
   choices.indent = static_cast<int>(indent) + 1;
   choices.wholeLine = values.contains(QStringLiteral("careful"));
+  choices.indentTabs = values.contains(QStringLiteral("indenttabs"));
   choices.selectionOnly = values.contains(QStringLiteral("selection"));
   choices.changeCaseAnyway = values.contains(QStringLiteral("anycase"));
   const auto& all = languages().Languages();
@@ -128,8 +129,8 @@ qint64 removeDuplicates(CodeMax& cmx) { return RemoveDuplicateLines(cmx); }
 
 void AddFormatVerbs() {
   using statements::addVerb;
-  addVerb("FORMAT", "[tabs=N] [text=CASE] [keywords=CASE] [indent=N] [lineends=unix|windows] [careful] [selection] [anycase]",
-          "Formats the text: tabs to N blanks, letter case (upper, lower, capitalize), indentation by N, line ends.", format);
+  addVerb("FORMAT", "[tabs=N] [text=CASE] [keywords=CASE] [indent=N] [lineends=unix|windows] [careful] [indenttabs] [selection] [anycase]",
+          "Formats the text: tabs to N blanks, letter case (upper, lower, capitalize), indentation by N (careful: with tabs), line ends.", format);
   addVerb("COLUMNIZE", "delimiter [-g] [-c] [-b]",
           "Aligns a delimiter in the selected lines, else in all; -g groups between blank lines, -c code only, -b within the block.", columnize);
   addVerb("SERIES", "[start=N] [step=N] [repeat=N] [base=2|8|10|16] [width=N] [zeros] [upper] [prefix=TEXT] [suffix=TEXT]",

@@ -14,6 +14,7 @@
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
+#include "document/modRegistry.h"
 #include "language/ucCM.h"
 #include "print/BlockWords.h"
 #include "print/frmCompare.h"
@@ -44,6 +45,10 @@ const clsLang* languageOf(const frmDocument& document) {
   return index >= 1 && index <= all->Count() ? all->Item(index).get() : nullptr;
 }
 
+BlockWords wordsOf(const clsLang& language) { return {language.BlockStart, language.BlockEnd, language.BlockMid}; }
+
+const QString kCareful = QStringLiteral("FORMATCAREFUL");   // as chosen last, for languages with block words
+
 }  // namespace
 
 frmFormat::frmFormat(QWidget* parent) : QDialog(parent) {
@@ -62,6 +67,9 @@ void frmFormat::Form_Load() {
   chkWholeLine_->setObjectName(QStringLiteral("chkWholeLine"));
   chkWholeLine_->setToolTip(tr("Finds blocks that open or close behind other words, keeps one-line blocks and alignment in brackets.\n"
                                "Otherwise only the first word of each line counts."));
+  chkIndentTabs_ = new QCheckBox(tr("In&dent with tabs"));
+  chkIndentTabs_->setObjectName(QStringLiteral("chkIndentTabs"));
+  chkIndentTabs_->setToolTip(tr("Ticked when the text is indented so now. Tabs as far as they reach, blanks for the rest."));
   chkSelection_ = new QCheckBox(tr("Only the &selected lines"));
   chkSelection_->setObjectName(QStringLiteral("chkSelection"));
   lblResult_ = new QLabel;
@@ -73,6 +81,7 @@ void frmFormat::Form_Load() {
   form->addRow(tr("Case of &keywords"), cmbKeywords_);
   form->addRow(tr("&Indentation"), cmbIndent_);
   form->addRow(QString(), chkWholeLine_);
+  form->addRow(QString(), chkIndentTabs_);
   form->addRow(tr("&Line ends"), cmbLine_);
   form->addRow(QString(), chkSelection_);
 
@@ -100,6 +109,13 @@ void frmFormat::Form_Load() {
   chkSelection_->setChecked(document && document->isSelection() &&
                             document->cmx->GetSel(true).StartLineNo != document->cmx->GetSel(true).EndLineNo);
   chkSelection_->setEnabled(document && document->isSelection());
+  const clsLang* language = document ? languageOf(*document) : nullptr;
+  chkWholeLine_->setChecked(language && !wordsOf(*language).isEmpty() && modRegistry::Flag(modRegistry::kGlobalKey, kCareful, true));
+  chkIndentTabs_->setChecked(document && indentStyleOf(*document->cmx).tabs);
+  connect(chkWholeLine_, &QCheckBox::clicked, this, [this](bool on) {
+    modRegistry::SetFlag(modRegistry::kGlobalKey, kCareful, on);
+    updateButtons();
+  });
   updateButtons();
 }
 
@@ -110,6 +126,7 @@ void frmFormat::updateButtons() {
   cmdApply_->setEnabled(document && some);
   cmdPreview_->setEnabled(document && some);
   chkWholeLine_->setEnabled(cmbIndent_->currentIndex() > 0);
+  chkIndentTabs_->setEnabled(chkWholeLine_->isEnabled() && chkWholeLine_->isChecked());
 }
 
 FormatChoices frmFormat::choices() const {
@@ -120,12 +137,13 @@ FormatChoices frmFormat::choices() const {
   chosen.indent = cmbIndent_->currentIndex();
   chosen.lineEnds = cmbLine_->currentIndex();
   chosen.wholeLine = chkWholeLine_->isChecked();
+  chosen.indentTabs = chkIndentTabs_->isChecked();
   chosen.selectionOnly = chkSelection_->isEnabled() && chkSelection_->isChecked();
   return chosen;
 }
 
 bool frmFormat::agree(FormatChoices* chosen, const clsLang* language) {
-  const bool blanksAreBlocks = language && BlockWords(language->BlockStart, language->BlockEnd, language->BlockMid).isEmpty();
+  const bool blanksAreBlocks = language && wordsOf(*language).isEmpty();
   if (chosen->indent > 0 && !chosen->wholeLine && blanksAreBlocks &&
       MsgBox(tr("%1 has no block words: all indentation would be taken away.\nDo you want that?").arg(language->Name), windowTitle(),
              Icon::exclamation, Buttons::yesNo) != Answer::yes)

@@ -30,7 +30,7 @@ class frmFormat : public QDialog {
   void updateButtons();
 
   QComboBox *cmbTab_, *cmbText_, *cmbKeywords_, *cmbIndent_, *cmbLine_;
-  QCheckBox *chkWholeLine_, *chkSelection_;
+  QCheckBox *chkWholeLine_, *chkIndentTabs_, *chkSelection_;
   QPushButton *cmdApply_, *cmdPreview_;
   QLabel* lblResult_;
 };

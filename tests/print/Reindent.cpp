@@ -150,6 +150,7 @@ TEST_F(ReindentShipped, CodeStaysAsItIs) {
   const Case cases[] = {{"Samples/sample.v", 2, "^ *(START|SHIFT|STOP ) = 2'd"}, {"Samples/sample1.vhd", 2, "^$"}, {"Samples/palasm.pds", 2},
                         {"Samples/report.scr", 2}, {"Samples/wave.do", 4}, {"Samples/timspec.ucf", 2},
                         {"tests/print/reindent/module.v", 2, "^     comment"}, {"tests/print/reindent/package.sv", 2},
+                        {"tests/print/reindent/byhand.sv", 2}, {"tests/print/reindent/byhand.vhd", 2},
                         {"tests/print/reindent/entity.vhd", 2}, {"tests/print/reindent/architecture.vhd", 2},
                         {"tests/print/reindent/braces.c", 4}, {"tests/print/reindent/class.cc", 4}, {"tests/print/reindent/proc.tcl", 2},
                         {"tests/print/reindent/switch.tcl", 4}, {"tests/print/reindent/if.sh", 2}};
@@ -166,6 +167,23 @@ TEST_F(ReindentShipped, CodeStaysAsItIs) {
       }
     }
   }
+}
+
+// What a text does throughout is its style; only what stands apart from it moves. A flat text has no style.
+TEST_F(ReindentShipped, TheTextsOwnStyleStays) {
+  const clsLang& verilog = language(QStringLiteral("v"));
+  const auto highlighter = LanguageTable::find(verilog.Name);
+  const auto block = [](const char* indent, const char* last) {
+    const QString i = QLatin1String(indent);
+    return QStringLiteral("always @(posedge c)\nbegin\n%1a <= b;\n%1case (s)\n%1default: d <= e;\n%1endcase\n%2f <= g;\nend\n").arg(i, QLatin1String(last));
+  };
+  const QString body = QStringLiteral("module m (\n    input c\n);\n%1%1%1endmodule\n%2");
+  const BlockWords words = wordsOf(verilog);
+  const QString four = body.arg(block("    ", "    "), QString());
+  EXPECT_EQ(careful(four, words, 4, highlighter.get()).toStdString(), four.toStdString());
+  EXPECT_EQ(careful(body.arg(block("    ", "  "), QString()), words, 4, highlighter.get()).toStdString(), four.toStdString());
+  EXPECT_EQ(careful(four, words, 2, highlighter.get()).toStdString(), QString(four).replace(QLatin1String("    "), QLatin1String("  ")).toStdString());
+  EXPECT_NE(careful(flat(four), words, 4, highlighter.get()).toStdString(), four.toStdString());
 }
 
 TEST_F(ReindentShipped, LanguagesWhoseBlocksAreBlanksListNoWords) {
