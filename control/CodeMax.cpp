@@ -67,6 +67,7 @@ void CodeMax::setUp(std::shared_ptr<TextModel> model) {
   ViewState& state = impl_->state;
   state.model = std::move(model);
   state.options = std::make_shared<EditOptions>();
+  state.options->autoIndent = AutoIndent::language;
   state.font = defaultFont();
   state.scale = devicePixelRatioF();
   state.colors.follow(palette());

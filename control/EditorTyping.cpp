@@ -2,8 +2,10 @@
 #include <QCoreApplication>
 #include <algorithm>
 
+#include "control/BlockIndent.h"
 #include "control/ColumnBlock.h"
 #include "control/EditorAccess.h"
+#include "control/LanguageTable.h"
 #include "text/Chars.h"
 #include "text/Words.h"
 
@@ -31,6 +33,11 @@ std::int64_t countCharacters(std::string_view bytes) {
   std::int64_t count = 0;
   for (; !bytes.empty(); ++count) bytes.remove_prefix(static_cast<std::size_t>(clusterLength(bytes)));
   return count;
+}
+
+// Null unless lines are indented as the language wants it.
+std::shared_ptr<const BlockIndent> blockWords(Editor& e) {
+  return e.options().autoIndent == AutoIndent::language ? LanguageTable::blocks(e.model().language()) : nullptr;
 }
 
 }  // namespace
@@ -95,11 +102,23 @@ bool Editor::typeText(const QString& text) {
     bytes = blanksToStop(cellOf(snapshot(), range.begin, 0, options_->tabSize), options_->tabSize);
   if (overtype && range.empty() && bytes.find_first_of("\r\n") == std::string::npos)
     range.end = overtyped(snapshot(), range.begin, countCharacters(bytes));
-  return EditorAccess::put(*this, range, std::move(bytes), Join::typing);
+  const auto blocks = blockWords(*this);
+  if (!blocks || !range.empty() || !mayStepBack(*model_, *blocks, range.begin, text))
+    return EditorAccess::put(*this, range, std::move(bytes), Join::typing);
+  UndoGroup group(document());
+  if (!EditorAccess::put(*this, range, std::move(bytes))) return false;
+  const ByteOffset caret = selection_.caret;
+  const auto indent = indentForCloser(*model_, *blocks, caret, *options_);
+  if (!indent) return true;
+  const ByteOffset start = snapshot().lineStart(line);
+  const Edit edit{{start, start + static_cast<std::int64_t>(EditorAccess::indentOf(snapshot(), line).size())}, *indent};
+  SelectionState after;
+  after.anchor = after.caret = caret + static_cast<std::int64_t>(indent->size()) - edit.range.length();
+  return EditorAccess::change(*this, std::span(&edit, 1), after);
 }
 
-// Language mode knows no block words on this floor: it goes by the nearest line above that is not blank, so that an empty line in
-// between does not lose the indent.
+// Language mode goes by the block words and brackets, and where these say nothing by the nearest line above that is not blank, so that
+// an empty line in between does not lose the indent.
 bool Editor::newLine() {
   if (EditorAccess::isGuarded(*this)) return false;
   UndoGroup group(document());
@@ -112,6 +131,9 @@ bool Editor::newLine() {
   const LineNo line = text.lineAt(range.begin);
   std::string bytes = model_->newLineFor(line);
   if (options_->autoIndent != AutoIndent::off) {
+    const auto blocks = blockWords(*this);
+    const auto byBlocks = blocks ? indentForNewLine(*model_, *blocks, range.begin, *options_) : std::nullopt;
+    if (byBlocks) return EditorAccess::put(*this, range, bytes + *byBlocks);
     LineNo model = line;
     std::string indent = EditorAccess::indentOf(text, model);
     if (options_->autoIndent == AutoIndent::language) {

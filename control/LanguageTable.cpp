@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "control/BlockIndent.h"
 #include "control/TextModel.h"
 
 namespace {
@@ -9,6 +10,7 @@ namespace {
 struct Entry {
   text::LanguageTables tables;
   std::shared_ptr<const text::Highlighter> compiled;
+  std::shared_ptr<const BlockIndent> blocks{};
 };
 
 // Entries of a list, one a line; empty ones are dropped, as an empty comment opener would colour everything.
@@ -109,7 +111,9 @@ void LanguageTable::registerLanguage(const QString& name, const CmLanguage& lang
   // Definitions name no escape character. Languages that tell upper from lower case have the backslash from C; the
   // others (VHDL, BASIC, Pascal ...) double their delimiters and take a backslash as it is.
   if (t.caseSensitive) t.escapeChar.assign(1, '\\');
-  table().entries[name] = {std::move(t), nullptr};
+  auto blocks = std::make_shared<const BlockIndent>(language.BlockStart, language.BlockEnd, language.BlockMid);
+  if (blocks->isEmpty()) blocks.reset();
+  table().entries[name] = {std::move(t), nullptr, std::move(blocks)};
   ++table().generation;
 }
 
@@ -130,6 +134,11 @@ std::shared_ptr<const text::Highlighter> LanguageTable::find(const QString& name
   if (it == table().entries.end()) return nullptr;
   if (!it->second.compiled) it->second.compiled = std::make_shared<const text::Highlighter>(it->second.tables);
   return it->second.compiled;
+}
+
+std::shared_ptr<const BlockIndent> LanguageTable::blocks(const QString& name) {
+  const auto it = table().entries.find(name);
+  return it == table().entries.end() ? nullptr : it->second.blocks;
 }
 
 int LanguageTable::generation() { return table().generation; }

@@ -11,7 +11,10 @@
 struct CmLanguage {
   bool CaseSensitive = false;
   QString Keywords, Operators, SingleLineComments, MultiLineComments1, MultiLineComments2, StringDelims;
+  QString BlockStart{}, BlockEnd{}, BlockMid{};   // see BlockIndent.h
 };
+
+class BlockIndent;
 
 namespace LanguageTable {
 // A name registered twice: the later replaces. Unregistering an unknown name does nothing. At start the table holds the
@@ -23,6 +26,8 @@ QStringList names();
 // Compiled on first use; null for an unknown name. Check valid(): a definition whose multi-line openers and closers differ in
 // number is kept but cannot be bound.
 std::shared_ptr<const text::Highlighter> find(const QString& name);
+// Its block words; null for an unknown name and where there are none.
+std::shared_ptr<const BlockIndent> blocks(const QString& name);
 // Raised on every registration and removal; controls look their language up again by name.
 int generation();
 }  // namespace LanguageTable

@@ -21,6 +21,9 @@ CmLanguage handedOver(const clsLang& language) {
   handed.MultiLineComments1 = lines(language.MultiCommentStart);
   handed.MultiLineComments2 = lines(language.MultiCommentEnd);
   handed.StringDelims = lines(language.StringDelims);
+  handed.BlockStart = lines(language.BlockStart);
+  handed.BlockEnd = lines(language.BlockEnd);
+  handed.BlockMid = lines(language.BlockMid);
   return handed;
 }
 

@@ -11,7 +11,7 @@
 class clsLang;
 class colLangs;
 
-// A language in the form that the edit control takes: entries parted by LF. Indent words, extensions and the like stay here.
+// A language in the form that the edit control takes: entries parted by LF. Extensions, help and the like stay here.
 CmLanguage handedOver(const clsLang& language);
 
 // Registers every language of the collection under its name, in order. The first call in a process removes the control's

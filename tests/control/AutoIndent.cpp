@@ -1,0 +1,88 @@
+// Indentation as it is typed, by block words and brackets.
+#include "control/LanguageTable.h"
+#include "tests/control/EditorFixture.h"
+
+namespace {
+
+struct Typed {
+  const char* language;
+  const char *before, *keys, *after;   // a line break among the keys is Return
+};
+
+void registerLanguages() {
+  CmLanguage verilog;
+  verilog.CaseSensitive = true;
+  verilog.SingleLineComments = QStringLiteral("//");
+  verilog.StringDelims = QStringLiteral("\"");
+  verilog.BlockStart = QStringLiteral("module\nbegin\ncase\nfunction\nextern~");
+  verilog.BlockEnd = QStringLiteral("end\nendcase\nendmodule\nendfunction");
+  LanguageTable::registerLanguage(QStringLiteral("verilog"), verilog);
+  CmLanguage vhdl;
+  vhdl.SingleLineComments = QStringLiteral("--");
+  vhdl.StringDelims = QStringLiteral("\"");
+  vhdl.BlockStart = QStringLiteral("architecture\nprocess\nif\ncase*\nfunction\nfunction-");
+  vhdl.BlockEnd = QStringLiteral("end");
+  vhdl.BlockMid = QStringLiteral("begin\nelse\nwhen");
+  LanguageTable::registerLanguage(QStringLiteral("vhdl"), vhdl);
+  CmLanguage c;
+  c.CaseSensitive = true;
+  c.BlockStart = QStringLiteral("{");
+  c.BlockEnd = QStringLiteral("}");
+  LanguageTable::registerLanguage(QStringLiteral("c"), c);
+}
+
+}  // namespace
+
+TEST(AutoIndent, AsItIsTyped) {
+  registerLanguages();
+  const Typed cases[] = {
+      {"verilog", "  begin|", "\nx", "  begin\n    x|"},
+      {"verilog", "a\n  b\nbegin // end|", "\nx", "a\n  b\nbegin // end\n  x|"},
+      {"verilog", "x = \"begin\";|", "\ny", "x = \"begin\";\ny|"},
+      {"verilog", "begin x = 1; end|", "\ny", "begin x = 1; end\ny|"},
+      {"verilog", "\tbegin|", "\nx\nend\ny", "\tbegin\n\t\tx\n\tend\n\ty|"},
+      {"verilog", "module m;\n  begin\n    x;\n    |", "end\nendmodule", "module m;\n  begin\n    x;\n  end\nendmodule|"},
+      {"verilog", "  begin\n    |", "endless", "  begin\n    endless|"},
+      {"verilog", "  begin\n    x = |", "end", "  begin\n    x = end|"},
+      {"verilog", "  begin\n    |y", "end", "  begin\n    end|y"},
+      {"verilog", "  f(|", "\na,\nb\n);\nx", "  f(\n    a,\n    b\n  );\n  x|"},
+      {"verilog", "module m (|", "\na\n);\nx", "module m (\n    a\n);\n    x|"},
+      {"verilog", "  if (a &&\n      b) begin|", "\nx", "  if (a &&\n      b) begin\n    x|"},
+      {"verilog", "  x = f(a,\n        b);|", "\ny", "  x = f(a,\n        b);\n  y|"},
+      {"verilog", "  f(|)", "\n", "  f(\n  |)"},
+      {"verilog", "  extern function f;|", "\nx", "  extern function f;\n  x|"},
+      {"vhdl", "  if a then|", "\nx;\nelse\ny;\nend if;\nz", "  if a then\n    x;\n  else\n    y;\n  end if;\n  z|"},
+      {"vhdl", "if a then\n  case b is|", "\nwhen c =>\nx;\nwhen d =>", "if a then\n  case b is\n    when c =>\n      x;\n    when d =>|"},
+      {"vhdl", "  a <= b\n    |", "when", "  a <= b\n    when|"},
+      {"vhdl", "  function f return t;|", "\nx", "  function f return t;\n  x|"},
+      {"vhdl", "  function f return t is|", "\nbegin\nx", "  function f return t is\n  begin\n    x|"},
+      {"c", "  f() {|", "\nx;\n}\ny", "  f() {\n    x;\n  }\n  y|"},
+  };
+  for (const auto& c : cases) {
+    EditorFixture f(c.before);
+    f.options->autoIndent = AutoIndent::language;
+    f.options->expandTabs = true;
+    ASSERT_TRUE(f.model->setLanguage(QLatin1String(c.language)));
+    for (const char* key = c.keys; *key; ++key) *key == '\n' ? f.editor.newLine() : f.editor.typeText(QString(QLatin1Char(*key)));
+    EXPECT_EQ(f.shown(), c.after) << c.before;
+  }
+  EditorFixture f("  begin|");
+  f.options->autoIndent = AutoIndent::same;
+  f.model->setLanguage(QStringLiteral("verilog"));
+  f.editor.newLine();
+  f.editor.typeText(QStringLiteral("x"));
+  EXPECT_EQ(f.shown(), "  begin\n  x|") << "off";
+  for (const char* name : {"verilog", "vhdl", "c"}) LanguageTable::unregisterLanguage(QLatin1String(name));
+}
+
+TEST(AutoIndent, AStepBackIsUndoneWithItsLetter) {
+  registerLanguages();
+  EditorFixture f("begin\n  x;\n  en|");
+  f.options->autoIndent = AutoIndent::language;
+  f.model->setLanguage(QStringLiteral("verilog"));
+  f.editor.typeText(QStringLiteral("d"));
+  EXPECT_EQ(f.shown(), "begin\n  x;\nend|");
+  f.editor.undo();
+  EXPECT_EQ(f.shown(), "begin\n  x;\n  en|");
+  for (const char* name : {"verilog", "vhdl", "c"}) LanguageTable::unregisterLanguage(QLatin1String(name));
+}
