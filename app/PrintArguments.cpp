@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QFontDatabase>
+#include <QRegularExpression>
 #include <cstdio>
 
 #include "app/mGlobals.h"
@@ -12,6 +13,7 @@
 #include "control/VSPrinter.h"
 #include "document/Batch.h"
 #include "document/frmDocument.h"
+#include "print/PrintJob.h"
 #include "print/PrintSettings.h"
 #include "text/FileIo.h"
 
@@ -29,6 +31,9 @@ constexpr Switch kSwitches[] = {
     {"--no-line-numbers", [](PrintSettings& s) { s.text.LineNumbers = false; }, QT_TRANSLATE_NOOP("PrintArguments", "print none")},
     {"--no-header", [](PrintSettings& s) { s.text.HeaderEnabled = false; }, QT_TRANSLATE_NOOP("PrintArguments", "print no header")},
     {"--no-footer", [](PrintSettings& s) { s.text.FooterEnabled = false; }, QT_TRANSLATE_NOOP("PrintArguments", "print no footer")},
+    {"--wrap-mark", [](PrintSettings& s) { s.text.WrapMark = true; }, QT_TRANSLATE_NOOP("PrintArguments", "mark where a line goes on below")},
+    {"--review-sheet", [](PrintSettings& s) { s.reviewSheet = true; },
+     QT_TRANSLATE_NOOP("PrintArguments", "a sheet for reviewers' notes behind each text")},
     {"--landscape", [](PrintSettings& s) { s.layout.setOrientation(QPageLayout::Landscape); },
      QT_TRANSLATE_NOOP("PrintArguments", "turn the sheet")},
     {"--portrait", [](PrintSettings& s) { s.layout.setOrientation(QPageLayout::Portrait); },
@@ -78,6 +83,16 @@ bool setNumber(const QString& value, double low, double high, double* number) {
   return good && *number >= low && *number <= high;
 }
 
+// "3", "2-5" or "4-".
+bool setPages(PrintSettings& s, const QString& value) {
+  static const QRegularExpression form(QStringLiteral("^(\\d{1,6})(-(\\d{1,6})?)?$"));
+  const auto match = form.match(value);
+  if (!match.hasMatch()) return false;
+  s.firstPage = match.captured(1).toInt();
+  s.lastPage = match.captured(2).isEmpty() ? s.firstPage : match.captured(3).toInt();   // 0: to the end
+  return s.firstPage > 0 && (match.captured(3).isEmpty() || s.lastPage >= s.firstPage);
+}
+
 struct ValueOption {
   const char *name, *value;
   bool (*set)(PrintSettings& settings, const QString& value);   // false: the value is not understood
@@ -85,7 +100,7 @@ struct ValueOption {
 };
 constexpr ValueOption kValues[] = {
     {"--header", "TEXT", [](PrintSettings& s, const QString& v) { s.text.HeaderText = v; return s.text.HeaderEnabled = true; },
-     QT_TRANSLATE_NOOP("PrintArguments", "left|centre|right; $ variables, %d is the page")},
+     QT_TRANSLATE_NOOP("PrintArguments", "left|centre|right; $ variables, %d page, %n pages, %f file date")},
     {"--footer", "TEXT", [](PrintSettings& s, const QString& v) { s.text.FooterText = v; return s.text.FooterEnabled = true; },
      QT_TRANSLATE_NOOP("PrintArguments", "the same for the footer")},
     {"--keywords", "STYLE", [](PrintSettings& s, const QString& v) { return setStyle(v, &s.text.Keywordsbold, &s.text.KeywordsItalic); },
@@ -114,6 +129,12 @@ constexpr ValueOption kValues[] = {
        if (good) s.columns = static_cast<int>(columns);
        return good;
      }, QT_TRANSLATE_NOOP("PrintArguments", "1 or 2 columns on a page")},
+    {"--pages", "RANGE", setPages, QT_TRANSLATE_NOOP("PrintArguments", "of each file: 3, 2-5 or 4-")},
+    {"--tab-size", "N", [](PrintSettings& s, const QString& v) {
+       bool good = false;
+       s.text.TabSize = v.toInt(&good);
+       return good && s.text.TabSize >= 1 && s.text.TabSize <= 32;
+     }, QT_TRANSLATE_NOOP("PrintArguments", "1 to 32 columns")},
 };
 
 constexpr const char *kPrint = "--print-pdf", *kDefinitions = "--definitions";
@@ -211,8 +232,17 @@ int runPrintPdf(const QStringList& arguments) {
     CWordWrap wrap;
     VSPrinter printer;
     if (!layOut(document, settings, wrap, printer)) return batch::kFailed;
+    std::vector<PrintDocument> made{pagesOf(printer.document(), settings.firstPage, settings.lastPage)};
+    if (made.front().pages.empty()) {
+      std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("%1 has no page %2").arg(plainForDisplay(document.CurrentFileTitle())).arg(settings.firstPage)));
+      return batch::kFailed;
+    }
+    if (settings.reviewSheet) {
+      wrap.PrintReviewTable(printer);
+      made.push_back(printer.document());
+    }
     if (!oneEach) {
-      pages.push_back(printer.document());
+      pages.insert(pages.end(), made.begin(), made.end());
       return batch::kDone;
     }
     const QString name = document.CurrentFileTitle() + QStringLiteral(".pdf");
@@ -221,7 +251,9 @@ int runPrintPdf(const QStringList& arguments) {
       return batch::kFailed;
     }
     names << name;
-    return save(QDir(given.output).filePath(name), makePdf({&printer.document()}, printer.document().name)) ? batch::kDone : batch::kFailed;
+    std::vector<const PrintDocument*> both;
+    for (const PrintDocument& one : made) both.push_back(&one);
+    return save(QDir(given.output).filePath(name), makePdf(both, made.front().name)) ? batch::kDone : batch::kFailed;
   });
   if (oneEach || pages.empty()) return status;
   std::vector<const PrintDocument*> documents;

@@ -37,7 +37,7 @@ struct PrintPage {
   QString runText(const PrintRun& run) const { return text.mid(run.start, run.length); }
 };
 
-// The three parts of a header or footer, ready but for "%d".
+// The three parts of a header or footer, ready but for "%d" (the page) and "%n" (the number of pages).
 struct PrintEdge {
   QString left, centre, right;
   bool isEmpty() const { return left.isEmpty() && centre.isEmpty() && right.isEmpty(); }
@@ -50,7 +50,16 @@ struct PrintDocument {
   QFont edgeFont;
   std::vector<PrintStyle> styles;
   std::vector<std::shared_ptr<const PrintPage>> pages;
+  int firstPage = 1;   // the number of the first one
+  int pageTotal = 0;   // what "%n" prints; 0: as many as there are
 };
+
+// Between "%" and a letter: keeps what a value holds from being taken for a page number. Not printed.
+inline constexpr QChar kNoField(0xFDD0);
+// The height that a header or footer needs from the edge of the sheet.
+double edgeHeight(const PrintDocument& document);
+// As it is drawn and measured: in the order of its characters, as on the screen, whatever script they are of.
+QString leftToRight(const QString& text);
 
 // Splits "left|centre|right"; missing parts are empty, what comes behind a third "|" belongs to the right part.
 PrintEdge splitEdge(const QString& text);

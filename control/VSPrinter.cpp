@@ -17,7 +17,7 @@ struct VSPrinter::Metrics {
     double sum = 0;
     for (const QChar c : text) {
       const char16_t code = c.unicode();
-      if (code < 32 || code >= 127) return metrics.horizontalAdvance(text.toString()) * scale;
+      if (code < 32 || code >= 127) return metrics.horizontalAdvance(leftToRight(text.toString())) * scale;
       sum += ascii[code];
     }
     return sum;
@@ -71,6 +71,11 @@ void VSPrinter::StartDoc() {
   present_ = nullptr;
   style_ = -1;
   inDocument_ = true;
+  setPageLayout(layout_);   // the body within the margins
+  const double need = edgeHeight(document_), top = std::max(area_.top(), document_.header.isEmpty() ? 0 : need);
+  const double sheet = layout_.fullRectPoints().height();
+  const double bottom = std::min(area_.bottom(), document_.footer.isEmpty() ? sheet : sheet - need);
+  if (bottom - top > kInch / 2) area_.setTop(top), area_.setBottom(bottom);
   startPage();
 }
 
@@ -167,6 +172,7 @@ void VSPrinter::startLine() {
   }
   ascent_ = metrics().ascent();
   x_ = MarginLeft() + indentLeft_ + (paragraphStarted_ ? 0 : indentFirst_);
+  lineHasText_ = textBeforeWord_ = false;
   lineRun_ = wordRun_ = page_->runs.size();
   lineStarted_ = paragraphStarted_ = true;
 }
@@ -204,9 +210,9 @@ void VSPrinter::breakLine() {
     runs.resize(wordRun_);
   }
   const auto old = page_;
-  endLine();
-  startLine();
+  wrapLine();
   if (moved.empty()) return;
+  lineHasText_ = true;
   const float shift = static_cast<float>(x_) - moved.front().x;
   for (PrintRun run : moved) {
     if (page_ != old) {
@@ -220,6 +226,30 @@ void VSPrinter::breakLine() {
   }
   const PrintRun& last = page_->runs.back();
   x_ = last.x + metricsOf(last.style).width(QStringView(page_->text).mid(last.start, last.length));
+}
+
+// Ends the printed line in the middle of a paragraph and begins the next.
+void VSPrinter::wrapLine() {
+  if (wrapMark_) {
+    const auto x = static_cast<float>(rightEdge() + 2), y = static_cast<float>(y_ + height_ * 0.6), w = static_cast<float>(std::min(6.0, height_ / 2));
+    page_->rules.push_back({x + w, y - w, x + w, y});
+    page_->rules.push_back({x, y, x + w, y});
+    page_->rules.push_back({x, y, x + w / 3, y - w / 3});
+    page_->rules.push_back({x, y, x + w / 3, y + w / 3});
+  }
+  endLine();
+  startLine();
+}
+
+void VSPrinter::gap() {
+  wordRun_ = page_->runs.size();
+  textBeforeWord_ = lineHasText_;
+}
+
+void VSPrinter::setCurrentX(double x) {
+  startLine();
+  x_ = x;
+  gap();
 }
 
 void VSPrinter::endLine() {
@@ -241,10 +271,10 @@ void VSPrinter::place(QStringView text) {
     if (blanks > 0) {
       const double width = metrics().width(text.left(blanks));
       if (x_ + width > rightEdge() + 0.01 && blanks < text.size()) {
-        breakLine();   // blanks at the break go
+        if (lineHasText_) wordRun_ = page_->runs.size(), breakLine();   // blanks at the break go
       } else {
         append(text.left(blanks), width);
-        wordRun_ = page_->runs.size();
+        gap();
       }
       text = text.mid(blanks);
       continue;
@@ -254,9 +284,10 @@ void VSPrinter::place(QStringView text) {
     QStringView word = text.left(end);
     text = text.mid(end);
     double width = metrics().width(word);
-    if (x_ + width > rightEdge() + 0.01 && wordRun_ > lineRun_) {
+    if (x_ + width > rightEdge() + 0.01 && textBeforeWord_) {
       breakLine();
       wordRun_ = lineRun_;
+      textBeforeWord_ = false;
     }
     while (x_ + width > rightEdge() + 0.01 && word.size() > 0) {   // too long for a line of its own: break anywhere
       qsizetype fits = 0, high = word.size();
@@ -268,21 +299,20 @@ void VSPrinter::place(QStringView text) {
       if (fits > 0 && fits < word.size() && word[fits].isLowSurrogate() && word[fits - 1].isHighSurrogate()) --fits;
       if (fits == 0) {
         if (x_ > least + 0.01 || page_->runs.size() > lineRun_) {
-          endLine();
-          startLine();
+          wrapLine();
           continue;
         }
         fits = std::min<qsizetype>(word.size(), word[0].isHighSurrogate() && word.size() > 1 ? 2 : 1);   // never nothing: it must end
       }
+      lineHasText_ = true;
       append(word.left(fits), metrics().width(word.left(fits)));
       word = word.mid(fits);
       width = metrics().width(word);
-      if (!word.isEmpty()) {
-        endLine();
-        startLine();
-      }
+      if (!word.isEmpty()) wrapLine();
     }
-    if (!word.isEmpty()) append(word, width);
+    if (word.isEmpty()) continue;
+    lineHasText_ = lineHasText_ || x_ > least - 0.01;
+    append(word, width);
   }
 }
 
@@ -298,7 +328,7 @@ void VSPrinter::Print(const QString& text) {
       startLine();
       const double stop = std::max(1.0, indentTab_), from = MarginLeft();
       x_ = from + (std::floor((x_ - from) / stop + 0.001) + 1) * stop;
-      wordRun_ = page_->runs.size();
+      gap();
     } else {
       endLine();
       paragraphStarted_ = false;
@@ -325,6 +355,9 @@ void VSPrinter::AddTable(const QString& format, const QString& header, const QSt
     if (cell.endsWith(QLatin1String("in"))) column.width = cell.chopped(2).toDouble() * kInch;
     columns.push_back(column);
   }
+  double total = 0;
+  for (const Column& column : columns) total += column.width;
+  for (Column& column : columns) column.width *= std::min(1.0, columnWidth() / std::max(1.0, total));   // never off the paper
   const double height = LineHeight() * 1.5, left = MarginLeft();
   const auto row = [&](const QString& cells, bool bold) {
     if (y_ + height > area_.bottom() + 0.01) NewPage();

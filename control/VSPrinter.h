@@ -25,7 +25,8 @@ class VSPrinter : public QObject {
   void EndDoc();
   bool inDocument() const { return inDocument_; }
   void setDocName(const QString& name) { document_.name = name; }
-  void setHeader(const PrintEdge& header) { document_.header = header; }   // "%d" is the page number
+  // "%d" is the page number, "%n" the number of pages. Both before StartDoc: where a margin is too low for its text the body gives way.
+  void setHeader(const PrintEdge& header) { document_.header = header; }
   void setFooter(const PrintEdge& footer) { document_.footer = footer; }
   void setEdgeFont(const QFont& font) { document_.edgeFont = font; }
 
@@ -49,12 +50,14 @@ class VSPrinter : public QObject {
 
   double MarginLeft() const;                    // of the present column
   double CurrentX() { startLine(); return x_; }
-  void setCurrentX(double x) { startLine(); x_ = x; }
+  void setCurrentX(double x);                   // as behind a blank: the line may break there
+  void setWrapMark(bool on) { wrapMark_ = on; } // a small arrow where a line breaks that goes on below
   double CurrentY() const { return y_; }
   double TextWidth(const QString& text);  // in the present style
   double LineHeight();
 
-  // Puts text at the print position; CR LF or LF ends the paragraph. Lines break at blanks, else anywhere.
+  // Puts text at the print position; CR LF or LF ends the paragraph. Lines break at blanks and tabs behind which text stands, else
+  // anywhere; what stands in the hanging part of the first line is a label and never left alone.
   void Print(const QString& text);
   void NewPage();
   // A table over the text's width. Format and rows are cells separated by "|", rows end with ";". A format cell is an alignment
@@ -76,7 +79,9 @@ class VSPrinter : public QObject {
   void place(QStringView text);
   void append(QStringView text, double width);
   void breakLine();
+  void wrapLine();
   void endLine();
+  void gap();
   void joinRuns();
   const Metrics& metricsOf(int style);
   void startPage();
@@ -96,6 +101,9 @@ class VSPrinter : public QObject {
   double x_ = 0, y_ = 0, ascent_ = 0, height_ = 0;
   std::size_t lineRun_ = 0;      // first run of the present line
   std::size_t wordRun_ = 0;      // first run behind the last blank of the line
+  bool lineHasText_ = false;     // something other than a label and blanks
+  bool textBeforeWord_ = false;  // ... in front of the last blank
+  bool wrapMark_ = false;
   bool inDocument_ = false, lineStarted_ = false, paragraphStarted_ = false;
   QHash<int, std::shared_ptr<Metrics>> metrics_;   // by style
   const Metrics* present_ = nullptr;

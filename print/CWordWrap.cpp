@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QDate>
 #include <QLocale>
+#include <algorithm>
 #include <cmath>
 
 #include "base/Dialogs.h"
@@ -100,7 +101,7 @@ void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& ti
   }
   const QString language = cmx->Language();
   Job job{control, language.isEmpty() ? nullptr : LanguageTable::find(language), control.FontBold(), control.FontItalic(), color,
-          std::max(1, cmx->TabSize()), std::max(0.1, control.TextWidth(QStringLiteral("0"))), false, QChar()};
+          std::max(1, TabSize > 0 ? TabSize : cmx->TabSize()), std::max(0.1, control.TextWidth(QStringLiteral("0"))), false, QChar()};
   const auto labelWidth = signedText(last).size();
   result = true;
   for (qint64 i = first; i <= last; ++i) {
@@ -138,6 +139,7 @@ void CWordWrap::printLine(Job& job, const QString& line) {
     if (line[at] > u' ') {
       const bool word = isWordChar(line[at]);
       while (at < line.size() && line[at] > u' ' && isWordChar(line[at]) == word) ++at;
+      if (!word && at < line.size() && isWordChar(line[at])) at = beforeKeyword(job, line, begin, at);
       printWord(job, line.mid(begin, at - begin));
       continue;
     }
@@ -157,12 +159,23 @@ void CWordWrap::printLine(Job& job, const QString& line) {
       job.plain();
       job.inComment = false;
     } else if (c == u'\t') {
-      const double left = control.MarginLeft();
+      const double left = control.MarginLeft() + control.IndentLeft();   // behind the line numbers, so that columns are those of the screen
       auto column = static_cast<qint64>(std::nearbyint((control.CurrentX() - left) / job.zeroWidth));   // halves to the even one
       column += job.tabSize - column % job.tabSize;
       control.setCurrentX(left + static_cast<double>(column) * job.zeroWidth);
     }
   }
+}
+
+// Keywords may begin with signs ("`ifdef", "$display"): where one begins in the run of signs from `begin` up to the word at `at` the run
+// ends there, or, where it begins with the run, behind the keyword.
+qsizetype CWordWrap::beforeKeyword(const Job& job, const QString& line, qsizetype begin, qsizetype at) const {
+  if (job.inComment || !job.language || !job.stringOpen.isNull()) return at;
+  qsizetype end = at;
+  while (end < line.size() && isWordChar(line[end])) ++end;
+  for (qsizetype from = std::max(begin, at - 2); from < at; ++from)
+    if (job.language->isKeyword(fromQString(QStringView(line).mid(from, end - from)))) return from > begin ? from : end;
+  return at;
 }
 
 void CWordWrap::printWord(Job& job, const QString& run) {
@@ -204,53 +217,57 @@ void CWordWrap::printWord(Job& job, const QString& run) {
   control.Print(printable(run));
 }
 
+// The marks are collected first and put in at the end, so that a line of many comments costs one copy.
 void CWordWrap::ProcessComments(QString& line) {
-  // Positions count characters from 1, 0 means not found; a search "from 0" starts at 1.
-  const auto find = [&line](const QString& what, qsizetype from) { return line.indexOf(what, std::max<qsizetype>(from, 1) - 1) + 1; };
-  qsizetype B = 1, S = 1, E = 1;
+  std::vector<std::pair<qsizetype, QChar>> marks;   // in front of a place of the line as it came; of one place in their order
+  const auto cut = [&](qsizetype at) {              // a mark stands inside the delimiter that begins at `at`
+    return std::any_of(marks.rbegin(), marks.rend(), [&](const auto& mark) { return mark.first > at && mark.first < at + single_.size(); });
+  };
+  qsizetype block = 0, single = single_.isEmpty() ? -1 : line.indexOf(single_), end = 0;
   for (bool goOn = true; goOn;) {
     if (!inBlock_) {
-      bool foundBlock = false, foundSingle = false;
-      if (!blockStart_.isEmpty()) {
-        B = find(blockStart_, B);
-        foundBlock = B > 0;
-      }
-      if (!single_.isEmpty()) {
-        S = find(single_, S);
-        foundSingle = S > 0;
-      }
-      if (foundBlock && foundSingle) (B < S ? foundSingle : foundBlock) = false;
-      if (foundSingle) {
-        line.insert(S - 1, kCommentStart);
-        line.append(kCommentEnd);
-        inBlock_ = false;
+      if (block >= 0) block = blockStart_.isEmpty() ? -1 : line.indexOf(blockStart_, block);
+      // Not moved past closed blocks: a delimiter inside one counts, unless a mark has come between its signs.
+      if (single >= 0 && !marks.empty() && marks.back().first < single + single_.size())
+        while (single >= 0 && cut(single)) single = line.indexOf(single_, single + 1);
+      if (single >= 0 && (block < 0 || single <= block)) {
+        marks.push_back({single, kCommentStart});
+        marks.push_back({line.size(), kCommentEnd});
         blockOpenMarker_ = 0;
-        return;
+        break;
       }
-      if (foundBlock) {
-        line.insert(B - 1, kCommentStart);
+      if (block >= 0) {
+        marks.push_back({block, kCommentStart});
         inBlock_ = true;
         blockOpenMarker_ = 1;
+        end = block;   // the end may use the start's own first sign
       } else {
         goOn = false;
       }
-      E = B + 1;
     }
     if (inBlock_) {
-      if (blockOpenMarker_ != 1) {
-        goOn = false;
+      const qsizetype found = blockOpenMarker_ != 1 || blockEnd_.isEmpty() ? -1 : line.indexOf(blockEnd_, end);
+      if (found >= 0) {
+        block = end = found + blockEnd_.size();
+        marks.push_back({end, kCommentEnd});
+        inBlock_ = false;
       } else {
-        const qsizetype P = blockEnd_.isEmpty() ? 0 : find(blockEnd_, E);
-        if (P > 0) {
-          line.insert(P - 1 + blockEnd_.size(), kCommentEnd);
-          inBlock_ = false;
-        } else {
-          goOn = false;
-        }
-        B = E = P + blockEnd_.size() + 1;
+        goOn = false;
       }
     }
   }
+  if (marks.empty()) return;
+  std::stable_sort(marks.begin(), marks.end(), [](const auto& x, const auto& y) { return x.first < y.first; });
+  QString marked;
+  marked.reserve(line.size() + static_cast<qsizetype>(marks.size()));
+  qsizetype copied = 0;
+  for (const auto& [at, mark] : marks) {
+    marked += QStringView(line).mid(copied, at - copied);
+    marked += mark;
+    copied = at;
+  }
+  marked += QStringView(line).mid(copied);
+  line = marked;
 }
 
 void CWordWrap::PrintReviewTable(VSPrinter& control) {

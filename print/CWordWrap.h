@@ -19,6 +19,8 @@ class CWordWrap {
   QString FooterText = QStringLiteral("$User|$Date|Page %d");
   bool HeaderEnabled = true, FooterEnabled = true;
   bool LineNumbers = false;
+  bool WrapMark = false;                  // an arrow where a line goes on in the next
+  int TabSize = 0;                        // 0: the control's
   bool Keywordsbold = false, KeywordsItalic = false;
   bool CommentsBold = true, CommentsItalic = true;
   QString UserName, FilePath;             // for the review sheet
@@ -55,6 +57,7 @@ class CWordWrap {
   struct Job;
   void printLine(Job& job, const QString& line);
   void printWord(Job& job, const QString& run);
+  qsizetype beforeKeyword(const Job& job, const QString& line, qsizetype begin, qsizetype at) const;
 
   QString single_, blockStart_, blockEnd_;
   bool inBlock_ = false;        // a block comment of an earlier line is open

@@ -29,10 +29,10 @@ struct PageRange {
 };
 }  // namespace
 
-bool printPages(const PrintDocument& document, QWidget* parent) {
+bool printPages(const PrintDocument& document, QWidget* parent, const QString& folder) {
   if (QPrinterInfo::availablePrinterNames().isEmpty()) {
     const auto answer = MsgBox(tr("No printer is set up. Do you want to save the pages as a PDF file instead?"), tr("Zelkor Printing"), Icon::exclamation, Buttons::yesNo);
-    return answer == Answer::yes && savePdf(document, document.name, parent);
+    return answer == Answer::yes && savePdf(document, document.name, parent, folder);
   }
   QPrinter printer(QPrinter::HighResolution);
   printer.setPageLayout(document.layout);
@@ -85,18 +85,26 @@ bool sendPages(QPrinter& printer, const PrintDocument& document, QWidget* parent
   return painter.end() || failed();
 }
 
-bool savePdf(const PrintDocument& document, const QString& proposedName, QWidget*) {
+bool savePdf(const PrintDocument& document, const QString& proposedName, QWidget*, const QString& folder) {
   int filterIndex = 1;
-  const QString path = frmRegistry::instance().stdSaveFile(tr("Save PDF File"), QStringLiteral("PDF (*.pdf)|*.pdf|(*.*)|*.*|"), filterIndex, QString(),
+  const QString path = frmRegistry::instance().stdSaveFile(tr("Save PDF File"), QStringLiteral("PDF (*.pdf)|*.pdf|(*.*)|*.*|"), filterIndex, folder,
                                                            QFileInfo(proposedName).completeBaseName() + QStringLiteral(".pdf"));
   if (path.isEmpty()) return false;
   return savePages(document, 1, static_cast<int>(document.pages.size()), path);
 }
 
-bool savePages(const PrintDocument& document, int first, int last, const QString& path) {
+PrintDocument pagesOf(const PrintDocument& document, int first, int last) {
   PrintDocument chosen = document;
-  const auto pages = document.pages.begin();
-  chosen.pages.assign(pages + (first - 1), pages + std::max(first - 1, last));
+  const int count = static_cast<int>(document.pages.size());
+  const int begin = std::clamp(first - 1, 0, count), end = std::clamp(last == 0 ? count : last, begin, count);
+  chosen.pages.assign(document.pages.begin() + begin, document.pages.begin() + end);
+  chosen.firstPage = document.firstPage + begin;
+  chosen.pageTotal = document.pageTotal > 0 ? document.pageTotal : count;
+  return chosen;
+}
+
+bool savePages(const PrintDocument& document, int first, int last, const QString& path) {
+  const PrintDocument chosen = pagesOf(document, first, last);
   text::SaveResult saved;
   {
     const Hourglass hourglass;
@@ -137,5 +145,5 @@ void PrintText(const PrintSource& source, QWidget* parent) {
     const Hourglass hourglass;
     done = source.document ? layOut(*source.document, settings, wrap, printer) : layOut(*source.cmx, source.title, settings, wrap, printer);
   }
-  if (done && printPages(printer.document(), parent)) SetStatusText(tr("Printing Complete"));
+  if (done && printPages(printer.document(), parent, source.folder())) SetStatusText(tr("Printing Complete"));
 }

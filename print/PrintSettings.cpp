@@ -1,5 +1,7 @@
 #include "print/PrintSettings.h"
 
+#include <QDateTime>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QFontInfo>
 #include <QLocale>
@@ -20,7 +22,7 @@ struct Flag9 {
 };
 constexpr Flag9 kFlags[] = {
     {"cb", &CWordWrap::CommentsBold}, {"ci", &CWordWrap::CommentsItalic}, {"kb", &CWordWrap::Keywordsbold},
-    {"ki", &CWordWrap::KeywordsItalic}, {"ln", &CWordWrap::LineNumbers}, {"he", &CWordWrap::HeaderEnabled}, {"fe", &CWordWrap::FooterEnabled}};
+    {"ki", &CWordWrap::KeywordsItalic}, {"ln", &CWordWrap::LineNumbers}, {"wrapmark", &CWordWrap::WrapMark}, {"he", &CWordWrap::HeaderEnabled}, {"fe", &CWordWrap::FooterEnabled}};
 struct NamedText {
   const char* name;
   QString CWordWrap::*member;
@@ -99,12 +101,30 @@ void PrintSettings::copyOptionsTo(CWordWrap& wrap) const {
   for (const auto& flag : kFlags) wrap.*flag.member = text.*flag.member;
   for (const auto& t : kTexts) wrap.*t.member = text.*t.member;
   for (const auto& c : kColors) wrap.*c.member = text.*c.member;
+  wrap.TabSize = text.TabSize;
 }
 
-PrintEdge GenerateHandF(const QString& text, bool enabled) {
+PrintEdge GenerateHandF(const QString& text, bool enabled, const QString& fileDate) {
   if (!enabled) return {};
   PrintEdge edge = splitEdge(text);
-  for (QString* part : {&edge.left, &edge.centre, &edge.right}) mCMXParser::SubstituteVariables(*part);
+  for (QString* part : {&edge.left, &edge.centre, &edge.right}) {
+    QString made;
+    const auto add = [&made](QString literal) {
+      mCMXParser::SubstituteVariables(literal);
+      for (const QChar letter : {u'd', u'n'}) literal.replace(QString(u'%') + letter, QString(u'%') + kNoField + letter);
+      made += literal;
+    };
+    qsizetype copied = 0;
+    for (qsizetype at = 0; at + 1 < part->size(); ++at) {
+      const QChar letter = (*part)[at + 1];
+      if ((*part)[at] != u'%' || (letter != u'd' && letter != u'n' && letter != u'f')) continue;
+      add(part->mid(copied, at - copied));
+      made += letter == u'f' ? fileDate : part->mid(at, 2);
+      copied = ++at + 1;
+    }
+    add(part->mid(copied));
+    *part = made;
+  }
   return edge;
 }
 
@@ -113,8 +133,11 @@ bool layOut(CodeMax& cmx, const QString& title, const PrintSettings& settings, C
   settings.copyOptionsTo(wrap);
   settings.applyTo(printer);
   wrap.cmx = &cmx;
-  printer.setHeader(GenerateHandF(wrap.HeaderText, wrap.HeaderEnabled));
-  printer.setFooter(GenerateHandF(wrap.FooterText, wrap.FooterEnabled));
+  const QDateTime changed = wrap.FilePath.isEmpty() ? QDateTime() : QFileInfo(wrap.FilePath).lastModified();
+  const QString fileDate = QLocale().toString(changed.date(), QLocale::ShortFormat);
+  printer.setHeader(GenerateHandF(wrap.HeaderText, wrap.HeaderEnabled, fileDate));
+  printer.setFooter(GenerateHandF(wrap.FooterText, wrap.FooterEnabled, fileDate));
+  printer.setWrapMark(wrap.WrapMark);
   const auto lines = QObject::connect(&printer, &VSPrinter::NewLineEvent, &printer, [&wrap] { ++wrap.NewLineCount; });
   const auto pages = QObject::connect(&printer, &VSPrinter::NewPageEvent, &printer, [&wrap](int page) { wrap.setPages(page); });
   QString line;

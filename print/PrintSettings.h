@@ -16,6 +16,9 @@ struct PrintSettings {
   QFont font;
   int columns = 1;                // side by side on a page
   QPageLayout layout;
+  // Of one run only, never kept.
+  int firstPage = 1, lastPage = 0;   // from 1, both included; 0: to the end
+  bool reviewSheet = false;          // one behind each text
 
   PrintSettings();                // the defaults
   static PrintSettings load();    // a value that is missing or makes no sense leaves the default
@@ -24,8 +27,9 @@ struct PrintSettings {
   void copyOptionsTo(CWordWrap& wrap) const;
 };
 
-// Puts variables of the command language into a header or footer part by part, so that a "|" in a value splits nothing.
-PrintEdge GenerateHandF(const QString& text, bool enabled);
+// Puts variables of the command language into a header or footer part by part, so that a "|" in a value splits nothing, and no value is
+// taken for a field. "%f" becomes `fileDate`; "%d" and "%n" stay for the pages.
+PrintEdge GenerateHandF(const QString& text, bool enabled, const QString& fileDate = {});
 
 // One document laid out: settings, delimiters of its language, header and footer. False: ended by goOn.
 bool layOut(frmDocument& document, const PrintSettings& settings, CWordWrap& wrap, VSPrinter& printer,

@@ -30,6 +30,7 @@
 #include "print/frmPrintOptions.h"
 
 CodeMax* PrintSource::control() const { return document ? document->cmx : cmx; }
+QString PrintSource::folder() const { return document ? document->CurrentFileDir() : QString(); }
 
 frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* parent)
     : QDialog(parent), source_(source), selection_(printSelection), settings_(PrintSettings::load()), wrap_(new CWordWrap) {
@@ -306,11 +307,11 @@ void frmPreview::find(bool again) {
 }
 
 void frmPreview::PrintIt() {
-  if (printPages(vp_.document(), this)) SetStatusText(tr("Printing Complete"));
+  if (printPages(vp_.document(), this, source_.folder())) SetStatusText(tr("Printing Complete"));
 }
 
 void frmPreview::writePdf() {
-  if (savePdf(vp_.document(), vp_.document().name, this)) SetStatusText(tr("Printing Complete"));
+  if (savePdf(vp_.document(), vp_.document().name, this, source_.folder())) SetStatusText(tr("Printing Complete"));
 }
 
 void frmPreview::changeOptions(bool pageTab) {

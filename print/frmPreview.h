@@ -28,6 +28,7 @@ struct PrintSource {
   CodeMax* cmx = nullptr;
   QString title;
   CodeMax* control() const;
+  QString folder() const;   // of the document's file; empty without one
 };
 
 class frmPreview : public QDialog {

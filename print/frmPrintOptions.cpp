@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QColorDialog>
 #include <QComboBox>
+#include <QDate>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QFontComboBox>
@@ -73,6 +74,8 @@ QWidget* frmPrintOptions::edgeRow(QLineEdit* edit, QLabel* example) {
     if (variable.value != statements::Value::output) add(QLatin1String(variable.name), QLatin1String(variable.help));
   menu->addSeparator();
   add(QStringLiteral("%d"), tr("the page number"));
+  add(QStringLiteral("%n"), tr("the number of pages"));
+  add(QStringLiteral("%f"), tr("the date of the file's last change"));
   add(QStringLiteral("|"), tr("the next part: left, centre, right"));
   insert->setMenu(menu);
   example->setTextFormat(Qt::PlainText);
@@ -114,6 +117,7 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   chkHeader_ = check(tr("&Header"), t.HeaderEnabled, "chkHeader");
   chkFooter_ = check(tr("&Footer"), t.FooterEnabled, "chkFooter");
   chkLineNumbers_ = check(tr("Line &numbers"), t.LineNumbers, "chkLineNumbers");
+  chkWrapMark_ = check(tr("&Mark where a line goes on below"), t.WrapMark, "chkWrapMark");
   chkKeywordBold_ = check(tr("&bold"), t.Keywordsbold, "chkKeywordBold");
   chkKeywordItalic_ = check(tr("&italic"), t.KeywordsItalic, "chkKeywordItalic");
   chkCommentBold_ = check(tr("b&old"), t.CommentsBold, "chkCommentBold");
@@ -124,6 +128,7 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   textForm->addRow(chkHeader_, edgeRow(txtHeader_, lblHeader_));
   textForm->addRow(chkFooter_, edgeRow(txtFooter_, lblFooter_));
   textForm->addRow(QString(), chkLineNumbers_);
+  textForm->addRow(QString(), chkWrapMark_);
   textForm->addRow(tr("Keywords"), row({chkKeywordBold_, chkKeywordItalic_}));
   textForm->addRow(tr("Comments"), row({chkCommentBold_, chkCommentItalic_}));
   keywordColor_ = new QToolButton;
@@ -182,9 +187,10 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
 
 void frmPrintOptions::showExamples() {
   const auto show = [](QLabel* label, const QString& text) {
-    const PrintEdge edge = GenerateHandF(text, true);
+    const PrintEdge edge = GenerateHandF(text, true, QLocale().toString(QDate::currentDate(), QLocale::ShortFormat));
     QStringList parts;
-    for (QString part : {edge.left, edge.centre, edge.right}) parts << part.replace(QLatin1String("%d"), QLatin1String("1"));
+    for (QString part : {edge.left, edge.centre, edge.right})
+      parts << part.replace(QLatin1String("%d"), QLatin1String("1")).replace(QLatin1String("%n"), QLatin1String("9")).remove(kNoField);
     label->setText(label->fontMetrics().elidedText(parts.join(QStringLiteral("   |   ")), Qt::ElideRight, 420));
   };
   show(lblHeader_, txtHeader_->text());
@@ -201,6 +207,7 @@ PrintSettings frmPrintOptions::settings() const {
   t.HeaderEnabled = chkHeader_->isChecked();
   t.FooterEnabled = chkFooter_->isChecked();
   t.LineNumbers = chkLineNumbers_->isChecked();
+  t.WrapMark = chkWrapMark_->isChecked();
   t.Keywordsbold = chkKeywordBold_->isChecked();
   t.KeywordsItalic = chkKeywordItalic_->isChecked();
   t.CommentsBold = chkCommentBold_->isChecked();

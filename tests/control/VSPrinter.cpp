@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QFontMetricsF>
+
 #include "control/PdfFile.h"
 
 namespace {
@@ -130,6 +132,26 @@ TEST(VSPrinter, Table) {
   EXPECT_EQ(f.text(0), (QStringList{QStringLiteral("LineCommentType"), QStringLiteral("7bad namestyle")}));
   EXPECT_EQ(page.rules.size(), 3u * 6) << "a heading and two rows";
   EXPECT_NEAR(page.runs[3].x + f.width("7") / 2, 36 + 36, 0.5);
+}
+
+TEST(VSPrinter, ATableIsNeverWiderThanItsPaper) {
+  Fixture f({3, 3});
+  f.printer.StartDoc();
+  f.printer.AddTable(QStringLiteral("^+1in|<+3in|>+2in"), QStringLiteral("Line|Comment|Type;"), QStringLiteral(";;"));
+  f.printer.EndDoc();
+  for (const auto& rule : f.printer.document().pages[0]->rules) EXPECT_LE(rule.x2, 3 * 72 - 36 + 0.1);
+}
+
+TEST(VSPrinter, TheTextGivesWayToAHeaderThatAMarginHasNoRoomFor) {
+  for (const double margin : {0.0, 8.0, 36.0}) {
+    Fixture f({4, 3}, margin);
+    f.printer.setHeader(splitEdge(QStringLiteral("|x|")));
+    f.printer.StartDoc();
+    f.printer.Print(QStringLiteral("text\n"));
+    f.printer.EndDoc();
+    const double top = f.printer.document().pages[0]->runs[0].baseline - QFontMetricsF(printFont(f.printer.Font())).ascent() / 20;
+    EXPECT_GE(top, edgeHeight(f.printer.document()) - 0.1) << margin;
+  }
 }
 
 TEST(VSPrinter, EdgesSplitInThree) {

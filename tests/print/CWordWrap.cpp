@@ -6,6 +6,7 @@
 #include "control/CodeMax.h"
 #include "control/LanguageTable.h"
 #include "control/VSPrinter.h"
+#include "tests/support/Cost.h"
 #include "tests/support/ScriptedDialogs.h"
 
 namespace {
@@ -34,7 +35,7 @@ struct Job {
   explicit Job(const QString& text, double widthInches = 8) {
     CmLanguage language;
     language.CaseSensitive = true;
-    language.Keywords = QStringLiteral("begin\nend\n");
+    language.Keywords = QStringLiteral("begin\nend\n`ifdef\n$show\n");
     language.SingleLineComments = QStringLiteral("//\n");
     language.MultiLineComments1 = QStringLiteral("/*\n");
     language.MultiLineComments2 = QStringLiteral("*/\n");
@@ -82,6 +83,8 @@ TEST(CWordWrap, CommentsInOneLine) {
       {"/*/ a", "</*/> a"},                       // the end may use the start's own character
       {"/* a */ b /* c */", "</* a */> b </* c */>"},
       {"/* // */ b", "</* <// */> b>"},           // a line comment inside a closed block is found all the same
+      {"/*a*// b", "</*a*/>/ b"},                 // a mark has come between
+      {"/*a*// // b", "</*a*/>/ <// b>"},
       {"no comment", "no comment"},
       {"", ""},
   };
@@ -97,6 +100,14 @@ TEST(CWordWrap, BlockCommentsCarryOver) {
   EXPECT_EQ(marked(wrap, "// c"), QStringLiteral("// c"));
   EXPECT_EQ(marked(wrap, "d */ e // f"), QStringLiteral("d */> e <// f>"));
   EXPECT_EQ(marked(wrap, "g"), QStringLiteral("g"));
+}
+
+TEST(CWordWrap, ALineOfManyCommentsCostsOneCopy) {
+  CWordWrap wrap = hdl();
+  const QString line = QStringLiteral("/*x*/ a ").repeated(40000);
+  QString text;
+  EXPECT_LT(costMs([&] { wrap.ProcessComments(text = line); }), 500);
+  EXPECT_EQ(text.size(), line.size() + 80000);
 }
 
 TEST(CWordWrap, EmptyDelimitersSwitchOff) {
@@ -140,6 +151,31 @@ TEST(CWordWrap, TabsCountFromTheMargin) {
   EXPECT_NEAR(columns[0], 4, 0.01);
   EXPECT_NEAR(columns[1], 8, 0.01);
   EXPECT_NEAR(columns[2], 4, 0.01);
+}
+
+TEST(CWordWrap, KeywordsWithSigns) {
+  Job job(QStringLiteral("`ifdef A\nx=$show(`begin `other"));
+  job.wrap.Keywordsbold = true;
+  job.print(true);
+  EXPECT_EQ(job.styled(), (QStringList{QStringLiteral(" 1: b{`ifdef} A"), QStringLiteral(" 2: x=b{$show}(`b{begin} `other")}));
+}
+
+// Behind line numbers a tab goes where it goes on the screen, a word too long for a line begins beside its number, and a line parted by
+// tabs breaks at one.
+TEST(CWordWrap, NarrowColumnsWithLineNumbers) {
+  Job tabs(QStringLiteral("ab\tx\n") + QString(1200, u'\n'));
+  tabs.print(true);
+  const auto& run = tabs.page().runs[2];
+  EXPECT_EQ(tabs.page().runText(run), QStringLiteral("x"));
+  EXPECT_NEAR(run.x - 36 - tabs.printer.IndentLeft(), 4 * tabs.printer.TextWidth(QStringLiteral("0")), 0.01);
+  Job narrow(QStringLiteral("    ") + QString(60, u'a') + QStringLiteral("\nfour\tfive5\tsix"), 2.5);
+  narrow.wrap.WrapMark = true;
+  narrow.printer.setWrapMark(true);
+  narrow.print(true);
+  const QStringList lines = narrow.styled();
+  EXPECT_TRUE(lines[0].startsWith(QStringLiteral(" 1:     aaa"))) << lines[0].toStdString();
+  EXPECT_EQ(lines.mid(lines.indexOf(QStringLiteral(" 2: fourfive5"))), (QStringList{QStringLiteral(" 2: fourfive5"), QStringLiteral("six")}));
+  EXPECT_EQ(narrow.page().rules.size(), 4u * static_cast<std::size_t>(lines.size() - 2)) << "each break is marked";
 }
 
 TEST(CWordWrap, ClippedLinesAreThoseThatWrap) {

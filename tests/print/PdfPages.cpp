@@ -1,7 +1,9 @@
 // Printed pages read back by other programs: pdftotext and pdfinfo of poppler-utils, as a reader of the file meets them.
 #include <gtest/gtest.h>
 
+#include <QClipboard>
 #include <QFile>
+#include <QGuiApplication>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -11,6 +13,7 @@
 #include "control/LanguageTable.h"
 #include "control/PdfFile.h"
 #include "control/VSPrinter.h"
+#include "print/PrintJob.h"
 #include "print/PrintSettings.h"
 #include "tests/support/EventLoop.h"
 
@@ -211,6 +214,34 @@ TEST_F(PdfPages, HostileTextAndSettings) {
   const QStringList lines = page(1);
   EXPECT_EQ(lines[1], u"body"_s) << "a long header is cut, not wrapped";
   EXPECT_TRUE(lines[0].startsWith(u"hhhh"_s));
+}
+
+// Long parts are cut, not printed over each other; fields count pages, and a file's name holds none.
+TEST_F(PdfPages, HeadersOfLongNamesAndFields) {
+  settings.text.HeaderText = u"%1|middle|%1 of it"_s.arg(u"a long name "_s.repeated(20));
+  settings.text.FooterText = u"$Clip|page %d of %n|100%"_s;
+  QGuiApplication::clipboard()->setText(u"a%d%n.v"_s);
+  const PrintDocument document = lay(numbered(200), u"one.v"_s);
+  const PrintDocument last = pagesOf(document, 2, 0);
+  write({&last});
+  const QString total = QString::number(document.pages.size());
+  const QStringList lines = page(1);
+  EXPECT_TRUE(lines.first().startsWith(u"a long"_s) && lines.first().contains(u" middle "_s) && lines.first().endsWith(u"of it"_s)) << lines.first().toStdString();
+  EXPECT_EQ(lines.last(), u"a%d%n.v page 2 of %1 100%"_s.arg(total));
+}
+
+// As on the screen: characters in their order, whatever way their script runs. Coloured pictures are images, as no font of them can be embedded.
+TEST_F(PdfPages, OtherScriptsAndPictures) {
+  PrintPage one;
+  one.text = u"// \u05d0\u05d1\u05d2 x"_s;
+  const QString turned = leftToRight(one.text);
+  EXPECT_EQ(turned, QChar(0x202D) + one.text);
+  EXPECT_EQ(leftToRight(u"plain \u00e9"_s), u"plain \u00e9"_s);
+  print(u"plain"_s);
+  const auto images = [this] { return run(u"pdfimages"_s, {u"-list"_s, path()}).count(u'\n'); };
+  const auto none = images();
+  print(u"// \U0001F600 smile"_s);
+  EXPECT_GT(images(), none);
 }
 
 TEST_F(PdfPages, NoHeaderAndNoFooter) {
