@@ -1,33 +1,15 @@
 // Re-indentation that reads whole lines: see indentsByWholeLine in Reindent.h.
 #include <algorithm>
-#include <unordered_map>
 
 #include "control/TextModel.h"
+#include "print/CommentLines.h"
 #include "print/IndentHabits.h"
+#include "print/LineScanner.h"
 #include "print/Reindent.h"
-#include "text/Chars.h"
-#include "text/Words.h"
 
 namespace {
 
 constexpr qint64 kLearnt = 20000;   // lines that are read for the text's habits
-
-// A run of word characters or one other character of a line's code; a string is one piece that says nothing.
-struct Piece {
-  QString word;
-  bool isWord = false;
-  char16_t sign = 0;   // the character that is no word, where it is one unit
-  BlockWords::Entry entry;
-  Piece(QString text, bool isWordRun, const BlockWords& words)
-      : word(std::move(text)), isWord(isWordRun), sign(!isWord && word.size() == 1 ? word[0].unicode() : u'\0'), entry(words.classify(word)) {}
-  bool is(char16_t c) const { return sign == c; }
-  bool is(QLatin1String lower) const { return isWord && word.size() == lower.size() && word.compare(lower, Qt::CaseInsensitive) == 0; }
-};
-using Pieces = std::vector<Piece>;
-struct HashOfView {
-  using is_transparent = void;
-  std::size_t operator()(std::string_view bytes) const { return std::hash<std::string_view>()(bytes); }
-};
 
 // A block or a bracket that is open; the first level is the file itself.
 struct Level {
@@ -55,12 +37,6 @@ struct Statement {
   bool macro = false;          // begins with a grave accent: may end without ";"
 };
 
-// How a line stands and what it is.
-struct Placed {
-  enum class Kind { blank, fixed, code, comment, insideComment } kind = Kind::blank;
-  int indent = 0, old = 0;
-};
-
 // Where reading stands between two lines.
 struct State {
   std::vector<Level> levels_;
@@ -80,7 +56,7 @@ struct State {
 class WholeLines : private State {
  public:
   WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, int tabSize, const LineSource& line, qint64 count)
-      : words_(words), unit_(unit), highlighter_(highlighter), tabSize_(tabSize), semicolons_(endsWithSemicolons(line, count)),
+      : words_(words), unit_(unit), highlighter_(highlighter), scanner_(words, highlighter, tabSize), semicolons_(endsWithSemicolons(line, count)),
         habits_(detectIndent(line, count, tabSize).unit, unit) {
     levels_.push_back({.byWord = true});
     learning_ = true;
@@ -88,17 +64,17 @@ class WholeLines : private State {
     while (!levels_.empty()) popLevel();
     static_cast<State&>(*this) = {};
     levels_.push_back({.content = habits_.width(QString(), 0), .byWord = true});   // a part of a text may stand indented as a whole
-    state_ = 0;
+    scanner_.restart();
     learning_ = directiveGoesOn_ = false;
     choices_.clear();
   }
 
   Placed next(const QString& line) {
-    const bool inComment = state_ != 0;
-    const Pieces pieces = scan(line);
+    const bool inComment = scanner_.inComment();
+    const Pieces pieces = scanner_.scan(line);
     const int leading = leadingLength(line);
     if (leading == line.size()) return {};
-    const int old = columnsOf(line.left(leading));
+    const int old = scanner_.columnsOf(line.left(leading));
     const bool ofDirective = directiveGoesOn_, directive = isDirective(line.mid(leading));
     directiveGoesOn_ = (ofDirective || directive) && line.trimmed().endsWith(u'\\');
     if (ofDirective) return {Placed::Kind::fixed, old, old};   // a macro over several lines stays as it is
@@ -114,24 +90,19 @@ class WholeLines : private State {
     return {Placed::Kind::code, indent, old};
   }
 
-  int trailingComment() const { return trailing_; }   // the column of the comment behind the last line's code; -1: none
+  int trailingComment() const { return scanner_.trailingComment(); }
 
  private:
   // Statements end with ";" where one line of code in eight or more does so.
   bool endsWithSemicolons(const LineSource& line, qint64 count) {
     qint64 all = 0, ended = 0;
     for (qint64 i = 0; i < std::min<qint64>(count, 2000); ++i) {
-      const Pieces pieces = scan(line(i));
+      const Pieces pieces = scanner_.scan(line(i));
       all += !pieces.empty();
       ended += std::any_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.is(u';'); });
     }
-    state_ = 0;
+    scanner_.restart();
     return ended * 8 >= all;
-  }
-
-  int columnsOf(const QString& blanks) const {
-    const std::string bytes = fromQString(blanks);
-    return static_cast<int>(text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), tabSize_).value);
   }
 
   // "#if" stands at the margin where the language lists it so; a word with a grave accent does when it stands there already.
@@ -149,45 +120,6 @@ class WholeLines : private State {
     if (is({"ifdef", "ifndef", "if"})) choices_.push_back(*this);
     else if (is({"else", "elsif", "elif"}) && !choices_.empty()) static_cast<State&>(*this) = choices_.back();
     else if (is({"endif"}) && !choices_.empty()) choices_.pop_back();
-  }
-
-  // A word is looked up once however often it comes.
-  const Piece& known(std::string_view bytes, bool isWord) {
-    auto found = known_.find(bytes);
-    if (found == known_.end()) found = known_.emplace(std::string(bytes), Piece(toQString(bytes), isWord, words_)).first;
-    return found->second;
-  }
-
-  Pieces scan(const QString& line) {
-    const std::string bytes = fromQString(line);
-    const std::string_view all(bytes);
-    std::vector<text::Token> tokens;
-    if (highlighter_ && highlighter_->valid()) state_ = highlighter_->scanLine(all, state_, &tokens);
-    Pieces pieces;
-    trailing_ = -1;
-    auto token = tokens.begin();
-    for (std::size_t at = 0; at < all.size();) {
-      const auto here = static_cast<std::int64_t>(at);
-      while (token != tokens.end() && token->begin + token->length <= here) ++token;
-      if (token != tokens.end() && token->begin <= here &&
-          (token->kind == text::TokenKind::comment || token->kind == text::TokenKind::string)) {
-        if (token->kind == text::TokenKind::string) pieces.push_back(known("\"", false));
-        else if (!pieces.empty()) trailing_ = static_cast<int>(text::displayColumn(bytes, here, tabSize_).value);
-        at = static_cast<std::size_t>(token->begin + token->length);
-        continue;
-      }
-      const auto c = text::decode(all.substr(at));
-      const auto kind = text::classOf(c.code);
-      std::size_t end = at + static_cast<std::size_t>(c.bytes);
-      while (kind == text::CharClass::word && end < all.size()) {
-        const auto following = text::decode(all.substr(end));
-        if (text::classOf(following.code) != kind) break;
-        end += static_cast<std::size_t>(following.bytes);
-      }
-      if (kind != text::CharClass::blank) pieces.push_back(known(all.substr(at, end - at), kind == text::CharClass::word));
-      at = end;
-    }
-    return pieces;
   }
 
   int indentOf(const Pieces& pieces, int old) const {
@@ -449,49 +381,13 @@ class WholeLines : private State {
   const BlockWords& words_;
   const bool braces_ = words_.classify(QStringLiteral("{")).kind == BlockClass::start;   // a brace opens a block
   const int unit_;
-  std::unordered_map<std::string, Piece, HashOfView, std::equal_to<>> known_;
   const text::Highlighter* const highlighter_;
-  const int tabSize_;
-  text::LineState state_ = 0;
+  LineScanner scanner_;
   const bool semicolons_;        // statements end with ";", else with the line
   IndentHabits habits_;
   bool learning_ = false;        // the text is read for its habits: lines stay where they stand
   bool directiveGoesOn_ = false; // the next line belongs to a "#define" above
   std::vector<State> choices_;   // as it was where an "ifdef" began
-  int trailing_ = -1;
-};
-
-// Lines of comment alone go with the code around them: with the line below where they stand in its column, else with the line above.
-class CommentLines {
- public:
-  explicit CommentLines(std::vector<int>* indents) : indents_(indents) {}
-  void add(const Placed& line) { waiting_.push_back({indents_->size(), line}); }
-  void codeFollows(const Placed* next, int trailing) {
-    int shift = above_.indent - above_.old;
-    bool goesOn = trailing_ >= 0;   // still below a comment behind code
-    for (auto& [at, line] : waiting_) {
-      const bool own = line.kind == Placed::Kind::comment;
-      goesOn = goesOn && own && line.old == trailing_;
-      if (goesOn) shift = above_.indent - above_.old;
-      else if (own) shift = placeOf(line.old, next) - line.old;
-      (*indents_)[at] = std::max(0, line.old + shift);
-    }
-    waiting_.clear();
-    if (next) above_ = *next;
-    trailing_ = trailing;
-  }
-
- private:
-  int placeOf(int old, const Placed* next) const {
-    if (next && old == next->old) return next->indent;
-    if (old == above_.old) return above_.indent;
-    if (old == 0) return 0;   // code that was put out of use at the margin
-    return next ? old + next->indent - next->old : old + above_.indent - above_.old;
-  }
-  std::vector<int>* indents_;
-  std::vector<std::pair<std::size_t, Placed>> waiting_;
-  Placed above_;
-  int trailing_ = -1;
 };
 
 }  // namespace

@@ -1,0 +1,49 @@
+#include "print/LineScanner.h"
+
+#include "control/TextModel.h"
+#include "text/Chars.h"
+#include "text/Words.h"
+
+int LineScanner::columnsOf(const QString& blanks) const {
+  const std::string bytes = fromQString(blanks);
+  return static_cast<int>(text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), tabSize_).value);
+}
+
+// A word is looked up once however often it comes.
+const Piece& LineScanner::known(std::string_view bytes, bool isWord) {
+  auto found = known_.find(bytes);
+  if (found == known_.end()) found = known_.emplace(std::string(bytes), Piece(toQString(bytes), isWord, words_)).first;
+  return found->second;
+}
+
+Pieces LineScanner::scan(const QString& line) {
+  const std::string bytes = fromQString(line);
+  const std::string_view all(bytes);
+  std::vector<text::Token> tokens;
+  if (highlighter_ && highlighter_->valid()) state_ = highlighter_->scanLine(all, state_, &tokens);
+  Pieces pieces;
+  trailing_ = -1;
+  auto token = tokens.begin();
+  for (std::size_t at = 0; at < all.size();) {
+    const auto here = static_cast<std::int64_t>(at);
+    while (token != tokens.end() && token->begin + token->length <= here) ++token;
+    if (token != tokens.end() && token->begin <= here &&
+        (token->kind == text::TokenKind::comment || token->kind == text::TokenKind::string)) {
+      if (token->kind == text::TokenKind::string) pieces.push_back(known("\"", false));
+      else if (!pieces.empty()) trailing_ = static_cast<int>(text::displayColumn(bytes, here, tabSize_).value);
+      at = static_cast<std::size_t>(token->begin + token->length);
+      continue;
+    }
+    const auto c = text::decode(all.substr(at));
+    const auto kind = text::classOf(c.code);
+    std::size_t end = at + static_cast<std::size_t>(c.bytes);
+    while (kind == text::CharClass::word && end < all.size()) {
+      const auto following = text::decode(all.substr(end));
+      if (text::classOf(following.code) != kind) break;
+      end += static_cast<std::size_t>(following.bytes);
+    }
+    if (kind != text::CharClass::blank) pieces.push_back(known(all.substr(at, end - at), kind == text::CharClass::word));
+    at = end;
+  }
+  return pieces;
+}
