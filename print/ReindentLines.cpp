@@ -63,7 +63,8 @@ class WholeLines : private State {
     for (qint64 i = 0; i < std::min(count, kLearnt); ++i) next(line(i));
     while (!levels_.empty()) popLevel();
     static_cast<State&>(*this) = {};
-    levels_.push_back({.content = habits_.width(QString(), 0), .byWord = true});   // a part of a text may stand indented as a whole
+    const int whole = firstColumn_ > 0 ? habits_.width(QString(), 0, firstColumn_) : 0;   // a part of a text may stand indented as a whole
+    levels_.push_back({.content = whole, .byWord = true});
     scanner_.restart();
     learning_ = directiveGoesOn_ = false;
     choices_.clear();
@@ -173,6 +174,7 @@ class WholeLines : private State {
     Level& level = levels_.back();
     const Piece& first = pieces.front();
     const auto kind = first.entry.kind;
+    if (firstColumn_ < 0) firstColumn_ = old;
     if (kind == BlockClass::end || (level.bracket && isCloser(first)) || goesOnWithHeader(first) || headerGoesOn_) return;
     if (!level.bracket && unfinished_) {
       if (kind == BlockClass::start) habits_.note(hangKey(first), old - statementIndent_);
@@ -387,6 +389,7 @@ class WholeLines : private State {
   IndentHabits habits_;
   bool learning_ = false;        // the text is read for its habits: lines stay where they stand
   bool directiveGoesOn_ = false; // the next line belongs to a "#define" above
+  int firstColumn_ = -1;         // where the text's first code stands
   std::vector<State> choices_;   // as it was where an "ifdef" began
 };
 
