@@ -131,7 +131,7 @@ class WholeLines : private State {
     if (level.bracket) {
       const int shifted = std::max(0, old + level.shift);
       if (isCloser(first)) return std::max(shifted, level.base);
-      return shifted > level.base ? shifted : level.content;   // alignment by hand stays
+      return shifted > level.base ? level.base + habits_.ofHand(shifted - level.base) : level.content;   // alignment by hand stays
     }
     const int shifted = std::max(0, old + (unfinished_ || headerGoesOn_ ? statementShift_ : shift_));
     if (goesOnWithHeader(first)) return std::max(level.base, old + level.shift);
@@ -140,7 +140,7 @@ class WholeLines : private State {
     if (unfinished_) {
       const int own = shifted - statementIndent_;
       if (kind == BlockClass::start) return statementIndent_ + habits_.width(hangKey(first), hangsDeeper(first) ? unit_ : 0, own);
-      if (own > 0 && !afterLabel_) return shifted;   // alignment by hand stays
+      if (own > 0 && !afterLabel_) return statementIndent_ + habits_.ofHand(own);   // alignment by hand stays
       return statementIndent_ + (listGoesOn_ ? 0 : habits_.width(followKey(first), unit_, own));
     }
     if (kind == BlockClass::middle)

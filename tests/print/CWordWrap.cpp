@@ -165,7 +165,7 @@ TEST(CWordWrap, KeywordsWithSigns) {
 TEST(CWordWrap, NarrowColumnsWithLineNumbers) {
   Job tabs(QStringLiteral("ab\tx\n") + QString(1200, u'\n'));
   tabs.print(true);
-  const auto& run = tabs.page().runs[2];
+  const auto& run = tabs.page().runs[1];
   EXPECT_EQ(tabs.page().runText(run), QStringLiteral("x"));
   EXPECT_NEAR(run.x - 36 - tabs.printer.IndentLeft(), 4 * tabs.printer.TextWidth(QStringLiteral("0")), 0.01);
   Job narrow(QStringLiteral("    ") + QString(60, u'a') + QStringLiteral("\nfour\tfive5\tsix"), 2.5);
