@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QMainWindow>
 #include <QProgressDialog>
 #include <QScopedValueRollback>
 #include <QTimer>
@@ -28,7 +29,7 @@ void LongWork::run(QWidget& window, std::int64_t bytes, const std::function<void
   const auto ready = [&done](std::chrono::milliseconds wait) { return done.wait_for(wait) == std::future_status::ready; };
   if (!ready(moment)) {
     const ModalGuard guard;
-    QProgressDialog progress(what, mayCancel ? QCoreApplication::translate("LongWork", "Cancel") : QString(), 0, 100, &window);
+    QProgressDialog progress(what, mayCancel ? QCoreApplication::translate("LongWork", "Cancel") : QString(), 0, mayCancel ? 100 : 0, &window);
     progress.setObjectName(QStringLiteral("longWork"));
     progress.setWindowModality(Qt::ApplicationModal);
     progress.setAutoClose(false);
@@ -37,7 +38,7 @@ void LongWork::run(QWidget& window, std::int64_t bytes, const std::function<void
     const QScopedValueRollback current(waiting, &loop);
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, &loop, [&] {
-      progress.setValue(static_cast<int>(std::clamp<std::int64_t>(control.bytesDone * 100 / std::max<std::int64_t>(1, bytes), 0, 99)));
+      if (mayCancel) progress.setValue(static_cast<int>(std::clamp<std::int64_t>(control.bytesDone * 100 / std::max<std::int64_t>(1, bytes), 0, 99)));
       if (ready(std::chrono::milliseconds(0))) loop.quit();
     });
     if (mayCancel) QObject::connect(&progress, &QProgressDialog::canceled, &loop, &QEventLoop::quit);
@@ -51,7 +52,10 @@ void LongWork::run(QWidget& window, std::int64_t bytes, const std::function<void
 
 void LongWork::forFile(QWidget& asker, std::int64_t bytes, const std::function<void(text::SearchControl&)>& work, const QString& what,
                        bool mayCancel) {
-  QWidget* window = asker.window()->isVisible() ? asker.window() : QApplication::activeWindow();
+  // A text that is being opened has no window yet; the one that a dialog has just left may not be active again.
+  QWidget* window = asker.window()->isVisible() ? asker.window() : nullptr;
+  for (QWidget* each : QApplication::topLevelWidgets())
+    if (!window && each->isVisible() && qobject_cast<QMainWindow*>(each)) window = each;
   if (bytes >= kLongFile && window && !gBusy()) return run(*window, bytes, work, what, mayCancel);
   text::SearchControl control;
   work(control);

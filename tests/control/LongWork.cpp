@@ -1,6 +1,7 @@
 // Find commands on large texts: small ones are done at once, long ones show a window in which they can be cancelled.
 #include "control/LongWork.h"
 
+#include <QMainWindow>
 #include <QProgressDialog>
 #include <QTimer>
 #include <thread>
@@ -77,6 +78,23 @@ TEST_F(LongWorkTest, FindCommandsDoTheSameEitherWay) {
     EXPECT_EQ(bytes(), "ab x ab x\nab\n");
     searchState() = {};
   }
+}
+
+TEST_F(LongWorkTest, OnlyLongFilesUnderAShownWindowGoToAThread) {
+  const std::thread::id here = std::this_thread::get_id();
+  std::thread::id worker;
+  const auto file = [&](std::int64_t bytes) {
+    CodeMax fresh;   // has no window yet
+    LongWork::forFile(fresh, bytes, [&](text::SearchControl&) { worker = std::this_thread::get_id(); }, QString(), false);
+    return worker == here;
+  };
+  QMainWindow frame;
+  EXPECT_TRUE(file(1 << 30));
+  frame.show();
+  EXPECT_TRUE(file(1000));
+  EXPECT_FALSE(file(1 << 30));
+  const BusyGuard busy;
+  EXPECT_TRUE(file(1 << 30));
 }
 
 TEST_F(LongWorkTest, WhileACommandStringRunsNoWindowComes) {
