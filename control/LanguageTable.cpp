@@ -84,7 +84,8 @@ struct Table {
 
   Table() {
     const auto add = [this](const char* name, text::LanguageTables t) { entries[QString::fromLatin1(name)].tables = std::move(t); };
-    add("C/C++", builtIn(true, kCKeywords, kCOperators, "//", "/*", "*/", "\" '", "\\"));
+    for (const char* name : {"C/C++", LanguageTable::kSample})
+      add(name, builtIn(true, kCKeywords, kCOperators, "//", "/*", "*/", "\" '", "\\"));
     add("JAVA", builtIn(true, kJavaKeywords, kCOperators, "//", "/*", "*/", "\" '", "\\"));
     add("PASCAL", builtIn(false, kPascalKeywords, "+ - * / = <> < > <= >= := . , ; : ( ) [ ] ^ @", "//", "{ (*", "} *)", "'", ""));
     add("BASIC", builtIn(false, kBasicKeywords, "+ - * / \\ = <> < > <= >= & ^ . , ( )", "' Rem", "", "", "\"", ""));
@@ -125,7 +126,8 @@ bool LanguageTable::contains(const QString& name) { return table().entries.count
 
 QStringList LanguageTable::names() {
   QStringList result;
-  for (const auto& [name, entry] : table().entries) result << name;
+  for (const auto& [name, entry] : table().entries)
+    if (!name.startsWith(u'\n')) result << name;
   return result;
 }
 

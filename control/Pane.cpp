@@ -129,7 +129,7 @@ void Pane::metricsChanged() {
   const std::int64_t line = topLine();
   view_.forget();
   view_.forgetWidest();
-  marginDigits_ = 0;
+  marginDigits_ = -1;   // not known: 0 is a margin that is not shown
   top_ = view_.top = std::min(line * view_.lineHeight(), highestTop());
   fit();
   viewport()->update();
@@ -138,7 +138,7 @@ void Pane::metricsChanged() {
 void Pane::optionsChanged() {
   setVerticalScrollBarPolicy(state_.vScrollBar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
   setHorizontalScrollBarPolicy(state_.hScrollBar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
-  marginDigits_ = 0;
+  marginDigits_ = -1;   // not known: 0 is a margin that is not shown
   fit();
   viewport()->update();
 }

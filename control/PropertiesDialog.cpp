@@ -16,12 +16,12 @@ PropertiesDialog::PropertiesDialog(CodeMax& control, QWidget* parent)
   auto* tabs = new QTabWidget(this);
   tabs->setObjectName(QStringLiteral("pages"));
   keys_ = new KeysPage(control.window(), tabs);
-  tabs->addTab(new DisplayPage(options_, tabs), tr("Display"));
-  tabs->addTab(new EditingPage(options_, tabs), tr("Editing"));
-  tabs->addTab(new ColorsPage(options_, tabs), tr("Colours"));
-  tabs->addTab(new FontPage(options_, tabs), tr("Font"));
-  tabs->addTab(keys_, tr("Keyboard"));
-  tabs->addTab(new LanguagePage(options_, tabs), tr("Language"));
+  tabs->addTab(new DisplayPage(options_, tabs), tr("Displa&y"));
+  tabs->addTab(new EditingPage(options_, tabs), tr("&Editing"));
+  tabs->addTab(new ColorsPage(options_, tabs), tr("C&olours"));
+  tabs->addTab(new FontPage(options_, tabs), tr("Fon&t"));
+  tabs->addTab(keys_, tr("&Keyboard"));
+  tabs->addTab(new LanguagePage(options_, tabs), tr("Lan&guage"));
   layout->addWidget(tabs);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -37,7 +37,7 @@ void PropertiesDialog::apply() {
 
 void CodeMax::ExecuteProperties() {
   const ModalGuard guard;
-  PropertiesDialog dialog(*this, this);
+  PropertiesDialog dialog(*this, window());   // not a child of this: keys pressed in it would reach the documents' area
   if (dialog.exec() != QDialog::Accepted) return;
   dialog.apply();
   emit PropsChange();

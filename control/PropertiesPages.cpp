@@ -34,7 +34,7 @@ QVBoxLayout* addGroup(QVBoxLayout* to, const QString& title) {
 
 CodeMax* makeSample(QWidget* parent) {
   auto* sample = new CodeMax(parent);
-  sample->setLanguage(QStringLiteral("C/C++"));
+  sample->setLanguage(QString::fromLatin1(LanguageTable::kSample));
   sample->setText(QStringLiteral("// A comment stands before the code.\n"
                                  "static int count(const char* text, int limit) {\n"
                                  "  int found = 0x1F + 42;\n"

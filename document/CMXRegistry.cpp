@@ -36,6 +36,7 @@ constexpr FlagOption kFlags[] = {
     {"PRESERVECASE", &CodeMax::PreserveCase, &CodeMax::setPreserveCase},
     {"TABEXPAND", &CodeMax::TabExpand, &CodeMax::setTabExpand},
     {"COLORSYNTAX", &CodeMax::ColorSyntax, &CodeMax::setColorSyntax},
+    {"WHITESPACE", &CodeMax::WhiteSpaceDisplay, &CodeMax::setWhiteSpaceDisplay},
 };
 
 constexpr NumberOption kNumbers[] = {   // the control ignores what is out of its range

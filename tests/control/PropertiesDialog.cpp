@@ -23,6 +23,8 @@
 #include "control/KeyField.h"
 #include "control/KeyMacro.h"
 #include "control/KeyMap.h"
+#include "control/LanguageTable.h"
+#include "control/TextModel.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/ScriptedDialogs.h"
 
@@ -114,6 +116,45 @@ TEST_F(PropertiesDialogTest, OkChangesEverythingOnceAndCancelNothing) {
   }
 }
 
+TEST_F(PropertiesDialogTest, EachOptionOfTheDisplayCanBeSeen) {
+  control.setLanguage(QStringLiteral("C/C++"));
+  control.setText(QStringLiteral("int\ta = 1;   // one\n"));
+  control.resize(500, 200);
+  control.show();
+  const auto picture = [&] {
+    QApplication::processEvents();
+    return control.grab().toImage();
+  };
+  const QImage before = picture();
+  ControlOptions options = ControlOptions::of(control);
+  for (const auto option : {&ControlOptions::hSplitter, &ControlOptions::vSplitter, &ControlOptions::hScrollBar, &ControlOptions::vScrollBar,
+                            &ControlOptions::leftMargin, &ControlOptions::colorSyntax, &ControlOptions::whiteSpace}) {
+    for (const bool changed : {true, false}) {
+      options.*option = !(options.*option);
+      options.applyTo(control);
+      EXPECT_EQ(picture() != before, changed);
+    }
+  }
+  options.tabSize = 3;
+  options.applyTo(control);
+  EXPECT_NE(picture(), before);
+  options.tabExpand = true;
+  options.applyTo(control);
+  control.SetSel({0, 0, 0, 0, false});
+  control.ExecuteCmd(idOf("INDENTSELECTION"));
+  EXPECT_EQ(control.GetLine(0), QStringLiteral("   int\ta = 1;   // one"));
+}
+
+TEST_F(PropertiesDialogTest, SamplesAreColouredWhateverLanguagesThereAre) {
+  run(QDialogButtonBox::Cancel, [](QWidget& dialog) {
+    for (const CodeMax* sample : dialog.findChildren<CodeMax*>()) {
+      EXPECT_NE(sample->model()->highlighter(), nullptr);
+      EXPECT_FALSE(LanguageTable::names().contains(sample->Language())) << "definitions may take it away";
+    }
+    EXPECT_EQ(dialog.findChildren<CodeMax*>().size(), 2);
+  });
+}
+
 TEST_F(PropertiesDialogTest, SchemesFollowTheDesktopOrStay) {
   const QPalette light = desktopPalette(false), dark = desktopPalette(true);
   control.setPalette(light);
@@ -135,6 +176,8 @@ TEST_F(PropertiesDialogTest, KeysAreFoundBoundTakenAndRestored) {
     EXPECT_EQ(all, static_cast<int>(commands().size() + keyCommands().size()));
     part<QLineEdit>(d, "searchName").setText(QStringLiteral("transpose"));
     EXPECT_EQ(shownCommands(d), 3);
+    const QTreeWidgetItem* current = part<QTreeWidget>(d, "commands").currentItem();
+    EXPECT_TRUE(current && !current->isHidden()) << "what is described below must be one that is shown";
     part<QLineEdit>(d, "searchName").clear();
     auto& search = part<KeyField>(d, "searchKeys");
     QTest::keyClick(&search, Qt::Key_K, Qt::ControlModifier);
