@@ -86,7 +86,7 @@ QString commandHelp(const QString& line, qsizetype caret) {
   return command ? QString::fromLatin1(command->help) : QString();
 }
 
-CommandField::CommandField(QWidget* parent) : QPlainTextEdit(parent) {
+CommandField::CommandField(QWidget* parent) : TextField(parent) {
   setLineWrapMode(NoWrap);
   setTabChangesFocus(true);
   completer_.setWidget(this);
@@ -136,7 +136,7 @@ void CommandField::keyPressEvent(QKeyEvent* event) {
     event->ignore();       // runs the commands
     return;
   }
-  QPlainTextEdit::keyPressEvent(event);
+  TextField::keyPressEvent(event);
   if (!event->text().isEmpty() && event->text().at(0).isPrint()) {
     offer(false);
   } else if (event->key() == Qt::Key_Backspace && popup) {

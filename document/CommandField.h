@@ -2,9 +2,10 @@
 #pragma once
 
 #include <QCompleter>
-#include <QPlainTextEdit>
 #include <QString>
 #include <vector>
+
+#include "base/TextField.h"
 
 struct Completion {
   QString text, help;
@@ -16,7 +17,7 @@ std::vector<Completion> completionsFor(const QString& beforeCaret, qsizetype* be
 // The help of the statement or variable that the caret stands in or behind; empty: none.
 QString commandHelp(const QString& line, qsizetype caret);
 
-class CommandField : public QPlainTextEdit {
+class CommandField : public TextField {
   Q_OBJECT
  public:
   explicit CommandField(QWidget* parent = nullptr);

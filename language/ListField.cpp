@@ -6,7 +6,7 @@
 #include "base/Strings.h"
 #include "language/DefinitionText.h"
 
-ListField::ListField(QWidget* parent) : QPlainTextEdit(parent) {
+ListField::ListField(QWidget* parent) : TextField(parent) {
   QFont fixed(QStringLiteral("Courier New"));
   fixed.setStyleHint(QFont::Monospace);
   setFont(fixed);
@@ -37,7 +37,7 @@ void ListField::AddCRLFifNone() {
 }
 
 void ListField::focusOutEvent(QFocusEvent* event) {
-  QPlainTextEdit::focusOutEvent(event);
+  TextField::focusOutEvent(event);
   if (event->reason() != Qt::PopupFocusReason) AddCRLFifNone();
 }
 
@@ -47,14 +47,14 @@ bool ListField::event(QEvent* event) {
     const auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Tab && key->modifiers() == Qt::ControlModifier) event->accept();
   }
-  return QPlainTextEdit::event(event);
+  return TextField::event(event);
 }
 
 void ListField::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Tab && event->modifiers() == Qt::ControlModifier && !isReadOnly())
     insertPlainText(QStringLiteral("\t"));
   else
-    QPlainTextEdit::keyPressEvent(event);
+    TextField::keyPressEvent(event);
 }
 
 void ListField::markLinesAtRisk() {

@@ -3,9 +3,10 @@
 #pragma once
 
 #include <QList>
-#include <QPlainTextEdit>
 
-class ListField : public QPlainTextEdit {
+#include "base/TextField.h"
+
+class ListField : public TextField {
   Q_OBJECT
  public:
   explicit ListField(QWidget* parent = nullptr);

@@ -2,10 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QClipboard>
 #include <QLabel>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QTextBlock>
 
+#include "control/ControlOptions.h"
 #include "control/KeyMacro.h"
 #include "control/KeyMap.h"
 #include "document/CMXRegistry.h"
@@ -115,6 +118,16 @@ TEST(CommandDialog, KeepsWhatFailsAndRemembersWhatRan) {
   EXPECT_EQ(again.history()[19], u"ECHO 6"_s);
 }
 
+TEST(CommandDialog, PastingFromAClipboardWithoutOwnerDoesNothing) {
+  QApplication::clipboard()->setMimeData(new QMimeData);   // no format at all
+  CommandField field;
+  field.paste();
+  EXPECT_TRUE(field.toPlainText().isEmpty());
+  QApplication::clipboard()->setText(u"ECHO"_s);
+  field.paste();
+  EXPECT_EQ(field.toPlainText(), u"ECHO"_s);
+}
+
 TEST(CommandDialog, OptionsOfTheControlComeBackOneByOne) {
   OwnSettings settings;
   {
@@ -123,9 +136,16 @@ TEST(CommandDialog, OptionsOfTheControlComeBackOneByOne) {
     EXPECT_TRUE(modRegistry::KeyValid(modRegistry::kEditorKey)) << "a first run stores the control's own options";
     EXPECT_EQ(modRegistry::Number(modRegistry::kEditorKey, u"TABSIZE"_s, -1), first.TabSize());
     EXPECT_EQ(modRegistry::GetValue(modRegistry::kEditorKey, u"COLORS17"_s).typeId(), QMetaType::Int);
-    first.setTabSize(7);
-    first.setTabExpand(!first.TabExpand());
-    first.setLeftMargin(!first.LeftMargin());
+    ControlOptions other = ControlOptions::of(first);
+    constexpr bool ControlOptions::*switches[] = {
+        &ControlOptions::hSplitter,       &ControlOptions::vSplitter,    &ControlOptions::hScrollBar, &ControlOptions::vScrollBar,
+        &ControlOptions::smoothScrolling, &ControlOptions::lineToolTips, &ControlOptions::leftMargin, &ControlOptions::colorSyntax,
+        &ControlOptions::whiteSpace,      &ControlOptions::tabExpand,    &ControlOptions::columnSel,  &ControlOptions::dragDrop,
+        &ControlOptions::preserveCase};
+    for (const auto option : switches) other.*option = !(other.*option);
+    other.tabSize = 7;
+    other.autoIndentMode = 2;
+    other.applyTo(first);
     first.SetColor(3, QColor(1, 2, 3));
     QFont font = first.Font();
     font.setPointSizeF(15.5);
@@ -134,9 +154,10 @@ TEST(CommandDialog, OptionsOfTheControlComeBackOneByOne) {
     CMXRegistry::save(first);
     CodeMax second;
     CMXRegistry::applyTo(second);
+    const ControlOptions back = ControlOptions::of(second);
+    for (const auto option : switches) EXPECT_EQ(back.*option, other.*option) << &option - switches;
     EXPECT_EQ(second.TabSize(), 7);
-    EXPECT_EQ(second.TabExpand(), first.TabExpand());
-    EXPECT_EQ(second.LeftMargin(), first.LeftMargin());
+    EXPECT_EQ(second.AutoIndentMode(), 2);
     EXPECT_EQ(second.GetColor(3), QColor(1, 2, 3));
     EXPECT_EQ(modRegistry::Number(modRegistry::kEditorKey, u"COLORS3"_s, 0), 0x030201);
     EXPECT_EQ(second.Font().pointSizeF(), 15.5);
