@@ -100,6 +100,54 @@ CmRange findListedWord(CodeMax& cmx, const CmRange& word, const QString& findTex
   return found == word ? found : word;
 }
 
+QString leadOf(const QString& line) {
+  qsizetype end = 0;
+  while (end < line.size() && (line[end] == u' ' || line[end] == u'\t')) ++end;
+  return line.left(end);
+}
+
+// True: the document indents with tabs; no value: it shows neither. What stands at the caret's own line counts first, then the
+// nearest indented line above, then below.
+std::optional<bool> indentsWithTabs(CodeMax& cmx, qint64 line) {
+  constexpr qint64 kAround = 200, kLead = 64;   // lines looked at each way; bytes of each
+  const text::Snapshot text = cmx.editor().snapshot();
+  const auto look = [&](qint64 at) -> std::optional<bool> {
+    const text::ByteOffset begin = text.lineStart(text::LineNo(at)), end = text.lineEnd(text::LineNo(at));
+    const QString start = toQString(text.bytes({begin, std::min(end, begin + kLead)}));
+    const QString lead = leadOf(start);
+    if (lead.isEmpty() || (lead == start && at != line)) return std::nullopt;
+    return lead.contains(u'\t');
+  };
+  for (qint64 at = line; at >= std::max<qint64>(0, line - kAround); --at)
+    if (const auto found = look(at)) return found;
+  for (qint64 at = line + 1; at < std::min<qint64>(text.lineCount(), line + kAround); ++at)
+    if (const auto found = look(at)) return found;
+  return std::nullopt;
+}
+
+// A template's text, laid out behind `indentation` blanks, with the tabs or blanks that the document indents with: the blanks as
+// the line's own beginning `lead`, each level of the template as a tab, or each of its tabs as blanks.
+QString asTheDocument(const QString& text, qint64 indentation, const QString& lead, bool tabs, int tabSize) {
+  QStringList lines = text.split(kCrLf);
+  const qsizetype from = lines[0].isEmpty() ? 2 : 1;   // see UserStringToCode
+  qsizetype level = 0;                                  // blanks of the template's least indented line
+  for (qsizetype i = from; i < lines.size(); ++i) {
+    const QString own = leadOf(lines[i].mid(indentation));
+    if (!own.isEmpty() && !own.contains(u'\t') && (level == 0 || own.size() < level)) level = own.size();
+  }
+  const std::string bytes = fromQString(lead);
+  const qint64 width = text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), tabSize).value;
+  const QString begin = tabs && width <= indentation ? lead + QString(indentation - width, u' ') : QString(indentation, u' ');
+  for (qsizetype i = from; i < lines.size(); ++i) {
+    const QString rest = lines[i].mid(indentation), own = leadOf(rest);
+    QString changed = own;
+    if (!tabs) changed.replace(u'\t', QString(tabSize, u' '));
+    else if (level > 0 && !own.contains(u'\t')) changed = QString(own.size() / level, u'\t') + QString(own.size() % level, u' ');
+    lines[i] = begin + changed + rest.mid(own.size());
+  }
+  return lines.join(kCrLf);
+}
+
 // The text of the hot key's template, ready to go in at `word`.
 QString templateText(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const CmRange& word,
                      const ExpandText& expand) {
@@ -119,7 +167,8 @@ QString templateText(CodeMax& cmx, ucCM& manager, int languageIndex, const QStri
     indentation = text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), cmx.TabSize()).value;
   }
   UserStringToCode(text, indentation);
-  return text;
+  const auto tabs = indentsWithTabs(cmx, word.StartLineNo);
+  return tabs ? asTheDocument(text, indentation, leadOf(before), *tabs, cmx.TabSize()) : text;
 }
 
 void putIn(CodeMax& cmx, const QString& text, const CmRange& word) {
@@ -134,6 +183,17 @@ void putIn(CodeMax& cmx, const QString& text, const CmRange& word) {
   const qint64 line = word.StartLineNo + before.count(u'\n');
   const qint64 column = field - lineStart + (lineStart == 0 ? word.StartColNo : 0);
   cmx.SetSel({line, column, line, column + kField.size(), false});
+}
+
+bool exchange(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const CmRange& range, const ExpandText& expand) {
+  if (languageIndex <= 0 || cmx.ReadOnly() || !manager.isHotKey(languageIndex, hotKey)) return false;
+  const QString text = templateText(cmx, manager, languageIndex, hotKey, range, expand);
+  {
+    const EditBlock block(cmx);
+    putIn(cmx, text, range);
+  }
+  cmx.setFocus();
+  return true;
 }
 
 }  // namespace
@@ -200,15 +260,11 @@ bool isTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, bool afterTyping
 
 bool ExpandTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, const ExpandText& expand) {
   const QString word = cmx.CurrentWord();
-  if (word.isEmpty() || languageIndex <= 0 || cmx.ReadOnly() || !manager.isHotKey(languageIndex, word)) return false;
-  const CmRange range = cmx.CurrentWordRange();
-  const QString text = templateText(cmx, manager, languageIndex, word, range, expand);
-  {
-    const EditBlock block(cmx);
-    putIn(cmx, text, range);
-  }
-  cmx.setFocus();
-  return true;
+  return !word.isEmpty() && exchange(cmx, manager, languageIndex, word, cmx.CurrentWordRange(), expand);
+}
+
+bool InsertTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const ExpandText& expand) {
+  return exchange(cmx, manager, languageIndex, hotKey, cmx.GetSel(true), expand);
 }
 
 void UserStringToCode(QString& text, qint64 indentation) {

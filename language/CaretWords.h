@@ -33,6 +33,9 @@ bool isTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, bool afterTyping
 // hot key there.
 bool ExpandTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, const ExpandText& expand);
 
+// The same with the template of that hot key at the caret, in place of what is selected.
+bool InsertTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const ExpandText& expand);
+
 // Puts `indentation` blanks in front of every line but the first. A line break at the very start counts as part of the first
 // line.
 void UserStringToCode(QString& text, qint64 indentation);

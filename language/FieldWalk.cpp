@@ -4,17 +4,23 @@
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 
+#include "base/Strings.h"
 #include "control/CodeMax.h"
 #include "language/CaretWords.h"
 #include "text/Words.h"
+
+namespace {
+constexpr qsizetype kMarker = 2;   // length of "$$"
+}
 
 FieldWalk::FieldWalk(CodeMax& cmx, text::ByteRange range) : QObject(&cmx), cmx_(cmx) {
   text::Document& document = cmx.editor().document();
   begin_ = document.addMark(range.begin, text::Gravity::left);
   end_ = document.addMark(range.end, text::Gravity::right);
   changes_ = document.subscribe([this](const text::Change& change) {
-    if (change.reset) begin_ = end_ = 0;   // another text: the marks are gone
+    if (change.reset) begin_ = end_ = fieldBegin_ = fieldEnd_ = 0;   // another text: the marks are gone
   });
+  connect(&cmx, &CodeMax::SelChange, this, &FieldWalk::leftField, Qt::QueuedConnection);   // it changes the text
   qApp->installEventFilter(this);
 }
 
@@ -28,6 +34,7 @@ FieldWalk* FieldWalk::of(const CodeMax& cmx) {
 
 void FieldWalk::start(CodeMax& cmx, text::ByteRange range) {
   if (FieldWalk* walk = of(cmx)) {
+    walk->dropField();   // what goes in now is no name to repeat
     if (walk->contains(range.begin, range.end)) return;
     walk->stop();
   }
@@ -52,7 +59,57 @@ bool FieldWalk::fieldLeft() const {
   return editor.snapshot().bytes({selected.end, end()}).find("$$") != std::string::npos;
 }
 
+void FieldWalk::beginField() {
+  endField();
+  const QString marked = cmx_.SelText();
+  if (marked.size() <= kMarker) return;
+  const text::ByteRange range = cmx_.editor().selectedRange();
+  fieldName_ = marked.mid(kMarker);
+  fieldBegin_ = cmx_.editor().document().addMark(range.begin, text::Gravity::left);
+  fieldEnd_ = cmx_.editor().document().addMark(range.end, text::Gravity::right);
+}
+
+bool FieldWalk::endField() {
+  if (!fieldBegin_) return false;
+  text::Document& document = cmx_.editor().document();
+  const QString typed = toQString(document.snapshot().bytes({document.markAt(fieldBegin_), document.markAt(fieldEnd_)}));
+  dropField();
+  // Nothing: the field was deleted, which says nothing of the others. The marker is there again: it was undone. Lines: no name.
+  return !typed.isEmpty() && !typed.startsWith(QLatin1String("$$")) && !typed.contains(u'\n') && fill(fieldName_, typed);
+}
+
+void FieldWalk::dropField() {
+  if (!fieldBegin_) return;
+  cmx_.editor().document().removeMark(fieldBegin_);
+  cmx_.editor().document().removeMark(fieldEnd_);
+  fieldBegin_ = fieldEnd_ = 0;
+}
+
+bool FieldWalk::fill(const QString& name, const QString& with) {
+  constexpr std::int64_t kLargest = 1 << 20;   // of what may have been typed into the template since
+  Editor& editor = cmx_.editor();
+  const text::ByteOffset begin = editor.document().markAt(begin_);
+  if (cmx_.ReadOnly() || end() - begin > kLargest || name[0].isDigit()) return false;   // equal numbers are no one thing
+  const QString inside = toQString(editor.snapshot().bytes({begin, end()})), field = QStringLiteral("$$") + name;
+  std::vector<text::Edit> edits;
+  for (qsizetype at = 0; (at = inside.indexOf(field, at)) >= 0; at += field.size()) {
+    const qsizetype behind = at + field.size();
+    if (behind < inside.size() && text::classOf(inside[behind].unicode()) == text::CharClass::word) continue;
+    const text::ByteOffset from = begin + static_cast<std::int64_t>(fromQString(inside.left(at)).size());
+    edits.push_back({{from, from + static_cast<std::int64_t>(fromQString(field).size())}, fromQString(with)});
+  }
+  return !edits.empty() && editor.document().apply(edits, editor.selection());
+}
+
+void FieldWalk::leftField() {
+  if (!fieldBegin_) return;
+  const text::Document& document = cmx_.editor().document();
+  const text::ByteRange selected = cmx_.editor().selectedRange();
+  if (selected.begin < document.markAt(fieldBegin_) || selected.end > document.markAt(fieldEnd_)) endField();
+}
+
 void FieldWalk::stop() {
+  endField();
   if (begin_) {
     cmx_.editor().document().removeMark(begin_);
     cmx_.editor().document().removeMark(end_);
@@ -78,16 +135,22 @@ qint64 FieldWalk::proposalLength() const {
 
 bool FieldWalk::tab() {
   const bool onMarker = markerSelected();
+  const bool went = endField() || onMarker;
   if (onMarker) {
     const CmRange marker = cmx_.GetSel(true);
     const qint64 proposal = proposalLength();
-    if (proposal > 0) cmx_.ReplaceSel({});
+    if (proposal > 0) {
+      const QString name = cmx_.GetLine(marker.EndLineNo).mid(marker.EndColNo, proposal);
+      const EditBlock block(cmx_);
+      cmx_.ReplaceSel({});
+      fill(name, name);
+    }
     const qint64 behind = proposal > 0 ? marker.StartColNo + proposal : marker.EndColNo;
     cmx_.SetSel({marker.StartLineNo, behind, marker.StartLineNo, behind, false});
   }
   if (fieldLeft()) return NextField(cmx_, end());
   stop();
-  return onMarker;
+  return went;
 }
 
 bool FieldWalk::eventFilter(QObject* watched, QEvent* event) {
@@ -110,6 +173,7 @@ bool FieldWalk::eventFilter(QObject* watched, QEvent* event) {
     CmRange both = cmx_.GetSel(true);
     both.EndColNo += proposalLength();
     cmx_.SetSel(both);
+    beginField();
   }
   return false;
 }

@@ -194,6 +194,7 @@ TEST_F(CaretWords, TemplatesGoInAtTheirPlace) {
   hotKey("plain", "one\ntwo");
   hotKey("..", "dots");
   hotKey("none", "");
+  hotKey("tab", "one\n\ttwo");
   hotKey("lead", "\na\nb\n");
   struct Case {
     const char *before, *after;
@@ -201,7 +202,10 @@ TEST_F(CaretWords, TemplatesGoInAtTheirPlace) {
   for (const Case& c : {
            Case{"alw|", "always @(@$$|clk)\nbegin\n\n  $$\nend"},
            Case{"    a|lw;", "    always @(@$$|clk)\n    begin\n    \n      $$\n    end;"},
-           Case{"\talw|", "\talways @(@$$|clk)\n    begin\n    \n      $$\n    end"},   // blanks up to the tab's width
+           Case{"\talw|", "\talways @(@$$|clk)\n\tbegin\n\t\n\t\t$$\n\tend"},   // a level of the template is a tab there
+           Case{"\tx\nalw|", "\tx\nalways @(@$$|clk)\nbegin\n\n\t$$\nend"},
+           Case{"  x\ntab|", "  x\none\n    two|"},
+           Case{"tab|", "one\n\ttwo|"},
            Case{"ab\tx alw|", "ab\tx always @(@$$|clk)\n      begin\n      \n        $$\n      end"},
            Case{"\xC3\xA4 plain|", "\xC3\xA4 one\n  two|"},
            Case{"x\n  plain| y", "x\n  one\n  two| y"},

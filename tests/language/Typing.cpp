@@ -125,6 +125,32 @@ TEST_F(Typing, ProposalsAreTakenOrTypedOver) {
   EXPECT_EQ(shown(), "a(|, $$rst_n) $$ $$8");
 }
 
+TEST_F(Typing, ANameThatComesAgainIsTypedOnce) {
+  hotKey("m", "m $$u($$clk, $$0)\n$$u $$up $$clk $$0", "");
+  const char* const typed = "m a_1(@$$|clk, $$0)\na_1 $$up $$clk $$0";
+  expand("m| $$u");
+  type("a_1");
+  EXPECT_EQ(shown(), "m a_1|($$clk, $$0)\n$$u $$up $$clk $$0 $$u");
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), std::string(typed) + " $$u") << "what stands behind the template is not part of it";
+  key(Qt::Key_Tab);   // takes the proposal, everywhere
+  EXPECT_EQ(shown(), "m a_1(clk, @$$|0)\na_1 $$up clk $$0 $$u");
+  cmx.editor().undo();
+  cmx.editor().undo();
+  EXPECT_EQ(bytesOf(cmx), "m a_1($$clk, $$0)\n$$u $$up $$clk $$0 $$u");
+
+  expand("m|");
+  type("b");
+  cmx.SetSel({1, 0, 1, 0, false});   // the caret goes elsewhere
+  QApplication::processEvents();
+  EXPECT_EQ(shown(), "m b($$clk, $$0)\n|b $$up $$clk $$0");
+  hotKey("last", "$$a $$a", "");
+  expand("last|");
+  type("x");
+  key(Qt::Key_Tab);
+  EXPECT_EQ(shown(), "x| x") << "the key that filled the last fields is no tab";
+}
+
 TEST_F(Typing, ATemplateInsideAnotherGoesFirst) {
   hotKey("b", "begin $$ end", "");
   expand("alw|");
