@@ -9,14 +9,20 @@
 #include <algorithm>
 
 #include "app/Icons.h"
+#include "app/KeyActions.h"
 #include "app/frmMain.h"
 #include "base/Memory.h"
 #include "control/KeyCommands.h"
 #include "control/KeyMap.h"
+#include "document/Languages.h"
+#include "document/frmRegistry.h"
+#include "language/ucCM.h"
 
 namespace {
 
 QString shown(const char* text) { return *text ? QCoreApplication::translate("frmMain", text) : QString(); }
+
+const QString kByKey = QStringLiteral("byKey");
 
 QString elementName(const QString& name, int index) {
   return index < 0 ? name : name + u'(' + QString::number(index) + u')';
@@ -44,6 +50,7 @@ FrameMenus::FrameMenus(frmMain& frame) : QObject(&frame), frame_(frame), toolBar
     addInGroups(*to, it.value());
   }
   addInGroups(*toolBar_, tools_);
+  keyMap().setNamedActions(keyactions::all());
   refreshKeys();
 }
 
@@ -80,6 +87,7 @@ void FrameMenus::make(const FrameCommand& row) {
   action->setObjectName(name);
   action->setText(shown(row.caption));
   action->setMenuRole(QAction::NoRole);
+  action->setProperty(kNamedActionProperty, keyactions::ofCommand(row.name));
   if (row.needs & kOthers) action->setEnabled(false);
   actions_.insert(name, action);
   placed_[QString::fromLatin1(row.menu)].append({row.place, action});
@@ -141,7 +149,13 @@ void FrameMenus::setCaption(const QString& name, int index, const QString& capti
   QAction* entry = action(name, index);
   if (!entry) return;
   entry->setSeparator(caption == QLatin1String("-"));
-  if (!entry->isSeparator()) entry->setText(caption);
+  if (!entry->isSeparator()) {
+    const auto language = name == QLatin1String("mCustom") && index >= 0 ? languages().Language() : nullptr;
+    QString keys;
+    if (language && index < language->cMacros()->Count())
+      keys = keyMap().keysOf({0, {}, keyactions::ofMacro(language->cMacros()->Item(index + 1)->Name)}).value(0).toString(QKeySequence::NativeText);
+    entry->setText(keys.isEmpty() ? caption : caption + u'\t' + keys);
+  }
   entry->setVisible(visible);
 }
 
@@ -160,12 +174,15 @@ void FrameMenus::refreshKeys() {
   for (const FrameCommand* row : frameCommands()) {
     if (row->isMenu || row->elements > 0) continue;
     QAction* action = actions_.value(QString::fromLatin1(row->name));
-    QString keys = QString::fromLatin1(row->keys);
-    if (!keys.isEmpty()) {
-      QList<QKeySequence> sequences;
-      for (const QString& key : keys.split(u';')) sequences << QKeySequence(key.trimmed());
-      action->setShortcuts(sequences);
-    } else if (row->command) {
+    QString keys;
+    if (*row->keys || !row->command) {
+      // The usual ones first, where they still hold: the menu shows the first.
+      QList<QKeySequence> now = keyMap().keysOf({0, {}, keyactions::ofCommand(row->name)}), sequences;
+      for (const QString& key : QString::fromLatin1(row->keys).split(u';', Qt::SkipEmptyParts))
+        if (now.removeOne(QKeySequence(key.trimmed()))) sequences << QKeySequence(key.trimmed());
+      action->setShortcuts(sequences + now);
+      keys = action->shortcut().toString();
+    } else {
       // The edit control answers to its keys itself; the menu only shows them.
       const Command* command = anyCommandById(row->command);
       const QList<QKeySequence> now = keyMap().keysOf({row->command, {}});
@@ -176,8 +193,20 @@ void FrameMenus::refreshKeys() {
       const QString first = QKeySequence(keys).toString(QKeySequence::NativeText);
       action->setText(first.isEmpty() ? shown(row->caption) : shown(row->caption) + u'\t' + first);
     }
-    const QString key = QKeySequence(keys.section(u';', 0, 0).trimmed()).toString(QKeySequence::NativeText);
+    const QString key = QKeySequence(keys).toString(QKeySequence::NativeText);
     const QString tip = *row->tip ? shown(row->tip) : plainCaption(row->caption);
     action->setToolTip(key.isEmpty() ? tip : tip + QLatin1String(" (") + key + u')');
   }
+  // Macros and templates that have keys are actions without a menu.
+  qDeleteAll(findChildren<QAction*>(kByKey));
+  for (const QString& name : keyMap().boundNames()) {
+    if (name.startsWith(QLatin1String("MENU "))) continue;
+    auto* action = new QAction(this);
+    action->setObjectName(kByKey);
+    action->setProperty(kNamedActionProperty, name);
+    action->setShortcuts(keyMap().keysOf({0, {}, name}));
+    connect(action, &QAction::triggered, this, [this, name] { withMemory([&] { keyactions::run(frame_, name); }); });
+    frame_.addAction(action);
+  }
+  frmRegistry::instance().CommandstoMenu();   // which shows them
 }

@@ -3,6 +3,7 @@
 #include <QTimer>
 
 #include "app/FrameMenus.h"
+#include "app/KeyActions.h"
 #include "app/frmMain.h"
 #include "app/mGlobals.h"
 #include "base/Program.h"
@@ -16,15 +17,7 @@
 #include "language/frmDefinitions.h"
 #include "language/ucCM.h"
 
-namespace {
-
-// What a template's text goes through before it is put in.
-void expandText(QString& text) {
-  mCMXParser::ExpandPrompts(text);
-  mCMXParser::SubstituteVariables(text);
-}
-
-}  // namespace
+using keyactions::expandTemplateText;
 
 // ---- word lists and templates
 
@@ -40,7 +33,7 @@ void frmMain::ProcessWordList(bool previous) {
 
 void frmMain::isTemplate(bool& found, bool afterTyping) {
   frmDocument* document = activeDocument();
-  found = document && ::isTemplate(*document->cmx, languages(), document->LanguageIndex(), afterTyping, expandText);
+  found = document && ::isTemplate(*document->cmx, languages(), document->LanguageIndex(), afterTyping, expandTemplateText);
 }
 
 bool frmMain::isTemplateAtCaret(bool afterTyping) {
@@ -52,7 +45,7 @@ bool frmMain::isTemplateAtCaret(bool afterTyping) {
 void frmMain::mHelpExpandTemplate_Click() {
   frmDocument* document = activeDocument();
   if (!document) return;
-  ExpandTemplate(*document->cmx, languages(), document->LanguageIndex(), expandText);
+  ExpandTemplate(*document->cmx, languages(), document->LanguageIndex(), expandTemplateText);
   document->cmx->setFocus();
 }
 
@@ -61,7 +54,7 @@ void frmMain::mHelpNextField_Click() {
 }
 
 void frmMain::offerHotWords(frmDocument* document) {
-  new HotWords(*document->cmx, languages(), [document] { return document->LanguageIndex(); }, expandText);   // cmx's child
+  new HotWords(*document->cmx, languages(), [document] { return document->LanguageIndex(); }, expandTemplateText);   // cmx's child
 }
 
 // ---- Custom menu

@@ -65,6 +65,7 @@ void loadSettings(frmMain& frame) {
     service.SetupMRUList();
   }
   InitLanguages();
+  frame.menus().refreshKeys();
   service.GetProfile(frame, QStringLiteral("mnuFileMRU"));
 }
 

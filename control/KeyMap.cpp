@@ -1,6 +1,7 @@
 #include "control/KeyMap.h"
 
 #include <QKeyEvent>
+#include <QRegularExpression>
 #include <algorithm>
 
 #include "control/KeyCommands.h"
@@ -18,7 +19,12 @@ int plainStroke(int stroke) {
 
 QString nameOf(const KeyAction& action) {
   const Command* command = anyCommandById(action.command);
-  return command ? QString::fromLatin1(command->name) : QString();
+  return command ? QString::fromLatin1(command->name) : action.named;
+}
+
+bool isActionName(const QString& name) {
+  static const QRegularExpression form(QStringLiteral("^[A-Z]+ [^\\s=\\x00-\\x1f]+$"));
+  return form.match(name).hasMatch();
 }
 
 }  // namespace
@@ -48,7 +54,7 @@ QKeySequence KeyMap::keysFrom(Strokes strokes) {
   return QKeySequence(static_cast<int>(strokes >> 32), static_cast<int>(strokes & 0xFFFFFFFF));
 }
 
-const QHash<KeyMap::Strokes, KeyAction>& KeyMap::defaults() {
+const QHash<KeyMap::Strokes, KeyAction>& KeyMap::tableDefaults() {
   static const QHash<Strokes, KeyAction> map = [] {
     QHash<Strokes, KeyAction> all;
     for (std::span<const Command> table : {commands(), keyCommands()})
@@ -60,9 +66,29 @@ const QHash<KeyMap::Strokes, KeyAction>& KeyMap::defaults() {
   return map;
 }
 
+void KeyMap::setNamedActions(const QList<NamedAction>& actions) {
+  const QHash<Strokes, KeyAction> before = std::exchange(defaults_, tableDefaults());
+  named_ = actions;
+  for (const NamedAction& action : actions)
+    for (const QString& keys : action.keys.split(QStringLiteral("; "), Qt::SkipEmptyParts)) {
+      const Strokes strokes = strokesOf(QKeySequence(keys, QKeySequence::PortableText));
+      if (strokes == 0 || defaults_.contains(strokes)) continue;
+      defaults_.insert(strokes, {0, {}, action.name});
+      if (!before.contains(strokes) && !actions_.contains(strokes)) put(strokes, defaults_.value(strokes));
+    }
+}
+
+QStringList KeyMap::boundNames() const {
+  QStringList names;
+  for (const KeyAction& action : actions_)
+    if (!action.named.isEmpty() && !names.contains(action.named)) names << action.named;
+  return names;
+}
+
 void KeyMap::put(Strokes strokes, const KeyAction& action) {
-  const bool longer = (strokes & 0xFFFFFFFF) != 0, was = actions_.contains(strokes);
-  if (longer && was != !action.isNone()) firsts_[static_cast<int>(strokes >> 32)] += was ? -1 : 1;
+  const auto counts = [strokes](const KeyAction& a) { return (strokes & 0xFFFFFFFF) != 0 && (a.command != 0 || !a.macro.isEmpty()); };
+  const int more = int(counts(action)) - int(counts(actions_.value(strokes)));
+  if (more != 0) firsts_[static_cast<int>(strokes >> 32)] += more;
   if (action.isNone()) actions_.remove(strokes);
   else actions_.insert(strokes, action);
 }
@@ -148,8 +174,8 @@ int KeyMap::fromText(const QString& text) {
     const QString name = line.mid(equals + 1).trimmed();
     const Command* command = anyCommandByName(name);
     const Strokes strokes = equals <= 0 ? 0 : strokesOf(QKeySequence(line.left(equals).trimmed(), QKeySequence::PortableText));
-    if (strokes == 0 || (!command && !name.isEmpty())) ++skipped;
-    else put(strokes, {command ? command->id : 0, {}});
+    if (strokes == 0 || (!command && !name.isEmpty() && !isActionName(name))) ++skipped;
+    else put(strokes, {command ? command->id : 0, {}, command ? QString() : name});
   }
   for (auto it = macros.constBegin(); it != macros.constEnd(); ++it) put(it.key(), *it);
   return skipped;

@@ -16,7 +16,7 @@
 namespace {
 
 enum Column { kName, kKeys, kHelp };
-constexpr int kCommandRole = Qt::UserRole, kMacroRole = Qt::UserRole + 1;
+constexpr int kCommandRole = Qt::UserRole, kMacroRole = Qt::UserRole + 1, kNamedRole = Qt::UserRole + 2;
 
 }  // namespace
 
@@ -36,7 +36,7 @@ KeysPage::KeysPage(const QWidget* frame, QWidget* parent)
   searchKeys_->setObjectName(QStringLiteral("searchKeys"));
   label(tr("Search by &name:"), search_, 0, 0);
   grid->addWidget(search_, 0, 1);
-  label(tr("by pressed &key:"), searchKeys_, 0, 2);
+  label(tr("by &pressed key:"), searchKeys_, 0, 2);
   grid->addWidget(searchKeys_, 0, 3, 1, 2);
 
   tree_ = new QTreeWidget(this);
@@ -46,21 +46,22 @@ KeysPage::KeysPage(const QWidget* frame, QWidget* parent)
   tree_->setSortingEnabled(true);
   tree_->setHeaderLabels({tr("Command"), tr("Keys"), tr("What it does")});
   tree_->header()->setStretchLastSection(true);
-  grid->addWidget(tree_, 1, 0, 1, 5);
+  label(tr("Comm&ands:"), tree_, 1, 0);
+  grid->addWidget(tree_, 2, 0, 1, 5);
   help_ = new QLabel(this);
   help_->setTextFormat(Qt::PlainText);
   help_->setWordWrap(true);
-  grid->addWidget(help_, 2, 0, 1, 5);
+  grid->addWidget(help_, 3, 0, 1, 5);
 
   keys_ = new QListWidget(this);
   keys_->setObjectName(QStringLiteral("keysOfCommand"));
   keys_->setMaximumHeight(90);
-  label(tr("Keys of the &command:"), keys_, 3, 0)->setAlignment(Qt::AlignTop);
-  grid->addWidget(keys_, 3, 1, 3, 1);
+  label(tr("Keys of the &command:"), keys_, 4, 0)->setAlignment(Qt::AlignTop);
+  grid->addWidget(keys_, 4, 1, 3, 1);
   newKeys_ = new KeyField(this);
   newKeys_->setObjectName(QStringLiteral("newKeys"));
-  label(tr("Ne&w keys:"), newKeys_, 3, 2);
-  grid->addWidget(newKeys_, 3, 3);
+  label(tr("Ne&w keys:"), newKeys_, 4, 2);
+  grid->addWidget(newKeys_, 4, 3);
   const auto button = [&](const QString& text, const char* name, auto slot) {
     auto* b = new QPushButton(text, this);
     b->setObjectName(QString::fromLatin1(name));
@@ -69,16 +70,16 @@ KeysPage::KeysPage(const QWidget* frame, QWidget* parent)
     return b;
   };
   bind_ = button(tr("&Bind"), "bind", [this] { bind(); });
-  grid->addWidget(bind_, 3, 4);
+  grid->addWidget(bind_, 4, 4);
   conflicts_ = new QLabel(this);
   conflicts_->setObjectName(QStringLiteral("conflicts"));
   conflicts_->setTextFormat(Qt::PlainText);
   conflicts_->setWordWrap(true);
   conflicts_->setMinimumHeight(fontMetrics().lineSpacing() * 2);
   conflicts_->setAlignment(Qt::AlignTop);
-  grid->addWidget(conflicts_, 4, 2, 1, 3);
+  grid->addWidget(conflicts_, 5, 2, 1, 3);
   auto* row = new QHBoxLayout;
-  unbind_ = button(tr("Ta&ke Keys Away"), "unbind", [this] { unbind(); });
+  unbind_ = button(tr("Take Key&s Away"), "unbind", [this] { unbind(); });
   rename_ = button(tr("Rename &Macro..."), "renameMacro", [this] { renameMacro(); });
   remove_ = button(tr("&Delete Macro"), "removeMacro", [this] { removeMacro(); });
   row->addWidget(unbind_);
@@ -89,10 +90,10 @@ KeysPage::KeysPage(const QWidget* frame, QWidget* parent)
     map_.restoreDefaults();
     fill();
   }));
-  grid->addLayout(row, 6, 0, 1, 5);
+  grid->addLayout(row, 7, 0, 1, 5);
   grid->setColumnStretch(1, 1);
   grid->setColumnStretch(3, 1);
-  grid->setRowStretch(1, 1);
+  grid->setRowStretch(2, 1);
 
   connect(search_, &QLineEdit::textChanged, this, [this] { filter(); });
   connect(searchKeys_, &KeyField::keysChanged, this, [this] { filter(); });
@@ -116,7 +117,10 @@ void KeysPage::apply() const {
 
 QString KeysPage::nameOf(const KeyAction& action) const {
   const Command* command = anyCommandById(action.command);
-  return command ? QString::fromLatin1(command->name) : tr("Macro: %1").arg(action.macro);
+  if (command) return QString::fromLatin1(command->name);
+  for (const NamedAction& named : map_.namedActions())
+    if (named.name == action.named) return named.shown;
+  return action.named.isEmpty() ? tr("Macro: %1").arg(action.macro) : action.named;
 }
 
 QString KeysPage::keysTextOf(const KeyAction& action) const {
@@ -127,7 +131,8 @@ QString KeysPage::keysTextOf(const KeyAction& action) const {
 
 KeyAction KeysPage::selected() const {
   const QTreeWidgetItem* item = tree_->currentItem();
-  return item ? KeyAction{item->data(kName, kCommandRole).toInt(), item->data(kName, kMacroRole).toString()} : KeyAction();
+  return item ? KeyAction{item->data(kName, kCommandRole).toInt(), item->data(kName, kMacroRole).toString(), item->data(kName, kNamedRole).toString()}
+              : KeyAction();
 }
 
 void KeysPage::fill() {
@@ -139,21 +144,25 @@ void KeysPage::fill() {
     auto* item = new QTreeWidgetItem(tree_, {nameOf(action), keysTextOf(action), help});
     item->setData(kName, kCommandRole, action.command);
     item->setData(kName, kMacroRole, action.macro);
+    item->setData(kName, kNamedRole, action.named);
     if (action == before) current = item;
   };
   for (std::span<const Command> table : {commands(), keyCommands()})
     for (const Command& command : table) add({command.id, {}}, QString::fromUtf8(command.help));
-  for (const QString& macro : macros_) add({0, macro}, tr("Recorded keystrokes."));
+  for (const QString& macro : macros_) add({0, macro, {}}, tr("Recorded keystrokes."));
+  for (const NamedAction& named : map_.namedActions()) add({0, {}, named.name}, named.help);
   if (!current) current = tree_->topLevelItem(0);
   tree_->setCurrentItem(current);
   filter();
   showSelected();
 }
 
-// Shows what holds the text in its name or description, and of these what the keys, as far as they were pressed, do.
+// Shows what holds the text in its name or description, and of these what the keys, as far as they were pressed, do. What is
+// current is always one that is shown.
 void KeysPage::filter() {
   const QString text = search_->text().trimmed();
   const QString pressed = searchKeys_->keys().toString(QKeySequence::NativeText);
+  QTreeWidgetItem* first = nullptr;
   for (int i = 0; i < tree_->topLevelItemCount(); ++i) {
     QTreeWidgetItem* item = tree_->topLevelItem(i);
     bool shown = text.isEmpty() || item->text(kName).contains(text, Qt::CaseInsensitive) ||
@@ -164,7 +173,9 @@ void KeysPage::filter() {
         shown = shown || keys == pressed || keys.startsWith(pressed + QStringLiteral(", "));
     }
     item->setHidden(!shown);
+    if (shown && !first) first = item;
   }
+  if (!tree_->currentItem() || tree_->currentItem()->isHidden()) tree_->setCurrentItem(first);
 }
 
 void KeysPage::showSelected() {
@@ -197,7 +208,7 @@ void KeysPage::showConflicts() {
                            : tr("In the way of %1 (%2).").arg(shown, nameOf(action));
   }
   for (const QAction* action : frame_->findChildren<QAction*>())
-    if (!keys.isEmpty() && action->shortcuts().contains(keys) && map_.actionOf(keys).isNone())
+    if (!keys.isEmpty() && action->shortcuts().contains(keys) && map_.actionOf(keys).isNone() && keyMap().actionOf(keys).isNone())
       lines += tr("The menus have %1 for \"%2\"; in a text it would run this command.")
                    .arg(keys.toString(QKeySequence::NativeText), action->text().remove(u'&'));
   conflicts_->setText(lines.join(u'\n'));

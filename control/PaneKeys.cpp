@@ -18,6 +18,17 @@
 
 using text::ByteOffset;
 
+namespace {
+
+// Later: it may close the window of this text.
+void runNamed(Pane& pane, const QString& name) {
+  for (QAction* action : pane.window()->findChildren<QAction*>())
+    if (action->property(kNamedActionProperty).toString() == name)
+      return void(QMetaObject::invokeMethod(action, &QAction::trigger, Qt::QueuedConnection));
+}
+
+}  // namespace
+
 bool Pane::runCommand(int id, const QVariant& argument) {
   const Action action(*this);
   const std::uint64_t revision = state_.model->document().revision();
@@ -69,7 +80,7 @@ bool Pane::event(QEvent* event) {
     // What is a key of the text is not one of the menus.
     KeyAction bound;
     const int stroke = KeyMap::strokeOf(*static_cast<QKeyEvent*>(event));
-    if (stroke != 0 && (firstStroke_ != 0 || keyMap().find(stroke, 0, &bound) != KeyMap::Match::none)) {
+    if (stroke != 0 && (firstStroke_ != 0 || (keyMap().find(stroke, 0, &bound) != KeyMap::Match::none && bound.named.isEmpty()))) {
       event->accept();
       return true;
     }
@@ -100,7 +111,10 @@ void Pane::keyPressed(QKeyEvent* event) {
   switch (stroke == 0 ? KeyMap::Match::none : first == 0 ? keyMap().find(stroke, 0, &bound) : keyMap().find(first, stroke, &bound)) {
     case KeyMap::Match::exact:
       if (first != 0) note({});
-      if (!bound.macro.isEmpty()) {
+      if (!bound.named.isEmpty()) {
+        if (first != 0) runNamed(*this, bound.named);
+        else event->ignore();   // a short-cut that is switched off now
+      } else if (!bound.macro.isEmpty()) {
         playMacro(bound.macro);
       } else {
         runCommand(bound.command, {});

@@ -1,8 +1,10 @@
 #include <QCoreApplication>
 
+#include "app/KeyActions.h"
 #include "app/commands/Groups.h"
 #include "app/frmMain.h"
 #include "control/KeyMacro.h"
+#include "control/KeyMap.h"
 #include "document/frmDocument.h"
 
 std::span<const FrameCommand> toolsCommands() {
@@ -27,7 +29,10 @@ std::span<const FrameCommand> toolsCommands() {
        .needs = kDocument | kWritable, .isMenu = true, .fill = [](frmMain& f, QMenu& menu) { f.fillKeyMacros(menu); }},
       {.name = "mToolsOptions", .menu = "mTools", .place = 400,
        .caption = QT_TRANSLATE_NOOP("frmMain", "Editor &Options..."), .icon = "configure", .needs = kDocument,
-       .run = [](frmMain& f) { f.activeDocument()->cmx->ExecuteProperties(); }},
+       .run = [](frmMain& f) {
+         keyMap().setNamedActions(keyactions::all());   // the languages may have other macros by now
+         f.activeDocument()->cmx->ExecuteProperties();
+       }},
   };
   return rows;
 }

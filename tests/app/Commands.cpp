@@ -5,6 +5,7 @@
 #include <QSet>
 #include <QToolBar>
 #include <QToolButton>
+#include <QtTest/QTest>
 
 #include "app/Icons.h"
 #include "control/KeyCommands.h"
@@ -66,6 +67,44 @@ TEST(CommandsTable, MnemonicsAreTheirOwn) {
     EXPECT_FALSE(used[q(row->menu)].contains(letter)) << row->name << ' ' << row->caption;
     used[q(row->menu)] << letter;
   }
+}
+
+TEST_F(Commands, KeysCanBeGivenToEverything) {
+  main->show();
+  frmDocument* document = open("a.v", "one\n");
+  document->cmx->setFocus();
+  for (const FrameCommand* row : frameCommands())   // the defaults come through the key map unchanged
+    if (*row->keys && row->elements == 0) {
+      EXPECT_EQ(main->menus().action(q(row->name))->shortcuts(), sequences(row->keys)) << row->name;
+    }
+  const auto bind = [&](const char* keys, const char* shown) {
+    for (const NamedAction& action : keyMap().namedActions())
+      if (action.shown == q(shown)) return void(keyMap().bind(QKeySequence(q(keys)), {0, {}, action.name}));
+    ADD_FAILURE() << shown << " cannot be bound";
+  };
+  bind("Ctrl+Alt+1", "File > New");
+  bind("Ctrl+Alt+2", "Custom > Shout");
+  bind("Ctrl+K, Ctrl+3", "Template > alw");
+  keyMap().bind(QKeySequence(q("Ctrl+N")), {});
+  main->menus().refreshKeys();
+  EXPECT_EQ(main->menus().action(q("mnuFileNew"))->shortcuts(), QList{QKeySequence(q("Ctrl+Alt+1"))});
+  EXPECT_TRUE(main->menus().action(q("mCustom"), 0)->text().startsWith(q("Shout\t")));
+  const auto press = [&](int key, Qt::KeyboardModifiers modifiers) {
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), modifiers);
+    QCoreApplication::processEvents();
+  };
+  press(Qt::Key_2, Qt::ControlModifier | Qt::AltModifier);
+  EXPECT_EQ(document->cmx->Text().trimmed(), q("ONE"));
+  document->cmx->SetSel({1, 0, 1, 0, false});
+  press(Qt::Key_K, Qt::ControlModifier);   // begins sequences of the text too
+  press(Qt::Key_3, Qt::ControlModifier);
+  EXPECT_TRUE(document->cmx->Text().contains(q("always @"))) << document->cmx->Text().toStdString();
+  press(Qt::Key_1, Qt::ControlModifier | Qt::AltModifier);
+  EXPECT_EQ(main->documents().size(), 2);
+  press(Qt::Key_2, Qt::ControlModifier | Qt::AltModifier);   // the new text has no language: nothing, and no harm
+  keyMap().fromText({});
+  main->menus().refreshKeys();
+  EXPECT_EQ(main->menus().action(q("mnuFileNew"))->shortcuts(), sequences("Ctrl+N"));
 }
 
 // '+' enabled, '-' disabled: without a document; with an untouched untitled one; with a modified named one of a language;

@@ -78,6 +78,30 @@ TEST(KeyMap, BindsUnbindsAndTellsConflicts) {
   EXPECT_EQ(map.toText(), QString());
 }
 
+TEST(KeyMap, NamedActionsHaveDefaultsAndKeysOfTheirOwn) {
+  KeyMap map;
+  map.bind(keys("Ctrl+2"), {idOf("REDO"), {}, {}});
+  map.setNamedActions({{QStringLiteral("MENU save"), {}, {}, QStringLiteral("Ctrl+1; Ctrl+2; Ctrl+Z")}});
+  const KeyAction save{0, {}, QStringLiteral("MENU save")};
+  EXPECT_EQ(map.keysOf(save), QList{keys("Ctrl+1")}) << "a default takes nothing away from others";
+  map.bind(keys("Ctrl+J, S"), save);
+  KeyAction action;
+  EXPECT_EQ(map.find(stroke(Qt::Key_J, Qt::ControlModifier), 0, &action), KeyMap::Match::none) << "the text leaves it to short-cuts";
+  map.bind(keys("Ctrl+K, S"), save);
+  EXPECT_EQ(map.find(stroke(Qt::Key_K, Qt::ControlModifier), stroke(Qt::Key_S), &action), KeyMap::Match::exact);
+  EXPECT_EQ(action, save);
+  map.bind(keys("Ctrl+1"), {});
+  map.bind(keys("Ctrl+9"), {0, {}, QStringLiteral("CUSTOM gone%20now")});
+
+  KeyMap other;
+  EXPECT_EQ(other.fromText(map.toText() + QStringLiteral("\nCtrl+3=CUSTOM two words\nCtrl+4=custom x")), 2);
+  EXPECT_EQ(other.toText(), map.toText().remove(QStringLiteral("Ctrl+1=\n"))) << "kept where nobody knows the names";
+  other.setNamedActions(map.namedActions());
+  EXPECT_EQ(other.fromText(map.toText()), 0);
+  EXPECT_EQ(other.keysOf(save), map.keysOf(save));
+  EXPECT_EQ(other.boundNames(), map.boundNames());
+}
+
 TEST(KeyMap, TextRoundTripsAndSkipsWhatItDoesNotKnow) {
   KeyMap map;
   map.bind(keys("Ctrl+Z"), {});
