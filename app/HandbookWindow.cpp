@@ -51,13 +51,23 @@ HandbookWindow::HandbookWindow(QWidget* parent)
   headings_->setAccessibleName(tr("Headings"));
   search_->setPlaceholderText(tr("Find in this page (Enter: next, Shift+Enter: previous)"));
   search_->setClearButtonEnabled(true);
+  const auto labelled = [this](const QString& text, QWidget* field, QBoxLayout::Direction direction) {
+    auto* holder = new QWidget(this);
+    auto* layout = new QBoxLayout(direction, holder);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* label = new QLabel(text, holder);
+    label->setBuddy(field);
+    layout->addWidget(label);
+    layout->addWidget(field, 1);
+    return holder;
+  };
   auto* split = new QSplitter(this);
-  split->addWidget(headings_);
+  split->addWidget(labelled(tr("&Headings"), headings_, QBoxLayout::TopToBottom));
   split->addWidget(text_);
   split->setStretchFactor(1, 1);
   split->setSizes({220, 620});
   auto* layout = new QVBoxLayout(this);
-  layout->addWidget(search_);
+  layout->addWidget(labelled(tr("&Find:"), search_, QBoxLayout::LeftToRight));
   layout->addWidget(split, 1);
   resize(900, 640);
   connect(text_, &QTextBrowser::anchorClicked, this, [this](const QUrl& url) { follow(url.toString()); });

@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMdiArea>
@@ -103,12 +104,15 @@ void frmMain::chooseWindow() {
   QDialog box(this);
   box.setWindowTitle(tr("Windows"));
   auto* filter = new QLineEdit(&box);
-  filter->setPlaceholderText(tr("Part of the name"));
   auto* list = new QListWidget(&box);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &box);
   auto* layout = new QVBoxLayout(&box);
-  layout->addWidget(filter);
-  layout->addWidget(list);
+  for (const auto& [text, field] : {std::pair<QString, QWidget*>{tr("Part of the &name:"), filter}, {tr("&Windows:"), list}}) {
+    auto* label = new QLabel(text, &box);
+    label->setBuddy(field);
+    layout->addWidget(label);
+    layout->addWidget(field);
+  }
   layout->addWidget(buttons);
   const QList<frmDocument*> order = tabs_->inOrder();
   for (frmDocument* document : order) {

@@ -90,7 +90,7 @@ void FindDialog::build() {
   grid->addWidget(find_, 0, 1);
   label(tr("Fi&nd:"), find_, 0);
   next_ = button(tr("Find Ne&xt"), "findNext", 0, [this] { findNext(true); });
-  previous_ = button(tr("Find Pre&vious"), "findPrevious", 0, [this] { findNext(false); });
+  previous_ = button(tr("Find &Previous"), "findPrevious", 0, [this] { findNext(false); });
   count_ = button(tr("C&ount"), "count", 0, [this] { count(); });
   markAll_ = button(tr("Mar&k All"), "markAll", 0, [this] { markAll(); });
   markAll_->setToolTip(tr("Sets a bookmark on every line with a find"));
@@ -101,7 +101,7 @@ void FindDialog::build() {
   column = 2;
   replaceOne_ = button(tr("&Replace"), "replace", 1, [this] { replaceOne(); });
   replaceAll_ = button(tr("Replace &All"), "replaceAll", 1, [this] { replaceAll(); });
-  preserveCase_ = new QCheckBox(tr("&Preserve case"), content);
+  preserveCase_ = new QCheckBox(tr("Preserve ca&se"), content);
   preserveCase_->setToolTip(tr("Gives the replacement the case of what it replaces: all upper, all lower or capitalised"));
   grid->addWidget(preserveCase_, 1, column, 1, 2);
 
@@ -115,11 +115,11 @@ void FindDialog::build() {
     return box;
   };
   preserveCase_->setObjectName(QStringLiteral("preserveCase"));
-  matchCase_ = check(tr("Match &case"), "matchCase", {});
-  wholeWord_ = check(tr("&Whole word"), "wholeWord", {});
+  matchCase_ = check(tr("&Match case"), "matchCase", {});
+  wholeWord_ = check(tr("Who&le word"), "wholeWord", {});
   regex_ = check(tr("Re&gular expression"), "regex",
                  tr("$1 to $99, ${name}, \\n and \\t may stand in the replacement"));
-  inSelection_ = check(tr("In &selection"), "inSelection", tr("Only what is selected now"));
+  inSelection_ = check(tr("&In selection"), "inSelection", tr("Only what is selected now"));
   backwards_ = check(tr("&Backwards"), "backwards", tr("Return and Replace go towards the start of the text"));
   status_ = new QLabel(content);
   status_->setObjectName(QStringLiteral("status"));
@@ -129,7 +129,7 @@ void FindDialog::build() {
   progress_ = new QProgressBar(content);
   progress_->setMaximumWidth(160);
   progress_->setRange(0, 100);
-  cancel_ = new QPushButton(tr("Cancel"), content);
+  cancel_ = new QPushButton(tr("&Cancel"), content);
   cancel_->setObjectName(QStringLiteral("cancel"));
   cancel_->setAutoDefault(false);
   options->addWidget(progress_);

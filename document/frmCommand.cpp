@@ -43,6 +43,9 @@ frmCommand::frmCommand(QWidget* parent) : QDialog(parent), field_(new CommandFie
   older_->setToolTip(tr("Ctrl+Up"));
   newer_->setToolTip(tr("Ctrl+Down"));
   auto* const layout = new QVBoxLayout(this);
+  auto* const caption = new QLabel(tr("Co&mmands:"), this);
+  caption->setBuddy(field_);
+  layout->addWidget(caption);
   layout->addWidget(field_, 1);
   layout->addWidget(help_);
   layout->addWidget(report_);

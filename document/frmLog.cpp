@@ -8,6 +8,7 @@
 #include <QToolBar>
 #include <algorithm>
 
+#include "base/ArrowIcon.h"
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -108,8 +109,8 @@ frmLog::frmLog(QWidget* parent)
 
   stopAction->setIcon(style()->standardIcon(QStyle::SP_BrowserStop));
   stopAction->setEnabled(false);
-  nextAction->setIcon(style()->standardIcon(QStyle::SP_ArrowDown));
-  previousAction->setIcon(style()->standardIcon(QStyle::SP_ArrowUp));
+  nextAction->setIcon(arrowIcon(Arrow::down));
+  previousAction->setIcon(arrowIcon(Arrow::up));
   connect(stopAction, &QAction::triggered, this, &frmLog::stopProgram);
   connect(nextAction, &QAction::triggered, this, &frmLog::nextMessage);
   connect(previousAction, &QAction::triggered, this, &frmLog::previousMessage);

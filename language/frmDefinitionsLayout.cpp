@@ -85,10 +85,10 @@ void frmDefinitions::layOut() {
 
   TabStrip1 = named(new QTabBar, "TabStrip1");
   TabStrip1->setExpanding(false);
-  TabStrip1->addTab(tr("Structure"));
-  TabStrip1->addTab(tr("Macros"));
-  TabStrip1->addTab(tr("Templates"));
-  TabStrip1->addTab(tr("WordLists"));
+  TabStrip1->addTab(tr("Structu&re"));
+  TabStrip1->addTab(tr("&Macros"));
+  TabStrip1->addTab(tr("&Templates"));
+  TabStrip1->addTab(tr("&WordLists"));
   TabStrip1->setTabToolTip(Structure, tr("Language Structure"));
   TabStrip1->setTabToolTip(Macros, tr("Language macros"));
   TabStrip1->setTabToolTip(Templates, tr("Language Templates"));
@@ -148,10 +148,10 @@ QWidget* frmDefinitions::fileRow() {
   layout->setContentsMargins(0, 0, 0, 0);
   txtIni = line("txtIni");
   txtIni->setReadOnly(true);
-  auto* label = new QLabel(tr("Ini File"));
+  auto* label = new QLabel(tr("Ini &File"));
   label->setBuddy(txtIni);
   cmdBrowse = button("cmdBrowse", tr("&Browse..."), tr("Reads the languages from another definition file"));
-  cmdDownload = button("cmdDownload", tr("Do&wnload"), tr("Download new languages from WEB Site"));
+  cmdDownload = button("cmdDownload", tr("Dow&nload"), tr("Download new languages from WEB Site"));
   cmdSubmit = button("cmdSubmit", tr("S&ubmit"), tr("Submits the selected language"));
   layout->addWidget(label);
   layout->addWidget(txtIni, 1);
@@ -162,8 +162,7 @@ QWidget* frmDefinitions::fileRow() {
 QWidget* frmDefinitions::languageFrame() {
   auto* frame = named(new QGroupBox(tr("Language")), "fraLanguage");
   txtFilter = line("txtFilter", tr("Shows only languages whose name or extensions hold this"));
-  txtFilter->setPlaceholderText(tr("Filter (Ctrl+F)"));
-  txtFilter->setAccessibleName(tr("Filter"));
+  txtFilter->setPlaceholderText(tr("Ctrl+F"));
   txtFilter->setClearButtonEnabled(true);
   lstLanguage = named(new QListWidget, "lstLanguage");
   lstLanguage->setAccessibleName(tr("Language"));
@@ -183,14 +182,20 @@ QWidget* frmDefinitions::languageFrame() {
   txtExtension = line("txtExtension", tr("Extensions on which this language definition will be used."));
 
   auto* grid = new QGridLayout(frame);
-  grid->addWidget(txtFilter, 0, 0, 1, 3);
-  grid->addWidget(lstLanguage, 1, 0, 1, 3);
+  const auto labelled = [&](const QString& caption, QWidget* field, int row) {
+    auto* label = new QLabel(caption);
+    label->setBuddy(field);
+    grid->addWidget(label, row, 0, Qt::AlignTop);
+    grid->addWidget(field, row, 1, 1, 2);
+  };
+  labelled(tr("&Filter"), txtFilter, 0);
+  labelled(tr("Lan&guages"), lstLanguage, 1);
   grid->addWidget(cmdAdd, 2, 0);
   grid->addWidget(cmdDuplicate, 2, 1);
   grid->addWidget(cmdDelete, 2, 2);
   auto* below = new QGridLayout;
-  above(below, 0, 0, tr("Description"), txtDescription);
-  above(below, 2, 0, tr("Extensions"), txtExtension);
+  above(below, 0, 0, tr("D&escription"), txtDescription);
+  above(below, 2, 0, tr("E&xtensions"), txtExtension);
   grid->addLayout(below, 3, 0, 1, 3);
   grid->addWidget(cmdApply, 4, 0);
   grid->addWidget(cmdSave, 4, 1);
@@ -202,7 +207,7 @@ QWidget* frmDefinitions::languageFrame() {
 QWidget* frmDefinitions::structureFrame() {
   fraStructure = named(new QFrame, "fraStructure");
   fraStructure->setFrameShape(QFrame::StyledPanel);
-  chkCase = named(new QCheckBox(tr("Language Case Sensitive")), "chkCase");
+  chkCase = named(new QCheckBox(tr("Language Case Sensiti&ve")), "chkCase");
   txtKeyword = field("txtKeyword", {}, 8);
   txtOperator = field("txtOperator", {}, 8);
   txtText = field("txtText", {}, 2);
@@ -216,22 +221,22 @@ QWidget* frmDefinitions::structureFrame() {
 
   auto* indents = named(new QGroupBox(tr("Indents")), "fraIndents");
   auto* indentGrid = new QGridLayout(indents);
-  above(indentGrid, 0, 0, tr("Indent"), txtIin);
-  above(indentGrid, 2, 0, tr("OutDent"), txtIOut);
-  above(indentGrid, 4, 0, tr("Both"), txtIinout);
+  above(indentGrid, 0, 0, tr("Ind&ent"), txtIin);
+  above(indentGrid, 2, 0, tr("&OutDent"), txtIOut);
+  above(indentGrid, 4, 0, tr("Bot&h"), txtIinout);
   auto* comments = named(new QGroupBox(tr("Comments")), "fraComments");
   auto* commentGrid = new QGridLayout(comments);
-  above(commentGrid, 0, 0, tr("Single Line "), txtSLC);
-  above(commentGrid, 2, 0, tr("Multi Line Start"), txtMLCS);
-  above(commentGrid, 4, 0, tr("Multi Line End"), txtMLCE);
+  above(commentGrid, 0, 0, tr("Sin&gle Line "), txtSLC);
+  above(commentGrid, 2, 0, tr("Mu&lti Line Start"), txtMLCS);
+  above(commentGrid, 4, 0, tr("Multi &Line End"), txtMLCE);
 
   auto* grid = new QGridLayout(fraStructure);
   grid->addWidget(chkCase, 0, 0, 1, 4);
   auto* words = new QGridLayout;
-  above(words, 0, 0, tr("Keywords"), txtKeyword);
+  above(words, 0, 0, tr("&Keywords"), txtKeyword);
   auto* signs = new QGridLayout;
-  above(signs, 0, 0, tr("Operators"), txtOperator);
-  above(signs, 2, 0, tr("Text Delimiters"), txtText);
+  above(signs, 0, 0, tr("&Operators"), txtOperator);
+  above(signs, 2, 0, tr("Te&xt Delimiters"), txtText);
   signs->setRowStretch(1, 3);
   signs->setRowStretch(3, 1);
   grid->addLayout(words, 1, 0);
@@ -239,7 +244,7 @@ QWidget* frmDefinitions::structureFrame() {
   grid->addWidget(comments, 1, 2);
   grid->addWidget(indents, 1, 3);
   auto* help = new QHBoxLayout;
-  auto* label = new QLabel(tr("Help File"));
+  auto* label = new QLabel(tr("Help &File"));
   label->setBuddy(txtHelp);
   help->addWidget(label);
   help->addWidget(txtHelp, 1);
@@ -257,7 +262,7 @@ QWidget* frmDefinitions::listFrame() {
   lst->setSelectionMode(QAbstractItemView::ExtendedSelection);
   lst->setEditTriggers(lstLanguage->editTriggers());
   lst->setUniformItemSizes(true);
-  cmdAddList = button("cmdAddList", tr("Add"), tr("Adds a new entry"));
+  cmdAddList = button("cmdAddList", tr("Add Entr&y"), tr("Adds a new entry"));
   cmdDeleteList = button("cmdDeleteList", tr("De&lete"), tr("Deletes the selected entries"));
   txtDesc = line("txtDesc");
   txtList = field("txtList", {}, 8);
@@ -272,7 +277,7 @@ QWidget* frmDefinitions::listFrame() {
   buttons->addWidget(cmdDeleteList);
   grid->addLayout(buttons, 2, 0);
   auto* texts = new QGridLayout;
-  above(texts, 0, 0, tr("Description"), txtDesc);
+  above(texts, 0, 0, tr("Descripti&on"), txtDesc);
   lblText = above(texts, 2, 0, {}, txtList);
   lblText->setObjectName(QStringLiteral("lblText"));
   texts->addWidget(lblHint, 4, 0);

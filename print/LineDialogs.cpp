@@ -100,7 +100,7 @@ bool InsertSeriesDialog(CodeMax& cmx, QWidget* parent) {
   dialog.form->addRow(T::tr("&Base"), base);
   dialog.form->addRow(T::tr("&Width"), width);
   dialog.form->addRow(T::tr("&Prefix"), prefix);
-  dialog.form->addRow(T::tr("S&uffix"), suffix);
+  dialog.form->addRow(T::tr("Su&ffix"), suffix);
   auto* zero = dialog.check(T::tr("Fill with &zeros"), kept.zeroFill);
   auto* upper = dialog.check(T::tr("&Upper case digits"), kept.upperCase);
   auto* example = new QLabel;

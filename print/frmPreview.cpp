@@ -19,6 +19,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "base/ArrowIcon.h"
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -52,8 +53,8 @@ frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* 
   thumbnails_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
   clipped_->setObjectName(QStringLiteral("clipped"));
   auto* side = new QTabWidget;
-  side->addTab(thumbnails_, tr("Pages"));
-  side->addTab(clipped_, tr("Clipped Lines"));
+  side->addTab(thumbnails_, tr("Pa&ges"));
+  side->addTab(clipped_, tr("Clipped &Lines"));
   auto* splitter = new QSplitter;
   splitter->addWidget(side);
   splitter->addWidget(view_);
@@ -105,14 +106,14 @@ void frmPreview::buildToolBar() {
   bar->setToolButtonStyle(Qt::ToolButtonTextOnly);
   const auto add = [&](const QString& text, const char* name, const QString& tip, auto slot) {
     QAction* action = bar->addAction(text, this, slot);
+    action->setIconText(text);   // what the button shows; the text alone would lose its mnemonic there
     action->setToolTip(tip);
     action->setObjectName(QLatin1String(name));
     return action;
   };
-  // Arrows come as the style draws them, in the colours of its theme.
-  const auto addArrow = [&](const QString& text, QStyle::StandardPixmap icon, const QString& tip, auto slot) {
+  const auto addArrow = [&](const QString& text, Arrow arrow, const QString& tip, auto slot) {
     QAction* action = add(text, "", tip, slot);
-    action->setIcon(style()->standardIcon(icon));
+    action->setIcon(arrowIcon(arrow));
     if (auto* button = qobject_cast<QToolButton*>(bar->widgetForAction(action))) button->setToolButtonStyle(Qt::ToolButtonIconOnly);
   };
   print_ = add(tr("&Print..."), "print", tr("Print (Ctrl+P)"), [this] { PrintIt(); });
@@ -123,16 +124,22 @@ void frmPreview::buildToolBar() {
   review_ = add(tr("&Review Sheet"), "review", tr("A sheet for reviewers' notes instead of the text"), [this] { showReviewSheet(); });
   review_->setCheckable(true);
   bar->addSeparator();
-  addArrow(tr("First"), QStyle::SP_MediaSkipBackward, tr("First page (Home)"), [this] { view_->goTo(0); });
-  addArrow(tr("Previous"), QStyle::SP_ArrowLeft, tr("Previous page (Page Up)"), [this] { view_->goTo(view_->currentPage() - 1); });
+  addArrow(tr("First"), Arrow::first, tr("First page (Home)"), [this] { view_->goTo(0); });
+  addArrow(tr("Previous"), Arrow::left, tr("Previous page (Page Up)"), [this] { view_->goTo(view_->currentPage() - 1); });
   page_ = new QSpinBox;
   page_->setRange(1, 1);
   page_->setAccessibleName(tr("Page"));
   count_ = new QLabel;
+  const auto addLabel = [bar](const QString& text, QWidget* buddy) {
+    auto* label = new QLabel(text + u' ');
+    label->setBuddy(buddy);
+    bar->addWidget(label);
+  };
+  addLabel(tr("P&age"), page_);
   bar->addWidget(page_);
   bar->addWidget(count_);
-  addArrow(tr("Next"), QStyle::SP_ArrowRight, tr("Next page (Page Down)"), [this] { view_->goTo(view_->currentPage() + 1); });
-  addArrow(tr("Last"), QStyle::SP_MediaSkipForward, tr("Last page (End)"), [this] { view_->goTo(page_->maximum() - 1); });
+  addArrow(tr("Next"), Arrow::right, tr("Next page (Page Down)"), [this] { view_->goTo(view_->currentPage() + 1); });
+  addArrow(tr("Last"), Arrow::last, tr("Last page (End)"), [this] { view_->goTo(page_->maximum() - 1); });
   bar->addSeparator();
   zoom_ = new QComboBox;
   zoom_->setEditable(true);
@@ -140,16 +147,18 @@ void frmPreview::buildToolBar() {
   zoom_->setAccessibleName(tr("Zoom"));
   zoom_->addItems({tr("Whole page"), tr("Page width"), QStringLiteral("50%"), QStringLiteral("75%"), QStringLiteral("100%"), QStringLiteral("150%"),
                    QStringLiteral("200%"), QStringLiteral("400%")});
+  addLabel(tr("&Zoom"), zoom_);
   bar->addWidget(zoom_);
   QAction* two = add(tr("&Two pages"), "two", tr("Two pages side by side"), [] {});
   two->setCheckable(true);
   connect(two, &QAction::toggled, this, [this](bool on) { view_->setAcross(on ? 2 : 1); });
   bar->addSeparator();
   find_ = new QLineEdit;
-  find_->setPlaceholderText(tr("Find in pages"));
+  find_->setPlaceholderText(tr("Find in pages (Ctrl+F)"));
   find_->setClearButtonEnabled(true);
   find_->setMaximumWidth(180);
   find_->setObjectName(QStringLiteral("find"));
+  addLabel(tr("F&ind"), find_);
   bar->addWidget(find_);
   add(tr("&Close"), "close", tr("Close (Esc)"), [this] { reject(); });
   new QShortcut(QKeySequence::Find, this, [this] { find_->setFocus(); });

@@ -59,9 +59,9 @@ QWidget* row(std::initializer_list<QWidget*> widgets) {
 
 }  // namespace
 
-QWidget* frmPrintOptions::edgeRow(QLineEdit* edit, QLabel* example) {
+QWidget* frmPrintOptions::edgeRow(QLineEdit* edit, const QString& insertText, QLabel* example) {
   auto* insert = new QToolButton;
-  insert->setText(tr("Insert"));
+  insert->setText(insertText);
   insert->setPopupMode(QToolButton::InstantPopup);
   auto* menu = new QMenu(insert);
   const auto add = [&](const QString& text, const QString& help) {
@@ -125,8 +125,8 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
 
   auto* text = new QWidget;
   auto* textForm = new QFormLayout(text);
-  textForm->addRow(chkHeader_, edgeRow(txtHeader_, lblHeader_));
-  textForm->addRow(chkFooter_, edgeRow(txtFooter_, lblFooter_));
+  textForm->addRow(chkHeader_, edgeRow(txtHeader_, tr("Inse&rt"), lblHeader_));
+  textForm->addRow(chkFooter_, edgeRow(txtFooter_, tr("Ins&ert"), lblFooter_));
   textForm->addRow(QString(), chkLineNumbers_);
   textForm->addRow(QString(), chkWrapMark_);
   textForm->addRow(tr("Keywords"), row({chkKeywordBold_, chkKeywordItalic_}));
@@ -165,8 +165,13 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   bottom_ = millimetres(margins.bottom());
   auto* page = new QWidget;
   auto* pageForm = new QFormLayout(page);
-  pageForm->addRow(tr("F&ont"), row({font_, fontSize_}));
-  pageForm->addRow(tr("&Paper"), row({paper_, orientation_}));
+  const auto label = [](const QString& caption, QWidget* buddy) {   // of a field that shares its row
+    auto* made = new QLabel(caption);
+    made->setBuddy(buddy);
+    return made;
+  };
+  pageForm->addRow(label(tr("F&ont"), font_), row({font_, label(tr("Si&ze"), fontSize_), fontSize_}));
+  pageForm->addRow(label(tr("&Paper"), paper_), row({paper_, label(tr("Or&ientation"), orientation_), orientation_}));
   pageForm->addRow(tr("&Columns on a page"), columns_);
   pageForm->addRow(tr("&Left margin"), left_);
   pageForm->addRow(tr("&Right margin"), right_);
@@ -174,14 +179,19 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   pageForm->addRow(tr("&Bottom margin"), bottom_);
 
   tabs_ = new QTabWidget;
-  tabs_->addTab(text, tr("Text"));
-  tabs_->addTab(page, tr("Page"));
+  tabs_->addTab(text, tr("Te&xt"));
+  tabs_->addTab(page, tr("Pa&ge"));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   connect(buttons, &QDialogButtonBox::accepted, this, &frmPrintOptions::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(tabs_);
   layout->addWidget(buttons);
+  // The order of Tab: each text behind its check box.
+  const QList<QWidget*> order{chkHeader_, txtHeader_, chkFooter_, txtFooter_, chkLineNumbers_, chkKeywordBold_, chkKeywordItalic_,
+                              chkCommentBold_, chkCommentItalic_, chkKeywordColor_, keywordColor_, chkCommentColor_, commentColor_,
+                              chkStringColor_, stringColor_};
+  for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
   showExamples();
 }
 

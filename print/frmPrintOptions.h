@@ -26,7 +26,7 @@ class frmPrintOptions : public QDialog {
   void accept() override;
 
  private:
-  QWidget* edgeRow(QLineEdit* edit, QLabel* example);
+  QWidget* edgeRow(QLineEdit* edit, const QString& insertText, QLabel* example);
   QWidget* colorRow(QCheckBox* use, QToolButton* button, const QColor& color, const QColor& otherwise);
   void showExamples();
 
