@@ -134,6 +134,11 @@ void frmDefinitions::connectAll() {
   });
   connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);
 
+  // A button that its mnemonic or short-cut presses does not take the focus: the field ends its last line all the same.
+  for (QPushButton* button : findChildren<QPushButton*>())
+    connect(button, &QPushButton::pressed, this, [this] {
+      if (auto* field = qobject_cast<ListField*>(focusWidget())) field->AddCRLFifNone();
+    });
   const auto onKey = [this](QWidget* where, const QKeySequence& keys, auto what, Qt::ShortcutContext context) {
     auto* shortcut = new QShortcut(keys, where);
     shortcut->setContext(context);
@@ -224,9 +229,9 @@ void frmDefinitions::SetUpList() {
   static const struct {
     const char *list, *text;
   } labels[] = {{"", ""},
-                {QT_TR_NOOP("Macro Name"), QT_TR_NOOP("Commands")},
-                {QT_TR_NOOP("Hot Code"), QT_TR_NOOP("Definition")},
-                {QT_TR_NOOP("WordList Name"), QT_TR_NOOP("Words")}};
+                {QT_TR_NOOP("Macro Nam&e"), QT_TR_NOOP("C&ommands")},
+                {QT_TR_NOOP("&Hot Code"), QT_TR_NOOP("Definiti&on")},
+                {QT_TR_NOOP("WordList Nam&e"), QT_TR_NOOP("W&ords")}};
   pages->setCurrentWidget(tab() == Structure ? fraStructure : fraList);
   if (tab() == Structure) return;
   lblList->setText(tr(labels[tab()].list));
@@ -250,8 +255,18 @@ void frmDefinitions::SelectList(int index) {
   SetupItem();
 }
 
+void frmDefinitions::finishItem() {
+  if (shown_.body && !shown_.body->isEmpty() && !shown_.body->endsWith(QLatin1String("\r\n"))) {
+    *shown_.body += QStringLiteral("\r\n");
+    FormisChanged(true);
+  }
+  shown_ = {};
+}
+
 void frmDefinitions::SetupItem() {
+  finishItem();
   const Item subject = item(selectedItem());
+  if (tab() != Templates) shown_ = subject;
   filling_ = true;
   txtList->setEntries(subject.body ? *subject.body : QString());
   txtDesc->setText(subject.desc ? *subject.desc : QString());
@@ -274,16 +289,16 @@ frmDefinitions::Item frmDefinitions::item(int index) const {
   if (!subject || index < 1 || index > itemCount()) return {};
   switch (tab()) {
     case Macros: {
-      clsMacro& one = *subject->cMacros()->Item(index);
-      return {&one.Name, &one.CommandString, &one.Desc};
+      const auto& one = subject->cMacros()->Item(index);
+      return {&one->Name, &one->CommandString, &one->Desc, one};
     }
     case Templates: {
-      clsTemplate& one = *subject->cTemplate()->Item(index);
-      return {&one.HotKey, &one.UserString, &one.Desc};   // the name stays as it was made
+      const auto& one = subject->cTemplate()->Item(index);
+      return {&one->HotKey, &one->UserString, &one->Desc, one};   // the name stays as it was made
     }
     case WordLists: {
-      clsWordList& one = *subject->cWordList()->Item(index);
-      return {&one.Name, &one.WordList, &one.Desc};
+      const auto& one = subject->cWordList()->Item(index);
+      return {&one->Name, &one->WordList, &one->Desc, one};
     }
     case Structure: break;
   }
@@ -509,7 +524,7 @@ void frmDefinitions::PasteDefinitions(const QString& text) {
 // --- file and end ------------------------------------------------------------------------------------------------------
 
 bool frmDefinitions::save() {
-  if (auto* field = qobject_cast<ListField*>(focusWidget())) field->AddCRLFifNone();
+  if (auto* field = qobject_cast<ListField*>(focusWidget())) field->AddCRLFifNone();   // closing asked for it
   QStringList lost = languagecheck::linesAtRisk(*manager_.Languages());
   if (!lost.isEmpty()) {
     if (lost.size() > 10) lost = lost.first(10) << QStringLiteral("...");

@@ -96,10 +96,13 @@ class frmDefinitions : public QDialog {
   // The present tab's item in the language: its texts, whatever its kind. Null without one.
   struct Item {
     QString *name = nullptr, *body = nullptr, *desc = nullptr;
+    std::shared_ptr<void> owner;               // of the three
   };
   Item item(int index) const;                  // position from 1
   int itemCount() const;
   int selectedItem() const;                    // position from 1, 0 none
+  // Ends the last line of what txtList showed, where it is exchanged for another item without losing the focus.
+  void finishItem();
   Tab tab() const;
   std::shared_ptr<clsLang> language() const;   // the selected one; null for none
 
@@ -109,6 +112,7 @@ class frmDefinitions : public QDialog {
   bool handedOver_ = true;                     // nothing changed since LanguagesChanged
   bool filling_ = false;                       // fields are being filled: no edits
   bool leaving_ = false;
+  Item shown_;                                 // in txtList, when its lines end with breaks
 
   QLineEdit *txtIni = nullptr, *txtFilter = nullptr, *txtExtension = nullptr, *txtHelp = nullptr, *txtDesc = nullptr;
   QPushButton *cmdBrowse = nullptr, *cmdDownload = nullptr, *cmdSubmit = nullptr, *cmdAdd = nullptr, *cmdDuplicate = nullptr,

@@ -139,7 +139,7 @@ TEST_F(Definitions, HasItsControlsAndTexts) {
     auto* widget = find<QWidget>(f.name);
     EXPECT_EQ(s(widget->toolTip()), f.hint) << f.name;
     bool labelled = false;
-    for (const QLabel* label : dialog->findChildren<QLabel*>()) labelled |= label->buddy() == widget && s(label->text()) == f.label;
+    for (const QLabel* label : dialog->findChildren<QLabel*>()) labelled |= label->buddy() == widget && s(label->text().remove(u'&')) == f.label;
     EXPECT_TRUE(labelled) << f.name;
   }
   const auto* tabs = find<QTabBar>("TabStrip1");
@@ -147,10 +147,10 @@ TEST_F(Definitions, HasItsControlsAndTexts) {
                                      {"Templates", "Language Templates"}, {"WordLists", "WordLists Definitions"}};
   ASSERT_EQ(tabs->count(), 4);
   for (int i = 0; i < 4; ++i) {
-    EXPECT_EQ(s(tabs->tabText(i)), tabTexts[i][0]);
+    EXPECT_EQ(s(tabs->tabText(i).remove(u'&')), tabTexts[i][0]);
     EXPECT_EQ(s(tabs->tabToolTip(i)), tabTexts[i][1]);
   }
-  EXPECT_EQ(s(find<QCheckBox>("chkCase")->text()), "Language Case Sensitive");
+  EXPECT_EQ(s(find<QCheckBox>("chkCase")->text().remove(u'&')), "Language Case Sensitive");
   EXPECT_EQ(s(line("txtIni")->text()), s(manager.IniFile()));
   EXPECT_TRUE(line("txtIni")->isReadOnly());
   EXPECT_EQ(title(), "Language Definition - Verilog");
@@ -235,8 +235,8 @@ TEST_F(Definitions, TabsShowTheirItemsLabelsAndHints) {
   for (int i = 0; i < 3; ++i) {
     tab(i + 1);
     EXPECT_TRUE(find<QWidget>("fraList")->isVisible());
-    EXPECT_EQ(s(find<QLabel>("lblList")->text()), tabs[i].listLabel);
-    EXPECT_EQ(s(find<QLabel>("lblText")->text()), tabs[i].textLabel);
+    EXPECT_EQ(s(find<QLabel>("lblList")->text().remove(u'&')), tabs[i].listLabel);
+    EXPECT_EQ(s(find<QLabel>("lblText")->text().remove(u'&')), tabs[i].textLabel);
     EXPECT_EQ(names("lst"), QStringList{q(tabs[i].item)});
     EXPECT_EQ(s(field("txtList")->toPlainText()), tabs[i].body);
     EXPECT_EQ(s(field("txtList")->toolTip()), tabs[i].hint);
@@ -620,6 +620,24 @@ TEST_F(Definitions, EveryControlIsReachedByTab) {
   tab(2);
   press(field("txtList"), Qt::Key_Tab, Qt::ControlModifier);
   EXPECT_TRUE(field("txtList")->toPlainText().startsWith(u'\t'));
+  boxes.answer(Answer::no);
+  dialog->close();
+}
+
+TEST_F(Definitions, TheLastWordIsKeptHoweverItsFieldIsLeft) {
+  open();
+  tab(3);
+  field("txtList")->moveCursor(QTextCursor::End);
+  type(field("txtList"), "bothedge");
+  EXPECT_EQ(s(language(1)->cWordList()->Item(1)->WordList), "posedge\r\nnegedge\r\nbothedge");
+  QTest::keyClick(field("txtList"), Qt::Key_PageUp, Qt::ControlModifier);   // to another page, from inside the field
+  EXPECT_EQ(s(language(1)->cWordList()->Item(1)->WordList), "posedge\r\nnegedge\r\nbothedge\r\n");
+  tab(3);
+  field("txtList")->moveCursor(QTextCursor::End);
+  type(field("txtList"), "noedge");
+  QTest::keyClick(field("txtList"), Qt::Key_P, Qt::AltModifier);   // Apply
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !enabled("cmdApply"); }));
+  EXPECT_EQ(s(language(1)->cWordList()->Item(1)->WordList), "posedge\r\nnegedge\r\nbothedge\r\nnoedge\r\n");
   boxes.answer(Answer::no);
   dialog->close();
 }
