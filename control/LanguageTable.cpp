@@ -84,8 +84,7 @@ struct Table {
 
   Table() {
     const auto add = [this](const char* name, text::LanguageTables t) { entries[QString::fromLatin1(name)].tables = std::move(t); };
-    for (const char* name : {"C/C++", LanguageTable::kSample})
-      add(name, builtIn(true, kCKeywords, kCOperators, "//", "/*", "*/", "\" '", "\\"));
+    add("C/C++", builtIn(true, kCKeywords, kCOperators, "//", "/*", "*/", "\" '", "\\"));
     add("JAVA", builtIn(true, kJavaKeywords, kCOperators, "//", "/*", "*/", "\" '", "\\"));
     add("PASCAL", builtIn(false, kPascalKeywords, "+ - * / = <> < > <= >= := . , ; : ( ) [ ] ^ @", "//", "{ (*", "} *)", "'", ""));
     add("BASIC", builtIn(false, kBasicKeywords, "+ - * / \\ = <> < > <= >= & ^ . , ( )", "' Rem", "", "", "\"", ""));
@@ -127,7 +126,7 @@ bool LanguageTable::contains(const QString& name) { return table().entries.count
 QStringList LanguageTable::names() {
   QStringList result;
   for (const auto& [name, entry] : table().entries)
-    if (!name.startsWith(u'\n')) result << name;
+    if (!name.startsWith(u'\n')) result << name;   // private to who registered it, such as a preview
   return result;
 }
 

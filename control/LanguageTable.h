@@ -18,9 +18,7 @@ class BlockIndent;
 
 namespace LanguageTable {
 // A name registered twice: the later replaces. Unregistering an unknown name does nothing. At start the table holds the
-// control's own plain languages "SQL", "C/C++", "PASCAL", "BASIC", "JAVA". A name that begins with a line break is private to
-// who registered it: names() leaves it out.
-inline constexpr char kSample[] = "\nSample";   // of the samples that the options show; always there
+// control's own plain languages "SQL", "C/C++", "PASCAL", "BASIC", "JAVA".
 void registerLanguage(const QString& name, const CmLanguage& language);
 void unregisterLanguage(const QString& name);
 bool contains(const QString& name);

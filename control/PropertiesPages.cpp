@@ -34,7 +34,13 @@ QVBoxLayout* addGroup(QVBoxLayout* to, const QString& title) {
 
 CodeMax* makeSample(QWidget* parent) {
   auto* sample = new CodeMax(parent);
-  sample->setLanguage(QString::fromLatin1(LanguageTable::kSample));
+  // Its own language: those of the table are the user's, who may have others.
+  const QString language = QStringLiteral("\nSample");
+  if (!LanguageTable::contains(language))
+    LanguageTable::registerLanguage(language, {true, QStringLiteral("static\nconst\nint\nchar\nif\nreturn"),
+                                               QStringLiteral("=\n==\n+\n-\n*\n<\n?\n:\n(\n)\n[\n]\n{\n}\n,\n;"), QStringLiteral("//"),
+                                               QStringLiteral("/*"), QStringLiteral("*/"), QStringLiteral("\"\n'")});
+  sample->setLanguage(language);
   sample->setText(QStringLiteral("// A comment stands before the code.\n"
                                  "static int count(const char* text, int limit) {\n"
                                  "  int found = 0x1F + 42;\n"

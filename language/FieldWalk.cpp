@@ -4,7 +4,6 @@
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 
-#include "base/Strings.h"
 #include "control/CodeMax.h"
 #include "language/CaretWords.h"
 #include "text/Words.h"

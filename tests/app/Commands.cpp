@@ -71,6 +71,8 @@ TEST(CommandsTable, MnemonicsAreTheirOwn) {
 
 TEST_F(Commands, KeysCanBeGivenToEverything) {
   main->show();
+  main->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(main.get()));
   frmDocument* document = open("a.v", "one\n");
   document->cmx->setFocus();
   for (const FrameCommand* row : frameCommands())   // the defaults come through the key map unchanged

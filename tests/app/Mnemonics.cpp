@@ -10,6 +10,7 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStackedWidget>
 #include <QTabBar>
 #include <QTimer>
 #include <QToolButton>
@@ -68,7 +69,8 @@ void checkShown(QWidget& window, QSet<QChar> actions) {
   for (QWidget* widget : std::as_const(shown))
     if (isField(widget)) found << widget;
   for (QWidget* field : std::as_const(found)) {
-    if (found.size() == 1 && field->hasFocus()) continue;   // nothing else to go to
+    if (found.size() == 1 && field->hasFocus()) continue;            // nothing else to go to
+    if (qobject_cast<QStackedWidget*>(field->parentWidget())) continue;   // a page of its own, which has a letter
     QChar letter;
     for (const QWidget* widget : std::as_const(shown))
       if (const auto* label = qobject_cast<const QLabel*>(widget); label && label->buddy() == field) letter = letterOf(label->text());
@@ -114,11 +116,14 @@ TEST_F(Mnemonics, EveryButtonAndFieldOfEveryDialogHasOne) {
   CancelAll cancel;
   Dialogs* const before = setDialogs(&cancel);
   QStringList seen;
+  bool looking = false;
   const auto look = [&](QWidget& window) {
+    if (std::exchange(looking, true)) return;
     const QString kind = QString::fromLatin1(window.metaObject()->className());
     seen << kind;
     if (kind == q("QDialog") || !kind.startsWith(u'Q')) checkAll(window);   // those of the library are its own
     window.close();
+    looking = false;
   };
   QTimer modal;
   QObject::connect(&modal, &QTimer::timeout, [&] {
@@ -146,7 +151,7 @@ TEST_F(Mnemonics, EveryButtonAndFieldOfEveryDialogHasOne) {
   }
   modal.stop();
   setDialogs(before);
-  for (const char* wanted : {"PropertiesDialog", "frmDefinitions", "frmCommand", "frmFormat", "frmPreview", "HandbookWindow", "findDialog"})
+  for (const char* wanted : {"PropertiesDialog", "frmDefinitions", "frmCommand", "frmFormat", "frmPreview", "findDialog"})
     EXPECT_TRUE(seen.contains(q(wanted))) << wanted << " was not opened";
   EXPECT_GE(seen.size(), 11) << seen.join(u' ').toStdString();
 }

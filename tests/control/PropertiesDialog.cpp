@@ -120,7 +120,9 @@ TEST_F(PropertiesDialogTest, EachOptionOfTheDisplayCanBeSeen) {
   control.setLanguage(QStringLiteral("C/C++"));
   control.setText(QStringLiteral("int\ta = 1;   // one\n"));
   control.resize(500, 200);
+  control.setFocusPolicy(Qt::NoFocus);
   control.show();
+  control.findChild<Pane*>()->clearFocus();   // no caret that blinks
   const auto picture = [&] {
     QApplication::processEvents();
     return control.grab().toImage();
@@ -162,10 +164,12 @@ TEST_F(PropertiesDialogTest, SchemesFollowTheDesktopOrStay) {
   run(QDialogButtonBox::Ok, [](QWidget& d) { part<QPushButton>(d, "alwaysLight").click(); });
   control.setPalette(dark);
   EXPECT_NEAR(control.GetColor(0).blue(), lightWindow.blue(), 1);
+  EXPECT_EQ(ControlOptions::of(control).look(), ControlOptions::Look::light);
   run(QDialogButtonBox::Ok, [](QWidget& d) {
     part<QPushButton>(d, "followDesktop").click();
   });
   EXPECT_EQ(control.GetColor(0), ColorScheme::schemeColor(0, true));
+  EXPECT_EQ(ControlOptions::of(control).look(), ControlOptions::Look::desktop);
   control.setPalette(light);
   EXPECT_EQ(control.GetColor(0), lightWindow);
 }
