@@ -19,6 +19,7 @@
 #include "app/DocumentTabs.h"
 #include "app/FrameMenus.h"
 #include "app/Icons.h"
+#include "app/Look.h"
 #include "app/StatusPanels.h"
 #include "app/mGlobals.h"
 #include "base/Dialogs.h"
@@ -160,8 +161,13 @@ void frmMain::adopt(frmDocument* document) {
   tabs_->add(document);
   connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
   offerHotWords(document);
-  connect(document->cmx, &CodeMax::PropsChange, this, [this] { menus_->refreshKeys(); });
+  connect(document->cmx, &CodeMax::PropsChange, this, [this, document] {
+    menus_->refreshKeys();
+    showLook(ControlOptions::of(*document->cmx).look());
+    mdi_->setBackground(palette().brush(QPalette::Dark));
+  });
   connect(document->cmx, &CodeMax::OvertypeChange, this, [this] { refreshToolbar(); });
+  mdi_->setBackground(palette().brush(QPalette::Dark));   // the desktop may have another look by now
   if (documentState_ == 2) {
     window->showMaximized();
   } else {

@@ -14,6 +14,7 @@
 #include "app/Icons.h"
 #include "app/Instance.h"
 #include "app/LeftoverLook.h"
+#include "app/Look.h"
 #include "app/PrintArguments.h"
 #include "app/SessionEnd.h"
 #include "app/StandardInput.h"
@@ -59,6 +60,7 @@ void loadSettings(frmMain& frame) {
     QDir::setCurrent(folder.isEmpty() ? joinPath(applicationFolder(), QStringLiteral("samples")) : folder);
     CMXRegistry::loadMacros();
     CMXRegistry::loadHotKeys();
+    showStoredLook();
   } else {
     NewKey(kGlobalKey);
     QDir::setCurrent(joinPath(applicationFolder(), QStringLiteral("samples")));

@@ -21,10 +21,6 @@ QIcon swatch(const QColor& color, const QPalette& palette) {
   return pixmap;
 }
 
-// A colour that is that of a scheme gives the slot back to the scheme, which goes with the desktop. One that is to stay
-// whatever the desktop does is told from it by a step in blue that nobody sees.
-QColor kept(const QColor& color) { return QColor(color.red(), color.green(), color.blue() ^ 1); }
-
 }  // namespace
 
 ColorsPage::ColorsPage(ControlOptions& options, QWidget* parent) : QWidget(parent), options_(options) {
@@ -68,8 +64,8 @@ ColorsPage::ColorsPage(ControlOptions& options, QWidget* parent) : QWidget(paren
   auto* all = new QLabel(tr("All colours:"), this);
   grid->addWidget(all, row++, 1);
   button(tr("&Follow the desktop"), "followDesktop", [this] { setAll([](int) { return QColor(); }); });
-  button(tr("Always &light"), "alwaysLight", [this] { setAll([](int s) { return kept(ColorScheme::schemeColor(s, false)); }); });
-  button(tr("Always &dark"), "alwaysDark", [this] { setAll([](int s) { return kept(ColorScheme::schemeColor(s, true)); }); });
+  button(tr("Always &light"), "alwaysLight", [this] { setAll([](int s) { return ControlOptions::alwaysColor(s, false); }); });
+  button(tr("Always &dark"), "alwaysDark", [this] { setAll([](int s) { return ControlOptions::alwaysColor(s, true); }); });
   preview_ = makeSample(this);
   preview_->setFontOf(options.font);
   preview_->setObjectName(QStringLiteral("colorPreview"));

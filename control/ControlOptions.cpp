@@ -8,6 +8,20 @@ ControlOptions ControlOptions::of(const CodeMax& c) {
   return o;
 }
 
+QColor ControlOptions::alwaysColor(int slot, bool dark) {
+  const QColor color = ColorScheme::schemeColor(slot, dark);
+  return QColor(color.red(), color.green(), color.blue() ^ 1);
+}
+
+ControlOptions::Look ControlOptions::look() const {
+  for (const bool dark : {false, true}) {
+    int same = 0;
+    while (same < kColorSlots && colors[static_cast<std::size_t>(same)] == alwaysColor(same, dark)) ++same;
+    if (same == kColorSlots) return dark ? Look::dark : Look::light;
+  }
+  return Look::desktop;
+}
+
 void ControlOptions::applyTo(CodeMax& c) const {
   const ControlOptions old = of(c);
   const auto set = [&](auto member, auto setter) {
