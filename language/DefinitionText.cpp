@@ -47,6 +47,23 @@ void forEachLine(QStringView text, F use) {
   }
 }
 
+void SubmitMacro(clsLang& language, const QString& name, const QString& text, const QString& desc) {
+  const auto macro = language.cMacros()->Add();
+  macro->Name = name;
+  macro->CommandString = text;
+  macro->Desc = desc;
+}
+
+void SubmitTemplate(clsLang& language, const QString& name, const QString& text, const QString& desc) {
+  const auto item = language.cTemplate()->Add(name);
+  item->UserString = text.chopped(std::min<qsizetype>(2, text.size()));
+  item->Desc = desc;
+}
+
+void SubmitWordList(clsLang& language, const QString& name, const QString& text, const QString& desc) {
+  language.cWordList()->Add(name, text)->Desc = desc;
+}
+
 class Reader {
  public:
   void line(QStringView line) {
@@ -83,32 +100,21 @@ class Reader {
   }
   void submit() {
     switch (state_) {
-      case LineKind::property: {
-        if (name_ == kCaseSensitive) language_->isCaseSensitive = true;
-        if (name_ == kForeign) language_->isForeign = true;
-        const auto* section = std::find_if(std::begin(kSections), std::end(kSections),
-                                           [&](const Section& s) { return name_ == QLatin1String(s.name); });
-        if (section == std::end(kSections)) break;
-        if (section->joined) body_.remove(kCrLf);
-        (*language_).*(section->property) = body_;
-        break;
-      }
-      case LineKind::macro: {
-        const auto macro = language_->cMacros()->Add();
-        macro->Name = name_;
-        macro->CommandString = body_;
-        macro->Desc = desc_;
-        break;
-      }
-      case LineKind::templateText: {
-        const auto item = language_->cTemplate()->Add(name_);
-        item->UserString = body_.chopped(std::min<qsizetype>(2, body_.size()));
-        item->Desc = desc_;
-        break;
-      }
-      case LineKind::wordList: language_->cWordList()->Add(name_, body_)->Desc = desc_; break;
+      case LineKind::property: submitProperty(); break;
+      case LineKind::macro: SubmitMacro(*language_, name_, body_, desc_); break;
+      case LineKind::templateText: SubmitTemplate(*language_, name_, body_, desc_); break;
+      case LineKind::wordList: SubmitWordList(*language_, name_, body_, desc_); break;
       default: break;
     }
+  }
+  void submitProperty() {
+    if (name_ == kCaseSensitive) language_->isCaseSensitive = true;
+    if (name_ == kForeign) language_->isForeign = true;
+    const auto* section = std::find_if(std::begin(kSections), std::end(kSections),
+                                       [&](const Section& s) { return name_ == QLatin1String(s.name); });
+    if (section == std::end(kSections)) return;
+    if (section->joined) body_.remove(kCrLf);
+    (*language_).*(section->property) = body_;
   }
 
   std::shared_ptr<colLangs> languages_;
@@ -121,14 +127,15 @@ void printLine(QString& to, const QString& text) { (to += toCrLf(text)) += kCrLf
 
 QString foreignHeader() { return u'[' + kForeign + u']'; }
 
-void printSection(QString& to, const QString& header, const QString& text) {
+void PrintField(QString& to, const QString& header, const QString& text, bool always = false) {
+  if (text.isEmpty() && !always) return;
   printLine(to, header);
   printLine(to, text);
 }
 
 void printItem(QString& to, QLatin1String open, const QString& name, QLatin1String close, const QString& text,
                const QString& desc) {
-  printSection(to, open + oneLine(name) + close, text);
+  PrintField(to, open + oneLine(name) + close, text, true);
   if (!desc.isEmpty()) printLine(to, kDescription + oneLine(desc));
 }
 
@@ -170,8 +177,7 @@ QString writeLanguage(const clsLang& language, bool withMark) {
   if (withMark && language.isForeign) printLine(to, foreignHeader());
   for (const Section& section : kSections) {
     const QString& text = language.*(section.property);
-    if (!section.always && text.isEmpty()) continue;
-    printSection(to, u'[' + QLatin1String(section.name) + u']', section.joined ? oneLine(text) : text);
+    PrintField(to, u'[' + QLatin1String(section.name) + u']', section.joined ? oneLine(text) : text, section.always);
   }
   if (language.isCaseSensitive) printLine(to, u'[' + kCaseSensitive + u']');
   for (const auto& list : *language.cWordList())
@@ -189,13 +195,12 @@ QString write(const colLangs& languages, bool withMarks) {
   return to;
 }
 
-QString marked(const QString& text) {
-  QString to;
+QStringList namesIn(const QString& text) {
+  QStringList names;
   forEachLine(text, [&](QStringView line) {
-    (to += line) += kCrLf;
-    if (kindOf(line) == LineKind::language) printLine(to, foreignHeader());
+    if (kindOf(line) == LineKind::language) names << nameIn(line, LineKind::language).toString();
   });
-  return to;
+  return names;
 }
 
 QString blockOf(const QString& text, const QString& name) {

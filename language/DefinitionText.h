@@ -23,11 +23,11 @@ QStringView nameIn(QStringView line, LineKind kind);
 // Lines may end in CR LF, LF or CR. Null when the text holds no language.
 std::shared_ptr<colLangs> read(const QString& text);
 
-// Lines end in CR LF. With marks, a foreign language carries the header "[Foreign]", by which it is one again when it is read;
-// readers that do not know this header pass over it.
+// Lines end in CR LF. With marks, as on the clipboard, a foreign language carries the header "[Foreign]", by which it is one again
+// when it is read; in a file the mark stands elsewhere (ucCM).
 QString write(const colLangs& languages, bool withMarks = true);
 QString writeLanguage(const clsLang& language, bool withMark = true);   // one block of the same
-QString marked(const QString& text);              // such a text with every language marked as foreign, otherwise as it was
+QStringList namesIn(const QString& text);         // of its languages
 
 // The block of the first language of that name, its mark line included, each line with CR LF; empty if there is none.
 QString blockOf(const QString& text, const QString& name);

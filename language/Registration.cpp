@@ -6,7 +6,7 @@ namespace {
 
 QStringList registered;
 int count = 0;
-bool fixedLanguagesRemoved = false;
+bool gFixedLangsRemoved = false;
 
 QString lines(QString list) { return list.replace(QLatin1String("\r\n"), QLatin1String("\n")); }
 
@@ -28,10 +28,10 @@ CmLanguage handedOver(const clsLang& language) {
 }
 
 void AddLanguages(const colLangs& languages) {
-  if (!fixedLanguagesRemoved) {
+  if (!gFixedLangsRemoved) {
     for (const char* name : {"SQL", "C/C++", "PASCAL", "BASIC", "JAVA"})
       LanguageTable::unregisterLanguage(QString::fromLatin1(name));
-    fixedLanguagesRemoved = true;
+    gFixedLangsRemoved = true;
   }
   for (const auto& language : languages) {
     LanguageTable::registerLanguage(language->Name, handedOver(*language));

@@ -1,5 +1,10 @@
 #include "language/clsLang.h"
 
+#include <QCoreApplication>
+#include <new>
+
+#include "base/Dialogs.h"
+
 cTemplate::Pointer cTemplate::Add(const QString& Name) {
   const auto item = append(std::make_shared<clsTemplate>());
   item->Name = Name;
@@ -35,7 +40,12 @@ std::shared_ptr<clsLang> clsLang::copy() const {
 }
 
 colLangs::Pointer colLangs::Add(const QString& Name) {
-  const auto language = append(std::make_shared<clsLang>());
+  const auto language = std::make_shared<clsLang>();
   language->Name = Name;
+  try {
+    append(language);
+  } catch (const std::bad_alloc&) {
+    MsgBox(QCoreApplication::translate("colLangs", "Language already defined"));
+  }
   return language;
 }

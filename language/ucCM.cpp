@@ -23,24 +23,56 @@ text::FileFormat fittingFormat(const std::string& bytes, const text::FileFormat&
   return encoded && text::detectFormat(*encoded) == own ? own : text::FileFormat{};
 }
 
-bool isBelow(const QString& file, const QString& folder) {
+QString shippedFolder() { return joinPath(applicationFolder(), QStringLiteral("config")); }
+
+// A link is where it leads.
+bool isBelow(const QString& path, const QString& folder) {
+  const QFileInfo info(path);
+  const QString file = info.exists() ? info.canonicalFilePath() : QFileInfo(info.path()).canonicalFilePath() + u'/' + info.fileName();
   const QString place = QFileInfo(folder).canonicalFilePath();
   return !place.isEmpty() && file.startsWith(place + u'/');
+}
+
+QString freeOwnFile() {
+  QString name = QStringLiteral("Zelkor.ini");
+  const QDir folder(userConfigFolder());
+  for (int n = 2; text::fileExists(fromQString(folder.filePath(name))); ++n) name = QStringLiteral("Zelkor-%1.ini").arg(n);
+  return folder.filePath(name);
+}
+
+// Which languages of a definition file of one's own came from elsewhere stands in a file beside it, one name a line: the
+// definition file itself is for other programs too.
+std::string marksFile(const QString& file) { return fromQString(file) + ".foreign"; }
+
+// readable: there are none, or they could be read.
+QString marksOf(const QString& file, bool* readable = nullptr) {
+  std::string error;
+  const bool there = text::fileExists(marksFile(file));
+  const std::string bytes = there ? text::readBytes(marksFile(file), &error, kLargestFile) : std::string();
+  if (readable) *readable = error.empty();
+  return toQString(bytes);
+}
+
+// Why they could not be written; empty: they are.
+QString writeMarks(const QString& file, QStringList names) {
+  names.removeDuplicates();
+  if (names.isEmpty() && !text::fileExists(marksFile(file))) return {};
+  QString lines;
+  for (const QString& name : names) lines += definition::oneLine(name) + u'\n';
+  return toQString(text::saveBytes(marksFile(file), fromQString(lines), 0600).error);
 }
 
 }  // namespace
 
 bool ucCM::isForeignPlace(const QString& path) {
-  if (path.isEmpty()) return false;
-  const QFileInfo info(path);
-  const QString file = info.exists() ? info.canonicalFilePath() : info.absoluteFilePath();   // a link is where it leads
-  return !isBelow(file, joinPath(applicationFolder(), QStringLiteral("config"))) && !isBelow(file, userConfigFolder());
+  return !path.isEmpty() && !isBelow(path, shippedFolder()) && !isBelow(path, userConfigFolder());
 }
 
 void ucCM::setIniFile(const QString& path) {
   if (path == iniFile_) return;
   iniFile_ = path;
   stamp_.reset();   // says nothing about another file
+  if (iniFileChanged) iniFileChanged();
 }
 
 bool ucCM::BrowseIniFile() {
@@ -48,7 +80,7 @@ bool ucCM::BrowseIniFile() {
   request.title = QStringLiteral("Select IniFile");
   request.filter = QStringLiteral("*.ini");
   request.defaultExtension = QStringLiteral("ini");
-  request.folder = joinPath(applicationFolder(), QStringLiteral("config"));
+  request.folder = shippedFolder();
   const QStringList chosen = dialogs().openFile(request);
   if (chosen.isEmpty()) return false;
   setIniFile(chosen.first());
@@ -78,53 +110,82 @@ QString ucCM::ReadIniFile() {
   format_ = file.format;
   stamp_ = file.stamp;
   languages_ = definition::read(toQString(file.text.bytes()));
-  if (languages_ && isForeign())
-    for (const auto& language : *languages_) language->isForeign = true;
+  if (!languages_) return {};
+  bool readable = true;
+  const QStringList marks = isBelow(iniFile_, userConfigFolder()) ? marksOf(iniFile_, &readable).split(u'\n') : QStringList();
+  for (const auto& language : *languages_)
+    if (!readable || isForeign() || marks.contains(language->Name)) language->isForeign = true;
   return {};
 }
 
-std::optional<text::FileStamp> ucCM::writeFile(const std::function<QString(bool own)>& text, const text::FileFormat& wanted,
+std::optional<text::FileStamp> ucCM::writeFile(const QString& text, const QStringList& foreign, const text::FileFormat& wanted,
                                                const std::optional<text::FileStamp>& expected) {
-  const std::string bytes = fromQString(text(!isForeign())), path = fromQString(iniFile_);
+  if (isBelow(iniFile_, shippedFolder())) return writeOwnFile(text, foreign, wanted);
+  const std::string bytes = fromQString(text), path = fromQString(iniFile_);
   const text::FileFormat format = fittingFormat(bytes, wanted);
   const text::Snapshot snapshot(bytes);
-  text::SaveResult saved = text::saveFile(path, snapshot, {format, expected});
-  if (saved.changedOnDisk) {
+  const bool own = isBelow(iniFile_, userConfigFolder());
+  const auto orOwn = [&](const QString& failure) -> std::optional<text::FileStamp> {
+    const QString question = failure + tr("\r\nDo you want to use a definition file of your own, %1, from now on?").arg(plainForDisplay(freeOwnFile()));
+    if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return std::nullopt;
+    return writeOwnFile(text, foreign, wanted);
+  };
+  const QString unread = tr("The definition file %1 is not replaced, as it could not be read.").arg(plainForDisplay(iniFile_));
+  const bool known = expected && expected->exists;
+  if (!known && text::fileExists(path)) return orOwn(unread);
+  const auto refuse = [this](const QString& why) {
+    return tr("Cannot write the definition file %1\r\n%2").arg(plainForDisplay(iniFile_), why);
+  };
+  if (own) {   // at no moment may a mark be missing
+    const QString why = writeMarks(iniFile_, marksOf(iniFile_).split(u'\n', Qt::SkipEmptyParts) + foreign);
+    if (!why.isEmpty()) {
+      MsgBox(refuse(why));
+      return std::nullopt;
+    }
+  }
+  std::string error;
+  const std::string old = text::readBytes(path, &error);
+  // The copy is for those who may read the file. One that fails must not keep the new definitions back.
+  if (error.empty()) text::saveBytes(path + ".bak", old, text::stampOf(path, false).status.mode & 0777);
+
+  text::SaveResult saved = text::saveFile(path, snapshot, {format, known ? *expected : text::FileStamp{}});
+  if (saved.changedOnDisk && !text::fileExists(path)) {
+    saved = text::saveFile(path, snapshot, {format, text::FileStamp{}});   // it was removed: there is nothing to replace
+  } else if (saved.changedOnDisk && known) {
     const QString question = tr("The definition file %1 has changed since it was read.\r\n"
                                 "Do you want to replace it?").arg(plainForDisplay(iniFile_));
     if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return std::nullopt;
     saved = text::saveFile(path, snapshot, {format, std::nullopt});
   }
-  if (saved.ok()) return saved.stamp;
-
-  // The file that came with the program may belong to somebody else.
-  const QString mine = QDir(userConfigFolder()).filePath(QStringLiteral("Zelkor.ini"));
-  const QString failure = tr("Cannot write the definition file %1\r\n%2").arg(plainForDisplay(iniFile_), toQString(saved.error));
-  if (mine == iniFile_) {
-    MsgBox(failure);
+  if (saved.changedOnDisk) return orOwn(unread);
+  if (!saved.ok() && !own) return orOwn(refuse(toQString(saved.error)));   // it may belong to somebody else
+  if (!saved.ok()) {
+    MsgBox(refuse(toQString(saved.error)));
     return std::nullopt;
   }
-  const QString question = failure + tr("\r\nDo you want to use a definition file of your own, %1, from now on?").arg(plainForDisplay(mine));
-  if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return std::nullopt;
-  const QString shared = iniFile_;
-  const auto stampOfShared = stamp_;
-  setIniFile(mine);
-  const auto written = writeFile(text, format, text::FileStamp{});   // one that is there already is replaced only after a question
-  if (!written) {
-    setIniFile(shared);
-    stamp_ = stampOfShared;
+  if (own) writeMarks(iniFile_, foreign);
+  return saved.stamp;
+}
+
+std::optional<text::FileStamp> ucCM::writeOwnFile(const QString& text, const QStringList& foreign, const text::FileFormat& format) {
+  const QString other = iniFile_;
+  const auto stampOfOther = stamp_;
+  setIniFile(freeOwnFile());
+  const auto written = writeFile(text, foreign, format, text::FileStamp{});
+  if (written) {
+    SetStatusText(tr("The language definitions are kept in %1 from now on").arg(plainForDisplay(iniFile_)));
+  } else {
+    setIniFile(other);
+    stamp_ = stampOfOther;
   }
   return written;
 }
 
 bool ucCM::SaveIniFile() {
-  const std::string path = fromQString(iniFile_);
-  std::string error;
-  const std::string old = text::readBytes(path, &error);
-  // The copy is for those who may read the file. One that fails must not keep the new definitions back.
-  if (error.empty()) text::saveBytes(path + ".bak", old, text::stampOf(path, false).status.mode & 0777);
-  const auto text = [this](bool own) { return definition::write(*Languages(), own); };   // a foreign file's place says it already
-  const auto written = writeFile(text, format_, stamp_);
+  QStringList foreign;
+  for (const auto& language : *Languages())
+    if (language->isForeign) foreign << language->Name;
+  const auto written = writeFile(definition::write(*Languages(), false), foreign, format_, stamp_);
   if (!written) return false;
   stamp_ = written;
   return true;
@@ -216,13 +277,10 @@ bool ucCM::AddLangText(const QString& text) {
   }
   QString block = toCrLf(text);
   if (!block.endsWith(u'\n')) block += QStringLiteral("\r\n");
+  // What was in a foreign file is foreign in one's own, and the block is in any case.
+  const QStringList foreign = marksOf(iniFile_).split(u'\n', Qt::SkipEmptyParts) + definition::namesIn(isForeign() ? whole + block : block);
   // The stamp of the last reading stays: the languages in memory do not hold the new block, so saving them asks first.
-  const bool wasForeign = isForeign();
-  const auto all = [&](bool own) {
-    if (!own) return whole + block;
-    return (wasForeign ? definition::marked(whole) : whole) + definition::marked(block);
-  };
-  return writeFile(all, format, expected).has_value();
+  return writeFile(whole + block, foreign, format, expected).has_value();
 }
 
 QString ucCM::GetLangText(const QString& name) {

@@ -19,9 +19,10 @@ class ucCM {
  public:
   const QString& IniFile() const { return iniFile_; }      // full path of the definition file
   // A definition file is foreign when it lies neither beside the program nor in the person's own settings folder. Languages
-  // read there are marked (clsLang::isForeign), and the mark goes along into a file of one's own.
+  // read there are marked (clsLang::isForeign), and the mark goes along into a file of one's own (into a list of names beside it).
   bool isForeign() const { return isForeignPlace(iniFile_); }
   void setIniFile(const QString& path);
+  std::function<void()> iniFileChanged;                    // called when it became another one
   const QString& ConfigDir() const { return configDir_; }  // kept for callers
   void setConfigDir(const QString& folder) { configDir_ = folder; }
 
@@ -31,8 +32,9 @@ class ucCM {
   // The same without the question. Empty: read, else the reason for the user, and there are no languages.
   QString ReadIniFile();
   // Writes all languages to IniFile, the old content to IniFile + ".bak" first. False: not written (the person has been
-  // told, or answered not to replace what another program wrote there since it was read). When it may not be written, a
-  // file in the person's own settings folder is offered instead, which then becomes IniFile.
+  // told, or answered not to replace what another program wrote there since it was read). The file that came with the program is
+  // never written: a new one in the person's own settings folder becomes IniFile. Such a one is offered where IniFile may not be
+  // written, or was there and could not be read.
   bool SaveIniFile();
   // Asks for a definition file; true: IniFile is the chosen one.
   bool BrowseIniFile();
@@ -64,10 +66,13 @@ class ucCM {
  private:
   static bool isForeignPlace(const QString& file);
   std::shared_ptr<clsLang> at(int index);
-  // Writes text(own), where own says that IniFile is not a foreign one; asked anew when the person chooses another place. Returns
-  // the stamp of the file as written; nothing when the person was told of a failure or answered not to replace it.
-  std::optional<text::FileStamp> writeFile(const std::function<QString(bool own)>& text, const text::FileFormat& format,
+  // Writes the text; `foreign` names the languages in it that are to be marked where the file is one's own. expected: the file as it
+  // was read; not set: it was not, and one that is there is left alone. Returns the stamp of the file as written; nothing when the person
+  // was told of a failure or answered not to replace it.
+  std::optional<text::FileStamp> writeFile(const QString& text, const QStringList& foreign, const text::FileFormat& format,
                                            const std::optional<text::FileStamp>& expected);
+  // The same into a new file in the person's own settings folder, which becomes IniFile.
+  std::optional<text::FileStamp> writeOwnFile(const QString& text, const QStringList& foreign, const text::FileFormat& format);
 
   QString iniFile_, configDir_;
   std::shared_ptr<colLangs> languages_;

@@ -6,7 +6,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include "base/Program.h"
@@ -32,14 +31,12 @@ class Trust : public testing::Test {
     setLanguages(&manager);
     modRegistry::NewKey(modRegistry::kGlobalKey);
     modRegistry::SetText(modRegistry::kGlobalKey, u"TRUSTEDINI"_s, {});
-    QStandardPaths::setTestModeEnabled(false);   // its folder would outlive the test
     oldConfig = qgetenv("XDG_CONFIG_HOME");
     qputenv("XDG_CONFIG_HOME", folder.filePath(u"config"_s).toUtf8());
   }
   void TearDown() override {
     setLanguages(before);
     qputenv("XDG_CONFIG_HOME", oldConfig);
-    QStandardPaths::setTestModeEnabled(true);
   }
   QString path(const char* name) const { return folder.filePath(QString::fromLatin1(name)); }
   QString definitions() const {
@@ -128,6 +125,7 @@ TEST_F(Trust, H3_TheMarkTravelsIntoAFileOfOnesOwn) {
   const QString own = manager.IniFile();
   read(own);
   EXPECT_TRUE(asks()) << "and after";
+  EXPECT_FALSE(QString::fromStdString(readRaw(own.toStdString())).contains(u"[Foreign]"_s)) << "other programs know no such section";
   // Beside languages of one's own, which need not ask, through a save and a copy.
   const auto mine = manager.Languages()->Add(u"Mine"_s);
   mine->cMacros()->Add()->CommandString = macro().CommandString;

@@ -227,12 +227,48 @@ TEST_F(Manager, AFileThatCannotBeWrittenLeadsToOnesOwn) {
   EXPECT_TRUE(QFile::exists(own));
   EXPECT_TRUE(manager.SaveIniFile());
 
-  manager.setIniFile(foreign);   // again, with a file of one's own there: it is not replaced unasked
-  dialogs.answer(Answer::yes).answer(Answer::no);
-  EXPECT_FALSE(manager.SaveIniFile());
-  EXPECT_EQ(s(manager.IniFile()), s(foreign));
+  manager.setIniFile(foreign);   // again, with a file of one's own there: it is left alone
+  dialogs.answer(Answer::yes);
+  EXPECT_TRUE(manager.SaveIniFile());
+  const QString second = userConfigFolder() + q("/Zelkor-2.ini");
+  EXPECT_EQ(s(manager.IniFile()), s(second));
+  for (const QString& made : {own, second, own + q(".bak")}) QFile::remove(made);
+}
+
+TEST_F(Manager, AFileThatWasNotReadIsNotReplaced) {
+  const QString file = path("Zelkor.ini"), own = userConfigFolder() + q("/Zelkor.ini");
+  dialogs.answer(Answer::no);
+  manager.Init();   // it is not there, and comes back later
+  write("Zelkor.ini", kTwo);
+  write("Zelkor.ini.bak", "older");
+  manager.Languages()->Add(q("Mine"));
+  for (int i = 0; i < 2; ++i) {
+    dialogs.answer(Answer::no);
+    EXPECT_FALSE(manager.SaveIniFile());
+    EXPECT_TRUE(dialogs.last().text.startsWith(q("The definition file ") + file + q(" is not replaced"))) << s(dialogs.last().text);
+  }
+  dialogs.answer(Answer::yes);
+  EXPECT_TRUE(manager.SaveIniFile());
+  EXPECT_EQ(s(manager.IniFile()), s(own));
+  EXPECT_EQ(bytesOf("Zelkor.ini"), QByteArray(kTwo));
+  EXPECT_EQ(bytesOf("Zelkor.ini.bak"), "older");
   QFile::remove(own);
-  QFile::remove(own + q(".bak"));
+}
+
+TEST_F(Manager, TheShippedFileIsLeftAloneAndARemovedOneIsWrittenAnew) {
+  QDir().mkpath(path("config"));
+  write("config/Zelkor.ini", kTwo);
+  manager.setIniFile(path("config/Zelkor.ini"));
+  manager.Init();
+  manager.Languages()->Item(1)->Name = q("Mine");
+  ASSERT_TRUE(manager.SaveIniFile());
+  const QString own = manager.IniFile();
+  EXPECT_EQ(s(own), s(userConfigFolder() + q("/Zelkor.ini")));
+  EXPECT_EQ(bytesOf("config/Zelkor.ini"), QByteArray(kTwo));
+  QFile::remove(own);
+  EXPECT_TRUE(manager.SaveIniFile()) << "there is nothing to replace, and nothing to ask";
+  EXPECT_TRUE(QFile::exists(own));
+  QFile::remove(own);
 }
 
 TEST_F(Manager, EncodingsComeBack) {
