@@ -82,7 +82,8 @@ class Loader {
   std::string readAll(int fd, std::int64_t size) {
     for (;;) {
       const std::int64_t missing = size - total_;
-      const std::size_t capacity = missing > 0 ? std::min<std::size_t>(kBlock, static_cast<std::size_t>(missing)) : 4096;
+      // No block is smaller than a byte order mark: one that came with a file's growth lies in the first block whole.
+      const std::size_t capacity = missing > 0 ? std::clamp<std::size_t>(static_cast<std::size_t>(missing), 4, kBlock) : 4096;
       char spare[4096];   // beyond the expected size there is usually nothing: no block for that
       std::shared_ptr<char[]> block;
       if (missing > 0) block = std::make_shared_for_overwrite<char[]>(capacity);

@@ -128,17 +128,21 @@ TEST(Load, KnowsWriteProtectedFiles) {
 TEST(Load, ReadsAFileThatGrowsShrinksOrVanishesMeanwhile) {
   TempFolder folder;
   const auto path = folder / "file";
-  const std::string bytes(2'500'000, 'x');
+  const std::string large(2'500'000, 'x');
   struct Case {
-    std::string expected;
+    std::string bytes, expected;
     std::function<void()> change;
   };
   const Case cases[] = {
-      {bytes + "more", [&] { std::filesystem::resize_file(path, bytes.size()), writeRaw(path, bytes + "more"); }},
-      {"short", [&] { writeRaw(path, "short"); }},
-      {bytes, [&] { std::filesystem::remove(path); }},
+      {large, large + "more", [&] { writeRaw(path, large + "more"); }},
+      {large, "short", [&] { writeRaw(path, "short"); }},
+      {large, large, [&] { std::filesystem::remove(path); }},
+      {"x", "y", [&] { writeRaw(path, "\xef\xbb\xbfy"); }},   // a mark longer than the file was
+      {"xy", "", [&] { writeRaw(path, "\xef\xbb\xbf"); }},
+      {"x", "A", [&] { writeRaw(path, std::string("\xff\xfe" "A\0", 4)); }},
   };
   for (const auto& c : cases) {
+    const std::string& bytes = c.bytes;
     writeRaw(path, bytes);
     FaultyFileSystem faulty;
     const UseFileSystem use(faulty);
