@@ -396,7 +396,10 @@ void CodeMax::setEnableCRLF(bool on) { impl_->state.model->setEnableCrlf(on); }
 
 void CodeMax::ConvertLineEnds(bool crlf) {
   const Pane::Action action(impl_->pane());
-  impl_->state.model->convertLineEnds(crlf);
+  TextModel& model = *impl_->state.model;
+  const std::uint64_t revision = model.document().revision();
+  model.convertLineEnds(crlf, editor().selection());
+  if (model.document().revision() != revision) model.document().setSelectionAfter(editor().selection());
 }
 
 bool CodeMax::ReadOnly() const { return impl_->state.model->document().readOnly(); }

@@ -21,18 +21,6 @@ using namespace text;
 
 namespace {
 
-// Where `at` goes when the spans of a change were applied; text put in exactly there goes behind it.
-ByteOffset moved(ByteOffset at, const Change& change) {
-  std::int64_t shift = 0;
-  for (const auto& span : change.spans) {
-    const ByteOffset oldBegin = span.begin - shift;
-    if (at <= oldBegin) break;
-    if (at < oldBegin + span.removed) return span.begin + std::min(at - oldBegin, span.inserted);
-    shift += span.inserted - span.removed;
-  }
-  return at + shift;
-}
-
 // UTF-16 units from one character boundary of a line to another. Reads in place: a long line is not copied to be counted.
 std::int64_t columnsBetween(const Snapshot& text, ByteOffset from, ByteOffset to) {
   std::int64_t columns = 0;
@@ -89,8 +77,10 @@ Editor::Editor(std::shared_ptr<TextModel> model, std::shared_ptr<EditOptions> op
     if (change.reset) {
       s = {};
     } else {
-      s.anchor = moved(s.anchor, change);
-      s.caret = moved(s.caret, change);
+      // What others put in at the edges of a selection does not become selected.
+      const bool forward = s.anchor < s.caret, keep = impl_->quiet || s.column || s.anchor == s.caret;
+      s.anchor = change.map(s.anchor, !keep && forward ? Bias::alongRight : Bias::alongLeft);
+      s.caret = change.map(s.caret, !keep && !forward ? Bias::alongRight : Bias::alongLeft);
     }
     if (impl_->quiet) selection_ = s;
     else EditorAccess::place(*this, s);
@@ -124,6 +114,18 @@ void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t
 
 namespace {
 
+// While one lives the selection moves with the text, and nobody is told.
+class Quiet {
+ public:
+  explicit Quiet(Editor& e) : flag_(EditorAccess::impl(e).quiet) { flag_ = true; }
+  ~Quiet() { flag_ = false; }
+  Quiet(const Quiet&) = delete;
+  Quiet& operator=(const Quiet&) = delete;
+
+ private:
+  bool& flag_;
+};
+
 // While one lives the selection is that of whoever changes the text. Left by an exception with the text as it was, the old
 // selection is back.
 class OwnChange {
@@ -150,32 +152,18 @@ bool EditorAccess::change(Editor& e, std::span<const Edit> edits, std::optional<
   Document& document = e.document();
   if (document.readOnly()) return false;
   const SelectionState before = e.selection_;
-  SelectionState next = before;
-  if (after) {
-    next = *after;
-  } else {
-    const auto carry = [&edits](ByteOffset at) {
-      std::int64_t shift = 0;
-      for (const Edit& edit : edits) {
-        const auto length = static_cast<std::int64_t>(edit.text.size());
-        if (at < edit.range.end || (at == edit.range.end && at == edit.range.begin)) {
-          if (at > edit.range.begin) shift -= std::max<std::int64_t>(0, at - edit.range.begin - length);
-          break;
-        }
-        shift += length - edit.range.length();
-      }
-      return at + shift;
-    };
-    next.anchor = carry(before.anchor);
-    next.caret = before.caret == before.anchor ? next.anchor : carry(before.caret);
-  }
   // The views hear of the change while it is made; the selection they then read has to be one of the new text.
   const std::uint64_t revision = document.revision();
   bool done = false;
-  {
+  SelectionState next;
+  if (after) {
     const OwnChange own(e, before);
-    e.selection_ = next;
+    e.selection_ = next = *after;
     done = document.apply(edits, before, join);
+  } else {
+    const Quiet quiet(e);
+    done = document.apply(edits, before, join);
+    next = e.selection_;
   }
   e.selection_ = before;
   place(e, next);
@@ -319,11 +307,7 @@ bool EditorAccess::travel(Editor& e, std::optional<SelectionState> (Document::*s
   const SelectionState old = e.selection_;
   std::optional<SelectionState> selection;
   {
-    struct Quiet {
-      bool& flag;
-      ~Quiet() { flag = false; }
-    } quiet{e.impl_->quiet};
-    e.impl_->quiet = true;
+    const Quiet quiet(e);
     selection = (e.document().*step)();
   }
   if (!selection) return false;

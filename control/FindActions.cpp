@@ -38,22 +38,7 @@ void noteForMacro(CodeMax& control, const char* command) {
 // What is put in at the edges of a row belongs to it.
 void FindDialog::Scope::moveRows(const Change& change) {
   if (change.reset) return rows.clear();
-  std::size_t next = 0;
-  std::int64_t shift = 0;   // new place - old place behind the spans that lie before
-  const auto moved = [&](ByteOffset at, bool isEnd) {
-    for (; next < change.spans.size(); ++next) {
-      const Change::Span& span = change.spans[next];
-      const ByteOffset begin = span.begin - shift, end = begin + span.removed;
-      if (at < begin) break;
-      if (begin == end ? at == begin : at < end) return begin == at && !(isEnd && begin == end) ? at + shift : span.begin + (isEnd ? span.inserted : 0);
-      shift += span.inserted - span.removed;
-    }
-    return at + shift;
-  };
-  for (ByteRange& row : rows) {
-    row.begin = moved(row.begin, false);
-    row.end = std::max(row.begin, moved(row.end, true));
-  }
+  for (ByteRange& row : rows) row = {change.map(row.begin, Bias::left), change.map(row.end, Bias::right)};
 }
 
 void FindDialog::takeScope() {
@@ -67,8 +52,8 @@ void FindDialog::takeScope() {
   scope_ = std::make_unique<Scope>();
   scope_->model = control_->model();
   const ByteRange range = editor.selectedRange();
-  scope_->begin = editor.document().addMark(range.begin, Gravity::left);
-  scope_->end = editor.document().addMark(range.end, Gravity::right);
+  scope_->begin = editor.document().addMark(range.begin, Bias::left);
+  scope_->end = editor.document().addMark(range.end, Bias::right);
   if (editor.selection().column) {
     scope_->rows = selectedRanges(editor);
     scope_->subscription = editor.document().subscribe([scope = scope_.get()](const Change& change) { scope->moveRows(change); });

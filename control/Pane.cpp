@@ -69,17 +69,14 @@ void Pane::modelChanged(const text::Change& change) {
     view_.forgetWidest();
   }
   // What changes above stays above: the lines that are looked at do not move away.
-  std::int64_t shift = 0;
-  const std::int64_t first = top_ / view_.lineHeight();
-  for (const auto& span : change.spans) {
-    const std::int64_t oldLast = span.firstLine.value - shift + span.linesRemoved;
-    if (oldLast >= first) break;
-    shift += span.linesInserted - span.linesRemoved;
-  }
+  const LineNo first(top_ / view_.lineHeight());
+  const std::int64_t shift = change.reset ? 0 : change.mapLine(first, snapshot(), text::Bias::left) - first;
   if (shift != 0) {
     top_ = std::max<std::int64_t>(0, top_ + shift * view_.lineHeight());
     view_.top = std::max<std::int64_t>(0, view_.top + shift * view_.lineHeight());
   }
+  if (dropAt_) dropAt_ = change.map(*dropAt_, text::Bias::left);
+  mouse_->textChanged(change);
   // One change repaints its lines, several repaint all; either way once, when the one who makes them is done.
   allDirty_ = allDirty_ || change.reset || shift != 0 || pending_.has_value() || change.spans.size() > 1000;
   try {

@@ -230,16 +230,21 @@ void PaneMouse::pastePrimary(const QPoint& point) {
 
 // --- Dragging text ---------------------------------------------------------------------------------------------------------------
 
+void PaneMouse::textChanged(const text::Change& change) {
+  if (drag_ == Drag::none) return;
+  origin_ = {change.map(origin_.begin, text::Bias::alongRight), change.map(origin_.end, text::Bias::alongLeft)};
+  origin_.end = std::max(origin_.begin, origin_.end);
+  originLine_ = change.mapLine(LineNo(originLine_), pane_.snapshot()).value;
+}
+
 void PaneMouse::startTextDrag() {
   Editor& editor = *pane_.editor_;
   auto* drag = new QDrag(&pane_);
   drag->setMimeData(TextMime::make(editor.selectedText(), editor.selection().column).release());
-  textDragged_ = true;
   droppedHere_ = false;
   const bool writable = !pane_.state_.model->document().readOnly();
   const auto actions = writable ? Qt::CopyAction | Qt::MoveAction : Qt::DropActions(Qt::CopyAction);
   const Qt::DropAction done = drag->exec(actions, writable ? Qt::MoveAction : Qt::CopyAction);
-  textDragged_ = false;
   if (done == Qt::MoveAction && !droppedHere_) {   // it went to another text
     const Pane::Action action(pane_);
     editor.replaceSelection({});
@@ -282,15 +287,21 @@ void PaneMouse::drop(QDropEvent* event) {
   const QString text = TextMime::read(event->mimeData(), &block);
   Editor& editor = *pane_.editor_;
   const Pane::Action action(pane_);
-  const text::UndoGroup step(pane_.state_.model->document());
-  const ByteRange from = editor.selectedRange();
-  droppedHere_ = textDragged_;
-  if (textDragged_ && event->dropAction() == Qt::MoveAction) {
-    if (at >= from.begin && at <= from.end && !editor.selection().column) return;   // onto itself
-    const text::MarkId mark = pane_.state_.model->document().addMark(at);
-    editor.replaceSelection({});
-    at = pane_.state_.model->document().markAt(mark);
-    pane_.state_.model->document().removeMark(mark);
+  text::Document& document = pane_.state_.model->document();
+  const text::UndoGroup step(document);
+  // The selection of any pane of this text is moved as a whole; that of another text is deleted by its own pane.
+  auto* source = qobject_cast<Pane*>(event->source());
+  if (source && source->state_.model != pane_.state_.model) source = nullptr;
+  if (source) source->mouse_->droppedHere_ = true;
+  if (source && event->dropAction() == Qt::MoveAction) {
+    Editor& from = *source->editor_;
+    const ByteRange range = from.selectedRange();
+    if (at >= range.begin && at <= range.end && !from.selection().column) return;   // onto itself
+    const text::MarkId mark = document.addMark(at);
+    const Pane::Action there(*source);
+    from.replaceSelection({});
+    at = document.markAt(mark);
+    document.removeMark(mark);
   }
   editor.moveCaret(at, false);
   if (block) {

@@ -7,7 +7,7 @@
 #include <QMouseEvent>
 #include <QObject>
 
-#include "text/Snapshot.h"
+#include "text/Change.h"
 
 class Pane;
 class QDropEvent;
@@ -24,6 +24,7 @@ class PaneMouse : public QObject {
   void move(QMouseEvent* event);
   void release(QMouseEvent* event);
   void wheel(QWheelEvent* event);
+  void textChanged(const text::Change& change);   // what a drag began with moves with the text
   // Text that is dragged over the pane: shows where it would go / puts it there.
   bool dragOver(QDropEvent* event);
   void drop(QDropEvent* event);
@@ -49,6 +50,5 @@ class PaneMouse : public QObject {
   std::int64_t originLine_ = 0, originCell_ = 0;   // of a block
   QBasicTimer autoScroll_;
   double wheelRest_ = 0;                // of a step of the wheel that is not a whole one
-  bool textDragged_ = false;            // our own text is on its way
-  bool droppedHere_ = false;
+  bool droppedHere_ = false;            // what was dragged from here came into the same text
 };

@@ -58,7 +58,12 @@ struct TextModel::Impl {
   text::LongColors longColors;
   std::vector<text::LineNo> bookmarks;    // ascending
   bool modified = false;                  // as last announced
-  bool breaksAssigned = false;            // someone chose the line break; else lines follow their neighbours
+#ifdef Q_OS_WIN
+  bool loadedCrlf = true;
+#else
+  bool loadedCrlf = false;                // enableCrlf() until somebody chooses: as the first line ends
+#endif
+  bool crlf = loadedCrlf;                 // as last announced
 
   void moveBookmarks(const text::Change& change, const text::Snapshot& now);
 };
@@ -66,27 +71,13 @@ struct TextModel::Impl {
 // Bookmarks stay with the text of their line; those of lines that went whole go too.
 void TextModel::Impl::moveBookmarks(const text::Change& change, const text::Snapshot& now) {
   if (change.reset) bookmarks.clear();
-  if (bookmarks.empty()) return;
   // In place, as nothing may fail here: each bookmark gives one at most.
-  std::int64_t shift = 0;                 // new line - old line behind the spans seen so far
-  std::size_t next = 0, moved = 0;
-  const auto put = [&](std::int64_t line) {
-    if (moved == 0 || bookmarks[moved - 1].value < line) bookmarks[moved++] = text::LineNo(line);
-  };
-  for (const auto& span : change.spans) {
-    if (span.linesRemoved == 0 && span.linesInserted == 0) continue;
-    const std::int64_t first = span.firstLine.value, oldFirst = first - shift, oldLast = oldFirst + span.linesRemoved;
-    const bool wholeLines = now.lineStart(span.firstLine) == span.begin;
-    for (; next < bookmarks.size() && bookmarks[next].value < oldFirst; ++next) put(bookmarks[next].value + shift);
-    for (; next < bookmarks.size() && bookmarks[next].value <= oldLast; ++next) {
-      const std::int64_t k = bookmarks[next].value - oldFirst;
-      if (k == span.linesRemoved && (k > 0 || wholeLines)) put(first + span.linesInserted);
-      else if (k == 0 && !(wholeLines && span.linesInserted == 0)) put(first);
-      else if (k <= span.linesInserted && span.linesInserted > 0) put(first + k);
-    }
-    shift += span.linesInserted - span.linesRemoved;
+  std::size_t moved = 0;
+  for (const text::LineNo old : bookmarks) {
+    bool gone = false;
+    const text::LineNo line = change.mapLine(old, now, text::Bias::right, &gone);
+    if (!gone && (moved == 0 || bookmarks[moved - 1] < line)) bookmarks[moved++] = line;
   }
-  for (; next < bookmarks.size(); ++next) put(bookmarks[next].value + shift);
   bookmarks.resize(moved, text::LineNo(0));
 }
 
@@ -104,15 +95,13 @@ void tell(Work work) {
 }  // namespace
 
 TextModel::TextModel() : impl_(new Impl) {
-#ifdef Q_OS_WIN
-  enableCrlf_ = true;
-#endif
   impl_->subscription = document_.subscribe([this](const text::Change& change) {
     impl_->states.onChange(change);
     impl_->longColors.onChange(change, snapshot());
     impl_->moveBookmarks(change, snapshot());
     tell([&] { emit changed(change); });
     tell([&] { announceModified(); });
+    tell([&] { announceLineEnds(); });
   });
 }
 
@@ -130,48 +119,56 @@ void TextModel::setModified(bool on) {
   announceModified();
 }
 
+void TextModel::announceLineEnds() {
+  if (std::exchange(impl_->crlf, enableCrlf()) != impl_->crlf) emit lineEndsChanged();
+}
+
+bool TextModel::enableCrlf() const {
+  const text::LineBreak chosen = document_.newLine();
+  return chosen == text::LineBreak::none ? impl_->loadedCrlf : chosen == text::LineBreak::crlf;
+}
+
 void TextModel::setEnableCrlf(bool on) {
-  if (enableCrlf_ == on) return;
-  enableCrlf_ = on;
-  impl_->breaksAssigned = true;
-  emit appearanceChanged();
+  if (enableCrlf() == on) return;
+  document_.setNewLine(on ? text::LineBreak::crlf : text::LineBreak::lf);
+  announceLineEnds();
 }
 
 std::string TextModel::newLineFor(text::LineNo line) const {
   const text::Snapshot& now = snapshot();
   if (now.lineMode() == text::LineMode::cr) return std::string(breakBytes(text::LineBreak::cr));
-  if (!impl_->breaksAssigned) {
+  if (document_.newLine() == text::LineBreak::none) {
     text::LineBreak neighbour = now.lineBreak(line);
     if (neighbour == text::LineBreak::none && line.value > 0) neighbour = now.lineBreak(line - 1);
     if (neighbour != text::LineBreak::none) return std::string(breakBytes(neighbour));
   }
-  return std::string(breakBytes(enableCrlf_ ? text::LineBreak::crlf : text::LineBreak::lf));
+  return std::string(breakBytes(enableCrlf() ? text::LineBreak::crlf : text::LineBreak::lf));
 }
 
-void TextModel::convertLineEnds(bool crlf) {
+void TextModel::convertLineEnds(bool crlf, const text::SelectionState& before) {
   if (document_.readOnly()) return;
   const text::Snapshot now = snapshot();
-  const std::string wanted(breakBytes(crlf ? text::LineBreak::crlf : text::LineBreak::lf));
-  if (now.lineMode() == text::LineMode::cr) {
-    // Such a text is exchanged whole, as its lines are counted in another way from here on; undo ends there.
-    text::SnapshotBuilder builder;
-    for (std::int64_t i = 0; i < now.lineCount(); ++i)
-      builder.append(now.line(text::LineNo(i)) + (i + 1 < now.lineCount() ? wanted : std::string()));
-    document_.reset(builder.finish());
-    document_.markUnsaved();
-    announceModified();
-  } else {
-    std::vector<text::Edit> edits;
-    for (std::int64_t i = 0; i + 1 < now.lineCount(); ++i) {
-      const text::LineNo line(i);
-      if (breakBytes(now.lineBreak(line)) != wanted)
-        edits.push_back({{now.lineEnd(line), now.lineEndWithBreak(line)}, wanted});
+  const text::LineBreak chosen = crlf ? text::LineBreak::crlf : text::LineBreak::lf;
+  const std::string wanted(breakBytes(chosen));
+  {
+    const text::UndoGroup step(document_);
+    document_.setNewLine(chosen);
+    if (now.lineMode() == text::LineMode::cr) {   // its lines are counted in another way from here on
+      text::SnapshotBuilder builder;
+      for (std::int64_t i = 0; i < now.lineCount(); ++i)
+        builder.append(now.line(text::LineNo(i)) + (i + 1 < now.lineCount() ? wanted : std::string()));
+      document_.exchange(builder.finish(), before);
+    } else {
+      std::vector<text::Edit> edits;
+      for (std::int64_t i = 0; i + 1 < now.lineCount(); ++i) {
+        const text::LineNo line(i);
+        if (breakBytes(now.lineBreak(line)) != wanted)
+          edits.push_back({{now.lineEnd(line), now.lineEndWithBreak(line)}, wanted});
+      }
+      document_.apply(edits, before);
     }
-    document_.apply(edits, {});
   }
-  enableCrlf_ = crlf;
-  impl_->breaksAssigned = true;
-  emit appearanceChanged();
+  announceLineEnds();
 }
 
 bool TextModel::setLanguage(const QString& name) {
@@ -243,21 +240,21 @@ std::vector<text::LineNo> TextModel::bookmarks() const { return impl_->bookmarks
 
 void TextModel::replaceAll(text::Snapshot snapshot, text::FileFormat newFormat) {
   format = newFormat;
-  impl_->breaksAssigned = false;
   // As the first line ends: no LF before the first CR, or none at all.
   if (snapshot.lineMode() == text::LineMode::cr || snapshot.lineCount() == 1) {
-    enableCrlf_ = true;
+    impl_->loadedCrlf = true;
   } else {
     const text::ByteOffset end = snapshot.lineEndWithBreak(text::LineNo(0));
-    enableCrlf_ = snapshot.lineBreak(text::LineNo(0)) == text::LineBreak::crlf;
-    for (text::ByteOffset at(0); !enableCrlf_ && at < end;) {
+    impl_->loadedCrlf = snapshot.lineBreak(text::LineNo(0)) == text::LineBreak::crlf;
+    for (text::ByteOffset at(0); !impl_->loadedCrlf && at < end;) {
       std::string_view chunk = snapshot.chunkAt(at);
       chunk = chunk.substr(0, static_cast<std::size_t>(std::min<std::int64_t>(end - at, static_cast<std::int64_t>(chunk.size()))));
-      enableCrlf_ = chunk.find('\r') != std::string_view::npos;
+      impl_->loadedCrlf = chunk.find('\r') != std::string_view::npos;
       at += static_cast<std::int64_t>(chunk.size());
     }
   }
   document_.reset(std::move(snapshot));
   tell([&] { announceModified(); });
+  tell([&] { announceLineEnds(); });
   tell([&] { emit appearanceChanged(); });
 }

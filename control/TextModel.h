@@ -35,12 +35,12 @@ class TextModel : public QObject {
 
   // What a new line gets. Loading sets it by the first line; while nobody assigns another value a new line takes the break
   // of the line that it splits (or of its neighbour above), so mixed files stay as they are.
-  bool enableCrlf() const { return enableCrlf_; }
+  bool enableCrlf() const;
   void setEnableCrlf(bool on);
   std::string newLineFor(text::LineNo line) const;
-  // Converts every line break of the text; one undo step (in a text of lone CRs, whose lines are then counted in another
-  // way, undo begins anew). An explicit act of the user.
-  void convertLineEnds(bool crlf);
+  // Converts every line break of the text and sets enableCrlf(), as one undo step. An explicit act of the user. `before` is the
+  // selection that undo comes back to.
+  void convertLineEnds(bool crlf, const text::SelectionState& before = {});
 
   bool setLanguage(const QString& name);   // "" = none. False when refused (unknown, openers and closers differ): then none
   const QString& language() const { return language_; }
@@ -66,13 +66,14 @@ class TextModel : public QObject {
  signals:
   void changed(const text::Change& change);   // after each change of the text
   void modifiedChanged(bool modified);
-  void appearanceChanged();                   // bookmarks, language, line ends: repaint, text is the same
+  void appearanceChanged();                   // bookmarks, language: repaint, text is the same
+  void lineEndsChanged();                     // enableCrlf() is another
 
  private:
   void announceModified();
+  void announceLineEnds();
 
   text::Document document_;
-  bool enableCrlf_ = false;
   QString language_;
   struct Impl;
   std::unique_ptr<Impl> impl_;

@@ -105,6 +105,9 @@ void frmDocument::setUp() {
   connect(cmx, &CodeMax::Typed, this, &frmDocument::cmx_Typed);
   connect(cmx, &CodeMax::SelChange, this, &frmDocument::cmx_SelChange);
   connect(cmx, &CodeMax::PropsChange, this, &frmDocument::cmx_PropsChange);
+  connect(cmx->model().get(), &TextModel::lineEndsChanged, this, [this] {
+    if (Frame* main = frame(); main && main->activeDocument() == this) main->setUnixPanel(!cmx->EnableCRLF());
+  });
   connect(cmx, &CodeMax::Note, this, [](const QString& text) {
     if (!text.isEmpty()) SetStatusText(text);   // nothing to say takes nothing away
   });

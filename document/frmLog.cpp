@@ -72,15 +72,17 @@ struct frmLog::Streams {
   static constexpr signed char kNone = -1;
   std::vector<signed char> lines{kNone};
 
-  void follow(const text::Change& change, qint64 lineCount) {
+  void follow(const text::Change& change, const text::Snapshot& now) {
     for (const auto& span : change.spans) {
-      const auto at = std::min<std::size_t>(std::size_t(span.firstLine.value) + 1, lines.size());
+      // The line in which the span begins keeps its flag as long as something of it is left.
+      const std::size_t kept = now.lineStart(span.firstLine) == span.begin && span.linesRemoved > 0 ? 0 : 1;
+      const auto at = std::min<std::size_t>(std::size_t(span.firstLine.value) + kept, lines.size());
       const auto removed = std::min<std::size_t>(std::size_t(span.linesRemoved), lines.size() - at);
       lines.erase(lines.begin() + std::ptrdiff_t(at), lines.begin() + std::ptrdiff_t(at + removed));
       lines.insert(lines.begin() + std::ptrdiff_t(at), std::size_t(span.linesInserted), kNone);
     }
     if (change.reset) lines.clear();
-    lines.resize(std::size_t(lineCount), kNone);
+    lines.resize(std::size_t(now.lineCount()), kNone);
   }
 };
 
@@ -96,7 +98,7 @@ frmLog::frmLog(QWidget* parent)
   cmx->setEnableCRLF(true);
   cmx->model()->document().setUndoLimit(kUndoSteps, kUndoBytes);
   connect(cmx->model().get(), &TextModel::changed, this,
-          [this](const text::Change& change) { streams_->follow(change, cmx->LineCount()); });
+          [this](const text::Change& change) { streams_->follow(change, cmx->model()->snapshot()); });
   cmx->model()->plainSlot = [this](text::LineNo line) {
     return int(streamOf(line.value) == Stream::errors ? ColorSlot::String : ColorSlot::Text);
   };
@@ -215,7 +217,7 @@ void frmLog::watch(process::Program& program) {
   program_ = &program;
   text::Document& document = cmx->model()->document();
   if (outputStart_) document.removeMark(outputStart_);
-  outputStart_ = document.addMark(document.snapshot().size(), text::Gravity::left);
+  outputStart_ = document.addMark(document.snapshot().size(), text::Bias::left);
   stopAction->setEnabled(true);
   auto channels = std::make_shared<std::array<Channel, 2>>();
   (*channels)[0].stream = Stream::output;

@@ -14,8 +14,8 @@ constexpr qsizetype kMarker = 2;   // length of "$$"
 
 FieldWalk::FieldWalk(CodeMax& cmx, text::ByteRange range) : QObject(&cmx), cmx_(cmx) {
   text::Document& document = cmx.editor().document();
-  begin_ = document.addMark(range.begin, text::Gravity::left);
-  end_ = document.addMark(range.end, text::Gravity::right);
+  begin_ = document.addMark(range.begin, text::Bias::left);
+  end_ = document.addMark(range.end, text::Bias::right);
   changes_ = document.subscribe([this](const text::Change& change) {
     if (change.reset) begin_ = end_ = fieldBegin_ = fieldEnd_ = 0;   // another text: the marks are gone
   });

@@ -47,7 +47,7 @@ class LinesInOrder {
 
 // Passes every line through `change` and puts the changed ones back. False: a line lost or gained more than white space and letter case.
 template <class Change>
-bool changeLines(CodeMax& cmx, Lines lines, Change change, qint64* changed) {
+bool changeLines(CodeMax& cmx, Lines lines, Change change) {
   for (qint64 at = lines.first; at < lines.end; at += kChunk) {
     const qint64 end = std::min(lines.end, at + kChunk);
     QStringList fresh;
@@ -60,13 +60,23 @@ bool changeLines(CodeMax& cmx, Lines lines, Change change, qint64* changed) {
       if (now != old) {
         if (!sameInk(now, old)) return false;
         any = true;
-        ++*changed;
       }
       fresh.push_back(std::move(now));
     }
     if (any) cmx.ReplaceLines(at, fresh);
   }
   return true;
+}
+
+// No step joins or parts lines, so line stands for line. A line whose end is another differs too.
+qint64 linesThatDiffer(const text::Snapshot& before, const text::Snapshot& after) {
+  if (before.sameAs(after)) return 0;
+  text::LineReader old(before), now(after);
+  std::string_view a, b;
+  qint64 differ = 0;
+  while (old.next(&a) && now.next(&b))
+    if (a != b || before.lineBreak(old.line()) != after.lineBreak(now.line())) ++differ;
+  return differ;
 }
 
 void ConvertTabstoSpaces(CodeMax& cmx, int blanks) {
@@ -78,7 +88,7 @@ void ConvertTabstoSpaces(CodeMax& cmx, int blanks) {
   cmx.ExecuteCmd(171);
 }
 
-bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, const clsLang& language, qint64* changed) {
+bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, const clsLang& language) {
   const auto highlighter = LanguageTable::find(language.Name);
   if (!highlighter || !highlighter->valid()) return true;
   text::LineState state = 0;
@@ -86,7 +96,7 @@ bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, 
   std::string_view line;
   for (qint64 i = 0; i < lines.first && before.next(&line); ++i) state = highlighter->scanLine(line, state, nullptr);
   return changeLines(cmx, lines,
-      [&](qint64, const QString& old) { return filterCase(old, target, mode, *highlighter, &state); }, changed);
+      [&](qint64, const QString& old) { return filterCase(old, target, mode, *highlighter, &state); });
 }
 
 // The leading white space of `columns` columns; what stands there already stays.
@@ -99,7 +109,7 @@ QString leadingFor(const QString& old, int columns, bool tabs, int tabSize) {
   return tabs ? QString(columns / tabSize, u'\t') + QString(columns % tabSize, u' ') : QString(columns, u' ');
 }
 
-bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const clsLang& language, qint64* changed) {
+bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const clsLang& language) {
   const int unit = choices.indent - 1;
   const bool wholeLine = choices.wholeLine;
   const BlockWords words(language.BlockStart, language.BlockEnd, language.BlockMid);
@@ -116,7 +126,7 @@ bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const cls
         if (!wholeLine) return QString(columns, u' ') + old.mid(leadingLength(old));
         if (leadingLength(old) == old.size()) return QString();
         return leadingFor(old, columns, choices.indentTabs, cmx.TabSize()) + old.mid(leadingLength(old));
-      }, changed);
+      });
 }
 
 }  // namespace
@@ -138,6 +148,7 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
   }
   const bool mayChangeCase = !caseMatters(choices, language) || choices.changeCaseAnyway;
   const Lines lines = choices.selectionOnly ? selectedLines(cmx) : Lines{0, cmx.LineCount()};
+  const text::Snapshot before = cmx.model()->snapshot();
   const BusyGuard busy;
   bool whole = true;
   {
@@ -145,30 +156,27 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     if (choices.tabs >= 1) {
       SetStatusText(T::tr("Processing Tabs"));
       const QString blanks(choices.tabs - 1, u' ');
-      if (choices.selectionOnly) whole = changeLines(cmx, lines, [&](qint64, const QString& old) { return QString(old).replace(u'\t', blanks); }, &result.linesChanged);
+      if (choices.selectionOnly) whole = changeLines(cmx, lines, [&](qint64, const QString& old) { return QString(old).replace(u'\t', blanks); });
       else ConvertTabstoSpaces(cmx, choices.tabs - 1);
     }
     SetStatusText(T::tr("Applying filter to main text"));
     if (whole && choices.mainCase > 0 && language && mayChangeCase)
-      whole = filterLetters(cmx, lines, CaseTarget::mainText, CaseMode(choices.mainCase), *language, &result.linesChanged);
+      whole = filterLetters(cmx, lines, CaseTarget::mainText, CaseMode(choices.mainCase), *language);
     SetStatusText(T::tr("Applying filter to keywords"));
     if (whole && choices.keywordCase > 0 && language && mayChangeCase)
-      whole = filterLetters(cmx, lines, CaseTarget::keywords, CaseMode(choices.keywordCase), *language, &result.linesChanged);
+      whole = filterLetters(cmx, lines, CaseTarget::keywords, CaseMode(choices.keywordCase), *language);
     SetStatusText(T::tr("Processing Indentations"));
     if (whole && choices.indent >= 1 && language)
-      whole = reindent(cmx, lines, choices, *language, &result.linesChanged);
+      whole = reindent(cmx, lines, choices, *language);
     if (!whole) cmx.model()->document().rollbackGroup();
+    if (whole && (choices.lineEnds == 1 || choices.lineEnds == 2)) cmx.ConvertLineEnds(choices.lineEnds == 2);
   }
   if (!whole) {
-    result.linesChanged = 0;
     result.error = T::tr("The text would have lost something; nothing was changed.");
     return result;
   }
-  if (choices.lineEnds == 1 || choices.lineEnds == 2) {
-    const bool crlf = choices.lineEnds == 2;
-    cmx.setEnableCRLF(crlf);
-    cmx.ConvertLineEnds(crlf);
-    cmx.setModified(true);
-  }
+  result.linesChanged = linesThatDiffer(before, cmx.model()->snapshot());
+  // A step that changed the text made it modified, and undo makes it unmodified again.
+  if ((choices.lineEnds == 1 || choices.lineEnds == 2) && result.linesChanged == 0) cmx.setModified(true);
   return result;
 }

@@ -63,8 +63,11 @@ void frmCompare::markChanges() {
   before_->model()->setBookmarks(gone, true);
   after_->model()->setBookmarks(fresh, true);
   after_->setReadOnly(true);
-  summary_->setText(tr("%n line(s) differ", nullptr, static_cast<int>(changed)));
-  apply_->setEnabled(changed > 0 || before_->EnableCRLF() != after_->EnableCRLF());
+  const bool ends = before_->EnableCRLF() != after_->EnableCRLF() ||
+                    (changed == 0 && !before_->model()->snapshot().sameAs(after_->model()->snapshot()));
+  const QString differ = tr("%n line(s) differ", nullptr, static_cast<int>(changed));
+  summary_->setText(ends ? differ + tr(", line ends differ") : differ);
+  apply_->setEnabled(changed > 0 || ends);
   before_->SetSel({}, true);
   after_->SetSel({}, true);
 }

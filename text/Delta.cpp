@@ -162,7 +162,7 @@ std::vector<Change::Span> spansOf(const Delta& delta, const Tree& old, const Tre
   std::vector<Change::Span> spans;
   spans.reserve(delta.items.size());
   Walker before(old), after(now);
-  std::int64_t grown = 0;
+  std::int64_t grown = 0, linesGrown = 0;
   for (const auto& item : delta.items) {
     Change::Span span;
     span.begin = ByteOffset(item.begin);
@@ -171,12 +171,11 @@ std::vector<Change::Span> spansOf(const Delta& delta, const Tree& old, const Tre
     const auto first = after.breaksBefore(item.begin);
     span.firstLine = LineNo(first);
     span.linesInserted = item.length > 0 ? after.breaksBefore(item.begin + item.length) - first : 0;
-    if (item.otherLength > 0) {
-      const auto begin = item.begin - grown;
-      const auto line = before.breaksBefore(begin);
-      span.linesRemoved = before.breaksBefore(begin + item.otherLength) - line;
-    }
+    span.oldBegin = ByteOffset(item.begin - grown);
+    span.oldLine = LineNo(first - linesGrown);
+    if (item.otherLength > 0) span.linesRemoved = before.breaksBefore(span.oldEnd().value) - span.oldLine.value;
     grown += item.length - item.otherLength;
+    linesGrown = span.linesGrown();
     spans.push_back(span);
   }
   return spans;

@@ -18,7 +18,9 @@ using namespace engine;
 namespace {
 
 // How many bytes two texts share at their begin, and then at their end.
+// Nothing where lines end, and end in different ways: no line is the same then.
 std::pair<std::int64_t, std::int64_t> commonEnds(const Tree& a, const Tree& b) {
+  if (a.breakByte() != b.breakByte() && a.breaks() + b.breaks() > 0) return {0, 0};
   const auto most = std::min(a.bytes(), b.bytes());
   std::int64_t head = 0, tail = 0;
   while (head < most) {
@@ -66,18 +68,16 @@ struct Document::Impl {
   struct Ready {
     TreePtr tree;
     Change change;
-    std::vector<Marks::Shift> shifts;
   };
   // The delta is written down at `to` and leads back to the present tree.
   Ready ready(TreePtr to, const Delta& delta) const {
     Ready result;
     result.change.spans = spansOf(delta, *tree(), *to);
-    result.shifts = marks.shiftsOf(delta);
     result.tree = std::move(to);
     return result;
   }
   void put(Ready& ready) noexcept {
-    marks.move(ready.shifts);
+    marks.move(ready.change);
     now.tree_ = std::move(ready.tree);
     ready.change.revision = ++revision;
   }
@@ -210,6 +210,8 @@ bool Document::exchange(const Snapshot& text, const SelectionState& before) {
 }
 
 void Document::setSelectionAfter(const SelectionState& after) { impl_->history.setSelectionAfter(after); }
+LineBreak Document::newLine() const { return impl_->history.newLine(); }
+void Document::setNewLine(LineBreak newLine) { impl_->history.setNewLine(newLine); }
 void Document::breakJoin() { impl_->history.breakJoin(); }
 bool Document::canUndo() const { return !impl_->readOnly && !impl_->history.groupOpen() && impl_->history.canStepBack(); }
 bool Document::canRedo() const { return !impl_->readOnly && !impl_->history.groupOpen() && impl_->history.canStepOn(); }
@@ -241,13 +243,15 @@ void Document::endGroup() { impl_->history.endGroup(); }
 void Document::abandonGroup() noexcept {
   try {
     rollbackGroup();
-  } catch (const std::bad_alloc&) {
+  } catch (...) {   // no memory: nothing was taken back; or it was, and a listener failed
   }
 }
 
 void Document::rollbackGroup() {
   auto& d = *impl_;
-  if (!d.history.groupHasStep() || d.notifying) return;
+  if (d.notifying) return;
+  d.history.resetNewLine();
+  if (!d.history.groupHasStep()) return;
   const auto& delta = d.history.deltaBack();
   auto [tree, back] = revert(d.tree(), delta);
   auto ready = d.ready(delta.other, back);
@@ -263,7 +267,7 @@ void Document::markSaved() { impl_->history.markSaved(); }
 void Document::markUnsaved() { impl_->history.markUnsaved(); }
 bool Document::modified() const { return impl_->history.modified(); }
 
-MarkId Document::addMark(ByteOffset at, Gravity gravity) { return impl_->marks.add(impl_->within(at), gravity); }
+MarkId Document::addMark(ByteOffset at, Bias bias) { return impl_->marks.add(impl_->within(at), bias); }
 void Document::removeMark(MarkId id) { impl_->marks.remove(id); }
 ByteOffset Document::markAt(MarkId id) const { return ByteOffset(impl_->marks.at(id)); }
 void Document::moveMark(MarkId id, ByteOffset at) { impl_->marks.set(id, impl_->within(at)); }

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "text/Snapshot.h"
+#include "text/Change.h"
 
 namespace text {
 
@@ -32,28 +32,13 @@ struct SelectionState {
   bool operator==(const SelectionState&) const = default;
 };
 
-// What one apply/undo/redo/reset did, in ascending order; offsets are those of the text AFTER the change.
-struct Change {
-  struct Span {
-    ByteOffset begin;            // where, in the new text
-    std::int64_t removed = 0;    // bytes that went
-    std::int64_t inserted = 0;   // bytes that came
-    LineNo firstLine;            // line of begin, in the new text
-    std::int64_t linesRemoved = 0, linesInserted = 0;  // line breaks that went and came
-  };
-  std::uint64_t revision = 0;    // of the document after the change
-  bool reset = false;            // the whole text was exchanged; spans is empty
-  std::vector<Span> spans;
-};
-
 enum class Join {      // how an edit joins the undo step before it
   none,                // a step of its own
   typing,              // joins the last step when that was typing too and ends where this begins
   deleting             // the same for runs of Delete and of Backspace
 };
 
-enum class Gravity : unsigned char { left, right };  // text inserted at the mark goes behind it / before it
-using MarkId = std::uint64_t;                        // never 0
+using MarkId = std::uint64_t;   // never 0
 
 class Document {
  public:
@@ -81,6 +66,10 @@ class Document {
   bool exchange(const Snapshot& text, const SelectionState& before);
   // The selection after the last apply (until it is set: the end of the last edit); redo comes back to it.
   void setSelectionAfter(const SelectionState& after);
+  // How lines that are typed end; none (after reset): nobody chose. Set inside a group it is part of the group's undo step: undo
+  // and redo set it back and on. It is in place when listeners are called.
+  LineBreak newLine() const;
+  void setNewLine(LineBreak newLine);
   void breakJoin();            // the next typing starts a step of its own (caret moved, saved ...)
 
   bool canUndo() const;         // undo() would do something
@@ -90,9 +79,10 @@ class Document {
   // Groups nest; all steps inside the outermost become one. Prefer UndoGroup. undo() inside a group is refused.
   void beginGroup();
   void endGroup();
-  // Rolls the open group back to its start and forgets it; the group stays open.
+  // Rolls the open group back to its start (newLine() too) and forgets it; the group stays open.
   void rollbackGroup();
-  // The same where nothing may be thrown; without memory for it the group's work stays, as one step that can be undone.
+  // The same where nothing may be thrown: what a listener throws is dropped; without memory for it the group's work stays, as
+  // one step that can be undone.
   void abandonGroup() noexcept;
 
   // Limits of the undo memory; beyond it whole oldest steps are dropped. The newest step stays whatever its size, unless
@@ -104,9 +94,9 @@ class Document {
   void markUnsaved();           // it is not, whatever undo says (lost file)
   bool modified() const;        // false again after undoing back to the save point
 
-  // A place outside the text becomes its nearest end. An unknown mark: removeMark does nothing, the others throw
+  // Marks move with the text as Change::map says. A place outside the text becomes its nearest end. An unknown mark: removeMark does nothing, the others throw
   // std::out_of_range.
-  MarkId addMark(ByteOffset at, Gravity gravity = Gravity::right);
+  MarkId addMark(ByteOffset at, Bias bias = Bias::right);
   void removeMark(MarkId id);
   ByteOffset markAt(MarkId id) const;
   void moveMark(MarkId id, ByteOffset at);

@@ -111,26 +111,43 @@ const History::Step& History::shift(std::list<Step>& from, std::list<Step>& to, 
   return step;
 }
 
+const History::Step& History::stepBack(Delta back) noexcept {
+  const Step& step = shift(done_, undone_, std::move(back));
+  if (step.newLineBefore != step.newLineAfter) newLine_ = step.newLineBefore;
+  return step;
+}
+
+const History::Step& History::stepOn(Delta back) noexcept {
+  const Step& step = shift(undone_, done_, std::move(back));
+  if (step.newLineBefore != step.newLineAfter) newLine_ = step.newLineAfter;
+  return step;
+}
+
+void History::beginGroup() {
+  if (depth_++ == 0) newLineAtGroup_ = newLine_;
+}
+
 void History::endGroup() noexcept {
   if (depth_ == 0 || --depth_ > 0) return;
-  if (groupHasStep_) {
-    groupHasStep_ = false;
-    auto& step = done_.back();
-    try {
-      single(step);
-      auto& delta = step.deltas.front();
-      if (delta.hasContent) delta.other.reset();
-      delta.items.shrink_to_fit();
-    } catch (const std::bad_alloc&) {
-      // The deltas stay several until the step is undone.
-    }
-    if (step.deltas.size() == 1 && step.deltas.front().items.empty()) {
-      forgetGroupStep();   // the changes took one another back
-    } else {
-      weigh(step);
-    }
-  }
   joinable_ = false;
+  if (!groupHasStep_) return;   // no new step drops an old one
+  groupHasStep_ = false;
+  auto& step = done_.back();
+  step.newLineBefore = newLineAtGroup_;
+  step.newLineAfter = newLine_;
+  try {
+    single(step);
+    auto& delta = step.deltas.front();
+    if (delta.hasContent) delta.other.reset();
+    delta.items.shrink_to_fit();
+  } catch (const std::bad_alloc&) {
+    // The deltas stay several until the step is undone.
+  }
+  if (step.deltas.size() == 1 && step.deltas.front().items.empty()) {
+    forgetGroupStep();   // the changes took one another back
+  } else {
+    weigh(step);
+  }
   trim();
 }
 
@@ -173,6 +190,7 @@ void History::clear() noexcept {
   undone_.clear();
   cost_ = 0;
   bottom_ = saved_ = ++lastState_;
+  newLine_ = newLineAtGroup_ = LineBreak::none;
   groupHasStep_ = joinable_ = unsaved_ = dropped_ = false;
 }
 

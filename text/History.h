@@ -19,6 +19,7 @@ class History {
   struct Step {
     std::uint64_t state = 0;         // number of the state behind the step
     SelectionState before, after;
+    LineBreak newLineBefore = LineBreak::none, newLineAfter = LineBreak::none;   // equal: the step leaves it as it is
     std::vector<Delta> deltas;       // in order of time; one, except while a group is open
     std::size_t cost = 0;
     Join join = Join::none;
@@ -41,14 +42,19 @@ class History {
   const Delta& deltaBack() { return single(done_.back()); }
   const Delta& deltaOn() { return single(undone_.back()); }
   // Moves the step to the other list, with the delta that leads back. Returns it.
-  const Step& stepBack(Delta back) noexcept { return shift(done_, undone_, std::move(back)); }
-  const Step& stepOn(Delta back) noexcept { return shift(undone_, done_, std::move(back)); }
+  const Step& stepBack(Delta back) noexcept;
+  const Step& stepOn(Delta back) noexcept;
 
-  void beginGroup() { ++depth_; }
+  // How lines end that are typed. What is set in a group belongs to the group's step, and goes with it when that is undone.
+  LineBreak newLine() const { return newLine_; }
+  void setNewLine(LineBreak newLine) { newLine_ = newLine; }
+
+  void beginGroup();
   void endGroup() noexcept;
   bool groupOpen() const { return depth_ > 0; }
   bool groupHasStep() const { return groupHasStep_; }   // something was changed in the open group
   void forgetGroupStep() noexcept;
+  void resetNewLine() noexcept { if (depth_ > 0) newLine_ = newLineAtGroup_; }   // as it was when the group was opened
 
   void setSelectionAfter(const SelectionState& after);
   void breakJoin() { joinable_ = false; }
@@ -75,6 +81,7 @@ class History {
   std::size_t cost_ = 0;          // of all steps
   std::size_t stepLimit_ = SIZE_MAX, byteLimit_ = std::size_t{1} << 30;
   int depth_ = 0;
+  LineBreak newLine_ = LineBreak::none, newLineAtGroup_ = LineBreak::none;
   bool groupHasStep_ = false, joinable_ = false, unsaved_ = false, dropped_ = false;
 };
 

@@ -33,22 +33,17 @@ class LinePlaces {
   void onChange(const Change& change, const Snapshot& now, std::int64_t ahead) {
     if (change.reset) clear();
     for (Entry& e : lines_) {
-      std::int64_t shift = 0;      // new line - old line behind the spans before
-      for (const auto& span : change.spans) {
-        const std::int64_t oldFirst = span.firstLine.value - shift;
-        if (e.line < oldFirst) break;
-        if (e.line == oldFirst) {   // its beginning stays; what follows may stand on another line now
-          const std::int64_t safe = span.begin - now.lineStart(span.firstLine) - ahead;
-          while (e.places.size() > 1 && e.places.back().byte > safe) e.places.pop_back();
-          break;
-        }
-        if (e.line <= oldFirst + span.linesRemoved) {
-          e.line = shift = kGone;
-          break;
-        }
-        shift += span.linesInserted - span.linesRemoved;
+      const LineNo line(e.line);
+      const Change::Span* span = change.touching(line);
+      if (!span) {
+        e.line += change.linesGrownAbove(line);
+      } else if (span->oldLine < line) {   // its beginning went
+        e.line = kGone;
+      } else {   // its beginning stays; what follows may stand on another line now
+        e.line = span->firstLine.value;
+        const std::int64_t safe = span->begin - now.lineStart(span->firstLine) - ahead;
+        while (e.places.size() > 1 && e.places.back().byte > safe) e.places.pop_back();
       }
-      e.line += shift;
     }
     std::erase_if(lines_, [](const Entry& e) { return e.line < 0; });
   }

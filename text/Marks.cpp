@@ -7,33 +7,6 @@
 
 namespace text::engine {
 
-namespace {
-
-using Shift = Marks::Shift;
-
-// The number of shifts that begin at or before `at`.
-std::size_t countBefore(std::span<const Shift> shifts, std::int64_t at) {
-  return static_cast<std::size_t>(std::upper_bound(shifts.begin(), shifts.end(), at,
-                                                   [](std::int64_t a, const Shift& s) { return a < s.begin; }) - shifts.begin());
-}
-
-// As if the edits were done one by one from the last to the first.
-std::int64_t moved(std::span<const Shift> shifts, std::int64_t at, Gravity gravity) {
-  const auto before = countBefore(shifts, at);
-  if (before == 0) return at;
-  const Shift* shift = &shifts[before - 1];
-  const auto behind = [&] { return at > shift->begin && at >= shift->end; };
-  if (gravity == Gravity::right) return behind() ? at + (shift->newEnd - shift->end) : shift->newEnd;
-  // Where deletions and insertions touch, a left mark may come to stand at the begin of the edit before this one.
-  for (;; --shift) {
-    if (behind() && (at > shift->end || shift->newEnd > shift->newBegin)) return at + (shift->newEnd - shift->end);
-    at = shift->begin;
-    if (shift == shifts.data() || shift[-1].end < at) return shift->newBegin;
-  }
-}
-
-}  // namespace
-
 void Marks::Block::measure() {
   if (marks.empty()) return;
   const auto [least, most] = std::minmax_element(marks.begin(), marks.end(), [](const Mark& a, const Mark& b) { return a.at < b.at; });
@@ -73,12 +46,12 @@ void Marks::split(std::size_t index) {
   block.measure();
 }
 
-MarkId Marks::add(std::int64_t at, Gravity gravity) {
+MarkId Marks::add(std::int64_t at, Bias bias) {
   Block& block = blockFor(at);
   if (block.marks.size() == block.marks.capacity()) block.marks.reserve(std::max<std::size_t>(8, 2 * block.marks.size()));
   home_.emplace(next_, &block);
   if (block.marks.empty()) block.low = block.high = at - block.base;
-  block.marks.push_back({at - block.base, next_, gravity});
+  block.marks.push_back({at - block.base, next_, bias});
   block.low = std::min(block.low, at - block.base);
   block.high = std::max(block.high, at - block.base);
   return next_++;
@@ -115,29 +88,20 @@ void Marks::clear() {
   home_.clear();
 }
 
-std::vector<Marks::Shift> Marks::shiftsOf(const Delta& delta) const {
-  std::vector<Shift> shifts;
-  if (blocks_.empty()) return shifts;
-  shifts.reserve(delta.items.size());
-  std::int64_t grown = 0;
-  for (const auto& item : delta.items) {
-    const auto begin = item.begin - grown;
-    shifts.push_back({begin, begin + item.otherLength, item.begin, item.begin + item.length});
-    grown += item.length - item.otherLength;
-  }
-  return shifts;
-}
-
-void Marks::move(std::span<const Shift> shifts) noexcept {
-  if (shifts.empty()) return;
+void Marks::move(const Change& change) noexcept {
+  if (change.spans.empty()) return;
+  // What lies wholly between two spans only moves its base.
+  const auto before = [&](std::int64_t at) {
+    return std::partition_point(change.spans.begin(), change.spans.end(), [at](const Change::Span& s) { return s.oldBegin.value <= at; });
+  };
   for (const auto& block : blocks_) {
     const auto low = block->base + block->low, high = block->base + block->high;
-    const auto before = countBefore(shifts, low);
-    if (before == countBefore(shifts, high) && (before == 0 || low > shifts[before - 1].end)) {
-      if (before > 0) block->base += shifts[before - 1].newEnd - shifts[before - 1].end;
+    const auto span = before(low);
+    if (span == before(high) && (span == change.spans.begin() || low > std::prev(span)->oldEnd().value)) {
+      if (span != change.spans.begin()) block->base += std::prev(span)->end() - std::prev(span)->oldEnd();
       continue;
     }
-    for (auto& mark : block->marks) mark.at = moved(shifts, block->base + mark.at, mark.gravity) - block->base;
+    for (auto& mark : block->marks) mark.at = change.map(ByteOffset(block->base + mark.at), mark.bias).value - block->base;
     block->measure();
   }
 }

@@ -6,32 +6,22 @@
 #pragma once
 
 #include <memory>
-#include <span>
 #include <unordered_map>
 #include <vector>
 
-#include "text/Delta.h"
 #include "text/Document.h"
 
 namespace text::engine {
 
 class Marks {
  public:
-  MarkId add(std::int64_t at, Gravity gravity);
+  MarkId add(std::int64_t at, Bias bias);
   void remove(MarkId id);                    // unknown: nothing
   std::int64_t at(MarkId id) const;          // throws std::out_of_range for an unknown mark
   void set(MarkId id, std::int64_t at);      // the same
   void clear();
 
-  // How a mark behaves at an edit: before it, it stays; at its end or behind it, it moves by the difference; inside it or at
-  // its begin, it comes to stand before (left) or behind (right) the new text.
-  struct Shift {
-    std::int64_t begin, end;          // in the old text
-    std::int64_t newBegin, newEnd;
-  };
-  // The shifts of a change that leads to delta's text; made before the change is put in place, since it may fail.
-  std::vector<Shift> shiftsOf(const Delta& delta) const;
-  void move(std::span<const Shift> shifts) noexcept;
+  void move(const Change& change) noexcept;   // each as Change::map says; not after a reset
 
   void checkInvariants(std::int64_t size) const;
 
@@ -39,7 +29,7 @@ class Marks {
   struct Mark {
     std::int64_t at;   // from the block's base
     MarkId id;
-    Gravity gravity;
+    Bias bias;
   };
   struct Block {
     std::int64_t base = 0, low = 0, high = 0;   // low <= at <= high for each mark

@@ -53,29 +53,25 @@ void StateCache::onChange(const Change& change) {
     sound_ = 0;
     return;
   }
-  // Spans ascend and speak of the text as it is with all spans above done: so do the lines of the points on the way.
   std::size_t span = 0;
-  std::int64_t moved = 0;
   bool doubtful = false;
-  const auto below = [](std::int64_t line, const Checkpoint& p) { return line < p.line; };
-  const auto first = change.spans.empty() ? points_.end() : std::upper_bound(points_.begin(), points_.end(), change.spans[0].firstLine.value, below);
+  const auto below = [](LineNo line, const Checkpoint& p) { return line.value < p.line; };
+  const auto first = change.spans.empty() ? points_.end() : std::upper_bound(points_.begin(), points_.end(), change.spans[0].oldLine, below);
   auto kept = first;
   for (auto it = first; it != points_.end(); ++it) {
     Checkpoint point = *it;
-    point.line += moved;
+    const LineNo line(point.line);
     bool gone = false;
-    while (!gone && span < change.spans.size() && change.spans[span].firstLine.value < point.line) {
-      const auto& s = change.spans[span];
+    while (!gone && span < change.spans.size() && change.spans[span].oldLine < line) {
       doubtful = true;
-      gone = point.line <= s.firstLine.value + s.linesRemoved;   // its line start; the next point meets the same span
-      if (gone) break;
-      point.line += s.linesInserted - s.linesRemoved;
-      moved += s.linesInserted - s.linesRemoved;
-      ++span;
+      gone = line <= change.spans[span].oldLastLine();   // its line start; the next point meets the same span
+      if (!gone) ++span;
     }
     if (doubtful) sound_ = std::min(sound_, static_cast<std::size_t>(kept - points_.begin()));
     if (gone) continue;
+    const std::int64_t moved = span == 0 ? 0 : change.spans[span - 1].linesGrown();
     if (!doubtful && moved == 0 && kept == it && span == change.spans.size()) return;   // all as before from here on
+    point.line += moved;
     point.doubtful = point.doubtful || doubtful;
     doubtful = false;
     *kept++ = point;

@@ -101,7 +101,7 @@ void colouring(benchmark::State& state) {
     row("screen at the end of a 100 MB source, the first time", best(1, [&] { screen(cache); }) * 1e3, "ms", 200);
     row("the same later", best(3, [&] { screen(cache); }) * 1e3, "ms", 100);
     Change edit;
-    edit.spans = {{.begin = ByteOffset(100), .inserted = 1, .firstLine = LineNo(5)}};
+    edit.spans = {{.begin = ByteOffset(100), .inserted = 1, .firstLine = LineNo(5), .oldBegin = ByteOffset(100), .oldLine = LineNo(5)}};
     cache.onChange(edit);
     row("the same after a character typed at the top", best(1, [&] { screen(cache); }) * 1e3, "ms", 100);
     const auto line = singleLine(20 * MB);

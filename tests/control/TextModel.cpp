@@ -106,11 +106,30 @@ TEST(TextModelLineEnds, ConversionIsOneUndoStep) {
   EXPECT_EQ(model.snapshot().bytes(), "a\r\nb\nc\r\n");
   EXPECT_FALSE(model.document().canUndo());
 
+  EXPECT_EQ(model.newLineFor(LineNo(1)), "\n") << "as loaded: each line as its neighbour";
+
   model.replaceAll(text::Snapshot("a\rb", text::LineMode::cr), {});
-  model.convertLineEnds(false);
-  EXPECT_EQ(model.snapshot().bytes(), "a\nb");
-  EXPECT_EQ(model.snapshot().lineCount(), 2);
-  EXPECT_TRUE(model.document().modified());
+  std::string told;
+  QObject::connect(&model, &TextModel::lineEndsChanged, &model, [&] { told += model.enableCrlf() ? 'W' : 'U'; });
+  const auto both = [&] {
+    const text::UndoGroup step(model.document());   // with other work it is one step all the same
+    replace(model, 0, 1, "x");
+    model.convertLineEnds(false);
+  };
+  both();
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(model.snapshot().bytes(), "x\nb");
+    EXPECT_EQ(model.snapshot().lineCount(), 2);
+    EXPECT_TRUE(model.document().modified());
+    EXPECT_FALSE(model.enableCrlf());
+    model.document().undo();
+    EXPECT_EQ(model.snapshot().bytes(), "a\rb");
+    EXPECT_EQ(model.snapshot().lineCount(), 2);
+    EXPECT_FALSE(model.document().modified());
+    EXPECT_TRUE(model.enableCrlf());
+    model.document().redo();
+  }
+  EXPECT_EQ(told, "UWUWU");
 }
 
 TEST(TextModelSignals, EachChangeOnceAndModifiedOnlyWhenItTurns) {

@@ -37,36 +37,43 @@ TEST(FormatText, EachStep) {
   struct Case {
     FormatChoices choices;
     const char *before, *after;
+    int lines;   // that changed
   };
-  FormatChoices tabs, main, keys, indent, all;
+  FormatChoices tabs, main, keys, indent, ends, all;
   tabs.tabs = 4;   // 3 blanks for a tab, whatever its column
   main.mainCase = 1;
   keys.keywordCase = 3;
   indent.indent = 3;
+  ends.lineEnds = 2;
   all = indent;
+  all.lineEnds = 2;
   all.tabs = 2;
   all.mainCase = 2;
   all.keywordCase = 1;
   const Case cases[] = {
-      {{}, "Begin\n\tX\nend", "Begin\n\tX\nend"},
-      {tabs, "a\tb\n\tc", "a   b\n   c"},
-      {main, "begin aB \"aB\" -- aB\nend", "begin AB \"aB\" -- aB\nend"},
-      {keys, "BEGIN aB\nend", "Begin aB\nEnd"},
-      {indent, "begin\nx\n  end", "begin\n  x\nend"},
-      {all, "begin\nX\ty\nend", "BEGIN\n  x y\nEND"},
+      {{}, "Begin\n\tX\nend", "Begin\n\tX\nend", 0},
+      {tabs, "a\tb\n\tc", "a   b\n   c", 2},
+      {main, "begin aB \"aB\" -- aB\nend", "begin AB \"aB\" -- aB\nend", 1},
+      {keys, "BEGIN aB\nend", "Begin aB\nEnd", 2},
+      {indent, "begin\nx\n  end", "begin\n  x\nend", 2},
+      {ends, "begin\nx\nend", "begin\r\nx\r\nend", 2},
+      {all, "begin\nX\ty\nend", "BEGIN\r\n  x y\r\nEND", 3},
   };
   for (const auto& c : cases) {
     CodeMax cmx;
     cmx.setLanguage(QStringLiteral("format-test"));
+    cmx.setEnableCRLF(false);
     cmx.setText(QLatin1String(c.before));
     cmx.setModified(false);
     const auto result = FormatIt(cmx, hdl.language.get(), c.choices);
     EXPECT_EQ(result.error, QString());
     EXPECT_EQ(textOf(cmx), c.after);
+    EXPECT_EQ(result.linesChanged, c.lines);
     EXPECT_EQ(cmx.Modified(), std::string(c.before) != c.after);
     if (std::string(c.before) == c.after) continue;
     cmx.ExecuteCmd(129);
-    EXPECT_EQ(textOf(cmx), c.before) << "one undo step";
+    EXPECT_EQ(textOf(cmx), c.before) << "one undo step, line ends with it";
+    EXPECT_FALSE(cmx.Modified());
   }
 }
 

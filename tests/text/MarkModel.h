@@ -1,6 +1,8 @@
 // A mark as the rules of Document.h say it: the plain model that tests compare with.
 #pragma once
 
+#include <algorithm>
+
 #include "text/Document.h"
 
 namespace test {
@@ -8,17 +10,22 @@ namespace test {
 struct ModelMark {
   text::MarkId id;
   std::int64_t at;
-  text::Gravity gravity;
-  // The spans as single edits, from the last to the first, so that no offset has moved when it is used.
+  text::Bias bias;
+  // Step by step, in offsets that each span before has moved already.
   void move(const text::Change& change) {
     std::int64_t grown = 0;
-    for (const auto& s : change.spans) grown += s.inserted - s.removed;
-    for (auto s = change.spans.rbegin(); s != change.spans.rend(); ++s) {
-      grown -= s->inserted - s->removed;
-      const auto begin = s->begin.value - grown;
-      if (at > begin && at >= begin + s->removed) at += s->inserted - s->removed;
-      else if (at >= begin) at = gravity == text::Gravity::right ? begin + s->inserted : begin;
+    for (const auto& s : change.spans) {
+      const auto begin = s.begin.value - grown, end = begin + s.removed;
+      if (at < begin) break;
+      const bool left = bias == text::Bias::left || bias == text::Bias::alongLeft;
+      if (at < end || (at == end && s.removed == 0 && left)) {
+        const auto along = std::min(at - begin, s.inserted);
+        at = s.begin.value + (at == begin ? 0 : bias == text::Bias::left ? 0 : bias == text::Bias::right ? s.inserted : along);
+        return;
+      }
+      grown += s.inserted - s.removed;
     }
+    at += grown;
   }
 };
 

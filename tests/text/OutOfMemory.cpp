@@ -29,7 +29,7 @@ struct Scene {
     document.apply(Edit{range(0, 0), "1"}, {});
     document.markSaved();
     document.apply(Edit{range(1, 1), "2"}, {}, Join::typing);
-    left = document.addMark(ByteOffset(10), Gravity::left);
+    left = document.addMark(ByteOffset(10), Bias::left);
     right = document.addMark(ByteOffset(20));
     handle = document.subscribe([this](const Change&) { ++heard; });
   }

@@ -280,8 +280,8 @@ class Trial {
   void moveMarks() {
     const auto at = random_.upTo(std::ssize(now_.text) + 1);
     if (marks_.size() < 12) {
-      const auto gravity = random_.oneIn(2) ? Gravity::left : Gravity::right;
-      marks_.push_back({document_.addMark(ByteOffset(at), gravity), at, gravity});
+      const auto bias = static_cast<Bias>(random_.upTo(4));
+      marks_.push_back({document_.addMark(ByteOffset(at), bias), at, bias});
       return;
     }
     const auto index = random_.upTo(std::ssize(marks_));

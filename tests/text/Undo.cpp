@@ -147,6 +147,13 @@ TEST(Undo, BytesAreLimitedToo) {
   d.apply(Edit{{ByteOffset(0), d.snapshot().size()}, ""}, {});
   EXPECT_TRUE(d.undo().has_value()) << "the newest step stays whatever its size";
   EXPECT_EQ(d.snapshot().size().value % 30000, 0);
+
+  Document undone;
+  undone.setUndoLimit(SIZE_MAX, 100000);
+  for (const std::size_t length : {std::size_t{2}, std::size_t{2}, std::size_t{200000}}) undone.apply(Edit{{}, std::string(length, 'c')}, {});
+  undone.undo();   // what redo brings back weighs more than the limit
+  { const UndoGroup nothing(undone); }
+  EXPECT_TRUE(undone.undo() && undone.undo()) << "a group without a change drops no step";
 }
 
 // A group of many edits all over a text, and in it a change of so many edits that undo keeps the whole tree.
@@ -244,6 +251,12 @@ TEST(Undo, ListenersHearOnceAndMayLeave) {
     EXPECT_EQ(heard, (std::vector<std::string>{"first", "last 1"}));
     EXPECT_EQ(d.snapshot().bytes(), "x");
     EXPECT_THROW(d.undo(), std::runtime_error);
+    EXPECT_EQ(d.snapshot().bytes(), "");
+    const auto group = [&d] {
+      const UndoGroup step(d);
+      d.apply(Edit{{}, "z"}, {});
+    };
+    EXPECT_THROW(group(), std::runtime_error) << "and not the end of the program";
     EXPECT_EQ(d.snapshot().bytes(), "");
   }
   first.reset();   // outlives the document
