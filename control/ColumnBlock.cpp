@@ -67,7 +67,7 @@ ColumnRow columnRow(const Snapshot& text, LineNo lineNo, std::int64_t left, std:
     if (begin == size) {
       row.missing = left - beginCell;
     } else {
-      const std::int64_t behind = begin + decode(std::string_view(line).substr(index(begin))).bytes;
+      const std::int64_t behind = begin + clusterLength(std::string_view(line).substr(index(begin)));
       const std::int64_t behindCell = cellsTo(line, behind, tabSize);
       if (line[index(begin)] == '\t') {
         row.keepBefore = left - beginCell;
@@ -87,7 +87,7 @@ ColumnRow columnRow(const Snapshot& text, LineNo lineNo, std::int64_t left, std:
     const std::int64_t endCell = cellsTo(line, end, tabSize);
     if (endCell >= left && endCell < right) {
       const bool tab = line[index(end)] == '\t';
-      const std::int64_t behindCell = cellsTo(line, end + decode(std::string_view(line).substr(index(end))).bytes, tabSize);
+      const std::int64_t behindCell = cellsTo(line, end + clusterLength(std::string_view(line).substr(index(end))), tabSize);
       row.keepAfter = behindCell - right;
       end = byteOfDisplay(line, DisplayColumn(behindCell), tabSize);
       if (tab) row.insideAfter = right - endCell;

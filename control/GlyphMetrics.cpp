@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "text/Chars.h"
+#include "text/Segments.h"
 
 namespace {
 constexpr qsizetype kCacheLimit = 8192;   // clusters of one text are few; a hostile text starts the cache anew

@@ -1,4 +1,5 @@
-// One line, or the part of it that is looked at, as a row of items with places: what stands where.
+// One line, or the part of it that is looked at, as a row of items with places: what stands where. An item is a segment of the text
+// (text/Segments.h) with its glyph; in a fixed font it is as wide as the segment's cells.
 //
 // Items follow each other in the order of the bytes, always from left to right: no character turns the direction, so what is
 // seen is the order that a compiler reads. Every item is at least one device pixel wide, and so is every byte that could hide: bytes
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "control/GlyphMetrics.h"
+#include "text/Segments.h"
 
 struct LayoutItem {
   enum Kind : unsigned char { glyph, blank, tab, label, oddBlank, shaped };
@@ -34,7 +36,7 @@ struct LinePlace {
 // bytes of it are only looked at.
 class LineWalker {
  public:
-  static constexpr std::int64_t kLookAhead = 64;   // no item is longer
+  static constexpr std::int64_t kLookAhead = text::maxClusterBytes + 4;   // no item is longer, and what could join it
 
   LineWalker(std::string_view bytes, bool toLineEnd, LinePlace from, const GlyphMetrics& metrics, int tabSize);
   LinePlace place() const { return {base_ + at_, x_}; }
@@ -47,7 +49,8 @@ class LineWalker {
  private:
   std::string_view bytes_;
   const GlyphMetrics& metrics_;
-  double tabWidth_;
+  int tabSize_;
+  bool toLineEnd_;
   std::int64_t base_, at_ = 0, limit_;
   double x_;
 };
@@ -63,9 +66,6 @@ class LineLayout {
   LinePlace begin() const { return begin_; }
   LinePlace end() const { return end_; }
 
-  // In a fixed font: every item is as wide as the cells that columns count. Not so where hidden characters show as boxes.
-  bool countsCells() const { return countsCells_; }
-
   // The left edge of the item that holds the byte; clipped to begin() and end().
   double xOf(std::int64_t byte) const;
   // The boundary nearest to x, or (inside) the start of the item that covers it.
@@ -77,11 +77,10 @@ class LineLayout {
   std::vector<LayoutItem> items_;
   std::vector<QString> texts_;
   LinePlace begin_, end_;
-  bool countsCells_ = true;
 };
 
 // The text in the box of a character that would not be seen, or that is not what it seems; empty for any other.
 QString hiddenCharLabel(char32_t code);
 // Picture characters may be joined and varied; behind anything else such a character could only hide.
-bool isPictograph(char32_t code);
-bool variesPictures(char32_t code);
+inline bool isPictograph(char32_t c) { return text::isPictograph(c) || (c >= 0x1F3FB && c <= 0x1F3FF); }
+inline bool variesPictures(char32_t c) { return c == 0x200D || c == 0xFE0E || c == 0xFE0F; }

@@ -196,9 +196,10 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
         painter_.setClipRect(QRectF(left + item.x - 1, band.top(), item.width + 2, band.height()), Qt::IntersectClip);
         painter_.setPen(ink);
         const ShapedCluster& cluster = view_.metrics().shaped(layout.text(item));
-        // In its cells: moved to the middle, never pushed over the next character.
-        const double x = left + item.x + std::max(0.0, (item.width - cluster.advance) / 2);
-        for (const QGlyphRun& run : cluster.runs) painter_.drawGlyphRun(QPointF(x, baseline), run);
+        // In its cells: moved to the middle, made narrower where it is wider, never pushed over the next character.
+        painter_.translate(left + item.x + std::max(0.0, (item.width - cluster.advance) / 2), baseline);
+        if (cluster.advance > item.width) painter_.scale(item.width / cluster.advance, 1);
+        for (const QGlyphRun& run : cluster.runs) painter_.drawGlyphRun(QPointF(), run);
         painter_.restore();
         break;
       }

@@ -115,7 +115,7 @@ double TextView::xOf(std::int64_t line, ByteOffset offset) {
 }
 
 double TextView::xOfCell(std::int64_t line, std::int64_t cell) {
-  if (metrics().fixedPitch() && row(line).layout.countsCells()) return static_cast<double>(cell) * metrics().cell();
+  if (metrics().fixedPitch()) return static_cast<double>(cell) * metrics().cell();
   std::int64_t beyond = 0;
   const ByteOffset at = offsetAtCell(snapshot(), LineNo(line), cell, state_.options->tabSize, &beyond);
   return xOf(line, at) + static_cast<double>(beyond) * metrics().cell();
@@ -124,7 +124,7 @@ double TextView::xOfCell(std::int64_t line, std::int64_t cell) {
 std::int64_t TextView::cellAt(const QPoint& point) {
   const double x = std::max(0.0, point.x() - textLeft());
   const std::int64_t line = lineAtY(point.y());
-  if (metrics().fixedPitch() && row(line).layout.countsCells()) return static_cast<std::int64_t>(std::floor(x / metrics().cell() + 0.5));
+  if (metrics().fixedPitch()) return static_cast<std::int64_t>(std::floor(x / metrics().cell() + 0.5));
   const ByteOffset at = offsetAt(point), end = snapshot().lineEnd(LineNo(line));
   std::int64_t beyond = 0;
   if (at == end) beyond = std::max<std::int64_t>(0, std::llround((x - xOf(line, end)) / metrics().cell()));

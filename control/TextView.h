@@ -52,7 +52,7 @@ class TextView {
   void forgetWidest() { widest_ = 0; }
 
   double xOf(std::int64_t line, text::ByteOffset offset);
-  // A column of a block selection: cells in a fixed font, else (and where boxes stand) the place that the row gives it.
+  // A column of a block selection: cells in a fixed font, else the place that the row gives it.
   double xOfCell(std::int64_t line, std::int64_t cell);
   std::int64_t cellAt(const QPoint& point);
   QPoint pointOf(text::ByteOffset offset);

@@ -20,20 +20,17 @@ struct Char {
 Char decode(std::string_view bytes);        // the first character
 Char decodeLast(std::string_view bytes);    // the last one
 std::string encode(char32_t code);          // in UTF-8; precondition: a code point
-int cells(char32_t code);                   // 0 combining and invisible, 1, or 2 wide. Tabs and bad bytes are the caller's affair.
-constexpr int badByteCells = 2;             // a bad byte stands as its two hex digits
+int cells(char32_t code);                   // of it alone: 0 combining and invisible, 1, or 2 wide (see Segments.h)
 int utf16Length(const Char& c);             // 2 beyond U+FFFF, else 1
-// The length in bytes of the user-perceived character (base and combining marks, emoji sequences, CR LF) that starts /
-// ends there. At most maxClusterBytes: a longer pile of marks counts as several.
-constexpr int maxClusterBytes = 256;
+// The length in bytes of the segment (see Segments.h), or CR LF, that starts / ends there.
 int clusterLength(std::string_view bytes);
 int clusterLengthBefore(std::string_view bytes);
 
-// Columns within one line (without its break). A column past the end gives the end.
+// Columns within one line (without its break). A column past the end gives the end; a place inside a segment its start.
 CharColumn columnOf(std::string_view line, std::int64_t byte);
 std::int64_t byteOfColumn(std::string_view line, CharColumn column);
 DisplayColumn displayColumn(std::string_view line, std::int64_t byte, int tabSize);
-// The last character boundary whose display column is <= column.
+// The last segment boundary whose display column is <= column.
 std::int64_t byteOfDisplay(std::string_view line, DisplayColumn column, int tabSize);
 
 bool validUtf8(std::string_view bytes);

@@ -22,11 +22,7 @@ std::string encoded(char32_t c) { return c >= 0x110000 ? std::string(1, static_c
 std::vector<std::string> spellings(char32_t c) {
   std::vector<char32_t> codes{c};
   if (c < 0x80 && c >= 'a' && c <= 'z') codes.push_back(c - 32);
-  if (c >= 0x80 && c < 0x110000)
-    for (const auto table : {upperCase, lowerCase})
-      for (const CaseRange& r : table)
-        for (char32_t x = r.first; x <= r.last; x += static_cast<char32_t>(r.stride))
-          if (fold(x) == c && std::find(codes.begin(), codes.end(), x) == codes.end()) codes.push_back(x);
+  if (c >= 0x80 && c < 0x110000) codes = lettersThatFoldTo(c);
   std::vector<std::string> out;
   for (const char32_t x : codes) out.push_back(encoded(x));
   return out;

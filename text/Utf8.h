@@ -41,6 +41,18 @@ inline char32_t utf8Code(std::string_view sequence) {
   }
 }
 
+// The code point of a valid sequence of one to three bytes at p, for loops over very many; 0 for all else (NUL too).
+inline char32_t utf8Quick(const char* p, std::size_t left, int* length) {
+  const auto byte = [&](int i) { return static_cast<char32_t>(static_cast<unsigned char>(p[i])); };
+  const auto goesOn = [&](int i) { return (byte(i) & 0xc0) == 0x80; };
+  const char32_t first = byte(0);
+  if (first < 0x80) return *length = 1, first;
+  if (first >= 0xc2 && first < 0xe0 && left >= 2 && goesOn(1)) return *length = 2, (first & 0x1f) << 6 | (byte(1) & 0x3f);
+  if (first < 0xe0 || first > 0xef || left < 3 || !goesOn(1) || !goesOn(2)) return 0;
+  const char32_t code = (first & 0x0f) << 12 | (byte(1) & 0x3f) << 6 | (byte(2) & 0x3f);
+  return code < 0x800 || (code >= 0xd800 && code < 0xe000) ? 0 : (*length = 3, code);
+}
+
 inline void appendUtf8(char32_t code, std::string* out) {
   const auto put = [&](char32_t b) { out->push_back(static_cast<char>(b)); };
   if (code < 0x80) return put(code);

@@ -1,10 +1,14 @@
 #include "text/Words.h"
 
 #include <algorithm>
+#include <array>
+#include <memory>
 #include <string>
 
 #include "text/CharTables.h"
 #include "text/Cursor.h"
+#include "text/Segments.h"
+#include "text/Utf8.h"
 
 namespace text {
 
@@ -14,8 +18,8 @@ CharClass classOf(char32_t code) {
       return CharClass::word;
     return code == ' ' || (code >= '\t' && code <= '\r') ? CharClass::blank : CharClass::punctuation;
   }
-  if (contains(wordChars, code)) return CharClass::word;
-  return contains(blankChars, code) ? CharClass::blank : CharClass::punctuation;
+  if (isWordChar(code)) return CharClass::word;
+  return isBlankChar(code) ? CharClass::blank : CharClass::punctuation;
 }
 
 namespace {
@@ -23,7 +27,7 @@ namespace {
 CharClass classOf(const Char& c) { return c.bad ? CharClass::punctuation : text::classOf(c.code); }
 
 // Marks and joiners belong to the run of the character before them.
-bool follows(const Char& c) { return !c.bad && c.code >= 0x300 && (c.code == 0x200D || contains(extendingChars, c.code)); }
+bool follows(const Char& c) { return !c.bad && isExtending(c.code); }
 
 // Steps back over one character with its marks and gives its class. Precondition: not at the start.
 CharClass stepBack(Cursor& cursor) {
@@ -42,8 +46,74 @@ CharClass classAt(Cursor& cursor) {
   return follows(c) && !cursor.atStart() ? classBefore(cursor) : classOf(c);
 }
 
+// The class of a letter below U+10000 with a bit for what belongs to the letter before it, from a table.
+constexpr unsigned char kFollows = 0x80;
+using QuickClasses = std::array<unsigned char, 0x10000>;
+const QuickClasses& quickClasses() {
+  static const auto table = [] {
+    auto all = std::make_unique<QuickClasses>();
+    for (char32_t c = 0; c < 0x10000; ++c)
+      (*all)[c] = static_cast<unsigned char>(static_cast<unsigned char>(text::classOf(c)) | (isExtending(c) ? kFollows : 0));
+    return all;
+  }();
+  return *table;
+}
+
+// How many bytes at the start of a block certainly belong to a run of the class.
+std::size_t quickRun(std::string_view view, CharClass cls) {
+  const QuickClasses& classes = quickClasses();
+  const auto wanted = static_cast<unsigned char>(cls);
+  std::size_t done = 0;
+  while (done < view.size()) {
+    if (const auto byte = static_cast<unsigned char>(view[done]); byte < 0x80) {
+      if (classes[byte] != wanted) break;
+      ++done;
+      continue;
+    }
+    int length = 0;
+    const char32_t code = utf8Quick(view.data() + done, view.size() - done, &length);
+    if (code == 0) break;
+    if (classes[code] != wanted && (classes[code] & kFollows) == 0) break;
+    done += static_cast<std::size_t>(length);
+  }
+  return done;
+}
+
+// The same at its end.
+std::size_t quickRunBack(std::string_view view, CharClass cls) {
+  const QuickClasses& classes = quickClasses();
+  const auto wanted = static_cast<unsigned char>(cls);
+  std::size_t done = 0, marks = 0;   // marks: behind a letter that was not looked at yet
+  while (done + marks < view.size()) {
+    const std::size_t end = view.size() - done - marks;
+    if (const auto byte = static_cast<unsigned char>(view[end - 1]); byte < 0x80) {
+      if (classes[byte] != wanted) break;
+      done += marks + 1;
+      marks = 0;
+      continue;
+    }
+    std::size_t at = end - 1;
+    while (at > 0 && end - at < 3 && (view[at] & 0xC0) == 0x80) --at;
+    int length = 0;
+    const char32_t code = utf8Quick(view.data() + at, end - at, &length);
+    if (code == 0 || static_cast<std::size_t>(length) != end - at) break;
+    if ((classes[code] & kFollows) != 0) {
+      marks += end - at;
+      continue;
+    }
+    if (classes[code] != wanted) break;
+    done += marks + (end - at);
+    marks = 0;
+  }
+  return done;
+}
+
 void skipForward(Cursor& cursor, CharClass cls) {
   while (!cursor.atEnd()) {
+    if (const std::size_t quick = quickRun(cursor.ahead(), cls); quick > 0) {
+      cursor.set(cursor.at() + static_cast<std::int64_t>(quick));
+      continue;
+    }
     const Char c = cursor.peek();
     if (!follows(c) && classOf(c) != cls) return;
     cursor.next();
@@ -52,6 +122,10 @@ void skipForward(Cursor& cursor, CharClass cls) {
 
 void skipBack(Cursor& cursor, CharClass cls) {
   while (!cursor.atStart()) {
+    if (const std::size_t quick = quickRunBack(cursor.behind(), cls); quick > 0) {
+      cursor.set(cursor.at() - static_cast<std::int64_t>(quick));
+      continue;
+    }
     Cursor probe = cursor;
     if (stepBack(probe) != cls) return;
     cursor.set(probe.at());
@@ -276,7 +350,7 @@ ByteOffset previousChar(const Snapshot& text, ByteOffset offset) {
   Cursor cursor(text, offset);
   if (cursor.atStart()) return cursor.at();
   const auto view = cursor.behind();
-  constexpr std::size_t enough = 2 * maxClusterBytes;
+  constexpr std::size_t enough = 4 * maxClusterBytes + 4;
   if (view.size() >= enough) return cursor.at() - clusterLengthBefore(view.substr(view.size() - enough));
   const auto bytes = text.bytes({cursor.at() - static_cast<std::int64_t>(enough), cursor.at()});
   return cursor.at() - clusterLengthBefore(bytes);

@@ -58,6 +58,9 @@ TEST(LineLayout, H1_EveryCharacterHasItsPlaceAndNothingHides) {
       {"tag character", "\xF3\xA0\x81\x81", "l6[U+E0041]"},
       {"byte order mark", "\xEF\xBB\xBF", "l3[BOM]"},
       {"no-break space is seen", "\xC2\xA0", "o1"},
+      {"a syllable takes the cells of its signs", "\u0915\u093F" "a", "s2 g1"},
+      {"a flag is one", "\U0001F1E9\U0001F1EA" "a", "s2 g1"},
+      {"a family is one", "\U0001F468\u200D\U0001F469\u200D\U0001F467" "a", "s2 g1"},
       {"right-to-left letters stay in order", "\xD7\x90\xD7\x91", "s1 s1"},
   };
   for (const auto& c : cases) EXPECT_EQ(shape(c.line, metrics), c.expected) << c.what;

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <tuple>
 #include <vector>
 
 #include "tests/text/Pieces.h"
 #include "text/CharTables.h"
+#include "text/Segments.h"
 #include "text/Words.h"
 
 using namespace text;
@@ -68,8 +70,8 @@ TEST(Chars, CharactersAndClustersAreTheSameFromBothEnds) {
 TEST(Chars, Clusters) {
   const std::pair<std::string, int> rows[] = {
       {"ab", 1}, {"\r\n", 2}, {"\n\r", 1}, {"\rx", 1}, {"e\u0301x", 3}, {"e\u0301\u0302x", 5}, {"\u0301", 2}, {"\u2764\uFE0Fx", 6},
-      {"\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7", 8}, {"\U0001F468\u200D\U0001F469\u200D\U0001F467x", 18},
-      {"\U0001F44D\U0001F3FDx", 8}, {"a\u200Db", 4}, {"\u1100\u1161\u11A8x", 9}, {"\uAC00\u11A8x", 6}, {"\xFFx", 1}, {"\xFF\u0301", 3}, {"\n\u0301", 1}};
+      {"a\uFE0F", 1}, {"\u0915\u093F\u0902x", 9}, {"\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7", 8}, {"\U0001F468\u200D\U0001F469\u200D\U0001F467x", 18},
+      {"\U0001F44D\U0001F3FDx", 8}, {"a\u200Db", 1}, {"\u1100\u1161\u11A8x", 9}, {"\uAC00\u11A8x", 6}, {"\xFFx", 1}, {"\xFF\u0301", 1}, {"\n\u0301", 1}};
   for (const auto& [s, length] : rows) EXPECT_EQ(clusterLength(s), length) << s;
   std::string pile = "e";
   for (int i = 0; i < 100000; ++i) pile += "\u0301";
@@ -82,6 +84,19 @@ TEST(Chars, Cells) {
   const std::pair<char32_t, int> rows[] = {{'a', 1}, {0xE9, 1}, {0xAD, 1}, {0x301, 0}, {0x4E2D, 2}, {0xFF21, 2}, {0xFF71, 1}, {0x200B, 0}, {0x202E, 0},
                                            {0x1F600, 2}, {0x20000, 2}, {0x2500, 1}, {0x11A8, 0}, {0x1100, 2}, {0x3000, 2}, {0xFE0F, 0}, {0x10FFFF, 1}};
   for (const auto& [c, width] : rows) EXPECT_EQ(cells(c), width) << std::hex << static_cast<unsigned>(c);
+}
+
+TEST(Chars, SegmentsTakeTheCellsTheyNeed) {
+  const std::tuple<std::string, int, int> rows[] = {   // bytes and cells of the first segment
+      {"\u0915", 3, 1}, {"\u0915\u093F", 6, 2}, {"\u0B95\u0BCC", 6, 3},      // vowel signs of one and of two parts
+      {"\u0E01\u0E33", 6, 2}, {"\uFF76\uFF9E", 6, 2}, {"\u1100\u1161\u11A8", 9, 2}, {"e\u0301", 3, 1},
+      {"\U0001F468\u200D\U0001F469\u200D\U0001F467", 18, 2}, {"\U0001F1E9\U0001F1EA", 8, 2}, {"\u2764\uFE0F", 6, 2},
+      {"\u200B", 3, 4}, {"\0"s, 1, 3}, {"\r", 1, 2}, {"\U000E0041", 4, 6}, {"\xFF", 1, 2}, {"\t", 1, 5}};
+  for (const auto& [s, bytes, cells] : rows) {
+    const Segment got = segmentAt(s + "x", 3, 8);
+    EXPECT_EQ(got.bytes, bytes) << testing::PrintToString(s);
+    EXPECT_EQ(got.cells, cells) << testing::PrintToString(s);
+  }
 }
 
 TEST(Chars, CaseMappings) {
@@ -102,23 +117,24 @@ TEST(Chars, ColumnsAgreeWithCountingOneByOne) {
   for (int round = 0; round < 3000; ++round) {
     std::string line = randomText(random, trouble, random() % 12);
     if (round % 3 == 0) line.insert(random() % (line.size() + 1), 40, 'x');
+    if (round % 3 == 1)
+      for (int i = 0; i < 9; ++i) line.insert(round % 2 ? line.size() : 0, round % 4 ? "\u6F22" : "\u0434");
     const int tab = 1 + static_cast<int>(random() % 9);
     std::int64_t units = 0, width = 0;
-    for (std::size_t i = 0;;) {
+    for (std::size_t i = 0; i <= line.size();) {
       const auto byte = static_cast<std::int64_t>(i);
+      const Segment s = segmentAt(std::string_view(line).substr(i), width, tab);
       ASSERT_EQ(columnOf(line, byte).value, units);
       ASSERT_EQ(byteOfColumn(line, CharColumn(units)), byte);
       ASSERT_EQ(displayColumn(line, byte, tab).value, width);
-      const std::int64_t back = byteOfDisplay(line, DisplayColumn(width), tab);
-      ASSERT_GE(back, byte);   // marks without a width lie at the same column
-      ASSERT_EQ(displayColumn(line, back, tab).value, width);
-      const Char c = decode(std::string_view(line).substr(i));
-      if (c.bytes == 0) break;
-      const std::int64_t cell = c.bad ? badByteCells : c.code == '\t' ? tab - width % tab : cells(c.code);
-      for (std::int64_t inside = 1; inside < cell; ++inside) ASSERT_EQ(displayColumn(line, byteOfDisplay(line, DisplayColumn(width + inside), tab), tab).value, width);
-      units += utf16Length(c);
-      width += cell;
-      i += static_cast<std::size_t>(c.bytes);
+      ASSERT_EQ(byteOfDisplay(line, DisplayColumn(width), tab), byte);
+      if (s.bytes == 0) break;
+      ASSERT_GE(s.cells, 1) << "nothing hides";
+      for (std::int64_t inside = 1; inside < s.bytes; ++inside) ASSERT_EQ(displayColumn(line, byte + inside, tab).value, width);
+      for (std::int64_t inside = 1; inside < s.cells; ++inside) ASSERT_EQ(byteOfDisplay(line, DisplayColumn(width + inside), tab), byte);
+      units += s.units;
+      width += s.cells;
+      i += static_cast<std::size_t>(s.bytes);
     }
     ASSERT_EQ(byteOfColumn(line, CharColumn(units + 5)), static_cast<std::int64_t>(line.size()));
     ASSERT_EQ(byteOfDisplay(line, DisplayColumn(width + 5), tab), static_cast<std::int64_t>(line.size()));
