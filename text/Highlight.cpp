@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "text/Chars.h"
+#include "text/EntryMarks.h"
 #include "text/Literal.h"
 #include "text/Scan.h"
 #include "text/Symbols.h"
@@ -16,6 +17,7 @@ namespace {
 constexpr std::size_t none = std::string_view::npos;
 constexpr std::size_t mostPairs = 255;
 constexpr std::size_t sureBytes = 512;        // in front of the end of a part: what ends there may end otherwise in the whole line
+constexpr std::size_t mostBlanks = 100;       // looked through in front of a sign whose place counts; fewer than kBehind
 constexpr std::size_t mostBasedDigits = 4096; // looked through for the closing '#'
 
 // Values in the signs of the language.
@@ -31,6 +33,10 @@ struct ByteClasses {
   }
 };
 constexpr ByteClasses ascii;
+
+// A line that goes on with the command of the line in front.
+constexpr LinePoint continuedLine{0, LinePoint::string, none};
+bool isContinued(const LinePoint& point) { return point.inside == LinePoint::string && point.index == continuedLine.index; }
 
 unsigned char at(std::string_view s, std::size_t i) { return static_cast<unsigned char>(s[i]); }
 bool digit(char c) { return c >= '0' && c <= '9'; }
@@ -62,9 +68,10 @@ bool wholeWord(std::string_view s) { return !s.empty() && wordEnd(s, 0) == s.siz
 
 // What begins a comment or a string.
 struct Start {
-  enum Kind : unsigned char { line, block, string } kind;
-  std::size_t index;    // of the pair or the delimiter
+  enum Kind : unsigned char { line, block, string, name } kind;
+  std::size_t index;    // of the pair, the delimiter or the name
   bool wordFirst, wordLast;
+  EntryMark place;      // where it counts
 };
 
 struct Begin {
@@ -79,7 +86,9 @@ struct Highlighter::Impl {
   bool valid = false, folds = true;
   std::vector<Start> starts;
   Signs startSigns, signs;          // comments and strings; keywords with other than word characters, operators
-  WordSet words;                    // keywords and operators that are words
+  WordSet words;                    // keywords and operators that are words; library words a second time, with their mark
+  std::vector<std::string> closersOfNames;
+  bool tickQuotes = false, commands = false;   // the tick is a delimiter; a sign's place is a command's start
   ByteSet interesting;              // the first bytes of startSigns
   struct Closer {
     std::optional<Literal> text;
@@ -87,6 +96,7 @@ struct Highlighter::Impl {
   };
   std::vector<Closer> closers;
   std::vector<std::string> delimiters;
+  std::vector<bool> wholeLine;      // of the delimiters: the string is the rest of its line
   struct StringStops {
     ByteSet upToLf, upToCr;         // the delimiter, the escape character, the break
   };
@@ -94,7 +104,7 @@ struct Highlighter::Impl {
   std::array<bool, 256> lead{};     // signs in front of keywords that are words otherwise
 
   explicit Impl(LanguageTables t);
-  void addStart(const std::string& sign, Start::Kind kind, std::size_t index);
+  void addStart(std::string sign, Start::Kind kind, std::size_t index);
   Begin rawStart(std::string_view s, std::size_t p) const;
   Begin startAt(std::string_view s, std::size_t p) const;
   bool startsInside(std::string_view s, std::size_t p, std::size_t& checked, std::size_t length) const;
@@ -105,7 +115,15 @@ struct Highlighter::Impl {
   std::size_t numberEnd(std::string_view s, std::size_t p) const;
   static bool partsDigits(std::string_view s, std::size_t tick);
   std::size_t basedEnd(std::string_view s, std::size_t tick) const;
+  std::size_t directiveAt(std::string_view s, std::size_t p) const;
+  std::size_t nameEnd(std::string_view s, std::size_t from, std::size_t name) const;
   bool goesOn(std::string_view s, std::size_t p) const { return !rawStart(s, p).start; }
+  // States above those of the comments: a string that goes on, and a command that does; 0 where they have no number left.
+  LineState stringState(std::size_t index) const {
+    const std::size_t state = closers.size() + 2 + index;
+    return state <= 255 ? static_cast<LineState>(state) : LineState(0);
+  }
+  LineState continuedState() const { return commands && closers.size() < 255 ? static_cast<LineState>(closers.size() + 1) : LineState(0); }
 };
 
 // Compiling -----------------------------------------------------------------------------------------------------------
@@ -122,10 +140,22 @@ Highlighter::Impl::Impl(LanguageTables t)
     closers.push_back({Literal(close, !folds), wordAtByte(close, 0), wordBefore(close, close.size())});
   }
   for (const auto& s : tables.singleComments) addStart(s, Start::line, 0);
-  for (const auto& s : tables.stringDelims) {
+  std::vector<std::string> plainDelimiters;
+  for (auto s : tables.stringDelims) {
+    const std::string entry = s;
+    const EntryMark mark = takeMark(s);
     if (s.empty()) continue;
-    addStart(s, Start::string, delimiters.size());
+    if (mark == EntryMark::name) {
+      const auto blank = std::min(s.find(' '), s.size());
+      addStart(s.substr(0, blank), Start::name, closersOfNames.size());
+      closersOfNames.push_back(blank < s.size() ? s.substr(blank + 1) : std::string());
+      continue;
+    }
+    addStart(entry, Start::string, delimiters.size());
+    plainDelimiters.push_back(s);
     delimiters.push_back(s);
+    wholeLine.push_back(!starts.empty() && starts.back().place == EntryMark::atLine);
+    tickQuotes = tickQuotes || s == "'";
     StringStops stop;
     for (const char c : {s[0], folds ? lowerAscii(s[0]) : s[0], tables.escapeChar.empty() ? s[0] : tables.escapeChar[0]}) {
       stop.upToLf.add(static_cast<unsigned char>(c));
@@ -139,12 +169,14 @@ Highlighter::Impl::Impl(LanguageTables t)
     stop.upToCr.add('\r');
     stops.push_back(stop);
   }
+  tables.stringDelims = std::move(plainDelimiters);   // as those who read the tables know them
   startSigns.build();
   for (int c = 0; c < 256; ++c)
     if (startSigns.startsWith(static_cast<unsigned char>(c))) interesting.add(static_cast<unsigned char>(c));
 
   const auto addAll = [this](const std::vector<std::string>& list, int value) {
-    for (const auto& s : list) {
+    for (auto s : list) {
+      if (const EntryMark mark = takeMark(s); mark == EntryMark::library) words.add(marked(mark, s), keywordValue);
       if (wholeWord(s)) words.add(s, value);
       else signs.add(s, value);
       // "$display" makes '$' the sign in front of a name.
@@ -157,10 +189,12 @@ Highlighter::Impl::Impl(LanguageTables t)
   signs.build();
 }
 
-void Highlighter::Impl::addStart(const std::string& sign, Start::Kind kind, std::size_t index) {
+void Highlighter::Impl::addStart(std::string sign, Start::Kind kind, std::size_t index) {
+  const EntryMark place = takeMark(sign);
   if (sign.empty() || !validUtf8(sign)) return;
+  commands = commands || place == EntryMark::atCommand;
   startSigns.add(sign, static_cast<int>(starts.size()));
-  starts.push_back({kind, index, wordAtByte(sign, 0), wordBefore(sign, sign.size())});
+  starts.push_back({kind, index, wordAtByte(sign, 0), wordBefore(sign, sign.size()), place});
 }
 
 // Looking at one place ------------------------------------------------------------------------------------------------
@@ -175,6 +209,60 @@ bool Highlighter::Impl::partsDigits(std::string_view s, std::size_t tick) {
   return digit(s[begin]);
 }
 
+// Whether p is such a place, as far as it can be told without the lines in front. The text's start counts as a line's.
+static bool isPlace(std::string_view s, std::size_t p, EntryMark place) {
+  const auto breakBefore = [&](std::size_t at) { return at == 0 || s[at - 1] == '\n' || s[at - 1] == '\r'; };
+  if (place == EntryMark::none || breakBefore(p)) return true;
+  if (place == EntryMark::atLine) return false;
+  if (place == EntryMark::atWord) return std::string_view(" \t;&|()<>").find(s[p - 1]) != none;
+  std::size_t at = p;
+  while (at > 0 && p - at < mostBlanks && (s[at - 1] == ' ' || s[at - 1] == '\t')) --at;
+  return breakBefore(at) || s[at - 1] == ';' || (s[at - 1] == '{' && at < p);
+}
+
+// Whether the line of p, a place of the kind `command` that begins its line, goes on from a line in front that is in s.
+static std::size_t continuedFrom(std::string_view s, std::size_t p, char breaker) {
+  while (p > 0 && (s[p - 1] == ' ' || s[p - 1] == '\t')) --p;
+  if (p == 0 || s[p - 1] != breaker) return none;
+  std::size_t brk = p - 1;
+  while (breaker == '\n' && brk > 0 && s[brk - 1] == '\r') --brk;
+  return brk > 0 && s[brk - 1] == '\\' ? p - 1 : none;
+}
+
+// Whether a line, with or without its break, ends with a backslash.
+static bool endsEscaped(std::string_view line, char breaker) {
+  if (line.ends_with(breaker)) line.remove_suffix(1);
+  while (breaker == '\n' && line.ends_with('\r')) line.remove_suffix(1);
+  return line.ends_with('\\');
+}
+
+// The length of "#  define", a keyword with blanks behind its first sign, where it begins the line; 0: none.
+std::size_t Highlighter::Impl::directiveAt(std::string_view s, std::size_t p) const {
+  if (s[p] != '#' || !lead['#'] || startSigns.startsWith('#') || p + 1 >= s.size() || (s[p + 1] != ' ' && s[p + 1] != '\t')) return 0;
+  std::size_t from = p;
+  while (from > 0 && p - from < mostBlanks && (s[from - 1] == ' ' || s[from - 1] == '\t')) --from;
+  if (from > 0 && s[from - 1] != '\n' && s[from - 1] != '\r') return 0;
+  std::size_t word = p + 1;
+  while (word < s.size() && word - p < mostBlanks && (s[word] == ' ' || s[word] == '\t')) ++word;
+  const std::size_t end = wordEnd(s.substr(0, std::min(s.size(), word + Signs::maxLength)), word);
+  if (end == word) return 0;
+  const std::string joined = '#' + std::string(s.substr(word, end - word));
+  bool found = false;
+  signs.at(joined, 0, [&](std::size_t length, int kind) { found = found || (kind == keywordValue && length == joined.size()); });
+  std::size_t checked = 1;
+  return found && !startsInside(s, p, checked, end - p) ? end - p : 0;
+}
+
+// Behind the name that began before `from`.
+std::size_t Highlighter::Impl::nameEnd(std::string_view s, std::size_t from, std::size_t name) const {
+  const std::string& closer = closersOfNames[name];
+  for (std::size_t p = from; p < s.size(); ++p) {
+    if (s[p] == '\n' || s[p] == '\r' || (closer.empty() && (s[p] == ' ' || s[p] == '\t'))) return p;
+    if (!closer.empty() && s.compare(p, closer.size(), closer) == 0) return p + closer.size();
+  }
+  return s.size();
+}
+
 Begin Highlighter::Impl::rawStart(std::string_view s, std::size_t p) const {
   Begin best;
   if (p >= s.size() || !interesting.has(at(s, p))) return best;
@@ -183,6 +271,12 @@ Begin Highlighter::Impl::rawStart(std::string_view s, std::size_t p) const {
     if (start.wordFirst && wordBefore(s, p)) return;
     if (start.wordLast && wordAtByte(s, p + length)) return;
     if (start.kind == Start::string && length == 1 && s[p] == '\'' && partsDigits(s, p)) return;
+    if (start.kind == Start::string && !tickQuotes && length == 1 && p > 0 && s[p - 1] == '\'' && p + 1 < s.size() && s[p + 1] == '\'') return;
+    if (!isPlace(s, p, start.place)) return;
+    if (start.kind == Start::name) {
+      const std::size_t first = p + length;   // "\" at a line's end or in front of a blank opens no name
+      if (first >= s.size() || std::string_view(" \t\r\n").find(s[first]) != none) return;
+    }
     best = {&start, length};
   });
   return best;
@@ -203,7 +297,7 @@ bool Highlighter::Impl::startsInside(std::string_view s, std::size_t p, std::siz
 
 // The length of the longest keyword or operator (of the kind `value`) at p, 0 when there is none.
 std::size_t Highlighter::Impl::signAt(std::string_view s, std::size_t p, int value) const {
-  std::size_t best = 0, checked = 1;
+  std::size_t best = value == keywordValue ? directiveAt(s, p) : 0, checked = 1;
   signs.at(s, p, [&](std::size_t length, int kind) {
     if (kind != value || startsInside(s, p, checked, length)) return;
     const auto sign = s.substr(p, length);
@@ -211,7 +305,7 @@ std::size_t Highlighter::Impl::signAt(std::string_view s, std::size_t p, int val
     // "$display" does not begin in the middle of "a$display"; "=>" may stand anywhere.
     if (wordBefore(s, p) && std::any_of(sign.begin(), sign.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80 || ascii.of[static_cast<unsigned char>(c)] == CharClass::word; }))
       return;
-    best = length;
+    best = std::max(best, length);
   });
   return best;
 }
@@ -225,8 +319,8 @@ std::size_t Highlighter::Impl::closeEnd(std::string_view s, std::size_t from, st
   return none;
 }
 
-// Behind the closing delimiter, or the end of the line. Where that is not found before `limit`: a place at or behind it
-// from which to go on looking.
+// Behind the closing delimiter, or the end of the line; the end of s (*goesOn) where an escaped break is the last of it. Where that is
+// not found before `limit`: a place at or behind it from which to go on looking.
 std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker, std::size_t limit,
                                          bool* goesOn) const {
   const std::string& delimiter = delimiters[index];
@@ -238,12 +332,26 @@ std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, s
       if (folds ? lowerAscii(s[p + i]) != lowerAscii(delimiter[i]) : s[p + i] != delimiter[i]) return false;
     return true;
   };
+  if (wholeLine[index]) {
+    const std::size_t end = s.find(breaker, std::min(from, s.size()));
+    if (end != none || limit >= s.size()) return std::min(end, s.size());
+    *goesOn = true;
+    return std::max(from, limit);
+  }
   std::size_t looked = from;
   for (std::size_t p = stop.find(s, from); p < std::min(limit, s.size()); p = stop.find(s, p)) {
     if (s[p] == breaker) return p;
     if (!escape.empty() && s.compare(p, escape.size(), escape) == 0 && (escape != delimiter || s.compare(p + escape.size(), escape.size(), escape) == 0)) {
       p += escape.size();
-      if (p < s.size() && s[p] != breaker) p += static_cast<std::size_t>(decode(s.substr(p)).bytes);
+      const std::size_t behind = breaker == '\n' ? std::min(s.find_first_not_of('\r', p), s.size()) : p;
+      if (behind >= s.size() || s[behind] == breaker) p = behind;
+      const bool over = escape != delimiter && stringState(index) > 0;   // over the break
+      const bool last = p >= s.size() || (p + 1 == s.size() && s[p] == breaker);
+      if (last && limit >= s.size() && over) {
+        if (goesOn) *goesOn = true;
+        return s.size();
+      }
+      if (p < s.size() && (s[p] != breaker || over)) p += static_cast<std::size_t>(decode(s.substr(p)).bytes);
     } else if (same(p)) {
       return p + delimiter.size();
     } else {
@@ -321,10 +429,16 @@ bool Highlighter::isKeyword(std::string_view word) const {
 LineState Highlighter::scanBlock(std::string_view s, LineState state, char breaker) const {
   const Impl& h = *impl_;
   if (!h.valid) return 0;
-  std::size_t p = 0;
-  if (state > 0 && state <= h.closers.size()) {
-    p = h.closeEnd(s, 0, state - 1u);
+  std::size_t p = 0, commentEnd = none;   // the break behind the last line comment
+  bool goesOn = false;
+  const LinePoint from = startOf(state);
+  const std::size_t noCommand = isContinued(from) ? s.find_first_not_of(" \t") : none;
+  if (from.inside == LinePoint::block) {
+    p = h.closeEnd(s, 0, from.index);
     if (p == none) return state;
+  } else if (from.inside == LinePoint::string && !isContinued(from)) {
+    p = h.stringEnd(s, 0, from.index, breaker, none, &goesOn);
+    if (goesOn) return state;
   }
   for (p = h.interesting.find(s, p); p < s.size(); p = h.interesting.find(s, p)) {
     const Begin begin = h.startAt(s, p);
@@ -332,31 +446,47 @@ LineState Highlighter::scanBlock(std::string_view s, LineState state, char break
       ++p;
       continue;
     }
+    if (begin.start->place == EntryMark::atCommand) {
+      const std::size_t brk = continuedFrom(s, p, breaker);
+      if (p == noCommand || (brk != none && brk != commentEnd)) {
+        p += begin.length;
+        continue;
+      }
+    }
     p += begin.length;
     if (begin.start->kind == Start::string) {
-      p = h.stringEnd(s, p, begin.start->index, breaker);
+      p = h.stringEnd(s, p, begin.start->index, breaker, none, &goesOn);
+      if (goesOn) return h.stringState(begin.start->index);
+    } else if (begin.start->kind == Start::name) {
+      p = h.nameEnd(s, p, begin.start->index);
     } else if (begin.start->kind == Start::block) {
       p = h.closeEnd(s, p, begin.start->index);
       if (p == none) return static_cast<LineState>(begin.start->index + 1);
     } else {
       const void* end = std::memchr(s.data() + p, breaker, s.size() - p);
       if (!end) return 0;
-      p = static_cast<std::size_t>(static_cast<const char*>(end) - s.data());
+      commentEnd = p = static_cast<std::size_t>(static_cast<const char*>(end) - s.data());
     }
   }
-  return 0;
+  if (!h.commands) return 0;
+  return (commentEnd == none || commentEnd + 1 < s.size()) && endsEscaped(s, breaker) ? h.continuedState() : LineState(0);
 }
 
 LinePoint Highlighter::startOf(LineState state) const {
-  if (state == 0 || state > impl_->closers.size()) return {};
-  return {0, LinePoint::block, state - 1u};
+  const std::size_t pairs = impl_->closers.size();
+  if (state == 0 || state >= pairs + 2 + impl_->delimiters.size()) return {};
+  if (state <= pairs) return {0, LinePoint::block, state - 1u};
+  if (state == pairs + 1) return impl_->commands ? continuedLine : LinePoint{};
+  return {0, LinePoint::string, state - pairs - 2};
 }
 
 LineState Highlighter::scanLine(std::string_view s, LineState state, std::vector<Token>* tokens) const {
   if (!tokens) return scanBlock(s, state, '\n');
   tokens->clear();
   const LinePoint end = scanPart(s, 0, true, startOf(state), static_cast<std::int64_t>(s.size()), tokens);
-  return end.inside == LinePoint::block ? static_cast<LineState>(end.index + 1) : LineState(0);
+  if (end.inside == LinePoint::block) return static_cast<LineState>(end.index + 1);
+  if (end.inside != LinePoint::string) return 0;
+  return end.index == continuedLine.index ? impl_->continuedState() : impl_->stringState(end.index);
 }
 
 LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEnd, LinePoint from, std::int64_t upTo,
@@ -389,7 +519,13 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
   };
   const auto here = [&](LinePoint::Inside inside, std::size_t index) { return LinePoint{base + static_cast<std::int64_t>(p), inside, index}; };
   const LinePoint lost{upTo, LinePoint::lost, 0};
+  std::size_t noCommand = none;   // where the line's first word stands, when it begins no command
 
+  const bool goesOnFrom = isContinued(from);
+  if (goesOnFrom) {
+    noCommand = s.find_first_not_of(" \t", p);
+    from = {from.byte, LinePoint::nothing, 0};
+  }
   switch (from.inside) {
     case LinePoint::nothing: break;
     case LinePoint::lost: return lost;
@@ -409,10 +545,14 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
       ++p;
       continue;
     }
-    if (const Begin begin = h.startAt(s, p); begin.start) {
+    if (const Begin begin = h.startAt(s, p); begin.start && (p != noCommand || begin.start->place != EntryMark::atCommand)) {
       const std::size_t inside = p + begin.length, index = begin.start->index;
       if (begin.start->kind == Start::string) {
         if (!endsString(p, inside, index)) return here(LinePoint::string, index);
+      } else if (begin.start->kind == Start::name) {
+        const std::size_t end = h.nameEnd(s, inside, index);
+        if (end > sure) return lost;
+        p = end;
       } else if (begin.start->kind == Start::block) {
         if (!endsBlock(p, inside, index)) return here(LinePoint::block, index);
       } else {
@@ -458,7 +598,9 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
       p += c < 0x80 ? 1 : static_cast<std::size_t>(decode(s.substr(p)).bytes);
     }
   }
-  return here(LinePoint::nothing, 0);
+  if (goesOnFrom && noCommand >= p && !(toEnd && p >= s.size())) return here(continuedLine.inside, continuedLine.index);   // its first word is to come
+  const bool continued = h.commands && toEnd && p >= s.size() && endsEscaped(s, '\n');
+  return continued ? here(continuedLine.inside, continuedLine.index) : here(LinePoint::nothing, 0);
 }
 
 }  // namespace text

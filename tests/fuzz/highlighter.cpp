@@ -87,7 +87,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::int64_t covered = 0, coveredInParts = 0;
     for (const Token& token : tokens) covered += token.length;
     for (const Token& token : parts) coveredInParts += token.length;
-    check(covered == coveredInParts && (at.inside == LinePoint::block ? at.index + 1 : 0) == next, "a line is its parts");
+    const bool goesOn = at.inside == LinePoint::block || at.inside == LinePoint::string;
+    check(covered == coveredInParts && highlighter.startOf(next) == (goesOn ? LinePoint{0, at.inside, at.index} : LinePoint{}), "a line is its parts");
     state = next;
     from = end + 1;
   }

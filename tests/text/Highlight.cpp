@@ -5,6 +5,7 @@
 #include <array>
 
 #include "tests/text/Pieces.h"
+#include "text/EntryMarks.h"
 #include "text/LongColors.h"
 
 using namespace text;
@@ -102,7 +103,7 @@ TEST(Highlight, CommentsAndStrings) {
       {"\"a\\\"b\" end", "ssssss.kkk"},
       {"\"a\\\\\" end", "sssss.kkk"},
       {"\"// end", "sssssss"},
-      {"\"a\\", "sss"},
+      {"\"a\\", "sss", 0, 4},
       {"</*c*/b", "occccc."},
   });
   expectRows(vhdl(), {
@@ -128,6 +129,31 @@ TEST(Highlight, CommentsAndStrings) {
       {"'a\"'b' set", "ssssss.kkk"},
       {"16#FF 3", "nnccccc"},
   });
+}
+
+TEST(Highlight, PlacesNamesAndWhatGoesOn) {
+  LanguageTables shell = tcl();
+  shell.escapeChar = "\\";
+  shell.singleComments = {marked(EntryMark::atWord, "#")};
+  expectRows(shell, {{"set $# ${#a} #c", "kkk.o..o.....cc"}, {"(#c", ".cc"}});
+  shell.singleComments = {marked(EntryMark::atCommand, "#")};
+  expectRows(shell, {{"  # c", "..ccc"}, {"set #c", "kkk..."}, {"set;#c", "kkk.cc"}, {"{ # c", "..ccc"}, {"{#ff}", "....."},
+                     {"set a \\", "kkk....", 0, 1}, {" #ff", "....", 1, 0}, {"#c \\", "cccc"},
+                     {"\"a\\", "sss", 0, 2}, {"b\" set", "ss.kkk", 2, 0}});
+  LanguageTables lines = tcl();
+  lines.singleComments = {marked(EntryMark::atLine, "-")};
+  lines.stringDelims = {marked(EntryMark::atLine, "+")};
+  expectRows(lines, {{"-a", "cc"}, {"+a + b", "ssssss"}, {" +a -b", "......"}});
+  LanguageTables c = verilog();
+  c.keywords.push_back("#define");
+  c.stringDelims.push_back(marked(EntryMark::name, "\\"));
+  expectRows(c, {{"#  define a", "kkkkkkkkk.."}, {"a #  define", "..o........"}, {"\\a//b end", "......kkk"}, {"end \\", "kkk.."}, {"'\"' end", "o.o.kkk"}});
+  LanguageTables h = vhdl();
+  h.stringDelims.push_back(marked(EntryMark::name, "\\ \\"));
+  h.keywords.push_back(marked(EntryMark::library, "bit"));
+  expectRows(h, {{"\\a--b\\ bit -- c", ".......kkk.cccc"}});
+  EXPECT_TRUE(isLibraryWord(Highlighter(h), "BIT") && Highlighter(h).isKeyword("bit"));
+  EXPECT_FALSE(isLibraryWord(Highlighter(h), "entity"));
 }
 
 TEST(Highlight, Numbers) {
@@ -166,7 +192,14 @@ TEST(Highlight, AllScansAgree) {
   mixed.keywords.insert(mixed.keywords.end(), {"end-if", "#pragma", "$rem", "a//b", "-clock", "//x"});
   mixed.operators.insert(mixed.operators.end(), {"</*", "-", "?\"", "*--"});
   mixed.escapeChar = "\\";
-  for (const LanguageTables& tables : {verilog(), vhdl(), tcl(), mixed}) {
+  mixed.singleComments[0] = marked(EntryMark::atCommand, "#");
+  mixed.singleComments[1] = marked(EntryMark::atWord, "8");
+  mixed.stringDelims.back() = marked(EntryMark::atLine, "%");
+  LanguageTables quoted = verilog();
+  quoted.stringDelims.push_back(marked(EntryMark::name, "\\"));
+  quoted.singleComments.push_back(marked(EntryMark::atCommand, "#"));
+  quoted.keywords.push_back("#pragma");
+  for (const LanguageTables& tables : {verilog(), vhdl(), tcl(), mixed, quoted}) {
     const Highlighter highlighter(tables);
     for (int round = 0; round < 3000; ++round) {
       std::string block;
@@ -213,7 +246,8 @@ TEST(Highlight, PartsOfALineAreColouredAsTheWhole) {
         at = next;
       }
       ASSERT_EQ(drawn(line, parts), drawn(line, whole)) << testing::PrintToString(line);
-      ASSERT_EQ(at.inside == LinePoint::block ? at.index + 1 : 0, after);
+      const bool goesOn = at.inside == LinePoint::block || at.inside == LinePoint::string;
+      ASSERT_EQ(highlighter.startOf(after), (goesOn ? LinePoint{0, at.inside, at.index} : LinePoint{}));
     }
   }
 }
