@@ -79,7 +79,7 @@ void frmMain::mainOpenFile(const QString& path, bool& ok) {
     SetupMenus();
     return;
   }
-  document->SetLanguage(languages().GetLangFromExt(GetFileExt(name)));
+  document->SetLanguage(languageOfFile(name, *document->cmx));
   document->setFile(name);
   document->followRights();
   adopt(document.release());
@@ -172,7 +172,7 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
   } else {
     model.path = name;
     model.stamp = found.about.stamp;   // a save sees what others have made of the file since
-    document->SetLanguage(languages().GetLangFromExt(GetFileExt(name)));
+    document->SetLanguage(languageOfFile(name, *document->cmx));
     document->setFile(name);
   }
   document->cmx->setModified(true);
@@ -217,7 +217,7 @@ bool frmMain::mainSaveDocument(frmDocument& document, const QString& name) {
   if (!document.SaveDocumment(name)) return false;
   document.setFile(name);
   document.followRights();
-  document.SetLanguage(languages().GetLangFromExt(GetFileExt(name)));
+  document.SetLanguage(languageOfFile(name, *document.cmx));
   if (document.cmx->hasFocus()) document.Timer1->start();
   frmRegistry::instance().mruFile.AddItem(name);
   emit fileNamed(name);

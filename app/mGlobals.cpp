@@ -149,7 +149,7 @@ void ReloadLanguages() {
   Frame* main = frame();
   if (!main) return;
   for (frmDocument* document : main->documents())
-    document->SetLanguage(languages().GetLangFromExt(GetFileExt(document->CurrentFileTitle())));
+    document->SetLanguage(languageOfFile(document->CurrentFileTitle(), *document->cmx));
   if (frmDocument* active = main->activeDocument()) active->focusWork();
 }
 

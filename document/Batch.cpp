@@ -125,7 +125,7 @@ int workOn(BatchFrame& own, const QString& path, const std::function<int(frmDocu
   document.LoadDocument(path, loaded);
   if (!loaded) return batch::kFailed;
   document.setFile(QFileInfo(path).absoluteFilePath());
-  document.SetLanguage(languages().GetLangFromExt(GetFileExt(path)));
+  document.SetLanguage(languageOfFile(path, *document.cmx));
   own.document = &document;
   const int status = work(document);
   own.document = nullptr;

@@ -1,12 +1,22 @@
 #include "document/Languages.h"
 
+#include "base/Strings.h"
+#include "control/CodeMax.h"
 #include "document/frmRegistry.h"
+#include "language/ucCM.h"
 
 namespace {
 ucCM* inForce = nullptr;
 }
 
 ucCM& languages() { return inForce ? *inForce : frmRegistry::instance().ucCM1(); }
+
+int languageOfFile(const QString& name, const CodeMax& cmx) {
+  constexpr std::int64_t kBeginning = 64 << 10;   // bytes
+  const text::Snapshot text = cmx.model()->snapshot();
+  const auto end = std::min(text.size(), text::ByteOffset(kBeginning));
+  return languages().GetLangFromFile(GetFileTitle(name), toQString(text.bytes({text::ByteOffset(0), end})));
+}
 
 ucCM* setLanguages(ucCM* manager) {
   ucCM* before = inForce;

@@ -22,13 +22,18 @@ struct Section {
 };
 constexpr Section kSections[] = {
     {"Keywords", &clsLang::Keywords, false, true},
+    {"Library Words", &clsLang::LibraryWords, false, false},
     {"Operators", &clsLang::Operators, false, false},
     {"Description", &clsLang::Description, false, false},
     {"SingleComments", &clsLang::SingleComments, false, false},
     {"MultiCommentStart", &clsLang::MultiCommentStart, false, false},
     {"MultiCommentEnd", &clsLang::MultiCommentEnd, false, false},
     {"StringDelims", &clsLang::StringDelims, false, false},
+    {"Sign Places", &clsLang::SignPlaces, false, false},
+    {"Quoted Names", &clsLang::QuotedNames, false, false},
     {"Extensions", &clsLang::Extension, true, false},
+    {"File Names", &clsLang::FileNames, true, false},
+    {"Contents", &clsLang::Contents, false, false},
     {"HelpFile", &clsLang::HelpFile, true, false},
     {"IndIn", &clsLang::BlockStart, false, false},
     {"IndOut", &clsLang::BlockEnd, false, false},

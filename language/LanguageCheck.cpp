@@ -32,6 +32,11 @@ QStringList linesAtRisk(const clsLang& language) {
   add(found, say("Description"), language.Description);
   add(found, say("Extensions"), language.Extension);
   add(found, say("Keywords"), language.Keywords);
+  add(found, say("Library Words"), language.LibraryWords);
+  add(found, say("File Names"), language.FileNames);
+  add(found, say("Contents"), language.Contents);
+  add(found, say("Sign Places"), language.SignPlaces);
+  add(found, say("Quoted Names"), language.QuotedNames);
   add(found, say("Operators"), language.Operators);
   add(found, say("Single Line"), language.SingleComments);
   add(found, say("Multi Line Start"), language.MultiCommentStart);

@@ -74,7 +74,7 @@ QString LanguagePreview::sampleOf(const clsLang& language) {
                 close = first(language.MultiCommentEnd), quote = first(language.StringDelims);
   if (!single.isEmpty()) lines << single + QStringLiteral(" a comment to the end of the line");
   if (!open.isEmpty() && !close.isEmpty()) lines << open + QStringLiteral(" a comment over") << QStringLiteral("   two lines ") + close;
-  lines << inLines(language.Keywords);
+  lines << inLines(language.Keywords) << inLines(language.LibraryWords);
   QString mixed = QStringLiteral("name = 42");
   if (!quote.isEmpty()) mixed += QStringLiteral("   ") + quote + QStringLiteral("a text 1.5") + quote;
   lines << mixed << inLines(language.Operators);

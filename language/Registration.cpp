@@ -1,6 +1,7 @@
 #include "language/Registration.h"
 
 #include "language/clsLang.h"
+#include "text/EntryMarks.h"
 
 namespace {
 
@@ -8,7 +9,32 @@ QStringList registered;
 int count = 0;
 bool gFixedLangsRemoved = false;
 
-QString lines(QString list) { return list.replace(QLatin1String("\r\n"), QLatin1String("\n")); }
+// One entry a line, each ended by LF.
+QString lines(QString list) {
+  list.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+  return list.isEmpty() || list.endsWith(u'\n') ? list : list + u'\n';
+}
+
+QString marked(text::EntryMark mark, const QString& list) {
+  QString all;
+  for (const QString& entry : list.split(u'\n', Qt::SkipEmptyParts)) all += QChar(static_cast<char16_t>(mark)) + entry + u'\n';
+  return all;
+}
+
+// The signs of a list with the marks of their places, "command #".
+QString placed(const QString& list, const QString& places) {
+  QString all = lines(list);
+  for (const QString& line : lines(places).split(u'\n', Qt::SkipEmptyParts)) {
+    const QString place = line.section(u' ', 0, 0), sign = line.section(u' ', 1);
+    const auto mark = place == QLatin1String("word")      ? text::EntryMark::atWord
+                      : place == QLatin1String("command") ? text::EntryMark::atCommand
+                      : place == QLatin1String("line")    ? text::EntryMark::atLine
+                                                          : text::EntryMark::none;
+    if (mark == text::EntryMark::none || sign.isEmpty()) continue;
+    all = QString(u'\n' + all).replace(u'\n' + sign + u'\n', u'\n' + marked(mark, sign)).mid(1);
+  }
+  return all;
+}
 
 }  // namespace
 
@@ -17,13 +43,15 @@ CmLanguage handedOver(const clsLang& language) {
   handed.CaseSensitive = language.isCaseSensitive;
   handed.Keywords = lines(language.Keywords);
   handed.Operators = lines(language.Operators);
-  handed.SingleLineComments = lines(language.SingleComments);
+  handed.SingleLineComments = placed(language.SingleComments, language.SignPlaces);
   handed.MultiLineComments1 = lines(language.MultiCommentStart);
   handed.MultiLineComments2 = lines(language.MultiCommentEnd);
-  handed.StringDelims = lines(language.StringDelims);
   handed.BlockStart = lines(language.BlockStart);
   handed.BlockEnd = lines(language.BlockEnd);
   handed.BlockMid = lines(language.BlockMid);
+  handed.StringDelims = placed(language.StringDelims, language.SignPlaces);
+  handed.Keywords += marked(text::EntryMark::library, lines(language.LibraryWords));
+  handed.StringDelims += marked(text::EntryMark::name, lines(language.QuotedNames));
   return handed;
 }
 

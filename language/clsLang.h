@@ -54,6 +54,8 @@ class clsLang {
   bool isCaseSensitive = false;
   bool isForeign = false;      // came from a definition file of others; goes with every copy
   QString Extension;           // single-line: extensions without dot, separated by ";"
+  QString FileNames;           // single-line: whole names of files, and "#!bash" for the program of a first line; separated by ";"
+  QString Contents;            // words that decide for this language where several have the extension; multi-line
   QString Name;                // shown in lists, the identity in the file
   QString BlockEnd;            // words that close an indent level; multi-line
   QString BlockStart;          // words that open one; multi-line
@@ -61,9 +63,12 @@ class clsLang {
   QString MultiCommentStart;
   QString EscapeChar;          // inside strings; not kept in the file
   QString SingleComments;      // multi-line, as the rest
+  QString SignPlaces;          // "command #": where a comment introducer or a string delimiter counts (word, command, line)
   QString StringDelims;
+  QString QuotedNames;         // "\" or "\ \": what a name of any signs begins with and ends with; a blank when only the first stands
   QString Operators;
-  QString Keywords;
+  QString Keywords;            // the language's own words, which formatting may write in another case
+  QString LibraryWords;        // coloured as keywords are and left as they are written
 
   std::shared_ptr<clsLang> copy() const;   // with copies of all items, so that neither changes the other
 

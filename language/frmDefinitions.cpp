@@ -55,7 +55,9 @@ frmDefinitions::frmDefinitions(ucCM& manager, const QString& webHome, QWidget* p
                    {txtText, &clsLang::StringDelims},       {txtSLC, &clsLang::SingleComments},
                    {txtMLCS, &clsLang::MultiCommentStart},  {txtMLCE, &clsLang::MultiCommentEnd},
                    {txtIin, &clsLang::BlockStart},          {txtIOut, &clsLang::BlockEnd},
-                   {txtIinout, &clsLang::BlockMid}};
+                   {txtIinout, &clsLang::BlockMid},         {txtLibrary, &clsLang::LibraryWords},
+                   {txtPlaces, &clsLang::SignPlaces},       {txtQuoted, &clsLang::QuotedNames},
+                   {txtContents, &clsLang::Contents}};
   connectAll();
   LoadDefiner();
 }
@@ -87,6 +89,7 @@ void frmDefinitions::connectAll() {
     });
   };
   bindLine(txtExtension, &clsLang::Extension);
+  bindLine(txtFileNames, &clsLang::FileNames);
   bindLine(txtHelp, &clsLang::HelpFile);
   connect(chkCase, &QCheckBox::toggled, this, [this](bool on) {
     const auto subject = language();
@@ -205,6 +208,7 @@ void frmDefinitions::SetupLanguage() {
     if (description.endsWith(QLatin1String("\r\n"))) description.chop(2);
     txtDescription->setEntries(description);
     txtExtension->setText(subject->Extension);
+    txtFileNames->setText(subject->FileNames);
     txtHelp->setText(subject->HelpFile);
     txtHelp->setToolTip(toolTipOf(tr("Set the help file associated with ") + subject->Name));
     chkCase->setChecked(subject->isCaseSensitive);
@@ -220,6 +224,7 @@ void frmDefinitions::ClearText() {
   for (const ListBinding& binding : listBindings_) binding.field->setEntries({});
   txtDescription->setEntries({});
   txtExtension->clear();
+  txtFileNames->clear();
   txtHelp->clear();
   txtHelp->setToolTip({});
   chkCase->setChecked(false);

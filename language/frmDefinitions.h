@@ -114,7 +114,7 @@ class frmDefinitions : public QDialog {
   bool leaving_ = false;
   Item shown_;                                 // in txtList, when its lines end with breaks
 
-  QLineEdit *txtIni = nullptr, *txtFilter = nullptr, *txtExtension = nullptr, *txtHelp = nullptr, *txtDesc = nullptr;
+  QLineEdit *txtIni = nullptr, *txtFilter = nullptr, *txtExtension = nullptr, *txtFileNames = nullptr, *txtHelp = nullptr, *txtDesc = nullptr;
   QPushButton *cmdBrowse = nullptr, *cmdDownload = nullptr, *cmdSubmit = nullptr, *cmdAdd = nullptr, *cmdDuplicate = nullptr,
               *cmdDelete = nullptr, *cmdApply = nullptr, *cmdSave = nullptr, *cmdClose = nullptr, *cmdAddList = nullptr,
               *cmdDeleteList = nullptr;
@@ -123,6 +123,7 @@ class frmDefinitions : public QDialog {
   QStackedWidget* pages = nullptr;
   QFrame *fraStructure = nullptr, *fraList = nullptr;
   QCheckBox* chkCase = nullptr;
+  ListField *txtLibrary = nullptr, *txtPlaces = nullptr, *txtQuoted = nullptr, *txtContents = nullptr;
   ListField *txtDescription = nullptr, *txtKeyword = nullptr, *txtOperator = nullptr, *txtText = nullptr, *txtSLC = nullptr,
             *txtMLCS = nullptr, *txtMLCE = nullptr, *txtIin = nullptr, *txtIOut = nullptr, *txtIinout = nullptr, *txtList = nullptr;
   QLabel *lblList = nullptr, *lblText = nullptr, *lblHint = nullptr, *lblWarning = nullptr, *lblReport = nullptr;

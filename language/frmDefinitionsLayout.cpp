@@ -133,8 +133,8 @@ void frmDefinitions::layOut() {
 
   // The order of Tab: from the file by way of the languages to their parts, then the buttons that end the work.
   const QList<QWidget*> order{txtIni,    cmdBrowse,  cmdDownload, cmdSubmit,   txtFilter,     lstLanguage, cmdAdd,
-                              cmdDuplicate, cmdDelete,  txtDescription, txtExtension, TabStrip1,  chkCase,     txtKeyword,
-                              txtOperator, txtSLC,   txtMLCS,     txtMLCE,     txtText,       txtIin,      txtIOut,
+                              cmdDuplicate, cmdDelete,  txtDescription, txtExtension, txtFileNames, txtContents, TabStrip1, chkCase, txtKeyword,
+                              txtLibrary, txtOperator, txtPlaces, txtQuoted, txtSLC,   txtMLCS,     txtMLCE,     txtText,       txtIin,      txtIOut,
                               txtIinout, txtHelp,    lst,         cmdAddList,  cmdDeleteList, txtDesc,     txtList,
                               cmdApply,  cmdSave,    cmdClose};
   for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
@@ -196,6 +196,11 @@ QWidget* frmDefinitions::languageFrame() {
   auto* below = new QGridLayout;
   above(below, 0, 0, tr("D&escription"), txtDescription);
   above(below, 2, 0, tr("E&xtensions"), txtExtension);
+  txtFileNames = line("txtFileNames", tr("Whole names of files of this language, and #!program for a first line, separated by ;"));
+  above(below, 4, 0, tr("&File Names"), txtFileNames);
+  txtContents = field("txtContents", tr("Words that show this language in a file whose extension several languages have"), 1);
+  txtContents->setMaximumHeight(txtContents->fontMetrics().lineSpacing() * 3 + 12);
+  above(below, 6, 0, tr("C&ontents"), txtContents);
   grid->addLayout(below, 3, 0, 1, 3);
   grid->addWidget(cmdApply, 4, 0);
   grid->addWidget(cmdSave, 4, 1);
@@ -230,13 +235,23 @@ QWidget* frmDefinitions::structureFrame() {
   above(commentGrid, 2, 0, tr("Mu&lti Line Start"), txtMLCS);
   above(commentGrid, 4, 0, tr("Multi &Line End"), txtMLCE);
 
+  txtPlaces = field("txtPlaces", tr("Where a comment or text sign counts: word #, command # or line *"), 1);
+  above(commentGrid, 6, 0, tr("Sign Plac&es"), txtPlaces);
+
   auto* grid = new QGridLayout(fraStructure);
   grid->addWidget(chkCase, 0, 0, 1, 4);
   auto* words = new QGridLayout;
   above(words, 0, 0, tr("&Keywords"), txtKeyword);
+  txtLibrary = field("txtLibrary", tr("Coloured as keywords; names for Format"), 2);
+  above(words, 2, 0, tr("&Library Words"), txtLibrary);
+  words->setRowStretch(1, 2);
+  words->setRowStretch(3, 1);
   auto* signs = new QGridLayout;
   above(signs, 0, 0, tr("&Operators"), txtOperator);
   above(signs, 2, 0, tr("Te&xt Delimiters"), txtText);
+  txtQuoted = field("txtQuoted", tr("What a name of any signs begins with and, behind a blank, ends with"), 1);
+  above(signs, 4, 0, tr("&Quoted Names"), txtQuoted);
+  signs->setRowStretch(5, 1);
   signs->setRowStretch(1, 3);
   signs->setRowStretch(3, 1);
   grid->addLayout(words, 1, 0);

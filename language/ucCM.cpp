@@ -6,8 +6,10 @@
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/LanguageTable.h"
 #include "control/TextModel.h"
 #include "language/DefinitionText.h"
+#include "text/Words.h"
 
 namespace {
 
@@ -21,6 +23,31 @@ text::FileFormat fittingFormat(const std::string& bytes, const text::FileFormat&
   text::EncodeError error;
   const auto encoded = text::encodeText(bytes, own, &error);
   return encoded && text::detectFormat(*encoded) == own ? own : text::FileFormat{};
+}
+
+// Whether a word of the language's Contents stands in the text, outside comments and strings.
+bool holdsContents(const clsLang& language, const QString& text) {
+  const auto highlighter = LanguageTable::find(language.Name);
+  if (!highlighter) return false;
+  std::vector<text::Token> tokens;
+  text::LineState state = 0;
+  const QStringList words = language.Contents.split(QStringLiteral("\r\n"), Qt::SkipEmptyParts);
+  const auto sensitivity = language.isCaseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+  const auto isWord = [](QStringView line, qsizetype at) {
+    return at >= 0 && at < line.size() && text::classOf(line[at].unicode()) == text::CharClass::word;
+  };
+  for (const QString& line : text.split(u'\n')) {
+    std::string bytes = fromQString(line);
+    state = highlighter->scanLine(bytes, state, &tokens);
+    for (const text::Token& token : tokens)
+      if (token.kind == text::TokenKind::comment || token.kind == text::TokenKind::string)
+        std::fill_n(bytes.begin() + token.begin, token.length, ' ');
+    const QString code = toQString(bytes);
+    for (const QString& word : words)
+      for (qsizetype at = code.indexOf(word, 0, sensitivity); at >= 0; at = code.indexOf(word, at + 1, sensitivity))
+        if (!(isWord(word, 0) && isWord(code, at - 1)) && !(isWord(word, word.size() - 1) && isWord(code, at + word.size()))) return true;
+  }
+  return false;
 }
 
 QString shippedFolder() { return joinPath(applicationFolder(), QStringLiteral("config")); }
@@ -211,6 +238,37 @@ int ucCM::GetLangFromExt(const QString& ext) {
   const QString wanted = u';' + ext + u';';
   for (int i = 1; i <= Languages()->Count(); ++i)
     if ((u';' + languages_->Item(i)->Extension + u';').contains(wanted, Qt::CaseInsensitive)) return i;
+  return 0;
+}
+
+int ucCM::GetLangFromFile(const QString& title, const QString& beginning) {
+  const auto holds = [](const QString& list, const QString& entry) {
+    return !entry.isEmpty() && (u';' + list + u';').contains(u';' + entry + u';', Qt::CaseInsensitive);
+  };
+  const auto firstNamed = [&](const QString& name) {
+    for (int i = 1; i <= Languages()->Count(); ++i)
+      if (holds(languages_->Item(i)->FileNames, name)) return i;
+    return 0;
+  };
+  if (const int named = firstNamed(title)) return named;
+  const QString extension = GetFileExt(title);
+  const int first = GetLangFromExt(extension);
+  int plain = 0;
+  for (int i = first; i > 0 && i <= languages_->Count() && !extension.isEmpty(); ++i) {
+    const clsLang& language = *languages_->Item(i);
+    if (!holds(language.Extension, extension)) continue;
+    if (language.Contents.isEmpty()) plain = plain ? plain : i;
+    else if (holdsContents(language, beginning)) return i;
+  }
+  if (plain) return plain;
+  if (first || !beginning.startsWith(QLatin1String("#!"))) return first;
+  // "#!/usr/bin/env -S python3.11 -u" and "#!/bin/bash"
+  for (const QString& word : beginning.mid(2, 200).section(u'\n', 0, 0).simplified().split(u' ')) {
+    QString program = word.section(u'/', -1);
+    if (program == QLatin1String("env") || program.startsWith(u'-')) continue;
+    while (!program.isEmpty() && (program.back().isDigit() || program.back() == u'.')) program.chop(1);
+    return firstNamed(QStringLiteral("#!") + program);
+  }
   return 0;
 }
 

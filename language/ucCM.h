@@ -46,6 +46,10 @@ class ucCM {
   const std::shared_ptr<clsLang>& Language() const { return language_; }   // null: none
 
   int GetLangFromExt(const QString& ext);                  // first language whose extensions hold ext, case folded
+  // The language of a file: the first that lists its whole name, else the first of those with its extension that has a word of
+  // its Contents in the text, outside comments and strings, else the first without Contents, else, where the name has no extension,
+  // the first that lists the program of a line "#!..." on top. `beginning`: the text or the first of it. 0: none.
+  int GetLangFromFile(const QString& title, const QString& beginning);
   int GetIndex(const QString& name);                       // first language of exactly that name
   QString GetComment(int index);                           // first line of its SingleComments
   QString GetHelp() const;                                 // help file of the current language

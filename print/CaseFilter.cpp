@@ -4,6 +4,7 @@
 
 #include "control/TextModel.h"
 #include "text/Chars.h"
+#include "text/EntryMarks.h"
 #include "text/Words.h"
 
 QString applyCase(const QString& word, CaseMode mode) {
@@ -82,9 +83,11 @@ QString filterCase(const QString& line, CaseTarget target, CaseMode mode, const 
   for (const auto& token : tokens) {
     if (token.kind == text::TokenKind::text || token.kind == text::TokenKind::operatorSign) continue;
     const auto begin = static_cast<std::size_t>(token.begin), length = static_cast<std::size_t>(token.length);
-    flush(begin);
     const auto part = all.substr(begin, length);
-    const bool rewrite = target == CaseTarget::keywords && token.kind == text::TokenKind::keyword;
+    const bool library = token.kind == text::TokenKind::keyword && text::isLibraryWord(highlighter, part);
+    if (library && !highlighter.tables().caseSensitive) continue;   // a name like those of the text
+    flush(begin);
+    const bool rewrite = target == CaseTarget::keywords && token.kind == text::TokenKind::keyword && !library;
     out += rewrite ? applyCase(part, mode) : std::string(part);
     plain = begin + length;
   }

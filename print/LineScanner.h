@@ -33,11 +33,16 @@ class LineScanner {
       : words_(words), highlighter_(highlighter), tabSize_(tabSize) {}
   Pieces scan(const QString& line);   // the next one
   void restart() { state_ = 0; }
-  bool inComment() const { return state_ != 0; }           // the next line begins in one
+  bool inComment() const { return start().inside == text::LinePoint::block; }   // the next line begins in one
+  bool inString() const {   // likewise: its blanks belong to the string
+    const text::LinePoint from = start();
+    return from.inside == text::LinePoint::string && from.index != std::string_view::npos;   // else only a command goes on
+  }
   int trailingComment() const { return trailing_; }        // the column of the comment behind the last line's code; -1: none
   int columnsOf(const QString& blanks) const;
 
  private:
+  text::LinePoint start() const { return highlighter_ ? highlighter_->startOf(state_) : text::LinePoint{}; }
   const Piece& known(std::string_view bytes, bool isWord);
 
   const BlockWords& words_;

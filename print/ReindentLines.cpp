@@ -71,7 +71,7 @@ class WholeLines : private State {
   }
 
   Placed next(const QString& line) {
-    const bool inComment = scanner_.inComment();
+    const bool inComment = scanner_.inComment(), inString = scanner_.inString();
     const Pieces pieces = scanner_.scan(line);
     const int leading = leadingLength(line);
     if (leading == line.size()) return {};
@@ -83,9 +83,9 @@ class WholeLines : private State {
     if (directive && (old == 0 || line[leading] == u'#')) return {Placed::Kind::fixed, 0, old};
     if (directive) return {Placed::Kind::comment, old, old};   // goes with the lines around it
     if (pieces.empty()) return {inComment ? Placed::Kind::insideComment : Placed::Kind::comment, old, old};
-    if (learning_) noteHabit(pieces, old);
-    if (!learning_) settle(pieces[0], old);
-    const int indent = learning_ ? old : inComment ? std::max(0, old + shift_) : indentOf(pieces, old);
+    if (learning_ && !inString) noteHabit(pieces, old);
+    if (!learning_ && !inString) settle(pieces[0], old);
+    const int indent = learning_ || inString ? old : inComment ? std::max(0, old + shift_) : indentOf(pieces, old);
     shift_ = indent - old;
     walk(pieces, indent);
     return {Placed::Kind::code, indent, old};

@@ -172,7 +172,9 @@ TEST_F(Definitions, EveryFieldWritesThrough) {
   const std::pair<const char*, QString clsLang::*> lists[] = {
       {"txtKeyword", &clsLang::Keywords},       {"txtOperator", &clsLang::Operators},     {"txtText", &clsLang::StringDelims},
       {"txtSLC", &clsLang::SingleComments},     {"txtMLCS", &clsLang::MultiCommentStart}, {"txtMLCE", &clsLang::MultiCommentEnd},
-      {"txtIin", &clsLang::BlockStart},         {"txtIOut", &clsLang::BlockEnd},          {"txtIinout", &clsLang::BlockMid}};
+      {"txtIin", &clsLang::BlockStart},         {"txtIOut", &clsLang::BlockEnd},          {"txtIinout", &clsLang::BlockMid},
+      {"txtLibrary", &clsLang::LibraryWords},   {"txtPlaces", &clsLang::SignPlaces},      {"txtQuoted", &clsLang::QuotedNames},
+      {"txtContents", &clsLang::Contents}};
   for (const auto& [name, property] : lists) {
     ListField* one = field(name);
     one->selectAll();
@@ -184,7 +186,7 @@ TEST_F(Definitions, EveryFieldWritesThrough) {
     EXPECT_EQ(s((*language(1)).*property), std::string(name) + "\r\n");   // once only
     EXPECT_TRUE(dialog->isChanged()) << name;
   }
-  for (const auto& [name, property] : {std::pair{"txtExtension", &clsLang::Extension}, {"txtHelp", &clsLang::HelpFile}}) {
+  for (const auto& [name, property] : {std::pair{"txtExtension", &clsLang::Extension}, {"txtFileNames", &clsLang::FileNames}, {"txtHelp", &clsLang::HelpFile}}) {
     line(name)->selectAll();
     type(line(name), "x;y");
     leave(line(name));
@@ -608,7 +610,7 @@ TEST_F(Definitions, EveryControlIsReachedByTab) {
     }
     QStringList wanted{q("txtFilter"), q("lstLanguage"), q("cmdAdd"), q("cmdDelete"), q("txtDescription"), q("txtExtension"), q("TabStrip1"),
                        q("cmdApply"), q("cmdSave"), q("cmdClose"), q("cmdBrowse")};
-    if (onStructure) wanted << q("chkCase") << q("txtKeyword") << q("txtMLCE") << q("txtIinout") << q("txtHelp");
+    if (onStructure) wanted << q("chkCase") << q("txtKeyword") << q("txtMLCE") << q("txtIinout") << q("txtHelp") << q("txtLibrary") << q("txtPlaces") << q("txtQuoted");
     else wanted << q("lst") << q("cmdAddList") << q("txtDesc") << q("txtList");
     for (const QString& name : wanted) EXPECT_TRUE(reached.contains(name)) << s(name);
   }

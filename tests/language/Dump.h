@@ -29,7 +29,9 @@ inline std::string dump(const clsLang& language, bool withMark = false) {
       {"keywords", &clsLang::Keywords},         {"operators", &clsLang::Operators},   {"description", &clsLang::Description},
       {"single", &clsLang::SingleComments},     {"start", &clsLang::MultiCommentStart}, {"end", &clsLang::MultiCommentEnd},
       {"strings", &clsLang::StringDelims},      {"extension", &clsLang::Extension},   {"help", &clsLang::HelpFile},
-      {"in", &clsLang::BlockStart},             {"out", &clsLang::BlockEnd},          {"mid", &clsLang::BlockMid}};
+      {"in", &clsLang::BlockStart},             {"out", &clsLang::BlockEnd},          {"mid", &clsLang::BlockMid},
+      {"library", &clsLang::LibraryWords},      {"places", &clsLang::SignPlaces},     {"quoted", &clsLang::QuotedNames},
+      {"names", &clsLang::FileNames},           {"contents", &clsLang::Contents}};
   for (const auto& [name, property] : properties) add(name, {language.*property});
   for (const auto& w : *language.cWordList()) add("list", {w->Name, w->WordList, w->Desc});
   for (const auto& m : *language.cMacros()) add("macro", {m->Name, m->CommandString, m->Desc});

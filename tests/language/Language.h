@@ -22,9 +22,10 @@ class ModelMaker {
       const auto l = all->Add(name());
       l->isCaseSensitive = upTo(1);
       for (QString* text : {&l->Keywords, &l->Operators, &l->Description, &l->SingleComments, &l->MultiCommentStart,
-                            &l->MultiCommentEnd, &l->StringDelims, &l->BlockStart, &l->BlockEnd, &l->BlockMid})
+                            &l->MultiCommentEnd, &l->StringDelims, &l->BlockStart, &l->BlockEnd, &l->BlockMid, &l->LibraryWords, &l->SignPlaces,
+                            &l->QuotedNames, &l->Contents})
         *text = list();
-      for (QString* text : {&l->Extension, &l->HelpFile})
+      for (QString* text : {&l->Extension, &l->FileNames, &l->HelpFile})
         do *text = name();
         while (definition::kindOf(*text) != definition::LineKind::body);
       for (int i = upTo(3); i > 0; --i) l->cWordList()->Add(name(), list())->Desc = name();
