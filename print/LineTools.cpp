@@ -88,6 +88,22 @@ qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
   return changed;
 }
 
+qint64 SubstituteInLines(CodeMax& cmx, const QRegularExpression& expression, const QString& replacement) {
+  if (cmx.ReadOnly() || !expression.isValid()) return 0;
+  const qint64 caret = cmx.CurrentPosition().LineNo;
+  const Lines lines = cmx.GetSel(true).IsEmpty() ? Lines{caret, caret + 1} : selectedLines(cmx);
+  const EditBlock block(cmx);
+  qint64 changed = 0;
+  for (qint64 i = lines.first; i < lines.end; ++i) {
+    const QString old = cmx.GetLine(i);
+    const QString fresh = QString(old).replace(expression, replacement);
+    if (fresh == old) continue;
+    cmx.ReplaceLines(i, {fresh});
+    ++changed;
+  }
+  return changed;
+}
+
 namespace {
 template <class Keep>
 qint64 keepLines(CodeMax& cmx, Lines lines, Keep keep) {

@@ -3,6 +3,7 @@
 // without a selection all lines of the text.
 #pragma once
 
+#include <QRegularExpression>
 #include <QString>
 
 #include "control/CodeMax.h"
@@ -19,6 +20,8 @@ qint64 SortLines(CodeMax& cmx, const SortOptions& options);
 qint64 RemoveDuplicateLines(CodeMax& cmx, bool matchCase = true);   // keeps the first of equal lines, wherever they stand
 qint64 RemoveBlankLines(CodeMax& cmx);                              // lines of white space only
 qint64 TrimLineEnds(CodeMax& cmx);                                  // blanks and tabs at line ends
+// Replaces what the expression finds, \1 to \9 standing for its groups, in the selected lines, else in the caret's.
+qint64 SubstituteInLines(CodeMax& cmx, const QRegularExpression& expression, const QString& replacement);
 qint64 JoinLines(CodeMax& cmx);                                     // to one line, one blank where lines met
 
 struct NumberSeries {

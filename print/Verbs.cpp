@@ -117,6 +117,26 @@ bool sortLines(CodeMax& cmx, const QString& argument) {
   return true;
 }
 
+// "/expression/replacement/i": the first character parts, the i is optional. A parting character that is meant stands behind '\'.
+bool substitute(CodeMax& cmx, const QString& argument) {
+  QStringList parts{QString()};
+  for (qsizetype at = 1; at < argument.size(); ++at) {
+    if (argument[at] == argument[0]) {
+      parts += QString();
+      continue;
+    }
+    if (argument[at] == u'\\' && at + 1 < argument.size()) parts.last() += argument[at++];
+    parts.last() += argument[at];
+  }
+  if (parts.size() != 3 || parts[0].isEmpty() || (!parts[2].isEmpty() && parts[2] != QLatin1String("i"))) return false;
+  const QRegularExpression expression(parts[0], parts[2].isEmpty() ? QRegularExpression::NoPatternOption
+                                                                   : QRegularExpression::CaseInsensitiveOption);
+  if (!expression.isValid()) return false;
+  parts[1].replace(u'\\' + argument.left(1), argument.left(1));
+  SubstituteInLines(cmx, expression, parts[1]);
+  return true;
+}
+
 template <auto Service>
 bool plain(CodeMax& cmx, const QString& argument) {
   if (!argument.trimmed().isEmpty()) return false;
@@ -139,5 +159,8 @@ void AddFormatVerbs() {
   addVerb("UNIQUELINES", "", "Removes lines that have stood before.", plain<removeDuplicates>);
   addVerb("BLANKLINES", "", "Removes lines of white space only.", plain<RemoveBlankLines>);
   addVerb("TRIMLINES", "", "Removes blanks and tabs at line ends.", plain<TrimLineEnds>);
+  addVerb("SUBSTITUTE", "/expression/replacement/[i]",
+          "Replaces what a regular expression finds in the selected lines, else in the caret's; \\1 to \\9 are its groups, i folds case.",
+          substitute);
   addVerb("JOINLINES", "", "Joins the selected lines, else the caret's line and the next.", plain<JoinLines>);
 }

@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 #include <QLocale>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <pwd.h>
 #include <unistd.h>
@@ -159,4 +160,67 @@ TEST(EndToEnd, ExamplesByTheProgramItself) {
     ++count;
   }
   EXPECT_GT(count, 8);
+}
+
+namespace {
+
+// What a run of the macro on the text shows: its log, and the lines of the text that went (-) and came (+). "\u2038" is the caret.
+QByteArray shown(const clsMacro& macro, QString text, const QString& extension) {
+  Case one;
+  const QStringList before = text.left(text.indexOf(u'\u2038')).split(u'\n');
+  if (text.contains(u'\u2038'))
+    one.commands = "cmdGOTOLINE " + QByteArray::number(before.size() - 1) + '\n' + QByteArray("cmdCHARRIGHT\n").repeated(before.last().size());
+  one.input = text.remove(u'\u2038').toUtf8();
+  one.extension = extension;
+  one.commands += macro.CommandString.toUtf8();
+  one.standardInput = "clock\nclock\n";
+  const QTemporaryDir folder;
+  const Result result = runHere(one, folder.path());
+  QString all = QString::fromUtf8(result.log + result.messages);
+  if (result.status != 0) all += u"status %1\n"_s.arg(result.status);
+  for (const QByteArray& line : difference(one.input, result.text).split('\n'))
+    if (line.startsWith('+') || line.startsWith('-')) all += QString::fromUtf8(line) + u'\n';
+  all.replace(folder.path(), u"{DIR}"_s);
+  all.replace(QRegularExpression(u"(Author|Date) +: .*"_s), u"\\1"_s);
+  return all.toUtf8();
+}
+
+}  // namespace
+
+// Every shipped macro on the three texts of its language. The programs that macros start are stand-ins that say how they were
+// called. ZELKOR_WRITE_GOLDEN=1 writes what is expected.
+TEST(EndToEnd, ShippedMacros) {
+  QLocale::setDefault(QLocale(u"en_GB"_s));
+  loadLanguages();
+  readCases();   // the verbs of the upper floors
+  const QTemporaryDir programs;
+  for (const auto& language : *languages().Languages())
+    for (const auto& macro : *language->cMacros())
+      for (const QString& line : macro->CommandString.split(u"\r\n"_s))
+        if (QFile program(programs.filePath(line.section(u' ', 1, 1))); line.startsWith(u"SHELL"_s) && program.open(QFile::WriteOnly)) {
+          program.write("#!/bin/sh\necho \"${0##*/} $*\"\n");
+          program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        }
+  const QByteArray path = qgetenv("PATH");
+  qputenv("PATH", programs.path().toUtf8() + ':' + path);
+  QByteArray found;
+  QStringList done;
+  for (const QString& block : QString::fromUtf8(read(sourceFolder() + u"/tests/e2e/macros.txt"_s)).split(u"\n== "_s)) {
+    const QString head = block.section(u'\n', 0, 0), name = head.section(u' ', 0, -2).remove(u"== "_s);
+    const QStringList texts = (block.section(u'\n', 1) + u'\n').split(u"\n--\n"_s);
+    const int index = languages().GetIndex(name);
+    ASSERT_GT(index, 0) << name.toStdString();
+    EXPECT_EQ(texts.size(), 3) << name.toStdString();
+    done += name;
+    for (const auto& macro : *languages().Languages()->Item(index)->cMacros())
+      for (qsizetype i = 0; i < texts.size(); ++i)
+        found += "== " + name.toUtf8() + ": " + macro->Name.toUtf8() + ' ' + QByteArray::number(i + 1) + '\n' + shown(*macro, texts[i], head.section(u' ', -1));
+  }
+  qputenv("PATH", path);
+  for (const auto& language : *languages().Languages()) EXPECT_TRUE(done.contains(language->Name)) << language->Name.toStdString();
+  QFile golden(sourceFolder() + u"/tests/e2e/macros.golden"_s);
+  if (qEnvironmentVariableIsSet("ZELKOR_WRITE_GOLDEN") && golden.open(QFile::WriteOnly)) golden.write(found);
+  golden.close();
+  const QByteArray wrong = difference(read(golden.fileName()), found);
+  EXPECT_TRUE(wrong.isEmpty()) << wrong.constData();
 }
