@@ -33,9 +33,16 @@ template <Motion motion>
 void go(Editor& e, const QVariant&) {
   e.moveCaret(motion(e, e.selection().caret), false);
 }
+// Moves the caret's corner of the column selection by so much, also past the ends of lines. Where column selections are not
+// allowed the selection is extended as usual.
+void extendBlock(Editor& e, std::int64_t cells, std::int64_t lines);
+bool inColumnMode(Editor& e);
+void extendTo(Editor& e, text::ByteOffset to);
 template <Motion motion>
 void extend(Editor& e, const QVariant&) {
-  e.moveCaret(motion(e, e.selection().caret), true);
+  if constexpr (motion == charLeft || motion == charRight)
+    if (inColumnMode(e)) return extendBlock(e, motion == charLeft ? -1 : 1, 0);
+  extendTo(e, motion(e, e.selection().caret));
 }
 
 // Up (-) or down by lines or windows; the caret keeps to the cell where the first of such moves began.

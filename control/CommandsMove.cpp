@@ -77,7 +77,33 @@ void charLeftOrStart(Editor& e, const QVariant&) {
   e.moveCaret(e.hasSelection() ? e.selectedRange().begin : charLeft(e, e.selection().caret), false);
 }
 
+bool inColumnMode(Editor& e) { return EditorAccess::impl(e).columnMode && e.options().columnSel; }
+
+void extendTo(Editor& e, ByteOffset to) {
+  if (!inColumnMode(e)) return e.moveCaret(to, true);
+  const Snapshot& text = e.snapshot();
+  const SelectionState s = e.selection();
+  const int tabSize = e.options().tabSize;
+  e.setSelection(columnSelection(text, text.lineAt(s.anchor), cellOf(text, s.anchor, s.anchorVirtual, tabSize), text.lineAt(to),
+                                 cellOf(text, to, 0, tabSize), tabSize));
+}
+
+void extendBlock(Editor& e, std::int64_t cells, std::int64_t lines) {
+  if (!e.options().columnSel) {
+    if (lines != 0) return moveLines(e, lines, true);
+    return e.moveCaret(cells < 0 ? charLeft(e, e.selection().caret) : charRight(e, e.selection().caret), true);
+  }
+  const Snapshot& text = e.snapshot();
+  const SelectionState s = e.selection();
+  const int tabSize = e.options().tabSize;
+  const std::int64_t cell = cellOf(text, s.caret, s.caretVirtual, tabSize) + cells;
+  const LineNo line(std::clamp<std::int64_t>(text.lineAt(s.caret).value + lines, 0, text.lineCount() - 1));
+  e.setSelection(columnSelection(text, text.lineAt(s.anchor), cellOf(text, s.anchor, s.anchorVirtual, tabSize), line,
+                                 std::max<std::int64_t>(0, cell), tabSize));
+}
+
 void moveLines(Editor& e, std::int64_t lines, bool extend) {
+  if (extend && inColumnMode(e)) return extendBlock(e, 0, lines);
   const Snapshot& text = e.snapshot();
   const SelectionState s = e.selection();
   const int tabSize = e.options().tabSize;

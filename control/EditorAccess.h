@@ -29,6 +29,7 @@ struct Editor::Impl {
   bool gathersCuts = false;                // the repetitions of a command go to the clipboard together, at their end
   std::optional<Cuts> cuts;
   bool searchFailed = false;               // the last search found nothing
+  bool columnMode = false;                 // what extends the selection makes a column selection
   std::unique_ptr<text::Finder> searcher;   // of the last search, with what it was made from
   std::pair<std::string, text::SearchOptions> searcherKey;
 };

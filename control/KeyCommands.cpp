@@ -1,6 +1,6 @@
 #include "control/KeyCommands.h"
 
-#include <algorithm>
+#include <QCoreApplication>
 #include <array>
 
 #include "control/CommandFunctions.h"
@@ -12,22 +12,9 @@ using namespace text;
 
 namespace {
 
-// Moves the caret's corner of the column selection, also past the ends of lines. Where column selections are not allowed the
-// selection is extended as usual.
 template <int cells, int lines>
-void extendColumn(Editor& e, const QVariant& argument) {
-  if (!e.options().columnSel) {
-    if (lines != 0) return commandFunctions::moveLines(e, lines, true);
-    return cells < 0 ? commandFunctions::extend<commandFunctions::charLeft>(e, argument)
-                     : commandFunctions::extend<commandFunctions::charRight>(e, argument);
-  }
-  const Snapshot& text = e.snapshot();
-  const SelectionState s = e.selection();
-  const int tabSize = e.options().tabSize;
-  const std::int64_t cell = cellOf(text, s.caret, s.caretVirtual, tabSize) + cells;
-  const LineNo line(std::clamp<std::int64_t>(text.lineAt(s.caret).value + lines, 0, text.lineCount() - 1));
-  e.setSelection(columnSelection(text, text.lineAt(s.anchor), cellOf(text, s.anchor, s.anchorVirtual, tabSize), line,
-                                 std::max<std::int64_t>(0, cell), tabSize));
+void extendColumn(Editor& e, const QVariant&) {
+  commandFunctions::extendBlock(e, cells, lines);
 }
 
 // The Tab key: a selection of several lines is indented, else a tab is typed (or blanks, or one into each row).
@@ -43,10 +30,20 @@ void dropSelection(Editor& e, const QVariant&) {
 }
 
 void setFindOptions(Editor& e, const QVariant& argument) { setFindSwitches(e, argument.toString()); }
+
+void toggleColumnMode(Editor& e, const QVariant&) {
+  bool& on = EditorAccess::impl(e).columnMode;
+  const bool allowed = e.options().columnSel;
+  on = allowed && !on;
+  e.host().note(!allowed ? QCoreApplication::translate("Editor", "Column selections are switched off in the options")
+                : on     ? QCoreApplication::translate("Editor", "Column mode: Shift and the arrow keys, and the mouse, select columns")
+                         : QCoreApplication::translate("Editor", "Column mode is off"));
+}
+
 void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current()); }
 
-constexpr std::array<Command, 11> table{{
+constexpr std::array<Command, 12> table{{
     {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection of several lines, else types a tab.", tabKey},
     {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.", dropSelection},
     {1003, "COLUMNLEFTEXTEND", CommandArgument::none, true, "Alt+Shift+Left",
@@ -67,9 +64,13 @@ constexpr std::array<Command, 11> table{{
      macroPlay},
     {1011, "SETFINDOPTIONS", CommandArgument::text, false, "",
      "Sets the switches of the search: any of the words case, word, regex and preserve; the others are off.", setFindOptions},
+    {1012, "COLUMNMODE", CommandArgument::none, false, "Ctrl+K, Ctrl+R",
+     "Column mode on or off: what else selects characters, keys or mouse, selects columns.", toggleColumnMode},
 }};
 
 }  // namespace
+
+bool columnMode(Editor& editor) { return commandFunctions::inColumnMode(editor); }
 
 std::span<const Command> keyCommands() { return table; }
 

@@ -10,3 +10,5 @@ const Command* anyCommandById(int id);
 const Command* anyCommandByName(QStringView name);
 // Runs a command of either table; false for an unknown number.
 bool executeAny(Editor& editor, int id, const QVariant& argument = {});
+
+bool columnMode(Editor& editor);   // what extends the selection of its pane makes a column selection

@@ -13,6 +13,7 @@
 #include <algorithm>
 
 #include "control/ColumnBlock.h"
+#include "control/KeyCommands.h"
 #include "control/Pane.h"
 #include "control/TextMime.h"
 #include "text/Words.h"
@@ -61,7 +62,7 @@ void PaneMouse::pressText(QMouseEvent* event) {
   TextView& view = pane_.view_;
   const bool extend = event->modifiers().testFlag(Qt::ShiftModifier);
   const ByteOffset at = view.offsetAt(pressed_);
-  if (event->modifiers().testFlag(Qt::AltModifier) && pane_.state_.options->columnSel) {
+  if ((event->modifiers().testFlag(Qt::AltModifier) && pane_.state_.options->columnSel) || columnMode(editor)) {
     drag_ = Drag::block;
     const text::SelectionState s = editor.selection();
     originLine_ = extend ? pane_.snapshot().lineAt(s.anchor).value : view.lineAtY(pressed_.y());

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "control/ColumnBlock.h"
 #include "text/Chars.h"
 
 namespace {
@@ -191,15 +192,21 @@ qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
   const qint64 startCell = range.ColumnSel ? std::min(a, c) : cellOf(cmx.editor().offsetOf({range.StartLineNo, range.StartColNo}), range.IsEmpty() ? selection.caretVirtual : 0);
   const qint64 endCell = range.ColumnSel ? std::max(a, c) : startCell;
   QStringList fresh;
+  qint64 behind = startCell;
   for (qint64 i = lines.first; i < lines.end; ++i) {
     const std::string bytes = fromQString(cmx.GetLine(i));
     const auto total = text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), cmx.TabSize()).value;
     const auto from = static_cast<std::size_t>(text::byteOfDisplay(bytes, text::DisplayColumn(startCell), cmx.TabSize()));
     const auto to = static_cast<std::size_t>(text::byteOfDisplay(bytes, text::DisplayColumn(endCell), cmx.TabSize()));
     const auto fill = static_cast<int>(std::max<qint64>(0, startCell - total));
-    fresh.push_back(toQString(std::string_view(bytes).substr(0, from)) + QString(fill, u' ') + seriesItem(series, i - lines.first) +
-                    toQString(std::string_view(bytes).substr(std::max(from, to))));
+    const QString before = toQString(std::string_view(bytes).substr(0, from)) + QString(fill, u' ') + seriesItem(series, i - lines.first);
+    fresh.push_back(before + toQString(std::string_view(bytes).substr(std::max(from, to))));
+    const std::string head = fromQString(before);
+    behind = std::max<qint64>(behind, text::displayColumn(head, static_cast<std::int64_t>(head.size()), cmx.TabSize()).value);
   }
+  const EditBlock block(cmx);
   put(cmx, lines, fresh);
+  // What is typed next stands behind the numbers, in every row that got one.
+  cmx.editor().setSelection(columnSelection(cmx.model()->snapshot(), text::LineNo(lines.first), behind, text::LineNo(lines.end - 1), behind, cmx.TabSize()));
   return fresh.size();
 }

@@ -38,8 +38,9 @@ int main() {
   for (const Command& command : keyCommands())
     out << "| " << command.name << " | " << cell(command.keys) << " | " << cell(command.help) << " |\n";
   out << "\n## Column selections\n\n"
-         "A column selection is a rectangle of cells, made with Alt and the mouse or with Alt+Shift and the arrow keys; it goes past the\n"
-         "ends of lines. Typing, deleting, cutting, copying and pasting work in each of its rows, and what stands right of it keeps its\n"
+         "A column selection is a rectangle of cells, made with Alt and the mouse or with Alt+Shift and the arrow keys; in column\n"
+         "mode, where a desktop keeps those for itself, with the mouse or Shift and the arrow keys alone. It goes past the ends of\n"
+         "lines. Typing, deleting, cutting, copying and pasting work in each of its rows, and what stands right of it keeps its\n"
          "column: missing blanks are put in, a tab that the edge cuts becomes blanks, a wide character cut by the left edge stays whole.\n"
          "A block that was copied is pasted as a block, also past the end of the text. Case and tab commands work on the block, those for\n"
          "indents and whole lines on the lines that it touches; a new line takes its place.\n\n"

@@ -2,6 +2,7 @@
 
 #include "app/commands/Groups.h"
 #include "app/frmMain.h"
+#include "control/KeyCommands.h"
 #include "document/frmDocument.h"
 
 std::span<const FrameCommand> editCommands() {
@@ -80,6 +81,10 @@ std::span<const FrameCommand> editCommands() {
        .icon = "format-indent-more", .needs = kDocument | kWritable, .command = 163},
       {.name = "mEditOutdent", .menu = "mEdit", .place = 650, .caption = QT_TRANSLATE_NOOP("frmMain", "Outdent"),
        .icon = "format-indent-less", .needs = kDocument | kWritable, .command = 127},
+      {.name = "mEditColumnMode", .menu = "mEdit", .place = 790, .caption = QT_TRANSLATE_NOOP("frmMain", "Column Mode"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Select columns with Shift and the arrow keys and with the mouse"), .needs = kDocument,
+       .command = 1012, .checkable = true,
+       .checked = [](frmMain& f) { return f.activeDocument() && columnMode(f.activeDocument()->cmx->editor()); }},
       {.name = "mEditReadOnly", .menu = "mEdit", .place = 800, .caption = QT_TRANSLATE_NOOP("frmMain", "Read Onl&y"),
        .tip = QT_TRANSLATE_NOOP("frmMain", "Guard this text against changes"), .needs = kDocument,
        .run = [](frmMain& f) {

@@ -132,6 +132,25 @@ TEST_F(PaneInput, MouseSelects) {
   control.setColumnSel(true);
 }
 
+TEST_F(PaneInput, ColumnModeNeedsNoAlt) {
+  const auto toggle = [this] {
+    key(Qt::Key_K, Qt::ControlModifier);
+    key(Qt::Key_R, Qt::ControlModifier);
+  };
+  put("al|pha beta\ng\nlast");
+  toggle();
+  for (const int code : {Qt::Key_Right, Qt::Key_Down, Qt::Key_Right}) key(code, Qt::ShiftModifier);
+  EXPECT_EQ(now(), "al#pha beta\ng···|\nlast");
+  key(Qt::Key_End, Qt::ShiftModifier);
+  EXPECT_EQ(now(), "al#pha beta\ng|\nlast");
+  drag(pointOf(0, 1), pointOf(2, 3));
+  EXPECT_EQ(now(), "a#lpha beta\ng\nlas|t");
+  toggle();
+  put("alpha beta\ng\nlast|");
+  drag(pointOf(0, 1), pointOf(2, 3));
+  EXPECT_EQ(now(), "a@lpha beta\ng\nlas|t");
+}
+
 TEST_F(PaneInput, MarginClickTogglesBookmarks) {
   put("|a\nb\nc");
   click({5, pointOf(1, 0).y()});

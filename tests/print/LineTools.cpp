@@ -145,6 +145,7 @@ TEST(LineTools, Series) {
   column.cmx.SetSel({0, 2, 2, 2, true});
   EXPECT_EQ(InsertSeries(column.cmx, {}), 3);
   EXPECT_EQ(column.text(), "ab0\n  1\nab2cd");
+  EXPECT_EQ(column.cmx.GetSel(true), (CmRange{0, 3, 2, 3, true})) << "behind the numbers";
   Control tabs("\tx\n\ty", {0, 1, 1, 1, false});
   tabs.cmx.setTabSize(4);
   InsertSeries(tabs.cmx, {});
