@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QFontDatabase>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -13,6 +12,7 @@
 #include "app/Icons.h"
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
+#include "base/FixedFont.h"
 #include "base/Program.h"
 #include "document/frmDocument.h"
 #include "document/mCMXParser.h"
@@ -54,7 +54,7 @@ void showAboutBox(frmMain& frame) {
     auto* properties = new QPlainTextEdit(mCMXParser::FileInformation(), tabs);
     properties->setReadOnly(true);
     properties->setLineWrapMode(QPlainTextEdit::NoWrap);
-    properties->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    properties->setFont(fixedFont());
     properties->setAccessibleName(tr("File properties"));
     tabs->addTab(properties, tr("&File Properties"));
   }

@@ -21,6 +21,7 @@
 #include "app/frmMain.h"
 #include "app/frmRecovered.h"
 #include "base/Dialogs.h"
+#include "base/FitScreen.h"
 #include "base/Memory.h"
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -216,6 +217,8 @@ display:
   QCoreApplication::setApplicationVersion(QStringLiteral(ZELKOR_VERSION));
   QGuiApplication::setDesktopFileName(QStringLiteral("zelkor"));
   Application application(argc, argv);
+  FitScreen fitScreen;
+  application.installEventFilter(&fitScreen);
   AddFormatVerbs();
   text::setRecoveryFolder(fromQString(RecoverySession::usualFolder()));
   if (arguments.batch) return runBatch(words);

@@ -8,8 +8,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QScreen>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "base/FileFilter.h"
 #include "base/Program.h"
@@ -20,12 +22,12 @@ namespace {
 int modalDepth = 0;
 Dialogs* replacementInForce = nullptr;
 
-constexpr int kMostLines = 40, kLongestWord = 60;
+constexpr int kMostLines = 1000, kMostPromptLines = 40, kLongestWord = 60;
 
 // Keeps the line breaks of our own texts, shows everything else that is invisible, and lets long words (paths) wrap.
-QString boxText(const QString& text) {
+QString boxText(const QString& text, int mostLines) {
   QStringList lines = splitCrLf(toCrLf(text));
-  if (lines.size() > kMostLines) lines = lines.first(kMostLines) << QString(QChar(0x2026));
+  if (lines.size() > mostLines) lines = lines.first(mostLines) << QString(QChar(0x2026));
   for (QString& line : lines) {
     line = plainForDisplay(line);
     int run = 0;
@@ -38,6 +40,23 @@ QString boxText(const QString& text) {
     }
   }
   return lines.join(u'\n');
+}
+
+// Where the text is higher than the screen has room for, the whole of it stands behind a button, where it scrolls. A box lays
+// itself out when it is shown; until then its text is measured at the width that boxes wrap at.
+void shorten(QMessageBox& box) {
+  const QString all = box.text();
+  const QSize screen = box.screen()->availableSize();
+  const QRect room(0, 0, std::min(360, screen.width() / 2), screen.height() * 6 / 10);
+  QString shown = all;
+  const auto fits = [&] { return box.fontMetrics().boundingRect(room, Qt::TextWordWrap, shown).height() <= room.height(); };
+  for (qsizetype most = all.size() / 2; most > 0 && !fits(); most /= 2) {
+    const qsizetype end = all.lastIndexOf(u'\n', most);
+    shown = all.first(end > 0 ? end : most) + u'\n' + QChar(0x2026);
+  }
+  if (shown == all) return;
+  box.setText(shown);
+  box.setDetailedText(all);
 }
 
 QMessageBox::StandardButtons offered(Buttons buttons) {
@@ -65,8 +84,9 @@ class DesktopDialogs : public Dialogs {
  public:
   Answer messageBox(const QString& text, const QString& title, Icon icon, Buttons buttons) override {
     const ModalGuard guard;
-    QMessageBox box(shown(icon), plainForDisplay(title, 200), boxText(text), offered(buttons), QApplication::activeWindow());
+    QMessageBox box(shown(icon), plainForDisplay(title, 200), boxText(text, kMostLines), offered(buttons), QApplication::activeWindow());
     box.setTextFormat(Qt::PlainText);
+    shorten(box);
     switch (box.exec()) {
       case QMessageBox::Yes: return Answer::yes;
       case QMessageBox::No: return Answer::no;
@@ -84,7 +104,7 @@ class DesktopDialogs : public Dialogs {
     auto* label = new QLabel(&box);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
-    label->setText(boxText(prompt));
+    label->setText(boxText(prompt, kMostPromptLines));
     auto* line = new QLineEdit(initial, &box);
     line->setAccessibleName(label->text());
     line->setMinimumWidth(box.fontMetrics().averageCharWidth() * 50);

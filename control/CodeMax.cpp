@@ -1,10 +1,11 @@
 #include "control/CodeMax.h"
 
 #include <QEvent>
-#include <QFontDatabase>
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "base/FixedFont.h"
+#include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMaxImpl.h"
 #include "control/EditorAccess.h"
@@ -21,8 +22,7 @@ using text::LineNo;
 namespace {
 
 QFont defaultFont() {
-  QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-  font.setStyleHint(QFont::Monospace);
+  QFont font = fixedFont();
   if (font.pointSizeF() < 10) font.setPointSizeF(10);
   return font;
 }
@@ -112,7 +112,10 @@ Pane* CodeMax::addPane(QWidget* parent) {
     for (Pane* other : impl_->grid->panes()) other->editor().overtype = on;
     emit OvertypeChange(on);
   });
-  connect(pane, &Pane::whiteSpaceToggled, this, [this] { impl_->repaint(); });
+  connect(pane, &Pane::whiteSpaceToggled, this, [this] {
+    impl_->repaint();
+    if (!gBusy()) emit PropsChange();   // an option like those of the dialog; a run's own look at the text is not kept
+  });
   connect(pane, &Pane::zoomed, this, [this](int steps) { setZoom(impl_->state.zoom + 10 * steps); });
   connect(pane, &Pane::typed, this, &CodeMax::Typed);
   connect(pane, &Pane::returned, this, &CodeMax::Return);

@@ -63,8 +63,12 @@ void applyTo(CodeMax& control) {
     (control.*option.set)(Flag(kEditorKey, QString::fromLatin1(option.name), (control.*option.get)()));
   for (const NumberOption& option : kNumbers)
     (control.*option.set)(Number(kEditorKey, QString::fromLatin1(option.name), (control.*option.get)()));
+  applyLook(control);
+}
+
+void applyLook(CodeMax& control) {
   for (int slot = 0; slot < kColorSlots; ++slot) {
-    const int color = Number(kEditorKey, colorName(slot), -1);
+    const int color = modRegistry::Number(modRegistry::kEditorKey, colorName(slot), -1);
     if (color >= 0 && color <= kLargestColor) control.SetColor(slot, QColor(color & 0xFF, color >> 8 & 0xFF, color >> 16));
   }
   applyFont(control);

@@ -11,6 +11,7 @@ namespace CMXRegistry {
 // Gives a control the stored options and font. On a first run (no Editor key) the control's own options become the stored ones.
 void applyTo(CodeMax& control);
 void save(const CodeMax& control);        // options and font
+void applyLook(CodeMax& control);         // colours and font only: of a text that is no document
 
 void applyFont(CodeMax& control);
 void saveFont(const CodeMax& control);

@@ -1,13 +1,13 @@
 #include "document/frmCommand.h"
 
 #include <QDialogButtonBox>
-#include <QFontDatabase>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QTextBlock>
 #include <QVBoxLayout>
 
+#include "base/FixedFont.h"
 #include "base/Strings.h"
 #include "document/CommandField.h"
 #include "document/mCMXParser.h"
@@ -27,7 +27,7 @@ QString entryName(int n) { return u"COMMAND%1"_s.arg(n); }
 frmCommand::frmCommand(QWidget* parent) : QDialog(parent), field_(new CommandField(this)), help_(new QLabel(this)), report_(new QLabel(this)) {
   setWindowTitle(tr("Command"));
   setSizeGripEnabled(true);
-  field_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  field_->setFont(fixedFont());
   field_->setPlaceholderText(tr("One statement a line, for example: ECHO $Title"));
   for (QLabel* label : {help_, report_}) {
     label->setTextFormat(Qt::PlainText);

@@ -12,6 +12,7 @@
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "document/CMXRegistry.h"
 #include "document/Frame.h"
 #include "document/Messages.h"
 #include "document/Process.h"
@@ -96,6 +97,7 @@ frmLog::frmLog(QWidget* parent)
   setWindowTitle(tr("Log"));
   setFocusProxy(cmx);
   cmx->setEnableCRLF(true);
+  CMXRegistry::applyLook(*cmx);
   cmx->model()->document().setUndoLimit(kUndoSteps, kUndoBytes);
   connect(cmx->model().get(), &TextModel::changed, this,
           [this](const text::Change& change) { streams_->follow(change, cmx->model()->snapshot()); });

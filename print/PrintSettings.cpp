@@ -2,10 +2,10 @@
 
 #include <QDateTime>
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QFontInfo>
 #include <QLocale>
 
+#include "base/FixedFont.h"
 #include "control/CodeMax.h"
 #include "control/VSPrinter.h"
 #include "document/frmDocument.h"
@@ -40,7 +40,7 @@ QString key(const char* name) { return QLatin1String(name); }
 }  // namespace
 
 PrintSettings::PrintSettings()
-    : font(QFontDatabase::systemFont(QFontDatabase::FixedFont)),
+    : font(fixedFont()),
       layout(QPageSize(QLocale::system().measurementSystem() == QLocale::MetricSystem ? QPageSize::A4 : QPageSize::Letter),
              QPageLayout::Portrait, QMarginsF(54, 54, 54, 54), QPageLayout::Point) {
   font.setPointSizeF(9);

@@ -3,17 +3,24 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QVBoxLayout>
 
+#include "base/FitScreen.h"
+#include "base/FixedFont.h"
 #include "base/Program.h"
 #include "tests/support/Text.h"
 
@@ -70,11 +77,46 @@ TEST(Dialogs, MessageBoxShowsPlainTextAndItsButtons) {
 
 TEST(Dialogs, LongTextsStayOnTheScreen) {
   onceUp<QMessageBox>([](QMessageBox* box) {
-    EXPECT_LT(box->width(), 1100);
-    EXPECT_LT(box->height(), 1100);
+    const QSize screen = box->screen()->availableSize();
+    EXPECT_LT(box->width(), screen.width());
+    EXPECT_LT(box->height(), screen.height());
+    EXPECT_TRUE(box->detailedText().contains(q("last"))) << "what does not fit can be scrolled to";
     box->reject();
   });
-  MsgBox(q("/deep").repeated(300) + q("\r\n") + q("line\r\n").repeated(500));
+  MsgBox(q("/deep").repeated(300) + q("\r\n") + q("line\r\n").repeated(500) + q("last"));
+}
+
+TEST(Dialogs, LargeOnesFitTheScreenOrScroll) {
+  FitScreen fits;
+  qApp->installEventFilter(&fits);
+  for (const bool withButtons : {true, false}) {
+    QDialog dialog;
+    auto* layout = new QVBoxLayout(&dialog);
+    for (int i = 0; i < 100; ++i) layout->addWidget(new QLineEdit);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
+    if (withButtons) layout->addWidget(buttons);
+    else layout->insertWidget(0, buttons);
+    dialog.move(5000, 5000);
+    for (int time = 0; time < 2; ++time) {   // shown again it is as it was
+      dialog.show();
+      EXPECT_TRUE(dialog.screen()->availableGeometry().contains(dialog.geometry()));
+      EXPECT_EQ(dialog.findChildren<QScrollArea*>().size(), 1);
+      QCoreApplication::processEvents();
+      EXPECT_TRUE(dialog.rect().contains(buttons->mapTo(&dialog, buttons->rect().center())));
+      dialog.hide();
+    }
+  }
+  QDialog small;
+  new QVBoxLayout(&small);
+  small.resize(9000, 9000);
+  small.show();
+  EXPECT_TRUE(small.screen()->availableGeometry().contains(small.geometry()));
+  EXPECT_EQ(small.findChild<QScrollArea*>(), nullptr) << "it only opened too large";
+}
+
+TEST(Dialogs, TheFixedFontIsFixed) {
+  const QFontMetricsF metrics(fixedFont());
+  EXPECT_EQ(metrics.horizontalAdvance(u'i'), metrics.horizontalAdvance(u'M')) << fixedFont().family().toStdString();
 }
 
 TEST(Dialogs, InputBoxGivesTextOrNothing) {
