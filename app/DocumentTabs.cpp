@@ -2,12 +2,13 @@
 
 #include <QContextMenuEvent>
 #include <QMouseEvent>
+#include <algorithm>
 
 #include "app/Tips.h"
 #include "document/frmDocument.h"
 
 namespace {
-constexpr int kMany = 40;   // the bar measures every tab and moves every button at each change
+constexpr int kWidest = 32;   // characters; longer names are cut in the middle, shorter ones show whole: the bar scrolls
 }
 
 DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
@@ -32,7 +33,6 @@ void DocumentTabs::add(frmDocument* document) {
   const QSignalBlocker quiet(this);
   const int tab = addTab(QString());
   setTabData(tab, QVariant::fromValue<QObject*>(document));
-  setTabsClosable(count() <= kMany);
   showCaption(document);
   connect(document, &frmDocument::captionChanged, this, [this, document] { showCaption(document); });
 }
@@ -40,7 +40,6 @@ void DocumentTabs::add(frmDocument* document) {
 void DocumentTabs::remove(frmDocument* document) {
   const QSignalBlocker quiet(this);
   if (const int tab = tabOf(document); tab >= 0) removeTab(tab);
-  setTabsClosable(count() <= kMany);
   disconnect(document, nullptr, this, nullptr);
 }
 
@@ -75,7 +74,11 @@ void DocumentTabs::showCaption(frmDocument* document) {
 
 void DocumentTabs::mousePressEvent(QMouseEvent* event) {
   pressed_ = event->button() == Qt::MiddleButton ? tabAt(event->pos()) : -1;
-  if (event->button() != Qt::MiddleButton) QTabBar::mousePressEvent(event);
+  if (event->button() == Qt::MiddleButton) return;
+  // The window of the current tab may be minimised, or behind others.
+  frmDocument* again = event->button() == Qt::LeftButton && tabAt(event->pos()) == currentIndex() ? documentAt(currentIndex()) : nullptr;
+  QTabBar::mousePressEvent(event);
+  if (again) emit chosen(again);
 }
 
 void DocumentTabs::mouseReleaseEvent(QMouseEvent* event) {
@@ -95,14 +98,8 @@ void DocumentTabs::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 QSize DocumentTabs::tabSizeHint(int tab) const {
-  if (count() <= kMany) {
-    manySize_ = {};
-    return QTabBar::tabSizeHint(tab);
-  }
-  if (!manySize_.isValid()) manySize_ = {fontMetrics().averageCharWidth() * 20, QTabBar::tabSizeHint(tab).height()};
-  return manySize_;
+  const QSize size = QTabBar::tabSizeHint(tab);
+  return {std::min(size.width(), fontMetrics().averageCharWidth() * kWidest), size.height()};
 }
 
-QSize DocumentTabs::minimumTabSizeHint(int tab) const {
-  return count() <= kMany ? QTabBar::minimumTabSizeHint(tab) : tabSizeHint(tab);
-}
+QSize DocumentTabs::minimumTabSizeHint(int tab) const { return tabSizeHint(tab); }

@@ -29,11 +29,10 @@ class DocumentTabs : public QTabBar {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
-  QSize tabSizeHint(int tab) const override;          // equal and cheap once there are many
+  QSize tabSizeHint(int tab) const override;          // bounded, and never less: with many the bar scrolls
   QSize minimumTabSizeHint(int tab) const override;
 
  private:
   void showCaption(frmDocument* document);
   int pressed_ = -1;
-  mutable QSize manySize_;
 };

@@ -160,6 +160,8 @@ void FrameMenus::setCaption(const QString& name, int index, const QString& capti
 }
 
 void FrameMenus::refresh(unsigned facts) {
+  for (const FrameCommand* row : frameCommands())   // buttons show their check marks at any time
+    if (row->checked && *row->tool) actions_.value(QString::fromLatin1(row->name))->setChecked(row->checked(frame_));
   if (facts == facts_) return;
   facts_ = facts;
   for (const FrameCommand* row : frameCommands()) {

@@ -1,5 +1,7 @@
 #include "app/StatusPanels.h"
 
+#include <QApplication>
+#include <QInputEvent>
 #include <QLabel>
 #include <QResizeEvent>
 #include <QToolButton>
@@ -9,6 +11,8 @@
 
 namespace {
 
+constexpr char kSignal[] = "background: #b00020; color: white";   // in every colour scheme
+
 struct PanelRow {
   const char* name;
   const char* tip;
@@ -16,6 +20,7 @@ struct PanelRow {
 };
 // In the order of enum Panel.
 constexpr PanelRow kPanels[] = {
+    {"panelRecording", QT_TRANSLATE_NOOP("StatusPanels", "Keystrokes are being recorded: end it"), "REC"},
     {"panelRowAndColumn", QT_TRANSLATE_NOOP("StatusPanels", "Line and column: go to a line"), "0000000,000"},
     {"panelLineEnds", QT_TRANSLATE_NOOP("StatusPanels", "Line ends of new lines: change them"), "Unix"},
     {"panelTemplate", QT_TRANSLATE_NOOP("StatusPanels", "Expand the template at the caret"), ""},
@@ -36,7 +41,7 @@ StatusPanels::StatusPanels(QWidget* parent) : QStatusBar(parent), label_(new QLa
   warning_->setTextFormat(Qt::PlainText);
   warning_->setContentsMargins(6, 0, 6, 0);
   warning_->setAutoFillBackground(true);
-  warning_->setStyleSheet(QStringLiteral("background: #b00020; color: white"));   // in every colour scheme
+  warning_->setStyleSheet(QLatin1String(kSignal));
   warning_->hide();
   addPermanentWidget(warning_);
   for (int i = 0; i < int(std::size(kPanels)); ++i) {
@@ -52,13 +57,47 @@ StatusPanels::StatusPanels(QWidget* parent) : QStatusBar(parent), label_(new QLa
     addPermanentWidget(button);
     buttons_ << button;
   }
+  button(Panel::recording)->setText(tr("REC"));
+  button(Panel::recording)->setStyleSheet(QLatin1String(kSignal));
+  button(Panel::recording)->hide();
+  qApp->installEventFilter(this);
+}
+
+bool StatusPanels::eventFilter(QObject* object, QEvent* event) {
+  switch (event->type()) {
+    case QEvent::KeyPress:
+    case QEvent::ShortcutOverride:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+      input_ = static_cast<QInputEvent*>(event)->timestamp();   // one event may come several times on its way up
+      break;
+    default: break;
+  }
+  return QStatusBar::eventFilter(object, event);
 }
 
 void StatusPanels::setText(const QString& text) {
-  text_ = text;
+  message_ = text;
+  messageInput_ = input_;
+  showText();
+}
+
+void StatusPanels::setRest(const QString& text) {
+  if (text == rest_) return;
+  rest_ = text;
+  if (message_.isEmpty()) showText();
+}
+
+void StatusPanels::settle() {
+  if (!message_.isEmpty() && messageInput_ != input_) setText({});
+}
+
+void StatusPanels::showText() {
   elide();
   if (isVisible()) label_->repaint();   // a message must show during a long operation
 }
+
+void StatusPanels::setRecording(bool on) { button(Panel::recording)->setVisible(on); }
 
 void StatusPanels::setWarning(const QString& text, const QString& tip) {
   warning_->setText(text);
@@ -68,9 +107,9 @@ void StatusPanels::setWarning(const QString& text, const QString& tip) {
 QString StatusPanels::warning() const { return warning_->text(); }
 
 void StatusPanels::elide() {
-  const QString line = plainForDisplay(text_, 1000).simplified();
+  const QString line = plainForDisplay(text(), 1000).simplified();
   label_->setText(fontMetrics().elidedText(line, Qt::ElideMiddle, std::max(0, label_->width() - 8)));
-  label_->setToolTip(label_->text() == line ? QString() : plainTip(text_));
+  label_->setToolTip(label_->text() == line ? QString() : plainTip(text()));
 }
 
 void StatusPanels::setPanel(Panel panel, const QString& text) {

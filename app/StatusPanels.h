@@ -1,5 +1,8 @@
-// The panels of the status bar, in this order: text, row and column, line ends, "Template", encoding, language,
-// insert/overtype/read-only. All but the first are buttons: what a click does is the frame's affair.
+// The panels of the status bar, in this order: text, "REC" while keystrokes are recorded, row and column, line ends, "Template",
+// encoding, language, insert/overtype/read-only. All but the first are buttons: what a click does is the frame's affair.
+//
+// Panel 1 shows what it rests on, the name of the document, or a message. A message stays until the user's next key or click
+// has had its effect (settle), however the focus went meanwhile, and no longer.
 #pragma once
 
 #include <QStatusBar>
@@ -7,21 +10,25 @@
 class QLabel;
 class QToolButton;
 
-enum class Panel { rowAndColumn, lineEnds, templates, encoding, language, overtype };
+enum class Panel { recording, rowAndColumn, lineEnds, templates, encoding, language, overtype };
 
 class StatusPanels : public QStatusBar {
   Q_OBJECT
  public:
   explicit StatusPanels(QWidget* parent);
 
-  void setText(const QString& text);            // panel 1; shown at once, shortened in the middle where it does not fit
-  QString text() const { return text_; }
+  // A message; shown at once, shortened in the middle where it does not fit. Empty: none.
+  void setText(const QString& text);
+  void setRest(const QString& text);
+  void settle();                                // something was done: a message from before the last key or click goes
+  QString text() const { return message_.isEmpty() ? rest_ : message_; }
   void setPanel(Panel panel, const QString& text);
   QString panel(Panel panel) const;
   QToolButton* button(Panel panel) const;       // object names "panelRowAndColumn" ...
   // Stays beside the text, whatever that shows, until it is set to nothing.
   void setWarning(const QString& text, const QString& tip);
   QString warning() const;
+  void setRecording(bool on);
   void setTemplatePicture(bool on);
   bool templatePicture() const { return templatePicture_; }
 
@@ -29,12 +36,15 @@ class StatusPanels : public QStatusBar {
   void clicked(Panel panel);
 
  protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
 
  private:
   void elide();
+  void showText();
   QLabel *label_, *warning_;
   QList<QToolButton*> buttons_;
-  QString text_;
+  QString rest_, message_;
+  quint64 input_ = 0, messageInput_ = 0;        // time stamps of the last key or click, and of the one before the message
   bool templatePicture_ = false;
 };

@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QCloseEvent>
 #include <QDir>
+#include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -25,10 +26,13 @@
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/KeyCommands.h"
+#include "control/KeyMacro.h"
 #include "document/CMXRegistry.h"
 #include "document/Languages.h"
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
+#include "document/frmLog.h"
 #include "document/modRegistry.h"
 #include "language/frmDefinitions.h"
 #include "language/ucCM.h"
@@ -55,7 +59,6 @@ frmMain::frmMain() {
   mdi_->setActivationOrder(QMdiArea::ActivationHistoryOrder);
   mdi_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   mdi_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-  mdi_->setBackground(palette().brush(QPalette::Dark));
   layout->addWidget(tabs_);
   layout->addWidget(mdi_, 1);
   setCentralWidget(centre);
@@ -77,6 +80,10 @@ frmMain::frmMain() {
   connect(tabs_, &DocumentTabs::newWanted, this, &frmMain::mnuFileNew_Click);
   connect(panels_, &StatusPanels::clicked, this, &frmMain::panelClicked);
   connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &frmMain::lookAtClipboard);
+  keyMacros().onRecording = [this](const QString& tells) {
+    panels_->setRecording(keyMacros().recording());
+    panels_->setText(tells);
+  };
   clipboardHasText_ = true;   // asked of the desktop once something happens there: asking at start costs time
   setFrame(this);
   SetupMenus();
@@ -85,8 +92,13 @@ frmMain::frmMain() {
 frmMain::~frmMain() {
   frmRegistry::instance().forgetFrame();
   setStatusSink({});
+  keyMacros().onRecording = {};
   // The sub-windows tell of their end while the base class takes them down; this object is no frame any more by then.
-  for (frmDocument* document : std::as_const(documents_)) document->disconnect(this);
+  for (frmDocument* document : std::as_const(documents_)) {
+    document->disconnect(this);
+    if (QMdiSubWindow* window = windowOf(document)) window->disconnect(this);
+  }
+  if (logDock_) logDock_->disconnect(this);
   disconnect(mdi_, nullptr, this, nullptr);
   setFrame(nullptr);
 }
@@ -107,7 +119,7 @@ void frmMain::activate(frmDocument* document) {
 }
 
 void frmMain::setPanel(int panel, const QString& text) {
-  if (panel == 1) panels_->setText(text);
+  if (panel == 1) panels_->setRest(text);
   else panels_->setPanel(Panel::rowAndColumn, text);
 }
 void frmMain::setUnixPanel(bool unixFile) {
@@ -157,29 +169,47 @@ void frmMain::adopt(frmDocument* document) {
   QMdiSubWindow* window = mdi_->addSubWindow(document);
   window->setAttribute(Qt::WA_DeleteOnClose);
   window->setWindowIcon(icons::byName(QStringLiteral("text-x-generic")));
+  // The keys belong to the frame's commands; a second claim would leave both without effect.
+  for (QAction* action : window->systemMenu()->actions()) action->setShortcuts(QList<QKeySequence>());
+  window->setGeometry(normalPlace(documents_.size()));   // also of one that is shown maximised, for the time when it is not
+  connect(window, &QMdiSubWindow::windowStateChanged, this, [this, window](Qt::WindowStates was, Qt::WindowStates now) {
+    constexpr Qt::WindowStates elsewhere = Qt::WindowMaximized | Qt::WindowMinimized;
+    if ((was & elsewhere) && !(now & elsewhere)) keepInside(*window);
+  });
   documents_ << document;
   tabs_->add(document);
   connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
   offerHotWords(document);
-  connect(document->cmx, &CodeMax::PropsChange, this, [this, document] {
-    menus_->refreshKeys();
-    showLook(ControlOptions::of(*document->cmx).look());
-    mdi_->setBackground(palette().brush(QPalette::Dark));
-  });
+  connect(document->cmx, &CodeMax::PropsChange, this, [this, document] { optionsChanged(*document->cmx); });
+  connect(document->cmx, &CodeMax::Note, this, [this] { refreshToolbar(); });   // a switch was thrown, perhaps
   connect(document->cmx, &CodeMax::OvertypeChange, this, [this] { refreshToolbar(); });
-  mdi_->setBackground(palette().brush(QPalette::Dark));   // the desktop may have another look by now
-  if (documentState_ == 2) {
-    window->showMaximized();
-  } else {
-    window->resize(mdi_->viewport()->size() * 7 / 10);
-    window->show();
-  }
+  if (documentState_ == 2) window->showMaximized();
+  else window->show();
   activate(document);
   document->focusWork();
   emit documentOpened(document);
 }
 
 // ---- state of menus, tool bar and panels
+
+void frmMain::optionsChanged(const CodeMax& of) {
+  menus_->refreshKeys();
+  if (log_) CMXRegistry::applyLook(*log_->cmx);
+  showLook(ControlOptions::of(of).look());
+  refreshToolbar();
+}
+
+void frmMain::editorOptions() {
+  if (frmDocument* document = activeDocument()) return document->cmx->ExecuteProperties();
+  CodeMax stand(this);   // the options are the editor's; without a document they need something to be of
+  stand.hide();
+  CMXRegistry::applyTo(stand);
+  connect(&stand, &CodeMax::PropsChange, this, [this, &stand] {
+    CMXRegistry::save(stand);
+    optionsChanged(stand);
+  });
+  stand.ExecuteProperties();
+}
 
 bool frmMain::runEditCommand(int id, const QVariant& argument) {
   frmDocument* document = activeDocument();
@@ -226,6 +256,8 @@ void frmMain::refreshToolbar() {
     for (const Panel panel : {Panel::rowAndColumn, Panel::lineEnds, Panel::encoding, Panel::language, Panel::overtype})
       panels_->setPanel(panel, {});
     panels_->setTemplatePicture(false);
+    panels_->setRest({});
+    panels_->settle();
     return;
   }
   const text::FileFormat format = document->cmx->fileFormat();
@@ -233,7 +265,11 @@ void frmMain::refreshToolbar() {
   if (format.bom) encoding += tr(" BOM");
   panels_->setPanel(Panel::encoding, encoding);
   panels_->setPanel(Panel::language, document->cmx->Language().isEmpty() ? tr("No language") : document->cmx->Language());
-  panels_->setPanel(Panel::overtype, document->cmx->ReadOnly() ? tr("Read only") : document->cmx->overtype() ? tr("OVR") : tr("INS"));
+  QString typing = document->cmx->ReadOnly() ? tr("Read only") : document->cmx->overtype() ? tr("OVR") : tr("INS");
+  if (columnMode(document->cmx->editor())) typing += tr(" COL");
+  panels_->setPanel(Panel::overtype, typing);
+  panels_->setRest(document->DocumentHasName() ? document->CurrentFileName() : document->CurrentFileTitle());
+  panels_->settle();
 }
 
 void frmMain::SetupMenus() {
@@ -287,6 +323,7 @@ void frmMain::panelClicked(Panel panel) {
     menu.exec(button->mapToGlobal(QPoint(0, -menu.sizeHint().height())));
   };
   switch (panel) {
+    case Panel::recording: keyMacros().toggleRecording(); break;
     case Panel::rowAndColumn: goToLine(); break;
     case Panel::lineEnds: pop(&frmMain::fillLineEnds); break;
     case Panel::templates:
@@ -311,6 +348,11 @@ bool frmMain::agreeToEnd() {
     }
   }
   return true;
+}
+
+void frmMain::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange && mdi_) mdi_->setBackground(palette().brush(QPalette::Dark));
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {

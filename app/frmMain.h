@@ -10,6 +10,7 @@
 #include "document/Frame.h"
 #include "document/frmRegistry.h"
 
+class CodeMax;
 class DocumentTabs;
 class FrameMenus;
 class QDockWidget;
@@ -70,6 +71,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void newWindow();                            // a further window on the active document
   void cascade();
   void tile(Qt::Orientation rows);             // Qt::Vertical: one above the other
+  void chooseWindow();                         // asks which of all
   void nextWindow(int step);
   void closeOthers(frmDocument* keep);
   void fillWindowList(QMenu& menu);
@@ -79,6 +81,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void fillKeyMacros(QMenu& menu);
   void setTabs(bool on);
   void goToLine();
+  void editorOptions();
   void playKeystrokesTimes();                  // asks how often
   void SetupToolStatus();                      // tool bar, status bar and tabs as the View menu's check marks say
   void SetupMenus();                           // after documents came or went
@@ -143,6 +146,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void ended();                                // the frame has been unloaded
 
  protected:
+  void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;     // MDIForm_QueryUnload, MDIForm_Unload
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;
@@ -150,13 +154,17 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
  private:
   QMdiSubWindow* windowOf(const frmDocument* document) const;
   void adopt(frmDocument* document);           // into a sub-window, listed and shown
+  QRect normalPlace(qsizetype index) const;
+  QSize windowRoom() const;
+  void keepInside(QMdiSubWindow& window);
+  QList<QMdiSubWindow*> normalWindows();
   bool saveAs(frmDocument& document);
   void unload();                               // every document has agreed
   void closeAgreed(QList<QPointer<frmDocument>> going);
   void mdiActivated(QMdiSubWindow* window);
   void panelClicked(Panel panel);
+  void optionsChanged(const CodeMax& of);     // those of this text, and with them the editor's
   void showTabMenu(frmDocument* document, const QPoint& globalPosition);
-  void chooseWindow();
   void lookAtClipboard();
   unsigned presentFacts();
   frmDefinitions& definitions();

@@ -107,7 +107,7 @@ frmLog* frmMain::log() {
     const QSize size = log_->size().expandedTo(log_->minimumSizeHint());   // as its profile says
     const frmRegistry::LogDock profile = frmRegistry::instance().GetLogDock();
     logDock_->setWidget(log_);
-    addDockWidget(profile.area, logDock_);
+    addDockWidget(profile.area, logDock_, Qt::Vertical);   // not beside the find bar
     logDock_->hide();
     if (profile.floating) {
       logDock_->setFloating(true);
@@ -123,6 +123,7 @@ frmLog* frmMain::log() {
         resizeDocks({logDock_}, {size.width()}, Qt::Horizontal);
       });
     });
+    connect(logDock_, &QDockWidget::visibilityChanged, this, [this] { refreshToolbar(); });
     connect(log_, &frmLog::closeAsked, logDock_, &QDockWidget::hide);
   }
   return log_;
@@ -149,4 +150,4 @@ void frmMain::toggleLog() {
   logDock_->setVisible(!logDock_->isVisible());
 }
 
-bool frmMain::logIsShown() const { return logDock_ && logDock_->isVisible(); }
+bool frmMain::logIsShown() const { return logDock_ && !logDock_->isHidden(); }

@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -12,6 +13,8 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QRegularExpression>
+#include <QScreen>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include "app/DocumentTabs.h"
@@ -38,6 +41,22 @@ QAction* addChoice(QMenu& menu, const QString& caption, bool checked) {
   return action;
 }
 
+// The keys that walk a list do so while the field above it has the focus.
+class ListKeys : public QObject {
+ public:
+  explicit ListKeys(QListWidget* list) : QObject(list), list_(list) {}
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() != QEvent::KeyPress) return false;
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (key != Qt::Key_Up && key != Qt::Key_Down && key != Qt::Key_PageUp && key != Qt::Key_PageDown) return false;
+    QApplication::sendEvent(list_, event);
+    return true;
+  }
+
+ private:
+  QListWidget* list_;
+};
+
 }  // namespace
 
 void frmMain::newWindow() {
@@ -48,26 +67,62 @@ void frmMain::newWindow() {
   SetupMenus();
 }
 
-void frmMain::cascade() {
-  for (QMdiSubWindow* window : mdi_->subWindowList())
-    if (window->isMaximized()) window->showNormal();
-  mdi_->cascadeSubWindows();
-  documentState_ = 0;
+// Where a window stands that is neither maximised nor minimised, when it is the index-th: whole inside the room, each one step
+// right of and below the one before, so that every title shows; from the corner again where the room ends.
+QRect frmMain::normalPlace(qsizetype index) const {
+  const QSize room = windowRoom();
+  const QSize size = (room * 7 / 10).expandedTo({400, 240}).boundedTo(room);
+  const int step = style()->pixelMetric(QStyle::PM_TitleBarHeight) + 4;
+  const int steps = std::max(1, std::min(room.width() - size.width(), room.height() - size.height()) / step + 1);
+  const int shift = int(index % steps) * step;
+  return {QPoint(shift, shift), size};
 }
 
-void frmMain::tile(Qt::Orientation rows) {
+// The room for such windows: above the row of minimised ones, if there are any.
+QSize frmMain::windowRoom() const {
+  QSize room = mdi_->viewport()->size();
+  const int row = style()->pixelMetric(QStyle::PM_TitleBarHeight) + 8;
+  for (const QMdiSubWindow* window : mdi_->subWindowList())
+    if (window->isMinimized()) return {room.width(), std::max(row, room.height() - row)};
+  return room;
+}
+
+// A window that comes back from another state may have been placed while the frame was larger.
+void frmMain::keepInside(QMdiSubWindow& window) {
+  const QSize room = windowRoom(), size = window.size().boundedTo(room);
+  const QPoint corner(std::clamp(window.x(), 0, room.width() - size.width()), std::clamp(window.y(), 0, room.height() - size.height()));
+  if (QRect(corner, size) != window.geometry()) window.setGeometry({corner, size});
+}
+
+// Those that are not minimised, none of them maximised any more, in the order of the tabs.
+QList<QMdiSubWindow*> frmMain::normalWindows() {
   QList<QMdiSubWindow*> windows;
-  for (QMdiSubWindow* window : mdi_->subWindowList())
-    if (!window->isMinimized()) windows << window;
-  if (windows.isEmpty()) return;
-  QMdiSubWindow* active = mdi_->currentSubWindow();
-  for (QMdiSubWindow* window : windows)
+  for (frmDocument* document : tabs_->inOrder()) {
+    QMdiSubWindow* window = windowOf(document);
+    if (!window || window->isMinimized()) continue;
     if (window->isMaximized()) window->showNormal();
-  // Strips of equal size without gaps, in the order of the tabs.
-  std::sort(windows.begin(), windows.end(), [this](const QMdiSubWindow* a, const QMdiSubWindow* b) {
-    return tabs_->tabOf(qobject_cast<frmDocument*>(a->widget())) < tabs_->tabOf(qobject_cast<frmDocument*>(b->widget()));
-  });
-  const QSize room = mdi_->viewport()->size();
+    windows << window;
+  }
+  documentState_ = 0;
+  return windows;
+}
+
+void frmMain::cascade() {
+  QMdiSubWindow* active = mdi_->currentSubWindow();
+  QList<QMdiSubWindow*> windows = normalWindows();
+  if (windows.removeOne(active)) windows << active;   // on top, with all of it seen
+  for (qsizetype i = 0; i < windows.size(); ++i) {
+    windows[i]->setGeometry(normalPlace(i));
+    windows[i]->raise();
+  }
+  mdi_->setActiveSubWindow(active);
+}
+
+// Strips of equal size without gaps.
+void frmMain::tile(Qt::Orientation rows) {
+  QMdiSubWindow* active = mdi_->currentSubWindow();
+  const QList<QMdiSubWindow*> windows = normalWindows();
+  const QSize room = windowRoom();
   const int count = int(windows.size());
   for (int i = 0; i < count; ++i) {
     const bool stacked = rows == Qt::Vertical;
@@ -76,7 +131,6 @@ void frmMain::tile(Qt::Orientation rows) {
     windows[i]->setGeometry(stacked ? QRect(0, from, room.width(), to - from) : QRect(from, 0, to - from, room.height()));
   }
   mdi_->setActiveSubWindow(active);
-  documentState_ = 0;
 }
 
 void frmMain::nextWindow(int step) {
@@ -91,13 +145,11 @@ void frmMain::fillWindowList(QMenu& menu) {
   menu.addSeparator();
   int number = 0;
   for (frmDocument* document : tabs_->inOrder()) {
-    if (++number > kListedWindows) break;
+    if (++number > kListedWindows) break;   // the list of all has a command of its own
     const QString digit = number < 10 ? u'&' + QString::number(number) : QString::number(number);
     QAction* entry = addChoice(menu, digit + u' ' + inMenu(document->Caption()), document == activeDocument());
     connect(entry, &QAction::triggered, this, [this, document = QPointer(document)] { activate(document); });
   }
-  if (number > kListedWindows)
-    connect(menu.addAction(tr("&More Windows...")), &QAction::triggered, this, &frmMain::chooseWindow);
 }
 
 void frmMain::chooseWindow() {
@@ -105,6 +157,7 @@ void frmMain::chooseWindow() {
   box.setWindowTitle(tr("Windows"));
   auto* filter = new QLineEdit(&box);
   auto* list = new QListWidget(&box);
+  filter->installEventFilter(new ListKeys(list));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &box);
   auto* layout = new QVBoxLayout(&box);
   for (const auto& [text, field] : {std::pair<QString, QWidget*>{tr("Part of the &name:"), filter}, {tr("&Windows:"), list}}) {
@@ -132,7 +185,7 @@ void frmMain::chooseWindow() {
   connect(list, &QListWidget::itemActivated, &box, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::accepted, &box, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);
-  box.resize(600, 420);
+  box.resize(QSize(600, 420).boundedTo(screen()->availableSize() * 9 / 10));
   const ModalGuard guard;
   if (box.exec() == QDialog::Accepted && list->currentRow() >= 0) activate(order.at(list->currentRow()));
 }

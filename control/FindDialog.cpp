@@ -37,6 +37,7 @@ QComboBox* makeField(QWidget* parent, const QString& name) {
   field->setMinimumContentsLength(24);
   field->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  field->setMinimumWidth(field->fontMetrics().averageCharWidth() * 14);   // else the bar would make a narrow window wider
   field->lineEdit()->setClearButtonEnabled(true);
   return field;
 }
@@ -193,7 +194,7 @@ void FindDialog::showFor(CodeMax& control, bool replace) {
     QWidget* window = control.window();
     dialog = new FindDialog(window);
     if (auto* main = qobject_cast<QMainWindow*>(window)) {
-      main->addDockWidget(Qt::BottomDockWidgetArea, dialog);
+      main->addDockWidget(Qt::BottomDockWidgetArea, dialog, Qt::Vertical);   // a row of its own: beside another dock it would widen the window
     } else {
       dialog->setAllowedAreas(Qt::NoDockWidgetArea);
       dialog->setFloating(true);
@@ -299,7 +300,7 @@ void FindDialog::tell(const QString& text, bool bad) {
     }
     part->setPalette(colors);
   }
-  if (control_ && !text.isEmpty()) control_->editor().host().note(text);
+  if (control_) control_->editor().host().note(text);
 }
 
 void FindDialog::updateButtons() {

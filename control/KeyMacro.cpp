@@ -1,5 +1,6 @@
 #include "control/KeyMacro.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <optional>
 #include <tuple>
@@ -140,15 +141,22 @@ void KeyMacros::toggleRecording() {
   if (recording_) {
     recorded_ = {};
     for (QString& noted : noted_) noted = QString();
-    return;
+    return tell(QCoreApplication::translate("KeyMacros", "Keystrokes are being recorded"));
   }
-  if (recorded_.steps.empty()) return;
+  if (recorded_.steps.empty()) return tell(QCoreApplication::translate("KeyMacros", "Nothing was recorded"));
   for (int n = 1; recorded_.name.isEmpty() || find(recorded_.name); ++n) recorded_.name = QStringLiteral("Macro %1").arg(n);
   current_ = recorded_.name;
   set(std::move(recorded_));
+  tell(QCoreApplication::translate("KeyMacros", "Recorded as \"%1\"").arg(current_));
 }
 
-void KeyMacros::cancelRecording() { recording_ = false; }
+void KeyMacros::cancelRecording() {
+  if (std::exchange(recording_, false)) tell({});
+}
+
+void KeyMacros::tell(const QString& what) const {
+  if (onRecording) onRecording(what);
+}
 
 void KeyMacros::noteCommand(Editor& editor, int id, const QVariant& argument) {
   const Command* command = anyCommandById(id);

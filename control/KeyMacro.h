@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -40,6 +41,7 @@ class KeyMacros {
   bool recording() const { return recording_; }
   void toggleRecording();                          // at its end the macro is kept as "Macro 1", "Macro 2" ...
   void cancelRecording();
+  std::function<void(const QString& tells)> onRecording;   // it began or ended, and what became of it in the user's words
   void noteCommand(Editor& editor, int id, const QVariant& argument);
   void noteText(const QString& text);
   // Runs what is no step of its own, as it is part of one already noted.
@@ -58,6 +60,7 @@ class KeyMacros {
   int fromText(const QString& text);               // replaces all; the number of lines that were skipped
 
  private:
+  void tell(const QString& what) const;
   std::vector<KeyMacro> macros_;
   KeyMacro recorded_;
   QString current_, noted_[3];                     // find text, replacement and switches as the recording has them

@@ -108,9 +108,7 @@ void frmDocument::setUp() {
   connect(cmx->model().get(), &TextModel::lineEndsChanged, this, [this] {
     if (Frame* main = frame(); main && main->activeDocument() == this) main->setUnixPanel(!cmx->EnableCRLF());
   });
-  connect(cmx, &CodeMax::Note, this, [](const QString& text) {
-    if (!text.isEmpty()) SetStatusText(text);   // nothing to say takes nothing away
-  });
+  connect(cmx, &CodeMax::Note, this, [](const QString& text) { SetStatusText(text); });
 }
 
 const QString& frmDocument::CurrentFileName() const { return shared_->name; }
@@ -412,7 +410,7 @@ void frmDocument::focusWork() {
   if (!main) return;
   main->setUndoRedo(cmx->CanUndo(), cmx->CanRedo());
   main->setUnixPanel(!cmx->EnableCRLF());
-  SetStatusText(shared_->name.isEmpty() ? shared_->title : shared_->name);
+  main->setPanel(1, shared_->name.isEmpty() ? shared_->title : shared_->name);
   RowAndCol();
   main->refreshToolbar();
 }

@@ -167,7 +167,7 @@ void frmFormat::cmdApply_Click() {
 void frmFormat::apply(frmDocument& document, const FormatChoices& chosen) {
   FormatResult result;
   {
-    const Hourglass hourglass;
+    const Hourglass hourglass(Qt::BusyCursor);
     result = FormatIt(*document.cmx, languageOf(document), chosen);
   }
   if (!result.error.isEmpty()) {
@@ -184,7 +184,11 @@ void frmFormat::cmdPreview_Click() {
   FormatChoices chosen = choices();
   if (!agree(&chosen, language)) return;
   frmCompare compare(*document->cmx, this);
-  const FormatResult result = FormatIt(compare.after(), language, chosen);
+  FormatResult result;
+  {
+    const Hourglass hourglass(Qt::BusyCursor);
+    result = FormatIt(compare.after(), language, chosen);
+  }
   if (!result.error.isEmpty()) {
     MsgBox(result.error, windowTitle());
     return;

@@ -21,6 +21,7 @@
 
 #include "base/ArrowIcon.h"
 #include "base/Dialogs.h"
+#include "base/Hourglass.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
@@ -226,8 +227,11 @@ void frmPreview::layOutText() {
     if (!text) reject();   // a signal has ended the program
     return !cancel_;
   };
-  if (source_.document) laidOut_ = layOut(*source_.document, settings_, *wrap_, vp_, goOn);
-  else laidOut_ = layOut(*source_.cmx, source_.title, settings_, *wrap_, vp_, goOn);
+  {
+    const Hourglass hourglass;
+    if (source_.document) laidOut_ = layOut(*source_.document, settings_, *wrap_, vp_, goOn);
+    else laidOut_ = layOut(*source_.cmx, source_.title, settings_, *wrap_, vp_, goOn);
+  }
   working_ = false;
   if (closing_) return;
   pagesArrived();

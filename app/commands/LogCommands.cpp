@@ -22,7 +22,7 @@ std::span<const FrameCommand> logCommands() {
        .run = [](frmMain& f) { f.log()->previousMessage(); }},
       {.name = "mToolsCommand", .menu = "mTools", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&Command..."),
        .keys = "F9", .icon = "zelkor-command", .tip = QT_TRANSLATE_NOOP("frmMain", "Run a command string on the document"),
-       .needs = kDocument, .run = [](frmMain& f) { f.mToolsCommand_Click(); }},
+       .run = [](frmMain& f) { f.mToolsCommand_Click(); }},
       {.name = "mToolsFileInformation", .menu = "mTools", .place = 410,
        .caption = QT_TRANSLATE_NOOP("frmMain", "File I&nformation"), .needs = kDocument,
        .run = [](frmMain&) { mCMXParser::Run(0, 0, QStringLiteral("FILEINFO")); }},

@@ -28,10 +28,10 @@ std::span<const FrameCommand> toolsCommands() {
       {.name = "mToolsMacros", .menu = "mTools", .place = 320, .caption = QT_TRANSLATE_NOOP("frmMain", "Play &Macro"),
        .needs = kDocument | kWritable, .isMenu = true, .fill = [](frmMain& f, QMenu& menu) { f.fillKeyMacros(menu); }},
       {.name = "mToolsOptions", .menu = "mTools", .place = 400,
-       .caption = QT_TRANSLATE_NOOP("frmMain", "Editor &Options..."), .icon = "configure", .needs = kDocument,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Editor &Options..."), .icon = "configure",
        .run = [](frmMain& f) {
          keyMap().setNamedActions(keyactions::all());   // the languages may have other macros by now
-         f.activeDocument()->cmx->ExecuteProperties();
+         f.editorOptions();
        }},
   };
   return rows;

@@ -23,6 +23,9 @@ std::span<const FrameCommand> windowCommands() {
       {.name = "mWindowPrevious", .menu = "mWindow", .place = 310, .caption = QT_TRANSLATE_NOOP("frmMain", "&Previous"),
        .keys = "Ctrl+Shift+Tab; Ctrl+Shift+F6; Ctrl+PgUp", .needs = kDocument | kSeveral,
        .run = [](frmMain& f) { f.nextWindow(-1); }},
+      {.name = "mWindowList", .menu = "mWindow", .place = 320, .caption = QT_TRANSLATE_NOOP("frmMain", "&All Windows..."),
+       .keys = "Ctrl+Shift+E", .tip = QT_TRANSLATE_NOOP("frmMain", "Choose from all windows by a part of the name"),
+       .needs = kDocument, .run = [](frmMain& f) { f.chooseWindow(); }},
   };
   return rows;
 }

@@ -1,14 +1,18 @@
 // The table of the frame's commands and what the frame makes of it.
+#include <QKeyEvent>
 #include <QKeySequence>
 #include <QMenu>
 #include <QMenuBar>
 #include <QSet>
+#include <QShortcut>
 #include <QToolBar>
 #include <QToolButton>
 #include <QtTest/QTest>
 
 #include "app/Icons.h"
+#include "base/Program.h"
 #include "control/KeyCommands.h"
+#include "control/KeyMacro.h"
 #include "control/KeyMap.h"
 #include "tests/app/FrameFixture.h"
 
@@ -127,12 +131,12 @@ constexpr State kStates[] = {
     {"mEditComment", "--++"},      {"mEditUnComment", "--++"},   {"mEditUpperCase", "--+-"},
     {"mEditTabsToSpaces", "--+-"}, {"mEditIndent", "-+++"},      {"mEditReadOnly", "-+++"},
     {"mnuViewToolbar", "++++"},    {"mnuViewStatusBar", "++++"}, {"mnuViewTabs", "++++"},
-    {"mnuViewLog", "++++"},        {"mnuViewWhiteSpace", "-+++"}, {"mToolsCommand", "-+++"},
+    {"mnuViewLog", "++++"},        {"mnuViewWhiteSpace", "-+++"}, {"mToolsCommand", "++++"},
     {"mToolsLanguage", "-+++"},    {"mToolsDefinitions", "++++"}, {"mWindowNew", "-+++"},
     {"mWindowCascade", "-+++"},    {"mWindowNext", "---+"},      {"mWindowPrevious", "---+"},
     {"mHelpHandbook", "++++"},     {"mHelpContents", "----"},    {"mHelpWordListNext", "--+-"},
     {"mHelpExpandTemplate", "---+"}, {"mHelpNextField", "-+++"}, {"mHelpWeb", "----"},
-    {"mHelpAbout", "++++"},
+    {"mHelpAbout", "++++"},        {"mToolsOptions", "++++"},
 };
 
 TEST_F(Commands, EnabledAtEveryMoment) {
@@ -157,6 +161,79 @@ TEST_F(Commands, EnabledAtEveryMoment) {
   check(2);
   open("b.v", "alw\n");
   check(3);
+}
+
+// Every key that an action, a short-cut object or a mnemonic claims, by the window in which it holds.
+using Claims = QHash<QWidget*, QHash<QString, QStringList>>;
+
+Claims claimsIn(QWidget& root) {
+  Claims claims;
+  const auto windowOf = [](QObject* of) {   // menus are of the window that they belong to
+    for (; of; of = of->parent())
+      if (auto* widget = qobject_cast<QWidget*>(of); widget && widget->isWindow() && !qobject_cast<QMenu*>(widget)) return widget;
+    return static_cast<QWidget*>(nullptr);
+  };
+  const auto claim = [&](QObject* of, const QKeySequence& key, const QString& who) {
+    if (!key.isEmpty()) claims[windowOf(of)][key.toString()] << who;
+  };
+  for (QAction* action : root.findChildren<QAction*>())
+    if (action->shortcutContext() != Qt::WidgetShortcut)
+      for (const QKeySequence& key : action->shortcuts()) claim(action, key, action->text() + u' ' + action->objectName());
+  for (QShortcut* shortcut : root.findChildren<QShortcut*>())
+    if (shortcut->context() == Qt::WindowShortcut) claim(shortcut, shortcut->key(), shortcut->parent()->objectName());
+  return claims;
+}
+
+TEST_F(Commands, NoKeyIsClaimedTwice) {
+  main->show();
+  open("a.v");
+  open("b.v");
+  trigger("mWindowNew");
+  main->showLog();
+  trigger("mEditReplace");
+  for (const char* name : {"mToolsCommand", "mToolsDefinitions", "mToolsFormat"}) trigger(name);
+  wait(5);
+  const Claims claims = claimsIn(*main);
+  EXPECT_GE(claims.size(), 2) << "the frame and the definitions have keys";
+  EXPECT_GT(claims[main.get()].size(), 30);
+  for (const auto& inWindow : claims)
+    for (auto key = inWindow.begin(); key != inWindow.end(); ++key)
+      EXPECT_EQ(key->size(), 1) << key.key().toStdString() << ": " << key->join(q(", ")).toStdString();
+}
+
+TEST_F(Commands, MessagesStayUntilTheNextActionAndNoLonger) {
+  frmDocument* document = open("a.v", "one two\n");
+  StatusPanels& panels = main->panels();
+  quint64 time = 1;
+  QWidget* target = document->cmx->focusProxy();
+  const auto press = [&](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    QKeyEvent event(QEvent::KeyPress, key, modifiers, key < 0x80 && !modifiers ? QString(QChar(key).toLower()) : QString());
+    event.setTimestamp(++time);
+    QApplication::sendEvent(target, &event);
+  };
+  press(Qt::Key_X);
+  SetStatusText(q("Printing Complete"));
+  document->focusWork();   // the focus comes back from a dialog
+  EXPECT_EQ(panels.text(), q("Printing Complete"));
+  press(Qt::Key_Right);
+  EXPECT_EQ(panels.text(), path("a.v"));
+  press(Qt::Key_K, Qt::ControlModifier);
+  EXPECT_EQ(panels.text(), q("Ctrl+K"));
+  press(Qt::Key_F9);   // no such sequence, and nothing moves
+  EXPECT_EQ(panels.text(), path("a.v"));
+  trigger("mToolsRecordMacro");
+  EXPECT_FALSE(panels.button(Panel::recording)->isHidden());
+  press(Qt::Key_X);
+  panels.button(Panel::recording)->click();
+  EXPECT_TRUE(panels.button(Panel::recording)->isHidden());
+  EXPECT_EQ(panels.text(), q("Recorded as \"Macro 1\""));
+  keyMacros().remove(q("Macro 1"));
+  document->cmx->setModified(false);
+  trigger("mnuFileClose");
+  target = main.get();
+  press(Qt::Key_F9);
+  main->SetupMenus();
+  EXPECT_EQ(panels.text(), QString());
 }
 
 TEST_F(Commands, ReadOnlyTextTakesNoEdits) {

@@ -56,8 +56,45 @@ TEST_F(Windows, TilesCoverTheRoomWithoutGaps) {
     }
     EXPECT_EQ(edge, rows == Qt::Vertical ? room.height() : room.width());
   }
+}
+
+TEST_F(Windows, ComeBackWholeFromEveryState) {
+  for (int i = 0; i < 30; ++i) main->LoadNewDoc();
+  const auto whole = [&](const char* when) {
+    const QRect room = main->mdi().viewport()->rect();
+    for (frmDocument* document : main->documents()) {
+      const QMdiSubWindow* window = windowOf(document);
+      if (window->isMinimized() || window->isMaximized()) continue;
+      EXPECT_TRUE(room.contains(window->geometry())) << when;
+      EXPECT_GE(window->width(), room.width() / 2) << when;
+      EXPECT_GE(window->height(), room.height() / 2) << when;
+    }
+  };
+  windowOf(main->activeDocument())->showNormal();
+  whole("restored");
   main->cascade();
+  whole("cascaded");
   EXPECT_NE(windowOf(main->documents()[0])->pos(), windowOf(main->documents()[1])->pos());
+  frmDocument* last = main->documents().last();
+  main->activate(last);
+  windowOf(last)->showMaximized();
+  main->resize(600, 450);
+  wait(5);
+  windowOf(last)->showNormal();
+  EXPECT_TRUE(main->mdi().viewport()->rect().contains(windowOf(last)->geometry())) << "the frame is smaller now";
+  windowOf(last)->showMinimized();
+  click(tabs(), tabs().tabRect(tabs().tabOf(last)).center(), Qt::LeftButton);
+  EXPECT_FALSE(windowOf(last)->isMinimized());
+}
+
+TEST_F(Windows, TabsStayReadableAtAnyNumber) {
+  for (int i = 0; i < 60; ++i) main->LoadNewDoc();
+  ASSERT_EQ(tabs().count(), 60);
+  for (const int tab : {0, 30, 59}) {
+    EXPECT_GT(tabs().tabRect(tab).width(), tabs().fontMetrics().horizontalAdvance(tabs().tabText(tab))) << tab;
+    EXPECT_NE(tabs().tabButton(tab, QTabBar::RightSide), nullptr);
+  }
+  EXPECT_TRUE(tabs().rect().contains(tabs().tabRect(59).center())) << "the bar scrolls to the current one";
 }
 
 TEST_F(Windows, NextGoesRoundInTheOrderOfTheTabs) {
