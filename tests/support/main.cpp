@@ -1,9 +1,9 @@
 // The main() of every test program above the engine: one QApplication, and folders of the user that are nobody's.
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QDir>
 #include <QTemporaryDir>
+
+#include "tests/support/Skips.h"
 
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
@@ -18,5 +18,5 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setStyle(QStringLiteral("Fusion"));
   QApplication::setQuitOnLastWindowClosed(false);
-  return RUN_ALL_TESTS();
+  return runAllTests();
 }
