@@ -6,6 +6,7 @@
 #include "control/Replacing.h"
 #include "control/EditorAccess.h"
 #include "control/Finding.h"
+#include "control/UsersSearch.h"
 #include "text/WordNear.h"
 
 using namespace text;
@@ -32,7 +33,7 @@ const Finder& searcherFor(Editor& e, const std::string& what, const SearchOption
 
 // The searcher of the search state; null after a note when there is nothing to search for or the expression is faulty.
 const Finder* stateSearcher(Editor& e) {
-  const SearchState& state = searchState();
+  const SearchState& state = usersSearch();
   EditorAccess::searchFailed(e) = true;
   if (state.findText.isEmpty()) {
     e.host().note(tr("There is no find text"));
@@ -219,7 +220,7 @@ bool findWordAtCaret(Editor& e, bool forward) {
   if (word.isEmpty()) return false;
   const bool selected = e.hasSelection();
   const ByteRange from = selected ? e.selectedRange() : wordNear(e.snapshot(), e.selection().caret);
-  searchState().findText = word;
+  usersSearch().findText = word;
   SearchOptions options = searchState().options;
   options.regex = false;
   options.wholeWord = !selected || options.wholeWord || wordNear(e.snapshot(), from.begin) == from;
@@ -256,8 +257,8 @@ void replace(Editor& e, const QVariant&) {
 void replaceAllInBuffer(Editor& e, const QVariant&) { replaceAllIn(e, {{ByteOffset(0), e.snapshot().size()}}); }
 void replaceAllInSelection(Editor& e, const QVariant&) { replaceAllIn(e, selectedRanges(e)); }
 
-void setFindText(Editor&, const QVariant& argument) { searchState().findText = argument.toString(); }
-void setReplaceText(Editor&, const QVariant& argument) { searchState().replaceText = argument.toString(); }
+void setFindText(Editor&, const QVariant& argument) { usersSearch().findText = argument.toString(); }
+void setReplaceText(Editor&, const QVariant& argument) { usersSearch().replaceText = argument.toString(); }
 
 void togglePreserveCase(Editor& e, const QVariant&) {
   const bool on = !keepsCase(e, searchState());

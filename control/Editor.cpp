@@ -12,6 +12,7 @@
 #include "control/CommandFunctions.h"
 #include "control/CommandTable.h"
 #include "control/EditorAccess.h"
+#include "control/UsersSearch.h"
 #include "control/TextMime.h"
 #include "control/KeyMacro.h"
 #include "text/Chars.h"
@@ -64,8 +65,27 @@ void EditorHost::setClipboard(const QString& text, bool block) {
   if (qGuiApp) QGuiApplication::clipboard()->setMimeData(TextMime::make(text, block).release());
 }
 
-SearchState& searchState() {
-  static SearchState state;
+namespace {
+struct Search {
+  SearchState state;
+  std::optional<SearchState> users;   // whose texts come back
+};
+Search& search() {
+  static Search search;
+  return search;
+}
+}  // namespace
+
+SearchState& searchState() { return search().state; }
+
+void lendSearch(SearchState users) { search().users = std::move(users); }
+
+SearchState& usersSearch() {
+  SearchState& state = searchState();
+  if (const auto users = std::exchange(search().users, std::nullopt)) {
+    state.findText = users->findText;
+    state.replaceText = users->replaceText;
+  }
   return state;
 }
 
@@ -334,6 +354,7 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   if (!prepares) {
     count = std::exchange(e.repeatCount, 1);
     impl.cutAppends = std::exchange(e.appendNextCut, false);
+    impl.askedCount = count;
     if (!command.repeatable) count = 1;
   }
   // Each command counts and cuts for itself, also one of a macro that is played in repetitions.
@@ -351,7 +372,7 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
     };
     const auto before = state();
     command.run(e, argument);
-    if (state() == before) break;   // nothing moves any more
+    if (impl.pass > 0 && state() == before) break;   // nothing moves any more; the first pass may have found its word done
   }
   if (impl.cuts) e.host().setClipboard(impl.cuts->text, impl.cuts->block);
 }

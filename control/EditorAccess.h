@@ -21,6 +21,7 @@ struct Editor::Impl {
   bool quiet = false;                      // the selection moves with the text, and nobody is told
   int inside = 0;                          // > 0: what is done is part of a command, nothing that the user typed
   int pass = 0;                            // which repetition of the command this is, from 0
+  int askedCount = 1;                      // the repeat count that this command was given, repeatable or not
   bool cutAppends = false;                 // this command's cut goes behind what is on the clipboard
   struct Cuts {
     QString text;

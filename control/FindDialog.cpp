@@ -18,6 +18,7 @@
 #include "control/ColorScheme.h"
 #include "control/FindJob.h"
 #include "control/FindScope.h"
+#include "control/UsersSearch.h"
 
 namespace {
 
@@ -214,7 +215,7 @@ void FindDialog::open(CodeMax& control, bool replace) {
   } else {
     dropScope();
     const QString word = editor.hasSelection() ? editor.selectedText() : QString();
-    if (!word.isEmpty()) searchState().findText = word;
+    if (!word.isEmpty()) usersSearch().findText = word;
   }
   readState();
   tell({});
@@ -245,7 +246,7 @@ void FindDialog::showReplace(bool on) {
 QString FindDialog::status() const { return status_->text(); }
 
 void FindDialog::readState() {
-  const SearchState& state = searchState();
+  const SearchState& state = usersSearch();
   const auto fill = [](QComboBox* field, const QString& text, const QStringList& history) {
     const QSignalBlocker quiet(field);
     if (field->count() != history.size() || field->itemText(0) != history.value(0)) {
@@ -265,7 +266,7 @@ void FindDialog::readState() {
 }
 
 void FindDialog::writeState() {
-  SearchState& state = searchState();
+  SearchState& state = usersSearch();
   state.findText = find_->currentText();
   state.replaceText = replace_->currentText();
   state.options = {matchCase_->isChecked(), wholeWord_->isChecked(), regex_->isChecked()};

@@ -41,7 +41,8 @@ void toggleColumnMode(Editor& e, const QVariant&) {
 }
 
 void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
-void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current()); }
+// The rounds are the macro's own affair: it may undo, which no repeated command can.
+void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current(), EditorAccess::impl(e).askedCount); }
 
 constexpr std::array<Command, 12> table{{
     {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection of several lines, else types a tab.", tabKey},
@@ -60,7 +61,7 @@ constexpr std::array<Command, 12> table{{
      "Extends the column selection 20 lines down.", extendColumn<0, 20>},
     {1009, "MACRORECORD", CommandArgument::none, false, "Ctrl+Shift+R",
      "Starts recording a keystroke macro, or ends it and keeps the macro.", macroRecord},
-    {1010, "MACROPLAY", CommandArgument::none, true, "Ctrl+Shift+P", "Plays the keystroke macro that was recorded last.",
+    {1010, "MACROPLAY", CommandArgument::none, false, "Ctrl+Shift+P", "Plays the keystroke macro that was recorded last.",
      macroPlay},
     {1011, "SETFINDOPTIONS", CommandArgument::text, false, "",
      "Sets the switches of the search: any of the words case, word, regex and preserve; the others are off.", setFindOptions},

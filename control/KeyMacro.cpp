@@ -9,6 +9,7 @@
 #include "control/Finding.h"
 #include "control/KeyCommands.h"
 #include "control/KeyMap.h"
+#include "control/UsersSearch.h"
 
 namespace {
 
@@ -169,8 +170,8 @@ void KeyMacros::noteCommand(Editor& editor, int id, const QVariant& argument) {
   };
   const bool replaces = isOneOf(*command, {"REPLACE", "REPLACEALLINBUFFER", "REPLACEALLINSELECTION"});
   const bool findsText = replaces || isOneOf(*command, {"FINDNEXT", "FINDPREV", "FINDMARKALL"});
-  if (findsText) noteText("SETFINDTEXT", noted_[0], searchState().findText);
-  if (replaces) noteText("SETREPLACETEXT", noted_[1], searchState().replaceText);
+  if (findsText) noteText("SETFINDTEXT", noted_[0], usersSearch().findText);
+  if (replaces) noteText("SETREPLACETEXT", noted_[1], usersSearch().replaceText);
   if (findsText || isOneOf(*command, {"FINDNEXTWORD", "FINDPREVWORD"})) noteText("SETFINDOPTIONS", noted_[2], findSwitches(editor, searchState()));
   for (int i = 0; const char* setter : {"SETFINDTEXT", "SETREPLACETEXT", "SETFINDOPTIONS"}) {
     if (isOneOf(*command, {setter})) noted_[i] = argument.toString();

@@ -6,6 +6,7 @@
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
+#include "control/UsersSearch.h"
 #include "language/FieldWalk.h"
 #include "language/ucCM.h"
 #include "text/Chars.h"
@@ -88,14 +89,15 @@ std::optional<ListedWord> listedWordAt(CodeMax& cmx, const clsLang& language) {
 // The edit control's own search for the word selects what is to be replaced. The search options are the person's and
 // may keep it from finding the word at the caret; then the word's own range holds.
 CmRange findListedWord(CodeMax& cmx, const CmRange& word, const QString& findText, const QString& replaceText) {
-  const text::SearchOptions options = searchState().options;
+  SearchState users = usersSearch();
   searchState().options = {};
   cmx.SetSel(caretAt({word.StartLineNo, word.StartColNo}));
   cmx.ExecuteCmd(WORDENDLEFT);
   cmx.ExecuteCmd(SETFINDTEXT, findText);
   cmx.ExecuteCmd(SETREPLACETEXT, replaceText);
   cmx.ExecuteCmd(FINDNEXT);
-  searchState().options = options;
+  searchState().options = users.options;
+  lendSearch(std::move(users));
   const CmRange found = cmx.GetSel(true);
   return found == word ? found : word;
 }

@@ -60,6 +60,7 @@ std::vector<CommandCase> editCases() {
 
       {"WORDUPPERCASE", "x fo|o y", "x FOO| y"},
       {"WORDUPPERCASE", "|a (b c", "A (B| c", {.count = 2}},
+      {"WORDUPPERCASE", "A| b c", "A B| c", {.count = 2}},
       {"WORDUPPERCASE", "  |  straße", "    STRASSE|"},
       {"WORDUPPERCASE", "a |(", "a |("},
       {"WORDLOWERCASE", "FO|O Bar", "foo bar|", {.count = 2}},

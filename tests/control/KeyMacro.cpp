@@ -100,6 +100,16 @@ TEST_F(KeyMacroTest, EachCutOfAMacroPlayedInRepetitionsStandsAlone) {
   EXPECT_EQ(f.host.clipboard, QString::fromStdString(lines));
 }
 
+TEST_F(KeyMacroTest, OneThatUndoesIsPlayedSeveralTimes) {
+  EditorFixture f("|");
+  keyMacros().set({QStringLiteral("back"), {{0, QStringLiteral("x")}, {129, {}}, {0, QStringLiteral("y")}}});
+  keyMacros().play(f.editor, QStringLiteral("back"));
+  keyMacros().play(f.editor, QStringLiteral("back"), 0);   // it is the one played last
+  f.run("SETREPEATCOUNT", 2);
+  executeAny(f.editor, anyCommandByName(u"MACROPLAY")->id);
+  EXPECT_EQ(f.bytes(), "yy") << "a macro that undoes can be played several times";
+}
+
 TEST_F(KeyMacroTest, PlayedInsideARecordingBecomesPartOfIt) {
   EditorFixture f("|");
   keyMacros().set({QStringLiteral("inner"), {{0, QStringLiteral("i")}, {212, {}}}});

@@ -149,6 +149,11 @@ TEST_F(CaretWords, TheReplacingLeavesItsTexts) {
   EXPECT_EQ(afterKey("longer|", false), "ab|");
   EXPECT_EQ(s(searchState().findText), "LONGER");
   EXPECT_EQ(s(searchState().replaceText), "LONGER");   // never cut
+  searchState() = {};
+  searchState().findText = q("mine");
+  EXPECT_EQ(afterKey("mine ab| mine", false), "mine lo|nger mine");
+  cmx.ExecuteCmd(176);
+  EXPECT_EQ(shown(), "mine longer @mine|") << "the user's next search is the user's";
   EXPECT_FALSE(gBusy());
 }
 
