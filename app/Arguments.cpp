@@ -58,6 +58,9 @@ Arguments parseArguments(const QStringList& arguments, const QString& folder) {
   Arguments line;
   line.printPdf = asksForPdf(arguments);   // its own options may come first
   if (line.printPdf) return line;
+  const QStringList options = arguments.mid(0, arguments.indexOf(QLatin1String("--")));   // all where there is none
+  line.batch = options.contains(QLatin1String("--batch"));
+  if (line.batch) return line;
   bool onlyFiles = false;
   FilePlace next;   // of "+LINE": belongs to the file behind it
   for (const QString& argument : arguments) {
@@ -78,7 +81,6 @@ Arguments parseArguments(const QStringList& arguments, const QString& folder) {
         return line;
       }
       line.*(option->flag) = true;
-      if (line.batch) return line;
       continue;
     }
     const auto plus = plusLine.match(argument);

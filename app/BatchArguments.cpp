@@ -9,7 +9,7 @@
 namespace {
 
 struct BatchArguments {
-  bool help = false, save = false, allowPrograms = false;
+  bool help = false, save = false, allowPrograms = false, replace = false;
   QString command, script, macro, output, definitions;
   QStringList files;
   QString error;
@@ -44,6 +44,7 @@ BatchArguments parse(const QStringList& arguments) {
     else if (argument == QLatin1String("--batch")) continue;
     else if (argument == QLatin1String("--help")) parsed.help = true;
     else if (argument == QLatin1String("--save")) parsed.save = true;
+    else if (argument == QLatin1String("--replace")) parsed.replace = true;
     else if (argument == QLatin1String("--allow-programs")) parsed.allowPrograms = true;
     else if (option == std::end(kValues)) parsed.error = tr("unknown option %1").arg(argument);
     else if (argument.contains(u'=')) parsed.*(option->target) = argument.mid(argument.indexOf(u'=') + 1);
@@ -54,6 +55,7 @@ BatchArguments parse(const QStringList& arguments) {
   const int sources = !parsed.command.isEmpty() + !parsed.script.isEmpty() + !parsed.macro.isEmpty();
   if (sources != 1) parsed.error = tr("--batch needs one of --command, --script and --macro");
   else if (parsed.files.isEmpty()) parsed.error = tr("--batch needs a file to work on");
+  else if (parsed.replace && parsed.output.isEmpty()) parsed.error = tr("--replace needs --output");
   else if (parsed.save && !parsed.output.isEmpty()) parsed.error = tr("--save and --output exclude each other");
   return parsed;
 }
@@ -65,9 +67,10 @@ QString help() {
   };
   for (const ValueOption& option : kValues)
     line(QString::fromLatin1(option.name) + u' ' + QString::fromLatin1(option.value), tr(option.help));
-  line(QStringLiteral("--allow-programs"), tr("a macro of definitions from elsewhere may start programs"));
+  line(QStringLiteral("--allow-programs"), tr("macros from elsewhere, and values of variables, may start programs"));
+  line(QStringLiteral("--replace"), tr("files in DIR may be replaced"));
   line(QStringLiteral("--save"), tr("write the changed texts back to their files"));
-  text += u'\n' + tr("Exit status: 0 done, 1 invalid command, 2 wrong use or a file that could not be read or saved.") + u'\n';
+  text += u'\n' + tr("Exit status: 0 done, 1 invalid command, 2 wrong use, a run that was stopped, or a file that could\nnot be read or saved.") + u'\n';
   return text;
 }
 
@@ -90,6 +93,7 @@ int runBatch(const QStringList& arguments) {
   options.files = given.files;
   options.save = given.save;
   options.outputFolder = given.output;
+  options.replace = given.replace;
   options.allowPrograms = given.allowPrograms;
   if (!given.script.isEmpty()) batch::commandsFromFile(given.script, &options, &error);
   else if (!given.macro.isEmpty()) batch::commandsOfMacro(given.macro, &options, &error);

@@ -206,7 +206,11 @@ int Main(int argc, char** argv) try {
   if (!arguments.error.isEmpty()) return complain(arguments.error, 2);
   if (arguments.help) return std::fputs(qPrintable(argumentsHelp()), stdout) < 0;
   if (arguments.version) return std::printf("%s %s\n", kApplicationTitle, ZELKOR_VERSION) < 0;
-  if ((arguments.batch || arguments.printPdf) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  // No display is needed, not even one that is named; and the programs that a run starts may have their own.
+  const bool windowless = arguments.batch || arguments.printPdf;
+  const std::optional<QByteArray> platform =
+      qEnvironmentVariableIsSet("QT_QPA_PLATFORM") ? std::optional(qgetenv("QT_QPA_PLATFORM")) : std::nullopt;
+  if (windowless) qputenv("QT_QPA_PLATFORM", "offscreen");
 #ifdef Q_OS_UNIX
   for (const char* place : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
     if (!qEnvironmentVariableIsEmpty(place)) goto display;
@@ -219,6 +223,7 @@ display:
   Application application(argc, argv);
   FitScreen fitScreen;
   application.installEventFilter(&fitScreen);
+  if (windowless) platform ? qputenv("QT_QPA_PLATFORM", *platform) : qunsetenv("QT_QPA_PLATFORM");
   AddFormatVerbs();
   text::setRecoveryFolder(fromQString(RecoverySession::usualFolder()));
   if (arguments.batch) return runBatch(words);

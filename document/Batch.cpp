@@ -86,7 +86,16 @@ class BatchDialogs : public Dialogs {
 class BatchFrame : public Frame {
  public:
   frmDocument* document = nullptr;
-  std::unique_ptr<frmLog> logWindow = std::make_unique<frmLog>();
+  QString target;                     // where its text goes
+  std::unique_ptr<frmLog> logWindow;
+
+  // Each document has a log of its own: nothing of another one's run is left in it.
+  void take(frmDocument* next) {
+    document = next;
+    target = next ? next->CurrentFileName() : QString();
+    logWindow = std::make_unique<frmLog>();
+    QObject::connect(logWindow.get(), &frmLog::appended, [](const QString& text) { writeTo(kStandardOutput, text); });
+  }
 
   frmDocument* activeDocument() override { return document; }
   QList<frmDocument*> documents() override { return document ? QList{document} : QList<frmDocument*>(); }
@@ -98,7 +107,7 @@ class BatchFrame : public Frame {
   void refreshWindowMenu() override {}
   void setUndoRedo(bool, bool) override {}
   bool isMinimised() override { return true; }   // nothing looks at the disk
-  bool saveActive() override { return document && document->SaveDocumment(document->CurrentFileName()); }
+  bool saveActive() override { return document && document->SaveDocumment(target); }
   void documentClosing(frmDocument*) override {}
   void rememberDocumentState(int) override {}
   bool isTemplateAtCaret(bool) override { return false; }
@@ -109,13 +118,15 @@ class BatchFrame : public Frame {
   void showMacro(int, int, const QString&) override {}
 };
 
-int runOn(frmDocument& document, const BatchOptions& options, const QString& target) {
+int runOn(frmDocument& document, const BatchOptions& options) {
   const mCMXParser::Outcome outcome = mCMXParser::Run(options.language, options.macro, options.commands);
   int status = outcome.ending == mCMXParser::Ending::done      ? batch::kDone
                : outcome.ending == mCMXParser::Ending::invalid ? batch::kInvalidCommand
                                                                : batch::kFailed;
+  if (outcome.ending == mCMXParser::Ending::stopped && !outcome.text.isEmpty())
+    MsgBox(tr("Stopped in line %1: %2").arg(outcome.line).arg(outcome.text));
   const bool wanted = !options.outputFolder.isEmpty() || (options.save && document.cmx->Modified());
-  if (status == batch::kDone && wanted && !document.SaveDocumment(target)) status = batch::kFailed;
+  if (status == batch::kDone && wanted && !frame()->saveActive()) status = batch::kFailed;
   return status;
 }
 
@@ -126,9 +137,9 @@ int workOn(BatchFrame& own, const QString& path, const std::function<int(frmDocu
   if (!loaded) return batch::kFailed;
   document.setFile(QFileInfo(path).absoluteFilePath());
   document.SetLanguage(languageOfFile(path, *document.cmx));
-  own.document = &document;
+  own.take(&document);
   const int status = work(document);
-  own.document = nullptr;
+  own.take(nullptr);
   return status;
 }
 
@@ -180,7 +191,6 @@ int eachDocument(const QStringList& files, const std::function<int(frmDocument&)
   Frame* const before = frame();
   setFrame(&own);
   mCMXParser::setInteractive(false);
-  QObject::connect(own.logWindow.get(), &frmLog::appended, [](const QString& text) { writeTo(kStandardOutput, text); });
   const bool showProgress = files.size() > 1 && isTerminal(kStandardError) && !isTerminal(kStandardOutput);
   int worst = kDone, count = 0;
   for (const QString& path : files) {
@@ -206,19 +216,25 @@ int run(const BatchOptions& options) {
       return kFailed;
     }
   }
-  QSet<QString> targets;
+  QSet<QString> targets, sources;
+  for (const QString& file : options.files) sources.insert(QFileInfo(file).canonicalFilePath());
   const bool before = trust::allowAll(options.allowPrograms);
   const int status = eachDocument(options.files, [&](frmDocument& document) {
-    QString target = document.CurrentFileName();
     if (!options.outputFolder.isEmpty()) {
-      target = QDir(options.outputFolder).filePath(document.CurrentFileTitle());
-      if (targets.contains(target)) {
-        MsgBox(tr("Another file of this name went to the output folder already."));
+      const QString target = QDir(options.outputFolder).filePath(document.CurrentFileTitle());
+      const QString why = sources.contains(QFileInfo(target).canonicalFilePath()) ? tr("The output folder holds a file that is worked on.")
+                          : targets.contains(target) ? tr("Another file of this name went to the output folder already.")
+                          : !options.replace && text::fileExists(fromQString(target))
+                              ? tr("The output folder has a file of this name; --replace allows to replace it.")
+                              : QString();
+      if (!why.isEmpty()) {
+        MsgBox(why);
         return kFailed;
       }
       targets.insert(target);
+      static_cast<BatchFrame*>(frame())->target = target;
     }
-    return runOn(document, options, target);
+    return runOn(document, options);
   });
   trust::allowAll(before);
   return status;

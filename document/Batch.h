@@ -19,6 +19,7 @@ struct BatchOptions {
   QStringList files;
   bool save = false;         // back to the files that the run changed
   QString outputFolder;      // not empty: all files go there instead, under their own names
+  bool replace = false;      // also in the place of files that are there already, though never of one of `files`
 };
 
 namespace batch {

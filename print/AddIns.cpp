@@ -18,13 +18,15 @@ struct Growing {
   qsizetype skip = 0;                       // characters of rest that the search passes over
   std::vector<bool> counts;                 // of each character of the original line: may a delimiter stand there
   qsizetype original = 0;                   // characters of the original line in front of rest
+  bool ended = false;                       // there is none any more
 
   // Position in the grown line, from 1, of the next delimiter that counts; 0: none.
-  qsizetype find(const QString& delimiter) const {
-    for (qsizetype at = rest.indexOf(delimiter, skip); at >= 0; at = rest.indexOf(delimiter, at + 1)) {
+  qsizetype find(const QString& delimiter) {
+    for (qsizetype at = ended ? -1 : rest.indexOf(delimiter, skip); at >= 0; at = rest.indexOf(delimiter, at + 1)) {
       const auto place = static_cast<std::size_t>(original + at);
       if (counts.empty() || (place < counts.size() && counts[place])) return done.size() + at + 1;
     }
+    ended = true;
     return 0;
   }
   QString text() const { return QString(done).append(rest); }
@@ -61,11 +63,17 @@ std::vector<bool> codeOnlyMask(const CodeMax& cmx, const QString& line, text::Li
   const std::string bytes = fromQString(line);
   std::vector<text::Token> tokens;
   *state = highlighter->scanLine(bytes, *state, &tokens);
+  std::size_t bytesDone = 0, charsDone = 0;
+  const auto charsBefore = [&](std::int64_t byte) {   // bytes ascend from call to call
+    const auto to = static_cast<std::size_t>(byte);
+    charsDone += static_cast<std::size_t>(toQString(std::string_view(bytes).substr(bytesDone, to - bytesDone)).size());
+    bytesDone = to;
+    return charsDone;
+  };
   for (const auto& token : tokens) {
     if (token.kind != text::TokenKind::comment && token.kind != text::TokenKind::string) continue;
-    const auto begin = toQString(std::string_view(bytes).substr(0, static_cast<std::size_t>(token.begin))).size();
-    const auto end = toQString(std::string_view(bytes).substr(0, static_cast<std::size_t>(token.begin + token.length))).size();
-    for (auto i = begin; i < end; ++i) mask[static_cast<std::size_t>(i)] = false;
+    const auto begin = charsBefore(token.begin), end = charsBefore(token.begin + token.length);
+    for (auto i = begin; i < end; ++i) mask[i] = false;
   }
   return mask;
 }

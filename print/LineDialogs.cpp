@@ -124,7 +124,8 @@ bool InsertSeriesDialog(CodeMax& cmx, QWidget* parent) {
   read();
   if (!dialog.ask()) return false;
   kept = series;
-  SetStatusText(T::tr("%n line(s) changed", nullptr, static_cast<int>(InsertSeries(cmx, series))));
+  const qint64 changed = InsertSeries(cmx, series);
+  SetStatusText(changed < 0 ? T::tr("The numbers become too large") : T::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
   return true;
 }
 

@@ -168,8 +168,15 @@ qint64 JoinLines(CodeMax& cmx) {
   return old.size() - 1;
 }
 
+namespace {
+bool valueAt(const NumberSeries& series, qint64 index, qint64* value) {
+  return !__builtin_mul_overflow(series.step, index / std::max(1, series.repeat), value) && !__builtin_add_overflow(series.start, *value, value);
+}
+}  // namespace
+
 QString seriesItem(const NumberSeries& series, qint64 index) {
-  const qint64 value = series.start + series.step * (index / std::max(1, series.repeat));
+  qint64 value = 0;
+  if (!valueAt(series, index, &value)) return QStringLiteral("?");
   QString digits = value < 0 ? QString::number(0 - static_cast<quint64>(value), series.base) : QString::number(value, series.base);
   if (series.upperCase) digits = digits.toUpper();
   const QString sign = value < 0 ? QStringLiteral("-") : QString();
@@ -182,6 +189,8 @@ qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
   const CmRange range = cmx.GetSel(true);
   Lines lines{range.StartLineNo, range.EndLineNo + 1};
   if (!range.IsEmpty() && !range.ColumnSel) lines = selectedLines(cmx);
+  qint64 last = 0;
+  if (!valueAt(series, lines.end - lines.first - 1, &last)) return -1;
   const auto& selection = cmx.editor().selection();
   const auto cellOf = [&](text::ByteOffset at, qint64 extra) {
     const auto& snapshot = cmx.model()->snapshot();

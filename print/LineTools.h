@@ -34,7 +34,8 @@ struct NumberSeries {
   QString prefix;          // such as 8'h
   QString suffix;
 };
-QString seriesItem(const NumberSeries& series, qint64 index);   // index from 0
+QString seriesItem(const NumberSeries& series, qint64 index);   // index from 0; "?" for a number beyond 64 bits
 // Puts the series into the selected lines: a column selection is replaced row by row; otherwise the numbers go in at the column of the
 // selection's start, short lines being filled with blanks. Without a selection only the caret's line gets one.
+// -1: a number would not fit into 64 bits; nothing is changed.
 qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series);

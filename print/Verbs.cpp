@@ -13,12 +13,25 @@
 
 namespace {
 
-// "name=value" and bare words, separated by blanks. Names fold case; `known` lists them. False: something else stands there.
+// "name=value" and bare words, which have no value, separated by blanks. Names fold case; `known` lists them. False: something else
+// stands there.
 bool readOptions(const QString& argument, const QStringList& known, QHash<QString, QString>* values) {
   for (const QString& word : argument.split(u' ', Qt::SkipEmptyParts)) {
     const QString name = word.section(u'=', 0, 0).toLower();
     if (!known.contains(name)) return false;
-    values->insert(name, word.contains(u'=') ? word.section(u'=', 1) : QStringLiteral("yes"));
+    values->insert(name, word.contains(u'=') ? word.section(u'=', 1) : QString());
+  }
+  return true;
+}
+
+// Options that are on or off: the bare word, or yes or no. False: another value.
+bool flags(const QHash<QString, QString>& values, std::initializer_list<std::pair<const char*, bool*>> wanted) {
+  for (const auto& [name, on] : wanted) {
+    const auto found = values.find(QString::fromLatin1(name));
+    if (found == values.end()) continue;
+    const QString value = found->toLower();
+    *on = value.isNull() || value == QLatin1String("yes");
+    if (!*on && value != QLatin1String("no")) return false;
   }
   return true;
 }
@@ -51,10 +64,10 @@ bool format(CodeMax& cmx, const QString& argument) {
     return false;
   choices.tabs = static_cast<int>(tabs) + 1;
   choices.indent = static_cast<int>(indent) + 1;
-  choices.wholeLine = values.contains(QStringLiteral("careful"));
-  choices.indentTabs = values.contains(QStringLiteral("indenttabs"));
-  choices.selectionOnly = values.contains(QStringLiteral("selection"));
-  choices.changeCaseAnyway = values.contains(QStringLiteral("anycase"));
+  choices.wholeLine = choices.indentTabs = choices.selectionOnly = choices.changeCaseAnyway = false;
+  if (!flags(values, {{"careful", &choices.wholeLine}, {"indenttabs", &choices.indentTabs}, {"selection", &choices.selectionOnly},
+                      {"anycase", &choices.changeCaseAnyway}}))
+    return false;
   const auto& all = languages().Languages();
   const int index = languages().GetIndex(cmx.Language());
   const clsLang* language = index > 0 ? all->Item(index).get() : nullptr;
@@ -101,19 +114,21 @@ bool series(CodeMax& cmx, const QString& argument) {
   s.repeat = static_cast<int>(repeat);
   s.base = static_cast<int>(base);
   s.width = static_cast<int>(width);
-  s.zeroFill = values.contains(QStringLiteral("zeros"));
-  s.upperCase = values.contains(QStringLiteral("upper"));
+  if (!flags(values, {{"zeros", &s.zeroFill}, {"upper", &s.upperCase}})) return false;
+  for (const char* text : {"prefix", "suffix"})
+    if (values.contains(QString::fromLatin1(text)) && values[QString::fromLatin1(text)].isNull()) return false;
   s.prefix = values.value(QStringLiteral("prefix"));
   s.suffix = values.value(QStringLiteral("suffix"));
-  InsertSeries(cmx, s);
-  return true;
+  return InsertSeries(cmx, s) >= 0;
 }
 
 bool sortLines(CodeMax& cmx, const QString& argument) {
   QHash<QString, QString> values;
   if (!readOptions(argument, words("descending case numeric unique"), &values)) return false;
-  SortLines(cmx, {values.contains(QStringLiteral("descending")), values.contains(QStringLiteral("case")), values.contains(QStringLiteral("numeric")),
-                  values.contains(QStringLiteral("unique"))});
+  SortOptions options;
+  if (!flags(values, {{"descending", &options.descending}, {"case", &options.matchCase}, {"numeric", &options.numeric}, {"unique", &options.dropEqual}}))
+    return false;
+  SortLines(cmx, options);
   return true;
 }
 

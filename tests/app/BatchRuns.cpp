@@ -56,6 +56,42 @@ TEST_F(BatchRuns, ScriptsAndMacrosRun) {
   EXPECT_EQ(read(q("a.v")) + read(q("b.v")), "TEXT\nTEXT\n") << "one that cannot be read keeps no other back";
 }
 
+TEST_F(BatchRuns, TheOutputFolderLosesNothing) {
+  QDir(dir_.path()).mkpath(q("out"));
+  write(q("a.v"), "text\n");
+  write(q("out/a.v"), "older\n");
+  const QStringList upper{q("--command"), q("cmdSELECTALL\ncmdUPPERCASESELECTION\nSAVE")};
+  QString error;
+  EXPECT_EQ(batch(QStringList{q("--output"), q("out")} + upper + QStringList{q("a.v")}, &error), 2);
+  EXPECT_EQ(read(q("out/a.v")), "older\n") << error.toStdString();
+  EXPECT_EQ(batch(QStringList{q("--output"), q("out"), q("--replace")} + upper + QStringList{q("a.v")}, &error), 0) << error.toStdString();
+  EXPECT_EQ(read(q("out/a.v")), "TEXT\n");
+  EXPECT_EQ(batch(QStringList{q("--output"), q("."), q("--replace")} + upper + QStringList{q("a.v")}, &error), 2);
+  EXPECT_EQ(read(q("a.v")), "text\n") << "SAVE writes where the output goes; a source is never replaced";
+}
+
+TEST_F(BatchRuns, NeedsNoDisplayAndGivesItsOwnToNobody) {
+  write(q("a.v"), "text\n");
+  environment_.insert(q("DISPLAY"), q(":987"));
+  for (const char* platform : {"", "xcb"}) {
+    environment_.remove(q("QT_QPA_PLATFORM"));
+    if (*platform) environment_.insert(q("QT_QPA_PLATFORM"), q(platform));
+    QProcess& process = start({q("--command"), q("LOGCLEAR\nSHELLW sh -c \"echo [$QT_QPA_PLATFORM]\""), q("--batch"), q("a.v")});
+    ASSERT_TRUE(process.waitForFinished(kPatience));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().constData();
+    EXPECT_EQ(process.readAllStandardOutput(), QByteArray("[") + platform + "]\n[sh: exit code 0]\n");
+  }
+}
+
+TEST_F(BatchRuns, NothingPassesFromFileToFile) {
+  write(q("a.v"), "A\n");
+  write(q("b.v"), "B\n");
+  QString error;
+  EXPECT_EQ(batch({q("--save"), q("--command"), q("cmdTOGGLECASESENSITIVE\ncmdSETREPLACETEXT x\ncmdSETFINDTEXT b\ncmdREPLACEALLINBUFFER\nECHO $Title\nLOGTOTEXT"),
+                   q("a.v"), q("b.v")}, &error), 0) << error.toStdString();
+  EXPECT_EQ(read(q("a.v")) + read(q("b.v")), "a.v\nA\nb.v\nB\n");
+}
+
 TEST_F(BatchRuns, TwoTextsOfOneNameDoNotMeetInTheFolder) {
   QDir(dir_.path()).mkpath(q("one"));
   QDir(dir_.path()).mkpath(q("two"));
