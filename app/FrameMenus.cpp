@@ -169,6 +169,7 @@ void FrameMenus::refresh(unsigned facts) {
     const bool enabled = (facts & row->needs) == row->needs;
     QAction* action = actions_.value(QString::fromLatin1(row->name));
     if (action->isEnabled() != enabled) action->setEnabled(enabled);
+    if (row->needs & kWeb) action->setVisible(enabled);   // without an address there is nothing behind it
   }
 }
 

@@ -147,6 +147,7 @@ void frmMain::documentClosing(frmDocument* document) {
   document->disconnect(this);
   document->cmx->disconnect(this);
   if (active_ == document) active_ = nullptr;
+  if (documents_.isEmpty()) SetStatusText({});   // what it says is about the document that goes
   mainFileClose();
   emit documentClosed(document);
 }

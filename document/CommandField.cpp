@@ -108,21 +108,38 @@ void CommandField::markLine(int line) {
   setExtraSelections(marks);
 }
 
+// Tab moves the focus, and would do so before keyPressEvent() hears of it.
+bool CommandField::event(QEvent* event) {
+  const bool tab = event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Tab;
+  if (!tab || !completer_.popup()->isVisible()) return TextField::event(event);
+  keyPressEvent(static_cast<QKeyEvent*>(event));
+  event->accept();
+  return true;
+}
+
 void CommandField::keyPressEvent(QKeyEvent* event) {
   const bool popup = completer_.popup()->isVisible();
   switch (event->key()) {
     case Qt::Key_Tab:
       if (popup) {
-        insert(completer_.popup()->currentIndex().data(Qt::UserRole).toString());
+        const QModelIndex chosen = completer_.popup()->currentIndex();
+        insert((chosen.isValid() ? chosen : completer_.completionModel()->index(0, 0)).data(Qt::UserRole).toString());
         completer_.popup()->hide();
         return;
       }
       break;
     case Qt::Key_Enter:
     case Qt::Key_Return:
+      if (event->modifiers() & Qt::ControlModifier) {
+        completer_.popup()->hide();
+        emit runAsked();
+        return;
+      }
+      [[fallthrough]];
     case Qt::Key_Escape:
-      if (popup) {
-        event->ignore();   // the list takes it
+      // The list takes it where the user has gone into the list; else Return ends the line.
+      if (popup && (event->key() == Qt::Key_Escape || completer_.popup()->currentIndex().isValid())) {
+        event->ignore();
         return;
       }
       break;
@@ -130,10 +147,6 @@ void CommandField::keyPressEvent(QKeyEvent* event) {
   }
   if (event->key() == Qt::Key_Space && event->modifiers() == Qt::ControlModifier) {
     offer(true);
-    return;
-  }
-  if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && event->modifiers() & Qt::ControlModifier) {
-    event->ignore();       // runs the commands
     return;
   }
   TextField::keyPressEvent(event);
@@ -167,7 +180,7 @@ void CommandField::offer(bool evenWithoutLetters) {
   QRect place = cursorRect();
   place.setWidth(std::min(700, completer_.popup()->sizeHintForColumn(0) + completer_.popup()->verticalScrollBar()->sizeHint().width() + 8));
   completer_.complete(place);
-  completer_.popup()->setCurrentIndex(completer_.completionModel()->index(0, 0));
+  completer_.popup()->setCurrentIndex({});   // nothing is chosen until the user goes into the list; Tab takes the first
 }
 
 void CommandField::insert(const QString& completion) {

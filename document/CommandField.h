@@ -23,7 +23,11 @@ class CommandField : public TextField {
   explicit CommandField(QWidget* parent = nullptr);
   void markLine(int line);             // from 1, 0 takes the mark away; the caret goes there
 
+ signals:
+  void runAsked();                     // Ctrl+Return
+
  protected:
+  bool event(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
 
  private:

@@ -5,51 +5,81 @@
 
 #include "control/TextModel.h"
 
-QStringList splitCommandLine(const QString& line) {
-  QStringList words;
-  QString word;
-  QChar quote;
-  bool inWord = false;
-  for (qsizetype i = 0; i < line.size(); ++i) {
-    const QChar c = line[i];
-    if (c == u'\\' && quote != u'\'') {
-      qsizetype run = i;
-      while (run < line.size() && line[run] == u'\\') ++run;
-      const qsizetype count = run - i;
-      const bool beforeQuote = run < line.size() && line[run] == u'"';
-      word += QString(beforeQuote ? count / 2 : count, u'\\');
-      i = run - 1;
-      if (beforeQuote && count % 2) {
-        word += u'"';
+namespace {
+
+// A stretch of a word; a value's own "$" means nothing.
+struct Stretch {
+  QString text;
+  bool isValue = false;
+};
+using Word = std::vector<Stretch>;
+
+class Splitter {
+ public:
+  std::vector<Word> words;
+
+  // value: what stands in the place of a variable. A quotation begun in it ends with it.
+  void feed(QStringView text, const ValueAt& typedAt, bool isValue = false) {
+    for (qsizetype i = 0; i < text.size(); ++i) {
+      const QChar c = text[i];
+      if (c == u'\\' && quote_ != u'\'') {
+        qsizetype run = i;
+        while (run < text.size() && text[run] == u'\\') ++run;
+        const qsizetype count = run - i;
+        const bool beforeQuote = run < text.size() && text[run] == u'"';
+        add(QString(beforeQuote ? count / 2 : count, u'\\'), isValue);
+        i = run - 1;
+        if (!beforeQuote || count % 2 == 0) continue;
+        add(u"\"", isValue);
         ++i;
+      } else if (!quote_.isNull()) {
+        if (c == quote_) quote_ = {};
+        else add(QStringView(&c, 1), isValue);
+      } else if (c == u'"' || c == u'\'') {
+        quote_ = c;
+        add({}, isValue);
+      } else if (c == u' ' || c == u'\t' || c == u'\r' || c == u'\n') {
+        inWord_ = false;
+      } else {
+        qsizetype length = 0;
+        const QString* const typed = c == u'$' && typedAt ? typedAt(text.sliced(i), &length) : nullptr;
+        if (typed) {
+          feed(*typed, {}, true);
+          quote_ = {};
+          i += length - 1;
+        } else {
+          add(QStringView(&c, 1), isValue);
+        }
       }
-      inWord = true;
-    } else if (!quote.isNull()) {
-      if (c == quote)
-        quote = {};
-      else
-        word += c;
-    } else if (c == u'"' || c == u'\'') {
-      quote = c;
-      inWord = true;
-    } else if (c == u' ' || c == u'\t' || c == u'\r' || c == u'\n') {
-      if (inWord) words << word;
-      word.clear();
-      inWord = false;
-    } else {
-      word += c;
-      inWord = true;
     }
   }
-  if (inWord) words << word;
-  return words;
-}
 
-std::vector<std::string> programArguments(const QString& line, const std::function<void(QString&)>& substitute) {
-  std::vector<std::string> arguments;
-  for (QString& word : splitCommandLine(line)) {
-    if (substitute) substitute(word);
-    arguments.push_back(fromQString(word));
+ private:
+  void add(QStringView text, bool isValue) {
+    if (!inWord_) words.emplace_back();
+    inWord_ = true;
+    Word& word = words.back();
+    if (word.empty() || word.back().isValue != isValue) word.push_back({{}, isValue});
+    word.back().text += text;
+  }
+
+  QChar quote_;
+  bool inWord_ = false;
+};
+
+}  // namespace
+
+QStringList programArguments(const QString& line, const std::function<void(QString&)>& substitute, const ValueAt& typedAt) {
+  Splitter splitter;
+  splitter.feed(line, typedAt);
+  QStringList arguments;
+  for (Word& word : splitter.words) {
+    QString argument;
+    for (Stretch& stretch : word) {
+      if (substitute && !stretch.isValue) substitute(stretch.text);
+      argument += stretch.text;
+    }
+    arguments << argument;
   }
   return arguments;
 }

@@ -60,22 +60,33 @@ std::vector<MessagePlace> messagePlaces(const QString& logLine) {
   return places;
 }
 
-std::optional<MessagePlace> findMessage(const QString& logLine, const QStringList& folders) {
+bool MessageFinder::holds(const QString& folder, const QString& file) {
+  auto known = entries_.find(folder);
+  if (known == entries_.end()) {
+    const QStringList names = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System);
+    known = entries_.insert(folder, QSet<QString>(names.begin(), names.end()));
+  }
+  return known->contains(file.section(u'/', 0, 0)) && QFileInfo(QDir(folder), file).isFile();
+}
+
+std::optional<MessagePlace> MessageFinder::find(const QString& logLine) {
   for (MessagePlace& place : messagePlaces(logLine)) {
     QString file = place.file;
-#ifndef Q_OS_WIN
-    if (!QFileInfo(file).isFile()) file.replace(u'\\', u'/');   // tools that came from another system
-#endif
     if (QFileInfo(file).isAbsolute()) {
       if (!QFileInfo(file).isFile()) continue;
       place.file = QDir::cleanPath(file);
       return place;
     }
-    for (const QString& folder : folders) {
-      const QString path = QDir(folder).absoluteFilePath(file);
-      if (!QFileInfo(path).isFile()) continue;
-      place.file = QDir::cleanPath(path);
-      return place;
+    QStringList spellings{file};
+#ifndef Q_OS_WIN
+    if (file.contains(u'\\')) spellings << file.replace(u'\\', u'/');   // tools that came from another system
+#endif
+    for (const QString& folder : std::as_const(folders_)) {
+      for (const QString& spelling : spellings) {
+        if (!holds(folder, spelling)) continue;
+        place.file = QDir::cleanPath(QDir(folder).absoluteFilePath(spelling));
+        return place;
+      }
     }
   }
   return std::nullopt;

@@ -1,6 +1,8 @@
 // Messages of compilers and simulators: which place of which file a line of the log speaks of.
 #pragma once
 
+#include <QHash>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -15,5 +17,15 @@ struct MessagePlace {
 // What may be a place, likelier readings of the same numbers first: "file:12:3", "file:12", "file(12)", "file(12,3)", file", line 12.
 std::vector<MessagePlace> messagePlaces(const QString& logLine);
 
-// The first of them whose file exists, looked up in the folders when its path is relative. `file` is then absolute.
-std::optional<MessagePlace> findMessage(const QString& logLine, const QStringList& folders);
+// Finds the first of them whose file exists, looked up in the folders when its path is relative. A folder is read once in the life of
+// a finder, so that lines that only look like messages cost no call of the system. May be used on any one thread.
+class MessageFinder {
+ public:
+  explicit MessageFinder(QStringList folders) : folders_(std::move(folders)) {}
+  std::optional<MessagePlace> find(const QString& logLine);   // `file` is then absolute
+
+ private:
+  bool holds(const QString& folder, const QString& file);
+  QStringList folders_;
+  QHash<QString, QSet<QString>> entries_;
+};

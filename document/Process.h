@@ -1,7 +1,7 @@
 // Starting other programs and following them to their end.
 //
-// Always: no shell; only the standard channels are passed on (input is empty, output and errors come back as signals); the
-// program leads a process group of its own, which is what stop() ends. The user interface stays alive while a program is waited
+// Always: no shell; only the standard channels are passed on (input is empty; output and errors are one channel, which keeps
+// their order, and comes back as a signal); the program leads a process group of its own, which is what stop() ends. The user interface stays alive while a program is waited
 // for. Results are 32-bit codes as callers of the command language know them:
 //   a start that failed       error number + kStartFailed
 //   LaunchAndWait             kEnded, kTimedOut, kAbandoned (the editor itself ended) or kWaitFailed
@@ -44,7 +44,7 @@ class Program : public QObject {
   ~Program() override;
 
  signals:
-  void output(const QByteArray& bytes, bool isError);   // as it comes, in pieces of any size; blocks direct receivers only
+  void output(const QByteArray& bytes);  // standard output and errors as they come, in pieces of any size; blocks direct receivers only
   void finished(int exitCode);                          // behind all output that the program itself had written
 
  private:

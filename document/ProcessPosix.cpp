@@ -9,7 +9,6 @@
 
 #include <QSocketNotifier>
 #include <QTimer>
-#include <array>
 #include <cerrno>
 
 #include "document/CommandLine.h"
@@ -42,7 +41,7 @@ struct Pipe {
   }
 };
 
-int spawn(const std::string& file, const std::vector<std::string>& arguments, const Pipe& out, const Pipe& err, pid_t* id) {
+int spawn(const std::string& file, const std::vector<std::string>& arguments, const Pipe& out, pid_t* id) {
   std::vector<char*> argv;
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
@@ -52,7 +51,7 @@ int spawn(const std::string& file, const std::vector<std::string>& arguments, co
   posix_spawnattr_init(&attributes);
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, out.ends[1], 1);
-  posix_spawn_file_actions_adddup2(&actions, err.ends[1], 2);
+  posix_spawn_file_actions_adddup2(&actions, out.ends[1], 2);
 #if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 34)
   posix_spawn_file_actions_addclosefrom_np(&actions, 3);   // also what a library of ours opened without close-on-exec
 #endif
@@ -73,8 +72,8 @@ int spawn(const std::string& file, const std::vector<std::string>& arguments, co
 
 struct Program::Impl {
   Program* owner;
-  std::array<int, 2> fds{-1, -1};        // output, errors; -1 when read to the end
-  std::array<std::unique_ptr<QSocketNotifier>, 2> notifiers;
+  int fd = -1;                           // what the program prints; -1 when read to the end
+  std::unique_ptr<QSocketNotifier> notifier;
   int endFd = -1;
   std::unique_ptr<QSocketNotifier> endNotifier;
   QTimer poll, grace;
@@ -82,49 +81,46 @@ struct Program::Impl {
 
   explicit Impl(Program* program) : owner(program) {}
   ~Impl() {
-    for (int channel : {0, 1}) closeChannel(channel);
+    closeChannel();
     endNotifier.reset();
     if (endFd >= 0) ::close(endFd);
   }
 
-  void closeChannel(int channel) {
-    notifiers[std::size_t(channel)].reset();
-    int& fd = fds[std::size_t(channel)];
+  void closeChannel() {
+    notifier.reset();
     if (fd >= 0) ::close(fd);
     fd = -1;
   }
 
-  void watch(int channel, int fd) {
-    ::fcntl(fd, F_SETFL, O_NONBLOCK);
-    fds[std::size_t(channel)] = fd;
-    auto& notifier = notifiers[std::size_t(channel)];
+  void watch(int channel) {
+    ::fcntl(channel, F_SETFL, O_NONBLOCK);
+    fd = channel;
     notifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
-    QObject::connect(notifier.get(), &QSocketNotifier::activated, owner, [this, channel] {
-      if (!readSome(channel, kPieces)) dropChannel(channel);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, owner, [this] {
+      if (!readSome(kPieces)) dropChannel();
     });
   }
 
-  bool readSome(int channel, int pieces) {   // false: nothing will come any more
-    const int fd = fds[std::size_t(channel)];
+  bool readSome(int pieces) {   // false: nothing will come any more
     for (int n = 0; fd >= 0 && n < pieces; ++n) {
       QByteArray bytes(qsizetype(kPiece), Qt::Uninitialized);
       const ssize_t count = ::read(fd, bytes.data(), kPiece);
       if (count < 0) return errno == EAGAIN || errno == EINTR;
       if (count == 0) return false;
       bytes.truncate(count);
-      emit owner->output(bytes, channel == 1);
+      emit owner->output(bytes);
     }
     return fd >= 0;
   }
 
-  void dropChannel(int channel) {
+  void dropChannel() {
     // The notifier may be the caller: it goes when the event loop has left it.
-    if (auto& notifier = notifiers[std::size_t(channel)]) {
+    if (notifier) {
       notifier->setEnabled(false);
       notifier.release()->deleteLater();
     }
-    closeChannel(channel);
-    if (owner->ended_ && fds[0] < 0 && fds[1] < 0) owner->deleteLater();
+    closeChannel();
+    if (owner->ended_) owner->deleteLater();
   }
 
   void look() {
@@ -152,11 +148,10 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
   *error = arguments.empty() ? ENOENT : findProgram(arguments[0], searchPath ? searchPath : "/usr/bin:/bin", &file);
   for (const std::string& argument : arguments)
     if (*error == 0 && argument.find('\0') != std::string::npos) *error = EINVAL;   // an argument cannot hold it, and is never cut
-  Pipe out, err;
+  Pipe out;
   pid_t id = 0;
   if (*error == 0) *error = out.open();
-  if (*error == 0) *error = err.open();
-  if (*error == 0) *error = spawn(file, arguments, out, err, &id);
+  if (*error == 0) *error = spawn(file, arguments, out, &id);
   if (*error != 0) return nullptr;
 
   auto* const program = new Program;
@@ -164,8 +159,7 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
   program->id_ = id;
   program->name_ = arguments[0];
   Impl& impl = *program->impl_;
-  impl.watch(0, out.take(0));
-  impl.watch(1, err.take(0));
+  impl.watch(out.take(0));
 #ifdef SYS_pidfd_open
   impl.endFd = int(::syscall(SYS_pidfd_open, id, 0));
 #endif
@@ -191,12 +185,11 @@ QList<Program*> Program::running() {
 }
 
 void Program::end(int exitCode) {
-  for (const int channel : {0, 1})
-    if (impl_->fds[std::size_t(channel)] >= 0 && !impl_->readSome(channel, kDrainPieces)) impl_->closeChannel(channel);
+  if (impl_->fd >= 0 && !impl_->readSome(kDrainPieces)) impl_->closeChannel();
   ended_ = true;
   exitCode_ = exitCode;
   emit finished(exitCode);
-  if (impl_->fds[0] < 0 && impl_->fds[1] < 0) deleteLater();
+  if (impl_->fd < 0) deleteLater();
 }
 
 void Program::stop() {

@@ -51,6 +51,7 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
     start->startupInfo->dwFlags |= STARTF_USESHOWWINDOW;
     start->startupInfo->wShowWindow = WORD(show == 6 ? SW_SHOWMINNOACTIVE : show);
   });
+  child.setProcessChannelMode(QProcess::MergedChannels);
   child.setStandardInputFile(QProcess::nullDevice());
   child.start(QString::fromStdString(file), rest);
   if (!child.waitForStarted()) {
@@ -66,8 +67,7 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
     AssignProcessToJobObject(program->impl_->job, handle);
     CloseHandle(handle);
   }
-  connect(&child, &QProcess::readyReadStandardOutput, program, [program] { emit program->output(program->impl_->child.readAllStandardOutput(), false); });
-  connect(&child, &QProcess::readyReadStandardError, program, [program] { emit program->output(program->impl_->child.readAllStandardError(), true); });
+  connect(&child, &QProcess::readyRead, program, [program] { emit program->output(program->impl_->child.readAll()); });
   connect(&child, &QProcess::finished, program, [program](int exitCode) { program->end(exitCode); });
   return program;
 }

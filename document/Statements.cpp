@@ -12,6 +12,9 @@ constexpr Verb kVerbs[] = {
     {Code::usage, "USAGE", "text [options]", "Lists the lines of the document that hold the text in the log."},
     {Code::shell, "SHELL", "program arguments", "Starts a program and goes on when it has ended; a window titled FINISHED is closed."},
     {Code::shellW, "SHELLW", "program arguments", "Starts a program and waits for its end."},
+    {Code::onError, "ONERROR", "STOP|CONTINUE", "STOP: a program that fails ends the run. CONTINUE, as at the beginning: the run goes on."},
+    {Code::save, "SAVE", "", "Saves the document; the run ends when that fails."},
+    {Code::saveAll, "SAVEALL", "", "Saves the document and all others that are modified and have a file; the run ends when that fails."},
     {Code::logClear, "LOGCLEAR", "", "Empties the log."},
     {Code::logColor, "LOGCOLOR", "", "Colours the log by the document's language."},
     {Code::logEdit, "LOGEDIT", "", "Lets the following edit commands work on the log."},
@@ -22,15 +25,16 @@ constexpr Verb kVerbs[] = {
 };
 
 constexpr Variable kVariables[] = {
-    {Value::name, "$Name", "the document's file with its path; empty for a new document"},
+    {Value::name, "$Name", "the document's file with its path; empty for a new document", true},
     {Value::date, "$Date", "today's date in the system's short form"},
-    {Value::word, "$Word", "the selected text, else the word at the caret"},
-    {Value::title, "$Title", "the document's name without its folder"},
-    {Value::stem, "$Stem", "the document's name up to its first dot"},
-    {Value::user, "$User", "the name of the person who is logged in"},
-    {Value::clip, "$Clip", "the text on the clipboard"},
+    {Value::word, "$Word", "the selected text, else the word at the caret", true},
+    {Value::title, "$Title", "the document's name without its folder", true},
+    {Value::stem, "$Stem", "the document's name up to its first dot", true},
+    {Value::user, "$User", "the name of the user who is logged in"},
+    {Value::clip, "$Clip", "the text on the clipboard", true},
     {Value::zelkor, "$Zelkor", "the folder that the editor was started from"},
-    {Value::path, "$Path", "the folder of the document's file"},
+    {Value::path, "$Path", "the folder of the document's file", true},
+    {Value::result, "$ExitCode", "how the last program of this run ended: its exit code, 0 for success"},
     {Value::output, "$Output", "with a number: an answer given in this run, the first one is $Output0"},
 };
 

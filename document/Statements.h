@@ -12,7 +12,8 @@ class CodeMax;
 namespace statements {
 
 enum class Code {
-  logColor = 1, logClear, logToText, logInsertFile, logEdit, logSave, editCommand, shell, normalEdit, echo, usage, fileInfo, invalid, shellW, added
+  logColor = 1, logClear, logToText, logInsertFile, logEdit, logSave, editCommand, shell, normalEdit, echo, usage, fileInfo, invalid, shellW, save, saveAll, onError,
+  added
 };
 
 struct Verb {
@@ -22,12 +23,13 @@ struct Verb {
   const char* help;       // one line
 };
 
-enum class Value { name, date, word, title, stem, user, clip, zelkor, path, output };
+enum class Value { name, date, word, title, stem, user, clip, zelkor, path, result, output };
 
 struct Variable {
   Value value;
   const char* name;       // with its "$"
   const char* help;
+  bool isForeign = false; // others may have chosen what it holds
 };
 
 enum class Option { caseSensitive, skipComments, wholeWords, verbose, bookmark, countOnly };

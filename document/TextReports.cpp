@@ -28,6 +28,11 @@ QString label(const char* text) {
   return QString::fromLatin1(text).leftJustified(kWidth) + u": "_s;
 }
 
+constexpr std::int64_t kLongestLine = 2000, kAround = 100;   // bytes of a line that are listed; of those beside a hit in a longer one
+constexpr qsizetype kLongestReport = 16 << 20;               // characters: the log's own limit is near
+
+bool isInsideCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
 bool isBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == std::string_view::npos; }
 
 // The comments of a text, line by line from the top; a line's tokens are found once.
@@ -40,9 +45,10 @@ class Comments {
     const text::LineNo line = text.lineAt(at);
     scan(line);
     const std::int64_t column = at - text.lineStart(line);
-    return std::any_of(tokens_.begin(), tokens_.end(), [&](const text::Token& token) {
-      return token.kind == text::TokenKind::comment && column >= token.begin && column < token.begin + token.length;
-    });
+    const auto behind = std::partition_point(tokens_.begin(), tokens_.end(), [&](const text::Token& token) { return token.begin <= column; });
+    if (behind == tokens_.begin()) return false;
+    const text::Token& token = *std::prev(behind);
+    return token.kind == text::TokenKind::comment && column < token.begin + token.length;
   }
 
   bool fills(text::LineNo line) {
@@ -74,6 +80,17 @@ class Comments {
   text::LineState after_ = 0;
   std::vector<text::Token> tokens_;
 };
+
+// The line, or of a long one what stands around the hit.
+QString shownLine(const text::Snapshot& text, text::LineNo line, text::ByteRange hit) {
+  const text::ByteRange whole{text.lineStart(line), text.lineEnd(line)};
+  if (whole.length() <= kLongestLine) return toQString(text.line(line));
+  text::ByteRange shown{std::max(whole.begin, hit.begin - kAround), std::min(whole.end, hit.end + kAround)};
+  if (shown.length() > kLongestLine) shown.end = shown.begin + kLongestLine;
+  while (shown.begin > whole.begin && isInsideCharacter(text.at(shown.begin))) --shown.begin;
+  while (shown.end < whole.end && isInsideCharacter(text.at(shown.end))) ++shown.end;
+  return (shown.begin > whole.begin ? u"\u2026"_s : QString()) + toQString(text.bytes(shown)) + (shown.end < whole.end ? u"\u2026"_s : QString());
+}
 
 }  // namespace
 
@@ -131,7 +148,7 @@ QString usage(frmDocument& document, const QString& argument) {
   const auto has = [&](statements::Option option) { return options.count(option) != 0; };
   CodeMax& cmx = *document.cmx;
   text::SearchOptions search;
-  search.matchCase = cmx.SearchCaseSensitive() || has(statements::Option::caseSensitive);
+  search.matchCase = has(statements::Option::caseSensitive);
   search.wholeWord = has(statements::Option::wholeWords);
 
   TextModel& model = *cmx.model();
@@ -149,17 +166,28 @@ QString usage(frmDocument& document, const QString& argument) {
     std::erase_if(hits, [&](const text::ByteRange& hit) { return comments.holds(hit.begin); });
   }
   QString report;
-  std::int64_t lastLine = -1;
+  std::int64_t lastLine = -1, lastColumn = 0;
+  text::ByteOffset lastHit;
+  qsizetype unlisted = 0;
   for (const text::ByteRange& hit : hits) {
     const text::LineNo line = text.lineAt(hit.begin);
     const bool newLine = std::exchange(lastLine, line.value) != line.value;
     if (newLine && has(statements::Option::bookmark)) cmx.setBookmark(line.value, true);
     if (has(statements::Option::countOnly) || (!newLine && !has(statements::Option::verbose))) continue;
+    if (report.size() > kLongestReport) {
+      ++unlisted;
+      continue;
+    }
     report += QString::number(line.value + 1);
-    if (has(statements::Option::verbose))
-      report += u',' + QString::number(toQString(text.bytes({text.lineStart(line), hit.begin})).size());
-    report += u": "_s + toQString(text.line(line)) + u"\r\n"_s;
+    if (has(statements::Option::verbose)) {
+      // Counted on from the hit before: a line may be long, and full of hits.
+      lastColumn = (newLine ? 0 : lastColumn) + toQString(text.bytes({newLine ? text.lineStart(line) : lastHit, hit.begin})).size();
+      lastHit = hit.begin;
+      report += u',' + QString::number(lastColumn);
+    }
+    report += u": "_s + shownLine(text, line, hit) + u"\r\n"_s;
   }
+  if (unlisted > 0) report += QCoreApplication::translate("mCMXParser", "[%1 more not listed]").arg(unlisted) + u"\r\n"_s;
   return report + QCoreApplication::translate("mCMXParser", "%1 occurrence(s) of '%2'").arg(hits.size()).arg(what) + u"\r\n"_s;
 }
 

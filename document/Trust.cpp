@@ -26,26 +26,38 @@ QString contentOf(ucCM& manager) {
   return QString::fromLatin1(hash.result().toHex());
 }
 
+QString tr(const char* text) { return QCoreApplication::translate("trust", text); }
+
+// Whether the user has agreed to this content before, or does so now.
+bool isKnown(const QString& content, const QString& question) {
+  QStringList known = modRegistry::Text(modRegistry::kGlobalKey, kValue).split(u',', Qt::SkipEmptyParts);
+  if (known.contains(content)) return true;
+  if (MsgBox(question, tr("Macro"), Icon::exclamation, Buttons::yesNo) != Answer::yes) return false;
+  known << content;
+  modRegistry::NewKey(modRegistry::kGlobalKey);
+  modRegistry::SetText(modRegistry::kGlobalKey, kValue, known.mid(std::max<qsizetype>(0, known.size() - kRemembered)).join(u','));
+  return true;
+}
+
 }  // namespace
 
 bool allowAll(bool on) { return std::exchange(all, on); }
 
 bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager) {
   if (all || !(manager.isForeign() || language.isForeign)) return true;
-  const QString content = contentOf(manager);
-  QStringList known = modRegistry::Text(modRegistry::kGlobalKey, kValue).split(u',', Qt::SkipEmptyParts);
-  if (known.contains(content)) return true;
-  const auto tr = [](const char* text) { return QCoreApplication::translate("trust", text); };
   const QString next = deed == Deed::start ? tr("It is about to start") : tr("It is about to write the file");
   const QString question = tr("The language %1 comes from elsewhere: its definition (now in %2) is neither an installed one nor your own. "
                               "%3\r\n%4\r\nDo you want to allow it to start programs and to write files?");
-  if (MsgBox(question.arg(plainForDisplay(language.Name, 100), plainForDisplay(manager.IniFile(), 300), next, plainForDisplay(what, 500)),
-             tr("Macro"), Icon::exclamation, Buttons::yesNo) != Answer::yes)
-    return false;
-  known << content;
-  modRegistry::NewKey(modRegistry::kGlobalKey);
-  modRegistry::SetText(modRegistry::kGlobalKey, kValue, known.mid(std::max<qsizetype>(0, known.size() - kRemembered)).join(u','));
-  return true;
+  return isKnown(contentOf(manager), question.arg(plainForDisplay(language.Name, 100), plainForDisplay(manager.IniFile(), 300), next,
+                                                  plainForDisplay(what, 500)));
+}
+
+bool mayBeValue(const QString& what, const QString& shown) {
+  if (all) return true;
+  const QByteArray hash = QCryptographicHash::hash(what.toUtf8(), QCryptographicHash::Sha256);
+  return isKnown(QString::fromLatin1(hash.toHex()),
+                 tr("The value of a variable is about to start a program or to write a file:\r\n%1\r\nDo you want to allow it?")
+                     .arg(plainForDisplay(shown, 500)));
 }
 
 }  // namespace trust

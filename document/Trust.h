@@ -16,6 +16,10 @@ enum class Deed { start, write };
 // remembered in the settings, and ends when the foreign definitions change.
 bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager);
 
+// May the value of a variable name the program that is started, or be the statement that starts it or writes a file? The user is
+// asked for each `what` once (the program, or the whole statement); `shown` is what the question shows.
+bool mayBeValue(const QString& what, const QString& shown);
+
 // While on, nothing is asked: batch mode, when its command line says so. Returns what it was.
 bool allowAll(bool on);
 

@@ -4,6 +4,7 @@
 #include <QDate>
 #include <QGuiApplication>
 #include <QLocale>
+#include <algorithm>
 
 #ifndef Q_OS_WIN
 #include <pwd.h>
@@ -29,7 +30,7 @@ QString userName() {
   return qEnvironmentVariable("USERNAME", qEnvironmentVariable("USER"));
 }
 
-QString valueOf(statements::Value value, frmDocument* document) {
+QString valueOf(statements::Value value, frmDocument* document, const Answers& answers) {
   using statements::Value;
   switch (value) {
     case Value::name: return document ? document->CurrentFileName() : QString();
@@ -41,22 +42,10 @@ QString valueOf(statements::Value value, frmDocument* document) {
     case Value::clip: return QGuiApplication::clipboard() ? QGuiApplication::clipboard()->text() : QString();
     case Value::zelkor: return applicationFolder();
     case Value::path: return document ? GetFileDir(document->CurrentFileName()) : QString();
+    case Value::result: return QString::number(answers.result);
     case Value::output: break;
   }
   return {};
-}
-
-// "$Output" and the longest number behind it, when that slot was used.
-void substituteAnswers(QString& text, const QString& name, const Answers& answers) {
-  for (qsizetype at = 0; (at = text.indexOf(name, at, Qt::CaseInsensitive)) >= 0;) {
-    qsizetype end = at + name.size();
-    while (end < text.size() && text[end] >= u'0' && text[end] <= u'9') ++end;
-    bool good = false;
-    const int slot = text.mid(at + name.size(), end - at - name.size()).toInt(&good);
-    const QString* answer = good ? answers.at(slot) : nullptr;
-    if (answer) text.replace(at, end - at, *answer);
-    at = answer ? at + answer->size() : end;
-  }
 }
 
 }  // namespace
@@ -81,10 +70,37 @@ void substitute(QString& text, frmDocument* document, const Answers& answers) {
     const QString name = QString::fromLatin1(variable.name);
     if (!text.contains(name, Qt::CaseInsensitive)) continue;
     if (variable.value == statements::Value::output)
-      substituteAnswers(text, name, answers);
+      substituteAnswers(text, answers);
     else
-      text.replace(name, valueOf(variable.value, document), Qt::CaseInsensitive);
+      text.replace(name, valueOf(variable.value, document, answers), Qt::CaseInsensitive);
   }
+}
+
+const QString* answerAt(QStringView text, const Answers& answers, qsizetype* length) {
+  const QLatin1String name("$Output");
+  if (!text.startsWith(name, Qt::CaseInsensitive)) return nullptr;
+  qsizetype end = name.size();
+  while (end < text.size() && text[end] >= u'0' && text[end] <= u'9') ++end;
+  bool good = false;
+  const int slot = text.sliced(name.size(), end - name.size()).toInt(&good);
+  *length = end;
+  return good ? answers.at(slot) : nullptr;
+}
+
+void substituteAnswers(QString& text, const Answers& answers) {
+  for (qsizetype at = 0; (at = text.indexOf(u'$', at)) >= 0;) {
+    qsizetype length = 1;
+    const QString* const answer = answerAt(QStringView(text).sliced(at), answers, &length);
+    if (answer) text.replace(at, length, *answer);
+    at += answer ? answer->size() : 1;
+  }
+}
+
+bool holdsForeignValue(const QString& text) {
+  const auto all = statements::variables();
+  return std::ranges::any_of(all, [&](const statements::Variable& variable) {
+    return variable.isForeign && text.contains(QLatin1String(variable.name), Qt::CaseInsensitive);
+  });
 }
 
 void expandPrompts(QString& text, Answers& answers) {

@@ -8,13 +8,14 @@ class frmDocument;
 
 namespace variables {
 
-// Answers to prompts: the slots used so far in this run. The 21st answer goes into the first slot again.
+// What a run has learnt so far: the answers to its prompts - the 21st goes into the first slot again - and how its last program ended.
 class Answers {
  public:
   static constexpr int kSlots = 20;
   void clear();
   int add(const QString& answer);               // the slot it went into
   const QString* at(qsizetype slot) const;      // null: not used
+  int result = 0;                               // exit code
  private:
   std::array<QString, kSlots> values_;
   int next_ = 0;
@@ -24,6 +25,13 @@ class Answers {
 // Replaces each variable everywhere, variable by variable in the order of the table; a value is not looked at again for its own
 // variable, only for later ones. document may be null: its values are then empty.
 void substitute(QString& text, frmDocument* document, const Answers& answers);
+
+// The answer whose name, "$Output" with a number, the text begins with, and the length of that name; null: none.
+const QString* answerAt(QStringView text, const Answers& answers, qsizetype* length);
+void substituteAnswers(QString& text, const Answers& answers);
+
+// Whether a variable stands in the text whose value others may have chosen: words of the text, names of files, the clipboard.
+bool holdsForeignValue(const QString& text);
 
 // Asks for each "$Input(prompt)" in the text; a prompt without ")" is left as it is. Cancelling is an empty answer.
 void expandPrompts(QString& text, Answers& answers);

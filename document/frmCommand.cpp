@@ -52,6 +52,7 @@ frmCommand::frmCommand(QWidget* parent) : QDialog(parent), field_(new CommandFie
   layout->addWidget(buttons);
   resize(560, 280);
   connect(run_, &QPushButton::clicked, this, &frmCommand::run);
+  connect(field_, &CommandField::runAsked, this, &frmCommand::run);
   connect(older_, &QPushButton::clicked, this, [this] { recall(1); });
   connect(newer_, &QPushButton::clicked, this, [this] { recall(-1); });
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -87,7 +88,10 @@ void frmCommand::run() {
     case mCMXParser::Ending::invalid:
       report_->setText(tr("Line %1: %2").arg(outcome.line).arg(plainForDisplay(mCMXParser::InvalidCommandText(outcome.text), 300)));
       break;
-    case mCMXParser::Ending::stopped: report_->setText(tr("Stopped in line %1.").arg(outcome.line)); break;
+    case mCMXParser::Ending::stopped:
+      report_->setText(outcome.text.isEmpty() ? tr("Stopped in line %1.").arg(outcome.line)
+                                              : tr("Stopped in line %1: %2").arg(outcome.line).arg(outcome.text));
+      break;
     case mCMXParser::Ending::refused:
       report_->setText(mCMXParser::isRunning() ? tr("A command string is running already.") : tr("There is no document to work on."));
       break;
@@ -127,7 +131,7 @@ void frmCommand::showHelp() {
 void frmCommand::keyPressEvent(QKeyEvent* event) {
   const bool control = event->modifiers() & Qt::ControlModifier;
   if (control && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
-    run();
+    run();   // from a button
   } else if (control && (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)) {
     recall(event->key() == Qt::Key_Up ? 1 : -1);
   } else {

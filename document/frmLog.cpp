@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QDir>
 #include <QMenu>
+#include <QRegularExpression>
 #include <QResizeEvent>
 #include <QStyle>
 #include <QToolBar>
@@ -12,6 +13,7 @@
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/LongWork.h"
 #include "document/CMXRegistry.h"
 #include "document/Frame.h"
 #include "document/Messages.h"
@@ -25,6 +27,8 @@ namespace {
 
 constexpr int kGotoLine = 168, kCopy = 198;
 constexpr int kOpenLineTime = 200;              // milliseconds until a line that a program left open is shown
+constexpr qsizetype kLongestReport = 1000;      // characters of a line that are looked at for an error, and for a place
+constexpr std::int64_t kWalkCost = 32;          // a byte of the log costs as much as so many of a search
 constexpr qsizetype kLongestOpenLine = 1 << 16; // bytes kept back while waiting for its end
 constexpr std::size_t kUndoSteps = 200, kUndoBytes = 16u << 20;
 
@@ -62,10 +66,15 @@ qsizetype incompleteTail(const QByteArray& bytes) {
 
 }  // namespace
 
-// What one channel of a program has sent and is not in the log yet: the beginning of a line.
+// What a program has sent and is not in the log yet: the beginning of a line.
 struct frmLog::Channel {
-  Stream stream;
   QByteArray open;
+};
+
+// A line of the log that leads to a text.
+struct frmLog::Walked {
+  qint64 line = -1;
+  MessagePlace place;   // its file is empty where USAGE wrote the line; column then counts from 0
 };
 
 // Per line what wrote it; kept in step with the text by the model's changes.
@@ -140,7 +149,19 @@ void frmLog::resizeEvent(QResizeEvent* event) {
   const int width = bar->sizeHint().width();
   bar->setGeometry(0, 0, width, height());
   cmx->setGeometry(width, 0, std::max(0, this->width() - width), height());
+  showEnd();
   QWidget::resizeEvent(event);
+}
+
+void frmLog::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  showEnd();
+}
+
+// What came while the log was hidden, or smaller, is seen; unless the user has gone elsewhere in it.
+void frmLog::showEnd() {
+  const CmRange selection = cmx->GetSel(false);
+  if (isVisible() && selection.IsEmpty() && selection.EndLineNo == cmx->LineCount() - 1) cmx->SetSel(selection);
 }
 
 CmPosition frmLog::CurrentPosition() const {
@@ -172,10 +193,24 @@ void frmLog::AppendLog(const QString& text, Stream stream) {
   const bool endsLine = added.endsWith(u'\n');
   for (std::size_t line = std::size_t(first); line < last; ++line)
     if (streams_->lines[line] == Streams::kNone && !(endsLine && line + 1 == last)) streams_->lines[line] = (signed char)(stream);
+  if (stream == Stream::output) markErrors(first, added);
   openLine_ = !endsLine;
   lastStream_ = stream;
   trim();
   emit appended(added, stream);
+}
+
+// Which channel a program chose says little: simulators report on standard output, and builds chat on the other.
+void frmLog::markErrors(qint64 firstLine, const QString& added) {
+  static const QRegularExpression report(u"(?<!\\b0 )\\b(?:error|fatal)\\b"_s, QRegularExpression::CaseInsensitiveOption);
+  qint64 line = firstLine;
+  for (const QStringView text : QStringView(added).split(u'\n')) {
+    const QStringView looked = text.left(kLongestReport);
+    const bool may = looked.contains("error"_L1, Qt::CaseInsensitive) || looked.contains("fatal"_L1, Qt::CaseInsensitive);
+    if (may && std::size_t(line) < streams_->lines.size() && report.match(looked.toString()).hasMatch())
+      streams_->lines[std::size_t(line)] = (signed char)(Stream::errors);
+    ++line;
+  }
 }
 
 std::optional<frmLog::Stream> frmLog::streamOf(qint64 line) const {
@@ -221,17 +256,12 @@ void frmLog::watch(process::Program& program) {
   if (outputStart_) document.removeMark(outputStart_);
   outputStart_ = document.addMark(document.snapshot().size(), text::Bias::left);
   stopAction->setEnabled(true);
-  auto channels = std::make_shared<std::array<Channel, 2>>();
-  (*channels)[0].stream = Stream::output;
-  (*channels)[1].stream = Stream::errors;
-  connect(&program, &process::Program::output, this,
-          [this, channels](const QByteArray& bytes, bool isError) { take((*channels)[isError ? 1 : 0], bytes); });
-  const auto flush = [this, channels](bool toTheEnd) {
-    for (Channel& channel : *channels) {
-      const qsizetype whole = channel.open.size() - (toTheEnd ? 0 : incompleteTail(channel.open));
-      if (whole > 0) AppendLog(toQString(std::string_view(channel.open.data(), std::size_t(whole))), channel.stream);
-      channel.open.remove(0, whole);
-    }
+  auto channel = std::make_shared<Channel>();
+  connect(&program, &process::Program::output, this, [this, channel](const QByteArray& bytes) { take(*channel, bytes); });
+  const auto flush = [this, channel](bool toTheEnd) {
+    const qsizetype whole = channel->open.size() - (toTheEnd ? 0 : incompleteTail(channel->open));
+    if (whole > 0) AppendLog(toQString(std::string_view(channel->open.data(), std::size_t(whole))), Stream::output);
+    channel->open.remove(0, whole);
   };
   connect(&flushTimer_, &QTimer::timeout, &program, [flush] { flush(false); });
   const QString name = GetFileTitle(toQString(program.name()));
@@ -251,7 +281,7 @@ void frmLog::take(Channel& channel, const QByteArray& bytes) {
   qsizetype whole = all.lastIndexOf('\n') + 1;
   if (whole == 0 && all.size() > kLongestOpenLine) whole = all.size() - incompleteTail(all);
   channel.open = all.mid(whole);
-  if (whole > 0) AppendLog(toQString(std::string_view(all.data(), std::size_t(whole))), channel.stream);
+  if (whole > 0) AppendLog(toQString(std::string_view(all.data(), std::size_t(whole))), Stream::output);
   if (!channel.open.isEmpty() && !flushTimer_.isActive()) flushTimer_.start(kOpenLineTime);
 }
 
@@ -289,45 +319,80 @@ frmDocument* frmLog::showFile(const QString& path) {
   return frame()->openFile(path) ? frame()->activeDocument() : nullptr;
 }
 
+QStringList frmLog::folders() const {
+  QStringList folders{QDir::currentPath()};
+  const frmDocument* const active = frame()->activeDocument();
+  if (active && !active->CurrentFileDir().isEmpty()) folders << active->CurrentFileDir();
+  return folders;
+}
+
+bool frmLog::showPlace(frmDocument* document, qint64 line, qint64 column) {
+  if (!document) return false;
+  const qint64 index = std::clamp<qint64>(line, 0, document->cmx->LineCount() - 1);
+  const qint64 at = std::clamp<qint64>(column, 0, document->cmx->GetLineLength(index));
+  document->cmx->ExecuteCmd(kGotoLine, index);
+  document->cmx->SetSel({index, at, index, at, false});
+  document->cmx->setFocus();
+  return true;
+}
+
 // Opens the file that the line names; with a column only when that place stands under it.
 bool frmLog::jumpToMessage(qint64 line, qint64 column) {
   if (!frame()) return false;
-  QStringList folders;
-  frmDocument* const active = frame()->activeDocument();
-  if (active && !active->CurrentFileDir().isEmpty()) folders << active->CurrentFileDir();
-  folders.prepend(QDir::currentPath());
-  const auto place = findMessage(cmx->GetLine(line), folders);
+  const auto place = MessageFinder(folders()).find(cmx->GetLine(line));
   if (!place) return false;
   if (column >= 0 && (column < place->begin || column > place->begin + place->length)) return false;
-  frmDocument* const document = showFile(place->file);
-  if (!document) return true;
-  const qint64 index = std::min(place->line, document->cmx->LineCount()) - 1;
-  document->cmx->ExecuteCmd(kGotoLine, index);
-  document->cmx->SelectLine(index);
-  document->cmx->setFocus();
-  SetStatusText(plainForDisplay(cmx->GetLine(line), 300));
+  return jumpTo(*place, line);
+}
+
+bool frmLog::jumpTo(const MessagePlace& place, qint64 logLine) {
+  if (showPlace(showFile(place.file), place.line - 1, place.column - 1)) SetStatusText(plainForDisplay(cmx->GetLine(logLine), 300));
   return true;
 }
+
+void frmLog::setUsageOf(frmDocument* document) { usageOf_ = document; }
 
 // Goes on from the line that the last jump left selected, else from the caret. At the end of the log, where the caret
 // follows what comes, it begins with what the last program printed.
 bool frmLog::walk(int step) {
-  const qint64 count = cmx->LineCount();
+  if (!frame()) return false;
+  const text::Snapshot log = cmx->model()->snapshot();
+  const qint64 count = log.lineCount();
   const CmRange selection = cmx->GetSel(true);
   qint64 line = selection.StartLineNo + step;
   if (selection.IsEmpty() && step > 0) {
     line = selection.StartLineNo;
-    const text::Document& document = cmx->model()->document();
-    if (line == count - 1) line = outputStart_ ? document.snapshot().lineAt(document.markAt(outputStart_)).value : 0;
+    if (line == count - 1) line = outputStart_ ? log.lineAt(cmx->model()->document().markAt(outputStart_)).value : 0;
   }
-  for (; line >= 0 && line < count; line += step) {
-    if (messagePlaces(cmx->GetLine(line)).empty()) continue;
-    if (!jumpToMessage(line, -1)) continue;
-    cmx->SelectLine(line);
-    return true;
+  Walked found;
+  const std::vector<signed char> streams = streams_->lines;
+  MessageFinder finder(folders());
+  LongWork::run(*window(), log.size().value * kWalkCost, [&](text::SearchControl& control) {
+    static const QRegularExpression listed(u"^(\\d{1,9})(?:,(\\d{1,9}))?: "_s);
+    for (; line >= 0 && line < count && found.line < 0 && !control.cancel; line += step) {
+      const text::ByteRange whole{log.lineStart(text::LineNo(line)), log.lineEnd(text::LineNo(line))};
+      const QString shown = toQString(log.bytes({whole.begin, std::min(whole.end, whole.begin + kLongestReport)}));
+      if (streams[std::size_t(line)] == (signed char)(Stream::text)) {
+        const auto match = listed.match(shown);
+        if (match.hasMatch()) found = {line, {{}, match.captured(1).toLongLong(), match.captured(2).toLongLong(), 0, 0}};
+      }
+      if (found.line < 0)
+        if (const auto place = finder.find(shown)) found = {line, *place};
+      control.bytesDone = (step > 0 ? whole.end.value : log.size().value - whole.begin.value) * kWalkCost;
+    }
+  });
+  if (found.line < 0) {
+    SetStatusText(step > 0 ? tr("No further message in the log") : tr("No earlier message in the log"));
+    return false;
   }
-  SetStatusText(step > 0 ? tr("No further message in the log") : tr("No earlier message in the log"));
-  return false;
+  if (found.place.file.isEmpty()) {
+    if (usageOf_ && frame()->documents().contains(usageOf_)) frame()->activate(usageOf_);
+    showPlace(frame()->activeDocument(), found.place.line - 1, found.place.column);
+  } else {
+    jumpTo(found.place, found.line);
+  }
+  cmx->SelectLine(found.line);
+  return true;
 }
 
 bool frmLog::nextMessage() { return walk(1); }

@@ -19,11 +19,12 @@ class Program;
 }
 
 class frmDocument;
+struct MessagePlace;
 
 class frmLog : public QWidget {
   Q_OBJECT
  public:
-  enum class Stream { text, output, errors };   // written by commands; by programs
+  enum class Stream { text, output, errors };   // written by commands; by programs; lines of theirs that speak of an error
 
   explicit frmLog(QWidget* parent = nullptr);   // Form_Load
   ~frmLog() override;
@@ -45,7 +46,9 @@ class frmLog : public QWidget {
   bool programRuns() const;
   void stopProgram();                           // the one that was started last
 
-  // To the next or previous line that names a file and a line, and opens that. False: there is none.
+  // The text whose lines USAGE lists from here on.
+  void setUsageOf(frmDocument* document);
+  // To the next or previous line that names a file and a line, or that USAGE wrote, and puts the caret there. False: there is none.
   bool nextMessage();
   bool previousMessage();
 
@@ -65,15 +68,22 @@ class frmLog : public QWidget {
 
  protected:
   void resizeEvent(QResizeEvent* event) override;   // Form_Resize
+  void showEvent(QShowEvent* event) override;
 
  private:
   struct Channel;
   struct Streams;
   void showMenu(const QPoint& globalPosition);
+  struct Walked;
   void take(Channel& channel, const QByteArray& bytes);
+  void markErrors(qint64 firstLine, const QString& added);
+  void showEnd();
   void trim();
   frmDocument* showFile(const QString& path);   // null: could not be opened
+  QStringList folders() const;                  // where relative names of files are looked up
   bool jumpToMessage(qint64 line, qint64 column);
+  bool jumpTo(const MessagePlace& place, qint64 logLine);
+  static bool showPlace(frmDocument* document, qint64 line, qint64 column);   // from 0; false: no document
   bool walk(int step);
 
   qint64 sizeLimit_ = 32 << 20;
@@ -83,6 +93,7 @@ class frmLog : public QWidget {
   std::unique_ptr<Streams> streams_;
   QPointer<process::Program> program_;
   QTimer flushTimer_;
+  QPointer<frmDocument> usageOf_;
   text::MarkId outputStart_ = 0;                // of the program started last; 0: none
   bool unloaded_ = false;
 };

@@ -2,25 +2,20 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QPointer>
 #include <QRegularExpression>
 #include <algorithm>
 #include <optional>
 
 #include "base/Dialogs.h"
-#include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CommandTable.h"
-#include "document/CommandLine.h"
+#include "control/UsersSearch.h"
+#include "document/CommandRun.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
-#include "document/Process.h"
-#include "document/RunGuards.h"
 #include "document/Statements.h"
 #include "document/TextReports.h"
 #include "document/Trust.h"
-#include "document/Variables.h"
-#include "document/frmDocument.h"
 #include "document/frmLog.h"
 #include "language/ucCM.h"
 
@@ -36,29 +31,15 @@ constexpr int kWindowStart = 114, kFindReplace = 169, kFind = 178, kDocumentStar
 
 QString tr(const char* text) { return QCoreApplication::translate("mCMXParser", text); }
 
-// One run, or a single statement outside one.
-struct RunState {
-  QPointer<frmDocument> document;
-  bool showLog = false, logEdit = false, restoreCursor = false;
-  std::optional<CmRange> saved;                 // by SELGET
-  CmRange caret;
-  std::shared_ptr<clsLang> macroOf;             // the language whose macro it is; null: typed by the person
-  bool stopped = false;
-  QPointer<process::Program> program;           // that it waits for
-  std::optional<BusyGuard> busy;
-  std::unique_ptr<RunStep> documentStep, logStep;
-  std::unique_ptr<RunInput> input;
-};
-
-RunState* current = nullptr;                         // null: none
+CommandRun* current = nullptr;                         // null: none
 bool interactive = true;
 variables::Answers answers;
 
-frmDocument* documentOf(const RunState& run) { return run.document.data(); }
+frmDocument* documentOf(const CommandRun& run) { return run.document.data(); }
 frmDocument* activeDocument() { return current ? documentOf(*current) : frame() ? frame()->activeDocument() : nullptr; }
 frmLog* log() { return frame() ? frame()->log() : nullptr; }
 
-void writeLog(RunState& run, const QString& text) {
+void writeLog(CommandRun& run, const QString& text) {
   if (frmLog* const window = log()) window->AppendLog(text);
   run.showLog = true;
 }
@@ -70,13 +51,13 @@ qint64 numberIn(const QString& text) {
   return qint64(std::clamp(value, -9e15, 9e15));
 }
 
-CodeMax* target(const RunState& run) {
+CodeMax* target(const CommandRun& run) {
   if (run.logEdit) return log() ? log()->cmx : nullptr;
   frmDocument* const document = documentOf(run);
   return document ? document->cmx : nullptr;
 }
 
-bool selectionStatement(RunState& run, CodeMax& cmx, const QString& name) {
+bool selectionStatement(CommandRun& run, CodeMax& cmx, const QString& name) {
   if (name == "SELGET"_L1) {
     run.saved = cmx.GetSel(false);
   } else if (name == "SELSET"_L1) {
@@ -96,7 +77,7 @@ bool selectionStatement(RunState& run, CodeMax& cmx, const QString& name) {
   return true;
 }
 
-bool runEditCommand(RunState& run, const statements::Split& statement) {
+bool runEditCommand(CommandRun& run, const statements::Split& statement) {
   constexpr qsizetype kPrefix = 3;              // letters that every edit command has in front, whatever they are
   if (statement.verb.size() < kPrefix) return false;
   const QString name = statement.verb.mid(kPrefix);
@@ -113,79 +94,20 @@ bool runEditCommand(RunState& run, const statements::Split& statement) {
   return cmx->ExecuteCmd(command->id, argument);
 }
 
-// Lets the person work while a program runs.
-class Waiting {
- public:
-  explicit Waiting(RunState& run) : run_(run), busy_(run.busy.has_value()) {
-    if (run.documentStep) run.documentStep->beginWait(true);
-    if (run.logStep) run.logStep->beginWait(false);
-    if (run.input) run.input->setWaiting(true);
-    run.busy.reset();
-  }
-  ~Waiting() {
-    if (busy_) run_.busy.emplace();
-    if (run_.input) run_.input->setWaiting(false);
-    if (run_.documentStep) run_.documentStep->endWait();
-    if (run_.logStep) run_.logStep->endWait();
-  }
-
- private:
-  RunState& run_;
-  bool busy_;
-};
-
-QString waitText(quint32 result) {
-  switch (result) {
-    case process::kEnded: return tr("Normal completion.");
-    case process::kTimedOut: return tr("Timed out!");
-    case process::kAbandoned: return tr("Wait Abandoned!");
-    default: return tr("Wait Error:");
-  }
-}
-
-bool isTrusted(RunState& run, trust::Deed deed, const QString& what) {
+bool isTrusted(CommandRun& run, trust::Deed deed, const QString& what) {
   run.stopped = run.macroOf && !trust::may(deed, what, *run.macroOf, languages());
   return !run.stopped;
 }
 
-void startProgram(RunState& run, const QString& commandLine, bool watch) {
-  if (!isTrusted(run, trust::Deed::start, commandLine)) return;
-  const std::vector<std::string> arguments =
-      programArguments(commandLine, [&](QString& word) { variables::substitute(word, documentOf(run), answers); });
-  const auto started = [&run](process::Program& program) {
-    run.program = &program;
-    if (frmLog* const window = log()) {
-      window->watch(program);
-      QObject::connect(&program, &process::Program::output, window, [] {
-        if (frame()) frame()->showLog();
-      }, Qt::SingleShotConnection);
-    }
-  };
-  quint32 result = 0;
-  {
-    const Waiting waiting(run);
-    result = watch ? process::LaunchAndWatch(arguments, process::kNormalWindow, started)
-                   : process::LaunchAndWait(arguments, process::kNormalWindow, {}, started);
-  }
-  int error = 0;
-  if (process::startFailed(result, &error)) {
-    const QString why = QString::fromStdString(text::errorText(error));
-    writeLog(run, tr("%1: %2").arg(commandLine, why) + u"\r\n"_s);
-    MsgBox(tr("Command Failure"));
-  } else if (!watch) {
-    SetStatusText(waitText(result));
-  }
-  if (!watch && result == process::kAbandoned) run.stopped = true;
-}
-
-QString logFile(const RunState& run, const QString& argument) {
+QString logFile(const CommandRun& run, const QString& argument) {
   if (!argument.isEmpty()) return argument;
   const frmDocument* const document = documentOf(run);
   const QString folder = document && document->DocumentHasName() ? document->CurrentFileDir() : QDir::currentPath();
   return joinPath(folder, u"zelkor.log"_s);
 }
 
-bool execute(RunState& run, const QString& line) {
+// replaced: the line holds the values of its variables.
+bool execute(CommandRun& run, const QString& line, bool replaced = false) {
   const statements::Split statement = statements::split(line);
   const QString& argument = statement.argument;
   frmDocument* const document = documentOf(run);
@@ -210,9 +132,15 @@ bool execute(RunState& run, const QString& line) {
       if (const QString path = logFile(run, argument); window && isTrusted(run, trust::Deed::write, path)) window->SaveDocumment(path);
       return true;
     case Code::shell:
-    case Code::shellW: startProgram(run, argument, statements::codeOf(statement.verb) == Code::shell); return true;
+    case Code::shellW: runs::startProgram(run, argument, answers, statements::codeOf(statement.verb) == Code::shell, replaced); return true;
+    case Code::save: runs::save(run); return true;
+    case Code::saveAll: runs::saveAll(run, true); return true;
+    case Code::onError:
+      run.stopOnError = argument.trimmed().compare("STOP"_L1, Qt::CaseInsensitive) == 0;
+      return run.stopOnError || argument.trimmed().compare("CONTINUE"_L1, Qt::CaseInsensitive) == 0;
     case Code::echo: writeLog(run, argument.endsWith(u';') ? argument.chopped(1) : argument + u"\r\n"_s); return true;
     case Code::usage:
+      if (window) window->setUsageOf(document);
       if (document) writeLog(run, reports::usage(*document, argument));
       run.restoreCursor = true;
       return true;
@@ -232,13 +160,20 @@ bool startsPrograms(const QString& line) {
   return code == Code::shell || code == Code::shellW;
 }
 
-// A line as it is written: prompts, then variables, then its statement. What a started program gets is cut into arguments
-// before values are put in, so a value cannot become a second argument - nor can a statement that only a value made start one.
-bool runLine(RunState& run, QString& line) {
+// A line as it is written: prompts, then variables, then its statement. What the user typed himself is part of the line; what a
+// variable holds may be the line too, but starts a program only after a question.
+bool runLine(CommandRun& run, QString& line) {
   variables::expandPrompts(line, answers);
   if (startsPrograms(line)) return execute(run, line);
+  QString typed = line;
+  variables::substituteAnswers(typed, answers);
+  if (startsPrograms(typed)) return execute(run, line = typed);
   variables::substitute(line, documentOf(run), answers);
-  return !startsPrograms(line) && execute(run, line);
+  const auto reachesOut = [](const QString& text) {
+    return startsPrograms(text) || statements::codeOf(statements::split(text).verb) == Code::logSave;
+  };
+  run.stopped = reachesOut(line) && !reachesOut(typed) && !trust::mayBeValue(line, line);
+  return run.stopped || execute(run, line, true);
 }
 
 void reportInvalid(int language, int macro, const QString& line) {
@@ -248,7 +183,7 @@ void reportInvalid(int language, int macro, const QString& line) {
   if (frmLog* const window = log()) window->AppendLog(u"\r\n"_s + tr("Invalid Command %1").arg(line));
 }
 
-Outcome runLines(RunState& run, const QString& commands) {
+Outcome runLines(CommandRun& run, const QString& commands) {
   Outcome outcome;
   const QStringList lines = toCrLf(commands).split(u"\r\n"_s);
   for (const QString& written : lines) {
@@ -259,6 +194,7 @@ Outcome runLines(RunState& run, const QString& commands) {
     const bool good = run.stopped || runLine(run, line);
     if (run.stopped || !run.document) {
       outcome.ending = Ending::stopped;
+      outcome.text = run.why;
       return outcome;
     }
     if (!good) {
@@ -274,7 +210,7 @@ Outcome runLines(RunState& run, const QString& commands) {
 // Makes a run the current one, until it ends in whatever way.
 class Current {
  public:
-  explicit Current(RunState& run) { current = &run; }
+  explicit Current(CommandRun& run) { current = &run; }
   ~Current() { current = nullptr; }
   Current(const Current&) = delete;
   Current& operator=(const Current&) = delete;
@@ -286,16 +222,21 @@ QString InvalidCommandText(const QString& line) { return tr("Invalid Command : %
 
 Outcome Run(int language, int macro, const QString& commands) {
   frmDocument* const document = frame() ? frame()->activeDocument() : nullptr;
-  if (current) SetStatusText(tr("A command string is running already"));
+  if (current) {
+    SetStatusText(tr("A command string is running already"));
+    current->refusedAnother = true;
+  }
   if (current || !document) return {Ending::refused, 0, {}};
 
-  RunState run;
+  CommandRun run;
   std::optional<Current> mine(run);
   answers.clear();
+  run.interactive = interactive;
   run.document = document;
   if (macro > 0 && language > 0 && language <= languages().Languages()->Count()) run.macroOf = languages().Languages()->Item(language);
   run.caret = document->cmx->GetSel(false);
   run.busy.emplace();
+  std::swap(run.search, usersSearch());   // nothing that a dialog left behind changes a run, nor the other way
   run.documentStep = std::make_unique<RunStep>(document->cmx);
   run.logStep = std::make_unique<RunStep>(log() ? log()->cmx : nullptr);
   run.input = std::make_unique<RunInput>();
@@ -311,11 +252,15 @@ Outcome Run(int language, int macro, const QString& commands) {
   run.documentStep.reset();
   if (run.document) run.document->update();
   if (outcome.ending == Ending::invalid) reportInvalid(language, macro, outcome.text);
-  if (outcome.ending == Ending::stopped) SetStatusText(tr("The command string was stopped"));
+  if (run.refusedAnother) SetStatusText({});   // it runs no more
+  const QString stopped = tr("The command string was stopped");
+  if (outcome.ending == Ending::stopped) SetStatusText(outcome.text.isEmpty() ? stopped : stopped + u": "_s + outcome.text);
+  std::swap(run.search, usersSearch());
   run.busy.reset();
   answers.clear();
   mine.reset();
-  if (outcome.ending == Ending::done && run.showLog && frame()) frame()->showLog();
+  runs::showState(run.document);
+  if (run.showLog && frame()) frame()->showLog();
   return outcome;
 }
 
@@ -332,7 +277,7 @@ void ExpandPrompts(QString& text) { variables::expandPrompts(text, answers); }
 
 bool ExecuteStatement(const QString& line) {
   if (current) return execute(*current, line);
-  RunState single;
+  CommandRun single;
   single.document = activeDocument();
   std::optional<Current> mine(single);
   const bool good = execute(single, line);

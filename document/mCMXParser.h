@@ -20,7 +20,7 @@ enum class Ending {
 struct Outcome {
   Ending ending = Ending::done;
   int line = 0;        // invalid and stopped: the line where it ended, from 1
-  QString text;        // invalid: that line with its variables replaced
+  QString text;        // invalid: that line with its variables replaced; stopped: why, empty when by the user
 };
 
 // Runs a command string on the frame's active document. language and macro (from 1) say which macro runs; both are 0 for

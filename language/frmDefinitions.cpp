@@ -122,6 +122,7 @@ void frmDefinitions::connectAll() {
   connect(txtFilter, &QLineEdit::textChanged, this, &frmDefinitions::filterLanguages);
 
   connect(cmdBrowse, &QPushButton::clicked, this, &frmDefinitions::BrowseIni);
+  for (QPushButton* web : {cmdDownload, cmdSubmit}) web->setVisible(!webHome_.isEmpty());
   connect(cmdDownload, &QPushButton::clicked, this, [this] { openPage(QStringLiteral("Download_Language.html")); });
   connect(cmdSubmit, &QPushButton::clicked, this, [this] { openPage(QStringLiteral("Submit_Language.html")); });
   connect(cmdAdd, &QPushButton::clicked, this, &frmDefinitions::cmdAdd_Click);

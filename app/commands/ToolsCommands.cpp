@@ -5,6 +5,7 @@
 #include "app/frmMain.h"
 #include "control/KeyMacro.h"
 #include "control/KeyMap.h"
+#include "document/CommandRun.h"
 #include "document/frmDocument.h"
 
 std::span<const FrameCommand> toolsCommands() {
@@ -27,6 +28,11 @@ std::span<const FrameCommand> toolsCommands() {
        .run = [](frmMain& f) { f.playKeystrokesTimes(); }},
       {.name = "mToolsMacros", .menu = "mTools", .place = 320, .caption = QT_TRANSLATE_NOOP("frmMain", "Play &Macro"),
        .needs = kDocument | kWritable, .isMenu = true, .fill = [](frmMain& f, QMenu& menu) { f.fillKeyMacros(menu); }},
+      {.name = "mToolsSaveFirst", .menu = "mTools", .place = 330,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Sa&ve Before Programs Run"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Macros save every modified document before they start a program"),
+       .run = [](frmMain&) { runs::setSavesBeforePrograms(!runs::savesBeforePrograms()); },
+       .checkable = true, .checked = [](frmMain&) { return runs::savesBeforePrograms(); }},
       {.name = "mToolsOptions", .menu = "mTools", .place = 400,
        .caption = QT_TRANSLATE_NOOP("frmMain", "Editor &Options..."), .icon = "configure",
        .run = [](frmMain& f) {

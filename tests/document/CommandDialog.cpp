@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QTest>
 #include <QTextBlock>
 
 #include "control/ControlOptions.h"
@@ -58,7 +59,7 @@ TEST(CommandDialog, OffersWhatMayStandThere) {
       {u"undo"_s, {u"0 cmdUNDO"_s}, 2, 2},
       {u"LOGS"_s, {u"0 LOGSAVE"_s}, 1, 1},
       {u"ECHO x $na"_s, {u"7 $Name"_s}, 1, 1},
-      {u"ECHO $"_s, {u"5 $Name"_s, u"5 $Input("_s}, 11, 11},
+      {u"ECHO $"_s, {u"5 $Name"_s, u"5 $Input("_s}, 12, 12},
       {u"usage foo -c"_s, {u"9  -cs"_s, u"9  -c"_s}, 2, 2},
       {u"ECHO plain"_s, {}, 0, 0},
       {u"ZZZ"_s, {}, 0, 0},
@@ -126,6 +127,43 @@ TEST(CommandDialog, PastingFromAClipboardWithoutOwnerDoesNothing) {
   QApplication::clipboard()->setText(u"ECHO"_s);
   field.paste();
   EXPECT_EQ(field.toPlainText(), u"ECHO"_s);
+}
+
+TEST(CommandDialog, TheListTakesReturnOnlyOnceTheUserIsInIt) {
+  OwnSettings settings;
+  RunFrame frame;
+  frmCommand dialog;
+  dialog.show();
+  auto* const field = dialog.findChild<QPlainTextEdit*>();
+  field->setFocus();
+  const auto press = [&](int key, Qt::KeyboardModifiers modifiers = {}) {
+    QWidget* const popup = QApplication::activePopupWidget();
+    QTest::keyClick(popup ? popup : field, Qt::Key(key), modifiers);
+  };
+  QTest::keyClicks(field, u"echo"_s);
+  QTest::keyClicks(QApplication::activePopupWidget() ? QApplication::activePopupWidget() : field, u" a"_s);
+  press(Qt::Key_Return);
+  QTest::keyClicks(field, u"save"_s);
+  ASSERT_TRUE(QApplication::activePopupWidget()) << "SAVE and SAVEALL";
+  press(Qt::Key_Return);
+  EXPECT_EQ(dialog.commands(), u"echo a\nsave\n"_s);
+  dialog.setCommands({});
+  QTest::keyClicks(field, u"sav"_s);
+  press(Qt::Key_Down);
+  press(Qt::Key_Return);
+  EXPECT_EQ(dialog.commands(), u"SAVE"_s);
+  dialog.setCommands({});
+  QTest::keyClicks(field, u"ECHO 1"_s);
+  press(Qt::Key_Return);
+  QTest::keyClicks(field, u"LOGC"_s);
+  ASSERT_TRUE(QApplication::activePopupWidget());
+  press(Qt::Key_Tab);
+  EXPECT_EQ(dialog.commands(), u"ECHO 1\nLOGCLEAR"_s);
+  dialog.setCommands(u"ECHO 2\n"_s);
+  field->moveCursor(QTextCursor::End);
+  QTest::keyClicks(field, u"cmdundo"_s);
+  press(Qt::Key_Return, Qt::ControlModifier);
+  EXPECT_TRUE(frame.logWindow->Text().startsWith(u"2\r\n"_s)) << "Ctrl+Return runs the commands";
 }
 
 TEST(CommandDialog, OptionsOfTheControlComeBackOneByOne) {

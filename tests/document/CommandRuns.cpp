@@ -6,7 +6,10 @@
 #include <QKeyEvent>
 
 #include "base/Program.h"
+#include "document/CommandRun.h"
+#include "document/Languages.h"
 #include "document/Process.h"
+#include "language/ucCM.h"
 #include "tests/document/RunFixture.h"
 #include "tests/support/OnceAProgramRuns.h"
 
@@ -193,12 +196,65 @@ TEST(CommandRuns, UntitledDocumentsHaveNoPathAndReadOnlyFilesSaySo) {
   EXPECT_TRUE(mCMXParser::FileInformation().endsWith(u"\r\nRead Only"_s));
 }
 
-TEST(CommandRuns, UsageLeavesTheSearchSettingsAlone) {
+TEST(CommandRuns, TheUsersSearchAndARunLeaveEachOtherAlone) {
   RunFrame frame;
   frame.cmx().setText(u"Foo foo"_s);
-  const SearchState before = searchState();
-  frame.run(u"USAGE Foo -cs -b"_s);
-  EXPECT_EQ(searchState().findText, before.findText);
-  EXPECT_EQ(frame.cmx().SearchCaseSensitive(), before.options.matchCase);
+  searchState() = {};
+  searchState().findText = u"mine"_s;
+  searchState().options.matchCase = searchState().options.wholeWord = true;
+  frame.run(u"USAGE fo -c\ncmdSETFINDTEXT FO\ncmdSETREPLACETEXT x\ncmdREPLACEALLINBUFFER"_s);
+  EXPECT_EQ(frame.logWindow->Text(), u"2 occurrence(s) of 'fo'\r\n"_s);
+  EXPECT_EQ(frame.cmx().GetLine(0), u"xo xo"_s);
+  EXPECT_EQ(searchState().findText, u"mine"_s);
+  EXPECT_TRUE(searchState().options.matchCase && searchState().options.wholeWord);
+  searchState() = {};
+}
+
+TEST(CommandRuns, UsageOfALongLineListsWhatStandsAroundEachHit) {
+  RunFrame frame;
+  frame.cmx().setText(u"// \u00E4\n"_s + QString(40000, u'x') + u" end"_s);
+  frame.run(u"USAGE x -v -sc"_s);
+  EXPECT_LT(frame.logWindow->Text().size(), 16 << 20);
+  EXPECT_EQ(frame.logWindow->cmx->LineCount(), 40002);
+  EXPECT_TRUE(frame.logWindow->cmx->GetLine(39999).startsWith(u"2,39999: \u2026xxx"_s));
+  EXPECT_TRUE(frame.logWindow->cmx->GetLine(39999).endsWith(u"x end"_s));
+}
+
+TEST(CommandRuns, TheFrameFollows) {
+  RunFrame frame;
+  frame.cmx().setText(u"one\ntwo"_s);
+  frame.refreshes = 0;
+  frame.run(u"cmdGOTOLINE 1"_s);
+  EXPECT_EQ(frame.panels[2], u"2,0"_s);
+  EXPECT_GT(frame.refreshes, 0);
+}
+
+TEST(CommandRuns, AMacroSavesBeforeItStartsAProgram) {
+  ucCM manager;
+  manager.Languages()->Add(u"L"_s);
+  ucCM* const before = &languages();
+  setLanguages(&manager);
+  RunFrame frame;
+  testing_files::TempFolder folder;
+  testing_files::writeRaw(folder / "a.v", "text\n");
+  frame.openFile(QString::fromStdString(folder / "a.v"));
+  const QString commands = u"SHELLW cat $Name"_s;
+  frame.cmx().ReplaceSel(u"1"_s);
+  frame.run(commands);
+  EXPECT_TRUE(frame.logWindow->Text().startsWith(u"text"_s)) << "what the user types as a command says SAVE itself";
+  const auto macroSees = [&] {
+    frame.logWindow->Clear();
+    mCMXParser::Run(1, 1, commands);
+    return frame.logWindow->Text().section(u'\r', 0, 0);
+  };
+  EXPECT_EQ(macroSees(), u"1text"_s);
+  frame.cmx().ReplaceSel(u"2"_s);
+  frame.saves = false;
+  EXPECT_EQ(macroSees(), u""_s) << "what was not saved starts nothing";
+  EXPECT_EQ(frame.panels[1], u"The command string was stopped: the document was not saved"_s);
+  runs::setSavesBeforePrograms(false);
+  EXPECT_EQ(macroSees(), u"1text"_s);
+  runs::setSavesBeforePrograms(true);
+  setLanguages(before);
 }
 

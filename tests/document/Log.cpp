@@ -162,7 +162,7 @@ TEST(Log, MessagesOfToolsAreUnderstood) {
       {QString(100000, u'(') + u"1)"_s, {}, 0, 0},
   };
   for (const Case& c : cases) {
-    const auto place = findMessage(c.line, folders);
+    const auto place = MessageFinder(folders).find(c.line);
     ASSERT_EQ(place.has_value(), !c.file.isEmpty()) << qPrintable(c.line.left(100));
     if (!place) continue;
     EXPECT_EQ(place->file, folders[0] + u'/' + c.file) << qPrintable(c.line);
@@ -206,6 +206,30 @@ TEST(Log, WhatAProgramPrintedIsWalkedFromItsBeginning) {
   frame.run(u"SHELLW %1 err %2:2:x out %2:3:x"_s.arg(startee(), path));
   EXPECT_TRUE(frame.logWindow->nextMessage());
   EXPECT_NE(frame.cmx().GetSel(true).StartLineNo, 0);
+}
+
+TEST(Log, HitsOfUsageAreWalkedAndNothingIsSelected) {
+  RunFrame frame;
+  frame.cmx().setText(u"one\ntwo\n  two two\n"_s);
+  frame.run(u"USAGE two -v"_s);
+  frame.logWindow->cmx->ExecuteCmd(189);
+  QStringList places;
+  while (frame.logWindow->nextMessage()) {
+    const CmRange at = frame.cmx().GetSel(true);
+    EXPECT_TRUE(at.IsEmpty()) << "the next letter must not replace the line";
+    places << u"%1,%2"_s.arg(at.StartLineNo).arg(at.StartColNo);
+  }
+  EXPECT_EQ(places, (QStringList{u"1,0"_s, u"2,2"_s, u"2,6"_s}));
+}
+
+TEST(Log, ALongLogWithoutMessagesIsWalkedAtOnce) {
+  RunFrame frame;
+  QString lines;
+  for (int n = 0; n < 40000; ++n) lines += u"12:%1:07 step %2 of net top/u%2 (%1): 0 violated\n"_s.arg(n % 60).arg(n);
+  frame.logWindow->AppendLog(lines, Stream::output);
+  frame.logWindow->cmx->ExecuteCmd(189);
+  EXPECT_FALSE(frame.logWindow->nextMessage());
+  EXPECT_EQ(frame.logWindow->streamOf(0), Stream::output);
 }
 
 TEST(Log, ErrorsOfASimulatorAreWalked) {

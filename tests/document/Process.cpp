@@ -25,11 +25,11 @@ namespace {
 std::string startee() { return std::string(std::getenv("ZELKOR_BIN") ? std::getenv("ZELKOR_BIN") : "build/dev/bin") + "/startee"; }
 
 struct Output {
-  QByteArray out, err;
+  QByteArray out;
   process::Started collect() {
     return [this](process::Program& program) {
       QObject::connect(&program, &process::Program::output, &program,
-                       [this](const QByteArray& bytes, bool isError) { (isError ? err : out) += bytes; });
+                       [this](const QByteArray& bytes) { out += bytes; });
     };
   }
 };
@@ -50,13 +50,21 @@ TEST(ProcessCommandLine, IsCutIntoWords) {
       {u"open \"to the end"_s, {u"open"_s, u"to the end"_s}},
       {u"a;b|c>d&e`f`$(g)*?"_s, {u"a;b|c>d&e`f`$(g)*?"_s}},
   };
-  for (const auto& [line, words] : cases) EXPECT_EQ(splitCommandLine(line), words) << qPrintable(line);
+  for (const auto& [line, words] : cases) EXPECT_EQ(programArguments(line), words) << qPrintable(line);
 }
 
 TEST(ProcessCommandLine, ValuesStayInOneWord) {
   const auto substitute = [](QString& word) { word.replace(u"$V"_s, u"a b\" 'c\\ $(x)"_s); };
-  const std::vector<std::string> expected{"p", "-x=a b\" 'c\\ $(x)", "a b\" 'c\\ $(x)!"};
+  const QStringList expected{u"p"_s, u"-x=a b\" 'c\\ $(x)"_s, u"a b\" 'c\\ $(x)!"_s};
   EXPECT_EQ(programArguments(u"p -x=$V \"$V!\""_s, substitute), expected);
+  // What the user typed is cut, and is no line of variables; a quotation that it leaves open ends with it.
+  const QString typed = u"a 'b $V"_s;
+  const ValueAt typedAt = [&](QStringView rest, qsizetype* length) {
+    *length = 2;
+    return rest.startsWith(u"$A") ? &typed : nullptr;
+  };
+  const auto plain = [](QString& word) { word.replace(u"$V"_s, u"v w"_s).replace(u"$A"_s, u"whole"_s); };
+  EXPECT_EQ(programArguments(u"p -x$A $V \"$A\""_s, plain, typedAt), (QStringList{u"p"_s, u"-xa"_s, u"b $V"_s, u"v w"_s, u"whole"_s}));
 }
 
 TEST(ProcessLookUp, H2_UsesAbsoluteEntriesOnly) {
@@ -120,13 +128,12 @@ TEST(ProcessRun, EndsWithTheCodesOfEachKind) {
   }
 }
 
-TEST(ProcessRun, OutputComesByChannelAndWholeBeforeTheEnd) {
+TEST(ProcessRun, OutputComesInOrderAndWholeBeforeTheEnd) {
   const int leaky = ::open("/dev/null", O_RDONLY);   // as a careless library would
   Output output;
-  EXPECT_EQ(process::LaunchAndWait({startee(), "out", "one", "err", "two", "out", "three", "stdin", "fds"}, 1, {}, output.collect()), 0u);
-  EXPECT_EQ(output.out, "one\nthree\n0\n0 1 2 \n");   // input is empty, and H2: nothing of ours is passed on
+  EXPECT_EQ(process::LaunchAndWait({startee(), "err", "zero", "out", "one", "err", "two", "out", "three", "stdin", "fds"}, 1, {}, output.collect()), 0u);
+  EXPECT_EQ(output.out, "zero\none\ntwo\nthree\n0\n0 1 2 \n");   // input is empty, and H2: nothing of ours is passed on
   ::close(leaky);
-  EXPECT_EQ(output.err, "two\n");
   Output flood;
   EXPECT_EQ(process::LaunchAndWait({startee(), "flood", "50000"}, 1, {}, flood.collect()), 0u);
   EXPECT_EQ(flood.out.size(), 5000000);

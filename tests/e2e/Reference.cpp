@@ -35,7 +35,8 @@ QString reference() {
       "`zelkor --batch` run it on the active document. A statement is a verb and, behind the first blank, its argument. Verbs may be\n"
       "written in any mixture of capital and small letters. Empty lines are skipped; a line that begins with a blank has no verb.\n\n"
       "A run is one undo step in each text that it touches. Esc stops it. A line that means nothing stops the run with \"Invalid\n"
-      "Command\"; the lines before it have taken effect. Only one run is on its way at a time.\n\n"
+      "Command\"; the lines before it have taken effect. Only one run is on its way at a time. What the find bar\n"
+      "holds changes no run, and no run changes that: each begins without a find text and with all switches off.\n\n"
       "## Statements\n\n");
   out += row({u"statement"_s, u"argument"_s, u"what it does"_s}) + row({u"---"_s, u"---"_s, u"---"_s});
   for (const statements::Verb& verb : statements::verbs())
@@ -64,11 +65,16 @@ QString reference() {
       "\n## Programs\n\n"
       "`SHELL` and `SHELLW` start a program directly, without a shell: the line is cut into words at blanks, words in \"...\" or '...' stay\n"
       "together, and `\\\"` is a quotation mark. Only then are variables replaced, so that a value is never more than part of one argument,\n"
-      "whatever it holds. For pipes and the like name a shell, and hand it values as arguments:\n\n"
+      "whatever it holds. What the user types for `$Input(...)` is part of the line and may be several arguments; in quotes it is one.\n"
+      "Before the value of `$Name`, `$Path`, `$Title`, `$Stem`, `$Word` or `$Clip` names the program itself, or is the statement that starts one or\n"
+      "saves the log, the user is asked once. For pipes and the like name a shell, and hand it values as arguments:\n\n"
       "```\nSHELLW sh -c 'sort \"$1\" | uniq -c' sh $Name\n```\n\n"
       "A program is looked up in the absolute folders of the search path; one with a separator in its name is taken as it is. What it\n"
       "prints goes into the log, with its exit code at the end. `SHELL` closes the program's window when the window's title begins with\n"
-      "FINISHED. A program that cannot be started is reported as \"Command Failure\", and the run goes on.\n\n"
+      "FINISHED. A program that cannot be started is reported as \"Command Failure\". Whether the run goes on behind a program that failed -\n"
+      "was not started, was ended, or gave another exit code than 0 - says `ONERROR`.\n\n"
+      "A macro saves every modified document before it starts a program, unless *Save Before Programs Run* in the Tools menu is off. In\n"
+      "batch mode only `SAVE` and `SAVEALL` save before the end; with `--output` they write there.\n\n"
       "## Examples\n\n");
   for (const Case& one : readCases()) {
     if (one.title.isEmpty()) continue;

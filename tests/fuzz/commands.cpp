@@ -73,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool fromTables = in.byte() % 2 == 1;
   const QString commands = fromTables ? picked(in) : toQString(in.rest());
   const std::size_t length = fromQString(commands).size();
-  for (const std::string& word : programArguments(commands)) check(word.size() <= length, "words come from the line");
+  for (const QString& word : programArguments(commands)) check(fromQString(word).size() <= length, "words come from the line");
   // Each paste may double the text.
   if (commands.contains(QLatin1String("shell"), Qt::CaseInsensitive) || commands.count(QLatin1String("paste"), Qt::CaseInsensitive) > 6 ||
       commands.count(QLatin1String("logtotext"), Qt::CaseInsensitive) > 6)
