@@ -102,12 +102,11 @@ TEST_F(KeyMacroTest, EachCutOfAMacroPlayedInRepetitionsStandsAlone) {
 
 TEST_F(KeyMacroTest, OneThatUndoesIsPlayedSeveralTimes) {
   EditorFixture f("|");
-  keyMacros().set({QStringLiteral("back"), {{0, QStringLiteral("x")}, {129, {}}, {0, QStringLiteral("y")}}});
-  keyMacros().play(f.editor, QStringLiteral("back"));
+  keyMacros().set({QStringLiteral("back"), {{0, QStringLiteral("x")}, {129, {}}, {212, {}}}});
   keyMacros().play(f.editor, QStringLiteral("back"), 0);   // it is the one played last
   f.run("SETREPEATCOUNT", 2);
   executeAny(f.editor, anyCommandByName(u"MACROPLAY")->id);
-  EXPECT_EQ(f.bytes(), "yy") << "a macro that undoes can be played several times";
+  EXPECT_EQ(f.bytes(), "\n\n");
 }
 
 TEST_F(KeyMacroTest, PlayedInsideARecordingBecomesPartOfIt) {
