@@ -68,7 +68,8 @@ void EditorHost::setClipboard(const QString& text, bool block) {
 namespace {
 struct Search {
   SearchState state;
-  std::optional<SearchState> users;   // whose texts come back
+  std::optional<SearchState> users;   // whose texts come back, as long as these are what the program left
+  QString findText, replaceText;
 };
 Search& search() {
   static Search search;
@@ -78,11 +79,12 @@ Search& search() {
 
 SearchState& searchState() { return search().state; }
 
-void lendSearch(SearchState users) { search().users = std::move(users); }
+void lendSearch(SearchState users) { search() = {searchState(), std::move(users), searchState().findText, searchState().replaceText}; }
 
 SearchState& usersSearch() {
   SearchState& state = searchState();
-  if (const auto users = std::exchange(search().users, std::nullopt)) {
+  const auto users = std::exchange(search().users, std::nullopt);
+  if (users && state.findText == search().findText && state.replaceText == search().replaceText) {
     state.findText = users->findText;
     state.replaceText = users->replaceText;
   }
