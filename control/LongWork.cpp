@@ -1,6 +1,7 @@
 #include "control/LongWork.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QEventLoop>
 #include <QMainWindow>
 #include <QProgressDialog>
@@ -16,6 +17,25 @@ namespace {
 constexpr int kLookPeriod = 50;   // milliseconds
 constexpr std::int64_t kLongFile = 4 << 20;   // bytes
 QEventLoop* waiting = nullptr;    // for the work that shows how far it is
+
+// Goes by itself only: what cannot be cancelled keeps its window, as without it the user could take away what the work is for.
+class Progress : public QProgressDialog {
+ public:
+  Progress(const QString& what, bool mayCancel, QWidget* window)
+      : QProgressDialog(what, mayCancel ? QCoreApplication::translate("LongWork", "Cancel") : QString(), 0, mayCancel ? 100 : 0, window), mayCancel_(mayCancel) {}
+  void reject() override {
+    if (mayCancel_) QProgressDialog::reject();
+  }
+
+ protected:
+  void closeEvent(QCloseEvent* event) override {
+    if (mayCancel_) QProgressDialog::closeEvent(event);
+    else event->ignore();
+  }
+
+ private:
+  const bool mayCancel_;
+};
 }
 
 bool LongWork::cancelRunning() {
@@ -29,7 +49,7 @@ void LongWork::run(QWidget& window, std::int64_t bytes, const std::function<void
   const auto ready = [&done](std::chrono::milliseconds wait) { return done.wait_for(wait) == std::future_status::ready; };
   if (!ready(moment)) {
     const ModalGuard guard;
-    QProgressDialog progress(what, mayCancel ? QCoreApplication::translate("LongWork", "Cancel") : QString(), 0, mayCancel ? 100 : 0, &window);
+    Progress progress(what, mayCancel, &window);
     progress.setObjectName(QStringLiteral("longWork"));
     progress.setWindowModality(Qt::ApplicationModal);
     progress.setAutoClose(false);

@@ -64,8 +64,8 @@ void FieldWalk::beginField() {
   if (marked.size() <= kMarker) return;
   const text::ByteRange range = cmx_.editor().selectedRange();
   fieldName_ = marked.mid(kMarker);
-  fieldBegin_ = cmx_.editor().document().addMark(range.begin, text::Gravity::left);
-  fieldEnd_ = cmx_.editor().document().addMark(range.end, text::Gravity::right);
+  fieldBegin_ = cmx_.editor().document().addMark(range.begin, text::Bias::left);
+  fieldEnd_ = cmx_.editor().document().addMark(range.end, text::Bias::right);
 }
 
 bool FieldWalk::endField() {
