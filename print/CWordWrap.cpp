@@ -221,7 +221,9 @@ void CWordWrap::printWord(Job& job, const QString& run) {
 void CWordWrap::ProcessComments(QString& line) {
   std::vector<std::pair<qsizetype, QChar>> marks;   // in front of a place of the line as it came; of one place in their order
   const auto cut = [&](qsizetype at) {              // a mark stands inside the delimiter that begins at `at`
-    return std::any_of(marks.rbegin(), marks.rend(), [&](const auto& mark) { return mark.first > at && mark.first < at + single_.size(); });
+    for (auto mark = marks.rbegin(); mark != marks.rend() && mark->first > at; ++mark)   // they ascend
+      if (mark->first < at + single_.size()) return true;
+    return false;
   };
   qsizetype block = 0, single = single_.isEmpty() ? -1 : line.indexOf(single_), end = 0;
   for (bool goOn = true; goOn;) {

@@ -104,10 +104,12 @@ TEST(CWordWrap, BlockCommentsCarryOver) {
 
 TEST(CWordWrap, ALineOfManyCommentsCostsOneCopy) {
   CWordWrap wrap = hdl();
-  const QString line = QStringLiteral("/*x*/ a ").repeated(40000);
-  QString text;
-  EXPECT_LT(costMs([&] { wrap.ProcessComments(text = line); }), 500);
-  EXPECT_EQ(text.size(), line.size() + 80000);
+  for (const QString& end : {QString(), QStringLiteral("// end")}) {
+    const QString line = QStringLiteral("/*x*/ a ").repeated(40000) + end;
+    QString text;
+    EXPECT_LT(costMs([&] { wrap.ProcessComments(text = line); }), 500);
+    EXPECT_EQ(text.size(), line.size() + (end.isEmpty() ? 80000 : 80002));
+  }
 }
 
 TEST(CWordWrap, EmptyDelimitersSwitchOff) {
