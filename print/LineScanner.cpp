@@ -22,7 +22,7 @@ Pieces LineScanner::scan(const QString& line) {
   std::vector<text::Token> tokens;
   if (highlighter_ && highlighter_->valid()) state_ = highlighter_->scanLine(all, state_, &tokens);
   Pieces pieces;
-  trailing_ = -1;
+  std::int64_t behind = -1;   // where the last comment behind code begins
   auto token = tokens.begin();
   for (std::size_t at = 0; at < all.size();) {
     const auto here = static_cast<std::int64_t>(at);
@@ -30,7 +30,7 @@ Pieces LineScanner::scan(const QString& line) {
     if (token != tokens.end() && token->begin <= here &&
         (token->kind == text::TokenKind::comment || token->kind == text::TokenKind::string)) {
       if (token->kind == text::TokenKind::string) pieces.push_back(known("\"", false));
-      else if (!pieces.empty()) trailing_ = static_cast<int>(text::displayColumn(bytes, here, tabSize_).value);
+      else if (!pieces.empty()) behind = here;
       at = static_cast<std::size_t>(token->begin + token->length);
       continue;
     }
@@ -45,5 +45,6 @@ Pieces LineScanner::scan(const QString& line) {
     if (kind != text::CharClass::blank) pieces.push_back(known(all.substr(at, end - at), kind == text::CharClass::word));
     at = end;
   }
+  trailing_ = behind < 0 ? -1 : static_cast<int>(text::displayColumn(bytes, behind, tabSize_).value);
   return pieces;
 }
