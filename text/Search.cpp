@@ -387,7 +387,9 @@ SearchResult Finder::at(const Snapshot& text, ByteRange range, ByteRange within,
   if (!result.error.empty() || range.begin < within.begin || range.end > within.end) return result;
   Pace pace{nullptr, budget};
   if (!impl_->regex) {
-    within = {range.begin, std::min(within.end, range.begin + 2 * std::max<std::int64_t>(range.length(), static_cast<std::int64_t>(impl_->literal->maxBytes())))};
+    const auto longest = static_cast<std::int64_t>(impl_->literal->maxBytes());
+    if (range.length() > longest) return result;
+    within = {range.begin, std::min(within.end, range.begin + 2 * longest)};
     impl_->literalForward(text, within, pace, [&](ByteRange found) {
       if (found == range) result.match = Match{range, {}};
       return false;
