@@ -166,7 +166,7 @@ class LineEnds {
     const auto body = p_.substr(begin, at_ - begin);
     if (!named || at_ >= p_.size() || p_[at_] == '(') return std::string(body);
     std::string out;
-    for (const char* lineEnd : {"\\r\\n", "\\n", "\\r(?!\\n)"}) out += (out.empty() ? "" : "|") + LineEnds(body).rewritten(lineEnd, true);
+    for (const char* lineEnd : {"(?:\\r\\n)", "\\n", "(?:\\r(?!\\n))"}) out += (out.empty() ? "" : "|") + LineEnds(body).rewritten(lineEnd, true);
     return out;
   }
 
