@@ -14,6 +14,7 @@ namespace {
 
 // How far a look back goes.
 constexpr std::int64_t kLinesBack = 1000, kBytesBack = 128 << 10, kLongLine = 4096;
+constexpr std::int64_t kColored = 1 << 20;   // bytes read anew for what is comment or string; beyond that it is guessed
 
 QSet<QString> entriesOf(QString list) {
   QSet<QString> entries;
@@ -59,7 +60,7 @@ class LookBack {
            text_.lineEnd(first - 1) - text_.lineStart(first - 1) < kLongLine)
       --first;
     const Highlighter* highlighter = model.highlighter();
-    LineState state = model.stateAt(first);
+    LineState state = model.stateAt(first, kColored);
     for (LineNo line = first; line <= last_; ++line) {
       const ByteOffset stop = line == last_ ? end : text_.lineEnd(line);
       if (stop - text_.lineStart(line) >= kLongLine) return;
@@ -270,7 +271,10 @@ std::optional<std::string> indentForNewLine(TextModel& model, const BlockIndent&
 
 bool mayStepBack(const TextModel& model, const BlockIndent& blocks, ByteOffset at, const QString& typed) {
   if (typed.size() != 1) return false;
-  const std::string before = aloneBefore(model.snapshot(), at);
+  const Snapshot& text = model.snapshot();
+  const std::string before = aloneBefore(text, at);
+  const LineNo line = text.lineAt(at);
+  if (before.empty() && !blankFrom(text, text.lineStart(line), text.lineEnd(line))) return false;   // not alone in its line
   const QString word = toQString(before) + typed;
   if (before.empty() && typed[0].unicode() < 128 && isCloser(static_cast<char>(typed[0].unicode()))) return true;
   if (!oneWord(fromQString(word)) && word.size() > 1) return false;
