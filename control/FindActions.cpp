@@ -217,6 +217,7 @@ void FindDialog::replaceAll() {
       if (!control_) return;
       if (control_->editor().document().revision() != t->revision)
         return tell(tr("The text was changed meanwhile; nothing was replaced"), true);
+      if (control_->ReadOnly()) return tell(tr("The text is read-only; nothing was replaced"), true);
       {
         const EditBlock block(*control_);
         applyReplacements(control_->editor(), *plan);
