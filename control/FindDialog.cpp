@@ -64,7 +64,10 @@ FindDialog::FindDialog(QWidget* parent) : QDockWidget(tr("Find and Replace"), pa
   });
 }
 
-FindDialog::~FindDialog() { dropScope(); }
+FindDialog::~FindDialog() {
+  job_->drop();   // it says so to what still exists
+  dropScope();
+}
 
 void FindDialog::build() {
   auto* content = new QWidget(this);
