@@ -84,5 +84,12 @@ TEST(AutoIndent, AStepBackIsUndoneWithItsLetter) {
   EXPECT_EQ(f.shown(), "begin\n  x;\nend|");
   f.editor.undo();
   EXPECT_EQ(f.shown(), "begin\n  x;\n  en|");
+  EditorFixture g("f(a|;");
+  g.options->autoIndent = AutoIndent::language;
+  g.model->setLanguage(QStringLiteral("verilog"));
+  for (const char key : {'1', ')', '+'}) g.editor.typeText(QString(QLatin1Char(key)));
+  EXPECT_EQ(g.shown(), "f(a1)+|;");
+  g.editor.undo();
+  EXPECT_EQ(g.shown(), "f(a|;") << "a bracket that steps nowhere is typed like any other sign";
   for (const char* name : {"verilog", "vhdl", "c"}) LanguageTable::unregisterLanguage(QLatin1String(name));
 }
