@@ -381,12 +381,18 @@ void CodeMax::showHits(const QString& text, const text::SearchOptions& options) 
 bool CodeMax::ExecuteCmd(int id, const QVariant& argument) { return impl_->pane().runCommand(id, argument); }
 
 void CodeMax::beginEdit() {
-  ++impl_->state.held;
+  hold();
   impl_->state.model->document().beginGroup();
 }
 
 void CodeMax::endEdit() {
   impl_->state.model->document().endGroup();
+  release();
+}
+
+void CodeMax::hold() { ++impl_->state.held; }
+
+void CodeMax::release() {
   if (--impl_->state.held == 0) impl_->release();
 }
 

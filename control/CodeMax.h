@@ -74,6 +74,9 @@ class CodeMax : public QWidget {
   // All changes until the matching end are one undo step and one repaint. Nests. Prefer EditBlock.
   void beginEdit();
   void endEdit();
+  // One repaint and one SelChange for all that is done until release(). Nests.
+  void hold();
+  void release();
 
   // State.
   bool Modified() const;

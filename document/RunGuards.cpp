@@ -17,32 +17,31 @@ RunStep::RunStep(CodeMax* control) : control_(control) {
 }
 
 RunStep::~RunStep() {
-  if (grouped_ && std::uncaught_exceptions() > exceptions_) model_->document().abandonGroup();
+  if (open_ && std::uncaught_exceptions() > exceptions_) model_->document().abandonRun();
   beginWait(false);
   model_.reset();
 }
 
 void RunStep::beginWait(bool keepStep) {
-  if (editing_ && control_) {
-    control_->endEdit();
+  if (!keepStep) closeStep();
+  if (held_ && control_) {
+    control_->release();
     control_->setVisibleText(true);
   }
-  editing_ = false;
-  if (!keepStep) closeStep();
+  held_ = false;
 }
 
 void RunStep::closeStep() {
-  if (grouped_) model_->document().endGroup();
-  grouped_ = false;
+  if (open_) model_->document().endRun();
+  open_ = false;
 }
 
 void RunStep::endWait() {
   if (!control_) return;
-  if (!grouped_) model_->document().beginGroup();
-  grouped_ = true;
+  if (!open_) model_->document().beginRun();
+  open_ = held_ = true;
   control_->setVisibleText(false);
-  control_->beginEdit();
-  editing_ = true;
+  control_->hold();
 }
 
 RunInput::RunInput() {

@@ -8,7 +8,7 @@
 
 #include "control/CodeMax.h"
 
-// The changes of a run to one control as one undo step, painted at the end. While the run waits the text is painted and
+// The changes of a run to one control as one undo step, within which undo works, painted at the end. While the run waits the text is painted and
 // can be edited; the step stays open until the person touches anything. The control may go away meanwhile.
 class RunStep {
  public:
@@ -22,8 +22,8 @@ class RunStep {
 
  private:
   QPointer<CodeMax> control_;
-  std::shared_ptr<TextModel> model_;   // outlives the control as long as its group is open
-  bool grouped_ = false, editing_ = false;
+  std::shared_ptr<TextModel> model_;   // outlives the control as long as its run is open
+  bool open_ = false, held_ = false;   // the model's run; what the control shows
   const int exceptions_ = std::uncaught_exceptions();
 };
 

@@ -4,6 +4,7 @@
 #include <new>
 #include <cstring>
 #include <exception>
+#include <utility>
 
 #include "text/AddBuffer.h"
 #include "text/Delta.h"
@@ -258,6 +259,19 @@ void Document::rollbackGroup() {
   d.put(ready);
   d.history.forgetGroupStep();
   if (!ready.change.spans.empty()) d.notify(ready.change);
+}
+
+void Document::beginRun() { impl_->history.beginRun(); }
+void Document::endRun() noexcept { impl_->history.endRun(impl_->tree()); }
+void Document::abandonRun() noexcept {
+  auto& d = *impl_;
+  const bool guarded = std::exchange(d.readOnly, false);
+  try {
+    while (d.history.runHasSteps() && undo()) {}
+    if (!d.history.runHasSteps()) d.history.forgetUndone();
+  } catch (...) {   // what could not be taken back stays, as steps that can be undone
+  }
+  d.readOnly = guarded;
 }
 
 void Document::setUndoLimit(std::size_t steps, std::size_t bytes) { impl_->history.setLimit(steps, bytes); }

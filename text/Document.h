@@ -84,6 +84,12 @@ class Document {
   // The same where nothing may be thrown: what a listener throws is dropped; without memory for it the group's work stays, as
   // one step that can be undone.
   void abandonGroup() noexcept;
+  // Until endRun() all changes stay steps of their own, which undo() and redo() take like any other: first the run's, then those
+  // before it. endRun() makes one step of what is left of the run's. Runs do not nest. abandonRun() takes back the run's steps for
+  // good as far as memory allows; the run stays open.
+  void beginRun();
+  void endRun() noexcept;
+  void abandonRun() noexcept;
 
   // Limits of the undo memory; beyond it whole oldest steps are dropped. The newest step stays whatever its size, unless
   // steps is 0. Default: no limit on steps (SIZE_MAX), 1 GiB.

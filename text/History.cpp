@@ -1,5 +1,6 @@
 #include "text/History.h"
 
+#include <iterator>
 #include <new>
 
 namespace text::engine {
@@ -49,7 +50,7 @@ History::Entry History::prepare(Delta delta, const SelectionState& before, Join 
     deltas.reserve(deltas.size() + 1);
     return entry;
   }
-  if (depth_ == 0 && joinable_ && join != Join::none && !done_.empty() && state() != saved_) {
+  if (depth_ == 0 && !run_ && joinable_ && join != Join::none && !done_.empty() && state() != saved_) {
     auto& last = done_.back();
     entry.direction = last.direction;
     if (last.join == join && last.deltas.size() == 1 && continues(last.deltas[0], delta, join, entry.direction)) {
@@ -69,9 +70,14 @@ History::Entry History::prepare(Delta delta, const SelectionState& before, Join 
   return entry;
 }
 
-void History::commit(Entry entry) noexcept {
+void History::forgetUndone() noexcept {
   for (const auto& step : undone_) cost_ -= step.cost;
   undone_.clear();
+  if (run_) run_->undone = 0;
+}
+
+void History::commit(Entry entry) noexcept {
+  forgetUndone();
   if (!entry.fresh.empty()) {
     done_.splice(done_.end(), entry.fresh);
     groupHasStep_ = depth_ > 0;
@@ -108,6 +114,13 @@ const History::Step& History::shift(std::list<Step>& from, std::list<Step>& to, 
   auto& step = to.back();
   step.deltas.front() = std::move(back);
   weigh(step);
+  if (run_ && &from == &done_ && done_.size() < run_->base) {
+    --run_->base;
+    ++run_->undone;
+  } else if (run_ && &from == &undone_ && run_->undone > 0) {
+    ++run_->base;
+    --run_->undone;
+  }
   return step;
 }
 
@@ -125,6 +138,82 @@ const History::Step& History::stepOn(Delta back) noexcept {
 
 void History::beginGroup() {
   if (depth_++ == 0) newLineAtGroup_ = newLine_;
+}
+
+void History::beginRun() {
+  if (!run_) run_ = Run{done_.size(), 0};
+  joinable_ = false;
+}
+
+void History::endRun(const TreePtr& now) noexcept {
+  if (!run_) return;
+  const std::size_t base = run_->base;
+  run_.reset();
+  joinable_ = false;
+  if (!groupHasStep_ && done_.size() > base + 1) {
+    try {
+      mergeSteps(base, now);
+    } catch (const std::bad_alloc&) {
+      // They stay steps of their own.
+    }
+  }
+  trim();
+  // Steps that the run took back were not counted; together with those done they keep to the limit, so that redo does.
+  while (!undone_.empty() && done_.size() + undone_.size() > stepLimit_) {
+    cost_ -= undone_.front().cost;
+    undone_.pop_front();
+  }
+}
+
+// Makes one step of all done steps but the `base` oldest. Deltas of similar size are composed, as in a group.
+void History::mergeSteps(std::size_t base, const TreePtr& now) {
+  const auto begin = std::next(done_.begin(), static_cast<std::ptrdiff_t>(base));
+  const auto compose2 = [&](Delta& first, const Delta& second) {
+    // Where the second step does not carry what it replaced, the first must lead to its whole tree.
+    if (first.hasContent && !second.hasContent && !first.other) first.other = revert(second.other, first).tree;
+    return compose(first, second, now->shape(), now->breakByte());
+  };
+  std::vector<Delta> merged;
+  const Step* firstBreaks = nullptr;
+  const Step* lastBreaks = nullptr;   // that changed the line ends
+  for (auto step = begin; step != done_.end(); ++step) {
+    if (step->newLineBefore != step->newLineAfter) {
+      if (!firstBreaks) firstBreaks = &*step;
+      lastBreaks = &*step;
+    }
+    Delta next = single(*step);
+    while (!merged.empty() && merged.back().items.size() <= 2 * next.items.size()) {
+      next = compose2(merged.back(), next);
+      merged.pop_back();
+    }
+    merged.push_back(std::move(next));
+  }
+  while (merged.size() > 1) {
+    Delta next = std::move(merged.back());
+    merged.pop_back();
+    merged.back() = compose2(merged.back(), next);
+  }
+  if (merged.front().hasContent) merged.front().other.reset();
+
+  Step& last = done_.back();
+  last.before = begin->before;
+  if (firstBreaks) {
+    last.newLineAfter = lastBreaks->newLineAfter;
+    last.newLineBefore = firstBreaks->newLineBefore;
+  }
+  last.join = Join::none;
+  last.direction = 0;
+  std::swap(last.deltas, merged);
+  for (auto step = begin; step != std::prev(done_.end());) {
+    cost_ -= step->cost;
+    step = done_.erase(step);
+  }
+  weigh(last);
+  if (!last.deltas.front().items.empty()) return;
+  const bool saved = last.state == saved_;
+  cost_ -= last.cost;   // the changes took one another back
+  done_.pop_back();
+  if (saved) saved_ = state();
 }
 
 void History::endGroup() noexcept {
@@ -176,7 +265,7 @@ void History::weigh(Step& step) noexcept {
 }
 
 void History::trim() noexcept {
-  if (groupHasStep_) return;   // the open step is the newest; its weight is not known yet
+  if (groupHasStep_ || run_) return;   // what is open is the newest; its weight is not known yet
   while (!done_.empty() && (done_.size() > stepLimit_ || (cost_ > byteLimit_ && done_.size() > 1))) {
     bottom_ = done_.front().state;
     cost_ -= done_.front().cost;
@@ -192,6 +281,7 @@ void History::clear() noexcept {
   bottom_ = saved_ = ++lastState_;
   newLine_ = newLineAtGroup_ = LineBreak::none;
   groupHasStep_ = joinable_ = unsaved_ = dropped_ = false;
+  if (run_) run_ = Run{};
 }
 
 void History::checkInvariants() const {
@@ -219,7 +309,8 @@ void History::checkInvariants() const {
     }
   }
   require(cost == cost_, "the cost of all steps");
-  require(groupHasStep_ || done_.size() <= stepLimit_, "steps within the limit");
+  require(!run_ || (run_->base <= done_.size() && run_->undone <= undone_.size()), "a run knows what is older than it");
+  require(groupHasStep_ || run_ || done_.size() <= stepLimit_, "steps within the limit");
   require(!groupHasStep_ || (depth_ > 0 && !done_.empty()), "an open step belongs to an open group");
 }
 

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <optional>
 #include <vector>
 
 #include "text/Delta.h"
@@ -56,6 +57,12 @@ class History {
   void forgetGroupStep() noexcept;
   void resetNewLine() noexcept { if (depth_ > 0) newLine_ = newLineAtGroup_; }   // as it was when the group was opened
 
+  // See Document::beginRun. `now` is the present tree; without memory the run stays several steps.
+  void beginRun();
+  void endRun(const TreePtr& now) noexcept;
+  bool runHasSteps() const { return run_ && done_.size() > run_->base; }
+  void forgetUndone() noexcept;
+
   void setSelectionAfter(const SelectionState& after);
   void breakJoin() { joinable_ = false; }
   void setLimit(std::size_t steps, std::size_t bytes);
@@ -73,6 +80,7 @@ class History {
   static const Delta& single(Step& step);
   const Step& shift(std::list<Step>& from, std::list<Step>& to, Delta back) noexcept;
   void trim() noexcept;
+  void mergeSteps(std::size_t base, const TreePtr& now);
   void weigh(Step& step) noexcept;
 
   std::list<Step> done_, undone_;
@@ -80,6 +88,11 @@ class History {
   std::uint64_t saved_ = 0, lastState_ = 0;
   std::size_t cost_ = 0;          // of all steps
   std::size_t stepLimit_ = SIZE_MAX, byteLimit_ = std::size_t{1} << 30;
+  struct Run {
+    std::size_t base = 0;     // so many of the done steps are older than the run
+    std::size_t undone = 0;   // so many of the newest undone steps are older than the run
+  };
+  std::optional<Run> run_;    // while one is open
   int depth_ = 0;
   LineBreak newLine_ = LineBreak::none, newLineAtGroup_ = LineBreak::none;
   bool groupHasStep_ = false, joinable_ = false, unsaved_ = false, dropped_ = false;

@@ -48,6 +48,18 @@ TEST(CommandRuns, IsOneUndoStepInEachText) {
   EXPECT_EQ(frame.shown, 1) << "a run that wrote nothing shows no log";
 }
 
+TEST(CommandRuns, UndoInsideARunReachesBehindItAndLeavesOneStep) {
+  RunFrame frame;
+  frame.cmx().ReplaceSel(u"typed"_s);
+  EXPECT_EQ(frame.run(u"cmdINSERTCHAR 1\ncmdUNDO\ncmdUNDO\ncmdINSERTCHAR a\ncmdINSERTCHAR b"_s).ending, Ending::done);
+  EXPECT_EQ(frame.cmx().Text(), u"ab"_s);
+  frame.cmx().ExecuteCmd(129);
+  EXPECT_EQ(frame.cmx().Text(), u""_s) << "what is left of the run is one step";
+  EXPECT_FALSE(frame.cmx().CanUndo());
+  frame.cmx().ExecuteCmd(139);
+  EXPECT_EQ(frame.cmx().Text(), u"ab"_s);
+}
+
 TEST(CommandRuns, FailureReportsInOrderAndClearsEveryFlag) {
   RunFrame frame;
   ScriptedDialogs dialogs;

@@ -34,7 +34,8 @@ QString reference() {
       "A command string is a small program: one statement a line. Macros of a language (Custom menu), the command dialog and\n"
       "`zelkor --batch` run it on the active document. A statement is a verb and, behind the first blank, its argument. Verbs may be\n"
       "written in any mixture of capital and small letters. Empty lines are skipped; a line that begins with a blank has no verb.\n\n"
-      "A run is one undo step in each text that it touches. Esc stops it. A line that means nothing stops the run with \"Invalid\n"
+      "A run is one undo step in each text that it touches. An undo inside it takes back the run's own last change first, then what was\n"
+      "before the run; the step holds what is left of it. Esc stops it. A line that means nothing stops the run with \"Invalid\n"
       "Command\"; the lines before it have taken effect. Only one run is on its way at a time. What the find bar\n"
       "holds changes no run, and no run changes that: each begins without a find text and with all switches off.\n\n"
       "## Statements\n\n");

@@ -109,6 +109,7 @@ class Trial {
         break;
       case 11: case 12: case 13: expected = type(); break;
       case 14: if (random_.oneIn(6)) expected = exchange(); break;
+      case 15: expected = inRun_ ? endRun() : beginRun(); break;
       default: expected = edit(); break;
     }
     ASSERT_EQ(heard_.size(), expected);
@@ -152,7 +153,11 @@ class Trial {
   void recordStep(State before) {
     undone_.clear();
     done_.push_back(std::move(before));
-    if (done_.size() > shape_.steps) {
+    olderUndone_ = 0;
+    dropOldest();
+  }
+  void dropOldest() {
+    while (!inRun_ && done_.size() > shape_.steps) {
       done_.pop_front();
       dropped_ = true;
     }
@@ -165,6 +170,7 @@ class Trial {
     if (groupDepth_ > 0 || document_.canUndo() || done_.empty()) return;
     ASSERT_TRUE(dropped_);
     done_.clear();
+    older_ = 0;
   }
 
   // The text has become another one, by a step of its own or one that joined the last.
@@ -187,7 +193,7 @@ class Trial {
     EXPECT_TRUE(document_.apply(Edit{{ByteOffset(at), ByteOffset(at + over)}, text}, {}, Join::typing));
     if (over == std::ssize(text) && fresh == now_.text) return 0;
     changeTo(std::move(fresh), groupDepth_ == 0 && runOpen_ && at == runEnd_);
-    runOpen_ = groupDepth_ == 0;
+    runOpen_ = groupDepth_ == 0 && !inRun_;
     runEnd_ = at + std::ssize(text);
     return 1;
   }
@@ -233,6 +239,10 @@ class Trial {
     undone_.push_back(std::move(now_));
     now_ = std::move(done_.back());
     done_.pop_back();
+    if (done_.size() < older_) {
+      --older_;
+      ++olderUndone_;
+    }
     return 1;
   }
   std::size_t redo() {
@@ -243,7 +253,36 @@ class Trial {
     done_.push_back(std::move(now_));
     now_ = std::move(undone_.back());
     undone_.pop_back();
+    if (olderUndone_ > 0) {
+      --olderUndone_;
+      ++older_;
+    }
     return 1;
+  }
+
+  std::size_t beginRun() {
+    if (groupDepth_ > 0) return 0;
+    document_.beginRun();
+    inRun_ = true;
+    runOpen_ = false;
+    older_ = done_.size();
+    olderUndone_ = 0;
+    return 0;
+  }
+  // What is left of the run becomes one step; steps older than it stay as they are.
+  std::size_t endRun() {
+    if (groupDepth_ > 0) return 0;
+    std::size_t told = 0;
+    if (done_.size() > older_ && done_[older_].text == now_.text) {   // such a run may leave no step; make it differ
+      document_.apply(Edit{{}, "x"}, {});
+      told = changeTo("x" + now_.text);
+    }
+    document_.endRun();
+    inRun_ = runOpen_ = false;
+    if (done_.size() > older_) done_.resize(older_ + 1);
+    dropOldest();
+    while (!undone_.empty() && done_.size() + undone_.size() > shape_.steps) undone_.erase(undone_.begin());
+    return told;
   }
 
   void beginGroup() {
@@ -310,7 +349,9 @@ class Trial {
   std::deque<State> done_;
   std::vector<State> undone_;
   int lastState_ = 0, saved_ = 0, groupDepth_ = 0;
+  std::size_t older_ = 0, olderUndone_ = 0;   // steps done and undone that are older than the open run
   std::int64_t runEnd_ = 0;
+  bool inRun_ = false;
   bool groupChanged_ = false, dropped_ = false, runOpen_ = false;   // runOpen_: typing at runEnd_ joins the last step
   std::vector<test::ModelMark> marks_;
   std::vector<std::pair<Snapshot, std::string>> held_;

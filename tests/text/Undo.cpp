@@ -16,6 +16,7 @@ using namespace text;
 //   i3:ab  insert "ab" at 3          t3:ab  the same as typing         o3,2:ab  typing that replaces 2 bytes
 //   d3,2   delete 2 bytes at 3       D3,2   the same as a run of Delete or Backspace
 //   u r    undo, redo                u- r-  the same, refused           ( ) x   begin, end, roll back a group
+//   < >    begin, end a run
 //   s L    mark saved, unsaved       b      break the run              R W      read only, writable
 //   l3     limit of 3 steps          =ab    the text is "ab"           m !m w   modified, not modified, steps were dropped
 void play(Document& d, const std::string& script) {
@@ -40,6 +41,8 @@ void play(Document& d, const std::string& script) {
       case '(': d.beginGroup(); break;
       case ')': d.endGroup(); break;
       case 'x': d.rollbackGroup(); break;
+      case '<': d.beginRun(); break;
+      case '>': d.endRun(); break;
       case 's': d.markSaved(); break;
       case 'L': d.markUnsaved(); break;
       case 'b': d.breakJoin(); break;
@@ -76,6 +79,8 @@ TEST(Undo, Scripts) {
       {"edits of a group that overlap", "abcdef", "( i2:XYZ d1,3 i1:Q d0,7 i0:end ) =end u =abcdef r =end"},
       {"nested groups are one step", "", "( i0:a ( i1:b ) i2:c ) =abc u ="},
       {"undo inside a group is refused", "", "i0:a ( i1:b u- ) =ab u =a"},
+      {"undo inside a run takes back its own change, then an older one", "", "t0:a b t1:b < t2:c t3:d u =abc u u =a r =ab i0:x r- > =xab u =ab u =a u ="},
+      {"a run that undoes an older change and makes it again leaves it alone", "", "i0:a i1:b < i2:c i3:d u u u r r =abc > u =ab u =a r r r =abcd"},
       {"an empty group leaves no step", "", "( ) u- !m"},
       {"a group that took itself back leaves no step", "ab", "s ( i1:x m d1,1 ) =ab !m u-"},
       {"typing does not join a group", "", "( t0:a ) t1:b u =a u ="},
