@@ -2,10 +2,10 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFileInfo>
 #include <QRegularExpression>
 
 #include "app/PrintArguments.h"
+#include "control/FileNames.h"
 
 namespace {
 
@@ -34,22 +34,15 @@ qint64 number(const QString& digits) { return digits.isEmpty() ? 0 : digits.toLo
 
 }  // namespace
 
-QString FilePlace::text() const {
-  QString all = path;
-  if (line > 0) all += u':' + QString::number(line);
-  if (line > 0 && column > 0) all += u':' + QString::number(column);
-  return all;
-}
-
 FilePlace placeIn(const QString& argument) {
-  static const QRegularExpression form(QStringLiteral("^(.+?):(\\d{1,15})(?::(\\d{1,15}))?:?$"),
+  static const QRegularExpression form(QStringLiteral("\\A(.+?):(\\d{1,15})(?::(\\d{1,15}))?:?\\z"),
                                        QRegularExpression::DotMatchesEverythingOption);
-  if (QFileInfo::exists(argument)) return {argument, 0, 0};
+  if (fileIsThere(argument)) return {argument, 0, 0};
   const auto match = form.match(argument);
   if (!match.hasMatch()) return {argument, 0, 0};
   // "a:1:2" may be line 2 of a file "a:1".
   const QString shorter = match.captured(1) + u':' + match.captured(2);
-  if (!match.captured(3).isEmpty() && QFileInfo::exists(shorter)) return {shorter, number(match.captured(3)), 0};
+  if (!match.captured(3).isEmpty() && fileIsThere(shorter)) return {shorter, number(match.captured(3)), 0};
   return {match.captured(1), number(match.captured(2)), number(match.captured(3))};
 }
 
@@ -84,13 +77,12 @@ Arguments parseArguments(const QStringList& arguments, const QString& folder) {
       continue;
     }
     const auto plus = plusLine.match(argument);
-    if (!onlyFiles && plus.hasMatch() && !QFileInfo::exists(QDir(folder).filePath(argument))) {
+    if (!onlyFiles && plus.hasMatch() && !fileIsThere(fullPath(argument, folder))) {
       next = {{}, number(plus.captured(1)), number(plus.captured(2))};
       continue;
     }
     if (argument.isEmpty()) continue;
-    const bool absolute = QDir::isAbsolutePath(argument);
-    FilePlace file = placeIn(absolute ? argument : folder + u'/' + argument);
+    FilePlace file = placeIn(QDir::isAbsolutePath(argument) ? argument : folder + u'/' + argument);
     if (file.line == 0 && next.line > 0) {
       file.line = next.line;
       file.column = next.column;

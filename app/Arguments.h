@@ -1,5 +1,5 @@
 // The program's command line: what is asked for, and which files. Looks at no file except to tell a name that ends in
-// ":12" from a line number.
+// ":12" from a line number. A name is taken byte by byte (FileNames.h).
 #pragma once
 
 #include <QString>
@@ -9,7 +9,6 @@
 struct FilePlace {
   QString path;
   qint64 line = 0, column = 0;
-  QString text() const;   // "path:line:column" as far as it is said
   bool operator==(const FilePlace&) const = default;
 };
 

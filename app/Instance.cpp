@@ -18,9 +18,10 @@
 
 namespace {
 
-constexpr int kStartWaitMs = 15000;   // for a first copy that holds the lock but does not listen yet
+constexpr int kStartWaitMs = 600;     // for a first copy that holds the lock but does not listen yet
+constexpr int kProgramStartMs = 15000;   // for a first copy that this one has started
 constexpr int kRetryMs = 20;
-constexpr int kAnswerWaitMs = 10000;  // until the person is asked whether to go on waiting
+constexpr int kAnswerWaitMs = 10000;  // until the message is taken; then the person is asked whether to go on waiting
 
 // Sessions of one user on different displays do not share a frame.
 QString displayName() {
@@ -52,20 +53,6 @@ bool goOnWaiting() {
 
 }  // namespace
 
-quint64 FindWindowByTitle(QString& title, int mode, const QList<TopWindow>& windows) {
-  const QString wanted = title.toUpper();
-  for (const TopWindow& window : windows) {
-    if (window.parent != 0 || window.caption.isEmpty()) continue;
-    const qsizetype at = window.caption.toUpper().indexOf(wanted);
-    if (mode == 0 && at == 0) {
-      title = window.caption;
-      return window.handle;
-    }
-    if (mode == 1 && at >= 0) return window.handle;
-  }
-  return 0;
-}
-
 Instance::Instance(frmMain& frame)
     : frame_(frame),
       Msghook1([this](quint64 connection, const HandOff& handOff) { return Msghook1_Message(connection, handOff); }) {}
@@ -92,24 +79,24 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
   frame_.setWindowTitle(QString::fromLatin1(kApplicationTitle));
   qsizetype next = 0;
   bool started = false;
-  for (int waited = 0;; waited += kRetryMs) {
-    if (!place_->usable()) break;
-    if (place_->becomeFirst()) {
-      if (!waits || standAlone || started) break;
+  for (int waited = 0; place_->usable(); waited += kRetryMs) {
+    if (!started && place_->becomeFirst()) {
+      if (!waits || standAlone) break;
       place_->resign();
       started = QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
-      if (!started) break;
+      if (!started) waits = false;
       continue;
     }
     if (standAlone) return Role::first;
     switch (HandOffCommandLine(place_->socketPath(), commandLines, &next)) {
       case HandOffAnswer::acted: return Role::handedOver;
       case HandOffAnswer::gone:
-        if (waited < kStartWaitMs) {
+        if (waited < (started ? kProgramStartMs : kStartWaitMs)) {
           QThread::msleep(kRetryMs);
           continue;
         }
-        [[fallthrough]];
+        aloneBecause_ = tr("This editor stands alone: another one is running, but cannot be reached");
+        return Role::first;
       case HandOffAnswer::busy:
         tell(tr("The target editor is currently occupied. Please close any dialogs to continue"), commandLines.mid(next));
         return Role::failed;
@@ -121,8 +108,9 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
         return Role::failed;
     }
   }
-  if (place_->isFirst() && !HookCopyData())
-    std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("other copies cannot reach this one: ") + Msghook1.errorString()));
+  const bool listens = place_->isFirst() && HookCopyData();
+  if (!listens && !standAlone)
+    aloneBecause_ = tr("This editor stands alone: %1").arg(place_->usable() ? Msghook1.errorString() : place_->failure());
   return Role::first;
 }
 
@@ -154,7 +142,7 @@ HandOffReply Instance::Msghook1_Message(quint64 connection, const HandOff& handO
   frame_.activateWindow();
   QPointer<frmDocument> document;
   if (handOff.untitled) document = frame_.takeIn(handOff.text);
-  else document = OpenCommandLine(frame_, handOff.text);
+  else if (!handOff.text.isEmpty()) document = frame_.openAt(handOff.text, handOff.line, handOff.column);
   if (!document) return {HandOffAnswer::acted, false};   // the person at this copy has been told
   if (handOff.readOnly) document->cmx->setReadOnly(true);
   if (!handOff.wait) return {HandOffAnswer::acted, false};

@@ -12,10 +12,6 @@ class Rendezvous;
 class frmDocument;
 class frmMain;
 
-// The first window without a parent, in the order given, whose caption begins with the title (mode 0; title then becomes
-// the whole caption) or holds it (mode 1); case is folded, windows without a caption are passed over. 0: none.
-quint64 FindWindowByTitle(QString& title, int mode, const QList<TopWindow>& windows);
-
 class Instance {
  public:
   enum class Role { first, handedOver, failed };   // failed: the person has been told
@@ -24,9 +20,11 @@ class Instance {
   ~Instance();
 
   // Decides whether this is the first copy. If it is: titles the frame and hooks the messages. If not: hands the command
-  // lines over, in order; a first copy that is starting is waited for, one that died or ends meanwhile is replaced by this one.
+  // lines over, in order; a first copy that is starting is waited for, one that died or ends meanwhile is replaced by this one. Where
+  // there is no place to meet, or the first copy is not reached within a moment, this one stands alone.
   // standAlone: never hands over. waits: never becomes the first but starts one, so that it can end when its files are closed.
   Role CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits);
+  const QString& aloneBecause() const { return aloneBecause_; }   // why no other copy can be met; empty: it can, or nobody asked
   bool HookCopyData();
   QString socketPath() const;
   // Brings the copy at a socket forward and gives it the command lines from *next on, which counts on. `gone`: nobody is there, or
@@ -40,6 +38,7 @@ class Instance {
 
   frmMain& frame_;
   std::unique_ptr<Rendezvous> place_;
+  QString aloneBecause_;
   Msghook Msghook1;
   QMultiHash<const frmDocument*, quint64> waiting_;
 };

@@ -9,6 +9,7 @@
 
 #include "app/mGlobals.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "control/PdfFile.h"
 #include "control/VSPrinter.h"
 #include "document/Batch.h"
@@ -225,7 +226,7 @@ int runPrintPdf(const QStringList& arguments) {
     return batch::kFailed;
   }
 
-  const bool oneEach = QFileInfo(given.output).isDir();
+  const bool oneEach = isFolder(given.output);
   QStringList names;
   std::vector<PrintDocument> pages;
   int status = batch::eachDocument(given.files, [&](frmDocument& document) {

@@ -16,16 +16,19 @@
 #include <QToolButton>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/DocumentTabs.h"
 #include "app/FrameMenus.h"
 #include "app/Icons.h"
 #include "app/Look.h"
 #include "app/StatusPanels.h"
+#include "app/frmUnsaved.h"
 #include "app/mGlobals.h"
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "control/KeyCommands.h"
 #include "control/KeyMacro.h"
 #include "document/CMXRegistry.h"
@@ -122,8 +125,8 @@ void frmMain::setPanel(int panel, const QString& text) {
   if (panel == 1) panels_->setRest(text);
   else panels_->setPanel(Panel::rowAndColumn, text);
 }
-void frmMain::setUnixPanel(bool unixFile) {
-  panels_->setPanel(Panel::lineEnds, unixFile ? QStringLiteral("Unix") : QStringLiteral("Win"));
+void frmMain::setUnixPanel(bool unixFile, bool mixed) {
+  panels_->setPanel(Panel::lineEnds, mixed ? tr("Mixed") : unixFile ? QStringLiteral("Unix") : QStringLiteral("Win"));
 }
 void frmMain::showJournalWarning(const QString& reason) {
   panels_->setWarning(reason.isEmpty() ? QString() : tr("No recovery journal"),
@@ -159,7 +162,12 @@ void frmMain::mdiActivated(QMdiSubWindow* window) {
   if (!document || !documents_.contains(document)) return;
   active_ = document;
   tabs_->setActive(document);
+  workOn(document);
+}
+
+void frmMain::workOn(frmDocument* document) {
   document->focusWork();
+  frmRegistry::instance().followFolder(document->CurrentFileDir());
 }
 
 QMdiSubWindow* frmMain::windowOf(const frmDocument* document) const {
@@ -167,6 +175,9 @@ QMdiSubWindow* frmMain::windowOf(const frmDocument* document) const {
 }
 
 void frmMain::adopt(frmDocument* document) {
+  // The first window of an empty frame comes up as documents were last; further ones follow the window in front.
+  const QMdiSubWindow* front = mdi_->currentSubWindow();
+  const bool maximised = documents_.isEmpty() || !front ? documentState_ == 2 : front->isMaximized();
   QMdiSubWindow* window = mdi_->addSubWindow(document);
   window->setAttribute(Qt::WA_DeleteOnClose);
   window->setWindowIcon(icons::byName(QStringLiteral("text-x-generic")));
@@ -178,16 +189,17 @@ void frmMain::adopt(frmDocument* document) {
     if ((was & elsewhere) && !(now & elsewhere)) keepInside(*window);
   });
   documents_ << document;
+  ++DocCount;
   tabs_->add(document);
   connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
   offerHotWords(document);
   connect(document->cmx, &CodeMax::PropsChange, this, [this, document] { optionsChanged(*document->cmx); });
   connect(document->cmx, &CodeMax::Note, this, [this] { refreshToolbar(); });   // a switch was thrown, perhaps
   connect(document->cmx, &CodeMax::OvertypeChange, this, [this] { refreshToolbar(); });
-  if (documentState_ == 2) window->showMaximized();
+  if (maximised) window->showMaximized();
   else window->show();
   activate(document);
-  document->focusWork();
+  workOn(document);
   emit documentOpened(document);
 }
 
@@ -341,12 +353,42 @@ void frmMain::panelClicked(Panel panel) {
 
 // ---- end of the frame
 
-bool frmMain::agreeToEnd() {
-  for (frmDocument* document : documents()) {
-    if (!document->agreeToClose()) {
-      for (frmDocument* other : documents()) other->withdrawClose();
-      return false;
+bool frmMain::agreeToEnd() { return agreeToClose(documents()); }
+
+bool frmMain::agreeToClose(const QList<frmDocument*>& going) {
+  const QList<QPointer<frmDocument>> all(going.begin(), going.end());
+  bool agreed = askAboutSeveral(going);
+  for (const auto& document : all) agreed = agreed && document && document->agreeToClose();
+  if (agreed) return true;
+  for (const auto& document : all)
+    if (document) document->withdrawClose();
+  return false;
+}
+
+bool frmMain::askAboutSeveral(const QList<frmDocument*>& going) {
+  QList<frmDocument*> changed;   // one window of each text that would be gone
+  for (frmDocument* document : going) {
+    const auto shows = [&](const frmDocument* other) { return other->cmx->model() == document->cmx->model(); };
+    if (document->closingAsks() && std::ranges::none_of(changed, shows) &&
+        std::ranges::count_if(going, shows) == document->views())
+      changed << document;
+  }
+  if (changed.size() < 2) return true;   // each document asks for itself
+  const QList<QPointer<frmDocument>> texts(changed.begin(), changed.end());
+  frmUnsaved box(*this, changed);
+  const ModalGuard guard;
+  if (box.exec() != QDialog::Accepted) return false;
+  for (int i = 0; i < texts.size(); ++i) {
+    bool ok = true;
+    if (!texts[i]) return false;
+    if (!box.isToBeSaved(i)) {
+      for (frmDocument* document : documents())
+        if (document->cmx->model() == texts[i]->cmx->model()) document->letGo();
+    } else {
+      activate(texts[i]);
+      mainFileSave(*texts[i], ok);
     }
+    if (!ok) return false;
   }
   return true;
 }
@@ -399,7 +441,7 @@ void frmMain::dragEnterEvent(QDragEnterEvent* event) {
 void frmMain::dropEvent(QDropEvent* event) {
   QStringList files;
   for (const QUrl& url : event->mimeData()->urls())
-    if (url.isLocalFile()) files << url.toLocalFile();
+    if (url.isLocalFile()) files << localFile(url);
   event->acceptProposedAction();
   activateWindow();
   MDIForm_OLEDragDrop(files);

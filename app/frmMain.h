@@ -30,7 +30,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   frmMain();                                   // MDIForm_Load
   ~frmMain() override;
 
-  int DocCount = 0;                            // document windows that are open; numbers new ones
+  int DocCount = 0;                            // document windows that are open, as documents(); numbers new ones
   int WordListIndex = 1;                       // word list used last, 1-based
 
   // Files.
@@ -52,7 +52,8 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void mnuFileExit_Click() { close(); }
   // Opens what was dropped on the frame, first to last; a failure of the frame itself ends the loop.
   void MDIForm_OLEDragDrop(const QStringList& files);
-  // Opens a file and puts the caret there; line and column from 1, 0 leaves it at the start. Null: not opened.
+  // Opens a file and shows that place in the middle, the caret on it; line and column from 1, 0 leaves it at the start. Where there
+  // is no such file, offers to begin it. Null: not opened.
   frmDocument* openAt(const QString& name, qint64 line, qint64 column);
   // Takes piped-in text (StandardInput.h) in as a new document without a name; its file goes once the journal has the text.
   // Null: it could not be read.
@@ -96,6 +97,9 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   // Word lists and templates at the caret, macros, definitions, log.
   void isInWordList(bool& found);
   void ProcessWordList(bool previous);
+  void mHelpWordListNext_Click() { ProcessWordList(false); }
+  void mHelpWordListPrevious_Click() { ProcessWordList(true); }
+  void mEditColumnize_Click();
   void isTemplate(bool& found, bool afterTyping);
   void mHelpExpandTemplate_Click();
   void mHelpNextField_Click();
@@ -113,7 +117,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   QList<frmDocument*> documents() override;
   void activate(frmDocument* document) override;
   void setPanel(int panel, const QString& text) override;
-  void setUnixPanel(bool unixFile) override;
+  void setUnixPanel(bool unixFile, bool mixed) override;
   void setTemplatePanel(bool on) override;
   void refreshToolbar() override;
   void refreshWindowMenu() override;
@@ -158,8 +162,15 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   QSize windowRoom() const;
   void keepInside(QMdiSubWindow& window);
   QList<QMdiSubWindow*> normalWindows();
+  void workOn(frmDocument* document);          // what goes with the active document: panels, menus, current folder
+  frmDocument* documentOn(const QString& name);   // that shows this file, also by a link to it; null: none
+  QString nextTitle() const;                   // of a document without a name
+  frmDocument* beginFile(const QString& name);    // null: the person does not want to
   bool saveAs(frmDocument& document);
   void unload();                               // every document has agreed
+  // Asks about what is modified among documents that are to go, about several in one dialog. False: all stay.
+  bool agreeToClose(const QList<frmDocument*>& going);
+  bool askAboutSeveral(const QList<frmDocument*>& going);
   void closeAgreed(QList<QPointer<frmDocument>> going);
   void mdiActivated(QMdiSubWindow* window);
   void panelClicked(Panel panel);

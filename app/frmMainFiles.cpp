@@ -1,7 +1,5 @@
 // The main frame's commands on files.
 #include <QApplication>
-#include <QDir>
-#include <QFileInfo>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <new>
@@ -9,7 +7,10 @@
 #include "app/StandardInput.h"
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
+#include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
+#include "document/FileErrors.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
 #include "language/ucCM.h"
@@ -18,26 +19,26 @@
 
 namespace {
 
-constexpr int kGoToLine = 168;
+constexpr int kGoToLine = 168, kScrollToMiddle = 117;
 
-// Full path of a name as the person knows it: links stay as they are, only "." and ".." parts are worked off.
-QString fullPath(const QString& name) {
-  const QString path = QDir::isAbsolutePath(name) ? name : QDir::current().filePath(name);
-  const QStringList parts = path.split(u'/');
-  if (!parts.contains(QLatin1String(".")) && !parts.contains(QLatin1String(".."))) return path;
-  const QFileInfo info(path);
-  const QString folder = QFileInfo(info.path()).canonicalFilePath();
-  return folder.isEmpty() ? QDir::cleanPath(path) : QDir(folder).filePath(info.fileName());
+// The caret of a text that came back; -1: not known.
+void goTo(qint64 byte, CodeMax& cmx) {
+  if (byte < 0) return;
+  const text::ByteOffset at(std::min<std::int64_t>(byte, cmx.model()->snapshot().size().value));
+  const CmPosition place = cmx.editor().positionOf(at);
+  cmx.SetSel({place.LineNo, place.ColNo, place.LineNo, place.ColNo, false});
+  cmx.ExecuteCmd(kScrollToMiddle);
 }
 
 int filterEntryOf(const frmDocument& document) { return document.LanguageIndex() > 0 ? document.LanguageIndex() + 1 : 1; }
 
 }  // namespace
 
+QString frmMain::nextTitle() const { return tr("Untitled ") + QString::number(DocCount + 1); }
+
 frmDocument* frmMain::LoadNewDoc() {
   auto* document = new frmDocument;
-  ++DocCount;
-  document->setUntitled(tr("Untitled ") + QString::number(DocCount), QDir::currentPath());
+  document->setUntitled(nextTitle(), currentFolder());
   adopt(document);
   SetupMenus();
   return document;
@@ -46,7 +47,7 @@ frmDocument* frmMain::LoadNewDoc() {
 void frmMain::mnuFileOpen_Click() {
   int entry = 1;
   const QStringList names = frmRegistry::instance().stdOpenFile(tr("Open File"), languages().GetFilterList(), entry,
-                                                                QDir::currentPath(), {}, true);
+                                                                currentFolder(), {}, true);
   for (const QString& name : names) openFile(name);
 }
 
@@ -70,12 +71,10 @@ void frmMain::mainOpenFile(const QString& path, bool& ok) {
     return;
   }
   auto document = std::make_unique<frmDocument>();
-  ++DocCount;
   bool loaded = false;
   document->LoadDocument(name, loaded);
   if (!loaded) {
     document.reset();
-    --DocCount;
     SetupMenus();
     return;
   }
@@ -91,11 +90,8 @@ void frmMain::mainOpenFile(const QString& path, bool& ok) {
 
 void frmMain::CheckFileStatus(const QString& name, bool& proceed) {
   proceed = true;
-  const auto open = documents();
-  const auto same = [&](const frmDocument* document) { return document->CurrentFileName() == name; };
-  const auto found = std::find_if(open.begin(), open.end(), same);
-  if (found == open.end()) return;
-  QPointer<frmDocument> document = *found;
+  QPointer<frmDocument> document = documentOn(name);
+  if (!document) return;
   if (document->DocumentModified()) {
     const Answer answer =
         MsgBox(tr("This file is already open and modified. Do you want to revert to this modified version?"),
@@ -104,23 +100,52 @@ void frmMain::CheckFileStatus(const QString& name, bool& proceed) {
     if (answer != Answer::yes || !document) return;
     // "Revert" means going to the window that holds the changes; nothing is read from disk.
     activate(document);
-    if (documentState_ != 2) windowOf(document)->showNormal();
+    windowOf(document)->showNormal();
     return;
   }
   proceed = false;
   activate(document);
 }
 
+frmDocument* frmMain::documentOn(const QString& name) {
+  const auto open = documents();
+  const auto same = [&](const frmDocument* document) { return document->CurrentFileName() == name; };
+  auto found = std::find_if(open.begin(), open.end(), same);
+  // The same file under another name, by a link. Only files of its device are asked: another one may hang.
+  const text::FileStamp stamp = text::stampOf(fromQString(name), false);
+  if (found == open.end() && stamp.exists)
+    found = std::find_if(open.begin(), open.end(), [&](const frmDocument* document) {
+      const auto& known = document->cmx->model()->stamp;
+      return document->DocumentHasName() && known && known->status.device == stamp.status.device &&
+             isSameFile(document->CurrentFileName(), name);
+    });
+  return found == open.end() ? nullptr : *found;
+}
+
+frmDocument* frmMain::beginFile(const QString& name) {
+  const QString question = tr("%1 is not there.\r\nDo you want to begin it?");
+  if (MsgBox(question.arg(plainForDisplay(name)), {}, Icon::question, Buttons::yesNo) != Answer::yes) return nullptr;
+  auto* document = new frmDocument;
+  document->beginFile(name);
+  document->SetLanguage(languageOfFile(name, *document->cmx));
+  adopt(document);
+  SetupMenus();
+  UpdateEditMenu();
+  return document;
+}
+
 frmDocument* frmMain::openAt(const QString& path, qint64 line, qint64 column) {
   const QString name = fullPath(path);
+  if (!documentOn(name) && fileIsMissing(name)) return beginFile(name);
   openFile(name);
   frmDocument* document = activeDocument();
-  if (!document || document->CurrentFileName() != name) return nullptr;
+  if (!document || document != documentOn(name)) return nullptr;
   if (line > 0) {
     const qint64 row = std::min(line, document->cmx->LineCount()) - 1;
     document->cmx->ExecuteCmd(kGoToLine, row);
     const qint64 at = std::clamp<qint64>(column - 1, 0, document->cmx->GetLineLength(row));
     document->cmx->SetSel({row, at, row, at, false});
+    document->cmx->ExecuteCmd(kScrollToMiddle);
   }
   return document;
 }
@@ -128,19 +153,18 @@ frmDocument* frmMain::openAt(const QString& path, qint64 line, qint64 column) {
 frmDocument* frmMain::takeIn(const QString& path) {
   // Only what a copy of the program left for this is removed.
   if (!isSpooledInput(path)) {
-    MsgBox(tr("File Open Error : ") + plainForDisplay(path));
+    tellOpenError(path, tr("This is no text that was piped in"));
     return nullptr;
   }
   auto document = std::make_unique<frmDocument>();
   const QString error = document->cmx->OpenFile(path);
   if (!error.isEmpty()) {   // it stays, as the text is nowhere else
-    MsgBox(tr("File Open Error : ") + error + QLatin1String("\r\n") + tr("The text is in %1").arg(plainForDisplay(path)));
+    tellOpenError(path, error);
     return nullptr;
   }
   document->cmx->model()->stamp.reset();
   document->cmx->setModified(true);   // it is nowhere else
-  ++DocCount;
-  document->setUntitled(tr("Untitled ") + QString::number(DocCount), QDir::currentPath());
+  document->setUntitled(nextTitle(), currentFolder());
   // The file goes once the journal has the text.
   if (document->holdInJournal()) text::fileSystem().unlinkAt(text::FileSystem::kCwd, fromQString(path), false);
   frmDocument* shown = document.release();
@@ -161,14 +185,14 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
     model.document().exchange(found.text, taken->cmx->editor().selection());
     taken->cmx->setFileFormat(found.about.format);
     taken->cmx->setModified(true);
+    goTo(found.caret, *taken->cmx);
     return taken;
   }
   auto* document = new frmDocument;
-  ++DocCount;
   TextModel& model = *document->cmx->model();
   model.replaceAll(found.text, found.about.format);
   if (name.isEmpty() || taken) {
-    document->setUntitled(tr("Recovered %1").arg(toQString(found.about.title)), QDir::currentPath());
+    document->setUntitled(tr("Recovered %1").arg(toQString(found.about.title)), currentFolder());
   } else {
     model.path = name;
     model.stamp = found.about.stamp;   // a save sees what others have made of the file since
@@ -177,6 +201,7 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
   }
   document->cmx->setModified(true);
   adopt(document);
+  goTo(found.caret, *document->cmx);
   SetupMenus();
   UpdateEditMenu();
   return document;
@@ -193,19 +218,16 @@ bool frmMain::saveActive() {
 }
 
 void frmMain::mainFileSave(frmDocument& document, bool& ok) {
-  if (document.DocumentHasName()) {
-    ok = document.SaveDocumment(document.CurrentFileName());
-    return;
-  }
-  ok = saveAs(document);
+  if (document.DocumentHasName()) ok = document.SaveDocumment(document.CurrentFileName());
+  else ok = document.CurrentFileName().isEmpty() ? saveAs(document) : mainSaveDocument(document, document.CurrentFileName());
 }
 
 bool frmMain::saveAs(frmDocument& document) {
   int entry = filterEntryOf(document);
   const QPointer<frmDocument> alive = &document;
+  const QString folder = isInstalled(document.CurrentFileDir()) ? currentFolder() : document.CurrentFileDir();
   const QString name =
-      frmRegistry::instance().stdSaveFile(tr("Save File"), languages().GetFilterList(), entry, document.CurrentFileDir(),
-                                          document.CurrentFileTitle());
+      frmRegistry::instance().stdSaveFile(tr("Save File"), languages().GetFilterList(), entry, folder, document.CurrentFileTitle());
   return !name.isEmpty() && alive && mainSaveDocument(document, fullPath(name));
 }
 
@@ -222,7 +244,7 @@ bool frmMain::mainSaveDocument(frmDocument& document, const QString& name) {
   frmRegistry::instance().mruFile.AddItem(name);
   emit fileNamed(name);
   // Binding a language made it the manager's current one; that is the active document's.
-  if (frmDocument* active = activeDocument()) active->focusWork();
+  if (frmDocument* active = activeDocument()) workOn(active);
   return true;
 }
 
@@ -231,7 +253,7 @@ void frmMain::mnuFileSaveAll_Click() {
   const QList<QPointer<frmDocument>> all(documents_.begin(), documents_.end());
   for (const QPointer<frmDocument>& document : all) {
     if (!document || !document->DocumentModified()) continue;
-    if (!document->DocumentHasName()) activate(document);   // the dialog should be about what is in sight
+    if (document->CurrentFileName().isEmpty()) activate(document);   // the dialog should be about what is in sight
     bool ok = false;
     mainFileSave(*document, ok);
   }
@@ -258,16 +280,10 @@ void frmMain::mnuFileClose_Click() {
 void frmMain::mnuFileCloseAll_Click() { closeOthers(nullptr); }
 
 void frmMain::closeOthers(frmDocument* keep) {
-  QList<QPointer<frmDocument>> going;
+  QList<frmDocument*> going;
   for (frmDocument* document : documents())
     if (document != keep) going << document;
-  for (const auto& document : going) {
-    if (!document || document->agreeToClose()) continue;
-    for (const auto& other : going)
-      if (other) other->withdrawClose();
-    return;
-  }
-  closeAgreed(going);
+  if (agreeToClose(going)) closeAgreed({going.begin(), going.end()});
 }
 
 void frmMain::closeAgreed(QList<QPointer<frmDocument>> going) {
@@ -285,7 +301,7 @@ void frmMain::mnuFileMRU_Click(int index) {
   mainOpenFile(name, ok);
   if (ok) {
     frmRegistry::instance().mruFile.UseItem(index);
-  } else if (!QFileInfo::exists(name)) {
+  } else if (fileIsMissing(name)) {
     const QString question = tr("%1 is not there any more.\r\nDo you want to take it off the list?");
     if (MsgBox(question.arg(plainForDisplay(name)), {}, Icon::question, Buttons::yesNo) == Answer::yes)
       frmRegistry::instance().mruFile.Remove(index);

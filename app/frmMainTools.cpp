@@ -16,6 +16,7 @@
 #include "language/HotWords.h"
 #include "language/frmDefinitions.h"
 #include "language/ucCM.h"
+#include "print/AddIns.h"
 
 using keyactions::expandTemplateText;
 
@@ -29,6 +30,10 @@ void frmMain::isInWordList(bool& found) {
 void frmMain::ProcessWordList(bool previous) {
   if (frmDocument* document = activeDocument())
     ::ProcessWordList(*document->cmx, languages().Language().get(), WordListIndex, previous);
+}
+
+void frmMain::mEditColumnize_Click() {
+  if (frmDocument* document = activeDocument()) Columnize(*document->cmx);
 }
 
 void frmMain::isTemplate(bool& found, bool afterTyping) {

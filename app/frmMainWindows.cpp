@@ -62,7 +62,6 @@ class ListKeys : public QObject {
 void frmMain::newWindow() {
   frmDocument* document = activeDocument();
   if (!document) return;
-  ++DocCount;
   adopt(new frmDocument(*document));
   SetupMenus();
 }

@@ -16,6 +16,7 @@
 #include "base/Dialogs.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
+#include "document/FileErrors.h"
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
 #include "print/frmCompare.h"
@@ -41,15 +42,20 @@ text::LoadedFile fileOnDisk(const text::JournalAbout& about) {
   return text::loadFile(about.path, options);
 }
 
+// The file holds this text, durably: nothing is left to recover.
+bool fileHolds(const text::JournalAbout& about, const text::Snapshot& found) {
+  const bool plain = about.format == text::FileFormat();   // then the file has as many bytes as the text
+  if (plain && text::stampOf(about.path, false).status.size != found.size().value) return false;
+  const text::LoadedFile disk = fileOnDisk(about);
+  if (!disk.error.empty() || !sameText(disk.text, found)) return false;
+  const text::files::Descriptor file = text::files::open(text::FileSystem::kCwd, about.path, text::kRead | text::kNonBlock);
+  return file.ok() && text::files::sync(file.get()) == 0;
+}
+
 // In words how the file on disk stands to a text that came back; empty: as it was when the text was changed.
-QString fileState(const text::JournalAbout& about, const text::Snapshot& found) {
+QString fileState(const text::JournalAbout& about) {
   const text::FileStamp now = text::stampOf(about.path, false);
   if (!now.exists) return frmRecovered::tr("the file is not there any more");
-  const bool plain = about.format == text::FileFormat();   // then the file has as many bytes as the text
-  if (!plain || now.status.size == found.size().value) {
-    const text::LoadedFile disk = fileOnDisk(about);
-    if (disk.error.empty() && sameText(disk.text, found)) return frmRecovered::tr("the same text as the file on disk");
-  }
   const bool changed = about.stamp && (!about.stamp->exists || about.stamp->status != now.status) &&
                        !about.stamp->sameContent(text::stampOf(about.path, true));
   return changed ? frmRecovered::tr("the file on disk was changed since") : QString();
@@ -58,12 +64,14 @@ QString fileState(const text::JournalAbout& about, const text::Snapshot& found) 
 }  // namespace
 
 frmRecovered* frmRecovered::offer(frmMain& frame, std::vector<text::LeftText> left) {
-  if (left.empty()) return nullptr;
+  std::vector<Entry> entries = entriesOf(std::move(left));
+  if (entries.empty()) return nullptr;
   frmRecovered* window = nullptr;
   for (auto* one : frame.findChildren<frmRecovered*>())
     if (one->isVisible()) window = one;
   if (!window) window = new frmRecovered(frame);
-  window->add(std::move(left));
+  std::ranges::move(entries, std::back_inserter(window->entries_));
+  window->refresh(0);
   window->show();
   return window;
 }
@@ -133,15 +141,18 @@ frmRecovered::frmRecovered(frmMain& frame)
   resize(760, 360);
 }
 
-void frmRecovered::add(std::vector<text::LeftText> left) {
+std::vector<frmRecovered::Entry> frmRecovered::entriesOf(std::vector<text::LeftText> left) {
+  std::vector<Entry> entries;
   for (text::LeftText& journal : left) {
     text::RecoveredText facts = journal.recover();
     const text::Snapshot found = std::exchange(facts.text, text::Snapshot());
+    const bool named = facts.error.empty() && !facts.about.path.empty();
+    if (named && facts.whole && facts.baseWhole && fileHolds(facts.about, found) && journal.remove() == 0) continue;
     Entry entry{std::move(journal), std::move(facts), found.size().value, {}};
-    if (entry.facts.error.empty() && !entry.facts.about.path.empty()) entry.file = fileState(entry.facts.about, found);
-    entries_.push_back(std::move(entry));
+    if (named) entry.file = fileState(entry.facts.about);
+    entries.push_back(std::move(entry));
   }
-  refresh(0);
+  return entries;
 }
 
 QString frmRecovered::titleOf(const Entry& entry) const {
@@ -269,7 +280,7 @@ void frmRecovered::SaveAs() {
   options.format = found.about.format;
   const text::SaveResult saved = text::saveFile(fromQString(path), found.text, options);
   if (!saved.ok()) {
-    MsgBox(tr("File Save Error : ") + toQString(saved.error), tr("Saving ") + path, Icon::exclamation);
+    tellSaveError(path, toQString(saved.error));
     return;
   }
   drop(at);

@@ -39,7 +39,8 @@ class frmRecovered : public QDialog {
     QString file;                // how the file on disk stands to it; empty: as the text knew it
   };
   explicit frmRecovered(frmMain& frame);
-  void add(std::vector<text::LeftText> left);
+  // Without those whose text their file holds: they go.
+  static std::vector<Entry> entriesOf(std::vector<text::LeftText> left);
   void refresh(int at);          // after entries came or went; the window closes with the last one
   void fill();
   void showButtons();

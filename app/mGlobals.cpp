@@ -1,7 +1,6 @@
 #include "app/mGlobals.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QTimer>
 #include <QUrl>
@@ -25,12 +24,15 @@
 #include "base/Memory.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
+#include "control/KeyCommands.h"
 #include "control/TextModel.h"
 #include "document/CMXRegistry.h"
 #include "document/Languages.h"
 #include "document/Recovery.h"
 #include "document/Trust.h"
 #include "document/frmDocument.h"
+#include "document/frmLog.h"
 #include "document/frmRegistry.h"
 #include "document/modRegistry.h"
 #include "language/Registration.h"
@@ -42,6 +44,8 @@
 namespace {
 
 QString webHome;
+
+constexpr int kFocusMs = 500;   // until the first window has come forward, which shows its file's name in the status bar
 
 const QString kIniFile = QStringLiteral("INIFILE"), kCurDir = QStringLiteral("CURDIR");
 
@@ -57,19 +61,20 @@ void loadSettings(frmMain& frame) {
   useDefinitionFileOfSettings();
   if (known) {
     setWebHome(Text(kGlobalKey, QStringLiteral("WEBHOME")));
-    const QString folder = Text(kGlobalKey, kCurDir);
-    QDir::setCurrent(folder.isEmpty() ? joinPath(applicationFolder(), QStringLiteral("samples")) : folder);
+    service.followFolder(Text(kGlobalKey, kCurDir));
     CMXRegistry::loadMacros();
     CMXRegistry::loadHotKeys();
     showStoredLook();
   } else {
     NewKey(kGlobalKey);
-    QDir::setCurrent(joinPath(applicationFolder(), QStringLiteral("samples")));
     service.SetupMRUList();
   }
   InitLanguages();
   frame.menus().refreshKeys();
   service.GetProfile(frame, QStringLiteral("mnuFileMRU"));
+  // What a crash must not take away is written when it changes.
+  whenRecorded([] { CMXRegistry::saveMacros(); });
+  languages().iniFileChanged = [] { SetText(kGlobalKey, kIniFile, languages().IniFile()); };
 }
 
 // A copy that only hands over never loads the settings, but writes these at its end like any other; so it reads them first.
@@ -82,7 +87,7 @@ void readWhatTheEndWrites() {
 void writeSettings() {
   using namespace modRegistry;
   SetText(kGlobalKey, kIniFile, languages().IniFile());
-  SetText(kGlobalKey, kCurDir, QDir::currentPath());
+  SetText(kGlobalKey, kCurDir, currentFolder());
   frmRegistry::instance().SetProfile();
   CMXRegistry::saveHotKeys();
   CMXRegistry::saveMacros();
@@ -98,7 +103,7 @@ QList<HandOff> commandLinesOf(const Arguments& arguments, const QString& spooled
   QList<HandOff> lines;
   const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
   for (const FilePlace& file : arguments.files)
-    lines << HandOff{file.text(), token, arguments.readOnly, arguments.wait, false};
+    lines << HandOff{file.path, token, arguments.readOnly, arguments.wait, false, file.line, file.column};
   if (!spooled.isEmpty()) lines << HandOff{spooled, token, arguments.readOnly, arguments.wait, true};
   return lines;
 }
@@ -131,7 +136,7 @@ QString readDefinitions(const QString& named) {
     useDefinitionFileOfSettings();
     languages().Init();
   } else {
-    languages().setIniFile(QDir::current().absoluteFilePath(named));
+    languages().setIniFile(fullPath(named));
     error = languages().ReadIniFile();
     if (!error.isEmpty()) error = QCoreApplication::translate("mGlobals", "the definitions %1 cannot be read: %2").arg(plainForDisplay(named), error);
   }
@@ -201,7 +206,7 @@ void openWebPage(const QString& page) {
 int Main(int argc, char** argv) try {
   QStringList words;
   for (int i = 1; i < argc; ++i) words << toQString(argv[i]);
-  const QString startFolder = QDir::currentPath();   // names were typed against it; the settings will change it
+  const QString startFolder = currentFolder();   // names were typed against it; the settings will change it
   Arguments arguments = parseArguments(words, startFolder);
   if (!arguments.error.isEmpty()) return complain(arguments.error, 2);
   if (arguments.help) return std::fputs(qPrintable(argumentsHelp()), stdout) < 0;
@@ -263,8 +268,12 @@ display:
   SessionEnd sessionEnd(main);
   QObject::connect(&main, &frmMain::documentClosed, &main, [&](frmDocument* document) { instance.documentClosed(document); });
   for (const HandOff& line : lines) {
-    frmDocument* document = line.untitled ? main.takeIn(line.text) : OpenCommandLine(main, line.text);
+    frmDocument* document = line.untitled ? main.takeIn(line.text) : main.openAt(line.text, line.line, line.column);
     if (document && line.readOnly) document->cmx->setReadOnly(true);
+  }
+  if (const QString& why = instance.aloneBecause(); !why.isEmpty()) {
+    main.log()->AppendLog(why + QLatin1String("\r\n"));
+    QTimer::singleShot(kFocusMs, &main, [why] { SetStatusText(why); });
   }
   recovery.onFailure([&main](const QString& reason) { main.showJournalWarning(reason); });
   LeftoverLook leftovers(main);

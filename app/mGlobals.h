@@ -19,8 +19,8 @@ const std::shared_ptr<colLangs>& gLangs();   // the current set of languages
 const QString& gWebHome();                   // base address of the web pages, from the settings; empty: there are none
 void setWebHome(const QString& address);
 
-// Opens the file that a command line names: trimmed, without its double quotes, one name, with ":LINE:COLUMN" behind it if
-// there is no file of that very name. Null: nothing was opened or brought forward.
+// Opens the file that another program names in a command line that no shell has taken apart: trimmed, without its double quotes,
+// one name, with ":LINE:COLUMN" behind it if there is no file of that very name. Null: nothing was opened or brought forward.
 frmDocument* OpenCommandLine(frmMain& frame, const QString& text);
 
 void useDefinitionFileOfSettings();          // or of the program's config folder when there is none

@@ -10,9 +10,10 @@
 
 namespace {
 
+const QLatin1String kForm("zelkor2");
 constexpr int kMostConnections = 1000;
 constexpr int kConnectMs = 1000;
-const QString kActed = QStringLiteral("acted"), kBusy = QStringLiteral("busy"), kRefused = QStringLiteral("refused"),
+const QString kTaken = QStringLiteral("taken"), kActed = QStringLiteral("acted"), kBusy = QStringLiteral("busy"), kRefused = QStringLiteral("refused"),
               kClosed = QStringLiteral("closed");
 
 QByteArray framed(const QString& fields) {
@@ -52,15 +53,18 @@ QString HandOff::toFields() const {
   if (wait) flags += u'w';
   if (untitled) flags += u'u';
   const QString part(QChar(0));
-  return QLatin1String("zelkor1") + part + flags + part + activation + part + text;
+  return kForm + part + flags + part + activation + part + QString::number(line) + part + QString::number(column) + part + text;
 }
 
 bool HandOff::fromFields(const QString& fields, HandOff* out) {
   const QStringList parts = fields.split(QChar(0));
-  if (parts.size() != 4 || parts[0] != QLatin1String("zelkor1")) return false;
+  if (parts.size() != 6 || parts[0] != kForm) return false;
   for (const QChar flag : parts[1])
     if (flag != u'r' && flag != u'w' && flag != u'u') return false;
-  *out = {parts[3], parts[2], parts[1].contains(u'r'), parts[1].contains(u'w'), parts[1].contains(u'u')};
+  bool lineGood = false, columnGood = false;
+  const qint64 line = parts[3].toLongLong(&lineGood), column = parts[4].toLongLong(&columnGood);
+  if (!lineGood || !columnGood || line < 0 || column < 0) return false;
+  *out = {parts[5], parts[2], parts[1].contains(u'r'), parts[1].contains(u'w'), parts[1].contains(u'u'), line, column};
   return true;
 }
 
@@ -144,6 +148,7 @@ void Msghook::actOnNext() {
   while (!waiting_.isEmpty()) {
     const auto [id, handOff] = waiting_.takeFirst();
     if (!connections_.contains(id)) continue;
+    answer(*connections_.value(id), kTaken);   // acting may ask the person something, which takes as long as it takes
     const HandOffReply reply = message_(id, handOff);
     const auto connection = connections_.value(id);
     if (!connection) continue;
@@ -186,6 +191,7 @@ HandOffAnswer MsgSender::send(const HandOff& handOff) {
     if (!socket_.waitForBytesWritten(-1)) return HandOffAnswer::gone;
   QString fields;
   if (!readAnswer(&fields, false)) return gaveUp_ ? HandOffAnswer::silent : HandOffAnswer::gone;
+  if (fields == kTaken && !readAnswer(&fields, true)) return HandOffAnswer::gone;
   if (fields == kActed) return HandOffAnswer::acted;
   return fields == kBusy ? HandOffAnswer::busy : HandOffAnswer::refused;
 }

@@ -1,8 +1,8 @@
 // Messages from another copy of the program, and the sending of them.
 //
 // On Linux a message is one request on a local socket: four bytes of length (least first), then that many bytes of UTF-16
-// text (least first), at most 1 MiB. The text is fields parted by U+0000. The answer has the same form and is sent after the
-// message was acted on. Who is not of our user, says nothing for too long, or sends anything else is hung up on.
+// text (least first), at most 1 MiB. The text is fields parted by U+0000. Two answers of the same form come: that the message was
+// taken, and, after it was acted on, what came of it. Who is not of our user, says nothing for too long, or sends anything else is hung up on.
 // On Windows the same text comes by WM_COPYDATA, and the answer is the message's result.
 #pragma once
 
@@ -12,19 +12,21 @@
 #include <QStringList>
 #include <functional>
 
-// What is handed over: one command line (one file name, with ":LINE" or ":LINE:COLUMN" behind it if need be), possibly empty.
+// What is handed over: one file name as it is on the disk (see FileNames.h), possibly empty, and the place in it.
 struct HandOff {
   QString text;
   QString activation;      // the desktop's token that allows a window to come forward
   bool readOnly = false;
   bool wait = false;       // the sender wants to know when the document is closed
   bool untitled = false;   // text names a file to take in as a new document and remove
+  qint64 line = 0, column = 0;   // from 1; 0: not said
 
   QString toFields() const;
   static bool fromFields(const QString& fields, HandOff* out);
 };
 
-// gone: the receiver ended; silent: it is there, but has not answered and the sender's person waits no longer.
+// gone: nobody is there, or the receiver ended; silent: it is there, but has not taken the message and the sender's person waits
+// no longer.
 enum class HandOffAnswer { acted, busy, refused, gone, silent };
 struct HandOffReply {
   HandOffAnswer answer = HandOffAnswer::acted;
@@ -67,7 +69,7 @@ class Msghook : public QObject {
 class MsgSender {
  public:
   bool connectTo(const QString& path);      // false: nobody there, or not of our user
-  // Waits for the answer without limit, but asks `goOn` each time nothing has come for so long.
+  // Asks `goOn` each time that a message was not taken for so long. One that was taken is waited for without limit.
   void setPatience(int ms, std::function<bool()> goOn);
   HandOffAnswer send(const HandOff& handOff);
   bool waitForClosed();                     // after an acted message with `wait`; false: the receiver ended

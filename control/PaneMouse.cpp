@@ -13,6 +13,7 @@
 #include <algorithm>
 
 #include "control/ColumnBlock.h"
+#include "control/FileNames.h"
 #include "control/KeyCommands.h"
 #include "control/Pane.h"
 #include "control/TextMime.h"
@@ -276,7 +277,7 @@ void PaneMouse::drop(QDropEvent* event) {
   if (event->mimeData()->hasUrls()) {
     QStringList paths;
     for (const QUrl& url : event->mimeData()->urls())
-      if (url.isLocalFile()) paths << url.toLocalFile();
+      if (url.isLocalFile()) paths << localFile(url);
     event->acceptProposedAction();
     if (!paths.isEmpty()) emit pane_.filesDropped(paths);
     return;

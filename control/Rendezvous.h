@@ -15,7 +15,9 @@ class Rendezvous {
   Rendezvous(const Rendezvous&) = delete;
   Rendezvous& operator=(const Rendezvous&) = delete;
 
-  bool usable() const { return !folder_.isEmpty(); }   // false: this copy can only stand alone
+  // False: this copy can only stand alone, as there is no place or nothing can be made there. failure() says why.
+  bool usable() const { return failure_.isEmpty(); }
+  const QString& failure() const { return failure_; }
   bool becomeFirst();                           // true: this process is the first, now or already
   bool isFirst() const { return lock_ >= 0; }
   void resign();                                // somebody else may be first from now on
@@ -23,6 +25,7 @@ class Rendezvous {
   QString folder() const { return folder_; }
 
  private:
-  QString folder_, name_;
+  bool take(const QString& folder);             // as the meeting place
+  QString folder_, name_, failure_;
   int lock_ = -1;
 };

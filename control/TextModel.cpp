@@ -58,11 +58,7 @@ struct TextModel::Impl {
   text::LongColors longColors;
   std::vector<text::LineNo> bookmarks;    // ascending
   bool modified = false;                  // as last announced
-#ifdef Q_OS_WIN
-  bool loadedCrlf = true;
-#else
-  bool loadedCrlf = false;                // enableCrlf() until somebody chooses: as the first line ends
-#endif
+  bool loadedCrlf = kPlatformCrlf;        // enableCrlf() until somebody chooses: as the first line ends
   bool crlf = loadedCrlf;                 // as last announced
 
   void moveBookmarks(const text::Change& change, const text::Snapshot& now);
@@ -240,9 +236,11 @@ std::vector<text::LineNo> TextModel::bookmarks() const { return impl_->bookmarks
 
 void TextModel::replaceAll(text::Snapshot snapshot, text::FileFormat newFormat) {
   format = newFormat;
-  // As the first line ends: no LF before the first CR, or none at all.
-  if (snapshot.lineMode() == text::LineMode::cr || snapshot.lineCount() == 1) {
+  // As the first line ends; what has no line end yet gets those of this platform.
+  if (snapshot.lineMode() == text::LineMode::cr) {
     impl_->loadedCrlf = true;
+  } else if (snapshot.lineCount() == 1) {
+    impl_->loadedCrlf = kPlatformCrlf;
   } else {
     const text::ByteOffset end = snapshot.lineEndWithBreak(text::LineNo(0));
     impl_->loadedCrlf = snapshot.lineBreak(text::LineNo(0)) == text::LineBreak::crlf;

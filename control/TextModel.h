@@ -17,6 +17,12 @@
 QString toQString(std::string_view bytes);
 std::string fromQString(QStringView text);
 
+#ifdef Q_OS_WIN
+inline constexpr bool kPlatformCrlf = true;   // what ends the lines of this platform's texts
+#else
+inline constexpr bool kPlatformCrlf = false;
+#endif
+
 class TextModel : public QObject {
   Q_OBJECT
  public:

@@ -2,8 +2,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QSet>
 #include <memory>
 
@@ -16,6 +14,7 @@
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/Trust.h"
@@ -101,7 +100,7 @@ class BatchFrame : public Frame {
   QList<frmDocument*> documents() override { return document ? QList{document} : QList<frmDocument*>(); }
   void activate(frmDocument*) override {}
   void setPanel(int, const QString&) override {}
-  void setUnixPanel(bool) override {}
+  void setUnixPanel(bool, bool) override {}
   void setTemplatePanel(bool) override {}
   void refreshToolbar() override {}
   void refreshWindowMenu() override {}
@@ -135,7 +134,7 @@ int workOn(BatchFrame& own, const QString& path, const std::function<int(frmDocu
   bool loaded = false;
   document.LoadDocument(path, loaded);
   if (!loaded) return batch::kFailed;
-  document.setFile(QFileInfo(path).absoluteFilePath());
+  document.setFile(fullPath(path));
   document.SetLanguage(languageOfFile(path, *document.cmx));
   own.take(&document);
   const int status = work(document);
@@ -163,7 +162,7 @@ Session::~Session() {
 void Session::setAbout(const QString& file) { impl_->boxes.about = plainForDisplay(file); }
 
 void commandsFromFile(const QString& path, BatchOptions* options, QString* error) {
-  const text::LoadedFile file = text::loadFile(QFile::encodeName(path).toStdString());
+  const text::LoadedFile file = text::loadFile(fromQString(path));
   *error = file.error.empty() ? QString() : tr("%1: %2").arg(plainForDisplay(path), QString::fromStdString(file.error));
   options->commands = toQString(file.text.bytes());
 }
@@ -210,7 +209,7 @@ int run(const BatchOptions& options) {
     return kFailed;
   }
   if (!options.outputFolder.isEmpty()) {
-    const std::string error = text::makeFolders(QFile::encodeName(options.outputFolder).toStdString());
+    const std::string error = text::makeFolders(fromQString(options.outputFolder));
     if (!error.empty()) {
       writeTo(kStandardError, plainForDisplay(options.outputFolder) + u": "_s + QString::fromStdString(error) + u"\r\n"_s);
       return kFailed;

@@ -15,7 +15,7 @@ class Frame {
   virtual QList<frmDocument*> documents() = 0;               // in the order of creation
   virtual void activate(frmDocument* document) = 0;          // bring forward; a minimised one becomes normal
   virtual void setPanel(int panel, const QString& text) = 0; // 1 text, 2 row and column
-  virtual void setUnixPanel(bool unixFile) = 0;              // "Unix" or "Win"
+  virtual void setUnixPanel(bool unixFile, bool mixed = false) = 0;   // "Unix" or "Win"; a text that has both: "Mixed"
   virtual void setTemplatePanel(bool on) = 0;                // picture "Expand" on the panel "Template"
   virtual void refreshToolbar() = 0;                         // enabled states of menus and toolbar
   virtual void refreshWindowMenu() = 0;

@@ -1,8 +1,9 @@
 #include "document/Messages.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QRegularExpression>
+
+#include "control/FileNames.h"
 
 using namespace Qt::StringLiterals;
 
@@ -66,14 +67,14 @@ bool MessageFinder::holds(const QString& folder, const QString& file) {
     const QStringList names = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System);
     known = entries_.insert(folder, QSet<QString>(names.begin(), names.end()));
   }
-  return known->contains(file.section(u'/', 0, 0)) && QFileInfo(QDir(folder), file).isFile();
+  return known->contains(file.section(u'/', 0, 0)) && isRegularFile(QDir(folder).filePath(file));
 }
 
 std::optional<MessagePlace> MessageFinder::find(const QString& logLine) {
   for (MessagePlace& place : messagePlaces(logLine)) {
     QString file = place.file;
-    if (QFileInfo(file).isAbsolute()) {
-      if (!QFileInfo(file).isFile()) continue;
+    if (QDir::isAbsolutePath(file)) {
+      if (!isRegularFile(file)) continue;
       place.file = QDir::cleanPath(file);
       return place;
     }

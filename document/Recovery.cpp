@@ -72,7 +72,7 @@ Recovery::~Recovery() {
 }
 
 text::JournalAbout Recovery::about() const {
-  return {fromQString(path_), fromQString(title_), model_->format, model_->stamp, 0};
+  return {fromQString(path_), fromQString(title_), model_->format, model_->stamp, 0, caret ? caret() : -1};
 }
 
 void Recovery::setFile(const QString& path, const QString& title) {

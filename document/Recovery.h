@@ -48,6 +48,7 @@ class Recovery : public QObject {
 
   void setFile(const QString& path, const QString& title);   // path empty: untitled
   void saved();            // the text is what its file holds: loaded, or saved durably
+  std::function<qint64()> caret;   // where it is now, in bytes; asked when the journal is told of the document
   void discard();          // the person does not want the changes
   // The text is nowhere else: it is written down now, whole. False: it could not be.
   bool holdNow();

@@ -2,14 +2,16 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QThread>
 #include <cerrno>
+#include <cstdio>
 
-#include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/TextModel.h"
+#include "document/Frame.h"
+#include "document/frmLog.h"
 #include "text/FileIo.h"
 
 using namespace Qt::StringLiterals;
@@ -17,7 +19,7 @@ using namespace registry;
 
 namespace {
 
-constexpr int kQuietTime = 400, kRetryTime = 15000;   // milliseconds
+constexpr int kQuietTime = 400, kRetryTime = 15000, kWindowTime = 500;   // milliseconds
 constexpr std::size_t kSizeLimit = 32u << 20;         // no honest settings file comes near
 constexpr int kLongestName = 255;                     // of one part of a key path, as in the registry
 
@@ -38,7 +40,6 @@ bool printable(const QString& name) {
   return true;
 }
 
-std::string native(const QString& path) { return QFile::encodeName(path).toStdString(); }
 
 int codeOf(int error) {
   switch (-error) {
@@ -57,7 +58,7 @@ class RegistryFile::Lock {
  public:
   Lock(const QString& path, int patience) {
     text::FileSystem& fs = text::fileSystem();
-    fd_ = fs.openAt(text::FileSystem::kCwd, native(path + ".lock"_L1), text::kRead | text::kWrite | text::kCreate, 0600);
+    fd_ = fs.openAt(text::FileSystem::kCwd, fromQString(path + ".lock"_L1), text::kRead | text::kWrite | text::kCreate, 0600);
     if (fd_ < 0) {
       error = fd_;
       return;
@@ -102,7 +103,7 @@ int RegistryFile::locate(quint32 hive, const QString& key, QString* path) {
 
 RegistryFile::Found RegistryFile::readFile(RegistryText& text) {
   bytes_.clear();
-  const std::string path = native(path_);
+  const std::string path = fromQString(path_);
   text::FileStatus status;
   const int found = text::fileSystem().statAt(text::FileSystem::kCwd, path, true, &status);
   if (found == -ENOENT || found == -ENOTDIR) return Found::missing;
@@ -124,21 +125,31 @@ int RegistryFile::setAside() {
   for (int n = 1; n < 1000 && result == -EEXIST; ++n) {
     const QString name = info.completeBaseName() + (n == 1 ? u".damaged."_s : u".damaged-%1."_s.arg(n)) + info.suffix();
     const QString aside = joinPath(info.path(), name);
-    if (text::fileExists(native(aside))) continue;
-    result = fs.renameAt(text::FileSystem::kCwd, native(path_), text::FileSystem::kCwd, native(aside), text::kReplace);
+    if (text::fileExists(fromQString(aside))) continue;
+    result = fs.renameAt(text::FileSystem::kCwd, fromQString(path_), text::FileSystem::kCwd, fromQString(aside), text::kReplace);
     if (result == 0) keptAs_ = name;
   }
   return result == 0 ? int(kSuccess) : codeOf(result);
 }
 
-// Without the lock: other copies would wait for it as long as the box is up.
 void RegistryFile::tellOfDamage() {
   if (keptAs_.isEmpty() || std::exchange(told_, true)) return;
-  MsgBox(QCoreApplication::translate("RegistryFile",
+  report(QCoreApplication::translate("RegistryFile",
                                      "The settings file %1 is damaged. It was kept as %2; the editor goes on with the settings it "
                                      "still has and its defaults.")
-             .arg(plainForDisplay(path_), plainForDisplay(keptAs_)),
-         QString::fromLatin1(kApplicationTitle));
+             .arg(plainForDisplay(path_), plainForDisplay(keptAs_)));
+}
+
+// Settings are read before there is a window: what is said now is said again, and stands in the log, once that has come forward.
+void RegistryFile::report(const QString& text) {
+  SetStatusText(text);
+  std::fprintf(stderr, "zelkor: %s\n", qPrintable(text));
+  if (!QCoreApplication::instance()) return;
+  QTimer::singleShot(kWindowTime, &timer_, [text] {
+    if (!frame() || !frame()->log()) return;
+    frame()->log()->AppendLog(text + u"\r\n"_s);
+    SetStatusText(text);
+  });
 }
 
 void RegistryFile::load() {
@@ -153,9 +164,8 @@ void RegistryFile::load() {
   if ((found == Found::damaged || found == Found::unreadable) && !told_) {
     told_ = true;
     const QString why = found == Found::damaged ? QCoreApplication::translate("RegistryFile", "it is damaged") : reason_;
-    MsgBox(QCoreApplication::translate("RegistryFile", "The settings file %1 cannot be used (%2). The editor starts with its defaults.")
-               .arg(plainForDisplay(path_), plainForDisplay(why)),
-           QString::fromLatin1(kApplicationTitle));
+    report(QCoreApplication::translate("RegistryFile", "The settings file %1 cannot be used (%2). The editor starts with its defaults.")
+               .arg(plainForDisplay(path_), plainForDisplay(why)));
   }
 }
 
@@ -238,7 +248,7 @@ int RegistryFile::flush() {
   timer_.stop();
   if (changes_.empty() || readOnly_) return kSuccess;
   int code = kSuccess;
-  const std::string folder = native(QFileInfo(path_).path());
+  const std::string folder = fromQString(QFileInfo(path_).path());
   if (const std::string error = text::makeFolders(folder, 0700); !error.empty()) {
     reason_ = QString::fromStdString(error);
     code = kAccessDenied;
@@ -279,7 +289,7 @@ int RegistryFile::writeOut() {
   for (const Change& change : changes_) apply(change, merged);
   const QByteArray bytes = merged.toBytes();
   if (bytes != bytes_) {
-    const text::SaveResult result = text::saveBytes(native(path_), std::string_view(bytes.data(), std::size_t(bytes.size())), 0600);
+    const text::SaveResult result = text::saveBytes(fromQString(path_), std::string_view(bytes.data(), std::size_t(bytes.size())), 0600);
     if (!result.ok()) {
       reason_ = QString::fromStdString(result.error);
       return kWriteFault;

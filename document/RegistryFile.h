@@ -44,6 +44,7 @@ class RegistryFile : public registry::Store {
   Found readFile(RegistryText& text);
   int setAside();                  // under the lock
   void tellOfDamage();             // not under the lock
+  void report(const QString& text);
   int writeOut();                  // under the lock
   void record(Change change);
   static void apply(const Change& change, RegistryText& text);

@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QFileInfo>
 #include <QLocale>
 #include <algorithm>
 #include <climits>
@@ -110,11 +109,11 @@ LineCounts countLines(frmDocument& document) {
 
 QString fileInformation(frmDocument& document) {
   const bool named = !document.CurrentFileName().isEmpty();
-  const QFileInfo file(document.CurrentFileName());
+  const text::FileStamp file = named ? text::stampOf(fromQString(document.CurrentFileName()), false) : text::FileStamp();
   QStringList lines;
   const QString path = named ? document.CurrentFileName() : document.CurrentFileDir() + QDir::separator() + document.CurrentFileTitle();
   lines << label("Path") + plainForDisplay(path, INT_MAX);   // a name may hold a line break
-  const QDateTime time = named ? file.lastModified() : QDateTime();
+  const QDateTime time = file.exists ? QDateTime::fromMSecsSinceEpoch(file.status.mtimeNs / 1'000'000) : QDateTime();
   lines << label("Last Modified") +
                (time.isValid() ? QLocale().toString(time.date(), QLocale::ShortFormat) + time.time().toString(u" hh:mm:ss"_s) : QString());
   lines << label("Size") + QString::number(document.cmx->TextLength()) + u" bytes"_s;

@@ -13,14 +13,17 @@
 #include "base/Hourglass.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "control/LongWork.h"
 #include "document/CMXRegistry.h"
+#include "document/FileErrors.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/Recovery.h"
 #include "document/frmRegistry.h"
 #include "language/ucCM.h"
 #include "text/FileIo.h"
+#include "text/LineEnds.h"
 
 // What all windows on one text share.
 struct frmDocument::Shared {
@@ -32,13 +35,16 @@ struct frmDocument::Shared {
   int language = 0;
   QString lineComment, blockStart, blockEnd;
   std::int64_t stampTakenNs = 0;   // when the file was last looked at whole
+  bool mixedBreaks = false;        // as far as was looked
+  QTimer breaksLook;               // a moment after line ends came or went
   std::vector<frmDocument*> windows;
   std::unique_ptr<Recovery> recovery;   // null where there are no journals
 };
 
 namespace {
 
-constexpr int kWatchMs = 4000;
+constexpr int kWatchMs = 4000, kBreaksLookMs = 300;
+constexpr std::int64_t kBreaksLook = 8 << 20;   // bytes; takes some milliseconds
 // A file written twice within the clock's grain can change without its times changing; only its content tells.
 constexpr std::int64_t kClockGrainNs = 2'000'000'000;
 
@@ -76,6 +82,25 @@ frmDocument::frmDocument(QWidget* parent)
     : QWidget(parent), cmx(new CodeMax(this)), Timer1(new QTimer(this)), shared_(std::make_shared<Shared>()) {
   setUp();
   shared_->recovery = Recovery::of(cmx->model());
+  if (shared_->recovery)
+    shared_->recovery->caret = [shared = shared_.get()] {
+      return shared->windows.empty() ? -1 : shared->windows.front()->cmx->editor().selection().caret.value;
+    };
+  QTimer* look = &shared_->breaksLook;
+  look->setSingleShot(true);
+  look->setInterval(kBreaksLookMs);
+  const auto lookNow = [shared = shared_.get(), model = cmx->model().get()] {
+    shared->mixedBreaks = text::lineEndsOf(model->snapshot(), kBreaksLook) == text::LineEnds::mixed;
+    for (frmDocument* window : shared->windows)
+      if (frame() && frame()->activeDocument() == window) window->showLineEnds();
+  };
+  connect(look, &QTimer::timeout, look, lookNow);
+  connect(cmx->model().get(), &TextModel::changed, look, [look, lookNow](const text::Change& change) {
+    const auto has = [](const text::Change::Span& span) { return span.linesRemoved + span.linesInserted > 0; };
+    const auto changes = [](const text::Change::Span& span) { return span.linesRemoved > 0 && span.linesInserted > 0; };
+    if (change.reset || std::ranges::any_of(change.spans, changes)) lookNow();   // not a key that was typed
+    else if (std::ranges::any_of(change.spans, has)) look->start();
+  });
   frmRegistry::instance().SetupMenusModified(false);
   CMXRegistry::applyTo(*cmx);
 }
@@ -106,7 +131,7 @@ void frmDocument::setUp() {
   connect(cmx, &CodeMax::SelChange, this, &frmDocument::cmx_SelChange);
   connect(cmx, &CodeMax::PropsChange, this, &frmDocument::cmx_PropsChange);
   connect(cmx->model().get(), &TextModel::lineEndsChanged, this, [this] {
-    if (Frame* main = frame(); main && main->activeDocument() == this) main->setUnixPanel(!cmx->EnableCRLF());
+    if (Frame* main = frame(); main && main->activeDocument() == this) showLineEnds();
   });
   connect(cmx, &CodeMax::Note, this, [](const QString& text) { SetStatusText(text); });
 }
@@ -131,6 +156,13 @@ void frmDocument::setUntitled(const QString& title, const QString& folder) {
   updateCaption();
 }
 
+void frmDocument::beginFile(const QString& path) {
+  setFile(path);
+  shared_->hasName = false;
+  cmx->model()->path = path;
+  cmx->model()->stamp = text::FileStamp{};   // one that comes there meanwhile is not overwritten without a question
+}
+
 void frmDocument::setFile(const QString& path) {
   shared_->name = path;
   shared_->title = GetFileTitle(path);
@@ -148,6 +180,10 @@ void frmDocument::followRights() {
   if (guard || shared_->guarded) cmx->setReadOnly(guard);
   shared_->guarded = guard;
   if (Frame* main = frame()) main->refreshToolbar();
+}
+
+void frmDocument::showLineEnds() {
+  if (Frame* main = frame()) main->setUnixPanel(!cmx->EnableCRLF(), shared_->mixedBreaks);
 }
 
 QString frmDocument::Caption() const { return shared_->modified ? shared_->title + u'*' : shared_->title; }
@@ -187,7 +223,7 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   loaded = error.isEmpty();
   if (!loaded) {
     const OwnBox box(*this);
-    MsgBox(tr("File Open Error : ") + error, tr("Opening ") + path, Icon::exclamation);
+    tellOpenError(path, error);
     return;
   }
   shared_->stampTakenNs = nowNs();
@@ -203,10 +239,9 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
     const bool crlf = SetCRLF(path);
     if (crlf != cmx->EnableCRLF()) cmx->setEnableCRLF(crlf);
   }
-  if (Frame* main = frame()) {
-    main->setPanel(2, QString::number(cmx->LineCount()) + tr(" Lines"));
-    main->setUnixPanel(!cmx->EnableCRLF());
-  }
+  if (Frame* main = frame()) main->setPanel(2, QString::number(cmx->LineCount()) + tr(" Lines"));
+  shared_->mixedBreaks = text::lineEndsOf(cmx->model()->snapshot(), kBreaksLook) == text::LineEnds::mixed;
+  showLineEnds();
   SetStatusText(path);
 }
 
@@ -272,8 +307,19 @@ bool frmDocument::ReopenAs(const text::FileFormat& format) {
     return true;
   }
   const OwnBox box(*this);
-  MsgBox(tr("File Open Error : ") + error, tr("Opening ") + shared_->name, Icon::exclamation);
+  tellOpenError(shared_->name, error);
   return false;
+}
+
+bool frmDocument::makeFolderOf(const QString& path) {
+  const QString folder = GetFileDir(path);
+  if (folder.isEmpty() || !fileIsMissing(folder)) return true;
+  const OwnBox box(*this);
+  const QString question = tr("The folder %1 is not there.\r\nDo you want to make it?").arg(plainForDisplay(folder));
+  if (MsgBox(question, savingTitle(path), Icon::question, Buttons::yesNo) != Answer::yes || box.documentIsGone()) return false;
+  const std::string error = text::makeFolders(fromQString(folder));
+  if (!error.empty()) tellSaveError(path, toQString(error));
+  return error.empty();
 }
 
 bool frmDocument::SaveDocumment(const QString& path) {
@@ -281,20 +327,20 @@ bool frmDocument::SaveDocumment(const QString& path) {
     const Hourglass hourglass;
     return cmx->SaveFile(path, guard);
   };
-  const QString title = tr("Saving ") + path;
+  if (!makeFolderOf(path)) return false;
   text::SaveResult result = save(true);
   if (result.changedOnDisk && !text::fileExists(fromQString(path))) {
     result = save(false);   // it has gone: nobody's work is there to be lost
   } else if (result.changedOnDisk) {
     const OwnBox box(*this);
     const QString question = tr("%1 has been changed on disk by another program.\r\nDo you want to overwrite it?");
-    if (MsgBox(question.arg(plainForDisplay(path)), title, Icon::exclamation, Buttons::yesNo) != Answer::yes) return false;
+    if (MsgBox(question.arg(plainForDisplay(path)), savingTitle(path), Icon::exclamation, Buttons::yesNo) != Answer::yes) return false;
     if (box.documentIsGone()) return false;
     result = save(false);
   }
   if (!result.ok()) {
     const OwnBox box(*this);
-    MsgBox(tr("File Save Error : ") + toQString(result.error), title, Icon::exclamation);
+    tellSaveError(path, toQString(result.error));
     return false;
   }
   shared_->stampTakenNs = nowNs();
@@ -314,6 +360,7 @@ void frmDocument::leaveInJournal() { shared_->leftInJournal = mayEnd() && cmx->M
 bool frmDocument::CancelSaveFile() {
   if (!cmx->Modified()) return false;
   const OwnBox box(*this);
+  if (Frame* main = frame()) main->activate(this);   // the question should be about what is in sight
   switch (MsgBox(tr("There are changes to the current file. Do you wish to save these changes"), CurrentFileTitle(),
                  Icon::exclamation, Buttons::yesNoCancel)) {
     case Answer::yes: break;
@@ -321,9 +368,7 @@ bool frmDocument::CancelSaveFile() {
     default: return true;
   }
   Frame* main = frame();
-  if (box.documentIsGone() || !main) return true;
-  main->activate(this);
-  return !main->saveActive();
+  return box.documentIsGone() || !main || !main->saveActive();
 }
 
 void frmDocument::inconsistentDate() {
@@ -380,7 +425,7 @@ bool frmDocument::SetCRLF(const QString& path) {
   text::FileSystem& files = text::fileSystem();
   const int fd = files.openAt(text::FileSystem::kCwd, fromQString(path), text::kRead | text::kNonBlock, 0);
   if (fd < 0) return false;
-  bool crlf = true;
+  bool crlf = kPlatformCrlf;
   char block[16384];
   for (;;) {
     const std::int64_t got = files.read(fd, block, sizeof block);
@@ -409,7 +454,7 @@ void frmDocument::focusWork() {
   Frame* main = frame();
   if (!main) return;
   main->setUndoRedo(cmx->CanUndo(), cmx->CanRedo());
-  main->setUnixPanel(!cmx->EnableCRLF());
+  showLineEnds();
   main->setPanel(1, shared_->name.isEmpty() ? shared_->title : shared_->name);
   RowAndCol();
   main->refreshToolbar();
@@ -463,6 +508,8 @@ void frmDocument::cmx_SelChange() {
 void frmDocument::cmx_PropsChange() {
   if (!cmx->Language().isEmpty()) SetLanguage(languages().GetIndex(cmx->Language()));
   CMXRegistry::save(*cmx);
+  CMXRegistry::saveHotKeys();
+  CMXRegistry::saveMacros();
   Frame* main = frame();
   if (!main) return;
   for (frmDocument* document : main->documents())   // who changes an option means the editor, not one window
@@ -487,6 +534,15 @@ bool frmDocument::allAgreed(const frmDocument* but) const {
 }
 
 void frmDocument::withdrawClose() { closeAsked_ = shared_->leftInJournal = false; }
+
+bool frmDocument::closingAsks() const {
+  return cmx->Modified() && !shared_->leftInJournal && !hasAgreedToClose() && !CurrentFileTitle().isEmpty();
+}
+
+void frmDocument::letGo() {
+  closeAsked_ = true;
+  closeAskedAt_ = cmx->model()->document().revision();
+}
 
 bool frmDocument::agreeToClose() {
   if (hasAgreedToClose()) return true;

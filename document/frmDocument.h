@@ -32,6 +32,7 @@ class frmDocument : public QWidget {
   bool DocumentModified() const;            // last value passed to DocumentChanged
   void setUntitled(const QString& title, const QString& folder);
   void setFile(const QString& path);        // name, title, folder and caption from the path
+  void beginFile(const QString& path);      // the same for a file that is not there; its first save makes it
   // Guards the text (cmx->ReadOnly) when its file has become write-protected, and takes that guard away when it may be
   // written again. Between two such changes the guard is the person's; a modified text is not guarded.
   void followRights();
@@ -44,13 +45,14 @@ class frmDocument : public QWidget {
   void LoadDocument(const QString& path, bool& loaded);
   // Reads the file again as of another encoding; one undo step. False: it cannot be read so, the person has been told.
   bool ReopenAs(const text::FileFormat& format);
-  // False: not saved, the person has been told. Asks before it overwrites what others wrote meanwhile. Names are the
+  // False: not saved, the person has been told. Asks before it overwrites what others wrote meanwhile, or makes a folder. Names are the
   // caller's affair (frmMain::mainSaveDocument).
   bool SaveDocumment(const QString& path);
   // True: the caller must not go on (cancelled, or saving failed).
   bool CancelSaveFile();
   void inconsistentDate();                  // asks about changes on disk; nothing without a name
-  // True ("Win") unless the file's first line ends in a lone line feed; an empty file is "Win". False when unreadable.
+  // False ("Unix") when the file's first line ends in a lone line feed, or it cannot be read; what has no line end yet gets those of
+  // this platform.
   bool SetCRLF(const QString& path);
 
   // Each is one undo step over the selection's first to last line, the last one included even at column 0.
@@ -77,7 +79,9 @@ class frmDocument : public QWidget {
   // Asks what closing would ask; true: closing will not ask any more, unless the text changes. Closing several windows asks
   // for all of them first, so that a cancelled end leaves every window as it was (withdrawClose).
   bool agreeToClose();
+  bool closingAsks() const;                 // for this window's part; further windows on the text may spare the question
   void withdrawClose();
+  void letGo();                             // of its changes: agreed to without a question
 
  signals:
   void captionChanged();
@@ -104,6 +108,8 @@ class frmDocument : public QWidget {
   bool allAgreed(const frmDocument* but = nullptr) const;   // the windows on this text that are open
   void updateCaption();
   void showTemplateState(bool afterTyping);
+  void showLineEnds();
+  bool makeFolderOf(const QString& path);   // asks; false: there is none
 
   std::shared_ptr<Shared> shared_;
   int ownBoxes_ = 0;              // boxes of ours that are up

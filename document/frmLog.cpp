@@ -1,7 +1,6 @@
 #include "document/frmLog.h"
 
 #include <QAction>
-#include <QDir>
 #include <QMenu>
 #include <QRegularExpression>
 #include <QResizeEvent>
@@ -13,8 +12,10 @@
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "control/LongWork.h"
 #include "document/CMXRegistry.h"
+#include "document/FileErrors.h"
 #include "document/Frame.h"
 #include "document/Messages.h"
 #include "document/Process.h"
@@ -172,7 +173,7 @@ CmPosition frmLog::CurrentPosition() const {
 bool frmLog::SaveDocumment(const QString& path) {
   const text::SaveResult result = cmx->SaveFile(path, false);
   if (result.ok()) return true;
-  MsgBox(tr("File Save Error : %1").arg(QString::fromStdString(result.error)), tr("Saving %1").arg(path));
+  tellSaveError(path, toQString(result.error));
   return false;
 }
 
@@ -239,10 +240,10 @@ bool frmLog::InsertFile() {
   FileDialogRequest request;
   request.title = tr("Insert File");
   request.filter = u"(*.*)|*.*|"_s;
-  request.folder = QDir::currentPath();
+  request.folder = currentFolder();
   const QStringList chosen = dialogs().openFile(request);
   if (chosen.isEmpty()) return false;
-  const text::LoadedFile file = text::loadFile(QFile::encodeName(chosen.first()).toStdString());
+  const text::LoadedFile file = text::loadFile(fromQString(chosen.first()));
   if (!file.error.empty()) return false;
   const QString content = toQString(file.text.bytes());
   cmx->InsertText(toCrLf(shown(content)), CurrentPosition());
@@ -252,6 +253,7 @@ bool frmLog::InsertFile() {
 
 void frmLog::watch(process::Program& program) {
   program_ = &program;
+  programFolder_ = currentFolder();
   text::Document& document = cmx->model()->document();
   if (outputStart_) document.removeMark(outputStart_);
   outputStart_ = document.addMark(document.snapshot().size(), text::Bias::left);
@@ -320,7 +322,8 @@ frmDocument* frmLog::showFile(const QString& path) {
 }
 
 QStringList frmLog::folders() const {
-  QStringList folders{QDir::currentPath()};
+  QStringList folders{currentFolder()};
+  if (!programFolder_.isEmpty()) folders.prepend(programFolder_);
   const frmDocument* const active = frame()->activeDocument();
   if (active && !active->CurrentFileDir().isEmpty()) folders << active->CurrentFileDir();
   return folders;
@@ -405,7 +408,7 @@ void frmLog::showMenu(const QPoint& globalPosition) {
     FileDialogRequest request;
     request.title = tr("Save Log");
     request.filter = u"(*.*)|*.*|"_s;
-    request.folder = QDir::currentPath();
+    request.folder = currentFolder();
     request.name = u"zelkor.log"_s;
     const QString path = dialogs().saveFile(request);
     if (!path.isEmpty()) SaveDocumment(path);

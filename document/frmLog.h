@@ -92,6 +92,7 @@ class frmLog : public QWidget {
   Stream lastStream_ = Stream::text;
   std::unique_ptr<Streams> streams_;
   QPointer<process::Program> program_;
+  QString programFolder_;                       // where it was started: its messages name files from there
   QTimer flushTimer_;
   QPointer<frmDocument> usageOf_;
   text::MarkId outputStart_ = 0;                // of the program started last; 0: none

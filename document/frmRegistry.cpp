@@ -1,7 +1,5 @@
 #include "document/frmRegistry.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QScreen>
 #include <algorithm>
@@ -9,6 +7,7 @@
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
@@ -103,6 +102,11 @@ QString inMenu(QString name) { return plainForDisplay(name, 200).replace(u'&', Q
 
 }  // namespace
 
+bool isInstalled(const QString& folder) {
+  const QString ours = foldersRealPath(applicationFolder()), place = foldersRealPath(folder);
+  return !ours.isEmpty() && (place == ours || place.startsWith(ours + u'/'));
+}
+
 frmRegistry& frmRegistry::instance() {
   static frmRegistry service;
   return service;
@@ -117,12 +121,16 @@ ucCM& frmRegistry::ucCM1() { return *manager_; }
 
 // ---- file dialogs
 
+void frmRegistry::followFolder(const QString& folder) {
+  if (!isInstalled(folder)) setCurrentFolder(folder);
+}
+
 QStringList frmRegistry::stdOpenFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
                                      const QString& name, bool multiple) {
   FileDialogRequest request{title, filter, filterIndex, folder, name, {}, multiple};
   QStringList chosen = dialogs().openFile(request);
   filterIndex = request.filterIndex;
-  if (!chosen.isEmpty()) QDir::setCurrent(GetFileDir(chosen.first()));
+  if (!chosen.isEmpty()) followFolder(GetFileDir(chosen.first()));
   return chosen;
 }
 
@@ -134,7 +142,7 @@ QString frmRegistry::stdSaveFile(const QString& title, const QString& filter, in
   if (pattern.startsWith(QLatin1String("*.")) && pattern != QLatin1String("*.*")) request.defaultExtension = pattern.mid(2);
   const QString chosen = dialogs().saveFile(request);
   filterIndex = request.filterIndex;
-  if (!chosen.isEmpty()) QDir::setCurrent(GetFileDir(chosen));
+  if (!chosen.isEmpty()) followFolder(GetFileDir(chosen));
   return chosen;
 }
 
@@ -205,11 +213,12 @@ void frmRegistry::SaveMRUList() {
 
 void frmRegistry::GetMRUList() {
   const QStringList seeded = mruFile.items();
+  listWasRead_ = false;   // what is read need not be written
   QStringList names;
   for (int i = 0; i < kMruEntries; ++i) names << Text(kGlobalKey, QStringLiteral("MRU%1").arg(i));
   names.removeAll(QString());
-  listWasRead_ = true;
   if (!names.isEmpty() || seeded.isEmpty()) mruFile.setItems(names);
+  listWasRead_ = true;
 }
 
 void frmRegistry::SetupMRUList() {
@@ -230,6 +239,7 @@ void frmRegistry::MRUtoMenu() {
 }
 
 void frmRegistry::mruFile_Changed() {
+  SaveMRUList();
   if (frame_) MRUtoMenu();
 }
 

@@ -30,6 +30,9 @@ class ProfiledFrame {
   virtual void setModifiedFacts(bool active, bool any) = 0;   // the active document is modified; any document is
 };
 
+// It is the application folder or one below it: nothing of the user's is put there.
+bool isInstalled(const QString& folder);
+
 class frmRegistry : public QObject {
   Q_OBJECT
  public:
@@ -39,8 +42,11 @@ class frmRegistry : public QObject {
   ucCM& ucCM1();
   ucMRULst mruFile;
 
+  // The process's current directory is where dialogs and programs start: the folder of the document that is worked on, or of the file
+  // chosen last. It is never one of those that the program is installed in.
+  void followFolder(const QString& folder);
   // File dialogs. An empty result: cancelled. filterIndex is the 1-based entry of the filter, updated by the choice. The
-  // process's current directory becomes the folder of the chosen file.
+  // process's current directory follows the chosen file.
   QStringList stdOpenFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
                           const QString& name, bool multiple = false);
   // Asks before overwriting. A name without an extension gets the first one of the chosen filter entry, unless that shows all.

@@ -1,7 +1,6 @@
 #include "document/mCMXParser.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QRegularExpression>
 #include <algorithm>
 #include <optional>
@@ -9,6 +8,7 @@
 #include "base/Dialogs.h"
 #include "base/Strings.h"
 #include "control/CommandTable.h"
+#include "control/FileNames.h"
 #include "control/UsersSearch.h"
 #include "document/CommandRun.h"
 #include "document/Frame.h"
@@ -17,6 +17,7 @@
 #include "document/TextReports.h"
 #include "document/Trust.h"
 #include "document/frmLog.h"
+#include "document/frmRegistry.h"
 #include "language/ucCM.h"
 
 using namespace Qt::StringLiterals;
@@ -102,8 +103,8 @@ bool isTrusted(CommandRun& run, trust::Deed deed, const QString& what) {
 QString logFile(const CommandRun& run, const QString& argument) {
   if (!argument.isEmpty()) return argument;
   const frmDocument* const document = documentOf(run);
-  const QString folder = document && document->DocumentHasName() ? document->CurrentFileDir() : QDir::currentPath();
-  return joinPath(folder, u"zelkor.log"_s);
+  const QString folder = document && document->DocumentHasName() && !isInstalled(document->CurrentFileDir()) ? document->CurrentFileDir() : currentFolder();
+  return folder + u"/zelkor.log"_s;
 }
 
 // replaced: the line holds the values of its variables.

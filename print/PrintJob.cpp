@@ -13,6 +13,7 @@
 #include "base/Strings.h"
 #include "control/PdfFile.h"
 #include "control/TextModel.h"
+#include "document/FileErrors.h"
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
 #include "text/FileIo.h"
@@ -112,7 +113,7 @@ bool savePages(const PrintDocument& document, int first, int last, const QString
     saved = text::saveBytes(fromQString(path), std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())));
   }
   if (saved.ok()) return true;
-  MsgBox(QStringLiteral("File Save Error : ") + toQString(saved.error), QStringLiteral("Saving ") + path);
+  tellSaveError(path, toQString(saved.error));
   return false;
 }
 

@@ -112,12 +112,14 @@ std::string encodeAbout(const JournalAbout& about) {
   put(&out, about.format.bom, 1);
   put(&out, static_cast<std::uint64_t>(about.startedNs), 8);
   put(&out, about.stamp ? (about.stamp->exists ? 2 : 1) : 0, 1);
-  if (!about.stamp) return out;
-  const FileStatus& s = about.stamp->status;
-  for (const std::uint64_t number :
-       {s.device, s.inode, std::uint64_t(s.mode), std::uint64_t(s.owner), std::uint64_t(s.group), s.links, std::uint64_t(s.size),
-        std::uint64_t(s.mtimeNs), std::uint64_t(s.ctimeNs), about.stamp->contentHash})
-    put(&out, number, 8);
+  if (about.stamp) {
+    const FileStatus& s = about.stamp->status;
+    for (const std::uint64_t number :
+         {s.device, s.inode, std::uint64_t(s.mode), std::uint64_t(s.owner), std::uint64_t(s.group), s.links, std::uint64_t(s.size),
+          std::uint64_t(s.mtimeNs), std::uint64_t(s.ctimeNs), about.stamp->contentHash})
+      put(&out, number, 8);
+  }
+  if (about.caret >= 0) put(&out, static_cast<std::uint64_t>(about.caret), 8);
   return out;
 }
 
@@ -131,7 +133,13 @@ bool decodeAbout(std::string_view payload, JournalAbout* about) {
   if (!cut.ok || encoding >= encodings().size() || bom > 1 || stamp > 2) return false;
   about->format = {static_cast<Encoding>(encoding), bom == 1};
   about->stamp.reset();
-  if (stamp == 0) return cut.done();
+  about->caret = -1;
+  const auto end = [&] {   // journals of earlier versions end here
+    if (cut.done()) return true;
+    about->caret = static_cast<std::int64_t>(cut.number(8));
+    return cut.done() && about->caret >= 0;
+  };
+  if (stamp == 0) return end();
   FileStamp read;
   read.exists = stamp == 2;
   FileStatus& s = read.status;
@@ -145,7 +153,7 @@ bool decodeAbout(std::string_view payload, JournalAbout* about) {
   s.ctimeNs = static_cast<std::int64_t>(cut.number(8));
   read.contentHash = cut.number(8);
   about->stamp = read;
-  return cut.done();
+  return end();
 }
 
 std::string encodeNumbers(std::initializer_list<std::uint64_t> numbers) {

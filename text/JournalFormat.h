@@ -26,6 +26,7 @@ struct JournalAbout {
   FileFormat format;
   std::optional<FileStamp> stamp;    // of the file as it was loaded or saved last
   std::int64_t startedNs = 0;        // since the epoch; set by the writer
+  std::int64_t caret = -1;           // where it stood, in bytes; -1: not known
   bool operator==(const JournalAbout&) const = default;
 };
 

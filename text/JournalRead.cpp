@@ -58,6 +58,7 @@ class Replay {
       aboutSeen_ = true;
       JournalAbout about;
       if (!journal::decodeAbout(record.payload, &about)) return false;
+      if (about.caret >= 0) result_.caret = about.caret;
       result_.about = std::move(about);
       return true;
     }
@@ -123,6 +124,7 @@ class Replay {
     if (!last) return true;
     open_ = false;
     ++result_.changes;
+    result_.caret = changedAt_;
     result_.text = document_.snapshot();   // changes come back whole or not at all
     return true;
   }
@@ -131,6 +133,10 @@ class Replay {
   std::optional<SnapshotBuilder> builder_;   // while the base is read
   Document document_;
   std::uint64_t baseSize_ = 0;
+  std::int64_t changedAt_ = -1;
+  std::shared_ptr<void> watch_ = document_.subscribe([this](const Change& change) {
+    if (!change.spans.empty()) changedAt_ = (change.spans.back().begin + change.spans.back().inserted).value;
+  });
   bool aboutSeen_ = false, open_ = false;
 };
 

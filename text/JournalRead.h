@@ -19,6 +19,7 @@ struct RecoveredText {
   Snapshot text;
   bool whole = false;         // read to its very end
   bool baseWhole = false;     // false: the beginning of a text that was still being written down; never to replace a file
+  std::int64_t caret = -1;    // behind the last change, or where it stood when the journal was told later; -1: not known
   std::int64_t changes = 0;   // made to the text since the journal began, as far as they came back
   std::int64_t read = 0, size = 0;   // bytes of the journal that were good, and all
 };

@@ -35,7 +35,7 @@ std::span<const FrameCommand> formatCommands() {
   static const FrameCommand rows[] = {
       {.name = "mEditColumnize", .menu = "mEdit", .place = 700, .caption = QT_TRANSLATE_NOOP("frmMain", "Columni&ze..."),
        .tip = QT_TRANSLATE_NOOP("frmMain", "Align a delimiter in the selected lines"), .needs = kText | kSelection,
-       .run = [](frmMain& f) { Columnize(cmx(f)); }},
+       .run = [](frmMain& f) { f.mEditColumnize_Click(); }},
       {.name = "mEditColumnizeOptions", .menu = "mEdit", .place = 710,
        .caption = QT_TRANSLATE_NOOP("frmMain", "Columnize With..."),
        .tip = QT_TRANSLATE_NOOP("frmMain", "Align with groups, code only, or within a block"), .needs = kText | kSelection,

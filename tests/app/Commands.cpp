@@ -354,6 +354,12 @@ TEST_F(Commands, PanelsShowAndChange) {
   EXPECT_EQ(main->panels().panel(Panel::lineEnds), q("Unix"));
   EXPECT_TRUE(main->saveActive());
   EXPECT_EQ(read(path("a.v")), "one\ntwo\n");
+  open("mixed.v", "one\r\ntwo\n");
+  EXPECT_EQ(main->panels().panel(Panel::lineEnds), q("Mixed"));
+  main->activeDocument()->cmx->ConvertLineEnds(true);
+  main->activeDocument()->focusWork();
+  EXPECT_EQ(main->panels().panel(Panel::lineEnds), q("Win"));
+  main->activate(document);
   QMenu encodings;
   main->fillEncodings(encodings);
   for (QAction* action : encodings.actions())

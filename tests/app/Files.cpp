@@ -1,5 +1,6 @@
 // The frame's commands on files.
 #include <QKeyEvent>
+#include <QListWidget>
 #include <QToolButton>
 
 #include "control/Pane.h"
@@ -127,6 +128,7 @@ TEST_F(Files, RevertQuestion) {
     EXPECT_EQ(ok, answer == Answer::no);
     EXPECT_EQ(main->DocCount, open);
     EXPECT_EQ(main->activeDocument()->Caption(), q(active));
+    EXPECT_EQ(main->activeDocument()->parentWidget()->isMaximized(), answer == Answer::cancel) << "its window becomes a normal one";
     EXPECT_EQ(first->cmx->Text(), q("mine")) << "nothing is read from the disk into it";
   }
   EXPECT_EQ(main->activeDocument()->cmx->Text(), q("disk\n"));
@@ -175,7 +177,7 @@ TEST_F(Files, SaveAsksForANameOnce) {
 
 TEST_F(Files, SaveAsRenamesOnlyWhenItWorked) {
   frmDocument* document = open("a.v");
-  boxes.answerSave(path("no/folder/b.vhd")).answer(Answer::ok);
+  boxes.answerSave(path("no/folder/b.vhd")).answer(Answer::no);
   trigger("mnuFileSaveAs");
   EXPECT_EQ(document->CurrentFileName(), path("a.v"));
   EXPECT_EQ(document->LanguageIndex(), 1);
@@ -240,8 +242,45 @@ TEST_F(Files, OpenAtGoesToThePlace) {
     EXPECT_EQ(document->CurrentPosition(), (CmPosition{c.caretLine, c.caretColumn})) << c.line << ':' << c.column;
   }
   EXPECT_EQ(main->DocCount, 1);
-  boxes.answer(Answer::ok);
-  EXPECT_EQ(main->openAt(path("none.v"), 1, 1), nullptr);
+  main->show();
+  wait(20);
+  QByteArray many;
+  for (int i = 0; i < 1000; ++i) many += "line\n";
+  frmDocument* tall = main->openAt(write("tall.v", many), 500, 1);
+  const qint64 first = tall->findChild<Pane*>()->topLine();
+  EXPECT_GT(499 - first, 3) << "in the middle, not at the edge";
+  EXPECT_LT(first, 497);
+}
+
+TEST_F(Files, ANameThatIsNotThereIsBegun) {
+  boxes.answer(Answer::no).answer(Answer::yes);
+  EXPECT_EQ(main->openAt(path("sub/new.vhd"), 1, 1), nullptr);
+  EXPECT_EQ(main->DocCount, 0);
+  frmDocument* document = main->openAt(path("sub/new.vhd"), 1, 1);
+  ASSERT_NE(document, nullptr);
+  EXPECT_EQ(document->Caption(), q("new.vhd"));
+  EXPECT_EQ(document->LanguageIndex(), 2);
+  EXPECT_FALSE(document->DocumentModified());
+  EXPECT_EQ(main->openAt(path("sub/new.vhd"), 1, 1), document) << "it is begun once";
+  document->inconsistentDate();   // nothing is missed that never was
+  document->cmx->setText(q("entity"));
+  boxes.answer(Answer::no).answer(Answer::yes);
+  EXPECT_FALSE(main->saveActive());
+  EXPECT_FALSE(QFile::exists(path("sub")));
+  EXPECT_TRUE(main->saveActive());
+  EXPECT_EQ(boxes.last().text, q("The folder %1 is not there.\r\nDo you want to make it?").arg(path("sub")));
+  EXPECT_EQ(read(path("sub/new.vhd")), "entity");
+  EXPECT_TRUE(document->DocumentHasName());
+  EXPECT_EQ(QDir::currentPath(), path("sub")) << "dialogs and programs start where the work is";
+}
+
+TEST_F(Files, ALinkToAnOpenFileIsThatFile) {
+  frmDocument* document = open("a.v");
+  open("b.v");
+  ASSERT_TRUE(QFile::link(path("a.v"), path("link.v")));
+  EXPECT_EQ(main->openAt(path("link.v"), 1, 1), document);
+  EXPECT_EQ(main->DocCount, 2);
+  EXPECT_EQ(document->CurrentFileName(), path("a.v"));
 }
 
 TEST_F(Files, ReloadKeepsTheOldTextInUndo) {
@@ -261,11 +300,21 @@ TEST_F(Files, ExitAsksForAllBeforeAnythingCloses) {
   open("a.v")->cmx->setText(q("a"));
   open("clean.v");
   open("b.v")->cmx->setText(q("b"));
-  boxes.answer(Answer::no).answer(Answer::cancel);
+  whenAskedAboutSeveral([&](frmUnsaved& box) {
+    auto* list = box.findChild<QListWidget*>();
+    ASSERT_EQ(list->count(), 2);
+    EXPECT_EQ(main->activeDocument()->CurrentFileTitle(), q("a.v")) << "shown when it is asked about";
+    list->setCurrentRow(1);
+    EXPECT_EQ(main->activeDocument()->CurrentFileTitle(), q("b.v"));
+    box.reject();
+  });
   main->mnuFileExit_Click();
   EXPECT_FALSE(ended);
   EXPECT_EQ(main->DocCount, 3) << "a cancelled end leaves every window";
-  boxes.answer(Answer::yes).answer(Answer::no);
+  whenAskedAboutSeveral([](frmUnsaved& box) {
+    box.findChild<QListWidget*>()->item(1)->setCheckState(Qt::Unchecked);
+    box.accept();
+  });
   main->mnuFileExit_Click();
   EXPECT_TRUE(ended);
   EXPECT_EQ(main->DocCount, 0);

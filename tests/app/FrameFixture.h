@@ -5,11 +5,15 @@
 #include <QApplication>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QPushButton>
 #include <QThread>
+#include <QTimer>
+#include <functional>
 
 #include "app/FrameMenus.h"
 #include "app/StatusPanels.h"
 #include "app/frmMain.h"
+#include "app/frmUnsaved.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
 #include "document/modRegistry.h"
@@ -69,6 +73,15 @@ class FrameFixture : public testing::Test, protected OwnFolder {
     ASSERT_TRUE(action->isEnabled()) << name;
     action->trigger();
   }
+  // For the one question about several changed texts: what is done while it is up.
+  static void whenAskedAboutSeveral(std::function<void(frmUnsaved&)> work) {
+    QTimer::singleShot(0, qApp, [work] {
+      auto* box = qobject_cast<frmUnsaved*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr) << "it was not asked";
+      work(*box);
+    });
+  }
+  static void discardAll(frmUnsaved& box) { box.findChild<QPushButton*>(q("discard"))->click(); }
   QStringList captions() const {
     QStringList all;
     for (const frmDocument* document : main->documents()) all << document->Caption();

@@ -87,7 +87,7 @@ TEST_F(HandOver, I1_AFirstCopyThatIsStillStartingIsWaitedFor) {
   ASSERT_TRUE(place.becomeFirst());
   const QString a = write(q("a.v"));
   QProcess& sender = start({a});
-  EXPECT_FALSE(sender.waitForFinished(1000)) << "the lock is held, but nobody listens yet";
+  EXPECT_FALSE(sender.waitForFinished(200)) << "the lock is held, but nobody listens yet";
   QStringList got;
   Msghook hook([&](quint64, const HandOff& handOff) {
     got << handOff.text;
@@ -97,6 +97,73 @@ TEST_F(HandOver, I1_AFirstCopyThatIsStillStartingIsWaitedFor) {
   EXPECT_TRUE(spinUntil([&] { return sender.state() == QProcess::NotRunning; }));
   EXPECT_EQ(sender.exitCode(), 0);
   EXPECT_EQ(got, QStringList{a});
+}
+
+// Wherever copies cannot meet, each starts at once and opens what it was given.
+TEST_F(HandOver, I1_WhereNobodyCanBeMetACopyStandsAlone) {
+  const QString a = write(q("a.v")), runtime = environment_.value(q("XDG_RUNTIME_DIR"));
+  const auto place = [](const QString& run) { return run + q("/zelkor-meet"); };
+  const QString far = dir_.filePath(QString(110, u'l')), taken = dir_.filePath(q("taken"));
+  QDir().mkpath(far);
+  ::chmod(far.toUtf8().constData(), 0700);
+  QDir().mkpath(taken);
+  ::chmod(taken.toUtf8().constData(), 0700);
+  QDir().mkpath(place(taken));
+  ::chmod(place(taken).toUtf8().constData(), 0700);
+  QDir().mkpath(place(taken) + q("/offscreen_.lock"));   // a folder where the lock should be
+  struct Case {
+    const char* what;
+    QString runtime, state;
+  };
+  for (const Case& c : {Case{"a path too long for a socket", far, far}, Case{"no lock can be made", taken, runtime}}) {
+    SCOPED_TRACE(c.what);
+    environment_.insert(q("XDG_RUNTIME_DIR"), c.runtime);
+    environment_.insert(q("XDG_STATE_HOME"), c.state);
+    environment_.remove(q("DISPLAY"));
+    environment_.remove(q("WAYLAND_DISPLAY"));
+    for (int i = 0; i < 2; ++i) {
+      ReadFiles read(dir_.path());
+      const QElapsedTimer timer = started();
+      QProcess& copy = start({a});
+      while (!read.has(a) && timer.elapsed() < kPatience) QThread::msleep(5);
+      std::printf("%s: it has the file after %lld ms\n", c.what, static_cast<long long>(timer.elapsed()));
+      EXPECT_TRUE(read.has(a));
+      EXPECT_EQ(copy.state(), QProcess::Running);
+    }
+  }
+  // A first copy that never listens.
+  environment_.insert(q("XDG_RUNTIME_DIR"), runtime);
+  const QByteArray runtimeBefore = qgetenv("XDG_RUNTIME_DIR");
+  qputenv("XDG_RUNTIME_DIR", runtime.toUtf8());
+  Rendezvous deaf(q("offscreen_"));
+  qputenv("XDG_RUNTIME_DIR", runtimeBefore);
+  ASSERT_TRUE(deaf.becomeFirst());
+  ReadFiles read(dir_.path());
+  start({a});
+  EXPECT_TRUE(spinUntil([&] { return read.has(a); }, kPatience));
+}
+
+// Names go byte by byte from the command line to the disk: of windows by way of another copy, and without a window.
+TEST_F(HandOver, N1_NamesComeAsTheyAre) {
+  const char* odd[] = {"a\"b.v", " lead.v", "trail.v ", "line\nbreak.v\n", "dash\\slash.v", "b:7", "quote'.v"};
+  QStringList names;
+  for (const char* name : odd) write(names.emplaceBack(q(name)));
+  startFirst();
+  ReadFiles read(dir_.path());
+  EXPECT_EQ(run(names), 0);
+  EXPECT_EQ(lines(read.names()), lines(names));
+  const auto shell = [&](const char* line) {
+    QProcess process;
+    process.setProcessEnvironment(environment_);
+    process.setWorkingDirectory(dir_.path());
+    process.start(q("/bin/sh"), {q("-c"), QString::fromLatin1(line), program_});
+    return process.waitForFinished(kPatience) ? process.exitCode() : -1;
+  };
+  ASSERT_EQ(shell("printf 'text\\n' > \"$(printf 'bad\\377.v')\"; printf 'cmdDELETE\\n' > \"$(printf 's\\376')\""), 0);
+  EXPECT_EQ(shell("\"$0\" --batch --script \"$(printf 's\\376')\" --output \"$(printf 'out\\375')\" \"$(printf 'bad\\377.v')\""), 0);
+  EXPECT_EQ(shell("test \"$(cat \"$(printf 'out\\375/bad\\377.v')\")\" = ext"), 0);
+  EXPECT_EQ(shell("\"$0\" --batch --command \"$(printf 'LOGSAVE bad\\377.log')\" \"$(printf 'bad\\377.v')\" && test -f \"$(printf 'bad\\377.log')\""), 0);
+  EXPECT_EQ(shell("\"$0\" \"$(printf 'bad\\377.v')\""), 0) << "the first copy has it; one that is not there would be asked about";
 }
 
 // Copies are started, killed and asked to end at random moments, senders and first copies alike. What a copy that was left alone was

@@ -31,17 +31,17 @@ TEST_F(OwnFiles, C2_ADamagedSettingsFileIsSetAsideAndToldOnce) {
   const QString aside = QFileInfo(settings_).path() + q("/settings.damaged.reg");
   for (QElapsedTimer timer = started(); !QFile::exists(aside) && timer.elapsed() < kPatience;) QThread::msleep(5);
   EXPECT_EQ(read(aside), torn);
-  ASSERT_TRUE(untilItIsListenedTo()) << "other copies do not wait for the box that tells it";
-  MsgSender sender;
-  ASSERT_TRUE(sender.connectTo(socketPath()));
-  sender.setPatience(kPatience, {});
-  EXPECT_EQ(sender.send({}), HandOffAnswer::busy);
-  EXPECT_EQ(run({}), 1);
+  ASSERT_TRUE(untilItIsListenedTo());
+  EXPECT_EQ(run({}), 0) << "no box keeps it from its work";
   first.kill();
   first.waitForFinished(kPatience);
+  EXPECT_TRUE(first.readAllStandardError().contains("settings.reg is damaged"));
   QFile::remove(socketPath());   // startFirst() waits for the new one
-  startFirst();
-  EXPECT_EQ(run({}), 0) << "the next start has nothing to tell";
+  QProcess& next = startFirst();
+  EXPECT_EQ(run({}), 0);
+  next.kill();
+  next.waitForFinished(kPatience);
+  EXPECT_TRUE(next.readAllStandardError().isEmpty()) << "the next start has nothing to tell";
   EXPECT_EQ(read(aside), torn);
 }
 

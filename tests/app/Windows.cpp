@@ -135,10 +135,10 @@ TEST_F(Windows, CloseOthersAsksForAllFirst) {
   keep->cmx->setText(q("kept"));
   open("a.v")->cmx->setText(q("a"));
   open("b.v")->cmx->setText(q("b"));
-  boxes.answer(Answer::no).answer(Answer::cancel);
+  whenAskedAboutSeveral([](frmUnsaved& box) { box.reject(); });
   main->closeOthers(keep);
   EXPECT_EQ(main->DocCount, 3);
-  boxes.answer(Answer::no).answer(Answer::no);
+  whenAskedAboutSeveral(discardAll);
   main->closeOthers(keep);
   wait(1);
   EXPECT_EQ(main->documents(), QList<frmDocument*>{keep});

@@ -78,7 +78,7 @@ TEST(TextModelBookmarks, SetAndClear) {
 TEST(TextModelLineEnds, NewLineFollowsItsNeighbourUntilOneIsChosen) {
   struct Case { const char* bytes; int line; const char* expected; const char* chosen; bool crlf; };
   const Case cases[] = {{"a\r\nb\nc", 0, "\r\n", "\n", true}, {"a\r\nb\nc", 1, "\n", "\n", true}, {"a\r\nb\nc", 2, "\n", "\n", true},
-                        {"a\nb\r\nc", 2, "\r\n", "\r\n", false}, {"no break", 0, "\r\n", "\n", true}, {"a\rb\nc", 0, "\n", "\n", true}};
+                        {"a\nb\r\nc", 2, "\r\n", "\r\n", false}, {"no break", 0, "\n", "\r\n", false}, {"a\rb\nc", 0, "\n", "\n", true}};
   for (const auto& c : cases) {
     TextModel model;
     model.replaceAll(text::Snapshot(c.bytes), {});

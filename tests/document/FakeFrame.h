@@ -37,7 +37,7 @@ class FakeFrame : public Frame, public ProfiledFrame {
     calls << QStringLiteral("activate");
   }
   void setPanel(int panel, const QString& text) override { panels[panel] = text; }
-  void setUnixPanel(bool on) override { unixFile = on; }
+  void setUnixPanel(bool on, bool) override { unixFile = on; }
   void setTemplatePanel(bool on) override { templatePanel = on; }
   void refreshToolbar() override { ++refreshes; }
   void refreshWindowMenu() override { calls << QStringLiteral("windowMenu"); }
