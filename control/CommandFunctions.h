@@ -4,6 +4,8 @@
 // Each does nothing on a read-only text where it would change it, and each is one undo step.
 #pragma once
 
+#include <type_traits>
+
 #include "control/Editor.h"
 
 namespace commandFunctions {
@@ -38,10 +40,14 @@ void go(Editor& e, const QVariant&) {
 void extendBlock(Editor& e, std::int64_t cells, std::int64_t lines);
 bool inColumnMode(Editor& e);
 void extendTo(Editor& e, text::ByteOffset to);
+// By type, as addresses of functions are no constants to every compiler's checks.
+template <Motion a, Motion b>
+inline constexpr bool isSameMotion = std::is_same_v<std::integral_constant<Motion, a>, std::integral_constant<Motion, b>>;
 template <Motion motion>
 void extend(Editor& e, const QVariant&) {
-  if constexpr (motion == charLeft || motion == charRight)
-    if (inColumnMode(e)) return extendBlock(e, motion == charLeft ? -1 : 1, 0);
+  constexpr bool left = isSameMotion<motion, charLeft>;
+  if constexpr (left || isSameMotion<motion, charRight>)
+    if (inColumnMode(e)) return extendBlock(e, left ? -1 : 1, 0);
   extendTo(e, motion(e, e.selection().caret));
 }
 

@@ -69,9 +69,15 @@ bool isFolder(const QString& path) {
   return statusOf(path, &status) == 0 && status.isDirectory();
 }
 
+std::optional<FileId> fileId(const QString& path) {
+  text::FileStatus status;
+  if (statusOf(path, &status) != 0) return std::nullopt;
+  return FileId{status.device, status.inode};
+}
+
 bool isSameFile(const QString& a, const QString& b) {
-  text::FileStatus one, other;
-  return statusOf(a, &one) == 0 && statusOf(b, &other) == 0 && one.device == other.device && one.inode == other.inode;
+  const auto one = fileId(a);
+  return one && one == fileId(b);
 }
 
 QString localFile(const QUrl& url) {

@@ -4,6 +4,9 @@
 #pragma once
 
 #include <QString>
+#include <cstdint>
+#include <optional>
+#include <utility>
 
 class QUrl;
 
@@ -16,5 +19,8 @@ bool fileIsThere(const QString& path);        // of any kind; false also where t
 bool fileIsMissing(const QString& path);      // it is known that there is none
 bool isRegularFile(const QString& path);
 bool isFolder(const QString& path);
+// What tells files apart whatever their names are: device and number. None: there is no such file, or it cannot be known.
+using FileId = std::pair<std::uint64_t, std::uint64_t>;
+std::optional<FileId> fileId(const QString& path);
 bool isSameFile(const QString& a, const QString& b);   // both are there, and are one file under two names
 QString localFile(const QUrl& url);           // the name that a file's address stands for

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QSet>
 #include <memory>
+#include <set>
 
 #ifdef _WIN32
 #include <io.h>
@@ -215,13 +216,16 @@ int run(const BatchOptions& options) {
       return kFailed;
     }
   }
-  QSet<QString> targets, sources;
-  for (const QString& file : options.files) sources.insert(QFileInfo(file).canonicalFilePath());
+  QSet<QString> targets;
+  std::set<FileId> sources;
+  for (const QString& file : options.files)
+    if (const auto id = fileId(file)) sources.insert(*id);
   const bool before = trust::allowAll(options.allowPrograms);
   const int status = eachDocument(options.files, [&](frmDocument& document) {
     if (!options.outputFolder.isEmpty()) {
       const QString target = QDir(options.outputFolder).filePath(document.CurrentFileTitle());
-      const QString why = sources.contains(QFileInfo(target).canonicalFilePath()) ? tr("The output folder holds a file that is worked on.")
+      const auto there = fileId(target);
+      const QString why = there && sources.contains(*there) ? tr("The output folder holds a file that is worked on.")
                           : targets.contains(target) ? tr("Another file of this name went to the output folder already.")
                           : !options.replace && text::fileExists(fromQString(target))
                               ? tr("The output folder has a file of this name; --replace allows to replace it.")

@@ -133,7 +133,9 @@ void frmDocument::setUp() {
   connect(cmx->model().get(), &TextModel::lineEndsChanged, this, [this] {
     if (Frame* main = frame(); main && main->activeDocument() == this) showLineEnds();
   });
-  connect(cmx, &CodeMax::Note, this, [](const QString& text) { SetStatusText(text); });
+  connect(cmx, &CodeMax::Note, this, [](const QString& text) {
+    if (!text.isEmpty()) SetStatusText(text);   // an empty note only ends what an earlier action said; the frame sees to that
+  });
 }
 
 const QString& frmDocument::CurrentFileName() const { return shared_->name; }

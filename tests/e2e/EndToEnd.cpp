@@ -197,7 +197,7 @@ TEST(EndToEnd, ShippedMacros) {
   for (const auto& language : *languages().Languages())
     for (const auto& macro : *language->cMacros())
       for (const QString& line : macro->CommandString.split(u"\r\n"_s))
-        if (QFile program(programs.filePath(line.section(u' ', 1, 1))); line.startsWith(u"SHELL"_s) && program.open(QFile::WriteOnly)) {
+        if (QFile program(programs.path() + u'/' + line.section(u' ', 1, 1)); line.startsWith(u"SHELL"_s) && program.open(QFile::WriteOnly)) {
           program.write("#!/bin/sh\necho \"${0##*/} $*\"\n");
           program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         }
