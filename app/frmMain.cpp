@@ -71,6 +71,7 @@ frmMain::frmMain() {
   setStatusSink([panels = QPointer<StatusPanels>(panels_)](const QString& text) {
     if (panels) panels->setText(text);
   });
+  setReportSink([this](const QString& line) { log()->AppendLog(line + QStringLiteral("\r\n")); });
   menus_ = new FrameMenus(*this);
   addToolBar(menus_->toolBar());
   for (const QString& name : {QStringLiteral("mnuViewStatusBar"), QStringLiteral("mnuViewToolbar"), kTabs})
@@ -95,6 +96,7 @@ frmMain::frmMain() {
 frmMain::~frmMain() {
   frmRegistry::instance().forgetFrame();
   setStatusSink({});
+  setReportSink({});
   keyMacros().onRecording = {};
   // The sub-windows tell of their end while the base class takes them down; this object is no frame any more by then.
   for (frmDocument* document : std::as_const(documents_)) {

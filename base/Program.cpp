@@ -17,6 +17,10 @@ std::function<void(const QString&)>& sink() {
   static std::function<void(const QString&)> function;
   return function;
 }
+std::function<void(const QString&)>& reports() {
+  static std::function<void(const QString&)> function;
+  return function;
+}
 bool busy = false;
 
 bool holdsOurFiles(const QString& folder) {
@@ -61,6 +65,11 @@ void SetStatusText(const QString& text) {
   if (sink()) sink()(text);
 }
 void setStatusSink(std::function<void(const QString&)> function) { sink() = std::move(function); }
+
+void AppendReport(const QString& line) {
+  if (reports()) reports()(line);
+}
+void setReportSink(std::function<void(const QString&)> function) { reports() = std::move(function); }
 
 bool gBusy() { return busy; }
 BusyGuard::BusyGuard() : previous_(busy) { busy = true; }

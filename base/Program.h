@@ -20,6 +20,10 @@ QString userStateFolder();
 void SetStatusText(const QString& text);
 void setStatusSink(std::function<void(const QString&)> sink);
 
+// Adds a line to the log: what has to be told, wherever it was found. Before there is a log it goes nowhere.
+void AppendReport(const QString& line);
+void setReportSink(std::function<void(const QString&)> sink);
+
 // True while the program itself edits a text (template, command string, columnise); selection handlers then keep still.
 bool gBusy();
 class BusyGuard {   // raises the flag and restores what it was

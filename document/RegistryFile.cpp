@@ -10,8 +10,6 @@
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/TextModel.h"
-#include "document/Frame.h"
-#include "document/frmLog.h"
 #include "text/FileIo.h"
 
 using namespace Qt::StringLiterals;
@@ -81,7 +79,7 @@ class RegistryFile::Lock {
   int fd_ = -1;
 };
 
-RegistryFile::RegistryFile(const QString& path) : path_(path) {
+RegistryFile::RegistryFile(const QString& path, const QString& oldPath) : path_(path), oldPath_(oldPath) {
   timer_.setSingleShot(true);
   QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { flush(); });
 }
@@ -106,7 +104,7 @@ RegistryFile::Found RegistryFile::readFile(RegistryText& text) {
   const std::string path = fromQString(path_);
   text::FileStatus status;
   const int found = text::fileSystem().statAt(text::FileSystem::kCwd, path, true, &status);
-  if (found == -ENOENT || found == -ENOTDIR) return Found::missing;
+  if (found == -ENOENT || found == -ENOTDIR) return readOldFile(text);
   std::string error;
   if (found == 0 && status.isRegular() && status.size > std::int64_t(kSizeLimit)) return Found::damaged;
   const std::string bytes = text::readBytes(path, &error, kSizeLimit);
@@ -116,6 +114,14 @@ RegistryFile::Found RegistryFile::readFile(RegistryText& text) {
   }
   bytes_ = QByteArray(bytes.data(), qsizetype(bytes.size()));
   return text.parse(bytes_) ? Found::whole : Found::damaged;
+}
+
+// A damaged old file counts as none: it stays where it is.
+RegistryFile::Found RegistryFile::readOldFile(RegistryText& text) const {
+  if (oldPath_.isEmpty()) return Found::missing;
+  std::string error;
+  const std::string bytes = text::readBytes(fromQString(oldPath_), &error, kSizeLimit);
+  return error.empty() && text.parse(QByteArray(bytes.data(), qsizetype(bytes.size()))) ? Found::whole : Found::missing;
 }
 
 int RegistryFile::setAside() {
@@ -146,8 +152,7 @@ void RegistryFile::report(const QString& text) {
   std::fprintf(stderr, "zelkor: %s\n", qPrintable(text));
   if (!QCoreApplication::instance()) return;
   QTimer::singleShot(kWindowTime, &timer_, [text] {
-    if (!frame() || !frame()->log()) return;
-    frame()->log()->AppendLog(text + u"\r\n"_s);
+    AppendReport(text);
     SetStatusText(text);
   });
 }

@@ -16,7 +16,8 @@
 
 class RegistryFile : public registry::Store {
  public:
-  explicit RegistryFile(const QString& path);
+  // While there is no file at `path`, the settings are read from `oldPath` (when given), which is never written.
+  explicit RegistryFile(const QString& path, const QString& oldPath = {});
   ~RegistryFile() override;   // drops what was not flushed
 
   int open(quint32 hive, const QString& key) override;
@@ -42,6 +43,7 @@ class RegistryFile : public registry::Store {
   int locate(quint32 hive, const QString& key, QString* path);   // loads on first use
   void load();
   Found readFile(RegistryText& text);
+  Found readOldFile(RegistryText& text) const;
   int setAside();                  // under the lock
   void tellOfDamage();             // not under the lock
   void report(const QString& text);
@@ -50,7 +52,7 @@ class RegistryFile : public registry::Store {
   static void apply(const Change& change, RegistryText& text);
   void schedule(int milliseconds);
 
-  QString path_;
+  QString path_, oldPath_;
   RegistryText text_;              // the settings as this process sees them
   std::vector<Change> changes_;    // not yet in the file
   QString reason_;                 // of the last failure, in the system's words

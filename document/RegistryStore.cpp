@@ -20,7 +20,8 @@ static Store& platformStore() {
   // Never destroyed: its last flush runs while the application object goes, before the statics of other files do.
   static Store* const file = [] {
     qAddPostRoutine([] { store().flush(); });
-    return new RegistryFile(joinPath(userConfigFolder(), QStringLiteral("settings.reg")));
+    const QString folder = userConfigFolder();
+    return new RegistryFile(joinPath(folder, QStringLiteral("settings.conf")), joinPath(folder, QStringLiteral("settings.reg")));
   }();
   return *file;
 }

@@ -3,18 +3,18 @@
 #include <QStringDecoder>
 #include <optional>
 
+#include "document/RegistryExport.h"
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QStringView kHeader = u"Windows Registry Editor Version 5.00";
-// Comments to the registry editor. The last line tells a whole file from one that was cut between two lines.
-constexpr QStringView kOurs = u"; Settings of Zelkor Editor, whole when the last line is \"; end\"";
-constexpr QStringView kEnd = u"; end";
-constexpr int kHexWidth = 76;
+constexpr QStringView kOurs = u"# Settings of Zelkor Editor. A whole file ends with the line \"# end\".";
+constexpr QStringView kEnd = u"# end";
+constexpr QStringView kMachine = u"HKEY_LOCAL_MACHINE", kHives = u"HKEY_";
 
 std::optional<QString> decode(const QByteArray& bytes) {
-  if (bytes.startsWith("\xFF\xFE")) {
+  if (bytes.startsWith("\xFF\xFE")) {   // only the registry editor writes that
     if (bytes.size() % 2 != 0) return std::nullopt;
     QString text(bytes.size() / 2 - 1, Qt::Uninitialized);
     for (qsizetype i = 0; i < text.size(); ++i)
@@ -27,182 +27,160 @@ std::optional<QString> decode(const QByteArray& bytes) {
   return text.startsWith(QChar(0xFEFF)) ? text.mid(1) : text;
 }
 
+QString folded(const QString& key) { return key.toCaseFolded(); }
+
 QString quoted(const QString& text) {
-  QString out = text;
-  out.replace(u'\\', u"\\\\"_s).replace(u'"', u"\\\""_s);
-  return u'"' + out + u'"';
+  QString out(u'"');
+  for (qsizetype i = 0; i < text.size(); ++i) {
+    const QChar c = text[i];
+    const bool pair = c.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
+    if (c == u'\\' || c == u'"') {
+      (out += u'\\') += c;
+    } else if (c == u'\n') {
+      out += u"\\n";
+    } else if (c == u'\r') {
+      out += u"\\r";
+    } else if (c == u'\t') {
+      out += u"\\t";
+    } else if (pair) {
+      (out += c) += text[++i];
+    } else if (c.isSurrogate() || c.category() == QChar::Other_Control || c == QChar(0xFEFF) || c == QChar(0x2028) || c == QChar(0x2029)) {
+      out += u"\\u"_s + QString::number(c.unicode(), 16).rightJustified(4, u'0');
+    } else {
+      out += c;
+    }
+  }
+  return out + u'"';
 }
 
-bool needsHex(const QString& text) {
-  for (const QChar c : text)
-    if (c.unicode() < 0x20 || c.unicode() == 0x7F) return true;
+// Takes a quoted text off the front of `rest`. False: it is none.
+bool takeQuoted(QStringView& rest, QString& out) {
+  for (qsizetype at = 1; at < rest.size(); ++at) {
+    QChar c = rest[at];
+    if (c == u'"') {
+      rest = rest.mid(at + 1);
+      return true;
+    }
+    if (c == u'\\') {
+      if (++at == rest.size()) return false;
+      switch (rest[at].unicode()) {
+        case 'n': c = u'\n'; break;
+        case 'r': c = u'\r'; break;
+        case 't': c = u'\t'; break;
+        case '"': case '\\': c = rest[at]; break;
+        case 'u': {
+          const QStringView digits = rest.mid(at + 1, 4);
+          bool good = false;
+          c = QChar(digits.toUShort(&good, 16));
+          if (!good || digits.size() < 4) return false;
+          at += 4;
+          break;
+        }
+        default: return false;
+      }
+    }
+    out += c;
+  }
   return false;
 }
 
-// Texts with line breaks or other control characters go as the bytes of their UTF-16 form: a quoted text holds one line.
-QString hexText(const QString& prefix, const QString& text) {
-  QString out, line = prefix;
-  const auto put = [&](ushort byte, bool last) {
-    line += QString::number(byte, 16).rightJustified(2, u'0');
-    if (last) return;
-    line += u',';
-    if (line.size() >= kHexWidth) {
-      out += line + u"\\\r\n"_s;
-      line = u"  "_s;
-    }
-  };
-  for (const QChar c : text) {
-    put(c.unicode() & 0xFF, false);
-    put(c.unicode() >> 8, false);
-  }
-  put(0, false);
-  put(0, true);
-  return out + line;
+bool isPlainName(const QString& name) {
+  const auto plain = [](QChar c) { return c.unicode() < 0x80 && (c.isLetterOrNumber() || c == u'_' || c == u'-' || c == u'.'); };
+  if (name.isEmpty() || !plain(name.front()) || !plain(name.back())) return false;
+  for (const QChar c : name)
+    if (!plain(c) && c != u' ') return false;
+  return true;
+}
+
+QString line(const QString& name, const QString& data) {
+  return (name.isEmpty() ? u"@"_s : isPlainName(name) ? name : quoted(name)) + u" = "_s + data;
 }
 
 QString rendered(const QString& name, const QVariant& value) {
-  const QString head = (name.isEmpty() ? u"@"_s : quoted(name)) + u'=';
-  if (value.typeId() == QMetaType::Int)
-    return head + u"dword:"_s + QString::number(quint32(value.toInt()), 16).rightJustified(8, u'0');
-  const QString text = value.toString();
-  return needsHex(text) ? hexText(head + u"hex(1):"_s, text) : head + quoted(text);
+  return line(name, value.typeId() == QMetaType::Int ? QString::number(value.toInt()) : quoted(value.toString()));
 }
 
-QString folded(const QString& key) { return key.toCaseFolded(); }
+QString headOf(const QString& key) {
+  QStringView shown(key);
+  if (shown.startsWith(kMachine) && shown.mid(kMachine.size()).startsWith(u'\\') && !shown.mid(kMachine.size() + 1).startsWith(kHives, Qt::CaseInsensitive))
+    shown = shown.mid(kMachine.size() + 1);
+  return u'[' + shown.toString() + u']';
+}
+
+// "name = data". False: it is nothing of the kind.
+bool readValue(const QString& whole, RegistryText::Item& item) {
+  QStringView rest = QStringView(whole).trimmed();
+  if (rest.startsWith(u'@')) {
+    rest = rest.mid(1);
+  } else if (rest.startsWith(u'"')) {
+    if (!takeQuoted(rest, item.name)) return false;
+  } else {
+    const qsizetype stop = rest.indexOf(u'=');
+    item.name = rest.left(std::max<qsizetype>(stop, 0)).trimmed().toString();
+    if (item.name.isEmpty()) return false;
+    rest = rest.mid(stop);
+  }
+  rest = rest.trimmed();
+  if (!rest.startsWith(u'=')) return false;
+  rest = rest.mid(1).trimmed();
+  item.isValue = true;
+  item.foldedName = folded(item.name);
+  bool number = false;
+  if (const int n = rest.toInt(&number); number) {
+    item.value = qint32(n);
+  } else if (rest.startsWith(u'"')) {
+    QString text;
+    if (!takeQuoted(rest, text) || !rest.trimmed().isEmpty()) return false;
+    item.value = text;
+  }
+  return true;
+}
+
+bool readOwn(const QString& text, std::vector<RegistryText::Section>& sections) {
+  const QStringList lines = text.split(u'\n');
+  bool end = false;
+  for (qsizetype i = 0; i < lines.size(); ++i) {
+    QString whole = lines[i];
+    if (whole.endsWith(u'\r')) whole.chop(1);
+    const QString said = whole.trimmed();
+    if (i == 0) {
+      if (said != kOurs || lines.size() == 1) return false;
+    } else if (said == kEnd && i + 1 < lines.size()) {   // without its line break it may be the front of a longer remark
+      end = true;
+    } else if (said.startsWith(u'[')) {
+      if (!said.endsWith(u']')) return false;
+      QString key = said.mid(1, said.size() - 2);
+      if (!key.startsWith(kHives, Qt::CaseInsensitive)) key.prepend(kMachine.toString() + u'\\');
+      sections.push_back({key, folded(key), whole, {}});
+    } else if (said.isEmpty() || said.startsWith(u'#') || said.startsWith(u';')) {
+      sections.back().items.push_back({whole, false, {}, {}, {}});
+    } else {
+      RegistryText::Item item;
+      item.raw = whole;
+      if (!readValue(whole, item)) return false;
+      sections.back().items.push_back(std::move(item));
+    }
+  }
+  return end;
+}
 
 }  // namespace
-
-// Takes the text apart; `ok` falls to false at the first thing that has no place in such a file.
-class RegistryText::Reader {
- public:
-  explicit Reader(const QString& text) : text_(text) {}
-
-  bool read(std::vector<Section>& sections) {
-    if (line() != kHeader || !ended_) return false;
-    bool ours = false, end = false;
-    while (at_ < text_.size()) {
-      start_ = at_;
-      const QChar first = text_[at_];
-      if (first == u'"' || first == u'@') {
-        Item item;
-        if (!value(item)) return false;
-        sections.back().items.push_back(std::move(item));
-        continue;
-      }
-      const QString whole = line();
-      if (first == u'[') {
-        if (!whole.endsWith(u']')) return false;
-        const QString key = whole.mid(1, whole.size() - 2);
-        sections.push_back({key, folded(key), whole, {}});
-      } else if (whole == kOurs && sections.size() == 1 && ended_) {
-        ours = true;
-      } else if (whole == kEnd) {
-        end = true;
-      } else if (first == u';' || whole.trimmed().isEmpty()) {
-        sections.back().items.push_back({whole, false, {}, {}, {}});
-      } else {
-        return false;
-      }
-    }
-    return end || (!ours && sections.size() > 1);   // a file of the registry editor has at least one key
-  }
-
- private:
-  // The rest of the line; ended_ says whether a line break stood behind it.
-  QString line() {
-    const qsizetype begin = at_;
-    qsizetype stop = text_.indexOf(u'\n', begin);
-    ended_ = stop >= 0;
-    if (!ended_) stop = text_.size();
-    at_ = ended_ ? stop + 1 : stop;
-    if (ended_ && stop > begin && text_[stop - 1] == u'\r') --stop;
-    return text_.mid(begin, stop - begin);
-  }
-
-  bool quotedText(QString& out) {
-    for (++at_; at_ < text_.size(); ++at_) {
-      const QChar c = text_[at_];
-      if (c == u'"') {
-        ++at_;
-        return true;
-      }
-      if (c == u'\\' && ++at_ == text_.size()) return false;
-      out += text_[at_];
-    }
-    return false;
-  }
-
-  bool value(Item& item) {
-    item.isValue = true;
-    if (text_[at_] == u'@') {
-      ++at_;
-    } else if (!quotedText(item.name)) {
-      return false;
-    }
-    item.foldedName = folded(item.name);
-    if (at_ == text_.size() || text_[at_] != u'=') return false;
-    ++at_;
-    bool good = false;
-    if (at_ < text_.size() && text_[at_] == u'"') {
-      QString text;
-      good = quotedText(text) && line().trimmed().isEmpty();
-      item.value = text;
-    } else {
-      QString data = line().trimmed();
-      while (data.endsWith(u'\\') && ended_) {
-        data.chop(1);
-        data += line().trimmed();
-      }
-      good = typed(data, item.value);
-    }
-    qsizetype stop = at_;
-    if (ended_) stop -= stop >= 2 && text_[stop - 2] == u'\r' ? 2 : 1;
-    item.raw = text_.mid(start_, stop - start_);
-    return good;
-  }
-
-  bool typed(const QString& data, QVariant& value) const {
-    if (data == "-"_L1) return true;   // an order to remove the value: nothing to read, kept
-    const qsizetype colon = data.indexOf(u':');
-    const QString type = data.left(colon).toLower(), digits = data.mid(colon + 1);
-    bool good = colon > 0;
-    if (type == "dword"_L1) {
-      const quint32 number = digits.toUInt(&good, 16);
-      value = qint32(number);
-      return good && digits.size() <= 8 && (ended_ || digits.size() == 8);
-    }
-    if (!good || !(type == "hex"_L1 || (type.startsWith("hex("_L1) && type.endsWith(u')')))) return false;
-    QByteArray bytes;
-    if (!digits.isEmpty()) {
-      for (const QString& part : digits.split(u',')) {
-        const uint byte = part.trimmed().toUInt(&good, 16);
-        if (!good || byte > 0xFF || (!ended_ && part.trimmed().size() != 2)) return false;
-        bytes.append(char(byte));
-      }
-    }
-    if (type == "hex(1)"_L1) {
-      QString text;
-      for (qsizetype i = 0; i + 1 < bytes.size(); i += 2) text += QChar(ushort(uchar(bytes[i]) | uchar(bytes[i + 1]) << 8));
-      if (!ended_ && !text.endsWith(QChar(0))) return false;
-      if (text.endsWith(QChar(0))) text.chop(1);
-      value = text;
-    } else if (type == "hex(4)"_L1 && bytes.size() == 4) {
-      value = qint32(quint32(uchar(bytes[0])) | quint32(uchar(bytes[1])) << 8 | quint32(uchar(bytes[2])) << 16 |
-                     quint32(uchar(bytes[3])) << 24);
-    }
-    return true;
-  }
-
-  const QString& text_;
-  qsizetype at_ = 0, start_ = 0;
-  bool ended_ = false;
-};
 
 bool RegistryText::parse(const QByteArray& bytes) {
   sections_.assign(1, {});
   const auto text = decode(bytes);
   std::vector<Section> sections(1);
-  if (!text || !Reader(*text).read(sections)) return false;
+  if (!text) return false;
+  if (text->startsWith(registryExport::kHeader)) {
+    if (!registryExport::read(*text, sections)) return false;
+    for (Section& section : sections) {
+      if (!section.key.isEmpty()) section.raw = headOf(section.key);
+      for (Item& item : section.items)
+        if (item.isValue) item.raw = item.value.isValid() ? rendered(item.name, item.value) : line(item.name, item.raw);
+    }
+  } else if (!readOwn(*text, sections)) {
+    return false;
+  }
   sections_ = std::move(sections);
   // Every key begins behind one empty line of its own making; the ones read are dropped so that they do not add up.
   for (Section& section : sections_)
@@ -212,17 +190,12 @@ bool RegistryText::parse(const QByteArray& bytes) {
 }
 
 QByteArray RegistryText::toBytes() const {
-  const QString eol = u"\r\n"_s;
-  QString text = kHeader.toString() + eol + kOurs.toString() + eol;
+  QString text = kOurs.toString() + u'\n';
   for (const Section& section : sections_) {
-    if (!section.raw.isEmpty()) text += eol + section.raw + eol;
-    for (const Item& item : section.items) text += item.raw + eol;
+    if (!section.raw.isEmpty()) text += u'\n' + section.raw + u'\n';
+    for (const Item& item : section.items) text += item.raw + u'\n';
   }
-  text += eol + kEnd.toString() + eol;
-  QByteArray bytes("\xFF\xFE", 2);
-  bytes.reserve(2 * text.size() + 2);
-  for (const QChar c : text) bytes.append(char(c.unicode() & 0xFF)).append(char(c.unicode() >> 8));
-  return bytes;
+  return (text + u'\n' + kEnd.toString() + u'\n').toUtf8();
 }
 
 bool RegistryText::hasKey(const QString& key) const {
@@ -264,7 +237,7 @@ void RegistryText::addKey(const QString& key) {
     const QString wanted = folded(part);
     bool known = false;
     for (const Section& section : sections_) known = known || section.foldedKey == wanted;
-    if (!known) sections_.push_back({part, wanted, u'[' + part + u']', {}});
+    if (!known) sections_.push_back({part, wanted, headOf(part), {}});
   }
 }
 

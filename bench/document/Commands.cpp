@@ -22,7 +22,7 @@ class BenchFrame : public Frame {
  public:
   BenchFrame() {
     bench::needApplication();
-    file = std::make_unique<RegistryFile>(folder.filePath(QStringLiteral("settings.reg")));
+    file = std::make_unique<RegistryFile>(folder.filePath(QStringLiteral("settings.conf")));
     registry::setStore(file.get());
     registry::store().setReadOnly(true);
     window = std::make_unique<frmLog>();

@@ -12,30 +12,26 @@ class OwnFiles : public ProcessRun {
     ProcessRun::SetUp();
     const QString folder = environment_.value(q("XDG_CONFIG_HOME")) + q("/zelkor");
     QDir().mkpath(folder);
-    settings_ = folder + q("/settings.reg");
+    settings_ = folder + q("/settings.conf");
   }
-  // As the registry editor of old reads it: without the mark and every second byte.
-  QString settings() const {
-    const QByteArray bytes = read(settings_);
-    return QString(reinterpret_cast<const QChar*>(bytes.constData()), bytes.size() / 2);
-  }
+  QString settings() const { return QString::fromUtf8(read(settings_)); }
   QString settings_;
 };
 
 }  // namespace
 
 TEST_F(OwnFiles, C2_ADamagedSettingsFileIsSetAsideAndToldOnce) {
-  const QByteArray torn = "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\Softw";
+  const QByteArray torn = "# Settings of Zelkor Editor. A whole file ends with the line \"# end\".\n\n[Software\\Zelk";
   write(settings_, torn);
   QProcess& first = startFirst();
-  const QString aside = QFileInfo(settings_).path() + q("/settings.damaged.reg");
+  const QString aside = QFileInfo(settings_).path() + q("/settings.damaged.conf");
   for (QElapsedTimer timer = started(); !QFile::exists(aside) && timer.elapsed() < kPatience;) QThread::msleep(5);
   EXPECT_EQ(read(aside), torn);
   ASSERT_TRUE(untilItIsListenedTo());
   EXPECT_EQ(run({}), 0) << "no box keeps it from its work";
   first.kill();
   first.waitForFinished(kPatience);
-  EXPECT_TRUE(first.readAllStandardError().contains("settings.reg is damaged"));
+  EXPECT_TRUE(first.readAllStandardError().contains("settings.conf is damaged"));
   QFile::remove(socketPath());   // startFirst() waits for the new one
   QProcess& next = startFirst();
   EXPECT_EQ(run({}), 0);
@@ -45,21 +41,25 @@ TEST_F(OwnFiles, C2_ADamagedSettingsFileIsSetAsideAndToldOnce) {
   EXPECT_EQ(read(aside), torn);
 }
 
+// The settings of before, in the form of the registry editor, are taken over and stay as they were.
 TEST_F(OwnFiles, C3_SettingsOfOtherVersionsStay) {
-  write(settings_, "Windows Registry Editor Version 5.00\r\n\r\n; a remark\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Global]\r\n"
-      "\"FUTURE\"=hex(b):01,02,03,04,05,06,07,08\r\n\"CURDIR\"=\"/\"\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Tomorrow]\r\n\"x\"=dword:00000007\r\n");
+  const QByteArray before = "Windows Registry Editor Version 5.00\r\n\r\n; a remark\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Global]\r\n"
+      "\"FUTURE\"=hex(b):01,02,03,04,05,06,07,08\r\n\"CURDIR\"=\"/\"\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Tomorrow]\r\n\"x\"=dword:00000007\r\n";
+  const QString old = QFileInfo(settings_).path() + q("/settings.reg");
+  write(old, before);
   QProcess& first = startFirst({write(q("a.v"))});
   EXPECT_EQ(run({}), 0);
   first.terminate();
   ASSERT_TRUE(first.waitForFinished(kPatience));
   const QString now = settings();
-  for (const char* kept : {"; a remark", "\"FUTURE\"=hex(b):01,02,03,04,05,06,07,08", "Zelkor Editor\\Tomorrow]", "\"x\"=dword:00000007"})
+  for (const char* kept : {"; a remark", "FUTURE = hex(b):01,02,03,04,05,06,07,08", "Zelkor Editor\\Tomorrow]", "x = 7"})
     EXPECT_TRUE(now.contains(q(kept))) << kept << "\n" << now.toStdString();
   EXPECT_TRUE(now.contains(q("a.v"))) << "and the settings of this version are written";
+  EXPECT_EQ(read(old), before);
 }
 
 TEST_F(OwnFiles, H5_FilesBesideADocumentAreNotRead) {
-  for (const char* name : {".editorconfig", ".zelkorrc", "zelkor.log", "Zelkor.ini", "settings.reg", "tags", "a.v.bak", "a.v~", ".a.v.swp", "a.ini", "a.vh"})
+  for (const char* name : {".editorconfig", ".zelkorrc", "zelkor.log", "Zelkor.ini", "settings.conf", "tags", "a.v.bak", "a.v~", ".a.v.swp", "a.ini", "a.vh"})
     write(q(name), "[{Run}]\r\nSHELLW touch canary\r\n");
   QDir(dir_.path()).mkpath(q(".git"));
   const QString a = write(q("a.v"));

@@ -25,7 +25,7 @@ namespace {
 
 class OwnSettings {
  public:
-  OwnSettings() : file(QString::fromStdString(folder / "settings.reg")), old_(registry::setStore(&file)) {}
+  OwnSettings() : file(QString::fromStdString(folder / "settings.conf")), old_(registry::setStore(&file)) {}
   ~OwnSettings() { registry::setStore(old_); }
   testing_files::TempFolder folder;
   RegistryFile file;

@@ -15,12 +15,11 @@ QByteArray exported(const QString& body) {
   return (u"Windows Registry Editor Version 5.00\r\n\r\n["_s + kKey + u"]\r\n"_s + body).toUtf8();
 }
 
-QString readable(const RegistryText& text) {
-  const QByteArray bytes = text.toBytes();
-  QString out;
-  for (qsizetype i = 2; i + 1 < bytes.size(); i += 2) out += QChar(ushort(uchar(bytes[i]) | uchar(bytes[i + 1]) << 8));
-  return out;
+QByteArray own(const QString& body) {
+  return (u"# Settings of Zelkor Editor. A whole file ends with the line \"# end\".\n\n[Software\\Zelkor Editor\\Global]\n"_s + body + u"\n# end\n"_s).toUtf8();
 }
+
+QString readable(const RegistryText& text) { return QString::fromUtf8(text.toBytes()); }
 
 RegistryText full() {
   RegistryText text;
@@ -61,36 +60,42 @@ TEST(RegistryText, ReadsWhatTheRegistryEditorExports) {
     EXPECT_EQ(text.value(kKey.toUpper(), u"v"_s), c.value) << qPrintable(c.line);
     EXPECT_EQ(text.value(kKey, u"v"_s).typeId(), c.value.typeId()) << qPrintable(c.line);
     EXPECT_TRUE(text.hasValue(kKey, u"v"_s));
-    // What was read and not changed is written as it was found.
-    EXPECT_TRUE(readable(text).contains(c.line)) << qPrintable(readable(text));
+    RegistryText again;   // from then on in our own form
+    ASSERT_TRUE(again.parse(text.toBytes())) << qPrintable(readable(text));
+    EXPECT_EQ(again.value(kKey, u"v"_s), c.value) << qPrintable(readable(text));
+    EXPECT_TRUE(again.hasValue(kKey, u"v"_s));
   }
 }
 
-TEST(RegistryText, WritesWhatTheRegistryEditorImports) {
+TEST(RegistryText, IsWrittenForAPersonToRead) {
   RegistryText text;
   text.setValue(kKey, u"A\\B"_s, u"C:\\x"_s);
-  text.setValue(kKey, u"a\\b"_s, qint32(10));   // the first spelling stays
-  text.setValue(kKey, u"LINES"_s, u"1\r\n2"_s);
-  EXPECT_EQ(readable(text),
-            u"Windows Registry Editor Version 5.00\r\n; Settings of Zelkor Editor, whole when the last line is \"; end\"\r\n"
-            "\r\n[HKEY_LOCAL_MACHINE\\Software]\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor]\r\n\r\n["_s +
-                kKey + u"]\r\n\"A\\\\B\"=dword:0000000a\r\n\"LINES\"=hex(1):31,00,0d,00,0a,00,32,00,00,00\r\n\r\n; end\r\n"_s);
+  text.setValue(kKey, u"a\\b"_s, qint32(-10));   // the first spelling stays
+  text.setValue(kKey, u"Last file"_s, u"1\r\n\tü \"\xD8FF\u0001"_s);
+  text.setValue(u"HKEY_CURRENT_USER\\X"_s, QString(), u""_s);
+  const QString written =
+      u"# Settings of Zelkor Editor. A whole file ends with the line \"# end\".\n\n[Software]\n\n[Software\\Zelkor Editor]\n\n"
+      "[Software\\Zelkor Editor\\Global]\n\"A\\\\B\" = -10\nLast file = \"1\\r\\n\\tü \\\"\\ud8ff\\u0001\"\n\n[HKEY_CURRENT_USER\\X]\n@ = \"\"\n\n# end\n"_s;
+  EXPECT_EQ(readable(text), written);
+  RegistryText edited;   // as an editor of another system leaves it
+  ASSERT_TRUE(edited.parse("\xEF\xBB\xBF" + QString(written).replace(u"\n"_s, u"\r\n"_s).replace(u"= -10"_s, u"  =8  "_s).toUtf8()));
+  EXPECT_EQ(edited.value(kKey, u"A\\B"_s), qint32(8));
+  EXPECT_EQ(edited.value(kKey, u"Last file"_s), text.value(kKey, u"Last file"_s));
 }
 
 TEST(RegistryText, C3_UnknownContentSurvivesChanges) {
-  const QString body =
-      u"\"v\"=dword:00000001\r\n\"strange\"=hex(b):01,02,03,04,05,06,07,08\r\n; a remark\r\n\r\n[HKEY_CURRENT_USER\\Other]\r\n@=\"d\"\r\n"_s;
+  const QString body = u"v = 1\nstrange = hex(b):01,02\n  # a remark\n\n[HKEY_CURRENT_USER\\Other]\n@ = \"d\"\n"_s;
   RegistryText text;
-  ASSERT_TRUE(text.parse(exported(body)));
+  ASSERT_TRUE(text.parse(own(body)));
   text.setValue(kKey, u"V"_s, qint32(7));
   text.setValue(kKey, u"new"_s, u"x"_s);
   RegistryText again;
   ASSERT_TRUE(again.parse(text.toBytes()));
   const QString out = readable(again);
-  for (const auto& kept : {u"\"v\"=dword:00000007"_s, u"\"strange\"=hex(b):01,02,03,04,05,06,07,08"_s, u"; a remark"_s,
-                           u"[HKEY_CURRENT_USER\\Other]\r\n@=\"d\""_s})
+  for (const auto& kept : {u"\nv = 7\n"_s, u"\nstrange = hex(b):01,02\n"_s, u"\n  # a remark\n"_s, u"[HKEY_CURRENT_USER\\Other]\n@ = \"d\"\n"_s})
     EXPECT_TRUE(out.contains(kept)) << qPrintable(kept) << "\n" << qPrintable(out);
   EXPECT_EQ(again.value(kKey, u"NEW"_s), u"x"_s);
+  EXPECT_TRUE(again.hasValue(kKey, u"strange"_s));
   EXPECT_EQ(again.toBytes(), text.toBytes());
 }
 
@@ -113,7 +118,8 @@ TEST(RegistryText, DamagedFormsAreRefused) {
       "Windows Registry Editor Version 5.00\r\n", exported(u"garbage\r\n"_s), exported(u"\"v\"\r\n"_s), exported(u"\"v=1\r\n"_s),
       exported(u"\"v\"=\"open\r\n"_s), exported(u"\"v\"=\"x\" y\r\n"_s), exported(u"\"v\"=dword:12g\r\n"_s),
       exported(u"\"v\"=dword:123456789\r\n"_s), exported(u"\"v\"=hex:100\r\n"_s), exported(u"\"v\"=what:1\r\n"_s),
-      exported(u"[key\r\n"_s), exported(u"\"v\"=dword:00000001\r\n"_s) + "\xFF", QByteArray("\xFF\xFE") + "odd"};
+      own(u"garbage\n"_s), own(u"= 1\n"_s), own(u"\"v = 1\n"_s), own(u"v = \"open\n"_s), own(u"v = \"x\" y\n"_s), own(u"v = \"\\u12\"\n"_s),
+      own(u"v = \"\\q\"\n"_s), own(u"[key\n"_s), own({}).chopped(7), exported(u"[key\r\n"_s), exported(u"\"v\"=dword:00000001\r\n"_s) + "\xFF", QByteArray("\xFF\xFE") + "odd"};
   for (const QByteArray& bytes : damaged) {
     RegistryText text = full();
     EXPECT_FALSE(text.parse(bytes)) << bytes.constData();

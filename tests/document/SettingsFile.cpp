@@ -43,7 +43,7 @@ struct Told {
   ScriptedDialogs dialogs;
 };
 
-QString settingsFile(const TempFolder& folder) { return QString::fromStdString(folder / "settings.reg"); }
+QString settingsFile(const TempFolder& folder) { return QString::fromStdString(folder / "settings.conf"); }
 
 QVariant valueIn(const QString& path, const QString& name) {
   RegistryFile store(path);
@@ -292,7 +292,7 @@ TEST(SettingsFile, C2_ADamagedFileIsKeptAndToldOnce) {
     QVariant value;
     EXPECT_EQ(store.read(kLocalMachine, kKey, u"A"_s, &value), 2);
     EXPECT_EQ(store.read(kLocalMachine, kKey, u"A"_s, &value), 2);
-    const QString aside = round == 1 ? u"settings.damaged.reg"_s : u"settings.damaged-2.reg"_s;
+    const QString aside = round == 1 ? u"settings.damaged.conf"_s : u"settings.damaged-2.conf"_s;
     ASSERT_EQ(told.texts.size(), 1);
     EXPECT_TRUE(told.texts[0].contains(aside)) << qPrintable(told.texts[0]);
     EXPECT_EQ(readRaw(folder / aside.toStdString()), "torn" + std::to_string(round));
@@ -315,7 +315,7 @@ TEST(SettingsFile, C2_DamageWhileRunningLosesNothingOfOurs) {
   EXPECT_EQ(store.flush(), 0);
   EXPECT_EQ(valueIn(path, u"A"_s), 1);
   EXPECT_EQ(valueIn(path, u"B"_s), 2);
-  EXPECT_EQ(readRaw(folder / "settings.damaged.reg").size(), whole.size() - 20);
+  EXPECT_EQ(readRaw(folder / "settings.damaged.conf").size(), whole.size() - 20);
 }
 
 TEST(SettingsFile, HugeAndUnreadableFilesGiveDefaults) {

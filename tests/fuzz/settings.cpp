@@ -9,22 +9,13 @@ namespace {
 
 const QString kKey = QStringLiteral("HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Global");
 
-QString textOf(const QByteArray& bytes) {
-  if (!bytes.startsWith("\xFF\xFE")) {
-    const QString text = QString::fromUtf8(bytes);
-    return text.startsWith(QChar(0xFEFF)) ? text.mid(1) : text;
-  }
-  QString text;
-  for (qsizetype i = 2; i + 1 < bytes.size(); i += 2) text += QChar(ushort(uchar(bytes[i]) | uchar(bytes[i + 1]) << 8));
-  return text;
-}
-
 // The lines that say something: neither blank nor what every file of ours has.
 QStringList linesOf(const QByteArray& bytes) {
   QStringList lines;
-  for (QString line : textOf(bytes).split(u'\n')) {
+  const QString text = QString::fromUtf8(bytes);
+  for (QString line : (text.startsWith(QChar(0xFEFF)) ? text.mid(1) : text).split(u'\n')) {
     if (line.endsWith(u'\r')) line.chop(1);
-    if (!line.trimmed().isEmpty() && line != QLatin1String("; end") && !line.startsWith(QLatin1String("; Settings of"))) lines << line;
+    if (!line.trimmed().isEmpty() && line.trimmed() != QLatin1String("# end")) lines << line;
   }
   return lines;
 }
@@ -32,7 +23,7 @@ QStringList linesOf(const QByteArray& bytes) {
 void checkKept(const QByteArray& before, const QByteArray& after) {
   const QStringList now = linesOf(after);
   qsizetype at = 0;
-  for (const QString& line : linesOf(before)) {
+  for (const QString& line : linesOf(before).mid(1)) {
     at = now.indexOf(line, at);
     check(at >= 0, "what was read is kept, in its order");
     ++at;
@@ -41,21 +32,21 @@ void checkKept(const QByteArray& before, const QByteArray& after) {
 
 // A file in the right form that holds anything else than our own settings.
 QByteArray strangers(fuzz::Input in) {
-  QByteArray file = "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Other]\r\n";
+  QByteArray file = "# Settings of Zelkor Editor. A whole file ends with the line \"# end\".\r\n\r\n[Software\\Other]\r\n";
   while (!in.empty()) {
     const int kind = in.byte() % 6, number = in.byte();
     QByteArray word;
     for (const char c : in.take(in.byte() % 12)) word += char('a' + (c & 15));
     switch (kind) {
       case 0: file += "[HKEY_CURRENT_USER\\" + word + "]\r\n"; break;
-      case 1: file += "; " + word + "\r\n"; break;
+      case 1: file += "# x" + word + "\r\n"; break;
       case 2: file += "\"" + word + "\"=hex(b):0" + QByteArray::number(number % 10) + ",ff\r\n"; break;
-      case 3: file += "\"" + word + "\"=dword:0000000" + QByteArray::number(number % 10) + "\r\n"; break;
-      case 4: file += "\"" + word + "\"=\"" + word + "\\\\\"\r\n"; break;
+      case 3: file += "x" + word + " = " + QByteArray::number(number) + "\r\n"; break;
+      case 4: file += "\"" + word + "\"=\"" + word + "\\\\\\u00" + QByteArray::number(number % 90 + 10) + "\"\r\n"; break;
       default: file += "\"" + word + "\"=-\r\n"; break;
     }
   }
-  return file;
+  return file + "# end\r\n";
 }
 
 void use(const QByteArray& bytes, std::uint8_t cutAt, bool mustBeRead) {
@@ -65,7 +56,7 @@ void use(const QByteArray& bytes, std::uint8_t cutAt, bool mustBeRead) {
     check(!text.hasKey(QStringLiteral("HKEY_LOCAL_MACHINE")), "damaged is empty");
     return;
   }
-  checkKept(bytes, text.toBytes());
+  if (bytes.startsWith('#')) checkKept(bytes, text.toBytes());   // others are taken over into our form
   const QString value = QString::fromUtf8(bytes.right(40)).remove(QChar(0));
   const qint32 number = qint32(bytes.size());
   text.addKey(kKey);

@@ -147,7 +147,7 @@ sweep_settings() {  # NAME yes|no: is there a file before
   local name=$1 before=$2 call nth
   kind=settings
   rm -rf "$work/d" && mkdir "$work/d"
-  target=$work/d/settings.reg
+  target=$work/d/settings.conf
   [ "$before" = no ] || "$writer" "$target" old 1 1 > /dev/null || fail "$name: no file to begin with"
   [ "$before" = no ] || cp "$target" "$work/old"
   strace -o "$work/trace" "$writer" "$target" new 1 1 > /dev/null || fail "$name: the writer alone"
