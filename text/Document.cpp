@@ -268,7 +268,10 @@ void Document::abandonRun() noexcept {
   const bool guarded = std::exchange(d.readOnly, false);
   try {
     while (d.history.runHasSteps() && undo()) {}
-    if (!d.history.runHasSteps()) d.history.forgetUndone();
+    if (!d.history.runHasSteps()) {
+      d.history.restoreUndone();
+      while (redo()) {}
+    }
   } catch (...) {   // what could not be taken back stays, as steps that can be undone
   }
   d.readOnly = guarded;

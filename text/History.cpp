@@ -72,8 +72,19 @@ History::Entry History::prepare(Delta delta, const SelectionState& before, Join 
 
 void History::forgetUndone() noexcept {
   for (const auto& step : undone_) cost_ -= step.cost;
+  if (run_) {
+    run_->dropped.splice(run_->dropped.end(), undone_, std::prev(undone_.end(), std::ptrdiff_t(run_->undone)), undone_.end());
+    run_->undone = 0;
+  }
   undone_.clear();
-  if (run_) run_->undone = 0;
+}
+
+void History::restoreUndone() noexcept {
+  forgetUndone();
+  if (!run_) return;
+  undone_.swap(run_->dropped);
+  for (const auto& step : undone_) cost_ += step.cost;
+  run_->undone = undone_.size();
 }
 
 void History::commit(Entry entry) noexcept {
@@ -141,7 +152,7 @@ void History::beginGroup() {
 }
 
 void History::beginRun() {
-  if (!run_) run_ = Run{done_.size(), 0};
+  if (!run_) run_ = Run{done_.size(), 0, {}};
   joinable_ = false;
 }
 

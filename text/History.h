@@ -62,6 +62,8 @@ class History {
   void endRun(const TreePtr& now) noexcept;
   bool runHasSteps() const { return run_ && done_.size() > run_->base; }
   void forgetUndone() noexcept;
+  // For a run that takes itself back: what can be redone is then what the run undid of older steps, newest last.
+  void restoreUndone() noexcept;
 
   void setSelectionAfter(const SelectionState& after);
   void breakJoin() { joinable_ = false; }
@@ -91,6 +93,7 @@ class History {
   struct Run {
     std::size_t base = 0;     // so many of the done steps are older than the run
     std::size_t undone = 0;   // so many of the newest undone steps are older than the run
+    std::list<Step> dropped;  // older ones that a change of the run took from the undone ones, in their order
   };
   std::optional<Run> run_;    // while one is open
   int depth_ = 0;

@@ -16,7 +16,7 @@ using namespace text;
 //   i3:ab  insert "ab" at 3          t3:ab  the same as typing         o3,2:ab  typing that replaces 2 bytes
 //   d3,2   delete 2 bytes at 3       D3,2   the same as a run of Delete or Backspace
 //   u r    undo, redo                u- r-  the same, refused           ( ) x   begin, end, roll back a group
-//   < >    begin, end a run
+//   < > A  begin, end, abandon a run
 //   s L    mark saved, unsaved       b      break the run              R W      read only, writable
 //   l3     limit of 3 steps          =ab    the text is "ab"           m !m w   modified, not modified, steps were dropped
 void play(Document& d, const std::string& script) {
@@ -43,6 +43,7 @@ void play(Document& d, const std::string& script) {
       case 'x': d.rollbackGroup(); break;
       case '<': d.beginRun(); break;
       case '>': d.endRun(); break;
+      case 'A': d.abandonRun(); d.endRun(); break;
       case 's': d.markSaved(); break;
       case 'L': d.markUnsaved(); break;
       case 'b': d.breakJoin(); break;
@@ -81,6 +82,8 @@ TEST(Undo, Scripts) {
       {"undo inside a group is refused", "", "i0:a ( i1:b u- ) =ab u =a"},
       {"undo inside a run takes back its own change, then an older one", "", "t0:a b t1:b < t2:c t3:d u =abc u u =a r =ab i0:x r- > =xab u =ab u =a u ="},
       {"a run that undoes an older change and makes it again leaves it alone", "", "i0:a i1:b < i2:c i3:d u u u r r =abc > u =ab u =a r r r =abcd"},
+      {"a run that is abandoned gives back what it undid", "", "i0:a i1:b i2:c < u u A =abc u =ab"},
+      {"also behind changes of its own", "", "i0:a i1:b s i2:c i3:d < u i3:x u u i2:y A =abcd r- m u u =ab !m u =a"},
       {"an empty group leaves no step", "", "( ) u- !m"},
       {"a group that took itself back leaves no step", "ab", "s ( i1:x m d1,1 ) =ab !m u-"},
       {"typing does not join a group", "", "( t0:a ) t1:b u =a u ="},
