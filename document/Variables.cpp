@@ -23,6 +23,11 @@ namespace variables {
 
 namespace {
 
+// Ends the name of an answer where a digit behind it would become part of its number: a character that no text has.
+constexpr QChar kNameEnd(0xFDD0);
+
+bool isDigit(QChar c) { return c >= u'0' && c <= u'9'; }
+
 QString userName() {
 #ifndef Q_OS_WIN
   if (const passwd* entry = ::getpwuid(::getuid())) return QString::fromLocal8Bit(entry->pw_name);
@@ -80,11 +85,12 @@ const QString* answerAt(QStringView text, const Answers& answers, qsizetype* len
   const QLatin1String name("$Output");
   if (!text.startsWith(name, Qt::CaseInsensitive)) return nullptr;
   qsizetype end = name.size();
-  while (end < text.size() && text[end] >= u'0' && text[end] <= u'9') ++end;
-  bool good = false;
-  const int slot = text.sliced(name.size(), end - name.size()).toInt(&good);
+  if (end == text.size() || !isDigit(text[end])) return nullptr;
+  int slot = text[end++].unicode() - u'0';
+  if (slot > 0 && end < text.size() && isDigit(text[end])) slot = slot * 10 + text[end++].unicode() - u'0';
+  if (end < text.size() && text[end] == kNameEnd) ++end;
   *length = end;
-  return good ? answers.at(slot) : nullptr;
+  return answers.at(slot);
 }
 
 void substituteAnswers(QString& text, const Answers& answers) {
@@ -107,12 +113,20 @@ void expandPrompts(QString& text, Answers& answers) {
   const QString opener = u"$Input("_s;
   for (qsizetype at = 0; (at = text.indexOf(opener, at, Qt::CaseInsensitive)) >= 0;) {
     const qsizetype end = text.indexOf(u')', at);
-    if (end < 0) return;
+    if (end < 0) break;
     const QString prompt = text.mid(at + opener.size(), end - at - opener.size());
     const QString answer = InputBox(prompt, QCoreApplication::translate("mCMXParser", "Input Data")).value_or(QString());
-    const QString slot = u"$Output"_s + QString::number(answers.add(answer));
+    QString slot = u"$Output"_s + QString::number(answers.add(answer));
+    if (end + 1 < text.size() && isDigit(text[end + 1])) slot += kNameEnd;
     text.replace(at, end + 1 - at, slot);
     at += slot.size();
+  }
+  // The value of a variable behind a name may begin with a digit.
+  for (qsizetype at = 0; (at = text.indexOf(u'$', at)) >= 0;) {
+    qsizetype length = 1;
+    const bool isAnswer = answerAt(QStringView(text).sliced(at), answers, &length);
+    at += isAnswer ? length : 1;
+    if (isAnswer && at < text.size() && text[at] == u'$') text.insert(at, kNameEnd);
   }
 }
 

@@ -26,14 +26,16 @@ class Answers {
 // variable, only for later ones. document may be null: its values are then empty.
 void substitute(QString& text, frmDocument* document, const Answers& answers);
 
-// The answer whose name, "$Output" with a number, the text begins with, and the length of that name; null: none.
+// The answer whose name the text begins with, and the length of that name; null: none. A name is "$Output" with one digit, or with
+// two of which the first is no 0.
 const QString* answerAt(QStringView text, const Answers& answers, qsizetype* length);
 void substituteAnswers(QString& text, const Answers& answers);
 
 // Whether a variable stands in the text whose value others may have chosen: words of the text, names of files, the clipboard.
 bool holdsForeignValue(const QString& text);
 
-// Asks for each "$Input(prompt)" in the text; a prompt without ")" is left as it is. Cancelling is an empty answer.
+// Asks for each "$Input(prompt)" in the text, and puts the answer's name there; a prompt without ")" is left as it is. Cancelling is an
+// empty answer. Where what stands behind a name may begin with a digit, the name gets an end that goes when the answer is put in.
 void expandPrompts(QString& text, Answers& answers);
 
 }  // namespace variables
