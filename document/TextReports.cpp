@@ -131,17 +131,17 @@ QString fileInformation(frmDocument& document) {
 QString usage(frmDocument& document, const QString& argument) {
   QString what = argument;
   std::set<statements::Option> options;
-  for (const statements::UsageOption& option : statements::usageOptions()) {
-    // The option stands between blanks or at the end, so that "a -big" keeps its word.
-    const QString text = QString::fromLatin1(option.text);
-    for (qsizetype at = 0; (at = what.indexOf(text, at)) >= 0;) {
-      const qsizetype end = at + text.size();
-      if (end < what.size() && what[end] != u' ') {
-        at = end;
-        continue;
-      }
-      what.remove(at, text.size());
+  // They stand at the end: what looks like one between words belongs to the text.
+  for (bool taken = true; std::exchange(taken, false);) {
+    QStringView rest(what);
+    while (rest.endsWith(u' ')) rest.chop(1);
+    for (const statements::UsageOption& option : statements::usageOptions()) {
+      const QLatin1String text(option.text);
+      if (!rest.endsWith(text)) continue;
       options.insert(option.option);
+      what.truncate(rest.size() - text.size());
+      taken = true;
+      break;
     }
   }
   const auto has = [&](statements::Option option) { return options.count(option) != 0; };

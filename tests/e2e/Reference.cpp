@@ -57,9 +57,10 @@ QString reference() {
   for (const statements::Variable& variable : statements::variables()) out += row({code(variable.name), QString::fromLatin1(variable.help)});
   out += QStringLiteral(
       "\n`$Input(question)` asks for a text, and is replaced by the answer. The answers of a run have the names `$Output0` to `$Output19`; the\n"
-      "21st takes the first one's place. Cancelling is an empty answer.\n\n"
+      "21st takes the first one's place. Cancelling is an empty answer. The number has at most two digits and no 0 in front; a digit\n"
+      "behind that, and one behind `$Input(...)`, is text.\n\n"
       "## Options of USAGE\n\n"
-      "They stand behind the text, each behind a blank.\n\n");
+      "They stand at the end, behind the text, each behind a blank.\n\n");
   out += row({u"option"_s, u"what it does"_s}) + row({u"---"_s, u"---"_s});
   for (const statements::UsageOption& option : statements::usageOptions()) out += row({code(option.text), QString::fromLatin1(option.help)});
   out += QStringLiteral(
