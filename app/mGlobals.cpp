@@ -24,6 +24,7 @@
 #include "base/Memory.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "base/TypedKeys.h"
 #include "control/FileNames.h"
 #include "control/KeyCommands.h"
 #include "control/TextModel.h"
@@ -106,6 +107,12 @@ QList<HandOff> commandLinesOf(const Arguments& arguments, const QString& spooled
     lines << HandOff{file.path, token, arguments.readOnly, arguments.wait, false, file.line, file.column};
   if (!spooled.isEmpty()) lines << HandOff{spooled, token, arguments.readOnly, arguments.wait, true};
   return lines;
+}
+
+// The library tells which folder it takes in the place of one that the system did not name. That is nothing to the user: standard
+// error is for what went wrong.
+void tellMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  if (!text.startsWith(QLatin1String("QStandardPaths: "))) std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, text)));
 }
 
 // The last resort where no nearer place has caught it: an event that ran out of memory is given up, the program goes on.
@@ -222,12 +229,15 @@ int Main(int argc, char** argv) try {
   return complain(QStringLiteral("no display: set DISPLAY or WAYLAND_DISPLAY, or start it from a desktop session"), 2);
 display:
 #endif
+  qInstallMessageHandler(&tellMessage);
   QCoreApplication::setApplicationName(QString::fromLatin1(kApplicationTitle));
   QCoreApplication::setApplicationVersion(QStringLiteral(ZELKOR_VERSION));
   QGuiApplication::setDesktopFileName(QStringLiteral("zelkor"));
   Application application(argc, argv);
   FitScreen fitScreen;
   application.installEventFilter(&fitScreen);
+  TypedKeys typedKeys;
+  application.installEventFilter(&typedKeys);
   if (windowless) platform ? qputenv("QT_QPA_PLATFORM", *platform) : qunsetenv("QT_QPA_PLATFORM");
   AddFormatVerbs();
   text::setRecoveryFolder(fromQString(RecoverySession::usualFolder()));

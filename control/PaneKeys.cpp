@@ -9,6 +9,7 @@
 
 #include "base/Memory.h"
 #include "base/Program.h"
+#include "base/TypedKeys.h"
 #include "control/KeyCommands.h"
 #include "control/KeyMacro.h"
 #include "control/KeyMap.h"
@@ -133,10 +134,8 @@ void Pane::keyPressed(QKeyEvent* event) {
     note({});
     return;
   }
-  const QString text = event->text();
-  const bool control = event->modifiers().testFlag(Qt::ControlModifier) && !event->modifiers().testFlag(Qt::AltModifier);
-  if (!text.isEmpty() && !control && (text[0].isPrint() || text[0].isSurrogate() || text == QLatin1String("\t"))) {
-    type(text);
+  if (typesText(*event) || (event->modifiers() == Qt::NoModifier && event->text() == QLatin1String("\t"))) {
+    type(event->text());
     return;
   }
   event->ignore();

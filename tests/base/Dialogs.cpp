@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QFileDialog>
@@ -12,9 +13,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
+#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -22,6 +25,7 @@
 #include "base/FitScreen.h"
 #include "base/FixedFont.h"
 #include "base/Program.h"
+#include "base/TypedKeys.h"
 #include "tests/support/Text.h"
 
 namespace {
@@ -112,6 +116,23 @@ TEST(Dialogs, LargeOnesFitTheScreenOrScroll) {
   small.show();
   EXPECT_TRUE(small.screen()->availableGeometry().contains(small.geometry()));
   EXPECT_EQ(small.findChild<QScrollArea*>(), nullptr) << "it only opened too large";
+}
+
+TEST(Dialogs, FieldsTakeNoLettersOfMenus) {
+  TypedKeys typed;
+  qApp->installEventFilter(&typed);
+  QLineEdit line;
+  QPlainTextEdit lines;
+  QSpinBox number;
+  QComboBox choice;
+  choice.setEditable(true);
+  for (QWidget* field : std::initializer_list<QWidget*>{&line, &lines, &number, &choice})
+    for (const auto modifiers : {Qt::KeyboardModifiers(Qt::AltModifier), Qt::AltModifier | Qt::ControlModifier, Qt::KeyboardModifiers(Qt::MetaModifier), {}}) {
+      QKeyEvent key(QEvent::KeyPress, Qt::Key_5, modifiers, q("5"));
+      QApplication::sendEvent(field, &key);
+    }
+  EXPECT_EQ(line.text() + q("|") + lines.toPlainText() + q("|") + choice.currentText(), q("5|5|5"));
+  EXPECT_EQ(number.value(), 5);
 }
 
 TEST(Dialogs, TheFixedFontIsFixed) {

@@ -75,6 +75,10 @@ TEST_F(PaneInput, KeysTypeMoveAndTell) {
   EXPECT_EQ(now(), "\t|ab\nc") << "Tab types and keeps the focus";
   key(Qt::Key_Q, Qt::ControlModifier | Qt::AltModifier, q("@"));
   EXPECT_EQ(now(), "\t@|ab\nc") << "AltGr comes as Ctrl+Alt";
+  for (const auto modifiers : {Qt::KeyboardModifiers(Qt::AltModifier), Qt::AltModifier | Qt::ShiftModifier, Qt::KeyboardModifiers(Qt::MetaModifier)})
+    key(Qt::Key_Q, modifiers, q("q"));
+  key(Qt::Key_1, Qt::ControlModifier | Qt::AltModifier, q("1"));
+  EXPECT_EQ(now(), "\t@|ab\nc") << "a key of menus and short-cuts that nobody has taken";
   key(Qt::Key_F11, Qt::ControlModifier, QString());
   EXPECT_EQ(now(), "\t@|ab\nc");
   key(Qt::Key_K, Qt::ControlModifier, q("\x0B"));
