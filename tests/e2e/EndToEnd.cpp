@@ -10,6 +10,7 @@
 #include <QLocale>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <pwd.h>
 #include <unistd.h>
@@ -186,6 +187,35 @@ QByteArray shown(const clsMacro& macro, QString text, const QString& extension) 
 }
 
 }  // namespace
+
+// A test bench with delays, whose module and include file stand beside it.
+TEST(EndToEnd, BenchesAreCheckedAndRunWithWhatStandsBesideThem) {
+  for (const char* program : {"iverilog", "vvp", "verilator"})
+    if (QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty()) GTEST_SKIP() << "no " << program;
+  loadLanguages();
+  const QTemporaryDir folder;
+  const auto put = [&](const QString& name, const char* text) {
+    QFile file(folder.filePath(name));
+    EXPECT_TRUE(file.open(QFile::WriteOnly) && file.write(text) > 0);
+  };
+  put(u"count.sv"_s, "module count(input clk, output logic [3:0] q);\n  initial q = 0;\n  always_ff @(posedge clk) q <= q + 1;\nendmodule\n");
+  put(u"ticks.vh"_s, "`define TICKS 3\n");
+  Case bench;
+  bench.extension = u"v"_s;
+  bench.options = QStringList{u"save"_s};
+  bench.input = "/* verilator lint_off DECLFILENAME */\n`include \"ticks.vh\"\nmodule bench;\n  reg clk;\n  wire [3:0] q;\n  count u(.clk(clk), .q(q));\n"
+                "  initial begin clk = 0; forever #5 clk = ~clk; end\n  initial begin\n    repeat (`TICKS) @(posedge clk);\n"
+                "    wait (q == 4'd4);\n    #1 $display(\"reached %0d\", q);\n    $finish;\n  end\nendmodule\n";
+  for (const auto& [macro, wanted] : std::initializer_list<std::pair<QString, QByteArray>>{
+           {u"Compile"_s, "[iverilog: exit code 0]"}, {u"Lint"_s, "[verilator: exit code 0]"}, {u"Simulate"_s, "reached 4"}}) {
+    const auto& macros = languages().Languages()->Item(languages().GetIndex(u"Verilog"_s))->cMacros();
+    const int index = macros->IndexOf(&clsMacro::Name, macro);
+    ASSERT_GT(index, 0);
+    bench.commands = macros->Item(index)->CommandString.toUtf8();
+    const Result result = runHere(bench, folder.path());
+    EXPECT_TRUE(result.log.contains(wanted)) << macro.toStdString() << '\n' << result.log.constData() << result.messages.constData();
+  }
+}
 
 // Every shipped macro on the three texts of its language. The programs that macros start are stand-ins that say how they were
 // called. ZELKOR_WRITE_GOLDEN=1 writes what is expected.
