@@ -87,6 +87,7 @@ class BatchFrame : public Frame {
  public:
   frmDocument* document = nullptr;
   QString target;                     // where its text goes
+  QString about;                      // the file among several, empty for a single one
   std::unique_ptr<frmLog> logWindow;
 
   // Each document has a log of its own: nothing of another one's run is left in it.
@@ -116,6 +117,7 @@ class BatchFrame : public Frame {
   void showLog() override {}
   bool openFile(const QString&) override { return false; }
   void showMacro(int, int, const QString&) override {}
+  QString reportsAbout() override { return about; }
 };
 
 int runOn(frmDocument& document, const BatchOptions& options) {
@@ -160,7 +162,7 @@ Session::~Session() {
   modRegistry::SetReadOnly(impl_->readOnly);
 }
 
-void Session::setAbout(const QString& file) { impl_->boxes.about = plainForDisplay(file); }
+void Session::setAbout(const QString& file) { impl_->boxes.about = file; }
 
 void commandsFromFile(const QString& path, BatchOptions* options, QString* error) {
   const text::LoadedFile file = text::loadFile(fromQString(path));
@@ -195,7 +197,7 @@ int eachDocument(const QStringList& files, const std::function<int(frmDocument&)
   int worst = kDone, count = 0;
   for (const QString& path : files) {
     if (showProgress) writeTo(kStandardError, u"\x1b[K[%1/%2] %3\r"_s.arg(++count).arg(files.size()).arg(plainForDisplay(path, 60)));
-    if (files.size() > 1) session.setAbout(path);
+    if (files.size() > 1) session.setAbout(own.about = plainForDisplay(path));
     worst = std::max(worst, workOn(own, path, work));
   }
   if (showProgress) writeTo(kStandardError, u"\x1b[K"_s);

@@ -39,7 +39,7 @@ class Session {
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
-  void setAbout(const QString& file);   // begins the lines of boxes; empty: nothing does
+  void setAbout(const QString& file);   // as it is shown: begins the lines of boxes; empty: nothing does
 
  private:
   struct Impl;

@@ -149,7 +149,8 @@ void startProgram(CommandRun& run, const QString& commandLine, variables::Answer
   if (process::startFailed(result, &error)) {
     answers.result = kNotStarted;
     failure = tr("%1: %2").arg(commandLine, QString::fromStdString(text::errorText(error)));
-    if (frmLog* const window = log()) window->AppendLog(failure + u"\r\n"_s);
+    const QString about = frame() ? frame()->reportsAbout() : QString();
+    if (frmLog* const window = log()) window->AppendLog((about.isEmpty() ? about : about + u": "_s) + failure + u"\r\n"_s);
     run.showLog = true;
     MsgBox(tr("Command Failure"));
   } else {

@@ -30,6 +30,7 @@ class Frame {
   virtual void showLog() = 0;
   virtual bool openFile(const QString& path) = 0;            // mainOpenFile with the recently-used list
   virtual void showMacro(int language, int macro, const QString& report) = 0;   // definitions editor at a macro (1-based)
+  virtual QString reportsAbout() { return {}; }              // begins the lines of reports: the file's name in a run over several
 };
 
 // The one frame of the process; null before it exists.

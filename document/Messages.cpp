@@ -10,6 +10,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kLongestNumber = 9;          // digits
+constexpr qsizetype kLongestReport = 1000;   // characters of a line that are looked at for an error
 constexpr qsizetype kLongestLine = 4000;   // what lies behind is no message
 
 // Where a file name that ends at `end` may begin, best first: at the line's start or behind a mark that ends what stands before
@@ -59,6 +60,16 @@ std::vector<MessagePlace> messagePlaces(const QString& logLine) {
     }
   }
   return places;
+}
+
+bool speaksOfError(QStringView logLine) {
+  static const QRegularExpression report(
+      u"(?<!\\b0 )\\b(?i:error|fatal)\\b"
+      u"|\\bUVM_(?:ERROR|FATAL)\\b(?!\\s*:\\s*0\\b)"
+      u"|: \\*[EF],|^@E:"
+      u"|:\\((?:report|assertion) failure\\):"
+      u"|^[^:]+\\.(?i:vhdl?):\\d+:\\d+:(?!@| ?(?:warning|note|info)\\b)"_s);   // it has a word for all but errors
+  return report.match(logLine.left(kLongestReport).toString()).hasMatch();
 }
 
 bool MessageFinder::holds(const QString& folder, const QString& file) {

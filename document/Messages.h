@@ -17,6 +17,9 @@ struct MessagePlace {
 // What may be a place, likelier readings of the same numbers first: "file:12:3", "file:12", "file(12)", "file(12,3)", file", line 12.
 std::vector<MessagePlace> messagePlaces(const QString& logLine);
 
+// The line reports an error, in the words or marks that compilers and simulators have for it. A count of none is no error.
+bool speaksOfError(QStringView logLine);
+
 // Finds the first of them whose file exists, looked up in the folders when its path is relative. A folder is read once in the life of
 // a finder, so that lines that only look like messages cost no call of the system. May be used on any one thread.
 class MessageFinder {

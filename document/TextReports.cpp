@@ -128,7 +128,7 @@ QString fileInformation(frmDocument& document) {
   return lines.join(u"\r\n"_s);
 }
 
-QString usage(frmDocument& document, const QString& argument) {
+QString usage(frmDocument& document, const QString& argument, const QString& about) {
   QString what = argument;
   std::set<statements::Option> options;
   // They stand at the end: what looks like one between words belongs to the text.
@@ -150,6 +150,7 @@ QString usage(frmDocument& document, const QString& argument) {
   search.matchCase = has(statements::Option::caseSensitive);
   search.wholeWord = has(statements::Option::wholeWords);
 
+  const QString place = about.isEmpty() ? about : about + u':', ofFile = about.isEmpty() ? about : place + u' ';
   TextModel& model = *cmx.model();
   const text::Snapshot text = model.snapshot();
   std::vector<text::ByteRange> hits;
@@ -157,7 +158,7 @@ QString usage(frmDocument& document, const QString& argument) {
     const text::Searcher searcher(fromQString(what), search);
     text::SearchAllResult result = searcher.all(text, {text::ByteOffset(0), text.size()});
     const std::string error = searcher.error().empty() ? result.error : searcher.error();
-    if (!error.empty()) return QString::fromStdString(error) + u"\r\n"_s;
+    if (!error.empty()) return ofFile + QString::fromStdString(error) + u"\r\n"_s;
     hits = std::move(result.ranges);
   }
   if (has(statements::Option::skipComments)) {
@@ -177,7 +178,7 @@ QString usage(frmDocument& document, const QString& argument) {
       ++unlisted;
       continue;
     }
-    report += QString::number(line.value + 1);
+    report += place + QString::number(line.value + 1);
     if (has(statements::Option::verbose)) {
       // Counted on from the hit before: a line may be long, and full of hits.
       lastColumn = (newLine ? 0 : lastColumn) + toQString(text.bytes({newLine ? text.lineStart(line) : lastHit, hit.begin})).size();
@@ -186,8 +187,8 @@ QString usage(frmDocument& document, const QString& argument) {
     }
     report += u": "_s + shownLine(text, line, hit) + u"\r\n"_s;
   }
-  if (unlisted > 0) report += QCoreApplication::translate("mCMXParser", "[%1 more not listed]").arg(unlisted) + u"\r\n"_s;
-  return report + QCoreApplication::translate("mCMXParser", "%1 occurrence(s) of '%2'").arg(hits.size()).arg(what) + u"\r\n"_s;
+  if (unlisted > 0) report += ofFile + QCoreApplication::translate("mCMXParser", "[%1 more not listed]").arg(unlisted) + u"\r\n"_s;
+  return report + ofFile + QCoreApplication::translate("mCMXParser", "%1 occurrence(s) of '%2'").arg(hits.size()).arg(what) + u"\r\n"_s;
 }
 
 }  // namespace reports

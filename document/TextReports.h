@@ -11,8 +11,9 @@ namespace reports {
 QString fileInformation(frmDocument& document);
 
 // USAGE: its argument is the text sought with the options. Lines end with CR LF. Sets bookmarks when asked to; caret,
-// selection and the search settings stay as they are.
-QString usage(frmDocument& document, const QString& argument);
+// selection and the search settings stay as they are. `about`, when it is
+// not empty, names the file in each line.
+QString usage(frmDocument& document, const QString& argument, const QString& about = {});
 
 // Lines whose visible text is all comment, and lines that hold blanks only.
 struct LineCounts {

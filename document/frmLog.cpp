@@ -28,7 +28,7 @@ namespace {
 
 constexpr int kGotoLine = 168, kCopy = 198;
 constexpr int kOpenLineTime = 200;              // milliseconds until a line that a program left open is shown
-constexpr qsizetype kLongestReport = 1000;      // characters of a line that are looked at for an error, and for a place
+constexpr qsizetype kLongestReport = 1000;      // characters of a line that are looked at for a place
 constexpr std::int64_t kWalkCost = 32;          // a byte of the log costs as much as so many of a search
 constexpr qsizetype kLongestOpenLine = 1 << 16; // bytes kept back while waiting for its end
 constexpr std::size_t kUndoSteps = 200, kUndoBytes = 16u << 20;
@@ -187,7 +187,7 @@ void frmLog::Clear() {
 void frmLog::AppendLog(const QString& text, Stream stream) {
   if (text.isEmpty()) return;
   QString added = toCrLf(shown(text));
-  if (openLine_ && stream != lastStream_) added.prepend(u"\r\n"_s);
+  if (openLine_ && stream != lastStream_ && !added.startsWith(u"\r\n"_s)) added.prepend(u"\r\n"_s);
   const qint64 first = cmx->LineCount() - 1;
   cmx->AppendText(added);
   const auto last = std::size_t(cmx->LineCount());
@@ -203,12 +203,9 @@ void frmLog::AppendLog(const QString& text, Stream stream) {
 
 // Which channel a program chose says little: simulators report on standard output, and builds chat on the other.
 void frmLog::markErrors(qint64 firstLine, const QString& added) {
-  static const QRegularExpression report(u"(?<!\\b0 )\\b(?:error|fatal)\\b"_s, QRegularExpression::CaseInsensitiveOption);
   qint64 line = firstLine;
   for (const QStringView text : QStringView(added).split(u'\n')) {
-    const QStringView looked = text.left(kLongestReport);
-    const bool may = looked.contains("error"_L1, Qt::CaseInsensitive) || looked.contains("fatal"_L1, Qt::CaseInsensitive);
-    if (may && std::size_t(line) < streams_->lines.size() && report.match(looked.toString()).hasMatch())
+    if (std::size_t(line) < streams_->lines.size() && speaksOfError(text))
       streams_->lines[std::size_t(line)] = (signed char)(Stream::errors);
     ++line;
   }

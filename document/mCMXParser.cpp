@@ -142,7 +142,7 @@ bool execute(CommandRun& run, const QString& line, bool replaced = false) {
     case Code::echo: writeLog(run, argument.endsWith(u';') ? argument.chopped(1) : argument + u"\r\n"_s); return true;
     case Code::usage:
       if (window) window->setUsageOf(document);
-      if (document) writeLog(run, reports::usage(*document, argument));
+      if (document) writeLog(run, reports::usage(*document, argument, frame() ? frame()->reportsAbout() : QString()));
       run.restoreCursor = true;
       return true;
     case Code::fileInfo: writeLog(run, FileInformation() + u"\r\n"_s); return true;
@@ -181,7 +181,8 @@ void reportInvalid(int language, int macro, const QString& line) {
   const QString text = InvalidCommandText(line);
   if (language > 0 && macro > 0 && frame()) frame()->showMacro(language, macro, text);
   MsgBox(plainForDisplay(text));
-  if (frmLog* const window = log()) window->AppendLog(u"\r\n"_s + tr("Invalid Command %1").arg(line));
+  // Without a window the box and the log are seen as one, and once is enough.
+  if (frmLog* const window = log(); window && interactive) window->AppendLog(u"\r\n"_s + tr("Invalid Command %1").arg(line), frmLog::Stream::errors);
 }
 
 Outcome runLines(CommandRun& run, const QString& commands) {

@@ -83,6 +83,19 @@ TEST_F(BatchRuns, NeedsNoDisplayAndGivesItsOwnToNobody) {
   }
 }
 
+TEST_F(BatchRuns, ReportsOverSeveralFilesNameThem) {
+  write(q("a.v"), "wire w;\n");
+  write(q("b.v"), "x\nw w\n");
+  environment_.remove(q("XDG_RUNTIME_DIR"));   // of which the library would tell
+  QProcess& process = start({q("--batch"), q("--command"), q("USAGE w -v -b\nSHELLW no-such-program\nNONSENSE"), q("a.v"), q("b.v")});
+  ASSERT_TRUE(process.waitForFinished(kPatience));
+  EXPECT_EQ(process.readAllStandardOutput(),
+            "a.v:1,5: wire w;\na.v: 1 occurrence(s) of 'w'\na.v: no-such-program: No such file or directory\n"
+            "b.v:2,0: w w\nb.v:2,2: w w\nb.v: 2 occurrence(s) of 'w'\nb.v: no-such-program: No such file or directory\n");
+  EXPECT_EQ(process.readAllStandardError(), "a.v: Command Failure\na.v: Invalid Command : NONSENSE\nb.v: Command Failure\nb.v: Invalid Command : NONSENSE\n")
+      << "nothing else, and nothing twice";
+}
+
 TEST_F(BatchRuns, NothingPassesFromFileToFile) {
   write(q("a.v"), "A\n");
   write(q("b.v"), "B\n");

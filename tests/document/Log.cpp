@@ -148,6 +148,7 @@ TEST(Log, MessagesOfToolsAreUnderstood) {
       {u"  File \"top.v\", line 8, in x"_s, u"top.v"_s, 8, 0},
       {u"ERROR: [Synth 8-2715] syntax error near ) [top.v:23]"_s, u"top.v"_s, 23, 0},
       {u"In file included from top.v:3,"_s, u"top.v"_s, 3, 0},
+      {u"top.v:2:77:@0ms:(assertion failure): boom"_s, u"top.v"_s, 2, 77},
       {u"my file.v:5: error"_s, u"my file.v"_s, 5, 0},
       {u"Error: my file.v:5: x"_s, u"my file.v"_s, 5, 0},
       {u"at \"my file.v\":5"_s, u"my file.v"_s, 5, 0},
@@ -168,6 +169,18 @@ TEST(Log, MessagesOfToolsAreUnderstood) {
     EXPECT_EQ(place->file, folders[0] + u'/' + c.file) << qPrintable(c.line);
     EXPECT_EQ(place->line, c.at) << qPrintable(c.line);
     EXPECT_EQ(place->column, c.column) << qPrintable(c.line);
+  }
+}
+
+TEST(Log, ErrorsAreMarkedInTheWordsOfEachTool) {
+  for (const auto& [line, isError] : std::initializer_list<std::pair<const char16_t*, bool>>{
+           {u"a.vhd:3:2: no declaration for \"x\"", true}, {u"rtl/a b.VHDL:3:2:error: x", true}, {u"a.vhd:3:2:warning: x [-Wno-wait]", false},
+           {u"t.vhd:2:77:@0ms:(assertion failure): boom", true}, {u"t.vhd:2:77:@0ms:(report note): fine", false}, {u"a.v:3:2: x", false},
+           {u"a.v:2: Error: x", true}, {u"0 error", false}, {u"UVM_ERROR tb/env.sv(5) @ 1000: x", true}, {u"UVM_FATAL :    0", false},
+           {u"UVM_ERROR :   10", true}, {u"xmvlog: *E,EXPLPA (a.v,23|14): x", true}, {u"@E: CG285 :\"a.sv\":48:4:48:9|x", true}, {u"terror", false}}) {
+    frmLog log;
+    log.AppendLog(QString::fromUtf16(line) + u'\n', Stream::output);
+    EXPECT_EQ(log.streamOf(0), isError ? Stream::errors : Stream::output) << qPrintable(QString::fromUtf16(line));
   }
 }
 
