@@ -13,14 +13,8 @@ using namespace text;
 namespace {
 
 // How far a look back goes.
-constexpr std::int64_t kLinesBack = 1000, kBytesBack = 128 << 10, kLongLine = 4096;
+constexpr std::int64_t kLinesBack = 1000, kBytesBack = 128 << 10, kLongLine = 4096, kLongestWord = 64;
 constexpr std::int64_t kColored = 1 << 20;   // bytes read anew for what is comment or string; beyond that it is guessed
-
-QSet<QString> entriesOf(QString list) {
-  QSet<QString> entries;
-  for (const QString& entry : list.remove(u'\r').split(u'\n', Qt::SkipEmptyParts)) entries.insert(entry.toLower());
-  return entries;
-}
 
 // The leading white space; of a line longer than any that is looked at, none.
 std::string leadingOf(const Snapshot& text, LineNo line) {
@@ -52,7 +46,7 @@ struct Open {
 // Reads the text above a place and keeps what is open there.
 class LookBack {
  public:
-  LookBack(TextModel& model, const BlockIndent& blocks, ByteOffset end, const EditOptions& options)
+  LookBack(TextModel& model, const BlockWords& blocks, ByteOffset end, const EditOptions& options)
       : text_(model.snapshot()), blocks_(blocks), tabSize_(options.tabSize), expand_(options.expandTabs) {
     last_ = text_.lineAt(end);
     LineNo first = last_;
@@ -130,18 +124,18 @@ class LookBack {
   }
 
   void readPiece(std::string_view piece, bool word, LineNo line, bool first) {
-    const auto kind = blocks_.kindOf(toQString(piece));
-    const bool ofEnd = afterEnd_ && word && kind.opens;   // "end if"
+    const auto kind = blocks_.classify(toQString(piece));
+    const bool ofEnd = afterEnd_ && word && kind.opens();   // "end if"
     afterEnd_ = false;
     if (ofEnd) return;
     const bool inBracket = !open_.empty() && open_.back().bracket;
-    if (kind.closes) {
+    if (kind.closes()) {
       while (!open_.empty() && open_.back().bracket) close(line);
       if (!open_.empty()) close(line);
       resetStatement();
       afterEnd_ = true;
-    } else if (kind.opens && (!word || mayOpen(piece, kind, inBracket))) {
-      open_.push_back({line, statementStart(line), false, kind.twice});
+    } else if (kind.opens() && (!word || mayOpen(piece, kind, inBracket))) {
+      open_.push_back({line, statementStart(line), false, kind.doubleIndent});
       opened_ = word;
       awaitsIs_ = kind.needsIs;
       if (!word || piece == "begin" || piece == "fork") resetStatement();
@@ -155,20 +149,20 @@ class LookBack {
     } else if (piece == ":" && words_ == 1 && !opened_) {
       resetStatement();   // a label
     } else if (word && !inBracket) {
-      if (first && kind.middle && !insideStatement()) middleFirst_ = middleStatement_ = true;
+      if (first && kind.isMiddle() && !insideStatement()) middleFirst_ = middleStatement_ = true;
       noteWord(toQString(piece), kind);
     }
   }
 
-  bool mayOpen(std::string_view piece, const BlockIndent::Kind& kind, bool inBracket) {
+  bool mayOpen(std::string_view piece, const BlockWords::Entry& kind, bool inBracket) {
     if (inBracket || opened_ || opensNothing_ || (words_ == 0 && kind.opensNothing)) return false;
     const QString word = toQString(piece);
-    if (words_ == 1 && blocks_.kindOf(firstWord_ + u' ' + word).opensNothing) return false;
+    if (words_ == 1 && blocks_.classify(firstWord_ + u' ' + word).opensNothing) return false;
     noteWord(word, kind);
     return true;
   }
 
-  void noteWord(const QString& word, const BlockIndent::Kind& kind) {
+  void noteWord(const QString& word, const BlockWords::Entry& kind) {
     if (words_++ == 0) {
       firstWord_ = word;
       opensNothing_ = kind.opensNothing;
@@ -187,7 +181,7 @@ class LookBack {
   }
 
   const Snapshot text_;
-  const BlockIndent& blocks_;
+  const BlockWords& blocks_;
   const int tabSize_;
   const bool expand_;
   LineNo last_{0};
@@ -200,12 +194,24 @@ class LookBack {
   bool opened_ = false, opensNothing_ = false, awaitsIs_ = false, middleStatement_ = false, middleFirst_ = false, afterEnd_ = false;
 };
 
-// What stands alone between the white space in front of `caret` and it; empty when something follows in the line, or it is long.
-std::string aloneBefore(const Snapshot& text, ByteOffset caret) {
-  const LineNo line = text.lineAt(caret);
-  const ByteOffset begin = text.lineStart(line) + static_cast<std::int64_t>(leadingOf(text, line).size());
-  if (begin > caret || caret - begin > 64 || !blankFrom(text, caret, text.lineEnd(line))) return {};
-  return text.bytes({begin, caret});
+// What stands between a line's leading white space and the range; none when something follows the range in its line, or it is long.
+std::optional<std::string> aloneBefore(const Snapshot& text, ByteRange range) {
+  const LineNo line = text.lineAt(range.begin);
+  const ByteOffset begin = std::min(range.begin, text.lineStart(line) + static_cast<std::int64_t>(leadingOf(text, line).size()));
+  if (range.begin - begin > kLongestWord || !blankFrom(text, range.end, text.lineEnd(text.lineAt(range.end)))) return std::nullopt;
+  return text.bytes({begin, range.begin});
+}
+
+// The word or sign behind `at` and white space in its line.
+std::string wordBehind(const Snapshot& text, ByteOffset at) {
+  const std::string all = text.bytes({at, std::min(text.lineEnd(text.lineAt(at)), at + kLongLine)});
+  const std::size_t begin = std::min(all.size(), all.find_first_not_of(" \t"));
+  std::string_view rest = std::string_view(all).substr(begin);
+  std::size_t end = 0;
+  while (end < rest.size() && end <= kLongestWord && classOf(decode(rest.substr(end)).code) == CharClass::word)
+    end += static_cast<std::size_t>(decode(rest.substr(end)).bytes);
+  if (end == 0 && !rest.empty()) end = static_cast<std::size_t>(decode(rest).bytes);
+  return std::string(rest.substr(0, end));
 }
 
 bool oneWord(std::string_view bytes) {
@@ -217,92 +223,74 @@ bool oneWord(std::string_view bytes) {
   return true;
 }
 
-std::string closerIndent(const LookBack& above, const BlockIndent::Kind& kind, bool bracket) {
+bool isBracket(std::string_view word, const BlockWords::Entry& kind) { return word.size() == 1 && isCloser(word[0]) && !kind.closes(); }
+
+// Where a word or bracket that closes what is open goes; none for one that closes nothing.
+std::optional<std::string> closerIndent(const LookBack& above, std::string_view word, const BlockWords::Entry& kind) {
+  const bool bracket = isBracket(word, kind);
+  if (!bracket && !kind.closes() && (!kind.isMiddle() || above.insideStatement())) return std::nullopt;
   const auto& open = above.open();
   auto found = open.rbegin();
   if (!bracket)
     while (found != open.rend() && found->bracket) ++found;
-  if (found == open.rend() || found->bracket != bracket) return {};
+  if (found == open.rend() || found->bracket != bracket) return std::nullopt;
   std::string indent = above.leading(bracket ? found->line : found->base);
-  if (kind.middle && found->twice) indent += above.unit();
+  if (kind.isMiddle() && found->twice) indent += above.unit();
   return indent;
 }
 
 }  // namespace
 
-BlockIndent::BlockIndent(const QString& start, const QString& end, const QString& middle)
-    : start_(entriesOf(start)), end_(entriesOf(end)), middle_(entriesOf(middle)) {}
-
-BlockIndent::Kind BlockIndent::kindOf(const QString& word) const {
-  Kind kind;
-  if (word.isEmpty()) return kind;
-  const QString w = word.toLower();
-  kind.closes = end_.contains(w);
-  kind.twice = start_.contains(w + u'*');
-  kind.opens = !kind.closes && (kind.twice || start_.contains(w));
-  kind.opensNothing = start_.contains(w + u'~');
-  kind.needsIs = start_.contains(w + u'-');
-  kind.middle = !kind.closes && !kind.opens && middle_.contains(w);
-  return kind;
-}
-
-bool BlockIndent::beginsACloser(const QString& prefix) const {
-  const QString p = prefix.toLower();
-  const auto begins = [&](const QString& word) { return word.size() > p.size() && word.startsWith(p); };
-  return std::any_of(end_.begin(), end_.end(), begins) || std::any_of(middle_.begin(), middle_.end(), begins);
-}
-
-std::optional<std::string> indentForNewLine(TextModel& model, const BlockIndent& blocks, ByteOffset at, const EditOptions& options) {
-  const LookBack above(model, blocks, at, options);
-  const LineNo line = above.last(), begin = above.statementStart(line);
+std::optional<std::string> indentForNewLine(TextModel& model, const BlockWords& blocks, ByteRange range, const EditOptions& options) {
   const Snapshot& text = model.snapshot();
-  if (at < text.lineStart(line) + static_cast<std::int64_t>(above.leading(line).size())) return std::nullopt;   // within the white space
-  const auto& open = above.open();
-  const bool opened = !open.empty() && open.back().line >= begin;
+  LineNo line = text.lineAt(range.begin);
+  if (range.begin < text.lineStart(line) + static_cast<std::int64_t>(leadingOf(text, line).size())) return std::nullopt;   // within the white space
+  // Behind lines of white space the one above them counts.
+  ByteOffset at = range.begin;
+  for (std::int64_t back = 0; back < kLinesBack && line.value > 0 && blankFrom(text, text.lineStart(line), at); ++back) at = text.lineEnd(--line);
+  const LookBack above(model, blocks, at, options);
   // A closer behind the caret goes to its place at once.
-  ByteOffset next = at;
-  while (next < text.lineEnd(line) && next - at < kLongLine && (text.at(next) == ' ' || text.at(next) == '\t')) ++next;
-  if (opened && next < text.lineEnd(line) && isCloser(text.at(next))) return above.leading(open.back().bracket ? open.back().line : begin);
-  if (opened) return above.leading(open.back().bracket ? open.back().line : begin) + above.unit();
+  const std::string behind = wordBehind(text, range.end);
+  if (const auto indent = closerIndent(above, behind, blocks.classify(toQString(behind)))) return indent;
+  const auto& open = above.open();
+  const LineNo begin = above.statementStart(line);
+  if (!open.empty() && open.back().line >= begin) return above.leading(open.back().bracket ? open.back().line : begin) + above.unit();
   if (above.middleFirst()) return above.leading(line) + above.unit();
   if (begin < line) return above.leading(begin);
   return std::nullopt;
 }
 
-bool mayStepBack(const TextModel& model, const BlockIndent& blocks, ByteOffset at, const QString& typed) {
+bool mayStepBack(const TextModel& model, const BlockWords& blocks, ByteRange range, const QString& typed) {
   if (typed.size() != 1) return false;
-  const Snapshot& text = model.snapshot();
-  const std::string before = aloneBefore(text, at);
-  const LineNo line = text.lineAt(at);
-  if (before.empty() && !blankFrom(text, text.lineStart(line), text.lineEnd(line))) return false;   // not alone in its line
-  const QString word = toQString(before) + typed;
-  if (before.empty() && typed[0].unicode() < 128 && isCloser(static_cast<char>(typed[0].unicode()))) return true;
+  const auto before = aloneBefore(model.snapshot(), range);
+  if (!before) return false;
+  const QString word = toQString(*before) + typed;
+  if (before->empty() && typed[0].unicode() < 128 && isCloser(static_cast<char>(typed[0].unicode()))) return true;
   if (!oneWord(fromQString(word)) && word.size() > 1) return false;
   const auto counts = [&](const QString& w) {
-    const auto kind = blocks.kindOf(w);
-    return kind.closes || kind.middle;
+    const auto kind = blocks.classify(w);
+    return kind.closes() || kind.isMiddle();
   };
-  return counts(word) || counts(toQString(before));
+  return counts(word) || counts(toQString(*before));
 }
 
-std::optional<std::string> indentForCloser(TextModel& model, const BlockIndent& blocks, ByteOffset caret, const EditOptions& options) {
+std::optional<std::string> indentForCloser(TextModel& model, const BlockWords& blocks, ByteOffset caret, const EditOptions& options) {
   const Snapshot& text = model.snapshot();
   const LineNo line = text.lineAt(caret);
-  const std::string word = aloneBefore(text, caret), present = leadingOf(text, line);
+  const std::string word = aloneBefore(text, {caret, caret}).value_or(std::string()), present = leadingOf(text, line);
   if (word.empty() || line.value == 0) return std::nullopt;
-  const auto kind = blocks.kindOf(toQString(word));
-  const bool bracket = word.size() == 1 && isCloser(word[0]) && !kind.closes;
+  const auto kind = blocks.classify(toQString(word));
   const LookBack above(model, blocks, text.lineEnd(line - 1), options);
-  if (bracket || kind.closes || kind.middle) {
-    if (kind.middle && above.insideStatement()) return std::nullopt;
-    if (above.open().empty()) return std::nullopt;
-    const std::string indent = closerIndent(above, kind, bracket);
-    return cellsOf(indent, options.tabSize) < cellsOf(present, options.tabSize) ? std::optional(indent) : std::nullopt;
+  if (isBracket(word, kind) || kind.closes() || kind.isMiddle()) {
+    const auto indent = closerIndent(above, word, kind);
+    return indent && cellsOf(*indent, options.tabSize) < cellsOf(present, options.tabSize) ? indent : std::nullopt;
   }
   // The word went on and is none any more: what stepped back for it returns.
-  const auto before = blocks.kindOf(toQString(word).chopped(1));
-  if ((!before.closes && !before.middle) || blocks.beginsACloser(toQString(word)) || above.open().empty()) return std::nullopt;
-  if (present != closerIndent(above, before, false)) return std::nullopt;
-  const auto fresh = indentForNewLine(model, blocks, text.lineEnd(line - 1), options);
+  const QString before = toQString(word).chopped(1);
+  const auto beforeKind = blocks.classify(before);
+  if ((!beforeKind.closes() && !beforeKind.isMiddle()) || blocks.beginsACloser(toQString(word))) return std::nullopt;
+  if (present != closerIndent(above, fromQString(before), beforeKind)) return std::nullopt;
+  const ByteOffset end = text.lineEnd(line - 1);
+  const auto fresh = indentForNewLine(model, blocks, {end, end}, options);
   return fresh ? fresh : std::optional(leadingOf(text, line - 1));
 }

@@ -22,7 +22,7 @@ ByteRange wholeLines(const Snapshot& text, LineNo first, LineNo last) {
 }
 
 void openLine(Editor& e, bool below) {
-  const Snapshot& text = e.snapshot();
+  const Snapshot text = e.snapshot();
   const LineNo line = text.lineAt(e.selection().caret);
   const std::string newLine = e.model().newLineFor(line);
   const std::string indent = e.options().autoIndent == AutoIndent::off ? std::string() : EditorAccess::indentOf(text, line);
@@ -30,7 +30,8 @@ void openLine(Editor& e, bool below) {
   const Edit edit{{at, at}, below ? newLine + indent : indent + newLine};
   SelectionState after;
   after.anchor = after.caret = at + static_cast<std::int64_t>(below ? edit.text.size() : indent.size());
-  EditorAccess::change(e, std::span(&edit, 1), after);
+  const SelectionState before = e.selection();
+  if (EditorAccess::change(e, std::span(&edit, 1), after)) EditorAccess::noteAutoBlanks(e, indent.size(), {edit.range, newLine}, before);
 }
 
 }  // namespace

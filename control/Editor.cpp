@@ -124,16 +124,6 @@ ByteOffset EditorAccess::snap(const Snapshot& text, ByteOffset at) {
   return at;
 }
 
-void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t> goal) {
-  s.anchor = snap(e.snapshot(), s.anchor);
-  s.caret = snap(e.snapshot(), s.caret);
-  if (!s.column) s.anchorVirtual = s.caretVirtual = 0;
-  e.impl_->goal = goal;
-  if (s == e.selection_) return;
-  e.selection_ = s;
-  if (e.onSelectionChanged) e.onSelectionChanged();
-}
-
 namespace {
 
 // While one lives the selection moves with the text, and nobody is told.
@@ -168,7 +158,45 @@ class OwnChange {
   const std::uint64_t revision_;
 };
 
+// Takes the blanks away that auto-indent put into the line that the caret leaves: the change that brought them is made again without
+// them, so that it stays one undo step. Moves the selection to be along.
+void leaveAutoBlanks(Editor& e, SelectionState& s) {
+  const auto blanks = EditorAccess::autoBlanks(e);
+  if (blanks && s.caret >= blanks->begin && s.caret <= blanks->end) return;
+  const auto made = std::exchange(EditorAccess::impl(e).autoBlanks, std::nullopt);
+  if (!blanks || e.document().readOnly()) return;
+  const Quiet quiet(e);
+  if (made->without && e.document().undo()) e.document().apply(*made->without, made->before);
+  else e.document().apply(Edit{*blanks, {}}, e.selection());
+  for (ByteOffset* at : {&s.anchor, &s.caret})
+    if (*at > blanks->begin) *at = std::max(blanks->begin, *at - blanks->length());
+}
+
 }  // namespace
+
+std::optional<ByteRange> EditorAccess::autoBlanks(Editor& e) {
+  const auto& blanks = e.impl_->autoBlanks;
+  return blanks && blanks->revision == e.document().revision() ? std::optional(blanks->range) : std::nullopt;
+}
+
+void EditorAccess::noteAutoBlanks(Editor& e, std::size_t length, Edit without, const SelectionState& before) {
+  const ByteOffset caret = e.selection_.caret, begin = caret - static_cast<std::int64_t>(length);
+  const LineNo line = e.snapshot().lineAt(caret);
+  if (length == 0 || e.snapshot().lineStart(line) != begin || e.snapshot().lineEnd(line) != caret) return;
+  const bool inGroup = !e.document().canUndo();
+  e.impl_->autoBlanks = {{begin, caret}, e.document().revision(), inGroup ? std::nullopt : std::optional(std::move(without)), before};
+}
+
+void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t> goal) {
+  if (e.impl_->autoBlanks) leaveAutoBlanks(e, s);
+  s.anchor = snap(e.snapshot(), s.anchor);
+  s.caret = snap(e.snapshot(), s.caret);
+  if (!s.column) s.anchorVirtual = s.caretVirtual = 0;
+  e.impl_->goal = goal;
+  if (s == e.selection_) return;
+  e.selection_ = s;
+  if (e.onSelectionChanged) e.onSelectionChanged();
+}
 
 bool EditorAccess::change(Editor& e, std::span<const Edit> edits, std::optional<SelectionState> after, Join join) {
   Document& document = e.document();

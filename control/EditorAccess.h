@@ -30,6 +30,14 @@ struct Editor::Impl {
   bool gathersCuts = false;                // the repetitions of a command go to the clipboard together, at their end
   std::optional<Cuts> cuts;
   bool searchFailed = false;               // the last search found nothing
+  // White space that auto-indent put into a line that is empty otherwise, in the text of that revision.
+  struct AutoBlanks {
+    text::ByteRange range;
+    std::uint64_t revision = 0;
+    std::optional<text::Edit> without;     // the last undo step once more, but for the blanks; none where more belongs to that step
+    text::SelectionState before;
+  };
+  std::optional<AutoBlanks> autoBlanks;
   bool columnMode = false;                 // what extends the selection makes a column selection
   std::unique_ptr<text::Finder> searcher;   // of the last search, with what it was made from
   std::pair<std::string, text::SearchOptions> searcherKey;
@@ -70,6 +78,13 @@ struct EditorAccess {
   static bool fillBlock(Editor& e, const ColumnBlock& block, const std::string& content, text::Join join = text::Join::none);
   // Deletes what a column selection covers (leaving a selection without width), or the selected text.
   static bool deleteSelection(Editor& e);
+  // Breaks the line in the place of the range; the new one begins with `indent`. White space that auto-indent had put into the line,
+  // and nothing was typed behind, does not stay.
+  static bool breakLine(Editor& e, text::ByteRange range, const std::string& lineBreak, const std::string& indent);
+  // The edit that was made last put `length` blanks in front of the caret: they go when the caret leaves its line. `without`: the edit
+  // without them.
+  static void noteAutoBlanks(Editor& e, std::size_t length, text::Edit without, const text::SelectionState& before);
+  static std::optional<text::ByteRange> autoBlanks(Editor& e);
   static std::string indentOf(const text::Snapshot& text, text::LineNo line);   // its leading blanks and tabs
 };
 

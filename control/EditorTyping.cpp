@@ -35,8 +35,14 @@ std::int64_t countCharacters(std::string_view bytes) {
   return count;
 }
 
+std::int64_t blanksBehind(const Snapshot& text, ByteOffset at) {
+  const ByteOffset begin = at, end = text.lineEnd(text.lineAt(at));
+  while (at < end && (text.at(at) == ' ' || text.at(at) == '\t')) ++at;
+  return at - begin;
+}
+
 // Null unless lines are indented as the language wants it.
-std::shared_ptr<const BlockIndent> blockWords(Editor& e) {
+std::shared_ptr<const BlockWords> blockWords(Editor& e) {
   return e.options().autoIndent == AutoIndent::language ? LanguageTable::blocks(e.model().language()) : nullptr;
 }
 
@@ -103,7 +109,7 @@ bool Editor::typeText(const QString& text) {
   if (overtype && range.empty() && bytes.find_first_of("\r\n") == std::string::npos)
     range.end = overtyped(snapshot(), range.begin, countCharacters(bytes));
   const auto blocks = blockWords(*this);
-  if (!blocks || !range.empty() || !mayStepBack(*model_, *blocks, range.begin, text))
+  if (!blocks || !mayStepBack(*model_, *blocks, range, text))
     return EditorAccess::put(*this, range, std::move(bytes), Join::typing);
   UndoGroup group(document());
   if (!EditorAccess::put(*this, range, std::move(bytes))) return false;
@@ -117,33 +123,44 @@ bool Editor::typeText(const QString& text) {
   return EditorAccess::change(*this, std::span(&edit, 1), after);
 }
 
+bool EditorAccess::breakLine(Editor& e, ByteRange range, const std::string& lineBreak, const std::string& indent) {
+  if (const auto blanks = autoBlanks(e); blanks && range.begin >= blanks->begin && range.begin <= blanks->end) range.begin = blanks->begin;
+  const SelectionState before = e.selection_;
+  if (!put(e, range, lineBreak + indent)) return false;
+  noteAutoBlanks(e, indent.size(), {range, lineBreak}, before);
+  return true;
+}
+
 // Language mode goes by the block words and brackets, and where these say nothing by the nearest line above that is not blank, so that
 // an empty line in between does not lose the indent.
 bool Editor::newLine() {
   if (EditorAccess::isGuarded(*this)) return false;
-  UndoGroup group(document());
+  std::optional<UndoGroup> group;
   if (selection_.column) {
+    group.emplace(document());
     EditorAccess::deleteSelection(*this);
     moveCaret(selection_.caret, false);
   }
   const Snapshot text = snapshot();
-  const ByteRange range = selectedRange();
+  ByteRange range = selectedRange();
   const LineNo line = text.lineAt(range.begin);
-  std::string bytes = model_->newLineFor(line);
+  std::string indent;
   if (options_->autoIndent != AutoIndent::off) {
-    const auto blocks = blockWords(*this);
-    const auto byBlocks = blocks ? indentForNewLine(*model_, *blocks, range.begin, *options_) : std::nullopt;
-    if (byBlocks) return EditorAccess::put(*this, range, bytes + *byBlocks);
     LineNo model = line;
-    std::string indent = EditorAccess::indentOf(text, model);
+    indent = EditorAccess::indentOf(text, model);
+    // What goes to the new line stands where that is indented, without the blanks that were in front of it.
+    const bool behindIndent = range.begin >= text.lineStart(line) + static_cast<std::int64_t>(indent.size());
+    if (options_->autoIndent == AutoIndent::language && behindIndent) range.end += blanksBehind(text, range.end);
+    const auto blocks = blockWords(*this);
+    const auto byBlocks = blocks ? indentForNewLine(*model_, *blocks, range, *options_) : std::nullopt;
+    if (byBlocks) return EditorAccess::breakLine(*this, range, model_->newLineFor(line), *byBlocks);
     if (options_->autoIndent == AutoIndent::language) {
       while (model.value > 0 && text.lineStart(model) + static_cast<std::int64_t>(indent.size()) == text.lineEnd(model))
         indent = EditorAccess::indentOf(text, --model);
     }
     if (model == line) indent.resize(static_cast<std::size_t>(std::min<std::int64_t>(static_cast<std::int64_t>(indent.size()), range.begin - text.lineStart(line))));
-    bytes += indent;
   }
-  return EditorAccess::put(*this, range, std::move(bytes));
+  return EditorAccess::breakLine(*this, range, model_->newLineFor(line), indent);
 }
 
 bool Editor::insertBlock(const QString& block) {

@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "control/BlockIndent.h"
+#include "control/BlockWords.h"
 #include "control/TextModel.h"
 
 namespace {
@@ -10,7 +10,7 @@ namespace {
 struct Entry {
   text::LanguageTables tables;
   std::shared_ptr<const text::Highlighter> compiled;
-  std::shared_ptr<const BlockIndent> blocks{};
+  std::shared_ptr<const BlockWords> blocks{};
 };
 
 // Entries of a list, one a line; empty ones are dropped, as an empty comment opener would colour everything.
@@ -111,7 +111,7 @@ void LanguageTable::registerLanguage(const QString& name, const CmLanguage& lang
   // Definitions name no escape character. Languages that tell upper from lower case have the backslash from C; the
   // others (VHDL, BASIC, Pascal ...) double their delimiters and take a backslash as it is.
   if (t.caseSensitive) t.escapeChar.assign(1, '\\');
-  auto blocks = std::make_shared<const BlockIndent>(language.BlockStart, language.BlockEnd, language.BlockMid);
+  auto blocks = std::make_shared<const BlockWords>(language.BlockStart, language.BlockEnd, language.BlockMid, language.CaseSensitive);
   if (blocks->isEmpty()) blocks.reset();
   table().entries[name] = {std::move(t), nullptr, std::move(blocks)};
   ++table().generation;
@@ -137,7 +137,7 @@ std::shared_ptr<const text::Highlighter> LanguageTable::find(const QString& name
   return it->second.compiled;
 }
 
-std::shared_ptr<const BlockIndent> LanguageTable::blocks(const QString& name) {
+std::shared_ptr<const BlockWords> LanguageTable::blocks(const QString& name) {
   const auto it = table().entries.find(name);
   return it == table().entries.end() ? nullptr : it->second.blocks;
 }

@@ -11,10 +11,10 @@
 struct CmLanguage {
   bool CaseSensitive = false;
   QString Keywords, Operators, SingleLineComments, MultiLineComments1, MultiLineComments2, StringDelims;
-  QString BlockStart{}, BlockEnd{}, BlockMid{};   // see BlockIndent.h
+  QString BlockStart{}, BlockEnd{}, BlockMid{};   // see BlockWords.h
 };
 
-class BlockIndent;
+class BlockWords;
 
 namespace LanguageTable {
 // A name registered twice: the later replaces. Unregistering an unknown name does nothing. At start the table holds the
@@ -27,7 +27,7 @@ QStringList names();
 // number is kept but cannot be bound.
 std::shared_ptr<const text::Highlighter> find(const QString& name);
 // Its block words; null for an unknown name and where there are none.
-std::shared_ptr<const BlockIndent> blocks(const QString& name);
+std::shared_ptr<const BlockWords> blocks(const QString& name);
 // Raised on every registration and removal; controls look their language up again by name.
 int generation();
 }  // namespace LanguageTable

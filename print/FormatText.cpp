@@ -112,7 +112,8 @@ QString leadingFor(const QString& old, int columns, bool tabs, int tabSize) {
 bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const clsLang& language) {
   const int unit = choices.indent - 1;
   const bool wholeLine = choices.wholeLine;
-  const BlockWords words(language.BlockStart, language.BlockEnd, language.BlockMid);
+  // The plain way takes a word in any letter case, the careful one as the language does.
+  const BlockWords words(language.BlockStart, language.BlockEnd, language.BlockMid, wholeLine && language.isCaseSensitive);
   if (wholeLine && words.isEmpty()) return true;   // where blanks alone make the blocks they are left alone
   const auto highlighter = LanguageTable::find(language.Name);
   // A selection is indented as part of the whole text, so that it goes with the lines around it.

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "print/BlockWords.h"
+#include "control/BlockWords.h"
 #include "text/Highlight.h"
 
 // A run of word characters or one other character of a line's code; a string is one piece that says nothing.

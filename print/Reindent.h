@@ -6,8 +6,26 @@
 #include <memory>
 #include <vector>
 
-#include "print/BlockWords.h"
+#include "control/BlockWords.h"
 #include "text/Highlight.h"
+
+// The widths of open blocks: 61 places; a push beyond stores into the last one, a pop of nothing returns the first.
+class IndentStack {
+ public:
+  explicit IndentStack(int unit) { widths_[0] = unit; }
+  void push(int width) {
+    widths_[top_] = width;
+    if (top_ < 60) ++top_;
+  }
+  int pop() {
+    if (top_ > 0) --top_;
+    return widths_[top_];
+  }
+
+ private:
+  int widths_[61] = {};
+  int top_ = 0;
+};
 
 using LineSource = std::function<QString(qint64 line)>;   // a line without its break
 

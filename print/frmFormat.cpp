@@ -11,12 +11,12 @@
 
 #include "base/Dialogs.h"
 #include "base/Hourglass.h"
+#include "control/BlockWords.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
 #include "document/modRegistry.h"
 #include "language/ucCM.h"
-#include "print/BlockWords.h"
 #include "print/frmCompare.h"
 
 namespace {

@@ -50,6 +50,15 @@ TEST(AutoIndent, AsItIsTyped) {
       {"verilog", "  if (a &&\n      b) begin|", "\nx", "  if (a &&\n      b) begin\n    x|"},
       {"verilog", "  x = f(a,\n        b);|", "\ny", "  x = f(a,\n        b);\n  y|"},
       {"verilog", "  f(|)", "\n", "  f(\n  |)"},
+      {"verilog", "  f(|  )", "\n", "  f(\n  |)"},
+      {"verilog", "  begin |x; @ end", "\n", "  begin \n  |end"},
+      {"verilog", "  f(@a,|)", "\n", "  f(\n  |)"},
+      {"verilog", "  begin\n    x; | end", "\ny", "  begin\n    x; \n  y|end"},
+      {"verilog", "begin\n  x;\n    @  |", "end", "begin\n  x;\nend|"},
+      {"verilog", "begin\n  )|", "x", "begin\n  )x|"},
+      {"verilog", "  begin|", "\n\nx", "  begin\n\n    x|"},
+      {"verilog", "begin\n  x;\n  En|", "d", "begin\n  x;\n  End|"},
+      {"vhdl", "if a then\n  x;\n  EN|", "D", "if a then\n  x;\nEND|"},
       {"verilog", "  extern function f;|", "\nx", "  extern function f;\n  x|"},
       {"vhdl", "  if a then|", "\nx;\nelse\ny;\nend if;\nz", "  if a then\n    x;\n  else\n    y;\n  end if;\n  z|"},
       {"vhdl", "if a then\n  case b is|", "\nwhen c =>\nx;\nwhen d =>", "if a then\n  case b is\n    when c =>\n      x;\n    when d =>|"},
@@ -73,6 +82,43 @@ TEST(AutoIndent, AsItIsTyped) {
   f.editor.typeText(QStringLiteral("x"));
   EXPECT_EQ(f.shown(), "  begin\n  x|") << "off";
   for (const char* name : {"verilog", "vhdl", "c"}) LanguageTable::unregisterLanguage(QLatin1String(name));
+}
+
+TEST(AutoIndent, BlanksThatNothingFollowsDoNotStay) {
+  struct Left {
+    const char* what;
+    std::function<void(EditorFixture&)> leave;
+    const char *after, *undone;
+  };
+  const auto command = [](int id) { return [id](EditorFixture& f) { f.editor.execute(id); }; };
+  const Left cases[] = {
+      {"up", command(149), "\t|x\n\n\ty", nullptr},
+      {"down", command(157), "\tx\n\n\t|y", nullptr},
+      {"elsewhere", [](EditorFixture& f) { f.editor.setRange({2, 2, 2, 2, false}); }, "\tx\n\n\ty|", nullptr},
+      {"Return", [](EditorFixture& f) { f.editor.newLine(); }, "\tx\n\n\t|\n\ty", "\tx\n\t|\n\ty"},
+      {"typed", [](EditorFixture& f) { f.editor.typeText(QStringLiteral("z")); f.editor.execute(149); }, "\tx|\n\tz\n\ty", "\tx\n\t|\n\ty"},
+      {"own blanks", [](EditorFixture& f) { f.editor.typeText(QStringLiteral("\t")); f.editor.execute(189); }, "|\tx\n\t\t\n\ty", "\tx\n\t|\n\ty"},
+      {"in the line", command(165), "\tx\n|\t\n\ty", nullptr},
+  };
+  for (const bool opened : {false, true})
+    for (const Left& c : cases) {
+      SCOPED_TRACE(c.what);
+      EditorFixture f("\tx|\n\ty");
+      opened ? void(f.editor.execute(152)) : void(f.editor.newLine());
+      EXPECT_EQ(f.shown(), "\tx\n\t|\n\ty");
+      c.leave(f);
+      EXPECT_EQ(f.shown(), c.after);
+      f.editor.undo();
+      EXPECT_EQ(f.shown(), c.undone ? c.undone : "\tx|\n\ty") << "one step with the line break";
+    }
+  EditorFixture f("\tx|\n\ty");
+  f.editor.repeatCount = 2;
+  f.editor.execute(212);
+  f.editor.execute(189);
+  EXPECT_EQ(f.shown(), "|\tx\n\n\n\ty");
+  f.editor.undo();
+  f.editor.undo();
+  EXPECT_EQ(f.shown(), "\tx|\n\ty");
 }
 
 TEST(AutoIndent, AStepBackIsUndoneWithItsLetter) {

@@ -139,7 +139,7 @@ std::vector<CommandCase> editCases() {
       {"NEWLINE", "a|b", "a\n|b"},
       {"NEWLINE", "a|b\r\nc", "a\r\n|b\r\nc"},
       {"NEWLINE", "\t a|b", "\t a\n\t |b"},
-      {"NEWLINE", "  a|", "  a\n  \n  |", {.count = 2}},
+      {"NEWLINE", "  a|", "  a\n\n  |", {.count = 2}},
       {"NEWLINE", "  a|", "  a\n|", {.indent = AutoIndent::off}},
       {"NEWLINE", " |  a", " \n |  a"},
       {"NEWLINE", "  a@b\nc|d", "  a\n  |d"},
