@@ -14,6 +14,8 @@ namespace {
 
 constexpr qint64 kChunk = 50000;   // lines exchanged at once: bounds the memory of a run
 
+constexpr std::int64_t kIndentBytes = 1024;   // of a line, in which its indentation ends
+
 struct T {
   Q_DECLARE_TR_FUNCTIONS(FormatText)
 };
@@ -133,8 +135,12 @@ bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const cls
 }  // namespace
 
 IndentStyle indentStyleOf(const CodeMax& cmx) {
-  LinesInOrder read(cmx);
-  return detectIndent([&](qint64 i) { return read(i); }, cmx.LineCount(), cmx.TabSize());
+  const text::Snapshot text = cmx.model()->snapshot();
+  const auto beginning = [&](qint64 i) {   // of a line that may be long
+    const text::LineNo line(i);
+    return toQString(text.bytes({text.lineStart(line), std::min(text.lineEnd(line), text.lineStart(line) + kIndentBytes)}));
+  };
+  return detectIndent(beginning, cmx.LineCount(), cmx.TabSize());
 }
 
 bool caseMatters(const FormatChoices& choices, const clsLang* language) {

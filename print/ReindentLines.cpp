@@ -3,7 +3,7 @@
 
 #include "control/TextModel.h"
 #include "print/CommentLines.h"
-#include "print/IndentHabits.h"
+#include "print/IndentLevels.h"
 #include "print/LineScanner.h"
 #include "print/Reindent.h"
 
@@ -11,49 +11,7 @@ namespace {
 
 constexpr qint64 kLearnt = 20000;   // lines that are read for the text's habits
 
-// A block or a bracket that is open; the first level is the file itself.
-struct Level {
-  int base = 0;      // indent of the line that opened it
-  int content = 0;   // indent of the lines inside
-  bool bracket = false;
-  bool byWord = false;   // a word opened it, not a sign
-  int lastIf = -1;   // indent of the last "if" inside, for an "else" on a line of its own
-  int shift = 0;     // new indent less old one of the line that opened it
-  int width = 0;     // of a block as the language lists it
-  bool statements = false;   // a ";" stood in the bracket
-  bool settled = false;      // the block's first line has shown where the lines stand
-  QString word{};    // opened it, in lower case; with ">" and the last middle word
-  IndentHabits::Tally tally{};   // where its lines stand
-};
-
-// What is known of the statement that is being read.
-struct Statement {
-  QString first;               // its first word, behind a label
-  int words = 0;
-  bool opensNothing = false;   // it begins with a word~
-  bool opened = false;         // one of its words has opened a block; no further one does
-  bool awaitsIs = false;       // that was a word- and "is" has not come
-  bool choice = false;         // a "?" has come: a colon ends no label
-  bool macro = false;          // begins with a grave accent: may end without ";"
-};
-
-// Where reading stands between two lines.
-struct State {
-  std::vector<Level> levels_;
-  Statement statement_;
-  int statementIndent_ = 0, statementShift_ = 0;
-  int anchor_ = 0;               // indent of the last line that did not begin within brackets
-  bool unfinished_ = false;      // the statement goes on in the next line
-  bool listGoesOn_ = false;      // ... with the next item of a list
-  bool afterLabel_ = false;      // ... with what the label stands for
-  bool hangs_ = false;           // ... with the statement that "if (...)" or "else" governs
-  bool afterName_ = false;       // ... behind a name or a closing bracket
-  bool headerOpen_ = false;      // a block's first statement goes on: "module m" with its brackets below
-  bool headerGoesOn_ = false;    // ... since its last line ends with an operator
-  int shift_ = 0;                // new indent less old one of the last line, for lines that go with it
-};
-
-class WholeLines : private State {
+class WholeLines : private IndentState {
  public:
   WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, int tabSize, const LineSource& line, qint64 count)
       : words_(words), unit_(unit), highlighter_(highlighter), scanner_(words, highlighter, tabSize), semicolons_(endsWithSemicolons(line, count)),
@@ -62,7 +20,7 @@ class WholeLines : private State {
     learning_ = true;
     for (qint64 i = 0; i < std::min(count, kLearnt); ++i) next(line(i));
     while (!levels_.empty()) popLevel();
-    static_cast<State&>(*this) = {};
+    static_cast<IndentState&>(*this) = {};
     const int whole = firstColumn_ > 0 ? habits_.width(QString(), 0, firstColumn_) : 0;   // a part of a text may stand indented as a whole
     levels_.push_back({.content = whole, .byWord = true});
     scanner_.restart();
@@ -119,7 +77,7 @@ class WholeLines : private State {
       return std::any_of(any.begin(), any.end(), [&](const char* one) { return word == QLatin1String(one); });
     };
     if (is({"ifdef", "ifndef", "if"})) choices_.push_back(*this);
-    else if (is({"else", "elsif", "elif"}) && !choices_.empty()) static_cast<State&>(*this) = choices_.back();
+    else if (is({"else", "elsif", "elif"}) && !choices_.empty()) static_cast<IndentState&>(*this) = choices_.back();
     else if (is({"endif"}) && !choices_.empty()) choices_.pop_back();
   }
 
@@ -207,9 +165,8 @@ class WholeLines : private State {
   }
 
   int blockBase() const {
-    for (auto level = levels_.rbegin(); level != levels_.rend(); ++level)
-      if (!level->bracket) return level->base;
-    return 0;
+    const Level* block = levels_.lastBlock();
+    return block ? block->base : 0;
   }
 
   void walk(const Pieces& pieces, int indent) {
@@ -220,7 +177,7 @@ class WholeLines : private State {
     const bool macroFirst = !unfinished_ && !levels_.back().bracket && pieces[0].is(u'`');
     const int base = anchor_;           // blocks hang on the line where the brackets around this one began
     const bool middleFirst = !unfinished_ && pieces[0].entry.kind == BlockClass::middle;
-    if (middleFirst && levels_.size() == 1) levels_[0].content = unit_;   // sections of a file without a block around them
+    if (middleFirst && levels_.size() == 1) levels_.back().content = unit_;   // sections of a file without a block around them
     if (middleFirst && levels_.size() > 1 && !levels_.back().bracket) beginSection(levels_.back(), pieces[0]);
     // "module m" - "import p::*;" - "#(" - ")" - "("
     bool ofHeader = headerOpen_ && (levels_.back().bracket || goesOnWithHeader(pieces[0]) || pieces[0].is(QLatin1String("import")));
@@ -320,13 +277,13 @@ class WholeLines : private State {
   }
 
   Level& levelForIf() {
-    return statement_.opened && levels_.size() > 1 ? levels_[levels_.size() - 2] : levels_.back();
+    return statement_.opened && levels_.size() > 1 ? levels_.belowBack() : levels_.back();
   }
 
   void closeBlock() {
     while (levels_.size() > 1 && levels_.back().bracket) popLevel();
     if (levels_.size() > 1) popLevel();
-    else levels_[0].content = 0;
+    else levels_.back().content = 0;
     statement_ = {};
   }
 
@@ -390,7 +347,7 @@ class WholeLines : private State {
   bool learning_ = false;        // the text is read for its habits: lines stay where they stand
   bool directiveGoesOn_ = false; // the next line belongs to a "#define" above
   int firstColumn_ = -1;         // where the text's first code stands
-  std::vector<State> choices_;   // as it was where an "ifdef" began
+  std::vector<IndentState> choices_;   // as it was where an "ifdef" began
 };
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "language/Registration.h"
 #include "language/clsLang.h"
 #include "print/CaseFilter.h"
+#include "tests/support/Cost.h"
 
 namespace {
 
@@ -90,6 +91,13 @@ TEST(FormatText, SearchOfThePersonStays) {
   EXPECT_EQ(searchState().findText, QStringLiteral("mine"));
   EXPECT_TRUE(searchState().options.wholeWord);
   searchState() = {};
+}
+
+TEST(FormatText, TheStyleOfALongLineIsSeenInItsBeginning) {
+  CodeMax cmx;
+  cmx.setText(QStringLiteral("a\n\tb\n\tc") + QString(20'000'000, u'x'));
+  EXPECT_TRUE(indentStyleOf(cmx).tabs);
+  EXPECT_LT(costMs([&] { indentStyleOf(cmx); }), 5);
 }
 
 TEST(FormatText, ReadOnlyTextStays) {

@@ -190,6 +190,19 @@ TEST_F(ReindentShipped, LanguagesWhoseBlocksAreBlanksListNoWords) {
   for (const char* extension : {"py", "yaml", "mk"}) EXPECT_TRUE(wordsOf(language(QLatin1String(extension))).isEmpty()) << extension;
 }
 
+TEST_F(ReindentShipped, BranchesWithinManyOpenBlocksCostNoCopies) {
+  const clsLang& verilog = language(QStringLiteral("v"));
+  const BlockWords words(verilog.BlockStart, verilog.BlockEnd, verilog.BlockMid, true);
+  const auto highlighter = LanguageTable::find(verilog.Name);
+  constexpr int kDepth = 20000;
+  QStringList text;
+  for (int i = 0; i < kDepth; ++i) text << QStringLiteral("`ifdef A") << QStringLiteral("begin");
+  text << QStringLiteral("x;") << QStringLiteral("`else") << QStringLiteral("y;");
+  const auto indents = indentsByWholeLine([&](qint64 i) { return text[i]; }, text.size(), words, 1, highlighter.get(), 8);
+  EXPECT_EQ(indents[2 * kDepth], kDepth);
+  EXPECT_EQ(indents[2 * kDepth + 2], kDepth - 1) << "as it was where the branch began";
+}
+
 TEST(Reindent, ByWholeLineSurvivesUnbalancedText) {
   const BlockWords words(list("begin"), list("end"), QString());
   EXPECT_EQ(careful(QStringLiteral("end\nend\nbegin\nx;"), words, 2, nullptr).toStdString(), "end\nend\nbegin\n  x;");
