@@ -111,7 +111,7 @@ std::string asWholeWord(const std::string& pattern) {
          word + "))";
 }
 
-// "\n" for every kind of line break.
+// "\n", and a line break that stands in the pattern itself, for every kind of line break.
 class LineEnds {
  public:
   static std::string in(const std::string& pattern) {
@@ -121,7 +121,26 @@ class LineEnds {
   }
 
  private:
-  explicit LineEnds(std::string_view pattern) : p_(pattern) {}
+  explicit LineEnds(std::string_view pattern) : p_(pattern), extended_(isExtended(pattern)) {}
+
+  // In an extended pattern a line break is layout.
+  static bool isExtended(std::string_view p) {
+    for (std::size_t at = p.find("(?"); at != std::string_view::npos; at = p.find("(?", at + 2))
+      if (p[std::min(p.find_first_not_of("imsnJU^-", at + 2), p.size() - 1)] == 'x') return true;
+    return false;
+  }
+  bool isLineEnd(std::string_view part) const { return part == "\\n" || (!extended_ && (part == "\n" || part == "\r\n")); }
+  // With a break in a quotation standing outside of it.
+  static std::string quoted(std::string_view part, std::string_view lineEnd) {
+    std::string out;
+    for (std::size_t i = 0; i < part.size(); ++i) {
+      const bool pair = part[i] == '\r' && i + 1 < part.size() && part[i + 1] == '\n';
+      if (!pair && part[i] != '\n') out += part[i];
+      else out.append("\\E").append(lineEnd).append("\\Q");
+      i += pair;
+    }
+    return out;
+  }
 
   bool starts(std::string_view what) const { return p_.substr(at_, what.size()) == what; }
   // The next element that means the same wherever it stands: an escape, a quotation, a comment or one byte.
@@ -130,9 +149,10 @@ class LineEnds {
     if (starts("\\Q")) end = p_.find("\\E", at_) == std::string_view::npos ? p_.size() : p_.find("\\E", at_) + 2;
     else if (starts("(?#")) end = std::min(p_.find(')', at_), p_.size() - 1) + 1;
     else if (starts("\\c")) end = at_ + 3;
-    else if (starts("\\")) end = at_ + 2;
-    namesCr_ = namesCr_ || starts("\\r");
-    namesLf_ = namesLf_ || starts("\\n");
+    else if (starts("\\") || starts("\r\n")) end = at_ + 2;
+    const bool quotation = starts("\\Q") && p_.substr(at_, end - at_).find('\n') != std::string_view::npos;
+    namesCr_ = namesCr_ || starts("\\r") || (starts("\r") && !starts("\r\n"));
+    namesLf_ = namesLf_ || quotation || isLineEnd(p_.substr(at_, end - at_));
     const auto part = p_.substr(at_, end - at_);
     at_ = std::min(end, p_.size());
     return part;
@@ -149,7 +169,8 @@ class LineEnds {
         out += lookBehind();
       } else {
         const auto part = element();
-        out += part == "\\n" ? std::string_view(lineEnd) : part;
+        if (part.substr(0, 2) == "\\Q") out += quoted(part, lineEnd);
+        else out += isLineEnd(part) ? std::string_view(lineEnd) : part;
       }
     }
     return out;
@@ -161,7 +182,7 @@ class LineEnds {
     bool named = false;
     while (at_ < p_.size() && p_[at_] != ')' && p_[at_] != '(') {
       if (p_[at_] == '[') characterClass(true);
-      else if (element() == "\\n") named = true;
+      else if (isLineEnd(element())) named = true;
     }
     const auto body = p_.substr(begin, at_ - begin);
     if (!named || at_ >= p_.size() || p_[at_] == '(') return std::string(body);
@@ -189,6 +210,7 @@ class LineEnds {
   }
 
   std::string_view p_;
+  const bool extended_;
   std::size_t at_ = 0;
   bool namesCr_ = false, namesLf_ = false;
 };

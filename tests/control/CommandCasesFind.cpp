@@ -71,6 +71,9 @@ std::vector<CommandCase> findCases() {
       // Line ends: any kind is "\n"; a new one is like its neighbours, one that a group took stays.
       {"REPLACEALLINBUFFER", "a\r\nb\nc|", "a;b;c|", {.find = "\\n", .replace = ";", .search = kRegex, .note = "2 replaced"}},
       {"REPLACEALLINBUFFER", "x\r\nbegin\nend|", "x\r\n[begin\nend]|", {.find = "(begin\\nend)", .replace = "[$1]", .search = kRegex}},
+      {"REPLACEALLINBUFFER", "a\r\nb a\nb|", "x x|", {.find = "a\nb", .replace = "x", .search = kRegex, .note = "2 replaced"}},
+      {"REPLACEALLINBUFFER", "a.\r\nb.|", "x|", {.find = "\\Qa.\r\nb.", .replace = "x", .search = kRegex}},
+      {"REPLACEALLINBUFFER", "ab\r\n|", "x\r\n|", {.find = "(?x)a\nb", .replace = "x", .search = kRegex}},
       {"REPLACEALLINBUFFER", "a,\r\nb,\n|", "a\r\n\r\nb\n\n|", {.find = ",", .replace = "\\n", .search = kRegex}},
       {"REPLACEALLINBUFFER", "a,\nb,\r\n|", "a\n\nb\r\n\r\n|", {.find = ",", .replace = "\n"}},
       {"REPLACEALLINSELECTION", "ab @ab ab| ab", "ab @x x| ab", {.find = "ab", .replace = "x", .note = "2 replaced"}},
