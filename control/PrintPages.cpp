@@ -20,6 +20,7 @@ QFont printFont(const QFont& font) {
   QFont scaled(font);
   scaled.setHintingPreference(QFont::PreferNoHinting);
   scaled.setKerning(false);
+  scaled.setLetterSpacing(QFont::AbsoluteSpacing, 1.0 / 64);   // the least there is: letters that are joined cannot be copied out of a file of pages
   scaled.setPixelSize(std::max(1, qRound((font.pointSizeF() > 0 ? font.pointSizeF() : 10) * kScale)));
   return scaled;
 }

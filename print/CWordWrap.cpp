@@ -84,6 +84,7 @@ void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& ti
     first = range.StartLineNo;
     last = range.EndLineNo;
   }
+  if (last > first && last == cmx->LineCount() - 1 && cmx->GetLineLength(last) == 0) --last;   // behind the last line end stands no line
   const QFont font = control.Font();
   const QColor color = control.TextColor();
   control.StartDoc();

@@ -210,6 +210,9 @@ TEST(CWordWrap, EmptyTextAndAStop) {
   Job empty((QString()));
   empty.print(true);
   EXPECT_EQ(empty.styled(), QStringList{QStringLiteral(" 1: ")});
+  Job ended(QStringLiteral("a\n\n"));
+  ended.print(true);
+  EXPECT_EQ(ended.styled(), (QStringList{QStringLiteral(" 1: a"), QStringLiteral(" 2: ")})) << "behind the last line end stands no line";
   Job stopped(QString(1000, u'\n'));
   stopped.wrap.cmPrintText(stopped.printer, stopped.line, QString(), false, stopped.result, [](qint64 done, qint64) { return done < 10; });
   EXPECT_FALSE(stopped.result);

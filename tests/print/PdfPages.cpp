@@ -36,7 +36,7 @@ class PdfPages : public testing::Test {
     LanguageTable::registerLanguage(u"pdf-test"_s, language);
     settings.font = QFont(u"DejaVu Sans Mono"_s);
     settings.font.setPointSizeF(9);
-    settings.text.HeaderText = u"left part|middle|right part"_s;
+    settings.text.HeaderText = u"office file|middle|right part"_s;
     settings.text.FooterText = u"||Page %d"_s;
   }
 
@@ -112,7 +112,7 @@ TEST_F(PdfPages, TextOrderHeaderFooterAndCount) {
       for (int i = 1; i <= pages; ++i) {
         QStringList lines = page(i);
         ASSERT_GE(lines.size(), 3);
-        EXPECT_EQ(lines.takeFirst(), u"left part middle right part"_s);
+        EXPECT_EQ(lines.takeFirst(), u"office file middle right part"_s);
         EXPECT_EQ(lines.takeLast(), u"Page %1"_s.arg(i));
         body += lines;
       }
@@ -181,7 +181,7 @@ TEST_F(PdfPages, HostileTextAndSettings) {
     QString text, expected;   // a line of the first page
   };
   const Case cases[] = {
-      {"empty document", QString(), u"left part middle right part"_s},
+      {"empty document", QString(), u"office file middle right part"_s},
       {"100,000 characters in a line", QString(100000, u'x'), QString()},
       {"bytes that are no text", u"a"_s + QChar(0xDC85) + u"b"_s, u"a<85>b"_s},
       {"NUL and control characters", u"a"_s + QChar(0) + QChar(7) + u"b"_s, u"ab"_s},
