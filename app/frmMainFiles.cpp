@@ -107,20 +107,7 @@ void frmMain::CheckFileStatus(const QString& name, bool& proceed) {
   activate(document);
 }
 
-frmDocument* frmMain::documentOn(const QString& name) {
-  const auto open = documents();
-  const auto same = [&](const frmDocument* document) { return document->CurrentFileName() == name; };
-  auto found = std::find_if(open.begin(), open.end(), same);
-  // The same file under another name, by a link. Only files of its device are asked: another one may hang.
-  const text::FileStamp stamp = text::stampOf(fromQString(name), false);
-  if (found == open.end() && stamp.exists)
-    found = std::find_if(open.begin(), open.end(), [&](const frmDocument* document) {
-      const auto& known = document->cmx->model()->stamp;
-      return document->DocumentHasName() && known && known->status.device == stamp.status.device &&
-             isSameFile(document->CurrentFileName(), name);
-    });
-  return found == open.end() ? nullptr : *found;
-}
+frmDocument* frmMain::documentOn(const QString& name) { return ::documentOn(*this, name); }
 
 frmDocument* frmMain::beginFile(const QString& name) {
   const QString question = tr("%1 is not there.\r\nDo you want to begin it?");

@@ -83,8 +83,24 @@ class BatchDialogs : public Dialogs {
   bool openUrl(const QString&) override { return false; }
 };
 
+// Files by their names and by what they are.
+struct Files {
+  QSet<QString> names;
+  std::set<FileId> ids;
+
+  void add(const QString& path) {
+    names.insert(fullPath(path));
+    if (const auto id = fileId(path)) ids.insert(*id);
+  }
+  bool holdsFileOf(const QString& path) const {
+    const auto id = fileId(path);
+    return id && ids.contains(*id);
+  }
+};
+
 class BatchFrame : public Frame {
  public:
+  const Files* inUse = nullptr;       // what the whole batch reads and has written
   frmDocument* document = nullptr;
   QString target;                     // where its text goes
   QString about;                      // the file among several, empty for a single one
@@ -108,6 +124,9 @@ class BatchFrame : public Frame {
   void refreshWindowMenu() override {}
   void setUndoRedo(bool, bool) override {}
   bool isMinimised() override { return true; }   // nothing looks at the disk
+  bool isInUse(const QString& path) override {
+    return Frame::isInUse(path) || path == fullPath(target) || (inUse && (inUse->names.contains(path) || inUse->holdsFileOf(path)));
+  }
   bool saveActive() override { return document && document->SaveDocumment(target); }
   void documentClosing(frmDocument*) override {}
   void rememberDocumentState(int) override {}
@@ -219,15 +238,16 @@ int run(const BatchOptions& options) {
     }
   }
   QSet<QString> targets;
-  std::set<FileId> sources;
-  for (const QString& file : options.files)
-    if (const auto id = fileId(file)) sources.insert(*id);
+  Files sources;
+  for (const QString& file : options.files) sources.add(file);
+  Files inUse = sources;
   const bool before = trust::allowAll(options.allowPrograms);
   const int status = eachDocument(options.files, [&](frmDocument& document) {
+    auto& own = *static_cast<BatchFrame*>(frame());
+    own.inUse = &inUse;
     if (!options.outputFolder.isEmpty()) {
       const QString target = QDir(options.outputFolder).filePath(document.CurrentFileTitle());
-      const auto there = fileId(target);
-      const QString why = there && sources.contains(*there) ? tr("The output folder holds a file that is worked on.")
+      const QString why = sources.holdsFileOf(target) ? tr("The output folder holds a file that is worked on.")
                           : targets.contains(target) ? tr("Another file of this name went to the output folder already.")
                           : !options.replace && text::fileExists(fromQString(target))
                               ? tr("The output folder has a file of this name; --replace allows to replace it.")
@@ -237,9 +257,11 @@ int run(const BatchOptions& options) {
         return kFailed;
       }
       targets.insert(target);
-      static_cast<BatchFrame*>(frame())->target = target;
+      own.target = target;
     }
-    return runOn(document, options);
+    const int ending = runOn(document, options);
+    inUse.add(own.target);
+    return ending;
   });
   trust::allowAll(before);
   return status;

@@ -1,7 +1,31 @@
 #include "document/Frame.h"
 
+#include <algorithm>
+
+#include "base/Strings.h"
+#include "control/FileNames.h"
+#include "document/frmDocument.h"
+#include "text/FileIo.h"
+
 namespace {
 Frame* theFrame = nullptr;
+}
+
+bool Frame::isInUse(const QString& path) { return documentOn(*this, path) != nullptr; }
+
+frmDocument* documentOn(Frame& frame, const QString& path) {
+  const auto open = frame.documents();
+  const auto same = [&](const frmDocument* document) { return document->CurrentFileName() == path; };
+  auto found = std::find_if(open.begin(), open.end(), same);
+  // The same file under another name, by a link. Only files of its device are asked: another one may hang.
+  const text::FileStamp stamp = text::stampOf(fromQString(path), false);
+  if (found == open.end() && stamp.exists)
+    found = std::find_if(open.begin(), open.end(), [&](const frmDocument* document) {
+      const auto& known = document->cmx->model()->stamp;
+      return document->DocumentHasName() && known && known->status.device == stamp.status.device &&
+             isSameFile(document->CurrentFileName(), path);
+    });
+  return found == open.end() ? nullptr : *found;
 }
 
 Frame* frame() { return theFrame; }

@@ -29,9 +29,14 @@ class Frame {
   virtual frmLog* log() = 0;                                 // never null in a running program
   virtual void showLog() = 0;
   virtual bool openFile(const QString& path) = 0;            // mainOpenFile with the recently-used list
+  // The file of a text that is open or worked on, also by a link to it: nothing but that text is written there.
+  virtual bool isInUse(const QString& path);
   virtual void showMacro(int language, int macro, const QString& report) = 0;   // definitions editor at a macro (1-based)
   virtual QString reportsAbout() { return {}; }              // begins the lines of reports: the file's name in a run over several
 };
+
+// The open text of this file, also by a link to it; null: none.
+frmDocument* documentOn(Frame& frame, const QString& path);
 
 // The one frame of the process; null before it exists.
 Frame* frame();

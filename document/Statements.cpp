@@ -20,7 +20,7 @@ constexpr Verb kVerbs[] = {
     {Code::logEdit, "LOGEDIT", "", "Lets the following edit commands work on the log."},
     {Code::normalEdit, "NORMALEDIT", "", "Lets the following edit commands work on the document again."},
     {Code::logInsertFile, "LOGINSERTFILE", "", "Asks for a file and inserts it into the log."},
-    {Code::logSave, "LOGSAVE", "[file]", "Saves the log; without a name as zelkor.log in the document's folder."},
+    {Code::logSave, "LOGSAVE", "[file]", "Saves the log; without a name as zelkor.log in the document's folder. A file that is open or worked on is refused."},
     {Code::logToText, "LOGTOTEXT", "", "Inserts the whole log into the document at the caret."},
 };
 

@@ -171,6 +171,10 @@ CmPosition frmLog::CurrentPosition() const {
 }
 
 bool frmLog::SaveDocumment(const QString& path) {
+  if (frame() && frame()->isInUse(fullPath(path))) {
+    tellSaveError(path, tr("The file is open, or is being worked on"));
+    return false;
+  }
   const text::SaveResult result = cmx->SaveFile(path, false);
   if (result.ok()) return true;
   tellSaveError(path, toQString(result.error));

@@ -32,7 +32,7 @@ class frmLog : public QWidget {
   CodeMax* const cmx;
 
   void cmx_DblClick();                          // jumps to the message or the line number under the caret
-  bool SaveDocumment(const QString& path);      // false: not saved, and the person has been told
+  bool SaveDocumment(const QString& path);      // false: not saved, and the user has been told; files in use are refused
   CmPosition CurrentPosition() const;           // the end of the selection
   void Form_Unload();                           // keeps the window's place; the destructor does it too
 
