@@ -78,8 +78,10 @@ bool mayStart(CommandRun& run, const QStringList& arguments, bool namedByValue) 
   return !run.stopped;
 }
 
+bool needsSaving(const frmDocument& document) { return !document.DocumentHasName() || document.DocumentModified(); }
+
 bool saveOne(frmDocument& document) {
-  if (document.DocumentHasName() && !document.DocumentModified()) return true;
+  if (!needsSaving(document)) return true;
   // The frame knows where the text belongs, and asks for a name.
   if (frame()->activeDocument() != &document) frame()->activate(&document);
   return frame()->saveActive();
@@ -101,6 +103,18 @@ void setSavesBeforePrograms(bool on) {
   modRegistry::SetFlag(modRegistry::kGlobalKey, kSaveFirst, on);
 }
 
+QString toBeSaved(const CommandRun& run, bool all) {
+  QStringList names;
+  const auto add = [&](const frmDocument& document) {
+    names << (document.CurrentFileName().isEmpty() ? document.CurrentFileTitle() : document.CurrentFileName());
+  };
+  if (run.document && needsSaving(*run.document)) add(*run.document);
+  if (all && frame())
+    for (const frmDocument* document : frame()->documents())
+      if (document != run.document && document->DocumentHasName() && document->DocumentModified()) add(*document);
+  return names.join(u", "_s);
+}
+
 void save(CommandRun& run) {
   if (frame() && run.document && !saveOne(*run.document)) run.stop(tr("the document was not saved"));
 }
@@ -108,24 +122,30 @@ void save(CommandRun& run) {
 void saveAll(CommandRun& run, bool evenUntouched) {
   if (run.document && (evenUntouched || run.document->DocumentModified())) save(run);
   if (!frame() || run.stopped) return;
-  for (frmDocument* document : frame()->documents()) {
-    if (document == run.document || !document->DocumentHasName() || !document->DocumentModified()) continue;
+  const QList<frmDocument*> open = frame()->documents();
+  for (const QPointer<frmDocument>& document : QList<QPointer<frmDocument>>(open.begin(), open.end())) {   // each may ask, and go meanwhile
+    if (!document || document == run.document || !document->DocumentHasName() || !document->DocumentModified()) continue;
+    const QString title = document->CurrentFileTitle();
     if (document->SaveDocumment(document->CurrentFileName())) continue;
-    return run.stop(tr("%1 was not saved").arg(plainForDisplay(document->CurrentFileTitle(), 100)));
+    return run.stop(tr("%1 was not saved").arg(plainForDisplay(title, 100)));
   }
 }
 
 void startProgram(CommandRun& run, const QString& commandLine, variables::Answers& answers, bool watch, bool replaced) {
-  if (run.macroOf && run.interactive && savesBeforePrograms()) saveAll(run, false);
-  if (run.stopped) return;
   const auto substitute = [&](QString& text) {
     if (!replaced) variables::substitute(text, run.document, answers);
   };
   const auto typedAt = [&](QStringView rest, qsizetype* length) {
     return replaced ? nullptr : variables::answerAt(rest, answers, length);
   };
+  const bool namedByValue = !replaced && isNamedByValue(commandLine);
+  const QStringList asked = programArguments(commandLine, substitute, typedAt);
+  if (!mayStart(run, asked, namedByValue)) return;
+  if (run.macroOf && run.interactive && savesBeforePrograms()) saveAll(run, false);
+  if (run.stopped) return;
+  // A document that was untitled has its name now.
   const QStringList arguments = programArguments(commandLine, substitute, typedAt);
-  if (!mayStart(run, arguments, !replaced && isNamedByValue(commandLine))) return;
+  if (arguments != asked && !mayStart(run, arguments, namedByValue)) return;
   std::vector<std::string> bytes;
   for (const QString& argument : arguments) bytes.push_back(fromQString(argument));
   const auto started = [&](process::Program& program) {

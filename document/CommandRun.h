@@ -47,6 +47,8 @@ void showState(frmDocument* document);
 // than part of one; `replaced`: the values stand in the line already. With the settings' "save before programs run" a macro saves first.
 void startProgram(CommandRun& run, const QString& commandLine, variables::Answers& answers, bool watch, bool replaced);
 
+// What save() and, with `all`, saveAll() would write, as a text for a question; empty: nothing.
+QString toBeSaved(const CommandRun& run, bool all);
 // Saves the document where it is modified or has no file yet; it is asked for a name then. A failure stops the run.
 void save(CommandRun& run);
 // That, and every other modified document that has a file. evenUntouched: an untitled document without a change too.

@@ -134,8 +134,14 @@ bool execute(CommandRun& run, const QString& line, bool replaced = false) {
       return true;
     case Code::shell:
     case Code::shellW: runs::startProgram(run, argument, answers, statements::codeOf(statement.verb) == Code::shell, replaced); return true;
-    case Code::save: runs::save(run); return true;
-    case Code::saveAll: runs::saveAll(run, true); return true;
+    case Code::save:
+    case Code::saveAll: {
+      const bool all = statements::codeOf(statement.verb) == Code::saveAll;
+      const QString what = runs::toBeSaved(run, all);
+      if (what.isEmpty() || !isTrusted(run, trust::Deed::write, what)) return true;
+      all ? runs::saveAll(run, true) : runs::save(run);
+      return true;
+    }
     case Code::onError:
       run.stopOnError = argument.trimmed().compare("STOP"_L1, Qt::CaseInsensitive) == 0;
       return run.stopOnError || argument.trimmed().compare("CONTINUE"_L1, Qt::CaseInsensitive) == 0;
@@ -171,7 +177,8 @@ bool runLine(CommandRun& run, QString& line) {
   if (startsPrograms(typed)) return execute(run, line = typed);
   variables::substitute(line, documentOf(run), answers);
   const auto reachesOut = [](const QString& text) {
-    return startsPrograms(text) || statements::codeOf(statements::split(text).verb) == Code::logSave;
+    const Code code = statements::codeOf(statements::split(text).verb);
+    return startsPrograms(text) || code == Code::logSave || code == Code::save || code == Code::saveAll;
   };
   run.stopped = reachesOut(line) && !reachesOut(typed) && !trust::mayBeValue(line, line);
   return run.stopped || execute(run, line, true);

@@ -241,6 +241,29 @@ TEST(CommandRuns, TheFrameFollows) {
   EXPECT_GT(frame.refreshes, 0);
 }
 
+TEST(CommandRuns, SaveAllOutlivesADocumentThatGoesWhileABoxAsks) {
+  RunFrame frame;
+  testing_files::TempFolder folder;
+  auto second = std::make_unique<frmDocument>(), third = std::make_unique<frmDocument>();
+  frame.open << second.get() << third.get();
+  for (const char* name : {"a", "b", "c"}) {
+    testing_files::writeRaw(folder / name, "text\n");
+    frame.active = frame.open[name[0] - 'a'];
+    frame.openFile(QString::fromStdString(folder / name));
+    frame.cmx().ReplaceSel(u"x"_s);
+  }
+  frame.active = frame.document.get();
+  testing_files::writeRaw(folder / "b", "changed by others\n");
+  ScriptedDialogs boxes;
+  boxes.answer(Answer::no, [&] {
+    second.reset();
+    third.reset();
+    frame.open = {frame.document.get()};
+  });
+  EXPECT_EQ(frame.run(u"SAVEALL"_s).text, u"b was not saved"_s);
+  EXPECT_EQ(testing_files::readRaw(folder / "a") + testing_files::readRaw(folder / "c"), "xtext\ntext\n");
+}
+
 TEST(CommandRuns, AMacroSavesBeforeItStartsAProgram) {
   ucCM manager;
   manager.Languages()->Add(u"L"_s);

@@ -160,6 +160,19 @@ TEST_F(Trust, ForeignMacrosAskBeforeTheyWriteFiles) {
   boxes.answer(Answer::yes);
   EXPECT_EQ(run(), Ending::done);
   EXPECT_TRUE(QFile::exists(path("victim")));
+  // The text itself, which a program that was refused has not brought to the disk either.
+  writeRaw(path("a.v").toStdString(), "text\n");
+  frame.openFile(path("a.v"));
+  for (const char* statement : {"SAVE", "SAVEALL", "SHELLW true"}) {
+    frame.cmx().ReplaceSel(u"x"_s);
+    macro().CommandString = QString::fromLatin1(statement);
+    boxes.answer(Answer::no);
+    EXPECT_EQ(run(), Ending::stopped) << statement;
+    EXPECT_EQ(readRaw(path("a.v").toStdString()), "text\n") << statement;
+  }
+  boxes.answer(Answer::yes);
+  EXPECT_EQ(run(), Ending::done);
+  EXPECT_EQ(readRaw(path("a.v").toStdString()), "xxxtext\n");
 }
 
 TEST_F(Trust, BatchRunsStartNothingForForeignMacrosUnlessToldTo) {
