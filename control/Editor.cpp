@@ -164,7 +164,7 @@ void leaveAutoBlanks(Editor& e, SelectionState& s) {
   const auto blanks = EditorAccess::autoBlanks(e);
   if (blanks && s.caret >= blanks->begin && s.caret <= blanks->end) return;
   const auto made = std::exchange(EditorAccess::impl(e).autoBlanks, std::nullopt);
-  if (!blanks || e.document().readOnly()) return;
+  if (!blanks || e.document().readOnly() || !e.document().modified()) return;   // a move alone makes no saved text modified
   const Quiet quiet(e);
   if (made->without && e.document().undo()) e.document().apply(*made->without, made->before);
   else e.document().apply(Edit{*blanks, {}}, e.selection());

@@ -98,6 +98,7 @@ TEST(AutoIndent, BlanksThatNothingFollowsDoNotStay) {
       {"Return", [](EditorFixture& f) { f.editor.newLine(); }, "\tx\n\n\t|\n\ty", "\tx\n\t|\n\ty"},
       {"typed", [](EditorFixture& f) { f.editor.typeText(QStringLiteral("z")); f.editor.execute(149); }, "\tx|\n\tz\n\ty", "\tx\n\t|\n\ty"},
       {"own blanks", [](EditorFixture& f) { f.editor.typeText(QStringLiteral("\t")); f.editor.execute(189); }, "|\tx\n\t\t\n\ty", "\tx\n\t|\n\ty"},
+      {"saved", [](EditorFixture& f) { f.model->document().markSaved(); f.editor.execute(189); }, "|\tx\n\t\n\ty", nullptr},
       {"in the line", command(165), "\tx\n|\t\n\ty", nullptr},
   };
   for (const bool opened : {false, true})
