@@ -70,6 +70,13 @@ bool changeLines(CodeMax& cmx, Lines lines, Change change) {
   return true;
 }
 
+// Says in the status bar which step is at work, and nothing once the work has ended, however it did.
+class StepShown {
+ public:
+  void operator()(const QString& step) const { SetStatusText(step); }
+  ~StepShown() { SetStatusText({}); }
+};
+
 // No step joins or parts lines, so line stands for line. A line whose end is another differs too.
 qint64 linesThatDiffer(const text::Snapshot& before, const text::Snapshot& after) {
   if (before.sameAs(after)) return 0;
@@ -157,22 +164,23 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
   const Lines lines = choices.selectionOnly ? selectedLines(cmx) : Lines{0, cmx.LineCount()};
   const text::Snapshot before = cmx.model()->snapshot();
   const BusyGuard busy;
+  const StepShown show;
   bool whole = true;
   {
     const EditBlock block(cmx);
     if (choices.tabs >= 1) {
-      SetStatusText(T::tr("Processing Tabs"));
+      show(T::tr("Processing Tabs"));
       const QString blanks(choices.tabs - 1, u' ');
       if (choices.selectionOnly) whole = changeLines(cmx, lines, [&](qint64, const QString& old) { return QString(old).replace(u'\t', blanks); });
       else ConvertTabstoSpaces(cmx, choices.tabs - 1);
     }
-    SetStatusText(T::tr("Applying filter to main text"));
+    show(T::tr("Applying filter to main text"));
     if (whole && choices.mainCase > 0 && language && mayChangeCase)
       whole = filterLetters(cmx, lines, CaseTarget::mainText, CaseMode(choices.mainCase), *language);
-    SetStatusText(T::tr("Applying filter to keywords"));
+    show(T::tr("Applying filter to keywords"));
     if (whole && choices.keywordCase > 0 && language && mayChangeCase)
       whole = filterLetters(cmx, lines, CaseTarget::keywords, CaseMode(choices.keywordCase), *language);
-    SetStatusText(T::tr("Processing Indentations"));
+    show(T::tr("Processing Indentations"));
     if (whole && choices.indent >= 1 && language)
       whole = reindent(cmx, lines, choices, *language);
     if (!whole) cmx.model()->document().rollbackGroup();
@@ -183,7 +191,5 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     return result;
   }
   result.linesChanged = linesThatDiffer(before, cmx.model()->snapshot());
-  // A step that changed the text made it modified, and undo makes it unmodified again.
-  if ((choices.lineEnds == 1 || choices.lineEnds == 2) && result.linesChanged == 0) cmx.setModified(true);
   return result;
 }

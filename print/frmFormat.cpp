@@ -11,6 +11,7 @@
 
 #include "base/Dialogs.h"
 #include "base/Hourglass.h"
+#include "base/Program.h"
 #include "control/BlockWords.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
@@ -174,7 +175,9 @@ void frmFormat::apply(frmDocument& document, const FormatChoices& chosen) {
     MsgBox(result.error, windowTitle());
     return;
   }
-  lblResult_->setText(tr("%n line(s) changed", nullptr, static_cast<int>(result.linesChanged)));
+  const QString changed = tr("%n line(s) changed", nullptr, static_cast<int>(result.linesChanged));
+  lblResult_->setText(changed);
+  SetStatusText(changed);
 }
 
 void frmFormat::cmdPreview_Click() {

@@ -5,6 +5,7 @@
 
 #include <random>
 
+#include "base/Program.h"
 #include "language/Registration.h"
 #include "language/clsLang.h"
 #include "print/CaseFilter.h"
@@ -76,6 +77,24 @@ TEST(FormatText, EachStep) {
     EXPECT_EQ(textOf(cmx), c.before) << "one undo step, line ends with it";
     EXPECT_FALSE(cmx.Modified());
   }
+}
+
+TEST(FormatText, AppliedAgainItLeavesNoTrace) {
+  QString shown;
+  setStatusSink([&](const QString& text) { shown = text; });
+  CodeMax cmx;
+  cmx.setEnableCRLF(true);
+  cmx.setText(QStringLiteral("a\r\nb"));
+  cmx.setModified(false);
+  FormatChoices unix, nothing;
+  unix.lineEnds = 1;
+  nothing.indent = 3;
+  for (const auto& choices : {unix, unix, nothing}) FormatIt(cmx, nullptr, choices);
+  EXPECT_EQ(shown, QString()) << "no step is at work any more";
+  cmx.ExecuteCmd(129);
+  EXPECT_EQ(textOf(cmx), "a\r\nb");
+  EXPECT_FALSE(cmx.Modified()) << "the text of the file, whatever was applied without effect";
+  setStatusSink({});
 }
 
 TEST(FormatText, SearchOfThePersonStays) {
