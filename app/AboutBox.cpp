@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -13,6 +14,7 @@
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
 #include "base/FixedFont.h"
+#include "base/PageKeys.h"
 #include "base/Program.h"
 #include "document/frmDocument.h"
 #include "document/mCMXParser.h"
@@ -27,6 +29,7 @@ void showAboutBox(frmMain& frame) {
   auto* layout = new QVBoxLayout(&box);
   auto* tabs = new QTabWidget(&box);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &box);
+  walkPagesByKeys(box, *tabs->tabBar());
   layout->addWidget(tabs);
   layout->addWidget(buttons);
   QObject::connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);

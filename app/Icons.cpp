@@ -3,10 +3,10 @@
 #include <QApplication>
 #include <QFile>
 #include <QHash>
-#include <QIconEngine>
-#include <QPainter>
 #include <QPalette>
 #include <QSvgRenderer>
+
+#include "base/PaintedIcon.h"
 
 // The pictures are in a static library, from which the linker takes only what is named. Outside any namespace, as the macro asks.
 static void keepPictures() { Q_INIT_RESOURCE(app); }
@@ -27,7 +27,7 @@ QByteArray drawing(const QString& name) {
 }
 
 // Draws in the colours that the palette has at the time, so that a change of the desktop's scheme is followed.
-class DrawnIcon : public QIconEngine {
+class DrawnIcon : public PaintedIcon {
  public:
   explicit DrawnIcon(QString name) : name_(std::move(name)) {}
 
@@ -43,13 +43,6 @@ class DrawnIcon : public QIconEngine {
     QByteArray svg = drawing(name_);
     svg.replace(kInk, ink.name().toLatin1()).replace(kAccent, accent.name().toLatin1());
     QSvgRenderer(svg).render(painter, rect);
-  }
-  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-    QPixmap drawn(size);
-    drawn.fill(Qt::transparent);
-    QPainter painter(&drawn);
-    paint(&painter, drawn.rect(), mode, state);
-    return drawn;
   }
   QIconEngine* clone() const override { return new DrawnIcon(*this); }
   bool isNull() override { return drawing(name_).isEmpty(); }

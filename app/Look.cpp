@@ -2,11 +2,54 @@
 
 #include <QApplication>
 #include <QPalette>
+#include <QProxyStyle>
 
+#include "base/PaintedIcon.h"
 #include "document/CMXRegistry.h"
 #include "document/modRegistry.h"
 
 namespace {
+
+// The buttons of a document window in the palette's colours: those of the style stay dark on a dark desktop.
+class WindowButton : public PaintedIcon {
+ public:
+  explicit WindowButton(QStyle::StandardPixmap which) : which_(which) {}
+  void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    const QColor ink = QApplication::palette().color(mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active, QPalette::ButtonText);
+    painter->setPen(QPen(ink, 1.5));
+    painter->translate(QRectF(rect).center());
+    const double unit = std::min(rect.width(), rect.height()) / 16.0;
+    painter->scale(unit, unit);
+    if (which_ == QStyle::SP_TitleBarMinButton) {
+      painter->drawLine(QPointF(-4, 3), QPointF(4, 3));
+    } else if (which_ == QStyle::SP_TitleBarCloseButton) {
+      painter->drawLine(QPointF(-4, -4), QPointF(4, 4));
+      painter->drawLine(QPointF(-4, 4), QPointF(4, -4));
+    } else {   // back to the normal size: a window before another
+      painter->drawRect(QRectF(-4.5, -1.5, 6, 6));
+      painter->drawPolyline(QPolygonF({{-1.5, -2}, {-1.5, -4.5}, {4.5, -4.5}, {4.5, 1.5}, {2, 1.5}}));
+    }
+    painter->restore();
+  }
+  QIconEngine* clone() const override { return new WindowButton(*this); }
+
+ private:
+  QStyle::StandardPixmap which_;
+};
+
+// The desktop's style, but: a menu that is higher than the screen scrolls; in columns it would be cut where these have no room.
+class Style : public QProxyStyle {
+ public:
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* returned) const override {
+    return hint == SH_Menu_Scrollable ? 1 : QProxyStyle::styleHint(hint, option, widget, returned);
+  }
+  QIcon standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const override {
+    const bool ours = which == SP_TitleBarMinButton || which == SP_TitleBarNormalButton || which == SP_TitleBarCloseButton;
+    return ours ? QIcon(new WindowButton(which)) : QProxyStyle::standardIcon(which, option, widget);
+  }
+};
 
 QPalette paletteOf(bool dark) {
   const auto slot = [dark](ColorSlot which) { return ColorScheme::schemeColor(static_cast<int>(which), dark); };
@@ -28,6 +71,8 @@ QPalette paletteOf(bool dark) {
 }
 
 }  // namespace
+
+void useStyle() { QApplication::setStyle(new Style); }
 
 void showLook(ControlOptions::Look look) {
   using Look = ControlOptions::Look;

@@ -3,5 +3,6 @@
 
 #include "control/ControlOptions.h"
 
+void useStyle();                            // the desktop's, with menus that scroll; before there are windows
 void showLook(ControlOptions::Look look);   // on the whole program, at once
 void showStoredLook();                      // as the settings say, before there is a text

@@ -22,6 +22,7 @@
 #include "base/Dialogs.h"
 #include "base/FitScreen.h"
 #include "base/Memory.h"
+#include "base/PressAtOnce.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/TypedKeys.h"
@@ -234,6 +235,9 @@ display:
   QCoreApplication::setApplicationVersion(QStringLiteral(ZELKOR_VERSION));
   QGuiApplication::setDesktopFileName(QStringLiteral("zelkor"));
   Application application(argc, argv);
+  if (!windowless) useStyle();
+  PressAtOnce pressAtOnce;
+  application.installEventFilter(&pressAtOnce);
   FitScreen fitScreen;
   application.installEventFilter(&fitScreen);
   TypedKeys typedKeys;

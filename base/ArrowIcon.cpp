@@ -1,13 +1,13 @@
 #include "base/ArrowIcon.h"
 
 #include <QApplication>
-#include <QIconEngine>
-#include <QPainter>
 #include <QPalette>
+
+#include "base/PaintedIcon.h"
 
 namespace {
 
-class ArrowEngine : public QIconEngine {
+class ArrowEngine : public PaintedIcon {
  public:
   explicit ArrowEngine(Arrow arrow) : arrow_(arrow) {}
 
@@ -25,13 +25,6 @@ class ArrowEngine : public QIconEngine {
     painter->drawPolygon(QPolygonF({{-3.5, -5.5}, {3.5, 0}, {-3.5, 5.5}}));
     if (arrow_ == Arrow::first || arrow_ == Arrow::last) painter->drawRect(QRectF(3.5, -5.5, 2, 11));
     painter->restore();
-  }
-  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-    QPixmap drawn(size);
-    drawn.fill(Qt::transparent);
-    QPainter painter(&drawn);
-    paint(&painter, drawn.rect(), mode, state);
-    return drawn;
   }
   QIconEngine* clone() const override { return new ArrowEngine(*this); }
 

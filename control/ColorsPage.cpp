@@ -107,6 +107,6 @@ void ColorsPage::showSlot() {
   const bool caret = part == ColorSlot::MatchingBrace || part == ColorSlot::HighlightedLine;
   preview_->setWhiteSpaceDisplay(part == ColorSlot::TagText);
   preview_->showHits(unfocused ? QString() : QStringLiteral("\n\n"), {});   // finds nothing, but selects as with the focus
-  if (caret) preview_->SetSel({3, 10, 3, 10, false});
-  else preview_->SetSel({4, 9, 4, 19, false});
+  if (caret) preview_->SetSel({3, 10, 3, 10, false}, false);
+  else preview_->SetSel({4, 9, 4, 19, false}, false);
 }

@@ -2,10 +2,12 @@
 
 #include <QDialogButtonBox>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
 #include "base/Dialogs.h"
+#include "base/PageKeys.h"
 #include "control/PropertiesPages.h"
 
 PropertiesDialog::PropertiesDialog(CodeMax& control, QWidget* parent)
@@ -22,6 +24,7 @@ PropertiesDialog::PropertiesDialog(CodeMax& control, QWidget* parent)
   tabs->addTab(new FontPage(options_, tabs), tr("Fon&t"));
   tabs->addTab(keys_, tr("&Keyboard"));
   tabs->addTab(new LanguagePage(options_, tabs), tr("Lan&guage"));
+  walkPagesByKeys(*this, *tabs->tabBar());
   layout->addWidget(tabs);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);

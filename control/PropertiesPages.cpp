@@ -50,7 +50,7 @@ CodeMax* makeSample(QWidget* parent) {
                                  "const char* greeting = \"Hello, world\";\n"));
   sample->setReadOnly(true);
   sample->setBookmark(2, true);
-  sample->SetSel({4, 9, 4, 19, false});
+  sample->SetSel({4, 9, 4, 19, false}, false);   // all of it shows; before it has a size nothing would
   sample->setMinimumHeight(150);
   sample->setFocusPolicy(Qt::NoFocus);
   return sample;

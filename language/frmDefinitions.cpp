@@ -13,6 +13,7 @@
 #include <QTabBar>
 
 #include "base/Dialogs.h"
+#include "base/PageKeys.h"
 #include "base/Strings.h"
 #include "language/DefinitionText.h"
 #include "language/LanguageCheck.h"
@@ -115,6 +116,7 @@ void frmDefinitions::connectAll() {
   });
   connect(lstLanguage, &QListWidget::itemChanged, this, &frmDefinitions::lstLanguage_AfterLabelEdit);
   connect(lst, &QListWidget::itemChanged, this, &frmDefinitions::lst_AfterLabelEdit);
+  walkPagesByKeys(*this, *TabStrip1);
   connect(TabStrip1, &QTabBar::currentChanged, this, [this] {
     SetUpList();
     LoadAny();
@@ -160,9 +162,6 @@ void frmDefinitions::connectAll() {
   onKey(lst, Qt::Key_Insert, [this] { cmdAddList->click(); }, Qt::WidgetShortcut);
   onKey(this, QKeySequence::Find, [this] { txtFilter->setFocus(); }, Qt::WindowShortcut);
   onKey(this, QKeySequence::Save, [this] { cmdSave->click(); }, Qt::WindowShortcut);
-  const auto turn = [this](int by) { TabStrip1->setCurrentIndex((TabStrip1->currentIndex() + by) % TabStrip1->count()); };
-  onKey(this, Qt::CTRL | Qt::Key_PageDown, [turn] { turn(1); }, Qt::WindowShortcut);
-  onKey(this, Qt::CTRL | Qt::Key_PageUp, [turn, this] { turn(TabStrip1->count() - 1); }, Qt::WindowShortcut);
 }
 
 frmDefinitions::Tab frmDefinitions::tab() const { return static_cast<Tab>(TabStrip1->currentIndex()); }
@@ -238,7 +237,7 @@ void frmDefinitions::SetUpList() {
                 {QT_TR_NOOP("Macro Nam&e"), QT_TR_NOOP("C&ommands")},
                 {QT_TR_NOOP("&Hot Code"), QT_TR_NOOP("Definiti&on")},
                 {QT_TR_NOOP("WordList Nam&e"), QT_TR_NOOP("W&ords")}};
-  pages->setCurrentWidget(tab() == Structure ? fraStructure : fraList);
+  pages->setCurrentIndex(tab() == Structure ? 0 : 1);
   if (tab() == Structure) return;
   lblList->setText(tr(labels[tab()].list));
   lblText->setText(tr(labels[tab()].text));

@@ -14,6 +14,7 @@
 #include <QShortcut>
 #include <QSpinBox>
 #include <QSplitter>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QToolButton>
@@ -22,6 +23,7 @@
 #include "base/ArrowIcon.h"
 #include "base/Dialogs.h"
 #include "base/Hourglass.h"
+#include "base/PageKeys.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
@@ -56,6 +58,7 @@ frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* 
   auto* side = new QTabWidget;
   side->addTab(thumbnails_, tr("Pa&ges"));
   side->addTab(clipped_, tr("Clipped &Lines"));
+  walkPagesByKeys(*this, *side->tabBar());
   auto* splitter = new QSplitter;
   splitter->addWidget(side);
   splitter->addWidget(view_);

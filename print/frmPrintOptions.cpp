@@ -16,9 +16,11 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QToolButton>
 
+#include "base/PageKeys.h"
 #include "document/Statements.h"
 
 namespace {
@@ -184,6 +186,7 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
   connect(buttons, &QDialogButtonBox::accepted, this, &frmPrintOptions::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  walkPagesByKeys(*this, *tabs_->tabBar());
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(tabs_);
   layout->addWidget(buttons);

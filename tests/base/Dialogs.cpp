@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFile>
@@ -18,12 +19,16 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QSpinBox>
+#include <QTabBar>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
 #include <QVBoxLayout>
 
 #include "base/FitScreen.h"
 #include "base/FixedFont.h"
+#include "base/PageKeys.h"
+#include "base/PressAtOnce.h"
 #include "base/Program.h"
 #include "base/TypedKeys.h"
 #include "tests/support/Text.h"
@@ -133,6 +138,44 @@ TEST(Dialogs, FieldsTakeNoLettersOfMenus) {
     }
   EXPECT_EQ(line.text() + q("|") + lines.toPlainText() + q("|") + choice.currentText(), q("5|5|5"));
   EXPECT_EQ(number.value(), 5);
+}
+
+TEST(Dialogs, ALetterTicksItsBoxBeforeTheNextKey) {
+  PressAtOnce filter;
+  qApp->installEventFilter(&filter);
+  QDialog dialog;
+  auto* layout = new QVBoxLayout(&dialog);
+  auto* box = new QCheckBox(q("&Left margin"));
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
+  layout->addWidget(box);
+  layout->addWidget(buttons);
+  bool taken = false;
+  QObject::connect(buttons, &QDialogButtonBox::accepted, [&] { taken = box->isChecked(); });
+  dialog.show();
+  dialog.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+  QTest::keyClick(&dialog, Qt::Key_L, Qt::AltModifier);
+  QTest::keyClick(&dialog, Qt::Key_Return);
+  EXPECT_TRUE(taken);
+}
+
+TEST(Dialogs, PagesAreWalkedFromAnywhereInTheDialog) {
+  QDialog dialog;
+  QTabBar pages(&dialog);
+  for (const char* name : {"a", "b", "c"}) pages.addTab(q(name));
+  pages.setTabVisible(1, false);
+  walkPagesByKeys(dialog, pages);
+  QLineEdit other(&dialog);
+  dialog.show();
+  dialog.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+  other.setFocus();
+  QTest::keyClick(&other, Qt::Key_Tab, Qt::ControlModifier);
+  EXPECT_EQ(pages.currentIndex(), 2);
+  QTest::keyClick(&other, Qt::Key_Tab, Qt::ControlModifier);
+  EXPECT_EQ(pages.currentIndex(), 0);
+  QTest::keyClick(&other, Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(pages.currentIndex(), 2);
 }
 
 TEST(Dialogs, TheFixedFontIsFixed) {

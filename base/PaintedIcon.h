@@ -1,0 +1,16 @@
+// What pictures that are painted when they are shown have in common: a pixmap is what the painter draws.
+#pragma once
+
+#include <QIconEngine>
+#include <QPainter>
+
+class PaintedIcon : public QIconEngine {
+ public:
+  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    QPixmap drawn(size);
+    drawn.fill(Qt::transparent);
+    QPainter painter(&drawn);
+    paint(&painter, drawn.rect(), mode, state);
+    return drawn;
+  }
+};
