@@ -56,7 +56,7 @@ class frmLog : public QWidget {
   std::optional<Stream> streamOf(qint64 line) const;   // what wrote that line; none for lines of later hand
 
   QSize sizeHint() const override { return {700, 200}; }
-  QSize minimumSizeHint() const override { return {200, 100}; }
+  QSize minimumSizeHint() const override { return {200, 36}; }
 
   QAction* const stopAction;
   QAction* const nextAction;

@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTabBar>
@@ -60,6 +61,16 @@ QLabel* plainLabel(const char* name) {
   return label;
 }
 
+// Fields that are scrolled where the screen has no room for all of them.
+QScrollArea* scrolling(QWidget* fields) {
+  auto* area = new QScrollArea;
+  area->setWidget(fields);
+  area->setWidgetResizable(true);
+  area->setFrameShape(QFrame::NoFrame);
+  area->setFocusPolicy(Qt::NoFocus);
+  return area;
+}
+
 void colourBackground(QLabel* label, const QColor& back) {
   QPalette palette = label->palette();
   palette.setColor(QPalette::Window, back);
@@ -97,8 +108,8 @@ void frmDefinitions::layOut() {
   auto* top = fileRow();
   auto* languages = languageFrame();
   pages = new QStackedWidget;
-  pages->addWidget(structureFrame());
-  pages->addWidget(listFrame());
+  pages->addWidget(scrolling(structureFrame()));
+  pages->addWidget(scrolling(listFrame()));
 
   preview = named(new LanguagePreview, "preview");
   auto* previewFrame = new QGroupBox(tr("Preview"));
@@ -181,7 +192,9 @@ QWidget* frmDefinitions::languageFrame() {
   txtDescription->setMaximumHeight(txtDescription->fontMetrics().lineSpacing() * 4 + 12);
   txtExtension = line("txtExtension", tr("Extensions on which this language definition will be used."));
 
-  auto* grid = new QGridLayout(frame);
+  auto* fields = new QWidget;
+  auto* grid = new QGridLayout(fields);
+  grid->setContentsMargins(0, 0, 0, 0);
   const auto labelled = [&](const QString& caption, QWidget* field, int row) {
     auto* label = new QLabel(caption);
     label->setBuddy(field);
@@ -202,10 +215,12 @@ QWidget* frmDefinitions::languageFrame() {
   txtContents->setMaximumHeight(txtContents->fontMetrics().lineSpacing() * 3 + 12);
   above(below, 6, 0, tr("C&ontents"), txtContents);
   grid->addLayout(below, 3, 0, 1, 3);
-  grid->addWidget(cmdApply, 4, 0);
-  grid->addWidget(cmdSave, 4, 1);
-  grid->addWidget(cmdClose, 4, 2);
   grid->setRowStretch(1, 1);
+  auto* buttons = new QHBoxLayout;   // in sight on any screen
+  for (QPushButton* one : {cmdApply, cmdSave, cmdClose}) buttons->addWidget(one, 1);
+  auto* all = new QVBoxLayout(frame);
+  all->addWidget(scrolling(fields), 1);
+  all->addLayout(buttons);
   return frame;
 }
 
