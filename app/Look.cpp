@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QPalette>
 #include <QProxyStyle>
+#include <QStyleOption>
+#include <algorithm>
 
 #include "base/PaintedIcon.h"
 #include "document/CMXRegistry.h"
@@ -10,28 +12,34 @@
 
 namespace {
 
-// The buttons of a document window in the palette's colours: those of the style stay dark on a dark desktop.
+void drawWindowButton(QPainter& painter, const QRect& rect, QStyle::StandardPixmap which, const QColor& ink) {
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(ink, 1.5));
+  painter.translate(QRectF(rect).center());
+  const double unit = std::min(rect.width(), rect.height()) / 16.0;
+  painter.scale(unit, unit);
+  switch (which) {
+    case QStyle::SP_TitleBarMinButton: painter.drawLine(QPointF(-4, 3), QPointF(4, 3)); break;
+    case QStyle::SP_TitleBarMaxButton: painter.drawRect(QRectF(-4, -4, 8, 8)); break;
+    case QStyle::SP_TitleBarCloseButton:
+      painter.drawLine(QPointF(-4, -4), QPointF(4, 4));
+      painter.drawLine(QPointF(-4, 4), QPointF(4, -4));
+      break;
+    default:   // back to the normal size: a window before another
+      painter.drawRect(QRectF(-4.5, -1.5, 6, 6));
+      painter.drawPolyline(QPolygonF({{-1.5, -2}, {-1.5, -4.5}, {4.5, -4.5}, {4.5, 1.5}, {2, 1.5}}));
+  }
+  painter.restore();
+}
+
+// The buttons of a maximised document window in the palette's colours: those of the style stay dark on a dark desktop.
 class WindowButton : public PaintedIcon {
  public:
   explicit WindowButton(QStyle::StandardPixmap which) : which_(which) {}
   void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    const QColor ink = QApplication::palette().color(mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active, QPalette::ButtonText);
-    painter->setPen(QPen(ink, 1.5));
-    painter->translate(QRectF(rect).center());
-    const double unit = std::min(rect.width(), rect.height()) / 16.0;
-    painter->scale(unit, unit);
-    if (which_ == QStyle::SP_TitleBarMinButton) {
-      painter->drawLine(QPointF(-4, 3), QPointF(4, 3));
-    } else if (which_ == QStyle::SP_TitleBarCloseButton) {
-      painter->drawLine(QPointF(-4, -4), QPointF(4, 4));
-      painter->drawLine(QPointF(-4, 4), QPointF(4, -4));
-    } else {   // back to the normal size: a window before another
-      painter->drawRect(QRectF(-4.5, -1.5, 6, 6));
-      painter->drawPolyline(QPolygonF({{-1.5, -2}, {-1.5, -4.5}, {4.5, -4.5}, {4.5, 1.5}, {2, 1.5}}));
-    }
-    painter->restore();
+    const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
+    drawWindowButton(*painter, rect, which_, QApplication::palette().color(group, QPalette::ButtonText));
   }
   QIconEngine* clone() const override { return new WindowButton(*this); }
 
@@ -48,6 +56,35 @@ class Style : public QProxyStyle {
   QIcon standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const override {
     const bool ours = which == SP_TitleBarMinButton || which == SP_TitleBarNormalButton || which == SP_TitleBarCloseButton;
     return ours ? QIcon(new WindowButton(which)) : QProxyStyle::standardIcon(which, option, widget);
+  }
+  // The library's own style draws the buttons of a window that is not the active one in black on any colour.
+  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter, const QWidget* widget) const override {
+    const auto* bar = control == CC_TitleBar ? qstyleoption_cast<const QStyleOptionTitleBar*>(option) : nullptr;
+    if (!bar || baseStyle()->name() != QLatin1String("fusion")) return QProxyStyle::drawComplexControl(control, option, painter, widget);
+    const bool minimised = bar->titleBarState & Qt::WindowMinimized, maximised = bar->titleBarState & Qt::WindowMaximized;
+    const bool mayMinimise = bar->titleBarFlags & Qt::WindowMinimizeButtonHint, mayMaximise = bar->titleBarFlags & Qt::WindowMaximizeButtonHint;
+    const struct {
+      SubControl part;
+      StandardPixmap picture;
+      bool there;
+    } buttons[] = {{SC_TitleBarMinButton, SP_TitleBarMinButton, mayMinimise && !minimised},
+                   {SC_TitleBarMaxButton, SP_TitleBarMaxButton, mayMaximise && !maximised},
+                   {SC_TitleBarNormalButton, SP_TitleBarNormalButton, (mayMinimise && minimised) || (mayMaximise && maximised)},
+                   {SC_TitleBarCloseButton, SP_TitleBarCloseButton, bool(bar->titleBarFlags & Qt::WindowSystemMenuHint)}};
+    QStyleOptionTitleBar rest(*bar);
+    for (const auto& button : buttons) rest.subControls &= ~SubControls(button.part);
+    QProxyStyle::drawComplexControl(control, &rest, painter, widget);
+    const QColor ink = bar->palette.color(bar->titleBarState & QStyle::State_Active ? QPalette::HighlightedText : QPalette::WindowText);
+    for (const auto& button : buttons) {
+      if (!button.there || !(bar->subControls & button.part)) continue;
+      const QRect place = proxy()->subControlRect(CC_TitleBar, bar, button.part, widget);
+      if (bar->activeSubControls & button.part) {   // under the mouse, or pressed
+        QColor shade = ink;
+        shade.setAlpha(bar->state & State_Sunken ? 90 : 50);
+        painter->fillRect(place, shade);
+      }
+      drawWindowButton(*painter, place, button.picture, ink);
+    }
   }
 };
 
