@@ -203,7 +203,7 @@ void FrameMenus::refreshKeys() {
   // Macros and templates that have keys are actions without a menu.
   qDeleteAll(findChildren<QAction*>(kByKey));
   for (const QString& name : keyMap().boundNames()) {
-    if (name.startsWith(QLatin1String("MENU "))) continue;
+    if (keyactions::isCommand(name)) continue;
     auto* action = new QAction(this);
     action->setObjectName(kByKey);
     action->setProperty(kNamedActionProperty, name);

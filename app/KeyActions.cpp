@@ -40,6 +40,7 @@ QString pathOf(const FrameCommand& row) {
 }  // namespace
 
 QString keyactions::ofCommand(const char* frameCommand) { return coded(kMenuKind, QString::fromLatin1(frameCommand)); }
+bool keyactions::isCommand(const QString& name) { return name.startsWith(kMenuKind); }
 QString keyactions::ofMacro(const QString& macro) { return coded(kCustomKind, macro); }
 
 QList<NamedAction> keyactions::all() {
@@ -70,7 +71,7 @@ void keyactions::expandTemplateText(QString& text) {
 }
 
 void keyactions::run(frmMain& frame, const QString& name) {
-  if (name.startsWith(kMenuKind)) {
+  if (isCommand(name)) {
     if (QAction* action = frame.menus().action(named(name, kMenuKind))) action->trigger();
     return;
   }

@@ -55,7 +55,7 @@ class CodeMax : public QWidget {
   void SelectLine(qint64 line, bool makeVisible = true);
   QString SelText() const;
   bool HasSelection() const;
-  QString CurrentWord() const;                   // see text/Words.h: wordAt
+  QString CurrentWord() const;                   // see text/WordNear.h
   qint64 CurrentWordLength() const;
   CmPosition CurrentPosition() const;            // the caret
   CmRange CurrentWordRange() const;
