@@ -10,6 +10,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <functional>
 #include <iterator>
 
 #include "app/frmMain.h"
@@ -71,6 +72,7 @@ frmRecovered* frmRecovered::offer(frmMain& frame, std::vector<text::LeftText> le
     if (one->isVisible()) window = one;
   if (!window) window = new frmRecovered(frame);
   std::ranges::move(entries, std::back_inserter(window->entries_));
+  window->arrange();
   window->refresh(0);
   window->show();
   return window;
@@ -148,16 +150,48 @@ std::vector<frmRecovered::Entry> frmRecovered::entriesOf(std::vector<text::LeftT
     const text::Snapshot found = std::exchange(facts.text, text::Snapshot());
     const bool named = facts.error.empty() && !facts.about.path.empty();
     if (named && facts.whole && facts.baseWhole && fileHolds(facts.about, found) && journal.remove() == 0) continue;
-    Entry entry{std::move(journal), std::move(facts), found.size().value, {}};
+    Entry entry{std::move(journal), std::move(facts), found.size().value, {}, {}};
     if (named) entry.file = fileState(entry.facts.about);
     entries.push_back(std::move(entry));
   }
   return entries;
 }
 
+bool frmRecovered::takeTwin(Entry& newer, Entry& entry) {
+  const auto whole = [](const Entry& one) { return one.facts.error.empty() && one.facts.whole && one.facts.baseWhole; };
+  if (newer.bytes != entry.bytes || newer.facts.about.title != entry.facts.about.title || !whole(newer) || !whole(entry)) return false;
+  if (!sameText(newer.journal.recover().text, entry.journal.recover().text)) return false;
+  newer.twins.push_back(std::move(entry.journal));
+  std::ranges::move(entry.twins, std::back_inserter(newer.twins));
+  return true;
+}
+
+void frmRecovered::arrange() {
+  std::ranges::stable_sort(entries_, std::greater(), [](const Entry& entry) { return entry.journal.changedNs(); });
+  std::vector<Entry> arranged;
+  for (Entry& entry : entries_) {
+    const std::string& path = entry.facts.about.path;
+    auto below = arranged.end();
+    bool twin = false;
+    for (auto it = arranged.begin(); it != arranged.end() && !twin; ++it) {
+      if (it->facts.about.path != path) continue;
+      twin = takeTwin(*it, entry);
+      if (!path.empty()) below = std::next(it);
+    }
+    if (twin) continue;
+    arranged.insert(below, std::move(entry));
+  }
+  entries_ = std::move(arranged);
+}
+
 QString frmRecovered::titleOf(const Entry& entry) const {
   const QString title = toQString(entry.facts.about.title), path = toQString(entry.facts.about.path);
   return !path.isEmpty() ? path : title.isEmpty() ? tr("(unknown)") : title;
+}
+
+bool frmRecovered::isOlder(const Entry& entry) const {
+  const std::string& path = entry.facts.about.path;
+  return !path.empty() && &entry != entries_.data() && (&entry)[-1].facts.about.path == path;
 }
 
 QString frmRecovered::stateOf(const Entry& entry) const {
@@ -168,6 +202,7 @@ QString frmRecovered::stateOf(const Entry& entry) const {
   if (!facts.whole)
     state = tr("%n change(s); the end of the journal is damaged (%1 of %2 bytes are good)", nullptr, int(facts.changes))
                 .arg(QLocale().toString(facts.read), QLocale().toString(facts.size));
+  if (isOlder(entry)) state = tr("An older state of the text above: %1").arg(state);
   return entry.file.isEmpty() ? state : tr("%1; %2", "what came back; how the file stands").arg(state, entry.file);
 }
 
@@ -185,7 +220,7 @@ void frmRecovered::fill() {
   list_->clear();
   for (const Entry& entry : entries_) {
     auto* row = new QTreeWidgetItem(list_);
-    row->setText(kName, plainForDisplay(titleOf(entry), 300));
+    row->setText(kName, nameForDisplay(titleOf(entry), 300));
     row->setText(kTime, QLocale().toString(QDateTime::fromMSecsSinceEpoch(entry.journal.changedNs() / 1'000'000), QLocale::ShortFormat));
     row->setText(kSize, entry.facts.error.empty() ? QLocale().formattedDataSize(entry.bytes) : QString());
     row->setText(kState, plainForDisplay(stateOf(entry), 200));
@@ -233,7 +268,9 @@ text::RecoveredText frmRecovered::textOf(const Entry& entry) {
 }
 
 void frmRecovered::drop(int at) {
-  const int error = entries_[std::size_t(at)].journal.remove();
+  Entry& gone = entries_[std::size_t(at)];
+  int error = gone.journal.remove();
+  for (text::LeftText& twin : gone.twins) error = std::min(error, twin.remove());
   if (error < 0) MsgBox(toQString(text::errorText(error)), tr("Recovered texts"));
   entries_.erase(entries_.begin() + at);
 }
@@ -260,7 +297,9 @@ void frmRecovered::Restore() {
 }
 
 void frmRecovered::RestoreAll() {
-  list_->selectAll();
+  list_->clearSelection();
+  for (int at = 0; at < count(); ++at)
+    if (!isOlder(entries_[std::size_t(at)])) list_->topLevelItem(at)->setSelected(true);
   Restore();
 }
 

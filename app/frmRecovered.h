@@ -26,7 +26,7 @@ class frmRecovered : public QDialog {
   int count() const { return int(entries_.size()); }
   void select(int entry);
   void Restore();      // all that are selected, as is Discard
-  void RestoreAll();
+  void RestoreAll();   // the newest state of each
   void SaveAs();
   void Compare();
   void Discard();
@@ -37,16 +37,20 @@ class frmRecovered : public QDialog {
     text::RecoveredText facts;   // without the text
     qint64 bytes = 0;            // of the text
     QString file;                // how the file on disk stands to it; empty: as the text knew it
+    std::vector<text::LeftText> twins;   // that hold the same text of the same file: they are one entry, and go with it
   };
   explicit frmRecovered(frmMain& frame);
   // Without those whose text their file holds: they go.
   static std::vector<Entry> entriesOf(std::vector<text::LeftText> left);
+  void arrange();                // newest first; older states of a file below the newest, equal ones in one entry
+  static bool takeTwin(Entry& newer, Entry& entry);   // true: it was one, and the newer entry has it
   void refresh(int at);          // after entries came or went; the window closes with the last one
   void fill();
   void showButtons();
   std::vector<int> selected() const;   // ascending
   int only() const;              // the one that is selected; -1: none or several
   QString titleOf(const Entry& entry) const;
+  bool isOlder(const Entry& entry) const;   // there is a newer state of its file, in the entry above
   QString stateOf(const Entry& entry) const;
   text::RecoveredText textOf(const Entry& entry);   // tells the person when it cannot be had any more
   void drop(int entry);          // its journal goes; refresh() next

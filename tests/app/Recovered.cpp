@@ -146,6 +146,30 @@ TEST_F(Recovered, ManyAreRestoredOrDiscardedAtOnce) {
   closeAll();
 }
 
+TEST_F(Recovered, EachTextIsListedOnceTheNewestStateFirst) {
+  type(open("a.v"), "x");
+  const QString left = afterKill();
+  const QString first = inFolder(left).value(0);
+  ASSERT_TRUE(QFile::copy(left + u'/' + first, left + q("/twin.journal")));
+  type(main->activeDocument(), "y");
+  EXPECT_TRUE(session.flush());
+  ASSERT_TRUE(QFile::copy(journals() + u'/' + first, left + q("/newer.journal")));
+  closeAll();
+  QPointer<frmRecovered> window = frmRecovered::offer(*main, left);
+  ASSERT_TRUE(window);
+  ASSERT_EQ(window->count(), 2);
+  auto* list = window->findChild<QTreeWidget*>();
+  EXPECT_FALSE(list->topLevelItem(0)->text(3).contains(q("older")));
+  EXPECT_TRUE(list->topLevelItem(1)->text(3).contains(q("older")));
+  window->RestoreAll();
+  EXPECT_EQ(main->activeDocument()->cmx->Text(), q("yxtext\n"));
+  ASSERT_EQ(window->count(), 1) << "the older state stays until something is done with it";
+  boxes.answer(Answer::yes);
+  window->Discard();
+  EXPECT_TRUE(inFolder(left).isEmpty());
+  closeAll();
+}
+
 TEST_F(Recovered, J4_NothingIsDiscardedByItself) {
   type(open("a.v"), "x");
   const QString left = afterKill();
