@@ -1,10 +1,13 @@
 #include "app/Instance.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QFileInfo>
-#include <QGuiApplication>
+#include <QMessageBox>
 #include <QProcess>
+#include <QScreen>
+#include <QStyle>
 #include <QThread>
+#include <algorithm>
 #include <cstdio>
 
 #include "app/frmMain.h"
@@ -37,12 +40,35 @@ bool windowsAreSeen() {
   return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
 }
 
+// While it lives a box of this program comes up in the lower right corner of the screen: the dialog of the other one, which the
+// user has to answer first, is in the middle of its window.
+class BoxInCorner : public QObject {
+ public:
+  BoxInCorner() { qApp->installEventFilter(this); }
+  bool eventFilter(QObject* object, QEvent* event) override {
+    auto* box = event->type() == QEvent::Show ? qobject_cast<QMessageBox*>(object) : nullptr;
+    if (!box) return false;
+    const QRect room = box->screen()->availableGeometry();
+    const int border = box->style()->pixelMetric(QStyle::PM_TitleBarHeight);   // of the window manager, which draws it
+    box->move(room.bottomRight() - QPoint(box->width() + border, box->height() + 2 * border));
+    return false;
+  }
+};
+
 // Whoever typed the command reads it in the terminal; whoever started it from the desktop sees a box.
 void tell(const QString& text, const QList<HandOff>& notOpened) {
+  constexpr qsizetype kNamed = 5;
   std::fprintf(stderr, "zelkor: %s\n", qPrintable(text));
+  QStringList names;
   for (const HandOff& one : notOpened)
-    if (!one.text.isEmpty()) std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("not opened: %1").arg(plainForDisplay(one.text))));
-  if (windowsAreSeen()) MsgBox(text, QString::fromLatin1(kApplicationTitle), Icon::exclamation);
+    if (!one.text.isEmpty()) names << plainForDisplay(one.text);
+  for (const QString& name : names) std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("not opened: %1").arg(name)));
+  if (!windowsAreSeen()) return;
+  QString shown = text;
+  if (!names.isEmpty()) shown += QLatin1String("\r\n\r\n") + tr("Not opened:") + QLatin1String("\r\n") + names.first(std::min(kNamed, names.size())).join(QLatin1String("\r\n"));
+  if (names.size() > kNamed) shown += QLatin1String("\r\n") + tr("and %1 more").arg(names.size() - kNamed);
+  const BoxInCorner corner;
+  MsgBox(shown, QString::fromLatin1(kApplicationTitle), Icon::exclamation);
 }
 
 bool goOnWaiting() {
@@ -101,7 +127,7 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
         tell(tr("The target editor is currently occupied. Please close any dialogs to continue"), commandLines.mid(next));
         return Role::failed;
       case HandOffAnswer::refused:
-        tell(tr("The running editor could not open %1").arg(plainForDisplay(commandLines.value(next).text, 300)), commandLines.mid(next));
+        tell(tr("The running editor could not open what it was given"), commandLines.mid(next));
         return Role::failed;
       case HandOffAnswer::silent:
         tell(tr("The running editor did not answer. It may still open what it was given"), commandLines.mid(next));
