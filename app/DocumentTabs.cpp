@@ -67,7 +67,7 @@ QList<frmDocument*> DocumentTabs::inOrder() const {
 void DocumentTabs::showCaption(frmDocument* document) {
   const int tab = tabOf(document);
   if (tab < 0) return;
-  setTabText(tab, plainForDisplay(document->Caption(), 100).replace(u'&', QLatin1String("&&")));
+  setTabText(tab, document->Caption().replace(u'&', QLatin1String("&&")));
   const QString& name = document->CurrentFileName();
   setTabToolTip(tab, plainTip(name.isEmpty() ? document->CurrentFileTitle() : name));
 }

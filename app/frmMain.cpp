@@ -43,6 +43,7 @@
 namespace {
 
 constexpr int kToggleOvertype = 186;
+constexpr int kLeastLines = 4;   // that the docks leave to the text
 const QString kTabs = QStringLiteral("mnuViewTabs");
 
 }  // namespace
@@ -62,6 +63,7 @@ frmMain::frmMain() {
   mdi_->setActivationOrder(QMdiArea::ActivationHistoryOrder);
   mdi_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   mdi_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  mdi_->setMinimumHeight(fontMetrics().lineSpacing() * kLeastLines);
   layout->addWidget(tabs_);
   layout->addWidget(mdi_, 1);
   setCentralWidget(centre);
@@ -283,7 +285,8 @@ void frmMain::refreshToolbar() {
   QString typing = document->cmx->ReadOnly() ? tr("Read only") : document->cmx->overtype() ? tr("OVR") : tr("INS");
   if (columnMode(document->cmx->editor())) typing += tr(" COL");
   panels_->setPanel(Panel::overtype, typing);
-  panels_->setRest(document->DocumentHasName() ? document->CurrentFileName() : document->CurrentFileTitle());
+  const QString& name = document->CurrentFileName();
+  panels_->setRest(nameForDisplay(name.isEmpty() ? document->CurrentFileTitle() : name));
   panels_->settle();
 }
 

@@ -160,6 +160,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void adopt(frmDocument* document);           // into a sub-window, listed and shown
   QRect normalPlace(qsizetype index) const;
   QSize windowRoom() const;
+  QSize leastTile() const;                     // precondition: there is a document
   void keepInside(QMdiSubWindow& window);
   QList<QMdiSubWindow*> normalWindows();
   void workOn(frmDocument* document);          // what goes with the active document: panels, menus, current folder

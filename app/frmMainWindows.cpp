@@ -117,17 +117,38 @@ void frmMain::cascade() {
   mdi_->setActiveSubWindow(active);
 }
 
-// Strips of equal size without gaps.
+// What a tile must have to be of use: some lines and columns of text inside its frame.
+QSize frmMain::leastTile() const {
+  constexpr int kLines = 4, kColumns = 20, kMarginColumns = 7;
+  const frmDocument* document = active_ ? active_.data() : documents_.first();
+  const QFontMetrics metrics(document->cmx->Font());
+  const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent), frame = 2 * style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
+  return {metrics.horizontalAdvance(u'0') * (kColumns + kMarginColumns) + bar + frame,
+          metrics.lineSpacing() * kLines + bar + frame + style()->pixelMetric(QStyle::PM_TitleBarHeight)};
+}
+
+// Without gaps, in strips of equal size; where these became too narrow to be of use, in several rows of them; and where the room
+// has no place for all, in more room: the area scrolls.
 void frmMain::tile(Qt::Orientation rows) {
   QMdiSubWindow* active = mdi_->currentSubWindow();
   const QList<QMdiSubWindow*> windows = normalWindows();
-  const QSize room = windowRoom();
   const int count = int(windows.size());
-  for (int i = 0; i < count; ++i) {
-    const bool stacked = rows == Qt::Vertical;
-    const int from = (stacked ? room.height() : room.width()) * i / count;
-    const int to = (stacked ? room.height() : room.width()) * (i + 1) / count;
-    windows[i]->setGeometry(stacked ? QRect(0, from, room.width(), to - from) : QRect(from, 0, to - from, room.height()));
+  if (count == 0) return;
+  const auto turned = [rows](QSize size) { return rows == Qt::Vertical ? size : size.transposed(); };   // strips lie one above the other
+  const QSize least = turned(leastTile());
+  QSize room = turned(windowRoom());
+  int lanes = 1;
+  const auto inLane = [&] { return (count + lanes - 1) / lanes; };
+  while (inLane() * least.height() > room.height() && (lanes + 1) * least.width() <= room.width()) ++lanes;
+  if (inLane() * least.height() > room.height())
+    room = {std::max(least.width(), room.width() - style()->pixelMetric(QStyle::PM_ScrollBarExtent)), inLane() * least.height()};
+  for (int lane = 0, i = 0; lane < lanes; ++lane) {
+    const int from = i, end = count * (lane + 1) / lanes, left = room.width() * lane / lanes, right = room.width() * (lane + 1) / lanes;
+    for (; i < end; ++i) {
+      const int top = room.height() * (i - from) / (end - from), bottom = room.height() * (i - from + 1) / (end - from);
+      const QRect place(left, top, right - left, bottom - top);
+      windows[i]->setGeometry(rows == Qt::Vertical ? place : QRect(place.y(), place.x(), place.height(), place.width()));
+    }
   }
   mdi_->setActiveSubWindow(active);
 }
@@ -169,7 +190,7 @@ void frmMain::chooseWindow() {
   const QList<frmDocument*> order = tabs_->inOrder();
   for (frmDocument* document : order) {
     const QString& name = document->CurrentFileName();
-    list->addItem(plainForDisplay(name.isEmpty() ? document->Caption() : document->Caption() + QLatin1String("  ") + name));
+    list->addItem(name.isEmpty() ? document->Caption() : document->Caption() + QLatin1String("  ") + nameForDisplay(name));
   }
   list->setCurrentRow(int(std::max<qsizetype>(0, order.indexOf(activeDocument()))));
   connect(filter, &QLineEdit::textChanged, list, [list](const QString& part) {

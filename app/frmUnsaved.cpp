@@ -20,7 +20,7 @@ frmUnsaved::frmUnsaved(frmMain& frame, const QList<frmDocument*>& changed) : QDi
   list_->setAccessibleName(tr("Changed texts"));
   for (const frmDocument* document : changed) {
     const QString& path = document->CurrentFileName();
-    auto* row = new QListWidgetItem(plainForDisplay(path.isEmpty() ? document->CurrentFileTitle() : path, 300), list_);
+    auto* row = new QListWidgetItem(nameForDisplay(path.isEmpty() ? document->CurrentFileTitle() : path, 300), list_);
     row->setFlags(row->flags() | Qt::ItemIsUserCheckable);
     row->setCheckState(Qt::Checked);
   }

@@ -131,3 +131,9 @@ QString plainForDisplay(const QString& text, int maxLength) {
   }
   return shown;
 }
+
+QString nameForDisplay(const QString& name, int maxLength) {
+  const QString shown = plainForDisplay(name, maxLength);
+  const bool hidden = !shown.isEmpty() && (shown.front().isSpace() || shown.back().isSpace());
+  return hidden ? u'"' + shown + u'"' : shown;
+}

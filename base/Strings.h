@@ -22,3 +22,5 @@ QStringList splitCrLf(const QString& text);  // entries of a list whose lines ea
 
 // Plain text for titles, boxes and logs: control and invisible characters as visible escapes, at most maxLength characters.
 QString plainForDisplay(const QString& text, int maxLength = 2000);
+// The name or path of a file in the same way; between quotation marks where a blank at either end would not be seen.
+QString nameForDisplay(const QString& name, int maxLength = 2000);

@@ -188,11 +188,14 @@ void frmDocument::showLineEnds() {
   if (Frame* main = frame()) main->setUnixPanel(!cmx->EnableCRLF(), shared_->mixedBreaks);
 }
 
-QString frmDocument::Caption() const { return shared_->modified ? shared_->title + u'*' : shared_->title; }
+QString frmDocument::Caption() const {
+  const QString title = nameForDisplay(shared_->title, 200);
+  return shared_->modified ? title + u'*' : title;
+}
 
 void frmDocument::updateCaption() {
   for (frmDocument* window : shared_->windows) {
-    QString caption = plainForDisplay(window->Caption(), 200);
+    QString caption = window->Caption();
     caption.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));   // a place holder of the tool kit otherwise
     window->setWindowTitle(caption);
     emit window->captionChanged();
@@ -244,7 +247,7 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   if (Frame* main = frame()) main->setPanel(2, QString::number(cmx->LineCount()) + tr(" Lines"));
   shared_->mixedBreaks = text::lineEndsOf(cmx->model()->snapshot(), kBreaksLook) == text::LineEnds::mixed;
   showLineEnds();
-  SetStatusText(path);
+  SetStatusText(nameForDisplay(path));
 }
 
 // Exchanges only what differs, so that caret, bookmarks and folded work elsewhere in the text stay where they are.
@@ -347,7 +350,7 @@ bool frmDocument::SaveDocumment(const QString& path) {
   }
   shared_->stampTakenNs = nowNs();
   if (shared_->recovery) shared_->recovery->saved();
-  SetStatusText(path);
+  SetStatusText(nameForDisplay(path));
   return true;
 }
 
@@ -457,7 +460,7 @@ void frmDocument::focusWork() {
   if (!main) return;
   main->setUndoRedo(cmx->CanUndo(), cmx->CanRedo());
   showLineEnds();
-  main->setPanel(1, shared_->name.isEmpty() ? shared_->title : shared_->name);
+  main->setPanel(1, nameForDisplay(shared_->name.isEmpty() ? shared_->title : shared_->name));
   RowAndCol();
   main->refreshToolbar();
 }

@@ -98,7 +98,7 @@ const QString kViewStatusBar = QStringLiteral("mnuViewStatusBar"), kViewToolbar 
               kCustom = QStringLiteral("mCustom"), kSeparator = QStringLiteral("-");
 
 // "&" starts a mnemonic in a caption; a name shows its own.
-QString inMenu(QString name) { return plainForDisplay(name, 200).replace(u'&', QLatin1String("&&")); }
+QString inMenu(QString name) { return nameForDisplay(name, 200).replace(u'&', QLatin1String("&&")); }
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 #include <QDockWidget>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QSet>
 
 #include "app/DocumentTabs.h"
 #include "document/frmLog.h"
@@ -56,6 +57,33 @@ TEST_F(Windows, TilesCoverTheRoomWithoutGaps) {
     }
     EXPECT_EQ(edge, rows == Qt::Vertical ? room.height() : room.width());
   }
+}
+
+TEST_F(Windows, ManyTilesStayOfUse) {
+  for (int i = 0; i < 34; ++i) main->LoadNewDoc();
+  for (const Qt::Orientation rows : {Qt::Vertical, Qt::Horizontal}) {
+    main->tile(rows);
+    QRegion covered;
+    for (frmDocument* document : main->documents()) {
+      const QRect place = windowOf(document)->geometry();
+      EXPECT_FALSE(covered.intersects(place));
+      EXPECT_GE(document->cmx->height(), 4 * document->cmx->fontMetrics().lineSpacing());
+      EXPECT_GE(document->cmx->width(), 20 * document->cmx->fontMetrics().averageCharWidth());
+      covered += place;
+    }
+  }
+}
+
+TEST_F(Windows, NamesThatDifferInABlankLookDifferent) {
+  QSet<QString> tabTexts, menuTexts;
+  for (const char* name : {"a.v", "a.v ", " a.v"}) open(name);
+  QMenu list;
+  main->fillWindowList(list);
+  for (const QAction* entry : list.actions()) menuTexts << entry->text().trimmed().mid(3).trimmed();
+  for (int tab = 0; tab < tabs().count(); ++tab) tabTexts << tabs().tabText(tab).trimmed();
+  EXPECT_EQ(tabTexts, QSet<QString>({q("a.v"), q("\"a.v \""), q("\" a.v\"")}));
+  tabTexts << QString();   // the line above the list
+  EXPECT_EQ(menuTexts, tabTexts);
 }
 
 TEST_F(Windows, ComeBackWholeFromEveryState) {

@@ -82,6 +82,8 @@ TEST(Strings, H1_NothingInvisibleIsDisplayed) {
   EXPECT_EQ(s(plainForDisplay(q("12345"), 5)), "12345");
   EXPECT_EQ(s(plainForDisplay(q("123456"), 5)), "1234\xE2\x80\xA6");
   EXPECT_EQ(s(plainForDisplay(q("123\xF0\x9F\x98\x80xx"), 5)), "123\xE2\x80\xA6");   // no half character
+  EXPECT_EQ(s(nameForDisplay(q("a b.v"))), "a b.v");
+  EXPECT_EQ(s(nameForDisplay(q("a.v "))), "\"a.v \"");
   EXPECT_LE(plainForDisplay(QString(10'000, QChar(1)), 100).size(), 100);
 }
 
