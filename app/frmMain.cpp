@@ -120,6 +120,7 @@ void frmMain::activate(frmDocument* document) {
   if (!window) return;
   if (window->isMinimized()) window->showNormal();
   mdi_->setActiveSubWindow(window);
+  scrollTo(*window);
   active_ = document;
   tabs_->setActive(document);
   document->cmx->setFocus();

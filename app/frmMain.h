@@ -162,6 +162,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   QSize windowRoom() const;
   QSize leastTile() const;                     // precondition: there is a document
   void keepInside(QMdiSubWindow& window);
+  void scrollTo(const QMdiSubWindow& window);  // where the windows take more room than there is
   QList<QMdiSubWindow*> normalWindows();
   void workOn(frmDocument* document);          // what goes with the active document: panels, menus, current folder
   frmDocument* documentOn(const QString& name);   // that shows this file, also by a link to it; null: none

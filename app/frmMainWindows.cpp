@@ -14,6 +14,7 @@
 #include <QMenu>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QScrollBar>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -117,6 +118,16 @@ void frmMain::cascade() {
   mdi_->setActiveSubWindow(active);
 }
 
+void frmMain::scrollTo(const QMdiSubWindow& window) {
+  if (window.isMaximized()) return;
+  const QRect place = window.geometry(), seen = mdi_->viewport()->rect();
+  const auto by = [](int from, int end, int room) { return end > room ? std::min(from, end - room) : std::min(from, 0); };
+  QScrollBar* across = mdi_->horizontalScrollBar();
+  QScrollBar* down = mdi_->verticalScrollBar();
+  across->setValue(across->value() + by(place.left(), place.right() + 1, seen.width()));
+  down->setValue(down->value() + by(place.top(), place.bottom() + 1, seen.height()));
+}
+
 // What a tile must have to be of use: some lines and columns of text inside its frame.
 QSize frmMain::leastTile() const {
   constexpr int kLines = 4, kColumns = 20, kMarginColumns = 7;
@@ -151,6 +162,7 @@ void frmMain::tile(Qt::Orientation rows) {
     }
   }
   mdi_->setActiveSubWindow(active);
+  if (active) scrollTo(*active);
 }
 
 void frmMain::nextWindow(int step) {

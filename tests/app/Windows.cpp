@@ -71,6 +71,10 @@ TEST_F(Windows, ManyTilesStayOfUse) {
       EXPECT_GE(document->cmx->width(), 20 * document->cmx->fontMetrics().averageCharWidth());
       covered += place;
     }
+    const QRect room = main->mdi().viewport()->rect();
+    EXPECT_TRUE(room.contains(windowOf(main->activeDocument())->geometry()));
+    main->nextWindow(1);
+    EXPECT_TRUE(room.contains(windowOf(main->activeDocument())->geometry()));
   }
 }
 
