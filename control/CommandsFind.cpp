@@ -124,7 +124,7 @@ std::string findBytes(Editor& e, const SearchState& state) {
 }
 
 Replacement replacementOf(Editor& e, const SearchState& state) {
-  return {fromQString(state.replaceText), keepsCase(e, state), {e.model().enableCrlf() ? LineBreak::crlf : LineBreak::lf}};
+  return {fromQString(state.replaceText), keepsCase(e, state), e.model().newLines()};
 }
 
 bool keepsCase(Editor& e, const SearchState& state) { return state.preserveCase || e.options().preserveCase; }

@@ -5,6 +5,7 @@
 
 #include "control/LanguageTable.h"
 #include "text/Chars.h"
+#include "text/LineEnds.h"
 #include "text/LongColors.h"
 
 QString toQString(std::string_view bytes) {
@@ -58,7 +59,7 @@ struct TextModel::Impl {
   text::LongColors longColors;
   std::vector<text::LineNo> bookmarks;    // ascending
   bool modified = false;                  // as last announced
-  bool loadedCrlf = kPlatformCrlf;        // enableCrlf() until somebody chooses: as the first line ends
+  bool loadedCrlf = text::kPlatformCrlf;        // enableCrlf() until somebody chooses: as the first line ends
   bool crlf = loadedCrlf;                 // as last announced
 
   void moveBookmarks(const text::Change& change, const text::Snapshot& now);
@@ -130,15 +131,8 @@ void TextModel::setEnableCrlf(bool on) {
   announceLineEnds();
 }
 
-std::string TextModel::newLineFor(text::LineNo line) const {
-  const text::Snapshot& now = snapshot();
-  if (now.lineMode() == text::LineMode::cr) return std::string(breakBytes(text::LineBreak::cr));
-  if (document_.newLine() == text::LineBreak::none) {
-    text::LineBreak neighbour = now.lineBreak(line);
-    if (neighbour == text::LineBreak::none && line.value > 0) neighbour = now.lineBreak(line - 1);
-    if (neighbour != text::LineBreak::none) return std::string(breakBytes(neighbour));
-  }
-  return std::string(breakBytes(enableCrlf() ? text::LineBreak::crlf : text::LineBreak::lf));
+text::NewLines TextModel::newLines() const {
+  return {enableCrlf() ? text::LineBreak::crlf : text::LineBreak::lf, document_.newLine() != text::LineBreak::none};
 }
 
 void TextModel::convertLineEnds(bool crlf, const text::SelectionState& before) {
@@ -240,7 +234,7 @@ void TextModel::replaceAll(text::Snapshot snapshot, text::FileFormat newFormat) 
   if (snapshot.lineMode() == text::LineMode::cr) {
     impl_->loadedCrlf = true;
   } else if (snapshot.lineCount() == 1) {
-    impl_->loadedCrlf = kPlatformCrlf;
+    impl_->loadedCrlf = text::kPlatformCrlf;
   } else {
     const text::ByteOffset end = snapshot.lineEndWithBreak(text::LineNo(0));
     impl_->loadedCrlf = snapshot.lineBreak(text::LineNo(0)) == text::LineBreak::crlf;

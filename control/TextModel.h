@@ -11,17 +11,12 @@
 #include "text/Document.h"
 #include "text/FileIo.h"
 #include "text/Highlight.h"
+#include "text/NewLines.h"
 
 // Conversion at the border of the engine: valid UTF-8 to characters; a bad byte b to the lone surrogate U+DC00 + b, and back,
 // so that both ways are exact. Other lone surrogates become U+FFFD.
 QString toQString(std::string_view bytes);
 std::string fromQString(QStringView text);
-
-#ifdef Q_OS_WIN
-inline constexpr bool kPlatformCrlf = true;   // what ends the lines of this platform's texts
-#else
-inline constexpr bool kPlatformCrlf = false;
-#endif
 
 class TextModel : public QObject {
   Q_OBJECT
@@ -43,7 +38,8 @@ class TextModel : public QObject {
   // of the line that it splits (or of its neighbour above), so mixed files stay as they are.
   bool enableCrlf() const;
   void setEnableCrlf(bool on);
-  std::string newLineFor(text::LineNo line) const;
+  text::NewLines newLines() const;
+  std::string newLineFor(text::LineNo line) const { return std::string(newLines().at(snapshot(), line)); }
   // Converts every line break of the text and sets enableCrlf(), as one undo step. An explicit act of the user. `before` is the
   // selection that undo comes back to.
   void convertLineEnds(bool crlf, const text::SelectionState& before = {});

@@ -430,7 +430,7 @@ bool frmDocument::SetCRLF(const QString& path) {
   text::FileSystem& files = text::fileSystem();
   const int fd = files.openAt(text::FileSystem::kCwd, fromQString(path), text::kRead | text::kNonBlock, 0);
   if (fd < 0) return false;
-  bool crlf = kPlatformCrlf;
+  bool crlf = text::kPlatformCrlf;
   char block[16384];
   for (;;) {
     const std::int64_t got = files.read(fd, block, sizeof block);
