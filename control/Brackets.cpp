@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::string_view kOpeners = "([{", kClosers = ")]}";
 constexpr std::int64_t kStep = 1 << 20;   // bytes of states found between two looks at the control
+constexpr std::int64_t kLineCost = 64;   // bytes that a line costs beside its own
 constexpr std::int64_t kLinesBack = 64;   // a stretch of lines is coloured forwards, then read backwards
 
 struct Sign {
@@ -53,7 +54,7 @@ class Scanner {
   // The brackets of one line; `state` becomes that of the next.
   std::vector<Sign> line(LineNo number, LineState& state) {
     const std::int64_t length = text_.lineEndWithBreak(number) - text_.lineStart(number);
-    budget_ -= length;
+    budget_ -= length + kLineCost;
     if (spent() || !go(length)) return {};
     const std::string bytes = text_.line(number);
     tokens_.clear();
@@ -146,10 +147,12 @@ std::optional<BracketPair> pairAt(Scanner& scanner, ByteOffset caret) {
 
 }  // namespace
 
-std::optional<BracketPair> matchingBracket(TextModel& model, ByteOffset caret, std::int64_t budgetBytes) {
+std::optional<BracketPair> matchingBracket(TextModel& model, ByteOffset caret, std::int64_t budgetBytes, bool* cut) {
   const auto stateAt = [&model](LineNo line, std::int64_t budget, bool* exact) { return model.stateAt(line, budget, exact); };
   Scanner scanner(model.snapshot(), model.highlighter(), stateAt, budgetBytes, nullptr);
-  return pairAt(scanner, caret);
+  const auto pair = pairAt(scanner, caret);
+  if (cut) *cut = scanner.spent();
+  return pair;
 }
 
 std::optional<BracketPair> matchingBracket(const Snapshot& text, std::shared_ptr<const Highlighter> colors, ByteOffset caret,

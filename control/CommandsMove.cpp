@@ -135,8 +135,9 @@ void gotoMatchBrace(Editor& e, const QVariant&) {
   bool known = true;   // not guessed what is comment and what is code
   e.model().stateAt(text.lineAt(caret), kNear, &known);
   std::optional<BracketPair> pair;
-  if (known) pair = matchingBracket(e.model(), caret, kNear);
-  if (!pair && text.size().value > kNear) {
+  bool cut = !known;
+  if (known) pair = matchingBracket(e.model(), caret, kNear, &cut);
+  if (!pair && cut) {
     const auto colors = e.model().highlighter() ? LanguageTable::find(e.model().language()) : nullptr;
     e.host().work(text.size().value, [&](SearchControl& control) { pair = matchingBracket(text, colors, caret, control); });
   }

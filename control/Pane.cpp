@@ -18,7 +18,7 @@ using text::ByteOffset;
 using text::LineNo;
 
 namespace {
-constexpr std::int64_t kBracketBudget = 128 * 1024;   // bytes looked through for a partner while painting
+constexpr std::int64_t kBracketBudget = 256 * 1024;   // bytes looked through for a partner while painting
 }
 
 Pane::Action::~Action() {

@@ -2,6 +2,7 @@
 // is: both have a budget, and depth is only counted.
 #include "control/Brackets.h"
 
+#include "control/CommandTable.h"
 #include "control/LanguageTable.h"
 #include "control/TextModel.h"
 #include "tests/control/PaneFixture.h"
@@ -83,4 +84,24 @@ TEST_F(Brackets, PairsAreFoundAcrossLinesCommentsAndStrings) {
     ASSERT_TRUE(back) << text;
     EXPECT_EQ(back->partner.value, std::int64_t(open)) << text;
   }
+}
+
+// The most that is looked through at once, and the text is that long: one more would go to a thread.
+TEST_F(Brackets, APairAroundAllThatIsLookedThroughAtOnceIsFound) {
+  constexpr std::int64_t kNear = 1 << 20;
+  for (const char* language : {"", "BracketTest"})
+    for (const std::int64_t size : {kNear - 1, kNear, kNear + 1})
+      for (const bool fromEnd : {false, true}) {
+        std::string text = "(" + repeated("some text of a line\n", int(size / 20));
+        text.resize(std::size_t(size - 1), 'x');
+        text += ')';
+        SCOPED_TRACE(std::string(language) + " " + std::to_string(size) + (fromEnd ? " from the end" : " from the front"));
+        control.model()->replaceAll(text::Snapshot(text), {});
+        control.setLanguage(QString());
+        control.setLanguage(QString::fromLatin1(language));
+        const text::ByteOffset from(fromEnd ? size - 1 : 0), to(fromEnd ? 0 : size - 1);
+        control.editor().setSelection({from, from});
+        control.ExecuteCmd(commandByName(u"GOTOMATCHBRACE")->id);
+        EXPECT_EQ(control.editor().selection().caret, to);
+      }
 }
