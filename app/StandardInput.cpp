@@ -1,12 +1,12 @@
 #include "app/StandardInput.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <cerrno>
 
 #include "app/frmMain.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "control/TextModel.h"
 #include "text/FileIo.h"
 
@@ -47,9 +47,12 @@ bool isSpooledInput(const QString& path) {
 }
 
 void takeInLeftInput(frmMain& frame) {
-  const QDir folder(userStateFolder());
-  for (const QString& name : folder.entryList({kPrefix + u'*'}, QDir::Files, QDir::Name)) {
-    const QString path = folder.path() + u'/' + name;
+  const QString folder = userStateFolder();
+  QStringList names = folderNames(folder);
+  names.sort();
+  for (const QString& name : std::as_const(names)) {
+    const QString path = folder + u'/' + name;
+    if (!name.startsWith(kPrefix) || !isRegularFile(path)) continue;
     const text::files::Descriptor lock = lockSpooled(path);
     if (lock.ok() && text::fileExists(fromQString(path))) frame.takeIn(path);   // while we waited nobody else took it
   }

@@ -1,7 +1,6 @@
 #include "app/mGlobals.h"
 
 #include <QApplication>
-#include <QFileInfo>
 #include <QTimer>
 #include <QUrl>
 #include <cstdio>
@@ -190,7 +189,7 @@ void openHandbook(QWidget& beside) {
 void openLanguageHelp(const frmDocument* about) {
   QString file = languages().GetHelp();
   if (file.isEmpty()) return;
-  const bool isFile = QFileInfo::exists(file);
+  const bool isFile = fileIsThere(fullPath(file));
   const QString path = isFile ? file : QUrl(file).path();   // what stands behind "?" or "#" names no page
   const bool page = path.endsWith(QLatin1String(".html")) || path.endsWith(QLatin1String(".htm"));
   const QString word = about ? about->GetCurrentWord() : QString();
@@ -199,9 +198,9 @@ void openLanguageHelp(const frmDocument* about) {
   if (!page && scheme != QLatin1String("http") && scheme != QLatin1String("https") &&
       !trust::may(trust::Deed::start, file, *languages().Language(), languages()))
     return;
-  QUrl url = isFile ? QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath()) : QUrl(file);
+  QUrl url = isFile ? fileUrl(fullPath(file)) : QUrl(file);
   if (page && !word.isEmpty()) url.setFragment(word);
-  if (!dialogs().openUrl(url.hasFragment() ? url.toString(QUrl::FullyEncoded) : file))
+  if (!dialogs().openUrl(isFile || url.hasFragment() ? url.toString(QUrl::FullyEncoded) : file))
     MsgBox(QCoreApplication::translate("mGlobals", "The help file cannot be shown: %1").arg(file));
 }
 

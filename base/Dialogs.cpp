@@ -14,6 +14,7 @@
 #include <algorithm>
 
 #include "base/FileFilter.h"
+#include "base/OddNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 
@@ -136,7 +137,7 @@ class DesktopDialogs : public Dialogs {
     dialog.setOption(QFileDialog::DontConfirmOverwrite);   // its own question would take a file name for markup
     for (;;) {
       const QString path = run(dialog, request).value(0);
-      if (path.isEmpty() || !QFileInfo::exists(path)) return path;
+      if (path.isEmpty() || !(request.disk ? request.disk->exists(path) : QFileInfo::exists(path))) return path;
       const QString question =
           QCoreApplication::translate("Dialogs", "%1 already exists.\nDo you want to replace it?").arg(plainForDisplay(path));
       if (messageBox(question, dialog.windowTitle(), Icon::exclamation, Buttons::yesNo) == Answer::yes) return path;
@@ -158,14 +159,17 @@ class DesktopDialogs : public Dialogs {
       dialog.setNameFilters(filters);
       dialog.selectNameFilter(filters.value(request.filterIndex - 1, filters.first()));
     }
-    if (!request.folder.isEmpty()) dialog.setDirectory(request.folder);
+    if (!request.folder.isEmpty()) dialog.setDirectory(plainPart(request.folder));
     if (!request.name.isEmpty()) dialog.selectFile(request.name);
     if (!request.defaultExtension.isEmpty()) dialog.setDefaultSuffix(request.defaultExtension);
   }
 
   static QStringList run(QFileDialog& dialog, FileDialogRequest& request) {
     const ModalGuard guard;
+    std::unique_ptr<OddNames> others;
+    if (request.disk) others = std::make_unique<OddNames>(dialog, *request.disk, request.folder);
     if (dialog.exec() != QDialog::Accepted) return {};
+    if (others && !others->chosen().isEmpty()) return {others->chosen()};
     const qsizetype entry = dialogFilters(request.filter).indexOf(dialog.selectedNameFilter());
     if (entry >= 0) request.filterIndex = static_cast<int>(entry) + 1;
     return dialog.selectedFiles();

@@ -16,6 +16,14 @@ enum class Answer { ok, cancel, yes, no };
 // What closing a box without a choice means: cancel where it has that button, else no, else ok.
 Answer declined(Buttons buttons);
 
+// How a file dialog looks at the disk. A name is bytes to the system, and the tool kit knows those alone that are UTF-8; here each byte
+// that is none is a lone surrogate.
+struct FileLook {
+  bool (*exists)(const QString& path);
+  bool (*isFolder)(const QString& path);
+  QStringList (*names)(const QString& folder);   // of all that is in it
+};
+
 struct FileDialogRequest {
   QString title;
   QString filter;             // "Name (*.a;*.b)|*.a;*.b|..." pairs, as the language manager builds it
@@ -23,6 +31,7 @@ struct FileDialogRequest {
   QString folder, name;       // start folder and proposed name
   QString defaultExtension;   // without the dot
   bool multiple = false;      // open only
+  const FileLook* disk = nullptr;   // null: the tool kit's look
 };
 
 class Dialogs {

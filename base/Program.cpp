@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QStandardPaths>
 
 #include "base/Strings.h"
 
@@ -28,17 +27,6 @@ bool holdsOurFiles(const QString& folder) {
          QFileInfo(joinPath(folder, QStringLiteral("Samples"))).isDir();
 }
 
-// The folder, made with mode 0700 when it is missing; one that exists keeps its rights.
-QString privateFolder(const QString& parent) {
-  const QDir dir(parent);
-  const QString name = QStringLiteral("zelkor");
-  if (!dir.exists(name)) {
-    dir.mkpath(QStringLiteral("."));
-    dir.mkdir(name, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-  }
-  return dir.filePath(name);
-}
-
 }  // namespace
 
 QString applicationFolder() {
@@ -47,19 +35,6 @@ QString applicationFolder() {
   return holdsOurFiles(own) ? own : QDir::cleanPath(own + QStringLiteral("/../share/zelkor"));
 }
 void setApplicationFolder(const QString& folder) { chosenFolder() = folder; }
-
-QString userConfigFolder() {
-  return privateFolder(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
-}
-
-QString userStateFolder() {
-#ifdef Q_OS_WIN
-  return privateFolder(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
-#else
-  const QString set = qEnvironmentVariable("XDG_STATE_HOME");   // a relative value is to be ignored
-  return privateFolder(QDir::isAbsolutePath(set) ? set : QDir::home().filePath(QStringLiteral(".local/state")));
-#endif
-}
 
 void SetStatusText(const QString& text) {
   if (sink()) sink()(text);

@@ -11,10 +11,6 @@ inline constexpr char kApplicationTitle[] = "Zelkor Editor";
 QString applicationFolder();
 void setApplicationFolder(const QString& folder);
 
-// The user's own folders, made on first use with mode 0700: settings, and state (journal, sockets).
-QString userConfigFolder();
-QString userStateFolder();
-
 // Shows text in the first panel of the frame's status bar at once, so that a message shows during a long operation.
 // Without a frame (tests, batch mode) it goes to the sink that was set, or nowhere.
 void SetStatusText(const QString& text);

@@ -4,11 +4,13 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 #include <optional>
 #include <utility>
 
 class QUrl;
+struct FileLook;
 
 QString currentFolder();                      // of the process; empty when it is gone
 bool setCurrentFolder(const QString& folder); // false: it stays where it is
@@ -23,4 +25,14 @@ bool isFolder(const QString& path);
 using FileId = std::pair<std::uint64_t, std::uint64_t>;
 std::optional<FileId> fileId(const QString& path);
 bool isSameFile(const QString& a, const QString& b);   // both are there, and are one file under two names
+bool isRunnable(const QString& path);         // a file that this user may start
+QStringList folderNames(const QString& folder);   // all that is in it but "." and "..", unsorted; none where it cannot be read
 QString localFile(const QUrl& url);           // the name that a file's address stands for
+QUrl fileUrl(const QString& path);            // and the address of a file
+QString environmentPath(const char* variable);    // empty where it is not set
+
+// The user's own folders, made on first use with mode 0700: settings, and state (journal, sockets).
+QString userConfigFolder();
+QString userStateFolder();
+
+const FileLook& exactFiles();                 // for the file dialogs (base/Dialogs.h)

@@ -6,6 +6,7 @@
 
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "control/TextModel.h"
 #include "text/FileSystem.h"
 
@@ -41,7 +42,7 @@ bool isPrivate(const QString& folder) {
 
 Rendezvous::Rendezvous(const QString& display) {
   for (const QChar c : display.left(40)) name_ += c.isLetterOrNumber() && c.unicode() < 128 ? c : QChar(u'_');
-  const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+  const QString runtime = environmentPath("XDG_RUNTIME_DIR");
   if (runtime.startsWith(u'/') && isPrivate(runtime) && take(runtime + kFolder)) return;
   take(userStateFolder() + kFolder);
 }

@@ -1,8 +1,9 @@
 #include "document/CommandLine.h"
 
-#include <QFileInfo>
+#include <QDir>
 #include <cerrno>
 
+#include "control/FileNames.h"
 #include "control/TextModel.h"
 
 namespace {
@@ -86,9 +87,8 @@ QStringList programArguments(const QString& line, const std::function<void(QStri
 
 int findProgram(const std::string& name, const std::string& searchPath, std::string* file) {
   const auto runnable = [&](const std::string& path) {
-    const QFileInfo info(QString::fromLocal8Bit(path.data(), qsizetype(path.size())));
-    if (!info.isFile()) return ENOENT;
-    return info.isExecutable() ? 0 : EACCES;
+    const QString program = toQString(path);
+    return isRunnable(program) ? 0 : isRegularFile(program) ? EACCES : ENOENT;
   };
   if (name.empty()) return ENOENT;
 #ifdef _WIN32
@@ -107,7 +107,7 @@ int findProgram(const std::string& name, const std::string& searchPath, std::str
     const std::size_t end = std::min(searchPath.find(separator, begin), searchPath.size());
     const std::string folder = searchPath.substr(begin, end - begin);
     begin = end + 1;
-    if (!QFileInfo(QString::fromLocal8Bit(folder.data(), qsizetype(folder.size()))).isAbsolute()) continue;
+    if (!QDir::isAbsolutePath(toQString(folder))) continue;
     const std::string path = folder + '/' + name;
     const int found = runnable(path);
     if (found == 0) {

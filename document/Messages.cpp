@@ -75,7 +75,7 @@ bool speaksOfError(QStringView logLine) {
 bool MessageFinder::holds(const QString& folder, const QString& file) {
   auto known = entries_.find(folder);
   if (known == entries_.end()) {
-    const QStringList names = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System);
+    const QStringList names = folderNames(folder) << u"."_s << u".."_s;
     known = entries_.insert(folder, QSet<QString>(names.begin(), names.end()));
   }
   return known->contains(file.section(u'/', 0, 0)) && isRegularFile(QDir(folder).filePath(file));

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "base/Program.h"
+#include "control/FileNames.h"
 
 namespace {
 RecoverySession* session = nullptr;

@@ -4,6 +4,7 @@
 
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "document/RegistryFile.h"
 
 namespace registry {

@@ -6,6 +6,7 @@
 
 #include "base/Dialogs.h"
 #include "base/Strings.h"
+#include "control/TextModel.h"
 #include "document/modRegistry.h"
 #include "language/DefinitionText.h"
 #include "language/ucCM.h"
@@ -22,7 +23,7 @@ bool all = false;
 QString contentOf(ucCM& manager) {
   QCryptographicHash hash(QCryptographicHash::Sha256);
   for (const auto& language : *manager.Languages())
-    if (manager.isForeign() || language->isForeign) hash.addData(definition::writeLanguage(*language, false).toUtf8());
+    if (manager.isForeign() || language->isForeign) hash.addData(QByteArray::fromStdString(fromQString(definition::writeLanguage(*language, false))));
   return QString::fromLatin1(hash.result().toHex());
 }
 
@@ -54,7 +55,7 @@ bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager)
 
 bool mayBeValue(const QString& what, const QString& shown) {
   if (all) return true;
-  const QByteArray hash = QCryptographicHash::hash(what.toUtf8(), QCryptographicHash::Sha256);
+  const QByteArray hash = QCryptographicHash::hash(QByteArray::fromStdString(fromQString(what)), QCryptographicHash::Sha256);
   return isKnown(QString::fromLatin1(hash.toHex()),
                  tr("The value of a variable is about to start a program or to write a file:\r\n%1\r\nDo you want to allow it?")
                      .arg(plainForDisplay(shown, 500)));

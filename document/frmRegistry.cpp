@@ -127,7 +127,7 @@ void frmRegistry::followFolder(const QString& folder) {
 
 QStringList frmRegistry::stdOpenFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
                                      const QString& name, bool multiple) {
-  FileDialogRequest request{title, filter, filterIndex, folder, name, {}, multiple};
+  FileDialogRequest request{title, filter, filterIndex, folder, name, {}, multiple, &exactFiles()};
   QStringList chosen = dialogs().openFile(request);
   filterIndex = request.filterIndex;
   if (!chosen.isEmpty()) followFolder(GetFileDir(chosen.first()));
@@ -136,7 +136,7 @@ QStringList frmRegistry::stdOpenFile(const QString& title, const QString& filter
 
 QString frmRegistry::stdSaveFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
                                  const QString& name) {
-  FileDialogRequest request{title, filter, filterIndex, folder, name, {}, false};
+  FileDialogRequest request{title, filter, filterIndex, folder, name, {}, false, &exactFiles()};
   // The extension has to be known before the dialog asks about overwriting.
   const QString pattern = filter.split(u'|').value(filterIndex * 2 - 1).section(u';', 0, 0);
   if (pattern.startsWith(QLatin1String("*.")) && pattern != QLatin1String("*.*")) request.defaultExtension = pattern.mid(2);
@@ -148,6 +148,7 @@ QString frmRegistry::stdSaveFile(const QString& title, const QString& filter, in
 
 QString frmRegistry::stdHelpFile(const QString& folder) {
   FileDialogRequest request;
+  request.disk = &exactFiles();
   request.title = tr("Help File");
   request.filter = tr("Help files") + QLatin1String(" (*.html;*.htm;*.pdf;*.txt;*.md)|*.html;*.htm;*.pdf;*.txt;*.md|(*.*)|*.*|");
   request.folder = folder;

@@ -1,11 +1,11 @@
 #include "language/ucCM.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include "base/Dialogs.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "control/LanguageTable.h"
 #include "control/TextModel.h"
 #include "language/DefinitionText.h"
@@ -54,9 +54,8 @@ QString shippedFolder() { return joinPath(applicationFolder(), QStringLiteral("c
 
 // A link is where it leads.
 bool isBelow(const QString& path, const QString& folder) {
-  const QFileInfo info(path);
-  const QString file = info.exists() ? info.canonicalFilePath() : QFileInfo(info.path()).canonicalFilePath() + u'/' + info.fileName();
-  const QString place = QFileInfo(folder).canonicalFilePath();
+  const QString file = fileIsThere(path) ? foldersRealPath(path) : foldersRealPath(GetFileDir(path)) + u'/' + GetFileTitle(path);
+  const QString place = foldersRealPath(folder);
   return !place.isEmpty() && file.startsWith(place + u'/');
 }
 
@@ -104,6 +103,7 @@ void ucCM::setIniFile(const QString& path) {
 
 bool ucCM::BrowseIniFile() {
   FileDialogRequest request;
+  request.disk = &exactFiles();
   request.title = QStringLiteral("Select IniFile");
   request.filter = QStringLiteral("*.ini");
   request.defaultExtension = QStringLiteral("ini");

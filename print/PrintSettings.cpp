@@ -1,12 +1,12 @@
 #include "print/PrintSettings.h"
 
 #include <QDateTime>
-#include <QFileInfo>
 #include <QFontInfo>
 #include <QLocale>
 
 #include "base/FixedFont.h"
 #include "control/CodeMax.h"
+#include "control/FileNames.h"
 #include "control/VSPrinter.h"
 #include "document/frmDocument.h"
 #include "document/mCMXParser.h"
@@ -133,7 +133,8 @@ bool layOut(CodeMax& cmx, const QString& title, const PrintSettings& settings, C
   settings.copyOptionsTo(wrap);
   settings.applyTo(printer);
   wrap.cmx = &cmx;
-  const QDateTime changed = wrap.FilePath.isEmpty() ? QDateTime() : QFileInfo(wrap.FilePath).lastModified();
+  const text::FileStamp file = wrap.FilePath.isEmpty() ? text::FileStamp() : text::stampOf(fromQString(wrap.FilePath), false);
+  const QDateTime changed = file.exists ? QDateTime::fromMSecsSinceEpoch(file.status.mtimeNs / 1'000'000) : QDateTime();
   const QString fileDate = QLocale().toString(changed.date(), QLocale::ShortFormat);
   printer.setHeader(GenerateHandF(wrap.HeaderText, wrap.HeaderEnabled, fileDate));
   printer.setFooter(GenerateHandF(wrap.FooterText, wrap.FooterEnabled, fileDate));

@@ -15,8 +15,11 @@
 #include <QToolBar>
 #include <QTreeWidget>
 
+#include "app/Arguments.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "control/TextModel.h"
+#include "document/frmLog.h"
 #include "tests/app/FrameFixture.h"
 
 namespace {
@@ -164,4 +167,59 @@ TEST_F(Names, H1_AreOnlyNamesWhereverTheyAreShown) {
     for (const char* where : {"window title", "action", "tab", "label"}) EXPECT_GT(seen[where], 0) << where << " never showed it";
     EXPECT_GE(boxesSeen, 5);
   }
+}
+
+// N1: a name that is no UTF-8 comes back byte by byte, whichever way it takes.
+TEST_F(FrameFixture, N1_ANameThatIsNoUtf8OpensFromEverywhereAndIsSaved) {
+  const std::string folder = dir.path().toStdString(), file = folder + "/odd\xFFname.v";
+  testing_files::writeRaw(file, "text\n");
+  const QString name = toQString(file), title = toQString("odd\xFFname.v");
+  const auto opens = [&](const char* how) {
+    frmDocument* document = main->activeDocument();
+    EXPECT_TRUE(document && document->CurrentFileName() == name) << how;
+    if (!document) return;
+    document->cmx->AppendText(q("%1\n").arg(QLatin1String(how)));
+    EXPECT_TRUE(main->saveActive()) << how;
+    trigger("mnuFileClose");
+  };
+  const Arguments line = parseArguments({title}, dir.path());
+  ASSERT_EQ(line.files.size(), 1);
+  main->openAt(line.files[0].path, 0, 0);
+  opens("argument");
+  frmRegistry::instance().mruFile.AddItem(name);
+  modRegistry::Flush();
+  frmRegistry::instance().mruFile.setItems({});
+  frmRegistry::instance().GetMRUList();
+  main->SetupMenus();
+  trigger("mnuFileMRU", 0);
+  opens("recent");
+  main->log()->AppendLog(title + q(":1: error\r\n"));
+  EXPECT_TRUE(main->log()->nextMessage());
+  opens("log");
+  Dialogs* const before = setDialogs(nullptr);
+  QTimer choose;
+  QObject::connect(&choose, &QTimer::timeout, [] {
+    QWidget* const box = QApplication::activeModalWidget();
+    auto* list = box ? box->findChild<QListWidget*>(q("oddNames")) : nullptr;
+    if (!list || !list->isVisible()) return;
+    EXPECT_EQ(list->count(), 1);
+    EXPECT_EQ(list->item(0)->text(), q("odd\\xffname.v"));
+    emit list->itemActivated(list->item(0));
+  });
+  choose.start(10);
+  trigger("mnuFileOpen");
+  choose.stop();
+  setDialogs(before);
+  opens("dialog");
+  EXPECT_EQ(testing_files::readRaw(file), "text\nargument\nrecent\nlog\ndialog\n");
+  EXPECT_EQ(folderNames(dir.path()).filter(q("odd")), QStringList{title}) << "and no other file came";
+
+  // The user's own folders too.
+  const QByteArray home = qgetenv("XDG_CONFIG_HOME");
+  qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(folder + "/home\xFF"));
+  EXPECT_EQ(fromQString(userConfigFolder()), folder + "/home\xFF/zelkor");
+  qputenv("XDG_CONFIG_HOME", home);
+  struct stat status {};
+  ASSERT_EQ(::stat((folder + "/home\xFF/zelkor").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0700u);
 }

@@ -12,6 +12,7 @@
 #include "app/LeftoverLook.h"
 #include "app/StandardInput.h"
 #include "base/Program.h"
+#include "control/FileNames.h"
 #include "document/Recovery.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"

@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 
 #include "base/Program.h"
+#include "control/FileNames.h"
 #include "document/Batch.h"
 #include "document/Languages.h"
 #include "document/modRegistry.h"

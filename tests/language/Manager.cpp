@@ -4,6 +4,7 @@
 
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "control/FileNames.h"
 #include "language/ucCM.h"
 #include "tests/language/Language.h"
 #include "tests/support/ScriptedDialogs.h"
