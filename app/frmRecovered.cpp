@@ -17,6 +17,8 @@
 #include "base/Dialogs.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
+#include "control/FileNames.h"
+#include "control/LongWork.h"
 #include "document/FileErrors.h"
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
@@ -309,6 +311,7 @@ void frmRecovered::SaveAs() {
   const text::RecoveredText found = textOf(entries_[std::size_t(at)]);
   if (!found.error.empty()) return;
   FileDialogRequest request;
+  request.disk = &exactFiles();
   request.title = tr("Save recovered text");
   request.filter = tr("All files (*)|*");
   request.folder = GetFileDir(toQString(found.about.path));
@@ -317,7 +320,9 @@ void frmRecovered::SaveAs() {
   if (path.isEmpty()) return;
   text::SaveOptions options;
   options.format = found.about.format;
-  const text::SaveResult saved = text::saveFile(fromQString(path), found.text, options);
+  text::SaveResult saved;
+  const auto save = [&](text::SearchControl& control) { saved = text::saveFile(fromQString(path), found.text, options, &control); };
+  LongWork::run(*this, found.text.size().value, save, tr("Saving %1").arg(plainForDisplay(path, 80)), false);
   if (!saved.ok()) {
     tellSaveError(path, toQString(saved.error));
     return;

@@ -140,14 +140,14 @@ Editor& CodeMax::editor() { return impl_->editor(); }
 
 QString CodeMax::OpenFile(const QString& path) {
   const std::string name = fromQString(path);
-  text::LoadedFile loaded;
-  const auto load = [&](text::SearchControl& control) { loaded = text::loadFile(name, {}, &control); };
-  LongWork::forFile(*this, text::stampOf(name, false).status.size, load, tr("Opening %1").arg(plainForDisplay(path, 80)), true);
-  if (!loaded.error.empty()) return toQString(loaded.error);
+  const auto loaded = std::make_shared<text::LoadedFile>();
+  const auto load = [name, loaded](text::SearchControl& control) { *loaded = text::loadFile(name, {}, &control); };
+  if (!LongWork::runOrLeave(*this, load, tr("Opening %1").arg(plainForDisplay(path, 80)))) return tr("Cancelled");
+  if (!loaded->error.empty()) return toQString(loaded->error);
   TextModel& model = *impl_->state.model;
-  model.stamp = std::move(loaded.stamp);
+  model.stamp = std::move(loaded->stamp);
   model.path = path;
-  model.replaceAll(std::move(loaded.text), loaded.format);
+  model.replaceAll(std::move(loaded->text), loaded->format);
   return {};
 }
 
@@ -159,8 +159,8 @@ text::SaveResult CodeMax::SaveFile(const QString& path, bool guardAgainstOthers)
   const std::uint64_t revision = model.document().revision();
   const text::Snapshot text = model.snapshot();
   text::SaveResult result;
-  const auto save = [&](text::SearchControl&) { result = text::saveFile(fromQString(path), text, options); };
-  LongWork::forFile(*this, text.size().value, save, tr("Saving %1").arg(plainForDisplay(path, 80)), false);
+  const auto save = [&](text::SearchControl& control) { result = text::saveFile(fromQString(path), text, options, &control); };
+  LongWork::run(*this, text.size().value, save, tr("Saving %1").arg(plainForDisplay(path, 80)), false);
   if (!result.ok()) return result;
   model.stamp = result.stamp;
   model.path = path;
@@ -359,12 +359,7 @@ CmPosition CodeMax::CurrentPosition() const { return impl_->editor().positionOf(
 bool CodeMax::FindText(const QString& text, bool forward) {
   searchState().findText = text;
   const Command* command = commandByName(forward ? u"FINDNEXT" : u"FINDPREV");
-  if (!command || !ExecuteCmd(command->id)) return false;
-  // The command leaves the selection alone when nothing is found; a find is what lies under it now.
-  const text::Finder searcher(fromQString(text), searchState().options);
-  if (!searcher.error().empty()) return false;
-  const ByteRange selected = impl_->editor().selectedRange();
-  return searcher.at(impl_->snapshot(), selected, {ByteOffset(0), impl_->snapshot().size()}).match.has_value();
+  return command && ExecuteCmd(command->id) && !EditorAccess::searchFailed(impl_->editor());
 }
 
 QString CodeMax::findText() const { return searchState().findText; }

@@ -14,7 +14,7 @@ using namespace text;
 namespace {
 
 constexpr std::size_t kEditsAtOnce = 1 << 16;
-constexpr std::chrono::milliseconds kOneFind{200};   // to see whether the selection is a find
+constexpr std::chrono::milliseconds kOneFind{50};   // to see whether the selection is a find
 
 QString tr(const char* text, int n = -1) { return QCoreApplication::translate("Find", text, nullptr, n); }
 

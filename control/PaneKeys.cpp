@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "base/Memory.h"
-#include "base/Program.h"
 #include "base/TypedKeys.h"
 #include "control/KeyCommands.h"
 #include "control/KeyMacro.h"
@@ -47,8 +46,7 @@ void Pane::afterCommand(const text::SelectionState& before, std::uint64_t revisi
 }
 
 void Pane::work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) {
-  if (gBusy() || !isVisible()) EditorHost::work(bytes, work);   // a run shows and ends in its own way
-  else LongWork::run(*window(), bytes, work);
+  LongWork::run(*this, bytes, work);
 }
 
 void Pane::asked(const std::function<void()>& work) {

@@ -131,6 +131,14 @@ void saveAll(CommandRun& run, bool evenUntouched) {
   }
 }
 
+bool goesOn(CommandRun& run, const QString& what, int percent) {
+  const QString part = percent < 0 ? QString() : u" %1 %"_s.arg(percent);
+  SetStatusText(what + part + tr(" (Esc stops)"));
+  run.inStatusBar = true;
+  if (run.input) run.input->lookIn();
+  return !run.stopped;
+}
+
 void startProgram(CommandRun& run, const QString& commandLine, variables::Answers& answers, bool watch, bool replaced) {
   const auto substitute = [&](QString& text) {
     if (!replaced) variables::substitute(text, run.document, answers);

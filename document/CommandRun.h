@@ -21,7 +21,7 @@ struct CommandRun {
   std::optional<CmRange> saved;                 // by SELGET
   CmRange caret;
   std::shared_ptr<clsLang> macroOf;             // the language whose macro it is; null: typed by the user
-  bool refusedAnother = false;                  // the status bar says that this one is on its way
+  bool inStatusBar = false;                     // the status bar speaks of this one being on its way
   bool stopped = false;
   QString why;                                  // it was stopped; empty: the user asked for it
   bool interactive = true;                      // there is a user: programs see what was typed, as a macro saves before them
@@ -42,6 +42,9 @@ namespace runs {
 
 // Row, column and what else the frame shows of the caret and of what can be undone, after the program itself has edited.
 void showState(frmDocument* document);
+
+// While a statement takes long: shows how far it is (percent, -1: not known) and hears Esc. False: the run is to end.
+bool goesOn(CommandRun& run, const QString& what, int percent);
 
 // SHELL (watch) and SHELLW. The line is cut into arguments before the values of variables are put in, so that a value is never more
 // than part of one; `replaced`: the values stand in the line already. With the settings' "save before programs run" a macro saves first.

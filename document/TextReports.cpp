@@ -11,6 +11,7 @@
 #include <set>
 
 #include "base/Strings.h"
+#include "control/LanguageTable.h"
 #include "document/Statements.h"
 #include "document/frmDocument.h"
 #include "text/FileIo.h"
@@ -31,20 +32,29 @@ QString label(const char* text) {
 constexpr std::int64_t kLongestLine = 2000, kAround = 100;   // bytes of a line that are listed; of those beside a hit in a longer one
 constexpr qsizetype kLongestReport = 16 << 20;               // characters: the log's own limit is near
 
+constexpr std::int64_t kStep = 1 << 20;   // bytes of states found between two looks at the control
+
 bool isInsideCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 bool isBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == std::string_view::npos; }
 
+// The text of a report and what is coloured in it, on a thread.
+struct Source {
+  text::Snapshot text;
+  std::shared_ptr<const text::Highlighter> colors;   // null: no language
+
+  explicit Source(TextModel& model) : text(model.snapshot()), colors(model.highlighter() ? LanguageTable::find(model.language()) : nullptr) {}
+};
+
 // The comments of a text, line by line from the top; a line's tokens are found once.
 class Comments {
  public:
-  explicit Comments(TextModel& model) : model_(model), highlighter_(model.highlighter()) {}
+  Comments(const Source& source, const text::SearchControl& control) : source_(source), control_(control) { states_.setHighlighter(source.colors); }
 
   bool holds(text::ByteOffset at) {
-    const text::Snapshot& text = model_.snapshot();
-    const text::LineNo line = text.lineAt(at);
+    const text::LineNo line = source_.text.lineAt(at);
     scan(line);
-    const std::int64_t column = at - text.lineStart(line);
+    const std::int64_t column = at - source_.text.lineStart(line);
     const auto behind = std::partition_point(tokens_.begin(), tokens_.end(), [&](const text::Token& token) { return token.begin <= column; });
     if (behind == tokens_.begin()) return false;
     const text::Token& token = *std::prev(behind);
@@ -53,7 +63,7 @@ class Comments {
 
   bool fills(text::LineNo line) {
     scan(line);
-    const std::string content = model_.snapshot().line(line);
+    const std::string content = source_.text.line(line);
     std::int64_t from = 0;
     for (const text::Token& token : tokens_) {
       if (!isBlank(std::string_view(content).substr(std::size_t(from), std::size_t(token.begin - from)))) return false;
@@ -67,15 +77,22 @@ class Comments {
   void scan(text::LineNo line) {
     if (line_ == line) return;
     tokens_.clear();
-    if (highlighter_) {
+    if (source_.colors) {
       const bool next = line_ && line.value == line_->value + 1;
-      after_ = highlighter_->scanLine(model_.snapshot().line(line), next ? after_ : model_.stateAt(line), &tokens_);
+      after_ = source_.colors->scanLine(source_.text.line(line), next ? after_ : stateAt(line), &tokens_);
     }
     line_ = line;
   }
+  text::LineState stateAt(text::LineNo line) {
+    for (bool exact = false;;) {
+      const text::LineState state = states_.stateAt(source_.text, line, kStep, &exact);
+      if (exact || control_.cancel) return state;
+    }
+  }
 
-  TextModel& model_;
-  const text::Highlighter* highlighter_;
+  const Source& source_;
+  const text::SearchControl& control_;
+  text::StateCache states_;
   std::optional<text::LineNo> line_;
   text::LineState after_ = 0;
   std::vector<text::Token> tokens_;
@@ -120,19 +137,75 @@ QString shownLine(const text::Snapshot& text, text::LineNo line, text::ByteRange
   return (shown.begin > whole.begin ? u"\u2026"_s : QString()) + toQString(text.bytes(shown)) + (shown.end < whole.end ? u"\u2026"_s : QString());
 }
 
+using statements::Option;
+
+struct Found {
+  std::string error;
+  bool cancelled = false;
+  QString report;
+  std::vector<text::LineNo> lines;   // with a find, ascending
+  std::size_t number = 0;
+  qsizetype unlisted = 0;
+};
+
+Found findAll(const Source& source, const QString& what, const text::SearchOptions& search, const std::set<Option>& options, const QString& place,
+              text::SearchControl& control) {
+  const auto has = [&](Option option) { return options.count(option) != 0; };
+  const text::Snapshot& text = source.text;
+  Found found;
+  std::vector<text::ByteRange> hits;
+  if (!what.isEmpty()) {
+    const text::Searcher searcher(fromQString(what), search);
+    text::SearchAllResult result = searcher.all(text, {text::ByteOffset(0), text.size()}, &control);
+    found.error = searcher.error().empty() ? result.error : searcher.error();
+    hits = std::move(result.ranges);
+  }
+  if (has(Option::skipComments)) {
+    Comments comments(source, control);
+    std::erase_if(hits, [&](const text::ByteRange& hit) { return !control.cancel && comments.holds(hit.begin); });
+  }
+  found.number = hits.size();
+  std::int64_t lastColumn = 0;
+  text::ByteOffset lastHit;
+  for (const text::ByteRange& hit : hits) {
+    if ((found.cancelled = control.cancel)) return found;
+    const text::LineNo line = text.lineAt(hit.begin);
+    const bool newLine = found.lines.empty() || found.lines.back() != line;
+    if (newLine) found.lines.push_back(line);
+    if (has(Option::countOnly) || (!newLine && !has(Option::verbose))) continue;
+    if (found.report.size() > kLongestReport) {
+      ++found.unlisted;
+      continue;
+    }
+    found.report += place + QString::number(line.value + 1);
+    if (has(Option::verbose)) {
+      // Counted on from the hit before: a line may be long, and full of hits.
+      lastColumn = (newLine ? 0 : lastColumn) + toQString(text.bytes({newLine ? text.lineStart(line) : lastHit, hit.begin})).size();
+      lastHit = hit.begin;
+      found.report += u',' + QString::number(lastColumn);
+    }
+    found.report += u": "_s + shownLine(text, line, hit) + u"\r\n"_s;
+  }
+  found.cancelled = control.cancel;
+  return found;
+}
+
 }  // namespace
 
 LineCounts countLines(frmDocument& document) {
-  TextModel& model = *document.cmx->model();
-  const text::Snapshot& text = model.snapshot();
-  Comments comments(model);
+  const Source source(*document.cmx->model());
   LineCounts counts;
-  for (text::LineNo line; line.value < text.lineCount(); ++line) {
-    if (isBlank(text.line(line)))
-      ++counts.blank;
-    else if (comments.fills(line))
-      ++counts.comments;
-  }
+  document.cmx->editor().host().work(source.text.size().value, [&](text::SearchControl& control) {
+    Comments comments(source, control);
+    for (text::LineNo line; line.value < source.text.lineCount() && !control.cancel; ++line) {
+      if (isBlank(source.text.line(line)))
+        ++counts.blank;
+      else if (comments.fills(line))
+        ++counts.comments;
+      control.bytesDone = source.text.lineStart(line).value;
+    }
+    counts.whole = !control.cancel;
+  });
   return counts;
 }
 
@@ -155,8 +228,8 @@ QString fileInformation(frmDocument& document) {
   lines << label("Lines") + QString::number(total);
   if (document.LanguageIndex() > 0) {
     const LineCounts counts = countLines(document);
-    lines << label("Comments") + u"%1 (%2%)"_s.arg(counts.comments).arg(std::llround(100.0 * double(counts.comments) / double(total)));
-    lines << label("Blank Lines") + QString::number(counts.blank);
+    if (counts.whole) lines << label("Comments") + u"%1 (%2%)"_s.arg(counts.comments).arg(std::llround(100.0 * double(counts.comments) / double(total)));
+    if (counts.whole) lines << label("Blank Lines") + QString::number(counts.blank);
   }
   if (named && text::writeProtected(fromQString(document.CurrentFileName()))) lines << u"Read Only"_s;
   return lines.join(u"\r\n"_s);
@@ -164,7 +237,7 @@ QString fileInformation(frmDocument& document) {
 
 QString usage(frmDocument& document, const QString& argument, const QString& about) {
   QString what = argument;
-  std::set<statements::Option> options;
+  std::set<Option> options;
   // They stand at the end: what looks like one between words belongs to the text.
   for (bool taken = true; std::exchange(taken, false);) {
     QStringView rest(what);
@@ -181,48 +254,20 @@ QString usage(frmDocument& document, const QString& argument, const QString& abo
   const auto has = [&](statements::Option option) { return options.count(option) != 0; };
   CodeMax& cmx = *document.cmx;
   text::SearchOptions search;
-  search.matchCase = has(statements::Option::caseSensitive);
-  search.wholeWord = has(statements::Option::wholeWords);
+  search.matchCase = has(Option::caseSensitive);
+  search.wholeWord = has(Option::wholeWords);
 
   const QString place = about.isEmpty() ? about : about + u':', ofFile = about.isEmpty() ? about : place + u' ';
-  TextModel& model = *cmx.model();
-  const text::Snapshot text = model.snapshot();
-  std::vector<text::ByteRange> hits;
-  if (!what.isEmpty()) {
-    const text::Searcher searcher(fromQString(what), search);
-    text::SearchAllResult result = searcher.all(text, {text::ByteOffset(0), text.size()});
-    const std::string error = searcher.error().empty() ? result.error : searcher.error();
-    if (!error.empty()) return ofFile + QString::fromStdString(error) + u"\r\n"_s;
-    hits = std::move(result.ranges);
-  }
-  if (has(statements::Option::skipComments)) {
-    Comments comments(model);
-    std::erase_if(hits, [&](const text::ByteRange& hit) { return comments.holds(hit.begin); });
-  }
-  QString report;
-  std::int64_t lastLine = -1, lastColumn = 0;
-  text::ByteOffset lastHit;
-  qsizetype unlisted = 0;
-  for (const text::ByteRange& hit : hits) {
-    const text::LineNo line = text.lineAt(hit.begin);
-    const bool newLine = std::exchange(lastLine, line.value) != line.value;
-    if (newLine && has(statements::Option::bookmark)) cmx.setBookmark(line.value, true);
-    if (has(statements::Option::countOnly) || (!newLine && !has(statements::Option::verbose))) continue;
-    if (report.size() > kLongestReport) {
-      ++unlisted;
-      continue;
-    }
-    report += place + QString::number(line.value + 1);
-    if (has(statements::Option::verbose)) {
-      // Counted on from the hit before: a line may be long, and full of hits.
-      lastColumn = (newLine ? 0 : lastColumn) + toQString(text.bytes({newLine ? text.lineStart(line) : lastHit, hit.begin})).size();
-      lastHit = hit.begin;
-      report += u',' + QString::number(lastColumn);
-    }
-    report += u": "_s + shownLine(text, line, hit) + u"\r\n"_s;
-  }
-  if (unlisted > 0) report += ofFile + QCoreApplication::translate("mCMXParser", "[%1 more not listed]").arg(unlisted) + u"\r\n"_s;
-  return report + ofFile + QCoreApplication::translate("mCMXParser", "%1 occurrence(s) of '%2'").arg(hits.size()).arg(what) + u"\r\n"_s;
+  Found found;
+  const Source source(*cmx.model());
+  cmx.editor().host().work(source.text.size().value, [&](text::SearchControl& control) {
+    found = findAll(source, what, search, options, place, control);
+  });
+  if (found.cancelled) return ofFile + QCoreApplication::translate("mCMXParser", "Cancelled") + u"\r\n"_s;
+  if (!found.error.empty()) return ofFile + QString::fromStdString(found.error) + u"\r\n"_s;
+  if (has(Option::bookmark)) cmx.model()->setBookmarks(found.lines, true);
+  if (found.unlisted > 0) found.report += ofFile + QCoreApplication::translate("mCMXParser", "[%1 more not listed]").arg(found.unlisted) + u"\r\n"_s;
+  return found.report + ofFile + QCoreApplication::translate("mCMXParser", "%1 occurrence(s) of '%2'").arg(found.number).arg(what) + u"\r\n"_s;
 }
 
 }  // namespace reports

@@ -18,6 +18,7 @@ QString usage(frmDocument& document, const QString& argument, const QString& abo
 // Lines whose visible text is all comment, and lines that hold blanks only.
 struct LineCounts {
   qint64 comments = 0, blank = 0;
+  bool whole = true;   // not cancelled
 };
 LineCounts countLines(frmDocument& document);
 

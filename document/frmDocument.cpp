@@ -53,6 +53,27 @@ std::int64_t nowNs() {
   return duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
 }
 
+bool firstLineIsCrlf(const std::string& path, const text::SearchControl& control) {
+  text::FileSystem& files = text::fileSystem();
+  const int fd = files.openAt(text::FileSystem::kCwd, path, text::kRead | text::kNonBlock, 0);
+  if (fd < 0) return false;
+  bool crlf = text::kPlatformCrlf;
+  char block[16384];
+  while (!control.cancel) {
+    const std::int64_t got = files.read(fd, block, sizeof block);
+    if (got == -EINTR) continue;
+    if (got < 0) crlf = false;
+    if (got <= 0) break;
+    const std::string_view bytes(block, std::size_t(got));
+    const std::size_t end = bytes.find_first_of("\r\n");
+    if (end == std::string_view::npos) continue;
+    crlf = bytes[end] == '\r';
+    break;
+  }
+  files.close(fd);
+  return crlf;
+}
+
 int windowStateOf(const QWidget& window) {
   return window.isMinimized() ? 1 : window.isMaximized() ? 2 : 0;
 }
@@ -222,6 +243,7 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   QString error;
   const bool again = shared_->hasName && path == shared_->name;
   {
+    const OwnBox box(*this);
     const Hourglass hourglass;
     error = again ? reload(path) : cmx->OpenFile(path);
   }
@@ -257,9 +279,10 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
   options.format = as;
   if (model.format.encoding >= text::Encoding::windows1252) options.fallback = model.format.encoding;
   const std::string name = fromQString(path);
-  text::LoadedFile file;
-  const auto load = [&](text::SearchControl& control) { file = text::loadFile(name, options, &control); };
-  LongWork::forFile(*cmx, text::stampOf(name, false).status.size, load, tr("Opening %1").arg(plainForDisplay(path, 80)), true);
+  const auto read = std::make_shared<text::LoadedFile>();
+  const auto load = [name, options, read](text::SearchControl& control) { *read = text::loadFile(name, options, &control); };
+  if (!LongWork::runOrLeave(*cmx, load, tr("Opening %1").arg(plainForDisplay(path, 80)))) return tr("Cancelled");
+  const text::LoadedFile& file = *read;
   if (!file.error.empty()) return toQString(file.error);
 
   text::Document& document = model.document();
@@ -329,6 +352,7 @@ bool frmDocument::makeFolderOf(const QString& path) {
 
 bool frmDocument::SaveDocumment(const QString& path) {
   const auto save = [&](bool guard) {
+    const OwnBox box(*this);
     const Hourglass hourglass;
     return cmx->SaveFile(path, guard);
   };
@@ -383,9 +407,16 @@ void frmDocument::inconsistentDate() {
   asking = true;
   const struct Done { ~Done() { asking = false; } } done;
 
-  const std::string path = fromQString(shared_->name);
-  text::FileStamp now = text::stampOf(path, false);
   const OwnBox box(*this);
+  text::FileStamp now;
+  const auto look = [&](bool withContent) {   // the disk may hang; then the next look may tell more
+    const auto seen = std::make_shared<text::FileStamp>();
+    const auto work = [seen, withContent, path = fromQString(shared_->name)](text::SearchControl&) { *seen = text::stampOf(path, withContent); };
+    const bool ended = LongWork::runOrLeave(*cmx, work, tr("Looking at %1").arg(plainForDisplay(shared_->name, 80)));
+    if (ended) now = *seen;
+    return ended;
+  };
+  if (!look(false)) return;
   if (!now.exists || !now.status.isRegular()) {
     known = text::FileStamp{};   // saving it anew overwrites nobody's work
     cmx->setModified(true);      // nothing but this window holds the text any more
@@ -395,7 +426,7 @@ void frmDocument::inconsistentDate() {
   const bool fresh = shared_->stampTakenNs - now.status.ctimeNs < kClockGrainNs;
   if (now.status == known->status && !fresh) return;
   const std::int64_t lookedAt = nowNs();
-  now = text::stampOf(path, true);
+  if (!look(true)) return;
   const bool sameLooks = now.status.mtimeNs == known->status.mtimeNs && now.status.size == known->status.size;
   if (now.exists && sameLooks && now.contentHash == 0) return;   // it cannot be read now; the next look may tell more
   const bool otherText = now.contentHash != known->contentHash || now.status.size != known->status.size;
@@ -427,24 +458,9 @@ void frmDocument::inconsistentDate() {
 }
 
 bool frmDocument::SetCRLF(const QString& path) {
-  text::FileSystem& files = text::fileSystem();
-  const int fd = files.openAt(text::FileSystem::kCwd, fromQString(path), text::kRead | text::kNonBlock, 0);
-  if (fd < 0) return false;
-  bool crlf = text::kPlatformCrlf;
-  char block[16384];
-  for (;;) {
-    const std::int64_t got = files.read(fd, block, sizeof block);
-    if (got == -EINTR) continue;
-    if (got < 0) crlf = false;
-    if (got <= 0) break;
-    const std::string_view bytes(block, std::size_t(got));
-    const std::size_t end = bytes.find_first_of("\r\n");
-    if (end == std::string_view::npos) continue;
-    crlf = bytes[end] == '\r';
-    break;
-  }
-  files.close(fd);
-  return crlf;
+  const auto crlf = std::make_shared<bool>(false);
+  const auto look = [name = fromQString(path), crlf](text::SearchControl& control) { *crlf = firstLineIsCrlf(name, control); };
+  return LongWork::runOrLeave(*cmx, look, tr("Opening %1").arg(plainForDisplay(path, 80))) && *crlf;
 }
 
 // ---- events

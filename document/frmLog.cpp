@@ -239,14 +239,16 @@ void frmLog::trim() {
 
 bool frmLog::InsertFile() {
   FileDialogRequest request;
+  request.disk = &exactFiles();
   request.title = tr("Insert File");
   request.filter = u"(*.*)|*.*|"_s;
   request.folder = currentFolder();
   const QStringList chosen = dialogs().openFile(request);
   if (chosen.isEmpty()) return false;
-  const text::LoadedFile file = text::loadFile(fromQString(chosen.first()));
-  if (!file.error.empty()) return false;
-  const QString content = toQString(file.text.bytes());
+  const auto file = std::make_shared<text::LoadedFile>();
+  const auto load = [file, name = fromQString(chosen.first())](text::SearchControl& control) { *file = text::loadFile(name, {}, &control); };
+  if (!LongWork::runOrLeave(*this, load, tr("Opening %1").arg(plainForDisplay(chosen.first(), 80))) || !file->error.empty()) return false;
+  const QString content = toQString(file->text.bytes());
   cmx->InsertText(toCrLf(shown(content)), CurrentPosition());
   trim();
   return true;
@@ -407,6 +409,7 @@ void frmLog::showMenu(const QPoint& globalPosition) {
   menu.addAction(tr("C&lear"), this, &frmLog::Clear);
   menu.addAction(tr("&Save As..."), this, [this] {
     FileDialogRequest request;
+    request.disk = &exactFiles();
     request.title = tr("Save Log");
     request.filter = u"(*.*)|*.*|"_s;
     request.folder = currentFolder();

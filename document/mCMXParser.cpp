@@ -9,6 +9,7 @@
 #include "base/Strings.h"
 #include "control/CommandTable.h"
 #include "control/FileNames.h"
+#include "control/LongWork.h"
 #include "control/UsersSearch.h"
 #include "document/CommandRun.h"
 #include "document/Frame.h"
@@ -233,7 +234,7 @@ Outcome Run(int language, int macro, const QString& commands) {
   frmDocument* const document = frame() ? frame()->activeDocument() : nullptr;
   if (current) {
     SetStatusText(tr("A command string is running already"));
-    current->refusedAnother = true;
+    current->inStatusBar = true;
   }
   if (current || !document) return {Ending::refused, 0, {}};
 
@@ -253,7 +254,10 @@ Outcome Run(int language, int macro, const QString& commands) {
   QObject::connect(run.input.get(), &RunInput::touched, run.input.get(), [&run] { run.documentStep->closeStep(); });
   QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, run.input.get(), &Stop);
 
-  const Outcome outcome = runLines(run, commands);
+  const Outcome outcome = [&] {
+    const LongWork::Watch watch([&run](const QString& what, int percent) { return runs::goesOn(run, what, percent); });
+    return runLines(run, commands);
+  }();
 
   if (run.document && run.restoreCursor) run.document->cmx->SetSel(run.caret);
   run.input.reset();
@@ -261,7 +265,7 @@ Outcome Run(int language, int macro, const QString& commands) {
   run.documentStep.reset();
   if (run.document) run.document->update();
   if (outcome.ending == Ending::invalid) reportInvalid(language, macro, outcome.text);
-  if (run.refusedAnother) SetStatusText({});   // it runs no more
+  if (run.inStatusBar) SetStatusText({});   // it runs no more
   const QString stopped = tr("The command string was stopped");
   if (outcome.ending == Ending::stopped) SetStatusText(outcome.text.isEmpty() ? stopped : stopped + u": "_s + outcome.text);
   std::swap(run.search, usersSearch());

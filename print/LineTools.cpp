@@ -93,16 +93,23 @@ qint64 SubstituteInLines(CodeMax& cmx, const QRegularExpression& expression, con
   if (cmx.ReadOnly() || !expression.isValid()) return 0;
   const qint64 caret = cmx.CurrentPosition().LineNo;
   const Lines lines = cmx.GetSel(true).IsEmpty() ? Lines{caret, caret + 1} : selectedLines(cmx);
+  const text::Snapshot text = cmx.model()->snapshot();
+  std::vector<std::pair<qint64, QString>> changed;
+  bool cancelled = false;
+  const auto bytes = [&](qint64 line) { return line < text.lineCount() ? text.lineStart(text::LineNo(line)) : text.size(); };
+  cmx.editor().host().work(bytes(lines.end) - bytes(lines.first), [&](text::SearchControl& control) {
+    for (qint64 i = lines.first; i < lines.end && !control.cancel; ++i) {
+      const QString old = toQString(text.line(text::LineNo(i)));
+      QString fresh = QString(old).replace(expression, replacement);
+      if (fresh != old) changed.emplace_back(i, std::move(fresh));
+      control.bytesDone = bytes(i) - bytes(lines.first);
+    }
+    cancelled = control.cancel;
+  });
+  if (cancelled) return 0;
   const EditBlock block(cmx);
-  qint64 changed = 0;
-  for (qint64 i = lines.first; i < lines.end; ++i) {
-    const QString old = cmx.GetLine(i);
-    const QString fresh = QString(old).replace(expression, replacement);
-    if (fresh == old) continue;
-    cmx.ReplaceLines(i, {fresh});
-    ++changed;
-  }
-  return changed;
+  for (const auto& [line, fresh] : changed) cmx.ReplaceLines(line, {fresh});
+  return qint64(changed.size());
 }
 
 namespace {

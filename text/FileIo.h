@@ -55,7 +55,8 @@ struct SaveResult {
 // Saves safely: encodes first, then writes aside, syncs, carries mode, owner and attributes over, renames and syncs the
 // folder; where that would lose something (hard links, foreign owner, no right in the folder) writes a synced recovery copy and
 // overwrites in place. At any moment the file holds the old bytes or the new ones (or the copy is there to mend it).
-SaveResult saveFile(const std::string& path, const Snapshot& text, const SaveOptions& options);
+// control: only its bytesDone and bytesTotal are written, a save is not cancelled.
+SaveResult saveFile(const std::string& path, const Snapshot& text, const SaveOptions& options, SearchControl* control = nullptr);
 
 // The file that a save to this path writes: symbolic links of its last part are followed. The path itself where they lead nowhere.
 std::string savedFile(const std::string& path);

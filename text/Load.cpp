@@ -62,6 +62,7 @@ class Loader {
     file.error = openRegular(path, &fd, &file.stamp.status);
     if (file.error.empty() && physicalMemory() > 0 && static_cast<std::uint64_t>(file.stamp.status.size) > physicalMemory())
       file.error = "The file is larger than the memory of this computer";
+    if (control_) control_->bytesTotal = file.stamp.status.size;
     if (file.error.empty()) file.error = readAll(fd.get(), file.stamp.status.size);
     if (file.error.empty()) file.error = makeText(&file);
     if (!file.error.empty()) {

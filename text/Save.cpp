@@ -27,7 +27,10 @@ class BytesSource final : public SaveSource {
 
 class TextSource final : public SaveSource {
  public:
-  TextSource(const Snapshot& text, FileFormat format) : text_(text), format_(format) {}
+  TextSource(const Snapshot& text, FileFormat format, SearchControl* control) : text_(text), format_(format), control_(control) {
+    const int passes = format.encoding == Encoding::utf8 ? 1 : 2;   // see prepare
+    if (control_) control_->bytesTotal = text.size().value * passes;
+  }
 
   // Before any file call: finds the size, and the first character that does not fit. Error text, empty when all fits.
   std::string prepare() {
@@ -60,6 +63,7 @@ class TextSource final : public SaveSource {
       std::string_view chunk = text_.chunkAt(at);
       if (!plain) chunk = chunk.substr(0, kPart);
       at += static_cast<std::int64_t>(chunk.size());
+      if (control_) control_->bytesDone += static_cast<std::int64_t>(chunk.size());
       if (!plain) good = encoder.add(chunk, &out, misfit);
       if (const int r = plain ? sink(chunk) : hand(); r < 0) return r;
     }
@@ -82,6 +86,7 @@ class TextSource final : public SaveSource {
 
   const Snapshot& text_;
   FileFormat format_;
+  SearchControl* control_;
   std::int64_t size_ = 0;
 };
 
@@ -236,9 +241,9 @@ std::string savedFile(const std::string& path) {
 
 void setRecoveryFolder(const std::string& folder) { recoveryFolder() = folder; }
 
-SaveResult saveFile(const std::string& path, const Snapshot& text, const SaveOptions& options) {
+SaveResult saveFile(const std::string& path, const Snapshot& text, const SaveOptions& options, SearchControl* control) {
   return withMemory([&] {
-    TextSource source(text, options.format);
+    TextSource source(text, options.format, control);
     SaveResult result;
     result.error = source.prepare();
     return result.ok() ? save(path, source, options.expected, 0666) : result;

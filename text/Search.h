@@ -23,6 +23,7 @@ struct SearchOptions {
 struct SearchControl {
   std::atomic<bool> cancel{false};
   std::atomic<std::int64_t> bytesDone{0};
+  std::atomic<std::int64_t> bytesTotal{0};   // 0: only who asked for the work knows
 };
 
 struct Match {

@@ -1,9 +1,11 @@
 // Find commands on large texts: small ones are done at once, long ones show a window in which they can be cancelled.
 #include "control/LongWork.h"
 
-#include <QMainWindow>
+#include <QKeyEvent>
 #include <QProgressDialog>
 #include <QTimer>
+#include <atomic>
+#include <future>
 #include <thread>
 
 #include "base/Dialogs.h"
@@ -16,10 +18,20 @@ namespace {
 
 class LongWorkTest : public PaneFixture {
  protected:
-  const std::chrono::milliseconds moment = LongWork::moment;
+  const std::chrono::milliseconds moment = LongWork::moment, quiet = LongWork::quiet;
   ~LongWorkTest() override {
     LongWork::moment = moment;
+    LongWork::quiet = quiet;
     searchState() = {};
+  }
+  static void showAtOnce() { LongWork::moment = LongWork::quiet = std::chrono::milliseconds(1); }
+  QProgressDialog* shownDialog() const {
+    auto* dialog = control.window()->findChild<QProgressDialog*>();
+    return dialog && dialog->isVisible() ? dialog : nullptr;
+  }
+  static void press(QWidget* widget, int key) {
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+    QApplication::sendEvent(widget, &event);
   }
 };
 
@@ -30,7 +42,7 @@ TEST_F(LongWorkTest, IsDoneOnAThreadAndCanBeCancelled) {
   LongWork::run(control, 1, note);
   EXPECT_NE(worker, here);
 
-  LongWork::moment = std::chrono::milliseconds(1);
+  showAtOnce();
   bool shown = false, cancelled = false;
   int steps = 0, looks = 0;
   QTimer look;
@@ -80,29 +92,81 @@ TEST_F(LongWorkTest, FindCommandsDoTheSameEitherWay) {
   }
 }
 
-TEST_F(LongWorkTest, OnlyLongFilesUnderAShownWindowGoToAThread) {
-  const std::thread::id here = std::this_thread::get_id();
-  std::thread::id worker;
-  const auto file = [&](std::int64_t bytes) {
-    CodeMax fresh;   // has no window yet
-    LongWork::forFile(fresh, bytes, [&](text::SearchControl&) { worker = std::this_thread::get_id(); }, QString(), false);
-    return worker == here;
-  };
-  QMainWindow frame;
-  EXPECT_TRUE(file(1 << 30));
-  frame.show();
-  EXPECT_TRUE(file(1000));
-  EXPECT_FALSE(file(1 << 30));
-  const BusyGuard busy;
-  EXPECT_TRUE(file(1 << 30));
+TEST_F(LongWorkTest, WorkThatHasToEndKeepsItsWindowAndSaysHowFarItIs) {
+  showAtOnce();
+  std::atomic<bool> mayEnd = false;
+  QString seen;
+  QTimer look;
+  QObject::connect(&look, &QTimer::timeout, &look, [&] {
+    QProgressDialog* dialog = shownDialog();
+    if (!dialog || dialog->value() != 40) return;
+    press(dialog, Qt::Key_Escape);
+    dialog->close();
+    seen = QStringLiteral("%1 of %2%3").arg(dialog->value()).arg(dialog->maximum()).arg(dialog->isVisible() ? QString() : QStringLiteral(", gone"));
+    mayEnd = true;
+  });
+  look.start(5);
+  bool cancelled = false;
+  LongWork::run(control, 1, [&](text::SearchControl& progress) {
+    progress.bytesTotal = 50;   // who does the work knows better
+    progress.bytesDone = 20;
+    for (int n = 0; n < kPatience && !mayEnd; ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    cancelled = progress.cancel;
+  }, QStringLiteral("Saving"), false);
+  EXPECT_EQ(seen.toStdString(), "40 of 100");
+  EXPECT_FALSE(cancelled);
 }
 
-TEST_F(LongWorkTest, WhileACommandStringRunsNoWindowComes) {
-  LongWork::moment = std::chrono::milliseconds(0);
+TEST_F(LongWorkTest, ReadingThatHangsIsLeftWhenItIsCancelled) {
+  showAtOnce();
+  const auto hang = std::make_shared<std::promise<void>>();
+  const auto read = std::make_shared<std::promise<int>>();
+  QTimer look;
+  QObject::connect(&look, &QTimer::timeout, &look, [&] {
+    if (QProgressDialog* dialog = shownDialog()) press(dialog, Qt::Key_Escape);
+  });
+  look.start(5);
+  EXPECT_FALSE(LongWork::runOrLeave(control, [hang, read](text::SearchControl&) {
+    hang->get_future().wait();
+    read->set_value(1);
+  }, QStringLiteral("Opening")));
+  EXPECT_FALSE(isDialogUp());
+  hang->set_value();
+  EXPECT_EQ(read->get_future().get(), 1);
+  bool called = false;
+  EXPECT_TRUE(LongWork::runOrLeave(control, [&](text::SearchControl&) { called = true; }, QString()));
+  EXPECT_TRUE(called);
+}
+
+TEST_F(LongWorkTest, WithoutAWindowItIsDoneAtOnce) {
+  CodeMax fresh;
+  control.window()->hide();
+  std::thread::id worker;
+  LongWork::run(fresh, 1 << 30, [&](text::SearchControl&) { worker = std::this_thread::get_id(); });
+  EXPECT_EQ(worker, std::this_thread::get_id());
+}
+
+TEST_F(LongWorkTest, WhileACommandStringRunsItsWatchHearsAndNoWindowComes) {
+  showAtOnce();
   const BusyGuard busy;
   std::thread::id worker;
-  pane()->work(1 << 30, [&](text::SearchControl&) { worker = std::this_thread::get_id(); });
-  EXPECT_EQ(worker, std::this_thread::get_id());
+  const auto note = [&](text::SearchControl&) { worker = std::this_thread::get_id(); };
+  pane()->work(1 << 30, note);
+  EXPECT_EQ(worker, std::this_thread::get_id()) << "nobody watches";
+
+  int heard = 0;
+  bool window = false, cancelled = false;
+  const LongWork::Watch watch([&](const QString&, int percent) {
+    EXPECT_EQ(percent, 50);
+    window = window || shownDialog();
+    return ++heard < 3;
+  });
+  pane()->work(100, [&](text::SearchControl& progress) {
+    progress.bytesDone = 50;
+    for (int n = 0; n < kPatience && !(cancelled = progress.cancel); ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  });
+  EXPECT_EQ(heard, 3);
+  EXPECT_TRUE(cancelled && !window);
 }
 
 }  // namespace

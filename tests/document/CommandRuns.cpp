@@ -162,6 +162,44 @@ TEST(CommandRuns, EscapeEndsALongRun) {
   EXPECT_EQ(frame.cmx().Text().remove(u"some text"_s), u""_s);
 }
 
+// A search and a report over a long text: the window lives on, the status bar says how far it is.
+TEST(CommandRuns, EscapeEndsAStatementThatTakesLong) {
+  RunFrame frame;
+  frame.document->show();
+  const QByteArray text = QByteArray("ab ").repeated(4 << 20);
+  frame.cmx().model()->replaceAll(text::Snapshot(text.toStdString()), {});
+  for (const QString& statement : {u"cmdREPLACEALLINBUFFER"_s, u"USAGE a -v"_s}) {
+    SCOPED_TRACE(statement.toStdString());
+    QObject later;
+    QMetaObject::invokeMethod(&later, [&] { press(frame.document.get(), Qt::Key_Escape); }, Qt::QueuedConnection);
+    QStringList told;
+    setStatusSink([&](const QString& words) { told << words; });
+    const auto outcome = frame.run(u"cmdSETFINDTEXT a\ncmdSETREPLACETEXT b\n"_s + statement + u"\nECHO never"_s);
+    setStatusSink({});
+    EXPECT_EQ(outcome.ending, Ending::stopped);
+    EXPECT_EQ(outcome.line, 3);
+    EXPECT_TRUE(!told.isEmpty() && told.first().startsWith(u"Searching..."_s) && told.first().contains(u"Esc"_s)) << told.join(u'|').toStdString();
+    EXPECT_FALSE(told.last().contains(u"Searching"_s)) << "it does not search any more";
+    EXPECT_EQ(frame.cmx().TextLength(), text.size());
+    EXPECT_FALSE(frame.cmx().Modified());
+  }
+  EXPECT_FALSE(frame.logWindow->Text().contains(u"never"_s));
+}
+
+TEST(CommandRuns, ThatAnotherOneIsOnItsWayIsSaidOnlySoLong) {
+  RunFrame frame;
+  const Gate gate;
+  QString meanwhile;
+  const OnceAProgramRuns second([&] {
+    EXPECT_EQ(frame.run(u"ECHO second"_s).ending, Ending::refused);
+    meanwhile = frame.panels[1];
+    gate.open();
+  });
+  EXPECT_EQ(frame.run(u"SHELL "_s + gate.wait()).ending, Ending::done);
+  EXPECT_EQ(meanwhile, u"A command string is running already"_s);
+  EXPECT_EQ(frame.panels[1], u""_s);
+}
+
 TEST(CommandRuns, ClosingTheDocumentEndsTheRun) {
   RunFrame frame;
   const Gate gate;

@@ -44,6 +44,24 @@ TEST(Log, StreamsBeginTheirOwnLines) {
   EXPECT_EQ(log.streamOf(99), std::nullopt);
 }
 
+TEST(Log, WhatCameWhileItWasHiddenIsInSightUnlessTheUserReadsElsewhere) {
+  frmLog log;
+  log.resize(400, 120);
+  const EditorHost& host = log.cmx->editor().host();
+  const auto isInSight = [&](qint64 line) { return host.topLine() <= line && line < host.topLine() + host.visibleLines(); };
+  log.show();
+  log.hide();
+  for (int n = 0; n < 200; ++n) log.AppendLog(u"line %1\n"_s.arg(n));
+  log.AppendLog(u"Error: no such file\n"_s, Stream::errors);
+  log.show();
+  EXPECT_TRUE(isInSight(200)) << host.topLine();
+  log.hide();
+  log.cmx->SetSel({3, 0, 3, 0, false});
+  log.AppendLog(u"more\n"_s);
+  log.show();
+  EXPECT_TRUE(isInSight(3)) << host.topLine();
+}
+
 TEST(Log, L1_SizeIsLimitedAndSaysSo) {
   frmLog log;
   log.setSizeLimit(2000);
