@@ -228,8 +228,10 @@ TEST_F(Commands, MessagesStayUntilTheNextActionAndNoLonger) {
   EXPECT_TRUE(panels.button(Panel::recording)->isHidden());
   EXPECT_EQ(panels.text(), q("Recorded as \"Macro 1\""));
   keyMacros().remove(q("Macro 1"));
-  document->cmx->setModified(false);
+  EXPECT_TRUE(main->saveActive());
+  EXPECT_EQ(panels.text(), path("a.v"));
   trigger("mnuFileClose");
+  EXPECT_EQ(panels.text(), QString()) << "what is closed is not shown any more";
   target = main.get();
   press(Qt::Key_F9);
   main->SetupMenus();
