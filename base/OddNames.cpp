@@ -60,6 +60,7 @@ void OddNames::show(const QString& folder) {
     auto* item = new QListWidgetItem(plainForDisplay(name), list_);
     item->setData(Qt::UserRole, name);
   }
+  list_->setCurrentRow(0);
   setVisible(!names.isEmpty());
 }
 

@@ -34,6 +34,19 @@ std::vector<qsizetype> beginnings(const QString& line, qsizetype end) {
   return starts;
 }
 
+// The log shows a byte that is no UTF-8 as "\xff"; here it is that byte again.
+QString withBytes(const QString& shown) {
+  static const QRegularExpression code(u"\\\\x([89a-f][0-9a-f])"_s);
+  QString name;
+  qsizetype done = 0;
+  for (auto matches = code.globalMatch(shown); matches.hasNext();) {
+    const auto match = matches.next();
+    name += shown.mid(done, match.capturedStart() - done) + QChar(ushort(0xDC00 + match.captured(1).toInt(nullptr, 16)));
+    done = match.capturedEnd();
+  }
+  return name + shown.mid(done);
+}
+
 }  // namespace
 
 std::vector<MessagePlace> messagePlaces(const QString& logLine) {
@@ -84,12 +97,16 @@ bool MessageFinder::holds(const QString& folder, const QString& file) {
 std::optional<MessagePlace> MessageFinder::find(const QString& logLine) {
   for (MessagePlace& place : messagePlaces(logLine)) {
     QString file = place.file;
-    if (QDir::isAbsolutePath(file)) {
-      if (!isRegularFile(file)) continue;
-      place.file = QDir::cleanPath(file);
-      return place;
-    }
     QStringList spellings{file};
+    if (const QString bytes = withBytes(file); bytes != file) spellings << bytes;
+    if (QDir::isAbsolutePath(file)) {
+      for (const QString& spelling : std::as_const(spellings)) {
+        if (!isRegularFile(spelling)) continue;
+        place.file = QDir::cleanPath(spelling);
+        return place;
+      }
+      continue;
+    }
 #ifndef Q_OS_WIN
     if (file.contains(u'\\')) spellings << file.replace(u'\\', u'/');   // tools that came from another system
 #endif
