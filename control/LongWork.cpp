@@ -108,8 +108,7 @@ class Waiter {
     if (isQuiet || ready()) return;
     progress = std::make_unique<Progress>(what, mayCancel, window);
     if (mayCancel) QObject::connect(progress.get(), &QProgressDialog::canceled, &loop, &QEventLoop::quit);
-    progress->tell(percent());
-    progress->show();
+    progress->show();   // tells nothing before: setting a value lets events in, and nobody would hear Cancel yet
     loop.exec();
   }
 
