@@ -25,6 +25,15 @@ void IndentHabits::note(const QString& word, int distance) {
   indented_ += distance > 0;
 }
 
+void IndentHabits::judgeUnit() {
+  std::map<int, int> units;
+  for (auto word = blocks_.cbegin(); word != blocks_.cend(); ++word)
+    if (!word.key().isEmpty() && !QStringLiteral("([{^~:").contains(word.key()[0]) && !word.key().contains(u'|'))
+      for (const auto& [distance, blocks] : *word)
+        if (distance > 0) units[distance] += blocks;
+  if (!units.empty()) old_ = std::max_element(units.begin(), units.end(), kByCount)->first;
+}
+
 int IndentHabits::scaled(int distance, int otherwise) const {
   if (distance == 0) return indented_ * 10 >= all_ * 3 ? 0 : otherwise;
   if (old_ == fresh_) return distance <= std::max(8, 2 * fresh_) ? distance : otherwise;

@@ -15,11 +15,17 @@ struct Level {
   bool byWord = false;   // a word opened it, not a sign
   int lastIf = -1;   // indent of the last "if" inside, for an "else" on a line of its own
   int shift = 0;     // new indent less old one of the line that opened it
+  int old = 0;       // old indent of the line that `base` is taken from
   int width = 0;     // of a block as the language lists it
   bool statements = false;   // a ";" stood in the bracket
+  int blocks = 0;            // blocks of statements in the bracket, an argument of a macro, that have not ended
   bool settled = false;      // the block's first line has shown where the lines stand
   QString word{};    // opened it, in lower case; with ">" and the last middle word
+  QString also{};    // further opening words of its first statement: "loop" behind "for"
   IndentHabits::Tally tally{};   // where its lines stand
+
+  QString opener() const { return word.section(u'>', 0, 0); }
+  bool isOfKind(const QString& kind) const { return opener().contains(kind) || also.contains(kind); }
 };
 
 // The open levels. A copy costs nothing whatever its depth: copies share their levels until one of them changes its own.
@@ -44,11 +50,16 @@ class LevelStack {
   Level& back() { return own(top_).level; }
   Level& belowBack() { return own(own(top_).below).level; }   // of two levels or more
 
-  // The last level that is no bracket; null: there is none.
-  const Level* lastBlock() const {
-    for (const Node* node = top_.get(); node; node = node->below.get())
-      if (!node->level.bracket) return &node->level;
-    return nullptr;
+  const Level& at(std::size_t depth) const { return nodeAt(depth)->level; }   // counted from 1
+  // How deep the last level stands that `is` holds for, of the last hundred blocks and all brackets behind them; 0: there is none.
+  template <class Predicate>
+  std::size_t depthOf(Predicate is) const {
+    int blocks = 0;
+    for (const Node* node = top_.get(); node && blocks < 100; node = node->below.get()) {
+      if (is(node->level)) return node->depth;
+      blocks += !node->level.bracket;
+    }
+    return 0;
   }
 
  private:
@@ -61,6 +72,11 @@ class LevelStack {
     if (node.use_count() > 1) node = std::make_shared<Node>(*node);
     return *node;
   }
+  const Node* nodeAt(std::size_t depth) const {
+    const Node* node = top_.get();
+    while (node->depth > depth) node = node->below.get();
+    return node;
+  }
   std::shared_ptr<Node> top_;
 };
 
@@ -72,7 +88,8 @@ struct Statement {
   bool opened = false;         // one of its words has opened a block; no further one does
   bool awaitsIs = false;       // that was a word- and "is" has not come
   bool choice = false;         // a "?" has come: a colon ends no label
-  bool macro = false;          // begins with a grave accent: may end without ";"
+  bool macro = false;          // it, or what "if (...)" governs, begins with a grave accent: may end without ";"
+  bool labelled = false;       // a label stood before it
 };
 
 // Where reading stands between two lines.
@@ -80,7 +97,7 @@ struct IndentState {
   LevelStack levels_;
   Statement statement_;
   int statementIndent_ = 0, statementShift_ = 0;
-  int anchor_ = 0;               // indent of the last line that did not begin within brackets
+  int anchor_ = 0, anchorOld_ = 0;   // indent, new and old, of the last line that did not begin within brackets
   bool unfinished_ = false;      // the statement goes on in the next line
   bool listGoesOn_ = false;      // ... with the next item of a list
   bool afterLabel_ = false;      // ... with what the label stands for

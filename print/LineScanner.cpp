@@ -16,6 +16,15 @@ const Piece& LineScanner::known(std::string_view bytes, bool isWord) {
   return found->second;
 }
 
+// The bytes of a character literal such as '(' that begins here, where the language's definition lists no such strings; 0: it is none.
+// "bit'('1')" and "'{'0, '1}" have none at their first quote.
+static std::size_t characterLiteral(std::string_view line, std::size_t at) {
+  if (at + 2 >= line.size() || line[at + 2] != '\'') return 0;
+  const auto isName = [&](std::size_t i) { return i < line.size() && text::classOf(static_cast<unsigned char>(line[i])) == text::CharClass::word; };
+  const bool attribute = at > 0 && (isName(at - 1) || line[at - 1] == ')' || line[at - 1] == ']');
+  return attribute || isName(at + 3) || (at + 3 < line.size() && line[at + 3] == '{') ? 0 : 3;
+}
+
 Pieces LineScanner::scan(const QString& line) {
   const std::string bytes = fromQString(line);
   const std::string_view all(bytes);
@@ -41,6 +50,11 @@ Pieces LineScanner::scan(const QString& line) {
       const auto following = text::decode(all.substr(end));
       if (text::classOf(following.code) != kind) break;
       end += static_cast<std::size_t>(following.bytes);
+    }
+    if (const std::size_t literal = c.code == '\'' ? characterLiteral(all, at) : 0) {
+      pieces.push_back(known("\"", false));
+      at += literal;
+      continue;
     }
     if (kind != text::CharClass::blank) pieces.push_back(known(all.substr(at, end - at), kind == text::CharClass::word));
     at = end;

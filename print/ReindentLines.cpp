@@ -20,6 +20,7 @@ class WholeLines : private IndentState {
     learning_ = true;
     for (qint64 i = 0; i < std::min(count, kLearnt); ++i) next(line(i));
     while (!levels_.empty()) popLevel();
+    habits_.judgeUnit();
     static_cast<IndentState&>(*this) = {};
     const int whole = firstColumn_ > 0 ? habits_.width(QString(), 0, firstColumn_) : 0;   // a part of a text may stand indented as a whole
     levels_.push_back({.content = whole, .byWord = true});
@@ -85,7 +86,10 @@ class WholeLines : private IndentState {
     const Level& level = levels_.back();
     const Piece& first = pieces.front();
     const auto kind = first.entry.kind;
-    if (kind == BlockClass::end) return blockBase();
+    if (kind == BlockClass::end && level.blocks == 0) {
+      const std::size_t depth = ended(pieces, 0, old);
+      return depth > 0 ? levels_.at(depth).base : 0;
+    }
     if (level.bracket) {
       const int shifted = std::max(0, old + level.shift);
       if (isCloser(first)) return std::max(shifted, level.base);
@@ -121,6 +125,7 @@ class WholeLines : private IndentState {
   QString followKey(const Piece& first) const {
     if (afterLabel_) return QStringLiteral("::");
     if (hangs_) return QStringLiteral("^^") + statement_.first.toLower();
+    if (first.is(QLatin1String("generic")) || first.is(QLatin1String("port"))) return QStringLiteral("~map");
     return afterName_ ? (first.is(u'(') ? QStringLiteral("~(") : QStringLiteral("~")) : QStringLiteral("~~");
   }
   static QString middleKey(const Level& level, const Piece& first) {
@@ -164,56 +169,78 @@ class WholeLines : private IndentState {
     return piece.is(u')') || piece.is(u']') || (piece.is(u'}') && piece.entry.kind == BlockClass::none);
   }
 
-  int blockBase() const {
-    const Level* block = levels_.lastBlock();
-    return block ? block->base : 0;
+  // Which level the closing word ends, by its depth; 0: none. That is the innermost block, unless it is of another kind, stands in another
+  // column, and a block of the word's kind ("endclass", "end process") that is open further out began in this column. So a block that was
+  // taken for open by mistake does not move what stands behind the one around it.
+  std::size_t ended(const Pieces& pieces, std::size_t at, int old) const {
+    const std::size_t innermost = levels_.depthOf([](const Level& level) { return !level.bracket; });
+    if (innermost <= 1) return 0;
+    if (at > 0) return innermost;
+    const Level& block = levels_.at(innermost);
+    const QString closer = pieces[at].word.toLower();
+    QString kind = closer.startsWith(QLatin1String("end")) ? closer.mid(3) : QString();
+    if (closer == u"end" && at + 1 < pieces.size() && belongsToEnd(pieces[at + 1])) kind = pieces[at + 1].word.toLower();
+    else if (closer == u"end" && words_.classify(QLatin1String("end") + block.opener()).kind == BlockClass::end) kind = QStringLiteral("begin");
+    if (kind.isEmpty() || block.isOfKind(kind) || block.old == old) return innermost;
+    const std::size_t outer = levels_.depthOf([&](const Level& level) { return !level.bracket && level.old == old && level.isOfKind(kind); });
+    return outer > 1 ? outer : innermost;
+  }
+  // "end if", "end process"; what opens a block of its own does not: "end begin".
+  static bool belongsToEnd(const Piece& behind) {
+    return behind.isWord && behind.entry.kind == BlockClass::start && !behind.is(QLatin1String("begin")) && !behind.is(QLatin1String("fork"));
   }
 
   void walk(const Pieces& pieces, int indent) {
     if (!levels_.back().bracket) {
-      anchor_ = indent;
+      anchor_ = indent, anchorOld_ = indent - shift_;
       if (!unfinished_) statementIndent_ = indent, statementShift_ = shift_;
     }
-    const bool macroFirst = !unfinished_ && !levels_.back().bracket && pieces[0].is(u'`');
     const int base = anchor_;           // blocks hang on the line where the brackets around this one began
     const bool middleFirst = !unfinished_ && pieces[0].entry.kind == BlockClass::middle;
     if (middleFirst && levels_.size() == 1) levels_.back().content = unit_;   // sections of a file without a block around them
     if (middleFirst && levels_.size() > 1 && !levels_.back().bracket) beginSection(levels_.back(), pieces[0]);
     // "module m" - "import p::*;" - "#(" - ")" - "("
     bool ofHeader = headerOpen_ && (levels_.back().bracket || goesOnWithHeader(pieces[0]) || pieces[0].is(QLatin1String("import")));
-    if (macroFirst) statement_.macro = true;
     bool closed = middleFirst;          // nothing of a statement is left open by the last piece
     std::size_t bracketsHere = 0;       // brackets opened in this line and still open
+    int closedFrom = -1;                // where the line began whose bracket this one closes
     bool afterEnd = false;
     for (std::size_t i = 0; i < pieces.size(); ++i) {
       const Piece& piece = pieces[i];
       const auto entry = piece.entry;
-      const bool belongsToEnd = afterEnd && piece.isWord && entry.kind == BlockClass::start;   // "end if", "end process"
+      const bool ofEnd = afterEnd && belongsToEnd(piece);
       const bool label = afterEnd && piece.is(u':');                                       // "end : name"
       afterEnd = false;
-      if (belongsToEnd) continue;
+      if (ofEnd) continue;
       if (label) {
         ++i;
         continue;
       }
       if (i > 0 || !middleFirst) closed = false;
+      if (piece.is(u'`') && !levels_.back().bracket && (i == 0 ? !unfinished_ || hangs_ : isCloser(pieces[i - 1]) || pieces[i - 1].is(QLatin1String("else"))))
+        statement_.macro = true;
       if (isOpener(piece)) {
-        const int inside = bracketsHere > 0 ? levels_.back().content : indent + unit_;
-        levels_.push_back({.base = indent, .content = inside, .bracket = true, .shift = shift_, .word = piece.word});
+        // "if (a ||" - "b) {": the brace hangs on the line where the bracket before it began
+        const int from = closedFrom >= 0 && piece.is(u'{') && isCloser(pieces[i - 1]) ? closedFrom : indent;
+        const int inside = bracketsHere > 0 ? levels_.back().content : from + unit_;
+        levels_.push_back({.base = from, .content = inside, .bracket = true, .shift = shift_, .word = piece.word});
         ++bracketsHere;
       } else if (isCloser(piece)) {
         const bool ofStatements = levels_.back().bracket && levels_.back().statements;
+        if (bracketsHere == 0 && levels_.back().bracket) closedFrom = levels_.back().base;
         if (levels_.back().bracket) popLevel();
         if (bracketsHere > 0) --bracketsHere;
         if (ofStatements && !levels_.back().bracket) statement_ = {}, closed = true;   // "constraint c { ...; }"
+      } else if (entry.kind == BlockClass::end && levels_.back().blocks > 0) {
+        --levels_.back().blocks;
       } else if (entry.kind == BlockClass::end) {
-        closeBlock();
+        closeBlock(ended(pieces, i, indent - shift_));
         bracketsHere = 0;
         afterEnd = closed = true;
-      } else if (entry.kind == BlockClass::start && mayOpen(piece, entry)) {
+      } else if (entry.kind == BlockClass::start && mayOpen(piece, entry, i > 0 ? &pieces[i - 1] : nullptr)) {
         const int width = entry.doubleIndent ? 2 * unit_ : unit_;
         const QString word = piece.word.toLower();
-        levels_.push_back({.base = base, .content = base + habits_.width(word, width), .byWord = piece.isWord, .shift = shift_, .width = width, .word = word});
+        levels_.push_back({.base = base, .content = base + habits_.width(word, width), .byWord = piece.isWord, .shift = shift_, .old = anchorOld_, .width = width, .word = word});
         bracketsHere = 0;
         statement_.opened = piece.isWord;
         statement_.awaitsIs = entry.needsIs;
@@ -231,6 +258,7 @@ class WholeLines : private IndentState {
         closed = true;
       } else if (piece.is(u':') && statement_.words == 1 && !statement_.opened && !statement_.choice) {
         statement_ = {};   // a label
+        statement_.labelled = true;
         closed = i + 1 < pieces.size();
       } else if (piece.is(u'?')) {
         statement_.choice = true;
@@ -258,11 +286,18 @@ class WholeLines : private IndentState {
   }
 
   // A word in brackets opens nothing; of the words of one statement only the first does.
-  bool mayOpen(const Piece& piece, const BlockWords::Entry& entry) {
+  bool mayOpen(const Piece& piece, const BlockWords::Entry& entry, const Piece* before) {
     if (!piece.isWord) return true;
-    if (levels_.back().bracket || statement_.opensNothing || statement_.opened) return false;
+    if (levels_.back().bracket) {
+      levels_.back().blocks += standsBare(piece) || levels_.back().blocks > 0;
+      return false;
+    }
+    if (statement_.opened && levels_.size() > 1) levels_.back().also += piece.word.toLower();
+    if (statement_.opensNothing || statement_.opened) return false;
     if (statement_.words == 0 && entry.opensNothing) return false;
-    if (statement_.words == 1 && words_.classify(statement_.first + u' ' + piece.word).opensNothing) return false;
+    if (statement_.labelled && (piece.is(QLatin1String("component")) || piece.is(QLatin1String("entity")) || piece.is(QLatin1String("configuration")))) return false;
+    if (before && before->isWord && (before->entry.opensNothing || words_.classify(before->word + u' ' + piece.word).opensNothing))
+      return false;   // "if (...) wait fork"
     noteWord(piece, entry, anchor_);
     return true;
   }
@@ -280,10 +315,9 @@ class WholeLines : private IndentState {
     return statement_.opened && levels_.size() > 1 ? levels_.belowBack() : levels_.back();
   }
 
-  void closeBlock() {
-    while (levels_.size() > 1 && levels_.back().bracket) popLevel();
-    if (levels_.size() > 1) popLevel();
-    else levels_.back().content = 0;
+  void closeBlock(std::size_t depth) {
+    while (levels_.size() > 1 && levels_.size() >= depth) popLevel();
+    if (depth == 0) levels_.back().content = 0;
     statement_ = {};
   }
 
@@ -305,7 +339,8 @@ class WholeLines : private IndentState {
     const bool goesOn = semicolons_ ? true : last.is(u'\\');
     const bool startedOrHung = !unfinished_ || hangs_;
     const bool macroEnds = statement_.macro && (isCloser(last) || (directive && !isOperator(last) && last.sign != u'='));
-    unfinished_ = !closed && !macroEnds && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
+    const bool condition = pieces.front().is(QLatin1String("elsif")) && isOperator(last);   // goes on until "then"
+    unfinished_ = (!closed || condition) && !macroEnds && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
     // The items of a list stand below each other, those of a declaration behind its first word.
     listGoesOn_ = unfinished_ && last.is(u',') && (statement_.words <= 1 || !levels_.back().byWord || levels_.back().word.startsWith(QLatin1String("case")));
     // A label hangs its statement on itself in a block of words, and stands for itself in one of braces.

@@ -1,0 +1,40 @@
+class c;
+  constraint x_c {
+    if (((opcode == 1) && (f inside {1})) ||
+        (opcode inside {2})) {
+      has == 1'b1;
+    }
+  }
+
+  function bit f(int a);
+    if (m == null) `fatal(name(), "no memory model")
+    `info(`gfn, "x", LOW)
+    if (a == 1) begin
+      return 0;
+    end begin
+      return 1'b0;
+    end
+  endfunction
+
+  virtual task drive();
+    if (blocking) wait fork;
+    `SPINWAIT_EXIT(
+        do @(`CB); while (!`CB.ack);
+        if (cfg.x) begin
+          a = 1;
+        end else begin
+          a = 0;
+        end
+        wait (cfg.in_reset);)
+    if (x) disable fork;
+  endtask
+
+  task automatic unknown_words();
+    foreach (a[i]) strange case of;
+      b = 1;
+  endtask
+
+  task automatic u();
+    b = 1;
+  endtask
+endclass
