@@ -12,6 +12,7 @@
 #include "control/FindDialog.h"
 #include "control/LongWork.h"
 #include "text/LineReader.h"
+#include "text/SmallestEdit.h"
 #include "text/Utf8Stream.h"
 #include "text/WordNear.h"
 
@@ -25,20 +26,6 @@ QFont defaultFont() {
   QFont font = fixedFont();
   if (font.pointSizeF() < 10) font.setPointSizeF(10);
   return font;
-}
-
-// What of `after` really differs from `before`, cut at whole characters. `at` is where `before` stands.
-std::optional<text::Edit> smallestEdit(ByteOffset at, std::string_view before, std::string_view after) {
-  const auto inside = [](std::string_view s, std::size_t i) { return i < s.size() && (static_cast<unsigned char>(s[i]) & 0xC0) == 0x80; };
-  std::size_t head = 0, tail = 0;
-  const std::size_t shorter = std::min(before.size(), after.size());
-  while (head < shorter && before[head] == after[head]) ++head;
-  if (head == before.size() && head == after.size()) return std::nullopt;
-  while (head > 0 && (inside(before, head) || inside(after, head))) --head;
-  while (tail < shorter - head && before[before.size() - 1 - tail] == after[after.size() - 1 - tail]) ++tail;
-  while (tail > 0 && (inside(before, before.size() - tail) || inside(after, after.size() - tail))) --tail;
-  return text::Edit{{at + static_cast<std::int64_t>(head), at + static_cast<std::int64_t>(before.size() - tail)},
-                    std::string(after.substr(head, after.size() - head - tail))};
 }
 
 }  // namespace
@@ -294,7 +281,7 @@ void CodeMax::ReplaceLines(qint64 first, const QStringList& lines) {
   text::LineReader reader(now, LineNo(first + skipped));
   std::string_view old;
   for (qsizetype i = skipped; i < lines.size() && reader.next(&old); ++i)
-    if (auto edit = smallestEdit(reader.start(), old, impl_->incoming(lines[i], reader.line()))) edits.push_back(std::move(*edit));
+    if (auto edit = text::smallestEdit(reader.start(), old, impl_->incoming(lines[i], reader.line()))) edits.push_back(std::move(*edit));
   impl_->apply(edits);
 }
 

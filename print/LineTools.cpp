@@ -1,44 +1,45 @@
 #include "print/LineTools.h"
 
-#include <QSet>
+#include <QCoreApplication>
 #include <algorithm>
 #include <numeric>
+#include <unordered_set>
 
 #include "control/ColumnBlock.h"
+#include "print/LineWork.h"
 #include "text/Chars.h"
 
 namespace {
 
+struct T {
+  Q_DECLARE_TR_FUNCTIONS(LineTools)
+};
+
 using Lines = LineRange;
-
-QStringList read(const CodeMax& cmx, Lines lines) {
-  QStringList list;
-  list.reserve(lines.end - lines.first);
-  for (qint64 i = lines.first; i < lines.end; ++i) list.push_back(cmx.GetLine(i));
-  return list;
-}
-
-// Exchanges the lines for `fresh`, which may be shorter: the surplus goes with its line ends.
-void put(CodeMax& cmx, Lines lines, const QStringList& fresh) {
-  const EditBlock block(cmx);
-  cmx.ReplaceLines(lines.first, fresh);
-  const qint64 from = lines.first + fresh.size();
-  if (from >= lines.end) return;
-  // From the end of the last line that stays, so that the text's own last line end is kept; where none stays before, from its start.
-  CmRange gone{from - 1, 0, lines.end - 1, cmx.GetLineLength(lines.end - 1), false};
-  if (from > 0) {
-    gone.StartColNo = cmx.GetLineLength(from - 1);
-  } else {
-    gone.StartLineNo = 0;
-    if (lines.end < cmx.LineCount()) gone.EndLineNo = lines.end, gone.EndColNo = 0;
-  }
-  cmx.ReplaceText(QString(), gone);
-}
 
 // The last, empty line behind a final line end is no line to sort or to weigh.
 Lines withoutFinalEmpty(const CodeMax& cmx, Lines lines) {
   if (lines.end == cmx.LineCount() && lines.end - lines.first > 1 && cmx.GetLineLength(lines.end - 1) == 0) --lines.end;
   return lines;
+}
+
+bool isBlank(char c) { return c == ' ' || c == '\t'; }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+constexpr double kNoNumber = -std::numeric_limits<double>::infinity();
+
+// The first number of the line, with a fraction; its minus stands at the line's begin or behind a blank.
+double numberIn(std::string_view line) {
+  const auto first = std::find_if(line.begin(), line.end(), isDigit);
+  if (first == line.end()) return kNoNumber;
+  const auto at = static_cast<std::size_t>(first - line.begin());
+  std::size_t end = at;
+  while (end < line.size() && isDigit(line[end])) ++end;
+  if (end + 1 < line.size() && line[end] == '.' && isDigit(line[end + 1]))
+    for (++end; end < line.size() && isDigit(line[end]);) ++end;
+  const double value = QByteArrayView(line.data() + at, static_cast<qsizetype>(end - at)).toDouble();
+  const bool isNegative = at > 0 && line[at - 1] == '-' && (at == 1 || isBlank(line[at - 2]));
+  return isNegative ? -value : value;
 }
 
 }  // namespace
@@ -50,129 +51,152 @@ LineRange selectedLines(const CodeMax& cmx) {
   return {range.StartLineNo, range.EndLineNo + (touchesOnly ? 0 : 1)};
 }
 
-qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
-  if (cmx.ReadOnly()) return 0;
-  const Lines lines = withoutFinalEmpty(cmx, selectedLines(cmx));
-  const QStringList old = read(cmx, lines);
-  const auto sensitivity = options.matchCase ? Qt::CaseSensitive : Qt::CaseInsensitive;
-  const auto number = [](const QString& line) {   // the first number of the line; lines without one come first
-    qsizetype at = 0;
-    while (at < line.size() && !line[at].isDigit()) ++at;
-    const bool negative = at > 0 && line[at - 1] == u'-';
-    double value = -1e300;
-    if (at < line.size()) {
-      qsizetype end = at;
-      while (end < line.size() && (line[end].isDigit() || line[end] == u'.')) ++end;
-      value = QStringView(line).mid(at, end - at).toDouble();
-    }
-    return negative ? -value : value;
-  };
-  const auto compare = [&](const QString& a, const QString& b) {
-    if (options.numeric) {
-      const double x = number(a), y = number(b);
-      if (x != y) return x < y ? -1 : 1;
-    }
-    return a.compare(b, sensitivity);
-  };
-  QStringList fresh = old;
-  std::stable_sort(fresh.begin(), fresh.end(), [&](const QString& a, const QString& b) {
-    const int order = compare(a, b);
-    return options.descending ? order > 0 : order < 0;
+namespace {
+
+struct Row {
+  QString key;            // by which it is compared
+  double number = 0;
+  std::string text;
+};
+
+struct Cancelled {};
+
+void sortRows(LineWork& work, const SortOptions& options) {
+  std::vector<Row> rows;
+  rows.reserve(static_cast<std::size_t>(work.lines().end - work.lines().first));
+  for (std::string_view line; work.next(&line);) {
+    QString key = toQString(line);
+    if (!options.matchCase) key = std::move(key).toCaseFolded();
+    rows.push_back({std::move(key), options.numeric ? numberIn(line) : 0, std::string(line)});
+  }
+  if (work.isCancelled()) return;
+  std::vector<const Row*> sorted;
+  sorted.reserve(rows.size());
+  for (const Row& row : rows) sorted.push_back(&row);
+  std::stable_sort(sorted.begin(), sorted.end(), [&](const Row* a, const Row* b) {
+    if (work.isCancelled()) throw Cancelled();
+    if (options.descending) std::swap(a, b);
+    return a->number != b->number ? a->number < b->number : a->key < b->key;
   });
-  if (options.dropEqual)
-    fresh.erase(std::unique(fresh.begin(), fresh.end(), [&](const QString& a, const QString& b) { return a.compare(b, sensitivity) == 0; }),
-                fresh.end());
-  if (fresh == old) return 0;
-  put(cmx, lines, fresh);
-  qint64 changed = old.size() - fresh.size();
-  for (qsizetype i = 0; i < fresh.size(); ++i) changed += fresh[i] != old[i];
-  return changed;
+  if (options.dropEqual) {
+    std::unordered_set<std::string_view> seen;
+    std::erase_if(sorted, [&](const Row* row) { return !seen.insert(row->text).second; });
+  }
+  LineWork puts(work.text(), work.lines(), work.control());   // the same lines once more
+  std::string_view line;
+  for (const Row* row : sorted)
+    if (puts.next(&line)) puts.replace(line, row->text);
+  const Lines gone{work.lines().first + static_cast<qint64>(sorted.size()), work.lines().end};
+  if (gone.first < gone.end) puts.remove(gone);
+  work.edits = std::move(puts.edits);
+  work.changed = puts.changed;
 }
 
-qint64 SubstituteInLines(CodeMax& cmx, const QRegularExpression& expression, const QString& replacement) {
-  if (cmx.ReadOnly() || !expression.isValid()) return 0;
+}  // namespace
+
+qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
+  return LineWork::run(cmx, withoutFinalEmpty(cmx, selectedLines(cmx)), T::tr("Sorting..."), [&](LineWork& work) {
+    try {
+      sortRows(work, options);
+    } catch (const Cancelled&) {
+    }
+  });
+}
+
+qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString& replacement, QString* error) {
   const qint64 caret = cmx.CurrentPosition().LineNo;
   const Lines lines = cmx.GetSel(true).IsEmpty() ? Lines{caret, caret + 1} : selectedLines(cmx);
-  const text::Snapshot text = cmx.model()->snapshot();
-  std::vector<std::pair<qint64, QString>> changed;
-  bool cancelled = false;
-  const auto bytes = [&](qint64 line) { return line < text.lineCount() ? text.lineStart(text::LineNo(line)) : text.size(); };
-  cmx.editor().host().work(bytes(lines.end) - bytes(lines.first), [&](text::SearchControl& control) {
-    for (qint64 i = lines.first; i < lines.end && !control.cancel; ++i) {
-      const QString old = toQString(text.line(text::LineNo(i)));
-      QString fresh = QString(old).replace(expression, replacement);
-      if (fresh != old) changed.emplace_back(i, std::move(fresh));
-      control.bytesDone = bytes(i) - bytes(lines.first);
+  // \1 to \9 are groups; everything else stands for itself.
+  std::string by;
+  const std::string written = fromQString(replacement);
+  for (std::size_t i = 0; i < written.size(); ++i) {
+    const char c = written[i];
+    if (c == '\\' && i + 1 < written.size() && written[i + 1] >= '1' && written[i + 1] <= '9') by += std::string("${") + written[++i] + '}';
+    else if (c == '\\' || c == '$') by.append(2, c);
+    else by += c;
+  }
+  return LineWork::run(cmx, lines, T::tr("Replacing..."), [&](LineWork& work) {
+    std::string why;
+    for (std::string_view line; why.empty() && work.next(&line);) {
+      const std::size_t before = work.edits.size();
+      const text::ByteRange within{work.start(), work.start() + static_cast<std::int64_t>(line.size())};
+      const text::SearchEnd end = finder.each(work.text(), within, [&](const text::Match& match) {
+        auto fresh = finder.replacementFor(work.text(), match, by, false, &why);
+        if (fresh && *fresh != work.text().bytes(match.range)) work.edits.push_back({match.range, std::move(*fresh)});
+        return why.empty();
+      }, &work.control());
+      if (why.empty()) why = end.error;
+      work.changed += work.edits.size() > before;
     }
-    cancelled = control.cancel;
-  });
-  if (cancelled) return 0;
-  const EditBlock block(cmx);
-  for (const auto& [line, fresh] : changed) cmx.ReplaceLines(line, {fresh});
-  return qint64(changed.size());
+    work.error = QString::fromStdString(why);
+  }, error);
 }
 
 namespace {
-template <class Keep>
-qint64 keepLines(CodeMax& cmx, Lines lines, Keep keep) {
-  if (cmx.ReadOnly()) return 0;
-  const QStringList old = read(cmx, lines);
-  if (old == QStringList{QString()}) return 0;   // an empty text has nothing to take
-  QStringList fresh;
-  for (const QString& line : old)
-    if (keep(line)) fresh.push_back(line);
-  const qint64 gone = old.size() - fresh.size();
-  if (gone > 0) put(cmx, lines, fresh);
-  return gone;
-}
-}  // namespace
 
-qint64 RemoveDuplicateLines(CodeMax& cmx, bool matchCase) {
-  QSet<QString> seen;
-  return keepLines(cmx, withoutFinalEmpty(cmx, selectedLines(cmx)), [&](const QString& line) {
-    const QString key = matchCase ? line : line.toCaseFolded();
-    if (seen.contains(key)) return false;
-    seen.insert(key);
-    return true;
+// Takes away the lines that are not kept.
+qint64 keepLines(CodeMax& cmx, const std::function<bool(std::string_view)>& keep) {
+  const Lines lines = withoutFinalEmpty(cmx, selectedLines(cmx));
+  if (cmx.LineCount() == 1 && cmx.GetLineLength(0) == 0) return 0;   // an empty text has nothing to take
+  return LineWork::run(cmx, lines, T::tr("Looking at lines..."), [&](LineWork& work) {
+    Lines gone{lines.first, lines.first};
+    for (std::string_view line; work.next(&line);) {
+      if (!keep(line)) {
+        gone.end = work.line().value + 1;
+        continue;
+      }
+      if (gone.first < gone.end) work.remove(gone);
+      gone = {work.line().value + 1, work.line().value + 1};
+    }
+    if (gone.first < gone.end) work.remove(gone);
   });
 }
 
+}  // namespace
+
+qint64 RemoveDuplicateLines(CodeMax& cmx) {
+  std::unordered_set<std::string> seen;
+  return keepLines(cmx, [&](std::string_view line) { return seen.emplace(line).second; });
+}
+
 qint64 RemoveBlankLines(CodeMax& cmx) {
-  return keepLines(cmx, withoutFinalEmpty(cmx, selectedLines(cmx)), [](const QString& line) { return !line.trimmed().isEmpty(); });
+  return keepLines(cmx, [](std::string_view line) { return !toQString(line).trimmed().isEmpty(); });
 }
 
 qint64 TrimLineEnds(CodeMax& cmx) {
-  if (cmx.ReadOnly()) return 0;
-  const Lines lines = selectedLines(cmx);
-  QStringList fresh = read(cmx, lines);
-  qint64 changed = 0;
-  for (QString& line : fresh) {
-    qsizetype end = line.size();
-    while (end > 0 && (line[end - 1] == u' ' || line[end - 1] == u'\t')) --end;
-    if (end == line.size()) continue;
-    line.truncate(end);
-    ++changed;
-  }
-  if (changed > 0) put(cmx, lines, fresh);
-  return changed;
+  return LineWork::run(cmx, selectedLines(cmx), T::tr("Trimming..."), [](LineWork& work) {
+    for (std::string_view line; work.next(&line);) {
+      std::size_t end = line.size();
+      while (end > 0 && isBlank(line[end - 1])) --end;
+      work.replace(line, line.substr(0, end));
+    }
+  });
 }
 
 qint64 JoinLines(CodeMax& cmx) {
-  if (cmx.ReadOnly()) return 0;
   Lines lines = selectedLines(cmx);
   const CmRange range = cmx.GetSel(true);
   if (range.IsEmpty()) lines = {range.StartLineNo, std::min(range.StartLineNo + 2, cmx.LineCount())};   // with the line below
   if (lines.end - lines.first < 2) return 0;
-  const QStringList old = read(cmx, lines);
-  QString joined = old.first();
-  for (qsizetype i = 1; i < old.size(); ++i) {
-    while (joined.endsWith(u' ') || joined.endsWith(u'\t')) joined.chop(1);
-    const QString next = old[i].trimmed();
-    if (!joined.isEmpty() && !next.isEmpty()) joined += u' ';
-    joined += next;
-  }
-  put(cmx, lines, {joined});
-  return old.size() - 1;
+  const qint64 joined = LineWork::run(cmx, lines, T::tr("Joining..."), [](LineWork& work) {
+    // What has been joined ends here, and whether it holds nothing.
+    text::ByteOffset end = work.text().lineStart(text::LineNo(work.lines().first));
+    bool isEmpty = true;
+    for (std::string_view line; work.next(&line);) {
+      std::size_t first = 0, last = line.size();
+      while (last > 0 && isBlank(line[last - 1])) --last;
+      while (first < last && isBlank(line[first])) ++first;
+      if (first == last) continue;
+      const text::ByteOffset begin = work.start() + static_cast<std::int64_t>(first);
+      if (work.line().value > work.lines().first) work.edits.push_back({{end, begin}, isEmpty ? "" : " "});
+      end = work.start() + static_cast<std::int64_t>(last);
+      isEmpty = false;
+    }
+    const text::ByteOffset behind = work.text().lineEnd(text::LineNo(work.lines().end - 1));
+    if (end < behind) work.edits.push_back({{end, behind}, {}});
+    work.changed = work.lines().end - work.lines().first - 1;
+  });
+  return joined;
 }
 
 namespace {
@@ -207,22 +231,22 @@ qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
   const qint64 a = cellOf(selection.anchor, selection.anchorVirtual), c = cellOf(selection.caret, selection.caretVirtual);
   const qint64 startCell = range.ColumnSel ? std::min(a, c) : cellOf(cmx.editor().offsetOf({range.StartLineNo, range.StartColNo}), range.IsEmpty() ? selection.caretVirtual : 0);
   const qint64 endCell = range.ColumnSel ? std::max(a, c) : startCell;
-  QStringList fresh;
   qint64 behind = startCell;
-  for (qint64 i = lines.first; i < lines.end; ++i) {
-    const std::string bytes = fromQString(cmx.GetLine(i));
-    const auto total = text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), cmx.TabSize()).value;
-    const auto from = static_cast<std::size_t>(text::byteOfDisplay(bytes, text::DisplayColumn(startCell), cmx.TabSize()));
-    const auto to = static_cast<std::size_t>(text::byteOfDisplay(bytes, text::DisplayColumn(endCell), cmx.TabSize()));
-    const auto fill = static_cast<int>(std::max<qint64>(0, startCell - total));
-    const QString before = toQString(std::string_view(bytes).substr(0, from)) + QString(fill, u' ') + seriesItem(series, i - lines.first);
-    fresh.push_back(before + toQString(std::string_view(bytes).substr(std::max(from, to))));
-    const std::string head = fromQString(before);
-    behind = std::max<qint64>(behind, text::displayColumn(head, static_cast<std::int64_t>(head.size()), cmx.TabSize()).value);
-  }
-  const EditBlock block(cmx);
-  put(cmx, lines, fresh);
+  const int tabSize = cmx.TabSize();
+  const qint64 done = LineWork::run(cmx, lines, T::tr("Putting numbers in..."), [&](LineWork& work) {
+    for (std::string_view line; work.next(&line);) {
+      const auto total = text::displayColumn(line, static_cast<std::int64_t>(line.size()), tabSize).value;
+      const auto from = text::byteOfDisplay(line, text::DisplayColumn(startCell), tabSize), to = text::byteOfDisplay(line, text::DisplayColumn(endCell), tabSize);
+      const auto fill = static_cast<std::size_t>(std::max<qint64>(0, startCell - total));
+      std::string item = std::string(fill, ' ') + fromQString(seriesItem(series, work.line().value - lines.first));
+      const std::string head = std::string(line.substr(0, static_cast<std::size_t>(from))) + item;
+      behind = std::max<qint64>(behind, text::displayColumn(head, static_cast<std::int64_t>(head.size()), tabSize).value);
+      work.edits.push_back({{work.start() + from, work.start() + std::max(from, to)}, std::move(item)});
+      ++work.changed;
+    }
+  });
   // What is typed next stands behind the numbers, in every row that got one.
-  cmx.editor().setSelection(columnSelection(cmx.model()->snapshot(), text::LineNo(lines.first), behind, text::LineNo(lines.end - 1), behind, cmx.TabSize()));
-  return fresh.size();
+  if (done > 0)
+    cmx.editor().setSelection(columnSelection(cmx.model()->snapshot(), text::LineNo(lines.first), behind, text::LineNo(lines.end - 1), behind, tabSize));
+  return done;
 }

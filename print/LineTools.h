@@ -1,12 +1,12 @@
 // Small services on whole lines and on columns of numbers. Each is one undo step and returns the number of lines changed or gone; read-only
 // texts stay as they are. "The selected lines" are those that the selection touches (a last line touched only at column 0 does not count);
-// without a selection all lines of the text.
+// without a selection all lines of the text. What takes long can be cancelled, and has then changed nothing.
 #pragma once
 
-#include <QRegularExpression>
 #include <QString>
 
 #include "control/CodeMax.h"
+#include "text/Finder.h"
 
 struct LineRange {
   qint64 first = 0, end = 0;   // half-open, from 0
@@ -14,14 +14,18 @@ struct LineRange {
 LineRange selectedLines(const CodeMax& cmx);
 
 struct SortOptions {
-  bool descending = false, matchCase = false, numeric = false, dropEqual = false;
+  bool descending = false;
+  bool matchCase = false;   // of the order only
+  bool numeric = false;     // by the first number of each line; those without one come first
+  bool dropEqual = false;   // one of equal lines stays
 };
 qint64 SortLines(CodeMax& cmx, const SortOptions& options);
-qint64 RemoveDuplicateLines(CodeMax& cmx, bool matchCase = true);   // keeps the first of equal lines, wherever they stand
+qint64 RemoveDuplicateLines(CodeMax& cmx);                          // keeps the first of equal lines, wherever they stand
 qint64 RemoveBlankLines(CodeMax& cmx);                              // lines of white space only
 qint64 TrimLineEnds(CodeMax& cmx);                                  // blanks and tabs at line ends
-// Replaces what the expression finds, \1 to \9 standing for its groups, in the selected lines, else in the caret's.
-qint64 SubstituteInLines(CodeMax& cmx, const QRegularExpression& expression, const QString& replacement);
+// Replaces what is found within a line, \1 to \9 standing for the groups of an expression, in the selected lines, else in the caret's.
+// *error not empty: the search failed, and nothing is changed.
+qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString& replacement, QString* error);
 qint64 JoinLines(CodeMax& cmx);                                     // to one line, one blank where lines met
 
 struct NumberSeries {

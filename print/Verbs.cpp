@@ -4,6 +4,7 @@
 #include <QHash>
 
 #include "base/Dialogs.h"
+#include "base/Strings.h"
 #include "document/Languages.h"
 #include "document/Statements.h"
 #include "language/ucCM.h"
@@ -144,11 +145,15 @@ bool substitute(CodeMax& cmx, const QString& argument) {
     parts.last() += argument[at];
   }
   if (parts.size() != 3 || parts[0].isEmpty() || (!parts[2].isEmpty() && parts[2] != QLatin1String("i"))) return false;
-  const QRegularExpression expression(parts[0], parts[2].isEmpty() ? QRegularExpression::NoPatternOption
-                                                                   : QRegularExpression::CaseInsensitiveOption);
-  if (!expression.isValid()) return false;
+  text::SearchOptions search;
+  search.regex = true;
+  search.matchCase = parts[2].isEmpty();
+  const text::Finder finder(fromQString(parts[0]), search);
+  if (!finder.error().empty()) return false;
   parts[1].replace(u'\\' + argument.left(1), argument.left(1));
-  SubstituteInLines(cmx, expression, parts[1]);
+  QString error;
+  SubstituteInLines(cmx, finder, parts[1], &error);
+  if (!error.isEmpty()) MsgBox(error);
   return true;
 }
 
@@ -171,7 +176,7 @@ void AddFormatVerbs() {
           "Aligns a delimiter in the selected lines, else in all; -g groups between blank lines, -c code only, -b within the block.", columnize);
   addVerb("SERIES", "[start=N] [step=N] [repeat=N] [base=2|8|10|16] [width=N] [zeros] [upper] [prefix=TEXT] [suffix=TEXT]",
           "Puts a series of numbers into the selected lines.", series);
-  addVerb("SORTLINES", "[descending] [case] [numeric] [unique]", "Sorts the selected lines, else all.", sortLines);
+  addVerb("SORTLINES", "[descending] [case] [numeric] [unique]", "Sorts the selected lines, else all; numeric by the first number of each, unique keeps one of equal lines, case tells A from a in the order.", sortLines);
   addVerb("UNIQUELINES", "", "Removes lines that have stood before.", plain<removeDuplicates>);
   addVerb("BLANKLINES", "", "Removes lines of white space only.", plain<RemoveBlankLines>);
   addVerb("TRIMLINES", "", "Removes blanks and tabs at line ends.", plain<TrimLineEnds>);

@@ -83,8 +83,9 @@ TEST(LineTools, WholeLines) {
   const Case cases[] = {
       {"b\na\nB\n", [](CodeMax& c) { return SortLines(c, {}); }, "a\nb\nB\n", 2},
       {"b\na\nB", [](CodeMax& c) { return SortLines(c, {true, true, false, false}); }, "b\na\nB", 0},
-      {"x10\nx9\nx-1\nx", [](CodeMax& c) { return SortLines(c, {false, false, true, false}); }, "x\nx-1\nx9\nx10", 4},
-      {"a\nb\na\nA\n", [](CodeMax& c) { return SortLines(c, {false, false, false, true}); }, "a\nb\n", 2},
+      {"x10\nx9\nx -1\nx", [](CodeMax& c) { return SortLines(c, {false, false, true, false}); }, "x\nx -1\nx9\nx10", 4},
+      {"a\nb\nA\na\n", [](CodeMax& c) { return SortLines(c, {.dropEqual = true}); }, "a\nA\nb\n", 3},
+      {"net-7\n1.2.3\n -2\nx", [](CodeMax& c) { return SortLines(c, {.numeric = true}); }, "x\n -2\n1.2.3\nnet-7", 4},
       {"a\nb\na\n\nb\n", [](CodeMax& c) { return RemoveDuplicateLines(c); }, "a\nb\n\n", 2},
       {"\n \na\n\t\nb", [](CodeMax& c) { return RemoveBlankLines(c); }, "a\nb", 3},
       {"\n \n", [](CodeMax& c) { return RemoveBlankLines(c); }, "", 2},
