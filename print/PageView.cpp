@@ -20,6 +20,12 @@ PageView::PageView(QWidget* parent) : QAbstractScrollArea(parent) {
 void PageView::setDocument(const PrintDocument* document) {
   document_ = document;
   relayout();
+  if (document_ && !document_->pages.empty()) current_ = std::min(current_, static_cast<int>(document_->pages.size()) - 1);
+}
+
+int PageView::columns() const {
+  const int count = document_ ? static_cast<int>(document_->pages.size()) : 0;
+  return std::clamp(count, 1, across_);
 }
 
 void PageView::setAcross(int pages) {
@@ -54,15 +60,15 @@ void PageView::relayout() {
   if (document_ && fit_ != Fit::none) {
     const QSizeF points(document_->layout.fullRectPoints().size());
     const double unit = logicalDpiX() / 72.0;
-    const double wide = (viewport()->width() - kGap * (across_ + 1)) / (points.width() * across_ * unit);
+    const double wide = (viewport()->width() - kGap * (columns() + 1)) / (points.width() * columns() * unit);
     const double high = (viewport()->height() - 2 * kGap) / (points.height() * unit);
     zoom_ = std::clamp(fit_ == Fit::width ? wide : std::min(wide, high), 0.05, 8.0);
     emit zoomChanged(zoom_);
   }
   const int count = document_ ? static_cast<int>(document_->pages.size()) : 0;
-  const int rows = (count + across_ - 1) / across_;
+  const int rows = (count + columns() - 1) / columns();
   const QSizeF size = sheet();
-  const double height = rows * (size.height() + kGap) + kGap, width = across_ * (size.width() + kGap) + kGap;
+  const double height = rows * (size.height() + kGap) + kGap, width = columns() * (size.width() + kGap) + kGap;
   verticalScrollBar()->setRange(0, std::max(0, static_cast<int>(height) - viewport()->height()));
   verticalScrollBar()->setPageStep(viewport()->height());
   verticalScrollBar()->setSingleStep(40);
@@ -74,15 +80,18 @@ void PageView::relayout() {
 
 QRectF PageView::placeOf(int page) const {
   const QSizeF size = sheet();
-  const double total = across_ * (size.width() + kGap) + kGap;
+  const double total = columns() * (size.width() + kGap) + kGap;
   const double left = std::max(0.0, (viewport()->width() - total) / 2);
-  return QRectF(QPointF(left + kGap + (page % across_) * (size.width() + kGap), kGap + (page / across_) * (size.height() + kGap)), size);
+  return QRectF(QPointF(left + kGap + (page % columns()) * (size.width() + kGap), kGap + (page / columns()) * (size.height() + kGap)), size);
 }
 
 void PageView::goTo(int page) {
   if (!document_ || document_->pages.empty()) return;
   page = std::clamp(page, 0, static_cast<int>(document_->pages.size()) - 1);
-  verticalScrollBar()->setValue(static_cast<int>(placeOf(page).top()) - kGap);
+  const QRectF place = placeOf(page);
+  verticalScrollBar()->setValue(static_cast<int>(place.top()) - kGap);
+  const int left = horizontalScrollBar()->value();
+  if (place.left() >= left + viewport()->width() || place.right() <= left) horizontalScrollBar()->setValue(static_cast<int>(place.left()) - kGap);
   current_ = page;
   emit currentPageChanged(current_);
 }
@@ -122,8 +131,8 @@ void PageView::updateCurrent() {
   if (!document_ || document_->pages.empty()) return;
   const QSizeF size = sheet();
   const int row = static_cast<int>(std::floor((verticalScrollBar()->value() + size.height() / 3) / (size.height() + kGap)));
-  const int page = std::clamp(row * across_, 0, static_cast<int>(document_->pages.size()) - 1);
-  if (page / across_ == current_ / across_) return;
+  const int page = std::clamp(row * columns(), 0, static_cast<int>(document_->pages.size()) - 1);
+  if (page / columns() == current_ / columns()) return;
   current_ = page;
   emit currentPageChanged(current_);
 }
@@ -137,7 +146,7 @@ void PageView::paintEvent(QPaintEvent*) {
   const double scale = zoom_ * logicalDpiX() / 72.0;
   const QSizeF size = sheet();
   const int firstRow = std::max(0, static_cast<int>(sight.top() / (size.height() + kGap)) - 1);
-  for (int page = firstRow * across_; page < static_cast<int>(document_->pages.size()); ++page) {
+  for (int page = firstRow * columns(); page < static_cast<int>(document_->pages.size()); ++page) {
     const QRectF place = placeOf(page);
     if (place.top() > sight.bottom()) break;
     if (!place.intersects(sight)) continue;
@@ -172,9 +181,9 @@ void PageView::wheelEvent(QWheelEvent* event) {
 void PageView::keyPressEvent(QKeyEvent* event) {
   switch (event->key()) {
     case Qt::Key_PageDown:
-    case Qt::Key_Space: goTo(current_ + across_); break;
+    case Qt::Key_Space: goTo(current_ + columns()); break;
     case Qt::Key_PageUp:
-    case Qt::Key_Backspace: goTo(current_ - across_); break;
+    case Qt::Key_Backspace: goTo(current_ - columns()); break;
     case Qt::Key_Home: goTo(0); break;
     case Qt::Key_End: goTo(document_ ? static_cast<int>(document_->pages.size()) - 1 : 0); break;
     default: QAbstractScrollArea::keyPressEvent(event);

@@ -33,6 +33,7 @@ class PageView : public QAbstractScrollArea {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  int columns() const;                               // pages side by side: no more than there are
   QSizeF sheet() const;                              // in pixels of the view
   QRectF placeOf(int page) const;                    // without scrolling
   void relayout();

@@ -16,12 +16,12 @@
 #include <QSplitter>
 #include <QTabBar>
 #include <QTabWidget>
-#include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
 
 #include "base/ArrowIcon.h"
 #include "base/Dialogs.h"
+#include "base/FlowLayout.h"
 #include "base/Hourglass.h"
 #include "base/PageKeys.h"
 #include "base/Program.h"
@@ -78,8 +78,7 @@ frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* 
 
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(4, 4, 4, 4);
-  buildToolBar();
-  layout->addWidget(findChild<QToolBar*>());
+  layout->addWidget(makeToolBar());
   layout->addWidget(splitter, 1);
   layout->addLayout(work);
 
@@ -105,20 +104,37 @@ frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* 
 
 frmPreview::~frmPreview() = default;
 
-void frmPreview::buildToolBar() {
-  auto* bar = new QToolBar(this);
-  bar->setToolButtonStyle(Qt::ToolButtonTextOnly);
-  const auto add = [&](const QString& text, const char* name, const QString& tip, auto slot) {
-    QAction* action = bar->addAction(text, this, slot);
+// Its rows wrap: all of it can be reached at any width and with letters of any size.
+QWidget* frmPreview::makeToolBar() {
+  auto* bar = new QWidget(this);
+  auto* row = new FlowLayout(bar);
+  const auto button = [&](const QString& text, const char* name, const QString& tip, auto slot) {
+    auto* action = new QAction(text, this);
     action->setIconText(text);   // what the button shows; the text alone would lose its mnemonic there
     action->setToolTip(tip);
     action->setObjectName(QLatin1String(name));
-    return action;
+    connect(action, &QAction::triggered, this, slot);
+    addAction(action);
+    auto* made = new QToolButton(bar);
+    made->setDefaultAction(action);
+    made->setAutoRaise(true);
+    made->setFocusPolicy(Qt::TabFocus);
+    return made;
   };
-  const auto addArrow = [&](const QString& text, Arrow arrow, const QString& tip, auto slot) {
-    QAction* action = add(text, "", tip, slot);
-    action->setIcon(arrowIcon(arrow));
-    if (auto* button = qobject_cast<QToolButton*>(bar->widgetForAction(action))) button->setToolButtonStyle(Qt::ToolButtonIconOnly);
+  const auto add = [&](const QString& text, const char* name, const QString& tip, auto slot) {
+    QToolButton* made = button(text, name, tip, slot);
+    row->addWidget(made);
+    return made->defaultAction();
+  };
+  const auto arrow = [&](const QString& text, Arrow which, const QString& tip, auto slot) {
+    QToolButton* made = button(text, "", tip, slot);
+    made->defaultAction()->setIcon(arrowIcon(which));
+    return made;
+  };
+  const auto label = [bar](const QString& text, QWidget* buddy) {
+    auto* made = new QLabel(text, bar);
+    made->setBuddy(buddy);
+    return made;
   };
   print_ = add(tr("&Print..."), "print", tr("Print (Ctrl+P)"), [this] { PrintIt(); });
   print_->setShortcut(QKeySequence::Print);
@@ -127,48 +143,36 @@ void frmPreview::buildToolBar() {
   setup_ = add(tr("Page Set-&up..."), "setup", tr("Paper, margins, font and columns"), [this] { changeOptions(true); });
   review_ = add(tr("&Review Sheet"), "review", tr("A sheet for reviewers' notes instead of the text"), [this] { showReviewSheet(); });
   review_->setCheckable(true);
-  bar->addSeparator();
-  addArrow(tr("First"), Arrow::first, tr("First page (Home)"), [this] { view_->goTo(0); });
-  addArrow(tr("Previous"), Arrow::left, tr("Previous page (Page Up)"), [this] { view_->goTo(view_->currentPage() - 1); });
-  page_ = new QSpinBox;
+  page_ = new QSpinBox(bar);
   page_->setRange(1, 1);
   page_->setAccessibleName(tr("Page"));
-  count_ = new QLabel;
-  const auto addLabel = [bar](const QString& text, QWidget* buddy) {
-    auto* label = new QLabel(text + u' ');
-    label->setBuddy(buddy);
-    bar->addWidget(label);
-  };
-  addLabel(tr("P&age"), page_);
-  bar->addWidget(page_);
-  bar->addWidget(count_);
-  addArrow(tr("Next"), Arrow::right, tr("Next page (Page Down)"), [this] { view_->goTo(view_->currentPage() + 1); });
-  addArrow(tr("Last"), Arrow::last, tr("Last page (End)"), [this] { view_->goTo(page_->maximum() - 1); });
-  bar->addSeparator();
-  zoom_ = new QComboBox;
+  page_->setObjectName(QStringLiteral("page"));
+  count_ = new QLabel(bar);
+  row->addGroup({arrow(tr("First"), Arrow::first, tr("First page (Home)"), [this] { view_->goTo(0); }),
+                 arrow(tr("Previous"), Arrow::left, tr("Previous page (Page Up)"), [this] { view_->goTo(view_->currentPage() - 1); }),
+                 label(tr("P&age"), page_), page_, count_,
+                 arrow(tr("Next"), Arrow::right, tr("Next page (Page Down)"), [this] { view_->goTo(view_->currentPage() + 1); }),
+                 arrow(tr("Last"), Arrow::last, tr("Last page (End)"), [this] { view_->goTo(page_->maximum() - 1); })});
+  zoom_ = new QComboBox(bar);
   zoom_->setEditable(true);
   zoom_->setInsertPolicy(QComboBox::NoInsert);
   zoom_->setAccessibleName(tr("Zoom"));
+  zoom_->setObjectName(QStringLiteral("zoom"));
   zoom_->addItems({tr("Whole page"), tr("Page width"), QStringLiteral("50%"), QStringLiteral("75%"), QStringLiteral("100%"), QStringLiteral("150%"),
                    QStringLiteral("200%"), QStringLiteral("400%")});
-  addLabel(tr("&Zoom"), zoom_);
-  bar->addWidget(zoom_);
+  row->addGroup({label(tr("&Zoom"), zoom_), zoom_});
   QAction* two = add(tr("&Two pages"), "two", tr("Two pages side by side"), [] {});
   two->setCheckable(true);
   connect(two, &QAction::toggled, this, [this](bool on) { view_->setAcross(on ? 2 : 1); });
-  bar->addSeparator();
-  find_ = new QLineEdit;
+  find_ = new QLineEdit(bar);
   find_->setPlaceholderText(tr("Find in pages (Ctrl+F)"));
   find_->setClearButtonEnabled(true);
-  find_->setMaximumWidth(180);
+  find_->setMinimumWidth(180);
   find_->setObjectName(QStringLiteral("find"));
-  addLabel(tr("F&ind"), find_);
-  bar->addWidget(find_);
+  row->addGroup({label(tr("F&ind"), find_), find_});
   add(tr("&Close"), "close", tr("Close (Esc)"), [this] { reject(); });
   new QShortcut(QKeySequence::Find, this, [this] { find_->setFocus(); });
   new QShortcut(QKeySequence::FindNext, this, [this] { find(true); });
-  page_->setObjectName(QStringLiteral("page"));
-  zoom_->setObjectName(QStringLiteral("zoom"));
 
   connect(page_, &QSpinBox::valueChanged, this, [this](int page) { view_->goTo(page - 1); });
   connect(find_, &QLineEdit::textChanged, this, [this] { find(false); });
@@ -182,6 +186,7 @@ void frmPreview::buildToolBar() {
   };
   connect(zoom_, &QComboBox::activated, this, zoomTo);
   connect(zoom_->lineEdit(), &QLineEdit::returnPressed, this, zoomTo);
+  return bar;
 }
 
 int frmPreview::exec() {

@@ -53,7 +53,7 @@ class frmPreview : public QDialog {
   void reject() override;
 
  private:
-  void buildToolBar();
+  QWidget* makeToolBar();
   void showReviewSheet();
   void pagesArrived();
   void PrintIt();

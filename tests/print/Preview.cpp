@@ -129,6 +129,25 @@ TEST_F(Preview, PagesThumbnailsAndKeys) {
   EXPECT_GT(view->horizontalScrollBar()->maximum(), 0);
 }
 
+TEST_F(Preview, ANarrowWindowReachesAllAndShowsTheLastPage) {
+  frmPreview preview(source(lines(300)), false);
+  preview.resize(560, 400);
+  preview.show();
+  preview.layOutText();
+  for (const char* name : {"page", "zoom", "find"}) {
+    auto* part = preview.findChild<QWidget*>(QLatin1String(name));
+    EXPECT_TRUE(preview.rect().contains({part->mapTo(&preview, QPoint(0, 0)), part->size()})) << name;
+  }
+  auto* view = preview.findChild<PageView*>();
+  view->setZoom(2);
+  action(preview, "two")->trigger();
+  view->horizontalScrollBar()->setValue(view->horizontalScrollBar()->maximum());
+  action(preview, "review")->trigger();
+  view->horizontalScrollBar()->setValue(view->horizontalScrollBar()->maximum());
+  const QImage seen = view->viewport()->grab().toImage();
+  EXPECT_EQ(seen.pixelColor(seen.width() / 2, seen.height() / 2), QColor(Qt::white)) << "one page has no empty place beside it";
+}
+
 TEST_F(Preview, FindGoesThroughPagesAndRunsOfStyle) {
   frmPreview preview(source(lines(150) + u"a NEEDLE here\n"_s + lines(100) + u"needle"_s), false);
   preview.show();
