@@ -1,7 +1,8 @@
 #include "app/FrameMenus.h"
 
 #include <QAction>
-#include <QCoreApplication>
+#include <QApplication>
+#include <QFocusEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QToolBar>
@@ -15,6 +16,7 @@
 #include "control/KeyCommands.h"
 #include "control/KeyMap.h"
 #include "document/Languages.h"
+#include "document/frmDocument.h"
 #include "document/frmRegistry.h"
 #include "language/ucCM.h"
 
@@ -50,11 +52,34 @@ FrameMenus::FrameMenus(frmMain& frame) : QObject(&frame), frame_(frame), toolBar
     addInGroups(*to, it.value());
   }
   addInGroups(*toolBar_, tools_);
+  frame_.menuBar()->installEventFilter(this);
+  connect(qApp, &QApplication::focusChanged, this, [this](QWidget* old, QWidget* now) {
+    if (old && now == frame_.menuBar() && old->window() == &frame_) beforeBar_ = old;
+  });
   keyMap().setNamedActions(keyactions::all());
   refreshKeys();
 }
 
 FrameMenus::~FrameMenus() = default;
+
+// The menu bar holds the focus while keys walk it. A command that a key runs meanwhile works on the text, and when another window
+// has closed the keys are for the text again.
+void FrameMenus::leaveBar() {
+  if (!frame_.menuBar()->hasFocus()) return;
+  if (beforeBar_ && beforeBar_->isVisible()) beforeBar_->setFocus(Qt::MenuBarFocusReason);
+  else if (frmDocument* document = frame_.activeDocument()) document->focusWork();
+}
+
+bool FrameMenus::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::FocusIn && static_cast<QFocusEvent*>(event)->reason() == Qt::ActiveWindowFocusReason)
+    QMetaObject::invokeMethod(this, &FrameMenus::leaveBar, Qt::QueuedConnection);
+  return QObject::eventFilter(object, event);
+}
+
+void FrameMenus::run(const std::function<void()>& command) {
+  leaveBar();
+  withMemory(command);
+}
 
 void FrameMenus::make(const FrameCommand& row) {
   const QString name = QString::fromLatin1(row.name);
@@ -103,14 +128,14 @@ void FrameMenus::makeArray(const FrameCommand& row) {
     auto* action = new QAction(&frame_);
     action->setObjectName(elementName(QString::fromLatin1(row.name), i));
     action->setVisible(false);
-    connect(action, &QAction::triggered, this, [this, &row, i] { withMemory([&] { row.runElement(frame_, i); }); });
+    connect(action, &QAction::triggered, this, [this, &row, i] { run([&] { row.runElement(frame_, i); }); });
     actions_.insert(action->objectName(), action);
     placed_[QString::fromLatin1(row.menu)].append({row.place, action});
   }
 }
 
 void FrameMenus::trigger(const FrameCommand& row) {
-  withMemory([&] {
+  run([&] {
     if (row.command) frame_.runEditCommand(row.command);
     else row.run(frame_);
   });
@@ -208,7 +233,7 @@ void FrameMenus::refreshKeys() {
     action->setObjectName(kByKey);
     action->setProperty(kNamedActionProperty, name);
     action->setShortcuts(keyMap().keysOf({0, {}, name}));
-    connect(action, &QAction::triggered, this, [this, name] { withMemory([&] { keyactions::run(frame_, name); }); });
+    connect(action, &QAction::triggered, this, [this, name] { run([&] { keyactions::run(frame_, name); }); });
     frame_.addAction(action);
   }
   frmRegistry::instance().CommandstoMenu();   // which shows them

@@ -6,7 +6,9 @@
 #include <QKeySequence>
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QString>
+#include <functional>
 #include <memory>
 
 #include "app/FrameCommand.h"
@@ -35,6 +37,9 @@ class FrameMenus : public QObject {
   unsigned facts() const { return facts_; }
   void refreshKeys();   // after the key map of the edit control changed
 
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;   // of the menu bar
+
  private:
   struct Placed {
     int place;
@@ -43,11 +48,14 @@ class FrameMenus : public QObject {
   void make(const FrameCommand& row);
   void makeArray(const FrameCommand& row);
   void trigger(const FrameCommand& row);
+  void run(const std::function<void()>& command);
+  void leaveBar();
   void refreshChecks(const char* menuName);
   static void addInGroups(QWidget& to, QList<Placed> rows);
 
   frmMain& frame_;
   QToolBar* toolBar_;
+  QPointer<QWidget> beforeBar_;   // had the focus before the menu bar took it
   QHash<QString, QAction*> actions_;
   QHash<QString, QMenu*> menus_;
   QHash<QString, QList<Placed>> placed_;   // by menu
