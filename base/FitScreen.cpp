@@ -1,10 +1,12 @@
 #include "base/FitScreen.h"
 
+#include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QEvent>
 #include <QFrame>
 #include <QMessageBox>
+#include <QPointer>
 #include <QScreen>
 #include <QScrollArea>
 #include <QStyle>
@@ -15,11 +17,6 @@ namespace {
 
 constexpr int kFrame = 8;   // around a window, beside its title
 
-QRect roomFor(const QWidget& window) {
-  const int title = window.style()->pixelMetric(QStyle::PM_TitleBarHeight);
-  return window.screen()->availableGeometry().adjusted(kFrame, title + kFrame, -kFrame, -kFrame);
-}
-
 // What the dialog holds goes into a scroll area; its buttons, where they are the last row, stay below it.
 void makeScroll(QDialog& dialog) {
   QLayout* fields = dialog.layout();
@@ -27,6 +24,7 @@ void makeScroll(QDialog& dialog) {
   QWidget* buttons = nullptr;
   if (QLayoutItem* last = fields->count() > 1 ? fields->itemAt(fields->count() - 1) : nullptr)
     if ((buttons = qobject_cast<QDialogButtonBox*>(last->widget()))) fields->removeWidget(buttons);
+  const QPointer<QWidget> first = dialog.focusWidget();
   content->setLayout(fields);   // takes it from the dialog, with its widgets
   auto* area = new QScrollArea(&dialog);
   area->setWidget(content);
@@ -36,6 +34,7 @@ void makeScroll(QDialog& dialog) {
   auto* layout = new QVBoxLayout(&dialog);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(area);
+  if (first) first->setFocus();   // it lost it on the way
   if (!buttons) return;
   auto* row = new QVBoxLayout;
   row->setContentsMargins(fields->contentsMargins());
@@ -44,7 +43,7 @@ void makeScroll(QDialog& dialog) {
 }
 
 void fit(QWidget& window) {
-  const QRect room = roomFor(window);
+  const QRect room = FitScreen::room(*window.screen());
   const QSize least = window.minimumSizeHint().expandedTo(window.minimumSize());
   const bool tooLarge = least.width() > room.width() || least.height() > room.height();
   auto* dialog = qobject_cast<QDialog*>(&window);
@@ -72,6 +71,11 @@ bool isPlaced(const QWidget& window) {
 }
 
 }  // namespace
+
+QRect FitScreen::room(const QScreen& screen) {
+  const int title = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
+  return screen.availableGeometry().adjusted(kFrame, title + kFrame, -kFrame, -kFrame);
+}
 
 bool FitScreen::eventFilter(QObject* object, QEvent* event) {
   if (event->type() == QEvent::Show && !event->spontaneous())

@@ -3,9 +3,13 @@
 #pragma once
 
 #include <QObject>
+#include <QRect>
+
+class QScreen;
 
 class FitScreen : public QObject {
  public:
   using QObject::QObject;
   bool eventFilter(QObject* object, QEvent* event) override;
+  static QRect room(const QScreen& screen);   // for a window without its frame and title
 };

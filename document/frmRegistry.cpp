@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "base/Dialogs.h"
+#include "base/FitScreen.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/FileNames.h"
@@ -21,18 +22,18 @@ namespace {
 constexpr int kMruEntries = 10, kMacroEntries = 20;
 constexpr int kMinimised = 1, kMaximised = 2;
 
-// Where a profile's five values stand; the log window has its own.
+// Where a profile's values stand; the log window has its own.
 struct ProfileNames {
-  QString top, left, width, height, state;
+  QString top, left, width, height, state, scale;
 };
 const ProfileNames& frameNames() {
   static const ProfileNames names{QStringLiteral("winTop"), QStringLiteral("winleft"), QStringLiteral("winwidth"),
-                                  QStringLiteral("winheight"), QStringLiteral("winstate")};
+                                  QStringLiteral("winheight"), QStringLiteral("winstate"),  QStringLiteral("winscale")};
   return names;
 }
 const ProfileNames& logNames() {
   static const ProfileNames names{QStringLiteral("logTop"), QStringLiteral("logleft"), QStringLiteral("logwidth"),
-                                  QStringLiteral("logheight"), QStringLiteral("logstate")};
+                                  QStringLiteral("logheight"), QStringLiteral("logstate"),  QStringLiteral("logscale")};
   return names;
 }
 
@@ -51,25 +52,38 @@ QRect onScreen(QRect wanted) {
     }
   }
   if (!best) return wanted;
-  const QRect room = best->availableGeometry();
+  const QRect room = FitScreen::room(*best);
   wanted.setSize(wanted.size().boundedTo(room.size()));
   wanted.moveLeft(std::clamp(wanted.left(), room.left(), room.right() + 1 - wanted.width()));
   wanted.moveTop(std::clamp(wanted.top(), room.top(), room.bottom() + 1 - wanted.height()));
   return wanted;
 }
 
-void readProfile(QWidget& window, const ProfileNames& names) {
+double storedScale(const QWidget& window, const ProfileNames& names) {
+  const double scale = Real(kGlobalKey, names.scale, window.devicePixelRatioF());
+  return scale >= 0.25 && scale <= 16 ? scale : window.devicePixelRatioF();
+}
+
+// The place that is stored for a window; what is not stored is as it is now. Invalid: what is stored makes no sense. The scale is
+// the number of the screen's pixels to one of these, which was perhaps another when the place was stored: the window then
+// covers at least the same part of the screen and has room for at least the same text.
+QRect storedPlace(const QWidget& window, const ProfileNames& names) {
   // A minimised or maximised window keeps its normal place; before it was ever shown that is its present geometry.
   const QRect now = window.normalGeometry().isValid() ? window.normalGeometry() : window.geometry();
   const auto read = [](const QString& name, int otherwise) { return qRound(Real(kGlobalKey, name, otherwise)); };
   constexpr int kSmallest = 100, kLargest = 100'000;   // rectangles further out do not add up
   const int top = std::clamp(read(names.top, now.top()), -kLargest, kLargest);
   const int left = std::clamp(read(names.left, now.left()), -kLargest, kLargest);
-  const int width = read(names.width, now.width()), height = read(names.height, now.height());
-  const bool placed = GetValue(kGlobalKey, names.left).isValid();
-  if (width >= kSmallest && height >= kSmallest && width < kLargest && height < kLargest) {
-    const QRect place = onScreen(QRect(left, top, width, height));
-    if (placed) window.setGeometry(place);
+  const QSize size(read(names.width, now.width()), read(names.height, now.height()));
+  if (size.width() < kSmallest || size.height() < kSmallest || size.width() >= kLargest || size.height() >= kLargest) return {};
+  const double change = storedScale(window, names) / window.devicePixelRatioF();
+  return {QPoint(qRound(left * change), qRound(top * change)), size.expandedTo(size * change)};
+}
+
+void readProfile(QWidget& window, const ProfileNames& names) {
+  if (const QRect stored = storedPlace(window, names); stored.isValid()) {
+    const QRect place = onScreen(stored);
+    if (GetValue(kGlobalKey, names.left).isValid()) window.setGeometry(place);
     else window.resize(place.size());
   }
   const int state = Number(kGlobalKey, names.state, stateOf(window));
@@ -79,14 +93,23 @@ void readProfile(QWidget& window, const ProfileNames& names) {
   window.setWindowState(states);
 }
 
+// The stored place was changed to be shown, and the user left it so: it is good for a larger screen or another scale.
+bool showsStored(const QWidget& window, const ProfileNames& names) {
+  if (!GetValue(kGlobalKey, names.width).isValid()) return false;
+  const QRect stored = storedPlace(window, names);
+  const bool changed = storedScale(window, names) != window.devicePixelRatioF() || onScreen(stored).size() != stored.size();
+  return stored.isValid() && changed && onScreen(stored).size() == window.size();
+}
+
 void writeProfile(const QWidget& window, const ProfileNames& names) {
   const int state = stateOf(window);
-  if (state == 0) {
+  if (state == 0 && !showsStored(window, names)) {
     const QRect place = window.geometry();
     SetText(kGlobalKey, names.top, QString::number(place.top()));
     SetText(kGlobalKey, names.left, QString::number(place.left()));
     SetText(kGlobalKey, names.width, QString::number(place.width()));
     SetText(kGlobalKey, names.height, QString::number(place.height()));
+    SetText(kGlobalKey, names.scale, QString::number(window.devicePixelRatioF()));
   }
   SetNumber(kGlobalKey, names.state, state);
 }

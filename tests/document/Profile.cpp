@@ -14,7 +14,7 @@ class Profile : public DocumentFixture {
  protected:
   Profile() {
     NewKey(kGlobalKey);
-    for (const char* name : {"winTop", "winleft", "winwidth", "winheight", "winstate", "StatusBar", "ToolBar", "ewinstate"})
+    for (const char* name : {"winTop", "winleft", "winwidth", "winheight", "winstate", "winscale", "StatusBar", "ToolBar", "ewinstate"})
       SetText(kGlobalKey, q(name), {});
     for (int i = 0; i < 10; ++i) SetText(kGlobalKey, q("MRU%1").arg(i), {});
     service.mruFile.setItems({});
@@ -106,6 +106,35 @@ TEST_F(Profile, GeometryFollowsTheState) {
   service.getFormWindowProfile(minimised);
   EXPECT_FALSE(minimised.window.isMinimized()) << "who starts a program wants to see it";
   EXPECT_EQ(minimised.window.geometry(), QRect(50, 61, 400, 300));
+}
+
+TEST_F(Profile, ASmallScreenOrAnotherScaleKeepsTheSize) {
+  const auto session = [this](const QSize& resized = {}) {
+    FakeFrame frame;
+    service.getFormWindowProfile(frame);
+    const QSize shown = frame.window.size();
+    if (resized.isValid()) frame.window.resize(resized);
+    service.SaveMDIWindowProfile(frame);
+    return shown;
+  };
+  const auto stored = [] { return QSize(Number(kGlobalKey, q("winwidth"), -1), Number(kGlobalKey, q("winheight"), -1)); };
+  const auto store = [](const QSize& size, double scale) {
+    SetText(kGlobalKey, q("winwidth"), QString::number(size.width()));
+    SetText(kGlobalKey, q("winheight"), QString::number(size.height()));
+    SetText(kGlobalKey, q("winscale"), QString::number(scale));
+  };
+  store({3000, 2000}, 1);
+  EXPECT_LT(session().width(), 3000);
+  EXPECT_EQ(stored(), QSize(3000, 2000)) << "shown smaller only";
+  session({400, 300});
+  EXPECT_EQ(stored(), QSize(400, 300)) << "the user made it so";
+  store({200, 150}, 2);
+  EXPECT_EQ(session(), QSize(400, 300)) << "as much of the screen as before";
+  EXPECT_EQ(stored(), QSize(200, 150));
+  store({400, 300}, 0.5);
+  EXPECT_EQ(session(), QSize(400, 300)) << "as much text as before";
+  session({500, 310});
+  EXPECT_EQ(session(), QSize(500, 310)) << "with the scale it was made at";
 }
 
 TEST_F(Profile, ForeignValuesDoNoHarm) {
