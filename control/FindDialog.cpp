@@ -71,6 +71,7 @@ FindDialog::~FindDialog() {
 
 void FindDialog::build() {
   auto* content = new QWidget(this);
+  content->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);   // height is for the texts
   auto* grid = new QGridLayout(content);
   grid->setContentsMargins(8, 6, 8, 6);
   grid->setHorizontalSpacing(6);

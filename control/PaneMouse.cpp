@@ -273,6 +273,13 @@ bool PaneMouse::dragOver(QDropEvent* event) {
   return true;
 }
 
+void PaneMouse::dragLeave() {
+  if (!pane_.dropAt_) return;
+  const std::int64_t line = pane_.snapshot().lineAt(*pane_.dropAt_).value;
+  pane_.dropAt_.reset();
+  pane_.updateLines(line, line);
+}
+
 void PaneMouse::drop(QDropEvent* event) {
   if (event->mimeData()->hasUrls()) {
     QStringList paths;
@@ -284,7 +291,7 @@ void PaneMouse::drop(QDropEvent* event) {
   }
   if (!dragOver(event)) return;
   ByteOffset at = *pane_.dropAt_;
-  pane_.dropAt_.reset();
+  dragLeave();   // also what changes no text takes the mark away
   bool block = false;
   const QString text = TextMime::read(event->mimeData(), &block);
   Editor& editor = *pane_.editor_;
@@ -331,12 +338,7 @@ void Pane::dragEnterEvent(QDragEnterEvent* event) {
 void Pane::dragMoveEvent(QDragMoveEvent* event) {
   shown([&] { mouse_->dragOver(event); });
 }
-void Pane::dragLeaveEvent(QDragLeaveEvent*) {
-  if (!dropAt_) return;
-  const std::int64_t line = snapshot().lineAt(*dropAt_).value;
-  dropAt_.reset();
-  updateLines(line, line);
-}
+void Pane::dragLeaveEvent(QDragLeaveEvent*) { mouse_->dragLeave(); }
 void Pane::dropEvent(QDropEvent* event) {
   asked([&] { mouse_->drop(event); });
 }

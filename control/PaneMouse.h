@@ -25,8 +25,9 @@ class PaneMouse : public QObject {
   void release(QMouseEvent* event);
   void wheel(QWheelEvent* event);
   void textChanged(const text::Change& change);   // what a drag began with moves with the text
-  // Text that is dragged over the pane: shows where it would go / puts it there.
+  // Text that is dragged over the pane: shows where it would go / shows that no more / puts it there.
   bool dragOver(QDropEvent* event);
+  void dragLeave();
   void drop(QDropEvent* event);
 
  protected:
