@@ -10,7 +10,10 @@ LeftoverLook::LeftoverLook(frmMain& frame) : frame_(frame) {
   soon_.setInterval(0);
   connect(&soon_, &QTimer::timeout, this, &LeftoverLook::look);
   connect(&frame, &frmMain::fileNamed, this, &LeftoverLook::lookAt);
-  for (const frmDocument* document : frame.documents())
+}
+
+void LeftoverLook::begin() {
+  for (const frmDocument* document : frame_.documents())
     if (document->DocumentHasName()) lookAt(document->CurrentFileName());
 }
 

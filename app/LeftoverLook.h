@@ -11,7 +11,8 @@ class frmMain;
 class LeftoverLook : public QObject {
   Q_OBJECT
  public:
-  explicit LeftoverLook(frmMain& frame);   // follows the frame's documents
+  explicit LeftoverLook(frmMain& frame);   // looks at what is opened from now on
+  void begin();                            // also at what is open
   void lookAt(const QString& path);
 
  private:

@@ -4,6 +4,8 @@
 #include <QTimer>
 #include <QUrl>
 #include <cstdio>
+#include <functional>
+#include <utility>
 
 #include "app/Arguments.h"
 #include "app/BatchArguments.h"
@@ -124,6 +126,33 @@ class Application : public QApplication {
     withMemory([&] { result = QApplication::notify(receiver, event); });
     return result;
   }
+};
+
+// Runs something once the frame has its place on the screen and was painted: what asks then stands in front of it and hides no
+// empty window. A frame that nobody sees (on another work space) is not waited for.
+class OncePainted : public QObject {
+ public:
+  OncePainted(QWidget& frame, std::function<void()> what) : QObject(&frame), what_(std::move(what)) {
+    frame.installEventFilter(this);
+    startTimer(kUnseenMs);
+  }
+
+ protected:
+  bool eventFilter(QObject* frame, QEvent* event) override {
+    if (event->type() != QEvent::Paint) return false;
+    frame->removeEventFilter(this);
+    startTimer(0);   // after the parts of the frame
+    return false;
+  }
+  void timerEvent(QTimerEvent*) override {
+    if (!what_) return;
+    deleteLater();
+    std::exchange(what_, {})();
+  }
+
+ private:
+  static constexpr int kUnseenMs = 2000;
+  std::function<void()> what_;
 };
 
 }  // namespace
@@ -290,7 +319,8 @@ display:
   }
   recovery.onFailure([&main](const QString& reason) { main.showJournalWarning(reason); });
   LeftoverLook leftovers(main);
-  QTimer::singleShot(0, &main, [&] {
+  new OncePainted(main, [&] {
+    leftovers.begin();
     takeInLeftInput(main);
     frmRecovered::offer(main, recovery.folder());
     text::lookForLeftovers(fromQString(userConfigFolder()), false);   // of settings and definitions
