@@ -6,6 +6,7 @@
 #include <QFontDatabase>
 #include <QRegularExpression>
 #include <cstdio>
+#include <set>
 
 #include "app/mGlobals.h"
 #include "base/Strings.h"
@@ -153,6 +154,22 @@ QString help() {
   return text + u'\n' + tr("Exit status: 0 done, 2 wrong use or a file that could not be read or written.") + u'\n';
 }
 
+// A PDF may take the place of another PDF or of nothing: a name that was forgotten makes a source the output.
+bool mayReplace(const QString& path, const std::set<FileId>& sources) {
+  const auto id = fileId(path);
+  bool good = !id || !isRegularFile(path);
+  if (!good && sources.count(*id) == 0) {
+    text::FileSystem& fs = text::fileSystem();
+    char head[5] = {};
+    const int fd = fs.openAt(text::FileSystem::kCwd, fromQString(path), text::kRead, 0);
+    const auto length = fd < 0 ? -1 : fs.read(fd, head, sizeof head);
+    if (fd >= 0) fs.close(fd);
+    good = length == 0 || (length == sizeof head && std::string_view(head, sizeof head) == "%PDF-");
+  }
+  if (!good) std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("%1 is there and is no PDF: it is not replaced").arg(plainForDisplay(path))));
+  return good;
+}
+
 bool save(const QString& path, const QByteArray& pdf) {
   const auto saved = text::saveBytes(fromQString(path), std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())));
   if (!saved.ok()) std::fprintf(stderr, "zelkor: %s: %s\n", qPrintable(plainForDisplay(path)), saved.error.c_str());
@@ -228,6 +245,10 @@ int runPrintPdf(const QStringList& arguments) {
 
   const bool oneEach = isFolder(given.output);
   QStringList names;
+  std::set<FileId> sources;
+  for (const QString& file : given.files)
+    if (const auto id = fileId(file)) sources.insert(*id);
+  if (!oneEach && !mayReplace(given.output, sources)) return batch::kFailed;
   std::vector<PrintDocument> pages;
   int status = batch::eachDocument(given.files, [&](frmDocument& document) {
     CWordWrap wrap;
@@ -252,6 +273,7 @@ int runPrintPdf(const QStringList& arguments) {
       return batch::kFailed;
     }
     names << name;
+    if (!mayReplace(QDir(given.output).filePath(name), sources)) return batch::kFailed;
     std::vector<const PrintDocument*> both;
     for (const PrintDocument& one : made) both.push_back(&one);
     return save(QDir(given.output).filePath(name), makePdf(both, made.front().name)) ? batch::kDone : batch::kFailed;

@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <QUrl>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <utility>
 
@@ -111,9 +112,17 @@ QList<HandOff> commandLinesOf(const Arguments& arguments, const QString& spooled
   return lines;
 }
 
+bool displayOpen = false;
+
 // The library tells which folder it takes in the place of one that the system did not name. That is nothing to the user: standard
-// error is for what went wrong.
+// error is for what went wrong. Without a display that answers the library aborts; a wrong DISPLAY is the user's to mend.
 void tellMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  if (!displayOpen && type == QtFatalMsg) {
+    complain(QStringLiteral("the display cannot be opened (DISPLAY is \"%1\", WAYLAND_DISPLAY is \"%2\", QT_QPA_PLATFORM is \"%3\")")
+                 .arg(qEnvironmentVariable("DISPLAY"), qEnvironmentVariable("WAYLAND_DISPLAY"), qEnvironmentVariable("QT_QPA_PLATFORM")), 2);
+    std::_Exit(2);
+  }
+  if (!displayOpen && QLatin1String(context.category).startsWith(QLatin1String("qt.qpa."))) return;   // said once, above
   if (!text.startsWith(QLatin1String("QStandardPaths: "))) std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, text)));
 }
 
@@ -263,6 +272,7 @@ display:
   QCoreApplication::setApplicationVersion(QStringLiteral(ZELKOR_VERSION));
   QGuiApplication::setDesktopFileName(QStringLiteral("zelkor"));
   Application application(argc, argv);
+  displayOpen = true;
   if (!windowless) useStyle();
   PressAtOnce pressAtOnce;
   application.installEventFilter(&pressAtOnce);

@@ -273,7 +273,7 @@ void frmLog::watch(process::Program& program) {
   connect(&program, &process::Program::finished, this, [this, flush, name](int exitCode) {
     flush(true);
     if (openLine_) AppendLog(u"\r\n"_s, lastStream_);
-    AppendLog(tr("[%1: exit code %2]").arg(plainForDisplay(name), QString::number(exitCode)) + u"\r\n"_s);
+    AppendLog(tr("[%1: exit code %2]").arg(plainForDisplay(name), QString::number(exitCode)) + u"\r\n"_s, exitCode == 0 ? Stream::text : Stream::errors);
     const auto running = process::Program::running();
     program_ = running.isEmpty() ? nullptr : running.last();
     stopAction->setEnabled(programRuns());
@@ -397,7 +397,9 @@ bool frmLog::walk(int step) {
   } else {
     jumpTo(found.place, found.line);
   }
-  cmx->SelectLine(found.line);
+  cmx->SelectLine(found.line, false);
+  const CmRange whole = cmx->GetSel(true);   // with the caret at its front: that end of a long message is to be seen
+  cmx->SetSel({whole.EndLineNo, whole.EndColNo, whole.StartLineNo, whole.StartColNo, false});
   return true;
 }
 

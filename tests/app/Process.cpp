@@ -29,6 +29,12 @@ TEST_F(ProcessRun, UsageIsAnsweredWithoutADisplay) {
     EXPECT_TRUE(error.contains(c.error)) << error.constData();
     EXPECT_EQ(error.isEmpty(), *c.error == 0) << error.constData();
   }
+  environment_.insert(q("DISPLAY"), q(":987"));   // nobody is there
+  QProcess& process = start({q("a.v")});
+  ASSERT_TRUE(process.waitForFinished(kPatience));
+  EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+  EXPECT_EQ(process.exitCode(), 2);
+  EXPECT_EQ(process.readAllStandardError(), "zelkor: the display cannot be opened (DISPLAY is \":987\", WAYLAND_DISPLAY is \"\", QT_QPA_PLATFORM is \"\")\n");
 }
 
 TEST_F(ProcessRun, FilesAreHandedOverInOrderFromWhereTheyWereTyped) {

@@ -99,11 +99,9 @@ class ProcessRun : public testing::Test {
     while (it.hasNext()) {
       QFile file(it.next());
       if (!file.open(QIODevice::ReadOnly)) continue;
-      const QByteArray bytes = file.readAll();
-      const QString text = bytes.startsWith("\xFF\xFE") ? QString(reinterpret_cast<const QChar*>(bytes.constData()), bytes.size() / 2)
-                                                        : QString::fromUtf8(bytes);
+      const QString text = QString::fromUtf8(file.readAll());
       for (int i = 0; i < 10; ++i) {
-        const QRegularExpression entry(q("\"MRU%1\"=\"(.*)\"").arg(i));
+        const QRegularExpression entry(q("^MRU%1 = \"(.*)\"$").arg(i), QRegularExpression::MultilineOption);
         const QString name = entry.match(text).captured(1);
         if (name.startsWith(dir_.path())) names << name;   // not the samples of a first run
       }
