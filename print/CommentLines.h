@@ -33,6 +33,7 @@ class CommentLines {
  private:
   int placeOf(int old, const Placed* next) const {
     if (next && old == next->old) return next->indent;
+    if (next && old == next->indent && above_.indent == above_.old) return old;   // where the code below moves to
     if (old == above_.old) return above_.indent;
     if (old == 0) return 0;   // code that was put out of use at the margin
     return next ? old + next->indent - next->old : old + above_.indent - above_.old;

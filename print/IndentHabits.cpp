@@ -28,7 +28,7 @@ void IndentHabits::note(const QString& word, int distance) {
 void IndentHabits::judgeUnit() {
   std::map<int, int> units;
   for (auto word = blocks_.cbegin(); word != blocks_.cend(); ++word)
-    if (!word.key().isEmpty() && !QStringLiteral("([{^~:").contains(word.key()[0]) && !word.key().contains(u'|'))
+    if (!word.key().isEmpty() && !QStringLiteral("([{^~:").contains(word.key()[0]) && !word.key().contains(u'|') && !word.key().contains(u'>'))
       for (const auto& [distance, blocks] : *word)
         if (distance > 0) units[distance] += blocks;
   if (!units.empty()) old_ = std::max_element(units.begin(), units.end(), kByCount)->first;

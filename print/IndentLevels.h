@@ -11,6 +11,7 @@
 struct Level {
   int base = 0;      // indent of the line that opened it
   int content = 0;   // indent of the lines inside
+  int least = 0;     // lines in a bracket that stand deeper stay as they were aligned
   bool bracket = false;
   bool byWord = false;   // a word opened it, not a sign
   int lastIf = -1;   // indent of the last "if" inside, for an "else" on a line of its own

@@ -56,9 +56,10 @@ class WholeLines : private IndentState {
   // Statements end with ";" where one line of code in eight or more does so.
   bool endsWithSemicolons(const LineSource& line, qint64 count) {
     qint64 all = 0, ended = 0;
-    for (qint64 i = 0; i < std::min<qint64>(count, 2000); ++i) {
+    for (qint64 i = 0; i < std::min<qint64>(count, kLearnt); ++i) {
       const Pieces pieces = scanner_.scan(line(i));
       all += !pieces.empty();
+      if (pieces.size() > 1 && pieces[0].is(u'`')) macroBlocks_ += isMacro(pieces[1], "_begin") - isMacro(pieces[1], "_end");
       ended += std::any_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.is(u';'); });
     }
     scanner_.restart();
@@ -86,14 +87,17 @@ class WholeLines : private IndentState {
     const Level& level = levels_.back();
     const Piece& first = pieces.front();
     const auto kind = first.entry.kind;
+    if (endsMacroBlock(pieces)) return level.base;
     if (kind == BlockClass::end && level.blocks == 0) {
       const std::size_t depth = ended(pieces, 0, old);
       return depth > 0 ? levels_.at(depth).base : 0;
     }
     if (level.bracket) {
       const int shifted = std::max(0, old + level.shift);
-      if (isCloser(first)) return std::max(shifted, level.base);
-      return shifted > level.base ? level.base + habits_.ofHand(shifted - level.base) : level.content;   // alignment by hand stays
+      if (level.word == u"`") return shifted;
+      if (isCloser(first)) return shifted > level.least ? shifted : level.base;
+      if (shifted > level.base) return level.base + habits_.ofHand(shifted - level.base);   // alignment by hand stays
+      return shifted > level.least ? shifted : level.content;
     }
     const int shifted = std::max(0, old + (unfinished_ || headerGoesOn_ ? statementShift_ : shift_));
     if (goesOnWithHeader(first)) return std::max(level.base, old + level.shift);
@@ -190,11 +194,22 @@ class WholeLines : private IndentState {
     return behind.isWord && behind.entry.kind == BlockClass::start && !behind.is(QLatin1String("begin")) && !behind.is(QLatin1String("fork"));
   }
 
+  // "`fields_begin(c)" - "`fields_end": what stands between stays as deep as it is. Only where each of a text has its end.
+  static bool isMacro(const Piece& name, const char* ending) { return name.isWord && name.word.endsWith(QLatin1String(ending), Qt::CaseInsensitive); }
+  bool endsMacroBlock(const Pieces& pieces) const {
+    return pieces.size() > 1 && levels_.back().word == u"`" && pieces[0].is(u'`') && isMacro(pieces[1], "_end");
+  }
+
+  // The lines of a bracket in a line that was aligned by hand need only stand deeper than what that line goes on with.
+  int leastOf(const Level& level) const { return level.bracket ? level.least : statementIndent_; }
+
   void walk(const Pieces& pieces, int indent) {
     if (!levels_.back().bracket) {
       anchor_ = indent, anchorOld_ = indent - shift_;
       if (!unfinished_) statementIndent_ = indent, statementShift_ = shift_;
     }
+    const bool aligned = levels_.back().bracket ? indent - shift_ > levels_.back().old : unfinished_ && indent - shift_ > statementIndent_ - statementShift_;
+    if (endsMacroBlock(pieces)) popLevel();
     const int base = anchor_;           // blocks hang on the line where the brackets around this one began
     const bool middleFirst = !unfinished_ && pieces[0].entry.kind == BlockClass::middle;
     if (middleFirst && levels_.size() == 1) levels_.back().content = unit_;   // sections of a file without a block around them
@@ -204,7 +219,9 @@ class WholeLines : private IndentState {
     bool closed = middleFirst;          // nothing of a statement is left open by the last piece
     std::size_t bracketsHere = 0;       // brackets opened in this line and still open
     int closedFrom = -1;                // where the line began whose bracket this one closes
-    bool afterEnd = false;
+    bool afterEnd = false, imports = false;
+    if (pieces.size() > 1 && pieces[0].is(u'`') && !levels_.back().bracket && macroBlocks_ == 0 && isMacro(pieces[1], "_begin"))
+      levels_.push_back({.base = indent, .content = indent, .least = indent, .bracket = true, .shift = shift_, .old = indent - shift_, .word = pieces[0].word});
     for (std::size_t i = 0; i < pieces.size(); ++i) {
       const Piece& piece = pieces[i];
       const auto entry = piece.entry;
@@ -219,16 +236,19 @@ class WholeLines : private IndentState {
       if (i > 0 || !middleFirst) closed = false;
       if (piece.is(u'`') && !levels_.back().bracket && (i == 0 ? !unfinished_ || hangs_ : isCloser(pieces[i - 1]) || pieces[i - 1].is(QLatin1String("else"))))
         statement_.macro = true;
+      imports |= statement_.opened && piece.is(QLatin1String("import"));   // "module m import p::*;"
       if (isOpener(piece)) {
         // "if (a ||" - "b) {": the brace hangs on the line where the bracket before it began
-        const int from = closedFrom >= 0 && piece.is(u'{') && isCloser(pieces[i - 1]) ? closedFrom : indent;
+        const int from = closedFrom >= 0 && (isCloser(pieces[0]) || (piece.is(u'{') && isCloser(pieces[i - 1]))) ? closedFrom : indent;
         const int inside = bracketsHere > 0 ? levels_.back().content : from + unit_;
-        levels_.push_back({.base = from, .content = inside, .bracket = true, .shift = shift_, .word = piece.word});
+        const int least = aligned ? leastOf(levels_.back()) : headerOpen_ && indent > 0 && shift_ != indent ? from - 1 : from;
+        levels_.push_back({.base = from, .content = inside, .least = least, .bracket = true, .shift = shift_, .old = indent - shift_, .word = piece.word});
         ++bracketsHere;
       } else if (isCloser(piece)) {
         const bool ofStatements = levels_.back().bracket && levels_.back().statements;
         if (bracketsHere == 0 && levels_.back().bracket) closedFrom = levels_.back().base;
         if (levels_.back().bracket) popLevel();
+        if (ofStatements && levels_.back().bracket) levels_.back().statements = true;
         if (bracketsHere > 0) --bracketsHere;
         if (ofStatements && !levels_.back().bracket) statement_ = {}, closed = true;   // "constraint c { ...; }"
       } else if (entry.kind == BlockClass::end && levels_.back().blocks > 0) {
@@ -254,7 +274,7 @@ class WholeLines : private IndentState {
         if (statement_.awaitsIs && levels_.size() > 1) popLevel();   // only a declaration
         statement_ = {};
         headerOpen_ = false;
-        ofHeader = ofHeader && pieces[0].is(QLatin1String("import"));
+        ofHeader = (ofHeader || imports) && (imports || pieces[0].is(QLatin1String("import")));
         closed = true;
       } else if (piece.is(u':') && statement_.words == 1 && !statement_.opened && !statement_.choice) {
         statement_ = {};   // a label
@@ -339,8 +359,9 @@ class WholeLines : private IndentState {
     const bool goesOn = semicolons_ ? true : last.is(u'\\');
     const bool startedOrHung = !unfinished_ || hangs_;
     const bool macroEnds = statement_.macro && (isCloser(last) || (directive && !isOperator(last) && last.sign != u'='));
-    const bool condition = pieces.front().is(QLatin1String("elsif")) && isOperator(last);   // goes on until "then"
-    unfinished_ = (!closed || condition) && !macroEnds && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
+    const bool arrow = last.is(u'>') && pieces.size() > 1 && pieces[pieces.size() - 2].is(u'=');
+    const bool condition = !arrow && pieces.front().entry.kind == BlockClass::middle && isOperator(last);   // "elsif a and", "when a |"
+    unfinished_ = (!closed || condition) && !arrow && !macroEnds && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
     // The items of a list stand below each other, those of a declaration behind its first word.
     listGoesOn_ = unfinished_ && last.is(u',') && (statement_.words <= 1 || !levels_.back().byWord || levels_.back().word.startsWith(QLatin1String("case")));
     // A label hangs its statement on itself in a block of words, and stands for itself in one of braces.
@@ -377,6 +398,7 @@ class WholeLines : private IndentState {
   const int unit_;
   const text::Highlighter* const highlighter_;
   LineScanner scanner_;
+  int macroBlocks_ = 0;          // macros that begin lines which another one ends, less those that end them
   const bool semicolons_;        // statements end with ";", else with the line
   IndentHabits habits_;
   bool learning_ = false;        // the text is read for its habits: lines stay where they stand

@@ -11,6 +11,13 @@ begin
           ((addr = '0') and (wren = '1')) then
       x <= '1';
     end if;
+    case csr is
+      when mstatus | mie |
+           mtvec   | mip =>
+        valid <= '1';
+      when others =>
+        valid <= '0';
+    end case;
   end process;
 
   fixture : block is

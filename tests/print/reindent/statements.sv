@@ -1,9 +1,43 @@
+module top
+  #(parameter A = 1,
+    parameter B = 2)
+   (
+   input wire clk,
+   output wire q);
+  assign v = (q == F) |
+             (q == L &
+             (o == M |
+              o == N));
+endmodule
+
+module n import p::*;
+#(
+  parameter int A = 1
+ ) (
+  output logic q
+);
+  assign q = 1;
+endmodule
+
 class c;
+  `object_param_utils_begin(c#(T))
+    `field_int(a, DEFAULT)
+  `object_utils_end
+
   constraint x_c {
     if (((opcode == 1) && (f inside {1})) ||
         (opcode inside {2})) {
       has == 1'b1;
     }
+  }
+  constraint y_c {
+  `ifndef SIM
+    all.sum() == count;
+  `else
+    if (n > 0) {
+      all inside {[1:count]};
+    }
+  `endif
   }
 
   function bit f(int a);
