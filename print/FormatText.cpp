@@ -119,8 +119,8 @@ QString leadingFor(const QString& old, int columns, bool tabs, int tabSize) {
 }
 
 bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const clsLang& language) {
-  const int unit = choices.indent - 1;
   const bool wholeLine = choices.wholeLine;
+  const int unit = wholeLine && choices.indentTabs ? cmx.TabSize() : choices.indent - 1;   // by tabs: one a level
   // The plain way takes a word in any letter case, the careful one as the language does.
   const BlockWords words(language.BlockStart, language.BlockEnd, language.BlockMid, wholeLine && language.isCaseSensitive);
   if (wholeLine && words.isEmpty()) return true;   // where blanks alone make the blocks they are left alone

@@ -17,7 +17,7 @@ struct FormatChoices {
   int indent = 0;        // n >= 1: re-indent by units of n - 1 blanks
   int lineEnds = 0;      // 1 Unix (LF), 2 Windows (CR LF): of new lines, and every line of the text
   bool wholeLine = false;       // indentation reads whole lines (see Reindent.h)
-  bool indentTabs = false;      // ... and is written with tabs as far as they reach
+  bool indentTabs = false;      // ... and is by one tab a level, whatever `indent` says
   bool selectionOnly = false;   // only the selected lines (LineTools.h)
   bool changeCaseAnyway = false;   // letter case also where the language tells upper from lower
 };

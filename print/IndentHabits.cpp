@@ -31,7 +31,8 @@ void IndentHabits::judgeUnit() {
     if (!word.key().isEmpty() && !QStringLiteral("([{^~:").contains(word.key()[0]) && !word.key().contains(u'|') && !word.key().contains(u'>'))
       for (const auto& [distance, blocks] : *word)
         if (distance > 0) units[distance] += blocks;
-  if (!units.empty()) old_ = std::max_element(units.begin(), units.end(), kByCount)->first;
+  const auto most = std::max_element(units.begin(), units.end(), kByCount);
+  if (most != units.end() && most->second > units[old_]) old_ = most->first;
 }
 
 int IndentHabits::scaled(int distance, int otherwise) const {

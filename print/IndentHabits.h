@@ -22,6 +22,7 @@ class IndentHabits {
   // The blanks that a line behind `word` gets: its own distance where many blocks of the word have that, else `otherwise` unless most blocks
   // agree. A distance of 0 needs nearly all of them, and a text that indents elsewhere.
   int width(const QString& word, int otherwise, int own = kNone) const;
+  int unit() const { return old_; }   // that the text has
   // A distance that was made by hand: one or two units become as many of the new ones, any other stays.
   int ofHand(int distance) const { return distance == old_ ? fresh_ : distance == 2 * old_ ? 2 * fresh_ : distance; }
 

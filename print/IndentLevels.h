@@ -20,6 +20,7 @@ struct Level {
   int width = 0;     // of a block as the language lists it
   bool statements = false;   // a ";" stood in the bracket
   int blocks = 0;            // blocks of statements in the bracket, an argument of a macro, that have not ended
+  int inBranch = 0;          // how much deeper than the others the lines of a branch stand
   bool settled = false;      // the block's first line has shown where the lines stand
   QString word{};    // opened it, in lower case; with ">" and the last middle word
   QString also{};    // further opening words of its first statement: "loop" behind "for"

@@ -25,7 +25,7 @@ class WholeLines : private IndentState {
     const int whole = firstColumn_ > 0 ? habits_.width(QString(), 0, firstColumn_) : 0;   // a part of a text may stand indented as a whole
     levels_.push_back({.content = whole, .byWord = true});
     scanner_.restart();
-    learning_ = directiveGoesOn_ = false;
+    learning_ = directiveGoesOn_ = false, branchOld_ = -1;
     choices_.clear();
   }
 
@@ -38,10 +38,11 @@ class WholeLines : private IndentState {
     const bool ofDirective = directiveGoesOn_, directive = isDirective(line.mid(leading));
     directiveGoesOn_ = (ofDirective || directive) && line.trimmed().endsWith(u'\\');
     if (ofDirective) return {Placed::Kind::fixed, old, old};   // a macro over several lines stays as it is
-    if (directive) chooseBranch(line.mid(leading + 1));
+    if (directive) chooseBranch(line.mid(leading + 1), old);
     if (directive && (old == 0 || line[leading] == u'#')) return {Placed::Kind::fixed, 0, old};
     if (directive) return {Placed::Kind::comment, old, old};   // goes with the lines around it
     if (pieces.empty()) return {inComment ? Placed::Kind::insideComment : Placed::Kind::comment, old, old};
+    if (!inString && branchOld_ >= 0) enterBranch(old);
     if (learning_ && !inString) noteHabit(pieces, old);
     if (!learning_ && !inString) settle(pieces[0], old);
     const int indent = learning_ || inString ? old : inComment ? std::max(0, old + shift_) : indentOf(pieces, old);
@@ -56,10 +57,12 @@ class WholeLines : private IndentState {
   // Statements end with ";" where one line of code in eight or more does so.
   bool endsWithSemicolons(const LineSource& line, qint64 count) {
     qint64 all = 0, ended = 0;
+    bool goesOn = false;
     for (qint64 i = 0; i < std::min<qint64>(count, kLearnt); ++i) {
       const Pieces pieces = scanner_.scan(line(i));
       all += !pieces.empty();
-      if (pieces.size() > 1 && pieces[0].is(u'`')) macroBlocks_ += isMacro(pieces[1], "_begin") - isMacro(pieces[1], "_end");
+      const bool ofMacro = std::exchange(goesOn, !pieces.empty() && pieces.back().is(u'\\'));
+      if (!ofMacro && pieces.size() > 1 && pieces[0].is(u'`')) macroBlocks_ += isMacro(pieces[1], "_begin") - isMacro(pieces[1], "_end");
       ended += std::any_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.is(u';'); });
     }
     scanner_.restart();
@@ -73,14 +76,33 @@ class WholeLines : private IndentState {
   }
 
   // Of the branches behind "ifdef" each begins where the first began; what follows goes on from the last.
-  void chooseBranch(const QString& directive) {
+  void chooseBranch(const QString& directive, int old) {
     const QString word = firstWord(directive.mid(leadingLength(directive)));
     const auto is = [&](std::initializer_list<const char*> any) {
       return std::any_of(any.begin(), any.end(), [&](const char* one) { return word == QLatin1String(one); });
     };
+    branchOld_ = -1;
+    if (is({"ifdef", "ifndef", "if", "else", "elsif", "elif"})) branchOld_ = old;
+    if (is({"endif"}) && !choices_.empty()) leaveBranch(choices_.back().levels_);
     if (is({"ifdef", "ifndef", "if"})) choices_.push_back(*this);
     else if (is({"else", "elsif", "elif"}) && !choices_.empty()) static_cast<IndentState&>(*this) = choices_.back();
     else if (is({"endif"}) && !choices_.empty()) choices_.pop_back();
+  }
+
+  // A branch may stand one step deeper than its "ifdef", which then stands where the lines around it do.
+  void enterBranch(int old) {
+    const int from = std::exchange(branchOld_, -1);
+    if (from <= 0 || unfinished_ || headerOpen_ || levels_.back().bracket || old - from != habits_.unit()) return;
+    if (learning_ ? from <= levels_.back().old : from + levels_.back().shift != levels_.back().content) return;
+    Level& level = levels_.back();
+    level.inBranch += learning_ ? old - from : unit_;
+    if (!learning_) level.content += unit_;
+  }
+  void leaveBranch(const LevelStack& before) {
+    if (levels_.size() != before.size() || std::as_const(levels_).back().inBranch <= before.back().inBranch) return;
+    Level& level = levels_.back();
+    if (!learning_) level.content -= level.inBranch - before.back().inBranch;
+    level.inBranch = before.back().inBranch;
   }
 
   int indentOf(const Pieces& pieces, int old) const {
@@ -95,7 +117,7 @@ class WholeLines : private IndentState {
     if (level.bracket) {
       const int shifted = std::max(0, old + level.shift);
       if (level.word == u"`") return shifted;
-      if (isCloser(first)) return shifted > level.least ? shifted : level.base;
+      if (isCloser(first)) return shifted >= level.least ? shifted : level.base;
       if (shifted > level.base) return level.base + habits_.ofHand(shifted - level.base);   // alignment by hand stays
       return shifted > level.least ? shifted : level.content;
     }
@@ -149,13 +171,13 @@ class WholeLines : private IndentState {
       return;
     }
     if (!level.bracket && kind == BlockClass::middle) habits_.note(middleKey(level, first), old - level.base);
-    else if (!first.is(QLatin1String("else"))) IndentHabits::count(&level.tally, old - level.base);
+    else if (!first.is(QLatin1String("else"))) IndentHabits::count(&level.tally, old - level.base - level.inBranch);
   }
 
   // The first line of a block stays where it stands as far as the text has other blocks like it.
   void settle(const Piece& first, int old) {
     Level& level = levels_.back();
-    if (level.settled || level.bracket || level.width == 0 || unfinished_ || headerOpen_ || first.entry.kind == BlockClass::end || first.entry.kind == BlockClass::middle) return;
+    if (level.settled || level.inBranch > 0 || level.bracket || level.width == 0 || unfinished_ || headerOpen_ || first.entry.kind == BlockClass::end || first.entry.kind == BlockClass::middle) return;
     level.settled = true;
     level.content = level.base + habits_.width(level.word, level.content - level.base, old + level.shift - level.base);
   }
@@ -201,6 +223,11 @@ class WholeLines : private IndentState {
   }
 
   // The lines of a bracket in a line that was aligned by hand need only stand deeper than what that line goes on with.
+  bool isAligned(int indent) const {
+    const Level& level = levels_.back();
+    if (!level.bracket) return unfinished_ && indent - shift_ > statementIndent_ - statementShift_;
+    return indent - shift_ > level.old || (level.least < level.base && indent > level.least);
+  }
   int leastOf(const Level& level) const { return level.bracket ? level.least : statementIndent_; }
 
   void walk(const Pieces& pieces, int indent) {
@@ -208,7 +235,7 @@ class WholeLines : private IndentState {
       anchor_ = indent, anchorOld_ = indent - shift_;
       if (!unfinished_) statementIndent_ = indent, statementShift_ = shift_;
     }
-    const bool aligned = levels_.back().bracket ? indent - shift_ > levels_.back().old : unfinished_ && indent - shift_ > statementIndent_ - statementShift_;
+    const bool aligned = isAligned(indent);
     if (endsMacroBlock(pieces)) popLevel();
     const int base = anchor_;           // blocks hang on the line where the brackets around this one began
     const bool middleFirst = !unfinished_ && pieces[0].entry.kind == BlockClass::middle;
@@ -300,6 +327,7 @@ class WholeLines : private IndentState {
     if (learning_) habits_.note(level.word, IndentHabits::mostOf(level.tally));
     level.tally.clear();
     level.settled = false;
+    level.inBranch = 0;
     const QString opener = level.word.section(u'>', 0, 0);
     level.word = opener + u'>' + middle.word.toLower();
     if (level.width > 0) level.content = level.base + habits_.width(level.word, habits_.width(opener, level.width));
@@ -373,7 +401,9 @@ class WholeLines : private IndentState {
     // "if (...)": what follows hangs on this line. Further lines of one statement may end like that too, and govern nothing.
     const Piece& front = pieces.front();
     const bool governs = startedOrHung || front.is(QLatin1String("if")) || front.is(QLatin1String("for")) || front.is(QLatin1String("while")) || front.is(QLatin1String("else")) || front.is(QLatin1String("repeat"));
-    hangs_ = unfinished_ && front.isWord && governs && (isCloser(last) || last.is(QLatin1String("else")) || last.is(QLatin1String("do")));
+    // "x <= a when b else" goes on and governs nothing.
+    const bool elseLast = last.is(QLatin1String("else")) && (front.is(QLatin1String("if")) || front.is(QLatin1String("else")) || front.entry.kind == BlockClass::end);
+    hangs_ = unfinished_ && front.isWord && governs && (isCloser(last) || elseLast || last.is(QLatin1String("do")));
     if (hangs_) statementIndent_ = indent;
   }
 
@@ -403,6 +433,7 @@ class WholeLines : private IndentState {
   IndentHabits habits_;
   bool learning_ = false;        // the text is read for its habits: lines stay where they stand
   bool directiveGoesOn_ = false; // the next line belongs to a "#define" above
+  int branchOld_ = -1;           // where an "ifdef" stands that the last line of code is before
   int firstColumn_ = -1;         // where the text's first code stands
   std::vector<IndentState> choices_;   // as it was where an "ifdef" began
 };

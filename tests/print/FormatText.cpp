@@ -41,12 +41,14 @@ TEST(FormatText, EachStep) {
     const char *before, *after;
     int lines;   // that changed
   };
-  FormatChoices tabs, main, keys, indent, ends, all;
+  FormatChoices tabs, main, keys, indent, ends, all, byTabs;
   tabs.tabs = 4;   // 3 blanks for a tab, whatever its column
   main.mainCase = 1;
   keys.keywordCase = 3;
   indent.indent = 3;
   ends.lineEnds = 2;
+  byTabs = indent;
+  byTabs.wholeLine = byTabs.indentTabs = true;   // one a level, not two blanks
   all = indent;
   all.lineEnds = 2;
   all.tabs = 2;
@@ -58,6 +60,7 @@ TEST(FormatText, EachStep) {
       {main, "begin aB \"aB\" -- aB\nend", "begin AB \"aB\" -- aB\nend", 1},
       {keys, "BEGIN aB\nend", "Begin aB\nEnd", 2},
       {indent, "begin\nx\n  end", "begin\n  x\nend", 2},
+      {byTabs, "begin\nbegin\n  x;\nend\nend", "begin\n\tbegin\n\t\tx;\n\tend\nend", 3},
       {ends, "begin\nx\nend", "begin\r\nx\r\nend", 2},
       {all, "begin\nX\ty\nend", "BEGIN\r\n  x y\r\nEND", 3},
   };

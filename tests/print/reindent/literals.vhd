@@ -20,6 +20,10 @@ begin
     end case;
   end process;
 
+  x <= a when c1 else
+       b when c2 else
+       c when (sel = '0') else d;
+
   fixture : block is
   begin
     dut : component dff

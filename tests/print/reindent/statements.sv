@@ -8,6 +8,14 @@ module top
              (q == L &
              (o == M |
               o == N));
+  `ifdef SIM
+    assign b = a;
+    always_comb
+      c = a;
+  `else
+    assign b = !a;
+  `endif
+  assign d = b;
 endmodule
 
 module n import p::*;
