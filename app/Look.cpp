@@ -6,6 +6,7 @@
 #include <QStyleOption>
 #include <algorithm>
 
+#include "base/ArrowIcon.h"
 #include "base/PaintedIcon.h"
 #include "document/CMXRegistry.h"
 #include "document/modRegistry.h"
@@ -55,7 +56,24 @@ class Style : public QProxyStyle {
   }
   QIcon standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const override {
     const bool ours = which == SP_TitleBarMinButton || which == SP_TitleBarNormalButton || which == SP_TitleBarCloseButton;
+    if (which == SP_ToolBarHorizontalExtensionButton) return arrowIcon(Arrow::right);
+    if (which == SP_ToolBarVerticalExtensionButton) return arrowIcon(Arrow::down);
     return ours ? QIcon(new WindowButton(which)) : QProxyStyle::standardIcon(which, option, widget);
+  }
+  // The library's own style gives boxes and rings an outline that is darker than the window, of which a dark one shows nothing.
+  void drawPrimitive(PrimitiveElement part, const QStyleOption* option, QPainter* painter, const QWidget* widget) const override {
+    QProxyStyle::drawPrimitive(part, option, painter, widget);
+    const bool ring = part == PE_IndicatorRadioButton, box = part == PE_IndicatorCheckBox || part == PE_IndicatorItemViewItemCheck;
+    if (!(ring || box) || baseStyle()->name() != QLatin1String("fusion") || !ColorScheme::isDark(option->palette)) return;
+    QColor ink = option->palette.color(QPalette::WindowText);
+    ink.setAlpha(option->state & State_Enabled ? 150 : 70);
+    painter->save();
+    painter->setPen(ink);
+    painter->setBrush(Qt::NoBrush);
+    painter->setRenderHint(QPainter::Antialiasing, ring);
+    if (ring) painter->drawEllipse(option->rect.adjusted(1, 1, -1, -1));
+    else painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+    painter->restore();
   }
   // The library's own style draws the buttons of a window that is not the active one in black on any colour.
   void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter, const QWidget* widget) const override {

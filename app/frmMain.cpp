@@ -401,7 +401,9 @@ bool frmMain::askAboutSeveral(const QList<frmDocument*>& going) {
 
 void frmMain::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
-  if (event->type() == QEvent::PaletteChange && mdi_) mdi_->setBackground(palette().brush(QPalette::Dark));
+  if (event->type() != QEvent::PaletteChange || !mdi_) return;
+  mdi_->setBackground(palette().brush(QPalette::Dark));
+  for (QMdiSubWindow* window : mdi_->subWindowList()) window->setWindowIcon(window->windowIcon());   // drawn anew where it is shown
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
