@@ -2,6 +2,7 @@
 
 #include <QClipboard>
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QScopedValueRollback>
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include "control/CommandFunctions.h"
 #include "control/CommandTable.h"
 #include "control/EditorAccess.h"
+#include "control/LongWork.h"
 #include "control/UsersSearch.h"
 #include "control/TextMime.h"
 #include "control/KeyMacro.h"
@@ -396,7 +398,13 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   const bool travels = command.run == commandFunctions::undo || command.run == commandFunctions::redo;
   std::optional<UndoGroup> group;
   if (!travels) group.emplace(e.document());
+  QElapsedTimer clock;
+  clock.start();
   for (impl.pass = 0; impl.pass < count; ++impl.pass) {
+    if (clock.elapsed() >= LongWork::moment.count()) {
+      clock.restart();
+      if (!LongWork::goesOn(QCoreApplication::translate("Editor", "Repeating..."), static_cast<int>(std::int64_t(impl.pass) * 100 / count))) break;
+    }
     const auto state = [&e] {
       return std::tuple(e.document().revision(), e.selection(), e.host().topLine(), e.host().leftColumn());
     };

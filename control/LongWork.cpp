@@ -159,4 +159,6 @@ void LongWork::run(QWidget& asker, std::int64_t bytes, const Work& work, const Q
   runOn(asker, bytes, std::cref(work), what, mayCancel, false);
 }
 
+bool LongWork::goesOn(const QString& what, int percent) { return !gBusy() || !watcher() || watcher()(what, percent); }
+
 bool LongWork::runOrLeave(QWidget& asker, Work work, const QString& what) { return runOn(asker, 0, std::move(work), what, true, true); }

@@ -28,6 +28,8 @@ struct LongWork {
   // The same for what only reads files, which may hang: cancelled, it is left to itself, and this is false. So the work holds what it
   // needs and what it makes.
   static bool runOrLeave(QWidget& asker, Work work, const QString& what);
+  // The same for a loop that has to stay on this thread, every moment or so: false, where a Watch is there and ends it.
+  static bool goesOn(const QString& what, int percent);
   // Cancels the work that shows how far it is. True: there is one, and its command has yet to return.
   static bool cancelRunning();
 

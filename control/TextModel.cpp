@@ -5,6 +5,7 @@
 
 #include "control/LanguageTable.h"
 #include "text/Chars.h"
+#include "text/LineReader.h"
 #include "text/LineEnds.h"
 #include "text/LongColors.h"
 
@@ -150,11 +151,10 @@ void TextModel::convertLineEnds(bool crlf, const text::SelectionState& before) {
       document_.exchange(builder.finish(), before);
     } else {
       std::vector<text::Edit> edits;
-      for (std::int64_t i = 0; i + 1 < now.lineCount(); ++i) {
-        const text::LineNo line(i);
-        if (breakBytes(now.lineBreak(line)) != wanted)
-          edits.push_back({{now.lineEnd(line), now.lineEndWithBreak(line)}, wanted});
-      }
+      text::LineReader reader(now);
+      text::ByteOffset end;   // of the line before; a break of these texts is known by its length
+      for (std::string_view line; reader.next(&line); end = reader.start() + static_cast<std::int64_t>(line.size()))
+        if (reader.line().value > 0 && reader.start() - end != static_cast<std::int64_t>(wanted.size())) edits.push_back({{end, reader.start()}, wanted});
       document_.apply(edits, before);
     }
   }
