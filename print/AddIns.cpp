@@ -3,9 +3,12 @@
 #include <QCoreApplication>
 #include <algorithm>
 #include <functional>
+#include <iterator>
 
 #include "base/Dialogs.h"
-#include "base/Program.h"
+#include "base/Strings.h"
+#include "control/LanguageTable.h"
+#include "print/LineWork.h"
 
 namespace {
 
@@ -39,9 +42,9 @@ struct Growing {
   }
 };
 
-void align(std::vector<Growing>& lines, const QString& delimiter) {
+void align(std::vector<Growing>& lines, const QString& delimiter, const std::function<bool()>& isCancelled = {}) {
   std::vector<qsizetype> found(lines.size());
-  for (qsizetype column = 1;;) {
+  for (qsizetype column = 1; !isCancelled || !isCancelled();) {
     qsizetype greatest = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
       auto& line = lines[i];
@@ -56,13 +59,11 @@ void align(std::vector<Growing>& lines, const QString& delimiter) {
   }
 }
 
-std::vector<bool> codeOnlyMask(const CodeMax& cmx, const QString& line, text::LineState* state) {
+std::vector<bool> codeOnlyMask(const text::Highlighter& highlighter, const QString& line, text::LineState* state) {
   std::vector<bool> mask(static_cast<std::size_t>(line.size()), true);
-  const auto* highlighter = cmx.model()->highlighter();
-  if (!highlighter) return mask;
   const std::string bytes = fromQString(line);
   std::vector<text::Token> tokens;
-  *state = highlighter->scanLine(bytes, *state, &tokens);
+  *state = highlighter.scanLine(bytes, *state, &tokens);
   std::size_t bytesDone = 0, charsDone = 0;
   const auto charsBefore = [&](std::int64_t byte) {   // bytes ascend from call to call
     const auto to = static_cast<std::size_t>(byte);
@@ -92,31 +93,34 @@ int alignColumns(QStringList& lines, const QString& delimiter) {
   return 0;
 }
 
-qint64 Columnize(CodeMax& cmx, const CmRange& range, const QString& delimiter, const ColumnizeOptions& options) {
-  const qint64 end = std::min(range.EndLineNo + 1, cmx.LineCount());
-  if (delimiter.isEmpty() || cmx.ReadOnly() || range.StartLineNo >= end) return 0;
-  QStringList lines;
-  for (qint64 i = range.StartLineNo; i < end; ++i) lines.push_back(cmx.GetLine(i));
+namespace {
 
+// The lines of the work, aligned; empty when it was cancelled.
+std::vector<Growing> alignedLines(LineWork& work, const QStringList& lines, const CmRange& range, const QString& delimiter, const ColumnizeOptions& options,
+                                  const text::Highlighter* highlighter) {
   std::vector<Growing> growing(static_cast<std::size_t>(lines.size()));
-  text::LineState state = options.codeOnly ? cmx.model()->stateAt(text::LineNo(range.StartLineNo)) : text::LineState(0);
+  text::LineState state = 0;
+  if (highlighter) {
+    text::LineReader above(work.text());
+    std::string_view line;
+    for (qint64 i = 0; i < work.lines().first && !work.isCancelled() && above.next(&line); ++i) state = highlighter->scanLine(line, state, nullptr);
+  }
   const qint64 left = std::min(range.StartColNo, range.EndColNo), right = std::max(range.StartColNo, range.EndColNo);
-  for (std::size_t i = 0; i < growing.size(); ++i) {
+  for (std::size_t i = 0; i < growing.size() && !work.isCancelled(); ++i) {
     const QString& line = lines[static_cast<qsizetype>(i)];
     auto& mask = growing[i].counts;
     growing[i].rest = line;
-    if (options.codeOnly) mask = codeOnlyMask(cmx, line, &state);
+    if (highlighter) mask = codeOnlyMask(*highlighter, line, &state);
     if (options.withinBlock && range.ColumnSel) {
       if (mask.empty()) mask.assign(static_cast<std::size_t>(line.size()), true);
       for (std::size_t c = 0; c < mask.size(); ++c)
         if (static_cast<qint64>(c) < left || static_cast<qint64>(c) >= right) mask[c] = false;
     }
   }
-  std::vector<Growing> group;
-  QStringList fresh;
+  std::vector<Growing> done, group;
   const auto finishGroup = [&] {
-    align(group, delimiter);
-    for (const auto& line : group) fresh.push_back(line.text());
+    align(group, delimiter, [&work] { return work.isCancelled(); });
+    std::move(group.begin(), group.end(), std::back_inserter(done));
     group.clear();
   };
   for (auto& line : growing) {
@@ -125,18 +129,29 @@ qint64 Columnize(CodeMax& cmx, const CmRange& range, const QString& delimiter, c
     if (blank) finishGroup();
   }
   finishGroup();
+  return work.isCancelled() ? std::vector<Growing>() : done;
+}
 
-  qint64 changed = 0;
-  for (qsizetype i = 0; i < lines.size(); ++i) changed += lines[i] != fresh[i];
-  if (changed > 0) {
-    const EditBlock block(cmx);
-    cmx.ReplaceLines(range.StartLineNo, fresh);
-  }
-  return changed;
+}  // namespace
+
+qint64 Columnize(CodeMax& cmx, const CmRange& range, const QString& delimiter, const ColumnizeOptions& options) {
+  if (delimiter.isEmpty()) return 0;
+  const bool isColoured = options.codeOnly && cmx.model()->highlighter();
+  const auto highlighter = isColoured ? LanguageTable::find(cmx.Language()) : nullptr;
+  const LineRange touched{range.StartLineNo, std::min(range.EndLineNo + 1, cmx.LineCount())};
+  return LineWork::run(cmx, touched, QCoreApplication::translate("AddIns", "Columnizing..."), [&](LineWork& work) {
+    QStringList lines;
+    for (std::string_view line; work.next(&line);) lines.push_back(toQString(line));
+    LineWork puts(work.text(), work.lines(), work.control());   // the same lines once more
+    std::string_view old;
+    for (const Growing& line : alignedLines(work, lines, range, delimiter, options, highlighter.get()))
+      if (puts.next(&old)) puts.replace(old, fromQString(line.text()));
+    work.edits = std::move(puts.edits);
+    work.changed = puts.changed;
+  });
 }
 
 void Columnize(CodeMax& cmx) {
-  const BusyGuard busy;
   const CmRange range = cmx.GetSel(true);
   const auto answer = InputBox(QCoreApplication::translate("AddIns", "Please input the column delimiter"));
   if (!answer || answer->isEmpty()) return;

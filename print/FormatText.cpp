@@ -4,6 +4,7 @@
 
 #include "base/Program.h"
 #include "control/LanguageTable.h"
+#include "control/LongWork.h"
 #include "language/clsLang.h"
 #include "print/CaseFilter.h"
 #include "print/LineTools.h"
@@ -47,6 +48,18 @@ class LinesInOrder {
   std::optional<text::LineReader> reader_;
 };
 
+struct Cancelled {};
+
+// Does it on a thread. Throws Cancelled when the user has ended it: the block around the steps then takes all back.
+void work(CodeMax& cmx, qint64 lines, const std::function<void(text::SearchControl&)>& step) {
+  bool isCancelled = false;
+  LongWork::run(cmx, lines, [&](text::SearchControl& control) {
+    step(control);
+    isCancelled = control.cancel;
+  }, T::tr("Formatting..."), true);
+  if (isCancelled) throw Cancelled();
+}
+
 // Passes every line through `change` and puts the changed ones back. False: a line lost or gained more than white space and letter case.
 template <class Change>
 bool changeLines(CodeMax& cmx, Lines lines, Change change) {
@@ -54,17 +67,22 @@ bool changeLines(CodeMax& cmx, Lines lines, Change change) {
     const qint64 end = std::min(lines.end, at + kChunk);
     QStringList fresh;
     fresh.reserve(end - at);
-    bool any = false;
+    bool any = false, whole = true;
     LinesInOrder read(cmx);
-    for (qint64 i = at; i < end; ++i) {
-      const QString old = read(i);
-      QString now = change(i, old);
-      if (now != old) {
-        if (!sameInk(now, old)) return false;
-        any = true;
+    work(cmx, lines.end, [&](text::SearchControl& control) {
+      for (qint64 i = at; i < end && whole && !control.cancel; ++i) {
+        const QString old = read(i);
+        QString now = change(i, old);
+        if (now != old) {
+          whole = sameInk(now, old);
+          any = true;
+        }
+        fresh.push_back(std::move(now));
+        control.bytesDone = i;
       }
-      fresh.push_back(std::move(now));
-    }
+    });
+    if (!whole) return false;
+    const BusyGuard busy;
     if (any) cmx.ReplaceLines(at, fresh);
   }
   return true;
@@ -81,15 +99,24 @@ class StepShown {
 qint64 linesThatDiffer(const text::Snapshot& before, const text::Snapshot& after) {
   if (before.sameAs(after)) return 0;
   text::LineReader old(before), now(after);
+  const bool modesDiffer = before.lineMode() != after.lineMode();   // else a break is known by its length
   std::string_view a, b;
   qint64 differ = 0;
-  while (old.next(&a) && now.next(&b))
-    if (a != b || before.lineBreak(old.line()) != after.lineBreak(now.line())) ++differ;
-  return differ;
+  bool differs = false;   // the line before
+  text::ByteOffset oldEnd, nowEnd;
+  while (old.next(&a) && now.next(&b)) {
+    differs = differs || (old.line().value > 0 && (modesDiffer || old.start() - oldEnd != now.start() - nowEnd));
+    differ += differs;
+    differs = a != b;
+    oldEnd = old.start() + static_cast<std::int64_t>(a.size());
+    nowEnd = now.start() + static_cast<std::int64_t>(b.size());
+  }
+  return differ + differs;
 }
 
 void ConvertTabstoSpaces(CodeMax& cmx, int blanks) {
   const KeepSearch keep;
+  const BusyGuard busy;
   searchState().options = {};
   searchState().preserveCase = false;
   cmx.ExecuteCmd(179, QStringLiteral("\t"));
@@ -127,9 +154,16 @@ bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const cls
   const auto highlighter = LanguageTable::find(language.Name);
   // A selection is indented as part of the whole text, so that it goes with the lines around it.
   const auto reader = std::make_shared<LinesInOrder>(cmx);
-  const LineSource source = [reader](qint64 i) { return (*reader)(i); };
-  const auto indents = wholeLine ? indentsByWholeLine(source, lines.end, words, unit, highlighter.get(), cmx.TabSize())
-                                 : indentsByFirstWord(source, lines.end, words, unit);
+  std::vector<int> indents;
+  work(cmx, lines.end, [&, tabSize = cmx.TabSize()](text::SearchControl& control) {
+    const LineSource source = [reader, &control](qint64 i) {
+      if (control.cancel) throw Cancelled();
+      control.bytesDone = i;
+      return (*reader)(i);
+    };
+    indents = wholeLine ? indentsByWholeLine(source, lines.end, words, unit, highlighter.get(), tabSize)
+                        : indentsByFirstWord(source, lines.end, words, unit);
+  });
   return changeLines(cmx, lines,
       [&](qint64 i, const QString& old) {
         const int columns = indents[static_cast<std::size_t>(i)];
@@ -163,10 +197,10 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
   const bool mayChangeCase = !caseMatters(choices, language) || choices.changeCaseAnyway;
   const Lines lines = choices.selectionOnly ? selectedLines(cmx) : Lines{0, cmx.LineCount()};
   const text::Snapshot before = cmx.model()->snapshot();
-  const BusyGuard busy;
   const StepShown show;
   bool whole = true;
-  {
+  try {
+    std::optional<BusyGuard> busy;   // outlives the block, which tells of the change
     const EditBlock block(cmx);
     if (choices.tabs >= 1) {
       show(T::tr("Processing Tabs"));
@@ -183,8 +217,12 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     show(T::tr("Processing Indentations"));
     if (whole && choices.indent >= 1 && language)
       whole = reindent(cmx, lines, choices, *language);
+    busy.emplace();
     if (!whole) cmx.model()->document().rollbackGroup();
     if (whole && (choices.lineEnds == 1 || choices.lineEnds == 2)) cmx.ConvertLineEnds(choices.lineEnds == 2);
+  } catch (const Cancelled&) {
+    result.error = T::tr("Cancelled: nothing was changed.");
+    return result;
   }
   if (!whole) {
     result.error = T::tr("The text would have lost something; nothing was changed.");

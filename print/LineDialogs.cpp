@@ -73,7 +73,6 @@ bool ColumnizeWithOptions(CodeMax& cmx, QWidget* parent) {
   block->setEnabled(range.ColumnSel);
   if (!dialog.ask() || delimiter->text().isEmpty()) return false;
   kept = {groups->isChecked(), code->isChecked(), block->isChecked()};
-  const BusyGuard busy;
   rememberColumnDelimiter(delimiter->text());
   const qint64 changed = Columnize(cmx, range, delimiter->text(), kept);
   SetStatusText(T::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));

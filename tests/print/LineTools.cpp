@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include "base/Program.h"
+#include "control/LongWork.h"
 #include "print/AddIns.h"
+#include "print/FormatText.h"
 #include "tests/support/ScriptedDialogs.h"
 
 namespace {
@@ -102,6 +105,31 @@ TEST(LineTools, WholeLines) {
     c.cmx.ExecuteCmd(129);
     EXPECT_EQ(c.text(), test.before) << "one undo step";
   }
+}
+
+TEST(LineTools, WhatIsCancelledChangesNothing) {
+  const auto moment = std::exchange(LongWork::moment, std::chrono::milliseconds(0));
+  Control c("");
+  QStringList lines;
+  for (int i = 0; i < 50000; ++i) lines << QStringLiteral("x%1,\t").arg(i * 7919 % 50021) + QString(600, u'z');   // each takes longer than a look
+  c.cmx.setText(lines.join(u'\n'));
+  c.cmx.show();
+  const text::Snapshot before = c.cmx.model()->snapshot();
+  int looks = 0;
+  {
+    const BusyGuard busy;
+    const LongWork::Watch watch([&](const QString&, int) { return ++looks, false; });
+    EXPECT_EQ(SortLines(c.cmx, {}), 0);
+    EXPECT_EQ(Columnize(c.cmx, {0, 0, 49999, 0, false}, QStringLiteral(",")), 0);
+    FormatChoices choices;
+    choices.tabs = 1;
+    c.cmx.SetSel({0, 0, 49999, 1, false});
+    choices.selectionOnly = true;
+    EXPECT_NE(FormatIt(c.cmx, nullptr, choices).error, QString());
+  }
+  EXPECT_EQ(looks, 3);
+  EXPECT_TRUE(c.cmx.model()->snapshot().sameAs(before));
+  LongWork::moment = moment;
 }
 
 TEST(LineTools, SelectedLinesOnly) {
