@@ -60,7 +60,7 @@ class WholeLines : private IndentState {
     bool goesOn = false;
     for (qint64 i = 0; i < std::min<qint64>(count, kLearnt); ++i) {
       const Pieces pieces = scanner_.scan(line(i));
-      all += !pieces.empty();
+      all += !pieces.empty() && !pieces.back().is(u',');   // a list goes on in any language
       const bool ofMacro = std::exchange(goesOn, !pieces.empty() && pieces.back().is(u'\\'));
       if (!ofMacro && pieces.size() > 1 && pieces[0].is(u'`')) macroBlocks_ += isMacro(pieces[1], "_begin") - isMacro(pieces[1], "_end");
       ended += std::any_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.is(u';'); });

@@ -151,7 +151,7 @@ TEST_F(ReindentShipped, CodeStaysAsItIs) {
                         {"Samples/report.scr", 2}, {"Samples/wave.do", 4}, {"Samples/timspec.ucf", 2},
                         {"tests/print/reindent/module.v", 2, "^     comment"}, {"tests/print/reindent/package.sv", 2},
                         {"tests/print/reindent/byhand.sv", 2}, {"tests/print/reindent/byhand.vhd", 2},
-                        {"tests/print/reindent/statements.sv", 2}, {"tests/print/reindent/literals.vhd", 2},
+                        {"tests/print/reindent/statements.sv", 2}, {"tests/print/reindent/literals.vhd", 2}, {"tests/print/reindent/bind.sv", 2},
                         {"tests/print/reindent/entity.vhd", 2}, {"tests/print/reindent/architecture.vhd", 2},
                         {"tests/print/reindent/braces.c", 4}, {"tests/print/reindent/class.cc", 4}, {"tests/print/reindent/proc.tcl", 2},
                         {"tests/print/reindent/switch.tcl", 4}, {"tests/print/reindent/if.sh", 2}};
