@@ -106,10 +106,13 @@ TEST(Dialogs, LargeOnesFitTheScreenOrScroll) {
     if (withButtons) layout->addWidget(buttons);
     else layout->insertWidget(0, buttons);
     dialog.move(5000, 5000);
+    auto* first = dialog.findChildren<QLineEdit*>().at(3);
+    first->setFocus();
     for (int time = 0; time < 2; ++time) {   // shown again it is as it was
       dialog.show();
       EXPECT_TRUE(dialog.screen()->availableGeometry().contains(dialog.geometry()));
       EXPECT_EQ(dialog.findChildren<QScrollArea*>().size(), 1);
+      EXPECT_EQ(dialog.focusWidget(), first);
       QCoreApplication::processEvents();
       EXPECT_TRUE(dialog.rect().contains(buttons->mapTo(&dialog, buttons->rect().center())));
       dialog.hide();
