@@ -108,8 +108,8 @@ void LanguageTable::registerLanguage(const QString& name, const CmLanguage& lang
   t.multiCommentStart = entries(language.MultiLineComments1);
   t.multiCommentEnd = entries(language.MultiLineComments2);
   t.stringDelims = entries(language.StringDelims);
-  // Definitions name no escape character. Languages that tell upper from lower case have the backslash from C; the
-  // others (VHDL, BASIC, Pascal ...) double their delimiters and take a backslash as it is.
+  // Where the definition says nothing of a delimiter (text/EntryMarks.h), languages that tell upper from lower case have the backslash
+  // from C; the others (VHDL, BASIC, Pascal ...) double their delimiters and take a backslash as it is.
   if (t.caseSensitive) t.escapeChar.assign(1, '\\');
   auto blocks = std::make_shared<const BlockWords>(language.BlockStart, language.BlockEnd, language.BlockMid, language.CaseSensitive);
   if (blocks->isEmpty()) blocks.reset();

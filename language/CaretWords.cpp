@@ -8,6 +8,7 @@
 #include "control/CodeMax.h"
 #include "control/UsersSearch.h"
 #include "language/FieldWalk.h"
+#include "language/FormatRules.h"
 #include "language/ucCM.h"
 #include "text/Chars.h"
 #include "text/WordNear.h"
@@ -129,7 +130,8 @@ std::optional<bool> indentsWithTabs(CodeMax& cmx, qint64 line) {
 
 // A template's text, laid out behind `indentation` blanks, with the tabs or blanks that the document indents with: the blanks as
 // the line's own beginning `lead`, each level of the template as a tab, or each of its tabs as blanks.
-QString asTheDocument(const QString& text, qint64 indentation, const QString& lead, bool tabs, int tabSize) {
+// Where tabs have a meaning (`asWritten`) the template's own blanks and tabs stay.
+QString asTheDocument(const QString& text, qint64 indentation, const QString& lead, bool tabs, bool asWritten, int tabSize) {
   QStringList lines = text.split(kCrLf);
   const qsizetype from = lines[0].isEmpty() ? 2 : 1;   // see UserStringToCode
   qsizetype level = 0;                                  // blanks of the template's least indented line
@@ -143,7 +145,8 @@ QString asTheDocument(const QString& text, qint64 indentation, const QString& le
   for (qsizetype i = from; i < lines.size(); ++i) {
     const QString rest = lines[i].mid(indentation), own = leadOf(rest);
     QString changed = own;
-    if (!tabs) changed.replace(u'\t', QString(tabSize, u' '));
+    if (asWritten) changed = own;
+    else if (!tabs) changed.replace(u'\t', QString(tabSize, u' '));
     else if (level > 0 && !own.contains(u'\t')) changed = QString(own.size() / level, u'\t') + QString(own.size() % level, u' ');
     lines[i] = begin + changed + rest.mid(own.size());
   }
@@ -169,8 +172,10 @@ QString templateText(CodeMax& cmx, ucCM& manager, int languageIndex, const QStri
     indentation = text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), cmx.TabSize()).value;
   }
   UserStringToCode(text, indentation);
+  const auto& languages = manager.Languages();
+  if (formatRules(*languages->Item(languageIndex)).tabs) return asTheDocument(text, indentation, leadOf(before), true, true, cmx.TabSize());
   const auto tabs = indentsWithTabs(cmx, word.StartLineNo);
-  return tabs ? asTheDocument(text, indentation, leadOf(before), *tabs, cmx.TabSize()) : text;
+  return tabs ? asTheDocument(text, indentation, leadOf(before), *tabs, false, cmx.TabSize()) : text;
 }
 
 void putIn(CodeMax& cmx, const QString& text, const CmRange& word) {

@@ -30,6 +30,7 @@ constexpr Section kSections[] = {
     {"MultiCommentEnd", &clsLang::MultiCommentEnd, false, false},
     {"StringDelims", &clsLang::StringDelims, false, false},
     {"Sign Places", &clsLang::SignPlaces, false, false},
+    {"Formatting", &clsLang::Formatting, false, false},
     {"Quoted Names", &clsLang::QuotedNames, false, false},
     {"Extensions", &clsLang::Extension, true, false},
     {"File Names", &clsLang::FileNames, true, false},

@@ -36,6 +36,7 @@ QStringList linesAtRisk(const clsLang& language) {
   add(found, say("File Names"), language.FileNames);
   add(found, say("Contents"), language.Contents);
   add(found, say("Sign Places"), language.SignPlaces);
+  add(found, say("Formatting"), language.Formatting);
   add(found, say("Quoted Names"), language.QuotedNames);
   add(found, say("Operators"), language.Operators);
   add(found, say("Single Line"), language.SingleComments);

@@ -29,6 +29,8 @@ QString placed(const QString& list, const QString& places) {
     const auto mark = place == QLatin1String("word")      ? text::EntryMark::atWord
                       : place == QLatin1String("command") ? text::EntryMark::atCommand
                       : place == QLatin1String("line")    ? text::EntryMark::atLine
+                      : place == QLatin1String("plain")   ? text::EntryMark::plain
+                      : place == QLatin1String("escape")  ? text::EntryMark::escape
                                                           : text::EntryMark::none;
     if (mark == text::EntryMark::none || sign.isEmpty()) continue;
     all = QString(u'\n' + all).replace(u'\n' + sign + u'\n', u'\n' + marked(mark, sign)).mid(1);
@@ -44,7 +46,7 @@ CmLanguage handedOver(const clsLang& language) {
   handed.Keywords = lines(language.Keywords);
   handed.Operators = lines(language.Operators);
   handed.SingleLineComments = placed(language.SingleComments, language.SignPlaces);
-  handed.MultiLineComments1 = lines(language.MultiCommentStart);
+  handed.MultiLineComments1 = placed(language.MultiCommentStart, language.SignPlaces);
   handed.MultiLineComments2 = lines(language.MultiCommentEnd);
   handed.BlockStart = lines(language.BlockStart);
   handed.BlockEnd = lines(language.BlockEnd);

@@ -63,7 +63,9 @@ class clsLang {
   QString MultiCommentStart;
   QString EscapeChar;          // inside strings; not kept in the file
   QString SingleComments;      // multi-line, as the rest
-  QString SignPlaces;          // "command #": where a comment introducer or a string delimiter counts (word, command, line)
+  QString SignPlaces;          // "command #": where a comment introducer, an opener or a string delimiter counts (word, command, line), and
+                               // whether a delimiter's strings have escape characters (plain, escape)
+  QString Formatting;          // what those have to know who change texts of the language: see FormatRules.h
   QString StringDelims;
   QString QuotedNames;         // "\" or "\ \": what a name of any signs begins with and ends with; a blank when only the first stands
   QString Operators;

@@ -58,7 +58,7 @@ frmDefinitions::frmDefinitions(ucCM& manager, const QString& webHome, QWidget* p
                    {txtIin, &clsLang::BlockStart},          {txtIOut, &clsLang::BlockEnd},
                    {txtIinout, &clsLang::BlockMid},         {txtLibrary, &clsLang::LibraryWords},
                    {txtPlaces, &clsLang::SignPlaces},       {txtQuoted, &clsLang::QuotedNames},
-                   {txtContents, &clsLang::Contents}};
+                   {txtContents, &clsLang::Contents},       {txtFormatting, &clsLang::Formatting}};
   connectAll();
   LoadDefiner();
 }

@@ -123,7 +123,7 @@ class frmDefinitions : public QDialog {
   QStackedWidget* pages = nullptr;
   QFrame *fraStructure = nullptr, *fraList = nullptr;
   QCheckBox* chkCase = nullptr;
-  ListField *txtLibrary = nullptr, *txtPlaces = nullptr, *txtQuoted = nullptr, *txtContents = nullptr;
+  ListField *txtLibrary = nullptr, *txtPlaces = nullptr, *txtQuoted = nullptr, *txtContents = nullptr, *txtFormatting = nullptr;
   ListField *txtDescription = nullptr, *txtKeyword = nullptr, *txtOperator = nullptr, *txtText = nullptr, *txtSLC = nullptr,
             *txtMLCS = nullptr, *txtMLCE = nullptr, *txtIin = nullptr, *txtIOut = nullptr, *txtIinout = nullptr, *txtList = nullptr;
   QLabel *lblList = nullptr, *lblText = nullptr, *lblHint = nullptr, *lblWarning = nullptr, *lblReport = nullptr;

@@ -146,7 +146,7 @@ void frmDefinitions::layOut() {
   const QList<QWidget*> order{txtIni,    cmdBrowse,  cmdDownload, cmdSubmit,   txtFilter,     lstLanguage, cmdAdd,
                               cmdDuplicate, cmdDelete,  txtDescription, txtExtension, txtFileNames, txtContents, TabStrip1, chkCase, txtKeyword,
                               txtLibrary, txtOperator, txtPlaces, txtQuoted, txtSLC,   txtMLCS,     txtMLCE,     txtText,       txtIin,      txtIOut,
-                              txtIinout, txtHelp,    lst,         cmdAddList,  cmdDeleteList, txtDesc,     txtList,
+                              txtIinout, txtFormatting, txtHelp,    lst,         cmdAddList,  cmdDeleteList, txtDesc,     txtList,
                               cmdApply,  cmdSave,    cmdClose};
   for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
   lstLanguage->setFocus();
@@ -244,13 +244,15 @@ QWidget* frmDefinitions::structureFrame() {
   above(indentGrid, 0, 0, tr("Ind&ent"), txtIin);
   above(indentGrid, 2, 0, tr("&OutDent"), txtIOut);
   above(indentGrid, 4, 0, tr("Bot&h"), txtIinout);
+  txtFormatting = field("txtFormatting", tr("case names, case all, tabs: what has a meaning.\nlines \", raw R\", here <<, rest __END__: what goes on over lines"), 1);
+  above(indentGrid, 6, 0, tr("Formattin&g"), txtFormatting);
   auto* comments = named(new QGroupBox(tr("Comments")), "fraComments");
   auto* commentGrid = new QGridLayout(comments);
   above(commentGrid, 0, 0, tr("Sin&gle Line "), txtSLC);
   above(commentGrid, 2, 0, tr("Mu&lti Line Start"), txtMLCS);
   above(commentGrid, 4, 0, tr("Multi &Line End"), txtMLCE);
 
-  txtPlaces = field("txtPlaces", tr("Where a comment or text sign counts: word #, command # or line *"), 1);
+  txtPlaces = field("txtPlaces", tr("Where a comment or text sign counts: word #, command # or line *;\nescape characters in its texts: plain ' or escape \""), 1);
   above(commentGrid, 6, 0, tr("Sign Plac&es"), txtPlaces);
 
   auto* grid = new QGridLayout(fraStructure);

@@ -9,7 +9,9 @@
 #include "print/CaseFilter.h"
 #include "print/LineTools.h"
 #include "print/Reindent.h"
+#include "print/StandingLines.h"
 #include "text/LineReader.h"
+#include "text/Words.h"
 
 namespace {
 
@@ -114,6 +116,22 @@ qint64 linesThatDiffer(const text::Snapshot& before, const text::Snapshot& after
   return differ + differs;
 }
 
+// Where no blank is to stand for a tab, one does all the same between characters that would become one word or sign.
+QString withoutTabs(const QString& line, int blanks) {
+  if (blanks > 0) return QString(line).replace(u'\t', QString(blanks, u' '));
+  QString out;
+  for (qsizetype i = 0; i < line.size(); ++i) {
+    if (line[i] != u'\t') {
+      out += line[i];
+      continue;
+    }
+    while (i + 1 < line.size() && line[i + 1] == u'\t') ++i;
+    const auto classAt = [](QChar c) { return text::classOf(c.unicode()); };
+    if (!out.isEmpty() && i + 1 < line.size() && classAt(out.back()) != text::CharClass::blank && classAt(out.back()) == classAt(line[i + 1])) out += u' ';
+  }
+  return out;
+}
+
 void ConvertTabstoSpaces(CodeMax& cmx, int blanks) {
   const KeepSearch keep;
   const BusyGuard busy;
@@ -128,11 +146,23 @@ bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, 
   const auto highlighter = LanguageTable::find(language.Name);
   if (!highlighter || !highlighter->valid()) return true;
   text::LineState state = 0;
+  StandingLines strings(highlighter.get(), formatRules(language));   // what begins within a string stays
+  std::vector<text::Token> tokens;
   text::LineReader before(cmx.model()->snapshot());
   std::string_view line;
-  for (qint64 i = 0; i < lines.first && before.next(&line); ++i) state = highlighter->scanLine(line, state, nullptr);
-  return changeLines(cmx, lines,
-      [&](qint64, const QString& old) { return filterCase(old, target, mode, *highlighter, &state); });
+  const auto next = [&](std::string_view bytes) {
+    strings.scan(bytes, &tokens);
+    return strings.stays();
+  };
+  for (qint64 i = 0; i < lines.first && before.next(&line); ++i) {
+    next(line);
+    state = highlighter->scanLine(line, state, nullptr);
+  }
+  return changeLines(cmx, lines, [&](qint64, const QString& old) {
+    const bool stays = next(fromQString(old));
+    QString now = filterCase(old, target, mode, *highlighter, &state);
+    return stays ? old : now;
+  });
 }
 
 // The leading white space of `columns` columns; what stands there already stays.
@@ -149,8 +179,7 @@ bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const cls
   const bool wholeLine = choices.wholeLine;
   const int unit = wholeLine && choices.indentTabs ? cmx.TabSize() : choices.indent - 1;   // by tabs: one a level
   // The plain way takes a word in any letter case, the careful one as the language does.
-  const BlockWords words(language.BlockStart, language.BlockEnd, language.BlockMid, wholeLine && language.isCaseSensitive);
-  if (wholeLine && words.isEmpty()) return true;   // where blanks alone make the blocks they are left alone
+  const BlockWords words = blockWordsOf(language, wholeLine && language.isCaseSensitive);
   const auto highlighter = LanguageTable::find(language.Name);
   // A selection is indented as part of the whole text, so that it goes with the lines around it.
   const auto reader = std::make_shared<LinesInOrder>(cmx);
@@ -161,12 +190,13 @@ bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const cls
       control.bytesDone = i;
       return (*reader)(i);
     };
-    indents = wholeLine ? indentsByWholeLine(source, lines.end, words, unit, highlighter.get(), tabSize)
+    indents = wholeLine ? indentsByWholeLine(source, lines.end, words, unit, highlighter.get(), formatRules(language), tabSize)
                         : indentsByFirstWord(source, lines.end, words, unit);
   });
   return changeLines(cmx, lines,
       [&](qint64 i, const QString& old) {
         const int columns = indents[static_cast<std::size_t>(i)];
+        if (columns == kStays) return old;
         if (!wholeLine) return QString(columns, u' ') + old.mid(leadingLength(old));
         if (leadingLength(old) == old.size()) return QString();
         return leadingFor(old, columns, choices.indentTabs, cmx.TabSize()) + old.mid(leadingLength(old));
@@ -184,8 +214,14 @@ IndentStyle indentStyleOf(const CodeMax& cmx) {
   return detectIndent(beginning, cmx.LineCount(), cmx.TabSize());
 }
 
+BlockWords blockWordsOf(const clsLang& language, bool caseSensitive) {
+  return {language.BlockStart, language.BlockEnd, language.BlockMid, caseSensitive};
+}
+
 bool caseMatters(const FormatChoices& choices, const clsLang* language) {
-  return language && language->isCaseSensitive && (choices.mainCase > 0 || choices.keywordCase > 0);
+  if (!language) return false;
+  const FormatRules rules = formatRules(*language);
+  return (choices.mainCase > 0 && rules.caseOfNames) || (choices.keywordCase > 0 && rules.caseOfAll);
 }
 
 FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices& choices) {
@@ -194,7 +230,13 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     result.error = T::tr("The document is read-only.");
     return result;
   }
-  const bool mayChangeCase = !caseMatters(choices, language) || choices.changeCaseAnyway;
+  const bool tabsMatter = language && formatRules(*language).tabs, blanksMatter = language && blockWordsOf(*language).isEmpty();
+  if (choices.tabs >= 1 && tabsMatter) result.notes += T::tr("A tab is not the same as blanks in %1: the tabs stay.").arg(language->Name);
+  if (choices.indent >= 1 && blanksMatter) result.notes += T::tr("%1 has no block words: the indentation stays.").arg(language->Name);
+  const auto mayChange = [&](CaseTarget target) {
+    const bool names = target == CaseTarget::mainText;
+    return choices.changeCaseAnyway || !caseMatters({.mainCase = names, .keywordCase = !names}, language);
+  };
   const Lines lines = choices.selectionOnly ? selectedLines(cmx) : Lines{0, cmx.LineCount()};
   const text::Snapshot before = cmx.model()->snapshot();
   const StepShown show;
@@ -202,20 +244,20 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
   try {
     std::optional<BusyGuard> busy;   // outlives the block, which tells of the change
     const EditBlock block(cmx);
-    if (choices.tabs >= 1) {
+    if (choices.tabs >= 1 && !tabsMatter) {
       show(T::tr("Processing Tabs"));
-      const QString blanks(choices.tabs - 1, u' ');
-      if (choices.selectionOnly) whole = changeLines(cmx, lines, [&](qint64, const QString& old) { return QString(old).replace(u'\t', blanks); });
-      else ConvertTabstoSpaces(cmx, choices.tabs - 1);
+      const int blanks = choices.tabs - 1;
+      if (choices.selectionOnly || blanks == 0) whole = changeLines(cmx, lines, [&](qint64, const QString& old) { return withoutTabs(old, blanks); });
+      else ConvertTabstoSpaces(cmx, blanks);
     }
     show(T::tr("Applying filter to main text"));
-    if (whole && choices.mainCase > 0 && language && mayChangeCase)
+    if (whole && choices.mainCase > 0 && language && mayChange(CaseTarget::mainText))
       whole = filterLetters(cmx, lines, CaseTarget::mainText, CaseMode(choices.mainCase), *language);
     show(T::tr("Applying filter to keywords"));
-    if (whole && choices.keywordCase > 0 && language && mayChangeCase)
+    if (whole && choices.keywordCase > 0 && language && mayChange(CaseTarget::keywords))
       whole = filterLetters(cmx, lines, CaseTarget::keywords, CaseMode(choices.keywordCase), *language);
     show(T::tr("Processing Indentations"));
-    if (whole && choices.indent >= 1 && language)
+    if (whole && choices.indent >= 1 && language && !blanksMatter)
       whole = reindent(cmx, lines, choices, *language);
     busy.emplace();
     if (!whole) cmx.model()->document().rollbackGroup();

@@ -11,7 +11,7 @@ class clsLang;
 
 // Indices as chosen in the dialog's lists; 0 is "<Ignore>" everywhere.
 struct FormatChoices {
-  int tabs = 0;          // n >= 1: every tab becomes n - 1 blanks, whatever its column
+  int tabs = 0;          // n >= 1: every tab becomes n - 1 blanks, whatever its column; one stays between two words, or two signs
   int mainCase = 0;      // 1 "UpperCase", 2 "LowerCase", 3 "Capitalize": words that are not keywords
   int keywordCase = 0;   // the same for keywords
   int indent = 0;        // n >= 1: re-indent by units of n - 1 blanks
@@ -25,13 +25,16 @@ struct FormatChoices {
 struct FormatResult {
   QString error;               // not empty: nothing was changed
   qint64 linesChanged = 0;
+  QStringList notes;           // steps that were left out, since the language has a meaning for what they change
 };
 
-// True when a chosen case filter would change the letter case of a language that tells upper from lower: to be asked first.
+BlockWords blockWordsOf(const clsLang& language, bool caseSensitive = false);
+
+// True when a chosen case filter would change letter case that has a meaning in the language: to be asked first.
 bool caseMatters(const FormatChoices& choices, const clsLang* language);
 
 // How the text is indented now.
 IndentStyle indentStyleOf(const CodeMax& cmx);
 
-// `language` may be null: the steps that need one are then left out. Sets Modified when the line-end step runs.
+// `language` may be null: the steps that need one are then left out. So is the indentation of a language without block words. Sets Modified when the line-end step runs.
 FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices& choices);

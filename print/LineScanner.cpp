@@ -29,8 +29,9 @@ Pieces LineScanner::scan(const QString& line) {
   const std::string bytes = fromQString(line);
   const std::string_view all(bytes);
   std::vector<text::Token> tokens;
-  if (highlighter_ && highlighter_->valid()) state_ = highlighter_->scanLine(all, state_, &tokens);
+  lines_.scan(all, &tokens);
   Pieces pieces;
+  if (!lines_.isCode()) return pieces;
   std::int64_t behind = -1;   // where the last comment behind code begins
   auto token = tokens.begin();
   for (std::size_t at = 0; at < all.size();) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "control/BlockWords.h"
+#include "print/StandingLines.h"
 #include "text/Highlight.h"
 
 // A run of word characters or one other character of a line's code; a string is one piece that says nothing.
@@ -29,26 +30,22 @@ struct HashOfView {
 class LineScanner {
  public:
   // `highlighter` may be null: then nothing is taken for a comment.
-  LineScanner(const BlockWords& words, const text::Highlighter* highlighter, int tabSize)
-      : words_(words), highlighter_(highlighter), tabSize_(tabSize) {}
+  LineScanner(const BlockWords& words, const text::Highlighter* highlighter, const FormatRules& rules, int tabSize)
+      : words_(words), lines_(highlighter, rules), tabSize_(tabSize) {}
   Pieces scan(const QString& line);   // the next one
-  void restart() { state_ = 0; }
-  bool inComment() const { return start().inside == text::LinePoint::block; }   // the next line begins in one
-  bool inString() const {   // likewise: its blanks belong to the string
-    const text::LinePoint from = start();
-    return from.inside == text::LinePoint::string && from.index != std::string_view::npos;   // else only a command goes on
-  }
+  void restart() { lines_.restart(); }
+  bool inComment() const { return lines_.inComment(); }   // the next line begins in one
+  bool stays() const { return lines_.stays(); }           // the line read last may not be touched
+  bool isCode() const { return lines_.isCode(); }
   int trailingComment() const { return trailing_; }        // the column of the comment behind the last line's code; -1: none
   int columnsOf(const QString& blanks) const;
 
  private:
-  text::LinePoint start() const { return highlighter_ ? highlighter_->startOf(state_) : text::LinePoint{}; }
   const Piece& known(std::string_view bytes, bool isWord);
 
   const BlockWords& words_;
-  const text::Highlighter* const highlighter_;
+  StandingLines lines_;
   const int tabSize_;
-  text::LineState state_ = 0;
   int trailing_ = -1;
   std::unordered_map<std::string, Piece, HashOfView, std::equal_to<>> known_;
 };

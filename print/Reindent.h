@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "control/BlockWords.h"
+#include "language/FormatRules.h"
 #include "text/Highlight.h"
 
 // The widths of open blocks: 61 places; a push beyond stores into the last one, a pop of nothing returns the first.
@@ -36,10 +37,11 @@ std::vector<int> indentsByFirstWord(const LineSource& line, qint64 count, const 
 // Reads the whole line, skips comments and strings: blocks that open behind other words, one-line blocks, "end if", "else begin", open
 // brackets and statements without a block word that go on in the next line. Lines within brackets and comments keep their offset to the
 // line where these began, comments alone go with the code around them. What the text itself does behind a block word throughout - a body
-// of a module at the margin, "when" below "case" - stays (IndentHabits.h). Empty lines get nothing. `highlighter` may be null: then nothing
+// of a module at the margin, "when" below "case" - stays (IndentHabits.h). Empty lines get nothing; lines that begin within a string kStays. `highlighter` may be null: then nothing
 // is taken for a comment.
 std::vector<int> indentsByWholeLine(const LineSource& line, qint64 count, const BlockWords& words, int unit,
-                                    const text::Highlighter* highlighter, int tabSize);
+                                    const text::Highlighter* highlighter, const FormatRules& rules, int tabSize);
+constexpr int kStays = -1;   // instead of a number of blanks: the line begins within a string and stays as it is
 
 // How a text is indented: by tabs where more lines begin with one than with blanks, and the commonest step from line to line.
 struct IndentStyle {

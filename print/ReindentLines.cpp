@@ -13,8 +13,9 @@ constexpr qint64 kLearnt = 20000;   // lines that are read for the text's habits
 
 class WholeLines : private IndentState {
  public:
-  WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, int tabSize, const LineSource& line, qint64 count)
-      : words_(words), unit_(unit), highlighter_(highlighter), scanner_(words, highlighter, tabSize), semicolons_(endsWithSemicolons(line, count)),
+  WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, const FormatRules& rules, int tabSize, const LineSource& line,
+             qint64 count)
+      : words_(words), unit_(unit), highlighter_(highlighter), scanner_(words, highlighter, rules, tabSize), semicolons_(endsWithSemicolons(line, count)),
         habits_(detectIndent(line, count, tabSize).unit, unit) {
     levels_.push_back({.byWord = true});
     learning_ = true;
@@ -30,9 +31,11 @@ class WholeLines : private IndentState {
   }
 
   Placed next(const QString& line) {
-    const bool inComment = scanner_.inComment(), inString = scanner_.inString();
+    const bool inComment = scanner_.inComment();
     const Pieces pieces = scanner_.scan(line);
+    const bool stays = scanner_.stays();
     const int leading = leadingLength(line);
+    if (stays && (pieces.empty() || leading == line.size())) return {Placed::Kind::fixed, kStays, 0};
     if (leading == line.size()) return {};
     const int old = scanner_.columnsOf(line.left(leading));
     const bool ofDirective = directiveGoesOn_, directive = isDirective(line.mid(leading));
@@ -42,12 +45,13 @@ class WholeLines : private IndentState {
     if (directive && (old == 0 || line[leading] == u'#')) return {Placed::Kind::fixed, 0, old};
     if (directive) return {Placed::Kind::comment, old, old};   // goes with the lines around it
     if (pieces.empty()) return {inComment ? Placed::Kind::insideComment : Placed::Kind::comment, old, old};
-    if (!inString && branchOld_ >= 0) enterBranch(old);
-    if (learning_ && !inString) noteHabit(pieces, old);
-    if (!learning_ && !inString) settle(pieces[0], old);
-    const int indent = learning_ || inString ? old : inComment ? std::max(0, old + shift_) : indentOf(pieces, old);
+    if (!stays && branchOld_ >= 0) enterBranch(old);
+    if (learning_ && !stays) noteHabit(pieces, old);
+    if (!learning_ && !stays) settle(pieces[0], old);
+    const int indent = learning_ || stays ? old : inComment ? std::max(0, old + shift_) : indentOf(pieces, old);
     shift_ = indent - old;
     walk(pieces, indent);
+    if (stays) return {Placed::Kind::fixed, kStays, old};
     return {Placed::Kind::code, indent, old};
   }
 
@@ -441,10 +445,10 @@ class WholeLines : private IndentState {
 }  // namespace
 
 std::vector<int> indentsByWholeLine(const LineSource& line, qint64 count, const BlockWords& words, int unit,
-                                    const text::Highlighter* highlighter, int tabSize) {
+                                    const text::Highlighter* highlighter, const FormatRules& rules, int tabSize) {
   std::vector<int> indents;
   indents.reserve(static_cast<std::size_t>(count));
-  WholeLines lines(words, unit, highlighter, tabSize, line, count);
+  WholeLines lines(words, unit, highlighter, rules, tabSize, line, count);
   CommentLines comments(&indents);
   for (qint64 i = 0; i < count; ++i) {
     const Placed placed = lines.next(line(i));

@@ -80,6 +80,7 @@ bool format(CodeMax& cmx, const QString& argument) {
     complaint = say(QT_TRANSLATE_NOOP("Verbs", "Letter case has a meaning in this language and stays; the option anycase changes it."));
   const FormatResult result = FormatIt(cmx, language, choices);
   if (!result.error.isEmpty()) complaint = result.error;
+  else complaint = (QStringList(complaint) + result.notes).join(u'\n').trimmed();
   if (!complaint.isEmpty()) MsgBox(complaint);
   return true;
 }

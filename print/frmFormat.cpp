@@ -46,8 +46,6 @@ const clsLang* languageOf(const frmDocument& document) {
   return index >= 1 && index <= all->Count() ? all->Item(index).get() : nullptr;
 }
 
-BlockWords wordsOf(const clsLang& language) { return {language.BlockStart, language.BlockEnd, language.BlockMid}; }
-
 const QString kCareful = QStringLiteral("FORMATCAREFUL");   // as chosen last, for languages with block words
 
 }  // namespace
@@ -74,6 +72,7 @@ void frmFormat::Form_Load() {
   chkSelection_ = new QCheckBox(tr("Only the &selected lines"));
   chkSelection_->setObjectName(QStringLiteral("chkSelection"));
   lblResult_ = new QLabel;
+  lblResult_->setObjectName(QStringLiteral("lblResult"));
   lblResult_->setTextFormat(Qt::PlainText);
 
   auto* form = new QFormLayout;
@@ -111,7 +110,7 @@ void frmFormat::Form_Load() {
                             document->cmx->GetSel(true).StartLineNo != document->cmx->GetSel(true).EndLineNo);
   chkSelection_->setEnabled(document && document->isSelection());
   const clsLang* language = document ? languageOf(*document) : nullptr;
-  chkWholeLine_->setChecked(language && !wordsOf(*language).isEmpty() && modRegistry::Flag(modRegistry::kGlobalKey, kCareful, true));
+  chkWholeLine_->setChecked(language && !blockWordsOf(*language).isEmpty() && modRegistry::Flag(modRegistry::kGlobalKey, kCareful, true));
   chkIndentTabs_->setChecked(document && indentStyleOf(*document->cmx).tabs);
   connect(chkWholeLine_, &QCheckBox::clicked, this, [this](bool on) {
     modRegistry::SetFlag(modRegistry::kGlobalKey, kCareful, on);
@@ -144,11 +143,6 @@ FormatChoices frmFormat::choices() const {
 }
 
 bool frmFormat::agree(FormatChoices* chosen, const clsLang* language) {
-  const bool blanksAreBlocks = language && wordsOf(*language).isEmpty();
-  if (chosen->indent > 0 && !chosen->wholeLine && blanksAreBlocks &&
-      MsgBox(tr("%1 has no block words: all indentation would be taken away.\nDo you want that?").arg(language->Name), windowTitle(),
-             Icon::exclamation, Buttons::yesNo) != Answer::yes)
-    return false;
   if (!caseMatters(*chosen, language)) return true;
   const auto answer = MsgBox(tr("%1 tells upper from lower case: changing the letter case changes what the text means.\n"
                                 "Do you want to change it all the same?").arg(language->Name),
@@ -175,9 +169,9 @@ void frmFormat::apply(frmDocument& document, const FormatChoices& chosen) {
     MsgBox(result.error, windowTitle());
     return;
   }
-  const QString changed = tr("%n line(s) changed", nullptr, static_cast<int>(result.linesChanged));
+  const QString changed = (QStringList(tr("%n line(s) changed", nullptr, static_cast<int>(result.linesChanged))) + result.notes).join(u'\n');
   lblResult_->setText(changed);
-  SetStatusText(changed);
+  SetStatusText(changed.section(u'\n', 0, 0));
 }
 
 void frmFormat::cmdPreview_Click() {

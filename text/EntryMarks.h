@@ -20,13 +20,16 @@ enum class EntryMark : char {
   name = 4,
   // Of keywords: a word of a library, coloured as the language's own words are.
   library = 5,
+  // Of string delimiters: whether the escape character is the language's, or none or the backslash whatever that is.
+  plain = 6,
+  escape = 7,
 };
 
 inline std::string marked(EntryMark mark, std::string_view entry) { return static_cast<char>(mark) + std::string(entry); }
 
 // Takes the mark from an entry.
 inline EntryMark takeMark(std::string& entry) {
-  if (entry.empty() || entry[0] < static_cast<char>(EntryMark::atWord) || entry[0] > static_cast<char>(EntryMark::library)) return EntryMark::none;
+  if (entry.empty() || entry[0] < static_cast<char>(EntryMark::atWord) || entry[0] > static_cast<char>(EntryMark::escape)) return EntryMark::none;
   const auto mark = static_cast<EntryMark>(entry[0]);
   entry.erase(0, 1);
   return mark;

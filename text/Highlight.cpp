@@ -95,7 +95,7 @@ struct Highlighter::Impl {
     bool wordFirst = false, wordLast = false;
   };
   std::vector<Closer> closers;
-  std::vector<std::string> delimiters;
+  std::vector<std::string> delimiters, escapes;   // with the escape character of each delimiter; empty: none
   std::vector<bool> wholeLine;      // of the delimiters: the string is the rest of its line
   struct StringStops {
     ByteSet upToLf, upToCr;         // the delimiter, the escape character, the break
@@ -154,10 +154,11 @@ Highlighter::Impl::Impl(LanguageTables t)
     addStart(entry, Start::string, delimiters.size());
     plainDelimiters.push_back(s);
     delimiters.push_back(s);
+    escapes.push_back(mark == EntryMark::plain ? std::string() : mark == EntryMark::escape ? std::string("\\") : tables.escapeChar);
     wholeLine.push_back(!starts.empty() && starts.back().place == EntryMark::atLine);
     tickQuotes = tickQuotes || s == "'";
     StringStops stop;
-    for (const char c : {s[0], folds ? lowerAscii(s[0]) : s[0], tables.escapeChar.empty() ? s[0] : tables.escapeChar[0]}) {
+    for (const char c : {s[0], folds ? lowerAscii(s[0]) : s[0], escapes.back().empty() ? s[0] : escapes.back()[0]}) {
       stop.upToLf.add(static_cast<unsigned char>(c));
       stop.upToCr.add(static_cast<unsigned char>(c));
       if (folds && c >= 'a' && c <= 'z') {
@@ -190,7 +191,7 @@ Highlighter::Impl::Impl(LanguageTables t)
 }
 
 void Highlighter::Impl::addStart(std::string sign, Start::Kind kind, std::size_t index) {
-  const EntryMark place = takeMark(sign);
+  const EntryMark mark = takeMark(sign), place = mark <= EntryMark::atLine ? mark : EntryMark::none;
   if (sign.empty() || !validUtf8(sign)) return;
   commands = commands || place == EntryMark::atCommand;
   startSigns.add(sign, static_cast<int>(starts.size()));
@@ -324,7 +325,7 @@ std::size_t Highlighter::Impl::closeEnd(std::string_view s, std::size_t from, st
 std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker, std::size_t limit,
                                          bool* goesOn) const {
   const std::string& delimiter = delimiters[index];
-  const std::string& escape = tables.escapeChar;
+  const std::string& escape = escapes[index];
   const ByteSet& stop = breaker == '\n' ? stops[index].upToLf : stops[index].upToCr;
   const auto same = [&](std::size_t p) {
     if (s.size() - p < delimiter.size()) return false;

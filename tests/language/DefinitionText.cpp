@@ -47,7 +47,7 @@ TEST(DefinitionText, ReadsEverySection) {
   EXPECT_EQ(all,
             "LANGUAGE=Verilog\ncase=yes\nkeywords=module\\r\\nendmodule\\r\\n\noperators=+\\r\\n\ndescription=A\\r\\nB\\r\\n\n"
             "single=//\\r\\n\nstart=/*\\r\\n\nend=*/\\r\\n\nstrings=\"\\r\\n\nextension=vvh\nhelp=$Zelkor/help.html\n"   // joined with nothing between
-            "in=begin\\r\\n\nout=end\\r\\n\nmid=else\\r\\n\nlibrary=\nplaces=\nquoted=\nnames=\ncontents=\n"
+            "in=begin\\r\\n\nout=end\\r\\n\nmid=else\\r\\n\nlibrary=\nplaces=\nquoted=\nnames=\ncontents=\nformatting=\n"
             "list=Edges | posedge\\r\\nnegedge\\r\\n | the edges\n"   // the last description wins
             "macro=Compile | Exe a b\\r\\nExe c\\r\\n | runs it\n"
             "template=case | case | case ($$)\\r\\n\\r\\n  end\\r\\n | a case\n");

@@ -174,7 +174,7 @@ TEST_F(Definitions, EveryFieldWritesThrough) {
       {"txtSLC", &clsLang::SingleComments},     {"txtMLCS", &clsLang::MultiCommentStart}, {"txtMLCE", &clsLang::MultiCommentEnd},
       {"txtIin", &clsLang::BlockStart},         {"txtIOut", &clsLang::BlockEnd},          {"txtIinout", &clsLang::BlockMid},
       {"txtLibrary", &clsLang::LibraryWords},   {"txtPlaces", &clsLang::SignPlaces},      {"txtQuoted", &clsLang::QuotedNames},
-      {"txtContents", &clsLang::Contents}};
+      {"txtContents", &clsLang::Contents},      {"txtFormatting", &clsLang::Formatting}};
   for (const auto& [name, property] : lists) {
     ListField* one = field(name);
     one->selectAll();

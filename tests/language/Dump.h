@@ -31,7 +31,7 @@ inline std::string dump(const clsLang& language, bool withMark = false) {
       {"strings", &clsLang::StringDelims},      {"extension", &clsLang::Extension},   {"help", &clsLang::HelpFile},
       {"in", &clsLang::BlockStart},             {"out", &clsLang::BlockEnd},          {"mid", &clsLang::BlockMid},
       {"library", &clsLang::LibraryWords},      {"places", &clsLang::SignPlaces},     {"quoted", &clsLang::QuotedNames},
-      {"names", &clsLang::FileNames},           {"contents", &clsLang::Contents}};
+      {"names", &clsLang::FileNames},           {"contents", &clsLang::Contents},    {"formatting", &clsLang::Formatting}};
   for (const auto& [name, property] : properties) add(name, {language.*property});
   for (const auto& w : *language.cWordList()) add("list", {w->Name, w->WordList, w->Desc});
   for (const auto& m : *language.cMacros()) add("macro", {m->Name, m->CommandString, m->Desc});

@@ -23,7 +23,7 @@ class ModelMaker {
       l->isCaseSensitive = upTo(1);
       for (QString* text : {&l->Keywords, &l->Operators, &l->Description, &l->SingleComments, &l->MultiCommentStart,
                             &l->MultiCommentEnd, &l->StringDelims, &l->BlockStart, &l->BlockEnd, &l->BlockMid, &l->LibraryWords, &l->SignPlaces,
-                            &l->QuotedNames, &l->Contents})
+                            &l->QuotedNames, &l->Contents, &l->Formatting})
         *text = list();
       for (QString* text : {&l->Extension, &l->FileNames, &l->HelpFile})
         do *text = name();

@@ -69,21 +69,13 @@ TEST_F(FormatDialogs, ApplyFormatsAndKeepsTheDialogOpen) {
   EXPECT_FALSE(dialog.isVisible());
 }
 
-TEST_F(FormatDialogs, BlanksThatMakeBlocksAreAskedAbout) {
+TEST_F(FormatDialogs, BlanksThatMakeBlocksStay) {
   const auto document = text("a.vhd", "if x:\n    y", 2);   // a language without block words
   frmFormat dialog;
   in<QComboBox>(dialog, "cmbIndent").setCurrentIndex(3);
-  boxes.answer(Answer::no);
   dialog.cmdApply_Click();
   EXPECT_EQ(textOf(*document), "if x:\n    y");
-  boxes.answer(Answer::yes);
-  dialog.cmdApply_Click();
-  EXPECT_EQ(textOf(*document), "if x:\ny");
-  document->cmx->ExecuteCmd(129);
-  boxes.answer(Answer::yes);
-  whenUp([](QDialog& up) { up.accept(); });
-  dialog.cmdPreview_Click();
-  EXPECT_EQ(textOf(*document), "if x:\ny") << "asked once, before it is shown";
+  EXPECT_TRUE(in<QLabel>(dialog, "lblResult").text().contains(u"the indentation stays"_s));
 }
 
 TEST_F(FormatDialogs, WithoutADocumentNothingCanBeApplied) {

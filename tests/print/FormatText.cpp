@@ -41,8 +41,9 @@ TEST(FormatText, EachStep) {
     const char *before, *after;
     int lines;   // that changed
   };
-  FormatChoices tabs, main, keys, indent, ends, all, byTabs;
+  FormatChoices tabs, none, main, keys, indent, ends, all, byTabs;
   tabs.tabs = 4;   // 3 blanks for a tab, whatever its column
+  none.tabs = 1;   // but what was apart stays apart
   main.mainCase = 1;
   keys.keywordCase = 3;
   indent.indent = 3;
@@ -59,6 +60,7 @@ TEST(FormatText, EachStep) {
       {tabs, "a\tb\n\tc", "a   b\n   c", 2},
       {main, "begin aB \"aB\" -- aB\nend", "begin AB \"aB\" -- aB\nend", 1},
       {keys, "BEGIN aB\nend", "Begin aB\nEnd", 2},
+      {none, "a\t\tb\t+\t=\t-\n\tc \td\t", "a b+ = -\nc d", 2},
       {indent, "begin\nx\n  end", "begin\n  x\nend", 2},
       {byTabs, "begin\nbegin\n  x;\nend\nend", "begin\n\tbegin\n\t\tx;\n\tend\nend", 3},
       {ends, "begin\nx\nend", "begin\r\nx\r\nend", 2},
@@ -109,7 +111,7 @@ TEST(FormatText, SearchOfThePersonStays) {
   FormatChoices choices;
   choices.tabs = 1;
   FormatIt(cmx, nullptr, choices);
-  EXPECT_EQ(textOf(cmx), "ab");
+  EXPECT_EQ(textOf(cmx), "a b");
   EXPECT_EQ(searchState().findText, QStringLiteral("mine"));
   EXPECT_TRUE(searchState().options.wholeWord);
   searchState() = {};

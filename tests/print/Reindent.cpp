@@ -22,7 +22,10 @@ QStringList lines(const QString& text) { return text.split(u'\n'); }
 
 QString indented(const QStringList& in, const std::vector<int>& indents) {
   QStringList out;
-  for (qsizetype i = 0; i < in.size(); ++i) out << QString(indents[static_cast<std::size_t>(i)], u' ') + in[i].mid(leadingLength(in[i]));
+  for (qsizetype i = 0; i < in.size(); ++i) {
+    const int columns = indents[static_cast<std::size_t>(i)];
+    out << (columns == kStays ? in[i] : QString(columns, u' ') + in[i].mid(leadingLength(in[i])));
+  }
   return out.join(u'\n');
 }
 
@@ -31,9 +34,9 @@ QString plain(const QString& text, const BlockWords& words, int unit) {
   return indented(in, indentsByFirstWord([&](qint64 i) { return in[i]; }, in.size(), words, unit));
 }
 
-QString careful(const QString& text, const BlockWords& words, int unit, const text::Highlighter* highlighter) {
+QString careful(const QString& text, const BlockWords& words, int unit, const text::Highlighter* highlighter, const FormatRules& rules = {}) {
   const QStringList in = lines(text);
-  return indented(in, indentsByWholeLine([&](qint64 i) { return in[i]; }, in.size(), words, unit, highlighter, 8));
+  return indented(in, indentsByWholeLine([&](qint64 i) { return in[i]; }, in.size(), words, unit, highlighter, rules, 8));
 }
 
 QString flat(const QString& text) { return indented(lines(text), std::vector<int>(std::size_t(text.count(u'\n') + 1))); }
@@ -185,6 +188,30 @@ TEST_F(ReindentShipped, TheTextsOwnStyleStays) {
   EXPECT_EQ(careful(body.arg(block("    ", "  "), QString()), words, 4, highlighter.get()).toStdString(), four.toStdString());
   EXPECT_EQ(careful(four, words, 2, highlighter.get()).toStdString(), QString(four).replace(QLatin1String("    "), QLatin1String("  ")).toStdString());
   EXPECT_NE(careful(flat(four), words, 4, highlighter.get()).toStdString(), four.toStdString());
+}
+
+// What stands in texts over several lines belongs to them, as do the words that end them. The code around them goes on as ever.
+TEST_F(ReindentShipped, TextsOverLinesStay) {
+  struct Case {
+    const char *extension, *before, *after;
+  };
+  const Case cases[] = {
+      {"tcl", "proc p {} {\nputs \"a {\n\t \n b\\\"c\n }\"\nset y 2\n}", "proc p {} {\n  puts \"a {\n\t \n b\\\"c\n }\"\n  set y 2\n}"},
+      {"sh", "f() {\necho \"x\n y # \" 'do\n\\' z\necho \\\" don\\'t\nx\n}",
+       "f() {\n  echo \"x\n y # \" 'do\n\\' z\n  echo \\\" don\\'t\n  x\n}"},
+      {"sh", "f() {\ncat <<-'E F' <<B # <<C\n don't {\n\tE F\n fi\n B\nB\necho $((1 << n)) <<<x \"<<Q\"\nx\n}",
+       "f() {\n  cat <<-'E F' <<B # <<C\n don't {\n\tE F\n fi\n B\nB\n  echo $((1 << n)) <<<x \"<<Q\"\n  x\n}"},
+      {"pl", "sub f {\nprint <<\"EOT\" . \"a\";\n  text }\nEOT\nreturn 1 << 2;\n\n=item x\n\n  y {\n\n=cut\n\nreturn 2;\n}\n__END__\n {\n  x",
+       "sub f {\n  print <<\"EOT\" . \"a\";\n  text }\nEOT\n  return 1 << 2;\n\n=item x\n\n  y {\n\n=cut\n\n  return 2;\n}\n__END__\n {\n  x"},
+      {"cpp", "void f() {\na = R\"(x \"{\n \" { )x\"\n)\"; b();\nc = uR\"x({\n)\"\n )x\" \"{\";\nd = \"a\\\n   b\";\ne = R\"(\")\";\ng();\n}",
+       "void f() {\n  a = R\"(x \"{\n \" { )x\"\n)\"; b();\n  c = uR\"x({\n)\"\n )x\" \"{\";\n  d = \"a\\\n   b\";\n  e = R\"(\")\";\n  g();\n}"},
+      {"cmake", "if(A)\nmessage(\"a\n  endif()\n\")\nset(B 1)\nendif()", "if(A)\n  message(\"a\n  endif()\n\")\n  set(B 1)\nendif()"},
+  };
+  for (const auto& c : cases) {
+    const clsLang& language = this->language(QLatin1String(c.extension));
+    const auto highlighter = LanguageTable::find(language.Name);
+    EXPECT_EQ(careful(QLatin1String(c.before), wordsOf(language), 2, highlighter.get(), formatRules(language)).toStdString(), c.after) << c.extension;
+  }
 }
 
 TEST_F(ReindentShipped, LanguagesWhoseBlocksAreBlanksListNoWords) {
