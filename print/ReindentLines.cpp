@@ -38,7 +38,7 @@ class WholeLines : private IndentState {
     if (stays && (pieces.empty() || leading == line.size())) return {Placed::Kind::fixed, kStays, 0};
     if (leading == line.size()) return {};
     const int old = scanner_.columnsOf(line.left(leading));
-    const bool ofDirective = directiveGoesOn_, directive = isDirective(line.mid(leading));
+    const bool ofDirective = directiveGoesOn_, directive = !stays && isDirective(line.mid(leading));
     directiveGoesOn_ = (ofDirective || directive) && line.trimmed().endsWith(u'\\');
     if (ofDirective) return {Placed::Kind::fixed, old, old};   // a macro over several lines stays as it is
     if (directive) chooseBranch(line.mid(leading + 1), old);

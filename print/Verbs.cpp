@@ -171,7 +171,7 @@ qint64 removeDuplicates(CodeMax& cmx) { return RemoveDuplicateLines(cmx); }
 void AddFormatVerbs() {
   using statements::addVerb;
   addVerb("FORMAT", "[tabs=N] [text=CASE] [keywords=CASE] [indent=N] [lineends=unix|windows] [careful] [indenttabs] [selection] [anycase]",
-          "Formats the text: tabs to N blanks, letter case (upper, lower, capitalize), indentation by N (careful: indenttabs indents by one tab a level instead), line ends. "
+          "Formats the text: tabs to N blanks (0: one stays between two words), letter case (upper, lower, capitalize), indentation by N (careful: indenttabs indents by one tab a level instead), line ends. "
           "selection: only the selected lines, without a selection all; line ends are always those of the whole text.", format);
   addVerb("COLUMNIZE", "delimiter [-g] [-c] [-b]",
           "Aligns a delimiter in the selected lines, else in all; -g groups between blank lines, -c code only, -b within the block.", columnize);

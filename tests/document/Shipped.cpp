@@ -9,6 +9,7 @@
 #include "base/Program.h"
 #include "control/LanguageTable.h"
 #include "control/TextModel.h"
+#include "language/FormatRules.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
 #include "tests/support/ScriptedDialogs.h"
@@ -162,6 +163,18 @@ TEST_F(Shipped, FilesHaveTheirLanguages) {
     EXPECT_EQ(manager.Languages()->Item(index)->Name, QLatin1String(file.language)) << file.name;
   }
   EXPECT_EQ(manager.GetLangFromFile(QStringLiteral("LICENCE"), QStringLiteral("text")), 0);
+}
+
+// Where letter case has a meaning the formatter asks. That of names has none in a few languages only.
+TEST_F(Shipped, LetterCaseWithAMeaningIsKnown) {
+  const QSet<QString> folds{QStringLiteral("VHDL"), QStringLiteral("PALASM"), QStringLiteral("SPICE")};
+  const QSet<QString> keywordsFold = folds + QSet<QString>{QStringLiteral("ABEL"), QStringLiteral("UCF constraints"), QStringLiteral("Tool script"),
+      QStringLiteral("Log and transcript"), QStringLiteral("SDF"), QStringLiteral("Assembler")};
+  for (const auto& language : *manager.Languages()) {
+    const FormatRules rules = formatRules(*language);
+    EXPECT_EQ(rules.caseOfNames, !folds.contains(language->Name)) << language->Name.toStdString();
+    EXPECT_EQ(rules.caseOfAll, !keywordsFold.contains(language->Name)) << language->Name.toStdString();
+  }
 }
 
 TEST_F(Shipped, GoldenLines) {

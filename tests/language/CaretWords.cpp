@@ -224,6 +224,10 @@ TEST_F(CaretWords, TemplatesGoInAtTheirPlace) {
     EXPECT_EQ(afterExpansion(c.before), c.after) << c.before;
     expectOneStepFrom(c.before);
   }
+  language->Formatting = q("tabs\r\n");   // a make file: a tab is no blanks, and blanks are no tab
+  hotKey("rule", "all:\n\techo\nifdef A\n  B = 1");
+  EXPECT_EQ(afterExpansion("  x\nrule|"), "  x\nall:\n\techo\nifdef A\n  B = 1|");
+  EXPECT_EQ(afterExpansion("\tx\n\trule|"), "\tx\n\tall:\n\t\techo\n\tifdef A\n\t  B = 1|");
 }
 
 TEST_F(CaretWords, VariablesLeaveFieldsAlone) {

@@ -226,7 +226,7 @@ TEST_F(ReindentShipped, BranchesWithinManyOpenBlocksCostNoCopies) {
   QStringList text;
   for (int i = 0; i < kDepth; ++i) text << QStringLiteral("`ifdef A") << QStringLiteral("begin");
   text << QStringLiteral("x;") << QStringLiteral("`else") << QStringLiteral("y;");
-  const auto indents = indentsByWholeLine([&](qint64 i) { return text[i]; }, text.size(), words, 1, highlighter.get(), 8);
+  const auto indents = indentsByWholeLine([&](qint64 i) { return text[i]; }, text.size(), words, 1, highlighter.get(), {}, 8);
   EXPECT_EQ(indents[2 * kDepth], kDepth);
   EXPECT_EQ(indents[2 * kDepth + 2], kDepth - 1) << "as it was where the branch began";
 }
