@@ -38,6 +38,7 @@ frmCommand::frmCommand(QWidget* parent) : QDialog(parent), field_(new CommandFie
   older_ = buttons->addButton(tr("&Older"), QDialogButtonBox::ActionRole);
   newer_ = buttons->addButton(tr("&Newer"), QDialogButtonBox::ActionRole);
   buttons->addButton(QDialogButtonBox::Close);
+  run_->setObjectName(u"run"_s);
   run_->setDefault(true);
   run_->setToolTip(tr("Ctrl+Enter"));
   older_->setToolTip(tr("Ctrl+Up"));
@@ -75,14 +76,19 @@ void frmCommand::setCommands(const QString& text) { field_->setPlainText(text); 
 void frmCommand::run() {
   const QString text = commands();
   if (text.trimmed().isEmpty()) return;
+  if (mCMXParser::isRunning()) {
+    report_->setText(tr("A command string is running already."));
+    return;
+  }
   remember(text);
   run_->setEnabled(false);
   const mCMXParser::Outcome outcome = mCMXParser::Run(0, 0, text);
   run_->setEnabled(true);
-  field_->markLine(outcome.line);
+  const bool isAsItRan = commands() == text;   // what the user typed meanwhile is the next string
+  if (isAsItRan) field_->markLine(outcome.line);
   switch (outcome.ending) {
     case mCMXParser::Ending::done:
-      setCommands({});
+      if (isAsItRan) setCommands({});
       report_->setText(tr("Done."));
       break;
     case mCMXParser::Ending::invalid:
@@ -93,7 +99,7 @@ void frmCommand::run() {
                                               : tr("Stopped in line %1: %2").arg(outcome.line).arg(outcome.text));
       break;
     case mCMXParser::Ending::refused:
-      report_->setText(mCMXParser::isRunning() ? tr("A command string is running already.") : tr("There is no document to work on."));
+      report_->setText(tr("There is no document to work on."));
       break;
   }
   field_->setFocus();

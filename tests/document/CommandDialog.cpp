@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QTest>
 #include <QTextBlock>
 
@@ -18,6 +19,7 @@
 #include "document/frmCommand.h"
 #include "document/modRegistry.h"
 #include "tests/document/RunFixture.h"
+#include "tests/support/OnceAProgramRuns.h"
 
 using namespace Qt::StringLiterals;
 
@@ -117,6 +119,26 @@ TEST(CommandDialog, KeepsWhatFailsAndRemembersWhatRan) {
   ASSERT_EQ(again.history().size(), 20);
   EXPECT_EQ(again.history()[0], u"ECHO x"_s);
   EXPECT_EQ(again.history()[19], u"ECHO 6"_s);
+}
+
+TEST(CommandDialog, WhatIsTypedDuringARunStays) {
+  OwnSettings settings;
+  RunFrame frame;
+  frmCommand dialog;
+  const QString first = u"SHELL "_s + startee() + u" sleep 200"_s;
+  bool wasRunning = false, couldRun = true;
+  const OnceAProgramRuns meanwhile([&] {
+    wasRunning = mCMXParser::isRunning();
+    dialog.setCommands(u"ECHO next"_s);
+    dialog.run();
+    couldRun = dialog.findChild<QPushButton*>(u"run"_s)->isEnabled();
+  });
+  dialog.setCommands(first);
+  dialog.run();
+  ASSERT_TRUE(wasRunning);
+  EXPECT_FALSE(couldRun) << "one at a time";
+  EXPECT_EQ(dialog.commands(), u"ECHO next"_s);
+  EXPECT_EQ(dialog.history(), QStringList{first});
 }
 
 TEST(CommandDialog, PastingFromAClipboardWithoutOwnerDoesNothing) {
@@ -223,8 +245,7 @@ TEST(CommandDialog, MacrosAndKeysComeBack) {
   keyMacros().set({u"twice"_s, {{0, u"a\n\"b"_s}, {168, 3}}});
   keyMap().bind(QKeySequence(u"Ctrl+Alt+F9"_s), {129, {}});
   const QString macros = keyMacros().toText(), keys = keyMap().toText();
-  CMXRegistry::saveMacros();
-  CMXRegistry::saveHotKeys();
+  CMXRegistry::storeOptions(CodeMax());
   EXPECT_EQ(modRegistry::Flush(), 0);
   keyMacros().remove(u"twice"_s);
   keyMap().restoreDefaults();
