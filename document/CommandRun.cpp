@@ -78,6 +78,8 @@ bool mayStart(CommandRun& run, const QStringList& arguments, bool namedByValue) 
   return !run.stopped;
 }
 
+// A file that was begun and never saved has its place as well.
+bool hasUnsavedFile(const frmDocument& document) { return !document.CurrentFileName().isEmpty() && document.DocumentModified(); }
 bool needsSaving(const frmDocument& document) { return !document.DocumentHasName() || document.DocumentModified(); }
 
 bool saveOne(frmDocument& document) {
@@ -111,7 +113,7 @@ QString toBeSaved(const CommandRun& run, bool all) {
   if (run.document && needsSaving(*run.document)) add(*run.document);
   if (all && frame())
     for (const frmDocument* document : frame()->documents())
-      if (document != run.document && document->DocumentHasName() && document->DocumentModified()) add(*document);
+      if (document != run.document && hasUnsavedFile(*document)) add(*document);
   return names.join(u", "_s);
 }
 
@@ -123,11 +125,13 @@ void saveAll(CommandRun& run, bool evenUntouched) {
   if (run.document && (evenUntouched || run.document->DocumentModified())) save(run);
   if (!frame() || run.stopped) return;
   const QList<frmDocument*> open = frame()->documents();
+  const QPointer<frmDocument> active = frame()->activeDocument();
   for (const QPointer<frmDocument>& document : QList<QPointer<frmDocument>>(open.begin(), open.end())) {   // each may ask, and go meanwhile
-    if (!document || document == run.document || !document->DocumentHasName() || !document->DocumentModified()) continue;
+    if (!document || document == run.document || !hasUnsavedFile(*document)) continue;
     const QString title = document->CurrentFileTitle();
-    if (document->SaveDocumment(document->CurrentFileName())) continue;
-    return run.stop(tr("%1 was not saved").arg(plainForDisplay(title, 100)));
+    const bool saved = document->DocumentHasName() ? document->SaveDocumment(document->CurrentFileName()) : saveOne(*document);
+    if (active && frame()->activeDocument() != active) frame()->activate(active);
+    if (!saved) return run.stop(tr("%1 was not saved").arg(plainForDisplay(title, 100)));
   }
 }
 

@@ -14,7 +14,7 @@ constexpr Verb kVerbs[] = {
     {Code::shellW, "SHELLW", "program arguments", "Starts a program and waits for its end."},
     {Code::onError, "ONERROR", "STOP|CONTINUE", "STOP: a program that fails ends the run. CONTINUE, as at the beginning: the run goes on."},
     {Code::save, "SAVE", "", "Saves the document; the run ends when that fails."},
-    {Code::saveAll, "SAVEALL", "", "Saves the document and all others that are modified and have a file; the run ends when that fails."},
+    {Code::saveAll, "SAVEALL", "", "Saves the document and all others that are modified and have a file name; the run ends when that fails."},
     {Code::logClear, "LOGCLEAR", "", "Empties the log."},
     {Code::logColor, "LOGCOLOR", "", "Colours the log by the document's language."},
     {Code::logEdit, "LOGEDIT", "", "Lets the following edit commands work on the log."},

@@ -313,6 +313,20 @@ TEST(CommandRuns, SaveAllOutlivesADocumentThatGoesWhileABoxAsks) {
   EXPECT_EQ(testing_files::readRaw(folder / "a") + testing_files::readRaw(folder / "c"), "xtext\ntext\n");
 }
 
+TEST(CommandRuns, SaveAllTakesAFileThatWasBegun) {
+  RunFrame frame;
+  testing_files::TempFolder folder;
+  testing_files::writeRaw(folder / "a", "text\n");
+  frame.openFile(QString::fromStdString(folder / "a"));
+  frmDocument begun, untitled;
+  frame.open << &untitled << &begun;
+  begun.beginFile(QString::fromStdString(folder / "new"));
+  for (frmDocument* document : {&begun, &untitled}) document->cmx->ReplaceSel(u"x"_s);
+  EXPECT_EQ(frame.run(u"SAVEALL"_s).ending, Ending::done);
+  EXPECT_EQ(testing_files::readRaw(folder / "new"), "x");
+  EXPECT_EQ(frame.active, frame.document.get()) << "the run goes on where it was";
+}
+
 TEST(CommandRuns, AMacroSavesBeforeItStartsAProgram) {
   ucCM manager;
   manager.Languages()->Add(u"L"_s);
