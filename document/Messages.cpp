@@ -10,15 +10,15 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kLongestNumber = 9;          // digits
-constexpr qsizetype kLongestReport = 1000;   // characters of a line that are looked at for an error
-constexpr qsizetype kLongestLine = 4000;   // what lies behind is no message
+constexpr std::size_t kBeginnings = 16;    // that are tried for the name before one number
 
 // Where a file name that ends at `end` may begin, best first: at the line's start or behind a mark that ends what stands before
-// it (names may hold blanks), else at the last blank.
+// it (names may hold blanks), else at one of the last blanks.
 std::vector<qsizetype> beginnings(const QString& line, qsizetype end) {
   std::vector<qsizetype> starts;
+  const auto isBlank = [](QChar c) { return c == u' ' || c == u'\t'; };
   const auto add = [&](qsizetype at) {
-    while (at < end && (line[at] == u' ' || line[at] == u'\t')) ++at;
+    while (at < end && isBlank(line[at])) ++at;
     if (at < end && std::find(starts.begin(), starts.end(), at) == starts.end()) starts.push_back(at);
   };
   add(0);
@@ -28,8 +28,7 @@ std::vector<qsizetype> beginnings(const QString& line, qsizetype end) {
       add(i + 1);
       break;
     }
-    if (c == u':' && i + 1 < end && line[i + 1] == u' ') add(i + 2);   // "Error: file"
-    if (c == u' ' || c == u'\t') add(i + 1);
+    if (starts.size() < kBeginnings && isBlank(c) && i + 1 < end && !isBlank(line[i + 1])) add(i + 1);   // also "Error: file"
   }
   return starts;
 }
@@ -47,15 +46,14 @@ QString withBytes(const QString& shown) {
   return name + shown.mid(done);
 }
 
-}  // namespace
-
-std::vector<MessagePlace> messagePlaces(const QString& logLine) {
+// The first place in the line that `found` accepts, likelier readings of the same numbers first: "file:12:3", "file:12", "file(12)",
+// "file(12,3)", file", line 12. One is made at a time, as most lines have none and some have very many.
+template <class Found>
+std::optional<MessagePlace> firstPlace(const QString& line, Found found) {
   // The numbers behind a name; the name itself is found from its end.
   static const QRegularExpression numbers(
       u"(?::(\\d{1,%1})(?::(\\d{1,%1}))?(?!\\d))|(?:\\((\\d{1,%1})(?:\\s*,\\s*(\\d{1,%1}))?\\))|(?:[\"']?,\\s+line\\s+(\\d{1,%1})(?!\\d))"_s
           .arg(kLongestNumber));
-  std::vector<MessagePlace> places;
-  const QString line = logLine.left(kLongestLine);
   for (auto matches = numbers.globalMatch(line); matches.hasNext();) {
     const auto match = matches.next();
     const int group = match.capturedStart(1) >= 0 ? 1 : match.capturedStart(3) >= 0 ? 3 : 5;
@@ -69,11 +67,13 @@ std::vector<MessagePlace> messagePlaces(const QString& logLine) {
       place.file = line.mid(begin, end - begin).trimmed();
       place.begin = begin;
       place.length = match.capturedEnd() - begin;
-      if (!place.file.isEmpty()) places.push_back(place);
+      if (!place.file.isEmpty() && found(place)) return place;
     }
   }
-  return places;
+  return std::nullopt;
 }
+
+}  // namespace
 
 bool speaksOfError(QStringView logLine) {
   static const QRegularExpression report(
@@ -82,7 +82,7 @@ bool speaksOfError(QStringView logLine) {
       u"|: \\*[EF],|^@E:"
       u"|:\\((?:report|assertion) failure\\):"
       u"|^[^:]+\\.(?i:vhdl?):\\d+:\\d+:(?!@| ?(?:warning|note|info)\\b)"_s);   // it has a word for all but errors
-  return report.match(logLine.left(kLongestReport).toString()).hasMatch();
+  return report.match(logLine.left(kLongestMessage).toString()).hasMatch();
 }
 
 bool MessageFinder::holds(const QString& folder, const QString& file) {
@@ -94,29 +94,31 @@ bool MessageFinder::holds(const QString& folder, const QString& file) {
   return known->contains(file.section(u'/', 0, 0)) && isRegularFile(QDir(folder).filePath(file));
 }
 
-std::optional<MessagePlace> MessageFinder::find(const QString& logLine) {
-  for (MessagePlace& place : messagePlaces(logLine)) {
-    QString file = place.file;
-    QStringList spellings{file};
-    if (const QString bytes = withBytes(file); bytes != file) spellings << bytes;
-    if (QDir::isAbsolutePath(file)) {
-      for (const QString& spelling : std::as_const(spellings)) {
-        if (!isRegularFile(spelling)) continue;
-        place.file = QDir::cleanPath(spelling);
-        return place;
-      }
-      continue;
+bool MessageFinder::isThere(MessagePlace& place) {
+  QString file = place.file;
+  QStringList spellings{file};
+  if (const QString bytes = withBytes(file); bytes != file) spellings << bytes;
+  if (QDir::isAbsolutePath(file)) {
+    for (const QString& spelling : std::as_const(spellings)) {
+      if (!isRegularFile(spelling)) continue;
+      place.file = QDir::cleanPath(spelling);
+      return true;
     }
+    return false;
+  }
 #ifndef Q_OS_WIN
-    if (file.contains(u'\\')) spellings << file.replace(u'\\', u'/');   // tools that came from another system
+  if (file.contains(u'\\')) spellings << file.replace(u'\\', u'/');   // tools that came from another system
 #endif
-    for (const QString& folder : std::as_const(folders_)) {
-      for (const QString& spelling : spellings) {
-        if (!holds(folder, spelling)) continue;
-        place.file = QDir::cleanPath(QDir(folder).absoluteFilePath(spelling));
-        return place;
-      }
+  for (const QString& folder : std::as_const(folders_)) {
+    for (const QString& spelling : spellings) {
+      if (!holds(folder, spelling)) continue;
+      place.file = QDir::cleanPath(QDir(folder).absoluteFilePath(spelling));
+      return true;
     }
   }
-  return std::nullopt;
+  return false;
+}
+
+std::optional<MessagePlace> MessageFinder::find(const QString& logLine) {
+  return firstPlace(logLine.left(kLongestMessage), [this](MessagePlace& place) { return isThere(place); });
 }

@@ -6,7 +6,6 @@
 #include <QString>
 #include <QStringList>
 #include <optional>
-#include <vector>
 
 struct MessagePlace {
   QString file;                    // as it is written
@@ -14,13 +13,12 @@ struct MessagePlace {
   qsizetype begin = 0, length = 0; // where in the log line file and numbers stand
 };
 
-// What may be a place, likelier readings of the same numbers first: "file:12:3", "file:12", "file(12)", "file(12,3)", file", line 12.
-std::vector<MessagePlace> messagePlaces(const QString& logLine);
+constexpr qsizetype kLongestMessage = 1000;   // characters of a line that are looked at; what lies behind is no message
 
 // The line reports an error, in the words or marks that compilers and simulators have for it. A count of none is no error.
 bool speaksOfError(QStringView logLine);
 
-// Finds the first of them whose file exists, looked up in the folders when its path is relative. A folder is read once in the life of
+// Finds the first place in a line whose file exists, looked up in the folders when its path is relative. A folder is read once in the life of
 // a finder, so that lines that only look like messages cost no call of the system. May be used on any one thread.
 class MessageFinder {
  public:
@@ -29,6 +27,7 @@ class MessageFinder {
 
  private:
   bool holds(const QString& folder, const QString& file);
+  bool isThere(MessagePlace& place);   // its file is absolute then
   QStringList folders_;
   QHash<QString, QSet<QString>> entries_;
 };

@@ -28,7 +28,6 @@ namespace {
 
 constexpr int kGotoLine = 168, kCopy = 198;
 constexpr int kOpenLineTime = 200;              // milliseconds until a line that a program left open is shown
-constexpr qsizetype kLongestReport = 1000;      // characters of a line that are looked at for a place
 constexpr std::int64_t kWalkCost = 32;          // a byte of the log costs as much as so many of a search
 constexpr qsizetype kLongestOpenLine = 1 << 16; // bytes kept back while waiting for its end
 constexpr std::size_t kUndoSteps = 200, kUndoBytes = 16u << 20;
@@ -63,6 +62,12 @@ qsizetype incompleteTail(const QByteArray& bytes) {
     return needed > back ? back : 0;
   }
   return 0;
+}
+
+// As much of a line as may be a message.
+QString beginningOf(const text::Snapshot& log, text::LineNo line) {
+  const text::ByteOffset start = log.lineStart(line);
+  return toQString(log.bytes({start, std::min(log.lineEnd(line), start + 4 * kLongestMessage)})).left(kLongestMessage);
 }
 
 }  // namespace
@@ -247,7 +252,11 @@ bool frmLog::InsertFile() {
   if (chosen.isEmpty()) return false;
   const auto file = std::make_shared<text::LoadedFile>();
   const auto load = [file, name = fromQString(chosen.first())](text::SearchControl& control) { *file = text::loadFile(name, {}, &control); };
-  if (!LongWork::runOrLeave(*this, load, tr("Opening %1").arg(plainForDisplay(chosen.first(), 80))) || !file->error.empty()) return false;
+  if (!LongWork::runOrLeave(*this, load, tr("Opening %1").arg(plainForDisplay(chosen.first(), 80)))) return false;
+  if (!file->error.empty()) {
+    tellOpenError(chosen.first(), toQString(file->error));
+    return false;
+  }
   const QString content = toQString(file->text.bytes());
   cmx->InsertText(toCrLf(shown(content)), CurrentPosition());
   trim();
@@ -345,14 +354,14 @@ bool frmLog::showPlace(frmDocument* document, qint64 line, qint64 column) {
 // Opens the file that the line names; with a column only when that place stands under it.
 bool frmLog::jumpToMessage(qint64 line, qint64 column) {
   if (!frame()) return false;
-  const auto place = MessageFinder(folders()).find(cmx->GetLine(line));
+  const auto place = MessageFinder(folders()).find(beginningOf(cmx->model()->snapshot(), text::LineNo(line)));
   if (!place) return false;
   if (column >= 0 && (column < place->begin || column > place->begin + place->length)) return false;
   return jumpTo(*place, line);
 }
 
 bool frmLog::jumpTo(const MessagePlace& place, qint64 logLine) {
-  if (showPlace(showFile(place.file), place.line - 1, place.column - 1)) SetStatusText(plainForDisplay(cmx->GetLine(logLine), 300));
+  if (showPlace(showFile(place.file), place.line - 1, place.column - 1)) SetStatusText(plainForDisplay(beginningOf(cmx->model()->snapshot(), text::LineNo(logLine)), 300));
   return true;
 }
 
@@ -377,7 +386,7 @@ bool frmLog::walk(int step) {
     static const QRegularExpression listed(u"^(\\d{1,9})(?:,(\\d{1,9}))?: "_s);
     for (; line >= 0 && line < count && found.line < 0 && !control.cancel; line += step) {
       const text::ByteRange whole{log.lineStart(text::LineNo(line)), log.lineEnd(text::LineNo(line))};
-      const QString shown = toQString(log.bytes({whole.begin, std::min(whole.end, whole.begin + kLongestReport)}));
+      const QString shown = beginningOf(log, text::LineNo(line));
       if (streams[std::size_t(line)] == (signed char)(Stream::text)) {
         const auto match = listed.match(shown);
         if (match.hasMatch()) found = {line, {{}, match.captured(1).toLongLong(), match.captured(2).toLongLong(), 0, 0}};

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QElapsedTimer>
 #include <QFile>
 
 #include "control/TextModel.h"
@@ -180,6 +181,10 @@ TEST(Log, MessagesOfToolsAreUnderstood) {
       {u"no place"_s, {}, 0, 0},
       {QString(100000, u'(') + u"1)"_s, {}, 0, 0},
   };
+  QElapsedTimer time;
+  time.start();
+  EXPECT_FALSE(MessageFinder(folders).find(u"a:1 "_s.repeated(100'000)));
+  EXPECT_LT(time.elapsed(), 500) << "numbers without end";
   for (const Case& c : cases) {
     const auto place = MessageFinder(folders).find(c.line);
     ASSERT_EQ(place.has_value(), !c.file.isEmpty()) << qPrintable(c.line.left(100));
@@ -309,7 +314,8 @@ TEST(Log, SavesAndInsertsFiles) {
   dialogs.answerOpen({QString::fromStdString(folder / "in")});
   EXPECT_TRUE(log.InsertFile());
   EXPECT_EQ(log.Text(), u"a\r\nb\r\n1\r\n<U+0002>\r\n"_s);
-  dialogs.answerOpen({}).answerOpen({QString::fromStdString(folder / "no/x.log")});
+  dialogs.answerOpen({}).answerOpen({QString::fromStdString(folder / "no/x.log")}).answer(Answer::ok);
   EXPECT_FALSE(log.InsertFile());
   EXPECT_FALSE(log.InsertFile());
+  EXPECT_TRUE(dialogs.last().text.startsWith(u"File Open Error : "_s)) << qPrintable(dialogs.last().text);
 }
