@@ -213,8 +213,11 @@ bool frmMain::saveAs(frmDocument& document) {
   int entry = filterEntryOf(document);
   const QPointer<frmDocument> alive = &document;
   const QString folder = isInstalled(document.CurrentFileDir()) ? currentFolder() : document.CurrentFileDir();
-  const QString name =
-      frmRegistry::instance().stdSaveFile(tr("Save File"), languages().GetFilterList(), entry, folder, document.CurrentFileTitle());
+  // A text that has a name keeps it as it is written; and there are languages with whole names ("Makefile").
+  const bool giveExtension = document.CurrentFileName().isEmpty() &&
+                             (entry == 1 || languages().Languages()->Item(entry - 1)->FileNames.isEmpty());
+  const QString name = frmRegistry::instance().stdSaveFile(tr("Save File"), languages().GetFilterList(), entry, folder,
+                                                           document.CurrentFileTitle(), giveExtension);
   return !name.isEmpty() && alive && mainSaveDocument(document, fullPath(name));
 }
 

@@ -93,31 +93,36 @@ void readProfile(QWidget& window, const ProfileNames& names) {
   window.setWindowState(states);
 }
 
+// Where the window is when it is neither minimised, maximised nor full screen. Invalid: nobody knows yet.
+QRect normalPlace(const QWidget& window) {
+  return window.isMinimized() || window.isMaximized() || window.isFullScreen() ? window.normalGeometry() : window.geometry();
+}
+
 // The stored place was changed to be shown, and the user left it so: it is good for a larger screen or another scale.
 bool showsStored(const QWidget& window, const ProfileNames& names) {
   if (!GetValue(kGlobalKey, names.width).isValid()) return false;
   const QRect stored = storedPlace(window, names);
   const bool changed = storedScale(window, names) != window.devicePixelRatioF() || onScreen(stored).size() != stored.size();
-  return stored.isValid() && changed && onScreen(stored).size() == window.size();
+  return stored.isValid() && changed && onScreen(stored).size() == normalPlace(window).size();
 }
 
 void writeProfile(const QWidget& window, const ProfileNames& names) {
-  const int state = stateOf(window);
-  if (state == 0 && !showsStored(window, names)) {
-    const QRect place = window.geometry();
+  const QRect place = normalPlace(window);
+  if (place.isValid() && !showsStored(window, names)) {
     SetText(kGlobalKey, names.top, QString::number(place.top()));
     SetText(kGlobalKey, names.left, QString::number(place.left()));
     SetText(kGlobalKey, names.width, QString::number(place.width()));
     SetText(kGlobalKey, names.height, QString::number(place.height()));
     SetText(kGlobalKey, names.scale, QString::number(window.devicePixelRatioF()));
   }
-  SetNumber(kGlobalKey, names.state, state);
+  SetNumber(kGlobalKey, names.state, stateOf(window));
 }
 
 const QString kLogArea = QStringLiteral("logdock"), kLogFloats = QStringLiteral("logfloat"), kLogShown = QStringLiteral("logshown");
-const QString kStatusBar = QStringLiteral("StatusBar"), kToolBar = QStringLiteral("ToolBar"),
+const QString kStatusBar = QStringLiteral("StatusBar"), kToolBar = QStringLiteral("ToolBar"), kTabs = QStringLiteral("Tabs"),
               kDocumentState = QStringLiteral("ewinstate");
 const QString kViewStatusBar = QStringLiteral("mnuViewStatusBar"), kViewToolbar = QStringLiteral("mnuViewToolbar"),
+              kViewTabs = QStringLiteral("mnuViewTabs"),
               kCustom = QStringLiteral("mCustom"), kSeparator = QStringLiteral("-");
 
 // "&" starts a mnemonic in a caption; a name shows its own.
@@ -158,11 +163,11 @@ QStringList frmRegistry::stdOpenFile(const QString& title, const QString& filter
 }
 
 QString frmRegistry::stdSaveFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
-                                 const QString& name) {
+                                 const QString& name, bool giveExtension) {
   FileDialogRequest request{title, filter, filterIndex, folder, name, {}, false, &exactFiles()};
   // The extension has to be known before the dialog asks about overwriting.
   const QString pattern = filter.split(u'|').value(filterIndex * 2 - 1).section(u';', 0, 0);
-  if (pattern.startsWith(QLatin1String("*.")) && pattern != QLatin1String("*.*")) request.defaultExtension = pattern.mid(2);
+  if (giveExtension && pattern.startsWith(QLatin1String("*.")) && pattern != QLatin1String("*.*")) request.defaultExtension = pattern.mid(2);
   const QString chosen = dialogs().saveFile(request);
   filterIndex = request.filterIndex;
   if (!chosen.isEmpty()) followFolder(GetFileDir(chosen));
@@ -203,6 +208,7 @@ void frmRegistry::SaveMDIWindowProfile(ProfiledFrame& frame) {
   writeProfile(*frame.profileWindow(), frameNames());
   SetFlag(kGlobalKey, kStatusBar, frame.isChecked(kViewStatusBar));
   SetFlag(kGlobalKey, kToolBar, frame.isChecked(kViewToolbar));
+  SetFlag(kGlobalKey, kTabs, frame.isChecked(kViewTabs));
   SetNumber(kGlobalKey, kDocumentState, frame.cmxWindowState());
 }
 
@@ -210,6 +216,7 @@ void frmRegistry::getFormWindowProfile(ProfiledFrame& frame) {
   readProfile(*frame.profileWindow(), frameNames());
   frame.setChecked(kViewStatusBar, Flag(kGlobalKey, kStatusBar, frame.isChecked(kViewStatusBar)));
   frame.setChecked(kViewToolbar, Flag(kGlobalKey, kToolBar, frame.isChecked(kViewToolbar)));
+  frame.setChecked(kViewTabs, Flag(kGlobalKey, kTabs, frame.isChecked(kViewTabs)));
   frame.setCmxWindowState(Number(kGlobalKey, kDocumentState, frame.cmxWindowState()));
 }
 
@@ -256,7 +263,9 @@ void frmRegistry::SetupMRUList() {
 void frmRegistry::MRUtoMenu() {
   for (int i = 0; i < kMruEntries; ++i) {
     const bool used = i < mruFile.Count();
-    const QString caption = used ? u'&' + QString::number(i + 1) + u' ' + inMenu(mruFile.Item(i)) : QString();
+    QString number = QString::number(i + 1);
+    number.insert(number.size() - 1, u'&');   // "&1" and, as that has the 1, "1&0"
+    const QString caption = used ? number + u' ' + inMenu(mruFile.Item(i)) : QString();
     SetMDIMenu(mruMenu_, caption, used, i);
   }
   SetMDIMenu(mruMenu_, kSeparator, mruFile.Count() > 0, kMruEntries);

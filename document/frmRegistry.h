@@ -49,9 +49,9 @@ class frmRegistry : public QObject {
   // process's current directory follows the chosen file.
   QStringList stdOpenFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
                           const QString& name, bool multiple = false);
-  // Asks before overwriting. A name without an extension gets the first one of the chosen filter entry, unless that shows all.
-  QString stdSaveFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
-                      const QString& name);
+  // Asks before overwriting. With giveExtension a name without one gets the first of the chosen filter entry, unless that shows all.
+  QString stdSaveFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder, const QString& name,
+                      bool giveExtension = true);
   QString stdHelpFile(const QString& folder);
 
   // Window profiles, below Software\Zelkor Editor\Global.

@@ -179,6 +179,7 @@ TEST_F(Files, SaveAsRenamesOnlyWhenItWorked) {
   frmDocument* document = open("a.v");
   boxes.answerSave(path("no/folder/b.vhd")).answer(Answer::no);
   trigger("mnuFileSaveAs");
+  EXPECT_EQ(boxes.boxes.front().request.defaultExtension, QString()) << "a name may do without";
   EXPECT_EQ(document->CurrentFileName(), path("a.v"));
   EXPECT_EQ(document->LanguageIndex(), 1);
   boxes.answerSave(path("b.vhd"));

@@ -1,5 +1,6 @@
 // The service form: recently-used list, window profile, menus made from data, file dialogs.
 #include <QApplication>
+#include <QKeySequence>
 #include <QScreen>
 
 #include "document/clsRegistry.h"
@@ -14,7 +15,7 @@ class Profile : public DocumentFixture {
  protected:
   Profile() {
     NewKey(kGlobalKey);
-    for (const char* name : {"winTop", "winleft", "winwidth", "winheight", "winstate", "winscale", "StatusBar", "ToolBar", "ewinstate"})
+    for (const char* name : {"winTop", "winleft", "winwidth", "winheight", "winstate", "winscale", "StatusBar", "ToolBar", "Tabs", "ewinstate"})
       SetText(kGlobalKey, q(name), {});
     for (int i = 0; i < 10; ++i) SetText(kGlobalKey, q("MRU%1").arg(i), {});
     service.mruFile.setItems({});
@@ -73,7 +74,7 @@ TEST_F(Profile, ListSurvivesARun) {
 
 TEST_F(Profile, GeometryFollowsTheState) {
   main.window.setGeometry(50, 60, 400, 300);
-  main.checks = {{q("mnuViewStatusBar"), true}, {q("mnuViewToolbar"), false}};
+  main.checks = {{q("mnuViewStatusBar"), true}, {q("mnuViewToolbar"), false}, {q("mnuViewTabs"), false}};
   main.documentState = 2;
   service.SaveMDIWindowProfile(main);
   EXPECT_EQ(Number(kGlobalKey, q("winTop"), -1), 60);
@@ -85,27 +86,30 @@ TEST_F(Profile, GeometryFollowsTheState) {
   EXPECT_EQ(GetValue(kGlobalKey, q("ToolBar")).toString(), q("False"));
   EXPECT_EQ(Number(kGlobalKey, q("ewinstate"), -1), 2);
 
-  for (const auto& [state, number] : {std::pair{Qt::WindowMaximized, 2}, std::pair{Qt::WindowMinimized, 1}}) {
+  for (const auto& [state, number] :
+       {std::pair{Qt::WindowMaximized, 2}, std::pair{Qt::WindowMinimized, 1}, std::pair{Qt::WindowFullScreen, 0}}) {
     main.window.setWindowState(state);
     SetText(kGlobalKey, q("winTop"), q("61"));
     service.SaveMDIWindowProfile(main);
     EXPECT_EQ(Number(kGlobalKey, q("winstate"), -1), number);
-    EXPECT_EQ(Number(kGlobalKey, q("winTop"), -1), 61) << "the last normal place stays";
+    EXPECT_EQ(Number(kGlobalKey, q("winTop"), -1), 60) << "its normal place";
+    EXPECT_EQ(Number(kGlobalKey, q("winwidth"), -1), 400);
   }
 
   FakeFrame next;
-  next.checks = {{q("mnuViewStatusBar"), false}, {q("mnuViewToolbar"), true}};
+  next.checks = {{q("mnuViewStatusBar"), false}, {q("mnuViewToolbar"), true}, {q("mnuViewTabs"), true}};
   SetNumber(kGlobalKey, q("winstate"), 2);
   service.getFormWindowProfile(next);
   EXPECT_TRUE(next.window.isMaximized());
   EXPECT_TRUE(next.checks[q("mnuViewStatusBar")]);
   EXPECT_FALSE(next.checks[q("mnuViewToolbar")]);
+  EXPECT_FALSE(next.checks[q("mnuViewTabs")]);
   EXPECT_EQ(next.documentState, 2);
   SetNumber(kGlobalKey, q("winstate"), 1);
   FakeFrame minimised;
   service.getFormWindowProfile(minimised);
   EXPECT_FALSE(minimised.window.isMinimized()) << "who starts a program wants to see it";
-  EXPECT_EQ(minimised.window.geometry(), QRect(50, 61, 400, 300));
+  EXPECT_EQ(minimised.window.geometry(), QRect(50, 60, 400, 300));
 }
 
 TEST_F(Profile, ASmallScreenOrAnotherScaleKeepsTheSize) {
@@ -185,6 +189,10 @@ TEST_F(ProfileMenus, RecentlyUsed) {
     EXPECT_FALSE(main.menus[q("mnuFileMRU(%1)").arg(i)].visible);
     EXPECT_EQ(main.menus[q("mnuFileMRU(%1)").arg(i)].caption, QString());
   }
+  for (int i = 3; i <= 10; ++i) service.mruFile.AddItem(q("/%1.v").arg(i));
+  QSet<QString> keys;
+  for (int i = 0; i < 10; ++i) keys << QKeySequence::mnemonic(main.menus[q("mnuFileMRU(%1)").arg(i)].caption).toString();
+  EXPECT_EQ(keys.size(), 10) << "each has its own";
   EXPECT_EQ(main.menus[q("mnuFileMRU(10)")].caption, q("-"));
   EXPECT_TRUE(main.menus[q("mnuFileMRU(10)")].visible);
 }
