@@ -223,7 +223,7 @@ void frmMain::editorOptions() {
   stand.hide();
   CMXRegistry::applyTo(stand);
   connect(&stand, &CodeMax::PropsChange, this, [this, &stand] {
-    CMXRegistry::save(stand);
+    CMXRegistry::storeOptions(stand);
     optionsChanged(stand);
   });
   stand.ExecuteProperties();

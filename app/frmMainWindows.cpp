@@ -228,7 +228,7 @@ void frmMain::fillLanguages(QMenu& menu) {
   const auto bind = [this](int index) {
     frmDocument* target = activeDocument();
     if (!target) return;
-    target->SetLanguage(index);
+    target->chooseLanguage(index);
     target->focusWork();
   };
   connect(addChoice(menu, tr("&None"), document->cmx->Language().isEmpty()), &QAction::triggered, this, [bind] { bind(0); });

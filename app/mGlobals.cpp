@@ -1,6 +1,7 @@
 #include "app/mGlobals.h"
 
 #include <QApplication>
+#include <QHash>
 #include <QTimer>
 #include <QUrl>
 #include <cstdio>
@@ -195,12 +196,19 @@ void InitLanguages() {
 }
 
 void ReloadLanguages() {
+  Frame* main = frame();
+  QHash<const frmDocument*, QString> chosen;
+  for (const frmDocument* document : main ? main->documents() : QList<frmDocument*>())
+    if (document->LanguageIsChosen()) chosen[document] = document->cmx->Language();   // empty: none
   RemoveLanguages();
   AddLanguages(*gLangs());
-  Frame* main = frame();
   if (!main) return;
-  for (frmDocument* document : main->documents())
-    document->SetLanguage(languageOfFile(document->CurrentFileTitle(), *document->cmx));
+  for (frmDocument* document : main->documents()) {
+    const auto kept = chosen.constFind(document);
+    const int index = kept == chosen.cend() || kept->isEmpty() ? 0 : languages().GetIndex(*kept);
+    const bool stays = kept != chosen.cend() && (kept->isEmpty() || index > 0);
+    document->SetLanguage(stays ? index : languageOfFile(document->CurrentFileTitle(), *document->cmx));
+  }
   if (frmDocument* active = main->activeDocument()) active->focusWork();
 }
 

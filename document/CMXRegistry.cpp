@@ -130,4 +130,10 @@ void saveHotKeys() {
   modRegistry::SetText(modRegistry::kGlobalKey, u"HOTKEYS"_s, keyMap().toText());
 }
 
+void storeOptions(const CodeMax& control) {
+  save(control);
+  saveHotKeys();
+  saveMacros();
+}
+
 }  // namespace CMXRegistry

@@ -22,4 +22,6 @@ void saveMacros();
 void loadHotKeys();
 void saveHotKeys();
 
+void storeOptions(const CodeMax& control);   // all that the user may have changed in its options: what save, saveHotKeys and saveMacros do
+
 }  // namespace CMXRegistry

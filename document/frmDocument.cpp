@@ -24,6 +24,7 @@
 #include "language/ucCM.h"
 #include "text/FileIo.h"
 #include "text/LineEnds.h"
+#include "text/LineReader.h"
 
 // What all windows on one text share.
 struct frmDocument::Shared {
@@ -33,6 +34,7 @@ struct frmDocument::Shared {
   bool leftInJournal = false;      // closing keeps the journal
   bool protectedFile = false, guarded = false;   // its file, and the text because of that
   int language = 0;
+  bool languageIsChosen = false;
   QString lineComment, blockStart, blockEnd;
   std::int64_t stampTakenNs = 0;   // when the file was last looked at whole
   bool mixedBreaks = false;        // as far as was looked
@@ -418,6 +420,7 @@ void frmDocument::inconsistentDate() {
   };
   if (!look(false)) return;
   if (!now.exists || !now.status.isRegular()) {
+    if (!known->exists) return;  // told already, and it was not there since
     known = text::FileStamp{};   // saving it anew overwrites nobody's work
     cmx->setModified(true);      // nothing but this window holds the text any more
     MsgBox(tr("The source of this file cannot be found, please re-save it"), {}, Icon::exclamation);
@@ -528,9 +531,7 @@ void frmDocument::cmx_SelChange() {
 
 void frmDocument::cmx_PropsChange() {
   if (!cmx->Language().isEmpty()) SetLanguage(languages().GetIndex(cmx->Language()));
-  CMXRegistry::save(*cmx);
-  CMXRegistry::saveHotKeys();
-  CMXRegistry::saveMacros();
+  CMXRegistry::storeOptions(*cmx);
   Frame* main = frame();
   if (!main) return;
   for (frmDocument* document : main->documents())   // who changes an option means the editor, not one window
@@ -614,62 +615,74 @@ void frmDocument::SetLanguage(int index) {
   frmRegistry::instance().CommandstoMenu();
 }
 
+void frmDocument::chooseLanguage(int index) {
+  SetLanguage(index);
+  shared_->languageIsChosen = true;
+}
+
+bool frmDocument::LanguageIsChosen() const { return shared_->languageIsChosen; }
+
 namespace {
 
-// The lines of a selection, and the selection when columns behind `from` on its first and last line move by what was
-// put in (positive) or taken out (negative) there.
-struct LineBlock {
-  CmRange selection;
-  qint64 first, last;
-  QStringList lines;
-
-  explicit LineBlock(const CodeMax& control) : selection(control.GetSel(false)) {
-    const CmRange sorted = control.GetSel(true);
-    first = sorted.StartLineNo;
-    last = sorted.EndLineNo;
-    for (qint64 line = first; line <= last; ++line) lines << control.GetLine(line);
-  }
-  void moved(qint64 line, qint64 from, qint64 by) {
-    const bool keepStart = !selection.IsEmpty();   // a selection from column 0 goes on covering whole lines
-    const auto move = [&](qint64 selectionLine, qint64& column) {
-      if (selectionLine != line || column < from || (keepStart && column == 0)) return;
-      column = std::max(from, column + by);
-    };
-    move(selection.StartLineNo, selection.StartColNo);
-    move(selection.EndLineNo, selection.EndColNo);
-  }
-  void putBack(CodeMax& control) {
-    const EditBlock block(control);
-    control.ReplaceLines(first, lines);
-    control.SetSel(selection);
-  }
-};
+// Makes one edit at most in each line of the selection, as `editOf` says, in one step; a selection from column 0 goes on covering
+// whole lines. An edit stands before all else than blanks and changes the line by `by` columns.
+template <class EditOf>
+void editLines(CodeMax& control, const QString& what, qint64 by, EditOf editOf) {
+  const CmRange sorted = control.GetSel(true);
+  CmRange selection = control.GetSel(false);
+  const text::LineNo first(sorted.StartLineNo), last(sorted.EndLineNo);
+  text::Document& document = control.model()->document();
+  const text::Snapshot text = document.snapshot();
+  const std::uint64_t revision = document.revision();
+  std::vector<text::Edit> edits;
+  const auto work = [&](text::SearchControl& progress) {
+    text::LineReader reader(text, first);
+    std::string_view line;
+    for (text::LineNo at = first; at <= last && !progress.cancel && reader.next(&line); ++at) {
+      progress.bytesDone = reader.start() - text.lineStart(first);
+      if (std::optional<text::Edit> edit = editOf(line, reader.start())) edits.push_back(std::move(*edit));
+    }
+    if (progress.cancel) edits.clear();
+  };
+  LongWork::run(control, text.lineEnd(last) - text.lineStart(first), work, what, true);
+  if (edits.empty() || document.revision() != revision) return;
+  const bool keepStart = !selection.IsEmpty();
+  const auto move = [&](qint64 line, qint64& column) {
+    for (const text::Edit* edit : {&edits.front(), &edits.back()}) {
+      if (text.lineAt(edit->range.begin).value != line) continue;
+      const qint64 from = edit->range.begin - text.lineStart(text::LineNo(line));
+      if (column >= from && !(keepStart && column == 0)) column = std::max(from, column + by);
+      return;
+    }
+  };
+  move(selection.StartLineNo, selection.StartColNo);
+  move(selection.EndLineNo, selection.EndColNo);
+  const EditBlock block(control);
+  document.apply(edits, control.editor().selection());
+  control.SetSel(selection);
+}
 
 }  // namespace
 
 void frmDocument::CommentBlock() {
   const QString& token = shared_->lineComment;
   if (token.isEmpty() || cmx->ReadOnly()) return;
-  LineBlock block(*cmx);
-  for (QString& line : block.lines) line.prepend(token);
-  block.moved(block.first, 0, token.size());
-  if (block.last != block.first) block.moved(block.last, 0, token.size());
-  block.putBack(*cmx);
+  editLines(*cmx, tr("Commenting the lines"), token.size(), [mark = fromQString(token)](std::string_view, text::ByteOffset start) {
+    return std::optional(text::Edit{{start, start}, mark});
+  });
 }
 
 void frmDocument::UnCommentBlock() {
   const QString& token = shared_->lineComment;
   if (token.isEmpty() || cmx->ReadOnly()) return;
-  LineBlock block(*cmx);
-  for (qint64 line = block.first; line <= block.last; ++line) {
-    QString& text = block.lines[line - block.first];
-    const qsizetype at = text.indexOf(token);
-    const auto blank = [](QChar c) { return c == u' ' || c == u'\t'; };
-    if (at < 0 || !std::all_of(text.cbegin(), text.cbegin() + at, blank)) continue;
-    text.remove(at, token.size());
-    if (line == block.first || line == block.last) block.moved(line, at, -token.size());
-  }
-  block.putBack(*cmx);
+  const auto editOf = [mark = fromQString(token)](std::string_view line, text::ByteOffset start) -> std::optional<text::Edit> {
+    const std::size_t code = std::min(line.find_first_not_of(" \t"), line.size());
+    const std::size_t at = line.substr(0, code + mark.size()).find(mark);   // marks may begin with a blank
+    if (at == std::string_view::npos) return std::nullopt;
+    const text::ByteOffset begin = start + std::int64_t(at);
+    return text::Edit{{begin, begin + std::int64_t(mark.size())}, {}};
+  };
+  editLines(*cmx, tr("Uncommenting the lines"), -token.size(), editOf);
 }
 
 QString frmDocument::GetCurrentWord() const { return cmx->HasSelection() ? cmx->SelText() : cmx->CurrentWord(); }

@@ -66,6 +66,8 @@ class frmDocument : public QWidget {
 
   int LanguageIndex() const;                // position in languages(), 0 none
   void SetLanguage(int index);              // out of range counts as 0
+  void chooseLanguage(int index);           // the same by the user's own choice
+  bool LanguageIsChosen() const;            // new definitions do not change it, as long as they have one of its name
   const QString& LineComment() const;       // delimiters of the language last bound; empty when none ever was
   const QString& BlockCommentStart() const;
   const QString& BlockCommentEnd() const;

@@ -93,6 +93,8 @@ TEST_F(StartFrame, ReloadBindsEveryDocumentAnew) {
   frmDocument* a = open("a.v");
   frmDocument* b = open("b.vhd");
   frmDocument* untitled = main->LoadNewDoc();
+  frmDocument* chosen = open("chosen.vhd");
+  chosen->chooseLanguage(2);
   main->activate(b);
   manager.Languages()->Item(1)->Name = q("Renamed");
   manager.Languages()->Item(1)->Extension = q("vhd");
@@ -103,6 +105,7 @@ TEST_F(StartFrame, ReloadBindsEveryDocumentAnew) {
   EXPECT_EQ(a->LanguageIndex(), 2);
   EXPECT_EQ(b->LanguageIndex(), 1);
   EXPECT_EQ(b->cmx->Language().toStdString(), "Renamed");
+  EXPECT_EQ(chosen->cmx->Language(), manager.Languages()->Item(2)->Name) << "by the user, who meant it";
   EXPECT_EQ(untitled->LanguageIndex(), 2) << "an empty entry takes what has no extension";
   EXPECT_EQ(manager.ListLanguage(), 1) << "the active document's, not the last one's";
   EXPECT_FALSE(LanguageTable::contains(q("PASCAL"))) << "the control's own languages are gone";

@@ -328,8 +328,14 @@ TEST_F(Watch, DeclinedOrVanishedTextIsOfferedForSaving) {
   QFile::remove(path("a.v"));
   boxes.answer(Answer::ok);
   document->inconsistentDate();
+  document->inconsistentDate();   // told once as long as it is so
+  write("a.v", "theirs\n");
+  boxes.answer(Answer::no);
+  document->inconsistentDate();
+  QFile::remove(path("a.v"));
   boxes.answer(Answer::ok);
-  document->inconsistentDate();   // said again as long as it is so
+  document->inconsistentDate();
+  EXPECT_EQ(boxes.last().text, q(kGone)) << "it had come back";
   EXPECT_TRUE(document->DocumentModified());
   EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
   EXPECT_EQ(read(path("a.v")), "mine\n");
