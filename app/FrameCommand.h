@@ -18,7 +18,7 @@ enum Fact : unsigned {
   kUndo = 1u << 3,
   kRedo = 1u << 4,
   kClipboard = 1u << 5,     // the clipboard holds text
-  kModified = 1u << 6,      // the active document is modified
+  kUnsaved = 1u << 6,       // the active document is modified, or not on disk yet
   kAnyModified = 1u << 7,   // any document is
   kNamed = 1u << 8,         // the active document has a file
   kSeveral = 1u << 9,       // there are at least two documents

@@ -255,7 +255,7 @@ unsigned frmMain::presentFacts() {
   when(text.HasSelection(), kSelection);
   when(text.CanUndo(), kUndo);
   when(text.CanRedo(), kRedo);
-  when(document->DocumentModified(), kModified);
+  when(isUnsaved(*document), kUnsaved);
   when(document->DocumentHasName(), kNamed);
   when(document->LanguageIndex() > 0, kLanguage);
   when(!document->LineComment().isEmpty(), kLineComment);

@@ -35,8 +35,9 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
 
   // Files.
   frmDocument* LoadNewDoc();
-  void mainOpenFile(const QString& name, bool& ok);
-  void CheckFileStatus(const QString& name, bool& proceed);
+  // Both give the document that was opened or brought forward; null: neither. ok: it was opened.
+  frmDocument* mainOpenFile(const QString& name, bool& ok);
+  frmDocument* CheckFileStatus(const QString& name, bool& proceed);
   void mainFileSave(frmDocument& document, bool& ok);
   bool mainSaveDocument(frmDocument& document, const QString& name);
   void mainFileClose();
@@ -45,6 +46,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void mnuFileSave_Click();
   void mnuFileSaveAs_Click();
   void mnuFileSaveAll_Click();
+  static bool isUnsaved(const frmDocument& document);   // there is something that a save writes
   void mnuFileReload_Click();
   void mnuFileClose_Click();
   void mnuFileCloseAll_Click();
@@ -130,7 +132,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void showEditPopup(const QPoint& globalPosition) override;
   frmLog* log() override;
   void showLog() override;
-  bool openFile(const QString& path) override;
+  frmDocument* openFile(const QString& path) override;
   void showMacro(int language, int macro, const QString& report) override;
 
   // ProfiledFrame

@@ -51,24 +51,24 @@ void frmMain::mnuFileOpen_Click() {
   for (const QString& name : names) openFile(name);
 }
 
-bool frmMain::openFile(const QString& path) {
+frmDocument* frmMain::openFile(const QString& path) {
   bool ok = false;
   const QString name = fullPath(path);
-  mainOpenFile(name, ok);
+  frmDocument* document = mainOpenFile(name, ok);
   if (ok) frmRegistry::instance().mruFile.AddItem(name);
-  return ok;
+  return document;
 }
 
-void frmMain::mainOpenFile(const QString& path, bool& ok) {
+frmDocument* frmMain::mainOpenFile(const QString& path, bool& ok) {
   ok = false;
   const QString name = fullPath(path);
   bool proceed = false;
-  CheckFileStatus(name, proceed);
-  if (!proceed) return;
+  frmDocument* shown = CheckFileStatus(name, proceed);
+  if (!proceed) return shown;
   if (isDialogUp() || QApplication::activeModalWidget()) {
     MsgBox(tr("Cannot open Zelkor Editor as it is awaiting response from a fixed dialog e.g. File open dialog or Print "
               "Preview etc."));
-    return;
+    return nullptr;
   }
   auto document = std::make_unique<frmDocument>();
   bool loaded = false;
@@ -76,35 +76,38 @@ void frmMain::mainOpenFile(const QString& path, bool& ok) {
   if (!loaded) {
     document.reset();
     SetupMenus();
-    return;
+    return nullptr;
   }
   document->SetLanguage(languageOfFile(name, *document->cmx));
   document->setFile(name);
   document->followRights();
-  adopt(document.release());
+  shown = document.release();
+  adopt(shown);
   SetupMenus();
   UpdateEditMenu();
   ok = true;
   emit fileNamed(name);
+  return shown;
 }
 
-void frmMain::CheckFileStatus(const QString& name, bool& proceed) {
+frmDocument* frmMain::CheckFileStatus(const QString& name, bool& proceed) {
   proceed = true;
   QPointer<frmDocument> document = documentOn(name);
-  if (!document) return;
+  if (!document) return nullptr;
   if (document->DocumentModified()) {
     const Answer answer =
         MsgBox(tr("This file is already open and modified. Do you want to revert to this modified version?"),
                document->CurrentFileTitle(), Icon::question, Buttons::yesNoCancel);
     proceed = answer == Answer::no;
-    if (answer != Answer::yes || !document) return;
+    if (answer != Answer::yes || !document) return nullptr;
     // "Revert" means going to the window that holds the changes; nothing is read from disk.
     activate(document);
     windowOf(document)->showNormal();
-    return;
+    return document;
   }
   proceed = false;
   activate(document);
+  return document;
 }
 
 frmDocument* frmMain::documentOn(const QString& name) { return ::documentOn(*this, name); }
@@ -124,10 +127,8 @@ frmDocument* frmMain::beginFile(const QString& name) {
 frmDocument* frmMain::openAt(const QString& path, qint64 line, qint64 column) {
   const QString name = fullPath(path);
   if (!documentOn(name) && fileIsMissing(name)) return beginFile(name);
-  openFile(name);
-  frmDocument* document = activeDocument();
-  if (!document || document != documentOn(name)) return nullptr;
-  if (line > 0) {
+  frmDocument* document = openFile(name);
+  if (document && line > 0) {
     const qint64 row = std::min(line, document->cmx->LineCount()) - 1;
     document->cmx->ExecuteCmd(kGoToLine, row);
     const qint64 at = std::clamp<qint64>(column - 1, 0, document->cmx->GetLineLength(row));
@@ -195,6 +196,9 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
 }
 
 // ---- saving
+
+// A text that is begun or new makes its file also while it is empty.
+bool frmMain::isUnsaved(const frmDocument& document) { return document.DocumentModified() || !document.DocumentHasName(); }
 
 void frmMain::mnuFileSave_Click() { saveActive(); }
 

@@ -307,7 +307,7 @@ void frmMain::goToLine() {
   frmDocument* document = activeDocument();
   if (!document) return;
   const CmPosition now = document->CurrentPosition();
-  const QString prompt = tr("Line number, 1 to %1 (or line:column, +lines, -lines)").arg(document->cmx->LineCount());
+  const QString prompt = tr("Line number, 1 to %1 (or line:column with columns from 1, +lines, -lines)").arg(document->cmx->LineCount());
   const auto answer = InputBox(prompt, tr("Go To Line"), QString::number(now.LineNo + 1));
   if (!answer || !activeDocument()) return;
   static const QRegularExpression form(QStringLiteral("^\\s*([+-]?)(\\d{1,15})(?:\\s*[:,]\\s*(\\d{1,15}))?\\s*$"));
@@ -354,7 +354,7 @@ void frmMain::showTabMenu(frmDocument* document, const QPoint& globalPosition) {
   connect(menu.addAction(tr("Close &All")), &QAction::triggered, this, &frmMain::mnuFileCloseAll_Click);
   menu.addSeparator();
   QAction* save = menu.addAction(tr("&Save"));
-  save->setEnabled(document->DocumentModified());
+  save->setEnabled(isUnsaved(*document));
   connect(save, &QAction::triggered, this, [this, target] {
     bool ok = false;
     if (target) mainFileSave(*target, ok);

@@ -134,7 +134,7 @@ class BatchFrame : public Frame {
   void showEditPopup(const QPoint&) override {}
   frmLog* log() override { return logWindow.get(); }
   void showLog() override {}
-  bool openFile(const QString&) override { return false; }
+  frmDocument* openFile(const QString&) override { return nullptr; }
   void showMacro(int, int, const QString&) override {}
   QString reportsAbout() override { return about; }
 };

@@ -28,7 +28,8 @@ class Frame {
   virtual void showEditPopup(const QPoint& globalPosition) = 0;
   virtual frmLog* log() = 0;                                 // never null in a running program
   virtual void showLog() = 0;
-  virtual bool openFile(const QString& path) = 0;            // mainOpenFile with the recently-used list
+  // mainOpenFile with the recently-used list. The document that was opened or brought forward; null: neither.
+  virtual frmDocument* openFile(const QString& path) = 0;
   // The file of a text that is open or worked on, also by a link to it: nothing but that text is written there.
   virtual bool isInUse(const QString& path);
   virtual void showMacro(int language, int macro, const QString& report) = 0;   // definitions editor at a macro (1-based)

@@ -330,7 +330,7 @@ frmDocument* frmLog::showFile(const QString& path) {
     frame()->activate(document);
     return document;
   }
-  return frame()->openFile(path) ? frame()->activeDocument() : nullptr;
+  return frame()->openFile(path);
 }
 
 QStringList frmLog::folders() const {

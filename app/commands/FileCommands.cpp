@@ -26,7 +26,7 @@ std::span<const FrameCommand> fileCommands() {
        .run = [](frmMain& f) { frmRecovered::offerAgain(f); }},
       {.name = "mnuFileSave", .menu = "mnuFile", .place = 200, .caption = QT_TRANSLATE_NOOP("frmMain", "&Save"),
        .keys = "Ctrl+S", .icon = "document-save", .tip = QT_TRANSLATE_NOOP("frmMain", "Save the document"),
-       .needs = kDocument | kModified, .run = [](frmMain& f) { f.mnuFileSave_Click(); }, .tool = "Save", .toolPlace = 120},
+       .needs = kDocument | kUnsaved, .run = [](frmMain& f) { f.mnuFileSave_Click(); }, .tool = "Save", .toolPlace = 120},
       {.name = "mnuFileSaveAs", .menu = "mnuFile", .place = 210, .caption = QT_TRANSLATE_NOOP("frmMain", "Save &As..."),
        .keys = "Ctrl+Shift+S", .icon = "document-save-as", .needs = kDocument,
        .run = [](frmMain& f) { f.mnuFileSaveAs_Click(); }},

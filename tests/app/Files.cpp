@@ -100,14 +100,14 @@ TEST_F(Files, WriteProtectedFilesOpenGuarded) {
 TEST_F(Files, OpenAlreadyBringsForward) {
   frmDocument* first = open("a.v");
   open("b.v");
-  EXPECT_FALSE(main->openFile(path("a.v")));
+  EXPECT_EQ(main->openFile(path("a.v")), first);
   EXPECT_EQ(main->activeDocument(), first);
   EXPECT_EQ(main->DocCount, 2);
   EXPECT_TRUE(boxes.boxes.empty());
   EXPECT_EQ(frmRegistry::instance().mruFile.Count(), 0);
   // Another way to write the same name.
   QDir(dir.path()).mkdir(q("sub"));
-  EXPECT_FALSE(main->openFile(q("./sub/../b.v")));
+  EXPECT_EQ(main->openFile(q("./sub/../b.v")), main->activeDocument());
   EXPECT_EQ(main->DocCount, 2);
 }
 
@@ -132,6 +132,23 @@ TEST_F(Files, RevertQuestion) {
     EXPECT_EQ(first->cmx->Text(), q("mine")) << "nothing is read from the disk into it";
   }
   EXPECT_EQ(main->activeDocument()->cmx->Text(), q("disk\n"));
+}
+
+// Who asks for a place or for a guard gets the window that the answer led to, and none after Cancel.
+TEST_F(Files, AnAnswerSaysWhichWindowIsMeant) {
+  frmDocument* first = open("a.v", "1\n2\n3\n");
+  first->cmx->setText(q("mine\n2\n3\n"));
+  boxes.answer(Answer::cancel);
+  EXPECT_EQ(main->openAt(path("a.v"), 3, 1), nullptr);
+  EXPECT_EQ(first->CurrentPosition().LineNo, 0);
+  boxes.answer(Answer::no);
+  frmDocument* second = main->openAt(path("a.v"), 3, 1);
+  ASSERT_TRUE(second && second != first);
+  EXPECT_EQ(second->CurrentPosition().LineNo, 2);
+  EXPECT_EQ(first->CurrentPosition().LineNo, 0);
+  boxes.answer(Answer::yes);
+  EXPECT_EQ(main->openAt(path("a.v"), 2, 1), first);
+  EXPECT_EQ(first->CurrentPosition().LineNo, 1);
 }
 
 TEST_F(Files, NothingOpensBehindADialog) {
@@ -262,6 +279,7 @@ TEST_F(Files, ANameThatIsNotThereIsBegun) {
   EXPECT_EQ(document->Caption(), q("new.vhd"));
   EXPECT_EQ(document->LanguageIndex(), 2);
   EXPECT_FALSE(document->DocumentModified());
+  EXPECT_TRUE(enabled("mnuFileSave")) << "a save makes the file, though it is empty";
   EXPECT_EQ(main->openAt(path("sub/new.vhd"), 1, 1), document) << "it is begun once";
   document->inconsistentDate();   // nothing is missed that never was
   document->cmx->setText(q("entity"));

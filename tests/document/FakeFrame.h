@@ -59,7 +59,7 @@ class FakeFrame : public Frame, public ProfiledFrame {
   void showEditPopup(const QPoint&) override { calls << QStringLiteral("popup"); }
   frmLog* log() override { return nullptr; }
   void showLog() override {}
-  bool openFile(const QString&) override { return false; }
+  frmDocument* openFile(const QString&) override { return nullptr; }
   void showMacro(int, int, const QString&) override {}
   std::pair<bool, bool> undoRedo{};
 

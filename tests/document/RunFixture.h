@@ -26,12 +26,12 @@ class RunFrame : public FakeFrame {
   }
   frmLog* log() override { return logWindow.get(); }
   void showLog() override { ++shown; }
-  bool openFile(const QString& path) override {
+  frmDocument* openFile(const QString& path) override {
     opened << path;
     bool loaded = false;
     active->LoadDocument(path, loaded);
     if (loaded) active->setFile(path);
-    return loaded;
+    return loaded ? active : nullptr;
   }
   void showMacro(int language, int macro, const QString& report) override {
     macros << QStringLiteral("%1/%2 %3").arg(language).arg(macro).arg(report);
