@@ -17,7 +17,12 @@
 #include "base/Strings.h"
 #include "control/Rendezvous.h"
 #include "document/frmDocument.h"
+#include "document/mCMXParser.h"
 #include "text/FileIo.h"
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -71,6 +76,21 @@ void tell(const QString& text, const QList<HandOff>& notOpened) {
   MsgBox(shown, QString::fromLatin1(kApplicationTitle), Icon::exclamation);
 }
 
+// The first copy, started in a session of its own: it outlives this one, and Ctrl+C here does not reach it.
+class StartedCopy : public QProcess {
+ public:
+  StartedCopy() {
+#ifdef Q_OS_UNIX
+    setChildProcessModifier([] { ::setsid(); });
+#endif
+    setProcessChannelMode(ForwardedChannels);
+    setStandardInputFile(nullDevice());
+    start(QCoreApplication::applicationFilePath(), {});
+  }
+  ~StartedCopy() override { setProcessState(NotRunning); }   // one that runs is let go, not ended
+  bool hasEnded(int waitMs) { return state() == NotRunning || waitForFinished(waitMs); }
+};
+
 bool goOnWaiting() {
   std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("the running editor does not answer yet")));
   return !windowsAreSeen() || MsgBox(tr("The running editor does not answer. Do you want to go on waiting?"),
@@ -81,7 +101,9 @@ bool goOnWaiting() {
 
 Instance::Instance(frmMain& frame)
     : frame_(frame),
-      Msghook1([this](quint64 connection, const HandOff& handOff) { return Msghook1_Message(connection, handOff); }) {}
+      Msghook1([this](quint64 connection, const HandOff& handOff) { return Msghook1_Message(connection, handOff); }) {
+  Msghook1.actOnlyWhen([] { return !mCMXParser::isBetweenStatements(); });
+}
 
 Instance::~Instance() { resign(); }
 
@@ -104,21 +126,29 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
   place_ = std::make_unique<Rendezvous>(displayName());
   frame_.setWindowTitle(QString::fromLatin1(kApplicationTitle));
   qsizetype next = 0;
-  bool started = false;
+  std::unique_ptr<StartedCopy> started;
   for (int waited = 0; place_->usable(); waited += kRetryMs) {
     if (!started && place_->becomeFirst()) {
       if (!waits || standAlone) break;
       place_->resign();
-      started = QProcess::startDetached(QCoreApplication::applicationFilePath(), {});
-      if (!started) waits = false;
+      started = std::make_unique<StartedCopy>();
       continue;
     }
     if (standAlone) return Role::first;
     switch (HandOffCommandLine(place_->socketPath(), commandLines, &next)) {
       case HandOffAnswer::acted: return Role::handedOver;
+      case HandOffAnswer::ended:   // who waits is a program, and no box should stop it
+        std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("the editor ended before the files were closed")));
+        return Role::failed;
       case HandOffAnswer::gone:
         if (waited < (started ? kProgramStartMs : kStartWaitMs)) {
-          QThread::msleep(kRetryMs);
+          if (!started) {
+            QThread::msleep(kRetryMs);
+          } else if (started->hasEnded(kRetryMs)) {
+            std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("the editor that was started for this ended; this one takes its place")));
+            started.reset();
+            waits = false;
+          }
           continue;
         }
         aloneBecause_ = tr("This editor stands alone: another one is running, but cannot be reached");
@@ -155,7 +185,7 @@ HandOffAnswer Instance::HandOffCommandLine(const QString& socket, const QList<Ha
     waitedFor += all[*next].wait;
   }
   while (waitedFor-- > 0)
-    if (!sender.waitForClosed()) break;   // it ended: nothing is open there any more
+    if (!sender.waitForClosed()) return HandOffAnswer::ended;
   return HandOffAnswer::acted;
 }
 
@@ -172,11 +202,15 @@ HandOffReply Instance::Msghook1_Message(quint64 connection, const HandOff& handO
   if (!document) return {HandOffAnswer::acted, false};   // the person at this copy has been told
   if (handOff.readOnly) document->cmx->setReadOnly(true);
   if (!handOff.wait) return {HandOffAnswer::acted, false};
-  waiting_.insert(document, connection);
+  waiting_.insert(document->cmx->model().get(), connection);
   return {HandOffAnswer::acted, true};
 }
 
 void Instance::documentClosed(frmDocument* document) {
-  for (const quint64 connection : waiting_.values(document)) Msghook1.tellClosed(connection);
-  waiting_.remove(document);
+  if (document->isLeftInJournal()) return;   // the program ends, and who waits hears that it did
+  const TextModel* text = document->cmx->model().get();
+  for (const frmDocument* other : frame_.documents())
+    if (other != document && other->cmx->model().get() == text) return;   // a further window on it
+  for (const quint64 connection : waiting_.values(text)) Msghook1.tellClosed(connection);
+  waiting_.remove(text);
 }

@@ -9,6 +9,7 @@
 #include "control/Msghook.h"
 
 class Rendezvous;
+class TextModel;
 class frmDocument;
 class frmMain;
 
@@ -28,9 +29,9 @@ class Instance {
   bool HookCopyData();
   QString socketPath() const;
   // Brings the copy at a socket forward and gives it the command lines from *next on, which counts on. `gone`: nobody is there, or
-  // who was there ended before it had acted on number *next.
+  // who was there ended before it had acted on number *next; `ended`: it ended before the files that are waited for were closed.
   static HandOffAnswer HandOffCommandLine(const QString& socket, const QList<HandOff>& commandLines, qsizetype* next);
-  void documentClosed(frmDocument* document);   // tells who waits for it
+  void documentClosed(frmDocument* document);   // tells who waits for its text
   void resign();                                // at the end: from now on another copy may be first
 
  private:
@@ -40,5 +41,5 @@ class Instance {
   std::unique_ptr<Rendezvous> place_;
   QString aloneBecause_;
   Msghook Msghook1;
-  QMultiHash<const frmDocument*, quint64> waiting_;
+  QMultiHash<const TextModel*, quint64> waiting_;   // connections to tell when the last window on a text goes
 };

@@ -11,6 +11,7 @@
 #include "control/LongWork.h"
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
+#include "document/mCMXParser.h"
 
 #ifdef Q_OS_UNIX
 #include <fcntl.h>
@@ -79,13 +80,14 @@ void SessionEnd::endWanted() {
 // Also runs while the question is up that a call further out asks: what could not be written then may be written by now.
 void SessionEnd::tryToEnd(int patienceMs) {
   if (LongWork::cancelRunning()) return;   // the command that waits for it has to return before its text may go
+  if (mCMXParser::isRunning()) return mCMXParser::Stop();   // the same
   if (frame_.endFromOutside(patienceMs) || !isDialogUp()) again_.stop();
 }
 
 bool SessionEnd::sessionEnds(bool mayAsk) {
   // Whatever comes next, a kill after the patience of the system's too: the texts are in their journals.
   if (RecoverySession* session = RecoverySession::current()) session->holdAll();
-  unasked_ = !mayAsk || isDialogUp();
+  unasked_ = !mayAsk || isDialogUp() || mCMXParser::isRunning();
   if (unasked_) return true;
   const bool agreed = frame_.agreeToEnd();
   QTimer::singleShot(kAnswerMs, &frame_, [frame = &frame_] {

@@ -13,6 +13,7 @@ namespace {
 const QLatin1String kForm("zelkor2");
 constexpr int kMostConnections = 1000;
 constexpr int kConnectMs = 1000;
+constexpr int kActAgainMs = 50;
 const QString kTaken = QStringLiteral("taken"), kActed = QStringLiteral("acted"), kBusy = QStringLiteral("busy"), kRefused = QStringLiteral("refused"),
               kClosed = QStringLiteral("closed");
 
@@ -136,6 +137,7 @@ void Msghook::read(quint64 id) {
     bytes.remove(0, qsizetype(length) + 4);
     waiting_.append({id, handOff});
     connection->spoke = true;
+    answer(*connection, kTaken);   // acting may have to wait, or ask the person something: it takes as long as it takes
   }
   // Who has said nothing, or half of something, has so long for it; one that waits for an answer may wait.
   if (bytes.isEmpty() && connection->spoke) connection->deadline.stop();
@@ -146,9 +148,12 @@ void Msghook::read(quint64 id) {
 void Msghook::actOnNext() {
   // Acting may open a box, and then the next message is acted on while this call still stands; the handler says "busy".
   while (!waiting_.isEmpty()) {
+    if (!mayAct_()) {
+      QTimer::singleShot(kActAgainMs, this, &Msghook::actOnNext);
+      return;
+    }
     const auto [id, handOff] = waiting_.takeFirst();
     if (!connections_.contains(id)) continue;
-    answer(*connections_.value(id), kTaken);   // acting may ask the person something, which takes as long as it takes
     const HandOffReply reply = message_(id, handOff);
     const auto connection = connections_.value(id);
     if (!connection) continue;

@@ -26,8 +26,8 @@ struct HandOff {
 };
 
 // gone: nobody is there, or the receiver ended; silent: it is there, but has not taken the message and the sender's person waits
-// no longer.
-enum class HandOffAnswer { acted, busy, refused, gone, silent };
+// no longer; ended: it acted, but ended before it told that what is waited for was closed.
+enum class HandOffAnswer { acted, busy, refused, gone, silent, ended };
 struct HandOffReply {
   HandOffAnswer answer = HandOffAnswer::acted;
   bool willTell = false;   // acted with wait: the sender is told by Msghook::tellClosed
@@ -44,6 +44,8 @@ class Msghook : public QObject {
   ~Msghook() override;
 
   bool listen(const QString& path);   // false: errorString() says why. A file left there by a dead copy is removed.
+  // Messages are taken but not acted on while `mayAct` says no; it is asked again and again.
+  void actOnlyWhen(std::function<bool()> mayAct) { mayAct_ = std::move(mayAct); }
   void setDeadline(int ms) { deadlineMs_ = ms; }   // for a message to be complete; 5 s at first
   void stop();                        // hangs up on all; senders then look for who comes next
   QString errorString() const { return server_.errorString(); }
@@ -58,9 +60,10 @@ class Msghook : public QObject {
   void actOnNext();
 
   Handler message_;
+  std::function<bool()> mayAct_ = [] { return true; };
   QLocalServer server_;
   QHash<quint64, std::shared_ptr<Connection>> connections_;
-  QList<std::pair<quint64, HandOff>> waiting_;   // complete messages in the order in which they came
+  QList<std::pair<quint64, HandOff>> waiting_;   // complete messages in the order in which they came; their senders know
   quint64 lastId_ = 0;
   int deadlineMs_ = 5000;
 };

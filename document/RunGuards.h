@@ -39,6 +39,7 @@ class RunInput : public QObject {
     touched_ = false;
   }
   void lookIn();               // often: lets the windows paint and hears Esc when enough time has gone by
+  bool isLooking() const { return looking_; }
 
  signals:
   void escape();

@@ -388,6 +388,8 @@ bool frmDocument::mayEnd() const {
 
 void frmDocument::leaveInJournal() { shared_->leftInJournal = mayEnd() && cmx->Modified() && !allAgreed(); }
 
+bool frmDocument::isLeftInJournal() const { return shared_->leftInJournal; }
+
 bool frmDocument::CancelSaveFile() {
   if (!cmx->Modified()) return false;
   const OwnBox box(*this);

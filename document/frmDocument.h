@@ -78,6 +78,7 @@ class frmDocument : public QWidget {
   bool mayEnd() const;                      // nothing is lost: not modified, agreed to, or the journal has the whole text
   // Where only the journal has the text: closing will neither ask nor let go of the journal, so that the next start offers it.
   void leaveInJournal();
+  bool isLeftInJournal() const;
   // Asks what closing would ask; true: closing will not ask any more, unless the text changes. Closing several windows asks
   // for all of them first, so that a cancelled end leaves every window as it was (withdrawClose).
   bool agreeToClose();

@@ -278,6 +278,7 @@ Outcome Run(int language, int macro, const QString& commands) {
 }
 
 bool isRunning() { return current != nullptr; }
+bool isBetweenStatements() { return current && current->input && current->input->isLooking(); }
 
 void Stop() {
   if (!current) return;

@@ -27,6 +27,7 @@ struct Outcome {
 // other texts. A failing macro is opened in the definitions editor.
 Outcome Run(int language, int macro, const QString& commands);
 bool isRunning();
+bool isBetweenStatements();                  // events come in while the text is half done: nothing may open, close or read one
 void Stop();                                 // ends the run at the next statement, with the program that it waits for
 
 // The pieces of a run, of use elsewhere (print headers, tool commands).

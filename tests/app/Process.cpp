@@ -116,6 +116,28 @@ TEST_F(ProcessRun, WaitReturnsWhenTheCopyEnds) {
   EXPECT_EQ(waiting.exitCode(), 0);
 }
 
+// Nothing was closed where the editor died; where it dies before it was there, who asked for it takes its place.
+TEST_F(ProcessRun, WaitTellsThatTheEditorDied) {
+  const auto childOf = [](const QProcess& process) {
+    QFile list(q("/proc/%1/task/%1/children").arg(process.processId()));
+    return list.open(QIODevice::ReadOnly) ? pid_t(list.readAll().trimmed().toInt()) : 0;
+  };
+  const QString a = write(q("a.v"));
+  ReadFiles read(dir_.path());
+  QProcess& waiting = start({q("--wait"), a});
+  ASSERT_TRUE(spinUntil([&] { return childOf(waiting) > 0; }, kPatience));
+  ::kill(childOf(waiting), SIGKILL);
+  EXPECT_TRUE(spinUntil([&] { return read.has(a); }, kPatience));
+  EXPECT_TRUE(waiting.readAllStandardError().contains("the editor that was started for this ended"));
+  QProcess& second = start({q("--wait"), write(q("b.v"))});
+  EXPECT_TRUE(spinUntil([&] { return read.has(q("b.v")); }, kPatience));
+  QThread::msleep(300);
+  waiting.kill();
+  EXPECT_TRUE(second.waitForFinished(kPatience));
+  EXPECT_EQ(second.exitCode(), 1);
+  EXPECT_TRUE(second.readAllStandardError().contains("the editor ended before the files were closed"));
+}
+
 TEST_F(ProcessRun, SignalsEndItWithItsSettings) {
   for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
     QProcess& process = startFirst();

@@ -7,6 +7,7 @@
 
 #include "control/LongWork.h"
 #include "document/Recovery.h"
+#include "document/mCMXParser.h"
 #include "language/frmDefinitions.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"
@@ -105,6 +106,21 @@ TEST_F(SessionEndRun, ASearchUnderWayReturnsBeforeItsTextGoes) {
   EXPECT_EQ(main->documents().size(), 1);
   EXPECT_FALSE(ended);
   EXPECT_TRUE(QTest::qWaitFor([&] { return ended; }, 60'000));
+}
+
+TEST_F(SessionEndRun, ARunUnderWayReturnsBeforeItsTextGoes) {
+  frmDocument* document = open("one.v");
+  bool ended = false, told = false;
+  QObject::connect(main.get(), &frmMain::ended, [&] { ended = true; });
+  QMetaObject::invokeMethod(&end, [&] {
+    end.endWanted();
+    told = true;
+    EXPECT_EQ(main->documents(), QList{document});
+  }, Qt::QueuedConnection);
+  EXPECT_EQ(mCMXParser::Run(0, 0, q("cmdINSERTCHAR some text\n").repeated(200'000)).ending, mCMXParser::Ending::stopped);
+  EXPECT_TRUE(told);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return ended; }, 60'000));
+  EXPECT_EQ(journals(), 1);
 }
 
 TEST_F(SessionEndRun, ChangedDefinitionsAreAskedAboutAndStayingTakesAllBack) {

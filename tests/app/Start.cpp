@@ -1,6 +1,7 @@
 // The start of the program: arguments, command lines, the search for a window, languages and settings at start and end.
 #include <QDir>
 #include <QRegularExpression>
+#include <atomic>
 
 #include "app/Arguments.h"
 #include "app/HandbookWindow.h"
@@ -8,6 +9,7 @@
 #include "app/mGlobals.h"
 #include "base/Program.h"
 #include "control/LanguageTable.h"
+#include "document/mCMXParser.h"
 #include "tests/app/FrameFixture.h"
 
 namespace {
@@ -117,11 +119,11 @@ TEST_F(StartFrame, BusyWhileADialogIsUp) {
   Instance first(*main);
   ASSERT_EQ(first.CheckPrevInst({}, false, false), Instance::Role::first);
   EXPECT_EQ(main->windowTitle().toStdString(), kApplicationTitle);
-  const auto hand = [&](bool wait) {
+  const auto hand = [&] {
     HandOffAnswer answer = HandOffAnswer::gone;
     std::unique_ptr<QThread> sender(QThread::create([&] {
       qsizetype next = 0;
-      answer = Instance::HandOffCommandLine(first.socketPath(), {HandOff{file, {}, true, wait, false}}, &next);
+      answer = Instance::HandOffCommandLine(first.socketPath(), {HandOff{file, {}, true, false, false}}, &next);
     }));
     sender->start();
     while (!sender->isFinished()) FrameFixture::wait(2);
@@ -129,12 +131,51 @@ TEST_F(StartFrame, BusyWhileADialogIsUp) {
   };
   {
     const ModalGuard dialog;
-    EXPECT_EQ(hand(false), HandOffAnswer::busy);
+    EXPECT_EQ(hand(), HandOffAnswer::busy);
     EXPECT_EQ(main->DocCount, 0);
   }
-  EXPECT_EQ(hand(false), HandOffAnswer::acted);
+  EXPECT_EQ(hand(), HandOffAnswer::acted);
   ASSERT_EQ(main->DocCount, 1);
   EXPECT_TRUE(main->activeDocument()->cmx->ReadOnly());
+  // Who waits does so for the text, not for one of its windows.
+  QObject::connect(main.get(), &frmMain::documentClosed, [&](frmDocument* document) { first.documentClosed(document); });
+  std::atomic<bool> acted = false, closed = false;
+  std::unique_ptr<QThread> sender(QThread::create([&] {
+    MsgSender one;
+    acted = one.connectTo(first.socketPath()) && one.send({file, {}, true, true, false}) == HandOffAnswer::acted;
+    closed = acted && one.waitForClosed();
+  }));
+  sender->start();
+  ASSERT_TRUE(spinUntil([&] { return acted || sender->isFinished(); }));
+  main->newWindow();
+  trigger("mnuFileClose");
+  EXPECT_EQ(main->DocCount, 1);
+  FrameFixture::wait(100);
+  EXPECT_FALSE(closed);
+  trigger("mnuFileClose");
+  EXPECT_TRUE(spinUntil([&] { return sender->isFinished(); }));
+  EXPECT_TRUE(closed);
+}
+
+// Between two statements the text is half done: what is handed over is opened when the run has ended.
+TEST_F(StartFrame, AHandOffWaitsForTheEndOfARun) {
+  const QString file = write("a.v");
+  frmDocument* document = open("b.v");
+  Instance first(*main);
+  ASSERT_EQ(first.CheckPrevInst({}, false, false), Instance::Role::first);
+  std::atomic<bool> acted = false;
+  std::unique_ptr<QThread> sender(QThread::create([&] {
+    MsgSender one;
+    acted = one.connectTo(first.socketPath()) && one.send({file, {}, false, false, false}) == HandOffAnswer::acted;
+  }));
+  sender->start();
+  QTimer::singleShot(500, main.get(), &mCMXParser::Stop);
+  EXPECT_EQ(mCMXParser::Run(0, 0, q("cmdINSERTCHAR x\n").repeated(1'000'000)).ending, mCMXParser::Ending::stopped);
+  EXPECT_EQ(main->documents(), QList{document});
+  EXPECT_TRUE(spinUntil([&] { return sender->isFinished(); }));
+  EXPECT_TRUE(acted);
+  EXPECT_EQ(main->DocCount, 2);
+  document->cmx->setModified(false);
 }
 
 TEST_F(StartFrame, WebPagesNeedAHome) {
