@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <set>
 
+#include "app/Options.h"
 #include "app/mGlobals.h"
 #include "base/Strings.h"
 #include "control/FileNames.h"
@@ -188,42 +189,23 @@ bool asksForPdf(const QStringList& arguments) {
 
 PrintArguments parsePrintArguments(const QStringList& arguments, PrintSettings* settings) {
   PrintArguments parsed;
-  bool onlyFiles = false;
   const QStringList options = arguments.mid(0, arguments.indexOf(QLatin1String("--")));
   parsed.help = options.contains(QLatin1String("--help")) || options.contains(QLatin1String("-h"));
   if (parsed.help) return parsed;
-  for (qsizetype i = 0; i < arguments.size(); ++i) {
-    const QString& argument = arguments[i];
-    if (onlyFiles || !argument.startsWith(u'-')) {
-      parsed.files << argument;
-      continue;
-    }
-    if (argument == QLatin1String("--")) {
-      onlyFiles = true;
-      continue;
-    }
-    const QString name = argument.section(u'=', 0, 0);
-    const auto* plain = std::find_if(std::begin(kSwitches), std::end(kSwitches), [&](const Switch& o) { return argument == QLatin1String(o.name); });
-    if (plain != std::end(kSwitches)) {
-      plain->set(*settings);
-      continue;
-    }
-    const auto* valued = std::find_if(std::begin(kValues), std::end(kValues), [&](const ValueOption& o) { return name == QLatin1String(o.name); });
-    const bool output = name == QLatin1String(kPrint), definitions = name == QLatin1String(kDefinitions);
-    if (valued == std::end(kValues) && !output && !definitions) {
-      parsed.error = tr("unknown option %1").arg(argument);
-      return parsed;
-    }
-    if (!argument.contains(u'=') && i + 1 == arguments.size()) {
-      parsed.error = tr("%1 needs a value").arg(name);
-      return parsed;
-    }
-    const QString value = argument.contains(u'=') ? argument.section(u'=', 1) : arguments[++i];
-    if (output) parsed.output = value;
-    else if (definitions) parsed.definitions = value;
-    else if (!valued->set(*settings, value)) parsed.error = tr("%1: %2 is not understood").arg(name, value);
+  const Options given = takeApart(arguments, namesOf(kSwitches), namesOf(kValues) + QStringList{QLatin1String(kPrint), QLatin1String(kDefinitions)});
+  parsed.files = given.files;
+  parsed.error = given.error;
+  for (const Options::Given& one : given.given) {   // of two that contradict each other the later one holds
     if (!parsed.error.isEmpty()) return parsed;
+    const auto isIt = [&](const auto& row) { return one.name == QLatin1String(row.name); };
+    const auto* plain = std::find_if(std::begin(kSwitches), std::end(kSwitches), isIt);
+    const auto* valued = std::find_if(std::begin(kValues), std::end(kValues), isIt);
+    if (plain != std::end(kSwitches)) plain->set(*settings);
+    else if (valued != std::end(kValues) && !valued->set(*settings, one.value)) parsed.error = tr("%1: %2 is not understood").arg(one.name, one.value);
   }
+  parsed.output = given.value(kPrint);
+  parsed.definitions = given.value(kDefinitions);
+  if (!parsed.error.isEmpty()) return parsed;
   if (parsed.output.isEmpty()) parsed.error = tr("--print-pdf needs the PDF file or a folder");
   else if (parsed.files.isEmpty()) parsed.error = tr("--print-pdf needs a file to print");
   return parsed;

@@ -24,7 +24,7 @@ TEST(PrintPdf, Options) {
   EXPECT_NEAR(s.layout.margins(QPageLayout::Millimeter).bottom(), 40, 0.5);
   EXPECT_EQ(s.columns, 2);
   EXPECT_TRUE(s.firstPage == 2 && s.lastPage == 0 && s.text.TabSize == 3 && s.text.WrapMark);
-  for (const char* wrong : {"--print-pdf", "--print-pdf a.pdf", "a.v", "--print-pdf a.pdf --nonsense a.v", "--print-pdf a.pdf --columns 3 a.v",
+  for (const char* wrong : {"--print-pdf", "--print-pdf a.pdf", "a.v", "--print-pdf a.pdf --header= a.v", "--print-pdf a.pdf --columns 1 --columns 2 a.v", "--print-pdf a.pdf --nonsense a.v", "--print-pdf a.pdf --columns 3 a.v",
                             "--print-pdf a.pdf --margins 1,2 a.v", "--print-pdf a.pdf --paper elephant a.v", "--print-pdf a.pdf --keywords loud a.v",
                             "--print-pdf a.pdf --pages 3-2 a.v", "--print-pdf a.pdf --pages 0 a.v", "--print-pdf a.pdf --tab-size 0 a.v",
                             "--print-pdf a.pdf --font-size 0 a.v", "--print-pdf a.pdf --keyword-color nocolour a.v", "--print-pdf a.pdf --font NoSuchFontAnywhere a.v"})
