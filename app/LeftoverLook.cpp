@@ -25,5 +25,5 @@ void LeftoverLook::lookAt(const QString& path) {
 void LeftoverLook::look() {
   std::vector<std::string> paths;
   for (const QString& path : std::exchange(paths_, {})) paths.push_back(fromQString(path));
-  frmRecovered::offer(frame_, text::leftCopies(paths));
+  frmRecovered::offerWhenRead(frame_, [paths] { return text::leftCopies(paths); });
 }

@@ -1,5 +1,6 @@
 #include "app/frmRecovered.h"
 
+#include <QCryptographicHash>
 #include <QDateTime>
 #include <QDialogButtonBox>
 #include <QHeaderView>
@@ -7,14 +8,18 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <functional>
+#include <chrono>
+#include <future>
 #include <iterator>
+#include <thread>
 
 #include "app/frmMain.h"
 #include "base/Dialogs.h"
+#include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
 #include "control/FileNames.h"
@@ -25,6 +30,8 @@
 #include "print/frmCompare.h"
 
 namespace {
+
+constexpr int kReadyPeriodMs = 20;
 
 enum Column { kName, kTime, kSize, kState };
 
@@ -37,6 +44,16 @@ bool sameText(const text::Snapshot& a, const text::Snapshot& b) {
     at += std::int64_t(run);
   }
   return true;
+}
+
+QByteArray digestOf(const text::Snapshot& text) {
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  for (text::ByteOffset at(0); at < text.size();) {
+    const std::string_view chunk = text.chunkAt(at);
+    hash.addData(QByteArray::fromRawData(chunk.data(), qsizetype(chunk.size())));
+    at += std::int64_t(chunk.size());
+  }
+  return hash.result();
 }
 
 text::LoadedFile fileOnDisk(const text::JournalAbout& about) {
@@ -66,8 +83,19 @@ QString fileState(const text::JournalAbout& about) {
 
 }  // namespace
 
-frmRecovered* frmRecovered::offer(frmMain& frame, std::vector<text::LeftText> left) {
-  std::vector<Entry> entries = entriesOf(std::move(left));
+std::optional<std::vector<frmRecovered::Entry>> frmRecovered::readNow(frmMain& frame, const Look& look) {
+  const auto entries = std::make_shared<std::vector<Entry>>();
+  const auto work = [entries, look](text::SearchControl&) { *entries = entriesOf(look()); };
+  if (!LongWork::runOrLeave(frame, work, tr("Reading recovered texts"))) return std::nullopt;
+  return std::move(*entries);
+}
+
+frmRecovered* frmRecovered::offer(frmMain& frame, const Look& look) {
+  auto entries = readNow(frame, look);
+  return entries ? present(frame, std::move(*entries)) : nullptr;
+}
+
+frmRecovered* frmRecovered::present(frmMain& frame, std::vector<Entry> entries) {
   if (entries.empty()) return nullptr;
   frmRecovered* window = nullptr;
   for (auto* one : frame.findChildren<frmRecovered*>())
@@ -80,19 +108,41 @@ frmRecovered* frmRecovered::offer(frmMain& frame, std::vector<text::LeftText> le
   return window;
 }
 
-frmRecovered* frmRecovered::offer(frmMain& frame, const QString& folder) {
-  std::vector<text::LeftText> left = text::leftJournals(fromQString(folder));
-  std::ranges::move(text::leftCopiesElsewhere(fromQString(folder)), std::back_inserter(left));
-  return offer(frame, std::move(left));
+frmRecovered::Look frmRecovered::leftIn(const QString& folder) {
+  return [folder = fromQString(folder)] {
+    std::vector<text::LeftText> left = text::leftJournals(folder);
+    std::ranges::move(text::leftCopiesElsewhere(folder), std::back_inserter(left));
+    return left;
+  };
+}
+
+void frmRecovered::offerWhenRead(frmMain& frame, Look look) {
+  // A disk may hang: nobody waits for the thread, and what it made goes with who looks at it last.
+  std::packaged_task<std::vector<Entry>()> task([look = std::move(look)] { return entriesOf(look()); });
+  const auto read = std::make_shared<std::future<std::vector<Entry>>>(task.get_future());
+  std::thread(std::move(task)).detach();
+  auto* poll = new QTimer(&frame);
+  connect(poll, &QTimer::timeout, &frame, [&frame, poll, read] {
+    if (read->wait_for(std::chrono::seconds(0)) != std::future_status::ready || isDialogUp() || gBusy()) return;
+    poll->stop();
+    poll->deleteLater();
+    present(frame, read->get());
+  });
+  poll->start(kReadyPeriodMs);
 }
 
 void frmRecovered::offerAgain(frmMain& frame) {
   RecoverySession* session = RecoverySession::current();
-  offer(frame, session ? session->folder() : RecoverySession::usualFolder());
   std::vector<std::string> files;
   for (const frmDocument* document : frame.documents())
     if (document->DocumentHasName()) files.push_back(fromQString(document->CurrentFileName()));
-  offer(frame, text::leftCopies(files));
+  auto entries = readNow(frame, [files, look = leftIn(session ? session->folder() : RecoverySession::usualFolder())] {
+    std::vector<text::LeftText> left = look();
+    std::ranges::move(text::leftCopies(files), std::back_inserter(left));
+    return left;
+  });
+  if (!entries) return;
+  present(frame, std::move(*entries));
   for (auto* window : frame.findChildren<frmRecovered*>()) {
     if (!window->isVisible()) continue;
     window->raise();
@@ -152,7 +202,7 @@ std::vector<frmRecovered::Entry> frmRecovered::entriesOf(std::vector<text::LeftT
     const text::Snapshot found = std::exchange(facts.text, text::Snapshot());
     const bool named = facts.error.empty() && !facts.about.path.empty();
     if (named && facts.whole && facts.baseWhole && fileHolds(facts.about, found) && journal.remove() == 0) continue;
-    Entry entry{std::move(journal), std::move(facts), found.size().value, {}, {}};
+    Entry entry{std::make_shared<text::LeftText>(std::move(journal)), std::move(facts), found.size().value, digestOf(found), {}, {}};
     if (named) entry.file = fileState(entry.facts.about);
     entries.push_back(std::move(entry));
   }
@@ -161,15 +211,14 @@ std::vector<frmRecovered::Entry> frmRecovered::entriesOf(std::vector<text::LeftT
 
 bool frmRecovered::takeTwin(Entry& newer, Entry& entry) {
   const auto whole = [](const Entry& one) { return one.facts.error.empty() && one.facts.whole && one.facts.baseWhole; };
-  if (newer.bytes != entry.bytes || newer.facts.about.title != entry.facts.about.title || !whole(newer) || !whole(entry)) return false;
-  if (!sameText(newer.journal.recover().text, entry.journal.recover().text)) return false;
+  if (newer.digest != entry.digest || newer.facts.about.title != entry.facts.about.title || !whole(newer) || !whole(entry)) return false;
   newer.twins.push_back(std::move(entry.journal));
   std::ranges::move(entry.twins, std::back_inserter(newer.twins));
   return true;
 }
 
 void frmRecovered::arrange() {
-  std::ranges::stable_sort(entries_, std::greater(), [](const Entry& entry) { return entry.journal.changedNs(); });
+  std::ranges::stable_sort(entries_, std::greater(), [](const Entry& entry) { return entry.journal->changedNs(); });
   std::vector<Entry> arranged;
   for (Entry& entry : entries_) {
     const std::string& path = entry.facts.about.path;
@@ -200,7 +249,7 @@ QString frmRecovered::stateOf(const Entry& entry) const {
   const text::RecoveredText& facts = entry.facts;
   if (!facts.error.empty()) return tr("Nothing: %1").arg(toQString(facts.error));
   if (!facts.baseWhole) return tr("Only the beginning of the text: the rest had not been written yet");
-  QString state = entry.journal.isCopy() ? tr("A whole copy that an interrupted save left") : tr("All of it");
+  QString state = entry.journal->isCopy() ? tr("A whole copy that an interrupted save left") : tr("All of it");
   if (!facts.whole)
     state = tr("%n change(s); the end of the journal is damaged (%1 of %2 bytes are good)", nullptr, int(facts.changes))
                 .arg(QLocale().toString(facts.read), QLocale().toString(facts.size));
@@ -223,7 +272,7 @@ void frmRecovered::fill() {
   for (const Entry& entry : entries_) {
     auto* row = new QTreeWidgetItem(list_);
     row->setText(kName, nameForDisplay(titleOf(entry), 300));
-    row->setText(kTime, QLocale().toString(QDateTime::fromMSecsSinceEpoch(entry.journal.changedNs() / 1'000'000), QLocale::ShortFormat));
+    row->setText(kTime, QLocale().toString(QDateTime::fromMSecsSinceEpoch(entry.journal->changedNs() / 1'000'000), QLocale::ShortFormat));
     row->setText(kSize, entry.facts.error.empty() ? QLocale().formattedDataSize(entry.bytes) : QString());
     row->setText(kState, plainForDisplay(stateOf(entry), 200));
     row->setToolTip(kName, plainForDisplay(titleOf(entry)).toHtmlEscaped());
@@ -264,15 +313,29 @@ void frmRecovered::showButtons() {
 }
 
 text::RecoveredText frmRecovered::textOf(const Entry& entry) {
-  text::RecoveredText found = entry.journal.recover();
-  if (!found.error.empty()) MsgBox(plainForDisplay(toQString(found.error)), tr("Recovered texts"));
-  return found;
+  struct Read {
+    text::RecoveredText found;
+    bool cancelled = false;
+  };
+  const auto read = std::make_shared<Read>();
+  const auto work = [read, journal = entry.journal](text::SearchControl& control) {
+    read->found = journal->recover();
+    read->cancelled = control.cancel;
+  };
+  const bool done = LongWork::runOrLeave(*this, work, tr("Reading %1").arg(plainForDisplay(titleOf(entry), 80)));
+  if (!done || read->cancelled) {
+    text::RecoveredText none;
+    none.error = "cancelled";
+    return none;
+  }
+  if (!read->found.error.empty()) MsgBox(plainForDisplay(toQString(read->found.error)), tr("Recovered texts"));
+  return std::move(read->found);
 }
 
 void frmRecovered::drop(int at) {
   Entry& gone = entries_[std::size_t(at)];
-  int error = gone.journal.remove();
-  for (text::LeftText& twin : gone.twins) error = std::min(error, twin.remove());
+  int error = gone.journal->remove();
+  for (const auto& twin : gone.twins) error = std::min(error, twin->remove());
   if (error < 0) MsgBox(toQString(text::errorText(error)), tr("Recovered texts"));
   entries_.erase(entries_.begin() + at);
 }
@@ -337,14 +400,16 @@ void frmRecovered::Compare() {
   const text::RecoveredText found = textOf(entries_[std::size_t(at)]);
   if (!found.error.empty()) return;
   const bool named = !found.about.path.empty();
-  const text::LoadedFile disk = named ? fileOnDisk(found.about) : text::LoadedFile();
+  const auto disk = std::make_shared<text::LoadedFile>();
+  const auto load = [disk, about = found.about](text::SearchControl&) { *disk = fileOnDisk(about); };
+  if (named && !LongWork::runOrLeave(*this, load, tr("Reading %1").arg(plainForDisplay(titleOf(entries_[std::size_t(at)]), 80)))) return;
   CodeMax onDisk;
-  onDisk.model()->document().reset(disk.text);   // empty where there is no file
+  onDisk.model()->document().reset(disk->text);   // empty where there is no file
   frmCompare compare(onDisk, this);
   compare.after().model()->document().reset(found.text);
   compare.markChanges();
   QString before = named ? tr("File on disk") : tr("No file: the text had no name yet");
-  if (!disk.error.empty()) before = tr("File on disk: %1").arg(plainForDisplay(toQString(disk.error)));
+  if (!disk->error.empty()) before = tr("File on disk: %1").arg(plainForDisplay(toQString(disk->error)));
   compare.showOnly(before, tr("Recovered"));
   const ModalGuard guard;
   compare.exec();

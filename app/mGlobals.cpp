@@ -340,7 +340,7 @@ display:
   new OncePainted(main, [&] {
     leftovers.begin();
     takeInLeftInput(main);
-    frmRecovered::offer(main, recovery.folder());
+    frmRecovered::offerWhenRead(main, frmRecovered::leftIn(recovery.folder()));
     text::lookForLeftovers(fromQString(userConfigFolder()), false);   // of settings and definitions
   });
   const int status = application.exec();

@@ -77,7 +77,7 @@ void startOnce(int to, bool recovery) {
   done();
   main.openFile(QStringLiteral(ZELKOR_SOURCE_FOLDER "/Samples/sample.v"));
   const auto look = recovery ? std::make_unique<LeftoverLook>(main) : nullptr;
-  if (recovery) QTimer::singleShot(0, &main, [&] { frmRecovered::offer(main, session->folder()); });
+  if (recovery) QTimer::singleShot(0, &main, [&] { frmRecovered::offerWhenRead(main, frmRecovered::leftIn(session->folder())); });
   done();
   application.exec();
   done();

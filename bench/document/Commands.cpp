@@ -58,7 +58,7 @@ class BenchFrame : public Frame {
   void showEditPopup(const QPoint&) override {}
   frmLog* log() override { return window.get(); }
   void showLog() override {}
-  bool openFile(const QString&) override { return false; }
+  frmDocument* openFile(const QString&) override { return nullptr; }
   void showMacro(int, int, const QString&) override {}
 
   QTemporaryDir folder;

@@ -7,6 +7,7 @@
 #include <QTest>
 #include <QTreeWidget>
 #include <algorithm>
+#include <atomic>
 #include <functional>
 
 #include "app/LeftoverLook.h"
@@ -92,7 +93,7 @@ TEST_F(Recovered, J1_EveryTextComesBackUntitledOnesToo) {
   EXPECT_TRUE(session.flush());
   EXPECT_TRUE(inFolder(journals()).isEmpty()) << "the person wanted none of it";
 
-  QPointer<frmRecovered> window = frmRecovered::offer(*main, left);
+  QPointer<frmRecovered> window = frmRecovered::offer(*main, frmRecovered::leftIn(left));
   ASSERT_TRUE(window);
   EXPECT_EQ(window->count(), 2);
   while (window && window->count() > 0) {
@@ -127,7 +128,7 @@ TEST_F(Recovered, ManyAreRestoredOrDiscardedAtOnce) {
   }
   const QString left = afterKill();
   closeAll();
-  QPointer<frmRecovered> window = frmRecovered::offer(*main, left);
+  QPointer<frmRecovered> window = frmRecovered::offer(*main, frmRecovered::leftIn(left));
   ASSERT_TRUE(window);
   auto* list = window->findChild<QTreeWidget*>();
   for (int i = 1; i < 10; ++i) list->topLevelItem(i)->setSelected(true);
@@ -156,7 +157,7 @@ TEST_F(Recovered, EachTextIsListedOnceTheNewestStateFirst) {
   EXPECT_TRUE(session.flush());
   ASSERT_TRUE(QFile::copy(journals() + u'/' + first, left + q("/newer.journal")));
   closeAll();
-  QPointer<frmRecovered> window = frmRecovered::offer(*main, left);
+  QPointer<frmRecovered> window = frmRecovered::offer(*main, frmRecovered::leftIn(left));
   ASSERT_TRUE(window);
   ASSERT_EQ(window->count(), 2);
   auto* list = window->findChild<QTreeWidget*>();
@@ -177,14 +178,14 @@ TEST_F(Recovered, J4_NothingIsDiscardedByItself) {
   closeAll();
   write("a.v", "by others\n");
   for (int i = 0; i < 2; ++i) {
-    QPointer<frmRecovered> window = frmRecovered::offer(*main, left);
+    QPointer<frmRecovered> window = frmRecovered::offer(*main, frmRecovered::leftIn(left));
     ASSERT_TRUE(window);
-    EXPECT_EQ(frmRecovered::offer(*main, left), nullptr) << "J6: another copy sees that it is being offered";
+    EXPECT_EQ(frmRecovered::offer(*main, frmRecovered::leftIn(left)), nullptr) << "J6: another copy sees that it is being offered";
     window->close();
     wait(10);
     EXPECT_EQ(inFolder(left).size(), 1);
   }
-  frmRecovered* window = frmRecovered::offer(*main, left);
+  frmRecovered* window = frmRecovered::offer(*main, frmRecovered::leftIn(left));
   ASSERT_TRUE(window);
   boxes.answer(Answer::no);
   window->Discard();
@@ -198,7 +199,7 @@ TEST_F(Recovered, J4_NothingIsDiscardedByItself) {
   EXPECT_EQ(read(path("copy.v")), "xtext\n");
   EXPECT_EQ(read(path("a.v")), "by others\n");
   EXPECT_TRUE(inFolder(left).isEmpty());
-  EXPECT_EQ(frmRecovered::offer(*main, left), nullptr);
+  EXPECT_EQ(frmRecovered::offer(*main, frmRecovered::leftIn(left)), nullptr);
 }
 
 TEST_F(Recovered, S12_ARestoredTextNeverOverwritesWhatOthersWroteMeanwhile) {
@@ -206,7 +207,7 @@ TEST_F(Recovered, S12_ARestoredTextNeverOverwritesWhatOthersWroteMeanwhile) {
   const QString left = afterKill();
   closeAll();
   write("a.v", "by others\n");
-  frmRecovered* window = frmRecovered::offer(*main, left);
+  frmRecovered* window = frmRecovered::offer(*main, frmRecovered::leftIn(left));
   ASSERT_TRUE(window);
   window->Restore();
   boxes.answer(Answer::no);
@@ -226,7 +227,7 @@ TEST_F(Recovered, ADamagedJournalSaysHowMuchCameBackAndAnUnreadableOneStays) {
   bytes[bytes.size() - 3] = char(bytes[bytes.size() - 3] ^ 1);
   testing_files::writeRaw(name.toStdString(), {bytes.constData(), std::size_t(bytes.size())});
   testing_files::writeRaw((left + q("/rubbish.journal")).toStdString(), "not a journal");
-  frmRecovered* window = frmRecovered::offer(*main, left);
+  frmRecovered* window = frmRecovered::offer(*main, frmRecovered::leftIn(left));
   ASSERT_TRUE(window);
   const auto* list = window->findChild<QTreeWidget*>();
   ASSERT_EQ(list->topLevelItemCount(), 2);
@@ -276,11 +277,10 @@ TEST_F(Recovered, S6_ACopyThatAKilledSaveLeftIsOfferedWhenTheFileIsOpened) {
   const auto shown = [&] { return main->findChild<frmRecovered*>(); };
   open("other.v");
   write(".a.v.zelkor-recovery-abcdefghij", "the text before\n");
-  wait(20);
+  wait(200);
   EXPECT_EQ(shown(), nullptr) << "nobody has opened that file";
   frmDocument* document = open("a.v", "half a te");
-  wait(20);
-  ASSERT_NE(shown(), nullptr);
+  ASSERT_TRUE(spinUntil([&] { return shown() != nullptr; }));
   EXPECT_EQ(shown()->count(), 1);
   shown()->close();
   wait(20);
@@ -312,7 +312,7 @@ TEST_F(Recovered, S6_ACopyInTheRecoveryFolderIsOfferedAtTheStart) {
   name.replace(u'/', q("%2F"));
   testing_files::writeRaw((path("left") + q("/.") + name + q(".zelkor-recovery-abcdefghij")).toStdString(), "the text before\n");
   testing_files::writeRaw((path("left") + q("/.known by name.zelkor-recovery-abcdefghij")).toStdString(), "another\n");
-  frmRecovered* window = frmRecovered::offer(*main, path("left"));
+  frmRecovered* window = frmRecovered::offer(*main, frmRecovered::leftIn(path("left")));
   ASSERT_TRUE(window);
   const auto* list = window->findChild<QTreeWidget*>();
   ASSERT_EQ(list->topLevelItemCount(), 2);
@@ -327,6 +327,22 @@ TEST_F(Recovered, S6_ACopyInTheRecoveryFolderIsOfferedAtTheStart) {
   wait(10);
   ASSERT_EQ(main->documents().size(), 2);
   EXPECT_FALSE(main->activeDocument()->DocumentHasName());
+  closeAll();
+}
+
+TEST_F(Recovered, NobodyWaitsForADiskThatHangs) {
+  type(open("a.v"), "x");
+  const QString left = afterKill();
+  closeAll();
+  const auto answers = std::make_shared<std::atomic<bool>>(false);
+  frmRecovered::offerWhenRead(*main, [answers, look = frmRecovered::leftIn(left)] {
+    while (!*answers) QThread::msleep(1);
+    return look();
+  });
+  EXPECT_NE(main->LoadNewDoc(), nullptr) << "one works meanwhile";
+  EXPECT_EQ(main->findChild<frmRecovered*>(), nullptr);
+  *answers = true;
+  EXPECT_TRUE(spinUntil([&] { return main->findChild<frmRecovered*>() != nullptr; }));
   closeAll();
 }
 
@@ -347,7 +363,7 @@ TEST_F(Recovered, J4_TheListSaysHowTheFileOnDiskStands) {
   const QString left = afterKill();
   closeAll();
   for (const Case& c : cases) c.meanwhile();
-  frmRecovered* window = frmRecovered::offer(*main, left);
+  frmRecovered* window = frmRecovered::offer(*main, frmRecovered::leftIn(left));
   ASSERT_TRUE(window);
   const auto* list = window->findChild<QTreeWidget*>();
   ASSERT_EQ(list->topLevelItemCount(), int(std::size(cases)) - 1);
