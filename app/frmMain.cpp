@@ -107,6 +107,7 @@ frmMain::~frmMain() {
   }
   if (logDock_) logDock_->disconnect(this);
   disconnect(mdi_, nullptr, this, nullptr);
+  disconnect(qApp, nullptr, menus_, nullptr);   // the focus goes too
   setFrame(nullptr);
 }
 
