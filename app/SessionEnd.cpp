@@ -45,7 +45,7 @@ SessionEnd::SessionEnd(frmMain& frame) : frame_(frame) {
   }, Qt::DirectConnection);
   qApp->installEventFilter(this);
   again_.setInterval(kRetryMs);
-  connect(&again_, &QTimer::timeout, this, [this] { tryToEnd(kRetryPatienceMs); });
+  connect(&again_, &QTimer::timeout, this, [this] { tryToEnd(isDialogUp() ? kRetryPatienceMs : kPatienceMs); });
 #ifdef Q_OS_UNIX
   if (::pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0) return;
   notifier_ = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
