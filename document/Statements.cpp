@@ -8,7 +8,7 @@ namespace {
 
 constexpr Verb kVerbs[] = {
     {Code::echo, "ECHO", "text", "Writes the text into the log; a text that ends in \";\" leaves the line open."},
-    {Code::fileInfo, "FILEINFO", "", "Writes path, date and size of the file on disk into the log, then size when saved, characters, lines, comments and blank lines of the text."},
+    {Code::fileInfo, "FILEINFO", "", "Writes path, date, size, lines, comments and blank lines of the document into the log."},
     {Code::usage, "USAGE", "text [options]", "Lists the lines of the document that hold the text in the log."},
     {Code::shell, "SHELL", "program arguments", "Starts a program and goes on when it has ended; a window titled FINISHED is closed."},
     {Code::shellW, "SHELLW", "program arguments", "Starts a program and waits for its end."},

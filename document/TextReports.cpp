@@ -16,7 +16,6 @@
 #include "document/frmDocument.h"
 #include "text/FileIo.h"
 #include "text/Search.h"
-#include "text/Utf8Stream.h"
 
 using namespace Qt::StringLiterals;
 
@@ -96,34 +95,6 @@ class Comments {
   std::optional<text::LineNo> line_;
   text::LineState after_ = 0;
   std::vector<text::Token> tokens_;
-};
-
-// What the text is made of, counted in one reading.
-struct Counted {
-  std::int64_t characters = 0, beyond = 0;   // code points and bad bytes; of them those that are two units of UTF-16
-  bool ascii(std::string_view run) { return characters += std::int64_t(run.size()), true; }
-  bool sequence(std::string_view character) { return ++characters, beyond += character.size() > 3, true; }
-  bool bad(unsigned char) { return ++characters, true; }
-
-  explicit Counted(const text::Snapshot& text) {
-    text::Utf8Stream stream;
-    for (text::ByteOffset at(0); at < text.size();) {
-      const std::string_view chunk = text.chunkAt(at);
-      stream.add(chunk, *this);
-      at += std::int64_t(chunk.size());
-    }
-    stream.finish(*this);
-  }
-
-  // Of the file, when the text is saved as it is now.
-  std::int64_t bytes(const text::Snapshot& text, const text::FileFormat& format) const {
-    switch (format.encoding) {
-      case text::Encoding::utf8: return text.size().value + (format.bom ? 3 : 0);
-      case text::Encoding::utf16le:
-      case text::Encoding::utf16be: return 2 * (characters + beyond) + (format.bom ? 2 : 0);
-      default: return characters;
-    }
-  }
 };
 
 // The line, or of a long one what stands around the hit.
@@ -218,12 +189,7 @@ QString fileInformation(frmDocument& document) {
   const QDateTime time = file.exists ? QDateTime::fromMSecsSinceEpoch(file.status.mtimeNs / 1'000'000) : QDateTime();
   lines << label("Last Modified") +
                (time.isValid() ? QLocale().toString(time.date(), QLocale::ShortFormat) + time.time().toString(u" hh:mm:ss"_s) : QString());
-  if (file.exists) lines << label("On Disk") + QString::number(file.status.size) + u" bytes"_s;
-  const text::Snapshot& text = document.cmx->model()->snapshot();
-  const Counted counted(text);
-  lines << label("Size") + QString::number(counted.bytes(text, document.cmx->fileFormat())) +
-               (document.DocumentModified() ? u" bytes when saved"_s : u" bytes"_s);
-  lines << label("Characters") + QString::number(counted.characters);
+  lines << label("Size") + QString::number(document.cmx->TextLength()) + u" bytes"_s;
   const qint64 total = document.cmx->LineCount();
   lines << label("Lines") + QString::number(total);
   if (document.LanguageIndex() > 0) {

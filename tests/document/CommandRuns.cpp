@@ -246,17 +246,6 @@ TEST(CommandRuns, UntitledDocumentsHaveNoPathAndReadOnlyFilesSaySo) {
   EXPECT_TRUE(mCMXParser::FileInformation().endsWith(u"\r\nRead Only"_s));
 }
 
-TEST(CommandRuns, FileInformationTellsTheFileFromTheText) {
-  RunFrame frame;
-  testing_files::TempFolder folder;
-  testing_files::writeRaw(folder / "g.txt", std::string("\xFF\xFE\xE9\0\n\0", 6));
-  frame.openFile(QString::fromStdString(folder / "g.txt"));
-  frame.cmx().ReplaceLines(0, {u"\U0001F600\u00E9"_s});
-  frame.document->DocumentChanged(true);
-  const QStringList lines = mCMXParser::FileInformation().split(u"\r\n"_s);
-  EXPECT_EQ(lines.mid(2, 4), QStringList({u"On Disk       : 6 bytes"_s, u"Size          : 10 bytes when saved"_s, u"Characters    : 3"_s, u"Lines         : 2"_s}));
-}
-
 TEST(CommandRuns, TheUsersSearchAndARunLeaveEachOtherAlone) {
   RunFrame frame;
   frame.cmx().setText(u"Foo foo"_s);
