@@ -53,8 +53,9 @@ FrameMenus::FrameMenus(frmMain& frame) : QObject(&frame), frame_(frame), toolBar
   }
   addInGroups(*toolBar_, tools_);
   frame_.menuBar()->installEventFilter(this);
-  connect(qApp, &QApplication::focusChanged, this, [this](QWidget* old, QWidget* now) {
-    if (old && now == frame_.menuBar() && old->window() == &frame_) beforeBar_ = old;
+  // A frame that goes while it is shown loses the focus when it has no bar to be asked for any more.
+  connect(qApp, &QApplication::focusChanged, this, [this, bar = QPointer(frame_.menuBar())](QWidget* old, QWidget* now) {
+    if (old && now && now == bar && old->window() == &frame_) beforeBar_ = old;
   });
   keyMap().setNamedActions(keyactions::all());
   refreshKeys();
