@@ -1,3 +1,3 @@
-#include "app/mGlobals.h"
+#include "app/start/mGlobals.h"
 
 int main(int argc, char** argv) { return Main(argc, argv); }

@@ -1,34 +1,34 @@
 # Compile settings shared by every target, and the two helpers that make floors and tests.
 
-add_library(zelkor_settings INTERFACE)
-target_compile_features(zelkor_settings INTERFACE cxx_std_20)
-target_include_directories(zelkor_settings INTERFACE ${CMAKE_SOURCE_DIR})
-target_compile_options(zelkor_settings INTERFACE
+add_library(zelkor_flags INTERFACE)
+target_compile_features(zelkor_flags INTERFACE cxx_std_20)
+target_include_directories(zelkor_flags INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(zelkor_flags INTERFACE
   $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra -Wpedantic>
   $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
   $<$<CXX_COMPILER_ID:GNU,Clang>:-Wnon-virtual-dtor -Woverloaded-virtual -Werror>
   $<$<CXX_COMPILER_ID:MSVC>:/W4 /WX /utf-8>)
-target_compile_definitions(zelkor_settings INTERFACE
+target_compile_definitions(zelkor_flags INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
   ZELKOR_VERSION="${PROJECT_VERSION}")
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")   # its version 12 takes "+" of strings for overlapping copies when it optimises
-  target_compile_options(zelkor_settings INTERFACE -Wno-restrict)
+  target_compile_options(zelkor_flags INTERFACE -Wno-restrict)
 endif()
 if(ZELKOR_SANITIZE)
-  target_compile_options(zelkor_settings INTERFACE
+  target_compile_options(zelkor_flags INTERFACE
     -fsanitize=${ZELKOR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(zelkor_settings INTERFACE -fsanitize=${ZELKOR_SANITIZE})
+  target_link_options(zelkor_flags INTERFACE -fsanitize=${ZELKOR_SANITIZE})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")   # it sees ghosts inside std::regex and the like under sanitizers
-    target_compile_options(zelkor_settings INTERFACE -Wno-maybe-uninitialized)
+    target_compile_options(zelkor_flags INTERFACE -Wno-maybe-uninitialized)
   endif()
 endif()
 if(ZELKOR_FUZZ)
-  target_compile_options(zelkor_settings INTERFACE -fsanitize=fuzzer-no-link)
+  target_compile_options(zelkor_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 find_program(ZELKOR_MOLD mold)
 if(ZELKOR_MOLD AND NOT MSVC)
-  target_link_options(zelkor_settings INTERFACE -fuse-ld=mold)
+  target_link_options(zelkor_flags INTERFACE -fuse-ld=mold)
 endif()
 find_program(ZELKOR_CCACHE ccache)
 if(ZELKOR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
@@ -62,7 +62,7 @@ function(zelkor_floor name)
       list(REMOVE_ITEM F_LIBS ${lib})
     endif()
   endforeach()
-  target_link_libraries(zelkor_${name} PUBLIC ${F_LIBS} PRIVATE zelkor_settings)
+  target_link_libraries(zelkor_${name} PUBLIC ${F_LIBS} PRIVATE zelkor_flags)
   if(name STREQUAL "text")
     set_target_properties(zelkor_text PROPERTIES AUTOMOC OFF AUTORCC OFF)
     zelkor_precompile(zelkor_text PrecompiledStd.h)
@@ -89,7 +89,7 @@ function(zelkor_test folder)
   endif()
   set(target test_${folder})
   add_executable(${target} ${sources})
-  target_link_libraries(${target} PRIVATE ${T_LIBS} zelkor_settings GTest::gtest GTest::gmock)
+  target_link_libraries(${target} PRIVATE ${T_LIBS} zelkor_flags GTest::gtest GTest::gmock)
   if(folder STREQUAL "text")
     zelkor_precompile(${target} PrecompiledStd.h)
   else()

@@ -5,16 +5,16 @@
 #include <algorithm>
 
 #include "base/FixedFont.h"
+#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMaxImpl.h"
-#include "control/EditorAccess.h"
-#include "control/FindDialog.h"
-#include "control/LongWork.h"
-#include "text/LineReader.h"
-#include "text/SmallestEdit.h"
-#include "text/Utf8Stream.h"
-#include "text/WordNear.h"
+#include "control/edit/EditorAccess.h"
+#include "control/find/FindDialog.h"
+#include "text/line/LineReader.h"
+#include "text/line/Utf8Stream.h"
+#include "text/line/WordNear.h"
+#include "text/store/SmallestEdit.h"
 
 using text::ByteOffset;
 using text::ByteRange;
@@ -360,7 +360,7 @@ void CodeMax::showHits(const QString& text, const text::SearchOptions& options) 
   impl_->repaint();
 }
 
-bool CodeMax::ExecuteCmd(int id, const QVariant& argument) { return impl_->pane().runCommand(id, argument); }
+bool CodeMax::ExecuteCmd(CommandNumber id, const QVariant& argument) { return impl_->pane().runCommand(id, argument); }
 
 void CodeMax::beginEdit() {
   hold();

@@ -11,8 +11,9 @@
 #include <exception>
 #include <memory>
 
-#include "control/ColorScheme.h"
-#include "control/Editor.h"
+#include "control/edit/Cmd.h"
+#include "control/edit/Editor.h"
+#include "control/view/ColorScheme.h"
 
 class Pane;
 
@@ -55,7 +56,7 @@ class CodeMax : public QWidget {
   void SelectLine(qint64 line, bool makeVisible = true);
   QString SelText() const;
   bool HasSelection() const;
-  QString CurrentWord() const;                   // see text/WordNear.h
+  QString CurrentWord() const;                   // see text/line/WordNear.h
   qint64 CurrentWordLength() const;
   CmPosition CurrentPosition() const;            // the caret
   CmRange CurrentWordRange() const;
@@ -69,8 +70,8 @@ class CodeMax : public QWidget {
   // Marks what the text finds wherever it is visible; an empty text ends that.
   void showHits(const QString& text, const text::SearchOptions& options);
 
-  // Commands 100 to 212. False only for an unknown number.
-  bool ExecuteCmd(int id, const QVariant& argument = {});
+  // False only for an unknown number.
+  bool ExecuteCmd(CommandNumber id, const QVariant& argument = {});
   // All changes until the matching end are one undo step and one repaint. Nests. Prefer EditBlock.
   void beginEdit();
   void endEdit();

@@ -4,10 +4,10 @@
 #include <QApplication>
 
 #include "control/CodeMax.h"
-#include "control/CommandTable.h"
-#include "control/Pane.h"
-#include "control/PaneGrid.h"
-#include "control/ViewState.h"
+#include "control/edit/CommandTable.h"
+#include "control/view/Pane.h"
+#include "control/view/PaneGrid.h"
+#include "control/view/ViewState.h"
 
 struct CodeMax::Impl {
   ViewState state;

@@ -3,9 +3,9 @@
 #include <cmath>
 
 #include "control/CodeMax.h"
-#include "control/KeyMacro.h"
-#include "control/KeyMap.h"
-#include "document/modRegistry.h"
+#include "control/keys/KeyMacro.h"
+#include "control/keys/KeyMap.h"
+#include "settings/modRegistry.h"
 
 using namespace Qt::StringLiterals;
 

@@ -2,7 +2,7 @@
 
 #include <QCoreApplication>
 
-#include "base/Dialogs.h"
+#include "base/dialog/Dialogs.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "base/FileNames.h"
 #include "base/Strings.h"
-#include "control/FileNames.h"
 #include "document/frmDocument.h"
-#include "text/FileIo.h"
+#include "text/file/FileIo.h"
 
 namespace {
 Frame* theFrame = nullptr;

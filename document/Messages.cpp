@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QRegularExpression>
 
-#include "control/FileNames.h"
+#include "base/FileNames.h"
 
 using namespace Qt::StringLiterals;
 

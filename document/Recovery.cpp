@@ -3,8 +3,8 @@
 #include <QPointer>
 #include <algorithm>
 
+#include "base/FileNames.h"
 #include "base/Program.h"
-#include "control/FileNames.h"
 
 namespace {
 RecoverySession* session = nullptr;

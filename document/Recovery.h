@@ -9,8 +9,8 @@
 #include <functional>
 #include <memory>
 
-#include "control/TextModel.h"
-#include "text/Journal.h"
+#include "control/edit/TextModel.h"
+#include "text/journal/Journal.h"
 
 // Switches journals on for all texts made while it lives. It must outlive them; one at a time.
 class RecoverySession {

@@ -9,12 +9,12 @@
 #include <new>
 #include <vector>
 
-#include "base/Dialogs.h"
+#include "base/FileNames.h"
 #include "base/Hourglass.h"
+#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
-#include "control/FileNames.h"
-#include "control/LongWork.h"
+#include "base/dialog/Dialogs.h"
 #include "document/CMXRegistry.h"
 #include "document/FileErrors.h"
 #include "document/Frame.h"
@@ -22,9 +22,9 @@
 #include "document/Recovery.h"
 #include "document/frmRegistry.h"
 #include "language/ucCM.h"
-#include "text/FileIo.h"
-#include "text/LineEnds.h"
-#include "text/LineReader.h"
+#include "text/file/FileIo.h"
+#include "text/line/LineEnds.h"
+#include "text/line/LineReader.h"
 
 // What all windows on one text share.
 struct frmDocument::Shared {

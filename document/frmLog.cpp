@@ -9,24 +9,23 @@
 #include <algorithm>
 
 #include "base/ArrowIcon.h"
-#include "base/Dialogs.h"
+#include "base/FileNames.h"
+#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
-#include "control/FileNames.h"
-#include "control/LongWork.h"
+#include "base/dialog/Dialogs.h"
 #include "document/CMXRegistry.h"
 #include "document/FileErrors.h"
 #include "document/Frame.h"
 #include "document/Messages.h"
-#include "document/Process.h"
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
+#include "process/Process.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kGotoLine = 168, kCopy = 198;
 constexpr int kOpenLineTime = 200;              // milliseconds until a line that a program left open is shown
 constexpr std::int64_t kWalkCost = 32;          // a byte of the log costs as much as so many of a search
 constexpr qsizetype kLongestOpenLine = 1 << 16; // bytes kept back while waiting for its end
@@ -315,7 +314,7 @@ void frmLog::cmx_DblClick() {
     bool good = false;
     const qint64 index = word.toLongLong(&good) - 1;
     if (!document || !good || index < 0 || index >= document->cmx->LineCount()) return;
-    document->cmx->ExecuteCmd(kGotoLine, index);
+    document->cmx->ExecuteCmd(Cmd::GOTOLINE, index);
     document->cmx->SelectLine(index);
     document->cmx->setFocus();
     return;
@@ -345,7 +344,7 @@ bool frmLog::showPlace(frmDocument* document, qint64 line, qint64 column) {
   if (!document) return false;
   const qint64 index = std::clamp<qint64>(line, 0, document->cmx->LineCount() - 1);
   const qint64 at = std::clamp<qint64>(column, 0, document->cmx->GetLineLength(index));
-  document->cmx->ExecuteCmd(kGotoLine, index);
+  document->cmx->ExecuteCmd(Cmd::GOTOLINE, index);
   document->cmx->SetSel({index, at, index, at, false});
   document->cmx->setFocus();
   return true;
@@ -429,7 +428,7 @@ void frmLog::showMenu(const QPoint& globalPosition) {
     if (!path.isEmpty()) SaveDocumment(path);
   });
   menu.addAction(tr("&Insert File..."), this, &frmLog::InsertFile);
-  menu.addAction(tr("&Copy"), this, [this] { cmx->ExecuteCmd(kCopy); });
+  menu.addAction(tr("&Copy"), this, [this] { cmx->ExecuteCmd(Cmd::COPY); });
   menu.addSeparator();
   menu.addActions({previousAction, nextAction, stopAction});
   menu.addSeparator();

@@ -4,16 +4,16 @@
 #include <QScreen>
 #include <algorithm>
 
-#include "base/Dialogs.h"
-#include "base/FitScreen.h"
+#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
-#include "control/FileNames.h"
+#include "base/dialog/Dialogs.h"
+#include "base/dialog/FitScreen.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
-#include "document/modRegistry.h"
 #include "language/ucCM.h"
+#include "settings/modRegistry.h"
 
 using namespace modRegistry;
 

@@ -6,20 +6,17 @@
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
-#include "control/UsersSearch.h"
+#include "control/find/UsersSearch.h"
 #include "language/FieldWalk.h"
 #include "language/FormatRules.h"
 #include "language/ucCM.h"
-#include "text/Chars.h"
-#include "text/WordNear.h"
+#include "text/line/Chars.h"
+#include "text/line/WordNear.h"
 
 namespace {
 
 const QString kCrLf = QStringLiteral("\r\n");
 const QString kField = QStringLiteral("$$");
-
-// Numbers of the edit commands used here.
-enum Cmd { WORDRIGHTEXTEND = 102, WORDLEFT = 108, WORDENDLEFT = 109, FINDNEXT = 176, SETFINDTEXT = 179, SETREPLACETEXT = 180 };
 
 bool holds(const QString& list, const QString& word) {
   return (kCrLf + list).contains(kCrLf + word + kCrLf, Qt::CaseInsensitive);
@@ -93,10 +90,10 @@ CmRange findListedWord(CodeMax& cmx, const CmRange& word, const QString& findTex
   SearchState users = usersSearch();
   searchState().options = {};
   cmx.SetSel(caretAt({word.StartLineNo, word.StartColNo}));
-  cmx.ExecuteCmd(WORDENDLEFT);
-  cmx.ExecuteCmd(SETFINDTEXT, findText);
-  cmx.ExecuteCmd(SETREPLACETEXT, replaceText);
-  cmx.ExecuteCmd(FINDNEXT);
+  cmx.ExecuteCmd(Cmd::WORDENDLEFT);
+  cmx.ExecuteCmd(Cmd::SETFINDTEXT, findText);
+  cmx.ExecuteCmd(Cmd::SETREPLACETEXT, replaceText);
+  cmx.ExecuteCmd(Cmd::FINDNEXT);
   searchState().options = users.options;
   lendSearch(std::move(users));
   const CmRange found = cmx.GetSel(true);
@@ -245,7 +242,7 @@ bool isTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, bool afterTyping
   if (cmx.CurrentWordLength() <= 0 || languageIndex <= 0) return false;
   if (afterTyping && word == QLatin1String("..") && !cmx.ReadOnly()) {
     const CmRange before = cmx.GetSel(false);
-    cmx.ExecuteCmd(WORDLEFT);
+    cmx.ExecuteCmd(Cmd::WORDLEFT);
     const QString hotKey = cmx.CurrentWord();
     const CmPosition dots = cmx.CurrentPosition();
     const CmRange range = cmx.CurrentWordRange();
@@ -253,7 +250,7 @@ bool isTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, bool afterTyping
       const QString text = templateText(cmx, manager, languageIndex, hotKey, range, expand);
       const EditBlock block(cmx);
       cmx.SetSel(caretAt(dots));
-      cmx.ExecuteCmd(WORDRIGHTEXTEND);
+      cmx.ExecuteCmd(Cmd::WORDRIGHTEXTEND);
       cmx.ReplaceSel(QStringLiteral(" "));
       putIn(cmx, text, range);
       busy.reset();   // the caret's new place is news for everybody, once the block ends

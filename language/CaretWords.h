@@ -8,7 +8,7 @@
 #include <functional>
 #include <optional>
 
-#include "text/Units.h"
+#include "text/store/Units.h"
 
 class CodeMax;
 class clsLang;

@@ -6,7 +6,7 @@
 
 #include "control/CodeMax.h"
 #include "language/CaretWords.h"
-#include "text/Words.h"
+#include "text/line/Words.h"
 
 namespace {
 constexpr qsizetype kMarker = 2;   // length of "$$"

@@ -13,7 +13,7 @@
 #include <QtGlobal>
 #include <memory>
 
-#include "text/Document.h"
+#include "text/store/Document.h"
 
 class CodeMax;
 

@@ -11,7 +11,7 @@
 #include "control/CodeMax.h"
 #include "language/FieldWalk.h"
 #include "language/ucCM.h"
-#include "text/Words.h"
+#include "text/line/Words.h"
 
 namespace {
 

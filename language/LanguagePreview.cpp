@@ -4,7 +4,7 @@
 
 #include "base/Strings.h"
 #include "control/CodeMax.h"
-#include "control/LanguageTable.h"
+#include "control/code/LanguageTable.h"
 #include "language/Registration.h"
 #include "language/clsLang.h"
 

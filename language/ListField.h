@@ -4,7 +4,7 @@
 
 #include <QList>
 
-#include "base/TextField.h"
+#include "base/dialog/TextField.h"
 
 class ListField : public TextField {
   Q_OBJECT

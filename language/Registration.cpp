@@ -1,7 +1,7 @@
 #include "language/Registration.h"
 
 #include "language/clsLang.h"
-#include "text/EntryMarks.h"
+#include "text/color/EntryMarks.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include <QStringList>
 
-#include "control/LanguageTable.h"
+#include "control/code/LanguageTable.h"
 
 class clsLang;
 class colLangs;

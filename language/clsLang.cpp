@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 #include <new>
 
-#include "base/Dialogs.h"
+#include "base/dialog/Dialogs.h"
 
 cTemplate::Pointer cTemplate::Add(const QString& Name) {
   const auto item = append(std::make_shared<clsTemplate>());

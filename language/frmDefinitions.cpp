@@ -12,9 +12,9 @@
 #include <QStackedWidget>
 #include <QTabBar>
 
-#include "base/Dialogs.h"
-#include "base/PageKeys.h"
 #include "base/Strings.h"
+#include "base/dialog/Dialogs.h"
+#include "base/dialog/PageKeys.h"
 #include "language/DefinitionText.h"
 #include "language/LanguageCheck.h"
 #include "language/LanguagePreview.h"

@@ -2,14 +2,14 @@
 
 #include <QDir>
 
-#include "base/Dialogs.h"
+#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
-#include "control/FileNames.h"
-#include "control/LanguageTable.h"
-#include "control/TextModel.h"
+#include "base/dialog/Dialogs.h"
+#include "control/code/LanguageTable.h"
+#include "control/edit/TextModel.h"
 #include "language/DefinitionText.h"
-#include "text/Words.h"
+#include "text/line/Words.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <optional>
 
 #include "language/clsLang.h"
-#include "text/FileIo.h"
+#include "text/file/FileIo.h"
 
 class ucCM {
   Q_DECLARE_TR_FUNCTIONS(ucCM)

@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/Dialogs.h"
 #include "base/Strings.h"
+#include "base/dialog/Dialogs.h"
 #include "control/CodeMax.h"
-#include "control/LanguageTable.h"
-#include "control/LineLayout.h"
-#include "control/VSPrinter.h"
+#include "control/code/LanguageTable.h"
+#include "control/view/LineLayout.h"
+#include "page/VSPrinter.h"
 
 namespace {
 

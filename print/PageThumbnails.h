@@ -5,7 +5,7 @@
 #include <QCache>
 #include <QPixmap>
 
-#include "control/PrintPages.h"
+#include "page/PrintPages.h"
 
 class PageThumbnails : public QAbstractListModel {
   Q_OBJECT

@@ -3,7 +3,7 @@
 
 #include <QAbstractScrollArea>
 
-#include "control/PrintPages.h"
+#include "page/PrintPages.h"
 
 class PageView : public QAbstractScrollArea {
   Q_OBJECT

@@ -7,16 +7,16 @@
 #include <QPrinterInfo>
 #include <QProgressDialog>
 
-#include "base/Dialogs.h"
 #include "base/Hourglass.h"
 #include "base/Program.h"
 #include "base/Strings.h"
-#include "control/PdfFile.h"
-#include "control/TextModel.h"
+#include "base/dialog/Dialogs.h"
+#include "control/edit/TextModel.h"
 #include "document/FileErrors.h"
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
-#include "text/FileIo.h"
+#include "page/PdfFile.h"
+#include "text/file/FileIo.h"
 
 namespace {
 QString tr(const char* text) { return QCoreApplication::translate("PrintJob", text); }

@@ -1,7 +1,7 @@
 // The ways in to printing and the ways out to a printer and to a PDF file.
 #pragma once
 
-#include "control/PrintPages.h"
+#include "page/PrintPages.h"
 #include "print/frmPreview.h"
 
 class QPrinter;

@@ -4,13 +4,13 @@
 #include <QFontInfo>
 #include <QLocale>
 
+#include "base/FileNames.h"
 #include "base/FixedFont.h"
 #include "control/CodeMax.h"
-#include "control/FileNames.h"
-#include "control/VSPrinter.h"
 #include "document/frmDocument.h"
-#include "document/mCMXParser.h"
-#include "document/modRegistry.h"
+#include "page/VSPrinter.h"
+#include "script/mCMXParser.h"
+#include "settings/modRegistry.h"
 
 using namespace modRegistry;
 

@@ -4,7 +4,7 @@
 #include <QFont>
 #include <QPageLayout>
 
-#include "control/PrintPages.h"
+#include "page/PrintPages.h"
 #include "print/CWordWrap.h"
 
 class CodeMax;

@@ -20,12 +20,12 @@
 #include <QVBoxLayout>
 
 #include "base/ArrowIcon.h"
-#include "base/Dialogs.h"
-#include "base/FlowLayout.h"
 #include "base/Hourglass.h"
-#include "base/PageKeys.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "base/dialog/Dialogs.h"
+#include "base/dialog/FlowLayout.h"
+#include "base/dialog/PageKeys.h"
 #include "control/CodeMax.h"
 #include "document/frmDocument.h"
 #include "print/PageThumbnails.h"

@@ -5,7 +5,7 @@
 #include <QDialog>
 #include <memory>
 
-#include "control/VSPrinter.h"
+#include "page/VSPrinter.h"
 #include "print/PrintSettings.h"
 
 class CodeMax;

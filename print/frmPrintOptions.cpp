@@ -20,8 +20,8 @@
 #include <QTabWidget>
 #include <QToolButton>
 
-#include "base/PageKeys.h"
-#include "document/Statements.h"
+#include "base/dialog/PageKeys.h"
+#include "script/Statements.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <QTextStream>
 
-#include "control/KeyCommands.h"
+#include "control/keys/KeyCommands.h"
 
 namespace {
 

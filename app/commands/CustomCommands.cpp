@@ -1,7 +1,7 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
+#include "app/frame/frmMain.h"
 
 // Which macros there are is frmRegistry's affair (CommandstoMenu); it shows and hides the menu by its name.
 std::span<const FrameCommand> customCommands() {

@@ -1,8 +1,8 @@
 #include <QCoreApplication>
 
+#include "app/boxes/frmRecovered.h"
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
-#include "app/frmRecovered.h"
+#include "app/frame/frmMain.h"
 
 std::span<const FrameCommand> fileCommands() {
   static const FrameCommand rows[] = {

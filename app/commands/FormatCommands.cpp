@@ -2,13 +2,13 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
+#include "app/frame/frmMain.h"
 #include "base/Program.h"
+#include "change/AddIns.h"
+#include "change/LineDialogs.h"
+#include "change/LineTools.h"
+#include "change/frmFormat.h"
 #include "document/frmDocument.h"
-#include "print/AddIns.h"
-#include "print/LineDialogs.h"
-#include "print/LineTools.h"
-#include "print/frmFormat.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "app/FrameCommand.h"
+#include "app/frame/FrameCommand.h"
 
 #define ZELKOR_COMMAND_GROUPS(GROUP) \
   GROUP(fileCommands)                \

@@ -1,9 +1,9 @@
 #include <QCoreApplication>
 
-#include "app/AboutBox.h"
+#include "app/boxes/AboutBox.h"
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
-#include "app/mGlobals.h"
+#include "app/frame/frmMain.h"
+#include "app/start/mGlobals.h"
 
 std::span<const FrameCommand> helpCommands() {
   static const FrameCommand rows[] = {

@@ -2,7 +2,7 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
+#include "app/frame/frmMain.h"
 
 std::span<const FrameCommand> languageCommands() {
   static const FrameCommand rows[] = {

@@ -2,9 +2,9 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
+#include "app/frame/frmMain.h"
 #include "document/frmLog.h"
-#include "document/mCMXParser.h"
+#include "script/mCMXParser.h"
 
 std::span<const FrameCommand> logCommands() {
   static const FrameCommand rows[] = {

@@ -2,8 +2,8 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
-#include "base/Dialogs.h"
+#include "app/frame/frmMain.h"
+#include "base/dialog/Dialogs.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
 #include "print/PrintJob.h"

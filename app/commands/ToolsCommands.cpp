@@ -1,12 +1,12 @@
 #include <QCoreApplication>
 
-#include "app/KeyActions.h"
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
-#include "control/KeyMacro.h"
-#include "control/KeyMap.h"
-#include "document/CommandRun.h"
+#include "app/frame/KeyActions.h"
+#include "app/frame/frmMain.h"
+#include "control/keys/KeyMacro.h"
+#include "control/keys/KeyMap.h"
 #include "document/frmDocument.h"
+#include "script/CommandRun.h"
 
 std::span<const FrameCommand> toolsCommands() {
   static const FrameCommand rows[] = {

@@ -1,7 +1,7 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
+#include "app/frame/frmMain.h"
 #include "document/frmDocument.h"
 
 namespace {
@@ -25,10 +25,10 @@ std::span<const FrameCommand> viewCommands() {
       {.name = "mnuViewTabs", .menu = "mnuView", .place = 120, .caption = QT_TRANSLATE_NOOP("frmMain", "T&abs"),
        .run = [](frmMain& f) { f.SetupToolStatus(); }, .checkable = true},
       {.name = "mnuViewWhiteSpace", .menu = "mnuView", .place = 300,
-       .caption = QT_TRANSLATE_NOOP("frmMain", "&White Space"), .needs = kDocument, .command = 185, .checkable = true,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&White Space"), .needs = kDocument, .command = Cmd::TOGGLEWHITESPACEDISPLAY, .checkable = true,
        .checked = [](frmMain& f) { return f.activeDocument() && f.activeDocument()->cmx->WhiteSpaceDisplay(); }},
       {.name = "mnuViewMatchingBrace", .menu = "mnuView", .place = 400,
-       .caption = QT_TRANSLATE_NOOP("frmMain", "Go To &Matching Brace"), .needs = kDocument, .command = 166},
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Go To &Matching Brace"), .needs = kDocument, .command = Cmd::GOTOMATCHBRACE},
       {.name = "mnuViewZoomIn", .menu = "mnuView", .place = 500, .caption = QT_TRANSLATE_NOOP("frmMain", "Zoom &In"),
        .keys = "Ctrl++; Ctrl+=", .needs = kDocument, .run = [](frmMain& f) { zoom(f, 10); }},
       {.name = "mnuViewZoomOut", .menu = "mnuView", .place = 510, .caption = QT_TRANSLATE_NOOP("frmMain", "Zoom &Out"),

@@ -1,7 +1,7 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
-#include "app/frmMain.h"
+#include "app/frame/frmMain.h"
 
 std::span<const FrameCommand> windowCommands() {
   static const FrameCommand rows[] = {

@@ -11,19 +11,19 @@
 #include <numeric>
 #include <vector>
 
-#include "app/FrameMenus.h"
-#include "app/Instance.h"
-#include "app/LeftoverLook.h"
-#include "app/frmMain.h"
-#include "app/frmRecovered.h"
-#include "app/mGlobals.h"
+#include "app/boxes/frmRecovered.h"
+#include "app/frame/FrameMenus.h"
+#include "app/frame/frmMain.h"
+#include "app/start/Instance.h"
+#include "app/start/LeftoverLook.h"
+#include "app/start/mGlobals.h"
 #include "base/Program.h"
 #include "bench/Bench.h"
 #include "document/Languages.h"
 #include "document/Recovery.h"
 #include "document/frmRegistry.h"
-#include "document/modRegistry.h"
 #include "language/ucCM.h"
+#include "settings/modRegistry.h"
 
 namespace {
 

@@ -7,13 +7,13 @@
 #include <numeric>
 #include <vector>
 
-#include "app/frmMain.h"
+#include "app/frame/frmMain.h"
 #include "base/Program.h"
 #include "bench/Application.h"
 #include "bench/Bench.h"
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
-#include "document/modRegistry.h"
+#include "settings/modRegistry.h"
 
 namespace {
 

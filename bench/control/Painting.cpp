@@ -5,7 +5,7 @@
 #include "bench/Application.h"
 #include "bench/Bench.h"
 #include "control/CodeMax.h"
-#include "control/Pane.h"
+#include "control/view/Pane.h"
 
 namespace {
 

@@ -6,13 +6,13 @@
 
 #include "bench/Application.h"
 #include "bench/Bench.h"
-#include "document/Batch.h"
 #include "document/Frame.h"
-#include "document/Process.h"
-#include "document/RegistryFile.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
-#include "document/mCMXParser.h"
+#include "process/Process.h"
+#include "script/Batch.h"
+#include "script/mCMXParser.h"
+#include "settings/RegistryFile.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Formatting, columnising and line tools on long texts, and what their undo step keeps.
 #include "bench/print/Language.h"
+#include "change/AddIns.h"
+#include "change/FormatText.h"
+#include "change/LineTools.h"
 #include "control/CodeMax.h"
-#include "print/AddIns.h"
-#include "print/FormatText.h"
-#include "print/LineTools.h"
 
 namespace {
 

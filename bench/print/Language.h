@@ -6,7 +6,7 @@
 
 #include "bench/Application.h"
 #include "bench/Bench.h"
-#include "control/LanguageTable.h"
+#include "control/code/LanguageTable.h"
 #include "language/clsLang.h"
 
 namespace bench_print {

@@ -1,8 +1,8 @@
 // What a person waits for when printing: the PDF, the first page of the preview. Measured on Qt's offscreen platform.
 #include "bench/print/Language.h"
 #include "control/CodeMax.h"
-#include "control/PdfFile.h"
-#include "control/VSPrinter.h"
+#include "page/PdfFile.h"
+#include "page/VSPrinter.h"
 #include "print/PrintSettings.h"
 #include "print/frmPreview.h"
 

@@ -3,7 +3,7 @@
 #include <random>
 
 #include "bench/Bench.h"
-#include "text/Document.h"
+#include "text/store/Document.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <filesystem>
 
 #include "bench/Bench.h"
-#include "text/FileIo.h"
+#include "text/file/FileIo.h"
 
 namespace {
 

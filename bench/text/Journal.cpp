@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "bench/Bench.h"
-#include "text/Journal.h"
-#include "text/JournalRead.h"
+#include "text/journal/Journal.h"
+#include "text/journal/JournalRead.h"
 
 namespace {
 

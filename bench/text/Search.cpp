@@ -1,11 +1,11 @@
 // Finding and colouring: all hits in 100 MB against memmem and PCRE2's own loop, and the states of a large source.
 #define PCRE2_CODE_UNIT_WIDTH 8
-#include "text/Search.h"
+#include "text/find/Search.h"
 
 #include <pcre2.h>
 
 #include "bench/Bench.h"
-#include "text/LongColors.h"
+#include "text/color/LongColors.h"
 
 namespace {
 

@@ -9,11 +9,11 @@
 #include <QToolButton>
 #include <QtTest/QTest>
 
-#include "app/Icons.h"
+#include "app/look/Icons.h"
 #include "base/Program.h"
-#include "control/KeyCommands.h"
-#include "control/KeyMacro.h"
-#include "control/KeyMap.h"
+#include "control/keys/KeyCommands.h"
+#include "control/keys/KeyMacro.h"
+#include "control/keys/KeyMap.h"
 #include "tests/app/FrameFixture.h"
 
 namespace {
@@ -121,7 +121,7 @@ struct State {
 };
 constexpr State kStates[] = {
     {"mnuFileNew", "++++"},        {"mnuFileOpen", "++++"},      {"mnuFileReload", "--++"},
-    {"mnuFileClose", "-+++"},      {"mnuFileCloseAll", "-+++"},  {"mnuFileSave", "--+-"},
+    {"mnuFileClose", "-+++"},      {"mnuFileCloseAll", "-+++"},  {"mnuFileSave", "-++-"},
     {"mnuFileSaveAs", "-+++"},     {"mnuFileSaveAll", "--++"},   {"mnuFileExit", "++++"},
     {"mnuFileRecovered", "++++"},
     {"mEditUndo", "--+-"},         {"mEditRedo", "----"},        {"mEditCut", "--+-"},
@@ -267,8 +267,8 @@ TEST_F(Commands, KeystrokesArePlayedAsOftenAsAsked) {
     EXPECT_EQ(document->cmx->Text(), q(c.text));
     EXPECT_TRUE(!refused || boxes.last().text == q(c.answer) + q(" is not a number of times"));
   }
-  document->cmx->ExecuteCmd(129);
-  document->cmx->ExecuteCmd(129);
+  document->cmx->ExecuteCmd(Cmd::UNDO);
+  document->cmx->ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(document->cmx->Text(), q("ab")) << "each playing was one step";
 }
 

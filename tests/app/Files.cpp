@@ -3,7 +3,7 @@
 #include <QListWidget>
 #include <QToolButton>
 
-#include "control/Pane.h"
+#include "control/view/Pane.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/Cost.h"
 
@@ -78,7 +78,7 @@ TEST_F(Files, WriteProtectedFilesOpenGuarded) {
   main->panels().button(Panel::overtype)->click();
   EXPECT_EQ(main->panels().panel(Panel::overtype), q("INS"));
   EXPECT_TRUE(type(document)) << "the person may change it all the same";
-  document->cmx->ExecuteCmd(129);
+  document->cmx->ExecuteCmd(Cmd::UNDO);
   trigger("mEditReadOnly");
   protect("a.v", false);
   EXPECT_TRUE(type(document)) << "it may be written again";

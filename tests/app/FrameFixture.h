@@ -10,15 +10,15 @@
 #include <QTimer>
 #include <functional>
 
-#include "app/FrameMenus.h"
-#include "app/StatusPanels.h"
-#include "app/frmMain.h"
-#include "app/frmUnsaved.h"
+#include "app/boxes/frmUnsaved.h"
+#include "app/frame/FrameMenus.h"
+#include "app/frame/StatusPanels.h"
+#include "app/frame/frmMain.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
-#include "document/modRegistry.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
+#include "settings/modRegistry.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/OwnFolder.h"
 #include "tests/support/ScriptedDialogs.h"

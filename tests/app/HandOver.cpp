@@ -1,9 +1,9 @@
 // Command lines handed over between real processes: each is acted on, in order, or its sender's person is told (promises I1, I2).
 #include <random>
 
-#include "control/Msghook.h"
-#include "control/Rendezvous.h"
-#include "document/ProgramWindow.h"
+#include "handoff/Msghook.h"
+#include "handoff/Rendezvous.h"
+#include "process/ProgramWindow.h"
 #include "tests/app/ProcessFixture.h"
 #include "tests/support/Xvfb.h"
 

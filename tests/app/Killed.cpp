@@ -6,8 +6,8 @@
 #include "tests/app/ProcessFixture.h"
 #include "tests/support/TypistLog.h"
 #include "tests/support/files/MachinePace.h"
-#include "text/Journal.h"
-#include "text/JournalRead.h"
+#include "text/journal/Journal.h"
+#include "text/journal/JournalRead.h"
 
 namespace {
 

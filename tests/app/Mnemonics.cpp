@@ -16,7 +16,7 @@
 #include <QToolButton>
 #include <QTreeView>
 
-#include "app/FrameCommand.h"
+#include "app/frame/FrameCommand.h"
 #include "tests/app/FrameFixture.h"
 
 namespace {

@@ -16,10 +16,10 @@
 #include <QTreeWidget>
 #include <filesystem>
 
-#include "app/Arguments.h"
+#include "app/start/Arguments.h"
+#include "base/FileNames.h"
 #include "base/Strings.h"
-#include "control/FileNames.h"
-#include "control/TextModel.h"
+#include "control/edit/TextModel.h"
 #include "document/frmLog.h"
 #include "tests/app/FrameFixture.h"
 

@@ -1,5 +1,5 @@
 // Printing from the command line: the options, and runs of the real program.
-#include "app/PrintArguments.h"
+#include "app/start/PrintArguments.h"
 #include "print/PrintSettings.h"
 #include "tests/app/ProcessFixture.h"
 

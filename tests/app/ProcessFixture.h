@@ -13,7 +13,7 @@
 #include <QRegularExpression>
 #include <QSet>
 
-#include "control/Msghook.h"
+#include "handoff/Msghook.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/EventLoop.h"
 

@@ -1,5 +1,5 @@
 // Texts that come back after a crash, as the person meets them.
-#include "app/frmRecovered.h"
+#include "app/boxes/frmRecovered.h"
 
 #include <QFileInfo>
 #include <QLabel>
@@ -10,10 +10,10 @@
 #include <atomic>
 #include <functional>
 
-#include "app/LeftoverLook.h"
-#include "app/StandardInput.h"
+#include "app/start/LeftoverLook.h"
+#include "app/start/StandardInput.h"
+#include "base/FileNames.h"
 #include "base/Program.h"
-#include "control/FileNames.h"
 #include "document/Recovery.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"
@@ -297,7 +297,7 @@ TEST_F(Recovered, S6_ACopyThatAKilledSaveLeftIsOfferedWhenTheFileIsOpened) {
   EXPECT_TRUE(document->DocumentModified());
   EXPECT_EQ(document->cmx->GetLine(0), q("the text before"));
   EXPECT_FALSE(QFile::exists(path(".a.v.zelkor-recovery-abcdefghij")));
-  document->cmx->ExecuteCmd(129);   // undo
+  document->cmx->ExecuteCmd(Cmd::UNDO);   // undo
   EXPECT_EQ(document->cmx->GetLine(0), q("half a te"));
   boxes.answer(Answer::ok);
   trigger("mnuFileRecovered");

@@ -1,14 +1,14 @@
 // J7: the end of the desktop's session, and closing that was agreed to before it happens.
-#include "app/SessionEnd.h"
+#include "app/start/SessionEnd.h"
 
 #include <QPushButton>
 #include <QTest>
 #include <thread>
 
-#include "control/LongWork.h"
+#include "base/LongWork.h"
 #include "document/Recovery.h"
-#include "document/mCMXParser.h"
 #include "language/frmDefinitions.h"
+#include "script/mCMXParser.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"
 

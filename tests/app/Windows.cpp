@@ -4,9 +4,9 @@
 #include <QMouseEvent>
 #include <QSet>
 
-#include "app/DocumentTabs.h"
+#include "app/frame/DocumentTabs.h"
 #include "document/frmLog.h"
-#include "document/mCMXParser.h"
+#include "script/mCMXParser.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/OnceAProgramRuns.h"
 

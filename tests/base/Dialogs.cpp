@@ -1,4 +1,4 @@
-#include "base/Dialogs.h"
+#include "base/dialog/Dialogs.h"
 
 #include <gtest/gtest.h>
 
@@ -25,12 +25,12 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include "base/FitScreen.h"
 #include "base/FixedFont.h"
-#include "base/PageKeys.h"
-#include "base/PressAtOnce.h"
 #include "base/Program.h"
-#include "base/TypedKeys.h"
+#include "base/dialog/FitScreen.h"
+#include "base/dialog/PageKeys.h"
+#include "base/dialog/PressAtOnce.h"
+#include "base/dialog/TypedKeys.h"
 #include "tests/support/Text.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 
-#include "base/FileFilter.h"
+#include "base/dialog/FileFilter.h"
 #include "tests/support/Text.h"
 
 TEST(Strings, ReplaceAllResumesAtTheReplacement) {

@@ -1,5 +1,5 @@
 // Indentation as it is typed, by block words and brackets.
-#include "control/LanguageTable.h"
+#include "control/code/LanguageTable.h"
 #include "tests/control/EditorFixture.h"
 
 namespace {

@@ -1,10 +1,10 @@
 // H6: what colouring and the search for a bracket's partner cost while a window is painted does not depend on how hostile the text
 // is: both have a budget, and depth is only counted.
-#include "control/Brackets.h"
+#include "control/code/Brackets.h"
 
-#include "control/CommandTable.h"
-#include "control/LanguageTable.h"
-#include "control/TextModel.h"
+#include "control/code/LanguageTable.h"
+#include "control/edit/CommandTable.h"
+#include "control/edit/TextModel.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/Cost.h"
 

@@ -1,6 +1,6 @@
 #include "control/CodeMax.h"
 
-#include "control/LanguageTable.h"
+#include "control/code/LanguageTable.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/Text.h"
 #include "tests/support/files/TempFolder.h"
@@ -62,7 +62,7 @@ TEST_F(CodeMaxMembers, EachChangeIsOneUndoStep) {
     const bool changed = bytes() != parseCaret(before).bytes;
     EXPECT_EQ(control.CanUndo(), changed) << c.what;
     if (!changed) continue;
-    control.ExecuteCmd(129);
+    control.ExecuteCmd(Cmd::UNDO);
     EXPECT_EQ(now(), before) << "undo of " << c.what;
     EXPECT_FALSE(control.CanUndo()) << c.what << " was more than one step";
     EXPECT_FALSE(control.Modified());
@@ -144,9 +144,9 @@ TEST_F(CodeMaxMembers, EditBlockIsOneStepAndTellsOnce) {
   }
   EXPECT_EQ(moved, 1);
   EXPECT_EQ(now(), "> a\n> b\n> |c");
-  control.ExecuteCmd(129);
+  control.ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(now(), "|a\nb\nc");
-  control.ExecuteCmd(139);
+  control.ExecuteCmd(Cmd::REDO);
   EXPECT_EQ(now(), "> a\n> b\n> |c");
   EXPECT_FALSE(control.ExecuteCmd(99));
   EXPECT_FALSE(control.ExecuteCmd(213));
@@ -169,9 +169,9 @@ TEST_F(CodeMaxMembers, FilesKeepTheirBytes) {
   ASSERT_TRUE(control.SaveFile(path).ok());
   EXPECT_EQ(testing_files::readRaw(file), "Z" + bytes);
   EXPECT_FALSE(control.Modified());
-  control.ExecuteCmd(129);
+  control.ExecuteCmd(Cmd::UNDO);
   EXPECT_TRUE(control.Modified()) << "undone past the save";
-  control.ExecuteCmd(139);
+  control.ExecuteCmd(Cmd::REDO);
   EXPECT_FALSE(control.Modified());
 
   testing_files::writeRaw(file, "somebody else's");
@@ -215,8 +215,8 @@ TEST_F(CodeMaxMembers, TwoControlsOnOneText) {
   EXPECT_EQ(second.GetSel(true), (CmRange{1, 0, 1, 4, false})) << "its own selection";
   control.InsertLine(0, q("top"));
   EXPECT_EQ(second.GetSel(true), (CmRange{2, 0, 2, 4, false})) << "which stays with its text";
-  second.ExecuteCmd(129);
-  second.ExecuteCmd(129);
+  second.ExecuteCmd(Cmd::UNDO);
+  second.ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(bytes(), "line one\nline two\nline three");
 }
 

@@ -1,5 +1,5 @@
 // Editing without commands: selection, typing, new lines, blocks, several editors on one text.
-#include "control/Editor.h"
+#include "control/edit/Editor.h"
 
 #include "tests/control/EditorFixture.h"
 

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "control/CommandTable.h"
-#include "control/Editor.h"
+#include "control/edit/CommandTable.h"
+#include "control/edit/Editor.h"
 #include "tests/support/Caret.h"
 #include "tests/support/FakeHost.h"
 

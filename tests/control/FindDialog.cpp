@@ -1,5 +1,5 @@
 // The find dialog, used as a person does: in a main window, with keys and clicks.
-#include "control/FindDialog.h"
+#include "control/find/FindDialog.h"
 
 #include <gtest/gtest.h>
 
@@ -14,8 +14,8 @@
 #include <QtTest/QTest>
 
 #include "control/CodeMax.h"
-#include "control/FindJob.h"
-#include "control/KeyMacro.h"
+#include "control/find/FindJob.h"
+#include "control/keys/KeyMacro.h"
 #include "tests/support/Caret.h"
 #include "tests/support/Cost.h"
 #include "tests/support/EventLoop.h"
@@ -135,7 +135,7 @@ TEST_F(FindDialogTest, Replaces) {
   EXPECT_EQ(text->Text(), QStringLiteral("xy XY Xy xy"));
   EXPECT_EQ(dialog().status(), QStringLiteral("1 replaced"));
   EXPECT_EQ(notes.last(), QStringLiteral("1 replaced"));
-  text->ExecuteCmd(129);
+  text->ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(text->Text(), QStringLiteral("xy XY Xy ab"));
 }
 
@@ -169,7 +169,7 @@ TEST_F(FindDialogTest, AColumnSelectionIsSearchedRowByRow) {
   EXPECT_EQ(shown(), "a\naxyz a\nbxyzb a\nbbbb a\n\nabc@a| a\n") << "the rows move with the text";
   click("replaceAll");
   EXPECT_EQ(shown(), "a\naxyz a\nbxyzb a\nbbbb a\n\nabc@xyz| a\n");
-  text->ExecuteCmd(129);
+  text->ExecuteCmd(Cmd::UNDO);
   text->InsertText(QStringLiteral("aa"), {1, 1});
   text->InsertText(QStringLiteral("aa"), {1, 6});
   click("count");
@@ -191,9 +191,9 @@ TEST_F(FindDialogTest, ReplacesInTheSelectionAndStaysInIt) {
   EXPECT_EQ(text->Text(), QStringLiteral("a\nc\nc c\na\n"));
   // The rows of a column selection.
   show("aaa#a\naa\naaaa|\n", true);
-  text->ExecuteCmd(169);
+  text->ExecuteCmd(Cmd::FINDREPLACE);
   text->editor().setRange({0, 1, 2, 3, true});
-  text->ExecuteCmd(169);
+  text->ExecuteCmd(Cmd::FINDREPLACE);
   type("findText", QStringLiteral("a"));
   click("count");
   EXPECT_EQ(dialog().status(), QStringLiteral("5 found"));
@@ -226,12 +226,12 @@ TEST_F(FindDialogTest, LeavesNothingBehind) {
 TEST_F(FindDialogTest, ReplacesNothingInAReadOnlyText) {
   show("|ab", true);
   text->setReadOnly(true);
-  text->ExecuteCmd(169);
+  text->ExecuteCmd(Cmd::FINDREPLACE);
   type("findText", QStringLiteral("ab"));
   EXPECT_TRUE(part<QPushButton>("findNext").isEnabled());
   EXPECT_FALSE(part<QPushButton>("replace").isEnabled() || part<QPushButton>("replaceAll").isEnabled());
   text->setReadOnly(false);
-  text->ExecuteCmd(169);
+  text->ExecuteCmd(Cmd::FINDREPLACE);
   EXPECT_TRUE(part<QPushButton>("replace").isEnabled() && part<QPushButton>("replaceAll").isEnabled());
   text->setReadOnly(true);   // while it is open: Return in the field comes through
   press("replaceText", Qt::Key_Return);
@@ -322,7 +322,7 @@ TEST_F(FindDialogTest, LongOnesRunBesideAndAreCancelled) {
   ASSERT_TRUE(finish());
   EXPECT_EQ(dialog().status(), QStringLiteral("200000 replaced"));
   EXPECT_EQ(text->GetLine(199999), QStringLiteral("some thing here"));
-  text->ExecuteCmd(129);
+  text->ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(text->Text(), u'x' + QString::fromStdString(lines)) << "one undo step";
   click("markAll");      // and the window may go while it runs
 }
@@ -363,7 +363,7 @@ TEST_F(FindDialogTest, FloatsWhereThereIsNoMainWindow) {
   CodeMax alone;
   alone.setText(QStringLiteral("one two"));
   alone.show();
-  alone.ExecuteCmd(178);
+  alone.ExecuteCmd(Cmd::FIND);
   auto* floating = alone.findChild<FindDialog*>();
   ASSERT_NE(floating, nullptr);
   EXPECT_TRUE(floating->isVisible());

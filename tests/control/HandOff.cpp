@@ -13,8 +13,8 @@
 #include <QTemporaryDir>
 #include <QThread>
 
-#include "control/Msghook.h"
-#include "control/Rendezvous.h"
+#include "handoff/Msghook.h"
+#include "handoff/Rendezvous.h"
 #include "tests/support/EventLoop.h"
 
 namespace {

@@ -1,11 +1,11 @@
-#include "control/KeyMacro.h"
+#include "control/keys/KeyMacro.h"
 
 #include <random>
 
 #include "base/Program.h"
 
-#include "control/KeyCommands.h"
-#include "control/KeyMap.h"
+#include "control/keys/KeyCommands.h"
+#include "control/keys/KeyMap.h"
 #include "tests/control/EditorFixture.h"
 #include "tests/support/Cost.h"
 

@@ -1,10 +1,10 @@
-#include "control/KeyMap.h"
+#include "control/keys/KeyMap.h"
 
 #include <gtest/gtest.h>
 
 #include <QKeyEvent>
 
-#include "control/KeyCommands.h"
+#include "control/keys/KeyCommands.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "control/LineLayout.h"
+#include "control/view/LineLayout.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
 
-#include "control/LongLines.h"
-#include "control/TextModel.h"
+#include "control/edit/TextModel.h"
+#include "control/view/LongLines.h"
 
 using text::ByteOffset;
 using text::LineNo;

@@ -1,5 +1,5 @@
 // Find commands on large texts: small ones are done at once, long ones show a window in which they can be cancelled.
-#include "control/LongWork.h"
+#include "base/LongWork.h"
 
 #include <QKeyEvent>
 #include <QProgressDialog>
@@ -8,9 +8,9 @@
 #include <future>
 #include <thread>
 
-#include "base/Dialogs.h"
 #include "base/Program.h"
-#include "control/CommandTable.h"
+#include "base/dialog/Dialogs.h"
+#include "control/edit/CommandTable.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/EventLoop.h"
 
@@ -82,7 +82,7 @@ TEST_F(LongWorkTest, FindCommandsDoTheSameEitherWay) {
     EXPECT_TRUE(control.hasBookmark(0) && control.hasBookmark(1));
     command("REPLACEALLINBUFFER");
     EXPECT_EQ(bytes(), "c x c x\nc\n");
-    control.ExecuteCmd(129);
+    control.ExecuteCmd(Cmd::UNDO);
     EXPECT_EQ(bytes(), "ab x ab x\nab\n") << "one step";
     searchState().options.regex = true;
     searchState().findText = QStringLiteral("(");

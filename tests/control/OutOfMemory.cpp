@@ -5,8 +5,8 @@
 #include <QMimeData>
 #include <sys/resource.h>
 
-#include "base/Memory.h"
-#include "control/CommandTable.h"
+#include "base/dialog/Memory.h"
+#include "control/edit/CommandTable.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/ScriptedDialogs.h"
 #include "tests/support/files/AllocationFault.h"

@@ -1,4 +1,4 @@
-#include "control/Pane.h"
+#include "control/view/Pane.h"
 
 #include <QAccessible>
 #include <QClipboard>
@@ -8,9 +8,9 @@
 #include <QToolTip>
 #include <random>
 
-#include "control/LanguageTable.h"
-#include "control/PaneGrid.h"
-#include "control/TextMime.h"
+#include "control/code/LanguageTable.h"
+#include "control/edit/TextMime.h"
+#include "control/view/PaneGrid.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/Text.h"
@@ -441,7 +441,7 @@ TEST_F(PaneViews, UndoShowsWhatItChanged) {
   control.ReplaceSel(q("X"));
   control.SetSel({900, 0, 900, 0, false});
   EXPECT_GT(pane()->topLine(), 800);
-  control.ExecuteCmd(129);
+  control.ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(control.GetSel(true), (CmRange{10, 2, 10, 5, false}));
   EXPECT_LE(pane()->topLine(), 10);
   EXPECT_GE(pane()->topLine() + pane()->visibleLines(), 11);

@@ -10,7 +10,7 @@
 #include <QWheelEvent>
 
 #include "control/CodeMax.h"
-#include "control/Pane.h"
+#include "control/view/Pane.h"
 #include "tests/support/Caret.h"
 
 inline QPalette desktopPalette(bool dark) {

@@ -1,5 +1,5 @@
 // The properties dialog: OK gives everything once, Cancel nothing; the keyboard page binds, tells conflicts and restores.
-#include "control/PropertiesDialog.h"
+#include "control/options/PropertiesDialog.h"
 
 #include <gtest/gtest.h>
 
@@ -18,13 +18,13 @@
 #include <QTreeWidget>
 #include <QtTest/QTest>
 
-#include "base/Dialogs.h"
-#include "control/KeyCommands.h"
-#include "control/KeyField.h"
-#include "control/KeyMacro.h"
-#include "control/KeyMap.h"
-#include "control/LanguageTable.h"
-#include "control/TextModel.h"
+#include "base/dialog/Dialogs.h"
+#include "control/code/LanguageTable.h"
+#include "control/edit/TextModel.h"
+#include "control/keys/KeyCommands.h"
+#include "control/keys/KeyField.h"
+#include "control/keys/KeyMacro.h"
+#include "control/keys/KeyMap.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/ScriptedDialogs.h"
 

@@ -2,7 +2,7 @@
 // characters, and undoing everything brings the first text back. ZELKOR_SEED and ZELKOR_STEPS choose another run.
 #include <random>
 
-#include "control/KeyCommands.h"
+#include "control/keys/KeyCommands.h"
 #include "tests/control/EditorFixture.h"
 
 namespace {

@@ -1,11 +1,11 @@
-#include "control/TextModel.h"
+#include "control/edit/TextModel.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "control/LanguageTable.h"
-#include "text/Chars.h"
+#include "control/code/LanguageTable.h"
+#include "text/line/Chars.h"
 
 using text::ByteOffset;
 using text::LineNo;

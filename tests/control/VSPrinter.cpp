@@ -1,11 +1,11 @@
 // Page layout as plain data: where text stands, where lines and pages break.
-#include "control/VSPrinter.h"
+#include "page/VSPrinter.h"
 
 #include <gtest/gtest.h>
 
 #include <QFontMetricsF>
 
-#include "control/PdfFile.h"
+#include "page/PdfFile.h"
 
 namespace {
 

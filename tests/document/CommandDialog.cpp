@@ -10,14 +10,14 @@
 #include <QTest>
 #include <QTextBlock>
 
-#include "control/ControlOptions.h"
-#include "control/KeyMacro.h"
-#include "control/KeyMap.h"
+#include "control/keys/KeyMacro.h"
+#include "control/keys/KeyMap.h"
+#include "control/options/ControlOptions.h"
 #include "document/CMXRegistry.h"
-#include "document/CommandField.h"
-#include "document/RegistryFile.h"
-#include "document/frmCommand.h"
-#include "document/modRegistry.h"
+#include "script/CommandField.h"
+#include "script/frmCommand.h"
+#include "settings/RegistryFile.h"
+#include "settings/modRegistry.h"
 #include "tests/document/RunFixture.h"
 #include "tests/support/OnceAProgramRuns.h"
 

@@ -6,10 +6,10 @@
 #include <QKeyEvent>
 
 #include "base/Program.h"
-#include "document/CommandRun.h"
 #include "document/Languages.h"
-#include "document/Process.h"
 #include "language/ucCM.h"
+#include "process/Process.h"
+#include "script/CommandRun.h"
 #include "tests/document/RunFixture.h"
 #include "tests/support/OnceAProgramRuns.h"
 
@@ -40,9 +40,9 @@ TEST(CommandRuns, IsOneUndoStepInEachText) {
   EXPECT_EQ(frame.cmx().GetLine(1), u"TWO!"_s);
   EXPECT_EQ(frame.logWindow->Text(), u"log\r\na\r\nb\r\n"_s);
   EXPECT_EQ(frame.shown, 1);
-  frame.cmx().ExecuteCmd(129);
+  frame.cmx().ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(frame.cmx().Text(), frame.cmx().EnableCRLF() ? u"one\r\ntwo"_s : u"one\ntwo"_s);
-  frame.logWindow->cmx->ExecuteCmd(129);
+  frame.logWindow->cmx->ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(frame.logWindow->Text(), u"log\r\n"_s);
   frame.run(u"cmdDOCUMENTEND"_s);
   EXPECT_EQ(frame.shown, 1) << "a run that wrote nothing shows no log";
@@ -53,10 +53,10 @@ TEST(CommandRuns, UndoInsideARunReachesBehindItAndLeavesOneStep) {
   frame.cmx().ReplaceSel(u"typed"_s);
   EXPECT_EQ(frame.run(u"cmdINSERTCHAR 1\ncmdUNDO\ncmdUNDO\ncmdINSERTCHAR a\ncmdINSERTCHAR b"_s).ending, Ending::done);
   EXPECT_EQ(frame.cmx().Text(), u"ab"_s);
-  frame.cmx().ExecuteCmd(129);
+  frame.cmx().ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(frame.cmx().Text(), u""_s) << "what is left of the run is one step";
   EXPECT_FALSE(frame.cmx().CanUndo());
-  frame.cmx().ExecuteCmd(139);
+  frame.cmx().ExecuteCmd(Cmd::REDO);
   EXPECT_EQ(frame.cmx().Text(), u"ab"_s);
 }
 
@@ -122,7 +122,7 @@ TEST(CommandRuns, TheStepStaysWholeOverAWaitUnlessThePersonWorks) {
     });
     EXPECT_EQ(frame.run(u"cmdINSERTCHAR 1\nSHELLW "_s + gate.wait() + u"\ncmdINSERTCHAR 2"_s).ending, Ending::done);
     EXPECT_EQ(frame.cmx().GetLine(0), u"12text"_s);
-    frame.cmx().ExecuteCmd(129);
+    frame.cmx().ExecuteCmd(Cmd::UNDO);
     EXPECT_EQ(frame.cmx().GetLine(0), works ? u"1text"_s : u"text"_s);
     EXPECT_EQ(frame.panels[1], u"Normal completion."_s);
   }

@@ -6,8 +6,8 @@
 #include <QKeyEvent>
 #include <QThread>
 
-#include "control/Pane.h"
-#include "document/modRegistry.h"
+#include "control/view/Pane.h"
+#include "settings/modRegistry.h"
 #include "tests/document/DocumentFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"
 
@@ -109,9 +109,9 @@ TEST_F(Document, SaveKeepsBytesAndLeavesNothingBehind) {
   EXPECT_EQ(document->windowTitle(), q("mixed.txt"));
   EXPECT_EQ(main.panels[1], path("mixed.txt"));
   EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{q("mixed.txt")});
-  document->cmx->ExecuteCmd(129);
+  document->cmx->ExecuteCmd(Cmd::UNDO);
   EXPECT_TRUE(document->DocumentModified());
-  document->cmx->ExecuteCmd(139);
+  document->cmx->ExecuteCmd(Cmd::REDO);
   EXPECT_FALSE(document->DocumentModified()) << "back at what was saved";
 }
 
@@ -305,7 +305,7 @@ TEST_F(DocumentLanguage, CommentAndUncomment) {
     EXPECT_TRUE(document->SaveDocumment(path("c.v")));
     EXPECT_EQ(read(path("c.v")), c.expected);
     if (read(path("c.v")) != c.text) {
-      document->cmx->ExecuteCmd(129);
+      document->cmx->ExecuteCmd(Cmd::UNDO);
       EXPECT_TRUE(document->SaveDocumment(path("c.v")));
       EXPECT_EQ(read(path("c.v")), c.text) << "one step back";
     }

@@ -5,9 +5,9 @@
 #include <QElapsedTimer>
 #include <QFile>
 
-#include "control/TextModel.h"
+#include "control/edit/TextModel.h"
 #include "document/Messages.h"
-#include "document/Process.h"
+#include "process/Process.h"
 #include "tests/document/RunFixture.h"
 #include "tests/support/files/SaveSweep.h"
 
@@ -213,7 +213,7 @@ TEST(Log, WalksFromMessageToMessage) {
   testing_files::writeRaw(folder / "top.v", "one\ntwo\nthree\n");
   const QString path = QString::fromStdString(folder / "top.v");
   frame.logWindow->AppendLog(u"start\n%1:3: first\nnothing\n%1:1: second\nmissing.v:1: x\n"_s.arg(path));
-  frame.logWindow->cmx->ExecuteCmd(189);
+  frame.logWindow->cmx->ExecuteCmd(Cmd::DOCUMENTSTART);
   const auto line = [&] { return frame.cmx().GetSel(true).StartLineNo; };
   EXPECT_TRUE(frame.logWindow->nextMessage());
   EXPECT_EQ(frame.opened.last(), path);
@@ -238,7 +238,7 @@ TEST(Log, WhatAProgramPrintedIsWalkedFromItsBeginning) {
   testing_files::writeRaw(folder / "top.v", "one\ntwo\nthree\n");
   const QString path = QString::fromStdString(folder / "top.v");
   frame.logWindow->AppendLog(u"%1:1: of an earlier program\n"_s.arg(path));
-  frame.logWindow->cmx->ExecuteCmd(191);
+  frame.logWindow->cmx->ExecuteCmd(Cmd::DOCUMENTEND);
   frame.run(u"SHELLW %1 err %2:2:x out %2:3:x"_s.arg(startee(), path));
   EXPECT_TRUE(frame.logWindow->nextMessage());
   EXPECT_NE(frame.cmx().GetSel(true).StartLineNo, 0);
@@ -248,7 +248,7 @@ TEST(Log, HitsOfUsageAreWalkedAndNothingIsSelected) {
   RunFrame frame;
   frame.cmx().setText(u"one\ntwo\n  two two\n"_s);
   frame.run(u"USAGE two -v"_s);
-  frame.logWindow->cmx->ExecuteCmd(189);
+  frame.logWindow->cmx->ExecuteCmd(Cmd::DOCUMENTSTART);
   QStringList places;
   while (frame.logWindow->nextMessage()) {
     const CmRange at = frame.cmx().GetSel(true);
@@ -263,7 +263,7 @@ TEST(Log, ALongLogWithoutMessagesIsWalkedAtOnce) {
   QString lines;
   for (int n = 0; n < 40000; ++n) lines += u"12:%1:07 step %2 of net top/u%2 (%1): 0 violated\n"_s.arg(n % 60).arg(n);
   frame.logWindow->AppendLog(lines, Stream::output);
-  frame.logWindow->cmx->ExecuteCmd(189);
+  frame.logWindow->cmx->ExecuteCmd(Cmd::DOCUMENTSTART);
   EXPECT_FALSE(frame.logWindow->nextMessage());
   EXPECT_EQ(frame.logWindow->streamOf(0), Stream::output);
 }
@@ -310,7 +310,7 @@ TEST(Log, SavesAndInsertsFiles) {
   EXPECT_TRUE(log.SaveDocumment(QString::fromStdString(folder / "x.log")));
   EXPECT_EQ(testing_files::readRaw(folder / "x.log"), "a\r\nb\r\n");
   testing_files::writeRaw(folder / "in", "1\n\x02\n");
-  log.cmx->ExecuteCmd(191);
+  log.cmx->ExecuteCmd(Cmd::DOCUMENTEND);
   dialogs.answerOpen({QString::fromStdString(folder / "in")});
   EXPECT_TRUE(log.InsertFile());
   EXPECT_EQ(log.Text(), u"a\r\nb\r\n1\r\n<U+0002>\r\n"_s);

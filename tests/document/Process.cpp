@@ -1,5 +1,5 @@
 // Started programs: how a command line becomes arguments, where programs are found, and how a run ends.
-#include "document/Process.h"
+#include "process/Process.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include <QTemporaryDir>
 #include <cerrno>
 
-#include "document/CommandLine.h"
+#include "process/CommandLine.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/OnceAProgramRuns.h"
 #include "tests/support/Xvfb.h"

@@ -3,8 +3,8 @@
 #include <QKeySequence>
 #include <QScreen>
 
-#include "document/clsRegistry.h"
-#include "document/modRegistry.h"
+#include "settings/clsRegistry.h"
+#include "settings/modRegistry.h"
 #include "tests/document/DocumentFixture.h"
 
 namespace {

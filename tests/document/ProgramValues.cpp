@@ -11,9 +11,9 @@
 #include <random>
 
 #include "base/Program.h"
-#include "control/TextModel.h"
-#include "document/Statements.h"
-#include "document/Variables.h"
+#include "control/edit/TextModel.h"
+#include "script/Statements.h"
+#include "script/Variables.h"
 #include "tests/document/RunFixture.h"
 
 using namespace Qt::StringLiterals;

@@ -1,5 +1,5 @@
 // The settings file as text: what it reads, what it writes, and that damage is seen as damage.
-#include "document/RegistryText.h"
+#include "settings/RegistryText.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "document/frmLog.h"
-#include "document/mCMXParser.h"
+#include "script/mCMXParser.h"
 #include "tests/document/FakeFrame.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/ScriptedDialogs.h"

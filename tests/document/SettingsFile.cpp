@@ -10,10 +10,10 @@
 #include <random>
 
 #include "base/Program.h"
-#include "document/RegistryFile.h"
-#include "document/RegistryText.h"
-#include "document/clsRegistry.h"
-#include "document/modRegistry.h"
+#include "settings/RegistryFile.h"
+#include "settings/RegistryText.h"
+#include "settings/clsRegistry.h"
+#include "settings/modRegistry.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/ScriptedDialogs.h"
 #include "tests/support/files/SaveSweep.h"

@@ -7,13 +7,13 @@
 #include <QTemporaryDir>
 
 #include "base/Program.h"
-#include "control/LanguageTable.h"
-#include "control/TextModel.h"
+#include "control/code/LanguageTable.h"
+#include "control/edit/TextModel.h"
 #include "language/FormatRules.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
 #include "tests/support/ScriptedDialogs.h"
-#include "text/FileIo.h"
+#include "text/file/FileIo.h"
 
 namespace {
 

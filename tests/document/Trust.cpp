@@ -1,6 +1,6 @@
 // H3: Foreign definition files: their macros start no program and write no file before the person allowed it, once for their content,
 // and wherever their languages are copied to.
-#include "document/Trust.h"
+#include "script/Trust.h"
 
 #include <gtest/gtest.h>
 
@@ -8,13 +8,13 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include "base/FileNames.h"
 #include "base/Program.h"
-#include "control/FileNames.h"
-#include "document/Batch.h"
 #include "document/Languages.h"
-#include "document/modRegistry.h"
 #include "language/DefinitionText.h"
 #include "language/ucCM.h"
+#include "script/Batch.h"
+#include "settings/modRegistry.h"
 #include "tests/document/RunFixture.h"
 #include "tests/support/ScriptedDialogs.h"
 

@@ -243,7 +243,7 @@ TEST_F(Watch, W2_TwoWindowsOnOneTextAskOnceAndReloadTogether) {
     EXPECT_EQ(window->cmx->Text(), QString());
     EXPECT_FALSE(window->DocumentModified());
   }
-  second.cmx->ExecuteCmd(129);
+  second.cmx->ExecuteCmd(Cmd::UNDO);
   for (frmDocument* window : {first.get(), &second}) EXPECT_EQ(window->cmx->Text(), q("one\ntwo\n"));
   EXPECT_TRUE(first->DocumentModified());
   main.open.removeOne(&second);
@@ -269,7 +269,7 @@ TEST_F(Watch, T10_AReloadWithoutMemoryLeavesTheTextAndSaysWhy) {
     EXPECT_EQ(boxes.boxes.size(), loaded ? 0u : 1u);
     if (loaded) {
       if (!hit) break;
-      document->cmx->ExecuteCmd(129);
+      document->cmx->ExecuteCmd(Cmd::UNDO);
     } else {
       ++failed;
       EXPECT_EQ(boxes.last().text, q("File Open Error : Out of memory"));
@@ -291,10 +291,10 @@ TEST_F(Watch, W2_ReloadIsOneStepAndTheOldTextComesBack) {
   emit document->cmx->GotFocus();
   EXPECT_EQ(document->cmx->Text(), QString());
   EXPECT_FALSE(document->DocumentModified());
-  document->cmx->ExecuteCmd(129);
+  document->cmx->ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(document->cmx->Text(), q("one\nmy two\nthree\n"));
   EXPECT_TRUE(document->DocumentModified());
-  document->cmx->ExecuteCmd(129);
+  document->cmx->ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(document->cmx->Text(), q("one\ntwo\nthree\n")) << "earlier steps are still there";
 }
 

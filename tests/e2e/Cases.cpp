@@ -6,8 +6,8 @@
 #include <QFile>
 #include <algorithm>
 
-#include "document/Statements.h"
-#include "print/Verbs.h"
+#include "change/Verbs.h"
+#include "script/Statements.h"
 
 using namespace Qt::StringLiterals;
 

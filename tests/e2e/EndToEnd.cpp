@@ -17,10 +17,10 @@
 
 #include "base/Program.h"
 #include "control/CodeMax.h"
-#include "document/Batch.h"
 #include "document/Languages.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
+#include "script/Batch.h"
 #include "tests/e2e/Cases.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/files/FaultyFileSystem.h"

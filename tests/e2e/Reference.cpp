@@ -4,9 +4,9 @@
 
 #include <QFile>
 
-#include "control/CommandTable.h"
-#include "document/Statements.h"
-#include "print/Verbs.h"
+#include "change/Verbs.h"
+#include "control/edit/CommandTable.h"
+#include "script/Statements.h"
 #include "tests/e2e/Cases.h"
 
 using namespace Qt::StringLiterals;
@@ -76,7 +76,7 @@ QString reference() {
       "FINISHED. A program that cannot be started is reported as \"Command Failure\". Whether the run goes on behind a program that failed -\n"
       "was not started, was ended, or gave another exit code than 0 - says `ONERROR`.\n\n"
       "A macro of a language from elsewhere asks once before it starts a program or writes a file.\n\n"
-      "A macro saves every modified document before it starts a program, unless *Save Before Programs Run* in the Tools menu is off. In\n"
+      "A macro saves its document and every other modified one that has a file name before it starts a program, unless *Save Before Programs Run* in the Tools menu is off. In\n"
       "batch mode only `SAVE` and `SAVEALL` save before the end; with `--output` they write there.\n\n"
       "## Examples\n\n");
   for (const Case& one : readCases()) {

@@ -2,13 +2,13 @@
 // and leave the file as it is unless saving was asked for. All files are in memory; lines that would start programs are left out.
 #include <QApplication>
 
-#include "control/CommandTable.h"
-#include "document/Batch.h"
-#include "document/CommandLine.h"
-#include "document/Statements.h"
+#include "control/edit/CommandTable.h"
+#include "control/edit/TextModel.h"
 #include "document/frmDocument.h"
-#include "document/mCMXParser.h"
-#include "control/TextModel.h"
+#include "process/CommandLine.h"
+#include "script/Batch.h"
+#include "script/Statements.h"
+#include "script/mCMXParser.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"

@@ -1,5 +1,5 @@
 // Q1: The definition file: reading takes anything, and what was read is the same in every part after it was written and read again.
-#include "control/TextModel.h"
+#include "control/edit/TextModel.h"
 #include "language/DefinitionText.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/language/Dump.h"

@@ -2,7 +2,7 @@
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"
-#include "text/FileIo.h"
+#include "text/file/FileIo.h"
 
 using namespace text;
 using fuzz::check;

@@ -4,8 +4,8 @@
 #include <QDeadlineTimer>
 #include <QTemporaryDir>
 
-#include "control/Msghook.h"
-#include "control/TextModel.h"
+#include "control/edit/TextModel.h"
+#include "handoff/Msghook.h"
 #include "tests/fuzz/Fuzz.h"
 
 using fuzz::check;

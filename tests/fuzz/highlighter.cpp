@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "tests/fuzz/Fuzz.h"
-#include "text/Highlight.h"
+#include "text/color/Highlight.h"
 
 using namespace text;
 using fuzz::check;

@@ -2,8 +2,8 @@
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"
-#include "text/Journal.h"
-#include "text/JournalRead.h"
+#include "text/journal/Journal.h"
+#include "text/journal/JournalRead.h"
 
 using namespace text;
 using fuzz::check;

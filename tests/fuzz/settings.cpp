@@ -1,6 +1,6 @@
 // C2, C3, Q1: the settings file: anything is either damaged or read; what was read is kept line by line, whatever it means, and what was
 // set comes back; a file of ours that was cut is damaged.
-#include "document/RegistryText.h"
+#include "settings/RegistryText.h"
 #include "tests/fuzz/Fuzz.h"
 
 using fuzz::check;

@@ -152,7 +152,7 @@ TEST_F(CaretWords, TheReplacingLeavesItsTexts) {
   searchState() = {};
   searchState().findText = q("mine");
   EXPECT_EQ(afterKey("mine ab| mine", false), "mine lo|nger mine");
-  cmx.ExecuteCmd(176);
+  cmx.ExecuteCmd(Cmd::FINDNEXT);
   EXPECT_EQ(shown(), "mine longer @mine|") << "the user's next search is the user's";
   EXPECT_FALSE(gBusy());
 }

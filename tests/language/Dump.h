@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "control/TextModel.h"
+#include "control/edit/TextModel.h"
 #include "language/clsLang.h"
 
 inline std::string dump(const clsLang& language, bool withMark = false) {

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "control/CodeMax.h"
-#include "control/LanguageTable.h"
-#include "control/VSPrinter.h"
+#include "control/code/LanguageTable.h"
+#include "page/VSPrinter.h"
 #include "tests/support/Cost.h"
 #include "tests/support/ScriptedDialogs.h"
 

@@ -1,5 +1,5 @@
 // Letter case of words, and the check that a run only touched white space and letter case.
-#include "print/CaseFilter.h"
+#include "change/CaseFilter.h"
 
 #include <gtest/gtest.h>
 

@@ -10,9 +10,9 @@
 #include <QTest>
 #include <QTimer>
 
-#include "print/LineDialogs.h"
-#include "print/frmCompare.h"
-#include "print/frmFormat.h"
+#include "change/LineDialogs.h"
+#include "change/frmCompare.h"
+#include "change/frmFormat.h"
 #include "tests/document/DocumentFixture.h"
 
 using namespace Qt::StringLiterals;

@@ -1,14 +1,14 @@
 // Formatting runs on a real control: steps, one undo step, nothing lost.
-#include "print/FormatText.h"
+#include "change/FormatText.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
 #include "base/Program.h"
+#include "change/CaseFilter.h"
 #include "language/Registration.h"
 #include "language/clsLang.h"
-#include "print/CaseFilter.h"
 #include "tests/support/Cost.h"
 
 namespace {
@@ -78,7 +78,7 @@ TEST(FormatText, EachStep) {
     EXPECT_EQ(result.linesChanged, c.lines);
     EXPECT_EQ(cmx.Modified(), std::string(c.before) != c.after);
     if (std::string(c.before) == c.after) continue;
-    cmx.ExecuteCmd(129);
+    cmx.ExecuteCmd(Cmd::UNDO);
     EXPECT_EQ(textOf(cmx), c.before) << "one undo step, line ends with it";
     EXPECT_FALSE(cmx.Modified());
   }
@@ -96,7 +96,7 @@ TEST(FormatText, AppliedAgainItLeavesNoTrace) {
   nothing.indent = 3;
   for (const auto& choices : {unix, unix, nothing}) FormatIt(cmx, nullptr, choices);
   EXPECT_EQ(shown, QString()) << "no step is at work any more";
-  cmx.ExecuteCmd(129);
+  cmx.ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(textOf(cmx), "a\r\nb");
   EXPECT_FALSE(cmx.Modified()) << "the text of the file, whatever was applied without effect";
   setStatusSink({});

@@ -1,12 +1,12 @@
 // Columnising, number series and the services on whole lines, on a real control.
-#include "print/LineTools.h"
+#include "change/LineTools.h"
 
 #include <gtest/gtest.h>
 
+#include "base/LongWork.h"
 #include "base/Program.h"
-#include "control/LongWork.h"
-#include "print/AddIns.h"
-#include "print/FormatText.h"
+#include "change/AddIns.h"
+#include "change/FormatText.h"
 #include "tests/support/ScriptedDialogs.h"
 
 namespace {
@@ -59,7 +59,7 @@ TEST(LineTools, ColumnizeAsksAndIsOneStep) {
   EXPECT_TRUE(c.cmx.hasBookmark(1));
   EXPECT_EQ(c.cmx.GetSel(true).StartLineNo, 0);
   EXPECT_EQ(c.cmx.GetSel(true).EndLineNo, 1);
-  c.cmx.ExecuteCmd(129);
+  c.cmx.ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(c.text(), "a,b\naaa,b\nx,y");
   ScriptedDialogs dialogs;
   dialogs.answerInput(std::nullopt).answerInput(QString());
@@ -102,7 +102,7 @@ TEST(LineTools, WholeLines) {
     EXPECT_EQ(test.run(c.cmx), test.changed) << test.before;
     EXPECT_EQ(c.text(), test.after) << test.before;
     if (test.changed == 0) continue;
-    c.cmx.ExecuteCmd(129);
+    c.cmx.ExecuteCmd(Cmd::UNDO);
     EXPECT_EQ(c.text(), test.before) << "one undo step";
   }
 }

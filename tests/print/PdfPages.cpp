@@ -10,9 +10,9 @@
 #include <QTemporaryDir>
 
 #include "control/CodeMax.h"
-#include "control/LanguageTable.h"
-#include "control/PdfFile.h"
-#include "control/VSPrinter.h"
+#include "control/code/LanguageTable.h"
+#include "page/PdfFile.h"
+#include "page/VSPrinter.h"
 #include "print/PrintJob.h"
 #include "print/PrintSettings.h"
 #include "tests/support/EventLoop.h"

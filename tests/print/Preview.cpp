@@ -21,10 +21,10 @@
 
 #include "base/Program.h"
 #include "control/CodeMax.h"
-#include "document/modRegistry.h"
 #include "print/PageView.h"
 #include "print/PrintJob.h"
 #include "print/frmPrintOptions.h"
+#include "settings/modRegistry.h"
 #include "tests/support/ScriptedDialogs.h"
 #include "tests/support/files/SaveSweep.h"
 

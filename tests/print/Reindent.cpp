@@ -1,12 +1,12 @@
 // Re-indentation: the words, the stack, the plain way and the careful one, the latter by the shipped definitions.
-#include "print/Reindent.h"
+#include "change/indent/Reindent.h"
 
 #include <gtest/gtest.h>
 
 #include <QFile>
 #include <QRegularExpression>
 
-#include "control/LanguageTable.h"
+#include "control/code/LanguageTable.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
 

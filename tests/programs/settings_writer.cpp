@@ -5,7 +5,7 @@
 #include <QCoreApplication>
 #include <cstdio>
 
-#include "document/RegistryFile.h"
+#include "settings/RegistryFile.h"
 
 int main(int argc, char** argv) {
   QCoreApplication application(argc, argv);

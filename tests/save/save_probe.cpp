@@ -7,8 +7,8 @@
 
 #include <cstdio>
 
-#include "text/FileIo.h"
-#include "text/JournalRead.h"
+#include "text/file/FileIo.h"
+#include "text/journal/JournalRead.h"
 
 int main(int argc, char** argv) {
   if (argc == 2) {

@@ -8,15 +8,15 @@
 
 #include <cstdio>
 
-#include "base/Dialogs.h"
-#include "control/TextModel.h"
-#include "control/VSPrinter.h"
+#include "base/dialog/Dialogs.h"
+#include "control/edit/TextModel.h"
 #include "document/frmLog.h"
-#include "document/modRegistry.h"
 #include "language/ucCM.h"
+#include "page/VSPrinter.h"
 #include "print/CWordWrap.h"
 #include "print/PrintJob.h"
-#include "text/FileIo.h"
+#include "settings/modRegistry.h"
+#include "text/file/FileIo.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "text/Document.h"
+#include "text/store/Document.h"
 
 struct CaretText {
   std::string bytes;

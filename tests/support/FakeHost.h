@@ -1,7 +1,7 @@
 // The window around an editor in tests: remembers what it was told, and has a clipboard of its own.
 #pragma once
 
-#include "control/Editor.h"
+#include "control/edit/Editor.h"
 
 class FakeHost : public EditorHost {
  public:

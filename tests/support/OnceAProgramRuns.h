@@ -5,7 +5,7 @@
 #include <functional>
 #include <utility>
 
-#include "document/Process.h"
+#include "process/Process.h"
 
 class OnceAProgramRuns {
  public:

@@ -7,7 +7,7 @@
 #include <functional>
 #include <vector>
 
-#include "base/Dialogs.h"
+#include "base/dialog/Dialogs.h"
 
 class ScriptedDialogs : public Dialogs {
  public:

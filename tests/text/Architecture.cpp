@@ -1,4 +1,4 @@
-// Holds every #include line of the floors against the order of the house, and the engine against Qt.
+// Holds every #include line of the floors and rooms against the order of the house, and the engine against Qt.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -12,20 +12,55 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Calls look(line, file, "file:number: line") for each line of a floor's sources. Returns their number.
+// From below; a floor uses itself and what stands before it.
+const std::vector<std::string> kFloors{"text",     "base",   "settings", "process", "handoff", "control", "page",
+                                       "language", "document", "script", "change",  "print",   "app"};
+
+// The rooms of a floor and what each uses of the others. What is not here is refused; so is a line that is no longer true.
+const std::map<std::string, std::set<std::string>> kRooms{
+    {"app", {"app/start"}},
+    {"app/boxes", {"app/frame", "app/look"}},
+    {"app/commands", {"app/boxes", "app/frame", "app/start"}},
+    {"app/frame", {"app/boxes", "app/commands", "app/look", "app/start"}},
+    {"app/look", {}},
+    {"app/start", {"app/boxes", "app/frame", "app/look"}},
+    {"base", {"base/dialog"}},
+    {"base/dialog", {"base"}},
+    {"change", {"change/indent"}},
+    {"change/indent", {}},
+    {"control", {"control/edit", "control/find", "control/view"}},
+    {"control/code", {"control/edit"}},
+    {"control/edit", {"control/code", "control/find", "control/keys"}},
+    {"control/find", {"control", "control/edit", "control/keys", "control/view"}},
+    {"control/keys", {"control/edit", "control/find"}},
+    {"control/options", {"control", "control/code", "control/keys"}},
+    {"control/view", {"control/code", "control/edit", "control/keys"}},
+    {"text/color", {"text/find", "text/line", "text/store"}},
+    {"text/file", {"text/find", "text/line", "text/store"}},
+    {"text/find", {"text/line", "text/store"}},
+    {"text/journal", {"text/file", "text/store"}},
+    {"text/line", {"text/store"}},
+    {"text/store", {}},
+};
+
+fs::path source() {
+  const char* folder = std::getenv("ZELKOR_SOURCE");
+  EXPECT_NE(folder, nullptr);
+  return folder ? folder : "";
+}
+
+// Calls look(line, file, room, "file:number: line") for each line of a floor's sources. Returns their number.
 template <class Look>
 int eachLine(const std::string& floor, Look look) {
-  const char* source = std::getenv("ZELKOR_SOURCE");
-  EXPECT_NE(source, nullptr);
-  const fs::path folder = fs::path(source ? source : "") / floor;
   int lines = 0;
-  if (!fs::exists(folder)) return 0;
-  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+  if (!fs::exists(source() / floor)) return 0;
+  for (const auto& entry : fs::recursive_directory_iterator(source() / floor)) {
     if (entry.path().extension() != ".h" && entry.path().extension() != ".cpp") continue;
+    const std::string room = entry.path().parent_path().lexically_relative(source()).generic_string();
     std::ifstream in(entry.path());
     std::string line;
     for (int number = 1; std::getline(in, line); ++number, ++lines)
-      look(line, entry.path().filename().string(), entry.path().string() + ":" + std::to_string(number) + ": " + line);
+      look(line, entry.path().filename().string(), room, entry.path().string() + ":" + std::to_string(number) + ": " + line);
   }
   return lines;
 }
@@ -33,17 +68,16 @@ int eachLine(const std::string& floor, Look look) {
 }  // namespace
 
 TEST(Architecture, IncludesPointDown) {
-  const std::vector<std::string> upwards{"control", "language", "document", "print", "app"};
-  std::map<std::string, std::set<std::string>> allowed{{"text", {"text"}}, {"base", {"base"}}};
-  std::set<std::string> below{"text", "base"};
-  for (const auto& floor : upwards) {
+  std::map<std::string, std::set<std::string>> allowed;
+  std::set<std::string> below;
+  for (const auto& floor : kFloors) {
     below.insert(floor);
     allowed[floor] = below;
   }
   const std::regex include(R"re(^\s*#\s*include\s+[<"](?:([a-z]+)/|(Q)))re");
   int checked = 0;
   for (const auto& [floor, may] : allowed) {
-    eachLine(floor, [&](const std::string& line, const std::string&, const std::string& where) {
+    eachLine(floor, [&](const std::string& line, const std::string&, const std::string&, const std::string& where) {
       std::smatch m;
       if (!std::regex_search(line, m, include)) return;
       ++checked;
@@ -55,6 +89,31 @@ TEST(Architecture, IncludesPointDown) {
   EXPECT_GT(checked, 0);
 }
 
+TEST(Architecture, RoomsUseTheRoomsThatTheyMay) {
+  const std::regex include(R"re(^\s*#\s*include\s+"([a-z]+)((?:/[a-z]+)*)/\w+\.h")re");
+  std::map<std::string, std::set<std::string>> used;
+  for (const auto& floor : kFloors) {
+    eachLine(floor, [&](const std::string& line, const std::string&, const std::string& room, const std::string&) {
+      std::smatch m;
+      if (room != floor && kRooms.count(room) == 0) ADD_FAILURE() << "a room that the table does not know: " << room;
+      if (!std::regex_search(line, m, include) || m[1] != floor) return;
+      const std::string other = m[1].str() + m[2].str();
+      if (other != room) used[room].insert(other);
+    });
+  }
+  for (const auto& [room, others] : kRooms) EXPECT_EQ(used[room], others) << room;
+  for (const auto& [room, others] : used) EXPECT_TRUE(kRooms.count(room)) << room;
+}
+
+// A newcomer finds his way in a folder while it can be seen at a glance.
+TEST(Architecture, RoomsStaySmall) {
+  for (const auto& floor : kFloors) {
+    std::map<std::string, std::set<std::string>> files;
+    eachLine(floor, [&](const std::string&, const std::string& file, const std::string& room, const std::string&) { files[room].insert(file); });
+    for (const auto& [room, names] : files) EXPECT_LE(names.size(), 27u) << room;
+  }
+}
+
 // Files are opened, written, renamed and removed through FileSystem.h only: that is what the tests of saving stand on. Looking
 // at files (QFileInfo) and reading the program's own resources (":/...") is all right.
 TEST(Architecture, FilesGoThroughTheSeam) {
@@ -62,8 +121,8 @@ TEST(Architecture, FilesGoThroughTheSeam) {
       R"re(\bQ(SaveFile|TemporaryFile|Settings|LockFile)\b|\bQFile\s+\w+\s*[({]|\bQFile\s*\(|\bQFile::(?!encodeName|decodeName|exists)\w)re"
       R"re(|\bstd::([io]?fstream|filesystem)\b|\bfopen\s*\(|(^|[^\w>])::(open|openat|creat|unlink|rename|truncate|ftruncate|mkdir)\s*\()re");
   int checked = 0;
-  for (const char* floor : {"text", "base", "control", "language", "document", "print", "app"}) {
-    checked += eachLine(floor, [&](const std::string& line, const std::string& file, const std::string& where) {
+  for (const auto& floor : kFloors) {
+    checked += eachLine(floor, [&](const std::string& line, const std::string& file, const std::string&, const std::string& where) {
       if (file == "FileSystemPosix.cpp" || file == "FileSystemWindows.cpp") return;
       if (line.find("\":/") != std::string::npos || line.find("files::open") != std::string::npos) return;
       EXPECT_FALSE(std::regex_search(line.substr(0, line.find("//")), direct)) << where;

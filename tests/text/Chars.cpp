@@ -1,4 +1,4 @@
-#include "text/Chars.h"
+#include "text/line/Chars.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "tests/text/Pieces.h"
-#include "text/CharTables.h"
-#include "text/Segments.h"
-#include "text/Words.h"
+#include "text/line/CharTables.h"
+#include "text/line/Segments.h"
+#include "text/line/Words.h"
 
 using namespace text;
 using namespace std::string_literals;

@@ -1,5 +1,5 @@
 // T1: the way back is exact for any bytes, in every encoding that takes them.
-#include "text/Encoding.h"
+#include "text/file/Encoding.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"
-#include "text/EncodingStreams.h"
-#include "text/FileIo.h"
+#include "text/file/EncodingStreams.h"
+#include "text/file/FileIo.h"
 
 using text::Encoding;
 using text::FileFormat;

@@ -3,7 +3,7 @@
 
 #include "tests/support/files/AllocationFault.h"
 #include "tests/support/files/TempFolder.h"
-#include "text/FileIo.h"
+#include "text/file/FileIo.h"
 
 using namespace testing_files;
 

@@ -1,12 +1,12 @@
-#include "text/Highlight.h"
+#include "text/color/Highlight.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 
 #include "tests/text/Pieces.h"
-#include "text/EntryMarks.h"
-#include "text/LongColors.h"
+#include "text/color/EntryMarks.h"
+#include "text/color/LongColors.h"
 
 using namespace text;
 

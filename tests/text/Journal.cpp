@@ -1,5 +1,5 @@
 // The recovery journal over every fault of the disk and of the process that writes it.
-#include "text/Journal.h"
+#include "text/journal/Journal.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -21,8 +21,8 @@
 #include "tests/support/files/MachinePace.h"
 #include "tests/support/files/SmallDisk.h"
 #include "tests/support/files/TempFolder.h"
-#include "text/FileCalls.h"
-#include "text/JournalRead.h"
+#include "text/file/FileCalls.h"
+#include "text/journal/JournalRead.h"
 
 using namespace testing_files;
 using namespace text;

@@ -1,5 +1,5 @@
 // What killed saves leave: unfinished files go, copies are found and offered, and nothing else is touched.
-#include "text/Leftovers.h"
+#include "text/file/Leftovers.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 
 #include "tests/support/files/FaultyFileSystem.h"
 #include "tests/support/files/TempFolder.h"
-#include "text/JournalRead.h"
+#include "text/journal/JournalRead.h"
 
 using namespace testing_files;
 namespace fs = std::filesystem;

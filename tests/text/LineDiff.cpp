@@ -1,5 +1,5 @@
 // Which lines differ: by table, and against the shortest possible at random.
-#include "text/LineDiff.h"
+#include "text/line/LineDiff.h"
 
 #include <gtest/gtest.h>
 

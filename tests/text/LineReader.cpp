@@ -1,5 +1,5 @@
 // Lines read in one pass are those that the snapshot gives one by one.
-#include "text/LineReader.h"
+#include "text/line/LineReader.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "text/Document.h"
+#include "text/store/Document.h"
 
 namespace test {
 

@@ -5,8 +5,8 @@
 #include <new>
 
 #include "tests/support/files/AllocationFault.h"
-#include "text/Document.h"
-#include "text/Tree.h"
+#include "text/store/Document.h"
+#include "text/store/Tree.h"
 
 namespace {
 

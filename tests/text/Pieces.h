@@ -5,7 +5,7 @@
 #include <random>
 #include <string>
 
-#include "text/Snapshot.h"
+#include "text/store/Snapshot.h"
 
 // The text in blocks of `block` bytes, so that characters, lines and matches lie across their borders.
 inline text::Snapshot inPieces(const std::string& bytes, std::size_t block, text::LineMode mode = text::LineMode::lf) {

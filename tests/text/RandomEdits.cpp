@@ -7,8 +7,8 @@
 
 #include "tests/text/MarkModel.h"
 #include "tests/text/RandomText.h"
-#include "text/Document.h"
-#include "text/Tree.h"
+#include "text/store/Document.h"
+#include "text/store/Tree.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"
-#include "text/FileIo.h"
+#include "text/file/FileIo.h"
 
 using namespace testing_files;
 

@@ -15,7 +15,7 @@
 #include "tests/support/files/Child.h"
 #include "tests/support/files/FaultyFileSystem.h"
 #include "tests/support/files/TempFolder.h"
-#include "text/FileIo.h"
+#include "text/file/FileIo.h"
 
 using namespace testing_files;
 namespace fs = std::filesystem;

@@ -1,5 +1,5 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
-#include "text/Search.h"
+#include "text/find/Search.h"
 
 #include <gtest/gtest.h>
 #include <pcre2.h>
@@ -8,9 +8,9 @@
 #include <thread>
 
 #include "tests/text/Pieces.h"
-#include "text/CharTables.h"
-#include "text/Chars.h"
-#include "text/Words.h"
+#include "text/line/CharTables.h"
+#include "text/line/Chars.h"
+#include "text/line/Words.h"
 
 using namespace text;
 using namespace std::string_literals;

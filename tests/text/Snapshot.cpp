@@ -4,9 +4,9 @@
 #include <algorithm>
 
 #include "tests/text/RandomText.h"
-#include "text/CountBytes.h"
-#include "text/Snapshot.h"
-#include "text/Tree.h"
+#include "text/store/CountBytes.h"
+#include "text/store/Snapshot.h"
+#include "text/store/Tree.h"
 
 namespace {
 

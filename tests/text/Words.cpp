@@ -1,11 +1,11 @@
-#include "text/WordNear.h"
+#include "text/line/WordNear.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 
 #include "tests/text/Pieces.h"
-#include "text/Chars.h"
+#include "text/line/Chars.h"
 
 using namespace text;
 

@@ -11,9 +11,9 @@
 #include <QTimer>
 #include <random>
 
-#include "app/FrameMenus.h"
-#include "app/frmMain.h"
-#include "app/mGlobals.h"
+#include "app/frame/FrameMenus.h"
+#include "app/frame/frmMain.h"
+#include "app/start/mGlobals.h"
 #include "document/frmDocument.h"
 #include "tests/support/TypistLog.h"
 

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "text/FileSystem.h"
+#include "text/file/FileSystem.h"
 
 namespace testing_files {
 

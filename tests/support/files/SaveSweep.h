@@ -11,7 +11,7 @@
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"
 #include "tests/support/files/TempFolder.h"
-#include "text/FileIo.h"
+#include "text/file/FileIo.h"
 
 namespace testing_files {
 

@@ -1,0 +1,105 @@
+#include "app/frame/DocumentTabs.h"
+
+#include <QContextMenuEvent>
+#include <QMouseEvent>
+#include <algorithm>
+
+#include "app/look/Tips.h"
+#include "document/frmDocument.h"
+
+namespace {
+constexpr int kWidest = 32;   // characters; longer names are cut in the middle, shorter ones show whole: the bar scrolls
+}
+
+DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
+  setObjectName(QStringLiteral("documentTabs"));
+  setAccessibleName(tr("Open documents"));
+  setDocumentMode(true);
+  setTabsClosable(true);
+  setMovable(true);
+  setExpanding(false);
+  setUsesScrollButtons(true);
+  setElideMode(Qt::ElideMiddle);
+  setFocusPolicy(Qt::NoFocus);   // keys belong to the text; tabs are walked by Ctrl+Tab
+  connect(this, &QTabBar::currentChanged, this, [this](int tab) {
+    if (frmDocument* document = documentAt(tab)) emit chosen(document);
+  });
+  connect(this, &QTabBar::tabCloseRequested, this, [this](int tab) {
+    if (frmDocument* document = documentAt(tab)) emit closeWanted(document);
+  });
+}
+
+void DocumentTabs::add(frmDocument* document) {
+  const QSignalBlocker quiet(this);
+  const int tab = addTab(QString());
+  setTabData(tab, QVariant::fromValue<QObject*>(document));
+  showCaption(document);
+  connect(document, &frmDocument::captionChanged, this, [this, document] { showCaption(document); });
+}
+
+void DocumentTabs::remove(frmDocument* document) {
+  const QSignalBlocker quiet(this);
+  if (const int tab = tabOf(document); tab >= 0) removeTab(tab);
+  disconnect(document, nullptr, this, nullptr);
+}
+
+void DocumentTabs::setActive(frmDocument* document) {
+  const QSignalBlocker quiet(this);
+  if (const int tab = tabOf(document); tab >= 0) setCurrentIndex(tab);
+}
+
+frmDocument* DocumentTabs::documentAt(int tab) const {
+  return static_cast<frmDocument*>(tabData(tab).value<QObject*>());
+}
+
+int DocumentTabs::tabOf(const frmDocument* document) const {
+  for (int tab = 0; tab < count(); ++tab)
+    if (documentAt(tab) == document) return tab;
+  return -1;
+}
+
+QList<frmDocument*> DocumentTabs::inOrder() const {
+  QList<frmDocument*> documents;
+  for (int tab = 0; tab < count(); ++tab) documents << documentAt(tab);
+  return documents;
+}
+
+void DocumentTabs::showCaption(frmDocument* document) {
+  const int tab = tabOf(document);
+  if (tab < 0) return;
+  setTabText(tab, document->Caption().replace(u'&', QLatin1String("&&")));
+  const QString& name = document->CurrentFileName();
+  setTabToolTip(tab, plainTip(name.isEmpty() ? document->CurrentFileTitle() : name));
+}
+
+void DocumentTabs::mousePressEvent(QMouseEvent* event) {
+  pressed_ = event->button() == Qt::MiddleButton ? tabAt(event->pos()) : -1;
+  if (event->button() == Qt::MiddleButton) return;
+  // The window of the current tab may be minimised, or behind others.
+  frmDocument* again = event->button() == Qt::LeftButton && tabAt(event->pos()) == currentIndex() ? documentAt(currentIndex()) : nullptr;
+  QTabBar::mousePressEvent(event);
+  if (again) emit chosen(again);
+}
+
+void DocumentTabs::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != Qt::MiddleButton) return QTabBar::mouseReleaseEvent(event);
+  frmDocument* document = pressed_ >= 0 && tabAt(event->pos()) == pressed_ ? documentAt(pressed_) : nullptr;
+  pressed_ = -1;
+  if (document) emit closeWanted(document);
+}
+
+void DocumentTabs::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton && tabAt(event->pos()) < 0) emit newWanted();
+  else QTabBar::mouseDoubleClickEvent(event);
+}
+
+void DocumentTabs::contextMenuEvent(QContextMenuEvent* event) {
+  if (frmDocument* document = documentAt(tabAt(event->pos()))) emit menuWanted(document, event->globalPos());
+}
+
+QSize DocumentTabs::tabSizeHint(int tab) const {
+  const QSize size = QTabBar::tabSizeHint(tab);
+  return {std::min(size.width(), fontMetrics().averageCharWidth() * kWidest), size.height()};
+}
+
+QSize DocumentTabs::minimumTabSizeHint(int tab) const { return tabSizeHint(tab); }

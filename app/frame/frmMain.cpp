@@ -1,0 +1,455 @@
+#include "app/frame/frmMain.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDir>
+#include <QDockWidget>
+#include <QDragEnterEvent>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QToolBar>
+#include <QToolButton>
+#include <QUrl>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "app/boxes/frmUnsaved.h"
+#include "app/frame/DocumentTabs.h"
+#include "app/frame/FrameMenus.h"
+#include "app/frame/StatusPanels.h"
+#include "app/look/Icons.h"
+#include "app/look/Look.h"
+#include "app/start/mGlobals.h"
+#include "base/FileNames.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "base/dialog/Dialogs.h"
+#include "control/keys/KeyCommands.h"
+#include "control/keys/KeyMacro.h"
+#include "document/CMXRegistry.h"
+#include "document/Languages.h"
+#include "document/Recovery.h"
+#include "document/frmDocument.h"
+#include "document/frmLog.h"
+#include "language/frmDefinitions.h"
+#include "language/ucCM.h"
+#include "settings/modRegistry.h"
+
+namespace {
+
+constexpr int kLeastLines = 4;   // that the docks leave to the text
+const QString kTabs = QStringLiteral("mnuViewTabs");
+
+}  // namespace
+
+frmMain::frmMain() {
+  setObjectName(QStringLiteral("frmMain"));
+  resize(1000, 720);
+  setAcceptDrops(true);
+
+  auto* centre = new QWidget(this);
+  auto* layout = new QVBoxLayout(centre);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  tabs_ = new DocumentTabs(centre);
+  mdi_ = new QMdiArea(centre);
+  mdi_->setObjectName(QStringLiteral("documents"));
+  mdi_->setActivationOrder(QMdiArea::ActivationHistoryOrder);
+  mdi_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  mdi_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  mdi_->setMinimumHeight(fontMetrics().lineSpacing() * kLeastLines);
+  layout->addWidget(tabs_);
+  layout->addWidget(mdi_, 1);
+  setCentralWidget(centre);
+
+  panels_ = new StatusPanels(this);
+  setStatusBar(panels_);
+  setStatusSink([panels = QPointer<StatusPanels>(panels_)](const QString& text) {
+    if (panels) panels->setText(text);
+  });
+  setReportSink([this](const QString& line) { log()->AppendLog(line + QStringLiteral("\r\n")); });
+  menus_ = new FrameMenus(*this);
+  addToolBar(menus_->toolBar());
+  for (const QString& name : {QStringLiteral("mnuViewStatusBar"), QStringLiteral("mnuViewToolbar"), kTabs})
+    if (QAction* action = menus_->action(name)) action->setChecked(true);
+
+  connect(mdi_, &QMdiArea::subWindowActivated, this, &frmMain::mdiActivated);
+  connect(tabs_, &DocumentTabs::chosen, this, &frmMain::activate);
+  connect(tabs_, &DocumentTabs::closeWanted, this, [this](frmDocument* document) { windowOf(document)->close(); });
+  connect(tabs_, &DocumentTabs::menuWanted, this, &frmMain::showTabMenu);
+  connect(tabs_, &DocumentTabs::newWanted, this, &frmMain::mnuFileNew_Click);
+  connect(panels_, &StatusPanels::clicked, this, &frmMain::panelClicked);
+  connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &frmMain::lookAtClipboard);
+  keyMacros().onRecording = [this](const QString& tells) {
+    panels_->setRecording(keyMacros().recording());
+    panels_->setText(tells);
+  };
+  clipboardHasText_ = true;   // asked of the desktop once something happens there: asking at start costs time
+  setFrame(this);
+  SetupMenus();
+}
+
+frmMain::~frmMain() {
+  frmRegistry::instance().forgetFrame();
+  setStatusSink({});
+  setReportSink({});
+  keyMacros().onRecording = {};
+  // The sub-windows tell of their end while the base class takes them down; this object is no frame any more by then.
+  for (frmDocument* document : std::as_const(documents_)) {
+    document->disconnect(this);
+    if (QMdiSubWindow* window = windowOf(document)) window->disconnect(this);
+  }
+  if (logDock_) logDock_->disconnect(this);
+  disconnect(mdi_, nullptr, this, nullptr);
+  setFrame(nullptr);
+}
+
+// ---- what documents ask
+
+frmDocument* frmMain::activeDocument() { return active_; }
+QList<frmDocument*> frmMain::documents() { return documents_; }
+
+void frmMain::activate(frmDocument* document) {
+  QMdiSubWindow* window = windowOf(document);
+  if (!window) return;
+  if (window->isMinimized()) window->showNormal();
+  mdi_->setActiveSubWindow(window);
+  scrollTo(*window);
+  active_ = document;
+  tabs_->setActive(document);
+  document->cmx->setFocus();
+}
+
+void frmMain::setPanel(int panel, const QString& text) {
+  if (panel == 1) panels_->setRest(text);
+  else panels_->setPanel(Panel::rowAndColumn, text);
+}
+void frmMain::setUnixPanel(bool unixFile, bool mixed) {
+  panels_->setPanel(Panel::lineEnds, mixed ? tr("Mixed") : unixFile ? QStringLiteral("Unix") : QStringLiteral("Win"));
+}
+void frmMain::showJournalWarning(const QString& reason) {
+  panels_->setWarning(reason.isEmpty() ? QString() : tr("No recovery journal"),
+                      tr("What you type would be lost if the program ended without warning: %1").arg(reason));
+}
+void frmMain::setTemplatePanel(bool on) { panels_->setTemplatePicture(on); }
+void frmMain::setUndoRedo(bool, bool) { refreshToolbar(); }
+bool frmMain::isMinimised() { return isMinimized(); }
+void frmMain::rememberDocumentState(int windowState) {
+  if (windowState != 1) documentState_ = windowState;   // nobody wants the next document minimised
+}
+
+void frmMain::showEditPopup(const QPoint& globalPosition) {
+  refreshToolbar();
+  menus_->makePopup(this)->exec(globalPosition);
+}
+
+void frmMain::documentClosing(frmDocument* document) {
+  documents_.removeOne(document);
+  tabs_->remove(document);
+  document->disconnect(this);
+  document->cmx->disconnect(this);
+  if (active_ == document) active_ = nullptr;
+  if (documents_.isEmpty()) SetStatusText({});   // what it says is about the document that goes
+  mainFileClose();
+  emit documentClosed(document);
+}
+
+void frmMain::refreshWindowMenu() { SetupMenus(); }   // the list itself is made when the menu is opened
+
+void frmMain::mdiActivated(QMdiSubWindow* window) {
+  auto* document = window ? qobject_cast<frmDocument*>(window->widget()) : nullptr;
+  if (!document || !documents_.contains(document)) return;
+  active_ = document;
+  tabs_->setActive(document);
+  workOn(document);
+}
+
+void frmMain::workOn(frmDocument* document) {
+  document->focusWork();
+  frmRegistry::instance().followFolder(document->CurrentFileDir());
+}
+
+QMdiSubWindow* frmMain::windowOf(const frmDocument* document) const {
+  return document ? qobject_cast<QMdiSubWindow*>(document->parentWidget()) : nullptr;
+}
+
+void frmMain::adopt(frmDocument* document) {
+  // The first window of an empty frame comes up as documents were last; further ones follow the window in front.
+  const QMdiSubWindow* front = mdi_->currentSubWindow();
+  const bool maximised = documents_.isEmpty() || !front ? documentState_ == 2 : front->isMaximized();
+  QMdiSubWindow* window = mdi_->addSubWindow(document);
+  window->setAttribute(Qt::WA_DeleteOnClose);
+  window->setWindowIcon(icons::byName(QStringLiteral("text-x-generic")));
+  // The keys belong to the frame's commands; a second claim would leave both without effect.
+  for (QAction* action : window->systemMenu()->actions()) action->setShortcuts(QList<QKeySequence>());
+  window->setGeometry(normalPlace(documents_.size()));   // also of one that is shown maximised, for the time when it is not
+  connect(window, &QMdiSubWindow::windowStateChanged, this, [this, window](Qt::WindowStates was, Qt::WindowStates now) {
+    constexpr Qt::WindowStates elsewhere = Qt::WindowMaximized | Qt::WindowMinimized;
+    if ((was & elsewhere) && !(now & elsewhere)) keepInside(*window);
+  });
+  documents_ << document;
+  ++DocCount;
+  tabs_->add(document);
+  connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
+  offerHotWords(document);
+  connect(document->cmx, &CodeMax::PropsChange, this, [this, document] { optionsChanged(*document->cmx); });
+  connect(document->cmx, &CodeMax::Note, this, [this] { refreshToolbar(); });   // a switch was thrown, perhaps
+  connect(document->cmx, &CodeMax::OvertypeChange, this, [this] { refreshToolbar(); });
+  if (maximised) window->showMaximized();
+  else window->show();
+  activate(document);
+  workOn(document);
+  emit documentOpened(document);
+}
+
+// ---- state of menus, tool bar and panels
+
+void frmMain::optionsChanged(const CodeMax& of) {
+  menus_->refreshKeys();
+  if (log_) CMXRegistry::applyLook(*log_->cmx);
+  showLook(ControlOptions::of(of).look());
+  refreshToolbar();
+}
+
+void frmMain::editorOptions() {
+  if (frmDocument* document = activeDocument()) return document->cmx->ExecuteProperties();
+  CodeMax stand(this);   // the options are the editor's; without a document they need something to be of
+  stand.hide();
+  CMXRegistry::applyTo(stand);
+  connect(&stand, &CodeMax::PropsChange, this, [this, &stand] {
+    CMXRegistry::storeOptions(stand);
+    optionsChanged(stand);
+  });
+  stand.ExecuteProperties();
+}
+
+bool frmMain::runEditCommand(CommandNumber id, const QVariant& argument) {
+  frmDocument* document = activeDocument();
+  if (!document) return false;
+  document->cmx->setFocus();
+  const bool known = document->cmx->ExecuteCmd(id, argument);
+  refreshToolbar();
+  return known;
+}
+
+unsigned frmMain::presentFacts() {
+  unsigned facts = 0;
+  const auto when = [&](bool holds, Fact fact) {
+    if (holds) facts |= fact;
+  };
+  when(clipboardHasText_, kClipboard);
+  when(documents_.size() > 1, kSeveral);
+  when(!gWebHome().isEmpty(), kWeb);
+  when(anyModified_, kAnyModified);
+  frmDocument* document = activeDocument();
+  if (!document) return facts;
+  const CodeMax& text = *document->cmx;
+  facts |= kDocument;
+  when(!text.ReadOnly(), kWritable);
+  when(text.HasSelection(), kSelection);
+  when(text.CanUndo(), kUndo);
+  when(text.CanRedo(), kRedo);
+  when(isUnsaved(*document), kUnsaved);
+  when(document->DocumentHasName(), kNamed);
+  when(document->LanguageIndex() > 0, kLanguage);
+  when(!document->LineComment().isEmpty(), kLineComment);
+  bool found = false;
+  isInWordList(found);
+  when(found, kWordList);
+  isTemplate(found, false);
+  when(found, kTemplate);
+  return facts;
+}
+
+void frmMain::refreshToolbar() {
+  menus_->refresh(presentFacts());
+  frmDocument* document = activeDocument();
+  if (!document) {
+    for (const Panel panel : {Panel::rowAndColumn, Panel::lineEnds, Panel::encoding, Panel::language, Panel::overtype})
+      panels_->setPanel(panel, {});
+    panels_->setTemplatePicture(false);
+    panels_->setRest({});
+    panels_->settle();
+    return;
+  }
+  const text::FileFormat format = document->cmx->fileFormat();
+  QString encoding = QString::fromLatin1(text::name(format.encoding));
+  if (format.bom) encoding += tr(" BOM");
+  panels_->setPanel(Panel::encoding, encoding);
+  panels_->setPanel(Panel::language, document->cmx->Language().isEmpty() ? tr("No language") : document->cmx->Language());
+  QString typing = document->cmx->ReadOnly() ? tr("Read only") : document->cmx->overtype() ? tr("OVR") : tr("INS");
+  if (columnMode(document->cmx->editor())) typing += tr(" COL");
+  panels_->setPanel(Panel::overtype, typing);
+  const QString& name = document->CurrentFileName();
+  panels_->setRest(nameForDisplay(name.isEmpty() ? document->CurrentFileTitle() : name));
+  panels_->settle();
+}
+
+void frmMain::SetupMenus() {
+  if (!activeDocument() && !documents_.isEmpty()) active_ = documents_.last();
+  frmDocument* document = activeDocument();
+  if (!document) {
+    languages().setListLanguage(0);
+    frmRegistry::instance().CommandstoMenu();
+    frmRegistry::instance().SetHelpMenu();
+  }
+  frmRegistry::instance().SetupMenusModified(document && document->DocumentModified());
+  refreshToolbar();
+}
+
+void frmMain::SetupToolStatus() {
+  menus_->toolBar()->setVisible(isChecked(QStringLiteral("mnuViewToolbar")));
+  panels_->setVisible(isChecked(QStringLiteral("mnuViewStatusBar")));
+  tabs_->setVisible(isChecked(kTabs));
+}
+
+void frmMain::lookAtClipboard() {
+  const QMimeData* data = QApplication::clipboard()->mimeData();
+  clipboardHasText_ = data && data->hasText();
+  refreshToolbar();
+}
+
+bool frmMain::isChecked(const QString& menuName) {
+  const QAction* action = menus_->action(menuName);
+  return action && action->isChecked();
+}
+void frmMain::setChecked(const QString& menuName, bool on) {
+  if (QAction* action = menus_->action(menuName)) action->setChecked(on);
+}
+void frmMain::setMenu(const QString& menuName, int index, const QString& caption, bool visible) {
+  menus_->setCaption(menuName, index, caption, visible);
+}
+void frmMain::setMenuEnabled(const QString& menuName, bool on) {
+  if (QAction* action = menus_->action(menuName)) action->setEnabled(on);
+}
+void frmMain::setModifiedFacts(bool, bool any) {
+  anyModified_ = any;
+  refreshToolbar();
+}
+
+void frmMain::panelClicked(Panel panel) {
+  const auto pop = [&](void (frmMain::*fill)(QMenu&)) {
+    if (!activeDocument()) return;
+    QMenu menu(this);
+    (this->*fill)(menu);
+    const QToolButton* button = panels_->button(panel);
+    menu.exec(button->mapToGlobal(QPoint(0, -menu.sizeHint().height())));
+  };
+  switch (panel) {
+    case Panel::recording: keyMacros().toggleRecording(); break;
+    case Panel::rowAndColumn: goToLine(); break;
+    case Panel::lineEnds: pop(&frmMain::fillLineEnds); break;
+    case Panel::templates:
+      if (QAction* expand = menus_->action(QStringLiteral("mHelpExpandTemplate"))) expand->trigger();
+      break;
+    case Panel::encoding: pop(&frmMain::fillEncodings); break;
+    case Panel::language: pop(&frmMain::fillLanguages); break;
+    case Panel::overtype:
+      if (activeDocument() && activeDocument()->cmx->ReadOnly()) menus_->action(QStringLiteral("mEditReadOnly"))->trigger();
+      else runEditCommand(Cmd::TOGGLEOVERTYPE);
+      break;
+  }
+}
+
+// ---- end of the frame
+
+bool frmMain::agreeToEnd() { return agreeToClose(documents()); }
+
+bool frmMain::agreeToClose(const QList<frmDocument*>& going) {
+  const QList<QPointer<frmDocument>> all(going.begin(), going.end());
+  bool agreed = askAboutSeveral(going);
+  for (const auto& document : all) agreed = agreed && document && document->agreeToClose();
+  if (agreed) return true;
+  for (const auto& document : all)
+    if (document) document->withdrawClose();
+  return false;
+}
+
+bool frmMain::askAboutSeveral(const QList<frmDocument*>& going) {
+  QList<frmDocument*> changed;   // one window of each text that would be gone
+  for (frmDocument* document : going) {
+    const auto shows = [&](const frmDocument* other) { return other->cmx->model() == document->cmx->model(); };
+    if (document->closingAsks() && std::ranges::none_of(changed, shows) &&
+        std::ranges::count_if(going, shows) == document->views())
+      changed << document;
+  }
+  if (changed.size() < 2) return true;   // each document asks for itself
+  const QList<QPointer<frmDocument>> texts(changed.begin(), changed.end());
+  frmUnsaved box(*this, changed);
+  const ModalGuard guard;
+  if (box.exec() != QDialog::Accepted) return false;
+  for (int i = 0; i < texts.size(); ++i) {
+    bool ok = true;
+    if (!texts[i]) return false;
+    if (!box.isToBeSaved(i)) {
+      for (frmDocument* document : documents())
+        if (document->cmx->model() == texts[i]->cmx->model()) document->letGo();
+    } else {
+      activate(texts[i]);
+      mainFileSave(*texts[i], ok);
+    }
+    if (!ok) return false;
+  }
+  return true;
+}
+
+void frmMain::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() != QEvent::PaletteChange || !mdi_) return;
+  mdi_->setBackground(palette().brush(QPalette::Dark));
+  for (QMdiSubWindow* window : mdi_->subWindowList()) window->setWindowIcon(window->windowIcon());   // drawn anew where it is shown
+}
+
+void frmMain::closeEvent(QCloseEvent* event) {
+  if (unloaded_) return event->accept();
+  if (isDialogUp() || !closeDefinitions() || !agreeToEnd()) return event->ignore();
+  unload();
+  event->accept();
+}
+
+bool frmMain::endFromOutside(int patienceMs) {
+  if (unloaded_) return true;
+  if (RecoverySession* session = RecoverySession::current()) session->holdAll(patienceMs);
+  bool ask = definitions_ && definitions_->isVisible() && definitions_->isChanged();
+  for (const frmDocument* document : documents()) ask = ask || !document->mayEnd();
+  if (ask && isDialogUp()) return false;
+  for (frmDocument* document : documents()) document->leaveInJournal();
+  if (ask && !(closeDefinitions() && agreeToEnd())) {
+    for (frmDocument* document : documents()) document->withdrawClose();
+    return false;
+  }
+  unload();
+  return true;
+}
+
+void frmMain::unload() {
+  closeAgreed({documents_.begin(), documents_.end()});
+  MDIForm_Unload();
+}
+
+void frmMain::MDIForm_Unload() {
+  if (unloaded_) return;
+  unloaded_ = true;
+  saveLogProfile();
+  emit ended();
+}
+
+// ---- files from elsewhere
+
+void frmMain::dragEnterEvent(QDragEnterEvent* event) {
+  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void frmMain::dropEvent(QDropEvent* event) {
+  QStringList files;
+  for (const QUrl& url : event->mimeData()->urls())
+    if (url.isLocalFile()) files << localFile(url);
+  event->acceptProposedAction();
+  activateWindow();
+  MDIForm_OLEDragDrop(files);
+}

@@ -1,0 +1,202 @@
+// The main frame: document windows, menus, tool bar, status bar, and the commands on files. Thin: which commands there are
+// is the table's affair (FrameCommand.h), the text is the edit control's, the file on disk the document's.
+//
+// documents() is in the order of creation and holds shown windows only; a window that is still loading is in no list.
+#pragma once
+
+#include <QMainWindow>
+#include <QPointer>
+
+#include "control/edit/Cmd.h"
+#include "document/Frame.h"
+#include "document/frmRegistry.h"
+
+class CodeMax;
+class DocumentTabs;
+class FrameMenus;
+class QDockWidget;
+class QMdiArea;
+class QMdiSubWindow;
+class StatusPanels;
+class frmCommand;
+class frmDefinitions;
+enum class Panel;
+namespace text {
+struct RecoveredText;
+}
+
+class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
+  Q_OBJECT
+ public:
+  frmMain();                                   // MDIForm_Load
+  ~frmMain() override;
+
+  int DocCount = 0;                            // document windows that are open, as documents(); numbers new ones
+  int WordListIndex = 1;                       // word list used last, 1-based
+
+  // Files.
+  frmDocument* LoadNewDoc();
+  // Both give the document that was opened or brought forward; null: neither. ok: it was opened.
+  frmDocument* mainOpenFile(const QString& name, bool& ok);
+  frmDocument* CheckFileStatus(const QString& name, bool& proceed);
+  void mainFileSave(frmDocument& document, bool& ok);
+  bool mainSaveDocument(frmDocument& document, const QString& name);
+  void mainFileClose();
+  void mnuFileNew_Click() { LoadNewDoc(); }
+  void mnuFileOpen_Click();
+  void mnuFileSave_Click();
+  void mnuFileSaveAs_Click();
+  void mnuFileSaveAll_Click();
+  static bool isUnsaved(const frmDocument& document);   // there is something that a save writes
+  void mnuFileReload_Click();
+  void mnuFileClose_Click();
+  void mnuFileCloseAll_Click();
+  void mnuFileMRU_Click(int index);
+  void mnuFileExit_Click() { close(); }
+  // Opens what was dropped on the frame, first to last; a failure of the frame itself ends the loop.
+  void MDIForm_OLEDragDrop(const QStringList& files);
+  // Opens a file and shows that place in the middle, the caret on it; line and column from 1, 0 leaves it at the start. Where there
+  // is no such file, offers to begin it. Null: not opened.
+  frmDocument* openAt(const QString& name, qint64 line, qint64 column);
+  // Takes piped-in text (StandardInput.h) in as a new document without a name; its file goes once the journal has the text.
+  // Null: it could not be read.
+  frmDocument* takeIn(const QString& path);
+  // A text that came back, as a modified document under the name of its file; an unmodified document on that file takes it as
+  // one undo step. Null: the person has been told.
+  frmDocument* restore(const text::RecoveredText& found);
+  void showJournalWarning(const QString& reason);   // why texts are not protected; empty: they are
+  // Asks for every modified document; true: all may go, and none will ask again.
+  bool agreeToEnd();
+  // Ends without a question as far as journals hold what is not saved: they stay, and the next start offers them. The
+  // rest is asked about as closing does. False: the person wants to stay, or is just answering something.
+  bool endFromOutside(int patienceMs = 10000);
+
+  // Windows and views.
+  void newWindow();                            // a further window on the active document
+  void cascade();
+  void tile(Qt::Orientation rows);             // Qt::Vertical: one above the other
+  void chooseWindow();                         // asks which of all
+  void nextWindow(int step);
+  void closeOthers(frmDocument* keep);
+  void fillWindowList(QMenu& menu);
+  void fillLanguages(QMenu& menu);
+  void fillEncodings(QMenu& menu);
+  void fillLineEnds(QMenu& menu);
+  void fillKeyMacros(QMenu& menu);
+  void setTabs(bool on);
+  void goToLine();
+  void editorOptions();
+  void playKeystrokesTimes();                  // asks how often
+  void SetupToolStatus();                      // tool bar, status bar and tabs as the View menu's check marks say
+  void SetupMenus();                           // after documents came or went
+  void UpdateEditMenu() { refreshToolbar(); }
+
+  bool runEditCommand(CommandNumber id, const QVariant& argument = {});   // on the active document; false without one
+  FrameMenus& menus() { return *menus_; }
+  StatusPanels& panels() { return *panels_; }
+  QMdiArea& mdi() { return *mdi_; }
+  void MDIForm_Unload();                       // the frame goes for good: raises ended() once
+
+  // Word lists and templates at the caret, macros, definitions, log.
+  void isInWordList(bool& found);
+  void ProcessWordList(bool previous);
+  void mHelpWordListNext_Click() { ProcessWordList(false); }
+  void mHelpWordListPrevious_Click() { ProcessWordList(true); }
+  void mEditColumnize_Click();
+  void isTemplate(bool& found, bool afterTyping);
+  void mHelpExpandTemplate_Click();
+  void mHelpNextField_Click();
+  void offerHotWords(frmDocument* document);   // while its text is typed
+  void mCustom_Click(int index);               // runs a macro of the current language, from 0
+  void mCustomEdit_Click();                    // the definitions editor at the current language's macros
+  void mToolsDefinitions_Click();
+  void mToolsCommand_Click();
+  void toggleLog();
+  void restoreLog();                           // shows it when it showed at the end of the last run
+  bool logIsShown() const;
+
+  // Frame
+  frmDocument* activeDocument() override;
+  QList<frmDocument*> documents() override;
+  void activate(frmDocument* document) override;
+  void setPanel(int panel, const QString& text) override;
+  void setUnixPanel(bool unixFile, bool mixed) override;
+  void setTemplatePanel(bool on) override;
+  void refreshToolbar() override;
+  void refreshWindowMenu() override;
+  void setUndoRedo(bool canUndo, bool canRedo) override;
+  bool isMinimised() override;
+  bool saveActive() override;
+  void documentClosing(frmDocument* document) override;
+  void rememberDocumentState(int windowState) override;
+  bool isTemplateAtCaret(bool afterTyping) override;
+  void showEditPopup(const QPoint& globalPosition) override;
+  frmLog* log() override;
+  void showLog() override;
+  frmDocument* openFile(const QString& path) override;
+  void showMacro(int language, int macro, const QString& report) override;
+
+  // ProfiledFrame
+  QWidget* profileWindow() override { return this; }
+  bool isChecked(const QString& menuName) override;
+  void setChecked(const QString& menuName, bool on) override;
+  int cmxWindowState() override { return documentState_; }
+  void setCmxWindowState(int state) override { documentState_ = state; }
+  void setMenu(const QString& menuName, int index, const QString& caption, bool visible) override;
+  void setMenuEnabled(const QString& menuName, bool on) override;
+  void setModifiedFacts(bool active, bool any) override;
+
+ signals:
+  void documentOpened(frmDocument* document);
+  void fileNamed(const QString& path);         // opened, or saved under this name for the first time
+  void documentClosed(frmDocument* document);   // its window is about to go
+  void ended();                                // the frame has been unloaded
+
+ protected:
+  void changeEvent(QEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;     // MDIForm_QueryUnload, MDIForm_Unload
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  QMdiSubWindow* windowOf(const frmDocument* document) const;
+  void adopt(frmDocument* document);           // into a sub-window, listed and shown
+  QRect normalPlace(qsizetype index) const;
+  QSize windowRoom() const;
+  QSize leastTile() const;                     // precondition: there is a document
+  void keepInside(QMdiSubWindow& window);
+  void scrollTo(const QMdiSubWindow& window);  // where the windows take more room than there is
+  QList<QMdiSubWindow*> normalWindows();
+  void workOn(frmDocument* document);          // what goes with the active document: panels, menus, current folder
+  frmDocument* documentOn(const QString& name);   // that shows this file, also by a link to it; null: none
+  QString nextTitle() const;                   // of a document without a name
+  frmDocument* beginFile(const QString& name);    // null: the person does not want to
+  bool saveAs(frmDocument& document);
+  void unload();                               // every document has agreed
+  // Asks about what is modified among documents that are to go, about several in one dialog. False: all stay.
+  bool agreeToClose(const QList<frmDocument*>& going);
+  bool askAboutSeveral(const QList<frmDocument*>& going);
+  void closeAgreed(QList<QPointer<frmDocument>> going);
+  void mdiActivated(QMdiSubWindow* window);
+  void panelClicked(Panel panel);
+  void optionsChanged(const CodeMax& of);     // those of this text, and with them the editor's
+  void showTabMenu(frmDocument* document, const QPoint& globalPosition);
+  void lookAtClipboard();
+  unsigned presentFacts();
+  frmDefinitions& definitions();
+  void saveLogProfile();
+  bool closeDefinitions();                     // false: the person wants to stay
+
+  QMdiArea* mdi_ = nullptr;
+  DocumentTabs* tabs_ = nullptr;
+  StatusPanels* panels_ = nullptr;
+  FrameMenus* menus_ = nullptr;
+  QList<frmDocument*> documents_;
+  QPointer<frmDocument> active_;
+  QPointer<frmDefinitions> definitions_;
+  frmCommand* command_ = nullptr;
+  QDockWidget* logDock_ = nullptr;
+  frmLog* log_ = nullptr;
+  int documentState_ = 2;                      // of document windows: 0 normal, 2 maximised
+  bool clipboardHasText_ = false, anyModified_ = false, unloaded_ = false;
+};

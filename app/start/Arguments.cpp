@@ -1,0 +1,110 @@
+#include "app/start/Arguments.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QRegularExpression>
+
+#include "app/start/PrintArguments.h"
+#include "base/FileNames.h"
+
+namespace {
+
+struct Option {
+  const char* name;
+  bool Arguments::*flag;
+  const char* help;
+};
+constexpr Option kOptions[] = {
+    {"--help", &Arguments::help, QT_TRANSLATE_NOOP("Arguments", "show this text")},
+    {"--version", &Arguments::version, QT_TRANSLATE_NOOP("Arguments", "show the version")},
+    {"--new-instance", &Arguments::newInstance,
+     QT_TRANSLATE_NOOP("Arguments", "do not hand the files to a running editor")},
+    {"--wait", &Arguments::wait,
+     QT_TRANSLATE_NOOP("Arguments", "return when the files have been closed ($EDITOR)")},
+    {"--read-only", &Arguments::readOnly, QT_TRANSLATE_NOOP("Arguments", "guard the files against changes")},
+    {"--batch", &Arguments::batch,
+     QT_TRANSLATE_NOOP("Arguments", "run commands over files without a window (--batch --help)")},
+    {"--print-pdf", &Arguments::printPdf,
+     QT_TRANSLATE_NOOP("Arguments", "print files as PDF without a window (--print-pdf --help)")},
+};
+
+QString tr(const char* text) { return QCoreApplication::translate("Arguments", text); }
+
+qint64 number(const QString& digits) { return digits.isEmpty() ? 0 : digits.toLongLong(); }
+
+}  // namespace
+
+FilePlace placeIn(const QString& argument) {
+  static const QRegularExpression form(QStringLiteral("\\A(.+?):(\\d{1,15})(?::(\\d{1,15}))?:?\\z"),
+                                       QRegularExpression::DotMatchesEverythingOption);
+  if (fileIsThere(argument)) return {argument, 0, 0};
+  const auto match = form.match(argument);
+  if (!match.hasMatch()) return {argument, 0, 0};
+  // "a:1:2" may be line 2 of a file "a:1".
+  const QString shorter = match.captured(1) + u':' + match.captured(2);
+  if (!match.captured(3).isEmpty() && fileIsThere(shorter)) return {shorter, number(match.captured(3)), 0};
+  return {match.captured(1), number(match.captured(2)), number(match.captured(3))};
+}
+
+Arguments parseArguments(const QStringList& arguments, const QString& folder) {
+  static const QRegularExpression plusLine(QStringLiteral("^\\+(\\d{1,15})(?:[,:](\\d{1,15}))?$"));
+  Arguments line;
+  line.printPdf = asksForPdf(arguments);   // its own options may come first
+  if (line.printPdf) return line;
+  const QStringList options = arguments.mid(0, arguments.indexOf(QLatin1String("--")));   // all where there is none
+  line.batch = options.contains(QLatin1String("--batch"));
+  if (line.batch) return line;
+  bool onlyFiles = false;
+  FilePlace next;   // of "+LINE": belongs to the file behind it
+  for (const QString& argument : arguments) {
+    if (!onlyFiles && argument == QLatin1String("--")) {
+      onlyFiles = true;
+      continue;
+    }
+    if (!onlyFiles && argument == QLatin1String("-")) {
+      line.standardInput = true;
+      continue;
+    }
+    if (!onlyFiles && argument.startsWith(u'-')) {
+      const QString known = argument == QLatin1String("-h") ? QStringLiteral("--help") : argument;
+      const auto* option = std::find_if(std::begin(kOptions), std::end(kOptions),
+                                        [&](const Option& o) { return known == QLatin1String(o.name); });
+      if (option == std::end(kOptions)) {
+        line.error = tr("unknown option %1").arg(argument);
+        return line;
+      }
+      line.*(option->flag) = true;
+      continue;
+    }
+    const auto plus = plusLine.match(argument);
+    if (!onlyFiles && plus.hasMatch() && !fileIsThere(fullPath(argument, folder))) {
+      next = {{}, number(plus.captured(1)), number(plus.captured(2))};
+      continue;
+    }
+    if (argument.isEmpty()) continue;
+    FilePlace file = placeIn(QDir::isAbsolutePath(argument) ? argument : folder + u'/' + argument);
+    if (file.line == 0 && next.line > 0) {
+      file.line = next.line;
+      file.column = next.column;
+    }
+    next = {};
+    line.files << file;
+  }
+  if (next.line > 0 && !line.files.isEmpty() && line.files.last().line == 0) {   // "FILE +LINE" is understood too
+    line.files.last().line = next.line;
+    line.files.last().column = next.column;
+  }
+  if (line.wait && line.files.isEmpty() && !line.standardInput && !line.help && !line.version)
+    line.error = tr("--wait needs a file to wait for");
+  return line;
+}
+
+QString argumentsHelp() {
+  QString text = tr("Usage: zelkor [OPTION...] [FILE[:LINE[:COLUMN]] | +LINE FILE | -]...") + QLatin1String("\n\n");
+  for (const Option& option : kOptions)
+    text += QLatin1String("  ") + QString::fromLatin1(option.name).leftJustified(16) + tr(option.help) + u'\n';
+  text += QLatin1String("  ") + QStringLiteral("-").leftJustified(16) + tr("read a new document from standard input") + u'\n';
+  text += QLatin1String("  ") + QStringLiteral("--").leftJustified(16) + tr("everything behind it is a file name") + u'\n';
+  text += u'\n' + tr("A file whose name ends like a line number is opened by its name.") + u'\n';
+  return text;
+}

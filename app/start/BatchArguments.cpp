@@ -1,0 +1,75 @@
+#include "app/start/BatchArguments.h"
+
+#include <QCoreApplication>
+#include <cstdio>
+
+#include "app/start/Options.h"
+#include "app/start/mGlobals.h"
+#include "script/Batch.h"
+
+namespace {
+
+struct Option {
+  const char *name, *value, *help;
+};
+constexpr Option kValues[] = {
+    {"--command", "TEXT", QT_TRANSLATE_NOOP("BatchArguments", "run this command string")},
+    {"--script", "FILE", QT_TRANSLATE_NOOP("BatchArguments", "run the command string in FILE")},
+    {"--macro", "LANGUAGE/NAME", QT_TRANSLATE_NOOP("BatchArguments", "run a macro of a language")},
+    {"--output", "DIR", QT_TRANSLATE_NOOP("BatchArguments", "write the texts into DIR")},
+    {"--definitions", "FILE", QT_TRANSLATE_NOOP("BatchArguments", "language definitions other than those of the settings")},
+};
+constexpr Option kSwitches[] = {
+    {"--allow-programs", "", QT_TRANSLATE_NOOP("BatchArguments", "macros from elsewhere, and values of variables, may start programs")},
+    {"--replace", "", QT_TRANSLATE_NOOP("BatchArguments", "files in DIR may be replaced")},
+    {"--save", "", QT_TRANSLATE_NOOP("BatchArguments", "write the changed texts back to their files")},
+};
+
+QString tr(const char* text) { return QCoreApplication::translate("BatchArguments", text); }
+
+Options parse(const QStringList& arguments) {
+  Options given = takeApart(arguments, namesOf(kSwitches) + QStringList{QStringLiteral("--batch"), QStringLiteral("--help")}, namesOf(kValues));
+  if (!given.error.isEmpty() || given.has("--help")) return given;
+  if (given.has("--command") + given.has("--script") + given.has("--macro") != 1) given.error = tr("--batch needs one of --command, --script and --macro");
+  else if (given.files.isEmpty()) given.error = tr("--batch needs a file to work on");
+  else if (given.has("--replace") && !given.has("--output")) given.error = tr("--replace needs --output");
+  else if (given.has("--save") && given.has("--output")) given.error = tr("--save and --output exclude each other");
+  return given;
+}
+
+QString help() {
+  QString text = tr("Usage: zelkor --batch OPTION... FILE...") + QLatin1String("\n\n");
+  const auto line = [&](const Option& option) {
+    text += QLatin1String("  ") + QStringLiteral("%1 %2").arg(QLatin1String(option.name), QLatin1String(option.value)).leftJustified(24) + tr(option.help) + u'\n';
+  };
+  for (const Option& option : kValues) line(option);
+  for (const Option& option : kSwitches) line(option);
+  text += u'\n' + tr("Exit status: 0 done, 1 invalid command, 2 wrong use, a run that was stopped, or a file that could\nnot be read or saved.") + u'\n';
+  return text;
+}
+
+}  // namespace
+
+int runBatch(const QStringList& arguments) {
+  const Options given = parse(arguments);
+  const auto fail = [](const QString& why) {
+    std::fprintf(stderr, "zelkor: %s\n", qPrintable(why));
+    return batch::kFailed;
+  };
+  if (given.has("--help")) return std::fputs(qPrintable(help()), stdout) < 0 ? batch::kFailed : batch::kDone;
+  if (!given.error.isEmpty()) return fail(given.error);
+  const batch::Session session;
+  QString error = readDefinitions(given.value("--definitions"));
+  if (!error.isEmpty()) return fail(error);
+
+  BatchOptions options;
+  options.commands = given.value("--command");
+  options.files = given.files;
+  options.save = given.has("--save");
+  options.outputFolder = given.value("--output");
+  options.replace = given.has("--replace");
+  options.allowPrograms = given.has("--allow-programs");
+  if (given.has("--script")) batch::commandsFromFile(given.value("--script"), &options, &error);
+  else if (given.has("--macro")) batch::commandsOfMacro(given.value("--macro"), &options, &error);
+  return error.isEmpty() ? batch::run(options) : fail(error);
+}

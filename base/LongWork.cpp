@@ -1,0 +1,164 @@
+#include "base/LongWork.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QEventLoop>
+#include <QMainWindow>
+#include <QProgressDialog>
+#include <QScopedValueRollback>
+#include <QTimer>
+#include <algorithm>
+#include <future>
+#include <thread>
+#include <utility>
+
+#include "base/Program.h"
+#include "base/dialog/Dialogs.h"
+
+namespace {
+constexpr std::chrono::milliseconds kLookPeriod{20};
+constexpr std::chrono::milliseconds kLastWait{200};   // for work that was cancelled, before it is left
+constexpr int kWhole = 100;                           // percent
+QEventLoop* waiting = nullptr;    // for the work that shows how far it is
+
+LongWork::Watch::Look& watcher() {
+  static LongWork::Watch::Look look;
+  return look;
+}
+
+// Goes by itself only: what cannot be cancelled keeps its window, as without it the user could take away what the work is for.
+class Progress : public QProgressDialog {
+ public:
+  Progress(const QString& what, bool mayCancel, QWidget* window)
+      : QProgressDialog(what, mayCancel ? QCoreApplication::translate("LongWork", "Cancel") : QString(), 0, 0, window), mayCancel_(mayCancel) {
+    setObjectName(QStringLiteral("longWork"));
+    setWindowModality(Qt::ApplicationModal);
+    setAutoClose(false);
+    setAutoReset(false);
+  }
+  void reject() override {
+    if (mayCancel_) QProgressDialog::reject();
+  }
+  void tell(int percent) {   // -1: something goes on
+    setMaximum(percent < 0 ? 0 : kWhole);
+    setValue(std::max(0, percent));
+  }
+
+ protected:
+  void closeEvent(QCloseEvent* event) override {
+    if (mayCancel_) QProgressDialog::closeEvent(event);
+    else event->ignore();
+  }
+
+ private:
+  const bool mayCancel_;
+};
+
+// What both threads hold.
+struct Task {
+  text::SearchControl control;
+  std::promise<void> done;
+  LongWork::Work work;
+};
+
+class Waiter {
+ public:
+  Waiter(LongWork::Work work, std::int64_t bytes) : bytes_(bytes), task_(std::make_shared<Task>()), done_(task_->done.get_future()) {
+    task_->work = std::move(work);
+    std::thread([task = task_] {
+      try {
+        task->work(task->control);
+        task->done.set_value();
+      } catch (...) {
+        task->done.set_exception(std::current_exception());
+      }
+    }).detach();
+  }
+  bool ready(std::chrono::milliseconds wait = {}) const { return done_.wait_for(wait) == std::future_status::ready; }
+  void cancel() { task_->control.cancel = true; }
+  void finish() { done_.get(); }
+
+  int percent() const {
+    const std::int64_t total = task_->control.bytesTotal > 0 ? std::int64_t(task_->control.bytesTotal) : bytes_;
+    return total <= 0 ? -1 : static_cast<int>(std::clamp<std::int64_t>(task_->control.bytesDone * kWhole / total, 0, kWhole - 1));
+  }
+
+  void inRun(const QString& what) {
+    while (!ready(kLookPeriod))
+      if (!watcher()(what, percent())) return;
+  }
+
+  void underWindow(QWidget* window, const QString& what, bool mayCancel) {
+    const ModalGuard guard;
+    QEventLoop loop;
+    const QScopedValueRollback current(waiting, &loop);
+    std::unique_ptr<Progress> progress;
+    bool isQuiet = true;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &loop, [&] {
+      if (progress) progress->tell(percent());
+      if (ready()) loop.quit();
+    });
+    look.start(kLookPeriod);
+    QTimer::singleShot(LongWork::quiet, &loop, [&] {
+      isQuiet = false;
+      loop.quit();
+    });
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    if (isQuiet || ready()) return;
+    progress = std::make_unique<Progress>(what, mayCancel, window);
+    if (mayCancel) QObject::connect(progress.get(), &QProgressDialog::canceled, &loop, &QEventLoop::quit);
+    progress->show();   // tells nothing before: setting a value lets events in, and nobody would hear Cancel yet
+    loop.exec();
+  }
+
+ private:
+  const std::int64_t bytes_;
+  std::shared_ptr<Task> task_;
+  std::future<void> done_;
+};
+
+// A text that is being opened has no window yet; the one that a dialog has just left may not be active again.
+QWidget* shownWindow(QWidget& asker) {
+  if (asker.window()->isVisible()) return asker.window();
+  for (QWidget* each : QApplication::topLevelWidgets())
+    if (each->isVisible() && qobject_cast<QMainWindow*>(each)) return each;
+  return nullptr;
+}
+
+// False: it was cancelled and has not ended yet.
+bool runOn(QWidget& asker, std::int64_t bytes, LongWork::Work work, const QString& what, bool mayCancel, bool mayLeave) {
+  QWidget* window = shownWindow(asker);
+  const bool inRun = gBusy();
+  if (!window || (inRun && !watcher())) {
+    text::SearchControl control;
+    work(control);
+    return true;
+  }
+  Waiter waiter(std::move(work), bytes);
+  if (!waiter.ready(LongWork::moment)) {
+    if (inRun) waiter.inRun(what);
+    else waiter.underWindow(window, what, mayCancel);
+    waiter.cancel();   // cancelled, the window is gone: no key may come in until the work has noticed
+    if (mayLeave && !waiter.ready(kLastWait)) return false;
+  }
+  waiter.finish();
+  return true;
+}
+}  // namespace
+
+LongWork::Watch::Watch(Look look) : before_(std::exchange(watcher(), std::move(look))) {}
+LongWork::Watch::~Watch() { watcher() = std::move(before_); }
+
+bool LongWork::cancelRunning() {
+  if (waiting) waiting->quit();
+  return waiting != nullptr;
+}
+
+void LongWork::run(QWidget& asker, std::int64_t bytes, const Work& work, const QString& what, bool mayCancel) {
+  runOn(asker, bytes, std::cref(work), what, mayCancel, false);
+}
+
+bool LongWork::goesOn(const QString& what, int percent) { return !gBusy() || !watcher() || watcher()(what, percent); }
+
+bool LongWork::runOrLeave(QWidget& asker, Work work, const QString& what) { return runOn(asker, 0, std::move(work), what, true, true); }

@@ -1,9 +1,0 @@
-#include "base/Memory.h"
-
-#include <QCoreApplication>
-
-#include "base/Dialogs.h"
-
-void tellNoMemory() {
-  MsgBox(QCoreApplication::translate("Memory", "There is not enough memory for this. Nothing was changed."));
-}

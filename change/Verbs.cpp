@@ -1,0 +1,188 @@
+#include "change/Verbs.h"
+
+#include <QCoreApplication>
+#include <QHash>
+
+#include "base/Strings.h"
+#include "base/dialog/Dialogs.h"
+#include "change/AddIns.h"
+#include "change/FormatText.h"
+#include "change/LineTools.h"
+#include "document/Languages.h"
+#include "language/ucCM.h"
+#include "script/Statements.h"
+
+namespace {
+
+// "name=value" and bare words, which have no value, separated by blanks. Names fold case; `known` lists them. False: something else
+// stands there.
+bool readOptions(const QString& argument, const QStringList& known, QHash<QString, QString>* values) {
+  for (const QString& word : argument.split(u' ', Qt::SkipEmptyParts)) {
+    const QString name = word.section(u'=', 0, 0).toLower();
+    if (!known.contains(name)) return false;
+    values->insert(name, word.contains(u'=') ? word.section(u'=', 1) : QString());
+  }
+  return true;
+}
+
+// Options that are on or off: the bare word, or yes or no. False: another value.
+bool flags(const QHash<QString, QString>& values, std::initializer_list<std::pair<const char*, bool*>> wanted) {
+  for (const auto& [name, on] : wanted) {
+    const auto found = values.find(QString::fromLatin1(name));
+    if (found == values.end()) continue;
+    const QString value = found->toLower();
+    *on = value.isNull() || value == QLatin1String("yes");
+    if (!*on && value != QLatin1String("no")) return false;
+  }
+  return true;
+}
+
+QStringList words(const char* text) { return QString::fromLatin1(text).split(u' '); }
+
+// A whole number of an option (0x for hexadecimal); `otherwise` when it is not given. False: it is no number within the bounds.
+bool number(const QHash<QString, QString>& values, const QString& name, qint64 low, qint64 high, qint64* value) {
+  if (!values.contains(name)) return true;
+  bool good = false;
+  *value = values[name].toLongLong(&good, 0);
+  return good && *value >= low && *value <= high;
+}
+
+bool choice(const QHash<QString, QString>& values, const QString& name, const QStringList& choices, int* index) {
+  if (!values.contains(name)) return true;
+  *index = static_cast<int>(choices.indexOf(values[name].toLower())) + 1;
+  return *index > 0;
+}
+
+bool format(CodeMax& cmx, const QString& argument) {
+  QHash<QString, QString> values;
+  if (!readOptions(argument, words("tabs text keywords indent lineends careful indenttabs selection anycase"), &values)) return false;
+  FormatChoices choices;
+  qint64 tabs = -1, indent = -1;
+  const QStringList cases{QStringLiteral("upper"), QStringLiteral("lower"), QStringLiteral("capitalize")};
+  if (!number(values, QStringLiteral("tabs"), 0, 100, &tabs) || !number(values, QStringLiteral("indent"), 0, 100, &indent) ||
+      !choice(values, QStringLiteral("text"), cases, &choices.mainCase) || !choice(values, QStringLiteral("keywords"), cases, &choices.keywordCase) ||
+      !choice(values, QStringLiteral("lineends"), {QStringLiteral("unix"), QStringLiteral("windows")}, &choices.lineEnds))
+    return false;
+  choices.tabs = static_cast<int>(tabs) + 1;
+  choices.indent = static_cast<int>(indent) + 1;
+  choices.wholeLine = choices.indentTabs = choices.selectionOnly = choices.changeCaseAnyway = false;
+  if (!flags(values, {{"careful", &choices.wholeLine}, {"indenttabs", &choices.indentTabs}, {"selection", &choices.selectionOnly},
+                      {"anycase", &choices.changeCaseAnyway}}))
+    return false;
+  const auto& all = languages().Languages();
+  const int index = languages().GetIndex(cmx.Language());
+  const clsLang* language = index > 0 ? all->Item(index).get() : nullptr;
+  const auto say = [](const char* text) { return QCoreApplication::translate("Verbs", text); };
+  QString complaint;
+  if (!language && (choices.indent > 0 || choices.mainCase > 0 || choices.keywordCase > 0))
+    complaint = say(QT_TRANSLATE_NOOP("Verbs", "The document has no language: its indentation and letter case stay."));
+  else if (caseMatters(choices, language) && !choices.changeCaseAnyway)
+    complaint = say(QT_TRANSLATE_NOOP("Verbs", "Letter case has a meaning in this language and stays; the option anycase changes it."));
+  const FormatResult result = FormatIt(cmx, language, choices);
+  if (!result.error.isEmpty()) complaint = result.error;
+  else complaint = (QStringList(complaint) + result.notes).join(u'\n').trimmed();
+  if (!complaint.isEmpty()) MsgBox(complaint);
+  return true;
+}
+
+bool columnize(CodeMax& cmx, const QString& argument) {
+  QString delimiter = argument;
+  ColumnizeOptions options;
+  const auto take = [&](const char* option, bool* flag) {
+    if (!delimiter.endsWith(QLatin1String(option))) return false;
+    delimiter.chop(static_cast<qsizetype>(qstrlen(option)));
+    return *flag = true;
+  };
+  while (take(" -g", &options.groupsApart) || take(" -c", &options.codeOnly) || take(" -b", &options.withinBlock)) {
+  }
+  if (delimiter.isEmpty()) return false;
+  CmRange range = cmx.GetSel(true);
+  if (range.IsEmpty()) range = {0, 0, cmx.LineCount() - 1, 0, false};
+  Columnize(cmx, range, delimiter, options);
+  return true;
+}
+
+bool series(CodeMax& cmx, const QString& argument) {
+  QHash<QString, QString> values;
+  if (!readOptions(argument, words("start step repeat base width prefix suffix zeros upper"), &values)) return false;
+  NumberSeries s;
+  qint64 repeat = 1, base = 10, width = 0;
+  constexpr qint64 kMost = std::numeric_limits<qint64>::max(), kLeast = std::numeric_limits<qint64>::min();
+  if (!number(values, QStringLiteral("start"), kLeast, kMost, &s.start) || !number(values, QStringLiteral("step"), kLeast, kMost, &s.step) ||
+      !number(values, QStringLiteral("repeat"), 1, 1000000, &repeat) || !number(values, QStringLiteral("base"), 2, 16, &base) ||
+      !number(values, QStringLiteral("width"), 0, 64, &width))
+    return false;
+  if (base != 2 && base != 8 && base != 10 && base != 16) return false;
+  s.repeat = static_cast<int>(repeat);
+  s.base = static_cast<int>(base);
+  s.width = static_cast<int>(width);
+  if (!flags(values, {{"zeros", &s.zeroFill}, {"upper", &s.upperCase}})) return false;
+  for (const char* text : {"prefix", "suffix"})
+    if (values.contains(QString::fromLatin1(text)) && values[QString::fromLatin1(text)].isNull()) return false;
+  s.prefix = values.value(QStringLiteral("prefix"));
+  s.suffix = values.value(QStringLiteral("suffix"));
+  return InsertSeries(cmx, s) >= 0;
+}
+
+bool sortLines(CodeMax& cmx, const QString& argument) {
+  QHash<QString, QString> values;
+  if (!readOptions(argument, words("descending case numeric unique"), &values)) return false;
+  SortOptions options;
+  if (!flags(values, {{"descending", &options.descending}, {"case", &options.matchCase}, {"numeric", &options.numeric}, {"unique", &options.dropEqual}}))
+    return false;
+  SortLines(cmx, options);
+  return true;
+}
+
+// "/expression/replacement/i": the first character parts, the i is optional. A parting character that is meant stands behind '\'.
+bool substitute(CodeMax& cmx, const QString& argument) {
+  QStringList parts{QString()};
+  for (qsizetype at = 1; at < argument.size(); ++at) {
+    if (argument[at] == argument[0]) {
+      parts += QString();
+      continue;
+    }
+    if (argument[at] == u'\\' && at + 1 < argument.size()) parts.last() += argument[at++];
+    parts.last() += argument[at];
+  }
+  if (parts.size() != 3 || parts[0].isEmpty() || (!parts[2].isEmpty() && parts[2] != QLatin1String("i"))) return false;
+  text::SearchOptions search;
+  search.regex = true;
+  search.matchCase = parts[2].isEmpty();
+  const text::Finder finder(fromQString(parts[0]), search);
+  if (!finder.error().empty()) return false;
+  parts[1].replace(u'\\' + argument.left(1), argument.left(1));
+  QString error;
+  SubstituteInLines(cmx, finder, parts[1], &error);
+  if (!error.isEmpty()) MsgBox(error);
+  return true;
+}
+
+template <auto Service>
+bool plain(CodeMax& cmx, const QString& argument) {
+  if (!argument.trimmed().isEmpty()) return false;
+  Service(cmx);
+  return true;
+}
+qint64 removeDuplicates(CodeMax& cmx) { return RemoveDuplicateLines(cmx); }
+
+}  // namespace
+
+void AddFormatVerbs() {
+  using statements::addVerb;
+  addVerb("FORMAT", "[tabs=N] [text=CASE] [keywords=CASE] [indent=N] [lineends=unix|windows] [careful] [indenttabs] [selection] [anycase]",
+          "Formats the text: tabs to N blanks (0: one stays between two words), letter case (upper, lower, capitalize), indentation by N (careful: indenttabs indents by one tab a level instead), line ends. "
+          "selection: only the selected lines, without a selection all; line ends are always those of the whole text.", format);
+  addVerb("COLUMNIZE", "delimiter [-g] [-c] [-b]",
+          "Aligns a delimiter in the selected lines, else in all; -g groups between blank lines, -c code only, -b within the block.", columnize);
+  addVerb("SERIES", "[start=N] [step=N] [repeat=N] [base=2|8|10|16] [width=N] [zeros] [upper] [prefix=TEXT] [suffix=TEXT]",
+          "Puts a series of numbers into the selected lines.", series);
+  addVerb("SORTLINES", "[descending] [case] [numeric] [unique]", "Sorts the selected lines, else all; numeric by the first number of each, unique keeps one of equal lines, case tells A from a in the order.", sortLines);
+  addVerb("UNIQUELINES", "", "Removes lines that have stood before.", plain<removeDuplicates>);
+  addVerb("BLANKLINES", "", "Removes lines of white space only.", plain<RemoveBlankLines>);
+  addVerb("TRIMLINES", "", "Removes blanks and tabs at line ends.", plain<TrimLineEnds>);
+  addVerb("SUBSTITUTE", "/expression/replacement/[i]",
+          "Replaces what a regular expression finds in the selected lines, else in the caret's; \\1 to \\9 are its groups, i folds case.",
+          substitute);
+  addVerb("JOINLINES", "", "Joins the selected lines, else the caret's line and the next.", plain<JoinLines>);
+}

@@ -1,0 +1,34 @@
+// Shows a text before and after a change, side by side; the lines that differ bear bookmarks, also where lines came in or went away
+// before them. Accepted: the person wants the change.
+#pragma once
+
+#include <QDialog>
+#include <vector>
+
+#include "text/line/LineDiff.h"
+
+class CodeMax;
+class QLabel;
+class QPushButton;
+
+class frmCompare : public QDialog {
+  Q_OBJECT
+ public:
+  explicit frmCompare(const CodeMax& original, QWidget* parent = nullptr);
+  CodeMax& after() { return *after_; }   // a copy of the text, language and selection, to be changed before exec()
+  void markChanges();                    // call once, after the change
+  int changes() const { return static_cast<int>(hunks_.size()); }
+  void showOnly(const QString& before, const QString& after);   // two texts with these names, and nothing to apply
+
+ protected:
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  void goTo(int step);
+  CodeMax *before_, *after_;
+  QLabel *summary_, *beforeName_, *afterName_;
+  QPushButton* apply_;
+  std::vector<text::LineHunk> hunks_;
+  QPushButton* next_;
+  int shown_ = -1;   // the hunk that is selected
+};

@@ -1,0 +1,161 @@
+// What the rows of the command table run. The files Commands*.cpp hold them by topic: Move (caret and selecting), Edit
+// (deleting, clipboard, undo), Lines, Blanks (indent and tabs), Case, Find, Window (scrolling, bookmarks, switches).
+//
+// Each does nothing on a read-only text where it would change it, and each is one undo step.
+#pragma once
+
+#include <type_traits>
+
+#include "control/edit/Editor.h"
+
+namespace commandFunctions {
+
+// Where a move from `at` ends; it stays where it cannot go on.
+using Motion = text::ByteOffset (*)(Editor& e, text::ByteOffset at);
+text::ByteOffset charRight(Editor& e, text::ByteOffset at);
+text::ByteOffset charLeft(Editor& e, text::ByteOffset at);
+text::ByteOffset wordRight(Editor& e, text::ByteOffset at);      // next word's start, no further than the line's end
+text::ByteOffset runRight(Editor& e, text::ByteOffset at);       // end of the run, or of the blanks
+text::ByteOffset wordEndRight(Editor& e, text::ByteOffset at);
+text::ByteOffset wordLeft(Editor& e, text::ByteOffset at);
+text::ByteOffset wordEndLeft(Editor& e, text::ByteOffset at);
+text::ByteOffset sentenceRight(Editor& e, text::ByteOffset at);
+text::ByteOffset sentenceLeft(Editor& e, text::ByteOffset at);
+text::ByteOffset paraUp(Editor& e, text::ByteOffset at);
+text::ByteOffset paraDown(Editor& e, text::ByteOffset at);
+text::ByteOffset lineStart(Editor& e, text::ByteOffset at);
+text::ByteOffset lineEnd(Editor& e, text::ByteOffset at);
+text::ByteOffset indentation(Editor& e, text::ByteOffset at);    // first character that is not blank, or the line's end
+text::ByteOffset home(Editor& e, text::ByteOffset at);
+text::ByteOffset smartEnd(Editor& e, text::ByteOffset at);
+text::ByteOffset documentStart(Editor& e, text::ByteOffset at);
+text::ByteOffset documentEnd(Editor& e, text::ByteOffset at);
+
+template <Motion motion>
+void go(Editor& e, const QVariant&) {
+  e.moveCaret(motion(e, e.selection().caret), false);
+}
+// Moves the caret's corner of the column selection by so much, also past the ends of lines. Where column selections are not
+// allowed the selection is extended as usual.
+void extendBlock(Editor& e, std::int64_t cells, std::int64_t lines);
+bool inColumnMode(Editor& e);
+void extendTo(Editor& e, text::ByteOffset to);
+// By type, as addresses of functions are no constants to every compiler's checks.
+template <Motion a, Motion b>
+inline constexpr bool isSameMotion = std::is_same_v<std::integral_constant<Motion, a>, std::integral_constant<Motion, b>>;
+template <Motion motion>
+void extend(Editor& e, const QVariant&) {
+  constexpr bool left = isSameMotion<motion, charLeft>;
+  if constexpr (left || isSameMotion<motion, charRight>)
+    if (inColumnMode(e)) return extendBlock(e, left ? -1 : 1, 0);
+  extendTo(e, motion(e, e.selection().caret));
+}
+
+// Up (-) or down by lines or windows; the caret keeps to the cell where the first of such moves began.
+void moveLines(Editor& e, std::int64_t lines, bool extend);
+void movePage(Editor& e, int direction, bool extend);
+template <int lines, bool extend>
+void vertical(Editor& e, const QVariant&) {
+  moveLines(e, lines, extend);
+}
+template <int direction, bool extend>
+void page(Editor& e, const QVariant&) {
+  movePage(e, direction, extend);
+}
+
+enum class WordCase { upper, lower, capital };
+void changeWordCase(Editor& e, WordCase to);
+void changeSelectionCase(Editor& e, WordCase to);
+template <WordCase to>
+void wordCase(Editor& e, const QVariant&) {
+  changeWordCase(e, to);
+}
+template <WordCase to>
+void selectionCase(Editor& e, const QVariant&) {
+  changeSelectionCase(e, to);
+}
+
+bool findAgainFrom(Editor& e, bool forward);
+bool findWordAtCaret(Editor& e, bool forward);
+template <bool forward>
+void findAgain(Editor& e, const QVariant&) {
+  findAgainFrom(e, forward);
+}
+template <bool forward>
+void findWord(Editor& e, const QVariant&) {
+  findWordAtCaret(e, forward);
+}
+
+void wordTranspose(Editor& e, const QVariant& argument);
+void wordDeleteToStart(Editor& e, const QVariant& argument);
+void wordDeleteToEnd(Editor& e, const QVariant& argument);
+void windowStart(Editor& e, const QVariant& argument);
+void windowScrollUp(Editor& e, const QVariant& argument);
+void windowScrollToTop(Editor& e, const QVariant& argument);
+void windowScrollToCenter(Editor& e, const QVariant& argument);
+void windowScrollToBottom(Editor& e, const QVariant& argument);
+void windowScrollRight(Editor& e, const QVariant& argument);
+void windowScrollLeft(Editor& e, const QVariant& argument);
+void windowScrollDown(Editor& e, const QVariant& argument);
+void windowRightEdge(Editor& e, const QVariant& argument);
+void windowLeftEdge(Editor& e, const QVariant& argument);
+void windowEnd(Editor& e, const QVariant& argument);
+void untabifySelection(Editor& e, const QVariant& argument);
+void unindentSelection(Editor& e, const QVariant& argument);
+void undoChanges(Editor& e, const QVariant& argument);
+void undo(Editor& e, const QVariant& argument);
+void tabifySelection(Editor& e, const QVariant& argument);
+void sentenceCut(Editor& e, const QVariant& argument);
+void selectSwapAnchor(Editor& e, const QVariant& argument);
+void selectPara(Editor& e, const QVariant& argument);
+void selectLine(Editor& e, const QVariant& argument);
+void selectAll(Editor& e, const QVariant& argument);
+void redoChanges(Editor& e, const QVariant& argument);
+void redo(Editor& e, const QVariant& argument);
+void paste(Editor& e, const QVariant& argument);
+void lineTranspose(Editor& e, const QVariant& argument);
+void lineOpenBelow(Editor& e, const QVariant& argument);
+void lineOpenAbove(Editor& e, const QVariant& argument);
+void lineDeleteToStart(Editor& e, const QVariant& argument);
+void lineDeleteToEnd(Editor& e, const QVariant& argument);
+void lineDelete(Editor& e, const QVariant& argument);
+void lineCut(Editor& e, const QVariant& argument);
+void indentToPrev(Editor& e, const QVariant& argument);
+void indentSelection(Editor& e, const QVariant& argument);
+void gotoMatchBrace(Editor& e, const QVariant& argument);
+void gotoLine(Editor& e, const QVariant& argument);
+void findReplace(Editor& e, const QVariant& argument);
+void replace(Editor& e, const QVariant& argument);
+void replaceAllInBuffer(Editor& e, const QVariant& argument);
+void replaceAllInSelection(Editor& e, const QVariant& argument);
+void findMarkAll(Editor& e, const QVariant& argument);
+void find(Editor& e, const QVariant& argument);
+void setFindText(Editor& e, const QVariant& argument);
+void setReplaceText(Editor& e, const QVariant& argument);
+void togglePreserveCase(Editor& e, const QVariant& argument);
+void toggleWholeWord(Editor& e, const QVariant& argument);
+void toggleCaseSensitive(Editor& e, const QVariant& argument);
+void toggleWhiteSpaceDisplay(Editor& e, const QVariant& argument);
+void toggleOvertype(Editor& e, const QVariant& argument);
+void setRepeatCount(Editor& e, const QVariant& argument);
+void deleteHorizontalSpace(Editor& e, const QVariant& argument);
+void deleteBlankLines(Editor& e, const QVariant& argument);
+void deleteBack(Editor& e, const QVariant& argument);
+void deleteForward(Editor& e, const QVariant& argument);
+void cutSelection(Editor& e, const QVariant& argument);
+void cut(Editor& e, const QVariant& argument);
+void copy(Editor& e, const QVariant& argument);
+void charTranspose(Editor& e, const QVariant& argument);
+void charRightOrEnd(Editor& e, const QVariant& argument);
+void charLeftOrStart(Editor& e, const QVariant& argument);
+void bookmarkToggle(Editor& e, const QVariant& argument);
+void bookmarkPrev(Editor& e, const QVariant& argument);
+void bookmarkNext(Editor& e, const QVariant& argument);
+void bookmarkClearAll(Editor& e, const QVariant& argument);
+void bookmarkJumpToFirst(Editor& e, const QVariant& argument);
+void bookmarkJumpToLast(Editor& e, const QVariant& argument);
+void appendNextCut(Editor& e, const QVariant& argument);
+void insertChar(Editor& e, const QVariant& argument);
+void newLine(Editor& e, const QVariant& argument);
+
+}  // namespace commandFunctions

@@ -1,0 +1,162 @@
+// Deleting, clipboard, undo and putting in.
+#include <algorithm>
+
+#include "control/edit/CommandFunctions.h"
+#include "control/edit/EditorAccess.h"
+#include "text/line/Words.h"
+
+using namespace text;
+
+namespace commandFunctions {
+
+namespace {
+
+// To the clipboard: behind what is there when the cut before was told to go on, or in a repetition.
+void toClipboard(Editor& e, QString text, bool block) {
+  auto& impl = EditorAccess::impl(e);
+  decltype(impl.cuts)::value_type all;
+  if (impl.cuts) all = std::move(*impl.cuts);
+  else if (impl.cutAppends) all.text = e.host().clipboardText(&all.block);
+  if (all.text.isEmpty()) {
+    all = {std::move(text), block};
+  } else {
+    all.block = all.block && block;
+    all.text += (all.block ? QStringLiteral("\n") : QString()) + text;
+  }
+  if (impl.gathersCuts) impl.cuts = std::move(all);
+  else e.host().setClipboard(all.text, all.block);
+}
+
+void cutRange(Editor& e, ByteRange range) {
+  if (e.document().readOnly() || range.empty()) return;
+  toClipboard(e, toQString(e.snapshot().bytes(range)), false);
+  EditorAccess::put(e, range, {});
+}
+
+// Deletes the range, or the selection where there is one.
+void deleteRange(Editor& e, ByteRange range, Join join) {
+  if (e.hasSelection()) EditorAccess::deleteSelection(e);
+  else if (!range.empty()) EditorAccess::put(e, range, {}, join);
+}
+
+// In a column selection without width: the cells that the character beside the caret takes, in each row.
+void deleteColumnBeside(Editor& e, bool forward) {
+  const Snapshot& text = e.snapshot();
+  const SelectionState& s = e.selection();
+  const int tabSize = e.options().tabSize;
+  ColumnBlock block = columnBlock(text, s, tabSize);
+  const LineNo line = text.lineAt(s.caret);
+  const ByteOffset beside = forward ? nextChar(text, s.caret) : previousChar(text, s.caret);
+  std::int64_t width = 1;
+  if (s.caretVirtual == 0 && text.lineAt(beside) == line)
+    width = std::max<std::int64_t>(1, std::abs(cellOf(text, beside, 0, tabSize) - block.left));
+  if (forward) block.right += width;
+  else block.left = std::max<std::int64_t>(0, block.left - width);
+  EditorAccess::fillBlock(e, block, {}, Join::deleting);
+}
+
+}  // namespace
+
+void deleteForward(Editor& e, const QVariant&) {
+  const ByteOffset caret = e.selection().caret;
+  if (e.selection().column && !e.hasSelection()) return deleteColumnBeside(e, true);
+  deleteRange(e, {caret, nextChar(e.snapshot(), caret)}, Join::deleting);
+}
+
+void deleteBack(Editor& e, const QVariant&) {
+  const ByteOffset caret = e.selection().caret;
+  if (e.selection().column && !e.hasSelection()) return deleteColumnBeside(e, false);
+  deleteRange(e, {previousChar(e.snapshot(), caret), caret}, Join::deleting);
+}
+
+void wordDeleteToStart(Editor& e, const QVariant&) {
+  const ByteOffset caret = e.selection().caret, start = lineStart(e, caret);
+  const ByteOffset from = caret == start ? previousChar(e.snapshot(), caret) : std::max(start, wordLeft(e, caret));
+  deleteRange(e, {from, caret}, Join::none);
+}
+
+void wordDeleteToEnd(Editor& e, const QVariant&) {
+  const ByteOffset caret = e.selection().caret, end = lineEnd(e, caret);
+  const ByteOffset to = caret == end ? nextChar(e.snapshot(), caret) : std::min(end, wordEndRight(e, caret));
+  deleteRange(e, {caret, to}, Join::none);
+}
+
+void deleteHorizontalSpace(Editor& e, const QVariant&) {
+  const Snapshot& text = e.snapshot();
+  const auto blank = [&text](ByteOffset at) { return text.at(at) == ' ' || text.at(at) == '\t'; };
+  ByteRange range{e.selection().caret, e.selection().caret};
+  while (range.begin.value > 0 && blank(range.begin - 1)) --range.begin;
+  while (range.end < text.size() && blank(range.end)) ++range.end;
+  if (!range.empty()) EditorAccess::put(e, range, {});
+}
+
+void charTranspose(Editor& e, const QVariant&) {
+  const Snapshot& text = e.snapshot();
+  ByteOffset middle = e.selection().caret;
+  if (middle == lineEnd(e, middle)) middle = previousChar(text, middle);
+  const ByteOffset start = lineStart(e, middle), end = lineEnd(e, middle);
+  if (middle <= start || middle >= end || text.lineAt(middle) != text.lineAt(e.selection().caret)) return;
+  const ByteRange before{previousChar(text, middle), middle}, behind{middle, nextChar(text, middle)};
+  EditorAccess::put(e, {before.begin, behind.end}, text.bytes(behind) + text.bytes(before));
+}
+
+void copy(Editor& e, const QVariant&) {
+  if (!e.hasSelection()) return;
+  toClipboard(e, e.selectedText(), e.selection().column);
+}
+
+void cutSelection(Editor& e, const QVariant&) {
+  if (!e.hasSelection() || e.document().readOnly()) return;
+  toClipboard(e, e.selectedText(), e.selection().column);
+  EditorAccess::deleteSelection(e);
+}
+
+void cut(Editor& e, const QVariant& argument) {
+  if (e.hasSelection()) cutSelection(e, argument);
+  else lineCut(e, argument);
+}
+
+void lineCut(Editor& e, const QVariant&) {
+  if (e.document().readOnly()) return;
+  const Snapshot& text = e.snapshot();
+  const auto [first, last] = selectedLines(e);
+  const ByteRange lines{text.lineStart(first), text.lineEndWithBreak(last)};
+  if (lines.empty()) return;
+  // The last line of the text goes without a break, but comes back from the clipboard as a line.
+  QString cutText = toQString(text.bytes(lines));
+  if (text.lineBreak(last) == LineBreak::none) cutText += toQString(e.model().newLineFor(last));
+  toClipboard(e, std::move(cutText), false);
+  EditorAccess::put(e, lines, {});
+}
+
+void sentenceCut(Editor& e, const QVariant&) {
+  const ByteOffset caret = e.selection().caret;
+  cutRange(e, {caret, sentenceRight(e, caret)});
+}
+
+void paste(Editor& e, const QVariant&) {
+  bool block = false;
+  QString text = e.host().clipboardText(&block);
+  if (text.isEmpty()) return;
+  if (!text.contains(u'\n')) text.replace(u'\r', u'\n');
+  if (block || (e.selection().column && text.contains(u'\n'))) e.insertBlock(text);
+  else e.replaceSelection(text);
+}
+
+void insertChar(Editor& e, const QVariant& argument) {
+  const QString text = argument.toString();
+  if (!text.isEmpty()) e.replaceSelection(text);
+}
+
+void newLine(Editor& e, const QVariant&) { e.newLine(); }
+void undo(Editor& e, const QVariant&) { e.undo(); }
+void redo(Editor& e, const QVariant&) { e.redo(); }
+
+void undoChanges(Editor& e, const QVariant&) {
+  while (e.document().modified() && e.undo()) {}
+}
+void redoChanges(Editor& e, const QVariant&) {
+  while (e.redo()) {}
+}
+
+}  // namespace commandFunctions

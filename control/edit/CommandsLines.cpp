@@ -1,0 +1,97 @@
+// Whole lines: opening, deleting, exchanging.
+#include <algorithm>
+
+#include "control/edit/CommandFunctions.h"
+#include "control/edit/SelectedPieces.h"
+
+using namespace text;
+
+namespace commandFunctions {
+
+namespace {
+
+bool blankLine(const Snapshot& text, LineNo line) {
+  return text.lineStart(line) + static_cast<std::int64_t>(EditorAccess::indentOf(text, line).size()) == text.lineEnd(line);
+}
+
+// The lines with their breaks. At the end of the text there is none behind; then the one before them goes.
+ByteRange wholeLines(const Snapshot& text, LineNo first, LineNo last) {
+  const ByteRange range{text.lineStart(first), text.lineEndWithBreak(last)};
+  if (text.lineBreak(last) == LineBreak::none && first.value > 0) return {text.lineEnd(first - 1), range.end};
+  return range;
+}
+
+void openLine(Editor& e, bool below) {
+  const Snapshot text = e.snapshot();
+  const LineNo line = text.lineAt(e.selection().caret);
+  const std::string newLine = e.model().newLineFor(line);
+  const std::string indent = e.options().autoIndent == AutoIndent::off ? std::string() : EditorAccess::indentOf(text, line);
+  const ByteOffset at = below ? text.lineEnd(line) : text.lineStart(line);
+  const Edit edit{{at, at}, below ? newLine + indent : indent + newLine};
+  SelectionState after;
+  after.anchor = after.caret = at + static_cast<std::int64_t>(below ? edit.text.size() : indent.size());
+  const SelectionState before = e.selection();
+  if (EditorAccess::change(e, std::span(&edit, 1), after)) EditorAccess::noteAutoBlanks(e, indent.size(), {edit.range, newLine}, before);
+}
+
+}  // namespace
+
+void lineOpenBelow(Editor& e, const QVariant&) { openLine(e, true); }
+void lineOpenAbove(Editor& e, const QVariant&) { openLine(e, false); }
+
+void lineDelete(Editor& e, const QVariant&) {
+  const Snapshot& text = e.snapshot();
+  const auto [first, last] = selectedLines(e);
+  const ByteRange range = wholeLines(text, first, last);
+  if (!range.empty()) EditorAccess::put(e, range, {});
+}
+
+void lineDeleteToStart(Editor& e, const QVariant&) {
+  const ByteOffset caret = e.selection().caret;
+  const ByteRange range{lineStart(e, caret), caret};
+  if (!range.empty()) EditorAccess::put(e, range, {});
+}
+
+void lineDeleteToEnd(Editor& e, const QVariant&) {
+  const ByteOffset caret = e.selection().caret;
+  const ByteRange range{caret, lineEnd(e, caret)};
+  if (!range.empty()) EditorAccess::put(e, range, {});
+}
+
+void lineTranspose(Editor& e, const QVariant&) {
+  const Snapshot& text = e.snapshot();
+  const LineNo line = text.lineAt(e.selection().caret);
+  if (line.value + 1 >= text.lineCount()) return;
+  const ByteRange upper{text.lineStart(line), text.lineEnd(line)};
+  const ByteRange lower{text.lineStart(line + 1), text.lineEnd(line + 1)};
+  const Edit edit{{upper.begin, lower.end}, text.bytes(lower) + text.bytes({upper.end, lower.begin}) + text.bytes(upper)};
+  SelectionState after;
+  after.anchor = after.caret = e.selection().caret + (lower.end - upper.end);
+  EditorAccess::change(e, std::span(&edit, 1), after);
+}
+
+void deleteBlankLines(Editor& e, const QVariant&) {
+  if (e.document().readOnly()) return;
+  const Snapshot& text = e.snapshot();
+  auto [first, last] = selectedLines(e);
+  if (first == last) {
+    // The run of blank lines at the caret, or the one right below its line.
+    if (!blankLine(text, first)) {
+      if (first.value + 1 >= text.lineCount()) return;
+      last = ++first;
+    }
+    if (!blankLine(text, first)) return;
+    while (first.value > 0 && blankLine(text, first - 1)) --first;
+    while (last.value + 1 < text.lineCount() && blankLine(text, last + 1)) ++last;
+    // What stands behind the last break is no line of its own: the text keeps its final line end.
+    if (last.value + 1 == text.lineCount() && last > first && text.lineStart(last) == text.size() && first.value > 0) --last;
+  }
+  std::vector<Edit> edits;
+  forEachLine(text, {text.lineStart(first), text.lineEnd(last)}, [&](LineNo line, ByteOffset start, std::string_view bytes) {
+    if (bytes.find_first_not_of(" \t") != std::string_view::npos) return;
+    edits.push_back({{start, text.lineEndWithBreak(line)}, {}});
+  });
+  EditorAccess::change(e, edits);
+}
+
+}  // namespace commandFunctions

@@ -1,0 +1,84 @@
+// Scrolling, places in the window, bookmarks and switches.
+#include <algorithm>
+
+#include "control/edit/CommandFunctions.h"
+#include "control/edit/EditorAccess.h"
+
+using namespace text;
+
+namespace commandFunctions {
+
+namespace {
+
+std::int64_t caretLine(Editor& e) { return e.snapshot().lineAt(e.selection().caret).value; }
+
+void scrollTo(Editor& e, qint64 top) { e.host().setTopLine(std::clamp<qint64>(top, 0, e.snapshot().lineCount() - 1)); }
+
+void goToCell(Editor& e, qint64 cell) {
+  const LineNo line(caretLine(e));
+  e.moveCaret(offsetAtCell(e.snapshot(), line, cell, e.options().tabSize), false);
+}
+
+void goToBookmark(Editor& e, bool forward) {
+  const std::vector<LineNo> marks = e.model().bookmarks();
+  if (marks.empty()) return;
+  const LineNo line(caretLine(e));
+  LineNo to;
+  if (forward) {
+    const auto next = std::upper_bound(marks.begin(), marks.end(), line);
+    to = next == marks.end() ? marks.front() : *next;
+  } else {
+    const auto here = std::lower_bound(marks.begin(), marks.end(), line);
+    to = here == marks.begin() ? marks.back() : *(here - 1);
+  }
+  e.moveCaret(e.snapshot().lineStart(to), false);
+}
+
+}  // namespace
+
+void windowStart(Editor& e, const QVariant&) { moveLines(e, e.host().topLine() - caretLine(e), false); }
+void windowEnd(Editor& e, const QVariant&) {
+  moveLines(e, e.host().topLine() + std::max<qint64>(1, e.host().visibleLines()) - 1 - caretLine(e), false);
+}
+void windowLeftEdge(Editor& e, const QVariant&) { goToCell(e, e.host().leftColumn()); }
+void windowRightEdge(Editor& e, const QVariant&) {
+  goToCell(e, e.host().leftColumn() + std::max<qint64>(1, e.host().visibleColumns()) - 1);
+}
+void windowScrollUp(Editor& e, const QVariant&) { scrollTo(e, e.host().topLine() - 1); }
+void windowScrollDown(Editor& e, const QVariant&) { scrollTo(e, e.host().topLine() + 1); }
+void windowScrollLeft(Editor& e, const QVariant&) { e.host().scrollColumns(-1); }
+void windowScrollRight(Editor& e, const QVariant&) { e.host().scrollColumns(1); }
+void windowScrollToTop(Editor& e, const QVariant&) { scrollTo(e, caretLine(e)); }
+void windowScrollToCenter(Editor& e, const QVariant&) { scrollTo(e, caretLine(e) - e.host().visibleLines() / 2); }
+void windowScrollToBottom(Editor& e, const QVariant&) { scrollTo(e, caretLine(e) - e.host().visibleLines() + 1); }
+
+void bookmarkToggle(Editor& e, const QVariant&) {
+  const LineNo line(caretLine(e));
+  e.model().setBookmark(line, !e.model().hasBookmark(line));
+}
+void bookmarkPrev(Editor& e, const QVariant&) { goToBookmark(e, false); }
+void bookmarkNext(Editor& e, const QVariant&) { goToBookmark(e, true); }
+void bookmarkClearAll(Editor& e, const QVariant&) { e.model().clearBookmarks(); }
+void bookmarkJumpToFirst(Editor& e, const QVariant&) {
+  const auto marks = e.model().bookmarks();
+  if (!marks.empty()) e.moveCaret(e.snapshot().lineStart(marks.front()), false);
+}
+void bookmarkJumpToLast(Editor& e, const QVariant&) {
+  const auto marks = e.model().bookmarks();
+  if (!marks.empty()) e.moveCaret(e.snapshot().lineStart(marks.back()), false);
+}
+
+void toggleWhiteSpaceDisplay(Editor& e, const QVariant&) { e.host().toggleWhiteSpaceDisplay(); }
+
+void toggleOvertype(Editor& e, const QVariant&) {
+  e.overtype = !e.overtype;
+  if (e.onSelectionChanged) e.onSelectionChanged();   // the caret looks different
+}
+
+void setRepeatCount(Editor& e, const QVariant& argument) {
+  e.repeatCount = static_cast<int>(std::clamp<qint64>(argument.toLongLong(), 1, kMostRepeats));
+}
+
+void appendNextCut(Editor& e, const QVariant&) { e.appendNextCut = true; }
+
+}  // namespace commandFunctions

@@ -1,0 +1,416 @@
+#include "control/edit/Editor.h"
+
+#include <QClipboard>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QScopedValueRollback>
+#include <algorithm>
+#include <tuple>
+
+#include "base/LongWork.h"
+#include "base/Program.h"
+#include "control/edit/ColumnBlock.h"
+#include "control/edit/CommandFunctions.h"
+#include "control/edit/CommandTable.h"
+#include "control/edit/EditorAccess.h"
+#include "control/edit/TextMime.h"
+#include "control/find/UsersSearch.h"
+#include "control/keys/KeyMacro.h"
+#include "text/line/Chars.h"
+#include "text/line/Words.h"
+
+using namespace text;
+
+namespace {
+
+// UTF-16 units from one character boundary of a line to another. Reads in place: a long line is not copied to be counted.
+std::int64_t columnsBetween(const Snapshot& text, ByteOffset from, ByteOffset to) {
+  std::int64_t columns = 0;
+  while (from < to) {
+    std::string_view part = text.chunkAt(from);
+    part = part.substr(0, static_cast<std::size_t>(std::min<std::int64_t>(to - from, static_cast<std::int64_t>(part.size()))));
+    std::size_t whole = part.size();
+    if (from + static_cast<std::int64_t>(whole) < to) {   // the last character may go on in the next chunk
+      for (std::size_t i = 1; i <= 3 && i <= part.size(); ++i) {
+        const char c = part[part.size() - i];
+        if ((c & 0xC0) == 0xC0) whole = part.size() - i;
+        if ((c & 0xC0) != 0x80) break;
+      }
+    }
+    if (whole == 0) {
+      const Char c = decode(text.bytes({from, std::min(to, from + 4)}));
+      columns += utf16Length(c);
+      from += c.bytes;
+    } else {
+      columns += columnOf(part, static_cast<std::int64_t>(whole)).value;
+      from += static_cast<std::int64_t>(whole);
+    }
+  }
+  return columns;
+}
+
+}  // namespace
+
+void EditorHost::work(std::int64_t, const std::function<void(text::SearchControl&)>& work) {
+  text::SearchControl control;
+  work(control);
+}
+
+void EditorHost::note(const QString& text) { SetStatusText(text); }
+
+QString EditorHost::clipboardText(bool* block) {
+  return TextMime::read(qGuiApp ? QGuiApplication::clipboard()->mimeData() : nullptr, block);
+}
+
+void EditorHost::setClipboard(const QString& text, bool block) {
+  if (qGuiApp) QGuiApplication::clipboard()->setMimeData(TextMime::make(text, block).release());
+}
+
+namespace {
+struct Search {
+  SearchState state;
+  std::optional<SearchState> users;   // whose texts come back, as long as these are what the program left
+  QString findText, replaceText;
+};
+Search& search() {
+  static Search search;
+  return search;
+}
+}  // namespace
+
+SearchState& searchState() { return search().state; }
+
+void lendSearch(SearchState users) { search() = {searchState(), std::move(users), searchState().findText, searchState().replaceText}; }
+
+SearchState& usersSearch() {
+  SearchState& state = searchState();
+  const auto users = std::exchange(search().users, std::nullopt);
+  if (users && state.findText == search().findText && state.replaceText == search().replaceText) {
+    state.findText = users->findText;
+    state.replaceText = users->replaceText;
+  }
+  return state;
+}
+
+Editor::Editor(std::shared_ptr<TextModel> model, std::shared_ptr<EditOptions> options, EditorHost* host)
+    : model_(std::move(model)), options_(std::move(options)), host_(host), impl_(new Impl) {
+  QObject::connect(model_.get(), &TextModel::changed, &impl_->context, [this](const Change& change) {
+    if (impl_->ownChange > 0) return;
+    SelectionState s = selection_;
+    if (change.reset) {
+      s = {};
+    } else {
+      // What others put in at the edges of a selection does not become selected.
+      const bool forward = s.anchor < s.caret, keep = impl_->quiet || s.column || s.anchor == s.caret;
+      s.anchor = change.map(s.anchor, !keep && forward ? Bias::alongRight : Bias::alongLeft);
+      s.caret = change.map(s.caret, !keep && !forward ? Bias::alongRight : Bias::alongLeft);
+    }
+    if (impl_->quiet) selection_ = s;
+    else EditorAccess::place(*this, s);
+  });
+}
+
+Editor::~Editor() = default;
+
+ByteOffset EditorAccess::snap(const Snapshot& text, ByteOffset at) {
+  at = std::clamp(at, ByteOffset(0), text.size());
+  if (at.value == 0 || at == text.size()) return at;
+  const char here = text.at(at);
+  if (here == '\n') return text.lineMode() == LineMode::lf && text.at(at - 1) == '\r' ? at - 1 : at;
+  for (int back = 1; (here & 0xC0) == 0x80 && back <= 3 && at.value >= back; ++back) {
+    if ((text.at(at - back) & 0xC0) == 0x80) continue;
+    const std::string bytes = text.bytes({at - back, at - back + 4});
+    return decode(bytes).bytes > back ? at - back : at;
+  }
+  return at;
+}
+
+namespace {
+
+// While one lives the selection moves with the text, and nobody is told.
+class Quiet {
+ public:
+  explicit Quiet(Editor& e) : flag_(EditorAccess::impl(e).quiet) { flag_ = true; }
+  ~Quiet() { flag_ = false; }
+  Quiet(const Quiet&) = delete;
+  Quiet& operator=(const Quiet&) = delete;
+
+ private:
+  bool& flag_;
+};
+
+// While one lives the selection is that of whoever changes the text. Left by an exception with the text as it was, the old
+// selection is back.
+class OwnChange {
+ public:
+  OwnChange(Editor& e, const SelectionState& before) : e_(e), before_(before), revision_(e.document().revision()) {
+    ++EditorAccess::impl(e_).ownChange;
+  }
+  ~OwnChange() {
+    --EditorAccess::impl(e_).ownChange;
+    if (e_.document().revision() == revision_) EditorAccess::setSelection(e_, before_);
+  }
+  OwnChange(const OwnChange&) = delete;
+  OwnChange& operator=(const OwnChange&) = delete;
+
+ private:
+  Editor& e_;
+  const SelectionState before_;
+  const std::uint64_t revision_;
+};
+
+// Takes the blanks away that auto-indent put into the line that the caret leaves: the change that brought them is made again without
+// them, so that it stays one undo step. Moves the selection to be along.
+void leaveAutoBlanks(Editor& e, SelectionState& s) {
+  const auto blanks = EditorAccess::autoBlanks(e);
+  if (blanks && s.caret >= blanks->begin && s.caret <= blanks->end) return;
+  const auto made = std::exchange(EditorAccess::impl(e).autoBlanks, std::nullopt);
+  if (!blanks || e.document().readOnly() || !e.document().modified()) return;   // a move alone makes no saved text modified
+  const Quiet quiet(e);
+  if (made->without && e.document().undo()) e.document().apply(*made->without, made->before);
+  else e.document().apply(Edit{*blanks, {}}, e.selection());
+  for (ByteOffset* at : {&s.anchor, &s.caret})
+    if (*at > blanks->begin) *at = std::max(blanks->begin, *at - blanks->length());
+}
+
+}  // namespace
+
+std::optional<ByteRange> EditorAccess::autoBlanks(Editor& e) {
+  const auto& blanks = e.impl_->autoBlanks;
+  return blanks && blanks->revision == e.document().revision() ? std::optional(blanks->range) : std::nullopt;
+}
+
+void EditorAccess::noteAutoBlanks(Editor& e, std::size_t length, Edit without, const SelectionState& before) {
+  const ByteOffset caret = e.selection_.caret, begin = caret - static_cast<std::int64_t>(length);
+  const LineNo line = e.snapshot().lineAt(caret);
+  if (length == 0 || e.snapshot().lineStart(line) != begin || e.snapshot().lineEnd(line) != caret) return;
+  const bool inGroup = !e.document().canUndo();
+  e.impl_->autoBlanks = {{begin, caret}, e.document().revision(), inGroup ? std::nullopt : std::optional(std::move(without)), before};
+}
+
+void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t> goal) {
+  if (e.impl_->autoBlanks) leaveAutoBlanks(e, s);
+  s.anchor = snap(e.snapshot(), s.anchor);
+  s.caret = snap(e.snapshot(), s.caret);
+  if (!s.column) s.anchorVirtual = s.caretVirtual = 0;
+  e.impl_->goal = goal;
+  if (s == e.selection_) return;
+  e.selection_ = s;
+  if (e.onSelectionChanged) e.onSelectionChanged();
+}
+
+bool EditorAccess::change(Editor& e, std::span<const Edit> edits, std::optional<SelectionState> after, Join join) {
+  Document& document = e.document();
+  if (document.readOnly()) return false;
+  const SelectionState before = e.selection_;
+  // The views hear of the change while it is made; the selection they then read has to be one of the new text.
+  const std::uint64_t revision = document.revision();
+  bool done = false;
+  SelectionState next;
+  if (after) {
+    const OwnChange own(e, before);
+    e.selection_ = next = *after;
+    done = document.apply(edits, before, join);
+  } else {
+    const Quiet quiet(e);
+    done = document.apply(edits, before, join);
+    next = e.selection_;
+  }
+  e.selection_ = before;
+  place(e, next);
+  if (document.revision() != revision) document.setSelectionAfter(e.selection_);
+  return done;
+}
+
+bool EditorAccess::put(Editor& e, ByteRange range, std::string bytes, Join join) {
+  SelectionState after;
+  after.anchor = after.caret = range.begin + static_cast<std::int64_t>(bytes.size());
+  const Edit edit{range, std::move(bytes)};
+  return change(e, std::span(&edit, 1), after, join);
+}
+
+std::string EditorAccess::incoming(Editor& e, QStringView text, LineNo line) {
+  std::string bytes = fromQString(text);
+  const bool crText = e.snapshot().lineMode() == LineMode::cr;
+  if (bytes.find('\n') == std::string::npos && !(crText && bytes.find('\r') != std::string::npos)) return bytes;
+  const std::string newLine = e.model().newLineFor(line);
+  std::string result;
+  result.reserve(bytes.size());
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    const bool pair = bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n';
+    if (pair) ++i;
+    if (pair || bytes[i] == '\n' || (crText && bytes[i] == '\r')) result += newLine;
+    else result += bytes[i];
+  }
+  return result;
+}
+
+std::string EditorAccess::indentOf(const Snapshot& text, LineNo line) {
+  std::string indent;
+  const ByteOffset end = text.lineEnd(line);
+  for (ByteOffset at = text.lineStart(line); at < end && (text.at(at) == ' ' || text.at(at) == '\t'); ++at) indent += text.at(at);
+  return indent;
+}
+
+std::pair<LineNo, LineNo> selectedLines(Editor& e) {
+  const ByteRange range = e.selectedRange();
+  const Snapshot& text = e.snapshot();
+  const LineNo first = text.lineAt(range.begin);
+  LineNo last = text.lineAt(range.end);
+  if (last > first && range.end == text.lineStart(last) && !e.selection().column) --last;
+  return {first, last};
+}
+
+void Editor::setSelection(SelectionState selection) {
+  document().breakJoin();
+  EditorAccess::place(*this, selection);
+}
+
+ByteRange Editor::selectedRange() const {
+  return {std::min(selection_.anchor, selection_.caret), std::max(selection_.anchor, selection_.caret)};
+}
+
+bool Editor::hasSelection() const {
+  if (!selection_.column) return selection_.anchor != selection_.caret;
+  const ColumnBlock block = columnBlock(model_->snapshot(), selection_, options_->tabSize);
+  return block.left != block.right;
+}
+
+void Editor::moveCaret(ByteOffset to, bool extend) {
+  setSelection({extend ? selection_.anchor : to, to, 0, 0, false});
+}
+
+CmPosition Editor::positionOf(ByteOffset offset) const {
+  const Snapshot& text = model_->snapshot();
+  offset = EditorAccess::snap(text, offset);
+  const LineNo line = text.lineAt(offset);
+  return {line.value, columnsBetween(text, text.lineStart(line), offset)};
+}
+
+ByteOffset Editor::offsetOf(CmPosition position) const {
+  const Snapshot& text = model_->snapshot();
+  if (position.LineNo < 0) return ByteOffset(0);
+  if (position.LineNo >= text.lineCount()) return text.size();
+  const LineNo line(position.LineNo);
+  if (position.ColNo <= 0) return text.lineStart(line);
+  return text.lineStart(line) + byteOfColumn(text.line(line), CharColumn(position.ColNo));
+}
+
+CmRange Editor::range(bool normalised) const {
+  CmPosition to = positionOf(selection_.caret), from = selection_.anchor == selection_.caret ? to : positionOf(selection_.anchor);
+  from.ColNo += selection_.anchorVirtual;
+  to.ColNo += selection_.caretVirtual;
+  if (normalised && (from.LineNo > to.LineNo || (from.LineNo == to.LineNo && from.ColNo > to.ColNo))) std::swap(from, to);
+  return {from.LineNo, from.ColNo, to.LineNo, to.ColNo, selection_.column};
+}
+
+void Editor::setRange(const CmRange& range) {
+  SelectionState s;
+  s.column = range.ColumnSel;
+  const auto end = [&](CmPosition position, std::int64_t* virtualCells) {
+    const ByteOffset offset = offsetOf(position);
+    const CmPosition real = positionOf(offset);
+    if (s.column && real.LineNo == position.LineNo && snapshot().lineEnd(LineNo(real.LineNo)) == offset)
+      *virtualCells = std::max<qint64>(0, position.ColNo - real.ColNo);
+    return offset;
+  };
+  s.anchor = end({range.StartLineNo, range.StartColNo}, &s.anchorVirtual);
+  s.caret = end({range.EndLineNo, range.EndColNo}, &s.caretVirtual);
+  setSelection(s);
+}
+
+QString Editor::selectedText() const {
+  const Snapshot& text = model_->snapshot();
+  if (!selection_.column) return toQString(text.bytes(selectedRange()));
+  if (!hasSelection()) return {};
+  const ColumnBlock block = columnBlock(text, selection_, options_->tabSize);
+  std::string rows;
+  for (LineNo line = block.first; line <= block.last; ++line) {
+    if (line > block.first) rows += '\n';
+    rows += columnRowText(text, columnRow(text, line, block.left, block.right, options_->tabSize));
+  }
+  return toQString(rows);
+}
+
+void Editor::selectWordAt(ByteOffset offset) {
+  const ByteRange word = wordAt(snapshot(), EditorAccess::snap(snapshot(), offset));
+  setSelection({word.begin, word.end, 0, 0, false});
+}
+
+bool Editor::replaceRange(ByteRange range, const QString& text) {
+  const Snapshot& now = snapshot();
+  const ByteOffset begin = EditorAccess::snap(now, range.begin);
+  const ByteOffset end = std::max(begin, EditorAccess::snap(now, range.end));
+  return EditorAccess::put(*this, {begin, end}, EditorAccess::incoming(*this, text, now.lineAt(begin)));
+}
+
+bool Editor::replaceSelection(const QString& text) {
+  if (!selection_.column) return replaceRange(selectedRange(), text);
+  const EditorAccess::Inside inside(*this);
+  return typeText(text);
+}
+
+bool Editor::undo() { return EditorAccess::travel(*this, &Document::undo); }
+bool Editor::redo() { return EditorAccess::travel(*this, &Document::redo); }
+
+bool EditorAccess::travel(Editor& e, std::optional<SelectionState> (Document::*step)()) {
+  // While the views are told, the selection moves with the text; then it becomes the remembered one.
+  const SelectionState old = e.selection_;
+  std::optional<SelectionState> selection;
+  {
+    const Quiet quiet(e);
+    selection = (e.document().*step)();
+  }
+  if (!selection) return false;
+  e.selection_ = old;
+  place(e, *selection);
+  if (step == &Document::undo && !e.document().canUndo() && e.document().undoWasDropped())
+    e.host().note(QCoreApplication::translate("Editor", "Earlier changes cannot be undone: undo has a limit"));
+  return true;
+}
+
+bool Editor::execute(int id, const QVariant& argument) {
+  const Command* command = commandById(id);
+  if (command) EditorAccess::run(*this, *command, argument);
+  return command != nullptr;
+}
+
+void EditorAccess::run(Editor& e, const Command& command, const QVariant& argument) {
+  Editor::Impl& impl = *e.impl_;
+  noteForMacro(e, [&] { keyMacros().noteCommand(e, command.id, argument); });
+  const Inside inside(e);
+  // A command that only prepares the next one uses nothing up.
+  const bool prepares = command.run == commandFunctions::setRepeatCount || command.run == commandFunctions::appendNextCut;
+  int count = 1;
+  if (!prepares) {
+    count = std::exchange(e.repeatCount, 1);
+    impl.cutAppends = std::exchange(e.appendNextCut, false);
+    impl.askedCount = count;
+    if (!command.repeatable) count = 1;
+  }
+  // Each command counts and cuts for itself, also one of a macro that is played in repetitions.
+  const QScopedValueRollback pass(impl.pass, 0);
+  const QScopedValueRollback gathers(impl.gathersCuts, count > 1);
+  const QScopedValueRollback cuts(impl.cuts, std::optional<Editor::Impl::Cuts>());
+  if (count == 1) return command.run(e, argument);
+  // One undo step for all repetitions; undo itself cannot run inside one.
+  const bool travels = command.run == commandFunctions::undo || command.run == commandFunctions::redo;
+  std::optional<UndoGroup> group;
+  if (!travels) group.emplace(e.document());
+  QElapsedTimer clock;
+  clock.start();
+  for (impl.pass = 0; impl.pass < count; ++impl.pass) {
+    if (clock.elapsed() >= LongWork::moment.count()) {
+      clock.restart();
+      if (!LongWork::goesOn(QCoreApplication::translate("Editor", "Repeating..."), static_cast<int>(std::int64_t(impl.pass) * 100 / count))) break;
+    }
+    const auto state = [&e] {
+      return std::tuple(e.document().revision(), e.selection(), e.host().topLine(), e.host().leftColumn());
+    };
+    const auto before = state();
+    command.run(e, argument);
+    if (impl.pass > 0 && state() == before) break;   // nothing moves any more; the first pass may have found its word done
+  }
+  if (impl.cuts) e.host().setClipboard(impl.cuts->text, impl.cuts->block);
+}

@@ -1,0 +1,118 @@
+// Editing logic of one caret on one text, without painting: what a command does. A pane owns one; batch mode and tests use it
+// without any widget.
+//
+// Lines count from 0. Columns of the public operations are characters from 0 (UTF-16 units of the line's QString).
+#pragma once
+
+#include <QString>
+#include <QVariant>
+#include <functional>
+#include <memory>
+
+#include "control/edit/TextModel.h"
+#include "text/find/Search.h"
+
+// A place and a stretch of text as the outside world sees them. Lines and columns from 0.
+struct CmPosition {
+  qint64 LineNo = 0, ColNo = 0;
+  bool operator==(const CmPosition&) const = default;
+};
+struct CmRange {
+  qint64 StartLineNo = 0, StartColNo = 0, EndLineNo = 0, EndColNo = 0;
+  bool ColumnSel = false;
+  bool IsEmpty() const { return StartLineNo == EndLineNo && StartColNo == EndColNo; }
+  bool operator==(const CmRange&) const = default;
+};
+
+// What the logic asks of the window around it. The default does for tests and batch mode: a window of 25 lines, no dialogs.
+class EditorHost {
+ public:
+  virtual ~EditorHost() = default;
+  virtual qint64 topLine() const { return 0; }
+  virtual qint64 visibleLines() const { return 25; }
+  virtual void setTopLine(qint64) {}
+  virtual void scrollColumns(qint64) {}          // right positive, in cells
+  virtual qint64 leftColumn() const { return 0; }     // the first cell shown
+  virtual qint64 visibleColumns() const { return 80; }
+  virtual void toggleWhiteSpaceDisplay() {}
+  virtual void showFindDialog(bool replace) { (void)replace; }
+  virtual void hideFindDialog() {}
+  virtual void note(const QString& text);        // "12 replaced", "wrapped": the status text
+  // Runs work that may take long and returns when it is done; a window lets it be cancelled (LongWork.h).
+  virtual void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work);
+  virtual QString clipboardText(bool* block);    // *block: the text is a rectangular block
+  virtual void setClipboard(const QString& text, bool block);
+};
+
+enum class AutoIndent { off = 0, same = 1, language = 2 };
+
+// Options that all views of a control share; the display settings of the control are kept by CodeMax.
+struct EditOptions {
+  int tabSize = 4;                  // 1 to 32
+  bool expandTabs = false;          // TABEXPAND: a tab typed becomes blanks
+  AutoIndent autoIndent = AutoIndent::same;
+  bool preserveCase = false;        // when replacing
+  bool columnSel = true;
+  bool dragDrop = true;
+};
+
+// The search of the whole program: texts and switches are shared by all controls, as users of one find dialog expect.
+struct SearchState {
+  QString findText, replaceText;
+  text::SearchOptions options;
+  bool preserveCase = false;
+};
+SearchState& searchState();
+
+class Editor {
+ public:
+  Editor(std::shared_ptr<TextModel> model, std::shared_ptr<EditOptions> options, EditorHost* host);
+  ~Editor();
+
+  TextModel& model() { return *model_; }
+  text::Document& document() { return model_->document(); }
+  const text::Snapshot& snapshot() const { return model_->snapshot(); }
+  EditOptions& options() { return *options_; }
+  EditorHost& host() { return *host_; }
+
+  // Selection. The caret is always on a character boundary and never inside CR LF.
+  const text::SelectionState& selection() const { return selection_; }
+  void setSelection(text::SelectionState selection);
+  text::ByteRange selectedRange() const;            // normalised
+  bool hasSelection() const;
+  void moveCaret(text::ByteOffset to, bool extend); // ends a column selection; keeps no goal column
+  CmRange range(bool normalised) const;             // normalised: start before end; else start = anchor, end = caret
+  void setRange(const CmRange& range);              // clipped to the text
+  text::ByteOffset offsetOf(CmPosition position) const;
+  CmPosition positionOf(text::ByteOffset offset) const;
+  QString selectedText() const;                     // a column selection: its rows joined by line breaks
+  void selectWordAt(text::ByteOffset offset);
+
+  // Changes; each is one undo step and leaves the caret behind what was put in. False when read-only.
+  bool replaceSelection(const QString& text);       // column selections: see typeText
+  bool insertBlock(const QString& text);            // a rectangular block at the caret
+  bool replaceRange(text::ByteRange range, const QString& text);
+  bool typeText(const QString& text);               // as typed: overtype, replaces the selection, joins undo steps;
+                                                    // into each row of a column selection
+  bool newLine();                                   // with auto-indent
+  bool undo();
+  bool redo();
+
+  bool overtype = false;
+  int repeatCount = 1;                              // of the next command only
+  bool appendNextCut = false;
+
+  // Runs command `id` (100 to 212). False only for an unknown number. See CommandTable.h.
+  bool execute(int id, const QVariant& argument = {});
+
+  std::function<void()> onSelectionChanged;         // after each move of caret or selection
+
+ private:
+  friend struct EditorAccess;
+  std::shared_ptr<TextModel> model_;
+  std::shared_ptr<EditOptions> options_;
+  EditorHost* host_;
+  text::SelectionState selection_;
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};

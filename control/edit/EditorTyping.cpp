@@ -1,0 +1,224 @@
+// Putting text in: typing, new lines and rectangular blocks.
+#include <QCoreApplication>
+#include <algorithm>
+
+#include "control/code/BlockIndent.h"
+#include "control/code/LanguageTable.h"
+#include "control/edit/ColumnBlock.h"
+#include "control/edit/EditorAccess.h"
+#include "text/line/Chars.h"
+#include "text/line/Words.h"
+
+using namespace text;
+
+namespace {
+
+std::int64_t widthOf(std::string_view bytes, int tabSize) {
+  return displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), tabSize).value;
+}
+
+// The blanks that stand for a tab typed at `cell`.
+std::string blanksToStop(std::int64_t cell, int tabSize) {
+  return std::string(static_cast<std::size_t>(tabSize - cell % tabSize), ' ');
+}
+
+// Behind `count` characters of the line from `at`, or its end.
+ByteOffset overtyped(const Snapshot& text, ByteOffset at, std::int64_t count) {
+  const ByteOffset end = text.lineEnd(text.lineAt(at));
+  while (count-- > 0 && at < end) at = nextChar(text, at);
+  return std::min(at, end);
+}
+
+std::int64_t countCharacters(std::string_view bytes) {
+  std::int64_t count = 0;
+  for (; !bytes.empty(); ++count) bytes.remove_prefix(static_cast<std::size_t>(clusterLength(bytes)));
+  return count;
+}
+
+std::int64_t blanksBehind(const Snapshot& text, ByteOffset at) {
+  const ByteOffset begin = at, end = text.lineEnd(text.lineAt(at));
+  while (at < end && (text.at(at) == ' ' || text.at(at) == '\t')) ++at;
+  return at - begin;
+}
+
+// Null unless lines are indented as the language wants it.
+std::shared_ptr<const BlockWords> blockWords(Editor& e) {
+  return e.options().autoIndent == AutoIndent::language ? LanguageTable::blocks(e.model().language()) : nullptr;
+}
+
+}  // namespace
+
+bool EditorAccess::fillBlock(Editor& e, const ColumnBlock& block, const std::string& content, Join join) {
+  if (e.document().readOnly()) return false;
+  if (content.empty() && block.left == block.right) return true;
+  const int tabSize = e.options().tabSize;
+  const Snapshot text = e.snapshot();
+  const bool over = e.overtype && block.left == block.right;
+  const LineNo anchorLine = text.lineAt(e.selection().anchor), caretLine = text.lineAt(e.selection().caret);
+  std::vector<Edit> edits;
+  SelectionState rough;        // near where it goes: the exact places can only be told in the new text
+  std::int64_t shift = 0;
+  for (LineNo line = block.first; line <= block.last; ++line) {
+    ColumnRow row = columnRow(text, line, block.left, block.right, tabSize);
+    if (over && row.missing == 0 && row.keepAfter == 0)
+      row.range.end = overtyped(text, row.range.end, countCharacters(content));
+    Edit edit = columnRowEdit(row, content);
+    if (line == anchorLine) rough.anchor = edit.range.begin + shift;
+    if (line == caretLine) rough.caret = edit.range.begin + shift;
+    shift += static_cast<std::int64_t>(edit.text.size()) - edit.range.length();
+    if (!edit.range.empty() || !edit.text.empty()) edits.push_back(std::move(edit));
+  }
+  const std::int64_t cell = widthOf(std::string(static_cast<std::size_t>(block.left), ' ') + content, tabSize);
+  if (!change(e, edits, rough, join)) return false;
+  place(e, columnSelection(e.snapshot(), anchorLine, cell, caretLine, cell, tabSize));
+  e.document().setSelectionAfter(e.selection());
+  return true;
+}
+
+bool EditorAccess::deleteSelection(Editor& e) {
+  if (e.selection().column) return fillBlock(e, columnBlock(e.snapshot(), e.selection(), e.options().tabSize), {});
+  return put(e, e.selectedRange(), {});
+}
+
+bool EditorAccess::isGuarded(Editor& e) {
+  if (!e.document().readOnly()) return false;
+  e.host().note(QCoreApplication::translate("Editor", "The text is read-only"));
+  return true;
+}
+
+bool Editor::typeText(const QString& text) {
+  if (EditorAccess::isGuarded(*this)) return false;
+  EditorAccess::noteForMacro(*this, [&] { keyMacros().noteText(text); });
+  const EditorAccess::Inside inside(*this);
+  const LineNo line = snapshot().lineAt(selectedRange().begin);
+  std::string bytes = EditorAccess::incoming(*this, text, line);
+  if (selection_.column) {
+    if (bytes.find_first_of("\r\n") == std::string::npos) {
+      const ColumnBlock block = columnBlock(snapshot(), selection_, options_->tabSize);
+      if (bytes == "\t" && options_->expandTabs) bytes = blanksToStop(block.left, options_->tabSize);
+      return EditorAccess::fillBlock(*this, block, bytes, Join::typing);
+    }
+    UndoGroup group(document());
+    EditorAccess::deleteSelection(*this);
+    moveCaret(selectedRange().begin, false);
+    return EditorAccess::put(*this, selectedRange(), std::move(bytes));
+  }
+  ByteRange range = selectedRange();
+  if (bytes == "\t" && options_->expandTabs)
+    bytes = blanksToStop(cellOf(snapshot(), range.begin, 0, options_->tabSize), options_->tabSize);
+  if (overtype && range.empty() && bytes.find_first_of("\r\n") == std::string::npos)
+    range.end = overtyped(snapshot(), range.begin, countCharacters(bytes));
+  const auto blocks = blockWords(*this);
+  if (!blocks || !mayStepBack(*model_, *blocks, range, text))
+    return EditorAccess::put(*this, range, std::move(bytes), Join::typing);
+  UndoGroup group(document());
+  if (!EditorAccess::put(*this, range, std::move(bytes))) return false;
+  const ByteOffset caret = selection_.caret;
+  const auto indent = indentForCloser(*model_, *blocks, caret, *options_);
+  if (!indent) return true;
+  const ByteOffset start = snapshot().lineStart(line);
+  const Edit edit{{start, start + static_cast<std::int64_t>(EditorAccess::indentOf(snapshot(), line).size())}, *indent};
+  SelectionState after;
+  after.anchor = after.caret = caret + static_cast<std::int64_t>(indent->size()) - edit.range.length();
+  return EditorAccess::change(*this, std::span(&edit, 1), after);
+}
+
+bool EditorAccess::breakLine(Editor& e, ByteRange range, const std::string& lineBreak, const std::string& indent) {
+  if (const auto blanks = autoBlanks(e); blanks && range.begin >= blanks->begin && range.begin <= blanks->end) range.begin = blanks->begin;
+  const SelectionState before = e.selection_;
+  if (!put(e, range, lineBreak + indent)) return false;
+  noteAutoBlanks(e, indent.size(), {range, lineBreak}, before);
+  return true;
+}
+
+// Language mode goes by the block words and brackets, and where these say nothing by the nearest line above that is not blank, so that
+// an empty line in between does not lose the indent.
+bool Editor::newLine() {
+  if (EditorAccess::isGuarded(*this)) return false;
+  std::optional<UndoGroup> group;
+  if (selection_.column) {
+    group.emplace(document());
+    EditorAccess::deleteSelection(*this);
+    moveCaret(selection_.caret, false);
+  }
+  const Snapshot text = snapshot();
+  ByteRange range = selectedRange();
+  const LineNo line = text.lineAt(range.begin);
+  std::string indent;
+  if (options_->autoIndent != AutoIndent::off) {
+    LineNo model = line;
+    indent = EditorAccess::indentOf(text, model);
+    // What goes to the new line stands where that is indented, without the blanks that were in front of it.
+    const bool behindIndent = range.begin >= text.lineStart(line) + static_cast<std::int64_t>(indent.size());
+    if (options_->autoIndent == AutoIndent::language && behindIndent) range.end += blanksBehind(text, range.end);
+    const auto blocks = blockWords(*this);
+    const auto byBlocks = blocks ? indentForNewLine(*model_, *blocks, range, *options_) : std::nullopt;
+    if (byBlocks) return EditorAccess::breakLine(*this, range, model_->newLineFor(line), *byBlocks);
+    if (options_->autoIndent == AutoIndent::language) {
+      while (model.value > 0 && text.lineStart(model) + static_cast<std::int64_t>(indent.size()) == text.lineEnd(model))
+        indent = EditorAccess::indentOf(text, --model);
+    }
+    if (model == line) indent.resize(static_cast<std::size_t>(std::min<std::int64_t>(static_cast<std::int64_t>(indent.size()), range.begin - text.lineStart(line))));
+  }
+  return EditorAccess::breakLine(*this, range, model_->newLineFor(line), indent);
+}
+
+bool Editor::insertBlock(const QString& block) {
+  if (EditorAccess::isGuarded(*this)) return false;
+  UndoGroup group(document());
+  if (hasSelection()) EditorAccess::deleteSelection(*this);
+  const int tabSize = options_->tabSize;
+  const Snapshot text = snapshot();
+  const bool before = selection_.caret > selection_.anchor;
+  const ByteOffset at = before ? selection_.anchor : selection_.caret;
+  const std::int64_t cell = cellOf(text, at, before ? selection_.anchorVirtual : selection_.caretVirtual, tabSize);
+
+  const std::string bytes = fromQString(block);
+  std::vector<std::string_view> rows;
+  std::int64_t width = 0;
+  for (std::string_view rest = bytes;;) {
+    const std::size_t end = rest.find('\n');
+    std::string_view row = rest.substr(0, end);
+    if (row.ends_with('\r')) row.remove_suffix(1);
+    rows.push_back(row);
+    const std::string placed = std::string(static_cast<std::size_t>(cell % tabSize), ' ') + std::string(row);
+    width = std::max(width, widthOf(placed, tabSize) - cell % tabSize);
+    if (end == std::string_view::npos) break;
+    rest.remove_prefix(end + 1);
+  }
+
+  std::vector<Edit> edits;
+  LineNo line = text.lineAt(at);
+  ByteOffset caret(0);         // behind the last row, in the new text
+  std::int64_t shift = 0;
+  const std::string newLine = model_->newLineFor(LineNo(text.lineCount() - 1));
+  std::string beyond;          // rows past the end of the text
+  for (std::string_view content : rows) {
+    if (line.value >= text.lineCount()) {
+      beyond += newLine;
+      if (!content.empty()) beyond.append(static_cast<std::size_t>(cell), ' ').append(content);
+      ++line;
+      continue;
+    }
+    const ColumnRow row = columnRow(text, line, cell, cell, tabSize);
+    ++line;
+    std::string padded(content);
+    if (row.textFollows) {
+      const std::string placed = std::string(static_cast<std::size_t>(cell % tabSize), ' ') + padded;
+      padded.append(static_cast<std::size_t>(width + cell % tabSize - widthOf(placed, tabSize)), ' ');
+    }
+    Edit edit = columnRowEdit(row, padded);
+    const auto length = static_cast<std::int64_t>(edit.text.size());
+    caret = edit.range.begin + shift + length - (padded.empty() ? 0 : row.keepAfter);
+    shift += length - edit.range.length();
+    if (!edit.range.empty() || length > 0) edits.push_back(std::move(edit));
+  }
+  if (!beyond.empty()) {
+    caret = text.size() + shift + static_cast<std::int64_t>(beyond.size());
+    if (!edits.empty() && edits.back().range.end == text.size()) edits.back().text += beyond;
+    else edits.push_back({{text.size(), text.size()}, std::move(beyond)});
+  }
+  SelectionState after;
+  after.anchor = after.caret = caret;
+  return EditorAccess::change(*this, edits, after);
+}

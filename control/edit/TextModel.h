@@ -1,0 +1,78 @@
+// One text with everything that belongs to it and not to a view: document, file format, language, line flags.
+// Shared by the panes of a control and by several controls (a second window on one document).
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <functional>
+#include <memory>
+#include <span>
+
+#include "base/QStringBytes.h"
+#include "text/color/Highlight.h"
+#include "text/file/FileIo.h"
+#include "text/line/NewLines.h"
+#include "text/store/Document.h"
+
+class TextModel : public QObject {
+  Q_OBJECT
+ public:
+  TextModel();
+  ~TextModel() override;
+
+  text::Document& document() { return document_; }
+  const text::Snapshot& snapshot() const { return document_.snapshot(); }
+
+  // The ColorSlot of what the language leaves plain in a line; not set: ColorSlot::Text. appearanceChanged() when it answers otherwise.
+  std::function<int(text::LineNo)> plainSlot;
+
+  text::FileFormat format;              // of the file it came from or goes to
+  std::optional<text::FileStamp> stamp; // of the file at load or last save
+  QString path;                         // of that file; empty for a new text
+
+  // What a new line gets. Loading sets it by the first line; while nobody assigns another value a new line takes the break
+  // of the line that it splits (or of its neighbour above), so mixed files stay as they are.
+  bool enableCrlf() const;
+  void setEnableCrlf(bool on);
+  text::NewLines newLines() const;
+  std::string newLineFor(text::LineNo line) const { return std::string(newLines().at(snapshot(), line)); }
+  // Converts every line break of the text and sets enableCrlf(), as one undo step. An explicit act of the user. `before` is the
+  // selection that undo comes back to.
+  void convertLineEnds(bool crlf, const text::SelectionState& before = {});
+
+  bool setLanguage(const QString& name);   // "" = none. False when refused (unknown, openers and closers differ): then none
+  const QString& language() const { return language_; }
+  const text::Highlighter* highlighter();
+  text::LineState stateAt(text::LineNo line, std::int64_t budget = 0, bool* exact = nullptr);
+
+  // See text::LongColors::tokens. True, and none, without a language.
+  bool tokensInLongLine(text::LineNo line, text::LineState state, std::int64_t from, std::int64_t to, std::int64_t budget,
+                        std::vector<text::Token>* tokens);
+
+  // Bookmarks: lines, moving with the text.
+  bool hasBookmark(text::LineNo line) const;
+  void setBookmark(text::LineNo line, bool on);
+  void setBookmarks(std::span<const text::LineNo> lines, bool on);   // ascending; cost follows all, not one by one
+  void clearBookmarks();
+  std::vector<text::LineNo> bookmarks() const;   // ascending
+
+  // The save point: false marks the text as saved, true as unsaved whatever undo says. Announces the difference.
+  void setModified(bool on);
+
+  void replaceAll(text::Snapshot snapshot, text::FileFormat newFormat);   // after loading: clears undo and bookmarks
+
+ signals:
+  void changed(const text::Change& change);   // after each change of the text
+  void modifiedChanged(bool modified);
+  void appearanceChanged();                   // bookmarks, language: repaint, text is the same
+  void lineEndsChanged();                     // enableCrlf() is another
+
+ private:
+  void announceModified();
+  void announceLineEnds();
+
+  text::Document document_;
+  QString language_;
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};

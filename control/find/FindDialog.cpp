@@ -1,0 +1,357 @@
+#include "control/find/FindDialog.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTimer>
+
+#include "base/Strings.h"
+#include "control/CodeMax.h"
+#include "control/find/FindJob.h"
+#include "control/find/FindScope.h"
+#include "control/find/UsersSearch.h"
+#include "control/view/ColorScheme.h"
+
+namespace {
+
+constexpr int kHistory = 20;
+
+QStringList& historyOf(bool replace) {
+  static QStringList histories[2];
+  return histories[replace ? 1 : 0];
+}
+
+QComboBox* makeField(QWidget* parent, const QString& name) {
+  auto* field = new QComboBox(parent);
+  field->setObjectName(name);
+  field->setEditable(true);
+  field->setInsertPolicy(QComboBox::NoInsert);
+  field->setCompleter(nullptr);
+  field->setMinimumContentsLength(24);
+  field->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  field->setMinimumWidth(field->fontMetrics().averageCharWidth() * 14);   // else the bar would make a narrow window wider
+  field->lineEdit()->setClearButtonEnabled(true);
+  return field;
+}
+
+}  // namespace
+
+FindDialog::FindDialog(QWidget* parent) : QDockWidget(tr("Find and Replace"), parent), job_(new FindJob(this)) {
+  setObjectName(QStringLiteral("findDialog"));
+  setAllowedAreas(Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea);
+  setFeatures(DockWidgetClosable | DockWidgetMovable | DockWidgetFloatable);
+  build();
+  // The control that has the focus is the one to search.
+  connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+    for (QWidget* each = now; each; each = each->parentWidget()) {
+      if (each == this) return readState();
+      if (auto* control = qobject_cast<CodeMax*>(each)) {
+        if (isVisible() && control->window() == (isFloating() && parentWidget() ? parentWidget()->window() : window()))
+          work(*control);
+        typingFrom_.reset();
+        return;
+      }
+    }
+  });
+}
+
+FindDialog::~FindDialog() {
+  job_->drop();   // it says so to what still exists
+  dropScope();
+}
+
+void FindDialog::build() {
+  auto* content = new QWidget(this);
+  content->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);   // height is for the texts
+  auto* grid = new QGridLayout(content);
+  grid->setContentsMargins(8, 6, 8, 6);
+  grid->setHorizontalSpacing(6);
+  grid->setVerticalSpacing(4);
+
+  const auto label = [&](const QString& text, QWidget* buddy, int row) {
+    auto* l = new QLabel(text, content);
+    l->setBuddy(buddy);
+    grid->addWidget(l, row, 0);
+    return l;
+  };
+  int column = 2;
+  const auto button = [&](const QString& text, const char* name, int row, auto slot) {
+    auto* b = new QPushButton(text, content);
+    b->setObjectName(QString::fromLatin1(name));
+    b->setAutoDefault(false);
+    grid->addWidget(b, row, column++);
+    connect(b, &QPushButton::clicked, this, slot);
+    return b;
+  };
+  find_ = makeField(content, QStringLiteral("findText"));
+  grid->addWidget(find_, 0, 1);
+  label(tr("Fi&nd:"), find_, 0);
+  next_ = button(tr("Find Ne&xt"), "findNext", 0, [this] { findNext(true); });
+  previous_ = button(tr("Find &Previous"), "findPrevious", 0, [this] { findNext(false); });
+  count_ = button(tr("C&ount"), "count", 0, [this] { count(); });
+  markAll_ = button(tr("Mar&k All"), "markAll", 0, [this] { markAll(); });
+  markAll_->setToolTip(tr("Sets a bookmark on every line with a find"));
+
+  replace_ = makeField(content, QStringLiteral("replaceText"));
+  grid->addWidget(replace_, 1, 1);
+  replaceLabel_ = label(tr("Replace b&y:"), replace_, 1);
+  column = 2;
+  replaceOne_ = button(tr("&Replace"), "replace", 1, [this] { replaceOne(); });
+  replaceAll_ = button(tr("Replace &All"), "replaceAll", 1, [this] { replaceAll(); });
+  preserveCase_ = new QCheckBox(tr("Preserve ca&se"), content);
+  preserveCase_->setToolTip(tr("Gives the replacement the case of what it replaces: all upper, all lower or capitalised"));
+  grid->addWidget(preserveCase_, 1, column, 1, 2);
+
+  auto* options = new QHBoxLayout;
+  options->setSpacing(12);
+  const auto check = [&](const QString& text, const char* name, const QString& tip) {
+    auto* box = new QCheckBox(text, content);
+    box->setObjectName(QString::fromLatin1(name));
+    box->setToolTip(tip);
+    options->addWidget(box);
+    return box;
+  };
+  preserveCase_->setObjectName(QStringLiteral("preserveCase"));
+  matchCase_ = check(tr("&Match case"), "matchCase", {});
+  wholeWord_ = check(tr("Who&le word"), "wholeWord", {});
+  regex_ = check(tr("Re&gular expression"), "regex",
+                 tr("$1 to $99, ${name}, \\n and \\t may stand in the replacement"));
+  inSelection_ = check(tr("&In selection"), "inSelection", tr("Only what is selected now"));
+  backwards_ = check(tr("&Backwards"), "backwards", tr("Return and Replace go towards the start of the text"));
+  status_ = new QLabel(content);
+  status_->setObjectName(QStringLiteral("status"));
+  status_->setTextFormat(Qt::PlainText);
+  status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  options->addWidget(status_, 1);
+  progress_ = new QProgressBar(content);
+  progress_->setMaximumWidth(160);
+  progress_->setRange(0, 100);
+  cancel_ = new QPushButton(tr("&Cancel"), content);
+  cancel_->setObjectName(QStringLiteral("cancel"));
+  cancel_->setAutoDefault(false);
+  options->addWidget(progress_);
+  options->addWidget(cancel_);
+  grid->addLayout(options, 2, 0, 1, 6);
+  grid->setColumnStretch(1, 1);
+  progress_->hide();
+  cancel_->hide();
+  setWidget(content);
+  QWidget* last = find_;
+  for (QWidget* part : std::initializer_list<QWidget*>{replace_, next_, previous_, count_, markAll_, replaceOne_, replaceAll_,
+                                                       preserveCase_, matchCase_, wholeWord_, regex_, inSelection_, backwards_,
+                                                       cancel_}) {
+    setTabOrder(last, part);
+    last = part;
+  }
+
+  // The field has the focus, and hands keys to its line without asking the line's filters.
+  for (QComboBox* field : {find_, replace_}) field->installEventFilter(this);
+  connect(find_, &QComboBox::editTextChanged, this, [this] {
+    writeState();
+    findWhileTyping();
+  });
+  connect(replace_, &QComboBox::editTextChanged, this, [this] { writeState(); });
+  for (QCheckBox* box : {matchCase_, wholeWord_, regex_})
+    connect(box, &QCheckBox::clicked, this, [this] {
+      writeState();
+      findWhileTyping();
+    });
+  connect(preserveCase_, &QCheckBox::clicked, this, [this] { writeState(); });
+  connect(inSelection_, &QCheckBox::clicked, this, [this](bool on) {
+    if (on) takeScope();
+    else dropScope();
+  });
+  connect(cancel_, &QPushButton::clicked, this, [this] { job_->cancel(); });
+
+  auto* timer = new QTimer(this);
+  timer->setInterval(100);
+  connect(timer, &QTimer::timeout, this, [this] { progress_->setValue(job_->percent()); });
+  connect(job_, &FindJob::runningChanged, this, [this, timer](bool running) {
+    progress_->setValue(0);
+    progress_->setVisible(running);
+    cancel_->setVisible(running);
+    if (running) timer->start();
+    else timer->stop();
+    updateButtons();
+  });
+}
+
+FindDialog* FindDialog::of(const CodeMax& control) {
+  return control.window()->findChild<FindDialog*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+void FindDialog::hideFor(CodeMax& control) {
+  if (FindDialog* dialog = of(control)) dialog->close();
+}
+
+void FindDialog::showFor(CodeMax& control, bool replace) {
+  FindDialog* dialog = of(control);
+  if (!dialog) {
+    QWidget* window = control.window();
+    dialog = new FindDialog(window);
+    if (auto* main = qobject_cast<QMainWindow*>(window)) {
+      main->addDockWidget(Qt::BottomDockWidgetArea, dialog, Qt::Vertical);   // a row of its own: beside another dock it would widen the window
+    } else {
+      dialog->setAllowedAreas(Qt::NoDockWidgetArea);
+      dialog->setFloating(true);
+    }
+  }
+  dialog->open(control, replace);
+}
+
+void FindDialog::open(CodeMax& control, bool replace) {
+  work(control);
+  showReplace(replace);
+  Editor& editor = control.editor();
+  const CmRange range = editor.range(true);
+  const bool lines = editor.hasSelection() && (range.StartLineNo != range.EndLineNo || range.ColumnSel || editor.selectedRange().length() > kLongestFind);
+  if (lines) {
+    takeScope();
+  } else {
+    dropScope();
+    const QString word = editor.hasSelection() ? editor.selectedText() : QString();
+    if (!word.isEmpty()) usersSearch().findText = word;
+  }
+  readState();
+  tell({});
+  show();
+  raise();
+  if (isFloating()) activateWindow();
+  typingFrom_.reset();
+  find_->setFocus(Qt::ShortcutFocusReason);
+  find_->lineEdit()->selectAll();
+  updateHits();
+}
+
+void FindDialog::work(CodeMax& control) {
+  if (control_ == &control) return;
+  job_->drop();
+  dropScope();
+  if (control_) control_->showHits({}, {});
+  control_ = &control;
+  updateButtons();
+  updateHits();
+}
+
+void FindDialog::showReplace(bool on) {
+  for (QWidget* part : std::initializer_list<QWidget*>{replaceLabel_, replace_, replaceOne_, replaceAll_, preserveCase_}) part->setVisible(on);
+  setWindowTitle(on ? tr("Find and Replace") : tr("Find"));
+}
+
+QString FindDialog::status() const { return status_->text(); }
+
+void FindDialog::readState() {
+  const SearchState& state = usersSearch();
+  const auto fill = [](QComboBox* field, const QString& text, const QStringList& history) {
+    const QSignalBlocker quiet(field);
+    if (field->count() != history.size() || field->itemText(0) != history.value(0)) {
+      field->clear();
+      field->addItems(history);
+    }
+    if (field->currentText() != text) field->setEditText(text);
+  };
+  fill(find_, state.findText, historyOf(false));
+  fill(replace_, state.replaceText, historyOf(true));
+  matchCase_->setChecked(state.options.matchCase);
+  wholeWord_->setChecked(state.options.wholeWord);
+  regex_->setChecked(state.options.regex);
+  preserveCase_->setChecked(control_ ? keepsCase(control_->editor(), state) : state.preserveCase);
+  inSelection_->setChecked(scope_ != nullptr);
+  updateButtons();
+}
+
+void FindDialog::writeState() {
+  SearchState& state = usersSearch();
+  state.findText = find_->currentText();
+  state.replaceText = replace_->currentText();
+  state.options = {matchCase_->isChecked(), wholeWord_->isChecked(), regex_->isChecked()};
+  state.preserveCase = preserveCase_->isChecked();
+  if (control_) control_->editor().options().preserveCase = state.preserveCase;
+  updateButtons();
+  updateHits();
+}
+
+void FindDialog::remember(QComboBox* field) {
+  QStringList& history = historyOf(field == replace_);
+  const QString text = field->currentText();
+  if (text.isEmpty() || history.value(0) == text) return;
+  history.removeAll(text);
+  history.prepend(text);
+  while (history.size() > kHistory) history.removeLast();
+  const QSignalBlocker quiet(field);
+  field->clear();
+  field->addItems(history);
+  field->setEditText(text);
+}
+
+void FindDialog::tell(const QString& text, bool bad) {
+  status_->setText(plainForDisplay(text));
+  status_->setToolTip(plainForDisplay(text));
+  const QColor red = ColorScheme::isDark(palette()) ? QColor(0xFF, 0x8A, 0x80) : QColor(0xB3, 0x26, 0x1E);
+  for (QWidget* part : std::initializer_list<QWidget*>{status_, find_->lineEdit()}) {
+    QPalette colors = part == status_ ? palette() : find_->palette();
+    if (bad) {
+      colors.setColor(QPalette::WindowText, red);
+      colors.setColor(QPalette::Text, red);
+    }
+    part->setPalette(colors);
+  }
+  if (control_) control_->editor().host().note(text);
+}
+
+void FindDialog::updateButtons() {
+  const bool can = control_ && !find_->currentText().isEmpty() && !job_->running();
+  const bool writable = can && !control_->ReadOnly();
+  for (QPushButton* button : {next_, previous_, count_, markAll_}) button->setEnabled(can);
+  for (QPushButton* button : {replaceOne_, replaceAll_}) button->setEnabled(writable);
+}
+
+void FindDialog::updateHits() {
+  if (control_ && isVisible()) control_->showHits(find_->currentText(), searchState().options);
+}
+
+void FindDialog::backToText() {
+  if (control_) control_->setFocus();
+}
+
+bool FindDialog::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::KeyPress && (object == find_ || object == replace_)) {
+    auto* key = static_cast<QKeyEvent*>(event);
+    if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
+      const bool back = backwards_->isChecked() != key->modifiers().testFlag(Qt::ShiftModifier);
+      if (object == find_) findNext(!back);
+      else replaceOne();
+      return true;
+    }
+  }
+  return QDockWidget::eventFilter(object, event);
+}
+
+void FindDialog::keyPressEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Escape) return QDockWidget::keyPressEvent(event);
+  event->accept();
+  if (job_->running()) return job_->cancel();
+  backToText();
+  close();
+}
+
+void FindDialog::hideEvent(QHideEvent* event) {
+  job_->drop();
+  if (control_) control_->showHits({}, {});
+  dropScope();
+  QDockWidget::hideEvent(event);
+}
+
+void FindDialog::changeEvent(QEvent* event) {
+  QDockWidget::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange && status_) tell(status_->text());
+}

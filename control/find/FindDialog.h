@@ -1,0 +1,84 @@
+// Find and Replace beside the text. One for each main window, docked below the texts as a bar or floating as a dialog, as its
+// user likes; it works on the control that had the focus last. What it finds for is the program's search state (Editor.h), so
+// the find commands go on where it ended.
+//
+// Large texts are searched on a thread (FindJob.h) over a snapshot; when the text changed meanwhile, nothing is replaced.
+#pragma once
+
+#include <QDockWidget>
+#include <QPointer>
+#include <memory>
+
+#include "control/find/Finding.h"
+
+class CodeMax;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class FindJob;
+
+class FindDialog : public QDockWidget {
+  Q_OBJECT
+ public:
+  explicit FindDialog(QWidget* parent);
+  ~FindDialog() override;
+
+  // Shows the one of the control's main window: with what is selected as the text, or as the place to search when it is of several lines.
+  static void showFor(CodeMax& control, bool replace);
+  static void hideFor(CodeMax& control);
+  void work(CodeMax& control);            // from now on on this control
+  CodeMax* control() const { return control_; }
+  FindJob& job() { return *job_; }
+  QString status() const;                 // what stands in it
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  static FindDialog* of(const CodeMax& control);   // of its main window; null before it was shown
+  void build();
+  void open(CodeMax& control, bool replace);
+  void showReplace(bool on);
+  void backToText();
+
+  // State (FindDialog.cpp)
+  void readState();                       // from the search state into the fields
+  void writeState();
+  void remember(QComboBox* field);        // puts its text first in its history
+  void tell(const QString& text, bool bad = false);
+  void updateButtons();
+  void updateHits();
+
+  // What the buttons do (FindActions.cpp)
+  struct Target;
+  std::unique_ptr<Target> target(const QString& findText);   // null: there is no control, no text, or a faulty expression
+  void findNext(bool forward);
+  void findWhileTyping();
+  void count();
+  void markAll();
+  void replaceOne();
+  void replaceAll();
+  void select(text::ByteRange range);
+  void takeScope();                       // the selection becomes the place to search
+  void dropScope();
+  std::vector<text::ByteRange> scope() const;   // where to search, ascending
+
+  QPointer<CodeMax> control_;
+  FindJob* job_ = nullptr;
+  QComboBox *find_ = nullptr, *replace_ = nullptr;
+  QLabel *replaceLabel_ = nullptr, *status_ = nullptr;
+  QCheckBox *matchCase_ = nullptr, *wholeWord_ = nullptr, *regex_ = nullptr, *preserveCase_ = nullptr, *inSelection_ = nullptr,
+            *backwards_ = nullptr;
+  QPushButton *next_ = nullptr, *previous_ = nullptr, *count_ = nullptr, *markAll_ = nullptr, *replaceOne_ = nullptr,
+              *replaceAll_ = nullptr, *cancel_ = nullptr;
+  QProgressBar* progress_ = nullptr;
+
+  struct Scope;
+  std::unique_ptr<Scope> scope_;
+  std::optional<text::ByteRange> typingFrom_;   // where finding while typing begins
+};

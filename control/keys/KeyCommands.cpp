@@ -1,0 +1,100 @@
+#include "control/keys/KeyCommands.h"
+
+#include <QCoreApplication>
+#include <array>
+
+#include "control/edit/CommandFunctions.h"
+#include "control/edit/EditorAccess.h"
+#include "control/find/Finding.h"
+#include "control/keys/KeyMacro.h"
+
+using namespace text;
+
+namespace {
+
+template <int cells, int lines>
+void extendColumn(Editor& e, const QVariant&) {
+  commandFunctions::extendBlock(e, cells, lines);
+}
+
+// The Tab key: a selection of several lines is indented, else a tab is typed (or blanks, or one into each row).
+void tabKey(Editor& e, const QVariant&) {
+  const auto [first, last] = selectedLines(e);
+  if (!e.selection().column && first != last) commandFunctions::indentSelection(e, {});
+  else e.typeText(QStringLiteral("\t"));
+}
+
+void dropSelection(Editor& e, const QVariant&) {
+  if (e.hasSelection() || e.selection().column) e.moveCaret(e.selection().caret, false);
+  else e.host().hideFindDialog();
+}
+
+void setFindOptions(Editor& e, const QVariant& argument) { setFindSwitches(e, argument.toString()); }
+
+void toggleColumnMode(Editor& e, const QVariant&) {
+  bool& on = EditorAccess::impl(e).columnMode;
+  const bool allowed = e.options().columnSel;
+  on = allowed && !on;
+  e.host().note(!allowed ? QCoreApplication::translate("Editor", "Column selections are switched off in the options")
+                : on     ? QCoreApplication::translate("Editor", "Column mode: Shift and the arrow keys, and the mouse, select columns")
+                         : QCoreApplication::translate("Editor", "Column mode is off"));
+}
+
+std::function<void()> recorded;
+
+void macroRecord(Editor&, const QVariant&) {
+  keyMacros().toggleRecording();
+  if (!keyMacros().recording() && recorded) recorded();
+}
+// The rounds are the macro's own affair: it may undo, which no repeated command can.
+void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current(), EditorAccess::impl(e).askedCount); }
+
+constexpr std::array<Command, 12> table{{
+    {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection of several lines, else types a tab.", tabKey},
+    {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.", dropSelection},
+    {1003, "COLUMNLEFTEXTEND", CommandArgument::none, true, "Alt+Shift+Left",
+     "Extends the column selection one column to the left.", extendColumn<-1, 0>},
+    {1004, "COLUMNRIGHTEXTEND", CommandArgument::none, true, "Alt+Shift+Right",
+     "Extends the column selection one column to the right, also past the end of the line.", extendColumn<1, 0>},
+    {1005, "COLUMNUPEXTEND", CommandArgument::none, true, "Alt+Shift+Up", "Extends the column selection one line up.",
+     extendColumn<0, -1>},
+    {1006, "COLUMNDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+Down", "Extends the column selection one line down.",
+     extendColumn<0, 1>},
+    {1007, "COLUMNPAGEUPEXTEND", CommandArgument::none, true, "Alt+Shift+PgUp",
+     "Extends the column selection 20 lines up.", extendColumn<0, -20>},
+    {1008, "COLUMNPAGEDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+PgDown",
+     "Extends the column selection 20 lines down.", extendColumn<0, 20>},
+    {1009, "MACRORECORD", CommandArgument::none, false, "Ctrl+Shift+R",
+     "Starts recording a keystroke macro, or ends it and keeps the macro.", macroRecord},
+    {1010, "MACROPLAY", CommandArgument::none, false, "Ctrl+Shift+P", "Plays the keystroke macro that was recorded last.",
+     macroPlay},
+    {1011, "SETFINDOPTIONS", CommandArgument::text, false, "",
+     "Sets the switches of the search: any of the words case, word, regex and preserve; the others are off.", setFindOptions},
+    {1012, "COLUMNMODE", CommandArgument::none, false, "Ctrl+K, Ctrl+R",
+     "Column mode on or off: what else selects characters, keys or mouse, selects columns.", toggleColumnMode},
+}};
+
+}  // namespace
+
+bool columnMode(Editor& editor) { return commandFunctions::inColumnMode(editor); }
+void whenRecorded(std::function<void()> work) { recorded = std::move(work); }
+
+std::span<const Command> keyCommands() { return table; }
+
+const Command* anyCommandById(int id) {
+  if (const Command* numbered = commandById(id)) return numbered;
+  return id < table.front().id || id > table.back().id ? nullptr : &table[static_cast<std::size_t>(id - table.front().id)];
+}
+
+const Command* anyCommandByName(QStringView name) {
+  if (const Command* numbered = commandByName(name)) return numbered;
+  for (const Command& command : table)
+    if (name.compare(QLatin1String(command.name), Qt::CaseInsensitive) == 0) return &command;
+  return nullptr;
+}
+
+bool executeAny(Editor& editor, int id, const QVariant& argument) {
+  const Command* command = anyCommandById(id);
+  if (command) EditorAccess::run(editor, *command, argument);
+  return command != nullptr;
+}

@@ -1,0 +1,86 @@
+// One line, or the part of it that is looked at, as a row of items with places: what stands where. An item is a segment of the text
+// (text/line/Segments.h) with its glyph; in a fixed font it is as wide as the segment's cells.
+//
+// Items follow each other in the order of the bytes, always from left to right: no character turns the direction, so what is
+// seen is the order that a compiler reads. Every item is at least one device pixel wide, and so is every byte that could hide: bytes
+// that are not UTF-8, control characters, bidirectional controls, zero-width and other invisible characters become boxes.
+//
+// Bytes count from the start of the line, x in pixels from its left edge.
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "control/view/GlyphMetrics.h"
+#include "text/line/Segments.h"
+
+struct LayoutItem {
+  enum Kind : unsigned char { glyph, blank, tab, label, oddBlank, shaped };
+  std::int64_t byte = 0;
+  double x = 0, width = 0;
+  quint32 glyphIndex = 0;     // glyph
+  int text = -1;              // label, shaped: index into LineLayout::texts
+  int bytes = 0;
+  Kind kind = glyph;
+  bool badByte = false;       // label of a byte that is not UTF-8
+};
+
+struct LinePlace {
+  std::int64_t byte = 0;
+  double x = 0;
+};
+
+// Walks along a line. `bytes` is the line from `from.byte` on; when it is cut off before the line's end, the last kLookAhead
+// bytes of it are only looked at.
+class LineWalker {
+ public:
+  static constexpr std::int64_t kLookAhead = text::maxClusterBytes + 4;   // no item is longer, and what could join it
+
+  LineWalker(std::string_view bytes, bool toLineEnd, LinePlace from, const GlyphMetrics& metrics, int tabSize);
+  LinePlace place() const { return {base_ + at_, x_}; }
+  bool done() const { return at_ >= limit_; }
+  // The item here; *text is that of a label or cluster. Precondition: !done().
+  LayoutItem next(QString* text);
+  // Skips plain characters as long as they begin before `byte` and end at or before `x`. At memory speed.
+  void skipPlain(std::int64_t byte, double x);
+
+ private:
+  std::string_view bytes_;
+  const GlyphMetrics& metrics_;
+  int tabSize_;
+  bool toLineEnd_;
+  std::int64_t base_, at_ = 0, limit_;
+  double x_;
+};
+
+class LineLayout {
+ public:
+  LineLayout() = default;
+  // Lays out until x passes `right` or the bytes end.
+  LineLayout(std::string_view bytes, bool toLineEnd, LinePlace from, const GlyphMetrics& metrics, int tabSize, double right);
+
+  const std::vector<LayoutItem>& items() const { return items_; }
+  const QString& text(const LayoutItem& item) const { return texts_[static_cast<std::size_t>(item.text)]; }
+  LinePlace begin() const { return begin_; }
+  LinePlace end() const { return end_; }
+
+  // The left edge of the item that holds the byte; clipped to begin() and end().
+  double xOf(std::int64_t byte) const;
+  // The boundary nearest to x, or (inside) the start of the item that covers it.
+  std::int64_t byteAt(double x, bool inside = false) const;
+  // Makes room before `byte` (for text of an input method that is not in the line yet).
+  void insertGap(std::int64_t byte, double width);
+
+ private:
+  std::vector<LayoutItem> items_;
+  std::vector<QString> texts_;
+  LinePlace begin_, end_;
+};
+
+// The text in the box of a character that would not be seen, or that is not what it seems; empty for any other.
+QString hiddenCharLabel(char32_t code);
+// Picture characters may be joined and varied; behind anything else such a character could only hide.
+inline bool isPictograph(char32_t c) { return text::isPictograph(c) || (c >= 0x1F3FB && c <= 0x1F3FF); }
+inline bool variesPictures(char32_t c) { return c == 0x200D || c == 0xFE0E || c == 0xFE0F; }

@@ -1,0 +1,312 @@
+#include "control/view/Pane.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QPaintEvent>
+#include <QScrollBar>
+#include <QStyleHints>
+#include <QTimerEvent>
+#include <algorithm>
+#include <new>
+
+#include "control/edit/TextMime.h"
+#include "control/view/PaneAccessible.h"
+#include "control/view/PaneMouse.h"
+
+using text::ByteOffset;
+using text::LineNo;
+
+namespace {
+constexpr std::int64_t kBracketBudget = 256 * 1024;   // bytes looked through for a partner while painting
+}
+
+Pane::Action::~Action() {
+  if (!pane_ || --pane_->state_.held > 0) return;
+  pane_->shown([this] { emit pane_->heldEnded(); });
+}
+
+Pane::Pane(ViewState& state, QWidget* parent)
+    : QAbstractScrollArea(parent), state_(state), view_(state), editor_(new Editor(state.model, state.options, this)),
+      mouse_(new PaneMouse(*this)) {
+  PaneAccessible::install();
+  setFrameShape(QFrame::NoFrame);
+  setFocusPolicy(Qt::StrongFocus);
+  setAttribute(Qt::WA_InputMethodEnabled);
+  setAttribute(Qt::WA_KeyCompression, false);
+  viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+  viewport()->setCursor(Qt::IBeamCursor);
+  viewport()->setMouseTracking(true);
+  setAcceptDrops(true);
+  connect(verticalScrollBar(), &QScrollBar::sliderMoved, this, &Pane::showLineTip);
+  editor_->onSelectionChanged = [this] { noteSelection(); };
+  optionsChanged();
+}
+
+Pane::~Pane() = default;
+
+PaneLook Pane::look() const {
+  PaneLook look;
+  look.selection = editor_->selection();
+  look.focused = hasFocus() || state_.hits;   // while somebody finds, the find stands out among the other hits
+  look.caretOn = caretOn_ && hasFocus();
+  look.overtype = editor_->overtype;
+  look.bracket = bracket_;
+  look.dropAt = dropAt_;
+  look.preedit = preedit_.get();
+  return look;
+}
+
+QRect Pane::caretRect() const { return PanePainter::caretRect(view_, look()); }
+
+// --- What changed -----------------------------------------------------------------------------------------------------------
+
+void Pane::modelChanged(const text::Change& change) {
+  view_.forget();
+  if (change.reset) {
+    top_ = view_.top = 0;
+    scrollSideways(0);
+    view_.forgetWidest();
+  }
+  // What changes above stays above: the lines that are looked at do not move away.
+  const LineNo first(top_ / view_.lineHeight());
+  const std::int64_t shift = change.reset ? 0 : change.mapLine(first, snapshot(), text::Bias::left) - first;
+  if (shift != 0) {
+    top_ = std::max<std::int64_t>(0, top_ + shift * view_.lineHeight());
+    view_.top = std::max<std::int64_t>(0, view_.top + shift * view_.lineHeight());
+  }
+  if (dropAt_) dropAt_ = change.map(*dropAt_, text::Bias::left);
+  mouse_->textChanged(change);
+  // One change repaints its lines, several repaint all; either way once, when the one who makes them is done.
+  allDirty_ = allDirty_ || change.reset || shift != 0 || pending_.has_value() || change.spans.size() > 1000;
+  try {
+    if (!allDirty_) pending_ = change;
+  } catch (const std::bad_alloc&) {
+    allDirty_ = true;
+  }
+  if (allDirty_) pending_.reset();
+  if (state_.held > 0) selectionDirty_ = true;   // what can be undone is another thing now, though the caret may not have moved
+  if (state_.held > 0 || flushPosted_) return;
+  shown([this] {
+    QMetaObject::invokeMethod(this, [this] { flushText(); }, Qt::QueuedConnection);
+    flushPosted_ = true;
+  });
+}
+
+void Pane::flushText() {
+  flushPosted_ = false;
+  if (!allDirty_ && !pending_) return;
+  fit();
+  const std::vector<std::int64_t> recolored = view_.findStates();
+  if (allDirty_) {
+    viewport()->update();
+  } else {
+    for (const auto& span : pending_->spans) {
+      const bool moves = span.linesInserted != span.linesRemoved;   // what stands below
+      updateLines(span.firstLine.value, moves ? INT64_MAX / 2 : span.firstLine.value + span.linesInserted);
+      if (moves) break;
+    }
+    for (const std::int64_t line : recolored) updateLines(line, line);
+  }
+  allDirty_ = false;
+  pending_.reset();
+  PaneAccessible::announceText(this);
+  restartColoring();
+  findBracket();
+}
+
+void Pane::appearanceChanged() {
+  view_.forget();
+  view_.findStates();
+  restartColoring();
+  viewport()->update();
+}
+
+void Pane::metricsChanged() {
+  const std::int64_t line = topLine();
+  view_.forget();
+  view_.forgetWidest();
+  marginDigits_ = -1;   // not known: 0 is a margin that is not shown
+  top_ = view_.top = std::min(line * view_.lineHeight(), highestTop());
+  fit();
+  viewport()->update();
+}
+
+void Pane::optionsChanged() {
+  setVerticalScrollBarPolicy(state_.vScrollBar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
+  setHorizontalScrollBarPolicy(state_.hScrollBar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
+  marginDigits_ = -1;   // not known: 0 is a margin that is not shown
+  fit();
+  viewport()->update();
+}
+
+void Pane::released() {
+  flushText();
+  if (!selectionDirty_) return;
+  selectionDirty_ = false;
+  showSelection();
+  emit selectionChanged();
+}
+
+void Pane::setPainting(bool on) {
+  viewport()->setUpdatesEnabled(on);
+  if (on) viewport()->update();
+}
+
+void Pane::restartColoring() {
+  if (!(view_.statesExact() && view_.allMarked()) && !colorTimer_.isActive()) colorTimer_.start(0, this);
+}
+
+void Pane::takeViewOf(const Pane& other) {
+  editor_->setSelection(other.editor_->selection());
+  editor_->overtype = other.editor_->overtype;
+  fit();
+  showAt(other.top_);
+  scrollSideways(other.view_.left);
+}
+
+// --- Selection ----------------------------------------------------------------------------------------------------------------
+
+void Pane::noteSelection() {
+  if (state_.held > 0) {
+    selectionDirty_ = true;
+    return;
+  }
+  shown([this] {
+    updateSelection();
+    emit selectionChanged();
+  });
+}
+
+void Pane::showSelection() {
+  shown([this] { updateSelection(); });
+}
+
+void Pane::updateSelection() {
+  const text::SelectionState old = shownSelection_, now = editor_->selection();
+  const auto lineOf = [this](ByteOffset at) { return snapshot().lineAt(std::min(at, snapshot().size())).value; };
+  const auto update = [&](ByteOffset a, ByteOffset b) { updateLines(std::min(lineOf(a), lineOf(b)), std::max(lineOf(a), lineOf(b))); };
+  if (old.column || now.column || old.anchor != now.anchor) {
+    update(old.anchor, old.caret);
+    update(now.anchor, now.caret);
+  } else {
+    update(old.caret, now.caret);       // the ends of the highlighted line too
+    if ((old.anchor == old.caret) != (now.anchor == now.caret)) update(now.anchor, now.anchor);
+  }
+  shownSelection_ = now;
+  if (overtypeShown_ != editor_->overtype) {
+    overtypeShown_ = editor_->overtype;
+    emit overtypeChanged(overtypeShown_);
+  }
+  findBracket();
+  restartBlink();
+  PaneAccessible::announceSelection(this);
+  if (hasFocus()) QGuiApplication::inputMethod()->update(Qt::ImCursorRectangle | Qt::ImCursorPosition | Qt::ImSurroundingText |
+                                                         Qt::ImCurrentSelection | Qt::ImAnchorPosition);
+}
+
+void Pane::findBracket() {
+  const auto before = bracket_;
+  bracket_.reset();
+  if (editor_->selection().anchor == editor_->selection().caret)
+    bracket_ = matchingBracket(*state_.model, editor_->selection().caret, kBracketBudget);
+  const auto same = [](const auto& a, const auto& b) {
+    return a.has_value() == b.has_value() && (!a || (a->here == b->here && a->partner == b->partner));
+  };
+  if (same(before, bracket_)) return;
+  for (const auto& pair : {before, bracket_}) {
+    if (!pair) continue;
+    for (const ByteOffset at : {pair->here, pair->partner}) {
+      const std::int64_t line = snapshot().lineAt(std::min(at, snapshot().size())).value;
+      updateLines(line, line);
+    }
+  }
+}
+
+void Pane::publishSelection() {
+  QClipboard* clipboard = QGuiApplication::clipboard();
+  if (!clipboard->supportsSelection() || !editor_->hasSelection()) return;
+  if (editor_->selection().column) clipboard->setMimeData(TextMime::make(editor_->selectedText(), true).release(), QClipboard::Selection);
+  else clipboard->setMimeData(TextMime::makeLazy(snapshot(), editor_->selectedRange()).release(), QClipboard::Selection);
+}
+
+void Pane::restartBlink() {
+  caretOn_ = true;
+  const int period = QGuiApplication::styleHints()->cursorFlashTime();
+  if (hasFocus() && period >= 2) blinkTimer_.start(period / 2, this);
+  else blinkTimer_.stop();
+}
+
+// --- Painting -------------------------------------------------------------------------------------------------------------------
+
+void Pane::updateLines(std::int64_t first, std::int64_t last) {
+  first = std::max(first, view_.firstVisible());
+  last = std::min(last, (view_.top + view_.height) / view_.lineHeight());
+  if (first > last) return;
+  viewport()->update(0, view_.yOf(first), viewport()->width(), static_cast<int>(last - first + 1) * view_.lineHeight());
+}
+
+void Pane::updateCaret() {
+  // In a block selection without width every row shows the caret's line.
+  viewport()->update(caretRect().adjusted(-1, 0, 1, 0));
+}
+
+void Pane::paintEvent(QPaintEvent* event) {
+  try {
+    paintParts(event->region());
+  } catch (const std::bad_alloc&) {   // what is missing comes with the next painting
+  }
+}
+
+void Pane::paintParts(const QRegion& region) {
+  if (state_.scale != devicePixelRatioF()) {
+    state_.scale = devicePixelRatioF();
+    state_.remeasure();
+    view_.forget();
+  }
+  flushText();
+  view_.findStates();
+  QPainter painter(viewport());
+  const PaneLook now = look();
+  PanePainter pane(painter, view_, now);
+  for (const QRect& part : region) pane.paint(part);
+  restartColoring();
+  // A wider line than any before came into view: the scroll bar learns of it behind the painting.
+  if (view_.widestSeen() > horizontalScrollBar()->maximum() + view_.width) QMetaObject::invokeMethod(this, [this] { fit(); }, Qt::QueuedConnection);
+}
+
+void Pane::timerEvent(QTimerEvent* event) {
+  if (event->timerId() == blinkTimer_.timerId()) {
+    caretOn_ = !caretOn_;
+    updateCaret();
+  } else if (event->timerId() == scrollTimer_.timerId()) {
+    stepAnimation();
+  } else if (event->timerId() == colorTimer_.timerId()) {
+    try {
+      if (const auto line = view_.goOnMarking()) return updateLines(*line, *line);
+      if (view_.statesExact()) return colorTimer_.stop();
+      if (!view_.goOnColoring()) return;
+    } catch (const std::bad_alloc&) {   // it begins anew with the next change
+    }
+    colorTimer_.stop();
+    appearanceChanged();
+  } else {
+    QAbstractScrollArea::timerEvent(event);
+  }
+}
+
+void Pane::focusInEvent(QFocusEvent* event) {
+  QAbstractScrollArea::focusInEvent(event);
+  restartBlink();
+  viewport()->update();
+  if (event->reason() != Qt::PopupFocusReason) emit focusChanged(true);
+}
+
+void Pane::focusOutEvent(QFocusEvent* event) {
+  QAbstractScrollArea::focusOutEvent(event);
+  firstStroke_ = 0;
+  setPreedit({}, 0);
+  blinkTimer_.stop();
+  viewport()->update();
+  if (event->reason() != Qt::PopupFocusReason) emit focusChanged(false);
+}

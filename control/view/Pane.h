@@ -1,0 +1,171 @@
+// One view of a text as a widget: scrolls, paints, takes keys, mouse and input methods. What is where is TextView's, how it looks
+// PanePainter's, what a key does Editor's, what the mouse does PaneMouse's.
+#pragma once
+
+#include <QAbstractScrollArea>
+#include <QBasicTimer>
+#include <QPointer>
+#include <memory>
+#include <new>
+
+#include "control/view/PanePainter.h"
+#include "control/view/TextView.h"
+
+class PaneMouse;
+
+class Pane : public QAbstractScrollArea, public EditorHost {
+  Q_OBJECT
+ public:
+  Pane(ViewState& state, QWidget* parent);
+  ~Pane() override;
+
+  Editor& editor() { return *editor_; }
+  TextView& view() { return view_; }
+
+  // The model changed / something about its look / the measures of font and tabs.
+  void modelChanged(const text::Change& change);
+  void appearanceChanged();
+  void metricsChanged();
+  void optionsChanged();                // scroll bars, margin
+  void released();                      // ViewState::held came back to 0: shows and tells what was noted
+  void setPainting(bool on);
+
+  bool runCommand(int id, const QVariant& argument);   // false only for an unknown number
+  void type(const QString& text);
+  void showCaret();                     // scrolls as little as needed
+  void takeViewOf(const Pane& other);   // its caret and scroll position
+  // Puts the selection on the clipboard of the mouse, where the system has one.
+  void publishSelection();
+  QRect caretRect() const;                 // in the viewport; may lie outside of it
+
+  // Scrolling. `top` and `left` in pixels of the text.
+  std::int64_t top() const { return top_; }
+  void scrollTo(std::int64_t top, bool smooth);
+  void scrollSideways(std::int64_t left);
+
+  // EditorHost
+  qint64 topLine() const override;
+  qint64 visibleLines() const override;
+  void setTopLine(qint64 line) override;
+  void scrollColumns(qint64 cells) override;
+  qint64 leftColumn() const override;
+  qint64 visibleColumns() const override;
+  void toggleWhiteSpaceDisplay() override;
+  void showFindDialog(bool replace) override;
+  void hideFindDialog() override;
+  void note(const QString& text) override;
+  void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) override;
+
+  QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+
+  // All that happens while it lives is one action of the user: shown and told once, at its end.
+  class Action {
+   public:
+    explicit Action(Pane& pane) : pane_(&pane) { ++pane.state_.held; }
+    ~Action();
+
+   private:
+    QPointer<Pane> pane_;
+  };
+
+ signals:
+  void selectionChanged();
+  void focusChanged(bool in);
+  void typed();
+  void returned();                      // a line break was typed
+  void rightClicked(const QPoint& globalPosition, bool* handled);
+  void doubleClicked();
+  void filesDropped(const QStringList& paths);
+  void zoomed(int steps);
+  void noted(const QString& text);
+  void findWanted(bool replace);
+  void findUnwanted();
+  void overtypeChanged(bool on);
+  void whiteSpaceToggled();
+  void heldEnded();                     // the last Action ended
+
+ protected:
+  bool event(QEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
+  void timerEvent(QTimerEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;      // keys, input methods and drops end well without memory
+  void inputMethodEvent(QInputMethodEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragMoveEvent(QDragMoveEvent* event) override;
+  void dragLeaveEvent(QDragLeaveEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  friend class PaneMouse;
+
+  const text::Snapshot& snapshot() const { return state_.model->snapshot(); }
+  PaneLook look() const;
+
+  // Geometry and scrolling (PaneScroll.cpp)
+  void fit();                           // sizes, margin, scroll bars
+  std::int64_t highestTop() const;
+  std::int64_t highestLeft() const;
+  void showAt(std::int64_t top);        // at once
+  void stepAnimation();
+  void showLineTip();
+
+  // Runs what only shows a change that has been made: without memory for it all is painted anew later.
+  template <class Work>
+  void shown(Work work) {
+    try {
+      work();
+    } catch (const std::bad_alloc&) {
+      viewport()->update();
+    }
+  }
+  void scrollToCaret();
+  void flushText();                     // shows what changed
+  void paintParts(const QRegion& region);
+  void updateLines(std::int64_t first, std::int64_t last);   // clipped to what is visible
+  void updateCaret();
+  void noteSelection();                 // the editor says it changed
+  void showSelection();
+  void updateSelection();
+  void findBracket();
+  void restartBlink();
+  void restartColoring();
+
+  // Keys (PaneKeys.cpp)
+  void asked(const std::function<void()>& work);   // by the person; out of memory it is told and the selection is back
+  void keyPressed(QKeyEvent* event);
+  void inputMethodCame(QInputMethodEvent* event);
+  void playMacro(const QString& name);
+  void afterCommand(const text::SelectionState& before, std::uint64_t revision);
+  void setPreedit(const QString& text, int cursor);
+  void showDefaultMenu(const QPoint& globalPosition);
+
+  ViewState& state_;
+  mutable TextView view_;               // lays out what is asked for
+  std::unique_ptr<Editor> editor_;
+  std::unique_ptr<PaneMouse> mouse_;
+
+  std::int64_t top_ = 0;                // where scrolling goes to; view_.top is where it is on its way
+  std::int64_t barScale_ = 1;           // pixels per unit of the vertical scroll bar
+  bool settingBars_ = false;
+  int marginDigits_ = 0;
+  QBasicTimer scrollTimer_, blinkTimer_, colorTimer_;
+
+  text::SelectionState shownSelection_; // as painted last
+  std::optional<BracketPair> bracket_;
+  std::optional<text::ByteOffset> dropAt_;
+  std::unique_ptr<Preedit> preedit_;
+  bool caretOn_ = false, overtypeShown_ = false;
+  std::optional<text::Change> pending_; // not shown yet
+  bool allDirty_ = false, flushPosted_ = false, selectionDirty_ = false;
+  int firstStroke_ = 0;                 // of a key sequence that is not complete
+};

@@ -1,0 +1,344 @@
+#include "control/view/PaneMouse.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDrag>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QScrollBar>
+#include <QStyleHints>
+#include <QTimerEvent>
+#include <QUrl>
+#include <QWheelEvent>
+#include <algorithm>
+
+#include "base/FileNames.h"
+#include "control/edit/ColumnBlock.h"
+#include "control/edit/TextMime.h"
+#include "control/keys/KeyCommands.h"
+#include "control/view/Pane.h"
+#include "text/line/Words.h"
+
+using text::ByteOffset;
+using text::ByteRange;
+using text::LineNo;
+
+namespace {
+constexpr int kAutoScrollInterval = 30;   // milliseconds
+constexpr int kBookmarkWidth = 14;        // pixels of the margin whose click sets a bookmark
+}  // namespace
+
+PaneMouse::PaneMouse(Pane& pane) : pane_(pane) {}
+
+bool PaneMouse::onSelection(const QPoint& point) const {
+  const Editor& editor = *pane_.editor_;
+  if (!editor.hasSelection() || !pane_.view_.overText(point)) return false;
+  const text::SelectionState s = editor.selection();
+  if (!s.column) {
+    const ByteRange range = editor.selectedRange();
+    const ByteOffset at = pane_.view_.offsetAt(point, true);
+    return at >= range.begin && at < range.end;
+  }
+  const ColumnBlock block = columnBlock(pane_.snapshot(), s, pane_.state_.options->tabSize);
+  const std::int64_t line = pane_.view_.lineAtY(point.y()), cell = pane_.view_.cellAt(point);
+  return line >= block.first.value && line <= block.last.value && cell >= block.left && cell < block.right;
+}
+
+void PaneMouse::press(QMouseEvent* event) {
+  last_ = pressed_ = event->position().toPoint();
+  if (event->button() == Qt::MiddleButton) {
+    pastePrimary(pressed_);
+  } else if (event->button() == Qt::LeftButton) {
+    const Pane::Action action(pane_);
+    if (pressed_.x() < pane_.view_.margin) pressMargin(event);
+    else pressText(event);
+  } else if (event->button() == Qt::RightButton && !onSelection(pressed_) && pressed_.x() >= pane_.view_.margin) {
+    const Pane::Action action(pane_);
+    pane_.editor_->moveCaret(pane_.view_.offsetAt(pressed_), false);
+  }
+}
+
+void PaneMouse::pressText(QMouseEvent* event) {
+  Editor& editor = *pane_.editor_;
+  TextView& view = pane_.view_;
+  const bool extend = event->modifiers().testFlag(Qt::ShiftModifier);
+  const ByteOffset at = view.offsetAt(pressed_);
+  if ((event->modifiers().testFlag(Qt::AltModifier) && pane_.state_.options->columnSel) || columnMode(editor)) {
+    drag_ = Drag::block;
+    const text::SelectionState s = editor.selection();
+    originLine_ = extend ? pane_.snapshot().lineAt(s.anchor).value : view.lineAtY(pressed_.y());
+    originCell_ = extend ? cellOf(pane_.snapshot(), s.anchor, s.anchorVirtual, pane_.state_.options->tabSize) : view.cellAt(pressed_);
+    dragTo(pressed_);
+    return;
+  }
+  const bool third = sinceDoubleClick_.isValid() && sinceDoubleClick_.elapsed() < QGuiApplication::styleHints()->mouseDoubleClickInterval() &&
+                     (pressed_ - doubleClicked_).manhattanLength() < QApplication::startDragDistance();
+  sinceDoubleClick_.invalidate();
+  if (third) {
+    drag_ = Drag::lines;
+    selectLines(pane_.snapshot().lineAt(at), false);
+  } else if (!extend && pane_.state_.options->dragDrop && onSelection(pressed_)) {
+    drag_ = Drag::undecided;
+  } else {
+    drag_ = Drag::characters;
+    editor.moveCaret(at, extend);
+  }
+}
+
+void PaneMouse::pressMargin(QMouseEvent* event) {
+  const std::int64_t y = pane_.view_.top + pressed_.y();
+  if (y / pane_.view_.lineHeight() >= pane_.snapshot().lineCount()) return;
+  const LineNo line(pane_.view_.lineAtY(pressed_.y()));
+  if (pressed_.x() < kBookmarkWidth) {
+    pane_.state_.model->setBookmark(line, !pane_.state_.model->hasBookmark(line));
+    return;
+  }
+  drag_ = Drag::lines;
+  selectLines(line, event->modifiers().testFlag(Qt::ShiftModifier));
+}
+
+void PaneMouse::selectLines(LineNo line, bool extend) {
+  const ByteRange whole{pane_.snapshot().lineStart(line), pane_.snapshot().lineEndWithBreak(line)};
+  if (extend) {
+    const ByteOffset anchor = pane_.editor_->selection().anchor;
+    const LineNo from = pane_.snapshot().lineAt(anchor);
+    origin_ = {pane_.snapshot().lineStart(from), pane_.snapshot().lineEndWithBreak(from)};
+    dragTo(pressed_);
+    return;
+  }
+  origin_ = whole;
+  pane_.editor_->setSelection({whole.begin, whole.end, 0, 0, false});
+}
+
+void PaneMouse::doubleClick(QMouseEvent* event) {
+  doubleClicked_ = last_ = pressed_ = event->position().toPoint();
+  if (event->button() != Qt::LeftButton) return press(event);
+  if (pressed_.x() < pane_.view_.margin) return press(event);
+  {
+    const Pane::Action action(pane_);
+    drag_ = Drag::words;
+    pane_.editor_->selectWordAt(pane_.view_.offsetAt(pressed_, true));
+    origin_ = pane_.editor_->selectedRange();
+  }
+  sinceDoubleClick_.start();
+  emit pane_.doubleClicked();
+}
+
+void PaneMouse::move(QMouseEvent* event) {
+  const QPoint point = event->position().toPoint();
+  if (!event->buttons().testFlag(Qt::LeftButton)) {
+    const bool arrow = point.x() < pane_.view_.margin || (pane_.state_.options->dragDrop && onSelection(point));
+    pane_.viewport()->setCursor(arrow ? Qt::ArrowCursor : Qt::IBeamCursor);
+    return;
+  }
+  last_ = point;
+  if (drag_ == Drag::none) return;
+  if (drag_ == Drag::undecided) {
+    if ((point - pressed_).manhattanLength() < QApplication::startDragDistance()) return;
+    drag_ = Drag::none;
+    startTextDrag();
+    return;
+  }
+  dragTo(point);
+  const bool outside = point.y() < 0 || point.y() >= pane_.view_.height || point.x() < pane_.view_.margin || point.x() >= pane_.view_.margin + pane_.view_.width;
+  if (!outside) autoScroll_.stop();
+  else if (!autoScroll_.isActive()) autoScroll_.start(kAutoScrollInterval, this);
+}
+
+void PaneMouse::dragTo(const QPoint& point) {
+  const Pane::Action action(pane_);
+  Editor& editor = *pane_.editor_;
+  TextView& view = pane_.view_;
+  const text::Snapshot& text = pane_.snapshot();
+  const QPoint inside(point.x(), std::clamp(point.y(), 0, std::max(0, view.height - 1)));
+  if (drag_ == Drag::block) {
+    editor.setSelection(columnSelection(text, LineNo(originLine_), originCell_, LineNo(view.lineAtY(inside.y())), view.cellAt(inside),
+                                        pane_.state_.options->tabSize));
+    return;
+  }
+  const ByteOffset at = view.offsetAt(inside);
+  if (drag_ == Drag::characters) {
+    editor.moveCaret(at, true);
+    return;
+  }
+  ByteRange reached = text::wordAt(text, at);
+  if (drag_ == Drag::lines) {
+    const LineNo line(view.lineAtY(inside.y()));
+    reached = {text.lineStart(line), text.lineEndWithBreak(line)};
+  } else if (at < reached.begin || at > reached.end) {
+    reached = {at, at};
+  }
+  if (reached.begin < origin_.begin) editor.setSelection({origin_.end, reached.begin, 0, 0, false});
+  else editor.setSelection({origin_.begin, std::max(origin_.end, reached.end), 0, 0, false});
+}
+
+void PaneMouse::release(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return;
+  autoScroll_.stop();
+  const Drag was = drag_;
+  drag_ = Drag::none;
+  if (was == Drag::undecided) {
+    const Pane::Action action(pane_);
+    pane_.editor_->moveCaret(pane_.view_.offsetAt(event->position().toPoint()), false);
+  }
+  if (was != Drag::none) pane_.publishSelection();
+}
+
+void PaneMouse::timerEvent(QTimerEvent* event) {
+  if (event->timerId() != autoScroll_.timerId()) return QObject::timerEvent(event);
+  // The farther outside, the faster.
+  const auto speed = [](int distance) { return distance == 0 ? 0 : (distance > 0 ? 1 : -1) * (4 + std::abs(distance) / 2); };
+  TextView& view = pane_.view_;
+  const int right = view.margin + view.width - 1;
+  const int dy = speed(last_.y() < 0 ? last_.y() : std::max(0, last_.y() - view.height + 1));
+  const int dx = drag_ == Drag::lines ? 0 : speed(last_.x() < view.margin ? last_.x() - view.margin : std::max(0, last_.x() - right));
+  pane_.scrollTo(pane_.top_ + dy, false);
+  if (dx != 0) pane_.scrollSideways(std::clamp<std::int64_t>(view.left + dx, 0, pane_.highestLeft()));
+  dragTo(last_);
+}
+
+void PaneMouse::wheel(QWheelEvent* event) {
+  if (event->modifiers().testFlag(Qt::ControlModifier)) {
+    wheelRest_ += event->angleDelta().y() / 120.0;
+    const int steps = static_cast<int>(wheelRest_);
+    wheelRest_ -= steps;
+    if (steps != 0) emit pane_.zoomed(steps);
+    event->accept();
+    return;
+  }
+  QPoint pixels = event->pixelDelta();
+  const bool byPixel = !pixels.isNull();
+  if (!byPixel) pixels = event->angleDelta() * (QApplication::wheelScrollLines() * pane_.view_.lineHeight()) / 120;
+  if (event->modifiers().testFlag(Qt::ShiftModifier) || event->modifiers().testFlag(Qt::AltModifier)) {
+    if (pixels.x() == 0) pixels = {pixels.y(), 0};
+  }
+  if (pixels.y() != 0) pane_.scrollTo(pane_.top_ - pixels.y(), !byPixel);
+  if (pixels.x() != 0) pane_.scrollSideways(std::clamp<std::int64_t>(pane_.view_.left - pixels.x(), 0, pane_.highestLeft()));
+  event->accept();
+}
+
+void PaneMouse::pastePrimary(const QPoint& point) {
+  const QClipboard* clipboard = QGuiApplication::clipboard();
+  if (!clipboard->supportsSelection() || pane_.state_.model->document().readOnly()) return;
+  bool block = false;
+  const QString text = TextMime::read(clipboard->mimeData(QClipboard::Selection), &block);
+  const Pane::Action action(pane_);
+  pane_.editor_->moveCaret(pane_.view_.offsetAt(point), false);
+  if (text.isEmpty()) return;
+  if (block) pane_.editor_->insertBlock(text);
+  else pane_.editor_->replaceSelection(text);
+  pane_.showCaret();
+}
+
+// --- Dragging text ---------------------------------------------------------------------------------------------------------------
+
+void PaneMouse::textChanged(const text::Change& change) {
+  if (drag_ == Drag::none) return;
+  origin_ = {change.map(origin_.begin, text::Bias::alongRight), change.map(origin_.end, text::Bias::alongLeft)};
+  origin_.end = std::max(origin_.begin, origin_.end);
+  originLine_ = change.mapLine(LineNo(originLine_), pane_.snapshot()).value;
+}
+
+void PaneMouse::startTextDrag() {
+  Editor& editor = *pane_.editor_;
+  auto* drag = new QDrag(&pane_);
+  drag->setMimeData(TextMime::make(editor.selectedText(), editor.selection().column).release());
+  droppedHere_ = false;
+  const bool writable = !pane_.state_.model->document().readOnly();
+  const auto actions = writable ? Qt::CopyAction | Qt::MoveAction : Qt::DropActions(Qt::CopyAction);
+  const Qt::DropAction done = drag->exec(actions, writable ? Qt::MoveAction : Qt::CopyAction);
+  if (done == Qt::MoveAction && !droppedHere_) {   // it went to another text
+    const Pane::Action action(pane_);
+    editor.replaceSelection({});
+  }
+}
+
+bool PaneMouse::dragOver(QDropEvent* event) {
+  if (event->mimeData()->hasUrls()) {
+    event->acceptProposedAction();
+    return true;
+  }
+  if (pane_.state_.model->document().readOnly() || !pane_.state_.options->dragDrop || !TextMime::hasText(event->mimeData())) {
+    event->ignore();
+    return false;
+  }
+  const ByteOffset at = pane_.view_.offsetAt(event->position().toPoint());
+  if (pane_.dropAt_ != at) {
+    const auto old = pane_.dropAt_;
+    pane_.dropAt_ = at;
+    for (const auto& place : {old, pane_.dropAt_})
+      if (place) pane_.updateLines(pane_.snapshot().lineAt(*place).value, pane_.snapshot().lineAt(*place).value);
+  }
+  event->acceptProposedAction();
+  return true;
+}
+
+void PaneMouse::dragLeave() {
+  if (!pane_.dropAt_) return;
+  const std::int64_t line = pane_.snapshot().lineAt(*pane_.dropAt_).value;
+  pane_.dropAt_.reset();
+  pane_.updateLines(line, line);
+}
+
+void PaneMouse::drop(QDropEvent* event) {
+  if (event->mimeData()->hasUrls()) {
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls())
+      if (url.isLocalFile()) paths << localFile(url);
+    event->acceptProposedAction();
+    if (!paths.isEmpty()) emit pane_.filesDropped(paths);
+    return;
+  }
+  if (!dragOver(event)) return;
+  ByteOffset at = *pane_.dropAt_;
+  dragLeave();   // also what changes no text takes the mark away
+  bool block = false;
+  const QString text = TextMime::read(event->mimeData(), &block);
+  Editor& editor = *pane_.editor_;
+  const Pane::Action action(pane_);
+  text::Document& document = pane_.state_.model->document();
+  const text::UndoGroup step(document);
+  // The selection of any pane of this text is moved as a whole; that of another text is deleted by its own pane.
+  auto* source = qobject_cast<Pane*>(event->source());
+  if (source && source->state_.model != pane_.state_.model) source = nullptr;
+  if (source) source->mouse_->droppedHere_ = true;
+  if (source && event->dropAction() == Qt::MoveAction) {
+    Editor& from = *source->editor_;
+    const ByteRange range = from.selectedRange();
+    if (at >= range.begin && at <= range.end && !from.selection().column) return;   // onto itself
+    const text::MarkId mark = document.addMark(at);
+    const Pane::Action there(*source);
+    from.replaceSelection({});
+    at = document.markAt(mark);
+    document.removeMark(mark);
+  }
+  editor.moveCaret(at, false);
+  if (block) {
+    editor.insertBlock(text);
+  } else {
+    editor.replaceSelection(text);
+    const ByteOffset end = editor.selection().caret;
+    editor.setSelection({at, end, 0, 0, false});
+  }
+  event->acceptProposedAction();
+  pane_.showCaret();
+  pane_.setFocus();
+}
+
+// --- The pane's events ---------------------------------------------------------------------------------------------------------
+
+void Pane::mousePressEvent(QMouseEvent* event) { mouse_->press(event); }
+void Pane::mouseMoveEvent(QMouseEvent* event) { mouse_->move(event); }
+void Pane::mouseReleaseEvent(QMouseEvent* event) { mouse_->release(event); }
+void Pane::mouseDoubleClickEvent(QMouseEvent* event) { mouse_->doubleClick(event); }
+void Pane::wheelEvent(QWheelEvent* event) { mouse_->wheel(event); }
+void Pane::dragEnterEvent(QDragEnterEvent* event) {
+  shown([&] { mouse_->dragOver(event); });
+}
+void Pane::dragMoveEvent(QDragMoveEvent* event) {
+  shown([&] { mouse_->dragOver(event); });
+}
+void Pane::dragLeaveEvent(QDragLeaveEvent*) { mouse_->dragLeave(); }
+void Pane::dropEvent(QDropEvent* event) {
+  asked([&] { mouse_->drop(event); });
+}

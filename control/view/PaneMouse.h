@@ -1,0 +1,55 @@
+// What the mouse does in a pane: placing the caret, selecting by characters, words, lines and blocks with scrolling at the edge, dragging text,
+// the margin, pasting the selection of the mouse, the wheel.
+#pragma once
+
+#include <QBasicTimer>
+#include <QElapsedTimer>
+#include <QMouseEvent>
+#include <QObject>
+
+#include "text/store/Change.h"
+
+class Pane;
+class QDropEvent;
+class QMimeData;
+class QWheelEvent;
+
+class PaneMouse : public QObject {
+  Q_OBJECT
+ public:
+  explicit PaneMouse(Pane& pane);
+
+  void press(QMouseEvent* event);
+  void doubleClick(QMouseEvent* event);
+  void move(QMouseEvent* event);
+  void release(QMouseEvent* event);
+  void wheel(QWheelEvent* event);
+  void textChanged(const text::Change& change);   // what a drag began with moves with the text
+  // Text that is dragged over the pane: shows where it would go / shows that no more / puts it there.
+  bool dragOver(QDropEvent* event);
+  void dragLeave();
+  void drop(QDropEvent* event);
+
+ protected:
+  void timerEvent(QTimerEvent* event) override;
+
+ private:
+  enum class Drag { none, characters, words, lines, block, undecided };
+  void pressText(QMouseEvent* event);
+  void pressMargin(QMouseEvent* event);
+  void selectLines(text::LineNo line, bool extend);
+  void dragTo(const QPoint& point);
+  void pastePrimary(const QPoint& point);
+  void startTextDrag();
+  bool onSelection(const QPoint& point) const;
+
+  Pane& pane_;
+  Drag drag_ = Drag::none;
+  QPoint pressed_, last_, doubleClicked_;
+  QElapsedTimer sinceDoubleClick_;
+  text::ByteRange origin_;              // the word or lines that the drag began with
+  std::int64_t originLine_ = 0, originCell_ = 0;   // of a block
+  QBasicTimer autoScroll_;
+  double wheelRest_ = 0;                // of a step of the wheel that is not a whole one
+  bool droppedHere_ = false;            // what was dragged from here came into the same text
+};

@@ -1,0 +1,325 @@
+#include "control/view/PanePainter.h"
+
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
+
+#include "control/edit/ColumnBlock.h"
+
+using text::ByteOffset;
+using text::ByteRange;
+using text::LineNo;
+
+namespace {
+
+ColorSlot slotOf(text::TokenKind kind) {
+  switch (kind) {
+    case text::TokenKind::keyword: return ColorSlot::Keyword;
+    case text::TokenKind::operatorSign: return ColorSlot::Operator;
+    case text::TokenKind::comment: return ColorSlot::Comment;
+    case text::TokenKind::string: return ColorSlot::String;
+    case text::TokenKind::number: return ColorSlot::Number;
+    case text::TokenKind::text: break;
+  }
+  return ColorSlot::Text;
+}
+
+QColor mixed(const QColor& a, const QColor& b, double part) {
+  return QColor::fromRgbF(static_cast<float>(a.redF() + (b.redF() - a.redF()) * part),
+                          static_cast<float>(a.greenF() + (b.greenF() - a.greenF()) * part),
+                          static_cast<float>(a.blueF() + (b.blueF() - a.blueF()) * part));
+}
+
+// Glyphs of one colour side by side are drawn in one go.
+class GlyphBatch {
+ public:
+  GlyphBatch(QPainter& painter, const QRawFont& font, double baseline) : painter_(painter), baseline_(baseline) { run_.setRawFont(font); }
+  ~GlyphBatch() { flush(); }
+  void add(quint32 glyph, double x, const QColor& color) {
+    if (!indexes_.isEmpty() && color != color_) flush();
+    color_ = color;
+    indexes_ << glyph;
+    positions_ << QPointF(x, baseline_);
+  }
+  void flush() {
+    if (indexes_.isEmpty()) return;
+    run_.setGlyphIndexes(indexes_);
+    run_.setPositions(positions_);
+    painter_.setPen(color_);
+    painter_.drawGlyphRun(QPointF(), run_);
+    indexes_.clear();
+    positions_.clear();
+  }
+
+ private:
+  QPainter& painter_;
+  double baseline_;
+  QGlyphRun run_;
+  QColor color_;
+  QList<quint32> indexes_;
+  QList<QPointF> positions_;
+};
+
+constexpr int kCaretWidth = 2;
+
+}  // namespace
+
+double Preedit::cursorX() const {
+  return layout.xOf(static_cast<std::int64_t>(fromQString(QStringView(text).first(std::clamp<qsizetype>(cursor, 0, text.size()))).size()));
+}
+
+PanePainter::PanePainter(QPainter& painter, TextView& view, const PaneLook& look) : painter_(painter), view_(view), look_(look) {
+  const text::SelectionState& s = look.selection;
+  selected_ = {std::min(s.anchor, s.caret), std::max(s.anchor, s.caret)};
+  const text::Snapshot& text = view.snapshot();
+  caretLine_ = text.lineAt(s.caret).value;
+  firstLine_ = text.lineAt(selected_.begin).value;
+  lastLine_ = text.lineAt(selected_.end).value;
+  if (s.column) {
+    const ColumnBlock block = columnBlock(text, s, view.state().options->tabSize);
+    blockLeft_ = block.left;
+    blockRight_ = block.right;
+  }
+}
+
+void PanePainter::paint(const QRect& part) {
+  painter_.setClipRect(part);
+  const std::int64_t first = view_.lineAtY(part.top());
+  for (std::int64_t line = first; line <= view_.lastVisible() && view_.yOf(line) <= part.bottom(); ++line) paintRow(line, part);
+  const int below = view_.yOf(view_.snapshot().lineCount() - 1) + view_.lineHeight();
+  if (below <= part.bottom()) {
+    painter_.fillRect(QRect(0, below, view_.width + view_.margin, view_.height - below), color(ColorSlot::Window));
+    if (view_.margin > 0) {
+      painter_.fillRect(QRect(0, below, view_.margin - 1, view_.height - below), color(ColorSlot::LeftMargin));
+      painter_.fillRect(QRect(view_.margin - 1, below, 1, view_.height - below), color(ColorSlot::Divider));
+    }
+  }
+}
+
+void PanePainter::fill(const Span& span, int y, const QColor& color) {
+  const double left = std::clamp(view_.textLeft() + span.from, -10.0, 1e5), right = std::clamp(view_.textLeft() + span.to, -10.0, 1e5);
+  if (right > left) painter_.fillRect(QRectF(left, y, right - left, view_.lineHeight()), color);
+}
+
+std::optional<PanePainter::Span> PanePainter::selectedSpan(std::int64_t line, const Row& row) {
+  if (line < firstLine_ || line > lastLine_) return std::nullopt;
+  if (look_.selection.column) return Span{view_.xOfCell(line, blockLeft_), view_.xOfCell(line, blockRight_)};
+  if (selected_.empty()) return std::nullopt;
+  const double from = line == firstLine_ ? view_.xOf(line, selected_.begin) : 0;
+  // The break of a selected line shows as one cell.
+  const double to = line == lastLine_ ? view_.xOf(line, selected_.end) : view_.xOf(line, row.start + row.length) + view_.metrics().cell();
+  return Span{from, to};
+}
+
+ByteRange PanePainter::selectedBytes(std::int64_t line, const Row& row) const {
+  if (line < firstLine_ || line > lastLine_) return {};
+  if (!look_.selection.column) return {ByteOffset(selected_.begin - row.start), ByteOffset(selected_.end - row.start)};
+  if (blockLeft_ == blockRight_) return {};
+  const ColumnRow part = columnRow(view_.snapshot(), LineNo(line), blockLeft_, blockRight_, view_.state().options->tabSize);
+  return {ByteOffset(part.body.begin - row.start), ByteOffset(part.body.end - row.start)};
+}
+
+void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRect& band) {
+  const int y = band.top();
+  const bool current = line == caretLine_ && selected_.empty() && !look_.selection.column;
+  painter_.fillRect(band, color(current ? ColorSlot::HighlightedLine : ColorSlot::Window));
+  const QColor hit = mixed(color(ColorSlot::Window), color(ColorSlot::MatchingBrace), 0.6);
+  for (const ByteRange& range : row.hits) fill({view_.xOf(line, range.begin), view_.xOf(line, range.end)}, y, hit);
+  if (const auto span = selectedSpan(line, row)) {
+    const QColor back = color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack);
+    if (look_.selection.column && blockLeft_ == blockRight_) fill({span->from, span->from + 2}, y, mixed(back, color(ColorSlot::Text), 0.5));
+    else fill(*span, y, back);
+  }
+  if (look_.bracket) {
+    for (const ByteOffset at : {look_.bracket->here, look_.bracket->partner})
+      if (at >= row.start && at < row.start + row.length) fill({view_.xOf(line, at), view_.xOf(line, at + 1)}, y, color(ColorSlot::MatchingBrace));
+  }
+}
+
+void PanePainter::paintRow(std::int64_t line, const QRect& part) {
+  const int y = view_.yOf(line), height = view_.lineHeight();
+  if (part.right() >= view_.margin) {
+    const QRect band(view_.margin, y, view_.width, height);
+    const Row& row = view_.row(line);
+    paintBackgrounds(line, row, band);
+    const bool preedit = look_.preedit && line == caretLine_;
+    if (preedit) {
+      LineLayout shifted = row.layout;
+      const ByteOffset caret = look_.selection.caret;
+      const double x = view_.xOf(line, caret) + static_cast<double>(look_.selection.caretVirtual) * view_.metrics().cell();
+      shifted.insertGap(caret - row.start, look_.preedit->layout.end().x);
+      paintText(row, shifted, line, band);
+      paintPreedit(line, x);
+    } else {
+      paintText(row, row.layout, line, band);
+    }
+    if (look_.caretOn && line == caretLine_) {
+      const QRect caret = caretRect(view_, look_);
+      if (look_.overtype && !preedit) {
+        QColor block = color(ColorSlot::Text);
+        block.setAlphaF(0.35f);
+        painter_.fillRect(caret, block);
+      } else {
+        painter_.fillRect(caret, color(ColorSlot::Text));
+      }
+    }
+    if (look_.dropAt && view_.snapshot().lineAt(*look_.dropAt).value == line)
+      painter_.fillRect(QRectF(view_.textLeft() + view_.xOf(line, *look_.dropAt), y, 2, height), color(ColorSlot::Bookmark));
+  }
+  if (view_.margin > 0 && part.left() < view_.margin) paintMargin(line, y);
+}
+
+void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64_t line, const QRect& band) {
+  const double left = view_.textLeft();
+  const double baseline = band.top() + view_.metrics().ascent();
+  const auto& plainSlot = view_.state().model->plainSlot;
+  const QColor plain = color(plainSlot ? static_cast<ColorSlot>(plainSlot(LineNo(line))) : ColorSlot::Text);
+  const bool recolor = !view_.state().colors.selectionKeepsColors(look_.focused);
+  const QColor selectedColor = color(look_.focused ? ColorSlot::SelectionText : ColorSlot::InactiveSelectionText);
+  const ByteRange selected = recolor ? selectedBytes(line, row) : ByteRange{};
+  GlyphBatch batch(painter_, view_.metrics().rawFont(), baseline);
+  std::size_t token = 0;
+  for (const LayoutItem& item : layout.items()) {
+    if (left + item.x > band.right() + 1) break;
+    if (left + item.x + item.width < band.left()) continue;
+    while (token < row.tokens.size() && row.tokens[token].begin + row.tokens[token].length <= item.byte) ++token;
+    const bool inToken = token < row.tokens.size() && row.tokens[token].begin <= item.byte;
+    QColor ink = inToken ? color(slotOf(row.tokens[token].kind)) : plain;
+    if (item.byte >= selected.begin.value && item.byte < selected.end.value) ink = selectedColor;
+    switch (item.kind) {
+      case LayoutItem::glyph:
+        batch.add(item.glyphIndex, left + item.x, ink);
+        break;
+      case LayoutItem::shaped: {
+        batch.flush();
+        painter_.save();
+        painter_.setClipRect(QRectF(left + item.x - 1, band.top(), item.width + 2, band.height()), Qt::IntersectClip);
+        painter_.setPen(ink);
+        const ShapedCluster& cluster = view_.metrics().shaped(layout.text(item));
+        // In its cells: moved to the middle, made narrower where it is wider, never pushed over the next character.
+        painter_.translate(left + item.x + std::max(0.0, (item.width - cluster.advance) / 2), baseline);
+        if (cluster.advance > item.width) painter_.scale(item.width / cluster.advance, 1);
+        for (const QGlyphRun& run : cluster.runs) painter_.drawGlyphRun(QPointF(), run);
+        painter_.restore();
+        break;
+      }
+      case LayoutItem::label:
+        batch.flush();
+        paintLabel(layout.text(item), item, band.top());
+        break;
+      case LayoutItem::oddBlank:
+        batch.flush();
+        paintWhiteSpace(item, band.top());
+        break;
+      case LayoutItem::blank:
+      case LayoutItem::tab:
+        if (view_.state().whiteSpace) paintWhiteSpace(item, band.top());
+        break;
+    }
+  }
+  batch.flush();
+  if (view_.state().whiteSpace && (row.whole || layout.end().byte >= row.length)) {
+    const text::LineBreak lineBreak = view_.snapshot().lineBreak(LineNo(line));
+    if (lineBreak != text::LineBreak::none) {
+      const char* name = lineBreak == text::LineBreak::lf ? "LF" : lineBreak == text::LineBreak::cr ? "CR" : "CRLF";
+      painter_.setFont(view_.metrics().labelFont());
+      painter_.setPen(color(ColorSlot::TagText));
+      painter_.drawText(QPointF(left + layout.end().x + 3, baseline), QString::fromLatin1(name));
+    }
+  }
+}
+
+// A box with the name of a character that would not be seen; that of a byte which is no character is filled.
+void PanePainter::paintLabel(const QString& label, const LayoutItem& item, int y) {
+  const QRectF box(view_.textLeft() + item.x + 0.5, y + 1.5, item.width - 1, view_.lineHeight() - 3);
+  const QColor tag = color(ColorSlot::TagText);
+  const QColor ink = mixed(tag, color(ColorSlot::Text), 0.5);
+  painter_.setPen(tag);
+  painter_.setBrush(item.badByte ? QBrush(mixed(color(ColorSlot::Window), color(ColorSlot::String), 0.22)) : QBrush(Qt::NoBrush));
+  painter_.drawRect(box);
+  painter_.setFont(view_.metrics().labelFont());
+  painter_.setPen(ink);
+  painter_.drawText(box, Qt::AlignCenter | Qt::TextDontClip, label);
+}
+
+void PanePainter::paintWhiteSpace(const LayoutItem& item, int y) {
+  const double x = view_.textLeft() + item.x, middle = std::floor(y + view_.lineHeight() * 0.55) + 0.5;
+  const QColor tag = color(ColorSlot::TagText);
+  if (item.kind == LayoutItem::oddBlank) {   // a blank that is none: its outline, open above
+    const double bottom = y + view_.lineHeight() - 3.5, height = view_.lineHeight() * 0.25;
+    painter_.setPen(tag);
+    painter_.drawPolyline(QPolygonF({QPointF(x + 1.5, bottom - height), QPointF(x + 1.5, bottom), QPointF(x + item.width - 1.5, bottom),
+                                     QPointF(x + item.width - 1.5, bottom - height)}));
+  } else if (item.kind == LayoutItem::tab) {
+    painter_.setPen(tag);
+    const double right = x + item.width - 2;
+    painter_.drawLine(QPointF(x + 2, middle), QPointF(right, middle));
+    const double head = std::min(3.0, item.width / 3);
+    painter_.drawLine(QPointF(right - head, middle - head), QPointF(right, middle));
+    painter_.drawLine(QPointF(right - head, middle + head), QPointF(right, middle));
+  } else {
+    const double size = std::max(1.5, view_.lineHeight() / 9.0);
+    painter_.fillRect(QRectF(x + (item.width - size) / 2, middle - size / 2, size, size), tag);
+  }
+}
+
+void PanePainter::paintPreedit(std::int64_t line, double x) {
+  const int y = view_.yOf(line);
+  const double left = view_.textLeft() + x, width = look_.preedit->layout.end().x;
+  const Row none;
+  painter_.save();
+  painter_.translate(left - view_.textLeft(), 0);
+  paintText(none, look_.preedit->layout, line, QRect(view_.margin - static_cast<int>(x), y, view_.width + static_cast<int>(x), view_.lineHeight()));
+  painter_.restore();
+  painter_.fillRect(QRectF(left, y + view_.lineHeight() - 2, width, 1), color(ColorSlot::Text));
+}
+
+void PanePainter::paintMargin(std::int64_t line, int y) {
+  const int height = view_.lineHeight();
+  painter_.fillRect(QRect(0, y, view_.margin - 1, height), color(ColorSlot::LeftMargin));
+  painter_.fillRect(QRect(view_.margin - 1, y, 1, height), color(ColorSlot::Divider));
+  if (view_.state().model->hasBookmark(LineNo(line))) {
+    const double size = std::min(height - 4.0, 10.0), x = 3, top = y + (height - size) / 2;
+    QPainterPath ribbon;
+    ribbon.addPolygon(QPolygonF({QPointF(x, top), QPointF(x + size * 0.8, top), QPointF(x + size * 0.8, top + size),
+                                 QPointF(x + size * 0.4, top + size * 0.68), QPointF(x, top + size)}));
+    painter_.save();
+    painter_.setRenderHint(QPainter::Antialiasing);
+    painter_.fillPath(ribbon, color(ColorSlot::Bookmark));
+    painter_.restore();
+  }
+  const QColor ink = line == caretLine_ ? mixed(color(ColorSlot::LineNumbers), color(ColorSlot::Text), 0.6) : color(ColorSlot::LineNumbers);
+  const QByteArray digits = QByteArray::number(static_cast<qlonglong>(line) + 1);
+  double x = view_.margin - 8;
+  GlyphBatch batch(painter_, view_.metrics().rawFont(), y + view_.metrics().ascent());
+  for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit) {
+    x -= view_.metrics().asciiAdvance(static_cast<unsigned char>(*digit));
+    batch.add(view_.metrics().asciiGlyph(static_cast<unsigned char>(*digit)), x, ink);
+  }
+}
+
+double PanePainter::caretX(TextView& view, const PaneLook& look) {
+  const text::SelectionState& s = look.selection;
+  const std::int64_t line = view.snapshot().lineAt(s.caret).value;
+  double x = view.xOf(line, s.caret) + static_cast<double>(s.caretVirtual) * view.metrics().cell();
+  if (s.column && view.metrics().fixedPitch()) x = view.xOfCell(line, cellOf(view.snapshot(), s.caret, s.caretVirtual, view.state().options->tabSize));
+  return look.preedit ? x + look.preedit->cursorX() : x;
+}
+
+QRect PanePainter::caretRect(TextView& view, const PaneLook& look) {
+  const text::SelectionState& s = look.selection;
+  const LineNo line = view.snapshot().lineAt(s.caret);
+  const double left = std::clamp(std::floor(view.textLeft() + caretX(view, look)), -1e6, 1e6);
+  double width = kCaretWidth;
+  if (look.overtype && !look.preedit) {
+    const ByteOffset end = view.snapshot().lineEnd(line);
+    width = view.metrics().cell();
+    if (s.caret < end) {
+      const std::string here = view.snapshot().bytes({s.caret, std::min(end, s.caret + 2 * LineWalker::kLookAhead)});
+      const bool toEnd = s.caret + 2 * LineWalker::kLookAhead >= end;
+      QString label;
+      width = LineWalker(here, toEnd, {0, left}, view.metrics(), view.state().options->tabSize).next(&label).width;
+    }
+  }
+  return {static_cast<int>(left), view.yOf(line.value), std::max(1, static_cast<int>(width)), view.lineHeight()};
+}

@@ -1,0 +1,60 @@
+// Paints the lines of a pane: backgrounds, text, symbols, caret and left margin. Knows nothing of widgets or events; it is told
+// what is selected and where the caret is.
+#pragma once
+
+#include <QPainter>
+#include <optional>
+
+#include "control/code/Brackets.h"
+#include "control/view/TextView.h"
+
+// Text of an input method that is not part of the text yet, shown at the caret.
+struct Preedit {
+  QString text;
+  int cursor = 0;          // UTF-16 units into text
+  LineLayout layout;       // of its own, from x 0
+  std::string bytes;       // what the layout counts in
+  double cursorX() const;
+};
+
+struct PaneLook {
+  text::SelectionState selection;
+  bool focused = false;
+  bool caretOn = false;            // in this moment of its blinking
+  bool overtype = false;
+  std::optional<BracketPair> bracket;
+  std::optional<text::ByteOffset> dropAt;
+  const Preedit* preedit = nullptr;
+};
+
+class PanePainter {
+ public:
+  PanePainter(QPainter& painter, TextView& view, const PaneLook& look);
+  void paint(const QRect& part);
+
+  static double caretX(TextView& view, const PaneLook& look);   // from the start of its line
+  // The caret's place in the pane; as wide as the character under it when it overtypes.
+  static QRect caretRect(TextView& view, const PaneLook& look);
+
+ private:
+  struct Span { double from, to; };   // x from the start of the line
+  void paintRow(std::int64_t line, const QRect& part);
+  void paintBackgrounds(std::int64_t line, const Row& row, const QRect& band);
+  void paintText(const Row& row, const LineLayout& layout, std::int64_t line, const QRect& band);
+  void paintLabel(const QString& label, const LayoutItem& item, int y);
+  void paintWhiteSpace(const LayoutItem& item, int y);
+  void paintPreedit(std::int64_t line, double x);
+  void paintMargin(std::int64_t line, int y);
+  void fill(const Span& span, int y, const QColor& color);
+  // What of the line is selected; nothing for most lines.
+  std::optional<Span> selectedSpan(std::int64_t line, const Row& row);
+  text::ByteRange selectedBytes(std::int64_t line, const Row& row) const;
+  QColor color(ColorSlot slot) const { return view_.state().colors.color(slot); }
+
+  QPainter& painter_;
+  TextView& view_;
+  const PaneLook& look_;
+  text::ByteRange selected_;          // of a stream selection
+  std::int64_t caretLine_, firstLine_, lastLine_;   // of caret and selection
+  std::int64_t blockLeft_ = 0, blockRight_ = 0;     // cells of a column selection
+};

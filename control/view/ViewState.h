@@ -1,0 +1,38 @@
+// What the panes of one control share: the text, its options, colours, font measures and what is shown beside the text.
+#pragma once
+
+#include <QFont>
+#include <memory>
+#include <optional>
+
+#include "control/edit/Editor.h"
+#include "control/view/ColorScheme.h"
+#include "control/view/GlyphMetrics.h"
+#include "control/view/LongLines.h"
+#include "text/find/Finder.h"
+
+struct ViewState {
+  std::shared_ptr<TextModel> model;
+  std::shared_ptr<EditOptions> options;
+
+  ColorScheme colors;
+  QFont font;                      // as chosen; shown at `zoom` percent
+  int zoom = 100;
+  std::unique_ptr<GlyphMetrics> metrics;
+  LongLines longLines;
+
+  bool hScrollBar = true, vScrollBar = true, smoothScrolling = true, lineToolTips = true, leftMargin = true;
+  bool colorSyntax = true, whiteSpace = false;
+  std::optional<text::Finder> hits;   // what is marked in the visible text
+
+  int held = 0;                    // > 0: changes are noted, and shown and announced when it is 0 again
+
+  double scale = 1;                // device pixels per logical pixel
+  void remeasure() {
+    QFont shown = font;
+    if (font.pixelSize() > 0) shown.setPixelSize(std::max(2, font.pixelSize() * zoom / 100));
+    else shown.setPointSizeF(std::max(2.0, font.pointSizeF() * zoom / 100));
+    metrics = std::make_unique<GlyphMetrics>(shown, scale);
+    longLines.clear();
+  }
+};

@@ -1,0 +1,81 @@
+// An immutable view of a whole text at one moment. Copying is O(1); it may be read from any thread and stays valid
+// for as long as it is held, whatever is done to the document meanwhile.
+//
+// The text is bytes. In LineMode::lf (the usual one) every '\n' ends a line and a '\r' directly before it belongs to
+// the break; in LineMode::cr (a file with '\r' and no '\n') every '\r' does. A text always has breaks + 1 lines: the
+// last one has no break and may be empty.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "text/store/Units.h"
+
+namespace text {
+
+enum class LineMode : unsigned char { lf, cr };
+enum class LineBreak : unsigned char { none, lf, crlf, cr };
+
+// The bytes of a break; empty for none.
+std::string_view breakBytes(LineBreak lineBreak);
+
+class Tree;        // the balanced tree of pieces
+struct TreeShape;  // its sizes
+
+class Snapshot {
+ public:
+  Snapshot();  // the empty text
+  explicit Snapshot(std::string bytes, LineMode mode = LineMode::lf);
+
+  ByteOffset size() const;
+  LineMode lineMode() const;
+
+  std::int64_t lineCount() const;              // >= 1
+  ByteOffset lineStart(LineNo line) const;     // precondition: 0 <= line < lineCount()
+  ByteOffset lineEnd(LineNo line) const;       // before the line's break
+  ByteOffset lineEndWithBreak(LineNo line) const;  // behind it: the start of the next line, or size()
+  LineBreak lineBreak(LineNo line) const;
+  LineNo lineAt(ByteOffset offset) const;      // the line that holds offset; size() is on the last line.
+                                               // An offset inside CR LF belongs to the line that the pair ends.
+
+  std::string bytes() const { return bytes({ByteOffset(0), size()}); }   // a copy of all
+  std::string bytes(ByteRange range) const;    // the range is clipped to the text
+  std::string line(LineNo line) const;         // without its break
+  char at(ByteOffset offset) const;            // precondition: offset < size()
+
+  // A run of bytes that lie together from offset on (empty only at size()), and one that ends there (empty only at 0);
+  // it may end anywhere, inside a character or a CR LF too. Valid while this snapshot or a copy of it lives. The loops over
+  // a text are written with these.
+  std::string_view chunkAt(ByteOffset offset) const;
+  std::string_view chunkBefore(ByteOffset offset) const;
+
+  // True when both are views of one and the same tree (equal text for certain; false says nothing).
+  bool sameAs(const Snapshot& other) const;
+
+  void checkInvariants() const;  // aborts with a message on a breach
+
+ private:
+  friend class Document;
+  friend class SnapshotBuilder;
+  explicit Snapshot(std::shared_ptr<const Tree> tree);
+  std::shared_ptr<const Tree> tree_;
+};
+
+// Builds a snapshot from blocks of bytes that it takes over: no byte is copied twice. Used by loading.
+class SnapshotBuilder {
+ public:
+  explicit SnapshotBuilder(LineMode mode = LineMode::lf);
+  SnapshotBuilder(LineMode mode, const TreeShape& shape);   // the shape goes on in every document that takes the text
+  ~SnapshotBuilder();
+  // Takes `bytes` (length bytes of it) as the next part of the text. The memory is kept by the tree.
+  void append(std::shared_ptr<const char[]> bytes, std::size_t length);
+  void append(std::string bytes);
+  Snapshot finish();   // the builder is empty again
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace text
