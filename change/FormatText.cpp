@@ -1,6 +1,7 @@
 #include "change/FormatText.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 
 #include "base/LongWork.h"
 #include "base/Program.h"
@@ -142,6 +143,26 @@ void ConvertTabstoSpaces(CodeMax& cmx, int blanks) {
   cmx.ExecuteCmd(Cmd::REPLACEALLINBUFFER);
 }
 
+// Which lines begin within a string or here-document, so that their white space belongs to it: one flag a line of the text, of which none
+// is set in a language without such.
+std::vector<bool> standingLines(CodeMax& cmx, qint64 end, const clsLang* language) {
+  std::vector<bool> stay(static_cast<std::size_t>(end));
+  const auto highlighter = language ? LanguageTable::find(language->Name) : nullptr;
+  if (!highlighter || !highlighter->valid()) return stay;
+  work(cmx, end, [&, text = cmx.model()->snapshot()](text::SearchControl& control) {
+    StandingLines strings(highlighter.get(), formatRules(*language));
+    std::vector<text::Token> tokens;
+    text::LineReader reader(text);
+    std::string_view line;
+    for (qint64 i = 0; i < end && reader.next(&line) && !control.cancel; ++i) {
+      strings.scan(line, &tokens);
+      stay[static_cast<std::size_t>(i)] = strings.stays();
+      control.bytesDone = i;
+    }
+  });
+  return stay;
+}
+
 bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, const clsLang& language) {
   const auto highlighter = LanguageTable::find(language.Name);
   if (!highlighter || !highlighter->valid()) return true;
@@ -193,6 +214,11 @@ bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const cls
     indents = wholeLine ? indentsByWholeLine(source, lines.end, words, unit, highlighter.get(), formatRules(language), tabSize)
                         : indentsByFirstWord(source, lines.end, words, unit);
   });
+  if (!wholeLine) {
+    const std::vector<bool> stay = standingLines(cmx, lines.end, &language);
+    for (std::size_t i = 0; i < stay.size(); ++i)
+      if (stay[i]) indents[i] = kStays;
+  }
   return changeLines(cmx, lines,
       [&](qint64 i, const QString& old) {
         const int columns = indents[static_cast<std::size_t>(i)];
@@ -247,7 +273,9 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     if (choices.tabs >= 1 && !tabsMatter) {
       show(T::tr("Processing Tabs"));
       const int blanks = choices.tabs - 1;
-      if (choices.selectionOnly || blanks == 0) whole = changeLines(cmx, lines, [&](qint64, const QString& old) { return withoutTabs(old, blanks); });
+      const std::vector<bool> stay = standingLines(cmx, lines.end, language);
+      if (choices.selectionOnly || blanks == 0 || std::find(stay.begin(), stay.end(), true) != stay.end())
+        whole = changeLines(cmx, lines, [&](qint64 i, const QString& old) { return stay[static_cast<std::size_t>(i)] ? old : withoutTabs(old, blanks); });
       else ConvertTabstoSpaces(cmx, blanks);
     }
     show(T::tr("Applying filter to main text"));

@@ -105,18 +105,30 @@ void frmFormat::Form_Load() {
   layout->setSizeConstraint(QLayout::SetFixedSize);
   for (auto* box : {cmbTab_, cmbText_, cmbKeywords_, cmbIndent_, cmbLine_})
     connect(box, &QComboBox::currentIndexChanged, this, &frmFormat::updateButtons);
+  propose();
+  connect(chkWholeLine_, &QCheckBox::clicked, this, [this](bool on) {
+    modRegistry::SetFlag(modRegistry::kGlobalKey, kCareful, on);
+    updateButtons();
+  });
+}
+
+// What goes with the active document; the counts and letter cases stay as they were chosen.
+void frmFormat::propose() {
   const auto* document = frame() ? frame()->activeDocument() : nullptr;
+  about_ = document;
   chkSelection_->setChecked(document && document->isSelection() &&
                             document->cmx->GetSel(true).StartLineNo != document->cmx->GetSel(true).EndLineNo);
   chkSelection_->setEnabled(document && document->isSelection());
   const clsLang* language = document ? languageOf(*document) : nullptr;
   chkWholeLine_->setChecked(language && !blockWordsOf(*language).isEmpty() && modRegistry::Flag(modRegistry::kGlobalKey, kCareful, true));
   chkIndentTabs_->setChecked(document && indentStyleOf(*document->cmx).tabs);
-  connect(chkWholeLine_, &QCheckBox::clicked, this, [this](bool on) {
-    modRegistry::SetFlag(modRegistry::kGlobalKey, kCareful, on);
-    updateButtons();
-  });
   updateButtons();
+}
+
+// The dialog stays while another document becomes the active one.
+bool frmFormat::event(QEvent* event) {
+  if (event->type() == QEvent::WindowActivate && frame() && frame()->activeDocument() != about_) propose();
+  return QDialog::event(event);
 }
 
 void frmFormat::updateButtons() {

@@ -23,8 +23,12 @@ class frmFormat : public QDialog {
   void cmdPreview_Click();
   void cmdCancel_Click();
 
+ protected:
+  bool event(QEvent* event) override;
+
  private:
   void Form_Load();
+  void propose();
   bool agree(FormatChoices* chosen, const clsLang* language);   // to what may change the meaning of the text
   void apply(frmDocument& document, const FormatChoices& chosen);
   void updateButtons();
@@ -33,4 +37,5 @@ class frmFormat : public QDialog {
   QCheckBox *chkWholeLine_, *chkIndentTabs_, *chkSelection_;
   QPushButton *cmdApply_, *cmdPreview_;
   QLabel* lblResult_;
+  const void* about_ = nullptr;   // the document that what is proposed was made for
 };

@@ -159,7 +159,11 @@ QString help() {
 bool mayReplace(const QString& path, const std::set<FileId>& sources) {
   const auto id = fileId(path);
   bool good = !id || !isRegularFile(path);
-  if (!good && sources.count(*id) == 0) {
+  if (!good && sources.count(*id) != 0) {
+    std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("%1 is a file to print: it is not replaced").arg(plainForDisplay(path))));
+    return false;
+  }
+  if (!good) {
     text::FileSystem& fs = text::fileSystem();
     char head[5] = {};
     const int fd = fs.openAt(text::FileSystem::kCwd, fromQString(path), text::kRead, 0);

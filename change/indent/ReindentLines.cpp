@@ -67,7 +67,8 @@ class WholeLines : private IndentState {
       all += !pieces.empty() && !pieces.back().is(u',');   // a list goes on in any language
       const bool ofMacro = std::exchange(goesOn, !pieces.empty() && pieces.back().is(u'\\'));
       if (!ofMacro && pieces.size() > 1 && pieces[0].is(u'`')) macroBlocks_ += isMacro(pieces[1], "_begin") - isMacro(pieces[1], "_end");
-      ended += std::any_of(pieces.begin(), pieces.end(), [](const Piece& piece) { return piece.is(u';'); });
+      // Two of them end a branch of a shell's "case".
+      ended += !pieces.empty() && pieces.back().is(u';') && !(pieces.size() > 1 && pieces[pieces.size() - 2].is(u';'));
     }
     scanner_.restart();
     return ended * 8 >= all;

@@ -1,0 +1,7 @@
+if true; then
+	cat <<-E
+		kept
+	E
+echo "one
+ two"
+fi
