@@ -1,6 +1,7 @@
 // The main frame's services at the caret, the Custom menu, the log and the definitions editor.
 #include <QDockWidget>
 #include <QTimer>
+#include <algorithm>
 
 #include "app/frame/FrameMenus.h"
 #include "app/frame/KeyActions.h"
@@ -124,8 +125,9 @@ frmLog* frmMain::log() {
       logDock_->setProperty("placed", true);
       QTimer::singleShot(0, log_, [this, size] {
         const int title = logDock_->height() - log_->height();
-        resizeDocks({logDock_}, {size.height() + title}, Qt::Vertical);
-        resizeDocks({logDock_}, {size.width()}, Qt::Horizontal);
+        // The size may come from a larger window or another scale: the text keeps half.
+        resizeDocks({logDock_}, {std::min(size.height() + title, height() / 2)}, Qt::Vertical);
+        resizeDocks({logDock_}, {std::min(size.width(), width() / 2)}, Qt::Horizontal);
       });
     });
     connect(logDock_, &QDockWidget::visibilityChanged, this, [this] { refreshToolbar(); });
