@@ -21,7 +21,10 @@ class ArrowEngine : public PaintedIcon {
     const double unit = std::min(rect.width(), rect.height()) / 16.0;
     painter->scale(unit, unit);
     // The arrow is drawn as one to the right and turned.
-    painter->rotate(arrow_ == Arrow::left || arrow_ == Arrow::first ? 180 : arrow_ == Arrow::up ? 270 : arrow_ == Arrow::down ? 90 : 0);
+    painter->rotate(arrow_ == Arrow::left || arrow_ == Arrow::first ? 180
+                    : arrow_ == Arrow::up                           ? 270
+                    : arrow_ == Arrow::down                         ? 90
+                                                                    : 0);
     painter->drawPolygon(QPolygonF({{-3.5, -5.5}, {3.5, 0}, {-3.5, 5.5}}));
     if (arrow_ == Arrow::first || arrow_ == Arrow::last) painter->drawRect(QRectF(3.5, -5.5, 2, 11));
     painter->restore();
@@ -32,6 +35,6 @@ class ArrowEngine : public PaintedIcon {
   Arrow arrow_;
 };
 
-}  // namespace
+}   // namespace
 
 QIcon arrowIcon(Arrow arrow) { return QIcon(new ArrowEngine(arrow)); }

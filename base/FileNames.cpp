@@ -33,7 +33,7 @@ QString privateFolder(const QString& parent) {
   return path;
 }
 
-}  // namespace
+}   // namespace
 
 #ifdef Q_OS_WIN
 QString environmentPath(const char* variable) { return qEnvironmentVariable(variable); }

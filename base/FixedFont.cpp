@@ -12,7 +12,7 @@ bool isFixed(const QFont& font) {
   return metrics.horizontalAdvance(u'i') == metrics.horizontalAdvance(u'M');
 }
 
-}  // namespace
+}   // namespace
 
 QFont fixedFont() {
   QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);

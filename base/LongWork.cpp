@@ -19,7 +19,7 @@ namespace {
 constexpr std::chrono::milliseconds kLookPeriod{20};
 constexpr std::chrono::milliseconds kLastWait{200};   // for work that was cancelled, before it is left
 constexpr int kWhole = 100;                           // percent
-QEventLoop* waiting = nullptr;    // for the work that shows how far it is
+QEventLoop* waiting = nullptr;                        // for the work that shows how far it is
 
 LongWork::Watch::Look& watcher() {
   static LongWork::Watch::Look look;
@@ -30,7 +30,8 @@ LongWork::Watch::Look& watcher() {
 class Progress : public QProgressDialog {
  public:
   Progress(const QString& what, bool mayCancel, QWidget* window)
-      : QProgressDialog(what, mayCancel ? QCoreApplication::translate("LongWork", "Cancel") : QString(), 0, 0, window), mayCancel_(mayCancel) {
+      : QProgressDialog(what, mayCancel ? QCoreApplication::translate("LongWork", "Cancel") : QString(), 0, 0, window),
+        mayCancel_(mayCancel) {
     setObjectName(QStringLiteral("longWork"));
     setWindowModality(Qt::ApplicationModal);
     setAutoClose(false);
@@ -63,15 +64,14 @@ struct Task {
 
 class Waiter {
  public:
-  Waiter(LongWork::Work work, std::int64_t bytes) : bytes_(bytes), task_(std::make_shared<Task>()), done_(task_->done.get_future()) {
+  Waiter(LongWork::Work work, std::int64_t bytes)
+      : bytes_(bytes), task_(std::make_shared<Task>()), done_(task_->done.get_future()) {
     task_->work = std::move(work);
     std::thread([task = task_] {
       try {
         task->work(task->control);
         task->done.set_value();
-      } catch (...) {
-        task->done.set_exception(std::current_exception());
-      }
+      } catch (...) { task->done.set_exception(std::current_exception()); }
     }).detach();
   }
   bool ready(std::chrono::milliseconds wait = {}) const { return done_.wait_for(wait) == std::future_status::ready; }
@@ -145,7 +145,7 @@ bool runOn(QWidget& asker, std::int64_t bytes, LongWork::Work work, const QStrin
   waiter.finish();
   return true;
 }
-}  // namespace
+}   // namespace
 
 LongWork::Watch::Watch(Look look) : before_(std::exchange(watcher(), std::move(look))) {}
 LongWork::Watch::~Watch() { watcher() = std::move(before_); }
@@ -161,4 +161,6 @@ void LongWork::run(QWidget& asker, std::int64_t bytes, const Work& work, const Q
 
 bool LongWork::goesOn(const QString& what, int percent) { return !gBusy() || !watcher() || watcher()(what, percent); }
 
-bool LongWork::runOrLeave(QWidget& asker, Work work, const QString& what) { return runOn(asker, 0, std::move(work), what, true, true); }
+bool LongWork::runOrLeave(QWidget& asker, Work work, const QString& what) {
+  return runOn(asker, 0, std::move(work), what, true, true);
+}

@@ -27,7 +27,7 @@ bool holdsOurFiles(const QString& folder) {
          QFileInfo(joinPath(folder, QStringLiteral("Samples"))).isDir();
 }
 
-}  // namespace
+}   // namespace
 
 QString applicationFolder() {
   if (!chosenFolder().isEmpty()) return chosenFolder();

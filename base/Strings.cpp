@@ -41,7 +41,7 @@ QString escaped(char32_t c) {
   return QStringLiteral("<U+%1>").arg(QString::number(c, 16).toUpper().rightJustified(4, QLatin1Char('0')));
 }
 
-}  // namespace
+}   // namespace
 
 void ReplaceAll(QString& text, const QString& find, const QString& replacement) {
   if (find.isEmpty() || !text.contains(find)) return;

@@ -17,8 +17,10 @@ QString GetFileExt(const QString& path);     // behind the last "." of the title
 // The platform's separator between parts; looks a part up without regard to case when it does not exist as written.
 QString joinPath(const QString& folder, const QString& part);
 
-QString toCrLf(QString text);                // every CR LF, lone CR and lone LF becomes CR LF
-QStringList splitCrLf(const QString& text);  // entries of a list whose lines each end with CR LF; empty lines are kept, text behind the last CR LF too if not empty
+QString toCrLf(QString text);   // every CR LF, lone CR and lone LF becomes CR LF
+QStringList splitCrLf(
+    const QString&
+        text);   // entries of a list whose lines each end with CR LF; empty lines are kept, text behind the last CR LF too if not empty
 
 // Plain text for titles, boxes and logs: control and invisible characters as visible escapes, at most maxLength characters.
 QString plainForDisplay(const QString& text, int maxLength = 2000);

@@ -14,4 +14,4 @@ inline void needApplication() {
   new QApplication(count, names);
 }
 
-}  // namespace bench
+}   // namespace bench

@@ -42,7 +42,7 @@ class Numbers {
   std::uint64_t state_ = 0x2545f4914f6cdd1d;
 };
 
-}  // namespace
+}   // namespace
 
 std::string simulationLog(std::size_t bytes) {
   static const char* const units[] = {"top.u_core0.u_alu", "top.u_core1.u_lsu", "top.u_noc.u_router_3", "top.u_ddr.u_phy"};
@@ -73,12 +73,15 @@ std::string verilogFile(std::size_t bytes) {
   for (unsigned module = 0; text.size() < bytes; ++module) {
     const auto name = "unit_" + std::to_string(module), width = std::to_string(8 << numbers.upTo(4));
     if (module % 5 == 0) text += "/* Block " + name + ":\n * reads its operands in one cycle,\n * \"answers\" in the next.\n */\n";
-    text += "module " + name + " #(parameter W = " + width + ") (\n  input wire clk, rst_n,\n  input wire [W-1:0] a, b,\n"
+    text += "module " + name + " #(parameter W = " + width +
+            ") (\n  input wire clk, rst_n,\n  input wire [W-1:0] a, b,\n"
             "  output reg [W-1:0] y\n);\n";
     for (auto i = 4 + numbers.upTo(12); i > 0; --i)
-      text += "  wire [W-1:0] t" + std::to_string(i) + " = (a ^ " + width + "'h" + std::to_string(numbers.upTo(99)) + ") + b; // step\n";
-    text += "  always @(posedge clk or negedge rst_n)\n    if (!rst_n) y <= {W{1'b0}};\n    else begin\n      y <= t1 & t2;\n"
-            "      $display(\"%t y=%h\", $time, y);\n    end\nendmodule\n\n";
+      text += "  wire [W-1:0] t" + std::to_string(i) + " = (a ^ " + width + "'h" + std::to_string(numbers.upTo(99)) +
+              ") + b; // step\n";
+    text +=
+        "  always @(posedge clk or negedge rst_n)\n    if (!rst_n) y <= {W{1'b0}};\n    else begin\n      y <= t1 & t2;\n"
+        "      $display(\"%t y=%h\", $time, y);\n    end\nendmodule\n\n";
   }
   text.resize(bytes);
   return text;
@@ -149,7 +152,8 @@ double limitMemmem(std::string_view text, std::string_view word, int runs) {
     std::size_t hits = 0;
 #if defined(__GLIBC__)
     const char* const end = text.data() + text.size();
-    for (const char* at = text.data(); (at = static_cast<const char*>(memmem(at, static_cast<std::size_t>(end - at), word.data(), word.size())));
+    for (const char* at = text.data();
+         (at = static_cast<const char*>(memmem(at, static_cast<std::size_t>(end - at), word.data(), word.size())));
          at += word.size())
       ++hits;
 #else
@@ -189,7 +193,7 @@ void ratioRow(const std::string& what, double seconds, double limit, double most
   row(what, seconds / limit, "x", most, note);
 }
 
-}  // namespace bench
+}   // namespace bench
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
@@ -202,8 +206,8 @@ int main(int argc, char** argv) {
     const bool over = r.most > 0 && r.figure > r.most;
     within = within && !over;
     std::printf("%-62s %10.3g %-5s %9s  %s%s\n", r.what.c_str(), r.figure, r.unit.c_str(),
-                r.most > 0 ? std::to_string(r.most).substr(0, std::to_string(r.most).find('.') + 3).c_str() : "",
-                r.note.c_str(), over ? "  TOO MUCH" : "");
+                r.most > 0 ? std::to_string(r.most).substr(0, std::to_string(r.most).find('.') + 3).c_str() : "", r.note.c_str(),
+                over ? "  TOO MUCH" : "");
   }
   return within ? 0 : 1;
 }

@@ -21,7 +21,7 @@ constexpr std::size_t MB = 1000 * 1000, GB = 1000 * MB;
 // Texts; the same for the same size in every run.
 constexpr std::string_view logWord = "transaction";   // about 2,900 times in each MB of the log
 std::string simulationLog(std::size_t bytes);
-std::string verilogFile(std::size_t bytes);            // modules, with block comments now and then
+std::string verilogFile(std::size_t bytes);   // modules, with block comments now and then
 std::string singleLine(std::size_t bytes);
 
 // The path of a file with the log of so many bytes, in $ZELKOR_BENCH_DIR or the folder for temporary files; written once.
@@ -87,4 +87,4 @@ auto readingRows(const std::string& what, const std::string& path, std::size_t s
   return made;
 }
 
-}  // namespace bench
+}   // namespace bench

@@ -18,10 +18,10 @@ QString lastDelimiter;
 struct Growing {
   QString done;
   QStringView rest;
-  qsizetype skip = 0;                       // characters of rest that the search passes over
-  std::vector<bool> counts;                 // of each character of the original line: may a delimiter stand there
-  qsizetype original = 0;                   // characters of the original line in front of rest
-  bool ended = false;                       // there is none any more
+  qsizetype skip = 0;         // characters of rest that the search passes over
+  std::vector<bool> counts;   // of each character of the original line: may a delimiter stand there
+  qsizetype original = 0;     // characters of the original line in front of rest
+  bool ended = false;         // there is none any more
 
   // Position in the grown line, from 1, of the next delimiter that counts; 0: none.
   qsizetype find(const QString& delimiter) {
@@ -79,7 +79,7 @@ std::vector<bool> codeOnlyMask(const text::Highlighter& highlighter, const QStri
   return mask;
 }
 
-}  // namespace
+}   // namespace
 
 int alignColumns(QStringList& lines, const QString& delimiter) {
   if (delimiter.isEmpty()) return 0;
@@ -96,14 +96,15 @@ int alignColumns(QStringList& lines, const QString& delimiter) {
 namespace {
 
 // The lines of the work, aligned; empty when it was cancelled.
-std::vector<Growing> alignedLines(LineWork& work, const QStringList& lines, const CmRange& range, const QString& delimiter, const ColumnizeOptions& options,
-                                  const text::Highlighter* highlighter) {
+std::vector<Growing> alignedLines(LineWork& work, const QStringList& lines, const CmRange& range, const QString& delimiter,
+                                  const ColumnizeOptions& options, const text::Highlighter* highlighter) {
   std::vector<Growing> growing(static_cast<std::size_t>(lines.size()));
   text::LineState state = 0;
   if (highlighter) {
     text::LineReader above(work.text());
     std::string_view line;
-    for (qint64 i = 0; i < work.lines().first && !work.isCancelled() && above.next(&line); ++i) state = highlighter->scanLine(line, state, nullptr);
+    for (qint64 i = 0; i < work.lines().first && !work.isCancelled() && above.next(&line); ++i)
+      state = highlighter->scanLine(line, state, nullptr);
   }
   const qint64 left = std::min(range.StartColNo, range.EndColNo), right = std::max(range.StartColNo, range.EndColNo);
   for (std::size_t i = 0; i < growing.size() && !work.isCancelled(); ++i) {
@@ -132,7 +133,7 @@ std::vector<Growing> alignedLines(LineWork& work, const QStringList& lines, cons
   return work.isCancelled() ? std::vector<Growing>() : done;
 }
 
-}  // namespace
+}   // namespace
 
 qint64 Columnize(CodeMax& cmx, const CmRange& range, const QString& delimiter, const ColumnizeOptions& options) {
   if (delimiter.isEmpty()) return 0;

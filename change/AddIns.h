@@ -7,9 +7,9 @@
 #include "control/CodeMax.h"
 
 struct ColumnizeOptions {
-  bool groupsApart = false;      // lines between blank lines are aligned for themselves
-  bool codeOnly = false;         // delimiters in strings and comments are left alone
-  bool withinBlock = false;      // a column selection: only what lies in the block's columns counts
+  bool groupsApart = false;   // lines between blank lines are aligned for themselves
+  bool codeOnly = false;      // delimiters in strings and comments are left alone
+  bool withinBlock = false;   // a column selection: only what lies in the block's columns counts
 };
 
 // Asks for the delimiter ("Please input the column delimiter") and aligns the selected lines. The answer is remembered for the session.

@@ -66,9 +66,10 @@ std::string filterPlain(std::string_view bytes, CaseMode mode) {
   return out;
 }
 
-}  // namespace
+}   // namespace
 
-QString filterCase(const QString& line, CaseTarget target, CaseMode mode, const text::Highlighter& highlighter, text::LineState* state) {
+QString filterCase(const QString& line, CaseTarget target, CaseMode mode, const text::Highlighter& highlighter,
+                   text::LineState* state) {
   const std::string bytes = fromQString(line);
   const std::string_view all(bytes);
   std::vector<text::Token> tokens;

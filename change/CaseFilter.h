@@ -10,7 +10,8 @@ enum class CaseMode { none = 0, upper = 1, lower = 2, capitalize = 3 };
 enum class CaseTarget { mainText, keywords };
 
 // One line; *state is the highlighter's state at its start and is moved to its end.
-QString filterCase(const QString& line, CaseTarget target, CaseMode mode, const text::Highlighter& highlighter, text::LineState* state);
+QString filterCase(const QString& line, CaseTarget target, CaseMode mode, const text::Highlighter& highlighter,
+                   text::LineState* state);
 // Upper, lower, or first letter upper and the rest lower.
 QString applyCase(const QString& word, CaseMode mode);
 

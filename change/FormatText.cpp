@@ -56,10 +56,13 @@ struct Cancelled {};
 // Does it on a thread. Throws Cancelled when the user has ended it: the block around the steps then takes all back.
 void work(CodeMax& cmx, qint64 lines, const std::function<void(text::SearchControl&)>& step) {
   bool isCancelled = false;
-  LongWork::run(cmx, lines, [&](text::SearchControl& control) {
-    step(control);
-    isCancelled = control.cancel;
-  }, T::tr("Formatting..."), true);
+  LongWork::run(
+      cmx, lines,
+      [&](text::SearchControl& control) {
+        step(control);
+        isCancelled = control.cancel;
+      },
+      T::tr("Formatting..."), true);
   if (isCancelled) throw Cancelled();
 }
 
@@ -128,7 +131,9 @@ QString withoutTabs(const QString& line, int blanks) {
     }
     while (i + 1 < line.size() && line[i + 1] == u'\t') ++i;
     const auto classAt = [](QChar c) { return text::classOf(c.unicode()); };
-    if (!out.isEmpty() && i + 1 < line.size() && classAt(out.back()) != text::CharClass::blank && classAt(out.back()) == classAt(line[i + 1])) out += u' ';
+    if (!out.isEmpty() && i + 1 < line.size() && classAt(out.back()) != text::CharClass::blank &&
+        classAt(out.back()) == classAt(line[i + 1]))
+      out += u' ';
   }
   return out;
 }
@@ -219,17 +224,16 @@ bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const cls
     for (std::size_t i = 0; i < stay.size(); ++i)
       if (stay[i]) indents[i] = kStays;
   }
-  return changeLines(cmx, lines,
-      [&](qint64 i, const QString& old) {
-        const int columns = indents[static_cast<std::size_t>(i)];
-        if (columns == kStays) return old;
-        if (!wholeLine) return QString(columns, u' ') + old.mid(leadingLength(old));
-        if (leadingLength(old) == old.size()) return QString();
-        return leadingFor(old, columns, choices.indentTabs, cmx.TabSize()) + old.mid(leadingLength(old));
-      });
+  return changeLines(cmx, lines, [&](qint64 i, const QString& old) {
+    const int columns = indents[static_cast<std::size_t>(i)];
+    if (columns == kStays) return old;
+    if (!wholeLine) return QString(columns, u' ') + old.mid(leadingLength(old));
+    if (leadingLength(old) == old.size()) return QString();
+    return leadingFor(old, columns, choices.indentTabs, cmx.TabSize()) + old.mid(leadingLength(old));
+  });
 }
 
-}  // namespace
+}   // namespace
 
 IndentStyle indentStyleOf(const CodeMax& cmx) {
   const text::Snapshot text = cmx.model()->snapshot();
@@ -257,8 +261,10 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     return result;
   }
   const bool tabsMatter = language && formatRules(*language).tabs, blanksMatter = language && blockWordsOf(*language).isEmpty();
-  if (choices.tabs >= 1 && tabsMatter) result.notes += T::tr("A tab is not the same as blanks in %1: the tabs stay.").arg(language->Name);
-  if (choices.indent >= 1 && blanksMatter) result.notes += T::tr("%1 has no block words: the indentation stays.").arg(language->Name);
+  if (choices.tabs >= 1 && tabsMatter)
+    result.notes += T::tr("A tab is not the same as blanks in %1: the tabs stay.").arg(language->Name);
+  if (choices.indent >= 1 && blanksMatter)
+    result.notes += T::tr("%1 has no block words: the indentation stays.").arg(language->Name);
   const auto mayChange = [&](CaseTarget target) {
     const bool names = target == CaseTarget::mainText;
     return choices.changeCaseAnyway || !caseMatters({.mainCase = names, .keywordCase = !names}, language);
@@ -275,7 +281,9 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
       const int blanks = choices.tabs - 1;
       const std::vector<bool> stay = standingLines(cmx, lines.end, language);
       if (choices.selectionOnly || blanks == 0 || std::find(stay.begin(), stay.end(), true) != stay.end())
-        whole = changeLines(cmx, lines, [&](qint64 i, const QString& old) { return stay[static_cast<std::size_t>(i)] ? old : withoutTabs(old, blanks); });
+        whole = changeLines(cmx, lines, [&](qint64 i, const QString& old) {
+          return stay[static_cast<std::size_t>(i)] ? old : withoutTabs(old, blanks);
+        });
       else ConvertTabstoSpaces(cmx, blanks);
     }
     show(T::tr("Applying filter to main text"));
@@ -285,8 +293,7 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     if (whole && choices.keywordCase > 0 && language && mayChange(CaseTarget::keywords))
       whole = filterLetters(cmx, lines, CaseTarget::keywords, CaseMode(choices.keywordCase), *language);
     show(T::tr("Processing Indentations"));
-    if (whole && choices.indent >= 1 && language && !blanksMatter)
-      whole = reindent(cmx, lines, choices, *language);
+    if (whole && choices.indent >= 1 && language && !blanksMatter) whole = reindent(cmx, lines, choices, *language);
     busy.emplace();
     if (!whole) cmx.model()->document().rollbackGroup();
     if (whole && (choices.lineEnds == 1 || choices.lineEnds == 2)) cmx.ConvertLineEnds(choices.lineEnds == 2);

@@ -16,16 +16,16 @@ struct FormatChoices {
   int keywordCase = 0;   // the same for keywords
   int indent = 0;        // n >= 1: re-indent by units of n - 1 blanks
   int lineEnds = 0;      // 1 Unix (LF), 2 Windows (CR LF): of new lines, and every line of the text
-  bool wholeLine = false;       // indentation reads whole lines (see Reindent.h)
-  bool indentTabs = false;      // ... and is by one tab a level, whatever `indent` says
-  bool selectionOnly = false;   // only the selected lines (LineTools.h)
+  bool wholeLine = false;          // indentation reads whole lines (see Reindent.h)
+  bool indentTabs = false;         // ... and is by one tab a level, whatever `indent` says
+  bool selectionOnly = false;      // only the selected lines (LineTools.h)
   bool changeCaseAnyway = false;   // letter case also where the language tells upper from lower
 };
 
 struct FormatResult {
-  QString error;               // not empty: nothing was changed
+  QString error;   // not empty: nothing was changed
   qint64 linesChanged = 0;
-  QStringList notes;           // steps that were left out, since the language has a meaning for what they change
+  QStringList notes;   // steps that were left out, since the language has a meaning for what they change
 };
 
 BlockWords blockWordsOf(const clsLang& language, bool caseSensitive = false);

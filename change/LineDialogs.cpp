@@ -58,7 +58,7 @@ QSpinBox* number(int low, int high, int value) {
   return box;
 }
 
-}  // namespace
+}   // namespace
 
 bool ColumnizeWithOptions(CodeMax& cmx, QWidget* parent) {
   static ColumnizeOptions kept;
@@ -86,7 +86,8 @@ bool InsertSeriesDialog(CodeMax& cmx, QWidget* parent) {
   auto* step = new QLineEdit(QString::number(kept.step));
   auto* repeat = number(1, 1000000, kept.repeat);
   auto* base = new QComboBox;
-  for (const auto& [text, value] : {std::pair{T::tr("Decimal"), 10}, {T::tr("Hexadecimal"), 16}, {T::tr("Binary"), 2}, {T::tr("Octal"), 8}})
+  for (const auto& [text, value] :
+       {std::pair{T::tr("Decimal"), 10}, {T::tr("Hexadecimal"), 16}, {T::tr("Binary"), 2}, {T::tr("Octal"), 8}})
     base->addItem(text, value);
   base->setCurrentIndex(base->findData(kept.base));
   auto* width = number(0, 64, kept.width);
@@ -108,12 +109,20 @@ bool InsertSeriesDialog(CodeMax& cmx, QWidget* parent) {
   NumberSeries series;
   const auto read = [&] {
     bool startOk = false, stepOk = false;
-    series = {start->text().toLongLong(&startOk, 0), step->text().toLongLong(&stepOk, 0), repeat->value(), base->currentData().toInt(),
-              width->value(), zero->isChecked(), upper->isChecked(), prefix->text(), suffix->text()};
+    series = {start->text().toLongLong(&startOk, 0),
+              step->text().toLongLong(&stepOk, 0),
+              repeat->value(),
+              base->currentData().toInt(),
+              width->value(),
+              zero->isChecked(),
+              upper->isChecked(),
+              prefix->text(),
+              suffix->text()};
     QStringList items;
     for (int i = 0; i < 4; ++i) items << seriesItem(series, i);
     const bool good = startOk && stepOk;
-    example->setText(good ? items.join(QStringLiteral("  ")) + QStringLiteral("  ...") : T::tr("Start and step are whole numbers (0x for hexadecimal)."));
+    example->setText(good ? items.join(QStringLiteral("  ")) + QStringLiteral("  ...")
+                          : T::tr("Start and step are whole numbers (0x for hexadecimal)."));
     dialog.ok->setEnabled(good);
   };
   for (auto* edit : {start, step, prefix, suffix}) QObject::connect(edit, &QLineEdit::textChanged, &dialog, read);
@@ -124,7 +133,8 @@ bool InsertSeriesDialog(CodeMax& cmx, QWidget* parent) {
   if (!dialog.ask()) return false;
   kept = series;
   const qint64 changed = InsertSeries(cmx, series);
-  SetStatusText(changed < 0 ? T::tr("The numbers become too large") : T::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
+  SetStatusText(changed < 0 ? T::tr("The numbers become too large")
+                            : T::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
   return true;
 }
 

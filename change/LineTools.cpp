@@ -42,7 +42,7 @@ double numberIn(std::string_view line) {
   return isNegative ? -value : value;
 }
 
-}  // namespace
+}   // namespace
 
 LineRange selectedLines(const CodeMax& cmx) {
   const CmRange range = cmx.GetSel(true);
@@ -54,7 +54,7 @@ LineRange selectedLines(const CodeMax& cmx) {
 namespace {
 
 struct Row {
-  QString key;            // by which it is compared
+  QString key;   // by which it is compared
   double number = 0;
   std::string text;
 };
@@ -92,14 +92,13 @@ void sortRows(LineWork& work, const SortOptions& options) {
   work.changed = puts.changed;
 }
 
-}  // namespace
+}   // namespace
 
 qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
   return LineWork::run(cmx, withoutFinalEmpty(cmx, selectedLines(cmx)), T::tr("Sorting..."), [&](LineWork& work) {
     try {
       sortRows(work, options);
-    } catch (const Cancelled&) {
-    }
+    } catch (const Cancelled&) {}
   });
 }
 
@@ -111,25 +110,32 @@ qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString
   const std::string written = fromQString(replacement);
   for (std::size_t i = 0; i < written.size(); ++i) {
     const char c = written[i];
-    if (c == '\\' && i + 1 < written.size() && written[i + 1] >= '1' && written[i + 1] <= '9') by += std::string("${") + written[++i] + '}';
+    if (c == '\\' && i + 1 < written.size() && written[i + 1] >= '1' && written[i + 1] <= '9')
+      by += std::string("${") + written[++i] + '}';
     else if (c == '\\' || c == '$') by.append(2, c);
     else by += c;
   }
-  return LineWork::run(cmx, lines, T::tr("Replacing..."), [&](LineWork& work) {
-    std::string why;
-    for (std::string_view line; why.empty() && work.next(&line);) {
-      const std::size_t before = work.edits.size();
-      const text::ByteRange within{work.start(), work.start() + static_cast<std::int64_t>(line.size())};
-      const text::SearchEnd end = finder.each(work.text(), within, [&](const text::Match& match) {
-        auto fresh = finder.replacementFor(work.text(), match, by, false, &why);
-        if (fresh && *fresh != work.text().bytes(match.range)) work.edits.push_back({match.range, std::move(*fresh)});
-        return why.empty();
-      }, &work.control());
-      if (why.empty()) why = end.error;
-      work.changed += work.edits.size() > before;
-    }
-    work.error = QString::fromStdString(why);
-  }, error);
+  return LineWork::run(
+      cmx, lines, T::tr("Replacing..."),
+      [&](LineWork& work) {
+        std::string why;
+        for (std::string_view line; why.empty() && work.next(&line);) {
+          const std::size_t before = work.edits.size();
+          const text::ByteRange within{work.start(), work.start() + static_cast<std::int64_t>(line.size())};
+          const text::SearchEnd end = finder.each(
+              work.text(), within,
+              [&](const text::Match& match) {
+                auto fresh = finder.replacementFor(work.text(), match, by, false, &why);
+                if (fresh && *fresh != work.text().bytes(match.range)) work.edits.push_back({match.range, std::move(*fresh)});
+                return why.empty();
+              },
+              &work.control());
+          if (why.empty()) why = end.error;
+          work.changed += work.edits.size() > before;
+        }
+        work.error = QString::fromStdString(why);
+      },
+      error);
 }
 
 namespace {
@@ -152,7 +158,7 @@ qint64 keepLines(CodeMax& cmx, const std::function<bool(std::string_view)>& keep
   });
 }
 
-}  // namespace
+}   // namespace
 
 qint64 RemoveDuplicateLines(CodeMax& cmx) {
   std::unordered_set<std::string> seen;
@@ -201,9 +207,10 @@ qint64 JoinLines(CodeMax& cmx) {
 
 namespace {
 bool valueAt(const NumberSeries& series, qint64 index, qint64* value) {
-  return !__builtin_mul_overflow(series.step, index / std::max(1, series.repeat), value) && !__builtin_add_overflow(series.start, *value, value);
+  return !__builtin_mul_overflow(series.step, index / std::max(1, series.repeat), value) &&
+         !__builtin_add_overflow(series.start, *value, value);
 }
-}  // namespace
+}   // namespace
 
 QString seriesItem(const NumberSeries& series, qint64 index) {
   qint64 value = 0;
@@ -212,7 +219,8 @@ QString seriesItem(const NumberSeries& series, qint64 index) {
   if (series.upperCase) digits = digits.toUpper();
   const QString sign = value < 0 ? QStringLiteral("-") : QString();
   if (series.zeroFill) return series.prefix + sign + digits.rightJustified(series.width - sign.size(), u'0') + series.suffix;
-  return (series.prefix + sign + digits + series.suffix).rightJustified(series.width + series.prefix.size() + series.suffix.size(), u' ');
+  return (series.prefix + sign + digits + series.suffix)
+      .rightJustified(series.width + series.prefix.size() + series.suffix.size(), u' ');
 }
 
 qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
@@ -229,14 +237,17 @@ qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
     return text::displayColumn(snapshot.line(line), at - snapshot.lineStart(line), cmx.TabSize()).value + extra;
   };
   const qint64 a = cellOf(selection.anchor, selection.anchorVirtual), c = cellOf(selection.caret, selection.caretVirtual);
-  const qint64 startCell = range.ColumnSel ? std::min(a, c) : cellOf(cmx.editor().offsetOf({range.StartLineNo, range.StartColNo}), range.IsEmpty() ? selection.caretVirtual : 0);
+  const qint64 startCell = range.ColumnSel ? std::min(a, c)
+                                           : cellOf(cmx.editor().offsetOf({range.StartLineNo, range.StartColNo}),
+                                                    range.IsEmpty() ? selection.caretVirtual : 0);
   const qint64 endCell = range.ColumnSel ? std::max(a, c) : startCell;
   qint64 behind = startCell;
   const int tabSize = cmx.TabSize();
   const qint64 done = LineWork::run(cmx, lines, T::tr("Putting numbers in..."), [&](LineWork& work) {
     for (std::string_view line; work.next(&line);) {
       const auto total = text::displayColumn(line, static_cast<std::int64_t>(line.size()), tabSize).value;
-      const auto from = text::byteOfDisplay(line, text::DisplayColumn(startCell), tabSize), to = text::byteOfDisplay(line, text::DisplayColumn(endCell), tabSize);
+      const auto from = text::byteOfDisplay(line, text::DisplayColumn(startCell), tabSize),
+                 to = text::byteOfDisplay(line, text::DisplayColumn(endCell), tabSize);
       const auto fill = static_cast<std::size_t>(std::max<qint64>(0, startCell - total));
       std::string item = std::string(fill, ' ') + fromQString(seriesItem(series, work.line().value - lines.first));
       const std::string head = std::string(line.substr(0, static_cast<std::size_t>(from))) + item;
@@ -247,6 +258,7 @@ qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
   });
   // What is typed next stands behind the numbers, in every row that got one.
   if (done > 0)
-    cmx.editor().setSelection(columnSelection(cmx.model()->snapshot(), text::LineNo(lines.first), behind, text::LineNo(lines.end - 1), behind, tabSize));
+    cmx.editor().setSelection(
+        columnSelection(cmx.model()->snapshot(), text::LineNo(lines.first), behind, text::LineNo(lines.end - 1), behind, tabSize));
   return done;
 }

@@ -20,22 +20,22 @@ struct SortOptions {
   bool dropEqual = false;   // one of equal lines stays
 };
 qint64 SortLines(CodeMax& cmx, const SortOptions& options);
-qint64 RemoveDuplicateLines(CodeMax& cmx);                          // keeps the first of equal lines, wherever they stand
-qint64 RemoveBlankLines(CodeMax& cmx);                              // lines of white space only
-qint64 TrimLineEnds(CodeMax& cmx);                                  // blanks and tabs at line ends
+qint64 RemoveDuplicateLines(CodeMax& cmx);   // keeps the first of equal lines, wherever they stand
+qint64 RemoveBlankLines(CodeMax& cmx);       // lines of white space only
+qint64 TrimLineEnds(CodeMax& cmx);           // blanks and tabs at line ends
 // Replaces what is found within a line, \1 to \9 standing for the groups of an expression, in the selected lines, else in the caret's.
 // *error not empty: the search failed, and nothing is changed.
 qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString& replacement, QString* error);
-qint64 JoinLines(CodeMax& cmx);                                     // to one line, one blank where lines met
+qint64 JoinLines(CodeMax& cmx);   // to one line, one blank where lines met
 
 struct NumberSeries {
   qint64 start = 0, step = 1;
-  int repeat = 1;          // each number this many times
-  int base = 10;           // 2, 8, 10 or 16
-  int width = 0;           // at least so many digits
-  bool zeroFill = false;   // filled with zeros, else with blanks
-  bool upperCase = false;  // of hexadecimal digits
-  QString prefix;          // such as 8'h
+  int repeat = 1;           // each number this many times
+  int base = 10;            // 2, 8, 10 or 16
+  int width = 0;            // at least so many digits
+  bool zeroFill = false;    // filled with zeros, else with blanks
+  bool upperCase = false;   // of hexadecimal digits
+  QString prefix;           // such as 8'h
   QString suffix;
 };
 QString seriesItem(const NumberSeries& series, qint64 index);   // index from 0; "?" for a number beyond 64 bits

@@ -5,11 +5,17 @@
 #include "text/store/SmallestEdit.h"
 
 namespace {
-text::ByteOffset startOf(const text::Snapshot& text, qint64 line) { return line < text.lineCount() ? text.lineStart(text::LineNo(line)) : text.size(); }
-}  // namespace
+text::ByteOffset startOf(const text::Snapshot& text, qint64 line) {
+  return line < text.lineCount() ? text.lineStart(text::LineNo(line)) : text.size();
+}
+}   // namespace
 
 LineWork::LineWork(text::Snapshot text, LineRange lines, text::SearchControl& control)
-    : text_(std::move(text)), lines_(lines), control_(control), reader_(text_, text::LineNo(lines.first)), first_(startOf(text_, lines.first)) {}
+    : text_(std::move(text)),
+      lines_(lines),
+      control_(control),
+      reader_(text_, text::LineNo(lines.first)),
+      first_(startOf(text_, lines.first)) {}
 
 bool LineWork::next(std::string_view* line) {
   if (control_.cancel || reader_.line().value + 1 >= lines_.end || !reader_.next(line)) return false;
@@ -26,11 +32,13 @@ void LineWork::replace(std::string_view before, std::string_view after) {
 
 void LineWork::remove(LineRange gone) {
   const bool atEnd = gone.end == text_.lineCount() && gone.first > 0;
-  edits.push_back({{atEnd ? text_.lineEnd(text::LineNo(gone.first - 1)) : startOf(text_, gone.first), startOf(text_, gone.end)}, {}});
+  edits.push_back(
+      {{atEnd ? text_.lineEnd(text::LineNo(gone.first - 1)) : startOf(text_, gone.first), startOf(text_, gone.end)}, {}});
   changed += gone.end - gone.first;
 }
 
-qint64 LineWork::run(CodeMax& cmx, LineRange lines, const QString& what, const std::function<void(LineWork&)>& service, QString* error) {
+qint64 LineWork::run(CodeMax& cmx, LineRange lines, const QString& what, const std::function<void(LineWork&)>& service,
+                     QString* error) {
   if (cmx.ReadOnly() || lines.first >= lines.end) return 0;
   const text::Snapshot text = cmx.model()->snapshot();
   text::Document& document = cmx.model()->document();

@@ -34,7 +34,8 @@ class LineWork {
   void remove(LineRange gone);
 
   // The number of lines changed, 0 where nothing is to be done.
-  static qint64 run(CodeMax& cmx, LineRange lines, const QString& what, const std::function<void(LineWork&)>& service, QString* error = nullptr);
+  static qint64 run(CodeMax& cmx, LineRange lines, const QString& what, const std::function<void(LineWork&)>& service,
+                    QString* error = nullptr);
 
  private:
   text::Snapshot text_;

@@ -55,18 +55,22 @@ bool choice(const QHash<QString, QString>& values, const QString& name, const QS
 
 bool format(CodeMax& cmx, const QString& argument) {
   QHash<QString, QString> values;
-  if (!readOptions(argument, words("tabs text keywords indent lineends careful indenttabs selection anycase"), &values)) return false;
+  if (!readOptions(argument, words("tabs text keywords indent lineends careful indenttabs selection anycase"), &values))
+    return false;
   FormatChoices choices;
   qint64 tabs = -1, indent = -1;
   const QStringList cases{QStringLiteral("upper"), QStringLiteral("lower"), QStringLiteral("capitalize")};
   if (!number(values, QStringLiteral("tabs"), 0, 100, &tabs) || !number(values, QStringLiteral("indent"), 0, 100, &indent) ||
-      !choice(values, QStringLiteral("text"), cases, &choices.mainCase) || !choice(values, QStringLiteral("keywords"), cases, &choices.keywordCase) ||
+      !choice(values, QStringLiteral("text"), cases, &choices.mainCase) ||
+      !choice(values, QStringLiteral("keywords"), cases, &choices.keywordCase) ||
       !choice(values, QStringLiteral("lineends"), {QStringLiteral("unix"), QStringLiteral("windows")}, &choices.lineEnds))
     return false;
   choices.tabs = static_cast<int>(tabs) + 1;
   choices.indent = static_cast<int>(indent) + 1;
   choices.wholeLine = choices.indentTabs = choices.selectionOnly = choices.changeCaseAnyway = false;
-  if (!flags(values, {{"careful", &choices.wholeLine}, {"indenttabs", &choices.indentTabs}, {"selection", &choices.selectionOnly},
+  if (!flags(values, {{"careful", &choices.wholeLine},
+                      {"indenttabs", &choices.indentTabs},
+                      {"selection", &choices.selectionOnly},
                       {"anycase", &choices.changeCaseAnyway}}))
     return false;
   const auto& all = languages().Languages();
@@ -77,7 +81,8 @@ bool format(CodeMax& cmx, const QString& argument) {
   if (!language && (choices.indent > 0 || choices.mainCase > 0 || choices.keywordCase > 0))
     complaint = say(QT_TRANSLATE_NOOP("Verbs", "The document has no language: its indentation and letter case stay."));
   else if (caseMatters(choices, language) && !choices.changeCaseAnyway)
-    complaint = say(QT_TRANSLATE_NOOP("Verbs", "Letter case has a meaning in this language and stays; the option anycase changes it."));
+    complaint =
+        say(QT_TRANSLATE_NOOP("Verbs", "Letter case has a meaning in this language and stays; the option anycase changes it."));
   const FormatResult result = FormatIt(cmx, language, choices);
   if (!result.error.isEmpty()) complaint = result.error;
   else complaint = (QStringList(complaint) + result.notes).join(u'\n').trimmed();
@@ -93,8 +98,7 @@ bool columnize(CodeMax& cmx, const QString& argument) {
     delimiter.chop(static_cast<qsizetype>(qstrlen(option)));
     return *flag = true;
   };
-  while (take(" -g", &options.groupsApart) || take(" -c", &options.codeOnly) || take(" -b", &options.withinBlock)) {
-  }
+  while (take(" -g", &options.groupsApart) || take(" -c", &options.codeOnly) || take(" -b", &options.withinBlock)) {}
   if (delimiter.isEmpty()) return false;
   CmRange range = cmx.GetSel(true);
   if (range.IsEmpty()) range = {0, 0, cmx.LineCount() - 1, 0, false};
@@ -108,7 +112,8 @@ bool series(CodeMax& cmx, const QString& argument) {
   NumberSeries s;
   qint64 repeat = 1, base = 10, width = 0;
   constexpr qint64 kMost = std::numeric_limits<qint64>::max(), kLeast = std::numeric_limits<qint64>::min();
-  if (!number(values, QStringLiteral("start"), kLeast, kMost, &s.start) || !number(values, QStringLiteral("step"), kLeast, kMost, &s.step) ||
+  if (!number(values, QStringLiteral("start"), kLeast, kMost, &s.start) ||
+      !number(values, QStringLiteral("step"), kLeast, kMost, &s.step) ||
       !number(values, QStringLiteral("repeat"), 1, 1000000, &repeat) || !number(values, QStringLiteral("base"), 2, 16, &base) ||
       !number(values, QStringLiteral("width"), 0, 64, &width))
     return false;
@@ -128,7 +133,10 @@ bool sortLines(CodeMax& cmx, const QString& argument) {
   QHash<QString, QString> values;
   if (!readOptions(argument, words("descending case numeric unique"), &values)) return false;
   SortOptions options;
-  if (!flags(values, {{"descending", &options.descending}, {"case", &options.matchCase}, {"numeric", &options.numeric}, {"unique", &options.dropEqual}}))
+  if (!flags(values, {{"descending", &options.descending},
+                      {"case", &options.matchCase},
+                      {"numeric", &options.numeric},
+                      {"unique", &options.dropEqual}}))
     return false;
   SortLines(cmx, options);
   return true;
@@ -166,23 +174,32 @@ bool plain(CodeMax& cmx, const QString& argument) {
 }
 qint64 removeDuplicates(CodeMax& cmx) { return RemoveDuplicateLines(cmx); }
 
-}  // namespace
+}   // namespace
 
 void AddFormatVerbs() {
   using statements::addVerb;
-  addVerb("FORMAT", "[tabs=N] [text=CASE] [keywords=CASE] [indent=N] [lineends=unix|windows] [careful] [indenttabs] [selection] [anycase]",
-          "Formats the text: tabs to N blanks (0: one stays between two words), letter case (upper, lower, capitalize), indentation by N (careful: indenttabs indents by one tab a level instead), line ends. "
-          "selection: only the selected lines, without a selection all; line ends are always those of the whole text.", format);
-  addVerb("COLUMNIZE", "delimiter [-g] [-c] [-b]",
-          "Aligns a delimiter in the selected lines, else in all; -g groups between blank lines, -c code only, -b within the block.", columnize);
+  addVerb("FORMAT",
+          "[tabs=N] [text=CASE] [keywords=CASE] [indent=N] [lineends=unix|windows] [careful] [indenttabs] [selection] [anycase]",
+          "Formats the text: tabs to N blanks (0: one stays between two words), letter case (upper, lower, capitalize), "
+          "indentation by N (careful: indenttabs indents by one tab a level instead), line ends. "
+          "selection: only the selected lines, without a selection all; line ends are always those of the whole text.",
+          format);
+  addVerb(
+      "COLUMNIZE", "delimiter [-g] [-c] [-b]",
+      "Aligns a delimiter in the selected lines, else in all; -g groups between blank lines, -c code only, -b within the block.",
+      columnize);
   addVerb("SERIES", "[start=N] [step=N] [repeat=N] [base=2|8|10|16] [width=N] [zeros] [upper] [prefix=TEXT] [suffix=TEXT]",
           "Puts a series of numbers into the selected lines.", series);
-  addVerb("SORTLINES", "[descending] [case] [numeric] [unique]", "Sorts the selected lines, else all; numeric by the first number of each, unique keeps one of equal lines, case tells A from a in the order.", sortLines);
+  addVerb("SORTLINES", "[descending] [case] [numeric] [unique]",
+          "Sorts the selected lines, else all; numeric by the first number of each, unique keeps one of equal lines, case tells A "
+          "from a in the order.",
+          sortLines);
   addVerb("UNIQUELINES", "", "Removes lines that have stood before.", plain<removeDuplicates>);
   addVerb("BLANKLINES", "", "Removes lines of white space only.", plain<RemoveBlankLines>);
   addVerb("TRIMLINES", "", "Removes blanks and tabs at line ends.", plain<TrimLineEnds>);
   addVerb("SUBSTITUTE", "/expression/replacement/[i]",
-          "Replaces what a regular expression finds in the selected lines, else in the caret's; \\1 to \\9 are its groups, i folds case.",
+          "Replaces what a regular expression finds in the selected lines, else in the caret's; \\1 to \\9 are its groups, i folds "
+          "case.",
           substitute);
   addVerb("JOINLINES", "", "Joins the selected lines, else the caret's line and the next.", plain<JoinLines>);
 }

@@ -22,9 +22,10 @@ CodeMax* copyOf(const CodeMax& original, QWidget* parent) {
   copy->SetSel(original.GetSel(false), false);
   return copy;
 }
-}  // namespace
+}   // namespace
 
-frmCompare::frmCompare(const CodeMax& original, QWidget* parent) : QDialog(parent), before_(copyOf(original, this)), after_(copyOf(original, this)) {
+frmCompare::frmCompare(const CodeMax& original, QWidget* parent)
+    : QDialog(parent), before_(copyOf(original, this)), after_(copyOf(original, this)) {
   setWindowTitle(tr("Before and after"));
   before_->setReadOnly(true);
   summary_ = new QLabel;
@@ -93,7 +94,8 @@ void frmCompare::goTo(int step) {
   const auto show = [](CodeMax& text, text::LineNo begin, text::LineNo end) {
     const qint64 first = std::min<qint64>(begin.value, text.LineCount() - 1);
     const qint64 last = std::max<qint64>(first, end.value - 1);   // no line: where the other's are missing
-    text.SetSel({last, end > begin ? text.GetLineLength(last) : 0, first, 0, false}, true);   // the caret in front: long lines stay in sight
+    text.SetSel({last, end > begin ? text.GetLineLength(last) : 0, first, 0, false},
+                true);   // the caret in front: long lines stay in sight
   };
   show(*before_, hunk.beforeBegin, hunk.beforeEnd);
   show(*after_, hunk.afterBegin, hunk.afterEnd);

@@ -48,7 +48,7 @@ const clsLang* languageOf(const frmDocument& document) {
 
 const QString kCareful = QStringLiteral("FORMATCAREFUL");   // as chosen last, for languages with block words
 
-}  // namespace
+}   // namespace
 
 frmFormat::frmFormat(QWidget* parent) : QDialog(parent) {
   setObjectName(QStringLiteral("frmFormat"));
@@ -64,8 +64,9 @@ void frmFormat::Form_Load() {
   cmbLine_ = list("cmbLine", {tr("Unix (LF)"), tr("Windows (CR LF)")});
   chkWholeLine_ = new QCheckBox(tr("&Careful: read whole lines, skip comments and strings"));
   chkWholeLine_->setObjectName(QStringLiteral("chkWholeLine"));
-  chkWholeLine_->setToolTip(tr("Finds blocks that open or close behind other words, keeps one-line blocks and alignment in brackets.\n"
-                               "Otherwise only the first word of each line counts."));
+  chkWholeLine_->setToolTip(
+      tr("Finds blocks that open or close behind other words, keeps one-line blocks and alignment in brackets.\n"
+         "Otherwise only the first word of each line counts."));
   chkIndentTabs_ = new QCheckBox(tr("In&dent with tabs"));
   chkIndentTabs_->setObjectName(QStringLiteral("chkIndentTabs"));
   chkIndentTabs_->setToolTip(tr("Ticked when the text is indented so now. Tabs as far as they reach, blanks for the rest."));
@@ -120,7 +121,8 @@ void frmFormat::propose() {
                             document->cmx->GetSel(true).StartLineNo != document->cmx->GetSel(true).EndLineNo);
   chkSelection_->setEnabled(document && document->isSelection());
   const clsLang* language = document ? languageOf(*document) : nullptr;
-  chkWholeLine_->setChecked(language && !blockWordsOf(*language).isEmpty() && modRegistry::Flag(modRegistry::kGlobalKey, kCareful, true));
+  chkWholeLine_->setChecked(language && !blockWordsOf(*language).isEmpty() &&
+                            modRegistry::Flag(modRegistry::kGlobalKey, kCareful, true));
   chkIndentTabs_->setChecked(document && indentStyleOf(*document->cmx).tabs);
   updateButtons();
 }
@@ -157,7 +159,8 @@ FormatChoices frmFormat::choices() const {
 bool frmFormat::agree(FormatChoices* chosen, const clsLang* language) {
   if (!caseMatters(*chosen, language)) return true;
   const auto answer = MsgBox(tr("%1 tells upper from lower case: changing the letter case changes what the text means.\n"
-                                "Do you want to change it all the same?").arg(language->Name),
+                                "Do you want to change it all the same?")
+                                 .arg(language->Name),
                              windowTitle(), Icon::exclamation, Buttons::yesNoCancel);
   chosen->changeCaseAnyway = answer == Answer::yes;
   return answer != Answer::cancel;
@@ -181,7 +184,8 @@ void frmFormat::apply(frmDocument& document, const FormatChoices& chosen) {
     MsgBox(result.error, windowTitle());
     return;
   }
-  const QString changed = (QStringList(tr("%n line(s) changed", nullptr, static_cast<int>(result.linesChanged))) + result.notes).join(u'\n');
+  const QString changed =
+      (QStringList(tr("%n line(s) changed", nullptr, static_cast<int>(result.linesChanged))) + result.notes).join(u'\n');
   lblResult_->setText(changed);
   SetStatusText(changed.section(u'\n', 0, 0));
 }

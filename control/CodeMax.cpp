@@ -28,7 +28,7 @@ QFont defaultFont() {
   return font;
 }
 
-}  // namespace
+}   // namespace
 
 std::string CodeMax::Impl::incoming(const QString& text, LineNo line) { return EditorAccess::incoming(editor(), text, line); }
 
@@ -257,7 +257,8 @@ void CodeMax::DeleteLine(qint64 line) {
   if (line < 0 || line >= text.lineCount()) return;
   const LineNo number(line);
   ByteRange range{text.lineStart(number), text.lineEndWithBreak(number)};
-  if (line + 1 == text.lineCount() && line > 0) range.begin = text.lineEnd(number - 1);   // the last one goes with the break before it
+  if (line + 1 == text.lineCount() && line > 0)
+    range.begin = text.lineEnd(number - 1);   // the last one goes with the break before it
   impl_->apply({{range, {}}});
 }
 
@@ -281,13 +282,15 @@ void CodeMax::ReplaceLines(qint64 first, const QStringList& lines) {
   text::LineReader reader(now, LineNo(first + skipped));
   std::string_view old;
   for (qsizetype i = skipped; i < lines.size() && reader.next(&old); ++i)
-    if (auto edit = text::smallestEdit(reader.start(), old, impl_->incoming(lines[i], reader.line()))) edits.push_back(std::move(*edit));
+    if (auto edit = text::smallestEdit(reader.start(), old, impl_->incoming(lines[i], reader.line())))
+      edits.push_back(std::move(*edit));
   impl_->apply(edits);
 }
 
 void CodeMax::ReplaceText(const QString& text, const CmRange& range) {
   impl_->change([&](Editor& editor) {
-    const ByteOffset a = editor.offsetOf({range.StartLineNo, range.StartColNo}), b = editor.offsetOf({range.EndLineNo, range.EndColNo});
+    const ByteOffset a = editor.offsetOf({range.StartLineNo, range.StartColNo}),
+                     b = editor.offsetOf({range.EndLineNo, range.EndColNo});
     editor.replaceRange({std::min(a, b), std::max(a, b)}, text);
   });
 }

@@ -35,20 +35,20 @@ class CodeMax : public QWidget {
 
   // Text. Text() joins lines with CR LF when EnableCRLF, else LF.
   QString Text() const;
-  qint64 TextLength() const;                     // of Text(), which is not built
-  void setText(const QString& text);             // one undo step
-  qint64 LineCount() const;                      // breaks + 1; 1 for the empty text
-  QString GetLine(qint64 line) const;            // without terminator; empty out of range
+  qint64 TextLength() const;            // of Text(), which is not built
+  void setText(const QString& text);    // one undo step
+  qint64 LineCount() const;             // breaks + 1; 1 for the empty text
+  QString GetLine(qint64 line) const;   // without terminator; empty out of range
   qint64 GetLineLength(qint64 line) const;
   void InsertText(const QString& text, CmPosition at);
   void DeleteLine(qint64 line);
   void InsertLine(qint64 line, const QString& text);
-  void ReplaceLine(qint64 line, const QString& text);           // keeps the line's own break, bookmarks and selection
+  void ReplaceLine(qint64 line, const QString& text);   // keeps the line's own break, bookmarks and selection
   // Exchanges the texts of lines [first, first + lines.size()) in one undo step; cost follows what differs.
   void ReplaceLines(qint64 first, const QStringList& lines);
   void ReplaceText(const QString& text, const CmRange& range);
   void ReplaceSel(const QString& text);
-  void AppendText(const QString& text);          // at the end; does not move the caret unless it stands there
+  void AppendText(const QString& text);   // at the end; does not move the caret unless it stands there
 
   // Selection.
   CmRange GetSel(bool normalised) const;
@@ -56,9 +56,9 @@ class CodeMax : public QWidget {
   void SelectLine(qint64 line, bool makeVisible = true);
   QString SelText() const;
   bool HasSelection() const;
-  QString CurrentWord() const;                   // see text/line/WordNear.h
+  QString CurrentWord() const;   // see text/line/WordNear.h
   qint64 CurrentWordLength() const;
-  CmPosition CurrentPosition() const;            // the caret
+  CmPosition CurrentPosition() const;   // the caret
   CmRange CurrentWordRange() const;
 
   // Finding with the program-wide search state (Editor.h: searchState). True: found and selected.
@@ -84,40 +84,40 @@ class CodeMax : public QWidget {
   void setModified(bool on);
   bool EnableCRLF() const;
   void setEnableCRLF(bool on);
-  void ConvertLineEnds(bool crlf);               // the whole text, one undo step
+  void ConvertLineEnds(bool crlf);   // the whole text, one undo step
   bool ReadOnly() const;
   void setReadOnly(bool on);
   bool CanUndo() const;
   bool CanRedo() const;
   bool overtype() const;
   QString Language() const;
-  bool setLanguage(const QString& name);         // false: refused; the text is then not coloured
-  bool Visible() const;                          // painting on or off; never moves the focus
+  bool setLanguage(const QString& name);   // false: refused; the text is then not coloured
+  bool Visible() const;                    // painting on or off; never moves the focus
   void setVisibleText(bool on);
   bool hasBookmark(qint64 line) const;
   void setBookmark(qint64 line, bool on);
 
   // Display and editing options, named as in the settings.
-  bool HSplitter() const, VSplitter() const, HScrollBar() const, VScrollBar() const, SmoothScrolling() const,
-      LineToolTips() const, LeftMargin() const, ColumnSel() const, DragDrop() const, PreserveCase() const,
-      TabExpand() const, ColorSyntax() const, WhiteSpaceDisplay() const;
+  bool HSplitter() const, VSplitter() const, HScrollBar() const, VScrollBar() const, SmoothScrolling() const, LineToolTips() const,
+      LeftMargin() const, ColumnSel() const, DragDrop() const, PreserveCase() const, TabExpand() const, ColorSyntax() const,
+      WhiteSpaceDisplay() const;
   int AutoIndentMode() const, TabSize() const;
   void setHSplitter(bool), setVSplitter(bool), setHScrollBar(bool), setVScrollBar(bool), setSmoothScrolling(bool),
-      setLineToolTips(bool), setLeftMargin(bool), setColumnSel(bool), setDragDrop(bool), setPreserveCase(bool),
-      setTabExpand(bool), setColorSyntax(bool), setWhiteSpaceDisplay(bool);
-  void setAutoIndentMode(int), setTabSize(int);  // values out of range are ignored
+      setLineToolTips(bool), setLeftMargin(bool), setColumnSel(bool), setDragDrop(bool), setPreserveCase(bool), setTabExpand(bool),
+      setColorSyntax(bool), setWhiteSpaceDisplay(bool);
+  void setAutoIndentMode(int), setTabSize(int);   // values out of range are ignored
   QColor GetColor(int slot) const;
-  void SetColor(int slot, const QColor& color);  // an invalid colour gives the slot back to the scheme
+  void SetColor(int slot, const QColor& color);   // an invalid colour gives the slot back to the scheme
   QFont Font() const;
   void setFontOf(const QFont& font);
-  int Zoom() const;                              // percent of the font's size, 30 to 500; Ctrl+wheel; not stored
+  int Zoom() const;   // percent of the font's size, 30 to 500; Ctrl+wheel; not stored
   void setZoom(int percent);
   // Bars between panes at these parts of height and width, 0 for none. Only where the splitters are allowed.
   void splitPanes(double horizontalBar, double verticalBar);
-  void ExecuteProperties();                      // the properties dialog; raises PropsChange once on OK
+  void ExecuteProperties();   // the properties dialog; raises PropsChange once on OK
 
   std::shared_ptr<TextModel> model() const;
-  Editor& editor();                              // of the pane that has or last had the focus
+  Editor& editor();   // of the pane that has or last had the focus
 
  signals:
   void GotFocus();
@@ -125,13 +125,13 @@ class CodeMax : public QWidget {
   void ModifiedChange();
   void RClick(const QPoint& globalPosition, bool* handled);
   void DblClick();
-  void Return();                                 // after the line break was typed
-  void Typed();                                  // after a character was typed
-  void SelChange();                              // caret or selection moved or a command changed the text; once for each action
+  void Return();      // after the line break was typed
+  void Typed();       // after a character was typed
+  void SelChange();   // caret or selection moved or a command changed the text; once for each action
   void PropsChange();
   void FilesDropped(const QStringList& paths);
   void OvertypeChange(bool on);
-  void Note(const QString& text);                // for the status bar: "12 replaced"
+  void Note(const QString& text);   // for the status bar: "12 replaced"
 
  protected:
   void changeEvent(QEvent* event) override;

@@ -36,9 +36,7 @@ struct CodeMax::Impl {
   void release() {   // shows what is made: nothing may come out of it
     try {
       for (Pane* each : grid->panes()) each->released();
-    } catch (const std::bad_alloc&) {
-      grid->update();
-    }
+    } catch (const std::bad_alloc&) { grid->update(); }
   }
   void measure() {
     state.remeasure();

@@ -39,7 +39,8 @@ constexpr FlagOption kFlags[] = {
     {"WHITESPACE", &CodeMax::WhiteSpaceDisplay, &CodeMax::setWhiteSpaceDisplay},
 };
 
-constexpr NumberOption kNumbers[] = {   // the control ignores what is out of its range
+constexpr NumberOption kNumbers[] = {
+    // the control ignores what is out of its range
     {"AUTOINDENTMODE", &CodeMax::AutoIndentMode, &CodeMax::setAutoIndentMode},
     {"TABSIZE", &CodeMax::TabSize, &CodeMax::setTabSize},
 };
@@ -49,7 +50,7 @@ constexpr int kLargestColor = 0xFFFFFF;
 
 QString colorName(int slot) { return u"COLORS"_s + QString::number(slot); }
 
-}  // namespace
+}   // namespace
 
 namespace CMXRegistry {
 
@@ -136,4 +137,4 @@ void storeOptions(const CodeMax& control) {
   saveMacros();
 }
 
-}  // namespace CMXRegistry
+}   // namespace CMXRegistry

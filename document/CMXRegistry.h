@@ -10,8 +10,8 @@ namespace CMXRegistry {
 
 // Gives a control the stored options and font. On a first run (no Editor key) the control's own options become the stored ones.
 void applyTo(CodeMax& control);
-void save(const CodeMax& control);        // options and font
-void applyLook(CodeMax& control);         // colours and font only: of a text that is no document
+void save(const CodeMax& control);   // options and font
+void applyLook(CodeMax& control);    // colours and font only: of a text that is no document
 
 void applyFont(CodeMax& control);
 void saveFont(const CodeMax& control);
@@ -22,6 +22,7 @@ void saveMacros();
 void loadHotKeys();
 void saveHotKeys();
 
-void storeOptions(const CodeMax& control);   // all that the user may have changed in its options: what save, saveHotKeys and saveMacros do
+void storeOptions(
+    const CodeMax& control);   // all that the user may have changed in its options: what save, saveHotKeys and saveMacros do
 
-}  // namespace CMXRegistry
+}   // namespace CMXRegistry

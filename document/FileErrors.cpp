@@ -8,7 +8,7 @@ namespace {
 
 QString tr(const char* text) { return QCoreApplication::translate("FileErrors", text); }
 
-}  // namespace
+}   // namespace
 
 QString savingTitle(const QString& path) { return tr("Saving ") + path; }
 void tellOpenError(const QString& path, const QString& why) { MsgBox(tr("File Open Error : ") + why, tr("Opening ") + path); }

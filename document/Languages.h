@@ -7,6 +7,6 @@
 class CodeMax;
 class ucCM;
 
-ucCM& languages();                  // made empty on first use when none was set
+ucCM& languages();                                             // made empty on first use when none was set
 int languageOfFile(const QString& name, const CodeMax& cmx);   // by the name, and by the text where that is not enough; 0: none
-ucCM* setLanguages(ucCM* manager);  // not owned; null gives back the process's own. Returns what was in force
+ucCM* setLanguages(ucCM* manager);   // not owned; null gives back the process's own. Returns what was in force

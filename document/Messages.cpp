@@ -9,8 +9,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kLongestNumber = 9;          // digits
-constexpr std::size_t kBeginnings = 16;    // that are tried for the name before one number
+constexpr int kLongestNumber = 9;         // digits
+constexpr std::size_t kBeginnings = 16;   // that are tried for the name before one number
 
 // Where a file name that ends at `end` may begin, best first: at the line's start or behind a mark that ends what stands before
 // it (names may hold blanks), else at one of the last blanks.
@@ -73,7 +73,7 @@ std::optional<MessagePlace> firstPlace(const QString& line, Found found) {
   return std::nullopt;
 }
 
-}  // namespace
+}   // namespace
 
 bool speaksOfError(QStringView logLine) {
   static const QRegularExpression report(

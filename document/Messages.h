@@ -8,9 +8,9 @@
 #include <optional>
 
 struct MessagePlace {
-  QString file;                    // as it is written
-  qint64 line = 0, column = 0;     // from 1; column 0: not said
-  qsizetype begin = 0, length = 0; // where in the log line file and numbers stand
+  QString file;                      // as it is written
+  qint64 line = 0, column = 0;       // from 1; column 0: not said
+  qsizetype begin = 0, length = 0;   // where in the log line file and numbers stand
 };
 
 constexpr qsizetype kLongestMessage = 1000;   // characters of a line that are looked at; what lies behind is no message

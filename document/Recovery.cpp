@@ -8,15 +8,12 @@
 
 namespace {
 RecoverySession* session = nullptr;
-}  // namespace
+}   // namespace
 
 RecoverySession* RecoverySession::current() { return session; }
 QString RecoverySession::usualFolder() { return userStateFolder() + QStringLiteral("/recovery"); }
 
-RecoverySession::RecoverySession(const QString& folder)
-    : writer_(fromQString(folder)), context_(new QObject) {
-  session = this;
-}
+RecoverySession::RecoverySession(const QString& folder) : writer_(fromQString(folder)), context_(new QObject) { session = this; }
 
 RecoverySession::~RecoverySession() {
   context_.reset();
@@ -54,16 +51,24 @@ Recovery::Recovery(std::shared_ptr<TextModel> model)
     : model_(std::move(model)),
       // Called on the writer's thread: hands over to this one.
       journal_(session->writer_, model_->document(), [context = session->context_.get()] {
-        QMetaObject::invokeMethod(context, [] { if (session) session->lookForFailures(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            context,
+            [] {
+              if (session) session->lookForFailures();
+            },
+            Qt::QueuedConnection);
       }) {
   session->all_ << this;
   // A text may become modified without a change of its own: its file is lost, or it goes to another encoding. Queued, so that a
   // change that did it is in the journal first.
-  connect(model_.get(), &TextModel::modifiedChanged, this, [this](bool modified) {
-    if (!modified || !model_->document().modified()) return;
-    journal_.setAbout(about());
-    journal_.begin();
-  }, Qt::QueuedConnection);
+  connect(
+      model_.get(), &TextModel::modifiedChanged, this,
+      [this](bool modified) {
+        if (!modified || !model_->document().modified()) return;
+        journal_.setAbout(about());
+        journal_.begin();
+      },
+      Qt::QueuedConnection);
 }
 
 Recovery::~Recovery() {

@@ -20,11 +20,11 @@ class RecoverySession {
   RecoverySession(const RecoverySession&) = delete;
   RecoverySession& operator=(const RecoverySession&) = delete;
 
-  static RecoverySession* current();                      // null: none
-  static QString usualFolder();                           // "recovery" in the user's state folder; not made yet
+  static RecoverySession* current();   // null: none
+  static QString usualFolder();        // "recovery" in the user's state folder; not made yet
   QString folder() const;
-  bool flush();                                           // everything is on disk now; false: it could not be
-  void holdAll(int patienceMs = 10000);                   // does what Recovery::holdNow() does for every modified text at once
+  bool flush();                           // everything is on disk now; false: it could not be
+  void holdAll(int patienceMs = 10000);   // does what Recovery::holdNow() does for every modified text at once
   // Called on the thread of the session when journals begin to fail, fail for another reason, or work again (empty text).
   void onFailure(std::function<void(const QString&)> told);
   QString failure() const { return failure_; }
@@ -47,12 +47,12 @@ class Recovery : public QObject {
   ~Recovery() override;
 
   void setFile(const QString& path, const QString& title);   // path empty: untitled
-  void saved();            // the text is what its file holds: loaded, or saved durably
+  void saved();                                              // the text is what its file holds: loaded, or saved durably
   std::function<qint64()> caret;   // where it is now, in bytes; asked when the journal is told of the document
-  void discard();          // the person does not want the changes
+  void discard();                  // the person does not want the changes
   // The text is nowhere else: it is written down now, whole. False: it could not be.
   bool holdNow();
-  bool holds() const;      // the journal has all of the text, on the platter
+  bool holds() const;   // the journal has all of the text, on the platter
 
  private:
   explicit Recovery(std::shared_ptr<TextModel> model);

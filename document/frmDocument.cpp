@@ -31,7 +31,7 @@ struct frmDocument::Shared {
   QString name, title, folder;
   bool hasName = false;
   bool modified = false;
-  bool leftInJournal = false;      // closing keeps the journal
+  bool leftInJournal = false;                    // closing keeps the journal
   bool protectedFile = false, guarded = false;   // its file, and the text because of that
   int language = 0;
   bool languageIsChosen = false;
@@ -76,11 +76,9 @@ bool firstLineIsCrlf(const std::string& path, const text::SearchControl& control
   return crlf;
 }
 
-int windowStateOf(const QWidget& window) {
-  return window.isMinimized() ? 1 : window.isMaximized() ? 2 : 0;
-}
+int windowStateOf(const QWidget& window) { return window.isMinimized() ? 1 : window.isMaximized() ? 2 : 0; }
 
-}  // namespace
+}   // namespace
 
 // While one of our boxes is up the watch rests, and the focus that comes back when it closes is not a focus gain.
 class frmDocument::OwnBox {
@@ -322,9 +320,7 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
   model.stamp = file.stamp;
   cmx->setModified(false);
   return {};
-} catch (const std::bad_alloc&) {
-  return tr("Out of memory");
-}
+} catch (const std::bad_alloc&) { return tr("Out of memory"); }
 
 bool frmDocument::ReopenAs(const text::FileFormat& format) {
   QString error;
@@ -365,7 +361,8 @@ bool frmDocument::SaveDocumment(const QString& path) {
   } else if (result.changedOnDisk) {
     const OwnBox box(*this);
     const QString question = tr("%1 has been changed on disk by another program.\r\nDo you want to overwrite it?");
-    if (MsgBox(question.arg(plainForDisplay(path)), savingTitle(path), Icon::exclamation, Buttons::yesNo) != Answer::yes) return false;
+    if (MsgBox(question.arg(plainForDisplay(path)), savingTitle(path), Icon::exclamation, Buttons::yesNo) != Answer::yes)
+      return false;
     if (box.documentIsGone()) return false;
     result = save(false);
   }
@@ -382,9 +379,7 @@ bool frmDocument::SaveDocumment(const QString& path) {
 
 bool frmDocument::holdInJournal() { return shared_->recovery && shared_->recovery->holdNow(); }
 
-bool frmDocument::mayEnd() const {
-  return !cmx->Modified() || allAgreed() || (shared_->recovery && shared_->recovery->holds());
-}
+bool frmDocument::mayEnd() const { return !cmx->Modified() || allAgreed() || (shared_->recovery && shared_->recovery->holds()); }
 
 void frmDocument::leaveInJournal() { shared_->leftInJournal = mayEnd() && cmx->Modified() && !allAgreed(); }
 
@@ -409,22 +404,26 @@ void frmDocument::inconsistentDate() {
   std::optional<text::FileStamp>& known = cmx->model()->stamp;
   if (asking || !shared_->hasName || !known || isDialogUp()) return;
   asking = true;
-  const struct Done { ~Done() { asking = false; } } done;
+  const struct Done {
+    ~Done() { asking = false; }
+  } done;
 
   const OwnBox box(*this);
   text::FileStamp now;
   const auto look = [&](bool withContent) {   // the disk may hang; then the next look may tell more
     const auto seen = std::make_shared<text::FileStamp>();
-    const auto work = [seen, withContent, path = fromQString(shared_->name)](text::SearchControl&) { *seen = text::stampOf(path, withContent); };
+    const auto work = [seen, withContent, path = fromQString(shared_->name)](text::SearchControl&) {
+      *seen = text::stampOf(path, withContent);
+    };
     const bool ended = LongWork::runOrLeave(*cmx, work, tr("Looking at %1").arg(plainForDisplay(shared_->name, 80)));
     if (ended) now = *seen;
     return ended;
   };
   if (!look(false)) return;
   if (!now.exists || !now.status.isRegular()) {
-    if (!known->exists) return;  // told already, and it was not there since
-    known = text::FileStamp{};   // saving it anew overwrites nobody's work
-    cmx->setModified(true);      // nothing but this window holds the text any more
+    if (!known->exists) return;   // told already, and it was not there since
+    known = text::FileStamp{};    // saving it anew overwrites nobody's work
+    cmx->setModified(true);       // nothing but this window holds the text any more
     MsgBox(tr("The source of this file cannot be found, please re-save it"), {}, Icon::exclamation);
     return;
   }
@@ -443,9 +442,8 @@ void frmDocument::inconsistentDate() {
     }
     return;
   }
-  const QString question = tr("Warning : ") + CurrentFileTitle() +
-                           tr(" has been changed since it was opened with this editor") + QLatin1String("\r\n") +
-                           tr("Do you want to re-load it");
+  const QString question = tr("Warning : ") + CurrentFileTitle() + tr(" has been changed since it was opened with this editor") +
+                           QLatin1String("\r\n") + tr("Do you want to re-load it");
   const Answer answer = MsgBox(question, {}, Icon::exclamation, Buttons::yesNo);
   if (box.documentIsGone()) return;
   if (answer == Answer::yes) {
@@ -585,7 +583,8 @@ void frmDocument::closeEvent(QCloseEvent* event) {
   Timer1->stop();
   closed_ = true;
   // What was not saved by now the person does not want.
-  if (shared_->recovery && !shared_->leftInJournal && std::ranges::all_of(shared_->windows, &frmDocument::closed_)) shared_->recovery->discard();
+  if (shared_->recovery && !shared_->leftInJournal && std::ranges::all_of(shared_->windows, &frmDocument::closed_))
+    shared_->recovery->discard();
   Frame* main = frame();
   if (!main || CurrentFileTitle().isEmpty()) return;
   main->rememberDocumentState(windowStateOf(parentWidget() ? *parentWidget() : *this));
@@ -610,8 +609,8 @@ void frmDocument::SetLanguage(int index) {
     shared_->blockEnd = manager.MultiCommentEnd();
     if (!bound) {
       const OwnBox box(*this);
-      MsgBox(tr("Language Definition ") + name + tr(" Contains error : Please check that multi-line comments match"),
-             {}, Icon::exclamation);
+      MsgBox(tr("Language Definition ") + name + tr(" Contains error : Please check that multi-line comments match"), {},
+             Icon::exclamation);
     }
   }
   frmRegistry::instance().CommandstoMenu();
@@ -664,7 +663,7 @@ void editLines(CodeMax& control, const QString& what, qint64 by, EditOf editOf) 
   control.SetSel(selection);
 }
 
-}  // namespace
+}   // namespace
 
 void frmDocument::CommentBlock() {
   const QString& token = shared_->lineComment;

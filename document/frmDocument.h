@@ -17,30 +17,30 @@
 class frmDocument : public QWidget {
   Q_OBJECT
  public:
-  explicit frmDocument(QWidget* parent = nullptr);              // Form_Load: without name, stored options applied
+  explicit frmDocument(QWidget* parent = nullptr);                        // Form_Load: without name, stored options applied
   explicit frmDocument(frmDocument& viewOf, QWidget* parent = nullptr);   // a further window on the same text
   ~frmDocument() override;
 
   CodeMax* const cmx;
-  QTimer* const Timer1;                   // 4000 ms; runs while cmx has the focus
+  QTimer* const Timer1;   // 4000 ms; runs while cmx has the focus
 
   // The file. Title and folder of an untitled document are set, its name is empty.
-  const QString& CurrentFileName() const;   // full path; empty without a name on disk
-  const QString& CurrentFileTitle() const;  // in caption and messages; empty: closing asks nothing
+  const QString& CurrentFileName() const;    // full path; empty without a name on disk
+  const QString& CurrentFileTitle() const;   // in caption and messages; empty: closing asks nothing
   const QString& CurrentFileDir() const;
-  bool DocumentHasName() const;             // was loaded from or saved to a file
-  bool DocumentModified() const;            // last value passed to DocumentChanged
+  bool DocumentHasName() const;    // was loaded from or saved to a file
+  bool DocumentModified() const;   // last value passed to DocumentChanged
   void setUntitled(const QString& title, const QString& folder);
-  void setFile(const QString& path);        // name, title, folder and caption from the path
-  void beginFile(const QString& path);      // the same for a file that is not there; its first save makes it
+  void setFile(const QString& path);     // name, title, folder and caption from the path
+  void beginFile(const QString& path);   // the same for a file that is not there; its first save makes it
   // Guards the text (cmx->ReadOnly) when its file has become write-protected, and takes that guard away when it may be
   // written again. Between two such changes the guard is the person's; a modified text is not guarded.
   void followRights();
-  QString Caption() const;                  // the title, with "*" behind it while modified
-  int views() const;                        // windows on this text, at least 1
+  QString Caption() const;   // the title, with "*" behind it while modified
+  int views() const;         // windows on this text, at least 1
 
   void DocumentChanged(bool modified);
-  void RowAndCol();                         // "line,column" of the caret into panel 2; lines from 1, columns from 0
+  void RowAndCol();   // "line,column" of the caret into panel 2; lines from 1, columns from 0
   // A text that already came from this file is exchanged in one undo step, so that what was shown can come back.
   void LoadDocument(const QString& path, bool& loaded);
   // Reads the file again as of another encoding; one undo step. False: it cannot be read so, the person has been told.
@@ -50,7 +50,7 @@ class frmDocument : public QWidget {
   bool SaveDocumment(const QString& path);
   // True: the caller must not go on (cancelled, or saving failed).
   bool CancelSaveFile();
-  void inconsistentDate();                  // asks about changes on disk; nothing without a name
+  void inconsistentDate();   // asks about changes on disk; nothing without a name
   // False ("Unix") when the file's first line ends in a lone line feed, or it cannot be read; what has no line end yet gets those of
   // this platform.
   bool SetCRLF(const QString& path);
@@ -59,32 +59,32 @@ class frmDocument : public QWidget {
   void CommentBlock();
   void UnCommentBlock();
 
-  QString GetCurrentWord() const;           // the selected text, else the word at the caret
+  QString GetCurrentWord() const;   // the selected text, else the word at the caret
   int GetCurrentWordLength() const;
   bool isSelection() const;
-  CmPosition CurrentPosition() const;       // the caret, wherever the selection began
+  CmPosition CurrentPosition() const;   // the caret, wherever the selection began
 
-  int LanguageIndex() const;                // position in languages(), 0 none
-  void SetLanguage(int index);              // out of range counts as 0
-  void chooseLanguage(int index);           // the same by the user's own choice
-  bool LanguageIsChosen() const;            // new definitions do not change it, as long as they have one of its name
-  const QString& LineComment() const;       // delimiters of the language last bound; empty when none ever was
+  int LanguageIndex() const;            // position in languages(), 0 none
+  void SetLanguage(int index);          // out of range counts as 0
+  void chooseLanguage(int index);       // the same by the user's own choice
+  bool LanguageIsChosen() const;        // new definitions do not change it, as long as they have one of its name
+  const QString& LineComment() const;   // delimiters of the language last bound; empty when none ever was
   const QString& BlockCommentStart() const;
   const QString& BlockCommentEnd() const;
 
-  void focusWork();                         // what the frame shows of the active document; also run when the focus comes
+  void focusWork();   // what the frame shows of the active document; also run when the focus comes
   // Writes the text into its recovery journal now, as it is nowhere else. False: there is no journal, or it cannot be written.
   bool holdInJournal();
-  bool mayEnd() const;                      // nothing is lost: not modified, agreed to, or the journal has the whole text
+  bool mayEnd() const;   // nothing is lost: not modified, agreed to, or the journal has the whole text
   // Where only the journal has the text: closing will neither ask nor let go of the journal, so that the next start offers it.
   void leaveInJournal();
   bool isLeftInJournal() const;
   // Asks what closing would ask; true: closing will not ask any more, unless the text changes. Closing several windows asks
   // for all of them first, so that a cancelled end leaves every window as it was (withdrawClose).
   bool agreeToClose();
-  bool closingAsks() const;                 // for this window's part; further windows on the text may spare the question
+  bool closingAsks() const;   // for this window's part; further windows on the text may spare the question
   void withdrawClose();
-  void letGo();                             // of its changes: agreed to without a question
+  void letGo();   // of its changes: agreed to without a question
 
  signals:
   void captionChanged();

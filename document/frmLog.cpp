@@ -26,9 +26,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kOpenLineTime = 200;              // milliseconds until a line that a program left open is shown
-constexpr std::int64_t kWalkCost = 32;          // a byte of the log costs as much as so many of a search
-constexpr qsizetype kLongestOpenLine = 1 << 16; // bytes kept back while waiting for its end
+constexpr int kOpenLineTime = 200;                // milliseconds until a line that a program left open is shown
+constexpr std::int64_t kWalkCost = 32;            // a byte of the log costs as much as so many of a search
+constexpr qsizetype kLongestOpenLine = 1 << 16;   // bytes kept back while waiting for its end
 constexpr std::size_t kUndoSteps = 200, kUndoBytes = 16u << 20;
 
 bool isPlain(QStringView text) {
@@ -69,7 +69,7 @@ QString beginningOf(const text::Snapshot& log, text::LineNo line) {
   return toQString(log.bytes({start, std::min(log.lineEnd(line), start + 4 * kLongestMessage)})).left(kLongestMessage);
 }
 
-}  // namespace
+}   // namespace
 
 // What a program has sent and is not in the log yet: the beginning of a line.
 struct frmLog::Channel {
@@ -250,7 +250,9 @@ bool frmLog::InsertFile() {
   const QStringList chosen = dialogs().openFile(request);
   if (chosen.isEmpty()) return false;
   const auto file = std::make_shared<text::LoadedFile>();
-  const auto load = [file, name = fromQString(chosen.first())](text::SearchControl& control) { *file = text::loadFile(name, {}, &control); };
+  const auto load = [file, name = fromQString(chosen.first())](text::SearchControl& control) {
+    *file = text::loadFile(name, {}, &control);
+  };
   if (!LongWork::runOrLeave(*this, load, tr("Opening %1").arg(plainForDisplay(chosen.first(), 80)))) return false;
   if (!file->error.empty()) {
     tellOpenError(chosen.first(), toQString(file->error));
@@ -281,7 +283,8 @@ void frmLog::watch(process::Program& program) {
   connect(&program, &process::Program::finished, this, [this, flush, name](int exitCode) {
     flush(true);
     if (openLine_) AppendLog(u"\r\n"_s, lastStream_);
-    AppendLog(tr("[%1: exit code %2]").arg(plainForDisplay(name), QString::number(exitCode)) + u"\r\n"_s, exitCode == 0 ? Stream::text : Stream::errors);
+    AppendLog(tr("[%1: exit code %2]").arg(plainForDisplay(name), QString::number(exitCode)) + u"\r\n"_s,
+              exitCode == 0 ? Stream::text : Stream::errors);
     const auto running = process::Program::running();
     program_ = running.isEmpty() ? nullptr : running.last();
     stopAction->setEnabled(programRuns());
@@ -360,7 +363,8 @@ bool frmLog::jumpToMessage(qint64 line, qint64 column) {
 }
 
 bool frmLog::jumpTo(const MessagePlace& place, qint64 logLine) {
-  if (showPlace(showFile(place.file), place.line - 1, place.column - 1)) SetStatusText(plainForDisplay(beginningOf(cmx->model()->snapshot(), text::LineNo(logLine)), 300));
+  if (showPlace(showFile(place.file), place.line - 1, place.column - 1))
+    SetStatusText(plainForDisplay(beginningOf(cmx->model()->snapshot(), text::LineNo(logLine)), 300));
   return true;
 }
 

@@ -31,20 +31,20 @@ class frmLog : public QWidget {
 
   CodeMax* const cmx;
 
-  void cmx_DblClick();                          // jumps to the message or the line number under the caret
-  bool SaveDocumment(const QString& path);      // false: not saved, and the user has been told; files in use are refused
-  CmPosition CurrentPosition() const;           // the end of the selection
-  void Form_Unload();                           // keeps the window's place; the destructor does it too
+  void cmx_DblClick();                       // jumps to the message or the line number under the caret
+  bool SaveDocumment(const QString& path);   // false: not saved, and the user has been told; files in use are refused
+  CmPosition CurrentPosition() const;        // the end of the selection
+  void Form_Unload();                        // keeps the window's place; the destructor does it too
 
   // At the end of the log. Text of another stream than what stands at the end of an open line begins a new one.
   void AppendLog(const QString& text, Stream stream = Stream::text);
   void Clear();
   QString Text() const { return cmx->Text(); }
-  bool InsertFile();                            // asks for a file; false: none chosen, or it cannot be read
+  bool InsertFile();   // asks for a file; false: none chosen, or it cannot be read
   // Writes what a program prints as it comes, then how it ended.
   void watch(process::Program& program);
   bool programRuns() const;
-  void stopProgram();                           // the one that was started last
+  void stopProgram();   // the one that was started last
 
   // The text whose lines USAGE lists from here on.
   void setUsageOf(frmDocument* document);
@@ -64,7 +64,7 @@ class frmLog : public QWidget {
 
  signals:
   void appended(const QString& text, frmLog::Stream stream);   // as it stands in the log
-  void closeAsked();                            // from its menu
+  void closeAsked();                                           // from its menu
 
  protected:
   void resizeEvent(QResizeEvent* event) override;   // Form_Resize
@@ -87,14 +87,14 @@ class frmLog : public QWidget {
   bool walk(int step);
 
   qint64 sizeLimit_ = 32 << 20;
-  qint64 dropped_ = 0;                          // lines that went
+  qint64 dropped_ = 0;   // lines that went
   bool openLine_ = false;
   Stream lastStream_ = Stream::text;
   std::unique_ptr<Streams> streams_;
   QPointer<process::Program> program_;
-  QString programFolder_;                       // where it was started: its messages name files from there
+  QString programFolder_;   // where it was started: its messages name files from there
   QTimer flushTimer_;
   QPointer<frmDocument> usageOf_;
-  text::MarkId outputStart_ = 0;                // of the program started last; 0: none
+  text::MarkId outputStart_ = 0;   // of the program started last; 0: none
   bool unloaded_ = false;
 };

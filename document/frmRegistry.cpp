@@ -27,13 +27,13 @@ struct ProfileNames {
   QString top, left, width, height, state, scale;
 };
 const ProfileNames& frameNames() {
-  static const ProfileNames names{QStringLiteral("winTop"), QStringLiteral("winleft"), QStringLiteral("winwidth"),
-                                  QStringLiteral("winheight"), QStringLiteral("winstate"),  QStringLiteral("winscale")};
+  static const ProfileNames names{QStringLiteral("winTop"),    QStringLiteral("winleft"),  QStringLiteral("winwidth"),
+                                  QStringLiteral("winheight"), QStringLiteral("winstate"), QStringLiteral("winscale")};
   return names;
 }
 const ProfileNames& logNames() {
-  static const ProfileNames names{QStringLiteral("logTop"), QStringLiteral("logleft"), QStringLiteral("logwidth"),
-                                  QStringLiteral("logheight"), QStringLiteral("logstate"),  QStringLiteral("logscale")};
+  static const ProfileNames names{QStringLiteral("logTop"),    QStringLiteral("logleft"),  QStringLiteral("logwidth"),
+                                  QStringLiteral("logheight"), QStringLiteral("logstate"), QStringLiteral("logscale")};
   return names;
 }
 
@@ -122,13 +122,12 @@ const QString kLogArea = QStringLiteral("logdock"), kLogFloats = QStringLiteral(
 const QString kStatusBar = QStringLiteral("StatusBar"), kToolBar = QStringLiteral("ToolBar"), kTabs = QStringLiteral("Tabs"),
               kDocumentState = QStringLiteral("ewinstate");
 const QString kViewStatusBar = QStringLiteral("mnuViewStatusBar"), kViewToolbar = QStringLiteral("mnuViewToolbar"),
-              kViewTabs = QStringLiteral("mnuViewTabs"),
-              kCustom = QStringLiteral("mCustom"), kSeparator = QStringLiteral("-");
+              kViewTabs = QStringLiteral("mnuViewTabs"), kCustom = QStringLiteral("mCustom"), kSeparator = QStringLiteral("-");
 
 // "&" starts a mnemonic in a caption; a name shows its own.
 QString inMenu(QString name) { return nameForDisplay(name, 200).replace(u'&', QLatin1String("&&")); }
 
-}  // namespace
+}   // namespace
 
 bool isInstalled(const QString& folder) {
   const QString ours = foldersRealPath(applicationFolder()), place = foldersRealPath(folder);
@@ -167,7 +166,8 @@ QString frmRegistry::stdSaveFile(const QString& title, const QString& filter, in
   FileDialogRequest request{title, filter, filterIndex, folder, name, {}, false, &exactFiles()};
   // The extension has to be known before the dialog asks about overwriting.
   const QString pattern = filter.split(u'|').value(filterIndex * 2 - 1).section(u';', 0, 0);
-  if (giveExtension && pattern.startsWith(QLatin1String("*.")) && pattern != QLatin1String("*.*")) request.defaultExtension = pattern.mid(2);
+  if (giveExtension && pattern.startsWith(QLatin1String("*.")) && pattern != QLatin1String("*.*"))
+    request.defaultExtension = pattern.mid(2);
   const QString chosen = dialogs().saveFile(request);
   filterIndex = request.filterIndex;
   if (!chosen.isEmpty()) followFolder(GetFileDir(chosen));
@@ -253,8 +253,8 @@ void frmRegistry::GetMRUList() {
 }
 
 void frmRegistry::SetupMRUList() {
-  for (const char* name : {"wave.do", "viewdrawsch.1", "trnscrpt.log", "control.abl", "palasm.pds", "timspec.ucf",
-                           "report.scr", "sample.v", "sample1.vhd"}) {
+  for (const char* name : {"wave.do", "viewdrawsch.1", "trnscrpt.log", "control.abl", "palasm.pds", "timspec.ucf", "report.scr",
+                           "sample.v", "sample1.vhd"}) {
     const QString folder = joinPath(applicationFolder(), QStringLiteral("Samples"));
     mruFile.AddItem(joinPath(folder, QString::fromLatin1(name)));
   }

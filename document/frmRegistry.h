@@ -23,7 +23,7 @@ class ProfiledFrame {
   virtual QWidget* profileWindow() = 0;
   virtual bool isChecked(const QString& menuName) = 0;
   virtual void setChecked(const QString& menuName, bool on) = 0;
-  virtual int cmxWindowState() = 0;                        // 0 normal, 1 minimised, 2 maximised: of document windows
+  virtual int cmxWindowState() = 0;   // 0 normal, 1 minimised, 2 maximised: of document windows
   virtual void setCmxWindowState(int state) = 0;
   virtual void setMenu(const QString& menuName, int index, const QString& caption, bool visible) = 0;
   virtual void setMenuEnabled(const QString& menuName, bool on) = 0;
@@ -47,8 +47,8 @@ class frmRegistry : public QObject {
   void followFolder(const QString& folder);
   // File dialogs. An empty result: cancelled. filterIndex is the 1-based entry of the filter, updated by the choice. The
   // process's current directory follows the chosen file.
-  QStringList stdOpenFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
-                          const QString& name, bool multiple = false);
+  QStringList stdOpenFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder, const QString& name,
+                          bool multiple = false);
   // Asks before overwriting. With giveExtension a name without one gets the first of the chosen filter entry, unless that shows all.
   QString stdSaveFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder, const QString& name,
                       bool giveExtension = true);
@@ -67,13 +67,13 @@ class frmRegistry : public QObject {
   void SaveMDIWindowProfile(ProfiledFrame& frame);
   void getFormWindowProfile(ProfiledFrame& frame);
   void GetProfile(ProfiledFrame& frame, const QString& mruMenu);   // keeps both, reads list and profile, fills the menu
-  void forgetFrame();                       // before the frame goes
-  void SetProfile();                        // writes list and profile of the kept frame; without one nothing
+  void forgetFrame();                                              // before the frame goes
+  void SetProfile();                                               // writes list and profile of the kept frame; without one nothing
 
   // Recently-used list.
   void SaveMRUList();
   void GetMRUList();
-  void SetupMRUList();                      // the sample files, on a first run
+  void SetupMRUList();   // the sample files, on a first run
   void MRUtoMenu();
 
   // Menus that depend on data; without a kept frame they do nothing.

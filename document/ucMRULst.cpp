@@ -8,7 +8,7 @@ constexpr Qt::CaseSensitivity kNames = Qt::CaseInsensitive;
 #else
 constexpr Qt::CaseSensitivity kNames = Qt::CaseSensitive;
 #endif
-}  // namespace
+}   // namespace
 
 void ucMRULst::AddItem(const QString& name) {
   if (name.isEmpty()) return;

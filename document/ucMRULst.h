@@ -14,8 +14,8 @@ class ucMRULst : public QObject {
   int Count() const { return int(items_.size()); }
   QString Item(int index) const { return items_.value(index); }   // from 0, latest first; empty out of range
   const QStringList& items() const { return items_; }
-  void AddItem(const QString& name);      // to the top; an equal one goes; the last beyond the limit drops out
-  void UseItem(int index);                // to the top
+  void AddItem(const QString& name);   // to the top; an equal one goes; the last beyond the limit drops out
+  void UseItem(int index);             // to the top
   void Remove(int index);
   void setItems(const QStringList& names);   // as they stand, latest first
 

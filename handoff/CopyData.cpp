@@ -22,7 +22,7 @@ class CopyDataFilter : public QAbstractNativeEventFilter {
   }
 };
 
-}  // namespace
+}   // namespace
 
 void copydata::receive(std::function<void(const QString&)> received) {
   static CopyDataFilter filter;

@@ -9,5 +9,5 @@
 namespace copydata {
 // Calls `received` for each message to a window of this process; there is one receiver, null ends it.
 void receive(std::function<void(const QString& text)> received);
-}  // namespace copydata
+}   // namespace copydata
 #endif

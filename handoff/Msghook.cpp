@@ -14,8 +14,8 @@ const QLatin1String kForm("zelkor2");
 constexpr int kMostConnections = 1000;
 constexpr int kConnectMs = 1000;
 constexpr int kActAgainMs = 50;
-const QString kTaken = QStringLiteral("taken"), kActed = QStringLiteral("acted"), kBusy = QStringLiteral("busy"), kRefused = QStringLiteral("refused"),
-              kClosed = QStringLiteral("closed");
+const QString kTaken = QStringLiteral("taken"), kActed = QStringLiteral("acted"), kBusy = QStringLiteral("busy"),
+              kRefused = QStringLiteral("refused"), kClosed = QStringLiteral("closed");
 
 QByteArray framed(const QString& fields) {
   QByteArray bytes(4, Qt::Uninitialized);
@@ -30,8 +30,7 @@ QByteArray framed(const QString& fields) {
 
 QString unframed(const QByteArray& bytes, qsizetype from, quint32 length) {
   QString fields(length / 2, Qt::Uninitialized);
-  for (qsizetype i = 0; i < fields.size(); ++i)
-    fields[i] = QChar(qFromLittleEndian<quint16>(bytes.constData() + from + i * 2));
+  for (qsizetype i = 0; i < fields.size(); ++i) fields[i] = QChar(qFromLittleEndian<quint16>(bytes.constData() + from + i * 2));
   return fields;
 }
 
@@ -46,7 +45,7 @@ bool isOurUser(const QLocalSocket& socket) {
 #endif
 }
 
-}  // namespace
+}   // namespace
 
 QString HandOff::toFields() const {
   QString flags;
@@ -157,8 +156,7 @@ void Msghook::actOnNext() {
     const HandOffReply reply = message_(id, handOff);
     const auto connection = connections_.value(id);
     if (!connection) continue;
-    answer(*connection, reply.answer == HandOffAnswer::acted ? kActed
-                        : reply.answer == HandOffAnswer::busy ? kBusy : kRefused);
+    answer(*connection, reply.answer == HandOffAnswer::acted ? kActed : reply.answer == HandOffAnswer::busy ? kBusy : kRefused);
     if (handOff.wait && !reply.willTell) answer(*connection, kClosed);
   }
 }

@@ -15,10 +15,10 @@
 // What is handed over: one file name as it is on the disk (see FileNames.h), possibly empty, and the place in it.
 struct HandOff {
   QString text;
-  QString activation;      // the desktop's token that allows a window to come forward
+  QString activation;   // the desktop's token that allows a window to come forward
   bool readOnly = false;
-  bool wait = false;       // the sender wants to know when the document is closed
-  bool untitled = false;   // text names a file to take in as a new document and remove
+  bool wait = false;             // the sender wants to know when the document is closed
+  bool untitled = false;         // text names a file to take in as a new document and remove
   qint64 line = 0, column = 0;   // from 1; 0: not said
 
   QString toFields() const;
@@ -47,7 +47,7 @@ class Msghook : public QObject {
   // Messages are taken but not acted on while `mayAct` says no; it is asked again and again.
   void actOnlyWhen(std::function<bool()> mayAct) { mayAct_ = std::move(mayAct); }
   void setDeadline(int ms) { deadlineMs_ = ms; }   // for a message to be complete; 5 s at first
-  void stop();                        // hangs up on all; senders then look for who comes next
+  void stop();                                     // hangs up on all; senders then look for who comes next
   QString errorString() const { return server_.errorString(); }
   void tellClosed(quint64 connection);
 
@@ -71,11 +71,11 @@ class Msghook : public QObject {
 // The sender's side of one connection.
 class MsgSender {
  public:
-  bool connectTo(const QString& path);      // false: nobody there, or not of our user
+  bool connectTo(const QString& path);   // false: nobody there, or not of our user
   // Asks `goOn` each time that a message was not taken for so long. One that was taken is waited for without limit.
   void setPatience(int ms, std::function<bool()> goOn);
   HandOffAnswer send(const HandOff& handOff);
-  bool waitForClosed();                     // after an acted message with `wait`; false: the receiver ended
+  bool waitForClosed();   // after an acted message with `wait`; false: the receiver ended
 
  private:
   bool readAnswer(QString* fields, bool patient);

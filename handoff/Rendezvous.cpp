@@ -4,9 +4,9 @@
 #include <QFileInfo>
 #include <cerrno>
 
-#include "base/QStringBytes.h"
 #include "base/FileNames.h"
 #include "base/Program.h"
+#include "base/QStringBytes.h"
 #include "base/Strings.h"
 #include "text/file/FileSystem.h"
 
@@ -33,12 +33,12 @@ bool isPrivate(const QString& folder) {
   return QFileInfo(folder).isDir();
 #else
   text::FileStatus status;
-  return text::fileSystem().statAt(text::FileSystem::kCwd, fromQString(folder), false, &status) == 0 &&
-         status.isDirectory() && status.owner == ::getuid() && (status.mode & kOthersRights) == 0;
+  return text::fileSystem().statAt(text::FileSystem::kCwd, fromQString(folder), false, &status) == 0 && status.isDirectory() &&
+         status.owner == ::getuid() && (status.mode & kOthersRights) == 0;
 #endif
 }
 
-}  // namespace
+}   // namespace
 
 Rendezvous::Rendezvous(const QString& display) {
   for (const QChar c : display.left(40)) name_ += c.isLetterOrNumber() && c.unicode() < 128 ? c : QChar(u'_');
@@ -54,7 +54,8 @@ bool Rendezvous::take(const QString& folder) {
   if (fromQString(socketPath()).size() > kLongestSocketPath) {
     failure_ = tr("the path %1 is too long for a socket").arg(plainForDisplay(socketPath()));
   } else if (!isPrivate(folder)) {
-    const QString why = made < 0 && made != -EEXIST ? toQString(text::errorText(made)) : tr("it is not a folder of this user alone");
+    const QString why =
+        made < 0 && made != -EEXIST ? toQString(text::errorText(made)) : tr("it is not a folder of this user alone");
     failure_ = tr("%1: %2").arg(plainForDisplay(folder), why);
   }
   return usable();
@@ -67,15 +68,16 @@ bool Rendezvous::becomeFirst() {
   if (!usable()) return false;
   text::FileSystem& files = text::fileSystem();
   const std::string path = fromQString(folder_ + u'/' + name_ + QLatin1String(".lock"));
-  const int fd = files.openAt(text::FileSystem::kCwd, path, text::kRead | text::kWrite | text::kCreate | text::kNoFollow,
-                              kPrivateFile);
+  const int fd =
+      files.openAt(text::FileSystem::kCwd, path, text::kRead | text::kWrite | text::kCreate | text::kNoFollow, kPrivateFile);
   const int error = fd < 0 ? fd : files.lock(fd, true, false);
   if (error == 0) {
     lock_ = fd;
     return true;
   }
   if (fd >= 0) files.close(fd);
-  if (error != -EWOULDBLOCK && error != -EINTR) failure_ = tr("%1: %2").arg(plainForDisplay(toQString(path)), toQString(text::errorText(error)));
+  if (error != -EWOULDBLOCK && error != -EINTR)
+    failure_ = tr("%1: %2").arg(plainForDisplay(toQString(path)), toQString(text::errorText(error)));
   return false;
 }
 

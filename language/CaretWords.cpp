@@ -18,9 +18,7 @@ namespace {
 const QString kCrLf = QStringLiteral("\r\n");
 const QString kField = QStringLiteral("$$");
 
-bool holds(const QString& list, const QString& word) {
-  return (kCrLf + list).contains(kCrLf + word + kCrLf, Qt::CaseInsensitive);
-}
+bool holds(const QString& list, const QString& word) { return (kCrLf + list).contains(kCrLf + word + kCrLf, Qt::CaseInsensitive); }
 
 // The words of a list; text behind the last CR LF is none.
 QStringList wordsOf(const QString& list) {
@@ -38,7 +36,7 @@ constexpr qsizetype kLongestWord = 128;   // longer listed words are never found
 
 // A word of a list and the place of the text where it stands.
 struct ListedWord {
-  QString text;      // as in the list
+  QString text;   // as in the list
   text::ByteRange range;
 };
 
@@ -75,7 +73,9 @@ std::optional<ListedWord> listedWordAt(CodeMax& cmx, const clsLang& language) {
     for (const QString& word : wordsOf(list->WordList)) {
       if (word.isEmpty() || word.size() > kLongestWord || (best && word.size() < best->text.size())) continue;
       for (qsizetype at = std::max<qsizetype>(0, before.size() - word.size()); at <= before.size(); ++at) {
-        if (QStringView(line).mid(at, word.size()).compare(word, Qt::CaseInsensitive) != 0 || !standsAlone(line, at, word, operators)) continue;
+        if (QStringView(line).mid(at, word.size()).compare(word, Qt::CaseInsensitive) != 0 ||
+            !standsAlone(line, at, word, operators))
+          continue;
         const text::ByteOffset begin = from + static_cast<std::int64_t>(fromQString(line.left(at)).size());
         const text::ByteRange range{begin, begin + static_cast<std::int64_t>(fromQString(line.mid(at, word.size())).size())};
         if (!best || word.size() > best->text.size() || range == current) best = {word, range};
@@ -131,7 +131,7 @@ std::optional<bool> indentsWithTabs(CodeMax& cmx, qint64 line) {
 QString asTheDocument(const QString& text, qint64 indentation, const QString& lead, bool tabs, bool asWritten, int tabSize) {
   QStringList lines = text.split(kCrLf);
   const qsizetype from = lines[0].isEmpty() ? 2 : 1;   // see UserStringToCode
-  qsizetype level = 0;                                  // blanks of the template's least indented line
+  qsizetype level = 0;                                 // blanks of the template's least indented line
   for (qsizetype i = from; i < lines.size(); ++i) {
     const QString own = leadOf(lines[i].mid(indentation));
     if (!own.isEmpty() && !own.contains(u'\t') && (level == 0 || own.size() < level)) level = own.size();
@@ -170,7 +170,8 @@ QString templateText(CodeMax& cmx, ucCM& manager, int languageIndex, const QStri
   }
   UserStringToCode(text, indentation);
   const auto& languages = manager.Languages();
-  if (formatRules(*languages->Item(languageIndex)).tabs) return asTheDocument(text, indentation, leadOf(before), true, true, cmx.TabSize());
+  if (formatRules(*languages->Item(languageIndex)).tabs)
+    return asTheDocument(text, indentation, leadOf(before), true, true, cmx.TabSize());
   const auto tabs = indentsWithTabs(cmx, word.StartLineNo);
   return tabs ? asTheDocument(text, indentation, leadOf(before), *tabs, false, cmx.TabSize()) : text;
 }
@@ -189,7 +190,8 @@ void putIn(CodeMax& cmx, const QString& text, const CmRange& word) {
   cmx.SetSel({line, column, line, column + kField.size(), false});
 }
 
-bool exchange(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const CmRange& range, const ExpandText& expand) {
+bool exchange(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const CmRange& range,
+              const ExpandText& expand) {
   if (languageIndex <= 0 || cmx.ReadOnly() || !manager.isHotKey(languageIndex, hotKey)) return false;
   const QString text = templateText(cmx, manager, languageIndex, hotKey, range, expand);
   {
@@ -200,7 +202,7 @@ bool exchange(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hot
   return true;
 }
 
-}  // namespace
+}   // namespace
 
 bool isInWordList(CodeMax& cmx, const clsLang* language) { return language && listedWordAt(cmx, *language).has_value(); }
 

@@ -10,15 +10,14 @@ namespace definition {
 namespace {
 
 const QString kCrLf = QStringLiteral("\r\n");
-const QLatin1String kLanguage(kLanguageMark), kDescription(kDescriptionMark), kCaseSensitive("Case Sensitive"),
-    kForeign("Foreign");
+const QLatin1String kLanguage(kLanguageMark), kDescription(kDescriptionMark), kCaseSensitive("Case Sensitive"), kForeign("Foreign");
 
 // The sections that hold one property each, in the order in which they are written.
 struct Section {
   const char* name;
   QString clsLang::*property;
-  bool joined;         // lines are joined with nothing between them
-  bool always;         // written even when empty
+  bool joined;   // lines are joined with nothing between them
+  bool always;   // written even when empty
 };
 constexpr Section kSections[] = {
     {"Keywords", &clsLang::Keywords, false, true},
@@ -116,8 +115,8 @@ class Reader {
   void submitProperty() {
     if (name_ == kCaseSensitive) language_->isCaseSensitive = true;
     if (name_ == kForeign) language_->isForeign = true;
-    const auto* section = std::find_if(std::begin(kSections), std::end(kSections),
-                                       [&](const Section& s) { return name_ == QLatin1String(s.name); });
+    const auto* section =
+        std::find_if(std::begin(kSections), std::end(kSections), [&](const Section& s) { return name_ == QLatin1String(s.name); });
     if (section == std::end(kSections)) return;
     if (section->joined) body_.remove(kCrLf);
     (*language_).*(section->property) = body_;
@@ -145,7 +144,7 @@ void printItem(QString& to, QLatin1String open, const QString& name, QLatin1Stri
   if (!desc.isEmpty()) printLine(to, kDescription + oneLine(desc));
 }
 
-}  // namespace
+}   // namespace
 
 LineKind kindOf(QStringView line) {
   if (line.startsWith(kLanguage)) return LineKind::language;
@@ -240,4 +239,4 @@ QString oneLine(QString text) {
   return text;
 }
 
-}  // namespace definition
+}   // namespace definition

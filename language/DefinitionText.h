@@ -27,7 +27,7 @@ std::shared_ptr<colLangs> read(const QString& text);
 // when it is read; in a file the mark stands elsewhere (ucCM).
 QString write(const colLangs& languages, bool withMarks = true);
 QString writeLanguage(const clsLang& language, bool withMark = true);   // one block of the same
-QStringList namesIn(const QString& text);         // of its languages
+QStringList namesIn(const QString& text);                               // of its languages
 
 // The block of the first language of that name, its mark line included, each line with CR LF; empty if there is none.
 QString blockOf(const QString& text, const QString& name);
@@ -38,4 +38,4 @@ QList<int> linesTakenForHeaders(const QString& body);
 // Text fit for a single-line property: line breaks go.
 QString oneLine(QString text);
 
-}  // namespace definition
+}   // namespace definition

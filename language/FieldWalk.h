@@ -34,10 +34,10 @@ class FieldWalk : public QObject {
   bool contains(text::ByteOffset begin, text::ByteOffset end) const;
   bool fieldLeft() const;
   bool markerSelected() const;
-  qint64 proposalLength() const;       // of the word behind the selection
+  qint64 proposalLength() const;   // of the word behind the selection
   bool tab();
-  void beginField();                   // marker and name are selected and will be typed over
-  bool endField();                     // gives what was typed to the fields of the same name; true: there were some
+  void beginField();   // marker and name are selected and will be typed over
+  bool endField();     // gives what was typed to the fields of the same name; true: there were some
   void dropField();
   bool fill(const QString& name, const QString& with);
   void leftField();
@@ -45,7 +45,7 @@ class FieldWalk : public QObject {
   void stop();
 
   CodeMax& cmx_;
-  text::MarkId begin_ = 0, end_ = 0;   // 0: the walk is over
+  text::MarkId begin_ = 0, end_ = 0;             // 0: the walk is over
   text::MarkId fieldBegin_ = 0, fieldEnd_ = 0;   // what is typed in the field now; 0: none, or it has no name
   QString fieldName_;
   std::shared_ptr<void> changes_;

@@ -18,7 +18,7 @@ namespace {
 constexpr int kMostRows = 8;
 constexpr std::int64_t kLongestLine = 4000;   // beyond that a look at the line would be felt while typing
 
-}  // namespace
+}   // namespace
 
 HotWords::HotWords(CodeMax& cmx, ucCM& manager, std::function<int()> languageIndex, ExpandText expand)
     : QObject(&cmx), cmx_(cmx), manager_(manager), languageIndex_(std::move(languageIndex)), expand_(std::move(expand)) {
@@ -93,7 +93,8 @@ void HotWords::offer() {
   }
   list_->clear();
   for (const clsTemplate* item : fitting) {
-    auto* row = new QListWidgetItem(plainForDisplay(item->HotKey, 40) + QStringLiteral("   ") + plainForDisplay(item->Desc, 60), list_);
+    auto* row =
+        new QListWidgetItem(plainForDisplay(item->HotKey, 40) + QStringLiteral("   ") + plainForDisplay(item->Desc, 60), list_);
     row->setData(Qt::UserRole, item->HotKey);
   }
   list_->setCurrentRow(0);

@@ -28,13 +28,13 @@ class HotWords : public QObject {
   void offer();
   void hide();
   void accept();
-  QString prefix() const;      // the letters of the word directly before the caret; empty inside a word
-  bool isCode() const;         // the caret is in no comment or string
+  QString prefix() const;   // the letters of the word directly before the caret; empty inside a word
+  bool isCode() const;      // the caret is in no comment or string
 
   CodeMax& cmx_;
   ucCM& manager_;
   std::function<int()> languageIndex_;
   ExpandText expand_;
   QPointer<QListWidget> list_;
-  QString offered_;            // the prefix that the list was made for
+  QString offered_;   // the prefix that the list was made for
 };

@@ -24,7 +24,7 @@ int entries(const QString& list) {
   return count;
 }
 
-}  // namespace
+}   // namespace
 
 QStringList linesAtRisk(const clsLang& language) {
   const auto say = [](const char* text) { return QCoreApplication::translate("LanguageCheck", text); };
@@ -66,4 +66,4 @@ QString refusal(const clsLang& language) {
                                      "Multi Line Start and Multi Line End differ in number: this language cannot be coloured.");
 }
 
-}  // namespace languagecheck
+}   // namespace languagecheck

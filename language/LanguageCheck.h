@@ -15,4 +15,4 @@ QStringList linesAtRisk(const colLangs& languages);
 // Empty, or why the edit control would refuse the language.
 QString refusal(const clsLang& language);
 
-}  // namespace languagecheck
+}   // namespace languagecheck

@@ -32,7 +32,7 @@ QStringList inLines(const QString& list) {
   return lines;
 }
 
-}  // namespace
+}   // namespace
 
 LanguagePreview::LanguagePreview(QWidget* parent) : QWidget(parent), cmx_(new CodeMax(this)) {
   auto* layout = new QVBoxLayout(this);
@@ -73,12 +73,12 @@ QString LanguagePreview::sampleOf(const clsLang& language) {
   const QString single = first(language.SingleComments), open = first(language.MultiCommentStart),
                 close = first(language.MultiCommentEnd), quote = first(language.StringDelims);
   if (!single.isEmpty()) lines << single + QStringLiteral(" a comment to the end of the line");
-  if (!open.isEmpty() && !close.isEmpty()) lines << open + QStringLiteral(" a comment over") << QStringLiteral("   two lines ") + close;
+  if (!open.isEmpty() && !close.isEmpty())
+    lines << open + QStringLiteral(" a comment over") << QStringLiteral("   two lines ") + close;
   lines << inLines(language.Keywords) << inLines(language.LibraryWords);
   QString mixed = QStringLiteral("name = 42");
   if (!quote.isEmpty()) mixed += QStringLiteral("   ") + quote + QStringLiteral("a text 1.5") + quote;
   lines << mixed << inLines(language.Operators);
-  if (!language.BlockStart.isEmpty())
-    lines << first(language.BlockStart) << QStringLiteral("    name") << first(language.BlockEnd);
+  if (!language.BlockStart.isEmpty()) lines << first(language.BlockStart) << QStringLiteral("    name") << first(language.BlockEnd);
   return lines.join(u'\n');
 }

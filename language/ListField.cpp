@@ -53,8 +53,7 @@ bool ListField::event(QEvent* event) {
 void ListField::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Tab && event->modifiers() == Qt::ControlModifier && !isReadOnly())
     insertPlainText(QStringLiteral("\t"));
-  else
-    TextField::keyPressEvent(event);
+  else TextField::keyPressEvent(event);
 }
 
 void ListField::markLinesAtRisk() {

@@ -38,7 +38,7 @@ QString placed(const QString& list, const QString& places) {
   return all;
 }
 
-}  // namespace
+}   // namespace
 
 CmLanguage handedOver(const clsLang& language) {
   CmLanguage handed;

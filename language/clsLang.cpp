@@ -24,12 +24,11 @@ namespace {
 template <class List>
 std::shared_ptr<List> copied(const List& list) {
   auto result = std::make_shared<List>();
-  for (const auto& item : list)
-    result->Insert(result->Count() + 1, std::make_shared<typename List::Pointer::element_type>(*item));
+  for (const auto& item : list) result->Insert(result->Count() + 1, std::make_shared<typename List::Pointer::element_type>(*item));
   return result;
 }
 
-}  // namespace
+}   // namespace
 
 std::shared_ptr<clsLang> clsLang::copy() const {
   auto result = std::make_shared<clsLang>(*this);
@@ -44,8 +43,6 @@ colLangs::Pointer colLangs::Add(const QString& Name) {
   language->Name = Name;
   try {
     append(language);
-  } catch (const std::bad_alloc&) {
-    MsgBox(QCoreApplication::translate("colLangs", "Language already defined"));
-  }
+  } catch (const std::bad_alloc&) { MsgBox(QCoreApplication::translate("colLangs", "Language already defined")); }
   return language;
 }

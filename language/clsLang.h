@@ -19,15 +19,15 @@ struct clsMacro {
 // A piece of text that is put in for its hot key.
 struct clsTemplate {
   QString Desc;
-  QString UserString;      // lines joined by CR LF, none behind the last
-  QString HotKey;          // the word that calls it up; all that the file keeps of HotKey and Name
+  QString UserString;   // lines joined by CR LF, none behind the last
+  QString HotKey;       // the word that calls it up; all that the file keeps of HotKey and Name
   QString Name;
 };
 
 // A set of words that F5 and F6 go through.
 struct clsWordList {
   QString Desc;
-  QString WordList;        // one word a line, multi-line
+  QString WordList;   // one word a line, multi-line
   QString Name;
 };
 
@@ -48,29 +48,30 @@ class cWordList : public ItemList<clsWordList> {
 
 class clsLang {
  public:
-  QString BlockMid;            // words that both close and open an indent level; multi-line
-  QString Description;         // multi-line
-  QString HelpFile;            // single-line
+  QString BlockMid;      // words that both close and open an indent level; multi-line
+  QString Description;   // multi-line
+  QString HelpFile;      // single-line
   bool isCaseSensitive = false;
-  bool isForeign = false;      // came from a definition file of others; goes with every copy
-  QString Extension;           // single-line: extensions without dot, separated by ";"
-  QString FileNames;           // single-line: whole names of files, and "#!bash" for the program of a first line; separated by ";"
-  QString Contents;            // words that decide for this language where several have the extension; multi-line
-  QString Name;                // shown in lists, the identity in the file
-  QString BlockEnd;            // words that close an indent level; multi-line
-  QString BlockStart;          // words that open one; multi-line
-  QString MultiCommentEnd;     // pairs by position with MultiCommentStart; multi-line
+  bool isForeign = false;    // came from a definition file of others; goes with every copy
+  QString Extension;         // single-line: extensions without dot, separated by ";"
+  QString FileNames;         // single-line: whole names of files, and "#!bash" for the program of a first line; separated by ";"
+  QString Contents;          // words that decide for this language where several have the extension; multi-line
+  QString Name;              // shown in lists, the identity in the file
+  QString BlockEnd;          // words that close an indent level; multi-line
+  QString BlockStart;        // words that open one; multi-line
+  QString MultiCommentEnd;   // pairs by position with MultiCommentStart; multi-line
   QString MultiCommentStart;
-  QString EscapeChar;          // inside strings; not kept in the file
-  QString SingleComments;      // multi-line, as the rest
-  QString SignPlaces;          // "command #": where a comment introducer, an opener or a string delimiter counts (word, command, line), and
-                               // whether a delimiter's strings have escape characters (plain, escape)
-  QString Formatting;          // what those have to know who change texts of the language: see FormatRules.h
+  QString EscapeChar;       // inside strings; not kept in the file
+  QString SingleComments;   // multi-line, as the rest
+  QString
+      SignPlaces;   // "command #": where a comment introducer, an opener or a string delimiter counts (word, command, line), and
+                    // whether a delimiter's strings have escape characters (plain, escape)
+  QString Formatting;   // what those have to know who change texts of the language: see FormatRules.h
   QString StringDelims;
-  QString QuotedNames;         // "\" or "\ \": what a name of any signs begins with and ends with; a blank when only the first stands
+  QString QuotedNames;   // "\" or "\ \": what a name of any signs begins with and ends with; a blank when only the first stands
   QString Operators;
-  QString Keywords;            // the language's own words, which formatting may write in another case
-  QString LibraryWords;        // coloured as keywords are and left as they are written
+  QString Keywords;       // the language's own words, which formatting may write in another case
+  QString LibraryWords;   // coloured as keywords are and left as they are written
 
   std::shared_ptr<clsLang> copy() const;   // with copies of all items, so that neither changes the other
 

@@ -26,7 +26,9 @@ namespace {
 constexpr int kShownWarnings = 4;
 
 // Tool tips and window titles give some texts a meaning of their own; names of languages and items are only names.
-QString toolTipOf(const QString& text) { return Qt::mightBeRichText(text) ? text.toHtmlEscaped().prepend(QStringLiteral("<qt>")) : text; }
+QString toolTipOf(const QString& text) {
+  return Qt::mightBeRichText(text) ? text.toHtmlEscaped().prepend(QStringLiteral("<qt>")) : text;
+}
 QString titleOf(QString text) { return text.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); }
 
 QString& copied() {   // the definitions that this program put onto the clipboard last
@@ -47,18 +49,17 @@ QList<int> selectedRows(const QListWidget* list) {   // ascending; what the filt
   return rows;
 }
 
-}  // namespace
+}   // namespace
 
 frmDefinitions::frmDefinitions(ucCM& manager, const QString& webHome, QWidget* parent)
     : QDialog(parent), manager_(manager), webHome_(webHome) {
   layOut();
-  listBindings_ = {{txtKeyword, &clsLang::Keywords},        {txtOperator, &clsLang::Operators},
-                   {txtText, &clsLang::StringDelims},       {txtSLC, &clsLang::SingleComments},
-                   {txtMLCS, &clsLang::MultiCommentStart},  {txtMLCE, &clsLang::MultiCommentEnd},
-                   {txtIin, &clsLang::BlockStart},          {txtIOut, &clsLang::BlockEnd},
-                   {txtIinout, &clsLang::BlockMid},         {txtLibrary, &clsLang::LibraryWords},
-                   {txtPlaces, &clsLang::SignPlaces},       {txtQuoted, &clsLang::QuotedNames},
-                   {txtContents, &clsLang::Contents},       {txtFormatting, &clsLang::Formatting}};
+  listBindings_ = {
+      {txtKeyword, &clsLang::Keywords},     {txtOperator, &clsLang::Operators},     {txtText, &clsLang::StringDelims},
+      {txtSLC, &clsLang::SingleComments},   {txtMLCS, &clsLang::MultiCommentStart}, {txtMLCE, &clsLang::MultiCommentEnd},
+      {txtIin, &clsLang::BlockStart},       {txtIOut, &clsLang::BlockEnd},          {txtIinout, &clsLang::BlockMid},
+      {txtLibrary, &clsLang::LibraryWords}, {txtPlaces, &clsLang::SignPlaces},      {txtQuoted, &clsLang::QuotedNames},
+      {txtContents, &clsLang::Contents},    {txtFormatting, &clsLang::Formatting}};
   connectAll();
   LoadDefiner();
 }
@@ -150,18 +151,26 @@ void frmDefinitions::connectAll() {
     shortcut->setContext(context);
     connect(shortcut, &QShortcut::activated, this, what);
   };
-  onKey(lstLanguage, Qt::Key_Delete, [this] { cmdDelete->click(); }, Qt::WidgetShortcut);
-  onKey(lstLanguage, Qt::Key_Insert, [this] { cmdAdd->click(); }, Qt::WidgetShortcut);
-  onKey(lstLanguage, QKeySequence::Copy,
-        [this] {
-          if (const QString text = GetSelectedDefinitions(); !text.isEmpty()) QGuiApplication::clipboard()->setText(copied() = text);
-        },
-        Qt::WidgetShortcut);
-  onKey(lstLanguage, QKeySequence::Paste, [this] { PasteDefinitions(QGuiApplication::clipboard()->text()); }, Qt::WidgetShortcut);
-  onKey(lst, Qt::Key_Delete, [this] { cmdDeleteList->click(); }, Qt::WidgetShortcut);
-  onKey(lst, Qt::Key_Insert, [this] { cmdAddList->click(); }, Qt::WidgetShortcut);
-  onKey(this, QKeySequence::Find, [this] { txtFilter->setFocus(); }, Qt::WindowShortcut);
-  onKey(this, QKeySequence::Save, [this] { cmdSave->click(); }, Qt::WindowShortcut);
+  onKey(
+      lstLanguage, Qt::Key_Delete, [this] { cmdDelete->click(); }, Qt::WidgetShortcut);
+  onKey(
+      lstLanguage, Qt::Key_Insert, [this] { cmdAdd->click(); }, Qt::WidgetShortcut);
+  onKey(
+      lstLanguage, QKeySequence::Copy,
+      [this] {
+        if (const QString text = GetSelectedDefinitions(); !text.isEmpty()) QGuiApplication::clipboard()->setText(copied() = text);
+      },
+      Qt::WidgetShortcut);
+  onKey(
+      lstLanguage, QKeySequence::Paste, [this] { PasteDefinitions(QGuiApplication::clipboard()->text()); }, Qt::WidgetShortcut);
+  onKey(
+      lst, Qt::Key_Delete, [this] { cmdDeleteList->click(); }, Qt::WidgetShortcut);
+  onKey(
+      lst, Qt::Key_Insert, [this] { cmdAddList->click(); }, Qt::WidgetShortcut);
+  onKey(
+      this, QKeySequence::Find, [this] { txtFilter->setFocus(); }, Qt::WindowShortcut);
+  onKey(
+      this, QKeySequence::Save, [this] { cmdSave->click(); }, Qt::WindowShortcut);
 }
 
 frmDefinitions::Tab frmDefinitions::tab() const { return static_cast<Tab>(TabStrip1->currentIndex()); }
@@ -284,7 +293,8 @@ void frmDefinitions::SetupItem() {
 
 void frmDefinitions::LockText() {
   const bool any = language() != nullptr, anyItem = selectedItem() > 0;
-  for (QWidget* one : std::initializer_list<QWidget*>{fraStructure, txtDescription, txtExtension, cmdDuplicate, cmdDelete, cmdAddList})
+  for (QWidget* one :
+       std::initializer_list<QWidget*>{fraStructure, txtDescription, txtExtension, cmdDuplicate, cmdDelete, cmdAddList})
     one->setEnabled(any);
   for (QWidget* one : std::initializer_list<QWidget*>{txtList, txtDesc, cmdDeleteList}) one->setEnabled(anyItem);
 }

@@ -33,19 +33,19 @@ class frmDefinitions : public QDialog {
 
   enum Tab { Structure, Macros, Templates, WordLists };
 
-  void LoadDefiner();                          // fills everything from the manager, the current language selected
+  void LoadDefiner();   // fills everything from the manager, the current language selected
   // Selects a macro by the positions of language and macro (from 1) and shows why it failed, in sight while it is mended.
   void ShowMacro(int lang, int macro, const QString& report);
-  void SelectLanguage(int index);              // position from 1; 0 or out of range: none
-  void SelectList(int index);                  // the same for an item of the present tab
-  QString GetSelectedDefinitions() const;      // the selected languages as they would stand in the definition file
+  void SelectLanguage(int index);           // position from 1; 0 or out of range: none
+  void SelectList(int index);               // the same for an item of the present tab
+  QString GetSelectedDefinitions() const;   // the selected languages as they would stand in the definition file
   // Languages from such a text; anything else is not taken. They count as foreign unless this program copied them last, which
   // leaves them what they were.
   void PasteDefinitions(const QString& text);
   bool isChanged() const { return changed_; }
 
  public slots:
-  void reject() override;                      // as the close button: asks when something is not saved
+  void reject() override;   // as the close button: asks when something is not saved
 
  signals:
   // Languages differ from what was last handed over: after Save and Apply, after another file was read, and when the dialog
@@ -64,12 +64,12 @@ class frmDefinitions : public QDialog {
   QWidget* listFrame();
   void connectAll();
 
-  void LoadAny();                              // fills lst for the present tab
-  void LoadLanguages();                        // fills lstLanguage
-  void SetupLanguage();                        // fills the Structure fields
-  void SetUpList();                            // the two labels of the present tab
-  void SetupItem();                            // fills txtList and txtDesc from the selected item
-  void LockText();                             // fields without a subject take no input
+  void LoadAny();         // fills lst for the present tab
+  void LoadLanguages();   // fills lstLanguage
+  void SetupLanguage();   // fills the Structure fields
+  void SetUpList();       // the two labels of the present tab
+  void SetupItem();       // fills txtList and txtDesc from the selected item
+  void LockText();        // fields without a subject take no input
   void ClearText();
   void FormisChanged(bool changed);
   void edited();
@@ -77,10 +77,10 @@ class frmDefinitions : public QDialog {
   void BrowseIni();
   void ReloadIniFile();
   bool save();
-  bool mayLeave();                             // asks about changes; false: stay
+  bool mayLeave();   // asks about changes; false: stay
   void showWarnings();
   void showHints();
-  void showPreview();                          // a template's text, else a sample of the language
+  void showPreview();   // a template's text, else a sample of the language
   void filterLanguages();
   void openPage(const QString& page);
 
@@ -96,11 +96,11 @@ class frmDefinitions : public QDialog {
   // The present tab's item in the language: its texts, whatever its kind. Null without one.
   struct Item {
     QString *name = nullptr, *body = nullptr, *desc = nullptr;
-    std::shared_ptr<void> owner;               // of the three
+    std::shared_ptr<void> owner;   // of the three
   };
-  Item item(int index) const;                  // position from 1
+  Item item(int index) const;   // position from 1
   int itemCount() const;
-  int selectedItem() const;                    // position from 1, 0 none
+  int selectedItem() const;   // position from 1, 0 none
   // Ends the last line of what txtList showed, where it is exchanged for another item without losing the focus.
   void finishItem();
   Tab tab() const;
@@ -109,12 +109,13 @@ class frmDefinitions : public QDialog {
   ucCM& manager_;
   QString webHome_;
   bool changed_ = false;
-  bool handedOver_ = true;                     // nothing changed since LanguagesChanged
-  bool filling_ = false;                       // fields are being filled: no edits
+  bool handedOver_ = true;   // nothing changed since LanguagesChanged
+  bool filling_ = false;     // fields are being filled: no edits
   bool leaving_ = false;
-  Item shown_;                                 // in txtList, when its lines end with breaks
+  Item shown_;   // in txtList, when its lines end with breaks
 
-  QLineEdit *txtIni = nullptr, *txtFilter = nullptr, *txtExtension = nullptr, *txtFileNames = nullptr, *txtHelp = nullptr, *txtDesc = nullptr;
+  QLineEdit *txtIni = nullptr, *txtFilter = nullptr, *txtExtension = nullptr, *txtFileNames = nullptr, *txtHelp = nullptr,
+            *txtDesc = nullptr;
   QPushButton *cmdBrowse = nullptr, *cmdDownload = nullptr, *cmdSubmit = nullptr, *cmdAdd = nullptr, *cmdDuplicate = nullptr,
               *cmdDelete = nullptr, *cmdApply = nullptr, *cmdSave = nullptr, *cmdClose = nullptr, *cmdAddList = nullptr,
               *cmdDeleteList = nullptr;
@@ -133,5 +134,5 @@ class frmDefinitions : public QDialog {
     ListField* field;
     QString clsLang::*property;
   };
-  std::vector<ListBinding> listBindings_;      // of the fields that show a multi-line property
+  std::vector<ListBinding> listBindings_;   // of the fields that show a multi-line property
 };

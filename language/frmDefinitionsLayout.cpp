@@ -82,7 +82,7 @@ void colourBackground(QLabel* label, const QColor& back) {
   label->hide();
 }
 
-}  // namespace
+}   // namespace
 
 void frmDefinitions::layOut() {
   setObjectName(QStringLiteral("frmDefinitions"));
@@ -143,11 +143,12 @@ void frmDefinitions::layOut() {
   all->addWidget(across, 1);
 
   // The order of Tab: from the file by way of the languages to their parts, then the buttons that end the work.
-  const QList<QWidget*> order{txtIni,    cmdBrowse,  cmdDownload, cmdSubmit,   txtFilter,     lstLanguage, cmdAdd,
-                              cmdDuplicate, cmdDelete,  txtDescription, txtExtension, txtFileNames, txtContents, TabStrip1, chkCase, txtKeyword,
-                              txtLibrary, txtOperator, txtPlaces, txtQuoted, txtSLC,   txtMLCS,     txtMLCE,     txtText,       txtIin,      txtIOut,
-                              txtIinout, txtFormatting, txtHelp,    lst,         cmdAddList,  cmdDeleteList, txtDesc,     txtList,
-                              cmdApply,  cmdSave,    cmdClose};
+  const QList<QWidget*> order{txtIni,       cmdBrowse,  cmdDownload,    cmdSubmit,     txtFilter,    lstLanguage, cmdAdd,
+                              cmdDuplicate, cmdDelete,  txtDescription, txtExtension,  txtFileNames, txtContents, TabStrip1,
+                              chkCase,      txtKeyword, txtLibrary,     txtOperator,   txtPlaces,    txtQuoted,   txtSLC,
+                              txtMLCS,      txtMLCE,    txtText,        txtIin,        txtIOut,      txtIinout,   txtFormatting,
+                              txtHelp,      lst,        cmdAddList,     cmdDeleteList, txtDesc,      txtList,     cmdApply,
+                              cmdSave,      cmdClose};
   for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
   lstLanguage->setFocus();
   resize(1040, 760);
@@ -244,7 +245,9 @@ QWidget* frmDefinitions::structureFrame() {
   above(indentGrid, 0, 0, tr("Ind&ent"), txtIin);
   above(indentGrid, 2, 0, tr("&OutDent"), txtIOut);
   above(indentGrid, 4, 0, tr("Bot&h"), txtIinout);
-  txtFormatting = field("txtFormatting", tr("case names, case all, tabs: what has a meaning.\nlines \", raw R\", here <<, rest __END__: what goes on over lines"), 1);
+  txtFormatting = field(
+      "txtFormatting",
+      tr("case names, case all, tabs: what has a meaning.\nlines \", raw R\", here <<, rest __END__: what goes on over lines"), 1);
   above(indentGrid, 6, 0, tr("Formattin&g"), txtFormatting);
   auto* comments = named(new QGroupBox(tr("Comments")), "fraComments");
   auto* commentGrid = new QGridLayout(comments);
@@ -252,7 +255,10 @@ QWidget* frmDefinitions::structureFrame() {
   above(commentGrid, 2, 0, tr("Mu&lti Line Start"), txtMLCS);
   above(commentGrid, 4, 0, tr("Multi &Line End"), txtMLCE);
 
-  txtPlaces = field("txtPlaces", tr("Where a comment or text sign counts: word #, command # or line *;\nescape characters in its texts: plain ' or escape \""), 1);
+  txtPlaces = field(
+      "txtPlaces",
+      tr("Where a comment or text sign counts: word #, command # or line *;\nescape characters in its texts: plain ' or escape \""),
+      1);
   above(commentGrid, 6, 0, tr("Sign Plac&es"), txtPlaces);
 
   auto* grid = new QGridLayout(fraStructure);

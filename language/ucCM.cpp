@@ -45,7 +45,8 @@ bool holdsContents(const clsLang& language, const QString& text) {
     const QString code = toQString(bytes);
     for (const QString& word : words)
       for (qsizetype at = code.indexOf(word, 0, sensitivity); at >= 0; at = code.indexOf(word, at + 1, sensitivity))
-        if (!(isWord(word, 0) && isWord(code, at - 1)) && !(isWord(word, word.size() - 1) && isWord(code, at + word.size()))) return true;
+        if (!(isWord(word, 0) && isWord(code, at - 1)) && !(isWord(word, word.size() - 1) && isWord(code, at + word.size())))
+          return true;
   }
   return false;
 }
@@ -88,7 +89,7 @@ QString writeMarks(const QString& file, QStringList names) {
   return toQString(text::saveBytes(marksFile(file), fromQString(lines), 0600).error);
 }
 
-}  // namespace
+}   // namespace
 
 bool ucCM::isForeignPlace(const QString& path) {
   return !path.isEmpty() && !isBelow(path, shippedFolder()) && !isBelow(path, userConfigFolder());
@@ -153,7 +154,8 @@ std::optional<text::FileStamp> ucCM::writeFile(const QString& text, const QStrin
   const text::Snapshot snapshot(bytes);
   const bool own = isBelow(iniFile_, userConfigFolder());
   const auto orOwn = [&](const QString& failure) -> std::optional<text::FileStamp> {
-    const QString question = failure + tr("\r\nDo you want to use a definition file of your own, %1, from now on?").arg(plainForDisplay(freeOwnFile()));
+    const QString question =
+        failure + tr("\r\nDo you want to use a definition file of your own, %1, from now on?").arg(plainForDisplay(freeOwnFile()));
     if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return std::nullopt;
     return writeOwnFile(text, foreign, wanted);
   };
@@ -180,7 +182,8 @@ std::optional<text::FileStamp> ucCM::writeFile(const QString& text, const QStrin
     saved = text::saveFile(path, snapshot, {format, text::FileStamp{}});   // it was removed: there is nothing to replace
   } else if (saved.changedOnDisk && known) {
     const QString question = tr("The definition file %1 has changed since it was read.\r\n"
-                                "Do you want to replace it?").arg(plainForDisplay(iniFile_));
+                                "Do you want to replace it?")
+                                 .arg(plainForDisplay(iniFile_));
     if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return std::nullopt;
     saved = text::saveFile(path, snapshot, {format, std::nullopt});
   }
@@ -336,7 +339,8 @@ bool ucCM::AddLangText(const QString& text) {
   QString block = toCrLf(text);
   if (!block.endsWith(u'\n')) block += QStringLiteral("\r\n");
   // What was in a foreign file is foreign in one's own, and the block is in any case.
-  const QStringList foreign = marksOf(iniFile_).split(u'\n', Qt::SkipEmptyParts) + definition::namesIn(isForeign() ? whole + block : block);
+  const QStringList foreign =
+      marksOf(iniFile_).split(u'\n', Qt::SkipEmptyParts) + definition::namesIn(isForeign() ? whole + block : block);
   // The stamp of the last reading stays: the languages in memory do not hold the new block, so saving them asks first.
   return writeFile(whole + block, foreign, format, expected).has_value();
 }

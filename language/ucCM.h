@@ -17,13 +17,13 @@
 class ucCM {
   Q_DECLARE_TR_FUNCTIONS(ucCM)
  public:
-  const QString& IniFile() const { return iniFile_; }      // full path of the definition file
+  const QString& IniFile() const { return iniFile_; }   // full path of the definition file
   // A definition file is foreign when it lies neither beside the program nor in the person's own settings folder. Languages
   // read there are marked (clsLang::isForeign), and the mark goes along into a file of one's own (into a list of names beside it).
   bool isForeign() const { return isForeignPlace(iniFile_); }
   void setIniFile(const QString& path);
-  std::function<void()> iniFileChanged;                    // called when it became another one
-  const QString& ConfigDir() const { return configDir_; }  // kept for callers
+  std::function<void()> iniFileChanged;                     // called when it became another one
+  const QString& ConfigDir() const { return configDir_; }   // kept for callers
   void setConfigDir(const QString& folder) { configDir_ = folder; }
 
   // Drops all languages and reads IniFile. When it cannot be read the person is asked whether to browse for another,
@@ -39,25 +39,25 @@ class ucCM {
   // Asks for a definition file; true: IniFile is the chosen one.
   bool BrowseIniFile();
 
-  const std::shared_ptr<colLangs>& Languages();            // never null
+  const std::shared_ptr<colLangs>& Languages();   // never null
   void setLanguages(std::shared_ptr<colLangs> languages);
-  int ListLanguage() const { return listLanguage_; }       // position of the current language
+  int ListLanguage() const { return listLanguage_; }   // position of the current language
   void setListLanguage(int index);
   const std::shared_ptr<clsLang>& Language() const { return language_; }   // null: none
 
-  int GetLangFromExt(const QString& ext);                  // first language whose extensions hold ext, case folded
+  int GetLangFromExt(const QString& ext);   // first language whose extensions hold ext, case folded
   // The language of a file: the first that lists its whole name, else the first of those with its extension that has a word of
   // its Contents in the text, outside comments and strings, else the first without Contents, else, where the name has no extension,
   // the first that lists the program of a line "#!..." on top. `beginning`: the text or the first of it. 0: none.
   int GetLangFromFile(const QString& title, const QString& beginning);
-  int GetIndex(const QString& name);                       // first language of exactly that name
-  QString GetComment(int index);                           // first line of its SingleComments
-  QString GetHelp() const;                                 // help file of the current language
-  static QString FirstLine(const QString& text);           // up to the first CR LF
-  QString GetFilterList();                                 // "(*.*)|*.*|Verilog (*.v;*.vh)|*.v;*.vh|..."
+  int GetIndex(const QString& name);                           // first language of exactly that name
+  QString GetComment(int index);                               // first line of its SingleComments
+  QString GetHelp() const;                                     // help file of the current language
+  static QString FirstLine(const QString& text);               // up to the first CR LF
+  QString GetFilterList();                                     // "(*.*)|*.*|Verilog (*.v;*.vh)|*.v;*.vh|..."
   static QString GenerateFilterfromExt(const QString& list);   // "v;vh" -> "*.v;*.vh"
-  QString SingleComments() const;                          // of the current language, as the next three
-  QString Comment() const;                                 // first lines
+  QString SingleComments() const;                              // of the current language, as the next three
+  QString Comment() const;                                     // first lines
   QString MultiCommentStart() const;
   QString MultiCommentEnd() const;
   bool isHotKey(int index, const QString& word);           // of a template; its description goes to the status bar
@@ -65,7 +65,7 @@ class ucCM {
   // Puts a block behind the definition file; nothing when it does not begin with "SetLanguage:". False: the file could not
   // be written (the person has been told).
   bool AddLangText(const QString& text);
-  QString GetLangText(const QString& name);                // the block's lines as they are in the file; empty: not there
+  QString GetLangText(const QString& name);   // the block's lines as they are in the file; empty: not there
 
  private:
   static bool isForeignPlace(const QString& file);
@@ -82,6 +82,6 @@ class ucCM {
   std::shared_ptr<colLangs> languages_;
   std::shared_ptr<clsLang> language_;
   int listLanguage_ = 0;
-  text::FileFormat format_;                        // of the file as it was read
-  std::optional<text::FileStamp> stamp_;           // of the file as it was read or written
+  text::FileFormat format_;                // of the file as it was read
+  std::optional<text::FileStamp> stamp_;   // of the file as it was read or written
 };

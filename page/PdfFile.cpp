@@ -28,12 +28,12 @@ struct Bookmark {
 // stays without bookmarks.
 void addBookmarks(QByteArray* pdf, const std::vector<Bookmark>& bookmarks) {
   const QString text = QString::fromLatin1(*pdf);
-  static const QRegularExpression trailerForm(
-      QStringLiteral("trailer\\s*<<(.*?)>>\\s*startxref\\s+(\\d+)\\s+%%EOF\\s*$"), QRegularExpression::DotMatchesEverythingOption);
+  static const QRegularExpression trailerForm(QStringLiteral("trailer\\s*<<(.*?)>>\\s*startxref\\s+(\\d+)\\s+%%EOF\\s*$"),
+                                              QRegularExpression::DotMatchesEverythingOption);
   const qsizetype trailerAt = text.lastIndexOf(QLatin1String("trailer"));
   const auto trailer = trailerAt < 0 ? QRegularExpressionMatch() : trailerForm.match(text, trailerAt);
-  static const QRegularExpression sizeForm(QStringLiteral("/Size\\s+(\\d+)")), rootForm(QStringLiteral("/Root\\s+(\\d+)\\s+0\\s+R")),
-      infoForm(QStringLiteral("/Info\\s+\\d+\\s+0\\s+R"));
+  static const QRegularExpression sizeForm(QStringLiteral("/Size\\s+(\\d+)")),
+      rootForm(QStringLiteral("/Root\\s+(\\d+)\\s+0\\s+R")), infoForm(QStringLiteral("/Info\\s+\\d+\\s+0\\s+R"));
   const QString entries = trailer.captured(1);
   const auto size = sizeForm.match(entries), root = rootForm.match(entries), info = infoForm.match(entries);
   if (!trailer.hasMatch() || !size.hasMatch() || !root.hasMatch()) return;
@@ -46,7 +46,8 @@ void addBookmarks(QByteArray* pdf, const std::vector<Bookmark>& bookmarks) {
   };
   QString catalogue = objectBody(root.captured(1));
   catalogue.truncate(catalogue.lastIndexOf(QLatin1String(">>")));
-  static const QRegularExpression pagesForm(QStringLiteral("/Pages\\s+(\\d+)\\s+0\\s+R")), kidsForm(QStringLiteral("/Kids\\s*\\[([^\\]]*)\\]"));
+  static const QRegularExpression pagesForm(QStringLiteral("/Pages\\s+(\\d+)\\s+0\\s+R")),
+      kidsForm(QStringLiteral("/Kids\\s*\\[([^\\]]*)\\]"));
   const auto kids = kidsForm.match(objectBody(pagesForm.match(catalogue).captured(1)));
   QStringList pages = kids.captured(1).simplified().split(QStringLiteral(" 0 R"), Qt::SkipEmptyParts);
   if (catalogue.isEmpty() || pages.isEmpty()) return;
@@ -61,10 +62,11 @@ void addBookmarks(QByteArray* pdf, const std::vector<Bookmark>& bookmarks) {
   const int count = static_cast<int>(bookmarks.size());
   if (!pdf->endsWith('\n')) *pdf += '\n';
   object(root.captured(1).toInt(), catalogue.toLatin1() + "/Outlines " + reference(firstNew) + " /PageMode /UseOutlines ");
-  object(firstNew, "/Type /Outlines /First " + reference(firstNew + 1) + " /Last " + reference(firstNew + count) + " /Count " + QByteArray::number(count));
+  object(firstNew, "/Type /Outlines /First " + reference(firstNew + 1) + " /Last " + reference(firstNew + count) + " /Count " +
+                       QByteArray::number(count));
   for (int i = 0; i < count; ++i) {
-    QByteArray body = "/Title " + pdfText(bookmarks[static_cast<std::size_t>(i)].title) + " /Parent " + reference(firstNew) + " /Dest [" +
-                      pages.value(bookmarks[static_cast<std::size_t>(i)].page).simplified().toLatin1() + " 0 R /Fit]";
+    QByteArray body = "/Title " + pdfText(bookmarks[static_cast<std::size_t>(i)].title) + " /Parent " + reference(firstNew) +
+                      " /Dest [" + pages.value(bookmarks[static_cast<std::size_t>(i)].page).simplified().toLatin1() + " 0 R /Fit]";
     if (i > 0) body += " /Prev " + reference(firstNew + i);
     if (i + 1 < count) body += " /Next " + reference(firstNew + i + 2);
     object(firstNew + 1 + i, body);
@@ -74,10 +76,11 @@ void addBookmarks(QByteArray* pdf, const std::vector<Bookmark>& bookmarks) {
   for (const auto& [number, offset] : offsets)
     *pdf += QByteArray::number(number) + " 1\n" + QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
   *pdf += "trailer\n<</Size " + QByteArray::number(firstNew + 1 + count) + " /Root " + reference(root.captured(1).toInt()) + " " +
-          info.captured(0).toLatin1() + " /Prev " + trailer.captured(2).toLatin1() + ">>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
+          info.captured(0).toLatin1() + " /Prev " + trailer.captured(2).toLatin1() + ">>\nstartxref\n" + QByteArray::number(xref) +
+          "\n%%EOF\n";
 }
 
-}  // namespace
+}   // namespace
 
 QByteArray makePdf(const std::vector<const PrintDocument*>& documents, const QString& title) {
   QByteArray bytes;

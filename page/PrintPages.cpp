@@ -14,20 +14,19 @@
 namespace {
 // Fonts are drawn at this many pixels a point and scaled down: sizes in whole pixels lose nothing then.
 constexpr double kScale = 20;
-}  // namespace
+}   // namespace
 
 QFont printFont(const QFont& font) {
   QFont scaled(font);
   scaled.setHintingPreference(QFont::PreferNoHinting);
   scaled.setKerning(false);
-  scaled.setLetterSpacing(QFont::AbsoluteSpacing, 1.0 / 64);   // the least there is: letters that are joined cannot be copied out of a file of pages
+  scaled.setLetterSpacing(QFont::AbsoluteSpacing,
+                          1.0 / 64);   // the least there is: letters that are joined cannot be copied out of a file of pages
   scaled.setPixelSize(std::max(1, qRound((font.pointSizeF() > 0 ? font.pointSizeF() : 10) * kScale)));
   return scaled;
 }
 
-PrintEdge splitEdge(const QString& text) {
-  return {text.section(u'|', 0, 0), text.section(u'|', 1, 1), text.section(u'|', 2)};
-}
+PrintEdge splitEdge(const QString& text) { return {text.section(u'|', 0, 0), text.section(u'|', 1, 1), text.section(u'|', 2)}; }
 
 QString leftToRight(const QString& text) {
   const bool turns = std::any_of(text.begin(), text.end(), [](QChar c) {
@@ -52,7 +51,8 @@ void drawPicture(QPainter& painter, double x, const QString& cluster, double wid
   constexpr double kFiner = 0.2;   // dots a unit: 4 a point
   QFont font(painter.font());
   font.setPixelSize(std::max(1, qRound(font.pixelSize() * kFiner)));
-  QImage image(std::max(1, qRound(width * kFiner)), std::max(1, qRound(metrics.height() * kFiner)), QImage::Format_ARGB32_Premultiplied);
+  QImage image(std::max(1, qRound(width * kFiner)), std::max(1, qRound(metrics.height() * kFiner)),
+               QImage::Format_ARGB32_Premultiplied);
   image.fill(Qt::transparent);
   QPainter into(&image);
   into.setFont(font);
@@ -89,7 +89,8 @@ void drawText(QPainter& painter, double x, double baseline, const QString& text)
 // The widths that three parts get: what they need, or as much as a fair share of the room leaves.
 std::array<double, 3> shares(std::array<double, 3> needs, double room) {
   std::array<int, 3> order{0, 1, 2};
-  std::sort(order.begin(), order.end(), [&](int a, int b) { return needs[static_cast<std::size_t>(a)] < needs[static_cast<std::size_t>(b)]; });
+  std::sort(order.begin(), order.end(),
+            [&](int a, int b) { return needs[static_cast<std::size_t>(a)] < needs[static_cast<std::size_t>(b)]; });
   int left = 3;
   for (const int i : order) {
     double& need = needs[static_cast<std::size_t>(i)];
@@ -101,7 +102,8 @@ std::array<double, 3> shares(std::array<double, 3> needs, double room) {
 
 void drawEdge(QPainter& painter, const PrintDocument& document, const PrintEdge& edge, int index, bool top) {
   if (edge.isEmpty()) return;
-  const int page = document.firstPage + index, pages = document.pageTotal > 0 ? document.pageTotal : static_cast<int>(document.pages.size());
+  const int page = document.firstPage + index,
+            pages = document.pageTotal > 0 ? document.pageTotal : static_cast<int>(document.pages.size());
   const QFont font = printFont(document.edgeFont);
   const QFontMetricsF metrics(font);
   const QRectF sheet(QPointF(0, 0), document.layout.fullRectPoints().size());
@@ -109,7 +111,8 @@ void drawEdge(QPainter& painter, const PrintDocument& document, const PrintEdge&
   const double left = margins.left(), right = sheet.width() - margins.right(), width = std::max(1.0, right - left);
   const double height = metrics.height() / kScale;
   const double room = std::max(top ? margins.top() : margins.bottom(), edgeHeight(document));
-  const double y = top ? std::max(0.0, room - height * 1.6) : sheet.height() - room + std::max(0.0, std::min(height * 0.6, room - height));
+  const double y =
+      top ? std::max(0.0, room - height * 1.6) : sheet.height() - room + std::max(0.0, std::min(height * 0.6, room - height));
   const double baseline = y + metrics.ascent() / kScale;
   painter.setFont(font);
   painter.setPen(Qt::black);
@@ -118,7 +121,9 @@ void drawEdge(QPainter& painter, const PrintDocument& document, const PrintEdge&
     part.remove(kNoField).replace(u'\r', u' ').replace(u'\n', u' ').replace(u'\t', u' ');
     return plainForDisplay(part, 1000);
   };
-  const auto widthOf = [&](const QString& part) { return part.isEmpty() ? 0 : metrics.horizontalAdvance(leftToRight(part)) / kScale; };
+  const auto widthOf = [&](const QString& part) {
+    return part.isEmpty() ? 0 : metrics.horizontalAdvance(leftToRight(part)) / kScale;
+  };
   std::array<QString, 3> parts{shown(edge.left), shown(edge.centre), shown(edge.right)};
   const double between = height;   // that keeps the parts apart
   const auto room3 = shares({widthOf(parts[0]), widthOf(parts[1]), widthOf(parts[2])}, std::max(1.0, width - 2 * between));
@@ -131,7 +136,7 @@ void drawEdge(QPainter& painter, const PrintDocument& document, const PrintEdge&
   drawText(painter, right - r, baseline, parts[2]);
 }
 
-}  // namespace
+}   // namespace
 
 void drawPage(QPainter& painter, const PrintDocument& document, int index) {
   const PrintPage& page = *document.pages[static_cast<std::size_t>(index)];

@@ -14,7 +14,7 @@
 class QPainter;
 
 struct PrintStyle {
-  QFont font;      // its point size counts
+  QFont font;   // its point size counts
   QColor color;
   bool operator==(const PrintStyle&) const = default;
 };

@@ -6,11 +6,12 @@
 
 namespace {
 constexpr double kInch = 72, kColumnGap = 18;
-}  // namespace
+}   // namespace
 
 // Widths of one style: ASCII from a table (fonts are not kerned), the rest asked of the font and kept.
 struct VSPrinter::Metrics {
-  explicit Metrics(const QFont& f) : font(printFont(f)), metrics(font), scale((f.pointSizeF() > 0 ? f.pointSizeF() : 10) / font.pixelSize()) {
+  explicit Metrics(const QFont& f)
+      : font(printFont(f)), metrics(font), scale((f.pointSizeF() > 0 ? f.pointSizeF() : 10) / font.pixelSize()) {
     for (int c = 32; c < 127; ++c) ascii[c] = metrics.horizontalAdvance(QChar(c)) * scale;
   }
   double width(QStringView text) const {
@@ -180,7 +181,8 @@ void VSPrinter::startLine() {
 void VSPrinter::append(QStringView text, double width) {
   const auto start = static_cast<qint32>(page_->text.size());
   page_->text.append(text);
-  page_->runs.push_back({static_cast<float>(x_), static_cast<float>(y_ + ascent_), start, static_cast<qint32>(text.size()), styleIndex()});
+  page_->runs.push_back(
+      {static_cast<float>(x_), static_cast<float>(y_ + ascent_), start, static_cast<qint32>(text.size()), styleIndex()});
   x_ += width;
 }
 
@@ -189,7 +191,9 @@ void VSPrinter::joinRuns() {
   auto& runs = page_->runs;
   if (runs.size() <= lineRun_ + 1) return;
   std::size_t kept = lineRun_;
-  const auto widthOf = [&](const PrintRun& run) { return metricsOf(run.style).width(QStringView(page_->text).mid(run.start, run.length)); };
+  const auto widthOf = [&](const PrintRun& run) {
+    return metricsOf(run.style).width(QStringView(page_->text).mid(run.start, run.length));
+  };
   double end = runs[kept].x + widthOf(runs[kept]);
   for (std::size_t i = kept + 1; i < runs.size(); ++i) {
     const PrintRun run = runs[i];
@@ -231,7 +235,8 @@ void VSPrinter::breakLine() {
 // Ends the printed line in the middle of a paragraph and begins the next.
 void VSPrinter::wrapLine() {
   if (wrapMark_) {
-    const auto x = static_cast<float>(rightEdge() + 2), y = static_cast<float>(y_ + height_ * 0.6), w = static_cast<float>(std::min(6.0, height_ / 2));
+    const auto x = static_cast<float>(rightEdge() + 2), y = static_cast<float>(y_ + height_ * 0.6),
+               w = static_cast<float>(std::min(6.0, height_ / 2));
     page_->rules.push_back({x + w, y - w, x + w, y});
     page_->rules.push_back({x, y, x + w, y});
     page_->rules.push_back({x, y, x + w / 3, y - w / 3});
@@ -302,7 +307,8 @@ void VSPrinter::place(QStringView text) {
           wrapLine();
           continue;
         }
-        fits = std::min<qsizetype>(word.size(), word[0].isHighSurrogate() && word.size() > 1 ? 2 : 1);   // never nothing: it must end
+        fits =
+            std::min<qsizetype>(word.size(), word[0].isHighSurrogate() && word.size() > 1 ? 2 : 1);   // never nothing: it must end
       }
       lineHasText_ = true;
       append(word.left(fits), metrics().width(word.left(fits)));

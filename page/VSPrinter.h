@@ -19,9 +19,9 @@ class VSPrinter : public QObject {
   // Page set-up, before StartDoc. Margins larger than the sheet are cut down so that a column of at least one inch is left.
   void setPageLayout(const QPageLayout& layout);
   const QPageLayout& pageLayout() const { return layout_; }
-  void setColumns(int columns);                 // 1 or 2 side by side
+  void setColumns(int columns);   // 1 or 2 side by side
 
-  void StartDoc();                              // forgets the pages made before
+  void StartDoc();   // forgets the pages made before
   void EndDoc();
   bool inDocument() const { return inDocument_; }
   void setDocName(const QString& name) { document_.name = name; }
@@ -48,12 +48,15 @@ class VSPrinter : public QObject {
   double IndentTab() const { return indentTab_; }
   void setIndentTab(double points) { indentTab_ = points; }   // distance of the stops of a tab in Print
 
-  double MarginLeft() const;                    // of the present column
-  double CurrentX() { startLine(); return x_; }
-  void setCurrentX(double x);                   // as behind a blank: the line may break there
-  void setWrapMark(bool on) { wrapMark_ = on; } // a small arrow where a line breaks that goes on below
+  double MarginLeft() const;   // of the present column
+  double CurrentX() {
+    startLine();
+    return x_;
+  }
+  void setCurrentX(double x);                     // as behind a blank: the line may break there
+  void setWrapMark(bool on) { wrapMark_ = on; }   // a small arrow where a line breaks that goes on below
   double CurrentY() const { return y_; }
-  double TextWidth(const QString& text);  // in the present style
+  double TextWidth(const QString& text);   // in the present style
   double LineHeight();
 
   // Puts text at the print position; CR LF or LF ends the paragraph. Lines break at blanks and tabs behind which text stands, else
@@ -63,14 +66,14 @@ class VSPrinter : public QObject {
   // A table over the text's width. Format and rows are cells separated by "|", rows end with ";". A format cell is an alignment
   // ("<" left, "^" centre, ">" right), "+" (wrap, always so) and a width such as "1in".
   void AddTable(const QString& format, const QString& header, const QString& rows);
-  double SpaceLeft() const;                     // height below the print position
+  double SpaceLeft() const;   // height below the print position
 
   const PrintDocument& document() const { return document_; }
-  int pageCount() const;                        // pages begun so far
+  int pageCount() const;   // pages begun so far
 
  signals:
-  void NewLineEvent();                          // once for each printed line, the paragraph's last one included
-  void NewPageEvent(int page);                  // page (from 1) has begun
+  void NewLineEvent();           // once for each printed line, the paragraph's last one included
+  void NewPageEvent(int page);   // page (from 1) has begun
 
  private:
   struct Metrics;
@@ -90,7 +93,7 @@ class VSPrinter : public QObject {
   double rightEdge() const;
 
   QPageLayout layout_;
-  QRectF area_;                  // the printable part within the margins
+  QRectF area_;   // the printable part within the margins
   int columns_ = 1, column_ = 0;
   PrintDocument document_;
   std::shared_ptr<PrintPage> page_;
@@ -99,10 +102,10 @@ class VSPrinter : public QObject {
   int style_ = -1;
   double indentLeft_ = 0, indentFirst_ = 0, indentTab_ = 36;
   double x_ = 0, y_ = 0, ascent_ = 0, height_ = 0;
-  std::size_t lineRun_ = 0;      // first run of the present line
-  std::size_t wordRun_ = 0;      // first run behind the last blank of the line
-  bool lineHasText_ = false;     // something other than a label and blanks
-  bool textBeforeWord_ = false;  // ... in front of the last blank
+  std::size_t lineRun_ = 0;       // first run of the present line
+  std::size_t wordRun_ = 0;       // first run behind the last blank of the line
+  bool lineHasText_ = false;      // something other than a label and blanks
+  bool textBeforeWord_ = false;   // ... in front of the last blank
   bool wrapMark_ = false;
   bool inDocument_ = false, lineStarted_ = false, paragraphStarted_ = false;
   QHash<int, std::shared_ptr<Metrics>> metrics_;   // by style

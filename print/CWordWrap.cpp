@@ -20,9 +20,7 @@ constexpr QChar kCommentStart(15), kCommentEnd(16);
 // A number as it is printed: one blank for the sign, then the digits.
 QString signedText(qint64 number) { return QStringLiteral(" %1").arg(number); }
 
-bool isWordChar(QChar c) {
-  return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') || c == u'_';
-}
+bool isWordChar(QChar c) { return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') || c == u'_'; }
 
 // The characters from `at` on that belong together: two for a pair of surrogates.
 QStringView characterAt(QStringView run, qsizetype at) {
@@ -39,9 +37,10 @@ QString printable(QStringView run) {
     const QStringView part = characterAt(run, at);
     at += part.size();
     const char32_t code = part.size() == 2 ? QChar::surrogateToUcs4(part[0], part[1]) : char32_t(part[0].unicode());
-    const QString label = part.size() == 1 && part[0].isLowSurrogate() ? QStringLiteral("%1").arg(code & 0xff, 2, 16, QLatin1Char('0'))
-                          : picture && variesPictures(code)            ? QString()
-                                                                       : hiddenCharLabel(code);
+    const QString label = part.size() == 1 && part[0].isLowSurrogate()
+                              ? QStringLiteral("%1").arg(code & 0xff, 2, 16, QLatin1Char('0'))
+                          : picture && variesPictures(code) ? QString()
+                                                            : hiddenCharLabel(code);
     picture = picture ? variesPictures(code) || isPictograph(code) : isPictograph(code);
     if (label.isEmpty()) text += part;
     else text += u'<' + label + u'>';
@@ -49,7 +48,7 @@ QString printable(QStringView run) {
   return text;
 }
 
-}  // namespace
+}   // namespace
 
 struct CWordWrap::Job {
   VSPrinter& control;
@@ -71,8 +70,9 @@ struct CWordWrap::Job {
 void CWordWrap::PrintSelectedText() {
   printSelection_ = false;
   if (!cmx || cmx->GetSel(true).IsEmpty()) return;
-  printSelection_ = MsgBox(QCoreApplication::translate("CWordWrap", "Do you just want to print the selected text only"),
-                           QCoreApplication::translate("CWordWrap", "Zelkor Printing"), Icon::question, Buttons::yesNo) == Answer::yes;
+  printSelection_ =
+      MsgBox(QCoreApplication::translate("CWordWrap", "Do you just want to print the selected text only"),
+             QCoreApplication::translate("CWordWrap", "Zelkor Printing"), Icon::question, Buttons::yesNo) == Answer::yes;
 }
 
 void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& title, bool lineNumbers, bool& result,
@@ -84,7 +84,8 @@ void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& ti
     first = range.StartLineNo;
     last = range.EndLineNo;
   }
-  if (last > first && last == cmx->LineCount() - 1 && cmx->GetLineLength(last) == 0) --last;   // behind the last line end stands no line
+  if (last > first && last == cmx->LineCount() - 1 && cmx->GetLineLength(last) == 0)
+    --last;   // behind the last line end stands no line
   const QFont font = control.Font();
   const QColor color = control.TextColor();
   control.StartDoc();
@@ -101,8 +102,15 @@ void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& ti
     control.setIndentFirst(0);
   }
   const QString language = cmx->Language();
-  Job job{control, language.isEmpty() ? nullptr : LanguageTable::find(language), control.FontBold(), control.FontItalic(), color,
-          std::max(1, TabSize > 0 ? TabSize : cmx->TabSize()), std::max(0.1, control.TextWidth(QStringLiteral("0"))), false, QChar()};
+  Job job{control,
+          language.isEmpty() ? nullptr : LanguageTable::find(language),
+          control.FontBold(),
+          control.FontItalic(),
+          color,
+          std::max(1, TabSize > 0 ? TabSize : cmx->TabSize()),
+          std::max(0.1, control.TextWidth(QStringLiteral("0"))),
+          false,
+          QChar()};
   const auto labelWidth = signedText(last).size();
   result = true;
   for (qint64 i = first; i <= last; ++i) {
@@ -160,7 +168,8 @@ void CWordWrap::printLine(Job& job, const QString& line) {
       job.plain();
       job.inComment = false;
     } else if (c == u'\t') {
-      const double left = control.MarginLeft() + control.IndentLeft();   // behind the line numbers, so that columns are those of the screen
+      const double left =
+          control.MarginLeft() + control.IndentLeft();   // behind the line numbers, so that columns are those of the screen
       auto column = static_cast<qint64>(std::nearbyint((control.CurrentX() - left) / job.zeroWidth));   // halves to the even one
       column += job.tabSize - column % job.tabSize;
       control.setCurrentX(left + static_cast<double>(column) * job.zeroWidth);
@@ -290,7 +299,8 @@ void CWordWrap::PrintReviewTable(VSPrinter& control) {
   text.setPointSizeF(10);
   text.setBold(false);
   control.setFont(text);
-  QStringList subtitle{plainForDisplay(FilePath), plainForDisplay(UserName), QLocale().toString(QDate::currentDate(), QLocale::ShortFormat)};
+  QStringList subtitle{plainForDisplay(FilePath), plainForDisplay(UserName),
+                       QLocale().toString(QDate::currentDate(), QLocale::ShortFormat)};
   subtitle.removeAll(QString());
   control.Print(QStringLiteral("\r\n") + subtitle.join(QStringLiteral(", ")) + QStringLiteral("\r\n"));
   const double inches = control.pageLayout().paintRectPoints().width() / 72;

@@ -19,19 +19,19 @@ class CWordWrap {
   QString FooterText = QStringLiteral("$User|$Date|Page %d");
   bool HeaderEnabled = true, FooterEnabled = true;
   bool LineNumbers = false;
-  bool WrapMark = false;                  // an arrow where a line goes on in the next
-  int TabSize = 0;                        // 0: the control's
+  bool WrapMark = false;   // an arrow where a line goes on in the next
+  int TabSize = 0;         // 0: the control's
   bool Keywordsbold = false, KeywordsItalic = false;
   bool CommentsBold = true, CommentsItalic = true;
-  QString UserName, FilePath;             // for the review sheet
-  int NewLineCount = 0;                   // printed lines of the present source line; raised by the new-line event
-  CodeMax* cmx = nullptr;                 // the document's control
+  QString UserName, FilePath;   // for the review sheet
+  int NewLineCount = 0;         // printed lines of the present source line; raised by the new-line event
+  CodeMax* cmx = nullptr;       // the document's control
 
   // Colours are off unless set: paper has its own style.
   QColor keywordColor, commentColor, stringColor;
 
   int Pages() const { return pages_; }
-  void setPages(int pages) { pages_ = pages; }           // by the preview, from the control's page event
+  void setPages(int pages) { pages_ = pages; }   // by the preview, from the control's page event
   const std::vector<qint64>& ClippedLines() const { return clippedLines_; }
 
   // An empty delimiter switches that kind of comment off.
@@ -60,8 +60,8 @@ class CWordWrap {
   qsizetype beforeKeyword(const Job& job, const QString& line, qsizetype begin, qsizetype at) const;
 
   QString single_, blockStart_, blockEnd_;
-  bool inBlock_ = false;        // a block comment of an earlier line is open
-  int blockOpenMarker_ = 0;     // 1 while the end of one opened here is looked for
+  bool inBlock_ = false;      // a block comment of an earlier line is open
+  int blockOpenMarker_ = 0;   // 1 while the end of one opened here is looked for
   int pages_ = 0, pageCounter_ = 0;
   bool printSelection_ = false;
   std::vector<qint64> clippedLines_;

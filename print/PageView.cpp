@@ -82,7 +82,8 @@ QRectF PageView::placeOf(int page) const {
   const QSizeF size = sheet();
   const double total = columns() * (size.width() + kGap) + kGap;
   const double left = std::max(0.0, (viewport()->width() - total) / 2);
-  return QRectF(QPointF(left + kGap + (page % columns()) * (size.width() + kGap), kGap + (page / columns()) * (size.height() + kGap)), size);
+  return QRectF(
+      QPointF(left + kGap + (page % columns()) * (size.width() + kGap), kGap + (page / columns()) * (size.height() + kGap)), size);
 }
 
 void PageView::goTo(int page) {
@@ -91,7 +92,8 @@ void PageView::goTo(int page) {
   const QRectF place = placeOf(page);
   verticalScrollBar()->setValue(static_cast<int>(place.top()) - kGap);
   const int left = horizontalScrollBar()->value();
-  if (place.left() >= left + viewport()->width() || place.right() <= left) horizontalScrollBar()->setValue(static_cast<int>(place.left()) - kGap);
+  if (place.left() >= left + viewport()->width() || place.right() <= left)
+    horizontalScrollBar()->setValue(static_cast<int>(place.left()) - kGap);
   current_ = page;
   emit currentPageChanged(current_);
 }
@@ -107,8 +109,10 @@ void PageView::mark(int page, qint32 start, qint32 length) {
     const double unit = zoom_ * logicalDpiX() / 72.0;
     const double x = placeOf(page).left() + run->x * unit, y = placeOf(page).top() + run->baseline * unit;
     const int top = verticalScrollBar()->value(), left = horizontalScrollBar()->value();
-    if (y < top + 40 || y > top + viewport()->height() - 40) verticalScrollBar()->setValue(static_cast<int>(y) - viewport()->height() / 3);
-    if (x < left + 20 || x > left + viewport()->width() - 60) horizontalScrollBar()->setValue(static_cast<int>(x) - viewport()->width() / 3);
+    if (y < top + 40 || y > top + viewport()->height() - 40)
+      verticalScrollBar()->setValue(static_cast<int>(y) - viewport()->height() / 3);
+    if (x < left + 20 || x > left + viewport()->width() - 60)
+      horizontalScrollBar()->setValue(static_cast<int>(x) - viewport()->width() / 3);
   }
   viewport()->update();
 }
@@ -122,8 +126,9 @@ void PageView::drawMark(QPainter& painter) const {
     const QFontMetricsF metrics(printFont(font));
     const double unit = font.pointSizeF() / printFont(font).pixelSize();
     const double before = metrics.horizontalAdvance(page.text.mid(run.start, from - run.start)) * unit;
-    painter.fillRect(QRectF(run.x + before, run.baseline - metrics.ascent() * unit, metrics.horizontalAdvance(page.text.mid(from, to - from)) * unit,
-                            metrics.height() * unit), QColor(255, 220, 80));
+    painter.fillRect(QRectF(run.x + before, run.baseline - metrics.ascent() * unit,
+                            metrics.horizontalAdvance(page.text.mid(from, to - from)) * unit, metrics.height() * unit),
+                     QColor(255, 220, 80));
   }
 }
 

@@ -14,9 +14,9 @@ class PageView : public QAbstractScrollArea {
   void setDocument(const PrintDocument* document);   // null: nothing; call again after pages have come
   void setAcross(int pages);                         // 1 or 2
   void setFit(Fit fit);
-  void setZoom(double factor);                       // 1 = the paper's own size; fit becomes none
+  void setZoom(double factor);   // 1 = the paper's own size; fit becomes none
   double zoom() const { return zoom_; }
-  int currentPage() const { return current_; }       // from 0: the one nearest the view's top
+  int currentPage() const { return current_; }   // from 0: the one nearest the view's top
   void goTo(int page);
   // Marks a stretch of a page's text (find) and brings it into view; page -1 marks nothing.
   void mark(int page, qint32 start, qint32 length);
@@ -33,9 +33,9 @@ class PageView : public QAbstractScrollArea {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
-  int columns() const;                               // pages side by side: no more than there are
-  QSizeF sheet() const;                              // in pixels of the view
-  QRectF placeOf(int page) const;                    // without scrolling
+  int columns() const;              // pages side by side: no more than there are
+  QSizeF sheet() const;             // in pixels of the view
+  QRectF placeOf(int page) const;   // without scrolling
   void relayout();
   void drawMark(QPainter& painter) const;
   void updateCurrent();

@@ -24,15 +24,17 @@ QString tr(const char* text) { return QCoreApplication::translate("PrintJob", te
 // From 1, both included; a printer of which nothing was chosen says 0.
 struct PageRange {
   int first, last;
-  PageRange(const QPrinter& printer, const PrintDocument& document) : first(std::max(1, printer.fromPage())), last(static_cast<int>(document.pages.size())) {
+  PageRange(const QPrinter& printer, const PrintDocument& document)
+      : first(std::max(1, printer.fromPage())), last(static_cast<int>(document.pages.size())) {
     if (printer.toPage() > 0) last = std::min(last, printer.toPage());
   }
 };
-}  // namespace
+}   // namespace
 
 bool printPages(const PrintDocument& document, QWidget* parent, const QString& folder) {
   if (QPrinterInfo::availablePrinterNames().isEmpty()) {
-    const auto answer = MsgBox(tr("No printer is set up. Do you want to save the pages as a PDF file instead?"), tr("Zelkor Printing"), Icon::exclamation, Buttons::yesNo);
+    const auto answer = MsgBox(tr("No printer is set up. Do you want to save the pages as a PDF file instead?"),
+                               tr("Zelkor Printing"), Icon::exclamation, Buttons::yesNo);
     return answer == Answer::yes && savePdf(document, document.name, parent, folder);
   }
   QPrinter printer(QPrinter::HighResolution);
@@ -88,8 +90,9 @@ bool sendPages(QPrinter& printer, const PrintDocument& document, QWidget* parent
 
 bool savePdf(const PrintDocument& document, const QString& proposedName, QWidget*, const QString& folder) {
   int filterIndex = 1;
-  const QString path = frmRegistry::instance().stdSaveFile(tr("Save PDF File"), QStringLiteral("PDF (*.pdf)|*.pdf|(*.*)|*.*|"), filterIndex, folder,
-                                                           QFileInfo(proposedName).completeBaseName() + QStringLiteral(".pdf"));
+  const QString path =
+      frmRegistry::instance().stdSaveFile(tr("Save PDF File"), QStringLiteral("PDF (*.pdf)|*.pdf|(*.*)|*.*|"), filterIndex, folder,
+                                          QFileInfo(proposedName).completeBaseName() + QStringLiteral(".pdf"));
   if (path.isEmpty()) return false;
   return savePages(document, 1, static_cast<int>(document.pages.size()), path);
 }
@@ -124,7 +127,7 @@ bool askForSelection(const PrintSource& source) {
   wrap.PrintSelectedText();
   return wrap.printSelection();
 }
-}  // namespace
+}   // namespace
 
 void PrintPreview(const PrintSource& source, QWidget* parent) {
   const bool selection = askForSelection(source);
@@ -144,7 +147,8 @@ void PrintText(const PrintSource& source, QWidget* parent) {
   bool done = false;
   {
     const Hourglass hourglass;
-    done = source.document ? layOut(*source.document, settings, wrap, printer) : layOut(*source.cmx, source.title, settings, wrap, printer);
+    done = source.document ? layOut(*source.document, settings, wrap, printer)
+                           : layOut(*source.cmx, source.title, settings, wrap, printer);
   }
   if (done && printPages(printer.document(), parent, source.folder())) SetStatusText(tr("Printing Complete"));
 }

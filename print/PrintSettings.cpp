@@ -20,9 +20,10 @@ struct Flag9 {
   const char* name;
   bool CWordWrap::*member;
 };
-constexpr Flag9 kFlags[] = {
-    {"cb", &CWordWrap::CommentsBold}, {"ci", &CWordWrap::CommentsItalic}, {"kb", &CWordWrap::Keywordsbold},
-    {"ki", &CWordWrap::KeywordsItalic}, {"ln", &CWordWrap::LineNumbers}, {"wrapmark", &CWordWrap::WrapMark}, {"he", &CWordWrap::HeaderEnabled}, {"fe", &CWordWrap::FooterEnabled}};
+constexpr Flag9 kFlags[] = {{"cb", &CWordWrap::CommentsBold},  {"ci", &CWordWrap::CommentsItalic},
+                            {"kb", &CWordWrap::Keywordsbold},  {"ki", &CWordWrap::KeywordsItalic},
+                            {"ln", &CWordWrap::LineNumbers},   {"wrapmark", &CWordWrap::WrapMark},
+                            {"he", &CWordWrap::HeaderEnabled}, {"fe", &CWordWrap::FooterEnabled}};
 struct NamedText {
   const char* name;
   QString CWordWrap::*member;
@@ -32,12 +33,13 @@ struct NamedColor {
   const char* name;
   QColor CWordWrap::*member;
 };
-constexpr NamedColor kColors[] = {
-    {"keywordcolor", &CWordWrap::keywordColor}, {"commentcolor", &CWordWrap::commentColor}, {"stringcolor", &CWordWrap::stringColor}};
+constexpr NamedColor kColors[] = {{"keywordcolor", &CWordWrap::keywordColor},
+                                  {"commentcolor", &CWordWrap::commentColor},
+                                  {"stringcolor", &CWordWrap::stringColor}};
 
 QString key(const char* name) { return QLatin1String(name); }
 
-}  // namespace
+}   // namespace
 
 PrintSettings::PrintSettings()
     : font(fixedFont()),
@@ -68,8 +70,8 @@ PrintSettings PrintSettings::load() {
     return value >= 0 && value <= 2000 ? value : otherwise;
   };
   s.layout.setMinimumMargins(QMarginsF());
-  s.layout.setMargins(QMarginsF(margin("marginleft", margins.left()), margin("margintop", margins.top()), margin("marginright", margins.right()),
-                                margin("marginbottom", margins.bottom())));
+  s.layout.setMargins(QMarginsF(margin("marginleft", margins.left()), margin("margintop", margins.top()),
+                                margin("marginright", margins.right()), margin("marginbottom", margins.bottom())));
   return s;
 }
 

@@ -12,16 +12,16 @@ class VSPrinter;
 class frmDocument;
 
 struct PrintSettings {
-  CWordWrap text;                 // its nine options and its colours; the rest of it is not used here
+  CWordWrap text;   // its nine options and its colours; the rest of it is not used here
   QFont font;
-  int columns = 1;                // side by side on a page
+  int columns = 1;   // side by side on a page
   QPageLayout layout;
   // Of one run only, never kept.
   int firstPage = 1, lastPage = 0;   // from 1, both included; 0: to the end
   bool reviewSheet = false;          // one behind each text
 
-  PrintSettings();                // the defaults
-  static PrintSettings load();    // a value that is missing or makes no sense leaves the default
+  PrintSettings();               // the defaults
+  static PrintSettings load();   // a value that is missing or makes no sense leaves the default
   void save() const;
   void applyTo(VSPrinter& printer) const;
   void copyOptionsTo(CWordWrap& wrap) const;

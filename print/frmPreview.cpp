@@ -39,7 +39,8 @@ QString PrintSource::folder() const { return document ? document->CurrentFileDir
 frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* parent)
     : QDialog(parent), source_(source), selection_(printSelection), settings_(PrintSettings::load()), wrap_(new CWordWrap) {
   setObjectName(QStringLiteral("frmPreview"));
-  setWindowTitle(tr("Print Preview") + QStringLiteral(" - ") + plainForDisplay(source.document ? source.document->CurrentFileTitle() : source.title));
+  setWindowTitle(tr("Print Preview") + QStringLiteral(" - ") +
+                 plainForDisplay(source.document ? source.document->CurrentFileTitle() : source.title));
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   resize(1000, 760);
 
@@ -74,7 +75,8 @@ frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* 
   work->addWidget(progress_, 1);
   work->addWidget(stopped_, 1);
   work->addWidget(stop_);
-  for (QWidget* widget : {static_cast<QWidget*>(progress_), static_cast<QWidget*>(stop_), static_cast<QWidget*>(stopped_)}) widget->hide();
+  for (QWidget* widget : {static_cast<QWidget*>(progress_), static_cast<QWidget*>(stop_), static_cast<QWidget*>(stopped_)})
+    widget->hide();
 
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(4, 4, 4, 4);
@@ -141,25 +143,27 @@ QWidget* frmPreview::makeToolBar() {
   pdf_ = add(tr("PD&F..."), "pdf", tr("Save as a PDF file"), [this] { writePdf(); });
   options_ = add(tr("&Options..."), "options", tr("What is printed, and how"), [this] { changeOptions(false); });
   setup_ = add(tr("Page Set-&up..."), "setup", tr("Paper, margins, font and columns"), [this] { changeOptions(true); });
-  review_ = add(tr("&Review Sheet"), "review", tr("A sheet for reviewers' notes instead of the text"), [this] { showReviewSheet(); });
+  review_ =
+      add(tr("&Review Sheet"), "review", tr("A sheet for reviewers' notes instead of the text"), [this] { showReviewSheet(); });
   review_->setCheckable(true);
   page_ = new QSpinBox(bar);
   page_->setRange(1, 1);
   page_->setAccessibleName(tr("Page"));
   page_->setObjectName(QStringLiteral("page"));
   count_ = new QLabel(bar);
-  row->addGroup({arrow(tr("First"), Arrow::first, tr("First page (Home)"), [this] { view_->goTo(0); }),
-                 arrow(tr("Previous"), Arrow::left, tr("Previous page (Page Up)"), [this] { view_->goTo(view_->currentPage() - 1); }),
-                 label(tr("P&age"), page_), page_, count_,
-                 arrow(tr("Next"), Arrow::right, tr("Next page (Page Down)"), [this] { view_->goTo(view_->currentPage() + 1); }),
-                 arrow(tr("Last"), Arrow::last, tr("Last page (End)"), [this] { view_->goTo(page_->maximum() - 1); })});
+  row->addGroup(
+      {arrow(tr("First"), Arrow::first, tr("First page (Home)"), [this] { view_->goTo(0); }),
+       arrow(tr("Previous"), Arrow::left, tr("Previous page (Page Up)"), [this] { view_->goTo(view_->currentPage() - 1); }),
+       label(tr("P&age"), page_), page_, count_,
+       arrow(tr("Next"), Arrow::right, tr("Next page (Page Down)"), [this] { view_->goTo(view_->currentPage() + 1); }),
+       arrow(tr("Last"), Arrow::last, tr("Last page (End)"), [this] { view_->goTo(page_->maximum() - 1); })});
   zoom_ = new QComboBox(bar);
   zoom_->setEditable(true);
   zoom_->setInsertPolicy(QComboBox::NoInsert);
   zoom_->setAccessibleName(tr("Zoom"));
   zoom_->setObjectName(QStringLiteral("zoom"));
-  zoom_->addItems({tr("Whole page"), tr("Page width"), QStringLiteral("50%"), QStringLiteral("75%"), QStringLiteral("100%"), QStringLiteral("150%"),
-                   QStringLiteral("200%"), QStringLiteral("400%")});
+  zoom_->addItems({tr("Whole page"), tr("Page width"), QStringLiteral("50%"), QStringLiteral("75%"), QStringLiteral("100%"),
+                   QStringLiteral("150%"), QStringLiteral("200%"), QStringLiteral("400%")});
   row->addGroup({label(tr("&Zoom"), zoom_), zoom_});
   QAction* two = add(tr("&Two pages"), "two", tr("Two pages side by side"), [] {});
   two->setCheckable(true);
@@ -291,7 +295,8 @@ void frmPreview::fillClipped() {
   clipped_->clear();
   if (reviewSheet_) return;
   for (const qint64 line : wrap_->ClippedLines()) {
-    auto* item = new QListWidgetItem(QStringLiteral("%1: %2").arg(line + 1).arg(plainForDisplay(source_.control()->GetLine(line).trimmed(), 60)), clipped_);
+    auto* item = new QListWidgetItem(
+        QStringLiteral("%1: %2").arg(line + 1).arg(plainForDisplay(source_.control()->GetLine(line).trimmed(), 60)), clipped_);
     item->setData(Qt::UserRole, line);
   }
 }
@@ -315,7 +320,8 @@ void frmPreview::find(bool again) {
   qsizetype from = again ? foundAt_ + 1 : 0;
   for (int tried = 0; tried <= count; ++tried, page = (page + 1) % count, from = 0) {
     const PrintPage& data = *pages[static_cast<std::size_t>(page)];
-    for (qsizetype at = data.text.indexOf(what, from, Qt::CaseInsensitive); at >= 0; at = data.text.indexOf(what, at + 1, Qt::CaseInsensitive)) {
+    for (qsizetype at = data.text.indexOf(what, from, Qt::CaseInsensitive); at >= 0;
+         at = data.text.indexOf(what, at + 1, Qt::CaseInsensitive)) {
       if (!inOneLine(data, at, what.size())) continue;
       foundPage_ = page;
       foundAt_ = at;

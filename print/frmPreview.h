@@ -47,7 +47,7 @@ class frmPreview : public QDialog {
   void layOutText();
 
  signals:
-  void answered();                                    // laying out has given way to the window once more
+  void answered();   // laying out has given way to the window once more
 
  public slots:
   void reject() override;

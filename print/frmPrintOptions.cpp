@@ -59,7 +59,7 @@ QWidget* row(std::initializer_list<QWidget*> widgets) {
   return holder;
 }
 
-}  // namespace
+}   // namespace
 
 QWidget* frmPrintOptions::edgeRow(QLineEdit* edit, const QString& insertText, QLabel* example) {
   auto* insert = new QToolButton;
@@ -150,9 +150,11 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   fontSize_->setDecimals(1);
   fontSize_->setValue(s.font.pointSizeF());
   paper_ = new QComboBox;
-  for (const auto id : {QPageSize::A3, QPageSize::A4, QPageSize::A5, QPageSize::Letter, QPageSize::Legal, QPageSize::Ledger, QPageSize::Tabloid})
+  for (const auto id :
+       {QPageSize::A3, QPageSize::A4, QPageSize::A5, QPageSize::Letter, QPageSize::Legal, QPageSize::Ledger, QPageSize::Tabloid})
     paper_->addItem(QPageSize::name(id), int(id));
-  if (paper_->findData(int(s.layout.pageSize().id())) < 0) paper_->addItem(s.layout.pageSize().name(), int(s.layout.pageSize().id()));
+  if (paper_->findData(int(s.layout.pageSize().id())) < 0)
+    paper_->addItem(s.layout.pageSize().name(), int(s.layout.pageSize().id()));
   paper_->setCurrentIndex(paper_->findData(int(s.layout.pageSize().id())));
   orientation_ = new QComboBox;
   orientation_->addItems({tr("Portrait"), tr("Landscape")});
@@ -191,9 +193,9 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   layout->addWidget(tabs_);
   layout->addWidget(buttons);
   // The order of Tab: each text behind its check box.
-  const QList<QWidget*> order{chkHeader_, txtHeader_, chkFooter_, txtFooter_, chkLineNumbers_, chkKeywordBold_, chkKeywordItalic_,
-                              chkCommentBold_, chkCommentItalic_, chkKeywordColor_, keywordColor_, chkCommentColor_, commentColor_,
-                              chkStringColor_, stringColor_};
+  const QList<QWidget*> order{chkHeader_,      txtHeader_,        chkFooter_,      txtFooter_,        chkLineNumbers_,
+                              chkKeywordBold_, chkKeywordItalic_, chkCommentBold_, chkCommentItalic_, chkKeywordColor_,
+                              keywordColor_,   chkCommentColor_,  commentColor_,   chkStringColor_,   stringColor_};
   for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
   showExamples();
 }
@@ -203,7 +205,9 @@ void frmPrintOptions::showExamples() {
     const PrintEdge edge = GenerateHandF(text, true, QLocale().toString(QDate::currentDate(), QLocale::ShortFormat));
     QStringList parts;
     for (QString part : {edge.left, edge.centre, edge.right})
-      parts << part.replace(QLatin1String("%d"), QLatin1String("1")).replace(QLatin1String("%n"), QLatin1String("9")).remove(kNoField);
+      parts << part.replace(QLatin1String("%d"), QLatin1String("1"))
+                   .replace(QLatin1String("%n"), QLatin1String("9"))
+                   .remove(kNoField);
     label->setText(label->fontMetrics().elidedText(parts.join(QStringLiteral("   |   ")), Qt::ElideRight, 420));
   };
   show(lblHeader_, txtHeader_->text());

@@ -34,7 +34,8 @@ class frmPrintOptions : public QDialog {
   QTabWidget* tabs_;
   QLineEdit *txtHeader_, *txtFooter_;
   QLabel *lblHeader_, *lblFooter_;
-  QCheckBox *chkHeader_, *chkFooter_, *chkLineNumbers_, *chkWrapMark_, *chkKeywordBold_, *chkKeywordItalic_, *chkCommentBold_, *chkCommentItalic_;
+  QCheckBox *chkHeader_, *chkFooter_, *chkLineNumbers_, *chkWrapMark_, *chkKeywordBold_, *chkKeywordItalic_, *chkCommentBold_,
+      *chkCommentItalic_;
   QCheckBox *chkKeywordColor_, *chkCommentColor_, *chkStringColor_;
   QToolButton *keywordColor_, *commentColor_, *stringColor_;
   QFontComboBox* font_;

@@ -3,8 +3,8 @@
 #include <QDir>
 #include <cerrno>
 
-#include "base/QStringBytes.h"
 #include "base/FileNames.h"
+#include "base/QStringBytes.h"
 
 namespace {
 
@@ -68,7 +68,7 @@ class Splitter {
   bool inWord_ = false;
 };
 
-}  // namespace
+}   // namespace
 
 QStringList programArguments(const QString& line, const std::function<void(QString&)>& substitute, const ValueAt& typedAt) {
   Splitter splitter;

@@ -16,7 +16,8 @@ using ValueAt = std::function<const QString*(QStringView rest, qsizetype* length
 //
 // Each word is then handed to `substitute`, which puts the values of variables in: whatever a value holds, it stays part of its one
 // word. What the user typed himself (typedAt) is cut like the line, unless its variable stands in quotes.
-QStringList programArguments(const QString& line, const std::function<void(QString&)>& substitute = {}, const ValueAt& typedAt = {});
+QStringList programArguments(const QString& line, const std::function<void(QString&)>& substitute = {},
+                             const ValueAt& typedAt = {});
 
 // The file of a program: a name with a separator is taken as it is; any other is looked up in the absolute entries of
 // `searchPath` ($PATH's form), never in the current folder. Returns 0 and the file, or an errno value (ENOENT, EACCES).

@@ -11,8 +11,8 @@ namespace process {
 
 namespace {
 
-constexpr int kWatchPeriod = 100;      // milliseconds
-constexpr int kAskAgain = 2000;        // before a window that did not close is asked again
+constexpr int kWatchPeriod = 100;   // milliseconds
+constexpr int kAskAgain = 2000;     // before a window that did not close is asked again
 constexpr int kStillActive = 259;
 
 // Runs the event loop until the program has ended, the time is over (0: no limit) or the application quits. The exit code,
@@ -34,7 +34,7 @@ std::optional<int> waitFor(Program* program, quint32 timeout) {
   return exitCode;
 }
 
-}  // namespace
+}   // namespace
 
 int windowStyle(std::optional<int> asked) {
   return asked && *asked >= 0 && *asked <= kMinimisedNoFocus ? *asked : kMinimisedNoFocus;
@@ -77,6 +77,6 @@ quint32 LaunchAndWatch(const std::vector<std::string>& arguments, std::optional<
   return quint32(waitFor(program, 0).value_or(kStillActive));
 }
 
-}  // namespace process
+}   // namespace process
 
 #include "moc_Process.cpp"

@@ -34,18 +34,19 @@ class Program : public QObject {
  public:
   // arguments[0] is the program's name as findProgram takes it. Null when it does not start; *error is then an errno value.
   static Program* start(const std::vector<std::string>& arguments, std::optional<int> style, int* error);
-  static QList<Program*> running();      // those that have not ended, oldest first
+  static QList<Program*> running();   // those that have not ended, oldest first
 
   qint64 processId() const { return id_; }
   const std::string& name() const { return name_; }   // arguments[0]
   bool ended() const { return ended_; }
   int exitCode() const { return exitCode_; }
-  void stop();                           // asks the whole group to end, and makes it end two seconds later
+  void stop();   // asks the whole group to end, and makes it end two seconds later
   ~Program() override;
 
  signals:
-  void output(const QByteArray& bytes);  // standard output and errors as they come, in pieces of any size; blocks direct receivers only
-  void finished(int exitCode);                          // behind all output that the program itself had written
+  void output(
+      const QByteArray& bytes);   // standard output and errors as they come, in pieces of any size; blocks direct receivers only
+  void finished(int exitCode);    // behind all output that the program itself had written
 
  private:
   Program();
@@ -68,4 +69,4 @@ quint32 LaunchAndWait(const std::vector<std::string>& arguments, std::optional<i
 // "FINISHED" in any case. Where windows cannot be seen only the end is waited for.
 quint32 LaunchAndWatch(const std::vector<std::string>& arguments, std::optional<int> style = {}, const Started& started = {});
 
-}  // namespace process
+}   // namespace process

@@ -20,11 +20,11 @@ namespace process {
 
 namespace {
 
-constexpr int kPieces = 4;               // read in one turn of the event loop, so that a flood does not hold up the keys
-constexpr int kDrainPieces = 64;         // read at the end: more than a pipe holds
+constexpr int kPieces = 4;         // read in one turn of the event loop, so that a flood does not hold up the keys
+constexpr int kDrainPieces = 64;   // read at the end: more than a pipe holds
 constexpr std::size_t kPiece = 64 << 10;
-constexpr int kGrace = 2000;             // milliseconds between asking and making a program end
-constexpr int kPollPeriod = 50;          // where the kernel does not report the end by itself
+constexpr int kGrace = 2000;      // milliseconds between asking and making a program end
+constexpr int kPollPeriod = 50;   // where the kernel does not report the end by itself
 
 QList<Program*>& programs() {
   static QList<Program*> list;
@@ -68,11 +68,11 @@ int spawn(const std::string& file, const std::vector<std::string>& arguments, co
   return error;
 }
 
-}  // namespace
+}   // namespace
 
 struct Program::Impl {
   Program* owner;
-  int fd = -1;                           // what the program prints; -1 when read to the end
+  int fd = -1;   // what the program prints; -1 when read to the end
   std::unique_ptr<QSocketNotifier> notifier;
   int endFd = -1;
   std::unique_ptr<QSocketNotifier> endNotifier;
@@ -167,7 +167,8 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
     impl.endNotifier = std::make_unique<QSocketNotifier>(impl.endFd, QSocketNotifier::Read);
     connect(impl.endNotifier.get(), &QSocketNotifier::activated, program, [&impl] {
       impl.endNotifier->setEnabled(false);
-      QMetaObject::invokeMethod(impl.owner, [&impl] { impl.look(); }, Qt::QueuedConnection);
+      QMetaObject::invokeMethod(
+          impl.owner, [&impl] { impl.look(); }, Qt::QueuedConnection);
     });
   } else {
     connect(&impl.poll, &QTimer::timeout, program, [&impl] { impl.look(); });
@@ -200,6 +201,6 @@ void Program::stop() {
   impl_->grace.start(kGrace);
 }
 
-}  // namespace process
+}   // namespace process
 
 #endif

@@ -17,7 +17,7 @@ QList<Program*>& programs() {
   return list;
 }
 
-}  // namespace
+}   // namespace
 
 struct Program::Impl {
   QProcess child;
@@ -89,6 +89,6 @@ void Program::stop() {
   if (!ended_ && impl_->job) TerminateJobObject(impl_->job, 1);
 }
 
-}  // namespace process
+}   // namespace process
 
 #endif

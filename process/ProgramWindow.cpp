@@ -21,7 +21,7 @@ using Reply = std::unique_ptr<T, Free>;
 
 constexpr unsigned kTitleLength = 256;
 
-}  // namespace
+}   // namespace
 
 struct ProgramWindow::Impl {
   xcb_connection_t* connection = nullptr;
@@ -80,7 +80,9 @@ struct ProgramWindow::Impl {
     }
     // No window manager that tells: the windows right below the root.
     const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
-    if (tree) list.assign(xcb_query_tree_children(tree.get()), xcb_query_tree_children(tree.get()) + xcb_query_tree_children_length(tree.get()));
+    if (tree)
+      list.assign(xcb_query_tree_children(tree.get()),
+                  xcb_query_tree_children(tree.get()) + xcb_query_tree_children_length(tree.get()));
     return list;
   }
 
@@ -131,8 +133,7 @@ void ProgramWindow::close() {
     std::memcpy(&one, list.data() + at, sizeof one);
     takesDelete = takesDelete || one == impl_->deleteWindow;
   }
-  if (takesDelete)
-    impl_->send(impl_->found, impl_->found, impl_->protocols, impl_->deleteWindow, XCB_EVENT_MASK_NO_EVENT);
+  if (takesDelete) impl_->send(impl_->found, impl_->found, impl_->protocols, impl_->deleteWindow, XCB_EVENT_MASK_NO_EVENT);
   else
     impl_->send(impl_->root, impl_->found, impl_->closeWindow, XCB_CURRENT_TIME,
                 XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);

@@ -6,12 +6,12 @@
 
 class ProgramWindow {
  public:
-  ProgramWindow();             // without a window system that shows them every title is empty
+  ProgramWindow();   // without a window system that shows them every title is empty
   ~ProgramWindow();
   // The title of the first top-level window that belongs to the process or to its process group; empty: none.
   // The window is remembered for close().
   QString title(qint64 processId);
-  void close();                // asks the window of the last title() to close, as its close button does
+  void close();   // asks the window of the last title() to close, as its close button does
 
  private:
   struct Impl;

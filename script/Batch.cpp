@@ -44,7 +44,7 @@ void writeTo(int channel, const QString& text) {
 #endif
   for (std::size_t done = 0; done < bytes.size();) {
     const std::int64_t count = text::fileSystem().write(channel, bytes.data() + done, bytes.size() - done);
-    if (count < 0 && count != -EINTR) return;    // a reader that went away
+    if (count < 0 && count != -EINTR) return;   // a reader that went away
     if (count > 0) done += std::size_t(count);
   }
 }
@@ -100,10 +100,10 @@ struct Files {
 
 class BatchFrame : public Frame {
  public:
-  const Files* inUse = nullptr;       // what the whole batch reads and has written
+  const Files* inUse = nullptr;   // what the whole batch reads and has written
   frmDocument* document = nullptr;
-  QString target;                     // where its text goes
-  QString about;                      // the file among several, empty for a single one
+  QString target;   // where its text goes
+  QString about;    // the file among several, empty for a single one
   std::unique_ptr<frmLog> logWindow;
 
   // Each document has a log of its own: nothing of another one's run is left in it.
@@ -164,7 +164,7 @@ int workOn(BatchFrame& own, const QString& path, const std::function<int(frmDocu
   return status;
 }
 
-}  // namespace
+}   // namespace
 
 namespace batch {
 
@@ -215,7 +215,8 @@ int eachDocument(const QStringList& files, const std::function<int(frmDocument&)
   const bool showProgress = files.size() > 1 && isTerminal(kStandardError) && !isTerminal(kStandardOutput);
   int worst = kDone, count = 0;
   for (const QString& path : files) {
-    if (showProgress) writeTo(kStandardError, u"\x1b[K[%1/%2] %3\r"_s.arg(++count).arg(files.size()).arg(plainForDisplay(path, 60)));
+    if (showProgress)
+      writeTo(kStandardError, u"\x1b[K[%1/%2] %3\r"_s.arg(++count).arg(files.size()).arg(plainForDisplay(path, 60)));
     if (files.size() > 1) session.setAbout(own.about = plainForDisplay(path));
     worst = std::max(worst, workOn(own, path, work));
   }
@@ -248,7 +249,7 @@ int run(const BatchOptions& options) {
     if (!options.outputFolder.isEmpty()) {
       const QString target = QDir(options.outputFolder).filePath(document.CurrentFileTitle());
       const QString why = sources.holdsFileOf(target) ? tr("The output folder holds a file that is worked on.")
-                          : targets.contains(target) ? tr("Another file of this name went to the output folder already.")
+                          : targets.contains(target)  ? tr("Another file of this name went to the output folder already.")
                           : !options.replace && text::fileExists(fromQString(target))
                               ? tr("The output folder has a file of this name; --replace allows to replace it.")
                               : QString();
@@ -267,4 +268,4 @@ int run(const BatchOptions& options) {
   return status;
 }
 
-}  // namespace batch
+}   // namespace batch

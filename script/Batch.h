@@ -13,13 +13,13 @@
 class frmDocument;
 
 struct BatchOptions {
-  QString commands;          // the command string
+  QString commands;              // the command string
   int language = 0, macro = 0;   // the positions (from 1) of the macro that it is; 0: none
   bool allowPrograms = false;    // a macro of foreign definitions may start programs (Trust.h)
   QStringList files;
-  bool save = false;         // back to the files that the run changed
-  QString outputFolder;      // not empty: all files go there instead, under their own names
-  bool replace = false;      // also in the place of files that are there already, though never of one of `files`
+  bool save = false;      // back to the files that the run changed
+  QString outputFolder;   // not empty: all files go there instead, under their own names
+  bool replace = false;   // also in the place of files that are there already, though never of one of `files`
 };
 
 namespace batch {
@@ -28,7 +28,7 @@ namespace batch {
 inline constexpr int kDone = 0, kInvalidCommand = 1, kFailed = 2;
 
 // Command strings from elsewhere, into `options`; *error is a text for the person, empty when all is well.
-void commandsFromFile(const QString& path, BatchOptions* options, QString* error);            // --script FILE
+void commandsFromFile(const QString& path, BatchOptions* options, QString* error);             // --script FILE
 void commandsOfMacro(const QString& languageAndName, BatchOptions* options, QString* error);   // --macro LANGUAGE/NAME
 
 // While one lives, boxes go to standard error, answered so that nothing is changed, and settings are not written. For what is done
@@ -52,4 +52,4 @@ int eachDocument(const QStringList& files, const std::function<int(frmDocument& 
 // Needs an application object (any platform plugin). Takes the frame for the time it runs.
 int run(const BatchOptions& options);
 
-}  // namespace batch
+}   // namespace batch

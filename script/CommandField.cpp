@@ -28,7 +28,7 @@ std::vector<Completion> allStatements() {
 
 bool isVariableLetter(QChar c) { return c.isLetterOrNumber(); }
 
-}  // namespace
+}   // namespace
 
 std::vector<Completion> completionsFor(const QString& beforeCaret, qsizetype* begin) {
   std::vector<Completion> all;
@@ -54,13 +54,13 @@ std::vector<Completion> completionsFor(const QString& beforeCaret, qsizetype* be
   for (Completion& completion : all) {
     const bool starts = completion.text.startsWith(piece, Qt::CaseInsensitive);
     // An edit command is also found by the letters behind its prefix.
-    const bool inside = bare.isEmpty() && piece.size() > 1 && blank < 0 && completion.text.mid(3).startsWith(piece, Qt::CaseInsensitive);
+    const bool inside =
+        bare.isEmpty() && piece.size() > 1 && blank < 0 && completion.text.mid(3).startsWith(piece, Qt::CaseInsensitive);
     if (starts || inside) fitting.push_back(std::move(completion));
   }
   // The nearest first: what would be complete, then what is complete soonest.
-  std::stable_sort(fitting.begin(), fitting.end(), [&](const Completion& a, const Completion& b) {
-    return !piece.isEmpty() && a.text.size() < b.text.size();
-  });
+  std::stable_sort(fitting.begin(), fitting.end(),
+                   [&](const Completion& a, const Completion& b) { return !piece.isEmpty() && a.text.size() < b.text.size(); });
   return fitting;
 }
 
@@ -78,7 +78,8 @@ QString commandHelp(const QString& line, qsizetype caret) {
   const QString verb = statements::split(line).verb;
   for (const statements::Verb& row : statements::verbs())
     if (verb == QLatin1String(row.name))
-      return u"%1 %2: %3"_s.arg(QString::fromLatin1(row.name), QString::fromLatin1(row.argument), QString::fromLatin1(row.help)).simplified();
+      return u"%1 %2: %3"_s.arg(QString::fromLatin1(row.name), QString::fromLatin1(row.argument), QString::fromLatin1(row.help))
+          .simplified();
   if (verb.size() <= 3) return {};
   for (const statements::SelectionStatement& row : statements::selectionStatements())
     if (verb.mid(3) == QLatin1String(row.name)) return QString::fromLatin1(row.help);
@@ -178,7 +179,8 @@ void CommandField::offer(bool evenWithoutLetters) {
   delete completer_.model();
   completer_.setModel(model);
   QRect place = cursorRect();
-  place.setWidth(std::min(700, completer_.popup()->sizeHintForColumn(0) + completer_.popup()->verticalScrollBar()->sizeHint().width() + 8));
+  place.setWidth(
+      std::min(700, completer_.popup()->sizeHintForColumn(0) + completer_.popup()->verticalScrollBar()->sizeHint().width() + 8));
   completer_.complete(place);
   completer_.popup()->setCurrentIndex({});   // nothing is chosen until the user goes into the list; Tab takes the first
 }

@@ -21,10 +21,10 @@ class CommandField : public TextField {
   Q_OBJECT
  public:
   explicit CommandField(QWidget* parent = nullptr);
-  void markLine(int line);             // from 1, 0 takes the mark away; the caret goes there
+  void markLine(int line);   // from 1, 0 takes the mark away; the caret goes there
 
  signals:
-  void runAsked();                     // Ctrl+Return
+  void runAsked();   // Ctrl+Return
 
  protected:
   bool event(QEvent* event) override;

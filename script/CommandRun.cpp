@@ -89,7 +89,7 @@ bool saveOne(frmDocument& document) {
   return frame()->saveActive();
 }
 
-}  // namespace
+}   // namespace
 
 void showState(frmDocument* document) {
   if (!document || !frame() || frame()->activeDocument() != document) return;
@@ -126,7 +126,8 @@ void saveAll(CommandRun& run, bool evenUntouched) {
   if (!frame() || run.stopped) return;
   const QList<frmDocument*> open = frame()->documents();
   const QPointer<frmDocument> active = frame()->activeDocument();
-  for (const QPointer<frmDocument>& document : QList<QPointer<frmDocument>>(open.begin(), open.end())) {   // each may ask, and go meanwhile
+  for (const QPointer<frmDocument>& document :
+       QList<QPointer<frmDocument>>(open.begin(), open.end())) {   // each may ask, and go meanwhile
     if (!document || document == run.document || !hasUnsavedFile(*document)) continue;
     const QString title = document->CurrentFileTitle();
     const bool saved = document->DocumentHasName() ? document->SaveDocumment(document->CurrentFileName()) : saveOne(*document);
@@ -165,9 +166,12 @@ void startProgram(CommandRun& run, const QString& commandLine, variables::Answer
     QObject::connect(&program, &process::Program::finished, &program, [&answers](int exitCode) { answers.result = exitCode; });
     if (frmLog* const window = log()) {
       window->watch(program);
-      QObject::connect(&program, &process::Program::output, window, [] {
-        if (frame()) frame()->showLog();
-      }, Qt::SingleShotConnection);
+      QObject::connect(
+          &program, &process::Program::output, window,
+          [] {
+            if (frame()) frame()->showLog();
+          },
+          Qt::SingleShotConnection);
     }
   };
   quint32 result = 0;
@@ -196,4 +200,4 @@ void startProgram(CommandRun& run, const QString& commandLine, variables::Answer
   }
 }
 
-}  // namespace runs
+}   // namespace runs

@@ -18,17 +18,17 @@ class clsLang;
 struct CommandRun {
   QPointer<frmDocument> document;
   bool showLog = false, logEdit = false, restoreCursor = false;
-  std::optional<CmRange> saved;                 // by SELGET
+  std::optional<CmRange> saved;   // by SELGET
   CmRange caret;
-  std::shared_ptr<clsLang> macroOf;             // the language whose macro it is; null: typed by the user
-  bool inStatusBar = false;                     // the status bar speaks of this one being on its way
+  std::shared_ptr<clsLang> macroOf;   // the language whose macro it is; null: typed by the user
+  bool inStatusBar = false;           // the status bar speaks of this one being on its way
   bool stopped = false;
-  QString why;                                  // it was stopped; empty: the user asked for it
-  bool interactive = true;                      // there is a user: programs see what was typed, as a macro saves before them
-  bool stopOnError = false;                     // ONERROR STOP
-  QPointer<process::Program> program;           // that it waits for
+  QString why;                          // it was stopped; empty: the user asked for it
+  bool interactive = true;              // there is a user: programs see what was typed, as a macro saves before them
+  bool stopOnError = false;             // ONERROR STOP
+  QPointer<process::Program> program;   // that it waits for
   std::optional<BusyGuard> busy;
-  SearchState search;                           // the user's while the run works, the run's while it waits
+  SearchState search;   // the user's while the run works, the run's while it waits
   std::unique_ptr<RunStep> documentStep, logStep;
   std::unique_ptr<RunInput> input;
 
@@ -61,4 +61,4 @@ void saveAll(CommandRun& run, bool evenUntouched);
 bool savesBeforePrograms();
 void setSavesBeforePrograms(bool on);
 
-}  // namespace runs
+}   // namespace runs

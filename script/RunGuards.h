@@ -17,7 +17,7 @@ class RunStep {
   RunStep(const RunStep&) = delete;
   RunStep& operator=(const RunStep&) = delete;
   void beginWait(bool keepStep);
-  void closeStep();            // while waiting: what follows is another step
+  void closeStep();   // while waiting: what follows is another step
   void endWait();
 
  private:
@@ -38,7 +38,7 @@ class RunInput : public QObject {
     waiting_ = on;
     touched_ = false;
   }
-  void lookIn();               // often: lets the windows paint and hears Esc when enough time has gone by
+  void lookIn();   // often: lets the windows paint and hears Esc when enough time has gone by
   bool isLooking() const { return looking_; }
 
  signals:

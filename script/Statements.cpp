@@ -6,6 +6,7 @@ namespace statements {
 
 namespace {
 
+// clang-format off
 constexpr Verb kVerbs[] = {
     {Code::echo, "ECHO", "text", "Writes the text into the log; a text that ends in \";\" leaves the line open."},
     {Code::fileInfo, "FILEINFO", "", "Writes path, date, size, lines, comments and blank lines of the document into the log."},
@@ -23,6 +24,7 @@ constexpr Verb kVerbs[] = {
     {Code::logSave, "LOGSAVE", "[file]", "Saves the log; without a name as zelkor.log in the document's folder. A file that is open or worked on is refused."},
     {Code::logToText, "LOGTOTEXT", "", "Inserts the whole log into the document at the caret."},
 };
+// clang-format on
 
 constexpr Variable kVariables[] = {
     {Value::name, "$Name", "the document's file with its path; empty for a new document", true},
@@ -53,7 +55,7 @@ constexpr SelectionStatement kSelections[] = {
     {"SELECTAREA", "Selects from the start of the remembered selection to the end of the present one."},
 };
 
-}  // namespace
+}   // namespace
 
 namespace {
 std::vector<Verb>& allVerbs() {
@@ -64,7 +66,7 @@ std::vector<std::pair<QLatin1String, AddedRun>>& addedRuns() {
   static std::vector<std::pair<QLatin1String, AddedRun>> rows;
   return rows;
 }
-}  // namespace
+}   // namespace
 
 std::span<const Verb> verbs() { return allVerbs(); }
 
@@ -96,4 +98,4 @@ Split split(const QString& line) {
   return {line.left(blank).toUpper(), line.mid(blank + 1)};
 }
 
-}  // namespace statements
+}   // namespace statements

@@ -12,7 +12,23 @@ class CodeMax;
 namespace statements {
 
 enum class Code {
-  logColor = 1, logClear, logToText, logInsertFile, logEdit, logSave, editCommand, shell, normalEdit, echo, usage, fileInfo, invalid, shellW, save, saveAll, onError,
+  logColor = 1,
+  logClear,
+  logToText,
+  logInsertFile,
+  logEdit,
+  logSave,
+  editCommand,
+  shell,
+  normalEdit,
+  echo,
+  usage,
+  fileInfo,
+  invalid,
+  shellW,
+  save,
+  saveAll,
+  onError,
   added
 };
 
@@ -27,29 +43,29 @@ enum class Value { name, date, word, title, stem, user, clip, zelkor, path, resu
 
 struct Variable {
   Value value;
-  const char* name;       // with its "$"
+  const char* name;   // with its "$"
   const char* help;
-  bool isForeign = false; // others may have chosen what it holds
+  bool isForeign = false;   // others may have chosen what it holds
 };
 
 enum class Option { caseSensitive, skipComments, wholeWords, verbose, bookmark, countOnly };
 
 struct UsageOption {
   Option option;
-  const char* text;       // with the blank before it
+  const char* text;   // with the blank before it
   const char* help;
 };
 
-std::span<const Verb> verbs();              // those that upper floors added stand behind
+std::span<const Verb> verbs();   // those that upper floors added stand behind
 
 // A verb that an upper floor gives to the language. It works on the text that edit commands work on, as one undo step with the
 // rest of the run. False: the argument means nothing, the line is invalid.
 using AddedRun = bool (*)(CodeMax& cmx, const QString& argument);
 void addVerb(const char* name, const char* argument, const char* help, AddedRun run);   // texts are not copied
-AddedRun addedRun(QStringView verb);        // null for other verbs
+AddedRun addedRun(QStringView verb);                                                    // null for other verbs
 
-std::span<const Variable> variables();      // in the order in which they are replaced
-std::span<const UsageOption> usageOptions();  // in the order in which they are looked for
+std::span<const Variable> variables();         // in the order in which they are replaced
+std::span<const UsageOption> usageOptions();   // in the order in which they are looked for
 
 // Any verb, in upper case: a row of the table, invalid for "LOG" with other letters, else an edit command.
 Code codeOf(QStringView verb);
@@ -68,4 +84,4 @@ struct SelectionStatement {
 };
 std::span<const SelectionStatement> selectionStatements();   // SELGET, SELSET, SELECTAREA: edit commands of the interpreter's own
 
-}  // namespace statements
+}   // namespace statements

@@ -28,8 +28,9 @@ QString label(const char* text) {
   return QString::fromLatin1(text).leftJustified(kWidth) + u": "_s;
 }
 
-constexpr std::int64_t kLongestLine = 2000, kAround = 100;   // bytes of a line that are listed; of those beside a hit in a longer one
-constexpr qsizetype kLongestReport = 16 << 20;               // characters: the log's own limit is near
+constexpr std::int64_t kLongestLine = 2000,
+                       kAround = 100;            // bytes of a line that are listed; of those beside a hit in a longer one
+constexpr qsizetype kLongestReport = 16 << 20;   // characters: the log's own limit is near
 
 constexpr std::int64_t kStep = 1 << 20;   // bytes of states found between two looks at the control
 
@@ -42,19 +43,23 @@ struct Source {
   text::Snapshot text;
   std::shared_ptr<const text::Highlighter> colors;   // null: no language
 
-  explicit Source(TextModel& model) : text(model.snapshot()), colors(model.highlighter() ? LanguageTable::find(model.language()) : nullptr) {}
+  explicit Source(TextModel& model)
+      : text(model.snapshot()), colors(model.highlighter() ? LanguageTable::find(model.language()) : nullptr) {}
 };
 
 // The comments of a text, line by line from the top; a line's tokens are found once.
 class Comments {
  public:
-  Comments(const Source& source, const text::SearchControl& control) : source_(source), control_(control) { states_.setHighlighter(source.colors); }
+  Comments(const Source& source, const text::SearchControl& control) : source_(source), control_(control) {
+    states_.setHighlighter(source.colors);
+  }
 
   bool holds(text::ByteOffset at) {
     const text::LineNo line = source_.text.lineAt(at);
     scan(line);
     const std::int64_t column = at - source_.text.lineStart(line);
-    const auto behind = std::partition_point(tokens_.begin(), tokens_.end(), [&](const text::Token& token) { return token.begin <= column; });
+    const auto behind =
+        std::partition_point(tokens_.begin(), tokens_.end(), [&](const text::Token& token) { return token.begin <= column; });
     if (behind == tokens_.begin()) return false;
     const text::Token& token = *std::prev(behind);
     return token.kind == text::TokenKind::comment && column < token.begin + token.length;
@@ -105,7 +110,8 @@ QString shownLine(const text::Snapshot& text, text::LineNo line, text::ByteRange
   if (shown.length() > kLongestLine) shown.end = shown.begin + kLongestLine;
   while (shown.begin > whole.begin && isInsideCharacter(text.at(shown.begin))) --shown.begin;
   while (shown.end < whole.end && isInsideCharacter(text.at(shown.end))) ++shown.end;
-  return (shown.begin > whole.begin ? u"\u2026"_s : QString()) + toQString(text.bytes(shown)) + (shown.end < whole.end ? u"\u2026"_s : QString());
+  return (shown.begin > whole.begin ? u"\u2026"_s : QString()) + toQString(text.bytes(shown)) +
+         (shown.end < whole.end ? u"\u2026"_s : QString());
 }
 
 using statements::Option;
@@ -119,8 +125,8 @@ struct Found {
   qsizetype unlisted = 0;
 };
 
-Found findAll(const Source& source, const QString& what, const text::SearchOptions& search, const std::set<Option>& options, const QString& place,
-              text::SearchControl& control) {
+Found findAll(const Source& source, const QString& what, const text::SearchOptions& search, const std::set<Option>& options,
+              const QString& place, text::SearchControl& control) {
   const auto has = [&](Option option) { return options.count(option) != 0; };
   const text::Snapshot& text = source.text;
   Found found;
@@ -161,7 +167,7 @@ Found findAll(const Source& source, const QString& what, const text::SearchOptio
   return found;
 }
 
-}  // namespace
+}   // namespace
 
 LineCounts countLines(frmDocument& document) {
   const Source source(*document.cmx->model());
@@ -169,10 +175,8 @@ LineCounts countLines(frmDocument& document) {
   document.cmx->editor().host().work(source.text.size().value, [&](text::SearchControl& control) {
     Comments comments(source, control);
     for (text::LineNo line; line.value < source.text.lineCount() && !control.cancel; ++line) {
-      if (isBlank(source.text.line(line)))
-        ++counts.blank;
-      else if (comments.fills(line))
-        ++counts.comments;
+      if (isBlank(source.text.line(line))) ++counts.blank;
+      else if (comments.fills(line)) ++counts.comments;
       control.bytesDone = source.text.lineStart(line).value;
     }
     counts.whole = !control.cancel;
@@ -184,17 +188,21 @@ QString fileInformation(frmDocument& document) {
   const bool named = !document.CurrentFileName().isEmpty();
   const text::FileStamp file = named ? text::stampOf(fromQString(document.CurrentFileName()), false) : text::FileStamp();
   QStringList lines;
-  const QString path = named ? document.CurrentFileName() : document.CurrentFileDir() + QDir::separator() + document.CurrentFileTitle();
+  const QString path =
+      named ? document.CurrentFileName() : document.CurrentFileDir() + QDir::separator() + document.CurrentFileTitle();
   lines << label("Path") + plainForDisplay(path, INT_MAX);   // a name may hold a line break
   const QDateTime time = file.exists ? QDateTime::fromMSecsSinceEpoch(file.status.mtimeNs / 1'000'000) : QDateTime();
   lines << label("Last Modified") +
-               (time.isValid() ? QLocale().toString(time.date(), QLocale::ShortFormat) + time.time().toString(u" hh:mm:ss"_s) : QString());
+               (time.isValid() ? QLocale().toString(time.date(), QLocale::ShortFormat) + time.time().toString(u" hh:mm:ss"_s)
+                               : QString());
   lines << label("Size") + QString::number(document.cmx->TextLength()) + u" bytes"_s;
   const qint64 total = document.cmx->LineCount();
   lines << label("Lines") + QString::number(total);
   if (document.LanguageIndex() > 0) {
     const LineCounts counts = countLines(document);
-    if (counts.whole) lines << label("Comments") + u"%1 (%2%)"_s.arg(counts.comments).arg(std::llround(100.0 * double(counts.comments) / double(total)));
+    if (counts.whole)
+      lines << label("Comments") +
+                   u"%1 (%2%)"_s.arg(counts.comments).arg(std::llround(100.0 * double(counts.comments) / double(total)));
     if (counts.whole) lines << label("Blank Lines") + QString::number(counts.blank);
   }
   if (named && text::writeProtected(fromQString(document.CurrentFileName()))) lines << u"Read Only"_s;
@@ -226,14 +234,15 @@ QString usage(frmDocument& document, const QString& argument, const QString& abo
   const QString place = about.isEmpty() ? about : about + u':', ofFile = about.isEmpty() ? about : place + u' ';
   Found found;
   const Source source(*cmx.model());
-  cmx.editor().host().work(source.text.size().value, [&](text::SearchControl& control) {
-    found = findAll(source, what, search, options, place, control);
-  });
+  cmx.editor().host().work(source.text.size().value,
+                           [&](text::SearchControl& control) { found = findAll(source, what, search, options, place, control); });
   if (found.cancelled) return ofFile + QCoreApplication::translate("mCMXParser", "Cancelled") + u"\r\n"_s;
   if (!found.error.empty()) return ofFile + QString::fromStdString(found.error) + u"\r\n"_s;
   if (has(Option::bookmark)) cmx.model()->setBookmarks(found.lines, true);
-  if (found.unlisted > 0) found.report += ofFile + QCoreApplication::translate("mCMXParser", "[%1 more not listed]").arg(found.unlisted) + u"\r\n"_s;
-  return found.report + ofFile + QCoreApplication::translate("mCMXParser", "%1 occurrence(s) of '%2'").arg(found.number).arg(what) + u"\r\n"_s;
+  if (found.unlisted > 0)
+    found.report += ofFile + QCoreApplication::translate("mCMXParser", "[%1 more not listed]").arg(found.unlisted) + u"\r\n"_s;
+  return found.report + ofFile + QCoreApplication::translate("mCMXParser", "%1 occurrence(s) of '%2'").arg(found.number).arg(what) +
+         u"\r\n"_s;
 }
 
-}  // namespace reports
+}   // namespace reports

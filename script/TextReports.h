@@ -22,4 +22,4 @@ struct LineCounts {
 };
 LineCounts countLines(frmDocument& document);
 
-}  // namespace reports
+}   // namespace reports

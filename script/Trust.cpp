@@ -23,7 +23,8 @@ bool all = false;
 QString contentOf(ucCM& manager) {
   QCryptographicHash hash(QCryptographicHash::Sha256);
   for (const auto& language : *manager.Languages())
-    if (manager.isForeign() || language->isForeign) hash.addData(QByteArray::fromStdString(fromQString(definition::writeLanguage(*language, false))));
+    if (manager.isForeign() || language->isForeign)
+      hash.addData(QByteArray::fromStdString(fromQString(definition::writeLanguage(*language, false))));
   return QString::fromLatin1(hash.result().toHex());
 }
 
@@ -40,17 +41,18 @@ bool isKnown(const QString& content, const QString& question) {
   return true;
 }
 
-}  // namespace
+}   // namespace
 
 bool allowAll(bool on) { return std::exchange(all, on); }
 
 bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager) {
   if (all || !(manager.isForeign() || language.isForeign)) return true;
   const QString next = deed == Deed::start ? tr("It is about to start") : tr("It is about to write the file");
-  const QString question = tr("The language %1 comes from elsewhere: its definition (now in %2) is neither an installed one nor your own. "
-                              "%3\r\n%4\r\nDo you want to allow it to start programs and to write files?");
-  return isKnown(contentOf(manager), question.arg(plainForDisplay(language.Name, 100), plainForDisplay(manager.IniFile(), 300), next,
-                                                  plainForDisplay(what, 500)));
+  const QString question =
+      tr("The language %1 comes from elsewhere: its definition (now in %2) is neither an installed one nor your own. "
+         "%3\r\n%4\r\nDo you want to allow it to start programs and to write files?");
+  return isKnown(contentOf(manager), question.arg(plainForDisplay(language.Name, 100), plainForDisplay(manager.IniFile(), 300),
+                                                  next, plainForDisplay(what, 500)));
 }
 
 bool mayBeValue(const QString& what, const QString& shown) {
@@ -61,4 +63,4 @@ bool mayBeValue(const QString& what, const QString& shown) {
                      .arg(plainForDisplay(shown, 500)));
 }
 
-}  // namespace trust
+}   // namespace trust

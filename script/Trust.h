@@ -23,4 +23,4 @@ bool mayBeValue(const QString& what, const QString& shown);
 // While on, nothing is asked: batch mode, when its command line says so. Returns what it was.
 bool allowAll(bool on);
 
-}  // namespace trust
+}   // namespace trust

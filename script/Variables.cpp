@@ -53,7 +53,7 @@ QString valueOf(statements::Value value, frmDocument* document, const Answers& a
   return {};
 }
 
-}  // namespace
+}   // namespace
 
 void Answers::clear() { *this = {}; }
 
@@ -74,10 +74,8 @@ void substitute(QString& text, frmDocument* document, const Answers& answers) {
   for (const statements::Variable& variable : statements::variables()) {
     const QString name = QString::fromLatin1(variable.name);
     if (!text.contains(name, Qt::CaseInsensitive)) continue;
-    if (variable.value == statements::Value::output)
-      substituteAnswers(text, answers);
-    else
-      text.replace(name, valueOf(variable.value, document, answers), Qt::CaseInsensitive);
+    if (variable.value == statements::Value::output) substituteAnswers(text, answers);
+    else text.replace(name, valueOf(variable.value, document, answers), Qt::CaseInsensitive);
   }
 }
 
@@ -130,4 +128,4 @@ void expandPrompts(QString& text, Answers& answers) {
   }
 }
 
-}  // namespace variables
+}   // namespace variables

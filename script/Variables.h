@@ -13,9 +13,9 @@ class Answers {
  public:
   static constexpr int kSlots = 20;
   void clear();
-  int add(const QString& answer);               // the slot it went into
-  const QString* at(qsizetype slot) const;      // null: not used
-  int result = 0;                               // exit code
+  int add(const QString& answer);            // the slot it went into
+  const QString* at(qsizetype slot) const;   // null: not used
+  int result = 0;                            // exit code
  private:
   std::array<QString, kSlots> values_;
   int next_ = 0;
@@ -38,4 +38,4 @@ bool holdsForeignValue(const QString& text);
 // empty answer. Where what stands behind a name may begin with a digit, the name gets an end that goes when the answer is put in.
 void expandPrompts(QString& text, Answers& answers);
 
-}  // namespace variables
+}   // namespace variables

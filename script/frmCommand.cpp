@@ -22,9 +22,10 @@ const QString kHistoryKey = u"Software\\Zelkor Editor\\Commands"_s;
 
 QString entryName(int n) { return u"COMMAND%1"_s.arg(n); }
 
-}  // namespace
+}   // namespace
 
-frmCommand::frmCommand(QWidget* parent) : QDialog(parent), field_(new CommandField(this)), help_(new QLabel(this)), report_(new QLabel(this)) {
+frmCommand::frmCommand(QWidget* parent)
+    : QDialog(parent), field_(new CommandField(this)), help_(new QLabel(this)), report_(new QLabel(this)) {
   setWindowTitle(tr("Command"));
   setSizeGripEnabled(true);
   field_->setFont(fixedFont());
@@ -98,9 +99,7 @@ void frmCommand::run() {
       report_->setText(outcome.text.isEmpty() ? tr("Stopped in line %1.").arg(outcome.line)
                                               : tr("Stopped in line %1: %2").arg(outcome.line).arg(outcome.text));
       break;
-    case mCMXParser::Ending::refused:
-      report_->setText(tr("There is no document to work on."));
-      break;
+    case mCMXParser::Ending::refused: report_->setText(tr("There is no document to work on.")); break;
   }
   field_->setFocus();
 }

@@ -18,9 +18,9 @@ class frmCommand : public QDialog {
 
   QString commands() const;
   void setCommands(const QString& text);
-  void run();                          // what the Run button does
+  void run();                                               // what the Run button does
   const QStringList& history() const { return history_; }   // newest first
-  void recall(int step);               // 1: the next older one, -1: the next newer one; what was typed comes after the newest
+  void recall(int step);   // 1: the next older one, -1: the next newer one; what was typed comes after the newest
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -33,6 +33,6 @@ class frmCommand : public QDialog {
   QLabel *help_, *report_;
   QPushButton *run_, *older_, *newer_;
   QStringList history_;
-  QString typed_;                      // before recalling began
-  int recalled_ = -1;                  // entry of the history that is shown; -1: what was typed
+  QString typed_;       // before recalling began
+  int recalled_ = -1;   // entry of the history that is shown; -1: what was typed
 };

@@ -29,10 +29,9 @@ namespace {
 
 using statements::Code;
 
-
 QString tr(const char* text) { return QCoreApplication::translate("mCMXParser", text); }
 
-CommandRun* current = nullptr;                         // null: none
+CommandRun* current = nullptr;   // null: none
 bool interactive = true;
 variables::Answers answers;
 
@@ -79,7 +78,7 @@ bool selectionStatement(CommandRun& run, CodeMax& cmx, const QString& name) {
 }
 
 bool runEditCommand(CommandRun& run, const statements::Split& statement) {
-  constexpr qsizetype kPrefix = 3;              // letters that every edit command has in front, whatever they are
+  constexpr qsizetype kPrefix = 3;   // letters that every edit command has in front, whatever they are
   if (statement.verb.size() < kPrefix) return false;
   const QString name = statement.verb.mid(kPrefix);
   CodeMax* const cmx = target(run);
@@ -104,7 +103,9 @@ bool isTrusted(CommandRun& run, trust::Deed deed, const QString& what) {
 QString logFile(const CommandRun& run, const QString& argument) {
   if (!argument.isEmpty()) return argument;
   const frmDocument* const document = documentOf(run);
-  const QString folder = document && document->DocumentHasName() && !isInstalled(document->CurrentFileDir()) ? document->CurrentFileDir() : currentFolder();
+  const QString folder = document && document->DocumentHasName() && !isInstalled(document->CurrentFileDir())
+                             ? document->CurrentFileDir()
+                             : currentFolder();
   return folder + u"/zelkor.log"_s;
 }
 
@@ -131,10 +132,13 @@ bool execute(CommandRun& run, const QString& line, bool replaced = false) {
     case Code::logEdit: run.showLog = run.logEdit = true; return true;
     case Code::normalEdit: run.logEdit = false; return true;
     case Code::logSave:
-      if (const QString path = logFile(run, argument); window && isTrusted(run, trust::Deed::write, path)) window->SaveDocumment(path);
+      if (const QString path = logFile(run, argument); window && isTrusted(run, trust::Deed::write, path))
+        window->SaveDocumment(path);
       return true;
     case Code::shell:
-    case Code::shellW: runs::startProgram(run, argument, answers, statements::codeOf(statement.verb) == Code::shell, replaced); return true;
+    case Code::shellW:
+      runs::startProgram(run, argument, answers, statements::codeOf(statement.verb) == Code::shell, replaced);
+      return true;
     case Code::save:
     case Code::saveAll: {
       const bool all = statements::codeOf(statement.verb) == Code::saveAll;
@@ -190,7 +194,8 @@ void reportInvalid(int language, int macro, const QString& line) {
   if (language > 0 && macro > 0 && frame()) frame()->showMacro(language, macro, text);
   MsgBox(plainForDisplay(text));
   // Without a window the box and the log are seen as one, and once is enough.
-  if (frmLog* const window = log(); window && interactive) window->AppendLog(u"\r\n"_s + tr("Invalid Command %1").arg(line), frmLog::Stream::errors);
+  if (frmLog* const window = log(); window && interactive)
+    window->AppendLog(u"\r\n"_s + tr("Invalid Command %1").arg(line), frmLog::Stream::errors);
 }
 
 Outcome runLines(CommandRun& run, const QString& commands) {
@@ -226,7 +231,7 @@ class Current {
   Current& operator=(const Current&) = delete;
 };
 
-}  // namespace
+}   // namespace
 
 QString InvalidCommandText(const QString& line) { return tr("Invalid Command : %1").arg(line); }
 
@@ -243,7 +248,8 @@ Outcome Run(int language, int macro, const QString& commands) {
   answers.clear();
   run.interactive = interactive;
   run.document = document;
-  if (macro > 0 && language > 0 && language <= languages().Languages()->Count()) run.macroOf = languages().Languages()->Item(language);
+  if (macro > 0 && language > 0 && language <= languages().Languages()->Count())
+    run.macroOf = languages().Languages()->Item(language);
   run.caret = document->cmx->GetSel(false);
   run.busy.emplace();
   std::swap(run.search, usersSearch());   // nothing that a dialog left behind changes a run, nor the other way
@@ -307,4 +313,4 @@ QString FileInformation() {
 
 void setInteractive(bool on) { interactive = on; }
 
-}  // namespace mCMXParser
+}   // namespace mCMXParser

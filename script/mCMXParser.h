@@ -12,32 +12,32 @@ namespace mCMXParser {
 
 enum class Ending {
   done,
-  invalid,    // a line that means nothing; it has been reported, and the lines before it have taken effect
-  stopped,    // by the user, or because the document or the program went away
-  refused     // no document, or a run is on its way: nothing was done
+  invalid,   // a line that means nothing; it has been reported, and the lines before it have taken effect
+  stopped,   // by the user, or because the document or the program went away
+  refused    // no document, or a run is on its way: nothing was done
 };
 
 struct Outcome {
   Ending ending = Ending::done;
-  int line = 0;        // invalid and stopped: the line where it ended, from 1
-  QString text;        // invalid: that line with its variables replaced; stopped: why, empty when by the user
+  int line = 0;   // invalid and stopped: the line where it ended, from 1
+  QString text;   // invalid: that line with its variables replaced; stopped: why, empty when by the user
 };
 
 // Runs a command string on the frame's active document. language and macro (from 1) say which macro runs; both are 0 for
 // other texts. A failing macro is opened in the definitions editor.
 Outcome Run(int language, int macro, const QString& commands);
 bool isRunning();
-bool isBetweenStatements();                  // events come in while the text is half done: nothing may open, close or read one
-void Stop();                                 // ends the run at the next statement, with the program that it waits for
+bool isBetweenStatements();   // events come in while the text is half done: nothing may open, close or read one
+void Stop();                  // ends the run at the next statement, with the program that it waits for
 
 // The pieces of a run, of use elsewhere (print headers, tool commands).
-void SubstituteVariables(QString& text);     // values of the active document; texts without "$" are left alone
-void ExpandPrompts(QString& text);           // "$Input(prompt)" becomes "$Output" and a number; the answer is its value
-bool ExecuteStatement(const QString& line);  // false: invalid command
-QString FileInformation();                   // of the active document, lines parted by CR LF; empty without one
+void SubstituteVariables(QString& text);           // values of the active document; texts without "$" are left alone
+void ExpandPrompts(QString& text);                 // "$Input(prompt)" becomes "$Output" and a number; the answer is its value
+bool ExecuteStatement(const QString& line);        // false: invalid command
+QString FileInformation();                         // of the active document, lines parted by CR LF; empty without one
 QString InvalidCommandText(const QString& line);   // the text of the report's box
 
 // Without a person (batch mode): statements that open a dialog of their own do nothing.
 void setInteractive(bool on);
 
-}  // namespace mCMXParser
+}   // namespace mCMXParser

@@ -131,6 +131,6 @@ class Reader {
   bool ended_ = false;
 };
 
-}  // namespace
+}   // namespace
 
 bool registryExport::read(const QString& text, std::vector<RegistryText::Section>& sections) { return Reader(text).read(sections); }

@@ -13,4 +13,4 @@ inline constexpr QStringView kHeader = u"Windows Registry Editor Version 5.00"; 
 // other items have no `raw`.
 bool read(const QString& text, std::vector<RegistryText::Section>& sections);
 
-}  // namespace registryExport
+}   // namespace registryExport

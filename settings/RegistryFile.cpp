@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "base/QStringBytes.h"
 #include "base/Program.h"
+#include "base/QStringBytes.h"
 #include "base/Strings.h"
 #include "text/file/FileIo.h"
 
@@ -18,8 +18,8 @@ using namespace registry;
 namespace {
 
 constexpr int kQuietTime = 400, kRetryTime = 15000, kWindowTime = 500;   // milliseconds
-constexpr std::size_t kSizeLimit = 32u << 20;         // no honest settings file comes near
-constexpr int kLongestName = 255;                     // of one part of a key path, as in the registry
+constexpr std::size_t kSizeLimit = 32u << 20;                            // no honest settings file comes near
+constexpr int kLongestName = 255;                                        // of one part of a key path, as in the registry
 
 QString hiveName(quint32 hive) {
   switch (hive) {
@@ -38,18 +38,20 @@ bool printable(const QString& name) {
   return true;
 }
 
-
 int codeOf(int error) {
   switch (-error) {
     case ENOENT: return kNotFound;
-    case EACCES: case EPERM: case EROFS: return kAccessDenied;
-    case ENOSPC: case EDQUOT: return kDiskFull;
+    case EACCES:
+    case EPERM:
+    case EROFS: return kAccessDenied;
+    case ENOSPC:
+    case EDQUOT: return kDiskFull;
     case EWOULDBLOCK: return kSharingViolation;
     default: return kWriteFault;
   }
 }
 
-}  // namespace
+}   // namespace
 
 // The lock file stays in its place: removing it would let two processes hold "the" lock.
 class RegistryFile::Lock {
@@ -169,7 +171,8 @@ void RegistryFile::load() {
   if ((found == Found::damaged || found == Found::unreadable) && !told_) {
     told_ = true;
     const QString why = found == Found::damaged ? QCoreApplication::translate("RegistryFile", "it is damaged") : reason_;
-    report(QCoreApplication::translate("RegistryFile", "The settings file %1 cannot be used (%2). The editor starts with its defaults.")
+    report(QCoreApplication::translate("RegistryFile",
+                                       "The settings file %1 cannot be used (%2). The editor starts with its defaults.")
                .arg(plainForDisplay(path_), plainForDisplay(why)));
   }
 }
@@ -294,7 +297,8 @@ int RegistryFile::writeOut() {
   for (const Change& change : changes_) apply(change, merged);
   const QByteArray bytes = merged.toBytes();
   if (bytes != bytes_) {
-    const text::SaveResult result = text::saveBytes(fromQString(path_), std::string_view(bytes.data(), std::size_t(bytes.size())), 0600);
+    const text::SaveResult result =
+        text::saveBytes(fromQString(path_), std::string_view(bytes.data(), std::size_t(bytes.size())), 0600);
     if (!result.ok()) {
       reason_ = QString::fromStdString(result.error);
       return kWriteFault;

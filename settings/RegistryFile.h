@@ -44,20 +44,20 @@ class RegistryFile : public registry::Store {
   void load();
   Found readFile(RegistryText& text);
   Found readOldFile(RegistryText& text) const;
-  int setAside();                  // under the lock
-  void tellOfDamage();             // not under the lock
+  int setAside();        // under the lock
+  void tellOfDamage();   // not under the lock
   void report(const QString& text);
-  int writeOut();                  // under the lock
+  int writeOut();   // under the lock
   void record(Change change);
   static void apply(const Change& change, RegistryText& text);
   void schedule(int milliseconds);
 
   QString path_, oldPath_;
-  RegistryText text_;              // the settings as this process sees them
-  std::vector<Change> changes_;    // not yet in the file
-  QString reason_;                 // of the last failure, in the system's words
-  QString keptAs_;                 // the damaged file's new name
-  QByteArray bytes_;               // of the file at the last reading
+  RegistryText text_;             // the settings as this process sees them
+  std::vector<Change> changes_;   // not yet in the file
+  QString reason_;                // of the last failure, in the system's words
+  QString keptAs_;                // the damaged file's new name
+  QByteArray bytes_;              // of the file at the last reading
   QTimer timer_;
   int lockPatience_ = 3000;
   bool loaded_ = false, readOnly_ = false, told_ = false, complained_ = false;

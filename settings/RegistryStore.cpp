@@ -36,4 +36,4 @@ Store* setStore(Store* replacement) {
   return old;
 }
 
-}  // namespace registry
+}   // namespace registry

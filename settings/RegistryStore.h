@@ -10,13 +10,20 @@
 
 namespace registry {
 
-inline constexpr quint32 kClassesRoot = 0x80000000, kCurrentUser = 0x80000001, kLocalMachine = 0x80000002,
-                         kUsers = 0x80000003, kCurrentConfig = 0x80000005;
+inline constexpr quint32 kClassesRoot = 0x80000000, kCurrentUser = 0x80000001, kLocalMachine = 0x80000002, kUsers = 0x80000003,
+                         kCurrentConfig = 0x80000005;
 inline constexpr int kText = 1, kNumber = 4;   // REG_SZ, REG_DWORD
 
 enum Result {
-  kSuccess = 0, kNotFound = 2, kAccessDenied = 5, kInvalidHandle = 6, kWriteFault = 29, kReadFault = 30, kSharingViolation = 32,
-  kInvalidParameter = 87, kDiskFull = 112
+  kSuccess = 0,
+  kNotFound = 2,
+  kAccessDenied = 5,
+  kInvalidHandle = 6,
+  kWriteFault = 29,
+  kReadFault = 30,
+  kSharingViolation = 32,
+  kInvalidParameter = 87,
+  kDiskFull = 112
 };
 
 class Store {
@@ -36,4 +43,4 @@ Store& store();
 // Exchanges the store (null: the platform's own again) and returns the old one, or null when that was the platform's own.
 Store* setStore(Store* replacement);
 
-}  // namespace registry
+}   // namespace registry

@@ -17,8 +17,7 @@ std::optional<QString> decode(const QByteArray& bytes) {
   if (bytes.startsWith("\xFF\xFE")) {   // only the registry editor writes that
     if (bytes.size() % 2 != 0) return std::nullopt;
     QString text(bytes.size() / 2 - 1, Qt::Uninitialized);
-    for (qsizetype i = 0; i < text.size(); ++i)
-      text[i] = QChar(ushort(uchar(bytes[2 * i + 2]) | uchar(bytes[2 * i + 3]) << 8));
+    for (qsizetype i = 0; i < text.size(); ++i) text[i] = QChar(ushort(uchar(bytes[2 * i + 2]) | uchar(bytes[2 * i + 3]) << 8));
     return text;
   }
   QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
@@ -44,7 +43,8 @@ QString quoted(const QString& text) {
       out += u"\\t";
     } else if (pair) {
       (out += c) += text[++i];
-    } else if (c.isSurrogate() || c.category() == QChar::Other_Control || c == QChar(0xFEFF) || c == QChar(0x2028) || c == QChar(0x2029)) {
+    } else if (c.isSurrogate() || c.category() == QChar::Other_Control || c == QChar(0xFEFF) || c == QChar(0x2028) ||
+               c == QChar(0x2029)) {
       out += u"\\u"_s + QString::number(c.unicode(), 16).rightJustified(4, u'0');
     } else {
       out += c;
@@ -67,7 +67,8 @@ bool takeQuoted(QStringView& rest, QString& out) {
         case 'n': c = u'\n'; break;
         case 'r': c = u'\r'; break;
         case 't': c = u'\t'; break;
-        case '"': case '\\': c = rest[at]; break;
+        case '"':
+        case '\\': c = rest[at]; break;
         case 'u': {
           const QStringView digits = rest.mid(at + 1, 4);
           bool good = false;
@@ -102,7 +103,8 @@ QString rendered(const QString& name, const QVariant& value) {
 
 QString headOf(const QString& key) {
   QStringView shown(key);
-  if (shown.startsWith(kMachine) && shown.mid(kMachine.size()).startsWith(u'\\') && !shown.mid(kMachine.size() + 1).startsWith(kHives, Qt::CaseInsensitive))
+  if (shown.startsWith(kMachine) && shown.mid(kMachine.size()).startsWith(u'\\') &&
+      !shown.mid(kMachine.size() + 1).startsWith(kHives, Qt::CaseInsensitive))
     shown = shown.mid(kMachine.size() + 1);
   return u'[' + shown.toString() + u']';
 }
@@ -164,7 +166,7 @@ bool readOwn(const QString& text, std::vector<RegistryText::Section>& sections) 
   return end;
 }
 
-}  // namespace
+}   // namespace
 
 bool RegistryText::parse(const QByteArray& bytes) {
   sections_.assign(1, {});

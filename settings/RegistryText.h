@@ -23,13 +23,13 @@
 class RegistryText {
  public:
   struct Item {
-    QString raw;                  // the line as it stands in the file, without its line break
+    QString raw;   // the line as it stands in the file, without its line break
     bool isValue = false;
     QString foldedName;
     QString name;
     QVariant value;
   };
-  struct Section {                // one "[key]" line and what follows it; the first one has no key
+  struct Section {   // one "[key]" line and what follows it; the first one has no key
     QString key, foldedKey, raw;
     std::vector<Item> items;
   };
@@ -40,14 +40,14 @@ class RegistryText {
   bool parse(const QByteArray& bytes);
   QByteArray toBytes() const;   // UTF-8 with LF, without a byte order mark
 
-  bool hasKey(const QString& key) const;                    // also true for the parent of a key
+  bool hasKey(const QString& key) const;   // also true for the parent of a key
   bool hasSubkeys(const QString& key) const;
   bool hasValue(const QString& key, const QString& name) const;   // of any type
   QVariant value(const QString& key, const QString& name) const;
 
-  void addKey(const QString& key);                          // with its missing parents (not the hive)
+  void addKey(const QString& key);                                                 // with its missing parents (not the hive)
   void setValue(const QString& key, const QString& name, const QVariant& value);   // makes the key when it is missing
-  void removeKey(const QString& key);                       // the key itself; its subkeys stay
+  void removeKey(const QString& key);                                              // the key itself; its subkeys stay
 
  private:
   const Item* find(const QString& key, const QString& name) const;

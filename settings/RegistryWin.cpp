@@ -86,13 +86,13 @@ class SystemRegistry : public Store {
   bool readOnly_ = false;
 };
 
-}  // namespace
+}   // namespace
 
 Store& systemRegistry() {
   static SystemRegistry instance;
   return instance;
 }
 
-}  // namespace registry
+}   // namespace registry
 
 #endif

@@ -16,8 +16,8 @@ class clsRegistry {
   QVariant GetKeyValue(quint32 hive, const QString& key, const QString& name);
   // type: registry::kText or kNumber; a number may be signed or unsigned, 32 bits. The key must exist.
   void SetKeyValue(quint32 hive, const QString& key, const QString& name, const QVariant& value, int type);
-  void NewKey(quint32 hive, const QString& key);      // with its parents; an existing key stays as it is
-  int DeleteKey(quint32 hive, const QString& key);    // access denied (5) when it has subkeys
+  void NewKey(quint32 hive, const QString& key);     // with its parents; an existing key stays as it is
+  int DeleteKey(quint32 hive, const QString& key);   // access denied (5) when it has subkeys
   void CheckRetVal(int code) { last_ = code; }
 
  private:

@@ -74,4 +74,4 @@ int Flush() {
 
 bool SetReadOnly(bool on) { return registry::store().setReadOnly(on); }
 
-}  // namespace modRegistry
+}   // namespace modRegistry

@@ -22,7 +22,7 @@ QVariant GetValue(const QString& key, const QString& name);   // see clsRegistry
 void NewKey(const QString& key);
 void SetNumber(const QString& key, const QString& name, qint32 value);
 void SetText(const QString& key, const QString& name, const QString& value);
-int LastResult();          // of the last call, 0 for success
+int LastResult();   // of the last call, 0 for success
 
 bool Flag(const QString& key, const QString& name, bool otherwise);
 int Number(const QString& key, const QString& name, int otherwise);
@@ -30,7 +30,7 @@ double Real(const QString& key, const QString& name, double otherwise);
 QString Text(const QString& key, const QString& name, const QString& otherwise = {});
 void SetFlag(const QString& key, const QString& name, bool value);
 
-int Flush();               // writes what is not written yet; 0 or an error code. Called at the end of the program
-bool SetReadOnly(bool on); // batch mode: what is set then lasts for this process only; the old state
+int Flush();                 // writes what is not written yet; 0 or an error code. Called at the end of the program
+bool SetReadOnly(bool on);   // batch mode: what is set then lasts for this process only; the old state
 
-}  // namespace modRegistry
+}   // namespace modRegistry

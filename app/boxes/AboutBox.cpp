@@ -21,7 +21,7 @@
 
 namespace {
 QString tr(const char* text) { return QCoreApplication::translate("AboutBox", text); }
-}  // namespace
+}   // namespace
 
 void showAboutBox(frmMain& frame) {
   QDialog box(&frame);
@@ -44,8 +44,7 @@ void showAboutBox(frmMain& frame) {
   text->setWordWrap(true);
   text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   text->setText(QStringLiteral("<h2>%1</h2><p>%2</p><p>%3</p><p>%4</p><p>%5</p>")
-                    .arg(QString::fromLatin1(kApplicationTitle),
-                         tr("Version %1").arg(QStringLiteral(ZELKOR_VERSION)),
+                    .arg(QString::fromLatin1(kApplicationTitle), tr("Version %1").arg(QStringLiteral(ZELKOR_VERSION)),
                          tr("A high featured yet easy to use text editor, designed by engineers for engineers."),
                          tr("Free software under the GNU General Public License, version 3 or later; without any warranty."),
                          tr("Made with Qt %1 and PCRE2.").arg(QString::fromLatin1(qVersion()))));

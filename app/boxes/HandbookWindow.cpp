@@ -28,7 +28,7 @@ void eachHeading(const QTextDocument& document, F use) {
   for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
     if (const int level = block.blockFormat().headingLevel(); level > 0) use(block, level);
 }
-}  // namespace
+}   // namespace
 
 QString headingLink(const QString& heading) {
   QString link;
@@ -72,8 +72,10 @@ HandbookWindow::HandbookWindow(QWidget* parent)
   layout->addWidget(split, 1);
   resize(900, 640);
   connect(text_, &QTextBrowser::anchorClicked, this, [this](const QUrl& url) { follow(url.toString()); });
-  connect(headings_, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) { showPage(page_, item->data(kBlockRole).toString()); });
-  connect(headings_, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) { showPage(page_, item->data(kBlockRole).toString()); });
+  connect(headings_, &QListWidget::itemClicked, this,
+          [this](QListWidgetItem* item) { showPage(page_, item->data(kBlockRole).toString()); });
+  connect(headings_, &QListWidget::itemActivated, this,
+          [this](QListWidgetItem* item) { showPage(page_, item->data(kBlockRole).toString()); });
   connect(search_, &QLineEdit::returnPressed, this, [this] { find(true); });
   const auto key = [this](const QKeySequence& keys, auto act) {
     auto* action = new QAction(this);

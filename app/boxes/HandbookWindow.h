@@ -16,7 +16,7 @@ class HandbookWindow : public QWidget {
   // is no such page.
   bool showPage(const QString& file, const QString& heading = {});
   QString page() const { return page_; }
-  QString headingInSight() const;          // the last heading above the upper edge or at it
+  QString headingInSight() const;   // the last heading above the upper edge or at it
 
  private:
   void follow(const QString& link);

@@ -81,7 +81,7 @@ QString fileState(const text::JournalAbout& about) {
   return changed ? frmRecovered::tr("the file on disk was changed since") : QString();
 }
 
-}  // namespace
+}   // namespace
 
 std::optional<std::vector<frmRecovered::Entry>> frmRecovered::readNow(frmMain& frame, const Look& look) {
   const auto entries = std::make_shared<std::vector<Entry>>();
@@ -152,13 +152,13 @@ void frmRecovered::offerAgain(frmMain& frame) {
   MsgBox(tr("There is nothing to recover."), tr("Recovered texts"), Icon::information);
 }
 
-frmRecovered::frmRecovered(frmMain& frame)
-    : QDialog(&frame), frame_(frame), list_(new QTreeWidget), state_(new QLabel) {
+frmRecovered::frmRecovered(frmMain& frame) : QDialog(&frame), frame_(frame), list_(new QTreeWidget), state_(new QLabel) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowTitle(tr("Recovered texts"));
   setObjectName(QStringLiteral("frmRecovered"));
-  auto* heading = new QLabel(tr("The editor ended before these texts were saved. Nothing is discarded unless you say so: what you leave "
-                                "here is offered again at the next start, and by File, Recovered Texts."));
+  auto* heading =
+      new QLabel(tr("The editor ended before these texts were saved. Nothing is discarded unless you say so: what you leave "
+                    "here is offered again at the next start, and by File, Recovered Texts."));
   heading->setWordWrap(true);
   list_->setHeaderLabels({tr("Name"), tr("Last change"), tr("Size"), tr("What came back")});
   list_->setRootIsDecorated(false);
@@ -202,7 +202,8 @@ std::vector<frmRecovered::Entry> frmRecovered::entriesOf(std::vector<text::LeftT
     const text::Snapshot found = std::exchange(facts.text, text::Snapshot());
     const bool named = facts.error.empty() && !facts.about.path.empty();
     if (named && facts.whole && facts.baseWhole && fileHolds(facts.about, found) && journal.remove() == 0) continue;
-    Entry entry{std::make_shared<text::LeftText>(std::move(journal)), std::move(facts), found.size().value, digestOf(found), {}, {}};
+    Entry entry{
+        std::make_shared<text::LeftText>(std::move(journal)), std::move(facts), found.size().value, digestOf(found), {}, {}};
     if (named) entry.file = fileState(entry.facts.about);
     entries.push_back(std::move(entry));
   }
@@ -211,7 +212,8 @@ std::vector<frmRecovered::Entry> frmRecovered::entriesOf(std::vector<text::LeftT
 
 bool frmRecovered::takeTwin(Entry& newer, Entry& entry) {
   const auto whole = [](const Entry& one) { return one.facts.error.empty() && one.facts.whole && one.facts.baseWhole; };
-  if (newer.digest != entry.digest || newer.facts.about.title != entry.facts.about.title || !whole(newer) || !whole(entry)) return false;
+  if (newer.digest != entry.digest || newer.facts.about.title != entry.facts.about.title || !whole(newer) || !whole(entry))
+    return false;
   newer.twins.push_back(std::move(entry.journal));
   std::ranges::move(entry.twins, std::back_inserter(newer.twins));
   return true;
@@ -272,7 +274,8 @@ void frmRecovered::fill() {
   for (const Entry& entry : entries_) {
     auto* row = new QTreeWidgetItem(list_);
     row->setText(kName, nameForDisplay(titleOf(entry), 300));
-    row->setText(kTime, QLocale().toString(QDateTime::fromMSecsSinceEpoch(entry.journal->changedNs() / 1'000'000), QLocale::ShortFormat));
+    row->setText(kTime,
+                 QLocale().toString(QDateTime::fromMSecsSinceEpoch(entry.journal->changedNs() / 1'000'000), QLocale::ShortFormat));
     row->setText(kSize, entry.facts.error.empty() ? QLocale().formattedDataSize(entry.bytes) : QString());
     row->setText(kState, plainForDisplay(stateOf(entry), 200));
     row->setToolTip(kName, plainForDisplay(titleOf(entry)).toHtmlEscaped());
@@ -309,7 +312,9 @@ void frmRecovered::showButtons() {
   saveAs_->setEnabled(one && hasText(all[0]));
   compare_->setEnabled(one && hasText(all[0]));
   discard_->setEnabled(!all.empty());
-  state_->setText(one ? plainForDisplay(stateOf(*one)) : all.empty() ? QString() : tr("%n text(s) selected", nullptr, int(all.size())));
+  state_->setText(one           ? plainForDisplay(stateOf(*one))
+                  : all.empty() ? QString()
+                                : tr("%n text(s) selected", nullptr, int(all.size())));
 }
 
 text::RecoveredText frmRecovered::textOf(const Entry& entry) {
@@ -357,7 +362,8 @@ void frmRecovered::Restore() {
     if (document->holdInJournal()) drop(at);
     else kept = true;   // the old journal is all there is
   }
-  if (kept) MsgBox(tr("The text is open again, but no new journal could be written for it. The old one is kept."), tr("Recovered texts"));
+  if (kept)
+    MsgBox(tr("The text is open again, but no new journal could be written for it. The old one is kept."), tr("Recovered texts"));
   refresh(all[0]);
 }
 
@@ -402,7 +408,8 @@ void frmRecovered::Compare() {
   const bool named = !found.about.path.empty();
   const auto disk = std::make_shared<text::LoadedFile>();
   const auto load = [disk, about = found.about](text::SearchControl&) { *disk = fileOnDisk(about); };
-  if (named && !LongWork::runOrLeave(*this, load, tr("Reading %1").arg(plainForDisplay(titleOf(entries_[std::size_t(at)]), 80)))) return;
+  if (named && !LongWork::runOrLeave(*this, load, tr("Reading %1").arg(plainForDisplay(titleOf(entries_[std::size_t(at)]), 80))))
+    return;
   CodeMax onDisk;
   onDisk.model()->document().reset(disk->text);   // empty where there is no file
   frmCompare compare(onDisk, this);

@@ -14,8 +14,10 @@
 frmUnsaved::frmUnsaved(frmMain& frame, const QList<frmDocument*>& changed) : QDialog(&frame), list_(new QListWidget) {
   setObjectName(QStringLiteral("frmUnsaved"));
   setWindowTitle(QString::fromLatin1(kApplicationTitle));
-  auto* heading = new QLabel(tr("%n texts have changes that are not saved. Those that are ticked are saved, the changes of the others "
-                                "are discarded.", nullptr, int(changed.size())));
+  auto* heading =
+      new QLabel(tr("%n texts have changes that are not saved. Those that are ticked are saved, the changes of the others "
+                    "are discarded.",
+                    nullptr, int(changed.size())));
   heading->setWordWrap(true);
   list_->setAccessibleName(tr("Changed texts"));
   for (const frmDocument* document : changed) {

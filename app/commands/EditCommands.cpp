@@ -6,6 +6,7 @@
 #include "document/frmDocument.h"
 
 std::span<const FrameCommand> editCommands() {
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mEdit", .place = 200, .caption = QT_TRANSLATE_NOOP("frmMain", "&Edit"), .isMenu = true},
       {.name = "mEditUndo", .menu = "mEdit", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&Undo"),
@@ -94,5 +95,6 @@ std::span<const FrameCommand> editCommands() {
        },
        .checkable = true, .checked = [](frmMain& f) { return f.activeDocument() && f.activeDocument()->cmx->ReadOnly(); }},
   };
+  // clang-format on
   return rows;
 }

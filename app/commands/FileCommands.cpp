@@ -5,6 +5,7 @@
 #include "app/frame/frmMain.h"
 
 std::span<const FrameCommand> fileCommands() {
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mnuFile", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&File"), .isMenu = true},
       {.name = "mnuFileNew", .menu = "mnuFile", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&New"),
@@ -39,5 +40,6 @@ std::span<const FrameCommand> fileCommands() {
       {.name = "mnuFileExit", .menu = "mnuFile", .place = 890, .caption = QT_TRANSLATE_NOOP("frmMain", "E&xit"),
        .keys = "Ctrl+Q", .icon = "application-exit", .run = [](frmMain& f) { f.mnuFileExit_Click(); }},
   };
+  // clang-format on
   return rows;
 }

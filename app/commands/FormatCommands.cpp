@@ -26,12 +26,15 @@ void mToolsFormat_Click(frmMain& f) {
 }
 
 // Tells how many lines a service changed.
-void tell(qint64 changed) { SetStatusText(QCoreApplication::translate("frmMain", "%n line(s) changed", nullptr, static_cast<int>(changed))); }
+void tell(qint64 changed) {
+  SetStatusText(QCoreApplication::translate("frmMain", "%n line(s) changed", nullptr, static_cast<int>(changed)));
+}
 
-}  // namespace
+}   // namespace
 
 std::span<const FrameCommand> formatCommands() {
   constexpr unsigned kText = kDocument | kWritable;
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mEditColumnize", .menu = "mEdit", .place = 700, .caption = QT_TRANSLATE_NOOP("frmMain", "Columni&ze..."),
        .tip = QT_TRANSLATE_NOOP("frmMain", "Align a delimiter in the selected lines"), .needs = kText | kSelection,
@@ -57,5 +60,6 @@ std::span<const FrameCommand> formatCommands() {
        .icon = "zelkor-format", .tip = QT_TRANSLATE_NOOP("frmMain", "Tabs, letter case, indentation and line ends"), .needs = kText,
        .run = mToolsFormat_Click},
   };
+  // clang-format on
   return rows;
 }

@@ -6,6 +6,7 @@
 #include "app/start/mGlobals.h"
 
 std::span<const FrameCommand> helpCommands() {
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mHelp", .place = 700, .caption = QT_TRANSLATE_NOOP("frmMain", "&Help"), .isMenu = true},
       {.name = "mHelpHandbook", .menu = "mHelp", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&Handbook"),
@@ -27,5 +28,6 @@ std::span<const FrameCommand> helpCommands() {
       {.name = "mHelpAbout", .menu = "mHelp", .place = 900, .caption = QT_TRANSLATE_NOOP("frmMain", "&About"),
        .icon = "help-about", .run = [](frmMain& f) { showAboutBox(f); }},
   };
+  // clang-format on
   return rows;
 }

@@ -5,6 +5,7 @@
 #include "app/frame/frmMain.h"
 
 std::span<const FrameCommand> languageCommands() {
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mHelpWordListNext", .menu = "mHelp", .place = 300,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Next Word in List"), .keys = "F5", .icon = "zelkor-word-next",
@@ -30,5 +31,6 @@ std::span<const FrameCommand> languageCommands() {
       {.name = "mCustomEdit", .menu = "mCustom", .place = 200, .caption = QT_TRANSLATE_NOOP("frmMain", "&Edit Macros..."),
        .run = [](frmMain& f) { f.mCustomEdit_Click(); }},
   };
+  // clang-format on
   return rows;
 }

@@ -7,6 +7,7 @@
 #include "script/mCMXParser.h"
 
 std::span<const FrameCommand> logCommands() {
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mnuViewLog", .menu = "mnuView", .place = 200, .caption = QT_TRANSLATE_NOOP("frmMain", "&Log Window"),
        .keys = "Ctrl+Shift+L", .icon = "zelkor-log", .tip = QT_TRANSLATE_NOOP("frmMain", "Show or hide the log"),
@@ -27,5 +28,6 @@ std::span<const FrameCommand> logCommands() {
        .caption = QT_TRANSLATE_NOOP("frmMain", "File I&nformation"), .needs = kDocument,
        .run = [](frmMain&) { mCMXParser::Run(0, 0, QStringLiteral("FILEINFO")); }},
   };
+  // clang-format on
   return rows;
 }

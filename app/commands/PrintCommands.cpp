@@ -16,9 +16,10 @@ void printOptions(frmMain& f) {
   const ModalGuard modal;
   frmPrintOptions(PrintSettings::load(), &f).exec();
 }
-}  // namespace
+}   // namespace
 
 std::span<const FrameCommand> printCommands() {
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mnuFilePreview", .menu = "mnuFile", .place = 300, .caption = QT_TRANSLATE_NOOP("frmMain", "Print Pre&view..."),
        .icon = "document-print-preview", .tip = QT_TRANSLATE_NOOP("frmMain", "Show the document as it will be printed"),
@@ -33,5 +34,6 @@ std::span<const FrameCommand> printCommands() {
        .tip = QT_TRANSLATE_NOOP("frmMain", "Show the log as it will be printed"),
        .run = [](frmMain& f) { PrintPreview({nullptr, f.log()->cmx, QCoreApplication::translate("frmMain", "Log")}, &f); }},
   };
+  // clang-format on
   return rows;
 }

@@ -9,6 +9,7 @@
 #include "script/CommandRun.h"
 
 std::span<const FrameCommand> toolsCommands() {
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mTools", .place = 400, .caption = QT_TRANSLATE_NOOP("frmMain", "&Tools"), .isMenu = true},
       {.name = "mToolsLanguage", .menu = "mTools", .place = 210, .caption = QT_TRANSLATE_NOOP("frmMain", "&Language"),
@@ -40,5 +41,6 @@ std::span<const FrameCommand> toolsCommands() {
          f.editorOptions();
        }},
   };
+  // clang-format on
   return rows;
 }

@@ -12,9 +12,10 @@ void zoom(frmMain& frame, int by) {
   text.setZoom(by == 0 ? 100 : text.Zoom() + by);
 }
 
-}  // namespace
+}   // namespace
 
 std::span<const FrameCommand> viewCommands() {
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mnuView", .place = 300, .caption = QT_TRANSLATE_NOOP("frmMain", "&View"), .isMenu = true},
       {.name = "mnuViewToolbar", .menu = "mnuView", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&Toolbar"),
@@ -40,5 +41,6 @@ std::span<const FrameCommand> viewCommands() {
        .run = [](frmMain& f) { f.setWindowState(f.windowState() ^ Qt::WindowFullScreen); }, .checkable = true,
        .checked = [](frmMain& f) { return f.isFullScreen(); }},
   };
+  // clang-format on
   return rows;
 }

@@ -4,6 +4,7 @@
 #include "app/frame/frmMain.h"
 
 std::span<const FrameCommand> windowCommands() {
+  // clang-format off
   static const FrameCommand rows[] = {
       {.name = "mWindow", .place = 600, .caption = QT_TRANSLATE_NOOP("frmMain", "&Window"), .isMenu = true,
        .fill = [](frmMain& f, QMenu& menu) { f.fillWindowList(menu); }},
@@ -27,5 +28,6 @@ std::span<const FrameCommand> windowCommands() {
        .keys = "Ctrl+Shift+E", .tip = QT_TRANSLATE_NOOP("frmMain", "Choose from all windows by a part of the name"),
        .needs = kDocument, .run = [](frmMain& f) { f.chooseWindow(); }},
   };
+  // clang-format on
   return rows;
 }

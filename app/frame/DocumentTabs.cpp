@@ -48,9 +48,7 @@ void DocumentTabs::setActive(frmDocument* document) {
   if (const int tab = tabOf(document); tab >= 0) setCurrentIndex(tab);
 }
 
-frmDocument* DocumentTabs::documentAt(int tab) const {
-  return static_cast<frmDocument*>(tabData(tab).value<QObject*>());
-}
+frmDocument* DocumentTabs::documentAt(int tab) const { return static_cast<frmDocument*>(tabData(tab).value<QObject*>()); }
 
 int DocumentTabs::tabOf(const frmDocument* document) const {
   for (int tab = 0; tab < count(); ++tab)
@@ -76,7 +74,8 @@ void DocumentTabs::mousePressEvent(QMouseEvent* event) {
   pressed_ = event->button() == Qt::MiddleButton ? tabAt(event->pos()) : -1;
   if (event->button() == Qt::MiddleButton) return;
   // The window of the current tab may be minimised, or behind others.
-  frmDocument* again = event->button() == Qt::LeftButton && tabAt(event->pos()) == currentIndex() ? documentAt(currentIndex()) : nullptr;
+  frmDocument* again =
+      event->button() == Qt::LeftButton && tabAt(event->pos()) == currentIndex() ? documentAt(currentIndex()) : nullptr;
   QTabBar::mousePressEvent(event);
   if (again) emit chosen(again);
 }

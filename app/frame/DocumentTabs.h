@@ -15,21 +15,21 @@ class DocumentTabs : public QTabBar {
   void remove(frmDocument* document);
   void setActive(frmDocument* document);
   frmDocument* documentAt(int tab) const;
-  int tabOf(const frmDocument* document) const;    // -1: none
+  int tabOf(const frmDocument* document) const;   // -1: none
   QList<frmDocument*> inOrder() const;
 
  signals:
   void chosen(frmDocument* document);
   void closeWanted(frmDocument* document);
   void menuWanted(frmDocument* document, const QPoint& globalPosition);
-  void newWanted();                                // double click beside the tabs
+  void newWanted();   // double click beside the tabs
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
-  QSize tabSizeHint(int tab) const override;          // bounded, and never less: with many the bar scrolls
+  QSize tabSizeHint(int tab) const override;   // bounded, and never less: with many the bar scrolls
   QSize minimumTabSizeHint(int tab) const override;
 
  private:

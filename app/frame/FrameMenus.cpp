@@ -26,16 +26,12 @@ QString shown(const char* text) { return *text ? QCoreApplication::translate("fr
 
 const QString kByKey = QStringLiteral("byKey");
 
-QString elementName(const QString& name, int index) {
-  return index < 0 ? name : name + u'(' + QString::number(index) + u')';
-}
+QString elementName(const QString& name, int index) { return index < 0 ? name : name + u'(' + QString::number(index) + u')'; }
 
 // "&Open..." as running text.
-QString plainCaption(const char* caption) {
-  return shown(caption).remove(u'&').remove(QLatin1String("..."));
-}
+QString plainCaption(const char* caption) { return shown(caption).remove(u'&').remove(QLatin1String("...")); }
 
-}  // namespace
+}   // namespace
 
 FrameMenus::FrameMenus(frmMain& frame) : QObject(&frame), frame_(frame), toolBar_(new QToolBar(&frame)) {
   toolBar_->setObjectName(QStringLiteral("Toolbar"));
@@ -92,18 +88,19 @@ void FrameMenus::make(const FrameCommand& row) {
     menus_.insert(name, menu);
     action = menu->menuAction();
     connect(menu, &QMenu::aboutToShow, this, [this, &row] { refreshChecks(row.name); });
-    if (row.fill) connect(menu, &QMenu::aboutToShow, this, [this, menu, &row] {
-      // What was filled in last time goes; what the rows made stays.
-      for (QAction* old : menu->actions())
-        if (old->property("filled").toBool()) {
-          menu->removeAction(old);
-          old->deleteLater();
-        }
-      const QList<QAction*> fixed = menu->actions();
-      row.fill(frame_, *menu);
-      for (QAction* made : menu->actions())
-        if (!fixed.contains(made)) made->setProperty("filled", true);
-    });
+    if (row.fill)
+      connect(menu, &QMenu::aboutToShow, this, [this, menu, &row] {
+        // What was filled in last time goes; what the rows made stays.
+        for (QAction* old : menu->actions())
+          if (old->property("filled").toBool()) {
+            menu->removeAction(old);
+            old->deleteLater();
+          }
+        const QList<QAction*> fixed = menu->actions();
+        row.fill(frame_, *menu);
+        for (QAction* made : menu->actions())
+          if (!fixed.contains(made)) made->setProperty("filled", true);
+      });
   } else {
     action = new QAction(&frame_);
     action->setCheckable(row.checkable);
@@ -179,7 +176,10 @@ void FrameMenus::setCaption(const QString& name, int index, const QString& capti
     const auto language = name == QLatin1String("mCustom") && index >= 0 ? languages().Language() : nullptr;
     QString keys;
     if (language && index < language->cMacros()->Count())
-      keys = keyMap().keysOf({0, {}, keyactions::ofMacro(language->cMacros()->Item(index + 1)->Name)}).value(0).toString(QKeySequence::NativeText);
+      keys = keyMap()
+                 .keysOf({0, {}, keyactions::ofMacro(language->cMacros()->Item(index + 1)->Name)})
+                 .value(0)
+                 .toString(QKeySequence::NativeText);
     entry->setText(keys.isEmpty() ? caption : caption + u'\t' + keys);
   }
   entry->setVisible(visible);

@@ -22,7 +22,8 @@ struct T {
   Q_DECLARE_TR_FUNCTIONS(KeyActions)
 };
 
-const QString kMenuKind = QStringLiteral("MENU "), kCustomKind = QStringLiteral("CUSTOM "), kTemplateKind = QStringLiteral("TEMPLATE ");
+const QString kMenuKind = QStringLiteral("MENU "), kCustomKind = QStringLiteral("CUSTOM "),
+              kTemplateKind = QStringLiteral("TEMPLATE ");
 
 QString coded(const QString& kind, const QString& name) { return kind + QString::fromLatin1(QUrl::toPercentEncoding(name)); }
 QString named(const QString& coded, const QString& kind) { return QUrl::fromPercentEncoding(coded.mid(kind.size()).toLatin1()); }
@@ -37,7 +38,7 @@ QString pathOf(const FrameCommand& row) {
   return menu ? pathOf(*menu) + QStringLiteral(" > ") + plain(row.caption) : plain(row.caption);
 }
 
-}  // namespace
+}   // namespace
 
 QString keyactions::ofCommand(const char* frameCommand) { return coded(kMenuKind, QString::fromLatin1(frameCommand)); }
 bool keyactions::isCommand(const QString& name) { return name.startsWith(kMenuKind); }
@@ -57,11 +58,15 @@ QList<NamedAction> keyactions::all() {
     for (const auto& item : *language->cTemplate()) templates[item->HotKey] << language->Name;
   }
   for (auto it = macros.cbegin(); it != macros.cend(); ++it)
-    found << NamedAction{ofMacro(it.key()), T::tr("Custom > %1").arg(plainForDisplay(it.key(), 80)),
-                         T::tr("Macro of %1.").arg(it->join(QStringLiteral(", "))), {}};
+    found << NamedAction{ofMacro(it.key()),
+                         T::tr("Custom > %1").arg(plainForDisplay(it.key(), 80)),
+                         T::tr("Macro of %1.").arg(it->join(QStringLiteral(", "))),
+                         {}};
   for (auto it = templates.cbegin(); it != templates.cend(); ++it)
-    found << NamedAction{coded(kTemplateKind, it.key()), T::tr("Template > %1").arg(plainForDisplay(it.key(), 80)),
-                         T::tr("Puts in the template of %1.").arg(it->join(QStringLiteral(", "))), {}};
+    found << NamedAction{coded(kTemplateKind, it.key()),
+                         T::tr("Template > %1").arg(plainForDisplay(it.key(), 80)),
+                         T::tr("Puts in the template of %1.").arg(it->join(QStringLiteral(", "))),
+                         {}};
   return found;
 }
 

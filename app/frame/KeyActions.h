@@ -10,12 +10,12 @@
 class frmMain;
 
 namespace keyactions {
-QList<NamedAction> all();                        // of the frame's table and the languages as they are now
-QString ofCommand(const char* frameCommand);     // the name that stands in the settings
-bool isCommand(const QString& name);             // one of ofCommand(): its action stands in a menu
+QList<NamedAction> all();                      // of the frame's table and the languages as they are now
+QString ofCommand(const char* frameCommand);   // the name that stands in the settings
+bool isCommand(const QString& name);           // one of ofCommand(): its action stands in a menu
 QString ofMacro(const QString& macro);
 void run(frmMain& frame, const QString& name);   // says so in the status bar where there is no such macro or template
 
 // Puts prompts and variables of the command language into a template's text.
 void expandTemplateText(QString& text);
-}  // namespace keyactions
+}   // namespace keyactions

@@ -29,7 +29,7 @@ constexpr PanelRow kPanels[] = {
     {"panelOvertype", QT_TRANSLATE_NOOP("StatusPanels", "Insert, overtype or read-only: change it"), "OVR"},
 };
 
-}  // namespace
+}   // namespace
 
 StatusPanels::StatusPanels(QWidget* parent) : QStatusBar(parent), label_(new QLabel(this)), warning_(new QLabel(this)) {
   label_->setTextFormat(Qt::PlainText);

@@ -20,11 +20,11 @@ class StatusPanels : public QStatusBar {
   // A message; shown at once, shortened in the middle where it does not fit. Empty: none.
   void setText(const QString& text);
   void setRest(const QString& text);
-  void settle();                                // something was done: a message from before the last key or click goes
+  void settle();   // something was done: a message from before the last key or click goes
   QString text() const { return message_.isEmpty() ? rest_ : message_; }
   void setPanel(Panel panel, const QString& text);
   QString panel(Panel panel) const;
-  QToolButton* button(Panel panel) const;       // object names "panelRowAndColumn" ...
+  QToolButton* button(Panel panel) const;   // object names "panelRowAndColumn" ...
   // Stays beside the text, whatever that shows, until it is set to nothing.
   void setWarning(const QString& text, const QString& tip);
   QString warning() const;
@@ -45,6 +45,6 @@ class StatusPanels : public QStatusBar {
   QLabel *label_, *warning_;
   QList<QToolButton*> buttons_;
   QString rest_, message_;
-  quint64 input_ = 0, messageInput_ = 0;        // time stamps of the last key or click, and of the one before the message
+  quint64 input_ = 0, messageInput_ = 0;   // time stamps of the last key or click, and of the one before the message
   bool templatePicture_ = false;
 };

@@ -45,7 +45,7 @@ namespace {
 constexpr int kLeastLines = 4;   // that the docks leave to the text
 const QString kTabs = QStringLiteral("mnuViewTabs");
 
-}  // namespace
+}   // namespace
 
 frmMain::frmMain() {
   setObjectName(QStringLiteral("frmMain"));
@@ -374,8 +374,7 @@ bool frmMain::askAboutSeveral(const QList<frmDocument*>& going) {
   QList<frmDocument*> changed;   // one window of each text that would be gone
   for (frmDocument* document : going) {
     const auto shows = [&](const frmDocument* other) { return other->cmx->model() == document->cmx->model(); };
-    if (document->closingAsks() && std::ranges::none_of(changed, shows) &&
-        std::ranges::count_if(going, shows) == document->views())
+    if (document->closingAsks() && std::ranges::none_of(changed, shows) && std::ranges::count_if(going, shows) == document->views())
       changed << document;
   }
   if (changed.size() < 2) return true;   // each document asks for itself

@@ -28,11 +28,11 @@ struct RecoveredText;
 class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   Q_OBJECT
  public:
-  frmMain();                                   // MDIForm_Load
+  frmMain();   // MDIForm_Load
   ~frmMain() override;
 
-  int DocCount = 0;                            // document windows that are open, as documents(); numbers new ones
-  int WordListIndex = 1;                       // word list used last, 1-based
+  int DocCount = 0;        // document windows that are open, as documents(); numbers new ones
+  int WordListIndex = 1;   // word list used last, 1-based
 
   // Files.
   frmDocument* LoadNewDoc();
@@ -72,10 +72,10 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   bool endFromOutside(int patienceMs = 10000);
 
   // Windows and views.
-  void newWindow();                            // a further window on the active document
+  void newWindow();   // a further window on the active document
   void cascade();
-  void tile(Qt::Orientation rows);             // Qt::Vertical: one above the other
-  void chooseWindow();                         // asks which of all
+  void tile(Qt::Orientation rows);   // Qt::Vertical: one above the other
+  void chooseWindow();               // asks which of all
   void nextWindow(int step);
   void closeOthers(frmDocument* keep);
   void fillWindowList(QMenu& menu);
@@ -86,16 +86,16 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void setTabs(bool on);
   void goToLine();
   void editorOptions();
-  void playKeystrokesTimes();                  // asks how often
-  void SetupToolStatus();                      // tool bar, status bar and tabs as the View menu's check marks say
-  void SetupMenus();                           // after documents came or went
+  void playKeystrokesTimes();   // asks how often
+  void SetupToolStatus();       // tool bar, status bar and tabs as the View menu's check marks say
+  void SetupMenus();            // after documents came or went
   void UpdateEditMenu() { refreshToolbar(); }
 
   bool runEditCommand(CommandNumber id, const QVariant& argument = {});   // on the active document; false without one
   FrameMenus& menus() { return *menus_; }
   StatusPanels& panels() { return *panels_; }
   QMdiArea& mdi() { return *mdi_; }
-  void MDIForm_Unload();                       // the frame goes for good: raises ended() once
+  void MDIForm_Unload();   // the frame goes for good: raises ended() once
 
   // Word lists and templates at the caret, macros, definitions, log.
   void isInWordList(bool& found);
@@ -112,7 +112,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void mToolsDefinitions_Click();
   void mToolsCommand_Click();
   void toggleLog();
-  void restoreLog();                           // shows it when it showed at the end of the last run
+  void restoreLog();   // shows it when it showed at the end of the last run
   bool logIsShown() const;
 
   // Frame
@@ -148,44 +148,44 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
 
  signals:
   void documentOpened(frmDocument* document);
-  void fileNamed(const QString& path);         // opened, or saved under this name for the first time
+  void fileNamed(const QString& path);          // opened, or saved under this name for the first time
   void documentClosed(frmDocument* document);   // its window is about to go
-  void ended();                                // the frame has been unloaded
+  void ended();                                 // the frame has been unloaded
 
  protected:
   void changeEvent(QEvent* event) override;
-  void closeEvent(QCloseEvent* event) override;     // MDIForm_QueryUnload, MDIForm_Unload
+  void closeEvent(QCloseEvent* event) override;   // MDIForm_QueryUnload, MDIForm_Unload
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;
 
  private:
   QMdiSubWindow* windowOf(const frmDocument* document) const;
-  void adopt(frmDocument* document);           // into a sub-window, listed and shown
+  void adopt(frmDocument* document);   // into a sub-window, listed and shown
   QRect normalPlace(qsizetype index) const;
   QSize windowRoom() const;
-  QSize leastTile() const;                     // precondition: there is a document
+  QSize leastTile() const;   // precondition: there is a document
   void keepInside(QMdiSubWindow& window);
-  void scrollTo(const QMdiSubWindow& window);  // where the windows take more room than there is
+  void scrollTo(const QMdiSubWindow& window);   // where the windows take more room than there is
   QList<QMdiSubWindow*> normalWindows();
-  void workOn(frmDocument* document);          // what goes with the active document: panels, menus, current folder
+  void workOn(frmDocument* document);             // what goes with the active document: panels, menus, current folder
   frmDocument* documentOn(const QString& name);   // that shows this file, also by a link to it; null: none
-  QString nextTitle() const;                   // of a document without a name
+  QString nextTitle() const;                      // of a document without a name
   frmDocument* beginFile(const QString& name);    // null: the person does not want to
   bool saveAs(frmDocument& document);
-  void unload();                               // every document has agreed
+  void unload();   // every document has agreed
   // Asks about what is modified among documents that are to go, about several in one dialog. False: all stay.
   bool agreeToClose(const QList<frmDocument*>& going);
   bool askAboutSeveral(const QList<frmDocument*>& going);
   void closeAgreed(QList<QPointer<frmDocument>> going);
   void mdiActivated(QMdiSubWindow* window);
   void panelClicked(Panel panel);
-  void optionsChanged(const CodeMax& of);     // those of this text, and with them the editor's
+  void optionsChanged(const CodeMax& of);   // those of this text, and with them the editor's
   void showTabMenu(frmDocument* document, const QPoint& globalPosition);
   void lookAtClipboard();
   unsigned presentFacts();
   frmDefinitions& definitions();
   void saveLogProfile();
-  bool closeDefinitions();                     // false: the person wants to stay
+  bool closeDefinitions();   // false: the person wants to stay
 
   QMdiArea* mdi_ = nullptr;
   DocumentTabs* tabs_ = nullptr;
@@ -197,6 +197,6 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   frmCommand* command_ = nullptr;
   QDockWidget* logDock_ = nullptr;
   frmLog* log_ = nullptr;
-  int documentState_ = 2;                      // of document windows: 0 normal, 2 maximised
+  int documentState_ = 2;   // of document windows: 0 normal, 2 maximised
   bool clipboardHasText_ = false, anyModified_ = false, unloaded_ = false;
 };

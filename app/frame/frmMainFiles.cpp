@@ -19,7 +19,6 @@
 
 namespace {
 
-
 // The caret of a text that came back; -1: not known.
 void goTo(qint64 byte, CodeMax& cmx) {
   if (byte < 0) return;
@@ -31,7 +30,7 @@ void goTo(qint64 byte, CodeMax& cmx) {
 
 int filterEntryOf(const frmDocument& document) { return document.LanguageIndex() > 0 ? document.LanguageIndex() + 1 : 1; }
 
-}  // namespace
+}   // namespace
 
 QString frmMain::nextTitle() const { return tr("Untitled ") + QString::number(DocCount + 1); }
 
@@ -45,8 +44,8 @@ frmDocument* frmMain::LoadNewDoc() {
 
 void frmMain::mnuFileOpen_Click() {
   int entry = 1;
-  const QStringList names = frmRegistry::instance().stdOpenFile(tr("Open File"), languages().GetFilterList(), entry,
-                                                                currentFolder(), {}, true);
+  const QStringList names =
+      frmRegistry::instance().stdOpenFile(tr("Open File"), languages().GetFilterList(), entry, currentFolder(), {}, true);
   for (const QString& name : names) openFile(name);
 }
 
@@ -65,8 +64,9 @@ frmDocument* frmMain::mainOpenFile(const QString& path, bool& ok) {
   frmDocument* shown = CheckFileStatus(name, proceed);
   if (!proceed) return shown;
   if (isDialogUp() || QApplication::activeModalWidget()) {
-    MsgBox(tr("Cannot open Zelkor Editor as it is awaiting response from a fixed dialog e.g. File open dialog or Print "
-              "Preview etc."));
+    MsgBox(
+        tr("Cannot open Zelkor Editor as it is awaiting response from a fixed dialog e.g. File open dialog or Print "
+           "Preview etc."));
     return nullptr;
   }
   auto document = std::make_unique<frmDocument>();
@@ -94,9 +94,8 @@ frmDocument* frmMain::CheckFileStatus(const QString& name, bool& proceed) {
   QPointer<frmDocument> document = documentOn(name);
   if (!document) return nullptr;
   if (document->DocumentModified()) {
-    const Answer answer =
-        MsgBox(tr("This file is already open and modified. Do you want to revert to this modified version?"),
-               document->CurrentFileTitle(), Icon::question, Buttons::yesNoCancel);
+    const Answer answer = MsgBox(tr("This file is already open and modified. Do you want to revert to this modified version?"),
+                                 document->CurrentFileTitle(), Icon::question, Buttons::yesNoCancel);
     proceed = answer == Answer::no;
     if (answer != Answer::yes || !document) return nullptr;
     // "Revert" means going to the window that holds the changes; nothing is read from disk.
@@ -217,8 +216,8 @@ bool frmMain::saveAs(frmDocument& document) {
   const QPointer<frmDocument> alive = &document;
   const QString folder = isInstalled(document.CurrentFileDir()) ? currentFolder() : document.CurrentFileDir();
   // A text that has a name keeps it as it is written; and there are languages with whole names ("Makefile").
-  const bool giveExtension = document.CurrentFileName().isEmpty() &&
-                             (entry == 1 || languages().Languages()->Item(entry - 1)->FileNames.isEmpty());
+  const bool giveExtension =
+      document.CurrentFileName().isEmpty() && (entry == 1 || languages().Languages()->Item(entry - 1)->FileNames.isEmpty());
   const QString name = frmRegistry::instance().stdSaveFile(tr("Save File"), languages().GetFilterList(), entry, folder,
                                                            document.CurrentFileTitle(), giveExtension);
   return !name.isEmpty() && alive && mainSaveDocument(document, fullPath(name));

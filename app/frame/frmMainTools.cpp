@@ -60,7 +60,8 @@ void frmMain::mHelpNextField_Click() {
 }
 
 void frmMain::offerHotWords(frmDocument* document) {
-  new HotWords(*document->cmx, languages(), [document] { return document->LanguageIndex(); }, expandTemplateText);   // cmx's child
+  new HotWords(
+      *document->cmx, languages(), [document] { return document->LanguageIndex(); }, expandTemplateText);   // cmx's child
 }
 
 // ---- Custom menu

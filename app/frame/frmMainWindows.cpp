@@ -58,7 +58,7 @@ class ListKeys : public QObject {
   QListWidget* list_;
 };
 
-}  // namespace
+}   // namespace
 
 void frmMain::newWindow() {
   frmDocument* document = activeDocument();
@@ -90,7 +90,8 @@ QSize frmMain::windowRoom() const {
 // A window that comes back from another state may have been placed while the frame was larger.
 void frmMain::keepInside(QMdiSubWindow& window) {
   const QSize room = windowRoom(), size = window.size().boundedTo(room);
-  const QPoint corner(std::clamp(window.x(), 0, room.width() - size.width()), std::clamp(window.y(), 0, room.height() - size.height()));
+  const QPoint corner(std::clamp(window.x(), 0, room.width() - size.width()),
+                      std::clamp(window.y(), 0, room.height() - size.height()));
   if (QRect(corner, size) != window.geometry()) window.setGeometry({corner, size});
 }
 
@@ -133,7 +134,8 @@ QSize frmMain::leastTile() const {
   constexpr int kLines = 4, kColumns = 20, kMarginColumns = 7;
   const frmDocument* document = active_ ? active_.data() : documents_.first();
   const QFontMetrics metrics(document->cmx->Font());
-  const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent), frame = 2 * style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
+  const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent),
+            frame = 2 * style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
   return {metrics.horizontalAdvance(u'0') * (kColumns + kMarginColumns) + bar + frame,
           metrics.lineSpacing() * kLines + bar + frame + style()->pixelMetric(QStyle::PM_TitleBarHeight)};
 }
@@ -145,7 +147,9 @@ void frmMain::tile(Qt::Orientation rows) {
   const QList<QMdiSubWindow*> windows = normalWindows();
   const int count = int(windows.size());
   if (count == 0) return;
-  const auto turned = [rows](QSize size) { return rows == Qt::Vertical ? size : size.transposed(); };   // strips lie one above the other
+  const auto turned = [rows](QSize size) {
+    return rows == Qt::Vertical ? size : size.transposed();
+  };   // strips lie one above the other
   const QSize least = turned(leastTile());
   QSize room = turned(windowRoom());
   int lanes = 1;
@@ -154,7 +158,8 @@ void frmMain::tile(Qt::Orientation rows) {
   if (inLane() * least.height() > room.height())
     room = {std::max(least.width(), room.width() - style()->pixelMetric(QStyle::PM_ScrollBarExtent)), inLane() * least.height()};
   for (int lane = 0, i = 0; lane < lanes; ++lane) {
-    const int from = i, end = count * (lane + 1) / lanes, left = room.width() * lane / lanes, right = room.width() * (lane + 1) / lanes;
+    const int from = i, end = count * (lane + 1) / lanes, left = room.width() * lane / lanes,
+              right = room.width() * (lane + 1) / lanes;
     for (; i < end; ++i) {
       const int top = room.height() * (i - from) / (end - from), bottom = room.height() * (i - from + 1) / (end - from);
       const QRect place(left, top, right - left, bottom - top);
@@ -307,7 +312,8 @@ void frmMain::goToLine() {
   frmDocument* document = activeDocument();
   if (!document) return;
   const CmPosition now = document->CurrentPosition();
-  const QString prompt = tr("Line number, 1 to %1 (or line:column with columns from 1, +lines, -lines)").arg(document->cmx->LineCount());
+  const QString prompt =
+      tr("Line number, 1 to %1 (or line:column with columns from 1, +lines, -lines)").arg(document->cmx->LineCount());
   const auto answer = InputBox(prompt, tr("Go To Line"), QString::number(now.LineNo + 1));
   if (!answer || !activeDocument()) return;
   static const QRegularExpression form(QStringLiteral("^\\s*([+-]?)(\\d{1,15})(?:\\s*[:,]\\s*(\\d{1,15}))?\\s*$"));

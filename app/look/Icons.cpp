@@ -51,7 +51,7 @@ class DrawnIcon : public PaintedIcon {
   QString name_;
 };
 
-}  // namespace
+}   // namespace
 
 QIcon icons::byName(const QString& name) {
   if (!name.startsWith(QLatin1String("zelkor-")) && QIcon::hasThemeIcon(name)) return QIcon::fromTheme(name);

@@ -6,4 +6,4 @@
 namespace icons {
 QIcon byName(const QString& name);   // "document-open", "zelkor-expand" ...; ours are app/icons/NAME.svg
 QIcon application();
-}  // namespace icons
+}   // namespace icons

@@ -76,11 +76,14 @@ class Style : public QProxyStyle {
     painter->restore();
   }
   // The library's own style draws the buttons of a window that is not the active one in black on any colour.
-  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter, const QWidget* widget) const override {
+  void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                          const QWidget* widget) const override {
     const auto* bar = control == CC_TitleBar ? qstyleoption_cast<const QStyleOptionTitleBar*>(option) : nullptr;
-    if (!bar || baseStyle()->name() != QLatin1String("fusion")) return QProxyStyle::drawComplexControl(control, option, painter, widget);
+    if (!bar || baseStyle()->name() != QLatin1String("fusion"))
+      return QProxyStyle::drawComplexControl(control, option, painter, widget);
     const bool minimised = bar->titleBarState & Qt::WindowMinimized, maximised = bar->titleBarState & Qt::WindowMaximized;
-    const bool mayMinimise = bar->titleBarFlags & Qt::WindowMinimizeButtonHint, mayMaximise = bar->titleBarFlags & Qt::WindowMaximizeButtonHint;
+    const bool mayMinimise = bar->titleBarFlags & Qt::WindowMinimizeButtonHint,
+               mayMaximise = bar->titleBarFlags & Qt::WindowMaximizeButtonHint;
     const struct {
       SubControl part;
       StandardPixmap picture;
@@ -92,7 +95,8 @@ class Style : public QProxyStyle {
     QStyleOptionTitleBar rest(*bar);
     for (const auto& button : buttons) rest.subControls &= ~SubControls(button.part);
     QProxyStyle::drawComplexControl(control, &rest, painter, widget);
-    const QColor ink = bar->palette.color(bar->titleBarState & QStyle::State_Active ? QPalette::HighlightedText : QPalette::WindowText);
+    const QColor ink =
+        bar->palette.color(bar->titleBarState & QStyle::State_Active ? QPalette::HighlightedText : QPalette::WindowText);
     for (const auto& button : buttons) {
       if (!button.there || !(bar->subControls & button.part)) continue;
       const QRect place = proxy()->subControlRect(CC_TitleBar, bar, button.part, widget);
@@ -125,7 +129,7 @@ QPalette paletteOf(bool dark) {
   return palette;
 }
 
-}  // namespace
+}   // namespace
 
 void useStyle() { QApplication::setStyle(new Style); }
 

@@ -14,6 +14,7 @@ struct Option {
   bool Arguments::*flag;
   const char* help;
 };
+// clang-format off
 constexpr Option kOptions[] = {
     {"--help", &Arguments::help, QT_TRANSLATE_NOOP("Arguments", "show this text")},
     {"--version", &Arguments::version, QT_TRANSLATE_NOOP("Arguments", "show the version")},
@@ -27,12 +28,13 @@ constexpr Option kOptions[] = {
     {"--print-pdf", &Arguments::printPdf,
      QT_TRANSLATE_NOOP("Arguments", "print files as PDF without a window (--print-pdf --help)")},
 };
+// clang-format on
 
 QString tr(const char* text) { return QCoreApplication::translate("Arguments", text); }
 
 qint64 number(const QString& digits) { return digits.isEmpty() ? 0 : digits.toLongLong(); }
 
-}  // namespace
+}   // namespace
 
 FilePlace placeIn(const QString& argument) {
   static const QRegularExpression form(QStringLiteral("\\A(.+?):(\\d{1,15})(?::(\\d{1,15}))?:?\\z"),
@@ -67,8 +69,8 @@ Arguments parseArguments(const QStringList& arguments, const QString& folder) {
     }
     if (!onlyFiles && argument.startsWith(u'-')) {
       const QString known = argument == QLatin1String("-h") ? QStringLiteral("--help") : argument;
-      const auto* option = std::find_if(std::begin(kOptions), std::end(kOptions),
-                                        [&](const Option& o) { return known == QLatin1String(o.name); });
+      const auto* option =
+          std::find_if(std::begin(kOptions), std::end(kOptions), [&](const Option& o) { return known == QLatin1String(o.name); });
       if (option == std::end(kOptions)) {
         line.error = tr("unknown option %1").arg(argument);
         return line;

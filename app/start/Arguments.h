@@ -17,12 +17,12 @@ FilePlace placeIn(const QString& argument);
 
 struct Arguments {
   bool help = false, version = false, newInstance = false, wait = false, readOnly = false, standardInput = false;
-  bool batch = false;          // the rest is the batch mode's affair
-  bool printPdf = false;       // the rest is the affair of printing without a window
-  QList<FilePlace> files;      // in order, paths absolute against the folder that was given
-  QString error;               // for standard error; not empty: nothing else counts
+  bool batch = false;       // the rest is the batch mode's affair
+  bool printPdf = false;    // the rest is the affair of printing without a window
+  QList<FilePlace> files;   // in order, paths absolute against the folder that was given
+  QString error;            // for standard error; not empty: nothing else counts
 };
 
 // arguments without the program's name. folder: where the names were typed.
 Arguments parseArguments(const QStringList& arguments, const QString& folder);
-QString argumentsHelp();     // of --help, lines of at most 80 characters
+QString argumentsHelp();   // of --help, lines of at most 80 characters

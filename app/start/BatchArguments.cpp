@@ -20,7 +20,8 @@ constexpr Option kValues[] = {
     {"--definitions", "FILE", QT_TRANSLATE_NOOP("BatchArguments", "language definitions other than those of the settings")},
 };
 constexpr Option kSwitches[] = {
-    {"--allow-programs", "", QT_TRANSLATE_NOOP("BatchArguments", "macros from elsewhere, and values of variables, may start programs")},
+    {"--allow-programs", "",
+     QT_TRANSLATE_NOOP("BatchArguments", "macros from elsewhere, and values of variables, may start programs")},
     {"--replace", "", QT_TRANSLATE_NOOP("BatchArguments", "files in DIR may be replaced")},
     {"--save", "", QT_TRANSLATE_NOOP("BatchArguments", "write the changed texts back to their files")},
 };
@@ -28,9 +29,11 @@ constexpr Option kSwitches[] = {
 QString tr(const char* text) { return QCoreApplication::translate("BatchArguments", text); }
 
 Options parse(const QStringList& arguments) {
-  Options given = takeApart(arguments, namesOf(kSwitches) + QStringList{QStringLiteral("--batch"), QStringLiteral("--help")}, namesOf(kValues));
+  Options given =
+      takeApart(arguments, namesOf(kSwitches) + QStringList{QStringLiteral("--batch"), QStringLiteral("--help")}, namesOf(kValues));
   if (!given.error.isEmpty() || given.has("--help")) return given;
-  if (given.has("--command") + given.has("--script") + given.has("--macro") != 1) given.error = tr("--batch needs one of --command, --script and --macro");
+  if (given.has("--command") + given.has("--script") + given.has("--macro") != 1)
+    given.error = tr("--batch needs one of --command, --script and --macro");
   else if (given.files.isEmpty()) given.error = tr("--batch needs a file to work on");
   else if (given.has("--replace") && !given.has("--output")) given.error = tr("--replace needs --output");
   else if (given.has("--save") && given.has("--output")) given.error = tr("--save and --output exclude each other");
@@ -40,15 +43,20 @@ Options parse(const QStringList& arguments) {
 QString help() {
   QString text = tr("Usage: zelkor --batch OPTION... FILE...") + QLatin1String("\n\n");
   const auto line = [&](const Option& option) {
-    text += QLatin1String("  ") + QStringLiteral("%1 %2").arg(QLatin1String(option.name), QLatin1String(option.value)).leftJustified(24) + tr(option.help) + u'\n';
+    text += QLatin1String("  ") +
+            QStringLiteral("%1 %2").arg(QLatin1String(option.name), QLatin1String(option.value)).leftJustified(24) +
+            tr(option.help) + u'\n';
   };
   for (const Option& option : kValues) line(option);
   for (const Option& option : kSwitches) line(option);
-  text += u'\n' + tr("Exit status: 0 done, 1 invalid command, 2 wrong use, a run that was stopped, or a file that could\nnot be read or saved.") + u'\n';
+  text += u'\n' +
+          tr("Exit status: 0 done, 1 invalid command, 2 wrong use, a run that was stopped, or a file that could\nnot be read or "
+             "saved.") +
+          u'\n';
   return text;
 }
 
-}  // namespace
+}   // namespace
 
 int runBatch(const QStringList& arguments) {
   const Options given = parse(arguments);

@@ -26,10 +26,10 @@
 
 namespace {
 
-constexpr int kStartWaitMs = 600;     // for a first copy that holds the lock but does not listen yet
+constexpr int kStartWaitMs = 600;        // for a first copy that holds the lock but does not listen yet
 constexpr int kProgramStartMs = 15000;   // for a first copy that this one has started
 constexpr int kRetryMs = 20;
-constexpr int kAnswerWaitMs = 10000;  // until the message is taken; then the person is asked whether to go on waiting
+constexpr int kAnswerWaitMs = 10000;   // until the message is taken; then the person is asked whether to go on waiting
 
 // Sessions of one user on different displays do not share a frame.
 QString displayName() {
@@ -70,7 +70,9 @@ void tell(const QString& text, const QList<HandOff>& notOpened) {
   for (const QString& name : names) std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("not opened: %1").arg(name)));
   if (!windowsAreSeen()) return;
   QString shown = text;
-  if (!names.isEmpty()) shown += QLatin1String("\r\n\r\n") + tr("Not opened:") + QLatin1String("\r\n") + names.first(std::min(kNamed, names.size())).join(QLatin1String("\r\n"));
+  if (!names.isEmpty())
+    shown += QLatin1String("\r\n\r\n") + tr("Not opened:") + QLatin1String("\r\n") +
+             names.first(std::min(kNamed, names.size())).join(QLatin1String("\r\n"));
   if (names.size() > kNamed) shown += QLatin1String("\r\n") + tr("and %1 more").arg(names.size() - kNamed);
   const BoxInCorner corner;
   MsgBox(shown, QString::fromLatin1(kApplicationTitle), Icon::exclamation);
@@ -97,7 +99,7 @@ bool goOnWaiting() {
                                      QString::fromLatin1(kApplicationTitle), Icon::question, Buttons::yesNo) == Answer::yes;
 }
 
-}  // namespace
+}   // namespace
 
 Instance::Instance(frmMain& frame)
     : frame_(frame),
@@ -145,7 +147,8 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
           if (!started) {
             QThread::msleep(kRetryMs);
           } else if (started->hasEnded(kRetryMs)) {
-            std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("the editor that was started for this ended; this one takes its place")));
+            std::fprintf(stderr, "zelkor: %s\n",
+                         qPrintable(tr("the editor that was started for this ended; this one takes its place")));
             started.reset();
             waits = false;
           }

@@ -5,7 +5,7 @@
 
 namespace {
 QString tr(const char* text) { return QCoreApplication::translate("Options", text); }
-}  // namespace
+}   // namespace
 
 bool Options::has(const char* name) const {
   return std::any_of(given.begin(), given.end(), [&](const Given& one) { return one.name == QLatin1String(name); });

@@ -9,9 +9,9 @@ struct Options {
   struct Given {
     QString name, value;   // value: empty of a switch, never of another one
   };
-  QList<Given> given;      // in order; one with a value stands here once
+  QList<Given> given;   // in order; one with a value stands here once
   QStringList files;
-  QString error;           // not empty: nothing else counts
+  QString error;   // not empty: nothing else counts
 
   bool has(const char* name) const;
   QString value(const char* name) const;   // empty: not given

@@ -30,11 +30,13 @@ struct Switch {
   const char* help;
 };
 constexpr Switch kSwitches[] = {
-    {"--line-numbers", [](PrintSettings& s) { s.text.LineNumbers = true; }, QT_TRANSLATE_NOOP("PrintArguments", "print line numbers")},
+    {"--line-numbers", [](PrintSettings& s) { s.text.LineNumbers = true; },
+     QT_TRANSLATE_NOOP("PrintArguments", "print line numbers")},
     {"--no-line-numbers", [](PrintSettings& s) { s.text.LineNumbers = false; }, QT_TRANSLATE_NOOP("PrintArguments", "print none")},
     {"--no-header", [](PrintSettings& s) { s.text.HeaderEnabled = false; }, QT_TRANSLATE_NOOP("PrintArguments", "print no header")},
     {"--no-footer", [](PrintSettings& s) { s.text.FooterEnabled = false; }, QT_TRANSLATE_NOOP("PrintArguments", "print no footer")},
-    {"--wrap-mark", [](PrintSettings& s) { s.text.WrapMark = true; }, QT_TRANSLATE_NOOP("PrintArguments", "mark where a line goes on below")},
+    {"--wrap-mark", [](PrintSettings& s) { s.text.WrapMark = true; },
+     QT_TRANSLATE_NOOP("PrintArguments", "mark where a line goes on below")},
     {"--review-sheet", [](PrintSettings& s) { s.reviewSheet = true; },
      QT_TRANSLATE_NOOP("PrintArguments", "a sheet for reviewers' notes behind each text")},
     {"--landscape", [](PrintSettings& s) { s.layout.setOrientation(QPageLayout::Landscape); },
@@ -101,6 +103,7 @@ struct ValueOption {
   bool (*set)(PrintSettings& settings, const QString& value);   // false: the value is not understood
   const char* help;
 };
+// clang-format off
 constexpr ValueOption kValues[] = {
     {"--header", "TEXT", [](PrintSettings& s, const QString& v) { s.text.HeaderText = v; return s.text.HeaderEnabled = true; },
      QT_TRANSLATE_NOOP("PrintArguments", "left|centre|right; $ variables, %d page, %n pages, %f file date")},
@@ -139,6 +142,7 @@ constexpr ValueOption kValues[] = {
        return good && s.text.TabSize >= 1 && s.text.TabSize <= 32;
      }, QT_TRANSLATE_NOOP("PrintArguments", "1 to 32 columns")},
 };
+// clang-format on
 
 constexpr const char *kPrint = "--print-pdf", *kDefinitions = "--definitions";
 
@@ -147,7 +151,8 @@ QString help() {
                  tr("OUT is one PDF file for all, or a folder that gets one for each file.") + u'\n' +
                  tr("What is not said is as in the print options dialog.") + QLatin1String("\n\n");
   const auto line = [&](const char* name, const char* value, const char* what) {
-    text += QLatin1String("  ") + QStringLiteral("%1 %2").arg(QLatin1String(name), QLatin1String(value)).leftJustified(24) + tr(what) + u'\n';
+    text += QLatin1String("  ") + QStringLiteral("%1 %2").arg(QLatin1String(name), QLatin1String(value)).leftJustified(24) +
+            tr(what) + u'\n';
   };
   for (const Switch& option : kSwitches) line(option.name, "", option.help);
   for (const ValueOption& option : kValues) line(option.name, option.value, option.help);
@@ -171,7 +176,9 @@ bool mayReplace(const QString& path, const std::set<FileId>& sources) {
     if (fd >= 0) fs.close(fd);
     good = length == 0 || (length == sizeof head && std::string_view(head, sizeof head) == "%PDF-");
   }
-  if (!good) std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("%1 is there and is no PDF: it is not replaced").arg(plainForDisplay(path))));
+  if (!good)
+    std::fprintf(stderr, "zelkor: %s\n",
+                 qPrintable(tr("%1 is there and is no PDF: it is not replaced").arg(plainForDisplay(path))));
   return good;
 }
 
@@ -181,7 +188,7 @@ bool save(const QString& path, const QByteArray& pdf) {
   return saved.ok();
 }
 
-}  // namespace
+}   // namespace
 
 bool asksForPdf(const QStringList& arguments) {
   for (const QString& argument : arguments) {
@@ -196,7 +203,8 @@ PrintArguments parsePrintArguments(const QStringList& arguments, PrintSettings* 
   const QStringList options = arguments.mid(0, arguments.indexOf(QLatin1String("--")));
   parsed.help = options.contains(QLatin1String("--help")) || options.contains(QLatin1String("-h"));
   if (parsed.help) return parsed;
-  const Options given = takeApart(arguments, namesOf(kSwitches), namesOf(kValues) + QStringList{QLatin1String(kPrint), QLatin1String(kDefinitions)});
+  const Options given =
+      takeApart(arguments, namesOf(kSwitches), namesOf(kValues) + QStringList{QLatin1String(kPrint), QLatin1String(kDefinitions)});
   parsed.files = given.files;
   parsed.error = given.error;
   for (const Options::Given& one : given.given) {   // of two that contradict each other the later one holds
@@ -205,7 +213,8 @@ PrintArguments parsePrintArguments(const QStringList& arguments, PrintSettings* 
     const auto* plain = std::find_if(std::begin(kSwitches), std::end(kSwitches), isIt);
     const auto* valued = std::find_if(std::begin(kValues), std::end(kValues), isIt);
     if (plain != std::end(kSwitches)) plain->set(*settings);
-    else if (valued != std::end(kValues) && !valued->set(*settings, one.value)) parsed.error = tr("%1: %2 is not understood").arg(one.name, one.value);
+    else if (valued != std::end(kValues) && !valued->set(*settings, one.value))
+      parsed.error = tr("%1: %2 is not understood").arg(one.name, one.value);
   }
   parsed.output = given.value(kPrint);
   parsed.definitions = given.value(kDefinitions);
@@ -242,7 +251,8 @@ int runPrintPdf(const QStringList& arguments) {
     if (!layOut(document, settings, wrap, printer)) return batch::kFailed;
     std::vector<PrintDocument> made{pagesOf(printer.document(), settings.firstPage, settings.lastPage)};
     if (made.front().pages.empty()) {
-      std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("%1 has no page %2").arg(plainForDisplay(document.CurrentFileTitle())).arg(settings.firstPage)));
+      std::fprintf(stderr, "zelkor: %s\n",
+                   qPrintable(tr("%1 has no page %2").arg(plainForDisplay(document.CurrentFileTitle())).arg(settings.firstPage)));
       return batch::kFailed;
     }
     if (settings.reviewSheet) {
@@ -255,7 +265,8 @@ int runPrintPdf(const QStringList& arguments) {
     }
     const QString name = document.CurrentFileTitle() + QStringLiteral(".pdf");
     if (names.contains(name)) {
-      std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("another file named %1 went to the folder already").arg(plainForDisplay(name))));
+      std::fprintf(stderr, "zelkor: %s\n",
+                   qPrintable(tr("another file named %1 went to the folder already").arg(plainForDisplay(name))));
       return batch::kFailed;
     }
     names << name;

@@ -11,7 +11,7 @@ struct PrintArguments {
   QString output;        // a PDF file, or a folder that gets one for each file
   QString definitions;   // language definitions other than those of the settings; empty: those
   QStringList files;
-  QString error;         // not empty: nothing else counts
+  QString error;   // not empty: nothing else counts
 };
 
 // True when the command line asks for printing: "--print-pdf" stands in it, in front of any "--".

@@ -35,14 +35,17 @@ void onSignal(int) {
 constexpr int kSignals[] = {SIGTERM, SIGHUP, SIGINT};
 #endif
 
-}  // namespace
+}   // namespace
 
 SessionEnd::SessionEnd(frmMain& frame) : frame_(frame) {
-  connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager& manager) {
-    const bool mayAsk = manager.allowsInteraction();
-    if (!sessionEnds(mayAsk)) manager.cancel();
-    if (mayAsk) manager.release();
-  }, Qt::DirectConnection);
+  connect(
+      qGuiApp, &QGuiApplication::commitDataRequest, this,
+      [this](QSessionManager& manager) {
+        const bool mayAsk = manager.allowsInteraction();
+        if (!sessionEnds(mayAsk)) manager.cancel();
+        if (mayAsk) manager.release();
+      },
+      Qt::DirectConnection);
   qApp->installEventFilter(this);
   again_.setInterval(kRetryMs);
   connect(&again_, &QTimer::timeout, this, [this] { tryToEnd(isDialogUp() ? kRetryPatienceMs : kPatienceMs); });
@@ -51,8 +54,7 @@ SessionEnd::SessionEnd(frmMain& frame) : frame_(frame) {
   notifier_ = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
   connect(notifier_, &QSocketNotifier::activated, this, [this] {
     char bytes[64];
-    while (::read(pipeEnds[0], bytes, sizeof bytes) > 0) {
-    }
+    while (::read(pipeEnds[0], bytes, sizeof bytes) > 0) {}
     endWanted();
   });
   struct sigaction action {};
@@ -79,7 +81,7 @@ void SessionEnd::endWanted() {
 
 // Also runs while the question is up that a call further out asks: what could not be written then may be written by now.
 void SessionEnd::tryToEnd(int patienceMs) {
-  if (LongWork::cancelRunning()) return;   // the command that waits for it has to return before its text may go
+  if (LongWork::cancelRunning()) return;                    // the command that waits for it has to return before its text may go
   if (mCMXParser::isRunning()) return mCMXParser::Stop();   // the same
   if (frame_.endFromOutside(patienceMs) || !isDialogUp()) again_.stop();
 }

@@ -15,7 +15,7 @@ class SessionEnd : public QObject {
   explicit SessionEnd(frmMain& frame);   // one in a process
   ~SessionEnd() override;
 
-  void endWanted();                      // what a signal does; while somebody answers something it is tried again and again
+  void endWanted();   // what a signal does; while somebody answers something it is tried again and again
   // The session is about to end. False: the person wants to stay.
   bool sessionEnds(bool mayAsk);
 
@@ -27,5 +27,5 @@ class SessionEnd : public QObject {
   frmMain& frame_;
   QTimer again_;
   QSocketNotifier* notifier_ = nullptr;
-  bool unasked_ = false;                 // the session is ending, and nobody was asked
+  bool unasked_ = false;   // the session is ending, and nobody was asked
 };

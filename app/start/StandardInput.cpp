@@ -21,7 +21,7 @@ text::files::Descriptor lockSpooled(const QString& path) {
   return file;
 }
 
-}  // namespace
+}   // namespace
 
 StandardInput spoolStandardInput() {
   StandardInput input;

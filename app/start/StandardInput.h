@@ -9,11 +9,11 @@
 class frmMain;
 
 struct StandardInput {
-  QString path;      // empty: `error` says why
+  QString path;   // empty: `error` says why
   QString error;
   text::files::Descriptor lock;
 };
 
-StandardInput spoolStandardInput();              // reads it to its end
-bool isSpooledInput(const QString& path);        // by its name
-void takeInLeftInput(frmMain& frame);            // opens what senders left that have gone
+StandardInput spoolStandardInput();         // reads it to its end
+bool isSpooledInput(const QString& path);   // by its name
+void takeInLeftInput(frmMain& frame);       // opens what senders left that have gone

@@ -96,7 +96,8 @@ void writeSettings() {
   frmRegistry::instance().SetProfile();
   CMXRegistry::saveHotKeys();
   CMXRegistry::saveMacros();
-  if (Flush() != 0) std::fprintf(stderr, "zelkor: %s\n", qPrintable(QCoreApplication::translate("mGlobals", "the settings could not be saved")));
+  if (Flush() != 0)
+    std::fprintf(stderr, "zelkor: %s\n", qPrintable(QCoreApplication::translate("mGlobals", "the settings could not be saved")));
 }
 
 int complain(const QString& text, int status) {
@@ -119,12 +120,15 @@ bool displayOpen = false;
 // error is for what went wrong. Without a display that answers the library aborts; a wrong DISPLAY is the user's to mend.
 void tellMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
   if (!displayOpen && type == QtFatalMsg) {
-    complain(QStringLiteral("the display cannot be opened (DISPLAY is \"%1\", WAYLAND_DISPLAY is \"%2\", QT_QPA_PLATFORM is \"%3\")")
-                 .arg(qEnvironmentVariable("DISPLAY"), qEnvironmentVariable("WAYLAND_DISPLAY"), qEnvironmentVariable("QT_QPA_PLATFORM")), 2);
+    complain(
+        QStringLiteral("the display cannot be opened (DISPLAY is \"%1\", WAYLAND_DISPLAY is \"%2\", QT_QPA_PLATFORM is \"%3\")")
+            .arg(qEnvironmentVariable("DISPLAY"), qEnvironmentVariable("WAYLAND_DISPLAY"), qEnvironmentVariable("QT_QPA_PLATFORM")),
+        2);
     std::_Exit(2);
   }
   if (!displayOpen && QLatin1String(context.category).startsWith(QLatin1String("qt.qpa."))) return;   // said once, above
-  if (!text.startsWith(QLatin1String("QStandardPaths: "))) std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, text)));
+  if (!text.startsWith(QLatin1String("QStandardPaths: ")))
+    std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, text)));
 }
 
 // The last resort where no nearer place has caught it: an event that ran out of memory is given up, the program goes on.
@@ -165,7 +169,7 @@ class OncePainted : public QObject {
   std::function<void()> what_;
 };
 
-}  // namespace
+}   // namespace
 
 const std::shared_ptr<colLangs>& gLangs() { return languages().Languages(); }
 const QString& gWebHome() { return webHome; }
@@ -184,7 +188,8 @@ QString readDefinitions(const QString& named) {
   } else {
     languages().setIniFile(fullPath(named));
     error = languages().ReadIniFile();
-    if (!error.isEmpty()) error = QCoreApplication::translate("mGlobals", "the definitions %1 cannot be read: %2").arg(plainForDisplay(named), error);
+    if (!error.isEmpty())
+      error = QCoreApplication::translate("mGlobals", "the definitions %1 cannot be read: %2").arg(plainForDisplay(named), error);
   }
   AddLanguages(*gLangs());
   return error;
@@ -321,7 +326,8 @@ display:
   main.SetupToolStatus();
   main.SetupMenus();
   main.menus().setCaption(QStringLiteral("mHelpAbout"), -1,
-                          QCoreApplication::translate("mGlobals", "About %1 ...").arg(QString::fromLatin1(kApplicationTitle)), true);
+                          QCoreApplication::translate("mGlobals", "About %1 ...").arg(QString::fromLatin1(kApplicationTitle)),
+                          true);
   main.restoreLog();
   main.show();
   QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn once the text is seen
@@ -346,6 +352,4 @@ display:
   const int status = application.exec();
   recovery.onFailure({});
   return status;
-} catch (const std::bad_alloc&) {
-  return complain(QStringLiteral("out of memory"), 2);
-}
+} catch (const std::bad_alloc&) { return complain(QStringLiteral("out of memory"), 2); }

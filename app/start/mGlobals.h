@@ -23,7 +23,7 @@ void setWebHome(const QString& address);
 // one name, with ":LINE:COLUMN" behind it if there is no file of that very name. Null: nothing was opened or brought forward.
 frmDocument* OpenCommandLine(frmMain& frame, const QString& text);
 
-void useDefinitionFileOfSettings();          // or of the program's config folder when there is none
+void useDefinitionFileOfSettings();   // or of the program's config folder when there is none
 void InitLanguages();
 // For a run without windows: the definitions of the file named, or those of the settings where none is. Empty: done, else why
 // the named ones cannot be read.

@@ -85,7 +85,8 @@ class DesktopDialogs : public Dialogs {
  public:
   Answer messageBox(const QString& text, const QString& title, Icon icon, Buttons buttons) override {
     const ModalGuard guard;
-    QMessageBox box(shown(icon), plainForDisplay(title, 200), boxText(text, kMostLines), offered(buttons), QApplication::activeWindow());
+    QMessageBox box(shown(icon), plainForDisplay(title, 200), boxText(text, kMostLines), offered(buttons),
+                    QApplication::activeWindow());
     box.setTextFormat(Qt::PlainText);
     shorten(box);
     switch (box.exec()) {
@@ -176,7 +177,7 @@ class DesktopDialogs : public Dialogs {
   }
 };
 
-}  // namespace
+}   // namespace
 
 Answer declined(Buttons buttons) {
   switch (buttons) {

@@ -26,11 +26,11 @@ struct FileLook {
 
 struct FileDialogRequest {
   QString title;
-  QString filter;             // "Name (*.a;*.b)|*.a;*.b|..." pairs, as the language manager builds it
-  int filterIndex = 1;        // 1-based entry of the filter
-  QString folder, name;       // start folder and proposed name
-  QString defaultExtension;   // without the dot
-  bool multiple = false;      // open only
+  QString filter;                   // "Name (*.a;*.b)|*.a;*.b|..." pairs, as the language manager builds it
+  int filterIndex = 1;              // 1-based entry of the filter
+  QString folder, name;             // start folder and proposed name
+  QString defaultExtension;         // without the dot
+  bool multiple = false;            // open only
   const FileLook* disk = nullptr;   // null: the tool kit's look
 };
 

@@ -20,7 +20,7 @@ QString dialogPatterns(const QString& pattern) {
   return patterns.isEmpty() ? QStringLiteral("*") : patterns.join(u' ');
 }
 
-}  // namespace
+}   // namespace
 
 QStringList dialogFilters(const QString& filter) {
   QStringList pieces = filter.split(u'|');

@@ -67,10 +67,11 @@ void fit(QWidget& window) {
 
 bool isPlaced(const QWidget& window) {
   const auto type = window.windowType();
-  return window.isWindow() && (type == Qt::Window || type == Qt::Dialog || type == Qt::Tool) && !window.isMaximized() && !window.isFullScreen();
+  return window.isWindow() && (type == Qt::Window || type == Qt::Dialog || type == Qt::Tool) && !window.isMaximized() &&
+         !window.isFullScreen();
 }
 
-}  // namespace
+}   // namespace
 
 QRect FitScreen::room(const QScreen& screen) {
   const int title = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);

@@ -48,7 +48,8 @@ QSize FlowLayout::sizeHint() const { return items_.empty() ? QSize(0, 0) : group
 
 QSize FlowLayout::minimumSize() const {
   QSize least(0, 0);
-  for (std::size_t first = 0; first < items_.size(); first = groupEnd(first)) least = least.expandedTo(groupSize(first, groupEnd(first)));
+  for (std::size_t first = 0; first < items_.size(); first = groupEnd(first))
+    least = least.expandedTo(groupSize(first, groupEnd(first)));
   return least;
 }
 

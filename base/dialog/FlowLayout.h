@@ -18,8 +18,8 @@ class FlowLayout : public QLayout {
   bool hasHeightForWidth() const override { return true; }
   int heightForWidth(int width) const override { return place(QRect(0, 0, width, 0), false); }
   Qt::Orientations expandingDirections() const override { return {}; }
-  QSize sizeHint() const override;        // all in one row
-  QSize minimumSize() const override;     // of the widest group
+  QSize sizeHint() const override;      // all in one row
+  QSize minimumSize() const override;   // of the widest group
   void setGeometry(const QRect& rect) override;
 
  private:

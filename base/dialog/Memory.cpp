@@ -4,6 +4,4 @@
 
 #include "base/dialog/Dialogs.h"
 
-void tellNoMemory() {
-  MsgBox(QCoreApplication::translate("Memory", "There is not enough memory for this. Nothing was changed."));
-}
+void tellNoMemory() { MsgBox(QCoreApplication::translate("Memory", "There is not enough memory for this. Nothing was changed.")); }

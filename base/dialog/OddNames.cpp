@@ -39,7 +39,8 @@ OddNames::OddNames(QFileDialog& dialog, const FileLook& disk, const QString& fol
   layout->addWidget(list_);
   list_->setObjectName(QStringLiteral("oddNames"));
   list_->setFixedHeight(list_->fontMetrics().height() * kShownRows + 2 * list_->frameWidth());
-  connect(list_, &QListWidget::itemActivated, this, [this](const QListWidgetItem* item) { open(item->data(Qt::UserRole).toString()); });
+  connect(list_, &QListWidget::itemActivated, this,
+          [this](const QListWidgetItem* item) { open(item->data(Qt::UserRole).toString()); });
   show(folder.isEmpty() ? dialog.directory().absolutePath() : folder);
   // A dialog of the desktop takes no list.
   if (isVisibleTo(&dialog)) dialog.setOption(QFileDialog::DontUseNativeDialog);

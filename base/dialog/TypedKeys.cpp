@@ -9,16 +9,18 @@
 namespace {
 
 bool isText(const QString& text) {
-  return !text.isEmpty() && (text[0].isPrint() || text[0].isSurrogate() || text[0].category() == QChar::Other_Format);   // or a joiner
+  return !text.isEmpty() &&
+         (text[0].isPrint() || text[0].isSurrogate() || text[0].category() == QChar::Other_Format);   // or a joiner
 }
 
 // A field that takes no text, as one for the keys themselves, sees all.
 bool takesText(const QWidget& field) {
-  return field.testAttribute(Qt::WA_InputMethodEnabled) && (qobject_cast<const QLineEdit*>(&field) || qobject_cast<const QAbstractSpinBox*>(&field) ||
-                                                            qobject_cast<const QPlainTextEdit*>(&field) || qobject_cast<const QTextEdit*>(&field));
+  return field.testAttribute(Qt::WA_InputMethodEnabled) &&
+         (qobject_cast<const QLineEdit*>(&field) || qobject_cast<const QAbstractSpinBox*>(&field) ||
+          qobject_cast<const QPlainTextEdit*>(&field) || qobject_cast<const QTextEdit*>(&field));
 }
 
-}  // namespace
+}   // namespace
 
 bool typesText(const QKeyEvent& key) {
   const auto held = [&](Qt::KeyboardModifier modifier) { return key.modifiers().testFlag(modifier); };
@@ -38,7 +40,8 @@ bool TypedKeys::eventFilter(QObject* object, QEvent* event) {
     if (widget && widget->focusProxy()) widget = widget->focusProxy();   // a list of completions hands its keys to its field
     if (const auto* choice = qobject_cast<QComboBox*>(widget); choice && choice->isEditable()) widget = choice->lineEdit();
     const auto* key = static_cast<QKeyEvent*>(event);
-    const bool ctrlAlone = key->modifiers().testFlag(Qt::ControlModifier) && !key->modifiers().testFlag(Qt::AltModifier);   // no field types that
+    const bool ctrlAlone =
+        key->modifiers().testFlag(Qt::ControlModifier) && !key->modifiers().testFlag(Qt::AltModifier);   // no field types that
     if (widget && takesText(*widget) && isText(key->text()) && !typesText(*key) && !ctrlAlone) return true;
   }
   return QObject::eventFilter(object, event);

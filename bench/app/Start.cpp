@@ -27,8 +27,8 @@
 
 namespace {
 
-constexpr const char* kSteps[] = {"application object", "frame with menus and bars", "who is first",
-                                  "settings and languages", "profile, menus, show", "open a 300-line file", "first paint"};
+constexpr const char* kSteps[] = {"application object",   "frame with menus and bars", "who is first", "settings and languages",
+                                  "profile, menus, show", "open a 300-line file",      "first paint"};
 constexpr int kStepCount = int(std::size(kSteps));
 
 // Ends the event loop once a pane has been painted.
@@ -125,4 +125,4 @@ void Start(benchmark::State& state) {
 
 BENCHMARK(Start)->Iterations(1);
 
-}  // namespace
+}   // namespace

@@ -88,4 +88,4 @@ void TypingWithJournal(benchmark::State& state) {
 }
 BENCHMARK(TypingWithJournal)->Iterations(1);
 
-}  // namespace
+}   // namespace

@@ -39,11 +39,16 @@ struct Bare {
 };
 
 void MillionLines(benchmark::State& state) {
-  struct Case { const char *command, *line; };
+  struct Case {
+    const char *command, *line;
+  };
   for (auto _ : state)
-    for (const Case& c : {Case{"UPPERCASESELECTION", "  signal_a <= signal_b;\n"}, {"LOWERCASESELECTION", "Prüfung A\r\n"},
-                          {"TABIFYSELECTION", "        a <= b;   -- x\n"}, {"UNTABIFYSELECTION", "\ta <=\tb;\n"},
-                          {"INDENTSELECTION", "a <= b;\n"}, {"UNINDENTSELECTION", "    a <= b;\n"}}) {
+    for (const Case& c : {Case{"UPPERCASESELECTION", "  signal_a <= signal_b;\n"},
+                          {"LOWERCASESELECTION", "Prüfung A\r\n"},
+                          {"TABIFYSELECTION", "        a <= b;   -- x\n"},
+                          {"UNTABIFYSELECTION", "\ta <=\tb;\n"},
+                          {"INDENTSELECTION", "a <= b;\n"},
+                          {"UNINDENTSELECTION", "    a <= b;\n"}}) {
       Bare bare;
       bare.load(1000000, c.line);
       bare.run("SELECTALL");
@@ -71,4 +76,4 @@ void Blocks(benchmark::State& state) {
 }
 BENCHMARK(Blocks)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}   // namespace

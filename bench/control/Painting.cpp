@@ -79,11 +79,14 @@ void LongLine(benchmark::State& state) {
     double sum = 0;
     for (int i = 0; i < 20; ++i) sum += window.press(Qt::Key_A, {}, QStringLiteral("a"));
     milliseconds("  the next ones", sum / 20, 50);
-    milliseconds("20 MB line: position of the caret", [&] {
-      const auto asked = bench::Clock::now();
-      benchmark::DoNotOptimize(window.control->GetSel(false));
-      return bench::secondsSince(asked);
-    }(), 50);
+    milliseconds(
+        "20 MB line: position of the caret",
+        [&] {
+          const auto asked = bench::Clock::now();
+          benchmark::DoNotOptimize(window.control->GetSel(false));
+          return bench::secondsSince(asked);
+        }(),
+        50);
     milliseconds("20 MB line: back to its start", window.press(Qt::Key_Home), 50);
   }
 }
@@ -109,4 +112,4 @@ void ColoredPages(benchmark::State& state) {
 }
 BENCHMARK(ColoredPages)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}   // namespace

@@ -87,7 +87,8 @@ void Statements(benchmark::State& state) {
     BenchFrame frame;
     frame.document->cmx->setText(QStringLiteral("one\ntwo\nthree\n"));
     frame.document->show();
-    bench::row("100,000 statement lines on a small text", frame.run(lines("cmdLINEDOWN\ncmdINSERTCHAR x\ncmdDELETEBACK\ncmdHOME\n", 25000)), "s", 1);
+    bench::row("100,000 statement lines on a small text",
+               frame.run(lines("cmdLINEDOWN\ncmdINSERTCHAR x\ncmdDELETEBACK\ncmdHOME\n", 25000)), "s", 1);
     frame.window->show();
     bench::row("ECHO of 100,000 lines", frame.run(lines("ECHO some text of a usual length $Title\n", 100000)), "s", 1);
   }
@@ -116,10 +117,12 @@ void Programs(benchmark::State& state) {
     frame.window->resize(900, 300);
     frame.window->show();
     Pauses pauses;
-    const double seconds = frame.run(QStringLiteral("SHELL sh -c \"yes 'a line of output that is as long as lines of tools are' | head -c 100000000\""));
+    const double seconds = frame.run(
+        QStringLiteral("SHELL sh -c \"yes 'a line of output that is as long as lines of tools are' | head -c 100000000\""));
     bench::row("a program prints 100 MB, until all is shown", seconds, "s", 0);
     bench::row("longest pause of the window meanwhile", pauses.longest, "ms", 200);
-    bench::row("size of the log afterwards", double(frame.window->cmx->model()->snapshot().size().value) / double(bench::MB), "MB", 40);
+    bench::row("size of the log afterwards", double(frame.window->cmx->model()->snapshot().size().value) / double(bench::MB), "MB",
+               40);
   }
 }
 
@@ -138,7 +141,8 @@ void BatchMode(benchmark::State& state) {
       options.save = save;
       const auto start = bench::Clock::now();
       if (batch::run(options) != batch::kDone) std::abort();
-      bench::row(save ? "batch over 1,000 files of 300 lines, saved" : "batch over 1,000 files of 300 lines", bench::secondsSince(start), "s", 5);
+      bench::row(save ? "batch over 1,000 files of 300 lines, saved" : "batch over 1,000 files of 300 lines",
+                 bench::secondsSince(start), "s", 5);
     }
   }
 }
@@ -148,4 +152,4 @@ BENCHMARK(BigText)->Iterations(1);
 BENCHMARK(Programs)->Iterations(1);
 BENCHMARK(BatchMode)->Iterations(1);
 
-}  // namespace
+}   // namespace

@@ -59,4 +59,4 @@ void Columns(benchmark::State& state) {
 }
 BENCHMARK(Columns)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}   // namespace

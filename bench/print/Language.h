@@ -19,7 +19,9 @@ inline std::shared_ptr<clsLang> language() {
     l->BlockStart = QStringLiteral("module\r\nbegin\r\ncase\r\nfunction\r\ntask\r\ngenerate\r\n");
     l->BlockEnd = QStringLiteral("endmodule\r\nend\r\nendcase\r\nendfunction\r\nendtask\r\nendgenerate\r\n");
     CmLanguage table;
-    table.Keywords = QStringLiteral("always\nassign\nbegin\ncase\nelse\nend\nendcase\nendmodule\nif\ninput\nmodule\nnegedge\nor\noutput\nparameter\nposedge\nreg\nwire\n");
+    table.Keywords = QStringLiteral(
+        "always\nassign\nbegin\ncase\nelse\nend\nendcase\nendmodule\nif\ninput\nmodule\nnegedge\nor\noutput\nparameter\nposedge\nre"
+        "g\nwire\n");
     table.Operators = QStringLiteral("=\n<=\n+\n-\n&\n|\n");
     table.SingleLineComments = QStringLiteral("//\n");
     table.MultiLineComments1 = QStringLiteral("/*\n");
@@ -44,4 +46,4 @@ inline std::string verilogLines(std::int64_t lines) {
   return text;
 }
 
-}  // namespace bench_print
+}   // namespace bench_print

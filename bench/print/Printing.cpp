@@ -91,4 +91,4 @@ void PreviewOpens(benchmark::State& state) {
 }
 BENCHMARK(PreviewOpens)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}   // namespace

@@ -169,4 +169,4 @@ void replaceAll(benchmark::State& state) {
 }
 BENCHMARK(replaceAll)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}   // namespace

@@ -80,4 +80,4 @@ void save(benchmark::State& state) {
 }
 BENCHMARK(save)->Arg(MB)->Arg(100 * MB)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}   // namespace

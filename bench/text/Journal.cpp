@@ -78,4 +78,4 @@ void start(benchmark::State& state) {
 }
 BENCHMARK(start)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}   // namespace

@@ -35,7 +35,8 @@ void literals(benchmark::State& state) {
     ratioRow("the same as whole words / memmem", findAll(text, word, {.matchCase = true, .wholeWord = true}, &hits), limit, 3);
     ratioRow("a word that is not there / memmem", findAll(text, "nowhere to be found", {.matchCase = true}, &hits), limit, 2);
     const Searcher first("Begin", {});   // nowhere: back over everything
-    ratioRow("the same backwards, without case / memmem", best(3, [&] { benchmark::DoNotOptimize(first.backward(text, text.size())); }), limit, 3);
+    ratioRow("the same backwards, without case / memmem",
+             best(3, [&] { benchmark::DoNotOptimize(first.backward(text, text.size())); }), limit, 3);
   }
 }
 BENCHMARK(literals)->Iterations(1)->Unit(benchmark::kMillisecond);
@@ -46,7 +47,8 @@ double limitLoop(const std::string& bytes, const std::string& pattern, std::uint
   std::size_t at;
   auto* context = pcre2_compile_context_create(nullptr);
   pcre2_set_newline(context, PCRE2_NEWLINE_ANYCRLF);
-  auto* code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern.data()), pattern.size(), PCRE2_MULTILINE | options, &error, &at, context);
+  auto* code =
+      pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern.data()), pattern.size(), PCRE2_MULTILINE | options, &error, &at, context);
   pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);
   auto* data = pcre2_match_data_create_from_pattern(code, nullptr);
   const auto seconds = best(3, [&] {
@@ -68,25 +70,28 @@ void expressions(benchmark::State& state) {
   const auto log = simulationLog(100 * MB);
   const Snapshot text = inBlocks(log);
   for (auto _ : state)
-    for (const std::string pattern : {"transaction +id=\\d+", "^ *\\d+ ns +WARNING", "addr=0x[0-9a-f]{8}", "\\w+", "u_\\w+.*retry", "0$", "(?s)retry.{1,300}?retry"}) {
+    for (const std::string pattern : {"transaction +id=\\d+", "^ *\\d+ ns +WARNING", "addr=0x[0-9a-f]{8}", "\\w+", "u_\\w+.*retry",
+                                      "0$", "(?s)retry.{1,300}?retry"}) {
       std::size_t hits = 0;
       const auto seconds = findAll(text, pattern, {.matchCase = true, .regex = true}, &hits);
-      ratioRow("find all of " + pattern + " (" + std::to_string(hits) + " hits), 100 MB / PCRE2", seconds, limitLoop(log, pattern, PCRE2_UTF | PCRE2_UCP | PCRE2_NO_UTF_CHECK), 3);
+      ratioRow("find all of " + pattern + " (" + std::to_string(hits) + " hits), 100 MB / PCRE2", seconds,
+               limitLoop(log, pattern, PCRE2_UTF | PCRE2_UCP | PCRE2_NO_UTF_CHECK), 3);
     }
 }
 BENCHMARK(expressions)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void colouring(benchmark::State& state) {
   const Snapshot text = inBlocks(verilogFile(100 * MB));
-  const auto highlighter = std::make_shared<const Highlighter>(LanguageTables{
-      .caseSensitive = true,
-      .keywords = {"always", "begin", "else", "end", "endmodule", "if", "input", "module", "negedge", "or", "output", "parameter", "posedge", "reg", "wire", "$display", "$time"},
-      .operators = {"=", "<=", "+", "-", "^", "&", "!", "(", ")", "[", "]", "{", "}", ";", ",", ":", "#", "@"},
-      .singleComments = {"//"},
-      .multiCommentStart = {"/*"},
-      .multiCommentEnd = {"*/"},
-      .stringDelims = {"\""},
-      .escapeChar = "\\"});
+  const auto highlighter = std::make_shared<const Highlighter>(
+      LanguageTables{.caseSensitive = true,
+                     .keywords = {"always", "begin", "else", "end", "endmodule", "if", "input", "module", "negedge", "or", "output",
+                                  "parameter", "posedge", "reg", "wire", "$display", "$time"},
+                     .operators = {"=", "<=", "+", "-", "^", "&", "!", "(", ")", "[", "]", "{", "}", ";", ",", ":", "#", "@"},
+                     .singleComments = {"//"},
+                     .multiCommentStart = {"/*"},
+                     .multiCommentEnd = {"*/"},
+                     .stringDelims = {"\""},
+                     .escapeChar = "\\"});
   constexpr std::int64_t rows = 60;
   const LineNo top(text.lineCount() - rows);
   const auto screen = [&](StateCache& cache) {
@@ -101,7 +106,8 @@ void colouring(benchmark::State& state) {
     row("screen at the end of a 100 MB source, the first time", best(1, [&] { screen(cache); }) * 1e3, "ms", 200);
     row("the same later", best(3, [&] { screen(cache); }) * 1e3, "ms", 100);
     Change edit;
-    edit.spans = {{.begin = ByteOffset(100), .inserted = 1, .firstLine = LineNo(5), .oldBegin = ByteOffset(100), .oldLine = LineNo(5)}};
+    edit.spans = {
+        {.begin = ByteOffset(100), .inserted = 1, .firstLine = LineNo(5), .oldBegin = ByteOffset(100), .oldLine = LineNo(5)}};
     cache.onChange(edit);
     row("the same after a character typed at the top", best(1, [&] { screen(cache); }) * 1e3, "ms", 100);
     const auto line = singleLine(20 * MB);
@@ -111,10 +117,12 @@ void colouring(benchmark::State& state) {
     const Snapshot longLine(line);
     const std::int64_t end = longLine.size().value;
     LongColors colors;
-    ratioRow("  200 characters at its end, the first time / the whole", best(1, [&] { colors.tokens(*highlighter, longLine, LineNo(0), 0, end - 200, end, end, &tokens); }), whole, 1.5);
-    row("  the same later", best(3, [&] { colors.tokens(*highlighter, longLine, LineNo(0), 0, end - 200, end, 0, &tokens); }) * 1e3, "ms", 5);
+    ratioRow("  200 characters at its end, the first time / the whole",
+             best(1, [&] { colors.tokens(*highlighter, longLine, LineNo(0), 0, end - 200, end, end, &tokens); }), whole, 1.5);
+    row("  the same later", best(3, [&] { colors.tokens(*highlighter, longLine, LineNo(0), 0, end - 200, end, 0, &tokens); }) * 1e3,
+        "ms", 5);
   }
 }
 BENCHMARK(colouring)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+}   // namespace

@@ -28,7 +28,8 @@ void IndentHabits::note(const QString& word, int distance) {
 void IndentHabits::judgeUnit() {
   std::map<int, int> units;
   for (auto word = blocks_.cbegin(); word != blocks_.cend(); ++word)
-    if (!word.key().isEmpty() && !QStringLiteral("([{^~:").contains(word.key()[0]) && !word.key().contains(u'|') && !word.key().contains(u'>'))
+    if (!word.key().isEmpty() && !QStringLiteral("([{^~:").contains(word.key()[0]) && !word.key().contains(u'|') &&
+        !word.key().contains(u'>'))
       for (const auto& [distance, blocks] : *word)
         if (distance > 0) units[distance] += blocks;
   const auto most = std::max_element(units.begin(), units.end(), kByCount);
@@ -46,7 +47,8 @@ int IndentHabits::width(const QString& word, int otherwise, int own) const {
   if (found == blocks_.constEnd()) return otherwise;
   int all = 0;
   for (const auto& [distance, blocks] : *found) all += blocks;
-  if (const auto like = own < 0 ? found->end() : found->find(own); like != found->end() && like->second >= 3 && like->second * 4 >= all)
+  if (const auto like = own < 0 ? found->end() : found->find(own);
+      like != found->end() && like->second >= 3 && like->second * 4 >= all)
     return scaled(own, otherwise);
   const auto [distance, blocks] = *std::max_element(found->begin(), found->end(), kByCount);
   if (distance < 0 || blocks * 10 < all * (distance == 0 ? 8 : 6)) return otherwise;

@@ -16,9 +16,9 @@ class IndentHabits {
   // `old`: the unit that the text has, `fresh`: the one it gets.
   IndentHabits(int old, int fresh) : old_(old), fresh_(fresh) {}
   static void count(Tally* tally, int distance);
-  static int mostOf(const Tally& tally);             // kNone for an empty one
-  void judgeUnit();   // once all blocks are noted: how far most of them indent is the unit that the text has
-  void note(const QString& word, int distance);      // one block; kNone says nothing
+  static int mostOf(const Tally& tally);   // kNone for an empty one
+  void judgeUnit();                        // once all blocks are noted: how far most of them indent is the unit that the text has
+  void note(const QString& word, int distance);   // one block; kNone says nothing
   // The blanks that a line behind `word` gets: its own distance where many blocks of the word have that, else `otherwise` unless most blocks
   // agree. A distance of 0 needs nearly all of them, and a text that indents elsewhere.
   int width(const QString& word, int otherwise, int own = kNone) const;

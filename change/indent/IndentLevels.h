@@ -13,17 +13,17 @@ struct Level {
   int content = 0;   // indent of the lines inside
   int least = 0;     // lines in a bracket that stand deeper stay as they were aligned
   bool bracket = false;
-  bool byWord = false;   // a word opened it, not a sign
-  int lastIf = -1;   // indent of the last "if" inside, for an "else" on a line of its own
-  int shift = 0;     // new indent less old one of the line that opened it
-  int old = 0;       // old indent of the line that `base` is taken from
-  int width = 0;     // of a block as the language lists it
-  bool statements = false;   // a ";" stood in the bracket
-  int blocks = 0;            // blocks of statements in the bracket, an argument of a macro, that have not ended
-  int inBranch = 0;          // how much deeper than the others the lines of a branch stand
-  bool settled = false;      // the block's first line has shown where the lines stand
-  QString word{};    // opened it, in lower case; with ">" and the last middle word
-  QString also{};    // further opening words of its first statement: "loop" behind "for"
+  bool byWord = false;           // a word opened it, not a sign
+  int lastIf = -1;               // indent of the last "if" inside, for an "else" on a line of its own
+  int shift = 0;                 // new indent less old one of the line that opened it
+  int old = 0;                   // old indent of the line that `base` is taken from
+  int width = 0;                 // of a block as the language lists it
+  bool statements = false;       // a ";" stood in the bracket
+  int blocks = 0;                // blocks of statements in the bracket, an argument of a macro, that have not ended
+  int inBranch = 0;              // how much deeper than the others the lines of a branch stand
+  bool settled = false;          // the block's first line has shown where the lines stand
+  QString word{};                // opened it, in lower case; with ">" and the last middle word
+  QString also{};                // further opening words of its first statement: "loop" behind "for"
   IndentHabits::Tally tally{};   // where its lines stand
 
   QString opener() const { return word.section(u'>', 0, 0); }
@@ -84,7 +84,7 @@ class LevelStack {
 
 // What is known of the statement that is being read.
 struct Statement {
-  QString first;               // its first word, behind a label
+  QString first;   // its first word, behind a label
   int words = 0;
   bool opensNothing = false;   // it begins with a word~
   bool opened = false;         // one of its words has opened a block; no further one does
@@ -100,12 +100,12 @@ struct IndentState {
   Statement statement_;
   int statementIndent_ = 0, statementShift_ = 0;
   int anchor_ = 0, anchorOld_ = 0;   // indent, new and old, of the last line that did not begin within brackets
-  bool unfinished_ = false;      // the statement goes on in the next line
-  bool listGoesOn_ = false;      // ... with the next item of a list
-  bool afterLabel_ = false;      // ... with what the label stands for
-  bool hangs_ = false;           // ... with the statement that "if (...)" or "else" governs
-  bool afterName_ = false;       // ... behind a name or a closing bracket
-  bool headerOpen_ = false;      // a block's first statement goes on: "module m" with its brackets below
-  bool headerGoesOn_ = false;    // ... since its last line ends with an operator
-  int shift_ = 0;                // new indent less old one of the last line, for lines that go with it
+  bool unfinished_ = false;          // the statement goes on in the next line
+  bool listGoesOn_ = false;          // ... with the next item of a list
+  bool afterLabel_ = false;          // ... with what the label stands for
+  bool hangs_ = false;               // ... with the statement that "if (...)" or "else" governs
+  bool afterName_ = false;           // ... behind a name or a closing bracket
+  bool headerOpen_ = false;          // a block's first statement goes on: "module m" with its brackets below
+  bool headerGoesOn_ = false;        // ... since its last line ends with an operator
+  int shift_ = 0;                    // new indent less old one of the last line, for lines that go with it
 };

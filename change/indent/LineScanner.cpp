@@ -20,7 +20,9 @@ const Piece& LineScanner::known(std::string_view bytes, bool isWord) {
 // "bit'('1')" and "'{'0, '1}" have none at their first quote.
 static std::size_t characterLiteral(std::string_view line, std::size_t at) {
   if (at + 2 >= line.size() || line[at + 2] != '\'') return 0;
-  const auto isName = [&](std::size_t i) { return i < line.size() && text::classOf(static_cast<unsigned char>(line[i])) == text::CharClass::word; };
+  const auto isName = [&](std::size_t i) {
+    return i < line.size() && text::classOf(static_cast<unsigned char>(line[i])) == text::CharClass::word;
+  };
   const bool attribute = at > 0 && (isName(at - 1) || line[at - 1] == ')' || line[at - 1] == ']');
   return attribute || isName(at + 3) || (at + 3 < line.size() && line[at + 3] == '{') ? 0 : 3;
 }

@@ -17,9 +17,14 @@ struct Piece {
   char16_t sign = 0;   // the character that is no word, where it is one unit
   BlockWords::Entry entry;
   Piece(QString text, bool isWordRun, const BlockWords& words)
-      : word(std::move(text)), isWord(isWordRun), sign(!isWord && word.size() == 1 ? word[0].unicode() : u'\0'), entry(words.classify(word)) {}
+      : word(std::move(text)),
+        isWord(isWordRun),
+        sign(!isWord && word.size() == 1 ? word[0].unicode() : u'\0'),
+        entry(words.classify(word)) {}
   bool is(char16_t c) const { return sign == c; }
-  bool is(QLatin1String lower) const { return isWord && word.size() == lower.size() && word.compare(lower, Qt::CaseInsensitive) == 0; }
+  bool is(QLatin1String lower) const {
+    return isWord && word.size() == lower.size() && word.compare(lower, Qt::CaseInsensitive) == 0;
+  }
 };
 using Pieces = std::vector<Piece>;
 struct HashOfView {
@@ -37,7 +42,7 @@ class LineScanner {
   bool inComment() const { return lines_.inComment(); }   // the next line begins in one
   bool stays() const { return lines_.stays(); }           // the line read last may not be touched
   bool isCode() const { return lines_.isCode(); }
-  int trailingComment() const { return trailing_; }        // the column of the comment behind the last line's code; -1: none
+  int trailingComment() const { return trailing_; }   // the column of the comment behind the last line's code; -1: none
   int columnsOf(const QString& blanks) const;
 
  private:

@@ -45,7 +45,7 @@ constexpr int kStays = -1;   // instead of a number of blanks: the line begins w
 
 // How a text is indented: by tabs where more lines begin with one than with blanks, and the commonest step from line to line.
 struct IndentStyle {
-  int unit = 0;        // in columns; 0: nothing is indented
+  int unit = 0;   // in columns; 0: nothing is indented
   bool tabs = false;
 };
 IndentStyle detectIndent(const LineSource& line, qint64 count, int tabSize);

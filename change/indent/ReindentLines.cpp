@@ -13,9 +13,13 @@ constexpr qint64 kLearnt = 20000;   // lines that are read for the text's habits
 
 class WholeLines : private IndentState {
  public:
-  WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, const FormatRules& rules, int tabSize, const LineSource& line,
-             qint64 count)
-      : words_(words), unit_(unit), highlighter_(highlighter), scanner_(words, highlighter, rules, tabSize), semicolons_(endsWithSemicolons(line, count)),
+  WholeLines(const BlockWords& words, int unit, const text::Highlighter* highlighter, const FormatRules& rules, int tabSize,
+             const LineSource& line, qint64 count)
+      : words_(words),
+        unit_(unit),
+        highlighter_(highlighter),
+        scanner_(words, highlighter, rules, tabSize),
+        semicolons_(endsWithSemicolons(line, count)),
         habits_(detectIndent(line, count, tabSize).unit, unit) {
     levels_.push_back({.byWord = true});
     learning_ = true;
@@ -23,7 +27,8 @@ class WholeLines : private IndentState {
     while (!levels_.empty()) popLevel();
     habits_.judgeUnit();
     static_cast<IndentState&>(*this) = {};
-    const int whole = firstColumn_ > 0 ? habits_.width(QString(), 0, firstColumn_) : 0;   // a part of a text may stand indented as a whole
+    const int whole =
+        firstColumn_ > 0 ? habits_.width(QString(), 0, firstColumn_) : 0;   // a part of a text may stand indented as a whole
     levels_.push_back({.content = whole, .byWord = true});
     scanner_.restart();
     learning_ = directiveGoesOn_ = false, branchOld_ = -1;
@@ -66,7 +71,8 @@ class WholeLines : private IndentState {
       const Pieces pieces = scanner_.scan(line(i));
       all += !pieces.empty() && !pieces.back().is(u',');   // a list goes on in any language
       const bool ofMacro = std::exchange(goesOn, !pieces.empty() && pieces.back().is(u'\\'));
-      if (!ofMacro && pieces.size() > 1 && pieces[0].is(u'`')) macroBlocks_ += isMacro(pieces[1], "_begin") - isMacro(pieces[1], "_end");
+      if (!ofMacro && pieces.size() > 1 && pieces[0].is(u'`'))
+        macroBlocks_ += isMacro(pieces[1], "_begin") - isMacro(pieces[1], "_end");
       // Two of them end a branch of a shell's "case".
       ended += !pieces.empty() && pieces.back().is(u';') && !(pieces.size() > 1 && pieces[pieces.size() - 2].is(u';'));
     }
@@ -137,7 +143,8 @@ class WholeLines : private IndentState {
       return statementIndent_ + (listGoesOn_ ? 0 : habits_.width(followKey(first), unit_, own));
     }
     if (kind == BlockClass::middle)
-      return level.width == 0 ? std::max(0, level.content - unit_) : level.base + habits_.width(middleKey(level, first), level.width - unit_, shifted - level.base);
+      return level.width == 0 ? std::max(0, level.content - unit_)
+                              : level.base + habits_.width(middleKey(level, first), level.width - unit_, shifted - level.base);
     if (first.is(QLatin1String("else")) && level.lastIf >= 0) return level.lastIf;
     const bool operatorFirst = !semicolons_ && !first.isWord && QStringLiteral("+-*/|&#").contains(first.word);
     if (operatorFirst && shifted > level.content) return shifted;   // goes on with the line above, aligned by hand
@@ -182,7 +189,9 @@ class WholeLines : private IndentState {
   // The first line of a block stays where it stands as far as the text has other blocks like it.
   void settle(const Piece& first, int old) {
     Level& level = levels_.back();
-    if (level.settled || level.inBranch > 0 || level.bracket || level.width == 0 || unfinished_ || headerOpen_ || first.entry.kind == BlockClass::end || first.entry.kind == BlockClass::middle) return;
+    if (level.settled || level.inBranch > 0 || level.bracket || level.width == 0 || unfinished_ || headerOpen_ ||
+        first.entry.kind == BlockClass::end || first.entry.kind == BlockClass::middle)
+      return;
     level.settled = true;
     level.content = level.base + habits_.width(level.word, level.content - level.base, old + level.shift - level.base);
   }
@@ -211,18 +220,23 @@ class WholeLines : private IndentState {
     const QString closer = pieces[at].word.toLower();
     QString kind = closer.startsWith(QLatin1String("end")) ? closer.mid(3) : QString();
     if (closer == u"end" && at + 1 < pieces.size() && belongsToEnd(pieces[at + 1])) kind = pieces[at + 1].word.toLower();
-    else if (closer == u"end" && words_.classify(QLatin1String("end") + block.opener()).kind == BlockClass::end) kind = QStringLiteral("begin");
+    else if (closer == u"end" && words_.classify(QLatin1String("end") + block.opener()).kind == BlockClass::end)
+      kind = QStringLiteral("begin");
     if (kind.isEmpty() || block.isOfKind(kind) || block.old == old) return innermost;
-    const std::size_t outer = levels_.depthOf([&](const Level& level) { return !level.bracket && level.old == old && level.isOfKind(kind); });
+    const std::size_t outer =
+        levels_.depthOf([&](const Level& level) { return !level.bracket && level.old == old && level.isOfKind(kind); });
     return outer > 1 ? outer : innermost;
   }
   // "end if", "end process"; what opens a block of its own does not: "end begin".
   static bool belongsToEnd(const Piece& behind) {
-    return behind.isWord && behind.entry.kind == BlockClass::start && !behind.is(QLatin1String("begin")) && !behind.is(QLatin1String("fork"));
+    return behind.isWord && behind.entry.kind == BlockClass::start && !behind.is(QLatin1String("begin")) &&
+           !behind.is(QLatin1String("fork"));
   }
 
   // "`fields_begin(c)" - "`fields_end": what stands between stays as deep as it is. Only where each of a text has its end.
-  static bool isMacro(const Piece& name, const char* ending) { return name.isWord && name.word.endsWith(QLatin1String(ending), Qt::CaseInsensitive); }
+  static bool isMacro(const Piece& name, const char* ending) {
+    return name.isWord && name.word.endsWith(QLatin1String(ending), Qt::CaseInsensitive);
+  }
   bool endsMacroBlock(const Pieces& pieces) const {
     return pieces.size() > 1 && levels_.back().word == u"`" && pieces[0].is(u'`') && isMacro(pieces[1], "_end");
   }
@@ -242,23 +256,29 @@ class WholeLines : private IndentState {
     }
     const bool aligned = isAligned(indent);
     if (endsMacroBlock(pieces)) popLevel();
-    const int base = anchor_;           // blocks hang on the line where the brackets around this one began
+    const int base = anchor_;   // blocks hang on the line where the brackets around this one began
     const bool middleFirst = !unfinished_ && pieces[0].entry.kind == BlockClass::middle;
     if (middleFirst && levels_.size() == 1) levels_.back().content = unit_;   // sections of a file without a block around them
     if (middleFirst && levels_.size() > 1 && !levels_.back().bracket) beginSection(levels_.back(), pieces[0]);
     // "module m" - "import p::*;" - "#(" - ")" - "("
     bool ofHeader = headerOpen_ && (levels_.back().bracket || goesOnWithHeader(pieces[0]) || pieces[0].is(QLatin1String("import")));
-    bool closed = middleFirst;          // nothing of a statement is left open by the last piece
-    std::size_t bracketsHere = 0;       // brackets opened in this line and still open
-    int closedFrom = -1;                // where the line began whose bracket this one closes
+    bool closed = middleFirst;      // nothing of a statement is left open by the last piece
+    std::size_t bracketsHere = 0;   // brackets opened in this line and still open
+    int closedFrom = -1;            // where the line began whose bracket this one closes
     bool afterEnd = false, imports = false;
     if (pieces.size() > 1 && pieces[0].is(u'`') && !levels_.back().bracket && macroBlocks_ == 0 && isMacro(pieces[1], "_begin"))
-      levels_.push_back({.base = indent, .content = indent, .least = indent, .bracket = true, .shift = shift_, .old = indent - shift_, .word = pieces[0].word});
+      levels_.push_back({.base = indent,
+                         .content = indent,
+                         .least = indent,
+                         .bracket = true,
+                         .shift = shift_,
+                         .old = indent - shift_,
+                         .word = pieces[0].word});
     for (std::size_t i = 0; i < pieces.size(); ++i) {
       const Piece& piece = pieces[i];
       const auto entry = piece.entry;
       const bool ofEnd = afterEnd && belongsToEnd(piece);
-      const bool label = afterEnd && piece.is(u':');                                       // "end : name"
+      const bool label = afterEnd && piece.is(u':');   // "end : name"
       afterEnd = false;
       if (ofEnd) continue;
       if (label) {
@@ -266,15 +286,23 @@ class WholeLines : private IndentState {
         continue;
       }
       if (i > 0 || !middleFirst) closed = false;
-      if (piece.is(u'`') && !levels_.back().bracket && (i == 0 ? !unfinished_ || hangs_ : isCloser(pieces[i - 1]) || pieces[i - 1].is(QLatin1String("else"))))
+      if (piece.is(u'`') && !levels_.back().bracket &&
+          (i == 0 ? !unfinished_ || hangs_ : isCloser(pieces[i - 1]) || pieces[i - 1].is(QLatin1String("else"))))
         statement_.macro = true;
       imports |= statement_.opened && piece.is(QLatin1String("import"));   // "module m import p::*;"
       if (isOpener(piece)) {
         // "if (a ||" - "b) {": the brace hangs on the line where the bracket before it began
-        const int from = closedFrom >= 0 && (isCloser(pieces[0]) || (piece.is(u'{') && isCloser(pieces[i - 1]))) ? closedFrom : indent;
+        const int from =
+            closedFrom >= 0 && (isCloser(pieces[0]) || (piece.is(u'{') && isCloser(pieces[i - 1]))) ? closedFrom : indent;
         const int inside = bracketsHere > 0 ? levels_.back().content : from + unit_;
         const int least = aligned ? leastOf(levels_.back()) : headerOpen_ && indent > 0 && shift_ != indent ? from - 1 : from;
-        levels_.push_back({.base = from, .content = inside, .least = least, .bracket = true, .shift = shift_, .old = indent - shift_, .word = piece.word});
+        levels_.push_back({.base = from,
+                           .content = inside,
+                           .least = least,
+                           .bracket = true,
+                           .shift = shift_,
+                           .old = indent - shift_,
+                           .word = piece.word});
         ++bracketsHere;
       } else if (isCloser(piece)) {
         const bool ofStatements = levels_.back().bracket && levels_.back().statements;
@@ -292,7 +320,13 @@ class WholeLines : private IndentState {
       } else if (entry.kind == BlockClass::start && mayOpen(piece, entry, i > 0 ? &pieces[i - 1] : nullptr)) {
         const int width = entry.doubleIndent ? 2 * unit_ : unit_;
         const QString word = piece.word.toLower();
-        levels_.push_back({.base = base, .content = base + habits_.width(word, width), .byWord = piece.isWord, .shift = shift_, .old = anchorOld_, .width = width, .word = word});
+        levels_.push_back({.base = base,
+                           .content = base + habits_.width(word, width),
+                           .byWord = piece.isWord,
+                           .shift = shift_,
+                           .old = anchorOld_,
+                           .width = width,
+                           .word = word});
         bracketsHere = 0;
         statement_.opened = piece.isWord;
         statement_.awaitsIs = entry.needsIs;
@@ -348,7 +382,9 @@ class WholeLines : private IndentState {
     if (statement_.opened && levels_.size() > 1) levels_.back().also += piece.word.toLower();
     if (statement_.opensNothing || statement_.opened) return false;
     if (statement_.words == 0 && entry.opensNothing) return false;
-    if (statement_.labelled && (piece.is(QLatin1String("component")) || piece.is(QLatin1String("entity")) || piece.is(QLatin1String("configuration")))) return false;
+    if (statement_.labelled &&
+        (piece.is(QLatin1String("component")) || piece.is(QLatin1String("entity")) || piece.is(QLatin1String("configuration"))))
+      return false;
     if (before && before->isWord && (before->entry.opensNothing || words_.classify(before->word + u' ' + piece.word).opensNothing))
       return false;   // "if (...) wait fork"
     noteWord(piece, entry, anchor_);
@@ -364,9 +400,7 @@ class WholeLines : private IndentState {
     if (piece.is(QLatin1String("if"))) levelForIf().lastIf = indent;
   }
 
-  Level& levelForIf() {
-    return statement_.opened && levels_.size() > 1 ? levels_.belowBack() : levels_.back();
-  }
+  Level& levelForIf() { return statement_.opened && levels_.size() > 1 ? levels_.belowBack() : levels_.back(); }
 
   void closeBlock(std::size_t depth) {
     while (levels_.size() > 1 && levels_.size() >= depth) popLevel();
@@ -393,10 +427,13 @@ class WholeLines : private IndentState {
     const bool startedOrHung = !unfinished_ || hangs_;
     const bool macroEnds = statement_.macro && (isCloser(last) || (directive && !isOperator(last) && last.sign != u'='));
     const bool arrow = last.is(u'>') && pieces.size() > 1 && pieces[pieces.size() - 2].is(u'=');
-    const bool condition = !arrow && pieces.front().entry.kind == BlockClass::middle && isOperator(last);   // "elsif a and", "when a |"
-    unfinished_ = (!closed || condition) && !arrow && !macroEnds && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
+    const bool condition =
+        !arrow && pieces.front().entry.kind == BlockClass::middle && isOperator(last);   // "elsif a and", "when a |"
+    unfinished_ =
+        (!closed || condition) && !arrow && !macroEnds && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
     // The items of a list stand below each other, those of a declaration behind its first word.
-    listGoesOn_ = unfinished_ && last.is(u',') && (statement_.words <= 1 || !levels_.back().byWord || levels_.back().word.startsWith(QLatin1String("case")));
+    listGoesOn_ = unfinished_ && last.is(u',') &&
+                  (statement_.words <= 1 || !levels_.back().byWord || levels_.back().word.startsWith(QLatin1String("case")));
     // A label hangs its statement on itself in a block of words, and stands for itself in one of braces.
     const bool label = last.is(u':') && !statement_.choice;
     afterLabel_ = unfinished_ && label && levels_.back().byWord;
@@ -405,9 +442,11 @@ class WholeLines : private IndentState {
     afterName_ = unfinished_ && (last.isWord || isCloser(last));
     // "if (...)": what follows hangs on this line. Further lines of one statement may end like that too, and govern nothing.
     const Piece& front = pieces.front();
-    const bool governs = startedOrHung || front.is(QLatin1String("if")) || front.is(QLatin1String("for")) || front.is(QLatin1String("while")) || front.is(QLatin1String("else")) || front.is(QLatin1String("repeat"));
+    const bool governs = startedOrHung || front.is(QLatin1String("if")) || front.is(QLatin1String("for")) ||
+                         front.is(QLatin1String("while")) || front.is(QLatin1String("else")) || front.is(QLatin1String("repeat"));
     // "x <= a when b else" goes on and governs nothing.
-    const bool elseLast = last.is(QLatin1String("else")) && (front.is(QLatin1String("if")) || front.is(QLatin1String("else")) || front.entry.kind == BlockClass::end);
+    const bool elseLast = last.is(QLatin1String("else")) &&
+                          (front.is(QLatin1String("if")) || front.is(QLatin1String("else")) || front.entry.kind == BlockClass::end);
     hangs_ = unfinished_ && front.isWord && governs && (isCloser(last) || elseLast || last.is(QLatin1String("do")));
     if (hangs_) statementIndent_ = indent;
   }
@@ -424,7 +463,8 @@ class WholeLines : private IndentState {
     if (!braces_ || unfinished_) return false;
     const Piece &first = pieces.front(), &last = pieces.back();
     if (first.is(QLatin1String("template")) && last.is(u'>')) return true;
-    const bool capitals = first.isWord && first.word.size() > 2 && first.word == first.word.toUpper() && first.word != first.word.toLower();
+    const bool capitals =
+        first.isWord && first.word.size() > 2 && first.word == first.word.toUpper() && first.word != first.word.toLower();
     return capitals && (pieces.size() == 1 || (pieces[1].is(u'(') && isCloser(last)));
   }
 
@@ -433,17 +473,17 @@ class WholeLines : private IndentState {
   const int unit_;
   const text::Highlighter* const highlighter_;
   LineScanner scanner_;
-  int macroBlocks_ = 0;          // macros that begin lines which another one ends, less those that end them
-  const bool semicolons_;        // statements end with ";", else with the line
+  int macroBlocks_ = 0;     // macros that begin lines which another one ends, less those that end them
+  const bool semicolons_;   // statements end with ";", else with the line
   IndentHabits habits_;
-  bool learning_ = false;        // the text is read for its habits: lines stay where they stand
-  bool directiveGoesOn_ = false; // the next line belongs to a "#define" above
-  int branchOld_ = -1;           // where an "ifdef" stands that the last line of code is before
-  int firstColumn_ = -1;         // where the text's first code stands
+  bool learning_ = false;              // the text is read for its habits: lines stay where they stand
+  bool directiveGoesOn_ = false;       // the next line belongs to a "#define" above
+  int branchOld_ = -1;                 // where an "ifdef" stands that the last line of code is before
+  int firstColumn_ = -1;               // where the text's first code stands
   std::vector<IndentState> choices_;   // as it was where an "ifdef" began
 };
 
-}  // namespace
+}   // namespace
 
 std::vector<int> indentsByWholeLine(const LineSource& line, qint64 count, const BlockWords& words, int unit,
                                     const text::Highlighter* highlighter, const FormatRules& rules, int tabSize) {

@@ -17,7 +17,7 @@ bool escaped(std::string_view line, std::size_t at) {
   return slashes % 2 == 1;
 }
 
-}  // namespace
+}   // namespace
 
 StandingLines::StandingLines(const text::Highlighter* highlighter, const FormatRules& rules)
     : highlighter_(highlighter && highlighter->valid() ? highlighter : nullptr), rules_(rules) {}
@@ -45,7 +45,8 @@ bool StandingLines::standsWhole(std::string_view line) {
   if (here_.empty()) return false;
   while (line.ends_with('\r')) line.remove_suffix(1);
   const HereDocument& document = here_.front();
-  while (!line.empty() && ((document.strips && line[0] == '\t') || (document.strips == '~' && line[0] == ' '))) line.remove_prefix(1);
+  while (!line.empty() && ((document.strips && line[0] == '\t') || (document.strips == '~' && line[0] == ' ')))
+    line.remove_prefix(1);
   if (line == document.word) here_.pop_front();
   return true;
 }
@@ -92,7 +93,8 @@ void StandingLines::noteHereDocuments(std::string_view line, std::size_t from, c
         continue;
       }
       const std::size_t before = line.find_last_not_of(" \t", at == 0 ? 0 : at - 1);
-      const bool number = at > 0 && before != none && ((line[before] >= '0' && line[before] <= '9') || line[before] == ')' || line[before] == ']');
+      const bool number =
+          at > 0 && before != none && ((line[before] >= '0' && line[before] <= '9') || line[before] == ')' || line[before] == ']');
       const bool counts = line.substr(0, at).rfind("((") != none && line.find("))", at) != none;   // a shift
       if (isText(at) || (number && (before + 1 < at || p >= line.size() || line[p] == ' ')) || counts) continue;
       HereDocument document;
@@ -147,7 +149,8 @@ void StandingLines::scan(std::string_view line, std::vector<text::Token>* tokens
         again = true;
         break;
       }
-      if (token.kind != text::TokenKind::string || (begin == 0 && start.inside != text::LinePoint::nothing) || !opensAt(line, token, from)) {
+      if (token.kind != text::TokenKind::string || (begin == 0 && start.inside != text::LinePoint::nothing) ||
+          !opensAt(line, token, from)) {
         tokens->push_back(token);
         continue;
       }

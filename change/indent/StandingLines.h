@@ -18,8 +18,8 @@ class StandingLines {
   void scan(std::string_view line, std::vector<text::Token>* tokens);
   void restart();
 
-  bool stays() const { return stays_; }     // the line read last begins within a string, or is one whose first column counts
-  bool isCode() const { return code_; }     // ... and holds code too, or is a string as code has it
+  bool stays() const { return stays_; }   // the line read last begins within a string, or is one whose first column counts
+  bool isCode() const { return code_; }   // ... and holds code too, or is a string as code has it
   bool inComment() const { return start().inside == text::LinePoint::block; }   // the next line begins in one
 
  private:
@@ -36,9 +36,9 @@ class StandingLines {
   const text::Highlighter* const highlighter_;
   const FormatRules rules_;
   text::LineState state_ = 0;
-  std::string close_;                 // what ends the open string; empty: none is open
-  bool escapes_ = false;              // the open string has an escape character
-  std::deque<HereDocument> here_;     // to be read, the first one now
+  std::string close_;                    // what ends the open string; empty: none is open
+  bool escapes_ = false;                 // the open string has an escape character
+  std::deque<HereDocument> here_;        // to be read, the first one now
   bool rest_ = false, column_ = false;   // no code follows; a comment is open whose lines count from the first column
   bool stays_ = false, code_ = true;
 };

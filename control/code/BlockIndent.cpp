@@ -79,7 +79,8 @@ class LookBack {
   // One level as the text has it, else as the Tab key gives it.
   std::string unit() const {
     if (tabLines_ > blankLines_ || (tabLines_ == 0 && blankLines_ == 0 && !expand_)) return "\t";
-    const auto most = std::max_element(steps_.begin(), steps_.end(), [](const auto& a, const auto& b) { return a.second < b.second; });
+    const auto most =
+        std::max_element(steps_.begin(), steps_.end(), [](const auto& a, const auto& b) { return a.second < b.second; });
     return std::string(static_cast<std::size_t>(most == steps_.end() ? tabSize_ : most->first), ' ');
   }
 
@@ -101,7 +102,8 @@ class LookBack {
     for (std::size_t at = 0; at < all.size();) {
       const auto here = static_cast<std::int64_t>(at);
       while (token != tokens.end() && token->begin + token->length <= here) ++token;
-      if (token != tokens.end() && token->begin <= here && (token->kind == TokenKind::comment || token->kind == TokenKind::string)) {
+      if (token != tokens.end() && token->begin <= here &&
+          (token->kind == TokenKind::comment || token->kind == TokenKind::string)) {
         at = static_cast<std::size_t>(token->begin + token->length);
         continue;
       }
@@ -171,7 +173,8 @@ class LookBack {
   }
 
   void close(LineNo line) {
-    if (open_.back().bracket && open_.back().line != line) begins_[line.value] = std::min(statementStart(line).value, open_.back().base.value);
+    if (open_.back().bracket && open_.back().line != line)
+      begins_[line.value] = std::min(statementStart(line).value, open_.back().base.value);
     open_.pop_back();
   }
 
@@ -223,7 +226,9 @@ bool oneWord(std::string_view bytes) {
   return true;
 }
 
-bool isBracket(std::string_view word, const BlockWords::Entry& kind) { return word.size() == 1 && isCloser(word[0]) && !kind.closes(); }
+bool isBracket(std::string_view word, const BlockWords::Entry& kind) {
+  return word.size() == 1 && isCloser(word[0]) && !kind.closes();
+}
 
 // Where a word or bracket that closes what is open goes; none for one that closes nothing.
 std::optional<std::string> closerIndent(const LookBack& above, std::string_view word, const BlockWords::Entry& kind) {
@@ -239,22 +244,26 @@ std::optional<std::string> closerIndent(const LookBack& above, std::string_view 
   return indent;
 }
 
-}  // namespace
+}   // namespace
 
-std::optional<std::string> indentForNewLine(TextModel& model, const BlockWords& blocks, ByteRange range, const EditOptions& options) {
+std::optional<std::string> indentForNewLine(TextModel& model, const BlockWords& blocks, ByteRange range,
+                                            const EditOptions& options) {
   const Snapshot& text = model.snapshot();
   LineNo line = text.lineAt(range.begin);
-  if (range.begin < text.lineStart(line) + static_cast<std::int64_t>(leadingOf(text, line).size())) return std::nullopt;   // within the white space
+  if (range.begin < text.lineStart(line) + static_cast<std::int64_t>(leadingOf(text, line).size()))
+    return std::nullopt;   // within the white space
   // Behind lines of white space the one above them counts.
   ByteOffset at = range.begin;
-  for (std::int64_t back = 0; back < kLinesBack && line.value > 0 && blankFrom(text, text.lineStart(line), at); ++back) at = text.lineEnd(--line);
+  for (std::int64_t back = 0; back < kLinesBack && line.value > 0 && blankFrom(text, text.lineStart(line), at); ++back)
+    at = text.lineEnd(--line);
   const LookBack above(model, blocks, at, options);
   // A closer behind the caret goes to its place at once.
   const std::string behind = wordBehind(text, range.end);
   if (const auto indent = closerIndent(above, behind, blocks.classify(toQString(behind)))) return indent;
   const auto& open = above.open();
   const LineNo begin = above.statementStart(line);
-  if (!open.empty() && open.back().line >= begin) return above.leading(open.back().bracket ? open.back().line : begin) + above.unit();
+  if (!open.empty() && open.back().line >= begin)
+    return above.leading(open.back().bracket ? open.back().line : begin) + above.unit();
   if (above.middleFirst()) return above.leading(line) + above.unit();
   if (begin < line) return above.leading(begin);
   return std::nullopt;
@@ -274,7 +283,8 @@ bool mayStepBack(const TextModel& model, const BlockWords& blocks, ByteRange ran
   return counts(word) || counts(toQString(*before));
 }
 
-std::optional<std::string> indentForCloser(TextModel& model, const BlockWords& blocks, ByteOffset caret, const EditOptions& options) {
+std::optional<std::string> indentForCloser(TextModel& model, const BlockWords& blocks, ByteOffset caret,
+                                           const EditOptions& options) {
   const Snapshot& text = model.snapshot();
   const LineNo line = text.lineAt(caret);
   const std::string word = aloneBefore(text, {caret, caret}).value_or(std::string()), present = leadingOf(text, line);

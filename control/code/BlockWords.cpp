@@ -18,11 +18,12 @@ bool search(const QString& word, const Listed& listed, BlockWordFlags& flags) {
   flags.tilde = listed(word + u'~');
   return false;
 }
-}  // namespace
+}   // namespace
 
 bool searchWordList(const QString& word, const QString& list, BlockWordFlags& flags) {
   const QString text = list + kBreak;
-  return search(word, [&](const QString& entry) { return text.contains(kBreak + entry + kBreak, Qt::CaseInsensitive); }, flags);
+  return search(
+      word, [&](const QString& entry) { return text.contains(kBreak + entry + kBreak, Qt::CaseInsensitive); }, flags);
 }
 
 // A list as it is stored has no line break before its first entry; here each entry counts.
@@ -38,9 +39,7 @@ QSet<QString> BlockWords::entriesOf(const QString& list) const {
   return entries;
 }
 
-bool BlockWords::isEmpty() const {
-  return start_.isEmpty() && end_.isEmpty() && middle_.isEmpty();
-}
+bool BlockWords::isEmpty() const { return start_.isEmpty() && end_.isEmpty() && middle_.isEmpty(); }
 
 BlockWords::Entry BlockWords::classify(const QString& word) const {
   if (word.isEmpty()) return {};

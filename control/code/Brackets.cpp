@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kOpeners = "([{", kClosers = ")]}";
 constexpr std::int64_t kStep = 1 << 20;   // bytes of states found between two looks at the control
-constexpr std::int64_t kLineCost = 64;   // bytes that a line costs beside its own
+constexpr std::int64_t kLineCost = 64;    // bytes that a line costs beside its own
 constexpr std::int64_t kLinesBack = 64;   // a stretch of lines is coloured forwards, then read backwards
 
 struct Sign {
@@ -25,7 +25,11 @@ using StateAt = std::function<LineState(LineNo line, std::int64_t budget, bool* 
 class Scanner {
  public:
   Scanner(const Snapshot& text, const Highlighter* highlighter, StateAt stateAt, std::int64_t budget, SearchControl* control)
-      : text_(text), highlighter_(highlighter), stateAt_(std::move(stateAt)), budget_(budget > 0 ? budget : INT64_MAX), control_(control) {}
+      : text_(text),
+        highlighter_(highlighter),
+        stateAt_(std::move(stateAt)),
+        budget_(budget > 0 ? budget : INT64_MAX),
+        control_(control) {}
 
   const Snapshot& text() const { return text_; }
   void look(char opener, char closer) {
@@ -145,7 +149,7 @@ std::optional<BracketPair> pairAt(Scanner& scanner, ByteOffset caret) {
   return std::nullopt;
 }
 
-}  // namespace
+}   // namespace
 
 std::optional<BracketPair> matchingBracket(TextModel& model, ByteOffset caret, std::int64_t budgetBytes, bool* cut) {
   const auto stateAt = [&model](LineNo line, std::int64_t budget, bool* exact) { return model.stateAt(line, budget, exact); };

@@ -43,8 +43,9 @@ text::LanguageTables builtIn(bool caseSensitive, const char* keywords, const cha
   return t;
 }
 
-constexpr char kCOperators[] = "+ - * / % = == != < > <= >= ! ~ & | ^ && || << >> += -= *= /= %= &= |= ^= <<= >>= ++ -- -> . :: "
-                               "? : , ; ( ) [ ] { }";
+constexpr char kCOperators[] =
+    "+ - * / % = == != < > <= >= ! ~ & | ^ && || << >> += -= *= /= %= &= |= ^= <<= >>= ++ -- -> . :: "
+    "? : , ; ( ) [ ] { }";
 constexpr char kCKeywords[] =
     "alignas alignof and and_eq asm auto bitand bitor bool break case catch char char8_t char16_t char32_t class co_await "
     "co_return co_yield compl concept const const_cast consteval constexpr constinit continue decltype default delete do "
@@ -97,7 +98,7 @@ Table& table() {
   return instance;
 }
 
-}  // namespace
+}   // namespace
 
 void LanguageTable::registerLanguage(const QString& name, const CmLanguage& language) {
   text::LanguageTables t;
@@ -111,7 +112,8 @@ void LanguageTable::registerLanguage(const QString& name, const CmLanguage& lang
   // Where the definition says nothing of a delimiter (text/color/EntryMarks.h), languages that tell upper from lower case have the backslash
   // from C; the others (VHDL, BASIC, Pascal ...) double their delimiters and take a backslash as it is.
   if (t.caseSensitive) t.escapeChar.assign(1, '\\');
-  auto blocks = std::make_shared<const BlockWords>(language.BlockStart, language.BlockEnd, language.BlockMid, language.CaseSensitive);
+  auto blocks =
+      std::make_shared<const BlockWords>(language.BlockStart, language.BlockEnd, language.BlockMid, language.CaseSensitive);
   if (blocks->isEmpty()) blocks.reset();
   table().entries[name] = {std::move(t), nullptr, std::move(blocks)};
   ++table().generation;

@@ -30,4 +30,4 @@ std::shared_ptr<const text::Highlighter> find(const QString& name);
 std::shared_ptr<const BlockWords> blocks(const QString& name);
 // Raised on every registration and removal; controls look their language up again by name.
 int generation();
-}  // namespace LanguageTable
+}   // namespace LanguageTable

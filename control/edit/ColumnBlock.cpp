@@ -10,11 +10,9 @@ namespace {
 
 std::size_t index(std::int64_t n) { return static_cast<std::size_t>(n); }
 
-std::int64_t cellsTo(std::string_view line, std::int64_t byte, int tabSize) {
-  return displayColumn(line, byte, tabSize).value;
-}
+std::int64_t cellsTo(std::string_view line, std::int64_t byte, int tabSize) { return displayColumn(line, byte, tabSize).value; }
 
-}  // namespace
+}   // namespace
 
 std::int64_t cellOf(const Snapshot& text, ByteOffset offset, std::int64_t virtualCells, int tabSize) {
   const ByteOffset start = text.lineStart(text.lineAt(offset));

@@ -11,17 +11,17 @@
 #include "text/store/Document.h"
 
 struct ColumnBlock {
-  text::LineNo first, last;              // both included
-  std::int64_t left = 0, right = 0;      // cells [left, right)
+  text::LineNo first, last;           // both included
+  std::int64_t left = 0, right = 0;   // cells [left, right)
 };
 
 struct ColumnRow {
-  text::ByteRange range;                 // the bytes that a change of the row touches
-  text::ByteRange body;                  // the whole characters inside the block
-  std::int64_t missing = 0;              // cells between the line's end and the block
-  std::int64_t keepBefore = 0, keepAfter = 0;   // blanks that stay outside in place of a cut character
+  text::ByteRange range;                            // the bytes that a change of the row touches
+  text::ByteRange body;                             // the whole characters inside the block
+  std::int64_t missing = 0;                         // cells between the line's end and the block
+  std::int64_t keepBefore = 0, keepAfter = 0;       // blanks that stay outside in place of a cut character
   std::int64_t insideBefore = 0, insideAfter = 0;   // blanks inside the block in place of a cut tab
-  bool textFollows = false;              // the line goes on behind the block
+  bool textFollows = false;                         // the line goes on behind the block
 };
 
 ColumnBlock columnBlock(const text::Snapshot& text, const text::SelectionState& selection, int tabSize);

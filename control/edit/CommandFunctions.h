@@ -14,8 +14,8 @@ namespace commandFunctions {
 using Motion = text::ByteOffset (*)(Editor& e, text::ByteOffset at);
 text::ByteOffset charRight(Editor& e, text::ByteOffset at);
 text::ByteOffset charLeft(Editor& e, text::ByteOffset at);
-text::ByteOffset wordRight(Editor& e, text::ByteOffset at);      // next word's start, no further than the line's end
-text::ByteOffset runRight(Editor& e, text::ByteOffset at);       // end of the run, or of the blanks
+text::ByteOffset wordRight(Editor& e, text::ByteOffset at);   // next word's start, no further than the line's end
+text::ByteOffset runRight(Editor& e, text::ByteOffset at);    // end of the run, or of the blanks
 text::ByteOffset wordEndRight(Editor& e, text::ByteOffset at);
 text::ByteOffset wordLeft(Editor& e, text::ByteOffset at);
 text::ByteOffset wordEndLeft(Editor& e, text::ByteOffset at);
@@ -25,7 +25,7 @@ text::ByteOffset paraUp(Editor& e, text::ByteOffset at);
 text::ByteOffset paraDown(Editor& e, text::ByteOffset at);
 text::ByteOffset lineStart(Editor& e, text::ByteOffset at);
 text::ByteOffset lineEnd(Editor& e, text::ByteOffset at);
-text::ByteOffset indentation(Editor& e, text::ByteOffset at);    // first character that is not blank, or the line's end
+text::ByteOffset indentation(Editor& e, text::ByteOffset at);   // first character that is not blank, or the line's end
 text::ByteOffset home(Editor& e, text::ByteOffset at);
 text::ByteOffset smartEnd(Editor& e, text::ByteOffset at);
 text::ByteOffset documentStart(Editor& e, text::ByteOffset at);
@@ -158,4 +158,4 @@ void appendNextCut(Editor& e, const QVariant& argument);
 void insertChar(Editor& e, const QVariant& argument);
 void newLine(Editor& e, const QVariant& argument);
 
-}  // namespace commandFunctions
+}   // namespace commandFunctions

@@ -13,15 +13,15 @@ class Editor;
 enum class CommandArgument { none, number, text };
 
 struct Command {
-  int id;                        // see Cmd.h
-  const char* name;              // "WORDUPPERCASE"
+  int id;             // see Cmd.h
+  const char* name;   // "WORDUPPERCASE"
   CommandArgument argument;
-  bool repeatable;               // runs Editor::repeatCount times
-  const char* keys;              // default key sequences, "Ctrl+Up; Alt+Up", may be empty
-  const char* help;              // one line
+  bool repeatable;    // runs Editor::repeatCount times
+  const char* keys;   // default key sequences, "Ctrl+Up; Alt+Up", may be empty
+  const char* help;   // one line
   void (*run)(Editor&, const QVariant& argument);
 };
 
 std::span<const Command> commands();
-const Command* commandById(int id);          // null when unknown
-const Command* commandByName(QStringView name);  // folds case; null when unknown
+const Command* commandById(int id);               // null when unknown
+const Command* commandByName(QStringView name);   // folds case; null when unknown

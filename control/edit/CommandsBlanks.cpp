@@ -46,7 +46,7 @@ void changeIndents(Editor& e, const std::vector<Edit>& edits) {
   }
 }
 
-}  // namespace
+}   // namespace
 
 void indentSelection(Editor& e, const QVariant&) {
   if (e.document().readOnly()) return;
@@ -145,4 +145,4 @@ void tabifySelection(Editor& e, const QVariant&) {
   EditorAccess::change(e, edits);
 }
 
-}  // namespace commandFunctions
+}   // namespace commandFunctions

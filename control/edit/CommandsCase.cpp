@@ -64,7 +64,7 @@ ByteRange wordBehind(const Snapshot& text, ByteOffset at) {
   }
 }
 
-}  // namespace
+}   // namespace
 
 void changeWordCase(Editor& e, WordCase to) {
   const Snapshot& text = e.snapshot();
@@ -101,8 +101,7 @@ void wordTranspose(Editor& e, const QVariant&) {
   }
   const ByteRange second = wordBehind(text, first.begin);
   if (second.empty()) return;
-  EditorAccess::put(e, {first.begin, second.end},
-                    text.bytes(second) + text.bytes({first.end, second.begin}) + text.bytes(first));
+  EditorAccess::put(e, {first.begin, second.end}, text.bytes(second) + text.bytes({first.end, second.begin}) + text.bytes(first));
 }
 
-}  // namespace commandFunctions
+}   // namespace commandFunctions

@@ -55,7 +55,7 @@ void deleteColumnBeside(Editor& e, bool forward) {
   EditorAccess::fillBlock(e, block, {}, Join::deleting);
 }
 
-}  // namespace
+}   // namespace
 
 void deleteForward(Editor& e, const QVariant&) {
   const ByteOffset caret = e.selection().caret;
@@ -159,4 +159,4 @@ void redoChanges(Editor& e, const QVariant&) {
   while (e.redo()) {}
 }
 
-}  // namespace commandFunctions
+}   // namespace commandFunctions

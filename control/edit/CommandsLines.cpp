@@ -31,10 +31,11 @@ void openLine(Editor& e, bool below) {
   SelectionState after;
   after.anchor = after.caret = at + static_cast<std::int64_t>(below ? edit.text.size() : indent.size());
   const SelectionState before = e.selection();
-  if (EditorAccess::change(e, std::span(&edit, 1), after)) EditorAccess::noteAutoBlanks(e, indent.size(), {edit.range, newLine}, before);
+  if (EditorAccess::change(e, std::span(&edit, 1), after))
+    EditorAccess::noteAutoBlanks(e, indent.size(), {edit.range, newLine}, before);
 }
 
-}  // namespace
+}   // namespace
 
 void lineOpenBelow(Editor& e, const QVariant&) { openLine(e, true); }
 void lineOpenAbove(Editor& e, const QVariant&) { openLine(e, false); }
@@ -94,4 +95,4 @@ void deleteBlankLines(Editor& e, const QVariant&) {
   EditorAccess::change(e, edits);
 }
 
-}  // namespace commandFunctions
+}   // namespace commandFunctions

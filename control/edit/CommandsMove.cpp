@@ -16,13 +16,11 @@ namespace {
 
 constexpr std::int64_t kNear = 1 << 20;   // bytes looked through for a bracket's partner before a thread is asked
 
-bool blankAt(const Snapshot& text, ByteOffset at) {
-  return classOf(decode(text.bytes({at, at + 4})).code) == CharClass::blank;
-}
+bool blankAt(const Snapshot& text, ByteOffset at) { return classOf(decode(text.bytes({at, at + 4})).code) == CharClass::blank; }
 
 void select(Editor& e, ByteRange range) { e.setSelection({range.begin, range.end, 0, 0, false}); }
 
-}  // namespace
+}   // namespace
 
 ByteOffset charRight(Editor& e, ByteOffset at) { return nextChar(e.snapshot(), at); }
 ByteOffset charLeft(Editor& e, ByteOffset at) { return previousChar(e.snapshot(), at); }
@@ -161,4 +159,4 @@ void selectLine(Editor& e, const QVariant&) {
 
 void selectAll(Editor& e, const QVariant&) { select(e, {ByteOffset(0), e.snapshot().size()}); }
 
-}  // namespace commandFunctions
+}   // namespace commandFunctions

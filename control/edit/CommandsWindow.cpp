@@ -34,7 +34,7 @@ void goToBookmark(Editor& e, bool forward) {
   e.moveCaret(e.snapshot().lineStart(to), false);
 }
 
-}  // namespace
+}   // namespace
 
 void windowStart(Editor& e, const QVariant&) { moveLines(e, e.host().topLine() - caretLine(e), false); }
 void windowEnd(Editor& e, const QVariant&) {
@@ -81,4 +81,4 @@ void setRepeatCount(Editor& e, const QVariant& argument) {
 
 void appendNextCut(Editor& e, const QVariant&) { e.appendNextCut = true; }
 
-}  // namespace commandFunctions
+}   // namespace commandFunctions

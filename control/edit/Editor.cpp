@@ -50,7 +50,7 @@ std::int64_t columnsBetween(const Snapshot& text, ByteOffset from, ByteOffset to
   return columns;
 }
 
-}  // namespace
+}   // namespace
 
 void EditorHost::work(std::int64_t, const std::function<void(text::SearchControl&)>& work) {
   text::SearchControl control;
@@ -77,11 +77,13 @@ Search& search() {
   static Search search;
   return search;
 }
-}  // namespace
+}   // namespace
 
 SearchState& searchState() { return search().state; }
 
-void lendSearch(SearchState users) { search() = {searchState(), std::move(users), searchState().findText, searchState().replaceText}; }
+void lendSearch(SearchState users) {
+  search() = {searchState(), std::move(users), searchState().findText, searchState().replaceText};
+}
 
 SearchState& usersSearch() {
   SearchState& state = searchState();
@@ -174,7 +176,7 @@ void leaveAutoBlanks(Editor& e, SelectionState& s) {
     if (*at > blanks->begin) *at = std::max(blanks->begin, *at - blanks->length());
 }
 
-}  // namespace
+}   // namespace
 
 std::optional<ByteRange> EditorAccess::autoBlanks(Editor& e) {
   const auto& blanks = e.impl_->autoBlanks;
@@ -186,7 +188,8 @@ void EditorAccess::noteAutoBlanks(Editor& e, std::size_t length, Edit without, c
   const LineNo line = e.snapshot().lineAt(caret);
   if (length == 0 || e.snapshot().lineStart(line) != begin || e.snapshot().lineEnd(line) != caret) return;
   const bool inGroup = !e.document().canUndo();
-  e.impl_->autoBlanks = {{begin, caret}, e.document().revision(), inGroup ? std::nullopt : std::optional(std::move(without)), before};
+  e.impl_->autoBlanks = {
+      {begin, caret}, e.document().revision(), inGroup ? std::nullopt : std::optional(std::move(without)), before};
 }
 
 void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t> goal) {
@@ -277,9 +280,7 @@ bool Editor::hasSelection() const {
   return block.left != block.right;
 }
 
-void Editor::moveCaret(ByteOffset to, bool extend) {
-  setSelection({extend ? selection_.anchor : to, to, 0, 0, false});
-}
+void Editor::moveCaret(ByteOffset to, bool extend) { setSelection({extend ? selection_.anchor : to, to, 0, 0, false}); }
 
 CmPosition Editor::positionOf(ByteOffset offset) const {
   const Snapshot& text = model_->snapshot();
@@ -403,7 +404,9 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   for (impl.pass = 0; impl.pass < count; ++impl.pass) {
     if (clock.elapsed() >= LongWork::moment.count()) {
       clock.restart();
-      if (!LongWork::goesOn(QCoreApplication::translate("Editor", "Repeating..."), static_cast<int>(std::int64_t(impl.pass) * 100 / count))) break;
+      if (!LongWork::goesOn(QCoreApplication::translate("Editor", "Repeating..."),
+                            static_cast<int>(std::int64_t(impl.pass) * 100 / count)))
+        break;
     }
     const auto state = [&e] {
       return std::tuple(e.document().revision(), e.selection(), e.host().topLine(), e.host().leftColumn());

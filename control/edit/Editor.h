@@ -31,16 +31,16 @@ class EditorHost {
   virtual qint64 topLine() const { return 0; }
   virtual qint64 visibleLines() const { return 25; }
   virtual void setTopLine(qint64) {}
-  virtual void scrollColumns(qint64) {}          // right positive, in cells
-  virtual qint64 leftColumn() const { return 0; }     // the first cell shown
+  virtual void scrollColumns(qint64) {}             // right positive, in cells
+  virtual qint64 leftColumn() const { return 0; }   // the first cell shown
   virtual qint64 visibleColumns() const { return 80; }
   virtual void toggleWhiteSpaceDisplay() {}
   virtual void showFindDialog(bool replace) { (void)replace; }
   virtual void hideFindDialog() {}
-  virtual void note(const QString& text);        // "12 replaced", "wrapped": the status text
+  virtual void note(const QString& text);   // "12 replaced", "wrapped": the status text
   // Runs work that may take long and returns when it is done; a window lets it be cancelled (LongWork.h).
   virtual void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work);
-  virtual QString clipboardText(bool* block);    // *block: the text is a rectangular block
+  virtual QString clipboardText(bool* block);   // *block: the text is a rectangular block
   virtual void setClipboard(const QString& text, bool block);
 };
 
@@ -48,10 +48,10 @@ enum class AutoIndent { off = 0, same = 1, language = 2 };
 
 // Options that all views of a control share; the display settings of the control are kept by CodeMax.
 struct EditOptions {
-  int tabSize = 4;                  // 1 to 32
-  bool expandTabs = false;          // TABEXPAND: a tab typed becomes blanks
+  int tabSize = 4;           // 1 to 32
+  bool expandTabs = false;   // TABEXPAND: a tab typed becomes blanks
   AutoIndent autoIndent = AutoIndent::same;
-  bool preserveCase = false;        // when replacing
+  bool preserveCase = false;   // when replacing
   bool columnSel = true;
   bool dragDrop = true;
 };
@@ -78,34 +78,34 @@ class Editor {
   // Selection. The caret is always on a character boundary and never inside CR LF.
   const text::SelectionState& selection() const { return selection_; }
   void setSelection(text::SelectionState selection);
-  text::ByteRange selectedRange() const;            // normalised
+  text::ByteRange selectedRange() const;   // normalised
   bool hasSelection() const;
-  void moveCaret(text::ByteOffset to, bool extend); // ends a column selection; keeps no goal column
-  CmRange range(bool normalised) const;             // normalised: start before end; else start = anchor, end = caret
-  void setRange(const CmRange& range);              // clipped to the text
+  void moveCaret(text::ByteOffset to, bool extend);   // ends a column selection; keeps no goal column
+  CmRange range(bool normalised) const;               // normalised: start before end; else start = anchor, end = caret
+  void setRange(const CmRange& range);                // clipped to the text
   text::ByteOffset offsetOf(CmPosition position) const;
   CmPosition positionOf(text::ByteOffset offset) const;
-  QString selectedText() const;                     // a column selection: its rows joined by line breaks
+  QString selectedText() const;   // a column selection: its rows joined by line breaks
   void selectWordAt(text::ByteOffset offset);
 
   // Changes; each is one undo step and leaves the caret behind what was put in. False when read-only.
-  bool replaceSelection(const QString& text);       // column selections: see typeText
-  bool insertBlock(const QString& text);            // a rectangular block at the caret
+  bool replaceSelection(const QString& text);   // column selections: see typeText
+  bool insertBlock(const QString& text);        // a rectangular block at the caret
   bool replaceRange(text::ByteRange range, const QString& text);
-  bool typeText(const QString& text);               // as typed: overtype, replaces the selection, joins undo steps;
-                                                    // into each row of a column selection
-  bool newLine();                                   // with auto-indent
+  bool typeText(const QString& text);   // as typed: overtype, replaces the selection, joins undo steps;
+                                        // into each row of a column selection
+  bool newLine();                       // with auto-indent
   bool undo();
   bool redo();
 
   bool overtype = false;
-  int repeatCount = 1;                              // of the next command only
+  int repeatCount = 1;   // of the next command only
   bool appendNextCut = false;
 
   // Runs command `id` (100 to 212). False only for an unknown number. See CommandTable.h.
   bool execute(int id, const QVariant& argument = {});
 
-  std::function<void()> onSelectionChanged;         // after each move of caret or selection
+  std::function<void()> onSelectionChanged;   // after each move of caret or selection
 
  private:
   friend struct EditorAccess;

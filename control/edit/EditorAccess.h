@@ -15,30 +15,30 @@
 #include "text/find/Finder.h"
 
 struct Editor::Impl {
-  QObject context;                         // ends the connection to the model
-  std::optional<std::int64_t> goal;        // the cell that vertical moves keep to
-  int ownChange = 0;                       // > 0: the selection is set by the one who changes the text
-  bool quiet = false;                      // the selection moves with the text, and nobody is told
-  int inside = 0;                          // > 0: what is done is part of a command, nothing that the user typed
-  int pass = 0;                            // which repetition of the command this is, from 0
-  int askedCount = 1;                      // the repeat count that this command was given, repeatable or not
-  bool cutAppends = false;                 // this command's cut goes behind what is on the clipboard
+  QObject context;                    // ends the connection to the model
+  std::optional<std::int64_t> goal;   // the cell that vertical moves keep to
+  int ownChange = 0;                  // > 0: the selection is set by the one who changes the text
+  bool quiet = false;                 // the selection moves with the text, and nobody is told
+  int inside = 0;                     // > 0: what is done is part of a command, nothing that the user typed
+  int pass = 0;                       // which repetition of the command this is, from 0
+  int askedCount = 1;                 // the repeat count that this command was given, repeatable or not
+  bool cutAppends = false;            // this command's cut goes behind what is on the clipboard
   struct Cuts {
     QString text;
     bool block = false;
   };
-  bool gathersCuts = false;                // the repetitions of a command go to the clipboard together, at their end
+  bool gathersCuts = false;   // the repetitions of a command go to the clipboard together, at their end
   std::optional<Cuts> cuts;
-  bool searchFailed = false;               // the last search found nothing
+  bool searchFailed = false;   // the last search found nothing
   // White space that auto-indent put into a line that is empty otherwise, in the text of that revision.
   struct AutoBlanks {
     text::ByteRange range;
     std::uint64_t revision = 0;
-    std::optional<text::Edit> without;     // the last undo step once more, but for the blanks; none where more belongs to that step
+    std::optional<text::Edit> without;   // the last undo step once more, but for the blanks; none where more belongs to that step
     text::SelectionState before;
   };
   std::optional<AutoBlanks> autoBlanks;
-  bool columnMode = false;                 // what extends the selection makes a column selection
+  bool columnMode = false;                  // what extends the selection makes a column selection
   std::unique_ptr<text::Finder> searcher;   // of the last search, with what it was made from
   std::pair<std::string, text::SearchOptions> searcherKey;
 };

@@ -46,7 +46,7 @@ std::shared_ptr<const BlockWords> blockWords(Editor& e) {
   return e.options().autoIndent == AutoIndent::language ? LanguageTable::blocks(e.model().language()) : nullptr;
 }
 
-}  // namespace
+}   // namespace
 
 bool EditorAccess::fillBlock(Editor& e, const ColumnBlock& block, const std::string& content, Join join) {
   if (e.document().readOnly()) return false;
@@ -56,12 +56,11 @@ bool EditorAccess::fillBlock(Editor& e, const ColumnBlock& block, const std::str
   const bool over = e.overtype && block.left == block.right;
   const LineNo anchorLine = text.lineAt(e.selection().anchor), caretLine = text.lineAt(e.selection().caret);
   std::vector<Edit> edits;
-  SelectionState rough;        // near where it goes: the exact places can only be told in the new text
+  SelectionState rough;   // near where it goes: the exact places can only be told in the new text
   std::int64_t shift = 0;
   for (LineNo line = block.first; line <= block.last; ++line) {
     ColumnRow row = columnRow(text, line, block.left, block.right, tabSize);
-    if (over && row.missing == 0 && row.keepAfter == 0)
-      row.range.end = overtyped(text, row.range.end, countCharacters(content));
+    if (over && row.missing == 0 && row.keepAfter == 0) row.range.end = overtyped(text, row.range.end, countCharacters(content));
     Edit edit = columnRowEdit(row, content);
     if (line == anchorLine) rough.anchor = edit.range.begin + shift;
     if (line == caretLine) rough.caret = edit.range.begin + shift;
@@ -124,7 +123,8 @@ bool Editor::typeText(const QString& text) {
 }
 
 bool EditorAccess::breakLine(Editor& e, ByteRange range, const std::string& lineBreak, const std::string& indent) {
-  if (const auto blanks = autoBlanks(e); blanks && range.begin >= blanks->begin && range.begin <= blanks->end) range.begin = blanks->begin;
+  if (const auto blanks = autoBlanks(e); blanks && range.begin >= blanks->begin && range.begin <= blanks->end)
+    range.begin = blanks->begin;
   const SelectionState before = e.selection_;
   if (!put(e, range, lineBreak + indent)) return false;
   noteAutoBlanks(e, indent.size(), {range, lineBreak}, before);
@@ -158,7 +158,9 @@ bool Editor::newLine() {
       while (model.value > 0 && text.lineStart(model) + static_cast<std::int64_t>(indent.size()) == text.lineEnd(model))
         indent = EditorAccess::indentOf(text, --model);
     }
-    if (model == line) indent.resize(static_cast<std::size_t>(std::min<std::int64_t>(static_cast<std::int64_t>(indent.size()), range.begin - text.lineStart(line))));
+    if (model == line)
+      indent.resize(static_cast<std::size_t>(
+          std::min<std::int64_t>(static_cast<std::int64_t>(indent.size()), range.begin - text.lineStart(line))));
   }
   return EditorAccess::breakLine(*this, range, model_->newLineFor(line), indent);
 }
@@ -189,10 +191,10 @@ bool Editor::insertBlock(const QString& block) {
 
   std::vector<Edit> edits;
   LineNo line = text.lineAt(at);
-  ByteOffset caret(0);         // behind the last row, in the new text
+  ByteOffset caret(0);   // behind the last row, in the new text
   std::int64_t shift = 0;
   const std::string newLine = model_->newLineFor(LineNo(text.lineCount() - 1));
-  std::string beyond;          // rows past the end of the text
+  std::string beyond;   // rows past the end of the text
   for (std::string_view content : rows) {
     if (line.value >= text.lineCount()) {
       beyond += newLine;

@@ -23,7 +23,8 @@ void forEachLine(const text::Snapshot& text, text::ByteRange range, Use use) {
   };
   while (at < range.end) {
     std::string_view chunk = text.chunkAt(at);
-    chunk = chunk.substr(0, static_cast<std::size_t>(std::min<std::int64_t>(range.end - at, static_cast<std::int64_t>(chunk.size()))));
+    chunk =
+        chunk.substr(0, static_cast<std::size_t>(std::min<std::int64_t>(range.end - at, static_cast<std::int64_t>(chunk.size()))));
     at += static_cast<std::int64_t>(chunk.size());
     for (std::size_t end; (end = chunk.find(breakByte)) != std::string_view::npos; chunk.remove_prefix(end + 1)) {
       if (joined.empty()) {

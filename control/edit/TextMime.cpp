@@ -60,7 +60,7 @@ class LongText : public QMimeData {
 
 constexpr qsizetype kLong = 1 << 20;   // characters
 
-}  // namespace
+}   // namespace
 
 std::unique_ptr<QMimeData> TextMime::make(const QString& text, bool block) {
   if (text.size() > kLong) return std::make_unique<LongText>(text, block);

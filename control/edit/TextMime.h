@@ -14,4 +14,4 @@ std::unique_ptr<QMimeData> make(const QString& text, bool block);
 std::unique_ptr<QMimeData> makeLazy(const text::Snapshot& snapshot, text::ByteRange range);
 bool hasText(const QMimeData* data);
 QString read(const QMimeData* data, bool* block);   // empty when there is no text
-}  // namespace TextMime
+}   // namespace TextMime

@@ -12,13 +12,13 @@
 struct TextModel::Impl {
   std::shared_ptr<void> subscription;
   std::shared_ptr<const text::Highlighter> highlighter;
-  int generation = -1;                    // of the language table when the highlighter was looked up
+  int generation = -1;   // of the language table when the highlighter was looked up
   text::StateCache states;
   text::LongColors longColors;
-  std::vector<text::LineNo> bookmarks;    // ascending
-  bool modified = false;                  // as last announced
-  bool loadedCrlf = text::kPlatformCrlf;        // enableCrlf() until somebody chooses: as the first line ends
-  bool crlf = loadedCrlf;                 // as last announced
+  std::vector<text::LineNo> bookmarks;     // ascending
+  bool modified = false;                   // as last announced
+  bool loadedCrlf = text::kPlatformCrlf;   // enableCrlf() until somebody chooses: as the first line ends
+  bool crlf = loadedCrlf;                  // as last announced
 
   void moveBookmarks(const text::Change& change, const text::Snapshot& now);
 };
@@ -43,11 +43,10 @@ template <class Work>
 void tell(Work work) {
   try {
     work();
-  } catch (const std::bad_alloc&) {
-  }
+  } catch (const std::bad_alloc&) {}
 }
 
-}  // namespace
+}   // namespace
 
 TextModel::TextModel() : impl_(new Impl) {
   impl_->subscription = document_.subscribe([this](const text::Change& change) {
@@ -111,7 +110,8 @@ void TextModel::convertLineEnds(bool crlf, const text::SelectionState& before) {
       text::LineReader reader(now);
       text::ByteOffset end;   // of the line before; a break of these texts is known by its length
       for (std::string_view line; reader.next(&line); end = reader.start() + static_cast<std::int64_t>(line.size()))
-        if (reader.line().value > 0 && reader.start() - end != static_cast<std::int64_t>(wanted.size())) edits.push_back({{end, reader.start()}, wanted});
+        if (reader.line().value > 0 && reader.start() - end != static_cast<std::int64_t>(wanted.size()))
+          edits.push_back({{end, reader.start()}, wanted});
       document_.apply(edits, before);
     }
   }
@@ -161,14 +161,13 @@ bool TextModel::hasBookmark(text::LineNo line) const {
   return std::binary_search(impl_->bookmarks.begin(), impl_->bookmarks.end(), line);
 }
 
-void TextModel::setBookmark(text::LineNo line, bool on) {
-  setBookmarks(std::span(&line, 1), on);
-}
+void TextModel::setBookmark(text::LineNo line, bool on) { setBookmarks(std::span(&line, 1), on); }
 
 void TextModel::setBookmarks(std::span<const text::LineNo> lines, bool on) {
   std::vector<text::LineNo> result;
   if (on) std::set_union(impl_->bookmarks.begin(), impl_->bookmarks.end(), lines.begin(), lines.end(), std::back_inserter(result));
-  else std::set_difference(impl_->bookmarks.begin(), impl_->bookmarks.end(), lines.begin(), lines.end(), std::back_inserter(result));
+  else
+    std::set_difference(impl_->bookmarks.begin(), impl_->bookmarks.end(), lines.begin(), lines.end(), std::back_inserter(result));
   const auto inText = [this](text::LineNo line) { return line.value >= 0 && line.value < snapshot().lineCount(); };
   std::erase_if(result, [&](text::LineNo line) { return !inText(line); });
   result.erase(std::unique(result.begin(), result.end()), result.end());

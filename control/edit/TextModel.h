@@ -26,9 +26,9 @@ class TextModel : public QObject {
   // The ColorSlot of what the language leaves plain in a line; not set: ColorSlot::Text. appearanceChanged() when it answers otherwise.
   std::function<int(text::LineNo)> plainSlot;
 
-  text::FileFormat format;              // of the file it came from or goes to
-  std::optional<text::FileStamp> stamp; // of the file at load or last save
-  QString path;                         // of that file; empty for a new text
+  text::FileFormat format;                // of the file it came from or goes to
+  std::optional<text::FileStamp> stamp;   // of the file at load or last save
+  QString path;                           // of that file; empty for a new text
 
   // What a new line gets. Loading sets it by the first line; while nobody assigns another value a new line takes the break
   // of the line that it splits (or of its neighbour above), so mixed files stay as they are.
@@ -64,8 +64,8 @@ class TextModel : public QObject {
  signals:
   void changed(const text::Change& change);   // after each change of the text
   void modifiedChanged(bool modified);
-  void appearanceChanged();                   // bookmarks, language: repaint, text is the same
-  void lineEndsChanged();                     // enableCrlf() is another
+  void appearanceChanged();   // bookmarks, language: repaint, text is the same
+  void lineEndsChanged();     // enableCrlf() is another
 
  private:
   void announceModified();

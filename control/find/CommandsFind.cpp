@@ -53,7 +53,8 @@ bool findFrom(Editor& e, const Finder& searcher, const QString& shown, ByteRange
   const Snapshot text = e.snapshot();
   const ByteRange whole{ByteOffset(0), text.size()};
   FindOutcome outcome;
-  e.host().work(whole.length(), [&](SearchControl& control) { outcome = findNear(text, searcher, from, std::span(&whole, 1), forward, &control); });
+  e.host().work(whole.length(),
+                [&](SearchControl& control) { outcome = findNear(text, searcher, from, std::span(&whole, 1), forward, &control); });
   EditorAccess::searchFailed(e) = !outcome.found;
   if (outcome.found) e.setSelection({outcome.found->begin, outcome.found->end, 0, 0, false});
   e.host().note(noteOf(outcome, shown, forward));
@@ -68,13 +69,12 @@ void replaceAllIn(Editor& e, const std::vector<ByteRange>& within) {
   const Replacement replacement = replacementOf(e, state);
   const Snapshot text = e.snapshot();
   ReplacePlan plan;
-  e.host().work(within.empty() ? 0 : within.back().end - within.front().begin, [&](SearchControl& control) {
-    plan = planReplacements(text, *searcher, within, replacement, &control);
-  });
+  e.host().work(within.empty() ? 0 : within.back().end - within.front().begin,
+                [&](SearchControl& control) { plan = planReplacements(text, *searcher, within, replacement, &control); });
   applyReplacements(e, plan);
 }
 
-}  // namespace
+}   // namespace
 
 FindOutcome findNear(const Snapshot& text, const Finder& searcher, ByteRange from, std::span<const ByteRange> within, bool forward,
                      SearchControl* control) {
@@ -83,7 +83,8 @@ FindOutcome findNear(const Snapshot& text, const Finder& searcher, ByteRange fro
     SearchResult result;
     if (forward) {
       auto range = std::partition_point(within.begin(), within.end(), [at](const ByteRange& r) { return r.end < at; });
-      for (; range != within.end() && !ends(result); ++range) result = searcher.forward(text, std::max(at, range->begin), *range, control);
+      for (; range != within.end() && !ends(result); ++range)
+        result = searcher.forward(text, std::max(at, range->begin), *range, control);
     } else {
       auto range = std::partition_point(within.begin(), within.end(), [at](const ByteRange& r) { return r.begin <= at; });
       while (range != within.begin() && !ends(result)) {
@@ -268,7 +269,7 @@ void togglePreserveCase(Editor& e, const QVariant&) {
 void toggleWholeWord(Editor&, const QVariant&) { searchState().options.wholeWord = !searchState().options.wholeWord; }
 void toggleCaseSensitive(Editor&, const QVariant&) { searchState().options.matchCase = !searchState().options.matchCase; }
 
-}  // namespace commandFunctions
+}   // namespace commandFunctions
 
 void markFinds(Editor& e, const Snapshot& text, std::span<const ByteRange> finds) {
   std::vector<LineNo> lines;

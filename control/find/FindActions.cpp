@@ -33,7 +33,7 @@ void noteForMacro(CodeMax& control, const char* command) {
   if (keyMacros().recording()) keyMacros().noteCommand(control.editor(), commandByName(QString::fromLatin1(command))->id, {});
 }
 
-}  // namespace
+}   // namespace
 
 // What is put in at the edges of a row belongs to it.
 void FindDialog::Scope::moveRows(const Change& change) {
@@ -86,8 +86,8 @@ std::unique_ptr<FindDialog::Target> FindDialog::target(const QString& findText) 
     tell(QString::fromStdString(searcher->error()), true);
     return nullptr;
   }
-  return std::make_unique<Target>(Target{editor.snapshot(), editor.document().revision(), std::move(searcher),
-                                         editor.selectedRange(), scope()});
+  return std::make_unique<Target>(
+      Target{editor.snapshot(), editor.document().revision(), std::move(searcher), editor.selectedRange(), scope()});
 }
 
 void FindDialog::select(ByteRange range) {

@@ -43,7 +43,7 @@ QComboBox* makeField(QWidget* parent, const QString& name) {
   return field;
 }
 
-}  // namespace
+}   // namespace
 
 FindDialog::FindDialog(QWidget* parent) : QDockWidget(tr("Find and Replace"), parent), job_(new FindJob(this)) {
   setObjectName(QStringLiteral("findDialog"));
@@ -123,8 +123,7 @@ void FindDialog::build() {
   preserveCase_->setObjectName(QStringLiteral("preserveCase"));
   matchCase_ = check(tr("&Match case"), "matchCase", {});
   wholeWord_ = check(tr("Who&le word"), "wholeWord", {});
-  regex_ = check(tr("Re&gular expression"), "regex",
-                 tr("$1 to $99, ${name}, \\n and \\t may stand in the replacement"));
+  regex_ = check(tr("Re&gular expression"), "regex", tr("$1 to $99, ${name}, \\n and \\t may stand in the replacement"));
   inSelection_ = check(tr("&In selection"), "inSelection", tr("Only what is selected now"));
   backwards_ = check(tr("&Backwards"), "backwards", tr("Return and Replace go towards the start of the text"));
   status_ = new QLabel(content);
@@ -146,9 +145,9 @@ void FindDialog::build() {
   cancel_->hide();
   setWidget(content);
   QWidget* last = find_;
-  for (QWidget* part : std::initializer_list<QWidget*>{replace_, next_, previous_, count_, markAll_, replaceOne_, replaceAll_,
-                                                       preserveCase_, matchCase_, wholeWord_, regex_, inSelection_, backwards_,
-                                                       cancel_}) {
+  for (QWidget* part :
+       std::initializer_list<QWidget*>{replace_, next_, previous_, count_, markAll_, replaceOne_, replaceAll_, preserveCase_,
+                                       matchCase_, wholeWord_, regex_, inSelection_, backwards_, cancel_}) {
     setTabOrder(last, part);
     last = part;
   }
@@ -199,7 +198,8 @@ void FindDialog::showFor(CodeMax& control, bool replace) {
     QWidget* window = control.window();
     dialog = new FindDialog(window);
     if (auto* main = qobject_cast<QMainWindow*>(window)) {
-      main->addDockWidget(Qt::BottomDockWidgetArea, dialog, Qt::Vertical);   // a row of its own: beside another dock it would widen the window
+      main->addDockWidget(Qt::BottomDockWidgetArea, dialog,
+                          Qt::Vertical);   // a row of its own: beside another dock it would widen the window
     } else {
       dialog->setAllowedAreas(Qt::NoDockWidgetArea);
       dialog->setFloating(true);
@@ -213,7 +213,8 @@ void FindDialog::open(CodeMax& control, bool replace) {
   showReplace(replace);
   Editor& editor = control.editor();
   const CmRange range = editor.range(true);
-  const bool lines = editor.hasSelection() && (range.StartLineNo != range.EndLineNo || range.ColumnSel || editor.selectedRange().length() > kLongestFind);
+  const bool lines = editor.hasSelection() &&
+                     (range.StartLineNo != range.EndLineNo || range.ColumnSel || editor.selectedRange().length() > kLongestFind);
   if (lines) {
     takeScope();
   } else {
@@ -243,7 +244,8 @@ void FindDialog::work(CodeMax& control) {
 }
 
 void FindDialog::showReplace(bool on) {
-  for (QWidget* part : std::initializer_list<QWidget*>{replaceLabel_, replace_, replaceOne_, replaceAll_, preserveCase_}) part->setVisible(on);
+  for (QWidget* part : std::initializer_list<QWidget*>{replaceLabel_, replace_, replaceOne_, replaceAll_, preserveCase_})
+    part->setVisible(on);
   setWindowTitle(on ? tr("Find and Replace") : tr("Find"));
 }
 

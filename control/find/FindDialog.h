@@ -28,10 +28,10 @@ class FindDialog : public QDockWidget {
   // Shows the one of the control's main window: with what is selected as the text, or as the place to search when it is of several lines.
   static void showFor(CodeMax& control, bool replace);
   static void hideFor(CodeMax& control);
-  void work(CodeMax& control);            // from now on on this control
+  void work(CodeMax& control);   // from now on on this control
   CodeMax* control() const { return control_; }
   FindJob& job() { return *job_; }
-  QString status() const;                 // what stands in it
+  QString status() const;   // what stands in it
 
  protected:
   bool eventFilter(QObject* object, QEvent* event) override;
@@ -47,9 +47,9 @@ class FindDialog : public QDockWidget {
   void backToText();
 
   // State (FindDialog.cpp)
-  void readState();                       // from the search state into the fields
+  void readState();   // from the search state into the fields
   void writeState();
-  void remember(QComboBox* field);        // puts its text first in its history
+  void remember(QComboBox* field);   // puts its text first in its history
   void tell(const QString& text, bool bad = false);
   void updateButtons();
   void updateHits();
@@ -64,7 +64,7 @@ class FindDialog : public QDockWidget {
   void replaceOne();
   void replaceAll();
   void select(text::ByteRange range);
-  void takeScope();                       // the selection becomes the place to search
+  void takeScope();   // the selection becomes the place to search
   void dropScope();
   std::vector<text::ByteRange> scope() const;   // where to search, ascending
 

@@ -16,10 +16,10 @@ void FindJob::start(std::int64_t bytes, Work work) {
     try {
       done = work(run->control);
     } catch (const std::bad_alloc&) {
-    } catch (const std::length_error&) {
-    }
+    } catch (const std::length_error&) {}
     run->done.set_value(done);
-    QMetaObject::invokeMethod(this, [this, run, done] { finish(*run, done); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this, run, done] { finish(*run, done); }, Qt::QueuedConnection);
   });
   if (bytes < limit && soon.wait_for(patience) == std::future_status::ready) return finish(*run, soon.get());
   shown_ = true;

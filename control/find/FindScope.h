@@ -8,7 +8,7 @@
 struct FindDialog::Scope {
   std::shared_ptr<TextModel> model;
   text::MarkId begin = 0, end = 0;
-  std::vector<text::ByteRange> rows;   // of a column selection
-  std::shared_ptr<void> subscription;  // while there are rows
+  std::vector<text::ByteRange> rows;    // of a column selection
+  std::shared_ptr<void> subscription;   // while there are rows
   void moveRows(const text::Change& change);
 };

@@ -23,8 +23,8 @@ QString wordToFind(Editor& e);                            // the selection withi
 
 struct FindOutcome {
   std::optional<text::ByteRange> found;
-  bool wrapped = false;                   // found only round the end (or start) of the text
-  std::string error;                      // a text for the user
+  bool wrapped = false;   // found only round the end (or start) of the text
+  std::string error;      // a text for the user
   bool cancelled = false;
 };
 // The find before or behind `from` inside one of the ranges (ascending), going on round their end. On any thread.

@@ -11,10 +11,10 @@
 
 // Held in few bytes a find, as a large text has many.
 struct ReplacePlan {
-  std::deque<text::ByteRange> finds;        // ascending
-  std::deque<std::uint32_t> lengths;        // bytes that come in place of each
-  std::string texts;                        // which are these, one behind the other
-  std::string error;                        // a text for the user; then there are no finds
+  std::deque<text::ByteRange> finds;   // ascending
+  std::deque<std::uint32_t> lengths;   // bytes that come in place of each
+  std::string texts;                   // which are these, one behind the other
+  std::string error;                   // a text for the user; then there are no finds
   bool cancelled = false;
 };
 

@@ -36,8 +36,8 @@ void toggleColumnMode(Editor& e, const QVariant&) {
   const bool allowed = e.options().columnSel;
   on = allowed && !on;
   e.host().note(!allowed ? QCoreApplication::translate("Editor", "Column selections are switched off in the options")
-                : on     ? QCoreApplication::translate("Editor", "Column mode: Shift and the arrow keys, and the mouse, select columns")
-                         : QCoreApplication::translate("Editor", "Column mode is off"));
+                : on ? QCoreApplication::translate("Editor", "Column mode: Shift and the arrow keys, and the mouse, select columns")
+                     : QCoreApplication::translate("Editor", "Column mode is off"));
 }
 
 std::function<void()> recorded;
@@ -51,7 +51,8 @@ void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().cur
 
 constexpr std::array<Command, 12> table{{
     {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection of several lines, else types a tab.", tabKey},
-    {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.", dropSelection},
+    {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.",
+     dropSelection},
     {1003, "COLUMNLEFTEXTEND", CommandArgument::none, true, "Alt+Shift+Left",
      "Extends the column selection one column to the left.", extendColumn<-1, 0>},
     {1004, "COLUMNRIGHTEXTEND", CommandArgument::none, true, "Alt+Shift+Right",
@@ -60,10 +61,10 @@ constexpr std::array<Command, 12> table{{
      extendColumn<0, -1>},
     {1006, "COLUMNDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+Down", "Extends the column selection one line down.",
      extendColumn<0, 1>},
-    {1007, "COLUMNPAGEUPEXTEND", CommandArgument::none, true, "Alt+Shift+PgUp",
-     "Extends the column selection 20 lines up.", extendColumn<0, -20>},
-    {1008, "COLUMNPAGEDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+PgDown",
-     "Extends the column selection 20 lines down.", extendColumn<0, 20>},
+    {1007, "COLUMNPAGEUPEXTEND", CommandArgument::none, true, "Alt+Shift+PgUp", "Extends the column selection 20 lines up.",
+     extendColumn<0, -20>},
+    {1008, "COLUMNPAGEDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+PgDown", "Extends the column selection 20 lines down.",
+     extendColumn<0, 20>},
     {1009, "MACRORECORD", CommandArgument::none, false, "Ctrl+Shift+R",
      "Starts recording a keystroke macro, or ends it and keeps the macro.", macroRecord},
     {1010, "MACROPLAY", CommandArgument::none, false, "Ctrl+Shift+P", "Plays the keystroke macro that was recorded last.",
@@ -74,7 +75,7 @@ constexpr std::array<Command, 12> table{{
      "Column mode on or off: what else selects characters, keys or mouse, selects columns.", toggleColumnMode},
 }};
 
-}  // namespace
+}   // namespace
 
 bool columnMode(Editor& editor) { return commandFunctions::inColumnMode(editor); }
 void whenRecorded(std::function<void()> work) { recorded = std::move(work); }

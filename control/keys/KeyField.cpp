@@ -7,10 +7,11 @@
 namespace {
 
 bool staysInDialog(const QKeyEvent& event) {
-  return event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab || (event.key() == Qt::Key_Escape && event.modifiers() == Qt::NoModifier);
+  return event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab ||
+         (event.key() == Qt::Key_Escape && event.modifiers() == Qt::NoModifier);
 }
 
-}  // namespace
+}   // namespace
 
 KeyField::KeyField(QWidget* parent) : QLineEdit(parent) {
   setPlaceholderText(tr("Press the keys"));

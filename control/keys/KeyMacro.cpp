@@ -30,7 +30,8 @@ QString quoted(const QString& text) {
     else if (u == '\t') result += QStringLiteral("\\t");
     else if (u == '\n') result += QStringLiteral("\\n");
     else if (u == '\r') result += QStringLiteral("\\r");
-    else if ((!c.isPrint() && !c.isSurrogate()) || (u >= 0xDC80 && u <= 0xDCFF)) result += QStringLiteral("\\u%1").arg(u, 4, 16, QLatin1Char('0'));
+    else if ((!c.isPrint() && !c.isSurrogate()) || (u >= 0xDC80 && u <= 0xDCFF))
+      result += QStringLiteral("\\u%1").arg(u, 4, 16, QLatin1Char('0'));
     else result += c;
   }
   return result + u'"';
@@ -48,7 +49,8 @@ std::optional<QString> unquoted(QStringView text) {
     }
     if (++i >= text.size()) return std::nullopt;
     switch (text[i].unicode()) {
-      case '\\': case '"': result += text[i]; break;
+      case '\\':
+      case '"': result += text[i]; break;
       case 't': result += u'\t'; break;
       case 'n': result += u'\n'; break;
       case 'r': result += u'\r'; break;
@@ -97,7 +99,7 @@ QString lineOf(const KeyMacroStep& step) {
                                                      : QString::number(step.argument.toLongLong()));
 }
 
-}  // namespace
+}   // namespace
 
 bool KeyMacros::goodName(const QString& name) {
   return !name.trimmed().isEmpty() && name == name.trimmed() &&
@@ -162,7 +164,9 @@ void KeyMacros::tell(const QString& what) const {
 void KeyMacros::noteCommand(Editor& editor, int id, const QVariant& argument) {
   const Command* command = anyCommandById(id);
   // What shows a window or belongs to the recording itself is not played again.
-  if (!recording_ || !command || recorded_.steps.size() >= kMostSteps || isOneOf(*command, {"MACRORECORD", "MACROPLAY", "FIND", "FINDREPLACE"})) return;
+  if (!recording_ || !command || recorded_.steps.size() >= kMostSteps ||
+      isOneOf(*command, {"MACRORECORD", "MACROPLAY", "FIND", "FINDREPLACE"}))
+    return;
   const auto noteText = [this](const char* setter, QString& noted, const QString& now) {
     if (noted == now && !noted.isNull()) return;
     noted = now.isNull() ? QStringLiteral("") : now;
@@ -172,7 +176,8 @@ void KeyMacros::noteCommand(Editor& editor, int id, const QVariant& argument) {
   const bool findsText = replaces || isOneOf(*command, {"FINDNEXT", "FINDPREV", "FINDMARKALL"});
   if (findsText) noteText("SETFINDTEXT", noted_[0], usersSearch().findText);
   if (replaces) noteText("SETREPLACETEXT", noted_[1], usersSearch().replaceText);
-  if (findsText || isOneOf(*command, {"FINDNEXTWORD", "FINDPREVWORD"})) noteText("SETFINDOPTIONS", noted_[2], findSwitches(editor, searchState()));
+  if (findsText || isOneOf(*command, {"FINDNEXTWORD", "FINDPREVWORD"}))
+    noteText("SETFINDOPTIONS", noted_[2], findSwitches(editor, searchState()));
   for (int i = 0; const char* setter : {"SETFINDTEXT", "SETREPLACETEXT", "SETFINDOPTIONS"}) {
     if (isOneOf(*command, {setter})) noted_[i] = argument.toString();
     ++i;
@@ -184,8 +189,7 @@ void KeyMacros::noteText(const QString& text) {
   if (!recording_ || text.isEmpty() || recorded_.steps.size() >= kMostSteps) return;
   if (!recorded_.steps.empty() && recorded_.steps.back().command == 0)
     recorded_.steps.back().argument = recorded_.steps.back().argument.toString() + text;
-  else
-    recorded_.steps.push_back({0, text});
+  else recorded_.steps.push_back({0, text});
 }
 
 bool KeyMacros::play(Editor& editor, const QString& name, int count) {

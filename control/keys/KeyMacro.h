@@ -16,8 +16,8 @@
 class Editor;
 
 struct KeyMacroStep {
-  int command = 0;      // 0: typed text
-  QVariant argument;    // of the command, or the text
+  int command = 0;     // 0: typed text
+  QVariant argument;   // of the command, or the text
   bool operator==(const KeyMacroStep&) const = default;
 };
 
@@ -28,18 +28,18 @@ struct KeyMacro {
 
 class KeyMacros {
  public:
-  QStringList names() const;                       // in the order they were made
-  const KeyMacro* find(const QString& name) const; // null: unknown
-  static bool goodName(const QString& name);       // not empty, no "]", no control characters, no blanks around it
+  QStringList names() const;                         // in the order they were made
+  const KeyMacro* find(const QString& name) const;   // null: unknown
+  static bool goodName(const QString& name);         // not empty, no "]", no control characters, no blanks around it
   // Replaces the one of the same name. False: not a good name.
   bool set(KeyMacro macro);
-  void remove(const QString& name);                // and its keys
+  void remove(const QString& name);                      // and its keys
   bool rename(const QString& name, const QString& to);   // false: unknown, taken, or no name
   const QString& current() const { return current_; }    // the one recorded or played last; empty: none
 
   // Recording. Everything that the user does is noted by the editors; finding notes find text and switches too.
   bool recording() const { return recording_; }
-  void toggleRecording();                          // at its end the macro is kept as "Macro 1", "Macro 2" ...
+  void toggleRecording();   // at its end the macro is kept as "Macro 1", "Macro 2" ...
   void cancelRecording();
   std::function<void(const QString& tells)> onRecording;   // it began or ended, and what became of it in the user's words
   void noteCommand(Editor& editor, int id, const QVariant& argument);
@@ -57,13 +57,13 @@ class KeyMacros {
   bool play(Editor& editor, const QString& name, int count = 1);
 
   QString toText() const;
-  int fromText(const QString& text);               // replaces all; the number of lines that were skipped
+  int fromText(const QString& text);   // replaces all; the number of lines that were skipped
 
  private:
   void tell(const QString& what) const;
   std::vector<KeyMacro> macros_;
   KeyMacro recorded_;
-  QString current_, noted_[3];                     // find text, replacement and switches as the recording has them
+  QString current_, noted_[3];   // find text, replacement and switches as the recording has them
   bool recording_ = false;
 };
 

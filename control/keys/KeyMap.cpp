@@ -27,13 +27,21 @@ bool isActionName(const QString& name) {
   return form.match(name).hasMatch();
 }
 
-}  // namespace
+}   // namespace
 
 int KeyMap::strokeOf(const QKeyEvent& event) {
   switch (event.key()) {
-    case 0: case Qt::Key_unknown: case Qt::Key_Shift: case Qt::Key_Control: case Qt::Key_Alt: case Qt::Key_Meta:
-    case Qt::Key_AltGr: case Qt::Key_CapsLock: case Qt::Key_NumLock: case Qt::Key_Super_L: case Qt::Key_Super_R:
-      return 0;
+    case 0:
+    case Qt::Key_unknown:
+    case Qt::Key_Shift:
+    case Qt::Key_Control:
+    case Qt::Key_Alt:
+    case Qt::Key_Meta:
+    case Qt::Key_AltGr:
+    case Qt::Key_CapsLock:
+    case Qt::Key_NumLock:
+    case Qt::Key_Super_L:
+    case Qt::Key_Super_R: return 0;
     default: return plainStroke(event.key() | static_cast<int>(event.modifiers().toInt()));
   }
 }
@@ -86,7 +94,9 @@ QStringList KeyMap::boundNames() const {
 }
 
 void KeyMap::put(Strokes strokes, const KeyAction& action) {
-  const auto counts = [strokes](const KeyAction& a) { return (strokes & 0xFFFFFFFF) != 0 && (a.command != 0 || !a.macro.isEmpty()); };
+  const auto counts = [strokes](const KeyAction& a) {
+    return (strokes & 0xFFFFFFFF) != 0 && (a.command != 0 || !a.macro.isEmpty());
+  };
   const int more = int(counts(action)) - int(counts(actions_.value(strokes)));
   if (more != 0) firsts_[static_cast<int>(strokes >> 32)] += more;
   if (action.isNone()) actions_.remove(strokes);

@@ -25,9 +25,9 @@ struct KeyAction {
 // in the property below: a text leaves the keys to them, but sequences that begin as one of its own, which it passes on.
 inline constexpr char kNamedActionProperty[] = "namedAction";
 struct NamedAction {
-  QString name;         // in the settings: a word in capitals, a blank, and a word without blanks, "=" and control characters
+  QString name;   // in the settings: a word in capitals, a blank, and a word without blanks, "=" and control characters
   QString shown, help;
-  QString keys;         // by default, portable, parted by "; "
+  QString keys;   // by default, portable, parted by "; "
 };
 
 class KeyMap {
@@ -37,7 +37,7 @@ class KeyMap {
   // The named actions in place of those that were there. Defaults of new ones are bound where nothing else is.
   void setNamedActions(const QList<NamedAction>& actions);
   const QList<NamedAction>& namedActions() const { return named_; }
-  QStringList boundNames() const;              // of all actions that have keys, also unknown ones
+  QStringList boundNames() const;   // of all actions that have keys, also unknown ones
 
   enum class Match { none, partial, exact };   // partial: the beginning of a longer sequence of a command or macro
   // strokes as strokeOf gives them; second is 0 for one stroke.
@@ -51,16 +51,16 @@ class KeyMap {
   bool bind(const QKeySequence& keys, const KeyAction& action);
   // What else these keys would get in the way of: bound to them, to a longer sequence that begins with them, or to their first stroke.
   QList<QKeySequence> conflicts(const QKeySequence& keys) const;
-  bool isDefault(const QKeySequence& keys) const;              // does what it does by default
+  bool isDefault(const QKeySequence& keys) const;   // does what it does by default
 
-  void restoreDefaults();                                      // macros keep their keys where no default has them
+  void restoreDefaults();   // macros keep their keys where no default has them
 
   QString toText() const;
-  int fromText(const QString& text);                           // the number of lines that were skipped
+  int fromText(const QString& text);   // the number of lines that were skipped
 
  private:
-  using Strokes = quint64;                                     // first in the upper half
-  static Strokes strokesOf(const QKeySequence& keys);          // 0: not one or two strokes
+  using Strokes = quint64;                              // first in the upper half
+  static Strokes strokesOf(const QKeySequence& keys);   // 0: not one or two strokes
   static QKeySequence keysFrom(Strokes strokes);
   static const QHash<Strokes, KeyAction>& tableDefaults();
   const QHash<Strokes, KeyAction>& defaults() const { return defaults_; }
@@ -68,7 +68,7 @@ class KeyMap {
 
   QHash<Strokes, KeyAction> actions_, defaults_ = tableDefaults();
   QList<NamedAction> named_;
-  QHash<int, int> firsts_;                                     // how many two-stroke sequences begin with the stroke
+  QHash<int, int> firsts_;   // how many two-stroke sequences begin with the stroke
 };
 
 KeyMap& keyMap();

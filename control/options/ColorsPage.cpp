@@ -21,7 +21,7 @@ QIcon swatch(const QColor& color, const QPalette& palette) {
   return pixmap;
 }
 
-}  // namespace
+}   // namespace
 
 ColorsPage::ColorsPage(ControlOptions& options, QWidget* parent) : QWidget(parent), options_(options) {
   auto* grid = new QGridLayout(this);

@@ -1,9 +1,24 @@
 #include "control/options/ControlOptions.h"
 
 ControlOptions ControlOptions::of(const CodeMax& c) {
-  ControlOptions o{c.HSplitter(), c.VSplitter(), c.HScrollBar(), c.VScrollBar(), c.SmoothScrolling(), c.LineToolTips(),
-                   c.LeftMargin(), c.ColorSyntax(), c.WhiteSpaceDisplay(), c.TabExpand(), c.ColumnSel(), c.DragDrop(),
-                   c.PreserveCase(), c.AutoIndentMode(), c.TabSize(), {}, c.Font(), c.Language()};
+  ControlOptions o{c.HSplitter(),
+                   c.VSplitter(),
+                   c.HScrollBar(),
+                   c.VScrollBar(),
+                   c.SmoothScrolling(),
+                   c.LineToolTips(),
+                   c.LeftMargin(),
+                   c.ColorSyntax(),
+                   c.WhiteSpaceDisplay(),
+                   c.TabExpand(),
+                   c.ColumnSel(),
+                   c.DragDrop(),
+                   c.PreserveCase(),
+                   c.AutoIndentMode(),
+                   c.TabSize(),
+                   {},
+                   c.Font(),
+                   c.Language()};
   for (int slot = 0; slot < kColorSlots; ++slot) o.colors[static_cast<std::size_t>(slot)] = c.GetColor(slot);
   return o;
 }

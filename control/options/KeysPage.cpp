@@ -18,7 +18,7 @@ namespace {
 enum Column { kName, kKeys, kHelp };
 constexpr int kCommandRole = Qt::UserRole, kMacroRole = Qt::UserRole + 1, kNamedRole = Qt::UserRole + 2;
 
-}  // namespace
+}   // namespace
 
 KeysPage::KeysPage(const QWidget* frame, QWidget* parent)
     : QWidget(parent), frame_(frame), map_(keyMap()), macros_(keyMacros().names()) {
@@ -131,7 +131,8 @@ QString KeysPage::keysTextOf(const KeyAction& action) const {
 
 KeyAction KeysPage::selected() const {
   const QTreeWidgetItem* item = tree_->currentItem();
-  return item ? KeyAction{item->data(kName, kCommandRole).toInt(), item->data(kName, kMacroRole).toString(), item->data(kName, kNamedRole).toString()}
+  return item ? KeyAction{item->data(kName, kCommandRole).toInt(), item->data(kName, kMacroRole).toString(),
+                          item->data(kName, kNamedRole).toString()}
               : KeyAction();
 }
 

@@ -30,24 +30,26 @@ QVBoxLayout* addGroup(QVBoxLayout* to, const QString& title) {
   return new QVBoxLayout(group);
 }
 
-}  // namespace
+}   // namespace
 
 CodeMax* makeSample(QWidget* parent) {
   auto* sample = new CodeMax(parent);
   // Its own language: those of the table are the user's, who may have others.
   const QString language = QStringLiteral("\nSample");
   if (!LanguageTable::contains(language))
-    LanguageTable::registerLanguage(language, {true, QStringLiteral("static\nconst\nint\nchar\nif\nreturn"),
-                                               QStringLiteral("=\n==\n+\n-\n*\n<\n?\n:\n(\n)\n[\n]\n{\n}\n,\n;"), QStringLiteral("//"),
-                                               QStringLiteral("/*"), QStringLiteral("*/"), QStringLiteral("\"\n'")});
+    LanguageTable::registerLanguage(
+        language, {true, QStringLiteral("static\nconst\nint\nchar\nif\nreturn"),
+                   QStringLiteral("=\n==\n+\n-\n*\n<\n?\n:\n(\n)\n[\n]\n{\n}\n,\n;"), QStringLiteral("//"), QStringLiteral("/*"),
+                   QStringLiteral("*/"), QStringLiteral("\"\n'")});
   sample->setLanguage(language);
-  sample->setText(QStringLiteral("// A comment stands before the code.\n"
-                                 "static int count(const char* text, int limit) {\n"
-                                 "  int found = 0x1F + 42;\n"
-                                 "\tif (text[0] == 'a') return found;   /* selected: */\n"
-                                 "  return limit < 10 ? found : -1;\n"
-                                 "}\n"
-                                 "const char* greeting = \"Hello, world\";\n"));
+  sample->setText(
+      QStringLiteral("// A comment stands before the code.\n"
+                     "static int count(const char* text, int limit) {\n"
+                     "  int found = 0x1F + 42;\n"
+                     "\tif (text[0] == 'a') return found;   /* selected: */\n"
+                     "  return limit < 10 ? found : -1;\n"
+                     "}\n"
+                     "const char* greeting = \"Hello, world\";\n"));
   sample->setReadOnly(true);
   sample->setBookmark(2, true);
   sample->SetSel({4, 9, 4, 19, false}, false);   // all of it shows; before it has a size nothing would

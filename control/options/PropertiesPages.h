@@ -82,7 +82,7 @@ class KeysPage : public QWidget {
 
   const QWidget* frame_;
   KeyMap map_;
-  QStringList macros_;                            // the names as they will be
+  QStringList macros_;                                 // the names as they will be
   std::vector<std::pair<QString, QString>> changes_;   // renamed from, to; or removed: to nothing
   QLineEdit* search_;
   KeyField *searchKeys_, *newKeys_;

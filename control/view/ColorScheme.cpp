@@ -2,9 +2,12 @@
 
 namespace {
 
-struct SlotColors { QRgb light, dark; };
+struct SlotColors {
+  QRgb light, dark;
+};
 
 // In the order of ColorSlot.
+// clang-format off
 constexpr SlotColors kSchemes[kColorSlots] = {
     {0xFFFFFFFF, 0xFF1E2127},  // Window
     {0xFF1F2328, 0xFFD4D7DD},  // Text
@@ -25,8 +28,9 @@ constexpr SlotColors kSchemes[kColorSlots] = {
     {0xFF9AA2AB, 0xFF727A87},  // TagText
     {0xFFFFE08A, 0xFF6B5A1E},  // MatchingBrace
 };
+// clang-format on
 
-}  // namespace
+}   // namespace
 
 bool ColorScheme::isDark(const QPalette& palette) {
   return palette.color(QPalette::Base).lightness() < palette.color(QPalette::Text).lightness();

@@ -7,8 +7,24 @@
 
 // The 18 colour slots. Their numbers are stored in the settings (COLORS0 to COLORS17): never renumber.
 enum class ColorSlot {
-  Window, Text, SelectionBack, SelectionText, InactiveSelectionBack, InactiveSelectionText, LeftMargin, Keyword, Operator,
-  Comment, String, Number, Bookmark, HighlightedLine, LineNumbers, Divider, TagText, MatchingBrace
+  Window,
+  Text,
+  SelectionBack,
+  SelectionText,
+  InactiveSelectionBack,
+  InactiveSelectionText,
+  LeftMargin,
+  Keyword,
+  Operator,
+  Comment,
+  String,
+  Number,
+  Bookmark,
+  HighlightedLine,
+  LineNumbers,
+  Divider,
+  TagText,
+  MatchingBrace
 };
 inline constexpr int kColorSlots = 18;
 

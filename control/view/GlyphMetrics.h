@@ -23,22 +23,22 @@ class GlyphMetrics {
   const QFont& labelFont() const { return labelFont_; }
   const QRawFont& rawFont() const { return raw_; }
   bool fixedPitch() const { return fixed_; }
-  double cell() const { return cell_; }            // the unit of tabs and virtual columns
+  double cell() const { return cell_; }   // the unit of tabs and virtual columns
   double ascent() const { return ascent_; }
   int lineHeight() const { return lineHeight_; }
-  double round(double pixels) const;               // to device pixels
+  double round(double pixels) const;   // to device pixels
 
   // 0x20 to 0x7E
   double asciiAdvance(unsigned char c) const { return ascii_[c - 0x20u].advance; }
   quint32 asciiGlyph(unsigned char c) const { return ascii_[c - 0x20u].glyph; }
 
   struct Simple {
-    quint32 glyph = 0;     // 0: the font has none
-    double advance = 0;    // as the font has it
+    quint32 glyph = 0;    // 0: the font has none
+    double advance = 0;   // as the font has it
   };
   Simple simple(char32_t code) const;
   const ShapedCluster& shaped(const QString& cluster) const;
-  double labelWidth(const QString& label) const;   // of a box that holds the label; whole cells in a fixed font
+  double labelWidth(const QString& label) const;          // of a box that holds the label; whole cells in a fixed font
   double hexByteWidth() const { return hexByteWidth_; }   // of any box with two hex digits
 
  private:

@@ -97,7 +97,8 @@ LayoutItem LineWalker::next(QString* text) {
   return item;
 }
 
-LineLayout::LineLayout(std::string_view bytes, bool toLineEnd, LinePlace from, const GlyphMetrics& metrics, int tabSize, double right)
+LineLayout::LineLayout(std::string_view bytes, bool toLineEnd, LinePlace from, const GlyphMetrics& metrics, int tabSize,
+                       double right)
     : begin_(from) {
   LineWalker walker(bytes, toLineEnd, from, metrics, tabSize);
   items_.reserve(std::min<std::size_t>(bytes.size(), 1024));

@@ -20,11 +20,11 @@ struct LayoutItem {
   enum Kind : unsigned char { glyph, blank, tab, label, oddBlank, shaped };
   std::int64_t byte = 0;
   double x = 0, width = 0;
-  quint32 glyphIndex = 0;     // glyph
-  int text = -1;              // label, shaped: index into LineLayout::texts
+  quint32 glyphIndex = 0;   // glyph
+  int text = -1;            // label, shaped: index into LineLayout::texts
   int bytes = 0;
   Kind kind = glyph;
-  bool badByte = false;       // label of a byte that is not UTF-8
+  bool badByte = false;   // label of a byte that is not UTF-8
 };
 
 struct LinePlace {

@@ -4,9 +4,9 @@
 #include <limits>
 
 namespace {
-constexpr std::int64_t kStep = 4 * 1024;        // bytes between two places
-constexpr std::int64_t kRead = 256 * 1024;      // bytes copied at a time
-}  // namespace
+constexpr std::int64_t kStep = 4 * 1024;     // bytes between two places
+constexpr std::int64_t kRead = 256 * 1024;   // bytes copied at a time
+}   // namespace
 
 void LongLines::extend(Places& places, const text::Snapshot& text, text::LineNo line, std::int64_t byte, double x,
                        const GlyphMetrics& metrics, int tabSize) {
@@ -28,7 +28,8 @@ void LongLines::extend(Places& places, const text::Snapshot& text, text::LineNo 
   }
 }
 
-LinePlace LongLines::before(const text::Snapshot& text, text::LineNo line, std::int64_t byte, const GlyphMetrics& metrics, int tabSize) {
+LinePlace LongLines::before(const text::Snapshot& text, text::LineNo line, std::int64_t byte, const GlyphMetrics& metrics,
+                            int tabSize) {
   if (byte < kStep || text.lineEnd(line) - text.lineStart(line) < kLong) return {};
   Places& places = places_.of(line, {});
   extend(places, text, line, byte, std::numeric_limits<double>::max(), metrics, tabSize);

@@ -7,7 +7,7 @@
 
 class LongLines {
  public:
-  static constexpr std::int64_t kLong = 8 * 1024;     // bytes of a line that is measured by places
+  static constexpr std::int64_t kLong = 8 * 1024;   // bytes of a line that is measured by places
 
   // Forgets all: another font, tab size or text.
   void clear() { places_.clear(); }

@@ -27,7 +27,10 @@ Pane::Action::~Action() {
 }
 
 Pane::Pane(ViewState& state, QWidget* parent)
-    : QAbstractScrollArea(parent), state_(state), view_(state), editor_(new Editor(state.model, state.options, this)),
+    : QAbstractScrollArea(parent),
+      state_(state),
+      view_(state),
+      editor_(new Editor(state.model, state.options, this)),
       mouse_(new PaneMouse(*this)) {
   PaneAccessible::install();
   setFrameShape(QFrame::NoFrame);
@@ -81,14 +84,13 @@ void Pane::modelChanged(const text::Change& change) {
   allDirty_ = allDirty_ || change.reset || shift != 0 || pending_.has_value() || change.spans.size() > 1000;
   try {
     if (!allDirty_) pending_ = change;
-  } catch (const std::bad_alloc&) {
-    allDirty_ = true;
-  }
+  } catch (const std::bad_alloc&) { allDirty_ = true; }
   if (allDirty_) pending_.reset();
   if (state_.held > 0) selectionDirty_ = true;   // what can be undone is another thing now, though the caret may not have moved
   if (state_.held > 0 || flushPosted_) return;
   shown([this] {
-    QMetaObject::invokeMethod(this, [this] { flushText(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this] { flushText(); }, Qt::QueuedConnection);
     flushPosted_ = true;
   });
 }
@@ -185,12 +187,14 @@ void Pane::showSelection() {
 void Pane::updateSelection() {
   const text::SelectionState old = shownSelection_, now = editor_->selection();
   const auto lineOf = [this](ByteOffset at) { return snapshot().lineAt(std::min(at, snapshot().size())).value; };
-  const auto update = [&](ByteOffset a, ByteOffset b) { updateLines(std::min(lineOf(a), lineOf(b)), std::max(lineOf(a), lineOf(b))); };
+  const auto update = [&](ByteOffset a, ByteOffset b) {
+    updateLines(std::min(lineOf(a), lineOf(b)), std::max(lineOf(a), lineOf(b)));
+  };
   if (old.column || now.column || old.anchor != now.anchor) {
     update(old.anchor, old.caret);
     update(now.anchor, now.caret);
   } else {
-    update(old.caret, now.caret);       // the ends of the highlighted line too
+    update(old.caret, now.caret);   // the ends of the highlighted line too
     if ((old.anchor == old.caret) != (now.anchor == now.caret)) update(now.anchor, now.anchor);
   }
   shownSelection_ = now;
@@ -201,8 +205,9 @@ void Pane::updateSelection() {
   findBracket();
   restartBlink();
   PaneAccessible::announceSelection(this);
-  if (hasFocus()) QGuiApplication::inputMethod()->update(Qt::ImCursorRectangle | Qt::ImCursorPosition | Qt::ImSurroundingText |
-                                                         Qt::ImCurrentSelection | Qt::ImAnchorPosition);
+  if (hasFocus())
+    QGuiApplication::inputMethod()->update(Qt::ImCursorRectangle | Qt::ImCursorPosition | Qt::ImSurroundingText |
+                                           Qt::ImCurrentSelection | Qt::ImAnchorPosition);
 }
 
 void Pane::findBracket() {
@@ -226,7 +231,8 @@ void Pane::findBracket() {
 void Pane::publishSelection() {
   QClipboard* clipboard = QGuiApplication::clipboard();
   if (!clipboard->supportsSelection() || !editor_->hasSelection()) return;
-  if (editor_->selection().column) clipboard->setMimeData(TextMime::make(editor_->selectedText(), true).release(), QClipboard::Selection);
+  if (editor_->selection().column)
+    clipboard->setMimeData(TextMime::make(editor_->selectedText(), true).release(), QClipboard::Selection);
   else clipboard->setMimeData(TextMime::makeLazy(snapshot(), editor_->selectedRange()).release(), QClipboard::Selection);
 }
 
@@ -272,7 +278,9 @@ void Pane::paintParts(const QRegion& region) {
   for (const QRect& part : region) pane.paint(part);
   restartColoring();
   // A wider line than any before came into view: the scroll bar learns of it behind the painting.
-  if (view_.widestSeen() > horizontalScrollBar()->maximum() + view_.width) QMetaObject::invokeMethod(this, [this] { fit(); }, Qt::QueuedConnection);
+  if (view_.widestSeen() > horizontalScrollBar()->maximum() + view_.width)
+    QMetaObject::invokeMethod(
+        this, [this] { fit(); }, Qt::QueuedConnection);
 }
 
 void Pane::timerEvent(QTimerEvent* event) {

@@ -26,8 +26,8 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void modelChanged(const text::Change& change);
   void appearanceChanged();
   void metricsChanged();
-  void optionsChanged();                // scroll bars, margin
-  void released();                      // ViewState::held came back to 0: shows and tells what was noted
+  void optionsChanged();   // scroll bars, margin
+  void released();         // ViewState::held came back to 0: shows and tells what was noted
   void setPainting(bool on);
 
   bool runCommand(int id, const QVariant& argument);   // false only for an unknown number
@@ -36,7 +36,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void takeViewOf(const Pane& other);   // its caret and scroll position
   // Puts the selection on the clipboard of the mouse, where the system has one.
   void publishSelection();
-  QRect caretRect() const;                 // in the viewport; may lie outside of it
+  QRect caretRect() const;   // in the viewport; may lie outside of it
 
   // Scrolling. `top` and `left` in pixels of the text.
   std::int64_t top() const { return top_; }
@@ -72,7 +72,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void selectionChanged();
   void focusChanged(bool in);
   void typed();
-  void returned();                      // a line break was typed
+  void returned();   // a line break was typed
   void rightClicked(const QPoint& globalPosition, bool* handled);
   void doubleClicked();
   void filesDropped(const QStringList& paths);
@@ -82,7 +82,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void findUnwanted();
   void overtypeChanged(bool on);
   void whiteSpaceToggled();
-  void heldEnded();                     // the last Action ended
+  void heldEnded();   // the last Action ended
 
  protected:
   bool event(QEvent* event) override;
@@ -92,7 +92,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void timerEvent(QTimerEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
-  void keyPressEvent(QKeyEvent* event) override;      // keys, input methods and drops end well without memory
+  void keyPressEvent(QKeyEvent* event) override;   // keys, input methods and drops end well without memory
   void inputMethodEvent(QInputMethodEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
@@ -112,10 +112,10 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   PaneLook look() const;
 
   // Geometry and scrolling (PaneScroll.cpp)
-  void fit();                           // sizes, margin, scroll bars
+  void fit();   // sizes, margin, scroll bars
   std::int64_t highestTop() const;
   std::int64_t highestLeft() const;
-  void showAt(std::int64_t top);        // at once
+  void showAt(std::int64_t top);   // at once
   void stepAnimation();
   void showLineTip();
 
@@ -124,16 +124,14 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void shown(Work work) {
     try {
       work();
-    } catch (const std::bad_alloc&) {
-      viewport()->update();
-    }
+    } catch (const std::bad_alloc&) { viewport()->update(); }
   }
   void scrollToCaret();
-  void flushText();                     // shows what changed
+  void flushText();   // shows what changed
   void paintParts(const QRegion& region);
   void updateLines(std::int64_t first, std::int64_t last);   // clipped to what is visible
   void updateCaret();
-  void noteSelection();                 // the editor says it changed
+  void noteSelection();   // the editor says it changed
   void showSelection();
   void updateSelection();
   void findBracket();
@@ -150,22 +148,22 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void showDefaultMenu(const QPoint& globalPosition);
 
   ViewState& state_;
-  mutable TextView view_;               // lays out what is asked for
+  mutable TextView view_;   // lays out what is asked for
   std::unique_ptr<Editor> editor_;
   std::unique_ptr<PaneMouse> mouse_;
 
-  std::int64_t top_ = 0;                // where scrolling goes to; view_.top is where it is on its way
-  std::int64_t barScale_ = 1;           // pixels per unit of the vertical scroll bar
+  std::int64_t top_ = 0;        // where scrolling goes to; view_.top is where it is on its way
+  std::int64_t barScale_ = 1;   // pixels per unit of the vertical scroll bar
   bool settingBars_ = false;
   int marginDigits_ = 0;
   QBasicTimer scrollTimer_, blinkTimer_, colorTimer_;
 
-  text::SelectionState shownSelection_; // as painted last
+  text::SelectionState shownSelection_;   // as painted last
   std::optional<BracketPair> bracket_;
   std::optional<text::ByteOffset> dropAt_;
   std::unique_ptr<Preedit> preedit_;
   bool caretOn_ = false, overtypeShown_ = false;
-  std::optional<text::Change> pending_; // not shown yet
+  std::optional<text::Change> pending_;   // not shown yet
   bool allDirty_ = false, flushPosted_ = false, selectionDirty_ = false;
-  int firstStroke_ = 0;                 // of a key sequence that is not complete
+  int firstStroke_ = 0;   // of a key sequence that is not complete
 };

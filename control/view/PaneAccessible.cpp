@@ -18,7 +18,7 @@ PaneAccessible* accessibleOf(Pane* pane) {
   return dynamic_cast<PaneAccessible*>(QAccessible::queryAccessibleInterface(pane));
 }
 
-}  // namespace
+}   // namespace
 
 PaneAccessible::PaneAccessible(Pane* pane) : QAccessibleWidget(pane, QAccessible::EditableText), pane_(pane) { look(); }
 
@@ -41,8 +41,10 @@ void PaneAccessible::look() const {
   range_ = {ByteOffset(0), now.size()};
   if (!whole) {
     // Whole lines as far as they are not too long. Beginning at one of few places it seldom moves.
-    const ByteOffset from(std::max<std::int64_t>(0, (caret.value / kAround - 1) * kAround)), to = std::min(now.size(), caret + kAround);
-    range_ = {std::max(now.lineStart(now.lineAt(from)), from - kAround), std::min(now.lineEndWithBreak(now.lineAt(to)), to + kAround)};
+    const ByteOffset from(std::max<std::int64_t>(0, (caret.value / kAround - 1) * kAround)),
+        to = std::min(now.size(), caret + kAround);
+    range_ = {std::max(now.lineStart(now.lineAt(from)), from - kAround),
+              std::min(now.lineEndWithBreak(now.lineAt(to)), to + kAround)};
   }
   stretch_ = toQString(now.bytes(range_));
   seen_ = now;

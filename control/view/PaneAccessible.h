@@ -13,7 +13,7 @@ class Pane;
 class PaneAccessible : public QAccessibleWidget, public QAccessibleTextInterface, public QAccessibleEditableTextInterface {
  public:
   explicit PaneAccessible(Pane* pane);
-  static void install();                      // once; panes are then known to the system
+  static void install();   // once; panes are then known to the system
   // What readers are told: the caret moved, the text changed.
   static void announceSelection(Pane* pane);
   static void announceText(Pane* pane);
@@ -41,12 +41,12 @@ class PaneAccessible : public QAccessibleWidget, public QAccessibleTextInterface
   void replaceText(int start, int end, const QString& text) override;
 
  private:
-  void look() const;                          // brings the stretch up to date
+  void look() const;   // brings the stretch up to date
   int unitsTo(text::ByteOffset offset) const;
   text::ByteOffset offsetOf(int units) const;
 
   Pane* pane_;
-  mutable text::Snapshot seen_;               // what the stretch was taken from
+  mutable text::Snapshot seen_;   // what the stretch was taken from
   mutable text::ByteRange range_;
   mutable QString stretch_;
 };

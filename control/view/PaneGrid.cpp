@@ -9,9 +9,9 @@
 #include "control/view/Pane.h"
 
 namespace {
-constexpr int kBar = 5;             // pixels of a bar
-constexpr double kSmallest = 0.06;  // a pane smaller than this part of the whole goes
-}  // namespace
+constexpr int kBar = 5;              // pixels of a bar
+constexpr double kSmallest = 0.06;   // a pane smaller than this part of the whole goes
+}   // namespace
 
 // A bar between panes, or the handle that pulls one out.
 class SplitHandle : public QWidget {
@@ -27,7 +27,9 @@ class SplitHandle : public QWidget {
   void mouseMoveEvent(QMouseEvent* event) override {
     if (event->buttons() & Qt::LeftButton) grid_.dragged(bar_, grid_.mapFromGlobal(event->globalPosition().toPoint()), false);
   }
-  void mouseReleaseEvent(QMouseEvent* event) override { grid_.dragged(bar_, grid_.mapFromGlobal(event->globalPosition().toPoint()), true); }
+  void mouseReleaseEvent(QMouseEvent* event) override {
+    grid_.dragged(bar_, grid_.mapFromGlobal(event->globalPosition().toPoint()), true);
+  }
   void mouseDoubleClickEvent(QMouseEvent*) override { grid_.toggled(bar_); }
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
@@ -136,7 +138,8 @@ void PaneGrid::arrange() {
   for (std::size_t row = 0; row < 2; ++row)
     for (std::size_t column = 0; column < 2; ++column)
       if (Pane* pane = panes_[row][column])
-        pane->setGeometry(x[column * 2], y[row * 2], std::max(0, x[column * 2 + 1] - x[column * 2]), std::max(0, y[row * 2 + 1] - y[row * 2]));
+        pane->setGeometry(x[column * 2], y[row * 2], std::max(0, x[column * 2 + 1] - x[column * 2]),
+                          std::max(0, y[row * 2 + 1] - y[row * 2]));
   bars_[0]->setVisible(place_[0] > 0);
   bars_[0]->setGeometry(0, y[1], width(), kBar + 1);
   bars_[1]->setVisible(place_[1] > 0);

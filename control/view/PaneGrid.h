@@ -16,7 +16,7 @@ class PaneGrid : public QWidget {
   // `make` creates a pane; the grid owns it.
   PaneGrid(std::function<Pane*(QWidget* parent)> make, QWidget* parent);
 
-  std::vector<Pane*> panes() const;      // at least one
+  std::vector<Pane*> panes() const;   // at least one
   Pane* active() const { return active_; }
   void activate(Pane* pane);
 
@@ -46,6 +46,6 @@ class PaneGrid : public QWidget {
   std::array<bool, 2> allowed_{true, true};
   std::array<SplitHandle*, 2> bars_{};
   std::array<std::array<std::array<SplitHandle*, 2>, 2>, 2> pullers_{};   // of each pane
-  std::array<bool, 2> pulling_{};                 // a handle that is hidden would lose the mouse
+  std::array<bool, 2> pulling_{};                                         // a handle that is hidden would lose the mouse
   Pane* active_ = nullptr;
 };

@@ -27,7 +27,7 @@ void runNamed(Pane& pane, const QString& name) {
       return void(QMetaObject::invokeMethod(action, &QAction::trigger, Qt::QueuedConnection));
 }
 
-}  // namespace
+}   // namespace
 
 bool Pane::runCommand(int id, const QVariant& argument) {
   const Action action(*this);
@@ -45,9 +45,7 @@ void Pane::afterCommand(const text::SelectionState& before, std::uint64_t revisi
   }
 }
 
-void Pane::work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) {
-  LongWork::run(*this, bytes, work);
-}
+void Pane::work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) { LongWork::run(*this, bytes, work); }
 
 void Pane::asked(const std::function<void()>& work) {
   const text::SelectionState before = editor_->selection();
@@ -107,7 +105,9 @@ void Pane::keyPressed(QKeyEvent* event) {
   event->accept();
   const int first = std::exchange(firstStroke_, 0);
   KeyAction bound;
-  switch (stroke == 0 ? KeyMap::Match::none : first == 0 ? keyMap().find(stroke, 0, &bound) : keyMap().find(first, stroke, &bound)) {
+  switch (stroke == 0  ? KeyMap::Match::none
+          : first == 0 ? keyMap().find(stroke, 0, &bound)
+                       : keyMap().find(first, stroke, &bound)) {
     case KeyMap::Match::exact:
       if (first != 0) note({});
       if (!bound.named.isEmpty()) {
@@ -125,8 +125,7 @@ void Pane::keyPressed(QKeyEvent* event) {
       firstStroke_ = stroke;
       note(QKeySequence(stroke).toString(QKeySequence::NativeText));
       return;
-    case KeyMap::Match::none:
-      break;
+    case KeyMap::Match::none: break;
   }
   if (first != 0) {   // no such sequence: the stroke is not text either
     note({});
@@ -170,7 +169,8 @@ void Pane::inputMethodCame(QInputMethodEvent* event) {
   if (event->replacementLength() > 0 || event->replacementStart() != 0) {
     const CmPosition caret = editor_->positionOf(editor_->selection().caret);
     const auto from = editor_->offsetOf({caret.LineNo, std::max<qint64>(0, caret.ColNo + event->replacementStart())});
-    const auto to = editor_->offsetOf({caret.LineNo, std::max<qint64>(0, caret.ColNo + event->replacementStart() + event->replacementLength())});
+    const auto to = editor_->offsetOf(
+        {caret.LineNo, std::max<qint64>(0, caret.ColNo + event->replacementStart() + event->replacementLength())});
     const Action action(*this);
     editor_->replaceRange({from, to}, event->commitString());
     showCaret();
@@ -196,8 +196,11 @@ QVariant Pane::inputMethodQuery(Qt::InputMethodQuery query) const {
   constexpr std::int64_t kAround = 1024;
   const ByteOffset caret = editor_->selection().caret;
   const text::LineNo line = snapshot().lineAt(caret);
-  const ByteOffset from = std::max(snapshot().lineStart(line), caret - kAround), to = std::min(snapshot().lineEnd(line), caret + kAround);
-  const auto unitsTo = [&](ByteOffset at) { return static_cast<int>(toQString(snapshot().bytes({from, std::clamp(at, from, to)})).size()); };
+  const ByteOffset from = std::max(snapshot().lineStart(line), caret - kAround),
+                   to = std::min(snapshot().lineEnd(line), caret + kAround);
+  const auto unitsTo = [&](ByteOffset at) {
+    return static_cast<int>(toQString(snapshot().bytes({from, std::clamp(at, from, to)})).size());
+  };
   switch (query) {
     case Qt::ImEnabled: return !state_.model->document().readOnly();
     case Qt::ImCursorRectangle: return caretRect().translated(viewport()->pos());
@@ -224,7 +227,8 @@ void Pane::toggleWhiteSpaceDisplay() {
   emit whiteSpaceToggled();
 }
 void Pane::contextMenuEvent(QContextMenuEvent* event) {
-  const QPoint at = event->reason() == QContextMenuEvent::Keyboard ? viewport()->mapToGlobal(caretRect().bottomLeft()) : event->globalPos();
+  const QPoint at =
+      event->reason() == QContextMenuEvent::Keyboard ? viewport()->mapToGlobal(caretRect().bottomLeft()) : event->globalPos();
   bool handled = false;
   emit rightClicked(at, &handled);
   if (!handled) showDefaultMenu(at);

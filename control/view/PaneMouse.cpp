@@ -26,7 +26,7 @@ using text::LineNo;
 namespace {
 constexpr int kAutoScrollInterval = 30;   // milliseconds
 constexpr int kBookmarkWidth = 14;        // pixels of the margin whose click sets a bookmark
-}  // namespace
+}   // namespace
 
 PaneMouse::PaneMouse(Pane& pane) : pane_(pane) {}
 
@@ -67,11 +67,13 @@ void PaneMouse::pressText(QMouseEvent* event) {
     drag_ = Drag::block;
     const text::SelectionState s = editor.selection();
     originLine_ = extend ? pane_.snapshot().lineAt(s.anchor).value : view.lineAtY(pressed_.y());
-    originCell_ = extend ? cellOf(pane_.snapshot(), s.anchor, s.anchorVirtual, pane_.state_.options->tabSize) : view.cellAt(pressed_);
+    originCell_ =
+        extend ? cellOf(pane_.snapshot(), s.anchor, s.anchorVirtual, pane_.state_.options->tabSize) : view.cellAt(pressed_);
     dragTo(pressed_);
     return;
   }
-  const bool third = sinceDoubleClick_.isValid() && sinceDoubleClick_.elapsed() < QGuiApplication::styleHints()->mouseDoubleClickInterval() &&
+  const bool third = sinceDoubleClick_.isValid() &&
+                     sinceDoubleClick_.elapsed() < QGuiApplication::styleHints()->mouseDoubleClickInterval() &&
                      (pressed_ - doubleClicked_).manhattanLength() < QApplication::startDragDistance();
   sinceDoubleClick_.invalidate();
   if (third) {
@@ -140,7 +142,8 @@ void PaneMouse::move(QMouseEvent* event) {
     return;
   }
   dragTo(point);
-  const bool outside = point.y() < 0 || point.y() >= pane_.view_.height || point.x() < pane_.view_.margin || point.x() >= pane_.view_.margin + pane_.view_.width;
+  const bool outside = point.y() < 0 || point.y() >= pane_.view_.height || point.x() < pane_.view_.margin ||
+                       point.x() >= pane_.view_.margin + pane_.view_.width;
   if (!outside) autoScroll_.stop();
   else if (!autoScroll_.isActive()) autoScroll_.start(kAutoScrollInterval, this);
 }
@@ -152,8 +155,8 @@ void PaneMouse::dragTo(const QPoint& point) {
   const text::Snapshot& text = pane_.snapshot();
   const QPoint inside(point.x(), std::clamp(point.y(), 0, std::max(0, view.height - 1)));
   if (drag_ == Drag::block) {
-    editor.setSelection(columnSelection(text, LineNo(originLine_), originCell_, LineNo(view.lineAtY(inside.y())), view.cellAt(inside),
-                                        pane_.state_.options->tabSize));
+    editor.setSelection(columnSelection(text, LineNo(originLine_), originCell_, LineNo(view.lineAtY(inside.y())),
+                                        view.cellAt(inside), pane_.state_.options->tabSize));
     return;
   }
   const ByteOffset at = view.offsetAt(inside);
@@ -191,7 +194,8 @@ void PaneMouse::timerEvent(QTimerEvent* event) {
   TextView& view = pane_.view_;
   const int right = view.margin + view.width - 1;
   const int dy = speed(last_.y() < 0 ? last_.y() : std::max(0, last_.y() - view.height + 1));
-  const int dx = drag_ == Drag::lines ? 0 : speed(last_.x() < view.margin ? last_.x() - view.margin : std::max(0, last_.x() - right));
+  const int dx =
+      drag_ == Drag::lines ? 0 : speed(last_.x() < view.margin ? last_.x() - view.margin : std::max(0, last_.x() - right));
   pane_.scrollTo(pane_.top_ + dy, false);
   if (dx != 0) pane_.scrollSideways(std::clamp<std::int64_t>(view.left + dx, 0, pane_.highestLeft()));
   dragTo(last_);

@@ -47,9 +47,9 @@ class PaneMouse : public QObject {
   Drag drag_ = Drag::none;
   QPoint pressed_, last_, doubleClicked_;
   QElapsedTimer sinceDoubleClick_;
-  text::ByteRange origin_;              // the word or lines that the drag began with
+  text::ByteRange origin_;                         // the word or lines that the drag began with
   std::int64_t originLine_ = 0, originCell_ = 0;   // of a block
   QBasicTimer autoScroll_;
-  double wheelRest_ = 0;                // of a step of the wheel that is not a whole one
-  bool droppedHere_ = false;            // what was dragged from here came into the same text
+  double wheelRest_ = 0;       // of a step of the wheel that is not a whole one
+  bool droppedHere_ = false;   // what was dragged from here came into the same text
 };

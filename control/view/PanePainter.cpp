@@ -33,7 +33,9 @@ QColor mixed(const QColor& a, const QColor& b, double part) {
 // Glyphs of one colour side by side are drawn in one go.
 class GlyphBatch {
  public:
-  GlyphBatch(QPainter& painter, const QRawFont& font, double baseline) : painter_(painter), baseline_(baseline) { run_.setRawFont(font); }
+  GlyphBatch(QPainter& painter, const QRawFont& font, double baseline) : painter_(painter), baseline_(baseline) {
+    run_.setRawFont(font);
+  }
   ~GlyphBatch() { flush(); }
   void add(quint32 glyph, double x, const QColor& color) {
     if (!indexes_.isEmpty() && color != color_) flush();
@@ -62,10 +64,11 @@ class GlyphBatch {
 
 constexpr int kCaretWidth = 2;
 
-}  // namespace
+}   // namespace
 
 double Preedit::cursorX() const {
-  return layout.xOf(static_cast<std::int64_t>(fromQString(QStringView(text).first(std::clamp<qsizetype>(cursor, 0, text.size()))).size()));
+  return layout.xOf(
+      static_cast<std::int64_t>(fromQString(QStringView(text).first(std::clamp<qsizetype>(cursor, 0, text.size()))).size()));
 }
 
 PanePainter::PanePainter(QPainter& painter, TextView& view, const PaneLook& look) : painter_(painter), view_(view), look_(look) {
@@ -97,7 +100,8 @@ void PanePainter::paint(const QRect& part) {
 }
 
 void PanePainter::fill(const Span& span, int y, const QColor& color) {
-  const double left = std::clamp(view_.textLeft() + span.from, -10.0, 1e5), right = std::clamp(view_.textLeft() + span.to, -10.0, 1e5);
+  const double left = std::clamp(view_.textLeft() + span.from, -10.0, 1e5),
+               right = std::clamp(view_.textLeft() + span.to, -10.0, 1e5);
   if (right > left) painter_.fillRect(QRectF(left, y, right - left, view_.lineHeight()), color);
 }
 
@@ -107,7 +111,8 @@ std::optional<PanePainter::Span> PanePainter::selectedSpan(std::int64_t line, co
   if (selected_.empty()) return std::nullopt;
   const double from = line == firstLine_ ? view_.xOf(line, selected_.begin) : 0;
   // The break of a selected line shows as one cell.
-  const double to = line == lastLine_ ? view_.xOf(line, selected_.end) : view_.xOf(line, row.start + row.length) + view_.metrics().cell();
+  const double to =
+      line == lastLine_ ? view_.xOf(line, selected_.end) : view_.xOf(line, row.start + row.length) + view_.metrics().cell();
   return Span{from, to};
 }
 
@@ -127,12 +132,14 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
   for (const ByteRange& range : row.hits) fill({view_.xOf(line, range.begin), view_.xOf(line, range.end)}, y, hit);
   if (const auto span = selectedSpan(line, row)) {
     const QColor back = color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack);
-    if (look_.selection.column && blockLeft_ == blockRight_) fill({span->from, span->from + 2}, y, mixed(back, color(ColorSlot::Text), 0.5));
+    if (look_.selection.column && blockLeft_ == blockRight_)
+      fill({span->from, span->from + 2}, y, mixed(back, color(ColorSlot::Text), 0.5));
     else fill(*span, y, back);
   }
   if (look_.bracket) {
     for (const ByteOffset at : {look_.bracket->here, look_.bracket->partner})
-      if (at >= row.start && at < row.start + row.length) fill({view_.xOf(line, at), view_.xOf(line, at + 1)}, y, color(ColorSlot::MatchingBrace));
+      if (at >= row.start && at < row.start + row.length)
+        fill({view_.xOf(line, at), view_.xOf(line, at + 1)}, y, color(ColorSlot::MatchingBrace));
   }
 }
 
@@ -187,9 +194,7 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
     QColor ink = inToken ? color(slotOf(row.tokens[token].kind)) : plain;
     if (item.byte >= selected.begin.value && item.byte < selected.end.value) ink = selectedColor;
     switch (item.kind) {
-      case LayoutItem::glyph:
-        batch.add(item.glyphIndex, left + item.x, ink);
-        break;
+      case LayoutItem::glyph: batch.add(item.glyphIndex, left + item.x, ink); break;
       case LayoutItem::shaped: {
         batch.flush();
         painter_.save();
@@ -248,8 +253,8 @@ void PanePainter::paintWhiteSpace(const LayoutItem& item, int y) {
   if (item.kind == LayoutItem::oddBlank) {   // a blank that is none: its outline, open above
     const double bottom = y + view_.lineHeight() - 3.5, height = view_.lineHeight() * 0.25;
     painter_.setPen(tag);
-    painter_.drawPolyline(QPolygonF({QPointF(x + 1.5, bottom - height), QPointF(x + 1.5, bottom), QPointF(x + item.width - 1.5, bottom),
-                                     QPointF(x + item.width - 1.5, bottom - height)}));
+    painter_.drawPolyline(QPolygonF({QPointF(x + 1.5, bottom - height), QPointF(x + 1.5, bottom),
+                                     QPointF(x + item.width - 1.5, bottom), QPointF(x + item.width - 1.5, bottom - height)}));
   } else if (item.kind == LayoutItem::tab) {
     painter_.setPen(tag);
     const double right = x + item.width - 2;
@@ -269,7 +274,8 @@ void PanePainter::paintPreedit(std::int64_t line, double x) {
   const Row none;
   painter_.save();
   painter_.translate(left - view_.textLeft(), 0);
-  paintText(none, look_.preedit->layout, line, QRect(view_.margin - static_cast<int>(x), y, view_.width + static_cast<int>(x), view_.lineHeight()));
+  paintText(none, look_.preedit->layout, line,
+            QRect(view_.margin - static_cast<int>(x), y, view_.width + static_cast<int>(x), view_.lineHeight()));
   painter_.restore();
   painter_.fillRect(QRectF(left, y + view_.lineHeight() - 2, width, 1), color(ColorSlot::Text));
 }
@@ -288,7 +294,8 @@ void PanePainter::paintMargin(std::int64_t line, int y) {
     painter_.fillPath(ribbon, color(ColorSlot::Bookmark));
     painter_.restore();
   }
-  const QColor ink = line == caretLine_ ? mixed(color(ColorSlot::LineNumbers), color(ColorSlot::Text), 0.6) : color(ColorSlot::LineNumbers);
+  const QColor ink =
+      line == caretLine_ ? mixed(color(ColorSlot::LineNumbers), color(ColorSlot::Text), 0.6) : color(ColorSlot::LineNumbers);
   const QByteArray digits = QByteArray::number(static_cast<qlonglong>(line) + 1);
   double x = view_.margin - 8;
   GlyphBatch batch(painter_, view_.metrics().rawFont(), y + view_.metrics().ascent());
@@ -302,7 +309,8 @@ double PanePainter::caretX(TextView& view, const PaneLook& look) {
   const text::SelectionState& s = look.selection;
   const std::int64_t line = view.snapshot().lineAt(s.caret).value;
   double x = view.xOf(line, s.caret) + static_cast<double>(s.caretVirtual) * view.metrics().cell();
-  if (s.column && view.metrics().fixedPitch()) x = view.xOfCell(line, cellOf(view.snapshot(), s.caret, s.caretVirtual, view.state().options->tabSize));
+  if (s.column && view.metrics().fixedPitch())
+    x = view.xOfCell(line, cellOf(view.snapshot(), s.caret, s.caretVirtual, view.state().options->tabSize));
   return look.preedit ? x + look.preedit->cursorX() : x;
 }
 

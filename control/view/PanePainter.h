@@ -11,16 +11,16 @@
 // Text of an input method that is not part of the text yet, shown at the caret.
 struct Preedit {
   QString text;
-  int cursor = 0;          // UTF-16 units into text
-  LineLayout layout;       // of its own, from x 0
-  std::string bytes;       // what the layout counts in
+  int cursor = 0;      // UTF-16 units into text
+  LineLayout layout;   // of its own, from x 0
+  std::string bytes;   // what the layout counts in
   double cursorX() const;
 };
 
 struct PaneLook {
   text::SelectionState selection;
   bool focused = false;
-  bool caretOn = false;            // in this moment of its blinking
+  bool caretOn = false;   // in this moment of its blinking
   bool overtype = false;
   std::optional<BracketPair> bracket;
   std::optional<text::ByteOffset> dropAt;
@@ -37,7 +37,9 @@ class PanePainter {
   static QRect caretRect(TextView& view, const PaneLook& look);
 
  private:
-  struct Span { double from, to; };   // x from the start of the line
+  struct Span {
+    double from, to;
+  };   // x from the start of the line
   void paintRow(std::int64_t line, const QRect& part);
   void paintBackgrounds(std::int64_t line, const Row& row, const QRect& band);
   void paintText(const Row& row, const LineLayout& layout, std::int64_t line, const QRect& band);
@@ -54,7 +56,7 @@ class PanePainter {
   QPainter& painter_;
   TextView& view_;
   const PaneLook& look_;
-  text::ByteRange selected_;          // of a stream selection
+  text::ByteRange selected_;                        // of a stream selection
   std::int64_t caretLine_, firstLine_, lastLine_;   // of caret and selection
   std::int64_t blockLeft_ = 0, blockRight_ = 0;     // cells of a column selection
 };

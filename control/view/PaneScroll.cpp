@@ -9,7 +9,7 @@
 namespace {
 constexpr std::int64_t kBarLimit = 1 << 30;   // a scroll bar counts in int
 constexpr int kFrame = 16;                    // milliseconds between two steps of smooth scrolling
-}  // namespace
+}   // namespace
 
 void Pane::fit() {
   const std::int64_t lines = snapshot().lineCount();
@@ -157,5 +157,6 @@ void Pane::scrollToCaret() {
   const double x = PanePainter::caretX(view_, look()), air = state_.metrics->cell() * 2, jump = view_.width / 4.0;
   view_.widen(x);
   if (x > static_cast<double>(view_.left) + view_.width - air) scrollSideways(static_cast<std::int64_t>(x - view_.width + jump));
-  else if (x < static_cast<double>(view_.left) + air) scrollSideways(x < view_.width - jump ? 0 : static_cast<std::int64_t>(x - jump));
+  else if (x < static_cast<double>(view_.left) + air)
+    scrollSideways(x < view_.width - jump ? 0 : static_cast<std::int64_t>(x - jump));
 }

@@ -10,11 +10,11 @@ using text::ByteOffset;
 using text::LineNo;
 
 namespace {
-constexpr std::int64_t kPaintBudget = 256 * 1024;     // bytes scanned for colours before a paint
-constexpr std::int64_t kIdleBudget = 1024 * 1024;     // and at a time while nobody waits
+constexpr std::int64_t kPaintBudget = 256 * 1024;   // bytes scanned for colours before a paint
+constexpr std::int64_t kIdleBudget = 1024 * 1024;   // and at a time while nobody waits
 constexpr std::size_t kRows = 1000;
-constexpr std::chrono::milliseconds kMarking{10};     // for the hits of one line, and of all before a paint
-}  // namespace
+constexpr std::chrono::milliseconds kMarking{10};   // for the hits of one line, and of all before a paint
+}   // namespace
 
 std::int64_t TextView::lastVisible() const {
   return std::min(snapshot().lineCount() - 1, (top + std::max(0, height - 1)) / lineHeight());
@@ -161,7 +161,8 @@ bool TextView::overText(const QPoint& point) {
 
 text::LineState TextView::stateOf(std::int64_t line) const {
   const std::int64_t i = line - statesTop_;
-  const bool known = i >= 0 && i < static_cast<std::int64_t>(states_.size()) && statesRevision_ == state_.model->document().revision();
+  const bool known =
+      i >= 0 && i < static_cast<std::int64_t>(states_.size()) && statesRevision_ == state_.model->document().revision();
   return known ? states_[static_cast<std::size_t>(i)] : state_.model->stateAt(LineNo(line), kPaintBudget);
 }
 
@@ -188,7 +189,8 @@ std::vector<std::int64_t> TextView::findStates() {
   std::vector<std::int64_t> differing;
   for (std::int64_t line = std::max(first, statesTop_); line <= std::min(last, statesBottom_); ++line) {
     const auto before = static_cast<std::size_t>(line - statesTop_), after = static_cast<std::size_t>(line - first);
-    const bool same = before < states_.size() && after < now.size() ? states_[before] == now[after] : states_.empty() && now.empty();
+    const bool same =
+        before < states_.size() && after < now.size() ? states_[before] == now[after] : states_.empty() && now.empty();
     if (!same) differing.push_back(line);
   }
   for (const std::int64_t line : differing) rows_.erase(line);

@@ -17,8 +17,8 @@
 // A visible line, laid out; of a long one the part that is looked at.
 struct Row {
   text::ByteOffset start;
-  std::int64_t length = 0;             // bytes of the line
-  bool whole = true;                   // the layout covers the line
+  std::int64_t length = 0;   // bytes of the line
+  bool whole = true;         // the layout covers the line
   LineLayout layout;
   std::vector<text::Token> tokens;     // of a long one those in the layout
   bool colored = true;                 // false: the budget did not reach the tokens
@@ -40,13 +40,13 @@ class TextView {
   int lineHeight() const { return metrics().lineHeight(); }
 
   std::int64_t firstVisible() const { return top / lineHeight(); }
-  std::int64_t lastVisible() const;      // inclusive; clipped to the text
+  std::int64_t lastVisible() const;   // inclusive; clipped to the text
   double textLeft() const { return margin + kPadding - static_cast<double>(left); }
-  std::int64_t lineAtY(int y) const;     // clipped to the text
-  int yOf(std::int64_t line) const;      // of the upper edge; clipped to some distance outside
+  std::int64_t lineAtY(int y) const;   // clipped to the text
+  int yOf(std::int64_t line) const;    // of the upper edge; clipped to some distance outside
 
   const Row& row(std::int64_t line);
-  void forget() { rows_.clear(); }       // text, width or colours changed
+  void forget() { rows_.clear(); }   // text, width or colours changed
   double widestSeen() const { return widest_; }
   void widen(double x) { widest_ = std::max(widest_, x); }
   void forgetWidest() { widest_ = 0; }
@@ -58,7 +58,7 @@ class TextView {
   QPoint pointOf(text::ByteOffset offset);
   // The place nearest to the point, or (inside) the start of the character under it.
   text::ByteOffset offsetAt(const QPoint& point, bool inside = false);
-  bool overText(const QPoint& point);    // a character is under it
+  bool overText(const QPoint& point);   // a character is under it
 
   // Finds the states in which the visible lines start, within a budget. Returns the lines (of those visible before and after)
   // whose state is another one now.
@@ -70,7 +70,7 @@ class TextView {
   std::optional<std::int64_t> goOnMarking();
   bool allMarked() const { return marked_; }
 
-  static constexpr int kPadding = 4;     // pixels between margin and text
+  static constexpr int kPadding = 4;   // pixels between margin and text
 
  private:
   text::LineState stateOf(std::int64_t line) const;
@@ -80,7 +80,7 @@ class TextView {
 
   ViewState& state_;
   std::map<std::int64_t, Row> rows_;
-  std::vector<text::LineState> states_;  // of the lines from statesTop_ on
+  std::vector<text::LineState> states_;   // of the lines from statesTop_ on
   std::int64_t statesTop_ = 0, statesBottom_ = -1;
   std::uint64_t statesRevision_ = 0;
   bool exact_ = true, marked_ = true;

@@ -16,7 +16,7 @@ struct ViewState {
   std::shared_ptr<EditOptions> options;
 
   ColorScheme colors;
-  QFont font;                      // as chosen; shown at `zoom` percent
+  QFont font;   // as chosen; shown at `zoom` percent
   int zoom = 100;
   std::unique_ptr<GlyphMetrics> metrics;
   LongLines longLines;
@@ -25,9 +25,9 @@ struct ViewState {
   bool colorSyntax = true, whiteSpace = false;
   std::optional<text::Finder> hits;   // what is marked in the visible text
 
-  int held = 0;                    // > 0: changes are noted, and shown and announced when it is 0 again
+  int held = 0;   // > 0: changes are noted, and shown and announced when it is 0 again
 
-  double scale = 1;                // device pixels per logical pixel
+  double scale = 1;   // device pixels per logical pixel
   void remeasure() {
     QFont shown = font;
     if (font.pixelSize() > 0) shown.setPixelSize(std::max(2, font.pixelSize() * zoom / 100));

@@ -24,7 +24,8 @@ TEST_F(BatchRuns, WhatIsMissingIsToldAndNothingRuns) {
     const char* error;
   };
   const QString upper = q("cmdSELECTALL\ncmdUPPERCASESELECTION");
-  for (const Case& c : {Case{{q("--definitions"), q("none.ini"), q("--command"), upper}, "zelkor: the definitions none.ini cannot be read: No such file"},
+  for (const Case& c : {Case{{q("--definitions"), q("none.ini"), q("--command"), upper},
+                             "zelkor: the definitions none.ini cannot be read: No such file"},
                         Case{{q("--definitions=folder"), q("--command"), upper}, "zelkor: the definitions folder cannot be read: "},
                         Case{{q("--macro"), q("Verilog/None")}, "zelkor: There is no macro Verilog/None (give LANGUAGE/NAME)"},
                         Case{{q("--macro"), q("None")}, "zelkor: There is no macro None"},
@@ -49,7 +50,8 @@ TEST_F(BatchRuns, WhatIsMissingIsToldAndNothingRuns) {
 TEST_F(BatchRuns, AValueIsGivenOnceAndNotEmpty) {
   write(q("a.v"), "text\n");
   const QStringList upper{q("--command"), q("cmdSELECTALL\ncmdUPPERCASESELECTION"), q("--save")};
-  for (const auto& [arguments, told] : {std::pair{QStringList{q("--output"), q("")}, "--output needs a value"}, std::pair{QStringList{q("--definitions=")}, "--definitions needs a value"},
+  for (const auto& [arguments, told] : {std::pair{QStringList{q("--output"), q("")}, "--output needs a value"},
+                                        std::pair{QStringList{q("--definitions=")}, "--definitions needs a value"},
                                         std::pair{QStringList{q("--command"), q("ECHO x")}, "--command is given twice"}}) {
     QString error;
     EXPECT_EQ(batch(upper + arguments + QStringList{q("a.v")}, &error), 2);
@@ -76,7 +78,8 @@ TEST_F(BatchRuns, TheOutputFolderLosesNothing) {
   QString error;
   EXPECT_EQ(batch(QStringList{q("--output"), q("out")} + upper + QStringList{q("a.v")}, &error), 2);
   EXPECT_EQ(read(q("out/a.v")), "older\n") << error.toStdString();
-  EXPECT_EQ(batch(QStringList{q("--output"), q("out"), q("--replace")} + upper + QStringList{q("a.v")}, &error), 0) << error.toStdString();
+  EXPECT_EQ(batch(QStringList{q("--output"), q("out"), q("--replace")} + upper + QStringList{q("a.v")}, &error), 0)
+      << error.toStdString();
   EXPECT_EQ(read(q("out/a.v")), "TEXT\n");
   EXPECT_EQ(batch(QStringList{q("--output"), q("."), q("--replace")} + upper + QStringList{q("a.v")}, &error), 2);
   EXPECT_EQ(read(q("a.v")), "text\n") << "SAVE writes where the output goes; a source is never replaced";
@@ -99,12 +102,14 @@ TEST_F(BatchRuns, ReportsOverSeveralFilesNameThem) {
   write(q("a.v"), "wire w;\n");
   write(q("b.v"), "x\nw w\n");
   environment_.remove(q("XDG_RUNTIME_DIR"));   // of which the library would tell
-  QProcess& process = start({q("--batch"), q("--command"), q("USAGE w -v -b\nSHELLW no-such-program\nNONSENSE"), q("a.v"), q("b.v")});
+  QProcess& process =
+      start({q("--batch"), q("--command"), q("USAGE w -v -b\nSHELLW no-such-program\nNONSENSE"), q("a.v"), q("b.v")});
   ASSERT_TRUE(process.waitForFinished(kPatience));
   EXPECT_EQ(process.readAllStandardOutput(),
             "a.v:1,5: wire w;\na.v: 1 occurrence(s) of 'w'\na.v: no-such-program: No such file or directory\n"
             "b.v:2,0: w w\nb.v:2,2: w w\nb.v: 2 occurrence(s) of 'w'\nb.v: no-such-program: No such file or directory\n");
-  EXPECT_EQ(process.readAllStandardError(), "a.v: Command Failure\na.v: Invalid Command : NONSENSE\nb.v: Command Failure\nb.v: Invalid Command : NONSENSE\n")
+  EXPECT_EQ(process.readAllStandardError(),
+            "a.v: Command Failure\na.v: Invalid Command : NONSENSE\nb.v: Command Failure\nb.v: Invalid Command : NONSENSE\n")
       << "nothing else, and nothing twice";
 }
 
@@ -112,8 +117,13 @@ TEST_F(BatchRuns, NothingPassesFromFileToFile) {
   write(q("a.v"), "A\n");
   write(q("b.v"), "B\n");
   QString error;
-  EXPECT_EQ(batch({q("--save"), q("--command"), q("cmdTOGGLECASESENSITIVE\ncmdSETREPLACETEXT x\ncmdSETFINDTEXT b\ncmdREPLACEALLINBUFFER\nECHO $Title\nLOGTOTEXT"),
-                   q("a.v"), q("b.v")}, &error), 0) << error.toStdString();
+  EXPECT_EQ(
+      batch({q("--save"), q("--command"),
+             q("cmdTOGGLECASESENSITIVE\ncmdSETREPLACETEXT x\ncmdSETFINDTEXT b\ncmdREPLACEALLINBUFFER\nECHO $Title\nLOGTOTEXT"),
+             q("a.v"), q("b.v")},
+            &error),
+      0)
+      << error.toStdString();
   EXPECT_EQ(read(q("a.v")) + read(q("b.v")), "a.v\nA\nb.v\nB\n");
 }
 
@@ -124,10 +134,11 @@ TEST_F(BatchRuns, TwoTextsOfOneNameDoNotMeetInTheFolder) {
   write(q("two/a.v"), "second\n");
   write(q("two/b.v"), "third\n");
   QString error;
-  EXPECT_EQ(batch({q("--output"), q("out"), q("--command"), q("cmdINSERTCHAR x"), q("one/a.v"), q("two/a.v"), q("two/b.v")}, &error), 2);
+  EXPECT_EQ(
+      batch({q("--output"), q("out"), q("--command"), q("cmdINSERTCHAR x"), q("one/a.v"), q("two/a.v"), q("two/b.v")}, &error), 2);
   EXPECT_TRUE(error.contains(q("two/a.v: Another file of this name went to the output folder already"))) << error.toStdString();
   EXPECT_EQ(read(q("out/a.v")) + read(q("out/b.v")), "xfirst\nxthird\n");
   EXPECT_EQ(read(q("one/a.v")) + read(q("two/a.v")) + read(q("two/b.v")), "first\nsecond\nthird\n");
 }
 
-}  // namespace
+}   // namespace

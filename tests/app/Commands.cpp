@@ -57,8 +57,7 @@ TEST(CommandsTable, RowsAreWhole) {
       EXPECT_TRUE(there.isNone() || there.command == row->command) << key.toString().toStdString() << " types something else";
     }
   }
-  for (const FrameCommand* row : frameCommands())
-    EXPECT_TRUE(!*row->menu || names.contains(q(row->menu))) << row->name;
+  for (const FrameCommand* row : frameCommands()) EXPECT_TRUE(!*row->menu || names.contains(q(row->menu))) << row->name;
 }
 
 TEST(CommandsTable, MnemonicsAreTheirOwn) {
@@ -119,6 +118,7 @@ struct State {
   const char* name;
   const char* states;
 };
+// clang-format off
 constexpr State kStates[] = {
     {"mnuFileNew", "++++"},        {"mnuFileOpen", "++++"},      {"mnuFileReload", "--++"},
     {"mnuFileClose", "-+++"},      {"mnuFileCloseAll", "-+++"},  {"mnuFileSave", "-++-"},
@@ -138,6 +138,7 @@ constexpr State kStates[] = {
     {"mHelpExpandTemplate", "---+"}, {"mHelpNextField", "-+++"}, {"mHelpWeb", "----"},
     {"mHelpAbout", "++++"},        {"mToolsOptions", "++++"},
 };
+// clang-format on
 
 TEST_F(Commands, EnabledAtEveryMoment) {
   const auto check = [&](int moment) {
@@ -243,8 +244,8 @@ TEST_F(Commands, ReadOnlyTextTakesNoEdits) {
   document->cmx->SetSel({0, 0, 0, 7, false});
   trigger("mEditReadOnly");
   EXPECT_TRUE(document->cmx->ReadOnly());
-  for (const char* name : {"mEditCut", "mEditPaste", "mEditDelete", "mEditReplace", "mEditComment", "mEditUpperCase",
-                           "mHelpWordListNext"})
+  for (const char* name :
+       {"mEditCut", "mEditPaste", "mEditDelete", "mEditReplace", "mEditComment", "mEditUpperCase", "mHelpWordListNext"})
     EXPECT_FALSE(enabled(name)) << name;
   EXPECT_TRUE(enabled("mEditCopy"));
   trigger("mEditReadOnly");
@@ -259,7 +260,8 @@ TEST_F(Commands, KeystrokesArePlayedAsOftenAsAsked) {
   struct Case {
     const char *answer, *text;
   };
-  for (const Case& c : {Case{"3", "abababab"}, Case{" 1 ", "ababababab"}, Case{"0", "ababababab"}, Case{"x", "ababababab"}, Case{nullptr, "ababababab"}}) {
+  for (const Case& c : {Case{"3", "abababab"}, Case{" 1 ", "ababababab"}, Case{"0", "ababababab"}, Case{"x", "ababababab"},
+                        Case{nullptr, "ababababab"}}) {
     boxes.answerInput(c.answer ? std::optional(q(c.answer)) : std::nullopt);
     const bool refused = c.answer && (*c.answer == '0' || *c.answer == 'x');
     if (refused) boxes.answer(Answer::ok);
@@ -395,4 +397,4 @@ TEST_F(Commands, PopupHoldsWhatTheTableSays) {
   EXPECT_TRUE(names.contains(q("-")));
 }
 
-}  // namespace
+}   // namespace

@@ -116,8 +116,8 @@ TEST_F(Files, RevertQuestion) {
   frmDocument* first = open("a.v", "disk\n");
   first->cmx->setText(q("mine"));
   open("b.v");
-  for (const auto& [answer, open, active] : {std::tuple{Answer::cancel, 2, "b.v"}, std::tuple{Answer::yes, 2, "a.v*"},
-                                             std::tuple{Answer::no, 3, "a.v"}}) {
+  for (const auto& [answer, open, active] :
+       {std::tuple{Answer::cancel, 2, "b.v"}, std::tuple{Answer::yes, 2, "a.v*"}, std::tuple{Answer::no, 3, "a.v"}}) {
     boxes.answer(answer);
     bool ok = true;
     main->mainOpenFile(path("a.v"), ok);
@@ -374,4 +374,4 @@ TEST_F(Files, T8_AThousandDocuments) {
   EXPECT_EQ(main->DocCount, 0);
 }
 
-}  // namespace
+}   // namespace

@@ -9,7 +9,7 @@
 
 namespace {
 using HandOver = ProcessRun;
-}  // namespace
+}   // namespace
 
 TEST_F(HandOver, I2_TwoHundredMessagesAreAllActedOnInOrder) {
   QProcess& first = startFirst();
@@ -35,7 +35,8 @@ TEST_F(HandOver, I2_WhileADialogIsUpEachSenderIsTold) {
     EXPECT_EQ(sender.exitCode(), 1);
     const QByteArray told = sender.readAllStandardError();
     EXPECT_TRUE(told.contains("The target editor is currently occupied. Please close any dialogs to continue")) << told.constData();
-    EXPECT_TRUE(told.contains("not opened: " + path.toUtf8() + "\n") && told.contains("not opened: " + path.toUtf8() + "2\n")) << told.constData();
+    EXPECT_TRUE(told.contains("not opened: " + path.toUtf8() + "\n") && told.contains("not opened: " + path.toUtf8() + "2\n"))
+        << told.constData();
   }
   QProcess& pipe = start({q("-")});
   pipe.write("from a pipe\n");
@@ -70,7 +71,8 @@ TEST_F(HandOver, I2_ASenderWithADisplayShowsABox) {
   }
   EXPECT_EQ(title.toStdString(), "Zelkor Editor");
   EXPECT_EQ(sender->state(), QProcess::Running) << "the box stays until it is closed";
-  for (QElapsedTimer timer = started(); sender->state() == QProcess::Running && timer.elapsed() < kPatience; sender->waitForFinished(50)) {
+  for (QElapsedTimer timer = started(); sender->state() == QProcess::Running && timer.elapsed() < kPatience;
+       sender->waitForFinished(50)) {
     window.title(sender->processId());
     window.close();
   }
@@ -160,9 +162,12 @@ TEST_F(HandOver, N1_NamesComeAsTheyAre) {
     return process.waitForFinished(kPatience) ? process.exitCode() : -1;
   };
   ASSERT_EQ(shell("printf 'text\\n' > \"$(printf 'bad\\377.v')\"; printf 'cmdDELETE\\n' > \"$(printf 's\\376')\""), 0);
-  EXPECT_EQ(shell("\"$0\" --batch --script \"$(printf 's\\376')\" --output \"$(printf 'out\\375')\" \"$(printf 'bad\\377.v')\""), 0);
+  EXPECT_EQ(shell("\"$0\" --batch --script \"$(printf 's\\376')\" --output \"$(printf 'out\\375')\" \"$(printf 'bad\\377.v')\""),
+            0);
   EXPECT_EQ(shell("test \"$(cat \"$(printf 'out\\375/bad\\377.v')\")\" = ext"), 0);
-  EXPECT_EQ(shell("\"$0\" --batch --command \"$(printf 'LOGSAVE bad\\377.log')\" \"$(printf 'bad\\377.v')\" && test -f \"$(printf 'bad\\377.log')\""), 0);
+  EXPECT_EQ(shell("\"$0\" --batch --command \"$(printf 'LOGSAVE bad\\377.log')\" \"$(printf 'bad\\377.v')\" && test -f \"$(printf "
+                  "'bad\\377.log')\""),
+            0);
   EXPECT_EQ(shell("\"$0\" \"$(printf 'bad\\377.v')\""), 0) << "the first copy has it; one that is not there would be asked about";
 }
 
@@ -187,7 +192,8 @@ TEST_F(HandOver, I1_KillsAndEndsLoseNothingInSilence) {
     QThread::msleep(random() % 60);
     auto alive = running();
     if (random() % 4 == 0 && !alive.isEmpty()) {
-      const QProcess* victim = alive[random() % 2 ? 0 : qsizetype(random() % std::size_t(alive.size()))];   // the oldest is most often the first
+      const QProcess* victim =
+          alive[random() % 2 ? 0 : qsizetype(random() % std::size_t(alive.size()))];   // the oldest is most often the first
       const bool polite = random() % 2;
       ++(polite ? asked : kills);
       ended << victim;
@@ -211,7 +217,7 @@ TEST_F(HandOver, I1_KillsAndEndsLoseNothingInSilence) {
       EXPECT_TRUE(process.readAllStandardError().contains("zelkor: "));
     }
   }
-  std::printf("%d starts, %d killed, %d asked to end; of the others %d handed over, %d told that it failed, %d still there\n", count, kills, asked,
-              handedOver, told, first);
+  std::printf("%d starts, %d killed, %d asked to end; of the others %d handed over, %d told that it failed, %d still there\n",
+              count, kills, asked, handedOver, told, first);
   EXPECT_GT(handedOver, 0);
 }

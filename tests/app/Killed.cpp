@@ -131,7 +131,8 @@ TEST_F(Killed, J1_AMomentOfTypingIsLostAtMost) {
       }
       if (back < 0 || back >= count) continue;
       const int edits = count - back;
-      const std::int64_t since = documents[i].keys[std::size_t(back)].ms, ms = killed - since, still = pace.stoodStill(since, killed);
+      const std::int64_t since = documents[i].keys[std::size_t(back)].ms, ms = killed - since,
+                         still = pace.stoodStill(since, killed);
       EXPECT_TRUE(edits <= 50 || ms - still <= 250)
           << "document " << i << ": " << edits << " keys of " << ms << " ms lost, the machine stood still " << still;
       mostMs = std::max(mostMs, ms);
@@ -139,8 +140,8 @@ TEST_F(Killed, J1_AMomentOfTypingIsLostAtMost) {
       if (ms > 100) ++late;
     }
   }
-  std::printf("%d kills, %lld keys; lost at most %lld ms and %d keys, more than 100 ms %d times\n", kills, static_cast<long long>(keys),
-              static_cast<long long>(mostMs), mostEdits, late);
+  std::printf("%d kills, %lld keys; lost at most %lld ms and %d keys, more than 100 ms %d times\n", kills,
+              static_cast<long long>(keys), static_cast<long long>(mostMs), mostEdits, late);
 }
 
 TEST_F(Killed, SignalsEndItWithoutAQuestionAndTheNextStartOffersTheTexts) {
@@ -148,8 +149,8 @@ TEST_F(Killed, SignalsEndItWithoutAQuestionAndTheNextStartOffersTheTexts) {
     int signal;
     const char* dialog;   // that is up meanwhile
   };
-  for (const Case& c : {Case{SIGTERM, ""}, Case{SIGHUP, ""}, Case{SIGINT, ""}, Case{SIGTERM, "mnuFileOpen"}, Case{SIGTERM, "mnuFileClose"},
-                        Case{SIGHUP, "mHelpAbout"}}) {
+  for (const Case& c : {Case{SIGTERM, ""}, Case{SIGHUP, ""}, Case{SIGINT, ""}, Case{SIGTERM, "mnuFileOpen"},
+                        Case{SIGTERM, "mnuFileClose"}, Case{SIGHUP, "mHelpAbout"}}) {
     SCOPED_TRACE(std::string(::strsignal(c.signal)) + " " + c.dialog);
     QDir(environment_.value(q("XDG_STATE_HOME"))).removeRecursively();
     environment_.insert(q("TYPIST_DIALOG"), q(c.dialog));
@@ -192,4 +193,4 @@ TEST_F(Killed, SignalsAskWhereNoJournalHoldsTheText) {
   expectAllIsThere();
 }
 
-}  // namespace
+}   // namespace

@@ -31,8 +31,9 @@ bool isField(const QWidget* widget) {
   for (const QWidget* above = widget->parentWidget(); above; above = above->parentWidget())
     if (qobject_cast<const QComboBox*>(above) || qobject_cast<const QAbstractSpinBox*>(above)) return false;
   if (const auto* text = qobject_cast<const QPlainTextEdit*>(widget)) return !text->isReadOnly();
-  return qobject_cast<const QLineEdit*>(widget) || qobject_cast<const QComboBox*>(widget) || qobject_cast<const QAbstractSpinBox*>(widget) ||
-         qobject_cast<const QListView*>(widget) || qobject_cast<const QTreeView*>(widget);
+  return qobject_cast<const QLineEdit*>(widget) || qobject_cast<const QComboBox*>(widget) ||
+         qobject_cast<const QAbstractSpinBox*>(widget) || qobject_cast<const QListView*>(widget) ||
+         qobject_cast<const QTreeView*>(widget);
 }
 
 // Enter and Esc are the keys of these.
@@ -69,16 +70,18 @@ void checkShown(QWidget& window, QSet<QChar> actions) {
   for (QWidget* widget : std::as_const(shown))
     if (isField(widget)) found << widget;
   for (QWidget* field : std::as_const(found)) {
-    if (found.size() == 1 && field->hasFocus()) continue;            // nothing else to go to
+    if (found.size() == 1 && field->hasFocus()) continue;                 // nothing else to go to
     if (qobject_cast<QStackedWidget*>(field->parentWidget())) continue;   // a page of its own, which has a letter
     QChar letter;
     for (const QWidget* widget : std::as_const(shown))
-      if (const auto* label = qobject_cast<const QLabel*>(widget); label && label->buddy() == field) letter = letterOf(label->text());
+      if (const auto* label = qobject_cast<const QLabel*>(widget); label && label->buddy() == field)
+        letter = letterOf(label->text());
     const QWidget* before = field->previousInFocusChain();
     while (before != field && !(before->focusPolicy() & Qt::TabFocus)) before = before->previousInFocusChain();
     const auto* check = qobject_cast<const QAbstractButton*>(before);
     if (letter.isNull() && check && check->isCheckable() && !letterOf(check->text()).isNull()) continue;   // its check box has one
-    EXPECT_FALSE(letter.isNull()) << "no letter: field " << field->metaObject()->className() << ' ' << field->objectName().toStdString();
+    EXPECT_FALSE(letter.isNull()) << "no letter: field " << field->metaObject()->className() << ' '
+                                  << field->objectName().toStdString();
     fields << letter;
   }
   for (const QChar letter : std::as_const(fields))
@@ -132,7 +135,8 @@ TEST_F(Mnemonics, EveryButtonAndFieldOfEveryDialogHasOne) {
   modal.start(30);
   for (const FrameCommand* row : frameCommands()) {
     const QString caption = q(row->caption);
-    if (row->isMenu || row->elements > 0 || !(caption.endsWith(q("...")) || q(row->name) == q("mHelpAbout") || q(row->name) == q("mHelpHandbook")))
+    if (row->isMenu || row->elements > 0 ||
+        !(caption.endsWith(q("...")) || q(row->name) == q("mHelpAbout") || q(row->name) == q("mHelpHandbook")))
       continue;
     QAction* action = main->menus().action(q(row->name));
     if (!action->isEnabled()) continue;
@@ -140,7 +144,8 @@ TEST_F(Mnemonics, EveryButtonAndFieldOfEveryDialogHasOne) {
     action->trigger();
     QCoreApplication::processEvents();
     for (QWidget* window : QApplication::topLevelWidgets())
-      if (window->isVisible() && window != main.get() && window->isWindow() && !(window->windowType() == Qt::ToolTip || window->windowType() == Qt::Popup))
+      if (window->isVisible() && window != main.get() && window->isWindow() &&
+          !(window->windowType() == Qt::ToolTip || window->windowType() == Qt::Popup))
         look(*window);
     if (auto* bar = main->findChild<QDockWidget*>(q("findDialog")); bar && bar->isVisible()) {
       seen << bar->objectName();
@@ -156,4 +161,4 @@ TEST_F(Mnemonics, EveryButtonAndFieldOfEveryDialogHasOne) {
   EXPECT_GE(seen.size(), 11) << seen.join(u' ').toStdString();
 }
 
-}  // namespace
+}   // namespace

@@ -35,7 +35,9 @@ constexpr Hostile kNames[] = {
     {"tab\there.v", "tab\\there.v"},
     {"rtl\xE2\x80\xAEv.exe", "rtl<U+202E>v.exe"},
     {"zero\xE2\x80\x8Bwidth.v", "zero<U+200B>width.v"},
-    {"bad\xFF" "byte.v", "bad\\xffbyte.v"},
+    {"bad\xFF"
+     "byte.v",
+     "bad\\xffbyte.v"},
     {"[*] & co.v", "[*] & co.v"},
     {"esc\x1B[31m.v", "esc<U+001B>[31m.v"},
 };
@@ -60,7 +62,7 @@ class Names : public FrameFixture {
   void look(const QString& text, const char* where, bool mnemonics = false, bool lines = false) {
     QString plain = text;
     if (mnemonics) plain.replace(q("&&"), q("&"));
-    plain.remove(QChar(0x200B));                 // where long words of boxes may wrap
+    plain.remove(QChar(0x200B));   // where long words of boxes may wrap
     if (lines) plain.remove(u'\n');
     SCOPED_TRACE(where);
     EXPECT_EQ(plainForDisplay(plain, 100000).toStdString(), plain.toStdString()) << "shows what cannot be seen";
@@ -72,7 +74,12 @@ class Names : public FrameFixture {
     if (Qt::mightBeRichText(text)) {
       EXPECT_FALSE(text.contains(q("<img")) || text.contains(q("<b>bold"))) << where << ": " << text.toStdString();
       QString plain = text;
-      plain.remove(q("<qt>")).remove(q("</qt>")).replace(q("&lt;"), q("<")).replace(q("&gt;"), q(">")).replace(q("&quot;"), q("\"")).replace(q("&amp;"), q("&"));
+      plain.remove(q("<qt>"))
+          .remove(q("</qt>"))
+          .replace(q("&lt;"), q("<"))
+          .replace(q("&gt;"), q(">"))
+          .replace(q("&quot;"), q("\""))
+          .replace(q("&amp;"), q("&"));
       return look(plain, where, false, true);
     }
     look(text, where, false, true);
@@ -94,13 +101,12 @@ class Names : public FrameFixture {
         look(action->statusTip(), "action's status tip");
       }
       if (const auto* label = qobject_cast<QLabel*>(widget)) {
-        const bool asMarkup = label->textFormat() == Qt::RichText || (label->textFormat() == Qt::AutoText && Qt::mightBeRichText(label->text()));
+        const bool asMarkup =
+            label->textFormat() == Qt::RichText || (label->textFormat() == Qt::AutoText && Qt::mightBeRichText(label->text()));
         EXPECT_FALSE(asMarkup && label->text().contains(marker)) << label->text().toStdString();
         look(label->text(), "label", label->buddy() != nullptr, true);
       }
-      if (const auto* box = qobject_cast<QMessageBox*>(widget)) {
-        EXPECT_EQ(box->textFormat(), Qt::PlainText);
-      }
+      if (const auto* box = qobject_cast<QMessageBox*>(widget)) { EXPECT_EQ(box->textFormat(), Qt::PlainText); }
       if (const auto* tabs = qobject_cast<QTabBar*>(widget))
         for (int i = 0; i < tabs->count(); ++i) {
           look(tabs->tabText(i), "tab", true);
@@ -119,12 +125,12 @@ class Names : public FrameFixture {
 
   Dialogs* dialogsBefore = nullptr;
   QTimer closer;
-  QString shown, marker;     // marker: a part that any form of the name has
+  QString shown, marker;   // marker: a part that any form of the name has
   std::map<std::string, int> seen;
   int boxesSeen = 0;
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(Names, H1_AreOnlyNamesWhereverTheyAreShown) {
   main->show();
@@ -147,12 +153,12 @@ TEST_F(Names, H1_AreOnlyNamesWhereverTheyAreShown) {
     frmDocument* document = main->activeDocument();
     document->cmx->setText(q("changed"));
     lookOver(main.get());
-    main->openAt(name, 1, 1);                              // open and modified: a question
+    main->openAt(name, 1, 1);   // open and modified: a question
     ::chmod(file.c_str(), 0400);
     ::unlink(file.c_str());
     ASSERT_EQ(::mkdir(file.c_str(), 0700), 0);
-    EXPECT_FALSE(main->saveActive());                      // cannot be saved: a message
-    trigger("mnuFileReload");                              // nor read again
+    EXPECT_FALSE(main->saveActive());   // cannot be saved: a message
+    trigger("mnuFileReload");           // nor read again
     trigger("mnuFilePreview");
     lookOver(main.get());
     document->cmx->setModified(false);
@@ -163,7 +169,7 @@ TEST_F(Names, H1_AreOnlyNamesWhereverTheyAreShown) {
       emit menu->aboutToShow();
       lookOver(menu);
     }
-    trigger("mnuFileMRU", 0);                              // is not there any more: a message and a question
+    trigger("mnuFileMRU", 0);   // is not there any more: a message and a question
     lookOver(main.get());
     for (const char* where : {"window title", "action", "tab", "label"}) EXPECT_GT(seen[where], 0) << where << " never showed it";
     EXPECT_GE(boxesSeen, 5);

@@ -18,7 +18,7 @@ class OwnFiles : public ProcessRun {
   QString settings_;
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(OwnFiles, C2_ADamagedSettingsFileIsSetAsideAndToldOnce) {
   const QByteArray torn = "# Settings of Zelkor Editor. A whole file ends with the line \"# end\".\n\n[Software\\Zelk";
@@ -43,8 +43,10 @@ TEST_F(OwnFiles, C2_ADamagedSettingsFileIsSetAsideAndToldOnce) {
 
 // The settings of before, in the form of the registry editor, are taken over and stay as they were.
 TEST_F(OwnFiles, C3_SettingsOfOtherVersionsStay) {
-  const QByteArray before = "Windows Registry Editor Version 5.00\r\n\r\n; a remark\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Global]\r\n"
-      "\"FUTURE\"=hex(b):01,02,03,04,05,06,07,08\r\n\"CURDIR\"=\"/\"\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Tomorrow]\r\n\"x\"=dword:00000007\r\n";
+  const QByteArray before =
+      "Windows Registry Editor Version 5.00\r\n\r\n; a remark\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor Editor\\Global]\r\n"
+      "\"FUTURE\"=hex(b):01,02,03,04,05,06,07,08\r\n\"CURDIR\"=\"/\"\r\n\r\n[HKEY_LOCAL_MACHINE\\Software\\Zelkor "
+      "Editor\\Tomorrow]\r\n\"x\"=dword:00000007\r\n";
   const QString old = QFileInfo(settings_).path() + q("/settings.reg");
   write(old, before);
   QProcess& first = startFirst({write(q("a.v"))});
@@ -59,7 +61,8 @@ TEST_F(OwnFiles, C3_SettingsOfOtherVersionsStay) {
 }
 
 TEST_F(OwnFiles, H5_FilesBesideADocumentAreNotRead) {
-  for (const char* name : {".editorconfig", ".zelkorrc", "zelkor.log", "Zelkor.ini", "settings.conf", "tags", "a.v.bak", "a.v~", ".a.v.swp", "a.ini", "a.vh"})
+  for (const char* name : {".editorconfig", ".zelkorrc", "zelkor.log", "Zelkor.ini", "settings.conf", "tags", "a.v.bak", "a.v~",
+                           ".a.v.swp", "a.ini", "a.vh"})
     write(q(name), "[{Run}]\r\nSHELLW touch canary\r\n");
   QDir(dir_.path()).mkpath(q(".git"));
   const QString a = write(q("a.v"));
@@ -87,9 +90,9 @@ TEST_F(OwnFiles, H5_OnlyRegularFilesAreOpenedAndNothingHangs) {
     QString file;
     const char* why;   // null: it opens
   };
-  for (const Case& c : {Case{q("fifo"), "FIFO"}, Case{q("sock"), "socket"}, Case{q("/dev/zero"), "device"}, Case{q("/dev/tty"), "device"},
-                        Case{q("link.v"), "device"}, Case{q("folder"), "folder"}, Case{q("/proc/self/mem"), ""}, Case{q("/proc/cpuinfo"), nullptr},
-                        Case{q("/proc/self/status"), nullptr}}) {
+  for (const Case& c : {Case{q("fifo"), "FIFO"}, Case{q("sock"), "socket"}, Case{q("/dev/zero"), "device"},
+                        Case{q("/dev/tty"), "device"}, Case{q("link.v"), "device"}, Case{q("folder"), "folder"},
+                        Case{q("/proc/self/mem"), ""}, Case{q("/proc/cpuinfo"), nullptr}, Case{q("/proc/self/status"), nullptr}}) {
     SCOPED_TRACE(c.file.toStdString());
     QProcess& process = start({q("--batch"), q("--command"), q("FILEINFO"), c.file});
     process.closeWriteChannel();

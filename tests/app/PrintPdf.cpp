@@ -9,8 +9,9 @@ using PrintPdfRun = ProcessRun;
 TEST(PrintPdf, Options) {
   PrintSettings s;
   const auto parse = [&](const QString& line) { return parsePrintArguments(line.split(u' '), &s); };
-  const auto given = parse(u"--line-numbers --print-pdf out.pdf --header L|$Title|R --no-footer --keywords bold,italic --comments plain "
-                           "--keyword-color navy --font-size=7.5 --paper letter --landscape --margins 10,20,30,40 --columns 2 --pages 2- --tab-size 3 --wrap-mark a.v -- -b.v"_s);
+  const auto given = parse(
+      u"--line-numbers --print-pdf out.pdf --header L|$Title|R --no-footer --keywords bold,italic --comments plain "
+      "--keyword-color navy --font-size=7.5 --paper letter --landscape --margins 10,20,30,40 --columns 2 --pages 2- --tab-size 3 --wrap-mark a.v -- -b.v"_s);
   EXPECT_EQ(given.error, QString());
   EXPECT_EQ(given.output, u"out.pdf"_s);
   EXPECT_EQ(given.files, (QStringList{u"a.v"_s, u"-b.v"_s}));
@@ -24,10 +25,13 @@ TEST(PrintPdf, Options) {
   EXPECT_NEAR(s.layout.margins(QPageLayout::Millimeter).bottom(), 40, 0.5);
   EXPECT_EQ(s.columns, 2);
   EXPECT_TRUE(s.firstPage == 2 && s.lastPage == 0 && s.text.TabSize == 3 && s.text.WrapMark);
-  for (const char* wrong : {"--print-pdf", "--print-pdf a.pdf", "a.v", "--print-pdf a.pdf --header= a.v", "--print-pdf a.pdf --columns 1 --columns 2 a.v", "--print-pdf a.pdf --nonsense a.v", "--print-pdf a.pdf --columns 3 a.v",
-                            "--print-pdf a.pdf --margins 1,2 a.v", "--print-pdf a.pdf --paper elephant a.v", "--print-pdf a.pdf --keywords loud a.v",
-                            "--print-pdf a.pdf --pages 3-2 a.v", "--print-pdf a.pdf --pages 0 a.v", "--print-pdf a.pdf --tab-size 0 a.v",
-                            "--print-pdf a.pdf --font-size 0 a.v", "--print-pdf a.pdf --keyword-color nocolour a.v", "--print-pdf a.pdf --font NoSuchFontAnywhere a.v"})
+  for (const char* wrong :
+       {"--print-pdf", "--print-pdf a.pdf", "a.v", "--print-pdf a.pdf --header= a.v",
+        "--print-pdf a.pdf --columns 1 --columns 2 a.v", "--print-pdf a.pdf --nonsense a.v", "--print-pdf a.pdf --columns 3 a.v",
+        "--print-pdf a.pdf --margins 1,2 a.v", "--print-pdf a.pdf --paper elephant a.v", "--print-pdf a.pdf --keywords loud a.v",
+        "--print-pdf a.pdf --pages 3-2 a.v", "--print-pdf a.pdf --pages 0 a.v", "--print-pdf a.pdf --tab-size 0 a.v",
+        "--print-pdf a.pdf --font-size 0 a.v", "--print-pdf a.pdf --keyword-color nocolour a.v",
+        "--print-pdf a.pdf --font NoSuchFontAnywhere a.v"})
     EXPECT_NE(parse(QLatin1String(wrong)).error, QString()) << wrong;
   EXPECT_TRUE(asksForPdf({u"--landscape"_s, u"--print-pdf=x"_s}));
   EXPECT_FALSE(asksForPdf({u"--"_s, u"--print-pdf"_s}));

@@ -15,11 +15,11 @@ TEST_F(ProcessRun, UsageIsAnsweredWithoutADisplay) {
     int status;
     const char *out, *error;
   };
-  for (const Case& c : {Case{{q("--help")}, 0, "Usage: zelkor", ""}, Case{{q("--version")}, 0, "Zelkor Editor 1.", ""},
-                        Case{{q("--nonsense")}, 2, "", "zelkor: unknown option --nonsense"},
-                        Case{{q("--wait")}, 2, "", "zelkor: --wait"}, Case{{q("a.v")}, 2, "", "zelkor: no display"},
-                        Case{{q("--batch"), q("--help")}, 0, "--command", ""},
-                        Case{{q("--batch"), q("x")}, 2, "", "zelkor: --batch needs"}}) {
+  for (const Case& c :
+       {Case{{q("--help")}, 0, "Usage: zelkor", ""}, Case{{q("--version")}, 0, "Zelkor Editor 1.", ""},
+        Case{{q("--nonsense")}, 2, "", "zelkor: unknown option --nonsense"}, Case{{q("--wait")}, 2, "", "zelkor: --wait"},
+        Case{{q("a.v")}, 2, "", "zelkor: no display"}, Case{{q("--batch"), q("--help")}, 0, "--command", ""},
+        Case{{q("--batch"), q("x")}, 2, "", "zelkor: --batch needs"}}) {
     SCOPED_TRACE(c.arguments.join(u' ').toStdString());
     QProcess& process = start(c.arguments);
     ASSERT_TRUE(process.waitForFinished(kPatience));
@@ -34,7 +34,8 @@ TEST_F(ProcessRun, UsageIsAnsweredWithoutADisplay) {
   ASSERT_TRUE(process.waitForFinished(kPatience));
   EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
   EXPECT_EQ(process.exitCode(), 2);
-  EXPECT_EQ(process.readAllStandardError(), "zelkor: the display cannot be opened (DISPLAY is \":987\", WAYLAND_DISPLAY is \"\", QT_QPA_PLATFORM is \"\")\n");
+  EXPECT_EQ(process.readAllStandardError(),
+            "zelkor: the display cannot be opened (DISPLAY is \":987\", WAYLAND_DISPLAY is \"\", QT_QPA_PLATFORM is \"\")\n");
 }
 
 TEST_F(ProcessRun, FilesAreHandedOverInOrderFromWhereTheyWereTyped) {
@@ -162,4 +163,4 @@ TEST_F(ProcessRun, StandardInputReachesTheFirstCopy) {
   first.kill();   // it holds a modified document and would ask
 }
 
-}  // namespace
+}   // namespace

@@ -117,7 +117,8 @@ TEST_F(SessionEndRun, ARunUnderWayReturnsBeforeItsTextGoes) {
     told = true;
     EXPECT_EQ(main->documents(), QList{document});
   };
-  QObject::connect(document->cmx->model().get(), &TextModel::modifiedChanged, &end, signal, Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
+  QObject::connect(document->cmx->model().get(), &TextModel::modifiedChanged, &end, signal,
+                   Qt::ConnectionType(Qt::QueuedConnection | Qt::SingleShotConnection));
   EXPECT_EQ(mCMXParser::Run(0, 0, q("cmdINSERTCHAR x\n").repeated(200'000)).ending, mCMXParser::Ending::stopped);
   EXPECT_TRUE(told);
   EXPECT_TRUE(QTest::qWaitFor([&] { return ended; }, 60'000));
@@ -165,4 +166,4 @@ TEST_F(SessionEndRun, TwoWindowsOnOneTextAskOnce) {
   EXPECT_TRUE(main->documents().isEmpty());
 }
 
-}  // namespace
+}   // namespace

@@ -35,21 +35,15 @@ TEST_F(StartArguments, FilesAndPlaces) {
     const char* files;
   };
   for (const Case& c : {
-           Case{{q("a.v"), q("new.v")}, "a.v|new.v"},
-           Case{{q("a.v:12")}, "a.v:12"},
-           Case{{q("a.v:12:3")}, "a.v:12:3"},
-           Case{{q("a.v:12:3:")}, "a.v:12:3"},           // as compilers write it
-           Case{{q("b:7")}, "b:7"},                       // the real name wins
-           Case{{q("b:7:9")}, "b:7:9"},                   // line 9 of b:7
-           Case{{q("c:1:2"), q("c:1:2:3")}, "c:1:2|c:1:2:3"},
-           Case{{q("new.v:0")}, "new.v"},
+           Case{{q("a.v"), q("new.v")}, "a.v|new.v"}, Case{{q("a.v:12")}, "a.v:12"}, Case{{q("a.v:12:3")}, "a.v:12:3"},
+           Case{{q("a.v:12:3:")}, "a.v:12:3"},   // as compilers write it
+           Case{{q("b:7")}, "b:7"},              // the real name wins
+           Case{{q("b:7:9")}, "b:7:9"},          // line 9 of b:7
+           Case{{q("c:1:2"), q("c:1:2:3")}, "c:1:2|c:1:2:3"}, Case{{q("new.v:0")}, "new.v"},
            Case{{q("a.v:x"), q(":5"), q("a:99999999999999999999")}, "a.v:x|:5|a:99999999999999999999"},
-           Case{{q("+30"), q("a.v"), q("new.v")}, "a.v:30|new.v"},
-           Case{{q("+30:4"), q("a.v")}, "a.v:30:4"},
-           Case{{q("a.v"), q("+30")}, "a.v:30"},
-           Case{{q("+5")}, "+5"},                         // there is a file of that name
-           Case{{q("--"), q("--help"), q("+9"), q("-")}, "--help|+9|-"},
-           Case{{QString(), q("a.v")}, "a.v"},
+           Case{{q("+30"), q("a.v"), q("new.v")}, "a.v:30|new.v"}, Case{{q("+30:4"), q("a.v")}, "a.v:30:4"},
+           Case{{q("a.v"), q("+30")}, "a.v:30"}, Case{{q("+5")}, "+5"},   // there is a file of that name
+           Case{{q("--"), q("--help"), q("+9"), q("-")}, "--help|+9|-"}, Case{{QString(), q("a.v")}, "a.v"},
            Case{{q("a\"b.v"), q(" c.v "), q("d.v:3\n")}, "a\"b.v| c.v |d.v:3\n"},   // the shell has taken them apart already
        })
     EXPECT_EQ(files(c.arguments), c.files) << c.arguments.join(u' ').toStdString();
@@ -239,4 +233,4 @@ TEST(StartHandbook, LinksLeadSomewhere) {
   setApplicationFolder({});
 }
 
-}  // namespace
+}   // namespace

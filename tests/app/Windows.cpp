@@ -258,7 +258,8 @@ TEST_F(Windows, LogAndEditorMayBeClosedDuringARun) {
       act();
       write(go);
     });
-    return mCMXParser::Run(0, 0, q("SHELLW /bin/sh -c \"until [ -e %1 ]; do sleep 0.02; done\"\nECHO %2").arg(q(go), q(echo))).ending;
+    return mCMXParser::Run(0, 0, q("SHELLW /bin/sh -c \"until [ -e %1 ]; do sleep 0.02; done\"\nECHO %2").arg(q(go), q(echo)))
+        .ending;
   };
   EXPECT_EQ(run("one", "after", [&] { dock->close(); }), mCMXParser::Ending::done);
   EXPECT_TRUE(main->log()->Text().contains(q("after")));
@@ -276,4 +277,4 @@ TEST_F(Windows, FrameTitleBeginsWithTheApplication) {
   EXPECT_TRUE(main->windowTitle().startsWith(q("Zelkor Editor"))) << main->windowTitle().toStdString();
 }
 
-}  // namespace
+}   // namespace

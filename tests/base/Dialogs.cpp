@@ -45,7 +45,7 @@ void onceUp(F act) {
   });
 }
 
-}  // namespace
+}   // namespace
 
 TEST(Dialogs, MessageBoxShowsPlainTextAndItsButtons) {
   struct Case {
@@ -54,12 +54,11 @@ TEST(Dialogs, MessageBoxShowsPlainTextAndItsButtons) {
     Answer onEscape;
   };
   using B = QMessageBox;
-  for (const Case& c : {Case{Buttons::ok, {{B::Ok, Answer::ok}}, Answer::ok},
-                        Case{Buttons::okCancel, {{B::Ok, Answer::ok}, {B::Cancel, Answer::cancel}}, Answer::cancel},
-                        Case{Buttons::yesNo, {{B::Yes, Answer::yes}, {B::No, Answer::no}}, Answer::no},
-                        Case{Buttons::yesNoCancel,
-                             {{B::Yes, Answer::yes}, {B::No, Answer::no}, {B::Cancel, Answer::cancel}},
-                             Answer::cancel}}) {
+  for (const Case& c :
+       {Case{Buttons::ok, {{B::Ok, Answer::ok}}, Answer::ok},
+        Case{Buttons::okCancel, {{B::Ok, Answer::ok}, {B::Cancel, Answer::cancel}}, Answer::cancel},
+        Case{Buttons::yesNo, {{B::Yes, Answer::yes}, {B::No, Answer::no}}, Answer::no},
+        Case{Buttons::yesNoCancel, {{B::Yes, Answer::yes}, {B::No, Answer::no}, {B::Cancel, Answer::cancel}}, Answer::cancel}}) {
     for (const auto& [button, answer] : c.answers) {
       EXPECT_FALSE(isDialogUp());
       onceUp<QMessageBox>([&, wanted = button](QMessageBox* box) {
@@ -135,7 +134,10 @@ TEST(Dialogs, FieldsTakeNoLettersOfMenus) {
   QComboBox choice;
   choice.setEditable(true);
   for (QWidget* field : std::initializer_list<QWidget*>{&line, &lines, &number, &choice})
-    for (const auto modifiers : {Qt::KeyboardModifiers(Qt::AltModifier), Qt::AltModifier | Qt::ControlModifier, Qt::KeyboardModifiers(Qt::MetaModifier), {}}) {
+    for (const auto modifiers : {Qt::KeyboardModifiers(Qt::AltModifier),
+                                 Qt::AltModifier | Qt::ControlModifier,
+                                 Qt::KeyboardModifiers(Qt::MetaModifier),
+                                 {}}) {
       QKeyEvent key(QEvent::KeyPress, Qt::Key_5, modifiers, q("5"));
       QApplication::sendEvent(field, &key);
     }

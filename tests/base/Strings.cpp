@@ -13,10 +13,10 @@ TEST(Strings, ReplaceAllResumesAtTheReplacement) {
     const char *text, *find, *replacement, *expected;
   };
   for (const Case& c : {Case{"1,,,2", ",,", ",", "1,2"}, Case{"1,,,,,,2", ",,", ",", "1,2"}, Case{"abab", "ab", "", ""},
-                        Case{"aabb", "ab", "", "ab"},          // never looks back before the replacement
-                        Case{"xxyz", "xy", "y", "xyz"},        // the same: x + "yz" is not joined
-                        Case{"abcbc", "abc", "a", "a"},        // a hit that begins in the replacement
-                        Case{"aXXX", "aX", "Xa", "XXXa"},      // growing out of the replacement at each step
+                        Case{"aabb", "ab", "", "ab"},       // never looks back before the replacement
+                        Case{"xxyz", "xy", "y", "xyz"},     // the same: x + "yz" is not joined
+                        Case{"abcbc", "abc", "a", "a"},     // a hit that begins in the replacement
+                        Case{"aXXX", "aX", "Xa", "XXXa"},   // growing out of the replacement at each step
                         Case{"abc", "", "x", "abc"}, Case{"", "a", "b", ""}, Case{"aaa", "a", "aa", "aaaaaa"},
                         Case{"a.b", ".", ".", "a.b"}, Case{"Abc", "a", "x", "Abc"}, Case{"abc", "abcd", "", "abc"}}) {
     QString text = q(c.text);
@@ -35,13 +35,14 @@ TEST(Strings, PathsAreSplitAtTheirOwnSeparator) {
   struct Case {
     const char *path, *title, *dir, *ext;
   };
-  for (const Case& c : {Case{"/home/a/top.v", "top.v", "/home/a", "v"}, Case{"C:\\src\\top.vhd", "top.vhd", "C:\\src", "vhd"},
-                        Case{"top.V", "top.V", "", "V"}, Case{"/a.b/Makefile", "Makefile", "/a.b", ""},
-                        Case{"a.b\\Makefile", "Makefile", "a.b", ""}, Case{"/x/a.tar.gz", "a.tar.gz", "/x", "gz"},
-                        Case{"/x/name.", "name.", "/x", ""}, Case{"/x/.profile", ".profile", "/x", "profile"},
-                        Case{"Untitled 1", "Untitled 1", "", ""}, Case{"", "", "", ""}, Case{"/x/", "", "/x", ""},
+  for (const Case& c : {
+           Case{"/home/a/top.v", "top.v", "/home/a", "v"}, Case{"C:\\src\\top.vhd", "top.vhd", "C:\\src", "vhd"},
+           Case{"top.V", "top.V", "", "V"}, Case{"/a.b/Makefile", "Makefile", "/a.b", ""},
+           Case{"a.b\\Makefile", "Makefile", "a.b", ""}, Case{"/x/a.tar.gz", "a.tar.gz", "/x", "gz"},
+           Case{"/x/name.", "name.", "/x", ""}, Case{"/x/.profile", ".profile", "/x", "profile"},
+           Case{"Untitled 1", "Untitled 1", "", ""}, Case{"", "", "", ""}, Case{"/x/", "", "/x", ""},
 #ifndef Q_OS_WIN
-                        Case{"/x/odd\\name.v", "odd\\name.v", "/x", "v"},   // a backslash is a letter like any other here
+           Case{"/x/odd\\name.v", "odd\\name.v", "/x", "v"},   // a backslash is a letter like any other here
 #endif
        }) {
     EXPECT_EQ(s(GetFileTitle(q(c.path))), c.title) << c.path;
@@ -75,8 +76,7 @@ TEST(Strings, LinesOfLists) {
 }
 
 TEST(Strings, H1_NothingInvisibleIsDisplayed) {
-  EXPECT_EQ(s(plainForDisplay(q("a\tb\r\nc\x1B[0m \xE2\x80\xAEgpj.\xE2\x80\x8B"))),
-            "a\\tb\\r\\nc<U+001B>[0m <U+202E>gpj.<U+200B>");
+  EXPECT_EQ(s(plainForDisplay(q("a\tb\r\nc\x1B[0m \xE2\x80\xAEgpj.\xE2\x80\x8B"))), "a\\tb\\r\\nc<U+001B>[0m <U+202E>gpj.<U+200B>");
   EXPECT_EQ(s(plainForDisplay(q("<b>%1&amp;</b> \xC3\xA4 \xF0\x9F\x98\x80"))), "<b>%1&amp;</b> \xC3\xA4 \xF0\x9F\x98\x80");
   EXPECT_EQ(s(plainForDisplay(QString(QChar(0xDC80 + 0x7F)))), "\\xff");   // a byte that is not UTF-8
   EXPECT_EQ(s(plainForDisplay(q("12345"), 5)), "12345");

@@ -31,7 +31,7 @@ void registerLanguages() {
   LanguageTable::registerLanguage(QStringLiteral("c"), c);
 }
 
-}  // namespace
+}   // namespace
 
 TEST(AutoIndent, AsItIsTyped) {
   registerLanguages();
@@ -61,7 +61,8 @@ TEST(AutoIndent, AsItIsTyped) {
       {"vhdl", "if a then\n  x;\n  EN|", "D", "if a then\n  x;\nEND|"},
       {"verilog", "  extern function f;|", "\nx", "  extern function f;\n  x|"},
       {"vhdl", "  if a then|", "\nx;\nelse\ny;\nend if;\nz", "  if a then\n    x;\n  else\n    y;\n  end if;\n  z|"},
-      {"vhdl", "if a then\n  case b is|", "\nwhen c =>\nx;\nwhen d =>", "if a then\n  case b is\n    when c =>\n      x;\n    when d =>|"},
+      {"vhdl", "if a then\n  case b is|", "\nwhen c =>\nx;\nwhen d =>",
+       "if a then\n  case b is\n    when c =>\n      x;\n    when d =>|"},
       {"vhdl", "  a <= b\n    |", "when", "  a <= b\n    when|"},
       {"vhdl", "  function f return t;|", "\nx", "  function f return t;\n  x|"},
       {"vhdl", "  function f return t is|", "\nbegin\nx", "  function f return t is\n  begin\n    x|"},
@@ -91,6 +92,7 @@ TEST(AutoIndent, BlanksThatNothingFollowsDoNotStay) {
     const char *after, *undone;
   };
   const auto command = [](int id) { return [id](EditorFixture& f) { f.editor.execute(id); }; };
+  // clang-format off
   const Left cases[] = {
       {"up", command(149), "\t|x\n\n\ty", nullptr},
       {"down", command(157), "\tx\n\n\t|y", nullptr},
@@ -101,6 +103,7 @@ TEST(AutoIndent, BlanksThatNothingFollowsDoNotStay) {
       {"saved", [](EditorFixture& f) { f.model->document().markSaved(); f.editor.execute(189); }, "|\tx\n\t\n\ty", nullptr},
       {"in the line", command(165), "\tx\n|\t\n\ty", nullptr},
   };
+  // clang-format on
   for (const bool opened : {false, true})
     for (const Left& c : cases) {
       SCOPED_TRACE(c.what);

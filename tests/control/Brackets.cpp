@@ -30,7 +30,7 @@ class Brackets : public PaneFixture {
   ~Brackets() override { LanguageTable::unregisterLanguage(QStringLiteral("BracketTest")); }
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(Brackets, H6_HostileTextsCostNoMoreThanTheirBudget) {
   struct Case {
@@ -57,13 +57,17 @@ TEST_F(Brackets, H6_HostileTextsCostNoMoreThanTheirBudget) {
     ASSERT_EQ(control.Language(), QStringLiteral("BracketTest"));
     control.editor().setSelection({end, end});
     EXPECT_LT(costMs([&] {
-      forget();
-      matchingBracket(*control.model(), end, 128 * 1024);
-    }), kMost) << "the partner of a bracket";
+                forget();
+                matchingBracket(*control.model(), end, 128 * 1024);
+              }),
+              kMost)
+        << "the partner of a bracket";
     EXPECT_LT(costMs([&] {
-      forget();
-      viewport()->grab();
-    }), kMost) << "a paint";
+                forget();
+                viewport()->grab();
+              }),
+              kMost)
+        << "a paint";
   }
 }
 

@@ -26,7 +26,8 @@ TEST_F(CodeMaxMembers, LinesAndText) {
 
 TEST_F(CodeMaxMembers, TextLengthIsThatOfTheText) {
   std::mt19937 random(3);
-  const std::array<std::string, 11> alphabet{"a", "\r", "\n", "\r\n", "\u00E9", "\U0001F600", "\xF0\x9F\x98", "\xFF", "\uFEFF", "\xED\xA0\x80", "\t"};
+  const std::array<std::string, 11> alphabet{"a",    "\r",     "\n",           "\r\n", "\u00E9", "\U0001F600", "\xF0\x9F\x98",
+                                             "\xFF", "\uFEFF", "\xED\xA0\x80", "\t"};
   for (int round = 0; round < 300; ++round) {
     const std::string bytes = randomText(random, alphabet, 20);
     control.model()->replaceAll(inPieces(bytes, 3, random() % 4 ? text::LineMode::lf : text::LineMode::cr), {});
@@ -36,8 +37,13 @@ TEST_F(CodeMaxMembers, TextLengthIsThatOfTheText) {
 }
 
 TEST_F(CodeMaxMembers, EachChangeIsOneUndoStep) {
-  struct Case { const char* what; std::function<void(CodeMax&)> change; const char* expected; };
+  struct Case {
+    const char* what;
+    std::function<void(CodeMax&)> change;
+    const char* expected;
+  };
   const char* before = "alpha\nbe@ta|\r\ngamma";
+  // clang-format off
   const Case cases[] = {
       {"InsertText before", [](CodeMax& c) { c.InsertText(q("X"), {0, 2}); }, "alXpha\nbe@ta|\r\ngamma"},
       {"InsertText with breaks takes those of the line", [](CodeMax& c) { c.InsertText(q("X\nY"), {1, 0}); }, "alpha\nX\r\nYbe@ta|\r\ngamma"},
@@ -55,6 +61,7 @@ TEST_F(CodeMaxMembers, EachChangeIsOneUndoStep) {
       {"AppendText", [](CodeMax& c) { c.AppendText(q("\nmore")); }, "alpha\nbe@ta|\r\ngamma\r\nmore"},
       {"setText", [](CodeMax& c) { c.setText(q("other")); }, "|other"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     put(before);
     c.change(control);
@@ -199,7 +206,8 @@ TEST_F(CodeMaxMembers, SettingsAreKeptInTheirBounds) {
   control.SetColor(static_cast<int>(ColorSlot::Keyword), QColor(1, 2, 3));
   EXPECT_EQ(control.GetColor(static_cast<int>(ColorSlot::Keyword)), QColor(1, 2, 3));
   control.SetColor(static_cast<int>(ColorSlot::Keyword), QColor());
-  EXPECT_EQ(control.GetColor(static_cast<int>(ColorSlot::Keyword)), ColorScheme::schemeColor(static_cast<int>(ColorSlot::Keyword), false));
+  EXPECT_EQ(control.GetColor(static_cast<int>(ColorSlot::Keyword)),
+            ColorScheme::schemeColor(static_cast<int>(ColorSlot::Keyword), false));
   EXPECT_FALSE(control.GetColor(18).isValid());
   EXPECT_FALSE(control.GetColor(-1).isValid());
 }

@@ -9,9 +9,9 @@
 struct CaseMore {
   int count = 1;
   QVariant argument{};
-  const char* clipboard = "";            // before
+  const char* clipboard = "";   // before
   bool block = false;
-  const char* clipboardAfter = nullptr;  // null: as before
+  const char* clipboardAfter = nullptr;   // null: as before
   bool blockAfter = false;
   const char* find = "";
   const char* replace = "";
@@ -20,7 +20,7 @@ struct CaseMore {
   bool expand = false;
   AutoIndent indent = AutoIndent::same;
   qint64 top = 0, left = 0;
-  const char* note = nullptr;            // the last note; null: not looked at
+  const char* note = nullptr;   // the last note; null: not looked at
   std::function<void(EditorFixture&)> prepare{}, check{};
 };
 

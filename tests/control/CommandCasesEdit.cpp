@@ -68,7 +68,11 @@ std::vector<CommandCase> editCases() {
       {"WORDCAPITALIZE", "|éA", "Éa|"},
       {"UPPERCASESELECTION", "a@b\r\ncß|d", "a@B\r\nCSS|d"},
       {"UPPERCASESELECTION", "a|b", "a|b"},
-      {"UPPERCASESELECTION", "a@b\xFF" "c|", "a@B\xFF" "C|"},
+      {"UPPERCASESELECTION",
+       "a@b\xFF"
+       "c|",
+       "a@B\xFF"
+       "C|"},
       {"UPPERCASESELECTION", "a#bc\nd\ne|fg", "a#bc\nd\ne|fg"},
       {"UPPERCASESELECTION", "a#bc\nd\nef|g", "a#Bc\nd\neF|g"},
       {"LOWERCASESELECTION", "@ÀB\nCD|E", "@àb\ncd|E"},
@@ -91,18 +95,30 @@ std::vector<CommandCase> editCases() {
       {"SENTENCECUT", "One| two. Three.", "One|Three.", {.clipboardAfter = " two. "}},
       {"SENTENCECUT", "a|", "a|", {.clipboard = "old", .clipboardAfter = "old"}},
       {"APPENDNEXTCUT", "a@b|c", "a@b|c", {.check = [](EditorFixture& f) { EXPECT_TRUE(f.editor.appendNextCut); }}},
-      {"CUT", "a@b|c", "a|c", {.clipboard = "x", .clipboardAfter = "xb",
-       .prepare = [](EditorFixture& f) { f.run("APPENDNEXTCUT"); }}},
-      {"CUT", "a@b|c", "a|c", {.clipboard = "x", .clipboardAfter = "b",
-       .prepare = [](EditorFixture& f) {
-         f.run("APPENDNEXTCUT");
-         f.run("TOGGLEOVERTYPE");   // the next command used it up
-       }}},
-      {"CUT", "a\nb|\nc\nd", "a\n|d", {.clipboard = "x\n", .clipboardAfter = "x\nb\nc\n",
-       .prepare = [](EditorFixture& f) {
-         f.run("APPENDNEXTCUT");
-         f.run("SETREPEATCOUNT", 2);
-       }}},
+      {"CUT",
+       "a@b|c",
+       "a|c",
+       {.clipboard = "x", .clipboardAfter = "xb", .prepare = [](EditorFixture& f) { f.run("APPENDNEXTCUT"); }}},
+      {"CUT",
+       "a@b|c",
+       "a|c",
+       {.clipboard = "x",
+        .clipboardAfter = "b",
+        .prepare =
+            [](EditorFixture& f) {
+              f.run("APPENDNEXTCUT");
+              f.run("TOGGLEOVERTYPE");   // the next command used it up
+            }}},
+      {"CUT",
+       "a\nb|\nc\nd",
+       "a\n|d",
+       {.clipboard = "x\n",
+        .clipboardAfter = "x\nb\nc\n",
+        .prepare =
+            [](EditorFixture& f) {
+              f.run("APPENDNEXTCUT");
+              f.run("SETREPEATCOUNT", 2);
+            }}},
       {"PASTE", "a|b", "ax\ny|b", {.clipboard = "x\ny"}},
       {"PASTE", "a|b\r\n", "ax\r\ny|b\r\n", {.clipboard = "x\ny"}},
       {"PASTE", "a|b\nc", "ax\ny|b\nc", {.clipboard = "x\r\ny"}},
@@ -123,12 +139,16 @@ std::vector<CommandCase> editCases() {
       {"UNDO", "x|", "x|", {.count = 3, .prepare = typed}},
       {"UNDO", "x|", "x|", {.count = 99, .prepare = typed}},
       {"UNDOCHANGES", "x|", "x|", {.prepare = typed}},
-      {"UNDOCHANGES", "x|", "xa|", {.prepare = [](EditorFixture& f) {
-         f.editor.typeText(QStringLiteral("a"));
-         f.model->setModified(false);
-         f.editor.newLine();
-         f.editor.typeText(QStringLiteral("b"));
-       }}},
+      {"UNDOCHANGES",
+       "x|",
+       "xa|",
+       {.prepare =
+            [](EditorFixture& f) {
+              f.editor.typeText(QStringLiteral("a"));
+              f.model->setModified(false);
+              f.editor.newLine();
+              f.editor.typeText(QStringLiteral("b"));
+            }}},
       {"REDO", "x|", "xa|", {.prepare = typedAndBack}},
       {"REDO", "x|", "xa\n|", {.count = 2, .prepare = typedAndBack}},
       {"REDOCHANGES", "x|", "xa\nb|", {.prepare = typedAndBack}},
@@ -149,14 +169,25 @@ std::vector<CommandCase> editCases() {
       {"TOGGLEOVERTYPE", "a|", "a|", {.check = [](EditorFixture& f) { EXPECT_TRUE(f.editor.overtype); }}},
       {"TOGGLEWHITESPACEDISPLAY", "a|", "a|", {.check = [](EditorFixture& f) { EXPECT_EQ(f.host.whiteSpaceToggles, 1); }}},
       {"SETREPEATCOUNT", "a|", "a|", {.argument = 7, .check = [](EditorFixture& f) { EXPECT_EQ(f.editor.repeatCount, 7); }}},
-      {"SETREPEATCOUNT", "a|", "a|", {.argument = QStringLiteral("many"), .check = [](EditorFixture& f) { EXPECT_EQ(f.editor.repeatCount, 1); }}},
-      {"SETREPEATCOUNT", "a|", "a|", {.argument = QVariant::fromValue<qlonglong>(99999999999), .check = [](EditorFixture& f) { EXPECT_EQ(f.editor.repeatCount, 1000000); }}},
-      {"CHARRIGHT", "|abc", "ab|c", {.prepare = [](EditorFixture& f) {
-         f.run("SETREPEATCOUNT", 9);
-         f.run("SELECTALL");   // the next command used it up
-         f.run("DOCUMENTSTART");
-         f.run("SETREPEATCOUNT", 2);
-       }}},
+      {"SETREPEATCOUNT",
+       "a|",
+       "a|",
+       {.argument = QStringLiteral("many"), .check = [](EditorFixture& f) { EXPECT_EQ(f.editor.repeatCount, 1); }}},
+      {"SETREPEATCOUNT",
+       "a|",
+       "a|",
+       {.argument = QVariant::fromValue<qlonglong>(99999999999),
+        .check = [](EditorFixture& f) { EXPECT_EQ(f.editor.repeatCount, 1000000); }}},
+      {"CHARRIGHT",
+       "|abc",
+       "ab|c",
+       {.prepare =
+            [](EditorFixture& f) {
+              f.run("SETREPEATCOUNT", 9);
+              f.run("SELECTALL");   // the next command used it up
+              f.run("DOCUMENTSTART");
+              f.run("SETREPEATCOUNT", 2);
+            }}},
   };
 }
 

@@ -5,22 +5,26 @@ namespace {
 constexpr text::SearchOptions kCase{.matchCase = true}, kWhole{.wholeWord = true}, kRegex{.regex = true},
     kWholeRegex{.wholeWord = true, .regex = true};
 
-}  // namespace
+}   // namespace
 
 std::vector<CommandCase> findCases() {
-  const auto stateIs = [](auto member, bool on) {
-    return [member, on](EditorFixture&) { EXPECT_EQ(member(searchState()), on); };
-  };
+  const auto stateIs = [](auto member, bool on) { return [member, on](EditorFixture&) { EXPECT_EQ(member(searchState()), on); }; };
   const auto matchCase = [](const SearchState& s) { return s.options.matchCase; };
   const auto wholeWord = [](const SearchState& s) { return s.options.wholeWord; };
   const auto preserve = [](const SearchState& s) { return s.preserveCase; };
   return {
       {"FIND", "a|", "a|", {.check = [](EditorFixture& f) { EXPECT_EQ(f.host.findDialogs, 1); }}},
       {"FINDREPLACE", "a|", "a|", {.check = [](EditorFixture& f) { EXPECT_EQ(f.host.replaceDialogs, 1); }}},
-      {"SETFINDTEXT", "a|", "a|", {.argument = QStringLiteral("ö x"),
-       .check = [](EditorFixture&) { EXPECT_EQ(searchState().findText, QStringLiteral("ö x")); }}},
-      {"SETREPLACETEXT", "a|", "a|", {.argument = QStringLiteral("r"),
-       .check = [](EditorFixture&) { EXPECT_EQ(searchState().replaceText, QStringLiteral("r")); }}},
+      {"SETFINDTEXT",
+       "a|",
+       "a|",
+       {.argument = QStringLiteral("ö x"),
+        .check = [](EditorFixture&) { EXPECT_EQ(searchState().findText, QStringLiteral("ö x")); }}},
+      {"SETREPLACETEXT",
+       "a|",
+       "a|",
+       {.argument = QStringLiteral("r"),
+        .check = [](EditorFixture&) { EXPECT_EQ(searchState().replaceText, QStringLiteral("r")); }}},
       {"TOGGLECASESENSITIVE", "a|", "a|", {.check = stateIs(matchCase, true)}},
       {"TOGGLECASESENSITIVE", "a|", "a|", {.search = kCase, .check = stateIs(matchCase, false)}},
       {"TOGGLEWHOLEWORD", "a|", "a|", {.check = stateIs(wholeWord, true)}},
@@ -46,10 +50,15 @@ std::vector<CommandCase> findCases() {
       {"FINDNEXTWORD", " | ", " | "},
       {"FINDNEXTWORD", "x|y (.* xy", "xy (.* @xy|", {.search = kRegex}},
       {"FINDPREVWORD", "ab abc a|b", "@ab| abc ab"},
-      {"FINDMARKALL", "|ab\nx\nab ab\n", "|ab\nx\nab ab\n", {.find = "ab", .note = "3 found",
-       .check = [](EditorFixture& f) {
-         EXPECT_EQ(f.model->bookmarks(), (std::vector{text::LineNo(0), text::LineNo(2)}));
-       }}},
+      {"FINDMARKALL",
+       "|ab\nx\nab ab\n",
+       "|ab\nx\nab ab\n",
+       {.find = "ab",
+        .note = "3 found",
+        .check =
+            [](EditorFixture& f) {
+              EXPECT_EQ(f.model->bookmarks(), (std::vector{text::LineNo(0), text::LineNo(2)}));
+            }}},
       {"REPLACE", "@ab| ab", "x @ab|", {.find = "ab", .replace = "x"}},
       {"REPLACE", "|ab ab", "@ab| ab", {.find = "ab", .replace = "x"}},
       {"REPLACE", "@ab|", "x|", {.find = "ab", .replace = "x"}},
@@ -66,11 +75,17 @@ std::vector<CommandCase> findCases() {
       {"REPLACE", "@foo|(1) foo(2)", "X(1) @foo|(2)", {.find = "foo(?=\\()", .replace = "X", .search = kRegex}},
       {"REPLACE", "foo@bar| foobar", "foo<bar> foo@bar|", {.find = "(foo)\\K(bar)", .replace = "<$2>", .search = kRegex}},
       {"REPLACE", "@foo| foo(2)", "foo @foo|(2)", {.find = "foo(?=\\()", .replace = "X", .search = kRegex}},
-      {"REPLACEALLINBUFFER", "foobar| bar", "foo<bar>| bar", {.find = "(foo)\\K(bar)", .replace = "<$2>", .search = kRegex, .note = "1 replaced"}},
+      {"REPLACEALLINBUFFER",
+       "foobar| bar",
+       "foo<bar>| bar",
+       {.find = "(foo)\\K(bar)", .replace = "<$2>", .search = kRegex, .note = "1 replaced"}},
       {"FINDNEXT", "|xa.b a.b", "xa.b @a.b|", {.find = "\\Qa.b", .search = kWholeRegex}},
       // Line ends: any kind is "\n"; a new one is like its neighbours, one that a group took stays.
       {"REPLACEALLINBUFFER", "a\r\nb\nc|", "a;b;c|", {.find = "\\n", .replace = ";", .search = kRegex, .note = "2 replaced"}},
-      {"REPLACEALLINBUFFER", "x\r\nbegin\nend|", "x\r\n[begin\nend]|", {.find = "(begin\\nend)", .replace = "[$1]", .search = kRegex}},
+      {"REPLACEALLINBUFFER",
+       "x\r\nbegin\nend|",
+       "x\r\n[begin\nend]|",
+       {.find = "(begin\\nend)", .replace = "[$1]", .search = kRegex}},
       {"REPLACEALLINBUFFER", "a\r\nb a\nb|", "x x|", {.find = "a\nb", .replace = "x", .search = kRegex, .note = "2 replaced"}},
       {"REPLACEALLINBUFFER", "a.\r\nb.|", "x|", {.find = "\\Qa.\r\nb.", .replace = "x", .search = kRegex}},
       {"REPLACEALLINBUFFER", "ab\r\n|", "x\r\n|", {.find = "(?x)a\nb", .replace = "x", .search = kRegex}},

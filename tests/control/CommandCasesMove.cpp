@@ -21,7 +21,7 @@ auto leftIs(qint64 left) {
   return [left](EditorFixture& f) { EXPECT_EQ(f.host.left, left); };
 }
 
-}  // namespace
+}   // namespace
 
 // The window of the cases shows 10 lines and 20 columns.
 std::vector<CommandCase> moveCases() {
@@ -129,7 +129,10 @@ std::vector<CommandCase> moveCases() {
       {"SELECTSWAPANCHOR", "a@b|c", "a|b@c"},
       {"SELECTSWAPANCHOR", "a·#\nbcd|", "a·|\nbcd#"},
 
-      {"PAGEDOWN", "x|\n1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n", "x\n1\n2\n3\n4\n5\n6\n7\n8\n9|\n10\n11\n12\n", {.check = topIs(4)}},
+      {"PAGEDOWN",
+       "x|\n1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n",
+       "x\n1\n2\n3\n4\n5\n6\n7\n8\n9|\n10\n11\n12\n",
+       {.check = topIs(4)}},
       {"PAGEDOWN", "x|\n1\n2", "x\n1\n2|", {.check = topIs(0)}},
       {"PAGEDOWNEXTEND", "x|\n1\n2", "x@\n1\n2|"},
       {"PAGEUP", "0\n1\n2\n3\n4\n5\n6\n7\n8\n9\na|", "0\n1|\n2\n3\n4\n5\n6\n7\n8\n9\na", {.top = 1, .check = topIs(0)}},

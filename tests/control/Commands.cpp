@@ -32,9 +32,7 @@ void checkWhatItDoes(const CommandCase& c) {
   ASSERT_TRUE(f.run(c.command, c.more.argument));
   EXPECT_EQ(f.shown(), c.after);
   if (c.more.check) c.more.check(f);
-  if (c.more.note) {
-    EXPECT_EQ(f.host.notes.value(f.host.notes.size() - 1).toStdString(), c.more.note);
-  }
+  if (c.more.note) { EXPECT_EQ(f.host.notes.value(f.host.notes.size() - 1).toStdString(), c.more.note); }
   EXPECT_EQ(f.host.clipboard, QString::fromUtf8(c.more.clipboardAfter ? c.more.clipboardAfter : c.more.clipboard));
   EXPECT_EQ(f.host.clipboardBlock, c.more.clipboardAfter ? c.more.blockAfter : c.more.block);
   const bool travels = std::string(c.command).find("UNDO") == 0 || std::string(c.command).find("REDO") == 0;
@@ -56,12 +54,10 @@ void checkReadOnly(const CommandCase& c) {
   EXPECT_TRUE(f.run(c.command, c.more.argument));
   EXPECT_EQ(f.bytes(), before);
   EXPECT_EQ(f.editor.document().revision(), revision);
-  if (std::string(c.command).find("CUT") != std::string::npos) {
-    EXPECT_EQ(f.host.clipboard, QString::fromUtf8(c.more.clipboard));
-  }
+  if (std::string(c.command).find("CUT") != std::string::npos) { EXPECT_EQ(f.host.clipboard, QString::fromUtf8(c.more.clipboard)); }
 }
 
-}  // namespace
+}   // namespace
 
 void checkCases(const std::vector<CommandCase>& cases) {
   for (const CommandCase& c : cases) {
@@ -92,11 +88,28 @@ TEST(Commands, TableIsWhole) {
 
 // The numbers are stored in settings and used from outside: pinned by a few of them all along the table.
 TEST(Commands, NumbersAreKept) {
-  for (const auto& [name, id] : std::map<const char*, int>{{"WORDUPPERCASE", 100}, {"WORDRIGHTEXTEND", 102}, {"WORDLEFT", 108},
-           {"WINDOWSTART", 114}, {"UPPERCASESELECTION", 125}, {"UNDO", 129}, {"PASTE", 140}, {"PAGEUP", 144}, {"LINEUP", 149},
-           {"LINECUT", 161}, {"GOTOLINE", 168}, {"REPLACEALLINBUFFER", 171}, {"FINDNEXT", 176}, {"SETFINDTEXT", 179},
-           {"TOGGLEPRESERVECASE", 181}, {"TOGGLEWHOLEWORD", 182}, {"SETREPEATCOUNT", 187}, {"DELETE", 195}, {"CHARLEFT", 203},
-           {"BOOKMARKJUMPTOLAST", 209}, {"INSERTCHAR", 211}, {"NEWLINE", 212}}) {
+  for (const auto& [name, id] : std::map<const char*, int>{{"WORDUPPERCASE", 100},
+                                                           {"WORDRIGHTEXTEND", 102},
+                                                           {"WORDLEFT", 108},
+                                                           {"WINDOWSTART", 114},
+                                                           {"UPPERCASESELECTION", 125},
+                                                           {"UNDO", 129},
+                                                           {"PASTE", 140},
+                                                           {"PAGEUP", 144},
+                                                           {"LINEUP", 149},
+                                                           {"LINECUT", 161},
+                                                           {"GOTOLINE", 168},
+                                                           {"REPLACEALLINBUFFER", 171},
+                                                           {"FINDNEXT", 176},
+                                                           {"SETFINDTEXT", 179},
+                                                           {"TOGGLEPRESERVECASE", 181},
+                                                           {"TOGGLEWHOLEWORD", 182},
+                                                           {"SETREPEATCOUNT", 187},
+                                                           {"DELETE", 195},
+                                                           {"CHARLEFT", 203},
+                                                           {"BOOKMARKJUMPTOLAST", 209},
+                                                           {"INSERTCHAR", 211},
+                                                           {"NEWLINE", 212}}) {
     ASSERT_NE(commandByName(QString::fromUtf8(name)), nullptr) << name;
     EXPECT_EQ(commandByName(QString::fromUtf8(name))->id, id);
   }

@@ -21,13 +21,15 @@ TEST(Editor, CaretStaysOnCharacters) {
     const std::int64_t at = f.editor.selection().caret.value;
     EXPECT_TRUE(at == 0 || at == 1 || at == 3 || at == 5 || at == 8 || at == 12 || at == 13 || at == 14) << i << " -> " << at;
   }
-  f.editor.setRange({1, 3, 1, 3});    // between the units of 😀: its start
+  f.editor.setRange({1, 3, 1, 3});   // between the units of 😀: its start
   EXPECT_EQ(f.editor.selection().caret, ByteOffset(8));
   EXPECT_EQ(f.editor.range(true), (CmRange{1, 2, 1, 2}));
 }
 
 TEST(Editor, RangesAreClippedAndReadBack) {
-  struct Case { CmRange set, got; };
+  struct Case {
+    CmRange set, got;
+  };
   EditorFixture f("abc\nde\n|");
   for (const Case& c : std::vector<Case>{{{0, 1, 1, 1}, {0, 1, 1, 1}},
                                          {{1, 1, 0, 1}, {1, 1, 0, 1}},
@@ -42,7 +44,10 @@ TEST(Editor, RangesAreClippedAndReadBack) {
   EXPECT_EQ(f.editor.range(true), (CmRange{0, 2, 1, 1}));
 }
 
-struct TypeCase { const char *name, *before, *typed, *after; bool overtype = false, expand = false; };
+struct TypeCase {
+  const char *name, *before, *typed, *after;
+  bool overtype = false, expand = false;
+};
 
 TEST(Editor, T7_TheEndOfALimitedUndoIsSaid) {
   EditorFixture t("|");

@@ -46,12 +46,12 @@ class FindDialogTest : public testing::Test {
     text->ExecuteCmd(replace ? 169 : 178);
     dialog().job().patience = std::chrono::seconds(20);   // the machine may be busy
   }
-  std::string shown() {
-    return printCaret(text->editor().snapshot().bytes(), text->editor().selection());
-  }
+  std::string shown() { return printCaret(text->editor().snapshot().bytes(), text->editor().selection()); }
   FindDialog& dialog() { return *window.findChild<FindDialog*>(); }
   template <class Part>
-  Part& part(const char* name) { return *dialog().findChild<Part*>(QString::fromLatin1(name)); }
+  Part& part(const char* name) {
+    return *dialog().findChild<Part*>(QString::fromLatin1(name));
+  }
   void click(const char* name) { QTest::mouseClick(&part<QPushButton>(name), Qt::LeftButton); }
   void check(const char* name, bool on) {
     if (part<QCheckBox>(name).isChecked() != on) part<QCheckBox>(name).click();
@@ -70,7 +70,7 @@ class FindDialogTest : public testing::Test {
   }
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(FindDialogTest, FindsWhileTypingAndOn) {
   show("x| abc ab abd");
@@ -324,7 +324,7 @@ TEST_F(FindDialogTest, LongOnesRunBesideAndAreCancelled) {
   EXPECT_EQ(text->GetLine(199999), QStringLiteral("some thing here"));
   text->ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(text->Text(), u'x' + QString::fromStdString(lines)) << "one undo step";
-  click("markAll");      // and the window may go while it runs
+  click("markAll");   // and the window may go while it runs
 }
 
 TEST_F(FindDialogTest, WorksOnTheControlThatHasTheFocus) {

@@ -89,7 +89,7 @@ std::string lengthBytes(quint32 length) {
   return bytes;
 }
 
-}  // namespace
+}   // namespace
 
 TEST_F(HandOffPlace, FirstIsWhoHoldsTheLock) {
   Rendezvous first(QStringLiteral("xcb_:0")), second(QStringLiteral("xcb_:0")), elsewhere(QStringLiteral("xcb_:1"));
@@ -118,11 +118,13 @@ TEST_F(HandOffPlace, FolderMustBeOursAlone) {
                                ASSERT_EQ(::symlink(path(run + u'2').constData(), path(run).constData()), 0);
                              },
                              false},
-                        Case{"a file", [](const QString& run) {
+                        Case{"a file",
+                             [](const QString& run) {
                                QDir(run).removeRecursively();
                                QFile file(run);
                                ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-                             }, false},
+                             },
+                             false},
                         Case{"not there", [](const QString& run) { QDir(run).removeRecursively(); }, false},
                         Case{"relative", [](const QString&) { qputenv("XDG_RUNTIME_DIR", "run"); }, false}}) {
     SCOPED_TRACE(c.name);
@@ -166,7 +168,8 @@ TEST_F(HandOffMessages, FieldsComeBackAsTheyWent) {
   const QString nul(QChar(0));
   const auto form = [&](const char* parts) { return QString::fromLatin1(parts).replace(u'|', nul); };
   ASSERT_TRUE(HandOff::fromFields(form("zelkor2||token|3|0|a"), &got));
-  for (const char* parts : {"", "zelkor2", "other2|||0|0|a", "zelkor2|x||0|0|a", "zelkor2|||0|0|a|", "zelkor2|||0|a", "zelkor2|||-1|0|a", "zelkor2|||x|0|a"}) {
+  for (const char* parts : {"", "zelkor2", "other2|||0|0|a", "zelkor2|x||0|0|a", "zelkor2|||0|0|a|", "zelkor2|||0|a",
+                            "zelkor2|||-1|0|a", "zelkor2|||x|0|a"}) {
     const QString bad = form(parts);
     EXPECT_FALSE(HandOff::fromFields(bad, &got)) << parts;
   }
@@ -283,6 +286,7 @@ TEST_F(HandOffMessages, GarbageIsHungUpOnAndHurtsNobody) {
   });
   ASSERT_TRUE(hook.listen(socketPath()));
   const std::string noise(1000, '\xFF');
+  // clang-format off
   const std::pair<const char*, std::string> cases[] = {
       {"beyond the largest", lengthBytes(Msghook::kLargest + 2)}, {"odd length", lengthBytes(3) + "abc"},
       {"largest number", lengthBytes(0xFFFFFFFFu)},               {"empty", lengthBytes(0)},
@@ -303,6 +307,7 @@ TEST_F(HandOffMessages, H4_OtherUsersAreNotTalkedTo) {
     if (child == 0) ::_exit(::setgid(65534) == 0 && ::setuid(65534) == 0 ? work() : 99);
     return child;
   };
+  // clang-format on
   ::chmod(dir_.path().toUtf8().constData(), 0777);
   int acted = 0;
   Msghook hook([&](quint64, const HandOff&) {
@@ -377,7 +382,8 @@ TEST_F(HandOffMessages, SocketOfADeadCopyIsReplacedAndAnEndIsNoticed) {
   meanwhile([&] {
     MsgSender peer;
     if (!peer.connectTo(socketPath())) return;
-    QMetaObject::invokeMethod(qApp, [&] { hook.reset(); }, Qt::BlockingQueuedConnection);   // ends without having answered
+    QMetaObject::invokeMethod(
+        qApp, [&] { hook.reset(); }, Qt::BlockingQueuedConnection);   // ends without having answered
     answer = peer.send({QStringLiteral("x"), {}, false, false, false});
   });
   EXPECT_EQ(answer, HandOffAnswer::gone);

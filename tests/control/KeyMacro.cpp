@@ -23,12 +23,12 @@ class KeyMacroTest : public testing::Test {
   }
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(KeyMacroTest, RecordsWhatTheUserDoesAndPlaysIt) {
   EditorFixture f("|one two\nfour five\nsix seven\n");
   const auto key = [&f](const char* name) { executeAny(f.editor, anyCommandByName(QString::fromLatin1(name))->id); };
-  f.run("CHARRIGHT");                 // before the recording
+  f.run("CHARRIGHT");   // before the recording
   key("MACRORECORD");
   key("HOME");
   f.editor.typeText(QStringLiteral("<"));
@@ -36,7 +36,7 @@ TEST_F(KeyMacroTest, RecordsWhatTheUserDoesAndPlaysIt) {
   f.run("WORDUPPERCASE");
   f.editor.execute(212);
   {
-    const BusyGuard busy;             // the program's own doing is no part of it
+    const BusyGuard busy;   // the program's own doing is no part of it
     f.run("SELECTALL");
     f.run("DOCUMENTSTART");
     f.run("LINEDOWN");
@@ -126,7 +126,7 @@ TEST_F(KeyMacroTest, TextRoundTrips) {
   EXPECT_EQ(keyMacros().fromText(text), 0);
   EXPECT_EQ(keyMacros().toText().toStdString(), text.toStdString());
   EXPECT_EQ(keyMap().actionOf(keys("Ctrl+K, 1")).macro, QStringLiteral("A = b, c"));
-  EXPECT_EQ(keyMap().toText(), QString());            // keys of macros stand with the macros
+  EXPECT_EQ(keyMap().toText(), QString());   // keys of macros stand with the macros
   const auto& typed = keyMacros().find(QStringLiteral("A = b, c"))->steps[0].argument;
   EXPECT_EQ(fromQString(typed.toString()), "tab\t line\n quote\" back\\ bell\x07 bad\xFF öß😀 [x]");
 
@@ -141,11 +141,13 @@ TEST_F(KeyMacroTest, TextRoundTrips) {
 // Whatever is read, what is written from it reads back the same.
 TEST_F(KeyMacroTest, AnyTextReadsToSomethingThatRoundTrips) {
   std::mt19937 random(7);
-  const QStringList parts{QStringLiteral("["), QStringLiteral("]"), QStringLiteral("\""), QStringLiteral("\\"), QStringLiteral("u0041"),
-                          QStringLiteral("TYPE "), QStringLiteral("UNDO"), QStringLiteral("GOTOLINE "), QStringLiteral("7"),
-                          QStringLiteral("INSERTCHAR "), QStringLiteral("\n"), QStringLiteral(" "), QStringLiteral("Ctrl+"),
-                          QStringLiteral("Z"), QStringLiteral("="), QStringLiteral(", "), QStringLiteral("; "), QStringLiteral("\u00e9"),
-                          QString(QChar(0xD800)), QString(QChar(0)), QStringLiteral("\r")};
+  const QStringList parts{QStringLiteral("["),           QStringLiteral("]"),         QStringLiteral("\""),
+                          QStringLiteral("\\"),          QStringLiteral("u0041"),     QStringLiteral("TYPE "),
+                          QStringLiteral("UNDO"),        QStringLiteral("GOTOLINE "), QStringLiteral("7"),
+                          QStringLiteral("INSERTCHAR "), QStringLiteral("\n"),        QStringLiteral(" "),
+                          QStringLiteral("Ctrl+"),       QStringLiteral("Z"),         QStringLiteral("="),
+                          QStringLiteral(", "),          QStringLiteral("; "),        QStringLiteral("\u00e9"),
+                          QString(QChar(0xD800)),        QString(QChar(0)),           QStringLiteral("\r")};
   for (int run = 0; run < 3000; ++run) {
     QString text;
     for (unsigned n = random() % 40; n > 0; --n) text += parts[static_cast<qsizetype>(random() % parts.size())];
@@ -164,8 +166,9 @@ TEST_F(KeyMacroTest, AnyTextReadsToSomethingThatRoundTrips) {
 }
 
 TEST_F(KeyMacroTest, UnknownLinesAreSkippedAndCounted) {
-  EXPECT_EQ(keyMacros().fromText(QStringLiteral("UNDO\n[ok] Ctrl+9\r\nundo\r\nNOSUCH\nUNDO 3\nGOTOLINE x\nTYPE x\nTYPE \"a\\q\"\n"
-                                                "TYPE \"a\\u12\"\nTYPE \"a\"b\"\nMACROPLAY\n[\nREDO\n[]\nREDO\n[two] Ctrl+1, 2, 3, 4\nREDO")),
+  EXPECT_EQ(keyMacros().fromText(
+                QStringLiteral("UNDO\n[ok] Ctrl+9\r\nundo\r\nNOSUCH\nUNDO 3\nGOTOLINE x\nTYPE x\nTYPE \"a\\q\"\n"
+                               "TYPE \"a\\u12\"\nTYPE \"a\"b\"\nMACROPLAY\n[\nREDO\n[]\nREDO\n[two] Ctrl+1, 2, 3, 4\nREDO")),
             14);
   EXPECT_EQ(keyMacros().toText().toStdString(), "[ok] Ctrl+9\nUNDO\n[two]\nREDO");
 }

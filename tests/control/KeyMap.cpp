@@ -12,7 +12,7 @@ QKeySequence keys(const char* text) { return QKeySequence(QString::fromLatin1(te
 int idOf(const char* name) { return anyCommandByName(QString::fromLatin1(name))->id; }
 int stroke(int key, Qt::KeyboardModifiers modifiers = {}) { return KeyMap::strokeOf(QKeyEvent(QEvent::KeyPress, key, modifiers)); }
 
-}  // namespace
+}   // namespace
 
 TEST(KeyMap, EveryDefaultKeyRunsItsCommand) {
   const KeyMap map;
@@ -29,8 +29,9 @@ TEST(KeyMap, EveryDefaultKeyRunsItsCommand) {
       }
   EXPECT_GT(seen.size(), 90);
   // Keys that the frame has for itself.
-  for (const char* frames : {"Ctrl+N", "Ctrl+O", "Ctrl+S", "Ctrl+P", "Ctrl+W", "Ctrl+F", "Ctrl+H", "Ctrl+G", "F1", "F2", "F3",
-                             "F5", "F6", "Ctrl+F2", "Shift+F1", "Shift+F2", "Shift+F3", "Ctrl+Shift+F1", "Ctrl+F4", "Ctrl+Shift+S"})
+  for (const char* frames :
+       {"Ctrl+N", "Ctrl+O", "Ctrl+S", "Ctrl+P",  "Ctrl+W",   "Ctrl+F",   "Ctrl+H",   "Ctrl+G",        "F1",      "F2",
+        "F3",     "F5",     "F6",     "Ctrl+F2", "Shift+F1", "Shift+F2", "Shift+F3", "Ctrl+Shift+F1", "Ctrl+F4", "Ctrl+Shift+S"})
     EXPECT_TRUE(map.actionOf(keys(frames)).isNone()) << frames;
 }
 
@@ -86,7 +87,8 @@ TEST(KeyMap, NamedActionsHaveDefaultsAndKeysOfTheirOwn) {
   EXPECT_EQ(map.keysOf(save), QList{keys("Ctrl+1")}) << "a default takes nothing away from others";
   map.bind(keys("Ctrl+J, S"), save);
   KeyAction action;
-  EXPECT_EQ(map.find(stroke(Qt::Key_J, Qt::ControlModifier), 0, &action), KeyMap::Match::none) << "the text leaves it to short-cuts";
+  EXPECT_EQ(map.find(stroke(Qt::Key_J, Qt::ControlModifier), 0, &action), KeyMap::Match::none)
+      << "the text leaves it to short-cuts";
   map.bind(keys("Ctrl+K, S"), save);
   EXPECT_EQ(map.find(stroke(Qt::Key_K, Qt::ControlModifier), stroke(Qt::Key_S), &action), KeyMap::Match::exact);
   EXPECT_EQ(action, save);
@@ -119,7 +121,9 @@ TEST(KeyMap, TextRoundTripsAndSkipsWhatItDoesNotKnow) {
   EXPECT_EQ(other.actionOf(keys("Ctrl+M")).macro, QStringLiteral("mine"));
   EXPECT_TRUE(other.actionOf(keys("Ctrl+9")).isNone());
 
-  EXPECT_EQ(other.fromText(QStringLiteral("\r\nCtrl+1=undo\r\nnonsense\n=UNDO\nCtrl+2=NOSUCH\nCtrl+A, B, C, D=UNDO\nHyper+=UNDO\n\x01=\n")), 6);
+  EXPECT_EQ(other.fromText(
+                QStringLiteral("\r\nCtrl+1=undo\r\nnonsense\n=UNDO\nCtrl+2=NOSUCH\nCtrl+A, B, C, D=UNDO\nHyper+=UNDO\n\x01=\n")),
+            6);
   EXPECT_EQ(other.actionOf(keys("Ctrl+1")).command, idOf("UNDO"));
   EXPECT_TRUE(other.actionOf(keys("Ctrl+2")).isNone());
   EXPECT_EQ(other.actionOf(keys("Ctrl+Z")).command, idOf("UNDO"));

@@ -10,10 +10,12 @@ std::string lines(int count, const char* line) {
   return text;
 }
 
-}  // namespace
+}   // namespace
 
 TEST(LargeTexts, AMillionLinesChangeInOneStep) {
-  struct Case { const char *command, *line, *after; };
+  struct Case {
+    const char *command, *line, *after;
+  };
   for (const Case& c : std::vector<Case>{{"UPPERCASESELECTION", "  signal_a <= b;\n", "  SIGNAL_A <= B;\n"},
                                          {"LOWERCASESELECTION", "Prüfung A\r\n", "prüfung a\r\n"},
                                          {"TABIFYSELECTION", "        a <= b;   -- x\n", "\t\ta <= b;\t  -- x\n"},

@@ -55,7 +55,8 @@ class Limits : public PaneFixture {
       viewport()->grab();
       costs.push_back(spentMs() - before);
     };
-    for (const auto& [line, column] : {std::pair<qint64, qint64>{0, 0}, {control.LineCount() / 2, 5}, {control.LineCount() - 1, 0}}) {
+    for (const auto& [line, column] :
+         {std::pair<qint64, qint64>{0, 0}, {control.LineCount() / 2, 5}, {control.LineCount() - 1, 0}}) {
       timed([&] { control.SetSel({line, column, line, column, false}); });
       for (int i = 0; i < 5; ++i) timed([&] { key(Qt::Key_A, {}, u"a"_s); });
       timed([&] { key(Qt::Key_Return, {}, u"\r"_s); });
@@ -98,7 +99,8 @@ TEST_F(Limits, T8_LargeTextsOpenAnswerAndFit) {
     ASSERT_EQ(control.LineCount(), row.lineLength > 0 ? bytes / row.lineLength + 1 : 1);
     const double dearest = dearestKey();
     const std::int64_t grown = residentBytes() - before;
-    std::printf("%s: dearest key %.1f ms, of a small text %.1f ms, memory %.2f of %lld MiB\n", row.name, dearest, small, double(grown) / double(bytes), static_cast<long long>(bytes / kMiB));
+    std::printf("%s: dearest key %.1f ms, of a small text %.1f ms, memory %.2f of %lld MiB\n", row.name, dearest, small,
+                double(grown) / double(bytes), static_cast<long long>(bytes / kMiB));
     if (!kSanitized) {
       EXPECT_LT(dearest, small * 400);
       EXPECT_LT(double(grown), double(bytes) * row.memory + 48.0 * kMiB);
@@ -114,10 +116,15 @@ TEST_F(Limits, T9_WhatIsTooMuchForColoursIsKeptAsText) {
   const std::string nested = std::string(60'000, '(') + "{[\"/*" + std::string(60'000, ')');
   std::string manyBreaks, mixed;
   for (int i = 0; i < 200'000; ++i) manyBreaks += "\r\n";
-  for (int i = 0; i < 40'000; ++i) mixed += std::string("\0\x80\xE2\x80\xAE" "a\xCC\x81\t", 9);
+  for (int i = 0; i < 40'000; ++i)
+    mixed += std::string(
+        "\0\x80\xE2\x80\xAE"
+        "a\xCC\x81\t",
+        9);
   const std::pair<const char*, std::string> rows[] = {
       {"a long line", std::string(3'000'000, 'w')},
-      {"a long line of words", [] {
+      {"a long line of words",
+       [] {
          std::string text;
          for (int i = 0; i < 300'000; ++i) text += "if else ";
          return text;
@@ -127,7 +134,8 @@ TEST_F(Limits, T9_WhatIsTooMuchForColoursIsKeptAsText) {
       {"an endless comment", "/*" + std::string(1'000'000, '\n')},
       {"many breaks", manyBreaks},
       {"marks and controls on one line", mixed},
-      {"a letter with endless marks", [] {
+      {"a letter with endless marks",
+       [] {
          std::string text = "a";
          for (int i = 0; i < 100'000; ++i) text += "\xCC\x81";
          return text;
@@ -160,4 +168,4 @@ TEST_F(Limits, T9_WhatIsTooMuchForColoursIsKeptAsText) {
   control.setWhiteSpaceDisplay(false);
 }
 
-}  // namespace
+}   // namespace

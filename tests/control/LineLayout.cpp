@@ -21,7 +21,9 @@ QFont testFont(const char* family) {
 QFont fixedFont() { return testFont("DejaVu Sans Mono"); }
 QFont proportionalFont() { return testFont("DejaVu Sans"); }
 
-LineLayout layOut(std::string_view line, const GlyphMetrics& metrics, int tab = 4) { return LineLayout(line, true, {}, metrics, tab, 1e300); }
+LineLayout layOut(std::string_view line, const GlyphMetrics& metrics, int tab = 4) {
+  return LineLayout(line, true, {}, metrics, tab, 1e300);
+}
 
 // The kinds and widths in cells: "g1 t3 l2[FF]".
 std::string shape(std::string_view line, const GlyphMetrics& metrics, int tab = 4) {
@@ -35,12 +37,16 @@ std::string shape(std::string_view line, const GlyphMetrics& metrics, int tab = 
   return result;
 }
 
-}  // namespace
+}   // namespace
 
 TEST(LineLayout, H1_EveryCharacterHasItsPlaceAndNothingHides) {
   const GlyphMetrics metrics(fixedFont(), 1);
   ASSERT_TRUE(metrics.fixedPitch());
-  struct Case { const char* what; std::string line, expected; };
+  struct Case {
+    const char* what;
+    std::string line, expected;
+  };
+  // clang-format off
   const Case cases[] = {
       {"plain", "a b", "g1 b1 g1"},
       {"tabs stop at multiples", "\ta\tabcd\t", "t4 g1 t3 g1 g1 g1 g1 t4"},
@@ -63,6 +69,7 @@ TEST(LineLayout, H1_EveryCharacterHasItsPlaceAndNothingHides) {
       {"a family is one", "\U0001F468\u200D\U0001F469\u200D\U0001F467" "a", "s2 g1"},
       {"right-to-left letters stay in order", "\xD7\x90\xD7\x91", "s1 s1"},
   };
+  // clang-format on
   for (const auto& c : cases) EXPECT_EQ(shape(c.line, metrics), c.expected) << c.what;
   EXPECT_EQ(shape("ab\tc", metrics, 8), "g1 g1 t6 g1");
 }
@@ -99,7 +106,8 @@ TEST(LineLayout, EndlessMarksAreCutIntoPieces) {
 
 TEST(LineLayoutLongLines, PlacesEqualThoseOfTheWholeLine) {
   std::mt19937 random(11);
-  const std::vector<std::string> pieces{"plain text ", "\t", "\xE6\xBC\xA2", "e\xCC\x81", "\xFF", "\xE2\x80\x8B", std::string(1, '\0'), "abcdefgh12345678"};
+  const std::vector<std::string> pieces{"plain text ", "\t",           "\xE6\xBC\xA2",       "e\xCC\x81",
+                                        "\xFF",        "\xE2\x80\x8B", std::string(1, '\0'), "abcdefgh12345678"};
   for (const QFont& font : {fixedFont(), proportionalFont()}) {
     const GlyphMetrics metrics(font, 1);
     std::string line;
@@ -107,7 +115,8 @@ TEST(LineLayoutLongLines, PlacesEqualThoseOfTheWholeLine) {
     TextModel model;
     model.replaceAll(text::Snapshot("short\n" + line + "\n" + line + "\nend"), {});
     LongLines lines;
-    QObject::connect(&model, &TextModel::changed, &model, [&](const text::Change& change) { lines.onChange(change, model.snapshot()); });
+    QObject::connect(&model, &TextModel::changed, &model,
+                     [&](const text::Change& change) { lines.onChange(change, model.snapshot()); });
     std::int64_t first = 1;   // of two
     for (int round = 0; round < 50; ++round) {
       const LineNo number(first + round % 2);
@@ -127,13 +136,20 @@ TEST(LineLayoutLongLines, PlacesEqualThoseOfTheWholeLine) {
       const ByteOffset start = model.snapshot().lineStart(number);
       const auto& at = whole.items()[random() % whole.items().size()];
       const ByteOffset place = start + at.byte;
-      const std::vector<text::Edit> edits{{{ByteOffset(0), ByteOffset(0)}, "new\n"}, {{place, place + at.bytes}, pieces[random() % pieces.size()]}};
+      const std::vector<text::Edit> edits{{{ByteOffset(0), ByteOffset(0)}, "new\n"},
+                                          {{place, place + at.bytes}, pieces[random() % pieces.size()]}};
       switch (random() % 5) {
         case 0: model.document().apply(edits[1], {}); break;
-        case 1: model.document().apply(edits[0], {}); ++first; break;
+        case 1:
+          model.document().apply(edits[0], {});
+          ++first;
+          break;
         case 2: model.document().apply(text::Edit{{start, start}, "\xCC\x81"}, {}); break;
         case 3: model.document().apply(text::Edit{{model.snapshot().size(), model.snapshot().size()}, "\nmore"}, {}); break;
-        case 4: model.document().apply(edits, {}); ++first; break;
+        case 4:
+          model.document().apply(edits, {});
+          ++first;
+          break;
       }
     }
   }

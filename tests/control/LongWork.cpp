@@ -102,17 +102,23 @@ TEST_F(LongWorkTest, WorkThatHasToEndKeepsItsWindowAndSaysHowFarItIs) {
     if (!dialog || dialog->value() != 40) return;
     press(dialog, Qt::Key_Escape);
     dialog->close();
-    seen = QStringLiteral("%1 of %2%3").arg(dialog->value()).arg(dialog->maximum()).arg(dialog->isVisible() ? QString() : QStringLiteral(", gone"));
+    seen = QStringLiteral("%1 of %2%3")
+               .arg(dialog->value())
+               .arg(dialog->maximum())
+               .arg(dialog->isVisible() ? QString() : QStringLiteral(", gone"));
     mayEnd = true;
   });
   look.start(5);
   bool cancelled = false;
-  LongWork::run(control, 1, [&](text::SearchControl& progress) {
-    progress.bytesTotal = 50;   // who does the work knows better
-    progress.bytesDone = 20;
-    for (int n = 0; n < kPatience && !mayEnd; ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    cancelled = progress.cancel;
-  }, QStringLiteral("Saving"), false);
+  LongWork::run(
+      control, 1,
+      [&](text::SearchControl& progress) {
+        progress.bytesTotal = 50;   // who does the work knows better
+        progress.bytesDone = 20;
+        for (int n = 0; n < kPatience && !mayEnd; ++n) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        cancelled = progress.cancel;
+      },
+      QStringLiteral("Saving"), false);
   EXPECT_EQ(seen.toStdString(), "40 of 100");
   EXPECT_FALSE(cancelled);
 }
@@ -126,15 +132,19 @@ TEST_F(LongWorkTest, ReadingThatHangsIsLeftWhenItIsCancelled) {
     if (QProgressDialog* dialog = shownDialog()) press(dialog, Qt::Key_Escape);
   });
   look.start(5);
-  EXPECT_FALSE(LongWork::runOrLeave(control, [hang, read](text::SearchControl&) {
-    hang->get_future().wait();
-    read->set_value(1);
-  }, QStringLiteral("Opening")));
+  EXPECT_FALSE(LongWork::runOrLeave(
+      control,
+      [hang, read](text::SearchControl&) {
+        hang->get_future().wait();
+        read->set_value(1);
+      },
+      QStringLiteral("Opening")));
   EXPECT_FALSE(isDialogUp());
   hang->set_value();
   EXPECT_EQ(read->get_future().get(), 1);
   bool called = false;
-  EXPECT_TRUE(LongWork::runOrLeave(control, [&](text::SearchControl&) { called = true; }, QString()));
+  EXPECT_TRUE(LongWork::runOrLeave(
+      control, [&](text::SearchControl&) { called = true; }, QString()));
   EXPECT_TRUE(called);
 }
 
@@ -169,4 +179,4 @@ TEST_F(LongWorkTest, WhileACommandStringRunsItsWatchHearsAndNoWindowComes) {
   EXPECT_TRUE(cancelled && !window);
 }
 
-}  // namespace
+}   // namespace

@@ -1,9 +1,9 @@
 // T10 through the control: when memory runs out while a person loads, pastes, replaces or undoes, a box says so, and text, undo,
 // selection and file name are what they were.
+#include <sys/resource.h>
 #include <QClipboard>
 #include <QDropEvent>
 #include <QMimeData>
-#include <sys/resource.h>
 
 #include "base/dialog/Memory.h"
 #include "control/edit/CommandTable.h"
@@ -61,7 +61,8 @@ TEST_F(OutOfMemory, T10_IsToldAndTheOldStateIsWhole) {
   QMimeData dragged;
   const QPoint kDropAt(100, 20);
   const Deed deeds[] = {
-      {"load", [](OutOfMemory&) {}, [&](OutOfMemory& t) {
+      {"load", [](OutOfMemory&) {},
+       [&](OutOfMemory& t) {
          const QString error = t.control.OpenFile(QString::fromStdString(folder / "large"));
          if (!error.isEmpty()) MsgBox(error);
        }},
@@ -92,7 +93,8 @@ TEST_F(OutOfMemory, T10_IsToldAndTheOldStateIsWhole) {
          t.key(Qt::Key_Z, Qt::ControlModifier);
        },
        [](OutOfMemory& t) { t.key(Qt::Key_Y, Qt::ControlModifier); }},
-      {"several commands as one step", search, [](OutOfMemory& t) {
+      {"several commands as one step", search,
+       [](OutOfMemory& t) {
          const EditBlock block(t.control);
          t.control.InsertText(u"first "_s, {0, 0});
          t.control.ExecuteCmd(t.number("REPLACEALLINBUFFER"));
@@ -138,7 +140,7 @@ TEST_F(OutOfMemory, T10_IsToldAndTheOldStateIsWhole) {
         ASSERT_EQ(state(), before);
         QApplication::processEvents();   // what is shown fits the text
         deed.approach(*this);
-        deed.act(*this);                 // memory is there again
+        deed.act(*this);   // memory is there again
         ASSERT_EQ(state(), done);
       }
       if (!hit) break;
@@ -174,4 +176,4 @@ TEST_F(OutOfMemory, T10_ATextLargerThanMemoryIsNotPasted) {
             0);
 }
 
-}  // namespace
+}   // namespace

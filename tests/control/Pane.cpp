@@ -75,7 +75,8 @@ TEST_F(PaneInput, KeysTypeMoveAndTell) {
   EXPECT_EQ(now(), "\t|ab\nc") << "Tab types and keeps the focus";
   key(Qt::Key_Q, Qt::ControlModifier | Qt::AltModifier, q("@"));
   EXPECT_EQ(now(), "\t@|ab\nc") << "AltGr comes as Ctrl+Alt";
-  for (const auto modifiers : {Qt::KeyboardModifiers(Qt::AltModifier), Qt::AltModifier | Qt::ShiftModifier, Qt::KeyboardModifiers(Qt::MetaModifier)})
+  for (const auto modifiers :
+       {Qt::KeyboardModifiers(Qt::AltModifier), Qt::AltModifier | Qt::ShiftModifier, Qt::KeyboardModifiers(Qt::MetaModifier)})
     key(Qt::Key_Q, modifiers, q("q"));
   key(Qt::Key_1, Qt::ControlModifier | Qt::AltModifier, q("1"));
   EXPECT_EQ(now(), "\t@|ab\nc") << "a key of menus and short-cuts that nobody has taken";
@@ -99,7 +100,12 @@ TEST_F(PaneInput, ReadOnlyTextTakesNoKeys) {
 
 TEST_F(PaneInput, MouseSelects) {
   const char* text = "|alpha beta\ngamma delta\nlast";
-  struct Case { const char* what; std::function<void(PaneInput&)> act; const char* expected; };
+  struct Case {
+    const char* what;
+    std::function<void(PaneInput&)> act;
+    const char* expected;
+  };
+  // clang-format off
   const Case cases[] = {
       {"click", [](PaneInput& t) { t.click(t.pointOf(1, 3)); }, "alpha beta\ngam|ma delta\nlast"},
       {"click behind a line", [](PaneInput& t) { t.click(t.pointOf(0, 10) + QPoint(200, 0)); }, "alpha beta|\ngamma delta\nlast"},
@@ -122,6 +128,7 @@ TEST_F(PaneInput, MouseSelects) {
          t.drag(t.pointOf(0, 10) + QPoint(8 * 4, 0), t.pointOf(1, 2), Qt::AltModifier);
        }, "alpha beta····#\nga|mma delta\nlast"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     put(text);
     ASSERT_DOUBLE_EQ(pane()->view().metrics().cell(), 8) << "the cases count in cells of 8 pixels";
@@ -227,7 +234,8 @@ TEST_F(PaneInput, ClipboardKeepsBadBytesAndShapes) {
 TEST_F(PaneInput, WheelScrollsAndZooms) {
   control.setText(QString(2000, u'\n'));
   const auto wheel = [this](int delta, Qt::KeyboardModifiers modifiers) {
-    QWheelEvent event(QPointF(100, 100), viewport()->mapToGlobal(QPointF(100, 100)), {}, QPoint(0, delta), Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
+    QWheelEvent event(QPointF(100, 100), viewport()->mapToGlobal(QPointF(100, 100)), {}, QPoint(0, delta), Qt::NoButton, modifiers,
+                      Qt::NoScrollPhase, false);
     QApplication::sendEvent(viewport(), &event);
   };
   wheel(-120, {});
@@ -385,8 +393,24 @@ TEST_F(PanePainting, OnlyChangedLinesArePainted) {
 
 TEST_F(PanePainting, H1_HostileTextsNeitherCrashNorStall) {
   std::mt19937 random(3);
-  const std::vector<std::string> pieces{std::string(1, '\0'), "\x1B[31m", "\xFF", "\xC3", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9",
-                                        "\xCC\x81\xCC\x82\xCC\x83", "\xEF\xB7\xBA", "\t", "\r", "\n", "(((((", "/*", "\xD7\x90\xD8\xA7", "\xE6\xBC\xA2", "\xEF\xBB\xBF", "word "};
+  const std::vector<std::string> pieces{std::string(1, '\0'),
+                                        "\x1B[31m",
+                                        "\xFF",
+                                        "\xC3",
+                                        "\xE2\x80\xAE",
+                                        "\xE2\x81\xA6",
+                                        "\xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9",
+                                        "\xCC\x81\xCC\x82\xCC\x83",
+                                        "\xEF\xB7\xBA",
+                                        "\t",
+                                        "\r",
+                                        "\n",
+                                        "(((((",
+                                        "/*",
+                                        "\xD7\x90\xD8\xA7",
+                                        "\xE6\xBC\xA2",
+                                        "\xEF\xBB\xBF",
+                                        "word "};
   control.setLanguage(q("C/C++"));
   for (int round = 0; round < 12; ++round) {
     std::string text;

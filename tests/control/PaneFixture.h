@@ -43,9 +43,7 @@ class PaneFixture : public ::testing::Test {
     control.editor().setSelection(text.selection);
     QApplication::processEvents();
   }
-  std::string now() {
-    return printCaret(bytes(), control.editor().selection());
-  }
+  std::string now() { return printCaret(bytes(), control.editor().selection()); }
   std::string bytes() { return control.model()->snapshot().bytes(); }
 
   // As the system does: menus are asked first, then the focus widget gets the key.
@@ -69,9 +67,11 @@ class PaneFixture : public ::testing::Test {
     const QPoint corner = pane(which)->view().pointOf(pane(which)->editor().offsetOf({line, column}));
     return corner + QPoint(1, pane(which)->view().lineHeight() / 2);
   }
-  void mouse(QEvent::Type type, QPoint at, Qt::MouseButton button = Qt::LeftButton, Qt::KeyboardModifiers modifiers = {}, int which = 0) {
+  void mouse(QEvent::Type type, QPoint at, Qt::MouseButton button = Qt::LeftButton, Qt::KeyboardModifiers modifiers = {},
+             int which = 0) {
     const bool move = type == QEvent::MouseMove, up = type == QEvent::MouseButtonRelease;
-    QMouseEvent event(type, at, viewport(which)->mapToGlobal(at), move ? Qt::NoButton : button, up ? Qt::NoButton : Qt::MouseButtons(button), modifiers);
+    QMouseEvent event(type, at, viewport(which)->mapToGlobal(at), move ? Qt::NoButton : button,
+                      up ? Qt::NoButton : Qt::MouseButtons(button), modifiers);
     QApplication::sendEvent(viewport(which), &event);
   }
   void click(QPoint at, Qt::KeyboardModifiers modifiers = {}, int which = 0) {

@@ -65,7 +65,9 @@ class PropertiesDialogTest : public testing::Test {
     EXPECT_TRUE(seen);
   }
   template <class Part>
-  static Part& part(QWidget& dialog, const char* name) { return *dialog.findChild<Part*>(QString::fromLatin1(name)); }
+  static Part& part(QWidget& dialog, const char* name) {
+    return *dialog.findChild<Part*>(QString::fromLatin1(name));
+  }
   static void choose(QWidget& dialog, const char* command) {
     auto& tree = part<QTreeWidget>(dialog, "commands");
     tree.setCurrentItem(tree.findItems(QString::fromLatin1(command), Qt::MatchExactly).value(0));
@@ -94,7 +96,7 @@ class PropertiesDialogTest : public testing::Test {
   }
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(PropertiesDialogTest, OkChangesEverythingOnceAndCancelNothing) {
   const ControlOptions before = ControlOptions::of(control);
@@ -129,8 +131,9 @@ TEST_F(PropertiesDialogTest, EachOptionOfTheDisplayCanBeSeen) {
   };
   const QImage before = picture();
   ControlOptions options = ControlOptions::of(control);
-  for (const auto option : {&ControlOptions::hSplitter, &ControlOptions::vSplitter, &ControlOptions::hScrollBar, &ControlOptions::vScrollBar,
-                            &ControlOptions::leftMargin, &ControlOptions::colorSyntax, &ControlOptions::whiteSpace}) {
+  for (const auto option :
+       {&ControlOptions::hSplitter, &ControlOptions::vSplitter, &ControlOptions::hScrollBar, &ControlOptions::vScrollBar,
+        &ControlOptions::leftMargin, &ControlOptions::colorSyntax, &ControlOptions::whiteSpace}) {
     for (const bool changed : {true, false}) {
       options.*option = !(options.*option);
       options.applyTo(control);
@@ -165,9 +168,7 @@ TEST_F(PropertiesDialogTest, SchemesFollowTheDesktopOrStay) {
   control.setPalette(dark);
   EXPECT_NEAR(control.GetColor(0).blue(), lightWindow.blue(), 1);
   EXPECT_EQ(ControlOptions::of(control).look(), ControlOptions::Look::light);
-  run(QDialogButtonBox::Ok, [](QWidget& d) {
-    part<QPushButton>(d, "followDesktop").click();
-  });
+  run(QDialogButtonBox::Ok, [](QWidget& d) { part<QPushButton>(d, "followDesktop").click(); });
   EXPECT_EQ(control.GetColor(0), ColorScheme::schemeColor(0, true));
   EXPECT_EQ(ControlOptions::of(control).look(), ControlOptions::Look::desktop);
   control.setPalette(light);

@@ -7,8 +7,9 @@
 
 namespace {
 
-const std::string kPieces[] = {"\n", "\r\n", "\t", " ", "  ", "a", "Word", "x_1", "(", "}", ".", ". ", "\xCC\x81", "世", "😀",
-                               "\xFF", "\xC3", std::string(1, '\0'), "\r", "\n\n"};
+const std::string kPieces[] = {"\n", "\r\n", "\t", " ",        "  ", "a", "Word", "x_1",  "(",
+                               "}",  ".",    ". ", "\xCC\x81", "世", "😀", "\xFF", "\xC3", std::string(1, '\0'),
+                               "\r", "\n\n"};
 
 std::string randomText(std::mt19937& random, int pieces) {
   std::string text;
@@ -71,7 +72,7 @@ void oneRun(unsigned seed, int steps) {
   searchState() = {};
 }
 
-}  // namespace
+}   // namespace
 
 TEST(RandomCommands, KeepTheTextWholeAndUndo) {
   const int steps = qEnvironmentVariableIsSet("ZELKOR_STEPS") ? qEnvironmentVariableIntValue("ZELKOR_STEPS") : 300;

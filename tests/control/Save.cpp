@@ -64,4 +64,4 @@ TEST(Save, S14_WhatIsTypedDuringASlowSaveStaysModified) {
   EXPECT_FALSE(control.Modified());
 }
 
-}  // namespace
+}   // namespace

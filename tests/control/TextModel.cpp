@@ -22,11 +22,23 @@ std::string marked(const TextModel& model) {   // bookmarks as "1 3"
   return result;
 }
 
-}  // namespace
+}   // namespace
 
 TEST(TextModelStrings, BorderIsExactBothWays) {
-  const std::string cases[] = {"", "plain", std::string("a\0b", 3), "\xEF\xBB\xBF" "BOM is text", "\xEF\xBB\xBF\xFF", "gr\xC3\xBC\xC3\x9F",
-                               "\xF0\x9F\x98\x80", "\x80\xFF", "\xC3", "\xED\xA0\x80 surrogate", "\xC0\x80 overlong", "\xF0\x9F\x98", "\xEF\xBF\xBD"};
+  const std::string cases[] = {"",
+                               "plain",
+                               std::string("a\0b", 3),
+                               "\xEF\xBB\xBF"
+                               "BOM is text",
+                               "\xEF\xBB\xBF\xFF",
+                               "gr\xC3\xBC\xC3\x9F",
+                               "\xF0\x9F\x98\x80",
+                               "\x80\xFF",
+                               "\xC3",
+                               "\xED\xA0\x80 surrogate",
+                               "\xC0\x80 overlong",
+                               "\xF0\x9F\x98",
+                               "\xEF\xBF\xBD"};
   for (const auto& bytes : cases) EXPECT_EQ(fromQString(toQString(bytes)), bytes);
   std::mt19937 random(7);
   const std::string_view trouble("a\0\x80\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80\xED\xFF\n", 15);
@@ -43,7 +55,12 @@ TEST(TextModelStrings, BorderIsExactBothWays) {
 }
 
 TEST(TextModelBookmarks, StayWithTheirLines) {
-  struct Case { const char* what; std::int64_t begin, end; const char* with; const char* after; };
+  struct Case {
+    const char* what;
+    std::int64_t begin, end;
+    const char* with;
+    const char* after;
+  };
   // Lines "0" to "5", two bytes each; bookmarks on 1, 3 and 4.
   const Case cases[] = {{"typing in a line", 6, 7, "xyz", "1 3 4"},
                         {"break before a marked line", 2, 2, "\n", "2 4 5"},
@@ -76,9 +93,16 @@ TEST(TextModelBookmarks, SetAndClear) {
 }
 
 TEST(TextModelLineEnds, NewLineFollowsItsNeighbourUntilOneIsChosen) {
-  struct Case { const char* bytes; int line; const char* expected; const char* chosen; bool crlf; };
-  const Case cases[] = {{"a\r\nb\nc", 0, "\r\n", "\n", true}, {"a\r\nb\nc", 1, "\n", "\n", true}, {"a\r\nb\nc", 2, "\n", "\n", true},
-                        {"a\nb\r\nc", 2, "\r\n", "\r\n", false}, {"no break", 0, "\n", "\r\n", false}, {"a\rb\nc", 0, "\n", "\n", true}};
+  struct Case {
+    const char* bytes;
+    int line;
+    const char* expected;
+    const char* chosen;
+    bool crlf;
+  };
+  const Case cases[] = {{"a\r\nb\nc", 0, "\r\n", "\n", true}, {"a\r\nb\nc", 1, "\n", "\n", true},
+                        {"a\r\nb\nc", 2, "\n", "\n", true},   {"a\nb\r\nc", 2, "\r\n", "\r\n", false},
+                        {"no break", 0, "\n", "\r\n", false}, {"a\rb\nc", 0, "\n", "\n", true}};
   for (const auto& c : cases) {
     TextModel model;
     model.replaceAll(text::Snapshot(c.bytes), {});

@@ -14,7 +14,8 @@ struct Fixture {
   std::vector<int> pages;
   int lines = 0;
   explicit Fixture(QSizeF inches = {4, 3}, double margin = 36) {
-    printer.setPageLayout(QPageLayout(QPageSize(inches, QPageSize::Inch), QPageLayout::Portrait, QMarginsF(margin, margin, margin, margin), QPageLayout::Point));
+    printer.setPageLayout(QPageLayout(QPageSize(inches, QPageSize::Inch), QPageLayout::Portrait,
+                                      QMarginsF(margin, margin, margin, margin), QPageLayout::Point));
     QFont font(QStringLiteral("DejaVu Sans Mono"));
     font.setPointSizeF(10);
     printer.setFont(font);
@@ -36,7 +37,7 @@ struct Fixture {
   }
 };
 
-}  // namespace
+}   // namespace
 
 TEST(VSPrinter, BreaksAtBlanksElseAnywhere) {
   Fixture f;
@@ -46,7 +47,8 @@ TEST(VSPrinter, BreaksAtBlanksElseAnywhere) {
   f.printer.Print(QString(fits + 2, u'x') + QStringLiteral("\n"));
   f.printer.Print(QStringLiteral("\r\nend\r\n"));
   f.printer.EndDoc();
-  const QStringList expected{QString(fits - 3, u'a') + u' ', QStringLiteral("bbbb cc"), QString(fits, u'x'), QStringLiteral("xx"), QStringLiteral("end")};
+  const QStringList expected{QString(fits - 3, u'a') + u' ', QStringLiteral("bbbb cc"), QString(fits, u'x'), QStringLiteral("xx"),
+                             QStringLiteral("end")};
   EXPECT_EQ(f.text(0), expected);
   EXPECT_EQ(f.lines, 6) << "an empty paragraph is a line too";
   const auto& page = *f.printer.document().pages[0];
@@ -126,7 +128,8 @@ TEST(VSPrinter, MarginsLargerThanThePaperLeaveAnInch) {
 TEST(VSPrinter, Table) {
   Fixture f({8, 6});
   f.printer.StartDoc();
-  f.printer.AddTable(QStringLiteral("^+1in|<+3in|>+2in"), QStringLiteral("Line|Comment|Type;"), QStringLiteral("7|bad name|style;;"));
+  f.printer.AddTable(QStringLiteral("^+1in|<+3in|>+2in"), QStringLiteral("Line|Comment|Type;"),
+                     QStringLiteral("7|bad name|style;;"));
   f.printer.EndDoc();
   const auto& page = *f.printer.document().pages[0];
   EXPECT_EQ(f.text(0), (QStringList{QStringLiteral("LineCommentType"), QStringLiteral("7bad namestyle")}));

@@ -46,7 +46,7 @@ QStringList offered(const QString& before) {
   return list;
 }
 
-}  // namespace
+}   // namespace
 
 TEST(CommandDialog, OffersWhatMayStandThere) {
   struct Case {

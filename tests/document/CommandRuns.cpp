@@ -30,13 +30,14 @@ void press(QWidget* widget, int key, const QString& text = {}) {
   QApplication::sendEvent(widget, &event);
 }
 
-}  // namespace
+}   // namespace
 
 TEST(CommandRuns, IsOneUndoStepInEachText) {
   RunFrame frame;
   frame.cmx().setText(u"one\ntwo"_s);
   frame.logWindow->AppendLog(u"log\r\n"_s);
-  EXPECT_EQ(frame.run(u"cmdSELECTALL\ncmdUPPERCASESELECTION\ncmdDOCUMENTEND\ncmdINSERTCHAR !\nECHO a\nECHO b"_s).ending, Ending::done);
+  EXPECT_EQ(frame.run(u"cmdSELECTALL\ncmdUPPERCASESELECTION\ncmdDOCUMENTEND\ncmdINSERTCHAR !\nECHO a\nECHO b"_s).ending,
+            Ending::done);
   EXPECT_EQ(frame.cmx().GetLine(1), u"TWO!"_s);
   EXPECT_EQ(frame.logWindow->Text(), u"log\r\na\r\nb\r\n"_s);
   EXPECT_EQ(frame.shown, 1);
@@ -143,17 +144,21 @@ TEST(CommandRuns, EscapeEndsTheWaitAndTheProgram) {
 }
 
 TEST(CommandRuns, EscapeEndsALongRun) {
-  for (const QString& commands : {u"cmdINSERTCHAR some text\n"_s.repeated(200000), u"cmdSETREPEATCOUNT 1000000\ncmdINSERTCHAR some text\n"_s}) {
+  for (const QString& commands :
+       {u"cmdINSERTCHAR some text\n"_s.repeated(200000), u"cmdSETREPEATCOUNT 1000000\ncmdINSERTCHAR some text\n"_s}) {
     RunFrame frame;
     frame.document->show();
     bool typed = false;
     QObject timer;
     // What is typed while a run works is not let through; Esc is.
-    QMetaObject::invokeMethod(&timer, [&] {
-      press(frame.document.get(), Qt::Key_A, u"a"_s);
-      press(frame.document.get(), Qt::Key_Escape);
-      typed = true;
-    }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &timer,
+        [&] {
+          press(frame.document.get(), Qt::Key_A, u"a"_s);
+          press(frame.document.get(), Qt::Key_Escape);
+          typed = true;
+        },
+        Qt::QueuedConnection);
     const auto outcome = frame.run(commands);
     EXPECT_TRUE(typed);
     EXPECT_EQ(outcome.ending, Ending::stopped);
@@ -171,14 +176,16 @@ TEST(CommandRuns, EscapeEndsAStatementThatTakesLong) {
   for (const QString& statement : {u"cmdREPLACEALLINBUFFER"_s, u"USAGE a -v"_s}) {
     SCOPED_TRACE(statement.toStdString());
     QObject later;
-    QMetaObject::invokeMethod(&later, [&] { press(frame.document.get(), Qt::Key_Escape); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &later, [&] { press(frame.document.get(), Qt::Key_Escape); }, Qt::QueuedConnection);
     QStringList told;
     setStatusSink([&](const QString& words) { told << words; });
     const auto outcome = frame.run(u"cmdSETFINDTEXT a\ncmdSETREPLACETEXT b\n"_s + statement + u"\nECHO never"_s);
     setStatusSink({});
     EXPECT_EQ(outcome.ending, Ending::stopped);
     EXPECT_EQ(outcome.line, 3);
-    EXPECT_TRUE(!told.isEmpty() && told.first().startsWith(u"Searching..."_s) && told.first().contains(u"Esc"_s)) << told.join(u'|').toStdString();
+    EXPECT_TRUE(!told.isEmpty() && told.first().startsWith(u"Searching..."_s) && told.first().contains(u"Esc"_s))
+        << told.join(u'|').toStdString();
     EXPECT_FALSE(told.last().contains(u"Searching"_s)) << "it does not search any more";
     EXPECT_EQ(frame.cmx().TextLength(), text.size());
     EXPECT_FALSE(frame.cmx().Modified());
@@ -344,4 +351,3 @@ TEST(CommandRuns, AMacroSavesBeforeItStartsAProgram) {
   runs::setSavesBeforePrograms(true);
   setLanguages(before);
 }
-

@@ -268,8 +268,7 @@ TEST_F(DocumentLanguage, RefusedDefinitionIsReported) {
   document.cmx->setText(q("text"));
   boxes.answer(Answer::ok);
   document.SetLanguage(3);
-  EXPECT_EQ(boxes.last().text,
-            q("Language Definition Broken Contains error : Please check that multi-line comments match"));
+  EXPECT_EQ(boxes.last().text, q("Language Definition Broken Contains error : Please check that multi-line comments match"));
   EXPECT_EQ(boxes.last().icon, Icon::exclamation);
   EXPECT_EQ(document.cmx->Language(), QString());
   EXPECT_EQ(document.cmx->Text(), q("text"));
@@ -387,4 +386,4 @@ TEST_F(DocumentClose, WindowGoesOrStays) {
   EXPECT_TRUE(main.calls.isEmpty());
 }
 
-}  // namespace
+}   // namespace

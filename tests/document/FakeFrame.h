@@ -70,7 +70,7 @@ class FakeFrame : public Frame, public ProfiledFrame {
   };
   QWidget window;
   QHash<QString, bool> checks, enabled;
-  QHash<QString, Entry> menus;     // "name(index)", "name" for the item itself
+  QHash<QString, Entry> menus;   // "name(index)", "name" for the item itself
   int documentState = 0;
   bool activeModified = false, anyModified = false;
 

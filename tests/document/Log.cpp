@@ -21,7 +21,7 @@ void doubleClick(frmLog& log, qint64 line, qint64 column) {
   log.cmx_DblClick();
 }
 
-}  // namespace
+}   // namespace
 
 TEST(Log, StreamsBeginTheirOwnLines) {
   frmLog log;
@@ -102,18 +102,21 @@ TEST(Log, L1_ControlCharactersAreEscapedAndTextStaysOut) {
   ASSERT_TRUE(loaded);
   frame.active->setFile(path);
   frame.cmx().InsertText(u"typed and never saved"_s, {0, 0});
-  frame.run(u"ECHO a\x1B[2Jb\nFILEINFO\ncmdSELECTALL\ncmdUPPERCASESELECTION\nSHELLW %1 out \"c\a\u200Bd\" err \"e\u202Ef\"\n"_s.arg(startee()));
+  frame.run(u"ECHO a\x1B[2Jb\nFILEINFO\ncmdSELECTALL\ncmdUPPERCASESELECTION\nSHELLW %1 out \"c\a\u200Bd\" err \"e\u202Ef\"\n"_s.arg(
+      startee()));
   const QString log = frame.logWindow->Text();
   for (const QString& part : {u"a<U+001B>[2Jb"_s, u"two\\nlines<U+202E>.v"_s, u"c<U+0007><U+200B>d"_s, u"e<U+202E>f"_s})
     EXPECT_TRUE(log.contains(part)) << qPrintable(part) << "\n" << qPrintable(log);
   for (const QChar c : log) EXPECT_TRUE(c.isPrint() || c == u'\r' || c == u'\n' || c == u'\t') << int(c.unicode());
-  for (const QString& part : {u"secret"_s, u"SECRET"_s, u"typed"_s, u"TYPED"_s}) EXPECT_FALSE(log.contains(part)) << qPrintable(log);
+  for (const QString& part : {u"secret"_s, u"SECRET"_s, u"typed"_s, u"TYPED"_s})
+    EXPECT_FALSE(log.contains(part)) << qPrintable(log);
 }
 
 TEST(Log, ProgramOutputComesByLinesAndWithItsEnd) {
   frmLog log;
   int error = 0;
-  auto* const program = process::Program::start({startee().toStdString(), "out", "\xC3\xA9 one", "err", "two", "exit", "4"}, 1, &error);
+  auto* const program =
+      process::Program::start({startee().toStdString(), "out", "\xC3\xA9 one", "err", "two", "exit", "4"}, 1, &error);
   ASSERT_NE(program, nullptr);
   log.watch(*program);
   EXPECT_TRUE(log.stopAction->isEnabled());
@@ -122,7 +125,8 @@ TEST(Log, ProgramOutputComesByLinesAndWithItsEnd) {
   EXPECT_TRUE(log.Text().endsWith(u"[startee: exit code 4]\r\n"_s));
   EXPECT_FALSE(log.stopAction->isEnabled());
   log.Clear();
-  auto* const open = process::Program::start({"/bin/sh", "-c", "printf '\\303'; sleep 0.6; printf '\\251 tail'; sleep 300"}, 1, &error);
+  auto* const open =
+      process::Program::start({"/bin/sh", "-c", "printf '\\303'; sleep 0.6; printf '\\251 tail'; sleep 300"}, 1, &error);
   log.watch(*open);
   EXPECT_TRUE(spinUntil([&] { return log.Text() == u"\u00e9 tail"_s; })) << "an open line is shown, a character never in halves";
   log.stopAction->trigger();
@@ -140,7 +144,7 @@ TEST(Log, DigitsLeadToTheLineOfTheDocument) {
     doubleClick(*frame.logWindow, 1, column);
     EXPECT_EQ(frame.cmx().GetSel(true).IsEmpty(), true) << column;
   }
-  doubleClick(*frame.logWindow, 2, 0);      // no word
+  doubleClick(*frame.logWindow, 2, 0);   // no word
   EXPECT_TRUE(frame.cmx().GetSel(true).IsEmpty());
   doubleClick(*frame.logWindow, 0, 0);
   EXPECT_EQ(selected(), 1);
@@ -196,11 +200,21 @@ TEST(Log, MessagesOfToolsAreUnderstood) {
 }
 
 TEST(Log, ErrorsAreMarkedInTheWordsOfEachTool) {
-  for (const auto& [line, isError] : std::initializer_list<std::pair<const char16_t*, bool>>{
-           {u"a.vhd:3:2: no declaration for \"x\"", true}, {u"rtl/a b.VHDL:3:2:error: x", true}, {u"a.vhd:3:2:warning: x [-Wno-wait]", false},
-           {u"t.vhd:2:77:@0ms:(assertion failure): boom", true}, {u"t.vhd:2:77:@0ms:(report note): fine", false}, {u"a.v:3:2: x", false},
-           {u"a.v:2: Error: x", true}, {u"0 error", false}, {u"UVM_ERROR tb/env.sv(5) @ 1000: x", true}, {u"UVM_FATAL :    0", false},
-           {u"UVM_ERROR :   10", true}, {u"xmvlog: *E,EXPLPA (a.v,23|14): x", true}, {u"@E: CG285 :\"a.sv\":48:4:48:9|x", true}, {u"terror", false}}) {
+  for (const auto& [line, isError] :
+       std::initializer_list<std::pair<const char16_t*, bool>>{{u"a.vhd:3:2: no declaration for \"x\"", true},
+                                                               {u"rtl/a b.VHDL:3:2:error: x", true},
+                                                               {u"a.vhd:3:2:warning: x [-Wno-wait]", false},
+                                                               {u"t.vhd:2:77:@0ms:(assertion failure): boom", true},
+                                                               {u"t.vhd:2:77:@0ms:(report note): fine", false},
+                                                               {u"a.v:3:2: x", false},
+                                                               {u"a.v:2: Error: x", true},
+                                                               {u"0 error", false},
+                                                               {u"UVM_ERROR tb/env.sv(5) @ 1000: x", true},
+                                                               {u"UVM_FATAL :    0", false},
+                                                               {u"UVM_ERROR :   10", true},
+                                                               {u"xmvlog: *E,EXPLPA (a.v,23|14): x", true},
+                                                               {u"@E: CG285 :\"a.sv\":48:4:48:9|x", true},
+                                                               {u"terror", false}}) {
     frmLog log;
     log.AppendLog(QString::fromUtf16(line) + u'\n', Stream::output);
     EXPECT_EQ(log.streamOf(0), isError ? Stream::errors : Stream::output) << qPrintable(QString::fromUtf16(line));

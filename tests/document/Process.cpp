@@ -28,13 +28,12 @@ struct Output {
   QByteArray out;
   process::Started collect() {
     return [this](process::Program& program) {
-      QObject::connect(&program, &process::Program::output, &program,
-                       [this](const QByteArray& bytes) { out += bytes; });
+      QObject::connect(&program, &process::Program::output, &program, [this](const QByteArray& bytes) { out += bytes; });
     };
   }
 };
 
-}  // namespace
+}   // namespace
 
 TEST(ProcessCommandLine, IsCutIntoWords) {
   const std::vector<std::pair<QString, QStringList>> cases{
@@ -64,7 +63,8 @@ TEST(ProcessCommandLine, ValuesStayInOneWord) {
     return rest.startsWith(u"$A") ? &typed : nullptr;
   };
   const auto plain = [](QString& word) { word.replace(u"$V"_s, u"v w"_s).replace(u"$A"_s, u"whole"_s); };
-  EXPECT_EQ(programArguments(u"p -x$A $V \"$A\""_s, plain, typedAt), (QStringList{u"p"_s, u"-xa"_s, u"b $V"_s, u"v w"_s, u"whole"_s}));
+  EXPECT_EQ(programArguments(u"p -x$A $V \"$A\""_s, plain, typedAt),
+            (QStringList{u"p"_s, u"-xa"_s, u"b $V"_s, u"v w"_s, u"whole"_s}));
 }
 
 TEST(ProcessLookUp, H2_UsesAbsoluteEntriesOnly) {
@@ -81,16 +81,22 @@ TEST(ProcessLookUp, H2_UsesAbsoluteEntriesOnly) {
     std::string name, path;
     int error;
   };
-  const std::vector<Case> cases{
-      {"tool", dir, 0},           {"tool", "", ENOENT},      {"tool", ".", ENOENT},         {"tool", "::.:./:" + dir, 0},
-      {"tool", ":" + dir + ":", 0}, {"plain", dir, EACCES},  {"missing", dir, ENOENT},      {"./tool", "", 0},
-      {dir + "/tool", "", 0},     {dir, dir, ENOENT},        {"", dir, ENOENT},             {"./plain", dir, EACCES}};
+  const std::vector<Case> cases{{"tool", dir, 0},
+                                {"tool", "", ENOENT},
+                                {"tool", ".", ENOENT},
+                                {"tool", "::.:./:" + dir, 0},
+                                {"tool", ":" + dir + ":", 0},
+                                {"plain", dir, EACCES},
+                                {"missing", dir, ENOENT},
+                                {"./tool", "", 0},
+                                {dir + "/tool", "", 0},
+                                {dir, dir, ENOENT},
+                                {"", dir, ENOENT},
+                                {"./plain", dir, EACCES}};
   for (const Case& c : cases) {
     std::string file;
     EXPECT_EQ(findProgram(c.name, c.path, &file), c.error) << c.name << " in " << c.path;
-    if (c.error == 0 && c.name == "tool") {
-      EXPECT_EQ(file, dir + "/tool");
-    }
+    if (c.error == 0 && c.name == "tool") { EXPECT_EQ(file, dir + "/tool"); }
   }
   QDir::setCurrent(before);
 }
@@ -131,7 +137,9 @@ TEST(ProcessRun, EndsWithTheCodesOfEachKind) {
 TEST(ProcessRun, OutputComesInOrderAndWholeBeforeTheEnd) {
   const int leaky = ::open("/dev/null", O_RDONLY);   // as a careless library would
   Output output;
-  EXPECT_EQ(process::LaunchAndWait({startee(), "err", "zero", "out", "one", "err", "two", "out", "three", "stdin", "fds"}, 1, {}, output.collect()), 0u);
+  EXPECT_EQ(process::LaunchAndWait({startee(), "err", "zero", "out", "one", "err", "two", "out", "three", "stdin", "fds"}, 1, {},
+                                   output.collect()),
+            0u);
   EXPECT_EQ(output.out, "zero\none\ntwo\nthree\n0\n0 1 2 \n");   // input is empty, and H2: nothing of ours is passed on
   ::close(leaky);
   Output flood;
@@ -154,7 +162,8 @@ TEST(ProcessRun, TheInterfaceLivesWhileWaiting) {
 TEST(ProcessRun, TimeOutLeavesTheProgramRunning) {
   const testing_files::TempFolder folder;
   Output output;
-  EXPECT_EQ(process::LaunchAndWait({startee(), "await", folder / "go", "out", "late"}, 1, 50, output.collect()), process::kTimedOut);
+  EXPECT_EQ(process::LaunchAndWait({startee(), "await", folder / "go", "out", "late"}, 1, 50, output.collect()),
+            process::kTimedOut);
   ASSERT_EQ(process::Program::running().size(), 1);
   testing_files::writeRaw(folder / "go", {});
   EXPECT_TRUE(spinUntil([] { return process::Program::running().isEmpty(); }));

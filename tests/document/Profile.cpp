@@ -15,7 +15,8 @@ class Profile : public DocumentFixture {
  protected:
   Profile() {
     NewKey(kGlobalKey);
-    for (const char* name : {"winTop", "winleft", "winwidth", "winheight", "winstate", "winscale", "StatusBar", "ToolBar", "Tabs", "ewinstate"})
+    for (const char* name :
+         {"winTop", "winleft", "winwidth", "winheight", "winstate", "winscale", "StatusBar", "ToolBar", "Tabs", "ewinstate"})
       SetText(kGlobalKey, q(name), {});
     for (int i = 0; i < 10; ++i) SetText(kGlobalKey, q("MRU%1").arg(i), {});
     service.mruFile.setItems({});
@@ -263,4 +264,4 @@ TEST_F(ProfileDialogs, OpenAndSaveFollowTheFolder) {
   EXPECT_EQ(QDir::currentPath(), QDir(path("sub")).canonicalPath()) << "cancelled: the folder stays";
 }
 
-}  // namespace
+}   // namespace

@@ -31,8 +31,9 @@ class Values {
     for (int n = 1 + int(random_() % 60); n > 0; --n) bytes += char(1 + random_() % 255);
     if (random_() % 3 == 0) {
       const std::string touch = "touch " + canary_.toStdString();
-      const std::string orders[] = {"; " + touch + ";", "$(" + touch + ")", "`" + touch + "`", "\" | " + touch + " #", "' && " + touch + " '",
-                                    "\r\nSHELLW " + touch + "\r\n", "\\\" " + touch + " \\\"", "|sh -c '" + touch + "'"};
+      const std::string orders[] = {"; " + touch + ";",        "$(" + touch + ")",      "`" + touch + "`",
+                                    "\" | " + touch + " #",    "' && " + touch + " '",  "\r\nSHELLW " + touch + "\r\n",
+                                    "\\\" " + touch + " \\\"", "|sh -c '" + touch + "'"};
       bytes.insert(random_() % bytes.size(), orders[random_() % std::size(orders)]);
     }
     std::string kept;
@@ -46,7 +47,7 @@ class Values {
   QString canary_;
 };
 
-}  // namespace
+}   // namespace
 
 TEST(ProgramValues, H2_AreEachPartOfOneArgument) {
   QTemporaryDir folder;
@@ -66,7 +67,10 @@ TEST(ProgramValues, H2_AreEachPartOfOneArgument) {
         case Value::title: value = values.next("$/"), name = "/d/" + value; break;
         case Value::stem: value = values.next("$/."), name = "/d/" + value + ".v"; break;
         case Value::path: value = "/" + values.next("$/"), name = value + "/t.v"; break;
-        case Value::zelkor: value = "/" + values.next("$"); setApplicationFolder(toQString(value)); break;
+        case Value::zelkor:
+          value = "/" + values.next("$");
+          setApplicationFolder(toQString(value));
+          break;
         case Value::clip: {
           value = values.next("$");
           QGuiApplication::clipboard()->setText(toQString(value));
@@ -79,7 +83,7 @@ TEST(ProgramValues, H2_AreEachPartOfOneArgument) {
         case Value::output: value = values.next("$"), text = u"$Output0"_s; break;
         case Value::date:
         case Value::result:
-        case Value::user: continue;      // hold nothing that others choose
+        case Value::user: continue;   // hold nothing that others choose
       }
       frame.document->setFile(toQString(name));
       if (variable.value == Value::word) {
@@ -92,12 +96,14 @@ TEST(ProgramValues, H2_AreEachPartOfOneArgument) {
       if (variable.value == Value::output) boxes.answerInput(toQString(value));
       // An answer is the user's own part of the line; between quotes it is one argument, like a value.
       const QString quote = variable.value == Value::output ? u"\""_s : QString();
-      const auto outcome = frame.run(u"SHELLW %1 args before %3-x=%2,%2%3 \"%2\" after"_s.arg(startee(), text, quote)
-                                         .prepend(variable.value == Value::output ? u"ECHO $Input(?);\r\nLOGCLEAR\r\n"_s : QString()));
+      const auto outcome =
+          frame.run(u"SHELLW %1 args before %3-x=%2,%2%3 \"%2\" after"_s.arg(startee(), text, quote)
+                        .prepend(variable.value == Value::output ? u"ECHO $Input(?);\r\nLOGCLEAR\r\n"_s : QString()));
       EXPECT_EQ(outcome.ending, mCMXParser::Ending::done);
       const QByteArray hex = QByteArray::fromStdString(value).toHex();
-      const QString expected = QString::fromLatin1(QByteArray("before").toHex() + "\r\n" + QByteArray("-x=").toHex() + hex + "2c" + hex + "\r\n" + hex +
-                                                   "\r\n" + QByteArray("after").toHex() + "\r\n[startee: exit code 0]\r\n");
+      const QString expected =
+          QString::fromLatin1(QByteArray("before").toHex() + "\r\n" + QByteArray("-x=").toHex() + hex + "2c" + hex + "\r\n" + hex +
+                              "\r\n" + QByteArray("after").toHex() + "\r\n[startee: exit code 0]\r\n");
       ASSERT_EQ(frame.logWindow->Text().toStdString(), expected.toStdString()) << variable.name << " with " << hex.constData();
       ASSERT_FALSE(QFile::exists(canary)) << variable.name << " with " << hex.constData();
       ++started;
@@ -106,4 +112,3 @@ TEST(ProgramValues, H2_AreEachPartOfOneArgument) {
   setApplicationFolder(applicationBefore);
   std::printf("%d programs started with values of %zu variables\n", started, statements::variables().size() - 3);
 }
-

@@ -16,7 +16,9 @@ QByteArray exported(const QString& body) {
 }
 
 QByteArray own(const QString& body) {
-  return (u"# Settings of Zelkor Editor. A whole file ends with the line \"# end\".\n\n[Software\\Zelkor Editor\\Global]\n"_s + body + u"\n# end\n"_s).toUtf8();
+  return (u"# Settings of Zelkor Editor. A whole file ends with the line \"# end\".\n\n[Software\\Zelkor Editor\\Global]\n"_s +
+          body + u"\n# end\n"_s)
+      .toUtf8();
 }
 
 QString readable(const RegistryText& text) { return QString::fromUtf8(text.toBytes()); }
@@ -32,7 +34,7 @@ RegistryText full() {
   return text;
 }
 
-}  // namespace
+}   // namespace
 
 TEST(RegistryText, ReadsWhatTheRegistryEditorExports) {
   struct Case {
@@ -78,7 +80,8 @@ TEST(RegistryText, IsWrittenForAPersonToRead) {
       "[Software\\Zelkor Editor\\Global]\n\"A\\\\B\" = -10\nLast file = \"1\\r\\n\\tü \\\"\\ud8ff\\u0001\"\n\n[HKEY_CURRENT_USER\\X]\n@ = \"\"\n\n# end\n"_s;
   EXPECT_EQ(readable(text), written);
   RegistryText edited;   // as an editor of another system leaves it
-  ASSERT_TRUE(edited.parse("\xEF\xBB\xBF" + QString(written).replace(u"\n"_s, u"\r\n"_s).replace(u"= -10"_s, u"  =8  "_s).toUtf8()));
+  ASSERT_TRUE(
+      edited.parse("\xEF\xBB\xBF" + QString(written).replace(u"\n"_s, u"\r\n"_s).replace(u"= -10"_s, u"  =8  "_s).toUtf8()));
   EXPECT_EQ(edited.value(kKey, u"A\\B"_s), qint32(8));
   EXPECT_EQ(edited.value(kKey, u"Last file"_s), text.value(kKey, u"Last file"_s));
 }
@@ -92,7 +95,8 @@ TEST(RegistryText, C3_UnknownContentSurvivesChanges) {
   RegistryText again;
   ASSERT_TRUE(again.parse(text.toBytes()));
   const QString out = readable(again);
-  for (const auto& kept : {u"\nv = 7\n"_s, u"\nstrange = hex(b):01,02\n"_s, u"\n  # a remark\n"_s, u"[HKEY_CURRENT_USER\\Other]\n@ = \"d\"\n"_s})
+  for (const auto& kept :
+       {u"\nv = 7\n"_s, u"\nstrange = hex(b):01,02\n"_s, u"\n  # a remark\n"_s, u"[HKEY_CURRENT_USER\\Other]\n@ = \"d\"\n"_s})
     EXPECT_TRUE(out.contains(kept)) << qPrintable(kept) << "\n" << qPrintable(out);
   EXPECT_EQ(again.value(kKey, u"NEW"_s), u"x"_s);
   EXPECT_TRUE(again.hasValue(kKey, u"strange"_s));
@@ -113,13 +117,33 @@ TEST(RegistryText, KeysHaveParentsAndSubkeys) {
 }
 
 TEST(RegistryText, DamagedFormsAreRefused) {
-  const std::vector<QByteArray> damaged{
-      "", "\n", "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\A]\r\n", "Windows Registry Editor Version 5.00", QByteArray(1000, '\0'),
-      "Windows Registry Editor Version 5.00\r\n", exported(u"garbage\r\n"_s), exported(u"\"v\"\r\n"_s), exported(u"\"v=1\r\n"_s),
-      exported(u"\"v\"=\"open\r\n"_s), exported(u"\"v\"=\"x\" y\r\n"_s), exported(u"\"v\"=dword:12g\r\n"_s),
-      exported(u"\"v\"=dword:123456789\r\n"_s), exported(u"\"v\"=hex:100\r\n"_s), exported(u"\"v\"=what:1\r\n"_s),
-      own(u"garbage\n"_s), own(u"= 1\n"_s), own(u"\"v = 1\n"_s), own(u"v = \"open\n"_s), own(u"v = \"x\" y\n"_s), own(u"v = \"\\u12\"\n"_s),
-      own(u"v = \"\\q\"\n"_s), own(u"[key\n"_s), own({}).chopped(7), exported(u"[key\r\n"_s), exported(u"\"v\"=dword:00000001\r\n"_s) + "\xFF", QByteArray("\xFF\xFE") + "odd"};
+  const std::vector<QByteArray> damaged{"",
+                                        "\n",
+                                        "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\A]\r\n",
+                                        "Windows Registry Editor Version 5.00",
+                                        QByteArray(1000, '\0'),
+                                        "Windows Registry Editor Version 5.00\r\n",
+                                        exported(u"garbage\r\n"_s),
+                                        exported(u"\"v\"\r\n"_s),
+                                        exported(u"\"v=1\r\n"_s),
+                                        exported(u"\"v\"=\"open\r\n"_s),
+                                        exported(u"\"v\"=\"x\" y\r\n"_s),
+                                        exported(u"\"v\"=dword:12g\r\n"_s),
+                                        exported(u"\"v\"=dword:123456789\r\n"_s),
+                                        exported(u"\"v\"=hex:100\r\n"_s),
+                                        exported(u"\"v\"=what:1\r\n"_s),
+                                        own(u"garbage\n"_s),
+                                        own(u"= 1\n"_s),
+                                        own(u"\"v = 1\n"_s),
+                                        own(u"v = \"open\n"_s),
+                                        own(u"v = \"x\" y\n"_s),
+                                        own(u"v = \"\\u12\"\n"_s),
+                                        own(u"v = \"\\q\"\n"_s),
+                                        own(u"[key\n"_s),
+                                        own({}).chopped(7),
+                                        exported(u"[key\r\n"_s),
+                                        exported(u"\"v\"=dword:00000001\r\n"_s) + "\xFF",
+                                        QByteArray("\xFF\xFE") + "odd"};
   for (const QByteArray& bytes : damaged) {
     RegistryText text = full();
     EXPECT_FALSE(text.parse(bytes)) << bytes.constData();
@@ -164,4 +188,3 @@ TEST(RegistryText, AnyTextComesBack) {
     ASSERT_EQ(again.value(kKey, name).toString(), value);
   }
 }
-

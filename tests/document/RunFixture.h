@@ -12,7 +12,9 @@
 #include "tests/support/ScriptedDialogs.h"
 #include "tests/support/files/TempFolder.h"
 
-inline QString startee() { return qEnvironmentVariable("ZELKOR_BIN", QStringLiteral("build/dev/bin")) + QStringLiteral("/startee"); }
+inline QString startee() {
+  return qEnvironmentVariable("ZELKOR_BIN", QStringLiteral("build/dev/bin")) + QStringLiteral("/startee");
+}
 
 class RunFrame : public FakeFrame {
  public:

@@ -37,7 +37,9 @@ class UseStore {
 
 // What the status bar shows. A box would fail the test.
 struct Told {
-  Told() { setStatusSink([this](const QString& text) { texts << text; }); }
+  Told() {
+    setStatusSink([this](const QString& text) { texts << text; });
+  }
   ~Told() { setStatusSink({}); }
   QStringList texts;
   ScriptedDialogs dialogs;
@@ -57,7 +59,7 @@ void write(RegistryFile& store, const QString& name, const QVariant& value) {
   EXPECT_EQ(store.write(kLocalMachine, kKey, name, value), 0);
 }
 
-}  // namespace
+}   // namespace
 
 TEST(SettingsFile, OperationsLeaveTheirResultCodes) {
   TempFolder folder;
@@ -137,7 +139,8 @@ TEST(SettingsFile, IsWrittenWhenItIsQuietAndOnFlush) {
   write(store, u"A"_s, 2);
   EXPECT_EQ(store.flush(), 0);
   EXPECT_EQ(valueIn(path, u"A"_s), 2);
-  EXPECT_EQ(QFile::permissions(path) & (QFile::ReadOther | QFile::WriteOther | QFile::ReadGroup | QFile::WriteGroup), QFile::Permissions());
+  EXPECT_EQ(QFile::permissions(path) & (QFile::ReadOther | QFile::WriteOther | QFile::ReadGroup | QFile::WriteGroup),
+            QFile::Permissions());
   EXPECT_FALSE(store.setReadOnly(true));
   write(store, u"A"_s, 3);
   EXPECT_EQ(store.flush(), 0);
@@ -346,7 +349,8 @@ TEST(SettingsFile, ALockHeldByAnotherIsWaitedForAndThenReported) {
   store.setLockPatience(50);
   write(store, u"A"_s, 1);
   text::FileSystem& fs = text::fileSystem();
-  const int fd = fs.openAt(text::FileSystem::kCwd, (path + u".lock"_s).toStdString(), text::kRead | text::kWrite | text::kCreate, 0600);
+  const int fd =
+      fs.openAt(text::FileSystem::kCwd, (path + u".lock"_s).toStdString(), text::kRead | text::kWrite | text::kCreate, 0600);
   ASSERT_EQ(fs.lock(fd, true, false), 0);
   EXPECT_EQ(store.flush(), 32);
   fs.close(fd);

@@ -57,7 +57,7 @@ std::string mask(const text::Highlighter& highlighter, const std::string& line, 
   return result;
 }
 
-}  // namespace
+}   // namespace
 
 TEST_F(Shipped, IsAsTheProgramWritesIt) {
   std::string error;
@@ -81,10 +81,9 @@ TEST_F(Shipped, EveryEntryMakesSense) {
     ASSERT_FALSE(language.Extension.isEmpty());
     for (const QString& extension : language.Extension.split(u';')) {
       EXPECT_FALSE(extension.isEmpty()) << "an empty entry would take every file without an extension";
-      EXPECT_TRUE(!extensions.contains(extension) || !language.Contents.isEmpty()) << extension.toStdString() << " belongs to two languages";
-      if (!extensions.contains(extension)) {
-        EXPECT_EQ(manager.GetLangFromExt(extension.toUpper()), i);
-      }
+      EXPECT_TRUE(!extensions.contains(extension) || !language.Contents.isEmpty())
+          << extension.toStdString() << " belongs to two languages";
+      if (!extensions.contains(extension)) { EXPECT_EQ(manager.GetLangFromExt(extension.toUpper()), i); }
       extensions.insert(extension);
     }
     QSet<QString> keywords;
@@ -127,9 +126,15 @@ TEST_F(Shipped, EveryEntryMakesSense) {
 }
 
 TEST_F(Shipped, SamplesHaveTheirLanguages) {
-  const std::pair<const char*, const char*> samples[] = {
-      {"wave.do", "Simulator do-file"}, {"viewdrawsch.1", "Schematic text"}, {"trnscrpt.log", "Log and transcript"}, {"control.abl", "ABEL"},
-      {"palasm.pds", "PALASM"}, {"timspec.ucf", "UCF constraints"}, {"report.scr", "Tool script"}, {"sample.v", "Verilog"}, {"sample1.vhd", "VHDL"}};
+  const std::pair<const char*, const char*> samples[] = {{"wave.do", "Simulator do-file"},
+                                                         {"viewdrawsch.1", "Schematic text"},
+                                                         {"trnscrpt.log", "Log and transcript"},
+                                                         {"control.abl", "ABEL"},
+                                                         {"palasm.pds", "PALASM"},
+                                                         {"timspec.ucf", "UCF constraints"},
+                                                         {"report.scr", "Tool script"},
+                                                         {"sample.v", "Verilog"},
+                                                         {"sample1.vhd", "VHDL"}};
   for (const auto& [file, language] : samples) {
     const QString path = qEnvironmentVariable("ZELKOR_SOURCE") + QStringLiteral("/Samples/") + QLatin1String(file);
     const auto loaded = text::loadFile(path.toStdString());
@@ -153,10 +158,20 @@ TEST_F(Shipped, SamplesHaveTheirLanguages) {
 TEST_F(Shipped, FilesHaveTheirLanguages) {
   const struct {
     const char *name, *text, *language;
-  } files[] = {{"Makefile", "", "Make"}, {"CMakeLists.txt", "", "CMake"}, {".bashrc", "", "Shell"}, {"a.v", "", "Verilog"}, {"a.sv", "", "SystemVerilog"},
-               {"a.H", "", "C"}, {"a.h", "int x; // class\n", "C"}, {"a.h", "#pragma once\nclass A;\n", "C++"}, {"a.h", "std::string s;\n", "C++"},
-               {"a.lib", "library (x) {\n", "Liberty"}, {"a.lib", "* cells\n.SUBCKT a b\n", "SPICE"}, {"a.xpr", "", "XML"},
-               {"configure", "#!/usr/bin/env -S python3.11 -u\n", "Python"}, {"run", "#!/bin/bash\n", "Shell"}};
+  } files[] = {{"Makefile", "", "Make"},
+               {"CMakeLists.txt", "", "CMake"},
+               {".bashrc", "", "Shell"},
+               {"a.v", "", "Verilog"},
+               {"a.sv", "", "SystemVerilog"},
+               {"a.H", "", "C"},
+               {"a.h", "int x; // class\n", "C"},
+               {"a.h", "#pragma once\nclass A;\n", "C++"},
+               {"a.h", "std::string s;\n", "C++"},
+               {"a.lib", "library (x) {\n", "Liberty"},
+               {"a.lib", "* cells\n.SUBCKT a b\n", "SPICE"},
+               {"a.xpr", "", "XML"},
+               {"configure", "#!/usr/bin/env -S python3.11 -u\n", "Python"},
+               {"run", "#!/bin/bash\n", "Shell"}};
   for (const auto& file : files) {
     const int index = manager.GetLangFromFile(QLatin1String(file.name), QLatin1String(file.text));
     ASSERT_GT(index, 0) << file.name;
@@ -168,8 +183,9 @@ TEST_F(Shipped, FilesHaveTheirLanguages) {
 // Where letter case has a meaning the formatter asks. That of names has none in a few languages only.
 TEST_F(Shipped, LetterCaseWithAMeaningIsKnown) {
   const QSet<QString> folds{QStringLiteral("VHDL"), QStringLiteral("PALASM"), QStringLiteral("SPICE")};
-  const QSet<QString> keywordsFold = folds + QSet<QString>{QStringLiteral("ABEL"), QStringLiteral("UCF constraints"), QStringLiteral("Tool script"),
-      QStringLiteral("Log and transcript"), QStringLiteral("SDF"), QStringLiteral("Assembler")};
+  const QSet<QString> keywordsFold = folds + QSet<QString>{QStringLiteral("ABEL"),        QStringLiteral("UCF constraints"),
+                                                           QStringLiteral("Tool script"), QStringLiteral("Log and transcript"),
+                                                           QStringLiteral("SDF"),         QStringLiteral("Assembler")};
   for (const auto& language : *manager.Languages()) {
     const FormatRules rules = formatRules(*language);
     EXPECT_EQ(rules.caseOfNames, !folds.contains(language->Name)) << language->Name.toStdString();
@@ -179,7 +195,8 @@ TEST_F(Shipped, LetterCaseWithAMeaningIsKnown) {
 
 TEST_F(Shipped, GoldenLines) {
   std::string error;
-  const auto golden = text::readBytes((qEnvironmentVariable("ZELKOR_SOURCE") + QStringLiteral("/tests/document/shipped.golden")).toStdString(), &error);
+  const auto golden = text::readBytes(
+      (qEnvironmentVariable("ZELKOR_SOURCE") + QStringLiteral("/tests/document/shipped.golden")).toStdString(), &error);
   QStringList lines = QString::fromStdString(golden).split(u'\n');
   QSet<QString> seen;
   for (qsizetype i = 2; i + 2 < lines.size(); i += 4) {   // behind the heading; records end with an empty line
@@ -188,7 +205,8 @@ TEST_F(Shipped, GoldenLines) {
     ASSERT_TRUE(highlighter) << language.toStdString();
     text::LineState state = 0;
     EXPECT_EQ(mask(*highlighter, lines[i + 1].toStdString(), &state), lines[i + 2].leftJustified(lines[i + 1].size()).toStdString())
-        << language.toStdString() << ":\n" << lines[i + 1].toStdString();
+        << language.toStdString() << ":\n"
+        << lines[i + 1].toStdString();
     seen.insert(language);
   }
   EXPECT_EQ(seen.size(), manager.Languages()->Count()) << "each language has a line";

@@ -69,7 +69,7 @@ class Trust : public testing::Test {
   QByteArray oldConfig;
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(Trust, H3_ForeignMacrosAskOnceBeforeTheirFirstProgram) {
   writeRaw(path("project.ini").toStdString(), definitions().toStdString());
@@ -115,7 +115,8 @@ TEST_F(Trust, H3_TheMarkTravelsIntoAFileOfOnesOwn) {
   writeRaw(foreign, definitions().toStdString());
   read(path("project.ini"));
   ASSERT_TRUE(manager.SaveIniFile());
-  EXPECT_FALSE(QString::fromStdString(readRaw(foreign)).contains(u"[Foreign]"_s)) << "a file of others is written as it is their custom";
+  EXPECT_FALSE(QString::fromStdString(readRaw(foreign)).contains(u"[Foreign]"_s))
+      << "a file of others is written as it is their custom";
   // It cannot be written any more, and the person takes a file of their own.
   QFile::remove(path("project.ini"));
   QDir().mkpath(path("project.ini"));
@@ -126,7 +127,8 @@ TEST_F(Trust, H3_TheMarkTravelsIntoAFileOfOnesOwn) {
   const QString own = manager.IniFile();
   read(own);
   EXPECT_TRUE(asks()) << "and after";
-  EXPECT_FALSE(QString::fromStdString(readRaw(own.toStdString())).contains(u"[Foreign]"_s)) << "other programs know no such section";
+  EXPECT_FALSE(QString::fromStdString(readRaw(own.toStdString())).contains(u"[Foreign]"_s))
+      << "other programs know no such section";
   // Beside languages of one's own, which need not ask, through a save and a copy.
   const auto mine = manager.Languages()->Add(u"Mine"_s);
   mine->cMacros()->Add()->CommandString = macro().CommandString;
@@ -152,7 +154,8 @@ TEST_F(Trust, BlocksAddedToAFileOfOnesOwnAreForeign) {
 }
 
 TEST_F(Trust, ForeignMacrosAskBeforeTheyWriteFiles) {
-  writeRaw(path("project.ini").toStdString(), "SetLanguage:Test\n[{Run}]\nECHO evil\nLOGSAVE " + path("victim").toStdString() + "\n");
+  writeRaw(path("project.ini").toStdString(),
+           "SetLanguage:Test\n[{Run}]\nECHO evil\nLOGSAVE " + path("victim").toStdString() + "\n");
   read(path("project.ini"));
   boxes.answer(Answer::no);
   EXPECT_EQ(run(), Ending::stopped);

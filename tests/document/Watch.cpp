@@ -1,7 +1,7 @@
 // Changes on disk: promises W1 and W2, and saving over what others wrote (S12).
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <fcntl.h>
 
 #include "tests/document/DocumentFixture.h"
 #include "tests/support/files/AllocationFault.h"
@@ -49,38 +49,50 @@ class WatchWays : public Watch {
         {"written in place", [=](Watch&, const QString& n) { put(n, "longer text\n"); }, Seen::changed},
         {"same size", [=](Watch&, const QString& n) { put(n, "OLD TEXT\n"); }, Seen::changed},
         {"same size and date", [=](Watch&, const QString& n) { keepTimes(n, [&] { put(n, "OLD TEXT\n"); }); }, Seen::changed},
-        {"appended", [=](Watch&, const QString& n) {
+        {"appended",
+         [=](Watch&, const QString& n) {
            QFile file(n);
            ASSERT_TRUE(file.open(QIODevice::Append));
            file.write("x");
-         }, Seen::changed},
+         },
+         Seen::changed},
         {"cut to nothing", [=](Watch&, const QString& n) { ASSERT_EQ(::truncate(path(n).constData(), 0), 0); }, Seen::changed},
         {"renamed over", [=](Watch&, const QString& n) { over(n, "other\n"); }, Seen::changed},
         {"renamed over, same size and date", [=](Watch&, const QString& n) { keepTimes(n, [&] { over(n, "OLD TEXT\n"); }); },
          Seen::changed},
-        {"deleted and made again", [=](Watch&, const QString& n) {
+        {"deleted and made again",
+         [=](Watch&, const QString& n) {
            QFile::remove(n);
            put(n, "again\n");
-         }, Seen::changed},
-        {"a link to another", [=](Watch&, const QString& n) {
+         },
+         Seen::changed},
+        {"a link to another",
+         [=](Watch&, const QString& n) {
            put(n + u'3', "linked\n");
            QFile::remove(n);
            ASSERT_EQ(::symlink(path(n + u'3').constData(), path(n).constData()), 0);
-         }, Seen::changed},
-        {"another date", [=](Watch&, const QString& n) {
+         },
+         Seen::changed},
+        {"another date",
+         [=](Watch&, const QString& n) {
            const timespec times[2] = {{1, 0}, {1, 0}};
            ASSERT_EQ(::utimensat(AT_FDCWD, path(n).constData(), times, 0), 0);
-         }, Seen::changed},
+         },
+         Seen::changed},
         {"deleted", [=](Watch&, const QString& n) { QFile::remove(n); }, Seen::gone},
         {"folder removed", [=](Watch&, const QString& n) { QDir(QFileInfo(n).path()).removeRecursively(); }, Seen::gone},
-        {"a folder in its place", [=](Watch&, const QString& n) {
+        {"a folder in its place",
+         [=](Watch&, const QString& n) {
            QFile::remove(n);
            QDir().mkdir(n);
-         }, Seen::gone},
-        {"a pipe in its place", [=](Watch&, const QString& n) {
+         },
+         Seen::gone},
+        {"a pipe in its place",
+         [=](Watch&, const QString& n) {
            QFile::remove(n);
            ASSERT_EQ(::mkfifo(path(n).constData(), 0600), 0);
-         }, Seen::gone},
+         },
+         Seen::gone},
         {"other rights only", [=](Watch&, const QString& n) { ::chmod(path(n).constData(), 0640); }, Seen::nothing},
         {"nothing", [](Watch&, const QString&) {}, Seen::nothing},
     };
@@ -150,7 +162,8 @@ TEST_F(WatchWays, W1_AreNoticedAtSave) {
       EXPECT_EQ(read(name), "mine\n");
       document->inconsistentDate();   // has nothing to ask
     } else {
-      EXPECT_TRUE(boxes.last().text.startsWith(folderGone ? q("The folder ") : q("File Save Error : "))) << boxes.last().text.toStdString();
+      EXPECT_TRUE(boxes.last().text.startsWith(folderGone ? q("The folder ") : q("File Save Error : ")))
+          << boxes.last().text.toStdString();
       EXPECT_FALSE(QFileInfo(name).isFile()) << "nothing is replaced that is no file";
     }
     EXPECT_EQ(document->cmx->Text(), q("mine\n"));
@@ -309,7 +322,9 @@ TEST_F(Watch, ReloadKeepsCaretBookmarksAndFormat) {
   EXPECT_EQ(document->cmx->GetSel(false), (CmRange{2, 1, 2, 3, false}));
   EXPECT_TRUE(document->cmx->hasBookmark(3));
   EXPECT_EQ(document->LanguageIndex(), 1);
-  write("a.v", QByteArray("\xFF\xFE" "a\0", 4));
+  write("a.v", QByteArray("\xFF\xFE"
+                          "a\0",
+                          4));
   boxes.answer(Answer::yes);
   document->inconsistentDate();
   EXPECT_EQ(document->cmx->Text(), q("a"));
@@ -395,4 +410,4 @@ TEST_F(Watch, OneBoxAtATimeAndItsEndIsNoFocusGain) {
   EXPECT_EQ(boxes.boxes.size(), 2u);
 }
 
-}  // namespace
+}   // namespace

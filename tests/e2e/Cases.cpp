@@ -19,7 +19,7 @@ std::optional<QByteArray> content(const QDir& folder, const QString& name) {
   return file.readAll();
 }
 
-}  // namespace
+}   // namespace
 
 QString sourceFolder() { return QDir().absoluteFilePath(qEnvironmentVariable("ZELKOR_SOURCE", u"."_s)); }
 QString binFolder() { return QDir().absoluteFilePath(qEnvironmentVariable("ZELKOR_BIN", u"build/dev/bin"_s)); }
@@ -66,7 +66,8 @@ QByteArray difference(const QByteArray& expected, const QByteArray& found) {
     if (i < a.size() && k < b.size() && a[i] == b[k]) {
       out += "  " + a[i++] + '\n';
       ++k;
-    } else if (k == b.size() || (i < a.size() && common[std::size_t(i) + 1][std::size_t(k)] >= common[std::size_t(i)][std::size_t(k) + 1])) {
+    } else if (k == b.size() ||
+               (i < a.size() && common[std::size_t(i) + 1][std::size_t(k)] >= common[std::size_t(i)][std::size_t(k) + 1])) {
       out += "- " + a[i++] + '\n';
     } else {
       out += "+ " + b[k++] + '\n';
@@ -82,7 +83,8 @@ TEST(Cases, CoverEveryVerbVariableAndOption) {
   for (const statements::Verb& verb : statements::verbs())
     EXPECT_TRUE(any([&](const QString& line) { return statements::split(line).verb == QLatin1String(verb.name); })) << verb.name;
   for (const statements::SelectionStatement& row : statements::selectionStatements())
-    EXPECT_TRUE(any([&](const QString& line) { return statements::split(line).verb == u"CMD"_s + QLatin1String(row.name); })) << row.name;
+    EXPECT_TRUE(any([&](const QString& line) { return statements::split(line).verb == u"CMD"_s + QLatin1String(row.name); }))
+        << row.name;
   for (const statements::Variable& variable : statements::variables())
     EXPECT_TRUE(any([&](const QString& line) { return line.contains(QLatin1String(variable.name)); })) << variable.name;
   for (const statements::UsageOption& option : statements::usageOptions())

@@ -22,9 +22,9 @@ struct Case {
   int status = 0;
 };
 
-QString sourceFolder();                  // absolute, of the project
-QString binFolder();                     // absolute, of the built programs
-std::vector<Case> readCases();           // sorted by name
+QString sourceFolder();          // absolute, of the project
+QString binFolder();             // absolute, of the built programs
+std::vector<Case> readCases();   // sorted by name
 
 struct Result {
   QByteArray text, log, messages;

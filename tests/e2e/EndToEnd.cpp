@@ -1,6 +1,8 @@
 // Whole runs of command strings, as folders (Cases.h).
 #include <gtest/gtest.h>
 
+#include <pwd.h>
+#include <unistd.h>
 #include <QClipboard>
 #include <QDate>
 #include <QDateTime>
@@ -12,8 +14,6 @@
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <pwd.h>
-#include <unistd.h>
 
 #include "base/Program.h"
 #include "control/CodeMax.h"
@@ -114,8 +114,9 @@ Result runProgram(const Case& one, const QString& folder) {
   environment.insert(u"LC_ALL"_s, u"en_GB.UTF-8"_s);
   program.setProcessEnvironment(environment);
   program.setWorkingDirectory(folder);
-  program.start(binFolder() + u"/zelkor"_s, {u"--batch"_s, u"--command"_s, QString::fromUtf8(placed(one.commands, folder)), u"--definitions"_s,
-                                             sourceFolder() + u"/config/Zelkor.ini"_s, u"--output"_s, u"out"_s, u"--"_s, folder + u'/' + name});
+  program.start(binFolder() + u"/zelkor"_s,
+                {u"--batch"_s, u"--command"_s, QString::fromUtf8(placed(one.commands, folder)), u"--definitions"_s,
+                 sourceFolder() + u"/config/Zelkor.ini"_s, u"--output"_s, u"out"_s, u"--"_s, folder + u'/' + name});
   program.write(placed(one.standardInput, folder));
   program.closeWriteChannel();
   EXPECT_TRUE(program.waitForFinished(kPatience));
@@ -133,7 +134,7 @@ void compare(const Case& one, const QString& folder, const Result& result) {
   if (one.status == 0) same("text", one.expected, result.text);
 }
 
-}  // namespace
+}   // namespace
 
 TEST(EndToEnd, Cases) {
   QLocale::setDefault(QLocale(u"en_GB"_s));
@@ -170,7 +171,8 @@ QByteArray shown(const clsMacro& macro, QString text, const QString& extension) 
   Case one;
   const QStringList before = text.left(text.indexOf(u'\u2038')).split(u'\n');
   if (text.contains(u'\u2038'))
-    one.commands = "cmdGOTOLINE " + QByteArray::number(before.size() - 1) + '\n' + QByteArray("cmdCHARRIGHT\n").repeated(before.last().size());
+    one.commands =
+        "cmdGOTOLINE " + QByteArray::number(before.size() - 1) + '\n' + QByteArray("cmdCHARRIGHT\n").repeated(before.last().size());
   one.input = text.remove(u'\u2038').toUtf8();
   one.extension = extension;
   one.commands += macro.CommandString.toUtf8();
@@ -186,7 +188,7 @@ QByteArray shown(const clsMacro& macro, QString text, const QString& extension) 
   return all.toUtf8();
 }
 
-}  // namespace
+}   // namespace
 
 // A test bench with delays, whose module and include file stand beside it.
 TEST(EndToEnd, BenchesAreCheckedAndRunWithWhatStandsBesideThem) {
@@ -198,14 +200,17 @@ TEST(EndToEnd, BenchesAreCheckedAndRunWithWhatStandsBesideThem) {
     QFile file(folder.filePath(name));
     EXPECT_TRUE(file.open(QFile::WriteOnly) && file.write(text) > 0);
   };
-  put(u"count.sv"_s, "module count(input clk, output logic [3:0] q);\n  initial q = 0;\n  always_ff @(posedge clk) q <= q + 1;\nendmodule\n");
+  put(u"count.sv"_s,
+      "module count(input clk, output logic [3:0] q);\n  initial q = 0;\n  always_ff @(posedge clk) q <= q + 1;\nendmodule\n");
   put(u"ticks.vh"_s, "`define TICKS 3\n");
   Case bench;
   bench.extension = u"v"_s;
   bench.options = QStringList{u"save"_s};
-  bench.input = "/* verilator lint_off DECLFILENAME */\n`include \"ticks.vh\"\nmodule bench;\n  reg clk;\n  wire [3:0] q;\n  count u(.clk(clk), .q(q));\n"
-                "  initial begin clk = 0; forever #5 clk = ~clk; end\n  initial begin\n    repeat (`TICKS) @(posedge clk);\n"
-                "    wait (q == 4'd4);\n    #1 $display(\"reached %0d\", q);\n    $finish;\n  end\nendmodule\n";
+  bench.input =
+      "/* verilator lint_off DECLFILENAME */\n`include \"ticks.vh\"\nmodule bench;\n  reg clk;\n  wire [3:0] q;\n  count "
+      "u(.clk(clk), .q(q));\n"
+      "  initial begin clk = 0; forever #5 clk = ~clk; end\n  initial begin\n    repeat (`TICKS) @(posedge clk);\n"
+      "    wait (q == 4'd4);\n    #1 $display(\"reached %0d\", q);\n    $finish;\n  end\nendmodule\n";
   for (const auto& [macro, wanted] : std::initializer_list<std::pair<QString, QByteArray>>{
            {u"Compile"_s, "[iverilog: exit code 0]"}, {u"Lint"_s, "[verilator: exit code 0]"}, {u"Simulate"_s, "reached 4"}}) {
     const auto& macros = languages().Languages()->Item(languages().GetIndex(u"Verilog"_s))->cMacros();
@@ -213,7 +218,8 @@ TEST(EndToEnd, BenchesAreCheckedAndRunWithWhatStandsBesideThem) {
     ASSERT_GT(index, 0);
     bench.commands = macros->Item(index)->CommandString.toUtf8();
     const Result result = runHere(bench, folder.path());
-    EXPECT_TRUE(result.log.contains(wanted)) << macro.toStdString() << '\n' << result.log.constData() << result.messages.constData();
+    EXPECT_TRUE(result.log.contains(wanted)) << macro.toStdString() << '\n'
+                                             << result.log.constData() << result.messages.constData();
   }
 }
 
@@ -227,7 +233,8 @@ TEST(EndToEnd, ShippedMacros) {
   for (const auto& language : *languages().Languages())
     for (const auto& macro : *language->cMacros())
       for (const QString& line : macro->CommandString.split(u"\r\n"_s))
-        if (QFile program(programs.path() + u'/' + line.section(u' ', 1, 1)); line.startsWith(u"SHELL"_s) && program.open(QFile::WriteOnly)) {
+        if (QFile program(programs.path() + u'/' + line.section(u' ', 1, 1));
+            line.startsWith(u"SHELL"_s) && program.open(QFile::WriteOnly)) {
           program.write("#!/bin/sh\necho \"${0##*/} $*\"\n");
           program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         }
@@ -244,7 +251,8 @@ TEST(EndToEnd, ShippedMacros) {
     done += name;
     for (const auto& macro : *languages().Languages()->Item(index)->cMacros())
       for (qsizetype i = 0; i < texts.size(); ++i)
-        found += "== " + name.toUtf8() + ": " + macro->Name.toUtf8() + ' ' + QByteArray::number(i + 1) + '\n' + shown(*macro, texts[i], head.section(u' ', -1));
+        found += "== " + name.toUtf8() + ": " + macro->Name.toUtf8() + ' ' + QByteArray::number(i + 1) + '\n' +
+                 shown(*macro, texts[i], head.section(u' ', -1));
   }
   qputenv("PATH", path);
   for (const auto& language : *languages().Languages()) EXPECT_TRUE(done.contains(language->Name)) << language->Name.toStdString();

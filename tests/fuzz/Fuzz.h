@@ -45,4 +45,4 @@ class Input {
   std::string_view rest_;
 };
 
-}  // namespace fuzz
+}   // namespace fuzz

@@ -61,11 +61,12 @@ void runOn(frmDocument& document, const QString& commands) {
   check(bytes() == after, "redo leads forward");
   edited.checkInvariants();
   const CmRange selection = document.cmx->GetSel(false);
-  check(selection.StartLineNo >= 0 && selection.StartLineNo < document.cmx->LineCount() && selection.EndLineNo < document.cmx->LineCount(),
+  check(selection.StartLineNo >= 0 && selection.StartLineNo < document.cmx->LineCount() &&
+            selection.EndLineNo < document.cmx->LineCount(),
         "the selection is in the text");
 }
 
-}  // namespace
+}   // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input in(data, size);
@@ -75,7 +76,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t length = fromQString(commands).size();
   for (const QString& word : programArguments(commands)) check(fromQString(word).size() <= length, "words come from the line");
   // Each paste may double the text.
-  if (commands.contains(QLatin1String("shell"), Qt::CaseInsensitive) || commands.count(QLatin1String("paste"), Qt::CaseInsensitive) > 6 ||
+  if (commands.contains(QLatin1String("shell"), Qt::CaseInsensitive) ||
+      commands.count(QLatin1String("paste"), Qt::CaseInsensitive) > 6 ||
       commands.count(QLatin1String("logtotext"), Qt::CaseInsensitive) > 6)
     return 0;
   testing_files::CrashFileSystem disk(testing_files::DiskState{{"/d/file.v", text}});

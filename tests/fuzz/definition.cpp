@@ -19,7 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const clsLang& language = *languages->Item(i);
     const auto block = definition::read(definition::blockOf(text, language.Name));
     const int first = languages->IndexOf(&clsLang::Name, language.Name);
-    check(block && block->Count() == 1 && dump(*block->Item(1), true) == dump(*languages->Item(first), true), "a block is its language");
+    check(block && block->Count() == 1 && dump(*block->Item(1), true) == dump(*languages->Item(first), true),
+          "a block is its language");
   }
   definition::linesTakenForHeaders(text);
   return 0;

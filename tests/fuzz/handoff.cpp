@@ -1,7 +1,7 @@
 // Q1: Messages from another copy: any bytes on the socket are acted on only as far as they are messages of the agreed form.
 #include <QCoreApplication>
-#include <QDir>
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QTemporaryDir>
 
 #include "control/edit/TextModel.h"
@@ -15,7 +15,7 @@ QString place;
 int acted = 0;
 constexpr int kPatience = 60'000;   // milliseconds; bounds a hang on a busy machine
 Msghook* hook = nullptr;
-}  // namespace
+}   // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   static int argc = 1;

@@ -53,14 +53,14 @@ void edits(std::shared_ptr<const Highlighter> highlighter, fuzz::Input in) {
   }
 }
 
-}  // namespace
+}   // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input in(data, size);
   LanguageTables tables;
   tables.caseSensitive = in.byte() % 2 == 1;
-  for (auto* list : {&tables.keywords, &tables.operators, &tables.singleComments, &tables.multiCommentStart, &tables.multiCommentEnd,
-                     &tables.stringDelims})
+  for (auto* list : {&tables.keywords, &tables.operators, &tables.singleComments, &tables.multiCommentStart,
+                     &tables.multiCommentEnd, &tables.stringDelims})
     for (int n = in.byte() % 6; n > 0; --n) list->push_back(sign(in));
   tables.escapeChar = sign(in);
   const auto shared = std::make_shared<const Highlighter>(tables);
@@ -88,7 +88,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const Token& token : tokens) covered += token.length;
     for (const Token& token : parts) coveredInParts += token.length;
     const bool goesOn = at.inside == LinePoint::block || at.inside == LinePoint::string;
-    check(covered == coveredInParts && highlighter.startOf(next) == (goesOn ? LinePoint{0, at.inside, at.index} : LinePoint{}), "a line is its parts");
+    check(covered == coveredInParts && highlighter.startOf(next) == (goesOn ? LinePoint{0, at.inside, at.index} : LinePoint{}),
+          "a line is its parts");
     state = next;
     from = end + 1;
   }

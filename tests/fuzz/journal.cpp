@@ -1,8 +1,8 @@
 // J3, Q1: whatever bytes stand where a journal should be, reading them ends well; whatever was done to a text comes back.
+#include "text/journal/Journal.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/files/CrashFileSystem.h"
 #include "tests/support/files/FaultyFileSystem.h"
-#include "text/journal/Journal.h"
 #include "text/journal/JournalRead.h"
 
 using namespace text;
@@ -74,7 +74,7 @@ void edits(fuzz::Input in) {
   check(back.text.bytes() == last, "the text comes back");
 }
 
-}  // namespace
+}   // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input in(data, size);

@@ -74,7 +74,7 @@ void use(const QByteArray& bytes, std::uint8_t cutAt, bool mustBeRead) {
   if (cut.parse(written.left(at))) check(cut.toBytes().size() >= written.size() - 4, "a cut file is damaged");
 }
 
-}  // namespace
+}   // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::uint8_t cutAt = size > 0 ? data[size / 2] : 0;

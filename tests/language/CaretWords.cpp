@@ -56,7 +56,7 @@ class CaretWords : public testing::Test {
   int index = 1;   // the frame's WordListIndex
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(CaretWords, WordsTakeTurns) {
   list("Colours", "RED\nGREEN\nBLUE\n");
@@ -77,14 +77,14 @@ TEST_F(CaretWords, WordsTakeTurns) {
            Case{"|Red", "|GREEN", "|BLUE"},
            Case{"ONLY|", "only|", "only|"},
            Case{"a |< b", "a |<= b", "a |> b"},
-           Case{"(two|)", "(thr|ee words here)", "(|)"},      // an empty line of a list is a word like any other
+           Case{"(two|)", "(thr|ee words here)", "(|)"},   // an empty line of a list is a word like any other
            Case{"last|", "last|", "last|"},
-           Case{"a|", "c|", "b|"},                            // the last of equal lines decides
+           Case{"a|", "c|", "b|"},   // the last of equal lines decides
            Case{"unknown|", "unknown|", "unknown|"},
            Case{"| x", "| x", "| x"},
            Case{"redgreen|", "redgreen|", "redgreen|"},
            Case{"green green gre|en", "green green BLU|E", "green green RED|"},
-           Case{"open f r|+", "open f w|", "open f r|"},      // the longest word at the caret, wherever that is in it
+           Case{"open f r|+", "open f w|", "open f r|"},   // the longest word at the caret, wherever that is in it
            Case{"open f |r", "open f |r+", "open f |w"},
            Case{"y = 1|'b0;", "y = 1|'b1;", "y = 1|'b1;"},
            Case{"if (a <|= b)", "if (a >| b)", "if (a <| b)"},
@@ -186,8 +186,9 @@ TEST_F(CaretWords, IsInWordList) {
     const char* text;
     bool found;
   };
-  for (const Case& c : {Case{"RED|", true}, Case{"gre|en", true}, Case{"gre|enish", false}, Case{"|<= x", true}, Case{"two|", false}, Case{"two wor|ds", true},
-                        Case{"open|", false}, Case{" | ", false}, Case{"|", false}}) {
+  for (const Case& c :
+       {Case{"RED|", true}, Case{"gre|en", true}, Case{"gre|enish", false}, Case{"|<= x", true}, Case{"two|", false},
+        Case{"two wor|ds", true}, Case{"open|", false}, Case{" | ", false}, Case{"|", false}}) {
     show(c.text);
     EXPECT_EQ(isInWordList(cmx, language.get()), c.found) << c.text;
     EXPECT_FALSE(isInWordList(cmx, nullptr));
@@ -208,17 +209,11 @@ TEST_F(CaretWords, TemplatesGoInAtTheirPlace) {
            Case{"alw|", "always @(@$$|clk)\nbegin\n\n  $$\nend"},
            Case{"    a|lw;", "    always @(@$$|clk)\n    begin\n    \n      $$\n    end;"},
            Case{"\talw|", "\talways @(@$$|clk)\n\tbegin\n\t\n\t\t$$\n\tend"},   // a level of the template is a tab there
-           Case{"\tx\nalw|", "\tx\nalways @(@$$|clk)\nbegin\n\n\t$$\nend"},
-           Case{"  x\ntab|", "  x\none\n    two|"},
-           Case{"tab|", "one\n\ttwo|"},
-           Case{"ab\tx alw|", "ab\tx always @(@$$|clk)\n      begin\n      \n        $$\n      end"},
-           Case{"\xC3\xA4 plain|", "\xC3\xA4 one\n  two|"},
-           Case{"x\n  plain| y", "x\n  one\n  two| y"},
-           Case{"none|;", "|;"},
+           Case{"\tx\nalw|", "\tx\nalways @(@$$|clk)\nbegin\n\n\t$$\nend"}, Case{"  x\ntab|", "  x\none\n    two|"},
+           Case{"tab|", "one\n\ttwo|"}, Case{"ab\tx alw|", "ab\tx always @(@$$|clk)\n      begin\n      \n        $$\n      end"},
+           Case{"\xC3\xA4 plain|", "\xC3\xA4 one\n  two|"}, Case{"x\n  plain| y", "x\n  one\n  two| y"}, Case{"none|;", "|;"},
            Case{"  lead|;", "  \na\n  b\n  |;"},   // the search for breaks begins behind the first character
-           Case{"ALW|", "ALW|"},
-           Case{"alwx|", "alwx|"},
-           Case{" | ", " | "},
+           Case{"ALW|", "ALW|"}, Case{"alwx|", "alwx|"}, Case{" | ", " | "},
            Case{"a ..|", "a dots|"},   // two dots may be a hot key themselves
        }) {
     EXPECT_EQ(afterExpansion(c.before), c.after) << c.before;

@@ -10,7 +10,8 @@ using namespace testing_files;
 
 namespace {
 
-const std::string kOld = "SetLanguage:Old\r\n[Keywords]\r\nalways\r\n\r\n", kNew = "SetLanguage:New\r\n[Keywords]\r\nalways\r\n\r\n";
+const std::string kOld = "SetLanguage:Old\r\n[Keywords]\r\nalways\r\n\r\n",
+                  kNew = "SetLanguage:New\r\n[Keywords]\r\nalways\r\n\r\n";
 
 TEST(DefinitionSave, S2_S5_FaultsAndPowerCutsLeaveTheOldFileOrTheNewOne) {
   auto dialogs = std::make_unique<ScriptedDialogs>();
@@ -78,4 +79,4 @@ TEST(DefinitionSave, S10_TheCopyIsNoWiderThanTheFile) {
     EXPECT_EQ(text::stampOf(folder / name, false).status.mode & 0777, 0600u) << name;
 }
 
-}  // namespace
+}   // namespace

@@ -12,7 +12,7 @@ std::string readBack(const char* lines) {
   return languages ? dump(*languages) : "none";
 }
 
-}  // namespace
+}   // namespace
 
 TEST(DefinitionText, KindsOfLines) {
   using K = definition::LineKind;
@@ -21,17 +21,32 @@ TEST(DefinitionText, KindsOfLines) {
     K kind;
     const char* name;
   };
-  for (const Case& c :
-       {Case{"SetLanguage:Verilog", K::language, "Verilog"}, Case{"SetLanguage:", K::language, ""},
-        Case{"SetLanguage: a b ", K::language, " a b "}, Case{"setlanguage:x", K::body, ""},
-        Case{" SetLanguage:x", K::body, ""}, Case{"$Desc: hi", K::description, " hi"}, Case{"$Desc", K::body, ""},
-        Case{"[Keywords]", K::property, "Keywords"}, Case{"[Keywords", K::property, "Keyword"},
-        Case{"[Keywords] ", K::property, "Keywords]"}, Case{"[]", K::body, ""}, Case{"[", K::body, ""},
-        Case{"[*]", K::property, "*"}, Case{"[ab", K::property, "a"}, Case{"[{m}]", K::macro, "m"}, Case{"[{}]", K::macro, ""},
-        Case{"[{a", K::body, ""}, Case{"[{", K::body, ""}, Case{"[{ab", K::macro, ""}, Case{"[##]", K::templateText, ""},
-        Case{"[#case#]", K::templateText, "case"}, Case{"[#case]", K::templateText, "cas"},
-        Case{"[^Edges^]", K::wordList, "Edges"}, Case{"[^^", K::body, ""}, Case{" [Keywords]", K::body, ""},
-        Case{"", K::body, ""}}) {
+  for (const Case& c : {Case{"SetLanguage:Verilog", K::language, "Verilog"},
+                        Case{"SetLanguage:", K::language, ""},
+                        Case{"SetLanguage: a b ", K::language, " a b "},
+                        Case{"setlanguage:x", K::body, ""},
+                        Case{" SetLanguage:x", K::body, ""},
+                        Case{"$Desc: hi", K::description, " hi"},
+                        Case{"$Desc", K::body, ""},
+                        Case{"[Keywords]", K::property, "Keywords"},
+                        Case{"[Keywords", K::property, "Keyword"},
+                        Case{"[Keywords] ", K::property, "Keywords]"},
+                        Case{"[]", K::body, ""},
+                        Case{"[", K::body, ""},
+                        Case{"[*]", K::property, "*"},
+                        Case{"[ab", K::property, "a"},
+                        Case{"[{m}]", K::macro, "m"},
+                        Case{"[{}]", K::macro, ""},
+                        Case{"[{a", K::body, ""},
+                        Case{"[{", K::body, ""},
+                        Case{"[{ab", K::macro, ""},
+                        Case{"[##]", K::templateText, ""},
+                        Case{"[#case#]", K::templateText, "case"},
+                        Case{"[#case]", K::templateText, "cas"},
+                        Case{"[^Edges^]", K::wordList, "Edges"},
+                        Case{"[^^", K::body, ""},
+                        Case{" [Keywords]", K::body, ""},
+                        Case{"", K::body, ""}}) {
     EXPECT_EQ(definition::kindOf(q(c.line)), c.kind) << c.line;
     EXPECT_EQ(s(definition::nameIn(q(c.line), c.kind).toString()), c.name) << c.line;
   }
@@ -44,13 +59,14 @@ TEST(DefinitionText, ReadsEverySection) {
       "[HelpFile]\n$Zelkor/help\n.html\n[IndIn]\nbegin\n[IndOut]\nend\n[IndInOut]\nelse\n[Description]\nA\n\nB\n"
       "[Case Sensitive]\nignored\n[Unknown]\ndropped\n[^Edges^]\nposedge\n$Desc:first\n\nnegedge\n$Desc:the edges\n"
       "[{Compile}]\nExe a b\n\nExe c\n$Desc:runs it\n[#case#]\ncase ($$)\n\n  end\n\n$Desc:a case\n");
-  EXPECT_EQ(all,
-            "LANGUAGE=Verilog\ncase=yes\nkeywords=module\\r\\nendmodule\\r\\n\noperators=+\\r\\n\ndescription=A\\r\\nB\\r\\n\n"
-            "single=//\\r\\n\nstart=/*\\r\\n\nend=*/\\r\\n\nstrings=\"\\r\\n\nextension=vvh\nhelp=$Zelkor/help.html\n"   // joined with nothing between
-            "in=begin\\r\\n\nout=end\\r\\n\nmid=else\\r\\n\nlibrary=\nplaces=\nquoted=\nnames=\ncontents=\nformatting=\n"
-            "list=Edges | posedge\\r\\nnegedge\\r\\n | the edges\n"   // the last description wins
-            "macro=Compile | Exe a b\\r\\nExe c\\r\\n | runs it\n"
-            "template=case | case | case ($$)\\r\\n\\r\\n  end\\r\\n | a case\n");
+  EXPECT_EQ(
+      all,
+      "LANGUAGE=Verilog\ncase=yes\nkeywords=module\\r\\nendmodule\\r\\n\noperators=+\\r\\n\ndescription=A\\r\\nB\\r\\n\n"
+      "single=//\\r\\n\nstart=/*\\r\\n\nend=*/\\r\\n\nstrings=\"\\r\\n\nextension=vvh\nhelp=$Zelkor/help.html\n"   // joined with nothing between
+      "in=begin\\r\\n\nout=end\\r\\n\nmid=else\\r\\n\nlibrary=\nplaces=\nquoted=\nnames=\ncontents=\nformatting=\n"
+      "list=Edges | posedge\\r\\nnegedge\\r\\n | the edges\n"   // the last description wins
+      "macro=Compile | Exe a b\\r\\nExe c\\r\\n | runs it\n"
+      "template=case | case | case ($$)\\r\\n\\r\\n  end\\r\\n | a case\n");
 }
 
 TEST(DefinitionText, HandEditedFilesLoseNothingElse) {
@@ -58,9 +74,12 @@ TEST(DefinitionText, HandEditedFilesLoseNothingElse) {
     const char *text, *shows;   // a part of the model's dump
   };
   for (const Case& c : {
-           Case{"", "none"}, Case{"\n\n\n", "none"}, Case{"no language at all\n[Keywords]\na\n", "none"},
+           Case{"", "none"},
+           Case{"\n\n\n", "none"},
+           Case{"no language at all\n[Keywords]\na\n", "none"},
            Case{"[Keywords]\na\n[{m}]\nx\nSetLanguage:L\n[Operators]\n+\n", "keywords=\noperators=+\\r\\n\n"},
-           Case{"SetLanguage:L\n[case sensitive]\n", "case=no"}, Case{"SetLanguage:L\n[Keywords\na\n", "keywords=\n"},
+           Case{"SetLanguage:L\n[case sensitive]\n", "case=no"},
+           Case{"SetLanguage:L\n[Keywords\na\n", "keywords=\n"},
            Case{"SetLanguage:L\n[Keywords]\na\n[Keywords]\nb\n", "keywords=b\\r\\n\n"},
            Case{"SetLanguage:L\n[#a#]\n[#b#]\nx", "template=a | a |  | \ntemplate=b | b | x | \n"},
            Case{"SetLanguage:L\n[#a#]\n\n", "template=a | a |  | \n"},
@@ -118,8 +137,9 @@ TEST(DefinitionText, RandomModelsComeBack) {
 }
 
 TEST(DefinitionText, RandomTextsAreReadAndStaySame) {
-  static const QStringList parts{q("SetLanguage:"), q("$Desc:"), q("["), q("[{"), q("[#"), q("[^"), q("]"), q("Keywords]"), q("#]"), q("\r"),
-                                 q("\n"), q("\r\n"), q("x"), QString(QChar(0)), QString(QChar(0xDC80)), q("Extensions]")};
+  static const QStringList parts{q("SetLanguage:"),      q("$Desc:"),     q("["),  q("[{"), q("[#"),   q("[^"), q("]"),
+                                 q("Keywords]"),         q("#]"),         q("\r"), q("\n"), q("\r\n"), q("x"),  QString(QChar(0)),
+                                 QString(QChar(0xDC80)), q("Extensions]")};
   std::mt19937 random(7);
   for (int round = 0; round < 3000; ++round) {
     QString text;

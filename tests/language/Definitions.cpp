@@ -105,21 +105,20 @@ class Definitions : public testing::Test {
   std::unique_ptr<frmDefinitions> dialog;
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(Definitions, HasItsControlsAndTexts) {
   open();
   struct Case {
     const char *name, *text, *hint;
   };
-  for (const Case& c : {Case{"cmdDownload", "Download", "Download new languages from WEB Site"},
-                        Case{"cmdSubmit", "Submit", "Submits the selected language"}, Case{"cmdAdd", "Add", "Adds a new language"},
-                        Case{"cmdDelete", "Delete", "Delete the selected language"}, Case{"cmdApply", "Apply", nullptr},
-                        Case{"cmdSave", "Save", nullptr}, Case{"cmdClose", "Close", nullptr}, Case{"cmdDeleteList", "Delete", nullptr}}) {
+  for (const Case& c :
+       {Case{"cmdDownload", "Download", "Download new languages from WEB Site"},
+        Case{"cmdSubmit", "Submit", "Submits the selected language"}, Case{"cmdAdd", "Add", "Adds a new language"},
+        Case{"cmdDelete", "Delete", "Delete the selected language"}, Case{"cmdApply", "Apply", nullptr},
+        Case{"cmdSave", "Save", nullptr}, Case{"cmdClose", "Close", nullptr}, Case{"cmdDeleteList", "Delete", nullptr}}) {
     EXPECT_EQ(s(find<QPushButton>(c.name)->text().remove(u'&')), c.text);
-    if (c.hint) {
-      EXPECT_EQ(s(find<QPushButton>(c.name)->toolTip()), c.hint);
-    }
+    if (c.hint) { EXPECT_EQ(s(find<QPushButton>(c.name)->toolTip()), c.hint); }
   }
   const struct {
     const char *name, *label, *hint;
@@ -139,12 +138,15 @@ TEST_F(Definitions, HasItsControlsAndTexts) {
     auto* widget = find<QWidget>(f.name);
     EXPECT_EQ(s(widget->toolTip()), f.hint) << f.name;
     bool labelled = false;
-    for (const QLabel* label : dialog->findChildren<QLabel*>()) labelled |= label->buddy() == widget && s(label->text().remove(u'&')) == f.label;
+    for (const QLabel* label : dialog->findChildren<QLabel*>())
+      labelled |= label->buddy() == widget && s(label->text().remove(u'&')) == f.label;
     EXPECT_TRUE(labelled) << f.name;
   }
   const auto* tabs = find<QTabBar>("TabStrip1");
-  const char* const tabTexts[][2] = {{"Structure", "Language Structure"}, {"Macros", "Language macros"},
-                                     {"Templates", "Language Templates"}, {"WordLists", "WordLists Definitions"}};
+  const char* const tabTexts[][2] = {{"Structure", "Language Structure"},
+                                     {"Macros", "Language macros"},
+                                     {"Templates", "Language Templates"},
+                                     {"WordLists", "WordLists Definitions"}};
   ASSERT_EQ(tabs->count(), 4);
   for (int i = 0; i < 4; ++i) {
     EXPECT_EQ(s(tabs->tabText(i).remove(u'&')), tabTexts[i][0]);
@@ -169,6 +171,7 @@ TEST_F(Definitions, FillingFieldsIsNoEdit) {
 
 TEST_F(Definitions, EveryFieldWritesThrough) {
   open();
+  // clang-format off
   const std::pair<const char*, QString clsLang::*> lists[] = {
       {"txtKeyword", &clsLang::Keywords},       {"txtOperator", &clsLang::Operators},     {"txtText", &clsLang::StringDelims},
       {"txtSLC", &clsLang::SingleComments},     {"txtMLCS", &clsLang::MultiCommentStart}, {"txtMLCE", &clsLang::MultiCommentEnd},
@@ -186,7 +189,9 @@ TEST_F(Definitions, EveryFieldWritesThrough) {
     EXPECT_EQ(s((*language(1)).*property), std::string(name) + "\r\n");   // once only
     EXPECT_TRUE(dialog->isChanged()) << name;
   }
-  for (const auto& [name, property] : {std::pair{"txtExtension", &clsLang::Extension}, {"txtFileNames", &clsLang::FileNames}, {"txtHelp", &clsLang::HelpFile}}) {
+  // clang-format on
+  for (const auto& [name, property] :
+       {std::pair{"txtExtension", &clsLang::Extension}, {"txtFileNames", &clsLang::FileNames}, {"txtHelp", &clsLang::HelpFile}}) {
     line(name)->selectAll();
     type(line(name), "x;y");
     leave(line(name));
@@ -231,9 +236,10 @@ TEST_F(Definitions, TabsShowTheirItemsLabelsAndHints) {
   open();
   const struct {
     const char *listLabel, *textLabel, *item, *body, *hint;
-  } tabs[] = {{"Macro Name", "Commands", "Compile", "Exe a\n", "Commands to be run when [Compile] is selected from the 'Custom' menu"},
-              {"Hot Code", "Definition", "alw", "always\nend", "Code to be inserted when [alw] is typed and SHIFT-F1 is pressed"},
-              {"WordList Name", "Words", "Edges", "posedge\nnegedge\n", "These words are cycled through when F5, F6 are pressed"}};
+  } tabs[] = {
+      {"Macro Name", "Commands", "Compile", "Exe a\n", "Commands to be run when [Compile] is selected from the 'Custom' menu"},
+      {"Hot Code", "Definition", "alw", "always\nend", "Code to be inserted when [alw] is typed and SHIFT-F1 is pressed"},
+      {"WordList Name", "Words", "Edges", "posedge\nnegedge\n", "These words are cycled through when F5, F6 are pressed"}};
   for (int i = 0; i < 3; ++i) {
     tab(i + 1);
     EXPECT_TRUE(find<QWidget>("fraList")->isVisible());
@@ -293,7 +299,8 @@ TEST_F(Definitions, WithoutLanguagesEverythingWaits) {
   manager.setLanguages(nullptr);
   open();
   EXPECT_EQ(title(), "Language Definition");
-  for (const char* name : {"fraStructure", "txtExtension", "cmdDelete", "cmdDuplicate", "txtList"}) EXPECT_FALSE(enabled(name)) << name;
+  for (const char* name : {"fraStructure", "txtExtension", "cmdDelete", "cmdDuplicate", "txtList"})
+    EXPECT_FALSE(enabled(name)) << name;
   tab(1);
   click("cmdAddList");
   press(list("lst"), Qt::Key_Insert);
@@ -608,9 +615,11 @@ TEST_F(Definitions, EveryControlIsReachedByTab) {
       QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
       for (const QWidget* w = QApplication::focusWidget(); w; w = w->parentWidget()) reached += w->objectName();
     }
-    QStringList wanted{q("txtFilter"), q("lstLanguage"), q("cmdAdd"), q("cmdDelete"), q("txtDescription"), q("txtExtension"), q("TabStrip1"),
-                       q("cmdApply"), q("cmdSave"), q("cmdClose"), q("cmdBrowse")};
-    if (onStructure) wanted << q("chkCase") << q("txtKeyword") << q("txtMLCE") << q("txtIinout") << q("txtHelp") << q("txtLibrary") << q("txtPlaces") << q("txtQuoted");
+    QStringList wanted{q("txtFilter"), q("lstLanguage"), q("cmdAdd"),  q("cmdDelete"), q("txtDescription"), q("txtExtension"),
+                       q("TabStrip1"), q("cmdApply"),    q("cmdSave"), q("cmdClose"),  q("cmdBrowse")};
+    if (onStructure)
+      wanted << q("chkCase") << q("txtKeyword") << q("txtMLCE") << q("txtIinout") << q("txtHelp") << q("txtLibrary")
+             << q("txtPlaces") << q("txtQuoted");
     else wanted << q("lst") << q("cmdAddList") << q("txtDesc") << q("txtList");
     for (const QString& name : wanted) EXPECT_TRUE(reached.contains(name)) << s(name);
   }

@@ -22,11 +22,11 @@ class ModelMaker {
       const auto l = all->Add(name());
       l->isCaseSensitive = upTo(1);
       for (QString* text : {&l->Keywords, &l->Operators, &l->Description, &l->SingleComments, &l->MultiCommentStart,
-                            &l->MultiCommentEnd, &l->StringDelims, &l->BlockStart, &l->BlockEnd, &l->BlockMid, &l->LibraryWords, &l->SignPlaces,
-                            &l->QuotedNames, &l->Contents, &l->Formatting})
+                            &l->MultiCommentEnd, &l->StringDelims, &l->BlockStart, &l->BlockEnd, &l->BlockMid, &l->LibraryWords,
+                            &l->SignPlaces, &l->QuotedNames, &l->Contents, &l->Formatting})
         *text = list();
-      for (QString* text : {&l->Extension, &l->FileNames, &l->HelpFile})
-        do *text = name();
+      for (QString* text : {&l->Extension, &l->FileNames, &l->HelpFile}) do
+          *text = name();
         while (definition::kindOf(*text) != definition::LineKind::body);
       for (int i = upTo(3); i > 0; --i) l->cWordList()->Add(name(), list())->Desc = name();
       for (int i = upTo(3); i > 0; --i) {
@@ -48,8 +48,15 @@ class ModelMaker {
   int upTo(int most) { return std::uniform_int_distribution<int>(0, most)(random_); }
   // Any text on one line, with all that the form gives a meaning to.
   QString name() {
-    static const QStringList parts{q("a"), q("Z9"), q(" "), q(";"), q("["), q("]"), q("{"), q("}]"), q("#"), q("^]"), q("$Desc:"),
-                                   q("SetLanguage:"), q("\xC3\xA4"), q("\xF0\x9F\x98\x80"), q("\t"), q("|"), q("//"), q("$$")};
+    static const QStringList parts{q("a"),        q("Z9"),
+                                   q(" "),        q(";"),
+                                   q("["),        q("]"),
+                                   q("{"),        q("}]"),
+                                   q("#"),        q("^]"),
+                                   q("$Desc:"),   q("SetLanguage:"),
+                                   q("\xC3\xA4"), q("\xF0\x9F\x98\x80"),
+                                   q("\t"),       q("|"),
+                                   q("//"),       q("$$")};
     QString text;
     for (int n = upTo(5); n > 0; --n) text += parts[upTo(static_cast<int>(parts.size()) - 1)];
     return text;

@@ -13,7 +13,8 @@ namespace {
 
 const char kTwo[] =
     "SetLanguage:Verilog\r\n[Keywords]\r\nmodule\r\n[SingleComments]\r\n//\r\n--\r\n[MultiCommentStart]\r\n/*\r\n"
-    "[MultiCommentEnd]\r\n*/\r\n[Extensions]\r\nv;vh\r\n[HelpFile]\r\n$Zelkor/help/v.html\r\n[#alw#]\r\nalways\r\n$Desc:a process\r\n"
+    "[MultiCommentEnd]\r\n*/\r\n[Extensions]\r\nv;vh\r\n[HelpFile]\r\n$Zelkor/help/v.html\r\n[#alw#]\r\nalways\r\n$Desc:a "
+    "process\r\n"
     "[#alw#]\r\nsecond\r\nSetLanguage:VHDL\r\n[Extensions]\r\nvhd;V\r\n[Keywords]\r\nentity\r\n";
 
 class Manager : public testing::Test {
@@ -44,7 +45,7 @@ class Manager : public testing::Test {
   ucCM manager;
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(Manager, FindsNothingBeforeInit) {
   EXPECT_EQ(manager.GetLangFromExt(q("v")), 0);
@@ -274,7 +275,7 @@ TEST_F(Manager, TheShippedFileIsLeftAloneAndARemovedOneIsWrittenAnew) {
 
 TEST_F(Manager, EncodingsComeBack) {
   struct Case {
-    QByteArray name;      // "L" and a letter beyond ASCII, in the file's encoding
+    QByteArray name;   // "L" and a letter beyond ASCII, in the file's encoding
     const char* shown;
   };
   for (const Case& c : {Case{"L\xC3\xA4", "L\xC3\xA4"}, Case{"L\xE4 x", "L\xC3\xA4 x"}}) {

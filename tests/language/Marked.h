@@ -10,8 +10,6 @@ inline void showMarked(CodeMax& cmx, const char* marked) {
   cmx.editor().setSelection(text.selection);
 }
 
-inline std::string bytesOf(CodeMax& cmx) {
-  return cmx.editor().snapshot().bytes();
-}
+inline std::string bytesOf(CodeMax& cmx) { return cmx.editor().snapshot().bytes(); }
 
 inline std::string markedText(CodeMax& cmx) { return printCaret(bytesOf(cmx), cmx.editor().selection()); }

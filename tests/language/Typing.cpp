@@ -72,7 +72,7 @@ class TypingHotWords : public Typing {
   HotWords* words;
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(Typing, TabWalksTheFieldsAsLongAsTheyLast) {
   expand("x $$\n  alw|\n$$");

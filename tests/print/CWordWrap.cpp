@@ -44,7 +44,8 @@ struct Job {
     cmx.setLanguage(QStringLiteral("print-test"));
     cmx.setText(text);
     cmx.setTabSize(4);
-    printer.setPageLayout(QPageLayout(QPageSize(QSizeF(widthInches, 6), QPageSize::Inch), QPageLayout::Portrait, QMarginsF(36, 36, 36, 36), QPageLayout::Point));
+    printer.setPageLayout(QPageLayout(QPageSize(QSizeF(widthInches, 6), QPageSize::Inch), QPageLayout::Portrait,
+                                      QMarginsF(36, 36, 36, 36), QPageLayout::Point));
     QFont font(QStringLiteral("DejaVu Sans Mono"));
     font.setPointSizeF(10);
     printer.setFont(font);
@@ -62,14 +63,17 @@ struct Job {
       baseline = run.baseline;
       const QFont& font = printer.document().styles[static_cast<std::size_t>(run.style)].font;
       const QString text = page(index).runText(run);
-      const QString mark = font.bold() && font.italic() ? QStringLiteral("B") : font.bold() ? QStringLiteral("b") : font.italic() ? QStringLiteral("i") : QString();
+      const QString mark = font.bold() && font.italic() ? QStringLiteral("B")
+                           : font.bold()                ? QStringLiteral("b")
+                           : font.italic()              ? QStringLiteral("i")
+                                                        : QString();
       lines.last() += mark.isEmpty() || text.trimmed().isEmpty() ? text : mark + u'{' + text + u'}';
     }
     return lines;
   }
 };
 
-}  // namespace
+}   // namespace
 
 TEST(CWordWrap, CommentsInOneLine) {
   struct Case {
@@ -80,10 +84,10 @@ TEST(CWordWrap, CommentsInOneLine) {
       {"a // x", "a <// x>"},
       {"a /* b */ c // d", "a </* b */> c <// d>"},
       {"a // b /* c", "a <// b /* c>"},
-      {"/*/ a", "</*/> a"},                       // the end may use the start's own character
+      {"/*/ a", "</*/> a"},   // the end may use the start's own character
       {"/* a */ b /* c */", "</* a */> b </* c */>"},
-      {"/* // */ b", "</* <// */> b>"},           // a line comment inside a closed block is found all the same
-      {"/*a*// b", "</*a*/>/ b"},                 // a mark has come between
+      {"/* // */ b", "</* <// */> b>"},   // a line comment inside a closed block is found all the same
+      {"/*a*// b", "</*a*/>/ b"},         // a mark has come between
       {"/*a*// // b", "</*a*/>/ <// b>"},
       {"no comment", "no comment"},
       {"", ""},
@@ -137,8 +141,8 @@ TEST(CWordWrap, EmphasisOfKeywordsAndComments) {
   job.wrap.Keywordsbold = true;
   job.wrap.CommentsBold = false;
   job.print();
-  EXPECT_EQ(job.styled(), (QStringList{QStringLiteral("b{begin} x(b{begin}) i{// begin}"), QStringLiteral("b{end} Begin"), QStringLiteral("i{/* a}"),
-                                       QStringLiteral("i{begin b */} b{end}")}));
+  EXPECT_EQ(job.styled(), (QStringList{QStringLiteral("b{begin} x(b{begin}) i{// begin}"), QStringLiteral("b{end} Begin"),
+                                       QStringLiteral("i{/* a}"), QStringLiteral("i{begin b */} b{end}")}));
   EXPECT_FALSE(job.printer.FontItalic());
 }
 
@@ -176,7 +180,8 @@ TEST(CWordWrap, NarrowColumnsWithLineNumbers) {
   narrow.print(true);
   const QStringList lines = narrow.styled();
   EXPECT_TRUE(lines[0].startsWith(QStringLiteral(" 1:     aaa"))) << lines[0].toStdString();
-  EXPECT_EQ(lines.mid(lines.indexOf(QStringLiteral(" 2: fourfive5"))), (QStringList{QStringLiteral(" 2: fourfive5"), QStringLiteral("six")}));
+  EXPECT_EQ(lines.mid(lines.indexOf(QStringLiteral(" 2: fourfive5"))),
+            (QStringList{QStringLiteral(" 2: fourfive5"), QStringLiteral("six")}));
   EXPECT_EQ(narrow.page().rules.size(), 4u * static_cast<std::size_t>(lines.size() - 2)) << "each break is marked";
 }
 
@@ -212,16 +217,20 @@ TEST(CWordWrap, EmptyTextAndAStop) {
   EXPECT_EQ(empty.styled(), QStringList{QStringLiteral(" 1: ")});
   Job ended(QStringLiteral("a\n\n"));
   ended.print(true);
-  EXPECT_EQ(ended.styled(), (QStringList{QStringLiteral(" 1: a"), QStringLiteral(" 2: ")})) << "behind the last line end stands no line";
+  EXPECT_EQ(ended.styled(), (QStringList{QStringLiteral(" 1: a"), QStringLiteral(" 2: ")}))
+      << "behind the last line end stands no line";
   Job stopped(QString(1000, u'\n'));
-  stopped.wrap.cmPrintText(stopped.printer, stopped.line, QString(), false, stopped.result, [](qint64 done, qint64) { return done < 10; });
+  stopped.wrap.cmPrintText(stopped.printer, stopped.line, QString(), false, stopped.result,
+                           [](qint64 done, qint64) { return done < 10; });
   EXPECT_FALSE(stopped.result);
 }
 
 // H1: what would not be seen on paper, or would turn a line around, prints as its name; pictures made of several characters stay whole.
 TEST(CWordWrap, H1_InvisibleCharactersPrintAsTheirNames) {
   for (const bool stringsInColour : {false, true}) {
-    Job job(QString::fromUtf8("a\xE2\x80\xAE" "b \"\xE2\x81\xA6+\xE2\x80\x8B\" x\xE2\x80\x8Dy \xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9 +\xF0\x9F\x98\x80+"));
+    Job job(QString::fromUtf8(
+        "a\xE2\x80\xAE"
+        "b \"\xE2\x81\xA6+\xE2\x80\x8B\" x\xE2\x80\x8Dy \xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9 +\xF0\x9F\x98\x80+"));
     if (stringsInColour) job.wrap.stringColor = Qt::red;
     job.print();
     EXPECT_EQ(job.styled().join(u'|').toStdString(),

@@ -14,7 +14,7 @@ text::Highlighter hdl() {
   t.multiCommentEnd = {"*/"};
   return text::Highlighter(t);
 }
-}  // namespace
+}   // namespace
 
 TEST(CaseFilter, WordsByTargetAndMode) {
   const text::Highlighter highlighter = hdl();
@@ -35,7 +35,11 @@ TEST(CaseFilter, WordsByTargetAndMode) {
       {"x \"Begin aB\" -- Begin aB", keys, lower, "x \"Begin aB\" -- Begin aB"},
       {"\\Esc.aped/a next", text, upper, "\\Esc.aped/a NEXT"},
       {"8'hFf 16#aB# 0xAb abc", text, upper, "8'hFf 16#aB# 0xAb ABC"},
-      {"stra\xC3\x9F""e x", text, upper, "stra\xC3\x9F""e X"},
+      {"stra\xC3\x9F"
+       "e x",
+       text, upper,
+       "stra\xC3\x9F"
+       "e X"},
       {"", text, upper, ""},
   };
   for (const auto& c : cases) {
@@ -47,8 +51,10 @@ TEST(CaseFilter, WordsByTargetAndMode) {
 TEST(CaseFilter, BlockCommentsCarryOver) {
   const text::Highlighter highlighter = hdl();
   text::LineState state = 0;
-  EXPECT_EQ(filterCase(QStringLiteral("a /* b"), CaseTarget::mainText, CaseMode::upper, highlighter, &state), QStringLiteral("A /* b"));
-  EXPECT_EQ(filterCase(QStringLiteral("c */ d"), CaseTarget::mainText, CaseMode::upper, highlighter, &state), QStringLiteral("c */ D"));
+  EXPECT_EQ(filterCase(QStringLiteral("a /* b"), CaseTarget::mainText, CaseMode::upper, highlighter, &state),
+            QStringLiteral("A /* b"));
+  EXPECT_EQ(filterCase(QStringLiteral("c */ d"), CaseTarget::mainText, CaseMode::upper, highlighter, &state),
+            QStringLiteral("c */ D"));
 }
 
 TEST(CaseFilter, SameInk) {

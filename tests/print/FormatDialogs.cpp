@@ -26,7 +26,9 @@ class FormatDialogs : public DocumentFixture {
     verilog->BlockStart = u"begin\r\n"_s;
     verilog->BlockEnd = u"end\r\n"_s;
   }
-  std::unique_ptr<frmDocument> text(const char* name, const QByteArray& bytes, int language) { return opened(write(name, bytes), language); }
+  std::unique_ptr<frmDocument> text(const char* name, const QByteArray& bytes, int language) {
+    return opened(write(name, bytes), language);
+  }
   static std::string textOf(const frmDocument& document) { return document.cmx->Text().toStdString(); }
   template <class Widget>
   static Widget& in(QDialog& dialog, const char* name) {
@@ -50,7 +52,7 @@ class FormatDialogs : public DocumentFixture {
   }
 };
 
-}  // namespace
+}   // namespace
 
 TEST_F(FormatDialogs, ApplyFormatsAndKeepsTheDialogOpen) {
   const auto document = text("a.v", "begin\nx\nend", 1);

@@ -32,7 +32,7 @@ struct Hdl {
 
 std::string textOf(const CodeMax& cmx) { return cmx.Text().toStdString(); }
 
-}  // namespace
+}   // namespace
 
 TEST(FormatText, EachStep) {
   Hdl hdl;
@@ -137,10 +137,26 @@ TEST(FormatText, ReadOnlyTextStays) {
 TEST(FormatText, RandomTextsLoseNothing) {
   Hdl hdl;
   std::mt19937 random(20260412);
-  const QStringList parts{QStringLiteral("begin"), QStringLiteral("End"), QStringLiteral("aB"), QStringLiteral("\t"), QStringLiteral(" "), QStringLiteral("\n"),
-                          QStringLiteral("\n"), QStringLiteral("\""), QStringLiteral("--"), QStringLiteral("/*"), QStringLiteral("*/"), QStringLiteral("("),
-                          QStringLiteral(")"), QStringLiteral(";"), QString(QChar(0xDC81)), QString(QChar(0)), QStringLiteral("\u00e9\u0301"), QStringLiteral("\u00df"),
-                          QStringLiteral("\\x y"), QStringLiteral("8'hAf")};
+  const QStringList parts{QStringLiteral("begin"),
+                          QStringLiteral("End"),
+                          QStringLiteral("aB"),
+                          QStringLiteral("\t"),
+                          QStringLiteral(" "),
+                          QStringLiteral("\n"),
+                          QStringLiteral("\n"),
+                          QStringLiteral("\""),
+                          QStringLiteral("--"),
+                          QStringLiteral("/*"),
+                          QStringLiteral("*/"),
+                          QStringLiteral("("),
+                          QStringLiteral(")"),
+                          QStringLiteral(";"),
+                          QString(QChar(0xDC81)),
+                          QString(QChar(0)),
+                          QStringLiteral("\u00e9\u0301"),
+                          QStringLiteral("\u00df"),
+                          QStringLiteral("\\x y"),
+                          QStringLiteral("8'hAf")};
   const auto pick = [&](int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); };
   for (int round = 0; round < 300; ++round) {
     QString text;

@@ -20,7 +20,7 @@ struct Control {
   std::string text() const { return cmx.Text().replace(QLatin1String("\r\n"), QLatin1String("\n")).toStdString(); }
 };
 
-}  // namespace
+}   // namespace
 
 TEST(LineTools, AlignColumns) {
   struct Case {
@@ -85,8 +85,16 @@ TEST(LineTools, WholeLines) {
   };
   const Case cases[] = {
       {"b\na\nB\n", [](CodeMax& c) { return SortLines(c, {}); }, "a\nb\nB\n", 2},
-      {"b\na\nB", [](CodeMax& c) { return SortLines(c, {true, true, false, false}); }, "b\na\nB", 0},
-      {"x10\nx9\nx -1\nx", [](CodeMax& c) { return SortLines(c, {false, false, true, false}); }, "x\nx -1\nx9\nx10", 4},
+      {"b\na\nB",
+       [](CodeMax& c) {
+         return SortLines(c, {true, true, false, false});
+       },
+       "b\na\nB", 0},
+      {"x10\nx9\nx -1\nx",
+       [](CodeMax& c) {
+         return SortLines(c, {false, false, true, false});
+       },
+       "x\nx -1\nx9\nx10", 4},
       {"a\nb\nA\na\n", [](CodeMax& c) { return SortLines(c, {.dropEqual = true}); }, "a\nA\nb\n", 3},
       {"net-7\n1.2.3\n -2\nx", [](CodeMax& c) { return SortLines(c, {.numeric = true}); }, "x\n -2\n1.2.3\nnet-7", 4},
       {"a\nb\na\n\nb\n", [](CodeMax& c) { return RemoveDuplicateLines(c); }, "a\nb\n\n", 2},
@@ -111,7 +119,8 @@ TEST(LineTools, WhatIsCancelledChangesNothing) {
   const auto moment = std::exchange(LongWork::moment, std::chrono::milliseconds(0));
   Control c("");
   QStringList lines;
-  for (int i = 0; i < 50000; ++i) lines << QStringLiteral("x%1,\t").arg(i * 7919 % 50021) + QString(600, u'z');   // each takes longer than a look
+  for (int i = 0; i < 50000; ++i)
+    lines << QStringLiteral("x%1,\t").arg(i * 7919 % 50021) + QString(600, u'z');   // each takes longer than a look
   c.cmx.setText(lines.join(u'\n'));
   c.cmx.show();
   const text::Snapshot before = c.cmx.model()->snapshot();

@@ -67,7 +67,8 @@ class PdfPages : public testing::Test {
   QString run(const QString& program, const QStringList& arguments) {
     QProcess process;
     process.start(program, arguments);
-    EXPECT_TRUE(process.waitForFinished(kPatience) && process.exitCode() == 0) << program.toStdString() << process.readAllStandardError().toStdString();
+    EXPECT_TRUE(process.waitForFinished(kPatience) && process.exitCode() == 0)
+        << program.toStdString() << process.readAllStandardError().toStdString();
     return QString::fromUtf8(process.readAllStandardOutput());
   }
   QString info() { return run(u"pdfinfo"_s, {path()}); }
@@ -75,7 +76,8 @@ class PdfPages : public testing::Test {
   QStringList page(int number) {
     const QString n = QString::number(number);
     QStringList lines;
-    for (const QString& line : run(u"pdftotext"_s, {u"-layout"_s, u"-f"_s, n, u"-l"_s, n, path(), u"-"_s}).remove(u'\f').split(u'\n'))
+    for (const QString& line :
+         run(u"pdftotext"_s, {u"-layout"_s, u"-f"_s, n, u"-l"_s, n, path(), u"-"_s}).remove(u'\f').split(u'\n'))
       if (!line.trimmed().isEmpty()) lines << line.simplified();
     return lines;
   }
@@ -92,7 +94,7 @@ QString numbered(int count) {
   return lines.join(u'\n');
 }
 
-}  // namespace
+}   // namespace
 
 TEST_F(PdfPages, TextOrderHeaderFooterAndCount) {
   for (const auto orientation : {QPageLayout::Portrait, QPageLayout::Landscape}) {
@@ -197,7 +199,8 @@ TEST_F(PdfPages, HostileTextAndSettings) {
 
   print(u"\u05e9\u05dc\u05d5\u05dd = 1"_s);   // right to left
   const QString hebrew = page(1)[1];
-  EXPECT_TRUE(hebrew.contains(u"\u05e9\u05dc\u05d5\u05dd"_s) || hebrew.contains(u"\u05dd\u05d5\u05dc\u05e9"_s)) << hebrew.toStdString();
+  EXPECT_TRUE(hebrew.contains(u"\u05e9\u05dc\u05d5\u05dd"_s) || hebrew.contains(u"\u05dd\u05d5\u05dc\u05e9"_s))
+      << hebrew.toStdString();
 
   tabSize = 0;
   print(u"a\tb"_s);
@@ -226,7 +229,8 @@ TEST_F(PdfPages, HeadersOfLongNamesAndFields) {
   write({&last});
   const QString total = QString::number(document.pages.size());
   const QStringList lines = page(1);
-  EXPECT_TRUE(lines.first().startsWith(u"a long"_s) && lines.first().contains(u" middle "_s) && lines.first().endsWith(u"of it"_s)) << lines.first().toStdString();
+  EXPECT_TRUE(lines.first().startsWith(u"a long"_s) && lines.first().contains(u" middle "_s) && lines.first().endsWith(u"of it"_s))
+      << lines.first().toStdString();
   EXPECT_EQ(lines.last(), u"a%d%n.v page 2 of %1 100%"_s.arg(total));
 }
 

@@ -60,7 +60,7 @@ PrintDocument laidOut(const QString& text) {
   return printer.document();
 }
 
-}  // namespace
+}   // namespace
 
 TEST_F(Preview, OptionsKeepNineValuesUnderTheirNames) {
   PrintSettings settings;
@@ -70,7 +70,8 @@ TEST_F(Preview, OptionsKeepNineValuesUnderTheirNames) {
     ASSERT_TRUE(box) << name;
     box->click();
   };
-  for (const char* name : {"chkHeader", "chkFooter", "chkLineNumbers", "chkKeywordBold", "chkKeywordItalic", "chkCommentBold", "chkCommentItalic"})
+  for (const char* name :
+       {"chkHeader", "chkFooter", "chkLineNumbers", "chkKeywordBold", "chkKeywordItalic", "chkCommentBold", "chkCommentItalic"})
     toggle(name);
   dialog.findChild<QLineEdit*>(u"txtHeader"_s)->setText(u"my|header"_s);
   dialog.findChild<QLineEdit*>(u"txtFooter"_s)->setText(u"my|footer|%d"_s);
@@ -78,7 +79,7 @@ TEST_F(Preview, OptionsKeepNineValuesUnderTheirNames) {
   struct Value {
     const char *name, *text;
   };
-  const Value values[] = {{"cb", "False"}, {"ci", "False"}, {"kb", "True"}, {"ki", "True"}, {"ln", "True"},
+  const Value values[] = {{"cb", "False"},     {"ci", "False"},        {"kb", "True"},  {"ki", "True"}, {"ln", "True"},
                           {"ht", "my|header"}, {"ft", "my|footer|%d"}, {"he", "False"}, {"fe", "False"}};
   for (const auto& v : values)
     EXPECT_EQ(modRegistry::Text(u"Software\\Zelkor Editor\\Printer"_s, QLatin1String(v.name)).toStdString(), v.text) << v.name;
@@ -89,9 +90,13 @@ TEST_F(Preview, OptionsKeepNineValuesUnderTheirNames) {
 }
 
 TEST_F(Preview, SettingsThatMakeNoSenseLeaveTheDefaults) {
-  const auto set = [](const char* name, const QString& value) { modRegistry::SetText(modRegistry::kPrinterKey, QLatin1String(name), value); };
+  const auto set = [](const char* name, const QString& value) {
+    modRegistry::SetText(modRegistry::kPrinterKey, QLatin1String(name), value);
+  };
   modRegistry::NewKey(modRegistry::kPrinterKey);
-  for (const char* name : {"fontsize", "columns", "paper", "marginleft", "margintop", "marginright", "marginbottom", "landscape", "keywordcolor"}) set(name, u"-17 nonsense"_s);
+  for (const char* name :
+       {"fontsize", "columns", "paper", "marginleft", "margintop", "marginright", "marginbottom", "landscape", "keywordcolor"})
+    set(name, u"-17 nonsense"_s);
   const PrintSettings loaded = PrintSettings::load(), plain;
   EXPECT_EQ(loaded.font.pointSizeF(), plain.font.pointSizeF());
   EXPECT_EQ(loaded.columns, 1);
@@ -267,7 +272,9 @@ TEST_F(Preview, S2_S5_APdfFileIsTheOldOneOrTheNewOne) {
     return savePdf(document, u"a"_s, nullptr);
   };
   what.told = [&] { return dialogs.last().text.toStdString(); };
-  what.isFresh = [](const std::string& bytes) { return bytes.size() > 1000 && bytes.starts_with("%PDF-") && bytes.ends_with("%%EOF\n"); };
+  what.isFresh = [](const std::string& bytes) {
+    return bytes.size() > 1000 && bytes.starts_with("%PDF-") && bytes.ends_with("%%EOF\n");
+  };
   testing_files::sweepSave(what);
 }
 

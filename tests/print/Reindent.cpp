@@ -34,7 +34,8 @@ QString plain(const QString& text, const BlockWords& words, int unit) {
   return indented(in, indentsByFirstWord([&](qint64 i) { return in[i]; }, in.size(), words, unit));
 }
 
-QString careful(const QString& text, const BlockWords& words, int unit, const text::Highlighter* highlighter, const FormatRules& rules = {}) {
+QString careful(const QString& text, const BlockWords& words, int unit, const text::Highlighter* highlighter,
+                const FormatRules& rules = {}) {
   const QStringList in = lines(text);
   return indented(in, indentsByWholeLine([&](qint64 i) { return in[i]; }, in.size(), words, unit, highlighter, rules, 8));
 }
@@ -66,7 +67,7 @@ class ReindentShipped : public testing::Test {
   ucCM manager;
 };
 
-}  // namespace
+}   // namespace
 
 TEST(Reindent, WordListSearch) {
   struct Case {
@@ -74,11 +75,15 @@ TEST(Reindent, WordListSearch) {
     bool found, twice, tilde;
   };
   const Case cases[] = {
-      {"begin", "\r\nbegin\r\n", true, false, false},      {"BEGIN", "\r\nbegin\r\n", true, false, false},
-      {"begin", "begin\r\n", false, false, false},          // no line break before the first entry
-      {"begin", "\r\nbegin", true, false, false},           {"beg", "\r\nbegin\r\n", false, false, false},
-      {"case", "\r\nif\r\ncase*\r\n", true, true, false},   {"CASE", "\r\ncase*\r\n", true, true, false},
-      {"wait", "\r\nwait~\r\n", false, false, true},        {"fun", "\r\nfun-\r\n", false, false, false},
+      {"begin", "\r\nbegin\r\n", true, false, false},
+      {"BEGIN", "\r\nbegin\r\n", true, false, false},
+      {"begin", "begin\r\n", false, false, false},   // no line break before the first entry
+      {"begin", "\r\nbegin", true, false, false},
+      {"beg", "\r\nbegin\r\n", false, false, false},
+      {"case", "\r\nif\r\ncase*\r\n", true, true, false},
+      {"CASE", "\r\ncase*\r\n", true, true, false},
+      {"wait", "\r\nwait~\r\n", false, false, true},
+      {"fun", "\r\nfun-\r\n", false, false, false},
       {"case", "\r\ncase\r\ncase*\r\n", true, false, false},
   };
   for (const auto& c : cases) {
@@ -120,14 +125,13 @@ TEST(Reindent, ByFirstWord) {
       {"  E\n\tE\nB\nx", "E\nE\nB\n  x", 2},
       {"B\nx\nM\ny\nE", "B\n  x\nM\n  y\nE", 2},
       {"M\nx", "M\n  x", 2},
-      {"B\n\nx\n   \nE", "B\n  \n  x\n  \nE", 2},              // blank lines get the blanks too
-      {"x B\ny", "x B\ny", 2},                                  // only the first word counts
+      {"B\n\nx\n   \nE", "B\n  \n  x\n  \nE", 2},   // blank lines get the blanks too
+      {"x B\ny", "x B\ny", 2},                      // only the first word counts
       {"B\nB\nD\nx\nE\nE\nE", "B\n B\n  D\n    x\n  E\n E\nE", 1},
       {"B\nx\nE", "B\nx\nE", 0},
       {"", "", 4},
   };
-  for (const auto& c : cases)
-    EXPECT_EQ(plain(QLatin1String(c.before), words, c.unit).toStdString(), c.after) << c.before;
+  for (const auto& c : cases) EXPECT_EQ(plain(QLatin1String(c.before), words, c.unit).toStdString(), c.after) << c.before;
 }
 
 TEST(Reindent, ByFirstWordGoesOnBeyondSixtyBlocks) {
@@ -150,24 +154,38 @@ TEST_F(ReindentShipped, CodeStaysAsItIs) {
     int unit;
     const char* byHand = nullptr;   // lines that flat text does not give back; null: it is not tried
   };
-  const Case cases[] = {{"Samples/sample.v", 2, "^ *(START|SHIFT|STOP ) = 2'd"}, {"Samples/sample1.vhd", 2, "^$"}, {"Samples/palasm.pds", 2},
-                        {"Samples/report.scr", 2}, {"Samples/wave.do", 4}, {"Samples/timspec.ucf", 2},
-                        {"tests/print/reindent/module.v", 2, "^     comment"}, {"tests/print/reindent/package.sv", 2},
-                        {"tests/print/reindent/byhand.sv", 2}, {"tests/print/reindent/byhand.vhd", 2},
-                        {"tests/print/reindent/statements.sv", 2}, {"tests/print/reindent/literals.vhd", 2}, {"tests/print/reindent/bind.sv", 2},
-                        {"tests/print/reindent/entity.vhd", 2}, {"tests/print/reindent/architecture.vhd", 2},
-                        {"tests/print/reindent/braces.c", 4}, {"tests/print/reindent/class.cc", 4}, {"tests/print/reindent/proc.tcl", 2},
-                        {"tests/print/reindent/switch.tcl", 4}, {"tests/print/reindent/if.sh", 2}};
+  const Case cases[] = {{"Samples/sample.v", 2, "^ *(START|SHIFT|STOP ) = 2'd"},
+                        {"Samples/sample1.vhd", 2, "^$"},
+                        {"Samples/palasm.pds", 2},
+                        {"Samples/report.scr", 2},
+                        {"Samples/wave.do", 4},
+                        {"Samples/timspec.ucf", 2},
+                        {"tests/print/reindent/module.v", 2, "^     comment"},
+                        {"tests/print/reindent/package.sv", 2},
+                        {"tests/print/reindent/byhand.sv", 2},
+                        {"tests/print/reindent/byhand.vhd", 2},
+                        {"tests/print/reindent/statements.sv", 2},
+                        {"tests/print/reindent/literals.vhd", 2},
+                        {"tests/print/reindent/bind.sv", 2},
+                        {"tests/print/reindent/entity.vhd", 2},
+                        {"tests/print/reindent/architecture.vhd", 2},
+                        {"tests/print/reindent/braces.c", 4},
+                        {"tests/print/reindent/class.cc", 4},
+                        {"tests/print/reindent/proc.tcl", 2},
+                        {"tests/print/reindent/switch.tcl", 4},
+                        {"tests/print/reindent/if.sh", 2}};
   for (const auto& c : cases) {
     const QString code = source(QLatin1String(c.file));
     const clsLang& language = this->language(QString::fromLatin1(c.file).section(u'.', -1));
     const auto highlighter = LanguageTable::find(language.Name);
     for (const bool isFlat : {false, true}) {
       if (isFlat && !c.byHand) continue;
-      const QStringList expected = lines(code), found = lines(careful(isFlat ? flat(code) : code, wordsOf(language), c.unit, highlighter.get()));
+      const QStringList expected = lines(code),
+                        found = lines(careful(isFlat ? flat(code) : code, wordsOf(language), c.unit, highlighter.get()));
       for (qsizetype i = 0; i < expected.size(); ++i) {
         if (isFlat && QRegularExpression(QLatin1String(c.byHand)).match(expected[i]).hasMatch()) continue;
-        EXPECT_EQ(found[i].toStdString(), expected[i].toStdString()) << c.file << ':' << i + 1 << (isFlat ? ", from flat lines" : "");
+        EXPECT_EQ(found[i].toStdString(), expected[i].toStdString())
+            << c.file << ':' << i + 1 << (isFlat ? ", from flat lines" : "");
       }
     }
   }
@@ -179,14 +197,16 @@ TEST_F(ReindentShipped, TheTextsOwnStyleStays) {
   const auto highlighter = LanguageTable::find(verilog.Name);
   const auto block = [](const char* indent, const char* last) {
     const QString i = QLatin1String(indent);
-    return QStringLiteral("always @(posedge c)\nbegin\n%1a <= b;\n%1case (s)\n%1default: d <= e;\n%1endcase\n%2f <= g;\nend\n").arg(i, QLatin1String(last));
+    return QStringLiteral("always @(posedge c)\nbegin\n%1a <= b;\n%1case (s)\n%1default: d <= e;\n%1endcase\n%2f <= g;\nend\n")
+        .arg(i, QLatin1String(last));
   };
   const QString body = QStringLiteral("module m (\n    input c\n);\n%1%1%1endmodule\n%2");
   const BlockWords words = wordsOf(verilog);
   const QString four = body.arg(block("    ", "    "), QString());
   EXPECT_EQ(careful(four, words, 4, highlighter.get()).toStdString(), four.toStdString());
   EXPECT_EQ(careful(body.arg(block("    ", "  "), QString()), words, 4, highlighter.get()).toStdString(), four.toStdString());
-  EXPECT_EQ(careful(four, words, 2, highlighter.get()).toStdString(), QString(four).replace(QLatin1String("    "), QLatin1String("  ")).toStdString());
+  EXPECT_EQ(careful(four, words, 2, highlighter.get()).toStdString(),
+            QString(four).replace(QLatin1String("    "), QLatin1String("  ")).toStdString());
   EXPECT_NE(careful(flat(four), words, 4, highlighter.get()).toStdString(), four.toStdString());
 }
 
@@ -195,6 +215,7 @@ TEST_F(ReindentShipped, TextsOverLinesStay) {
   struct Case {
     const char *extension, *before, *after;
   };
+  // clang-format off
   const Case cases[] = {
       {"tcl", "proc p {} {\nputs \"a {\n\t \n b\\\"c\n }\"\nset y 2\n}", "proc p {} {\n  puts \"a {\n\t \n b\\\"c\n }\"\n  set y 2\n}"},
       {"sh", "f() {\necho \"x\n y # \" 'do\n\\' z\necho \\\" don\\'t\nx\n}",
@@ -207,15 +228,19 @@ TEST_F(ReindentShipped, TextsOverLinesStay) {
        "void f() {\n  a = R\"(x \"{\n \" { )x\"\n)\"; b();\n  c = uR\"x({\n)\"\n )x\" \"{\";\n  d = \"a\\\n   b\";\n  e = R\"(\")\";\n  g();\n}"},
       {"cmake", "if(A)\nmessage(\"a\n  endif()\n\")\nset(B 1)\nendif()", "if(A)\n  message(\"a\n  endif()\n\")\n  set(B 1)\nendif()"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     const clsLang& language = this->language(QLatin1String(c.extension));
     const auto highlighter = LanguageTable::find(language.Name);
-    EXPECT_EQ(careful(QLatin1String(c.before), wordsOf(language), 2, highlighter.get(), formatRules(language)).toStdString(), c.after) << c.extension;
+    EXPECT_EQ(careful(QLatin1String(c.before), wordsOf(language), 2, highlighter.get(), formatRules(language)).toStdString(),
+              c.after)
+        << c.extension;
   }
 }
 
 TEST_F(ReindentShipped, LanguagesWhoseBlocksAreBlanksListNoWords) {
-  for (const char* extension : {"py", "yaml", "mk"}) EXPECT_TRUE(wordsOf(language(QLatin1String(extension))).isEmpty()) << extension;
+  for (const char* extension : {"py", "yaml", "mk"})
+    EXPECT_TRUE(wordsOf(language(QLatin1String(extension))).isEmpty()) << extension;
 }
 
 TEST_F(ReindentShipped, BranchesWithinManyOpenBlocksCostNoCopies) {

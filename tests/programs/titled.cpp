@@ -23,11 +23,13 @@ int main(int argc, char** argv) {
   if (xcb_connection_has_error(c)) return 3;
   const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
   const xcb_window_t window = xcb_generate_id(c);
-  xcb_create_window(c, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 100, 100, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
+  xcb_create_window(c, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 100, 100, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                    screen->root_visual, 0, nullptr);
   const std::uint32_t pid = std::uint32_t(::getpid());
   const xcb_atom_t protocols = atom(c, "WM_PROTOCOLS"), wish = atom(c, "WM_DELETE_WINDOW"), text = atom(c, "UTF8_STRING");
   const auto entitle = [&](const char* title) {
-    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, atom(c, "_NET_WM_NAME"), text, 8, std::uint32_t(std::strlen(title)), title);
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, atom(c, "_NET_WM_NAME"), text, 8, std::uint32_t(std::strlen(title)),
+                        title);
     xcb_flush(c);
   };
   xcb_change_property(c, XCB_PROP_MODE_REPLACE, window, atom(c, "_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &pid);

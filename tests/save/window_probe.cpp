@@ -42,7 +42,7 @@ bool marked(Save save) {
   return saved;
 }
 
-}  // namespace
+}   // namespace
 
 int main(int argc, char** argv) {
   if (argc != 4) return 2;

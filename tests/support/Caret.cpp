@@ -18,7 +18,7 @@ std::int64_t takeOut(std::string& bytes, std::size_t& at) {
   return cells;
 }
 
-}  // namespace
+}   // namespace
 
 CaretText parseCaret(std::string_view marked) {
   CaretText result;

@@ -11,7 +11,8 @@
 
 // In memory where that can be: a busy disk that takes seconds for a sync would meet the editor's patience with disks.
 inline QTemporaryDir memoryFolder() {
-  return QTemporaryDir(QString::fromStdString(testing_files::TempFolder::base(testing_files::TempFolder::Where::memory)) + q("/zelkor-test-XXXXXX"));
+  return QTemporaryDir(QString::fromStdString(testing_files::TempFolder::base(testing_files::TempFolder::Where::memory)) +
+                       q("/zelkor-test-XXXXXX"));
 }
 
 class OwnFolder {

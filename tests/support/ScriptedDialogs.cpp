@@ -20,7 +20,7 @@ std::string described(const ScriptedDialogs::Box& box) {
          (box.text.isEmpty() ? box.request.title : box.title).toStdString() + '"';
 }
 
-}  // namespace
+}   // namespace
 
 ScriptedDialogs::ScriptedDialogs() : previous_(setDialogs(this)) {}
 

@@ -14,11 +14,11 @@ class ScriptedDialogs : public Dialogs {
   enum class Kind { message, input, open, save };
   struct Box {
     Kind kind = Kind::message;
-    QString text, title;              // prompt of an input box; empty text for file dialogs
-    Icon icon = Icon::none;           // messages only
-    Buttons buttons = Buttons::ok;    // messages only
-    QString initial;                  // input boxes only
-    FileDialogRequest request;        // file dialogs only, as asked
+    QString text, title;             // prompt of an input box; empty text for file dialogs
+    Icon icon = Icon::none;          // messages only
+    Buttons buttons = Buttons::ok;   // messages only
+    QString initial;                 // input boxes only
+    FileDialogRequest request;       // file dialogs only, as asked
   };
 
   ScriptedDialogs();
@@ -35,11 +35,11 @@ class ScriptedDialogs : public Dialogs {
   // For message boxes that may or may not come: whatever is not scripted gets this answer.
   void answerAny(Answer answer) { any_ = answer; }
 
-  std::vector<Box> boxes;       // oldest first
-  QStringList urls;             // handed to openUrl, which succeeds unless urlsFail
+  std::vector<Box> boxes;   // oldest first
+  QStringList urls;         // handed to openUrl, which succeeds unless urlsFail
   bool urlsFail = false;
-  const Box& last() const;      // fails the test when there was none
-  QStringList texts() const;    // of all boxes, in order
+  const Box& last() const;     // fails the test when there was none
+  QStringList texts() const;   // of all boxes, in order
 
   Answer messageBox(const QString& text, const QString& title, Icon icon, Buttons buttons) override;
   std::optional<QString> inputBox(const QString& prompt, const QString& title, const QString& initial) override;

@@ -12,9 +12,9 @@
 struct TypistLog {
   static constexpr std::uint32_t kMost = 1 << 17;
   struct Key {
-    std::int64_t ms;           // when it had been applied
-    std::uint8_t document;     // in the order in which they were opened
-    char what;                 // a letter, '\n', '\b' (deletes backwards), or 'S': the document was saved
+    std::int64_t ms;         // when it had been applied
+    std::uint8_t document;   // in the order in which they were opened
+    char what;               // a letter, '\n', '\b' (deletes backwards), or 'S': the document was saved
   };
   std::atomic<std::uint32_t> applied;   // keys that are done; the one behind them may be
   Key keys[kMost];
@@ -28,7 +28,8 @@ struct TypistLog {
     const int fd = ::open(file, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (fd < 0) return nullptr;
     void* memory = MAP_FAILED;
-    if (::ftruncate(fd, sizeof(TypistLog)) == 0) memory = ::mmap(nullptr, sizeof(TypistLog), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    if (::ftruncate(fd, sizeof(TypistLog)) == 0)
+      memory = ::mmap(nullptr, sizeof(TypistLog), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
     ::close(fd);
     return memory == MAP_FAILED ? nullptr : static_cast<TypistLog*>(memory);
   }

@@ -11,9 +11,9 @@ class Xvfb {
   Xvfb() {
     if (!QFile::exists(QStringLiteral("/usr/bin/Xvfb"))) return;
     // Without -noreset it would throw its next client out while it starts anew behind the last one.
-    server_.start(QStringLiteral("/usr/bin/Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
-                                                    QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-                                                    QStringLiteral("-noreset")});
+    server_.start(QStringLiteral("/usr/bin/Xvfb"),
+                  {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
+                   QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")});
     QByteArray number;
     while (!number.contains('\n') && server_.waitForReadyRead(kPatience)) number += server_.readAllStandardOutput();
     if (number.contains('\n')) display_ = ":" + number.trimmed();

@@ -13,8 +13,8 @@ namespace fs = std::filesystem;
 namespace {
 
 // From below; a floor uses itself and what stands before it.
-const std::vector<std::string> kFloors{"text",     "base",   "settings", "process", "handoff", "control", "page",
-                                       "language", "document", "script", "change",  "print",   "app"};
+const std::vector<std::string> kFloors{"text",     "base",     "settings", "process", "handoff", "control", "page",
+                                       "language", "document", "script",   "change",  "print",   "app"};
 
 // The rooms of a floor and what each uses of the others. What is not here is refused; so is a line that is no longer true.
 const std::map<std::string, std::set<std::string>> kRooms{
@@ -65,7 +65,7 @@ int eachLine(const std::string& floor, Look look) {
   return lines;
 }
 
-}  // namespace
+}   // namespace
 
 TEST(Architecture, IncludesPointDown) {
   std::map<std::string, std::set<std::string>> allowed;
@@ -109,7 +109,9 @@ TEST(Architecture, RoomsUseTheRoomsThatTheyMay) {
 TEST(Architecture, RoomsStaySmall) {
   for (const auto& floor : kFloors) {
     std::map<std::string, std::set<std::string>> files;
-    eachLine(floor, [&](const std::string&, const std::string& file, const std::string& room, const std::string&) { files[room].insert(file); });
+    eachLine(floor, [&](const std::string&, const std::string& file, const std::string& room, const std::string&) {
+      files[room].insert(file);
+    });
     for (const auto& [room, names] : files) EXPECT_LE(names.size(), 27u) << room;
   }
 }

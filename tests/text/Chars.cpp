@@ -16,11 +16,32 @@ using namespace std::string_literals;
 
 namespace {
 
-const std::array<std::string, 24> trouble{
-    "a", "b", " ", "\t", "\r", "\n", "\r\n", "\0"s, "\x80", "\xC3", "\xE2\x82", "\xF0\x9F\x98", "\xFF", "\u00E9", "e\u0301", "\u4E2D",
-    "\U0001F600", "\U0001F468\u200D\U0001F469", "\U0001F1E9\U0001F1EA", "\uAC00\u11A8", "\u0301", "\u200D", "\uFE0F", "\xED\xA0\x80"};
+const std::array<std::string, 24> trouble{"a",
+                                          "b",
+                                          " ",
+                                          "\t",
+                                          "\r",
+                                          "\n",
+                                          "\r\n",
+                                          "\0"s,
+                                          "\x80",
+                                          "\xC3",
+                                          "\xE2\x82",
+                                          "\xF0\x9F\x98",
+                                          "\xFF",
+                                          "\u00E9",
+                                          "e\u0301",
+                                          "\u4E2D",
+                                          "\U0001F600",
+                                          "\U0001F468\u200D\U0001F469",
+                                          "\U0001F1E9\U0001F1EA",
+                                          "\uAC00\u11A8",
+                                          "\u0301",
+                                          "\u200D",
+                                          "\uFE0F",
+                                          "\xED\xA0\x80"};
 
-}  // namespace
+}   // namespace
 
 TEST(Chars, EveryCodePointDecodesBothWays) {
   for (char32_t c = 0; c < 0x110000; ++c) {
@@ -34,8 +55,9 @@ TEST(Chars, EveryCodePointDecodesBothWays) {
 
 TEST(Chars, WhatIsNotUtf8IsOneByteEach) {
   // Surrogates, overlong forms, beyond U+10FFFF, cut sequences, lone continuations.
-  for (const std::string s : {"\xED\xA0\x80", "\xED\xBF\xBF", "\xC0\xAF", "\xC1\xBF", "\xE0\x80\xAF", "\xE0\x9F\xBF", "\xF0\x80\x80\x80", "\xF0\x8F\xBF\xBF",
-                              "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "\xFE", "\xE2\x82", "\xF0\x9F\x98", "\x80", "\xC3", "\xE2(\xA1"}) {
+  for (const std::string s : {"\xED\xA0\x80", "\xED\xBF\xBF", "\xC0\xAF", "\xC1\xBF", "\xE0\x80\xAF", "\xE0\x9F\xBF",
+                              "\xF0\x80\x80\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF", "\xFE",
+                              "\xE2\x82", "\xF0\x9F\x98", "\x80", "\xC3", "\xE2(\xA1"}) {
     const Char first = decode(s), last = decodeLast(s);
     EXPECT_TRUE(first.bad && first.bytes == 1 && first.code == static_cast<unsigned char>(s[0])) << testing::PrintToString(s);
     EXPECT_TRUE(last.bad && last.bytes == 1 && last.code == static_cast<unsigned char>(s.back())) << testing::PrintToString(s);
@@ -50,11 +72,14 @@ TEST(Chars, CharactersAndClustersAreTheSameFromBothEnds) {
   for (int round = 0; round < 4000; ++round) {
     const std::string s = randomText(random, trouble, random() % 14);
     std::vector<std::size_t> forward{0}, backward{s.size()};
-    for (std::size_t i = 0; i < s.size();) forward.push_back(i += static_cast<std::size_t>(decode(std::string_view(s).substr(i)).bytes));
-    for (std::size_t i = s.size(); i > 0;) backward.push_back(i -= static_cast<std::size_t>(decodeLast(std::string_view(s).substr(0, i)).bytes));
+    for (std::size_t i = 0; i < s.size();)
+      forward.push_back(i += static_cast<std::size_t>(decode(std::string_view(s).substr(i)).bytes));
+    for (std::size_t i = s.size(); i > 0;)
+      backward.push_back(i -= static_cast<std::size_t>(decodeLast(std::string_view(s).substr(0, i)).bytes));
     ASSERT_EQ(forward, std::vector(backward.rbegin(), backward.rend())) << testing::PrintToString(s);
     forward = {0}, backward = {s.size()};
-    for (std::size_t i = 0; i < s.size();) forward.push_back(i += static_cast<std::size_t>(clusterLength(std::string_view(s).substr(i))));
+    for (std::size_t i = 0; i < s.size();)
+      forward.push_back(i += static_cast<std::size_t>(clusterLength(std::string_view(s).substr(i))));
     for (std::size_t i = s.size(); i > 0;)
       backward.push_back(i -= static_cast<std::size_t>(clusterLengthBefore(std::string_view(s).substr(0, i))));
     ASSERT_EQ(forward, std::vector(backward.rbegin(), backward.rend())) << testing::PrintToString(s);
@@ -68,6 +93,7 @@ TEST(Chars, CharactersAndClustersAreTheSameFromBothEnds) {
 }
 
 TEST(Chars, Clusters) {
+  // clang-format off
   const std::pair<std::string, int> rows[] = {
       {"ab", 1}, {"\r\n", 2}, {"\n\r", 1}, {"\rx", 1}, {"e\u0301x", 3}, {"e\u0301\u0302x", 5}, {"\u0301", 2}, {"\u2764\uFE0Fx", 6},
       {"a\uFE0F", 1}, {"\u0915\u093F\u0902x", 9}, {"\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7", 8}, {"\U0001F468\u200D\U0001F469\u200D\U0001F467x", 18},
@@ -97,14 +123,30 @@ TEST(Chars, SegmentsTakeTheCellsTheyNeed) {
     EXPECT_EQ(got.bytes, bytes) << testing::PrintToString(s);
     EXPECT_EQ(got.cells, cells) << testing::PrintToString(s);
   }
+  // clang-format on
 }
 
 TEST(Chars, CaseMappings) {
-  struct Row { char32_t c, upper, lower, folded; };
-  const Row rows[] = {{'a', 'A', 'a', 'a'}, {'Z', 'Z', 'z', 'z'}, {'[', '[', '[', '['}, {0xE4, 0xC4, 0xE4, 0xE4}, {0xD7, 0xD7, 0xD7, 0xD7},
-                      {0x3A3, 0x3A3, 0x3C3, 0x3C3}, {0x3C2, 0x3A3, 0x3C2, 0x3C3}, {0x416, 0x416, 0x436, 0x436}, {0x1E9E, 0x1E9E, 0xDF, 0xDF},
-                      {0xFF, 0x178, 0xFF, 0xFF}, {0x101, 0x100, 0x101, 0x101}, {0x1C5, 0x1C4, 0x1C6, 0x1C6}, {0x10428, 0x10400, 0x10428, 0x10428},
-                      {0x23A, 0x23A, 0x2C65, 0x2C65}, {0x212A, 0x212A, 0x212A, 0x212A}, {0x17F, 0x17F, 0x17F, 0x17F}, {0x131, 0x131, 0x131, 0x131}};
+  struct Row {
+    char32_t c, upper, lower, folded;
+  };
+  const Row rows[] = {{'a', 'A', 'a', 'a'},
+                      {'Z', 'Z', 'z', 'z'},
+                      {'[', '[', '[', '['},
+                      {0xE4, 0xC4, 0xE4, 0xE4},
+                      {0xD7, 0xD7, 0xD7, 0xD7},
+                      {0x3A3, 0x3A3, 0x3C3, 0x3C3},
+                      {0x3C2, 0x3A3, 0x3C2, 0x3C3},
+                      {0x416, 0x416, 0x436, 0x436},
+                      {0x1E9E, 0x1E9E, 0xDF, 0xDF},
+                      {0xFF, 0x178, 0xFF, 0xFF},
+                      {0x101, 0x100, 0x101, 0x101},
+                      {0x1C5, 0x1C4, 0x1C6, 0x1C6},
+                      {0x10428, 0x10400, 0x10428, 0x10428},
+                      {0x23A, 0x23A, 0x2C65, 0x2C65},
+                      {0x212A, 0x212A, 0x212A, 0x212A},
+                      {0x17F, 0x17F, 0x17F, 0x17F},
+                      {0x131, 0x131, 0x131, 0x131}};
   for (const auto& r : rows) {
     EXPECT_EQ(toUpper(r.c), r.upper) << std::hex << static_cast<unsigned>(r.c);
     EXPECT_EQ(toLower(r.c), r.lower) << std::hex << static_cast<unsigned>(r.c);
@@ -131,7 +173,8 @@ TEST(Chars, ColumnsAgreeWithCountingOneByOne) {
       if (s.bytes == 0) break;
       ASSERT_GE(s.cells, 1) << "nothing hides";
       for (std::int64_t inside = 1; inside < s.bytes; ++inside) ASSERT_EQ(displayColumn(line, byte + inside, tab).value, width);
-      for (std::int64_t inside = 1; inside < s.cells; ++inside) ASSERT_EQ(byteOfDisplay(line, DisplayColumn(width + inside), tab), byte);
+      for (std::int64_t inside = 1; inside < s.cells; ++inside)
+        ASSERT_EQ(byteOfDisplay(line, DisplayColumn(width + inside), tab), byte);
       units += s.units;
       width += s.cells;
       i += static_cast<std::size_t>(s.bytes);

@@ -81,8 +81,10 @@ TEST(Encoding, T1_CutsOfValidTexts) {
   using namespace std::string_literals;
   const std::string texts[] = {
       "a\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80\r\nz\n",
-      "\xef\xbb\xbf" "a\xef\xbb\xbf\xc3\xa4",
-      "\xff\xfe" "a\0\xe4\0\x3d\xd8\0\xde\0\xde\x3d\xd8\x0a\0"s,
+      "\xef\xbb\xbf"
+      "a\xef\xbb\xbf\xc3\xa4",
+      "\xff\xfe"
+      "a\0\xe4\0\x3d\xd8\0\xde\0\xde\x3d\xd8\x0a\0"s,
       "\xfe\xff\0a\0\xe4\xd8\x3d\xde\0\xde\0\xd8\x3d\0\x0a"s,
       "\xff\xfe\xff\xfe\0\0"s,
       "\xc0\x80\xe0\x80\xaf\xed\xa0\x80\xed\xb0\x80\xf4\x90\x80\x80\xf8\x88\x80\x80\x80\xfe"s,   // overlong, surrogates
@@ -113,7 +115,8 @@ TEST(Encoding, T1_ShortFilesInEveryEncoding) {
         options.format = FileFormat{encoding, bom};
         const auto loaded = text::loadFile("/d/file", options);
         if (!loaded.error.empty()) continue;   // the format does not take these bytes; checkExact says which may refuse
-        ASSERT_TRUE(text::saveFile("/d/file", loaded.text, {loaded.format, loaded.stamp}).ok()) << hex(bytes) << text::name(encoding);
+        ASSERT_TRUE(text::saveFile("/d/file", loaded.text, {loaded.format, loaded.stamp}).ok())
+            << hex(bytes) << text::name(encoding);
         ASSERT_TRUE(disk.now().at("/d/file") == bytes) << hex(bytes) << text::name(encoding);
         ++files;
       }
@@ -144,6 +147,7 @@ TEST(Encoding, T1_RandomBytes) {
   const std::uint64_t seed = given ? std::strtoull(given, nullptr, 10) : 20240229;
   std::printf("ZELKOR_SEED=%llu\n", static_cast<unsigned long long>(seed));
   std::mt19937_64 random(seed);
+  // clang-format off
   const std::vector<std::string> alphabet = {
       "\n", "\r", "\r\n", "\t", std::string(1, '\0'), "a", " ", "\xc3\xa4", "\xe2\x82\xac", "\xf0\x9f\x98\x80", "\xcc\x81",
       "\xff", "\xfe", "\xff\xfe", "\xfe\xff", "\xef\xbb\xbf", "\x80", "\xc3", "\xe2\x82", "\xed\xa0\x80", "\xd8\x3d",
@@ -155,6 +159,7 @@ TEST(Encoding, T1_RandomBytes) {
     for (std::uint64_t i = 0; i < parts; ++i) bytes += alphabet[(random() % kinds * 7) % alphabet.size()];
     checkExact(bytes, &random);
   }
+  // clang-format on
 }
 
 TEST(Encoding, MisfitsAreTheFirstCharacterThatDoesNotFit) {
@@ -166,7 +171,7 @@ TEST(Encoding, MisfitsAreTheFirstCharacterThatDoesNotFit) {
   };
   const Case cases[] = {
       {"ab\xe2\x82\xac\xe2\x82\xac", Encoding::latin1, 2, 0x20ac},
-      {"\xc2\x80", Encoding::windows1252, 0, 0x80},          // the euro sign has that byte
+      {"\xc2\x80", Encoding::windows1252, 0, 0x80},   // the euro sign has that byte
       {"\xc3\xa4\xff", Encoding::windows1252, 2, 0xff},
       {"\xc3\xa4\xff", Encoding::utf16be, 2, 0xff},
       {"x\xf0\x9f\x98", Encoding::utf16le, 1, 0xf0},
@@ -205,4 +210,4 @@ TEST(Encoding, KnownCharacters) {
     EXPECT_EQ(text::decodeText(std::string(1, static_cast<char>(c.byte)), {*text::encodingByName(c.encoding), false}), c.text);
 }
 
-}  // namespace
+}   // namespace

@@ -68,4 +68,4 @@ TEST(FileMemory, T10_LoadingAndSavingSurviveFailedAllocations) {
   }
 }
 
-}  // namespace
+}   // namespace

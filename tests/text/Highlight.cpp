@@ -75,60 +75,60 @@ void expectRows(const LanguageTables& tables, const std::vector<Row>& rows) {
   }
 }
 
-}  // namespace
+}   // namespace
 
 TEST(Highlight, CaseCountsAndSignsInKeywords) {
   expectRows(verilog(), {
-      {"module m; endmodule", "kkkkkk....kkkkkkkkk"},
-      {"Module xmodule module1 modul", "............................"},
-      {"$display $displayb $time time", "kkkkkkkk...........kkkkk.kkkk"},
-      {"$foo $end a$time `define `time", ".................kkkkkkk......"},
-      {"end-if end-iff end", "kkkkkk.kkko....kkk"},
-      {"74ls00 74ls01", "kkkkkk.nnnnnn"},
-      {"a<=b==c===d", ".oo.oo.ooo."},
-      {"x and y andy", "..ooo......."},
-      {"a=>x", ".o.."},
-  });
+                            {"module m; endmodule", "kkkkkk....kkkkkkkkk"},
+                            {"Module xmodule module1 modul", "............................"},
+                            {"$display $displayb $time time", "kkkkkkkk...........kkkkk.kkkk"},
+                            {"$foo $end a$time `define `time", ".................kkkkkkk......"},
+                            {"end-if end-iff end", "kkkkkk.kkko....kkk"},
+                            {"74ls00 74ls01", "kkkkkk.nnnnnn"},
+                            {"a<=b==c===d", ".oo.oo.ooo."},
+                            {"x and y andy", "..ooo......."},
+                            {"a=>x", ".o.."},
+                        });
 }
 
 TEST(Highlight, CommentsAndStrings) {
   expectRows(verilog(), {
-      {"a // b \"c\" /* end", "..ccccccccccccccc"},
-      {"a /* end */ end /*/ x", "..ccccccccc.kkk.ccccc", 0, 1},
-      {"end */ end", "cccccc.kkk", 1, 0},
-      {"end *) end", "cccccccccc", 1, 1},
-      {"end *) end", "cccccc.kkk", 2, 0},
-      {"", "", 2, 2},
-      {"(* // *) end (* \"", "cccccccc.kkk.cccc", 0, 2},
-      {"\"a\\\"b\" end", "ssssss.kkk"},
-      {"\"a\\\\\" end", "sssss.kkk"},
-      {"\"// end", "sssssss"},
-      {"\"a\\", "sss", 0, 4},
-      {"</*c*/b", "occccc."},
-  });
+                            {"a // b \"c\" /* end", "..ccccccccccccccc"},
+                            {"a /* end */ end /*/ x", "..ccccccccc.kkk.ccccc", 0, 1},
+                            {"end */ end", "cccccc.kkk", 1, 0},
+                            {"end *) end", "cccccccccc", 1, 1},
+                            {"end *) end", "cccccc.kkk", 2, 0},
+                            {"", "", 2, 2},
+                            {"(* // *) end (* \"", "cccccccc.kkk.cccc", 0, 2},
+                            {"\"a\\\"b\" end", "ssssss.kkk"},
+                            {"\"a\\\\\" end", "sssss.kkk"},
+                            {"\"// end", "sssssss"},
+                            {"\"a\\", "sss", 0, 4},
+                            {"</*c*/b", "occccc."},
+                        });
   expectRows(vhdl(), {
-      {"ENTITY Is end\\\"x\\\" IS", "kkkkkk.kk.kkk.ssss.kk"},
-      {"a <= b--c", "..oo..ccc"},
-      {"a - b REM end", "..o...ccccccc"},
-      {"rem", "ccc"},
-      {"remark xrem REM_ rem1 rem", "......................ccc"},
-      {"comment end endcomment is", "cccccccccccccccccccccc.kk"},
-      {"comments end", ".........kkk"},
-      {"x endcommentx endComment is", "cccccccccccccccccccccccc.kk", 1, 0},
-      {"\"\"\"a\"b\"\"\" %x% is", "sssssssss.sss.kk"},
-      {"x\"AB\" \"a\"\"b\" is", ".ssss.ssssss.kk"},
-      {"r\u00E9sum\u00E9 r\u00E9sum", "kkkkkkkk......."},
-      {"a MOD b /= c", "..ooo...oo.."},
-  });
+                         {"ENTITY Is end\\\"x\\\" IS", "kkkkkk.kk.kkk.ssss.kk"},
+                         {"a <= b--c", "..oo..ccc"},
+                         {"a - b REM end", "..o...ccccccc"},
+                         {"rem", "ccc"},
+                         {"remark xrem REM_ rem1 rem", "......................ccc"},
+                         {"comment end endcomment is", "cccccccccccccccccccccc.kk"},
+                         {"comments end", ".........kkk"},
+                         {"x endcommentx endComment is", "cccccccccccccccccccccccc.kk", 1, 0},
+                         {"\"\"\"a\"b\"\"\" %x% is", "sssssssss.sss.kk"},
+                         {"x\"AB\" \"a\"\"b\" is", ".ssss.ssssss.kk"},
+                         {"r\u00E9sum\u00E9 r\u00E9sum", "kkkkkkkk......."},
+                         {"a MOD b /= c", "..ooo...oo.."},
+                     });
   expectRows(tcl(), {
-      {"create_clock -clock x -clock_fall #a", "kkkkkkkkkkkk.kkkkkk...kkkkkkkkkkk.cc"},
-      {"a-clock -clocks", "..............."},
-      {"#pragma set #pragmas", "kkkkkkk.kkk.cccccccc"},
-      {"$set set", "okkk.kkk"},
-      {"\"a\"\"b\" set 'it", "ssssss.kkk.sss"},
-      {"'a\"'b' set", "ssssss.kkk"},
-      {"16#FF 3", "nnccccc"},
-  });
+                        {"create_clock -clock x -clock_fall #a", "kkkkkkkkkkkk.kkkkkk...kkkkkkkkkkk.cc"},
+                        {"a-clock -clocks", "..............."},
+                        {"#pragma set #pragmas", "kkkkkkk.kkk.cccccccc"},
+                        {"$set set", "okkk.kkk"},
+                        {"\"a\"\"b\" set 'it", "ssssss.kkk.sss"},
+                        {"'a\"'b' set", "ssssss.kkk"},
+                        {"16#FF 3", "nnccccc"},
+                    });
 }
 
 TEST(Highlight, PlacesNamesAndWhatGoesOn) {
@@ -137,9 +137,16 @@ TEST(Highlight, PlacesNamesAndWhatGoesOn) {
   shell.singleComments = {marked(EntryMark::atWord, "#")};
   expectRows(shell, {{"set $# ${#a} #c", "kkk.o..o.....cc"}, {"(#c", ".cc"}});
   shell.singleComments = {marked(EntryMark::atCommand, "#")};
-  expectRows(shell, {{"  # c", "..ccc"}, {"set #c", "kkk..."}, {"set;#c", "kkk.cc"}, {"{ # c", "..ccc"}, {"{#ff}", "....."},
-                     {"set a \\", "kkk....", 0, 1}, {" #ff", "....", 1, 0}, {"#c \\", "cccc"},
-                     {"\"a\\", "sss", 0, 2}, {"b\" set", "ss.kkk", 2, 0}});
+  expectRows(shell, {{"  # c", "..ccc"},
+                     {"set #c", "kkk..."},
+                     {"set;#c", "kkk.cc"},
+                     {"{ # c", "..ccc"},
+                     {"{#ff}", "....."},
+                     {"set a \\", "kkk....", 0, 1},
+                     {" #ff", "....", 1, 0},
+                     {"#c \\", "cccc"},
+                     {"\"a\\", "sss", 0, 2},
+                     {"b\" set", "ss.kkk", 2, 0}});
   LanguageTables lines = tcl();
   lines.singleComments = {marked(EntryMark::atLine, "-")};
   lines.stringDelims = {marked(EntryMark::atLine, "+")};
@@ -147,7 +154,11 @@ TEST(Highlight, PlacesNamesAndWhatGoesOn) {
   LanguageTables c = verilog();
   c.keywords.push_back("#define");
   c.stringDelims.push_back(marked(EntryMark::name, "\\"));
-  expectRows(c, {{"#  define a", "kkkkkkkkk.."}, {"a #  define", "..o........"}, {"\\a//b end", "......kkk"}, {"end \\", "kkk.."}, {"'\"' end", "o.o.kkk"}});
+  expectRows(c, {{"#  define a", "kkkkkkkkk.."},
+                 {"a #  define", "..o........"},
+                 {"\\a//b end", "......kkk"},
+                 {"end \\", "kkk.."},
+                 {"'\"' end", "o.o.kkk"}});
   LanguageTables h = vhdl();
   h.stringDelims.push_back(marked(EntryMark::name, "\\ \\"));
   h.keywords.push_back(marked(EntryMark::library, "bit"));
@@ -158,12 +169,12 @@ TEST(Highlight, PlacesNamesAndWhatGoesOn) {
 
 TEST(Highlight, Numbers) {
   expectRows(verilog(), {
-      {"12 1_000 0xFF 10ns a1 1.5e-3 1e+6 2.x", "nn.nnnnn.nnnn.nnnn....nnnnnn.nnnn.n.."},
-      {"8'hFF 4'b10?z 'b0 '1 32'sd15 8'", "nnnnn.nnnnnnn.nnn.nn.nnnnnnn.no"},
-      {"4'(x) '{0} 'b' clk'1", "no....o.n..o.o....on"},
-      {"16#FF# 2#1.0#e-3 16#FG#", "nnnnnn.nnnnnnnnn.nno..o"},
-      {"1..2 0x1e-3 1.2.3", "n..n.nnnnon.nnn.n"},
-  });
+                            {"12 1_000 0xFF 10ns a1 1.5e-3 1e+6 2.x", "nn.nnnnn.nnnn.nnnn....nnnnnn.nnnn.n.."},
+                            {"8'hFF 4'b10?z 'b0 '1 32'sd15 8'", "nnnnn.nnnnnnn.nnn.nn.nnnnnnn.no"},
+                            {"4'(x) '{0} 'b' clk'1", "no....o.n..o.o....on"},
+                            {"16#FF# 2#1.0#e-3 16#FG#", "nnnnnn.nnnnnnnnn.nno..o"},
+                            {"1..2 0x1e-3 1.2.3", "n..n.nnnnon.nnn.n"},
+                        });
 }
 
 TEST(Highlight, OddTables) {
@@ -172,20 +183,28 @@ TEST(Highlight, OddTables) {
   std::vector<Token> tokens;
   EXPECT_EQ(empty.scanLine("a 1 \"b\" // c", 3, &tokens), 0);
   EXPECT_EQ(drawn("a 1 \"b\" // c", tokens), "..n.........");
-  const Highlighter blanks({.keywords = {"", "a"}, .operators = {""}, .singleComments = {"", "\r\n"}, .multiCommentStart = {"", "<"}, .multiCommentEnd = {"x", ""}, .stringDelims = {""}});
+  const Highlighter blanks({.keywords = {"", "a"},
+                            .operators = {""},
+                            .singleComments = {"", "\r\n"},
+                            .multiCommentStart = {"", "<"},
+                            .multiCommentEnd = {"x", ""},
+                            .stringDelims = {""}});
   EXPECT_TRUE(blanks.valid());
   EXPECT_EQ(blanks.scanLine("a < b", 0, &tokens), 0);
   EXPECT_EQ(drawn("a < b", tokens), "k....");
   const Highlighter words(verilog());
   EXPECT_TRUE(words.isKeyword("$display") && words.isKeyword("end") && words.isKeyword("end-if"));
-  EXPECT_FALSE(words.isKeyword("End") || words.isKeyword("and") || words.isKeyword("$disp") || words.isKeyword("") || words.isKeyword("<="));
+  EXPECT_FALSE(words.isKeyword("End") || words.isKeyword("and") || words.isKeyword("$disp") || words.isKeyword("") ||
+               words.isKeyword("<="));
   EXPECT_TRUE(Highlighter(vhdl()).isKeyword("eNtItY"));
 }
 
 // The quick scan, the scan of a block and the scan with tokens see the same comments and strings.
 TEST(Highlight, AllScansAgree) {
-  const std::array<std::string, 40> alphabet{"/",  "*",  "//", "/*", "*/", "(*", "*)", "\"", "\\", "'",   "8",  "'b1", "16#F#", "#",      "end",        "-if", "$",  "$display", "REM", "rem",
-                                             "comment", "endcomment", " ", "\t", "--", "-clock", "#pragma", "\u00E9", "\u00AB", "\xFF", "\xC3", "1.5e-", "_", "<=", "=>x", "a", "\r", "%", "?", "."};
+  const std::array<std::string, 40> alphabet{
+      "/",      "*",    "//",   "/*",       "*/",  "(*",  "*)",      "\"",         "\\", "'",  "8",  "'b1",    "16#F#",   "#",
+      "end",    "-if",  "$",    "$display", "REM", "rem", "comment", "endcomment", " ",  "\t", "--", "-clock", "#pragma", "\u00E9",
+      "\u00AB", "\xFF", "\xC3", "1.5e-",    "_",   "<=",  "=>x",     "a",          "\r", "%",  "?",  "."};
   std::mt19937 random(17);
   LanguageTables mixed = vhdl();
   mixed.singleComments = {"#", "8", "b1", "\u00AB", "-i", "F", ".5", "REM"};
@@ -221,8 +240,9 @@ TEST(Highlight, AllScansAgree) {
 
 // A long line scanned in parts, looking only as far as is asked for, is coloured as at one go.
 TEST(Highlight, PartsOfALineAreColouredAsTheWhole) {
-  const std::array<std::string, 30> alphabet{"/", "*", "//", "/*", "*/", "(*", "*)", "\"", "\\", "\\\"", "'", "8", "'b1", "16#F", "#", "end", "-if", "$display",
-                                             "REM", "comment", "endcomment", " ", "-", "\u00E9", "\xC3", "1.5e-", "_", "<=", "a", "%"};
+  const std::array<std::string, 30> alphabet{
+      "/",   "*",   "//",       "/*",  "*/",      "(*",         "*)", "\"", "\\",     "\\\"", "'",     "8", "'b1", "16#F", "#",
+      "end", "-if", "$display", "REM", "comment", "endcomment", " ",  "-",  "\u00E9", "\xC3", "1.5e-", "_", "<=",  "a",    "%"};
   std::mt19937 random(29);
   LanguageTables noComments = verilog();
   noComments.singleComments = {"//%%"};   // so that something follows
@@ -230,7 +250,8 @@ TEST(Highlight, PartsOfALineAreColouredAsTheWhole) {
     const Highlighter highlighter(tables);
     for (int round = 0; round < 60; ++round) {
       std::string line;
-      while (line.size() < 6000) line += random() % 30 ? randomText(random, alphabet, random() % 20) : std::string(random() % 700, " x/"[random() % 3]);
+      while (line.size() < 6000)
+        line += random() % 30 ? randomText(random, alphabet, random() % 20) : std::string(random() % 700, " x/"[random() % 3]);
       const auto size = static_cast<std::int64_t>(line.size());
       const auto state = static_cast<LineState>(random() % (tables.multiCommentStart.size() + 1));
       std::vector<Token> whole, parts;
@@ -239,8 +260,9 @@ TEST(Highlight, PartsOfALineAreColouredAsTheWhole) {
       while (at.byte < size) {
         const std::int64_t upTo = std::min(size, at.byte + 1 + static_cast<std::int64_t>(random() % 1500));
         const std::int64_t begin = std::max<std::int64_t>(0, at.byte - Highlighter::kBehind), end = std::min(size, upTo + 4000);
-        const LinePoint next = highlighter.scanPart(std::string_view(line).substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)),
-                                                    begin, end == size, at, upTo, &parts);
+        const LinePoint next = highlighter.scanPart(
+            std::string_view(line).substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)), begin,
+            end == size, at, upTo, &parts);
         ASSERT_GE(next.byte, upTo);
         ASSERT_NE(next.inside, LinePoint::lost);
         at = next;
@@ -260,7 +282,8 @@ TEST(Highlight, HostileLinesCostTheirLengthOnly) {
   for (int i = 1; i < 3000; ++i) tables.keywords.push_back(std::string(static_cast<std::size_t>(i), '$'));
   tables.operators.push_back(std::string(100, '<') + "x");
   const Highlighter highlighter(tables);
-  const std::string parts[] = {"$", "<", "/", "/*", "/**/", "\"", "\\", "1'", "1#1.", "w1", "-", "'", "(*", "*", "1e+", "\u00E9", "\u0301", "$w"};
+  const std::string parts[] = {"$",  "<", "/", "/*", "/**/", "\"",  "\\",     "1'",     "1#1.",
+                               "w1", "-", "'", "(*", "*",    "1e+", "\u00E9", "\u0301", "$w"};
   for (const std::string& part : parts) {
     std::string line;
     while (line.size() < 1'000'000) line += part;
@@ -281,13 +304,15 @@ LineState countedState(const Highlighter& highlighter, const Snapshot& text, std
 }
 
 std::string sourceLines(std::mt19937& random, int lines) {
-  static const std::array<std::string, 9> kinds{"assign a = b;", "/* begin", "end */", "// note /*", "x = \"/*\";", "", "(* full *)", "(*", "*)"};
+  static const std::array<std::string, 9> kinds{"assign a = b;", "/* begin", "end */", "// note /*", "x = \"/*\";", "",
+                                                "(* full *)",    "(*",       "*)"};
   std::string out;
-  for (int i = 0; i < lines; ++i) out += kinds[random() % 8 < 6 ? (random() % 2 ? 0 : 4) : random() % kinds.size()] + std::string(random() % 200, ' ') + "\n";
+  for (int i = 0; i < lines; ++i)
+    out += kinds[random() % 8 < 6 ? (random() % 2 ? 0 : 4) : random() % kinds.size()] + std::string(random() % 200, ' ') + "\n";
   return out;
 }
 
-}  // namespace
+}   // namespace
 
 TEST(HighlightStates, EqualCountingFromTheTopThroughEdits) {
   std::mt19937 random(23);
@@ -309,8 +334,11 @@ TEST(HighlightStates, EqualCountingFromTheTopThroughEdits) {
       for (std::uint32_t i = 0; i <= random() % 3; ++i) {
         at += static_cast<std::int64_t>(random() % 200'000);
         if (at >= text.size()) break;
-        const ByteOffset end = std::min(text.size(), at + static_cast<std::int64_t>(random() % 4 ? random() % 30 : random() % 150'000));
-        edits.push_back({{at, end}, random() % 4 ? std::array<std::string, 4>{"/*", "*/", "x\n", "(*"}[random() % 4] : sourceLines(random, static_cast<int>(random() % 1500))});
+        const ByteOffset end =
+            std::min(text.size(), at + static_cast<std::int64_t>(random() % 4 ? random() % 30 : random() % 150'000));
+        edits.push_back({{at, end},
+                         random() % 4 ? std::array<std::string, 4>{"/*", "*/", "x\n", "(*"}[random() % 4]
+                                      : sourceLines(random, static_cast<int>(random() % 1500))});
         at = end + 1;
       }
       if (random() % 6 == 0) document.undo();
@@ -352,7 +380,9 @@ TEST(HighlightLongLines, WindowsHaveTheColoursOfTheWholeLine) {
   std::mt19937 random(31);
   const auto highlighter = std::make_shared<const Highlighter>(verilog());
   std::string bytes = "/* first\n*/ ";
-  while (bytes.size() < 700'000) bytes += kinds[random() % 100 ? random() % 2 ? 0 : 5 : random() % kinds.size()] + (random() % 500 ? "" : std::string(random() % 60'000, random() % 2 ? '/' : 'w') + " ");
+  while (bytes.size() < 700'000)
+    bytes += kinds[random() % 100 ? random() % 2 ? 0 : 5 : random() % kinds.size()] +
+             (random() % 500 ? "" : std::string(random() % 60'000, random() % 2 ? '/' : 'w') + " ");
   bytes += "\nlast";
   Document document;
   document.reset(inPieces(bytes, 50'000));
@@ -377,7 +407,8 @@ TEST(HighlightLongLines, WindowsHaveTheColoursOfTheWholeLine) {
       int calls = 1;
       for (; !colors.tokens(*highlighter, text, line, state, from, to, 100'000, &window); ++calls) ASSERT_LT(calls, 20);
       std::string got = drawn(content, window);
-      ASSERT_EQ(got.substr(static_cast<std::size_t>(from), 300), expected.substr(static_cast<std::size_t>(from), 300)) << "step " << step << " from " << from;
+      ASSERT_EQ(got.substr(static_cast<std::size_t>(from), 300), expected.substr(static_cast<std::size_t>(from), 300))
+          << "step " << step << " from " << from;
       EXPECT_TRUE(step > 0 || look > 0 || calls > from / 200'000) << "the budget bounds a call";
     }
     if (step % 6 == 5) {

@@ -42,7 +42,9 @@ void type(Document& document, std::string text) {
 // takes so many milliseconds.
 struct Desk {
   explicit Desk(std::string folder, std::string base = {}, JournalAbout about = {}, std::int64_t slowMs = 0)
-      : slowMs(slowMs), writer(folder, [this] { return now; }, [this](std::function<void()> work) { later(std::move(work)); }) {
+      : slowMs(slowMs),
+        writer(
+            folder, [this] { return now; }, [this](std::function<void()> work) { later(std::move(work)); }) {
     document.reset(Snapshot(std::move(base)));
     journal.emplace(writer, document);
     journal->saved(about);
@@ -226,7 +228,8 @@ TEST(Journal, J1_AKilledProcessLosesAMomentOnly) {
     cameBack += back;
     if (typed - back <= 50) continue;
     const std::int64_t since = shared->when[back], still = pace.stoodStill(since, killed);
-    EXPECT_LE(killed - since - still, 250) << typed - back << " characters of " << killed - since << " ms lost, stood still " << still;
+    EXPECT_LE(killed - since - still, 250) << typed - back << " characters of " << killed - since << " ms lost, stood still "
+                                           << still;
   }
   EXPECT_GT(cameBack, 0);
   ::munmap(memory, sizeof(Shared));
@@ -357,16 +360,16 @@ TEST(Journal, J3_DamageAnywhereStopsTheReadingAndNeverGivesAWrongText) {
   }
   EXPECT_EQ(whole, 1);
   for (std::size_t n = 0; n < sample.bytes.size(); ++n)
-    for (int bit = 0; bit < 8; ++bit) {                                                           // every bit flipped
+    for (int bit = 0; bit < 8; ++bit) {   // every bit flipped
       std::string bytes = sample.bytes;
       bytes[n] = char(bytes[n] ^ 1 << bit);
       look(bytes, true);
     }
-  for (std::size_t n = 0; n + 1 < sample.bytes.size(); ++n) {                                     // zeroed from anywhere
+  for (std::size_t n = 0; n + 1 < sample.bytes.size(); ++n) {   // zeroed from anywhere
     std::string bytes = sample.bytes;
     std::fill(bytes.begin() + std::ptrdiff_t(n), bytes.end(), '\0');
     look(bytes, bytes != sample.bytes);
-    look(sample.bytes.substr(0, n) + sample.bytes.substr(n + 1), true);                           // a byte gone
+    look(sample.bytes.substr(0, n) + sample.bytes.substr(n + 1), true);   // a byte gone
   }
   look(sample.bytes + sample.bytes, true);
   look(sample.bytes + std::string(4096, '\0'), true);
@@ -383,7 +386,11 @@ TEST(Journal, J4_GoesOnlyAfterASaveOrADiscard) {
   EXPECT_FALSE(std::filesystem::exists(place)) << "nothing is written before the first change";
   type(desk.document, "1");
   desk.pass(200);
-  const auto count = [&] { return std::filesystem::exists(place) ? std::distance(std::filesystem::directory_iterator(place), std::filesystem::directory_iterator()) : 0; };
+  const auto count = [&] {
+    return std::filesystem::exists(place)
+               ? std::distance(std::filesystem::directory_iterator(place), std::filesystem::directory_iterator())
+               : 0;
+  };
   EXPECT_EQ(count(), 1);
   writeRaw(file, "others");
   desk.pass(20'000);
@@ -449,11 +456,18 @@ TEST(Journal, J8_WhateverFailsEditingGoesOnAndItIsTriedAgain) {
     std::int64_t slowMs;
   };
   int points = 0;
-  for (const Fault& fault : {Fault{EIO, "", 0}, {ENOSPC, "", 0}, {EACCES, "", 0}, {EIO, "", 150}, {EIO, "", 900}, {EIO, "write", 150},
-                             {EIO, "sync", 150}, {EIO, "renameAt", 900}}) {
+  for (const Fault& fault : {Fault{EIO, "", 0},
+                             {ENOSPC, "", 0},
+                             {EACCES, "", 0},
+                             {EIO, "", 150},
+                             {EIO, "", 900},
+                             {EIO, "write", 150},
+                             {EIO, "sync", 150},
+                             {EIO, "renameAt", 900}}) {
     for (const bool forEver : {false, true}) {
       for (int n = 1;; ++n) {
-        SCOPED_TRACE(std::string(fault.call) + " " + std::to_string(fault.error) + " at " + std::to_string(n) + (forEver ? " for ever" : ""));
+        SCOPED_TRACE(std::string(fault.call) + " " + std::to_string(fault.error) + " at " + std::to_string(n) +
+                     (forEver ? " for ever" : ""));
         CrashFileSystem disk(DiskState{{"/home/.keep", ""}});
         FaultyFileSystem faulty(disk);
         const UseFileSystem use(faulty);
@@ -500,7 +514,7 @@ TEST(Journal, J8_FailsAndWorksAgainWhateverTheFolderMeetsWith) {
   namespace fs = std::filesystem;
   struct Trouble {
     const char* name;
-    std::function<void(const std::string& place)> make, mend;
+    std::function<void(const std::string&place)> make, mend;
     bool fails = true;   // false: what is wrong can be put right by the journal
   };
   const auto away = [](const std::string& place) { fs::rename(place, place + ".away"); };
@@ -519,10 +533,17 @@ TEST(Journal, J8_FailsAndWorksAgainWhateverTheFolderMeetsWith) {
        },
        [](const std::string& place) { fs::remove(place + "/../ballast"); }},
       {"a file in its place", [&](const std::string& place) { away(place), writeRaw(place, ""); }, back},
-      {"a symbolic link in its place", [&](const std::string& place) { away(place), fs::create_directory_symlink("/", place); }, back},
-      {"a place that takes nothing", [&](const std::string& place) { away(place), fs::create_symlink("/proc/self/nowhere", place); }, back},
+      {"a symbolic link in its place", [&](const std::string& place) { away(place), fs::create_directory_symlink("/", place); },
+       back},
+      {"a place that takes nothing",
+       [&](const std::string& place) { away(place), fs::create_symlink("/proc/self/nowhere", place); }, back},
       {"removed with all that is in it", [](const std::string& place) { fs::remove_all(place); }, {}, false},
-      {"emptied", [](const std::string& place) { for (const auto& entry : fs::directory_iterator(place)) fs::remove(entry); }, {}, false},
+      {"emptied",
+       [](const std::string& place) {
+         for (const auto& entry : fs::directory_iterator(place)) fs::remove(entry);
+       },
+       {},
+       false},
   };
   for (const Trouble& trouble : troubles) {
     for (const bool begun : {false, true}) {
@@ -573,12 +594,13 @@ TEST(Journal, J8_AFolderWithoutTheRightToWriteIsTold) {
   TempFolder folder(TempFolder::Where::memory);
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
   EXPECT_EQ(inChild([&] {
-    if (::setgid(12345) + ::setuid(12345) != 0) skipChild("no other user here");
-    Desk desk(folder / "state/recovery");
-    type(desk.document, "x");
-    desk.pass(300);
-    EXPECT_EQ(desk.journal->failure(), "Permission denied");
-  }), 0);
+              if (::setgid(12345) + ::setuid(12345) != 0) skipChild("no other user here");
+              Desk desk(folder / "state/recovery");
+              type(desk.document, "x");
+              desk.pass(300);
+              EXPECT_EQ(desk.journal->failure(), "Permission denied");
+            }),
+            0);
 }
 
 TEST(Journal, J9_ThePlaceIsTheUsersAlone) {
@@ -591,19 +613,20 @@ TEST(Journal, J9_ThePlaceIsTheUsersAlone) {
         std::filesystem::permissions(place, std::filesystem::perms(0777));
       }
       EXPECT_EQ(inChild([&] {
-        if (mask == 0777 && !exists && ::geteuid() != 0) return;   // the folder above could not be entered
-        ::umask(mask);
-        Desk desk(place);
-        type(desk.document, "x");
-        desk.pass(200);
-        EXPECT_EQ(desk.journal->failure(), "");
-        struct stat status {};
-        EXPECT_EQ(::stat(place.c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 07777, 0700u) << mask;
-        const auto entry = *std::filesystem::directory_iterator(place);
-        EXPECT_EQ(::stat(entry.path().c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 07777 & ~0600u, 0u) << mask;
-      }), 0);
+                  if (mask == 0777 && !exists && ::geteuid() != 0) return;   // the folder above could not be entered
+                  ::umask(mask);
+                  Desk desk(place);
+                  type(desk.document, "x");
+                  desk.pass(200);
+                  EXPECT_EQ(desk.journal->failure(), "");
+                  struct stat status {};
+                  EXPECT_EQ(::stat(place.c_str(), &status), 0);
+                  EXPECT_EQ(status.st_mode & 07777, 0700u) << mask;
+                  const auto entry = *std::filesystem::directory_iterator(place);
+                  EXPECT_EQ(::stat(entry.path().c_str(), &status), 0);
+                  EXPECT_EQ(status.st_mode & 07777 & ~0600u, 0u) << mask;
+                }),
+                0);
     }
   }
 }
@@ -658,4 +681,4 @@ TEST(Journal, ManySpansAndLongOnesAreCutIntoRecords) {
   }
 }
 
-}  // namespace
+}   // namespace

@@ -33,8 +33,9 @@ TEST(Leftovers, OnlyWhatIsCertainlyAnUnfinishedFileOfOursGoes) {
   TempFolder folder(TempFolder::Where::memory);
   for (const char* name : {".zelkor-0123456789.tmp", ".zelkor-abcdefghij.tmp"}) plant(folder, name);
   // Names of others.
-  for (const char* name : {".zelkor-.tmp", ".zelkor-abc.tmp", ".zelkor-ABCDEFGHIJ.tmp", "zelkor-abcdefghij.tmp", ".zelkor-abcdefghij.tmp.old",
-                           ".zelkor-abcdefghij", ".zelkor-abcde fghij.tmp", "a.tmp", ".file.zelkor-recovery-abcdefghij"})
+  for (const char* name :
+       {".zelkor-.tmp", ".zelkor-abc.tmp", ".zelkor-ABCDEFGHIJ.tmp", "zelkor-abcdefghij.tmp", ".zelkor-abcdefghij.tmp.old",
+        ".zelkor-abcdefghij", ".zelkor-abcde fghij.tmp", "a.tmp", ".file.zelkor-recovery-abcdefghij"})
     plant(folder, name);
   writeRaw(folder / ".zelkor-younggggggg.tmp", "being written");
   const std::string locked = plant(folder, ".zelkor-lockedlocked.tmp");
@@ -45,9 +46,7 @@ TEST(Leftovers, OnlyWhatIsCertainlyAnUnfinishedFileOfOursGoes) {
   fs::create_symlink("target", folder / ".zelkor-symlinklink.tmp");
   ASSERT_EQ(::mkfifo((folder / ".zelkor-fifofifofifo.tmp").c_str(), 0600), 0);
   makeOld(folder / ".zelkor-fifofifofifo.tmp");
-  if (::geteuid() == 0) {
-    ASSERT_EQ(::chown(plant(folder, ".zelkor-ofsomebodyelse.tmp").c_str(), 12345, 12345), 0);
-  }
+  if (::geteuid() == 0) { ASSERT_EQ(::chown(plant(folder, ".zelkor-ofsomebodyelse.tmp").c_str(), 12345, 12345), 0); }
   std::vector<std::string> expected = folder.names();
   std::erase(expected, ".zelkor-0123456789.tmp");
   std::erase(expected, ".zelkor-abcdefghij.tmp");
@@ -175,4 +174,4 @@ TEST(Leftovers, S6_ACopyThatCouldNotStandBesideTheFileTellsItsPath) {
   EXPECT_EQ(found.text.bytes(), "old");
 }
 
-}  // namespace
+}   // namespace

@@ -19,8 +19,8 @@ std::string lines(const Snapshot& text, LineNo begin, LineNo end) {
 std::string shown(const std::vector<LineHunk>& hunks) {
   std::string all;
   for (const LineHunk& h : hunks)
-    all += std::to_string(h.beforeBegin.value) + "-" + std::to_string(h.beforeEnd.value) + ">" + std::to_string(h.afterBegin.value) + "-" +
-           std::to_string(h.afterEnd.value) + " ";
+    all += std::to_string(h.beforeBegin.value) + "-" + std::to_string(h.beforeEnd.value) + ">" +
+           std::to_string(h.afterBegin.value) + "-" + std::to_string(h.afterEnd.value) + " ";
   return all;
 }
 
@@ -30,9 +30,9 @@ TEST(LineDiff, FindsWhatAPersonWouldCallTheChange) {
   };
   for (const Case& c : {Case{"", "", ""},
                         {"a\nb\n", "a\nb\n", ""},
-                        {"a\nb", "a\r\nb", ""},                                   // line ends make no difference
+                        {"a\nb", "a\r\nb", ""},   // line ends make no difference
                         {"a\nb\nc\n", "a\nx\nc\n", "1-2>1-2 "},
-                        {"a\nb\nc\n", "new\na\nb\nc\n", "0-0>0-1 "},              // all lines moved, one differs
+                        {"a\nb\nc\n", "new\na\nb\nc\n", "0-0>0-1 "},   // all lines moved, one differs
                         {"a\nb\nc\n", "b\nc\n", "0-1>0-0 "},
                         {"a\nb\nc\nd\ne\n", "a\nc\nd\nx\ny\ne\n", "1-2>1-1 4-4>3-5 "},
                         {"", "a\n", "0-0>0-1 "},
@@ -76,4 +76,4 @@ TEST(LineDiff, HunksLeadFromOneTextToTheOtherByTheFewestLines) {
   }
 }
 
-}  // namespace
+}   // namespace

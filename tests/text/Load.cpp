@@ -43,9 +43,21 @@ TEST(Load, DecidesEncodingAndLineEnds) {
       {"UTF-16BE mark", "\xfe\xff\0\x41\0\x0a"s, "A\n", {Encoding::utf16be, true}, LineMode::lf, false},
       {"UTF-16LE without mark", "m\0o\0d\0 \0\x0a\0"s, "mod \n", {Encoding::utf16le, false}, LineMode::lf, false},
       {"UTF-16BE without mark", "\0m\0o\0d\0\x0d\0\x0a"s, "mod\r\n", {Encoding::utf16be, false}, LineMode::lf, true},
-      {"half a unit behind a mark", "\xff\xfe\x41"s, "\xc3\xbf\xc3\xbe" "A", {Encoding::windows1252, false}, LineMode::lf, true},
+      {"half a unit behind a mark",
+       "\xff\xfe\x41"s,
+       "\xc3\xbf\xc3\xbe"
+       "A",
+       {Encoding::windows1252, false},
+       LineMode::lf,
+       true},
       {"pair of surrogates", "\xff\xfe\x3d\xd8\0\xde"s, "\xf0\x9f\x98\x80", {Encoding::utf16le, true}, LineMode::lf, true},
-      {"unpaired surrogate", "\xff\xfe\x3d\xd8\x41\0"s, "\xed\xa0\xbd" "A", {Encoding::utf16le, true}, LineMode::lf, true},
+      {"unpaired surrogate",
+       "\xff\xfe\x3d\xd8\x41\0"s,
+       "\xed\xa0\xbd"
+       "A",
+       {Encoding::utf16le, true},
+       LineMode::lf,
+       true},
   };
   TempFolder folder;
   const auto path = folder / "file";
@@ -139,7 +151,12 @@ TEST(Load, ReadsAFileThatGrowsShrinksOrVanishesMeanwhile) {
       {large, large, [&] { std::filesystem::remove(path); }},
       {"x", "y", [&] { writeRaw(path, "\xef\xbb\xbfy"); }},   // a mark longer than the file was
       {"xy", "", [&] { writeRaw(path, "\xef\xbb\xbf"); }},
-      {"x", "A", [&] { writeRaw(path, std::string("\xff\xfe" "A\0", 4)); }},
+      {"x", "A",
+       [&] {
+         writeRaw(path, std::string("\xff\xfe"
+                                    "A\0",
+                                    4));
+       }},
   };
   for (const auto& c : cases) {
     const std::string& bytes = c.bytes;
@@ -201,4 +218,4 @@ TEST(Load, ReadsBytesUpToALimit) {
   EXPECT_NE(text::readBytes("/proc/self/stat", &error), "") << "regular, but without a size";
 }
 
-}  // namespace
+}   // namespace

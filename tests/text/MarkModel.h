@@ -29,4 +29,4 @@ struct ModelMark {
   }
 };
 
-}  // namespace test
+}   // namespace test

@@ -55,6 +55,7 @@ TEST(Change, LinesGoWithTheirText) {
     std::int64_t begin, end;
     const char *text, *expected, *left;
   };
+  // clang-format off
   const Case cases[] = {
       {2, 2, "x\n", "0234", "0134"},         // a line put in before b
       {1, 1, "\nx", "0234", "0234"},         // the same, typed at the end of a
@@ -66,6 +67,7 @@ TEST(Change, LinesGoWithTheirText) {
       {2, 6, "x\ny\nz\n", "0124", "0124"},   // line for line
       {0, 7, "x", "---0", "---0"},
   };
+  // clang-format on
   for (const auto& c : cases) {
     Document d;
     d.reset(Snapshot("a\nb\nc\nd"));
@@ -85,4 +87,4 @@ TEST(Change, LinesGoWithTheirText) {
   }
 }
 
-}  // namespace
+}   // namespace

@@ -35,9 +35,9 @@ struct Scene {
   }
   std::string state() const {
     const auto& d = document;
-    return d.snapshot().bytes() + "|" + std::to_string(d.revision()) + "|" + std::to_string(d.canUndo()) + std::to_string(d.canRedo()) +
-           std::to_string(d.modified()) + "|" + std::to_string(d.markAt(left).value) + "," + std::to_string(d.markAt(right).value) +
-           "|" + std::to_string(heard);
+    return d.snapshot().bytes() + "|" + std::to_string(d.revision()) + "|" + std::to_string(d.canUndo()) +
+           std::to_string(d.canRedo()) + std::to_string(d.modified()) + "|" + std::to_string(d.markAt(left).value) + "," +
+           std::to_string(d.markAt(right).value) + "|" + std::to_string(heard);
   }
 };
 
@@ -54,6 +54,7 @@ TEST(OutOfMemory, LeavesTheOldStateWhole) {
   };
   const auto none = [](Document&) {};
   const auto some = [](Document& d) { d.apply(Edit{range(5, 12), "some longer text that needs a block of its own"}, {}); };
+  // clang-format off
   const Operation operations[] = {
       {"an edit", none, some},
       {"typing that joins", none, [](Document& d) { d.apply(Edit{range(2, 2), "x"}, {}, Join::typing); }},
@@ -70,6 +71,7 @@ TEST(OutOfMemory, LeavesTheOldStateWhole) {
       {"exchange", none, [](Document& d) { d.exchange(Snapshot("another text"), {}); }},
       {"a mark", none, [](Document& d) { d.addMark(ByteOffset(3)); }},
   };
+  // clang-format on
   for (const auto& operation : operations) {
     SCOPED_TRACE(operation.name);
     std::string done;
@@ -91,9 +93,7 @@ TEST(OutOfMemory, LeavesTheOldStateWhole) {
         const testing_files::AllocationFault fail(n);
         try {
           operation.run(d);
-        } catch (const std::bad_alloc&) {
-          thrown = true;
-        }
+        } catch (const std::bad_alloc&) { thrown = true; }
         happened = fail.hit();
       }
       ASSERT_EQ(thrown, happened);
@@ -127,9 +127,7 @@ TEST(OutOfMemory, AnyMarkMayFail) {
         const auto id = d.addMark(ByteOffset(at));
         marks.push_back(id);
         break;
-      } catch (const std::bad_alloc&) {
-        ASSERT_LT(n, 20);
-      }
+      } catch (const std::bad_alloc&) { ASSERT_LT(n, 20); }
     }
     if (i % 100 == 0) d.checkInvariants();
     ASSERT_EQ(d.markAt(marks.back()).value, at);
@@ -160,4 +158,4 @@ TEST(OutOfMemory, EndingAGroupNeverFails) {
   }
 }
 
-}  // namespace
+}   // namespace

@@ -25,7 +25,7 @@ std::string randomText(std::mt19937& random, const Alphabet& alphabet, std::size
 namespace text {
 inline void PrintTo(const ByteRange& r, std::ostream* out) { *out << r.begin.value << ".." << r.end.value; }
 inline void PrintTo(const ByteOffset& o, std::ostream* out) { *out << o.value; }
-}  // namespace text
+}   // namespace text
 
 // Offsets as plain numbers, for short comparisons.
 inline text::ByteOffset off(std::int64_t n) { return text::ByteOffset(n); }

@@ -36,7 +36,8 @@ void compareText(const Snapshot& s, const std::string& model, test::Random& rand
     LineBreak kind = LineBreak::none;
     if (k + 1 < lines) {
       kind = s.lineMode() == LineMode::cr ? LineBreak::cr : LineBreak::lf;
-      if (kind == LineBreak::lf && behind - begin > 1 && model[static_cast<std::size_t>(behind) - 2] == '\r') kind = LineBreak::crlf;
+      if (kind == LineBreak::lf && behind - begin > 1 && model[static_cast<std::size_t>(behind) - 2] == '\r')
+        kind = LineBreak::crlf;
     }
     ASSERT_EQ(s.lineStart(line).value, begin);
     ASSERT_EQ(s.lineEndWithBreak(line).value, behind);
@@ -77,7 +78,7 @@ struct Shape {
   const char* name;
   TreeShape sizes;
   LineMode mode;
-  std::int64_t textSize;   // about which the text's size wavers
+  std::int64_t textSize;                      // about which the text's size wavers
   std::size_t steps = 60, bytes = SIZE_MAX;   // limits of undo
 };
 
@@ -86,9 +87,7 @@ class Trial {
   Trial(const Shape& shape, test::Random& random) : shape_(shape), random_(random) {
     document_.reset(build(now_.text));
     document_.setUndoLimit(shape_.steps, shape_.bytes);
-    handle_ = document_.subscribe([this](const Change& change) {
-      heard_.push_back(change);
-    });
+    handle_ = document_.subscribe([this](const Change& change) { heard_.push_back(change); });
   }
 
   void step() {
@@ -97,18 +96,35 @@ class Trial {
     heard_.clear();
     std::size_t expected = 0;   // notifications
     switch (random_.upTo(19)) {
-      case 0: case 1: case 2: expected = undo(); break;
-      case 3: case 4: expected = redo(); break;
-      case 5: if (groupDepth_ < 2) beginGroup(); break;
-      case 6: if (groupDepth_ > 0) expected = endGroup(); break;
-      case 7: if (groupDepth_ > 0 && random_.oneIn(3)) expected = rollback(); break;
+      case 0:
+      case 1:
+      case 2: expected = undo(); break;
+      case 3:
+      case 4: expected = redo(); break;
+      case 5:
+        if (groupDepth_ < 2) beginGroup();
+        break;
+      case 6:
+        if (groupDepth_ > 0) expected = endGroup();
+        break;
+      case 7:
+        if (groupDepth_ > 0 && random_.oneIn(3)) expected = rollback();
+        break;
       case 8: moveMarks(); break;
       case 9: hold(); break;
-      case 10: if (random_.oneIn(4)) { document_.markSaved(); saved_ = now_.state; } else document_.breakJoin();
+      case 10:
+        if (random_.oneIn(4)) {
+          document_.markSaved();
+          saved_ = now_.state;
+        } else document_.breakJoin();
         runOpen_ = false;
         break;
-      case 11: case 12: case 13: expected = type(); break;
-      case 14: if (random_.oneIn(6)) expected = exchange(); break;
+      case 11:
+      case 12:
+      case 13: expected = type(); break;
+      case 14:
+        if (random_.oneIn(6)) expected = exchange();
+        break;
       case 15: expected = inRun_ ? endRun() : beginRun(); break;
       default: expected = edit(); break;
     }
@@ -370,16 +386,16 @@ TEST_P(RandomEdits, EqualAPlainString) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Shapes, RandomEdits, testing::Values(
-    Shape{"one_byte_pieces", {4, 1, 8, 3, 0}, LineMode::lf, 40},
-    Shape{"tiny_nodes", {4, 7, 16, 4, 5}, LineMode::lf, 600},
-    Shape{"tiny_nodes_cr", {6, 5, 64, 6}, LineMode::cr, 300},
-    Shape{"usual", {}, LineMode::lf, 400},
-    Shape{"no_undo", {4, 7, 16, 4}, LineMode::lf, 60, 0},
-    Shape{"one_undo_step", {4, 7, 16, 4}, LineMode::lf, 60, 1},
-    Shape{"three_undo_steps", {4, 1, 8, 3}, LineMode::cr, 60, 3},
-    Shape{"undo_of_few_bytes", {4, 7, 16, 4}, LineMode::lf, 200, SIZE_MAX, 1500},
-    Shape{"undo_of_no_bytes", {4, 7, 16, 4}, LineMode::lf, 200, 1000, 1}),
-    [](const auto& shape) { return std::string(shape.param.name); });
+INSTANTIATE_TEST_SUITE_P(Shapes, RandomEdits,
+                         testing::Values(Shape{"one_byte_pieces", {4, 1, 8, 3, 0}, LineMode::lf, 40},
+                                         Shape{"tiny_nodes", {4, 7, 16, 4, 5}, LineMode::lf, 600},
+                                         Shape{"tiny_nodes_cr", {6, 5, 64, 6}, LineMode::cr, 300},
+                                         Shape{"usual", {}, LineMode::lf, 400},
+                                         Shape{"no_undo", {4, 7, 16, 4}, LineMode::lf, 60, 0},
+                                         Shape{"one_undo_step", {4, 7, 16, 4}, LineMode::lf, 60, 1},
+                                         Shape{"three_undo_steps", {4, 1, 8, 3}, LineMode::cr, 60, 3},
+                                         Shape{"undo_of_few_bytes", {4, 7, 16, 4}, LineMode::lf, 200, SIZE_MAX, 1500},
+                                         Shape{"undo_of_no_bytes", {4, 7, 16, 4}, LineMode::lf, 200, 1000, 1}),
+                         [](const auto& shape) { return std::string(shape.param.name); });
 
-}  // namespace
+}   // namespace

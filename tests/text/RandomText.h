@@ -26,8 +26,9 @@ class Random {
   std::int64_t upTo(std::int64_t below) { return static_cast<std::int64_t>(engine_() % static_cast<std::uint64_t>(below)); }
   bool oneIn(int n) { return upTo(n) == 0; }
   std::string text(std::int64_t symbols) {
-    static const std::string alphabet[] = {"a", "b", " ", "\r", "\n", "\r\n", "\t", std::string(1, '\0'), "\xff", "\xc3",
-                                           "e\xcc\x81", "\xf0\x9f\x98\x80", "\xc3\xa9", "word", "\n\n"};
+    static const std::string alphabet[] = {
+        "a",        "b",    " ",   "\r", "\n", "\r\n", "\t", std::string(1, '\0'), "\xff", "\xc3", "e\xcc\x81", "\xf0\x9f\x98\x80",
+        "\xc3\xa9", "word", "\n\n"};
     std::string out;
     for (; symbols > 0; --symbols) out += alphabet[upTo(std::ssize(alphabet))];
     return out;
@@ -38,4 +39,4 @@ class Random {
   std::mt19937_64 engine_;
 };
 
-}  // namespace test
+}   // namespace test

@@ -118,4 +118,4 @@ TEST(SaveCrash, TheModelLosesWhatWasNotSynced) {
   EXPECT_EQ(disk.afterPowerCut().size(), 1u);
 }
 
-}  // namespace
+}   // namespace

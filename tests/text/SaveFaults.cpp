@@ -86,12 +86,8 @@ class Stage {
       std::erase_if(names, [](const std::string& name) { return name.find("zelkor-recovery-") != std::string::npos; });
     EXPECT_EQ(names, before_);
     EXPECT_TRUE(fs::is_empty(folder_ / "state"));
-    if (scene_.hardLink) {
-      EXPECT_EQ(fs::hard_link_count(real_), 2u);
-    }
-    if (scene_.symlink) {
-      EXPECT_TRUE(fs::is_symlink(path_));
-    }
+    if (scene_.hardLink) { EXPECT_EQ(fs::hard_link_count(real_), 2u); }
+    if (scene_.symlink) { EXPECT_TRUE(fs::is_symlink(path_)); }
   }
 
   const std::string& real() const { return real_; }
@@ -146,7 +142,8 @@ TEST(SaveFaults, S2_EveryFailingCallLeavesOldOrNewAndNothingElse) {
       for (const bool forEver : {false, true}) {
         for (int n = 1; n <= static_cast<int>(whole.log.size()); ++n) {
           SCOPED_TRACE("call " + std::to_string(n) + (forEver ? " for ever: " : " once: ") + text::errorText(error));
-          const auto [result, log] = checkedSave(scene, [&](FaultyFileSystem& f) { f.failCall(n, error, forEver); }, forEver);
+          const auto [result, log] = checkedSave(
+              scene, [&](FaultyFileSystem& f) { f.failCall(n, error, forEver); }, forEver);
           ++injected;
           failed += !result.ok();
           EXPECT_TRUE(result.ok() || result.error.starts_with(text::errorText(error))) << scene.name << ": " << result.error;
@@ -161,9 +158,9 @@ TEST(SaveFaults, S2_EveryFailingCallLeavesOldOrNewAndNothingElse) {
 
 TEST(SaveFaults, S2_CallsThatOneKindFailsForEver) {
   for (const auto& scene : kScenes)
-    for (const char* name : {"openAt", "statAt", "statFd", "accessAt", "read", "write", "seek", "sync", "truncate",
-                             "allocate", "renameAt", "linkAt", "changeMode", "changeOwner", "listAttributes",
-                             "getAttribute", "setAttribute", "close"})
+    for (const char* name :
+         {"openAt", "statAt", "statFd", "accessAt", "read", "write", "seek", "sync", "truncate", "allocate", "renameAt", "linkAt",
+          "changeMode", "changeOwner", "listAttributes", "getAttribute", "setAttribute", "close"})
       checkedSave(scene, [&](FaultyFileSystem& f) { f.failUse(name, 1, EIO, true); });
 }
 
@@ -171,10 +168,12 @@ TEST(SaveFaults, S2_ShortWritesAndInterruptedCallsAreContinued) {
   for (const auto& scene : kScenes) {
     for (const std::size_t most : {1, 4'096, 99'999})
       if (scene.newSize / most <= 10'000) {
-        EXPECT_EQ(checkedSave(scene, [&](FaultyFileSystem& f) { f.shortWrites(most); }).result.error, "") << scene.name << ": " << most;
+        EXPECT_EQ(checkedSave(scene, [&](FaultyFileSystem& f) { f.shortWrites(most); }).result.error, "")
+            << scene.name << ": " << most;
       }
     for (const char* name : {"openAt", "read", "write", "sync"})
-      EXPECT_EQ(checkedSave(scene, [&](FaultyFileSystem& f) { f.failUse(name, 1, EINTR); }).result.error, "") << scene.name << ": " << name;
+      EXPECT_EQ(checkedSave(scene, [&](FaultyFileSystem& f) { f.failUse(name, 1, EINTR); }).result.error, "")
+          << scene.name << ": " << name;
   }
 }
 
@@ -200,8 +199,7 @@ TEST(SaveFaults, S4_SavedMeansSyncedRenamedAndFolderSynced) {
     if (scene.inPlace())
       expected = std::string("w sync rename sync-folder ") + (scene.newSize > 0 ? "W " : "") +
                  (scene.newSize < scene.oldSize ? "CUT " : "") + "SYNC unlink ";
-    else
-      expected += scene.exists ? "sync rename rename sync-folder unlink " : "sync rename sync-folder ";
+    else expected += scene.exists ? "sync rename rename sync-folder unlink " : "sync rename sync-folder ";
     EXPECT_EQ(order, expected);
   }
 }
@@ -283,8 +281,7 @@ TEST(SaveFaults, S12_AChangeByOthersIsNeverOverwritten) {
         bool tooLate = false, changed = false;
         faulty.before([&](const Call& call) {
           // In place there is an unavoidable moment: between the last look and the last write.
-          if (scene.inPlace() && call.path == stage.real() &&
-              (call.name == "allocate" || (call.name == "seek" && !changed)))
+          if (scene.inPlace() && call.path == stage.real() && (call.name == "allocate" || (call.name == "seek" && !changed)))
             tooLate = true;
           if (call.number != n || tooLate) return;
           change.make(stage);
@@ -292,15 +289,13 @@ TEST(SaveFaults, S12_AChangeByOthersIsNeverOverwritten) {
         });
         const UseFileSystem use(faulty);
         const auto result = stage.save();
-        SCOPED_TRACE(std::string(scene.name) + ": " + change.name + " before call " + std::to_string(n) + "\n" +
-                     result.error + "\n" + trace(faulty.log()));
+        SCOPED_TRACE(std::string(scene.name) + ": " + change.name + " before call " + std::to_string(n) + "\n" + result.error +
+                     "\n" + trace(faulty.log()));
         last = std::max(last, static_cast<int>(faulty.log().size()));
         if (!changed) continue;
         (result.ok() ? done : refused) += 1;
         EXPECT_EQ(fs::exists(stage.real()), change.content.has_value());
-        if (change.content && fs::exists(stage.real())) {
-          EXPECT_TRUE(readRaw(stage.real()) == *change.content);
-        }
+        if (change.content && fs::exists(stage.real())) { EXPECT_TRUE(readRaw(stage.real()) == *change.content); }
         for (const auto& name : stage.folder().names()) EXPECT_EQ(name.find("zelkor"), std::string::npos) << name;
         if (::testing::Test::HasFailure()) return;
       }
@@ -338,8 +333,7 @@ TEST(SaveFaults, S13_TextThatDoesNotFitIsFoundBeforeAnyCall) {
   };
   const Case cases[] = {
       {"a\nb \xe2\x82\xac\n", text::Encoding::latin1, "The character U+20AC in line 2 does not fit the encoding ISO-8859-1"},
-      {"\xf0\x9f\x98\x80", text::Encoding::windows1252,
-       "The character U+1F600 in line 1 does not fit the encoding Windows-1252"},
+      {"\xf0\x9f\x98\x80", text::Encoding::windows1252, "The character U+1F600 in line 1 does not fit the encoding Windows-1252"},
       {"\n\n\xff", text::Encoding::utf16le, "The byte FF in line 3 does not fit the encoding UTF-16LE"},
       {std::string(700'000, 'x') + "\n\xc3", text::Encoding::cp437, "The byte C3 in line 2 does not fit the encoding CP437"},
   };
@@ -350,4 +344,4 @@ TEST(SaveFaults, S13_TextThatDoesNotFitIsFoundBeforeAnyCall) {
   EXPECT_EQ(faulty.log().size(), 0u);
 }
 
-}  // namespace
+}   // namespace

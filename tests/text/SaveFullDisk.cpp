@@ -57,4 +57,4 @@ TEST(SaveFullDisk, S3_TheOldTextIsWholeWhenTheDiskIsFull) {
   EXPECT_EQ(status, 0);
 }
 
-}  // namespace
+}   // namespace

@@ -1,9 +1,9 @@
 // What a save keeps of files of every shape: links, inode, mode, owner, group, attributes, access lists. Run as the superuser
 // it also plays an ordinary user; else the rows that need other owners are left out.
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <sys/socket.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -56,7 +56,8 @@ std::string accessList(unsigned short perm) {
     unsigned short tag, perm;
     unsigned id;
   };
-  const Entry entries[] = {{1, 6, ~0u}, {2, perm, kOther}, {4, 4, ~0u}, {0x10, static_cast<unsigned short>(perm | 4), ~0u}, {0x20, 0, ~0u}};
+  const Entry entries[] = {
+      {1, 6, ~0u}, {2, perm, kOther}, {4, 4, ~0u}, {0x10, static_cast<unsigned short>(perm | 4), ~0u}, {0x20, 0, ~0u}};
   const unsigned version = 2;
   std::string value(reinterpret_cast<const char*>(&version), sizeof version);
   return value.append(reinterpret_cast<const char*>(entries), sizeof entries);
@@ -66,16 +67,15 @@ enum class Way { replace, inPlace, refuse };
 
 struct Row {
   const char* name;
-  bool asUser;                     // saved by an ordinary user, who owns folder and file unless `build` says otherwise
+  bool asUser;   // saved by an ordinary user, who owns folder and file unless `build` says otherwise
   Way way;
   std::function<bool(const std::string& folder, const std::string& file)> build;   // false: not possible here
 };
 
 bool mode(const std::string& path, unsigned bits) { return ::chmod(path.c_str(), bits) == 0; }
-bool own(const std::string& path, unsigned owner, unsigned group) {
-  return ::chown(path.c_str(), owner, group) == 0;
-}
+bool own(const std::string& path, unsigned owner, unsigned group) { return ::chown(path.c_str(), owner, group) == 0; }
 
+// clang-format off
 const Row kRows[] = {
     {"0600", true, Way::replace, [](auto&, auto& f) { return mode(f, 0600); }},
     {"0755", true, Way::replace, [](auto&, auto& f) { return mode(f, 0755); }},
@@ -112,6 +112,7 @@ const Row kRows[] = {
     {"no right in the folder", true, Way::inPlace, [](auto& d, auto&) { return own(d, 0, 0) && mode(d, 0755); }},
     {"folder that cannot be listed", true, Way::inPlace, [](auto& d, auto&) { return own(d, 0, 0) && mode(d, 0711); }},
 };
+// clang-format on
 
 TEST(SaveShapes, S8_S9_S10_LinksModeOwnerAndAttributesAreKept) {
   const bool root = ::geteuid() == 0;
@@ -259,4 +260,4 @@ TEST(SaveShapes, FoldersAreMade) {
   EXPECT_EQ(text::makeFolders(folder / "file/b"), "Not a directory");
 }
 
-}  // namespace
+}   // namespace

@@ -29,7 +29,9 @@ ByteRange whole(const Snapshot& text) { return {off(0), text.size()}; }
 std::vector<ByteRange> plainFind(const std::string& text, const std::string& what, SearchOptions options, bool overlapping) {
   std::vector<ByteRange> out;
   const auto word = [](const Char& c) { return c.bytes > 0 && !c.bad && classOf(c.code) == CharClass::word; };
-  const auto border = [&](std::size_t i) { return !word(decodeLast(std::string_view(text).substr(0, i))) || !word(decode(std::string_view(text).substr(i))); };
+  const auto border = [&](std::size_t i) {
+    return !word(decodeLast(std::string_view(text).substr(0, i))) || !word(decode(std::string_view(text).substr(i)));
+  };
   for (std::size_t i = 0; i < text.size();) {
     std::size_t a = i, b = 0;
     bool same = true;
@@ -53,12 +55,15 @@ std::vector<ByteRange> plainRegex(const std::string& text, const std::string& pa
   auto* context = pcre2_compile_context_create(nullptr);
   pcre2_set_newline(context, PCRE2_NEWLINE_ANYCRLF);
   auto* code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern.data()), pattern.size(),
-                             PCRE2_UTF | PCRE2_UCP | PCRE2_MULTILINE | PCRE2_ALT_CIRCUMFLEX | PCRE2_MATCH_INVALID_UTF | PCRE2_NO_DOTSTAR_ANCHOR | (matchCase ? 0 : PCRE2_CASELESS), &error, &at, context);
+                             PCRE2_UTF | PCRE2_UCP | PCRE2_MULTILINE | PCRE2_ALT_CIRCUMFLEX | PCRE2_MATCH_INVALID_UTF |
+                                 PCRE2_NO_DOTSTAR_ANCHOR | (matchCase ? 0 : PCRE2_CASELESS),
+                             &error, &at, context);
   EXPECT_EQ(pcre2_jit_compile(code, PCRE2_JIT_COMPLETE), 0) << pattern;
   auto* data = pcre2_match_data_create_from_pattern(code, nullptr);
   std::vector<ByteRange> out;
   std::uint32_t flags = 0;
-  for (std::size_t from = 0; pcre2_match(code, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), from, flags, data, nullptr) > 0;) {
+  for (std::size_t from = 0;
+       pcre2_match(code, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), from, flags, data, nullptr) > 0;) {
     const auto* o = pcre2_get_ovector_pointer(data);
     out.push_back(rng(static_cast<std::int64_t>(o[0]), static_cast<std::int64_t>(o[1])));
     flags = o[0] == o[1] ? PCRE2_NOTEMPTY_ATSTART : 0;
@@ -83,26 +88,30 @@ std::string spelled(const std::string& pattern) {
 
 // forward() and backward() from every place must give what the list of all matches says; `overlapping`: it has those that begin
 // inside others too.
-void expectSteps(const Searcher& searcher, const Snapshot& text, const std::vector<ByteRange>& matches, bool overlapping, const std::string& about) {
+void expectSteps(const Searcher& searcher, const Snapshot& text, const std::vector<ByteRange>& matches, bool overlapping,
+                 const std::string& about) {
   for (ByteOffset at(0); at <= text.size(); ++at) {
     const auto next = std::find_if(matches.begin(), matches.end(), [&](const ByteRange& r) { return r.begin >= at; });
     const auto before = std::find_if(matches.rbegin(), matches.rend(), [&](const ByteRange& r) { return r.end <= at; });
     // From inside a match a part of it may be right.
-    const bool inside = !overlapping && std::any_of(matches.begin(), matches.end(), [&](const ByteRange& r) { return r.begin < at && at < r.end; });
+    const bool inside =
+        !overlapping && std::any_of(matches.begin(), matches.end(), [&](const ByteRange& r) { return r.begin < at && at < r.end; });
     if (!inside) {
       const auto got = searcher.forward(text, at).match;
       ASSERT_EQ(got ? got->range : rng(-1, -1), next == matches.end() ? rng(-1, -1) : *next) << about << " from " << at.value;
     }
     const auto got = searcher.backward(text, at).match;
-    ASSERT_EQ(got ? got->range : rng(-1, -1), before == matches.rend() ? rng(-1, -1) : *before) << about << " back from " << at.value;
+    ASSERT_EQ(got ? got->range : rng(-1, -1), before == matches.rend() ? rng(-1, -1) : *before)
+        << about << " back from " << at.value;
   }
 }
 
-}  // namespace
+}   // namespace
 
 TEST(Search, LiteralEqualsComparingEverywhere) {
-  const std::array<std::string, 22> alphabet{"a", "A", "b", "ab", "_", " ", ".", "\n", "\r\n", "\0"s, "\u00E9", "\u00C9", "e\u0301", "\u03C3", "\u03C2", "\u03A3",
-                                             "\u023A", "\u2C65", "k", "\u212A", "\xFF", "\xC3"};
+  const std::array<std::string, 22> alphabet{"a",      "A",      "b",      "ab",     "_",       " ",      ".",      "\n",
+                                             "\r\n",   "\0"s,    "\u00E9", "\u00C9", "e\u0301", "\u03C3", "\u03C2", "\u03A3",
+                                             "\u023A", "\u2C65", "k",      "\u212A", "\xFF",    "\xC3"};
   std::mt19937 random(5);
   for (int round = 0; round < 6000; ++round) {
     const std::string bytes = randomText(random, alphabet, random() % 40);
@@ -112,7 +121,8 @@ TEST(Search, LiteralEqualsComparingEverywhere) {
     const Snapshot text = inPieces(bytes, 1 + random() % 9);
     const Searcher searcher(what, options);
     const auto expected = plainFind(bytes, what, options, false);
-    const std::string about = testing::PrintToString(what) + " in " + testing::PrintToString(bytes) + (options.matchCase ? " case" : "") + (options.wholeWord ? " word" : "");
+    const std::string about = testing::PrintToString(what) + " in " + testing::PrintToString(bytes) +
+                              (options.matchCase ? " case" : "") + (options.wholeWord ? " word" : "");
     const auto got = searcher.all(text, whole(text));
     ASSERT_EQ(shown(got.ranges), shown(expected)) << about;
     ASSERT_EQ(got.error, "");
@@ -148,12 +158,14 @@ TEST(Search, RepetitiveTextIsLinear) {
 }
 
 TEST(Search, RegexEqualsOneLoopOverTheWholeText) {
-  const char* patterns[] = {"a",       "a+",       "^",        "$",       "^$",      "^a",         "b$",          "\\s+",         "\\w+",          ".*",      ".+$",     "x*",     "[^a]+",
-                            "a\\n",    "a\\r?\\nb", "(?s)a.*b", "(?s)a.*?b", "\\bab?", "(?<=a)b",  "(?<=\\n)a",    "(?<!a)b",      "a(?=b)",        "a(?!b)",  "\\Aa",    "b\\z",   "a\\Z",
-                            "\\R",     "(a|b)\\1", "[\\x{e9}a]", "(?i)A", "\\X",     "\\r", "(?m)^b|a$",     "a|^|b",   "\\B",     "\\Ga",   "(?:a|\\s)*b",
-                            "[\\t-a]+", "[ -b]+$", "\\S+\\b",  "[]a]b?$",   "a*?$",        "(?:^|b)a?",   "[^a]\\n",
-                            "[^\\nb]+", "[\\nb]",    "(?<!b\\n)a"};
-  const std::array<std::string, 14> alphabet{"a", "b", "ab", "A", " ", ".", "\n", "\r\n", "\r", "\n\n", "\u00E9", "\U0001F600", "\xFF", "\xC3"};
+  const char* patterns[] = {"a",         "a+",     "^",         "$",         "^$",          "^a",       "b$",        "\\s+",
+                            "\\w+",      ".*",     ".+$",       "x*",        "[^a]+",       "a\\n",     "a\\r?\\nb", "(?s)a.*b",
+                            "(?s)a.*?b", "\\bab?", "(?<=a)b",   "(?<=\\n)a", "(?<!a)b",     "a(?=b)",   "a(?!b)",    "\\Aa",
+                            "b\\z",      "a\\Z",   "\\R",       "(a|b)\\1",  "[\\x{e9}a]",  "(?i)A",    "\\X",       "\\r",
+                            "(?m)^b|a$", "a|^|b",  "\\B",       "\\Ga",      "(?:a|\\s)*b", "[\\t-a]+", "[ -b]+$",   "\\S+\\b",
+                            "[]a]b?$",   "a*?$",   "(?:^|b)a?", "[^a]\\n",   "[^\\nb]+",    "[\\nb]",   "(?<!b\\n)a"};
+  const std::array<std::string, 14> alphabet{"a",    "b",  "ab",   "A",      " ",          ".",    "\n",
+                                             "\r\n", "\r", "\n\n", "\u00E9", "\U0001F600", "\xFF", "\xC3"};
   std::mt19937 random(9);
   for (int round = 0; round < 250; ++round) {
     const std::string bytes = randomText(random, alphabet, random() % 60);
@@ -182,7 +194,8 @@ TEST(Search, RegexStepsThroughLines) {
   for (const char* pattern : {"\\w+", "[a-z]+;", "^ *\\w+", "\\w+;$", "^$", "(?<=\\[)\\d", "x|e"}) {
     const auto all = plainRegex(bytes, pattern, true);
     ASSERT_FALSE(all.empty());
-    for (const std::int64_t window : {8, 32768}) expectSteps(Searcher(pattern, {true, false, true, window}), text, all, false, pattern);
+    for (const std::int64_t window : {8, 32768})
+      expectSteps(Searcher(pattern, {true, false, true, window}), text, all, false, pattern);
   }
 }
 
@@ -198,9 +211,14 @@ TEST(Search, Groups) {
 }
 
 TEST(Search, WholeWordsOfExpressions) {
-  const std::tuple<const char*, const char*, const char*> rows[] = {
-      {"a|ab", "ab a abc", "0..2 3..4 "}, {"\\$\\w+", "x $time $x", "2..7 8..10 "}, {"a # note", "aa a # note", "3..11 "}, {"(?x)a # note", "aa a", "3..4 "},
-      {"(*ANYCRLF)\\d+", "1 x2 3", "0..1 5..6 "}, {"\\Qa.b", "xa.b a.b a.bc", "5..8 "}, {"x\\Kab", "xab ab", ""}, {"[a-z]+", "ab1 cd", "4..6 "}};
+  const std::tuple<const char*, const char*, const char*> rows[] = {{"a|ab", "ab a abc", "0..2 3..4 "},
+                                                                    {"\\$\\w+", "x $time $x", "2..7 8..10 "},
+                                                                    {"a # note", "aa a # note", "3..11 "},
+                                                                    {"(?x)a # note", "aa a", "3..4 "},
+                                                                    {"(*ANYCRLF)\\d+", "1 x2 3", "0..1 5..6 "},
+                                                                    {"\\Qa.b", "xa.b a.b a.bc", "5..8 "},
+                                                                    {"x\\Kab", "xab ab", ""},
+                                                                    {"[a-z]+", "ab1 cd", "4..6 "}};
   for (const auto& [pattern, bytes, expected] : rows) {
     const Snapshot text = inPieces(bytes, 2);
     const Searcher searcher(pattern, {true, true, true, 8});
@@ -212,13 +230,14 @@ TEST(Search, WholeWordsOfExpressions) {
 TEST(Search, WithinARange) {
   const std::string bytes = "one two\ntwo one two\n";
   const Snapshot text = inPieces(bytes, 3);
-  const Searcher literal("two", {}), end("two$", {false, false, true}), start("\\A.|^.", {false, false, true}), word("[a-z]+", {false, true, true});
+  const Searcher literal("two", {}), end("two$", {false, false, true}), start("\\A.|^.", {false, false, true}),
+      word("[a-z]+", {false, true, true});
   EXPECT_EQ(shown(literal.all(text, rng(4, 19)).ranges), "4..7 8..11 16..19 ");
   EXPECT_EQ(shown(literal.all(text, rng(5, 18)).ranges), "8..11 ");
   EXPECT_EQ(literal.backward(text, off(18), rng(0, 20)).match->range, rng(8, 11));
   EXPECT_FALSE(literal.forward(text, off(5), rng(0, 10)).match);
   EXPECT_FALSE(literal.backward(text, off(10), rng(5, 20)).match);
-  EXPECT_EQ(shown(end.all(text, rng(0, 11)).ranges), "4..7 ");     // what stands behind the range counts for '$'
+  EXPECT_EQ(shown(end.all(text, rng(0, 11)).ranges), "4..7 ");   // what stands behind the range counts for '$'
   EXPECT_EQ(shown(end.all(text, rng(0, 19)).ranges), "4..7 16..19 ");
   EXPECT_EQ(shown(start.all(text, rng(4, 20)).ranges), "8..9 ");   // and what stands before it for '^'
   EXPECT_EQ(shown(word.all(text, rng(4, 18)).ranges), "4..7 8..11 12..15 ");
@@ -232,8 +251,12 @@ TEST(Search, WithinARange) {
 }
 
 TEST(Search, FaultyExpressionsSayWhere) {
-  const std::pair<const char*, const char*> rows[] = {{"a(b", "at character 4: missing closing parenthesis"}, {"\u00E9[a", "at character 4: missing terminating ]"},
-                                                      {"*a", "at character 1: quantifier"}, {"(?<n>a)(?<n>b)", "two named"}, {"a)|(b", "unmatched closing parenthesis"}, {"", "no text to search"}};
+  const std::pair<const char*, const char*> rows[] = {{"a(b", "at character 4: missing closing parenthesis"},
+                                                      {"\u00E9[a", "at character 4: missing terminating ]"},
+                                                      {"*a", "at character 1: quantifier"},
+                                                      {"(?<n>a)(?<n>b)", "two named"},
+                                                      {"a)|(b", "unmatched closing parenthesis"},
+                                                      {"", "no text to search"}};
   for (const auto& [pattern, message] : rows)
     for (const bool wholeWord : {false, true}) {
       const Searcher searcher(pattern, {false, wholeWord, true});

@@ -15,7 +15,8 @@ using namespace text;
 std::string lines(const Snapshot& s) {
   static const char* const names[] = {".", "n", "rn", "r"};
   std::string out;
-  for (LineNo line; line.value < s.lineCount(); ++line) out += "[" + s.line(line) + "]" + names[static_cast<int>(s.lineBreak(line))];
+  for (LineNo line; line.value < s.lineCount(); ++line)
+    out += "[" + s.line(line) + "]" + names[static_cast<int>(s.lineBreak(line))];
   return out;
 }
 
@@ -92,7 +93,8 @@ TEST(Snapshot, CountingBytesAtAnyPlaceAndLength) {
   test::Random random;
   SCOPED_TRACE(random.message());
   std::string bytes(9000, 'a');
-  for (auto& c : bytes) if (random.oneIn(7)) c = '\n';
+  for (auto& c : bytes)
+    if (random.oneIn(7)) c = '\n';
   std::fill_n(bytes.begin() + 100, 4600, '\n');   // more than a narrow lane can count
   for (int i = 0; i < 300; ++i) {
     const auto begin = random.upTo(50), length = random.upTo(std::ssize(bytes) - begin);
@@ -107,4 +109,4 @@ TEST(Snapshot, CountingBytesAtAnyPlaceAndLength) {
   }
 }
 
-}  // namespace
+}   // namespace

@@ -33,17 +33,28 @@ void play(Document& d, const std::string& script) {
     const Edit edit{{ByteOffset(begin), ByteOffset(begin + length)}, text};
     SCOPED_TRACE(script.substr(0, end));
     switch (word[0]) {
-      case 'i': case 'd': ASSERT_EQ(d.apply(edit, {}), !d.readOnly()); break;
-      case 't': case 'o': ASSERT_TRUE(d.apply(edit, {}, Join::typing)); break;
+      case 'i':
+      case 'd': ASSERT_EQ(d.apply(edit, {}), !d.readOnly()); break;
+      case 't':
+      case 'o': ASSERT_TRUE(d.apply(edit, {}, Join::typing)); break;
       case 'D': ASSERT_TRUE(d.apply(edit, {}, Join::deleting)); break;
-      case 'u': ASSERT_EQ(d.canUndo(), *rest != '-'); ASSERT_EQ(d.undo().has_value(), *rest != '-'); break;
-      case 'r': ASSERT_EQ(d.canRedo(), *rest != '-'); ASSERT_EQ(d.redo().has_value(), *rest != '-'); break;
+      case 'u':
+        ASSERT_EQ(d.canUndo(), *rest != '-');
+        ASSERT_EQ(d.undo().has_value(), *rest != '-');
+        break;
+      case 'r':
+        ASSERT_EQ(d.canRedo(), *rest != '-');
+        ASSERT_EQ(d.redo().has_value(), *rest != '-');
+        break;
       case '(': d.beginGroup(); break;
       case ')': d.endGroup(); break;
       case 'x': d.rollbackGroup(); break;
       case '<': d.beginRun(); break;
       case '>': d.endRun(); break;
-      case 'A': d.abandonRun(); d.endRun(); break;
+      case 'A':
+        d.abandonRun();
+        d.endRun();
+        break;
       case 's': d.markSaved(); break;
       case 'L': d.markUnsaved(); break;
       case 'b': d.breakJoin(); break;
@@ -80,8 +91,10 @@ TEST(Undo, Scripts) {
       {"edits of a group that overlap", "abcdef", "( i2:XYZ d1,3 i1:Q d0,7 i0:end ) =end u =abcdef r =end"},
       {"nested groups are one step", "", "( i0:a ( i1:b ) i2:c ) =abc u ="},
       {"undo inside a group is refused", "", "i0:a ( i1:b u- ) =ab u =a"},
-      {"undo inside a run takes back its own change, then an older one", "", "t0:a b t1:b < t2:c t3:d u =abc u u =a r =ab i0:x r- > =xab u =ab u =a u ="},
-      {"a run that undoes an older change and makes it again leaves it alone", "", "i0:a i1:b < i2:c i3:d u u u r r =abc > u =ab u =a r r r =abcd"},
+      {"undo inside a run takes back its own change, then an older one", "",
+       "t0:a b t1:b < t2:c t3:d u =abc u u =a r =ab i0:x r- > =xab u =ab u =a u ="},
+      {"a run that undoes an older change and makes it again leaves it alone", "",
+       "i0:a i1:b < i2:c i3:d u u u r r =abc > u =ab u =a r r r =abcd"},
       {"a run that is abandoned gives back what it undid", "", "i0:a i1:b i2:c < u u A =abc u =ab"},
       {"also behind changes of its own", "", "i0:a i1:b s i2:c i3:d < u i3:x u u i2:y A =abcd r- m u u =ab !m u =a"},
       {"an empty group leaves no step", "", "( ) u- !m"},
@@ -158,7 +171,8 @@ TEST(Undo, BytesAreLimitedToo) {
 
   Document undone;
   undone.setUndoLimit(SIZE_MAX, 100000);
-  for (const std::size_t length : {std::size_t{2}, std::size_t{2}, std::size_t{200000}}) undone.apply(Edit{{}, std::string(length, 'c')}, {});
+  for (const std::size_t length : {std::size_t{2}, std::size_t{2}, std::size_t{200000}})
+    undone.apply(Edit{{}, std::string(length, 'c')}, {});
   undone.undo();   // what redo brings back weighs more than the limit
   { const UndoGroup nothing(undone); }
   EXPECT_TRUE(undone.undo() && undone.undo()) << "a group without a change drops no step";
@@ -180,7 +194,8 @@ TEST(Undo, LargeGroups) {
   for (std::size_t i = 0; i < 400; ++i) single((i * 7919) % 4900, i % 5, "<\n>");
   const auto middle = model;
   std::vector<Edit> many;
-  for (std::int64_t at = 0; at + 10 < d.snapshot().size().value; at += 20) many.push_back({{ByteOffset(at), ByteOffset(at + 3)}, "bulk"});
+  for (std::int64_t at = 0; at + 10 < d.snapshot().size().value; at += 20)
+    many.push_back({{ByteOffset(at), ByteOffset(at + 3)}, "bulk"});
   for (auto e = many.rbegin(); e != many.rend(); ++e) model.replace(static_cast<std::size_t>(e->range.begin.value), 3, "bulk");
   d.apply(many, {});
   for (std::size_t i = 0; i < 50; ++i) single((i * 7919) % 4900, i % 9, "\r\n");
@@ -204,8 +219,12 @@ TEST(Undo, ExchangeIsOneStepOverWhatDiffers) {
     const char *from, *to;
     std::int64_t begin, removed, inserted;   // removed == inserted == 0: nothing is notified
   };
-  const Case cases[] = {{"one two three", "one 2 three", 4, 3, 1}, {"aaa", "aaaa", 3, 0, 1}, {"", "new", 0, 0, 3},
-                        {"gone", "", 0, 4, 0}, {"same", "same", 0, 0, 0}, {"ab", "ba", 0, 2, 2}};
+  const Case cases[] = {{"one two three", "one 2 three", 4, 3, 1},
+                        {"aaa", "aaaa", 3, 0, 1},
+                        {"", "new", 0, 0, 3},
+                        {"gone", "", 0, 4, 0},
+                        {"same", "same", 0, 0, 0},
+                        {"ab", "ba", 0, 2, 2}};
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.from) + " -> " + c.to);
     Document d;
@@ -235,7 +254,8 @@ TEST(Undo, RefusesEditsThatAreNotInOrder) {
   Document d;
   d.reset(Snapshot("0123456789"));
   const auto edit = [](std::int64_t b, std::int64_t e) { return Edit{{ByteOffset(b), ByteOffset(e)}, "x"}; };
-  const std::vector<Edit> refused[] = {{edit(-1, 0)}, {edit(4, 3)}, {edit(9, 11)}, {edit(0, 5), edit(4, 6)}, {edit(5, 6), edit(1, 2)}};
+  const std::vector<Edit> refused[] = {
+      {edit(-1, 0)}, {edit(4, 3)}, {edit(9, 11)}, {edit(0, 5), edit(4, 6)}, {edit(5, 6), edit(1, 2)}};
   for (const auto& edits : refused) EXPECT_FALSE(d.apply(edits, {}));
   EXPECT_EQ(d.snapshot().bytes(), "0123456789");
   EXPECT_FALSE(d.canUndo());
@@ -270,4 +290,4 @@ TEST(Undo, ListenersHearOnceAndMayLeave) {
   first.reset();   // outlives the document
 }
 
-}  // namespace
+}   // namespace

@@ -29,9 +29,10 @@ Marked parse(std::string s) {
 
 using Move = ByteOffset (*)(const Snapshot&, ByteOffset);
 
-}  // namespace
+}   // namespace
 
 TEST(Words, WordAtCaret) {
+  // clang-format off
   const std::pair<std::string, std::string> rows[] = {
       {"alw|..", "alw"}, {"alw..|", ".."}, {"alw.|.", ".."}, {"|alw..", "alw"}, {"..|alw", "alw"}, {"a|lw", "alw"}, {" | ", ""}, {"", ""}, {"x |", ""},
       {"x| y", "x"}, {"x |+ y", "+"}, {"x +| y", "+"}, {"a\n|b", "b"}, {"a|\nb", "a"}, {"8'h|FF", "hFF"}, {"reg_\u00E9|t", "reg_\u00E9t"},
@@ -45,6 +46,7 @@ TEST(Words, WordAtCaret) {
       EXPECT_TRUE(!word.empty() || range.begin == off(m.from)) << marked;
     }
   }
+  // clang-format on
 }
 
 TEST(Words, Moves) {
@@ -100,7 +102,8 @@ TEST(Words, Moves) {
   };
   for (const Row& row : rows) {
     const Marked m = parse(row.text);
-    for (std::size_t block : {1, 3, 64}) EXPECT_EQ(row.move(inPieces(m.bytes, block), off(m.from)).value, m.to) << row.name << " " << testing::PrintToString(row.text);
+    for (std::size_t block : {1, 3, 64})
+      EXPECT_EQ(row.move(inPieces(m.bytes, block), off(m.from)).value, m.to) << row.name << " " << testing::PrintToString(row.text);
   }
 }
 
@@ -117,7 +120,8 @@ TEST(Words, ParagraphAt) {
 
 // All moves go in their direction, end on character boundaries and reach the end of the text.
 TEST(Words, MovesAlwaysArrive) {
-  const std::array<std::string, 16> alphabet{"a", "b_", ".", "+", " ", "\t", "\n", "\r\n", "\n\n", "\u00E9", "\u0301", "\U0001F600", "\xFF", ". ", "? \"", std::string(1, '\0')};
+  const std::array<std::string, 16> alphabet{"a",    "b_",     ".",      "+",          " ",    "\t", "\n",   "\r\n",
+                                             "\n\n", "\u00E9", "\u0301", "\U0001F600", "\xFF", ". ", "? \"", std::string(1, '\0')};
   std::mt19937 random(3);
   for (int round = 0; round < 1500; ++round) {
     const std::string s = randomText(random, alphabet, random() % 30);
@@ -126,7 +130,8 @@ TEST(Words, MovesAlwaysArrive) {
       for (ByteOffset at(0); at < text.size();) {
         const ByteOffset to = forward(text, at);
         ASSERT_GT(to, at);
-        ASSERT_TRUE(to == text.size() || !decode(std::string_view(s).substr(static_cast<std::size_t>(to.value))).bad || text.at(to) == '\xFF');
+        ASSERT_TRUE(to == text.size() || !decode(std::string_view(s).substr(static_cast<std::size_t>(to.value))).bad ||
+                    text.at(to) == '\xFF');
         at = to;
       }
     for (const Move back : {wordStartBefore, wordEndBefore, sentenceStartBefore, paragraphStartBefore, previousChar})

@@ -29,7 +29,8 @@ inline std::string marked(EntryMark mark, std::string_view entry) { return stati
 
 // Takes the mark from an entry.
 inline EntryMark takeMark(std::string& entry) {
-  if (entry.empty() || entry[0] < static_cast<char>(EntryMark::atWord) || entry[0] > static_cast<char>(EntryMark::escape)) return EntryMark::none;
+  if (entry.empty() || entry[0] < static_cast<char>(EntryMark::atWord) || entry[0] > static_cast<char>(EntryMark::escape))
+    return EntryMark::none;
   const auto mark = static_cast<EntryMark>(entry[0]);
   entry.erase(0, 1);
   return mark;
@@ -40,4 +41,4 @@ inline bool isLibraryWord(const Highlighter& highlighter, std::string_view word)
   return highlighter.isKeyword(marked(EntryMark::library, word));
 }
 
-}  // namespace text
+}   // namespace text

@@ -16,9 +16,9 @@ namespace {
 
 constexpr std::size_t none = std::string_view::npos;
 constexpr std::size_t mostPairs = 255;
-constexpr std::size_t sureBytes = 512;        // in front of the end of a part: what ends there may end otherwise in the whole line
-constexpr std::size_t mostBlanks = 100;       // looked through in front of a sign whose place counts; fewer than kBehind
-constexpr std::size_t mostBasedDigits = 4096; // looked through for the closing '#'
+constexpr std::size_t sureBytes = 512;    // in front of the end of a part: what ends there may end otherwise in the whole line
+constexpr std::size_t mostBlanks = 100;   // looked through in front of a sign whose place counts; fewer than kBehind
+constexpr std::size_t mostBasedDigits = 4096;   // looked through for the closing '#'
 
 // Values in the signs of the language.
 enum : int { keywordValue, operatorValue };
@@ -42,7 +42,9 @@ unsigned char at(std::string_view s, std::size_t i) { return static_cast<unsigne
 bool digit(char c) { return c >= '0' && c <= '9'; }
 bool hexDigit(char c) { return digit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
-bool isWord(const Char& c) { return c.bytes > 0 && !c.bad && (c.code < 128 ? ascii.of[c.code] : classOf(c.code)) == CharClass::word; }
+bool isWord(const Char& c) {
+  return c.bytes > 0 && !c.bad && (c.code < 128 ? ascii.of[c.code] : classOf(c.code)) == CharClass::word;
+}
 bool wordAtByte(std::string_view s, std::size_t i) {
   if (i >= s.size()) return false;
   return at(s, i) < 0x80 ? ascii.of[at(s, i)] == CharClass::word : isWord(decode(s.substr(i)));
@@ -69,9 +71,9 @@ bool wholeWord(std::string_view s) { return !s.empty() && wordEnd(s, 0) == s.siz
 // What begins a comment or a string.
 struct Start {
   enum Kind : unsigned char { line, block, string, name } kind;
-  std::size_t index;    // of the pair, the delimiter or the name
+  std::size_t index;   // of the pair, the delimiter or the name
   bool wordFirst, wordLast;
-  EntryMark place;      // where it counts
+  EntryMark place;   // where it counts
 };
 
 struct Begin {
@@ -79,29 +81,29 @@ struct Begin {
   std::size_t length = 0;
 };
 
-}  // namespace
+}   // namespace
 
 struct Highlighter::Impl {
   LanguageTables tables;
   bool valid = false, folds = true;
   std::vector<Start> starts;
-  Signs startSigns, signs;          // comments and strings; keywords with other than word characters, operators
-  WordSet words;                    // keywords and operators that are words; library words a second time, with their mark
+  Signs startSigns, signs;   // comments and strings; keywords with other than word characters, operators
+  WordSet words;             // keywords and operators that are words; library words a second time, with their mark
   std::vector<std::string> closersOfNames;
   bool tickQuotes = false, commands = false;   // the tick is a delimiter; a sign's place is a command's start
-  ByteSet interesting;              // the first bytes of startSigns
+  ByteSet interesting;                         // the first bytes of startSigns
   struct Closer {
     std::optional<Literal> text;
     bool wordFirst = false, wordLast = false;
   };
   std::vector<Closer> closers;
   std::vector<std::string> delimiters, escapes;   // with the escape character of each delimiter; empty: none
-  std::vector<bool> wholeLine;      // of the delimiters: the string is the rest of its line
+  std::vector<bool> wholeLine;                    // of the delimiters: the string is the rest of its line
   struct StringStops {
-    ByteSet upToLf, upToCr;         // the delimiter, the escape character, the break
+    ByteSet upToLf, upToCr;   // the delimiter, the escape character, the break
   };
   std::vector<StringStops> stops;
-  std::array<bool, 256> lead{};     // signs in front of keywords that are words otherwise
+  std::array<bool, 256> lead{};   // signs in front of keywords that are words otherwise
 
   explicit Impl(LanguageTables t);
   void addStart(std::string sign, Start::Kind kind, std::size_t index);
@@ -123,7 +125,9 @@ struct Highlighter::Impl {
     const std::size_t state = closers.size() + 2 + index;
     return state <= 255 ? static_cast<LineState>(state) : LineState(0);
   }
-  LineState continuedState() const { return commands && closers.size() < 255 ? static_cast<LineState>(closers.size() + 1) : LineState(0); }
+  LineState continuedState() const {
+    return commands && closers.size() < 255 ? static_cast<LineState>(closers.size() + 1) : LineState(0);
+  }
 };
 
 // Compiling -----------------------------------------------------------------------------------------------------------
@@ -239,7 +243,8 @@ static bool endsEscaped(std::string_view line, char breaker) {
 
 // The length of "#  define", a keyword with blanks behind its first sign, where it begins the line; 0: none.
 std::size_t Highlighter::Impl::directiveAt(std::string_view s, std::size_t p) const {
-  if (s[p] != '#' || !lead['#'] || startSigns.startsWith('#') || p + 1 >= s.size() || (s[p + 1] != ' ' && s[p + 1] != '\t')) return 0;
+  if (s[p] != '#' || !lead['#'] || startSigns.startsWith('#') || p + 1 >= s.size() || (s[p + 1] != ' ' && s[p + 1] != '\t'))
+    return 0;
   std::size_t from = p;
   while (from > 0 && p - from < mostBlanks && (s[from - 1] == ' ' || s[from - 1] == '\t')) --from;
   if (from > 0 && s[from - 1] != '\n' && s[from - 1] != '\r') return 0;
@@ -272,7 +277,9 @@ Begin Highlighter::Impl::rawStart(std::string_view s, std::size_t p) const {
     if (start.wordFirst && wordBefore(s, p)) return;
     if (start.wordLast && wordAtByte(s, p + length)) return;
     if (start.kind == Start::string && length == 1 && s[p] == '\'' && partsDigits(s, p)) return;
-    if (start.kind == Start::string && !tickQuotes && length == 1 && p > 0 && s[p - 1] == '\'' && p + 1 < s.size() && s[p + 1] == '\'') return;
+    if (start.kind == Start::string && !tickQuotes && length == 1 && p > 0 && s[p - 1] == '\'' && p + 1 < s.size() &&
+        s[p + 1] == '\'')
+      return;
     if (!isPlace(s, p, start.place)) return;
     if (start.kind == Start::name) {
       const std::size_t first = p + length;   // "\" at a line's end or in front of a blank opens no name
@@ -304,7 +311,9 @@ std::size_t Highlighter::Impl::signAt(std::string_view s, std::size_t p, int val
     const auto sign = s.substr(p, length);
     if (wordBefore(sign, length) && wordAtByte(s, p + length)) return;
     // "$display" does not begin in the middle of "a$display"; "=>" may stand anywhere.
-    if (wordBefore(s, p) && std::any_of(sign.begin(), sign.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80 || ascii.of[static_cast<unsigned char>(c)] == CharClass::word; }))
+    if (wordBefore(s, p) && std::any_of(sign.begin(), sign.end(), [](char c) {
+          return static_cast<unsigned char>(c) >= 0x80 || ascii.of[static_cast<unsigned char>(c)] == CharClass::word;
+        }))
       return;
     best = std::max(best, length);
   });
@@ -342,7 +351,8 @@ std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, s
   std::size_t looked = from;
   for (std::size_t p = stop.find(s, from); p < std::min(limit, s.size()); p = stop.find(s, p)) {
     if (s[p] == breaker) return p;
-    if (!escape.empty() && s.compare(p, escape.size(), escape) == 0 && (escape != delimiter || s.compare(p + escape.size(), escape.size(), escape) == 0)) {
+    if (!escape.empty() && s.compare(p, escape.size(), escape) == 0 &&
+        (escape != delimiter || s.compare(p + escape.size(), escape.size(), escape) == 0)) {
       p += escape.size();
       const std::size_t behind = breaker == '\n' ? std::min(s.find_first_not_of('\r', p), s.size()) : p;
       if (behind >= s.size() || s[behind] == breaker) p = behind;
@@ -380,14 +390,17 @@ std::size_t Highlighter::Impl::basedEnd(std::string_view s, std::size_t tick) co
   }
   // One digit for all bits; 'x' with a tick behind it is a character.
   p = tick + 1;
-  if (p < s.size() && s[p] != '\0' && std::strchr("01xXzZ", s[p]) && !wordAtByte(s, p + 1) && !(p + 1 < s.size() && s[p + 1] == '\'')) return p + 1;
+  if (p < s.size() && s[p] != '\0' && std::strchr("01xXzZ", s[p]) && !wordAtByte(s, p + 1) &&
+      !(p + 1 < s.size() && s[p + 1] == '\''))
+    return p + 1;
   return tick;
 }
 
 // p stands on a digit that begins a word.
 std::size_t Highlighter::Impl::numberEnd(std::string_view s, std::size_t p) const {
   std::size_t end = wordEnd(s, p);
-  const bool plain = std::all_of(s.begin() + static_cast<std::ptrdiff_t>(p), s.begin() + static_cast<std::ptrdiff_t>(end), [](char c) { return digit(c) || c == '_'; });
+  const bool plain = std::all_of(s.begin() + static_cast<std::ptrdiff_t>(p), s.begin() + static_cast<std::ptrdiff_t>(end),
+                                 [](char c) { return digit(c) || c == '_'; });
   if (end == s.size()) return end;
   if (plain && s[end] == '\'') {
     const std::size_t based = basedEnd(s, end);
@@ -398,14 +411,17 @@ std::size_t Highlighter::Impl::numberEnd(std::string_view s, std::size_t p) cons
   }
   if (plain && s[end] == '#' && goesOn(s, end) && goesOn(s, end + 1)) {
     std::size_t q = end + 1;
-    while (q < s.size() && q - end < mostBasedDigits && (hexDigit(s[q]) || s[q] == '_' || (s[q] == '.' && goesOn(s, q) && goesOn(s, q + 1)))) ++q;
+    while (q < s.size() && q - end < mostBasedDigits &&
+           (hexDigit(s[q]) || s[q] == '_' || (s[q] == '.' && goesOn(s, q) && goesOn(s, q + 1))))
+      ++q;
     if (q > end + 1 && q < s.size() && s[q] == '#' && goesOn(s, q)) end = goesOn(s, q + 1) ? wordEnd(s, q + 1) : q + 1;
     else return end;
   } else if (plain && s[end] == '.' && end + 1 < s.size() && digit(s[end + 1]) && goesOn(s, end) && goesOn(s, end + 1)) {
     end = wordEnd(s, end + 1);
   }
   const auto sign = [&] { return s[end] == '+' || s[end] == '-'; };
-  if (end + 1 < s.size() && (s[end - 1] == 'e' || s[end - 1] == 'E') && sign() && digit(s[end + 1]) && goesOn(s, end) && goesOn(s, end + 1)) {
+  if (end + 1 < s.size() && (s[end - 1] == 'e' || s[end - 1] == 'E') && sign() && digit(s[end + 1]) && goesOn(s, end) &&
+      goesOn(s, end + 1)) {
     const bool hex = s[p] == '0' && p + 1 < s.size() && (s[p + 1] == 'x' || s[p + 1] == 'X');
     if (!hex) end = wordEnd(s, end + 1);
   }
@@ -502,7 +518,8 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
   }
   const std::size_t sure = toEnd ? s.size() : std::max(limit, s.size() - std::min(s.size(), sureBytes));
   const auto put = [&](std::size_t begin, std::size_t end, TokenKind kind) {
-    if (tokens && end > begin) tokens->push_back({base + static_cast<std::int64_t>(begin), static_cast<std::int64_t>(end - begin), kind});
+    if (tokens && end > begin)
+      tokens->push_back({base + static_cast<std::int64_t>(begin), static_cast<std::int64_t>(end - begin), kind});
     return end;
   };
   // Each puts the comment or string that began at `begin`, looking for its end from `inside` on, and moves p behind it. False:
@@ -518,7 +535,9 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
     p = put(begin, h.stringEnd(s, inside, delimiter, '\n', limit, &goesOn), TokenKind::string);
     return !goesOn;
   };
-  const auto here = [&](LinePoint::Inside inside, std::size_t index) { return LinePoint{base + static_cast<std::int64_t>(p), inside, index}; };
+  const auto here = [&](LinePoint::Inside inside, std::size_t index) {
+    return LinePoint{base + static_cast<std::int64_t>(p), inside, index};
+  };
   const LinePoint lost{upTo, LinePoint::lost, 0};
   std::size_t noCommand = none;   // where the line's first word stands, when it begins no command
 
@@ -530,9 +549,7 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
   switch (from.inside) {
     case LinePoint::nothing: break;
     case LinePoint::lost: return lost;
-    case LinePoint::comment:
-      p = put(p, std::max(p, limit), TokenKind::comment);
-      return here(LinePoint::comment, 0);
+    case LinePoint::comment: p = put(p, std::max(p, limit), TokenKind::comment); return here(LinePoint::comment, 0);
     case LinePoint::block:
       if (!endsBlock(p, p, from.index)) return here(LinePoint::block, from.index);
       break;
@@ -599,9 +616,10 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
       p += c < 0x80 ? 1 : static_cast<std::size_t>(decode(s.substr(p)).bytes);
     }
   }
-  if (goesOnFrom && noCommand >= p && !(toEnd && p >= s.size())) return here(continuedLine.inside, continuedLine.index);   // its first word is to come
+  if (goesOnFrom && noCommand >= p && !(toEnd && p >= s.size()))
+    return here(continuedLine.inside, continuedLine.index);   // its first word is to come
   const bool continued = h.commands && toEnd && p >= s.size() && endsEscaped(s, '\n');
   return continued ? here(continuedLine.inside, continuedLine.index) : here(LinePoint::nothing, 0);
 }
 
-}  // namespace text
+}   // namespace text

@@ -15,8 +15,8 @@ struct LanguageTables {
   std::vector<std::string> keywords{}, operators{};
   std::vector<std::string> singleComments{};
   std::vector<std::string> multiCommentStart{}, multiCommentEnd{};   // pairs by position
-  std::vector<std::string> stringDelims{};                         // a string ends at its line's end at the latest
-  std::string escapeChar{};                                        // inside strings; empty: none
+  std::vector<std::string> stringDelims{};                           // a string ends at its line's end at the latest
+  std::string escapeChar{};                                          // inside strings; empty: none
 };
 
 enum class TokenKind : unsigned char { text, keyword, operatorSign, comment, string, number };
@@ -33,9 +33,9 @@ using LineState = unsigned char;
 // A place within a line where a scan can go on: between two tokens, or inside a comment or string that reaches further.
 struct LinePoint {
   enum Inside : unsigned char { nothing, comment, block, string, lost };
-  std::int64_t byte = 0;     // within the line
+  std::int64_t byte = 0;   // within the line
   Inside inside = nothing;
-  std::size_t index = 0;     // of the pair or the delimiter
+  std::size_t index = 0;   // of the pair or the delimiter
   bool operator==(const LinePoint&) const = default;
 };
 
@@ -88,7 +88,7 @@ class Highlighter {
 class StateCache {
  public:
   void setHighlighter(std::shared_ptr<const Highlighter> highlighter);
-  void onChange(const Change& change);          // call for every change of the document
+  void onChange(const Change& change);   // call for every change of the document
   // The state in which `line` starts. Costs the lines since the last cached state; `budgetBytes` bounds the scan of
   // one call (0: no bound; an interval of 64 KB or a line is always finished): when it is used up, returns a best
   // guess and *exact = false; call again to go on.
@@ -101,8 +101,8 @@ class StateCache {
     bool doubtful;   // something between the one before and this one has changed since
   };
   std::shared_ptr<const Highlighter> highlighter_;
-  std::vector<Checkpoint> points_;    // ascending; line 0 is not among them
-  std::size_t sound_ = 0;             // the first sound_ points are right
+  std::vector<Checkpoint> points_;   // ascending; line 0 is not among them
+  std::size_t sound_ = 0;            // the first sound_ points are right
 };
 
-}  // namespace text
+}   // namespace text

@@ -12,14 +12,16 @@ constexpr std::int64_t reading = 512 << 10;   // bytes copied at a time
 // The bytes that a scan of [from, to) wants to see.
 struct Part {
   Part(const Snapshot& text, ByteOffset start, std::int64_t length, std::int64_t from, std::int64_t to)
-      : begin(std::max<std::int64_t>(0, from - Highlighter::kBehind)), end(std::min(length, to + Highlighter::kAhead)),
-        bytes(text.bytes({start + begin, start + end})), toEnd(end == length) {}
+      : begin(std::max<std::int64_t>(0, from - Highlighter::kBehind)),
+        end(std::min(length, to + Highlighter::kAhead)),
+        bytes(text.bytes({start + begin, start + end})),
+        toEnd(end == length) {}
   std::int64_t begin, end;
   std::string bytes;
   bool toEnd;
 };
 
-}  // namespace
+}   // namespace
 
 bool LongColors::tokens(const Highlighter& highlighter, const Snapshot& text, LineNo line, LineState state, std::int64_t from,
                         std::int64_t to, std::int64_t budgetBytes, std::vector<Token>* tokens) {
@@ -38,7 +40,8 @@ bool LongColors::tokens(const Highlighter& highlighter, const Snapshot& text, Li
       points.push_back(highlighter.scanPart(part.bytes, part.begin, part.toEnd, points.back(), points.back().byte + step, nullptr));
     budgetBytes -= points.back().byte - at;
   }
-  const auto behind = std::upper_bound(points.begin(), points.end(), from, [](std::int64_t b, const LinePoint& p) { return b < p.byte; });
+  const auto behind =
+      std::upper_bound(points.begin(), points.end(), from, [](std::int64_t b, const LinePoint& p) { return b < p.byte; });
   const LinePoint last = *std::prev(behind);
   const Part part(text, start, length, last.byte, std::min(length, to));
   highlighter.scanPart(part.bytes, part.begin, part.toEnd, last, std::min(length, to), tokens);
@@ -46,4 +49,4 @@ bool LongColors::tokens(const Highlighter& highlighter, const Snapshot& text, Li
   return true;
 }
 
-}  // namespace text
+}   // namespace text

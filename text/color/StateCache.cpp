@@ -39,7 +39,7 @@ std::int64_t nextPoint(const Snapshot& text, std::int64_t line) {
   return std::max(line + 1, text.lineAt(start + intervalBytes).value);
 }
 
-}  // namespace
+}   // namespace
 
 void StateCache::setHighlighter(std::shared_ptr<const Highlighter> highlighter) {
   highlighter_ = std::move(highlighter);
@@ -56,7 +56,8 @@ void StateCache::onChange(const Change& change) {
   std::size_t span = 0;
   bool doubtful = false;
   const auto below = [](LineNo line, const Checkpoint& p) { return line.value < p.line; };
-  const auto first = change.spans.empty() ? points_.end() : std::upper_bound(points_.begin(), points_.end(), change.spans[0].oldLine, below);
+  const auto first =
+      change.spans.empty() ? points_.end() : std::upper_bound(points_.begin(), points_.end(), change.spans[0].oldLine, below);
   auto kept = first;
   for (auto it = first; it != points_.end(); ++it) {
     Checkpoint point = *it;
@@ -84,15 +85,18 @@ LineState StateCache::stateAt(const Snapshot& text, LineNo line, std::int64_t bu
   if (exact) *exact = true;
   if (!highlighter_ || !highlighter_->valid()) return 0;
   const Highlighter& highlighter = *highlighter_;
-  const auto reached = [&](std::size_t i) { return i == 0 ? Checkpoint{0, 0, false} : points_[i - 1]; };   // the i-th point from the top
+  const auto reached = [&](std::size_t i) {
+    return i == 0 ? Checkpoint{0, 0, false} : points_[i - 1];
+  };   // the i-th point from the top
   const auto scan = [&](std::int64_t from, std::int64_t to, LineState state) {
-    return scanLines(highlighter, text, text.lineStart(LineNo(from)), to < text.lineCount() ? text.lineStart(LineNo(to)) : text.size(), state);
+    return scanLines(highlighter, text, text.lineStart(LineNo(from)),
+                     to < text.lineCount() ? text.lineStart(LineNo(to)) : text.size(), state);
   };
 
   std::int64_t left = budgetBytes > 0 ? budgetBytes : text.size().value + 1;
-  std::vector<Checkpoint> added;    // new points behind the first sound_ ones, put in place at the end
+  std::vector<Checkpoint> added;   // new points behind the first sound_ ones, put in place at the end
   Checkpoint here = reached(sound_);
-  std::size_t next = sound_;        // the first kept point that is not yet known to be right
+  std::size_t next = sound_;   // the first kept point that is not yet known to be right
   while (left > 0) {
     if (next < points_.size() && !points_[next].doubtful) {   // right because the one before it is
       if (points_[next].line > line.value) break;
@@ -123,7 +127,8 @@ LineState StateCache::stateAt(const Snapshot& text, LineNo line, std::int64_t bu
   }
 
   // From the last point at or above the line.
-  const auto above = std::upper_bound(points_.begin(), points_.end(), line.value, [](std::int64_t l, const Checkpoint& p) { return l < p.line; });
+  const auto above =
+      std::upper_bound(points_.begin(), points_.end(), line.value, [](std::int64_t l, const Checkpoint& p) { return l < p.line; });
   const auto index = static_cast<std::size_t>(above - points_.begin());
   const Checkpoint from = reached(index);
   const bool near = nextPoint(text, from.line) > line.value || line.value - from.line <= 1;
@@ -132,4 +137,4 @@ LineState StateCache::stateAt(const Snapshot& text, LineNo line, std::int64_t bu
   return scan(from.line, line.value, from.state);
 }
 
-}  // namespace text
+}   // namespace text

@@ -15,8 +15,10 @@ void Signs::add(const std::string& sign, int value) {
 }
 
 void Signs::build() {
-  std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return std::tie(a.sign, a.value) < std::tie(b.sign, b.value); });
-  entries_.erase(std::unique(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.sign == b.sign; }), entries_.end());
+  std::sort(entries_.begin(), entries_.end(),
+            [](const Entry& a, const Entry& b) { return std::tie(a.sign, a.value) < std::tie(b.sign, b.value); });
+  entries_.erase(std::unique(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) { return a.sign == b.sign; }),
+                 entries_.end());
   for (std::uint32_t i = 0; i < entries_.size(); ++i) {
     auto& range = first_[static_cast<unsigned char>(entries_[i].sign[0])];
     if (range.first == range.second) range.first = i;
@@ -82,4 +84,4 @@ int WordSet::find(std::string_view word) const {
   return slot == 0 ? -1 : entries_[slot - 1].value;
 }
 
-}  // namespace text
+}   // namespace text

@@ -78,9 +78,9 @@ class WordSet {
   };
   bool folds_;
   std::vector<Entry> entries_;
-  std::vector<std::uint32_t> slots_;              // 0: free, else index + 1
-  std::array<std::uint32_t, 256> lengths_{};      // by first byte: which lengths occur (bit 31: 31 and more)
+  std::vector<std::uint32_t> slots_;           // 0: free, else index + 1
+  std::array<std::uint32_t, 256> lengths_{};   // by first byte: which lengths occur (bit 31: 31 and more)
   std::size_t longest_ = 0;
 };
 
-}  // namespace text
+}   // namespace text

@@ -13,10 +13,11 @@ namespace {
 struct Row {
   Encoding encoding;
   const char* name;
-  std::string_view mark;         // byte order mark
-  const char16_t* upperHalf;     // of an 8-bit encoding; null: the bytes are the code points
+  std::string_view mark;       // byte order mark
+  const char16_t* upperHalf;   // of an 8-bit encoding; null: the bytes are the code points
 };
-constexpr Row kRows[] = {  // in the order for menus
+constexpr Row kRows[] = {
+    // in the order for menus
     {Encoding::utf8, "UTF-8", "\xef\xbb\xbf", nullptr},
     {Encoding::utf16le, "UTF-16LE", "\xff\xfe", nullptr},
     {Encoding::utf16be, "UTF-16BE", "\xfe\xff", nullptr},
@@ -76,7 +77,7 @@ const Reverse& reverseOf(const Row& row) {
   return all[static_cast<std::size_t>(&row - kRows)];
 }
 
-}  // namespace
+}   // namespace
 
 const char* name(Encoding encoding) { return rowOf(encoding).name; }
 
@@ -84,8 +85,7 @@ std::optional<Encoding> encodingByName(std::string_view wanted) {
   const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
   for (const auto& row : kRows) {
     const std::string_view own = row.name;
-    if (std::equal(own.begin(), own.end(), wanted.begin(), wanted.end(),
-                   [&](char a, char b) { return lower(a) == lower(b); }))
+    if (std::equal(own.begin(), own.end(), wanted.begin(), wanted.end(), [&](char a, char b) { return lower(a) == lower(b); }))
       return row.encoding;
   }
   return std::nullopt;
@@ -129,10 +129,8 @@ void Decoder::unit(char32_t u, std::string* out) {
     appendUtf8(high_, out);
     high_ = 0;
   }
-  if (u >= 0xd800 && u < 0xdc00)
-    high_ = u;
-  else
-    appendUtf8(u, out);   // an unpaired surrogate keeps its own three bytes, which are no valid UTF-8
+  if (u >= 0xd800 && u < 0xdc00) high_ = u;
+  else appendUtf8(u, out);   // an unpaired surrogate keeps its own three bytes, which are no valid UTF-8
 }
 
 void Decoder::add(std::string_view bytes, std::string* out) {
@@ -191,8 +189,7 @@ struct Encoder::Visitor {
   bool ascii(std::string_view run) {
     if (isUtf16(encoder.format_.encoding))
       for (const char c : run) putUnit(static_cast<unsigned char>(c));
-    else
-      out->append(run);
+    else out->append(run);
     encoder.offset_ += static_cast<long long>(run.size());
     return true;
   }
@@ -207,8 +204,8 @@ struct Encoder::Visitor {
       }
     } else {
       const auto& reverse = reverseOf(rowOf(encoder.format_.encoding));
-      const auto it = std::lower_bound(reverse.begin(), reverse.end(), code,
-                                       [](const auto& entry, char32_t c) { return entry.first < c; });
+      const auto it =
+          std::lower_bound(reverse.begin(), reverse.end(), code, [](const auto& entry, char32_t c) { return entry.first < c; });
       if (it == reverse.end() || it->first != code) return misfit(code);
       out->push_back(static_cast<char>(it->second));
     }
@@ -267,4 +264,4 @@ std::optional<std::string> encodeText(std::string_view bytes, FileFormat format,
   return out;
 }
 
-}  // namespace text
+}   // namespace text

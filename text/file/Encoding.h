@@ -10,7 +10,17 @@
 namespace text {
 
 enum class Encoding : unsigned char {
-  utf8, utf16le, utf16be, windows1252, latin1, iso8859_15, windows1250, iso8859_2, windows1251, koi8r, cp437
+  utf8,
+  utf16le,
+  utf16be,
+  windows1252,
+  latin1,
+  iso8859_15,
+  windows1250,
+  iso8859_2,
+  windows1251,
+  koi8r,
+  cp437
 };
 
 struct FileFormat {
@@ -19,9 +29,9 @@ struct FileFormat {
   bool operator==(const FileFormat&) const = default;
 };
 
-const char* name(Encoding encoding);                            // "UTF-8", "Windows-1252" ...
-std::optional<Encoding> encodingByName(std::string_view name);  // folds case
-std::vector<Encoding> encodings();                              // all, in the order for menus
+const char* name(Encoding encoding);                             // "UTF-8", "Windows-1252" ...
+std::optional<Encoding> encodingByName(std::string_view name);   // folds case
+std::vector<Encoding> encodings();                               // all, in the order for menus
 
 // What the bytes of a file are: BOM, valid UTF-8 (a few bad bytes among valid multi-byte sequences stay UTF-8), UTF-16
 // pattern (also without BOM), else `fallback` (an 8-bit encoding). The encoding it gives always decodes these bytes exactly.
@@ -31,10 +41,10 @@ FileFormat detectFormat(std::string_view bytes, Encoding fallback = Encoding::wi
 std::optional<std::string> decodeText(std::string_view fileBytes, FileFormat format);
 
 struct EncodeError {
-  long long offset = 0;      // of the first character that does not fit, in the editor's bytes
-  char32_t code = 0;         // its code point; of a byte that is not valid UTF-8 the byte
+  long long offset = 0;   // of the first character that does not fit, in the editor's bytes
+  char32_t code = 0;      // its code point; of a byte that is not valid UTF-8 the byte
 };
 // The editor's bytes to those of a file, BOM included. On failure nullopt and *error.
 std::optional<std::string> encodeText(std::string_view bytes, FileFormat format, EncodeError* error);
 
-}  // namespace text
+}   // namespace text

@@ -21,7 +21,7 @@ class FormatDetector {
   FileFormat result(Encoding fallback);   // after the last byte; call once
 
  private:
-  std::string head_;         // the first bytes, at most kSample of them
+  std::string head_;   // the first bytes, at most kSample of them
   std::int64_t length_ = 0;
   Utf8Stream stream_;
   struct Count {
@@ -46,8 +46,8 @@ class Decoder {
  private:
   void unit(char32_t unit, std::string* out);
   Encoding encoding_;
-  int half_ = -1;            // the first byte of a UTF-16 unit whose second has not come
-  char32_t high_ = 0;        // a high surrogate whose low one has not come
+  int half_ = -1;       // the first byte of a UTF-16 unit whose second has not come
+  char32_t high_ = 0;   // a high surrogate whose low one has not come
 };
 
 // The editor's bytes to those of a file; the byte order mark comes with the first part.
@@ -66,4 +66,4 @@ class Encoder {
   bool begin(std::string* out);
 };
 
-}  // namespace text
+}   // namespace text

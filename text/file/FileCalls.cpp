@@ -66,7 +66,7 @@ int writeAll(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
     const std::int64_t n = repeated([&] { return fileSystem().write(fd, bytes.data(), bytes.size()); });
     if (n < 0) return static_cast<int>(n);
-    if (n == 0) return -EIO;  // no progress and no reason: never loop on that
+    if (n == 0) return -EIO;   // no progress and no reason: never loop on that
     if constexpr (planted(PlantedFault::ignoreShortWrite)) return 0;
     bytes.remove_prefix(static_cast<std::size_t>(n));
   }
@@ -134,4 +134,4 @@ std::string notRegularText(const FileStatus& status) {
   }
 }
 
-}  // namespace text::files
+}   // namespace text::files

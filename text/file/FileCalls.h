@@ -21,8 +21,8 @@ class Descriptor {
   ~Descriptor() { close(); }
   int get() const { return fd_; }
   bool ok() const { return fd_ >= 0; }
-  int error() const { return fd_ < 0 ? fd_ : 0; }  // -errno
-  int close();                                     // never repeated: the descriptor is gone whatever the answer
+  int error() const { return fd_ < 0 ? fd_ : 0; }   // -errno
+  int close();                                      // never repeated: the descriptor is gone whatever the answer
 
  private:
   int fd_ = -1;
@@ -64,4 +64,4 @@ Descriptor createUnique(int dirFd, const std::string& prefix, const std::string&
 // "a folder", "a FIFO" ... for what is not a regular file; empty for a regular file.
 std::string notRegularText(const FileStatus& status);
 
-}  // namespace text::files
+}   // namespace text::files

@@ -24,12 +24,12 @@ struct FileStamp {
 };
 
 struct LoadOptions {
-  std::optional<FileFormat> format;                 // forced; not set: detected
+  std::optional<FileFormat> format;   // forced; not set: detected
   Encoding fallback = Encoding::windows1252;
 };
 
 struct LoadedFile {
-  std::string error;        // for the user; not empty = nothing loaded
+  std::string error;   // for the user; not empty = nothing loaded
   Snapshot text;
   FileFormat format;
   FileStamp stamp;
@@ -46,9 +46,9 @@ struct SaveOptions {
 };
 
 struct SaveResult {
-  std::string error;           // for the user; not empty = not saved, the file holds its old bytes
-  bool changedOnDisk = false;  // refused because the file is not the expected one (error is set too)
-  FileStamp stamp;             // of the file as saved
+  std::string error;            // for the user; not empty = not saved, the file holds its old bytes
+  bool changedOnDisk = false;   // refused because the file is not the expected one (error is set too)
+  FileStamp stamp;              // of the file as saved
   bool ok() const { return error.empty(); }
 };
 
@@ -79,4 +79,4 @@ bool writeProtected(const std::string& path);
 // Creates the folder and its parents. Empty = done, else an error for the user.
 std::string makeFolders(const std::string& path, unsigned mode = 0777);
 
-}  // namespace text
+}   // namespace text

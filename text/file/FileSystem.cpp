@@ -5,12 +5,12 @@
 
 namespace text {
 
-FileSystem& systemFileSystem();  // the platform's own file
+FileSystem& systemFileSystem();   // the platform's own file
 
 namespace {
 constexpr std::uint32_t kTypeMask = 0170000, kRegular = 0100000, kFolder = 0040000, kSymlink = 0120000;
 FileSystem* current = nullptr;
-}  // namespace
+}   // namespace
 
 bool FileStatus::isRegular() const { return (mode & kTypeMask) == kRegular; }
 bool FileStatus::isDirectory() const { return (mode & kTypeMask) == kFolder; }
@@ -26,4 +26,4 @@ FileSystem* setFileSystem(FileSystem* replacement) {
 
 std::string errorText(int error) { return std::generic_category().message(std::abs(error)); }
 
-}  // namespace text
+}   // namespace text

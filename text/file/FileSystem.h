@@ -15,7 +15,7 @@ namespace text {
 
 struct FileStatus {
   std::uint64_t device = 0, inode = 0;
-  std::uint32_t mode = 0;        // type and permission bits as in st_mode
+  std::uint32_t mode = 0;   // type and permission bits as in st_mode
   std::uint32_t owner = 0, group = 0;
   std::uint64_t links = 0;
   std::int64_t size = 0;
@@ -27,7 +27,14 @@ struct FileStatus {
 };
 
 enum OpenFlags : unsigned {
-  kRead = 1, kWrite = 2, kCreate = 4, kExclusive = 8, kDirectory = 16, kNoFollow = 32, kNonBlock = 64, kAppend = 128
+  kRead = 1,
+  kWrite = 2,
+  kCreate = 4,
+  kExclusive = 8,
+  kDirectory = 16,
+  kNoFollow = 32,
+  kNonBlock = 64,
+  kAppend = 128
   // There is deliberately no truncate flag: nothing of ours truncates a file on opening it.
 };
 enum RenameFlags : unsigned { kReplace = 0, kNoReplace = 1, kExchange = 2 };
@@ -40,12 +47,12 @@ class FileSystem {
   virtual int openAt(int dirFd, const std::string& path, unsigned flags, unsigned mode) = 0;   // descriptor (close-on-exec)
   virtual int statAt(int dirFd, const std::string& path, bool follow, FileStatus* out) = 0;
   virtual int statFd(int fd, FileStatus* out) = 0;
-  virtual int accessAt(int dirFd, const std::string& path, bool folder) = 0;  // 0: may be written (a folder: entries too)
+  virtual int accessAt(int dirFd, const std::string& path, bool folder) = 0;   // 0: may be written (a folder: entries too)
   virtual std::int64_t read(int fd, char* to, std::size_t length) = 0;
   virtual std::int64_t write(int fd, const char* from, std::size_t length) = 0;
-  virtual std::int64_t seek(int fd, std::int64_t offset) = 0;     // absolute
+  virtual std::int64_t seek(int fd, std::int64_t offset) = 0;   // absolute
   virtual int sync(int fd) = 0;
-  virtual int startSync(int fd) = 0;     // a hint: what is written may go to the disk now; does not wait, promises nothing
+  virtual int startSync(int fd) = 0;   // a hint: what is written may go to the disk now; does not wait, promises nothing
   virtual int truncate(int fd, std::int64_t length) = 0;
   // Reserves space for the first `length` bytes; the size stays. -EOPNOTSUPP where not possible.
   virtual int allocate(int fd, std::int64_t length) = 0;
@@ -56,12 +63,12 @@ class FileSystem {
   virtual int changeMode(int fd, unsigned mode) = 0;
   virtual int changeOwner(int fd, std::uint32_t owner, std::uint32_t group) = 0;
   virtual int readLinkAt(int dirFd, const std::string& path, std::string* out) = 0;
-  virtual int listAttributes(int fd, std::vector<std::string>* names) = 0;        // extended attributes, ACLs included
+  virtual int listAttributes(int fd, std::vector<std::string>* names) = 0;   // extended attributes, ACLs included
   virtual int getAttribute(int fd, const std::string& name, std::string* value) = 0;
   virtual int setAttribute(int fd, const std::string& name, const std::string& value) = 0;
   virtual int removeAttribute(int fd, const std::string& name) = 0;
-  virtual int listDir(const std::string& path, std::vector<std::string>* names) = 0;  // without "." and ".."
-  virtual int lock(int fd, bool exclusive, bool wait) = 0;        // flock; -EWOULDBLOCK when held by another
+  virtual int listDir(const std::string& path, std::vector<std::string>* names) = 0;   // without "." and ".."
+  virtual int lock(int fd, bool exclusive, bool wait) = 0;                             // flock; -EWOULDBLOCK when held by another
   virtual int close(int fd) = 0;
 };
 
@@ -78,4 +85,4 @@ std::uint64_t physicalMemory();
 // The system's text for -errno or errno, in plain words ("No space left on device").
 std::string errorText(int error);
 
-}  // namespace text
+}   // namespace text

@@ -74,18 +74,14 @@ class Posix final : public FileSystem {
   int accessAt(int dirFd, const std::string& path, bool folder) override {
     return orError(::faccessat(at(dirFd), path.c_str(), folder ? W_OK | X_OK : W_OK, AT_EACCESS));
   }
-  std::int64_t read(int fd, char* to, std::size_t length) override {
-    return orError<std::int64_t>(::read(fd, to, length));
-  }
+  std::int64_t read(int fd, char* to, std::size_t length) override { return orError<std::int64_t>(::read(fd, to, length)); }
   std::int64_t write(int fd, const char* from, std::size_t length) override {
     return orError<std::int64_t>(::write(fd, from, length));
   }
-  std::int64_t seek(int fd, std::int64_t offset) override {
-    return orError<std::int64_t>(::lseek(fd, offset, SEEK_SET));
-  }
+  std::int64_t seek(int fd, std::int64_t offset) override { return orError<std::int64_t>(::lseek(fd, offset, SEEK_SET)); }
   int sync(int fd) override {
 #ifdef __APPLE__
-    if (::fcntl(fd, F_FULLFSYNC) == 0) return 0;  // fsync alone stops at the drive's own memory there
+    if (::fcntl(fd, F_FULLFSYNC) == 0) return 0;   // fsync alone stops at the drive's own memory there
 #endif
     return orError(::fsync(fd));
   }
@@ -124,9 +120,7 @@ class Posix final : public FileSystem {
     return orError(::mkdirat(at(dirFd), path.c_str(), static_cast<mode_t>(mode)));
   }
   int changeMode(int fd, unsigned mode) override { return orError(::fchmod(fd, static_cast<mode_t>(mode))); }
-  int changeOwner(int fd, std::uint32_t owner, std::uint32_t group) override {
-    return orError(::fchown(fd, owner, group));
-  }
+  int changeOwner(int fd, std::uint32_t owner, std::uint32_t group) override { return orError(::fchown(fd, owner, group)); }
   int readLinkAt(int dirFd, const std::string& path, std::string* out) override {
     out->resize(4096);
     const ssize_t n = ::readlinkat(at(dirFd), path.c_str(), out->data(), out->size());
@@ -152,9 +146,7 @@ class Posix final : public FileSystem {
   int setAttribute(int fd, const std::string& name, const std::string& value) override {
     return orError(::fsetxattr(fd, name.c_str(), value.data(), value.size(), 0));
   }
-  int removeAttribute(int fd, const std::string& name) override {
-    return orError(::fremovexattr(fd, name.c_str()));
-  }
+  int removeAttribute(int fd, const std::string& name) override { return orError(::fremovexattr(fd, name.c_str())); }
 #else
   int listAttributes(int, std::vector<std::string>* names) override { return names->clear(), 0; }
   int getAttribute(int, const std::string&, std::string*) override { return -EOPNOTSUPP; }
@@ -203,7 +195,7 @@ class Posix final : public FileSystem {
   }
 };
 
-}  // namespace
+}   // namespace
 
 FileSystem& systemFileSystem() {
   static Posix posix;
@@ -217,5 +209,5 @@ std::uint64_t physicalMemory() {
   return pages > 0 && size > 0 ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(size) : 0;
 }
 
-}  // namespace text
+}   // namespace text
 #endif

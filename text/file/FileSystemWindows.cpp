@@ -89,15 +89,18 @@ class Handle {
 int filled(HANDLE handle, FileStatus* out) {
   BY_HANDLE_FILE_INFORMATION info;
   FILE_BASIC_INFO times;
-  if (!GetFileInformationByHandle(handle, &info) ||
-      !GetFileInformationByHandleEx(handle, FileBasicInfo, &times, sizeof times))
+  if (!GetFileInformationByHandle(handle, &info) || !GetFileInformationByHandleEx(handle, FileBasicInfo, &times, sizeof times))
     return lastError();
   *out = {};
   out->device = info.dwVolumeSerialNumber;
   out->inode = static_cast<std::uint64_t>(info.nFileIndexHigh) << 32 | info.nFileIndexLow;
   const bool folder = (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-  out->mode = (folder ? 0040000u : GetFileType(handle) == FILE_TYPE_DISK ? 0100000u : 0020000u) |
-              (folder ? 0777u : info.dwFileAttributes & FILE_ATTRIBUTE_READONLY ? 0444u : 0666u);
+  out->mode = (folder                                  ? 0040000u
+               : GetFileType(handle) == FILE_TYPE_DISK ? 0100000u
+                                                       : 0020000u) |
+              (folder                                            ? 0777u
+               : info.dwFileAttributes & FILE_ATTRIBUTE_READONLY ? 0444u
+                                                                 : 0666u);
   out->links = info.nNumberOfLinks;
   out->size = static_cast<std::int64_t>(info.nFileSizeHigh) << 32 | info.nFileSizeLow;
   out->mtimeNs = nanoseconds(times.LastWriteTime.QuadPart);
@@ -197,8 +200,8 @@ class WindowsFiles final : public FileSystem {
   int changeMode(int fd, unsigned mode) override {
     FILE_BASIC_INFO info;
     if (!GetFileInformationByHandleEx(of(fd), FileBasicInfo, &info, sizeof info)) return lastError();
-    const DWORD wanted = mode & 0222 ? info.FileAttributes & ~DWORD(FILE_ATTRIBUTE_READONLY)
-                                     : info.FileAttributes | FILE_ATTRIBUTE_READONLY;
+    const DWORD wanted =
+        mode & 0222 ? info.FileAttributes & ~DWORD(FILE_ATTRIBUTE_READONLY) : info.FileAttributes | FILE_ATTRIBUTE_READONLY;
     if (wanted == info.FileAttributes) return 0;
     info.FileAttributes = wanted ? wanted : FILE_ATTRIBUTE_NORMAL;
     return ok(SetFileInformationByHandle(of(fd), FileBasicInfo, &info, sizeof info));
@@ -266,7 +269,7 @@ class WindowsFiles final : public FileSystem {
   std::map<int, std::string> folders_;
 };
 
-}  // namespace
+}   // namespace
 
 FileSystem& systemFileSystem() {
   static WindowsFiles files;
@@ -281,5 +284,5 @@ std::uint64_t physicalMemory() {
   return GlobalMemoryStatusEx(&status) ? status.ullTotalPhys : 0;
 }
 
-}  // namespace text
+}   // namespace text
 #endif

@@ -34,7 +34,9 @@ std::string encodePath(const std::string& path) {
 std::string decodePath(std::string_view name) {
   std::string out;
   for (std::size_t i = 0; i < name.size(); ++i) {
-    const auto digit = [&](std::size_t at) { return at < name.size() ? std::string_view(kHex).find(name[at]) : std::string_view::npos; };
+    const auto digit = [&](std::size_t at) {
+      return at < name.size() ? std::string_view(kHex).find(name[at]) : std::string_view::npos;
+    };
     const auto high = digit(i + 1), low = digit(i + 2);
     if (name[i] != '%' || high > 15 || low > 15) {
       out += name[i];
@@ -51,12 +53,13 @@ bool isAbandoned(const std::string& path, const files::Descriptor& file) {
   FileStatus own, there;
   FileSystem& fs = fileSystem();
   if (!file.ok() || fs.statFd(file.get(), &own) < 0 || !own.isRegular() || own.owner != currentUser()) return false;
-  const std::int64_t now = std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+  const std::int64_t now =
+      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
   if (now - own.mtimeNs < kUnfinishedNs || fs.lock(file.get(), true, false) < 0) return false;
   return fs.statAt(FileSystem::kCwd, path, false, &there) == 0 && there.device == own.device && there.inode == own.inode;
 }
 
-}  // namespace
+}   // namespace
 
 std::string copyName(const std::string& unfinished, const std::string& path, bool elsewhere) {
   const std::size_t random = unfinished.size() - kUnfinishedPrefix.size() - kUnfinishedSuffix.size();
@@ -92,4 +95,4 @@ std::vector<CopyName> lookForLeftovers(const std::string& folder, bool elsewhere
   return copies;
 }
 
-}  // namespace text
+}   // namespace text

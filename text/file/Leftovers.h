@@ -27,4 +27,4 @@ bool isCopyOf(const CopyName& copy, const std::string& name);   // beside the fi
 // by nobody and were not written for a while. A folder that cannot be listed holds none.
 std::vector<CopyName> lookForLeftovers(const std::string& folder, bool elsewhere);
 
-}  // namespace text
+}   // namespace text

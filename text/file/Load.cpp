@@ -14,9 +14,9 @@
 namespace text {
 namespace {
 
-constexpr std::size_t kBlock = 1024 * 1024;   // what one piece of memory of a large text holds
-constexpr std::size_t kStep = 128 * 1024;     // read and looked at at a time, so that it is still in the cache
-constexpr char kNoMemory[] = "Out of memory"; // short enough to need none itself
+constexpr std::size_t kBlock = 1024 * 1024;     // what one piece of memory of a large text holds
+constexpr std::size_t kStep = 128 * 1024;       // read and looked at at a time, so that it is still in the cache
+constexpr char kNoMemory[] = "Out of memory";   // short enough to need none itself
 
 // Which line breaks a text has.
 struct BreakScan {
@@ -196,7 +196,7 @@ class Loader {
   std::int64_t total_ = 0;
 };
 
-}  // namespace
+}   // namespace
 
 LoadedFile loadFile(const std::string& path, const LoadOptions& options, SearchControl* control) {
   try {
@@ -278,4 +278,4 @@ std::string makeFolders(const std::string& path, unsigned mode) {
   return {};
 }
 
-}  // namespace text
+}   // namespace text

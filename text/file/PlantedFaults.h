@@ -8,13 +8,22 @@
 
 namespace text {
 
-enum class PlantedFault { none, skipSync, skipFolderSync, truncateFirst, ignoreShortWrite, skipCompare, dropJournalEarly,
-                          wideTemporary, switchToInPlace };
+enum class PlantedFault {
+  none,
+  skipSync,
+  skipFolderSync,
+  truncateFirst,
+  ignoreShortWrite,
+  skipCompare,
+  dropJournalEarly,
+  wideTemporary,
+  switchToInPlace
+};
 
 namespace {
 constexpr bool planted(PlantedFault fault) {
   return fault != PlantedFault::none && static_cast<int>(fault) == ZELKOR_PLANTED_FAULT;
 }
-}  // namespace
+}   // namespace
 
-}  // namespace text
+}   // namespace text

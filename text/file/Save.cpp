@@ -76,10 +76,8 @@ class TextSource final : public SaveSource {
     const LineNo line = text_.lineAt(ByteOffset(misfit.offset));
     char what[64];
     const bool byte = static_cast<unsigned char>(text_.at(ByteOffset(misfit.offset))) == misfit.code;
-    if (byte)
-      std::snprintf(what, sizeof what, "The byte %02X", static_cast<unsigned>(misfit.code));
-    else
-      std::snprintf(what, sizeof what, "The character U+%04X", static_cast<unsigned>(misfit.code));
+    if (byte) std::snprintf(what, sizeof what, "The byte %02X", static_cast<unsigned>(misfit.code));
+    else std::snprintf(what, sizeof what, "The character U+%04X", static_cast<unsigned>(misfit.code));
     return std::string(what) + " in line " + std::to_string(line.value + 1) + " does not fit the encoding " +
            name(format_.encoding);
   }
@@ -112,8 +110,7 @@ int followLinks(SaveTarget* target) {
 std::string lookAt(SaveTarget* target) {
   if (const int r = followLinks(target); r < 0) return errorText(r);
   target->folder = files::open(FileSystem::kCwd, target->parts.folder, kRead | kDirectory);
-  if (!target->folder.ok() && (!target->exists || target->folder.error() != -EACCES))
-    return errorText(target->folder.error());
+  if (!target->folder.ok() && (!target->exists || target->folder.error() != -EACCES)) return errorText(target->folder.error());
   if (!target->exists) return {};
   if (auto text = files::notRegularText(target->status); !text.empty()) return text;
   if (const int r = fileSystem().accessAt(FileSystem::kCwd, target->path, false); r < 0) return errorText(r);
@@ -148,8 +145,7 @@ std::string recoveryFolderOrDefault() {
   return {};
 }
 
-SaveResult save(const std::string& path, const SaveSource& source, const std::optional<FileStamp>& expected,
-                unsigned mode) {
+SaveResult save(const std::string& path, const SaveSource& source, const std::optional<FileStamp>& expected, unsigned mode) {
   SaveTarget target;
   target.path = path;
   target.expected = expected;
@@ -170,12 +166,12 @@ SaveResult withMemory(Action action) {
     return action();
   } catch (const std::bad_alloc&) {
     SaveResult failed;
-    failed.error = "Out of memory";  // short enough to need none itself
+    failed.error = "Out of memory";   // short enough to need none itself
     return failed;
   }
 }
 
-}  // namespace
+}   // namespace
 
 SaveResult saveFailed(int error, const std::string& more) {
   SaveResult result;
@@ -254,4 +250,4 @@ SaveResult saveBytes(const std::string& path, std::string_view bytes, unsigned m
   return withMemory([&] { return save(path, BytesSource(bytes), std::nullopt, mode); });
 }
 
-}  // namespace text
+}   // namespace text

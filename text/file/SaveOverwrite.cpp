@@ -155,13 +155,13 @@ class Overwriting {
   files::Descriptor file_, copy_, ownFolder_;
   std::string copyFolder_, copyName_;   // where the copy is; the name is empty when there is none
   int copyFolderFd_ = -1;
-  bool touched_ = false;                // the target may hold neither the old bytes nor the new ones
+  bool touched_ = false;   // the target may hold neither the old bytes nor the new ones
 };
 
-}  // namespace
+}   // namespace
 
 SaveResult saveByOverwriting(SaveTarget& target, const SaveSource& source, const std::string& recoveryFolder) {
   return Overwriting(target, source, recoveryFolder).run();
 }
 
-}  // namespace text
+}   // namespace text

@@ -244,16 +244,14 @@ class Replacing {
   const SaveSource& source_;
   const int folder_;
   files::Descriptor file_;
-  std::string ownName_;          // of a file of ours in the folder that must go; empty when there is none
+  std::string ownName_;   // of a file of ours in the folder that must go; empty when there is none
   std::uint64_t hash_ = 0;
-  FileStatus seen_;              // of the old file when its content was compared
+  FileStatus seen_;   // of the old file when its content was compared
   Undo undo_ = Undo::none;
 };
 
-}  // namespace
+}   // namespace
 
-std::optional<SaveResult> saveByReplacing(SaveTarget& target, const SaveSource& source) {
-  return Replacing(target, source).run();
-}
+std::optional<SaveResult> saveByReplacing(SaveTarget& target, const SaveSource& source) { return Replacing(target, source).run(); }
 
-}  // namespace text
+}   // namespace text

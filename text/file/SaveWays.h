@@ -26,14 +26,14 @@ class SaveSource {
 };
 
 struct SaveTarget {
-  std::string path;                    // links of the last part followed
+  std::string path;   // links of the last part followed
   files::PathParts parts;
-  files::Descriptor folder;            // failed where the folder cannot be read
+  files::Descriptor folder;   // failed where the folder cannot be read
   bool exists = false;
-  FileStatus status;                   // when it exists
-  files::Descriptor file;              // the old file, open for reading
+  FileStatus status;        // when it exists
+  files::Descriptor file;   // the old file, open for reading
   std::optional<FileStamp> expected;
-  unsigned mode = 0666;                // for a new file
+  unsigned mode = 0666;   // for a new file
 };
 
 SaveResult saveFailed(int error, const std::string& more = {});
@@ -52,4 +52,4 @@ int removeOwn(int folder, const std::string& name);
 std::optional<SaveResult> saveByReplacing(SaveTarget& target, const SaveSource& source);
 SaveResult saveByOverwriting(SaveTarget& target, const SaveSource& source, const std::string& recoveryFolder);
 
-}  // namespace text
+}   // namespace text

@@ -42,18 +42,19 @@ class Finder {
   // no match. Looks at little more than the range.
   SearchResult at(const Snapshot& text, ByteRange range, ByteRange within, FindBudget* budget = nullptr) const;
   // Hands every match (ascending, not overlapping) with its groups to `take` until that says no.
-  SearchEnd each(const Snapshot& text, ByteRange within, const std::function<bool(const Match&)>& take, SearchControl* control = nullptr) const;
+  SearchEnd each(const Snapshot& text, ByteRange within, const std::function<bool(const Match&)>& take,
+                 SearchControl* control = nullptr) const;
 
   // The text that replaces a match. Regex: $0..$99, ${name}, \n, \t, \\, $$; literal: `replacement` as it is. A line break
   // of the replacement, written as \n or as itself, is that of the match's line; one that a group took stays as it was.
   // preserveCase: ALL UPPER, all lower and Capitalised finds give the replacement the same shape.
   // Error (unknown group ...): nullopt and *error.
-  std::optional<std::string> replacementFor(const Snapshot& text, const Match& match, std::string_view replacement, bool preserveCase,
-                                            std::string* error, const NewLines& newLines = {}) const;
+  std::optional<std::string> replacementFor(const Snapshot& text, const Match& match, std::string_view replacement,
+                                            bool preserveCase, std::string* error, const NewLines& newLines = {}) const;
 
  private:
   struct Impl;
   std::unique_ptr<Impl> impl_;
 };
 
-}  // namespace text
+}   // namespace text

@@ -28,7 +28,7 @@ std::vector<std::string> spellings(char32_t c) {
   return out;
 }
 
-}  // namespace
+}   // namespace
 
 Literal::Literal(std::string what, bool matchCase) : what_(std::move(what)) {
   const bool ascii = isAscii(what_);
@@ -65,7 +65,8 @@ void Literal::chooseFilter() {
       auto it = std::find_if(known.begin(), known.end(), [c](const auto& k) { return k.first == c; });
       if (it == known.end()) it = known.insert(known.end(), {c, spellings(c)});
       const auto& ways = it->second;
-      const auto [low, high] = std::minmax_element(ways.begin(), ways.end(), [](const auto& a, const auto& b) { return a.size() < b.size(); });
+      const auto [low, high] =
+          std::minmax_element(ways.begin(), ways.end(), [](const auto& a, const auto& b) { return a.size() < b.size(); });
       for (std::size_t i = 0; fixed && i < low->size() && spots.size() < enough; ++i) {
         PairFilter::Spot s{minBytes_ + i, {}, 0};
         std::string bytes;
@@ -160,4 +161,4 @@ std::optional<Literal::Hit> Literal::find(std::string_view bytes, std::size_t fr
   }
 }
 
-}  // namespace text
+}   // namespace text

@@ -33,12 +33,12 @@ class Literal {
   std::optional<Hit> findRepetitive(std::string_view bytes, std::size_t from) const;
   void chooseFilter();
 
-  std::string what_;                 // asciiFold: in lower case
-  std::vector<char32_t> folded_;     // Kind::fold
+  std::string what_;               // asciiFold: in lower case
+  std::vector<char32_t> folded_;   // Kind::fold
   Kind kind_ = Kind::exact;
   bool wholeCharacters_ = true;
   std::size_t minBytes_ = 0, maxBytes_ = 0;
   PairFilter filter_;
 };
 
-}  // namespace text
+}   // namespace text

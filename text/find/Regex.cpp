@@ -17,7 +17,9 @@ namespace {
 template <auto Free>
 struct Freer {
   template <class T>
-  void operator()(T* p) const { Free(p); }
+  void operator()(T* p) const {
+    Free(p);
+  }
 };
 using Code = std::unique_ptr<pcre2_code, Freer<pcre2_code_free>>;
 using CompileContext = std::unique_ptr<pcre2_compile_context, Freer<pcre2_compile_context_free>>;
@@ -25,14 +27,15 @@ using MatchContext = std::unique_ptr<pcre2_match_context, Freer<pcre2_match_cont
 using MatchData = std::unique_ptr<pcre2_match_data, Freer<pcre2_match_data_free>>;
 using JitStack = std::unique_ptr<pcre2_jit_stack, Freer<pcre2_jit_stack_free>>;
 
-constexpr std::size_t maxStack = 32u << 20;          // of the compiled matcher
+constexpr std::size_t maxStack = 32u << 20;   // of the compiled matcher
 constexpr std::uint32_t maxSteps = 10'000'000, maxDepth = 250'000, maxHeapKiB = 256u << 10;
-constexpr std::uint32_t cheapSteps = 5'000;          // of an attempt that need not be watched
+constexpr std::uint32_t cheapSteps = 5'000;   // of an attempt that need not be watched
 
 std::string messageOf(int code) {
   PCRE2_UCHAR buffer[256];
   const int length = pcre2_get_error_message(code, buffer, sizeof buffer);
-  return length < 0 ? "error " + std::to_string(code) : std::string(reinterpret_cast<char*>(buffer), static_cast<std::size_t>(length));
+  return length < 0 ? "error " + std::to_string(code)
+                    : std::string(reinterpret_cast<char*>(buffer), static_cast<std::size_t>(length));
 }
 
 struct Compiled {
@@ -51,7 +54,8 @@ Compiled compile(const std::string& pattern, std::uint32_t options, bool jit) {
   }
   pcre2_set_newline(context.get(), PCRE2_NEWLINE_ANYCRLF);
   options |= PCRE2_MULTILINE | PCRE2_ALT_CIRCUMFLEX | PCRE2_NEVER_BACKSLASH_C;
-  result.code.reset(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern.data()), pattern.size(), options, &result.error, &result.errorAt, context.get()));
+  result.code.reset(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern.data()), pattern.size(), options, &result.error,
+                                  &result.errorAt, context.get()));
   if (result.code && jit) result.jit = pcre2_jit_compile(result.code.get(), PCRE2_JIT_COMPLETE | PCRE2_JIT_PARTIAL_HARD) == 0;
   return result;
 }
@@ -68,7 +72,10 @@ bool samePlain(const std::string& pattern) {
 
 // Whether all of the pattern is of a kind that never matches a line break or looks beyond one.
 bool plainlyInLine(const std::string& p) {
-  const auto safeEscape = [](char c) { return c == 'd' || c == 'w' || c == 'S' || c == 'b' || c == 't' || (c >= '1' && c <= '9') || (c != '\0' && std::ispunct(static_cast<unsigned char>(c))); };
+  const auto safeEscape = [](char c) {
+    return c == 'd' || c == 'w' || c == 'S' || c == 'b' || c == 't' || (c >= '1' && c <= '9') ||
+           (c != '\0' && std::ispunct(static_cast<unsigned char>(c)));
+  };
   for (std::size_t i = 0; i < p.size(); ++i) {
     if (static_cast<unsigned char>(p[i]) < ' ' && p[i] != '\t') return false;
     if (p[i] == '\\') {
@@ -80,7 +87,9 @@ bool plainlyInLine(const std::string& p) {
       if (end < p.size() && p[end] == '^') return false;
       do {
         if (end >= p.size() || static_cast<unsigned char>(p[end]) < ' ' || p[end] == '[') return false;
-        if (p[end] == '\\' && (++end >= p.size() || p[end] == 'b' || p[end] == 't' || (p[end] >= '1' && p[end] <= '9') || !safeEscape(p[end]))) return false;
+        if (p[end] == '\\' &&
+            (++end >= p.size() || p[end] == 'b' || p[end] == 't' || (p[end] >= '1' && p[end] <= '9') || !safeEscape(p[end])))
+          return false;
         ++end;
       } while (end >= p.size() || p[end] != ']');
       i = end;
@@ -92,7 +101,8 @@ bool plainlyInLine(const std::string& p) {
 // Where the settings in front, such as (*UCP), end.
 std::size_t settingsOf(const std::string& pattern) {
   std::size_t verbs = 0;
-  while (pattern.compare(verbs, 2, "(*") == 0 && verbs + 2 < pattern.size() && pattern[verbs + 2] >= 'A' && pattern[verbs + 2] <= 'Z') {
+  while (pattern.compare(verbs, 2, "(*") == 0 && verbs + 2 < pattern.size() && pattern[verbs + 2] >= 'A' &&
+         pattern[verbs + 2] <= 'Z') {
     const auto close = pattern.find(')', verbs);
     if (close == std::string::npos) break;
     verbs = close + 1;
@@ -107,8 +117,8 @@ std::string asWholeWord(const std::string& pattern) {
     if (pattern.find(whole) != std::string::npos) return pattern;
   const std::string word = "[\\w\\p{M}]";
   const auto verbs = settingsOf(pattern);
-  return pattern.substr(0, verbs) + "(?:(?<!" + word + ")|(?!" + word + "))(?:" + pattern.substr(verbs) + "\\E)(?:(?!" + word + ")|(?<!" +
-         word + "))";
+  return pattern.substr(0, verbs) + "(?:(?<!" + word + ")|(?!" + word + "))(?:" + pattern.substr(verbs) + "\\E)(?:(?!" + word +
+         ")|(?<!" + word + "))";
 }
 
 // "\n", and a line break that stands in the pattern itself, for every kind of line break.
@@ -187,7 +197,8 @@ class LineEnds {
     const auto body = p_.substr(begin, at_ - begin);
     if (!named || at_ >= p_.size() || p_[at_] == '(') return std::string(body);
     std::string out;
-    for (const char* lineEnd : {"(?:\\r\\n)", "\\n", "(?:\\r(?!\\n))"}) out += (out.empty() ? "" : "|") + LineEnds(body).rewritten(lineEnd, true);
+    for (const char* lineEnd : {"(?:\\r\\n)", "\\n", "(?:\\r(?!\\n))"})
+      out += (out.empty() ? "" : "|") + LineEnds(body).rewritten(lineEnd, true);
     return out;
   }
 
@@ -205,7 +216,8 @@ class LineEnds {
     at_ = std::min(at_ + 1, p_.size());
     if (!named) return std::string(p_.substr(open, at_ - open));
     const bool plain = p_[first] == ']' || p_[first] == '-';
-    const std::string both = std::string(negative ? "[^\\r" : "[\\r") + (plain ? "\\" : "") + std::string(p_.substr(first, at_ - first));
+    const std::string both =
+        std::string(negative ? "[^\\r" : "[\\r") + (plain ? "\\" : "") + std::string(p_.substr(first, at_ - first));
     return negative || behind ? both : "(?>\\r\\n|(?!(?<=\\r)\\n)" + both + ")";
   }
 
@@ -221,10 +233,10 @@ std::string watched(const std::string& pattern) {
   return pattern.substr(0, verbs) + "(?C1)" + pattern.substr(verbs);
 }
 
-}  // namespace
+}   // namespace
 
 struct Regex::Programs {
-  std::string pattern;     // as it was compiled
+  std::string pattern;   // as it was compiled
   std::uint32_t options = 0;
   Compiled plain;      // for ASCII; may be absent
   Compiled unicode;    // for valid UTF-8
@@ -255,7 +267,8 @@ Regex::Regex(const std::string& pattern, bool matchCase, bool wholeWord) : progr
   for (const Compiled* c : {&p.unicode, &p.any, &p.anchored})
     if (!c->code) {
       const auto at = std::min(c->errorAt, pattern.size());
-      error_ = "Error in the expression at character " + std::to_string(columnOf(pattern, static_cast<std::int64_t>(at)).value + 1) + ": " + messageOf(c->error) + ".";
+      error_ = "Error in the expression at character " +
+               std::to_string(columnOf(pattern, static_cast<std::int64_t>(at)).value + 1) + ": " + messageOf(c->error) + ".";
       return;
     }
   if (samePlain(pattern)) p.plain = compile(text, base, true);
@@ -284,7 +297,8 @@ Regex::Regex(const std::string& pattern, bool matchCase, bool wholeWord) : progr
 Regex::~Regex() = default;
 
 std::optional<int> Regex::groupByName(std::string_view name) const {
-  const int n = pcre2_substring_number_from_name(programs_->any.code.get(), reinterpret_cast<PCRE2_SPTR>(std::string(name).c_str()));
+  const int n =
+      pcre2_substring_number_from_name(programs_->any.code.get(), reinterpret_cast<PCRE2_SPTR>(std::string(name).c_str()));
   if (n > 0) return n;
   return std::nullopt;
 }
@@ -332,7 +346,8 @@ void Regex::Matcher::setSubject(std::string_view subject) {
 
 int Regex::Matcher::run(std::size_t from, const Options& options, bool careful) {
   Memory& m = *memory_;
-  if (careful && !options.onlyAtStart && !m.watched.code) m.watched = compile(watched(regex_.programs_->pattern), regex_.programs_->options, true);
+  if (careful && !options.onlyAtStart && !m.watched.code)
+    m.watched = compile(watched(regex_.programs_->pattern), regex_.programs_->options, true);
   const bool watch = careful && !options.onlyAtStart && m.watched.code;
   const Compiled& program = options.onlyAtStart ? regex_.programs_->anchored : watch ? m.watched : *m.program;
   const bool checked = &program == &regex_.programs_->plain || &program == &regex_.programs_->unicode;
@@ -342,8 +357,10 @@ int Regex::Matcher::run(std::size_t from, const Options& options, bool careful) 
   if (options.notEmptyAtStart) flags |= PCRE2_NOTEMPTY_ATSTART;
   const auto subject = reinterpret_cast<PCRE2_SPTR>(subject_.empty() ? "" : subject_.data());
   pcre2_match_context* context = careful ? m.full.get() : m.cheap.get();
-  if (checked && program.jit) return pcre2_jit_match(program.code.get(), subject, subject_.size(), from, flags, m.data.get(), context);
-  return pcre2_match(program.code.get(), subject, subject_.size(), from, checked ? flags | PCRE2_NO_UTF_CHECK : flags, m.data.get(), context);
+  if (checked && program.jit)
+    return pcre2_jit_match(program.code.get(), subject, subject_.size(), from, flags, m.data.get(), context);
+  return pcre2_match(program.code.get(), subject, subject_.size(), from, checked ? flags | PCRE2_NO_UTF_CHECK : flags, m.data.get(),
+                     context);
 }
 
 Regex::Outcome Regex::Matcher::match(std::size_t from, const Options& options) {
@@ -373,4 +390,4 @@ std::pair<std::size_t, std::size_t> Regex::Matcher::group(int n) const {
   return {offsets[2 * i], offsets[2 * i + 1]};
 }
 
-}  // namespace text
+}   // namespace text

@@ -35,17 +35,17 @@ class Regex {
   // Bytes one of which every match holds; empty: no such thing is known.
   const ByteSet& required() const { return required_; }
   std::optional<int> groupByName(std::string_view name) const;
-  int groupCount() const { return groupCount_; }        // without the whole match
+  int groupCount() const { return groupCount_; }   // without the whole match
 
   struct Outcome {
     enum Kind { found, none, undecided, failed, stopped } kind = none;
     std::size_t begin = 0, end = 0;   // found; undecided: begin is the first place that may match
   };
   struct Options {
-    bool last = true;            // the text ends where the subject does; otherwise the answer may be `undecided`
-    bool endsLine = true;        // with last: '$' matches at its end
+    bool last = true;       // the text ends where the subject does; otherwise the answer may be `undecided`
+    bool endsLine = true;   // with last: '$' matches at its end
     bool notEmptyAtStart = false;
-    bool onlyAtStart = false;    // a match must begin at `from`
+    bool onlyAtStart = false;   // a match must begin at `from`
   };
 
   // Holds the memory of matching; one for each thread and search.
@@ -83,4 +83,4 @@ class Regex {
   bool namesLineBreaks_ = false, needsWholeText_ = false, staysInLine_ = false;
 };
 
-}  // namespace text
+}   // namespace text

@@ -11,11 +11,11 @@ namespace {
 
 bool digit(std::string_view s, std::size_t i) { return i < s.size() && s[i] >= '0' && s[i] <= '9'; }
 
-}  // namespace
+}   // namespace
 
 std::optional<std::string> expandReplacement(const Snapshot& text, const Match& match, std::string_view replacement,
-                                             const std::function<std::optional<int>(std::string_view)>& groupByName, std::string* error,
-                                             const NewLines& newLines) {
+                                             const std::function<std::optional<int>(std::string_view)>& groupByName,
+                                             std::string* error, const NewLines& newLines) {
   const auto fail = [error](std::string why) {
     if (error) *error = std::move(why);
     return std::nullopt;
@@ -109,4 +109,4 @@ std::string inCaseOf(std::string_view found, std::string_view replacement) {
   return out;
 }
 
-}  // namespace text
+}   // namespace text

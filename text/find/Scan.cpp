@@ -19,7 +19,8 @@ std::size_t ByteSet::find(std::string_view bytes, std::size_t from) const {
   std::size_t i = from;
 #ifdef ZELKOR_SSE2
   if (count_ <= 4) {
-    const __m128i v0 = _mm_set1_epi8(first_[0]), v1 = _mm_set1_epi8(first_[1]), v2 = _mm_set1_epi8(first_[2]), v3 = _mm_set1_epi8(first_[3]);
+    const __m128i v0 = _mm_set1_epi8(first_[0]), v1 = _mm_set1_epi8(first_[1]), v2 = _mm_set1_epi8(first_[2]),
+                  v3 = _mm_set1_epi8(first_[3]);
     const bool two = count_ <= 2;
     for (; i + 32 <= bytes.size(); i += 32) {
       const auto* p = reinterpret_cast<const __m128i*>(bytes.data() + i);
@@ -73,12 +74,14 @@ std::size_t PairFilter::findN(const char* data, std::size_t from, std::size_t en
     if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(h0, h1), _mm_or_si128(h2, h3))) == 0) continue;
     std::size_t at = i;
     for (const __m128i& h : {h0, h1, h2, h3}) {
-      if (const auto hits = static_cast<unsigned>(_mm_movemask_epi8(h))) return at + static_cast<std::size_t>(std::countr_zero(hits));
+      if (const auto hits = static_cast<unsigned>(_mm_movemask_epi8(h)))
+        return at + static_cast<std::size_t>(std::countr_zero(hits));
       at += 16;
     }
   }
   for (; i + 16 <= end; i += 16)
-    if (const auto hits = static_cast<unsigned>(_mm_movemask_epi8(fit(i)))) return i + static_cast<std::size_t>(std::countr_zero(hits));
+    if (const auto hits = static_cast<unsigned>(_mm_movemask_epi8(fit(i))))
+      return i + static_cast<std::size_t>(std::countr_zero(hits));
 #endif
   while (i < end && !fits(data + i)) ++i;
   return i;
@@ -106,4 +109,4 @@ unsigned char commonness(unsigned char b) {
   return b < 0x20 ? 30 : 110;
 }
 
-}  // namespace text
+}   // namespace text

@@ -52,4 +52,4 @@ class PairFilter {
 // How often a byte stands in source and log files, 0 (rare) to 255.
 unsigned char commonness(unsigned char b);
 
-}  // namespace text
+}   // namespace text

@@ -15,7 +15,7 @@ namespace text {
 
 namespace {
 
-constexpr std::int64_t slice = 1 << 20;             // bytes between two looks at the control
+constexpr std::int64_t slice = 1 << 20;   // bytes between two looks at the control
 constexpr std::size_t mostMatches = std::size_t(1) << 26;
 
 std::int64_t length(std::string_view s) { return static_cast<std::int64_t>(s.size()); }
@@ -79,7 +79,7 @@ bool characterBorder(const Snapshot& text, ByteOffset at) {
   return true;
 }
 
-}  // namespace
+}   // namespace
 
 struct Finder::Impl {
   std::string error;
@@ -93,7 +93,8 @@ struct Finder::Impl {
     const auto border = [&](ByteOffset at) {
       const auto i = static_cast<std::size_t>(at - base);
       if (i == 0 || i >= view.size() || static_cast<unsigned char>(view[i - 1] | view[i]) >= 0x80) return wordBorder(text, at);
-      return classOf(static_cast<char32_t>(view[i - 1])) != CharClass::word || classOf(static_cast<char32_t>(view[i])) != CharClass::word;
+      return classOf(static_cast<char32_t>(view[i - 1])) != CharClass::word ||
+             classOf(static_cast<char32_t>(view[i])) != CharClass::word;
     };
     return !options.wholeWord || (border(r.begin) && border(r.end));
   }
@@ -156,7 +157,8 @@ std::optional<ByteRange> Finder::Impl::literalBackward(const Snapshot& text, Byt
     const ByteOffset base = end - length(view);
     std::optional<ByteRange> found;
     for (auto hit = literal->find(view, 0); hit; hit = literal->find(view, hit->begin + 1)) {
-      const ByteRange range{base + static_cast<std::int64_t>(hit->begin), base + static_cast<std::int64_t>(hit->begin + hit->length)};
+      const ByteRange range{base + static_cast<std::int64_t>(hit->begin),
+                            base + static_cast<std::int64_t>(hit->begin + hit->length)};
       if (range.begin >= startsBefore) break;
       if (acceptable(text, range, view, base)) found = range;
     }
@@ -177,7 +179,8 @@ std::optional<ByteRange> Finder::Impl::literalBackward(const Snapshot& text, Byt
 template <class Sink>
 std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, ByteOffset lastStart, Pace& pace, Sink sink) const {
   SnapshotViews views(text);
-  Regex::Matcher matcher(*regex, [&pace] { return pace.stopped(); }, pace.budget ? pace.budget->steps : 0);
+  Regex::Matcher matcher(
+      *regex, [&pace] { return pace.stopped(); }, pace.budget ? pace.budget->steps : 0);
   Regex::Options how;
   const bool endsLine = within.end == text.size() || text.at(within.end) == '\n' || text.at(within.end) == '\r';
   const std::int64_t usual = regex->needsWholeText() ? text.size().value + 1024 : usualWindow();
@@ -207,12 +210,12 @@ std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, B
     } else if (!last) {   // no half character, no half CR LF at the end
       std::size_t cut = view.size();
       while (cut > 0 && view.size() - cut < 3 && (static_cast<unsigned char>(view[cut - 1]) & 0xC0) == 0x80) --cut;
-      if (cut > 0 && static_cast<unsigned char>(view[cut - 1]) >= 0xC0 && decode(view.substr(cut - 1)).bad) view = view.substr(0, cut - 1);
+      if (cut > 0 && static_cast<unsigned char>(view[cut - 1]) >= 0xC0 && decode(view.substr(cut - 1)).bad)
+        view = view.substr(0, cut - 1);
       if (view.back() == '\r') view.remove_suffix(1);
     }
     matcher.setSubject(view);
-    if (growing && (effort -= length(view)) < 0)
-      return "The search was given up: the expression is too costly for this text.";
+    if (growing && (effort -= length(view)) < 0) return "The search was given up: the expression is too costly for this text.";
 
     auto from = static_cast<std::size_t>(at - base);
     for (bool more = true; more;) {
@@ -220,9 +223,7 @@ std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, B
       const Regex::Outcome result = matcher.match(from, how);
       switch (result.kind) {
         case Regex::Outcome::failed: return matcher.error();
-        case Regex::Outcome::stopped:
-          pace.stop();
-          return {};
+        case Regex::Outcome::stopped: pace.stop(); return {};
         case Regex::Outcome::found: {
           if (wholeLines && result.begin == view.size()) {   // the next line's affair
             at = base + length(view);
@@ -315,10 +316,11 @@ SearchResult Finder::Impl::regexBackward(const Snapshot& text, ByteOffset from, 
       return result;
     }
     const ByteOffset begin = lineBefore(text, lastStart, size, within.begin);
-    result.error = regexForward(text, {begin, within.end}, lastStart, inner, [&](ByteRange range, const Regex::Matcher& matcher, ByteOffset base) {
-      if (range.end <= end) setGroups(&result.match.emplace(), range, matcher, base);
-      return true;
-    });
+    result.error = regexForward(text, {begin, within.end}, lastStart, inner,
+                                [&](ByteRange range, const Regex::Matcher& matcher, ByteOffset base) {
+                                  if (range.end <= end) setGroups(&result.match.emplace(), range, matcher, base);
+                                  return true;
+                                });
     result.cancelled = inner.cancelled;
     if (result.cancelled || !result.error.empty()) result.match.reset();
     if (result.match || result.cancelled || !result.error.empty() || begin == within.begin) return result;
@@ -354,10 +356,11 @@ SearchResult Finder::forward(const Snapshot& text, ByteOffset from, ByteRange wi
   within.begin = std::max(within.begin, from);
   Pace pace{control};
   if (impl_->regex)
-    result.error = impl_->regexForward(text, within, within.end, pace, [&](ByteRange range, const Regex::Matcher& matcher, ByteOffset base) {
-      impl_->setGroups(&result.match.emplace(), range, matcher, base);
-      return false;
-    });
+    result.error =
+        impl_->regexForward(text, within, within.end, pace, [&](ByteRange range, const Regex::Matcher& matcher, ByteOffset base) {
+          impl_->setGroups(&result.match.emplace(), range, matcher, base);
+          return false;
+        });
   else
     impl_->literalForward(text, within, pace, [&](ByteRange range) {
       result.match = Match{range, {}};
@@ -398,27 +401,30 @@ SearchResult Finder::at(const Snapshot& text, ByteRange range, ByteRange within,
     // From the place itself; then from further up, as with \K a find begins behind where matching did.
     for (const ByteOffset begin : {range.begin, impl_->lineBefore(text, range.begin, impl_->usualWindow() / 8, within.begin)}) {
       if (result.match || pace.cancelled || !result.error.empty()) break;
-      result.error = impl_->regexForward(text, {begin, within.end}, range.begin, pace, [&](ByteRange found, const Regex::Matcher& matcher, ByteOffset base) {
-        if (found == range) impl_->setGroups(&result.match.emplace(), found, matcher, base);
-        return !result.match && found.begin <= range.begin;
-      });
+      result.error = impl_->regexForward(text, {begin, within.end}, range.begin, pace,
+                                         [&](ByteRange found, const Regex::Matcher& matcher, ByteOffset base) {
+                                           if (found == range) impl_->setGroups(&result.match.emplace(), found, matcher, base);
+                                           return !result.match && found.begin <= range.begin;
+                                         });
     }
   }
   result.cancelled = pace.cancelled;
   return result;
 }
 
-SearchEnd Finder::each(const Snapshot& text, ByteRange within, const std::function<bool(const Match&)>& take, SearchControl* control) const {
+SearchEnd Finder::each(const Snapshot& text, ByteRange within, const std::function<bool(const Match&)>& take,
+                       SearchControl* control) const {
   SearchEnd result{impl_->error};
   if (!result.error.empty()) return result;
   within = clipped(text, within);
   Match match;
   Pace pace{control};
   if (impl_->regex) {
-    result.error = impl_->regexForward(text, within, within.end, pace, [&](ByteRange range, const Regex::Matcher& matcher, ByteOffset base) {
-      impl_->setGroups(&match, range, matcher, base);
-      return take(match);
-    });
+    result.error =
+        impl_->regexForward(text, within, within.end, pace, [&](ByteRange range, const Regex::Matcher& matcher, ByteOffset base) {
+          impl_->setGroups(&match, range, matcher, base);
+          return take(match);
+        });
   } else {
     impl_->literalForward(text, within, pace, [&](ByteRange range) {
       match.range = range;
@@ -441,7 +447,9 @@ SearchAllResult Finder::all(const Snapshot& text, ByteRange within, SearchContro
     return !tooMany;
   };
   Pace pace{control, budget};
-  if (impl_->regex) result.error = impl_->regexForward(text, within, within.end, pace, [&](ByteRange range, const auto&, ByteOffset) { return take(range); });
+  if (impl_->regex)
+    result.error =
+        impl_->regexForward(text, within, within.end, pace, [&](ByteRange range, const auto&, ByteOffset) { return take(range); });
   else impl_->literalForward(text, within, pace, take);
   if (tooMany) result.error = "The text is found more than " + std::to_string(mostMatches) + " times.";
   result.cancelled = pace.cancelled;
@@ -449,12 +457,13 @@ SearchAllResult Finder::all(const Snapshot& text, ByteRange within, SearchContro
   return result;
 }
 
-std::optional<std::string> Finder::replacementFor(const Snapshot& text, const Match& match, std::string_view replacement, bool preserveCase,
-                                                    std::string* error, const NewLines& newLines) const {
+std::optional<std::string> Finder::replacementFor(const Snapshot& text, const Match& match, std::string_view replacement,
+                                                  bool preserveCase, std::string* error, const NewLines& newLines) const {
   std::optional<std::string> out(withBreaks(text, match.range.begin, replacement, newLines));
   if (impl_->regex) {
     std::string why;
-    out = expandReplacement(text, match, *out, [this](std::string_view name) { return impl_->regex->groupByName(name); }, &why, newLines);
+    out = expandReplacement(
+        text, match, *out, [this](std::string_view name) { return impl_->regex->groupByName(name); }, &why, newLines);
     if (!out && error) *error = why;
   }
   if (out && preserveCase) out = inCaseOf(text.bytes(match.range), *out);
@@ -482,11 +491,15 @@ SearchResult Searcher::backward(const Snapshot& text, ByteOffset from, ByteRange
 SearchAllResult Searcher::all(const Snapshot& text, ByteRange within, SearchControl* control) const {
   return impl_->finder.all(text, within, control);
 }
-SearchResult Searcher::forward(const Snapshot& text, ByteOffset from) const { return forward(text, from, {ByteOffset(0), text.size()}); }
-SearchResult Searcher::backward(const Snapshot& text, ByteOffset from) const { return backward(text, from, {ByteOffset(0), text.size()}); }
-std::optional<std::string> Searcher::replacementFor(const Snapshot& text, const Match& match, std::string_view replacement, bool preserveCase,
-                                                    std::string* error) const {
+SearchResult Searcher::forward(const Snapshot& text, ByteOffset from) const {
+  return forward(text, from, {ByteOffset(0), text.size()});
+}
+SearchResult Searcher::backward(const Snapshot& text, ByteOffset from) const {
+  return backward(text, from, {ByteOffset(0), text.size()});
+}
+std::optional<std::string> Searcher::replacementFor(const Snapshot& text, const Match& match, std::string_view replacement,
+                                                    bool preserveCase, std::string* error) const {
   return impl_->finder.replacementFor(text, match, replacement, preserveCase, error);
 }
 
-}  // namespace text
+}   // namespace text

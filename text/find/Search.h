@@ -15,7 +15,7 @@ namespace text {
 struct SearchOptions {
   bool matchCase = false;
   bool wholeWord = false;
-  bool regex = false;       // '^' and '$' match at every line; '.' does not match a line break
+  bool regex = false;               // '^' and '$' match at every line; '.' does not match a line break
   std::int64_t window = 32 << 10;   // bytes of text looked at in one go, at least 8; tests make it tiny
 };
 
@@ -34,7 +34,7 @@ struct Match {
 // The outcome of a search that may fail: never mix up "not found" and "could not search".
 struct SearchResult {
   std::optional<Match> match;
-  std::string error;        // a text for the user; not empty = failed
+  std::string error;   // a text for the user; not empty = failed
   bool cancelled = false;
 };
 struct SearchAllResult {
@@ -71,4 +71,4 @@ class Searcher {
   std::unique_ptr<Impl> impl_;
 };
 
-}  // namespace text
+}   // namespace text

@@ -16,7 +16,7 @@ namespace text {
 
 namespace {
 
-constexpr std::size_t kMostWaiting = 4096;         // changes; more are replaced by the whole text
+constexpr std::size_t kMostWaiting = 4096;   // changes; more are replaced by the whole text
 
 std::int64_t steadyMs() {
   using namespace std::chrono;
@@ -55,21 +55,21 @@ class SlowThread {
   std::thread thread_;   // last: it uses the others
 };
 
-}  // namespace
+}   // namespace
 
 struct Journal::State {
   explicit State(JournalFolder& folder) : file(folder) {}
 
   // Guarded by the writer's lock: what is to be.
-  bool active = false, gone = false;       // gone: the Journal object is
-  bool remove = false;                     // the present file goes first
-  bool whole = false;                      // write base and about anew, then what waits
+  bool active = false, gone = false;   // gone: the Journal object is
+  bool remove = false;                 // the present file goes first
+  bool whole = false;                  // write base and about anew, then what waits
   bool aboutChanged = false;
-  bool refer = false;                      // the base is what the file of `about` holds
-  bool alone = false;                      // but it must not be
-  bool durable = false;                    // what was handed over last is on the platter
+  bool refer = false;     // the base is what the file of `about` holds
+  bool alone = false;     // but it must not be
+  bool durable = false;   // what was handed over last is on the platter
   JournalAbout about;
-  Snapshot base;                           // of a whole writing
+  Snapshot base;   // of a whole writing
   std::vector<JournalFile::Record> waiting;
   std::int64_t waitingSince = -1, retryAt = -1;
   std::string failure, name;
@@ -100,7 +100,7 @@ struct JournalWriter::Impl {
     JournalFile::Slow slow;
     int result;
   };
-  std::vector<Finished> finished;          // guarded by the lock
+  std::vector<Finished> finished;   // guarded by the lock
 
   struct Job {
     bool remove = false, whole = false, refer = false, aboutChanged = false, alone = false;
@@ -158,9 +158,7 @@ struct JournalWriter::Impl {
       int result = 0;
       try {
         result = slow.work();
-      } catch (const std::bad_alloc&) {
-        result = -ENOMEM;
-      }
+      } catch (const std::bad_alloc&) { result = -ENOMEM; }
       slow.work = {};   // with the text that it held
       const std::lock_guard guard(mutex);
       finished.push_back({std::move(journal), std::move(slow), result});
@@ -181,9 +179,7 @@ struct JournalWriter::Impl {
       error = step();
       const std::int64_t since = file.unsyncedSince();
       for (auto& slow : file.slowWork(since >= 0 && (hurried || now >= since + kJournalSyncMs))) begin(journal, std::move(slow));
-    } catch (const std::bad_alloc&) {
-      error = -ENOMEM;
-    }
+    } catch (const std::bad_alloc&) { error = -ENOMEM; }
     if (error < 0) folder.close();   // it may be another one when it is tried again
     lock.lock();
     return error;
@@ -265,7 +261,8 @@ struct JournalWriter::Impl {
   // Until everything is on the platter, or was tried.
   void settle(std::unique_lock<std::mutex>& lock) {
     for (serveDue(lock, true);; serveDue(lock, true, false)) {
-      const bool more = std::any_of(journals.begin(), journals.end(), [](const auto& s) { return s->failure.empty() && s->toServe(); });
+      const bool more =
+          std::any_of(journals.begin(), journals.end(), [](const auto& s) { return s->failure.empty() && s->toServe(); });
       if (more || !finished.empty()) continue;
       if (!thread.joinable() || !busy()) return;
       wake.wait(lock);
@@ -345,7 +342,8 @@ bool JournalWriter::flush(std::int64_t patienceMs) {
   }
   impl_->hurry = true;
   impl_->wake.notify_all();
-  const bool done = impl_->idle.wait_for(lock, std::chrono::milliseconds(patienceMs), [&] { return !impl_->hurry && !impl_->working; });
+  const bool done =
+      impl_->idle.wait_for(lock, std::chrono::milliseconds(patienceMs), [&] { return !impl_->hurry && !impl_->working; });
   return done && !impl_->failing();
 }
 
@@ -387,7 +385,8 @@ void Journal::changed(const Change& change) {
     if (first) {
       s.active = s.whole = true;
       s.base = base_;
-      s.refer = s.about.stamp && s.about.stamp->exists && !s.about.path.empty() && base_.size().value > writer.limits.largeText && s.refer;
+      s.refer = s.about.stamp && s.about.stamp->exists && !s.about.path.empty() && base_.size().value > writer.limits.largeText &&
+                s.refer;
       base_ = Snapshot();
     }
     wake = s.waitingSince < 0;
@@ -484,4 +483,4 @@ std::string Journal::fileName() const {
   return state_->name;
 }
 
-}  // namespace text
+}   // namespace text

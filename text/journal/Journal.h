@@ -37,7 +37,8 @@ class JournalWriter {
   // The folder is made when the first journal is; 0700, the files 0600.
   explicit JournalWriter(std::string folder);
   // Without threads: work() does what is due by this clock, and slow work is given to `later`, to be run before the writer goes.
-  JournalWriter(std::string folder, Clock clock, Later later = [](const std::function<void()>& work) { work(); });
+  JournalWriter(
+      std::string folder, Clock clock, Later later = [](const std::function<void()>& work) { work(); });
   ~JournalWriter();   // writes what was not written yet; journals stay where they are
   JournalWriter(const JournalWriter&) = delete;
   JournalWriter& operator=(const JournalWriter&) = delete;
@@ -74,10 +75,10 @@ class Journal {
   void begin();
   // Nobody may be there to go on: whatever follows, the journal holds the whole text, also where it referred to the file.
   void standAlone();
-  bool active() const;             // there is, or will be, a file
-  bool durable() const;            // all that was changed is on the platter, and no change is waiting
-  std::string failure() const;     // why it is not being written; empty: all is well
-  std::string fileName() const;    // within the folder; empty: none is written yet
+  bool active() const;            // there is, or will be, a file
+  bool durable() const;           // all that was changed is on the platter, and no change is waiting
+  std::string failure() const;    // why it is not being written; empty: all is well
+  std::string fileName() const;   // within the folder; empty: none is written yet
 
  private:
   struct State;
@@ -87,8 +88,8 @@ class Journal {
   Document& document_;
   std::shared_ptr<State> state_;
   std::shared_ptr<void> subscription_;
-  Snapshot base_;                  // the text before the next change, while not active
-  std::uint64_t known_ = 0;        // revision of a text that was taken whole: its change may be told of only afterwards
+  Snapshot base_;             // the text before the next change, while not active
+  std::uint64_t known_ = 0;   // revision of a text that was taken whole: its change may be told of only afterwards
 };
 
-}  // namespace text
+}   // namespace text

@@ -77,7 +77,7 @@ int writeBase(const JournalFile::Base& base, journal::Encoder& encoder, int fd) 
   return out.flush();
 }
 
-}  // namespace
+}   // namespace
 
 int JournalFolder::open() {
   FileStatus own, there;
@@ -119,7 +119,8 @@ int JournalFile::begin(const Base& base, std::int64_t now) {
   if (const int r = folder_.open(); r < 0) return r;
   Replacement made;
   std::string name;
-  made.file = std::make_shared<files::Descriptor>(files::createUnique(folder_.fd(), "", std::string(journal::kSuffix), 0600, &name));
+  made.file =
+      std::make_shared<files::Descriptor>(files::createUnique(folder_.fd(), "", std::string(journal::kSuffix), 0600, &name));
   if (!made.file->ok()) return made.file->error();
   made.encoder = std::make_shared<journal::Encoder>();
   int r = fileSystem().lock(made.file->get(), true, false);
@@ -143,7 +144,8 @@ int JournalFile::replace(const Base& base, bool goesOn, std::int64_t now) {
   const auto made = std::make_shared<files::Descriptor>(
       files::open(folder_.fd(), asideName(), kRead | kWrite | kCreate | kExclusive | kNoFollow, 0600));
   if (!made->ok()) return made->error();
-  if constexpr (planted(PlantedFault::dropJournalEarly)) fileSystem().unlinkAt(folder_.fd(), name_, false), files::syncFolder(folder_.fd());
+  if constexpr (planted(PlantedFault::dropJournalEarly))
+    fileSystem().unlinkAt(folder_.fd(), name_, false), files::syncFolder(folder_.fd());
   if (const int r = fileSystem().lock(made->get(), true, false); r < 0) {
     fileSystem().unlinkAt(folder_.fd(), asideName(), false);
     return r;
@@ -275,4 +277,4 @@ void JournalFile::takeOver(Replacement& made) {
   referredPath_ = made.base.about.path;
 }
 
-}  // namespace text
+}   // namespace text

@@ -51,12 +51,12 @@ class JournalFile {
 
   explicit JournalFile(JournalFolder& folder) : folder_(folder) {}
 
-  const std::string& name() const { return name_; }         // in the folder; empty: there is no file
+  const std::string& name() const { return name_; }   // in the folder; empty: there is no file
   bool isThere() const { return file_ != nullptr; }
-  const Snapshot& latest() const { return latest_; }         // the text as of the last record
+  const Snapshot& latest() const { return latest_; }   // the text as of the last record
   bool durable() const { return unsyncedSince_ < 0 && !syncing() && !ended_; }
   bool replacing() const { return replacement_ != nullptr; }
-  bool busy() const { return syncing() || replacing(); }    // slow work is not finished
+  bool busy() const { return syncing() || replacing(); }                                     // slow work is not finished
   std::int64_t unsyncedSince() const { return syncing() || ended_ ? -1 : unsyncedSince_; }   // what waits for a sync
   bool refers() const { return referred_.has_value(); }
   // Whether the file that is referred to is no longer what it was.
@@ -66,12 +66,12 @@ class JournalFile {
   // Somebody removed or moved the file, or the whole folder: nobody would find what is written into it.
   bool wasCleared() const;
 
-  int begin(const Base& base, std::int64_t now);             // makes the file, under a new name; what it held before is lost
+  int begin(const Base& base, std::int64_t now);   // makes the file, under a new name; what it held before is lost
   // Begins to replace the file that is there; base.refer is not looked at. `goesOn`: the base is latest(), and the present file
   // takes records meanwhile; else it ends as it is.
   int replace(const Base& base, bool goesOn, std::int64_t now);
   int append(const JournalAbout* about, const std::vector<Record>& records, std::int64_t now);
-  int remove();                                              // the file, whatever it holds
+  int remove();   // the file, whatever it holds
 
   // Slow work that is to begin now; the sync only if `sync` says so.
   std::vector<Slow> slowWork(bool sync);
@@ -84,11 +84,11 @@ class JournalFile {
     std::shared_ptr<journal::Encoder> encoder;
     Base base;
     std::int64_t begun = -1;
-    std::optional<JournalAbout> about;    // what was changed meanwhile
+    std::optional<JournalAbout> about;   // what was changed meanwhile
     std::vector<Record> records;
     std::int64_t recordBytes = 0;
-    bool wanted = true;                   // the next step of slow work is not handed out yet
-    bool whole = false;                   // the base is on the platter
+    bool wanted = true;   // the next step of slow work is not handed out yet
+    bool whole = false;   // the base is on the platter
   };
   bool syncing() const { return syncingSince_ >= 0; }
   int putInPlace();
@@ -104,10 +104,10 @@ class JournalFile {
   std::int64_t recordBytes_ = 0;
   std::int64_t unsyncedSince_ = -1, syncingSince_ = -1;   // the oldest of what is not on the platter; the second on its way there
   bool folderUnsynced_ = false;
-  bool ended_ = false;                    // nothing more is written: a record may stand half in it, or another text is to follow
-  std::optional<FileStamp> referred_;     // the file that is the base
+  bool ended_ = false;                  // nothing more is written: a record may stand half in it, or another text is to follow
+  std::optional<FileStamp> referred_;   // the file that is the base
   std::string referredPath_;
   std::unique_ptr<Replacement> replacement_;
 };
 
-}  // namespace text
+}   // namespace text

@@ -52,7 +52,7 @@ void putText(std::string* out, std::string_view text) {
   out->append(text);
 }
 
-}  // namespace
+}   // namespace
 
 void Encoder::add(std::string* out, Kind kind, std::string_view payload) {
   std::string head;
@@ -225,4 +225,4 @@ bool applyEdits(std::string_view payload, Document* document, bool* last) {
   return bytes.done() && document->apply(edits, {});
 }
 
-}  // namespace text::journal
+}   // namespace text::journal

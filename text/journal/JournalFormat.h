@@ -21,12 +21,12 @@ namespace text {
 
 // What a journal tells of its document.
 struct JournalAbout {
-  std::string path;                  // of the file; empty: untitled
+  std::string path;   // of the file; empty: untitled
   std::string title;
   FileFormat format;
-  std::optional<FileStamp> stamp;    // of the file as it was loaded or saved last
-  std::int64_t startedNs = 0;        // since the epoch; set by the writer
-  std::int64_t caret = -1;           // where it stood, in bytes; -1: not known
+  std::optional<FileStamp> stamp;   // of the file as it was loaded or saved last
+  std::int64_t startedNs = 0;       // since the epoch; set by the writer
+  std::int64_t caret = -1;          // where it stood, in bytes; -1: not known
   bool operator==(const JournalAbout&) const = default;
 };
 
@@ -58,9 +58,9 @@ class Decoder {
  public:
   using Read = std::function<std::int64_t(char* to, std::size_t length)>;
   explicit Decoder(Read read) : read_(std::move(read)) {}
-  bool magic();                          // call first; false: no journal of this version
-  bool next(Record* record);             // false: the end, or a record that is not what was written
-  bool clean() const { return clean_; }  // the end was met just behind a good record
+  bool magic();                                 // call first; false: no journal of this version
+  bool next(Record* record);                    // false: the end, or a record that is not what was written
+  bool clean() const { return clean_; }         // the end was met just behind a good record
   std::int64_t good() const { return good_; }   // bytes of magic and good records so far
 
  private:
@@ -84,5 +84,5 @@ void encodeChange(const std::vector<Change::Span>& spans, const Snapshot& after,
 // may then be half changed.
 bool applyEdits(std::string_view payload, Document* document, bool* last);
 
-}  // namespace journal
-}  // namespace text
+}   // namespace journal
+}   // namespace text

@@ -140,7 +140,7 @@ class Replay {
   bool aboutSeen_ = false, open_ = false;
 };
 
-}  // namespace
+}   // namespace
 
 RecoveredText readJournal(int fd) {
   try {
@@ -254,4 +254,4 @@ std::vector<LeftText> leftCopiesElsewhere(const std::string& folder) {
   return all;
 }
 
-}  // namespace text
+}   // namespace text

@@ -14,13 +14,13 @@ namespace text {
 
 // How a journal was read.
 struct RecoveredText {
-  std::string error;          // for the user; not empty: nothing came back
-  JournalAbout about;         // the last one before the reading ended
+  std::string error;    // for the user; not empty: nothing came back
+  JournalAbout about;   // the last one before the reading ended
   Snapshot text;
-  bool whole = false;         // read to its very end
-  bool baseWhole = false;     // false: the beginning of a text that was still being written down; never to replace a file
-  std::int64_t caret = -1;    // behind the last change, or where it stood when the journal was told later; -1: not known
-  std::int64_t changes = 0;   // made to the text since the journal began, as far as they came back
+  bool whole = false;                // read to its very end
+  bool baseWhole = false;            // false: the beginning of a text that was still being written down; never to replace a file
+  std::int64_t caret = -1;           // behind the last change, or where it stood when the journal was told later; -1: not known
+  std::int64_t changes = 0;          // made to the text since the journal began, as far as they came back
   std::int64_t read = 0, size = 0;   // bytes of the journal that were good, and all
 };
 
@@ -58,4 +58,4 @@ std::vector<LeftText> leftCopies(const std::vector<std::string>& paths);
 // Copies of any file, in the folder for those that could not be put beside it. The same.
 std::vector<LeftText> leftCopiesElsewhere(const std::string& folder);
 
-}  // namespace text
+}   // namespace text

@@ -20,7 +20,7 @@ struct FoldedLetters {
   }
 };
 
-}  // namespace
+}   // namespace
 
 bool isWordChar(char32_t code) {
   const auto category = property(code).category;
@@ -70,4 +70,4 @@ std::vector<char32_t> lettersThatFoldTo(char32_t folded) {
   return letters;
 }
 
-}  // namespace text
+}   // namespace text

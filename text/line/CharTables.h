@@ -6,7 +6,7 @@
 namespace text {
 
 // For code points from U+0080 on.
-bool isWordChar(char32_t code);    // letters, digits, marks
+bool isWordChar(char32_t code);   // letters, digits, marks
 bool isBlankChar(char32_t code);
 bool isExtending(char32_t code);   // belongs to the character before it: marks, and the joiner of pictures
 
@@ -17,4 +17,4 @@ char32_t toLower(char32_t code);
 char32_t fold(char32_t code);
 std::vector<char32_t> lettersThatFoldTo(char32_t folded);   // beyond ASCII, `folded` too
 
-}  // namespace text
+}   // namespace text

@@ -16,11 +16,9 @@ bool continues(unsigned char b) { return (b & 0xC0) == 0x80; }
 int sequenceLength(std::string_view s) { return std::max(utf8Sequence(s.data(), s.data() + s.size()), 0); }
 
 // The length of the run of ASCII bytes at the start.
-std::size_t asciiRun(std::string_view s) {
-  return static_cast<std::size_t>(endOfAscii(s.data(), s.data() + s.size()) - s.data());
-}
+std::size_t asciiRun(std::string_view s) { return static_cast<std::size_t>(endOfAscii(s.data(), s.data() + s.size()) - s.data()); }
 
-}  // namespace
+}   // namespace
 
 Char decode(std::string_view bytes) {
   if (bytes.empty()) return {};
@@ -86,7 +84,8 @@ std::int64_t byteOfColumn(std::string_view line, CharColumn column) {
   std::int64_t left = std::max<std::int64_t>(column.value, 0);
   std::size_t i = 0;
   while (i < line.size() && left > 0) {
-    const auto part = line.substr(i, static_cast<std::size_t>(std::min<std::int64_t>(left, static_cast<std::int64_t>(line.size()))));
+    const auto part =
+        line.substr(i, static_cast<std::size_t>(std::min<std::int64_t>(left, static_cast<std::int64_t>(line.size()))));
     if (const std::size_t run = asciiRun(part); run > 0) {
       left -= static_cast<std::int64_t>(run);
       i += run;
@@ -123,7 +122,7 @@ Extent along(std::string_view line, const Extent& most, int tabSize) {
 
 constexpr std::int64_t noLimit = std::numeric_limits<std::int64_t>::max() / 2;
 
-}  // namespace
+}   // namespace
 
 DisplayColumn displayColumn(std::string_view line, std::int64_t byte, int tabSize) {
   return DisplayColumn(along(line, {std::max<std::int64_t>(byte, 0), noLimit, noLimit}, tabSize).cells);
@@ -153,4 +152,4 @@ bool validUtf8(std::string_view bytes) {
   return true;
 }
 
-}  // namespace text
+}   // namespace text

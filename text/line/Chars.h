@@ -17,11 +17,11 @@ struct Char {
   bool bad = false;    // not valid UTF-8
 };
 
-Char decode(std::string_view bytes);        // the first character
-Char decodeLast(std::string_view bytes);    // the last one
-std::string encode(char32_t code);          // in UTF-8; precondition: a code point
-int cells(char32_t code);                   // of it alone: 0 combining and invisible, 1, or 2 wide (see Segments.h)
-int utf16Length(const Char& c);             // 2 beyond U+FFFF, else 1
+Char decode(std::string_view bytes);       // the first character
+Char decodeLast(std::string_view bytes);   // the last one
+std::string encode(char32_t code);         // in UTF-8; precondition: a code point
+int cells(char32_t code);                  // of it alone: 0 combining and invisible, 1, or 2 wide (see Segments.h)
+int utf16Length(const Char& c);            // 2 beyond U+FFFF, else 1
 // The length in bytes of the segment (see Segments.h), or CR LF, that starts / ends there.
 int clusterLength(std::string_view bytes);
 int clusterLengthBefore(std::string_view bytes);
@@ -36,4 +36,4 @@ std::int64_t byteOfDisplay(std::string_view line, DisplayColumn column, int tabS
 bool validUtf8(std::string_view bytes);
 bool isAscii(std::string_view bytes);
 
-}  // namespace text
+}   // namespace text

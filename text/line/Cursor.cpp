@@ -75,4 +75,4 @@ bool Cursor::backToByte(char b) {
   return false;
 }
 
-}  // namespace text
+}   // namespace text

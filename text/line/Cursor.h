@@ -17,9 +17,9 @@ class Cursor {
   bool atStart() const { return at_ == 0; }
   bool atEnd() const { return at_ >= size_; }
 
-  Char peek();          // the character at the cursor; bytes == 0 at the end
-  Char peekBefore();    // the one before it; bytes == 0 at the start
-  Char next();          // peek() and step over it
+  Char peek();         // the character at the cursor; bytes == 0 at the end
+  Char peekBefore();   // the one before it; bytes == 0 at the start
+  Char next();         // peek() and step over it
   Char previous();
 
   // The block's bytes from the cursor on (empty only at the end), or before it.
@@ -33,8 +33,8 @@ class Cursor {
  private:
   const Snapshot* text_;
   std::int64_t size_, at_ = 0;
-  std::string_view chunk_;          // the block last used
-  std::int64_t chunkBegin_ = 0;     // its offset in the text
+  std::string_view chunk_;        // the block last used
+  std::int64_t chunkBegin_ = 0;   // its offset in the text
 };
 
-}  // namespace text
+}   // namespace text

@@ -52,7 +52,9 @@ class ShortestEdit {
     std::int64_t x = n_, y = m_;
     for (auto d = static_cast<std::int64_t>(trace_.size()) - 1; d > 0; --d) {
       const std::vector<std::int64_t>& last = trace_[static_cast<std::size_t>(d - 1)];
-      const auto at = [&](std::int64_t k) { return k < -(d - 1) || k > d - 1 ? std::int64_t(-1) : last[static_cast<std::size_t>(k + d - 1)]; };
+      const auto at = [&](std::int64_t k) {
+        return k < -(d - 1) || k > d - 1 ? std::int64_t(-1) : last[static_cast<std::size_t>(k + d - 1)];
+      };
       const std::int64_t k = x - y;
       const bool down = k == -d || (k != d && at(k - 1) < at(k + 1));
       x = down ? at(k + 1) : at(k - 1);
@@ -68,7 +70,7 @@ class ShortestEdit {
   std::vector<std::vector<std::int64_t>> trace_;
 };
 
-}  // namespace
+}   // namespace
 
 std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, std::int64_t most) {
   const std::vector<std::uint64_t> a = hashes(before), b = hashes(after);
@@ -82,7 +84,8 @@ std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, s
   ShortestEdit edit(a.data() + head, n - head - tail, b.data() + head, m - head - tail);
   if (!edit.run(most)) return {{LineNo(head), LineNo(n - tail), LineNo(head), LineNo(m - tail)}};
   std::vector<char> gone(a.size(), 0), fresh(b.size(), 0);
-  edit.backwards([&](std::int64_t line) { gone[std::size_t(head + line)] = 1; }, [&](std::int64_t line) { fresh[std::size_t(head + line)] = 1; });
+  edit.backwards([&](std::int64_t line) { gone[std::size_t(head + line)] = 1; },
+                 [&](std::int64_t line) { fresh[std::size_t(head + line)] = 1; });
   for (std::int64_t i = head, j = head; i < n || j < m;) {
     const std::int64_t fromA = i, fromB = j;
     while (i < n && gone[std::size_t(i)]) ++i;
@@ -93,4 +96,4 @@ std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, s
   return hunks;
 }
 
-}  // namespace text
+}   // namespace text

@@ -17,4 +17,4 @@ struct LineHunk {
 // beginning and end is one hunk then. Time grows with the lines times the lines that differ.
 std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, std::int64_t most = 2000);
 
-}  // namespace text
+}   // namespace text

@@ -22,4 +22,4 @@ LineEnds lineEndsOf(const Snapshot& text, std::int64_t limit) {
   return seen;
 }
 
-}  // namespace text
+}   // namespace text

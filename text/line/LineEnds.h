@@ -16,4 +16,4 @@ enum class LineEnds { none, lf, crlf, mixed };
 // Of the first `limit` bytes. none: no line ends there. A text of lone carriage returns is none of them, too.
 LineEnds lineEndsOf(const Snapshot& text, std::int64_t limit);
 
-}  // namespace text
+}   // namespace text

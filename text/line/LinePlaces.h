@@ -58,4 +58,4 @@ class LinePlaces {
   std::vector<Entry> lines_;   // last used last
 };
 
-}  // namespace text
+}   // namespace text

@@ -3,7 +3,11 @@
 namespace text {
 
 LineReader::LineReader(Snapshot text, LineNo first)
-    : text_(std::move(text)), next_(first.value), count_(text_.lineCount()), start_(text_.lineStart(first)), at_(start_),
+    : text_(std::move(text)),
+      next_(first.value),
+      count_(text_.lineCount()),
+      start_(text_.lineStart(first)),
+      at_(start_),
       break_(text_.lineMode() == LineMode::cr ? '\r' : '\n') {}
 
 bool LineReader::next(std::string_view* line) {
@@ -32,4 +36,4 @@ bool LineReader::next(std::string_view* line) {
   }
 }
 
-}  // namespace text
+}   // namespace text

@@ -27,4 +27,4 @@ class LineReader {
   char break_;
 };
 
-}  // namespace text
+}   // namespace text

@@ -18,4 +18,4 @@ struct NewLines {
   }
 };
 
-}  // namespace text
+}   // namespace text

@@ -20,11 +20,30 @@ bool isPlain(unsigned char b) { return b >= 0x20 && b < 0x7F; }
 
 const utf8proc_property_t& property(char32_t code) { return *utf8proc_get_property(static_cast<utf8proc_int32_t>(code)); }
 
-enum class Joining : unsigned char { other, cr, lf, alone, extend, joiner, selector, regional, pictograph, hangulL, hangulV, hangulT, hangulLV, hangulLVT };
+enum class Joining : unsigned char {
+  other,
+  cr,
+  lf,
+  alone,
+  extend,
+  joiner,
+  selector,
+  regional,
+  pictograph,
+  hangulL,
+  hangulV,
+  hangulT,
+  hangulLV,
+  hangulLVT
+};
 
 bool couldHide(const utf8proc_property_t& p) {
   switch (p.category) {
-    case UTF8PROC_CATEGORY_CC: case UTF8PROC_CATEGORY_CF: case UTF8PROC_CATEGORY_CS: case UTF8PROC_CATEGORY_ZL: case UTF8PROC_CATEGORY_ZP: return true;
+    case UTF8PROC_CATEGORY_CC:
+    case UTF8PROC_CATEGORY_CF:
+    case UTF8PROC_CATEGORY_CS:
+    case UTF8PROC_CATEGORY_ZL:
+    case UTF8PROC_CATEGORY_ZP: return true;
     default: return p.ignorable;
   }
 }
@@ -42,7 +61,8 @@ Joining lookedUp(char32_t u) {
   const auto& p = property(u);
   if (couldHide(p)) return alone;
   switch (p.boundclass) {
-    case UTF8PROC_BOUNDCLASS_EXTEND: case UTF8PROC_BOUNDCLASS_SPACINGMARK: return extend;
+    case UTF8PROC_BOUNDCLASS_EXTEND:
+    case UTF8PROC_BOUNDCLASS_SPACINGMARK: return extend;
     case UTF8PROC_BOUNDCLASS_REGIONAL_INDICATOR: return regional;
     case UTF8PROC_BOUNDCLASS_EXTENDED_PICTOGRAPHIC: return pictograph;
     case UTF8PROC_BOUNDCLASS_L: return hangulL;
@@ -138,7 +158,7 @@ std::size_t plainRun(const char* data, std::size_t size) {
   for (; i + 8 <= size; i += 8) {
     std::uint64_t word = 0;
     std::memcpy(&word, data + i, 8);
-    const std::uint64_t low = word - ones * 0x20;              // borrows where a byte is below 0x20
+    const std::uint64_t low = word - ones * 0x20;                  // borrows where a byte is below 0x20
     const std::uint64_t deleted = (word ^ (ones * 0x7F)) - ones;   // and where one is 0x7F
     if (((word | low | deleted) & high) != 0) break;
   }
@@ -146,7 +166,7 @@ std::size_t plainRun(const char* data, std::size_t size) {
   return i;
 }
 
-}  // namespace
+}   // namespace
 
 Extent skipSimple(std::string_view rest, bool toLineEnd, const Extent& most) {
   Extent done, last;   // `last` is a letter that something behind it may join
@@ -168,7 +188,8 @@ Extent skipSimple(std::string_view rest, bool toLineEnd, const Extent& most) {
     const Quick quick = table[code];
     if (quick.joins) return done;
     settle();   // nothing joins it
-    if (quick.cells == 0 || done.units >= most.units || done.bytes + length > most.bytes || done.cells + quick.cells > most.cells) return done;
+    if (quick.cells == 0 || done.units >= most.units || done.bytes + length > most.bytes || done.cells + quick.cells > most.cells)
+      return done;
     last = {length, 1, quick.cells};
     if (length > 1) continue;
     const std::int64_t room = std::min({most.bytes - done.bytes, most.units - done.units, most.cells - done.cells, size - here});
@@ -181,11 +202,13 @@ Segment segmentAt(std::string_view rest, std::int64_t column, int tabSize) {
   if (rest.empty()) return {};
   const unsigned char first = at(rest, 0);
   if (first == '\t') return {'\t', 1, 1, tabSize - static_cast<int>(column % tabSize), Segment::tab, true};
-  if (isPlain(first) && (rest.size() < 2 || at(rest, 1) < 0x80)) return {first, 1, 1, 1, first == ' ' ? Segment::blank : Segment::plain, true};
+  if (isPlain(first) && (rest.size() < 2 || at(rest, 1) < 0x80))
+    return {first, 1, 1, 1, first == ' ' ? Segment::blank : Segment::plain, true};
   const Char c = decode(rest);
   if (c.bad) return {c.code, 1, 1, badByteCells, Segment::badByte, true};
   const Joining how = joining(c);
-  const bool hidden = how == Joining::cr || how == Joining::lf || how == Joining::alone || how == Joining::joiner || how == Joining::selector;
+  const bool hidden =
+      how == Joining::cr || how == Joining::lf || how == Joining::alone || how == Joining::joiner || how == Joining::selector;
   if (hidden) {
     const auto letters = static_cast<int>(hiddenLabel(c.code).size());
     return {c.code, c.bytes, utf16Length(c), (7 * letters + 14) / 10, Segment::hidden, true};   // small letters and the box
@@ -207,8 +230,7 @@ int clusterLength(std::string_view bytes) {
 int clusterLengthBefore(std::string_view bytes) {
   const Char last = decodeLast(bytes);
   if (last.bytes == 0) return 0;
-  if (last.bytes == 1 && last.code < 0x80)
-    return last.code == '\n' && bytes.size() > 1 && bytes[bytes.size() - 2] == '\r' ? 2 : 1;
+  if (last.bytes == 1 && last.code < 0x80) return last.code == '\n' && bytes.size() > 1 && bytes[bytes.size() - 2] == '\r' ? 2 : 1;
   // Back to a place where a cluster certainly ends, whatever stands before it, then forward again.
   std::size_t start = bytes.size() - static_cast<std::size_t>(last.bytes);
   Joining next = joining(last);
@@ -230,7 +252,8 @@ int cells(char32_t code) {
   if (code < 0x300) return 1;
   const auto& p = property(code);
   switch (p.boundclass) {
-    case UTF8PROC_BOUNDCLASS_V: case UTF8PROC_BOUNDCLASS_T: return 0;
+    case UTF8PROC_BOUNDCLASS_V:
+    case UTF8PROC_BOUNDCLASS_T: return 0;
     case UTF8PROC_BOUNDCLASS_EXTENDED_PICTOGRAPHIC: break;
     default:
       if (p.category == UTF8PROC_CATEGORY_MN || p.category == UTF8PROC_CATEGORY_ME || p.category == UTF8PROC_CATEGORY_CF) return 0;
@@ -244,11 +267,13 @@ std::string hiddenLabel(char32_t c) {
   static const char* const controls[] = {"NUL", "SOH", "STX", "ETX", "EOT", "ENQ", "ACK", "BEL", "BS",  "TAB", "LF",
                                          "VT",  "FF",  "CR",  "SO",  "SI",  "DLE", "DC1", "DC2", "DC3", "DC4", "NAK",
                                          "SYN", "ETB", "CAN", "EM",  "SUB", "ESC", "FS",  "GS",  "RS",  "US"};
-  static const struct { char32_t code; const char* label; } named[] = {
-      {0x7F, "DEL"},    {0x85, "NEL"},    {0xAD, "SHY"},    {0x34F, "CGJ"},   {0x61C, "ALM"},   {0x200B, "ZWSP"}, {0x200C, "ZWNJ"},
-      {0x200D, "ZWJ"},  {0x200E, "LRM"},  {0x200F, "RLM"},  {0x2028, "LS"},   {0x2029, "PS"},   {0x202A, "LRE"},  {0x202B, "RLE"},
-      {0x202C, "PDF"},  {0x202D, "LRO"},  {0x202E, "RLO"},  {0x2060, "WJ"},   {0x2066, "LRI"},  {0x2067, "RLI"},  {0x2068, "FSI"},
-      {0x2069, "PDI"},  {0xFEFF, "BOM"}};
+  static const struct {
+    char32_t code;
+    const char* label;
+  } named[] = {{0x7F, "DEL"},    {0x85, "NEL"},   {0xAD, "SHY"},   {0x34F, "CGJ"},  {0x61C, "ALM"},  {0x200B, "ZWSP"},
+               {0x200C, "ZWNJ"}, {0x200D, "ZWJ"}, {0x200E, "LRM"}, {0x200F, "RLM"}, {0x2028, "LS"},  {0x2029, "PS"},
+               {0x202A, "LRE"},  {0x202B, "RLE"}, {0x202C, "PDF"}, {0x202D, "LRO"}, {0x202E, "RLO"}, {0x2060, "WJ"},
+               {0x2066, "LRI"},  {0x2067, "RLI"}, {0x2068, "FSI"}, {0x2069, "PDI"}, {0xFEFF, "BOM"}};
   if (c < 0x20) return controls[c];
   if (c < 0x7F) return {};
   for (const auto& n : named)
@@ -259,4 +284,4 @@ std::string hiddenLabel(char32_t c) {
   return label;
 }
 
-}  // namespace text
+}   // namespace text

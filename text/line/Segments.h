@@ -19,7 +19,7 @@ struct Segment {
   int units = 0;       // of UTF-16; a bad byte is one
   int cells = 0;
   Kind kind = plain;
-  bool single = true;  // one code point
+  bool single = true;   // one code point
 };
 
 constexpr int maxClusterBytes = 64;   // a longer pile of marks makes several segments
@@ -41,4 +41,4 @@ Extent skipSimple(std::string_view rest, bool toLineEnd, const Extent& most);
 std::string hiddenLabel(char32_t code);
 bool isPictograph(char32_t code);
 
-}  // namespace text
+}   // namespace text

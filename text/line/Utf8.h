@@ -74,4 +74,4 @@ inline const char* endOfAscii(const char* p, const char* end) {
   return p;
 }
 
-}  // namespace text
+}   // namespace text

@@ -69,4 +69,4 @@ class Utf8Stream {
   std::string cut_;
 };
 
-}  // namespace text
+}   // namespace text

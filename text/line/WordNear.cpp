@@ -15,4 +15,4 @@ ByteRange wordNear(const Snapshot& text, ByteOffset offset) {
   return cut && !found.empty() ? ByteRange{offset, offset} : found;
 }
 
-}  // namespace text
+}   // namespace text

@@ -11,4 +11,4 @@ inline constexpr std::int64_t longestWord = 4096;   // bytes from the caret
 // wordAt, or empty (at offset) where the word goes on further than that.
 ByteRange wordNear(const Snapshot& text, ByteOffset offset);
 
-}  // namespace text
+}   // namespace text

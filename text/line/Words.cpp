@@ -139,7 +139,7 @@ ByteRange runAround(Cursor cursor, CharClass cls) {
   return {cursor.at(), end.at()};
 }
 
-}  // namespace
+}   // namespace
 
 ByteRange wordAt(const Snapshot& text, ByteOffset offset) {
   Cursor cursor(text, offset);
@@ -196,7 +196,8 @@ namespace {
 
 bool endsSentence(const Char& c) { return !c.bad && (c.code == '.' || c.code == '!' || c.code == '?' || c.code == 0x2026); }
 bool closes(const Char& c) {
-  return !c.bad && (c.code == ')' || c.code == ']' || c.code == '}' || c.code == '"' || c.code == '\'' || c.code == 0x201D || c.code == 0x2019);
+  return !c.bad && (c.code == ')' || c.code == ']' || c.code == '}' || c.code == '"' || c.code == '\'' || c.code == 0x201D ||
+                    c.code == 0x2019);
 }
 bool breaksLine(const Snapshot& text, const Char& c) { return c.code == (text.lineMode() == LineMode::lf ? U'\n' : U'\r'); }
 
@@ -216,7 +217,7 @@ bool sentenceStartsHere(const Snapshot& text, Cursor cursor) {
   return !cursor.atStart() && endsSentence(cursor.peekBefore());
 }
 
-}  // namespace
+}   // namespace
 
 ByteOffset sentenceStartBefore(const Snapshot& text, ByteOffset offset) {
   Cursor cursor(text, offset);
@@ -283,7 +284,7 @@ class LineWalk {
     cursor_.set(cursor_.at() + 1);
     return true;
   }
-  void up() {     // precondition: not on the first line
+  void up() {   // precondition: not on the first line
     cursor_.set(cursor_.at() - 1);
     cursor_.backToByte(breaker_);
   }
@@ -293,7 +294,7 @@ class LineWalk {
   Cursor cursor_;
 };
 
-}  // namespace
+}   // namespace
 
 ByteOffset paragraphStartBefore(const Snapshot& text, ByteOffset offset) {
   LineWalk walk(text, offset);
@@ -340,7 +341,8 @@ ByteOffset nextChar(const Snapshot& text, ByteOffset offset) {
   if (cursor.atEnd()) return cursor.at();
   const auto view = cursor.ahead();
   // A whole cluster within the block, and one byte more that shows where it ends.
-  if (const int length = clusterLength(view.substr(0, maxClusterBytes + 4)); static_cast<std::size_t>(length) < std::min<std::size_t>(view.size(), maxClusterBytes))
+  if (const int length = clusterLength(view.substr(0, maxClusterBytes + 4));
+      static_cast<std::size_t>(length) < std::min<std::size_t>(view.size(), maxClusterBytes))
     if (view.size() - static_cast<std::size_t>(length) >= 4) return cursor.at() + length;
   const auto bytes = text.bytes({cursor.at(), cursor.at() + maxClusterBytes + 4});
   return cursor.at() + clusterLength(bytes);
@@ -356,4 +358,4 @@ ByteOffset previousChar(const Snapshot& text, ByteOffset offset) {
   return cursor.at() - clusterLengthBefore(bytes);
 }
 
-}  // namespace text
+}   // namespace text

@@ -14,10 +14,10 @@ CharClass classOf(char32_t code);   // line breaks are blank
 // the right, else on the left, else empty (at offset). So "alw|.." is "alw" and "alw..|" is "..".
 ByteRange wordAt(const Snapshot& text, ByteOffset offset);
 
-ByteOffset wordStartBefore(const Snapshot& text, ByteOffset offset);  // start of the run before the caret
-ByteOffset wordStartAfter(const Snapshot& text, ByteOffset offset);   // start of the next run
-ByteOffset wordEndAfter(const Snapshot& text, ByteOffset offset);     // end of the run at or behind the caret
-ByteOffset wordEndBefore(const Snapshot& text, ByteOffset offset);    // end of the run before the caret's own
+ByteOffset wordStartBefore(const Snapshot& text, ByteOffset offset);   // start of the run before the caret
+ByteOffset wordStartAfter(const Snapshot& text, ByteOffset offset);    // start of the next run
+ByteOffset wordEndAfter(const Snapshot& text, ByteOffset offset);      // end of the run at or behind the caret
+ByteOffset wordEndBefore(const Snapshot& text, ByteOffset offset);     // end of the run before the caret's own
 
 ByteOffset sentenceStartBefore(const Snapshot& text, ByteOffset offset);
 ByteOffset sentenceStartAfter(const Snapshot& text, ByteOffset offset);
@@ -30,4 +30,4 @@ ByteRange paragraphAt(const Snapshot& text, ByteOffset offset);
 ByteOffset nextChar(const Snapshot& text, ByteOffset offset);
 ByteOffset previousChar(const Snapshot& text, ByteOffset offset);
 
-}  // namespace text
+}   // namespace text

@@ -37,4 +37,4 @@ class AddBuffer {
   Room room_;
 };
 
-}  // namespace text::engine
+}   // namespace text::engine

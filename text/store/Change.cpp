@@ -43,8 +43,10 @@ LineNo Change::mapLine(LineNo old, const Snapshot& now, Bias bias, bool* gone) c
   const std::int64_t k = old - span->oldLine;
   const bool fromStart = now.lineStart(span->firstLine) == span->begin;
   if (k == span->linesRemoved && (k > 0 || (fromStart && bias == Bias::right))) return span->firstLine + span->linesInserted;
-  if (gone) *gone = k == 0 ? fromStart && span->linesInserted == 0 && span->linesRemoved > 0 : k > span->linesInserted || span->linesInserted == 0;
+  if (gone)
+    *gone = k == 0 ? fromStart && span->linesInserted == 0 && span->linesRemoved > 0
+                   : k > span->linesInserted || span->linesInserted == 0;
   return span->firstLine + std::min(k, span->linesInserted);
 }
 
-}  // namespace text
+}   // namespace text

@@ -12,20 +12,20 @@ namespace text {
 // Where a place goes that the change leaves open: one where text was put in, or inside a range that was replaced. The begin of a
 // range that was replaced stays its begin, and its end the end of what came.
 enum class Bias : unsigned char {
-  left,         // before what was put in; to the begin of what came
-  right,        // behind it; to the end
-  alongLeft,    // before what was put in; as far behind the begin of what came as it was before, at most at its end
-  alongRight    // behind it; the same
+  left,        // before what was put in; to the begin of what came
+  right,       // behind it; to the end
+  alongLeft,   // before what was put in; as far behind the begin of what came as it was before, at most at its end
+  alongRight   // behind it; the same
 };
 
 struct Change {
-  struct Span {                  // in ascending order, not overlapping
-    ByteOffset begin;            // where, in the new text
-    std::int64_t removed = 0;    // bytes that went
-    std::int64_t inserted = 0;   // bytes that came
-    LineNo firstLine;            // line of begin, in the new text
-    std::int64_t linesRemoved = 0, linesInserted = 0;  // line breaks that went and came
-    ByteOffset oldBegin;         // begin and firstLine in the old text
+  struct Span {                                         // in ascending order, not overlapping
+    ByteOffset begin;                                   // where, in the new text
+    std::int64_t removed = 0;                           // bytes that went
+    std::int64_t inserted = 0;                          // bytes that came
+    LineNo firstLine;                                   // line of begin, in the new text
+    std::int64_t linesRemoved = 0, linesInserted = 0;   // line breaks that went and came
+    ByteOffset oldBegin;                                // begin and firstLine in the old text
     LineNo oldLine;
 
     ByteOffset oldEnd() const { return oldBegin + removed; }
@@ -33,8 +33,8 @@ struct Change {
     LineNo oldLastLine() const { return oldLine + linesRemoved; }
     std::int64_t linesGrown() const { return firstLine + linesInserted - oldLastLine(); }   // new - old line of what is behind it
   };
-  std::uint64_t revision = 0;    // of the document after the change
-  bool reset = false;            // the whole text was exchanged; spans is empty
+  std::uint64_t revision = 0;   // of the document after the change
+  bool reset = false;           // the whole text was exchanged; spans is empty
   std::vector<Span> spans;
 
   // The place in the new text of an offset of the old one; the text's begin after a reset. O(log spans).
@@ -49,4 +49,4 @@ struct Change {
   LineNo mapLine(LineNo old, const Snapshot& now, Bias bias = Bias::right, bool* gone = nullptr) const;
 };
 
-}  // namespace text
+}   // namespace text

@@ -68,4 +68,4 @@ class ContentHash {
   std::size_t filled_ = 0;
 };
 
-}  // namespace text
+}   // namespace text

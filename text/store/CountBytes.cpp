@@ -39,10 +39,10 @@ std::size_t behindNthByte(const char* bytes, std::size_t length, char value, std
   }
   for (;; --nth) {
     const void* hit = std::memchr(bytes + at, static_cast<unsigned char>(value), length - at);
-    if (!hit) return length;  // precondition broken; stay inside the run
+    if (!hit) return length;   // precondition broken; stay inside the run
     at = static_cast<std::size_t>(static_cast<const char*>(hit) - bytes) + 1;
     if (nth == 1) return at;
   }
 }
 
-}  // namespace text::engine
+}   // namespace text::engine

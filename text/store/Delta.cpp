@@ -28,13 +28,14 @@ void appendPart(std::span<const Piece> list, std::int64_t begin, std::int64_t en
   for (const auto& piece : list) {
     const auto from = std::max<std::int64_t>(begin - at, 0), until = std::min<std::int64_t>(end - at, piece.length);
     if (from < until)
-      pushPiece(to, subPiece(piece, static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(until - from), breakByte), shape.maxPiece);
+      pushPiece(to, subPiece(piece, static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(until - from), breakByte),
+                shape.maxPiece);
     at += piece.length;
     if (at >= end) return;
   }
 }
 
-}  // namespace
+}   // namespace
 
 std::size_t Delta::cost() const {
   std::size_t total = pinned + sizeof(Delta) + items.capacity() * sizeof(DeltaItem);
@@ -181,4 +182,4 @@ std::vector<Change::Span> spansOf(const Delta& delta, const Tree& old, const Tre
   return spans;
 }
 
-}  // namespace text::engine
+}   // namespace text::engine

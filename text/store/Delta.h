@@ -51,4 +51,4 @@ Delta compose(const Delta& first, const Delta& second, const TreeShape& shape, c
 // The spans of the change that led from `old` to `now`; the delta is written down at `now`.
 std::vector<Change::Span> spansOf(const Delta& delta, const Tree& old, const Tree& now);
 
-}  // namespace text::engine
+}   // namespace text::engine

@@ -1,9 +1,9 @@
 #include "text/store/Document.h"
 
 #include <algorithm>
-#include <new>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "text/store/AddBuffer.h"
@@ -41,7 +41,7 @@ std::pair<std::int64_t, std::int64_t> commonEnds(const Tree& a, const Tree& b) {
   return {head, tail};
 }
 
-}  // namespace
+}   // namespace
 
 struct Document::Impl {
   Snapshot now;
@@ -303,4 +303,4 @@ void Document::checkInvariants() const {
   impl_->marks.checkInvariants(impl_->tree()->bytes());
 }
 
-}  // namespace text
+}   // namespace text

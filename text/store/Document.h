@@ -32,10 +32,10 @@ struct SelectionState {
   bool operator==(const SelectionState&) const = default;
 };
 
-enum class Join {      // how an edit joins the undo step before it
-  none,                // a step of its own
-  typing,              // joins the last step when that was typing too and ends where this begins
-  deleting             // the same for runs of Delete and of Backspace
+enum class Join {   // how an edit joins the undo step before it
+  none,             // a step of its own
+  typing,           // joins the last step when that was typing too and ends where this begins
+  deleting          // the same for runs of Delete and of Backspace
 };
 
 using MarkId = std::uint64_t;   // never 0
@@ -70,9 +70,9 @@ class Document {
   // and redo set it back and on. It is in place when listeners are called.
   LineBreak newLine() const;
   void setNewLine(LineBreak newLine);
-  void breakJoin();            // the next typing starts a step of its own (caret moved, saved ...)
+  void breakJoin();   // the next typing starts a step of its own (caret moved, saved ...)
 
-  bool canUndo() const;         // undo() would do something
+  bool canUndo() const;   // undo() would do something
   bool canRedo() const;
   std::optional<SelectionState> undo();   // nullopt: nothing to undo, or read-only
   std::optional<SelectionState> redo();
@@ -94,11 +94,11 @@ class Document {
   // Limits of the undo memory; beyond it whole oldest steps are dropped. The newest step stays whatever its size, unless
   // steps is 0. Default: no limit on steps (SIZE_MAX), 1 GiB.
   void setUndoLimit(std::size_t steps, std::size_t bytes);
-  bool undoWasDropped() const;  // oldest steps have been dropped since the last reset
+  bool undoWasDropped() const;   // oldest steps have been dropped since the last reset
 
-  void markSaved();             // the present text is what is on disk
-  void markUnsaved();           // it is not, whatever undo says (lost file)
-  bool modified() const;        // false again after undoing back to the save point
+  void markSaved();        // the present text is what is on disk
+  void markUnsaved();      // it is not, whatever undo says (lost file)
+  bool modified() const;   // false again after undoing back to the save point
 
   // Marks move with the text as Change::map says. A place outside the text becomes its nearest end. An unknown mark: removeMark does nothing, the others throw
   // std::out_of_range.
@@ -113,7 +113,7 @@ class Document {
   using Listener = std::function<void(const Change&)>;
   [[nodiscard]] std::shared_ptr<void> subscribe(Listener listener);
 
-  void checkInvariants() const;  // aborts with a message on a breach
+  void checkInvariants() const;   // aborts with a message on a breach
 
  private:
   struct Impl;
@@ -136,4 +136,4 @@ class UndoGroup {
   const int exceptions_ = std::uncaught_exceptions();
 };
 
-}  // namespace text
+}   // namespace text

@@ -30,7 +30,7 @@ bool continues(const Delta& last, const Delta& next, Join join, std::int8_t& dir
   return true;
 }
 
-}  // namespace
+}   // namespace
 
 History::Entry History::prepare(Delta delta, const SelectionState& before, Join join, const TreePtr& old) {
   const auto& shape = old->shape();
@@ -98,7 +98,8 @@ void History::commit(Entry entry) noexcept {
     deltas.push_back(std::move(entry.deltas[0]));   // the room for it was made by prepare()
     done_.back().direction = entry.direction;
     const auto& last = deltas.back().items;
-    if (!last.empty()) done_.back().after = {ByteOffset(last.back().begin + last.back().length), ByteOffset(last.back().begin + last.back().length)};
+    if (!last.empty())
+      done_.back().after = {ByteOffset(last.back().begin + last.back().length), ByteOffset(last.back().begin + last.back().length)};
   }
   done_.back().state = ++lastState_;
   joinable_ = true;
@@ -325,4 +326,4 @@ void History::checkInvariants() const {
   require(!groupHasStep_ || (depth_ > 0 && !done_.empty()), "an open step belongs to an open group");
 }
 
-}  // namespace text::engine
+}   // namespace text::engine

@@ -18,18 +18,18 @@ namespace text::engine {
 class History {
  public:
   struct Step {
-    std::uint64_t state = 0;         // number of the state behind the step
+    std::uint64_t state = 0;   // number of the state behind the step
     SelectionState before, after;
     LineBreak newLineBefore = LineBreak::none, newLineAfter = LineBreak::none;   // equal: the step leaves it as it is
-    std::vector<Delta> deltas;       // in order of time; one, except while a group is open
+    std::vector<Delta> deltas;   // in order of time; one, except while a group is open
     std::size_t cost = 0;
     Join join = Join::none;
-    std::int8_t direction = 0;       // of a run of deletions: 1 Delete, -1 Backspace, 0 not known yet
+    std::int8_t direction = 0;   // of a run of deletions: 1 Delete, -1 Backspace, 0 not known yet
   };
   // A change that is ready to be recorded.
   struct Entry {
-    std::list<Step> fresh;      // the new step, when it does not go into the last one
-    std::vector<Delta> deltas;  // what replaces the newest `replaced` deltas of the last step
+    std::list<Step> fresh;       // the new step, when it does not go into the last one
+    std::vector<Delta> deltas;   // what replaces the newest `replaced` deltas of the last step
     std::size_t replaced = 0;
     std::int8_t direction = 0;
   };
@@ -55,7 +55,9 @@ class History {
   bool groupOpen() const { return depth_ > 0; }
   bool groupHasStep() const { return groupHasStep_; }   // something was changed in the open group
   void forgetGroupStep() noexcept;
-  void resetNewLine() noexcept { if (depth_ > 0) newLine_ = newLineAtGroup_; }   // as it was when the group was opened
+  void resetNewLine() noexcept {
+    if (depth_ > 0) newLine_ = newLineAtGroup_;
+  }   // as it was when the group was opened
 
   // See Document::beginRun. `now` is the present tree; without memory the run stays several steps.
   void beginRun();
@@ -71,7 +73,10 @@ class History {
   bool dropped() const { return dropped_; }
   void clear() noexcept;
 
-  void markSaved() { saved_ = state(); unsaved_ = false; }
+  void markSaved() {
+    saved_ = state();
+    unsaved_ = false;
+  }
   void markUnsaved() { unsaved_ = true; }
   bool modified() const { return unsaved_ || state() != saved_; }
 
@@ -86,19 +91,19 @@ class History {
   void weigh(Step& step) noexcept;
 
   std::list<Step> done_, undone_;
-  std::uint64_t bottom_ = 0;      // number of the oldest state
+  std::uint64_t bottom_ = 0;   // number of the oldest state
   std::uint64_t saved_ = 0, lastState_ = 0;
-  std::size_t cost_ = 0;          // of all steps
+  std::size_t cost_ = 0;   // of all steps
   std::size_t stepLimit_ = SIZE_MAX, byteLimit_ = std::size_t{1} << 30;
   struct Run {
-    std::size_t base = 0;     // so many of the done steps are older than the run
-    std::size_t undone = 0;   // so many of the newest undone steps are older than the run
-    std::list<Step> dropped;  // older ones that a change of the run took from the undone ones, in their order
+    std::size_t base = 0;      // so many of the done steps are older than the run
+    std::size_t undone = 0;    // so many of the newest undone steps are older than the run
+    std::list<Step> dropped;   // older ones that a change of the run took from the undone ones, in their order
   };
-  std::optional<Run> run_;    // while one is open
+  std::optional<Run> run_;   // while one is open
   int depth_ = 0;
   LineBreak newLine_ = LineBreak::none, newLineAtGroup_ = LineBreak::none;
   bool groupHasStep_ = false, joinable_ = false, unsaved_ = false, dropped_ = false;
 };
 
-}  // namespace text::engine
+}   // namespace text::engine

@@ -9,7 +9,8 @@ namespace text::engine {
 
 void Marks::Block::measure() {
   if (marks.empty()) return;
-  const auto [least, most] = std::minmax_element(marks.begin(), marks.end(), [](const Mark& a, const Mark& b) { return a.at < b.at; });
+  const auto [least, most] =
+      std::minmax_element(marks.begin(), marks.end(), [](const Mark& a, const Mark& b) { return a.at < b.at; });
   low = least->at;
   high = most->at;
 }
@@ -92,7 +93,8 @@ void Marks::move(const Change& change) noexcept {
   if (change.spans.empty()) return;
   // What lies wholly between two spans only moves its base.
   const auto before = [&](std::int64_t at) {
-    return std::partition_point(change.spans.begin(), change.spans.end(), [at](const Change::Span& s) { return s.oldBegin.value <= at; });
+    return std::partition_point(change.spans.begin(), change.spans.end(),
+                                [at](const Change::Span& s) { return s.oldBegin.value <= at; });
   };
   for (const auto& block : blocks_) {
     const auto low = block->base + block->low, high = block->base + block->high;
@@ -121,4 +123,4 @@ void Marks::checkInvariants(std::int64_t size) const {
   require(count == home_.size(), "each known mark lies in a block");
 }
 
-}  // namespace text::engine
+}   // namespace text::engine

@@ -39,12 +39,10 @@ Child Node::inner(Child* first, std::size_t count) {
 }
 
 void Node::destroy(Node* node) {
-  if (node->height == 0)
-    std::destroy_n(const_cast<Piece*>(node->pieces()), node->count);
-  else
-    std::destroy_n(const_cast<Child*>(node->children()), node->count);
+  if (node->height == 0) std::destroy_n(const_cast<Piece*>(node->pieces()), node->count);
+  else std::destroy_n(const_cast<Child*>(node->children()), node->count);
   node->~Node();
   ::operator delete(node);
 }
 
-}  // namespace text::engine
+}   // namespace text::engine

@@ -18,10 +18,17 @@ class Ref {
  public:
   Ref() = default;
   static Ref adopt(T* fresh) { return Ref(fresh); }
-  Ref(const Ref& o) : p_(o.p_) { if (p_) p_->refs.fetch_add(1, std::memory_order_relaxed); }
+  Ref(const Ref& o) : p_(o.p_) {
+    if (p_) p_->refs.fetch_add(1, std::memory_order_relaxed);
+  }
   Ref(Ref&& o) noexcept : p_(std::exchange(o.p_, nullptr)) {}
-  Ref& operator=(Ref o) noexcept { std::swap(p_, o.p_); return *this; }
-  ~Ref() { if (p_ && p_->refs.fetch_sub(1, std::memory_order_acq_rel) == 1) T::destroy(p_); }
+  Ref& operator=(Ref o) noexcept {
+    std::swap(p_, o.p_);
+    return *this;
+  }
+  ~Ref() {
+    if (p_ && p_->refs.fetch_sub(1, std::memory_order_acq_rel) == 1) T::destroy(p_);
+  }
   T* get() const { return p_; }
   T* operator->() const { return p_; }
   T& operator*() const { return *p_; }
@@ -80,4 +87,4 @@ struct alignas(8) Node {
 };
 static_assert(sizeof(Node) % alignof(Piece) == 0 && sizeof(Node) % alignof(Child) == 0);
 
-}  // namespace text::engine
+}   // namespace text::engine

@@ -12,7 +12,9 @@ namespace text {
 
 // What of `after` really differs from `before`, cut at whole characters; none: nothing. `at` is where `before` stands.
 inline std::optional<Edit> smallestEdit(ByteOffset at, std::string_view before, std::string_view after) {
-  const auto inside = [](std::string_view s, std::size_t i) { return i < s.size() && (static_cast<unsigned char>(s[i]) & 0xC0) == 0x80; };
+  const auto inside = [](std::string_view s, std::size_t i) {
+    return i < s.size() && (static_cast<unsigned char>(s[i]) & 0xC0) == 0x80;
+  };
   std::size_t head = 0, tail = 0;
   const std::size_t shorter = std::min(before.size(), after.size());
   while (head < shorter && before[head] == after[head]) ++head;
@@ -24,4 +26,4 @@ inline std::optional<Edit> smallestEdit(ByteOffset at, std::string_view before, 
               std::string(after.substr(head, after.size() - head - tail))};
 }
 
-}  // namespace text
+}   // namespace text

@@ -92,4 +92,4 @@ Snapshot SnapshotBuilder::finish() {
   return Snapshot(std::move(tree));
 }
 
-}  // namespace text
+}   // namespace text

@@ -20,29 +20,29 @@ enum class LineBreak : unsigned char { none, lf, crlf, cr };
 // The bytes of a break; empty for none.
 std::string_view breakBytes(LineBreak lineBreak);
 
-class Tree;        // the balanced tree of pieces
-struct TreeShape;  // its sizes
+class Tree;         // the balanced tree of pieces
+struct TreeShape;   // its sizes
 
 class Snapshot {
  public:
-  Snapshot();  // the empty text
+  Snapshot();   // the empty text
   explicit Snapshot(std::string bytes, LineMode mode = LineMode::lf);
 
   ByteOffset size() const;
   LineMode lineMode() const;
 
-  std::int64_t lineCount() const;              // >= 1
-  ByteOffset lineStart(LineNo line) const;     // precondition: 0 <= line < lineCount()
-  ByteOffset lineEnd(LineNo line) const;       // before the line's break
-  ByteOffset lineEndWithBreak(LineNo line) const;  // behind it: the start of the next line, or size()
+  std::int64_t lineCount() const;                   // >= 1
+  ByteOffset lineStart(LineNo line) const;          // precondition: 0 <= line < lineCount()
+  ByteOffset lineEnd(LineNo line) const;            // before the line's break
+  ByteOffset lineEndWithBreak(LineNo line) const;   // behind it: the start of the next line, or size()
   LineBreak lineBreak(LineNo line) const;
-  LineNo lineAt(ByteOffset offset) const;      // the line that holds offset; size() is on the last line.
-                                               // An offset inside CR LF belongs to the line that the pair ends.
+  LineNo lineAt(ByteOffset offset) const;   // the line that holds offset; size() is on the last line.
+                                            // An offset inside CR LF belongs to the line that the pair ends.
 
   std::string bytes() const { return bytes({ByteOffset(0), size()}); }   // a copy of all
-  std::string bytes(ByteRange range) const;    // the range is clipped to the text
-  std::string line(LineNo line) const;         // without its break
-  char at(ByteOffset offset) const;            // precondition: offset < size()
+  std::string bytes(ByteRange range) const;                              // the range is clipped to the text
+  std::string line(LineNo line) const;                                   // without its break
+  char at(ByteOffset offset) const;                                      // precondition: offset < size()
 
   // A run of bytes that lie together from offset on (empty only at size()), and one that ends there (empty only at 0);
   // it may end anywhere, inside a character or a CR LF too. Valid while this snapshot or a copy of it lives. The loops over
@@ -53,7 +53,7 @@ class Snapshot {
   // True when both are views of one and the same tree (equal text for certain; false says nothing).
   bool sameAs(const Snapshot& other) const;
 
-  void checkInvariants() const;  // aborts with a message on a breach
+  void checkInvariants() const;   // aborts with a message on a breach
 
  private:
   friend class Document;
@@ -78,4 +78,4 @@ class SnapshotBuilder {
   std::unique_ptr<State> state_;
 };
 
-}  // namespace text
+}   // namespace text

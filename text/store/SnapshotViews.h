@@ -27,7 +27,8 @@ class SnapshotViews {
   std::string_view behind(ByteOffset end, std::int64_t need, ByteOffset limit) {
     if (end <= limit) return {};
     auto chunk = text_.chunkBefore(end);
-    if (static_cast<std::int64_t>(chunk.size()) > end - limit) chunk.remove_prefix(chunk.size() - static_cast<std::size_t>(end - limit));
+    if (static_cast<std::int64_t>(chunk.size()) > end - limit)
+      chunk.remove_prefix(chunk.size() - static_cast<std::size_t>(end - limit));
     const auto wanted = std::min(need, end - limit);
     if (static_cast<std::int64_t>(chunk.size()) >= wanted) return chunk;
     return copy(end - wanted, end);
@@ -49,4 +50,4 @@ class SnapshotViews {
   std::string buffer_;
 };
 
-}  // namespace text
+}   // namespace text

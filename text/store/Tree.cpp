@@ -28,10 +28,8 @@ void eachPiece(const Node& node, std::int64_t begin, std::int64_t end, const Vis
     const std::int64_t length = node.height == 0 ? node.pieces()[i].length : node.children()[i].bytes;
     if (at + length > begin) {
       const auto from = std::max<std::int64_t>(begin - at, 0), to = std::min(end - at, length);
-      if (node.height == 0)
-        visit(node.pieces()[i], static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to));
-      else
-        eachPiece(*node.children()[i].node, from, to, visit);
+      if (node.height == 0) visit(node.pieces()[i], static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to));
+      else eachPiece(*node.children()[i].node, from, to, visit);
     }
     at += length;
   }
@@ -50,8 +48,8 @@ void checkNode(const Child& child, bool isRoot, const Tree& tree) {
       require(piece.length > 0 && piece.length <= shape.maxPiece, "length of a piece within its limits");
       require(countByte(piece.data, piece.length, tree.breakByte()) == piece.breaks, "breaks of a piece");
       require(static_cast<bool>(piece.block), "a piece keeps its block");
-      require(i == 0 || !node.pieces()[i - 1].runsInto(piece) ||
-              node.pieces()[i - 1].length + piece.length > shape.maxPiece, "pieces that belong together are one");
+      require(i == 0 || !node.pieces()[i - 1].runsInto(piece) || node.pieces()[i - 1].length + piece.length > shape.maxPiece,
+              "pieces that belong together are one");
       bytes += piece.length;
       breaks += piece.breaks;
     } else {
@@ -66,7 +64,7 @@ void checkNode(const Child& child, bool isRoot, const Tree& tree) {
   require(!isRoot || node.height == 0 || node.count > 1, "a root above others has more than one child");
 }
 
-}  // namespace
+}   // namespace
 
 Tree::Place Tree::locate(std::int64_t offset) const {
   Place place;
@@ -133,9 +131,8 @@ std::string_view Tree::runBefore(std::int64_t offset) const {
 void Tree::copy(std::int64_t begin, std::int64_t end, std::string& to) const {
   if (begin >= end) return;
   to.reserve(to.size() + static_cast<std::size_t>(end - begin));
-  eachPiece(*root_.node, begin, end, [&](const Piece& piece, std::uint32_t from, std::uint32_t until) {
-    to.append(piece.data + from, until - from);
-  });
+  eachPiece(*root_.node, begin, end,
+            [&](const Piece& piece, std::uint32_t from, std::uint32_t until) { to.append(piece.data + from, until - from); });
 }
 
 void Tree::collect(std::int64_t begin, std::int64_t end, std::vector<Piece>& to) const {
@@ -216,5 +213,5 @@ void invariantBroken(const char* what) {
   std::abort();
 }
 
-}  // namespace engine
-}  // namespace text
+}   // namespace engine
+}   // namespace text

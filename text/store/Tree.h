@@ -20,10 +20,10 @@ namespace text {
 
 // Sizes of the tree and of what a document keeps beside it. A document goes on with the shape of its text's tree.
 struct TreeShape {
-  std::uint32_t maxEntries = 16;     // entries of a node; even, >= 4
-  std::uint32_t maxPiece = 8 * 1024;   // bytes of a piece; >= 1
-  std::uint32_t addBlock = 64 * 1024;  // largest block into which small insertions are gathered; bytes
-  std::size_t bulkEdits = 1024;      // from so many edits in one change, undo keeps the tree before it and not the pieces
+  std::uint32_t maxEntries = 16;        // entries of a node; even, >= 4
+  std::uint32_t maxPiece = 8 * 1024;    // bytes of a piece; >= 1
+  std::uint32_t addBlock = 64 * 1024;   // largest block into which small insertions are gathered; bytes
+  std::size_t bulkEdits = 1024;         // from so many edits in one change, undo keeps the tree before it and not the pieces
   // And up to so many bytes between two of them are written anew. Two pieces take about 64 bytes, but reading from piece to
   // piece takes far longer than the bytes between.
   std::int64_t smallGap = 256;
@@ -37,7 +37,7 @@ struct Splice {
   std::size_t firstPiece = 0, pieceCount = 0;
 };
 
-}  // namespace engine
+}   // namespace engine
 
 using TreePtr = std::shared_ptr<const class Tree>;
 
@@ -64,9 +64,9 @@ class Tree {
   std::int64_t bytes() const { return root_.bytes; }
   std::int64_t breaks() const { return root_.breaks; }
 
-  Place locate(std::int64_t offset) const;            // precondition: 0 <= offset < bytes()
-  std::int64_t breaksBefore(std::int64_t offset) const;  // breaks in [0, offset); 0 <= offset <= bytes()
-  std::int64_t behindBreak(std::int64_t nth) const;   // just behind the nth (1-based) break; 1 <= nth <= breaks()
+  Place locate(std::int64_t offset) const;                // precondition: 0 <= offset < bytes()
+  std::int64_t breaksBefore(std::int64_t offset) const;   // breaks in [0, offset); 0 <= offset <= bytes()
+  std::int64_t behindBreak(std::int64_t nth) const;       // just behind the nth (1-based) break; 1 <= nth <= breaks()
   // Bytes that lie together from / up to offset: a piece, and its neighbours in the same node that go on in the same block.
   std::string_view runFrom(std::int64_t offset) const;
   std::string_view runBefore(std::int64_t offset) const;
@@ -102,7 +102,7 @@ void pushPiece(std::vector<Piece>& list, Piece piece, std::uint32_t maxPiece);
 class Walker {
  public:
   explicit Walker(const Tree& tree) : tree_(tree) {}
-  std::int64_t breaksBefore(std::int64_t offset);   // as in Tree; offset >= the one before
+  std::int64_t breaksBefore(std::int64_t offset);             // as in Tree; offset >= the one before
   bool equals(std::int64_t offset, std::string_view bytes);   // the text has these bytes there; the range lies in the text
 
  private:
@@ -118,5 +118,5 @@ inline void require(bool holds, const char* what) {
   if (!holds) invariantBroken(what);
 }
 
-}  // namespace engine
-}  // namespace text
+}   // namespace engine
+}   // namespace text

@@ -77,8 +77,10 @@ class TreeEditor {
   void narrow(std::int64_t begin, std::int64_t end, std::size_t& first, std::size_t& last) const {
     if (begin > 0)
       while (first < last && splices_[first].end <= begin) ++first;
-    const auto from = splices_.begin() + static_cast<std::ptrdiff_t>(first), to = splices_.begin() + static_cast<std::ptrdiff_t>(last);
-    last = static_cast<std::size_t>(std::partition_point(from, to, [&](const Splice& s) { return s.begin <= end; }) - splices_.begin());
+    const auto from = splices_.begin() + static_cast<std::ptrdiff_t>(first),
+               to = splices_.begin() + static_cast<std::ptrdiff_t>(last);
+    last = static_cast<std::size_t>(std::partition_point(from, to, [&](const Splice& s) { return s.begin <= end; }) -
+                                    splices_.begin());
     while (last > first && splices_[last - 1].begin == end && splices_[last - 1].pieceCount == 0) --last;
   }
 
@@ -132,7 +134,9 @@ class TreeEditor {
   class PieceReader {
    public:
     PieceReader(const Node& leaf, std::int64_t begin, char breakByte)
-        : next_(leaf.pieces()), end_(leaf.pieces() + leaf.count), at_(begin), breakByte_(breakByte) { load(); }
+        : next_(leaf.pieces()), end_(leaf.pieces() + leaf.count), at_(begin), breakByte_(breakByte) {
+      load();
+    }
 
     template <class Take>
     void advance(std::int64_t to, const Take& take) {
@@ -208,4 +212,4 @@ TreePtr Tree::spliced(std::span<const Splice> splices, std::span<const Piece> pi
   return TreePtr(new Tree(mode_, shape_, TreeEditor(shape_, breakByte(), splices, pieces).edit(root_)));
 }
 
-}  // namespace text
+}   // namespace text

@@ -17,18 +17,30 @@ struct Unit {
   constexpr Unit operator+(std::int64_t n) const { return Unit(value + n); }
   constexpr Unit operator-(std::int64_t n) const { return Unit(value - n); }
   constexpr std::int64_t operator-(Unit other) const { return value - other.value; }
-  constexpr Unit& operator+=(std::int64_t n) { value += n; return *this; }
-  constexpr Unit& operator-=(std::int64_t n) { value -= n; return *this; }
-  constexpr Unit& operator++() { ++value; return *this; }
-  constexpr Unit& operator--() { --value; return *this; }
+  constexpr Unit& operator+=(std::int64_t n) {
+    value += n;
+    return *this;
+  }
+  constexpr Unit& operator-=(std::int64_t n) {
+    value -= n;
+    return *this;
+  }
+  constexpr Unit& operator++() {
+    ++value;
+    return *this;
+  }
+  constexpr Unit& operator--() {
+    --value;
+    return *this;
+  }
 };
 
-using ByteOffset = Unit<struct ByteOffsetTag>;        // bytes from the start of the text
-using LineNo = Unit<struct LineNoTag>;                // lines from the top
-using CharColumn = Unit<struct CharColumnTag>;        // UTF-16 units from the start of a line (what QString counts);
-                                                      // a byte that is not valid UTF-8 counts as one
-using DisplayColumn = Unit<struct DisplayColumnTag>;  // cells from the start of a line: tabs expanded, wide
-                                                      // characters two cells, combining marks none
+using ByteOffset = Unit<struct ByteOffsetTag>;         // bytes from the start of the text
+using LineNo = Unit<struct LineNoTag>;                 // lines from the top
+using CharColumn = Unit<struct CharColumnTag>;         // UTF-16 units from the start of a line (what QString counts);
+                                                       // a byte that is not valid UTF-8 counts as one
+using DisplayColumn = Unit<struct DisplayColumnTag>;   // cells from the start of a line: tabs expanded, wide
+                                                       // characters two cells, combining marks none
 
 // A half-open range of bytes [begin, end), begin <= end.
 struct ByteRange {
@@ -38,4 +50,4 @@ struct ByteRange {
   constexpr bool operator==(const ByteRange&) const = default;
 };
 
-}  // namespace text
+}   // namespace text

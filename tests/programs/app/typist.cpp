@@ -95,6 +95,6 @@ class Typist : public QObject {
 void sitDown() { new Typist; }
 Q_COREAPP_STARTUP_FUNCTION(sitDown)
 
-}  // namespace
+}   // namespace
 
 int main(int argc, char** argv) { return Main(argc, argv); }

@@ -5,7 +5,7 @@
 
 namespace {
 
-thread_local long left = 0;          // allocations until the failing one; 0: none fails
+thread_local long left = 0;   // allocations until the failing one; 0: none fails
 thread_local std::size_t least = 0;
 thread_local bool always = false, failed = false;
 
@@ -19,7 +19,7 @@ void* allocate(std::size_t size) {
   throw std::bad_alloc();
 }
 
-}  // namespace
+}   // namespace
 
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
@@ -41,4 +41,4 @@ AllocationFault::~AllocationFault() { left = 0; }
 
 bool AllocationFault::hit() const { return failed; }
 
-}  // namespace testing_files
+}   // namespace testing_files

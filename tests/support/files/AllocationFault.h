@@ -17,4 +17,4 @@ class AllocationFault {
   bool hit() const;   // an allocation has failed
 };
 
-}  // namespace testing_files
+}   // namespace testing_files

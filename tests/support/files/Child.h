@@ -32,4 +32,4 @@ inline int inChild(const std::function<void()>& body) {
   ::_exit(kSkipped);
 }
 
-}  // namespace testing_files
+}   // namespace testing_files

@@ -36,10 +36,10 @@ std::string folderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-}  // namespace
+}   // namespace
 
 struct CrashFileSystem::DataChange {
-  bool cut = false;          // truncate to `at`; else write `bytes` there
+  bool cut = false;   // truncate to `at`; else write `bytes` there
   std::size_t at = 0;
   std::string bytes;
 
@@ -53,7 +53,7 @@ struct CrashFileSystem::DataChange {
 struct CrashFileSystem::Node {
   std::uint64_t inode = 0;
   std::uint32_t mode = 0, owner = 0, group = 0;
-  std::string data, durable;      // of a symlink: where it points
+  std::string data, durable;   // of a symlink: where it points
   std::vector<DataChange> pending;
   std::int64_t mtimeNs = 0, ctimeNs = 0;
 
@@ -84,7 +84,7 @@ struct CrashFileSystem::Node {
 
 struct CrashFileSystem::Handle {
   NodePtr node;
-  std::string path;          // of a folder: what names under it begin with
+  std::string path;   // of a folder: what names under it begin with
   unsigned flags = 0;
   std::size_t at = 0;
   bool locked = false, exclusive = false;
@@ -120,12 +120,10 @@ void CrashFileSystem::touch(Node& node, bool content) {
 
 std::string CrashFileSystem::absolute(int dirFd, const std::string& path) const {
   std::string base = "/";
-  if (path.starts_with('/'))
-    base = path;
+  if (path.starts_with('/')) base = path;
   else if (const auto it = handles_.find(dirFd); dirFd != kCwd && it != handles_.end())
     base = it->second.path + (it->second.path == "/" ? "" : "/") + path;
-  else
-    base += path;
+  else base += path;
   while (base.size() > 1 && (base.ends_with('/') || base.ends_with("/."))) base.pop_back();
   return base;
 }
@@ -146,10 +144,8 @@ CrashFileSystem::Node& CrashFileSystem::node(int fd) { return *handles_.at(fd).n
 
 void CrashFileSystem::apply(const EntryChange& changed, Entries* to) {
   for (const auto& [path, node] : changed) {
-    if (node)
-      (*to)[path] = node;
-    else
-      to->erase(path);
+    if (node) (*to)[path] = node;
+    else to->erase(path);
   }
 }
 
@@ -262,9 +258,7 @@ int CrashFileSystem::statFd(int fd, FileStatus* out) {
   return 0;
 }
 
-int CrashFileSystem::accessAt(int dirFd, const std::string& path, bool) {
-  return find(absolute(dirFd, path), true) ? 0 : -ENOENT;
-}
+int CrashFileSystem::accessAt(int dirFd, const std::string& path, bool) { return find(absolute(dirFd, path), true) ? 0 : -ENOENT; }
 
 std::int64_t CrashFileSystem::read(int fd, char* to, std::size_t length) {
   if (!handles_.count(fd)) return -EBADF;
@@ -301,8 +295,8 @@ int CrashFileSystem::sync(int fd) {
   }
   std::vector<EntryChange> left;
   for (auto& changed : pending_) {
-    const bool here = std::any_of(changed.begin(), changed.end(),
-                                  [&](const auto& entry) { return folderOf(entry.first) == h.path; });
+    const bool here =
+        std::any_of(changed.begin(), changed.end(), [&](const auto& entry) { return folderOf(entry.first) == h.path; });
     if (!here) {
       left.push_back(std::move(changed));
       continue;
@@ -409,4 +403,4 @@ int CrashFileSystem::lock(int fd, bool exclusive, bool) {
 
 int CrashFileSystem::close(int fd) { return handles_.erase(fd) > 0 ? 0 : -EBADF; }
 
-}  // namespace testing_files
+}   // namespace testing_files

@@ -26,7 +26,7 @@ class CrashFileSystem : public text::FileSystem {
   explicit CrashFileSystem(const DiskState& durable = {});
   ~CrashFileSystem() override;
 
-  DiskState now() const;                               // what a running program sees
+  DiskState now() const;   // what a running program sees
   // All distinct states after a power cut now; when there are more than `most`, the extremes and a fixed sample of them.
   std::vector<DiskState> afterPowerCut(std::size_t most = 3000) const;
   void addSymlink(const std::string& path, const std::string& to);
@@ -63,7 +63,7 @@ class CrashFileSystem : public text::FileSystem {
   struct Node;
   using NodePtr = std::shared_ptr<Node>;
   using Entries = std::map<std::string, NodePtr>;
-  using EntryChange = Entries;                         // one atomic change: null removes
+  using EntryChange = Entries;   // one atomic change: null removes
   struct Handle;
 
   std::string absolute(int dirFd, const std::string& path) const;
@@ -77,10 +77,10 @@ class CrashFileSystem : public text::FileSystem {
   void fill(const NodePtr& node, text::FileStatus* out) const;
 
   Entries entries_, durable_;
-  std::vector<EntryChange> pending_;                   // of folders, in order
+  std::vector<EntryChange> pending_;   // of folders, in order
   std::map<int, Handle> handles_;
   std::uint64_t nextInode_ = 1;
   std::int64_t nowNs_ = 1'700'000'000'000'000'000;
 };
 
-}  // namespace testing_files
+}   // namespace testing_files

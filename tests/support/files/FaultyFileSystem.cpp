@@ -146,4 +146,4 @@ int FaultyFileSystem::close(int fd) {
   });
 }
 
-}  // namespace testing_files
+}   // namespace testing_files

@@ -33,7 +33,7 @@ class FaultyFileSystem : public text::FileSystem {
   void shortWrites(std::size_t most) { mostWritten_ = most; }
   // Called before each call. Calls that the hook itself makes go straight to the file system below.
   void before(std::function<void(const Call&)> hook) { hook_ = std::move(hook); }
-  void clear();              // forgets log, faults, limits and hook
+  void clear();   // forgets log, faults, limits and hook
 
   const std::vector<Call>& log() const { return log_; }
   int openDescriptors() const { return static_cast<int>(paths_.size()); }
@@ -66,8 +66,8 @@ class FaultyFileSystem : public text::FileSystem {
 
  private:
   struct Fault {
-    std::string name;        // empty: any call
-    int number;              // of the call, or of the use of that name
+    std::string name;   // empty: any call
+    int number;         // of the call, or of the use of that name
     int error;
     bool forEver;
   };
@@ -98,4 +98,4 @@ class UseFileSystem {
   text::FileSystem* old_;
 };
 
-}  // namespace testing_files
+}   // namespace testing_files

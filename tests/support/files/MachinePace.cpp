@@ -57,4 +57,4 @@ std::int64_t MachinePace::stoodStill(std::int64_t begin, std::int64_t end) const
   return sum;
 }
 
-}  // namespace testing_files
+}   // namespace testing_files

@@ -36,4 +36,4 @@ class MachinePace {
   std::vector<std::unique_ptr<Processor>> processors_;
 };
 
-}  // namespace testing_files
+}   // namespace testing_files

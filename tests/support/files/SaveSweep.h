@@ -16,11 +16,11 @@
 namespace testing_files {
 
 struct SweptSave {
-  std::string old;                                              // what the target holds before
-  std::function<void(const std::string& path)> prepare;         // the file is there; nothing fails yet
-  std::function<bool(const std::string& path)> save;            // false: refused
-  std::function<std::string()> told;                            // what the person was told by the last save
-  std::function<bool(const std::string& bytes)> isFresh;        // the target holds the whole new bytes
+  std::string old;                                         // what the target holds before
+  std::function<void(const std::string& path)> prepare;    // the file is there; nothing fails yet
+  std::function<bool(const std::string& path)> save;       // false: refused
+  std::function<std::string()> told;                       // what the person was told by the last save
+  std::function<bool(const std::string& bytes)> isFresh;   // the target holds the whole new bytes
 };
 
 // Counts of what was tried; a test prints them and asks for a least number.
@@ -57,9 +57,7 @@ inline SweepCount sweepFaults(const SweptSave& what) {
     }
     auto names = folder.names();
     std::erase(names, "target.bak");
-    if (!forEver) {
-      EXPECT_EQ(names, before);
-    }
+    if (!forEver) { EXPECT_EQ(names, before); }
     return std::pair(saved, static_cast<int>(faulty.log().size()));
   };
   const auto [saved, calls] = run([](FaultyFileSystem&) {}, 0, false);
@@ -109,4 +107,4 @@ inline void sweepSave(const SweptSave& what) {
   EXPECT_GT(cuts.states, 30u);
 }
 
-}  // namespace testing_files
+}   // namespace testing_files

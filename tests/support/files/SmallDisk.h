@@ -27,4 +27,4 @@ inline void mountSmall(const std::string& where) {
   if (::mount("none", where.c_str(), "tmpfs", 0, "size=1m") != 0) skipChild("no mount of a small tmpfs allowed here");
 }
 
-}  // namespace testing_files
+}   // namespace testing_files

@@ -53,4 +53,4 @@ std::string readRaw(const std::string& path) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-}  // namespace testing_files
+}   // namespace testing_files

@@ -27,4 +27,4 @@ class TempFolder {
 void writeRaw(const std::string& path, std::string_view bytes);   // truncates or creates; aborts on failure
 std::string readRaw(const std::string& path);                     // aborts when it cannot be read
 
-}  // namespace testing_files
+}   // namespace testing_files
