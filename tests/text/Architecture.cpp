@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // From below; a floor uses itself and what stands before it.
-const std::vector<std::string> kFloors{"text",     "base",     "settings", "process", "handoff", "control", "page",
+const std::vector<std::string> kFloors{"text",     "base",     "settings", "process", "folder", "handoff", "control", "page",
                                        "language", "document", "script",   "change",  "print",   "app"};
 
 // The rooms of a floor and what each uses of the others. What is not here is refused; so is a line that is no longer true.

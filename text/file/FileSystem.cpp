@@ -16,6 +16,14 @@ bool FileStatus::isRegular() const { return (mode & kTypeMask) == kRegular; }
 bool FileStatus::isDirectory() const { return (mode & kTypeMask) == kFolder; }
 bool FileStatus::isSymlink() const { return (mode & kTypeMask) == kSymlink; }
 
+int FileSystem::listEntries(const std::string& path, std::vector<FolderEntry>* entries) {
+  entries->clear();
+  std::vector<std::string> names;
+  const int r = listDir(path, &names);
+  for (std::string& name : names) entries->push_back({std::move(name), FolderEntry::unknown});
+  return r;
+}
+
 FileSystem& fileSystem() { return current ? *current : systemFileSystem(); }
 
 FileSystem* setFileSystem(FileSystem* replacement) {

@@ -26,6 +26,12 @@ struct FileStatus {
   bool operator==(const FileStatus&) const = default;
 };
 
+struct FolderEntry {
+  enum Kind : unsigned char { unknown, file, folder, link, other };
+  std::string name;
+  Kind kind = unknown;   // unknown: the system does not say without a look at it
+};
+
 enum OpenFlags : unsigned {
   kRead = 1,
   kWrite = 2,
@@ -67,8 +73,9 @@ class FileSystem {
   virtual int getAttribute(int fd, const std::string& name, std::string* value) = 0;
   virtual int setAttribute(int fd, const std::string& name, const std::string& value) = 0;
   virtual int removeAttribute(int fd, const std::string& name) = 0;
-  virtual int listDir(const std::string& path, std::vector<std::string>* names) = 0;   // without "." and ".."
-  virtual int lock(int fd, bool exclusive, bool wait) = 0;                             // flock; -EWOULDBLOCK when held by another
+  virtual int listDir(const std::string& path, std::vector<std::string>* names) = 0;     // without "." and ".."
+  virtual int listEntries(const std::string& path, std::vector<FolderEntry>* entries);   // the same with kinds, where known
+  virtual int lock(int fd, bool exclusive, bool wait) = 0;                               // flock; -EWOULDBLOCK when held by another
   virtual int close(int fd) = 0;
 };
 

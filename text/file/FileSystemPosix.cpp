@@ -155,6 +155,34 @@ class Posix final : public FileSystem {
 #endif
   int listDir(const std::string& path, std::vector<std::string>* names) override {
     names->clear();
+    return eachEntry(path, [names](const dirent& entry) { names->emplace_back(entry.d_name); });
+  }
+  int listEntries(const std::string& path, std::vector<FolderEntry>* entries) override {
+    entries->clear();
+    return eachEntry(path, [entries](const dirent& entry) { entries->push_back({entry.d_name, kindOf(entry)}); });
+  }
+  int lock(int fd, bool exclusive, bool wait) override {
+    return orError(::flock(fd, (exclusive ? LOCK_EX : LOCK_SH) | (wait ? 0 : LOCK_NB)));
+  }
+  int close(int fd) override { return orError(::close(fd)); }
+
+ private:
+  static FolderEntry::Kind kindOf(const dirent& entry) {
+#ifdef DT_UNKNOWN
+    switch (entry.d_type) {
+      case DT_UNKNOWN: return FolderEntry::unknown;
+      case DT_REG: return FolderEntry::file;
+      case DT_DIR: return FolderEntry::folder;
+      case DT_LNK: return FolderEntry::link;
+      default: return FolderEntry::other;
+    }
+#else
+    return (void)entry, FolderEntry::unknown;
+#endif
+  }
+
+  template <class Take>
+  int eachEntry(const std::string& path, Take take) {
     const int fd = openAt(kCwd, path, kRead | kDirectory, 0);
     if (fd < 0) return fd;
     DIR* dir = ::fdopendir(fd);
@@ -165,19 +193,14 @@ class Posix final : public FileSystem {
     }
     errno = 0;
     while (const dirent* entry = ::readdir(dir)) {
-      const std::string name = entry->d_name;
-      if (name != "." && name != "..") names->push_back(name);
+      const std::string_view name = entry->d_name;
+      if (name != "." && name != "..") take(*entry);
     }
     const int error = errno;
     ::closedir(dir);
     return -error;
   }
-  int lock(int fd, bool exclusive, bool wait) override {
-    return orError(::flock(fd, (exclusive ? LOCK_EX : LOCK_SH) | (wait ? 0 : LOCK_NB)));
-  }
-  int close(int fd) override { return orError(::close(fd)); }
 
- private:
   // Asks for the size, then for the value; again when it grew between.
   template <class Ask>
   static int sized(std::string* out, Ask ask) {
