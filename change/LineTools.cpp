@@ -231,18 +231,14 @@ qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
   qint64 last = 0;
   if (!valueAt(series, lines.end - lines.first - 1, &last)) return -1;
   const auto& selection = cmx.editor().selection();
-  const auto cellOf = [&](text::ByteOffset at, qint64 extra) {
-    const auto& snapshot = cmx.model()->snapshot();
-    const auto line = snapshot.lineAt(at);
-    return text::displayColumn(snapshot.line(line), at - snapshot.lineStart(line), cmx.TabSize()).value + extra;
-  };
-  const qint64 a = cellOf(selection.anchor, selection.anchorVirtual), c = cellOf(selection.caret, selection.caretVirtual);
+  const int tabSize = cmx.TabSize();
+  const auto cell = [&](text::ByteOffset at, qint64 extra) { return cellOf(*cmx.model(), at, extra, tabSize); };
+  const qint64 a = cell(selection.anchor, selection.anchorVirtual), c = cell(selection.caret, selection.caretVirtual);
   const qint64 startCell = range.ColumnSel ? std::min(a, c)
-                                           : cellOf(cmx.editor().offsetOf({range.StartLineNo, range.StartColNo}),
-                                                    range.IsEmpty() ? selection.caretVirtual : 0);
+                                           : cell(cmx.editor().offsetOf({range.StartLineNo, range.StartColNo}),
+                                                  range.IsEmpty() ? selection.caretVirtual : 0);
   const qint64 endCell = range.ColumnSel ? std::max(a, c) : startCell;
   qint64 behind = startCell;
-  const int tabSize = cmx.TabSize();
   const qint64 done = LineWork::run(cmx, lines, T::tr("Putting numbers in..."), [&](LineWork& work) {
     for (std::string_view line; work.next(&line);) {
       const auto total = text::displayColumn(line, static_cast<std::int64_t>(line.size()), tabSize).value;
@@ -259,6 +255,6 @@ qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
   // What is typed next stands behind the numbers, in every row that got one.
   if (done > 0)
     cmx.editor().setSelection(
-        columnSelection(cmx.model()->snapshot(), text::LineNo(lines.first), behind, text::LineNo(lines.end - 1), behind, tabSize));
+        columnSelection(*cmx.model(), text::LineNo(lines.first), behind, text::LineNo(lines.end - 1), behind, tabSize));
   return done;
 }

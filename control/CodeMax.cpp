@@ -67,7 +67,7 @@ void CodeMax::setUp(std::shared_ptr<TextModel> model) {
 
   // The measures of long lines are the panes' common ground: they hear of a change first.
   connect(state.model.get(), &TextModel::changed, this, [this](const text::Change& change) {
-    impl_->state.longLines.onChange(change, impl_->state.model->snapshot());
+    impl_->state.widths.onChange(change, impl_->state.model->snapshot());
     for (Pane* pane : impl_->grid->panes()) pane->modelChanged(change);
   });
   connect(state.model.get(), &TextModel::appearanceChanged, this, [this] { impl_->repaint(); });

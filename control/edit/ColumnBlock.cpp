@@ -2,48 +2,43 @@
 
 #include <algorithm>
 
-#include "text/line/Chars.h"
-
 using namespace text;
 
 namespace {
 
 std::size_t index(std::int64_t n) { return static_cast<std::size_t>(n); }
 
-std::int64_t cellsTo(std::string_view line, std::int64_t byte, int tabSize) { return displayColumn(line, byte, tabSize).value; }
+std::int64_t whole(double cells) { return static_cast<std::int64_t>(cells); }
+LinePlace atCell(std::int64_t cell) { return LinePlace::atX(static_cast<double>(cell)); }
 
 }   // namespace
 
-std::int64_t cellOf(const Snapshot& text, ByteOffset offset, std::int64_t virtualCells, int tabSize) {
-  const ByteOffset start = text.lineStart(text.lineAt(offset));
-  const std::string line = text.bytes({start, offset});
-  return cellsTo(line, static_cast<std::int64_t>(line.size()), tabSize) + virtualCells;
+std::int64_t cellOf(TextModel& model, ByteOffset offset, std::int64_t virtualCells, int tabSize) {
+  LineMap line = model.line(model.snapshot().lineAt(offset), tabSize);
+  return whole(line.at(LinePlace::atByte(offset - line.start())).x) + virtualCells;
 }
 
-ByteOffset offsetAtCell(const Snapshot& text, LineNo lineNo, std::int64_t cell, int tabSize, std::int64_t* virtualCells) {
-  const std::string line = text.line(lineNo);
-  const std::int64_t byte = byteOfDisplay(line, DisplayColumn(cell), tabSize);
-  if (virtualCells) {
-    *virtualCells = 0;
-    if (byte == static_cast<std::int64_t>(line.size()))
-      *virtualCells = std::max<std::int64_t>(0, cell - cellsTo(line, byte, tabSize));
-  }
-  return text.lineStart(lineNo) + byte;
+ByteOffset offsetAtCell(TextModel& model, LineNo lineNo, std::int64_t cell, int tabSize, std::int64_t* virtualCells) {
+  LineMap line = model.line(lineNo, tabSize);
+  const LinePlace at = line.at(atCell(cell));
+  if (virtualCells) *virtualCells = at.byte == line.length() ? std::max<std::int64_t>(0, cell - whole(at.x)) : 0;
+  return line.start() + at.byte;
 }
 
-SelectionState columnSelection(const Snapshot& text, LineNo anchorLine, std::int64_t anchorCell, LineNo caretLine,
+SelectionState columnSelection(TextModel& model, LineNo anchorLine, std::int64_t anchorCell, LineNo caretLine,
                                std::int64_t caretCell, int tabSize) {
   SelectionState s;
   s.column = true;
-  s.anchor = offsetAtCell(text, anchorLine, anchorCell, tabSize, &s.anchorVirtual);
-  s.caret = offsetAtCell(text, caretLine, caretCell, tabSize, &s.caretVirtual);
+  s.anchor = offsetAtCell(model, anchorLine, anchorCell, tabSize, &s.anchorVirtual);
+  s.caret = offsetAtCell(model, caretLine, caretCell, tabSize, &s.caretVirtual);
   return s;
 }
 
-ColumnBlock columnBlock(const Snapshot& text, const SelectionState& s, int tabSize) {
+ColumnBlock columnBlock(TextModel& model, const SelectionState& s, int tabSize) {
+  const Snapshot& text = model.snapshot();
   ColumnBlock block;
   const LineNo a = text.lineAt(s.anchor), c = text.lineAt(s.caret);
-  const std::int64_t x = cellOf(text, s.anchor, s.anchorVirtual, tabSize), y = cellOf(text, s.caret, s.caretVirtual, tabSize);
+  const std::int64_t x = cellOf(model, s.anchor, s.anchorVirtual, tabSize), y = cellOf(model, s.caret, s.caretVirtual, tabSize);
   block.first = std::min(a, c);
   block.last = std::max(a, c);
   block.left = std::min(x, y);
@@ -51,50 +46,47 @@ ColumnBlock columnBlock(const Snapshot& text, const SelectionState& s, int tabSi
   return block;
 }
 
-ColumnRow columnRow(const Snapshot& text, LineNo lineNo, std::int64_t left, std::int64_t right, int tabSize) {
-  const std::string line = text.line(lineNo);
-  const ByteOffset start = text.lineStart(lineNo);
-  const auto size = static_cast<std::int64_t>(line.size());
+ColumnRow columnRow(TextModel& model, LineNo lineNo, std::int64_t left, std::int64_t right, int tabSize) {
+  LineMap line = model.line(lineNo, tabSize);
+  const auto tabAt = [&](const LinePlace& at) { return model.snapshot().at(line.start() + at.byte) == '\t'; };
   ColumnRow row;
 
-  std::int64_t begin = byteOfDisplay(line, DisplayColumn(left), tabSize);
-  const std::int64_t beginCell = cellsTo(line, begin, tabSize);
-  std::int64_t bodyBegin = begin;
+  LinePlace begin = line.at(atCell(left)), body = begin;
   bool cutByBoth = false;   // one tab reaches over the whole block
-  if (beginCell < left) {
-    if (begin == size) {
+  if (const std::int64_t beginCell = whole(begin.x); beginCell < left) {
+    if (begin.byte == line.length()) {
       row.missing = left - beginCell;
     } else {
-      const std::int64_t behind = begin + clusterLength(std::string_view(line).substr(index(begin)));
-      const std::int64_t behindCell = cellsTo(line, behind, tabSize);
-      if (line[index(begin)] == '\t') {
+      body = line.behind(begin);
+      const std::int64_t behindCell = whole(body.x);
+      if (tabAt(begin)) {
         row.keepBefore = left - beginCell;
         row.insideBefore = std::min(behindCell, right) - left;
         cutByBoth = behindCell > right;
         if (cutByBoth) row.keepAfter = behindCell - right;
-        bodyBegin = behind;
       } else {
-        begin = bodyBegin = byteOfDisplay(line, DisplayColumn(behindCell), tabSize);
+        begin = body;
       }
     }
   }
 
-  std::int64_t end = cutByBoth ? bodyBegin : std::max(bodyBegin, byteOfDisplay(line, DisplayColumn(right), tabSize));
-  std::int64_t bodyEnd = end;
-  if (!cutByBoth && end < size) {
-    const std::int64_t endCell = cellsTo(line, end, tabSize);
+  LinePlace end = body;
+  if (!cutByBoth && right > whole(body.x)) end = line.at(atCell(right));
+  std::int64_t bodyEnd = end.byte;
+  if (!cutByBoth && end.byte < line.length()) {
+    const std::int64_t endCell = whole(end.x);
     if (endCell >= left && endCell < right) {
-      const bool tab = line[index(end)] == '\t';
-      const std::int64_t behindCell = cellsTo(line, end + clusterLength(std::string_view(line).substr(index(end))), tabSize);
-      row.keepAfter = behindCell - right;
-      end = byteOfDisplay(line, DisplayColumn(behindCell), tabSize);
-      if (tab) row.insideAfter = right - endCell;
-      else bodyEnd = end;
+      const LinePlace behind = line.behind(end);
+      row.keepAfter = whole(behind.x) - right;
+      if (tabAt(end)) row.insideAfter = right - endCell;
+      else bodyEnd = behind.byte;
+      end = behind;
     }
   }
-  row.range = {start + begin, start + end};
-  row.body = {start + bodyBegin, start + bodyEnd};
-  row.textFollows = end < size || row.keepAfter > 0;
+  const ByteOffset start = line.start();
+  row.range = {start + begin.byte, start + end.byte};
+  row.body = {start + body.byte, start + bodyEnd};
+  row.textFollows = end.byte < line.length() || row.keepAfter > 0;
   return row;
 }
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "text/store/Document.h"
+#include "control/edit/TextModel.h"
 
 struct ColumnBlock {
   text::LineNo first, last;           // both included
@@ -24,17 +24,17 @@ struct ColumnRow {
   bool textFollows = false;                         // the line goes on behind the block
 };
 
-ColumnBlock columnBlock(const text::Snapshot& text, const text::SelectionState& selection, int tabSize);
-ColumnRow columnRow(const text::Snapshot& text, text::LineNo line, std::int64_t left, std::int64_t right, int tabSize);
+ColumnBlock columnBlock(TextModel& model, const text::SelectionState& selection, int tabSize);
+ColumnRow columnRow(TextModel& model, text::LineNo line, std::int64_t left, std::int64_t right, int tabSize);
 // What the block shows of the row: no blanks past the line's end.
 std::string columnRowText(const text::Snapshot& text, const ColumnRow& row);
 // The edit that puts `content` (without breaks) in place of the row's part of the block. Nothing is padded for empty content.
 text::Edit columnRowEdit(const ColumnRow& row, std::string_view content);
 
 // Cells from the start of the line to the place, virtual ones included.
-std::int64_t cellOf(const text::Snapshot& text, text::ByteOffset offset, std::int64_t virtualCells, int tabSize);
+std::int64_t cellOf(TextModel& model, text::ByteOffset offset, std::int64_t virtualCells, int tabSize);
 // The place at `cell` of `line`; *virtualCells are those past its end (null: the line's end does).
-text::ByteOffset offsetAtCell(const text::Snapshot& text, text::LineNo line, std::int64_t cell, int tabSize,
+text::ByteOffset offsetAtCell(TextModel& model, text::LineNo line, std::int64_t cell, int tabSize,
                               std::int64_t* virtualCells = nullptr);
-text::SelectionState columnSelection(const text::Snapshot& text, text::LineNo anchorLine, std::int64_t anchorCell,
-                                     text::LineNo caretLine, std::int64_t caretCell, int tabSize);
+text::SelectionState columnSelection(TextModel& model, text::LineNo anchorLine, std::int64_t anchorCell, text::LineNo caretLine,
+                                     std::int64_t caretCell, int tabSize);

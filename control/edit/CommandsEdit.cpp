@@ -44,12 +44,12 @@ void deleteColumnBeside(Editor& e, bool forward) {
   const Snapshot& text = e.snapshot();
   const SelectionState& s = e.selection();
   const int tabSize = e.options().tabSize;
-  ColumnBlock block = columnBlock(text, s, tabSize);
+  ColumnBlock block = columnBlock(e.model(), s, tabSize);
   const LineNo line = text.lineAt(s.caret);
   const ByteOffset beside = forward ? nextChar(text, s.caret) : previousChar(text, s.caret);
   std::int64_t width = 1;
   if (s.caretVirtual == 0 && text.lineAt(beside) == line)
-    width = std::max<std::int64_t>(1, std::abs(cellOf(text, beside, 0, tabSize) - block.left));
+    width = std::max<std::int64_t>(1, std::abs(cellOf(e.model(), beside, 0, tabSize) - block.left));
   if (forward) block.right += width;
   else block.left = std::max<std::int64_t>(0, block.left - width);
   EditorAccess::fillBlock(e, block, {}, Join::deleting);

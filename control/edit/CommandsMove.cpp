@@ -82,8 +82,8 @@ void extendTo(Editor& e, ByteOffset to) {
   const Snapshot& text = e.snapshot();
   const SelectionState s = e.selection();
   const int tabSize = e.options().tabSize;
-  e.setSelection(columnSelection(text, text.lineAt(s.anchor), cellOf(text, s.anchor, s.anchorVirtual, tabSize), text.lineAt(to),
-                                 cellOf(text, to, 0, tabSize), tabSize));
+  e.setSelection(columnSelection(e.model(), text.lineAt(s.anchor), cellOf(e.model(), s.anchor, s.anchorVirtual, tabSize),
+                                 text.lineAt(to), cellOf(e.model(), to, 0, tabSize), tabSize));
 }
 
 void extendBlock(Editor& e, std::int64_t cells, std::int64_t lines) {
@@ -94,9 +94,9 @@ void extendBlock(Editor& e, std::int64_t cells, std::int64_t lines) {
   const Snapshot& text = e.snapshot();
   const SelectionState s = e.selection();
   const int tabSize = e.options().tabSize;
-  const std::int64_t cell = cellOf(text, s.caret, s.caretVirtual, tabSize) + cells;
+  const std::int64_t cell = cellOf(e.model(), s.caret, s.caretVirtual, tabSize) + cells;
   const LineNo line(std::clamp<std::int64_t>(text.lineAt(s.caret).value + lines, 0, text.lineCount() - 1));
-  e.setSelection(columnSelection(text, text.lineAt(s.anchor), cellOf(text, s.anchor, s.anchorVirtual, tabSize), line,
+  e.setSelection(columnSelection(e.model(), text.lineAt(s.anchor), cellOf(e.model(), s.anchor, s.anchorVirtual, tabSize), line,
                                  std::max<std::int64_t>(0, cell), tabSize));
 }
 
@@ -108,8 +108,8 @@ void moveLines(Editor& e, std::int64_t lines, bool extend) {
   const LineNo from = text.lineAt(s.caret);
   const LineNo to(std::clamp<std::int64_t>(from.value + lines, 0, text.lineCount() - 1));
   const auto kept = EditorAccess::impl(e).goal;
-  const std::int64_t cell = kept ? *kept : cellOf(text, s.caret, s.caretVirtual, tabSize);
-  const ByteOffset caret = to == from ? s.caret : offsetAtCell(text, to, cell, tabSize);
+  const std::int64_t cell = kept ? *kept : cellOf(e.model(), s.caret, s.caretVirtual, tabSize);
+  const ByteOffset caret = to == from ? s.caret : offsetAtCell(e.model(), to, cell, tabSize);
   e.document().breakJoin();
   EditorAccess::place(e, {extend ? s.anchor : caret, caret, 0, 0, false}, cell);
 }

@@ -16,7 +16,7 @@ void scrollTo(Editor& e, qint64 top) { e.host().setTopLine(std::clamp<qint64>(to
 
 void goToCell(Editor& e, qint64 cell) {
   const LineNo line(caretLine(e));
-  e.moveCaret(offsetAtCell(e.snapshot(), line, cell, e.options().tabSize), false);
+  e.moveCaret(offsetAtCell(e.model(), line, cell, e.options().tabSize), false);
 }
 
 void goToBookmark(Editor& e, bool forward) {

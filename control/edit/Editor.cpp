@@ -22,36 +22,6 @@
 
 using namespace text;
 
-namespace {
-
-// UTF-16 units from one character boundary of a line to another. Reads in place: a long line is not copied to be counted.
-std::int64_t columnsBetween(const Snapshot& text, ByteOffset from, ByteOffset to) {
-  std::int64_t columns = 0;
-  while (from < to) {
-    std::string_view part = text.chunkAt(from);
-    part = part.substr(0, static_cast<std::size_t>(std::min<std::int64_t>(to - from, static_cast<std::int64_t>(part.size()))));
-    std::size_t whole = part.size();
-    if (from + static_cast<std::int64_t>(whole) < to) {   // the last character may go on in the next chunk
-      for (std::size_t i = 1; i <= 3 && i <= part.size(); ++i) {
-        const char c = part[part.size() - i];
-        if ((c & 0xC0) == 0xC0) whole = part.size() - i;
-        if ((c & 0xC0) != 0x80) break;
-      }
-    }
-    if (whole == 0) {
-      const Char c = decode(text.bytes({from, std::min(to, from + 4)}));
-      columns += utf16Length(c);
-      from += c.bytes;
-    } else {
-      columns += columnOf(part, static_cast<std::int64_t>(whole)).value;
-      from += static_cast<std::int64_t>(whole);
-    }
-  }
-  return columns;
-}
-
-}   // namespace
-
 void EditorHost::work(std::int64_t, const std::function<void(text::SearchControl&)>& work) {
   text::SearchControl control;
   work(control);
@@ -276,7 +246,7 @@ ByteRange Editor::selectedRange() const {
 
 bool Editor::hasSelection() const {
   if (!selection_.column) return selection_.anchor != selection_.caret;
-  const ColumnBlock block = columnBlock(model_->snapshot(), selection_, options_->tabSize);
+  const ColumnBlock block = columnBlock(*model_, selection_, options_->tabSize);
   return block.left != block.right;
 }
 
@@ -286,16 +256,16 @@ CmPosition Editor::positionOf(ByteOffset offset) const {
   const Snapshot& text = model_->snapshot();
   offset = EditorAccess::snap(text, offset);
   const LineNo line = text.lineAt(offset);
-  return {line.value, columnsBetween(text, text.lineStart(line), offset)};
+  text::LineMap map = model_->line(line, options_->tabSize);
+  return {line.value, map.columnOf(offset - map.start()).value};
 }
 
 ByteOffset Editor::offsetOf(CmPosition position) const {
   const Snapshot& text = model_->snapshot();
   if (position.LineNo < 0) return ByteOffset(0);
   if (position.LineNo >= text.lineCount()) return text.size();
-  const LineNo line(position.LineNo);
-  if (position.ColNo <= 0) return text.lineStart(line);
-  return text.lineStart(line) + byteOfColumn(text.line(line), CharColumn(position.ColNo));
+  text::LineMap map = model_->line(LineNo(position.LineNo), options_->tabSize);
+  return map.start() + map.byteOfColumn(CharColumn(position.ColNo));
 }
 
 CmRange Editor::range(bool normalised) const {
@@ -325,11 +295,11 @@ QString Editor::selectedText() const {
   const Snapshot& text = model_->snapshot();
   if (!selection_.column) return toQString(text.bytes(selectedRange()));
   if (!hasSelection()) return {};
-  const ColumnBlock block = columnBlock(text, selection_, options_->tabSize);
+  const ColumnBlock block = columnBlock(*model_, selection_, options_->tabSize);
   std::string rows;
   for (LineNo line = block.first; line <= block.last; ++line) {
     if (line > block.first) rows += '\n';
-    rows += columnRowText(text, columnRow(text, line, block.left, block.right, options_->tabSize));
+    rows += columnRowText(text, columnRow(*model_, line, block.left, block.right, options_->tabSize));
   }
   return toQString(rows);
 }

@@ -59,7 +59,7 @@ bool EditorAccess::fillBlock(Editor& e, const ColumnBlock& block, const std::str
   SelectionState rough;   // near where it goes: the exact places can only be told in the new text
   std::int64_t shift = 0;
   for (LineNo line = block.first; line <= block.last; ++line) {
-    ColumnRow row = columnRow(text, line, block.left, block.right, tabSize);
+    ColumnRow row = columnRow(e.model(), line, block.left, block.right, tabSize);
     if (over && row.missing == 0 && row.keepAfter == 0) row.range.end = overtyped(text, row.range.end, countCharacters(content));
     Edit edit = columnRowEdit(row, content);
     if (line == anchorLine) rough.anchor = edit.range.begin + shift;
@@ -69,13 +69,13 @@ bool EditorAccess::fillBlock(Editor& e, const ColumnBlock& block, const std::str
   }
   const std::int64_t cell = widthOf(std::string(static_cast<std::size_t>(block.left), ' ') + content, tabSize);
   if (!change(e, edits, rough, join)) return false;
-  place(e, columnSelection(e.snapshot(), anchorLine, cell, caretLine, cell, tabSize));
+  place(e, columnSelection(e.model(), anchorLine, cell, caretLine, cell, tabSize));
   e.document().setSelectionAfter(e.selection());
   return true;
 }
 
 bool EditorAccess::deleteSelection(Editor& e) {
-  if (e.selection().column) return fillBlock(e, columnBlock(e.snapshot(), e.selection(), e.options().tabSize), {});
+  if (e.selection().column) return fillBlock(e, columnBlock(e.model(), e.selection(), e.options().tabSize), {});
   return put(e, e.selectedRange(), {});
 }
 
@@ -93,7 +93,7 @@ bool Editor::typeText(const QString& text) {
   std::string bytes = EditorAccess::incoming(*this, text, line);
   if (selection_.column) {
     if (bytes.find_first_of("\r\n") == std::string::npos) {
-      const ColumnBlock block = columnBlock(snapshot(), selection_, options_->tabSize);
+      const ColumnBlock block = columnBlock(*model_, selection_, options_->tabSize);
       if (bytes == "\t" && options_->expandTabs) bytes = blanksToStop(block.left, options_->tabSize);
       return EditorAccess::fillBlock(*this, block, bytes, Join::typing);
     }
@@ -104,7 +104,7 @@ bool Editor::typeText(const QString& text) {
   }
   ByteRange range = selectedRange();
   if (bytes == "\t" && options_->expandTabs)
-    bytes = blanksToStop(cellOf(snapshot(), range.begin, 0, options_->tabSize), options_->tabSize);
+    bytes = blanksToStop(cellOf(*model_, range.begin, 0, options_->tabSize), options_->tabSize);
   if (overtype && range.empty() && bytes.find_first_of("\r\n") == std::string::npos)
     range.end = overtyped(snapshot(), range.begin, countCharacters(bytes));
   const auto blocks = blockWords(*this);
@@ -173,7 +173,7 @@ bool Editor::insertBlock(const QString& block) {
   const Snapshot text = snapshot();
   const bool before = selection_.caret > selection_.anchor;
   const ByteOffset at = before ? selection_.anchor : selection_.caret;
-  const std::int64_t cell = cellOf(text, at, before ? selection_.anchorVirtual : selection_.caretVirtual, tabSize);
+  const std::int64_t cell = cellOf(*model_, at, before ? selection_.anchorVirtual : selection_.caretVirtual, tabSize);
 
   const std::string bytes = fromQString(block);
   std::vector<std::string_view> rows;
@@ -202,7 +202,7 @@ bool Editor::insertBlock(const QString& block) {
       ++line;
       continue;
     }
-    const ColumnRow row = columnRow(text, line, cell, cell, tabSize);
+    const ColumnRow row = columnRow(*model_, line, cell, cell, tabSize);
     ++line;
     std::string padded(content);
     if (row.textFollows) {

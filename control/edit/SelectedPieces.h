@@ -49,14 +49,14 @@ void forEachSelectedPiece(Editor& e, Use use) {
   if (!e.selection().column) {
     const text::ByteRange range = e.selectedRange();
     forEachLine(text, range, [&](text::LineNo, text::ByteOffset start, std::string_view bytes) {
-      use(start, bytes, start == range.begin ? cellOf(text, start, 0, tabSize) : 0);
+      use(start, bytes, start == range.begin ? cellOf(e.model(), start, 0, tabSize) : 0);
     });
     return;
   }
-  const ColumnBlock block = columnBlock(text, e.selection(), tabSize);
+  const ColumnBlock block = columnBlock(e.model(), e.selection(), tabSize);
   for (text::LineNo line = block.first; line <= block.last; ++line) {
-    const ColumnRow row = columnRow(text, line, block.left, block.right, tabSize);
-    use(row.body.begin, text.bytes(row.body), cellOf(text, row.body.begin, 0, tabSize));
+    const ColumnRow row = columnRow(e.model(), line, block.left, block.right, tabSize);
+    use(row.body.begin, text.bytes(row.body), cellOf(e.model(), row.body.begin, 0, tabSize));
   }
 }
 

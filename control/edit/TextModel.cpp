@@ -15,6 +15,7 @@ struct TextModel::Impl {
   int generation = -1;   // of the language table when the highlighter was looked up
   text::StateCache states;
   text::LongColors longColors;
+  text::LineMaps lines;
   std::vector<text::LineNo> bookmarks;     // ascending
   bool modified = false;                   // as last announced
   bool loadedCrlf = text::kPlatformCrlf;   // enableCrlf() until somebody chooses: as the first line ends
@@ -52,6 +53,7 @@ TextModel::TextModel() : impl_(new Impl) {
   impl_->subscription = document_.subscribe([this](const text::Change& change) {
     impl_->states.onChange(change);
     impl_->longColors.onChange(change, snapshot());
+    impl_->lines.onChange(change, snapshot());
     impl_->moveBookmarks(change, snapshot());
     tell([&] { emit changed(change); });
     tell([&] { announceModified(); });
@@ -156,6 +158,8 @@ bool TextModel::tokensInLongLine(text::LineNo line, text::LineState state, std::
   const text::Highlighter* scanner = highlighter();
   return !scanner || impl_->longColors.tokens(*scanner, snapshot(), line, state, from, to, budget, tokens);
 }
+
+text::LineMaps& TextModel::lines() { return impl_->lines; }
 
 bool TextModel::hasBookmark(text::LineNo line) const {
   return std::binary_search(impl_->bookmarks.begin(), impl_->bookmarks.end(), line);

@@ -11,6 +11,7 @@
 #include "base/QStringBytes.h"
 #include "text/color/Highlight.h"
 #include "text/file/FileIo.h"
+#include "text/line/LineMap.h"
 #include "text/line/NewLines.h"
 #include "text/store/Document.h"
 
@@ -48,6 +49,10 @@ class TextModel : public QObject {
   // See text::LongColors::tokens. True, and none, without a language.
   bool tokensInLongLine(text::LineNo line, text::LineState state, std::int64_t from, std::int64_t to, std::int64_t budget,
                         std::vector<text::Token>* tokens);
+
+  // Where bytes, characters and cells of a line stand. For the present text, until it changes.
+  text::LineMap line(text::LineNo line, int tabSize) { return {lines(), snapshot(), line, tabSize}; }
+  text::LineMaps& lines();
 
   // Bookmarks: lines, moving with the text.
   bool hasBookmark(text::LineNo line) const;

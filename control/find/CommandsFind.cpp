@@ -153,9 +153,9 @@ std::vector<ByteRange> selectedRanges(Editor& e) {
   if (!e.selection().column) return {e.selectedRange()};
   std::vector<ByteRange> rows;
   const int tabSize = e.options().tabSize;
-  const ColumnBlock block = columnBlock(e.snapshot(), e.selection(), tabSize);
+  const ColumnBlock block = columnBlock(e.model(), e.selection(), tabSize);
   for (LineNo line = block.first; line <= block.last; ++line) {
-    const ByteRange body = columnRow(e.snapshot(), line, block.left, block.right, tabSize).body;
+    const ByteRange body = columnRow(e.model(), line, block.left, block.right, tabSize).body;
     if (!body.empty()) rows.push_back(body);
   }
   return rows;

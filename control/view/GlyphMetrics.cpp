@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "text/line/Segments.h"
+#include "base/QStringBytes.h"
+#include "text/line/CharTables.h"
 
 namespace {
 constexpr qsizetype kCacheLimit = 8192;   // clusters of one text are few; a hostile text starts the cache anew
@@ -22,17 +23,15 @@ GlyphMetrics::GlyphMetrics(const QFont& font, double scale)
   // Measured, as many a fixed font does not say that it is one.
   fixed_ = true;
   const double first = metrics.horizontalAdvance(u' ');
-  for (char32_t c = 0x20; c < 0x7F; ++c) {
-    Simple& s = ascii_[c - 0x20];
-    const auto glyphs = raw_.glyphIndexesForString(QString(QChar(static_cast<ushort>(c))));
-    if (!glyphs.isEmpty()) s.glyph = glyphs[0];
-    const double advance = metrics.horizontalAdvance(QChar(static_cast<ushort>(c)));
-    s.advance = std::max(1 / scale_, round(advance));
+  for (char16_t c = 0x20; c < 0x7F; ++c) {
+    const auto glyphs = raw_.glyphIndexesForString(QString(QChar(c)));
+    if (!glyphs.isEmpty()) asciiGlyphs_[c] = glyphs[0];
+    const double advance = metrics.horizontalAdvance(QChar(c));
+    ascii[c] = std::max(1 / scale_, round(advance));
     fixed_ = fixed_ && std::abs(advance - first) < 0.01;
   }
-  cell_ = fixed_ ? ascii_['M' - 0x20].advance : ascii_[0].advance;
-  if (fixed_)
-    for (Simple& s : ascii_) s.advance = cell_;
+  cell_ = tabUnit = ascii[fixed_ ? 'M' : ' '];
+  if (fixed_) ascii.fill(cell_);
   hexByteWidth_ = text::badByteCells * cell_;
   if (!fixed_)
     for (const char* digits : {"00", "AA", "CC", "DD", "88"})
@@ -55,6 +54,28 @@ GlyphMetrics::Simple GlyphMetrics::simple(char32_t code) const {
   if (simple_.size() >= kCacheLimit) simple_.clear();
   simple_.insert(code, result);
   return result;
+}
+
+GlyphMetrics::Simple GlyphMetrics::simple(const text::Segment& s) const {
+  if (!s.single || text::isExtending(s.code)) return {};
+  const Simple simple = this->simple(s.code);
+  return fixed_ && simple.advance > s.cells * cell_ + 0.5 ? Simple() : simple;
+}
+
+QString GlyphMetrics::shownText(const text::Segment& s, std::string_view bytes) const {
+  if (s.kind == text::Segment::badByte) return QString::number(static_cast<uint>(s.code), 16).toUpper();
+  if (s.kind == text::Segment::hidden) return QString::fromStdString(text::hiddenLabel(s.code));
+  const QString text = toQString(bytes.substr(0, static_cast<std::size_t>(s.bytes)));
+  return text::isExtending(s.code) ? QChar(0x25CC) + text : text;   // a mark with nothing that it could belong to
+}
+
+double GlyphMetrics::widthOf(const text::Segment& s, std::string_view bytes) const {
+  if (fixed_ || s.kind == text::Segment::oddBlank) return s.cells * cell_;
+  if (s.kind == text::Segment::badByte) return hexByteWidth_;
+  if (s.kind == text::Segment::hidden) return labelWidth(shownText(s, bytes));
+  if (s.single && s.code < 0x7F) return ascii[s.code];
+  const Simple own = simple(s);
+  return std::max(1.0, round(own.glyph != 0 ? own.advance : shaped(shownText(s, bytes)).advance));
 }
 
 const ShapedCluster& GlyphMetrics::shaped(const QString& cluster) const {

@@ -9,13 +9,15 @@
 #include <QString>
 #include <array>
 
+#include "text/line/Segments.h"
+
 // A cluster that the main font cannot draw glyph by glyph: shaped once, with the fonts that have it.
 struct ShapedCluster {
   QList<QGlyphRun> runs;   // relative to the baseline at the cluster's left edge
   double advance = 0;
 };
 
-class GlyphMetrics {
+class GlyphMetrics : public text::Widths {
  public:
   GlyphMetrics(const QFont& font, double scale);
 
@@ -29,17 +31,19 @@ class GlyphMetrics {
   double round(double pixels) const;   // to device pixels
 
   // 0x20 to 0x7E
-  double asciiAdvance(unsigned char c) const { return ascii_[c - 0x20u].advance; }
-  quint32 asciiGlyph(unsigned char c) const { return ascii_[c - 0x20u].glyph; }
+  double asciiAdvance(unsigned char c) const { return ascii[c]; }
+  quint32 asciiGlyph(unsigned char c) const { return asciiGlyphs_[c]; }
 
   struct Simple {
     quint32 glyph = 0;    // 0: the font has none
     double advance = 0;   // as the font has it
   };
   Simple simple(char32_t code) const;
+  Simple simple(const text::Segment& segment) const;   // no glyph, too, for what has to be shaped or is wider than its cells
   const ShapedCluster& shaped(const QString& cluster) const;
-  double labelWidth(const QString& label) const;          // of a box that holds the label; whole cells in a fixed font
-  double hexByteWidth() const { return hexByteWidth_; }   // of any box with two hex digits
+  double labelWidth(const QString& label) const;   // of a box that holds the label; whole cells in a fixed font
+  double widthOf(const text::Segment& segment, std::string_view bytes) const override;
+  QString shownText(const text::Segment& segment, std::string_view bytes) const;   // of a label, or what is shaped
 
  private:
   QFont font_, labelFont_;
@@ -47,7 +51,7 @@ class GlyphMetrics {
   double scale_, cell_ = 8, ascent_ = 12, hexByteWidth_ = 0;
   int lineHeight_ = 16;
   bool fixed_ = false;
-  std::array<Simple, 0x7F - 0x20> ascii_;
+  std::array<quint32, 0x80> asciiGlyphs_{};
   mutable QHash<char32_t, Simple> simple_;
   mutable QHash<QString, ShapedCluster> shaped_;
   mutable QHash<QString, double> labels_;

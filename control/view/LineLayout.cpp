@@ -1,122 +1,60 @@
 #include "control/view/LineLayout.h"
 
 #include <algorithm>
-#include <cmath>
-
-#include "control/edit/TextModel.h"
-#include "text/line/CharTables.h"
 
 QString hiddenCharLabel(char32_t c) { return QString::fromStdString(text::hiddenLabel(c)); }
 
-LineWalker::LineWalker(std::string_view bytes, bool toLineEnd, LinePlace from, const GlyphMetrics& metrics, int tabSize)
-    : bytes_(bytes), metrics_(metrics), tabSize_(tabSize), toLineEnd_(toLineEnd), base_(from.byte), x_(from.x) {
-  const auto size = static_cast<std::int64_t>(bytes.size());
-  limit_ = toLineEnd ? size : std::max<std::int64_t>(0, size - kLookAhead);
-}
-
-void LineWalker::skipPlain(std::int64_t byte, double x) {
-  const std::int64_t stop = std::min(limit_, byte - base_);
-  const auto rest = bytes_.substr(static_cast<std::size_t>(at_));
-  if (stop <= at_) return;
-  if (metrics_.fixedPitch()) {
-    const auto cells = static_cast<std::int64_t>(std::clamp((x - x_) / metrics_.cell() + 1e-6, 0.0, 1e15));
-    const text::Extent run = text::skipSimple(rest, toLineEnd_, {stop - at_, stop - at_, cells});
-    at_ += run.bytes;
-    x_ += static_cast<double>(run.cells) * metrics_.cell();
-    return;
-  }
-  // One letter at a time, each of its width; the one before a mark is not plain.
-  while (at_ < stop && bytes_[static_cast<std::size_t>(at_)] >= 0x20 && bytes_[static_cast<std::size_t>(at_)] < 0x7F) {
-    const auto behind = static_cast<std::size_t>(at_) + 1;
-    if (behind < bytes_.size() ? static_cast<unsigned char>(bytes_[behind]) >= 0x80 : !toLineEnd_) return;
-    const double next = x_ + metrics_.asciiAdvance(static_cast<unsigned char>(bytes_[behind - 1]));
-    if (next > x) return;
-    x_ = next;
-    ++at_;
-  }
-}
-
-LayoutItem LineWalker::next(QString* text) {
-  const std::string_view rest = bytes_.substr(static_cast<std::size_t>(at_));
-  const bool fixed = metrics_.fixedPitch();
-  const text::Segment s = text::segmentAt(rest, 0, tabSize_);
-  LayoutItem item;
-  item.byte = base_ + at_;
-  item.x = x_;
-  item.bytes = s.bytes;
-  const double cells = s.cells * metrics_.cell();
-  switch (s.kind) {
-    case text::Segment::tab: {
-      item.kind = LayoutItem::tab;
-      const double tabWidth = tabSize_ * metrics_.cell(), into = std::fmod(x_ + 0.01, tabWidth);
-      item.width = tabWidth - into + 0.01;
-      if (item.width < 1) item.width += tabWidth;
-      item.width = metrics_.round(item.width);
-      break;
-    }
-    case text::Segment::badByte:
-      item.kind = LayoutItem::label;
-      item.badByte = true;
-      *text = QStringLiteral("%1").arg(static_cast<uint>(s.code), 2, 16, QLatin1Char('0')).toUpper();
-      item.width = metrics_.hexByteWidth();
-      break;
-    case text::Segment::hidden:
-      item.kind = LayoutItem::label;
-      *text = hiddenCharLabel(s.code);
-      item.width = fixed ? cells : metrics_.labelWidth(*text);
-      break;
-    case text::Segment::oddBlank:
-      item.kind = LayoutItem::oddBlank;
-      item.width = cells;
-      break;
-    case text::Segment::blank:
-      item.kind = LayoutItem::blank;
-      item.width = metrics_.asciiAdvance(' ');
-      break;
-    case text::Segment::plain: {
-      if (s.code < 0x7F && s.single) {
-        item.glyphIndex = metrics_.asciiGlyph(static_cast<unsigned char>(s.code));
-        item.width = metrics_.asciiAdvance(static_cast<unsigned char>(s.code));
-        break;
-      }
-      const bool lone = text::isExtending(s.code);   // a mark with nothing that it could belong to
-      const auto simple = s.single && !lone ? metrics_.simple(s.code) : GlyphMetrics::Simple();
-      if (simple.glyph != 0 && (!fixed || simple.advance <= cells + 0.5)) {
-        item.glyphIndex = simple.glyph;
-        item.width = fixed ? cells : std::max(1.0, metrics_.round(simple.advance));
-      } else {
-        item.kind = LayoutItem::shaped;
-        *text = toQString(rest.substr(0, static_cast<std::size_t>(s.bytes)));
-        if (lone) text->prepend(QChar(0x25CC));
-        item.width = fixed ? cells : std::max(1.0, metrics_.round(metrics_.shaped(*text).advance));
-      }
-    }
-  }
-  at_ += item.bytes;
-  x_ += item.width;
-  return item;
-}
-
-LineLayout::LineLayout(std::string_view bytes, bool toLineEnd, LinePlace from, const GlyphMetrics& metrics, int tabSize,
-                       double right)
-    : begin_(from) {
-  LineWalker walker(bytes, toLineEnd, from, metrics, tabSize);
+LineLayout::LineLayout(std::string_view bytes, bool toLineEnd, const text::LinePlace& from, const GlyphMetrics& metrics,
+                       int tabSize, double right)
+    : begin_(from), end_(from) {
+  using text::Segment;
   items_.reserve(std::min<std::size_t>(bytes.size(), 1024));
-  QString text;
-  while (!walker.done() && walker.place().x <= right) {
-    items_.push_back(walker.next(&text));
-    if (items_.back().kind == LayoutItem::label || items_.back().kind == LayoutItem::shaped) {
-      items_.back().text = static_cast<int>(texts_.size());
-      texts_.push_back(text);
+  const std::size_t ahead = toLineEnd ? 0 : text::segmentAhead;
+  while (bytes.size() > ahead && end_.x <= right) {
+    const Segment s = text::segmentAt(bytes, 0, 1);
+    LayoutItem item;
+    item.byte = end_.byte;
+    item.x = end_.x;
+    item.bytes = s.bytes;
+    item.badByte = s.kind == Segment::badByte;
+    switch (s.kind) {
+      case Segment::tab: item.kind = LayoutItem::tab; break;
+      case Segment::badByte:
+      case Segment::hidden: item.kind = LayoutItem::label; break;
+      case Segment::oddBlank: item.kind = LayoutItem::oddBlank; break;
+      case Segment::blank: item.kind = LayoutItem::blank; break;
+      case Segment::plain:
+        item.glyphIndex =
+            s.single && s.code < 0x7F ? metrics.asciiGlyph(static_cast<unsigned char>(s.code)) : metrics.simple(s).glyph;
+        if (item.glyphIndex == 0 && (s.code >= 0x7F || !s.single)) item.kind = LayoutItem::shaped;
     }
+    if (item.kind == LayoutItem::label || item.kind == LayoutItem::shaped) {
+      item.text = static_cast<int>(texts_.size());
+      texts_.push_back(metrics.shownText(s, bytes));
+    }
+    item.width = s.kind == Segment::tab ? metrics.round(text::tabStop(end_.x, tabSize * metrics.cell()) - end_.x)
+                                        : metrics.widthOf(s, bytes);
+    items_.push_back(item);
+    end_ = {end_.byte + s.bytes, end_.units + s.units, end_.x + item.width};
+    bytes.remove_prefix(static_cast<std::size_t>(s.bytes));
   }
-  end_ = walker.place();
+}
+
+std::vector<LayoutItem>::const_iterator LineLayout::holding(std::int64_t byte) const {
+  const auto it =
+      std::upper_bound(items_.begin(), items_.end(), byte, [](std::int64_t b, const LayoutItem& i) { return b < i.byte; });
+  return it == items_.begin() ? items_.end() : std::prev(it);
 }
 
 double LineLayout::xOf(std::int64_t byte) const {
   if (byte >= end_.byte) return end_.x;
-  auto it = std::upper_bound(items_.begin(), items_.end(), byte, [](std::int64_t b, const LayoutItem& i) { return b < i.byte; });
-  return it == items_.begin() ? begin_.x : std::prev(it)->x;
+  const auto it = holding(byte);
+  return it == items_.end() ? begin_.x : it->x;
+}
+
+double LineLayout::widthAt(std::int64_t byte) const {
+  const auto it = byte < end_.byte ? holding(byte) : items_.end();
+  return it == items_.end() ? 0 : it->width;
 }
 
 std::int64_t LineLayout::byteAt(double x, bool inside) const {

@@ -27,56 +27,34 @@ struct LayoutItem {
   bool badByte = false;   // label of a byte that is not UTF-8
 };
 
-struct LinePlace {
-  std::int64_t byte = 0;
-  double x = 0;
-};
-
-// Walks along a line. `bytes` is the line from `from.byte` on; when it is cut off before the line's end, the last kLookAhead
-// bytes of it are only looked at.
-class LineWalker {
- public:
-  static constexpr std::int64_t kLookAhead = text::maxClusterBytes + 4;   // no item is longer, and what could join it
-
-  LineWalker(std::string_view bytes, bool toLineEnd, LinePlace from, const GlyphMetrics& metrics, int tabSize);
-  LinePlace place() const { return {base_ + at_, x_}; }
-  bool done() const { return at_ >= limit_; }
-  // The item here; *text is that of a label or cluster. Precondition: !done().
-  LayoutItem next(QString* text);
-  // Skips plain characters as long as they begin before `byte` and end at or before `x`. At memory speed.
-  void skipPlain(std::int64_t byte, double x);
-
- private:
-  std::string_view bytes_;
-  const GlyphMetrics& metrics_;
-  int tabSize_;
-  bool toLineEnd_;
-  std::int64_t base_, at_ = 0, limit_;
-  double x_;
-};
-
 class LineLayout {
  public:
   LineLayout() = default;
-  // Lays out until x passes `right` or the bytes end.
-  LineLayout(std::string_view bytes, bool toLineEnd, LinePlace from, const GlyphMetrics& metrics, int tabSize, double right);
+  // Lays out until x passes `right` or the bytes end. `bytes` is the line from `from` on; when it is cut off before the line's end, the
+  // last segmentAhead bytes of it are only looked at.
+  LineLayout(std::string_view bytes, bool toLineEnd, const text::LinePlace& from, const GlyphMetrics& metrics, int tabSize,
+             double right);
 
   const std::vector<LayoutItem>& items() const { return items_; }
   const QString& text(const LayoutItem& item) const { return texts_[static_cast<std::size_t>(item.text)]; }
-  LinePlace begin() const { return begin_; }
-  LinePlace end() const { return end_; }
+  text::LinePlace begin() const { return begin_; }
+  text::LinePlace end() const { return end_; }
 
   // The left edge of the item that holds the byte; clipped to begin() and end().
   double xOf(std::int64_t byte) const;
   // The boundary nearest to x, or (inside) the start of the item that covers it.
   std::int64_t byteAt(double x, bool inside = false) const;
+  // The width of the item that holds the byte; 0 where there is none.
+  double widthAt(std::int64_t byte) const;
   // Makes room before `byte` (for text of an input method that is not in the line yet).
   void insertGap(std::int64_t byte, double width);
 
  private:
+  std::vector<LayoutItem>::const_iterator holding(std::int64_t byte) const;   // end() in front of all
+
   std::vector<LayoutItem> items_;
   std::vector<QString> texts_;
-  LinePlace begin_, end_;
+  text::LinePlace begin_, end_;
 };
 
 // The text in the box of a character that would not be seen, or that is not what it seems; empty for any other.

@@ -39,7 +39,7 @@ bool PaneMouse::onSelection(const QPoint& point) const {
     const ByteOffset at = pane_.view_.offsetAt(point, true);
     return at >= range.begin && at < range.end;
   }
-  const ColumnBlock block = columnBlock(pane_.snapshot(), s, pane_.state_.options->tabSize);
+  const ColumnBlock block = columnBlock(*pane_.state_.model, s, pane_.state_.options->tabSize);
   const std::int64_t line = pane_.view_.lineAtY(point.y()), cell = pane_.view_.cellAt(point);
   return line >= block.first.value && line <= block.last.value && cell >= block.left && cell < block.right;
 }
@@ -68,7 +68,7 @@ void PaneMouse::pressText(QMouseEvent* event) {
     const text::SelectionState s = editor.selection();
     originLine_ = extend ? pane_.snapshot().lineAt(s.anchor).value : view.lineAtY(pressed_.y());
     originCell_ =
-        extend ? cellOf(pane_.snapshot(), s.anchor, s.anchorVirtual, pane_.state_.options->tabSize) : view.cellAt(pressed_);
+        extend ? cellOf(*pane_.state_.model, s.anchor, s.anchorVirtual, pane_.state_.options->tabSize) : view.cellAt(pressed_);
     dragTo(pressed_);
     return;
   }
@@ -155,7 +155,7 @@ void PaneMouse::dragTo(const QPoint& point) {
   const text::Snapshot& text = pane_.snapshot();
   const QPoint inside(point.x(), std::clamp(point.y(), 0, std::max(0, view.height - 1)));
   if (drag_ == Drag::block) {
-    editor.setSelection(columnSelection(text, LineNo(originLine_), originCell_, LineNo(view.lineAtY(inside.y())),
+    editor.setSelection(columnSelection(*pane_.state_.model, LineNo(originLine_), originCell_, LineNo(view.lineAtY(inside.y())),
                                         view.cellAt(inside), pane_.state_.options->tabSize));
     return;
   }

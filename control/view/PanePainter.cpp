@@ -79,7 +79,7 @@ PanePainter::PanePainter(QPainter& painter, TextView& view, const PaneLook& look
   firstLine_ = text.lineAt(selected_.begin).value;
   lastLine_ = text.lineAt(selected_.end).value;
   if (s.column) {
-    const ColumnBlock block = columnBlock(text, s, view.state().options->tabSize);
+    const ColumnBlock block = columnBlock(*view.state().model, s, view.state().options->tabSize);
     blockLeft_ = block.left;
     blockRight_ = block.right;
   }
@@ -120,7 +120,7 @@ ByteRange PanePainter::selectedBytes(std::int64_t line, const Row& row) const {
   if (line < firstLine_ || line > lastLine_) return {};
   if (!look_.selection.column) return {ByteOffset(selected_.begin - row.start), ByteOffset(selected_.end - row.start)};
   if (blockLeft_ == blockRight_) return {};
-  const ColumnRow part = columnRow(view_.snapshot(), LineNo(line), blockLeft_, blockRight_, view_.state().options->tabSize);
+  const ColumnRow part = columnRow(*view_.state().model, LineNo(line), blockLeft_, blockRight_, view_.state().options->tabSize);
   return {ByteOffset(part.body.begin - row.start), ByteOffset(part.body.end - row.start)};
 }
 
@@ -310,7 +310,7 @@ double PanePainter::caretX(TextView& view, const PaneLook& look) {
   const std::int64_t line = view.snapshot().lineAt(s.caret).value;
   double x = view.xOf(line, s.caret) + static_cast<double>(s.caretVirtual) * view.metrics().cell();
   if (s.column && view.metrics().fixedPitch())
-    x = view.xOfCell(line, cellOf(view.snapshot(), s.caret, s.caretVirtual, view.state().options->tabSize));
+    x = view.xOfCell(line, cellOf(*view.state().model, s.caret, s.caretVirtual, view.state().options->tabSize));
   return look.preedit ? x + look.preedit->cursorX() : x;
 }
 
@@ -320,14 +320,9 @@ QRect PanePainter::caretRect(TextView& view, const PaneLook& look) {
   const double left = std::clamp(std::floor(view.textLeft() + caretX(view, look)), -1e6, 1e6);
   double width = kCaretWidth;
   if (look.overtype && !look.preedit) {
-    const ByteOffset end = view.snapshot().lineEnd(line);
-    width = view.metrics().cell();
-    if (s.caret < end) {
-      const std::string here = view.snapshot().bytes({s.caret, std::min(end, s.caret + 2 * LineWalker::kLookAhead)});
-      const bool toEnd = s.caret + 2 * LineWalker::kLookAhead >= end;
-      QString label;
-      width = LineWalker(here, toEnd, {0, left}, view.metrics(), view.state().options->tabSize).next(&label).width;
-    }
+    const Row& row = view.row(line.value);
+    const double here = row.layout.widthAt(s.caret - row.start);
+    width = here > 0 ? here : view.metrics().cell();
   }
   return {static_cast<int>(left), view.yOf(line.value), std::max(1, static_cast<int>(width)), view.lineHeight()};
 }

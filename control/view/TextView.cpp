@@ -68,13 +68,13 @@ void TextView::layOut(Row& row, std::int64_t line) {
   row.start = snapshot().lineStart(number);
   const ByteOffset end = snapshot().lineEnd(number);
   row.length = end - row.start;
-  if (row.length < LongLines::kLong) {
+  if (row.length < text::LineMaps::kLong) {
     row.layout = LineLayout(snapshot().bytes({row.start, end}), true, {}, metrics(), tab, 1e300);
     widen(row.layout.end().x);
     return;
   }
   row.whole = false;
-  const LinePlace from = state_.longLines.beforeX(snapshot(), number, static_cast<double>(left), metrics(), tab);
+  const text::LinePlace from = placeBefore(number, static_cast<double>(left));
   const double right = static_cast<double>(left) + width;
   for (std::int64_t length = 8 * 1024;; length *= 2) {
     const ByteOffset to = std::min(end, row.start + from.byte + length);
@@ -99,25 +99,19 @@ double TextView::xOf(std::int64_t line, ByteOffset offset) {
   const Row& r = row(line);
   const std::int64_t byte = std::clamp<std::int64_t>(offset - r.start, 0, r.length);
   if (r.whole || (byte >= r.layout.begin().byte && byte < r.layout.end().byte)) return r.layout.xOf(byte);
-  const int tab = state_.options->tabSize;
-  const LinePlace from = state_.longLines.before(snapshot(), LineNo(line), byte, metrics(), tab);
-  const std::int64_t to = std::min(r.length, byte + LineWalker::kLookAhead);
-  const std::string part = snapshot().bytes({r.start + from.byte, r.start + to});
-  LineWalker walker(part, to == r.length, from, metrics(), tab);
-  QString label;
-  for (;;) {
-    walker.skipPlain(byte, 1e300);
-    const LinePlace here = walker.place();
-    if (here.byte >= byte || walker.done()) return here.x;
-    walker.next(&label);
-    if (walker.place().byte > byte) return here.x;
-  }
+  return state_.line(LineNo(line)).at(text::LinePlace::atByte(byte)).x * state_.unit();
+}
+
+text::LinePlace TextView::placeBefore(LineNo line, double x) {
+  text::LinePlace place = state_.line(line).before(text::LinePlace::atX(std::max(0.0, x) / state_.unit()));
+  place.x *= state_.unit();
+  return place;
 }
 
 double TextView::xOfCell(std::int64_t line, std::int64_t cell) {
   if (metrics().fixedPitch()) return static_cast<double>(cell) * metrics().cell();
   std::int64_t beyond = 0;
-  const ByteOffset at = offsetAtCell(snapshot(), LineNo(line), cell, state_.options->tabSize, &beyond);
+  const ByteOffset at = offsetAtCell(*state_.model, LineNo(line), cell, state_.options->tabSize, &beyond);
   return xOf(line, at) + static_cast<double>(beyond) * metrics().cell();
 }
 
@@ -128,7 +122,7 @@ std::int64_t TextView::cellAt(const QPoint& point) {
   const ByteOffset at = offsetAt(point), end = snapshot().lineEnd(LineNo(line));
   std::int64_t beyond = 0;
   if (at == end) beyond = std::max<std::int64_t>(0, std::llround((x - xOf(line, end)) / metrics().cell()));
-  return cellOf(snapshot(), at, beyond, state_.options->tabSize);
+  return cellOf(*state_.model, at, beyond, state_.options->tabSize);
 }
 
 QPoint TextView::pointOf(ByteOffset offset) {
@@ -143,7 +137,7 @@ ByteOffset TextView::offsetAt(const QPoint& point, bool inside) {
   const double x = point.x() - textLeft();
   if (r.whole || (x >= r.layout.begin().x && x < r.layout.end().x)) return r.start + r.layout.byteAt(x, inside);
   const int tab = state_.options->tabSize;
-  const LinePlace from = state_.longLines.beforeX(snapshot(), LineNo(line), std::max(0.0, x), metrics(), tab);
+  const text::LinePlace from = placeBefore(LineNo(line), x);
   for (std::int64_t length = 8 * 1024;; length *= 2) {
     const std::int64_t to = std::min(r.length, from.byte + length);
     const LineLayout part(snapshot().bytes({r.start + from.byte, r.start + to}), to == r.length, from, metrics(), tab, x);

@@ -75,6 +75,7 @@ class TextView {
  private:
   text::LineState stateOf(std::int64_t line) const;
   void layOut(Row& row, std::int64_t line);
+  text::LinePlace placeBefore(text::LineNo line, double x);   // in pixels
   void color(Row& row, std::int64_t line, std::int64_t budget);
   void mark(Row& row);
 

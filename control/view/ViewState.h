@@ -8,7 +8,6 @@
 #include "control/edit/Editor.h"
 #include "control/view/ColorScheme.h"
 #include "control/view/GlyphMetrics.h"
-#include "control/view/LongLines.h"
 #include "text/find/Finder.h"
 
 struct ViewState {
@@ -19,7 +18,12 @@ struct ViewState {
   QFont font;   // as chosen; shown at `zoom` percent
   int zoom = 100;
   std::unique_ptr<GlyphMetrics> metrics;
-  LongLines longLines;
+  text::LineMaps widths;   // places of a font whose letters are not equally wide; in any other they follow from the cells
+
+  text::LineMap line(text::LineNo line) {
+    return {metrics->fixedPitch() ? model->lines() : widths, model->snapshot(), line, options->tabSize};
+  }
+  double unit() const { return metrics->fixedPitch() ? metrics->cell() : 1; }   // pixels of an x of line()
 
   bool hScrollBar = true, vScrollBar = true, smoothScrolling = true, lineToolTips = true, leftMargin = true;
   bool colorSyntax = true, whiteSpace = false;
@@ -33,6 +37,6 @@ struct ViewState {
     if (font.pixelSize() > 0) shown.setPixelSize(std::max(2, font.pixelSize() * zoom / 100));
     else shown.setPointSizeF(std::max(2.0, font.pointSizeF() * zoom / 100));
     metrics = std::make_unique<GlyphMetrics>(shown, scale);
-    longLines.clear();
+    widths.measureIn(metrics.get());
   }
 };

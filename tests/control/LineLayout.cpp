@@ -3,13 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
-
-#include "control/edit/TextModel.h"
-#include "control/view/LongLines.h"
-
-using text::ByteOffset;
-using text::LineNo;
 
 namespace {
 
@@ -101,58 +94,7 @@ TEST(LineLayout, EndlessMarksAreCutIntoPieces) {
   const GlyphMetrics metrics(fixedFont(), 1);
   const LineLayout layout = layOut(line, metrics);
   EXPECT_EQ(layout.end().byte, static_cast<std::int64_t>(line.size()));
-  for (const LayoutItem& item : layout.items()) ASSERT_LE(item.bytes, LineWalker::kLookAhead);
-}
-
-TEST(LineLayoutLongLines, PlacesEqualThoseOfTheWholeLine) {
-  std::mt19937 random(11);
-  const std::vector<std::string> pieces{"plain text ", "\t",           "\xE6\xBC\xA2",       "e\xCC\x81",
-                                        "\xFF",        "\xE2\x80\x8B", std::string(1, '\0'), "abcdefgh12345678"};
-  for (const QFont& font : {fixedFont(), proportionalFont()}) {
-    const GlyphMetrics metrics(font, 1);
-    std::string line;
-    while (line.size() < 60000) line += pieces[random() % pieces.size()];
-    TextModel model;
-    model.replaceAll(text::Snapshot("short\n" + line + "\n" + line + "\nend"), {});
-    LongLines lines;
-    QObject::connect(&model, &TextModel::changed, &model,
-                     [&](const text::Change& change) { lines.onChange(change, model.snapshot()); });
-    std::int64_t first = 1;   // of two
-    for (int round = 0; round < 50; ++round) {
-      const LineNo number(first + round % 2);
-      const std::string now = model.snapshot().line(number);
-      const LineLayout whole = layOut(now, metrics);
-      for (int probe = 0; probe < 10; ++probe) {
-        const auto& item = whole.items()[random() % whole.items().size()];
-        const LinePlace place = lines.before(model.snapshot(), number, item.byte, metrics, 4);
-        ASSERT_LE(place.byte, item.byte);
-        ASSERT_LT(item.byte - place.byte, 3 * 4096);
-        ASSERT_EQ(whole.xOf(place.byte), place.x) << "round " << round;
-        const LinePlace byX = lines.beforeX(model.snapshot(), number, item.x, metrics, 4);
-        ASSERT_LE(byX.x, item.x);
-        ASSERT_EQ(whole.xOf(byX.byte), byX.x);
-      }
-      // Edits within, before and behind the line.
-      const ByteOffset start = model.snapshot().lineStart(number);
-      const auto& at = whole.items()[random() % whole.items().size()];
-      const ByteOffset place = start + at.byte;
-      const std::vector<text::Edit> edits{{{ByteOffset(0), ByteOffset(0)}, "new\n"},
-                                          {{place, place + at.bytes}, pieces[random() % pieces.size()]}};
-      switch (random() % 5) {
-        case 0: model.document().apply(edits[1], {}); break;
-        case 1:
-          model.document().apply(edits[0], {});
-          ++first;
-          break;
-        case 2: model.document().apply(text::Edit{{start, start}, "\xCC\x81"}, {}); break;
-        case 3: model.document().apply(text::Edit{{model.snapshot().size(), model.snapshot().size()}, "\nmore"}, {}); break;
-        case 4:
-          model.document().apply(edits, {});
-          ++first;
-          break;
-      }
-    }
-  }
+  for (const LayoutItem& item : layout.items()) ASSERT_LE(item.bytes, text::maxClusterBytes);
 }
 
 TEST(LineLayoutMetrics, CellsAreWholePixelsOfTheScreen) {

@@ -1,7 +1,6 @@
 #include "text/line/Chars.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "text/line/Segments.h"
 #include "text/line/Utf8.h"
@@ -104,32 +103,12 @@ std::int64_t byteOfColumn(std::string_view line, CharColumn column) {
   return static_cast<std::int64_t>(i);
 }
 
-namespace {
-
-// Goes along a line while `most` allows it whole segments, and returns how far that is.
-Extent along(std::string_view line, const Extent& most, int tabSize) {
-  tabSize = std::max(tabSize, 1);
-  Extent done;
-  for (;;) {
-    const Extent run = skipSimple(line.substr(static_cast<std::size_t>(done.bytes)), true,
-                                  {most.bytes - done.bytes, most.units - done.units, most.cells - done.cells});
-    done = {done.bytes + run.bytes, done.units + run.units, done.cells + run.cells};
-    const Segment s = segmentAt(line.substr(static_cast<std::size_t>(done.bytes)), done.cells, tabSize);
-    if (s.bytes == 0 || done.bytes + s.bytes > most.bytes || done.cells + s.cells > most.cells) return done;
-    done = {done.bytes + s.bytes, done.units + s.units, done.cells + s.cells};
-  }
-}
-
-constexpr std::int64_t noLimit = std::numeric_limits<std::int64_t>::max() / 2;
-
-}   // namespace
-
 DisplayColumn displayColumn(std::string_view line, std::int64_t byte, int tabSize) {
-  return DisplayColumn(along(line, {std::max<std::int64_t>(byte, 0), noLimit, noLimit}, tabSize).cells);
+  return DisplayColumn(static_cast<std::int64_t>(walk(line, true, {}, LinePlace::atByte(byte), tabSize).x));
 }
 
 std::int64_t byteOfDisplay(std::string_view line, DisplayColumn target, int tabSize) {
-  return along(line, {noLimit, noLimit, std::max<std::int64_t>(target.value, 0)}, tabSize).bytes;
+  return walk(line, true, {}, LinePlace::atX(static_cast<double>(target.value)), tabSize).byte;
 }
 
 bool isAscii(std::string_view bytes) { return asciiRun(bytes) == bytes.size(); }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -15,7 +16,7 @@ namespace text {
 
 namespace {
 
-unsigned char at(std::string_view s, std::size_t i) { return static_cast<unsigned char>(s[i]); }
+unsigned char byteAt(std::string_view s, std::size_t i) { return static_cast<unsigned char>(s[i]); }
 bool isPlain(unsigned char b) { return b >= 0x20 && b < 0x7F; }
 
 const utf8proc_property_t& property(char32_t code) { return *utf8proc_get_property(static_cast<utf8proc_int32_t>(code)); }
@@ -168,6 +169,37 @@ std::size_t plainRun(const char* data, std::size_t size) {
 
 }   // namespace
 
+Segment segmentAt(std::string_view rest, std::int64_t column, int tabSize) {
+  if (rest.empty()) return {};
+  const unsigned char first = byteAt(rest, 0);
+  if (first == '\t') return {'\t', 1, 1, tabSize - static_cast<int>(column % tabSize), Segment::tab, true};
+  if (isPlain(first) && (rest.size() < 2 || byteAt(rest, 1) < 0x80))
+    return {first, 1, 1, 1, first == ' ' ? Segment::blank : Segment::plain, true};
+  const Char c = decode(rest);
+  if (c.bad) return {c.code, 1, 1, badByteCells, Segment::badByte, true};
+  const Joining how = joining(c);
+  const bool hidden =
+      how == Joining::cr || how == Joining::lf || how == Joining::alone || how == Joining::joiner || how == Joining::selector;
+  if (hidden) {
+    const auto letters = static_cast<int>(hiddenLabel(c.code).size());
+    return {c.code, c.bytes, utf16Length(c), (7 * letters + 14) / 10, Segment::hidden, true};   // small letters and the box
+  }
+  const Cluster all = clusterOf(rest, c, how);
+  Segment::Kind kind = Segment::plain;
+  if (all.single && c.code == ' ') kind = Segment::blank;
+  else if (all.single && c.code >= 0x80 && property(c.code).category == UTF8PROC_CATEGORY_ZS) kind = Segment::oddBlank;
+  return {c.code, all.bytes, all.units, all.cells, kind, all.single};
+}
+
+namespace {
+
+// How far a stretch of a line reaches.
+struct Extent {
+  std::int64_t bytes = 0, units = 0, cells = 0;
+};
+
+// Segments from the start of `rest` on that are quickly told: printable ASCII and letters that nothing can join, at most so many of
+// each. The one before something that could join it is left out; so is the last one, unless `rest` reaches to the line's end.
 Extent skipSimple(std::string_view rest, bool toLineEnd, const Extent& most) {
   Extent done, last;   // `last` is a letter that something behind it may join
   const QuickTable& table = quickTable();
@@ -198,31 +230,56 @@ Extent skipSimple(std::string_view rest, bool toLineEnd, const Extent& most) {
   }
 }
 
-Segment segmentAt(std::string_view rest, std::int64_t column, int tabSize) {
-  if (rest.empty()) return {};
-  const unsigned char first = at(rest, 0);
-  if (first == '\t') return {'\t', 1, 1, tabSize - static_cast<int>(column % tabSize), Segment::tab, true};
-  if (isPlain(first) && (rest.size() < 2 || at(rest, 1) < 0x80))
-    return {first, 1, 1, 1, first == ' ' ? Segment::blank : Segment::plain, true};
-  const Char c = decode(rest);
-  if (c.bad) return {c.code, 1, 1, badByteCells, Segment::badByte, true};
-  const Joining how = joining(c);
-  const bool hidden =
-      how == Joining::cr || how == Joining::lf || how == Joining::alone || how == Joining::joiner || how == Joining::selector;
-  if (hidden) {
-    const auto letters = static_cast<int>(hiddenLabel(c.code).size());
-    return {c.code, c.bytes, utf16Length(c), (7 * letters + 14) / 10, Segment::hidden, true};   // small letters and the box
+// The same for printable ASCII, where letters have widths.
+LinePlace skipAscii(std::string_view rest, bool toLineEnd, LinePlace at, const LinePlace& most, const Widths& widths) {
+  for (std::size_t i = 0; i < rest.size() && isPlain(byteAt(rest, i)); ++i) {
+    if (i + 1 < rest.size() ? byteAt(rest, i + 1) >= 0x80 : !toLineEnd) break;
+    const LinePlace next{at.byte + 1, at.units + 1, at.x + widths.ascii[byteAt(rest, i)]};
+    if (!next.within(most)) break;
+    at = next;
   }
-  const Cluster all = clusterOf(rest, c, how);
-  Segment::Kind kind = Segment::plain;
-  if (all.single && c.code == ' ') kind = Segment::blank;
-  else if (all.single && c.code >= 0x80 && property(c.code).category == UTF8PROC_CATEGORY_ZS) kind = Segment::oddBlank;
-  return {c.code, all.bytes, all.units, all.cells, kind, all.single};
+  return at;
+}
+
+}   // namespace
+
+double tabStop(double x, double distance) {
+  const double stop = (std::floor((x + 0.01) / distance) + 1) * distance;   // x may be a little short of a stop
+  return stop - x < 1 ? stop + distance : stop;
+}
+
+LinePlace walk(std::string_view rest, bool toLineEnd, const LinePlace& from, const LinePlace& most, int tabSize,
+               const Widths* widths, bool overTabs) {
+  const auto size = static_cast<std::int64_t>(rest.size());
+  const std::int64_t end = from.byte + (toLineEnd ? size : std::max<std::int64_t>(0, size - segmentAhead));
+  const double tabs = std::max(tabSize, 1) * (widths ? widths->tabUnit : 1);
+  LinePlace limit = most;
+  limit.byte = std::min(limit.byte, end);
+  const auto ahead = [&](const LinePlace& at) { return rest.substr(static_cast<std::size_t>(at.byte - from.byte)); };
+  for (LinePlace at = from;;) {
+    if (widths) {
+      at = skipAscii(ahead(at), toLineEnd, at, limit, *widths);
+    } else {
+      const auto cells = static_cast<std::int64_t>(std::min(limit.x - at.x, 1e15));
+      const Extent run = skipSimple(ahead(at), toLineEnd, {limit.byte - at.byte, limit.units - at.units, cells});
+      at = {at.byte + run.bytes, at.units + run.units, at.x + static_cast<double>(run.cells)};
+    }
+    if (at.byte >= end) return at;
+    const std::string_view here = ahead(at);
+    const Segment s = segmentAt(here, 0, 1);
+    if (s.kind == Segment::tab && !overTabs) return at;
+    const LinePlace next{at.byte + s.bytes, at.units + s.units,
+                         s.kind == Segment::tab ? tabStop(at.x, tabs)
+                         : widths               ? at.x + widths->widthOf(s, here.substr(0, static_cast<std::size_t>(s.bytes)))
+                                                : at.x + s.cells};
+    if (!next.within(most)) return at;
+    at = next;
+  }
 }
 
 int clusterLength(std::string_view bytes) {
   // Most texts are ASCII: there only CR LF is a pair, unless something that extends follows.
-  if (bytes.size() > 1 && at(bytes, 0) < 0x80 && at(bytes, 1) < 0x80) return bytes[0] == '\r' && bytes[1] == '\n' ? 2 : 1;
+  if (bytes.size() > 1 && byteAt(bytes, 0) < 0x80 && byteAt(bytes, 1) < 0x80) return bytes[0] == '\r' && bytes[1] == '\n' ? 2 : 1;
   const Char first = decode(bytes);
   return first.bytes == 0 ? 0 : clusterOf(bytes, first, joining(first)).bytes;
 }

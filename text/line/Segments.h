@@ -6,7 +6,9 @@
 // and every segment takes at least one cell.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -22,20 +24,44 @@ struct Segment {
   bool single = true;   // one code point
 };
 
-constexpr int maxClusterBytes = 64;   // a longer pile of marks makes several segments
-constexpr int badByteCells = 2;       // its two hex digits
+constexpr int maxClusterBytes = 64;                 // a longer pile of marks makes several segments
+constexpr int badByteCells = 2;                     // its two hex digits
+constexpr int segmentAhead = maxClusterBytes + 4;   // bytes that tell how long a segment is
 
-// The first segment of `rest`, which stands at display column `column` of its line and goes on for maxClusterBytes + 4 bytes or to
-// the line's end. A break is not part of a line: CR and LF are characters that could hide.
+// The first segment of `rest`, which stands at display column `column` of its line and goes on for segmentAhead bytes or to the
+// line's end. A break is not part of a line: CR and LF are characters that could hide.
 Segment segmentAt(std::string_view rest, std::int64_t column, int tabSize);
 
-// How far a stretch of a line reaches.
-struct Extent {
-  std::int64_t bytes = 0, units = 0, cells = 0;
+// A place of a line, from its start: in bytes, UTF-16 units and cells, or in place of cells what Widths give. As a limit: the
+// coordinates that are not named do not count.
+struct LinePlace {
+  std::int64_t byte = 0, units = 0;
+  double x = 0;
+
+  static constexpr double anyX = std::numeric_limits<double>::max();
+  static constexpr std::int64_t any = std::numeric_limits<std::int64_t>::max() / 2;
+  static constexpr LinePlace atByte(std::int64_t byte) { return {byte, any, anyX}; }
+  static constexpr LinePlace atUnits(std::int64_t units) { return {any, units, anyX}; }
+  static constexpr LinePlace atX(double x) { return {any, any, x}; }
+  bool within(const LinePlace& most) const { return byte <= most.byte && units <= most.units && x <= most.x; }
 };
-// Segments from the start of `rest` on that are quickly told: printable ASCII and letters that nothing can join, at most so many of
-// each. The one before something that could join it is left out; so is the last one, unless `rest` reaches to the line's end.
-Extent skipSimple(std::string_view rest, bool toLineEnd, const Extent& most);
+
+// How wide the segments of a line are where they are not measured in cells.
+class Widths {
+ public:
+  virtual ~Widths() = default;
+  virtual double widthOf(const Segment& segment, std::string_view bytes) const = 0;   // of any but a tab
+  std::array<double, 0x80> ascii{};                                                   // the same for printable ASCII
+  double tabUnit = 1;   // tab stops stand each tab size times this far
+};
+
+// The first tab stop behind x, at least 1 away. `distance` is that between two stops.
+double tabStop(double x, double distance);
+
+// Goes along a line over whole segments, as far as they end within `most`. `rest` is the line from `from` on; unless it reaches to the
+// line's end, its last segmentAhead bytes are only looked at. Stops before a tab unless it may go over tabs.
+LinePlace walk(std::string_view rest, bool toLineEnd, const LinePlace& from, const LinePlace& most, int tabSize,
+               const Widths* widths = nullptr, bool overTabs = true);
 
 // The name in the box of a character that could hide, in ASCII; empty for any other.
 std::string hiddenLabel(char32_t code);
