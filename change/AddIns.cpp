@@ -12,8 +12,6 @@
 
 namespace {
 
-QString lastDelimiter;
-
 // One line while it grows: what is aligned already is in `done`; `rest` is searched from its start.
 struct Growing {
   QString done;
@@ -152,13 +150,10 @@ qint64 Columnize(CodeMax& cmx, const CmRange& range, const QString& delimiter, c
   });
 }
 
-void Columnize(CodeMax& cmx) {
+QString Columnize(CodeMax& cmx) {
   const CmRange range = cmx.GetSel(true);
   const auto answer = InputBox(QCoreApplication::translate("AddIns", "Please input the column delimiter"));
-  if (!answer || answer->isEmpty()) return;
-  rememberColumnDelimiter(*answer);
+  if (!answer || answer->isEmpty()) return {};
   Columnize(cmx, range, *answer);
+  return *answer;
 }
-
-QString lastColumnDelimiter() { return lastDelimiter; }
-void rememberColumnDelimiter(const QString& delimiter) { lastDelimiter = delimiter; }

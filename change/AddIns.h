@@ -12,13 +12,11 @@ struct ColumnizeOptions {
   bool withinBlock = false;   // a column selection: only what lies in the block's columns counts
 };
 
-// Asks for the delimiter ("Please input the column delimiter") and aligns the selected lines. The answer is remembered for the session.
-void Columnize(CodeMax& cmx);
+// Asks for the delimiter ("Please input the column delimiter") and aligns the selected lines. The answer; empty: nothing was done.
+QString Columnize(CodeMax& cmx);
 // The same with the delimiter and options at hand; one undo step. Lines that change keep their bookmarks. Returns the number of lines changed.
 qint64 Columnize(CodeMax& cmx, const CmRange& range, const QString& delimiter, const ColumnizeOptions& options = {});
 
 // The alignment itself. Column after column: the delimiter's position, counted in characters, becomes the greatest one of all lines; the
 // search goes on one character behind the aligned place. Returns the last column found, always 0.
 int alignColumns(QStringList& lines, const QString& delimiter);
-QString lastColumnDelimiter();
-void rememberColumnDelimiter(const QString& delimiter);

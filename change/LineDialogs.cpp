@@ -14,8 +14,6 @@
 
 #include "base/Program.h"
 #include "base/dialog/Dialogs.h"
-#include "change/AddIns.h"
-#include "change/LineTools.h"
 
 namespace {
 
@@ -60,40 +58,38 @@ QSpinBox* number(int low, int high, int value) {
 
 }   // namespace
 
-bool ColumnizeWithOptions(CodeMax& cmx, QWidget* parent) {
-  static ColumnizeOptions kept;
+bool LineDialogs::columnize(CodeMax& cmx, QWidget* parent) {
   const CmRange range = cmx.GetSel(true);
   Fields dialog(T::tr("Columnize"), "frmColumnize", parent);
-  auto* delimiter = new QLineEdit(lastColumnDelimiter());
+  auto* delimiter = new QLineEdit(delimiter_);
   delimiter->selectAll();
   dialog.form->addRow(T::tr("&Delimiter"), delimiter);
-  auto* groups = dialog.check(T::tr("Lines between &blank lines each for themselves"), kept.groupsApart);
-  auto* code = dialog.check(T::tr("Leave &strings and comments alone"), kept.codeOnly);
-  auto* block = dialog.check(T::tr("Only within the selected b&lock"), kept.withinBlock && range.ColumnSel);
+  auto* groups = dialog.check(T::tr("Lines between &blank lines each for themselves"), columnize_.groupsApart);
+  auto* code = dialog.check(T::tr("Leave &strings and comments alone"), columnize_.codeOnly);
+  auto* block = dialog.check(T::tr("Only within the selected b&lock"), columnize_.withinBlock && range.ColumnSel);
   block->setEnabled(range.ColumnSel);
   if (!dialog.ask() || delimiter->text().isEmpty()) return false;
-  kept = {groups->isChecked(), code->isChecked(), block->isChecked()};
-  rememberColumnDelimiter(delimiter->text());
-  const qint64 changed = Columnize(cmx, range, delimiter->text(), kept);
+  columnize_ = {groups->isChecked(), code->isChecked(), block->isChecked()};
+  delimiter_ = delimiter->text();
+  const qint64 changed = Columnize(cmx, range, delimiter_, columnize_);
   SetStatusText(T::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
   return true;
 }
 
-bool InsertSeriesDialog(CodeMax& cmx, QWidget* parent) {
-  static NumberSeries kept;
+bool LineDialogs::insertSeries(CodeMax& cmx, QWidget* parent) {
   Fields dialog(T::tr("Insert Number Series"), "frmSeries", parent);
-  auto* start = new QLineEdit(QString::number(kept.start));
-  auto* step = new QLineEdit(QString::number(kept.step));
-  auto* repeat = number(1, 1000000, kept.repeat);
+  auto* start = new QLineEdit(QString::number(series_.start));
+  auto* step = new QLineEdit(QString::number(series_.step));
+  auto* repeat = number(1, 1000000, series_.repeat);
   auto* base = new QComboBox;
   for (const auto& [text, value] :
        {std::pair{T::tr("Decimal"), 10}, {T::tr("Hexadecimal"), 16}, {T::tr("Binary"), 2}, {T::tr("Octal"), 8}})
     base->addItem(text, value);
-  base->setCurrentIndex(base->findData(kept.base));
-  auto* width = number(0, 64, kept.width);
-  auto* prefix = new QLineEdit(kept.prefix);
+  base->setCurrentIndex(base->findData(series_.base));
+  auto* width = number(0, 64, series_.width);
+  auto* prefix = new QLineEdit(series_.prefix);
   prefix->setPlaceholderText(QStringLiteral("8'h"));
-  auto* suffix = new QLineEdit(kept.suffix);
+  auto* suffix = new QLineEdit(series_.suffix);
   dialog.form->addRow(T::tr("&Start"), start);
   dialog.form->addRow(T::tr("S&tep"), step);
   dialog.form->addRow(T::tr("&Repeat each"), repeat);
@@ -101,8 +97,8 @@ bool InsertSeriesDialog(CodeMax& cmx, QWidget* parent) {
   dialog.form->addRow(T::tr("&Width"), width);
   dialog.form->addRow(T::tr("&Prefix"), prefix);
   dialog.form->addRow(T::tr("Su&ffix"), suffix);
-  auto* zero = dialog.check(T::tr("Fill with &zeros"), kept.zeroFill);
-  auto* upper = dialog.check(T::tr("&Upper case digits"), kept.upperCase);
+  auto* zero = dialog.check(T::tr("Fill with &zeros"), series_.zeroFill);
+  auto* upper = dialog.check(T::tr("&Upper case digits"), series_.upperCase);
   auto* example = new QLabel;
   example->setTextFormat(Qt::PlainText);
   dialog.form->addRow(T::tr("Example"), example);
@@ -131,22 +127,21 @@ bool InsertSeriesDialog(CodeMax& cmx, QWidget* parent) {
   QObject::connect(base, &QComboBox::currentIndexChanged, &dialog, read);
   read();
   if (!dialog.ask()) return false;
-  kept = series;
+  series_ = series;
   const qint64 changed = InsertSeries(cmx, series);
   SetStatusText(changed < 0 ? T::tr("The numbers become too large")
                             : T::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
   return true;
 }
 
-bool SortLinesDialog(CodeMax& cmx, QWidget* parent) {
-  static SortOptions kept;
+bool LineDialogs::sortLines(CodeMax& cmx, QWidget* parent) {
   Fields dialog(T::tr("Sort Lines"), "frmSort", parent);
-  auto* descending = dialog.check(T::tr("&Descending"), kept.descending);
-  auto* matchCase = dialog.check(T::tr("&Match case"), kept.matchCase);
-  auto* numeric = dialog.check(T::tr("By the first &number of a line"), kept.numeric);
-  auto* dropEqual = dialog.check(T::tr("D&rop equal lines"), kept.dropEqual);
+  auto* descending = dialog.check(T::tr("&Descending"), sort_.descending);
+  auto* matchCase = dialog.check(T::tr("&Match case"), sort_.matchCase);
+  auto* numeric = dialog.check(T::tr("By the first &number of a line"), sort_.numeric);
+  auto* dropEqual = dialog.check(T::tr("D&rop equal lines"), sort_.dropEqual);
   if (!dialog.ask()) return false;
-  kept = {descending->isChecked(), matchCase->isChecked(), numeric->isChecked(), dropEqual->isChecked()};
-  SetStatusText(T::tr("%n line(s) changed", nullptr, static_cast<int>(SortLines(cmx, kept))));
+  sort_ = {descending->isChecked(), matchCase->isChecked(), numeric->isChecked(), dropEqual->isChecked()};
+  SetStatusText(T::tr("%n line(s) changed", nullptr, static_cast<int>(SortLines(cmx, sort_))));
   return true;
 }

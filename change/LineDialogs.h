@@ -1,12 +1,24 @@
-// The small dialogs of columnising, number series and sorting. Each keeps its answers for the session.
+// The small dialogs of columnising, number series and sorting. The one that owns them keeps their answers for the next time.
 #pragma once
 
-class CodeMax;
+#include "change/AddIns.h"
+#include "change/LineTools.h"
+
 class QWidget;
 
-// Asks and aligns the selected lines; false: cancelled.
-bool ColumnizeWithOptions(CodeMax& cmx, QWidget* parent);
-// Asks for a series of numbers with a live example and puts it into the selected lines; false: cancelled.
-bool InsertSeriesDialog(CodeMax& cmx, QWidget* parent);
-// Asks how to sort the selected lines and sorts; false: cancelled.
-bool SortLinesDialog(CodeMax& cmx, QWidget* parent);
+class LineDialogs {
+ public:
+  // Each asks and then works on the selected lines; false: cancelled.
+  bool columnize(CodeMax& cmx, QWidget* parent);
+  void keepDelimiter(const QString& delimiter) {   // of columnising without the dialog
+    if (!delimiter.isEmpty()) delimiter_ = delimiter;
+  }
+  bool insertSeries(CodeMax& cmx, QWidget* parent);   // with a live example
+  bool sortLines(CodeMax& cmx, QWidget* parent);
+
+ private:
+  QString delimiter_;
+  ColumnizeOptions columnize_;
+  NumberSeries series_;
+  SortOptions sort_;
+};

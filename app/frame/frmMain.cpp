@@ -29,6 +29,7 @@
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "change/LineDialogs.h"
 #include "control/keys/KeyCommands.h"
 #include "control/keys/KeyMacro.h"
 #include "document/CMXRegistry.h"
@@ -47,7 +48,7 @@ const QString kTabs = QStringLiteral("mnuViewTabs");
 
 }   // namespace
 
-frmMain::frmMain() {
+frmMain::frmMain() : lineDialogs_(std::make_unique<LineDialogs>()) {
   setObjectName(QStringLiteral("frmMain"));
   resize(1000, 720);
   setAcceptDrops(true);

@@ -6,6 +6,7 @@
 
 #include <QMainWindow>
 #include <QPointer>
+#include <memory>
 
 #include "control/edit/Cmd.h"
 #include "document/Frame.h"
@@ -14,6 +15,7 @@
 class CodeMax;
 class DocumentTabs;
 class FrameMenus;
+class LineDialogs;
 class QDockWidget;
 class QMdiArea;
 class QMdiSubWindow;
@@ -94,6 +96,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   bool runEditCommand(CommandNumber id, const QVariant& argument = {});   // on the active document; false without one
   FrameMenus& menus() { return *menus_; }
   StatusPanels& panels() { return *panels_; }
+  LineDialogs& lineDialogs() { return *lineDialogs_; }
   QMdiArea& mdi() { return *mdi_; }
   void MDIForm_Unload();   // the frame goes for good: raises ended() once
 
@@ -102,7 +105,6 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void ProcessWordList(bool previous);
   void mHelpWordListNext_Click() { ProcessWordList(false); }
   void mHelpWordListPrevious_Click() { ProcessWordList(true); }
-  void mEditColumnize_Click();
   void isTemplate(bool& found, bool afterTyping);
   void mHelpExpandTemplate_Click();
   void mHelpNextField_Click();
@@ -194,6 +196,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   QList<frmDocument*> documents_;
   QPointer<frmDocument> active_;
   QPointer<frmDefinitions> definitions_;
+  const std::unique_ptr<LineDialogs> lineDialogs_;
   frmCommand* command_ = nullptr;
   QDockWidget* logDock_ = nullptr;
   frmLog* log_ = nullptr;

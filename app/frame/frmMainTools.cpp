@@ -8,7 +8,6 @@
 #include "app/frame/frmMain.h"
 #include "app/start/mGlobals.h"
 #include "base/Program.h"
-#include "change/AddIns.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
@@ -31,10 +30,6 @@ void frmMain::isInWordList(bool& found) {
 void frmMain::ProcessWordList(bool previous) {
   if (frmDocument* document = activeDocument())
     ::ProcessWordList(*document->cmx, languages().Language().get(), WordListIndex, previous);
-}
-
-void frmMain::mEditColumnize_Click() {
-  if (frmDocument* document = activeDocument()) Columnize(*document->cmx);
 }
 
 void frmMain::isTemplate(bool& found, bool afterTyping) {

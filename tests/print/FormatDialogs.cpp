@@ -109,6 +109,7 @@ TEST_F(FormatDialogs, PreviewShowsTheChangeAndCanBeLeft) {
 TEST_F(FormatDialogs, ColumnizeSeriesAndSort) {
   const auto document = text("a.txt", "bb,1\na,2\n\nccc,3", 0);
   CodeMax& cmx = *document->cmx;
+  LineDialogs asks;
   select(*document, 0, 0, 3, 5);
   whenUp([](QDialog& up) {
     QTest::keyClicks(up.findChild<QLineEdit*>(), u","_s);
@@ -116,7 +117,7 @@ TEST_F(FormatDialogs, ColumnizeSeriesAndSort) {
       if (box->text().contains(u"blank lines"_s)) box->click();
     QTest::keyClick(&up, Qt::Key_Return);
   });
-  EXPECT_TRUE(ColumnizeWithOptions(cmx, nullptr));
+  EXPECT_TRUE(asks.columnize(cmx, nullptr));
   EXPECT_EQ(cmx.GetLine(1), u"a ,2"_s);
   EXPECT_EQ(cmx.GetLine(3), u"ccc,3"_s) << "a group of its own";
 
@@ -133,7 +134,7 @@ TEST_F(FormatDialogs, ColumnizeSeriesAndSort) {
     EXPECT_TRUE(shown);
     QTest::mouseClick(&button(up, "OK"), Qt::LeftButton);
   });
-  EXPECT_TRUE(InsertSeriesDialog(cmx, nullptr));
+  EXPECT_TRUE(asks.insertSeries(cmx, nullptr));
   EXPECT_EQ(cmx.GetLine(0), u"16bb,1"_s);
   EXPECT_EQ(cmx.GetLine(1), u"17a ,2"_s);
 
@@ -142,9 +143,9 @@ TEST_F(FormatDialogs, ColumnizeSeriesAndSort) {
     up.findChildren<QCheckBox*>().value(0)->click();
     QTest::keyClick(&up, Qt::Key_Return);
   });
-  EXPECT_TRUE(SortLinesDialog(cmx, nullptr));
+  EXPECT_TRUE(asks.sortLines(cmx, nullptr));
   EXPECT_EQ(cmx.GetLine(0), u"17a ,2"_s);
   whenUp([](QDialog& up) { QTest::keyClick(&up, Qt::Key_Escape); });
-  EXPECT_FALSE(SortLinesDialog(cmx, nullptr));
+  EXPECT_FALSE(asks.sortLines(cmx, nullptr));
   EXPECT_EQ(cmx.GetLine(0), u"17a ,2"_s);
 }
