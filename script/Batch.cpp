@@ -21,7 +21,6 @@
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
 #include "language/ucCM.h"
-#include "script/Trust.h"
 #include "script/mCMXParser.h"
 #include "settings/modRegistry.h"
 #include "text/file/FileIo.h"
@@ -140,7 +139,8 @@ class BatchFrame : public Frame {
 };
 
 int runOn(frmDocument& document, const BatchOptions& options) {
-  const mCMXParser::Outcome outcome = mCMXParser::Run(options.language, options.macro, options.commands);
+  const mCMXParser::Outcome outcome = mCMXParser::Run(options.language, options.macro, options.commands,
+                                                      {.interactive = false, .allowPrograms = options.allowPrograms});
   int status = outcome.ending == mCMXParser::Ending::done      ? batch::kDone
                : outcome.ending == mCMXParser::Ending::invalid ? batch::kInvalidCommand
                                                                : batch::kFailed;
@@ -211,7 +211,6 @@ int eachDocument(const QStringList& files, const std::function<int(frmDocument&)
   BatchFrame own;
   Frame* const before = frame();
   setFrame(&own);
-  mCMXParser::setInteractive(false);
   const bool showProgress = files.size() > 1 && isTerminal(kStandardError) && !isTerminal(kStandardOutput);
   int worst = kDone, count = 0;
   for (const QString& path : files) {
@@ -221,7 +220,6 @@ int eachDocument(const QStringList& files, const std::function<int(frmDocument&)
     worst = std::max(worst, workOn(own, path, work));
   }
   if (showProgress) writeTo(kStandardError, u"\x1b[K"_s);
-  mCMXParser::setInteractive(true);
   setFrame(before);
   return worst;
 }
@@ -242,8 +240,7 @@ int run(const BatchOptions& options) {
   Files sources;
   for (const QString& file : options.files) sources.add(file);
   Files inUse = sources;
-  const bool before = trust::allowAll(options.allowPrograms);
-  const int status = eachDocument(options.files, [&](frmDocument& document) {
+  return eachDocument(options.files, [&](frmDocument& document) {
     auto& own = *static_cast<BatchFrame*>(frame());
     own.inUse = &inUse;
     if (!options.outputFolder.isEmpty()) {
@@ -264,8 +261,6 @@ int run(const BatchOptions& options) {
     inUse.add(own.target);
     return ending;
   });
-  trust::allowAll(before);
-  return status;
 }
 
 }   // namespace batch

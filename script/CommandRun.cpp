@@ -9,10 +9,19 @@
 #include "document/Languages.h"
 #include "document/frmLog.h"
 #include "process/CommandLine.h"
-#include "script/Trust.h"
 #include "settings/modRegistry.h"
 
 using namespace Qt::StringLiterals;
+
+bool CommandRun::may(trust::Deed deed, const QString& what) {
+  stopped = stopped || (macroOf && !terms.allowPrograms && !trust::may(deed, what, *macroOf, languages()));
+  return !stopped;
+}
+
+bool CommandRun::mayBeValue(const QString& what, const QString& shown) {
+  stopped = stopped || (!terms.allowPrograms && !trust::mayBeValue(what, shown));
+  return !stopped;
+}
 
 namespace runs {
 
@@ -73,9 +82,7 @@ bool isNamedByValue(const QString& commandLine) {
 
 bool mayStart(CommandRun& run, const QStringList& arguments, bool namedByValue) {
   const QString shown = shownLine(arguments);
-  run.stopped = (run.macroOf && !trust::may(trust::Deed::start, shown, *run.macroOf, languages())) ||
-                (namedByValue && !trust::mayBeValue(arguments.first(), shown));
-  return !run.stopped;
+  return run.may(trust::Deed::start, shown) && (!namedByValue || run.mayBeValue(arguments.first(), shown));
 }
 
 // A file that was begun and never saved has its place as well.
@@ -144,26 +151,27 @@ bool goesOn(CommandRun& run, const QString& what, int percent) {
   return !run.stopped;
 }
 
-void startProgram(CommandRun& run, const QString& commandLine, variables::Answers& answers, bool watch, bool replaced) {
+void startProgram(CommandRun& run, const QString& commandLine, bool watch, bool replaced) {
   const auto substitute = [&](QString& text) {
-    if (!replaced) variables::substitute(text, run.document, answers);
+    if (!replaced) variables::substitute(text, run.document, run.answers);
   };
   const auto typedAt = [&](QStringView rest, qsizetype* length) {
-    return replaced ? nullptr : variables::answerAt(rest, answers, length);
+    return replaced ? nullptr : variables::answerAt(rest, run.answers, length);
   };
   const bool namedByValue = !replaced && isNamedByValue(commandLine);
   const QStringList asked = programArguments(commandLine, substitute, typedAt);
   if (!mayStart(run, asked, namedByValue)) return;
-  if (run.macroOf && run.interactive && savesBeforePrograms()) saveAll(run, false);
+  if (run.macroOf && run.terms.interactive && savesBeforePrograms()) saveAll(run, false);
   if (run.stopped) return;
   // A document that was untitled has its name now.
   const QStringList arguments = programArguments(commandLine, substitute, typedAt);
   if (arguments != asked && !mayStart(run, arguments, namedByValue)) return;
   std::vector<std::string> bytes;
   for (const QString& argument : arguments) bytes.push_back(fromQString(argument));
+  const QObject here;   // a program that is left running outlives the run
   const auto started = [&](process::Program& program) {
     run.program = &program;
-    QObject::connect(&program, &process::Program::finished, &program, [&answers](int exitCode) { answers.result = exitCode; });
+    QObject::connect(&program, &process::Program::finished, &here, [&run](int exitCode) { run.answers.result = exitCode; });
     if (frmLog* const window = log()) {
       window->watch(program);
       QObject::connect(
@@ -183,7 +191,7 @@ void startProgram(CommandRun& run, const QString& commandLine, variables::Answer
   int error = 0;
   QString failure;
   if (process::startFailed(result, &error)) {
-    answers.result = kNotStarted;
+    run.answers.result = kNotStarted;
     failure = tr("%1: %2").arg(commandLine, QString::fromStdString(text::errorText(error)));
     const QString about = frame() ? frame()->reportsAbout() : QString();
     if (frmLog* const window = log()) window->AppendLog((about.isEmpty() ? about : about + u": "_s) + failure + u"\r\n"_s);
@@ -191,7 +199,8 @@ void startProgram(CommandRun& run, const QString& commandLine, variables::Answer
     MsgBox(tr("Command Failure"));
   } else {
     if (!watch) SetStatusText(waitText(result));
-    if (answers.result != 0) failure = tr("%1: exit code %2").arg(plainForDisplay(arguments.first(), 200)).arg(answers.result);
+    if (run.answers.result != 0)
+      failure = tr("%1: exit code %2").arg(plainForDisplay(arguments.first(), 200)).arg(run.answers.result);
   }
   if (!watch && result == process::kAbandoned) run.stopped = true;
   if (!failure.isEmpty() && run.stopOnError && !run.stopped) {

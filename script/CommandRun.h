@@ -10,13 +10,15 @@
 #include "document/frmDocument.h"
 #include "process/Process.h"
 #include "script/RunGuards.h"
-#include "script/Variables.h"
+#include "script/Trust.h"
+#include "script/mCMXParser.h"
 
 class clsLang;
 
-// One run, or a single statement outside one.
 struct CommandRun {
+  mCMXParser::Terms terms;
   QPointer<frmDocument> document;
+  variables::Answers answers;
   bool showLog = false, logEdit = false, restoreCursor = false;
   std::optional<CmRange> saved;   // by SELGET
   CmRange caret;
@@ -24,7 +26,6 @@ struct CommandRun {
   bool inStatusBar = false;           // the status bar speaks of this one being on its way
   bool stopped = false;
   QString why;                          // it was stopped; empty: the user asked for it
-  bool interactive = true;              // there is a user: programs see what was typed, as a macro saves before them
   bool stopOnError = false;             // ONERROR STOP
   QPointer<process::Program> program;   // that it waits for
   std::optional<BusyGuard> busy;
@@ -36,6 +37,9 @@ struct CommandRun {
     stopped = true;
     why = reason;
   }
+  // May its macro do this; may the value of a variable (Trust.h)? Asks if need be. False: the run is stopped.
+  bool may(trust::Deed deed, const QString& what);
+  bool mayBeValue(const QString& what, const QString& shown);
 };
 
 namespace runs {
@@ -48,7 +52,7 @@ bool goesOn(CommandRun& run, const QString& what, int percent);
 
 // SHELL (watch) and SHELLW. The line is cut into arguments before the values of variables are put in, so that a value is never more
 // than part of one; `replaced`: the values stand in the line already. With the settings' "save before programs run" a macro saves first.
-void startProgram(CommandRun& run, const QString& commandLine, variables::Answers& answers, bool watch, bool replaced);
+void startProgram(CommandRun& run, const QString& commandLine, bool watch, bool replaced);
 
 // What save() and, with `all`, saveAll() would write, as a text for a question; empty: nothing.
 QString toBeSaved(const CommandRun& run, bool all);

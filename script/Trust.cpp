@@ -17,7 +17,6 @@ namespace {
 
 constexpr qsizetype kRemembered = 50;
 const QString kValue = QStringLiteral("TRUSTEDINI");
-bool all = false;
 
 // What is in use counts, not what the file holds by now.
 QString contentOf(ucCM& manager) {
@@ -43,10 +42,8 @@ bool isKnown(const QString& content, const QString& question) {
 
 }   // namespace
 
-bool allowAll(bool on) { return std::exchange(all, on); }
-
 bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager) {
-  if (all || !(manager.isForeign() || language.isForeign)) return true;
+  if (!(manager.isForeign() || language.isForeign)) return true;
   const QString next = deed == Deed::start ? tr("It is about to start") : tr("It is about to write the file");
   const QString question =
       tr("The language %1 comes from elsewhere: its definition (now in %2) is neither an installed one nor your own. "
@@ -56,7 +53,6 @@ bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager)
 }
 
 bool mayBeValue(const QString& what, const QString& shown) {
-  if (all) return true;
   const QByteArray hash = QCryptographicHash::hash(QByteArray::fromStdString(fromQString(what)), QCryptographicHash::Sha256);
   return isKnown(QString::fromLatin1(hash.toHex()),
                  tr("The value of a variable is about to start a program or to write a file:\r\n%1\r\nDo you want to allow it?")

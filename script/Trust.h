@@ -20,7 +20,4 @@ bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager)
 // asked for each `what` once (the program, or the whole statement); `shown` is what the question shows.
 bool mayBeValue(const QString& what, const QString& shown);
 
-// While on, nothing is asked: batch mode, when its command line says so. Returns what it was.
-bool allowAll(bool on);
-
 }   // namespace trust

@@ -55,8 +55,6 @@ QString valueOf(statements::Value value, frmDocument* document, const Answers& a
 
 }   // namespace
 
-void Answers::clear() { *this = {}; }
-
 int Answers::add(const QString& answer) {
   const int slot = next_;
   values_[std::size_t(slot)] = answer;

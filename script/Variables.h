@@ -12,7 +12,6 @@ namespace variables {
 class Answers {
  public:
   static constexpr int kSlots = 20;
-  void clear();
   int add(const QString& answer);            // the slot it went into
   const QString* at(qsizetype slot) const;   // null: not used
   int result = 0;                            // exit code

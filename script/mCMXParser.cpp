@@ -19,7 +19,6 @@
 #include "script/CommandRun.h"
 #include "script/Statements.h"
 #include "script/TextReports.h"
-#include "script/Trust.h"
 
 using namespace Qt::StringLiterals;
 
@@ -32,8 +31,6 @@ using statements::Code;
 QString tr(const char* text) { return QCoreApplication::translate("mCMXParser", text); }
 
 CommandRun* current = nullptr;   // null: none
-bool interactive = true;
-variables::Answers answers;
 
 frmDocument* documentOf(const CommandRun& run) { return run.document.data(); }
 frmDocument* activeDocument() { return current ? documentOf(*current) : frame() ? frame()->activeDocument() : nullptr; }
@@ -91,13 +88,8 @@ bool runEditCommand(CommandRun& run, const statements::Split& statement) {
   if (command->argument == CommandArgument::text) argument = statement.argument;
   const auto is = [&](Cmd wanted) { return command->id == static_cast<int>(wanted); };
   if (is(Cmd::WINDOWSTART) || is(Cmd::DOCUMENTSTART)) argument = 0;
-  if (!interactive && (is(Cmd::FIND) || is(Cmd::FINDREPLACE))) return true;
+  if (!run.terms.interactive && (is(Cmd::FIND) || is(Cmd::FINDREPLACE))) return true;
   return cmx->ExecuteCmd(command->id, argument);
-}
-
-bool isTrusted(CommandRun& run, trust::Deed deed, const QString& what) {
-  run.stopped = run.macroOf && !trust::may(deed, what, *run.macroOf, languages());
-  return !run.stopped;
 }
 
 QString logFile(const CommandRun& run, const QString& argument) {
@@ -132,18 +124,15 @@ bool execute(CommandRun& run, const QString& line, bool replaced = false) {
     case Code::logEdit: run.showLog = run.logEdit = true; return true;
     case Code::normalEdit: run.logEdit = false; return true;
     case Code::logSave:
-      if (const QString path = logFile(run, argument); window && isTrusted(run, trust::Deed::write, path))
-        window->SaveDocumment(path);
+      if (const QString path = logFile(run, argument); window && run.may(trust::Deed::write, path)) window->SaveDocumment(path);
       return true;
     case Code::shell:
-    case Code::shellW:
-      runs::startProgram(run, argument, answers, statements::codeOf(statement.verb) == Code::shell, replaced);
-      return true;
+    case Code::shellW: runs::startProgram(run, argument, statements::codeOf(statement.verb) == Code::shell, replaced); return true;
     case Code::save:
     case Code::saveAll: {
       const bool all = statements::codeOf(statement.verb) == Code::saveAll;
       const QString what = runs::toBeSaved(run, all);
-      if (what.isEmpty() || !isTrusted(run, trust::Deed::write, what)) return true;
+      if (what.isEmpty() || !run.may(trust::Deed::write, what)) return true;
       all ? runs::saveAll(run, true) : runs::save(run);
       return true;
     }
@@ -175,21 +164,22 @@ bool startsPrograms(const QString& line) {
 // A line as it is written: prompts, then variables, then its statement. What the user typed himself is part of the line; what a
 // variable holds may be the line too, but starts a program only after a question.
 bool runLine(CommandRun& run, QString& line) {
-  variables::expandPrompts(line, answers);
+  variables::expandPrompts(line, run.answers);
+  if (run.stopped) return true;   // by the end of the session, while it asked
   if (startsPrograms(line)) return execute(run, line);
   QString typed = line;
-  variables::substituteAnswers(typed, answers);
+  variables::substituteAnswers(typed, run.answers);
   if (startsPrograms(typed)) return execute(run, line = typed);
-  variables::substitute(line, documentOf(run), answers);
+  variables::substitute(line, documentOf(run), run.answers);
   const auto reachesOut = [](const QString& text) {
     const Code code = statements::codeOf(statements::split(text).verb);
     return startsPrograms(text) || code == Code::logSave || code == Code::save || code == Code::saveAll;
   };
-  run.stopped = reachesOut(line) && !reachesOut(typed) && !trust::mayBeValue(line, line);
+  if (reachesOut(line) && !reachesOut(typed)) run.mayBeValue(line, line);
   return run.stopped || execute(run, line, true);
 }
 
-void reportInvalid(int language, int macro, const QString& line) {
+void reportInvalid(int language, int macro, const QString& line, bool interactive) {
   const QString text = InvalidCommandText(line);
   if (language > 0 && macro > 0 && frame()) frame()->showMacro(language, macro, text);
   MsgBox(plainForDisplay(text));
@@ -235,7 +225,7 @@ class Current {
 
 QString InvalidCommandText(const QString& line) { return tr("Invalid Command : %1").arg(line); }
 
-Outcome Run(int language, int macro, const QString& commands) {
+Outcome Run(int language, int macro, const QString& commands, Terms terms) {
   frmDocument* const document = frame() ? frame()->activeDocument() : nullptr;
   if (current) {
     SetStatusText(tr("A command string is running already"));
@@ -245,8 +235,7 @@ Outcome Run(int language, int macro, const QString& commands) {
 
   CommandRun run;
   std::optional<Current> mine(run);
-  answers.clear();
-  run.interactive = interactive;
+  run.terms = terms;
   run.document = document;
   if (macro > 0 && language > 0 && language <= languages().Languages()->Count())
     run.macroOf = languages().Languages()->Item(language);
@@ -270,13 +259,12 @@ Outcome Run(int language, int macro, const QString& commands) {
   run.logStep.reset();
   run.documentStep.reset();
   if (run.document) run.document->update();
-  if (outcome.ending == Ending::invalid) reportInvalid(language, macro, outcome.text);
+  if (outcome.ending == Ending::invalid) reportInvalid(language, macro, outcome.text, terms.interactive);
   if (run.inStatusBar) SetStatusText({});   // it runs no more
   const QString stopped = tr("The command string was stopped");
   if (outcome.ending == Ending::stopped) SetStatusText(outcome.text.isEmpty() ? stopped : stopped + u": "_s + outcome.text);
   std::swap(run.search, usersSearch());
   run.busy.reset();
-  answers.clear();
   mine.reset();
   runs::showState(run.document);
   if (run.showLog && frame()) frame()->showLog();
@@ -292,25 +280,13 @@ void Stop() {
   if (current->program) current->program->stop();
 }
 
-void SubstituteVariables(QString& text) { variables::substitute(text, activeDocument(), answers); }
-void ExpandPrompts(QString& text) { variables::expandPrompts(text, answers); }
-
-bool ExecuteStatement(const QString& line) {
-  if (current) return execute(*current, line);
-  CommandRun single;
-  single.document = activeDocument();
-  std::optional<Current> mine(single);
-  const bool good = execute(single, line);
-  mine.reset();
-  if (single.showLog && frame()) frame()->showLog();
-  return good;
+void SubstituteVariables(QString& text, const variables::Answers& answers) {
+  variables::substitute(text, activeDocument(), answers);
 }
 
 QString FileInformation() {
   frmDocument* const document = activeDocument();
   return document ? reports::fileInformation(*document) : QString();
 }
-
-void setInteractive(bool on) { interactive = on; }
 
 }   // namespace mCMXParser

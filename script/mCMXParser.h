@@ -8,6 +8,8 @@
 
 #include <QString>
 
+#include "script/Variables.h"
+
 namespace mCMXParser {
 
 enum class Ending {
@@ -23,21 +25,22 @@ struct Outcome {
   QString text;   // invalid: that line with its variables replaced; stopped: why, empty when by the user
 };
 
+struct Terms {
+  bool interactive = true;      // false, batch mode: statements that open a dialog of their own do nothing
+  bool allowPrograms = false;   // nothing is asked before programs start and files are written (Trust.h)
+};
+
 // Runs a command string on the frame's active document. language and macro (from 1) say which macro runs; both are 0 for
 // other texts. A failing macro is opened in the definitions editor.
-Outcome Run(int language, int macro, const QString& commands);
+Outcome Run(int language, int macro, const QString& commands, Terms terms = {});
 bool isRunning();
 bool isBetweenStatements();   // events come in while the text is half done: nothing may open, close or read one
 void Stop();                  // ends the run at the next statement, with the program that it waits for
 
-// The pieces of a run, of use elsewhere (print headers, tool commands).
-void SubstituteVariables(QString& text);           // values of the active document; texts without "$" are left alone
-void ExpandPrompts(QString& text);                 // "$Input(prompt)" becomes "$Output" and a number; the answer is its value
-bool ExecuteStatement(const QString& line);        // false: invalid command
+// The pieces of a run, of use elsewhere (print headers, templates).
+// Values of the active document and these answers; texts without "$" are left alone.
+void SubstituteVariables(QString& text, const variables::Answers& answers = {});
 QString FileInformation();                         // of the active document, lines parted by CR LF; empty without one
 QString InvalidCommandText(const QString& line);   // the text of the report's box
-
-// Without a person (batch mode): statements that open a dialog of their own do nothing.
-void setInteractive(bool on);
 
 }   // namespace mCMXParser

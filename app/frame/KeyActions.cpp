@@ -71,8 +71,9 @@ QList<NamedAction> keyactions::all() {
 }
 
 void keyactions::expandTemplateText(QString& text) {
-  mCMXParser::ExpandPrompts(text);
-  mCMXParser::SubstituteVariables(text);
+  variables::Answers answers;   // of this template
+  variables::expandPrompts(text, answers);
+  mCMXParser::SubstituteVariables(text, answers);
 }
 
 void keyactions::run(frmMain& frame, const QString& name) {

@@ -9,6 +9,7 @@
 #include <QToolButton>
 #include <QtTest/QTest>
 
+#include "app/frame/KeyActions.h"
 #include "app/look/Icons.h"
 #include "base/Program.h"
 #include "control/keys/KeyCommands.h"
@@ -294,6 +295,15 @@ TEST_F(Commands, MenusWork) {
   EXPECT_EQ(document->cmx->GetLine(0), q("//alw"));
   trigger("mCustom", 0);
   EXPECT_EQ(document->cmx->Text(), q("//ALW\nPOSEDGE\n"));
+}
+
+TEST_F(Commands, AnAnswerBelongsToItsTemplate) {
+  boxes.answerInput(q("clk"));
+  QString first = q("$Input(Clock?) $Output0"), second = q("$Output0");
+  keyactions::expandTemplateText(first);
+  keyactions::expandTemplateText(second);
+  EXPECT_EQ(first, q("clk clk"));
+  EXPECT_EQ(second, q("$Output0"));
 }
 
 TEST_F(Commands, CustomMenuFollowsTheDocument) {
