@@ -13,18 +13,21 @@
 #include <utility>
 
 #include "base/Program.h"
+#include "base/Workspace.h"
 #include "base/dialog/Dialogs.h"
 
 namespace {
 constexpr std::chrono::milliseconds kLookPeriod{20};
 constexpr std::chrono::milliseconds kLastWait{200};   // for work that was cancelled, before it is left
 constexpr int kWhole = 100;                           // percent
-QEventLoop* waiting = nullptr;                        // for the work that shows how far it is
 
-LongWork::Watch::Look& watcher() {
-  static LongWork::Watch::Look look;
-  return look;
-}
+struct Running {
+  LongWork::Patience patience;
+  QEventLoop* waiting = nullptr;   // for the work that shows how far it is
+  LongWork::Watch::Look watcher;
+};
+Running& running() { return Workspace::current().part<Running>(); }
+LongWork::Watch::Look& watcher() { return running().watcher; }
 
 // Goes by itself only: what cannot be cancelled keeps its window, as without it the user could take away what the work is for.
 class Progress : public QProgressDialog {
@@ -91,7 +94,7 @@ class Waiter {
   void underWindow(QWidget* window, const QString& what, bool mayCancel) {
     const ModalGuard guard;
     QEventLoop loop;
-    const QScopedValueRollback current(waiting, &loop);
+    const QScopedValueRollback current(running().waiting, &loop);
     std::unique_ptr<Progress> progress;
     bool isQuiet = true;
     QTimer look;
@@ -100,7 +103,7 @@ class Waiter {
       if (ready()) loop.quit();
     });
     look.start(kLookPeriod);
-    QTimer::singleShot(LongWork::quiet, &loop, [&] {
+    QTimer::singleShot(running().patience.quiet, &loop, [&] {
       isQuiet = false;
       loop.quit();
     });
@@ -136,7 +139,7 @@ bool runOn(QWidget& asker, std::int64_t bytes, LongWork::Work work, const QStrin
     return true;
   }
   Waiter waiter(std::move(work), bytes);
-  if (!waiter.ready(LongWork::moment)) {
+  if (!waiter.ready(running().patience.moment)) {
     if (inRun) waiter.inRun(what);
     else waiter.underWindow(window, what, mayCancel);
     waiter.cancel();   // cancelled, the window is gone: no key may come in until the work has noticed
@@ -147,10 +150,13 @@ bool runOn(QWidget& asker, std::int64_t bytes, LongWork::Work work, const QStrin
 }
 }   // namespace
 
+LongWork::Patience& LongWork::patience() { return running().patience; }
+
 LongWork::Watch::Watch(Look look) : before_(std::exchange(watcher(), std::move(look))) {}
 LongWork::Watch::~Watch() { watcher() = std::move(before_); }
 
 bool LongWork::cancelRunning() {
+  QEventLoop* const waiting = running().waiting;
   if (waiting) waiting->quit();
   return waiting != nullptr;
 }

@@ -16,8 +16,11 @@ class QWidget;
 
 struct LongWork {
   using Work = std::function<void(text::SearchControl&)>;
-  static inline std::chrono::milliseconds moment{50};   // that the caller waits at once
-  static inline std::chrono::milliseconds quiet{150};   // more, in which windows are painted and keys wait, before one is shown
+  struct Patience {
+    std::chrono::milliseconds moment{50};   // that the caller waits at once
+    std::chrono::milliseconds quiet{150};   // more, in which windows are painted and keys wait, before one is shown
+  };
+  static Patience& patience();
 
   // Returns when the work is done. `bytes` is how much there is to go over, unless the work tells; it touches nothing but what it holds.
   static void run(QWidget& asker, std::int64_t bytes, const Work& work) {

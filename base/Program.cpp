@@ -3,24 +3,19 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <utility>
 
 #include "base/Strings.h"
+#include "base/Workspace.h"
 
 namespace {
 
-QString& chosenFolder() {
-  static QString folder;
-  return folder;
-}
-std::function<void(const QString&)>& sink() {
-  static std::function<void(const QString&)> function;
-  return function;
-}
-std::function<void(const QString&)>& reports() {
-  static std::function<void(const QString&)> function;
-  return function;
-}
-bool busy = false;
+struct Shared {
+  QString folder;
+  std::function<void(const QString&)> status, report;
+  bool busy = false;
+};
+Shared& shared() { return Workspace::current().part<Shared>(); }
 
 bool holdsOurFiles(const QString& folder) {
   return QFileInfo(joinPath(folder, QStringLiteral("config"))).isDir() &&
@@ -30,22 +25,22 @@ bool holdsOurFiles(const QString& folder) {
 }   // namespace
 
 QString applicationFolder() {
-  if (!chosenFolder().isEmpty()) return chosenFolder();
+  if (!shared().folder.isEmpty()) return shared().folder;
   const QString own = QCoreApplication::applicationDirPath();
   return holdsOurFiles(own) ? own : QDir::cleanPath(own + QStringLiteral("/../share/zelkor"));
 }
-void setApplicationFolder(const QString& folder) { chosenFolder() = folder; }
+void setApplicationFolder(const QString& folder) { shared().folder = folder; }
 
 void SetStatusText(const QString& text) {
-  if (sink()) sink()(text);
+  if (shared().status) shared().status(text);
 }
-void setStatusSink(std::function<void(const QString&)> function) { sink() = std::move(function); }
+void setStatusSink(std::function<void(const QString&)> function) { shared().status = std::move(function); }
 
 void AppendReport(const QString& line) {
-  if (reports()) reports()(line);
+  if (shared().report) shared().report(line);
 }
-void setReportSink(std::function<void(const QString&)> function) { reports() = std::move(function); }
+void setReportSink(std::function<void(const QString&)> function) { shared().report = std::move(function); }
 
-bool gBusy() { return busy; }
-BusyGuard::BusyGuard() : previous_(busy) { busy = true; }
-BusyGuard::~BusyGuard() { busy = previous_; }
+bool gBusy() { return shared().busy; }
+BusyGuard::BusyGuard() : previous_(std::exchange(shared().busy, true)) {}
+BusyGuard::~BusyGuard() { shared().busy = previous_; }

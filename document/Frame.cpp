@@ -4,12 +4,15 @@
 
 #include "base/FileNames.h"
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "document/frmDocument.h"
 #include "text/file/FileIo.h"
 
 namespace {
-Frame* theFrame = nullptr;
-}
+struct InForce {
+  Frame* frame = nullptr;
+};
+}   // namespace
 
 bool Frame::isInUse(const QString& path) { return documentOn(*this, path) != nullptr; }
 
@@ -28,5 +31,5 @@ frmDocument* documentOn(Frame& frame, const QString& path) {
   return found == open.end() ? nullptr : *found;
 }
 
-Frame* frame() { return theFrame; }
-void setFrame(Frame* frame) { theFrame = frame; }
+Frame* frame() { return Workspace::current().part<InForce>().frame; }
+void setFrame(Frame* frame) { Workspace::current().part<InForce>().frame = frame; }

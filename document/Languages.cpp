@@ -1,15 +1,19 @@
 #include "document/Languages.h"
 
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "control/CodeMax.h"
 #include "document/frmRegistry.h"
 #include "language/ucCM.h"
 
 namespace {
-ucCM* inForce = nullptr;
-}
+struct InForce {
+  ucCM* manager = nullptr;
+};
+InForce& inForce() { return Workspace::current().part<InForce>(); }
+}   // namespace
 
-ucCM& languages() { return inForce ? *inForce : frmRegistry::instance().ucCM1(); }
+ucCM& languages() { return inForce().manager ? *inForce().manager : frmRegistry::instance().ucCM1(); }
 
 int languageOfFile(const QString& name, const CodeMax& cmx) {
   constexpr std::int64_t kBeginning = 64 << 10;   // bytes
@@ -18,8 +22,4 @@ int languageOfFile(const QString& name, const CodeMax& cmx) {
   return languages().GetLangFromFile(GetFileTitle(name), toQString(text.bytes({text::ByteOffset(0), end})));
 }
 
-ucCM* setLanguages(ucCM* manager) {
-  ucCM* before = inForce;
-  inForce = manager;
-  return before;
-}
+ucCM* setLanguages(ucCM* manager) { return std::exchange(inForce().manager, manager); }

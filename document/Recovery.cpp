@@ -5,19 +5,23 @@
 
 #include "base/FileNames.h"
 #include "base/Program.h"
+#include "base/Workspace.h"
 
 namespace {
-RecoverySession* session = nullptr;
+struct InForce {
+  RecoverySession* session = nullptr;
+};
+RecoverySession*& session() { return Workspace::current().part<InForce>().session; }
 }   // namespace
 
-RecoverySession* RecoverySession::current() { return session; }
+RecoverySession* RecoverySession::current() { return session(); }
 QString RecoverySession::usualFolder() { return userStateFolder() + QStringLiteral("/recovery"); }
 
-RecoverySession::RecoverySession(const QString& folder) : writer_(fromQString(folder)), context_(new QObject) { session = this; }
+RecoverySession::RecoverySession(const QString& folder) : writer_(fromQString(folder)), context_(new QObject) { session() = this; }
 
 RecoverySession::~RecoverySession() {
   context_.reset();
-  session = nullptr;
+  session() = nullptr;
 }
 
 QString RecoverySession::folder() const { return toQString(writer_.folder()); }
@@ -44,21 +48,21 @@ void RecoverySession::lookForFailures() {
 }
 
 std::unique_ptr<Recovery> Recovery::of(std::shared_ptr<TextModel> model) {
-  return session ? std::unique_ptr<Recovery>(new Recovery(std::move(model))) : nullptr;
+  return session() ? std::unique_ptr<Recovery>(new Recovery(std::move(model))) : nullptr;
 }
 
 Recovery::Recovery(std::shared_ptr<TextModel> model)
     : model_(std::move(model)),
       // Called on the writer's thread: hands over to this one.
-      journal_(session->writer_, model_->document(), [context = session->context_.get()] {
+      journal_(session()->writer_, model_->document(), [context = session()->context_.get()] {
         QMetaObject::invokeMethod(
             context,
             [] {
-              if (session) session->lookForFailures();
+              if (session()) session()->lookForFailures();
             },
             Qt::QueuedConnection);
       }) {
-  session->all_ << this;
+  session()->all_ << this;
   // A text may become modified without a change of its own: its file is lost, or it goes to another encoding. Queued, so that a
   // change that did it is in the journal first.
   connect(
@@ -72,9 +76,9 @@ Recovery::Recovery(std::shared_ptr<TextModel> model)
 }
 
 Recovery::~Recovery() {
-  if (!session) return;
-  session->all_.removeOne(this);
-  session->lookForFailures();
+  if (!session()) return;
+  session()->all_.removeOne(this);
+  session()->lookForFailures();
 }
 
 text::JournalAbout Recovery::about() const {
@@ -101,7 +105,7 @@ void Recovery::begin() {
 
 bool Recovery::holdNow() {
   begin();
-  session->flush();
+  session()->flush();
   return holds();
 }
 

@@ -14,6 +14,7 @@
 #include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "base/dialog/Dialogs.h"
 #include "document/CMXRegistry.h"
 #include "document/FileErrors.h"
@@ -399,14 +400,18 @@ bool frmDocument::CancelSaveFile() {
   return box.documentIsGone() || !main || !main->saveActive();
 }
 
+namespace {
+struct Asking {
+  bool aboutDates = false;   // over all documents: one question at a time
+};
+}   // namespace
+
 void frmDocument::inconsistentDate() {
-  static bool asking = false;   // over all documents: one question at a time
+  bool& asking = Workspace::current().part<Asking>().aboutDates;
   std::optional<text::FileStamp>& known = cmx->model()->stamp;
   if (asking || !shared_->hasName || !known || isDialogUp()) return;
   asking = true;
-  const struct Done {
-    ~Done() { asking = false; }
-  } done;
+  const auto done = qScopeGuard([&asking] { asking = false; });
 
   const OwnBox box(*this);
   text::FileStamp now;

@@ -7,6 +7,7 @@
 #include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "base/dialog/Dialogs.h"
 #include "base/dialog/FitScreen.h"
 #include "document/Frame.h"
@@ -134,10 +135,7 @@ bool isInstalled(const QString& folder) {
   return !ours.isEmpty() && (place == ours || place.startsWith(ours + u'/'));
 }
 
-frmRegistry& frmRegistry::instance() {
-  static frmRegistry service;
-  return service;
-}
+frmRegistry& frmRegistry::instance() { return Workspace::current().part<frmRegistry>(); }
 
 frmRegistry::frmRegistry() : manager_(std::make_unique<ucCM>()) {
   connect(&mruFile, &ucMRULst::Changed, this, &frmRegistry::mruFile_Changed);

@@ -37,6 +37,7 @@ class frmRegistry : public QObject {
   Q_OBJECT
  public:
   static frmRegistry& instance();
+  frmRegistry();   // for instance() alone
   ~frmRegistry() override;
 
   ucCM& ucCM1();
@@ -83,7 +84,6 @@ class frmRegistry : public QObject {
   void SetHelpMenu();
 
  private:
-  frmRegistry();
   void mruFile_Changed();
   static bool anyModified();
 

@@ -1,13 +1,17 @@
 #include "language/Registration.h"
 
+#include "base/Workspace.h"
 #include "language/clsLang.h"
 #include "text/color/EntryMarks.h"
 
 namespace {
 
-QStringList registered;
-int count = 0;
-bool gFixedLangsRemoved = false;
+struct Registered {
+  QStringList names;
+  int count = 0;
+  bool gFixedLangsRemoved = false;
+};
+Registered& registered() { return Workspace::current().part<Registered>(); }
 
 // One entry a line, each ended by LF.
 QString lines(QString list) {
@@ -58,23 +62,23 @@ CmLanguage handedOver(const clsLang& language) {
 }
 
 void AddLanguages(const colLangs& languages) {
-  if (!gFixedLangsRemoved) {
+  if (!registered().gFixedLangsRemoved) {
     for (const char* name : {"SQL", "C/C++", "PASCAL", "BASIC", "JAVA"})
       LanguageTable::unregisterLanguage(QString::fromLatin1(name));
-    gFixedLangsRemoved = true;
+    registered().gFixedLangsRemoved = true;
   }
   for (const auto& language : languages) {
     LanguageTable::registerLanguage(language->Name, handedOver(*language));
-    registered += language->Name;
+    registered().names += language->Name;
   }
-  count = languages.Count();
+  registered().count = languages.Count();
 }
 
 void RemoveLanguages() {
-  for (const QString& name : registered) LanguageTable::unregisterLanguage(name);
-  registered.clear();
+  for (const QString& name : registered().names) LanguageTable::unregisterLanguage(name);
+  registered().names.clear();
 }
 
-const QStringList& RegisteredLanguages() { return registered; }
-int RegisteredLanguageCount() { return count; }
-void LowerRegisteredLanguageCount() { --count; }
+const QStringList& RegisteredLanguages() { return registered().names; }
+int RegisteredLanguageCount() { return registered().count; }
+void LowerRegisteredLanguageCount() { --registered().count; }

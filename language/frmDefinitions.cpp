@@ -13,6 +13,7 @@
 #include <QTabBar>
 
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "base/dialog/Dialogs.h"
 #include "base/dialog/PageKeys.h"
 #include "language/DefinitionText.h"
@@ -31,10 +32,10 @@ QString toolTipOf(const QString& text) {
 }
 QString titleOf(QString text) { return text.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); }
 
-QString& copied() {   // the definitions that this program put onto the clipboard last
-  static QString text;
-  return text;
-}
+struct Copied {
+  QString text;   // the definitions that this program put onto the clipboard last
+};
+QString& copied() { return Workspace::current().part<Copied>().text; }
 
 QListWidgetItem* editableItem(const QString& name) {
   auto* item = new QListWidgetItem(name);

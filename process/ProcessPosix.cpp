@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <cerrno>
 
+#include "base/Workspace.h"
 #include "process/CommandLine.h"
 #include "process/Process.h"
 
@@ -26,10 +27,10 @@ constexpr std::size_t kPiece = 64 << 10;
 constexpr int kGrace = 2000;      // milliseconds between asking and making a program end
 constexpr int kPollPeriod = 50;   // where the kernel does not report the end by itself
 
-QList<Program*>& programs() {
-  static QList<Program*> list;
-  return list;
-}
+struct Programs {
+  QList<Program*> list;
+};
+QList<Program*>& programs() { return Workspace::current().part<Programs>().list; }
 
 struct Pipe {
   int ends[2] = {-1, -1};

@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <cerrno>
 
+#include "base/Workspace.h"
 #include "process/CommandLine.h"
 #include "process/Process.h"
 
@@ -12,10 +13,10 @@ namespace process {
 
 namespace {
 
-QList<Program*>& programs() {
-  static QList<Program*> list;
-  return list;
-}
+struct Programs {
+  QList<Program*> list;
+};
+QList<Program*>& programs() { return Workspace::current().part<Programs>().list; }
 
 }   // namespace
 

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "base/Workspace.h"
+
 namespace statements {
 
 namespace {
@@ -58,26 +60,23 @@ constexpr SelectionStatement kSelections[] = {
 }   // namespace
 
 namespace {
-std::vector<Verb>& allVerbs() {
-  static std::vector<Verb> rows(std::begin(kVerbs), std::end(kVerbs));
-  return rows;
-}
-std::vector<std::pair<QLatin1String, AddedRun>>& addedRuns() {
-  static std::vector<std::pair<QLatin1String, AddedRun>> rows;
-  return rows;
-}
+struct Verbs {
+  std::vector<Verb> rows{std::begin(kVerbs), std::end(kVerbs)};
+  std::vector<std::pair<QLatin1String, AddedRun>> added;
+};
+Verbs& all() { return Workspace::current().part<Verbs>(); }
 }   // namespace
 
-std::span<const Verb> verbs() { return allVerbs(); }
+std::span<const Verb> verbs() { return all().rows; }
 
 void addVerb(const char* name, const char* argument, const char* help, AddedRun run) {
   if (addedRun(QString(QLatin1String(name)))) return;
-  allVerbs().push_back({Code::added, name, argument, help});
-  addedRuns().emplace_back(QLatin1String(name), run);
+  all().rows.push_back({Code::added, name, argument, help});
+  all().added.emplace_back(QLatin1String(name), run);
 }
 
 AddedRun addedRun(QStringView verb) {
-  for (const auto& [name, run] : addedRuns())
+  for (const auto& [name, run] : all().added)
     if (verb == name) return run;
   return nullptr;
 }

@@ -8,6 +8,7 @@
 #include "base/FileNames.h"
 #include "base/LongWork.h"
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "base/dialog/Dialogs.h"
 #include "control/edit/CommandTable.h"
 #include "control/find/UsersSearch.h"
@@ -30,10 +31,13 @@ using statements::Code;
 
 QString tr(const char* text) { return QCoreApplication::translate("mCMXParser", text); }
 
-CommandRun* current = nullptr;   // null: none
+struct Runs {
+  CommandRun* current = nullptr;   // null: none
+};
+CommandRun*& current() { return Workspace::current().part<Runs>().current; }
 
 frmDocument* documentOf(const CommandRun& run) { return run.document.data(); }
-frmDocument* activeDocument() { return current ? documentOf(*current) : frame() ? frame()->activeDocument() : nullptr; }
+frmDocument* activeDocument() { return current() ? documentOf(*current()) : frame() ? frame()->activeDocument() : nullptr; }
 frmLog* log() { return frame() ? frame()->log() : nullptr; }
 
 void writeLog(CommandRun& run, const QString& text) {
@@ -215,8 +219,8 @@ Outcome runLines(CommandRun& run, const QString& commands) {
 // Makes a run the current one, until it ends in whatever way.
 class Current {
  public:
-  explicit Current(CommandRun& run) { current = &run; }
-  ~Current() { current = nullptr; }
+  explicit Current(CommandRun& run) { current() = &run; }
+  ~Current() { current() = nullptr; }
   Current(const Current&) = delete;
   Current& operator=(const Current&) = delete;
 };
@@ -227,11 +231,11 @@ QString InvalidCommandText(const QString& line) { return tr("Invalid Command : %
 
 Outcome Run(int language, int macro, const QString& commands, Terms terms) {
   frmDocument* const document = frame() ? frame()->activeDocument() : nullptr;
-  if (current) {
+  if (current()) {
     SetStatusText(tr("A command string is running already"));
-    current->inStatusBar = true;
+    current()->inStatusBar = true;
   }
-  if (current || !document) return {Ending::refused, 0, {}};
+  if (current() || !document) return {Ending::refused, 0, {}};
 
   CommandRun run;
   std::optional<Current> mine(run);
@@ -271,13 +275,13 @@ Outcome Run(int language, int macro, const QString& commands, Terms terms) {
   return outcome;
 }
 
-bool isRunning() { return current != nullptr; }
-bool isBetweenStatements() { return current && current->input && current->input->isLooking(); }
+bool isRunning() { return current() != nullptr; }
+bool isBetweenStatements() { return current() && current()->input && current()->input->isLooking(); }
 
 void Stop() {
-  if (!current) return;
-  current->stopped = true;
-  if (current->program) current->program->stop();
+  if (!current()) return;
+  current()->stopped = true;
+  if (current()->program) current()->program->stop();
 }
 
 void SubstituteVariables(QString& text, const variables::Answers& answers) {

@@ -5,13 +5,17 @@
 #include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "settings/RegistryFile.h"
 
 namespace registry {
 
 namespace {
-Store* replaced = nullptr;
-}
+struct InForce {
+  Store* replacement = nullptr;
+};
+InForce& inForce() { return Workspace::current().part<InForce>(); }
+}   // namespace
 
 #ifdef _WIN32
 Store& systemRegistry();   // RegistryWin.cpp
@@ -28,12 +32,8 @@ static Store& platformStore() {
 }
 #endif
 
-Store& store() { return replaced ? *replaced : platformStore(); }
+Store& store() { return inForce().replacement ? *inForce().replacement : platformStore(); }
 
-Store* setStore(Store* replacement) {
-  Store* const old = replaced;
-  replaced = replacement;
-  return old;
-}
+Store* setStore(Store* replacement) { return std::exchange(inForce().replacement, replacement); }
 
 }   // namespace registry

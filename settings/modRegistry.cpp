@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "base/Workspace.h"
 #include "settings/RegistryStore.h"
 #include "settings/clsRegistry.h"
 
@@ -11,10 +12,7 @@ namespace modRegistry {
 
 constexpr quint32 kHive = registry::kLocalMachine;
 
-clsRegistry& Registry() {
-  static clsRegistry instance;
-  return instance;
-}
+clsRegistry& Registry() { return Workspace::current().part<clsRegistry>(); }
 
 bool KeyValid(const QString& key) { return Registry().isValidKey(kHive, key); }
 QVariant GetValue(const QString& key, const QString& name) { return Registry().GetKeyValue(kHive, key, name); }

@@ -7,6 +7,7 @@
 #include <QSvgRenderer>
 
 #include "base/PaintedIcon.h"
+#include "base/Workspace.h"
 
 // The pictures are in a static library, from which the linker takes only what is named. Outside any namespace, as the macro asks.
 static void keepPictures() { Q_INIT_RESOURCE(app); }
@@ -15,8 +16,12 @@ namespace {
 
 constexpr char kInk[] = "#232629", kAccent[] = "#2980b9";   // the two colours of the drawings
 
+struct Drawings {
+  QHash<QString, QByteArray> read;
+};
+
 QByteArray drawing(const QString& name) {
-  static QHash<QString, QByteArray> read;
+  auto& read = Workspace::current().part<Drawings>().read;
   if (read.isEmpty()) keepPictures();
   auto it = read.find(name);
   if (it == read.end()) {

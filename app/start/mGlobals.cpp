@@ -25,6 +25,7 @@
 #include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "base/dialog/Dialogs.h"
 #include "base/dialog/FitScreen.h"
 #include "base/dialog/Memory.h"
@@ -32,7 +33,7 @@
 #include "base/dialog/TypedKeys.h"
 #include "change/Verbs.h"
 #include "control/edit/TextModel.h"
-#include "control/keys/KeyCommands.h"
+#include "control/keys/KeyMacro.h"
 #include "document/CMXRegistry.h"
 #include "document/Languages.h"
 #include "document/Recovery.h"
@@ -78,7 +79,7 @@ void loadSettings(frmMain& frame) {
   frame.menus().refreshKeys();
   service.GetProfile(frame, QStringLiteral("mnuFileMRU"));
   // What a crash must not take away is written when it changes.
-  whenRecorded([] { CMXRegistry::saveMacros(); });
+  keyMacros().onRecorded = [] { CMXRegistry::saveMacros(); };
   languages().iniFileChanged = [] { SetText(kGlobalKey, kIniFile, languages().IniFile()); };
 }
 
@@ -262,6 +263,7 @@ void openWebPage(const QString& page) {
 }
 
 int Main(int argc, char** argv) try {
+  Workspace workspace;
   QStringList words;
   for (int i = 1; i < argc; ++i) words << toQString(argv[i]);
   const QString startFolder = currentFolder();   // names were typed against it; the settings will change it

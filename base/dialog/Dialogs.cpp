@@ -15,13 +15,11 @@
 
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "base/dialog/FileFilter.h"
 #include "base/dialog/OddNames.h"
 
 namespace {
-
-int modalDepth = 0;
-Dialogs* replacementInForce = nullptr;
 
 constexpr int kMostLines = 1000, kMostPromptLines = 40, kLongestWord = 60;
 
@@ -187,20 +185,21 @@ Answer declined(Buttons buttons) {
   }
 }
 
-Dialogs& dialogs() {
-  static DesktopDialogs desktop;
-  return replacementInForce ? *replacementInForce : desktop;
-}
+namespace {
+struct Boxes {
+  DesktopDialogs desktop;
+  Dialogs* replacement = nullptr;
+  int modalDepth = 0;
+};
+Boxes& boxes() { return Workspace::current().part<Boxes>(); }
+}   // namespace
 
-Dialogs* setDialogs(Dialogs* replacement) {
-  Dialogs* old = replacementInForce;
-  replacementInForce = replacement;
-  return old;
-}
+Dialogs& dialogs() { return boxes().replacement ? *boxes().replacement : boxes().desktop; }
+Dialogs* setDialogs(Dialogs* replacement) { return std::exchange(boxes().replacement, replacement); }
 
-bool isDialogUp() { return modalDepth > 0; }
-ModalGuard::ModalGuard() { ++modalDepth; }
-ModalGuard::~ModalGuard() { --modalDepth; }
+bool isDialogUp() { return boxes().modalDepth > 0; }
+ModalGuard::ModalGuard() { ++boxes().modalDepth; }
+ModalGuard::~ModalGuard() { --boxes().modalDepth; }
 
 Answer MsgBox(const QString& text, const QString& title, Icon icon, Buttons buttons) {
   return dialogs().messageBox(text, title.isEmpty() ? QString::fromLatin1(kApplicationTitle) : title, icon, buttons);

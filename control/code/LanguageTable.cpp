@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "base/Workspace.h"
 #include "control/code/BlockWords.h"
 #include "control/edit/TextModel.h"
 
@@ -93,10 +94,7 @@ struct Table {
   }
 };
 
-Table& table() {
-  static Table instance;
-  return instance;
-}
+Table& table() { return Workspace::current().part<Table>(); }
 
 }   // namespace
 

@@ -10,6 +10,7 @@
 
 #include "base/LongWork.h"
 #include "base/Program.h"
+#include "base/Workspace.h"
 #include "control/edit/ColumnBlock.h"
 #include "control/edit/CommandFunctions.h"
 #include "control/edit/CommandTable.h"
@@ -43,10 +44,7 @@ struct Search {
   std::optional<SearchState> users;   // whose texts come back, as long as these are what the program left
   QString findText, replaceText;
 };
-Search& search() {
-  static Search search;
-  return search;
-}
+Search& search() { return Workspace::current().part<Search>(); }
 }   // namespace
 
 SearchState& searchState() { return search().state; }
@@ -372,7 +370,7 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   QElapsedTimer clock;
   clock.start();
   for (impl.pass = 0; impl.pass < count; ++impl.pass) {
-    if (clock.elapsed() >= LongWork::moment.count()) {
+    if (clock.elapsed() >= LongWork::patience().moment.count()) {
       clock.restart();
       if (!LongWork::goesOn(QCoreApplication::translate("Editor", "Repeating..."),
                             static_cast<int>(std::int64_t(impl.pass) * 100 / count)))

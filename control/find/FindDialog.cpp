@@ -14,6 +14,7 @@
 #include <QTimer>
 
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "control/CodeMax.h"
 #include "control/find/FindJob.h"
 #include "control/find/FindScope.h"
@@ -24,9 +25,12 @@ namespace {
 
 constexpr int kHistory = 20;
 
+struct Histories {
+  QStringList found, replaced;
+};
 QStringList& historyOf(bool replace) {
-  static QStringList histories[2];
-  return histories[replace ? 1 : 0];
+  auto& histories = Workspace::current().part<Histories>();
+  return replace ? histories.replaced : histories.found;
 }
 
 QComboBox* makeField(QWidget* parent, const QString& name) {

@@ -40,12 +40,7 @@ void toggleColumnMode(Editor& e, const QVariant&) {
                      : QCoreApplication::translate("Editor", "Column mode is off"));
 }
 
-std::function<void()> recorded;
-
-void macroRecord(Editor&, const QVariant&) {
-  keyMacros().toggleRecording();
-  if (!keyMacros().recording() && recorded) recorded();
-}
+void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
 // The rounds are the macro's own affair: it may undo, which no repeated command can.
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current(), EditorAccess::impl(e).askedCount); }
 
@@ -78,7 +73,6 @@ constexpr std::array<Command, 12> table{{
 }   // namespace
 
 bool columnMode(Editor& editor) { return commandFunctions::inColumnMode(editor); }
-void whenRecorded(std::function<void()> work) { recorded = std::move(work); }
 
 std::span<const Command> keyCommands() { return table; }
 

@@ -10,7 +10,6 @@ std::span<const Command> keyCommands();
 // Looks in both tables; null when unknown.
 const Command* anyCommandById(int id);
 const Command* anyCommandByName(QStringView name);
-void whenRecorded(std::function<void()> work);   // called each time that a recording of keystrokes has ended
 // Runs a command of either table; false for an unknown number.
 bool executeAny(Editor& editor, int id, const QVariant& argument = {});
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <tuple>
 
+#include "base/Workspace.h"
 #include "control/edit/EditorAccess.h"
 #include "control/find/Finding.h"
 #include "control/find/UsersSearch.h"
@@ -150,6 +151,7 @@ void KeyMacros::toggleRecording() {
   for (int n = 1; recorded_.name.isEmpty() || find(recorded_.name); ++n) recorded_.name = QStringLiteral("Macro %1").arg(n);
   current_ = recorded_.name;
   set(std::move(recorded_));
+  if (onRecorded) onRecorded();
   tell(QCoreApplication::translate("KeyMacros", "Recorded as \"%1\"").arg(current_));
 }
 
@@ -261,7 +263,4 @@ int KeyMacros::fromText(const QString& text) {
   return skipped;
 }
 
-KeyMacros& keyMacros() {
-  static KeyMacros macros;
-  return macros;
-}
+KeyMacros& keyMacros() { return Workspace::current().part<KeyMacros>(); }

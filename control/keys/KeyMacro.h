@@ -42,6 +42,7 @@ class KeyMacros {
   void toggleRecording();   // at its end the macro is kept as "Macro 1", "Macro 2" ...
   void cancelRecording();
   std::function<void(const QString& tells)> onRecording;   // it began or ended, and what became of it in the user's words
+  std::function<void()> onRecorded;                        // a macro was recorded and kept
   void noteCommand(Editor& editor, int id, const QVariant& argument);
   void noteText(const QString& text);
   // Runs what is no step of its own, as it is part of one already noted.

@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <algorithm>
 
+#include "base/Workspace.h"
 #include "control/keys/KeyCommands.h"
 
 namespace {
@@ -191,7 +192,4 @@ int KeyMap::fromText(const QString& text) {
   return skipped;
 }
 
-KeyMap& keyMap() {
-  static KeyMap map;
-  return map;
-}
+KeyMap& keyMap() { return Workspace::current().part<KeyMap>(); }

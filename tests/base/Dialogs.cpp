@@ -27,6 +27,7 @@
 
 #include "base/FixedFont.h"
 #include "base/Program.h"
+#include "base/Workspace.h"
 #include "base/dialog/FitScreen.h"
 #include "base/dialog/PageKeys.h"
 #include "base/dialog/PressAtOnce.h"
@@ -264,6 +265,23 @@ TEST(DialogsProgram, BusyFlagNestsAndStatusGoesToTheSink) {
   setStatusSink({});
   SetStatusText(q("two"));
   EXPECT_EQ(seen, QStringList{q("one")});
+}
+
+TEST(DialogsProgram, AWorkspaceOfOnesOwnLeavesTheOtherAsItWas) {
+  struct Counted {
+    int value = 0;
+    std::function<void()> atEnd = [] {};
+    ~Counted() { atEnd(); }
+  };
+  Workspace::current().part<Counted>().value = 1;
+  int seen = 0;
+  {
+    const Workspace own;
+    EXPECT_EQ(Workspace::current().part<Counted>().value, 0);
+    Workspace::current().part<Counted>().atEnd = [&] { seen = gBusy() ? 1 : 2; };   // a part may ask for others while it ends
+  }
+  EXPECT_EQ(seen, 2);
+  EXPECT_EQ(Workspace::current().part<Counted>().value, 1);
 }
 
 TEST(DialogsProgram, TheFolderOfTheProgramCanBeChosen) {

@@ -18,13 +18,12 @@ namespace {
 
 class LongWorkTest : public PaneFixture {
  protected:
-  const std::chrono::milliseconds moment = LongWork::moment, quiet = LongWork::quiet;
+  const LongWork::Patience patience = LongWork::patience();
   ~LongWorkTest() override {
-    LongWork::moment = moment;
-    LongWork::quiet = quiet;
+    LongWork::patience() = patience;
     searchState() = {};
   }
-  static void showAtOnce() { LongWork::moment = LongWork::quiet = std::chrono::milliseconds(1); }
+  static void showAtOnce() { LongWork::patience() = {std::chrono::milliseconds(1), std::chrono::milliseconds(1)}; }
   QProgressDialog* shownDialog() const {
     auto* dialog = control.window()->findChild<QProgressDialog*>();
     return dialog && dialog->isVisible() ? dialog : nullptr;
@@ -69,7 +68,7 @@ TEST_F(LongWorkTest, IsDoneOnAThreadAndCanBeCancelled) {
 
 TEST_F(LongWorkTest, FindCommandsDoTheSameEitherWay) {
   for (const bool shown : {false, true}) {
-    LongWork::moment = std::chrono::milliseconds(shown ? 0 : 1000);
+    LongWork::patience().moment = std::chrono::milliseconds(shown ? 0 : 1000);
     searchState().findText = QStringLiteral("ab");
     searchState().replaceText = QStringLiteral("c");
     const auto command = [&](const char* name) { control.ExecuteCmd(commandByName(QString::fromLatin1(name))->id); };

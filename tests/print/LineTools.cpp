@@ -115,7 +115,7 @@ TEST(LineTools, WholeLines) {
 }
 
 TEST(LineTools, WhatIsCancelledChangesNothing) {
-  const auto moment = std::exchange(LongWork::moment, std::chrono::milliseconds(0));
+  const auto moment = std::exchange(LongWork::patience().moment, std::chrono::milliseconds(0));
   Control c("");
   QStringList lines;
   for (int i = 0; i < 50000; ++i)
@@ -137,7 +137,7 @@ TEST(LineTools, WhatIsCancelledChangesNothing) {
   }
   EXPECT_EQ(looks, 3);
   EXPECT_TRUE(c.cmx.model()->snapshot().sameAs(before));
-  LongWork::moment = moment;
+  LongWork::patience().moment = moment;
 }
 
 TEST(LineTools, SelectedLinesOnly) {

@@ -132,3 +132,38 @@ TEST(Architecture, FilesGoThroughTheSeam) {
   }
   EXPECT_GT(checked, 0);
 }
+
+// What the windows share stands in the workspace (base/Workspace.h). Variables of the process are these alone.
+TEST(Architecture, NoOtherVariablesOfTheProcess) {
+  std::set<std::string> known{
+      "CopyData.cpp: filter",           // without state; the library asks for the object
+      "FileCalls.cpp: random",          // of each thread
+      "FileSystem.cpp: current",        // the disk, exchanged by tests
+      "FileSystemPosix.cpp: posix",     // the disk itself, without state
+      "FileSystemWindows.cpp: files",   // the same
+      "RegistryStore.cpp: file",        // the settings, written when the library ends
+      "RegistryWin.cpp: instance",      // the same
+      "Save.cpp: folder",               // where a text goes whose disk is full; the engine has no workspace
+      "SessionEnd.cpp: pipeEnds",       // a signal handler reaches nothing else
+      "Workspace.cpp: inForce",
+      "Workspace.cpp: usual",
+      "Workspace.h: kind",           // an address
+      "mGlobals.cpp: displayOpen",   // the library's message handler reaches nothing else
+      "mGlobals.cpp: webHome",
+  };
+  const std::string type = R"re([\w:*&]+(?:<[^;{}()]*(?:\(\))?[^;{}()]*>)?[\w:*& ]*\s[*&]*)re";
+  const std::string name = R"re(([\w:]+)(?:\[\w*\])*\s*(?:;|=(?!=)|\{))re";
+  const std::regex inside(R"re(^\s*(?:inline\s+)?(?:static|thread_local)\s+(?!(?:inline\s+)?(?:const|constexpr)\b))re" + type +
+                          name);
+  const std::regex outside(R"re(^(?!(?:inline\s+)?(?:const|constexpr|static|thread_local|namespace|using|class|struct|enum|union)re"
+                           R"re(|template|return|extern|typedef|friend|public|private)\b)(?!.*\boperator\b))re" +
+                           type + name);
+  for (const auto& floor : kFloors) {
+    eachLine(floor, [&](const std::string& line, const std::string& file, const std::string&, const std::string& where) {
+      std::smatch m;
+      if (!std::regex_search(line, m, inside) && !std::regex_search(line, m, outside)) return;
+      EXPECT_EQ(known.erase(file + ": " + m[1].str()), 1u) << where;
+    });
+  }
+  for (const auto& gone : known) ADD_FAILURE() << "is no more: " << gone;
+}
