@@ -1,8 +1,8 @@
 #include "change/Verbs.h"
 
 #include <QCoreApplication>
-#include <QHash>
 
+#include "base/Options.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
 #include "change/AddIns.h"
@@ -14,65 +14,39 @@
 
 namespace {
 
-// "name=value" and bare words, which have no value, separated by blanks. Names fold case; `known` lists them. False: something else
-// stands there.
-bool readOptions(const QString& argument, const QStringList& known, QHash<QString, QString>* values) {
-  for (const QString& word : argument.split(u' ', Qt::SkipEmptyParts)) {
-    const QString name = word.section(u'=', 0, 0).toLower();
-    if (!known.contains(name)) return false;
-    values->insert(name, word.contains(u'=') ? word.section(u'=', 1) : QString());
-  }
-  return true;
-}
-
-// Options that are on or off: the bare word, or yes or no. False: another value.
-bool flags(const QHash<QString, QString>& values, std::initializer_list<std::pair<const char*, bool*>> wanted) {
-  for (const auto& [name, on] : wanted) {
-    const auto found = values.find(QString::fromLatin1(name));
-    if (found == values.end()) continue;
-    const QString value = found->toLower();
-    *on = value.isNull() || value == QLatin1String("yes");
-    if (!*on && value != QLatin1String("no")) return false;
-  }
-  return true;
-}
-
-QStringList words(const char* text) { return QString::fromLatin1(text).split(u' '); }
-
-// A whole number of an option (0x for hexadecimal); `otherwise` when it is not given. False: it is no number within the bounds.
-bool number(const QHash<QString, QString>& values, const QString& name, qint64 low, qint64 high, qint64* value) {
-  if (!values.contains(name)) return true;
+// A whole number of an option (0x for hexadecimal); *value stays when it is not given. False: it is no number within the bounds.
+bool number(const Options& given, const char* name, qint64 low, qint64 high, qint64* value) {
+  if (!given.has(name)) return true;
   bool good = false;
-  *value = values[name].toLongLong(&good, 0);
+  *value = given.value(name).toLongLong(&good, 0);
   return good && *value >= low && *value <= high;
 }
 
-bool choice(const QHash<QString, QString>& values, const QString& name, const QStringList& choices, int* index) {
-  if (!values.contains(name)) return true;
-  *index = static_cast<int>(choices.indexOf(values[name].toLower())) + 1;
+// 1-based; 0: not given.
+bool choice(const Options& given, const char* name, const QStringList& choices, int* index) {
+  if (!given.has(name)) return true;
+  *index = static_cast<int>(choices.indexOf(given.value(name).toLower())) + 1;
   return *index > 0;
 }
 
 bool format(CodeMax& cmx, const QString& argument) {
-  QHash<QString, QString> values;
-  if (!readOptions(argument, words("tabs text keywords indent lineends careful indenttabs selection anycase"), &values))
-    return false;
+  constexpr OptionRow rows[] = {
+      {"tabs", "N"}, {"text", "CASE"}, {"keywords", "CASE"}, {"indent", "N"}, {"lineends", "unix|windows"},
+      {"careful"},   {"indenttabs"},   {"selection"},        {"anycase"}};
+  const Options given = parseVerb(argument, rows);
   FormatChoices choices;
   qint64 tabs = -1, indent = -1;
   const QStringList cases{QStringLiteral("upper"), QStringLiteral("lower"), QStringLiteral("capitalize")};
-  if (!number(values, QStringLiteral("tabs"), 0, 100, &tabs) || !number(values, QStringLiteral("indent"), 0, 100, &indent) ||
-      !choice(values, QStringLiteral("text"), cases, &choices.mainCase) ||
-      !choice(values, QStringLiteral("keywords"), cases, &choices.keywordCase) ||
-      !choice(values, QStringLiteral("lineends"), {QStringLiteral("unix"), QStringLiteral("windows")}, &choices.lineEnds))
+  if (!given.error.isEmpty() || !number(given, "tabs", 0, 100, &tabs) || !number(given, "indent", 0, 100, &indent) ||
+      !choice(given, "text", cases, &choices.mainCase) || !choice(given, "keywords", cases, &choices.keywordCase) ||
+      !choice(given, "lineends", {QStringLiteral("unix"), QStringLiteral("windows")}, &choices.lineEnds))
     return false;
   choices.tabs = static_cast<int>(tabs) + 1;
   choices.indent = static_cast<int>(indent) + 1;
-  choices.wholeLine = choices.indentTabs = choices.selectionOnly = choices.changeCaseAnyway = false;
-  if (!flags(values, {{"careful", &choices.wholeLine},
-                      {"indenttabs", &choices.indentTabs},
-                      {"selection", &choices.selectionOnly},
-                      {"anycase", &choices.changeCaseAnyway}}))
-    return false;
+  choices.wholeLine = given.isOn("careful");
+  choices.indentTabs = given.isOn("indenttabs");
+  choices.selectionOnly = given.isOn("selection");
+  choices.changeCaseAnyway = given.isOn("anycase");
   const auto& all = languages().Languages();
   const int index = languages().GetIndex(cmx.Language());
   const clsLang* language = index > 0 ? all->Item(index).get() : nullptr;
@@ -107,38 +81,33 @@ bool columnize(CodeMax& cmx, const QString& argument) {
 }
 
 bool series(CodeMax& cmx, const QString& argument) {
-  QHash<QString, QString> values;
-  if (!readOptions(argument, words("start step repeat base width prefix suffix zeros upper"), &values)) return false;
+  constexpr OptionRow rows[] = {{"start", "N"},        {"step", "N"},      {"repeat", "N"},
+                                {"base", "2|8|10|16"}, {"width", "N"},     {"zeros"},
+                                {"prefix", "TEXT"},    {"suffix", "TEXT"}, {"upper"}};
+  const Options given = parseVerb(argument, rows);
   NumberSeries s;
   qint64 repeat = 1, base = 10, width = 0;
   constexpr qint64 kMost = std::numeric_limits<qint64>::max(), kLeast = std::numeric_limits<qint64>::min();
-  if (!number(values, QStringLiteral("start"), kLeast, kMost, &s.start) ||
-      !number(values, QStringLiteral("step"), kLeast, kMost, &s.step) ||
-      !number(values, QStringLiteral("repeat"), 1, 1000000, &repeat) || !number(values, QStringLiteral("base"), 2, 16, &base) ||
-      !number(values, QStringLiteral("width"), 0, 64, &width))
+  if (!given.error.isEmpty() || !number(given, "start", kLeast, kMost, &s.start) ||
+      !number(given, "step", kLeast, kMost, &s.step) || !number(given, "repeat", 1, 1000000, &repeat) ||
+      !number(given, "base", 2, 16, &base) || !number(given, "width", 0, 64, &width))
     return false;
   if (base != 2 && base != 8 && base != 10 && base != 16) return false;
   s.repeat = static_cast<int>(repeat);
   s.base = static_cast<int>(base);
   s.width = static_cast<int>(width);
-  if (!flags(values, {{"zeros", &s.zeroFill}, {"upper", &s.upperCase}})) return false;
-  for (const char* text : {"prefix", "suffix"})
-    if (values.contains(QString::fromLatin1(text)) && values[QString::fromLatin1(text)].isNull()) return false;
-  s.prefix = values.value(QStringLiteral("prefix"));
-  s.suffix = values.value(QStringLiteral("suffix"));
+  s.zeroFill = given.isOn("zeros");
+  s.upperCase = given.isOn("upper");
+  s.prefix = given.value("prefix");
+  s.suffix = given.value("suffix");
   return InsertSeries(cmx, s) >= 0;
 }
 
 bool sortLines(CodeMax& cmx, const QString& argument) {
-  QHash<QString, QString> values;
-  if (!readOptions(argument, words("descending case numeric unique"), &values)) return false;
-  SortOptions options;
-  if (!flags(values, {{"descending", &options.descending},
-                      {"case", &options.matchCase},
-                      {"numeric", &options.numeric},
-                      {"unique", &options.dropEqual}}))
-    return false;
-  SortLines(cmx, options);
+  constexpr OptionRow rows[] = {{"descending"}, {"case"}, {"numeric"}, {"unique"}};
+  const Options given = parseVerb(argument, rows);
+  if (!given.error.isEmpty()) return false;
+  SortLines(cmx, {given.isOn("descending"), given.isOn("case"), given.isOn("numeric"), given.isOn("unique")});
   return true;
 }
 
@@ -167,8 +136,7 @@ bool substitute(CodeMax& cmx, const QString& argument) {
 }
 
 template <auto Service>
-bool plain(CodeMax& cmx, const QString& argument) {
-  if (!argument.trimmed().isEmpty()) return false;
+bool plain(CodeMax& cmx, const QString&) {
   Service(cmx);
   return true;
 }

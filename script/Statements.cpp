@@ -1,5 +1,6 @@
 #include "script/Statements.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "base/Workspace.h"
@@ -89,6 +90,12 @@ Code codeOf(QStringView verb) {
   for (const Verb& row : verbs())
     if (verb == QLatin1String(row.name)) return row.code;
   return verb.startsWith(QLatin1String("LOG")) ? Code::invalid : Code::editCommand;
+}
+
+bool takesArgument(QStringView verb) {
+  const auto rows = verbs();
+  const auto row = std::find_if(rows.begin(), rows.end(), [&](const Verb& each) { return verb == QLatin1String(each.name); });
+  return row == rows.end() || *row->argument;
 }
 
 Split split(const QString& line) {

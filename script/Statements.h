@@ -69,6 +69,7 @@ std::span<const UsageOption> usageOptions();   // in the order in which they are
 
 // Any verb, in upper case: a row of the table, invalid for "LOG" with other letters, else an edit command.
 Code codeOf(QStringView verb);
+bool takesArgument(QStringView verb);   // what is no verb of the table is the edit control's, which reads what it needs
 
 // The letters before a statement's first blank, in upper case, and what stands behind it.
 struct Split {

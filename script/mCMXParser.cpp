@@ -109,6 +109,7 @@ QString logFile(const CommandRun& run, const QString& argument) {
 bool execute(CommandRun& run, const QString& line, bool replaced = false) {
   const statements::Split statement = statements::split(line);
   const QString& argument = statement.argument;
+  if (!argument.trimmed().isEmpty() && !statements::takesArgument(statement.verb)) return false;
   frmDocument* const document = documentOf(run);
   frmLog* const window = log();
   switch (statements::codeOf(statement.verb)) {

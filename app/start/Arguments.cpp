@@ -4,8 +4,8 @@
 #include <QDir>
 #include <QRegularExpression>
 
-#include "app/start/PrintArguments.h"
 #include "base/FileNames.h"
+#include "base/Options.h"
 
 namespace {
 
@@ -51,47 +51,36 @@ FilePlace placeIn(const QString& argument) {
 Arguments parseArguments(const QStringList& arguments, const QString& folder) {
   static const QRegularExpression plusLine(QStringLiteral("^\\+(\\d{1,15})(?:[,:](\\d{1,15}))?$"));
   Arguments line;
-  line.printPdf = asksForPdf(arguments);   // its own options may come first
-  if (line.printPdf) return line;
   const QStringList options = arguments.mid(0, arguments.indexOf(QLatin1String("--")));   // all where there is none
   line.batch = options.contains(QLatin1String("--batch"));
-  if (line.batch) return line;
-  bool onlyFiles = false;
+  line.printPdf = std::any_of(options.begin(), options.end(),
+                              [](const QString& word) { return word.section(u'=', 0, 0) == QLatin1String("--print-pdf"); });
+  if (line.printPdf && line.batch) line.error = tr("--batch and --print-pdf exclude each other");
+  if (line.printPdf || line.batch) return line;   // the rest is theirs
+
+  const Options given = parseCommandLine(arguments, optionRows(kOptions));
+  line.error = given.error;
+  if (!line.error.isEmpty()) return line;
+  for (const Option& option : kOptions) line.*(option.flag) = given.isOn(option.name);
   FilePlace next;   // of "+LINE": belongs to the file behind it
-  for (const QString& argument : arguments) {
-    if (!onlyFiles && argument == QLatin1String("--")) {
-      onlyFiles = true;
-      continue;
-    }
-    if (!onlyFiles && argument == QLatin1String("-")) {
-      line.standardInput = true;
-      continue;
-    }
-    if (!onlyFiles && argument.startsWith(u'-')) {
-      const QString known = argument == QLatin1String("-h") ? QStringLiteral("--help") : argument;
-      const auto* option =
-          std::find_if(std::begin(kOptions), std::end(kOptions), [&](const Option& o) { return known == QLatin1String(o.name); });
-      if (option == std::end(kOptions)) {
-        line.error = tr("unknown option %1").arg(argument);
-        return line;
-      }
-      line.*(option->flag) = true;
-      continue;
-    }
-    const auto plus = plusLine.match(argument);
-    if (!onlyFiles && plus.hasMatch() && !fileIsThere(fullPath(argument, folder))) {
-      next = {{}, number(plus.captured(1)), number(plus.captured(2))};
-      continue;
-    }
-    if (argument.isEmpty()) continue;
-    FilePlace file = placeIn(QDir::isAbsolutePath(argument) ? argument : folder + u'/' + argument);
+  const auto add = [&](const QString& name) {
+    if (name.isEmpty()) return;
+    FilePlace file = placeIn(QDir::isAbsolutePath(name) ? name : folder + u'/' + name);
     if (file.line == 0 && next.line > 0) {
       file.line = next.line;
       file.column = next.column;
     }
     next = {};
     line.files << file;
+  };
+  for (const QString& word : given.words) {
+    const auto plus = plusLine.match(word);
+    if (word == QLatin1String("-")) line.standardInput = true;
+    else if (plus.hasMatch() && !fileIsThere(fullPath(word, folder)))
+      next = {{}, number(plus.captured(1)), number(plus.captured(2))};
+    else add(word);
   }
+  for (const QString& name : given.behind) add(name);
   if (next.line > 0 && !line.files.isEmpty() && line.files.last().line == 0) {   // "FILE +LINE" is understood too
     line.files.last().line = next.line;
     line.files.last().column = next.column;

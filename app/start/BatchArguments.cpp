@@ -3,8 +3,8 @@
 #include <QCoreApplication>
 #include <cstdio>
 
-#include "app/start/Options.h"
 #include "app/start/mGlobals.h"
+#include "base/Options.h"
 #include "script/Batch.h"
 
 namespace {
@@ -29,14 +29,16 @@ constexpr Option kSwitches[] = {
 QString tr(const char* text) { return QCoreApplication::translate("BatchArguments", text); }
 
 Options parse(const QStringList& arguments) {
-  Options given =
-      takeApart(arguments, namesOf(kSwitches) + QStringList{QStringLiteral("--batch"), QStringLiteral("--help")}, namesOf(kValues));
-  if (!given.error.isEmpty() || given.has("--help")) return given;
+  std::vector<OptionRow> rows{{"--batch"}, {"--help"}};
+  for (const OptionRow& row : optionRows(kValues)) rows.push_back(row);
+  for (const OptionRow& row : optionRows(kSwitches)) rows.push_back(row);
+  Options given = parseCommandLine(arguments, rows);
+  if (!given.error.isEmpty() || given.isOn("--help")) return given;
   if (given.has("--command") + given.has("--script") + given.has("--macro") != 1)
     given.error = tr("--batch needs one of --command, --script and --macro");
-  else if (given.files.isEmpty()) given.error = tr("--batch needs a file to work on");
-  else if (given.has("--replace") && !given.has("--output")) given.error = tr("--replace needs --output");
-  else if (given.has("--save") && given.has("--output")) given.error = tr("--save and --output exclude each other");
+  else if (given.files().isEmpty()) given.error = tr("--batch needs a file to work on");
+  else if (given.isOn("--replace") && !given.has("--output")) given.error = tr("--replace needs --output");
+  else if (given.isOn("--save") && given.has("--output")) given.error = tr("--save and --output exclude each other");
   return given;
 }
 
@@ -64,7 +66,7 @@ int runBatch(const QStringList& arguments) {
     std::fprintf(stderr, "zelkor: %s\n", qPrintable(why));
     return batch::kFailed;
   };
-  if (given.has("--help")) return std::fputs(qPrintable(help()), stdout) < 0 ? batch::kFailed : batch::kDone;
+  if (given.isOn("--help")) return std::fputs(qPrintable(help()), stdout) < 0 ? batch::kFailed : batch::kDone;
   if (!given.error.isEmpty()) return fail(given.error);
   const batch::Session session;
   QString error = readDefinitions(given.value("--definitions"));
@@ -72,11 +74,11 @@ int runBatch(const QStringList& arguments) {
 
   BatchOptions options;
   options.commands = given.value("--command");
-  options.files = given.files;
-  options.save = given.has("--save");
+  options.files = given.files();
+  options.save = given.isOn("--save");
   options.outputFolder = given.value("--output");
-  options.replace = given.has("--replace");
-  options.allowPrograms = given.has("--allow-programs");
+  options.replace = given.isOn("--replace");
+  options.allowPrograms = given.isOn("--allow-programs");
   if (given.has("--script")) batch::commandsFromFile(given.value("--script"), &options, &error);
   else if (given.has("--macro")) batch::commandsOfMacro(given.value("--macro"), &options, &error);
   return error.isEmpty() ? batch::run(options) : fail(error);

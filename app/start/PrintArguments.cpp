@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <set>
 
-#include "app/start/Options.h"
 #include "app/start/mGlobals.h"
 #include "base/FileNames.h"
+#include "base/Options.h"
 #include "base/Strings.h"
 #include "document/frmDocument.h"
 #include "page/PdfFile.h"
@@ -26,22 +26,25 @@ QString tr(const char* text) { return QCoreApplication::translate("PrintArgument
 
 struct Switch {
   const char* name;
-  void (*set)(PrintSettings& settings);
+  void (*set)(PrintSettings& settings, bool on);
   const char* help;
 };
 constexpr Switch kSwitches[] = {
-    {"--line-numbers", [](PrintSettings& s) { s.text.LineNumbers = true; },
+    {"--line-numbers", [](PrintSettings& s, bool on) { s.text.LineNumbers = on; },
      QT_TRANSLATE_NOOP("PrintArguments", "print line numbers")},
-    {"--no-line-numbers", [](PrintSettings& s) { s.text.LineNumbers = false; }, QT_TRANSLATE_NOOP("PrintArguments", "print none")},
-    {"--no-header", [](PrintSettings& s) { s.text.HeaderEnabled = false; }, QT_TRANSLATE_NOOP("PrintArguments", "print no header")},
-    {"--no-footer", [](PrintSettings& s) { s.text.FooterEnabled = false; }, QT_TRANSLATE_NOOP("PrintArguments", "print no footer")},
-    {"--wrap-mark", [](PrintSettings& s) { s.text.WrapMark = true; },
+    {"--no-line-numbers", [](PrintSettings& s, bool on) { s.text.LineNumbers = !on; },
+     QT_TRANSLATE_NOOP("PrintArguments", "print none")},
+    {"--no-header", [](PrintSettings& s, bool on) { s.text.HeaderEnabled = !on; },
+     QT_TRANSLATE_NOOP("PrintArguments", "print no header")},
+    {"--no-footer", [](PrintSettings& s, bool on) { s.text.FooterEnabled = !on; },
+     QT_TRANSLATE_NOOP("PrintArguments", "print no footer")},
+    {"--wrap-mark", [](PrintSettings& s, bool on) { s.text.WrapMark = on; },
      QT_TRANSLATE_NOOP("PrintArguments", "mark where a line goes on below")},
-    {"--review-sheet", [](PrintSettings& s) { s.reviewSheet = true; },
+    {"--review-sheet", [](PrintSettings& s, bool on) { s.reviewSheet = on; },
      QT_TRANSLATE_NOOP("PrintArguments", "a sheet for reviewers' notes behind each text")},
-    {"--landscape", [](PrintSettings& s) { s.layout.setOrientation(QPageLayout::Landscape); },
+    {"--landscape", [](PrintSettings& s, bool on) { s.layout.setOrientation(on ? QPageLayout::Landscape : QPageLayout::Portrait); },
      QT_TRANSLATE_NOOP("PrintArguments", "turn the sheet")},
-    {"--portrait", [](PrintSettings& s) { s.layout.setOrientation(QPageLayout::Portrait); },
+    {"--portrait", [](PrintSettings& s, bool on) { s.layout.setOrientation(on ? QPageLayout::Portrait : QPageLayout::Landscape); },
      QT_TRANSLATE_NOOP("PrintArguments", "do not turn the sheet")},
 };
 
@@ -68,6 +71,7 @@ bool setPaper(PrintSettings& s, const QString& value) {
 }
 
 // One number for all sides, or left, top, right and bottom.
+constexpr double kLeastRoom = 72;   // points between them
 bool setMargins(PrintSettings& s, const QString& value) {
   QList<double> sides;
   for (const QString& part : value.split(u',')) {
@@ -78,8 +82,9 @@ bool setMargins(PrintSettings& s, const QString& value) {
   if (sides.size() == 1) sides = {sides[0], sides[0], sides[0], sides[0]};
   if (sides.size() != 4) return false;
   s.layout.setMinimumMargins({});
-  s.layout.setMargins({sides[0], sides[1], sides[2], sides[3]});
-  return true;
+  const bool fit = s.layout.setMargins({sides[0], sides[1], sides[2], sides[3]});
+  const QRectF room = s.layout.paintRect(QPageLayout::Point);
+  return fit && room.width() >= kLeastRoom && room.height() >= kLeastRoom;
 }
 
 bool setNumber(const QString& value, double low, double high, double* number) {
@@ -128,7 +133,7 @@ constexpr ValueOption kValues[] = {
        return good;
      }, QT_TRANSLATE_NOOP("PrintArguments", "3 to 72")},
     {"--paper", "SIZE", setPaper, QT_TRANSLATE_NOOP("PrintArguments", "A4, Letter, A3, Legal ...")},
-    {"--margins", "MM", setMargins, QT_TRANSLATE_NOOP("PrintArguments", "one for all sides, or LEFT,TOP,RIGHT,BOTTOM")},
+    {"--margins", "MM", setMargins, QT_TRANSLATE_NOOP("PrintArguments", "all sides, or LEFT,TOP,RIGHT,BOTTOM; one inch stays")},
     {"--columns", "N", [](PrintSettings& s, const QString& v) {
        double columns = 0;
        const bool good = setNumber(v, 1, 2, &columns) && (v == QLatin1String("1") || v == QLatin1String("2"));
@@ -190,31 +195,27 @@ bool save(const QString& path, const QByteArray& pdf) {
 
 }   // namespace
 
-bool asksForPdf(const QStringList& arguments) {
-  for (const QString& argument : arguments) {
-    if (argument == QLatin1String("--")) return false;
-    if (argument == QLatin1String(kPrint) || argument.startsWith(QLatin1String("--print-pdf="))) return true;
-  }
-  return false;
-}
-
 PrintArguments parsePrintArguments(const QStringList& arguments, PrintSettings* settings) {
   PrintArguments parsed;
-  const QStringList options = arguments.mid(0, arguments.indexOf(QLatin1String("--")));
-  parsed.help = options.contains(QLatin1String("--help")) || options.contains(QLatin1String("-h"));
+  std::vector<OptionRow> rows{{"--help"}, {kPrint, "OUT"}, {kDefinitions, "FILE"}};
+  for (const OptionRow& row : optionRows(kSwitches)) rows.push_back(row);
+  for (const OptionRow& row : optionRows(kValues)) rows.push_back(row);
+  Options given = parseCommandLine(arguments, rows);
+  parsed.help = given.isOn("--help");
   if (parsed.help) return parsed;
-  const Options given =
-      takeApart(arguments, namesOf(kSwitches), namesOf(kValues) + QStringList{QLatin1String(kPrint), QLatin1String(kDefinitions)});
-  parsed.files = given.files;
+  parsed.files = given.files();
   parsed.error = given.error;
-  for (const Options::Given& one : given.given) {   // of two that contradict each other the later one holds
+  // The margins last: whether there is room for them depends on the sheet.
+  std::stable_partition(given.given.begin(), given.given.end(),
+                        [](const Options::Given& one) { return one.name != QLatin1String("--margins"); });
+  for (const Options::Given& one : std::as_const(given.given)) {   // of two that contradict each other the later one holds
     if (!parsed.error.isEmpty()) return parsed;
     const auto isIt = [&](const auto& row) { return one.name == QLatin1String(row.name); };
     const auto* plain = std::find_if(std::begin(kSwitches), std::end(kSwitches), isIt);
     const auto* valued = std::find_if(std::begin(kValues), std::end(kValues), isIt);
-    if (plain != std::end(kSwitches)) plain->set(*settings);
+    if (plain != std::end(kSwitches)) plain->set(*settings, one.isOn());
     else if (valued != std::end(kValues) && !valued->set(*settings, one.value))
-      parsed.error = tr("%1: %2 is not understood").arg(one.name, one.value);
+      parsed.error = tr("%1: %2 is not possible (%3)").arg(one.name, one.value, tr(valued->help));
   }
   parsed.output = given.value(kPrint);
   parsed.definitions = given.value(kDefinitions);

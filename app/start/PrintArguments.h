@@ -14,8 +14,6 @@ struct PrintArguments {
   QString error;   // not empty: nothing else counts
 };
 
-// True when the command line asks for printing: "--print-pdf" stands in it, in front of any "--".
-bool asksForPdf(const QStringList& arguments);
 // arguments without the program's name. What is said of pages and text goes to *settings, which holds what was chosen last.
 PrintArguments parsePrintArguments(const QStringList& arguments, PrintSettings* settings);
 // Prints; the exit status: 0 done, 2 wrong use, or a file that could not be read or written. Needs an application object. The stored

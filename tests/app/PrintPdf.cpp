@@ -1,4 +1,5 @@
 // Printing from the command line: the options, and runs of the real program.
+#include "app/start/Arguments.h"
 #include "app/start/PrintArguments.h"
 #include "print/PrintSettings.h"
 #include "tests/app/ProcessFixture.h"
@@ -25,16 +26,36 @@ TEST(PrintPdf, Options) {
   EXPECT_NEAR(s.layout.margins(QPageLayout::Millimeter).bottom(), 40, 0.5);
   EXPECT_EQ(s.columns, 2);
   EXPECT_TRUE(s.firstPage == 2 && s.lastPage == 0 && s.text.TabSize == 3 && s.text.WrapMark);
-  for (const char* wrong :
-       {"--print-pdf", "--print-pdf a.pdf", "a.v", "--print-pdf a.pdf --header= a.v",
-        "--print-pdf a.pdf --columns 1 --columns 2 a.v", "--print-pdf a.pdf --nonsense a.v", "--print-pdf a.pdf --columns 3 a.v",
-        "--print-pdf a.pdf --margins 1,2 a.v", "--print-pdf a.pdf --paper elephant a.v", "--print-pdf a.pdf --keywords loud a.v",
-        "--print-pdf a.pdf --pages 3-2 a.v", "--print-pdf a.pdf --pages 0 a.v", "--print-pdf a.pdf --tab-size 0 a.v",
-        "--print-pdf a.pdf --font-size 0 a.v", "--print-pdf a.pdf --keyword-color nocolour a.v",
-        "--print-pdf a.pdf --font NoSuchFontAnywhere a.v"})
+  for (const char* wrong : {"--print-pdf",
+                            "--print-pdf a.pdf",
+                            "a.v",
+                            "--print-pdf a.pdf --header= a.v",
+                            "--print-pdf a.pdf --columns 1 --columns 2 a.v",
+                            "--print-pdf a.pdf --nonsense a.v",
+                            "--print-pdf a.pdf --columns 3 a.v",
+                            "--print-pdf a.pdf --margins 1,2 a.v",
+                            "--print-pdf a.pdf --margins 200 a.v",
+                            "--print-pdf a.pdf --margins 100,20,100,20 --paper A4 --portrait a.v",
+                            "--print-pdf a.pdf --wrap-mark=maybe a.v",
+                            "--print-pdf --landscape a.pdf a.v",
+                            "--print-pdf a.pdf --paper elephant a.v",
+                            "--print-pdf a.pdf --keywords loud a.v",
+                            "--print-pdf a.pdf --pages 3-2 a.v",
+                            "--print-pdf a.pdf --pages 0 a.v",
+                            "--print-pdf a.pdf --tab-size 0 a.v",
+                            "--print-pdf a.pdf --font-size 0 a.v",
+                            "--print-pdf a.pdf --keyword-color nocolour a.v",
+                            "--print-pdf a.pdf --font NoSuchFontAnywhere a.v"})
     EXPECT_NE(parse(QLatin1String(wrong)).error, QString()) << wrong;
-  EXPECT_TRUE(asksForPdf({u"--landscape"_s, u"--print-pdf=x"_s}));
-  EXPECT_FALSE(asksForPdf({u"--"_s, u"--print-pdf"_s}));
+  EXPECT_EQ(parse(u"--landscape --landscape=no --margins=100,20 --margins=1 --print-pdf a.pdf a.v"_s).error,
+            u"--margins is given twice"_s);
+  EXPECT_EQ(parse(u"--margins 180,9,9,9 --landscape --paper A4 --no-footer=no --line-numbers=No --print-pdf a.pdf a.v"_s).error,
+            QString())
+      << "the sheet is the one that the line names in the end";
+  EXPECT_TRUE(s.text.FooterEnabled && !s.text.LineNumbers);
+  EXPECT_TRUE(parse(u"--print-pdf --help"_s).help);
+  EXPECT_TRUE(parseArguments({u"--landscape"_s, u"--print-pdf=x"_s}, {}).printPdf);
+  EXPECT_FALSE(parseArguments({u"--"_s, u"--print-pdf"_s}, {}).printPdf);
 }
 
 TEST_F(PrintPdfRun, WithoutADisplay) {

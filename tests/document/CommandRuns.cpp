@@ -10,6 +10,7 @@
 #include "language/ucCM.h"
 #include "process/Process.h"
 #include "script/CommandRun.h"
+#include "script/Statements.h"
 #include "tests/document/RunFixture.h"
 #include "tests/support/OnceAProgramRuns.h"
 
@@ -85,6 +86,20 @@ TEST(CommandRuns, FailureReportsInOrderAndClearsEveryFlag) {
   dialogs.answer(Answer::ok);
   mCMXParser::Run(0, 0, u"BAD"_s);
   EXPECT_EQ(frame.macros.size(), 1) << "text that is no macro opens no editor";
+}
+
+TEST(CommandRuns, VerbsWithoutAnArgumentRefuseOne) {
+  RunFrame frame;
+  ScriptedDialogs dialogs;
+  int count = 0;
+  for (const statements::Verb& verb : statements::verbs()) {
+    if (*verb.argument) continue;
+    dialogs.answer(Answer::ok);
+    EXPECT_EQ(frame.run(QLatin1String(verb.name) + u" foo"_s).ending, Ending::invalid) << verb.name;
+    ++count;
+  }
+  EXPECT_GT(count, 8);
+  EXPECT_EQ(frame.run(u"LOGCLEAR "_s).ending, Ending::done) << "a blank is no argument";
 }
 
 TEST(CommandRuns, WithoutADocumentNothingHappens) {

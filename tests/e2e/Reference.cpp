@@ -50,6 +50,14 @@ QString reference() {
   for (const statements::SelectionStatement& selection : statements::selectionStatements())
     out += row({u'`' + prefix + QString::fromLatin1(selection.name) + u'`', {}, QString::fromLatin1(selection.help)});
   out += QStringLiteral(
+      "\nA statement whose argument is empty in the table takes none: with one it is invalid. Options are words parted by blanks, "
+      "in "
+      "any order\n"
+      "and any case. One in brackets without `=` is a switch: it is on where it stands, or as `=yes` or `=no` behind it says, and "
+      "of "
+      "two the\n"
+      "later one holds. An option with a value is given once. Any other word, and a value out of its bounds, makes the line "
+      "invalid.\n"
       "\nEvery other statement is an edit command: its first three letters are dropped, whatever they are, and the rest is a name "
       "of\n"
       "[the edit commands](commands.md). `cmdUNDO` and `xyzUndo` are the same. A verb that begins with LOG and is none of those "
