@@ -47,6 +47,16 @@ function(zelkor_precompile target header)
   endif()
 endfunction()
 
+# With ZELKOR_UNITY ten sources are compiled as one: names in unnamed namespaces must then differ within a floor.
+function(zelkor_unity target)
+  if(ZELKOR_UNITY)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 10)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")   # a class of a source may hold types of that source's unnamed namespace
+      target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+    endif()
+  endif()
+endfunction()
+
 # zelkor_floor(NAME LIBS ...): the library of the folder NAME, made of every .cpp in it.
 function(zelkor_floor name)
   cmake_parse_arguments(F "" "" "LIBS" ${ARGN})
@@ -63,6 +73,7 @@ function(zelkor_floor name)
     endif()
   endforeach()
   target_link_libraries(zelkor_${name} PUBLIC ${F_LIBS} PRIVATE zelkor_flags)
+  zelkor_unity(zelkor_${name})
   if(name STREQUAL "text")
     set_target_properties(zelkor_text PROPERTIES AUTOMOC OFF AUTORCC OFF)
     zelkor_precompile(zelkor_text PrecompiledStd.h)

@@ -5,8 +5,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // Comments to the registry editor. The last line tells a whole file of ours from one that was cut between two lines.
-constexpr QStringView kOurs = u"; Settings of Zelkor Editor, whole when the last line is \"; end\"";
-constexpr QStringView kEnd = u"; end";
+constexpr QStringView kExport = u"; Settings of Zelkor Editor, whole when the last line is \"; end\"";
+constexpr QStringView kExportEnd = u"; end";
 
 // Takes the text apart. What has no place in such a file ends it.
 class Reader {
@@ -29,9 +29,9 @@ class Reader {
         if (!whole.endsWith(u']')) return false;
         const QString key = whole.mid(1, whole.size() - 2);
         sections.push_back({key, key.toCaseFolded(), {}, {}});
-      } else if (whole == kOurs && sections.size() == 1 && ended_) {
+      } else if (whole == kExport && sections.size() == 1 && ended_) {
         ours = true;
-      } else if (whole == kEnd) {
+      } else if (whole == kExportEnd) {
         end = true;
       } else if (first == u';' || whole.trimmed().isEmpty()) {
         sections.back().items.push_back({whole, false, {}, {}, {}});

@@ -13,7 +13,7 @@ using namespace text;
 namespace {
 
 // How far a look back goes.
-constexpr std::int64_t kLinesBack = 1000, kBytesBack = 128 << 10, kLongLine = 4096, kLongestWord = 64;
+constexpr std::int64_t kLinesSearched = 1000, kBytesBack = 128 << 10, kLongLine = 4096, kLongestWord = 64;
 constexpr std::int64_t kColored = 1 << 20;   // bytes read anew for what is comment or string; beyond that it is guessed
 
 // The leading white space; of a line longer than any that is looked at, none.
@@ -50,7 +50,7 @@ class LookBack {
       : text_(model.snapshot()), blocks_(blocks), tabSize_(options.tabSize), expand_(options.expandTabs) {
     last_ = text_.lineAt(end);
     LineNo first = last_;
-    while (first.value > 0 && last_.value - first.value < kLinesBack && end - text_.lineStart(first - 1) < kBytesBack &&
+    while (first.value > 0 && last_.value - first.value < kLinesSearched && end - text_.lineStart(first - 1) < kBytesBack &&
            text_.lineEnd(first - 1) - text_.lineStart(first - 1) < kLongLine)
       --first;
     const Highlighter* highlighter = model.highlighter();
@@ -254,7 +254,7 @@ std::optional<std::string> indentForNewLine(TextModel& model, const BlockWords& 
     return std::nullopt;   // within the white space
   // Behind lines of white space the one above them counts.
   ByteOffset at = range.begin;
-  for (std::int64_t back = 0; back < kLinesBack && line.value > 0 && blankFrom(text, text.lineStart(line), at); ++back)
+  for (std::int64_t back = 0; back < kLinesSearched && line.value > 0 && blankFrom(text, text.lineStart(line), at); ++back)
     at = text.lineEnd(--line);
   const LookBack above(model, blocks, at, options);
   // A closer behind the caret goes to its place at once.

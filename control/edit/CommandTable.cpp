@@ -12,7 +12,7 @@ using namespace commandFunctions;
 
 // In the order of the numbers; keys are sequences parted by "; ", the strokes of a sequence by ", ". The frame has the usual
 // function keys and those of files and finding.
-constexpr std::array table = std::to_array<Command>({
+constexpr std::array kRows = std::to_array<Command>({
     {ROW(WORDUPPERCASE), CommandArgument::none, true, "Ctrl+K, Ctrl+U",
      "Puts the word at the caret in upper case and goes behind it.", wordCase<WordCase::upper>},
     {ROW(WORDTRANSPOSE), CommandArgument::none, true, "Ctrl+Shift+T", "Exchanges the word at the caret with the next one.",
@@ -194,22 +194,22 @@ constexpr std::array table = std::to_array<Command>({
 #undef ROW
 
 constexpr bool isInOrder() {
-  for (std::size_t i = 1; i < table.size(); ++i)
-    if (table[i].id != table[i - 1].id + 1) return false;
-  return table.front().id == static_cast<int>(Cmd::WORDUPPERCASE) && table.back().id == static_cast<int>(Cmd::NEWLINE);
+  for (std::size_t i = 1; i < kRows.size(); ++i)
+    if (kRows[i].id != kRows[i - 1].id + 1) return false;
+  return kRows.front().id == static_cast<int>(Cmd::WORDUPPERCASE) && kRows.back().id == static_cast<int>(Cmd::NEWLINE);
 }
 static_assert(isInOrder(), "each command has its row");
 
 }   // namespace
 
-std::span<const Command> commands() { return table; }
+std::span<const Command> commands() { return kRows; }
 
 const Command* commandById(int id) {
-  return id < table.front().id || id > table.back().id ? nullptr : &table[static_cast<std::size_t>(id - table.front().id)];
+  return id < kRows.front().id || id > kRows.back().id ? nullptr : &kRows[static_cast<std::size_t>(id - kRows.front().id)];
 }
 
 const Command* commandByName(QStringView name) {
-  for (const Command& command : table)
+  for (const Command& command : kRows)
     if (name.compare(QLatin1String(command.name), Qt::CaseInsensitive) == 0) return &command;
   return nullptr;
 }

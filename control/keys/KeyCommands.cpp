@@ -44,7 +44,7 @@ void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
 // The rounds are the macro's own affair: it may undo, which no repeated command can.
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current(), EditorAccess::impl(e).askedCount); }
 
-constexpr std::array<Command, 12> table{{
+constexpr std::array<Command, 12> kKeyRows{{
     {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection of several lines, else types a tab.", tabKey},
     {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.",
      dropSelection},
@@ -74,16 +74,17 @@ constexpr std::array<Command, 12> table{{
 
 bool columnMode(Editor& editor) { return commandFunctions::inColumnMode(editor); }
 
-std::span<const Command> keyCommands() { return table; }
+std::span<const Command> keyCommands() { return kKeyRows; }
 
 const Command* anyCommandById(int id) {
   if (const Command* numbered = commandById(id)) return numbered;
-  return id < table.front().id || id > table.back().id ? nullptr : &table[static_cast<std::size_t>(id - table.front().id)];
+  return id < kKeyRows.front().id || id > kKeyRows.back().id ? nullptr
+                                                             : &kKeyRows[static_cast<std::size_t>(id - kKeyRows.front().id)];
 }
 
 const Command* anyCommandByName(QStringView name) {
   if (const Command* numbered = commandByName(name)) return numbered;
-  for (const Command& command : table)
+  for (const Command& command : kKeyRows)
     if (name.compare(QLatin1String(command.name), Qt::CaseInsensitive) == 0) return &command;
   return nullptr;
 }

@@ -12,7 +12,7 @@ using text::LineNo;
 namespace {
 constexpr std::int64_t kPaintBudget = 256 * 1024;   // bytes scanned for colours before a paint
 constexpr std::int64_t kIdleBudget = 1024 * 1024;   // and at a time while nobody waits
-constexpr std::size_t kRows = 1000;
+constexpr std::size_t kKeptRows = 1000;
 constexpr std::chrono::milliseconds kMarking{10};   // for the hits of one line, and of all before a paint
 }   // namespace
 
@@ -30,7 +30,7 @@ int TextView::yOf(std::int64_t line) const {
 
 const Row& TextView::row(std::int64_t line) {
   if (const auto it = rows_.find(line); it != rows_.end()) return it->second;
-  if (rows_.size() >= kRows) rows_.clear();
+  if (rows_.size() >= kKeptRows) rows_.clear();
   Row& row = rows_[line];
   layOut(row, line);
   if (state_.colorSyntax && state_.model->highlighter()) color(row, line, kPaintBudget);

@@ -24,6 +24,7 @@ std::vector<std::string> spellings(char32_t c) {
   if (c < 0x80 && c >= 'a' && c <= 'z') codes.push_back(c - 32);
   if (c >= 0x80 && c < 0x110000) codes = lettersThatFoldTo(c);
   std::vector<std::string> out;
+  out.reserve(codes.size());
   for (const char32_t x : codes) out.push_back(encoded(x));
   return out;
 }

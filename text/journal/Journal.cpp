@@ -154,7 +154,7 @@ struct JournalWriter::Impl {
   }
 
   void begin(const std::shared_ptr<State>& journal, JournalFile::Slow slow) {
-    later([this, journal, slow = std::move(slow)]() mutable {
+    later([this, journal = journal, slow = std::move(slow)]() mutable {
       int result = 0;
       try {
         result = slow.work();

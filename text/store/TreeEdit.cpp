@@ -124,7 +124,7 @@ class TreeEditor {
         reader.advance(splice.begin, [&](Piece piece) { pushPiece(list, std::move(piece), shape_.maxPiece); });
         insert(splice, list);
       }
-      reader.advance(splice.end, [](Piece) {});
+      reader.advance(splice.end, [](const Piece&) {});
     }
     reader.advance(INT64_MAX, [&](Piece piece) { pushPiece(list, std::move(piece), shape_.maxPiece); });
     pack(list, out);
