@@ -1,9 +1,9 @@
 #include "language/DefinitionText.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "base/Strings.h"
+#include "language/LanguageProperties.h"
 
 namespace definition {
 
@@ -12,33 +12,8 @@ namespace {
 const QString kCrLf = QStringLiteral("\r\n");
 const QLatin1String kLanguage(kLanguageMark), kDescription(kDescriptionMark), kCaseSensitive("Case Sensitive"), kForeign("Foreign");
 
-// The sections that hold one property each, in the order in which they are written.
-struct Section {
-  const char* name;
-  QString clsLang::*property;
-  bool joined;   // lines are joined with nothing between them
-  bool always;   // written even when empty
-};
-constexpr Section kSections[] = {
-    {"Keywords", &clsLang::Keywords, false, true},
-    {"Library Words", &clsLang::LibraryWords, false, false},
-    {"Operators", &clsLang::Operators, false, false},
-    {"Description", &clsLang::Description, false, false},
-    {"SingleComments", &clsLang::SingleComments, false, false},
-    {"MultiCommentStart", &clsLang::MultiCommentStart, false, false},
-    {"MultiCommentEnd", &clsLang::MultiCommentEnd, false, false},
-    {"StringDelims", &clsLang::StringDelims, false, false},
-    {"Sign Places", &clsLang::SignPlaces, false, false},
-    {"Formatting", &clsLang::Formatting, false, false},
-    {"Quoted Names", &clsLang::QuotedNames, false, false},
-    {"Extensions", &clsLang::Extension, true, false},
-    {"File Names", &clsLang::FileNames, true, false},
-    {"Contents", &clsLang::Contents, false, false},
-    {"HelpFile", &clsLang::HelpFile, true, false},
-    {"IndIn", &clsLang::BlockStart, false, false},
-    {"IndOut", &clsLang::BlockEnd, false, false},
-    {"IndInOut", &clsLang::BlockMid, false, false},
-};
+// In the file even when it is empty.
+bool isAlwaysWritten(const LanguageProperty& property) { return property.value == &clsLang::Keywords; }
 
 // Calls use(line) for each line of a text; a break at the very end starts no further line.
 template <class F>
@@ -115,11 +90,11 @@ class Reader {
   void submitProperty() {
     if (name_ == kCaseSensitive) language_->isCaseSensitive = true;
     if (name_ == kForeign) language_->isForeign = true;
-    const auto* section =
-        std::find_if(std::begin(kSections), std::end(kSections), [&](const Section& s) { return name_ == QLatin1String(s.name); });
-    if (section == std::end(kSections)) return;
-    if (section->joined) body_.remove(kCrLf);
-    (*language_).*(section->property) = body_;
+    for (const LanguageProperty& property : languageProperties()) {
+      if (name_ != QLatin1String(property.section)) continue;
+      if (property.form == LanguageProperty::line) body_.remove(kCrLf);
+      (*language_).*(property.value) = body_;
+    }
   }
 
   std::shared_ptr<colLangs> languages_;
@@ -180,9 +155,10 @@ QString writeLanguage(const clsLang& language, bool withMark) {
   QString to;
   printLine(to, kLanguage + oneLine(language.Name));
   if (withMark && language.isForeign) printLine(to, foreignHeader());
-  for (const Section& section : kSections) {
-    const QString& text = language.*(section.property);
-    PrintField(to, u'[' + QLatin1String(section.name) + u']', section.joined ? oneLine(text) : text, section.always);
+  for (const LanguageProperty& property : languageProperties()) {
+    const QString& text = language.*(property.value);
+    PrintField(to, u'[' + QLatin1String(property.section) + u']', property.form == LanguageProperty::line ? oneLine(text) : text,
+               isAlwaysWritten(property));
   }
   if (language.isCaseSensitive) printLine(to, u'[' + kCaseSensitive + u']');
   for (const auto& list : *language.cWordList())

@@ -4,6 +4,7 @@
 
 #include "base/Strings.h"
 #include "language/DefinitionText.h"
+#include "language/LanguageProperties.h"
 
 namespace languagecheck {
 
@@ -29,24 +30,7 @@ int entries(const QString& list) {
 QStringList linesAtRisk(const clsLang& language) {
   const auto say = [](const char* text) { return QCoreApplication::translate("LanguageCheck", text); };
   QStringList found;
-  add(found, say("Description"), language.Description);
-  add(found, say("Extensions"), language.Extension);
-  add(found, say("Keywords"), language.Keywords);
-  add(found, say("Library Words"), language.LibraryWords);
-  add(found, say("File Names"), language.FileNames);
-  add(found, say("Contents"), language.Contents);
-  add(found, say("Sign Places"), language.SignPlaces);
-  add(found, say("Formatting"), language.Formatting);
-  add(found, say("Quoted Names"), language.QuotedNames);
-  add(found, say("Operators"), language.Operators);
-  add(found, say("Single Line"), language.SingleComments);
-  add(found, say("Multi Line Start"), language.MultiCommentStart);
-  add(found, say("Multi Line End"), language.MultiCommentEnd);
-  add(found, say("Text Delimiters"), language.StringDelims);
-  add(found, say("Indent"), language.BlockStart);
-  add(found, say("OutDent"), language.BlockEnd);
-  add(found, say("Both"), language.BlockMid);
-  add(found, say("Help File"), language.HelpFile);
+  for (const LanguageProperty& property : languageProperties()) add(found, captionOf(property), language.*(property.value));
   for (const auto& macro : *language.cMacros()) add(found, say("Macro") + u' ' + macro->Name, macro->CommandString);
   for (const auto& item : *language.cTemplate()) add(found, say("Template") + u' ' + item->HotKey, item->UserString);
   for (const auto& list : *language.cWordList()) add(found, say("WordList") + u' ' + list->Name, list->WordList);

@@ -4,9 +4,8 @@
 
 #include "base/Strings.h"
 #include "control/CodeMax.h"
-#include "control/code/LanguageTable.h"
+#include "language/LanguageProperties.h"
 #include "language/Registration.h"
-#include "language/clsLang.h"
 
 namespace {
 
@@ -75,7 +74,8 @@ QString LanguagePreview::sampleOf(const clsLang& language) {
   if (!single.isEmpty()) lines << single + QStringLiteral(" a comment to the end of the line");
   if (!open.isEmpty() && !close.isEmpty())
     lines << open + QStringLiteral(" a comment over") << QStringLiteral("   two lines ") + close;
-  lines << inLines(language.Keywords) << inLines(language.LibraryWords);
+  for (const LanguageProperty& property : languageProperties())
+    if (property.registered == &CmLanguage::Keywords) lines << inLines(language.*(property.value));
   QString mixed = QStringLiteral("name = 42");
   if (!quote.isEmpty()) mixed += QStringLiteral("   ") + quote + QStringLiteral("a text 1.5") + quote;
   lines << mixed << inLines(language.Operators);

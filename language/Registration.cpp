@@ -1,8 +1,7 @@
 #include "language/Registration.h"
 
 #include "base/Workspace.h"
-#include "language/clsLang.h"
-#include "text/color/EntryMarks.h"
+#include "language/LanguageProperties.h"
 
 namespace {
 
@@ -47,17 +46,13 @@ QString placed(const QString& list, const QString& places) {
 CmLanguage handedOver(const clsLang& language) {
   CmLanguage handed;
   handed.CaseSensitive = language.isCaseSensitive;
-  handed.Keywords = lines(language.Keywords);
-  handed.Operators = lines(language.Operators);
-  handed.SingleLineComments = placed(language.SingleComments, language.SignPlaces);
-  handed.MultiLineComments1 = placed(language.MultiCommentStart, language.SignPlaces);
-  handed.MultiLineComments2 = lines(language.MultiCommentEnd);
-  handed.BlockStart = lines(language.BlockStart);
-  handed.BlockEnd = lines(language.BlockEnd);
-  handed.BlockMid = lines(language.BlockMid);
-  handed.StringDelims = placed(language.StringDelims, language.SignPlaces);
-  handed.Keywords += marked(text::EntryMark::library, lines(language.LibraryWords));
-  handed.StringDelims += marked(text::EntryMark::name, lines(language.QuotedNames));
+  for (const LanguageProperty& property : languageProperties()) {
+    if (!property.registered) continue;
+    const QString& list = language.*(property.value);
+    QString& to = handed.*(property.registered);
+    if (property.mark != text::EntryMark::none) to += marked(property.mark, lines(list));
+    else to += property.hasPlaces ? placed(list, language.SignPlaces) : lines(list);
+  }
   return handed;
 }
 

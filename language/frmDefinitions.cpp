@@ -25,6 +25,7 @@
 namespace {
 
 constexpr int kShownWarnings = 4;
+const QLatin1String kCrLf("\r\n");
 
 // Tool tips and window titles give some texts a meaning of their own; names of languages and items are only names.
 QString toolTipOf(const QString& text) {
@@ -55,12 +56,6 @@ QList<int> selectedRows(const QListWidget* list) {   // ascending; what the filt
 frmDefinitions::frmDefinitions(ucCM& manager, const QString& webHome, QWidget* parent)
     : QDialog(parent), manager_(manager), webHome_(webHome) {
   layOut();
-  listBindings_ = {
-      {txtKeyword, &clsLang::Keywords},     {txtOperator, &clsLang::Operators},     {txtText, &clsLang::StringDelims},
-      {txtSLC, &clsLang::SingleComments},   {txtMLCS, &clsLang::MultiCommentStart}, {txtMLCE, &clsLang::MultiCommentEnd},
-      {txtIin, &clsLang::BlockStart},       {txtIOut, &clsLang::BlockEnd},          {txtIinout, &clsLang::BlockMid},
-      {txtLibrary, &clsLang::LibraryWords}, {txtPlaces, &clsLang::SignPlaces},      {txtQuoted, &clsLang::QuotedNames},
-      {txtContents, &clsLang::Contents},    {txtFormatting, &clsLang::Formatting}};
   connectAll();
   LoadDefiner();
 }
@@ -71,29 +66,16 @@ frmDefinitions::~frmDefinitions() {
 }
 
 void frmDefinitions::connectAll() {
-  for (const ListBinding& binding : listBindings_)
-    connect(binding.field, &ListField::edited, this, [this, binding] {
-      if (const auto subject = language()) (*subject).*(binding.property) = binding.field->entries();
-      edited();
-    });
-  // The field is left as typed; the property takes the break that ends each of its lines.
-  txtDescription->setEndsWithBreak(false);
-  connect(txtDescription, &ListField::edited, this, [this] {
-    const QString text = txtDescription->entries();
-    if (const auto subject = language()) subject->Description = text.isEmpty() ? text : text + QStringLiteral("\r\n");
-    edited();
-  });
-  const auto bindLine = [this](QLineEdit* field, QString clsLang::*property) {
-    connect(field, &QLineEdit::textChanged, this, [this, property](const QString& text) {
+  for (const PropertyField& field : propertyFields_) {
+    const auto write = [this, field] {
       const auto subject = language();
       if (filling_ || !subject) return;
-      (*subject).*property = definition::oneLine(text);
+      (*subject).*(field.property->value) = field.value();
       edited();
-    });
-  };
-  bindLine(txtExtension, &clsLang::Extension);
-  bindLine(txtFileNames, &clsLang::FileNames);
-  bindLine(txtHelp, &clsLang::HelpFile);
+    };
+    if (field.line) connect(field.line, &QLineEdit::textChanged, this, write);
+    else connect(field.lines, &ListField::edited, this, write);
+  }
   connect(chkCase, &QCheckBox::toggled, this, [this](bool on) {
     const auto subject = language();
     if (filling_ || !subject) return;
@@ -181,6 +163,25 @@ std::shared_ptr<clsLang> frmDefinitions::language() const {
   return index >= 1 && index <= manager_.Languages()->Count() ? manager_.Languages()->Item(index) : nullptr;
 }
 
+QWidget* frmDefinitions::PropertyField::widget() const { return line ? static_cast<QWidget*>(line) : lines; }
+
+void frmDefinitions::PropertyField::show(const QString& value) const {
+  if (line) line->setText(value);
+  else lines->setEntries(property->form == LanguageProperty::prose && value.endsWith(kCrLf) ? value.chopped(2) : value);
+}
+
+QString frmDefinitions::PropertyField::value() const {
+  if (line) return definition::oneLine(line->text());
+  const QString text = lines->entries();
+  return property->form == LanguageProperty::prose && !text.isEmpty() ? text + kCrLf : text;
+}
+
+QWidget* frmDefinitions::fieldOf(QString clsLang::*property) const {
+  for (const PropertyField& field : propertyFields_)
+    if (field.property->value == property) return field.widget();
+  return nullptr;
+}
+
 // --- filling -----------------------------------------------------------------------------------------------------------
 
 void frmDefinitions::LoadDefiner() {
@@ -213,14 +214,8 @@ void frmDefinitions::SetupLanguage() {
   filling_ = true;
   if (subject) {
     setWindowTitle(titleOf(tr("Language Definition - ") + subject->Name));
-    for (const ListBinding& binding : listBindings_) binding.field->setEntries((*subject).*(binding.property));
-    QString description = subject->Description;
-    if (description.endsWith(QLatin1String("\r\n"))) description.chop(2);
-    txtDescription->setEntries(description);
-    txtExtension->setText(subject->Extension);
-    txtFileNames->setText(subject->FileNames);
-    txtHelp->setText(subject->HelpFile);
-    txtHelp->setToolTip(toolTipOf(tr("Set the help file associated with ") + subject->Name));
+    for (const PropertyField& field : propertyFields_) field.show((*subject).*(field.property->value));
+    showHelpHint(subject->Name);
     chkCase->setChecked(subject->isCaseSensitive);
   } else {
     setWindowTitle(tr("Language Definition"));
@@ -230,13 +225,13 @@ void frmDefinitions::SetupLanguage() {
   LoadAny();
 }
 
+void frmDefinitions::showHelpHint(const QString& language) {
+  fieldOf(&clsLang::HelpFile)->setToolTip(toolTipOf(tr("Set the help file associated with ") + language));
+}
+
 void frmDefinitions::ClearText() {
-  for (const ListBinding& binding : listBindings_) binding.field->setEntries({});
-  txtDescription->setEntries({});
-  txtExtension->clear();
-  txtFileNames->clear();
-  txtHelp->clear();
-  txtHelp->setToolTip({});
+  for (const PropertyField& field : propertyFields_) field.show({});
+  fieldOf(&clsLang::HelpFile)->setToolTip({});
   chkCase->setChecked(false);
 }
 
@@ -271,8 +266,8 @@ void frmDefinitions::SelectList(int index) {
 }
 
 void frmDefinitions::finishItem() {
-  if (shown_.body && !shown_.body->isEmpty() && !shown_.body->endsWith(QLatin1String("\r\n"))) {
-    *shown_.body += QStringLiteral("\r\n");
+  if (shown_.body && !shown_.body->isEmpty() && !shown_.body->endsWith(kCrLf)) {
+    *shown_.body += kCrLf;
     FormisChanged(true);
   }
   shown_ = {};
@@ -294,8 +289,7 @@ void frmDefinitions::SetupItem() {
 
 void frmDefinitions::LockText() {
   const bool any = language() != nullptr, anyItem = selectedItem() > 0;
-  for (QWidget* one :
-       std::initializer_list<QWidget*>{fraStructure, txtDescription, txtExtension, cmdDuplicate, cmdDelete, cmdAddList})
+  for (QWidget* one : QList<QWidget*>{fraStructure, cmdDuplicate, cmdDelete, cmdAddList} + fieldsIn(LanguageProperty::languageBox))
     one->setEnabled(any);
   for (QWidget* one : std::initializer_list<QWidget*>{txtList, txtDesc, cmdDeleteList}) one->setEnabled(anyItem);
 }
@@ -485,7 +479,7 @@ void frmDefinitions::lstLanguage_AfterLabelEdit(QListWidgetItem* entry) {
   renamed->Name = name;
   if (renamed == language()) {
     setWindowTitle(titleOf(tr("Language Definition - ") + name));
-    txtHelp->setToolTip(toolTipOf(tr("Set the help file associated with ") + name));
+    showHelpHint(name);
   }
   edited();
 }

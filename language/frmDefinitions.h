@@ -1,20 +1,21 @@
-// The dialog in which a person makes, edits, deletes and saves language definitions. It edits the languages of the manager
-// in place: every field writes straight through, nothing is kept twice. The definition file is written by Save only.
+// The dialog in which the user makes, edits, deletes and saves language definitions. It edits the languages of the manager
+// in place: every field writes straight through to its property. Only Save writes the definition file.
 //
-// What the edit control and open documents know of the languages is the caller's affair: LanguagesChanged says when to
-// hand them over again. The dialog may be shown modal or beside the documents.
+// The caller registers the languages with the edit control again when LanguagesChanged is emitted. The dialog may be modal or
+// stay open beside the documents.
 #pragma once
 
 #include <QDialog>
 #include <functional>
 #include <memory>
 
+#include "language/LanguageProperties.h"
 #include "language/ListField.h"
-#include "language/clsLang.h"
 
 class LanguagePreview;
 class QCheckBox;
 class QFrame;
+class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -58,6 +59,8 @@ class frmDefinitions : public QDialog {
  private:
   // Layout (frmDefinitionsLayout.cpp).
   void layOut();
+  void makeFields();
+  void putFields(QGridLayout* grid, LanguageProperty::Box box);   // each below its label
   QWidget* fileRow();
   QWidget* languageFrame();
   QWidget* structureFrame();
@@ -66,10 +69,11 @@ class frmDefinitions : public QDialog {
 
   void LoadAny();         // fills lst for the present tab
   void LoadLanguages();   // fills lstLanguage
-  void SetupLanguage();   // fills the Structure fields
-  void SetUpList();       // the two labels of the present tab
-  void SetupItem();       // fills txtList and txtDesc from the selected item
-  void LockText();        // fields without a subject take no input
+  void SetupLanguage();   // fills the fields of the language's properties
+  void showHelpHint(const QString& language);
+  void SetUpList();   // the two labels of the present tab
+  void SetupItem();   // fills txtList and txtDesc from the selected item
+  void LockText();    // fields without a subject take no input
   void ClearText();
   void FormisChanged(bool changed);
   void edited();
@@ -114,8 +118,20 @@ class frmDefinitions : public QDialog {
   bool leaving_ = false;
   Item shown_;   // in txtList, when its lines end with breaks
 
-  QLineEdit *txtIni = nullptr, *txtFilter = nullptr, *txtExtension = nullptr, *txtFileNames = nullptr, *txtHelp = nullptr,
-            *txtDesc = nullptr;
+  // The field of one property: a line or several.
+  struct PropertyField {
+    const LanguageProperty* property;
+    QLineEdit* line;
+    ListField* lines;
+    QWidget* widget() const;
+    void show(const QString& value) const;
+    QString value() const;   // as the property holds it
+  };
+  std::vector<PropertyField> propertyFields_;   // one for each row of languageProperties(), in its order
+  QWidget* fieldOf(QString clsLang::*property) const;
+  QList<QWidget*> fieldsIn(LanguageProperty::Box box) const;   // from the top
+
+  QLineEdit *txtIni = nullptr, *txtFilter = nullptr, *txtDesc = nullptr;
   QPushButton *cmdBrowse = nullptr, *cmdDownload = nullptr, *cmdSubmit = nullptr, *cmdAdd = nullptr, *cmdDuplicate = nullptr,
               *cmdDelete = nullptr, *cmdApply = nullptr, *cmdSave = nullptr, *cmdClose = nullptr, *cmdAddList = nullptr,
               *cmdDeleteList = nullptr;
@@ -124,15 +140,7 @@ class frmDefinitions : public QDialog {
   QStackedWidget* pages = nullptr;
   QFrame *fraStructure = nullptr, *fraList = nullptr;
   QCheckBox* chkCase = nullptr;
-  ListField *txtLibrary = nullptr, *txtPlaces = nullptr, *txtQuoted = nullptr, *txtContents = nullptr, *txtFormatting = nullptr;
-  ListField *txtDescription = nullptr, *txtKeyword = nullptr, *txtOperator = nullptr, *txtText = nullptr, *txtSLC = nullptr,
-            *txtMLCS = nullptr, *txtMLCE = nullptr, *txtIin = nullptr, *txtIOut = nullptr, *txtIinout = nullptr, *txtList = nullptr;
+  ListField* txtList = nullptr;
   QLabel *lblList = nullptr, *lblText = nullptr, *lblHint = nullptr, *lblWarning = nullptr, *lblReport = nullptr;
   LanguagePreview* preview = nullptr;
-
-  struct ListBinding {
-    ListField* field;
-    QString clsLang::*property;
-  };
-  std::vector<ListBinding> listBindings_;   // of the fields that show a multi-line property
 };

@@ -11,6 +11,7 @@
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QVBoxLayout>
+#include <map>
 
 #include "language/LanguagePreview.h"
 #include "language/frmDefinitions.h"
@@ -84,7 +85,42 @@ void colourBackground(QLabel* label, const QColor& back) {
 
 }   // namespace
 
+void frmDefinitions::makeFields() {
+  for (const LanguageProperty& property : languageProperties()) {
+    const QString hint = *property.hint ? tr(property.hint) : QString();
+    PropertyField made{&property, nullptr, nullptr};
+    if (property.form == LanguageProperty::line) made.line = line(property.field, hint);
+    else made.lines = field(property.field, hint, property.lines);
+    if (property.form == LanguageProperty::prose) {
+      made.lines->setLineWrapMode(QPlainTextEdit::WidgetWidth);
+      made.lines->setEndsWithBreak(false);
+    }
+    if (made.lines && property.box == LanguageProperty::languageBox)   // the list of languages takes the room
+      made.lines->setMaximumHeight(made.lines->fontMetrics().lineSpacing() * (property.lines + 2) + 12);
+    propertyFields_.push_back(made);
+  }
+}
+
+QList<QWidget*> frmDefinitions::fieldsIn(LanguageProperty::Box box) const {
+  std::map<int, QWidget*> byPlace;
+  for (const PropertyField& field : propertyFields_)
+    if (field.property->box == box) byPlace[field.property->place] = field.widget();
+  QList<QWidget*> fields;
+  for (const auto& [place, widget] : byPlace) fields += widget;
+  return fields;
+}
+
+void frmDefinitions::putFields(QGridLayout* grid, LanguageProperty::Box box) {
+  for (const PropertyField& field : propertyFields_) {
+    if (field.property->box != box) continue;
+    const int row = 2 * field.property->place;
+    above(grid, row, 0, tr(field.property->caption), field.widget());
+    grid->setRowStretch(row + 1, field.property->lines > 2 ? 2 : 1);
+  }
+}
+
 void frmDefinitions::layOut() {
+  makeFields();
   setObjectName(QStringLiteral("frmDefinitions"));
   setWindowTitle(tr("Language Definition"));
   setSizeGripEnabled(true);
@@ -142,13 +178,13 @@ void frmDefinitions::layOut() {
   all->addWidget(lblReport);
   all->addWidget(across, 1);
 
-  // The order of Tab: from the file by way of the languages to their parts, then the buttons that end the work.
-  const QList<QWidget*> order{txtIni,       cmdBrowse,  cmdDownload,    cmdSubmit,     txtFilter,    lstLanguage, cmdAdd,
-                              cmdDuplicate, cmdDelete,  txtDescription, txtExtension,  txtFileNames, txtContents, TabStrip1,
-                              chkCase,      txtKeyword, txtLibrary,     txtOperator,   txtPlaces,    txtQuoted,   txtSLC,
-                              txtMLCS,      txtMLCE,    txtText,        txtIin,        txtIOut,      txtIinout,   txtFormatting,
-                              txtHelp,      lst,        cmdAddList,     cmdDeleteList, txtDesc,      txtList,     cmdApply,
-                              cmdSave,      cmdClose};
+  // The order of Tab: the file, the languages, their properties from left to right, then the buttons that end the work.
+  QList<QWidget*> order{txtIni, cmdBrowse, cmdDownload, cmdSubmit, txtFilter, lstLanguage, cmdAdd, cmdDuplicate, cmdDelete};
+  order << fieldsIn(LanguageProperty::languageBox) << TabStrip1 << chkCase;
+  for (const auto box : {LanguageProperty::wordBox, LanguageProperty::signBox, LanguageProperty::commentBox,
+                         LanguageProperty::indentBox, LanguageProperty::helpBox})
+    order << fieldsIn(box);
+  order << lst << cmdAddList << cmdDeleteList << txtDesc << txtList << cmdApply << cmdSave << cmdClose;
   for (qsizetype i = 1; i < order.size(); ++i) setTabOrder(order[i - 1], order[i]);
   lstLanguage->setFocus();
   resize(1040, 760);
@@ -188,10 +224,6 @@ QWidget* frmDefinitions::languageFrame() {
   cmdApply = button("cmdApply", tr("A&pply"), tr("Applies the definitions to the open documents"));
   cmdSave = button("cmdSave", tr("&Save"), tr("Writes the definition file"));
   cmdClose = button("cmdClose", tr("&Close"), {});
-  txtDescription = field("txtDescription", tr("Language Description"), 2);
-  txtDescription->setLineWrapMode(QPlainTextEdit::WidgetWidth);
-  txtDescription->setMaximumHeight(txtDescription->fontMetrics().lineSpacing() * 4 + 12);
-  txtExtension = line("txtExtension", tr("Extensions on which this language definition will be used."));
 
   auto* fields = new QWidget;
   auto* grid = new QGridLayout(fields);
@@ -208,13 +240,7 @@ QWidget* frmDefinitions::languageFrame() {
   grid->addWidget(cmdDuplicate, 2, 1);
   grid->addWidget(cmdDelete, 2, 2);
   auto* below = new QGridLayout;
-  above(below, 0, 0, tr("D&escription"), txtDescription);
-  above(below, 2, 0, tr("E&xtensions"), txtExtension);
-  txtFileNames = line("txtFileNames", tr("Whole names of files of this language, and #!program for a first line, separated by ;"));
-  above(below, 4, 0, tr("&File Names"), txtFileNames);
-  txtContents = field("txtContents", tr("Words that show this language in a file whose extension several languages have"), 1);
-  txtContents->setMaximumHeight(txtContents->fontMetrics().lineSpacing() * 3 + 12);
-  above(below, 6, 0, tr("C&ontents"), txtContents);
+  putFields(below, LanguageProperty::languageBox);
   grid->addLayout(below, 3, 0, 1, 3);
   grid->setRowStretch(1, 1);
   auto* buttons = new QHBoxLayout;   // in sight on any screen
@@ -229,63 +255,31 @@ QWidget* frmDefinitions::structureFrame() {
   fraStructure = named(new QFrame, "fraStructure");
   fraStructure->setFrameShape(QFrame::StyledPanel);
   chkCase = named(new QCheckBox(tr("Language Case Sensiti&ve")), "chkCase");
-  txtKeyword = field("txtKeyword", {}, 8);
-  txtOperator = field("txtOperator", {}, 8);
-  txtText = field("txtText", {}, 2);
-  txtSLC = field("txtSLC", tr("This is the single line comment"), 2);
-  txtMLCS = field("txtMLCS", tr("Multi-line comment start"), 2);
-  txtMLCE = field("txtMLCE", tr("Multi-Line Comment End"), 2);
-  txtIin = field("txtIin", tr("Indent on these words"), 2);
-  txtIOut = field("txtIOut", tr("Remove indent (outdent) on these words"), 2);
-  txtIinout = field("txtIinout", tr("Perfrom an Outdent, then an indent on these words"), 2);
-  txtHelp = line("txtHelp");
-
   auto* indents = named(new QGroupBox(tr("Indents")), "fraIndents");
   auto* indentGrid = new QGridLayout(indents);
-  above(indentGrid, 0, 0, tr("Ind&ent"), txtIin);
-  above(indentGrid, 2, 0, tr("&OutDent"), txtIOut);
-  above(indentGrid, 4, 0, tr("Bot&h"), txtIinout);
-  txtFormatting = field(
-      "txtFormatting",
-      tr("case names, case all, tabs: what has a meaning.\nlines \", raw R\", here <<, rest __END__: what goes on over lines"), 1);
-  above(indentGrid, 6, 0, tr("Formattin&g"), txtFormatting);
+  putFields(indentGrid, LanguageProperty::indentBox);
   auto* comments = named(new QGroupBox(tr("Comments")), "fraComments");
   auto* commentGrid = new QGridLayout(comments);
-  above(commentGrid, 0, 0, tr("Sin&gle Line "), txtSLC);
-  above(commentGrid, 2, 0, tr("Mu&lti Line Start"), txtMLCS);
-  above(commentGrid, 4, 0, tr("Multi &Line End"), txtMLCE);
-
-  txtPlaces = field(
-      "txtPlaces",
-      tr("Where a comment or text sign counts: word #, command # or line *;\nescape characters in its texts: plain ' or escape \""),
-      1);
-  above(commentGrid, 6, 0, tr("Sign Plac&es"), txtPlaces);
+  putFields(commentGrid, LanguageProperty::commentBox);
 
   auto* grid = new QGridLayout(fraStructure);
   grid->addWidget(chkCase, 0, 0, 1, 4);
   auto* words = new QGridLayout;
-  above(words, 0, 0, tr("&Keywords"), txtKeyword);
-  txtLibrary = field("txtLibrary", tr("Coloured as keywords; names for Format"), 2);
-  above(words, 2, 0, tr("&Library Words"), txtLibrary);
-  words->setRowStretch(1, 2);
-  words->setRowStretch(3, 1);
+  putFields(words, LanguageProperty::wordBox);
   auto* signs = new QGridLayout;
-  above(signs, 0, 0, tr("&Operators"), txtOperator);
-  above(signs, 2, 0, tr("Te&xt Delimiters"), txtText);
-  txtQuoted = field("txtQuoted", tr("What a name of any signs begins with and, behind a blank, ends with"), 1);
-  above(signs, 4, 0, tr("&Quoted Names"), txtQuoted);
-  signs->setRowStretch(5, 1);
-  signs->setRowStretch(1, 3);
-  signs->setRowStretch(3, 1);
+  putFields(signs, LanguageProperty::signBox);
   grid->addLayout(words, 1, 0);
   grid->addLayout(signs, 1, 1);
   grid->addWidget(comments, 1, 2);
   grid->addWidget(indents, 1, 3);
   auto* help = new QHBoxLayout;
-  auto* label = new QLabel(tr("Help &File"));
-  label->setBuddy(txtHelp);
-  help->addWidget(label);
-  help->addWidget(txtHelp, 1);
+  for (const PropertyField& field : propertyFields_) {
+    if (field.property->box != LanguageProperty::helpBox) continue;
+    auto* label = new QLabel(tr(field.property->caption));
+    label->setBuddy(field.widget());
+    help->addWidget(label);
+    help->addWidget(field.widget(), 1);
+  }
   grid->addLayout(help, 2, 0, 1, 4);
   grid->setColumnStretch(0, 2);
   for (int column = 1; column < 4; ++column) grid->setColumnStretch(column, 1);

@@ -53,20 +53,33 @@ TEST(DefinitionText, KindsOfLines) {
 }
 
 TEST(DefinitionText, ReadsEverySection) {
-  const std::string all = readBack(
-      "SetLanguage:Verilog\nlost before the first header\n$Desc:lost too\n[Keywords]\nmodule\n\nendmodule\n[Operators]\n+\n"
-      "[SingleComments]\n//\n[MultiCommentStart]\n/*\n[MultiCommentEnd]\n*/\n[StringDelims]\n\"\n[Extensions]\nv\nvh\n"
-      "[HelpFile]\n$Zelkor/help\n.html\n[IndIn]\nbegin\n[IndOut]\nend\n[IndInOut]\nelse\n[Description]\nA\n\nB\n"
-      "[Case Sensitive]\nignored\n[Unknown]\ndropped\n[^Edges^]\nposedge\n$Desc:first\n\nnegedge\n$Desc:the edges\n"
-      "[{Compile}]\nExe a b\n\nExe c\n$Desc:runs it\n[#case#]\ncase ($$)\n\n  end\n\n$Desc:a case\n");
-  EXPECT_EQ(
-      all,
-      "LANGUAGE=Verilog\ncase=yes\nkeywords=module\\r\\nendmodule\\r\\n\noperators=+\\r\\n\ndescription=A\\r\\nB\\r\\n\n"
-      "single=//\\r\\n\nstart=/*\\r\\n\nend=*/\\r\\n\nstrings=\"\\r\\n\nextension=vvh\nhelp=$Zelkor/help.html\n"   // joined with nothing between
-      "in=begin\\r\\n\nout=end\\r\\n\nmid=else\\r\\n\nlibrary=\nplaces=\nquoted=\nnames=\ncontents=\nformatting=\n"
-      "list=Edges | posedge\\r\\nnegedge\\r\\n | the edges\n"   // the last description wins
-      "macro=Compile | Exe a b\\r\\nExe c\\r\\n | runs it\n"
-      "template=case | case | case ($$)\\r\\n\\r\\n  end\\r\\n | a case\n");
+  const auto language =
+      definition::read(
+          q("SetLanguage:Verilog\nlost before the first header\n$Desc:lost too\n[Keywords]\nmodule\n\nendmodule\n[Operators]\n+\n"
+            "[SingleComments]\n//\n[MultiCommentStart]\n/*\n[MultiCommentEnd]\n*/\n[StringDelims]\n\"\n[Extensions]\nv\nvh\n"
+            "[HelpFile]\n$Zelkor/help\n.html\n[IndIn]\nbegin\n[IndOut]\nend\n[IndInOut]\nelse\n[Description]\nA\n\nB\n"
+            "[Case Sensitive]\nignored\n[Unknown]\ndropped\n[^Edges^]\nposedge\n$Desc:first\n\nnegedge\n$Desc:the edges\n"
+            "[{Compile}]\nExe a b\n\nExe c\n$Desc:runs it\n[#case#]\ncase ($$)\n\n  end\n\n$Desc:a case\n"))
+          ->Item(1);
+  clsLang wanted;
+  wanted.Name = q("Verilog");
+  wanted.isCaseSensitive = true;
+  wanted.Keywords = q("module\r\nendmodule\r\n");
+  wanted.Operators = q("+\r\n");
+  wanted.Description = q("A\r\nB\r\n");
+  wanted.SingleComments = q("//\r\n");
+  wanted.MultiCommentStart = q("/*\r\n");
+  wanted.MultiCommentEnd = q("*/\r\n");
+  wanted.StringDelims = q("\"\r\n");
+  wanted.Extension = q("vvh");   // joined with nothing between
+  wanted.HelpFile = q("$Zelkor/help.html");
+  wanted.BlockStart = q("begin\r\n");
+  wanted.BlockEnd = q("end\r\n");
+  wanted.BlockMid = q("else\r\n");
+  EXPECT_EQ(dump(*language), dump(wanted) +
+                                 "list=Edges | posedge\\r\\nnegedge\\r\\n | the edges\n"   // the last description wins
+                                 "macro=Compile | Exe a b\\r\\nExe c\\r\\n | runs it\n"
+                                 "template=case | case | case ($$)\\r\\n\\r\\n  end\\r\\n | a case\n");
 }
 
 TEST(DefinitionText, HandEditedFilesLoseNothingElse) {
@@ -77,17 +90,17 @@ TEST(DefinitionText, HandEditedFilesLoseNothingElse) {
            Case{"", "none"},
            Case{"\n\n\n", "none"},
            Case{"no language at all\n[Keywords]\na\n", "none"},
-           Case{"[Keywords]\na\n[{m}]\nx\nSetLanguage:L\n[Operators]\n+\n", "keywords=\noperators=+\\r\\n\n"},
+           Case{"[Keywords]\na\n[{m}]\nx\nSetLanguage:L\n[Operators]\n+\n", "Library Words=\nOperators=+\\r\\n\n"},
            Case{"SetLanguage:L\n[case sensitive]\n", "case=no"},
-           Case{"SetLanguage:L\n[Keywords\na\n", "keywords=\n"},
-           Case{"SetLanguage:L\n[Keywords]\na\n[Keywords]\nb\n", "keywords=b\\r\\n\n"},
+           Case{"SetLanguage:L\n[Keywords\na\n", "Keywords=\n"},
+           Case{"SetLanguage:L\n[Keywords]\na\n[Keywords]\nb\n", "Keywords=b\\r\\n\n"},
            Case{"SetLanguage:L\n[#a#]\n[#b#]\nx", "template=a | a |  | \ntemplate=b | b | x | \n"},
            Case{"SetLanguage:L\n[#a#]\n\n", "template=a | a |  | \n"},
            Case{"SetLanguage:L\n[#a#]\n\nx\n", "template=a | a | \\r\\nx | \n"},
            Case{"SetLanguage:L\n[{m}]\n$Desc:d\n[{n}]\n", "macro=m |  | d\nmacro=n |  | \n"},   // no description leaks on
            Case{"SetLanguage:L\n[Keywords]\na\n$Desc:x\n[^w^]\nb\n", "list=w | b\\r\\n | \n"},
-           Case{"SetLanguage:A\n[Keywords]\na\nSetLanguage:A\n[Keywords]\nb\n", "LANGUAGE=A\ncase=no\nkeywords=b"},
-           Case{"SetLanguage:L\n[Keywords]\n[{\n[]\n[#\n", "keywords=[{\\r\\n[]\\r\\n[#\\r\\n"},
+           Case{"SetLanguage:A\n[Keywords]\na\nSetLanguage:A\n[Keywords]\nb\n", "LANGUAGE=A\ncase=no\nKeywords=b"},
+           Case{"SetLanguage:L\n[Keywords]\n[{\n[]\n[#\n", "Keywords=[{\\r\\n[]\\r\\n[#\\r\\n"},
        })
     EXPECT_NE(readBack(c.text).find(c.shows), std::string::npos) << c.text << "\n-- gives --\n" << readBack(c.text);
 }

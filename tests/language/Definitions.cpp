@@ -171,31 +171,24 @@ TEST_F(Definitions, FillingFieldsIsNoEdit) {
 
 TEST_F(Definitions, EveryFieldWritesThrough) {
   open();
-  // clang-format off
-  const std::pair<const char*, QString clsLang::*> lists[] = {
-      {"txtKeyword", &clsLang::Keywords},       {"txtOperator", &clsLang::Operators},     {"txtText", &clsLang::StringDelims},
-      {"txtSLC", &clsLang::SingleComments},     {"txtMLCS", &clsLang::MultiCommentStart}, {"txtMLCE", &clsLang::MultiCommentEnd},
-      {"txtIin", &clsLang::BlockStart},         {"txtIOut", &clsLang::BlockEnd},          {"txtIinout", &clsLang::BlockMid},
-      {"txtLibrary", &clsLang::LibraryWords},   {"txtPlaces", &clsLang::SignPlaces},      {"txtQuoted", &clsLang::QuotedNames},
-      {"txtContents", &clsLang::Contents},      {"txtFormatting", &clsLang::Formatting}};
-  for (const auto& [name, property] : lists) {
-    ListField* one = field(name);
-    one->selectAll();
-    type(one, name);
-    EXPECT_EQ(s((*language(1)).*property), name);
-    leave(one);
-    EXPECT_EQ(s((*language(1)).*property), std::string(name) + "\r\n");
-    leave(one);
-    EXPECT_EQ(s((*language(1)).*property), std::string(name) + "\r\n");   // once only
-    EXPECT_TRUE(dialog->isChanged()) << name;
-  }
-  // clang-format on
-  for (const auto& [name, property] :
-       {std::pair{"txtExtension", &clsLang::Extension}, {"txtFileNames", &clsLang::FileNames}, {"txtHelp", &clsLang::HelpFile}}) {
-    line(name)->selectAll();
-    type(line(name), "x;y");
-    leave(line(name));
-    EXPECT_EQ(s((*language(1)).*property), "x;y");   // left as typed
+  for (const LanguageProperty& property : languageProperties()) {
+    const auto value = [&] { return s((*language(1)).*(property.value)); };
+    if (property.form == LanguageProperty::line) {
+      line(property.field)->selectAll();
+      type(line(property.field), "x;y");
+      leave(line(property.field));
+      EXPECT_EQ(value(), "x;y");   // left as typed
+    } else if (property.form == LanguageProperty::list) {
+      ListField* one = field(property.field);
+      one->selectAll();
+      type(one, property.field);
+      EXPECT_EQ(value(), property.field);
+      for (int i = 0; i < 2; ++i) {
+        leave(one);
+        EXPECT_EQ(value(), std::string(property.field) + "\r\n");   // once only
+      }
+    }
+    EXPECT_TRUE(dialog->isChanged()) << property.field;
   }
   find<QCheckBox>("chkCase")->click();
   EXPECT_TRUE(language(1)->isCaseSensitive);
@@ -299,7 +292,7 @@ TEST_F(Definitions, WithoutLanguagesEverythingWaits) {
   manager.setLanguages(nullptr);
   open();
   EXPECT_EQ(title(), "Language Definition");
-  for (const char* name : {"fraStructure", "txtExtension", "cmdDelete", "cmdDuplicate", "txtList"})
+  for (const char* name : {"fraStructure", "txtExtension", "txtFileNames", "txtContents", "cmdDelete", "cmdDuplicate", "txtList"})
     EXPECT_FALSE(enabled(name)) << name;
   tab(1);
   click("cmdAddList");
@@ -615,11 +608,11 @@ TEST_F(Definitions, EveryControlIsReachedByTab) {
       QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
       for (const QWidget* w = QApplication::focusWidget(); w; w = w->parentWidget()) reached += w->objectName();
     }
-    QStringList wanted{q("txtFilter"), q("lstLanguage"), q("cmdAdd"),  q("cmdDelete"), q("txtDescription"), q("txtExtension"),
+    QStringList wanted{q("txtFilter"), q("lstLanguage"), q("cmdAdd"),  q("cmdDelete"),
                        q("TabStrip1"), q("cmdApply"),    q("cmdSave"), q("cmdClose"),  q("cmdBrowse")};
+    if (onStructure) wanted << q("chkCase");
     if (onStructure)
-      wanted << q("chkCase") << q("txtKeyword") << q("txtMLCE") << q("txtIinout") << q("txtHelp") << q("txtLibrary")
-             << q("txtPlaces") << q("txtQuoted");
+      for (const LanguageProperty& property : languageProperties()) wanted << q(property.field);
     else wanted << q("lst") << q("cmdAddList") << q("txtDesc") << q("txtList");
     for (const QString& name : wanted) EXPECT_TRUE(reached.contains(name)) << s(name);
   }

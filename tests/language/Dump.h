@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "control/edit/TextModel.h"
-#include "language/clsLang.h"
+#include "language/LanguageProperties.h"
 
 inline std::string dump(const clsLang& language, bool withMark = false) {
   std::string all;
@@ -25,25 +25,7 @@ inline std::string dump(const clsLang& language, bool withMark = false) {
   add("LANGUAGE", {language.Name});
   add("case", {QLatin1String(language.isCaseSensitive ? "yes" : "no")});
   if (withMark && language.isForeign) add("foreign", {QLatin1String("yes")});
-  const std::pair<const char*, QString clsLang::*> properties[] = {{"keywords", &clsLang::Keywords},
-                                                                   {"operators", &clsLang::Operators},
-                                                                   {"description", &clsLang::Description},
-                                                                   {"single", &clsLang::SingleComments},
-                                                                   {"start", &clsLang::MultiCommentStart},
-                                                                   {"end", &clsLang::MultiCommentEnd},
-                                                                   {"strings", &clsLang::StringDelims},
-                                                                   {"extension", &clsLang::Extension},
-                                                                   {"help", &clsLang::HelpFile},
-                                                                   {"in", &clsLang::BlockStart},
-                                                                   {"out", &clsLang::BlockEnd},
-                                                                   {"mid", &clsLang::BlockMid},
-                                                                   {"library", &clsLang::LibraryWords},
-                                                                   {"places", &clsLang::SignPlaces},
-                                                                   {"quoted", &clsLang::QuotedNames},
-                                                                   {"names", &clsLang::FileNames},
-                                                                   {"contents", &clsLang::Contents},
-                                                                   {"formatting", &clsLang::Formatting}};
-  for (const auto& [name, property] : properties) add(name, {language.*property});
+  for (const LanguageProperty& property : languageProperties()) add(property.section, {language.*(property.value)});
   for (const auto& w : *language.cWordList()) add("list", {w->Name, w->WordList, w->Desc});
   for (const auto& m : *language.cMacros()) add("macro", {m->Name, m->CommandString, m->Desc});
   for (const auto& t : *language.cTemplate()) add("template", {t->HotKey, t->Name, t->UserString, t->Desc});

@@ -21,13 +21,13 @@ class ModelMaker {
     for (int n = upTo(4) + 1; n > 0; --n) {
       const auto l = all->Add(name());
       l->isCaseSensitive = upTo(1);
-      for (QString* text : {&l->Keywords, &l->Operators, &l->Description, &l->SingleComments, &l->MultiCommentStart,
-                            &l->MultiCommentEnd, &l->StringDelims, &l->BlockStart, &l->BlockEnd, &l->BlockMid, &l->LibraryWords,
-                            &l->SignPlaces, &l->QuotedNames, &l->Contents, &l->Formatting})
-        *text = list();
-      for (QString* text : {&l->Extension, &l->FileNames, &l->HelpFile}) do
-          *text = name();
-        while (definition::kindOf(*text) != definition::LineKind::body);
+      for (const LanguageProperty& property : languageProperties()) {
+        QString& value = (*l).*(property.value);
+        if (property.form != LanguageProperty::line) value = list();
+        else do
+            value = name();
+          while (definition::kindOf(value) != definition::LineKind::body);
+      }
       for (int i = upTo(3); i > 0; --i) l->cWordList()->Add(name(), list())->Desc = name();
       for (int i = upTo(3); i > 0; --i) {
         const auto m = l->cMacros()->Add();
