@@ -133,11 +133,13 @@ std::vector<Growing> alignedLines(LineWork& work, const QStringList& lines, cons
 
 }   // namespace
 
-qint64 Columnize(CodeMax& cmx, const CmRange& range, const QString& delimiter, const ColumnizeOptions& options) {
+LineRange linesToColumnize(CodeMax& cmx) { return cmx.editor().selectedLines(LineAtEnd::included); }
+
+qint64 Columnize(CodeMax& cmx, LineRange touched, const QString& delimiter, const ColumnizeOptions& options) {
   if (delimiter.isEmpty()) return 0;
+  const CmRange range = cmx.GetSel(true);
   const bool isColoured = options.codeOnly && cmx.model()->highlighter();
   const auto highlighter = isColoured ? LanguageTable::find(cmx.Language()) : nullptr;
-  const LineRange touched{range.StartLineNo, std::min(range.EndLineNo + 1, cmx.LineCount())};
   return LineWork::run(cmx, touched, QCoreApplication::translate("AddIns", "Columnizing..."), [&](LineWork& work) {
     QStringList lines;
     for (std::string_view line; work.next(&line);) lines.push_back(toQString(line));
@@ -151,9 +153,8 @@ qint64 Columnize(CodeMax& cmx, const CmRange& range, const QString& delimiter, c
 }
 
 QString Columnize(CodeMax& cmx) {
-  const CmRange range = cmx.GetSel(true);
   const auto answer = InputBox(QCoreApplication::translate("AddIns", "Please input the column delimiter"));
   if (!answer || answer->isEmpty()) return {};
-  Columnize(cmx, range, *answer);
+  Columnize(cmx, linesToColumnize(cmx), *answer);
   return *answer;
 }

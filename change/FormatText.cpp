@@ -269,7 +269,7 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     const bool names = target == CaseTarget::mainText;
     return choices.changeCaseAnyway || !caseMatters({.mainCase = names, .keywordCase = !names}, language);
   };
-  const Lines lines = choices.selectionOnly ? selectedLines(cmx) : Lines{0, cmx.LineCount()};
+  const Lines lines = choices.selectionOnly ? selectedLinesOrAll(cmx) : Lines{0, cmx.LineCount()};
   const text::Snapshot before = cmx.model()->snapshot();
   const StepShown show;
   bool whole = true;

@@ -59,19 +59,19 @@ QSpinBox* number(int low, int high, int value) {
 }   // namespace
 
 bool LineDialogs::columnize(CodeMax& cmx, QWidget* parent) {
-  const CmRange range = cmx.GetSel(true);
+  const bool isBlock = cmx.GetSel(true).ColumnSel;
   Fields dialog(T::tr("Columnize"), "frmColumnize", parent);
   auto* delimiter = new QLineEdit(delimiter_);
   delimiter->selectAll();
   dialog.form->addRow(T::tr("&Delimiter"), delimiter);
   auto* groups = dialog.check(T::tr("Lines between &blank lines each for themselves"), columnize_.groupsApart);
   auto* code = dialog.check(T::tr("Leave &strings and comments alone"), columnize_.codeOnly);
-  auto* block = dialog.check(T::tr("Only within the selected b&lock"), columnize_.withinBlock && range.ColumnSel);
-  block->setEnabled(range.ColumnSel);
+  auto* block = dialog.check(T::tr("Only within the selected b&lock"), columnize_.withinBlock && isBlock);
+  block->setEnabled(isBlock);
   if (!dialog.ask() || delimiter->text().isEmpty()) return false;
   columnize_ = {groups->isChecked(), code->isChecked(), block->isChecked()};
   delimiter_ = delimiter->text();
-  const qint64 changed = Columnize(cmx, range, delimiter_, columnize_);
+  const qint64 changed = Columnize(cmx, linesToColumnize(cmx), delimiter_, columnize_);
   SetStatusText(T::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
   return true;
 }

@@ -44,11 +44,8 @@ double numberIn(std::string_view line) {
 
 }   // namespace
 
-LineRange selectedLines(const CodeMax& cmx) {
-  const CmRange range = cmx.GetSel(true);
-  if (range.IsEmpty()) return {0, cmx.LineCount()};
-  const bool touchesOnly = range.EndColNo == 0 && range.EndLineNo > range.StartLineNo && !range.ColumnSel;
-  return {range.StartLineNo, range.EndLineNo + (touchesOnly ? 0 : 1)};
+LineRange selectedLinesOrAll(CodeMax& cmx) {
+  return cmx.GetSel(true).IsEmpty() ? LineRange{0, cmx.LineCount()} : cmx.editor().selectedLines();
 }
 
 namespace {
@@ -95,7 +92,7 @@ void sortRows(LineWork& work, const SortOptions& options) {
 }   // namespace
 
 qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
-  return LineWork::run(cmx, withoutFinalEmpty(cmx, selectedLines(cmx)), T::tr("Sorting..."), [&](LineWork& work) {
+  return LineWork::run(cmx, withoutFinalEmpty(cmx, selectedLinesOrAll(cmx)), T::tr("Sorting..."), [&](LineWork& work) {
     try {
       sortRows(work, options);
     } catch (const Cancelled&) {}
@@ -103,8 +100,7 @@ qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
 }
 
 qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString& replacement, QString* error) {
-  const qint64 caret = cmx.CurrentPosition().LineNo;
-  const Lines lines = cmx.GetSel(true).IsEmpty() ? Lines{caret, caret + 1} : selectedLines(cmx);
+  const Lines lines = cmx.editor().selectedLines();
   // \1 to \9 are groups; everything else stands for itself.
   std::string by;
   const std::string written = fromQString(replacement);
@@ -142,7 +138,7 @@ namespace {
 
 // Takes away the lines that are not kept.
 qint64 keepLines(CodeMax& cmx, const std::function<bool(std::string_view)>& keep) {
-  const Lines lines = withoutFinalEmpty(cmx, selectedLines(cmx));
+  const Lines lines = withoutFinalEmpty(cmx, selectedLinesOrAll(cmx));
   if (cmx.LineCount() == 1 && cmx.GetLineLength(0) == 0) return 0;   // an empty text has nothing to take
   return LineWork::run(cmx, lines, T::tr("Looking at lines..."), [&](LineWork& work) {
     Lines gone{lines.first, lines.first};
@@ -170,7 +166,7 @@ qint64 RemoveBlankLines(CodeMax& cmx) {
 }
 
 qint64 TrimLineEnds(CodeMax& cmx) {
-  return LineWork::run(cmx, selectedLines(cmx), T::tr("Trimming..."), [](LineWork& work) {
+  return LineWork::run(cmx, selectedLinesOrAll(cmx), T::tr("Trimming..."), [](LineWork& work) {
     for (std::string_view line; work.next(&line);) {
       std::size_t end = line.size();
       while (end > 0 && isBlank(line[end - 1])) --end;
@@ -180,9 +176,8 @@ qint64 TrimLineEnds(CodeMax& cmx) {
 }
 
 qint64 JoinLines(CodeMax& cmx) {
-  Lines lines = selectedLines(cmx);
-  const CmRange range = cmx.GetSel(true);
-  if (range.IsEmpty()) lines = {range.StartLineNo, std::min(range.StartLineNo + 2, cmx.LineCount())};   // with the line below
+  Lines lines = cmx.editor().selectedLines();
+  if (cmx.GetSel(true).IsEmpty()) lines.end = std::min(lines.first + 2, cmx.LineCount());   // with the line below
   if (lines.end - lines.first < 2) return 0;
   const qint64 joined = LineWork::run(cmx, lines, T::tr("Joining..."), [](LineWork& work) {
     // What has been joined ends here, and whether it holds nothing.
@@ -226,8 +221,7 @@ QString seriesItem(const NumberSeries& series, qint64 index) {
 qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
   if (cmx.ReadOnly()) return 0;
   const CmRange range = cmx.GetSel(true);
-  Lines lines{range.StartLineNo, range.EndLineNo + 1};
-  if (!range.IsEmpty() && !range.ColumnSel) lines = selectedLines(cmx);
+  const Lines lines = cmx.editor().selectedLines();
   qint64 last = 0;
   if (!valueAt(series, lines.end - lines.first - 1, &last)) return -1;
   const auto& selection = cmx.editor().selection();

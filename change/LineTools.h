@@ -1,6 +1,6 @@
-// Small services on whole lines and on columns of numbers. Each is one undo step and returns the number of lines changed or gone; read-only
-// texts stay as they are. "The selected lines" are those that the selection touches (a last line touched only at column 0 does not count);
-// without a selection all lines of the text. What takes long can be cancelled, and has then changed nothing.
+// Small services on whole lines and on columns of numbers. Each works on the selected lines (Editor::selectedLines), without a selection
+// on all lines of the text where nothing else is said. Each is one undo step and returns the number of lines changed or removed. A
+// read-only text stays as it is. The user can cancel a long run; then nothing is changed.
 #pragma once
 
 #include <QString>
@@ -8,10 +8,7 @@
 #include "control/CodeMax.h"
 #include "text/find/Finder.h"
 
-struct LineRange {
-  qint64 first = 0, end = 0;   // half-open, from 0
-};
-LineRange selectedLines(const CodeMax& cmx);
+LineRange selectedLinesOrAll(CodeMax& cmx);
 
 struct SortOptions {
   bool descending = false;

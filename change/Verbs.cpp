@@ -74,9 +74,8 @@ bool columnize(CodeMax& cmx, const QString& argument) {
   };
   while (take(" -g", &options.groupsApart) || take(" -c", &options.codeOnly) || take(" -b", &options.withinBlock)) {}
   if (delimiter.isEmpty()) return false;
-  CmRange range = cmx.GetSel(true);
-  if (range.IsEmpty()) range = {0, 0, cmx.LineCount() - 1, 0, false};
-  Columnize(cmx, range, delimiter, options);
+  const LineRange lines = cmx.GetSel(true).IsEmpty() ? LineRange{0, cmx.LineCount()} : linesToColumnize(cmx);
+  Columnize(cmx, lines, delimiter, options);
   return true;
 }
 

@@ -117,8 +117,7 @@ void frmFormat::Form_Load() {
 void frmFormat::propose() {
   const auto* document = frame() ? frame()->activeDocument() : nullptr;
   about_ = document;
-  chkSelection_->setChecked(document && document->isSelection() &&
-                            document->cmx->GetSel(true).StartLineNo != document->cmx->GetSel(true).EndLineNo);
+  chkSelection_->setChecked(document && document->isSelection() && document->cmx->editor().spansLines());
   chkSelection_->setEnabled(document && document->isSelection());
   const clsLang* language = document ? languageOf(*document) : nullptr;
   chkWholeLine_->setChecked(language && !blockWordsOf(*language).isEmpty() &&

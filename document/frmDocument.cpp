@@ -634,9 +634,9 @@ namespace {
 // whole lines. An edit stands before all else than blanks and changes the line by `by` columns.
 template <class EditOf>
 void editLines(CodeMax& control, const QString& what, qint64 by, EditOf editOf) {
-  const CmRange sorted = control.GetSel(true);
+  const LineRange lines = control.editor().selectedLines(LineAtEnd::included);
   CmRange selection = control.GetSel(false);
-  const text::LineNo first(sorted.StartLineNo), last(sorted.EndLineNo);
+  const text::LineNo first(lines.first), last(lines.end - 1);
   text::Document& document = control.model()->document();
   const text::Snapshot text = document.snapshot();
   const std::uint64_t revision = document.revision();

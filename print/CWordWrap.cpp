@@ -80,9 +80,9 @@ void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& ti
   result = false;
   qint64 first = 0, last = cmx->LineCount() - 1;
   if (printSelection_) {
-    const CmRange range = cmx->GetSel(true);
-    first = range.StartLineNo;
-    last = range.EndLineNo;
+    const LineRange lines = cmx->editor().selectedLines(LineAtEnd::included);
+    first = lines.first;
+    last = lines.end - 1;
   }
   if (last > first && last == cmx->LineCount() - 1 && cmx->GetLineLength(last) == 0)
     --last;   // behind the last line end stands no line

@@ -28,10 +28,10 @@ std::int64_t cellBehind(std::string_view bytes, std::int64_t cell, int tabSize) 
   return cell;
 }
 
-// The lines that the selection touches, as bytes without the last break.
+// The bytes of the selected lines, without the last break.
 ByteRange selectedLineBytes(Editor& e) {
-  const auto [first, last] = selectedLines(e);
-  return {e.snapshot().lineStart(first), e.snapshot().lineEnd(last)};
+  const LineRange lines = e.selectedLines();
+  return {e.snapshot().lineStart(LineNo(lines.first)), e.snapshot().lineEnd(LineNo(lines.end - 1))};
 }
 
 // Without a selection the caret goes along with its text, also at the line's start.
@@ -76,7 +76,7 @@ void unindentSelection(Editor& e, const QVariant&) {
 void indentToPrev(Editor& e, const QVariant&) {
   if (e.document().readOnly()) return;
   const Snapshot& text = e.snapshot();
-  LineNo above = selectedLines(e).first;
+  LineNo above(e.selectedLines().first);
   std::string indent;
   for (;;) {
     if (above.value == 0) return;

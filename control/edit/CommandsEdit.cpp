@@ -119,8 +119,9 @@ void cut(Editor& e, const QVariant& argument) {
 void lineCut(Editor& e, const QVariant&) {
   if (e.document().readOnly()) return;
   const Snapshot& text = e.snapshot();
-  const auto [first, last] = selectedLines(e);
-  const ByteRange lines{text.lineStart(first), text.lineEndWithBreak(last)};
+  const LineRange selected = e.selectedLines();
+  const LineNo last(selected.end - 1);
+  const ByteRange lines{text.lineStart(LineNo(selected.first)), text.lineEndWithBreak(last)};
   if (lines.empty()) return;
   // The last line of the text goes without a break, but comes back from the clipboard as a line.
   QString cutText = toQString(text.bytes(lines));

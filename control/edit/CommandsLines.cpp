@@ -42,8 +42,8 @@ void lineOpenAbove(Editor& e, const QVariant&) { openLine(e, false); }
 
 void lineDelete(Editor& e, const QVariant&) {
   const Snapshot& text = e.snapshot();
-  const auto [first, last] = selectedLines(e);
-  const ByteRange range = wholeLines(text, first, last);
+  const LineRange lines = e.selectedLines();
+  const ByteRange range = wholeLines(text, LineNo(lines.first), LineNo(lines.end - 1));
   if (!range.empty()) EditorAccess::put(e, range, {});
 }
 
@@ -74,7 +74,8 @@ void lineTranspose(Editor& e, const QVariant&) {
 void deleteBlankLines(Editor& e, const QVariant&) {
   if (e.document().readOnly()) return;
   const Snapshot& text = e.snapshot();
-  auto [first, last] = selectedLines(e);
+  const LineRange lines = e.selectedLines();
+  LineNo first(lines.first), last(lines.end - 1);
   if (first == last) {
     // The run of blank lines at the caret, or the one right below its line.
     if (!blankLine(text, first)) {

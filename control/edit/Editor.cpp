@@ -224,18 +224,22 @@ std::string EditorAccess::indentOf(const Snapshot& text, LineNo line) {
   return indent;
 }
 
-std::pair<LineNo, LineNo> selectedLines(Editor& e) {
-  const ByteRange range = e.selectedRange();
-  const Snapshot& text = e.snapshot();
-  const LineNo first = text.lineAt(range.begin);
-  LineNo last = text.lineAt(range.end);
-  if (last > first && range.end == text.lineStart(last) && !e.selection().column) --last;
-  return {first, last};
-}
-
 void Editor::setSelection(SelectionState selection) {
   document().breakJoin();
   EditorAccess::place(*this, selection);
+}
+
+LineRange Editor::selectedLines(LineAtEnd lineAtEnd) const {
+  const ByteRange range = selectedRange();
+  const Snapshot& text = snapshot();
+  const LineNo first = text.lineAt(range.begin), last = text.lineAt(range.end);
+  const bool endsAtStart = last > first && range.end == text.lineStart(last) && !selection_.column;
+  return {first.value, last.value + (endsAtStart && lineAtEnd == LineAtEnd::excluded ? 0 : 1)};
+}
+
+bool Editor::spansLines() const {
+  const ByteRange range = selectedRange();
+  return snapshot().lineAt(range.begin) != snapshot().lineAt(range.end);
 }
 
 ByteRange Editor::selectedRange() const {

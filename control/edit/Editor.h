@@ -24,6 +24,13 @@ struct CmRange {
   bool operator==(const CmRange&) const = default;
 };
 
+// Whole lines from 0, half-open.
+struct LineRange {
+  qint64 first = 0, end = 0;
+};
+// Whether a line counts of which the selection reaches only the start.
+enum class LineAtEnd { excluded, included };
+
 // What the logic asks of the window around it. The default does for tests and batch mode: a window of 25 lines, no dialogs.
 class EditorHost {
  public:
@@ -80,6 +87,11 @@ class Editor {
   void setSelection(text::SelectionState selection);
   text::ByteRange selectedRange() const;   // normalised
   bool hasSelection() const;
+  bool spansLines() const;   // whether the selection begins in one line and ends in another
+  // The lines that a command on lines works on: those that the selection touches, else the line of the caret. When a selection ends
+  // at the start of a line, that line is not touched. A column selection touches all its rows. Commenting, columnising and
+  // printing say `included`: they take the last line in any case.
+  LineRange selectedLines(LineAtEnd lineAtEnd = LineAtEnd::excluded) const;
   void moveCaret(text::ByteOffset to, bool extend);   // ends a column selection; keeps no goal column
   CmRange range(bool normalised) const;               // normalised: start before end; else start = anchor, end = caret
   void setRange(const CmRange& range);                // clipped to the text

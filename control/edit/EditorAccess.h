@@ -90,6 +90,3 @@ struct EditorAccess {
 
 // A larger repeat count runs this often.
 inline constexpr int kMostRepeats = 1000000;
-
-// The lines that the selection touches, both included; a line that it only ends at the start of is not one of them.
-std::pair<text::LineNo, text::LineNo> selectedLines(Editor& e);

@@ -216,9 +216,8 @@ void FindDialog::open(CodeMax& control, bool replace) {
   work(control);
   showReplace(replace);
   Editor& editor = control.editor();
-  const CmRange range = editor.range(true);
-  const bool lines = editor.hasSelection() &&
-                     (range.StartLineNo != range.EndLineNo || range.ColumnSel || editor.selectedRange().length() > kLongestFind);
+  const bool lines =
+      editor.hasSelection() && (editor.spansLines() || editor.selection().column || editor.selectedRange().length() > kLongestFind);
   if (lines) {
     takeScope();
   } else {

@@ -17,10 +17,9 @@ void extendColumn(Editor& e, const QVariant&) {
   commandFunctions::extendBlock(e, cells, lines);
 }
 
-// The Tab key: a selection of several lines is indented, else a tab is typed (or blanks, or one into each row).
+// The Tab key: a selection that holds a line break is indented, else a tab is typed (or blanks, or one into each row).
 void tabKey(Editor& e, const QVariant&) {
-  const auto [first, last] = selectedLines(e);
-  if (!e.selection().column && first != last) commandFunctions::indentSelection(e, {});
+  if (!e.selection().column && e.spansLines()) commandFunctions::indentSelection(e, {});
   else e.typeText(QStringLiteral("\t"));
 }
 

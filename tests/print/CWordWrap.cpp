@@ -198,7 +198,7 @@ TEST(CWordWrap, SelectionIsAskedFor) {
   ScriptedDialogs dialogs;
   job.wrap.PrintSelectedText();
   EXPECT_TRUE(dialogs.boxes.empty()) << "an empty selection is not asked about";
-  job.cmx.SetSel({2, 1, 1, 0, false});   // made backwards
+  job.cmx.SetSel({2, 0, 1, 0, false});   // made backwards; the line at whose start it ends is printed too
   dialogs.answer(Answer::yes);
   job.wrap.PrintSelectedText();
   EXPECT_EQ(dialogs.last().text, QStringLiteral("Do you just want to print the selected text only"));

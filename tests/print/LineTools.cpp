@@ -7,6 +7,7 @@
 #include "base/Program.h"
 #include "change/AddIns.h"
 #include "change/FormatText.h"
+#include "control/keys/KeyCommands.h"
 #include "tests/support/ScriptedDialogs.h"
 
 namespace {
@@ -71,7 +72,7 @@ TEST(LineTools, ColumnizeWithinABlock) {
   Control block("a,b,c\naaa,b,c", {0, 2, 1, 6, true});
   ColumnizeOptions options;
   options.withinBlock = true;
-  Columnize(block.cmx, CmRange{0, 2, 1, 6, true}, QStringLiteral(","), options);
+  Columnize(block.cmx, {0, 2}, QStringLiteral(","), options);
   EXPECT_EQ(block.text(), "a,b,c\naaa,b,c") << "only the second commas lie in the block, and they stand in columns 4 and 6";
 }
 
@@ -114,6 +115,47 @@ TEST(LineTools, WholeLines) {
   }
 }
 
+// Each command on lines takes the same lines of a selection. A row: the lines that change when the selection ends at the start of line 2,
+// when it ends within line 1, when it is a column over lines 0 to 2, and without one, the caret in line 1.
+TEST(LineTools, OneRuleOfSelectedLines) {
+  const auto command = [](const char* name) {
+    return [name](CodeMax& c) { executeAny(c.editor(), anyCommandByName(QString::fromLatin1(name))->id); };
+  };
+  const struct {
+    const char* name;
+    std::function<void(CodeMax&)> run;
+    const char *atStart, *within, *column, *none;
+  } rows[] = {
+      {"indent", command("INDENTSELECTION"), "01", "01", "012", "1"},
+      {"unindent", command("UNINDENTSELECTION"), "01", "01", "012", "1"},
+      {"delete", command("LINEDELETE"), "01", "01", "012", "1"},
+      {"cut", command("LINECUT"), "01", "01", "012", "1"},
+      {"Tab", command("TABKEY"), "01", "01", "012", "1"},
+      {"join", [](CodeMax& c) { JoinLines(c); }, "01", "01", "012", "12"},
+      {"series", [](CodeMax& c) { InsertSeries(c, {}); }, "01", "01", "012", "1"},
+      {"trim", [](CodeMax& c) { TrimLineEnds(c); }, "01", "01", "012", "0123"},
+      {"format", [](CodeMax& c) { FormatIt(c, nullptr, {.tabs = 3, .selectionOnly = true}); }, "01", "01", "012", "0123"},
+      // Takes line 2 too; the comma that stands furthest right stays.
+      {"columnize", [](CodeMax& c) { Columnize(c, linesToColumnize(c), QStringLiteral(",")); }, "01", "0", "01", ""},
+  };
+  for (const auto& row : rows) {
+    const std::pair<CmRange, const char*> shapes[] = {{{0, 0, 2, 0, false}, row.atStart},
+                                                      {{0, 1, 1, 2, false}, row.within},
+                                                      {{0, 1, 2, 1, true}, row.column},
+                                                      {{1, 2, 1, 2, false}, row.none}};
+    for (const auto& [selection, expected] : shapes) {
+      Control c("\tp0,  \n\tpp1,  \n\tppp2,  \n\tpppp3,  ", selection);
+      const QStringList before = c.cmx.Text().split(u'\n');
+      row.run(c.cmx);
+      const QStringList after = c.cmx.Text().split(u'\n');
+      std::string changed;
+      for (qsizetype i = 0; i < before.size(); ++i)
+        if (!after.contains(before[i])) changed += std::to_string(i);
+      EXPECT_EQ(changed, expected) << row.name << ", selection to line " << selection.EndLineNo;
+    }
+  }
+}
+
 TEST(LineTools, WhatIsCancelledChangesNothing) {
   const auto moment = std::exchange(LongWork::patience().moment, std::chrono::milliseconds(0));
   Control c("");
@@ -128,7 +170,7 @@ TEST(LineTools, WhatIsCancelledChangesNothing) {
     const BusyGuard busy;
     const LongWork::Watch watch([&](const QString&, int) { return ++looks, false; });
     EXPECT_EQ(SortLines(c.cmx, {}), 0);
-    EXPECT_EQ(Columnize(c.cmx, {0, 0, 49999, 0, false}, QStringLiteral(",")), 0);
+    EXPECT_EQ(Columnize(c.cmx, {0, 50000}, QStringLiteral(",")), 0);
     FormatChoices choices;
     choices.tabs = 1;
     c.cmx.SetSel({0, 0, 49999, 1, false});
