@@ -37,7 +37,7 @@
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
-#include "language/frmDefinitions.h"
+#include "language/editor/frmDefinitions.h"
 #include "language/ucCM.h"
 #include "settings/modRegistry.h"
 

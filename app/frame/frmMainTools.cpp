@@ -13,7 +13,7 @@
 #include "document/frmLog.h"
 #include "language/CaretWords.h"
 #include "language/HotWords.h"
-#include "language/frmDefinitions.h"
+#include "language/editor/frmDefinitions.h"
 #include "language/ucCM.h"
 #include "script/frmCommand.h"
 #include "script/mCMXParser.h"

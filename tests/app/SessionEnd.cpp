@@ -7,7 +7,7 @@
 
 #include "base/LongWork.h"
 #include "document/Recovery.h"
-#include "language/frmDefinitions.h"
+#include "language/editor/frmDefinitions.h"
 #include "script/mCMXParser.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"

@@ -14,7 +14,7 @@
 
 #include "base/Program.h"
 #include "language/Registration.h"
-#include "language/frmDefinitions.h"
+#include "language/editor/frmDefinitions.h"
 #include "language/ucCM.h"
 #include "tests/language/Language.h"
 #include "tests/support/ScriptedDialogs.h"
@@ -608,8 +608,8 @@ TEST_F(Definitions, EveryControlIsReachedByTab) {
       QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
       for (const QWidget* w = QApplication::focusWidget(); w; w = w->parentWidget()) reached += w->objectName();
     }
-    QStringList wanted{q("txtFilter"), q("lstLanguage"), q("cmdAdd"),  q("cmdDelete"),
-                       q("TabStrip1"), q("cmdApply"),    q("cmdSave"), q("cmdClose"),  q("cmdBrowse")};
+    QStringList wanted{q("txtFilter"), q("lstLanguage"), q("cmdAdd"),   q("cmdDelete"), q("TabStrip1"),
+                       q("cmdApply"),  q("cmdSave"),     q("cmdClose"), q("cmdBrowse")};
     if (onStructure) wanted << q("chkCase");
     if (onStructure)
       for (const LanguageProperty& property : languageProperties()) wanted << q(property.field);

@@ -35,6 +35,7 @@ const std::map<std::string, std::set<std::string>> kRooms{
     {"control/keys", {"control/edit", "control/find"}},
     {"control/options", {"control", "control/code", "control/keys"}},
     {"control/view", {"control/code", "control/edit", "control/keys"}},
+    {"language/editor", {"language"}},
     {"text/color", {"text/find", "text/line", "text/store"}},
     {"text/file", {"text/find", "text/line", "text/store"}},
     {"text/find", {"text/line", "text/store"}},

@@ -10,7 +10,7 @@
 #include <memory>
 
 #include "language/LanguageProperties.h"
-#include "language/ListField.h"
+#include "language/editor/ListField.h"
 
 class LanguagePreview;
 class QCheckBox;

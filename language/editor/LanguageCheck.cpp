@@ -1,4 +1,4 @@
-#include "language/LanguageCheck.h"
+#include "language/editor/LanguageCheck.h"
 
 #include <QCoreApplication>
 

@@ -13,8 +13,8 @@
 #include <QVBoxLayout>
 #include <map>
 
-#include "language/LanguagePreview.h"
-#include "language/frmDefinitions.h"
+#include "language/editor/LanguagePreview.h"
+#include "language/editor/frmDefinitions.h"
 
 namespace {
 

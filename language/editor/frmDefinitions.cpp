@@ -1,4 +1,4 @@
-#include "language/frmDefinitions.h"
+#include "language/editor/frmDefinitions.h"
 
 #include <QCheckBox>
 #include <QClipboard>
@@ -17,9 +17,9 @@
 #include "base/dialog/Dialogs.h"
 #include "base/dialog/PageKeys.h"
 #include "language/DefinitionText.h"
-#include "language/LanguageCheck.h"
-#include "language/LanguagePreview.h"
 #include "language/Registration.h"
+#include "language/editor/LanguageCheck.h"
+#include "language/editor/LanguagePreview.h"
 #include "language/ucCM.h"
 
 namespace {

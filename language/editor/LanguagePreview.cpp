@@ -1,4 +1,4 @@
-#include "language/LanguagePreview.h"
+#include "language/editor/LanguagePreview.h"
 
 #include <QVBoxLayout>
 

@@ -1,4 +1,4 @@
-#include "language/ListField.h"
+#include "language/editor/ListField.h"
 
 #include <QKeyEvent>
 #include <QTextBlock>
