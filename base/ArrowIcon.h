@@ -1,4 +1,5 @@
-// Arrows for tool bars, drawn in the palette's colours at the time they are shown: those of the style stay dark on a dark desktop.
+// Arrows for tool bars, drawn in the palette's colours each time they are shown. The style's own arrows stay dark on a dark
+// desktop.
 #pragma once
 
 #include <QIcon>

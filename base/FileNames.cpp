@@ -24,7 +24,7 @@ int statusOf(const QString& path, text::FileStatus* status) {
   return text::fileSystem().statAt(text::FileSystem::kCwd, fromQString(path), true, status);
 }
 
-// The folder, made with mode 0700 when it is missing; one that exists keeps its rights.
+// Makes the folder with mode 0700 if it is missing. An existing folder keeps its mode.
 QString privateFolder(const QString& parent) {
   const QString path = parent + QLatin1String("/zelkor");
   if (fileIsThere(path)) return path;
@@ -51,7 +51,7 @@ QString environmentPath(const char* variable) {
 
 bool isRunnable(const QString& path) { return isRegularFile(path) && ::access(fromQString(path).c_str(), X_OK) == 0; }
 
-// A relative value is to be ignored.
+// The standard for these variables says that a relative path is ignored.
 static QString userFolder(const char* variable, const QString& inHome) {
   const QString set = environmentPath(variable), home = environmentPath("HOME");
   return privateFolder(set.startsWith(u'/') ? set : (home.isEmpty() ? QDir::homePath() : home) + inHome);

@@ -1,6 +1,6 @@
-// Names of files. A name is bytes to the system; as a QString each byte that is no UTF-8 is a lone surrogate (toQString), so
-// that every name comes back as it was. The tool kit's own file classes lose such bytes: what looks at a file by a name that
-// somebody gave goes through here or through text/file/FileSystem.h.
+// Names of files. For the system a name is bytes. In a QString each byte that is not valid UTF-8 is a lone surrogate (toQString),
+// so that every name can be converted back exactly. Qt's own file classes lose such bytes. Code that opens a file by a name from
+// the user uses this header or text/file/FileSystem.h.
 #pragma once
 
 #include <QString>
@@ -14,22 +14,23 @@ struct FileLook;
 
 QString currentFolder();                        // of the process; empty when it is gone
 bool setCurrentFolder(const QString& folder);   // false: it stays where it is
-// The name against a folder (the current one at first). Links stay as they are, only "." and ".." parts are worked off.
+// The name resolved against a folder (by default the current one). Resolves "." and ".." but not links.
 QString fullPath(const QString& name, const QString& folder = currentFolder());
-QString foldersRealPath(const QString& folder);   // without links; empty when it is not there
-bool fileIsThere(const QString& path);            // of any kind; false also where that cannot be known
-bool fileIsMissing(const QString& path);          // it is known that there is none
+QString foldersRealPath(const QString& folder);   // links resolved; empty when the folder does not exist
+bool fileIsThere(const QString& path);            // of any kind; false also when this cannot be found out
+bool fileIsMissing(const QString& path);          // true only when it is certain that there is no file
 bool isRegularFile(const QString& path);
 bool isFolder(const QString& path);
-// What tells files apart whatever their names are: device and number. None: there is no such file, or it cannot be known.
+// Identity of a file whatever its name: device and inode. Empty: the file does not exist, or its identity cannot be read.
 using FileId = std::pair<std::uint64_t, std::uint64_t>;
 std::optional<FileId> fileId(const QString& path);
-bool isSameFile(const QString& a, const QString& b);   // both are there, and are one file under two names
-bool isRunnable(const QString& path);                  // a file that this user may start
-QStringList folderNames(const QString& folder);        // all that is in it but "." and "..", unsorted; none where it cannot be read
-QString localFile(const QUrl& url);                    // the name that a file's address stands for
-QUrl fileUrl(const QString& path);                     // and the address of a file
-QString environmentPath(const char* variable);         // empty where it is not set
+bool isSameFile(const QString& a, const QString& b);   // both exist and are the same file
+bool isRunnable(const QString& path);                  // a file that this user may execute
+// all names in it except "." and "..", unsorted; empty when it cannot be read
+QStringList folderNames(const QString& folder);
+QString localFile(const QUrl& url);              // the file name of a file URL
+QUrl fileUrl(const QString& path);               // the file URL of a name
+QString environmentPath(const char* variable);   // empty when the variable is not set
 
 // The user's own folders, made on first use with mode 0700: settings, and state (journal, sockets).
 QString userConfigFolder();

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Measured, as some fixed fonts do not say that they are, and a family that is not installed is answered by another one.
+// Measures the font: some fixed fonts do not declare themselves fixed, and Qt replaces a family that is not installed.
 bool isFixed(const QFont& font) {
   const QFontMetricsF metrics(font);
   return metrics.horizontalAdvance(u'i') == metrics.horizontalAdvance(u'M');

@@ -1,4 +1,5 @@
-// The fixed font of the desktop, in its size; where the desktop names none, or names one that is not fixed, a fixed one of those installed.
+// The desktop's fixed-pitch font in its size. If the desktop names no font, or one that is not fixed, an installed fixed-pitch
+// font.
 #pragma once
 
 #include <QFont>

@@ -1,5 +1,5 @@
-// The wait cursor for as long as it lives, also when the work ends by an exception; or another shape, such as the arrow with
-// an hourglass (Qt::BusyCursor) where the work goes on step by step.
+// Shows the wait cursor during its lifetime, also when an exception ends the work. Another cursor can be given, such as
+// Qt::BusyCursor.
 #pragma once
 
 #include <QApplication>

@@ -18,7 +18,7 @@
 
 namespace {
 constexpr std::chrono::milliseconds kLookPeriod{20};
-constexpr std::chrono::milliseconds kLastWait{200};   // for work that was cancelled, before it is left
+constexpr std::chrono::milliseconds kLastWait{200};   // how long cancelled work may take to end before it is abandoned
 constexpr int kWhole = 100;                           // percent
 
 struct Running {
@@ -29,7 +29,7 @@ struct Running {
 Running& running() { return Workspace::current().part<Running>(); }
 LongWork::Watch::Look& watcher() { return running().watcher; }
 
-// Goes by itself only: what cannot be cancelled keeps its window, as without it the user could take away what the work is for.
+// Closes only by itself. Work that cannot be cancelled keeps its window; else the user could close a document that the work needs.
 class Progress : public QProgressDialog {
  public:
   Progress(const QString& what, bool mayCancel, QWidget* window)
@@ -58,7 +58,7 @@ class Progress : public QProgressDialog {
   const bool mayCancel_;
 };
 
-// What both threads hold.
+// Shared by both threads.
 struct Task {
   text::SearchControl control;
   std::promise<void> done;
@@ -111,7 +111,7 @@ class Waiter {
     if (isQuiet || ready()) return;
     progress = std::make_unique<Progress>(what, mayCancel, window);
     if (mayCancel) QObject::connect(progress.get(), &QProgressDialog::canceled, &loop, &QEventLoop::quit);
-    progress->show();   // tells nothing before: setting a value lets events in, and nobody would hear Cancel yet
+    progress->show();   // before any setValue(): that runs events, and Cancel would not be connected yet
     loop.exec();
   }
 
@@ -121,7 +121,7 @@ class Waiter {
   std::future<void> done_;
 };
 
-// A text that is being opened has no window yet; the one that a dialog has just left may not be active again.
+// A document that is being opened has no window yet. After a dialog its window may not be active again.
 QWidget* shownWindow(QWidget& asker) {
   if (asker.window()->isVisible()) return asker.window();
   for (QWidget* each : QApplication::topLevelWidgets())
@@ -129,7 +129,7 @@ QWidget* shownWindow(QWidget& asker) {
   return nullptr;
 }
 
-// False: it was cancelled and has not ended yet.
+// False: the work was cancelled and has not ended yet.
 bool runOn(QWidget& asker, std::int64_t bytes, LongWork::Work work, const QString& what, bool mayCancel, bool mayLeave) {
   QWidget* window = shownWindow(asker);
   const bool inRun = gBusy();
@@ -142,7 +142,7 @@ bool runOn(QWidget& asker, std::int64_t bytes, LongWork::Work work, const QStrin
   if (!waiter.ready(running().patience.moment)) {
     if (inRun) waiter.inRun(what);
     else waiter.underWindow(window, what, mayCancel);
-    waiter.cancel();   // cancelled, the window is gone: no key may come in until the work has noticed
+    waiter.cancel();   // after Cancel the window is gone: block keys until the work has noticed
     if (mayLeave && !waiter.ready(kLastWait)) return false;
   }
   waiter.finish();

@@ -1,9 +1,9 @@
-// Work that a command waits for and that may take long, as only its end shows: it is done on a thread, and what takes longer than a
-// moment shows how far it is and can be cancelled. No other command can begin meanwhile, so for the caller it is as if it had
-// done the work itself. Timers and messages do come in: who would take a text away meanwhile asks cancelRunning() first.
+// Runs the long work of a command on a thread. If the work takes longer than a moment, a window shows its progress and a Cancel
+// button. No other command can start meanwhile, so the caller may treat the call as synchronous. Timers and messages are still
+// delivered: code that would delete the text meanwhile calls cancelRunning() first.
 //
-// While a command string runs no window comes up: its Watch shows the progress and hears Esc. Where no window is shown at all
-// (batch mode) the work is done before this returns.
+// While a command string runs, no window is shown; its Watch shows the progress and handles Esc. In batch mode, without windows,
+// the work simply runs before the call returns.
 #pragma once
 
 #include <QCoreApplication>
@@ -22,21 +22,23 @@ struct LongWork {
   };
   static Patience& patience();
 
-  // Returns when the work is done. `bytes` is how much there is to go over, unless the work tells; it touches nothing but what it holds.
+  // Returns when the work is done. `bytes` is the size of the input, unless the work reports it. The work may only touch data that
+  // it owns.
   static void run(QWidget& asker, std::int64_t bytes, const Work& work) {
     run(asker, bytes, work, QCoreApplication::translate("LongWork", "Searching..."), true);
   }
-  // The same with words of its own for what goes on, and for work that has to come to its end.
+  // The same with a text for the progress window; optionally without a Cancel button.
   static void run(QWidget& asker, std::int64_t bytes, const Work& work, const QString& what, bool mayCancel);
-  // The same for what only reads files, which may hang: cancelled, it is left to itself, and this is false. So the work holds what it
-  // needs and what it makes.
+  // The same for work that only reads files and may hang. If it is cancelled, it is abandoned and the result is false. The work
+  // must therefore own all its input and output.
   static bool runOrLeave(QWidget& asker, Work work, const QString& what);
-  // The same for a loop that has to stay on this thread, every moment or so: false, where a Watch is there and ends it.
+  // For a loop on this thread, to be called often. False: a Watch exists and asks the loop to stop.
   static bool goesOn(const QString& what, int percent);
-  // Cancels the work that shows how far it is. True: there is one, and its command has yet to return.
+  // Cancels the work whose progress is shown. True: there was such work, and its command has not returned yet.
   static bool cancelRunning();
 
-  // Hears of long work as long as it lives and the program itself edits (gBusy): how far it is (-1: unknown), often. False ends the work.
+  // While it lives and the program itself edits (gBusy), it is called often with the progress in percent (-1: unknown). When it
+  // returns false, the work is cancelled.
   class Watch {
    public:
     using Look = std::function<bool(const QString& what, int percent)>;

@@ -1,4 +1,4 @@
-// What pictures that are painted when they are shown have in common: a pixmap is what the painter draws.
+// Base of icons that are painted when they are shown: their pixmap is made by the painter.
 #pragma once
 
 #include <QIconEngine>

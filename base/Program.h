@@ -11,18 +11,18 @@ inline constexpr char kApplicationTitle[] = "Zelkor Editor";
 QString applicationFolder();
 void setApplicationFolder(const QString& folder);
 
-// Shows text in the first panel of the frame's status bar at once, so that a message shows during a long operation.
-// Without a frame (tests, batch mode) it goes to the sink that was set, or nowhere.
+// Shows text in the first panel of the frame's status bar at once, also during a long operation. Without a frame (tests, batch
+// mode) the text goes to the sink that was set, or is dropped.
 void SetStatusText(const QString& text);
 void setStatusSink(std::function<void(const QString&)> sink);
 
-// Adds a line to the log: what has to be told, wherever it was found. Before there is a log it goes nowhere.
+// Adds a line to the log. Before the log exists, the line is dropped.
 void AppendReport(const QString& line);
 void setReportSink(std::function<void(const QString&)> sink);
 
-// True while the program itself edits a text (template, command string, columnise); selection handlers then keep still.
+// True while the program itself edits a text (template, command string, columnise). Handlers of selection changes then do nothing.
 bool gBusy();
-class BusyGuard {   // raises the flag and restores what it was
+class BusyGuard {   // sets the flag and restores its old value
  public:
   BusyGuard();
   ~BusyGuard();

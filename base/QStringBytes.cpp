@@ -22,7 +22,7 @@ QString toQString(std::string_view bytes) {
 }
 
 std::string fromQString(QStringView text) {
-  // Runs without lone surrogates go through the library; a lone one is a bad byte or nothing that has bytes.
+  // The library converts runs without lone surrogates. A lone surrogate is a bad byte or has no bytes.
   std::string result;
   qsizetype from = 0;
   const auto flush = [&](qsizetype to) {

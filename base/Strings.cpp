@@ -15,7 +15,7 @@ qsizetype lastSeparator(const QString& path) {
 #endif
 }
 
-// Letters by category that nevertheless draw nothing.
+// These are letters by category but have no glyph.
 bool isFiller(char32_t c) { return c == 0x115F || c == 0x1160 || c == 0x3164 || c == 0xFFA0 || c == 0x2800; }
 
 bool isInvisible(char32_t c) {
@@ -49,8 +49,8 @@ void ReplaceAll(QString& text, const QString& find, const QString& replacement) 
     text.replace(find, replacement);
     return;
   }
-  // The rest of the text is a stack with its first character on top: a replacement goes back onto it and is looked at
-  // again. Each hit takes at least one character of what was below the replacement, so this ends, in linear time.
+  // The rest of the text is a stack with its first character on top. A replacement is pushed onto it and searched again. Each match
+  // removes at least one character from below the replacement, so the loop ends in linear time.
   const auto reversed = [](QString s) {
     std::reverse(s.begin(), s.end());
     return s;

@@ -17,7 +17,7 @@ class CopyDataFilter : public QAbstractNativeEventFilter {
     if (event->message != WM_COPYDATA || !received) return false;
     const auto* data = reinterpret_cast<const COPYDATASTRUCT*>(event->lParam);
     received(data && data->lpData ? QString::fromUtf16(static_cast<const char16_t*>(data->lpData), data->cbData / 2) : QString());
-    *result = -1;   // handled, whatever came of it
+    *result = -1;   // handled, whatever the result is
     return true;
   }
 };

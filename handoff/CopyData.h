@@ -1,5 +1,5 @@
-// Windows' own way for programs to hand a command line over: WM_COPYDATA to a top-level window, its text as UTF-16. Copies of the
-// program talk by Msghook.
+// Receives command lines from other Windows programs: WM_COPYDATA to a top-level window, with the text as UTF-16. Copies of this
+// program use Msghook between them.
 #pragma once
 
 #include <QString>
@@ -7,7 +7,7 @@
 
 #ifdef Q_OS_WIN
 namespace copydata {
-// Calls `received` for each message to a window of this process; there is one receiver, null ends it.
+// Calls `received` for each message to a window of this process. There is one receiver; null removes it.
 void receive(std::function<void(const QString& text)> received);
 }   // namespace copydata
 #endif

@@ -34,7 +34,7 @@ QString unframed(const QByteArray& bytes, qsizetype from, quint32 length) {
   return fields;
 }
 
-// The kernel knows who is at the other end.
+// The user of the other end, as the kernel knows it.
 bool isOurUser(const QLocalSocket& socket) {
 #ifdef Q_OS_LINUX
   ucred peer{};
@@ -85,7 +85,7 @@ Msghook::Msghook(Handler message, QObject* parent) : QObject(parent), message_(s
 Msghook::~Msghook() { stop(); }
 
 bool Msghook::listen(const QString& path) {
-  QLocalServer::removeServer(path);   // whoever asks us to listen holds the lock: what is left there is a dead copy's
+  QLocalServer::removeServer(path);   // the caller of listen() holds the lock, so this socket belongs to a dead copy
   return server_.listen(path);
 }
 
@@ -119,7 +119,7 @@ void Msghook::drop(quint64 id) {
   connection->socket->disconnect(this);
   connection->deadline.stop();
   connection->socket->abort();
-  connection->socket.release()->deleteLater();   // it may be the one that is calling
+  connection->socket.release()->deleteLater();   // the socket itself may be the caller
 }
 
 void Msghook::read(quint64 id) {
@@ -136,16 +136,16 @@ void Msghook::read(quint64 id) {
     bytes.remove(0, qsizetype(length) + 4);
     waiting_.append({id, handOff});
     connection->spoke = true;
-    answer(*connection, kTaken);   // acting may have to wait, or ask the person something: it takes as long as it takes
+    answer(*connection, kTaken);   // acting may have to wait or ask the user something, without limit
   }
-  // Who has said nothing, or half of something, has so long for it; one that waits for an answer may wait.
+  // The deadline for a connection that has sent nothing or only a part. A connection that waits for an answer has no deadline.
   if (bytes.isEmpty() && connection->spoke) connection->deadline.stop();
   else if (!connection->deadline.isActive()) connection->deadline.start(deadlineMs_);
   QMetaObject::invokeMethod(this, &Msghook::actOnNext, Qt::QueuedConnection);
 }
 
 void Msghook::actOnNext() {
-  // Acting may open a box, and then the next message is acted on while this call still stands; the handler says "busy".
+  // Acting may open a box. The next message is then handled inside this call; the handler answers "busy".
   while (!waiting_.isEmpty()) {
     if (!mayAct_()) {
       QTimer::singleShot(kActAgainMs, this, &Msghook::actOnNext);

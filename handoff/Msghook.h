@@ -1,9 +1,11 @@
-// Messages from another copy of the program, and the sending of them.
+// Messages between copies of the program.
 //
-// On Linux a message is one request on a local socket: four bytes of length (least first), then that many bytes of UTF-16
-// text (least first), at most 1 MiB. The text is fields parted by U+0000. Two answers of the same form come: that the message was
-// taken, and, after it was acted on, what came of it. Who is not of our user, says nothing for too long, or sends anything else is hung up on.
-// On Windows the same text comes by WM_COPYDATA, and the answer is the message's result.
+// On Linux a message is one request on a local socket: four bytes of length (little endian), then that many bytes of UTF-16 text
+// (little endian), at most 1 MiB. The text consists of fields separated by U+0000. Two answers of the same form follow: that the
+// message was taken and, after it was acted on, the result. A connection of another user, one that sends nothing for too long and
+// one that sends anything else is closed.
+//
+// On Windows the same text comes by WM_COPYDATA, and the answer is the result of the message.
 #pragma once
 
 #include <QLocalServer>
@@ -12,25 +14,25 @@
 #include <QStringList>
 #include <functional>
 
-// What is handed over: one file name as it is on the disk (see FileNames.h), possibly empty, and the place in it.
+// The request: one file name as it is on the disk (see FileNames.h), possibly empty, and a place in the file.
 struct HandOff {
   QString text;
-  QString activation;   // the desktop's token that allows a window to come forward
+  QString activation;   // the desktop's token that allows a window to be raised
   bool readOnly = false;
   bool wait = false;             // the sender wants to know when the document is closed
-  bool untitled = false;         // text names a file to take in as a new document and remove
+  bool untitled = false;         // text names a file to load as a new document and to remove
   qint64 line = 0, column = 0;   // from 1; 0: not said
 
   QString toFields() const;
   static bool fromFields(const QString& fields, HandOff* out);
 };
 
-// gone: nobody is there, or the receiver ended; silent: it is there, but has not taken the message and the sender's person waits
-// no longer; ended: it acted, but ended before it told that what is waited for was closed.
+// gone: no receiver, or it ended. silent: the receiver has not taken the message, and the user at the sender stopped waiting.
+// ended: the receiver acted on the message, but ended before it reported that the document was closed.
 enum class HandOffAnswer { acted, busy, refused, gone, silent, ended };
 struct HandOffReply {
   HandOffAnswer answer = HandOffAnswer::acted;
-  bool willTell = false;   // acted with wait: the sender is told by Msghook::tellClosed
+  bool willTell = false;   // acted on a message with `wait`; Msghook::tellClosed will inform the sender
 };
 
 class Msghook : public QObject {
@@ -38,16 +40,16 @@ class Msghook : public QObject {
  public:
   static constexpr quint32 kLargest = 1u << 20;   // bytes of one message
 
-  // Message(connection, what was handed over): called on the user-interface thread, one at a time in the order of arrival.
+  // Message(connection, request): called on the user-interface thread, one message at a time, in the order of arrival.
   using Handler = std::function<HandOffReply(quint64 connection, const HandOff&)>;
   explicit Msghook(Handler message, QObject* parent = nullptr);
   ~Msghook() override;
 
-  bool listen(const QString& path);   // false: errorString() says why. A file left there by a dead copy is removed.
-  // Messages are taken but not acted on while `mayAct` says no; it is asked again and again.
+  bool listen(const QString& path);   // false: errorString() gives the reason. Removes the socket file of a dead copy.
+  // While `mayAct` returns false, messages are taken but not acted on. It is called again and again.
   void actOnlyWhen(std::function<bool()> mayAct) { mayAct_ = std::move(mayAct); }
-  void setDeadline(int ms) { deadlineMs_ = ms; }   // for a message to be complete; 5 s at first
-  void stop();                                     // hangs up on all; senders then look for who comes next
+  void setDeadline(int ms) { deadlineMs_ = ms; }   // time for a message to be complete; default 5 s
+  void stop();                                     // closes all connections; the senders then look for the next receiver
   QString errorString() const { return server_.errorString(); }
   void tellClosed(quint64 connection);
 
@@ -63,7 +65,8 @@ class Msghook : public QObject {
   std::function<bool()> mayAct_ = [] { return true; };
   QLocalServer server_;
   QHash<quint64, std::shared_ptr<Connection>> connections_;
-  QList<std::pair<quint64, HandOff>> waiting_;   // complete messages in the order in which they came; their senders know
+  // complete messages in the order of arrival; their senders know that they were taken
+  QList<std::pair<quint64, HandOff>> waiting_;
   quint64 lastId_ = 0;
   int deadlineMs_ = 5000;
 };
@@ -71,8 +74,8 @@ class Msghook : public QObject {
 // The sender's side of one connection.
 class MsgSender {
  public:
-  bool connectTo(const QString& path);   // false: nobody there, or not of our user
-  // Asks `goOn` each time that a message was not taken for so long. One that was taken is waited for without limit.
+  bool connectTo(const QString& path);   // false: no receiver, or it belongs to another user
+  // Calls `goOn` each time the message has not been taken for that long. After the message was taken, it waits without limit.
   void setPatience(int ms, std::function<bool()> goOn);
   HandOffAnswer send(const HandOff& handOff);
   bool waitForClosed();   // after an acted message with `wait`; false: the receiver ended

@@ -27,7 +27,7 @@ constexpr unsigned kOthersRights = 077, kPrivate = 0700, kPrivateFile = 0600;
 
 QString tr(const char* text) { return QCoreApplication::translate("Rendezvous", text); }
 
-// A real folder (no link), ours, closed to everybody else.
+// A real folder (not a link) that belongs to this user and is closed to others.
 bool isPrivate(const QString& folder) {
 #ifdef Q_OS_WIN
   return QFileInfo(folder).isDir();

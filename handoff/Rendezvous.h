@@ -1,26 +1,26 @@
-// Where the copies of the program meet: a folder that only this user can enter, a lock that says who is first, and the path
-// of the first one's socket. One meeting place for each user and display.
+// Where the copies of the program meet: a folder that only this user can enter, a lock that decides which copy is first, and the
+// path of the first copy's socket. There is one meeting place for each user and display.
 //
-// Always: the folder is a real folder of ours that nobody else may enter, or there is no meeting place at all. A lock dies
-// with its process, so a copy that crashed is never taken for a running one.
+// Invariants: either the folder is a real folder of this user that nobody else may enter, or there is no meeting place. The lock is
+// released when its process dies, so a crashed copy is never taken for a running one.
 #pragma once
 
 #include <QString>
 
 class Rendezvous {
  public:
-  // display: tells sessions apart ("xcb:0"); anything but letters and digits counts as "_".
+  // display: distinguishes sessions ("xcb:0"). All characters but letters and digits are replaced by "_".
   explicit Rendezvous(const QString& display);
   ~Rendezvous();   // gives the lock up
   Rendezvous(const Rendezvous&) = delete;
   Rendezvous& operator=(const Rendezvous&) = delete;
 
-  // False: this copy can only stand alone, as there is no place or nothing can be made there. failure() says why.
+  // False: this copy can only run alone, because there is no folder or nothing can be created in it. failure() gives the reason.
   bool usable() const { return failure_.isEmpty(); }
   const QString& failure() const { return failure_; }
-  bool becomeFirst();   // true: this process is the first, now or already
+  bool becomeFirst();   // true: this process is the first copy, now or since before
   bool isFirst() const { return lock_ >= 0; }
-  void resign();   // somebody else may be first from now on
+  void resign();   // lets another copy become the first
   QString socketPath() const;
   QString folder() const { return folder_; }
 

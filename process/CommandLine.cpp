@@ -8,7 +8,7 @@
 
 namespace {
 
-// A stretch of a word; a value's own "$" means nothing.
+// A part of a word. A "$" inside a value is an ordinary character.
 struct Stretch {
   QString text;
   bool isValue = false;
@@ -19,7 +19,7 @@ class Splitter {
  public:
   std::vector<Word> words;
 
-  // value: what stands in the place of a variable. A quotation begun in it ends with it.
+  // value: the text that replaces a variable. A quotation that starts in it ends with it.
   void feed(QStringView text, const ValueAt& typedAt, bool isValue = false) {
     for (qsizetype i = 0; i < text.size(); ++i) {
       const QChar c = text[i];

@@ -15,8 +15,8 @@ constexpr int kWatchPeriod = 100;   // milliseconds
 constexpr int kAskAgain = 2000;     // before a window that did not close is asked again
 constexpr int kStillActive = 259;
 
-// Runs the event loop until the program has ended, the time is over (0: no limit) or the application quits. The exit code,
-// or none when it still runs.
+// Runs the event loop until the program ends, the time is over (0: no limit) or the application quits. Returns the exit code, or
+// nothing when the program still runs.
 std::optional<int> waitFor(Program* program, quint32 timeout) {
   QEventLoop loop;
   std::optional<int> exitCode;
@@ -41,7 +41,7 @@ int windowStyle(std::optional<int> asked) {
 }
 
 bool startFailed(quint32 result, int* errorNumber) {
-  // No wait result and no exit code of a system of ours lies in this range.
+  // No wait result and no exit code of a supported system lies in this range.
   const bool failed = result >= kStartFailed && result < kStartFailed + 0x10000;
   if (failed && errorNumber) *errorNumber = int(result - kStartFailed);
   return failed;

@@ -1,8 +1,8 @@
-// Starting other programs and following them to their end.
+// Starts other programs and follows them to their end.
 //
-// Always: no shell; only the standard channels are passed on (input is empty; output and errors are one channel, which keeps
-// their order, and comes back as a signal); the program leads a process group of its own, which is what stop() ends. The user interface stays alive while a program is waited
-// for. Results are 32-bit codes as callers of the command language know them:
+// No shell is used. Only the standard channels are passed on: input is empty; output and errors share one channel, which keeps
+// their order, and arrive as a signal. The program leads its own process group, which stop() ends. The user interface stays
+// responsive while a program is awaited. Results are 32-bit codes, as the command language shows them:
 //   a start that failed       error number + kStartFailed
 //   LaunchAndWait             kEnded, kTimedOut, kAbandoned (the editor itself ended) or kWaitFailed
 //   LaunchAndWatch            the exit code (128 + signal number for a program that a signal ended); 259 when the editor
@@ -25,28 +25,29 @@ inline constexpr int kNormalWindow = 1, kMinimisedNoFocus = 6;
 
 int windowStyle(std::optional<int> asked);   // none, below 0 or above 6: kMinimisedNoFocus
 
-// True for a result that says that the program could not be started; *errorNumber is then why.
+// True: the result says that the program could not be started; *errorNumber is the reason.
 bool startFailed(quint32 result, int* errorNumber = nullptr);
 
-// One started program. It lives until it has ended and its output is read to the end, then deletes itself.
+// One started program. It deletes itself when it has ended and its output has been read to the end.
 class Program : public QObject {
   Q_OBJECT
  public:
-  // arguments[0] is the program's name as findProgram takes it. Null when it does not start; *error is then an errno value.
+  // arguments[0] is the name of the program, as findProgram takes it. Null: it did not start; *error is an errno value.
   static Program* start(const std::vector<std::string>& arguments, std::optional<int> style, int* error);
-  static QList<Program*> running();   // those that have not ended, oldest first
+  static QList<Program*> running();   // programs that have not ended, oldest first
 
   qint64 processId() const { return id_; }
   const std::string& name() const { return name_; }   // arguments[0]
   bool ended() const { return ended_; }
   int exitCode() const { return exitCode_; }
-  void stop();   // asks the whole group to end, and makes it end two seconds later
+  void stop();   // asks the whole process group to end and kills it two seconds later
   ~Program() override;
 
  signals:
   void output(
-      const QByteArray& bytes);   // standard output and errors as they come, in pieces of any size; blocks direct receivers only
-  void finished(int exitCode);    // behind all output that the program itself had written
+      // standard output and errors as they arrive, in pieces of any size; waits for receivers with a direct connection
+      const QByteArray& bytes);
+  void finished(int exitCode);   // emitted after all output that the program itself has written
 
  private:
   Program();
@@ -59,14 +60,14 @@ class Program : public QObject {
   int exitCode_ = 0;
 };
 
-// What both do with a program as soon as it runs (connect its output, say).
+// What a caller does with the program as soon as it runs, such as connecting its output.
 using Started = std::function<void(Program&)>;
 
-// Starts and waits, at most `timeout` milliseconds when given; on time-out the program goes on.
+// Starts and waits, at most `timeout` milliseconds when given. After a time-out the program continues.
 quint32 LaunchAndWait(const std::vector<std::string>& arguments, std::optional<int> style = {}, std::optional<quint32> timeout = {},
                       const Started& started = {});
-// Starts and waits for the end; meanwhile, every 100 ms, the program's window is asked to close when its title begins with
-// "FINISHED" in any case. Where windows cannot be seen only the end is waited for.
+// Starts and waits for the end. Every 100 ms, if the title of the program's window begins with "FINISHED" in any case, the window
+// is asked to close. Where windows cannot be seen, only the end is awaited.
 quint32 LaunchAndWatch(const std::vector<std::string>& arguments, std::optional<int> style = {}, const Started& started = {});
 
 }   // namespace process

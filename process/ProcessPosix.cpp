@@ -21,11 +21,11 @@ namespace process {
 
 namespace {
 
-constexpr int kPieces = 4;         // read in one turn of the event loop, so that a flood does not hold up the keys
-constexpr int kDrainPieces = 64;   // read at the end: more than a pipe holds
+constexpr int kPieces = 4;         // read in one turn of the event loop, so that a flood of output does not delay the keys
+constexpr int kDrainPieces = 64;   // read at the end: more than a pipe can hold
 constexpr std::size_t kPiece = 64 << 10;
-constexpr int kGrace = 2000;      // milliseconds between asking and making a program end
-constexpr int kPollPeriod = 50;   // where the kernel does not report the end by itself
+constexpr int kGrace = 2000;      // milliseconds between SIGTERM and SIGKILL
+constexpr int kPollPeriod = 50;   // when the kernel does not report the end
 
 struct Programs {
   QList<Program*> list;
@@ -54,7 +54,7 @@ int spawn(const std::string& file, const std::vector<std::string>& arguments, co
   posix_spawn_file_actions_adddup2(&actions, out.ends[1], 1);
   posix_spawn_file_actions_adddup2(&actions, out.ends[1], 2);
 #if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 34)
-  posix_spawn_file_actions_addclosefrom_np(&actions, 3);   // also what a library of ours opened without close-on-exec
+  posix_spawn_file_actions_addclosefrom_np(&actions, 3);   // also descriptors that a library opened without close-on-exec
 #endif
   sigset_t none, all;
   sigemptyset(&none);
@@ -73,7 +73,7 @@ int spawn(const std::string& file, const std::vector<std::string>& arguments, co
 
 struct Program::Impl {
   Program* owner;
-  int fd = -1;   // what the program prints; -1 when read to the end
+  int fd = -1;   // output of the program; -1 when it has been read to the end
   std::unique_ptr<QSocketNotifier> notifier;
   int endFd = -1;
   std::unique_ptr<QSocketNotifier> endNotifier;
@@ -102,7 +102,7 @@ struct Program::Impl {
     });
   }
 
-  bool readSome(int pieces) {   // false: nothing will come any more
+  bool readSome(int pieces) {   // false: end of the output
     for (int n = 0; fd >= 0 && n < pieces; ++n) {
       QByteArray bytes(qsizetype(kPiece), Qt::Uninitialized);
       const ssize_t count = ::read(fd, bytes.data(), kPiece);
@@ -115,7 +115,7 @@ struct Program::Impl {
   }
 
   void dropChannel() {
-    // The notifier may be the caller: it goes when the event loop has left it.
+    // The notifier may be the caller, so it is deleted later by the event loop.
     if (notifier) {
       notifier->setEnabled(false);
       notifier.release()->deleteLater();
@@ -127,7 +127,7 @@ struct Program::Impl {
   void look() {
     siginfo_t info{};
     if (::waitid(P_PID, id_t(owner->id_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == 0) return;   // still runs
-    // While it is not reaped its number cannot pass to another process, so the group is certainly its own.
+    // Before the process is reaped, its number cannot be given to another process. So the group certainly belongs to it.
     if (stopping) ::kill(-pid_t(owner->id_), SIGKILL);
     int status = 0;
     ::waitpid(pid_t(owner->id_), &status, 0);
@@ -143,12 +143,12 @@ Program::Program() : impl_(std::make_unique<Impl>(this)) {}
 Program::~Program() { programs().removeOne(this); }
 
 Program* Program::start(const std::vector<std::string>& arguments, std::optional<int> style, int* error) {
-  (void)windowStyle(style);   // the window system places windows as it likes
+  (void)windowStyle(style);   // the window system places windows itself
   std::string file;
   const char* searchPath = ::getenv("PATH");
   *error = arguments.empty() ? ENOENT : findProgram(arguments[0], searchPath ? searchPath : "/usr/bin:/bin", &file);
   for (const std::string& argument : arguments)
-    if (*error == 0 && argument.find('\0') != std::string::npos) *error = EINVAL;   // an argument cannot hold it, and is never cut
+    if (*error == 0 && argument.find('\0') != std::string::npos) *error = EINVAL;   // an argument cannot hold NUL and is never cut
   Pipe out;
   pid_t id = 0;
   if (*error == 0) *error = out.open();
@@ -198,7 +198,7 @@ void Program::stop() {
   if (ended_ || impl_->stopping) return;
   impl_->stopping = true;
   ::kill(-pid_t(id_), SIGTERM);
-  ::kill(-pid_t(id_), SIGCONT);   // a stopped one would not hear it
+  ::kill(-pid_t(id_), SIGCONT);   // a stopped process would not receive the signal
   impl_->grace.start(kGrace);
 }
 

@@ -22,7 +22,7 @@ QList<Program*>& programs() { return Workspace::current().part<Programs>().list;
 
 struct Program::Impl {
   QProcess child;
-  HANDLE job = nullptr;   // holds the program with all that it starts, so that stop() ends them together
+  HANDLE job = nullptr;   // holds the program and all its children, so that stop() ends them together
   ~Impl() {
     if (job) CloseHandle(job);
   }

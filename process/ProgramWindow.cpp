@@ -78,7 +78,7 @@ struct ProgramWindow::Impl {
       std::memcpy(list.data(), managed.data(), list.size() * sizeof(xcb_window_t));
       return list;
     }
-    // No window manager that tells: the windows right below the root.
+    // Without a list from the window manager: the windows directly below the root.
     const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
     if (tree)
       list.assign(xcb_query_tree_children(tree.get()),

@@ -1,4 +1,4 @@
-// Windows of other programs, as far as the window system shows them (X11 by process id; Windows by process id).
+// Windows of other programs, as far as the window system shows them (X11 and Windows: by process id).
 #pragma once
 
 #include <QString>
@@ -6,12 +6,12 @@
 
 class ProgramWindow {
  public:
-  ProgramWindow();   // without a window system that shows them every title is empty
+  ProgramWindow();   // if the window system does not show them, every title is empty
   ~ProgramWindow();
-  // The title of the first top-level window that belongs to the process or to its process group; empty: none.
-  // The window is remembered for close().
+  // The title of the first top-level window that belongs to the process or its process group; empty: there is none. close() then
+  // applies to this window.
   QString title(qint64 processId);
-  void close();   // asks the window of the last title() to close, as its close button does
+  void close();   // asks the window of the last title() to close, like its close button
 
  private:
   struct Impl;

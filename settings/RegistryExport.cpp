@@ -8,7 +8,7 @@ namespace {
 constexpr QStringView kExport = u"; Settings of Zelkor Editor, whole when the last line is \"; end\"";
 constexpr QStringView kExportEnd = u"; end";
 
-// Takes the text apart. What has no place in such a file ends it.
+// Parses the text. Stops at the first thing that such a file cannot hold.
 class Reader {
  public:
   explicit Reader(const QString& text) : text_(text) {}
@@ -43,7 +43,7 @@ class Reader {
   }
 
  private:
-  // The rest of the line; ended_ says whether a line break stood behind it.
+  // The rest of the line; ended_ says whether a line break follows it.
   QString line() {
     const qsizetype begin = at_;
     qsizetype stop = text_.indexOf(u'\n', begin);
@@ -95,7 +95,7 @@ class Reader {
   }
 
   bool typed(const QString& data, QVariant& value) const {
-    if (data == "-"_L1) return true;   // an order to remove the value: nothing to read, kept
+    if (data == "-"_L1) return true;   // a request to remove the value: there is nothing to read, the line is kept
     const qsizetype colon = data.indexOf(u':');
     const QString type = data.left(colon).toLower(), digits = data.mid(colon + 1);
     bool good = colon > 0;

@@ -1,5 +1,5 @@
-// Reads what the registry editor of Windows exports ("Version 5.00"), so that settings move between machines; the settings file
-// had this form once. Reading only.
+// Reads files that the registry editor of Windows exports ("Version 5.00"), so that settings can be moved between machines. Older
+// settings files have this form too. Read only.
 #pragma once
 
 #include "settings/RegistryText.h"
@@ -8,9 +8,9 @@ namespace registryExport {
 
 inline constexpr QStringView kHeader = u"Windows Registry Editor Version 5.00";   // the first line
 
-// Fills `sections` (it holds one, without a key). False: damaged; what is in `sections` then means nothing. Items of types
-// other than text and number get an invalid value and their data as `raw`, in one line; comments get their line as `raw`;
-// other items have no `raw`.
+// Fills `sections`, which holds one section without a key. False: the file is damaged and `sections` is meaningless. Items of other
+// types than text and number get an invalid value and their data as `raw`, in one line. Comments get their line as `raw`. Other
+// items have no `raw`.
 bool read(const QString& text, std::vector<RegistryText::Section>& sections);
 
 }   // namespace registryExport

@@ -18,7 +18,7 @@ using namespace registry;
 namespace {
 
 constexpr int kQuietTime = 400, kRetryTime = 15000, kWindowTime = 500;   // milliseconds
-constexpr std::size_t kSizeLimit = 32u << 20;                            // no honest settings file comes near
+constexpr std::size_t kSizeLimit = 32u << 20;                            // far above any real settings file
 constexpr int kLongestName = 255;                                        // of one part of a key path, as in the registry
 
 QString hiveName(quint32 hive) {
@@ -53,7 +53,7 @@ int codeOf(int error) {
 
 }   // namespace
 
-// The lock file stays in its place: removing it would let two processes hold "the" lock.
+// The lock file is never removed: else two processes could each hold "the" lock.
 class RegistryFile::Lock {
  public:
   Lock(const QString& path, int patience) {
@@ -118,7 +118,7 @@ RegistryFile::Found RegistryFile::readFile(RegistryText& text) {
   return text.parse(bytes_) ? Found::whole : Found::damaged;
 }
 
-// A damaged old file counts as none: it stays where it is.
+// A damaged old file is ignored and left where it is.
 RegistryFile::Found RegistryFile::readOldFile(RegistryText& text) const {
   if (oldPath_.isEmpty()) return Found::missing;
   std::string error;
@@ -148,7 +148,7 @@ void RegistryFile::tellOfDamage() {
              .arg(plainForDisplay(path_), plainForDisplay(keptAs_)));
 }
 
-// Settings are read before there is a window: what is said now is said again, and stands in the log, once that has come forward.
+// Settings are read before the first window exists. The message is shown again, and logged, after the window has appeared.
 void RegistryFile::report(const QString& text) {
   SetStatusText(text);
   std::fprintf(stderr, "zelkor: %s\n", qPrintable(text));
@@ -163,7 +163,7 @@ void RegistryFile::load() {
   loaded_ = true;
   Found found = readFile(text_);
   if (found == Found::damaged && !readOnly_) {
-    // Under the lock it is read once more: it may have been seen in the middle of being overwritten in place.
+    // Reads the file again under the lock: the first read may have seen it while it was being overwritten in place.
     const Lock lock(path_, lockPatience_);
     if (lock.error == 0 && (found = readFile(text_)) == Found::damaged && setAside() == kSuccess) found = Found::missing;
   }

@@ -1,10 +1,10 @@
-// The settings store of systems without a registry: one file (RegistryText.h) that several processes share.
+// The settings store on systems without a registry: one file (RegistryText.h) that several processes share.
 //
-// Always holds: the file is the old one or the new one, whole. A process writes only what it changed itself: it locks, reads
-// the file again, puts its changes in, saves and unlocks, so that processes do not undo each other's changes. A damaged file is
-// kept under another name, the user is told once, and the settings start from their defaults.
+// Invariants: the file is always the whole old one or the whole new one. A process writes only its own changes: it locks, reads the
+// file again, applies its changes, saves and unlocks. So processes do not undo each other's changes. A damaged file is kept under
+// another name, the user is told once, and the settings start from their defaults.
 //
-// Changes are collected and written when the event loop has been quiet for a moment, at the end of the application, and on flush().
+// Changes are collected and written when the event loop has been idle for a moment, when the application ends, and on flush().
 #pragma once
 
 #include <QTimer>
@@ -16,9 +16,9 @@
 
 class RegistryFile : public registry::Store {
  public:
-  // While there is no file at `path`, the settings are read from `oldPath` (when given), which is never written.
+  // While there is no file at `path`, settings are read from `oldPath` (if given). `oldPath` is never written.
   explicit RegistryFile(const QString& path, const QString& oldPath = {});
-  ~RegistryFile() override;   // drops what was not flushed
+  ~RegistryFile() override;   // drops changes that were not flushed
 
   int open(quint32 hive, const QString& key) override;
   int read(quint32 hive, const QString& key, const QString& name, QVariant* value) override;

@@ -22,7 +22,7 @@ Store& systemRegistry();   // RegistryWin.cpp
 static Store& platformStore() { return systemRegistry(); }
 #else
 static Store& platformStore() {
-  // Never destroyed: its last flush runs while the application object goes, before the statics of other files do.
+  // Never destroyed: the last flush runs while the application object is destroyed, before the statics of other files.
   static Store* const file = [] {
     qAddPostRoutine([] { store().flush(); });
     const QString folder = userConfigFolder();

@@ -1,8 +1,8 @@
-// Where the settings live: on Windows the registry, elsewhere one file in the user's configuration folder (RegistryFile.h).
-// clsRegistry is the only user; tests exchange the store.
+// Where the settings are stored: on Windows in the registry, elsewhere in one file in the user's configuration folder
+// (RegistryFile.h). Only clsRegistry uses it; tests replace it.
 //
-// Hives are the registry's own numbers. Key paths are parted by "\", without a leading one; "" is the hive itself. Results are
-// Windows error codes, 0 for success, on every platform. Keys and value names fold case.
+// Hives are the registry's own numbers. The parts of a key path are separated by "\", without a leading one; "" is the hive itself.
+// Results are Windows error codes on every platform, 0 for success. Keys and value names ignore case.
 #pragma once
 
 #include <QString>
@@ -30,17 +30,17 @@ class Store {
  public:
   virtual ~Store() = default;
   virtual int open(quint32 hive, const QString& key) = 0;
-  // *value: QString, qint32, or invalid for a value of another type (which is a success).
+  // *value: QString, qint32, or invalid for a value of another type. The last case counts as success.
   virtual int read(quint32 hive, const QString& key, const QString& name, QVariant* value) = 0;
   virtual int write(quint32 hive, const QString& key, const QString& name, const QVariant& value) = 0;   // QString or qint32
-  virtual int create(quint32 hive, const QString& key) = 0;   // with missing parents; an existing key is left alone
+  virtual int create(quint32 hive, const QString& key) = 0;   // with missing parents; an existing key is not changed
   virtual int remove(quint32 hive, const QString& key) = 0;   // kAccessDenied when it has subkeys
   virtual int flush() = 0;                                    // after it everything written is durable
-  virtual bool setReadOnly(bool on) = 0;                      // on: changes made now last for this process only; the old state
+  virtual bool setReadOnly(bool on) = 0;                      // on: later changes last for this process only. Returns the old state
 };
 
 Store& store();
-// Exchanges the store (null: the platform's own again) and returns the old one, or null when that was the platform's own.
+// Replaces the store (null: the platform's own). Returns the old one, null for the platform's own.
 Store* setStore(Store* replacement);
 
 }   // namespace registry

@@ -14,7 +14,7 @@ constexpr QStringView kEnd = u"# end";
 constexpr QStringView kMachine = u"HKEY_LOCAL_MACHINE", kHives = u"HKEY_";
 
 std::optional<QString> decode(const QByteArray& bytes) {
-  if (bytes.startsWith("\xFF\xFE")) {   // only the registry editor writes that
+  if (bytes.startsWith("\xFF\xFE")) {   // only the registry editor writes this mark
     if (bytes.size() % 2 != 0) return std::nullopt;
     QString text(bytes.size() / 2 - 1, Qt::Uninitialized);
     for (qsizetype i = 0; i < text.size(); ++i) text[i] = QChar(ushort(uchar(bytes[2 * i + 2]) | uchar(bytes[2 * i + 3]) << 8));
@@ -53,7 +53,7 @@ QString quoted(const QString& text) {
   return out + u'"';
 }
 
-// Takes a quoted text off the front of `rest`. False: it is none.
+// Removes a quoted text from the front of `rest`. False: there is none.
 bool takeQuoted(QStringView& rest, QString& out) {
   for (qsizetype at = 1; at < rest.size(); ++at) {
     QChar c = rest[at];
@@ -109,7 +109,7 @@ QString headOf(const QString& key) {
   return u'[' + shown.toString() + u']';
 }
 
-// "name = data". False: it is nothing of the kind.
+// Parses "name = data". False: the line has another form.
 bool readValue(const QString& whole, RegistryText::Item& item) {
   QStringView rest = QStringView(whole).trimmed();
   if (rest.startsWith(u'@')) {
@@ -147,7 +147,7 @@ bool readOwn(const QString& text, std::vector<RegistryText::Section>& sections) 
     const QString said = whole.trimmed();
     if (i == 0) {
       if (said != kOurs || lines.size() == 1) return false;
-    } else if (said == kEnd && i + 1 < lines.size()) {   // without its line break it may be the front of a longer remark
+    } else if (said == kEnd && i + 1 < lines.size()) {   // without a line break it may be the start of a longer comment
       end = true;
     } else if (said.startsWith(u'[')) {
       if (!said.endsWith(u']')) return false;
@@ -184,7 +184,7 @@ bool RegistryText::parse(const QByteArray& bytes) {
     return false;
   }
   sections_ = std::move(sections);
-  // Every key begins behind one empty line of its own making; the ones read are dropped so that they do not add up.
+  // The writer puts one empty line before each key. The reader drops these, so that they do not accumulate.
   for (Section& section : sections_)
     while (!section.items.empty() && !section.items.back().isValue && section.items.back().raw.trimmed().isEmpty())
       section.items.pop_back();
@@ -214,7 +214,7 @@ bool RegistryText::hasSubkeys(const QString& key) const {
   return false;
 }
 
-// The last one counts, as it does for the registry editor.
+// Of equal names the last one counts, as in the registry editor.
 const RegistryText::Item* RegistryText::find(const QString& key, const QString& name) const {
   const QString wantedKey = folded(key), wantedName = folded(name);
   for (auto section = sections_.rbegin(); section != sections_.rend(); ++section) {

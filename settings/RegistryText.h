@@ -1,5 +1,5 @@
-// Settings as text that a person reads and edits: UTF-8, one value a line. Holds the whole file: lines that it does not
-// understand are kept and written back as they were.
+// Settings as text that the user can read and edit: UTF-8, one value a line. Holds the whole file. A line that it cannot parse is
+// kept and written back unchanged.
 //
 //   # Settings of Zelkor Editor. A whole file ends with the line "# end".
 //
@@ -23,31 +23,31 @@
 class RegistryText {
  public:
   struct Item {
-    QString raw;   // the line as it stands in the file, without its line break
+    QString raw;   // the line as it is in the file, without its line break
     bool isValue = false;
     QString foldedName;
     QString name;
     QVariant value;
   };
-  struct Section {   // one "[key]" line and what follows it; the first one has no key
+  struct Section {   // one "[key]" line and the items below it; the first section has no key
     QString key, foldedKey, raw;
     std::vector<Item> items;
   };
 
-  // Reads the form above, or a file that the registry editor of Windows exported (RegistryExport.h). False: damaged (cut,
-  // binary, another format), then empty. A file that toBytes wrote and that was cut anywhere is damaged or complete, never
-  // something between.
+  // Reads the form above, or a file exported by the registry editor of Windows (RegistryExport.h). False: the file is damaged (cut,
+  // binary, another format); the object is then empty. If a file written by toBytes is cut anywhere, it is read as damaged or as
+  // complete, never as something between.
   bool parse(const QByteArray& bytes);
   QByteArray toBytes() const;   // UTF-8 with LF, without a byte order mark
 
-  bool hasKey(const QString& key) const;   // also true for the parent of a key
+  bool hasKey(const QString& key) const;   // also true for a parent of a key
   bool hasSubkeys(const QString& key) const;
   bool hasValue(const QString& key, const QString& name) const;   // of any type
   QVariant value(const QString& key, const QString& name) const;
 
   void addKey(const QString& key);                                                 // with its missing parents (not the hive)
-  void setValue(const QString& key, const QString& name, const QVariant& value);   // makes the key when it is missing
-  void removeKey(const QString& key);                                              // the key itself; its subkeys stay
+  void setValue(const QString& key, const QString& name, const QVariant& value);   // creates the key if it is missing
+  void removeKey(const QString& key);                                              // only the key itself; its subkeys stay
 
  private:
   const Item* find(const QString& key, const QString& name) const;

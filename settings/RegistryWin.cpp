@@ -1,4 +1,4 @@
-// The registry of Windows itself behind the store's interface.
+// The Windows registry behind the interface of the store.
 #ifdef _WIN32
 
 #include <windows.h>
@@ -15,7 +15,7 @@ namespace {
 HKEY hiveHandle(quint32 hive) { return reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(static_cast<LONG>(hive))); }
 const wchar_t* wide(const QString& text) { return reinterpret_cast<const wchar_t*>(text.utf16()); }
 
-class OpenKey {   // with full access (0x3F), closed at the end of its life
+class OpenKey {   // opened with full access (0x3F), closed by the destructor
  public:
   OpenKey(quint32 hive, const QString& key, REGSAM access = KEY_ALL_ACCESS & 0x3F) {
     error = int(RegOpenKeyExW(hiveHandle(hive), wide(key), 0, access, &handle));

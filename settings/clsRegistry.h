@@ -1,6 +1,6 @@
-// The registry operations of the editor, over the platform's settings store (RegistryStore.h).
+// The editor's registry operations on the settings store of the platform (RegistryStore.h).
 //
-// No operation raises an error or shows a message: each leaves its Windows error code (0: success) in LastReturnValue.
+// No operation throws or shows a message. Each leaves its Windows error code (0: success) in LastReturnValue.
 #pragma once
 
 #include <QString>
@@ -14,9 +14,9 @@ class clsRegistry {
   bool isValidKey(quint32 hive, const QString& key);
   // QString for REG_SZ, qint32 for REG_DWORD; invalid when key or value is missing or of another type.
   QVariant GetKeyValue(quint32 hive, const QString& key, const QString& name);
-  // type: registry::kText or kNumber; a number may be signed or unsigned, 32 bits. The key must exist.
+  // type: registry::kText or kNumber; a number is signed or unsigned, 32 bits. The key must exist.
   void SetKeyValue(quint32 hive, const QString& key, const QString& name, const QVariant& value, int type);
-  void NewKey(quint32 hive, const QString& key);     // with its parents; an existing key stays as it is
+  void NewKey(quint32 hive, const QString& key);     // with its parents; an existing key is not changed
   int DeleteKey(quint32 hive, const QString& key);   // access denied (5) when it has subkeys
   void CheckRetVal(int code) { last_ = code; }
 

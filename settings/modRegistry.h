@@ -1,7 +1,7 @@
-// The short calls by which the program reads and writes its settings. All work on HKEY_LOCAL_MACHINE, through one clsRegistry.
+// The short calls by which the program reads and writes its settings. All use HKEY_LOCAL_MACHINE and one clsRegistry.
 //
-// Flag, Number and Real read tolerantly: either stored type, "True"/"False" in any case, 1, 0 and -1; a value that is missing or
-// makes no sense gives the default. Flags are written as the texts "True" and "False".
+// Flag, Number and Real accept either stored type, "True"/"False" in any case, 1, 0 and -1. A missing or senseless value gives the
+// default. Flags are written as the texts "True" and "False".
 #pragma once
 
 #include <QString>
@@ -30,7 +30,7 @@ double Real(const QString& key, const QString& name, double otherwise);
 QString Text(const QString& key, const QString& name, const QString& otherwise = {});
 void SetFlag(const QString& key, const QString& name, bool value);
 
-int Flush();                 // writes what is not written yet; 0 or an error code. Called at the end of the program
-bool SetReadOnly(bool on);   // batch mode: what is set then lasts for this process only; the old state
+int Flush();                 // writes all pending changes; 0 or an error code. Called when the program ends
+bool SetReadOnly(bool on);   // batch mode: later changes last for this process only. Returns the old state
 
 }   // namespace modRegistry

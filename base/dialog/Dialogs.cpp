@@ -23,7 +23,7 @@ namespace {
 
 constexpr int kMostLines = 1000, kMostPromptLines = 40, kLongestWord = 60;
 
-// Keeps the line breaks of our own texts, shows everything else that is invisible, and lets long words (paths) wrap.
+// Keeps the line breaks of the program's own texts, escapes all other invisible characters and lets long words (paths) wrap.
 QString boxText(const QString& text, int mostLines) {
   QStringList lines = splitCrLf(toCrLf(text));
   if (lines.size() > mostLines) lines = lines.first(mostLines) << QString(QChar(0x2026));
@@ -41,8 +41,8 @@ QString boxText(const QString& text, int mostLines) {
   return lines.join(u'\n');
 }
 
-// Where the text is higher than the screen has room for, the whole of it stands behind a button, where it scrolls. A box lays
-// itself out when it is shown; until then its text is measured at the width that boxes wrap at.
+// If the text is too high for the screen, the whole text is behind a button, in a scrolling field. A message box lays itself out
+// when it is shown; before that its text is measured at the width at which boxes wrap.
 void shorten(QMessageBox& box) {
   const QString all = box.text();
   const QSize screen = box.screen()->availableSize();
@@ -133,7 +133,7 @@ class DesktopDialogs : public Dialogs {
     prepare(dialog, request);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.setOption(QFileDialog::DontConfirmOverwrite);   // its own question would take a file name for markup
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);   // Qt's question would interpret a file name as markup
     for (;;) {
       const QString path = run(dialog, request).value(0);
       if (path.isEmpty() || !(request.disk ? request.disk->exists(path) : QFileInfo::exists(path))) return path;

@@ -1,5 +1,5 @@
-// The boxes that ask a person. The application shows the desktop's dialogs; tests and batch mode answer by script.
-// No other code creates a message box, an input box or a file dialog.
+// All boxes that ask the user. The application shows the desktop's dialogs; tests and batch mode answer from a script. No other
+// code creates a message box, an input box or a file dialog.
 #pragma once
 
 #include <QString>
@@ -13,11 +13,11 @@ enum class Icon { none, information, exclamation, question, critical };
 enum class Buttons { ok, okCancel, yesNo, yesNoCancel };
 enum class Answer { ok, cancel, yes, no };
 
-// What closing a box without a choice means: cancel where it has that button, else no, else ok.
+// The answer when a box is closed without a choice: cancel if it has that button, else no, else ok.
 Answer declined(Buttons buttons);
 
-// How a file dialog looks at the disk. A name is bytes to the system, and the tool kit knows those alone that are UTF-8; here each byte
-// that is none is a lone surrogate.
+// How a file dialog reads the disk. Qt's dialog knows only names in UTF-8; here each byte that is not valid UTF-8 is a lone
+// surrogate.
 struct FileLook {
   bool (*exists)(const QString& path);
   bool (*isFolder)(const QString& path);
@@ -31,7 +31,7 @@ struct FileDialogRequest {
   QString folder, name;             // start folder and proposed name
   QString defaultExtension;         // without the dot
   bool multiple = false;            // open only
-  const FileLook* disk = nullptr;   // null: the tool kit's look
+  const FileLook* disk = nullptr;   // null: Qt's own
 };
 
 class Dialogs {
@@ -46,11 +46,11 @@ class Dialogs {
   virtual bool openUrl(const QString& url) = 0;                   // web page or document in the desktop's viewer
 };
 
-// The one in force; the desktop's unless exchanged. setDialogs returns the old one; null restores the desktop's.
+// The implementation in use; by default the desktop's. setDialogs returns the old one; null restores the default.
 Dialogs& dialogs();
 Dialogs* setDialogs(Dialogs* replacement);
 
-// True while one of these boxes (or another modal dialog of ours, see ModalGuard) is up.
+// True while one of these boxes or another modal dialog of the program (ModalGuard) is open.
 bool isDialogUp();
 class ModalGuard {
  public:

@@ -7,8 +7,8 @@
 
 namespace {
 
-// The dialog takes what stands between the last parentheses as patterns parted by blanks, of these characters only; any
-// other one is matched as "some character".
+// Qt's dialog reads the text between the last parentheses as patterns separated by blanks. It allows these characters only; any
+// other one becomes a wildcard for one character.
 QString dialogPatterns(const QString& pattern) {
   static const QRegularExpression other(QStringLiteral("[^a-zA-Z0-9_.,*?+#\\-@{}/!<>$%&=^~:]"));
   QStringList patterns;
@@ -30,7 +30,7 @@ QStringList dialogFilters(const QString& filter) {
   for (qsizetype i = 0; i + 1 < pieces.size(); i += 2) {
     const QString& pattern = pieces[i + 1];
     QString name = pieces[i];
-    const QString repeated = u'(' + pattern + u')';   // the description repeats the pattern, the entry shows it itself
+    const QString repeated = u'(' + pattern + u')';   // the description repeats the pattern; the entry adds it itself
     if (name.endsWith(repeated)) name.chop(repeated.size());
     name = plainForDisplay(name.trimmed(), 80);
     if (name.isEmpty() || name == pattern)

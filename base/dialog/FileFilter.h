@@ -3,7 +3,7 @@
 
 #include <QStringList>
 
-// One entry "Name (*.a *.b)" for each pair, in order; all different, so that a dialog's choice leads back to its index.
-// "*.*" becomes "*", which also shows names without a dot; so does an empty pattern. A last piece without a partner
-// is a pattern that is its own name ("*.ini").
+// One entry "Name (*.a *.b)" for each pair, in order. All entries differ, so that a choice leads back to its index. "*.*" and an
+// empty pattern become "*", which also shows names without a dot. A last piece without a partner is pattern and name at once
+// ("*.ini").
 QStringList dialogFilters(const QString& filter);

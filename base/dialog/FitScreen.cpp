@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kFrame = 8;   // around a window, beside its title
 
-// What the dialog holds goes into a scroll area; its buttons, where they are the last row, stay below it.
+// Moves the dialog's content into a scroll area. If its last row holds the buttons, they stay below the area.
 void makeScroll(QDialog& dialog) {
   QLayout* fields = dialog.layout();
   auto* content = new QWidget;
@@ -25,7 +25,7 @@ void makeScroll(QDialog& dialog) {
   if (QLayoutItem* last = fields->count() > 1 ? fields->itemAt(fields->count() - 1) : nullptr)
     if ((buttons = qobject_cast<QDialogButtonBox*>(last->widget()))) fields->removeWidget(buttons);
   const QPointer<QWidget> first = dialog.focusWidget();
-  content->setLayout(fields);   // takes it from the dialog, with its widgets
+  content->setLayout(fields);   // removes it from the dialog, with its widgets
   auto* area = new QScrollArea(&dialog);
   area->setWidget(content);
   area->setWidgetResizable(true);
@@ -47,7 +47,7 @@ void fit(QWidget& window) {
   const QSize least = window.minimumSizeHint().expandedTo(window.minimumSize());
   const bool tooLarge = least.width() > room.width() || least.height() > room.height();
   auto* dialog = qobject_cast<QDialog*>(&window);
-  // A message box lays itself out; its text is kept short where it is made.
+  // A message box lays itself out; Dialogs.cpp keeps its text short.
   if (tooLarge && dialog && dialog->layout() && !qobject_cast<QMessageBox*>(dialog)) {
     dialog->setMinimumSize(0, 0);
     makeScroll(*dialog);
@@ -58,7 +58,7 @@ void fit(QWidget& window) {
   place.moveLeft(std::clamp(place.left(), room.left(), room.right() + 1 - place.width()));
   place.moveTop(std::clamp(place.top(), room.top(), room.bottom() + 1 - place.height()));
   if (place.size() != window.size()) window.resize(place.size());
-  // Where nobody chose a place for a window the window manager does; dialogs have one beside their window.
+  // Without a position the window manager places the window. Dialogs are placed beside their parent window.
   const bool chosen = window.testAttribute(Qt::WA_Moved);
   if (place.topLeft() == window.pos() || !(chosen || dialog)) return;
   window.move(place.topLeft());

@@ -1,5 +1,5 @@
-// Keeps windows on the screen: one that opens larger than the screen has room for becomes smaller. Where the fields of a dialog
-// need more than that they scroll, above the row of its buttons. Installed once on the application.
+// Keeps windows on the screen. A window that opens larger than the screen is made smaller; the fields of a dialog that do not fit
+// scroll above the row of its buttons. Installed once on the application.
 #pragma once
 
 #include <QObject>
@@ -11,5 +11,5 @@ class FitScreen : public QObject {
  public:
   using QObject::QObject;
   bool eventFilter(QObject* object, QEvent* event) override;
-  static QRect room(const QScreen& screen);   // for a window without its frame and title
+  static QRect room(const QScreen& screen);   // for a window, without its frame and title bar
 };

@@ -1,4 +1,4 @@
-// A row of widgets that goes on in further rows where it is too long for one, so that each of them can be reached at any width.
+// A row of widgets that wraps to further rows when it is too long, so that each widget can be reached at any width.
 #pragma once
 
 #include <QLayout>
@@ -25,7 +25,7 @@ class FlowLayout : public QLayout {
  private:
   struct Item {
     QLayoutItem* item;
-    bool follows;   // in the row of the one before
+    bool follows;   // stays in the row of the previous one
   };
   std::size_t groupEnd(std::size_t first) const;
   QSize groupSize(std::size_t first, std::size_t end) const;

@@ -1,6 +1,6 @@
-// What happens when memory runs out: the work that a person asked for is given up, the person is told, and the program goes on.
-// Every change of a text is made whole or not at all, and an open group of them is taken back on the way out, so the texts are
-// as they were. The entrances where a person's wishes come in (keys, menus, drops, buttons) run their work through withMemory.
+// What happens when memory runs out: the current operation is abandoned, the user is told, and the program continues. Every change
+// of a text is applied whole or not at all; an open group of changes is rolled back by the exception. So the texts are as they were
+// before. All entry points of user actions (keys, menus, drops, buttons) run their work through withMemory.
 #pragma once
 
 #include <new>
@@ -9,7 +9,7 @@
 // Shows the message box; needs little memory itself.
 void tellNoMemory();
 
-// False: memory ran out, and the person has been told.
+// False: memory ran out, and the user has been told.
 template <class Work>
 bool withMemory(Work&& work) {
   try {

@@ -42,7 +42,7 @@ OddNames::OddNames(QFileDialog& dialog, const FileLook& disk, const QString& fol
   connect(list_, &QListWidget::itemActivated, this,
           [this](const QListWidgetItem* item) { open(item->data(Qt::UserRole).toString()); });
   show(folder.isEmpty() ? dialog.directory().absolutePath() : folder);
-  // A dialog of the desktop takes no list.
+  // A native dialog cannot hold the list.
   if (isVisibleTo(&dialog)) dialog.setOption(QFileDialog::DontUseNativeDialog);
   if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) grid->addWidget(this, grid->rowCount(), 0, 1, -1);
   else hide();

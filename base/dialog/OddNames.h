@@ -1,4 +1,4 @@
-// The files that the tool kit cannot show in its file dialog, as their names are not UTF-8: a list below it, where the folder has any.
+// Files that Qt's file dialog cannot show because their names are not UTF-8: a list below the dialog, if the folder has such files.
 #pragma once
 
 #include <QWidget>
@@ -7,7 +7,7 @@ class QFileDialog;
 class QListWidget;
 struct FileLook;
 
-// Whether a name holds such bytes (lone surrogates), and what stands in a path before the first part that does.
+// Whether a name holds such bytes (lone surrogates), and the part of a path before the first such part.
 bool isOddName(const QString& name);
 QString plainPart(const QString& path);
 
@@ -15,7 +15,7 @@ class OddNames : public QWidget {
   Q_OBJECT
  public:
   OddNames(QFileDialog& dialog, const FileLook& disk, const QString& folder);
-  const QString& chosen() const { return chosen_; }   // the full name; empty: the dialog's own choice counts
+  const QString& chosen() const { return chosen_; }   // the full name; empty: the dialog's own choice is used
 
  private:
   void show(const QString& folder);

@@ -1,4 +1,5 @@
-// Ctrl+Tab and Ctrl+PgDown walk the pages of a dialog, Ctrl+Shift+Tab and Ctrl+PgUp walk them back, wherever in it the focus is.
+// Ctrl+Tab and Ctrl+PgDown go to the next page of a dialog, Ctrl+Shift+Tab and Ctrl+PgUp to the previous one, wherever the focus
+// is.
 #pragma once
 
 class QTabBar;

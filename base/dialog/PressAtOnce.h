@@ -1,5 +1,5 @@
-// A letter with Alt presses its button or ticks its box at once. The library does so a tenth of a second later, so that a Return that
-// follows quickly would end the dialog first and what was ticked would be lost. One for the program, as a filter of its events.
+// Alt and a letter press the button or tick the box at once. Qt does it 0.1 s later: a Return that follows quickly would close the
+// dialog before the box is ticked. Installed once on the application.
 #pragma once
 
 #include <QObject>

@@ -1,5 +1,5 @@
-// A plain text field of several lines for dialogs. All fields of this kind are made of it: the library's own takes the first
-// format of what is pasted and ends the program when there is none, which is so while nobody owns the clipboard.
+// A plain text field of several lines for dialogs. Use it for all such fields: QPlainTextEdit takes the first format of pasted data
+// and crashes when there is none, as is the case while no program owns the clipboard.
 #pragma once
 
 #include <QPlainTextEdit>

@@ -13,7 +13,7 @@ bool isText(const QString& text) {
          (text[0].isPrint() || text[0].isSurrogate() || text[0].category() == QChar::Other_Format);   // or a joiner
 }
 
-// A field that takes no text, as one for the keys themselves, sees all.
+// A field that takes no text, such as one for key sequences, receives all keys.
 bool takesText(const QWidget& field) {
   return field.testAttribute(Qt::WA_InputMethodEnabled) &&
          (qobject_cast<const QLineEdit*>(&field) || qobject_cast<const QAbstractSpinBox*>(&field) ||
@@ -30,14 +30,14 @@ bool typesText(const QKeyEvent& key) {
 #ifdef Q_OS_WIN
   return true;
 #else
-  return key.text()[0].toUpper().unicode() != key.key();   // with AltGr it is another letter than the key's own
+  return key.text()[0].toUpper().unicode() != key.key();   // with AltGr the letter differs from the key's own
 #endif
 }
 
 bool TypedKeys::eventFilter(QObject* object, QEvent* event) {
   if (event->type() == QEvent::KeyPress) {
     auto* widget = qobject_cast<QWidget*>(object);
-    if (widget && widget->focusProxy()) widget = widget->focusProxy();   // a list of completions hands its keys to its field
+    if (widget && widget->focusProxy()) widget = widget->focusProxy();   // a completion list passes its keys to its field
     if (const auto* choice = qobject_cast<QComboBox*>(widget); choice && choice->isEditable()) widget = choice->lineEdit();
     const auto* key = static_cast<QKeyEvent*>(event);
     const bool ctrlAlone =
