@@ -16,12 +16,12 @@ namespace {
 struct Growing {
   QString done;
   QStringView rest;
-  qsizetype skip = 0;         // characters of rest that the search passes over
-  std::vector<bool> counts;   // of each character of the original line: may a delimiter stand there
-  qsizetype original = 0;     // characters of the original line in front of rest
+  qsizetype skip = 0;         // characters of rest that the search skips
+  std::vector<bool> counts;   // for each character of the original line: whether a delimiter there is aligned
+  qsizetype original = 0;     // characters of the original line before rest
   bool ended = false;         // there is none any more
 
-  // Position in the grown line, from 1, of the next delimiter that counts; 0: none.
+  // Position, from 1, of the next delimiter to align in the grown line; 0: none.
   qsizetype find(const QString& delimiter) {
     for (qsizetype at = ended ? -1 : rest.indexOf(delimiter, skip); at >= 0; at = rest.indexOf(delimiter, at + 1)) {
       const auto place = static_cast<std::size_t>(original + at);

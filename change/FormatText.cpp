@@ -16,9 +16,9 @@
 
 namespace {
 
-constexpr qint64 kChunk = 50000;   // lines exchanged at once: bounds the memory of a run
+constexpr qint64 kChunk = 50000;   // lines replaced in one edit: limits the memory of a run
 
-constexpr std::int64_t kIndentBytes = 1024;   // of a line, in which its indentation ends
+constexpr std::int64_t kIndentBytes = 1024;   // maximum length of the indentation of a line
 
 struct T {
   Q_DECLARE_TR_FUNCTIONS(FormatText)
@@ -26,7 +26,7 @@ struct T {
 
 using Lines = LineRange;
 
-// Keeps the search of the person as it was while a step uses the control's own replacing.
+// Keeps the user's search settings while a step uses the control's own replace.
 class KeepSearch {
  public:
   KeepSearch() : kept_(searchState()) {}
@@ -36,7 +36,7 @@ class KeepSearch {
   SearchState kept_;
 };
 
-// Lines asked for one behind the other, as loops over a text do.
+// Fast access to lines in ascending order.
 class LinesInOrder {
  public:
   explicit LinesInOrder(const CodeMax& cmx) : text_(cmx.model()->snapshot()) {}
@@ -53,7 +53,7 @@ class LinesInOrder {
 
 struct Cancelled {};
 
-// Does it on a thread. Throws Cancelled when the user has ended it: the block around the steps then takes all back.
+// Runs the work on a thread. Throws Cancelled when the user cancelled it; the block around the steps then rolls everything back.
 void work(CodeMax& cmx, qint64 lines, const std::function<void(text::SearchControl&)>& step) {
   bool isCancelled = false;
   LongWork::run(
@@ -66,7 +66,8 @@ void work(CodeMax& cmx, qint64 lines, const std::function<void(text::SearchContr
   if (isCancelled) throw Cancelled();
 }
 
-// Passes every line through `change` and puts the changed ones back. False: a line lost or gained more than white space and letter case.
+// Passes every line through `change` and replaces those that changed. False: more than white space and letter case changed in a
+// line.
 template <class Change>
 bool changeLines(CodeMax& cmx, Lines lines, Change change) {
   for (qint64 at = lines.first; at < lines.end; at += kChunk) {
@@ -94,14 +95,14 @@ bool changeLines(CodeMax& cmx, Lines lines, Change change) {
   return true;
 }
 
-// Says in the status bar which step is at work, and nothing once the work has ended, however it did.
+// Shows the current step in the status bar, and clears it when the work has ended in any way.
 class StepShown {
  public:
   void operator()(const QString& step) const { SetStatusText(step); }
   ~StepShown() { SetStatusText({}); }
 };
 
-// No step joins or parts lines, so line stands for line. A line whose end is another differs too.
+// No step joins or splits lines, so both texts have the same line numbers. A line with another line break differs too.
 qint64 linesThatDiffer(const text::Snapshot& before, const text::Snapshot& after) {
   if (before.sameAs(after)) return 0;
   text::LineReader old(before), now(after);
@@ -120,7 +121,7 @@ qint64 linesThatDiffer(const text::Snapshot& before, const text::Snapshot& after
   return differ + differs;
 }
 
-// Where no blank is to stand for a tab, one does all the same between characters that would become one word or sign.
+// A tab that becomes no blank still becomes one blank between two characters that would else form one word or sign.
 QString withoutTabs(const QString& line, int blanks) {
   if (blanks > 0) return QString(line).replace(u'\t', QString(blanks, u' '));
   QString out;
@@ -148,8 +149,8 @@ void ConvertTabstoSpaces(CodeMax& cmx, int blanks) {
   cmx.ExecuteCmd(Cmd::REPLACEALLINBUFFER);
 }
 
-// Which lines begin within a string or here-document, so that their white space belongs to it: one flag a line of the text, of which none
-// is set in a language without such.
+// Which lines begin within a string or here-document, so that their white space belongs to it. One flag for each line of the text;
+// none is set in a language without such strings.
 std::vector<bool> standingLines(CodeMax& cmx, qint64 end, const clsLang* language) {
   std::vector<bool> stay(static_cast<std::size_t>(end));
   const auto highlighter = language ? LanguageTable::find(language->Name) : nullptr;
@@ -172,7 +173,7 @@ bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, 
   const auto highlighter = LanguageTable::find(language.Name);
   if (!highlighter || !highlighter->valid()) return true;
   text::LineState state = 0;
-  StandingLines strings(highlighter.get(), formatRules(language));   // what begins within a string stays
+  StandingLines strings(highlighter.get(), formatRules(language));   // lines that begin within a string stay
   std::vector<text::Token> tokens;
   text::LineReader before(cmx.model()->snapshot());
   std::string_view line;
@@ -191,7 +192,7 @@ bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, 
   });
 }
 
-// The leading white space of `columns` columns; what stands there already stays.
+// Leading white space of `columns` columns; existing white space of that width is kept.
 QString leadingFor(const QString& old, int columns, bool tabs, int tabSize) {
   const QString present = old.left(leadingLength(old));
   int width = 0;
@@ -204,10 +205,10 @@ QString leadingFor(const QString& old, int columns, bool tabs, int tabSize) {
 bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const clsLang& language) {
   const bool wholeLine = choices.wholeLine;
   const int unit = wholeLine && choices.indentTabs ? cmx.TabSize() : choices.indent - 1;   // by tabs: one a level
-  // The plain way takes a word in any letter case, the careful one as the language does.
+  // The simple method finds block words in any letter case, the careful one as the language does.
   const BlockWords words = blockWordsOf(language, wholeLine && language.isCaseSensitive);
   const auto highlighter = LanguageTable::find(language.Name);
-  // A selection is indented as part of the whole text, so that it goes with the lines around it.
+  // A selection is indented as a part of the whole text, so that it fits the lines around it.
   const auto reader = std::make_shared<LinesInOrder>(cmx);
   std::vector<int> indents;
   work(cmx, lines.end, [&, tabSize = cmx.TabSize()](text::SearchControl& control) {
@@ -237,7 +238,7 @@ bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const cls
 
 IndentStyle indentStyleOf(const CodeMax& cmx) {
   const text::Snapshot text = cmx.model()->snapshot();
-  const auto beginning = [&](qint64 i) {   // of a line that may be long
+  const auto beginning = [&](qint64 i) {   // the first bytes of a line that may be long
     const text::LineNo line(i);
     return toQString(text.bytes({text.lineStart(line), std::min(text.lineEnd(line), text.lineStart(line) + kIndentBytes)}));
   };
@@ -274,7 +275,7 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
   const StepShown show;
   bool whole = true;
   try {
-    std::optional<BusyGuard> busy;   // outlives the block, which tells of the change
+    std::optional<BusyGuard> busy;   // destroyed after the block, which sends the notification of the change
     const EditBlock block(cmx);
     if (choices.tabs >= 1 && !tabsMatter) {
       show(T::tr("Processing Tabs"));

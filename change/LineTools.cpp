@@ -17,7 +17,7 @@ struct T {
 
 using Lines = LineRange;
 
-// The last, empty line behind a final line end is no line to sort or to weigh.
+// Excludes the empty line behind the last line end of the text: it is not sorted or compared.
 Lines withoutFinalEmpty(const CodeMax& cmx, Lines lines) {
   if (lines.end == cmx.LineCount() && lines.end - lines.first > 1 && cmx.GetLineLength(lines.end - 1) == 0) --lines.end;
   return lines;
@@ -28,7 +28,7 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 constexpr double kNoNumber = -std::numeric_limits<double>::infinity();
 
-// The first number of the line, with a fraction; its minus stands at the line's begin or behind a blank.
+// The first number of the line, with a fraction. A minus counts at the start of the line or behind a blank.
 double numberIn(std::string_view line) {
   const auto first = std::find_if(line.begin(), line.end(), isDigit);
   if (first == line.end()) return kNoNumber;
@@ -79,7 +79,7 @@ void sortRows(LineWork& work, const SortOptions& options) {
     std::unordered_set<std::string_view> seen;
     std::erase_if(sorted, [&](const Row* row) { return !seen.insert(row->text).second; });
   }
-  LineWork puts(work.text(), work.lines(), work.control());   // the same lines once more
+  LineWork puts(work.text(), work.lines(), work.control());   // a second pass over the same lines
   std::string_view line;
   for (const Row* row : sorted)
     if (puts.next(&line)) puts.replace(line, row->text);
@@ -136,7 +136,7 @@ qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString
 
 namespace {
 
-// Takes away the lines that are not kept.
+// Removes the lines for which `keep` is false.
 qint64 keepLines(CodeMax& cmx, const std::function<bool(std::string_view)>& keep) {
   const Lines lines = withoutFinalEmpty(cmx, selectedLinesOrAll(cmx));
   if (cmx.LineCount() == 1 && cmx.GetLineLength(0) == 0) return 0;   // an empty text has nothing to take
@@ -180,7 +180,7 @@ qint64 JoinLines(CodeMax& cmx) {
   if (cmx.GetSel(true).IsEmpty()) lines.end = std::min(lines.first + 2, cmx.LineCount());   // with the line below
   if (lines.end - lines.first < 2) return 0;
   const qint64 joined = LineWork::run(cmx, lines, T::tr("Joining..."), [](LineWork& work) {
-    // What has been joined ends here, and whether it holds nothing.
+    // The end of the joined text, and whether it is empty.
     text::ByteOffset end = work.text().lineStart(text::LineNo(work.lines().first));
     bool isEmpty = true;
     for (std::string_view line; work.next(&line);) {
@@ -246,7 +246,7 @@ qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
       ++work.changed;
     }
   });
-  // What is typed next stands behind the numbers, in every row that got one.
+  // Puts the caret behind the numbers, in every row that got one.
   if (done > 0)
     cmx.editor().setSelection(
         columnSelection(*cmx.model(), text::LineNo(lines.first), behind, text::LineNo(lines.end - 1), behind, tabSize));

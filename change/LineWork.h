@@ -1,5 +1,5 @@
-// A service on lines: it reads them on a thread, from a snapshot, and what it makes of them goes into the text at once, as one undo step.
-// Cancelled, or left by an error, it has changed nothing.
+// Base of the services on lines: a thread reads the lines from a snapshot; the resulting edits are then applied as one undo step.
+// If the service is cancelled or fails, nothing is changed.
 #pragma once
 
 #include <QString>
@@ -16,24 +16,26 @@ class LineWork {
   LineWork(text::Snapshot text, LineRange lines, text::SearchControl& control);
 
   std::vector<text::Edit> edits;   // ascending
-  qint64 changed = 0;              // lines that the service tells of
-  QString error;                   // not empty: nothing is to be changed
+  qint64 changed = 0;              // lines that the service reports
+  QString error;                   // not empty: the service failed and nothing is changed
 
   const text::Snapshot& text() const { return text_; }
   LineRange lines() const { return lines_; }
   text::SearchControl& control() { return control_; }
   bool isCancelled() const { return control_.cancel; }
 
-  // The next of the lines, without its break; false behind the last one, and when the user has cancelled. The view holds until the next call.
+  // The next line, without its break. False behind the last one and when the user has cancelled. The view is valid until the next
+  // call.
   bool next(std::string_view* line);
   text::LineNo line() const { return reader_.line(); }   // number and first byte of that line
   text::ByteOffset start() const { return reader_.start(); }
-  // Makes the line that next() gave this one.
+  // Replaces the line that next() returned.
   void replace(std::string_view before, std::string_view after);
-  // Takes the lines away with their breaks. Those at the end of the text go with the break before them, so that its own end stays.
+  // Removes the lines with their breaks. Lines at the end of the text are removed with the break before them, so that the text does
+  // not gain a line end.
   void remove(LineRange gone);
 
-  // The number of lines changed, 0 where nothing is to be done.
+  // Returns the number of changed lines; 0 when there was nothing to do.
   static qint64 run(CodeMax& cmx, LineRange lines, const QString& what, const std::function<void(LineWork&)>& service,
                     QString* error = nullptr);
 

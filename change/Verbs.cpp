@@ -110,7 +110,7 @@ bool sortLines(CodeMax& cmx, const QString& argument) {
   return true;
 }
 
-// "/expression/replacement/i": the first character parts, the i is optional. A parting character that is meant stands behind '\'.
+// "/expression/replacement/i": the first character is the separator; the i is optional. '\' escapes the separator.
 bool substitute(CodeMax& cmx, const QString& argument) {
   QStringList parts{QString()};
   for (qsizetype at = 1; at < argument.size(); ++at) {

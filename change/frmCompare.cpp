@@ -42,7 +42,7 @@ frmCompare::frmCompare(const CodeMax& original, QWidget* parent)
   grid->addWidget(afterName_ = new QLabel(tr("After")), 0, 1);
   grid->addWidget(before_, 1, 0);
   grid->addWidget(after_, 1, 1);
-  auto* below = new QHBoxLayout;   // or the buttons would make one of the columns the wider
+  auto* below = new QHBoxLayout;   // else the buttons would widen one of the columns
   below->addWidget(summary_);
   below->addWidget(buttons, 1);
   grid->addLayout(below, 2, 0, 1, 2);
@@ -83,8 +83,8 @@ void frmCompare::showOnly(const QString& before, const QString& after) {
 void frmCompare::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
   if (shown_ >= 0) return;
-  next_->setFocus();   // in the texts Escape has a meaning of its own
-  goTo(1);             // only now they have their sizes
+  next_->setFocus();   // in a text field Escape has its own meaning
+  goTo(1);             // the fields have their sizes only now
 }
 
 void frmCompare::goTo(int step) {
@@ -93,9 +93,9 @@ void frmCompare::goTo(int step) {
   const text::LineHunk& hunk = hunks_[static_cast<std::size_t>(shown_)];
   const auto show = [](CodeMax& text, text::LineNo begin, text::LineNo end) {
     const qint64 first = std::min<qint64>(begin.value, text.LineCount() - 1);
-    const qint64 last = std::max<qint64>(first, end.value - 1);   // no line: where the other's are missing
+    const qint64 last = std::max<qint64>(first, end.value - 1);   // an empty hunk: the line after which lines are missing
     text.SetSel({last, end > begin ? text.GetLineLength(last) : 0, first, 0, false},
-                true);   // the caret in front: long lines stay in sight
+                true);   // caret at the start, so that long lines are not scrolled
   };
   show(*before_, hunk.beforeBegin, hunk.beforeEnd);
   show(*after_, hunk.afterBegin, hunk.afterEnd);

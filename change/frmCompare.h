@@ -1,5 +1,5 @@
-// Shows a text before and after a change, side by side; the lines that differ bear bookmarks, also where lines came in or went away
-// before them. Accepted: the person wants the change.
+// Shows a text before and after a change side by side. Lines that differ have bookmarks, also lines next to an insertion or
+// removal. Accepted: the user wants the change.
 #pragma once
 
 #include <QDialog>
@@ -15,10 +15,10 @@ class frmCompare : public QDialog {
   Q_OBJECT
  public:
   explicit frmCompare(const CodeMax& original, QWidget* parent = nullptr);
-  CodeMax& after() { return *after_; }   // a copy of the text, language and selection, to be changed before exec()
+  CodeMax& after() { return *after_; }   // a copy of text, language and selection; change it before exec()
   void markChanges();                    // call once, after the change
   int changes() const { return static_cast<int>(hunks_.size()); }
-  void showOnly(const QString& before, const QString& after);   // two texts with these names, and nothing to apply
+  void showOnly(const QString& before, const QString& after);   // compares two texts with these names, without an Apply button
 
  protected:
   void showEvent(QShowEvent* event) override;
@@ -30,5 +30,5 @@ class frmCompare : public QDialog {
   QPushButton* apply_;
   std::vector<text::LineHunk> hunks_;
   QPushButton* next_;
-  int shown_ = -1;   // the hunk that is selected
+  int shown_ = -1;   // the selected hunk
 };

@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr int kGreatestCount = 16;   // blanks for a tab, and for a level of indentation
+constexpr int kGreatestCount = 16;   // maximum of blanks for a tab and for an indentation level
 
 QComboBox* list(const char* name, const QStringList& entries) {
   auto* box = new QComboBox;
@@ -46,7 +46,7 @@ const clsLang* languageOf(const frmDocument& document) {
   return index >= 1 && index <= all->Count() ? all->Item(index).get() : nullptr;
 }
 
-const QString kCareful = QStringLiteral("FORMATCAREFUL");   // as chosen last, for languages with block words
+const QString kCareful = QStringLiteral("FORMATCAREFUL");   // the last choice, for languages with block words
 
 }   // namespace
 
@@ -113,7 +113,7 @@ void frmFormat::Form_Load() {
   });
 }
 
-// What goes with the active document; the counts and letter cases stay as they were chosen.
+// Suggests values for the active document. Counts and letter cases keep the last choice.
 void frmFormat::propose() {
   const auto* document = frame() ? frame()->activeDocument() : nullptr;
   about_ = document;
@@ -126,7 +126,7 @@ void frmFormat::propose() {
   updateButtons();
 }
 
-// The dialog stays while another document becomes the active one.
+// The dialog stays open while another document becomes active.
 bool frmFormat::event(QEvent* event) {
   if (event->type() == QEvent::WindowActivate && frame() && frame()->activeDocument() != about_) propose();
   return QDialog::event(event);
@@ -207,7 +207,7 @@ void frmFormat::cmdPreview_Click() {
   }
   compare.markChanges();
   const ModalGuard modal;
-  if (compare.exec() == QDialog::Accepted) apply(*document, chosen);   // to which the person has agreed
+  if (compare.exec() == QDialog::Accepted) apply(*document, chosen);   // the user has confirmed it
 }
 
 void frmFormat::cmdCancel_Click() { reject(); }

@@ -29,7 +29,7 @@ class frmFormat : public QDialog {
  private:
   void Form_Load();
   void propose();
-  bool agree(FormatChoices* chosen, const clsLang* language);   // to what may change the meaning of the text
+  bool agree(FormatChoices* chosen, const clsLang* language);   // asks before steps that may change the meaning of the text
   void apply(frmDocument& document, const FormatChoices& chosen);
   void updateButtons();
 
@@ -37,5 +37,5 @@ class frmFormat : public QDialog {
   QCheckBox *chkWholeLine_, *chkIndentTabs_, *chkSelection_;
   QPushButton *cmdApply_, *cmdPreview_;
   QLabel* lblResult_;
-  const void* about_ = nullptr;   // the document that what is proposed was made for
+  const void* about_ = nullptr;   // the document for which the values were suggested
 };

@@ -24,8 +24,8 @@ struct Bookmark {
   int page;   // from 0
 };
 
-// Appends an update that gives the catalogue an outline. The writer has none of its own; when the file does not look as expected it
-// stays without bookmarks.
+// Appends an incremental update that adds an outline to the catalogue. QPdfWriter cannot write one. If the file does not look as
+// expected, it stays without bookmarks.
 void addBookmarks(QByteArray* pdf, const std::vector<Bookmark>& bookmarks) {
   const QString text = QString::fromLatin1(*pdf);
   static const QRegularExpression trailerForm(QStringLiteral("trailer\\s*<<(.*?)>>\\s*startxref\\s+(\\d+)\\s+%%EOF\\s*$"),

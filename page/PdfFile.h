@@ -1,4 +1,5 @@
-// A PDF file made of laid-out documents, with title, bookmarks and embedded fonts; as bytes, so that it is written like any other file.
+// Makes a PDF file of laid-out documents, with title, bookmarks and embedded fonts. The result is bytes, written like any other
+// file.
 #pragma once
 
 #include <QByteArray>
@@ -7,6 +8,6 @@
 
 #include "page/PrintPages.h"
 
-// The pages of all documents, one behind the other, each drawn with its own page layout; one bookmark a document. Never empty: no document
-// gives one empty page.
+// The pages of all documents in order, each drawn with its own page layout, with one bookmark for each document. Never empty:
+// without documents there is one empty page.
 QByteArray makePdf(const std::vector<const PrintDocument*>& documents, const QString& title);

@@ -12,7 +12,7 @@
 #include "control/view/LineLayout.h"
 
 namespace {
-// Fonts are drawn at this many pixels a point and scaled down: sizes in whole pixels lose nothing then.
+// Fonts are drawn at this many pixels a point and scaled down, so that sizes in whole pixels are exact enough.
 constexpr double kScale = 20;
 }   // namespace
 
@@ -21,7 +21,7 @@ QFont printFont(const QFont& font) {
   scaled.setHintingPreference(QFont::PreferNoHinting);
   scaled.setKerning(false);
   scaled.setLetterSpacing(QFont::AbsoluteSpacing,
-                          1.0 / 64);   // the least there is: letters that are joined cannot be copied out of a file of pages
+                          1.0 / 64);   // the smallest possible value: letters that touch cannot be copied out of a PDF file
   scaled.setPixelSize(std::max(1, qRound((font.pointSizeF() > 0 ? font.pointSizeF() : 10) * kScale)));
   return scaled;
 }
@@ -45,7 +45,7 @@ bool holdsPicture(const QString& text) {
   return false;
 }
 
-// Fonts of coloured pictures cannot be put into a file of pages: such a character is drawn as an image there.
+// A colour bitmap font cannot be embedded in a PDF file: such a character is drawn as an image there.
 void drawPicture(QPainter& painter, double x, const QString& cluster, double width) {
   const QFontMetricsF metrics(painter.font());
   constexpr double kFiner = 0.2;   // dots a unit: 4 a point
@@ -86,7 +86,7 @@ void drawText(QPainter& painter, double x, double baseline, const QString& text)
   painter.restore();
 }
 
-// The widths that three parts get: what they need, or as much as a fair share of the room leaves.
+// The widths of the three parts: each gets what it needs, but at most a fair share of the room.
 std::array<double, 3> shares(std::array<double, 3> needs, double room) {
   std::array<int, 3> order{0, 1, 2};
   std::sort(order.begin(), order.end(),
@@ -125,7 +125,7 @@ void drawEdge(QPainter& painter, const PrintDocument& document, const PrintEdge&
     return part.isEmpty() ? 0 : metrics.horizontalAdvance(leftToRight(part)) / kScale;
   };
   std::array<QString, 3> parts{shown(edge.left), shown(edge.centre), shown(edge.right)};
-  const double between = height;   // that keeps the parts apart
+  const double between = height;   // gap between the parts
   const auto room3 = shares({widthOf(parts[0]), widthOf(parts[1]), widthOf(parts[2])}, std::max(1.0, width - 2 * between));
   for (std::size_t i = 0; i < 3; ++i)
     if (widthOf(parts[i]) > room3[i] + 0.01) parts[i] = metrics.elidedText(parts[i], Qt::ElideMiddle, room3[i] * kScale);

@@ -1,7 +1,7 @@
-// Laid-out pages as plain data: what VSPrinter makes, and what is drawn to a screen, a printer or a PDF file by one and the same code.
+// Laid-out pages as plain data. VSPrinter makes them; one function draws them on a screen, a printer or into a PDF file.
 //
-// All lengths are points (1/72 inch) from the upper left corner of the sheet. A page holds its text once; runs point into it, so that the
-// layout of a long text stays small.
+// All lengths are points (1/72 inch) from the upper left corner of the sheet. A page holds its text once and runs point into it, so
+// that the layout of a long text stays small.
 #pragma once
 
 #include <QColor>
@@ -23,7 +23,7 @@ struct PrintRun {
   float x = 0;
   float baseline = 0;
   qint32 start = 0, length = 0;   // in the page's text
-  qint32 style = 0;               // in the document's styles
+  qint32 style = 0;               // index in the document's styles
 };
 
 struct PrintRule {   // a thin line: gutters and tables
@@ -37,7 +37,7 @@ struct PrintPage {
   QString runText(const PrintRun& run) const { return text.mid(run.start, run.length); }
 };
 
-// The three parts of a header or footer, ready but for "%d" (the page) and "%n" (the number of pages).
+// The three parts of a header or footer, complete except for "%d" (page number) and "%n" (number of pages).
 struct PrintEdge {
   QString left, centre, right;
   bool isEmpty() const { return left.isEmpty() && centre.isEmpty() && right.isEmpty(); }
@@ -50,21 +50,21 @@ struct PrintDocument {
   QFont edgeFont;
   std::vector<PrintStyle> styles;
   std::vector<std::shared_ptr<const PrintPage>> pages;
-  int firstPage = 1;   // the number of the first one
-  int pageTotal = 0;   // what "%n" prints; 0: as many as there are
+  int firstPage = 1;   // number of the first page
+  int pageTotal = 0;   // value of "%n"; 0: the number of pages
 };
 
-// Between "%" and a letter: keeps what a value holds from being taken for a page number. Not printed.
+// Inserted between "%" and a letter of a value, so that the value is not taken for a page number. Not printed.
 inline constexpr QChar kNoField(0xFDD0);
-// The height that a header or footer needs from the edge of the sheet.
+// The height that a header or footer needs, from the edge of the sheet.
 double edgeHeight(const PrintDocument& document);
-// As it is drawn and measured: in the order of its characters, as on the screen, whatever script they are of.
+// The text as it is drawn and measured: its characters from left to right in their order, as on the screen, in every script.
 QString leftToRight(const QString& text);
 
-// Splits "left|centre|right"; missing parts are empty, what comes behind a third "|" belongs to the right part.
+// Splits "left|centre|right". Missing parts are empty; text behind a third "|" belongs to the right part.
 PrintEdge splitEdge(const QString& text);
 
-// Draws page `index` (from 0) into a painter whose unit is one point and whose origin is the sheet's corner.
+// Draws page `index` (from 0). The painter's unit is one point and its origin the corner of the sheet.
 void drawPage(QPainter& painter, const PrintDocument& document, int index);
-// A font for painting and measuring in points: not hinted and not kerned, so that every device gives the same widths.
+// A font for painting and measuring in points, without hinting and kerning, so that every device gives the same widths.
 QFont printFont(const QFont& font);

@@ -8,7 +8,7 @@ namespace {
 constexpr double kInch = 72, kColumnGap = 18;
 }   // namespace
 
-// Widths of one style: ASCII from a table (fonts are not kerned), the rest asked of the font and kept.
+// Widths of one style: ASCII from a table (without kerning), other characters asked of the font and cached.
 struct VSPrinter::Metrics {
   explicit Metrics(const QFont& f)
       : font(printFont(f)), metrics(font), scale((f.pointSizeF() > 0 ? f.pointSizeF() : 10) / font.pixelSize()) {
@@ -159,7 +159,7 @@ double VSPrinter::TextWidth(const QString& text) { return metrics().width(text);
 double VSPrinter::LineHeight() { return metrics().height(); }
 double VSPrinter::SpaceLeft() const { return area_.bottom() - y_; }
 
-// The line's place is settled by its first text: a page that is full is left only when something more comes.
+// The first text of a line fixes its position. A full page is left only when more text follows.
 void VSPrinter::startLine() {
   if (lineStarted_) return;
   height_ = metrics().height();
@@ -186,7 +186,7 @@ void VSPrinter::append(QStringView text, double width) {
   x_ += width;
 }
 
-// Words have runs of their own until it is clear that they stay in the line; then what goes on in one style becomes one run.
+// Each word has its own run until it is certain that it stays in the line. Then adjacent runs of one style are joined.
 void VSPrinter::joinRuns() {
   auto& runs = page_->runs;
   if (runs.size() <= lineRun_ + 1) return;
@@ -205,7 +205,7 @@ void VSPrinter::joinRuns() {
   runs.resize(kept + 1);
 }
 
-// Breaks the line in front of the word that is being put in, when a blank stands before it.
+// Breaks the line in front of the word that is being added, if a blank stands before that word.
 void VSPrinter::breakLine() {
   std::vector<PrintRun> moved;
   auto& runs = page_->runs;
@@ -232,7 +232,7 @@ void VSPrinter::breakLine() {
   x_ = last.x + metricsOf(last.style).width(QStringView(page_->text).mid(last.start, last.length));
 }
 
-// Ends the printed line in the middle of a paragraph and begins the next.
+// Ends the printed line in the middle of a paragraph and begins the next one.
 void VSPrinter::wrapLine() {
   if (wrapMark_) {
     const auto x = static_cast<float>(rightEdge() + 2), y = static_cast<float>(y_ + height_ * 0.6),
@@ -265,7 +265,7 @@ void VSPrinter::endLine() {
   emit NewLineEvent();
 }
 
-// A stretch without tab and line break.
+// A piece without tab and line break.
 void VSPrinter::place(QStringView text) {
   startLine();
   const double least = MarginLeft() + indentLeft_;
@@ -294,7 +294,7 @@ void VSPrinter::place(QStringView text) {
       wordRun_ = lineRun_;
       textBeforeWord_ = false;
     }
-    while (x_ + width > rightEdge() + 0.01 && word.size() > 0) {   // too long for a line of its own: break anywhere
+    while (x_ + width > rightEdge() + 0.01 && word.size() > 0) {   // too long for a whole line: break anywhere
       qsizetype fits = 0, high = word.size();
       while (fits < high) {
         const qsizetype middle = (fits + high + 1) / 2;
@@ -308,7 +308,8 @@ void VSPrinter::place(QStringView text) {
           continue;
         }
         fits =
-            std::min<qsizetype>(word.size(), word[0].isHighSurrogate() && word.size() > 1 ? 2 : 1);   // never nothing: it must end
+            // at least one character, so that the loop ends
+            std::min<qsizetype>(word.size(), word[0].isHighSurrogate() && word.size() > 1 ? 2 : 1);
       }
       lineHasText_ = true;
       append(word.left(fits), metrics().width(word.left(fits)));

@@ -1,7 +1,7 @@
 // The page-layout control: takes text and styles, breaks lines and pages, and keeps the pages as plain data (PrintPages.h).
 //
-// All lengths are points. The print position (CurrentX, CurrentY) is where the next text goes: CurrentX counts from the sheet's left
-// edge, CurrentY from its top to the top of the line.
+// All lengths are points. The next text goes to the print position: CurrentX counts from the left edge of the sheet, CurrentY from
+// its top to the top of the line.
 #pragma once
 
 #include <QHash>
@@ -16,21 +16,22 @@ class VSPrinter : public QObject {
   explicit VSPrinter(QObject* parent = nullptr);
   ~VSPrinter() override;
 
-  // Page set-up, before StartDoc. Margins larger than the sheet are cut down so that a column of at least one inch is left.
+  // Page set-up, before StartDoc. Margins that are too large are reduced so that a column of at least one inch is left.
   void setPageLayout(const QPageLayout& layout);
   const QPageLayout& pageLayout() const { return layout_; }
   void setColumns(int columns);   // 1 or 2 side by side
 
-  void StartDoc();   // forgets the pages made before
+  void StartDoc();   // deletes the pages of the last document
   void EndDoc();
   bool inDocument() const { return inDocument_; }
   void setDocName(const QString& name) { document_.name = name; }
-  // "%d" is the page number, "%n" the number of pages. Both before StartDoc: where a margin is too low for its text the body gives way.
+  // "%d" is the page number, "%n" the number of pages. Set both before StartDoc: if a margin is too low for its text, the body
+  // shrinks.
   void setHeader(const PrintEdge& header) { document_.header = header; }
   void setFooter(const PrintEdge& footer) { document_.footer = footer; }
   void setEdgeFont(const QFont& font) { document_.edgeFont = font; }
 
-  // Style of the text that follows.
+  // Style of the following text.
   QFont Font() const { return font_; }
   void setFont(const QFont& font);
   bool FontBold() const { return font_.bold(); }
@@ -40,31 +41,31 @@ class VSPrinter : public QObject {
   QColor TextColor() const { return color_; }
   void setTextColor(const QColor& color);
 
-  // Paragraphs: lines begin at MarginLeft + IndentLeft, the first one at IndentFirst more (it may be negative).
+  // Paragraphs: lines begin at MarginLeft + IndentLeft, the first line IndentFirst further right (it may be negative).
   double IndentLeft() const { return indentLeft_; }
   void setIndentLeft(double points) { indentLeft_ = points; }
   double IndentFirst() const { return indentFirst_; }
   void setIndentFirst(double points) { indentFirst_ = points; }
   double IndentTab() const { return indentTab_; }
-  void setIndentTab(double points) { indentTab_ = points; }   // distance of the stops of a tab in Print
+  void setIndentTab(double points) { indentTab_ = points; }   // distance of the tab stops in Print
 
   double MarginLeft() const;   // of the present column
   double CurrentX() {
     startLine();
     return x_;
   }
-  void setCurrentX(double x);                     // as behind a blank: the line may break there
-  void setWrapMark(bool on) { wrapMark_ = on; }   // a small arrow where a line breaks that goes on below
+  void setCurrentX(double x);                     // like a blank: the line may break there
+  void setWrapMark(bool on) { wrapMark_ = on; }   // a small arrow where a line wraps
   double CurrentY() const { return y_; }
   double TextWidth(const QString& text);   // in the present style
   double LineHeight();
 
-  // Puts text at the print position; CR LF or LF ends the paragraph. Lines break at blanks and tabs behind which text stands, else
-  // anywhere; what stands in the hanging part of the first line is a label and never left alone.
+  // Prints text at the print position. CR LF or LF ends the paragraph. Lines break at blanks and tabs that text follows, else
+  // anywhere. Text in the hanging indent of the first line is a label and never stands alone in a line.
   void Print(const QString& text);
   void NewPage();
-  // A table over the text's width. Format and rows are cells separated by "|", rows end with ";". A format cell is an alignment
-  // ("<" left, "^" centre, ">" right), "+" (wrap, always so) and a width such as "1in".
+  // A table over the width of the text. Format and rows are cells separated by "|"; rows end with ";". A format cell is an
+  // alignment ("<" left, "^" centre, ">" right), "+" (wrap, always on) and a width such as "1in".
   void AddTable(const QString& format, const QString& header, const QString& rows);
   double SpaceLeft() const;   // height below the print position
 
@@ -102,7 +103,7 @@ class VSPrinter : public QObject {
   int style_ = -1;
   double indentLeft_ = 0, indentFirst_ = 0, indentTab_ = 36;
   double x_ = 0, y_ = 0, ascent_ = 0, height_ = 0;
-  std::size_t lineRun_ = 0;       // first run of the present line
+  std::size_t lineRun_ = 0;       // first run of the current line
   std::size_t wordRun_ = 0;       // first run behind the last blank of the line
   bool lineHasText_ = false;      // something other than a label and blanks
   bool textBeforeWord_ = false;   // ... in front of the last blank

@@ -17,19 +17,19 @@ namespace {
 
 constexpr QChar kCommentStart(15), kCommentEnd(16);
 
-// A number as it is printed: one blank for the sign, then the digits.
+// A number in print: one blank in place of the sign, then the digits.
 QString signedText(qint64 number) { return QStringLiteral(" %1").arg(number); }
 
 bool isWordChar(QChar c) { return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') || c == u'_'; }
 
-// The characters from `at` on that belong together: two for a pair of surrogates.
+// Number of code units of the character at `at`: two for a surrogate pair.
 QStringView characterAt(QStringView run, qsizetype at) {
   const bool pair = run[at].isHighSurrogate() && at + 1 < run.size() && run[at + 1].isLowSurrogate();
   return run.mid(at, pair ? 2 : 1);
 }
 
-// A byte that is no text prints as its two digits in angle marks, a character that would not be seen - or would turn the text around
-// - as its name in them. What joins and varies pictures stays between them.
+// A byte that is not valid text prints as its two hex digits in angle brackets. An invisible character, or one that would change
+// the text direction, prints as its name in angle brackets. Joiners and variation selectors between emoji are kept.
 QString printable(QStringView run) {
   QString text;
   bool picture = false;
@@ -58,7 +58,7 @@ struct CWordWrap::Job {
   int tabSize;
   double zeroWidth;
   bool inComment = false;   // set and cleared by the marks only
-  QChar stringOpen;         // delimiter of the string that is being printed, when strings are coloured
+  QChar stringOpen;         // delimiter of the string being printed, if strings are coloured
 
   void plain() {
     control.setFontBold(plainBold);
@@ -119,7 +119,7 @@ void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& ti
       const QString number = signedText(i + 1);
       const bool bold = control.FontBold(), italic = control.FontItalic();
       const QColor present = control.TextColor();
-      if (job.inComment || inBlock_) job.plain();   // the number itself is no comment
+      if (job.inComment || inBlock_) job.plain();   // the line number is not part of a comment
       control.Print(number.rightJustified(labelWidth, u' ') + QStringLiteral(": "));
       control.setFontBold(bold);
       control.setFontItalic(italic);
@@ -169,7 +169,7 @@ void CWordWrap::printLine(Job& job, const QString& line) {
       job.inComment = false;
     } else if (c == u'\t') {
       const double left =
-          control.MarginLeft() + control.IndentLeft();   // behind the line numbers, so that columns are those of the screen
+          control.MarginLeft() + control.IndentLeft();   // behind the line numbers, so that tab stops are those of the screen
       auto column = static_cast<qint64>(std::nearbyint((control.CurrentX() - left) / job.zeroWidth));   // halves to the even one
       column += job.tabSize - column % job.tabSize;
       control.setCurrentX(left + static_cast<double>(column) * job.zeroWidth);
@@ -177,8 +177,8 @@ void CWordWrap::printLine(Job& job, const QString& line) {
   }
 }
 
-// Keywords may begin with signs ("`ifdef", "$display"): where one begins in the run of signs from `begin` up to the word at `at` the run
-// ends there, or, where it begins with the run, behind the keyword.
+// Keywords may begin with signs ("`ifdef", "$display"). If one begins within the run of signs between `begin` and the word at `at`,
+// the run ends before it. If the run itself begins the keyword, it ends behind the keyword.
 qsizetype CWordWrap::beforeKeyword(const Job& job, const QString& line, qsizetype begin, qsizetype at) const {
   if (job.inComment || !job.language || !job.stringOpen.isNull()) return at;
   qsizetype end = at;
@@ -200,7 +200,7 @@ void CWordWrap::printWord(Job& job, const QString& run) {
     return;
   }
   if (!job.inComment && stringColor.isValid() && job.language && !isWordChar(run[0])) {
-    // delimiters may stand in a run with other signs
+    // a delimiter may stand in a run with other signs
     const auto& delims = job.language->tables().stringDelims;
     qsizetype printed = 0;
     const auto printTo = [&](qsizetype end) {
@@ -227,10 +227,10 @@ void CWordWrap::printWord(Job& job, const QString& run) {
   control.Print(printable(run));
 }
 
-// The marks are collected first and put in at the end, so that a line of many comments costs one copy.
+// The marks are collected and inserted at the end, so that a line with many comments is copied only once.
 void CWordWrap::ProcessComments(QString& line) {
-  std::vector<std::pair<qsizetype, QChar>> marks;   // in front of a place of the line as it came; of one place in their order
-  const auto cut = [&](qsizetype at) {              // a mark stands inside the delimiter that begins at `at`
+  std::vector<std::pair<qsizetype, QChar>> marks;   // position in the original line; marks of one position in their order
+  const auto cut = [&](qsizetype at) {              // a mark lies inside the delimiter that begins at `at`
     for (auto mark = marks.rbegin(); mark != marks.rend() && mark->first > at; ++mark)   // they ascend
       if (mark->first < at + single_.size()) return true;
     return false;
@@ -239,7 +239,7 @@ void CWordWrap::ProcessComments(QString& line) {
   for (bool goOn = true; goOn;) {
     if (!inBlock_) {
       if (block >= 0) block = blockStart_.isEmpty() ? -1 : line.indexOf(blockStart_, block);
-      // Not moved past closed blocks: a delimiter inside one counts, unless a mark has come between its signs.
+      // Not moved past closed block comments: a delimiter inside one counts, unless a mark lies between its characters.
       if (single >= 0 && !marks.empty() && marks.back().first < single + single_.size())
         while (single >= 0 && cut(single)) single = line.indexOf(single_, single + 1);
       if (single >= 0 && (block < 0 || single <= block)) {
@@ -252,7 +252,7 @@ void CWordWrap::ProcessComments(QString& line) {
         marks.push_back({block, kCommentStart});
         inBlock_ = true;
         blockOpenMarker_ = 1;
-        end = block;   // the end may use the start's own first sign
+        end = block;   // the end may share the first character of the start
       } else {
         goOn = false;
       }
@@ -305,7 +305,7 @@ void CWordWrap::PrintReviewTable(VSPrinter& control) {
   control.Print(QStringLiteral("\r\n") + subtitle.join(QStringLiteral(", ")) + QStringLiteral("\r\n"));
   const double inches = control.pageLayout().paintRectPoints().width() / 72;
   const int middle = std::max(1, static_cast<int>(inches) - 3);
-  const auto rows = static_cast<int>(control.SpaceLeft() / (control.LineHeight() * 1.5)) - 1;   // the header row comes first
+  const auto rows = static_cast<int>(control.SpaceLeft() / (control.LineHeight() * 1.5)) - 1;   // the header row is the first one
   control.AddTable(QStringLiteral("^+1in|^+%1in|^+2in").arg(middle), tr("Line") + u'|' + tr("Comment") + u'|' + tr("Type") + u';',
                    QString(std::max(2, rows), u';'));
   control.EndDoc();

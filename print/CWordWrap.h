@@ -1,7 +1,8 @@
-// Turns a document's text into the content of a print job: line by line a paragraph of styled runs, line numbers in a gutter, tab
-// stops, and the list of source lines that took more than one printed line. Wrapping is VSPrinter's; this class measures, styles and counts.
+// Turns the text of a document into a print job: each source line is a paragraph of styled runs, with line numbers in a gutter and
+// tab stops. It also lists the source lines that needed more than one printed line. VSPrinter wraps the lines; this class measures,
+// styles and counts.
 //
-// Source lines count from 0; printed numbers are one more. One object per print set-up.
+// Source lines count from 0; printed numbers are one higher. One object for each print set-up.
 #pragma once
 
 #include <QColor>
@@ -14,41 +15,42 @@ class VSPrinter;
 
 class CWordWrap {
  public:
-  // Header and footer templates: three parts split by "|", variables of the command language not yet put in.
+  // Templates of header and footer: three parts separated by "|", variables of the command language not replaced yet.
   QString HeaderText = QStringLiteral("Zelkor Editor|$Title");
   QString FooterText = QStringLiteral("$User|$Date|Page %d");
   bool HeaderEnabled = true, FooterEnabled = true;
   bool LineNumbers = false;
-  bool WrapMark = false;   // an arrow where a line goes on in the next
+  bool WrapMark = false;   // an arrow where a line wraps
   int TabSize = 0;         // 0: the control's
   bool Keywordsbold = false, KeywordsItalic = false;
   bool CommentsBold = true, CommentsItalic = true;
   QString UserName, FilePath;   // for the review sheet
-  int NewLineCount = 0;         // printed lines of the present source line; raised by the new-line event
+  int NewLineCount = 0;         // printed lines of the current source line; incremented by the new-line event
   CodeMax* cmx = nullptr;       // the document's control
 
-  // Colours are off unless set: paper has its own style.
+  // By default there are no colours: bold and italic mark the text on paper.
   QColor keywordColor, commentColor, stringColor;
 
   int Pages() const { return pages_; }
-  void setPages(int pages) { pages_ = pages; }   // by the preview, from the control's page event
+  void setPages(int pages) { pages_ = pages; }   // set by the preview from the control's page event
   const std::vector<qint64>& ClippedLines() const { return clippedLines_; }
 
-  // An empty delimiter switches that kind of comment off.
+  // An empty delimiter disables that kind of comment.
   void SetSingleComment(const QString& delimiter) { single_ = delimiter; }
   void SetMultiLineComment(const QString& start, const QString& end) { blockStart_ = start, blockEnd_ = end; }
 
-  // Asks whether only the selection is to be printed; an empty one is never asked about and prints the whole text.
+  // Asks whether to print the selection only. Without a selection it does not ask, and the whole text is printed.
   void PrintSelectedText();
   void setPrintSelection(bool on) { printSelection_ = on; }
   bool printSelection() const { return printSelection_; }
 
-  // Prints the text (or the selected lines) into the control. `line` receives each line in turn and holds the last one, as marked up, at the
-  // end. `result` is true when the job ran to its end. `goOn`, when given, is asked after each line with the number done; false ends the job.
+  // Prints the text (or the selected lines) into the control. `line` receives each line in turn, with its marks, and finally holds
+  // the last one. `result` is true when the job ran to its end. `goOn`, if given, is called after each line with the number of
+  // lines done; false cancels the job.
   void cmPrintText(VSPrinter& control, QString& line, const QString& title, bool lineNumbers, bool& result,
                    const std::function<bool(qint64 done, qint64 all)>& goOn = {});
-  // Marks comments in one line: character 15 before the first character of each, 16 behind the last. An open block comment is carried
-  // from call to call.
+  // Marks comments in one line: character 15 before the first character of each comment, 16 behind its last. An open block comment
+  // is continued in the next call.
   void ProcessComments(QString& line);
   // A page with a table for reviewers' notes.
   void PrintReviewTable(VSPrinter& control);
@@ -61,7 +63,7 @@ class CWordWrap {
 
   QString single_, blockStart_, blockEnd_;
   bool inBlock_ = false;      // a block comment of an earlier line is open
-  int blockOpenMarker_ = 0;   // 1 while the end of one opened here is looked for
+  int blockOpenMarker_ = 0;   // 1 while the end of a comment that began in this line is searched
   int pages_ = 0, pageCounter_ = 0;
   bool printSelection_ = false;
   std::vector<qint64> clippedLines_;

@@ -1,4 +1,5 @@
-// Small pictures of laid-out pages as the rows of a list: a picture is drawn when the list asks for it, so that any number of pages costs nothing.
+// Small pictures of laid-out pages as the rows of a list. A picture is drawn when the list asks for it, so the number of pages does
+// not matter.
 #pragma once
 
 #include <QAbstractListModel>
@@ -10,10 +11,10 @@
 class PageThumbnails : public QAbstractListModel {
   Q_OBJECT
  public:
-  static constexpr QSize kSize{110, 140};   // at most, in pixels of the view
+  static constexpr QSize kSize{110, 140};   // maximum, in pixels of the view
 
   using QAbstractListModel::QAbstractListModel;
-  // Pages may be added to the document between calls; null or fewer pages than before: all pictures are made again.
+  // Pages may be appended to the document between calls. Null, or fewer pages than before: all pictures are made again.
   void setDocument(const PrintDocument* document, double pixelRatio);
 
   int rowCount(const QModelIndex& parent = {}) const override;

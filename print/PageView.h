@@ -1,4 +1,4 @@
-// Shows laid-out pages on the screen: one or two side by side, at any zoom, scrolled like a document. Draws only what is in sight.
+// Shows laid-out pages on the screen, one or two side by side, at any zoom, with scroll bars. Draws only visible pages.
 #pragma once
 
 #include <QAbstractScrollArea>
@@ -11,14 +11,14 @@ class PageView : public QAbstractScrollArea {
   enum class Fit { page, width, none };
   explicit PageView(QWidget* parent = nullptr);
 
-  void setDocument(const PrintDocument* document);   // null: nothing; call again after pages have come
+  void setDocument(const PrintDocument* document);   // null: nothing; call again after pages were added
   void setAcross(int pages);                         // 1 or 2
   void setFit(Fit fit);
-  void setZoom(double factor);   // 1 = the paper's own size; fit becomes none
+  void setZoom(double factor);   // 1 = the size of the paper; switches `fit` off
   double zoom() const { return zoom_; }
-  int currentPage() const { return current_; }   // from 0: the one nearest the view's top
+  int currentPage() const { return current_; }   // from 0: the page nearest to the top of the view
   void goTo(int page);
-  // Marks a stretch of a page's text (find) and brings it into view; page -1 marks nothing.
+  // Marks a part of a page's text (find) and scrolls to it; page -1 marks nothing.
   void mark(int page, qint32 start, qint32 length);
 
  signals:
@@ -33,7 +33,7 @@ class PageView : public QAbstractScrollArea {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
-  int columns() const;              // pages side by side: no more than there are
+  int columns() const;              // pages side by side, at most the number of pages
   QSizeF sheet() const;             // in pixels of the view
   QRectF placeOf(int page) const;   // without scrolling
   void relayout();

@@ -21,7 +21,7 @@
 namespace {
 QString tr(const char* text) { return QCoreApplication::translate("PrintJob", text); }
 
-// From 1, both included; a printer of which nothing was chosen says 0.
+// First and last page from 1, inclusive. A printer without a chosen range gives 0.
 struct PageRange {
   int first, last;
   PageRange(const QPrinter& printer, const PrintDocument& document)
@@ -49,7 +49,7 @@ bool printPages(const PrintDocument& document, QWidget* parent, const QString& f
     const ModalGuard modal;
     if (dialog.exec() != QDialog::Accepted) return false;
   }
-  // The dialog offers a file as well; the tool kit would empty the old one first.
+  // The dialog also offers a file. Qt would truncate an existing one first.
   const PageRange pages(printer, document);
   if (const QString file = printer.outputFileName(); !file.isEmpty()) return savePages(document, pages.first, pages.last, file);
   return sendPages(printer, document, parent);

@@ -106,13 +106,13 @@ frmPreview::frmPreview(const PrintSource& source, bool printSelection, QWidget* 
 
 frmPreview::~frmPreview() = default;
 
-// Its rows wrap: all of it can be reached at any width and with letters of any size.
+// The rows of the tool bar wrap, so that all of it can be reached at any width and font size.
 QWidget* frmPreview::makeToolBar() {
   auto* bar = new QWidget(this);
   auto* row = new FlowLayout(bar);
   const auto button = [&](const QString& text, const char* name, const QString& tip, auto slot) {
     auto* action = new QAction(text, this);
-    action->setIconText(text);   // what the button shows; the text alone would lose its mnemonic there
+    action->setIconText(text);   // the button's text; with the action's text alone the mnemonic would be lost
     action->setToolTip(tip);
     action->setObjectName(QLatin1String(name));
     connect(action, &QAction::triggered, this, slot);
@@ -252,7 +252,7 @@ void frmPreview::layOutText() {
   if (!find_->hasFocus()) view_->setFocus();
 }
 
-// What laying out allows at the moment, and what it shows of itself.
+// What is enabled and shown while the layout runs.
 void frmPreview::updateActions() {
   for (QAction* action : {print_, pdf_}) action->setEnabled(laidOut_ || reviewSheet_);
   for (QAction* action : {options_, setup_, review_}) action->setEnabled(!working_);
@@ -305,7 +305,7 @@ void frmPreview::find(bool again) {
   const QString what = find_->text();
   const auto& pages = vp_.document().pages;
   if (what.isEmpty() || pages.empty()) return view_->mark(-1, 0, 0);
-  // A page's text has no line ends: a place counts when it stands in one printed line.
+  // The text of a page has no line ends: a match counts only when it lies within one printed line.
   const auto inOneLine = [](const PrintPage& page, qsizetype start, qsizetype length) {
     const PrintRun* first = nullptr;
     for (const PrintRun& run : page.runs) {

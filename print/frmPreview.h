@@ -1,5 +1,5 @@
-// The print preview: lays a document out, shows its pages while more come, and prints them, writes them to a PDF file or shows the
-// review sheet instead.
+// The print preview: lays a document out and shows its pages while more are made. Prints them, writes them to a PDF file, or shows
+// the review sheet instead.
 #pragma once
 
 #include <QDialog>
@@ -22,13 +22,13 @@ class QPushButton;
 class QSpinBox;
 class frmDocument;
 
-// The text that is printed: a document, or another control with a title (the log).
+// The printed text: a document, or another control with a title (the log).
 struct PrintSource {
   frmDocument* document = nullptr;
   CodeMax* cmx = nullptr;
   QString title;
   CodeMax* control() const;
-  QString folder() const;   // of the document's file; empty without one
+  QString folder() const;   // of the document's file; empty when there is none
 };
 
 class frmPreview : public QDialog {
@@ -40,14 +40,14 @@ class frmPreview : public QDialog {
   int exec() override;
   const PrintDocument& document() const { return vp_.document(); }
   const CWordWrap& wrap() const { return *wrap_; }
-  qint64 lineToShow() const { return lineToShow_; }   // of the source, chosen in the list of clipped lines; -1 none
+  qint64 lineToShow() const { return lineToShow_; }   // source line chosen in the list of clipped lines; -1: none
   bool isLaidOut() const { return laidOut_; }         // to the end
 
-  // Lays the text out, returns when that is done or was stopped. Pages show as they come, and the window answers meanwhile.
+  // Lays the text out; returns when that is done or stopped. Pages are shown as they are made, and the window stays responsive.
   void layOutText();
 
  signals:
-  void answered();   // laying out has given way to the window once more
+  void answered();   // the layout has let the event loop run once more
 
  public slots:
   void reject() override;

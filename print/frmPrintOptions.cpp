@@ -169,7 +169,7 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   bottom_ = millimetres(margins.bottom());
   auto* page = new QWidget;
   auto* pageForm = new QFormLayout(page);
-  const auto label = [](const QString& caption, QWidget* buddy) {   // of a field that shares its row
+  const auto label = [](const QString& caption, QWidget* buddy) {   // for a field that shares its row
     auto* made = new QLabel(caption);
     made->setBuddy(buddy);
     return made;
@@ -192,7 +192,7 @@ frmPrintOptions::frmPrintOptions(const PrintSettings& s, QWidget* parent) : QDia
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(tabs_);
   layout->addWidget(buttons);
-  // The order of Tab: each text behind its check box.
+  // Tab order: each text field behind its check box.
   const QList<QWidget*> order{chkHeader_,      txtHeader_,        chkFooter_,      txtFooter_,        chkLineNumbers_,
                               chkKeywordBold_, chkKeywordItalic_, chkCommentBold_, chkCommentItalic_, chkKeywordColor_,
                               keywordColor_,   chkCommentColor_,  commentColor_,   chkStringColor_,   stringColor_};

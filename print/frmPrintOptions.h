@@ -1,4 +1,5 @@
-// The print options dialog: what CWordWrap offers, paper, margins, font and colours, with a live example of header and footer. OK saves.
+// The print options dialog: the options of CWordWrap, paper, margins, font and colours, with a live example of header and footer.
+// OK saves them.
 #pragma once
 
 #include <QDialog>

@@ -20,7 +20,7 @@ int IndentHabits::mostOf(const Tally& tally) {
 void IndentHabits::note(const QString& word, int distance) {
   if (distance == kNone) return;
   ++blocks_[word][distance];
-  if (QStringLiteral("^~:").contains(word.left(1)) || word.contains(u'|')) return;   // says nothing of the lines within a block
+  if (QStringLiteral("^~:").contains(word.left(1)) || word.contains(u'|')) return;   // tells nothing about the lines inside a block
   ++all_;
   indented_ += distance > 0;
 }

@@ -1,5 +1,4 @@
-// What a text itself does behind its block words: how far it indents behind each, judged by the blocks that it has. A text that indents
-// nothing has no habits.
+// How the text itself indents behind each of its block words, learned from its blocks. A text without indentation has no habits.
 #pragma once
 
 #include <QHash>
@@ -11,19 +10,19 @@
 
 class IndentHabits {
  public:
-  using Tally = std::vector<std::pair<int, int>>;   // a distance, and how many lines stand so
+  using Tally = std::vector<std::pair<int, int>>;   // a distance, and the number of lines that have it
 
-  // `old`: the unit that the text has, `fresh`: the one it gets.
+  // `old`: the unit of the text, `fresh`: the new one.
   IndentHabits(int old, int fresh) : old_(old), fresh_(fresh) {}
   static void count(Tally* tally, int distance);
   static int mostOf(const Tally& tally);   // kNone for an empty one
-  void judgeUnit();                        // once all blocks are noted: how far most of them indent is the unit that the text has
-  void note(const QString& word, int distance);   // one block; kNone says nothing
-  // The blanks that a line behind `word` gets: its own distance where many blocks of the word have that, else `otherwise` unless most blocks
-  // agree. A distance of 0 needs nearly all of them, and a text that indents elsewhere.
+  void judgeUnit();                        // call after all blocks were noted: the unit of the text is the distance of most blocks
+  void note(const QString& word, int distance);   // adds one block; kNone is ignored
+  // The blanks of a line behind `word`: its own distance if many blocks of the word have it, else `otherwise`, unless most blocks
+  // agree. A distance of 0 needs nearly all blocks, and a text that is indented elsewhere.
   int width(const QString& word, int otherwise, int own = kNone) const;
   int unit() const { return old_; }   // that the text has
-  // A distance that was made by hand: one or two units become as many of the new ones, any other stays.
+  // Converts a distance that was made by hand: one or two old units become new ones, any other distance stays.
   int ofHand(int distance) const { return distance == old_ ? fresh_ : distance == 2 * old_ ? 2 * fresh_ : distance; }
 
   static constexpr int kNone = -10000;

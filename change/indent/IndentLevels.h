@@ -1,4 +1,4 @@
-// What is open where a text is read for its indentation: blocks, brackets and the statement between two lines.
+// What is open at a place of the text during indentation: blocks, brackets and an unfinished statement.
 #pragma once
 
 #include <QString>
@@ -7,22 +7,22 @@
 
 #include "change/indent/IndentHabits.h"
 
-// A block or a bracket that is open; the first level is the file itself.
+// An open block or bracket; the first level is the file itself.
 struct Level {
   int base = 0;      // indent of the line that opened it
   int content = 0;   // indent of the lines inside
-  int least = 0;     // lines in a bracket that stand deeper stay as they were aligned
+  int least = 0;     // lines in a bracket that are indented further keep their alignment
   bool bracket = false;
-  bool byWord = false;           // a word opened it, not a sign
-  int lastIf = -1;               // indent of the last "if" inside, for an "else" on a line of its own
-  int shift = 0;                 // new indent less old one of the line that opened it
+  bool byWord = false;           // opened by a word, not by a sign
+  int lastIf = -1;               // indent of the last "if" inside, for an "else" that begins a line
+  int shift = 0;                 // new minus old indent of the line that opened it
   int old = 0;                   // old indent of the line that `base` is taken from
-  int width = 0;                 // of a block as the language lists it
-  bool statements = false;       // a ";" stood in the bracket
-  int blocks = 0;                // blocks of statements in the bracket, an argument of a macro, that have not ended
-  int inBranch = 0;              // how much deeper than the others the lines of a branch stand
-  bool settled = false;          // the block's first line has shown where the lines stand
-  QString word{};                // opened it, in lower case; with ">" and the last middle word
+  int width = 0;                 // width of a block, in the order in which the language lists it
+  bool statements = false;       // a ";" occurred in the bracket
+  int blocks = 0;                // unfinished blocks of statements inside the bracket (an argument of a macro)
+  int inBranch = 0;              // additional indent of the lines of a branch
+  bool settled = false;          // the first line of the block has shown where its lines stand
+  QString word{};                // the word that opened it, in lower case; with ">" and the last middle word
   QString also{};                // further opening words of its first statement: "loop" behind "for"
   IndentHabits::Tally tally{};   // where its lines stand
 
@@ -30,7 +30,7 @@ struct Level {
   bool isOfKind(const QString& kind) const { return opener().contains(kind) || also.contains(kind); }
 };
 
-// The open levels. A copy costs nothing whatever its depth: copies share their levels until one of them changes its own.
+// The open levels. Copies are cheap at any depth: they share their levels until one of them is changed.
 class LevelStack {
  public:
   LevelStack() = default;
@@ -40,7 +40,7 @@ class LevelStack {
     std::swap(top_, other.top_);
     return *this;
   }
-  ~LevelStack() {   // one by one, however many there are
+  ~LevelStack() {   // iterative, so that deep nesting cannot overflow the stack
     while (top_ && top_.use_count() == 1) top_ = std::exchange(top_->below, nullptr);
   }
 
@@ -53,7 +53,7 @@ class LevelStack {
   Level& belowBack() { return own(own(top_).below).level; }   // of two levels or more
 
   const Level& at(std::size_t depth) const { return nodeAt(depth)->level; }   // counted from 1
-  // How deep the last level stands that `is` holds for, of the last hundred blocks and all brackets behind them; 0: there is none.
+  // Depth of the last level for which `is` holds, among the last hundred blocks and all brackets after them; 0: none.
   template <class Predicate>
   std::size_t depthOf(Predicate is) const {
     int blocks = 0;
@@ -82,30 +82,30 @@ class LevelStack {
   std::shared_ptr<Node> top_;
 };
 
-// What is known of the statement that is being read.
+// State of the statement that is being read.
 struct Statement {
   QString first;   // its first word, behind a label
   int words = 0;
   bool opensNothing = false;   // it begins with a word~
-  bool opened = false;         // one of its words has opened a block; no further one does
-  bool awaitsIs = false;       // that was a word- and "is" has not come
-  bool choice = false;         // a "?" has come: a colon ends no label
-  bool macro = false;          // it, or what "if (...)" governs, begins with a grave accent: may end without ";"
+  bool opened = false;         // one of its words has opened a block; later words do not
+  bool awaitsIs = false;       // it began with a word that needs "is", which has not come yet
+  bool choice = false;         // a "?" occurred: a colon does not end a label
+  bool macro = false;          // it begins with a grave accent, or "if (...)" governs such a statement: it may end without ";"
   bool labelled = false;       // a label stood before it
 };
 
-// Where reading stands between two lines.
+// State of the reader between two lines.
 struct IndentState {
   LevelStack levels_;
   Statement statement_;
   int statementIndent_ = 0, statementShift_ = 0;
-  int anchor_ = 0, anchorOld_ = 0;   // indent, new and old, of the last line that did not begin within brackets
-  bool unfinished_ = false;          // the statement goes on in the next line
+  int anchor_ = 0, anchorOld_ = 0;   // new and old indent of the last line that did not begin within brackets
+  bool unfinished_ = false;          // the statement continues in the next line
   bool listGoesOn_ = false;          // ... with the next item of a list
   bool afterLabel_ = false;          // ... with what the label stands for
   bool hangs_ = false;               // ... with the statement that "if (...)" or "else" governs
   bool afterName_ = false;           // ... behind a name or a closing bracket
   bool headerOpen_ = false;          // a block's first statement goes on: "module m" with its brackets below
   bool headerGoesOn_ = false;        // ... since its last line ends with an operator
-  int shift_ = 0;                    // new indent less old one of the last line, for lines that go with it
+  int shift_ = 0;                    // new minus old indent of the last line, for lines that follow it
 };

@@ -9,15 +9,15 @@ int LineScanner::columnsOf(const QString& blanks) const {
   return static_cast<int>(text::displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), tabSize_).value);
 }
 
-// A word is looked up once however often it comes.
+// Caches the look-up of each word.
 const Piece& LineScanner::known(std::string_view bytes, bool isWord) {
   auto found = known_.find(bytes);
   if (found == known_.end()) found = known_.emplace(std::string(bytes), Piece(toQString(bytes), isWord, words_)).first;
   return found->second;
 }
 
-// The bytes of a character literal such as '(' that begins here, where the language's definition lists no such strings; 0: it is none.
-// "bit'('1')" and "'{'0, '1}" have none at their first quote.
+// Length in bytes of a character literal such as '(' that begins here, for languages whose definition does not list such strings;
+// 0: there is none. The first quote of "bit'('1')" and "'{'0, '1}" does not begin one.
 static std::size_t characterLiteral(std::string_view line, std::size_t at) {
   if (at + 2 >= line.size() || line[at + 2] != '\'') return 0;
   const auto isName = [&](std::size_t i) {
@@ -34,7 +34,7 @@ Pieces LineScanner::scan(const QString& line) {
   lines_.scan(all, &tokens);
   Pieces pieces;
   if (!lines_.isCode()) return pieces;
-  std::int64_t behind = -1;   // where the last comment behind code begins
+  std::int64_t behind = -1;   // start of the last comment behind code
   auto token = tokens.begin();
   for (std::size_t at = 0; at < all.size();) {
     const auto here = static_cast<std::int64_t>(at);

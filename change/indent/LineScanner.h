@@ -1,4 +1,5 @@
-// Splits lines into pieces for indentation: words, signs and strings; comments are left out, and carried from line to line.
+// Splits lines into tokens for indentation: words, signs and strings. Comments are left out; an open comment continues in the next
+// line.
 #pragma once
 
 #include <QString>
@@ -10,7 +11,7 @@
 #include "control/code/BlockWords.h"
 #include "text/color/Highlight.h"
 
-// A run of word characters or one other character of a line's code; a string is one piece that says nothing.
+// A word, or one other character of the code of a line. A string is one token without meaning.
 struct Piece {
   QString word;
   bool isWord = false;
@@ -34,15 +35,15 @@ struct HashOfView {
 
 class LineScanner {
  public:
-  // `highlighter` may be null: then nothing is taken for a comment.
+  // `highlighter` may be null: then no comments are recognised.
   LineScanner(const BlockWords& words, const text::Highlighter* highlighter, const FormatRules& rules, int tabSize)
       : words_(words), lines_(highlighter, rules), tabSize_(tabSize) {}
   Pieces scan(const QString& line);   // the next one
   void restart() { lines_.restart(); }
-  bool inComment() const { return lines_.inComment(); }   // the next line begins in one
-  bool stays() const { return lines_.stays(); }           // the line read last may not be touched
+  bool inComment() const { return lines_.inComment(); }   // the next line begins within a comment
+  bool stays() const { return lines_.stays(); }           // the last line must not be changed
   bool isCode() const { return lines_.isCode(); }
-  int trailingComment() const { return trailing_; }   // the column of the comment behind the last line's code; -1: none
+  int trailingComment() const { return trailing_; }   // column of the comment behind the code of the last line; -1: none
   int columnsOf(const QString& blanks) const;
 
  private:

@@ -1,5 +1,5 @@
-// Re-indentation by block words. Both ways answer, line by line, how many blanks a line gets before its first character that is neither
-// blank nor tab; the text itself is theirs to read only.
+// Indentation by block words. Two methods; both compute for each line the number of blanks before its first character that is not a
+// blank or tab. They only read the text.
 #pragma once
 
 #include <functional>
@@ -10,7 +10,8 @@
 #include "language/FormatRules.h"
 #include "text/color/Highlight.h"
 
-// The widths of open blocks: 61 places; a push beyond stores into the last one, a pop of nothing returns the first.
+// The widths of the open blocks: 61 places. A push on a full stack replaces the last one; a pop of an empty stack returns the
+// first.
 class IndentStack {
  public:
   explicit IndentStack(int unit) { widths_[0] = unit; }
@@ -30,27 +31,29 @@ class IndentStack {
 
 using LineSource = std::function<QString(qint64 line)>;   // a line without its break
 
-// Looks at each line's first word only (the word at a caret in front of it). A closing word takes back exactly what its opening
-// word added; a line never goes below 0. Lines of white space only get the blanks too.
+// The simple method looks only at the first word of each line. A closing word removes exactly the indent that its opening word
+// added; a line never goes below 0. Lines of white space get the blanks too.
 std::vector<int> indentsByFirstWord(const LineSource& line, qint64 count, const BlockWords& words, int unit);
 
-// Reads the whole line, skips comments and strings: blocks that open behind other words, one-line blocks, "end if", "else begin", open
-// brackets and statements without a block word that go on in the next line. Lines within brackets and comments keep their offset to the
-// line where these began, comments alone go with the code around them. What the text itself does behind a block word throughout - a body
-// of a module at the margin, "when" below "case" - stays (IndentHabits.h). Empty lines get nothing; lines that begin within a string kStays. `highlighter` may be null: then nothing
-// is taken for a comment.
+// The careful method reads whole lines and skips comments and strings. It knows blocks that open behind other words, blocks in one
+// line, "end if", "else begin", open brackets, and statements without a block word that continue in the next line. Lines within
+// brackets and comments keep their offset to the line in which these began. Lines with only a comment follow the code around them.
+// What the text does throughout behind a block word, such as a module body at the left margin or "when" below "case", is kept
+// (IndentHabits.h). Empty lines get nothing. A line that begins within a string gets kStays. `highlighter` may be null: then no
+// comments are recognised.
 std::vector<int> indentsByWholeLine(const LineSource& line, qint64 count, const BlockWords& words, int unit,
                                     const text::Highlighter* highlighter, const FormatRules& rules, int tabSize);
-constexpr int kStays = -1;   // instead of a number of blanks: the line begins within a string and stays as it is
+constexpr int kStays = -1;   // in place of a number: the line begins within a string and is not changed
 
-// How a text is indented: by tabs where more lines begin with one than with blanks, and the commonest step from line to line.
+// How a text is indented: by tabs if more lines begin with a tab than with blanks; the unit is the most frequent step between
+// lines.
 struct IndentStyle {
-  int unit = 0;   // in columns; 0: nothing is indented
+  int unit = 0;   // in columns; 0: the text is not indented
   bool tabs = false;
 };
 IndentStyle detectIndent(const LineSource& line, qint64 count, int tabSize);
 
-// The first word of a line whose leading white space is gone.
+// The first word of a line without its leading white space.
 QString firstWord(const QString& trimmedLine);
 // The number of leading blanks and tabs.
 int leadingLength(const QString& line);

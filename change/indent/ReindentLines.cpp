@@ -1,4 +1,4 @@
-// Re-indentation that reads whole lines: see indentsByWholeLine in Reindent.h.
+// The careful method of indentation: see indentsByWholeLine in Reindent.h.
 #include <algorithm>
 
 #include "change/indent/CommentLines.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr qint64 kLearnt = 20000;   // lines that are read for the text's habits
+constexpr qint64 kLearnt = 20000;   // lines that are read to learn the habits of the text
 
 class WholeLines : private IndentState {
  public:
@@ -28,7 +28,7 @@ class WholeLines : private IndentState {
     habits_.judgeUnit();
     static_cast<IndentState&>(*this) = {};
     const int whole =
-        firstColumn_ > 0 ? habits_.width(QString(), 0, firstColumn_) : 0;   // a part of a text may stand indented as a whole
+        firstColumn_ > 0 ? habits_.width(QString(), 0, firstColumn_) : 0;   // a part of a text may be indented as a whole
     levels_.push_back({.content = whole, .byWord = true});
     scanner_.restart();
     learning_ = directiveGoesOn_ = false, branchOld_ = -1;
@@ -45,10 +45,10 @@ class WholeLines : private IndentState {
     const int old = scanner_.columnsOf(line.left(leading));
     const bool ofDirective = directiveGoesOn_, directive = !stays && isDirective(line.mid(leading));
     directiveGoesOn_ = (ofDirective || directive) && line.trimmed().endsWith(u'\\');
-    if (ofDirective) return {Placed::Kind::fixed, old, old};   // a macro over several lines stays as it is
+    if (ofDirective) return {Placed::Kind::fixed, old, old};   // a macro over several lines is not changed
     if (directive) chooseBranch(line.mid(leading + 1), old);
     if (directive && (old == 0 || line[leading] == u'#')) return {Placed::Kind::fixed, 0, old};
-    if (directive) return {Placed::Kind::comment, old, old};   // goes with the lines around it
+    if (directive) return {Placed::Kind::comment, old, old};   // follows the lines around it
     if (pieces.empty()) return {inComment ? Placed::Kind::insideComment : Placed::Kind::comment, old, old};
     if (!stays && branchOld_ >= 0) enterBranch(old);
     if (learning_ && !stays) noteHabit(pieces, old);
@@ -63,30 +63,30 @@ class WholeLines : private IndentState {
   int trailingComment() const { return scanner_.trailingComment(); }
 
  private:
-  // Statements end with ";" where one line of code in eight or more does so.
+  // Statements end with ";" if at least one in eight lines of code does.
   bool endsWithSemicolons(const LineSource& line, qint64 count) {
     qint64 all = 0, ended = 0;
     bool goesOn = false;
     for (qint64 i = 0; i < std::min<qint64>(count, kLearnt); ++i) {
       const Pieces pieces = scanner_.scan(line(i));
-      all += !pieces.empty() && !pieces.back().is(u',');   // a list goes on in any language
+      all += !pieces.empty() && !pieces.back().is(u',');   // in any language a comma continues a list
       const bool ofMacro = std::exchange(goesOn, !pieces.empty() && pieces.back().is(u'\\'));
       if (!ofMacro && pieces.size() > 1 && pieces[0].is(u'`'))
         macroBlocks_ += isMacro(pieces[1], "_begin") - isMacro(pieces[1], "_end");
-      // Two of them end a branch of a shell's "case".
+      // Two of them (";;") end a branch of a "case" in a shell.
       ended += !pieces.empty() && pieces.back().is(u';') && !(pieces.size() > 1 && pieces[pieces.size() - 2].is(u';'));
     }
     scanner_.restart();
     return ended * 8 >= all;
   }
 
-  // "#if" stands at the margin where the language lists it so; a word with a grave accent does when it stands there already.
+  // "#if" stands at the left margin if the language lists it so. A word with a grave accent does if it stands there already.
   bool isDirective(const QString& trimmed) const {
     if (!highlighter_ || (!trimmed.startsWith(u'#') && !trimmed.startsWith(u'`'))) return false;
     return highlighter_->isKeyword(fromQString(trimmed[0] + firstWord(trimmed.mid(1 + leadingLength(trimmed.mid(1))))));
   }
 
-  // Of the branches behind "ifdef" each begins where the first began; what follows goes on from the last.
+  // All branches of an "ifdef" begin in the state before the first one. The code behind them continues the last branch.
   void chooseBranch(const QString& directive, int old) {
     const QString word = firstWord(directive.mid(leadingLength(directive)));
     const auto is = [&](std::initializer_list<const char*> any) {
@@ -100,7 +100,7 @@ class WholeLines : private IndentState {
     else if (is({"endif"}) && !choices_.empty()) choices_.pop_back();
   }
 
-  // A branch may stand one step deeper than its "ifdef", which then stands where the lines around it do.
+  // A branch may be one step deeper than its "ifdef", which then stands at the indent of the lines around it.
   void enterBranch(int old) {
     const int from = std::exchange(branchOld_, -1);
     if (from <= 0 || unfinished_ || headerOpen_ || levels_.back().bracket || old - from != habits_.unit()) return;
@@ -147,19 +147,19 @@ class WholeLines : private IndentState {
                               : level.base + habits_.width(middleKey(level, first), level.width - unit_, shifted - level.base);
     if (first.is(QLatin1String("else")) && level.lastIf >= 0) return level.lastIf;
     const bool operatorFirst = !semicolons_ && !first.isWord && QStringLiteral("+-*/|&#").contains(first.word);
-    if (operatorFirst && shifted > level.content) return shifted;   // goes on with the line above, aligned by hand
+    if (operatorFirst && shifted > level.content) return shifted;   // continues the line above, aligned by hand
     return level.content;
   }
 
   bool goesOnWithHeader(const Piece& first) const {
     return headerOpen_ && (first.is(u'(') || first.is(u'#') || first.is(QLatin1String("is")));
   }
-  // A block that stands below the line it belongs to: "begin" beneath "if (...)", "case" one deeper beneath "always_comb".
+  // A block below the line that it belongs to: "begin" beneath "if (...)", or "case" one level deeper beneath "always_comb".
   bool hangsDeeper(const Piece& first) const {
     return afterLabel_ || (first.isWord && !first.is(QLatin1String("begin")) && !first.is(QLatin1String("fork")));
   }
   QString hangKey(const Piece& first) const { return (afterLabel_ ? u':' : u'^') + first.word.toLower(); }
-  // What goes on with a statement: behind a label, governed by "if (...)", a bracket or a name of its own line, the rest.
+  // A continuation of the statement: behind a label, governed by "if (...)", after a bracket or name on its own line, and so on.
   QString followKey(const Piece& first) const {
     if (afterLabel_) return QStringLiteral("::");
     if (hangs_) return QStringLiteral("^^") + statement_.first.toLower();
@@ -170,7 +170,7 @@ class WholeLines : private IndentState {
     return level.word.section(u'>', 0, 0) + u'|' + first.word.toLower();
   }
 
-  // Where the text itself puts a line in its block.
+  // The indent that the text itself gives to a line in its block.
   void noteHabit(const Pieces& pieces, int old) {
     Level& level = levels_.back();
     const Piece& first = pieces.front();
@@ -186,7 +186,7 @@ class WholeLines : private IndentState {
     else if (!first.is(QLatin1String("else"))) IndentHabits::count(&level.tally, old - level.base - level.inBranch);
   }
 
-  // The first line of a block stays where it stands as far as the text has other blocks like it.
+  // The first line of a block keeps its distance if the text has other blocks like it.
   void settle(const Piece& first, int old) {
     Level& level = levels_.back();
     if (level.settled || level.inBranch > 0 || level.bracket || level.width == 0 || unfinished_ || headerOpen_ ||
@@ -201,7 +201,7 @@ class WholeLines : private IndentState {
     levels_.pop_back();
   }
 
-  // A brace is a bracket where the language does not list it as a block word.
+  // A brace is a bracket unless the language lists it as a block word.
   bool isOpener(const Piece& piece) const {
     return piece.is(u'(') || piece.is(u'[') || (piece.is(u'{') && piece.entry.kind == BlockClass::none);
   }
@@ -209,9 +209,9 @@ class WholeLines : private IndentState {
     return piece.is(u')') || piece.is(u']') || (piece.is(u'}') && piece.entry.kind == BlockClass::none);
   }
 
-  // Which level the closing word ends, by its depth; 0: none. That is the innermost block, unless it is of another kind, stands in another
-  // column, and a block of the word's kind ("endclass", "end process") that is open further out began in this column. So a block that was
-  // taken for open by mistake does not move what stands behind the one around it.
+  // Depth of the level that the closing word ends; 0: none. This is the innermost block. Exception: the innermost block is of
+  // another kind and in another column, and an outer block of the kind that the word names ("endclass", "end process") began in
+  // this column. So a block that was opened by mistake does not move the code behind the block around it.
   std::size_t ended(const Pieces& pieces, std::size_t at, int old) const {
     const std::size_t innermost = levels_.depthOf([](const Level& level) { return !level.bracket; });
     if (innermost <= 1) return 0;
@@ -227,13 +227,13 @@ class WholeLines : private IndentState {
         levels_.depthOf([&](const Level& level) { return !level.bracket && level.old == old && level.isOfKind(kind); });
     return outer > 1 ? outer : innermost;
   }
-  // "end if", "end process"; what opens a block of its own does not: "end begin".
+  // True for "end if" and "end process". False when the second word opens a block: "end begin".
   static bool belongsToEnd(const Piece& behind) {
     return behind.isWord && behind.entry.kind == BlockClass::start && !behind.is(QLatin1String("begin")) &&
            !behind.is(QLatin1String("fork"));
   }
 
-  // "`fields_begin(c)" - "`fields_end": what stands between stays as deep as it is. Only where each of a text has its end.
+  // "`fields_begin(c)" ... "`fields_end": the lines between keep their depth. Only if each begin in the text has its end.
   static bool isMacro(const Piece& name, const char* ending) {
     return name.isWord && name.word.endsWith(QLatin1String(ending), Qt::CaseInsensitive);
   }
@@ -241,7 +241,7 @@ class WholeLines : private IndentState {
     return pieces.size() > 1 && levels_.back().word == u"`" && pieces[0].is(u'`') && isMacro(pieces[1], "_end");
   }
 
-  // The lines of a bracket in a line that was aligned by hand need only stand deeper than what that line goes on with.
+  // In a line that was aligned by hand, the lines of a bracket only need to be deeper than the continuation of that line.
   bool isAligned(int indent) const {
     const Level& level = levels_.back();
     if (!level.bracket) return unfinished_ && indent - shift_ > statementIndent_ - statementShift_;
@@ -256,15 +256,15 @@ class WholeLines : private IndentState {
     }
     const bool aligned = isAligned(indent);
     if (endsMacroBlock(pieces)) popLevel();
-    const int base = anchor_;   // blocks hang on the line where the brackets around this one began
+    const int base = anchor_;   // a block belongs to the line in which the brackets around this line began
     const bool middleFirst = !unfinished_ && pieces[0].entry.kind == BlockClass::middle;
     if (middleFirst && levels_.size() == 1) levels_.back().content = unit_;   // sections of a file without a block around them
     if (middleFirst && levels_.size() > 1 && !levels_.back().bracket) beginSection(levels_.back(), pieces[0]);
     // "module m" - "import p::*;" - "#(" - ")" - "("
     bool ofHeader = headerOpen_ && (levels_.back().bracket || goesOnWithHeader(pieces[0]) || pieces[0].is(QLatin1String("import")));
-    bool closed = middleFirst;      // nothing of a statement is left open by the last piece
+    bool closed = middleFirst;      // the last token leaves no statement open
     std::size_t bracketsHere = 0;   // brackets opened in this line and still open
-    int closedFrom = -1;            // where the line began whose bracket this one closes
+    int closedFrom = -1;            // position of the line whose bracket this one closes
     bool afterEnd = false, imports = false;
     if (pieces.size() > 1 && pieces[0].is(u'`') && !levels_.back().bracket && macroBlocks_ == 0 && isMacro(pieces[1], "_begin"))
       levels_.push_back({.base = indent,
@@ -291,7 +291,7 @@ class WholeLines : private IndentState {
         statement_.macro = true;
       imports |= statement_.opened && piece.is(QLatin1String("import"));   // "module m import p::*;"
       if (isOpener(piece)) {
-        // "if (a ||" - "b) {": the brace hangs on the line where the bracket before it began
+        // "if (a ||" ... "b) {": the brace belongs to the line in which the bracket before it began
         const int from =
             closedFrom >= 0 && (isCloser(pieces[0]) || (piece.is(u'{') && isCloser(pieces[i - 1]))) ? closedFrom : indent;
         const int inside = bracketsHere > 0 ? levels_.back().content : from + unit_;
@@ -356,12 +356,12 @@ class WholeLines : private IndentState {
     if (ofHeader) headerOpen_ = true;
   }
 
-  // Openers that nothing of a statement follows: what comes behind is the block's first line.
+  // Opening words that no statement follows: the text behind them is the first line of the block.
   static bool standsBare(const Piece& opener) {
     return opener.is(QLatin1String("begin")) || opener.is(QLatin1String("fork")) || opener.is(QLatin1String("generate"));
   }
 
-  // A middle word begins a section of its block, whose lines may stand elsewhere than those before.
+  // A middle word begins a section of its block. The lines of the section may have another indent than those before.
   void beginSection(Level& level, const Piece& middle) {
     if (learning_) habits_.note(level.word, IndentHabits::mostOf(level.tally));
     level.tally.clear();
@@ -372,7 +372,7 @@ class WholeLines : private IndentState {
     if (level.width > 0) level.content = level.base + habits_.width(level.word, habits_.width(opener, level.width));
   }
 
-  // A word in brackets opens nothing; of the words of one statement only the first does.
+  // A word in brackets opens nothing. In one statement only the first opening word opens a block.
   bool mayOpen(const Piece& piece, const BlockWords::Entry& entry, const Piece* before) {
     if (!piece.isWord) return true;
     if (levels_.back().bracket) {
@@ -414,7 +414,7 @@ class WholeLines : private IndentState {
     headerOpen_ = statement_.opened && last.entry.kind != BlockClass::start;
     headerGoesOn_ = headerOpen_ && isOperator(last);
     if (openBracket) {
-      unfinished_ = false;   // the bracket itself says how the next line stands
+      unfinished_ = false;   // the bracket determines the next line
       return;
     }
     if (statement_.opened) {
@@ -431,20 +431,21 @@ class WholeLines : private IndentState {
         !arrow && pieces.front().entry.kind == BlockClass::middle && isOperator(last);   // "elsif a and", "when a |"
     unfinished_ =
         (!closed || condition) && !arrow && !macroEnds && goesOn && !last.is(QLatin1String("then")) && !standsAlone(pieces);
-    // The items of a list stand below each other, those of a declaration behind its first word.
+    // The items of a list are aligned with each other, those of a declaration behind its first word.
     listGoesOn_ = unfinished_ && last.is(u',') &&
                   (statement_.words <= 1 || !levels_.back().byWord || levels_.back().word.startsWith(QLatin1String("case")));
-    // A label hangs its statement on itself in a block of words, and stands for itself in one of braces.
+    // With block words, the statement belongs to its label. With braces, a label stands alone.
     const bool label = last.is(u':') && !statement_.choice;
     afterLabel_ = unfinished_ && label && levels_.back().byWord;
     if (label && !levels_.back().byWord) unfinished_ = false;
     if (!unfinished_) statement_ = {};
     afterName_ = unfinished_ && (last.isWord || isCloser(last));
-    // "if (...)": what follows hangs on this line. Further lines of one statement may end like that too, and govern nothing.
+    // "if (...)": the next statement belongs to this line. Continuation lines of a statement may end in the same way and govern
+    // nothing.
     const Piece& front = pieces.front();
     const bool governs = startedOrHung || front.is(QLatin1String("if")) || front.is(QLatin1String("for")) ||
                          front.is(QLatin1String("while")) || front.is(QLatin1String("else")) || front.is(QLatin1String("repeat"));
-    // "x <= a when b else" goes on and governs nothing.
+    // "x <= a when b else" continues and governs nothing.
     const bool elseLast = last.is(QLatin1String("else")) &&
                           (front.is(QLatin1String("if")) || front.is(QLatin1String("else")) || front.entry.kind == BlockClass::end);
     hangs_ = unfinished_ && front.isWord && governs && (isCloser(last) || elseLast || last.is(QLatin1String("do")));
@@ -458,7 +459,7 @@ class WholeLines : private IndentState {
     return false;
   }
 
-  // Lines that need no ";" in languages of braces: "template <...>" and macros in capital letters.
+  // Lines without ";" in languages with braces: "template <...>" and macros in capital letters.
   bool standsAlone(const Pieces& pieces) const {
     if (!braces_ || unfinished_) return false;
     const Piece &first = pieces.front(), &last = pieces.back();
@@ -473,14 +474,14 @@ class WholeLines : private IndentState {
   const int unit_;
   const text::Highlighter* const highlighter_;
   LineScanner scanner_;
-  int macroBlocks_ = 0;     // macros that begin lines which another one ends, less those that end them
+  int macroBlocks_ = 0;     // macros that open lines, less the macros that close them
   const bool semicolons_;   // statements end with ";", else with the line
   IndentHabits habits_;
-  bool learning_ = false;              // the text is read for its habits: lines stay where they stand
-  bool directiveGoesOn_ = false;       // the next line belongs to a "#define" above
-  int branchOld_ = -1;                 // where an "ifdef" stands that the last line of code is before
-  int firstColumn_ = -1;               // where the text's first code stands
-  std::vector<IndentState> choices_;   // as it was where an "ifdef" began
+  bool learning_ = false;              // the text is only read for its habits; no line moves
+  bool directiveGoesOn_ = false;       // the next line belongs to the "#define" above
+  int branchOld_ = -1;                 // indent of the "ifdef" directly before the last line of code
+  int firstColumn_ = -1;               // indent of the first line of code
+  std::vector<IndentState> choices_;   // the state at the start of each open "ifdef"
 };
 
 }   // namespace

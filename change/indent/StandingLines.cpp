@@ -29,7 +29,7 @@ void StandingLines::restart() {
   rest_ = column_ = false;
 }
 
-// Behind the sign that closes the open string; none: it goes on.
+// The position behind the delimiter that closes the open string; none: it continues.
 std::size_t StandingLines::closeAt(std::string_view line, std::size_t from) const {
   for (std::size_t at = line.find(close_, from); at != none; at = line.find(close_, at + 1)) {
     std::size_t slashes = 0;
@@ -39,7 +39,7 @@ std::size_t StandingLines::closeAt(std::string_view line, std::size_t from) cons
   return none;
 }
 
-// A line of a here-document, or one behind the end of the code.
+// A line of a here-document, or a line behind the end of the code.
 bool StandingLines::standsWhole(std::string_view line) {
   if (rest_) return true;
   if (here_.empty()) return false;
@@ -51,7 +51,7 @@ bool StandingLines::standsWhole(std::string_view line) {
   return true;
 }
 
-// Whether a raw string begins in front of a token, or the token is a string that its line does not end. Then it is open.
+// Whether a raw string begins before a token, or the token is a string that continues in the next line. Such a string becomes open.
 bool StandingLines::opensAt(std::string_view line, const text::Token& token, std::size_t from) {
   const auto begin = static_cast<std::size_t>(token.begin);
   const std::string_view rest = line.substr(begin);
@@ -115,7 +115,7 @@ void StandingLines::scan(std::string_view line, std::vector<text::Token>* tokens
   code_ = true;
   const auto size = static_cast<std::int64_t>(line.size());
   const text::LinePoint start = this->start();
-  stays_ = !close_.empty() || (start.inside == text::LinePoint::string && start.index != none);   // else only a command goes on
+  stays_ = !close_.empty() || (start.inside == text::LinePoint::string && start.index != none);   // else only a command continues
   if (standsWhole(line)) {
     stays_ = true;
     code_ = false;
@@ -127,7 +127,7 @@ void StandingLines::scan(std::string_view line, std::vector<text::Token>* tokens
   stays_ = stays_ || column_;
   if (!highlighter_) return;
 
-  std::size_t from = 0;   // behind the strings that are known
+  std::size_t from = 0;   // behind the strings found so far
   if (!close_.empty()) {
     from = closeAt(line, 0);
     tokens->push_back({0, from == none ? size : static_cast<std::int64_t>(from), text::TokenKind::string});

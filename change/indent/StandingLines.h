@@ -1,5 +1,6 @@
-// Reads the lines of a text with the strings, raw strings and here-documents that go on over the ends of lines. The colours end such a
-// string with its line, so that one odd quotation mark does not colour the rest of the text; whoever changes lines must know where it ends.
+// Reads the lines of a text together with strings, raw strings and here-documents that span lines. The highlighter ends such a
+// string with its line, so that one odd quotation mark does not colour the rest of the text. Code that changes lines must know
+// where the string really ends.
 #pragma once
 
 #include <deque>
@@ -14,12 +15,12 @@ class StandingLines {
  public:
   // `highlighter` may be null: then there are no tokens.
   StandingLines(const text::Highlighter* highlighter, const FormatRules& rules);
-  // The next line. Of a string that goes on from the lines above or into those below, its part of this line is one string token.
+  // Reads the next line. The part of a multi-line string in this line is one string token.
   void scan(std::string_view line, std::vector<text::Token>* tokens);
   void restart();
 
-  bool stays() const { return stays_; }   // the line read last begins within a string, or is one whose first column counts
-  bool isCode() const { return code_; }   // ... and holds code too, or is a string as code has it
+  bool stays() const { return stays_; }   // the last line begins within a string, or its first column matters
+  bool isCode() const { return code_; }   // ... and it also holds code, or is a string in code
   bool inComment() const { return start().inside == text::LinePoint::block; }   // the next line begins in one
 
  private:
@@ -36,9 +37,9 @@ class StandingLines {
   const text::Highlighter* const highlighter_;
   const FormatRules rules_;
   text::LineState state_ = 0;
-  std::string close_;                    // what ends the open string; empty: none is open
+  std::string close_;                    // text that ends the open string; empty: none is open
   bool escapes_ = false;                 // the open string has an escape character
-  std::deque<HereDocument> here_;        // to be read, the first one now
+  std::deque<HereDocument> here_;        // to be read, the current one first
   bool rest_ = false, column_ = false;   // no code follows; a comment is open whose lines count from the first column
   bool stays_ = false, code_ = true;
 };
