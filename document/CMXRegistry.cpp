@@ -40,7 +40,7 @@ constexpr FlagOption kFlags[] = {
 };
 
 constexpr NumberOption kNumbers[] = {
-    // the control ignores what is out of its range
+    // the control ignores values out of range
     {"AUTOINDENTMODE", &CodeMax::AutoIndentMode, &CodeMax::setAutoIndentMode},
     {"TABSIZE", &CodeMax::TabSize, &CodeMax::setTabSize},
 };
@@ -104,7 +104,7 @@ void saveFont(const CodeMax& control) {
   const QFont font = control.Font();
   NewKey(kGlobalKey);
   SetText(kGlobalKey, u"FONTNAME"_s, font.family());
-  const double size = font.pointSizeF();   // -1 for a font set in pixels: leave what is stored
+  const double size = font.pointSizeF();   // -1 for a font with a size in pixels: keep the stored size
   if (size == std::floor(size) && size > 0) SetNumber(kGlobalKey, u"FONTSIZE"_s, int(size));
   if (size != std::floor(size)) SetText(kGlobalKey, u"FONTSIZE"_s, QString::number(size));
   SetFlag(kGlobalKey, u"FONTBOLD"_s, font.bold());

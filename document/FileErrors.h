@@ -1,8 +1,8 @@
-// What the user is told when a file cannot be read or written, in the same words everywhere. `why` is the system's reason.
+// The messages for a file that cannot be read or written. `why` is the reason from the system.
 #pragma once
 
 #include <QString>
 
 void tellOpenError(const QString& path, const QString& why);
 void tellSaveError(const QString& path, const QString& why);
-QString savingTitle(const QString& path);   // of boxes that come up while it is saved
+QString savingTitle(const QString& path);   // title of boxes that are shown while the file is saved

@@ -20,7 +20,7 @@ frmDocument* documentOn(Frame& frame, const QString& path) {
   const auto open = frame.documents();
   const auto same = [&](const frmDocument* document) { return document->CurrentFileName() == path; };
   auto found = std::find_if(open.begin(), open.end(), same);
-  // The same file under another name, by a link. Only files of its device are asked: another one may hang.
+  // Finds the same file under another name (a link). Examines only files on the same device, because another device may hang.
   const text::FileStamp stamp = text::stampOf(fromQString(path), false);
   if (found == open.end() && stamp.exists)
     found = std::find_if(open.begin(), open.end(), [&](const frmDocument* document) {

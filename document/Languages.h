@@ -1,5 +1,4 @@
-// The one language manager of the process, as documents and commands reach it. frmRegistry carries it (ucCM1); tests and
-// batch mode may set their own.
+// The language manager of the process. frmRegistry owns it (ucCM1); tests and batch mode may set another one.
 #pragma once
 
 #include <QString>
@@ -7,6 +6,7 @@
 class CodeMax;
 class ucCM;
 
-ucCM& languages();                                             // made empty on first use when none was set
-int languageOfFile(const QString& name, const CodeMax& cmx);   // by the name, and by the text where that is not enough; 0: none
-ucCM* setLanguages(ucCM* manager);   // not owned; null gives back the process's own. Returns what was in force
+ucCM& languages();   // created empty on first use when none was set
+// by the file name, and by the text where the name is not enough; 0: none
+int languageOfFile(const QString& name, const CodeMax& cmx);
+ucCM* setLanguages(ucCM* manager);   // not owned; null restores the process's own. Returns the old one

@@ -10,10 +10,10 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kLongestNumber = 9;         // digits
-constexpr std::size_t kBeginnings = 16;   // that are tried for the name before one number
+constexpr std::size_t kBeginnings = 16;   // number of possible starts of a file name tried for one line number
 
-// Where a file name that ends at `end` may begin, best first: at the line's start or behind a mark that ends what stands before
-// it (names may hold blanks), else at one of the last blanks.
+// Possible starts of a file name that ends at `end`, best first: the start of the line or the place behind a separator (names may
+// hold blanks), then the places behind the last blanks.
 std::vector<qsizetype> beginnings(const QString& line, qsizetype end) {
   std::vector<qsizetype> starts;
   const auto isBlank = [](QChar c) { return c == u' ' || c == u'\t'; };
@@ -33,7 +33,7 @@ std::vector<qsizetype> beginnings(const QString& line, qsizetype end) {
   return starts;
 }
 
-// The log shows a byte that is no UTF-8 as "\xff"; here it is that byte again.
+// The log shows a byte that is not valid UTF-8 as "\xff". This restores the byte.
 QString withBytes(const QString& shown) {
   static const QRegularExpression code(u"\\\\x([89a-f][0-9a-f])"_s);
   QString name;
@@ -46,11 +46,11 @@ QString withBytes(const QString& shown) {
   return name + shown.mid(done);
 }
 
-// The first place in the line that `found` accepts, likelier readings of the same numbers first: "file:12:3", "file:12", "file(12)",
-// "file(12,3)", file", line 12. One is made at a time, as most lines have none and some have very many.
+// The first place in the line that `found` accepts. Likelier forms of the same numbers come first: "file:12:3", "file:12",
+// "file(12)", "file(12,3)", file", line 12. Candidates are made one at a time: most lines have none, some have very many.
 template <class Found>
 std::optional<MessagePlace> firstPlace(const QString& line, Found found) {
-  // The numbers behind a name; the name itself is found from its end.
+  // Matches the numbers behind a name; the name is searched from its end.
   static const QRegularExpression numbers(
       u"(?::(\\d{1,%1})(?::(\\d{1,%1}))?(?!\\d))|(?:\\((\\d{1,%1})(?:\\s*,\\s*(\\d{1,%1}))?\\))|(?:[\"']?,\\s+line\\s+(\\d{1,%1})(?!\\d))"_s
           .arg(kLongestNumber));
@@ -81,7 +81,7 @@ bool speaksOfError(QStringView logLine) {
       u"|\\bUVM_(?:ERROR|FATAL)\\b(?!\\s*:\\s*0\\b)"
       u"|: \\*[EF],|^@E:"
       u"|:\\((?:report|assertion) failure\\):"
-      u"|^[^:]+\\.(?i:vhdl?):\\d+:\\d+:(?!@| ?(?:warning|note|info)\\b)"_s);   // it has a word for all but errors
+      u"|^[^:]+\\.(?i:vhdl?):\\d+:\\d+:(?!@| ?(?:warning|note|info)\\b)"_s);   // warnings and notes have a word, errors often none
   return report.match(logLine.left(kLongestMessage).toString()).hasMatch();
 }
 
@@ -107,7 +107,7 @@ bool MessageFinder::isThere(MessagePlace& place) {
     return false;
   }
 #ifndef Q_OS_WIN
-  if (file.contains(u'\\')) spellings << file.replace(u'\\', u'/');   // tools that came from another system
+  if (file.contains(u'\\')) spellings << file.replace(u'\\', u'/');   // tools from another system
 #endif
   for (const QString& folder : std::as_const(folders_)) {
     for (const QString& spelling : spellings) {

@@ -1,4 +1,4 @@
-// Messages of compilers and simulators: which place of which file a line of the log speaks of.
+// Finds the file position in a line of the log that is a message of a compiler or simulator.
 #pragma once
 
 #include <QHash>
@@ -10,16 +10,16 @@
 struct MessagePlace {
   QString file;                      // as it is written
   qint64 line = 0, column = 0;       // from 1; column 0: not said
-  qsizetype begin = 0, length = 0;   // where in the log line file and numbers stand
+  qsizetype begin = 0, length = 0;   // position of file name and numbers in the log line
 };
 
-constexpr qsizetype kLongestMessage = 1000;   // characters of a line that are looked at; what lies behind is no message
+constexpr qsizetype kLongestMessage = 1000;   // characters; the rest of a longer line is not examined
 
-// The line reports an error, in the words or marks that compilers and simulators have for it. A count of none is no error.
+// True: the line reports an error, in the wording or format of compilers and simulators. "0 errors" is not an error.
 bool speaksOfError(QStringView logLine);
 
-// Finds the first place in a line whose file exists, looked up in the folders when its path is relative. A folder is read once in the life of
-// a finder, so that lines that only look like messages cost no call of the system. May be used on any one thread.
+// Finds the first place in a line whose file exists; a relative path is looked up in the folders. Each folder is read only once by
+// a finder, so that lines that merely look like messages cost no system call. May be used on one thread at a time.
 class MessageFinder {
  public:
   explicit MessageFinder(QStringList folders) : folders_(std::move(folders)) {}
@@ -27,7 +27,7 @@ class MessageFinder {
 
  private:
   bool holds(const QString& folder, const QString& file);
-  bool isThere(MessagePlace& place);   // its file is absolute then
+  bool isThere(MessagePlace& place);   // makes the file absolute if it exists
   QStringList folders_;
   QHash<QString, QSet<QString>> entries_;
 };

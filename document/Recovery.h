@@ -1,5 +1,5 @@
-// The recovery journal of a document's text: one for each text, however many windows show it. Knows when the journal begins,
-// and when it goes: after a durable save, or when the person let go of what was changed.
+// The recovery journal of one text, whatever the number of its windows. Decides when the journal begins and when it is deleted:
+// after a durable save, or when the user discards the changes.
 //
 // Without a RecoverySession (batch mode, most tests) there are no journals.
 #pragma once
@@ -12,7 +12,7 @@
 #include "control/edit/TextModel.h"
 #include "text/journal/Journal.h"
 
-// Switches journals on for all texts made while it lives. It must outlive them; one at a time.
+// Enables journals for all texts that are created during its lifetime. It must outlive them. Only one may exist.
 class RecoverySession {
  public:
   explicit RecoverySession(const QString& folder = usualFolder());
@@ -21,11 +21,11 @@ class RecoverySession {
   RecoverySession& operator=(const RecoverySession&) = delete;
 
   static RecoverySession* current();   // null: none
-  static QString usualFolder();        // "recovery" in the user's state folder; not made yet
+  static QString usualFolder();        // "recovery" in the user's state folder; does not create it
   QString folder() const;
-  bool flush();                           // everything is on disk now; false: it could not be
-  void holdAll(int patienceMs = 10000);   // does what Recovery::holdNow() does for every modified text at once
-  // Called on the thread of the session when journals begin to fail, fail for another reason, or work again (empty text).
+  bool flush();                           // writes everything to disk; false: that failed
+  void holdAll(int patienceMs = 10000);   // Recovery::holdNow() for all modified texts at once
+  // Called on the thread of the session when journals begin to fail, when the reason changes, or when they work again (empty text).
   void onFailure(std::function<void(const QString&)> told);
   QString failure() const { return failure_; }
 
@@ -47,12 +47,12 @@ class Recovery : public QObject {
   ~Recovery() override;
 
   void setFile(const QString& path, const QString& title);   // path empty: untitled
-  void saved();                                              // the text is what its file holds: loaded, or saved durably
-  std::function<qint64()> caret;   // where it is now, in bytes; asked when the journal is told of the document
-  void discard();                  // the person does not want the changes
-  // The text is nowhere else: it is written down now, whole. False: it could not be.
+  void saved();                                              // the text is equal to its file: it was loaded, or saved durably
+  std::function<qint64()> caret;   // position of the caret in bytes; called when the journal records the document
+  void discard();                  // the user discards the changes
+  // Writes the whole text now, for a text that exists nowhere else. False: it could not be written.
   bool holdNow();
-  bool holds() const;   // the journal has all of the text, on the platter
+  bool holds() const;   // the journal holds the whole text, on disk
 
  private:
   explicit Recovery(std::shared_ptr<TextModel> model);

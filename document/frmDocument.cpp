@@ -27,28 +27,28 @@
 #include "text/line/LineEnds.h"
 #include "text/line/LineReader.h"
 
-// What all windows on one text share.
+// What all windows of one text share.
 struct frmDocument::Shared {
   QString name, title, folder;
   bool hasName = false;
   bool modified = false;
   bool leftInJournal = false;                    // closing keeps the journal
-  bool protectedFile = false, guarded = false;   // its file, and the text because of that
+  bool protectedFile = false, guarded = false;   // the file is write-protected; the text is read-only because of that
   int language = 0;
   bool languageIsChosen = false;
   QString lineComment, blockStart, blockEnd;
-  std::int64_t stampTakenNs = 0;   // when the file was last looked at whole
+  std::int64_t stampTakenNs = 0;   // time of the last complete check of the file
   bool mixedBreaks = false;        // as far as was looked
-  QTimer breaksLook;               // a moment after line ends came or went
+  QTimer breaksLook;               // runs shortly after line ends were added or removed
   std::vector<frmDocument*> windows;
-  std::unique_ptr<Recovery> recovery;   // null where there are no journals
+  std::unique_ptr<Recovery> recovery;   // null when there are no journals
 };
 
 namespace {
 
 constexpr int kWatchMs = 4000, kBreaksLookMs = 300;
-constexpr std::int64_t kBreaksLook = 8 << 20;   // bytes; takes some milliseconds
-// A file written twice within the clock's grain can change without its times changing; only its content tells.
+constexpr std::int64_t kBreaksLook = 8 << 20;   // bytes; reading them takes some milliseconds
+// A file written twice within the resolution of its timestamps can change without new times. Only its content shows that.
 constexpr std::int64_t kClockGrainNs = 2'000'000'000;
 
 std::int64_t nowNs() {
@@ -81,7 +81,8 @@ int windowStateOf(const QWidget& window) { return window.isMinimized() ? 1 : win
 
 }   // namespace
 
-// While one of our boxes is up the watch rests, and the focus that comes back when it closes is not a focus gain.
+// While a box of the document is open, the file is not watched, and the focus that returns when the box closes does not trigger a
+// check.
 class frmDocument::OwnBox {
  public:
   explicit OwnBox(frmDocument& document) : document_(&document), watched_(document.Timer1->isActive()) {
@@ -120,7 +121,7 @@ frmDocument::frmDocument(QWidget* parent)
   connect(cmx->model().get(), &TextModel::changed, look, [look, lookNow](const text::Change& change) {
     const auto has = [](const text::Change::Span& span) { return span.linesRemoved + span.linesInserted > 0; };
     const auto changes = [](const text::Change::Span& span) { return span.linesRemoved > 0 && span.linesInserted > 0; };
-    if (change.reset || std::ranges::any_of(change.spans, changes)) lookNow();   // not a key that was typed
+    if (change.reset || std::ranges::any_of(change.spans, changes)) lookNow();   // not for a typed character
     else if (std::ranges::any_of(change.spans, has)) look->start();
   });
   frmRegistry::instance().SetupMenusModified(false);
@@ -135,7 +136,7 @@ frmDocument::frmDocument(frmDocument& viewOf, QWidget* parent)
 }
 
 frmDocument::~frmDocument() {
-  disconnect(cmx, nullptr, this, nullptr);   // it loses the focus when it goes, after this object did
+  disconnect(cmx, nullptr, this, nullptr);   // it loses the focus when it is destroyed, after this object
   std::erase(shared_->windows, this);
 }
 
@@ -156,7 +157,7 @@ void frmDocument::setUp() {
     if (Frame* main = frame(); main && main->activeDocument() == this) showLineEnds();
   });
   connect(cmx, &CodeMax::Note, this, [](const QString& text) {
-    if (!text.isEmpty()) SetStatusText(text);   // an empty note only ends what an earlier action said; the frame sees to that
+    if (!text.isEmpty()) SetStatusText(text);   // an empty note only clears the message of an earlier action; the frame does that
   });
 }
 
@@ -184,7 +185,7 @@ void frmDocument::beginFile(const QString& path) {
   setFile(path);
   shared_->hasName = false;
   cmx->model()->path = path;
-  cmx->model()->stamp = text::FileStamp{};   // one that comes there meanwhile is not overwritten without a question
+  cmx->model()->stamp = text::FileStamp{};   // a file that appears there meanwhile is not overwritten without a question
 }
 
 void frmDocument::setFile(const QString& path) {
@@ -218,7 +219,7 @@ QString frmDocument::Caption() const {
 void frmDocument::updateCaption() {
   for (frmDocument* window : shared_->windows) {
     QString caption = window->Caption();
-    caption.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));   // a place holder of the tool kit otherwise
+    caption.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));   // else Qt replaces "[*]"
     window->setWindowTitle(caption);
     emit window->captionChanged();
   }
@@ -259,10 +260,10 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   if (shared_->recovery) shared_->recovery->saved();
   if (again) followRights();
   Timer1->start();
-  // A 16-bit encoding has the byte of a line feed inside other characters; there the control knows better.
+  // In UTF-16 a byte of another character may equal a line feed. Then only the control can tell.
   const text::Encoding encoding = cmx->fileFormat().encoding;
   const bool wide = encoding == text::Encoding::utf16le || encoding == text::Encoding::utf16be;
-  // A file cut to nothing says nothing about the text that may come back by undo.
+  // An empty file tells nothing about the text that undo may bring back.
   if (!wide && !(again && cmx->LineCount() == 1)) {
     const bool crlf = SetCRLF(path);
     if (crlf != cmx->EnableCRLF()) cmx->setEnableCRLF(crlf);
@@ -273,7 +274,7 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   SetStatusText(nameForDisplay(path));
 }
 
-// Exchanges only what differs, so that caret, bookmarks and folded work elsewhere in the text stay where they are.
+// Replaces only what differs, so that caret, bookmarks and views elsewhere in the text stay.
 QString frmDocument::reload(const QString& path, const std::optional<text::FileFormat>& as) try {
   TextModel& model = *cmx->model();
   text::LoadOptions options;
@@ -309,7 +310,7 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
                   file.text.bytes({text::ByteOffset(head), text::ByteOffset(newSize - tail)})};
   const text::SelectionState before = cmx->editor().selection();
   {
-    struct Writable {   // read-only guards against the person's edits; the file has changed all the same
+    struct Writable {   // read-only protects against the user's edits only; the new content of the file must be loaded
       explicit Writable(text::Document& guarded) : document(guarded) { document.setReadOnly(false); }
       ~Writable() { document.setReadOnly(was); }
       text::Document& document;
@@ -358,7 +359,7 @@ bool frmDocument::SaveDocumment(const QString& path) {
   if (!makeFolderOf(path)) return false;
   text::SaveResult result = save(true);
   if (result.changedOnDisk && !text::fileExists(fromQString(path))) {
-    result = save(false);   // it has gone: nobody's work is there to be lost
+    result = save(false);   // the file is gone: nothing would be overwritten
   } else if (result.changedOnDisk) {
     const OwnBox box(*this);
     const QString question = tr("%1 has been changed on disk by another program.\r\nDo you want to overwrite it?");
@@ -389,7 +390,7 @@ bool frmDocument::isLeftInJournal() const { return shared_->leftInJournal; }
 bool frmDocument::CancelSaveFile() {
   if (!cmx->Modified()) return false;
   const OwnBox box(*this);
-  if (Frame* main = frame()) main->activate(this);   // the question should be about what is in sight
+  if (Frame* main = frame()) main->activate(this);   // so that the user sees the document that the question is about
   switch (MsgBox(tr("There are changes to the current file. Do you wish to save these changes"), CurrentFileTitle(),
                  Icon::exclamation, Buttons::yesNoCancel)) {
     case Answer::yes: break;
@@ -415,7 +416,7 @@ void frmDocument::inconsistentDate() {
 
   const OwnBox box(*this);
   text::FileStamp now;
-  const auto look = [&](bool withContent) {   // the disk may hang; then the next look may tell more
+  const auto look = [&](bool withContent) {   // the disk may hang; then the next check decides
     const auto seen = std::make_shared<text::FileStamp>();
     const auto work = [seen, withContent, path = fromQString(shared_->name)](text::SearchControl&) {
       *seen = text::stampOf(path, withContent);
@@ -426,9 +427,9 @@ void frmDocument::inconsistentDate() {
   };
   if (!look(false)) return;
   if (!now.exists || !now.status.isRegular()) {
-    if (!known->exists) return;   // told already, and it was not there since
-    known = text::FileStamp{};    // saving it anew overwrites nobody's work
-    cmx->setModified(true);       // nothing but this window holds the text any more
+    if (!known->exists) return;   // already reported, and the file has not come back
+    known = text::FileStamp{};    // the next save creates the file again without a question
+    cmx->setModified(true);       // the text exists only in this window
     MsgBox(tr("The source of this file cannot be found, please re-save it"), {}, Icon::exclamation);
     return;
   }
@@ -437,10 +438,10 @@ void frmDocument::inconsistentDate() {
   const std::int64_t lookedAt = nowNs();
   if (!look(true)) return;
   const bool sameLooks = now.status.mtimeNs == known->status.mtimeNs && now.status.size == known->status.size;
-  if (now.exists && sameLooks && now.contentHash == 0) return;   // it cannot be read now; the next look may tell more
+  if (now.exists && sameLooks && now.contentHash == 0) return;   // it cannot be read now; the next check decides
   const bool otherText = now.contentHash != known->contentHash || now.status.size != known->status.size;
   if (!now.exists || (now.status.mtimeNs == known->status.mtimeNs && !otherText)) {
-    if (now.exists) {   // moved, linked, other rights: the same text of the same date
+    if (now.exists) {   // moved, linked or other permissions: same content and time
       known = now;
       shared_->stampTakenNs = lookedAt;
       followRights();
@@ -462,7 +463,7 @@ void frmDocument::inconsistentDate() {
   }
   known = now;
   shared_->stampTakenNs = lookedAt;
-  if (otherText) cmx->setModified(true);   // what is shown is not what the file holds
+  if (otherText) cmx->setModified(true);   // the text shown differs from the file
 }
 
 bool frmDocument::SetCRLF(const QString& path) {
@@ -531,7 +532,7 @@ void frmDocument::cmx_Typed() {
 void frmDocument::cmx_SelChange() {
   if (gBusy()) return;
   RowAndCol();
-  showTemplateState(false);   // moving over an old hot key with two dots must not expand it
+  showTemplateState(false);   // moving the caret over an old hot key with two dots must not expand it
 }
 
 void frmDocument::cmx_PropsChange() {
@@ -539,7 +540,7 @@ void frmDocument::cmx_PropsChange() {
   CMXRegistry::storeOptions(*cmx);
   Frame* main = frame();
   if (!main) return;
-  for (frmDocument* document : main->documents())   // who changes an option means the editor, not one window
+  for (frmDocument* document : main->documents())   // a changed option applies to all windows
     if (document != this) CMXRegistry::applyTo(*document->cmx);
 }
 
@@ -573,7 +574,7 @@ void frmDocument::letGo() {
 
 bool frmDocument::agreeToClose() {
   if (hasAgreedToClose()) return true;
-  const bool last = allAgreed(this);   // further windows go without a question
+  const bool last = allAgreed(this);   // other windows of the text close without a question
   closeAsked_ = shared_->leftInJournal || CurrentFileTitle().isEmpty() || !last || !CancelSaveFile();
   closeAskedAt_ = cmx->model()->document().revision();
   return closeAsked_;
@@ -587,7 +588,7 @@ void frmDocument::closeEvent(QCloseEvent* event) {
   event->accept();
   Timer1->stop();
   closed_ = true;
-  // What was not saved by now the person does not want.
+  // The user has agreed to lose unsaved changes.
   if (shared_->recovery && !shared_->leftInJournal && std::ranges::all_of(shared_->windows, &frmDocument::closed_))
     shared_->recovery->discard();
   Frame* main = frame();
@@ -630,8 +631,8 @@ bool frmDocument::LanguageIsChosen() const { return shared_->languageIsChosen; }
 
 namespace {
 
-// Makes one edit at most in each line of the selection, as `editOf` says, in one step; a selection from column 0 goes on covering
-// whole lines. An edit stands before all else than blanks and changes the line by `by` columns.
+// Makes at most one edit in each selected line, as `editOf` returns it, as one undo step. A selection that starts at column 0 still
+// covers whole lines afterwards. Only blanks may stand before an edit, and it changes the length of the line by `by` characters.
 template <class EditOf>
 void editLines(CodeMax& control, const QString& what, qint64 by, EditOf editOf) {
   const LineRange lines = control.editor().selectedLines(LineAtEnd::included);
@@ -683,7 +684,7 @@ void frmDocument::UnCommentBlock() {
   if (token.isEmpty() || cmx->ReadOnly()) return;
   const auto editOf = [mark = fromQString(token)](std::string_view line, text::ByteOffset start) -> std::optional<text::Edit> {
     const std::size_t code = std::min(line.find_first_not_of(" \t"), line.size());
-    const std::size_t at = line.substr(0, code + mark.size()).find(mark);   // marks may begin with a blank
+    const std::size_t at = line.substr(0, code + mark.size()).find(mark);   // the mark itself may begin with a blank
     if (at == std::string_view::npos) return std::nullopt;
     const text::ByteOffset begin = start + std::int64_t(at);
     return text::Edit{{begin, begin + std::int64_t(mark.size())}, {}};

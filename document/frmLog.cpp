@@ -26,9 +26,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kOpenLineTime = 200;                // milliseconds until a line that a program left open is shown
-constexpr std::int64_t kWalkCost = 32;            // a byte of the log costs as much as so many of a search
-constexpr qsizetype kLongestOpenLine = 1 << 16;   // bytes kept back while waiting for its end
+constexpr int kOpenLineTime = 200;                // milliseconds until an incomplete line of a program is shown
+constexpr std::int64_t kWalkCost = 32;            // cost of a byte of the log, in bytes of a search
+constexpr qsizetype kLongestOpenLine = 1 << 16;   // bytes held back until the line ends
 constexpr std::size_t kUndoSteps = 200, kUndoBytes = 16u << 20;
 
 bool isPlain(QStringView text) {
@@ -37,7 +37,7 @@ bool isPlain(QStringView text) {
   return true;
 }
 
-// Line breaks and tabs stay, every other character that would not be seen becomes an escape.
+// Keeps line breaks and tabs; escapes all other invisible characters.
 QString shown(const QString& text) {
   QString out;
   out.reserve(text.size());
@@ -52,7 +52,7 @@ QString shown(const QString& text) {
   return out;
 }
 
-// How many bytes at the end begin a character that is not complete yet.
+// Number of bytes at the end that begin an incomplete character.
 qsizetype incompleteTail(const QByteArray& bytes) {
   for (qsizetype back = 1; back <= 3 && back <= bytes.size(); ++back) {
     const uchar c = uchar(bytes[bytes.size() - back]);
@@ -63,7 +63,7 @@ qsizetype incompleteTail(const QByteArray& bytes) {
   return 0;
 }
 
-// As much of a line as may be a message.
+// The part of a line that may be a message.
 QString beginningOf(const text::Snapshot& log, text::LineNo line) {
   const text::ByteOffset start = log.lineStart(line);
   return toQString(log.bytes({start, std::min(log.lineEnd(line), start + 4 * kLongestMessage)})).left(kLongestMessage);
@@ -71,25 +71,25 @@ QString beginningOf(const text::Snapshot& log, text::LineNo line) {
 
 }   // namespace
 
-// What a program has sent and is not in the log yet: the beginning of a line.
+// Output of a program that is not in the log yet: the beginning of a line.
 struct frmLog::Channel {
   QByteArray open;
 };
 
-// A line of the log that leads to a text.
+// A line of the log that refers to a position in a text.
 struct frmLog::Walked {
   qint64 line = -1;
-  MessagePlace place;   // its file is empty where USAGE wrote the line; column then counts from 0
+  MessagePlace place;   // its file is empty for lines of USAGE; column then counts from 0
 };
 
-// Per line what wrote it; kept in step with the text by the model's changes.
+// What wrote each line; updated with the changes of the text.
 struct frmLog::Streams {
   static constexpr signed char kNone = -1;
   std::vector<signed char> lines{kNone};
 
   void follow(const text::Change& change, const text::Snapshot& now) {
     for (const auto& span : change.spans) {
-      // The line in which the span begins keeps its flag as long as something of it is left.
+      // The line in which the span begins keeps its flag if a part of it remains.
       const std::size_t kept = now.lineStart(span.firstLine) == span.begin && span.linesRemoved > 0 ? 0 : 1;
       const auto at = std::min<std::size_t>(std::size_t(span.firstLine.value) + kept, lines.size());
       const auto removed = std::min<std::size_t>(std::size_t(span.linesRemoved), lines.size() - at);
@@ -145,7 +145,7 @@ frmLog::~frmLog() { Form_Unload(); }
 
 void frmLog::Form_Unload() {
   if (std::exchange(unloaded_, true)) return;
-  const QWidget* dock = parentWidget();   // when it floats its place is the log's
+  const QWidget* dock = parentWidget();   // a floating dock has the position of the log
   frmRegistry::instance().SaveLogWindowProfile(dock && dock->isWindow() ? *dock : *this);
 }
 
@@ -163,7 +163,7 @@ void frmLog::showEvent(QShowEvent* event) {
   showEnd();
 }
 
-// What came while the log was hidden, or smaller, is seen; unless the user has gone elsewhere in it.
+// Scrolls to output that came while the log was hidden or smaller, unless the user has moved elsewhere in it.
 void frmLog::showEnd() {
   const CmRange selection = cmx->GetSel(false);
   if (isVisible() && selection.IsEmpty() && selection.EndLineNo == cmx->LineCount() - 1) cmx->SetSel(selection);
@@ -209,7 +209,7 @@ void frmLog::AppendLog(const QString& text, Stream stream) {
   emit appended(added, stream);
 }
 
-// Which channel a program chose says little: simulators report on standard output, and builds chat on the other.
+// The channel tells little: simulators report errors on standard output, and build tools report progress on standard error.
 void frmLog::markErrors(qint64 firstLine, const QString& added) {
   qint64 line = firstLine;
   for (const QStringView text : QStringView(added).split(u'\n')) {
@@ -232,11 +232,11 @@ void frmLog::trim() {
   text::LineNo line = now.lineAt(keep) + 1;
   if (line.value < now.lineCount()) {
     keep = now.lineStart(line);
-  } else {   // one line that is too long by itself loses its beginning
+  } else {   // a single line that is too long loses its beginning
     line = now.lineAt(keep);
     while (keep < now.size() && (uchar(now.at(keep)) & 0xC0) == 0x80) keep = keep + 1;
   }
-  dropped_ = std::max<qint64>(1, dropped_ + line.value - (dropped_ > 0 ? 1 : 0));   // the notice itself is no line of the log
+  dropped_ = std::max<qint64>(1, dropped_ + line.value - (dropped_ > 0 ? 1 : 0));   // the notice is not counted
   const std::string notice = fromQString(tr("[%n earlier line(s) dropped]", nullptr, int(dropped_))) + "\r\n";
   cmx->model()->document().apply(text::Edit{{text::ByteOffset(0), keep}, notice}, cmx->editor().selection());
 }
@@ -325,7 +325,7 @@ void frmLog::cmx_DblClick() {
   jumpToMessage(at.LineNo, -1);
 }
 
-// A text that is open is brought forward, modified or not; opening it again would ask or read it anew.
+// Activates an open document, modified or not. Opening it again would ask or read it anew.
 frmDocument* frmLog::showFile(const QString& path) {
   for (frmDocument* document : frame()->documents()) {
     if (document->CurrentFileName() != path) continue;
@@ -353,7 +353,7 @@ bool frmLog::showPlace(frmDocument* document, qint64 line, qint64 column) {
   return true;
 }
 
-// Opens the file that the line names; with a column only when that place stands under it.
+// Opens the file that the line names. With a column, only if that place is under the column.
 bool frmLog::jumpToMessage(qint64 line, qint64 column) {
   if (!frame()) return false;
   const auto place = MessageFinder(folders()).find(beginningOf(cmx->model()->snapshot(), text::LineNo(line)));
@@ -370,8 +370,8 @@ bool frmLog::jumpTo(const MessagePlace& place, qint64 logLine) {
 
 void frmLog::setUsageOf(frmDocument* document) { usageOf_ = document; }
 
-// Goes on from the line that the last jump left selected, else from the caret. At the end of the log, where the caret
-// follows what comes, it begins with what the last program printed.
+// Continues from the line that the last jump selected, else from the caret. If the caret is at the end of the log, where it follows
+// the output, it starts with the output of the last program.
 bool frmLog::walk(int step) {
   if (!frame()) return false;
   const text::Snapshot log = cmx->model()->snapshot();
@@ -410,7 +410,7 @@ bool frmLog::walk(int step) {
     jumpTo(found.place, found.line);
   }
   cmx->SelectLine(found.line, false);
-  const CmRange whole = cmx->GetSel(true);   // with the caret at its front: that end of a long message is to be seen
+  const CmRange whole = cmx->GetSel(true);   // with the caret at the front, so that the start of a long message is visible
   cmx->SetSel({whole.EndLineNo, whole.EndColNo, whole.StartLineNo, whole.StartColNo, false});
   return true;
 }

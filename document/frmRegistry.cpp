@@ -23,7 +23,7 @@ namespace {
 constexpr int kMruEntries = 10, kMacroEntries = 20;
 constexpr int kMinimised = 1, kMaximised = 2;
 
-// Where a profile's values stand; the log window has its own.
+// The key of a profile's values; the log window has its own key.
 struct ProfileNames {
   QString top, left, width, height, state, scale;
 };
@@ -40,7 +40,7 @@ const ProfileNames& logNames() {
 
 int stateOf(const QWidget& window) { return window.isMinimized() ? kMinimised : window.isMaximized() ? kMaximised : 0; }
 
-// The nearest place at which a window can be seen and reached: on the screen that shows most of it, or on the first.
+// The nearest position at which a window is visible and can be reached: on the screen that shows most of it, else on the first one.
 QRect onScreen(QRect wanted) {
   const QScreen* best = QGuiApplication::primaryScreen();
   qint64 most = 0;
@@ -65,14 +65,14 @@ double storedScale(const QWidget& window, const ProfileNames& names) {
   return scale >= 0.25 && scale <= 16 ? scale : window.devicePixelRatioF();
 }
 
-// The place that is stored for a window; what is not stored is as it is now. Invalid: what is stored makes no sense. The scale is
-// the number of the screen's pixels to one of these, which was perhaps another when the place was stored: the window then
-// covers at least the same part of the screen and has room for at least the same text.
+// The stored position of a window. Missing values are taken from the current position. Invalid: the stored values are senseless.
+// The scale is the number of device pixels for one pixel of the desktop, which may have been another when the position was stored.
+// The window then covers at least the same part of the screen and has room for at least the same text.
 QRect storedPlace(const QWidget& window, const ProfileNames& names) {
-  // A minimised or maximised window keeps its normal place; before it was ever shown that is its present geometry.
+  // The normal position of a minimised or maximised window. Before it is first shown, its current geometry.
   const QRect now = window.normalGeometry().isValid() ? window.normalGeometry() : window.geometry();
   const auto read = [](const QString& name, int otherwise) { return qRound(Real(kGlobalKey, name, otherwise)); };
-  constexpr int kSmallest = 100, kLargest = 100'000;   // rectangles further out do not add up
+  constexpr int kSmallest = 100, kLargest = 100'000;   // larger rectangles overflow
   const int top = std::clamp(read(names.top, now.top()), -kLargest, kLargest);
   const int left = std::clamp(read(names.left, now.left()), -kLargest, kLargest);
   const QSize size(read(names.width, now.width()), read(names.height, now.height()));
@@ -89,17 +89,18 @@ void readProfile(QWidget& window, const ProfileNames& names) {
   }
   const int state = Number(kGlobalKey, names.state, stateOf(window));
   Qt::WindowStates states = window.windowState() & ~(Qt::WindowMinimized | Qt::WindowMaximized);
-  // A window left minimised starts normal: starting a program is asking to see it.
+  // A window that was left minimised starts normal.
   if (state == kMaximised) states |= Qt::WindowMaximized;
   window.setWindowState(states);
 }
 
-// Where the window is when it is neither minimised, maximised nor full screen. Invalid: nobody knows yet.
+// The position when the window is not minimised, maximised or full screen. Invalid: not known yet.
 QRect normalPlace(const QWidget& window) {
   return window.isMinimized() || window.isMaximized() || window.isFullScreen() ? window.normalGeometry() : window.geometry();
 }
 
-// The stored place was changed to be shown, and the user left it so: it is good for a larger screen or another scale.
+// The stored position was adjusted for this screen, and the user did not move the window: keep the stored one for a larger screen
+// or another scale.
 bool showsStored(const QWidget& window, const ProfileNames& names) {
   if (!GetValue(kGlobalKey, names.width).isValid()) return false;
   const QRect stored = storedPlace(window, names);
@@ -125,7 +126,7 @@ const QString kStatusBar = QStringLiteral("StatusBar"), kToolBar = QStringLitera
 const QString kViewStatusBar = QStringLiteral("mnuViewStatusBar"), kViewToolbar = QStringLiteral("mnuViewToolbar"),
               kViewTabs = QStringLiteral("mnuViewTabs"), kCustom = QStringLiteral("mCustom"), kSeparator = QStringLiteral("-");
 
-// "&" starts a mnemonic in a caption; a name shows its own.
+// "&" starts a mnemonic in a caption, so it is doubled in a name.
 QString inMenu(QString name) { return nameForDisplay(name, 200).replace(u'&', QLatin1String("&&")); }
 
 }   // namespace
@@ -162,7 +163,7 @@ QStringList frmRegistry::stdOpenFile(const QString& title, const QString& filter
 QString frmRegistry::stdSaveFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder,
                                  const QString& name, bool giveExtension) {
   FileDialogRequest request{title, filter, filterIndex, folder, name, {}, false, &exactFiles()};
-  // The extension has to be known before the dialog asks about overwriting.
+  // The extension must be known before the dialog asks about overwriting.
   const QString pattern = filter.split(u'|').value(filterIndex * 2 - 1).section(u';', 0, 0);
   if (giveExtension && pattern.startsWith(QLatin1String("*.")) && pattern != QLatin1String("*.*"))
     request.defaultExtension = pattern.mid(2);
@@ -236,13 +237,13 @@ void frmRegistry::forgetFrame() { frame_ = nullptr; }
 // ---- recently-used list
 
 void frmRegistry::SaveMRUList() {
-  if (!listWasRead_) return;   // nothing is known of the stored one
+  if (!listWasRead_) return;   // the stored list has not been read
   for (int i = 0; i < kMruEntries; ++i) SetText(kGlobalKey, QStringLiteral("MRU%1").arg(i), mruFile.Item(i));
 }
 
 void frmRegistry::GetMRUList() {
   const QStringList seeded = mruFile.items();
-  listWasRead_ = false;   // what is read need not be written
+  listWasRead_ = false;   // a list just read need not be written
   QStringList names;
   for (int i = 0; i < kMruEntries; ++i) names << Text(kGlobalKey, QStringLiteral("MRU%1").arg(i));
   names.removeAll(QString());

@@ -1,8 +1,8 @@
-// The hidden service form of the main frame: carries the language manager (ucCM1) and the recently-used list (mruFile),
-// keeps window profiles in the settings, builds the menus that depend on data, and owns the common file dialogs.
+// Services of the main frame without a window: owns the language manager (ucCM1) and the recently-used list (mruFile), stores
+// window profiles in the settings, builds the menus that depend on data, and shows the common file dialogs.
 //
-// There is one; frmRegistry::instance() makes it on first use. It never shows a window and knows the frame only through
-// ProfiledFrame. A value missing in the settings leaves its target as it is.
+// There is one instance; frmRegistry::instance() creates it on first use. It knows the frame only through ProfiledFrame. A missing
+// setting leaves its target unchanged.
 #pragma once
 
 #include <QObject>
@@ -15,7 +15,7 @@
 
 class ucCM;
 
-// What the service form asks of the frame whose profile it keeps and whose menus it builds. Menu items are named by their
+// What the services need from the frame whose profile they store and whose menus they build. Menu items are named after their
 // handlers ("mnuFileMRU", "mCustom"); index is the element of a menu array, -1 the item itself.
 class ProfiledFrame {
  public:
@@ -27,10 +27,10 @@ class ProfiledFrame {
   virtual void setCmxWindowState(int state) = 0;
   virtual void setMenu(const QString& menuName, int index, const QString& caption, bool visible) = 0;
   virtual void setMenuEnabled(const QString& menuName, bool on) = 0;
-  virtual void setModifiedFacts(bool active, bool any) = 0;   // the active document is modified; any document is
+  virtual void setModifiedFacts(bool active, bool any) = 0;   // whether the active document and whether any document is modified
 };
 
-// It is the application folder or one below it: nothing of the user's is put there.
+// The application folder or a folder below it: no files of the user are stored there.
 bool isInstalled(const QString& folder);
 
 class frmRegistry : public QObject {
@@ -43,14 +43,15 @@ class frmRegistry : public QObject {
   ucCM& ucCM1();
   ucMRULst mruFile;
 
-  // The process's current directory is where dialogs and programs start: the folder of the document that is worked on, or of the file
-  // chosen last. It is never one of those that the program is installed in.
+  // Dialogs and programs start in the process's current directory: the folder of the active document, or of the file chosen last.
+  // It is never a folder of the installed program.
   void followFolder(const QString& folder);
-  // File dialogs. An empty result: cancelled. filterIndex is the 1-based entry of the filter, updated by the choice. The
-  // process's current directory follows the chosen file.
+  // File dialogs. An empty result: cancelled. filterIndex is the 1-based entry of the filter and is updated by the choice. The
+  // current directory follows the chosen file.
   QStringList stdOpenFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder, const QString& name,
                           bool multiple = false);
-  // Asks before overwriting. With giveExtension a name without one gets the first of the chosen filter entry, unless that shows all.
+  // Asks before overwriting. giveExtension: a name without extension gets the first one of the chosen filter entry, unless that
+  // entry shows all files.
   QString stdSaveFile(const QString& title, const QString& filter, int& filterIndex, const QString& folder, const QString& name,
                       bool giveExtension = true);
   QString stdHelpFile(const QString& folder);
@@ -58,7 +59,7 @@ class frmRegistry : public QObject {
   // Window profiles, below Software\Zelkor Editor\Global.
   void SaveLogWindowProfile(const QWidget& window);
   void GetLogWindowProfile(QWidget& window);
-  // How the frame shows the log; place and size are those of the window profile above.
+  // How the frame shows the log; position and size are in the window profile above.
   struct LogDock {
     Qt::DockWidgetArea area = Qt::BottomDockWidgetArea;
     bool floating = false, shown = false;
@@ -67,17 +68,18 @@ class frmRegistry : public QObject {
   LogDock GetLogDock() const;
   void SaveMDIWindowProfile(ProfiledFrame& frame);
   void getFormWindowProfile(ProfiledFrame& frame);
-  void GetProfile(ProfiledFrame& frame, const QString& mruMenu);   // keeps both, reads list and profile, fills the menu
+  void GetProfile(ProfiledFrame& frame, const QString& mruMenu);   // keeps both arguments, reads list and profile, fills the menu
   void forgetFrame();                                              // before the frame goes
-  void SetProfile();                                               // writes list and profile of the kept frame; without one nothing
+  // writes list and profile of the kept frame; does nothing without one
+  void SetProfile();
 
   // Recently-used list.
   void SaveMRUList();
   void GetMRUList();
-  void SetupMRUList();   // the sample files, on a first run
+  void SetupMRUList();   // adds the sample files on a first run
   void MRUtoMenu();
 
-  // Menus that depend on data; without a kept frame they do nothing.
+  // Menus that depend on data. They do nothing without a kept frame.
   void SetMDIMenu(const QString& menuName, const QString& caption, bool visible, int index);
   void SetupMenusModified(bool modified);   // of the active document
   void CommandstoMenu();                    // macros of the current language

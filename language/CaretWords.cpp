@@ -20,7 +20,7 @@ const QString kField = QStringLiteral("$$");
 
 bool holds(const QString& list, const QString& word) { return (kCrLf + list).contains(kCrLf + word + kCrLf, Qt::CaseInsensitive); }
 
-// The words of a list; text behind the last CR LF is none.
+// The words of a list. Text behind the last CR LF is ignored.
 QStringList wordsOf(const QString& list) {
   QStringList words = list.split(kCrLf);
   words.removeLast();
@@ -32,9 +32,9 @@ QString formatted(const QString& word, qsizetype width) { return word.rightJusti
 
 CmRange caretAt(const CmPosition& at) { return {at.LineNo, at.ColNo, at.LineNo, at.ColNo, false}; }
 
-constexpr qsizetype kLongestWord = 128;   // longer listed words are never found at a caret
+constexpr qsizetype kLongestWord = 128;   // longer words of a list are never found at the caret
 
-// A word of a list and the place of the text where it stands.
+// A word of a list and its position in the text.
 struct ListedWord {
   QString text;   // as in the list
   text::ByteRange range;
@@ -42,8 +42,8 @@ struct ListedWord {
 
 bool isWordChar(QChar c) { return text::classOf(c.unicode()) == text::CharClass::word; }
 
-// Whether the word at `at` of `line` stands for itself: no letter goes on at an end that is a letter, a sign such as "-eq" is no
-// part of "a-eq", and no longer sign of the language covers it ("<" in "<=").
+// Whether the word at `at` of `line` stands alone. No letter continues it at an end that is a letter; a sign such as "-eq" is not a
+// part of "a-eq"; and no longer operator of the language covers it ("<" in "<=").
 bool standsAlone(const QString& line, qsizetype at, const QString& word, const QStringList& operators) {
   const qsizetype end = at + word.size();
   const bool before = at > 0 && isWordChar(line[at - 1]), behind = end < line.size() && isWordChar(line[end]);
@@ -56,7 +56,7 @@ bool standsAlone(const QString& line, qsizetype at, const QString& word, const Q
   return true;
 }
 
-// The longest word of any list that the caret touches; of equally long ones the one that is the current word.
+// The longest listed word that the caret touches. Of words of equal length, the current word.
 std::optional<ListedWord> listedWordAt(CodeMax& cmx, const clsLang& language) {
   const Editor& editor = cmx.editor();
   const text::Snapshot& text = editor.snapshot();
@@ -84,8 +84,8 @@ std::optional<ListedWord> listedWordAt(CodeMax& cmx, const clsLang& language) {
   return best;
 }
 
-// The edit control's own search for the word selects what is to be replaced. The search options are the person's and
-// may keep it from finding the word at the caret; then the word's own range holds.
+// Selects the word by the edit control's own search. The user's search options may keep it from finding the word at the caret; then
+// the range of the word is used.
 CmRange findListedWord(CodeMax& cmx, const CmRange& word, const QString& findText, const QString& replaceText) {
   SearchState users = usersSearch();
   searchState().options = {};
@@ -106,10 +106,10 @@ QString leadOf(const QString& line) {
   return line.left(end);
 }
 
-// True: the document indents with tabs; no value: it shows neither. What stands at the caret's own line counts first, then the
-// nearest indented line above, then below.
+// True: the document indents with tabs. No value: unknown. The caret's own line decides first, then the nearest indented line
+// above, then below.
 std::optional<bool> indentsWithTabs(CodeMax& cmx, qint64 line) {
-  constexpr qint64 kAround = 200, kLead = 64;   // lines looked at each way; bytes of each
+  constexpr qint64 kAround = 200, kLead = 64;   // lines examined in each direction; bytes of each
   const text::Snapshot text = cmx.editor().snapshot();
   const auto look = [&](qint64 at) -> std::optional<bool> {
     const text::ByteOffset begin = text.lineStart(text::LineNo(at)), end = text.lineEnd(text::LineNo(at));
@@ -125,13 +125,13 @@ std::optional<bool> indentsWithTabs(CodeMax& cmx, qint64 line) {
   return std::nullopt;
 }
 
-// A template's text, laid out behind `indentation` blanks, with the tabs or blanks that the document indents with: the blanks as
-// the line's own beginning `lead`, each level of the template as a tab, or each of its tabs as blanks.
-// Where tabs have a meaning (`asWritten`) the template's own blanks and tabs stay.
+// The text of a template behind `indentation` blanks, converted to the document's tabs or blanks: the indentation becomes `lead`
+// (the beginning of the line itself), each level of the template a tab, or each of its tabs blanks. If tabs have a meaning
+// (`asWritten`), the template's own blanks and tabs are kept.
 QString asTheDocument(const QString& text, qint64 indentation, const QString& lead, bool tabs, bool asWritten, int tabSize) {
   QStringList lines = text.split(kCrLf);
   const qsizetype from = lines[0].isEmpty() ? 2 : 1;   // see UserStringToCode
-  qsizetype level = 0;                                 // blanks of the template's least indented line
+  qsizetype level = 0;                                 // blanks of the least indented line of the template
   for (qsizetype i = from; i < lines.size(); ++i) {
     const QString own = leadOf(lines[i].mid(indentation));
     if (!own.isEmpty() && !own.contains(u'\t') && (level == 0 || own.size() < level)) level = own.size();
@@ -150,11 +150,11 @@ QString asTheDocument(const QString& text, qint64 indentation, const QString& le
   return lines.join(kCrLf);
 }
 
-// The text of the hot key's template, ready to go in at `word`.
+// The text of the hot key's template, ready for insertion at `word`.
 QString templateText(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const CmRange& word,
                      const ExpandText& expand) {
   QString text = manager.GetUserString(languageIndex, hotKey);
-  // "$$name" is a field in front of "name", not a dollar in front of the variable "$name".
+  // "$$name" is a field before "name", not a "$" before the variable "$name".
   QChar stand(0xFDD0);
   while (text.contains(stand)) stand = QChar(stand.unicode() + 1);
   text.replace(kField, QString(stand));
@@ -255,7 +255,7 @@ bool isTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, bool afterTyping
       cmx.ExecuteCmd(Cmd::WORDRIGHTEXTEND);
       cmx.ReplaceSel(QStringLiteral(" "));
       putIn(cmx, text, range);
-      busy.reset();   // the caret's new place is news for everybody, once the block ends
+      busy.reset();   // the new caret position is notified when the block ends
       cmx.setFocus();
       return false;
     }

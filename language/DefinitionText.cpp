@@ -12,10 +12,10 @@ namespace {
 const QString kCrLf = QStringLiteral("\r\n");
 const QLatin1String kLanguage(kLanguageMark), kDescription(kDescriptionMark), kCaseSensitive("Case Sensitive"), kForeign("Foreign");
 
-// In the file even when it is empty.
+// Written even when it is empty.
 bool isAlwaysWritten(const LanguageProperty& property) { return property.value == &clsLang::Keywords; }
 
-// Calls use(line) for each line of a text; a break at the very end starts no further line.
+// Calls use(line) for each line of a text. A break at the end of the text does not start another line.
 template <class F>
 void forEachLine(QStringView text, F use) {
   qsizetype begin = 0;
@@ -132,7 +132,7 @@ LineKind kindOf(QStringView line) {
     case '^': kind = LineKind::wordList; break;
     default: return LineKind::property;
   }
-  return line.size() < 4 ? LineKind::body : kind;   // too short to lose two characters at each end
+  return line.size() < 4 ? LineKind::body : kind;   // too short to remove two characters at each end
 }
 
 QStringView nameIn(QStringView line, LineKind kind) {

@@ -17,7 +17,7 @@ FieldWalk::FieldWalk(CodeMax& cmx, text::ByteRange range) : QObject(&cmx), cmx_(
   begin_ = document.addMark(range.begin, text::Bias::left);
   end_ = document.addMark(range.end, text::Bias::right);
   changes_ = document.subscribe([this](const text::Change& change) {
-    if (change.reset) begin_ = end_ = fieldBegin_ = fieldEnd_ = 0;   // another text: the marks are gone
+    if (change.reset) begin_ = end_ = fieldBegin_ = fieldEnd_ = 0;   // another text: its marks do not exist any more
   });
   connect(&cmx, &CodeMax::SelChange, this, &FieldWalk::leftField, Qt::QueuedConnection);   // it changes the text
   qApp->installEventFilter(this);
@@ -33,7 +33,7 @@ FieldWalk* FieldWalk::of(const CodeMax& cmx) {
 
 void FieldWalk::start(CodeMax& cmx, text::ByteRange range) {
   if (FieldWalk* walk = of(cmx)) {
-    walk->dropField();   // what goes in now is no name to repeat
+    walk->dropField();   // the new text is not a name to repeat
     if (walk->contains(range.begin, range.end)) return;
     walk->stop();
   }
@@ -73,7 +73,7 @@ bool FieldWalk::endField() {
   text::Document& document = cmx_.editor().document();
   const QString typed = toQString(document.snapshot().bytes({document.markAt(fieldBegin_), document.markAt(fieldEnd_)}));
   dropField();
-  // Nothing: the field was deleted, which says nothing of the others. The marker is there again: it was undone. Lines: no name.
+  // Nothing: the field was deleted; the other fields stay. The marker is there again: undo. Several lines: not a name.
   return !typed.isEmpty() && !typed.startsWith(QLatin1String("$$")) && !typed.contains(u'\n') && fill(fieldName_, typed);
 }
 
@@ -85,10 +85,10 @@ void FieldWalk::dropField() {
 }
 
 bool FieldWalk::fill(const QString& name, const QString& with) {
-  constexpr std::int64_t kLargest = 1 << 20;   // of what may have been typed into the template since
+  constexpr std::int64_t kLargest = 1 << 20;   // maximum size of the template with the text typed into it
   Editor& editor = cmx_.editor();
   const text::ByteOffset begin = editor.document().markAt(begin_);
-  if (cmx_.ReadOnly() || end() - begin > kLargest || name[0].isDigit()) return false;   // equal numbers are no one thing
+  if (cmx_.ReadOnly() || end() - begin > kLargest || name[0].isDigit()) return false;   // equal numbers may mean different things
   const QString inside = toQString(editor.snapshot().bytes({begin, end()})), field = QStringLiteral("$$") + name;
   std::vector<text::Edit> edits;
   for (qsizetype at = 0; (at = inside.indexOf(field, at)) >= 0; at += field.size()) {
@@ -157,7 +157,7 @@ bool FieldWalk::eventFilter(QObject* watched, QEvent* event) {
   const auto* widget = qobject_cast<QWidget*>(watched);
   if (!begin_ || !widget || !(widget == &cmx_ || cmx_.isAncestorOf(widget)) || cmx_.ReadOnly()) return false;
 
-  bool replaces = false;   // what is selected gives way to something
+  bool replaces = false;   // the selection will be replaced
   if (event->type() == QEvent::InputMethod) {
     const auto* input = static_cast<QInputMethodEvent*>(event);
     replaces = !input->commitString().isEmpty() || !input->preeditString().isEmpty();

@@ -1,11 +1,11 @@
-// After a template was put in, Tab goes from field to field "$$" in it, as long as fields are left behind the caret; then, or
-// with the caret elsewhere, Tab is what it always is.
+// After the insertion of a template, Tab goes from field to field ("$$"), as long as there are fields behind the caret. After that,
+// or with the caret elsewhere, Tab has its usual meaning.
 //
-// A word directly behind the marker proposes what to put there ("$$clk"). What is typed or pasted over the selected marker
-// takes the place of both; Tab takes the proposal, that is, the marker goes. The same name elsewhere in the template ("$$clk"
-// again) becomes the same, once Tab goes on or the caret leaves the field, as a step of its own for undo.
+// A word directly behind the marker is a proposal ("$$clk"). Text typed or pasted over the selected marker replaces both; Tab
+// accepts the proposal and removes the marker. Other fields with the same name ("$$clk" again) get the same text when Tab goes on
+// or the caret leaves the field. That is an undo step of its own.
 //
-// A control has at most one walk, which goes with it. A template put in inside another joins that one's walk.
+// A control has at most one walk, which is destroyed with the control. A template inserted inside another one joins its walk.
 #pragma once
 
 #include <QObject>
@@ -20,7 +20,7 @@ class CodeMax;
 class FieldWalk : public QObject {
   Q_OBJECT
  public:
-  // range: the text that was put in, in bytes of the control's text.
+  // range: the inserted text, in bytes of the control's text.
   static void start(CodeMax& cmx, text::ByteRange range);
   // True while Tab would go to a field.
   static bool isActive(CodeMax& cmx);
@@ -34,10 +34,10 @@ class FieldWalk : public QObject {
   bool contains(text::ByteOffset begin, text::ByteOffset end) const;
   bool fieldLeft() const;
   bool markerSelected() const;
-  qint64 proposalLength() const;   // of the word behind the selection
+  qint64 proposalLength() const;   // length of the word behind the selection
   bool tab();
-  void beginField();   // marker and name are selected and will be typed over
-  bool endField();     // gives what was typed to the fields of the same name; true: there were some
+  void beginField();   // marker and name are selected and will be overtyped
+  bool endField();     // copies the typed text to the fields of the same name; true: there were some
   void dropField();
   bool fill(const QString& name, const QString& with);
   void leftField();
@@ -46,7 +46,7 @@ class FieldWalk : public QObject {
 
   CodeMax& cmx_;
   text::MarkId begin_ = 0, end_ = 0;             // 0: the walk is over
-  text::MarkId fieldBegin_ = 0, fieldEnd_ = 0;   // what is typed in the field now; 0: none, or it has no name
+  text::MarkId fieldBegin_ = 0, fieldEnd_ = 0;   // the text typed in the field; 0: none, or the field has no name
   QString fieldName_;
   std::shared_ptr<void> changes_;
 };

@@ -16,9 +16,9 @@
 struct FormatRules {
   bool caseOfNames = false, caseOfAll = false, tabs = false;
   QStringList lines, raw, here, rest;
-  QStringList plain;    // delimiters without escape character (Sign Places)
-  QStringList atLine;   // signs that count at a line's start only (Sign Places)
+  QStringList plain;    // delimiters without an escape character (Sign Places)
+  QStringList atLine;   // signs that count at the start of a line only (Sign Places)
 };
 
-// Rules that are not known are passed over.
+// Ignores unknown rules.
 FormatRules formatRules(const clsLang& language);

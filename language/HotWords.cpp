@@ -16,7 +16,7 @@
 namespace {
 
 constexpr int kMostRows = 8;
-constexpr std::int64_t kLongestLine = 4000;   // beyond that a look at the line would be felt while typing
+constexpr std::int64_t kLongestLine = 4000;   // in longer lines the look-up would slow down typing
 
 }   // namespace
 
@@ -74,7 +74,7 @@ void HotWords::offer() {
   for (const auto& item : *manager_.Languages()->Item(index)->cTemplate()) {
     if (!item->HotKey.startsWith(offered_)) continue;
     const bool same = item->HotKey == offered_;
-    if (same && exact) continue;   // only the first of equal hot keys is ever used
+    if (same && exact) continue;   // of equal hot keys only the first one is used
     exact = exact || same;
     fitting.insert(same ? fitting.begin() : fitting.end(), item.get());
   }
@@ -111,7 +111,7 @@ void HotWords::offer() {
   list_->setGeometry(QRect(at, size));
   if (!list_->isVisible()) {
     list_->show();
-    qApp->installEventFilter(this);   // only while something is offered
+    qApp->installEventFilter(this);   // only while the list is shown
   }
 }
 
@@ -128,7 +128,7 @@ void HotWords::accept() {
   const CmRange typedRange{caret.LineNo, caret.ColNo - prefix().size(), caret.LineNo, caret.ColNo, false};
   hide();
   if (hotKey.isEmpty()) return;
-  const EditBlock block(cmx_);   // what was typed of the hot key and the template are one undo step
+  const EditBlock block(cmx_);   // removing the typed part and inserting the template is one undo step
   cmx_.SetSel(typedRange);
   cmx_.ReplaceSel(hotKey);
   ExpandTemplate(cmx_, manager_, languageIndex_(), expand_);
@@ -144,7 +144,7 @@ bool HotWords::eventFilter(QObject* watched, QEvent* event) {
   const bool leave = key->key() == Qt::Key_Escape && key->modifiers() == Qt::NoModifier;
   if (!take && !leave) return false;
   if (event->type() == QEvent::ShortcutOverride) {
-    event->accept();   // these keys are the list's now, not a menu's
+    event->accept();   // the list takes these keys before a menu
     return true;
   }
   if (take) accept();

@@ -1,5 +1,5 @@
-// The ordered list under every collection of the language model. Positions count from 1; items are shared by reference,
-// stored without keys, and may have equal names.
+// The ordered list behind every collection of the language model. Positions count from 1. Items are shared by reference, have no
+// keys, and may have equal names.
 #pragma once
 
 #include <memory>
@@ -12,10 +12,10 @@ class ItemList {
   using Pointer = std::shared_ptr<T>;
 
   int Count() const { return static_cast<int>(items_.size()); }
-  // The item at a position, 1 to Count(); throws std::out_of_range elsewhere, as Remove does.
+  // The item at a position, 1 to Count(). Throws std::out_of_range elsewhere, as Remove does.
   const Pointer& Item(int index) const { return items_.at(checked(index)); }
   void Remove(int index) { items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(checked(index))); }
-  // Puts an item that exists in at a position, 1 to Count() + 1; later items move down.
+  // Inserts an existing item at a position, 1 to Count() + 1; later items move down.
   void Insert(int index, Pointer item) {
     if (index < 1 || index > Count() + 1) throw std::out_of_range("position outside the list");
     items_.insert(items_.begin() + (index - 1), std::move(item));

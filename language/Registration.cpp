@@ -24,7 +24,7 @@ QString marked(text::EntryMark mark, const QString& list) {
   return all;
 }
 
-// The signs of a list with the marks of their places, "command #".
+// The entries of a list, with the marks that "Sign Places" gives them ("command #").
 QString placed(const QString& list, const QString& places) {
   QString all = lines(list);
   for (const QString& line : lines(places).split(u'\n', Qt::SkipEmptyParts)) {

@@ -1,7 +1,7 @@
-// Hands the languages to the edit control's table of languages.
+// Registers the languages with the edit control.
 //
-// The names that were handed over are kept here: the definitions editor renames and deletes languages in place, so the
-// collection cannot tell later which names have to go.
+// The registered names are kept here: the definitions editor renames and deletes languages in place, so the collection does not
+// know them any more when they are unregistered.
 #pragma once
 
 #include <QStringList>
@@ -11,16 +11,16 @@
 class clsLang;
 class colLangs;
 
-// A language in the form that the edit control takes: entries parted by LF. Extensions, help and the like stay here.
+// A language as the edit control takes it: entries separated by LF. Extensions, help file and the like are not part of it.
 CmLanguage handedOver(const clsLang& language);
 
-// Registers every language of the collection under its name, in order. The first call in a process removes the control's
-// built-in languages before.
+// Registers every language of the collection under its name, in order. The first call in a process first removes the control's
+// built-in languages.
 void AddLanguages(const colLangs& languages);
-// Removes what AddLanguages registered.
+// Unregisters what AddLanguages registered.
 void RemoveLanguages();
 
 const QStringList& RegisteredLanguages();
-// How many languages count as registered; lowered when a language is taken out by pasting another over it.
+// The number of registered languages. It is lowered when pasting replaces a language.
 int RegisteredLanguageCount();
 void LowerRegisteredLanguageCount();

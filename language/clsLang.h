@@ -1,8 +1,8 @@
-// The language model: what the definition file says, held as plain properties. Nothing here checks anything: formats and
-// defaults are the affair of the definition file and of the definitions editor.
+// The language model: the content of the definition file as plain properties, without checks. DefinitionText.h and the definitions
+// editor know formats and defaults; LanguageProperties.h lists the properties.
 //
-// Multi-line properties hold one entry a line, each followed by CR LF, the last one too. Single-line properties hold no
-// line break. The collections are shared by reference.
+// Multi-line properties hold one entry a line; every line ends with CR LF, the last one too. Single-line properties hold no line
+// break. The collections are shared by reference.
 #pragma once
 
 #include <QString>
@@ -16,15 +16,15 @@ struct clsMacro {
   QString CommandString;   // command language, multi-line
 };
 
-// A piece of text that is put in for its hot key.
+// A text that is inserted for its hot key.
 struct clsTemplate {
   QString Desc;
-  QString UserString;   // lines joined by CR LF, none behind the last
-  QString HotKey;       // the word that calls it up; all that the file keeps of HotKey and Name
+  QString UserString;   // lines separated by CR LF, without one at the end
+  QString HotKey;       // the word that inserts it. The file keeps only HotKey, not Name
   QString Name;
 };
 
-// A set of words that F5 and F6 go through.
+// A set of words that F5 and F6 cycle through.
 struct clsWordList {
   QString Desc;
   QString WordList;   // one word a line, multi-line
@@ -52,30 +52,30 @@ class clsLang {
   QString Description;   // multi-line
   QString HelpFile;      // single-line
   bool isCaseSensitive = false;
-  bool isForeign = false;    // came from a definition file of others; goes with every copy
+  bool isForeign = false;    // read from a foreign definition file; copies keep it
   QString Extension;         // single-line: extensions without dot, separated by ";"
-  QString FileNames;         // single-line: whole names of files, and "#!bash" for the program of a first line; separated by ";"
-  QString Contents;          // words that decide for this language where several have the extension; multi-line
-  QString Name;              // shown in lists, the identity in the file
+  QString FileNames;         // single-line: whole file names, and "#!bash" for the interpreter of a script; separated by ";"
+  QString Contents;          // words that select this language among several with the same extension; multi-line
+  QString Name;              // shown in lists; identifies the language in the file
   QString BlockEnd;          // words that close an indent level; multi-line
   QString BlockStart;        // words that open one; multi-line
-  QString MultiCommentEnd;   // pairs by position with MultiCommentStart; multi-line
+  QString MultiCommentEnd;   // paired by position with MultiCommentStart; multi-line
   QString MultiCommentStart;
-  QString EscapeChar;       // inside strings; not kept in the file
-  QString SingleComments;   // multi-line, as the rest
+  QString EscapeChar;       // inside strings; not stored in the file
+  QString SingleComments;   // this and the following properties are multi-line
   QString
       SignPlaces;   // "command #": where a comment introducer, an opener or a string delimiter counts (word, command, line), and
                     // whether a delimiter's strings have escape characters (plain, escape)
-  QString Formatting;   // what those have to know who change texts of the language: see FormatRules.h
+  QString Formatting;   // rules for code that changes texts of the language: see FormatRules.h
   QString StringDelims;
-  QString QuotedNames;   // "\" or "\ \": what a name of any signs begins with and ends with; a blank when only the first stands
+  QString QuotedNames;   // "\" or "\ \": what an escaped name begins and ends with; if only the first is given, a blank ends it
   QString Operators;
-  QString Keywords;       // the language's own words, which formatting may write in another case
-  QString LibraryWords;   // coloured as keywords are and left as they are written
+  QString Keywords;       // the language's own words; formatting may change their letter case
+  QString LibraryWords;   // coloured like keywords; their letter case is never changed
 
-  std::shared_ptr<clsLang> copy() const;   // with copies of all items, so that neither changes the other
+  std::shared_ptr<clsLang> copy() const;   // deep copy: copies all items too
 
-  // Never null: made empty on first reading, and the same object from then on.
+  // Never null: created on first access.
   const std::shared_ptr<::cMacros>& cMacros() const { return made(macros_); }
   const std::shared_ptr<::cTemplate>& cTemplate() const { return made(templates_); }
   const std::shared_ptr<::cWordList>& cWordList() const { return made(wordLists_); }
@@ -96,5 +96,5 @@ class clsLang {
 
 class colLangs : public ItemList<clsLang> {
  public:
-  Pointer Add(const QString& Name);   // equal names are kept: look-ups by name find the first
+  Pointer Add(const QString& Name);   // equal names are allowed; a look-up by name finds the first
 };

@@ -13,19 +13,19 @@
 
 namespace {
 
-constexpr std::int64_t kLargestFile = 64 << 20;   // bytes; no honest definition file comes near
+constexpr std::int64_t kLargestFile = 64 << 20;   // bytes; far above any real definition file
 
 const QString kIniTitle = QStringLiteral("Warning : Ini File Not Valid");
 
-// The format in which the text comes back whole: the file's own, unless a character does not fit in there or the bytes
-// would be taken for another encoding on the next reading.
+// A format that can represent the text exactly: that of the file, unless a character does not fit or the next reading would detect
+// another encoding.
 text::FileFormat fittingFormat(const std::string& bytes, const text::FileFormat& own) {
   text::EncodeError error;
   const auto encoded = text::encodeText(bytes, own, &error);
   return encoded && text::detectFormat(*encoded) == own ? own : text::FileFormat{};
 }
 
-// Whether a word of the language's Contents stands in the text, outside comments and strings.
+// Whether a word of the language's Contents occurs in the text outside comments and strings.
 bool holdsContents(const clsLang& language, const QString& text) {
   const auto highlighter = LanguageTable::find(language.Name);
   if (!highlighter) return false;
@@ -53,7 +53,7 @@ bool holdsContents(const clsLang& language, const QString& text) {
 
 QString shippedFolder() { return joinPath(applicationFolder(), QStringLiteral("config")); }
 
-// A link is where it leads.
+// Resolves links.
 bool isBelow(const QString& path, const QString& folder) {
   const QString file = fileIsThere(path) ? foldersRealPath(path) : foldersRealPath(GetFileDir(path)) + u'/' + GetFileTitle(path);
   const QString place = foldersRealPath(folder);
@@ -67,11 +67,11 @@ QString freeOwnFile() {
   return folder.filePath(name);
 }
 
-// Which languages of a definition file of one's own came from elsewhere stands in a file beside it, one name a line: the
-// definition file itself is for other programs too.
+// The names of foreign languages in the user's own definition file are stored in a file beside it, one a line. The definition file
+// itself can also be used by other programs.
 std::string marksFile(const QString& file) { return fromQString(file) + ".foreign"; }
 
-// readable: there are none, or they could be read.
+// readable: the file does not exist or could be read.
 QString marksOf(const QString& file, bool* readable = nullptr) {
   std::string error;
   const bool there = text::fileExists(marksFile(file));
@@ -80,7 +80,7 @@ QString marksOf(const QString& file, bool* readable = nullptr) {
   return toQString(bytes);
 }
 
-// Why they could not be written; empty: they are.
+// Returns the reason when they could not be written, else empty.
 QString writeMarks(const QString& file, QStringList names) {
   names.removeDuplicates();
   if (names.isEmpty() && !text::fileExists(marksFile(file))) return {};
@@ -98,7 +98,7 @@ bool ucCM::isForeignPlace(const QString& path) {
 void ucCM::setIniFile(const QString& path) {
   if (path == iniFile_) return;
   iniFile_ = path;
-  stamp_.reset();   // says nothing about another file
+  stamp_.reset();   // belongs to the old file
   if (iniFileChanged) iniFileChanged();
 }
 
@@ -165,7 +165,7 @@ std::optional<text::FileStamp> ucCM::writeFile(const QString& text, const QStrin
   const auto refuse = [this](const QString& why) {
     return tr("Cannot write the definition file %1\r\n%2").arg(plainForDisplay(iniFile_), why);
   };
-  if (own) {   // at no moment may a mark be missing
+  if (own) {   // a mark must not be missing at any time
     const QString why = writeMarks(iniFile_, marksOf(iniFile_).split(u'\n', Qt::SkipEmptyParts) + foreign);
     if (!why.isEmpty()) {
       MsgBox(refuse(why));
@@ -174,12 +174,12 @@ std::optional<text::FileStamp> ucCM::writeFile(const QString& text, const QStrin
   }
   std::string error;
   const std::string old = text::readBytes(path, &error);
-  // The copy is for those who may read the file. One that fails must not keep the new definitions back.
+  // The backup may be read by whoever may read the file. If the backup fails, the definitions are saved all the same.
   if (error.empty()) text::saveBytes(path + ".bak", old, text::stampOf(path, false).status.mode & 0777);
 
   text::SaveResult saved = text::saveFile(path, snapshot, {format, known ? *expected : text::FileStamp{}});
   if (saved.changedOnDisk && !text::fileExists(path)) {
-    saved = text::saveFile(path, snapshot, {format, text::FileStamp{}});   // it was removed: there is nothing to replace
+    saved = text::saveFile(path, snapshot, {format, text::FileStamp{}});   // the file was removed: there is nothing to replace
   } else if (saved.changedOnDisk && known) {
     const QString question = tr("The definition file %1 has changed since it was read.\r\n"
                                 "Do you want to replace it?")
@@ -188,7 +188,7 @@ std::optional<text::FileStamp> ucCM::writeFile(const QString& text, const QStrin
     saved = text::saveFile(path, snapshot, {format, std::nullopt});
   }
   if (saved.changedOnDisk) return orOwn(unread);
-  if (!saved.ok() && !own) return orOwn(refuse(toQString(saved.error)));   // it may belong to somebody else
+  if (!saved.ok() && !own) return orOwn(refuse(toQString(saved.error)));   // the file may belong to another user
   if (!saved.ok()) {
     MsgBox(refuse(toQString(saved.error)));
     return std::nullopt;
@@ -338,10 +338,10 @@ bool ucCM::AddLangText(const QString& text) {
   }
   QString block = toCrLf(text);
   if (!block.endsWith(u'\n')) block += QStringLiteral("\r\n");
-  // What was in a foreign file is foreign in one's own, and the block is in any case.
+  // A language from a foreign file stays foreign in the user's own file; a pasted block is always foreign.
   const QStringList foreign =
       marksOf(iniFile_).split(u'\n', Qt::SkipEmptyParts) + definition::namesIn(isForeign() ? whole + block : block);
-  // The stamp of the last reading stays: the languages in memory do not hold the new block, so saving them asks first.
+  // Keeps the stamp of the last reading: the languages in memory do not hold the new block, so that saving them asks first.
   return writeFile(whole + block, foreign, format, expected).has_value();
 }
 

@@ -1,4 +1,4 @@
-// What a language definition would lose or not do, in words for the person who edits it.
+// Checks a language definition, with messages for the user: lines that the file would lose, and definitions that do not work.
 #pragma once
 
 #include <QStringList>
@@ -8,11 +8,11 @@ class colLangs;
 
 namespace languagecheck {
 
-// Lines that the definition file would take for headers, one text each: "Operators, line 2: [*]".
+// Lines that the definition file would read as headers, one text for each: "Operators, line 2: [*]".
 QStringList linesAtRisk(const clsLang& language);
-// The same for all languages, each text led by the language's name.
+// The same for all languages; each text begins with the name of the language.
 QStringList linesAtRisk(const colLangs& languages);
-// Empty, or why the edit control would refuse the language.
+// Empty, or the reason why the edit control would refuse the language.
 QString refusal(const clsLang& language);
 
 }   // namespace languagecheck

@@ -9,18 +9,18 @@
 
 namespace {
 
-// No line of a definition file can name a language so.
+// A language in a definition file cannot have this name.
 const QString kName = QStringLiteral("\nPreview");
 
 constexpr int kWords = 60, kWordsInLine = 8;
 
 QString first(const QString& list) { return splitCrLf(list).value(0); }
 
-// The first entries of a list in lines of a few.
+// The first entries of a list, a few in each line.
 QStringList inLines(const QString& list) {
   QStringList words;
   qsizetype from = 0;
-  while (words.size() < kWords && from < list.size()) {   // not the whole of a list that may be very long
+  while (words.size() < kWords && from < list.size()) {   // a list may be very long
     qsizetype end = list.indexOf(QLatin1String("\r\n"), from);
     if (end < 0) end = list.size();
     if (end > from) words += list.mid(from, end - from);
@@ -42,7 +42,7 @@ LanguagePreview::LanguagePreview(QWidget* parent) : QWidget(parent), cmx_(new Co
   cmx_->setHScrollBar(false);
   cmx_->setColorSyntax(true);
   cmx_->setMinimumHeight(90);
-  cmx_->setFocusPolicy(Qt::NoFocus);   // a place to look at: Tab goes past it
+  cmx_->setFocusPolicy(Qt::NoFocus);   // for display only: Tab skips it
   for (QWidget* part : cmx_->findChildren<QWidget*>()) part->setFocusPolicy(Qt::NoFocus);
   soon_.setSingleShot(true);
   soon_.setInterval(150);

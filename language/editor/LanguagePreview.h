@@ -1,5 +1,5 @@
-// A small read-only text, coloured as the language stands in the definitions editor: before it is saved, and before any
-// document knows of it.
+// A small read-only text in the colours of the language as it is in the definitions editor, before it is saved or used by a
+// document.
 #pragma once
 
 #include <QTimer>
@@ -15,8 +15,8 @@ class LanguagePreview : public QWidget {
   explicit LanguagePreview(QWidget* parent = nullptr);
   ~LanguagePreview() override;
 
-  // Shows a text in the colours of the language, a moment later, so that typing in a large one stays quick. Without a text a
-  // sample made of the language's own words is shown. Null: nothing.
+  // Shows a text in the colours of the language after a short delay, so that typing in a long definition stays fast. Without a text
+  // it shows a sample of the language's own words. Null: shows nothing.
   void show(std::shared_ptr<clsLang> language, const QString& text = {});
   void refreshNow();
 

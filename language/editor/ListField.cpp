@@ -19,7 +19,7 @@ ListField::ListField(QWidget* parent) : TextField(parent) {
 }
 
 QString ListField::entries() const {
-  // Not toPlainText(): that turns no-break spaces into blanks.
+  // toPlainText() would turn no-break spaces into blanks.
   return toCrLf(document()->toRawText().replace(QChar::ParagraphSeparator, u'\n'));
 }
 
@@ -42,7 +42,7 @@ void ListField::focusOutEvent(QFocusEvent* event) {
 }
 
 bool ListField::event(QEvent* event) {
-  // Windows above may use Ctrl+Tab to go round their pages; in this field it is a key for typing.
+  // Parent windows may use Ctrl+Tab to change pages. In this field it types a tab.
   if (event->type() == QEvent::ShortcutOverride) {
     const auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Tab && key->modifiers() == Qt::ControlModifier) event->accept();

@@ -1,5 +1,5 @@
-// A field of the definitions editor that holds a multi-line property: one entry a line, in a fixed-pitch font, with undo of
-// its own. Lines that the definition file could not keep are marked in it.
+// A field of the definitions editor for a multi-line property: one entry a line, in a fixed-pitch font, with its own undo. Lines
+// that the definition file cannot keep are marked.
 #pragma once
 
 #include <QList>
@@ -11,12 +11,12 @@ class ListField : public TextField {
  public:
   explicit ListField(QWidget* parent = nullptr);
 
-  // The property's text, lines parted by CR LF. Setting it is no edit: no signal, and undo begins anew.
+  // The text of the property, lines separated by CR LF. setEntries emits no signal and clears the undo stack.
   QString entries() const;
   void setEntries(const QString& text);
-  // Off for texts without a break behind their last line (templates).
+  // Off for texts without a line break at the end (templates).
   void setEndsWithBreak(bool on) { endsWithBreak_ = on; }
-  // A text that is not empty gets a CR LF at its end, as an edit, unless that is switched off.
+  // Appends CR LF to a text that is not empty and does not end with one, as an edit. Does nothing when switched off.
   void AddCRLFifNone();
   const QList<int>& linesAtRisk() const { return atRisk_; }   // from 0; see definition::linesTakenForHeaders
 
@@ -25,7 +25,7 @@ class ListField : public TextField {
 
  protected:
   void focusOutEvent(QFocusEvent* event) override;
-  void keyPressEvent(QKeyEvent* event) override;   // Ctrl+Tab types a tab, as Tab moves on
+  void keyPressEvent(QKeyEvent* event) override;   // Ctrl+Tab types a tab; Tab goes to the next field
   bool event(QEvent* event) override;
 
  private:

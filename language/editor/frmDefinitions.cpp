@@ -27,7 +27,7 @@ namespace {
 constexpr int kShownWarnings = 4;
 const QLatin1String kCrLf("\r\n");
 
-// Tool tips and window titles give some texts a meaning of their own; names of languages and items are only names.
+// Tool tips and window titles interpret some texts; names of languages and items are shown literally.
 QString toolTipOf(const QString& text) {
   return Qt::mightBeRichText(text) ? text.toHtmlEscaped().prepend(QStringLiteral("<qt>")) : text;
 }
@@ -44,7 +44,7 @@ QListWidgetItem* editableItem(const QString& name) {
   return item;
 }
 
-QList<int> selectedRows(const QListWidget* list) {   // ascending; what the filter hides is not selected
+QList<int> selectedRows(const QListWidget* list) {   // ascending; without rows that the filter hides
   QList<int> rows;
   for (int row = 0; row < list->count(); ++row)
     if (list->item(row)->isSelected() && !list->item(row)->isHidden()) rows += row;
@@ -61,7 +61,7 @@ frmDefinitions::frmDefinitions(ucCM& manager, const QString& webHome, QWidget* p
 }
 
 frmDefinitions::~frmDefinitions() {
-  // Lists tell of a new current row while they go, when there is no dialog any more to hear it.
+  // Destroying the lists emits currentRowChanged, when the dialog does not exist any more.
   for (QObject* part : findChildren<QObject*>()) part->disconnect(this);
 }
 
@@ -124,7 +124,7 @@ void frmDefinitions::connectAll() {
   });
   connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);
 
-  // A button that its mnemonic or short-cut presses does not take the focus: the field ends its last line all the same.
+  // A button pressed by its mnemonic or a short-cut does not take the focus. The field must complete its last line all the same.
   for (QPushButton* button : findChildren<QPushButton*>())
     connect(button, &QPushButton::pressed, this, [this] {
       if (auto* field = qobject_cast<ListField*>(focusWidget())) field->AddCRLFifNone();
@@ -304,7 +304,7 @@ frmDefinitions::Item frmDefinitions::item(int index) const {
     }
     case Templates: {
       const auto& one = subject->cTemplate()->Item(index);
-      return {&one->HotKey, &one->UserString, &one->Desc, one};   // the name stays as it was made
+      return {&one->HotKey, &one->UserString, &one->Desc, one};   // Name keeps its value
     }
     case WordLists: {
       const auto& one = subject->cWordList()->Item(index);
@@ -591,7 +591,7 @@ void frmDefinitions::reject() { close(); }
 
 void frmDefinitions::closeEvent(QCloseEvent* event) {
   event->ignore();
-  if (leaving_) return;   // the question is up already
+  if (leaving_) return;   // the question is already shown
   leaving_ = true;
   const bool leave = mayLeave();
   leaving_ = false;

@@ -28,28 +28,28 @@ class ucCM;
 class frmDefinitions : public QDialog {
   Q_OBJECT
  public:
-  // The manager must outlive the dialog. webHome is the address below which the pages of the web site lie.
+  // The manager must outlive the dialog. webHome is the base address of the web site's pages.
   explicit frmDefinitions(ucCM& manager, const QString& webHome = {}, QWidget* parent = nullptr);
   ~frmDefinitions() override;
 
   enum Tab { Structure, Macros, Templates, WordLists };
 
-  void LoadDefiner();   // fills everything from the manager, the current language selected
-  // Selects a macro by the positions of language and macro (from 1) and shows why it failed, in sight while it is mended.
+  void LoadDefiner();   // fills all fields from the manager and selects the current language
+  // Selects a macro by the positions of language and macro (from 1). Shows why it failed; the report stays while the user edits.
   void ShowMacro(int lang, int macro, const QString& report);
   void SelectLanguage(int index);           // position from 1; 0 or out of range: none
-  void SelectList(int index);               // the same for an item of the present tab
-  QString GetSelectedDefinitions() const;   // the selected languages as they would stand in the definition file
-  // Languages from such a text; anything else is not taken. They count as foreign unless this program copied them last, which
-  // leaves them what they were.
+  void SelectList(int index);               // the same for an item of the current tab
+  QString GetSelectedDefinitions() const;   // the selected languages in the form of the definition file
+  // Adds languages from such a text; ignores any other text. They count as foreign unless this program copied the text: then they
+  // keep their mark.
   void PasteDefinitions(const QString& text);
   bool isChanged() const { return changed_; }
 
  public slots:
-  void reject() override;   // as the close button: asks when something is not saved
+  void reject() override;   // like the close button: asks about unsaved changes
 
  signals:
-  // Languages differ from what was last handed over: after Save and Apply, after another file was read, and when the dialog
+  // The languages differ from those registered last. Emitted after Save and Apply, after another file was read, and when the dialog
   // closes after a change.
   void LanguagesChanged();
 
@@ -67,13 +67,13 @@ class frmDefinitions : public QDialog {
   QWidget* listFrame();
   void connectAll();
 
-  void LoadAny();         // fills lst for the present tab
+  void LoadAny();         // fills lst for the current tab
   void LoadLanguages();   // fills lstLanguage
   void SetupLanguage();   // fills the fields of the language's properties
   void showHelpHint(const QString& language);
-  void SetUpList();   // the two labels of the present tab
+  void SetUpList();   // sets the two labels of the current tab
   void SetupItem();   // fills txtList and txtDesc from the selected item
-  void LockText();    // fields without a subject take no input
+  void LockText();    // disables fields without a language or item
   void ClearText();
   void FormisChanged(bool changed);
   void edited();
@@ -81,10 +81,10 @@ class frmDefinitions : public QDialog {
   void BrowseIni();
   void ReloadIniFile();
   bool save();
-  bool mayLeave();   // asks about changes; false: stay
+  bool mayLeave();   // asks about unsaved changes; false: stay
   void showWarnings();
   void showHints();
-  void showPreview();   // a template's text, else a sample of the language
+  void showPreview();   // shows a template's text, else a sample of the language
   void filterLanguages();
   void openPage(const QString& page);
 
@@ -97,15 +97,15 @@ class frmDefinitions : public QDialog {
   void lst_AfterLabelEdit(QListWidgetItem* item);
 
   void insertLanguage(int index, const std::shared_ptr<clsLang>& language);
-  // The present tab's item in the language: its texts, whatever its kind. Null without one.
+  // The texts of an item of the current tab, whatever its kind. Null when there is no item.
   struct Item {
     QString *name = nullptr, *body = nullptr, *desc = nullptr;
     std::shared_ptr<void> owner;   // of the three
   };
   Item item(int index) const;   // position from 1
   int itemCount() const;
-  int selectedItem() const;   // position from 1, 0 none
-  // Ends the last line of what txtList showed, where it is exchanged for another item without losing the focus.
+  int selectedItem() const;   // position from 1; 0: none
+  // Completes the last line in txtList before another item is shown, in case the field does not lose the focus.
   void finishItem();
   Tab tab() const;
   std::shared_ptr<clsLang> language() const;   // the selected one; null for none
@@ -113,10 +113,10 @@ class frmDefinitions : public QDialog {
   ucCM& manager_;
   QString webHome_;
   bool changed_ = false;
-  bool handedOver_ = true;   // nothing changed since LanguagesChanged
-  bool filling_ = false;     // fields are being filled: no edits
+  bool handedOver_ = true;   // no change since LanguagesChanged
+  bool filling_ = false;     // fields are being filled: changes are no edits
   bool leaving_ = false;
-  Item shown_;   // in txtList, when its lines end with breaks
+  Item shown_;   // the item shown in txtList, if its lines end with breaks
 
   // The field of one property: a line or several.
   struct PropertyField {

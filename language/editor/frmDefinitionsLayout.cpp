@@ -1,4 +1,4 @@
-// The controls of the definitions editor: names, texts, places and the order in which Tab goes through them.
+// The controls of the definitions editor: names, texts, positions and tab order.
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -27,7 +27,7 @@ W* named(W* widget, const char* name) {
 QPushButton* button(const char* name, const QString& caption, const QString& hint) {
   auto* made = named(new QPushButton(caption), name);
   made->setToolTip(hint);
-  made->setAutoDefault(false);   // Return in a line belongs to the line
+  made->setAutoDefault(false);   // Return belongs to the line field
   return made;
 }
 
@@ -45,7 +45,7 @@ ListField* field(const char* name, const QString& hint, int lines) {
   return made;
 }
 
-// A label above its field; the field takes the label's name for who cannot see it.
+// A label above its field. Assistive software takes the label as the name of the field.
 QLabel* above(QGridLayout* grid, int row, int column, const QString& caption, QWidget* under) {
   auto* label = new QLabel(caption);
   label->setTextFormat(Qt::PlainText);
@@ -62,7 +62,7 @@ QLabel* plainLabel(const char* name) {
   return label;
 }
 
-// Fields that are scrolled where the screen has no room for all of them.
+// Fields that scroll when the screen is too small for all of them.
 QScrollArea* scrolling(QWidget* fields) {
   auto* area = new QScrollArea;
   area->setWidget(fields);
@@ -95,7 +95,7 @@ void frmDefinitions::makeFields() {
       made.lines->setLineWrapMode(QPlainTextEdit::WidgetWidth);
       made.lines->setEndsWithBreak(false);
     }
-    if (made.lines && property.box == LanguageProperty::languageBox)   // the list of languages takes the room
+    if (made.lines && property.box == LanguageProperty::languageBox)   // leave the space to the list of languages
       made.lines->setMaximumHeight(made.lines->fontMetrics().lineSpacing() * (property.lines + 2) + 12);
     propertyFields_.push_back(made);
   }
@@ -178,7 +178,7 @@ void frmDefinitions::layOut() {
   all->addWidget(lblReport);
   all->addWidget(across, 1);
 
-  // The order of Tab: the file, the languages, their properties from left to right, then the buttons that end the work.
+  // Tab order: the file, the languages, their properties from left to right, then the buttons that end the work.
   QList<QWidget*> order{txtIni, cmdBrowse, cmdDownload, cmdSubmit, txtFilter, lstLanguage, cmdAdd, cmdDuplicate, cmdDelete};
   order << fieldsIn(LanguageProperty::languageBox) << TabStrip1 << chkCase;
   for (const auto box : {LanguageProperty::wordBox, LanguageProperty::signBox, LanguageProperty::commentBox,
