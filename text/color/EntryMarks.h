@@ -1,6 +1,6 @@
-// Marks in front of the entries of a language's tables: what a sign or word is beyond the list in which it stands.
+// Marks before the entries of a language's tables. A mark gives an entry a meaning beyond that of its list.
 //
-// A mark is one control character. Lists without marks are read as ever.
+// A mark is one control character. Entries without marks have their usual meaning. Marks exist in memory only and are never stored.
 #pragma once
 
 #include <string>
@@ -12,22 +12,22 @@ namespace text {
 
 enum class EntryMark : char {
   none = 0,
-  // Of comment introducers and string delimiters: where they count.
-  atWord = 1,      // at a line's start, behind a blank or one of ;&|()<> ("$#" and "${#a}" begin no comments)
-  atCommand = 2,   // the first word of a line, unless the line in front ends with a backslash; behind ';' or behind '{' and a blank
-  atLine = 3,      // the first character of a line; a string that begins so is the whole line
-  // Among the string delimiters: the opener of a name of any signs, and behind a blank its closer. Without one a blank ends the name.
+  // For comment introducers and string delimiters: where they count.
+  atWord = 1,      // at the start of a line, behind a blank or one of ;&|()<> ("$#" and "${#a}" do not begin comments)
+  atCommand = 2,   // the first word of a line, unless the previous line ends with a backslash; behind ';' or behind '{' and a blank
+  atLine = 3,      // the first character of a line; such a string is the whole line
+  // For string delimiters: the opener of an escaped name and, behind a blank, its closer. Without a closer a blank ends the name.
   name = 4,
-  // Of keywords: a word of a library, coloured as the language's own words are.
+  // For keywords: a word of a library, coloured like a keyword.
   library = 5,
-  // Of string delimiters: whether the escape character is the language's, or none or the backslash whatever that is.
+  // For string delimiters: no escape character (plain), or the backslash (escape), whatever the language's escape character is.
   plain = 6,
   escape = 7,
 };
 
 inline std::string marked(EntryMark mark, std::string_view entry) { return static_cast<char>(mark) + std::string(entry); }
 
-// Takes the mark from an entry.
+// Removes the mark from an entry and returns it.
 inline EntryMark takeMark(std::string& entry) {
   if (entry.empty() || entry[0] < static_cast<char>(EntryMark::atWord) || entry[0] > static_cast<char>(EntryMark::escape))
     return EntryMark::none;
@@ -36,7 +36,7 @@ inline EntryMark takeMark(std::string& entry) {
   return mark;
 }
 
-// A keyword that is not the language's own.
+// A keyword that is a word of a library.
 inline bool isLibraryWord(const Highlighter& highlighter, std::string_view word) {
   return highlighter.isKeyword(marked(EntryMark::library, word));
 }

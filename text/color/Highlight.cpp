@@ -16,9 +16,9 @@ namespace {
 
 constexpr std::size_t none = std::string_view::npos;
 constexpr std::size_t mostPairs = 255;
-constexpr std::size_t sureBytes = 512;    // in front of the end of a part: what ends there may end otherwise in the whole line
-constexpr std::size_t mostBlanks = 100;   // looked through in front of a sign whose place counts; fewer than kBehind
-constexpr std::size_t mostBasedDigits = 4096;   // looked through for the closing '#'
+constexpr std::size_t sureBytes = 512;          // at the end of a part: tokens that end here may end differently in the whole line
+constexpr std::size_t mostBlanks = 100;         // examined before a sign whose place matters; less than kBehind
+constexpr std::size_t mostBasedDigits = 4096;   // examined for the closing '#'
 
 // Values in the signs of the language.
 enum : int { keywordValue, operatorValue };
@@ -34,7 +34,7 @@ struct ByteClasses {
 };
 constexpr ByteClasses ascii;
 
-// A line that goes on with the command of the line in front.
+// A line that continues the command of the previous line.
 constexpr LinePoint continuedLine{0, LinePoint::string, none};
 bool isContinued(const LinePoint& point) { return point.inside == LinePoint::string && point.index == continuedLine.index; }
 
@@ -87,23 +87,23 @@ struct Highlighter::Impl {
   LanguageTables tables;
   bool valid = false, folds = true;
   std::vector<Start> starts;
-  Signs startSigns, signs;   // comments and strings; keywords with other than word characters, operators
-  WordSet words;             // keywords and operators that are words; library words a second time, with their mark
+  Signs startSigns, signs;   // comments and strings; operators, and keywords with other than word characters
+  WordSet words;             // keywords and operators that are words; library words again with their mark
   std::vector<std::string> closersOfNames;
-  bool tickQuotes = false, commands = false;   // the tick is a delimiter; a sign's place is a command's start
+  bool tickQuotes = false, commands = false;   // the tick is a delimiter; some signs count only at the start of a command
   ByteSet interesting;                         // the first bytes of startSigns
   struct Closer {
     std::optional<Literal> text;
     bool wordFirst = false, wordLast = false;
   };
   std::vector<Closer> closers;
-  std::vector<std::string> delimiters, escapes;   // with the escape character of each delimiter; empty: none
-  std::vector<bool> wholeLine;                    // of the delimiters: the string is the rest of its line
+  std::vector<std::string> delimiters, escapes;   // escapes: the escape character of each delimiter; empty: none
+  std::vector<bool> wholeLine;                    // for each delimiter: the string is the rest of its line
   struct StringStops {
     ByteSet upToLf, upToCr;   // the delimiter, the escape character, the break
   };
   std::vector<StringStops> stops;
-  std::array<bool, 256> lead{};   // signs in front of keywords that are words otherwise
+  std::array<bool, 256> lead{};   // signs that begin keywords and are followed by a word
 
   explicit Impl(LanguageTables t);
   void addStart(std::string sign, Start::Kind kind, std::size_t index);
@@ -120,7 +120,7 @@ struct Highlighter::Impl {
   std::size_t directiveAt(std::string_view s, std::size_t p) const;
   std::size_t nameEnd(std::string_view s, std::size_t from, std::size_t name) const;
   bool goesOn(std::string_view s, std::size_t p) const { return !rawStart(s, p).start; }
-  // States above those of the comments: a string that goes on, and a command that does; 0 where they have no number left.
+  // States above those of the comments: an open string and an open command; 0 if there is no number left for them.
   LineState stringState(std::size_t index) const {
     const std::size_t state = closers.size() + 2 + index;
     return state <= 255 ? static_cast<LineState>(state) : LineState(0);
@@ -174,7 +174,7 @@ Highlighter::Impl::Impl(LanguageTables t)
     stop.upToCr.add('\r');
     stops.push_back(stop);
   }
-  tables.stringDelims = std::move(plainDelimiters);   // as those who read the tables know them
+  tables.stringDelims = std::move(plainDelimiters);   // without marks, as other readers of the tables expect
   startSigns.build();
   for (int c = 0; c < 256; ++c)
     if (startSigns.startsWith(static_cast<unsigned char>(c))) interesting.add(static_cast<unsigned char>(c));
@@ -184,7 +184,7 @@ Highlighter::Impl::Impl(LanguageTables t)
       if (const EntryMark mark = takeMark(s); mark == EntryMark::library) words.add(marked(mark, s), keywordValue);
       if (wholeWord(s)) words.add(s, value);
       else signs.add(s, value);
-      // "$display" makes '$' the sign in front of a name.
+      // "$display" makes '$' a sign that begins names.
       if (value == keywordValue && s.size() > 1 && at(s, 0) < 0x80 && !wordAtByte(s, 0) && wholeWord(std::string_view(s).substr(1)))
         lead[at(s, 0)] = true;
     }
@@ -202,11 +202,11 @@ void Highlighter::Impl::addStart(std::string sign, Start::Kind kind, std::size_t
   starts.push_back({kind, index, wordAtByte(sign, 0), wordBefore(sign, sign.size()), place});
 }
 
-// Looking at one place ------------------------------------------------------------------------------------------------
-// The full scan and the scan for states alone must see the same comments and strings. So nothing ever hides one:
-// keywords and operators that would reach over a start give way, and numbers stop before it.
+// Examining one place -------------------------------------------------------------------------------------------------
+// The full scan and the scan for states must find the same comments and strings. So nothing may hide one: keywords and operators
+// that would cover such a start are not taken, and numbers end before it.
 
-// 1'000 and 0xFF'FF: a tick within a number. (How far it looks back is bounded: no number is that long.)
+// 1'000 and 0xFF'FF: a tick within a number. The look-behind is bounded; no number is that long.
 bool Highlighter::Impl::partsDigits(std::string_view s, std::size_t tick) {
   if (tick == 0 || tick + 1 >= s.size() || !hexDigit(s[tick - 1]) || !hexDigit(s[tick + 1])) return false;
   std::size_t begin = tick;
@@ -214,7 +214,7 @@ bool Highlighter::Impl::partsDigits(std::string_view s, std::size_t tick) {
   return digit(s[begin]);
 }
 
-// Whether p is such a place, as far as it can be told without the lines in front. The text's start counts as a line's.
+// Whether p is such a place, as far as the line itself tells. The start of the text counts as the start of a line.
 static bool isPlace(std::string_view s, std::size_t p, EntryMark place) {
   const auto breakBefore = [&](std::size_t at) { return at == 0 || s[at - 1] == '\n' || s[at - 1] == '\r'; };
   if (place == EntryMark::none || breakBefore(p)) return true;
@@ -225,7 +225,7 @@ static bool isPlace(std::string_view s, std::size_t p, EntryMark place) {
   return breakBefore(at) || s[at - 1] == ';' || (s[at - 1] == '{' && at < p);
 }
 
-// Whether the line of p, a place of the kind `command` that begins its line, goes on from a line in front that is in s.
+// Whether the line of p (a place of kind `command` at the start of its line) continues a previous line that is in s.
 static std::size_t continuedFrom(std::string_view s, std::size_t p, char breaker) {
   while (p > 0 && (s[p - 1] == ' ' || s[p - 1] == '\t')) --p;
   if (p == 0 || s[p - 1] != breaker) return none;
@@ -241,7 +241,7 @@ static bool endsEscaped(std::string_view line, char breaker) {
   return line.ends_with('\\');
 }
 
-// The length of "#  define", a keyword with blanks behind its first sign, where it begins the line; 0: none.
+// The length of "#  define", a keyword with blanks behind its first sign, at the start of a line; 0: none.
 std::size_t Highlighter::Impl::directiveAt(std::string_view s, std::size_t p) const {
   if (s[p] != '#' || !lead['#'] || startSigns.startsWith('#') || p + 1 >= s.size() || (s[p + 1] != ' ' && s[p + 1] != '\t'))
     return 0;
@@ -259,7 +259,7 @@ std::size_t Highlighter::Impl::directiveAt(std::string_view s, std::size_t p) co
   return found && !startsInside(s, p, checked, end - p) ? end - p : 0;
 }
 
-// Behind the name that began before `from`.
+// The end of the name that began before `from`.
 std::size_t Highlighter::Impl::nameEnd(std::string_view s, std::size_t from, std::size_t name) const {
   const std::string& closer = closersOfNames[name];
   for (std::size_t p = from; p < s.size(); ++p) {
@@ -282,7 +282,7 @@ Begin Highlighter::Impl::rawStart(std::string_view s, std::size_t p) const {
       return;
     if (!isPlace(s, p, start.place)) return;
     if (start.kind == Start::name) {
-      const std::size_t first = p + length;   // "\" at a line's end or in front of a blank opens no name
+      const std::size_t first = p + length;   // "\" at the end of a line or before a blank opens no name
       if (first >= s.size() || std::string_view(" \t\r\n").find(s[first]) != none) return;
     }
     best = {&start, length};
@@ -296,21 +296,21 @@ Begin Highlighter::Impl::startAt(std::string_view s, std::size_t p) const {
   return best;
 }
 
-// Whether a comment or string starts behind p but before p + length; `checked` remembers how far was looked.
+// Whether a comment or string starts behind p but before p + length; `checked` caches how far was examined.
 bool Highlighter::Impl::startsInside(std::string_view s, std::size_t p, std::size_t& checked, std::size_t length) const {
   for (; checked < length; ++checked)
     if (rawStart(s, p + checked).start) return true;
   return false;
 }
 
-// The length of the longest keyword or operator (of the kind `value`) at p, 0 when there is none.
+// The length of the longest keyword or operator (of the kind `value`) at p; 0: none.
 std::size_t Highlighter::Impl::signAt(std::string_view s, std::size_t p, int value) const {
   std::size_t best = value == keywordValue ? directiveAt(s, p) : 0, checked = 1;
   signs.at(s, p, [&](std::size_t length, int kind) {
     if (kind != value || startsInside(s, p, checked, length)) return;
     const auto sign = s.substr(p, length);
     if (wordBefore(sign, length) && wordAtByte(s, p + length)) return;
-    // "$display" does not begin in the middle of "a$display"; "=>" may stand anywhere.
+    // "$display" cannot begin in the middle of "a$display"; "=>" can begin anywhere.
     if (wordBefore(s, p) && std::any_of(sign.begin(), sign.end(), [](char c) {
           return static_cast<unsigned char>(c) >= 0x80 || ascii.of[static_cast<unsigned char>(c)] == CharClass::word;
         }))
@@ -329,8 +329,8 @@ std::size_t Highlighter::Impl::closeEnd(std::string_view s, std::size_t from, st
   return none;
 }
 
-// Behind the closing delimiter, or the end of the line; the end of s (*goesOn) where an escaped break is the last of it. Where that is
-// not found before `limit`: a place at or behind it from which to go on looking.
+// Returns the position behind the closing delimiter or the end of the line; the end of s (*goesOn) if an escaped break is last in
+// it. If the end is not found before `limit`, returns a position at or behind `limit` from which the search can continue.
 std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker, std::size_t limit,
                                          bool* goesOn) const {
   const std::string& delimiter = delimiters[index];
@@ -375,7 +375,7 @@ std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, s
   return std::max(looked, limit);
 }
 
-// 'hFF, 'sb01, '0: behind a number whose "'" stands at `tick`; `tick` itself when none follows.
+// 'hFF, 'sb01, '0: the end of the number whose "'" is at `tick`; `tick` itself when there is no number.
 std::size_t Highlighter::Impl::basedEnd(std::string_view s, std::size_t tick) const {
   if (!goesOn(s, tick) || !goesOn(s, tick + 1)) return tick;
   std::size_t p = tick + 1;
@@ -388,7 +388,7 @@ std::size_t Highlighter::Impl::basedEnd(std::string_view s, std::size_t tick) co
     }
     if (p > begin && !wordAtByte(s, p)) return p;
   }
-  // One digit for all bits; 'x' with a tick behind it is a character.
+  // One digit for all bits; 'x' with a tick behind it is a character literal.
   p = tick + 1;
   if (p < s.size() && s[p] != '\0' && std::strchr("01xXzZ", s[p]) && !wordAtByte(s, p + 1) &&
       !(p + 1 < s.size() && s[p + 1] == '\''))
@@ -512,7 +512,7 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
   if (!h.valid) return {upTo, LinePoint::lost, 0};
   std::size_t p = static_cast<std::size_t>(from.byte - base);
   const std::size_t limit = std::min(s.size(), static_cast<std::size_t>(upTo - base));
-  if (s.size() > limit + kAhead) {   // whatever more there is: the same colours
+  if (s.size() > limit + kAhead) {   // the rest of the part cannot change the colours before the limit
     s = s.substr(0, limit + kAhead);
     toEnd = false;
   }
@@ -522,8 +522,7 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
       tokens->push_back({base + static_cast<std::int64_t>(begin), static_cast<std::int64_t>(end - begin), kind});
     return end;
   };
-  // Each puts the comment or string that began at `begin`, looking for its end from `inside` on, and moves p behind it. False:
-  // it goes on behind p.
+  // Each moves p behind the comment or string that began at `begin`, searching its end from `inside`. False: it continues behind p.
   const auto endsBlock = [&](std::size_t begin, std::size_t inside, std::size_t pair) {
     const std::size_t end = h.closeEnd(s, inside, pair);
     const bool ends = end != none && end <= sure;
@@ -539,7 +538,7 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
     return LinePoint{base + static_cast<std::int64_t>(p), inside, index};
   };
   const LinePoint lost{upTo, LinePoint::lost, 0};
-  std::size_t noCommand = none;   // where the line's first word stands, when it begins no command
+  std::size_t noCommand = none;   // position of the first word of a line that does not begin a command
 
   const bool goesOnFrom = isContinued(from);
   if (goesOnFrom) {
@@ -609,7 +608,7 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
       p = put(p, p + sign, TokenKind::keyword);
     } else if (op > 0) {
       p = put(p, p + op, TokenKind::operatorSign);
-    } else if (h.lead[c] && h.goesOn(s, p + 1)) {   // a name of its own, or part of one
+    } else if (h.lead[c] && h.goesOn(s, p + 1)) {   // a name, or a part of one
       p = wordEnd(s, p + 1);
       if (p > sure) return lost;
     } else {
@@ -617,7 +616,7 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
     }
   }
   if (goesOnFrom && noCommand >= p && !(toEnd && p >= s.size()))
-    return here(continuedLine.inside, continuedLine.index);   // its first word is to come
+    return here(continuedLine.inside, continuedLine.index);   // the first word of the command follows
   const bool continued = h.commands && toEnd && p >= s.size() && endsEscaped(s, '\n');
   return continued ? here(continuedLine.inside, continuedLine.index) : here(LinePoint::nothing, 0);
 }

@@ -1,4 +1,4 @@
-// Colouring: line + state -> tokens + state, from the tables of a language alone. Knows nothing of documents or widgets.
+// Colouring: line + state -> tokens + state, from the tables of a language only. Knows nothing of documents or widgets.
 #pragma once
 
 #include <memory>
@@ -15,7 +15,7 @@ struct LanguageTables {
   std::vector<std::string> keywords{}, operators{};
   std::vector<std::string> singleComments{};
   std::vector<std::string> multiCommentStart{}, multiCommentEnd{};   // pairs by position
-  std::vector<std::string> stringDelims{};                           // a string ends at its line's end at the latest
+  std::vector<std::string> stringDelims{};                           // a string ends at the end of its line at the latest
   std::string escapeChar{};                                          // inside strings; empty: none
 };
 
@@ -27,10 +27,10 @@ struct Token {
   bool operator==(const Token&) const = default;
 };
 
-// What a line hands to the next: 0 = plain, n = inside the n-th multi-line comment.
+// The state passed from line to line: 0 = plain, n = inside the n-th multi-line comment.
 using LineState = unsigned char;
 
-// A place within a line where a scan can go on: between two tokens, or inside a comment or string that reaches further.
+// A position within a line at which a scan can resume: between two tokens, or inside a comment or string that continues.
 struct LinePoint {
   enum Inside : unsigned char { nothing, comment, block, string, lost };
   std::int64_t byte = 0;   // within the line
@@ -56,14 +56,14 @@ struct LinePoint {
 // - At most 255 pairs of multi-line comments, and signs of 128 bytes; more are not coloured.
 class Highlighter {
  public:
-  // Openers and closers must be equal in number; valid() is false otherwise and nothing is coloured.
+  // The numbers of openers and closers must be equal; else valid() is false and nothing is coloured.
   explicit Highlighter(LanguageTables tables);
   ~Highlighter();
   bool valid() const;
   const LanguageTables& tables() const;
 
-  // Scans one line (without its break). Tokens ascend, cover no byte twice; text between them is plain. `tokens` may
-  // be null when only the state is wanted, which is much faster. Linear in the line whatever it holds.
+  // Scans one line (without its break). Tokens ascend and do not overlap; text between them is plain. `tokens` may be null when
+  // only the state is wanted, which is much faster. Linear in the length of any line.
   LineState scanLine(std::string_view line, LineState state, std::vector<Token>* tokens) const;
   // The same for a part of a line too long to be scanned at one go, from a point of it up to byte `upTo`. `part` is the line
   // from byte `begin` on: it holds kBehind bytes before the point and kAhead behind upTo, as far as the line goes (toEnd: the

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int64_t intervalBytes = 64 << 10;
 
-// Scans the whole lines in [from, to), straight in the blocks of the text; only a line across a border is copied.
+// Scans the whole lines in [from, to) directly in the blocks of the text; only a line across blocks is copied.
 LineState scanLines(const Highlighter& highlighter, const Snapshot& text, ByteOffset from, ByteOffset to, LineState state) {
   const char breaker = text.lineMode() == LineMode::lf ? '\n' : '\r';
   std::string across;
@@ -32,7 +32,7 @@ LineState scanLines(const Highlighter& highlighter, const Snapshot& text, ByteOf
   return state;
 }
 
-// The next line to keep a state at: an interval further down, at least one line.
+// The next line whose state is cached: one interval further down, at least one line.
 std::int64_t nextPoint(const Snapshot& text, std::int64_t line) {
   const ByteOffset start = text.lineStart(LineNo(line));
   if (start + intervalBytes >= text.size()) return text.lineCount();
@@ -65,13 +65,13 @@ void StateCache::onChange(const Change& change) {
     bool gone = false;
     while (!gone && span < change.spans.size() && change.spans[span].oldLine < line) {
       doubtful = true;
-      gone = line <= change.spans[span].oldLastLine();   // its line start; the next point meets the same span
+      gone = line <= change.spans[span].oldLastLine();   // the start of its line is changed; the next point may be in the same span
       if (!gone) ++span;
     }
     if (doubtful) sound_ = std::min(sound_, static_cast<std::size_t>(kept - points_.begin()));
     if (gone) continue;
     const std::int64_t moved = span == 0 ? 0 : change.spans[span - 1].linesGrown();
-    if (!doubtful && moved == 0 && kept == it && span == change.spans.size()) return;   // all as before from here on
+    if (!doubtful && moved == 0 && kept == it && span == change.spans.size()) return;   // unchanged from here on
     point.line += moved;
     point.doubtful = point.doubtful || doubtful;
     doubtful = false;
@@ -94,11 +94,11 @@ LineState StateCache::stateAt(const Snapshot& text, LineNo line, std::int64_t bu
   };
 
   std::int64_t left = budgetBytes > 0 ? budgetBytes : text.size().value + 1;
-  std::vector<Checkpoint> added;   // new points behind the first sound_ ones, put in place at the end
+  std::vector<Checkpoint> added;   // new points behind the first sound_ ones, inserted at the end
   Checkpoint here = reached(sound_);
-  std::size_t next = sound_;   // the first kept point that is not yet known to be right
+  std::size_t next = sound_;   // the first cached point that is not yet known to be valid
   while (left > 0) {
-    if (next < points_.size() && !points_[next].doubtful) {   // right because the one before it is
+    if (next < points_.size() && !points_[next].doubtful) {   // valid because the one before it is
       if (points_[next].line > line.value) break;
       here = points_[next++];
       added.push_back(here);
@@ -111,7 +111,7 @@ LineState StateCache::stateAt(const Snapshot& text, LineNo line, std::int64_t bu
     const Checkpoint point{to, scan(here.line, to, here.state), false};
     left -= text.lineStart(LineNo(to)) - text.lineStart(LineNo(here.line));
     if (meets) {
-      // The kept state was right after all: so is everything down to the next edit.
+      // The cached state is still valid, and so are all points down to the next edit.
       if (points_[next].state != point.state && next + 1 < points_.size()) points_[next + 1].doubtful = true;
       ++next;
     }
@@ -119,14 +119,14 @@ LineState StateCache::stateAt(const Snapshot& text, LineNo line, std::int64_t bu
     here = point;
   }
   if (!added.empty()) {
-    // [0, sound_) stays, `added` takes the place of [sound_, next).
+    // [0, sound_) stays; `added` replaces [sound_, next).
     const auto begin = points_.begin() + static_cast<std::ptrdiff_t>(sound_);
     points_.erase(begin, points_.begin() + static_cast<std::ptrdiff_t>(next));
     points_.insert(points_.begin() + static_cast<std::ptrdiff_t>(sound_), added.begin(), added.end());
     sound_ += added.size();
   }
 
-  // From the last point at or above the line.
+  // Starts at the last point at or above the line.
   const auto above =
       std::upper_bound(points_.begin(), points_.end(), line.value, [](std::int64_t l, const Checkpoint& p) { return l < p.line; });
   const auto index = static_cast<std::size_t>(above - points_.begin());

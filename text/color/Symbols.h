@@ -1,5 +1,5 @@
-// The sets that colouring looks words and signs up in: words by hash, signs of any bytes by the longest that fits.
-// Inside the engine. Both cost the length of what they compare, whatever number of entries they hold.
+// The sets in which the highlighter looks up words and signs: words by hash, signs by the longest match. Internal to the engine.
+// Both cost the length of the compared text, whatever the number of entries.
 #pragma once
 
 #include <algorithm>
@@ -13,8 +13,8 @@ namespace text {
 
 inline char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
-// Signs such as "<=" or "$display", each with a value. Entries longer than maxLength are left out: they would make
-// every byte of a text costly.
+// Signs such as "<=" or "$display", each with a value. Entries longer than maxLength are left out, because they would make each
+// byte of a text expensive.
 class Signs {
  public:
   static constexpr std::size_t maxLength = 128;
@@ -25,7 +25,7 @@ class Signs {
   bool startsWith(unsigned char first) const { return first_[first].first < first_[first].second; }
   bool empty() const { return entries_.empty(); }
 
-  // Calls visit(length, value) for every entry that the bytes at `at` begin with, shortest first.
+  // Calls visit(length, value) for every entry that matches the bytes at `at`, shortest first.
   template <class Visit>
   void at(std::string_view bytes, std::size_t at, Visit visit) const {
     auto [low, high] = first_[static_cast<unsigned char>(bytes[at])];

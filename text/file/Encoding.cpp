@@ -39,8 +39,8 @@ bool isUtf16(Encoding encoding) { return encoding == Encoding::utf16le || encodi
 
 constexpr std::size_t kSample = 64 * 1024;
 
-// Whether these bytes look like UTF-16 of one byte order: zero bytes on one side only, blanks or line ends among them,
-// surrogates in pairs and hardly a control character.
+// Whether these bytes look like UTF-16 of one byte order: zero bytes on one side only, blanks or line ends among them, paired
+// surrogates, and hardly any control characters.
 bool looksLikeUtf16(std::string_view bytes, bool big) {
   std::int64_t units = 0, zeros = 0, otherZeros = 0, blanks = 0, controls = 0;
   bool high = false;
@@ -106,7 +106,7 @@ void FormatDetector::add(std::string_view bytes) {
 }
 
 FileFormat FormatDetector::result(Encoding fallback) {
-  // A last character that the end of the file cuts is as good as whole among others.
+  // Among complete characters, a last one cut by the end of the file counts as complete.
   if (count_.sequences == 0) stream_.finish(count_);
   for (const auto encoding : {Encoding::utf8, Encoding::utf16le, Encoding::utf16be})
     if (head_.starts_with(byteOrderMark(encoding)) && (!isUtf16(encoding) || length_ % 2 == 0)) return {encoding, true};
@@ -130,7 +130,7 @@ void Decoder::unit(char32_t u, std::string* out) {
     high_ = 0;
   }
   if (u >= 0xd800 && u < 0xdc00) high_ = u;
-  else appendUtf8(u, out);   // an unpaired surrogate keeps its own three bytes, which are no valid UTF-8
+  else appendUtf8(u, out);   // an unpaired surrogate is kept as three bytes, which are not valid UTF-8
 }
 
 void Decoder::add(std::string_view bytes, std::string* out) {

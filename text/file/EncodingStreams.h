@@ -1,5 +1,5 @@
-// Detection, decoding and encoding of texts that come in parts, so that a large file needs no second copy. The whole-text
-// functions of Encoding.h are made of these.
+// Detects, decodes and encodes texts that arrive in parts, so that a large file is not copied as a whole. Encoding.h's functions
+// for whole texts use these.
 #pragma once
 
 #include <cstdint>
@@ -11,17 +11,17 @@
 
 namespace text {
 
-// The byte order mark of an encoding; empty where it has none.
+// The byte order mark of an encoding; empty if it has none.
 std::string_view byteOrderMark(Encoding encoding);
 
-// Sees all bytes of a file in order and says at the end what they are.
+// Sees all bytes of a file in order; result() then tells their format.
 class FormatDetector {
  public:
   void add(std::string_view bytes);
   FileFormat result(Encoding fallback);   // after the last byte; call once
 
  private:
-  std::string head_;   // the first bytes, at most kSample of them
+  std::string head_;   // the first bytes, at most kSample
   std::int64_t length_ = 0;
   Utf8Stream stream_;
   struct Count {
@@ -36,21 +36,21 @@ class FormatDetector {
   } count_;
 };
 
-// Bytes of a file, without byte order mark, to the editor's bytes.
+// Converts the bytes of a file, without byte order mark, to the editor's bytes.
 class Decoder {
  public:
   explicit Decoder(Encoding encoding) : encoding_(encoding) {}
   void add(std::string_view bytes, std::string* out);
-  bool finish(std::string* out);   // false: the way back would not be exact (half a UTF-16 unit at the end)
+  bool finish(std::string* out);   // false: the conversion back would not be exact (half a UTF-16 unit at the end)
 
  private:
   void unit(char32_t unit, std::string* out);
   Encoding encoding_;
-  int half_ = -1;       // the first byte of a UTF-16 unit whose second has not come
-  char32_t high_ = 0;   // a high surrogate whose low one has not come
+  int half_ = -1;       // first byte of an incomplete UTF-16 unit
+  char32_t high_ = 0;   // a high surrogate whose low one has not come yet
 };
 
-// The editor's bytes to those of a file; the byte order mark comes with the first part.
+// Converts the editor's bytes to those of a file; the byte order mark comes with the first part.
 class Encoder {
  public:
   explicit Encoder(FileFormat format);

@@ -1,6 +1,5 @@
-// The upper halves of the 8-bit encodings: the code points of the bytes 0x80 to 0xFF. A byte that an encoding leaves
-// undefined stands for the control character of the same number, so that each table is one to one and the way back is
-// exact.
+// The upper halves of the 8-bit encodings: the code points of the bytes 0x80 to 0xFF. A byte that an encoding leaves undefined maps
+// to the control character of the same number, so that each table is one to one and the conversion back is exact.
 #pragma once
 
 namespace text {

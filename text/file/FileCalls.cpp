@@ -39,7 +39,7 @@ static std::int64_t fileClockNs() {
 }
 
 void leaveTickOf(const FileStatus& status) {
-  // A time that lies further ahead is of another clock: there is nothing to wait for.
+  // A time further ahead comes from another clock: do not wait for it.
   for (int tries = 0; tries < 40; ++tries) {
     const std::int64_t now = fileClockNs();
     if (now > status.ctimeNs || status.ctimeNs - now > 20'000'000) return;
@@ -66,7 +66,7 @@ int writeAll(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
     const std::int64_t n = repeated([&] { return fileSystem().write(fd, bytes.data(), bytes.size()); });
     if (n < 0) return static_cast<int>(n);
-    if (n == 0) return -EIO;   // no progress and no reason: never loop on that
+    if (n == 0) return -EIO;   // no progress and no reason: avoid an endless loop
     if constexpr (planted(PlantedFault::ignoreShortWrite)) return 0;
     bytes.remove_prefix(static_cast<std::size_t>(n));
   }

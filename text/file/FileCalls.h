@@ -1,5 +1,5 @@
-// The loops around the calls of FileSystem.h that everything which reads and writes files needs: interrupted calls are
-// repeated, short writes continued, descriptors closed. Results are those of the seam: >= 0, or -errno.
+// The loops around the calls of FileSystem.h that all file code needs: interrupted calls are repeated, short writes continued,
+// descriptors closed. Results are those of the seam: >= 0, or -errno.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace text::files {
 
-// Owns a descriptor. A failed open is held as its -errno.
+// Owns a descriptor. A failed open is stored as its -errno.
 class Descriptor {
  public:
   Descriptor() = default;
@@ -22,7 +22,7 @@ class Descriptor {
   int get() const { return fd_; }
   bool ok() const { return fd_ >= 0; }
   int error() const { return fd_ < 0 ? fd_ : 0; }   // -errno
-  int close();                                      // never repeated: the descriptor is gone whatever the answer
+  int close();                                      // never repeated: the descriptor is closed whatever the result
 
  private:
   int fd_ = -1;
@@ -32,17 +32,17 @@ Descriptor open(int dirFd, const std::string& path, unsigned flags, unsigned mod
 std::int64_t readSome(int fd, char* to, std::size_t length);   // 0 only at the end of the file
 int writeAll(int fd, std::string_view bytes);
 int sync(int fd);
-// The same for a folder; systems that cannot sync one answer 0.
+// The same for a folder; 0 on systems that cannot sync a folder.
 int syncFolder(int fd);
 
-// Two changes within one tick of the clock that dates files leave the same times. Waits, some milliseconds at most, until that
-// clock has left the tick of this status: then whoever changes the file afterwards changes its status too.
+// Two changes within one tick of the file system's clock leave the same times. Waits at most some milliseconds until this tick is
+// over; a later change of the file then also changes its times.
 void leaveTickOf(const FileStatus& status);
 
-// Hashes from the present position to the end (see ContentHash.h).
+// Hashes from the current position to the end (see ContentHash.h).
 int hashContent(int fd, std::uint64_t* hash);
 
-// Whether an error says that there is no room: the disk or the user's share of it is full, or the file too large for it.
+// Whether an error means that there is no space: a full disk, a full quota, or a file that is too large.
 bool noRoom(int error);
 
 inline constexpr char kSeparators[] =   // between the parts of a path
@@ -58,7 +58,7 @@ struct PathParts {
 };
 PathParts splitPath(const std::string& path);
 
-// Creates a file that did not exist, named prefix + random letters + suffix, and gives its name.
+// Creates a new file named prefix + random letters + suffix, and returns its name.
 Descriptor createUnique(int dirFd, const std::string& prefix, const std::string& suffix, unsigned mode, std::string* name);
 
 // "a folder", "a FIFO" ... for what is not a regular file; empty for a regular file.

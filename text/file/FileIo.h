@@ -1,4 +1,4 @@
-// Loading and safe saving of texts, over the seam of FileSystem.h.
+// Loads and safely saves texts, through the seam of FileSystem.h.
 #pragma once
 
 #include <functional>
@@ -11,8 +11,8 @@
 
 namespace text {
 
-// What the editor remembers of a file to notice changes made by others. sameContent() is what a save asks: times alone (a
-// touched file, a copy put back) are no change that could be lost.
+// The state of a file, remembered to notice changes by others. A save asks sameContent(): new times alone (a touched file, a
+// restored copy) are not a change that could be lost.
 struct FileStamp {
   bool exists = false;
   FileStatus status;
@@ -24,59 +24,60 @@ struct FileStamp {
 };
 
 struct LoadOptions {
-  std::optional<FileFormat> format;   // forced; not set: detected
+  std::optional<FileFormat> format;   // forced; empty: detected
   Encoding fallback = Encoding::windows1252;
 };
 
 struct LoadedFile {
-  std::string error;   // for the user; not empty = nothing loaded
+  std::string error;   // for the user; not empty: nothing was loaded
   Snapshot text;
   FileFormat format;
   FileStamp stamp;
-  bool firstLineCrlf = true;   // no LF in the bytes before the first CR (an empty file and one without LF too)
+  bool firstLineCrlf = true;   // no LF before the first CR; also true for an empty file and one without LF
   bool readOnly = false;       // see writeProtected
 };
 
-// Reads a regular file whole. Folders, FIFOs, devices, unreadable and vanishing files give an error; out of memory too.
+// Reads a whole regular file. Folders, FIFOs, devices, unreadable and disappearing files give an error, as does lack of memory.
 LoadedFile loadFile(const std::string& path, const LoadOptions& options = {}, SearchControl* control = nullptr);
 
 struct SaveOptions {
   FileFormat format;
-  std::optional<FileStamp> expected;   // the file must still be this one, else SaveResult::changedOnDisk
+  std::optional<FileStamp> expected;   // the expected state of the file; any other is SaveResult::changedOnDisk
 };
 
 struct SaveResult {
-  std::string error;            // for the user; not empty = not saved, the file holds its old bytes
-  bool changedOnDisk = false;   // refused because the file is not the expected one (error is set too)
+  std::string error;            // for the user; not empty: not saved, the file holds its old bytes
+  bool changedOnDisk = false;   // refused because the file is not in the expected state (error is set too)
   FileStamp stamp;              // of the file as saved
   bool ok() const { return error.empty(); }
 };
 
-// Saves safely: encodes first, then writes aside, syncs, carries mode, owner and attributes over, renames and syncs the
-// folder; where that would lose something (hard links, foreign owner, no right in the folder) writes a synced recovery copy and
-// overwrites in place. At any moment the file holds the old bytes or the new ones (or the copy is there to mend it).
-// control: only its bytesDone and bytesTotal are written, a save is not cancelled.
+// Saves safely. Encodes first; then writes a new file, syncs it, copies mode, owner and attributes, renames it and syncs the
+// folder. Where that would lose something (hard links, foreign owner, no permission in the folder), writes a synced recovery copy
+// and then overwrites in place. At any moment the file holds the old or the new bytes, or the copy exists to repair it. control:
+// only its bytesDone and bytesTotal are written; a save cannot be cancelled.
 SaveResult saveFile(const std::string& path, const Snapshot& text, const SaveOptions& options, SearchControl* control = nullptr);
 
-// The file that a save to this path writes: symbolic links of its last part are followed. The path itself where they lead nowhere.
+// The file that a save to this path writes: resolves symbolic links of the last part; the path itself if they lead nowhere.
 std::string savedFile(const std::string& path);
 
-// Where recovery copies go when the target's own folder takes no new file. Not set: "zelkor/recovery" in the user's state folder.
+// Where recovery copies are stored if the folder of the target does not take them. Default: "zelkor/recovery" in the user's state
+// folder.
 void setRecoveryFolder(const std::string& folder);
 
-// The same for plain bytes (settings, definition file ...). mode is for a file that does not exist yet.
+// The same for plain bytes (settings, definition file ...). mode is used for a new file.
 SaveResult saveBytes(const std::string& path, std::string_view bytes, unsigned mode = 0666);
 
-// The whole file; error as in LoadedFile. At most `limit` bytes (0: no limit), beyond that an error.
+// Reads the whole file; error as in LoadedFile. More than `limit` bytes are an error (0: no limit).
 std::string readBytes(const std::string& path, std::string* error, std::size_t limit = 0);
 
-// Present stamp; the content is hashed only when withContent.
+// The current stamp; hashes the content only if withContent.
 FileStamp stampOf(const std::string& path, bool withContent);
 
 bool fileExists(const std::string& path);
-// There is a file that this user may not write, or that nobody has the right to write (a superuser could all the same).
+// The file exists, and this user may not write it or nobody has write permission (a superuser could write it all the same).
 bool writeProtected(const std::string& path);
-// Creates the folder and its parents. Empty = done, else an error for the user.
+// Creates the folder and its parents. Empty: done; else an error for the user.
 std::string makeFolders(const std::string& path, unsigned mode = 0777);
 
 }   // namespace text

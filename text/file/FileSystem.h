@@ -1,9 +1,9 @@
-// The seam between the editor and the disk: about fifteen calls, shaped like the system's own, so that tests can log
-// them, fail any of them, cut writes short, or play a power cut. Documents, definition file, settings, journal, log and
-// printing to a file all go through it; no other code of ours opens, writes, renames or removes a file.
+// The seam between the editor and the disk: about fifteen calls like those of the system. Tests can log them, fail any of them, cut
+// writes short, or simulate a power cut. Documents, definition file, settings, journal, log and printing to a file all use it; no
+// other code opens, writes, renames or removes a file.
 //
-// Every call returns 0 or a count for success and -errno for failure. EINTR and short writes are the callers' affair
-// (see FileIo.h, which has the loops).
+// Every call returns 0 or a count for success and -errno for failure. Callers handle EINTR and short writes with the loops of
+// FileCalls.h.
 #pragma once
 
 #include <cstdint>
@@ -41,7 +41,7 @@ enum OpenFlags : unsigned {
   kNoFollow = 32,
   kNonBlock = 64,
   kAppend = 128
-  // There is deliberately no truncate flag: nothing of ours truncates a file on opening it.
+  // There is no truncate flag, on purpose: opening a file never truncates it.
 };
 enum RenameFlags : unsigned { kReplace = 0, kNoReplace = 1, kExchange = 2 };
 
@@ -53,14 +53,14 @@ class FileSystem {
   virtual int openAt(int dirFd, const std::string& path, unsigned flags, unsigned mode) = 0;   // descriptor (close-on-exec)
   virtual int statAt(int dirFd, const std::string& path, bool follow, FileStatus* out) = 0;
   virtual int statFd(int fd, FileStatus* out) = 0;
-  virtual int accessAt(int dirFd, const std::string& path, bool folder) = 0;   // 0: may be written (a folder: entries too)
+  virtual int accessAt(int dirFd, const std::string& path, bool folder) = 0;   // 0: writable (in a folder: entries too)
   virtual std::int64_t read(int fd, char* to, std::size_t length) = 0;
   virtual std::int64_t write(int fd, const char* from, std::size_t length) = 0;
   virtual std::int64_t seek(int fd, std::int64_t offset) = 0;   // absolute
   virtual int sync(int fd) = 0;
-  virtual int startSync(int fd) = 0;   // a hint: what is written may go to the disk now; does not wait, promises nothing
+  virtual int startSync(int fd) = 0;   // a hint to start writing to the disk; does not wait and guarantees nothing
   virtual int truncate(int fd, std::int64_t length) = 0;
-  // Reserves space for the first `length` bytes; the size stays. -EOPNOTSUPP where not possible.
+  // Reserves space for the first `length` bytes without changing the size. -EOPNOTSUPP if not possible.
   virtual int allocate(int fd, std::int64_t length) = 0;
   virtual int renameAt(int fromDir, const std::string& from, int toDir, const std::string& to, unsigned flags) = 0;
   virtual int linkAt(int fromDir, const std::string& from, int toDir, const std::string& to) = 0;
@@ -79,17 +79,17 @@ class FileSystem {
   virtual int close(int fd) = 0;
 };
 
-// The real one of this platform. Never null; may be exchanged by tests (returns the old one).
+// The file system of the platform. Never null; tests may replace it (returns the old one).
 FileSystem& fileSystem();
 FileSystem* setFileSystem(FileSystem* replacement);
 
-// Whose files those are that this program makes, as in FileStatus::owner.
+// The owner of files that this program creates, as in FileStatus::owner.
 std::uint32_t currentUser();
 
-// Bytes of memory that this computer has; 0 where unknown.
+// Bytes of memory of this computer; 0 if unknown.
 std::uint64_t physicalMemory();
 
-// The system's text for -errno or errno, in plain words ("No space left on device").
+// The system's message for -errno or errno ("No space left on device").
 std::string errorText(int error);
 
 }   // namespace text

@@ -1,4 +1,4 @@
-// The file system of POSIX systems. Nothing here decides anything: each call is one call of the system.
+// The file system of POSIX systems, without logic of its own: each call is one system call.
 #ifndef _WIN32
 
 #include <dirent.h>
@@ -81,7 +81,7 @@ class Posix final : public FileSystem {
   std::int64_t seek(int fd, std::int64_t offset) override { return orError<std::int64_t>(::lseek(fd, offset, SEEK_SET)); }
   int sync(int fd) override {
 #ifdef __APPLE__
-    if (::fcntl(fd, F_FULLFSYNC) == 0) return 0;   // fsync alone stops at the drive's own memory there
+    if (::fcntl(fd, F_FULLFSYNC) == 0) return 0;   // on this system fsync alone does not flush the drive's cache
 #endif
     return orError(::fsync(fd));
   }

@@ -1,6 +1,6 @@
-// The file system of Windows, behind the same calls. Paths are UTF-8. Folders have descriptors of our own, which hold their
-// path; the access list of a file appears as its one extended attribute. Owners, groups and modes are those of the system's
-// own defaults: a mode is 0666, or 0444 for a file marked as read-only.
+// The file system of Windows behind the same calls. Paths are UTF-8. Descriptors of folders are made here and hold the path. The
+// access list of a file appears as its only extended attribute. Owners and groups are the system's defaults. A mode is 0666, or
+// 0444 for a read-only file.
 #ifdef _WIN32
 
 #define NOMINMAX
@@ -174,7 +174,7 @@ class WindowsFiles final : public FileSystem {
   }
   int renameAt(int fromDir, const std::string& from, int toDir, const std::string& to, unsigned flags) override {
     if (flags == kExchange) return -EINVAL;
-    // The kind that also replaces a file which somebody has open.
+    // This rename also replaces a file that another program has open.
     const std::wstring target = wide(full(toDir, to));
     std::vector<char> buffer(sizeof(FILE_RENAME_INFO) + target.size() * sizeof(wchar_t));
     auto* info = reinterpret_cast<FILE_RENAME_INFO*>(buffer.data());
@@ -207,7 +207,7 @@ class WindowsFiles final : public FileSystem {
     return ok(SetFileInformationByHandle(of(fd), FileBasicInfo, &info, sizeof info));
   }
   int changeOwner(int, std::uint32_t, std::uint32_t) override { return 0; }
-  int readLinkAt(int, const std::string&, std::string*) override { return -EINVAL; }   // the system follows links itself
+  int readLinkAt(int, const std::string&, std::string*) override { return -EINVAL; }   // the system resolves links itself
   int listAttributes(int, std::vector<std::string>* names) override {
     names->assign(1, kAccessList);
     return 0;
@@ -240,7 +240,7 @@ class WindowsFiles final : public FileSystem {
   }
   int lock(int fd, bool exclusive, bool wait) override {
     OVERLAPPED at{};
-    at.OffsetHigh = 0x7fffffff;   // beyond any text: such locks would keep others from reading
+    at.OffsetHigh = 0x7fffffff;   // behind the end of any text: a lock on the text would keep others from reading
     const DWORD how = (exclusive ? LOCKFILE_EXCLUSIVE_LOCK : 0) | (wait ? 0 : LOCKFILE_FAIL_IMMEDIATELY);
     if (LockFileEx(of(fd), how, 0, 1, 0, &at)) return 0;
     const DWORD error = GetLastError();

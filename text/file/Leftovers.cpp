@@ -9,9 +9,9 @@ namespace text {
 namespace {
 
 constexpr std::string_view kCopyMark = ".zelkor-recovery-";
-constexpr std::size_t kMostName = 200;   // bytes of a file's name or path in the name of its copy
+constexpr std::size_t kMostName = 200;   // bytes of a file name or path used in the name of its copy
 constexpr char kHex[] = "0123456789ABCDEF";
-// Where locks do not reach other computers, a file that is being written is at least not old.
+// If locks do not work between computers: a file being written is at least recent.
 constexpr std::int64_t kUnfinishedNs = std::int64_t(10) * 60 * 1'000'000'000;
 
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }
@@ -48,7 +48,7 @@ std::string decodePath(std::string_view name) {
   return out;
 }
 
-// Whether an unfinished file may go: only what certainly is of a save of ours that has ended.
+// Whether an unfinished file may be removed: only if it certainly belongs to a finished save of this program.
 bool isAbandoned(const std::string& path, const files::Descriptor& file) {
   FileStatus own, there;
   FileSystem& fs = fileSystem();

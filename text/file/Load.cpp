@@ -1,4 +1,4 @@
-// Reading files: whole texts in blocks that the text keeps, small files as bytes, and stamps.
+// Reads files: whole texts in blocks that the text keeps, small files as bytes, and stamps.
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -14,11 +14,11 @@
 namespace text {
 namespace {
 
-constexpr std::size_t kBlock = 1024 * 1024;     // what one piece of memory of a large text holds
-constexpr std::size_t kStep = 128 * 1024;       // read and looked at at a time, so that it is still in the cache
-constexpr char kNoMemory[] = "Out of memory";   // short enough to need none itself
+constexpr std::size_t kBlock = 1024 * 1024;     // size of a block of a large text
+constexpr std::size_t kStep = 128 * 1024;       // read and examined at once, so that it is still in the cache
+constexpr char kNoMemory[] = "Out of memory";   // short enough to need no memory itself
 
-// Which line breaks a text has.
+// The kinds of line breaks in a text.
 struct BreakScan {
   bool lf = false, cr = false, lfBeforeCr = false;
   void add(std::string_view bytes) {
@@ -37,7 +37,7 @@ struct Block {
   std::size_t length = 0;
 };
 
-// Opens a regular file for reading without ever waiting on a FIFO or touching a device. Error text, empty when done.
+// Opens a regular file for reading; never waits for a FIFO or touches a device. Returns an error text, empty on success.
 std::string openRegular(const std::string& path, files::Descriptor* fd, FileStatus* status) {
   if (const int r = fileSystem().statAt(FileSystem::kCwd, path, true, status); r < 0) return errorText(r);
   if (auto text = files::notRegularText(*status); !text.empty()) return text;
@@ -78,14 +78,14 @@ class Loader {
  private:
   bool cancelled() const { return control_ && control_->cancel.load(std::memory_order_relaxed); }
 
-  // Reads up to the end, also of a file that grows or shrinks meanwhile. The builder sees each block as UTF-8 text
-  // right away: that is what nearly every file is.
+  // Reads to the end, also if the file grows or shrinks meanwhile. The builder treats each block as UTF-8 at once, because nearly
+  // every file is UTF-8.
   std::string readAll(int fd, std::int64_t size) {
     for (;;) {
       const std::int64_t missing = size - total_;
-      // No block is smaller than a byte order mark: one that came with a file's growth lies in the first block whole.
+      // A block is never smaller than a byte order mark, so that a mark is complete in the first block.
       const std::size_t capacity = missing > 0 ? std::clamp<std::size_t>(static_cast<std::size_t>(missing), 4, kBlock) : 4096;
-      char spare[4096];   // beyond the expected size there is usually nothing: no block for that
+      char spare[4096];   // usually there is nothing behind the expected size: do not allocate a block for it
       std::shared_ptr<char[]> block;
       if (missing > 0) block = std::make_shared_for_overwrite<char[]>(capacity);
       char* const to = missing > 0 ? block.get() : spare;
@@ -142,8 +142,8 @@ class Loader {
     return {};
   }
 
-  // The text once more where the first guess (UTF-8 without mark, ended by line feeds) was wrong. Each block read is let
-  // go when it has been converted.
+  // Builds the text again if the first guess (UTF-8 without mark, lines ended by LF) was wrong. Each block is freed after its
+  // conversion.
   bool rebuild(FileFormat format) {
     builder_.reset();
     if (format.encoding != Encoding::utf8) return convert(format);
@@ -222,7 +222,7 @@ std::string readBytes(const std::string& path, std::string* error, std::size_t l
         *error = "The file is too large";
         return {};
       }
-      // One byte more than expected: the read behind the end needs no second round.
+      // One byte more than expected, so that one read also finds the end.
       bytes.resize(filled < expected ? expected + 1 : filled + 4096);
       const std::int64_t n = files::readSome(fd.get(), bytes.data() + filled, bytes.size() - filled);
       if (n < 0) {

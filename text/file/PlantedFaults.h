@@ -1,5 +1,5 @@
-// Faults that test programs plant on purpose, to prove that a test turns red. A real build plants none: the number is
-// given by the compiler's command line of those programs only.
+// Faults that test programs contain on purpose, to prove that a test detects them. A normal build contains none: the number is
+// defined on the compiler's command line of these programs only.
 #pragma once
 
 #ifndef ZELKOR_PLANTED_FAULT

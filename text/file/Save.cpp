@@ -11,9 +11,9 @@
 namespace text {
 namespace {
 
-constexpr std::size_t kPart = 256 * 1024;   // what is converted, hashed or written at a time
+constexpr std::size_t kPart = 256 * 1024;   // converted, hashed or written at once
 constexpr std::size_t kStartSync = 8 * 1024 * 1024;
-constexpr std::size_t kSmall = 16 * 1024;   // parts below this are put together before they are written
+constexpr std::size_t kSmall = 16 * 1024;   // smaller parts are collected before writing
 
 class BytesSource final : public SaveSource {
  public:
@@ -32,7 +32,8 @@ class TextSource final : public SaveSource {
     if (control_) control_->bytesTotal = text.size().value * passes;
   }
 
-  // Before any file call: finds the size, and the first character that does not fit. Error text, empty when all fits.
+  // Before any file call: determines the size and the first character that cannot be encoded. Returns an error text, empty if all
+  // can be.
   std::string prepare() {
     EncodeError misfit;
     if (format_.encoding == Encoding::utf8) {
@@ -88,7 +89,7 @@ class TextSource final : public SaveSource {
   std::int64_t size_ = 0;
 };
 
-// Follows the symbolic links of the last part of the path by hand, so that the rename replaces the file at their end.
+// Resolves the symbolic links of the last part of the path, so that the rename replaces the file at their end.
 int followLinks(SaveTarget* target) {
   constexpr int kMostLinks = 40;
   for (int links = 0;; ++links) {
@@ -106,7 +107,7 @@ int followLinks(SaveTarget* target) {
   }
 }
 
-// Looks at target and folder without changing anything. Error text, empty when done.
+// Examines target and folder without changing anything. Returns an error text, empty on success.
 std::string lookAt(SaveTarget* target) {
   if (const int r = followLinks(target); r < 0) return errorText(r);
   target->folder = files::open(FileSystem::kCwd, target->parts.folder, kRead | kDirectory);
@@ -120,7 +121,7 @@ std::string lookAt(SaveTarget* target) {
   return files::notRegularText(target->status);
 }
 
-// Where renaming a new file over the old one is not possible or would cut it off from its other names.
+// True if renaming a new file over the old one is impossible or would separate it from its other names.
 bool mustOverwrite(const SaveTarget& target) {
   if (!target.exists) return false;
   if (target.status.links > 1 || !target.folder.ok()) return true;
@@ -166,7 +167,7 @@ SaveResult withMemory(Action action) {
     return action();
   } catch (const std::bad_alloc&) {
     SaveResult failed;
-    failed.error = "Out of memory";   // short enough to need none itself
+    failed.error = "Out of memory";   // short enough to need no memory itself
     return failed;
   }
 }
@@ -188,7 +189,7 @@ SaveResult saveRefusedAsChanged() {
 
 int writeSource(int fd, const SaveSource& source, std::uint64_t* hash) {
   ContentHash content;
-  std::string pending;   // small parts (a much edited text has many) go out together
+  std::string pending;   // small parts (a much edited text has many) are written together
   std::size_t started = 0;
   const auto flush = [&] {
     const int r = files::writeAll(fd, pending);
@@ -206,7 +207,7 @@ int writeSource(int fd, const SaveSource& source, std::uint64_t* hash) {
       content.add(part.substr(0, kPart));
       done = files::writeAll(fd, part.substr(0, kPart));
       started += std::min(part.size(), kPart);
-      if (started >= kStartSync) {   // the disk works while we do
+      if (started >= kStartSync) {   // the disk works meanwhile
         fileSystem().startSync(fd);
         started = 0;
       }

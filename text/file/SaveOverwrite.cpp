@@ -1,4 +1,4 @@
-// Saving by overwriting in place, with a synced copy of the old bytes beside it meanwhile.
+// Saves by overwriting in place, with a synced copy of the old bytes during the write.
 #include <algorithm>
 #include <cerrno>
 #include <new>
@@ -31,7 +31,7 @@ class Overwriting {
     std::uint64_t oldHash = 0;
     std::int64_t oldSize = 0;
     if (const int r = makeCopy(&oldHash, &oldSize); r < 0) return saveFailed(r);
-    // The last look before the first byte changes.
+    // The last check before the first byte changes.
     FileStatus now;
     if (const int r = fs.statAt(FileSystem::kCwd, target_.path, false, &now); r < 0) return saveFailed(r);
     if (now != before || oldSize != before.size) return saveRefusedAsChanged();
@@ -54,7 +54,7 @@ class Overwriting {
   }
 
  private:
-  // A copy of the old bytes, on disk for certain, beside the target or else in the recovery folder.
+  // Makes a copy of the old bytes, synced to disk, beside the target or else in the recovery folder.
   int makeCopy(std::uint64_t* hash, std::int64_t* size) {
     copyFolder_ = target_.parts.folder;
     int r = target_.folder.ok() ? createCopy(target_.folder.get()) : -EACCES;
@@ -98,7 +98,7 @@ class Overwriting {
 
   int overwrite(std::int64_t oldSize, FileStamp* stamp) {
     auto& fs = fileSystem();
-    if (source_.size() > oldSize) {   // room for all of it before the first byte changes
+    if (source_.size() > oldSize) {   // space for all of it before the first byte changes
       touched_ = true;
       const int r = fs.allocate(file_.get(), source_.size());
       if (files::noRoom(r) || r == -EIO) return r;
@@ -110,17 +110,17 @@ class Overwriting {
       if (const int r = fs.truncate(file_.get(), source_.size()); r < 0) return r;
     FileStatus now;
     if (const int r = fs.statFd(file_.get(), &now); r < 0) return r;
-    if (now.mode != target_.status.mode)   // writing takes set-user-id away; only the owner may give it again
+    if (now.mode != target_.status.mode)   // writing clears the set-user-id bit; only the owner may set it again
       fs.changeMode(file_.get(), target_.status.mode & 07777);
     if (const int r = files::sync(file_.get()); r < 0) return r;
     if (const int r = fs.statFd(file_.get(), &stamp->status); r < 0) return r;
-    // With the new bytes safe the copy goes. Where it cannot, the old bytes come back from it.
+    // The new bytes are safe: removes the copy. If it cannot be removed, restores the old bytes from it.
     if (const int r = dropCopy(); r < 0) return r;
     touched_ = false;
     return 0;
   }
 
-  // Writes the old bytes back from the copy; false, with the copy kept, where that fails. Needs no memory.
+  // Restores the old bytes from the copy. False: that failed, and the copy is kept. Needs no memory.
   bool restore(std::int64_t oldSize, std::uint32_t mode) {
     for (int attempt = 0; touched_ && attempt < 2; ++attempt) touched_ = restoreOnce(oldSize, mode) < 0;
     return !touched_;
@@ -134,7 +134,7 @@ class Overwriting {
     std::int64_t size = 0;
     if (const int r = copyBytes(copy_.get(), file_.get(), &hash, &size); r < 0) return r;
     if (size != oldSize) return -EIO;
-    if (const int r = fs.truncate(file_.get(), oldSize); r < 0) return r;   // also gives reserved room back
+    if (const int r = fs.truncate(file_.get(), oldSize); r < 0) return r;   // also releases reserved space
     FileStatus now;
     if (fs.statFd(file_.get(), &now) == 0 && now.mode != mode) fs.changeMode(file_.get(), mode & 07777);
     return files::sync(file_.get());
@@ -150,12 +150,12 @@ class Overwriting {
   static constexpr std::size_t kBuffer = 128 * 1024;
   SaveTarget& target_;
   const SaveSource& source_;
-  const std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(kBuffer);   // before anything is touched
+  const std::unique_ptr<char[]> buffer_ = std::make_unique_for_overwrite<char[]>(kBuffer);   // before anything is changed
   const std::string recoveryFolder_;
   files::Descriptor file_, copy_, ownFolder_;
-  std::string copyFolder_, copyName_;   // where the copy is; the name is empty when there is none
+  std::string copyFolder_, copyName_;   // where the copy is; an empty name: there is none
   int copyFolderFd_ = -1;
-  bool touched_ = false;   // the target may hold neither the old bytes nor the new ones
+  bool touched_ = false;   // the target may hold neither the old nor the new bytes
 };
 
 }   // namespace

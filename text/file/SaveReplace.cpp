@@ -10,15 +10,15 @@
 namespace text {
 namespace {
 
-// What these systems say when they do not know a kind of rename.
+// The error codes of file systems that do not support a kind of rename.
 bool unsupported(int r) { return r == -EINVAL || r == -ENOSYS || r == -EOPNOTSUPP; }
-// What they say when an owner or attribute is not ours to give or not theirs to keep.
+// The error codes when an owner or attribute cannot be set or is not supported.
 bool notOurs(int r) { return r == -EPERM || r == -EACCES || r == -EOPNOTSUPP || r == -EINVAL; }
 
 enum class Carried { all, impossible, failed };
 
-// Gives the new, still empty file the owner, group, attributes (access lists among them) and mode of the old one. Its mode
-// comes last: until then nobody but us can read it.
+// Gives the new, still empty file the owner, group, attributes (with access lists) and mode of the old one. The mode comes last:
+// before that only this user can read the file.
 Carried carryMetadata(const SaveTarget& target, int to, int* error) {
   auto& fs = fileSystem();
   const auto bad = [&](int r) {
@@ -36,7 +36,7 @@ Carried carryMetadata(const SaveTarget& target, int to, int* error) {
   if (listed < 0 && listed != -EOPNOTSUPP && listed != -ENOSYS) return *error = listed, Carried::failed;
   const int ownListed = fs.listAttributes(to, &ownNames);
   if (ownListed < 0 && ownListed != -EOPNOTSUPP && ownListed != -ENOSYS) return *error = ownListed, Carried::failed;
-  for (const auto& name : ownNames)   // inherited from the folder; they could let more people in
+  for (const auto& name : ownNames)   // inherited from the folder; they could let more people read the file
     if (std::find(names.begin(), names.end(), name) == names.end())
       if (const int r = fs.removeAttribute(to, name); r < 0 && r != -ENODATA) return bad(r);
   for (const auto& name : names) {
@@ -82,7 +82,8 @@ class Replacing {
     }
     if (auto refused = compare()) return refused;
     if (const int r = files::sync(file_.get()); r < 0) return saveFailed(r);
-    // From here on nothing may need memory without a way back. What is aside is whole now, and soon it is the old text.
+    // From here on, steps that cannot be reverted must not allocate memory. The file written aside is complete and will soon
+    // replace the old text.
     std::string whole = copyName(ownName_, target_.parts.name, false), oldName = whole + "0";
     if (target_.exists) {
       if (const int r = fileSystem().renameAt(folder_, ownName_, folder_, whole, kReplace); r < 0) return saveFailed(r);
@@ -104,7 +105,7 @@ class Replacing {
     const int reserved = fs.allocate(file_.get(), source_.size());
     if (files::noRoom(reserved) || reserved == -EIO) return reserved;
     if (const int r = writeSource(file_.get(), source_, &hash_); r < 0) return r;
-    // Writing takes set-user-id and set-group-id away.
+    // Writing clears the set-user-id and set-group-id bits.
     if (target_.exists && (target_.status.mode & 06000) != 0)
       if (const int r = fs.changeMode(file_.get(), target_.status.mode & 07777); r < 0) return r;
     return fs.startSync(file_.get()), 0;
@@ -112,8 +113,8 @@ class Replacing {
 
   bool compares() const { return !planted(PlantedFault::skipCompare) && target_.exists && target_.expected; }
 
-  // Whether the old file has the content that is expected. Its status at that moment is kept: while it stays so, the content
-  // does. The disk writes meanwhile.
+  // Whether the old file has the expected content. Remembers its status: while that is unchanged, the content is unchanged too. The
+  // disk writes the new file meanwhile.
   std::optional<SaveResult> compare() {
     if (!compares()) return std::nullopt;
     if (const int r = fileSystem().statFd(target_.file.get(), &seen_); r < 0) return saveFailed(r);
@@ -121,7 +122,7 @@ class Replacing {
     return compareContent();
   }
 
-  // The last look, directly before the rename: the file at the path is the one compared, and no sign of a change since.
+  // The last check, directly before the rename: the file at the path is the compared one, and its status is unchanged.
   std::optional<SaveResult> lookAgain() {
     if (!compares()) return std::nullopt;
     FileStatus now;
@@ -140,7 +141,7 @@ class Replacing {
     return std::nullopt;
   }
 
-  // Puts the new file in place so that the old one can still come back: under ownName_ or oldName_.
+  // Puts the new file in place so that the old one can still be restored, as ownName_ or oldName_.
   int swap(std::string& oldName) {
     auto& fs = fileSystem();
     const std::string& name = target_.parts.name;
@@ -163,7 +164,7 @@ class Replacing {
     int r = fs.renameAt(folder_, ownName_, folder_, name, kExchange);
     if (r == 0) {
       undo_ = Undo::restoreOld;
-      fs.lock(target_.file.get(), false, false);   // nobody else is to take it for left behind
+      fs.lock(target_.file.get(), false, false);   // no other program may take it for a leftover
       return 0;
     }
     if (!unsupported(r)) return r;
@@ -178,14 +179,14 @@ class Replacing {
     return 0;
   }
 
-  // File systems without links: the rename is still atomic, but cannot be taken back.
+  // File systems without links: the rename is still atomic but cannot be reverted.
   int replaceOutright() {
     const int r = fileSystem().renameAt(folder_, ownName_, folder_, target_.parts.name, kReplace);
     if (r == 0) ownName_.clear();
     return r;
   }
 
-  // The new file is in place. Makes sure of what was displaced and of the folder; else puts the old file back.
+  // The new file is in place. Checks the displaced file and syncs the folder; on an error restores the old file.
   SaveResult settle() {
     auto& fs = fileSystem();
     SaveResult result;
@@ -201,8 +202,8 @@ class Replacing {
     return result;
   }
 
-  // Somebody may have written between the last look and the rename. Times tell, unless the old file's are so young that
-  // two changes may carry the same one: then the content does.
+  // Another program may have written between the last check and the rename. The times show that, unless they are so recent that two
+  // changes may have the same time; then the content is compared.
   std::optional<SaveResult> checkDisplaced(const FileStatus& ours) {
     constexpr std::int64_t kYoungNs = 2'000'000'000;
     if (!compares() || undo_ != Undo::restoreOld) return std::nullopt;
@@ -223,7 +224,7 @@ class Replacing {
     return why;
   }
 
-  // Brings the old state back; false where that was not possible. Needs no memory.
+  // Restores the old state; false if that was impossible. Needs no memory.
   bool undo() {
     auto& fs = fileSystem();
     const std::string& name = target_.parts.name;
@@ -232,7 +233,7 @@ class Replacing {
     if (undo_ == Undo::restoreOld) {
       r = fs.renameAt(folder_, ownName_, folder_, name, kReplace);
       if (r < 0) r = fs.renameAt(folder_, ownName_, folder_, name, kReplace);
-      ownName_.clear();   // either it is the target again, or it is all that is left of the old text
+      ownName_.clear();   // it is the target again, or the only remaining copy of the old text
     }
     undo_ = Undo::none;
     files::syncFolder(folder_);
@@ -244,9 +245,9 @@ class Replacing {
   const SaveSource& source_;
   const int folder_;
   files::Descriptor file_;
-  std::string ownName_;   // of a file of ours in the folder that must go; empty when there is none
+  std::string ownName_;   // a file in the folder that must be removed; empty: there is none
   std::uint64_t hash_ = 0;
-  FileStatus seen_;   // of the old file when its content was compared
+  FileStatus seen_;   // status of the old file when its content was compared
   Undo undo_ = Undo::none;
 };
 

@@ -1,8 +1,8 @@
-// The two ways to save, and what they share. Replacing: the new bytes are written aside, synced and renamed over the
-// target, so the file is old or new at any moment. Overwriting: where a new file would lose something of the old one
-// (its other hard links, its owner, a mount), a synced copy of the old bytes is made first and goes last.
+// The two ways to save, and their common parts. Replacing: the new bytes are written to a new file, synced and renamed over the
+// target, so that the file is old or new at any moment. Overwriting: if a new file would lose something of the old one (other hard
+// links, owner, a mount), first a synced copy of the old bytes is made, and it is removed last.
 //
-// Save.cpp chooses the way from metadata, before a byte is written; no error switches from one to the other.
+// Save.cpp chooses the way from metadata before a byte is written; an error never switches from one way to the other.
 #pragma once
 
 #include <functional>
@@ -16,7 +16,7 @@
 
 namespace text {
 
-// The bytes to save, handed out in parts. They have been checked: nothing here can fail but the sink.
+// The bytes to save, delivered in parts. They have been checked: only the sink can fail.
 class SaveSource {
  public:
   virtual ~SaveSource() = default;
@@ -26,9 +26,9 @@ class SaveSource {
 };
 
 struct SaveTarget {
-  std::string path;   // links of the last part followed
+  std::string path;   // links of the last part are resolved
   files::PathParts parts;
-  files::Descriptor folder;   // failed where the folder cannot be read
+  files::Descriptor folder;   // failed if the folder cannot be read
   bool exists = false;
   FileStatus status;        // when it exists
   files::Descriptor file;   // the old file, open for reading
@@ -39,16 +39,16 @@ struct SaveTarget {
 SaveResult saveFailed(int error, const std::string& more = {});
 SaveResult saveRefusedAsChanged();
 
-// Writes all of source, hashing on the way. 0 or -errno.
+// Writes all of source and hashes it. 0 or -errno.
 int writeSource(int fd, const SaveSource& source, std::uint64_t* hash);
 
-// A file to be written aside (see Leftovers.h), locked for as long as it is open where that is possible.
+// A file for writing aside (see Leftovers.h), locked while it is open if that is possible.
 files::Descriptor createUnfinished(int folder, unsigned mode, std::string* name);
 
-// Removes a file of ours, trying twice.
+// Removes a file of this program, with a second try.
 int removeOwn(int folder, const std::string& name);
 
-// nullopt: a new file could not carry the old one's owner or attributes; nothing has been done.
+// nullopt: a new file could not have the old one's owner or attributes; nothing was done.
 std::optional<SaveResult> saveByReplacing(SaveTarget& target, const SaveSource& source);
 SaveResult saveByOverwriting(SaveTarget& target, const SaveSource& source, const std::string& recoveryFolder);
 

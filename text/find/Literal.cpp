@@ -13,7 +13,7 @@ namespace {
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
-// Bad bytes are compared as they are: they stand beyond all code points.
+// Invalid bytes are compared as they are: above all code points.
 char32_t folded(const Char& c) { return c.bad ? 0x110000 + c.code : fold(c.code); }
 
 std::string encoded(char32_t c) { return c >= 0x110000 ? std::string(1, static_cast<char>(c - 0x110000)) : encode(c); }
@@ -47,7 +47,7 @@ Literal::Literal(std::string what, bool matchCase) : what_(std::move(what)) {
   chooseFilter();
 }
 
-// Takes the two rarest bytes among the first ones whose place is the same in every spelling.
+// Chooses the two rarest bytes of the beginning that have the same position in every spelling.
 void Literal::chooseFilter() {
   std::vector<PairFilter::Spot> spots;
   constexpr std::size_t enough = 256;
@@ -111,7 +111,7 @@ std::size_t Literal::lengthAt(std::string_view bytes, std::size_t at) const {
   return end - at;
 }
 
-// Linear in the text whatever it holds: never compares a byte of it twice with the same prefix.
+// Linear for any text: no byte is compared twice with the same prefix.
 template <class Pattern, class Next>
 static std::optional<std::size_t> findLinear(const Pattern& pattern, std::size_t end, Next next) {
   std::vector<std::size_t> back(pattern.size(), 0);   // length of the longest border of each prefix
@@ -156,7 +156,7 @@ std::optional<Literal::Hit> Literal::find(std::string_view bytes, std::size_t fr
     at = filter_.find(bytes, at, end);
     if (at >= end) return std::nullopt;
     if (const std::size_t length = lengthAt(bytes, at)) return Hit{at, length};
-    // A long pattern in a text that repeats its beginning over and over would cost the product of both lengths.
+    // A long pattern in a text that repeats its beginning again and again would cost the product of both lengths.
     wasted += minBytes_;
     if (wasted > 65536 + 64 * (at - from) && minBytes_ > 64) return findRepetitive(bytes, at);
   }

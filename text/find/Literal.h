@@ -1,4 +1,4 @@
-// A literal pattern, compiled for searching in contiguous bytes; with or without case. Inside the engine.
+// A literal pattern, compiled for searching in contiguous bytes, case-sensitive or not. Internal to the engine.
 #pragma once
 
 #include <optional>
@@ -16,20 +16,20 @@ class Literal {
     std::size_t begin, length;
   };
 
-  // Precondition: `what` is not empty. Without case, letters are compared by simple case folding; a letter beyond
-  // ASCII is never equal to one within.
+  // Precondition: `what` is not empty. Without case, letters are compared by simple case folding; a non-ASCII letter is never equal
+  // to an ASCII letter.
   Literal(std::string what, bool matchCase);
 
-  // No match is longer.
+  // Maximum length of a match.
   std::size_t maxBytes() const { return maxBytes_; }
-  // Valid UTF-8: then a match always lies on character boundaries.
+  // The pattern is valid UTF-8: then matches always lie on character boundaries.
   bool wholeCharacters() const { return wholeCharacters_; }
-  // The first match that starts at or behind `from` and lies wholly in the bytes.
+  // The first match that starts at or behind `from` and lies completely in the bytes.
   std::optional<Hit> find(std::string_view bytes, std::size_t from) const;
 
  private:
   enum class Kind { exact, asciiFold, fold };
-  std::size_t lengthAt(std::string_view bytes, std::size_t at) const;   // of the match there, 0: none
+  std::size_t lengthAt(std::string_view bytes, std::size_t at) const;   // length of the match at that position; 0: none
   std::optional<Hit> findRepetitive(std::string_view bytes, std::size_t from) const;
   void chooseFilter();
 

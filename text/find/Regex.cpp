@@ -29,7 +29,7 @@ using JitStack = std::unique_ptr<pcre2_jit_stack, Freer<pcre2_jit_stack_free>>;
 
 constexpr std::size_t maxStack = 32u << 20;   // of the compiled matcher
 constexpr std::uint32_t maxSteps = 10'000'000, maxDepth = 250'000, maxHeapKiB = 256u << 10;
-constexpr std::uint32_t cheapSteps = 5'000;   // of an attempt that need not be watched
+constexpr std::uint32_t cheapSteps = 5'000;   // of an attempt that is not supervised
 
 std::string messageOf(int code) {
   PCRE2_UCHAR buffer[256];
@@ -60,7 +60,7 @@ Compiled compile(const std::string& pattern, std::uint32_t options, bool jit) {
   return result;
 }
 
-// Over bytes that are all ASCII an expression means the same without the Unicode modes, and runs much faster.
+// For ASCII-only bytes an expression means the same without the Unicode modes and runs much faster.
 bool samePlain(const std::string& pattern) {
   for (std::size_t i = 0; i < pattern.size(); ++i) {
     if (static_cast<unsigned char>(pattern[i]) >= 0x80) return false;
@@ -70,7 +70,7 @@ bool samePlain(const std::string& pattern) {
   return true;
 }
 
-// Whether all of the pattern is of a kind that never matches a line break or looks beyond one.
+// Whether no part of the pattern can match a line break or depend on text behind one.
 bool plainlyInLine(const std::string& p) {
   const auto safeEscape = [](char c) {
     return c == 'd' || c == 'w' || c == 'S' || c == 'b' || c == 't' || (c >= '1' && c <= '9') ||
@@ -82,7 +82,7 @@ bool plainlyInLine(const std::string& p) {
       if (i + 1 == p.size() || !safeEscape(p[++i])) return false;
     } else if (p[i] == '(' && i + 1 < p.size() && (p[i + 1] == '*' || (p[i + 1] == '?' && p.compare(i, 3, "(?:") != 0))) {
       return false;
-    } else if (p[i] == '[') {   // a plain list of characters; the first one may be a ']'
+    } else if (p[i] == '[') {   // a simple character class; its first character may be ']'
       std::size_t end = i + 1;
       if (end < p.size() && p[end] == '^') return false;
       do {
@@ -98,7 +98,7 @@ bool plainlyInLine(const std::string& p) {
   return true;
 }
 
-// Where the settings in front, such as (*UCP), end.
+// The end of the leading settings, such as (*UCP).
 std::size_t settingsOf(const std::string& pattern) {
   std::size_t verbs = 0;
   while (pattern.compare(verbs, 2, "(*") == 0 && verbs + 2 < pattern.size() && pattern[verbs + 2] >= 'A' &&
@@ -110,8 +110,8 @@ std::size_t settingsOf(const std::string& pattern) {
   return verbs;
 }
 
-// Makes the matcher look on where a word goes on at either end. Only a help: it does not compile behind a comment, say, and
-// the searcher looks at both ends itself. A pattern that calls itself whole would call the borders too.
+// Adds look-arounds for word boundaries to the pattern. This only speeds up the search, which checks both ends itself; it does not
+// compile behind a comment, for example. It must not be used for a pattern that calls itself as a whole.
 std::string asWholeWord(const std::string& pattern) {
   for (const char* whole : {"(?R", "(?0", "\\g<0", "\\g'0"})
     if (pattern.find(whole) != std::string::npos) return pattern;
@@ -121,7 +121,7 @@ std::string asWholeWord(const std::string& pattern) {
          ")|(?<!" + word + "))";
 }
 
-// "\n", and a line break that stands in the pattern itself, for every kind of line break.
+// "\n", and a literal line break in the pattern, match every kind of line break.
 class LineEnds {
  public:
   static std::string in(const std::string& pattern) {
@@ -133,14 +133,14 @@ class LineEnds {
  private:
   explicit LineEnds(std::string_view pattern) : p_(pattern), extended_(isExtended(pattern)) {}
 
-  // In an extended pattern a line break is layout.
+  // In an extended pattern line breaks are layout.
   static bool isExtended(std::string_view p) {
     for (std::size_t at = p.find("(?"); at != std::string_view::npos; at = p.find("(?", at + 2))
       if (p[std::min(p.find_first_not_of("imsnJU^-", at + 2), p.size() - 1)] == 'x') return true;
     return false;
   }
   bool isLineEnd(std::string_view part) const { return part == "\\n" || (!extended_ && (part == "\n" || part == "\r\n")); }
-  // With a break in a quotation standing outside of it.
+  // A break inside a quotation is moved out of it.
   static std::string quoted(std::string_view part, std::string_view lineEnd) {
     std::string out;
     for (std::size_t i = 0; i < part.size(); ++i) {
@@ -153,7 +153,7 @@ class LineEnds {
   }
 
   bool starts(std::string_view what) const { return p_.substr(at_, what.size()) == what; }
-  // The next element that means the same wherever it stands: an escape, a quotation, a comment or one byte.
+  // The next element that has the same meaning everywhere: an escape, a quotation, a comment or one byte.
   std::string_view element() {
     std::size_t end = at_ + 1;
     if (starts("\\Q")) end = p_.find("\\E", at_) == std::string_view::npos ? p_.size() : p_.find("\\E", at_) + 2;
@@ -186,7 +186,7 @@ class LineEnds {
     return out;
   }
 
-  // Looking behind needs a known length: one alternative for each kind of break. Nested groups are not written anew.
+  // Look-behind needs a known length: one alternative for each kind of break. Nested groups are not rewritten.
   std::string lookBehind() {
     const auto begin = at_;
     bool named = false;
@@ -227,7 +227,7 @@ class LineEnds {
   bool namesCr_ = false, namesLf_ = false;
 };
 
-// Asks at the beginning of each attempt to match.
+// Called at the start of each attempt to match.
 std::string watched(const std::string& pattern) {
   const auto verbs = settingsOf(pattern);
   return pattern.substr(0, verbs) + "(?C1)" + pattern.substr(verbs);
@@ -249,7 +249,7 @@ Regex::Regex(const std::string& pattern, bool matchCase, bool wholeWord) : progr
   const std::uint32_t base = matchCase ? 0 : PCRE2_CASELESS, utf = base | PCRE2_UTF | PCRE2_UCP;
   p.unicode = compile(pattern, utf, false);
   std::string text = pattern;
-  if (p.unicode.code) {   // what does not compile any more is left as it is
+  if (p.unicode.code) {   // an expression that does not compile then is left unchanged
     const std::string lineEnds = LineEnds::in(pattern);
     for (const std::string& form : {wholeWord ? asWholeWord(lineEnds) : lineEnds, lineEnds, pattern}) {
       Compiled compiled = compile(text = form, utf, true);
@@ -258,7 +258,7 @@ Regex::Regex(const std::string& pattern, bool matchCase, bool wholeWord) : progr
       break;
     }
   }
-  // Behind a bad byte ".*" can begin in the middle of a line.
+  // Behind an invalid byte, ".*" could begin in the middle of a line.
   const std::uint32_t any = utf | PCRE2_MATCH_INVALID_UTF | PCRE2_NO_DOTSTAR_ANCHOR;
   if (p.unicode.code) p.any = compile(text, any, true);
   if (p.any.code) p.anchored = compile(text, any | PCRE2_ANCHORED, true);
@@ -281,7 +281,7 @@ Regex::Regex(const std::string& pattern, bool matchCase, bool wholeWord) : progr
   if (value == 1) {
     pcre2_pattern_info(p.any.code.get(), PCRE2_INFO_LASTCODEUNIT, &value);
     const auto b = static_cast<unsigned char>(value);
-    // Without case, a letter that has further forms beyond ASCII is not certain.
+    // Without case, a letter with further forms outside ASCII is not required.
     if (b < 0x80 && (matchCase ? pattern.find("(?") == std::string::npos : b != 'k' && b != 'K' && b != 's' && b != 'S')) {
       required_.add(b);
       if (b >= 'A' && b <= 'Z') required_.add(static_cast<unsigned char>(b + 32));

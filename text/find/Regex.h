@@ -1,9 +1,8 @@
-// A regular expression, compiled by PCRE2 for matching in windows of a text that need not be in one piece: what a
-// window cannot decide is reported as undecided, to be tried again in a longer one. Inside the engine.
+// A regular expression, compiled by PCRE2 and matched in windows of a text that need not be contiguous. When a window is too short
+// to decide, the result is "undecided", and the caller tries again with a longer one. Internal to the engine.
 //
-// '^' and '$' match at every line, '.' matches no line break; LF, CR LF and CR are line breaks. "\n" is a whole line break
-// of any of these kinds, unless the pattern names "\r" itself. Classes such as \w are those of Unicode. Bytes that are not
-// valid UTF-8 match nothing.
+// '^' and '$' match at every line, '.' matches no line break; LF, CR LF and CR are line breaks. "\n" matches any of them, unless
+// the pattern contains "\r". Classes such as \w are those of Unicode. Bytes that are not valid UTF-8 match nothing.
 #pragma once
 
 #include <cstdint>
@@ -28,40 +27,40 @@ class Regex {
   const std::string& error() const { return error_; }   // why it does not compile; empty: it does
   int lookBehind() const { return lookBehind_; }        // characters before the start that a match may look at
   bool namesLineBreaks() const { return namesLineBreaks_; }
-  // No match holds a line break, nor depends on anything beyond its line: windows of whole lines decide all of it,
-  // twice as fast. False where that is not plain to see.
+  // True: a match never holds a line break and does not depend on other lines. Then windows of whole lines decide everything, and
+  // the search is twice as fast. False when this is not obvious.
   bool staysInLine() const { return staysInLine_; }
-  bool needsWholeText() const { return needsWholeText_; }   // means something else in windows (\G and control verbs)
-  // Bytes one of which every match holds; empty: no such thing is known.
+  bool needsWholeText() const { return needsWholeText_; }   // the meaning would differ in windows (\G and control verbs)
+  // Every match contains one of these bytes; empty: unknown.
   const ByteSet& required() const { return required_; }
   std::optional<int> groupByName(std::string_view name) const;
   int groupCount() const { return groupCount_; }   // without the whole match
 
   struct Outcome {
     enum Kind { found, none, undecided, failed, stopped } kind = none;
-    std::size_t begin = 0, end = 0;   // found; undecided: begin is the first place that may match
+    std::size_t begin = 0, end = 0;   // of the match; undecided: begin is the first possible start
   };
   struct Options {
-    bool last = true;       // the text ends where the subject does; otherwise the answer may be `undecided`
+    bool last = true;       // the subject ends where the text ends; else the result may be `undecided`
     bool endsLine = true;   // with last: '$' matches at its end
     bool notEmptyAtStart = false;
     bool onlyAtStart = false;   // a match must begin at `from`
   };
 
-  // Holds the memory of matching; one for each thread and search.
+  // Working memory of the matcher; one for each thread and search.
   class Matcher {
    public:
-    // `stop` is asked while a match costs much: true ends it as `stopped`. So does an attempt
-    // that costs more than `steps`; 0: the usual limit, whose breach is `failed`.
+    // `stop` is called during expensive matches; if it returns true, the match ends as `stopped`. So does an attempt that costs
+    // more than `steps`. With 0 steps the usual limit applies, which ends as `failed`.
     explicit Matcher(const Regex& regex, std::function<bool()> stop = {}, std::uint32_t steps = 0);
     ~Matcher();
     Matcher(const Matcher&) = delete;
     Matcher& operator=(const Matcher&) = delete;
-    // The window for the following matches; must stay in place meanwhile.
+    // The window of the following matches; it must not be moved meanwhile.
     void setSubject(std::string_view subject);
     Outcome match(std::size_t from, const Options& options);
-    const std::string& error() const { return error_; }   // of a match that failed: the limit that was hit
-    // Of the last match found: group n, npos for both when it took no part.
+    const std::string& error() const { return error_; }   // of a failed match: the limit that was reached
+    // Of the last match: group n; npos for both if the group did not take part.
     std::pair<std::size_t, std::size_t> group(int n) const;
 
    private:
@@ -71,7 +70,7 @@ class Regex {
     std::unique_ptr<Memory> memory_;
     std::string_view subject_;
     std::string error_;
-    bool careful_ = false;   // this subject was found to be costly
+    bool careful_ = false;   // this subject turned out to be expensive
   };
 
  private:

@@ -36,7 +36,7 @@ std::optional<std::string> expandReplacement(const Snapshot& text, const Match& 
       out += '$';
       ++i;
     } else if (c == '$' && digit(replacement, i + 1)) {
-      // Two digits where there is such a group, else one: $12 may be group 1 and a "2".
+      // Two digits if there is such a group, else one: $12 may be group 1 and "2".
       std::size_t n = static_cast<std::size_t>(next - '0');
       i += 1;
       if (digit(replacement, i + 1)) {

@@ -1,4 +1,4 @@
-// The text that takes the place of a match. Inside the engine; see Finder::replacementFor.
+// Makes the replacement text of a match. Internal to the engine; see Finder::replacementFor.
 #pragma once
 
 #include <functional>
@@ -10,9 +10,8 @@
 
 namespace text {
 
-// $0..$99, ${name} and ${number} are groups (one that took no part is empty), $$ is a dollar, \n a line break by
-// `newLines`, \t a tab, \\ a backslash; everything else stands for itself. nullopt and *error for a group
-// that does not exist or a brace that is not closed.
+// $0..$99, ${name} and ${number} are groups (empty if they did not take part), $$ is a dollar, \n a line break from `newLines`, \t
+// a tab, \\ a backslash; all other text is literal. nullopt and *error for an unknown group or a missing closing brace.
 std::optional<std::string> expandReplacement(const Snapshot& text, const Match& match, std::string_view replacement,
                                              const std::function<std::optional<int>(std::string_view)>& groupByName,
                                              std::string* error, const NewLines& newLines);
@@ -20,7 +19,7 @@ std::optional<std::string> expandReplacement(const Snapshot& text, const Match& 
 // Each line break in `replacement` becomes that of the line of `at`.
 std::string withBreaks(const Snapshot& text, ByteOffset at, std::string_view replacement, const NewLines& newLines);
 
-// `replacement` in the shape of `found`: ALL UPPER, all lower or Capitalised; as it is for any other.
+// `replacement` in the letter case of `found`: ALL UPPER, all lower or Capitalised; else unchanged.
 std::string inCaseOf(std::string_view found, std::string_view replacement);
 
 }   // namespace text

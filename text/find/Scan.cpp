@@ -9,7 +9,7 @@ namespace text {
 void ByteSet::add(unsigned char b) {
   if (member_[b]) return;
   member_[b] = true;
-  if (count_ < 4)   // the free places repeat the newest member
+  if (count_ < 4)   // unused places repeat the newest member
     for (std::size_t i = static_cast<std::size_t>(count_); i < 4; ++i) first_[i] = static_cast<char>(b);
   ++count_;
 }
@@ -96,9 +96,9 @@ std::size_t PairFilter::find(std::string_view bytes, std::size_t from, std::size
 }
 
 unsigned char commonness(unsigned char b) {
-  if (b >= 0x80) return b >= 0xC0 ? 120 : 50;   // a script has few first bytes
+  if (b >= 0x80) return b >= 0xC0 ? 120 : 50;   // a script has few lead bytes
   if (b >= 'a' && b <= 'z') {
-    // e t a o i n s r l d u c first
+    // the most frequent letters: e t a o i n s r l d u c
     constexpr std::string_view order = "zqjxkvwybghpfmcudlrsnioate";
     return static_cast<unsigned char>(120 + 5 * order.find(static_cast<char>(b)));
   }

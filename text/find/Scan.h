@@ -1,5 +1,5 @@
-// Byte scanning at memory speed: the next byte of a small set, and the next place where two bytes of a pattern fit.
-// Inside the engine. SSE2 where the compiler has it, plain loops elsewhere.
+// Scans bytes at memory speed: for the next byte of a small set, and for the next place where two bytes of a pattern match.
+// Internal to the engine. Uses SSE2 if available, else plain loops.
 #pragma once
 
 #include <array>
@@ -13,13 +13,13 @@
 
 namespace text {
 
-// A set of bytes; up to four members are found 16 bytes at a time.
+// A set of bytes; sets of up to four members are searched 16 bytes at a time.
 class ByteSet {
  public:
   void add(unsigned char b);
   bool has(unsigned char b) const { return member_[b]; }
   bool empty() const { return count_ == 0; }
-  // The first member at or behind `from`; bytes.size() when there is none.
+  // The first member at or behind `from`; bytes.size() if there is none.
   std::size_t find(std::string_view bytes, std::size_t from) const;
 
  private:
@@ -28,7 +28,7 @@ class ByteSet {
   int count_ = 0;
 };
 
-// Where a pattern can start, judged by two of its bytes: at offset[k] from the start stands one of the bytes of any[k].
+// Possible starts of a pattern, decided by two of its bytes: at offset[k] from the start is one of the bytes any[k].
 class PairFilter {
  public:
   struct Spot {
@@ -38,8 +38,7 @@ class PairFilter {
   };
   PairFilter() = default;
   PairFilter(const Spot& a, const Spot& b);
-  // The first s >= from with s < end at which the bytes fit, else end. Reads up to bytes[end - 1 + larger offset],
-  // which must exist.
+  // The first s in [from, end) at which the bytes match, else end. Reads up to bytes[end - 1 + larger offset], which must exist.
   std::size_t find(std::string_view bytes, std::size_t from, std::size_t end) const;
 
  private:

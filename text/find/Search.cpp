@@ -15,7 +15,7 @@ namespace text {
 
 namespace {
 
-constexpr std::int64_t slice = 1 << 20;   // bytes between two looks at the control
+constexpr std::int64_t slice = 1 << 20;   // bytes between two checks of the control
 constexpr std::size_t mostMatches = std::size_t(1) << 26;
 
 std::int64_t length(std::string_view s) { return static_cast<std::int64_t>(s.size()); }
@@ -26,7 +26,7 @@ ByteRange clipped(const Snapshot& text, ByteRange within) {
   return {begin, std::clamp(within.end, begin, size)};
 }
 
-// Steps of a search: progress out, cancel in.
+// Reports the progress of a search and checks for cancel.
 struct Pace {
   SearchControl* control;
   FindBudget* budget = nullptr;
@@ -44,7 +44,7 @@ struct Pace {
   void report(std::int64_t bytesDone) {
     if (control && reports) control->bytesDone.store(bytesDone, std::memory_order_relaxed);
   }
-  void stop() {   // the matcher was stopped, or an attempt cost too much
+  void stop() {   // the matcher was stopped, or an attempt was too expensive
     cancelled = true;
     if (budget && !stopped()) budget->spent = true;
   }
@@ -52,7 +52,7 @@ struct Pace {
 
 bool isWord(const Char& c) { return c.bytes > 0 && !c.bad && classOf(c.code) == CharClass::word; }
 
-// Whether no word goes on over this place.
+// Whether no word continues across this position.
 bool wordBorder(const Snapshot& text, ByteOffset at) {
   Cursor cursor(text, at);
   return !isWord(cursor.peekBefore()) || !isWord(cursor.peek());
@@ -68,7 +68,7 @@ ByteOffset findByte(const Snapshot& text, const ByteSet& set, ByteOffset from, B
   return std::min(from, end);
 }
 
-// Whether the place does not lie inside a character.
+// Whether the position is not inside a character.
 bool characterBorder(const Snapshot& text, ByteOffset at) {
   const ByteOffset from = std::max(ByteOffset(0), at - 3);
   const std::string around = text.bytes({from, at + 3});
@@ -103,16 +103,16 @@ struct Finder::Impl {
     return literal->wholeCharacters() || (characterBorder(text, r.begin) && characterBorder(text, r.end));
   }
 
-  // A sink takes a match and tells whether to go on.
+  // A sink takes a match and returns whether to continue.
   template <class Sink>
   void literalForward(const Snapshot& text, ByteRange within, Pace& pace, Sink sink) const;
   std::optional<ByteRange> literalBackward(const Snapshot& text, ByteRange within, Pace& pace) const;
-  // Matches that start at or before `lastStart`. The sink gets the matcher too, and the text offset of its subject.
-  // Returns the error, or nothing.
+  // Finds matches that start at or before `lastStart`. The sink also gets the matcher and the text offset of its subject. Returns
+  // an error or nothing.
   template <class Sink>
   std::string regexForward(const Snapshot& text, ByteRange within, ByteOffset lastStart, Pace& pace, Sink sink) const;
   void setGroups(Match* match, ByteRange range, const Regex::Matcher& matcher, ByteOffset base) const;
-  // Where to begin so that a match which starts at `at` is met as a search from the top would: `size` bytes before, at a line.
+  // Where to begin, so that a match at `at` is found as by a search from the top: `size` bytes before it, at the start of a line.
   ByteOffset lineBefore(const Snapshot& text, ByteOffset at, std::int64_t size, ByteOffset limit) const;
   SearchResult regexBackward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const;
 };
@@ -130,7 +130,7 @@ void Finder::Impl::literalForward(const Snapshot& text, ByteRange within, Pace& 
     if (!pace.go(at - within.begin)) return;
     const auto view = views.ahead(at, need, within.end).substr(0, static_cast<std::size_t>(most));
     const bool last = at + length(view) == within.end;
-    // A match that starts later may be cut off by the window's end, or be taken for a shorter one.
+    // A match that starts later may be cut by the end of the window, or be taken for a shorter one.
     const auto starts = last ? view.size() : view.size() - static_cast<std::size_t>(longest) + 1;
     std::size_t next = 0;
     for (auto hit = literal->find(view, next); hit && hit->begin < starts; hit = literal->find(view, next)) {
@@ -149,7 +149,7 @@ std::optional<ByteRange> Finder::Impl::literalBackward(const Snapshot& text, Byt
   SnapshotViews views(text);
   const auto longest = static_cast<std::int64_t>(literal->maxBytes());
   std::int64_t size = std::max(usualWindow() / 8, 4 * longest);
-  ByteOffset end = within.end, startsBefore = within.end;   // later starts have been looked at
+  ByteOffset end = within.end, startsBefore = within.end;   // later starts have been examined
   while (end > within.begin) {
     if (!pace.go(within.end - end)) return std::nullopt;
     auto view = views.behind(end, size, within.begin);
@@ -173,9 +173,9 @@ std::optional<ByteRange> Finder::Impl::literalBackward(const Snapshot& text, Byt
 
 // Regular expressions -------------------------------------------------------------------------------------------------
 
-// Goes through the text in views of the usual size. What a window leaves undecided is tried again in one that
-// begins there, and grows until it is decided; that keeps the cost of one step small whatever the expression does, so
-// that it can be cancelled, and copies no more of the text than a match attempt looks at.
+// Goes through the text in windows of the usual size. If a window cannot decide, another one starts at the undecided place and
+// grows until it decides. So each step is cheap whatever the expression does, the search can be cancelled, and no more text is
+// copied than a match attempt examines.
 template <class Sink>
 std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, ByteOffset lastStart, Pace& pace, Sink sink) const {
   SnapshotViews views(text);
@@ -186,14 +186,14 @@ std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, B
   const std::int64_t usual = regex->needsWholeText() ? text.size().value + 1024 : usualWindow();
   std::int64_t grown = usual, effort = 2 * text.size().value + (std::int64_t(4) << 30);
   const char breaker = text.lineMode() == LineMode::lf ? '\n' : '\r';
-  ByteOffset required = within.begin;   // the first place at or behind the last look that holds a required byte
+  ByteOffset required = within.begin;   // the first byte at or behind the last position that every match needs
   ByteOffset at = within.begin;
   // CR LF is one break: no line begins or ends inside it.
   if (!regex->namesLineBreaks() && at > ByteOffset(0) && at < within.end && text.at(at - 1) == '\r' && text.at(at) == '\n') at += 1;
   while (at <= lastStart) {
     if (!pace.go(at - within.begin)) return {};
     const ByteOffset first = at;
-    // What stands before may decide too, and tells the matcher that the text does not begin here.
+    // The text before may decide too, and shows the matcher that the text does not begin here.
     Cursor before(text, at);
     for (int i = 0; i < std::max(regex->lookBehind(), 2) && !before.atStart(); ++i) before.previous();
     const ByteOffset base = before.at();
@@ -207,7 +207,7 @@ std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, B
     how.endsLine = endsLine || wholeLines;
     if (wholeLines) {
       view = view.substr(0, lines);
-    } else if (!last) {   // no half character, no half CR LF at the end
+    } else if (!last) {   // do not end inside a character or inside CR LF
       std::size_t cut = view.size();
       while (cut > 0 && view.size() - cut < 3 && (static_cast<unsigned char>(view[cut - 1]) & 0xC0) == 0x80) --cut;
       if (cut > 0 && static_cast<unsigned char>(view[cut - 1]) >= 0xC0 && decode(view.substr(cut - 1)).bad)
@@ -249,7 +249,7 @@ std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, B
         }
         case Regex::Outcome::none:
           more = false;
-          if (growing) {   // only this one start is decided
+          if (growing) {   // only this start is decided
             grown = usual;
             if (at >= within.end) return {};
             const bool pair = !regex->namesLineBreaks() && view.substr(from, 2) == "\r\n";
@@ -271,7 +271,7 @@ std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, B
           at = start;
           grown = start > first ? usual : 2 * std::max(size, usual);
           if (grown > usual && !regex->required().empty()) {
-            // A long match in the making: it is none unless that byte comes, and no shorter one either.
+            // A long match in progress: without that byte there is no match, not even a shorter one.
             required = findByte(text, regex->required(), std::max(required, at), within.end);
             if (required >= within.end) {
               pace.report(within.length());
@@ -303,8 +303,8 @@ ByteOffset Finder::Impl::lineBefore(const Snapshot& text, ByteOffset at, std::in
   return begin - line < slice ? std::max(limit, line) : previousChar(text, nextChar(text, begin));
 }
 
-// The last of the matches that lie one behind the other from the start of a line a little before on; for expressions
-// that cannot match a line break these are the matches of a search from the top.
+// The last of the successive matches from a line start shortly before. For expressions that cannot match a line break these are the
+// matches of a search from the top.
 SearchResult Finder::Impl::regexBackward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
   SearchResult result;
   Pace pace{control}, inner{control, nullptr, false};
@@ -398,7 +398,7 @@ SearchResult Finder::at(const Snapshot& text, ByteRange range, ByteRange within,
       return false;
     });
   } else {
-    // From the place itself; then from further up, as with \K a find begins behind where matching did.
+    // First from the position itself; then from further up, because with \K a match begins behind the start of matching.
     for (const ByteOffset begin : {range.begin, impl_->lineBefore(text, range.begin, impl_->usualWindow() / 8, within.begin)}) {
       if (result.match || pace.cancelled || !result.error.empty()) break;
       result.error = impl_->regexForward(text, {begin, within.end}, range.begin, pace,

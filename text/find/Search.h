@@ -1,4 +1,4 @@
-// Finding text: literal at memory speed, regular expressions by PCRE2 with limits. Works on snapshots, from any thread.
+// Searches text: literally at memory speed, or by regular expressions (PCRE2) with limits. Works on snapshots and on any thread.
 #pragma once
 
 #include <atomic>
@@ -16,22 +16,22 @@ struct SearchOptions {
   bool matchCase = false;
   bool wholeWord = false;
   bool regex = false;               // '^' and '$' match at every line; '.' does not match a line break
-  std::int64_t window = 32 << 10;   // bytes of text looked at in one go, at least 8; tests make it tiny
+  std::int64_t window = 32 << 10;   // bytes of text examined at once, at least 8; tests make it tiny
 };
 
-// Shared by the searching thread and the one that shows progress.
+// Shared by the searching thread and the one that shows the progress.
 struct SearchControl {
   std::atomic<bool> cancel{false};
   std::atomic<std::int64_t> bytesDone{0};
-  std::atomic<std::int64_t> bytesTotal{0};   // 0: only who asked for the work knows
+  std::atomic<std::int64_t> bytesTotal{0};   // 0: only the caller knows the size
 };
 
 struct Match {
   ByteRange range;
-  std::vector<ByteRange> groups;   // regex only; [0] is the whole match, a group that took no part is {-1,-1}
+  std::vector<ByteRange> groups;   // regex only; [0] is the whole match; a group that did not take part is {-1,-1}
 };
 
-// The outcome of a search that may fail: never mix up "not found" and "could not search".
+// The result of a search that may fail. "Not found" and "failed" are different results.
 struct SearchResult {
   std::optional<Match> match;
   std::string error;   // a text for the user; not empty = failed
@@ -45,7 +45,7 @@ struct SearchAllResult {
 
 class Searcher {
  public:
-  // Compiles. error() is not empty when the expression is faulty (with the position in it), or the text is empty.
+  // Compiles. error() is not empty if the expression is invalid (it names the position) or the text is empty.
   Searcher(std::string what, SearchOptions options);
   ~Searcher();
   Searcher(Searcher&&) noexcept;
@@ -60,9 +60,8 @@ class Searcher {
   SearchResult forward(const Snapshot& text, ByteOffset from) const;
   SearchResult backward(const Snapshot& text, ByteOffset from) const;
 
-  // The text that replaces a match. Regex: $0..$99, ${name}, \n, \t, \\, $$; literal: `replacement` as it is.
-  // preserveCase: ALL UPPER, all lower and Capitalised finds give the replacement the same shape.
-  // Error (unknown group ...): nullopt and *error.
+  // The replacement of a match. Regex: $0..$99, ${name}, \n, \t, \\, $$; literal: `replacement` unchanged. preserveCase: matches in
+  // ALL UPPER, all lower or Capitalised form give the replacement the same form. Error (unknown group ...): nullopt and *error.
   std::optional<std::string> replacementFor(const Snapshot& text, const Match& match, std::string_view replacement,
                                             bool preserveCase, std::string* error) const;
 

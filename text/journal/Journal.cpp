@@ -16,18 +16,18 @@ namespace text {
 
 namespace {
 
-constexpr std::size_t kMostWaiting = 4096;   // changes; more are replaced by the whole text
+constexpr std::size_t kMostWaiting = 4096;   // changes; more are replaced by writing the whole text
 
 std::int64_t steadyMs() {
   using namespace std::chrono;
   return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-// Runs one piece of work after another on a thread of its own.
+// Runs tasks one after another on its own thread.
 class SlowThread {
  public:
   SlowThread() : thread_([this] { run(); }) {}
-  ~SlowThread() {   // what stands in line is done first
+  ~SlowThread() {   // runs the queued tasks first
     post({});
     thread_.join();
   }
@@ -52,7 +52,7 @@ class SlowThread {
   std::mutex mutex_;
   std::condition_variable wake_;
   std::deque<std::function<void()>> works_;
-  std::thread thread_;   // last: it uses the others
+  std::thread thread_;   // last member: it uses the others
 };
 
 }   // namespace
@@ -60,14 +60,14 @@ class SlowThread {
 struct Journal::State {
   explicit State(JournalFolder& folder) : file(folder) {}
 
-  // Guarded by the writer's lock: what is to be.
-  bool active = false, gone = false;   // gone: the Journal object is
-  bool remove = false;                 // the present file goes first
-  bool whole = false;                  // write base and about anew, then what waits
+  // Guarded by the writer's lock: the wanted state.
+  bool active = false, gone = false;   // gone: the Journal object was destroyed
+  bool remove = false;                 // the current file is removed first
+  bool whole = false;                  // write base and about again, then the queued changes
   bool aboutChanged = false;
-  bool refer = false;     // the base is what the file of `about` holds
+  bool refer = false;     // the base is the file of `about`
   bool alone = false;     // but it must not be
-  bool durable = false;   // what was handed over last is on the platter
+  bool durable = false;   // everything handed over so far is on disk
   JournalAbout about;
   Snapshot base;   // of a whole writing
   std::vector<JournalFile::Record> waiting;
@@ -75,7 +75,7 @@ struct Journal::State {
   std::string failure, name;
   std::function<void()> failed;
 
-  // The writer's own.
+  // Used by the writer only.
   JournalFile file;
   std::int64_t lookedAt = 0;
 
@@ -122,7 +122,7 @@ struct JournalWriter::Impl {
     return due < 0 ? due : std::max(due, s.retryAt);
   }
 
-  // The earliest time at which something is due; -1: none.
+  // The time of the next task; -1: none.
   std::int64_t next() const {
     std::int64_t next = -1;
     for (const auto& s : journals)
@@ -132,7 +132,7 @@ struct JournalWriter::Impl {
 
   // ---- on the writer's thread, without the lock
 
-  // Everything due for one journal. 0 or -errno; then the text is written whole at the next try.
+  // Does everything due for one journal. 0 or -errno; after an error the next try writes the whole text.
   int serve(State& s, Job& job, std::int64_t now) {
     JournalFile& file = s.file;
     if (job.remove)
@@ -159,7 +159,7 @@ struct JournalWriter::Impl {
       try {
         result = slow.work();
       } catch (const std::bad_alloc&) { result = -ENOMEM; }
-      slow.work = {};   // with the text that it held
+      slow.work = {};   // and with it the text that it held
       const std::lock_guard guard(mutex);
       finished.push_back({std::move(journal), std::move(slow), result});
       wake.notify_one();
@@ -168,7 +168,7 @@ struct JournalWriter::Impl {
 
   // ---- with the lock held, which is let go of meanwhile
 
-  // Does a step for one journal and hands out the slow work that it leads to. 0 or -errno.
+  // Does one step for a journal and hands out the slow work that results from it. 0 or -errno.
   template <class Step>
   int attempt(std::unique_lock<std::mutex>& lock, const std::shared_ptr<State>& journal, std::int64_t now, bool all, Step step) {
     JournalFile& file = journal->file;
@@ -180,12 +180,12 @@ struct JournalWriter::Impl {
       const std::int64_t since = file.unsyncedSince();
       for (auto& slow : file.slowWork(since >= 0 && (hurried || now >= since + kJournalSyncMs))) begin(journal, std::move(slow));
     } catch (const std::bad_alloc&) { error = -ENOMEM; }
-    if (error < 0) folder.close();   // it may be another one when it is tried again
+    if (error < 0) folder.close();   // at the next try there may be another folder
     lock.lock();
     return error;
   }
 
-  // What a step has come to. `latest`: the text that is to be in the journal.
+  // Takes the result of a step. `latest`: the text that the journal is to hold.
   void note(std::unique_lock<std::mutex>& lock, State& s, int error, std::int64_t now, const Snapshot& latest) {
     s.name = s.file.name();
     s.durable = s.file.durable();
@@ -193,7 +193,7 @@ struct JournalWriter::Impl {
     if (error < 0) {
       why = errorText(error);
       s.retryAt = now + kJournalRetryMs;
-      if (s.active && !s.whole) {   // else somebody began anew meanwhile
+      if (s.active && !s.whole) {   // else the journal was begun anew meanwhile
         s.whole = true;
         s.refer = false;
         s.base = latest;
@@ -254,11 +254,11 @@ struct JournalWriter::Impl {
       if (due >= 0 && (all || due <= now) && (failing || s->failure.empty())) serveOne(lock, s, now, all);
     }
     takeFinished(lock, all);
-    // Journals whose object has gone are kept until nothing is left to do for them, or it was tried a last time.
+    // Journals of destroyed objects are kept until there is nothing left to do for them, or the last try has failed.
     std::erase_if(journals, [&](const auto& s) { return s->gone && !s->file.busy() && (dueAt(*s) < 0 || !s->failure.empty()); });
   }
 
-  // Until everything is on the platter, or was tried.
+  // Waits until everything is on disk or was tried.
   void settle(std::unique_lock<std::mutex>& lock) {
     for (serveDue(lock, true);; serveDue(lock, true, false)) {
       const bool more =
@@ -297,7 +297,7 @@ struct JournalWriter::Impl {
     return std::any_of(journals.begin(), journals.end(), [](const auto& s) { return !s->failure.empty(); });
   }
 
-  std::optional<SlowThread> slowThread;   // last: its work uses the others
+  std::optional<SlowThread> slowThread;   // last member: its tasks use the others
 };
 
 JournalWriter::JournalWriter(std::string folder) : impl_(new Impl(std::move(folder), steadyMs, {})) {
@@ -377,7 +377,7 @@ void Journal::changed(const Change& change) {
   {
     const std::lock_guard guard(writer.mutex);
     const bool first = !s.active;
-    if (first && change.reset) {   // a text was loaded; it is no work of the person's
+    if (first && change.reset) {   // a text was loaded; that is not the user's work
       base_ = document_.snapshot();
       s.refer = false;
       return;
@@ -391,7 +391,7 @@ void Journal::changed(const Change& change) {
     }
     wake = s.waitingSince < 0;
     if (wake) s.waitingSince = writer.clock();
-    // A text that came anew, too many changes for a slow disk, or one that will be tried again whole.
+    // A replaced text, too many changes for a slow disk, or a text that will be written whole again.
     if (change.reset || s.waiting.size() >= kMostWaiting || (s.whole && !s.failure.empty())) {
       s.waiting.clear();
       s.whole = true;

@@ -17,7 +17,7 @@ std::int64_t wallNs() {
   return duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-class Out {   // records on their way to a file
+class Out {   // collects records for a file
  public:
   Out(journal::Encoder& encoder, int fd) : encoder_(encoder), fd_(fd) {}
   void add(journal::Kind kind, std::string_view payload) {
@@ -64,7 +64,7 @@ int writeBase(const JournalFile::Base& base, journal::Encoder& encoder, int fd) 
     return out.flush();
   }
   out.add(Kind::baseBegin, journal::encodeNumbers({static_cast<std::uint64_t>(text.lineMode())}));
-  std::string part;   // the pieces of a text may be tiny
+  std::string part;   // the pieces of a text may be very small
   for (ByteOffset at(0); at < text.size();) {
     const std::string_view chunk = text.chunkAt(at).substr(0, kWriteBlock);
     part += chunk;
@@ -83,7 +83,7 @@ int JournalFolder::open() {
   FileStatus own, there;
   if (handle_ && fileSystem().statFd(fd(), &own) == 0 && fileSystem().statAt(FileSystem::kCwd, path_, false, &there) == 0 &&
       own.device == there.device && own.inode == there.inode)
-    return 0;   // else it was moved away, or another one is in its place
+    return 0;   // else the file was moved away, or replaced
   close();
   if (!makeFolders(path_, 0700).empty()) return -EACCES;
   auto opened = std::make_shared<const files::Descriptor>(files::open(FileSystem::kCwd, path_, kRead | kDirectory | kNoFollow));
@@ -210,7 +210,7 @@ std::vector<JournalFile::Slow> JournalFile::slowWork(bool sync) {
     } else {
       work = [file = replacement_->file, encoder = replacement_->encoder, base = replacement_->base] {
         const int r = writeBase(base, *encoder, file->get());
-        return r < 0 ? r : files::sync(file->get());   // what it replaces may be on the platter already
+        return r < 0 ? r : files::sync(file->get());   // the file that it replaces may be on disk already
       };
     }
     all.push_back({std::move(work), replacement_->file});
@@ -238,8 +238,8 @@ int JournalFile::finished(const Slow& slow, int result) {
   return result;
 }
 
-// What was changed while the base was written follows it. Some of that may be on the platter in the present file, and the base
-// may have taken long: then it has to get there first.
+// Appends the changes made while the base was written. Some of them may be on disk in the current file, so the new file must also
+// be synced before it replaces that one.
 int JournalFile::putInPlace() {
   Replacement& made = *replacement_;
   const bool synced = std::exchange(made.whole, true);
@@ -267,7 +267,7 @@ void JournalFile::takeOver(Replacement& made) {
   file_ = std::move(made.file);
   encoder_ = *made.encoder;
   recordBytes_ = made.recordBytes;
-  // The folder may give back the file before, to which no sync comes any more.
+  // After a power cut the folder may still name the previous file, which is not synced any more.
   const std::int64_t before = syncing() ? syncingSince_ : unsyncedSince_;
   unsyncedSince_ = before < 0 ? made.begun : std::min(before, made.begun);
   syncingSince_ = -1;

@@ -1,10 +1,10 @@
-// One recovery journal on disk, as its writer keeps it: a base (a text, or the file that holds it) and behind it records of all
-// changes since. A new base replaces the present ones by a second file, which takes the place of the first only when it is
-// whole and on the platter; until then the first goes on, so that nobody waits for a disk.
+// One recovery journal on disk: a base (a text, or a reference to the file that holds it) and the records of all changes since. A
+// new base is written to a second file, which replaces the first only when it is complete and on disk. Until then the first file is
+// used, so that nobody waits for the disk.
 //
-// Nothing here is made safe for threads. What a disk may take long for, syncs and new bases, is handed out as Slow work; that
-// may run on another thread, or late, and is to be brought back to finished() on the writer's own thread.
-// Results are 0 or -errno; times are milliseconds of the writer's clock, -1: none.
+// Not thread-safe. Slow disk work (syncs and new bases) is handed out as Slow work, which may run later on another thread; its
+// result is passed to finished() on the writer's thread. Results are 0 or -errno; times are milliseconds of the writer's clock, -1:
+// none.
 #pragma once
 
 #include <functional>
@@ -18,7 +18,7 @@
 
 namespace text {
 
-// The folder of all journals: made when needed, and opened again when another one is in its place.
+// The folder of all journals: created when needed, opened again when it was replaced.
 class JournalFolder {
  public:
   explicit JournalFolder(std::string path) : path_(std::move(path)) {}
@@ -38,7 +38,7 @@ class JournalFile {
   struct Base {
     JournalAbout about;
     Snapshot text;
-    bool refer = false;   // the text is what the file of `about` holds, and stays there
+    bool refer = false;   // the base is the file of `about`, whose text is not copied
   };
   struct Record {
     std::vector<Change::Span> spans;
@@ -46,36 +46,36 @@ class JournalFile {
   };
   struct Slow {
     std::function<int()> work;
-    std::shared_ptr<const files::Descriptor> on;   // the file that it is about
+    std::shared_ptr<const files::Descriptor> on;   // the file that the work is about
   };
 
   explicit JournalFile(JournalFolder& folder) : folder_(folder) {}
 
   const std::string& name() const { return name_; }   // in the folder; empty: there is no file
   bool isThere() const { return file_ != nullptr; }
-  const Snapshot& latest() const { return latest_; }   // the text as of the last record
+  const Snapshot& latest() const { return latest_; }   // the text after the last record
   bool durable() const { return unsyncedSince_ < 0 && !syncing() && !ended_; }
   bool replacing() const { return replacement_ != nullptr; }
-  bool busy() const { return syncing() || replacing(); }                                     // slow work is not finished
+  bool busy() const { return syncing() || replacing(); }                                     // slow work is running
   std::int64_t unsyncedSince() const { return syncing() || ended_ ? -1 : unsyncedSince_; }   // what waits for a sync
   bool refers() const { return referred_.has_value(); }
-  // Whether the file that is referred to is no longer what it was.
+  // Whether the referenced file has changed.
   bool referredChanged() const;
-  // More bytes of records than `most`, and than the text.
+  // The records have more bytes than `most` and than the text.
   bool outgrown(std::int64_t most) const;
-  // Somebody removed or moved the file, or the whole folder: nobody would find what is written into it.
+  // The file or the whole folder was removed or moved: records written now would never be found.
   bool wasCleared() const;
 
-  int begin(const Base& base, std::int64_t now);   // makes the file, under a new name; what it held before is lost
-  // Begins to replace the file that is there; base.refer is not looked at. `goesOn`: the base is latest(), and the present file
-  // takes records meanwhile; else it ends as it is.
+  int begin(const Base& base, std::int64_t now);   // creates the file under a new name; drops the previous state
+  // Begins to replace the current file; ignores base.refer. `goesOn`: the base is latest(), and the current file takes further
+  // records meanwhile; else the current file gets no more records.
   int replace(const Base& base, bool goesOn, std::int64_t now);
   int append(const JournalAbout* about, const std::vector<Record>& records, std::int64_t now);
-  int remove();   // the file, whatever it holds
+  int remove();   // removes the file, whatever it holds
 
-  // Slow work that is to begin now; the sync only if `sync` says so.
+  // The slow work to start now; a sync only if `sync` is set.
   std::vector<Slow> slowWork(bool sync);
-  // What slow work has come to; work on a file that was meanwhile given up is nothing.
+  // Takes the result of slow work; ignores work on a file that was abandoned meanwhile.
   int finished(const Slow& slow, int result);
 
  private:
@@ -84,11 +84,11 @@ class JournalFile {
     std::shared_ptr<journal::Encoder> encoder;
     Base base;
     std::int64_t begun = -1;
-    std::optional<JournalAbout> about;   // what was changed meanwhile
+    std::optional<JournalAbout> about;   // changed while the base was written
     std::vector<Record> records;
     std::int64_t recordBytes = 0;
-    bool wanted = true;   // the next step of slow work is not handed out yet
-    bool whole = false;   // the base is on the platter
+    bool wanted = true;   // the next step of slow work has not been handed out
+    bool whole = false;   // the base is on disk
   };
   bool syncing() const { return syncingSince_ >= 0; }
   int putInPlace();
@@ -102,10 +102,11 @@ class JournalFile {
   journal::Encoder encoder_;
   Snapshot latest_;
   std::int64_t recordBytes_ = 0;
-  std::int64_t unsyncedSince_ = -1, syncingSince_ = -1;   // the oldest of what is not on the platter; the second on its way there
+  // time of the oldest record that is not on disk; the same for records being synced
+  std::int64_t unsyncedSince_ = -1, syncingSince_ = -1;
   bool folderUnsynced_ = false;
-  bool ended_ = false;                  // nothing more is written: a record may stand half in it, or another text is to follow
-  std::optional<FileStamp> referred_;   // the file that is the base
+  bool ended_ = false;                  // no more records: one may be incomplete, or another text follows
+  std::optional<FileStamp> referred_;   // the file that serves as base
   std::string referredPath_;
   std::unique_ptr<Replacement> replacement_;
 };

@@ -11,7 +11,7 @@ void put(std::string* out, std::uint64_t number, int bytes) {
   for (int i = 0; i < bytes; ++i) *out += static_cast<char>(number >> 8 * i & 0xFF);
 }
 
-// Reads numbers and texts off a payload; `ok` turns false at the first that is not there.
+// Reads numbers and texts from a payload; `ok` becomes false when one is missing.
 struct Cut {
   std::string_view rest;
   bool ok = true;
@@ -168,8 +168,8 @@ bool decodeNumbers(std::string_view payload, std::initializer_list<std::uint64_t
   return cut.done();
 }
 
-// A payload: last (1 byte), number of spans (4), for each where, bytes removed, bytes inserted (8 each), then the inserted
-// bytes of all. Each span is to be done in the text as the spans before it have left it.
+// A payload: last (1 byte), number of spans (4), for each span position, removed bytes, inserted bytes (8 each), then the inserted
+// bytes of all spans. Each span applies to the text after the spans before it.
 void encodeChange(const std::vector<Change::Span>& spans, const Snapshot& after,
                   const std::function<void(std::string payload)>& each) {
   constexpr std::size_t kSpan = 24, kRoom = kMostPayload - 5;
@@ -210,7 +210,7 @@ bool applyEdits(std::string_view payload, Document* document, bool* last) {
   Cut bytes{cut.rest.substr(count * 24)};
   std::vector<Edit> edits;
   edits.reserve(count);
-  std::int64_t shift = 0, behind = 0;   // of the spans so far; where the last one ended in the text as it is
+  std::int64_t shift = 0, behind = 0;   // size difference of the spans so far; end of the last span in the current text
   const std::int64_t size = document->snapshot().size().value;
   for (std::uint64_t i = 0; i < count; ++i) {
     const std::int64_t at = cut.offset(), removed = cut.offset(), inserted = cut.offset();

@@ -1,10 +1,9 @@
-// How a recovery journal lies on disk: a magic, then records. A record is type, sequence number (from 0), length of its
-// payload, payload, and a checksum over all of these and over the checksum of the record before; numbers are little-endian. So a
-// journal that was torn, cut, zeroed or altered anywhere is read up to the first record that is not exactly what was
-// written, and no further.
+// The file format of a recovery journal: a magic number, then records. A record is type, sequence number (from 0), length of the
+// payload, payload, and a checksum over all of these and over the checksum of the previous record. Numbers are little-endian. So a
+// journal that was torn, cut, zeroed or altered anywhere is read up to the first damaged record and no further.
 //
-// The order of records: about, then base file, or base begin, any number of base parts and base end; then edits, and about again whenever
-// it changed. The records of one change of the text end with one that is marked as the last.
+// Order of the records: about; then base file, or base begin, any number of base parts and base end; then edits, and about again
+// whenever it changed. The last record of a change is marked as such.
 #pragma once
 
 #include <cstdint>
@@ -19,14 +18,14 @@
 
 namespace text {
 
-// What a journal tells of its document.
+// What a journal says about its document.
 struct JournalAbout {
   std::string path;   // of the file; empty: untitled
   std::string title;
   FileFormat format;
-  std::optional<FileStamp> stamp;   // of the file as it was loaded or saved last
+  std::optional<FileStamp> stamp;   // of the file when it was last loaded or saved
   std::int64_t startedNs = 0;       // since the epoch; set by the writer
-  std::int64_t caret = -1;          // where it stood, in bytes; -1: not known
+  std::int64_t caret = -1;          // position of the caret in bytes; -1: unknown
   bool operator==(const JournalAbout&) const = default;
 };
 
@@ -35,11 +34,11 @@ namespace journal {
 inline constexpr std::string_view kMagic = "ZKJRNL1\n";
 inline constexpr std::string_view kSuffix = ".journal", kAsideSuffix = ".new";   // of names in the folder
 inline constexpr std::size_t kMostPayload = 1 << 20;                             // of one record
-inline constexpr std::size_t kRecordFrame = 4 + 8 + 4 + 8;                       // what a record has beside its payload
+inline constexpr std::size_t kRecordFrame = 4 + 8 + 4 + 8;                       // size of a record without its payload
 
 enum class Kind : std::uint32_t { about = 1, baseFile, baseBegin, basePart, baseEnd, edits };
 
-// Makes records one after another.
+// Makes records in sequence.
 class Encoder {
  public:
   void add(std::string* out, Kind kind, std::string_view payload);
@@ -53,15 +52,15 @@ struct Record {
   std::string payload;
 };
 
-// Takes records off a stream. `read` gives at most the bytes asked for, 0 at the end, or -errno.
+// Reads records from a stream. `read` returns at most the bytes asked for, 0 at the end, or -errno.
 class Decoder {
  public:
   using Read = std::function<std::int64_t(char* to, std::size_t length)>;
   explicit Decoder(Read read) : read_(std::move(read)) {}
-  bool magic();                                 // call first; false: no journal of this version
-  bool next(Record* record);                    // false: the end, or a record that is not what was written
-  bool clean() const { return clean_; }         // the end was met just behind a good record
-  std::int64_t good() const { return good_; }   // bytes of magic and good records so far
+  bool magic();                                 // call first; false: not a journal of this version
+  bool next(Record* record);                    // false: the end, or a damaged record
+  bool clean() const { return clean_; }         // the stream ended directly behind a good record
+  std::int64_t good() const { return good_; }   // bytes of the magic number and the good records so far
 
  private:
   bool fill(std::string* to, std::size_t length);
@@ -77,11 +76,11 @@ bool decodeAbout(std::string_view payload, JournalAbout* about);
 std::string encodeNumbers(std::initializer_list<std::uint64_t> numbers);
 bool decodeNumbers(std::string_view payload, std::initializer_list<std::uint64_t*> numbers);
 
-// One change of a text as payloads of edits records, in order. `after` is the text behind the change.
+// One change of a text as payloads of edits records, in order. `after` is the text after the change.
 void encodeChange(const std::vector<Change::Span>& spans, const Snapshot& after,
                   const std::function<void(std::string payload)>& each);
-// Does what one edits record says to the text; *last: it was the last of its change. False: it does not fit the text, which
-// may then be half changed.
+// Applies one edits record to the text; *last: it is the last of its change. False: it does not fit the text, which may then be
+// partly changed.
 bool applyEdits(std::string_view payload, Document* document, bool* last);
 
 }   // namespace journal

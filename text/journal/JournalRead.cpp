@@ -12,7 +12,7 @@ namespace {
 
 constexpr char kDamaged[] = "The journal is damaged at its beginning";
 
-// Puts a text together from records.
+// Restores a text from records.
 class Replay {
  public:
   RecoveredText run(int fd) {
@@ -51,7 +51,7 @@ class Replay {
     return std::move(result_);
   }
 
-  // False: the record says nothing that can be meant here.
+  // False: the record makes no sense here.
   bool take(const journal::Record& record) {
     using journal::Kind;
     if (record.kind == Kind::about) {
@@ -125,7 +125,7 @@ class Replay {
     open_ = false;
     ++result_.changes;
     result_.caret = changedAt_;
-    result_.text = document_.snapshot();   // changes come back whole or not at all
+    result_.text = document_.snapshot();   // a change is restored whole or not at all
     return true;
   }
 
@@ -167,7 +167,7 @@ std::optional<LeftText> LeftText::own(const std::string& folder, const std::stri
   FileStatus own, there;
   if (!left.file_.ok() || fileSystem().statFd(left.file_.get(), &own) < 0 || !own.isRegular()) return {};
   if (fileSystem().lock(left.file_.get(), true, false) < 0) return {};
-  // Its owner may have put a new one in its place, or removed it, before it let go of the lock.
+  // Before it released the lock, the owner may have replaced or removed the file.
   if (fileSystem().statAt(FileSystem::kCwd, folder + "/" + name, false, &there) < 0 || there.inode != own.inode) return {};
   left.changedNs_ = own.mtimeNs;
   return left;
@@ -181,7 +181,7 @@ int LeftText::remove() {
 }
 
 std::optional<LeftText> LeftText::claimCopy(const std::string& folder, const std::string& name, const std::string& path) {
-  auto left = own(folder, name, kRead);   // the rights are those of the file, which may be read-only
+  auto left = own(folder, name, kRead);   // the descriptor has the file's permissions, which may be read-only
   FileStatus copy, target;
   if (!left || fileSystem().statFd(left->file_.get(), &copy) < 0) return {};
   const bool known = fileSystem().statAt(FileSystem::kCwd, path, true, &target) == 0;
@@ -232,7 +232,7 @@ std::vector<LeftText> leftJournals(const std::string& folder) {
 }
 
 std::vector<LeftText> leftCopies(const std::vector<std::string>& paths) {
-  std::map<std::string, std::vector<std::pair<std::string, std::string>>> byFolder;   // of each folder: name there, path
+  std::map<std::string, std::vector<std::pair<std::string, std::string>>> byFolder;   // for each folder: name in it, path
   for (const std::string& path : paths) {
     const files::PathParts parts = files::splitPath(savedFile(path));
     byFolder[parts.folder].emplace_back(parts.name, path);

@@ -1,6 +1,5 @@
-// What was left behind: journals whose owner is gone, copies of saves that were killed (Leftovers.h), and the texts in them. Nothing
-// here removes one unless it is told to; whatever a journal holds, reading it ends well and uses no more memory than the
-// text that comes out.
+// What crashed programs left: journals without an owner, copies of killed saves (Leftovers.h), and the texts in them. Nothing is
+// removed unless the caller asks for it. Reading any file ends normally and uses no more memory than the restored text.
 #pragma once
 
 #include <optional>
@@ -12,32 +11,32 @@
 
 namespace text {
 
-// How a journal was read.
+// The result of reading a journal.
 struct RecoveredText {
-  std::string error;    // for the user; not empty: nothing came back
-  JournalAbout about;   // the last one before the reading ended
+  std::string error;    // for the user; not empty: nothing was restored
+  JournalAbout about;   // the last one that was read
   Snapshot text;
   bool whole = false;                // read to its very end
-  bool baseWhole = false;            // false: the beginning of a text that was still being written down; never to replace a file
-  std::int64_t caret = -1;           // behind the last change, or where it stood when the journal was told later; -1: not known
-  std::int64_t changes = 0;          // made to the text since the journal began, as far as they came back
-  std::int64_t read = 0, size = 0;   // bytes of the journal that were good, and all
+  bool baseWhole = false;            // false: only the beginning of a text that was being written; must never replace a file
+  std::int64_t caret = -1;           // behind the last change, or as reported later; -1: unknown
+  std::int64_t changes = 0;          // number of restored changes since the journal began
+  std::int64_t read = 0, size = 0;   // bytes of good records, and of the whole journal
 };
 
-// Reads the journal behind a descriptor, from its beginning.
+// Reads the journal of a descriptor from its start.
 RecoveredText readJournal(int fd);
 
-// One journal or copy that nobody owns. While this lives it is owned by us: no other copy of the program offers it.
+// One journal or copy without an owner. While this object lives, it owns the file: no other copy of the program offers it.
 class LeftText {
  public:
-  // nullopt: owned by a living program, gone, or an empty journal.
+  // nullopt: owned by a living program, removed, or an empty journal.
   static std::optional<LeftText> claim(const std::string& folder, const std::string& name);
-  // The same for a copy of the file at `path`, which may be a name only. Copies that neither we nor the file's owner made are not ours
-  // to believe in.
+  // The same for a copy of the file at `path`, which may be a mere name. Copies made by another user than this one and the owner of
+  // the file are not trusted.
   static std::optional<LeftText> claimCopy(const std::string& folder, const std::string& name, const std::string& path);
   const std::string& name() const { return name_; }
   bool isCopy() const { return copyOf_.has_value(); }
-  std::int64_t changedNs() const { return changedNs_; }   // last write, since the epoch
+  std::int64_t changedNs() const { return changedNs_; }   // time of the last write, since the epoch
   RecoveredText recover() const;
   int remove();   // 0 or -errno; durable
 
@@ -49,13 +48,13 @@ class LeftText {
   std::optional<std::string> copyOf_;
 };
 
-// All of them, newest first. Also takes away what a program that was ended left of a journal written anew, of which the
-// journal itself still stands. A folder that does not exist holds none.
+// All of them, newest first. Also removes unfinished new versions of journals whose current version still exists. A folder that
+// does not exist holds none.
 std::vector<LeftText> leftJournals(const std::string& folder);
 
-// Copies beside these files, each folder being looked at once. Takes unfinished files away, as lookForLeftovers() does.
+// Copies beside these files; each folder is read once. Removes unfinished files, like lookForLeftovers().
 std::vector<LeftText> leftCopies(const std::vector<std::string>& paths);
-// Copies of any file, in the folder for those that could not be put beside it. The same.
+// Copies of any file, in the folder for those that could not be stored beside their file. Also removes unfinished files.
 std::vector<LeftText> leftCopiesElsewhere(const std::string& folder);
 
 }   // namespace text

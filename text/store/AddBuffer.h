@@ -1,5 +1,5 @@
-// Where the bytes of insertions are kept: they are appended to a block until it is full. Bytes that were published never
-// change; the next block is up to twice as large as the last one, so small documents stay small.
+// Storage of inserted bytes: they are appended to a block until it is full. Published bytes never change. Each new block is up to
+// twice as large as the last one, so that small documents stay small.
 #pragma once
 
 #include <algorithm>
@@ -11,11 +11,11 @@ namespace text::engine {
 
 class AddBuffer {
  public:
-  // Room for length bytes; nothing is taken until commit().
+  // Returns space for length bytes; reserves nothing until commit().
   struct Room {
     Ref<Block> block;
     char* base = nullptr;
-    std::size_t used = 0, capacity = 0;   // the room begins at base + used
+    std::size_t used = 0, capacity = 0;   // the free space begins at base + used
   };
   Room room(std::size_t length, std::size_t largest) const {
     if (room_.capacity - room_.used >= length && room_.block) return room_;
@@ -26,7 +26,7 @@ class AddBuffer {
     fresh.block = Block::make(std::move(bytes));
     return fresh;
   }
-  // The first `length` bytes of the room have been written and are used. A block made for one large text is not kept.
+  // Publishes the first `length` bytes of the space. A block made for one large text is not kept for later insertions.
   void commit(Room room, std::size_t length) noexcept {
     room.used += length;
     if (room.block.get() == room_.block.get() || room.used < room.capacity || !room_.block) room_ = std::move(room);

@@ -12,7 +12,7 @@ ByteOffset Change::map(ByteOffset old, Bias bias) const noexcept {
   --span;
   if (old == span->oldBegin) {
     if (span->removed == 0 && right) return span->end();
-    // Before all that was put in here, but behind what took the place of a range that ends here.
+    // Before all text inserted here, but behind the replacement of a range that ends here.
     while (!right && span != spans.begin() && std::prev(span)->oldBegin == old) --span;
     return span->begin;
   }
@@ -39,7 +39,7 @@ LineNo Change::mapLine(LineNo old, const Snapshot& now, Bias bias, bool* gone) c
   if (reset) return LineNo(0);
   const Span* span = touching(old);
   if (!span) return old + linesGrownAbove(old);
-  // Where only the tail of the line is left, or all of it, it is in the last line that came; where only its head, in the first.
+  // If only the end of the line is left, or all of it, the line is the last inserted one; if only its start is left, the first one.
   const std::int64_t k = old - span->oldLine;
   const bool fromStart = now.lineStart(span->firstLine) == span->begin;
   if (k == span->linesRemoved && (k > 0 || (fromStart && bias == Bias::right))) return span->firstLine + span->linesInserted;

@@ -1,5 +1,5 @@
-// What one change did to a text, and where places of the old text are in the new one. The one home of that rule: whoever keeps
-// places of a text over a change asks map() or mapLine(), or keeps marks (Document::addMark), which move by map().
+// What one change did to a text, and where positions of the old text are in the new one. Only this class knows the rule: code that
+// keeps positions over a change calls map() or mapLine(), or uses marks (Document::addMark), which are moved by map().
 #pragma once
 
 #include <span>
@@ -9,12 +9,12 @@
 
 namespace text {
 
-// Where a place goes that the change leaves open: one where text was put in, or inside a range that was replaced. The begin of a
-// range that was replaced stays its begin, and its end the end of what came.
+// Where an ambiguous position goes: one where text was inserted, or one inside a replaced range. The begin of a replaced range maps
+// to the begin of its replacement, and its end to the end.
 enum class Bias : unsigned char {
-  left,        // before what was put in; to the begin of what came
+  left,        // before inserted text; inside a range: to the begin of the replacement
   right,       // behind it; to the end
-  alongLeft,   // before what was put in; as far behind the begin of what came as it was before, at most at its end
+  alongLeft,   // before inserted text; inside a range: keeps its distance from the begin, at most to the end of the replacement
   alongRight   // behind it; the same
 };
 
@@ -24,28 +24,29 @@ struct Change {
     std::int64_t removed = 0;                           // bytes that went
     std::int64_t inserted = 0;                          // bytes that came
     LineNo firstLine;                                   // line of begin, in the new text
-    std::int64_t linesRemoved = 0, linesInserted = 0;   // line breaks that went and came
+    std::int64_t linesRemoved = 0, linesInserted = 0;   // number of removed and inserted line breaks
     ByteOffset oldBegin;                                // begin and firstLine in the old text
     LineNo oldLine;
 
     ByteOffset oldEnd() const { return oldBegin + removed; }
     ByteOffset end() const { return begin + inserted; }
     LineNo oldLastLine() const { return oldLine + linesRemoved; }
-    std::int64_t linesGrown() const { return firstLine + linesInserted - oldLastLine(); }   // new - old line of what is behind it
+    // difference of line numbers behind the span, new - old
+    std::int64_t linesGrown() const { return firstLine + linesInserted - oldLastLine(); }
   };
   std::uint64_t revision = 0;   // of the document after the change
-  bool reset = false;           // the whole text was exchanged; spans is empty
+  bool reset = false;           // the whole text was replaced; spans is empty
   std::vector<Span> spans;
 
-  // The place in the new text of an offset of the old one; the text's begin after a reset. O(log spans).
+  // Maps an offset of the old text to the new text; 0 after a reset. O(log spans).
   ByteOffset map(ByteOffset old, Bias bias) const noexcept;
 
-  // The first span that touches the old line (the line of its begin, or one that a removed break ended above), or null.
+  // The first span that touches the old line (the line of its begin, or the line that ended with a removed break), or null.
   const Span* touching(LineNo old) const noexcept;
-  // By how much the number of an untouched line grew.
+  // Difference of the number of an untouched line, new - old.
   std::int64_t linesGrownAbove(LineNo old) const noexcept;
-  // The line of `now`, the new text, where the text of the old line is; *gone: all of it went, and this is where it was. A line
-  // at whose start lines were put in goes down with its text (right), or stays (left). O(log spans).
+  // Maps a line of the old text to the line of `now`, the new text. *gone: all of its text was removed, and the result is its
+  // place. If lines were inserted at its start, the line moves down with its text (right) or stays (left). O(log spans).
   LineNo mapLine(LineNo old, const Snapshot& now, Bias bias = Bias::right, bool* gone = nullptr) const;
 };
 

@@ -1,5 +1,5 @@
-// A 64-bit hash of a file's bytes at about the speed of memory, to see whether a file still holds what was read or
-// written. It guards against accidents, not against an attacker. The bytes may come in parts of any length.
+// A 64-bit hash of a file's bytes, nearly as fast as memory. It tells whether a file still holds what was read or written. It
+// protects against accidents, not against attacks. The bytes may come in parts of any length.
 #pragma once
 
 #include <bit>
@@ -22,7 +22,7 @@ class ContentHash {
       mix(rest_);
       filled_ = 0;
     }
-    // Four lanes keep the multiplier busy; locals keep them in registers.
+    // Four lanes use the multiplier fully; local variables keep them in registers.
     std::uint64_t a = lanes_[0], b = lanes_[1], c = lanes_[2], d = lanes_[3];
     const char* p = bytes.data();
     const char* const end = p + bytes.size() / kStride * kStride;
@@ -56,7 +56,7 @@ class ContentHash {
     std::memcpy(&w, p, sizeof w);
     return w;
   }
-  // The rotation carries high bits down: without it two changes in the top bits of one lane could cancel out.
+  // Rotates the high bits down; without this, two changes in the top bits of one lane could cancel out.
   static std::uint64_t step(std::uint64_t lane, std::uint64_t w) { return std::rotl(lane + w * kSpread, 31) * kMultiplier; }
   void mix(const char* p) {
     for (std::size_t i = 0; i < 4; ++i) lanes_[i] = step(lanes_[i], word(p + 8 * i));

@@ -13,7 +13,7 @@ namespace text::engine {
 std::int64_t countByte(const char* bytes, std::size_t length, char value) {
   std::int64_t total = 0;
 #ifdef ZELKOR_SSE2
-  // Each lane counts up to 255 hits before the lanes are added up.
+  // Each lane counts up to 255 matches before the lanes are summed.
   const __m128i wanted = _mm_set1_epi8(value), zero = _mm_setzero_si128();
   while (length >= 16) {
     std::size_t rounds = std::min<std::size_t>(length / 16, 255);
@@ -39,7 +39,7 @@ std::size_t behindNthByte(const char* bytes, std::size_t length, char value, std
   }
   for (;; --nth) {
     const void* hit = std::memchr(bytes + at, static_cast<unsigned char>(value), length - at);
-    if (!hit) return length;   // precondition broken; stay inside the run
+    if (!hit) return length;   // the precondition is broken; stay inside the run
     at = static_cast<std::size_t>(static_cast<const char*>(hit) - bytes) + 1;
     if (nth == 1) return at;
   }

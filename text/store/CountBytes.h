@@ -1,4 +1,4 @@
-// Counting and finding one byte value in a run of bytes, at the speed of reading memory.
+// Counts and finds one byte value in a run of bytes, as fast as memory can be read.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@ namespace text::engine {
 
 std::int64_t countByte(const char* bytes, std::size_t length, char value);
 
-// The index just behind the nth (1-based) `value` in the run. Precondition: the run holds at least nth of them, nth >= 1.
+// The index behind the nth (from 1) `value` in the run. Precondition: the run holds at least n of them, nth >= 1.
 std::size_t behindNthByte(const char* bytes, std::size_t length, char value, std::int64_t nth);
 
 }   // namespace text::engine

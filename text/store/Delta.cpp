@@ -96,10 +96,10 @@ Delta compose(const Delta& first, const Delta& second, const TreeShape& shape, c
   whole.other = first.other;
   whole.pinned = std::max(first.pinned, second.pinned);
   whole.items.reserve(first.items.size() + second.items.size());
-  // Both lists are swept in the offsets of the state in the middle. Items that overlap or touch there become one item.
+  // Sweeps both lists by the offsets of the intermediate state. Items that overlap or touch there become one item.
   auto a = first.items.begin();
   auto b = second.items.begin();
-  std::int64_t grown = 0;   // by which the new state has grown over the middle, before b
+  std::int64_t grown = 0;   // difference of the offsets in the new and the intermediate state before b
   const auto middle = [&grown](const DeltaItem& item) { return item.begin - grown; };
   while (a != first.items.end() || b != second.items.end()) {
     const auto firstA = a;
@@ -125,14 +125,14 @@ Delta compose(const Delta& first, const Delta& second, const TreeShape& shape, c
     }
     item.length += high - low;
     item.otherLength += high - low;
-    if (item.length == 0 && item.otherLength == 0) continue;   // what came has gone again
+    if (item.length == 0 && item.otherLength == 0) continue;   // inserted and removed again
     if (whole.hasContent) {
       if (firstB == b && a - firstA == 1) {
         item.content = firstA->content;
       } else if (firstA == a && b - firstB == 1) {
         item.content = firstB->content;
       } else {
-        // The old content: where first wrote, what it replaced; elsewhere the middle's own bytes, which second took away.
+        // The old content: where first wrote, the text that it replaced; elsewhere the intermediate text that second removed.
         std::vector<Piece> pieces;
         auto at = low;
         const auto untouched = [&](std::int64_t to) {

@@ -18,8 +18,8 @@ using namespace engine;
 
 namespace {
 
-// How many bytes two texts share at their begin, and then at their end.
-// Nothing where lines end, and end in different ways: no line is the same then.
+// Number of bytes that both texts share at the begin, and then at the end. Zero if their lines end differently, because then no
+// line is the same.
 std::pair<std::int64_t, std::int64_t> commonEnds(const Tree& a, const Tree& b) {
   if (a.breakByte() != b.breakByte() && a.breaks() + b.breaks() > 0) return {0, 0};
   const auto most = std::min(a.bytes(), b.bytes());
@@ -65,12 +65,12 @@ struct Document::Impl {
     return at <= tree()->bytes();
   }
 
-  // All that a change needs, made before anything is changed.
+  // Everything that a change needs, allocated before anything is changed.
   struct Ready {
     TreePtr tree;
     Change change;
   };
-  // The delta is written down at `to` and leads back to the present tree.
+  // The delta is relative to `to` and leads back to the current tree.
   Ready ready(TreePtr to, const Delta& delta) const {
     Ready result;
     result.change.spans = spansOf(delta, *tree(), *to);
@@ -90,7 +90,7 @@ struct Document::Impl {
     } guard{notifying};
     notifying = true;
     std::exception_ptr failure;
-    const auto count = listeners.size();   // one that comes meanwhile hears of the next change
+    const auto count = listeners.size();   // a listener added meanwhile is first called for the next change
     for (std::size_t i = 0; i < count; ++i) {
       try {
         if (const auto listener = listeners[i].lock()) (*listener)(change);
@@ -136,11 +136,11 @@ bool Document::apply(std::span<const Edit> edits, const SelectionState& before, 
   }
   auto room = d.added.room(length, shape.addBlock);
   std::vector<Exchange> exchanges;
-  std::vector<Splice> splices;   // the same for the tree, where neighbours may be one
+  std::vector<Splice> splices;   // the same for the tree, where adjacent edits may be joined
   std::vector<Piece> pieces;
   exchanges.reserve(edits.size());
   Walker walker(*old);
-  std::size_t written = 0, run = 0;   // run: where the text of the last splice begins
+  std::size_t written = 0, run = 0;   // run: start of the text of the last splice
   const auto write = [&](std::string_view text) {
     if (!text.empty()) std::memcpy(room.base + room.used + written, text.data(), text.size());
     written += text.size();
@@ -244,7 +244,7 @@ void Document::endGroup() { impl_->history.endGroup(); }
 void Document::abandonGroup() noexcept {
   try {
     rollbackGroup();
-  } catch (...) {   // no memory: nothing was taken back; or it was, and a listener failed
+  } catch (...) {   // out of memory: nothing was undone; or it was, and a listener threw
   }
 }
 
@@ -272,7 +272,7 @@ void Document::abandonRun() noexcept {
       d.history.restoreUndone();
       while (redo()) {}
     }
-  } catch (...) {   // what could not be taken back stays, as steps that can be undone
+  } catch (...) {   // steps that could not be rolled back stay and can be undone
   }
   d.readOnly = guarded;
 }

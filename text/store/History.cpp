@@ -7,8 +7,8 @@ namespace text::engine {
 
 namespace {
 
-// Whether `next` continues the run that `last` is: every edit of it starts where the one before ended (typing), or takes away
-// what lies beside the place of the one before (deleting; then direction says which side).
+// Whether `next` continues the run `last`: each edit starts where the previous one ended (typing), or removes text next to it
+// (deleting; direction then says on which side).
 bool continues(const Delta& last, const Delta& next, Join join, std::int8_t& direction) {
   if (!last.hasContent || !next.hasContent || last.items.size() != next.items.size()) return false;
   std::int64_t grown = 0;
@@ -37,7 +37,7 @@ History::Entry History::prepare(Delta delta, const SelectionState& before, Join 
   const char breakByte = old->breakByte();
   Entry entry;
   if (groupHasStep_) {
-    // Deltas of similar size are made one, so that a group of n changes costs n log n and holds few of them.
+    // Combines deltas of similar size, so that a group of n changes costs n log n and holds few deltas.
     auto& deltas = done_.back().deltas;
     delta.other = old;
     while (entry.replaced < deltas.size()) {
@@ -95,7 +95,7 @@ void History::commit(Entry entry) noexcept {
   } else {
     auto& deltas = done_.back().deltas;
     deltas.resize(deltas.size() - entry.replaced);
-    deltas.push_back(std::move(entry.deltas[0]));   // the room for it was made by prepare()
+    deltas.push_back(std::move(entry.deltas[0]));   // prepare() has reserved the space
     done_.back().direction = entry.direction;
     const auto& last = deltas.back().items;
     if (!last.empty())
@@ -166,22 +166,22 @@ void History::endRun(const TreePtr& now) noexcept {
     try {
       mergeSteps(base, now);
     } catch (const std::bad_alloc&) {
-      // They stay steps of their own.
+      // They stay separate steps.
     }
   }
   trim();
-  // Steps that the run took back were not counted; together with those done they keep to the limit, so that redo does.
+  // Steps undone by the run were not counted. Together with the done steps they stay within the limit, so that redo does too.
   while (!undone_.empty() && done_.size() + undone_.size() > stepLimit_) {
     cost_ -= undone_.front().cost;
     undone_.pop_front();
   }
 }
 
-// Makes one step of all done steps but the `base` oldest. Deltas of similar size are composed, as in a group.
+// Joins all done steps except the `base` oldest. Combines deltas of similar size, as in a group.
 void History::mergeSteps(std::size_t base, const TreePtr& now) {
   const auto begin = std::next(done_.begin(), static_cast<std::ptrdiff_t>(base));
   const auto compose2 = [&](Delta& first, const Delta& second) {
-    // Where the second step does not carry what it replaced, the first must lead to its whole tree.
+    // If the second step does not hold the replaced text, the first must lead to its whole tree.
     if (first.hasContent && !second.hasContent && !first.other) first.other = revert(second.other, first).tree;
     return compose(first, second, now->shape(), now->breakByte());
   };
@@ -223,7 +223,7 @@ void History::mergeSteps(std::size_t base, const TreePtr& now) {
   weigh(last);
   if (!last.deltas.front().items.empty()) return;
   const bool saved = last.state == saved_;
-  cost_ -= last.cost;   // the changes took one another back
+  cost_ -= last.cost;   // the changes cancelled each other
   done_.pop_back();
   if (saved) saved_ = state();
 }
@@ -231,7 +231,7 @@ void History::mergeSteps(std::size_t base, const TreePtr& now) {
 void History::endGroup() noexcept {
   if (depth_ == 0 || --depth_ > 0) return;
   joinable_ = false;
-  if (!groupHasStep_) return;   // no new step drops an old one
+  if (!groupHasStep_) return;   // without a new step no old one is dropped
   groupHasStep_ = false;
   auto& step = done_.back();
   step.newLineBefore = newLineAtGroup_;
@@ -242,10 +242,10 @@ void History::endGroup() noexcept {
     if (delta.hasContent) delta.other.reset();
     delta.items.shrink_to_fit();
   } catch (const std::bad_alloc&) {
-    // The deltas stay several until the step is undone.
+    // The deltas stay separate until the step is undone.
   }
   if (step.deltas.size() == 1 && step.deltas.front().items.empty()) {
-    forgetGroupStep();   // the changes took one another back
+    forgetGroupStep();   // the changes cancelled each other
   } else {
     weigh(step);
   }
@@ -277,7 +277,7 @@ void History::weigh(Step& step) noexcept {
 }
 
 void History::trim() noexcept {
-  if (groupHasStep_ || run_) return;   // what is open is the newest; its weight is not known yet
+  if (groupHasStep_ || run_) return;   // the open step is the newest, and its size is not known yet
   while (!done_.empty() && (done_.size() > stepLimit_ || (cost_ > byteLimit_ && done_.size() > 1))) {
     bottom_ = done_.front().state;
     cost_ -= done_.front().cost;

@@ -1,7 +1,7 @@
-// Undo and redo of a document as lists of steps, each the delta to the state on its other side; limits; the save point.
+// Undo and redo of a document: lists of steps, each with the delta to the state on its other side; limits; the save point.
 //
-// Always: every state of the text that undo and redo can reach has a number, so "is this the saved one" is one comparison. What
-// can fail (allocation) happens before a change is put in place, in prepare(); commit(), stepBack() and stepOn() cannot fail.
+// Invariants: every state that undo and redo can reach has a number, so that "is this the saved state" is one comparison. All
+// allocations are made in prepare(), before a change is put in place; commit(), stepBack() and stepOn() cannot fail.
 #pragma once
 
 #include <cstddef>
@@ -18,18 +18,18 @@ namespace text::engine {
 class History {
  public:
   struct Step {
-    std::uint64_t state = 0;   // number of the state behind the step
+    std::uint64_t state = 0;   // number of the state after the step
     SelectionState before, after;
-    LineBreak newLineBefore = LineBreak::none, newLineAfter = LineBreak::none;   // equal: the step leaves it as it is
-    std::vector<Delta> deltas;   // in order of time; one, except while a group is open
+    LineBreak newLineBefore = LineBreak::none, newLineAfter = LineBreak::none;   // equal: the step does not change the line end
+    std::vector<Delta> deltas;   // in order of time; one delta, except while a group is open
     std::size_t cost = 0;
     Join join = Join::none;
-    std::int8_t direction = 0;   // of a run of deletions: 1 Delete, -1 Backspace, 0 not known yet
+    std::int8_t direction = 0;   // of a run of deletions: 1 Delete, -1 Backspace, 0 unknown
   };
-  // A change that is ready to be recorded.
+  // A change that is ready for recording.
   struct Entry {
-    std::list<Step> fresh;       // the new step, when it does not go into the last one
-    std::vector<Delta> deltas;   // what replaces the newest `replaced` deltas of the last step
+    std::list<Step> fresh;       // the new step, unless the change is joined with the last one
+    std::vector<Delta> deltas;   // replace the newest `replaced` deltas of the last step
     std::size_t replaced = 0;
     std::int8_t direction = 0;
   };
@@ -39,32 +39,32 @@ class History {
 
   bool canStepBack() const { return !done_.empty(); }
   bool canStepOn() const { return !undone_.empty(); }
-  // The one delta of the newest done / undone step. May fail, changes nothing that shows.
+  // The one delta of the newest done or undone step. May throw; changes nothing visible.
   const Delta& deltaBack() { return single(done_.back()); }
   const Delta& deltaOn() { return single(undone_.back()); }
-  // Moves the step to the other list, with the delta that leads back. Returns it.
+  // Moves the step to the other list with the delta that leads back. Returns the step.
   const Step& stepBack(Delta back) noexcept;
   const Step& stepOn(Delta back) noexcept;
 
-  // How lines end that are typed. What is set in a group belongs to the group's step, and goes with it when that is undone.
+  // The line end for typed lines. If set in a group, it belongs to the step of the group and is undone with it.
   LineBreak newLine() const { return newLine_; }
   void setNewLine(LineBreak newLine) { newLine_ = newLine; }
 
   void beginGroup();
   void endGroup() noexcept;
   bool groupOpen() const { return depth_ > 0; }
-  bool groupHasStep() const { return groupHasStep_; }   // something was changed in the open group
+  bool groupHasStep() const { return groupHasStep_; }   // the open group has a change
   void forgetGroupStep() noexcept;
   void resetNewLine() noexcept {
     if (depth_ > 0) newLine_ = newLineAtGroup_;
-  }   // as it was when the group was opened
+  }   // value when the group was opened
 
-  // See Document::beginRun. `now` is the present tree; without memory the run stays several steps.
+  // See Document::beginRun. `now` is the current tree; without enough memory the run stays several steps.
   void beginRun();
   void endRun(const TreePtr& now) noexcept;
   bool runHasSteps() const { return run_ && done_.size() > run_->base; }
   void forgetUndone() noexcept;
-  // For a run that takes itself back: what can be redone is then what the run undid of older steps, newest last.
+  // For a run that is abandoned: redo then restores older steps that the run had undone, newest last.
   void restoreUndone() noexcept;
 
   void setSelectionAfter(const SelectionState& after);
@@ -96,9 +96,9 @@ class History {
   std::size_t cost_ = 0;   // of all steps
   std::size_t stepLimit_ = SIZE_MAX, byteLimit_ = std::size_t{1} << 30;
   struct Run {
-    std::size_t base = 0;      // so many of the done steps are older than the run
-    std::size_t undone = 0;    // so many of the newest undone steps are older than the run
-    std::list<Step> dropped;   // older ones that a change of the run took from the undone ones, in their order
+    std::size_t base = 0;      // number of done steps that are older than the run
+    std::size_t undone = 0;    // number of the newest undone steps that are older than the run
+    std::list<Step> dropped;   // older undone steps that a change of the run dropped, in their order
   };
   std::optional<Run> run_;   // while one is open
   int depth_ = 0;

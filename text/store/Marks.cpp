@@ -22,7 +22,7 @@ Marks::Block& Marks::blockFor(std::int64_t at) {
     return *blocks_.back();
   }
   std::size_t index = 0;
-  // Most marks come in ascending order, so the last block is looked at first, and fills up before the next one starts.
+  // Most marks are added in ascending order. So the last block is tried first and filled before the next one starts.
   if (const auto& last = *blocks_.back(); at >= last.base + last.low) index = blocks_.size() - 1;
   while (index + 1 < blocks_.size() && blocks_[index]->base + blocks_[index]->high < at) ++index;
   if (blocks_[index]->marks.size() >= blockSize) {
@@ -91,7 +91,7 @@ void Marks::clear() {
 
 void Marks::move(const Change& change) noexcept {
   if (change.spans.empty()) return;
-  // What lies wholly between two spans only moves its base.
+  // A block completely between two spans only gets a new base.
   const auto before = [&](std::int64_t at) {
     return std::partition_point(change.spans.begin(), change.spans.end(),
                                 [at](const Change::Span& s) { return s.oldBegin.value <= at; });

@@ -1,8 +1,8 @@
-// Marks: byte offsets that move with the text. Quick with hundreds of thousands of them under single edits.
+// Marks: byte offsets that move with the text; fast with hundreds of thousands of marks under single edits.
 //
-// Marks lie in blocks of neighbours. A block keeps its marks relative to a base and knows bounds of them, so an edit before
-// a block only moves the base, and only blocks that the edit lies in are looked through. Order inside a block does not matter,
-// and bounds may overlap: that costs time, never correctness.
+// Marks are stored in blocks of neighbours. A block stores offsets relative to a base and knows bounds for them. An edit before a
+// block only changes the base; only blocks that contain the edit are searched. The order inside a block does not matter, and bounds
+// may overlap: this costs time only.
 #pragma once
 
 #include <memory>
@@ -21,7 +21,7 @@ class Marks {
   void set(MarkId id, std::int64_t at);   // the same
   void clear();
 
-  void move(const Change& change) noexcept;   // each as Change::map says; not after a reset
+  void move(const Change& change) noexcept;   // moves each mark as Change::map says; not for a reset
 
   void checkInvariants(std::int64_t size) const;
 

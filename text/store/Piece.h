@@ -1,7 +1,7 @@
-// What the tree of a text is made of: blocks of bytes, pieces of blocks, and nodes that hold pieces or nodes.
+// The parts of a text's tree: blocks of bytes, pieces of blocks, and nodes that hold pieces or nodes.
 //
-// Always: a block's published bytes and a published node never change; both are shared by counting, from any thread. A node is
-// allocated for exactly the entries it holds. Nodes of height 0 hold pieces, the others nodes of the height below.
+// Invariants: published bytes of a block and published nodes never change; both are shared by reference counts on any thread. A
+// node is allocated for exactly its entries. Nodes of height 0 hold pieces, others hold nodes of the height below.
 #pragma once
 
 #include <atomic>
@@ -12,7 +12,7 @@
 
 namespace text::engine {
 
-// A counted pointer; T has `mutable std::atomic<std::uint32_t> refs` that starts at 1, and a static destroy(T*).
+// A reference-counted pointer; T has `mutable std::atomic<std::uint32_t> refs` that starts at 1, and a static destroy(T*).
 template <class T>
 class Ref {
  public:
@@ -52,16 +52,16 @@ struct Block {
 struct Piece {
   const char* data = nullptr;
   std::uint32_t length = 0;   // > 0 in a tree
-  std::uint32_t breaks = 0;   // how often the tree's break byte stands in it
+  std::uint32_t breaks = 0;   // number of the tree's break bytes in it
   Ref<Block> block;
 
-  // True when `next` starts where this ends, in the same block.
+  // True when `next` starts where this piece ends, in the same block.
   bool runsInto(const Piece& next) const { return block.get() == next.block.get() && data + length == next.data; }
 };
 
 struct Node;
 
-// A node with the sums of what is below it.
+// A node with the sums of its subtree.
 struct Child {
   Ref<Node> node;
   std::int64_t bytes = 0, breaks = 0;
@@ -75,7 +75,7 @@ struct alignas(8) Node {
   const Piece* pieces() const { return reinterpret_cast<const Piece*>(this + 1); }
   const Child* children() const { return reinterpret_cast<const Child*>(this + 1); }
 
-  // Takes the entries [first, first + count); they are moved from only when nothing can fail any more.
+  // Takes the entries [first, first + count); moves from them only when nothing can fail any more.
   static Child leaf(Piece* first, std::size_t count);
   static Child inner(Child* first, std::size_t count);
   static void destroy(Node* node);

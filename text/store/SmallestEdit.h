@@ -1,4 +1,4 @@
-// What really differs between two texts, as one edit.
+// The difference between two texts as one edit.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 
 namespace text {
 
-// What of `after` really differs from `before`, cut at whole characters; none: nothing. `at` is where `before` stands.
+// The smallest edit that turns `before`, which starts at `at`, into `after`, cut at whole characters; none: the texts are equal.
 inline std::optional<Edit> smallestEdit(ByteOffset at, std::string_view before, std::string_view after) {
   const auto inside = [](std::string_view s, std::size_t i) {
     return i < s.size() && (static_cast<unsigned char>(s[i]) & 0xC0) == 0x80;

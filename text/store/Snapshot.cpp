@@ -32,7 +32,7 @@ LineMode Snapshot::lineMode() const { return tree_->mode(); }
 std::int64_t Snapshot::lineCount() const { return tree_->breaks() + 1; }
 
 ByteOffset Snapshot::lineStart(LineNo line) const {
-  // A line that does not exist is the caller's fault, but no reason to lose the person's text in a crash.
+  // A line that does not exist is a bug of the caller. Do not crash: that would lose the user's text.
   if (line.value > tree_->breaks()) return size();
   return ByteOffset(line.value <= 0 ? 0 : tree_->behindBreak(line.value));
 }
@@ -41,7 +41,7 @@ ByteOffset Snapshot::lineEnd(LineNo line) const {
   const auto end = lineEndWithBreak(line);
   if (line.value >= tree_->breaks()) return end;
   if (tree_->mode() == LineMode::cr || end.value < 2) return end - 1;
-  // What stands before the break is a break itself or a byte of this line: a '\r' belongs to this break either way.
+  // The byte before the break is either a break itself or a byte of this line: so a '\r' belongs to this break.
   return at(end - 2) == '\r' ? end - 2 : end - 1;
 }
 LineBreak Snapshot::lineBreak(LineNo line) const {

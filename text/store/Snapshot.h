@@ -1,9 +1,9 @@
-// An immutable view of a whole text at one moment. Copying is O(1); it may be read from any thread and stays valid
-// for as long as it is held, whatever is done to the document meanwhile.
+// An immutable view of a whole text. Copying is O(1). It may be read on any thread and stays valid as long as it is held, whatever
+// happens to the document.
 //
-// The text is bytes. In LineMode::lf (the usual one) every '\n' ends a line and a '\r' directly before it belongs to
-// the break; in LineMode::cr (a file with '\r' and no '\n') every '\r' does. A text always has breaks + 1 lines: the
-// last one has no break and may be empty.
+// The text is bytes. In LineMode::lf (the usual mode) every '\n' ends a line, and a '\r' directly before it belongs to the break.
+// In LineMode::cr (a file with '\r' and without '\n') every '\r' ends a line. A text always has breaks + 1 lines: the last one has
+// no break and may be empty.
 #pragma once
 
 #include <memory>
@@ -44,13 +44,12 @@ class Snapshot {
   std::string line(LineNo line) const;                                   // without its break
   char at(ByteOffset offset) const;                                      // precondition: offset < size()
 
-  // A run of bytes that lie together from offset on (empty only at size()), and one that ends there (empty only at 0);
-  // it may end anywhere, inside a character or a CR LF too. Valid while this snapshot or a copy of it lives. The loops over
-  // a text are written with these.
+  // A contiguous run of bytes that starts at offset (empty only at size()), and one that ends there (empty only at 0). It may end
+  // inside a character or inside CR LF. Valid while this snapshot or a copy of it lives. Loops over a text use these.
   std::string_view chunkAt(ByteOffset offset) const;
   std::string_view chunkBefore(ByteOffset offset) const;
 
-  // True when both are views of one and the same tree (equal text for certain; false says nothing).
+  // True when both are views of the same tree. Then the texts are equal; false tells nothing.
   bool sameAs(const Snapshot& other) const;
 
   void checkInvariants() const;   // aborts with a message on a breach
@@ -62,13 +61,13 @@ class Snapshot {
   std::shared_ptr<const Tree> tree_;
 };
 
-// Builds a snapshot from blocks of bytes that it takes over: no byte is copied twice. Used by loading.
+// Builds a snapshot from blocks of bytes without copying them. Used for loading.
 class SnapshotBuilder {
  public:
   explicit SnapshotBuilder(LineMode mode = LineMode::lf);
-  SnapshotBuilder(LineMode mode, const TreeShape& shape);   // the shape goes on in every document that takes the text
+  SnapshotBuilder(LineMode mode, const TreeShape& shape);   // every document that takes the text keeps the shape
   ~SnapshotBuilder();
-  // Takes `bytes` (length bytes of it) as the next part of the text. The memory is kept by the tree.
+  // Appends the first length bytes of `bytes`. The tree keeps the memory.
   void append(std::shared_ptr<const char[]> bytes, std::size_t length);
   void append(std::string bytes);
   Snapshot finish();   // the builder is empty again

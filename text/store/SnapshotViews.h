@@ -1,5 +1,4 @@
-// Contiguous views into a snapshot: straight into its blocks where they are long enough, else from a copy. Inside the
-// engine.
+// Contiguous views into a snapshot: directly into its blocks where they are long enough, else into a copy. Internal to the engine.
 #pragma once
 
 #include <algorithm>
@@ -12,10 +11,10 @@ namespace text {
 
 class SnapshotViews {
  public:
-  // `text` must outlive this and every view.
+  // `text` must outlive this object and every view.
   explicit SnapshotViews(const Snapshot& text) : text_(text) {}
 
-  // The bytes from `from` on: at least `need` or all up to `limit`, never beyond it. Valid until the next call.
+  // The bytes from `from` on: at least `need` bytes or all up to `limit`, never more than that. Valid until the next call.
   std::string_view ahead(ByteOffset from, std::int64_t need, ByteOffset limit) {
     if (from >= limit) return {};
     const auto chunk = text_.chunkAt(from).substr(0, static_cast<std::size_t>(limit - from));

@@ -1,8 +1,8 @@
-// Making trees: out of a list of pieces, and out of another tree by splices.
+// Makes trees from a list of pieces, and from another tree by splices.
 //
-// The old tree is walked once beside the ascending splices. A subtree that no splice touches is shared as it is; a touched
-// leaf is written anew; a node is made anew from the nodes that came back for its children. Where deletions left one of these
-// less than half full it is joined with its neighbour. Nothing of the old tree changes, so a failed allocation loses nothing.
+// The old tree is traversed once along the ascending splices. An untouched subtree is shared. A touched leaf is made anew, and a
+// node is made from the new nodes of its children. A node that deletions left less than half full is joined with its neighbour. The
+// old tree does not change, so a failed allocation loses nothing.
 #include <algorithm>
 
 #include "text/store/CountBytes.h"
@@ -37,7 +37,7 @@ class TreeEditor {
   }
 
  private:
-  // Puts levels on top until one node is left, and takes off roots with a single child.
+  // Adds levels until one node is left, and removes roots with a single child.
   Child crown(std::vector<Child> level) {
     while (level.size() > 1) {
       std::vector<Child> above;
@@ -53,7 +53,7 @@ class TreeEditor {
   static Child make(Piece* first, std::size_t count) { return Node::leaf(first, count); }
   static Child make(Child* first, std::size_t count) { return Node::inner(first, count); }
 
-  // Makes nodes of nearly equal size out of the entries; more than one node means that each is at least half full.
+  // Makes nodes of nearly equal size from the entries; if there are several, each is at least half full.
   template <class Entry>
   void pack(std::vector<Entry>& entries, std::vector<Child>& out) {
     const std::size_t nodes = (entries.size() + shape_.maxEntries - 1) / shape_.maxEntries;
@@ -70,7 +70,7 @@ class TreeEditor {
     for (std::size_t i = 0; i < splice.pieceCount; ++i) pushPiece(list, pieces_[splice.firstPiece + i], shape_.maxPiece);
   }
 
-  // An insertion at the seam of two nodes goes to the left one, where it may continue a piece.
+  // An insertion between two nodes goes to the left one, where it may continue a piece.
   static bool insertsBehind(const Splice& splice, std::int64_t nodeBegin) { return splice.begin > nodeBegin || nodeBegin == 0; }
 
   // Narrows [first, last) to the splices that touch a node of the range [begin, end).
@@ -84,7 +84,7 @@ class TreeEditor {
     while (last > first && splices_[last - 1].begin == end && splices_[last - 1].pieceCount == 0) --last;
   }
 
-  // Appends to out what becomes of the node: nodes of its height. All are at least half full unless only one was appended.
+  // Appends the replacement of the node to out: nodes of its height, all at least half full unless there is only one.
   void rewrite(const Node& node, std::int64_t begin, std::size_t first, std::size_t last, std::vector<Child>& out) {
     if (node.height == 0) {
       rewriteLeaf(node, begin, first, last, out);
@@ -130,7 +130,7 @@ class TreeEditor {
     pack(list, out);
   }
 
-  // Reads the pieces of a leaf in order, cutting them where it is told; each byte is counted about once.
+  // Reads the pieces of a leaf in order and cuts them where needed; each byte is counted about once.
   class PieceReader {
    public:
     PieceReader(const Node& leaf, std::int64_t begin, char breakByte)

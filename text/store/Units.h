@@ -1,5 +1,5 @@
-// The four ways to count in a text. Each is its own type, so that none can be taken for another; conversions
-// have names (Snapshot::lineAt, columnOf, displayColumn ...). All count from 0 and are 64 bits wide.
+// The four units of positions in a text. Each is its own type, so that they cannot be mixed up; conversions are named functions
+// (Snapshot::lineAt, columnOf, displayColumn ...). All count from 0 and have 64 bits.
 #pragma once
 
 #include <compare>
