@@ -44,7 +44,7 @@ CodeMax::CodeMax(QWidget* parent) : QWidget(parent) { setUp(std::make_shared<Tex
 CodeMax::CodeMax(CodeMax& sharedWith, QWidget* parent) : QWidget(parent) { setUp(sharedWith.model()); }
 
 CodeMax::~CodeMax() {
-  // The panes go while what they look at is still there, and nobody hears of it.
+  // Destroys the panes while the objects that they use still exist, without notifications.
   for (Pane* pane : impl_->grid->panes()) disconnect(pane, nullptr, this, nullptr);
   delete impl_->grid;
 }
@@ -65,7 +65,7 @@ void CodeMax::setUp(std::shared_ptr<TextModel> model) {
   layout->addWidget(impl_->grid);
   setFocusProxy(impl_->grid->active());
 
-  // The measures of long lines are the panes' common ground: they hear of a change first.
+  // The panes share the measures of long lines, which must be notified of a change first.
   connect(state.model.get(), &TextModel::changed, this, [this](const text::Change& change) {
     impl_->state.widths.onChange(change, impl_->state.model->snapshot());
     for (Pane* pane : impl_->grid->panes()) pane->modelChanged(change);
@@ -87,7 +87,7 @@ Pane* CodeMax::addPane(QWidget* parent) {
       setFocusProxy(pane);
       if (impl_->focused && other) emit SelChange();
     }
-    // From one pane to the next the focus stays in the control.
+    // Moving between panes keeps the focus in the control.
     const bool inside = in || (QApplication::focusWidget() && isAncestorOf(QApplication::focusWidget()));
     if (inside == impl_->focused) return;
     impl_->focused = inside;
@@ -101,7 +101,7 @@ Pane* CodeMax::addPane(QWidget* parent) {
   });
   connect(pane, &Pane::whiteSpaceToggled, this, [this] {
     impl_->repaint();
-    if (!gBusy()) emit PropsChange();   // an option like those of the dialog; a run's own look at the text is not kept
+    if (!gBusy()) emit PropsChange();   // saved like the options of the dialog, unless a command string changed it
   });
   connect(pane, &Pane::zoomed, this, [this](int steps) { setZoom(impl_->state.zoom + 10 * steps); });
   connect(pane, &Pane::typed, this, &CodeMax::Typed);
@@ -182,7 +182,8 @@ QString CodeMax::Text() const {
       const std::size_t next = std::min(chunk.find(breaker, from), chunk.size());
       bytes.append(chunk.substr(from, next - from));
       if (next < chunk.size()) {
-        if (!crText && !bytes.empty() && bytes.back() == '\r') bytes.pop_back();   // of CR LF, also when a chunk ends between them
+        // the CR of CR LF, also when a chunk ends between them
+        if (!crText && !bytes.empty() && bytes.back() == '\r') bytes.pop_back();
         bytes += joint;
       }
       from = next + 1;
@@ -247,7 +248,7 @@ qint64 CodeMax::GetLineLength(qint64 line) const {
 void CodeMax::InsertText(const QString& text, CmPosition at) {
   Editor& editor = impl_->editor();
   const ByteOffset place = editor.offsetOf(at);
-  // A caret that stands there goes behind the text, as if it had been typed.
+  // A caret at the end moves behind the text, as if it had been typed.
   if (!editor.hasSelection() && editor.selection().caret == place) ReplaceSel(text);
   else impl_->apply({{{place, place}, impl_->incoming(text, impl_->snapshot().lineAt(place))}});
 }
@@ -258,7 +259,7 @@ void CodeMax::DeleteLine(qint64 line) {
   const LineNo number(line);
   ByteRange range{text.lineStart(number), text.lineEndWithBreak(number)};
   if (line + 1 == text.lineCount() && line > 0)
-    range.begin = text.lineEnd(number - 1);   // the last one goes with the break before it
+    range.begin = text.lineEnd(number - 1);   // the last line is removed with the break before it
   impl_->apply({{range, {}}});
 }
 

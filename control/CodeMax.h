@@ -1,5 +1,5 @@
-// The edit control: one text in up to four panes, with scroll bars, left margin, colours and keys. A thin widget: editing is
-// Editor's, painting is Pane's, options are ControlOptions'.
+// The edit control: one text in up to four panes, with scroll bars, left margin, colours and keys. A thin widget: Editor edits,
+// Pane paints, ControlOptions holds the options.
 //
 // Lines count from 0, columns are characters from 0 (see Editor.h).
 #pragma once
@@ -21,21 +21,21 @@ class CodeMax : public QWidget {
   Q_OBJECT
  public:
   explicit CodeMax(QWidget* parent = nullptr);
-  // A second view of the text of another control: own caret, own scrolling, same undo.
+  // A second view of another control's text: own caret and scroll position, shared undo.
   CodeMax(CodeMax& sharedWith, QWidget* parent);
   ~CodeMax() override;
 
-  // Files. Empty result: done. Otherwise the reason in the user's words, and nothing is changed.
+  // Files. Empty result: success. Else the reason for the user, and nothing is changed.
   QString OpenFile(const QString& path);
   // options.expected is the stamp of the last load or save when the path is the same file.
   text::SaveResult SaveFile(const QString& path, bool guardAgainstOthers = true);
   text::FileFormat fileFormat() const;
-  void setFileFormat(const text::FileFormat& format);   // of the next save; counts as a modification
+  void setFileFormat(const text::FileFormat& format);   // for the next save; counts as a modification
   const std::optional<text::FileStamp>& fileStamp() const;
 
-  // Text. Text() joins lines with CR LF when EnableCRLF, else LF.
+  // Text. Text() joins the lines with CR LF if EnableCRLF, else with LF.
   QString Text() const;
-  qint64 TextLength() const;            // of Text(), which is not built
+  qint64 TextLength() const;            // length of Text(), without building it
   void setText(const QString& text);    // one undo step
   qint64 LineCount() const;             // breaks + 1; 1 for the empty text
   QString GetLine(qint64 line) const;   // without terminator; empty out of range
@@ -43,12 +43,12 @@ class CodeMax : public QWidget {
   void InsertText(const QString& text, CmPosition at);
   void DeleteLine(qint64 line);
   void InsertLine(qint64 line, const QString& text);
-  void ReplaceLine(qint64 line, const QString& text);   // keeps the line's own break, bookmarks and selection
-  // Exchanges the texts of lines [first, first + lines.size()) in one undo step; cost follows what differs.
+  void ReplaceLine(qint64 line, const QString& text);   // keeps the line break, bookmarks and selection
+  // Replaces the texts of the lines [first, first + lines.size()) in one undo step; costs only what differs.
   void ReplaceLines(qint64 first, const QStringList& lines);
   void ReplaceText(const QString& text, const CmRange& range);
   void ReplaceSel(const QString& text);
-  void AppendText(const QString& text);   // at the end; does not move the caret unless it stands there
+  void AppendText(const QString& text);   // at the end; the caret moves only if it is there
 
   // Selection.
   CmRange GetSel(bool normalised) const;
@@ -61,21 +61,21 @@ class CodeMax : public QWidget {
   CmPosition CurrentPosition() const;   // the caret
   CmRange CurrentWordRange() const;
 
-  // Finding with the program-wide search state (Editor.h: searchState). True: found and selected.
+  // Searches with the program's search state (Editor.h: searchState). True: found and selected.
   bool FindText(const QString& text, bool forward = true);
   QString findText() const;
   bool SearchCaseSensitive() const;
   void setSearchCaseSensitive(bool on);
 
-  // Marks what the text finds wherever it is visible; an empty text ends that.
+  // Marks all visible matches of the text; an empty text removes the marks.
   void showHits(const QString& text, const text::SearchOptions& options);
 
   // False only for an unknown number.
   bool ExecuteCmd(CommandNumber id, const QVariant& argument = {});
-  // All changes until the matching end are one undo step and one repaint. Nests. Prefer EditBlock.
+  // All changes up to the matching end are one undo step and one repaint. Nests. Prefer EditBlock.
   void beginEdit();
   void endEdit();
-  // One repaint and one SelChange for all that is done until release(). Nests.
+  // One repaint and one SelChange for everything up to release(). Nests.
   void hold();
   void release();
 
@@ -92,7 +92,7 @@ class CodeMax : public QWidget {
   bool overtype() const;
   QString Language() const;
   bool setLanguage(const QString& name);   // false: refused; the text is then not coloured
-  bool Visible() const;                    // painting on or off; never moves the focus
+  bool Visible() const;                    // whether it paints; does not affect the focus
   void setVisibleText(bool on);
   bool hasBookmark(qint64 line) const;
   void setBookmark(qint64 line, bool on);
@@ -105,16 +105,16 @@ class CodeMax : public QWidget {
   void setHSplitter(bool), setVSplitter(bool), setHScrollBar(bool), setVScrollBar(bool), setSmoothScrolling(bool),
       setLineToolTips(bool), setLeftMargin(bool), setColumnSel(bool), setDragDrop(bool), setPreserveCase(bool), setTabExpand(bool),
       setColorSyntax(bool), setWhiteSpaceDisplay(bool);
-  void setAutoIndentMode(int), setTabSize(int);   // values out of range are ignored
+  void setAutoIndentMode(int), setTabSize(int);   // out of range: ignored
   QColor GetColor(int slot) const;
-  void SetColor(int slot, const QColor& color);   // an invalid colour gives the slot back to the scheme
+  void SetColor(int slot, const QColor& color);   // an invalid colour resets the slot to the scheme
   QFont Font() const;
   void setFontOf(const QFont& font);
   int Zoom() const;   // percent of the font's size, 30 to 500; Ctrl+wheel; not stored
   void setZoom(int percent);
-  // Bars between panes at these parts of height and width, 0 for none. Only where the splitters are allowed.
+  // Positions of the splitters as fractions of height and width, 0 for none. Only where splitters are allowed.
   void splitPanes(double horizontalBar, double verticalBar);
-  void ExecuteProperties();   // the properties dialog; raises PropsChange once on OK
+  void ExecuteProperties();   // shows the properties dialog; emits PropsChange once on OK
 
   std::shared_ptr<TextModel> model() const;
   Editor& editor();   // of the pane that has or last had the focus
@@ -125,9 +125,9 @@ class CodeMax : public QWidget {
   void ModifiedChange();
   void RClick(const QPoint& globalPosition, bool* handled);
   void DblClick();
-  void Return();      // after the line break was typed
+  void Return();      // after a line break was typed
   void Typed();       // after a character was typed
-  void SelChange();   // caret or selection moved or a command changed the text; once for each action
+  void SelChange();   // caret or selection moved, or a command changed the text; once for each action
   void PropsChange();
   void FilesDropped(const QStringList& paths);
   void OvertypeChange(bool on);
@@ -143,8 +143,7 @@ class CodeMax : public QWidget {
   std::unique_ptr<Impl> impl_;
 };
 
-// One undo step and one repaint for all that is done to a control while it lives.
-// Left by an exception it takes all of it back.
+// One undo step and one repaint for all changes of a control during its lifetime. An exception rolls them all back.
 class EditBlock {
  public:
   explicit EditBlock(CodeMax& control) : control_(control) { control_.beginEdit(); }

@@ -1,4 +1,4 @@
-// The About box: what this program is, and the properties of the active document's file.
+// The About box: information on this program, and the properties of the active document's file.
 #pragma once
 
 class frmMain;

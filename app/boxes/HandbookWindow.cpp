@@ -22,7 +22,7 @@ namespace {
 constexpr int kBlockRole = Qt::UserRole;
 constexpr std::size_t kLargestPage = 8 << 20;
 
-// Headings of a page with the numbers of their blocks.
+// The headings of a page with their block numbers.
 template <class F>
 void eachHeading(const QTextDocument& document, F use) {
   for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
@@ -111,7 +111,7 @@ bool HandbookWindow::showPage(const QString& file, const QString& heading) {
     if (found || headingLink(block.text()) != heading) return;
     found = true;
     QTextCursor cursor(block);
-    text_->moveCursor(QTextCursor::End);   // from there the heading comes up to the upper edge
+    text_->moveCursor(QTextCursor::End);   // from there the heading scrolls up to the upper edge
     text_->setTextCursor(cursor);
     text_->verticalScrollBar()->setValue(text_->verticalScrollBar()->value() + text_->cursorRect(cursor).top());
   });

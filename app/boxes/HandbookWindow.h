@@ -1,4 +1,4 @@
-// The handbook beside the texts: the pages of docs/, with a list of their headings and a search in the page.
+// The handbook window: the pages of docs/, with a list of their headings and a search in the page.
 #pragma once
 
 #include <QWidget>
@@ -12,11 +12,11 @@ class HandbookWindow : public QWidget {
  public:
   explicit HandbookWindow(QWidget* parent);
 
-  // A page of the handbook's folder, and a heading in it as links name it ("windows-and-tabs"); empty: its top. False: there
-  // is no such page.
+  // Shows a page of the handbook's folder at a heading, named as in links ("windows-and-tabs"); empty: at its top. False: there is
+  // no such page.
   bool showPage(const QString& file, const QString& heading = {});
   QString page() const { return page_; }
-  QString headingInSight() const;   // the last heading above the upper edge or at it
+  QString headingInSight() const;   // the last heading at or above the upper edge
 
  private:
   void follow(const QString& link);
@@ -28,5 +28,5 @@ class HandbookWindow : public QWidget {
   QString folder_, page_;
 };
 
-// The part of a link that names a heading: small letters, blanks as "-", other marks dropped.
+// The fragment of a link to a heading: lower case, blanks as "-", punctuation dropped.
 QString headingLink(const QString& heading);

@@ -62,9 +62,9 @@ text::LoadedFile fileOnDisk(const text::JournalAbout& about) {
   return text::loadFile(about.path, options);
 }
 
-// The file holds this text, durably: nothing is left to recover.
+// The file durably holds this text: nothing needs recovery.
 bool fileHolds(const text::JournalAbout& about, const text::Snapshot& found) {
-  const bool plain = about.format == text::FileFormat();   // then the file has as many bytes as the text
+  const bool plain = about.format == text::FileFormat();   // then the file and the text have the same number of bytes
   if (plain && text::stampOf(about.path, false).status.size != found.size().value) return false;
   const text::LoadedFile disk = fileOnDisk(about);
   if (!disk.error.empty() || !sameText(disk.text, found)) return false;
@@ -72,7 +72,7 @@ bool fileHolds(const text::JournalAbout& about, const text::Snapshot& found) {
   return file.ok() && text::files::sync(file.get()) == 0;
 }
 
-// In words how the file on disk stands to a text that came back; empty: as it was when the text was changed.
+// Describes how the file on disk differs from what the recovered text knew; empty: unchanged.
 QString fileState(const text::JournalAbout& about) {
   const text::FileStamp now = text::stampOf(about.path, false);
   if (!now.exists) return frmRecovered::tr("the file is not there any more");
@@ -117,7 +117,7 @@ frmRecovered::Look frmRecovered::leftIn(const QString& folder) {
 }
 
 void frmRecovered::offerWhenRead(frmMain& frame, Look look) {
-  // A disk may hang: nobody waits for the thread, and what it made goes with who looks at it last.
+  // The disk may hang: nobody waits for the thread. Its result is freed by the last user.
   std::packaged_task<std::vector<Entry>()> task([look = std::move(look)] { return entriesOf(look()); });
   const auto read = std::make_shared<std::future<std::vector<Entry>>>(task.get_future());
   std::thread(std::move(task)).detach();
@@ -347,7 +347,8 @@ void frmRecovered::drop(int at) {
 
 void frmRecovered::Restore() {
   const std::vector<int> all = selected();
-  std::vector<std::pair<int, frmDocument*>> restored;   // last to first, so that what was on top of the list is in front
+  // last to first, so that the top entry of the list becomes the active window
+  std::vector<std::pair<int, frmDocument*>> restored;
   for (auto at = all.rbegin(); at != all.rend(); ++at) {
     const Entry& entry = entries_[std::size_t(*at)];
     if (!entry.facts.error.empty()) continue;
@@ -360,7 +361,7 @@ void frmRecovered::Restore() {
   bool kept = false;
   for (const auto& [at, document] : restored) {
     if (document->holdInJournal()) drop(at);
-    else kept = true;   // the old journal is all there is
+    else kept = true;   // the old journal is the only copy
   }
   if (kept)
     MsgBox(tr("The text is open again, but no new journal could be written for it. The old one is kept."), tr("Recovered texts"));
@@ -411,7 +412,7 @@ void frmRecovered::Compare() {
   if (named && !LongWork::runOrLeave(*this, load, tr("Reading %1").arg(plainForDisplay(titleOf(entries_[std::size_t(at)]), 80))))
     return;
   CodeMax onDisk;
-  onDisk.model()->document().reset(disk->text);   // empty where there is no file
+  onDisk.model()->document().reset(disk->text);   // empty when there is no file
   frmCompare compare(onDisk, this);
   compare.after().model()->document().reset(found.text);
   compare.markChanges();

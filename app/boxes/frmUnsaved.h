@@ -1,5 +1,5 @@
-// Asks once about several changed texts that are about to be closed: which of them are saved. The changes of the others are
-// discarded. The text of the row chosen is shown behind the dialog.
+// Asks once about several changed texts that are about to be closed: which of them to save. The changes of the others are
+// discarded. The text of the current row is shown behind the dialog.
 #pragma once
 
 #include <QDialog>
@@ -13,9 +13,9 @@ class frmMain;
 class frmUnsaved : public QDialog {
   Q_OBJECT
  public:
-  // One window of each text.
+  // One window for each text.
   frmUnsaved(frmMain& frame, const QList<frmDocument*>& changed);
-  bool isToBeSaved(int text) const;   // from 0; after it was accepted
+  bool isToBeSaved(int text) const;   // from 0; valid after the dialog was accepted
 
  private:
   void showChoice();

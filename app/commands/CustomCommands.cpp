@@ -3,7 +3,7 @@
 #include "app/commands/Groups.h"
 #include "app/frame/frmMain.h"
 
-// Which macros there are is frmRegistry's affair (CommandstoMenu); it shows and hides the menu by its name.
+// frmRegistry (CommandstoMenu) adds the macros and shows or hides the menu by its name.
 std::span<const FrameCommand> customCommands() {
   static const FrameCommand rows[] = {
       {.name = "mCustom", .place = 500, .caption = QT_TRANSLATE_NOOP("frmMain", "C&ustom"), .isMenu = true},

@@ -36,7 +36,7 @@ std::span<const FrameCommand> fileCommands() {
        .needs = kAnyModified, .run = [](frmMain& f) { f.mnuFileSaveAll_Click(); }, .tool = "SaveAll", .toolPlace = 130},
       {.name = "mnuFileMRU", .menu = "mnuFile", .place = 850, .elements = 11,
        .runElement = [](frmMain& f, int index) { f.mnuFileMRU_Click(index); }},
-      // No line of its own before it: the separator of the recently-used entries is their last element.
+      // No separator before it: the recently-used entries end with one.
       {.name = "mnuFileExit", .menu = "mnuFile", .place = 890, .caption = QT_TRANSLATE_NOOP("frmMain", "E&xit"),
        .keys = "Ctrl+Q", .icon = "application-exit", .run = [](frmMain& f) { f.mnuFileExit_Click(); }},
   };

@@ -23,7 +23,7 @@ void mToolsFormat_Click(frmMain& f) {
   dialog->activateWindow();
 }
 
-// Tells how many lines a service changed.
+// Shows how many lines a service changed.
 void tell(qint64 changed) {
   SetStatusText(QCoreApplication::translate("frmMain", "%n line(s) changed", nullptr, static_cast<int>(changed)));
 }

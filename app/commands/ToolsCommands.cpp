@@ -37,7 +37,7 @@ std::span<const FrameCommand> toolsCommands() {
       {.name = "mToolsOptions", .menu = "mTools", .place = 400,
        .caption = QT_TRANSLATE_NOOP("frmMain", "Editor &Options..."), .icon = "configure",
        .run = [](frmMain& f) {
-         keyMap().setNamedActions(keyactions::all());   // the languages may have other macros by now
+         keyMap().setNamedActions(keyactions::all());   // the languages may have other macros now
          f.editorOptions();
        }},
   };

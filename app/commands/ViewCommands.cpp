@@ -6,7 +6,7 @@
 
 namespace {
 
-// By so many percent; 0: back to the font's own size.
+// Zooms by so many percent; 0: back to the font's own size.
 void zoom(frmMain& frame, int by) {
   CodeMax& text = *frame.activeDocument()->cmx;
   text.setZoom(by == 0 ? 100 : text.Zoom() + by);

@@ -9,7 +9,7 @@
 #include "base/PaintedIcon.h"
 #include "base/Workspace.h"
 
-// The pictures are in a static library, from which the linker takes only what is named. Outside any namespace, as the macro asks.
+// The pictures are in a static library, from which the linker takes only referenced objects. Must stand outside any namespace.
 static void keepPictures() { Q_INIT_RESOURCE(app); }
 
 namespace {
@@ -31,7 +31,7 @@ QByteArray drawing(const QString& name) {
   return *it;
 }
 
-// Draws in the colours that the palette has at the time, so that a change of the desktop's scheme is followed.
+// Draws in the current colours of the palette, so that it follows a change of the desktop's scheme.
 class DrawnIcon : public PaintedIcon {
  public:
   explicit DrawnIcon(QString name) : name_(std::move(name)) {}

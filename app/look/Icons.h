@@ -1,9 +1,9 @@
-// Pictures of the commands: the desktop's own where its theme has them, else ours, drawn in the colours of the palette.
+// Pictures of the commands: those of the desktop's theme, else the program's own, drawn in the colours of the palette.
 #pragma once
 
 #include <QIcon>
 
 namespace icons {
-QIcon byName(const QString& name);   // "document-open", "zelkor-expand" ...; ours are app/icons/NAME.svg
+QIcon byName(const QString& name);   // "document-open", "zelkor-expand" ...; the program's own are app/icons/NAME.svg
 QIcon application();
 }   // namespace icons

@@ -27,14 +27,14 @@ void drawWindowButton(QPainter& painter, const QRect& rect, QStyle::StandardPixm
       painter.drawLine(QPointF(-4, -4), QPointF(4, 4));
       painter.drawLine(QPointF(-4, 4), QPointF(4, -4));
       break;
-    default:   // back to the normal size: a window before another
+    default:   // the font's normal size
       painter.drawRect(QRectF(-4.5, -1.5, 6, 6));
       painter.drawPolyline(QPolygonF({{-1.5, -2}, {-1.5, -4.5}, {4.5, -4.5}, {4.5, 1.5}, {2, 1.5}}));
   }
   painter.restore();
 }
 
-// The buttons of a maximised document window in the palette's colours: those of the style stay dark on a dark desktop.
+// Draws the buttons of a maximised document window in the palette's colours: those of the style stay dark on a dark desktop.
 class WindowButton : public PaintedIcon {
  public:
   explicit WindowButton(QStyle::StandardPixmap which) : which_(which) {}
@@ -48,7 +48,7 @@ class WindowButton : public PaintedIcon {
   QStyle::StandardPixmap which_;
 };
 
-// The desktop's style, but: a menu that is higher than the screen scrolls; in columns it would be cut where these have no room.
+// The desktop's style, except that a menu higher than the screen scrolls; in columns it would be cut if they do not fit.
 class Style : public QProxyStyle {
  public:
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* returned) const override {
@@ -60,7 +60,7 @@ class Style : public QProxyStyle {
     if (which == SP_ToolBarVerticalExtensionButton) return arrowIcon(Arrow::down);
     return ours ? QIcon(new WindowButton(which)) : QProxyStyle::standardIcon(which, option, widget);
   }
-  // The library's own style gives boxes and rings an outline that is darker than the window, of which a dark one shows nothing.
+  // Qt's own style outlines boxes and rings in a colour darker than the window, which is invisible on a dark one.
   void drawPrimitive(PrimitiveElement part, const QStyleOption* option, QPainter* painter, const QWidget* widget) const override {
     QProxyStyle::drawPrimitive(part, option, painter, widget);
     const bool ring = part == PE_IndicatorRadioButton, box = part == PE_IndicatorCheckBox || part == PE_IndicatorItemViewItemCheck;
@@ -75,7 +75,7 @@ class Style : public QProxyStyle {
     else painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
     painter->restore();
   }
-  // The library's own style draws the buttons of a window that is not the active one in black on any colour.
+  // Qt's own style draws the buttons of an inactive window in black on any colour.
   void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
                           const QWidget* widget) const override {
     const auto* bar = control == CC_TitleBar ? qstyleoption_cast<const QStyleOptionTitleBar*>(option) : nullptr;
@@ -135,7 +135,7 @@ void useStyle() { QApplication::setStyle(new Style); }
 
 void showLook(ControlOptions::Look look) {
   using Look = ControlOptions::Look;
-  if (qApp->property("look").toInt() == static_cast<int>(look)) return;   // a new palette has every window painted anew
+  if (qApp->property("look").toInt() == static_cast<int>(look)) return;   // a new palette repaints every window
   qApp->setProperty("look", static_cast<int>(look));
   QApplication::setPalette(look == Look::desktop ? QPalette() : paletteOf(look == Look::dark));
 }

@@ -1,4 +1,4 @@
-// Tool tips that show a file's name as it is, never as markup.
+// Tool tips that show a file name literally, never as markup.
 #pragma once
 
 #include "base/Strings.h"

@@ -16,7 +16,7 @@ namespace {
 constexpr std::int64_t kLinesSearched = 1000, kBytesBack = 128 << 10, kLongLine = 4096, kLongestWord = 64;
 constexpr std::int64_t kColored = 1 << 20;   // bytes read anew for what is comment or string; beyond that it is guessed
 
-// The leading white space; of a line longer than any that is looked at, none.
+// The leading white space of a line; empty for a line that is too long to be examined.
 std::string leadingOf(const Snapshot& text, LineNo line) {
   std::string leading;
   const ByteOffset end = std::min(text.lineEnd(line), text.lineStart(line) + kLongLine);
@@ -39,11 +39,11 @@ bool isOpener(char c) { return c == '(' || c == '[' || c == '{'; }
 bool isCloser(char c) { return c == ')' || c == ']' || c == '}'; }
 
 struct Open {
-  LineNo line{0}, base{0};   // where it stands; where the statement around it begins
+  LineNo line{0}, base{0};   // line: where it is; base: where the statement around it begins
   bool bracket = false, twice = false;
 };
 
-// Reads the text above a place and keeps what is open there.
+// Reads the text above a place and keeps the open blocks and brackets.
 class LookBack {
  public:
   LookBack(TextModel& model, const BlockWords& blocks, ByteOffset end, const EditOptions& options)
@@ -76,7 +76,7 @@ class LookBack {
   bool insideStatement() const { return words_ > 0 && !opened_ && !middleStatement_; }
   std::string leading(LineNo line) const { return leadingOf(text_, line); }
 
-  // One level as the text has it, else as the Tab key gives it.
+  // One level of indentation as the text has it, else as the Tab key makes it.
   std::string unit() const {
     if (tabLines_ > blankLines_ || (tabLines_ == 0 && blankLines_ == 0 && !expand_)) return "\t";
     const auto most =
@@ -122,7 +122,7 @@ class LookBack {
       any = true;
     }
     const bool inBracket = !open_.empty() && open_.back().bracket;
-    if (any && !inBracket && (middleFirst_ || (opened_ && !awaitsIs_))) resetStatement();   // the block's own lines follow
+    if (any && !inBracket && (middleFirst_ || (opened_ && !awaitsIs_))) resetStatement();   // the lines of the block follow
   }
 
   void readPiece(std::string_view piece, bool word, LineNo line, bool first) {
@@ -189,7 +189,7 @@ class LookBack {
   const bool expand_;
   LineNo last_{0};
   std::vector<Open> open_;
-  std::map<std::int64_t, std::int64_t> begins_;   // a line that closes brackets of lines above, and where those statements began
+  std::map<std::int64_t, std::int64_t> begins_;   // for lines that close brackets of earlier lines: where those statements began
   std::map<std::int64_t, int> steps_;
   std::int64_t cells_ = 0;
   int tabLines_ = 0, blankLines_ = 0, words_ = 0;
@@ -197,7 +197,8 @@ class LookBack {
   bool opened_ = false, opensNothing_ = false, awaitsIs_ = false, middleStatement_ = false, middleFirst_ = false, afterEnd_ = false;
 };
 
-// What stands between a line's leading white space and the range; none when something follows the range in its line, or it is long.
+// The text between the leading white space of the line and the range. None when text follows the range in its line, or the line is
+// long.
 std::optional<std::string> aloneBefore(const Snapshot& text, ByteRange range) {
   const LineNo line = text.lineAt(range.begin);
   const ByteOffset begin = std::min(range.begin, text.lineStart(line) + static_cast<std::int64_t>(leadingOf(text, line).size()));
@@ -205,7 +206,7 @@ std::optional<std::string> aloneBefore(const Snapshot& text, ByteRange range) {
   return text.bytes({begin, range.begin});
 }
 
-// The word or sign behind `at` and white space in its line.
+// The word or sign in the line behind `at` and white space.
 std::string wordBehind(const Snapshot& text, ByteOffset at) {
   const std::string all = text.bytes({at, std::min(text.lineEnd(text.lineAt(at)), at + kLongLine)});
   const std::size_t begin = std::min(all.size(), all.find_first_not_of(" \t"));
@@ -230,7 +231,7 @@ bool isBracket(std::string_view word, const BlockWords::Entry& kind) {
   return word.size() == 1 && isCloser(word[0]) && !kind.closes();
 }
 
-// Where a word or bracket that closes what is open goes; none for one that closes nothing.
+// The indent of a closing word or bracket; none if it closes nothing.
 std::optional<std::string> closerIndent(const LookBack& above, std::string_view word, const BlockWords::Entry& kind) {
   const bool bracket = isBracket(word, kind);
   if (!bracket && !kind.closes() && (!kind.isMiddle() || above.insideStatement())) return std::nullopt;
@@ -252,12 +253,12 @@ std::optional<std::string> indentForNewLine(TextModel& model, const BlockWords& 
   LineNo line = text.lineAt(range.begin);
   if (range.begin < text.lineStart(line) + static_cast<std::int64_t>(leadingOf(text, line).size()))
     return std::nullopt;   // within the white space
-  // Behind lines of white space the one above them counts.
+  // Below lines of white space, the line above them counts.
   ByteOffset at = range.begin;
   for (std::int64_t back = 0; back < kLinesSearched && line.value > 0 && blankFrom(text, text.lineStart(line), at); ++back)
     at = text.lineEnd(--line);
   const LookBack above(model, blocks, at, options);
-  // A closer behind the caret goes to its place at once.
+  // A closing word behind the caret is moved at once.
   const std::string behind = wordBehind(text, range.end);
   if (const auto indent = closerIndent(above, behind, blocks.classify(toQString(behind)))) return indent;
   const auto& open = above.open();
@@ -295,7 +296,7 @@ std::optional<std::string> indentForCloser(TextModel& model, const BlockWords& b
     const auto indent = closerIndent(above, word, kind);
     return indent && cellsOf(*indent, options.tabSize) < cellsOf(present, options.tabSize) ? indent : std::nullopt;
   }
-  // The word went on and is none any more: what stepped back for it returns.
+  // The word was continued and is not a closing word any more: its old indent is restored.
   const QString before = toQString(word).chopped(1);
   const auto beforeKind = blocks.classify(before);
   if ((!beforeKind.closes() && !beforeKind.isMiddle()) || blocks.beginsACloser(toQString(word))) return std::nullopt;

@@ -1,5 +1,5 @@
-// Auto-indent by the block words of a language: what a new line gets, and where a word that ends a block steps back to. Comments and
-// strings say nothing.
+// Auto-indent by the block words of a language: the indent of a new line, and of a word that ends a block. Comments and strings are
+// ignored.
 #pragma once
 
 #include <QString>
@@ -11,13 +11,15 @@
 
 struct EditOptions;
 
-// The white space that the new line begins with when Return puts a line break in the place of `range`, where the blocks and brackets
-// around say something. Looks back a bounded stretch of text.
+// The white space of the new line when Return replaces `range` by a line break, if the blocks and brackets around determine it.
+// Examines a bounded part of the text.
 std::optional<std::string> indentForNewLine(TextModel& model, const BlockWords& blocks, text::ByteRange range,
                                             const EditOptions& options);
 
-// True where typing `typed` in the place of `range` ends or changes a word that alone makes the line and may have to step back.
+// True if typing `typed` in place of `range` completes or changes a word that stands alone in its line and may have to be
+// outdented.
 bool mayStepBack(const TextModel& model, const BlockWords& blocks, text::ByteRange range, const QString& typed);
-// The white space that the caret's line, which holds a closing or middle word or a closing bracket alone, gets for it; nullopt: it stays.
+// The new leading white space of the caret's line, if the line only holds a closing or middle word or a closing bracket; nullopt:
+// no change.
 std::optional<std::string> indentForCloser(TextModel& model, const BlockWords& blocks, text::ByteOffset caret,
                                            const EditOptions& options);

@@ -4,9 +4,9 @@
 
 namespace {
 const QString kBreak = QStringLiteral("\r\n");
-constexpr qsizetype kMostKnown = 10000;   // words whose answers are kept
+constexpr qsizetype kMostKnown = 10000;   // size of the cache
 
-// The search itself; `listed` says whether an entry stands in the list.
+// The search itself; `listed` says whether an entry is in the list.
 template <class Listed>
 bool search(const QString& word, const Listed& listed, BlockWordFlags& flags) {
   flags = {};
@@ -26,7 +26,7 @@ bool searchWordList(const QString& word, const QString& list, BlockWordFlags& fl
       word, [&](const QString& entry) { return text.contains(kBreak + entry + kBreak, Qt::CaseInsensitive); }, flags);
 }
 
-// A list as it is stored has no line break before its first entry; here each entry counts.
+// A stored list has no line break before its first entry; this adds one, so that each entry is found.
 BlockWords::BlockWords(const QString& startList, const QString& endList, const QString& middleList, bool caseSensitive)
     : caseSensitive_(caseSensitive), start_(entriesOf(startList)), end_(entriesOf(endList)), middle_(entriesOf(middleList)) {}
 

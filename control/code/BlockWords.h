@@ -16,13 +16,13 @@ struct BlockWordFlags {
   bool tilde = false;          // matched as word~
 };
 
-// True when word stands in the list, plain or with "*"; both flags are cleared first. Letter case is ignored. The list needs a line
-// break (CR LF) before its first entry to match it (classify hands it one).
+// True when the list contains the word, plain or with "*". Clears both flags first. Ignores letter case. The first entry is found
+// only if a line break (CR LF) stands before it (classify passes such a list).
 bool searchWordList(const QString& word, const QString& list, BlockWordFlags& flags);
 
 enum class BlockClass { start = 0, end = 1, middle = 2, none = 3 };
 
-// Asked on one thread only.
+// To be used on one thread only.
 class BlockWords {
  public:
   BlockWords() = default;
@@ -38,9 +38,9 @@ class BlockWords {
     bool closes() const { return kind == BlockClass::end; }
     bool isMiddle() const { return kind == BlockClass::middle; }
   };
-  // The first that fits of end, start, middle. The empty word is none. Answers are kept, so a word costs one search.
+  // The first that applies of end, start, middle; none for an empty word. Results are cached, so that a word is searched once.
   Entry classify(const QString& word) const;
-  bool beginsACloser(const QString& prefix) const;   // ... or a middle word, and is not all of it
+  bool beginsACloser(const QString& prefix) const;   // true for a proper beginning of a closing or middle word
 
  private:
   QString folded(const QString& word) const { return caseSensitive_ ? word : word.toCaseFolded(); }

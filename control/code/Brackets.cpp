@@ -10,14 +10,14 @@ using namespace text;
 namespace {
 
 constexpr std::string_view kOpeners = "([{", kClosers = ")]}";
-constexpr std::int64_t kStep = 1 << 20;   // bytes of states found between two looks at the control
-constexpr std::int64_t kLineCost = 64;    // bytes that a line costs beside its own
-constexpr std::int64_t kLinesBack = 64;   // a stretch of lines is coloured forwards, then read backwards
+constexpr std::int64_t kStep = 1 << 20;   // bytes scanned between two checks of the control
+constexpr std::int64_t kLineCost = 64;    // cost of a line beside its bytes
+constexpr std::int64_t kLinesBack = 64;   // number of lines that are coloured forwards and then read backwards
 
 struct Sign {
   std::int64_t byte;   // within the line
   int depth;           // +1 opener, -1 closer
-  bool code;           // neither in a comment nor in a string
+  bool code;           // not in a comment or string
 };
 
 using StateAt = std::function<LineState(LineNo line, std::int64_t budget, bool* exact)>;
@@ -37,7 +37,7 @@ class Scanner {
     closer_ = closer;
   }
   bool spent() const { return budget_ < 0; }
-  // A state that is not known within the budget is guessed once; asking for a further one then would cost as much again each time.
+  // If the budget is too small for a state, the state is guessed once; asking again for the next line would cost the same again.
   LineState stateAt(LineNo line) {
     if (!highlighter_) return 0;
     if (guessed_) budget_ = -1;
@@ -55,7 +55,7 @@ class Scanner {
     }
   }
 
-  // The brackets of one line; `state` becomes that of the next.
+  // The brackets of one line; `state` becomes that of the next line.
   std::vector<Sign> line(LineNo number, LineState& state) {
     const std::int64_t length = text_.lineEndWithBreak(number) - text_.lineStart(number);
     budget_ -= length + kLineCost;

@@ -1,4 +1,4 @@
-// The partner of a bracket: ( ), [ ], { }. Brackets in comments and strings match only others in comments and strings, those
+// Finds the partner of a bracket: ( ), [ ], { }. Brackets in comments and strings only match others in comments and strings, those
 // in code only others in code.
 #pragma once
 
@@ -12,9 +12,9 @@ struct BracketPair {
 };
 
 // For the bracket to the right of the caret, else the one to its left. nullopt: there is none, or it has no partner within
-// `budgetBytes` of text (0: no bound); *cut says that the budget was too small to know. A line costs some bytes more than it has.
+// `budgetBytes` of text (0: no limit); *cut: the budget was too small to decide. A line costs some bytes more than it has.
 std::optional<BracketPair> matchingBracket(TextModel& model, text::ByteOffset caret, std::int64_t budgetBytes = 0,
                                            bool* cut = nullptr);
-// The same on any thread, to the end of the text unless the control cancels it. `colors` may be null.
+// The same on any thread, up to the end of the text unless the control cancels it. `colors` may be null.
 std::optional<BracketPair> matchingBracket(const text::Snapshot& text, std::shared_ptr<const text::Highlighter> colors,
                                            text::ByteOffset caret, text::SearchControl& control);

@@ -14,7 +14,7 @@ struct Entry {
   std::shared_ptr<const BlockWords> blocks{};
 };
 
-// Entries of a list, one a line; empty ones are dropped, as an empty comment opener would colour everything.
+// The entries of a list, one a line. Empty entries are dropped: an empty comment opener would colour everything.
 std::vector<std::string> entries(const QString& list) {
   std::vector<std::string> result;
   for (QStringView line : QStringView(list).split(u'\n')) {
@@ -107,8 +107,8 @@ void LanguageTable::registerLanguage(const QString& name, const CmLanguage& lang
   t.multiCommentStart = entries(language.MultiLineComments1);
   t.multiCommentEnd = entries(language.MultiLineComments2);
   t.stringDelims = entries(language.StringDelims);
-  // Where the definition says nothing of a delimiter (text/color/EntryMarks.h), languages that tell upper from lower case have the backslash
-  // from C; the others (VHDL, BASIC, Pascal ...) double their delimiters and take a backslash as it is.
+  // For delimiters without a mark (text/color/EntryMarks.h): case-sensitive languages have the backslash of C as escape character;
+  // the others (VHDL, BASIC, Pascal ...) double their delimiters, and a backslash is an ordinary character.
   if (t.caseSensitive) t.escapeChar.assign(1, '\\');
   auto blocks =
       std::make_shared<const BlockWords>(language.BlockStart, language.BlockEnd, language.BlockMid, language.CaseSensitive);
@@ -126,7 +126,7 @@ bool LanguageTable::contains(const QString& name) { return table().entries.count
 QStringList LanguageTable::names() {
   QStringList result;
   for (const auto& [name, entry] : table().entries)
-    if (!name.startsWith(u'\n')) result << name;   // private to who registered it, such as a preview
+    if (!name.startsWith(u'\n')) result << name;   // used by one component only, such as a preview
   return result;
 }
 

@@ -1,4 +1,4 @@
-// The edit control's global table of languages: what a text is coloured by is chosen by name.
+// The global table of languages of the edit control. A text chooses its language by name.
 #pragma once
 
 #include <QString>
@@ -7,7 +7,7 @@
 
 #include "text/color/Highlight.h"
 
-// One language as it is handed in: lists are entries separated by LF (a trailing LF is fine).
+// One language for registration. Lists are entries separated by LF (a trailing LF is allowed).
 struct CmLanguage {
   bool CaseSensitive = false;
   QString Keywords, Operators, SingleLineComments, MultiLineComments1, MultiLineComments2, StringDelims;
@@ -17,17 +17,17 @@ struct CmLanguage {
 class BlockWords;
 
 namespace LanguageTable {
-// A name registered twice: the later replaces. Unregistering an unknown name does nothing. At start the table holds the
-// control's own plain languages "SQL", "C/C++", "PASCAL", "BASIC", "JAVA".
+// Registering a name again replaces its language. Unregistering an unknown name does nothing. At start the table holds the
+// control's own simple languages "SQL", "C/C++", "PASCAL", "BASIC", "JAVA".
 void registerLanguage(const QString& name, const CmLanguage& language);
 void unregisterLanguage(const QString& name);
 bool contains(const QString& name);
 QStringList names();
-// Compiled on first use; null for an unknown name. Check valid(): a definition whose multi-line openers and closers differ in
-// number is kept but cannot be bound.
+// Compiled on first use; null for an unknown name. Check valid(): a definition with different numbers of multi-line openers and
+// closers is stored but cannot be used.
 std::shared_ptr<const text::Highlighter> find(const QString& name);
-// Its block words; null for an unknown name and where there are none.
+// Its block words; null for an unknown name and for a language without block words.
 std::shared_ptr<const BlockWords> blocks(const QString& name);
-// Raised on every registration and removal; controls look their language up again by name.
+// Incremented by every registration and removal; controls then look up their language again by name.
 int generation();
 }   // namespace LanguageTable

@@ -1,4 +1,4 @@
-// Finding and replacing with the program's one search state.
+// The find and replace commands; they use the program's one search state.
 #include <QCoreApplication>
 #include <algorithm>
 
@@ -14,7 +14,7 @@ using namespace text;
 namespace {
 
 constexpr std::size_t kEditsAtOnce = 1 << 16;
-constexpr std::chrono::milliseconds kOneFind{50};   // to see whether the selection is a find
+constexpr std::chrono::milliseconds kOneFind{50};   // time limit for testing whether the selection is a match
 
 QString tr(const char* text, int n = -1) { return QCoreApplication::translate("Find", text, nullptr, n); }
 
@@ -31,7 +31,7 @@ const Finder& searcherFor(Editor& e, const std::string& what, const SearchOption
   return *impl.searcher;
 }
 
-// The searcher of the search state; null after a note when there is nothing to search for or the expression is faulty.
+// The searcher of the search state. Null, after a note, when the text is empty or the expression is invalid.
 const Finder* stateSearcher(Editor& e) {
   const SearchState& state = usersSearch();
   EditorAccess::searchFailed(e) = true;
@@ -48,7 +48,7 @@ const Finder* stateSearcher(Editor& e) {
   return nullptr;
 }
 
-// Selects the next find from the selection on, round the end of the text when needed.
+// Selects the next match behind the selection; wraps at the end of the text if needed.
 bool findFrom(Editor& e, const Finder& searcher, const QString& shown, ByteRange from, bool forward) {
   const Snapshot text = e.snapshot();
   const ByteRange whole{ByteOffset(0), text.size()};
@@ -97,7 +97,7 @@ FindOutcome findNear(const Snapshot& text, const Finder& searcher, ByteRange fro
   FindOutcome outcome;
   if (within.empty()) return outcome;
   SearchResult result = search(forward ? from.end : from.begin);
-  // A find without length where the caret stands already would hold it there for ever.
+  // An empty match at the caret would be found again and again.
   if (result.match && result.match->range.empty() && from.empty() && result.match->range.begin == from.begin) {
     const ByteOffset next = forward ? nextChar(text, from.end) : previousChar(text, from.begin);
     result = next == from.begin ? SearchResult() : search(next);
@@ -168,7 +168,7 @@ QString noteOf(const ReplacePlan& plan) {
 }
 
 void applyReplacements(Editor& e, const ReplacePlan& plan) {
-  // From the end on, so that the places before stay; in parts, as a change is much larger than its plan.
+  // From the end to the start, so that earlier positions stay valid; in parts, because the edits are much larger than the plan.
   const UndoGroup group(e.document());
   std::size_t textEnd = plan.texts.size();
   for (std::size_t last = plan.finds.size(); last > 0;) {

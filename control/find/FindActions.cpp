@@ -1,4 +1,4 @@
-// What the buttons of the find dialog do.
+// The actions of the buttons of the find dialog.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
@@ -11,7 +11,7 @@
 
 using namespace text;
 
-// All that a search on another thread needs, and what to compare when it comes back.
+// Everything that a search on another thread needs, and what to compare when it has ended.
 struct FindDialog::Target {
   Snapshot text;
   std::uint64_t revision;
@@ -35,7 +35,7 @@ void noteForMacro(CodeMax& control, const char* command) {
 
 }   // namespace
 
-// What is put in at the edges of a row belongs to it.
+// Text inserted at the edges of a row belongs to the row.
 void FindDialog::Scope::moveRows(const Change& change) {
   if (change.reset) return rows.clear();
   for (ByteRange& row : rows) row = {change.map(row.begin, Bias::left), change.map(row.end, Bias::right)};
@@ -115,7 +115,7 @@ void FindDialog::findNext(bool forward) {
   });
 }
 
-// From where the selection stood when the typing began, so that a longer text does not run ahead.
+// From the selection at the start of typing, so that a longer text is not searched further on.
 void FindDialog::findWhileTyping() {
   if (!control_ || !isVisible()) return;
   const QString findText = find_->currentText();
@@ -193,14 +193,14 @@ void FindDialog::replaceOne() {
   {
     const EditBlock block(*control_);
     if (replaceSelectedFind(control_->editor(), *t->searcher, t->within, &error) && !forward) {
-      // Towards the start the next one lies before what came in.
+      // Backwards, the next match lies before the inserted text.
       const SelectionState s = control_->editor().selection();
       const ByteRange went = t->selection;
       control_->editor().setSelection({went.begin, s.caret, 0, 0, false});
     }
   }
   if (!error.isEmpty()) return tell(error, true);
-  keyMacros().pause([&] { findNext(forward); });   // finding the next one is part of replacing
+  keyMacros().pause([&] { findNext(forward); });   // finding the next match is part of the replace command
 }
 
 void FindDialog::replaceAll() {

@@ -42,7 +42,7 @@ QComboBox* makeField(QWidget* parent, const QString& name) {
   field->setMinimumContentsLength(24);
   field->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-  field->setMinimumWidth(field->fontMetrics().averageCharWidth() * 14);   // else the bar would make a narrow window wider
+  field->setMinimumWidth(field->fontMetrics().averageCharWidth() * 14);   // else the bar would widen a narrow window
   field->lineEdit()->setClearButtonEnabled(true);
   return field;
 }
@@ -54,7 +54,7 @@ FindDialog::FindDialog(QWidget* parent) : QDockWidget(tr("Find and Replace"), pa
   setAllowedAreas(Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea);
   setFeatures(DockWidgetClosable | DockWidgetMovable | DockWidgetFloatable);
   build();
-  // The control that has the focus is the one to search.
+  // Searches the control that has the focus.
   connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
     for (QWidget* each = now; each; each = each->parentWidget()) {
       if (each == this) return readState();
@@ -69,13 +69,13 @@ FindDialog::FindDialog(QWidget* parent) : QDockWidget(tr("Find and Replace"), pa
 }
 
 FindDialog::~FindDialog() {
-  job_->drop();   // it says so to what still exists
+  job_->drop();   // notifies objects that still exist
   dropScope();
 }
 
 void FindDialog::build() {
   auto* content = new QWidget(this);
-  content->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);   // height is for the texts
+  content->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);   // the height is left to the texts
   auto* grid = new QGridLayout(content);
   grid->setContentsMargins(8, 6, 8, 6);
   grid->setHorizontalSpacing(6);
@@ -156,7 +156,7 @@ void FindDialog::build() {
     last = part;
   }
 
-  // The field has the focus, and hands keys to its line without asking the line's filters.
+  // The combo box has the focus and passes keys to its line edit without its event filters.
   for (QComboBox* field : {find_, replace_}) field->installEventFilter(this);
   connect(find_, &QComboBox::editTextChanged, this, [this] {
     writeState();

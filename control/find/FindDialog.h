@@ -1,8 +1,7 @@
-// Find and Replace beside the text. One for each main window, docked below the texts as a bar or floating as a dialog, as its
-// user likes; it works on the control that had the focus last. What it finds for is the program's search state (Editor.h), so
-// the find commands go on where it ended.
+// Find and Replace. One for each main window, docked as a bar below the texts or floating as a dialog. It works on the control that
+// had the focus last. It uses the program's search state (Editor.h), so that the find commands continue its search.
 //
-// Large texts are searched on a thread (FindJob.h) over a snapshot; when the text changed meanwhile, nothing is replaced.
+// Large texts are searched on a thread (FindJob.h), in a snapshot. If the text has changed meanwhile, nothing is replaced.
 #pragma once
 
 #include <QDockWidget>
@@ -25,10 +24,11 @@ class FindDialog : public QDockWidget {
   explicit FindDialog(QWidget* parent);
   ~FindDialog() override;
 
-  // Shows the one of the control's main window: with what is selected as the text, or as the place to search when it is of several lines.
+  // Shows the dialog of the control's main window. The selection becomes the text to find or, if it spans lines, the range to
+  // search.
   static void showFor(CodeMax& control, bool replace);
   static void hideFor(CodeMax& control);
-  void work(CodeMax& control);   // from now on on this control
+  void work(CodeMax& control);   // works on this control from now on
   CodeMax* control() const { return control_; }
   FindJob& job() { return *job_; }
   QString status() const;   // what stands in it
@@ -40,23 +40,23 @@ class FindDialog : public QDockWidget {
   void changeEvent(QEvent* event) override;
 
  private:
-  static FindDialog* of(const CodeMax& control);   // of its main window; null before it was shown
+  static FindDialog* of(const CodeMax& control);   // of its main window; null before it was first shown
   void build();
   void open(CodeMax& control, bool replace);
   void showReplace(bool on);
   void backToText();
 
   // State (FindDialog.cpp)
-  void readState();   // from the search state into the fields
+  void readState();   // copies the search state into the fields
   void writeState();
-  void remember(QComboBox* field);   // puts its text first in its history
+  void remember(QComboBox* field);   // moves its text to the top of its history
   void tell(const QString& text, bool bad = false);
   void updateButtons();
   void updateHits();
 
   // What the buttons do (FindActions.cpp)
   struct Target;
-  std::unique_ptr<Target> target(const QString& findText);   // null: there is no control, no text, or a faulty expression
+  std::unique_ptr<Target> target(const QString& findText);   // null: no control, no text, or an invalid expression
   void findNext(bool forward);
   void findWhileTyping();
   void count();
@@ -64,9 +64,9 @@ class FindDialog : public QDockWidget {
   void replaceOne();
   void replaceAll();
   void select(text::ByteRange range);
-  void takeScope();   // the selection becomes the place to search
+  void takeScope();   // the selection becomes the range to search
   void dropScope();
-  std::vector<text::ByteRange> scope() const;   // where to search, ascending
+  std::vector<text::ByteRange> scope() const;   // the ranges to search, ascending
 
   QPointer<CodeMax> control_;
   FindJob* job_ = nullptr;
@@ -80,5 +80,5 @@ class FindDialog : public QDockWidget {
 
   struct Scope;
   std::unique_ptr<Scope> scope_;
-  std::optional<text::ByteRange> typingFrom_;   // where finding while typing begins
+  std::optional<text::ByteRange> typingFrom_;   // start of the search while the user types
 };

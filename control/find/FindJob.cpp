@@ -26,7 +26,7 @@ void FindJob::start(std::int64_t bytes, Work work) {
   emit runningChanged(true);
 }
 
-// Once, as the queued call comes too.
+// Only once, because the queued call comes too.
 void FindJob::finish(Run& run, const Done& done) {
   if (std::exchange(run.dropped, true)) return;
   current_.reset();

@@ -1,5 +1,5 @@
-// One long search at a time beside the user interface: runs on a thread over a snapshot, can be cancelled, and comes back by a
-// queued call. Who asks for a small text waits a moment for it, as most are found at once.
+// One long search at a time: runs on a thread in a snapshot, can be cancelled, and returns by a queued call. For a small text the
+// caller waits a moment, because most searches end at once.
 #pragma once
 
 #include <QObject>
@@ -15,15 +15,15 @@ class FindJob : public QObject {
   Q_OBJECT
  public:
   using Done = std::function<void()>;                               // on the user-interface thread
-  using Work = std::function<Done(text::SearchControl& control)>;   // on the other one; touches nothing but what it holds
+  using Work = std::function<Done(text::SearchControl& control)>;   // on the thread; may only use what it holds
 
   explicit FindJob(QObject* parent) : QObject(parent) { pool_.setMaxThreadCount(1); }
   ~FindJob() override { drop(); }
 
-  // Drops the job that runs. `bytes` is how much there is to go over; below the limit this waits `patience` for the end.
+  // Drops the running job. `bytes` is the size of the text; below the limit this call waits up to `patience` for the end.
   void start(std::int64_t bytes, Work work);
-  void cancel();   // the work ends soon and says in its Done that it was cancelled
-  void drop();     // the same, and nobody hears of it
+  void cancel();   // the work ends soon, and its Done reports that it was cancelled
+  void drop();     // the same without a report
   bool running() const { return current_ != nullptr; }
   int percent() const;
 
@@ -36,12 +36,12 @@ class FindJob : public QObject {
  private:
   struct Run {
     text::SearchControl control;
-    bool dropped = false;   // read and written by the user-interface thread alone
+    bool dropped = false;   // used on the user-interface thread only
     std::promise<Done> done;
   };
   void finish(Run& run, const Done& done);
-  QThreadPool pool_;   // waits for the thread at its end
+  QThreadPool pool_;   // the destructor waits for the thread
   std::shared_ptr<Run> current_;
   std::int64_t bytes_ = 1;
-  bool shown_ = false;   // somebody was told that it runs
+  bool shown_ = false;   // onShown was called
 };

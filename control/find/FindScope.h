@@ -1,4 +1,4 @@
-// Where the find dialog searches when it is told to stay in the selection. Moves with the text.
+// The ranges that the find dialog searches when it is limited to the selection. They move with the text.
 #pragma once
 
 #include <memory>

@@ -1,4 +1,4 @@
-// What the find commands and the find dialog share.
+// Functions shared by the find commands and the find dialog.
 #pragma once
 
 #include <optional>
@@ -8,38 +8,41 @@
 #include "control/edit/Editor.h"
 #include "control/find/Replacing.h"
 
-// The search state's texts as bytes of this text: their line breaks are those that the text uses.
+// The texts of the search state as bytes of this text, with its line breaks.
 std::string findBytes(Editor& e, const SearchState& state);
 Replacement replacementOf(Editor& e, const SearchState& state);
-bool keepsCase(Editor& e, const SearchState& state);   // the state or the control's option says so
+bool keepsCase(Editor& e, const SearchState& state);   // set in the state or in the control's options
 
-// The switches of the search as words, "case word regex preserve": those that are on. Unknown words are passed over.
+// The active switches of the search as words, "case word regex preserve". Unknown words are ignored.
 QString findSwitches(Editor& e, const SearchState& state);
 void setFindSwitches(Editor& e, const QString& words);
 
-std::vector<text::ByteRange> selectedRanges(Editor& e);   // one, or one for each row that holds text; none without a selection
-inline constexpr std::int64_t kLongestFind = 4096;        // bytes of a selection that is taken as the text to find
-QString wordToFind(Editor& e);                            // the selection within one line, else the word at the caret; may be empty
+// one range, or one for each row that holds text; none without a selection
+std::vector<text::ByteRange> selectedRanges(Editor& e);
+inline constexpr std::int64_t kLongestFind = 4096;   // maximum size in bytes of a selection that becomes the text to find
+// the selection if it lies within one line, else the word at the caret; may be empty
+QString wordToFind(Editor& e);
 
 struct FindOutcome {
   std::optional<text::ByteRange> found;
-  bool wrapped = false;   // found only round the end (or start) of the text
+  bool wrapped = false;   // found only after wrapping at the end or start of the text
   std::string error;      // a text for the user
   bool cancelled = false;
 };
-// The find before or behind `from` inside one of the ranges (ascending), going on round their end. On any thread.
+// The next match from `from` in one direction, inside one of the ranges (ascending); wraps at their end. May be called on any
+// thread.
 FindOutcome findNear(const text::Snapshot& text, const text::Finder& searcher, text::ByteRange from,
                      std::span<const text::ByteRange> within, bool forward, text::SearchControl* control = nullptr);
-// What to tell of it; empty when it was simply found.
+// The message for the user; empty when the match was simply found.
 QString noteOf(const FindOutcome& outcome, const QString& findText, bool forward);
 
-// Replaces the selection when it is a find of the searcher inside one of the ranges. False: it is none, or *error says why it
-// could not be.
+// Replaces the selection if it is a match inside one of the ranges. False: it is not a match, or *error says why it could not be
+// replaced.
 bool replaceSelectedFind(Editor& e, const text::Finder& searcher, std::span<const text::ByteRange> within, QString* error);
 
-// Applies the plan in one undo step and notes how many were replaced, or why none was.
+// Applies the plan as one undo step and notes the number of replacements, or why there were none.
 void applyReplacements(Editor& e, const ReplacePlan& plan);
 QString noteOf(const ReplacePlan& plan);
-// Sets a bookmark on each line where a find begins, and notes their number.
+// Sets a bookmark on each line in which a match begins, and notes their number.
 void markFinds(Editor& e, const text::Snapshot& text, std::span<const text::ByteRange> finds);
 QString noteOfFinds(std::size_t number);

@@ -1,4 +1,4 @@
-// Replacing many finds at once: works out the edits on a snapshot, on any thread; the caller applies them in one step.
+// Replacing many matches: plans the edits on a snapshot, on any thread; the caller applies them as one undo step.
 #pragma once
 
 #include <cstdint>
@@ -9,22 +9,22 @@
 #include "text/find/Finder.h"
 #include "text/store/Document.h"
 
-// Held in few bytes a find, as a large text has many.
+// Compact, because a large text may have many matches.
 struct ReplacePlan {
   std::deque<text::ByteRange> finds;   // ascending
-  std::deque<std::uint32_t> lengths;   // bytes that come in place of each
-  std::string texts;                   // which are these, one behind the other
-  std::string error;                   // a text for the user; then there are no finds
+  std::deque<std::uint32_t> lengths;   // bytes of each replacement
+  std::string texts;                   // all replacements, concatenated
+  std::string error;                   // for the user; then there are no matches
   bool cancelled = false;
 };
 
-// What comes in place of a find; see Finder::replacementFor.
+// The replacement of a match; see Finder::replacementFor.
 struct Replacement {
   std::string text;
   bool preserveCase = false;
   text::NewLines newLines;
 };
 
-// Finds inside each of the ranges (ascending, not overlapping), by one search.
+// All matches inside each of the ranges (ascending, not overlapping), by one search.
 ReplacePlan planReplacements(const text::Snapshot& text, const text::Finder& searcher, std::span<const text::ByteRange> within,
                              const Replacement& replacement, text::SearchControl* control = nullptr);

@@ -1,10 +1,10 @@
-// The user's own search. What the program searches for by itself (the word list at the caret) may leave its texts in searchState()
-// until something is searched for again; then the user's are back.
+// The user's own search. A search by the program itself (the word list at the caret) may leave its texts in searchState(); they are
+// restored to the user's before the next search by the user.
 #pragma once
 
 #include "control/edit/Editor.h"
 
-// searchState() once the user's texts are back: for what the user searches for.
+// searchState() with the user's texts restored, for searches by the user.
 SearchState& usersSearch();
-// From here on the texts of searchState() are the program's; `users` are to come back.
+// From now on searchState() holds texts of the program; `users` will be restored.
 void lendSearch(SearchState users);

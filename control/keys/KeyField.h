@@ -1,5 +1,5 @@
-// A field that takes keys as they are pressed: a sequence of one or two strokes. Tab, Shift+Tab and Esc alone keep their
-// meaning in the dialog.
+// A field that records the pressed keys: a sequence of one or two strokes. Only Tab, Shift+Tab and Esc keep their meaning in the
+// dialog.
 #pragma once
 
 #include <QKeySequence>

@@ -14,7 +14,7 @@
 
 namespace {
 
-// A recording that plays other macros could grow without end.
+// A recording that plays other macros could grow without limit.
 constexpr std::size_t kMostSteps = 10000;
 
 const Command& named(const char* name) { return *anyCommandByName(QString::fromLatin1(name)); }
@@ -69,7 +69,7 @@ std::optional<QString> unquoted(QStringView text) {
   return result;
 }
 
-// A line of the text form; no value: it makes no sense.
+// Parses a line of the text form; no value: it is invalid.
 std::optional<KeyMacroStep> stepOf(const QString& line) {
   const qsizetype blank = line.indexOf(u' ');
   const QString name = blank < 0 ? line : line.left(blank), rest = blank < 0 ? QString() : line.mid(blank + 1).trimmed();
@@ -165,7 +165,7 @@ void KeyMacros::tell(const QString& what) const {
 
 void KeyMacros::noteCommand(Editor& editor, int id, const QVariant& argument) {
   const Command* command = anyCommandById(id);
-  // What shows a window or belongs to the recording itself is not played again.
+  // Commands that show a window or control the recording are not replayed.
   if (!recording_ || !command || recorded_.steps.size() >= kMostSteps ||
       isOneOf(*command, {"MACRORECORD", "MACROPLAY", "FIND", "FINDREPLACE"}))
     return;
@@ -198,7 +198,7 @@ bool KeyMacros::play(Editor& editor, const QString& name, int count) {
   const KeyMacro* found = find(name);
   if (!found) return false;
   current_ = name;
-  const std::vector<KeyMacroStep> steps = found->steps;   // a copy: the set may change while it plays
+  const std::vector<KeyMacroStep> steps = found->steps;   // a copy: the set may change during playback
   const bool undoes = std::any_of(steps.begin(), steps.end(), [](const KeyMacroStep& step) {
     const Command* command = anyCommandById(step.command);
     return command && isOneOf(*command, {"UNDO", "REDO", "UNDOCHANGES", "REDOCHANGES"});
@@ -213,7 +213,7 @@ bool KeyMacros::play(Editor& editor, const QString& name, int count) {
     };
     const auto before = state();
     for (const KeyMacroStep& step : steps) {
-      // Played while another one is recorded, it becomes part of that.
+      // If a macro is played while another one is recorded, its steps are added to that recording.
       if (step.command != 0) noteCommand(editor, step.command, step.argument);
       else noteText(step.argument.toString());
       if (step.command != 0) executeAny(editor, step.command, step.argument);

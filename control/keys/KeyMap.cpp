@@ -14,7 +14,7 @@ constexpr int kModifiers = kShift | int(Qt::ControlModifier) | int(Qt::AltModifi
 
 int plainStroke(int stroke) {
   const int key = stroke & ~static_cast<int>(Qt::KeyboardModifierMask);
-  // Shift+Tab comes as a key of its own.
+  // Shift+Tab arrives as a separate key (Backtab).
   return (key == Qt::Key_Backtab ? Qt::Key_Tab | kShift : key) | (stroke & kModifiers);
 }
 
@@ -52,7 +52,7 @@ KeyMap::Strokes KeyMap::strokesOf(const QKeySequence& keys) {
   Strokes strokes = 0;
   for (int i = 0; i < 2; ++i) {
     const int stroke = i < keys.count() ? plainStroke(keys[static_cast<uint>(i)].toCombined()) : 0;
-    if (i < keys.count() && (stroke & ~kModifiers) < 0x20) return 0;   // a modifier alone, or no key
+    if (i < keys.count() && (stroke & ~kModifiers) < 0x20) return 0;   // a modifier alone, or not a key
     if ((stroke & ~kModifiers) == Qt::Key_unknown) return 0;
     strokes = strokes << 32 | static_cast<quint32>(stroke);
   }
@@ -181,7 +181,7 @@ int KeyMap::fromText(const QString& text) {
   for (const QString& raw : text.split(u'\n')) {
     const QString line = raw.trimmed();
     if (line.isEmpty()) continue;
-    const qsizetype equals = line.lastIndexOf(u'=');   // "=" may be a key, but is in no name
+    const qsizetype equals = line.lastIndexOf(u'=');   // "=" may be a key, but not a part of a name
     const QString name = line.mid(equals + 1).trimmed();
     const Command* command = anyCommandByName(name);
     const Strokes strokes = equals <= 0 ? 0 : strokesOf(QKeySequence(line.left(equals).trimmed(), QKeySequence::PortableText));

@@ -87,7 +87,7 @@ int ColorsPage::slot() const { return std::max(0, list_->currentRow()); }
 
 void ColorsPage::set(int slot, const QColor& color) {
   preview_->SetColor(slot, color);
-  // The preview follows the same desktop: what it shows is what the control will.
+  // The preview follows the same desktop, so that it shows what the control will show.
   const QColor shown = preview_->GetColor(slot);
   options_.colors[static_cast<std::size_t>(slot)] = color.isValid() ? color : shown;
   list_->item(slot)->setIcon(swatch(shown, palette()));
@@ -101,12 +101,13 @@ void ColorsPage::setAll(const std::function<QColor(int slot)>& colorOf) {
 void ColorsPage::showSlot() {
   const QString code = options_.colors[static_cast<std::size_t>(slot())].name();
   if (!code_->hasFocus() || QColor(code_->text()) != QColor(code)) code_->setText(code);
-  // The sample shows what the colour is of.
+  // The sample shows what the selected colour is used for.
   const auto part = static_cast<ColorSlot>(slot());
   const bool unfocused = part == ColorSlot::InactiveSelectionBack || part == ColorSlot::InactiveSelectionText;
   const bool caret = part == ColorSlot::MatchingBrace || part == ColorSlot::HighlightedLine;
   preview_->setWhiteSpaceDisplay(part == ColorSlot::TagText);
-  preview_->showHits(unfocused ? QString() : QStringLiteral("\n\n"), {});   // finds nothing, but selects as with the focus
+  // finds nothing, but shows the selection as with the focus
+  preview_->showHits(unfocused ? QString() : QStringLiteral("\n\n"), {});
   if (caret) preview_->SetSel({3, 10, 3, 10, false}, false);
   else preview_->SetSel({4, 9, 4, 19, false}, false);
 }

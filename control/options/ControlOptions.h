@@ -1,4 +1,4 @@
-// All options of a control as one value: what the properties dialog edits and OK hands back.
+// All options of a control as one value, which the properties dialog edits and OK returns.
 #pragma once
 
 #include <QColor>
@@ -15,13 +15,13 @@ struct ControlOptions {
   QFont font;
   QString language;
 
-  // Light or dark: every colour is the one that "always light" or "always dark" gives its slot.
+  // Light or dark: every colour is that of the scheme chosen by "always light" or "always dark".
   enum class Look { desktop, light, dark };
   Look look() const;
-  // A colour that is that of a scheme gives the slot back to the scheme, which goes with the desktop. One that is to stay
-  // whatever the desktop does is told from it by a step in blue that nobody sees.
+  // A colour equal to that of a scheme resets the slot to the scheme, which follows the desktop. A colour that must stay fixed is
+  // marked by a step in its blue value that nobody can see.
   static QColor alwaysColor(int slot, bool dark);
 
   static ControlOptions of(const CodeMax& control);
-  void applyTo(CodeMax& control) const;   // what is the same already is not touched
+  void applyTo(CodeMax& control) const;   // options that are equal already are not set again
 };

@@ -158,8 +158,8 @@ void KeysPage::fill() {
   showSelected();
 }
 
-// Shows what holds the text in its name or description, and of these what the keys, as far as they were pressed, do. What is
-// current is always one that is shown.
+// Shows the commands whose name or description contains the text and that the pressed keys, so far, run. The current command is
+// always a visible one.
 void KeysPage::filter() {
   const QString text = search_->text().trimmed();
   const QString pressed = searchKeys_->keys().toString(QKeySequence::NativeText);

@@ -40,7 +40,7 @@ void PropertiesDialog::apply() {
 
 void CodeMax::ExecuteProperties() {
   const ModalGuard guard;
-  PropertiesDialog dialog(*this, window());   // not a child of this: keys pressed in it would reach the documents' area
+  PropertiesDialog dialog(*this, window());   // not a child of the control: keys pressed in it would reach the documents
   if (dialog.exec() != QDialog::Accepted) return;
   dialog.apply();
   emit PropsChange();

@@ -1,4 +1,4 @@
-// The options of a control: display, editing, colours, font, keys and language. OK gives them to the control and raises
+// The options of a control: display, editing, colours, font, keys and language. OK applies them to the control and emits
 // PropsChange once; Cancel changes nothing. The keys are those of the whole program.
 #pragma once
 

@@ -34,7 +34,7 @@ QVBoxLayout* addGroup(QVBoxLayout* to, const QString& title) {
 
 CodeMax* makeSample(QWidget* parent) {
   auto* sample = new CodeMax(parent);
-  // Its own language: those of the table are the user's, who may have others.
+  // The sample has its own language, because the user may have changed or removed all others.
   const QString language = QStringLiteral("\nSample");
   if (!LanguageTable::contains(language))
     LanguageTable::registerLanguage(
@@ -52,7 +52,7 @@ CodeMax* makeSample(QWidget* parent) {
                      "const char* greeting = \"Hello, world\";\n"));
   sample->setReadOnly(true);
   sample->setBookmark(2, true);
-  sample->SetSel({4, 9, 4, 19, false}, false);   // all of it shows; before it has a size nothing would
+  sample->SetSel({4, 9, 4, 19, false}, false);   // the sample is visible as a whole; without a size nothing would be
   sample->setMinimumHeight(150);
   sample->setFocusPolicy(Qt::NoFocus);
   return sample;

@@ -1,5 +1,4 @@
-// The pages of the properties dialog. Each shows the options that it is given and changes nothing but them; the dialog hands them
-// to the control at its end.
+// The pages of the properties dialog. Each edits only the options that it is given; the dialog finally applies them to the control.
 #pragma once
 
 #include <QWidget>
@@ -59,11 +58,11 @@ class ColorsPage : public QWidget {
   CodeMax* preview_;
 };
 
-// Works on a copy of the program's key map and notes what is to become of the macros; apply() makes both real.
+// Works on a copy of the program's key map and notes changes of macros; apply() makes both effective.
 class KeysPage : public QWidget {
   Q_OBJECT
  public:
-  // `frame` is the window whose menu short-cuts are told as conflicts.
+  // `frame` is the window whose menu short-cuts are reported as conflicts.
   KeysPage(const QWidget* frame, QWidget* parent);
   void apply() const;
 
@@ -82,8 +81,8 @@ class KeysPage : public QWidget {
 
   const QWidget* frame_;
   KeyMap map_;
-  QStringList macros_;                                 // the names as they will be
-  std::vector<std::pair<QString, QString>> changes_;   // renamed from, to; or removed: to nothing
+  QStringList macros_;                                 // the future names
+  std::vector<std::pair<QString, QString>> changes_;   // renamed from, to; or removed: the second is empty
   QLineEdit* search_;
   KeyField *searchKeys_, *newKeys_;
   QTreeWidget* tree_;
