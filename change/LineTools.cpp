@@ -101,7 +101,7 @@ qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
 
 qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString& replacement, QString* error) {
   const Lines lines = cmx.editor().selectedLines();
-  // \1 to \9 are groups; everything else stands for itself.
+  // \1 to \9 are groups; all other text is literal.
   std::string by;
   const std::string written = fromQString(replacement);
   for (std::size_t i = 0; i < written.size(); ++i) {
