@@ -8,7 +8,7 @@
 #include "document/frmDocument.h"
 
 namespace {
-constexpr int kWidest = 32;   // characters; longer names are cut in the middle, shorter ones show whole: the bar scrolls
+constexpr int kWidest = 32;   // characters; longer names are cut in the middle
 }
 
 DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
@@ -20,7 +20,7 @@ DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
   setExpanding(false);
   setUsesScrollButtons(true);
   setElideMode(Qt::ElideMiddle);
-  setFocusPolicy(Qt::NoFocus);   // keys belong to the text; tabs are walked by Ctrl+Tab
+  setFocusPolicy(Qt::NoFocus);   // keys belong to the text; Ctrl+Tab changes tabs
   connect(this, &QTabBar::currentChanged, this, [this](int tab) {
     if (frmDocument* document = documentAt(tab)) emit chosen(document);
   });
@@ -73,7 +73,7 @@ void DocumentTabs::showCaption(frmDocument* document) {
 void DocumentTabs::mousePressEvent(QMouseEvent* event) {
   pressed_ = event->button() == Qt::MiddleButton ? tabAt(event->pos()) : -1;
   if (event->button() == Qt::MiddleButton) return;
-  // The window of the current tab may be minimised, or behind others.
+  // The window of the current tab may be minimised or behind others.
   frmDocument* again =
       event->button() == Qt::LeftButton && tabAt(event->pos()) == currentIndex() ? documentAt(currentIndex()) : nullptr;
   QTabBar::mousePressEvent(event);

@@ -1,5 +1,5 @@
-// The bar of tabs above the document windows: one tab for each, in an order the person may change by dragging. It shows what
-// the windows are; closing and bringing forward are asked of the frame by signals.
+// The tab bar above the document windows: one tab for each window; the user may drag tabs into another order. It mirrors the
+// windows; closing and activating are requested from the frame by signals.
 #pragma once
 
 #include <QTabBar>
@@ -29,7 +29,7 @@ class DocumentTabs : public QTabBar {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
-  QSize tabSizeHint(int tab) const override;   // bounded, and never less: with many the bar scrolls
+  QSize tabSizeHint(int tab) const override;   // fixed bounds: with many tabs the bar scrolls
   QSize minimumTabSizeHint(int tab) const override;
 
  private:

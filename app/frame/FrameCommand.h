@@ -1,7 +1,7 @@
-// The one table of the frame's commands. A row says where a command stands in menus and tool bar, its keys, when it can be
-// used and what it does; menus, tool bar, short-cuts, pop-up menu and the tests are made from the rows and repeat nothing.
+// The one table of the frame's commands. A row defines the place of a command in menus and tool bar, its keys, when it is enabled,
+// and what it does. Menus, tool bar, short-cuts, pop-up menu and tests are made from the rows.
 //
-// To add commands: write rows in a file of app/commands/ and name its function in app/commands/Groups.h.
+// To add commands, write rows in a file of app/commands/ and name its function in app/commands/Groups.h.
 #pragma once
 
 #include "control/edit/Cmd.h"
@@ -11,46 +11,46 @@
 class QMenu;
 class frmMain;
 
-// Facts about the moment. A row names those that must hold, all of them, for its command to be enabled.
+// Facts about the current state. A command is enabled when all facts that its row names hold.
 enum Fact : unsigned {
   kAlways = 0,
   kDocument = 1u << 0,   // there is an active document
-  kWritable = 1u << 1,   // and its text may be changed
+  kWritable = 1u << 1,   // ... and its text may be changed
   kSelection = 1u << 2,
   kUndo = 1u << 3,
   kRedo = 1u << 4,
   kClipboard = 1u << 5,      // the clipboard holds text
-  kUnsaved = 1u << 6,        // the active document is modified, or not on disk yet
+  kUnsaved = 1u << 6,        // the active document is modified or has no file yet
   kAnyModified = 1u << 7,    // any document is
   kNamed = 1u << 8,          // the active document has a file
   kSeveral = 1u << 9,        // there are at least two documents
   kLanguage = 1u << 10,      // the active document has a language
-  kLineComment = 1u << 11,   // and that has a comment mark for a line
-  kWordList = 1u << 12,      // the word at the caret stands in a word list
-  kTemplate = 1u << 13,      // the word at the caret calls up a template
+  kLineComment = 1u << 11,   // ... and the language has a line comment
+  kWordList = 1u << 12,      // the word at the caret is in a word list
+  kTemplate = 1u << 13,      // the word at the caret is a hot key
   kWeb = 1u << 14,           // the web home is known
-  kOthers = 1u << 15         // enabled and disabled by others, by name
+  kOthers = 1u << 15         // enabled and disabled by other code, by name
 };
 
 struct FrameCommand {
-  const char* name = "";       // of the handler, without _Click; the action's object name
-  const char* menu = "";       // name of the menu's row; "" for the menu bar itself
-  int place = 0;               // ascending in the menu; a new hundred begins a group behind a line
+  const char* name = "";       // of the handler, without _Click; object name of the action
+  const char* menu = "";       // name of the menu's row; "" for the menu bar
+  int place = 0;               // order in the menu; a new hundred starts a group with a separator
   const char* caption = "";    // with mnemonic; context "frmMain"
-  const char* keys = "";       // "Ctrl+W; Ctrl+F4"; empty where the edit control's key map has the command's keys
+  const char* keys = "";       // "Ctrl+W; Ctrl+F4"; empty if the keys are in the edit control's key map
   const char* icon = "";       // name in app/icons and in the desktop's theme
-  const char* tip = "";        // one line, context "frmMain"; the key is added to it
+  const char* tip = "";        // one line, context "frmMain"; the keys are appended
   unsigned needs = kAlways;    // Facts
-  CommandNumber command = 0;   // a command of the edit control (either of its tables), or
+  CommandNumber command = 0;   // a command of the edit control (of either table), or
   void (*run)(frmMain&) = nullptr;
-  const char* tool = "";   // key of the tool bar's button; "" none
-  int toolPlace = 0;       // as place, in the tool bar
-  int popupPlace = 0;      // as place, in the pop-up menu of the text; 0 not there
+  const char* tool = "";   // key of the tool bar's button; "" for none
+  int toolPlace = 0;       // order in the tool bar, like place
+  int popupPlace = 0;      // order in the pop-up menu of the text, like place; 0: not there
   bool checkable = false;
-  bool (*checked)(frmMain&) = nullptr;        // its check mark, asked when the menu opens; null: the action keeps it
-  bool isMenu = false;                        // a menu that other rows name
-  void (*fill)(frmMain&, QMenu&) = nullptr;   // of a menu: its entries at each showing, behind those of the rows
-  int elements = 0;                           // a menu array: so many entries, hidden until they are given a caption
+  bool (*checked)(frmMain&) = nullptr;        // state of its check mark, called when the menu opens; null: the action keeps it
+  bool isMenu = false;                        // a menu to which other rows belong
+  void (*fill)(frmMain&, QMenu&) = nullptr;   // of a menu: adds entries behind those of the rows each time it opens
+  int elements = 0;                           // a menu array: number of entries, hidden until they get a caption
   void (*runElement)(frmMain&, int index) = nullptr;
 };
 

@@ -28,7 +28,7 @@ const QString kByKey = QStringLiteral("byKey");
 
 QString elementName(const QString& name, int index) { return index < 0 ? name : name + u'(' + QString::number(index) + u')'; }
 
-// "&Open..." as running text.
+// "&Open..." as plain text.
 QString plainCaption(const char* caption) { return shown(caption).remove(u'&').remove(QLatin1String("...")); }
 
 }   // namespace
@@ -49,7 +49,7 @@ FrameMenus::FrameMenus(frmMain& frame) : QObject(&frame), frame_(frame), toolBar
   }
   addInGroups(*toolBar_, tools_);
   frame_.menuBar()->installEventFilter(this);
-  // A frame that goes while it is shown loses the focus when it has no bar to be asked for any more.
+  // A frame destroyed while it is shown loses the focus when its menu bar does not exist any more.
   connect(qApp, &QApplication::focusChanged, this, [this, bar = QPointer(frame_.menuBar())](QWidget* old, QWidget* now) {
     if (old && now && now == bar && old->window() == &frame_) beforeBar_ = old;
   });
@@ -59,8 +59,8 @@ FrameMenus::FrameMenus(frmMain& frame) : QObject(&frame), frame_(frame), toolBar
 
 FrameMenus::~FrameMenus() = default;
 
-// The menu bar holds the focus while keys walk it. A command that a key runs meanwhile works on the text, and when another window
-// has closed the keys are for the text again.
+// The menu bar holds the focus while keys move in it. A command run by a key meanwhile works on the text, and when another window
+// has been closed, the text gets the keys again.
 void FrameMenus::leaveBar() {
   if (!frame_.menuBar()->hasFocus()) return;
   if (beforeBar_ && beforeBar_->isVisible()) beforeBar_->setFocus(Qt::MenuBarFocusReason);
@@ -90,7 +90,7 @@ void FrameMenus::make(const FrameCommand& row) {
     connect(menu, &QMenu::aboutToShow, this, [this, &row] { refreshChecks(row.name); });
     if (row.fill)
       connect(menu, &QMenu::aboutToShow, this, [this, menu, &row] {
-        // What was filled in last time goes; what the rows made stays.
+        // Removes the entries added last time; entries from rows stay.
         for (QAction* old : menu->actions())
           if (old->property("filled").toBool()) {
             menu->removeAction(old);
@@ -195,7 +195,7 @@ void FrameMenus::refresh(unsigned facts) {
     const bool enabled = (facts & row->needs) == row->needs;
     QAction* action = actions_.value(QString::fromLatin1(row->name));
     if (action->isEnabled() != enabled) action->setEnabled(enabled);
-    if (row->needs & kWeb) action->setVisible(enabled);   // without an address there is nothing behind it
+    if (row->needs & kWeb) action->setVisible(enabled);   // without an address the command has no target
   }
 }
 
@@ -205,18 +205,18 @@ void FrameMenus::refreshKeys() {
     QAction* action = actions_.value(QString::fromLatin1(row->name));
     QString keys;
     if (*row->keys || !row->command) {
-      // The usual ones first, where they still hold: the menu shows the first.
+      // The default keys first, if they still apply: the menu shows the first ones.
       QList<QKeySequence> now = keyMap().keysOf({0, {}, keyactions::ofCommand(row->name)}), sequences;
       for (const QString& key : QString::fromLatin1(row->keys).split(u';', Qt::SkipEmptyParts))
         if (now.removeOne(QKeySequence(key.trimmed()))) sequences << QKeySequence(key.trimmed());
       action->setShortcuts(sequences + now);
       keys = action->shortcut().toString();
     } else {
-      // The edit control answers to its keys itself; the menu only shows them.
+      // The edit control handles its keys itself; the menu only shows them.
       const Command* command = anyCommandById(row->command);
       const QList<QKeySequence> now = keyMap().keysOf({row->command, {}});
       const QStringList usual = QString::fromLatin1(command ? command->keys : "").split(u';');
-      for (const QString& key : usual)   // the usual one where it still holds
+      for (const QString& key : usual)   // the default if it still applies
         if (keys.isEmpty() && now.contains(QKeySequence(key.trimmed()))) keys = key.trimmed();
       if (keys.isEmpty() && !now.isEmpty()) keys = now.first().toString();
       const QString first = QKeySequence(keys).toString(QKeySequence::NativeText);
@@ -226,7 +226,7 @@ void FrameMenus::refreshKeys() {
     const QString tip = *row->tip ? shown(row->tip) : plainCaption(row->caption);
     action->setToolTip(key.isEmpty() ? tip : tip + QLatin1String(" (") + key + u')');
   }
-  // Macros and templates that have keys are actions without a menu.
+  // Macros and templates with keys are actions without a menu entry.
   qDeleteAll(findChildren<QAction*>(kByKey));
   for (const QString& name : keyMap().boundNames()) {
     if (keyactions::isCommand(name)) continue;

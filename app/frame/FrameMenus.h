@@ -1,5 +1,5 @@
-// Menus, tool bar and short-cuts of the frame, made from the table of commands. Knows which commands stand where and which
-// are enabled; what they do is the table's affair.
+// Menus, tool bar and short-cuts of the frame, made from the table of commands. Knows where commands are shown and which are
+// enabled; the table knows what they do.
 #pragma once
 
 #include <QHash>
@@ -32,7 +32,7 @@ class FrameMenus : public QObject {
 
   // Caption "-": a separator. index -1: the item or menu itself.
   void setCaption(const QString& name, int index, const QString& caption, bool visible);
-  // Enables every row by what holds now (an OR of Facts); rows of kOthers keep their state. Costs little when nothing changed.
+  // Enables every row according to the facts (an OR of Facts); rows of kOthers keep their state. Cheap when nothing changed.
   void refresh(unsigned facts);
   unsigned facts() const { return facts_; }
   void refreshKeys();   // after the key map of the edit control changed
@@ -55,7 +55,7 @@ class FrameMenus : public QObject {
 
   frmMain& frame_;
   QToolBar* toolBar_;
-  QPointer<QWidget> beforeBar_;   // had the focus before the menu bar took it
+  QPointer<QWidget> beforeBar_;   // had the focus before the menu bar
   QHash<QString, QAction*> actions_;
   QHash<QString, QMenu*> menus_;
   QHash<QString, QList<Placed>> placed_;   // by menu

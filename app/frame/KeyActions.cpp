@@ -47,7 +47,7 @@ QString keyactions::ofMacro(const QString& macro) { return coded(kCustomKind, ma
 QList<NamedAction> keyactions::all() {
   QList<NamedAction> found;
   for (const FrameCommand* row : frameCommands()) {
-    // What has its keys from the edit control's table stands there.
+    // Commands whose keys come from the edit control's table are listed there.
     if (row->isMenu || row->elements > 0 || (row->command && !*row->keys)) continue;
     const QString tip = *row->tip ? QCoreApplication::translate("frmMain", row->tip) : T::tr("The menu's command.");
     found << NamedAction{ofCommand(row->name), pathOf(*row), tip, QString::fromLatin1(row->keys)};

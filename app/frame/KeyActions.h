@@ -1,5 +1,5 @@
-// What keys can be bound to besides the commands of the edit control: the frame's own commands, and by their names the macros
-// of the Custom menu and the templates. A macro's key runs the macro of that name in the language of the active document.
+// The actions, besides the edit commands, that keys can be bound to: the commands of the frame and, by name, the macros of the
+// Custom menu and the templates. The key of a macro runs the macro of that name in the language of the active document.
 #pragma once
 
 #include <QList>
@@ -10,12 +10,12 @@
 class frmMain;
 
 namespace keyactions {
-QList<NamedAction> all();                      // of the frame's table and the languages as they are now
-QString ofCommand(const char* frameCommand);   // the name that stands in the settings
-bool isCommand(const QString& name);           // one of ofCommand(): its action stands in a menu
+QList<NamedAction> all();                      // of the frame's table and the current languages
+QString ofCommand(const char* frameCommand);   // the name in the settings
+bool isCommand(const QString& name);           // made by ofCommand(): its action is in a menu
 QString ofMacro(const QString& macro);
-void run(frmMain& frame, const QString& name);   // says so in the status bar where there is no such macro or template
+void run(frmMain& frame, const QString& name);   // shows in the status bar if there is no such macro or template
 
-// Puts prompts and variables of the command language into a template's text.
+// Replaces prompts and variables of the command language in a template's text.
 void expandTemplateText(QString& text);
 }   // namespace keyactions

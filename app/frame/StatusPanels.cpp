@@ -16,7 +16,7 @@ constexpr char kSignal[] = "background: #b00020; color: white";   // in every co
 struct PanelRow {
   const char* name;
   const char* tip;
-  const char* widest;   // what it must have room for
+  const char* widest;   // the panel has room for this text
 };
 // In the order of enum Panel.
 constexpr PanelRow kPanels[] = {
@@ -50,7 +50,7 @@ StatusPanels::StatusPanels(QWidget* parent) : QStatusBar(parent), label_(new QLa
     button->setToolTip(tr(kPanels[i].tip));
     button->setAccessibleName(button->toolTip());
     button->setAutoRaise(true);
-    button->setFocusPolicy(Qt::NoFocus);   // a click must not take the caret out of the text
+    button->setFocusPolicy(Qt::NoFocus);   // a click must not take the focus from the text
     button->setToolButtonStyle(i == int(Panel::templates) ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextOnly);
     button->setMinimumWidth(fontMetrics().horizontalAdvance(QString::fromLatin1(kPanels[i].widest)) + 16);
     connect(button, &QToolButton::clicked, this, [this, i] { emit clicked(Panel(i)); });
@@ -69,7 +69,7 @@ bool StatusPanels::eventFilter(QObject* object, QEvent* event) {
     case QEvent::ShortcutOverride:
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
-      input_ = static_cast<QInputEvent*>(event)->timestamp();   // one event may come several times on its way up
+      input_ = static_cast<QInputEvent*>(event)->timestamp();   // one event may arrive several times on its way up
       break;
     default: break;
   }
@@ -94,7 +94,7 @@ void StatusPanels::settle() {
 
 void StatusPanels::showText() {
   elide();
-  if (isVisible()) label_->repaint();   // a message must show during a long operation
+  if (isVisible()) label_->repaint();   // a message must be visible during a long operation
 }
 
 void StatusPanels::setRecording(bool on) { button(Panel::recording)->setVisible(on); }

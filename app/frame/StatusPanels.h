@@ -1,8 +1,8 @@
 // The panels of the status bar, in this order: text, "REC" while keystrokes are recorded, row and column, line ends, "Template",
-// encoding, language, insert/overtype/read-only. All but the first are buttons: what a click does is the frame's affair.
+// encoding, language, insert/overtype/read-only. All but the first are buttons; the frame handles their clicks.
 //
-// Panel 1 shows what it rests on, the name of the document, or a message. A message stays until the user's next key or click
-// has had its effect (settle), however the focus went meanwhile, and no longer.
+// Panel 1 shows its base text (the name of the document) or a message. A message stays until the user's next key or click has had
+// its effect (settle), whatever the focus did meanwhile.
 #pragma once
 
 #include <QStatusBar>
@@ -17,15 +17,15 @@ class StatusPanels : public QStatusBar {
  public:
   explicit StatusPanels(QWidget* parent);
 
-  // A message; shown at once, shortened in the middle where it does not fit. Empty: none.
+  // A message; shown at once, shortened in the middle if needed. Empty: none.
   void setText(const QString& text);
   void setRest(const QString& text);
-  void settle();   // something was done: a message from before the last key or click goes
+  void settle();   // an action has ended: removes a message from before the last key or click
   QString text() const { return message_.isEmpty() ? rest_ : message_; }
   void setPanel(Panel panel, const QString& text);
   QString panel(Panel panel) const;
   QToolButton* button(Panel panel) const;   // object names "panelRowAndColumn" ...
-  // Stays beside the text, whatever that shows, until it is set to nothing.
+  // Shown beside the text until it is set to an empty text.
   void setWarning(const QString& text, const QString& tip);
   QString warning() const;
   void setRecording(bool on);
@@ -45,6 +45,6 @@ class StatusPanels : public QStatusBar {
   QLabel *label_, *warning_;
   QList<QToolButton*> buttons_;
   QString rest_, message_;
-  quint64 input_ = 0, messageInput_ = 0;   // time stamps of the last key or click, and of the one before the message
+  quint64 input_ = 0, messageInput_ = 0;   // time stamps of the last key or click, and of the last one before the message
   bool templatePicture_ = false;
 };

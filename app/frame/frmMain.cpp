@@ -43,7 +43,7 @@
 
 namespace {
 
-constexpr int kLeastLines = 4;   // that the docks leave to the text
+constexpr int kLeastLines = 4;   // the docks leave at least this room to the text
 const QString kTabs = QStringLiteral("mnuViewTabs");
 
 }   // namespace
@@ -90,7 +90,7 @@ frmMain::frmMain() : lineDialogs_(std::make_unique<LineDialogs>()) {
     panels_->setRecording(keyMacros().recording());
     panels_->setText(tells);
   };
-  clipboardHasText_ = true;   // asked of the desktop once something happens there: asking at start costs time
+  clipboardHasText_ = true;   // asked of the desktop only after a change: asking at start is slow
   setFrame(this);
   SetupMenus();
 }
@@ -100,7 +100,7 @@ frmMain::~frmMain() {
   setStatusSink({});
   setReportSink({});
   keyMacros().onRecording = {};
-  // The sub-windows tell of their end while the base class takes them down; this object is no frame any more by then.
+  // While the base class destroys the sub-windows they emit signals; this object is not a frame any more by then.
   for (frmDocument* document : std::as_const(documents_)) {
     document->disconnect(this);
     if (QMdiSubWindow* window = windowOf(document)) window->disconnect(this);
@@ -141,7 +141,7 @@ void frmMain::setTemplatePanel(bool on) { panels_->setTemplatePicture(on); }
 void frmMain::setUndoRedo(bool, bool) { refreshToolbar(); }
 bool frmMain::isMinimised() { return isMinimized(); }
 void frmMain::rememberDocumentState(int windowState) {
-  if (windowState != 1) documentState_ = windowState;   // nobody wants the next document minimised
+  if (windowState != 1) documentState_ = windowState;   // the next document should not start minimised
 }
 
 void frmMain::showEditPopup(const QPoint& globalPosition) {
@@ -155,7 +155,7 @@ void frmMain::documentClosing(frmDocument* document) {
   document->disconnect(this);
   document->cmx->disconnect(this);
   if (active_ == document) active_ = nullptr;
-  if (documents_.isEmpty()) SetStatusText({});   // what it says is about the document that goes
+  if (documents_.isEmpty()) SetStatusText({});   // the text is about the document that closes
   mainFileClose();
   emit documentClosed(document);
 }
@@ -180,15 +180,15 @@ QMdiSubWindow* frmMain::windowOf(const frmDocument* document) const {
 }
 
 void frmMain::adopt(frmDocument* document) {
-  // The first window of an empty frame comes up as documents were last; further ones follow the window in front.
+  // The first window opens in the state that documents had last; further ones follow the active window.
   const QMdiSubWindow* front = mdi_->currentSubWindow();
   const bool maximised = documents_.isEmpty() || !front ? documentState_ == 2 : front->isMaximized();
   QMdiSubWindow* window = mdi_->addSubWindow(document);
   window->setAttribute(Qt::WA_DeleteOnClose);
   window->setWindowIcon(icons::byName(QStringLiteral("text-x-generic")));
-  // The keys belong to the frame's commands; a second claim would leave both without effect.
+  // The keys belong to the frame's commands; a second short-cut would make both ambiguous.
   for (QAction* action : window->systemMenu()->actions()) action->setShortcuts(QList<QKeySequence>());
-  window->setGeometry(normalPlace(documents_.size()));   // also of one that is shown maximised, for the time when it is not
+  window->setGeometry(normalPlace(documents_.size()));   // also of a maximised window, for the time when it is restored
   connect(window, &QMdiSubWindow::windowStateChanged, this, [this, window](Qt::WindowStates was, Qt::WindowStates now) {
     constexpr Qt::WindowStates elsewhere = Qt::WindowMaximized | Qt::WindowMinimized;
     if ((was & elsewhere) && !(now & elsewhere)) keepInside(*window);
@@ -199,7 +199,7 @@ void frmMain::adopt(frmDocument* document) {
   connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
   offerHotWords(document);
   connect(document->cmx, &CodeMax::PropsChange, this, [this, document] { optionsChanged(*document->cmx); });
-  connect(document->cmx, &CodeMax::Note, this, [this] { refreshToolbar(); });   // a switch was thrown, perhaps
+  connect(document->cmx, &CodeMax::Note, this, [this] { refreshToolbar(); });   // an option may have changed
   connect(document->cmx, &CodeMax::OvertypeChange, this, [this] { refreshToolbar(); });
   if (maximised) window->showMaximized();
   else window->show();
@@ -219,7 +219,7 @@ void frmMain::optionsChanged(const CodeMax& of) {
 
 void frmMain::editorOptions() {
   if (frmDocument* document = activeDocument()) return document->cmx->ExecuteProperties();
-  CodeMax stand(this);   // the options are the editor's; without a document they need something to be of
+  CodeMax stand(this);   // the options apply to all documents; without a document a temporary control holds them
   stand.hide();
   CMXRegistry::applyTo(stand);
   connect(&stand, &CodeMax::PropsChange, this, [this, &stand] {
@@ -372,13 +372,13 @@ bool frmMain::agreeToClose(const QList<frmDocument*>& going) {
 }
 
 bool frmMain::askAboutSeveral(const QList<frmDocument*>& going) {
-  QList<frmDocument*> changed;   // one window of each text that would be gone
+  QList<frmDocument*> changed;   // one window of each text that would be closed
   for (frmDocument* document : going) {
     const auto shows = [&](const frmDocument* other) { return other->cmx->model() == document->cmx->model(); };
     if (document->closingAsks() && std::ranges::none_of(changed, shows) && std::ranges::count_if(going, shows) == document->views())
       changed << document;
   }
-  if (changed.size() < 2) return true;   // each document asks for itself
+  if (changed.size() < 2) return true;   // each document asks itself
   const QList<QPointer<frmDocument>> texts(changed.begin(), changed.end());
   frmUnsaved box(*this, changed);
   const ModalGuard guard;
@@ -402,7 +402,7 @@ void frmMain::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() != QEvent::PaletteChange || !mdi_) return;
   mdi_->setBackground(palette().brush(QPalette::Dark));
-  for (QMdiSubWindow* window : mdi_->subWindowList()) window->setWindowIcon(window->windowIcon());   // drawn anew where it is shown
+  for (QMdiSubWindow* window : mdi_->subWindowList()) window->setWindowIcon(window->windowIcon());   // repainted in its new colours
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {

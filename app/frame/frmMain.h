@@ -1,7 +1,7 @@
-// The main frame: document windows, menus, tool bar, status bar, and the commands on files. Thin: which commands there are
-// is the table's affair (FrameCommand.h), the text is the edit control's, the file on disk the document's.
+// The main frame: document windows, menus, tool bar, status bar, and the commands on files. It is thin: the commands are in the
+// table (FrameCommand.h), the text belongs to the edit control, and the file to the document.
 //
-// documents() is in the order of creation and holds shown windows only; a window that is still loading is in no list.
+// documents() is in the order of creation and holds shown windows only. A window that is still loading is in no list.
 #pragma once
 
 #include <QMainWindow>
@@ -33,12 +33,12 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   frmMain();   // MDIForm_Load
   ~frmMain() override;
 
-  int DocCount = 0;        // document windows that are open, as documents(); numbers new ones
+  int DocCount = 0;        // number of open document windows, as documents(); used to number new ones
   int WordListIndex = 1;   // word list used last, 1-based
 
   // Files.
   frmDocument* LoadNewDoc();
-  // Both give the document that was opened or brought forward; null: neither. ok: it was opened.
+  // Both return the document that was opened or activated; null: none. ok: it was opened.
   frmDocument* mainOpenFile(const QString& name, bool& ok);
   frmDocument* CheckFileStatus(const QString& name, bool& proceed);
   void mainFileSave(frmDocument& document, bool& ok);
@@ -49,32 +49,32 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void mnuFileSave_Click();
   void mnuFileSaveAs_Click();
   void mnuFileSaveAll_Click();
-  static bool isUnsaved(const frmDocument& document);   // there is something that a save writes
+  static bool isUnsaved(const frmDocument& document);   // a save would write something
   void mnuFileReload_Click();
   void mnuFileClose_Click();
   void mnuFileCloseAll_Click();
   void mnuFileMRU_Click(int index);
   void mnuFileExit_Click() { close(); }
-  // Opens what was dropped on the frame, first to last; a failure of the frame itself ends the loop.
+  // Opens dropped files in order; a failure of the frame itself ends the loop.
   void MDIForm_OLEDragDrop(const QStringList& files);
-  // Opens a file and shows that place in the middle, the caret on it; line and column from 1, 0 leaves it at the start. Where there
-  // is no such file, offers to begin it. Null: not opened.
+  // Opens a file and shows that place in the middle with the caret on it. line and column count from 1; 0 leaves the caret at the
+  // start. If the file does not exist, offers to create it. Null: not opened.
   frmDocument* openAt(const QString& name, qint64 line, qint64 column);
-  // Takes piped-in text (StandardInput.h) in as a new document without a name; its file goes once the journal has the text.
+  // Opens piped-in text (StandardInput.h) as a new document without a name; its file is removed once the journal has the text.
   // Null: it could not be read.
   frmDocument* takeIn(const QString& path);
-  // A text that came back, as a modified document under the name of its file; an unmodified document on that file takes it as
-  // one undo step. Null: the person has been told.
+  // Opens a recovered text as a modified document with the name of its file. An unmodified document of that file gets the text as
+  // one undo step. Null: the user has been told.
   frmDocument* restore(const text::RecoveredText& found);
   void showJournalWarning(const QString& reason);   // why texts are not protected; empty: they are
-  // Asks for every modified document; true: all may go, and none will ask again.
+  // Asks for every modified document. True: all may close, and none asks again.
   bool agreeToEnd();
-  // Ends without a question as far as journals hold what is not saved: they stay, and the next start offers them. The
-  // rest is asked about as closing does. False: the person wants to stay, or is just answering something.
+  // Ends without a question as far as journals hold the unsaved texts: the journals stay, and the next start offers them. For other
+  // texts it asks as closing does. False: the user wants to stay, or is just answering a question.
   bool endFromOutside(int patienceMs = 10000);
 
   // Windows and views.
-  void newWindow();   // a further window on the active document
+  void newWindow();   // another window of the active document
   void cascade();
   void tile(Qt::Orientation rows);   // Qt::Vertical: one above the other
   void chooseWindow();               // asks which of all
@@ -89,16 +89,16 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void goToLine();
   void editorOptions();
   void playKeystrokesTimes();   // asks how often
-  void SetupToolStatus();       // tool bar, status bar and tabs as the View menu's check marks say
-  void SetupMenus();            // after documents came or went
+  void SetupToolStatus();       // applies the check marks of the View menu to tool bar, status bar and tabs
+  void SetupMenus();            // after documents were opened or closed
   void UpdateEditMenu() { refreshToolbar(); }
 
-  bool runEditCommand(CommandNumber id, const QVariant& argument = {});   // on the active document; false without one
+  bool runEditCommand(CommandNumber id, const QVariant& argument = {});   // for the active document; false without one
   FrameMenus& menus() { return *menus_; }
   StatusPanels& panels() { return *panels_; }
   LineDialogs& lineDialogs() { return *lineDialogs_; }
   QMdiArea& mdi() { return *mdi_; }
-  void MDIForm_Unload();   // the frame goes for good: raises ended() once
+  void MDIForm_Unload();   // the frame closes for good: emits ended() once
 
   // Word lists and templates at the caret, macros, definitions, log.
   void isInWordList(bool& found);
@@ -108,13 +108,13 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void isTemplate(bool& found, bool afterTyping);
   void mHelpExpandTemplate_Click();
   void mHelpNextField_Click();
-  void offerHotWords(frmDocument* document);   // while its text is typed
+  void offerHotWords(frmDocument* document);   // while the user types in its text
   void mCustom_Click(int index);               // runs a macro of the current language, from 0
-  void mCustomEdit_Click();                    // the definitions editor at the current language's macros
+  void mCustomEdit_Click();                    // opens the definitions editor at the current language's macros
   void mToolsDefinitions_Click();
   void mToolsCommand_Click();
   void toggleLog();
-  void restoreLog();   // shows it when it showed at the end of the last run
+  void restoreLog();   // shows the log if it was visible at the end of the last run
   bool logIsShown() const;
 
   // Frame
@@ -150,8 +150,8 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
 
  signals:
   void documentOpened(frmDocument* document);
-  void fileNamed(const QString& path);          // opened, or saved under this name for the first time
-  void documentClosed(frmDocument* document);   // its window is about to go
+  void fileNamed(const QString& path);          // opened, or first saved under this name
+  void documentClosed(frmDocument* document);   // its window is about to close
   void ended();                                 // the frame has been unloaded
 
  protected:
@@ -162,32 +162,33 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
 
  private:
   QMdiSubWindow* windowOf(const frmDocument* document) const;
-  void adopt(frmDocument* document);   // into a sub-window, listed and shown
+  void adopt(frmDocument* document);   // puts it into a sub-window, lists it and shows it
   QRect normalPlace(qsizetype index) const;
   QSize windowRoom() const;
   QSize leastTile() const;   // precondition: there is a document
   void keepInside(QMdiSubWindow& window);
-  void scrollTo(const QMdiSubWindow& window);   // where the windows take more room than there is
+  void scrollTo(const QMdiSubWindow& window);   // when the windows need more room than there is
   QList<QMdiSubWindow*> normalWindows();
-  void workOn(frmDocument* document);             // what goes with the active document: panels, menus, current folder
-  frmDocument* documentOn(const QString& name);   // that shows this file, also by a link to it; null: none
-  QString nextTitle() const;                      // of a document without a name
-  frmDocument* beginFile(const QString& name);    // null: the person does not want to
+  // updates everything that depends on the active document: panels, menus, current folder
+  void workOn(frmDocument* document);
+  frmDocument* documentOn(const QString& name);   // of this file, also by a link to it; null: none
+  QString nextTitle() const;                      // for a document without a name
+  frmDocument* beginFile(const QString& name);    // null: the user does not want to
   bool saveAs(frmDocument& document);
   void unload();   // every document has agreed
-  // Asks about what is modified among documents that are to go, about several in one dialog. False: all stay.
+  // Asks about the modified ones among documents that will be closed, about several in one dialog. False: all stay.
   bool agreeToClose(const QList<frmDocument*>& going);
   bool askAboutSeveral(const QList<frmDocument*>& going);
   void closeAgreed(QList<QPointer<frmDocument>> going);
   void mdiActivated(QMdiSubWindow* window);
   void panelClicked(Panel panel);
-  void optionsChanged(const CodeMax& of);   // those of this text, and with them the editor's
+  void optionsChanged(const CodeMax& of);   // saves the options of this text for all documents
   void showTabMenu(frmDocument* document, const QPoint& globalPosition);
   void lookAtClipboard();
   unsigned presentFacts();
   frmDefinitions& definitions();
   void saveLogProfile();
-  bool closeDefinitions();   // false: the person wants to stay
+  bool closeDefinitions();   // false: the user wants to stay
 
   QMdiArea* mdi_ = nullptr;
   DocumentTabs* tabs_ = nullptr;

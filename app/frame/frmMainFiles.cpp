@@ -19,7 +19,7 @@
 
 namespace {
 
-// The caret of a text that came back; -1: not known.
+// The caret of a recovered text; -1: unknown.
 void goTo(qint64 byte, CodeMax& cmx) {
   if (byte < 0) return;
   const text::ByteOffset at(std::min<std::int64_t>(byte, cmx.model()->snapshot().size().value));
@@ -98,7 +98,7 @@ frmDocument* frmMain::CheckFileStatus(const QString& name, bool& proceed) {
                                  document->CurrentFileTitle(), Icon::question, Buttons::yesNoCancel);
     proceed = answer == Answer::no;
     if (answer != Answer::yes || !document) return nullptr;
-    // "Revert" means going to the window that holds the changes; nothing is read from disk.
+    // "Revert" means activating the window that holds the changes; the file is not read.
     activate(document);
     windowOf(document)->showNormal();
     return document;
@@ -137,21 +137,21 @@ frmDocument* frmMain::openAt(const QString& path, qint64 line, qint64 column) {
 }
 
 frmDocument* frmMain::takeIn(const QString& path) {
-  // Only what a copy of the program left for this is removed.
+  // Removes only files that a copy of this program has left for this purpose.
   if (!isSpooledInput(path)) {
     tellOpenError(path, tr("This is no text that was piped in"));
     return nullptr;
   }
   auto document = std::make_unique<frmDocument>();
   const QString error = document->cmx->OpenFile(path);
-  if (!error.isEmpty()) {   // it stays, as the text is nowhere else
+  if (!error.isEmpty()) {   // the file stays, because the text exists nowhere else
     tellOpenError(path, error);
     return nullptr;
   }
   document->cmx->model()->stamp.reset();
   document->cmx->setModified(true);   // it is nowhere else
   document->setUntitled(nextTitle(), currentFolder());
-  // The file goes once the journal has the text.
+  // Removes the file once the journal has the text.
   if (document->holdInJournal()) text::fileSystem().unlinkAt(text::FileSystem::kCwd, fromQString(path), false);
   frmDocument* shown = document.release();
   adopt(shown);
@@ -160,7 +160,7 @@ frmDocument* frmMain::takeIn(const QString& path) {
 }
 
 frmDocument* frmMain::restore(const text::RecoveredText& found) {
-  // The beginning of a text must not take the whole file's place by a mere save.
+  // An incomplete text must not replace the whole file by a simple save.
   const QString name = found.baseWhole ? toQString(found.about.path) : QString();
   frmDocument* taken = nullptr;
   for (frmDocument* document : documents())
@@ -181,7 +181,7 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
     document->setUntitled(tr("Recovered %1").arg(toQString(found.about.title)), currentFolder());
   } else {
     model.path = name;
-    model.stamp = found.about.stamp;   // a save sees what others have made of the file since
+    model.stamp = found.about.stamp;   // so that a save notices what others have made of the file since
     document->SetLanguage(languageOfFile(name, *document->cmx));
     document->setFile(name);
   }
@@ -195,7 +195,7 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
 
 // ---- saving
 
-// A text that is begun or new makes its file also while it is empty.
+// A text with a name that has no file yet is also saved while it is empty.
 bool frmMain::isUnsaved(const frmDocument& document) { return document.DocumentModified() || !document.DocumentHasName(); }
 
 void frmMain::mnuFileSave_Click() { saveActive(); }
@@ -215,7 +215,7 @@ bool frmMain::saveAs(frmDocument& document) {
   int entry = filterEntryOf(document);
   const QPointer<frmDocument> alive = &document;
   const QString folder = isInstalled(document.CurrentFileDir()) ? currentFolder() : document.CurrentFileDir();
-  // A text that has a name keeps it as it is written; and there are languages with whole names ("Makefile").
+  // The name is used as typed: a language may list whole names ("Makefile").
   const bool giveExtension =
       document.CurrentFileName().isEmpty() && (entry == 1 || languages().Languages()->Item(entry - 1)->FileNames.isEmpty());
   const QString name = frmRegistry::instance().stdSaveFile(tr("Save File"), languages().GetFilterList(), entry, folder,
@@ -235,7 +235,7 @@ bool frmMain::mainSaveDocument(frmDocument& document, const QString& name) {
   if (document.cmx->hasFocus()) document.Timer1->start();
   frmRegistry::instance().mruFile.AddItem(name);
   emit fileNamed(name);
-  // Binding a language made it the manager's current one; that is the active document's.
+  // Binding a language made it the manager's current one; restore that of the active document.
   if (frmDocument* active = activeDocument()) workOn(active);
   return true;
 }
@@ -245,7 +245,7 @@ void frmMain::mnuFileSaveAll_Click() {
   const QList<QPointer<frmDocument>> all(documents_.begin(), documents_.end());
   for (const QPointer<frmDocument>& document : all) {
     if (!document || !document->DocumentModified()) continue;
-    if (document->CurrentFileName().isEmpty()) activate(document);   // the dialog should be about what is in sight
+    if (document->CurrentFileName().isEmpty()) activate(document);   // so that the user sees the document that the dialog is about
     bool ok = false;
     mainFileSave(*document, ok);
   }
@@ -279,7 +279,7 @@ void frmMain::closeOthers(frmDocument* keep) {
 }
 
 void frmMain::closeAgreed(QList<QPointer<frmDocument>> going) {
-  // The active one goes last: each time it goes another has to be brought forward.
+  // The active one is closed last: whenever it closes another one must be activated.
   if (const qsizetype at = going.indexOf(active_); at >= 0) going.move(at, going.size() - 1);
   for (const auto& document : going)
     if (QMdiSubWindow* window = windowOf(document)) window->close();

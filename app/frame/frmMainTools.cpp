@@ -115,13 +115,13 @@ frmLog* frmMain::log() {
       logDock_->setFloating(true);
       frmRegistry::instance().GetLogWindowProfile(*logDock_);
     }
-    // Only a dock that is laid out takes a size, so it is given when it shows first.
+    // A dock takes a size only after its layout, so the size is set when it is first shown.
     connect(logDock_, &QDockWidget::visibilityChanged, log_, [this, size](bool visible) {
       if (!visible || logDock_->isFloating() || logDock_->property("placed").toBool()) return;
       logDock_->setProperty("placed", true);
       QTimer::singleShot(0, log_, [this, size] {
         const int title = logDock_->height() - log_->height();
-        // The size may come from a larger window or another scale: the text keeps half.
+        // The stored size may come from a larger window or another scale: the text keeps half.
         resizeDocks({logDock_}, {std::min(size.height() + title, height() / 2)}, Qt::Vertical);
         resizeDocks({logDock_}, {std::min(size.width(), width() / 2)}, Qt::Horizontal);
       });

@@ -1,4 +1,4 @@
-// The main frame's windows, tabs, and the menus whose entries are made when they are opened.
+// The main frame's windows, tabs, and the menus whose entries are made when they open.
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
@@ -42,7 +42,7 @@ QAction* addChoice(QMenu& menu, const QString& caption, bool checked) {
   return action;
 }
 
-// The keys that walk a list do so while the field above it has the focus.
+// Keys that move in the list work while the field above it has the focus.
 class ListKeys : public QObject {
  public:
   explicit ListKeys(QListWidget* list) : QObject(list), list_(list) {}
@@ -67,8 +67,8 @@ void frmMain::newWindow() {
   SetupMenus();
 }
 
-// Where a window stands that is neither maximised nor minimised, when it is the index-th: whole inside the room, each one step
-// right of and below the one before, so that every title shows; from the corner again where the room ends.
+// The position of the index-th normal window: completely inside the room, each one step right of and below the previous one, so
+// that every title is visible; again from the corner at the end of the room.
 QRect frmMain::normalPlace(qsizetype index) const {
   const QSize room = windowRoom();
   const QSize size = (room * 7 / 10).expandedTo({400, 240}).boundedTo(room);
@@ -87,7 +87,7 @@ QSize frmMain::windowRoom() const {
   return room;
 }
 
-// A window that comes back from another state may have been placed while the frame was larger.
+// A restored window may have been placed while the frame was larger.
 void frmMain::keepInside(QMdiSubWindow& window) {
   const QSize room = windowRoom(), size = window.size().boundedTo(room);
   const QPoint corner(std::clamp(window.x(), 0, room.width() - size.width()),
@@ -95,7 +95,7 @@ void frmMain::keepInside(QMdiSubWindow& window) {
   if (QRect(corner, size) != window.geometry()) window.setGeometry({corner, size});
 }
 
-// Those that are not minimised, none of them maximised any more, in the order of the tabs.
+// The windows that are not minimised, in the order of the tabs; none of them is maximised afterwards.
 QList<QMdiSubWindow*> frmMain::normalWindows() {
   QList<QMdiSubWindow*> windows;
   for (frmDocument* document : tabs_->inOrder()) {
@@ -111,7 +111,7 @@ QList<QMdiSubWindow*> frmMain::normalWindows() {
 void frmMain::cascade() {
   QMdiSubWindow* active = mdi_->currentSubWindow();
   QList<QMdiSubWindow*> windows = normalWindows();
-  if (windows.removeOne(active)) windows << active;   // on top, with all of it seen
+  if (windows.removeOne(active)) windows << active;   // on top and completely visible
   for (qsizetype i = 0; i < windows.size(); ++i) {
     windows[i]->setGeometry(normalPlace(i));
     windows[i]->raise();
@@ -129,7 +129,7 @@ void frmMain::scrollTo(const QMdiSubWindow& window) {
   down->setValue(down->value() + by(place.top(), place.bottom() + 1, seen.height()));
 }
 
-// What a tile must have to be of use: some lines and columns of text inside its frame.
+// Minimum size of a tile: some lines and columns of text inside its frame.
 QSize frmMain::leastTile() const {
   constexpr int kLines = 4, kColumns = 20, kMarginColumns = 7;
   const frmDocument* document = active_ ? active_.data() : documents_.first();
@@ -140,8 +140,8 @@ QSize frmMain::leastTile() const {
           metrics.lineSpacing() * kLines + bar + frame + style()->pixelMetric(QStyle::PM_TitleBarHeight)};
 }
 
-// Without gaps, in strips of equal size; where these became too narrow to be of use, in several rows of them; and where the room
-// has no place for all, in more room: the area scrolls.
+// Without gaps, in strips of equal size. If these became too narrow, in several rows. If the room is too small for all, in a larger
+// area that scrolls.
 void frmMain::tile(Qt::Orientation rows) {
   QMdiSubWindow* active = mdi_->currentSubWindow();
   const QList<QMdiSubWindow*> windows = normalWindows();
