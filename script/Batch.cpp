@@ -35,7 +35,7 @@ QString tr(const char* text) { return QCoreApplication::translate("Batch", text)
 
 void writeTo(int channel, const QString& text) {
 #ifdef _WIN32
-  const std::string bytes = fromQString(text);   // the channel is opened so that CR LF passes as it is
+  const std::string bytes = fromQString(text);   // the channel does not convert CR LF
 #else
   QString lines = text;
   lines.remove(u'\r');
@@ -43,7 +43,7 @@ void writeTo(int channel, const QString& text) {
 #endif
   for (std::size_t done = 0; done < bytes.size();) {
     const std::int64_t count = text::fileSystem().write(channel, bytes.data() + done, bytes.size() - done);
-    if (count < 0 && count != -EINTR) return;   // a reader that went away
+    if (count < 0 && count != -EINTR) return;   // the reader has closed the pipe
     if (count > 0) done += std::size_t(count);
   }
 }
@@ -56,10 +56,10 @@ bool isTerminal(int channel) {
 #endif
 }
 
-// Boxes become lines on standard error, and each gets the answer that changes nothing.
+// Prints boxes on standard error and answers each so that nothing is changed.
 class BatchDialogs : public Dialogs {
  public:
-  QString about;   // the file among several, empty for a single one
+  QString about;   // the current one of several files; empty for a single file
 
   Answer messageBox(const QString& text, const QString& title, Icon, Buttons buttons) override {
     QString line = text + u"\r\n"_s;
@@ -82,7 +82,7 @@ class BatchDialogs : public Dialogs {
   bool openUrl(const QString&) override { return false; }
 };
 
-// Files by their names and by what they are.
+// Files by name and by identity.
 struct Files {
   QSet<QString> names;
   std::set<FileId> ids;
@@ -102,10 +102,10 @@ class BatchFrame : public Frame {
   const Files* inUse = nullptr;   // what the whole batch reads and has written
   frmDocument* document = nullptr;
   QString target;   // where its text goes
-  QString about;    // the file among several, empty for a single one
+  QString about;    // the current one of several files; empty for a single file
   std::unique_ptr<frmLog> logWindow;
 
-  // Each document has a log of its own: nothing of another one's run is left in it.
+  // Each document has its own log, which starts empty.
   void take(frmDocument* next) {
     document = next;
     target = next ? next->CurrentFileName() : QString();
@@ -122,7 +122,7 @@ class BatchFrame : public Frame {
   void refreshToolbar() override {}
   void refreshWindowMenu() override {}
   void setUndoRedo(bool, bool) override {}
-  bool isMinimised() override { return true; }   // nothing looks at the disk
+  bool isMinimised() override { return true; }   // nothing watches the disk
   bool isInUse(const QString& path) override {
     return Frame::isInUse(path) || path == fullPath(target) || (inUse && (inUse->names.contains(path) || inUse->holdsFileOf(path)));
   }
@@ -190,7 +190,7 @@ void commandsFromFile(const QString& path, BatchOptions* options, QString* error
 }
 
 void commandsOfMacro(const QString& languageAndName, BatchOptions* options, QString* error) {
-  // A language's name may hold "/" and so may a macro's: every way to part them is tried.
+  // The names of a language and of a macro may contain "/": every way to split them is tried.
   for (qsizetype slash = languageAndName.indexOf(u'/'); slash >= 0; slash = languageAndName.indexOf(u'/', slash + 1)) {
     const int index = languages().GetIndex(languageAndName.left(slash));
     if (index == 0) continue;

@@ -53,12 +53,12 @@ std::vector<Completion> completionsFor(const QString& beforeCaret, qsizetype* be
   std::vector<Completion> fitting;
   for (Completion& completion : all) {
     const bool starts = completion.text.startsWith(piece, Qt::CaseInsensitive);
-    // An edit command is also found by the letters behind its prefix.
+    // An edit command is also found without its prefix.
     const bool inside =
         bare.isEmpty() && piece.size() > 1 && blank < 0 && completion.text.mid(3).startsWith(piece, Qt::CaseInsensitive);
     if (starts || inside) fitting.push_back(std::move(completion));
   }
-  // The nearest first: what would be complete, then what is complete soonest.
+  // Best first: complete words, then those with the fewest missing letters.
   std::stable_sort(fitting.begin(), fitting.end(),
                    [&](const Completion& a, const Completion& b) { return !piece.isEmpty() && a.text.size() < b.text.size(); });
   return fitting;
@@ -109,7 +109,7 @@ void CommandField::markLine(int line) {
   setExtraSelections(marks);
 }
 
-// Tab moves the focus, and would do so before keyPressEvent() hears of it.
+// Tab moves the focus before keyPressEvent() is called.
 bool CommandField::event(QEvent* event) {
   const bool tab = event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Tab;
   if (!tab || !completer_.popup()->isVisible()) return TextField::event(event);
@@ -138,7 +138,7 @@ void CommandField::keyPressEvent(QKeyEvent* event) {
       }
       [[fallthrough]];
     case Qt::Key_Escape:
-      // The list takes it where the user has gone into the list; else Return ends the line.
+      // If the user has moved into the list, the list takes Return; else Return ends the line.
       if (popup && (event->key() == Qt::Key_Escape || completer_.popup()->currentIndex().isValid())) {
         event->ignore();
         return;
@@ -182,7 +182,7 @@ void CommandField::offer(bool evenWithoutLetters) {
   place.setWidth(
       std::min(700, completer_.popup()->sizeHintForColumn(0) + completer_.popup()->verticalScrollBar()->sizeHint().width() + 8));
   completer_.complete(place);
-  completer_.popup()->setCurrentIndex({});   // nothing is chosen until the user goes into the list; Tab takes the first
+  completer_.popup()->setCurrentIndex({});   // nothing is selected until the user moves into the list; Tab takes the first entry
 }
 
 void CommandField::insert(const QString& completion) {

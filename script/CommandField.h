@@ -1,4 +1,4 @@
-// A field for command strings that offers what may stand at the caret.
+// A field for command strings with completion at the caret.
 #pragma once
 
 #include <QCompleter>
@@ -11,17 +11,17 @@ struct Completion {
   QString text, help;
 };
 
-// What may stand where `beforeCaret` (the line up to the caret) ends: statements at the beginning, options behind USAGE, variables behind
-// "$". *begin: where the piece that it replaces begins.
+// Completions at the end of `beforeCaret` (the line up to the caret): statements at the beginning, options behind USAGE, variables
+// behind "$". *begin: start of the part that a completion replaces.
 std::vector<Completion> completionsFor(const QString& beforeCaret, qsizetype* begin);
-// The help of the statement or variable that the caret stands in or behind; empty: none.
+// The help of the statement or variable at the caret; empty: none.
 QString commandHelp(const QString& line, qsizetype caret);
 
 class CommandField : public TextField {
   Q_OBJECT
  public:
   explicit CommandField(QWidget* parent = nullptr);
-  void markLine(int line);   // from 1, 0 takes the mark away; the caret goes there
+  void markLine(int line);   // from 1; 0 removes the mark; moves the caret there
 
  signals:
   void runAsked();   // Ctrl+Return

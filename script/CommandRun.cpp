@@ -67,14 +67,14 @@ QString waitText(quint32 result) {
   }
 }
 
-// The words as a line again.
+// Joins the words to a line again.
 QString shownLine(const QStringList& arguments) {
   QStringList words;
   for (const QString& word : arguments) words << (word.isEmpty() || word.contains(u' ') ? u'"' + word + u'"' : word);
   return words.join(u' ');
 }
 
-// The program's name as it is written holds a value that others may have chosen.
+// The written name of the program contains a value that others may have chosen.
 bool isNamedByValue(const QString& commandLine) {
   const QStringList written = programArguments(commandLine);
   return !written.isEmpty() && variables::holdsForeignValue(written.first());
@@ -85,13 +85,13 @@ bool mayStart(CommandRun& run, const QStringList& arguments, bool namedByValue) 
   return run.may(trust::Deed::start, shown) && (!namedByValue || run.mayBeValue(arguments.first(), shown));
 }
 
-// A file that was begun and never saved has its place as well.
+// A new document with a file name that was never saved has its place too.
 bool hasUnsavedFile(const frmDocument& document) { return !document.CurrentFileName().isEmpty() && document.DocumentModified(); }
 bool needsSaving(const frmDocument& document) { return !document.DocumentHasName() || document.DocumentModified(); }
 
 bool saveOne(frmDocument& document) {
   if (!needsSaving(document)) return true;
-  // The frame knows where the text belongs, and asks for a name.
+  // The frame knows the place of the text, and asks for a name.
   if (frame()->activeDocument() != &document) frame()->activate(&document);
   return frame()->saveActive();
 }
@@ -134,7 +134,7 @@ void saveAll(CommandRun& run, bool evenUntouched) {
   const QList<frmDocument*> open = frame()->documents();
   const QPointer<frmDocument> active = frame()->activeDocument();
   for (const QPointer<frmDocument>& document :
-       QList<QPointer<frmDocument>>(open.begin(), open.end())) {   // each may ask, and go meanwhile
+       QList<QPointer<frmDocument>>(open.begin(), open.end())) {   // each may ask a question, and disappear meanwhile
     if (!document || document == run.document || !hasUnsavedFile(*document)) continue;
     const QString title = document->CurrentFileTitle();
     const bool saved = document->DocumentHasName() ? document->SaveDocumment(document->CurrentFileName()) : saveOne(*document);
@@ -163,7 +163,7 @@ void startProgram(CommandRun& run, const QString& commandLine, bool watch, bool 
   if (!mayStart(run, asked, namedByValue)) return;
   if (run.macroOf && run.terms.interactive && savesBeforePrograms()) saveAll(run, false);
   if (run.stopped) return;
-  // A document that was untitled has its name now.
+  // A document without a name has one now.
   const QStringList arguments = programArguments(commandLine, substitute, typedAt);
   if (arguments != asked && !mayStart(run, arguments, namedByValue)) return;
   std::vector<std::string> bytes;

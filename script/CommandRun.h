@@ -1,4 +1,4 @@
-// One run of a command string, as the statements see it, and the programs and saves among them.
+// One run of a command string as the statements see it, with its programs and saves.
 #pragma once
 
 #include <QPointer>
@@ -22,14 +22,14 @@ struct CommandRun {
   bool showLog = false, logEdit = false, restoreCursor = false;
   std::optional<CmRange> saved;   // by SELGET
   CmRange caret;
-  std::shared_ptr<clsLang> macroOf;   // the language whose macro it is; null: typed by the user
-  bool inStatusBar = false;           // the status bar speaks of this one being on its way
+  std::shared_ptr<clsLang> macroOf;   // the language of the macro; null: typed by the user
+  bool inStatusBar = false;           // the status bar shows that this run is in progress
   bool stopped = false;
   QString why;                          // it was stopped; empty: the user asked for it
   bool stopOnError = false;             // ONERROR STOP
   QPointer<process::Program> program;   // that it waits for
   std::optional<BusyGuard> busy;
-  SearchState search;   // the user's while the run works, the run's while it waits
+  SearchState search;   // holds the user's search while the run works, and the run's while it waits
   std::unique_ptr<RunStep> documentStep, logStep;
   std::unique_ptr<RunInput> input;
 
@@ -44,24 +44,24 @@ struct CommandRun {
 
 namespace runs {
 
-// Row, column and what else the frame shows of the caret and of what can be undone, after the program itself has edited.
+// Updates row, column and other parts of the frame after the program itself has edited.
 void showState(frmDocument* document);
 
-// While a statement takes long: shows how far it is (percent, -1: not known) and hears Esc. False: the run is to end.
+// During a long statement: shows the progress (percent, -1: unknown) and handles Esc. False: the run must end.
 bool goesOn(CommandRun& run, const QString& what, int percent);
 
 // SHELL (watch) and SHELLW. The line is cut into arguments before the values of variables are put in, so that a value is never more
 // than part of one; `replaced`: the values stand in the line already. With the settings' "save before programs run" a macro saves first.
 void startProgram(CommandRun& run, const QString& commandLine, bool watch, bool replaced);
 
-// What save() and, with `all`, saveAll() would write, as a text for a question; empty: nothing.
+// What save() or (`all`) saveAll() would write, as a text for a question; empty: nothing.
 QString toBeSaved(const CommandRun& run, bool all);
-// Saves the document where it is modified or has no file yet; it is asked for a name then. A failure stops the run.
+// Saves the document if it is modified or has no file yet; asks for a name in that case. A failure stops the run.
 void save(CommandRun& run);
-// That, and every other modified document that has a file. evenUntouched: an untitled document without a change too.
+// The same and every other modified document that has a file. evenUntouched: also an untitled document without changes.
 void saveAll(CommandRun& run, bool evenUntouched);
 
-// A setting, on unless the user has turned it off.
+// A setting that is on unless the user has switched it off.
 bool savesBeforePrograms();
 void setSavesBeforePrograms(bool on);
 

@@ -77,7 +77,7 @@ bool RunInput::eventFilter(QObject* receiver, QEvent* event) {
       touched_ = true;
       emit touched();
       return false;
-    // Between two statements nothing may look at a text that is half done, nor take it away.
+    // Between two statements no other code may read or destroy a partly changed text.
     case QEvent::ShortcutOverride:
     case QEvent::KeyRelease:
     case QEvent::MouseButtonRelease:

@@ -1,4 +1,4 @@
-// What holds a text and the person still while a command string runs.
+// Guards during a run: they keep the text consistent and the user's input back.
 #pragma once
 
 #include <QElapsedTimer>
@@ -8,8 +8,9 @@
 
 #include "control/CodeMax.h"
 
-// The changes of a run to one control as one undo step, within which undo works, painted at the end. While the run waits the text is painted and
-// can be edited; the step stays open until the person touches anything. The control may go away meanwhile.
+// Joins the changes of a run to one control into one undo step, within which undo works; the control is painted at the end. While
+// the run waits, the text is painted and can be edited; the step is closed at the user's first action. The control may be destroyed
+// meanwhile.
 class RunStep {
  public:
   explicit RunStep(CodeMax* control);
@@ -17,18 +18,18 @@ class RunStep {
   RunStep(const RunStep&) = delete;
   RunStep& operator=(const RunStep&) = delete;
   void beginWait(bool keepStep);
-  void closeStep();   // while waiting: what follows is another step
+  void closeStep();   // while waiting: later changes are another step
   void endWait();
 
  private:
   QPointer<CodeMax> control_;
-  std::shared_ptr<TextModel> model_;   // outlives the control as long as its run is open
-  bool open_ = false, held_ = false;   // the model's run; what the control shows
+  std::shared_ptr<TextModel> model_;   // kept alive while its run is open, also without the control
+  bool open_ = false, held_ = false;   // whether the model's run is open, and whether the control's painting is held
   const int exceptions_ = std::uncaught_exceptions();
 };
 
-// Hears the person. While the run works nothing reaches the windows but Esc, which asks for its end; while it waits everything
-// does, and each touch is told. Esc asks for the end then too, until the person has begun to work on something else.
+// Filters the user's input. While the run works, only Esc is handled, which requests its end. While it waits, all input is
+// delivered, and each action is reported; Esc still requests the end, until the user begins to work on something else.
 class RunInput : public QObject {
   Q_OBJECT
  public:
@@ -38,7 +39,7 @@ class RunInput : public QObject {
     waiting_ = on;
     touched_ = false;
   }
-  void lookIn();   // often: lets the windows paint and hears Esc when enough time has gone by
+  void lookIn();   // to be called often: lets windows paint and checks for Esc if enough time has passed
   bool isLooking() const { return looking_; }
 
  signals:

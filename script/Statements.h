@@ -1,6 +1,5 @@
-// What the command language consists of: the tables of its own verbs, of the variables and of the options of USAGE. The interpreter,
-// the command dialog's completion and docs/command-language.md read them; nothing repeats them. The edit commands stand in
-// control/edit/CommandTable.h.
+// The command language: the tables of its own verbs, of the variables and of the options of USAGE. The interpreter, the completion
+// of the command dialog and docs/command-language.md read them. The edit commands are in control/edit/CommandTable.h.
 #pragma once
 
 #include <QString>
@@ -35,7 +34,7 @@ enum class Code {
 struct Verb {
   Code code;
   const char* name;
-  const char* argument;   // what the argument is, empty: none
+  const char* argument;   // description of the argument; empty: none
   const char* help;       // one line
 };
 
@@ -45,7 +44,7 @@ struct Variable {
   Value value;
   const char* name;   // with its "$"
   const char* help;
-  bool isForeign = false;   // others may have chosen what it holds
+  bool isForeign = false;   // others may have chosen its value
 };
 
 enum class Option { caseSensitive, skipComments, wholeWords, verbose, bookmark, countOnly };
@@ -56,33 +55,33 @@ struct UsageOption {
   const char* help;
 };
 
-std::span<const Verb> verbs();   // those that upper floors added stand behind
+std::span<const Verb> verbs();   // those added by upper floors are at the end
 
-// A verb that an upper floor gives to the language. It works on the text that edit commands work on, as one undo step with the
-// rest of the run. False: the argument means nothing, the line is invalid.
+// Adds a verb of an upper floor to the language. It works on the same text as the edit commands and belongs to the undo step of the
+// run. False: the argument is invalid, and so is the line.
 using AddedRun = bool (*)(CodeMax& cmx, const QString& argument);
 void addVerb(const char* name, const char* argument, const char* help, AddedRun run);   // texts are not copied
 AddedRun addedRun(QStringView verb);                                                    // null for other verbs
 
-std::span<const Variable> variables();         // in the order in which they are replaced
-std::span<const UsageOption> usageOptions();   // in the order in which they are looked for
+std::span<const Variable> variables();         // in the order of their replacement
+std::span<const UsageOption> usageOptions();   // in the order in which they are searched
 
-// Any verb, in upper case: a row of the table, invalid for "LOG" with other letters, else an edit command.
+// Any verb, in upper case: a row of the table, "invalid" for "LOG" followed by other letters, else an edit command.
 Code codeOf(QStringView verb);
 bool takesArgument(QStringView verb);   // what is no verb of the table is the edit control's, which reads what it needs
 
-// The letters before a statement's first blank, in upper case, and what stands behind it.
+// The text before the first blank of a statement, in upper case, and the text behind it.
 struct Split {
   QString verb, argument;
 };
 Split split(const QString& line);
 
-// An edit command as scripts write it; the interpreter drops three letters whatever they are.
+// An edit command as scripts write it; the interpreter removes any three letters.
 inline constexpr char kEditPrefix[] = "cmd";
 struct SelectionStatement {
   const char* name;
   const char* help;
 };
-std::span<const SelectionStatement> selectionStatements();   // SELGET, SELSET, SELECTAREA: edit commands of the interpreter's own
+std::span<const SelectionStatement> selectionStatements();   // SELGET, SELSET, SELECTAREA: edit commands of the interpreter
 
 }   // namespace statements

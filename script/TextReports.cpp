@@ -29,16 +29,16 @@ QString label(const char* text) {
 }
 
 constexpr std::int64_t kLongestLine = 2000,
-                       kAround = 100;            // bytes of a line that are listed; of those beside a hit in a longer one
-constexpr qsizetype kLongestReport = 16 << 20;   // characters: the log's own limit is near
+                       kAround = 100;            // bytes of a line in a report; of a longer line, bytes beside the match
+constexpr qsizetype kLongestReport = 16 << 20;   // characters; near the limit of the log itself
 
-constexpr std::int64_t kStep = 1 << 20;   // bytes of states found between two looks at the control
+constexpr std::int64_t kStep = 1 << 20;   // bytes scanned between two checks of the control
 
 bool isInsideCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 bool isBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == std::string_view::npos; }
 
-// The text of a report and what is coloured in it, on a thread.
+// Makes the text of a report, and finds what is coloured in it, on a thread.
 struct Source {
   text::Snapshot text;
   std::shared_ptr<const text::Highlighter> colors;   // null: no language
@@ -47,7 +47,7 @@ struct Source {
       : text(model.snapshot()), colors(model.highlighter() ? LanguageTable::find(model.language()) : nullptr) {}
 };
 
-// The comments of a text, line by line from the top; a line's tokens are found once.
+// The comments of a text, line by line from the top; the tokens of a line are determined once.
 class Comments {
  public:
   Comments(const Source& source, const text::SearchControl& control) : source_(source), control_(control) {
@@ -102,7 +102,7 @@ class Comments {
   std::vector<text::Token> tokens_;
 };
 
-// The line, or of a long one what stands around the hit.
+// The line, or the surroundings of the match in a long line.
 QString shownLine(const text::Snapshot& text, text::LineNo line, text::ByteRange hit) {
   const text::ByteRange whole{text.lineStart(line), text.lineEnd(line)};
   if (whole.length() <= kLongestLine) return toQString(text.line(line));
@@ -156,7 +156,7 @@ Found findAll(const Source& source, const QString& what, const text::SearchOptio
     }
     found.report += place + QString::number(line.value + 1);
     if (has(Option::verbose)) {
-      // Counted on from the hit before: a line may be long, and full of hits.
+      // Counted from the previous match, because a line may be long and full of matches.
       lastColumn = (newLine ? 0 : lastColumn) + toQString(text.bytes({newLine ? text.lineStart(line) : lastHit, hit.begin})).size();
       lastHit = hit.begin;
       found.report += u',' + QString::number(lastColumn);
@@ -190,7 +190,7 @@ QString fileInformation(frmDocument& document) {
   QStringList lines;
   const QString path =
       named ? document.CurrentFileName() : document.CurrentFileDir() + QDir::separator() + document.CurrentFileTitle();
-  lines << label("Path") + plainForDisplay(path, INT_MAX);   // a name may hold a line break
+  lines << label("Path") + plainForDisplay(path, INT_MAX);   // a name may contain a line break
   const QDateTime time = file.exists ? QDateTime::fromMSecsSinceEpoch(file.status.mtimeNs / 1'000'000) : QDateTime();
   lines << label("Last Modified") +
                (time.isValid() ? QLocale().toString(time.date(), QLocale::ShortFormat) + time.time().toString(u" hh:mm:ss"_s)
@@ -212,7 +212,7 @@ QString fileInformation(frmDocument& document) {
 QString usage(frmDocument& document, const QString& argument, const QString& about) {
   QString what = argument;
   std::set<Option> options;
-  // They stand at the end: what looks like one between words belongs to the text.
+  // Options stand at the end; the same text between words belongs to the search text.
   for (bool taken = true; std::exchange(taken, false);) {
     QStringView rest(what);
     while (rest.endsWith(u' ')) rest.chop(1);

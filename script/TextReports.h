@@ -1,4 +1,4 @@
-// Reports on a text that the command language writes into the log: the usage search and the file information.
+// Reports of the command language in the log: the usage search and the file information.
 #pragma once
 
 #include <QString>
@@ -7,15 +7,14 @@ class frmDocument;
 
 namespace reports {
 
-// FILEINFO: lines parted by CR LF, labels padded to one width.
+// FILEINFO: lines separated by CR LF, labels padded to one width.
 QString fileInformation(frmDocument& document);
 
-// USAGE: its argument is the text sought with the options. Lines end with CR LF. Sets bookmarks when asked to; caret,
-// selection and the search settings stay as they are. `about`, when it is
-// not empty, names the file in each line.
+// USAGE: its argument is the search text with the options. Lines end with CR LF. Sets bookmarks if requested; caret, selection and
+// search settings stay as they are. `about`, if not empty, is the file name in each line.
 QString usage(frmDocument& document, const QString& argument, const QString& about = {});
 
-// Lines whose visible text is all comment, and lines that hold blanks only.
+// Lines whose visible text is only comment, and lines of blanks only.
 struct LineCounts {
   qint64 comments = 0, blank = 0;
   bool whole = true;   // not cancelled

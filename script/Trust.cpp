@@ -18,7 +18,7 @@ namespace {
 constexpr qsizetype kRemembered = 50;
 const QString kValue = QStringLiteral("TRUSTEDINI");
 
-// What is in use counts, not what the file holds by now.
+// The definitions in memory count, not the current content of the file.
 QString contentOf(ucCM& manager) {
   QCryptographicHash hash(QCryptographicHash::Sha256);
   for (const auto& language : *manager.Languages())
@@ -29,7 +29,7 @@ QString contentOf(ucCM& manager) {
 
 QString tr(const char* text) { return QCoreApplication::translate("trust", text); }
 
-// Whether the user has agreed to this content before, or does so now.
+// Whether the user has agreed to this content before, or agrees now.
 bool isKnown(const QString& content, const QString& question) {
   QStringList known = modRegistry::Text(modRegistry::kGlobalKey, kValue).split(u',', Qt::SkipEmptyParts);
   if (known.contains(content)) return true;

@@ -23,7 +23,7 @@ namespace variables {
 
 namespace {
 
-// Ends the name of an answer where a digit behind it would become part of its number: a character that no text has.
+// Ends the name of an answer where a digit behind it would become a part of its number: a character that does not occur in texts.
 constexpr QChar kNameEnd(0xFDD0);
 
 bool isDigit(QChar c) { return c >= u'0' && c <= u'9'; }

@@ -85,7 +85,7 @@ void frmCommand::run() {
   run_->setEnabled(false);
   const mCMXParser::Outcome outcome = mCMXParser::Run(0, 0, text);
   run_->setEnabled(true);
-  const bool isAsItRan = commands() == text;   // what the user typed meanwhile is the next string
+  const bool isAsItRan = commands() == text;   // text typed meanwhile is the next command string
   if (isAsItRan) field_->markLine(outcome.line);
   switch (outcome.ending) {
     case mCMXParser::Ending::done:

@@ -1,7 +1,7 @@
-// The command dialog: a field for command strings that run on the active document. It stays open beside the texts, keeps what
-// was typed when a line fails and shows that line, and remembers the last 20 command strings from one run of the program to the next.
+// The command dialog: a field for command strings that run on the active document. It stays open beside the documents. When a line
+// fails, it keeps the text and shows that line. It remembers the last 20 command strings for the next run of the program.
 //
-// Verbs, edit commands, variables and options are offered while typing, with their help.
+// It completes verbs, edit commands, variables and options while the user types, and shows their help.
 #pragma once
 
 #include <QDialog>
@@ -20,7 +20,7 @@ class frmCommand : public QDialog {
   void setCommands(const QString& text);
   void run();                                               // what the Run button does
   const QStringList& history() const { return history_; }   // newest first
-  void recall(int step);   // 1: the next older one, -1: the next newer one; what was typed comes after the newest
+  void recall(int step);   // 1: the next older one, -1: the next newer one; the typed text follows the newest
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -34,5 +34,5 @@ class frmCommand : public QDialog {
   QPushButton *run_, *older_, *newer_;
   QStringList history_;
   QString typed_;       // before recalling began
-  int recalled_ = -1;   // entry of the history that is shown; -1: what was typed
+  int recalled_ = -1;   // shown entry of the history; -1: the typed text
 };

@@ -45,7 +45,7 @@ void writeLog(CommandRun& run, const QString& text) {
   run.showLog = true;
 }
 
-// A number as the language reads it: what stands at the beginning, 0 without one.
+// A number as the language reads it: the digits at the beginning, 0 if there are none.
 qint64 numberIn(const QString& text) {
   static const QRegularExpression number(u"^\\s*[-+]?\\d+(\\.\\d*)?"_s);
   const double value = number.match(text).captured().trimmed().toDouble();
@@ -79,7 +79,7 @@ bool selectionStatement(CommandRun& run, CodeMax& cmx, const QString& name) {
 }
 
 bool runEditCommand(CommandRun& run, const statements::Split& statement) {
-  constexpr qsizetype kPrefix = 3;   // letters that every edit command has in front, whatever they are
+  constexpr qsizetype kPrefix = 3;   // any letters before the name of an edit command
   if (statement.verb.size() < kPrefix) return false;
   const QString name = statement.verb.mid(kPrefix);
   CodeMax* const cmx = target(run);
@@ -166,8 +166,8 @@ bool startsPrograms(const QString& line) {
   return code == Code::shell || code == Code::shellW;
 }
 
-// A line as it is written: prompts, then variables, then its statement. What the user typed himself is part of the line; what a
-// variable holds may be the line too, but starts a program only after a question.
+// Processes a written line: prompts, then variables, then the statement. Text typed by the user is part of the line. The value of a
+// variable may also be the whole line, but then it starts a program only after a question.
 bool runLine(CommandRun& run, QString& line) {
   variables::expandPrompts(line, run.answers);
   if (run.stopped) return true;   // by the end of the session, while it asked
@@ -188,7 +188,7 @@ void reportInvalid(int language, int macro, const QString& line, bool interactiv
   const QString text = InvalidCommandText(line);
   if (language > 0 && macro > 0 && frame()) frame()->showMacro(language, macro, text);
   MsgBox(plainForDisplay(text));
-  // Without a window the box and the log are seen as one, and once is enough.
+  // Without a window, box and log go to the same place: print it once.
   if (frmLog* const window = log(); window && interactive)
     window->AppendLog(u"\r\n"_s + tr("Invalid Command %1").arg(line), frmLog::Stream::errors);
 }
@@ -217,7 +217,7 @@ Outcome runLines(CommandRun& run, const QString& commands) {
   return outcome;
 }
 
-// Makes a run the current one, until it ends in whatever way.
+// Makes a run the current one until it ends in any way.
 class Current {
  public:
   explicit Current(CommandRun& run) { current() = &run; }
@@ -246,7 +246,7 @@ Outcome Run(int language, int macro, const QString& commands, Terms terms) {
     run.macroOf = languages().Languages()->Item(language);
   run.caret = document->cmx->GetSel(false);
   run.busy.emplace();
-  std::swap(run.search, usersSearch());   // nothing that a dialog left behind changes a run, nor the other way
+  std::swap(run.search, usersSearch());   // dialogs and runs have separate search settings
   run.documentStep = std::make_unique<RunStep>(document->cmx);
   run.logStep = std::make_unique<RunStep>(log() ? log()->cmx : nullptr);
   run.input = std::make_unique<RunInput>();

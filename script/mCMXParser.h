@@ -1,9 +1,9 @@
-// The interpreter of the command language: command strings are lines of statements that edit the active document, write to
-// the log, report on the file, and start programs. docs/command-language.md is its reference.
+// The interpreter of the command language. Command strings are lines of statements that edit the active document, write to the log,
+// report on the file, and start programs; see docs/command-language.md.
 //
-// One run at a time: a second one is refused while the first is on its way, also while that one waits for a program. A run is
-// one undo step in each text that it touches, unless the user works on while a program is waited for. gBusy is up while it
-// runs. Esc stops it. Lines are parted by CR LF; other line breaks are taken as such.
+// Only one run at a time: a second one is refused, also while the first one waits for a program. A run is one undo step in each
+// text that it changes, unless the user edits while it waits for a program. gBusy is set while it runs. Esc stops it. Lines are
+// separated by CR LF; other line breaks are accepted too.
 #pragma once
 
 #include <QString>
@@ -14,15 +14,15 @@ namespace mCMXParser {
 
 enum class Ending {
   done,
-  invalid,   // a line that means nothing; it has been reported, and the lines before it have taken effect
-  stopped,   // by the user, or because the document or the program went away
-  refused    // no document, or a run is on its way: nothing was done
+  invalid,   // an invalid line; it was reported, and the lines before it have taken effect
+  stopped,   // by the user, or because the document or the program disappeared
+  refused    // no document, or another run is in progress: nothing was done
 };
 
 struct Outcome {
   Ending ending = Ending::done;
-  int line = 0;   // invalid and stopped: the line where it ended, from 1
-  QString text;   // invalid: that line with its variables replaced; stopped: why, empty when by the user
+  int line = 0;   // invalid and stopped: the last line, from 1
+  QString text;   // invalid: that line with its variables replaced; stopped: the reason, empty for the user
 };
 
 struct Terms {
@@ -34,7 +34,7 @@ struct Terms {
 // other texts. A failing macro is opened in the definitions editor.
 Outcome Run(int language, int macro, const QString& commands, Terms terms = {});
 bool isRunning();
-bool isBetweenStatements();   // events come in while the text is half done: nothing may open, close or read one
+bool isBetweenStatements();   // events arrive while the text is partly changed: nothing may be opened, closed or read
 void Stop();                  // ends the run at the next statement, with the program that it waits for
 
 // The pieces of a run, of use elsewhere (print headers, templates).

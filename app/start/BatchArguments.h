@@ -1,8 +1,8 @@
-// The batch mode's part of the command line: what to run, over which files, and where the texts go.
+// The command line of batch mode: what to run, on which files, and where the texts are written.
 #pragma once
 
 #include <QStringList>
 
-// Runs the batch mode with the program's arguments ("--batch" among them); the exit status. Needs an application object.
+// Runs batch mode with the program's arguments ("--batch" among them); returns the exit status. Needs an application object.
 // Settings are read and never written.
 int runBatch(const QStringList& arguments);

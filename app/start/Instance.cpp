@@ -27,9 +27,9 @@
 namespace {
 
 constexpr int kStartWaitMs = 600;        // for a first copy that holds the lock but does not listen yet
-constexpr int kProgramStartMs = 15000;   // for a first copy that this one has started
+constexpr int kProgramStartMs = 15000;   // for a first copy started by this one
 constexpr int kRetryMs = 20;
-constexpr int kAnswerWaitMs = 10000;   // until the message is taken; then the person is asked whether to go on waiting
+constexpr int kAnswerWaitMs = 10000;   // until the message is taken; then asks the user whether to keep waiting
 
 // Sessions of one user on different displays do not share a frame.
 QString displayName() {
@@ -45,8 +45,8 @@ bool windowsAreSeen() {
   return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
 }
 
-// While it lives a box of this program comes up in the lower right corner of the screen: the dialog of the other one, which the
-// user has to answer first, is in the middle of its window.
+// While it lives, boxes of this program are shown in the lower right corner of the screen. The dialog of the other copy, which the
+// user must answer first, is in the middle of its window.
 class BoxInCorner : public QObject {
  public:
   BoxInCorner() { qApp->installEventFilter(this); }
@@ -54,13 +54,13 @@ class BoxInCorner : public QObject {
     auto* box = event->type() == QEvent::Show ? qobject_cast<QMessageBox*>(object) : nullptr;
     if (!box) return false;
     const QRect room = box->screen()->availableGeometry();
-    const int border = box->style()->pixelMetric(QStyle::PM_TitleBarHeight);   // of the window manager, which draws it
+    const int border = box->style()->pixelMetric(QStyle::PM_TitleBarHeight);   // drawn by the window manager
     box->move(room.bottomRight() - QPoint(box->width() + border, box->height() + 2 * border));
     return false;
   }
 };
 
-// Whoever typed the command reads it in the terminal; whoever started it from the desktop sees a box.
+// A user who typed the command reads the text in the terminal; one who started it from the desktop sees a box.
 void tell(const QString& text, const QList<HandOff>& notOpened) {
   constexpr qsizetype kNamed = 5;
   std::fprintf(stderr, "zelkor: %s\n", qPrintable(text));
@@ -78,7 +78,7 @@ void tell(const QString& text, const QList<HandOff>& notOpened) {
   MsgBox(shown, QString::fromLatin1(kApplicationTitle), Icon::exclamation);
 }
 
-// The first copy, started in a session of its own: it outlives this one, and Ctrl+C here does not reach it.
+// Starts the first copy in its own session, so that it outlives this one and Ctrl+C here does not end it.
 class StartedCopy : public QProcess {
  public:
   StartedCopy() {
@@ -89,7 +89,7 @@ class StartedCopy : public QProcess {
     setStandardInputFile(nullDevice());
     start(QCoreApplication::applicationFilePath(), {});
   }
-  ~StartedCopy() override { setProcessState(NotRunning); }   // one that runs is let go, not ended
+  ~StartedCopy() override { setProcessState(NotRunning); }   // a running process is released, not ended
   bool hasEnded(int waitMs) { return state() == NotRunning || waitForFinished(waitMs); }
 };
 
@@ -113,13 +113,13 @@ void Instance::resign() {
 #ifdef Q_OS_WIN
   copydata::receive({});
 #endif
-  Msghook1.stop();   // before the lock goes: who is hung up on now looks for the next first copy
+  Msghook1.stop();   // before the lock is released: senders that are disconnected now look for the next first copy
   if (place_) place_->resign();
 }
 
 bool Instance::HookCopyData() {
 #ifdef Q_OS_WIN
-  copydata::receive([this](const QString& text) { OpenCommandLine(frame_, text); });   // from programs that know no socket
+  copydata::receive([this](const QString& text) { OpenCommandLine(frame_, text); });   // from programs that do not know the socket
 #endif
   return Msghook1.listen(place_->socketPath());
 }
@@ -139,7 +139,7 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
     if (standAlone) return Role::first;
     switch (HandOffCommandLine(place_->socketPath(), commandLines, &next)) {
       case HandOffAnswer::acted: return Role::handedOver;
-      case HandOffAnswer::ended:   // who waits is a program, and no box should stop it
+      case HandOffAnswer::ended:   // the sender is a program, and a box should not stop it
         std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("the editor ended before the files were closed")));
         return Role::failed;
       case HandOffAnswer::gone:
@@ -202,7 +202,7 @@ HandOffReply Instance::Msghook1_Message(quint64 connection, const HandOff& handO
   QPointer<frmDocument> document;
   if (handOff.untitled) document = frame_.takeIn(handOff.text);
   else if (!handOff.text.isEmpty()) document = frame_.openAt(handOff.text, handOff.line, handOff.column);
-  if (!document) return {HandOffAnswer::acted, false};   // the person at this copy has been told
+  if (!document) return {HandOffAnswer::acted, false};   // the user at this copy has been told
   if (handOff.readOnly) document->cmx->setReadOnly(true);
   if (!handOff.wait) return {HandOffAnswer::acted, false};
   waiting_.insert(document->cmx->model().get(), connection);
@@ -210,7 +210,7 @@ HandOffReply Instance::Msghook1_Message(quint64 connection, const HandOff& handO
 }
 
 void Instance::documentClosed(frmDocument* document) {
-  if (document->isLeftInJournal()) return;   // the program ends, and who waits hears that it did
+  if (document->isLeftInJournal()) return;   // the program ends, and the sender is told so
   const TextModel* text = document->cmx->model().get();
   for (const frmDocument* other : frame_.documents())
     if (other != document && other->cmx->model().get() == text) return;   // a further window on it

@@ -1,4 +1,4 @@
-// One copy of the program for each user and display: who is first, handing command lines over, and receiving them.
+// One copy of the program for each user and display: decides which copy is first, hands command lines over, and receives them.
 #pragma once
 
 #include <QList>
@@ -15,24 +15,25 @@ class frmMain;
 
 class Instance {
  public:
-  enum class Role { first, handedOver, failed };   // failed: the person has been told
+  enum class Role { first, handedOver, failed };   // failed: the user has been told
 
   explicit Instance(frmMain& frame);
   ~Instance();
 
-  // Decides whether this is the first copy. If it is: titles the frame and hooks the messages. If not: hands the command
-  // lines over, in order; a first copy that is starting is waited for, one that died or ends meanwhile is replaced by this one. Where
-  // there is no place to meet, or the first copy is not reached within a moment, this one stands alone.
-  // standAlone: never hands over. waits: never becomes the first but starts one, so that it can end when its files are closed.
+  // Decides whether this is the first copy. If so, titles the frame and listens for messages. If not, hands the command lines over
+  // in order: waits for a first copy that is starting, and replaces one that has died or ends meanwhile. If the copies cannot meet,
+  // or the first copy does not answer within a moment, this copy runs alone. standAlone: never hands over. waits: never becomes the
+  // first copy but starts one, so that this copy can end when its files are closed.
   Role CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits);
-  const QString& aloneBecause() const { return aloneBecause_; }   // why no other copy can be met; empty: it can, or nobody asked
+  // why no other copy can be reached; empty: it can, or was not tried
+  const QString& aloneBecause() const { return aloneBecause_; }
   bool HookCopyData();
   QString socketPath() const;
-  // Brings the copy at a socket forward and gives it the command lines from *next on, which counts on. `gone`: nobody is there, or
-  // who was there ended before it had acted on number *next; `ended`: it ended before the files that are waited for were closed.
+  // Raises the window of the copy at a socket and passes it the command lines from *next on, which is advanced. `gone`: no
+  // receiver, or it ended before it had acted on number *next. `ended`: it ended before the files that are waited for were closed.
   static HandOffAnswer HandOffCommandLine(const QString& socket, const QList<HandOff>& commandLines, qsizetype* next);
-  void documentClosed(frmDocument* document);   // tells who waits for its text
-  void resign();                                // at the end: from now on another copy may be first
+  void documentClosed(frmDocument* document);   // informs the senders that wait for its text
+  void resign();                                // at the end: another copy may now become the first
 
  private:
   HandOffReply Msghook1_Message(quint64 connection, const HandOff& handOff);
@@ -41,5 +42,5 @@ class Instance {
   std::unique_ptr<Rendezvous> place_;
   QString aloneBecause_;
   Msghook Msghook1;
-  QMultiHash<const TextModel*, quint64> waiting_;   // connections to tell when the last window on a text goes
+  QMultiHash<const TextModel*, quint64> waiting_;   // connections to inform when the last window of a text closes
 };

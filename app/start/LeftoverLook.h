@@ -1,5 +1,5 @@
-// Looks for what killed saves left beside a file, soon after it was opened or saved under a new name: whole copies are offered in the
-// window of recovered texts, unfinished files are taken away. Files that come together are looked after together.
+// Looks for what killed saves left beside a file, shortly after the file was opened or saved under a new name. Copies are offered
+// in the window of recovered texts; unfinished files are removed. Several files are examined together.
 #pragma once
 
 #include <QObject>
@@ -11,7 +11,7 @@ class frmMain;
 class LeftoverLook : public QObject {
   Q_OBJECT
  public:
-  explicit LeftoverLook(frmMain& frame);   // looks at what is opened from now on
+  explicit LeftoverLook(frmMain& frame);   // examines files that are opened from now on
   void begin();                            // also at what is open
   void lookAt(const QString& path);
 

@@ -105,7 +105,7 @@ bool setPages(PrintSettings& s, const QString& value) {
 
 struct ValueOption {
   const char *name, *value;
-  bool (*set)(PrintSettings& settings, const QString& value);   // false: the value is not understood
+  bool (*set)(PrintSettings& settings, const QString& value);   // false: invalid value
   const char* help;
 };
 // clang-format off
@@ -165,7 +165,7 @@ QString help() {
   return text + u'\n' + tr("Exit status: 0 done, 2 wrong use or a file that could not be read or written.") + u'\n';
 }
 
-// A PDF may take the place of another PDF or of nothing: a name that was forgotten makes a source the output.
+// A PDF may only replace another PDF: if the user forgot the output name, a source file would be the output.
 bool mayReplace(const QString& path, const std::set<FileId>& sources) {
   const auto id = fileId(path);
   bool good = !id || !isRegularFile(path);

@@ -21,15 +21,15 @@
 
 namespace {
 
-constexpr int kPatienceMs = 10'000, kRetryMs = 500, kRetryPatienceMs = 100;   // a disk that hangs must not keep the answer out
-constexpr int kAnswerMs = 60'000;   // a session that has not ended by then goes on, and with it the questions
+constexpr int kPatienceMs = 10'000, kRetryMs = 500, kRetryPatienceMs = 100;   // a disk that hangs must not delay the answer
+constexpr int kAnswerMs = 60'000;   // a session that has not ended by then continues, and questions are asked again
 
 #ifdef Q_OS_UNIX
 int pipeEnds[2] = {-1, -1};
 void onSignal(int) {
   const int kept = errno;
   const char byte = 1;
-  [[maybe_unused]] const ssize_t written = ::write(pipeEnds[1], &byte, 1);   // all that a handler may do
+  [[maybe_unused]] const ssize_t written = ::write(pipeEnds[1], &byte, 1);   // the only thing allowed in a signal handler
   errno = kept;
 }
 constexpr int kSignals[] = {SIGTERM, SIGHUP, SIGINT};
@@ -79,15 +79,16 @@ void SessionEnd::endWanted() {
   tryToEnd(kPatienceMs);
 }
 
-// Also runs while the question is up that a call further out asks: what could not be written then may be written by now.
+// Also runs while an outer call asks its question: texts that could not be written then may be written now.
 void SessionEnd::tryToEnd(int patienceMs) {
-  if (LongWork::cancelRunning()) return;                    // the command that waits for it has to return before its text may go
+  // the command that waits for it must return before its text may be destroyed
+  if (LongWork::cancelRunning()) return;
   if (mCMXParser::isRunning()) return mCMXParser::Stop();   // the same
   if (frame_.endFromOutside(patienceMs) || !isDialogUp()) again_.stop();
 }
 
 bool SessionEnd::sessionEnds(bool mayAsk) {
-  // Whatever comes next, a kill after the patience of the system's too: the texts are in their journals.
+  // Even if the system kills the program when its patience ends, the texts are in their journals.
   if (RecoverySession* session = RecoverySession::current()) session->holdAll();
   unasked_ = !mayAsk || isDialogUp() || mCMXParser::isRunning();
   if (unasked_) return true;
@@ -98,7 +99,7 @@ bool SessionEnd::sessionEnds(bool mayAsk) {
   return agreed;
 }
 
-// The end of a session that could not be held up: no time for questions.
+// The session ends and cannot be delayed: there is no time for questions.
 bool SessionEnd::eventFilter(QObject* object, QEvent* event) {
   if (event->type() != QEvent::Quit || object != qApp || !unasked_) return false;
   event->ignore();

@@ -1,6 +1,6 @@
-// The end from outside. SIGTERM, SIGHUP and SIGINT end the program without a question as far as the journals have what is not
-// saved: nobody may be there to answer, and the next start offers it. The end of the desktop's session asks what closing
-// the frame asks, unless the session may not be held up or a dialog is up: then it is the same as a signal.
+// The end of the program from outside. SIGTERM, SIGHUP and SIGINT end it without a question, if the journals hold all unsaved
+// texts: maybe no user is there to answer, and the next start offers the texts. At the end of the desktop's session the program
+// asks what closing the frame asks. If the session cannot be delayed, or a dialog is open, it acts as for a signal.
 #pragma once
 
 #include <QObject>
@@ -15,8 +15,8 @@ class SessionEnd : public QObject {
   explicit SessionEnd(frmMain& frame);   // one in a process
   ~SessionEnd() override;
 
-  void endWanted();   // what a signal does; while somebody answers something it is tried again and again
-  // The session is about to end. False: the person wants to stay.
+  void endWanted();   // what a signal does; repeated while the user answers a question
+  // The session is about to end. False: the user wants to stay.
   bool sessionEnds(bool mayAsk);
 
  protected:
@@ -27,5 +27,5 @@ class SessionEnd : public QObject {
   frmMain& frame_;
   QTimer again_;
   QSocketNotifier* notifier_ = nullptr;
-  bool unasked_ = false;   // the session is ending, and nobody was asked
+  bool unasked_ = false;   // the session ends without a question
 };

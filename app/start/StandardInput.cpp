@@ -54,6 +54,6 @@ void takeInLeftInput(frmMain& frame) {
     const QString path = folder + u'/' + name;
     if (!name.startsWith(kPrefix) || !isRegularFile(path)) continue;
     const text::files::Descriptor lock = lockSpooled(path);
-    if (lock.ok() && text::fileExists(fromQString(path))) frame.takeIn(path);   // while we waited nobody else took it
+    if (lock.ok() && text::fileExists(fromQString(path))) frame.takeIn(path);   // unless another copy has taken it meanwhile
   }
 }

@@ -51,7 +51,7 @@ namespace {
 
 QString webHome;
 
-constexpr int kFocusMs = 500;   // until the first window has come forward, which shows its file's name in the status bar
+constexpr int kFocusMs = 500;   // until the first window has the focus and shows its file name in the status bar
 
 const QString kIniFile = QStringLiteral("INIFILE"), kCurDir = QStringLiteral("CURDIR");
 
@@ -59,7 +59,7 @@ QString defaultDefinitionFile() {
   return joinPath(joinPath(applicationFolder(), QStringLiteral("config")), QStringLiteral("Zelkor.ini"));
 }
 
-// Values left empty by a copy that only handed its command line over count as missing.
+// A copy that only handed its command line over writes empty values; these count as missing.
 void loadSettings(frmMain& frame) {
   using namespace modRegistry;
   frmRegistry& service = frmRegistry::instance();
@@ -83,7 +83,7 @@ void loadSettings(frmMain& frame) {
   languages().iniFileChanged = [] { SetText(kGlobalKey, kIniFile, languages().IniFile()); };
 }
 
-// A copy that only hands over never loads the settings, but writes these at its end like any other; so it reads them first.
+// A copy that only hands over does not load the settings but writes these at its end, like any other. So it reads them first.
 void readWhatTheEndWrites() {
   languages().setIniFile(modRegistry::Text(modRegistry::kGlobalKey, kIniFile));
   CMXRegistry::loadMacros();
@@ -117,8 +117,8 @@ QList<HandOff> commandLinesOf(const Arguments& arguments, const QString& spooled
 
 bool displayOpen = false;
 
-// The library tells which folder it takes in the place of one that the system did not name. That is nothing to the user: standard
-// error is for what went wrong. Without a display that answers the library aborts; a wrong DISPLAY is the user's to mend.
+// Qt reports which folder it uses instead of a missing one. That does not concern the user: standard error is for failures. Without
+// a display Qt aborts; the user has to correct a wrong DISPLAY.
 void tellMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
   if (!displayOpen && type == QtFatalMsg) {
     complain(
@@ -132,7 +132,7 @@ void tellMessage(QtMsgType type, const QMessageLogContext& context, const QStrin
     std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, text)));
 }
 
-// The last resort where no nearer place has caught it: an event that ran out of memory is given up, the program goes on.
+// The last resort for lack of memory: the current event is abandoned and the program continues.
 class Application : public QApplication {
  public:
   using QApplication::QApplication;
@@ -143,8 +143,8 @@ class Application : public QApplication {
   }
 };
 
-// Runs something once the frame has its place on the screen and was painted: what asks then stands in front of it and hides no
-// empty window. A frame that nobody sees (on another work space) is not waited for.
+// Runs a function when the frame has been placed and painted, so that a question is shown in front of a complete window. Does not
+// wait for a frame that is not visible (on another work space).
 class OncePainted : public QObject {
  public:
   OncePainted(QWidget& frame, std::function<void()> what) : QObject(&frame), what_(std::move(what)) {
@@ -242,10 +242,10 @@ void openLanguageHelp(const frmDocument* about) {
   QString file = languages().GetHelp();
   if (file.isEmpty()) return;
   const bool isFile = fileIsThere(fullPath(file));
-  const QString path = isFile ? file : QUrl(file).path();   // what stands behind "?" or "#" names no page
+  const QString path = isFile ? file : QUrl(file).path();   // the part behind "?" or "#" does not belong to the name
   const bool page = path.endsWith(QLatin1String(".html")) || path.endsWith(QLatin1String(".htm"));
   const QString word = about ? about->GetCurrentWord() : QString();
-  // The desktop may start what lies behind a local name; a page is only shown.
+  // The desktop might start a local file; a page is only shown.
   const QString scheme = QUrl(file).scheme();
   if (!page && scheme != QLatin1String("http") && scheme != QLatin1String("https") &&
       !trust::may(trust::Deed::start, file, *languages().Language(), languages()))
@@ -266,12 +266,12 @@ int Main(int argc, char** argv) try {
   Workspace workspace;
   QStringList words;
   for (int i = 1; i < argc; ++i) words << toQString(argv[i]);
-  const QString startFolder = currentFolder();   // names were typed against it; the settings will change it
+  const QString startFolder = currentFolder();   // names are relative to it; the settings will change it
   Arguments arguments = parseArguments(words, startFolder);
   if (!arguments.error.isEmpty()) return complain(arguments.error, 2);
   if (arguments.help) return std::fputs(qPrintable(argumentsHelp()), stdout) < 0;
   if (arguments.version) return std::printf("%s %s\n", kApplicationTitle, ZELKOR_VERSION) < 0;
-  // No display is needed, not even one that is named; and the programs that a run starts may have their own.
+  // No display is needed, not even one that is named. The programs that a run starts may have their own.
   const bool windowless = arguments.batch || arguments.printPdf;
   const std::optional<QByteArray> platform =
       qEnvironmentVariableIsSet("QT_QPA_PLATFORM") ? std::optional(qgetenv("QT_QPA_PLATFORM")) : std::nullopt;
@@ -301,7 +301,7 @@ display:
   if (arguments.batch) return runBatch(words);
   if (arguments.printPdf) return runPrintPdf(words);
 
-  StandardInput input;   // its lock lasts until the end
+  StandardInput input;   // keeps its lock until the end
   if (arguments.standardInput) {
     input = spoolStandardInput();
     if (input.path.isEmpty()) return complain(QStringLiteral("standard input: ") + input.error, 2);
@@ -332,7 +332,7 @@ display:
                           true);
   main.restoreLog();
   main.show();
-  QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn once the text is seen
+  QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn after the text is visible
   SessionEnd sessionEnd(main);
   QObject::connect(&main, &frmMain::documentClosed, &main, [&](frmDocument* document) { instance.documentClosed(document); });
   for (const HandOff& line : lines) {
@@ -349,7 +349,7 @@ display:
     leftovers.begin();
     takeInLeftInput(main);
     frmRecovered::offerWhenRead(main, frmRecovered::leftIn(recovery.folder()));
-    text::lookForLeftovers(fromQString(userConfigFolder()), false);   // of settings and definitions
+    text::lookForLeftovers(fromQString(userConfigFolder()), false);   // for settings and definitions
   });
   const int status = application.exec();
   recovery.onFailure({});

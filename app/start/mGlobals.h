@@ -1,5 +1,5 @@
-// The start of the program and the routines that belong to no window: start-up in its fixed order, the hand-off between
-// copies, the languages of the edit control, help and web pages.
+// The start of the program, and functions that belong to no window: start-up in its fixed order, the hand-off between copies, the
+// languages of the edit control, help and web pages.
 #pragma once
 
 #include <QString>
@@ -12,25 +12,25 @@ class frmDocument;
 class frmMain;
 class QWidget;
 
-// The whole program; the process's exit status. 0 done, 1 refused or busy, 2 usage.
+// The whole program; returns the exit status. 0 success, 1 refused or busy, 2 wrong usage.
 int Main(int argc, char** argv);
 
 const std::shared_ptr<colLangs>& gLangs();   // the current set of languages
-const QString& gWebHome();                   // base address of the web pages, from the settings; empty: there are none
+const QString& gWebHome();                   // base address of the web pages, from the settings; may be empty
 void setWebHome(const QString& address);
 
-// Opens the file that another program names in a command line that no shell has taken apart: trimmed, without its double quotes,
-// one name, with ":LINE:COLUMN" behind it if there is no file of that very name. Null: nothing was opened or brought forward.
+// Opens the file that another program names in an unparsed command line: trimmed, without double quotes, one name, with
+// ":LINE:COLUMN" behind it unless a file of that very name exists. Null: nothing was opened or activated.
 frmDocument* OpenCommandLine(frmMain& frame, const QString& text);
 
-void useDefinitionFileOfSettings();   // or of the program's config folder when there is none
+void useDefinitionFileOfSettings();   // or of the program's config folder if the settings name none
 void InitLanguages();
-// For a run without windows: the definitions of the file named, or those of the settings where none is. Empty: done, else why
-// the named ones cannot be read.
+// For a run without windows: reads the named definition file, or that of the settings if none is named. Empty: success; else why
+// the named file cannot be read.
 QString readDefinitions(const QString& named);
-// After the definitions changed: registers them anew and binds every open document by its extension.
+// After a change of the definitions: registers the languages again and chooses the language of each open document by its extension.
 void ReloadLanguages();
 
 void openHandbook(QWidget& beside);
-void openLanguageHelp(const frmDocument* about);   // null: its contents; else at the word of the caret
+void openLanguageHelp(const frmDocument* about);   // null: the contents; else at the word of the caret
 void openWebPage(const QString& page);             // below gWebHome
