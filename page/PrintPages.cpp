@@ -4,12 +4,13 @@
 #include <QImage>
 #include <QPaintEngine>
 #include <QPainter>
-#include <QTextBoundaryFinder>
 #include <algorithm>
 #include <array>
 
+#include "base/QStringBytes.h"
 #include "base/Strings.h"
-#include "control/view/LineLayout.h"
+#include "text/line/Chars.h"
+#include "text/line/Segments.h"
 
 namespace {
 // Fonts are drawn at this many pixels a point and scaled down, so that sizes in whole pixels are exact enough.
@@ -41,7 +42,7 @@ namespace {
 
 bool holdsPicture(const QString& text) {
   for (const char32_t code : text.toUcs4())
-    if (code > 0xff && isPictograph(code)) return true;
+    if (code > 0xff && text::isPictograph(code)) return true;
   return false;
 }
 
@@ -71,16 +72,16 @@ void drawText(QPainter& painter, double x, double baseline, const QString& text)
     painter.drawText(QPointF(0, 0), leftToRight(text));
   } else {
     const QFontMetricsF metrics(painter.font());
-    QTextBoundaryFinder clusters(QTextBoundaryFinder::Grapheme, text);
+    const std::string bytes = fromQString(text);
     double at = 0;
-    for (qsizetype begin = 0; begin < text.size();) {
-      const qsizetype end = clusters.toNextBoundary() < 0 ? text.size() : clusters.position();
-      const QString cluster = text.mid(begin, end - begin);
+    for (std::string_view rest = bytes; !rest.empty();) {
+      const auto length = static_cast<std::size_t>(text::clusterLength(rest));
+      const QString cluster = toQString(rest.substr(0, length));
       const double width = metrics.horizontalAdvance(leftToRight(cluster));
       if (holdsPicture(cluster)) drawPicture(painter, at, cluster, width);
       else painter.drawText(QPointF(at, 0), leftToRight(cluster));
       at += width;
-      begin = end;
+      rest.remove_prefix(length);
     }
   }
   painter.restore();

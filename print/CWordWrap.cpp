@@ -10,8 +10,8 @@
 #include "base/dialog/Dialogs.h"
 #include "control/CodeMax.h"
 #include "control/code/LanguageTable.h"
-#include "control/view/LineLayout.h"
 #include "page/VSPrinter.h"
+#include "text/line/Segments.h"
 
 namespace {
 
@@ -39,9 +39,9 @@ QString printable(QStringView run) {
     const char32_t code = part.size() == 2 ? QChar::surrogateToUcs4(part[0], part[1]) : char32_t(part[0].unicode());
     const QString label = part.size() == 1 && part[0].isLowSurrogate()
                               ? QStringLiteral("%1").arg(code & 0xff, 2, 16, QLatin1Char('0'))
-                          : picture && variesPictures(code) ? QString()
-                                                            : hiddenCharLabel(code);
-    picture = picture ? variesPictures(code) || isPictograph(code) : isPictograph(code);
+                          : picture && text::variesPictures(code) ? QString()
+                                                                  : QString::fromStdString(text::hiddenLabel(code));
+    picture = picture ? text::variesPictures(code) || text::isPictograph(code) : text::isPictograph(code);
     if (label.isEmpty()) text += part;
     else text += u'<' + label + u'>';
   }

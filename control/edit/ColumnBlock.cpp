@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "text/line/LineMap.h"
+
 using namespace text;
 
 namespace {

@@ -6,6 +6,8 @@
 #include <QGuiApplication>
 #include <QScopedValueRollback>
 #include <algorithm>
+#include <cassert>
+#include <random>
 #include <tuple>
 
 #include "base/LongWork.h"
@@ -19,6 +21,7 @@
 #include "control/find/UsersSearch.h"
 #include "control/keys/KeyMacro.h"
 #include "text/line/Chars.h"
+#include "text/line/LineMap.h"
 #include "text/line/Words.h"
 
 using namespace text;
@@ -343,6 +346,32 @@ bool EditorAccess::travel(Editor& e, std::optional<SelectionState> (Document::*s
   return true;
 }
 
+#ifndef NDEBUG
+namespace {
+
+// A broken text is found near the command that broke it: now and then behind a command, in a text that is quickly gone through.
+class Checked {
+ public:
+  explicit Checked(Editor& e) : e_(e) {}
+  ~Checked() {
+    static thread_local std::minstd_rand random;
+    if (random() % 16 != 0 || e_.snapshot().size().value > 100000) return;
+    try {
+      e_.document().checkInvariants();
+      e_.model().lines().checkInvariants(e_.snapshot());
+      for (const ByteOffset at : {e_.selection().anchor, e_.selection().caret}) assert(at == EditorAccess::snap(e_.snapshot(), at));
+    } catch (const std::bad_alloc&) {}
+  }
+  Checked(const Checked&) = delete;
+  Checked& operator=(const Checked&) = delete;
+
+ private:
+  Editor& e_;
+};
+
+}   // namespace
+#endif
+
 bool Editor::execute(int id, const QVariant& argument) {
   const Command* command = commandById(id);
   if (command) EditorAccess::run(*this, *command, argument);
@@ -350,6 +379,9 @@ bool Editor::execute(int id, const QVariant& argument) {
 }
 
 void EditorAccess::run(Editor& e, const Command& command, const QVariant& argument) {
+#ifndef NDEBUG
+  const Checked checked(e);
+#endif
   Editor::Impl& impl = *e.impl_;
   noteForMacro(e, [&] { keyMacros().noteCommand(e, command.id, argument); });
   const Inside inside(e);

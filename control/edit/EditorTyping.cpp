@@ -56,19 +56,14 @@ bool EditorAccess::fillBlock(Editor& e, const ColumnBlock& block, const std::str
   const bool over = e.overtype && block.left == block.right;
   const LineNo anchorLine = text.lineAt(e.selection().anchor), caretLine = text.lineAt(e.selection().caret);
   std::vector<Edit> edits;
-  SelectionState rough;   // near where it goes: the exact places can only be told in the new text
-  std::int64_t shift = 0;
   for (LineNo line = block.first; line <= block.last; ++line) {
     ColumnRow row = columnRow(e.model(), line, block.left, block.right, tabSize);
     if (over && row.missing == 0 && row.keepAfter == 0) row.range.end = overtyped(text, row.range.end, countCharacters(content));
     Edit edit = columnRowEdit(row, content);
-    if (line == anchorLine) rough.anchor = edit.range.begin + shift;
-    if (line == caretLine) rough.caret = edit.range.begin + shift;
-    shift += static_cast<std::int64_t>(edit.text.size()) - edit.range.length();
     if (!edit.range.empty() || !edit.text.empty()) edits.push_back(std::move(edit));
   }
   const std::int64_t cell = widthOf(std::string(static_cast<std::size_t>(block.left), ' ') + content, tabSize);
-  if (!change(e, edits, rough, join)) return false;
+  if (!change(e, edits, std::nullopt, join)) return false;
   place(e, columnSelection(e.model(), anchorLine, cell, caretLine, cell, tabSize));
   e.document().setSelectionAfter(e.selection());
   return true;
@@ -191,8 +186,8 @@ bool Editor::insertBlock(const QString& block) {
 
   std::vector<Edit> edits;
   LineNo line = text.lineAt(at);
-  ByteOffset caret(0);   // behind the last row, in the new text
-  std::int64_t shift = 0;
+  ByteOffset end;               // of what the last row takes the place of
+  std::int64_t notBehind = 0;   // bytes of its edit that stand behind the row
   const std::string newLine = model_->newLineFor(LineNo(text.lineCount() - 1));
   std::string beyond;   // rows past the end of the text
   for (std::string_view content : rows) {
@@ -210,17 +205,20 @@ bool Editor::insertBlock(const QString& block) {
       padded.append(static_cast<std::size_t>(width + cell % tabSize - widthOf(placed, tabSize)), ' ');
     }
     Edit edit = columnRowEdit(row, padded);
-    const auto length = static_cast<std::int64_t>(edit.text.size());
-    caret = edit.range.begin + shift + length - (padded.empty() ? 0 : row.keepAfter);
-    shift += length - edit.range.length();
-    if (!edit.range.empty() || length > 0) edits.push_back(std::move(edit));
+    end = edit.range.end;
+    notBehind = padded.empty() ? 0 : row.keepAfter;
+    if (!edit.range.empty() || !edit.text.empty()) edits.push_back(std::move(edit));
   }
   if (!beyond.empty()) {
-    caret = text.size() + shift + static_cast<std::int64_t>(beyond.size());
+    end = text.size();
+    notBehind = 0;
     if (!edits.empty() && edits.back().range.end == text.size()) edits.back().text += beyond;
     else edits.push_back({{text.size(), text.size()}, std::move(beyond)});
   }
-  SelectionState after;
-  after.anchor = after.caret = caret;
-  return EditorAccess::change(*this, edits, after);
+  const MarkId mark = document().addMark(end, Bias::right);
+  const bool done = EditorAccess::change(*this, edits);
+  if (done) EditorAccess::place(*this, {document().markAt(mark) - notBehind, document().markAt(mark) - notBehind, 0, 0, false});
+  if (done) document().setSelectionAfter(selection_);
+  document().removeMark(mark);
+  return done;
 }

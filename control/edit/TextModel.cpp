@@ -7,6 +7,7 @@
 #include "text/color/LongColors.h"
 #include "text/line/Chars.h"
 #include "text/line/LineEnds.h"
+#include "text/line/LineMap.h"
 #include "text/line/LineReader.h"
 
 struct TextModel::Impl {
@@ -159,6 +160,7 @@ bool TextModel::tokensInLongLine(text::LineNo line, text::LineState state, std::
   return !scanner || impl_->longColors.tokens(*scanner, snapshot(), line, state, from, to, budget, tokens);
 }
 
+text::LineMap TextModel::line(text::LineNo line, int tabSize) { return {impl_->lines, snapshot(), line, tabSize}; }
 text::LineMaps& TextModel::lines() { return impl_->lines; }
 
 bool TextModel::hasBookmark(text::LineNo line) const {

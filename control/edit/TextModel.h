@@ -11,9 +11,13 @@
 #include "base/QStringBytes.h"
 #include "text/color/Highlight.h"
 #include "text/file/FileIo.h"
-#include "text/line/LineMap.h"
 #include "text/line/NewLines.h"
 #include "text/store/Document.h"
+
+namespace text {
+class LineMap;
+class LineMaps;
+}   // namespace text
 
 class TextModel : public QObject {
   Q_OBJECT
@@ -51,7 +55,7 @@ class TextModel : public QObject {
                         std::vector<text::Token>* tokens);
 
   // Where bytes, characters and cells of a line stand. For the present text, until it changes.
-  text::LineMap line(text::LineNo line, int tabSize) { return {lines(), snapshot(), line, tabSize}; }
+  text::LineMap line(text::LineNo line, int tabSize);
   text::LineMaps& lines();
 
   // Bookmarks: lines, moving with the text.

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-QString hiddenCharLabel(char32_t c) { return QString::fromStdString(text::hiddenLabel(c)); }
-
 LineLayout::LineLayout(std::string_view bytes, bool toLineEnd, const text::LinePlace& from, const GlyphMetrics& metrics,
                        int tabSize, double right)
     : begin_(from), end_(from) {

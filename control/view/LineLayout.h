@@ -56,9 +56,3 @@ class LineLayout {
   std::vector<QString> texts_;
   text::LinePlace begin_, end_;
 };
-
-// The text in the box of a character that would not be seen, or that is not what it seems; empty for any other.
-QString hiddenCharLabel(char32_t code);
-// Picture characters may be joined and varied; behind anything else such a character could only hide.
-inline bool isPictograph(char32_t c) { return text::isPictograph(c) || (c >= 0x1F3FB && c <= 0x1F3FF); }
-inline bool variesPictures(char32_t c) { return c == 0x200D || c == 0xFE0E || c == 0xFE0F; }

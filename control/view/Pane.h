@@ -32,7 +32,8 @@ class Pane : public QAbstractScrollArea, public EditorHost {
 
   bool runCommand(int id, const QVariant& argument);   // false only for an unknown number
   void type(const QString& text);
-  void showCaret();                     // scrolls as little as needed
+  // Scrolls as little as needed. False: the line had to be counted up to there, and the user cancelled that.
+  bool showCaret(bool mayCancel = false);
   void takeViewOf(const Pane& other);   // its caret and scroll position
   // Puts the selection on the clipboard of the mouse, where the system has one.
   void publishSelection();
@@ -126,6 +127,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
       work();
     } catch (const std::bad_alloc&) { viewport()->update(); }
   }
+  bool countTo(text::ByteOffset at, bool mayCancel);
   void scrollToCaret();
   void flushText();   // shows what changed
   void paintParts(const QRegion& region);

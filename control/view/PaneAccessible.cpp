@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "control/view/Pane.h"
+#include "text/line/Chars.h"
 
 using text::ByteOffset;
 using text::ByteRange;
@@ -43,8 +44,13 @@ void PaneAccessible::look() const {
     // Whole lines as far as they are not too long. Beginning at one of few places it seldom moves.
     const ByteOffset from(std::max<std::int64_t>(0, (caret.value / kAround - 1) * kAround)),
         to = std::min(now.size(), caret + kAround);
-    range_ = {std::max(now.lineStart(now.lineAt(from)), from - kAround),
-              std::min(now.lineEndWithBreak(now.lineAt(to)), to + kAround)};
+    // Of a line that is too long, whole characters.
+    const auto boundary = [&](ByteOffset at) {
+      text::LineMap line = pane_->editor().model().line(now.lineAt(at), pane_->editor().options().tabSize);
+      return at >= line.start() + line.length() ? at : line.start() + line.at(text::LinePlace::atByte(at - line.start())).byte;
+    };
+    range_ = {std::max(now.lineStart(now.lineAt(from)), boundary(std::max(ByteOffset(0), from - kAround))),
+              std::min(now.lineEndWithBreak(now.lineAt(to)), boundary(std::min(now.size(), to + kAround)))};
   }
   stretch_ = toQString(now.bytes(range_));
   seen_ = now;
@@ -52,7 +58,8 @@ void PaneAccessible::look() const {
 
 int PaneAccessible::unitsTo(ByteOffset offset) const {
   look();
-  return static_cast<int>(toQString(seen_.bytes({range_.begin, std::clamp(offset, range_.begin, range_.end)})).size());
+  const std::string before = seen_.bytes({range_.begin, std::clamp(offset, range_.begin, range_.end)});
+  return static_cast<int>(text::columnOf(before, static_cast<std::int64_t>(before.size())).value);
 }
 
 ByteOffset PaneAccessible::offsetOf(int units) const {

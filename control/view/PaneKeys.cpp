@@ -40,7 +40,8 @@ bool Pane::runCommand(int id, const QVariant& argument) {
 
 void Pane::afterCommand(const text::SelectionState& before, std::uint64_t revision) {
   if (before != editor_->selection() || revision != state_.model->document().revision()) {
-    showCaret();
+    // A move that the user cancelled is none.
+    if (!showCaret(revision == state_.model->document().revision())) editor_->setSelection(before);
     if (before != editor_->selection()) publishSelection();
   }
 }
@@ -192,14 +193,16 @@ void Pane::inputMethodCame(QInputMethodEvent* event) {
 }
 
 QVariant Pane::inputMethodQuery(Qt::InputMethodQuery query) const {
-  // Surroundings are those of the line, at most this much on both sides of the caret.
+  // Surroundings are those of the line, at most about this much on both sides of the caret; whole characters.
   constexpr std::int64_t kAround = 1024;
   const ByteOffset caret = editor_->selection().caret;
-  const text::LineNo line = snapshot().lineAt(caret);
-  const ByteOffset from = std::max(snapshot().lineStart(line), caret - kAround),
-                   to = std::min(snapshot().lineEnd(line), caret + kAround);
+  text::LineMap line = state_.model->line(snapshot().lineAt(caret), state_.options->tabSize);
+  const auto boundary = [&](ByteOffset at) {
+    return line.start() + line.at(text::LinePlace::atByte(std::max<std::int64_t>(0, at - line.start()))).byte;
+  };
+  const ByteOffset from = boundary(caret - kAround), to = boundary(caret + kAround);
   const auto unitsTo = [&](ByteOffset at) {
-    return static_cast<int>(toQString(snapshot().bytes({from, std::clamp(at, from, to)})).size());
+    return static_cast<int>(line.columnOf(std::clamp(at, from, to) - line.start()) - line.columnOf(from - line.start()));
   };
   switch (query) {
     case Qt::ImEnabled: return !state_.model->document().readOnly();

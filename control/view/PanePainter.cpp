@@ -64,6 +64,9 @@ class GlyphBatch {
 
 constexpr int kCaretWidth = 2;
 
+// Where the byte stands, or the edge of what is laid out: beyond it nothing is seen.
+double seenX(const Row& row, ByteOffset at) { return row.layout.xOf(at - row.start); }
+
 }   // namespace
 
 double Preedit::cursorX() const {
@@ -109,10 +112,9 @@ std::optional<PanePainter::Span> PanePainter::selectedSpan(std::int64_t line, co
   if (line < firstLine_ || line > lastLine_) return std::nullopt;
   if (look_.selection.column) return Span{view_.xOfCell(line, blockLeft_), view_.xOfCell(line, blockRight_)};
   if (selected_.empty()) return std::nullopt;
-  const double from = line == firstLine_ ? view_.xOf(line, selected_.begin) : 0;
+  const double from = line == firstLine_ ? seenX(row, selected_.begin) : 0;
   // The break of a selected line shows as one cell.
-  const double to =
-      line == lastLine_ ? view_.xOf(line, selected_.end) : view_.xOf(line, row.start + row.length) + view_.metrics().cell();
+  const double to = line == lastLine_ ? seenX(row, selected_.end) : row.layout.end().x + view_.metrics().cell();
   return Span{from, to};
 }
 
@@ -129,7 +131,7 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
   const bool current = line == caretLine_ && selected_.empty() && !look_.selection.column;
   painter_.fillRect(band, color(current ? ColorSlot::HighlightedLine : ColorSlot::Window));
   const QColor hit = mixed(color(ColorSlot::Window), color(ColorSlot::MatchingBrace), 0.6);
-  for (const ByteRange& range : row.hits) fill({view_.xOf(line, range.begin), view_.xOf(line, range.end)}, y, hit);
+  for (const ByteRange& range : row.hits) fill({seenX(row, range.begin), seenX(row, range.end)}, y, hit);
   if (const auto span = selectedSpan(line, row)) {
     const QColor back = color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack);
     if (look_.selection.column && blockLeft_ == blockRight_)
@@ -139,7 +141,7 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
   if (look_.bracket) {
     for (const ByteOffset at : {look_.bracket->here, look_.bracket->partner})
       if (at >= row.start && at < row.start + row.length)
-        fill({view_.xOf(line, at), view_.xOf(line, at + 1)}, y, color(ColorSlot::MatchingBrace));
+        fill({seenX(row, at), seenX(row, at + 1)}, y, color(ColorSlot::MatchingBrace));
   }
 }
 

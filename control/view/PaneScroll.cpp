@@ -4,10 +4,15 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/LongWork.h"
 #include "control/view/Pane.h"
+
+using text::ByteOffset;
+using text::LineNo;
 
 namespace {
 constexpr std::int64_t kBarLimit = 1 << 30;   // a scroll bar counts in int
+constexpr std::int64_t kAtOnce = 1 << 20;     // bytes of a line counted without a thread
 constexpr int kFrame = 16;                    // milliseconds between two steps of smooth scrolling
 }   // namespace
 
@@ -141,8 +146,44 @@ void Pane::resizeEvent(QResizeEvent* event) {
   fit();
 }
 
-void Pane::showCaret() {
-  if (view_.height > 0) shown([this] { scrollToCaret(); });
+bool Pane::showCaret(bool mayCancel) {
+  bool counted = true;
+  if (view_.height > 0)
+    shown([&] {
+      counted = countTo(editor_->selection().caret, mayCancel);
+      if (counted) scrollToCaret();
+    });
+  return counted;
+}
+
+// A long line is counted the first time that somebody goes along it, on a thread where that takes long.
+bool Pane::countTo(ByteOffset at, bool mayCancel) {
+  const std::uint64_t revision = state_.model->document().revision();
+  const LineNo line = snapshot().lineAt(at);
+  const auto count = [&](text::LineMaps& maps, bool cells) {
+    for (;;) {
+      text::LineMap map(maps, snapshot(), line, state_.options->tabSize);
+      const std::int64_t byte = at - map.start();
+      if (map.reach(text::LinePlace::atByte(byte), kAtOnce)) return true;
+      text::LineSurvey survey = map.survey(byte);
+      const text::Widths* const widths = survey.widths;
+      bool cancelled = false;
+      const auto work = [&](text::SearchControl& control) {
+        std::optional<GlyphMetrics> own;   // those of the panes belong to this thread
+        if (!cells) survey.widths = &own.emplace(state_.metrics->font(), state_.scale);
+        survey.run([&](std::int64_t done) {
+          control.bytesDone = done;
+          return !(cancelled = control.cancel);
+        });
+        survey.widths = widths;
+      };
+      LongWork::run(*this, survey.to - survey.from, work, tr("Measuring the line..."), mayCancel);
+      if (state_.model->document().revision() != revision) return true;   // a message from outside changed it
+      text::LineMap(maps, snapshot(), line, state_.options->tabSize).adopt(std::move(survey));
+      if (cancelled) return false;
+    }
+  };
+  return count(state_.model->lines(), true) && (state_.metrics->fixedPitch() || count(state_.widths, false));
 }
 
 void Pane::scrollToCaret() {

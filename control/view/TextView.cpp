@@ -33,7 +33,7 @@ const Row& TextView::row(std::int64_t line) {
   if (rows_.size() >= kKeptRows) rows_.clear();
   Row& row = rows_[line];
   layOut(row, line);
-  if (state_.colorSyntax && state_.model->highlighter()) color(row, line, kPaintBudget);
+  if (row.counted && state_.colorSyntax && state_.model->highlighter()) color(row, line, kPaintBudget);
   if (state_.hits) {
     row.marked = marking_ < kMarking;
     marked_ = marked_ && row.marked;
@@ -74,6 +74,11 @@ void TextView::layOut(Row& row, std::int64_t line) {
     return;
   }
   row.whole = false;
+  row.counted = state_.line(number).reach(text::LinePlace::atX(static_cast<double>(left) / state_.unit()), kPaintBudget);
+  if (!row.counted) {
+    exact_ = false;
+    return;
+  }
   const text::LinePlace from = placeBefore(number, static_cast<double>(left));
   const double right = static_cast<double>(left) + width;
   for (std::int64_t length = 8 * 1024;; length *= 2) {
@@ -150,7 +155,7 @@ bool TextView::overText(const QPoint& point) {
   const std::int64_t y = top + point.y();
   if (x < 0 || y < 0 || y / lineHeight() >= snapshot().lineCount()) return false;
   const std::int64_t line = y / lineHeight();
-  return x < xOf(line, snapshot().lineEnd(LineNo(line)));
+  return x < row(line).layout.end().x;
 }
 
 text::LineState TextView::stateOf(std::int64_t line) const {
@@ -188,7 +193,7 @@ std::vector<std::int64_t> TextView::findStates() {
     if (!same) differing.push_back(line);
   }
   for (const std::int64_t line : differing) rows_.erase(line);
-  for (const auto& [line, row] : rows_) exact_ = exact_ && row.colored;
+  for (const auto& [line, row] : rows_) exact_ = exact_ && row.colored && row.counted;
   states_ = std::move(now);
   statesTop_ = first;
   statesBottom_ = last;
@@ -200,6 +205,8 @@ bool TextView::goOnColoring() {
   bool exact = true;
   state_.model->stateAt(LineNo(lastVisible()), kIdleBudget, &exact);
   for (auto& [line, row] : rows_) {
+    const text::LinePlace seen = text::LinePlace::atX(static_cast<double>(left) / state_.unit());
+    if (!row.counted) return state_.line(LineNo(line)).reach(seen, kIdleBudget);
     if (row.colored) continue;
     color(row, line, kIdleBudget);
     return exact && row.colored;   // one at a time; the others after the next painting

@@ -19,6 +19,7 @@ struct Row {
   text::ByteOffset start;
   std::int64_t length = 0;   // bytes of the line
   bool whole = true;         // the layout covers the line
+  bool counted = true;       // false: the budget did not reach what is looked at, and the layout is empty
   LineLayout layout;
   std::vector<text::Token> tokens;     // of a long one those in the layout
   bool colored = true;                 // false: the budget did not reach the tokens
@@ -64,7 +65,7 @@ class TextView {
   // whose state is another one now.
   std::vector<std::int64_t> findStates();
   bool statesExact() const { return exact_; }
-  // Goes on with colouring what the budget did not reach. True when it is all there.
+  // Goes on with counting and colouring what the budget did not reach. True when it is all there.
   bool goOnColoring();
   // Finds the hits of one line that the budget did not reach. The line; none: all are there.
   std::optional<std::int64_t> goOnMarking();

@@ -9,6 +9,7 @@
 #include "control/view/ColorScheme.h"
 #include "control/view/GlyphMetrics.h"
 #include "text/find/Finder.h"
+#include "text/line/LineMap.h"
 
 struct ViewState {
   std::shared_ptr<TextModel> model;

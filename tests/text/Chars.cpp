@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <tuple>
 #include <vector>
 
@@ -104,6 +107,34 @@ TEST(Chars, Clusters) {
   EXPECT_LE(clusterLength(pile), maxClusterBytes);
   EXPECT_LE(clusterLengthBefore(pile), maxClusterBytes);
   EXPECT_GT(clusterLengthBefore(pile), 0);
+}
+
+// The official cases. Where a character could hide it stands alone here, whatever it would join.
+TEST(Chars, ClustersAreThoseOfTheStandard) {
+  std::ifstream file(std::string(std::getenv("ZELKOR_SOURCE")) + "/tests/text/GraphemeBreakTest.txt");
+  int cases = 0;
+  for (std::string row; std::getline(file, row);) {
+    if (row.starts_with('#')) continue;
+    std::string bytes;
+    std::vector<std::pair<std::size_t, bool>> borders;   // and whether a break is right there
+    char32_t before = 'a';
+    std::istringstream words(row);
+    for (std::string sign, hex; words >> sign >> hex;) {
+      const auto code = static_cast<char32_t>(std::stoul(hex, nullptr, 16));
+      const bool hides = !hiddenLabel(before).empty() || !hiddenLabel(code).empty();
+      borders.emplace_back(bytes.size(), sign == "\u00F7" || (hides && !(before == '\r' && code == '\n')));
+      bytes += encode(code);
+      before = code;
+    }
+    std::size_t next = 0;
+    for (const auto& [at, breaks] : borders) {
+      const bool picture = at > 0 && bytes.find("\u200D") != std::string::npos;   // which a joiner may continue
+      ASSERT_TRUE(at == next ? breaks : picture || !breaks) << row << " at byte " << at;
+      if (at == next) next += static_cast<std::size_t>(clusterLength(std::string_view(bytes).substr(at)));
+    }
+    ++cases;
+  }
+  EXPECT_EQ(cases, 602);
 }
 
 TEST(Chars, Cells) {

@@ -54,6 +54,7 @@ TEST(LineMap, AnswersAsTheWholeLineDoes) {
     d.reset(inPieces(all, 7000));
     for (int round = 0; round < 100; ++round) {
       const Snapshot& text = d.snapshot();
+      maps.checkInvariants(text);
       const int tab = round % 3 == 0 ? 8 : 3;
       for (std::int64_t n = 0; n < text.lineCount(); ++n) {
         const std::string line = text.line(LineNo(n));

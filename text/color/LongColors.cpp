@@ -1,5 +1,6 @@
 #include "text/color/LongColors.h"
 
+#include <algorithm>
 #include <string>
 
 namespace text {
@@ -8,6 +9,7 @@ namespace {
 
 constexpr std::int64_t step = 16 << 10;       // bytes between two known places
 constexpr std::int64_t reading = 512 << 10;   // bytes copied at a time
+constexpr std::size_t mostLines = 256;
 
 // The bytes that a scan of [from, to) wants to see.
 struct Part {
@@ -23,14 +25,44 @@ struct Part {
 
 }   // namespace
 
+// A point was found by looking at up to kAhead bytes behind it.
+void LongColors::onChange(const Change& change, const Snapshot& now) {
+  if (change.reset) clear();
+  std::erase_if(lines_, [&](Line& l) {
+    const Change::Span* span = change.touching(l.line);
+    if (!span) {
+      l.line += change.linesGrownAbove(l.line);
+      return false;
+    }
+    if (span->oldLine < l.line) return true;   // its beginning went
+    // Its beginning stays; what follows may stand on another line now.
+    l.line = span->firstLine;
+    const std::int64_t safe = span->begin - now.lineStart(span->firstLine) - Highlighter::kAhead;
+    while (l.points.size() > 1 && l.points.back().byte > safe) l.points.pop_back();
+    return false;
+  });
+}
+
+std::vector<LinePoint>& LongColors::pointsOf(LineNo line, const LinePoint& first) {
+  const auto it = std::find_if(lines_.begin(), lines_.end(), [line](const Line& l) { return l.line == line; });
+  if (it != lines_.end()) {
+    std::rotate(it, it + 1, lines_.end());
+  } else {
+    if (lines_.size() >= mostLines) lines_.erase(lines_.begin());
+    lines_.push_back({line, {}});
+  }
+  auto& points = lines_.back().points;
+  if (points.empty() || points.front() != first) points = {first};
+  return points;
+}
+
 bool LongColors::tokens(const Highlighter& highlighter, const Snapshot& text, LineNo line, LineState state, std::int64_t from,
                         std::int64_t to, std::int64_t budgetBytes, std::vector<Token>* tokens) {
   tokens->clear();
   const ByteOffset start = text.lineStart(line);
   const std::int64_t length = text.lineEnd(line) - start;
   const LinePoint first = highlighter.startOf(state);
-  auto& points = places_.of(line, first);
-  if (points.front() != first) points = {first};
+  auto& points = pointsOf(line, first);
 
   while (points.back().byte + step <= from && points.back().inside != LinePoint::lost) {
     if (budgetBytes <= 0) return false;

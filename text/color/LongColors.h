@@ -3,7 +3,6 @@
 #pragma once
 
 #include "text/color/Highlight.h"
-#include "text/line/LinePlaces.h"
 
 namespace text {
 
@@ -11,8 +10,8 @@ class LongColors {
  public:
   static constexpr std::int64_t kLong = 64 << 10;   // minimum length of such a line in bytes
 
-  void clear() { places_.clear(); }   // another highlighter
-  void onChange(const Change& change, const Snapshot& now) { places_.onChange(change, now, Highlighter::kAhead); }
+  void clear() { lines_.clear(); }   // another highlighter
+  void onChange(const Change& change, const Snapshot& now);
 
   // The tokens that overlap [from, to) of a line that starts in `state`; bytes count from the start of the line, as in scanLine.
   // False, with no tokens: more than budgetBytes before the range have not been scanned yet; call again to continue.
@@ -20,7 +19,13 @@ class LongColors {
               std::int64_t to, std::int64_t budgetBytes, std::vector<Token>* tokens);
 
  private:
-  LinePlaces<LinePoint> places_;
+  struct Line {
+    LineNo line;
+    std::vector<LinePoint> points;   // ascending; the first is that of byte 0
+  };
+  std::vector<LinePoint>& pointsOf(LineNo line, const LinePoint& first);
+
+  std::vector<Line> lines_;   // last used last
 };
 
 }   // namespace text

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "text/line/Chars.h"
+#include "text/store/Tree.h"
 
 namespace text {
 
@@ -125,6 +126,21 @@ void LineMaps::move(const Change& change, const Snapshot& now) {
   for (Entry& e : entries_)   // those of two lines that were joined
     if (!std::is_sorted(e.stretches.begin(), e.stretches.end(), [](auto& a, auto& b) { return a.begin < b.begin; }))
       std::sort(e.stretches.begin(), e.stretches.end(), [](auto& a, auto& b) { return a.begin < b.begin; });
+}
+
+void LineMaps::checkInvariants(const Snapshot& now) const {
+  for (const Entry& e : entries_) {
+    engine::require(e.line.value < now.lineCount() && e.start == now.lineStart(e.line), "a known line begins where it is known to");
+    engine::require(e.settled <= e.stretches.size(), "what settled is known");
+    const std::int64_t length = now.lineEnd(e.line) - e.start;
+    std::int64_t end = 0;
+    for (std::size_t i = 0; i < e.stretches.size(); ++i) {
+      const LineStretch& s = e.stretches[i];
+      engine::require(s.bytes > 0 && s.begin + s.bytes <= length, "a stretch within its line");
+      engine::require(i < e.settled ? s.begin == end : s.begin >= end, "stretches follow each other");
+      end = s.begin + s.bytes;
+    }
+  }
 }
 
 LineMap::LineMap(LineMaps& maps, const Snapshot& text, LineNo line, int tabSize)

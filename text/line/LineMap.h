@@ -43,6 +43,7 @@ class LineMaps {
 
   void measureIn(const Widths* widths);   // forgets all. Null: in cells
   void onChange(const Change& change, const Snapshot& now) noexcept;
+  void checkInvariants(const Snapshot& now) const;   // aborts with a message on a breach
 
  private:
   friend class LineMap;

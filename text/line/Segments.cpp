@@ -318,7 +318,10 @@ int cells(char32_t code) {
   return p.charwidth == 2 ? 2 : 1;
 }
 
-bool isPictograph(char32_t code) { return property(code).boundclass == UTF8PROC_BOUNDCLASS_EXTENDED_PICTOGRAPHIC; }
+bool isPictograph(char32_t code) {
+  return property(code).boundclass == UTF8PROC_BOUNDCLASS_EXTENDED_PICTOGRAPHIC || (code >= 0x1F3FB && code <= 0x1F3FF);
+}
+bool variesPictures(char32_t code) { return code == 0x200D || code == 0xFE0E || code == 0xFE0F; }
 
 std::string hiddenLabel(char32_t c) {
   static const char* const controls[] = {"NUL", "SOH", "STX", "ETX", "EOT", "ENQ", "ACK", "BEL", "BS",  "TAB", "LF",

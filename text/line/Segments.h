@@ -65,6 +65,8 @@ LinePlace walk(std::string_view rest, bool toLineEnd, const LinePlace& from, con
 
 // The name in the box of a character that could hide, in ASCII; empty for any other.
 std::string hiddenLabel(char32_t code);
-bool isPictograph(char32_t code);
+// Pictures may be joined and varied; behind anything else such a character could only hide.
+bool isPictograph(char32_t code);   // skin tones too
+bool variesPictures(char32_t code);
 
 }   // namespace text
