@@ -2,6 +2,8 @@
 
 #include "app/boxes/frmRecovered.h"
 #include "app/commands/Groups.h"
+#include "app/folder/FolderParts.h"
+#include "app/folder/WorkFolder.h"
 #include "app/frame/frmMain.h"
 
 std::span<const FrameCommand> fileCommands() {
@@ -14,6 +16,23 @@ std::span<const FrameCommand> fileCommands() {
       {.name = "mnuFileOpen", .menu = "mnuFile", .place = 110, .caption = QT_TRANSLATE_NOOP("frmMain", "&Open..."),
        .keys = "Ctrl+O", .icon = "document-open", .tip = QT_TRANSLATE_NOOP("frmMain", "Open files"),
        .run = [](frmMain& f) { f.mnuFileOpen_Click(); }, .tool = "Open", .toolPlace = 110},
+      {.name = "mnuFileGoTo", .menu = "mnuFile", .place = 112, .caption = QT_TRANSLATE_NOOP("frmMain", "Go to F&ile..."),
+       .keys = "Ctrl+E", .icon = "go-jump", .tip = QT_TRANSLATE_NOOP("frmMain", "Open a file of the folder by parts of its name"),
+       .run = [](frmMain& f) { f.folders().goToFile(); }},
+      {.name = "mnuFileOpenFolder", .menu = "mnuFile", .place = 114,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Open &Folder..."), .keys = "Ctrl+Shift+O", .icon = "folder",
+       .tip = QT_TRANSLATE_NOOP("frmMain", "The folder whose files are shown, found and searched"),
+       .run = [](frmMain& f) { f.folders().askForFolder(); }},
+      {.name = "mnuFileOpenList", .menu = "mnuFile", .place = 116,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Open File List..."),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "The files of a simulator's file list (-f) instead of a folder"),
+       .run = [](frmMain& f) { f.folders().askForList(); }},
+      {.name = "mnuFileFolders", .menu = "mnuFile", .place = 118, .caption = QT_TRANSLATE_NOOP("frmMain", "Recent Folders"), .isMenu = true,
+       .fill = [](frmMain& f, QMenu& menu) { f.folders().fillRecent(menu); }},
+      {.name = "mnuFileCloseFolder", .menu = "mnuFileFolders", .place = 100,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Close Folder"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Back to the folder of the active document"),
+       .run = [](frmMain& f) { f.folders().work().close(); }},
       {.name = "mnuFileReload", .menu = "mnuFile", .place = 120, .caption = QT_TRANSLATE_NOOP("frmMain", "Reloa&d"),
        .icon = "view-refresh", .tip = QT_TRANSLATE_NOOP("frmMain", "Read the file again; Undo brings the old text back"),
        .needs = kDocument | kNamed, .run = [](frmMain& f) { f.mnuFileReload_Click(); }},

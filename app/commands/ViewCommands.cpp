@@ -1,6 +1,7 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
+#include "app/folder/FolderParts.h"
 #include "app/frame/frmMain.h"
 #include "document/frmDocument.h"
 
@@ -25,6 +26,10 @@ std::span<const FrameCommand> viewCommands() {
        .checkable = true},
       {.name = "mnuViewTabs", .menu = "mnuView", .place = 120, .caption = QT_TRANSLATE_NOOP("frmMain", "T&abs"),
        .run = [](frmMain& f) { f.SetupToolStatus(); }, .checkable = true},
+      {.name = "mnuViewFiles", .menu = "mnuView", .place = 130, .caption = QT_TRANSLATE_NOOP("frmMain", "Fil&es"),
+       .keys = "Ctrl+Shift+B", .tip = QT_TRANSLATE_NOOP("frmMain", "The files of the folder"),
+       .run = [](frmMain& f) { f.folders().toggleFiles(); }, .checkable = true,
+       .checked = [](frmMain& f) { return f.folders().filesAreShown(); }},
       {.name = "mnuViewWhiteSpace", .menu = "mnuView", .place = 300,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&White Space"), .needs = kDocument, .command = Cmd::TOGGLEWHITESPACEDISPLAY, .checkable = true,
        .checked = [](frmMain& f) { return f.activeDocument() && f.activeDocument()->cmx->WhiteSpaceDisplay(); }},

@@ -19,6 +19,7 @@
 #include <algorithm>
 
 #include "app/boxes/frmUnsaved.h"
+#include "app/folder/FolderParts.h"
 #include "app/frame/DocumentTabs.h"
 #include "app/frame/FrameMenus.h"
 #include "app/frame/StatusPanels.h"
@@ -74,6 +75,7 @@ frmMain::frmMain() : lineDialogs_(std::make_unique<LineDialogs>()) {
     if (panels) panels->setText(text);
   });
   setReportSink([this](const QString& line) { log()->AppendLog(line + QStringLiteral("\r\n")); });
+  folders_ = new FolderParts(*this);
   menus_ = new FrameMenus(*this);
   addToolBar(menus_->toolBar());
   for (const QString& name : {QStringLiteral("mnuViewStatusBar"), QStringLiteral("mnuViewToolbar"), kTabs})
@@ -173,6 +175,7 @@ void frmMain::mdiActivated(QMdiSubWindow* window) {
 void frmMain::workOn(frmDocument* document) {
   document->focusWork();
   frmRegistry::instance().followFolder(document->CurrentFileDir());
+  emit activeChanged();
 }
 
 QMdiSubWindow* frmMain::windowOf(const frmDocument* document) const {
@@ -436,6 +439,7 @@ void frmMain::MDIForm_Unload() {
   if (unloaded_) return;
   unloaded_ = true;
   saveLogProfile();
+  folders_->save();
   emit ended();
 }
 

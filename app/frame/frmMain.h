@@ -14,6 +14,7 @@
 
 class CodeMax;
 class DocumentTabs;
+class FolderParts;
 class FrameMenus;
 class LineDialogs;
 class QDockWidget;
@@ -55,11 +56,12 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void mnuFileCloseAll_Click();
   void mnuFileMRU_Click(int index);
   void mnuFileExit_Click() { close(); }
-  // Opens dropped files in order; a failure of the frame itself ends the loop.
+  // Opens dropped files in order; a folder becomes the work folder. A failure of the frame itself ends the loop.
   void MDIForm_OLEDragDrop(const QStringList& files);
   // Opens a file and shows that place in the middle with the caret on it. line and column count from 1; 0 leaves the caret at the
-  // start. If the file does not exist, offers to create it. Null: not opened.
+  // start. If the file does not exist, offers to create it. A folder becomes the work folder. Null: no file was opened.
   frmDocument* openAt(const QString& name, qint64 line, qint64 column);
+  void goTo(frmDocument* document, qint64 line, qint64 column);   // line counts from 1
   // Opens piped-in text (StandardInput.h) as a new document without a name; its file is removed once the journal has the text.
   // Null: it could not be read.
   frmDocument* takeIn(const QString& path);
@@ -74,7 +76,8 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   bool endFromOutside(int patienceMs = 10000);
 
   // Windows and views.
-  void newWindow();   // another window of the active document
+  void newWindow();                                         // another window of the active document
+  void showBeside(frmDocument* left, frmDocument* right);   // side by side, each in half of the room
   void cascade();
   void tile(Qt::Orientation rows);   // Qt::Vertical: one above the other
   void chooseWindow();               // asks which of all
@@ -97,6 +100,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   FrameMenus& menus() { return *menus_; }
   StatusPanels& panels() { return *panels_; }
   LineDialogs& lineDialogs() { return *lineDialogs_; }
+  FolderParts& folders() { return *folders_; }   // work folder, its dock, Go to File
   QMdiArea& mdi() { return *mdi_; }
   void MDIForm_Unload();   // the frame closes for good: emits ended() once
 
@@ -152,6 +156,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void documentOpened(frmDocument* document);
   void fileNamed(const QString& path);          // opened, or first saved under this name
   void documentClosed(frmDocument* document);   // its window is about to close
+  void activeChanged();                         // another document is active
   void ended();                                 // the frame has been unloaded
 
  protected:
@@ -194,6 +199,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   DocumentTabs* tabs_ = nullptr;
   StatusPanels* panels_ = nullptr;
   FrameMenus* menus_ = nullptr;
+  FolderParts* folders_ = nullptr;
   QList<frmDocument*> documents_;
   QPointer<frmDocument> active_;
   QPointer<frmDefinitions> definitions_;

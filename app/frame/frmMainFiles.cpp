@@ -4,6 +4,7 @@
 #include <QMenu>
 #include <new>
 
+#include "app/folder/FolderParts.h"
 #include "app/frame/frmMain.h"
 #include "app/start/StandardInput.h"
 #include "base/FileNames.h"
@@ -20,7 +21,7 @@
 namespace {
 
 // The caret of a recovered text; -1: unknown.
-void goTo(qint64 byte, CodeMax& cmx) {
+void caretTo(qint64 byte, CodeMax& cmx) {
   if (byte < 0) return;
   const text::ByteOffset at(std::min<std::int64_t>(byte, cmx.model()->snapshot().size().value));
   const CmPosition place = cmx.editor().positionOf(at);
@@ -124,16 +125,19 @@ frmDocument* frmMain::beginFile(const QString& name) {
 
 frmDocument* frmMain::openAt(const QString& path, qint64 line, qint64 column) {
   const QString name = fullPath(path);
+  if (isFolder(name)) return folders_->open(name), nullptr;
   if (!documentOn(name) && fileIsMissing(name)) return beginFile(name);
   frmDocument* document = openFile(name);
-  if (document && line > 0) {
-    const qint64 row = std::min(line, document->cmx->LineCount()) - 1;
-    document->cmx->ExecuteCmd(Cmd::GOTOLINE, row);
-    const qint64 at = std::clamp<qint64>(column - 1, 0, document->cmx->GetLineLength(row));
-    document->cmx->SetSel({row, at, row, at, false});
-    document->cmx->ExecuteCmd(Cmd::WINDOWSCROLLTOCENTER);
-  }
+  if (document && line > 0) goTo(document, line, column);
   return document;
+}
+
+void frmMain::goTo(frmDocument* document, qint64 line, qint64 column) {
+  const qint64 row = std::min(line, document->cmx->LineCount()) - 1;
+  document->cmx->ExecuteCmd(Cmd::GOTOLINE, row);
+  const qint64 at = std::clamp<qint64>(column - 1, 0, document->cmx->GetLineLength(row));
+  document->cmx->SetSel({row, at, row, at, false});
+  document->cmx->ExecuteCmd(Cmd::WINDOWSCROLLTOCENTER);
 }
 
 frmDocument* frmMain::takeIn(const QString& path) {
@@ -171,7 +175,7 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
     model.document().exchange(found.text, taken->cmx->editor().selection());
     taken->cmx->setFileFormat(found.about.format);
     taken->cmx->setModified(true);
-    goTo(found.caret, *taken->cmx);
+    caretTo(found.caret, *taken->cmx);
     return taken;
   }
   auto* document = new frmDocument;
@@ -187,7 +191,7 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
   }
   document->cmx->setModified(true);
   adopt(document);
-  goTo(found.caret, *document->cmx);
+  caretTo(found.caret, *document->cmx);
   SetupMenus();
   UpdateEditMenu();
   return document;
@@ -302,7 +306,9 @@ void frmMain::mnuFileMRU_Click(int index) {
 
 void frmMain::MDIForm_OLEDragDrop(const QStringList& files) {
   try {
-    for (const QString& file : files) openFile(file);
+    for (const QString& file : files)
+      if (isFolder(file)) folders_->open(file);
+      else openFile(file);
   } catch (const std::exception&) {
     MsgBox(tr("Error occured during drag/drop"), tr("Zelkor Editor : OLE Error"), Icon::exclamation);
   }

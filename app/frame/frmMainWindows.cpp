@@ -95,6 +95,20 @@ void frmMain::keepInside(QMdiSubWindow& window) {
   if (QRect(corner, size) != window.geometry()) window.setGeometry({corner, size});
 }
 
+void frmMain::showBeside(frmDocument* left, frmDocument* right) {
+  const QSize room = windowRoom(), half(room.width() / 2, room.height());
+  documentState_ = 0;
+  int x = 0;
+  for (frmDocument* document : {left, right}) {
+    QMdiSubWindow* window = windowOf(document);
+    if (!window) continue;
+    window->showNormal();
+    window->setGeometry({QPoint(x, 0), half});
+    x += half.width();
+  }
+  activate(right);
+}
+
 // The windows that are not minimised, in the order of the tabs; none of them is maximised afterwards.
 QList<QMdiSubWindow*> frmMain::normalWindows() {
   QList<QMdiSubWindow*> windows;

@@ -11,6 +11,7 @@
 
 #include "app/boxes/HandbookWindow.h"
 #include "app/boxes/frmRecovered.h"
+#include "app/folder/FolderParts.h"
 #include "app/frame/FrameMenus.h"
 #include "app/frame/frmMain.h"
 #include "app/look/Icons.h"
@@ -331,6 +332,7 @@ display:
                           QCoreApplication::translate("mGlobals", "About %1 ...").arg(QString::fromLatin1(kApplicationTitle)),
                           true);
   main.restoreLog();
+  main.folders().restore();
   main.show();
   QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn after the text is visible
   SessionEnd sessionEnd(main);

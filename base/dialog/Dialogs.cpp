@@ -17,6 +17,7 @@
 #include "base/Strings.h"
 #include "base/Workspace.h"
 #include "base/dialog/FileFilter.h"
+#include "base/dialog/FolderDialog.h"
 #include "base/dialog/OddNames.h"
 
 namespace {
@@ -124,7 +125,10 @@ class DesktopDialogs : public Dialogs {
     QFileDialog dialog(QApplication::activeWindow());
     prepare(dialog, request);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
-    dialog.setFileMode(request.multiple ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+    dialog.setFileMode(request.filter == kFoldersOnly ? QFileDialog::Directory
+                       : request.multiple             ? QFileDialog::ExistingFiles
+                                                      : QFileDialog::ExistingFile);
+    dialog.setOption(QFileDialog::ShowDirsOnly, request.filter == kFoldersOnly);
     return run(dialog, request);
   }
 
@@ -153,7 +157,7 @@ class DesktopDialogs : public Dialogs {
  private:
   static void prepare(QFileDialog& dialog, const FileDialogRequest& request) {
     if (!request.title.isEmpty()) dialog.setWindowTitle(plainForDisplay(request.title, 200));
-    const QStringList filters = dialogFilters(request.filter);
+    const QStringList filters = request.filter == kFoldersOnly ? QStringList() : dialogFilters(request.filter);
     if (!filters.isEmpty()) {
       dialog.setNameFilters(filters);
       dialog.selectNameFilter(filters.value(request.filterIndex - 1, filters.first()));

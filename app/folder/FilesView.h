@@ -1,0 +1,67 @@
+// What the dock "Files" shows: the folder that is worked in, a filter, the tree of files, and what there is to say of it.
+#pragma once
+
+#include <QStringList>
+#include <QTimer>
+#include <QWidget>
+
+class FilesModel;
+class FolderWatch;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QToolButton;
+class QTreeView;
+class WorkFolder;
+class frmMain;
+
+class FilesView : public QWidget {
+  Q_OBJECT
+ public:
+  FilesView(frmMain& frame, WorkFolder& work, QWidget* parent);
+
+  QString filter() const;
+  void setFilter(const QString& text);
+  void focusTree();
+  void lookAtDisk();   // as the window comes forward
+
+ signals:
+  void closeAsked();
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  void showRoot();
+  void showTree();
+  void showNotes();
+  void markDocuments();
+  void watchOpenFolders();
+  void showMenu(const QPoint& at);
+  void fillMenu(QMenu& menu);
+  QString current() const;         // path of the current entry; empty: none
+  QString currentFolder() const;   // it, or the folder that it is in
+  void open(const QString& path, bool beside = false);
+  void rename(const QString& path, const QString& name);
+  void make(bool folder);
+  void remove(const QString& path);
+  void reveal(const QString& path);
+  void editName();
+  void follow(const QString& from, const QString& to);   // documents whose file has another name now
+
+  frmMain& frame_;
+  WorkFolder& work_;
+  QLabel* title_;
+  QToolButton* menu_;
+  QLineEdit* filter_;
+  QTreeView* tree_;
+  QLabel* note_;
+  FilesModel* model_;
+  FolderWatch* watch_;
+  QTimer marks_, watches_, narrowing_;
+  QString shownRoot_, select_;   // select_: what was just made or renamed, until the tree has it
+  bool shownAll_ = false, filtered_ = false;
+  QStringList expanded_;   // while the filter shows something else
+  int unwatched_ = 0;
+  qsizetype notShown_ = 0;   // files that the filter lets through beyond those that are shown
+};
