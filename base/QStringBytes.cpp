@@ -14,7 +14,7 @@ QString toQString(std::string_view bytes) {
   result.reserve(static_cast<qsizetype>(bytes.size()));
   while (!bytes.empty()) {
     const text::Char c = text::decode(bytes);
-    if (c.bad) result += QChar(static_cast<ushort>(0xDC00 + c.code));
+    if (c.bad) result += QChar(static_cast<ushort>(kBadByte + c.code));
     else result += QChar::fromUcs4(c.code);
     bytes.remove_prefix(static_cast<std::size_t>(c.bytes));
   }
@@ -38,7 +38,7 @@ std::string fromQString(QStringView text) {
     flush(i);
     from = i + 1;
     const char16_t unit = text[i].unicode();
-    if (unit >= 0xDC80 && unit <= 0xDCFF) result += static_cast<char>(unit - 0xDC00);
+    if (isBadByte(unit)) result += static_cast<char>(unit - kBadByte);
     else result += "\xEF\xBF\xBD";
   }
   flush(text.size());

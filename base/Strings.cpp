@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <algorithm>
 
+#include "base/QStringBytes.h"
+
 namespace {
 
 qsizetype lastSeparator(const QString& path) {
@@ -36,8 +38,7 @@ QString escaped(char32_t c) {
     case '\t': return QStringLiteral("\\t");
     default: break;
   }
-  // The control keeps a bad byte b as the lone surrogate U+DC00 + b.
-  if (c >= 0xDC80 && c <= 0xDCFF) return QStringLiteral("\\x%1").arg(c - 0xDC00, 2, 16, QLatin1Char('0'));
+  if (isBadByte(c)) return QStringLiteral("\\x%1").arg(c - kBadByte, 2, 16, QLatin1Char('0'));
   return QStringLiteral("<U+%1>").arg(QString::number(c, 16).toUpper().rightJustified(4, QLatin1Char('0')));
 }
 

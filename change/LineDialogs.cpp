@@ -80,7 +80,7 @@ bool LineDialogs::insertSeries(CodeMax& cmx, QWidget* parent) {
   Fields dialog(T::tr("Insert Number Series"), "frmSeries", parent);
   auto* start = new QLineEdit(QString::number(series_.start));
   auto* step = new QLineEdit(QString::number(series_.step));
-  auto* repeat = number(1, 1000000, series_.repeat);
+  auto* repeat = number(1, NumberSeries::kMostRepeats, series_.repeat);
   auto* base = new QComboBox;
   for (const auto& [text, value] :
        {std::pair{T::tr("Decimal"), 10}, {T::tr("Hexadecimal"), 16}, {T::tr("Binary"), 2}, {T::tr("Octal"), 8}})

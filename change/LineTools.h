@@ -27,6 +27,7 @@ qint64 JoinLines(CodeMax& cmx);   // to one line, one blank where lines met
 
 struct NumberSeries {
   qint64 start = 0, step = 1;
+  static constexpr int kMostRepeats = 1'000'000;
   int repeat = 1;           // each number this many times
   int base = 10;            // 2, 8, 10 or 16
   int width = 0;            // at least so many digits

@@ -88,7 +88,7 @@ bool series(CodeMax& cmx, const QString& argument) {
   qint64 repeat = 1, base = 10, width = 0;
   constexpr qint64 kMost = std::numeric_limits<qint64>::max(), kLeast = std::numeric_limits<qint64>::min();
   if (!given.error.isEmpty() || !number(given, "start", kLeast, kMost, &s.start) ||
-      !number(given, "step", kLeast, kMost, &s.step) || !number(given, "repeat", 1, 1000000, &repeat) ||
+      !number(given, "step", kLeast, kMost, &s.step) || !number(given, "repeat", 1, NumberSeries::kMostRepeats, &repeat) ||
       !number(given, "base", 2, 16, &base) || !number(given, "width", 0, 64, &width))
     return false;
   if (base != 2 && base != 8 && base != 10 && base != 16) return false;

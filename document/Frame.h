@@ -8,6 +8,11 @@ class frmDocument;
 class frmLog;
 class QPoint;
 
+// States of document windows. The numbers are stored in the settings: never renumber.
+namespace windowstate {
+inline constexpr int kNormal = 0, kMinimised = 1, kMaximised = 2;
+}
+
 class Frame {
  public:
   virtual ~Frame() = default;
@@ -23,7 +28,7 @@ class Frame {
   virtual bool isMinimised() = 0;
   virtual bool saveActive() = 0;                             // runs the save command; false: failed or cancelled
   virtual void documentClosing(frmDocument* document) = 0;   // mainFileClose
-  virtual void rememberDocumentState(int windowState) = 0;   // 0 normal, 1 minimised, 2 maximised: for the next document
+  virtual void rememberDocumentState(int windowState) = 0;   // see windowstate; for the next document
   virtual bool isTemplateAtCaret(bool afterTyping) = 0;      // afterTyping: applies the rule of the two dots
   virtual void showEditPopup(const QPoint& globalPosition) = 0;
   virtual frmLog* log() = 0;   // never null in the running program

@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 
 #include "base/FileNames.h"
+#include "base/QStringBytes.h"
 
 using namespace Qt::StringLiterals;
 
@@ -40,7 +41,7 @@ QString withBytes(const QString& shown) {
   qsizetype done = 0;
   for (auto matches = code.globalMatch(shown); matches.hasNext();) {
     const auto match = matches.next();
-    name += shown.mid(done, match.capturedStart() - done) + QChar(ushort(0xDC00 + match.captured(1).toInt(nullptr, 16)));
+    name += shown.mid(done, match.capturedStart() - done) + QChar(ushort(kBadByte + match.captured(1).toInt(nullptr, 16)));
     done = match.capturedEnd();
   }
   return name + shown.mid(done);

@@ -77,7 +77,9 @@ bool firstLineIsCrlf(const std::string& path, const text::SearchControl& control
   return crlf;
 }
 
-int windowStateOf(const QWidget& window) { return window.isMinimized() ? 1 : window.isMaximized() ? 2 : 0; }
+int windowStateOf(const QWidget& window) {
+  return window.isMinimized() ? windowstate::kMinimised : window.isMaximized() ? windowstate::kMaximised : windowstate::kNormal;
+}
 
 }   // namespace
 
@@ -262,7 +264,7 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   Timer1->start();
   // In UTF-16 a byte of another character may equal a line feed. Then only the control can tell.
   const text::Encoding encoding = cmx->fileFormat().encoding;
-  const bool wide = encoding == text::Encoding::utf16le || encoding == text::Encoding::utf16be;
+  const bool wide = text::isUnicode(encoding) && encoding != text::Encoding::utf8;
   // An empty file tells nothing about the text that undo may bring back.
   if (!wide && !(again && cmx->LineCount() == 1)) {
     const bool crlf = SetCRLF(path);
@@ -279,7 +281,7 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
   TextModel& model = *cmx->model();
   text::LoadOptions options;
   options.format = as;
-  if (model.format.encoding >= text::Encoding::windows1252) options.fallback = model.format.encoding;
+  if (!text::isUnicode(model.format.encoding)) options.fallback = model.format.encoding;
   const std::string name = fromQString(path);
   const auto read = std::make_shared<text::LoadedFile>();
   const auto load = [name, options, read](text::SearchControl& control) { *read = text::loadFile(name, options, &control); };

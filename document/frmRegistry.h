@@ -23,7 +23,7 @@ class ProfiledFrame {
   virtual QWidget* profileWindow() = 0;
   virtual bool isChecked(const QString& menuName) = 0;
   virtual void setChecked(const QString& menuName, bool on) = 0;
-  virtual int cmxWindowState() = 0;   // 0 normal, 1 minimised, 2 maximised: of document windows
+  virtual int cmxWindowState() = 0;   // see windowstate; of document windows
   virtual void setCmxWindowState(int state) = 0;
   virtual void setMenu(const QString& menuName, int index, const QString& caption, bool visible) = 0;
   virtual void setMenuEnabled(const QString& menuName, bool on) = 0;

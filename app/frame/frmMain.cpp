@@ -143,7 +143,7 @@ void frmMain::setTemplatePanel(bool on) { panels_->setTemplatePicture(on); }
 void frmMain::setUndoRedo(bool, bool) { refreshToolbar(); }
 bool frmMain::isMinimised() { return isMinimized(); }
 void frmMain::rememberDocumentState(int windowState) {
-  if (windowState != 1) documentState_ = windowState;   // the next document should not start minimised
+  if (windowState != windowstate::kMinimised) documentState_ = windowState;   // the next document should not start minimised
 }
 
 void frmMain::showEditPopup(const QPoint& globalPosition) {
@@ -185,7 +185,7 @@ QMdiSubWindow* frmMain::windowOf(const frmDocument* document) const {
 void frmMain::adopt(frmDocument* document) {
   // The first window opens in the state that documents had last; further ones follow the active window.
   const QMdiSubWindow* front = mdi_->currentSubWindow();
-  const bool maximised = documents_.isEmpty() || !front ? documentState_ == 2 : front->isMaximized();
+  const bool maximised = documents_.isEmpty() || !front ? documentState_ == windowstate::kMaximised : front->isMaximized();
   QMdiSubWindow* window = mdi_->addSubWindow(document);
   window->setAttribute(Qt::WA_DeleteOnClose);
   window->setWindowIcon(icons::byName(QStringLiteral("text-x-generic")));

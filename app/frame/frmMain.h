@@ -207,6 +207,6 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   frmCommand* command_ = nullptr;
   QDockWidget* logDock_ = nullptr;
   frmLog* log_ = nullptr;
-  int documentState_ = 2;   // of document windows: 0 normal, 2 maximised
+  int documentState_ = windowstate::kMaximised;   // of document windows; never minimised
   bool clipboardHasText_ = false, anyModified_ = false, unloaded_ = false;
 };

@@ -118,7 +118,7 @@ QList<QMdiSubWindow*> frmMain::normalWindows() {
     if (window->isMaximized()) window->showNormal();
     windows << window;
   }
-  documentState_ = 0;
+  documentState_ = windowstate::kNormal;
   return windows;
 }
 
@@ -276,7 +276,7 @@ void frmMain::fillEncodings(QMenu& menu) {
   const auto addAll = [&](QMenu& to, bool reopen) {
     for (const text::Encoding encoding : text::encodings()) {
       const QString caption = QString::fromLatin1(text::name(encoding));
-      const bool unicode = encoding < text::Encoding::windows1252;
+      const bool unicode = text::isUnicode(encoding);
       add(to, caption, {encoding, false}, reopen);
       if (unicode) add(to, caption + tr(" with BOM"), {encoding, true}, reopen);
     }

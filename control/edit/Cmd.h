@@ -1,5 +1,5 @@
-// The numbers of the edit commands, 100 to 212 without gaps. Macros and other programs hold them: never renumber. What each
-// command does stands in CommandTable.cpp.
+// The numbers of the edit commands, without gaps. Macros and other programs store them: never renumber, and never compare them as a
+// range. CommandTable.cpp says what each command does.
 #pragma once
 
 // clang-format off

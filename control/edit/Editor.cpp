@@ -372,7 +372,7 @@ class Checked {
 }   // namespace
 #endif
 
-bool Editor::execute(int id, const QVariant& argument) {
+bool Editor::execute(CommandNumber id, const QVariant& argument) {
   const Command* command = commandById(id);
   if (command) EditorAccess::run(*this, *command, argument);
   return command != nullptr;

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+#include "control/edit/Cmd.h"
 #include "control/edit/TextModel.h"
 #include "text/find/Search.h"
 
@@ -51,6 +52,7 @@ class EditorHost {
   virtual void setClipboard(const QString& text, bool block);
 };
 
+// The numbers are stored in the settings.
 enum class AutoIndent { off = 0, same = 1, language = 2 };
 
 // Options that all views of a control share; the display settings of the control are kept by CodeMax.
@@ -114,8 +116,8 @@ class Editor {
   int repeatCount = 1;   // of the next command only
   bool appendNextCut = false;
 
-  // Runs command `id` (100 to 212). False only for an unknown number. See CommandTable.h.
-  bool execute(int id, const QVariant& argument = {});
+  // Runs an edit command (CommandTable.h). False only for an unknown number.
+  bool execute(CommandNumber id, const QVariant& argument = {});
 
   std::function<void()> onSelectionChanged;   // after each move of caret or selection
 

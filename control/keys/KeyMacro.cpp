@@ -5,6 +5,7 @@
 #include <optional>
 #include <tuple>
 
+#include "base/QStringBytes.h"
 #include "base/Workspace.h"
 #include "control/edit/EditorAccess.h"
 #include "control/find/Finding.h"
@@ -31,8 +32,7 @@ QString quoted(const QString& text) {
     else if (u == '\t') result += QStringLiteral("\\t");
     else if (u == '\n') result += QStringLiteral("\\n");
     else if (u == '\r') result += QStringLiteral("\\r");
-    else if ((!c.isPrint() && !c.isSurrogate()) || (u >= 0xDC80 && u <= 0xDCFF))
-      result += QStringLiteral("\\u%1").arg(u, 4, 16, QLatin1Char('0'));
+    else if ((!c.isPrint() && !c.isSurrogate()) || isBadByte(u)) result += QStringLiteral("\\u%1").arg(u, 4, 16, QLatin1Char('0'));
     else result += c;
   }
   return result + u'"';

@@ -5,9 +5,9 @@
 #include <QPalette>
 #include <array>
 
-// The 18 colour slots. Their numbers are stored in the settings (COLORS0 to COLORS17): never renumber.
+// The colour slots. Their numbers are stored in the settings ("COLORS0" ...): never renumber, add new ones at the end.
 enum class ColorSlot {
-  Window,
+  Window = 0,
   Text,
   SelectionBack,
   SelectionText,
@@ -26,7 +26,7 @@ enum class ColorSlot {
   TagText,
   MatchingBrace
 };
-inline constexpr int kColorSlots = 18;
+inline constexpr int kColorSlots = static_cast<int>(ColorSlot::MatchingBrace) + 1;
 
 class ColorScheme {
  public:

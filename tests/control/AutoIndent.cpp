@@ -98,9 +98,9 @@ TEST(AutoIndent, BlanksThatNothingFollowsDoNotStay) {
       {"down", command(157), "\tx\n\n\t|y", nullptr},
       {"elsewhere", [](EditorFixture& f) { f.editor.setRange({2, 2, 2, 2, false}); }, "\tx\n\n\ty|", nullptr},
       {"Return", [](EditorFixture& f) { f.editor.newLine(); }, "\tx\n\n\t|\n\ty", "\tx\n\t|\n\ty"},
-      {"typed", [](EditorFixture& f) { f.editor.typeText(QStringLiteral("z")); f.editor.execute(149); }, "\tx|\n\tz\n\ty", "\tx\n\t|\n\ty"},
-      {"own blanks", [](EditorFixture& f) { f.editor.typeText(QStringLiteral("\t")); f.editor.execute(189); }, "|\tx\n\t\t\n\ty", "\tx\n\t|\n\ty"},
-      {"saved", [](EditorFixture& f) { f.model->document().markSaved(); f.editor.execute(189); }, "|\tx\n\t\n\ty", nullptr},
+      {"typed", [](EditorFixture& f) { f.editor.typeText(QStringLiteral("z")); f.editor.execute(Cmd::LINEUP); }, "\tx|\n\tz\n\ty", "\tx\n\t|\n\ty"},
+      {"own blanks", [](EditorFixture& f) { f.editor.typeText(QStringLiteral("\t")); f.editor.execute(Cmd::DOCUMENTSTART); }, "|\tx\n\t\t\n\ty", "\tx\n\t|\n\ty"},
+      {"saved", [](EditorFixture& f) { f.model->document().markSaved(); f.editor.execute(Cmd::DOCUMENTSTART); }, "|\tx\n\t\n\ty", nullptr},
       {"in the line", command(165), "\tx\n|\t\n\ty", nullptr},
   };
   // clang-format on
@@ -108,7 +108,7 @@ TEST(AutoIndent, BlanksThatNothingFollowsDoNotStay) {
     for (const Left& c : cases) {
       SCOPED_TRACE(c.what);
       EditorFixture f("\tx|\n\ty");
-      opened ? void(f.editor.execute(152)) : void(f.editor.newLine());
+      opened ? void(f.editor.execute(Cmd::LINEOPENBELOW)) : void(f.editor.newLine());
       EXPECT_EQ(f.shown(), "\tx\n\t|\n\ty");
       c.leave(f);
       EXPECT_EQ(f.shown(), c.after);
@@ -117,8 +117,8 @@ TEST(AutoIndent, BlanksThatNothingFollowsDoNotStay) {
     }
   EditorFixture f("\tx|\n\ty");
   f.editor.repeatCount = 2;
-  f.editor.execute(212);
-  f.editor.execute(189);
+  f.editor.execute(Cmd::NEWLINE);
+  f.editor.execute(Cmd::DOCUMENTSTART);
   EXPECT_EQ(f.shown(), "|\tx\n\n\n\ty");
   f.editor.undo();
   f.editor.undo();

@@ -83,7 +83,7 @@ TEST(Commands, TableIsWhole) {
   for (const char16_t* unknown : {u"", u"WORD", u"WORDRIGHT ", u"ＵＮＤＯ"}) EXPECT_EQ(commandByName(unknown), nullptr);
   EditorFixture f("a|");
   EXPECT_FALSE(f.editor.execute(99));
-  EXPECT_TRUE(f.editor.execute(212));
+  EXPECT_TRUE(f.editor.execute(Cmd::NEWLINE));
 }
 
 // The numbers are stored in settings and used from outside: pinned by a few of them all along the table.

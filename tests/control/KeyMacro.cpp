@@ -34,7 +34,7 @@ TEST_F(KeyMacroTest, RecordsWhatTheUserDoesAndPlaysIt) {
   f.editor.typeText(QStringLiteral("<"));
   f.editor.typeText(QStringLiteral("\""));
   f.run("WORDUPPERCASE");
-  f.editor.execute(212);
+  f.editor.execute(Cmd::NEWLINE);
   {
     const BusyGuard busy;   // the program's own doing is no part of it
     f.run("SELECTALL");
@@ -102,7 +102,8 @@ TEST_F(KeyMacroTest, EachCutOfAMacroPlayedInRepetitionsStandsAlone) {
 
 TEST_F(KeyMacroTest, OneThatUndoesIsPlayedSeveralTimes) {
   EditorFixture f("|");
-  keyMacros().set({QStringLiteral("back"), {{0, QStringLiteral("x")}, {129, {}}, {212, {}}}});
+  keyMacros().set(
+      {QStringLiteral("back"), {{0, QStringLiteral("x")}, {CommandNumber(Cmd::UNDO), {}}, {CommandNumber(Cmd::NEWLINE), {}}}});
   keyMacros().play(f.editor, QStringLiteral("back"), 0);   // it is the one played last
   f.run("SETREPEATCOUNT", 2);
   executeAny(f.editor, anyCommandByName(u"MACROPLAY")->id);
@@ -111,12 +112,13 @@ TEST_F(KeyMacroTest, OneThatUndoesIsPlayedSeveralTimes) {
 
 TEST_F(KeyMacroTest, PlayedInsideARecordingBecomesPartOfIt) {
   EditorFixture f("|");
-  keyMacros().set({QStringLiteral("inner"), {{0, QStringLiteral("i")}, {212, {}}}});
+  keyMacros().set({QStringLiteral("inner"), {{0, QStringLiteral("i")}, {CommandNumber(Cmd::NEWLINE), {}}}});
   keyMacros().toggleRecording();
   f.editor.typeText(QStringLiteral("o"));
   keyMacros().play(f.editor, QStringLiteral("inner"));
   keyMacros().toggleRecording();
-  EXPECT_EQ(keyMacros().find(QStringLiteral("Macro 1"))->steps, (std::vector<KeyMacroStep>{{0, QStringLiteral("oi")}, {212, {}}}));
+  EXPECT_EQ(keyMacros().find(QStringLiteral("Macro 1"))->steps,
+            (std::vector<KeyMacroStep>{{0, QStringLiteral("oi")}, {CommandNumber(Cmd::NEWLINE), {}}}));
 }
 
 TEST_F(KeyMacroTest, TextRoundTrips) {

@@ -243,7 +243,7 @@ TEST(CommandDialog, MacrosAndKeysComeBack) {
   CMXRegistry::loadHotKeys();
   const QString keysBefore = keyMap().toText(), macrosBefore = keyMacros().toText();
   keyMacros().set({u"twice"_s, {{0, u"a\n\"b"_s}, {168, 3}}});
-  keyMap().bind(QKeySequence(u"Ctrl+Alt+F9"_s), {129, {}});
+  keyMap().bind(QKeySequence(u"Ctrl+Alt+F9"_s), {CommandNumber(Cmd::UNDO), {}});
   const QString macros = keyMacros().toText(), keys = keyMap().toText();
   CMXRegistry::storeOptions(CodeMax());
   EXPECT_EQ(modRegistry::Flush(), 0);

@@ -91,6 +91,14 @@ std::optional<Encoding> encodingByName(std::string_view wanted) {
   return std::nullopt;
 }
 
+std::optional<Encoding> encodingByNumber(std::uint64_t number) {
+  for (const auto& row : kRows)
+    if (static_cast<std::uint64_t>(row.encoding) == number) return row.encoding;
+  return std::nullopt;
+}
+
+bool isUnicode(Encoding encoding) { return !rowOf(encoding).mark.empty(); }
+
 std::vector<Encoding> encodings() {
   std::vector<Encoding> all;
   for (const auto& row : kRows) all.push_back(row.encoding);

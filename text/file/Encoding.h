@@ -2,6 +2,7 @@
 // load and back on save. An encoding is taken only if the way back gives exactly the bytes that were read.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,18 +10,19 @@
 
 namespace text {
 
+// The numbers are stored in recovery journals: never renumber, add new ones at the end. Their order has no meaning.
 enum class Encoding : unsigned char {
-  utf8,
-  utf16le,
-  utf16be,
-  windows1252,
-  latin1,
-  iso8859_15,
-  windows1250,
-  iso8859_2,
-  windows1251,
-  koi8r,
-  cp437
+  utf8 = 0,
+  utf16le = 1,
+  utf16be = 2,
+  windows1252 = 3,
+  latin1 = 4,
+  iso8859_15 = 5,
+  windows1250 = 6,
+  iso8859_2 = 7,
+  windows1251 = 8,
+  koi8r = 9,
+  cp437 = 10
 };
 
 struct FileFormat {
@@ -29,9 +31,11 @@ struct FileFormat {
   bool operator==(const FileFormat&) const = default;
 };
 
-const char* name(Encoding encoding);                             // "UTF-8", "Windows-1252" ...
-std::optional<Encoding> encodingByName(std::string_view name);   // folds case
-std::vector<Encoding> encodings();                               // all, in the order for menus
+const char* name(Encoding encoding);                              // "UTF-8", "Windows-1252" ...
+std::optional<Encoding> encodingByName(std::string_view name);    // folds case
+std::optional<Encoding> encodingByNumber(std::uint64_t number);   // as stored
+bool isUnicode(Encoding encoding);                                // has a byte order mark; else one byte for each character
+std::vector<Encoding> encodings();                                // all, in the order for menus
 
 // What the bytes of a file are: BOM, valid UTF-8 (a few bad bytes among valid multi-byte sequences stay UTF-8), UTF-16
 // pattern (also without BOM), else `fallback` (an 8-bit encoding). The encoding it gives always decodes these bytes exactly.

@@ -93,7 +93,7 @@ bool Decoder::next(Record* record) {
   const auto kind = static_cast<std::uint32_t>(cut.number(4));
   const std::uint64_t sequence = cut.number(8), length = cut.number(4);
   if (sequence != sequence_ || length > kMostPayload) return false;
-  if (kind < static_cast<std::uint32_t>(Kind::about) || kind > static_cast<std::uint32_t>(Kind::edits)) return false;
+  if (!isKind(kind)) return false;
   if (!fill(&record->payload, length) || !fill(&sum, 8)) return false;
   const std::uint64_t chain = checksum(chain_, head, record->payload);
   if (Cut{sum}.number(8) != chain) return false;
@@ -127,11 +127,12 @@ bool decodeAbout(std::string_view payload, JournalAbout* about) {
   Cut cut{payload};
   about->path = cut.bytes(cut.number(4));
   about->title = cut.bytes(cut.number(4));
-  const std::uint64_t encoding = cut.number(1), bom = cut.number(1);
+  const auto encoding = encodingByNumber(cut.number(1));
+  const std::uint64_t bom = cut.number(1);
   about->startedNs = static_cast<std::int64_t>(cut.number(8));
   const std::uint64_t stamp = cut.number(1);
-  if (!cut.ok || encoding >= encodings().size() || bom > 1 || stamp > 2) return false;
-  about->format = {static_cast<Encoding>(encoding), bom == 1};
+  if (!cut.ok || !encoding || bom > 1 || stamp > 2) return false;
+  about->format = {*encoding, bom == 1};
   about->stamp.reset();
   about->caret = -1;
   const auto end = [&] {   // journals of earlier versions end here

@@ -36,7 +36,13 @@ inline constexpr std::string_view kSuffix = ".journal", kAsideSuffix = ".new";  
 inline constexpr std::size_t kMostPayload = 1 << 20;                             // of one record
 inline constexpr std::size_t kRecordFrame = 4 + 8 + 4 + 8;                       // size of a record without its payload
 
-enum class Kind : std::uint32_t { about = 1, baseFile, baseBegin, basePart, baseEnd, edits };
+// The numbers are stored: never renumber.
+enum class Kind : std::uint32_t { about = 1, baseFile = 2, baseBegin = 3, basePart = 4, baseEnd = 5, edits = 6 };
+constexpr bool isKind(std::uint32_t number) {
+  for (const Kind kind : {Kind::about, Kind::baseFile, Kind::baseBegin, Kind::basePart, Kind::baseEnd, Kind::edits})
+    if (static_cast<std::uint32_t>(kind) == number) return true;
+  return false;
+}
 
 // Makes records in sequence.
 class Encoder {

@@ -80,8 +80,10 @@ class Replay {
 
   bool baseBegin(std::string_view payload) {
     std::uint64_t mode = 0;
-    if (!journal::decodeNumbers(payload, {&mode}) || mode > 1) return false;
-    builder_.emplace(static_cast<LineMode>(mode));
+    if (!journal::decodeNumbers(payload, {&mode})) return false;
+    const auto read = static_cast<LineMode>(mode);
+    if (mode != static_cast<std::uint64_t>(read) || (read != LineMode::lf && read != LineMode::cr)) return false;
+    builder_.emplace(read);
     return true;
   }
 

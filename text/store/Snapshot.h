@@ -14,7 +14,7 @@
 
 namespace text {
 
-enum class LineMode : unsigned char { lf, cr };
+enum class LineMode : unsigned char { lf = 0, cr = 1 };   // the numbers are stored in recovery journals
 enum class LineBreak : unsigned char { none, lf, crlf, cr };
 
 // The bytes of a break; empty for none.
