@@ -26,7 +26,7 @@ enum class ColorSlot {
   TagText,
   MatchingBrace
 };
-inline constexpr int kColorSlots = static_cast<int>(ColorSlot::MatchingBrace) + 1;
+inline constexpr int kColorSlots = static_cast<int>(ColorSlot::MatchingBrace) + 1;   // behind the last one
 
 class ColorScheme {
  public:
