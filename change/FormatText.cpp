@@ -303,7 +303,7 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     return result;
   }
   if (!whole) {
-    result.error = T::tr("The text would have lost something; nothing was changed.");
+    result.error = T::tr("The text would have lost more than white space and letter case; nothing was changed.");
     return result;
   }
   result.linesChanged = linesThatDiffer(before, cmx.model()->snapshot());

@@ -64,7 +64,7 @@ bool LineDialogs::columnize(CodeMax& cmx, QWidget* parent) {
   auto* delimiter = new QLineEdit(delimiter_);
   delimiter->selectAll();
   dialog.form->addRow(T::tr("&Delimiter"), delimiter);
-  auto* groups = dialog.check(T::tr("Lines between &blank lines each for themselves"), columnize_.groupsApart);
+  auto* groups = dialog.check(T::tr("Align groups between &blank lines separately"), columnize_.groupsApart);
   auto* code = dialog.check(T::tr("Leave &strings and comments alone"), columnize_.codeOnly);
   auto* block = dialog.check(T::tr("Only within the selected b&lock"), columnize_.withinBlock && isBlock);
   block->setEnabled(isBlock);

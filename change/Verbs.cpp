@@ -53,10 +53,10 @@ bool format(CodeMax& cmx, const QString& argument) {
   const auto say = [](const char* text) { return QCoreApplication::translate("Verbs", text); };
   QString complaint;
   if (!language && (choices.indent > 0 || choices.mainCase > 0 || choices.keywordCase > 0))
-    complaint = say(QT_TRANSLATE_NOOP("Verbs", "The document has no language: its indentation and letter case stay."));
+    complaint = say(QT_TRANSLATE_NOOP("Verbs", "The document has no language: its indentation and letter case are not changed."));
   else if (caseMatters(choices, language) && !choices.changeCaseAnyway)
     complaint =
-        say(QT_TRANSLATE_NOOP("Verbs", "Letter case has a meaning in this language and stays; the option anycase changes it."));
+        say(QT_TRANSLATE_NOOP("Verbs", "The language is case-sensitive, so letter case stays; the option anycase changes it."));
   const FormatResult result = FormatIt(cmx, language, choices);
   if (!result.error.isEmpty()) complaint = result.error;
   else complaint = (QStringList(complaint) + result.notes).join(u'\n').trimmed();
@@ -147,26 +147,28 @@ void AddFormatVerbs() {
   using statements::addVerb;
   addVerb("FORMAT",
           "[tabs=N] [text=CASE] [keywords=CASE] [indent=N] [lineends=unix|windows] [careful] [indenttabs] [selection] [anycase]",
-          "Formats the text: tabs to N blanks (0: one stays between two words), letter case (upper, lower, capitalize), "
+          "Formats the text: tabs to N blanks (0: none, but one between two words), letter case (upper, lower, capitalize), "
           "indentation by N (careful: indenttabs indents by one tab a level instead), line ends. "
-          "selection: only the selected lines, without a selection all; line ends are always those of the whole text.",
+          "selection: only the selected lines, without a selection all lines; line ends always change in the whole text.",
           format);
-  addVerb(
-      "COLUMNIZE", "delimiter [-g] [-c] [-b]",
-      "Aligns a delimiter in the selected lines, else in all; -g groups between blank lines, -c code only, -b within the block.",
-      columnize);
+  addVerb("COLUMNIZE", "delimiter [-g] [-c] [-b]",
+          "Aligns a delimiter in the selected lines, without a selection in all lines; -g groups between blank lines, -c code "
+          "only, -b within the block.",
+          columnize);
   addVerb("SERIES", "[start=N] [step=N] [repeat=N] [base=2|8|10|16] [width=N] [zeros] [upper] [prefix=TEXT] [suffix=TEXT]",
-          "Puts a series of numbers into the selected lines.", series);
-  addVerb("SORTLINES", "[descending] [case] [numeric] [unique]",
-          "Sorts the selected lines, else all; numeric by the first number of each, unique keeps one of equal lines, case tells A "
-          "from a in the order.",
-          sortLines);
-  addVerb("UNIQUELINES", "", "Removes lines that have stood before.", plain<removeDuplicates>);
+          "Inserts a series of numbers into the selected lines.", series);
+  addVerb(
+      "SORTLINES", "[descending] [case] [numeric] [unique]",
+      "Sorts the selected lines, without a selection all lines; numeric: by the first number of each line; unique: keeps one of "
+      "equal lines; case: case-sensitive order.",
+      sortLines);
+  addVerb("UNIQUELINES", "", "Removes repeated lines.", plain<removeDuplicates>);
   addVerb("BLANKLINES", "", "Removes lines of white space only.", plain<RemoveBlankLines>);
   addVerb("TRIMLINES", "", "Removes blanks and tabs at line ends.", plain<TrimLineEnds>);
-  addVerb("SUBSTITUTE", "/expression/replacement/[i]",
-          "Replaces what a regular expression finds in the selected lines, else in the caret's; \\1 to \\9 are its groups, i folds "
-          "case.",
-          substitute);
+  addVerb(
+      "SUBSTITUTE", "/expression/replacement/[i]",
+      "Replaces the matches of a regular expression in the selected lines, else in the caret's line; \\1 to \\9 are its groups, i "
+      "ignores letter case.",
+      substitute);
   addVerb("JOINLINES", "", "Joins the selected lines, else the caret's line and the next.", plain<JoinLines>);
 }

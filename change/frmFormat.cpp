@@ -69,7 +69,7 @@ void frmFormat::Form_Load() {
          "Otherwise only the first word of each line counts."));
   chkIndentTabs_ = new QCheckBox(tr("In&dent with tabs"));
   chkIndentTabs_->setObjectName(QStringLiteral("chkIndentTabs"));
-  chkIndentTabs_->setToolTip(tr("Ticked when the text is indented so now. Tabs as far as they reach, blanks for the rest."));
+  chkIndentTabs_->setToolTip(tr("Ticked if the text is indented with tabs now. Tabs as far as possible, blanks for the rest."));
   chkSelection_ = new QCheckBox(tr("Only the &selected lines"));
   chkSelection_->setObjectName(QStringLiteral("chkSelection"));
   lblResult_ = new QLabel;
@@ -157,7 +157,7 @@ FormatChoices frmFormat::choices() const {
 
 bool frmFormat::agree(FormatChoices* chosen, const clsLang* language) {
   if (!caseMatters(*chosen, language)) return true;
-  const auto answer = MsgBox(tr("%1 tells upper from lower case: changing the letter case changes what the text means.\n"
+  const auto answer = MsgBox(tr("%1 is case-sensitive: changing the letter case changes the meaning of the text.\n"
                                 "Do you want to change it all the same?")
                                  .arg(language->Name),
                              windowTitle(), Icon::exclamation, Buttons::yesNoCancel);

@@ -345,7 +345,7 @@ bool frmDocument::makeFolderOf(const QString& path) {
   const QString folder = GetFileDir(path);
   if (folder.isEmpty() || !fileIsMissing(folder)) return true;
   const OwnBox box(*this);
-  const QString question = tr("The folder %1 is not there.\r\nDo you want to make it?").arg(plainForDisplay(folder));
+  const QString question = tr("The folder %1 does not exist.\r\nDo you want to create it?").arg(plainForDisplay(folder));
   if (MsgBox(question, savingTitle(path), Icon::question, Buttons::yesNo) != Answer::yes || box.documentIsGone()) return false;
   const std::string error = text::makeFolders(fromQString(folder));
   if (!error.empty()) tellSaveError(path, toQString(error));

@@ -176,7 +176,7 @@ CmPosition frmLog::CurrentPosition() const {
 
 bool frmLog::SaveDocumment(const QString& path) {
   if (frame() && frame()->isInUse(fullPath(path))) {
-    tellSaveError(path, tr("The file is open, or is being worked on"));
+    tellSaveError(path, tr("The file is open, or a run works on it"));
     return false;
   }
   const text::SaveResult result = cmx->SaveFile(path, false);

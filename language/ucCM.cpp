@@ -159,7 +159,7 @@ std::optional<text::FileStamp> ucCM::writeFile(const QString& text, const QStrin
     if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return std::nullopt;
     return writeOwnFile(text, foreign, wanted);
   };
-  const QString unread = tr("The definition file %1 is not replaced, as it could not be read.").arg(plainForDisplay(iniFile_));
+  const QString unread = tr("The definition file %1 is not replaced, because it could not be read.").arg(plainForDisplay(iniFile_));
   const bool known = expected && expected->exists;
   if (!known && text::fileExists(path)) return orOwn(unread);
   const auto refuse = [this](const QString& why) {

@@ -245,10 +245,10 @@ int run(const BatchOptions& options) {
     own.inUse = &inUse;
     if (!options.outputFolder.isEmpty()) {
       const QString target = QDir(options.outputFolder).filePath(document.CurrentFileTitle());
-      const QString why = sources.holdsFileOf(target) ? tr("The output folder holds a file that is worked on.")
-                          : targets.contains(target)  ? tr("Another file of this name went to the output folder already.")
+      const QString why = sources.holdsFileOf(target) ? tr("The output folder holds an input file.")
+                          : targets.contains(target)  ? tr("Another file of this name was written to the output folder already.")
                           : !options.replace && text::fileExists(fromQString(target))
-                              ? tr("The output folder has a file of this name; --replace allows to replace it.")
+                              ? tr("The output folder has a file of this name; use --replace to replace it.")
                               : QString();
       if (!why.isEmpty()) {
         MsgBox(why);

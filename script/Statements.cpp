@@ -14,17 +14,17 @@ constexpr Verb kVerbs[] = {
     {Code::echo, "ECHO", "text", "Writes the text into the log; a text that ends in \";\" leaves the line open."},
     {Code::fileInfo, "FILEINFO", "", "Writes path, date, size, lines, comments and blank lines of the document into the log."},
     {Code::usage, "USAGE", "text [options]", "Lists the lines of the document that hold the text in the log."},
-    {Code::shell, "SHELL", "program arguments", "Starts a program and goes on when it has ended; a window titled FINISHED is closed."},
+    {Code::shell, "SHELL", "program arguments", "Starts a program and waits for its end; a window titled FINISHED is closed."},
     {Code::shellW, "SHELLW", "program arguments", "Starts a program and waits for its end."},
-    {Code::onError, "ONERROR", "STOP|CONTINUE", "STOP: a program that fails ends the run. CONTINUE, as at the beginning: the run goes on."},
-    {Code::save, "SAVE", "", "Saves the document; the run ends when that fails."},
-    {Code::saveAll, "SAVEALL", "", "Saves the document and all others that are modified and have a file name; the run ends when that fails."},
+    {Code::onError, "ONERROR", "STOP|CONTINUE", "STOP: a program that fails ends the run. CONTINUE (default): the run continues."},
+    {Code::save, "SAVE", "", "Saves the document; if that fails, the run ends."},
+    {Code::saveAll, "SAVEALL", "", "Saves the document and all others that are modified and have a file name; if that fails, the run ends."},
     {Code::logClear, "LOGCLEAR", "", "Empties the log."},
     {Code::logColor, "LOGCOLOR", "", "Colours the log by the document's language."},
     {Code::logEdit, "LOGEDIT", "", "Lets the following edit commands work on the log."},
     {Code::normalEdit, "NORMALEDIT", "", "Lets the following edit commands work on the document again."},
     {Code::logInsertFile, "LOGINSERTFILE", "", "Asks for a file and inserts it into the log."},
-    {Code::logSave, "LOGSAVE", "[file]", "Saves the log; without a name as zelkor.log in the document's folder. A file that is open or worked on is refused."},
+    {Code::logSave, "LOGSAVE", "[file]", "Saves the log; without a name as zelkor.log in the document's folder. A file that is open, or on which a run works, is refused."},
     {Code::logToText, "LOGTOTEXT", "", "Inserts the whole log into the document at the caret."},
 };
 // clang-format on
@@ -37,15 +37,15 @@ constexpr Variable kVariables[] = {
     {Value::stem, "$Stem", "the document's name up to its first dot", true},
     {Value::user, "$User", "the name of the user who is logged in"},
     {Value::clip, "$Clip", "the text on the clipboard", true},
-    {Value::zelkor, "$Zelkor", "the folder that the editor was started from"},
+    {Value::zelkor, "$Zelkor", "the folder of the program"},
     {Value::path, "$Path", "the folder of the document's file", true},
     {Value::result, "$ExitCode", "how the last program of this run ended: its exit code, 0 for success"},
     {Value::output, "$Output", "with a number: an answer given in this run, the first one is $Output0"},
 };
 
 constexpr UsageOption kOptions[] = {
-    {Option::caseSensitive, " -cs", "tells capital letters from small ones"},
-    {Option::skipComments, " -sc", "skips what stands in comments"},
+    {Option::caseSensitive, " -cs", "case-sensitive"},
+    {Option::skipComments, " -sc", "skips comments"},
     {Option::wholeWords, " -b", "finds whole words only"},
     {Option::verbose, " -v", "lists every occurrence with its line and column"},
     {Option::bookmark, " -hl", "sets a bookmark on each line found"},
@@ -54,8 +54,8 @@ constexpr UsageOption kOptions[] = {
 
 constexpr SelectionStatement kSelections[] = {
     {"SELGET", "Remembers the selection for this run."},
-    {"SELSET", "Makes the remembered selection the selection again."},
-    {"SELECTAREA", "Selects from the start of the remembered selection to the end of the present one."},
+    {"SELSET", "Restores the remembered selection."},
+    {"SELECTAREA", "Selects from the start of the remembered selection to the end of the current one."},
 };
 
 }   // namespace

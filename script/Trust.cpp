@@ -46,7 +46,7 @@ bool may(Deed deed, const QString& what, const clsLang& language, ucCM& manager)
   if (!(manager.isForeign() || language.isForeign)) return true;
   const QString next = deed == Deed::start ? tr("It is about to start") : tr("It is about to write the file");
   const QString question =
-      tr("The language %1 comes from elsewhere: its definition (now in %2) is neither an installed one nor your own. "
+      tr("The language %1 is foreign: its definition (now in %2) is neither installed nor your own. "
          "%3\r\n%4\r\nDo you want to allow it to start programs and to write files?");
   return isKnown(contentOf(manager), question.arg(plainForDisplay(language.Name, 100), plainForDisplay(manager.IniFile(), 300),
                                                   next, plainForDisplay(what, 500)));

@@ -143,8 +143,8 @@ int RegistryFile::setAside() {
 void RegistryFile::tellOfDamage() {
   if (keptAs_.isEmpty() || std::exchange(told_, true)) return;
   report(QCoreApplication::translate("RegistryFile",
-                                     "The settings file %1 is damaged. It was kept as %2; the editor goes on with the settings it "
-                                     "still has and its defaults.")
+                                     "The settings file %1 is damaged. It was kept as %2; the editor continues with the "
+                                     "settings in memory and the defaults.")
              .arg(plainForDisplay(path_), plainForDisplay(keptAs_)));
 }
 

@@ -75,7 +75,7 @@ bool fileHolds(const text::JournalAbout& about, const text::Snapshot& found) {
 // Describes how the file on disk differs from what the recovered text knew; empty: unchanged.
 QString fileState(const text::JournalAbout& about) {
   const text::FileStamp now = text::stampOf(about.path, false);
-  if (!now.exists) return frmRecovered::tr("the file is not there any more");
+  if (!now.exists) return frmRecovered::tr("the file does not exist any more");
   const bool changed = about.stamp && (!about.stamp->exists || about.stamp->status != now.status) &&
                        !about.stamp->sameContent(text::stampOf(about.path, true));
   return changed ? frmRecovered::tr("the file on disk was changed since") : QString();
@@ -250,8 +250,8 @@ bool frmRecovered::isOlder(const Entry& entry) const {
 QString frmRecovered::stateOf(const Entry& entry) const {
   const text::RecoveredText& facts = entry.facts;
   if (!facts.error.empty()) return tr("Nothing: %1").arg(toQString(facts.error));
-  if (!facts.baseWhole) return tr("Only the beginning of the text: the rest had not been written yet");
-  QString state = entry.journal->isCopy() ? tr("A whole copy that an interrupted save left") : tr("All of it");
+  if (!facts.baseWhole) return tr("Only the beginning of the text: the rest was not written yet");
+  QString state = entry.journal->isCopy() ? tr("A complete copy that an interrupted save left") : tr("All of it");
   if (!facts.whole)
     state = tr("%n change(s); the end of the journal is damaged (%1 of %2 bytes are good)", nullptr, int(facts.changes))
                 .arg(QLocale().toString(facts.read), QLocale().toString(facts.size));
@@ -426,9 +426,9 @@ void frmRecovered::Compare() {
 void frmRecovered::Discard() {
   const std::vector<int> all = selected();
   if (all.empty()) return;
-  QString question = tr("%n recovered texts will be gone for good.\r\nDo you want to discard them?", nullptr, int(all.size()));
+  QString question = tr("%n recovered texts will be lost.\r\nDo you want to discard them?", nullptr, int(all.size()));
   if (all.size() == 1)
-    question = tr("The recovered text of %1 will be gone for good.\r\nDo you want to discard it?")
+    question = tr("The recovered text of %1 will be lost.\r\nDo you want to discard it?")
                    .arg(plainForDisplay(titleOf(entries_[std::size_t(all[0])])));
   if (MsgBox(question, tr("Recovered texts"), Icon::question, Buttons::yesNo) != Answer::yes) return;
   for (auto at = all.rbegin(); at != all.rend(); ++at) drop(*at);

@@ -15,9 +15,8 @@ frmUnsaved::frmUnsaved(frmMain& frame, const QList<frmDocument*>& changed) : QDi
   setObjectName(QStringLiteral("frmUnsaved"));
   setWindowTitle(QString::fromLatin1(kApplicationTitle));
   auto* heading =
-      new QLabel(tr("%n texts have changes that are not saved. Those that are ticked are saved, the changes of the others "
-                    "are discarded.",
-                    nullptr, int(changed.size())));
+      new QLabel(tr("%n texts have unsaved changes. The ticked ones are saved; the changes of the others are discarded.", nullptr,
+                    int(changed.size())));
   heading->setWordWrap(true);
   list_->setAccessibleName(tr("Changed texts"));
   for (const frmDocument* document : changed) {

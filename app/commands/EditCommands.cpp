@@ -65,7 +65,7 @@ std::span<const FrameCommand> editCommands() {
        .popupPlace = 400},
       {.name = "mEditUnComment", .menu = "mEdit", .place = 510,
        .caption = QT_TRANSLATE_NOOP("frmMain", "UnCo&mment Block"), .keys = "Ctrl+Shift+M", .icon = "zelkor-uncomment",
-       .tip = QT_TRANSLATE_NOOP("frmMain", "Take one comment mark off each selected line"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Remove one comment mark from each selected line"),
        .needs = kDocument | kWritable | kLineComment, .run = [](frmMain& f) { f.activeDocument()->UnCommentBlock(); },
        .tool = "UnComment", .toolPlace = 610, .popupPlace = 410},
       {.name = "mEditUpperCase", .menu = "mEdit", .place = 600, .caption = QT_TRANSLATE_NOOP("frmMain", "Upper Case"),

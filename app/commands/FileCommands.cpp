@@ -42,7 +42,7 @@ std::span<const FrameCommand> fileCommands() {
       {.name = "mnuFileCloseAll", .menu = "mnuFile", .place = 140, .caption = QT_TRANSLATE_NOOP("frmMain", "Clos&e All"),
        .keys = "Ctrl+Shift+W", .needs = kDocument, .run = [](frmMain& f) { f.mnuFileCloseAll_Click(); }},
       {.name = "mnuFileRecovered", .menu = "mnuFile", .place = 150, .caption = QT_TRANSLATE_NOOP("frmMain", "&Recovered Texts..."),
-       .tip = QT_TRANSLATE_NOOP("frmMain", "What an earlier end of the editor left unsaved"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Texts that were not saved when the editor ended"),
        .run = [](frmMain& f) { frmRecovered::offerAgain(f); }},
       {.name = "mnuFileSave", .menu = "mnuFile", .place = 200, .caption = QT_TRANSLATE_NOOP("frmMain", "&Save"),
        .keys = "Ctrl+S", .icon = "document-save", .tip = QT_TRANSLATE_NOOP("frmMain", "Save the document"),

@@ -20,7 +20,7 @@ struct PanelRow {
 };
 // In the order of enum Panel.
 constexpr PanelRow kPanels[] = {
-    {"panelRecording", QT_TRANSLATE_NOOP("StatusPanels", "Keystrokes are being recorded: end it"), "REC"},
+    {"panelRecording", QT_TRANSLATE_NOOP("StatusPanels", "Keystrokes are being recorded: stop"), "REC"},
     {"panelRowAndColumn", QT_TRANSLATE_NOOP("StatusPanels", "Line and column: go to a line"), "0000000,000"},
     {"panelLineEnds", QT_TRANSLATE_NOOP("StatusPanels", "Line ends of new lines: change them"), "Unix"},
     {"panelTemplate", QT_TRANSLATE_NOOP("StatusPanels", "Expand the template at the caret"), ""},

@@ -112,7 +112,7 @@ frmDocument* frmMain::CheckFileStatus(const QString& name, bool& proceed) {
 frmDocument* frmMain::documentOn(const QString& name) { return ::documentOn(*this, name); }
 
 frmDocument* frmMain::beginFile(const QString& name) {
-  const QString question = tr("%1 is not there.\r\nDo you want to begin it?");
+  const QString question = tr("%1 does not exist.\r\nDo you want to create it?");
   if (MsgBox(question.arg(plainForDisplay(name)), {}, Icon::question, Buttons::yesNo) != Answer::yes) return nullptr;
   auto* document = new frmDocument;
   document->beginFile(name);
@@ -298,7 +298,7 @@ void frmMain::mnuFileMRU_Click(int index) {
   if (ok) {
     frmRegistry::instance().mruFile.UseItem(index);
   } else if (fileIsMissing(name)) {
-    const QString question = tr("%1 is not there any more.\r\nDo you want to take it off the list?");
+    const QString question = tr("%1 does not exist any more.\r\nDo you want to remove it from the list?");
     if (MsgBox(question.arg(plainForDisplay(name)), {}, Icon::question, Buttons::yesNo) == Answer::yes)
       frmRegistry::instance().mruFile.Remove(index);
   }

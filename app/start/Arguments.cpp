@@ -24,7 +24,7 @@ constexpr Option kOptions[] = {
      QT_TRANSLATE_NOOP("Arguments", "return when the files have been closed ($EDITOR)")},
     {"--read-only", &Arguments::readOnly, QT_TRANSLATE_NOOP("Arguments", "guard the files against changes")},
     {"--batch", &Arguments::batch,
-     QT_TRANSLATE_NOOP("Arguments", "run commands over files without a window (--batch --help)")},
+     QT_TRANSLATE_NOOP("Arguments", "run commands on files without a window (--batch --help)")},
     {"--print-pdf", &Arguments::printPdf,
      QT_TRANSLATE_NOOP("Arguments", "print files as PDF without a window (--print-pdf --help)")},
 };
@@ -95,7 +95,7 @@ QString argumentsHelp() {
   for (const Option& option : kOptions)
     text += QLatin1String("  ") + QString::fromLatin1(option.name).leftJustified(16) + tr(option.help) + u'\n';
   text += QLatin1String("  ") + QStringLiteral("-").leftJustified(16) + tr("read a new document from standard input") + u'\n';
-  text += QLatin1String("  ") + QStringLiteral("--").leftJustified(16) + tr("everything behind it is a file name") + u'\n';
+  text += QLatin1String("  ") + QStringLiteral("--").leftJustified(16) + tr("all further arguments are file names") + u'\n';
   text += u'\n' + tr("A file whose name ends like a line number is opened by its name.") + u'\n';
   return text;
 }

@@ -17,11 +17,10 @@ constexpr Option kValues[] = {
     {"--script", "FILE", QT_TRANSLATE_NOOP("BatchArguments", "run the command string in FILE")},
     {"--macro", "LANGUAGE/NAME", QT_TRANSLATE_NOOP("BatchArguments", "run a macro of a language")},
     {"--output", "DIR", QT_TRANSLATE_NOOP("BatchArguments", "write the texts into DIR")},
-    {"--definitions", "FILE", QT_TRANSLATE_NOOP("BatchArguments", "language definitions other than those of the settings")},
+    {"--definitions", "FILE", QT_TRANSLATE_NOOP("BatchArguments", "another definition file than that of the settings")},
 };
 constexpr Option kSwitches[] = {
-    {"--allow-programs", "",
-     QT_TRANSLATE_NOOP("BatchArguments", "macros from elsewhere, and values of variables, may start programs")},
+    {"--allow-programs", "", QT_TRANSLATE_NOOP("BatchArguments", "foreign macros, and values of variables, may start programs")},
     {"--replace", "", QT_TRANSLATE_NOOP("BatchArguments", "files in DIR may be replaced")},
     {"--save", "", QT_TRANSLATE_NOOP("BatchArguments", "write the changed texts back to their files")},
 };
@@ -52,7 +51,7 @@ QString help() {
   for (const Option& option : kValues) line(option);
   for (const Option& option : kSwitches) line(option);
   text += u'\n' +
-          tr("Exit status: 0 done, 1 invalid command, 2 wrong use, a run that was stopped, or a file that could\nnot be read or "
+          tr("Exit status: 0 success, 1 invalid command, 2 wrong usage, a stopped run, or a file that could not be\nread or "
              "saved.") +
           u'\n';
   return text;

@@ -95,7 +95,7 @@ class StartedCopy : public QProcess {
 
 bool goOnWaiting() {
   std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("the running editor does not answer yet")));
-  return !windowsAreSeen() || MsgBox(tr("The running editor does not answer. Do you want to go on waiting?"),
+  return !windowsAreSeen() || MsgBox(tr("The running editor does not answer. Do you want to keep waiting?"),
                                      QString::fromLatin1(kApplicationTitle), Icon::question, Buttons::yesNo) == Answer::yes;
 }
 
@@ -148,22 +148,22 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
             QThread::msleep(kRetryMs);
           } else if (started->hasEnded(kRetryMs)) {
             std::fprintf(stderr, "zelkor: %s\n",
-                         qPrintable(tr("the editor that was started for this ended; this one takes its place")));
+                         qPrintable(tr("the editor that was started for the files has ended; this one replaces it")));
             started.reset();
             waits = false;
           }
           continue;
         }
-        aloneBecause_ = tr("This editor stands alone: another one is running, but cannot be reached");
+        aloneBecause_ = tr("This editor runs on its own: another one is running but cannot be reached");
         return Role::first;
       case HandOffAnswer::busy:
         tell(tr("The target editor is currently occupied. Please close any dialogs to continue"), commandLines.mid(next));
         return Role::failed;
       case HandOffAnswer::refused:
-        tell(tr("The running editor could not open what it was given"), commandLines.mid(next));
+        tell(tr("The running editor could not open the files"), commandLines.mid(next));
         return Role::failed;
       case HandOffAnswer::silent:
-        tell(tr("The running editor did not answer. It may still open what it was given"), commandLines.mid(next));
+        tell(tr("The running editor did not answer. It may still open the files"), commandLines.mid(next));
         return Role::failed;
     }
   }

@@ -153,16 +153,16 @@ constexpr const char *kPrint = "--print-pdf", *kDefinitions = "--definitions";
 
 QString help() {
   QString text = tr("Usage: zelkor --print-pdf OUT [OPTION...] FILE...") + QLatin1String("\n\n") +
-                 tr("OUT is one PDF file for all, or a folder that gets one for each file.") + u'\n' +
-                 tr("What is not said is as in the print options dialog.") + QLatin1String("\n\n");
+                 tr("OUT is one PDF file for all, or a folder for one PDF file each.") + u'\n' +
+                 tr("The defaults are the settings of the print options dialog.") + QLatin1String("\n\n");
   const auto line = [&](const char* name, const char* value, const char* what) {
     text += QLatin1String("  ") + QStringLiteral("%1 %2").arg(QLatin1String(name), QLatin1String(value)).leftJustified(24) +
             tr(what) + u'\n';
   };
   for (const Switch& option : kSwitches) line(option.name, "", option.help);
   for (const ValueOption& option : kValues) line(option.name, option.value, option.help);
-  line(kDefinitions, "FILE", QT_TRANSLATE_NOOP("PrintArguments", "language definitions other than those of the settings"));
-  return text + u'\n' + tr("Exit status: 0 done, 2 wrong use or a file that could not be read or written.") + u'\n';
+  line(kDefinitions, "FILE", QT_TRANSLATE_NOOP("PrintArguments", "another definition file than that of the settings"));
+  return text + u'\n' + tr("Exit status: 0 success, 2 wrong usage or a file that could not be read or written.") + u'\n';
 }
 
 // A PDF may only replace another PDF: if the user forgot the output name, a source file would be the output.
@@ -170,7 +170,7 @@ bool mayReplace(const QString& path, const std::set<FileId>& sources) {
   const auto id = fileId(path);
   bool good = !id || !isRegularFile(path);
   if (!good && sources.count(*id) != 0) {
-    std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("%1 is a file to print: it is not replaced").arg(plainForDisplay(path))));
+    std::fprintf(stderr, "zelkor: %s\n", qPrintable(tr("%1 is an input file: it is not replaced").arg(plainForDisplay(path))));
     return false;
   }
   if (!good) {
@@ -183,7 +183,7 @@ bool mayReplace(const QString& path, const std::set<FileId>& sources) {
   }
   if (!good)
     std::fprintf(stderr, "zelkor: %s\n",
-                 qPrintable(tr("%1 is there and is no PDF: it is not replaced").arg(plainForDisplay(path))));
+                 qPrintable(tr("%1 exists and is not a PDF file: it is not replaced").arg(plainForDisplay(path))));
   return good;
 }
 
@@ -267,7 +267,7 @@ int runPrintPdf(const QStringList& arguments) {
     const QString name = document.CurrentFileTitle() + QStringLiteral(".pdf");
     if (names.contains(name)) {
       std::fprintf(stderr, "zelkor: %s\n",
-                   qPrintable(tr("another file named %1 went to the folder already").arg(plainForDisplay(name))));
+                   qPrintable(tr("another file named %1 was written to the folder already").arg(plainForDisplay(name))));
       return batch::kFailed;
     }
     names << name;

@@ -322,7 +322,7 @@ display:
     readWhatTheEndWrites();
     main.MDIForm_Unload();
     if (role == Instance::Role::failed && !input.path.isEmpty())
-      complain(QCoreApplication::translate("mGlobals", "what came from standard input was kept in %1").arg(input.path), 1);
+      complain(QCoreApplication::translate("mGlobals", "the text from standard input was kept in %1").arg(input.path), 1);
     return role == Instance::Role::handedOver ? 0 : 1;
   }
   loadSettings(main);

@@ -33,7 +33,7 @@ OddNames::OddNames(QFileDialog& dialog, const FileLook& disk, const QString& fol
     : QWidget(&dialog), dialog_(dialog), disk_(disk), list_(new QListWidget(this)) {
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins({});
-  auto* label = new QLabel(tr("Names that are no &UTF-8 (Return or a double click takes one):"), this);
+  auto* label = new QLabel(tr("Names that are not &UTF-8 (Return or a double click opens one):"), this);
   label->setBuddy(list_);
   layout->addWidget(label);
   layout->addWidget(list_);

@@ -191,7 +191,7 @@ bool replaceSelectedFind(Editor& e, const Finder& searcher, std::span<const Byte
   if (home == within.end() || range.begin < home->begin) return false;
   FindBudget budget(kOneFind);
   const SearchResult at = searcher.at(e.snapshot(), range, *home, &budget);
-  *error = budget.spent ? tr("The expression is too costly for this text") : QString::fromStdString(at.error);
+  *error = budget.spent ? tr("The expression takes too long on this text") : QString::fromStdString(at.error);
   if (!at.match) return false;
   const Replacement by = replacementOf(e, searchState());
   std::string why;

@@ -103,7 +103,7 @@ void FindDialog::build() {
   previous_ = button(tr("Find &Previous"), "findPrevious", 0, [this] { findNext(false); });
   count_ = button(tr("C&ount"), "count", 0, [this] { count(); });
   markAll_ = button(tr("Mar&k All"), "markAll", 0, [this] { markAll(); });
-  markAll_->setToolTip(tr("Sets a bookmark on every line with a find"));
+  markAll_->setToolTip(tr("Sets a bookmark on every line with a match"));
 
   replace_ = makeField(content, QStringLiteral("replaceText"));
   grid->addWidget(replace_, 1, 1);
@@ -112,7 +112,7 @@ void FindDialog::build() {
   replaceOne_ = button(tr("&Replace"), "replace", 1, [this] { replaceOne(); });
   replaceAll_ = button(tr("Replace &All"), "replaceAll", 1, [this] { replaceAll(); });
   preserveCase_ = new QCheckBox(tr("Preserve ca&se"), content);
-  preserveCase_->setToolTip(tr("Gives the replacement the case of what it replaces: all upper, all lower or capitalised"));
+  preserveCase_->setToolTip(tr("Gives the replacement the letter case of the match: all upper, all lower or capitalised"));
   grid->addWidget(preserveCase_, 1, column, 1, 2);
 
   auto* options = new QHBoxLayout;
@@ -127,9 +127,9 @@ void FindDialog::build() {
   preserveCase_->setObjectName(QStringLiteral("preserveCase"));
   matchCase_ = check(tr("&Match case"), "matchCase", {});
   wholeWord_ = check(tr("Who&le word"), "wholeWord", {});
-  regex_ = check(tr("Re&gular expression"), "regex", tr("$1 to $99, ${name}, \\n and \\t may stand in the replacement"));
+  regex_ = check(tr("Re&gular expression"), "regex", tr("The replacement may contain $1 to $99, ${name}, \\n and \\t"));
   inSelection_ = check(tr("&In selection"), "inSelection", tr("Only what is selected now"));
-  backwards_ = check(tr("&Backwards"), "backwards", tr("Return and Replace go towards the start of the text"));
+  backwards_ = check(tr("&Backwards"), "backwards", tr("Return and Replace search backwards"));
   status_ = new QLabel(content);
   status_->setObjectName(QStringLiteral("status"));
   status_->setTextFormat(Qt::PlainText);

@@ -44,7 +44,7 @@ void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current(), EditorAccess::impl(e).askedCount); }
 
 constexpr std::array<Command, 12> kKeyRows{{
-    {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection of several lines, else types a tab.", tabKey},
+    {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection over several lines, else types a tab.", tabKey},
     {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.",
      dropSelection},
     {1003, "COLUMNLEFTEXTEND", CommandArgument::none, true, "Alt+Shift+Left",
@@ -60,13 +60,13 @@ constexpr std::array<Command, 12> kKeyRows{{
     {1008, "COLUMNPAGEDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+PgDown", "Extends the column selection 20 lines down.",
      extendColumn<0, 20>},
     {1009, "MACRORECORD", CommandArgument::none, false, "Ctrl+Shift+R",
-     "Starts recording a keystroke macro, or ends it and keeps the macro.", macroRecord},
+     "Starts recording a keystroke macro, or stops and keeps the macro.", macroRecord},
     {1010, "MACROPLAY", CommandArgument::none, false, "Ctrl+Shift+P", "Plays the keystroke macro that was recorded last.",
      macroPlay},
     {1011, "SETFINDOPTIONS", CommandArgument::text, false, "",
      "Sets the switches of the search: any of the words case, word, regex and preserve; the others are off.", setFindOptions},
     {1012, "COLUMNMODE", CommandArgument::none, false, "Ctrl+K, Ctrl+R",
-     "Column mode on or off: what else selects characters, keys or mouse, selects columns.", toggleColumnMode},
+     "Switches column mode on or off: keys and mouse then select columns.", toggleColumnMode},
 }};
 
 }   // namespace

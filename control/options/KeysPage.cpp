@@ -205,12 +205,12 @@ void KeysPage::showConflicts() {
       break;
     }
     const QString shown = other.toString(QKeySequence::NativeText);
-    lines += other == keys ? tr("%1 is bound to %2 and will be taken from it.").arg(shown, nameOf(action))
+    lines += other == keys ? tr("%1 is bound to %2; that binding will be removed.").arg(shown, nameOf(action))
                            : tr("In the way of %1 (%2).").arg(shown, nameOf(action));
   }
   for (const QAction* action : frame_->findChildren<QAction*>())
     if (!keys.isEmpty() && action->shortcuts().contains(keys) && map_.actionOf(keys).isNone() && keyMap().actionOf(keys).isNone())
-      lines += tr("The menus have %1 for \"%2\"; in a text it would run this command.")
+      lines += tr("%1 is the short-cut of \"%2\"; in a text it would run this command instead.")
                    .arg(keys.toString(QKeySequence::NativeText), action->text().remove(u'&'));
   conflicts_->setText(lines.join(u'\n'));
   bind_->setEnabled(!keys.isEmpty() && !selected().isNone() && map_.actionOf(keys) != selected());
@@ -235,7 +235,7 @@ void KeysPage::renameMacro() {
   const auto to = InputBox(tr("New name of the macro"), tr("Rename Macro"), from);
   if (!to || *to == from) return;
   if (!KeyMacros::goodName(*to) || macros_.contains(*to)) {
-    MsgBox(tr("This name is empty, taken, or holds a character that a name cannot have"), tr("Rename Macro"));
+    MsgBox(tr("This name is empty, in use, or contains an invalid character"), tr("Rename Macro"));
     return;
   }
   for (const QKeySequence& keys : map_.keysOf({0, from})) map_.bind(keys, {0, *to});

@@ -46,8 +46,8 @@ QStringList linesAtRisk(const colLangs& languages) {
 
 QString refusal(const clsLang& language) {
   if (entries(language.MultiCommentStart) == entries(language.MultiCommentEnd)) return {};
-  return QCoreApplication::translate("LanguageCheck",
-                                     "Multi Line Start and Multi Line End differ in number: this language cannot be coloured.");
+  return QCoreApplication::translate(
+      "LanguageCheck", "Multi Line Start and Multi Line End have different numbers of entries: this language cannot be coloured.");
 }
 
 }   // namespace languagecheck

@@ -351,7 +351,7 @@ void frmDefinitions::showWarnings() {
     lines = languagecheck::linesAtRisk(*subject);
     const qsizetype more = lines.size() - kShownWarnings;
     if (more > 0) lines = lines.first(kShownWarnings) << tr("and %n more", nullptr, static_cast<int>(more));
-    if (!lines.isEmpty()) lines.prepend(tr("The definition file would take these lines for headers and lose them:"));
+    if (!lines.isEmpty()) lines.prepend(tr("The definition file would read these lines as headers and lose them:"));
     const QString refusal = languagecheck::refusal(*subject);
     if (!refusal.isEmpty()) lines += refusal;
   }
@@ -538,7 +538,7 @@ bool frmDefinitions::save() {
   QStringList lost = languagecheck::linesAtRisk(*manager_.Languages());
   if (!lost.isEmpty()) {
     if (lost.size() > 10) lost = lost.first(10) << QStringLiteral("...");
-    const QString question = tr("The definition file would take these lines for headers and lose them:") + QStringLiteral("\r\n") +
+    const QString question = tr("The definition file would read these lines as headers and lose them:") + QStringLiteral("\r\n") +
                              lost.join(QLatin1String("\r\n")) + QStringLiteral("\r\n") + tr("Do you want to save all the same?");
     if (MsgBox(question, {}, Icon::exclamation, Buttons::yesNo) != Answer::yes) return false;
   }

@@ -209,7 +209,7 @@ QWidget* frmDefinitions::fileRow() {
 
 QWidget* frmDefinitions::languageFrame() {
   auto* frame = named(new QGroupBox(tr("Language")), "fraLanguage");
-  txtFilter = line("txtFilter", tr("Shows only languages whose name or extensions hold this"));
+  txtFilter = line("txtFilter", tr("Shows only languages whose name or extensions contain this text"));
   txtFilter->setPlaceholderText(tr("Ctrl+F"));
   txtFilter->setClearButtonEnabled(true);
   lstLanguage = named(new QListWidget, "lstLanguage");

@@ -287,7 +287,7 @@ TEST_F(Files, ANameThatIsNotThereIsBegun) {
   EXPECT_FALSE(main->saveActive());
   EXPECT_FALSE(QFile::exists(path("sub")));
   EXPECT_TRUE(main->saveActive());
-  EXPECT_EQ(boxes.last().text, q("The folder %1 is not there.\r\nDo you want to make it?").arg(path("sub")));
+  EXPECT_EQ(boxes.last().text, q("The folder %1 does not exist.\r\nDo you want to create it?").arg(path("sub")));
   EXPECT_EQ(read(path("sub/new.vhd")), "entity");
   EXPECT_TRUE(document->DocumentHasName());
   EXPECT_EQ(QDir::currentPath(), path("sub")) << "dialogs and programs start where the work is";

@@ -79,7 +79,7 @@ TEST_F(PrintPdfRun, WithoutADisplay) {
   EXPECT_TRUE(pdf(u"part.pdf"_s)) << "what can be read is printed";
   EXPECT_EQ(run({u"--print-pdf"_s, u"x.pdf"_s}), 2);
   EXPECT_EQ(run({u"--print-pdf"_s, u"a.v"_s, u"b.vhd"_s}), 2) << "the name of the PDF was forgotten";
-  EXPECT_TRUE(errors().contains("a.v is there and is no PDF"));
+  EXPECT_TRUE(errors().contains("a.v exists and is not a PDF file"));
   EXPECT_EQ(read(u"a.v"_s), "module a; // first\nendmodule\n");
   EXPECT_EQ(run({u"--print-pdf"_s, u"all.pdf"_s, u"all.pdf"_s}), 2) << "a source is never the output";
   EXPECT_EQ(run({u"--print-pdf"_s, u"x.pdf"_s, u"--pages=2"_s, u"a.v"_s}), 2);

@@ -129,7 +129,7 @@ TEST_F(ProcessRun, WaitTellsThatTheEditorDied) {
   ASSERT_TRUE(spinUntil([&] { return childOf(waiting) > 0; }, kPatience));
   ::kill(childOf(waiting), SIGKILL);
   EXPECT_TRUE(spinUntil([&] { return read.has(a); }, kPatience));
-  EXPECT_TRUE(waiting.readAllStandardError().contains("the editor that was started for this ended"));
+  EXPECT_TRUE(waiting.readAllStandardError().contains("the editor that was started for the files has ended"));
   QProcess& second = start({q("--wait"), write(q("b.v"))});
   EXPECT_TRUE(spinUntil([&] { return read.has(q("b.v")); }, kPatience));
   QThread::msleep(300);

@@ -355,7 +355,7 @@ TEST_F(Recovered, J4_TheListSaysHowTheFileOnDiskStands) {
   const Case cases[] = {
       {"a.v", [] {}, "All of it"},
       {"b.v", [&] { write("b.v", "by others\n"); }, "All of it; the file on disk was changed since"},
-      {"c.v", [&] { QFile::rename(path("c.v"), path("moved.v")); }, "All of it; the file is not there any more"},
+      {"c.v", [&] { QFile::rename(path("c.v"), path("moved.v")); }, "All of it; the file does not exist any more"},
       {"d.v", [&] { write("d.v", "xtext\n"); }, ""},
       {"e.v", [&] { write("e.v"); }, "All of it"},   // the same text anew
   };
