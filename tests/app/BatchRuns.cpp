@@ -136,7 +136,8 @@ TEST_F(BatchRuns, TwoTextsOfOneNameDoNotMeetInTheFolder) {
   QString error;
   EXPECT_EQ(
       batch({q("--output"), q("out"), q("--command"), q("cmdINSERTCHAR x"), q("one/a.v"), q("two/a.v"), q("two/b.v")}, &error), 2);
-  EXPECT_TRUE(error.contains(q("two/a.v: Another file of this name was written to the output folder already"))) << error.toStdString();
+  EXPECT_TRUE(error.contains(q("two/a.v: Another file of this name was written to the output folder already")))
+      << error.toStdString();
   EXPECT_EQ(read(q("out/a.v")) + read(q("out/b.v")), "xfirst\nxthird\n");
   EXPECT_EQ(read(q("one/a.v")) + read(q("two/a.v")) + read(q("two/b.v")), "first\nsecond\nthird\n");
 }
