@@ -22,7 +22,7 @@ enum class Cmd : int {
 };
 // clang-format on
 
-// A command: by its name here, or by a number of either table (KeyCommands.h). 0 is none.
+// A command: by its name here, or by a number of either table (KeyCommands.h). 0: none.
 class CommandNumber {
  public:
   constexpr CommandNumber(int number = 0) : number_(number) {}

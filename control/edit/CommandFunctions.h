@@ -1,7 +1,7 @@
-// What the rows of the command table run. The files Commands*.cpp hold them by topic: Move (caret and selecting), Edit
+// The functions of the command table's rows. The files Commands*.cpp hold them by topic: Move (caret and selection), Edit
 // (deleting, clipboard, undo), Lines, Blanks (indent and tabs), Case, Find, Window (scrolling, bookmarks, switches).
 //
-// Each does nothing on a read-only text where it would change it, and each is one undo step.
+// A function that would change a read-only text does nothing. Each one is one undo step.
 #pragma once
 
 #include <type_traits>
@@ -10,7 +10,7 @@
 
 namespace commandFunctions {
 
-// Where a move from `at` ends; it stays where it cannot go on.
+// The target of a move from `at`; `at` itself if there is none.
 using Motion = text::ByteOffset (*)(Editor& e, text::ByteOffset at);
 text::ByteOffset charRight(Editor& e, text::ByteOffset at);
 text::ByteOffset charLeft(Editor& e, text::ByteOffset at);
@@ -35,12 +35,12 @@ template <Motion motion>
 void go(Editor& e, const QVariant&) {
   e.moveCaret(motion(e, e.selection().caret), false);
 }
-// Moves the caret's corner of the column selection by so much, also past the ends of lines. Where column selections are not
-// allowed the selection is extended as usual.
+// Moves the caret's corner of the column selection, also behind the ends of lines. If column selections are not allowed, extends
+// the selection as usual.
 void extendBlock(Editor& e, std::int64_t cells, std::int64_t lines);
 bool inColumnMode(Editor& e);
 void extendTo(Editor& e, text::ByteOffset to);
-// By type, as addresses of functions are no constants to every compiler's checks.
+// Template parameters by type, because some compilers do not accept addresses of functions as constants.
 template <Motion a, Motion b>
 inline constexpr bool isSameMotion = std::is_same_v<std::integral_constant<Motion, a>, std::integral_constant<Motion, b>>;
 template <Motion motion>
@@ -51,7 +51,7 @@ void extend(Editor& e, const QVariant&) {
   extendTo(e, motion(e, e.selection().caret));
 }
 
-// Up (-) or down by lines or windows; the caret keeps to the cell where the first of such moves began.
+// Up (-) or down by lines or windows. The caret keeps the cell in which the first of successive moves began.
 void moveLines(Editor& e, std::int64_t lines, bool extend);
 void movePage(Editor& e, int direction, bool extend);
 template <int lines, bool extend>

@@ -34,7 +34,7 @@ ByteRange selectedLineBytes(Editor& e) {
   return {e.snapshot().lineStart(LineNo(lines.first)), e.snapshot().lineEnd(LineNo(lines.end - 1))};
 }
 
-// Without a selection the caret goes along with its text, also at the line's start.
+// Without a selection the caret moves with its text, also at the start of the line.
 void changeIndents(Editor& e, const std::vector<Edit>& edits) {
   const SelectionState s = e.selection();
   if (!s.column && s.anchor == s.caret && edits.size() == 1 && edits[0].range.empty() && s.caret == edits[0].range.begin) {
@@ -132,7 +132,7 @@ void tabifySelection(Editor& e, const QVariant&) {
       cell = cellBehind(plain, cell, tabSize);
       const std::int64_t behind = cellBehind(blanks, cell, tabSize);
       if (blanks.size() < 2) {
-        fresh += blanks;   // a single blank between words stays one
+        fresh += blanks;   // a single blank between words is kept
       } else {
         for (std::int64_t next; (next = cell + tabSize - cell % tabSize) <= behind; cell = next) fresh += '\t';
         fresh.append(static_cast<std::size_t>(behind - cell), ' ');

@@ -21,7 +21,7 @@ void convert(std::string_view bytes, WordCase to, std::string& result) {
     }
     return;
   }
-  // Bytes that are no characters stay as they are.
+  // Invalid bytes are not changed.
   result.clear();
   bool first = to == WordCase::capital;
   const auto flush = [&](std::string_view valid) {
@@ -53,7 +53,7 @@ bool isWord(const Snapshot& text, ByteRange range) {
   return !range.empty() && classOf(decode(text.bytes({range.begin, range.begin + 4})).code) == CharClass::word;
 }
 
-// The first word (not punctuation) that starts behind the place; empty when there is none.
+// The first word (not punctuation) that starts behind the position; empty when there is none.
 ByteRange wordBehind(const Snapshot& text, ByteOffset at) {
   for (;;) {
     const ByteOffset next = wordStartAfter(text, at);
@@ -70,7 +70,7 @@ void changeWordCase(Editor& e, WordCase to) {
   const Snapshot& text = e.snapshot();
   const ByteOffset caret = e.selection().caret;
   ByteRange word = wordAt(text, caret);
-  // A repetition goes on to the next word.
+  // A repetition continues with the next word.
   if (!isWord(text, word) || (EditorAccess::impl(e).pass > 0 && word.end == caret)) word = wordBehind(text, caret);
   if (word.empty()) return;
   std::string fresh;

@@ -1,4 +1,4 @@
-// Deleting, clipboard, undo and putting in.
+// Deleting, clipboard, undo and inserting.
 #include <algorithm>
 
 #include "control/edit/CommandFunctions.h"
@@ -11,7 +11,7 @@ namespace commandFunctions {
 
 namespace {
 
-// To the clipboard: behind what is there when the cut before was told to go on, or in a repetition.
+// Copies to the clipboard; appends if the last cut was told to, or in a repetition.
 void toClipboard(Editor& e, QString text, bool block) {
   auto& impl = EditorAccess::impl(e);
   decltype(impl.cuts)::value_type all;
@@ -33,13 +33,13 @@ void cutRange(Editor& e, ByteRange range) {
   EditorAccess::put(e, range, {});
 }
 
-// Deletes the range, or the selection where there is one.
+// Deletes the selection, or the range if there is none.
 void deleteRange(Editor& e, ByteRange range, Join join) {
   if (e.hasSelection()) EditorAccess::deleteSelection(e);
   else if (!range.empty()) EditorAccess::put(e, range, {}, join);
 }
 
-// In a column selection without width: the cells that the character beside the caret takes, in each row.
+// In a column selection without width: the cells of the character beside the caret, in each row.
 void deleteColumnBeside(Editor& e, bool forward) {
   const Snapshot& text = e.snapshot();
   const SelectionState& s = e.selection();
@@ -123,7 +123,7 @@ void lineCut(Editor& e, const QVariant&) {
   const LineNo last(selected.end - 1);
   const ByteRange lines{text.lineStart(LineNo(selected.first)), text.lineEndWithBreak(last)};
   if (lines.empty()) return;
-  // The last line of the text goes without a break, but comes back from the clipboard as a line.
+  // The last line of the text has no break, but is pasted as a line.
   QString cutText = toQString(text.bytes(lines));
   if (text.lineBreak(last) == LineBreak::none) cutText += toQString(e.model().newLineFor(last));
   toClipboard(e, std::move(cutText), false);

@@ -1,4 +1,4 @@
-// Whole lines: opening, deleting, exchanging.
+// Commands on whole lines: opening, deleting, swapping.
 #include <algorithm>
 
 #include "control/edit/CommandFunctions.h"
@@ -14,7 +14,7 @@ bool blankLine(const Snapshot& text, LineNo line) {
   return text.lineStart(line) + static_cast<std::int64_t>(EditorAccess::indentOf(text, line).size()) == text.lineEnd(line);
 }
 
-// The lines with their breaks. At the end of the text there is none behind; then the one before them goes.
+// The lines with their breaks. At the end of the text, where there is no break, with the break before them.
 ByteRange wholeLines(const Snapshot& text, LineNo first, LineNo last) {
   const ByteRange range{text.lineStart(first), text.lineEndWithBreak(last)};
   if (text.lineBreak(last) == LineBreak::none && first.value > 0) return {text.lineEnd(first - 1), range.end};
@@ -77,7 +77,7 @@ void deleteBlankLines(Editor& e, const QVariant&) {
   const LineRange lines = e.selectedLines();
   LineNo first(lines.first), last(lines.end - 1);
   if (first == last) {
-    // The run of blank lines at the caret, or the one right below its line.
+    // The blank lines around the caret, or those directly below its line.
     if (!blankLine(text, first)) {
       if (first.value + 1 >= text.lineCount()) return;
       last = ++first;
@@ -85,7 +85,7 @@ void deleteBlankLines(Editor& e, const QVariant&) {
     if (!blankLine(text, first)) return;
     while (first.value > 0 && blankLine(text, first - 1)) --first;
     while (last.value + 1 < text.lineCount() && blankLine(text, last + 1)) ++last;
-    // What stands behind the last break is no line of its own: the text keeps its final line end.
+    // The empty line behind the last break is not removed, so that the text keeps its final line end.
     if (last.value + 1 == text.lineCount() && last > first && text.lineStart(last) == text.size() && first.value > 0) --last;
   }
   std::vector<Edit> edits;

@@ -14,7 +14,7 @@ namespace commandFunctions {
 
 namespace {
 
-constexpr std::int64_t kNear = 1 << 20;   // bytes looked through for a bracket's partner before a thread is asked
+constexpr std::int64_t kNear = 1 << 20;   // bytes searched for the partner of a bracket before a thread is used
 
 bool blankAt(const Snapshot& text, ByteOffset at) { return classOf(decode(text.bytes({at, at + 4})).code) == CharClass::blank; }
 
@@ -130,7 +130,7 @@ void gotoLine(Editor& e, const QVariant& argument) {
 void gotoMatchBrace(Editor& e, const QVariant&) {
   const ByteOffset caret = e.selection().caret;
   const Snapshot text = e.snapshot();
-  bool known = true;   // not guessed what is comment and what is code
+  bool known = true;   // the colours are known, not guessed
   e.model().stateAt(text.lineAt(caret), kNear, &known);
   std::optional<BracketPair> pair;
   bool cut = !known;

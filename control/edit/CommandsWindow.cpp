@@ -1,4 +1,4 @@
-// Scrolling, places in the window, bookmarks and switches.
+// Scrolling, positions in the window, bookmarks and switches.
 #include <algorithm>
 
 #include "control/edit/CommandFunctions.h"
@@ -72,7 +72,7 @@ void toggleWhiteSpaceDisplay(Editor& e, const QVariant&) { e.host().toggleWhiteS
 
 void toggleOvertype(Editor& e, const QVariant&) {
   e.overtype = !e.overtype;
-  if (e.onSelectionChanged) e.onSelectionChanged();   // the caret looks different
+  if (e.onSelectionChanged) e.onSelectionChanged();   // the caret has another shape
 }
 
 void setRepeatCount(Editor& e, const QVariant& argument) {

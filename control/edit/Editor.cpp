@@ -44,7 +44,7 @@ void EditorHost::setClipboard(const QString& text, bool block) {
 namespace {
 struct Search {
   SearchState state;
-  std::optional<SearchState> users;   // whose texts come back, as long as these are what the program left
+  std::optional<SearchState> users;   // restored unless the texts have been changed since
   QString findText, replaceText;
 };
 Search& search() { return Workspace::current().part<Search>(); }
@@ -74,7 +74,7 @@ Editor::Editor(std::shared_ptr<TextModel> model, std::shared_ptr<EditOptions> op
     if (change.reset) {
       s = {};
     } else {
-      // What others put in at the edges of a selection does not become selected.
+      // Text inserted by others at the edges of a selection is not selected.
       const bool forward = s.anchor < s.caret, keep = impl_->quiet || s.column || s.anchor == s.caret;
       s.anchor = change.map(s.anchor, !keep && forward ? Bias::alongRight : Bias::alongLeft);
       s.caret = change.map(s.caret, !keep && !forward ? Bias::alongRight : Bias::alongLeft);
@@ -101,7 +101,7 @@ ByteOffset EditorAccess::snap(const Snapshot& text, ByteOffset at) {
 
 namespace {
 
-// While one lives the selection moves with the text, and nobody is told.
+// During its lifetime the selection moves with the text, without notifications.
 class Quiet {
  public:
   explicit Quiet(Editor& e) : flag_(EditorAccess::impl(e).quiet) { flag_ = true; }
@@ -113,8 +113,8 @@ class Quiet {
   bool& flag_;
 };
 
-// While one lives the selection is that of whoever changes the text. Left by an exception with the text as it was, the old
-// selection is back.
+// During its lifetime the code that changes the text sets the selection. If an exception leaves the text unchanged, the old
+// selection is restored.
 class OwnChange {
  public:
   OwnChange(Editor& e, const SelectionState& before) : e_(e), before_(before), revision_(e.document().revision()) {
@@ -133,13 +133,13 @@ class OwnChange {
   const std::uint64_t revision_;
 };
 
-// Takes the blanks away that auto-indent put into the line that the caret leaves: the change that brought them is made again without
-// them, so that it stays one undo step. Moves the selection to be along.
+// Removes the blanks that auto-indent put into the line that the caret leaves. The edit that inserted them is made again without
+// them, so that it stays one undo step. Adjusts the selection `to`.
 void leaveAutoBlanks(Editor& e, SelectionState& s) {
   const auto blanks = EditorAccess::autoBlanks(e);
   if (blanks && s.caret >= blanks->begin && s.caret <= blanks->end) return;
   const auto made = std::exchange(EditorAccess::impl(e).autoBlanks, std::nullopt);
-  if (!blanks || e.document().readOnly() || !e.document().modified()) return;   // a move alone makes no saved text modified
+  if (!blanks || e.document().readOnly() || !e.document().modified()) return;   // moving the caret must not modify a saved text
   const Quiet quiet(e);
   if (made->without && e.document().undo()) e.document().apply(*made->without, made->before);
   else e.document().apply(Edit{*blanks, {}}, e.selection());
@@ -178,7 +178,7 @@ bool EditorAccess::change(Editor& e, std::span<const Edit> edits, std::optional<
   Document& document = e.document();
   if (document.readOnly()) return false;
   const SelectionState before = e.selection_;
-  // The views hear of the change while it is made; the selection they then read has to be one of the new text.
+  // The views are notified during the change; the selection that they read then must be valid in the new text.
   const std::uint64_t revision = document.revision();
   bool done = false;
   SelectionState next;
@@ -331,7 +331,7 @@ bool Editor::undo() { return EditorAccess::travel(*this, &Document::undo); }
 bool Editor::redo() { return EditorAccess::travel(*this, &Document::redo); }
 
 bool EditorAccess::travel(Editor& e, std::optional<SelectionState> (Document::*step)()) {
-  // While the views are told, the selection moves with the text; then it becomes the remembered one.
+  // During the notification the selection moves with the text; then the stored selection is restored.
   const SelectionState old = e.selection_;
   std::optional<SelectionState> selection;
   {
@@ -385,7 +385,7 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   Editor::Impl& impl = *e.impl_;
   noteForMacro(e, [&] { keyMacros().noteCommand(e, command.id, argument); });
   const Inside inside(e);
-  // A command that only prepares the next one uses nothing up.
+  // A command that prepares the next one does not use up its settings.
   const bool prepares = command.run == commandFunctions::setRepeatCount || command.run == commandFunctions::appendNextCut;
   int count = 1;
   if (!prepares) {
@@ -394,12 +394,12 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
     impl.askedCount = count;
     if (!command.repeatable) count = 1;
   }
-  // Each command counts and cuts for itself, also one of a macro that is played in repetitions.
+  // Each command has its own count and cut mode, also inside a macro that is repeated.
   const QScopedValueRollback pass(impl.pass, 0);
   const QScopedValueRollback gathers(impl.gathersCuts, count > 1);
   const QScopedValueRollback cuts(impl.cuts, std::optional<Editor::Impl::Cuts>());
   if (count == 1) return command.run(e, argument);
-  // One undo step for all repetitions; undo itself cannot run inside one.
+  // All repetitions are one undo step; undo itself cannot run inside a group.
   const bool travels = command.run == commandFunctions::undo || command.run == commandFunctions::redo;
   std::optional<UndoGroup> group;
   if (!travels) group.emplace(e.document());
@@ -417,7 +417,7 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
     };
     const auto before = state();
     command.run(e, argument);
-    if (impl.pass > 0 && state() == before) break;   // nothing moves any more; the first pass may have found its word done
+    if (impl.pass > 0 && state() == before) break;   // nothing changes any more; the first pass may have found its word done
   }
   if (impl.cuts) e.host().setClipboard(impl.cuts->text, impl.cuts->block);
 }

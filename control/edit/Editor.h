@@ -1,5 +1,4 @@
-// Editing logic of one caret on one text, without painting: what a command does. A pane owns one; batch mode and tests use it
-// without any widget.
+// The editing logic of one caret in one text, without painting. A pane owns one; batch mode and tests use it without a widget.
 //
 // Lines count from 0. Columns of the public operations are characters from 0 (UTF-16 units of the line's QString).
 #pragma once
@@ -13,7 +12,7 @@
 #include "control/edit/TextModel.h"
 #include "text/find/Search.h"
 
-// A place and a stretch of text as the outside world sees them. Lines and columns from 0.
+// A position and a range of text in public interfaces. Lines and columns count from 0.
 struct CmPosition {
   qint64 LineNo = 0, ColNo = 0;
   bool operator==(const CmPosition&) const = default;
@@ -32,7 +31,7 @@ struct LineRange {
 // Whether a line counts of which the selection reaches only the start.
 enum class LineAtEnd { excluded, included };
 
-// What the logic asks of the window around it. The default does for tests and batch mode: a window of 25 lines, no dialogs.
+// What the logic needs from its window. The default implementation serves tests and batch mode: a window of 25 lines, no dialogs.
 class EditorHost {
  public:
   virtual ~EditorHost() = default;
@@ -46,7 +45,7 @@ class EditorHost {
   virtual void showFindDialog(bool replace) { (void)replace; }
   virtual void hideFindDialog() {}
   virtual void note(const QString& text);   // "12 replaced", "wrapped": the status text
-  // Runs work that may take long and returns when it is done; a window lets it be cancelled (LongWork.h).
+  // Runs long work and returns when it is done; in a window the user can cancel it (LongWork.h).
   virtual void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work);
   virtual QString clipboardText(bool* block);   // *block: the text is a rectangular block
   virtual void setClipboard(const QString& text, bool block);
@@ -55,10 +54,10 @@ class EditorHost {
 // The numbers are stored in the settings.
 enum class AutoIndent { off = 0, same = 1, language = 2 };
 
-// Options that all views of a control share; the display settings of the control are kept by CodeMax.
+// Options shared by all views of a control; CodeMax holds its display settings.
 struct EditOptions {
   int tabSize = 4;           // 1 to 32
-  bool expandTabs = false;   // TABEXPAND: a tab typed becomes blanks
+  bool expandTabs = false;   // TABEXPAND: a typed tab becomes blanks
   AutoIndent autoIndent = AutoIndent::same;
   bool preserveCase = false;   // when replacing
   bool columnSel = true;
@@ -94,7 +93,7 @@ class Editor {
   // at the start of a line, that line is not touched. A column selection touches all its rows. Commenting, columnising and
   // printing say `included`: they take the last line in any case.
   LineRange selectedLines(LineAtEnd lineAtEnd = LineAtEnd::excluded) const;
-  void moveCaret(text::ByteOffset to, bool extend);   // ends a column selection; keeps no goal column
+  void moveCaret(text::ByteOffset to, bool extend);   // ends a column selection and resets the goal column
   CmRange range(bool normalised) const;               // normalised: start before end; else start = anchor, end = caret
   void setRange(const CmRange& range);                // clipped to the text
   text::ByteOffset offsetOf(CmPosition position) const;
@@ -102,7 +101,7 @@ class Editor {
   QString selectedText() const;   // a column selection: its rows joined by line breaks
   void selectWordAt(text::ByteOffset offset);
 
-  // Changes; each is one undo step and leaves the caret behind what was put in. False when read-only.
+  // Changes. Each is one undo step and puts the caret behind the inserted text. False when read-only.
   bool replaceSelection(const QString& text);   // column selections: see typeText
   bool insertBlock(const QString& text);        // a rectangular block at the caret
   bool replaceRange(text::ByteRange range, const QString& text);
@@ -119,7 +118,7 @@ class Editor {
   // Runs an edit command (CommandTable.h). False only for an unknown number.
   bool execute(CommandNumber id, const QVariant& argument = {});
 
-  std::function<void()> onSelectionChanged;   // after each move of caret or selection
+  std::function<void()> onSelectionChanged;   // after each change of caret or selection
 
  private:
   friend struct EditorAccess;

@@ -1,4 +1,4 @@
-// What the commands reach of an editor beyond its public face. Only control/edit/Editor.cpp and the command files include it.
+// Internals of an editor for the commands. Only control/edit/Editor.cpp and the command files include it.
 #pragma once
 
 #include <QObject>
@@ -15,40 +15,40 @@
 #include "text/find/Finder.h"
 
 struct Editor::Impl {
-  QObject context;                    // ends the connection to the model
-  std::optional<std::int64_t> goal;   // the cell that vertical moves keep to
-  int ownChange = 0;                  // > 0: the selection is set by the one who changes the text
-  bool quiet = false;                 // the selection moves with the text, and nobody is told
-  int inside = 0;                     // > 0: what is done is part of a command, nothing that the user typed
+  QObject context;                    // disconnects from the model when it is destroyed
+  std::optional<std::int64_t> goal;   // the cell that vertical moves keep
+  int ownChange = 0;                  // > 0: the code that changes the text sets the selection
+  bool quiet = false;                 // the selection moves with the text without notifications
+  int inside = 0;                     // > 0: inside a command; not an action of the user
   int pass = 0;                       // which repetition of the command this is, from 0
-  int askedCount = 1;                 // the repeat count that this command was given, repeatable or not
-  bool cutAppends = false;            // this command's cut goes behind what is on the clipboard
+  int askedCount = 1;                 // the repeat count given to this command, repeatable or not
+  bool cutAppends = false;            // this command's cut is appended to the clipboard
   struct Cuts {
     QString text;
     bool block = false;
   };
-  bool gathersCuts = false;   // the repetitions of a command go to the clipboard together, at their end
+  bool gathersCuts = false;   // the cuts of all repetitions go to the clipboard together
   std::optional<Cuts> cuts;
   bool searchFailed = false;   // the last search found nothing
-  // White space that auto-indent put into a line that is empty otherwise, in the text of that revision.
+  // White space that auto-indent put into an otherwise empty line, in the text of that revision.
   struct AutoBlanks {
     text::ByteRange range;
     std::uint64_t revision = 0;
-    std::optional<text::Edit> without;   // the last undo step once more, but for the blanks; none where more belongs to that step
+    std::optional<text::Edit> without;   // the last undo step without the blanks; none if the step holds other edits
     text::SelectionState before;
   };
   std::optional<AutoBlanks> autoBlanks;
-  bool columnMode = false;                  // what extends the selection makes a column selection
-  std::unique_ptr<text::Finder> searcher;   // of the last search, with what it was made from
+  bool columnMode = false;                  // extending the selection makes a column selection
+  std::unique_ptr<text::Finder> searcher;   // of the last search, with its key
   std::pair<std::string, text::SearchOptions> searcherKey;
 };
 
 struct EditorAccess {
   static Editor::Impl& impl(Editor& e) { return *e.impl_; }
   static bool& searchFailed(Editor& e) { return e.impl_->searchFailed; }
-  // Runs a command of any table with repeat count, append mark and macro recording.
+  // Runs a command of either table with repeat count, append flag and macro recording.
   static void run(Editor& e, const Command& command, const QVariant& argument);
-  // Calls note for what the user does (not the program, and not as part of a command) while a macro is recorded.
+  // Calls note for actions of the user (not of the program, and not as part of a command) while a macro is recorded.
   template <class Note>
   static void noteForMacro(Editor& e, Note note) {
     if (e.impl_->inside == 0 && !gBusy() && keyMacros().recording()) note();
@@ -58,7 +58,7 @@ struct EditorAccess {
     ~Inside() { --editor.impl_->inside; }
     Editor& editor;
   };
-  // True, after a note, when the text is read-only.
+  // True, after a note to the user, when the text is read-only.
   static bool isGuarded(Editor& e);
   // Clips to the text and to a character boundary; never inside CR LF.
   static text::ByteOffset snap(const text::Snapshot& text, text::ByteOffset at);
@@ -70,23 +70,23 @@ struct EditorAccess {
                      text::Join join = text::Join::none);
   // Replaces the range by bytes as they are and puts the caret behind them.
   static bool put(Editor& e, text::ByteRange range, std::string bytes, text::Join join = text::Join::none);
-  // Text from outside as this text's bytes: line breaks become those of `line`.
+  // Converts text from outside to bytes of this text; line breaks become those of `line`.
   static std::string incoming(Editor& e, QStringView text, text::LineNo line);
   static bool travel(Editor& e, std::optional<text::SelectionState> (text::Document::*step)());   // undo or redo
-  // Puts content into every row of the block, which is that of the selection or beside it; the selection then has no width and
-  // stands behind what came in.
+  // Puts content into every row of the block, which is that of the selection or beside it. Afterwards the selection has no width
+  // and is behind the inserted text.
   static bool fillBlock(Editor& e, const ColumnBlock& block, const std::string& content, text::Join join = text::Join::none);
-  // Deletes what a column selection covers (leaving a selection without width), or the selected text.
+  // Deletes the block of a column selection (leaving a selection without width), or the selected text.
   static bool deleteSelection(Editor& e);
-  // Breaks the line in the place of the range; the new one begins with `indent`. White space that auto-indent had put into the line,
-  // and nothing was typed behind, does not stay.
+  // Replaces the range by a line break; the new line begins with `indent`. Removes white space that auto-indent had put into the
+  // line if no text follows it.
   static bool breakLine(Editor& e, text::ByteRange range, const std::string& lineBreak, const std::string& indent);
-  // The edit that was made last put `length` blanks in front of the caret: they go when the caret leaves its line. `without`: the edit
-  // without them.
+  // Notes that the last edit put `length` blanks before the caret, to be removed when the caret leaves the line. `without`: the
+  // same edit without them.
   static void noteAutoBlanks(Editor& e, std::size_t length, text::Edit without, const text::SelectionState& before);
   static std::optional<text::ByteRange> autoBlanks(Editor& e);
   static std::string indentOf(const text::Snapshot& text, text::LineNo line);   // its leading blanks and tabs
 };
 
-// A larger repeat count runs this often.
+// Larger repeat counts are limited to this.
 inline constexpr int kMostRepeats = 1000000;

@@ -1,4 +1,4 @@
-// Putting text in: typing, new lines and rectangular blocks.
+// Inserting text: typing, new lines and rectangular blocks.
 #include <QCoreApplication>
 #include <algorithm>
 
@@ -17,12 +17,12 @@ std::int64_t widthOf(std::string_view bytes, int tabSize) {
   return displayColumn(bytes, static_cast<std::int64_t>(bytes.size()), tabSize).value;
 }
 
-// The blanks that stand for a tab typed at `cell`.
+// The blanks that replace a tab typed at `cell`.
 std::string blanksToStop(std::int64_t cell, int tabSize) {
   return std::string(static_cast<std::size_t>(tabSize - cell % tabSize), ' ');
 }
 
-// Behind `count` characters of the line from `at`, or its end.
+// The position `count` characters behind `at`, at most the end of the line.
 ByteOffset overtyped(const Snapshot& text, ByteOffset at, std::int64_t count) {
   const ByteOffset end = text.lineEnd(text.lineAt(at));
   while (count-- > 0 && at < end) at = nextChar(text, at);
@@ -41,7 +41,7 @@ std::int64_t blanksBehind(const Snapshot& text, ByteOffset at) {
   return at - begin;
 }
 
-// Null unless lines are indented as the language wants it.
+// Null unless the language determines the indentation.
 std::shared_ptr<const BlockWords> blockWords(Editor& e) {
   return e.options().autoIndent == AutoIndent::language ? LanguageTable::blocks(e.model().language()) : nullptr;
 }
@@ -126,8 +126,8 @@ bool EditorAccess::breakLine(Editor& e, ByteRange range, const std::string& line
   return true;
 }
 
-// Language mode goes by the block words and brackets, and where these say nothing by the nearest line above that is not blank, so that
-// an empty line in between does not lose the indent.
+// In language mode the block words and brackets decide. If these say nothing, the nearest line above that is not blank decides, so
+// that an empty line between does not lose the indent.
 bool Editor::newLine() {
   if (EditorAccess::isGuarded(*this)) return false;
   std::optional<UndoGroup> group;
@@ -143,7 +143,7 @@ bool Editor::newLine() {
   if (options_->autoIndent != AutoIndent::off) {
     LineNo model = line;
     indent = EditorAccess::indentOf(text, model);
-    // What goes to the new line stands where that is indented, without the blanks that were in front of it.
+    // Text that moves to the new line starts at its indent, without the blanks before it.
     const bool behindIndent = range.begin >= text.lineStart(line) + static_cast<std::int64_t>(indent.size());
     if (options_->autoIndent == AutoIndent::language && behindIndent) range.end += blanksBehind(text, range.end);
     const auto blocks = blockWords(*this);
@@ -189,7 +189,7 @@ bool Editor::insertBlock(const QString& block) {
   ByteOffset end;               // of what the last row takes the place of
   std::int64_t notBehind = 0;   // bytes of its edit that stand behind the row
   const std::string newLine = model_->newLineFor(LineNo(text.lineCount() - 1));
-  std::string beyond;   // rows past the end of the text
+  std::string beyond;   // rows behind the end of the text
   for (std::string_view content : rows) {
     if (line.value >= text.lineCount()) {
       beyond += newLine;

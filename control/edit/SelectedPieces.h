@@ -1,4 +1,4 @@
-// Going over the selected text line by line in one pass, whatever its size.
+// Visits the selected text line by line in one pass, whatever its size.
 #pragma once
 
 #include <string>
@@ -8,14 +8,14 @@
 #include "control/edit/ColumnBlock.h"
 #include "control/edit/EditorAccess.h"
 
-// Calls use(LineNo, ByteOffset start, std::string_view bytes) for the part of each line, without its break, that lies in the
-// range. Costs the bytes of the range. The view is valid during the call.
+// Calls use(LineNo, ByteOffset start, std::string_view bytes) for the part of each line, without its break, inside the range. Costs
+// the bytes of the range. The view is valid during the call.
 template <class Use>
 void forEachLine(const text::Snapshot& text, text::ByteRange range, Use use) {
   const char breakByte = text.lineMode() == text::LineMode::cr ? '\r' : '\n';
   text::LineNo line = text.lineAt(range.begin);
   text::ByteOffset start = range.begin, at = range.begin;
-  std::string joined;   // of a line that lies in more than one block
+  std::string joined;   // of a line in several blocks
   const auto finish = [&](std::string_view bytes, bool broken) {
     if (broken && breakByte == '\n' && bytes.ends_with('\r')) bytes.remove_suffix(1);
     use(line, start, bytes);
@@ -41,7 +41,7 @@ void forEachLine(const text::Snapshot& text, text::ByteRange range, Use use) {
   finish(joined, false);
 }
 
-// The same for what is selected, row by row in a column selection; use(start, bytes, cell) with the cell where the part begins.
+// The same for the selection, row by row for a column selection; use(start, bytes, cell) with the cell at which the part begins.
 template <class Use>
 void forEachSelectedPiece(Editor& e, Use use) {
   const text::Snapshot text = e.snapshot();
@@ -60,7 +60,7 @@ void forEachSelectedPiece(Editor& e, Use use) {
   }
 }
 
-// Adds the edit that turns `old` at `start` into `fresh`, cut down to what differs.
+// Adds the edit from `old` at `start` to `fresh`, reduced to the difference.
 inline void addDifference(std::vector<text::Edit>& edits, text::ByteOffset start, std::string_view old, std::string_view fresh) {
   std::size_t head = 0, tail = 0;
   const std::size_t most = std::min(old.size(), fresh.size());

@@ -9,7 +9,7 @@ namespace {
 // "block" or "plain", a line feed, the bytes.
 QString ownFormat() { return QStringLiteral("application/x-zelkor-text"); }
 
-// What other programs can take: a bad byte has no character, it becomes U+FFFD.
+// For other programs: an invalid byte has no character and becomes U+FFFD.
 QString forOthers(const QString& text) {
   for (const QChar c : text)
     if (c.isSurrogate()) return QString::fromUtf8(QByteArray::fromStdString(fromQString(text)));
@@ -39,7 +39,7 @@ class LazyText : public QMimeData {
   text::ByteRange range_;
 };
 
-// A long text is held once, and turned into bytes for who asks.
+// A long text is kept as a snapshot and converted on request.
 class LongText : public QMimeData {
  public:
   LongText(const QString& text, bool block) : text_(text), block_(block) {}

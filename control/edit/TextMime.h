@@ -1,5 +1,5 @@
-// Text on the clipboard and in a drag: plain text for other programs, and for ourselves the exact bytes (those that are no
-// UTF-8 too) with the word whether they are a rectangular block.
+// Text on the clipboard and in a drag: plain text for other programs; for this program the exact bytes (also those that are not
+// UTF-8), marked if they are a rectangular block.
 #pragma once
 
 #include <QMimeData>
@@ -8,9 +8,9 @@
 #include "text/store/Snapshot.h"
 
 namespace TextMime {
-// The text comes as toQString gives it.
+// The text as toQString returns it.
 std::unique_ptr<QMimeData> make(const QString& text, bool block);
-// Text that is copied out of the snapshot only when somebody asks: for the selection of the mouse.
+// Text that is copied from the snapshot only on request: for the mouse selection.
 std::unique_ptr<QMimeData> makeLazy(const text::Snapshot& snapshot, text::ByteRange range);
 bool hasText(const QMimeData* data);
 QString read(const QMimeData* data, bool* block);   // empty when there is no text

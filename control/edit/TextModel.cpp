@@ -13,22 +13,22 @@
 struct TextModel::Impl {
   std::shared_ptr<void> subscription;
   std::shared_ptr<const text::Highlighter> highlighter;
-  int generation = -1;   // of the language table when the highlighter was looked up
+  int generation = -1;   // generation of the language table at the last look-up
   text::StateCache states;
   text::LongColors longColors;
   text::LineMaps lines;
   std::vector<text::LineNo> bookmarks;     // ascending
   bool modified = false;                   // as last announced
-  bool loadedCrlf = text::kPlatformCrlf;   // enableCrlf() until somebody chooses: as the first line ends
+  bool loadedCrlf = text::kPlatformCrlf;   // enableCrlf() until it is set: the line end of the first line
   bool crlf = loadedCrlf;                  // as last announced
 
   void moveBookmarks(const text::Change& change, const text::Snapshot& now);
 };
 
-// Bookmarks stay with the text of their line; those of lines that went whole go too.
+// Bookmarks stay with the text of their line; those of deleted lines are removed.
 void TextModel::Impl::moveBookmarks(const text::Change& change, const text::Snapshot& now) {
   if (change.reset) bookmarks.clear();
-  // In place, as nothing may fail here: each bookmark gives one at most.
+  // In place, because nothing may fail here: each bookmark gives at most one.
   std::size_t moved = 0;
   for (const text::LineNo old : bookmarks) {
     bool gone = false;
@@ -40,7 +40,7 @@ void TextModel::Impl::moveBookmarks(const text::Change& change, const text::Snap
 
 namespace {
 
-// For those who only show a change that is made: it stands even when they run out of memory.
+// For code that only shows a change: the change is valid even if the code runs out of memory.
 template <class Work>
 void tell(Work work) {
   try {
@@ -103,7 +103,7 @@ void TextModel::convertLineEnds(bool crlf, const text::SelectionState& before) {
   {
     const text::UndoGroup step(document_);
     document_.setNewLine(chosen);
-    if (now.lineMode() == text::LineMode::cr) {   // its lines are counted in another way from here on
+    if (now.lineMode() == text::LineMode::cr) {   // the text now counts its lines in another way
       text::SnapshotBuilder builder;
       for (std::int64_t i = 0; i < now.lineCount(); ++i)
         builder.append(now.line(text::LineNo(i)) + (i + 1 < now.lineCount() ? wanted : std::string()));
@@ -111,7 +111,7 @@ void TextModel::convertLineEnds(bool crlf, const text::SelectionState& before) {
     } else {
       std::vector<text::Edit> edits;
       text::LineReader reader(now);
-      text::ByteOffset end;   // of the line before; a break of these texts is known by its length
+      text::ByteOffset end;   // end of the previous line; in these texts a break is identified by its length
       for (std::string_view line; reader.next(&line); end = reader.start() + static_cast<std::int64_t>(line.size()))
         if (reader.line().value > 0 && reader.start() - end != static_cast<std::int64_t>(wanted.size()))
           edits.push_back({{end, reader.start()}, wanted});
@@ -192,7 +192,7 @@ std::vector<text::LineNo> TextModel::bookmarks() const { return impl_->bookmarks
 
 void TextModel::replaceAll(text::Snapshot snapshot, text::FileFormat newFormat) {
   format = newFormat;
-  // As the first line ends; what has no line end yet gets those of this platform.
+  // The line end of the first line; a text without line ends gets that of the platform.
   if (snapshot.lineMode() == text::LineMode::cr) {
     impl_->loadedCrlf = true;
   } else if (snapshot.lineCount() == 1) {

@@ -1,5 +1,5 @@
-// One text with everything that belongs to it and not to a view: document, file format, language, line flags.
-// Shared by the panes of a control and by several controls (a second window on one document).
+// One text with everything that does not belong to a view: document, file format, language, line flags. Shared by the panes of a
+// control and by several controls (a second window of one document).
 #pragma once
 
 #include <QObject>
@@ -28,21 +28,21 @@ class TextModel : public QObject {
   text::Document& document() { return document_; }
   const text::Snapshot& snapshot() const { return document_.snapshot(); }
 
-  // The ColorSlot of what the language leaves plain in a line; not set: ColorSlot::Text. appearanceChanged() when it answers otherwise.
+  // The ColorSlot of plain text in a line; not set: ColorSlot::Text. Emit appearanceChanged() when its answers change.
   std::function<int(text::LineNo)> plainSlot;
 
-  text::FileFormat format;                // of the file it came from or goes to
-  std::optional<text::FileStamp> stamp;   // of the file at load or last save
+  text::FileFormat format;                // of its file
+  std::optional<text::FileStamp> stamp;   // of its file at the last load or save
   QString path;                           // of that file; empty for a new text
 
-  // What a new line gets. Loading sets it by the first line; while nobody assigns another value a new line takes the break
-  // of the line that it splits (or of its neighbour above), so mixed files stay as they are.
+  // The line end of new lines. Loading sets it from the first line. Until a value is set explicitly, a new line gets the break of
+  // the line that it splits (or of its neighbour above), so that mixed files stay mixed.
   bool enableCrlf() const;
   void setEnableCrlf(bool on);
   text::NewLines newLines() const;
   std::string newLineFor(text::LineNo line) const { return std::string(newLines().at(snapshot(), line)); }
-  // Converts every line break of the text and sets enableCrlf(), as one undo step. An explicit act of the user. `before` is the
-  // selection that undo comes back to.
+  // Converts all line breaks of the text and sets enableCrlf(), as one undo step, on request of the user. `before` is the selection
+  // that undo restores.
   void convertLineEnds(bool crlf, const text::SelectionState& before = {});
 
   bool setLanguage(const QString& name);   // "" = none. False when refused (unknown, openers and closers differ): then none
@@ -50,7 +50,7 @@ class TextModel : public QObject {
   const text::Highlighter* highlighter();
   text::LineState stateAt(text::LineNo line, std::int64_t budget = 0, bool* exact = nullptr);
 
-  // See text::LongColors::tokens. True, and none, without a language.
+  // See text::LongColors::tokens. Without a language: true, and no tokens.
   bool tokensInLongLine(text::LineNo line, text::LineState state, std::int64_t from, std::int64_t to, std::int64_t budget,
                         std::vector<text::Token>* tokens);
 
@@ -61,11 +61,11 @@ class TextModel : public QObject {
   // Bookmarks: lines, moving with the text.
   bool hasBookmark(text::LineNo line) const;
   void setBookmark(text::LineNo line, bool on);
-  void setBookmarks(std::span<const text::LineNo> lines, bool on);   // ascending; cost follows all, not one by one
+  void setBookmarks(std::span<const text::LineNo> lines, bool on);   // ascending; for many lines at once
   void clearBookmarks();
   std::vector<text::LineNo> bookmarks() const;   // ascending
 
-  // The save point: false marks the text as saved, true as unsaved whatever undo says. Announces the difference.
+  // The save point: false marks the text as saved, true as unsaved, also after undo. Notifies of a difference.
   void setModified(bool on);
 
   void replaceAll(text::Snapshot snapshot, text::FileFormat newFormat);   // after loading: clears undo and bookmarks
@@ -73,8 +73,8 @@ class TextModel : public QObject {
  signals:
   void changed(const text::Change& change);   // after each change of the text
   void modifiedChanged(bool modified);
-  void appearanceChanged();   // bookmarks, language: repaint, text is the same
-  void lineEndsChanged();     // enableCrlf() is another
+  void appearanceChanged();   // bookmarks, language: repaint, the text is unchanged
+  void lineEndsChanged();     // enableCrlf() has changed
 
  private:
   void announceModified();

@@ -1,4 +1,4 @@
-// The colours of a control: a light and a dark scheme, chosen by the desktop's palette, and what the user set instead.
+// The colours of a control: a light and a dark scheme, selected by the desktop's palette, and the colours that the user has set.
 #pragma once
 
 #include <QColor>
@@ -33,15 +33,15 @@ class ColorScheme {
   static bool isDark(const QPalette& palette);
   static QColor schemeColor(int slot, bool dark);   // invalid for an unknown slot
 
-  bool follow(const QPalette& palette);   // true: the scheme became the other one
+  bool follow(const QPalette& palette);   // true: the scheme has changed
   bool dark() const { return dark_; }
 
   QColor color(ColorSlot slot) const;
-  // An invalid colour gives the slot back to the scheme. So does the slot's colour in either scheme: a control's colours that
-  // were stored unchanged would otherwise stay light on a dark desktop for ever.
+  // An invalid colour resets the slot to the scheme. So does the slot's colour in either scheme: otherwise stored default colours
+  // would stay light on a dark desktop.
   void setColor(int slot, const QColor& color);
 
-  // Selected text keeps its syntax colours while the slot's colour is that of plain text.
+  // True: selected text keeps its syntax colours, because the slot's colour is that of plain text.
   bool selectionKeepsColors(bool focused) const;
 
  private:

@@ -9,7 +9,7 @@
 #include "text/line/CharTables.h"
 
 namespace {
-constexpr qsizetype kCacheLimit = 8192;   // clusters of one text are few; a hostile text starts the cache anew
+constexpr qsizetype kCacheLimit = 8192;   // a text has few clusters; a hostile text clears the cache
 }
 
 GlyphMetrics::GlyphMetrics(const QFont& font, double scale)
@@ -20,7 +20,7 @@ GlyphMetrics::GlyphMetrics(const QFont& font, double scale)
   if (font.pixelSize() > 0) labelFont_.setPixelSize(std::max(6, font.pixelSize() * 7 / 10));
   else labelFont_.setPointSizeF(std::max(4.0, font.pointSizeF() * 0.7));
 
-  // Measured, as many a fixed font does not say that it is one.
+  // Measures the font: many fixed fonts do not declare themselves fixed.
   fixed_ = true;
   const double first = metrics.horizontalAdvance(u' ');
   for (char16_t c = 0x20; c < 0x7F; ++c) {

@@ -1,5 +1,5 @@
-// What one font measures at one screen scale: line height, cells, advances and glyphs, each found once. Positions are rounded to
-// device pixels, so that text is crisp and every cell of a fixed font is as wide as the next.
+// Measures of one font at one screen scale: line height, cells, advances and glyphs, each determined once. Positions are rounded to
+// device pixels, so that text is crisp and all cells of a fixed font are equally wide.
 #pragma once
 
 #include <QFont>
@@ -11,7 +11,7 @@
 
 #include "text/line/Segments.h"
 
-// A cluster that the main font cannot draw glyph by glyph: shaped once, with the fonts that have it.
+// A cluster that the main font cannot draw glyph by glyph: shaped once with fonts that have its glyphs.
 struct ShapedCluster {
   QList<QGlyphRun> runs;   // relative to the baseline at the cluster's left edge
   double advance = 0;
@@ -25,7 +25,7 @@ class GlyphMetrics : public text::Widths {
   const QFont& labelFont() const { return labelFont_; }
   const QRawFont& rawFont() const { return raw_; }
   bool fixedPitch() const { return fixed_; }
-  double cell() const { return cell_; }   // the unit of tabs and virtual columns
+  double cell() const { return cell_; }   // unit of tabs and virtual columns
   double ascent() const { return ascent_; }
   int lineHeight() const { return lineHeight_; }
   double round(double pixels) const;   // to device pixels
@@ -41,7 +41,7 @@ class GlyphMetrics : public text::Widths {
   Simple simple(char32_t code) const;
   Simple simple(const text::Segment& segment) const;   // no glyph, too, for what has to be shaped or is wider than its cells
   const ShapedCluster& shaped(const QString& cluster) const;
-  double labelWidth(const QString& label) const;   // of a box that holds the label; whole cells in a fixed font
+  double labelWidth(const QString& label) const;   // of a box with the label; whole cells in a fixed font
   double widthOf(const text::Segment& segment, std::string_view bytes) const override;
   QString shownText(const text::Segment& segment, std::string_view bytes) const;   // of a label, or what is shaped
 

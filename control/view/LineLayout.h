@@ -1,9 +1,9 @@
-// One line, or the part of it that is looked at, as a row of items with places: what stands where. An item is a segment of the text
+// The layout of a line, or of its visible part: a row of items with positions. An item is a segment of the text
 // (text/line/Segments.h) with its glyph; in a fixed font it is as wide as the segment's cells.
 //
-// Items follow each other in the order of the bytes, always from left to right: no character turns the direction, so what is
-// seen is the order that a compiler reads. Every item is at least one device pixel wide, and so is every byte that could hide: bytes
-// that are not UTF-8, control characters, bidirectional controls, zero-width and other invisible characters become boxes.
+// Items follow the order of the bytes, always from left to right: no character changes the direction, so that the user sees the
+// order that a compiler reads. Every item is at least one device pixel wide. Bytes that could hide are shown as boxes: bytes that
+// are not UTF-8, control characters, bidirectional controls, zero-width and other invisible characters.
 //
 // Bytes count from the start of the line, x in pixels from its left edge.
 #pragma once
@@ -40,13 +40,13 @@ class LineLayout {
   text::LinePlace begin() const { return begin_; }
   text::LinePlace end() const { return end_; }
 
-  // The left edge of the item that holds the byte; clipped to begin() and end().
+  // The left edge of the item with the byte; clipped to begin() and end().
   double xOf(std::int64_t byte) const;
-  // The boundary nearest to x, or (inside) the start of the item that covers it.
+  // The boundary nearest to x; `inside`: the start of the item at x.
   std::int64_t byteAt(double x, bool inside = false) const;
   // The width of the item that holds the byte; 0 where there is none.
   double widthAt(std::int64_t byte) const;
-  // Makes room before `byte` (for text of an input method that is not in the line yet).
+  // Makes room before `byte` for the text of an input method, which is not in the line yet.
   void insertGap(std::int64_t byte, double width);
 
  private:

@@ -18,7 +18,7 @@ using text::ByteOffset;
 using text::LineNo;
 
 namespace {
-constexpr std::int64_t kBracketBudget = 256 * 1024;   // bytes looked through for a partner while painting
+constexpr std::int64_t kBracketBudget = 256 * 1024;   // bytes searched for a bracket's partner while painting
 }
 
 Pane::Action::~Action() {
@@ -51,7 +51,7 @@ Pane::~Pane() = default;
 PaneLook Pane::look() const {
   PaneLook look;
   look.selection = editor_->selection();
-  look.focused = hasFocus() || state_.hits;   // while somebody finds, the find stands out among the other hits
+  look.focused = hasFocus() || state_.hits;   // during a search the current match stands out among the others
   look.caretOn = caretOn_ && hasFocus();
   look.overtype = editor_->overtype;
   look.bracket = bracket_;
@@ -71,7 +71,7 @@ void Pane::modelChanged(const text::Change& change) {
     scrollSideways(0);
     view_.forgetWidest();
   }
-  // What changes above stays above: the lines that are looked at do not move away.
+  // A change above does not move the visible lines.
   const LineNo first(top_ / view_.lineHeight());
   const std::int64_t shift = change.reset ? 0 : change.mapLine(first, snapshot(), text::Bias::left) - first;
   if (shift != 0) {
@@ -80,13 +80,13 @@ void Pane::modelChanged(const text::Change& change) {
   }
   if (dropAt_) dropAt_ = change.map(*dropAt_, text::Bias::left);
   mouse_->textChanged(change);
-  // One change repaints its lines, several repaint all; either way once, when the one who makes them is done.
+  // One change repaints its lines, several repaint all lines, once when the code that makes them has finished.
   allDirty_ = allDirty_ || change.reset || shift != 0 || pending_.has_value() || change.spans.size() > 1000;
   try {
     if (!allDirty_) pending_ = change;
   } catch (const std::bad_alloc&) { allDirty_ = true; }
   if (allDirty_) pending_.reset();
-  if (state_.held > 0) selectionDirty_ = true;   // what can be undone is another thing now, though the caret may not have moved
+  if (state_.held > 0) selectionDirty_ = true;   // what undo would do has changed, even if the caret has not moved
   if (state_.held > 0 || flushPosted_) return;
   shown([this] {
     QMetaObject::invokeMethod(
@@ -194,7 +194,7 @@ void Pane::updateSelection() {
     update(old.anchor, old.caret);
     update(now.anchor, now.caret);
   } else {
-    update(old.caret, now.caret);   // the ends of the highlighted line too
+    update(old.caret, now.caret);   // and the ends of the highlighted line
     if ((old.anchor == old.caret) != (now.anchor == now.caret)) update(now.anchor, now.anchor);
   }
   shownSelection_ = now;
@@ -253,14 +253,14 @@ void Pane::updateLines(std::int64_t first, std::int64_t last) {
 }
 
 void Pane::updateCaret() {
-  // In a block selection without width every row shows the caret's line.
+  // In a column selection without width every row shows the caret's line.
   viewport()->update(caretRect().adjusted(-1, 0, 1, 0));
 }
 
 void Pane::paintEvent(QPaintEvent* event) {
   try {
     paintParts(event->region());
-  } catch (const std::bad_alloc&) {   // what is missing comes with the next painting
+  } catch (const std::bad_alloc&) {   // the rest comes with the next painting
   }
 }
 
@@ -277,7 +277,7 @@ void Pane::paintParts(const QRegion& region) {
   PanePainter pane(painter, view_, now);
   for (const QRect& part : region) pane.paint(part);
   restartColoring();
-  // A wider line than any before came into view: the scroll bar learns of it behind the painting.
+  // A line wider than all before became visible: the scroll bar is updated after painting.
   if (view_.widestSeen() > horizontalScrollBar()->maximum() + view_.width)
     QMetaObject::invokeMethod(
         this, [this] { fit(); }, Qt::QueuedConnection);
@@ -294,7 +294,7 @@ void Pane::timerEvent(QTimerEvent* event) {
       if (const auto line = view_.goOnMarking()) return updateLines(*line, *line);
       if (view_.statesExact()) return colorTimer_.stop();
       if (!view_.goOnColoring()) return;
-    } catch (const std::bad_alloc&) {   // it begins anew with the next change
+    } catch (const std::bad_alloc&) {   // it starts again with the next change
     }
     colorTimer_.stop();
     appearanceChanged();

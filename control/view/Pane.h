@@ -1,5 +1,5 @@
-// One view of a text as a widget: scrolls, paints, takes keys, mouse and input methods. What is where is TextView's, how it looks
-// PanePainter's, what a key does Editor's, what the mouse does PaneMouse's.
+// One view of a text as a widget: scrolls, paints, handles keys, mouse and input methods. TextView knows the positions, PanePainter
+// the looks, Editor the effects of keys, PaneMouse those of the mouse.
 #pragma once
 
 #include <QAbstractScrollArea>
@@ -22,12 +22,12 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   Editor& editor() { return *editor_; }
   TextView& view() { return view_; }
 
-  // The model changed / something about its look / the measures of font and tabs.
+  // Notifications: the model changed; its look changed; font or tabs changed.
   void modelChanged(const text::Change& change);
   void appearanceChanged();
   void metricsChanged();
   void optionsChanged();   // scroll bars, margin
-  void released();         // ViewState::held came back to 0: shows and tells what was noted
+  void released();         // ViewState::held is 0 again: shows and reports what was noted
   void setPainting(bool on);
 
   bool runCommand(int id, const QVariant& argument);   // false only for an unknown number
@@ -35,9 +35,9 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   // Scrolls as little as needed. False: the line had to be counted up to there, and the user cancelled that.
   bool showCaret(bool mayCancel = false);
   void takeViewOf(const Pane& other);   // its caret and scroll position
-  // Puts the selection on the clipboard of the mouse, where the system has one.
+  // Copies the selection to the mouse clipboard, if the system has one.
   void publishSelection();
-  QRect caretRect() const;   // in the viewport; may lie outside of it
+  QRect caretRect() const;   // in the viewport; may be outside of it
 
   // Scrolling. `top` and `left` in pixels of the text.
   std::int64_t top() const { return top_; }
@@ -59,7 +59,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
 
   QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
-  // All that happens while it lives is one action of the user: shown and told once, at its end.
+  // Everything during its lifetime is one action of the user: shown and reported once, at its end.
   class Action {
    public:
     explicit Action(Pane& pane) : pane_(&pane) { ++pane.state_.held; }
@@ -93,7 +93,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void timerEvent(QTimerEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
-  void keyPressEvent(QKeyEvent* event) override;   // keys, input methods and drops end well without memory
+  void keyPressEvent(QKeyEvent* event) override;   // keys, input methods and drops survive a lack of memory
   void inputMethodEvent(QInputMethodEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
@@ -120,7 +120,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void stepAnimation();
   void showLineTip();
 
-  // Runs what only shows a change that has been made: without memory for it all is painted anew later.
+  // Runs code that only shows a change; if it lacks memory, everything is repainted later.
   template <class Work>
   void shown(Work work) {
     try {
@@ -133,7 +133,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void paintParts(const QRegion& region);
   void updateLines(std::int64_t first, std::int64_t last);   // clipped to what is visible
   void updateCaret();
-  void noteSelection();   // the editor says it changed
+  void noteSelection();   // called by the editor after a change
   void showSelection();
   void updateSelection();
   void findBracket();
@@ -141,7 +141,8 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void restartColoring();
 
   // Keys (PaneKeys.cpp)
-  void asked(const std::function<void()>& work);   // by the person; out of memory it is told and the selection is back
+  // an action of the user; if memory runs out, the user is told and the selection is restored
+  void asked(const std::function<void()>& work);
   void keyPressed(QKeyEvent* event);
   void inputMethodCame(QInputMethodEvent* event);
   void playMacro(const QString& name);
@@ -150,11 +151,11 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void showDefaultMenu(const QPoint& globalPosition);
 
   ViewState& state_;
-  mutable TextView view_;   // lays out what is asked for
+  mutable TextView view_;   // lays out lines on request
   std::unique_ptr<Editor> editor_;
   std::unique_ptr<PaneMouse> mouse_;
 
-  std::int64_t top_ = 0;        // where scrolling goes to; view_.top is where it is on its way
+  std::int64_t top_ = 0;        // target of scrolling; view_.top is the current position
   std::int64_t barScale_ = 1;   // pixels per unit of the vertical scroll bar
   bool settingBars_ = false;
   int marginDigits_ = 0;
@@ -167,5 +168,5 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   bool caretOn_ = false, overtypeShown_ = false;
   std::optional<text::Change> pending_;   // not shown yet
   bool allDirty_ = false, flushPosted_ = false, selectionDirty_ = false;
-  int firstStroke_ = 0;   // of a key sequence that is not complete
+  int firstStroke_ = 0;   // first stroke of an incomplete key sequence
 };

@@ -11,8 +11,8 @@ using text::LineNo;
 
 namespace {
 
-constexpr std::int64_t kWhole = 2 * 1024 * 1024;   // bytes that are presented whole
-constexpr std::int64_t kAround = 512 * 1024;       // of a larger text, on both sides of the caret
+constexpr std::int64_t kWhole = 2 * 1024 * 1024;   // bytes of a text that is presented completely
+constexpr std::int64_t kAround = 512 * 1024;       // of a larger text, before and behind the caret
 
 PaneAccessible* accessibleOf(Pane* pane) {
   if (!QAccessible::isActive()) return nullptr;
@@ -41,7 +41,7 @@ void PaneAccessible::look() const {
   if (now.sameAs(seen_) && (whole || (caret >= range_.begin && caret <= range_.end))) return;
   range_ = {ByteOffset(0), now.size()};
   if (!whole) {
-    // Whole lines as far as they are not too long. Beginning at one of few places it seldom moves.
+    // Whole lines unless they are too long. The range begins at one of few positions, so that it seldom moves.
     const ByteOffset from(std::max<std::int64_t>(0, (caret.value / kAround - 1) * kAround)),
         to = std::min(now.size(), caret + kAround);
     // Of a line that is too long, whole characters.

@@ -1,7 +1,7 @@
 // A pane for screen readers, by Qt's text interfaces.
 //
-// Offsets are UTF-16 units. A text of up to 2 MB is presented whole; of a larger one a stretch of lines around the caret, so that the
-// cost of a question does not follow the size of the file. The stretch changes only when the caret leaves it.
+// Offsets are UTF-16 units. A text of up to 2 MB is presented completely, of a larger one a range of lines around the caret, so
+// that the cost does not depend on the size of the file. The range changes only when the caret leaves it.
 #pragma once
 
 #include <QAccessibleWidget>
@@ -13,8 +13,8 @@ class Pane;
 class PaneAccessible : public QAccessibleWidget, public QAccessibleTextInterface, public QAccessibleEditableTextInterface {
  public:
   explicit PaneAccessible(Pane* pane);
-  static void install();   // once; panes are then known to the system
-  // What readers are told: the caret moved, the text changed.
+  static void install();   // call once; makes panes known to the system
+  // Notifications for screen readers: the caret moved, the text changed.
   static void announceSelection(Pane* pane);
   static void announceText(Pane* pane);
 
@@ -41,12 +41,12 @@ class PaneAccessible : public QAccessibleWidget, public QAccessibleTextInterface
   void replaceText(int start, int end, const QString& text) override;
 
  private:
-  void look() const;   // brings the stretch up to date
+  void look() const;   // updates the range
   int unitsTo(text::ByteOffset offset) const;
   text::ByteOffset offsetOf(int units) const;
 
   Pane* pane_;
-  mutable text::Snapshot seen_;   // what the stretch was taken from
+  mutable text::Snapshot seen_;   // the text of the range
   mutable text::ByteRange range_;
   mutable QString stretch_;
 };

@@ -10,10 +10,10 @@
 
 namespace {
 constexpr int kBar = 5;              // pixels of a bar
-constexpr double kSmallest = 0.06;   // a pane smaller than this part of the whole goes
+constexpr double kSmallest = 0.06;   // a pane smaller than this fraction is removed
 }   // namespace
 
-// A bar between panes, or the handle that pulls one out.
+// A bar between panes, or the handle from which it is dragged.
 class SplitHandle : public QWidget {
  public:
   SplitHandle(PaneGrid& grid, Qt::Orientation bar, QWidget* parent) : QWidget(parent), grid_(grid), bar_(bar) {
@@ -75,7 +75,7 @@ void PaneGrid::removePane(std::size_t row, std::size_t column) {
   Pane* pane = panes_[row][column];
   if (!pane) return;
   panes_[row][column] = nullptr;
-  if (active_ == pane) {   // the one that stays shows what the user looked at
+  if (active_ == pane) {   // the remaining pane shows what the user looked at
     active_ = panes_[0][0];
     active_->takeViewOf(*pane);
     if (pane->hasFocus()) active_->setFocus();
@@ -118,7 +118,7 @@ void PaneGrid::dragged(Qt::Orientation bar, const QPoint& at, bool finished) {
   const int length = bar == Qt::Horizontal ? height() : width();
   const double place = static_cast<double>(bar == Qt::Horizontal ? at.y() : at.x()) / std::max(1, length);
   const bool tooSmall = place < kSmallest || place > 1 - kSmallest;
-  if (place_[indexOf(bar)] == 0 && tooSmall) return;   // not pulled out far enough
+  if (place_[indexOf(bar)] == 0 && tooSmall) return;   // not dragged far enough
   pulling_[indexOf(bar)] = !finished;
   split(bar, finished && tooSmall ? 0 : std::clamp(place, 0.02, 0.98));
 }

@@ -1,5 +1,5 @@
-// Up to four panes on one text in two rows and two columns, parted by movable bars. The little handles above and left of the
-// scroll bars pull a bar out; a bar that is moved to the edge, or clicked twice, goes.
+// Up to four panes of one text in two rows and two columns, with movable bars between. The user drags a bar from the small handles
+// above and left of the scroll bars. Dragging a bar to the edge or a double click removes it.
 #pragma once
 
 #include <QWidget>
@@ -20,11 +20,11 @@ class PaneGrid : public QWidget {
   Pane* active() const { return active_; }
   void activate(Pane* pane);
 
-  // Which bars may be there: horizontal ones part upper and lower panes.
+  // Which bars are allowed; horizontal bars separate upper and lower panes.
   void allow(bool horizontal, bool vertical);
   bool horizontalAllowed() const { return allowed_[0]; }
   bool verticalAllowed() const { return allowed_[1]; }
-  // The place of a bar as a part of the height or width; 0: no bar.
+  // The position of a bar as a fraction of height or width; 0: no bar.
   void split(Qt::Orientation bar, double place);
   double place(Qt::Orientation bar) const { return place_[indexOf(bar)]; }
 
@@ -46,6 +46,6 @@ class PaneGrid : public QWidget {
   std::array<bool, 2> allowed_{true, true};
   std::array<SplitHandle*, 2> bars_{};
   std::array<std::array<std::array<SplitHandle*, 2>, 2>, 2> pullers_{};   // of each pane
-  std::array<bool, 2> pulling_{};                                         // a handle that is hidden would lose the mouse
+  std::array<bool, 2> pulling_{};                                         // hiding a handle would release the mouse
   Pane* active_ = nullptr;
 };

@@ -20,7 +20,7 @@ using text::ByteOffset;
 
 namespace {
 
-// Later: it may close the window of this text.
+// Queued: it may close the window of this text.
 void runNamed(Pane& pane, const QString& name) {
   for (QAction* action : pane.window()->findChildren<QAction*>())
     if (action->property(kNamedActionProperty).toString() == name)
@@ -75,7 +75,7 @@ void Pane::type(const QString& text) {
 
 bool Pane::event(QEvent* event) {
   if (event->type() == QEvent::ShortcutOverride) {
-    // What is a key of the text is not one of the menus.
+    // Keys of the text take precedence over menus.
     KeyAction bound;
     const int stroke = KeyMap::strokeOf(*static_cast<QKeyEvent*>(event));
     if (stroke != 0 && (firstStroke_ != 0 || (keyMap().find(stroke, 0, &bound) != KeyMap::Match::none && bound.named.isEmpty()))) {
@@ -113,7 +113,7 @@ void Pane::keyPressed(QKeyEvent* event) {
       if (first != 0) note({});
       if (!bound.named.isEmpty()) {
         if (first != 0) runNamed(*this, bound.named);
-        else event->ignore();   // a short-cut that is switched off now
+        else event->ignore();   // a short-cut whose action is disabled
       } else if (!bound.macro.isEmpty()) {
         playMacro(bound.macro);
       } else {
@@ -128,7 +128,7 @@ void Pane::keyPressed(QKeyEvent* event) {
       return;
     case KeyMap::Match::none: break;
   }
-  if (first != 0) {   // no such sequence: the stroke is not text either
+  if (first != 0) {   // no such sequence: the stroke does not type text either
     note({});
     return;
   }

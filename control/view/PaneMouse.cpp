@@ -25,7 +25,7 @@ using text::LineNo;
 
 namespace {
 constexpr int kAutoScrollInterval = 30;   // milliseconds
-constexpr int kBookmarkWidth = 14;        // pixels of the margin whose click sets a bookmark
+constexpr int kBookmarkWidth = 14;        // width of the part of the margin that sets bookmarks, in pixels
 }   // namespace
 
 PaneMouse::PaneMouse(Pane& pane) : pane_(pane) {}
@@ -189,7 +189,7 @@ void PaneMouse::release(QMouseEvent* event) {
 
 void PaneMouse::timerEvent(QTimerEvent* event) {
   if (event->timerId() != autoScroll_.timerId()) return QObject::timerEvent(event);
-  // The farther outside, the faster.
+  // The further outside, the faster.
   const auto speed = [](int distance) { return distance == 0 ? 0 : (distance > 0 ? 1 : -1) * (4 + std::abs(distance) / 2); };
   TextView& view = pane_.view_;
   const int right = view.margin + view.width - 1;
@@ -251,7 +251,7 @@ void PaneMouse::startTextDrag() {
   const bool writable = !pane_.state_.model->document().readOnly();
   const auto actions = writable ? Qt::CopyAction | Qt::MoveAction : Qt::DropActions(Qt::CopyAction);
   const Qt::DropAction done = drag->exec(actions, writable ? Qt::MoveAction : Qt::CopyAction);
-  if (done == Qt::MoveAction && !droppedHere_) {   // it went to another text
+  if (done == Qt::MoveAction && !droppedHere_) {   // it was dropped on another text
     const Pane::Action action(pane_);
     editor.replaceSelection({});
   }
@@ -295,14 +295,14 @@ void PaneMouse::drop(QDropEvent* event) {
   }
   if (!dragOver(event)) return;
   ByteOffset at = *pane_.dropAt_;
-  dragLeave();   // also what changes no text takes the mark away
+  dragLeave();   // removes the mark, also if no text changes
   bool block = false;
   const QString text = TextMime::read(event->mimeData(), &block);
   Editor& editor = *pane_.editor_;
   const Pane::Action action(pane_);
   text::Document& document = pane_.state_.model->document();
   const text::UndoGroup step(document);
-  // The selection of any pane of this text is moved as a whole; that of another text is deleted by its own pane.
+  // The selection of any pane of this text is moved as a whole; text dragged from another text is deleted by its own pane.
   auto* source = qobject_cast<Pane*>(event->source());
   if (source && source->state_.model != pane_.state_.model) source = nullptr;
   if (source) source->mouse_->droppedHere_ = true;

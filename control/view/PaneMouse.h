@@ -1,5 +1,5 @@
-// What the mouse does in a pane: placing the caret, selecting by characters, words, lines and blocks with scrolling at the edge, dragging text,
-// the margin, pasting the selection of the mouse, the wheel.
+// Mouse input of a pane: placing the caret, selecting characters, words, lines and columns with scrolling at the edge, dragging
+// text, the margin, pasting the mouse selection, the wheel.
 #pragma once
 
 #include <QBasicTimer>
@@ -24,8 +24,8 @@ class PaneMouse : public QObject {
   void move(QMouseEvent* event);
   void release(QMouseEvent* event);
   void wheel(QWheelEvent* event);
-  void textChanged(const text::Change& change);   // what a drag began with moves with the text
-  // Text that is dragged over the pane: shows where it would go / shows that no more / puts it there.
+  void textChanged(const text::Change& change);   // the start of a drag moves with the text
+  // A drag over the pane: shows the drop position; hides it; drops the text.
   bool dragOver(QDropEvent* event);
   void dragLeave();
   void drop(QDropEvent* event);
@@ -47,9 +47,9 @@ class PaneMouse : public QObject {
   Drag drag_ = Drag::none;
   QPoint pressed_, last_, doubleClicked_;
   QElapsedTimer sinceDoubleClick_;
-  text::ByteRange origin_;                         // the word or lines that the drag began with
+  text::ByteRange origin_;                         // the word or lines at the start of the drag
   std::int64_t originLine_ = 0, originCell_ = 0;   // of a block
   QBasicTimer autoScroll_;
-  double wheelRest_ = 0;       // of a step of the wheel that is not a whole one
-  bool droppedHere_ = false;   // what was dragged from here came into the same text
+  double wheelRest_ = 0;       // fraction of a wheel step
+  bool droppedHere_ = false;   // text dragged from here was dropped on the same text
 };

@@ -30,7 +30,7 @@ QColor mixed(const QColor& a, const QColor& b, double part) {
                           static_cast<float>(a.blueF() + (b.blueF() - a.blueF()) * part));
 }
 
-// Glyphs of one colour side by side are drawn in one go.
+// Adjacent glyphs of one colour are drawn in one call.
 class GlyphBatch {
  public:
   GlyphBatch(QPainter& painter, const QRawFont& font, double baseline) : painter_(painter), baseline_(baseline) {
@@ -203,7 +203,7 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
         painter_.setClipRect(QRectF(left + item.x - 1, band.top(), item.width + 2, band.height()), Qt::IntersectClip);
         painter_.setPen(ink);
         const ShapedCluster& cluster = view_.metrics().shaped(layout.text(item));
-        // In its cells: moved to the middle, made narrower where it is wider, never pushed over the next character.
+        // Fits a glyph into its cells: centred, and narrowed if it is wider; the next character is not moved.
         painter_.translate(left + item.x + std::max(0.0, (item.width - cluster.advance) / 2), baseline);
         if (cluster.advance > item.width) painter_.scale(item.width / cluster.advance, 1);
         for (const QGlyphRun& run : cluster.runs) painter_.drawGlyphRun(QPointF(), run);
@@ -236,7 +236,7 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
   }
 }
 
-// A box with the name of a character that would not be seen; that of a byte which is no character is filled.
+// A box with the name of an invisible character; the box of an invalid byte is filled.
 void PanePainter::paintLabel(const QString& label, const LayoutItem& item, int y) {
   const QRectF box(view_.textLeft() + item.x + 0.5, y + 1.5, item.width - 1, view_.lineHeight() - 3);
   const QColor tag = color(ColorSlot::TagText);
@@ -252,7 +252,7 @@ void PanePainter::paintLabel(const QString& label, const LayoutItem& item, int y
 void PanePainter::paintWhiteSpace(const LayoutItem& item, int y) {
   const double x = view_.textLeft() + item.x, middle = std::floor(y + view_.lineHeight() * 0.55) + 0.5;
   const QColor tag = color(ColorSlot::TagText);
-  if (item.kind == LayoutItem::oddBlank) {   // a blank that is none: its outline, open above
+  if (item.kind == LayoutItem::oddBlank) {   // an unusual blank: an outline, open at the top
     const double bottom = y + view_.lineHeight() - 3.5, height = view_.lineHeight() * 0.25;
     painter_.setPen(tag);
     painter_.drawPolyline(QPolygonF({QPointF(x + 1.5, bottom - height), QPointF(x + 1.5, bottom),

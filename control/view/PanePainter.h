@@ -1,5 +1,5 @@
-// Paints the lines of a pane: backgrounds, text, symbols, caret and left margin. Knows nothing of widgets or events; it is told
-// what is selected and where the caret is.
+// Paints the lines of a pane: backgrounds, text, symbols, caret and left margin. Knows nothing of widgets or events; selection and
+// caret are passed in.
 #pragma once
 
 #include <QPainter>
@@ -8,19 +8,19 @@
 #include "control/code/Brackets.h"
 #include "control/view/TextView.h"
 
-// Text of an input method that is not part of the text yet, shown at the caret.
+// Preedit text of an input method, shown at the caret.
 struct Preedit {
   QString text;
   int cursor = 0;      // UTF-16 units into text
   LineLayout layout;   // of its own, from x 0
-  std::string bytes;   // what the layout counts in
+  std::string bytes;   // for the layout
   double cursorX() const;
 };
 
 struct PaneLook {
   text::SelectionState selection;
   bool focused = false;
-  bool caretOn = false;   // in this moment of its blinking
+  bool caretOn = false;   // visible phase of blinking
   bool overtype = false;
   std::optional<BracketPair> bracket;
   std::optional<text::ByteOffset> dropAt;
@@ -33,7 +33,7 @@ class PanePainter {
   void paint(const QRect& part);
 
   static double caretX(TextView& view, const PaneLook& look);   // from the start of its line
-  // The caret's place in the pane; as wide as the character under it when it overtypes.
+  // The caret's rectangle in the pane; in overtype mode as wide as its character.
   static QRect caretRect(TextView& view, const PaneLook& look);
 
  private:
@@ -48,7 +48,7 @@ class PanePainter {
   void paintPreedit(std::int64_t line, double x);
   void paintMargin(std::int64_t line, int y);
   void fill(const Span& span, int y, const QColor& color);
-  // What of the line is selected; nothing for most lines.
+  // The selected part of a line; nothing for most lines.
   std::optional<Span> selectedSpan(std::int64_t line, const Row& row);
   text::ByteRange selectedBytes(std::int64_t line, const Row& row) const;
   QColor color(ColorSlot slot) const { return view_.state().colors.color(slot); }

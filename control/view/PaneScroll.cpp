@@ -23,7 +23,7 @@ void Pane::fit() {
   if (!state_.leftMargin) digits = 0;
   if (digits != marginDigits_) {
     marginDigits_ = digits;
-    // A place for the bookmark, the number, and some air.
+    // Room for the bookmark, the number, and some space.
     view_.margin = digits == 0 ? 0 : static_cast<int>(std::ceil(14 + digits * state_.metrics->asciiAdvance('0') + 9));
     viewport()->update();
   }
@@ -79,7 +79,7 @@ void Pane::scrollTo(std::int64_t top, bool smooth) {
   }
   top_ = top;
   if (top_ == view_.top) return;
-  // A long way is shortened to its last page.
+  // Long distances are shortened to the last page.
   const std::int64_t page = std::max(1, view_.height);
   if (std::abs(top_ - view_.top) > 2 * page) showAt(top_ > view_.top ? top_ - page : top_ + page);
   top_ = top;
@@ -133,7 +133,7 @@ void Pane::scrollContentsBy(int, int) {
 void Pane::showLineTip() {
   if (!state_.lineToolTips) return;
   QScrollBar* bar = verticalScrollBar();
-  // The text follows the slider only behind this call.
+  // The text follows the slider after this call.
   const std::int64_t line = bar->sliderPosition() * barScale_ / view_.lineHeight();
   const double part = static_cast<double>(bar->sliderPosition()) / std::max(1, bar->maximum());
   const QPoint at = bar->mapToGlobal(QPoint(-90, static_cast<int>(part * (bar->height() - 40))));

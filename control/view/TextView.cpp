@@ -42,7 +42,7 @@ const Row& TextView::row(std::int64_t line) {
   return row;
 }
 
-// A line on which the search takes too long has no marks.
+// A line on which the search takes too long gets no marks.
 void TextView::mark(Row& row) {
   const auto begin = std::chrono::steady_clock::now();
   const text::ByteRange seen{row.start + row.layout.begin().byte, row.start + row.layout.end().byte};

@@ -1,4 +1,4 @@
-// What the panes of one control share: the text, its options, colours, font measures and what is shown beside the text.
+// State shared by the panes of one control: the text, its options, colours, font measures and decorations.
 #pragma once
 
 #include <QFont>
@@ -16,7 +16,7 @@ struct ViewState {
   std::shared_ptr<EditOptions> options;
 
   ColorScheme colors;
-  QFont font;   // as chosen; shown at `zoom` percent
+  QFont font;   // the chosen font; shown at `zoom` percent
   int zoom = 100;
   std::unique_ptr<GlyphMetrics> metrics;
   text::LineMaps widths;   // places of a font whose letters are not equally wide; in any other they follow from the cells
@@ -28,9 +28,9 @@ struct ViewState {
 
   bool hScrollBar = true, vScrollBar = true, smoothScrolling = true, lineToolTips = true, leftMargin = true;
   bool colorSyntax = true, whiteSpace = false;
-  std::optional<text::Finder> hits;   // what is marked in the visible text
+  std::optional<text::Finder> hits;   // matches to mark in the visible text
 
-  int held = 0;   // > 0: changes are noted, and shown and announced when it is 0 again
+  int held = 0;   // > 0: changes are only noted; they are shown and reported when it is 0 again
 
   double scale = 1;   // device pixels per logical pixel
   void remeasure() {

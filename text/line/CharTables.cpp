@@ -11,7 +11,7 @@ namespace {
 
 const utf8proc_property_t& property(char32_t code) { return *utf8proc_get_property(static_cast<utf8proc_int32_t>(code)); }
 
-// The letters of most alphabets, looked up at once.
+// The letters of most alphabets, in a table.
 struct FoldedLetters {
   static constexpr char32_t end = 0x600;
   std::array<char16_t, end> of{};
@@ -40,7 +40,7 @@ bool isExtending(char32_t code) {
 
 char32_t toUpper(char32_t code) {
   if (code < 0x80) return code >= 'a' && code <= 'z' ? code - 32 : code;
-  if (code == 0xDF) return code;   // its capital is a letter of its own
+  if (code == 0xDF) return code;   // its capital is a different letter
   const auto upper = static_cast<char32_t>(utf8proc_toupper(static_cast<utf8proc_int32_t>(code)));
   return upper < 0x80 ? code : upper;
 }

@@ -32,7 +32,7 @@ Char decode(std::string_view bytes) {
 
 Char decodeLast(std::string_view bytes) {
   if (bytes.empty()) return {};
-  // A valid sequence begins at its only byte that is not a continuation: no other start can reach to the end.
+  // In a valid sequence only the first byte is not a continuation byte: no other start can reach the end.
   std::size_t length = 1;
   while (length < 4 && length < bytes.size() && continues(at(bytes, bytes.size() - length))) ++length;
   const Char c = decode(bytes.substr(bytes.size() - length));
@@ -48,7 +48,7 @@ std::string encode(char32_t c) {
 
 int utf16Length(const Char& c) { return c.code > 0xFFFF ? 2 : 1; }
 
-// The run of characters of two and three bytes at the start, at most `most` of them: its bytes, and how many they are.
+// The run of characters of two and three bytes at the start, at most `most` characters: its bytes and their number.
 static std::pair<std::size_t, std::int64_t> shortRun(std::string_view s, std::int64_t most) {
   std::size_t i = 0;
   std::int64_t count = 0;
@@ -118,7 +118,7 @@ bool validUtf8(std::string_view bytes) {
   while (i < bytes.size()) {
     const unsigned char lead = at(bytes, i);
     if (lead < 0x80) {
-      // Long runs by blocks; a single blank between other letters is passed at once.
+      // Long runs in blocks; single blanks between other letters are skipped at once.
       i += i + 1 < bytes.size() && at(bytes, i + 1) >= 0x80 ? 1 : asciiRun(bytes.substr(i));
     } else if (lead >= 0xC2 && lead < 0xE0 && i + 1 < bytes.size() && continues(at(bytes, i + 1))) {
       i += 2;

@@ -1,7 +1,6 @@
-// Characters in bytes: decoding with bad bytes kept, columns, cells, classes of words.
+// Characters in bytes: decoding (invalid bytes are kept), columns, cells, classes of words.
 //
-// One character is a valid UTF-8 sequence or, where the bytes are not valid, one single byte (shown as hex). Nothing
-// here ever fails: every byte string is a text.
+// A character is a valid UTF-8 sequence or one invalid byte (shown as hex). Nothing here fails: every byte string is a text.
 #pragma once
 
 #include <string>
@@ -20,9 +19,9 @@ struct Char {
 Char decode(std::string_view bytes);       // the first character
 Char decodeLast(std::string_view bytes);   // the last one
 std::string encode(char32_t code);         // in UTF-8; precondition: a code point
-int cells(char32_t code);                  // of it alone: 0 combining and invisible, 1, or 2 wide (see Segments.h)
+int cells(char32_t code);                  // of the character alone: 0 combining and invisible, 1, or 2 wide (see Segments.h)
 int utf16Length(const Char& c);            // 2 beyond U+FFFF, else 1
-// The length in bytes of the segment (see Segments.h), or CR LF, that starts / ends there.
+// Length in bytes of the segment (see Segments.h) or CR LF that starts or ends there.
 int clusterLength(std::string_view bytes);
 int clusterLengthBefore(std::string_view bytes);
 

@@ -26,7 +26,7 @@ std::string_view Cursor::behind() {
 Char Cursor::peek() {
   const auto view = ahead();
   if (view.empty() || view.size() >= 4 || static_cast<unsigned char>(view[0]) < 0x80) return decode(view);
-  char bytes[4];   // the character may go on in the next block
+  char bytes[4];   // the character may continue in the next block
   const auto count = static_cast<std::size_t>(std::min<std::int64_t>(4, size_ - at_));
   for (std::size_t i = 0; i < count; ++i) bytes[i] = text_->at(at() + static_cast<std::int64_t>(i));
   return decode({bytes, count});

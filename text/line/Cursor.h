@@ -1,5 +1,5 @@
-// Walks over the characters and bytes of a snapshot in both directions, across the borders of its blocks, without a
-// copy. Inside the engine. Always stands on a character boundary when it was set on one.
+// Moves over the characters and bytes of a snapshot in both directions, across its blocks, without copying. Internal to the engine.
+// Set on a character boundary, it stays on boundaries.
 #pragma once
 
 #include "text/line/Chars.h"
@@ -26,7 +26,7 @@ class Cursor {
   std::string_view ahead();
   std::string_view behind();
 
-  // Steps forward to the next byte b (or the end) / backward until the byte before is b (or the start). True if found.
+  // Moves forward to the next byte b (or the end), or backward until the previous byte is b (or the start). True if found.
   bool toByte(char b);
   bool backToByte(char b);
 

@@ -20,13 +20,13 @@ std::vector<std::uint64_t> hashes(const Snapshot& text) {
   return all;
 }
 
-// The shortest way from a to b by deleting and inserting lines: for d = 0, 1, 2 ... how far each diagonal k (line of a minus line
-// of b) is reached with d of them.
+// The shortest edit from a to b by deleting and inserting lines: for d = 0, 1, 2 ... how far each diagonal k (line of a minus line
+// of b) reaches with d edits.
 class ShortestEdit {
  public:
   ShortestEdit(const std::uint64_t* a, std::int64_t n, const std::uint64_t* b, std::int64_t m) : a_(a), b_(b), n_(n), m_(m) {}
 
-  // False: more than `most` are needed.
+  // False: more than `most` edits are needed.
   bool run(std::int64_t most) {
     most = std::min(most, n_ + m_);
     std::vector<std::int64_t> reached(static_cast<std::size_t>(2 * most + 3), 0);

@@ -1,4 +1,4 @@
-// Which lines differ between two texts: as few as can be found, for a person to look at. How a line ends makes no difference.
+// Which lines differ between two texts: a small set of differences to show to the user. Line ends are ignored.
 #pragma once
 
 #include <vector>
@@ -7,14 +7,14 @@
 
 namespace text {
 
-// Lines [begin, end) of either text that stand for each other; one side may be empty, never both. Equal lines lie between two hunks.
+// Lines [begin, end) of both texts that correspond; one side may be empty, never both. Lines between two hunks are equal.
 struct LineHunk {
   LineNo beforeBegin, beforeEnd, afterBegin, afterEnd;
   bool operator==(const LineHunk&) const = default;
 };
 
-// In order. Texts that differ by more than `most` lines in a row of changes are not searched further: what lies between their equal
-// beginning and end is one hunk then. Time grows with the lines times the lines that differ.
+// In order. If texts differ by more than `most` lines in succession, everything between their equal beginning and end becomes one
+// hunk. Time: lines times differing lines.
 std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, std::int64_t most = 2000);
 
 }   // namespace text

@@ -7,7 +7,7 @@ namespace text {
 LineEnds lineEndsOf(const Snapshot& text, std::int64_t limit) {
   if (text.lineMode() == LineMode::cr) return LineEnds::none;
   LineEnds seen = LineEnds::none;
-  char before = 0;   // the last byte of the chunk before
+  char before = 0;   // last byte of the previous chunk
   const std::int64_t end = std::min(text.size().value, limit);
   for (std::int64_t at = 0; at < end;) {
     const std::string_view chunk = text.chunkAt(ByteOffset(at));

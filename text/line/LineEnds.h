@@ -1,4 +1,4 @@
-// What the line ends of a text are, taken together.
+// The line ends of a whole text.
 #pragma once
 
 #include "text/store/Snapshot.h"
@@ -6,14 +6,14 @@
 namespace text {
 
 #ifdef _WIN32
-inline constexpr bool kPlatformCrlf = true;   // what ends the lines of this platform's texts
+inline constexpr bool kPlatformCrlf = true;   // line end of the platform
 #else
 inline constexpr bool kPlatformCrlf = false;
 #endif
 
 enum class LineEnds { none, lf, crlf, mixed };
 
-// Of the first `limit` bytes. none: no line ends there. A text of lone carriage returns is none of them, too.
+// Examines the first `limit` bytes. none: no line end there, or a text with lone carriage returns.
 LineEnds lineEndsOf(const Snapshot& text, std::int64_t limit);
 
 }   // namespace text

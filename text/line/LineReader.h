@@ -1,5 +1,5 @@
-// Reads lines one behind the other, in one pass over a snapshot's bytes: for loops over very many lines, where asking the snapshot for
-// each line costs a search.
+// Reads successive lines in one pass over the bytes of a snapshot, for loops over very many lines: asking the snapshot for each
+// line costs a search.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ class LineReader {
  public:
   explicit LineReader(Snapshot text, LineNo first = LineNo(0));   // precondition: 0 <= first < lineCount()
 
-  // The next line without its break; false behind the last one. The view holds until the next call.
+  // The next line without its break; false behind the last one. The view is valid until the next call.
   bool next(std::string_view* line);
   LineNo line() const { return LineNo(next_ - 1); }   // number and first byte of the line that next() gave
   ByteOffset start() const { return start_; }
@@ -23,7 +23,7 @@ class LineReader {
   std::int64_t next_, count_;
   ByteOffset start_, at_;
   std::string_view chunk_;   // from at_ on
-  std::string joined_;       // a line that lies in several chunks
+  std::string joined_;       // a line in several chunks
   char break_;
 };
 

@@ -1,5 +1,5 @@
-// Which line break a new line of a text gets: that of the line it comes into, else of the one above, else the usual one; the usual
-// one everywhere once somebody has chosen it.
+// The line break of a new line: that of the line into which it is inserted, else of the one above, else the default; only the
+// default once it was chosen.
 #pragma once
 
 #include "text/store/Snapshot.h"
@@ -7,8 +7,8 @@
 namespace text {
 
 struct NewLines {
-  LineBreak usual = LineBreak::lf;   // where no neighbour has one
-  bool chosen = false;               // neighbours do not count
+  LineBreak usual = LineBreak::lf;   // if no neighbour has a break
+  bool chosen = false;               // ignore the neighbours
 
   std::string_view at(const Snapshot& text, LineNo line) const {
     if (text.lineMode() == LineMode::cr) return breakBytes(LineBreak::cr);

@@ -76,11 +76,11 @@ Joining lookedUp(char32_t u) {
   }
 }
 
-// What is known at once of the code points below U+10000.
+// Table of properties of the code points below U+10000.
 struct Quick {
   Joining joining = Joining::alone;
-  bool joins = true;         // could join what stands before it
-  unsigned char cells = 0;   // of a letter that is a segment whenever nothing behind it joins; 0: to be looked at closely
+  bool joins = true;         // may join the character before it
+  unsigned char cells = 0;   // of a letter that is a segment unless something joins it; 0: needs a closer look
 };
 using QuickTable = std::array<Quick, 0x10000>;
 
@@ -119,13 +119,13 @@ bool joined(Joining a, Joining b, int regionals, bool picture) {
   return (a == hangulT || a == hangulLVT) && b == hangulT;
 }
 
-// What a code point adds to the cells of the character that it belongs to.
+// The cells that a code point adds to its character.
 int added(char32_t u, Joining how, bool picture) {
   if (how == Joining::selector) return 0;
-  if (picture) return 0;   // a sequence of pictures is one picture
+  if (picture) return 0;   // an emoji sequence is one picture
   const auto& p = property(u);
   if (p.category != UTF8PROC_CATEGORY_MC) return cells(u);
-  return p.decomp_seqindex != UINT16_MAX ? 2 : 1;   // a vowel sign of two parts stands on both sides
+  return p.decomp_seqindex != UINT16_MAX ? 2 : 1;   // a vowel sign of two parts, on both sides
 }
 
 struct Cluster {
@@ -182,7 +182,7 @@ Segment segmentAt(std::string_view rest, std::int64_t column, int tabSize) {
       how == Joining::cr || how == Joining::lf || how == Joining::alone || how == Joining::joiner || how == Joining::selector;
   if (hidden) {
     const auto letters = static_cast<int>(hiddenLabel(c.code).size());
-    return {c.code, c.bytes, utf16Length(c), (7 * letters + 14) / 10, Segment::hidden, true};   // small letters and the box
+    return {c.code, c.bytes, utf16Length(c), (7 * letters + 14) / 10, Segment::hidden, true};   // a box with small letters
   }
   const Cluster all = clusterOf(rest, c, how);
   Segment::Kind kind = Segment::plain;
@@ -201,7 +201,7 @@ struct Extent {
 // Segments from the start of `rest` on that are quickly told: printable ASCII and letters that nothing can join, at most so many of
 // each. The one before something that could join it is left out; so is the last one, unless `rest` reaches to the line's end.
 Extent skipSimple(std::string_view rest, bool toLineEnd, const Extent& most) {
-  Extent done, last;   // `last` is a letter that something behind it may join
+  Extent done, last;   // `last` is a letter that the next character may join
   const QuickTable& table = quickTable();
   const auto size = static_cast<std::int64_t>(rest.size());
   const auto settle = [&] {
@@ -278,7 +278,7 @@ LinePlace walk(std::string_view rest, bool toLineEnd, const LinePlace& from, con
 }
 
 int clusterLength(std::string_view bytes) {
-  // Most texts are ASCII: there only CR LF is a pair, unless something that extends follows.
+  // Fast path for ASCII: only CR LF is a pair, unless a combining character follows.
   if (bytes.size() > 1 && byteAt(bytes, 0) < 0x80 && byteAt(bytes, 1) < 0x80) return bytes[0] == '\r' && bytes[1] == '\n' ? 2 : 1;
   const Char first = decode(bytes);
   return first.bytes == 0 ? 0 : clusterOf(bytes, first, joining(first)).bytes;
@@ -288,7 +288,7 @@ int clusterLengthBefore(std::string_view bytes) {
   const Char last = decodeLast(bytes);
   if (last.bytes == 0) return 0;
   if (last.bytes == 1 && last.code < 0x80) return last.code == '\n' && bytes.size() > 1 && bytes[bytes.size() - 2] == '\r' ? 2 : 1;
-  // Back to a place where a cluster certainly ends, whatever stands before it, then forward again.
+  // Goes back to a position where a cluster certainly ends, then forward again.
   std::size_t start = bytes.size() - static_cast<std::size_t>(last.bytes);
   Joining next = joining(last);
   while (start > 0 && bytes.size() - start <= 4 * maxClusterBytes) {

@@ -1,4 +1,4 @@
-// The bytes of UTF-8, inline: what is a valid sequence, which code point it is, and back. The rule for all of the engine.
+// UTF-8, inline: validity of a sequence, its code point, and encoding. Used by the whole engine.
 #pragma once
 
 #include <cstdint>
@@ -61,7 +61,7 @@ inline void appendUtf8(char32_t code, std::string* out) {
   put(0xf0 | code >> 18), put(0x80 | (code >> 12 & 0x3f)), put(0x80 | (code >> 6 & 0x3f)), put(0x80 | (code & 0x3f));
 }
 
-// Where the first byte >= 0x80 in [p, end) is; end where there is none.
+// The first byte >= 0x80 in [p, end); end if there is none.
 inline const char* endOfAscii(const char* p, const char* end) {
   constexpr std::uint64_t highBits = 0x8080808080808080;
   const auto word = [](const char* at) {

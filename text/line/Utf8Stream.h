@@ -1,4 +1,4 @@
-// Cuts a stream of bytes that comes in parts of any length into runs of ASCII, valid multi-byte sequences and bad bytes.
+// Splits a stream of bytes that comes in parts of any length into runs of ASCII, valid multi-byte sequences and invalid bytes.
 #pragma once
 
 #include <string>
@@ -17,7 +17,7 @@ class Utf8Stream {
   template <class Visitor>
   bool add(std::string_view bytes, Visitor& visitor) {
     if (!cut_.empty()) {
-      // The sequence that the last part cut: three more bytes are all it can need.
+      // The sequence cut by the last part: at most three more bytes follow.
       const std::size_t before = cut_.size();
       const std::size_t taken = bytes.size() < 3 ? bytes.size() : 3;
       cut_.append(bytes.substr(0, taken));
@@ -42,7 +42,7 @@ class Utf8Stream {
     return true;
   }
 
-  // The bytes of a sequence that the end cut are bad.
+  // The bytes of a sequence cut by the end are invalid.
   template <class Visitor>
   bool finish(Visitor& visitor) {
     std::string rest;
@@ -53,7 +53,7 @@ class Utf8Stream {
   }
 
  private:
-  // Gives what stands at *p and moves behind it; a sequence that the end cuts is kept for the next part.
+  // Reports the sequence at *p and moves behind it; one that is cut by the end is kept for the next part.
   template <class Visitor>
   bool next(const char** p, const char* end, Visitor& visitor) {
     const char* const at = *p;

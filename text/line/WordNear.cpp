@@ -10,7 +10,7 @@ ByteRange wordNear(const Snapshot& text, ByteOffset offset) {
   const Snapshot around(text.bytes({begin, end}), text.lineMode());
   const ByteRange word = wordAt(around, ByteOffset(offset - begin));
   const ByteRange found{begin + word.begin.value, begin + word.end.value};
-  // At the edge of what was looked at the word may go on, or a character was cut.
+  // At the edge of the examined range the word may continue, or a character was cut.
   const bool cut = (begin > ByteOffset(0) && found.begin < begin + 4) || (end < text.size() && found.end > end - 4);
   return cut && !found.empty() ? ByteRange{offset, offset} : found;
 }

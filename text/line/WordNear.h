@@ -1,5 +1,5 @@
-// The word at a caret for what is shown beside it (templates, word lists, hot words): looked for within a bound, as a text may be
-// one word of many megabytes.
+// The word at a caret for lists shown beside it (templates, word lists, hot words). The search is bounded, because a word may have
+// many megabytes.
 #pragma once
 
 #include "text/line/Words.h"
@@ -8,7 +8,7 @@ namespace text {
 
 inline constexpr std::int64_t longestWord = 4096;   // bytes from the caret
 
-// wordAt, or empty (at offset) where the word goes on further than that.
+// wordAt; empty (at offset) if the word is longer than the bound.
 ByteRange wordNear(const Snapshot& text, ByteOffset offset);
 
 }   // namespace text

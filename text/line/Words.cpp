@@ -26,10 +26,10 @@ namespace {
 
 CharClass classOf(const Char& c) { return c.bad ? CharClass::punctuation : text::classOf(c.code); }
 
-// Marks and joiners belong to the run of the character before them.
+// Combining marks and joiners belong to the run of the previous character.
 bool follows(const Char& c) { return !c.bad && isExtending(c.code); }
 
-// Steps back over one character with its marks and gives its class. Precondition: not at the start.
+// Moves back over one character with its marks and returns its class. Precondition: not at the start.
 CharClass stepBack(Cursor& cursor) {
   Char c = cursor.previous();
   while (follows(c) && !cursor.atStart()) c = cursor.previous();
@@ -59,7 +59,7 @@ const QuickClasses& quickClasses() {
   return *table;
 }
 
-// How many bytes at the start of a block certainly belong to a run of the class.
+// Number of bytes at the start of a block that certainly belong to a run of the class.
 std::size_t quickRun(std::string_view view, CharClass cls) {
   const QuickClasses& classes = quickClasses();
   const auto wanted = static_cast<unsigned char>(cls);
@@ -79,11 +79,11 @@ std::size_t quickRun(std::string_view view, CharClass cls) {
   return done;
 }
 
-// The same at its end.
+// The same for its end.
 std::size_t quickRunBack(std::string_view view, CharClass cls) {
   const QuickClasses& classes = quickClasses();
   const auto wanted = static_cast<unsigned char>(cls);
-  std::size_t done = 0, marks = 0;   // marks: behind a letter that was not looked at yet
+  std::size_t done = 0, marks = 0;   // marks: behind a letter that was not examined yet
   while (done + marks < view.size()) {
     const std::size_t end = view.size() - done - marks;
     if (const auto byte = static_cast<unsigned char>(view[end - 1]); byte < 0x80) {
@@ -147,7 +147,7 @@ ByteRange wordAt(const Snapshot& text, ByteOffset offset) {
   const CharClass left = cursor.atStart() ? CharClass::blank : classBefore(cursor);
   for (const CharClass wanted : {CharClass::word, CharClass::punctuation})
     if (right == wanted || left == wanted) {
-      // A run on the right only begins here; the other one ends here.
+      // A run on the right only begins here; the left one ends here.
       if (right == wanted && left == wanted) return runAround(cursor, wanted);
       Cursor other = cursor;
       if (right == wanted) {
@@ -201,8 +201,8 @@ bool closes(const Char& c) {
 }
 bool breaksLine(const Snapshot& text, const Char& c) { return c.code == (text.lineMode() == LineMode::lf ? U'\n' : U'\r'); }
 
-// Whether a sentence starts at the cursor, which stands before a character that is not blank: at the start of a
-// paragraph, or behind blanks behind a full stop (and closing quotes or brackets).
+// Whether a sentence starts at the cursor, which is before a character that is not blank: at the start of a paragraph, or behind
+// blanks that follow a full stop (and closing quotes or brackets).
 bool sentenceStartsHere(const Snapshot& text, Cursor cursor) {
   int breaks = 0;
   bool blanks = false;
@@ -232,7 +232,7 @@ ByteOffset sentenceStartBefore(const Snapshot& text, ByteOffset offset) {
 
 ByteOffset sentenceStartAfter(const Snapshot& text, ByteOffset offset) {
   Cursor cursor(text, offset);
-  bool stopped = false;   // behind a full stop and what closes
+  bool stopped = false;   // behind a full stop and closing characters
   int breaks = 0;
   bool blanks = false;
   // The caret may stand between the full stop and the next sentence.
@@ -262,7 +262,7 @@ ByteOffset sentenceStartAfter(const Snapshot& text, ByteOffset offset) {
 
 namespace {
 
-// Walks by lines; stands on the start of one.
+// Moves by lines; always at the start of a line.
 class LineWalk {
  public:
   LineWalk(const Snapshot& text, ByteOffset offset)
@@ -340,7 +340,7 @@ ByteOffset nextChar(const Snapshot& text, ByteOffset offset) {
   Cursor cursor(text, offset);
   if (cursor.atEnd()) return cursor.at();
   const auto view = cursor.ahead();
-  // A whole cluster within the block, and one byte more that shows where it ends.
+  // A complete cluster within the block, with one more byte that shows where it ends.
   if (const int length = clusterLength(view.substr(0, maxClusterBytes + 4));
       static_cast<std::size_t>(length) < std::min<std::size_t>(view.size(), maxClusterBytes))
     if (view.size() - static_cast<std::size_t>(length) >= 4) return cursor.at() + length;

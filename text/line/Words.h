@@ -1,6 +1,6 @@
-// Words, sentences and paragraphs. Runs of [A-Za-z0-9_] (and letters and digits beyond ASCII) are words; runs of other characters that are
-// not blank are words too; blanks, tabs and line breaks lie between them. All offsets are of the whole text and lie on
-// character boundaries; none of the functions costs more than the distance it moves.
+// Words, sentences and paragraphs. Runs of [A-Za-z0-9_] (and non-ASCII letters and digits) are words; runs of other characters that
+// are not blank are words too; blanks, tabs and line breaks separate them. Offsets are those of the whole text and on character
+// boundaries. Each function costs only the distance that it moves.
 #pragma once
 
 #include "text/store/Snapshot.h"
@@ -10,8 +10,8 @@ namespace text {
 enum class CharClass : unsigned char { blank, word, punctuation };
 CharClass classOf(char32_t code);   // line breaks are blank
 
-// The word at a caret: the word run touching it on the right, else the one on the left, else the punctuation run on
-// the right, else on the left, else empty (at offset). So "alw|.." is "alw" and "alw..|" is "..".
+// The word at a caret: the word run that touches it on the right, else on the left, else the punctuation run on the right, else on
+// the left, else empty (at offset). So "alw|.." is "alw" and "alw..|" is "..".
 ByteRange wordAt(const Snapshot& text, ByteOffset offset);
 
 ByteOffset wordStartBefore(const Snapshot& text, ByteOffset offset);   // start of the run before the caret
@@ -26,7 +26,7 @@ ByteOffset paragraphStartBefore(const Snapshot& text, ByteOffset offset);
 ByteOffset paragraphStartAfter(const Snapshot& text, ByteOffset offset);
 ByteRange paragraphAt(const Snapshot& text, ByteOffset offset);
 
-// One character (user-perceived; CR LF is one) to the right and left; stays at the ends.
+// One character (user-perceived; CR LF is one) to the right or left; stays at the ends of the text.
 ByteOffset nextChar(const Snapshot& text, ByteOffset offset);
 ByteOffset previousChar(const Snapshot& text, ByteOffset offset);
 
