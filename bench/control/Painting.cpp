@@ -1,4 +1,4 @@
-// What a person waits for: a key until it is on the screen, a long line, a page, a jump. Measured on Qt's offscreen platform.
+// What the user waits for: a key until it is on the screen, a long line, a page, a jump. Measured on Qt's offscreen platform.
 #include <QApplication>
 #include <QKeyEvent>
 

@@ -1,4 +1,4 @@
-// What a person waits for when printing: the PDF, the first page of the preview. Measured on Qt's offscreen platform.
+// What the user waits for when printing: the PDF, the first page of the preview. Measured on Qt's offscreen platform.
 #include "bench/print/Language.h"
 #include "control/CodeMax.h"
 #include "page/PdfFile.h"

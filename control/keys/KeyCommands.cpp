@@ -40,7 +40,7 @@ void toggleColumnMode(Editor& e, const QVariant&) {
 }
 
 void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
-// The rounds are the macro's own affair: it may undo, which no repeated command can.
+// The macro repeats itself: it may undo, which no repeatable command can.
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current(), EditorAccess::impl(e).askedCount); }
 
 constexpr std::array<Command, 12> kKeyRows{{

@@ -77,7 +77,7 @@ TEST_F(Files, WriteProtectedFilesOpenGuarded) {
   EXPECT_EQ(main->panels().text(), q("The text is read-only"));
   main->panels().button(Panel::overtype)->click();
   EXPECT_EQ(main->panels().panel(Panel::overtype), q("INS"));
-  EXPECT_TRUE(type(document)) << "the person may change it all the same";
+  EXPECT_TRUE(type(document)) << "the user may change it all the same";
   document->cmx->ExecuteCmd(Cmd::UNDO);
   trigger("mEditReadOnly");
   protect("a.v", false);
@@ -94,7 +94,7 @@ TEST_F(Files, WriteProtectedFilesOpenGuarded) {
   trigger("mEditReadOnly");
   protect("c.v", true);
   protect("c.v", false);
-  EXPECT_FALSE(type(other)) << "the person's own guard stays";
+  EXPECT_FALSE(type(other)) << "the user's own guard stays";
 }
 
 TEST_F(Files, OpenAlreadyBringsForward) {

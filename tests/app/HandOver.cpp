@@ -1,4 +1,4 @@
-// Command lines handed over between real processes: each is acted on, in order, or its sender's person is told (promises I1, I2).
+// Command lines handed over between real processes: each is acted on, in order, or the user at its sender is told (promises I1, I2).
 #include <random>
 
 #include "handoff/Msghook.h"

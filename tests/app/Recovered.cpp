@@ -1,4 +1,4 @@
-// Texts that come back after a crash, as the person meets them.
+// Texts that come back after a crash, as the user meets them.
 #include "app/boxes/frmRecovered.h"
 
 #include <QFileInfo>
@@ -91,7 +91,7 @@ TEST_F(Recovered, J1_EveryTextComesBackUntitledOnesToo) {
   EXPECT_EQ(inFolder(left).size(), 2) << "one for each text that was changed, none for a second window";
   closeAll();
   EXPECT_TRUE(session.flush());
-  EXPECT_TRUE(inFolder(journals()).isEmpty()) << "the person wanted none of it";
+  EXPECT_TRUE(inFolder(journals()).isEmpty()) << "the user wanted none of it";
 
   QPointer<frmRecovered> window = frmRecovered::offer(*main, frmRecovered::leftIn(left));
   ASSERT_TRUE(window);
@@ -321,7 +321,7 @@ TEST_F(Recovered, S6_ACopyInTheRecoveryFolderIsOfferedAtTheStart) {
   window->Restore();
   ASSERT_EQ(main->documents().size(), 1);
   EXPECT_EQ(main->activeDocument()->CurrentFileName(), file);
-  EXPECT_TRUE(main->activeDocument()->SaveDocumment(file)) << "the person has seen how the file is";
+  EXPECT_TRUE(main->activeDocument()->SaveDocumment(file)) << "the user has seen how the file is";
   EXPECT_EQ(read(file), "the text before\n");
   window->Restore();
   wait(10);

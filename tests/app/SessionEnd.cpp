@@ -34,14 +34,14 @@ TEST_F(SessionEndRun, AsksWhatClosingAsksAndOnlyOnce) {
   int ended = 0;
   QObject::connect(main.get(), &frmMain::ended, [&] { ++ended; });
   whenAskedAboutSeveral([](frmUnsaved& box) { box.reject(); });
-  EXPECT_FALSE(end.sessionEnds(true)) << "the person wants to stay";
+  EXPECT_FALSE(end.sessionEnds(true)) << "the user wants to stay";
   EXPECT_EQ(main->documents().size(), 2);
   whenAskedAboutSeveral(discardAll);
   EXPECT_TRUE(end.sessionEnds(true));
   EXPECT_EQ(journals(), 2) << "until it really ends";
   main->close();
   EXPECT_EQ(ended, 1);
-  EXPECT_EQ(journals(), 0) << "the person wanted none of it";
+  EXPECT_EQ(journals(), 0) << "the user wanted none of it";
 }
 
 TEST_F(SessionEndRun, ATextThatIsChangedAfterTheAnswerIsAskedAboutAgain) {

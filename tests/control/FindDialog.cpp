@@ -1,4 +1,4 @@
-// The find dialog, used as a person does: in a main window, with keys and clicks.
+// The find dialog, used as the user does: in a main window, with keys and clicks.
 #include "control/find/FindDialog.h"
 
 #include <gtest/gtest.h>

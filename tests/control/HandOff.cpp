@@ -238,7 +238,7 @@ TEST_F(HandOffMessages, WaitingSenderIsToldWhenItIsClosed) {
   EXPECT_TRUE(openTold);
 }
 
-// A question to the person at the receiver may take any time: only a message that is not taken makes the sender ask its own.
+// A question to the user at the receiver may take any time: only a message that is not taken makes the sender ask its own.
 TEST_F(HandOffMessages, OneThatWasTakenIsNotAskedAbout) {
   Msghook hook([&](quint64, const HandOff&) {
     spin(300);

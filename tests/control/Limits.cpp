@@ -33,7 +33,7 @@ std::int64_t residentBytes() {
 
 class Limits : public PaneFixture {
  public:
-  // What a person does at the text's start, middle and end, each until it is painted; the edits are undone again. The processor's
+  // What the user does at the text's start, middle and end, each until it is painted; the edits are undone again. The processor's
   // time for the dearest of it, in milliseconds: of three rounds the cheapest counts, so that only what it always costs is seen.
   double dearestKey() {
     std::vector<double> costs;

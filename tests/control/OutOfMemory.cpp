@@ -1,4 +1,4 @@
-// T10 through the control: when memory runs out while a person loads, pastes, replaces or undoes, a box says so, and text, undo,
+// T10 through the control: when memory runs out while the user loads, pastes, replaces or undoes, a box says so, and text, undo,
 // selection and file name are what they were.
 #include <sys/resource.h>
 #include <QClipboard>

@@ -1,4 +1,4 @@
-// A shown control with helpers that inject what a person does.
+// A shown control with helpers that inject what the user does.
 #pragma once
 
 #include <gtest/gtest.h>

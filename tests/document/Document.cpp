@@ -130,7 +130,7 @@ TEST_F(Document, FailedSaveSaysWhyAndStaysModified) {
   EXPECT_EQ(read(path("a.txt")), "old\n");
 }
 
-// S14: a disk that takes its time, and a person who types on. Keys that were pressed meanwhile come when the save is over; what
+// S14: a disk that takes its time, and the user who types on. Keys that were pressed meanwhile come when the save is over; what
 // changes the text while it is written (a program's output, another window) is not lost either.
 TEST_F(Document, S14_WhatIsTypedDuringASlowSaveStaysModified) {
   const auto document = opened(write("a.v", "text\n"));

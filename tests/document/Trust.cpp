@@ -1,4 +1,4 @@
-// H3: Foreign definition files: their macros start no program and write no file before the person allowed it, once for their content,
+// H3: Foreign definition files: their macros start no program and write no file before the user allowed it, once for their content,
 // and wherever their languages are copied to.
 #include "script/Trust.h"
 
@@ -78,13 +78,13 @@ TEST_F(Trust, H3_ForeignMacrosAskOnceBeforeTheirFirstProgram) {
   boxes.answer(Answer::yes);
   EXPECT_TRUE(startsUnasked());
   EXPECT_TRUE(startsUnasked()) << "not asked again";
-  EXPECT_TRUE(boxes.last().text.contains(canary)) << "the person sees what would be started";
+  EXPECT_TRUE(boxes.last().text.contains(canary)) << "the user sees what would be started";
   writeRaw(path("copy.ini").toStdString(), definitions().toStdString());
   read(path("copy.ini"));
   EXPECT_TRUE(startsUnasked()) << "the same content elsewhere";
   macro().Name = u"Another"_s;
   EXPECT_TRUE(asks()) << "other content";
-  EXPECT_EQ(mCMXParser::Run(0, 0, macro().CommandString).ending, Ending::done) << "typed by the person";
+  EXPECT_EQ(mCMXParser::Run(0, 0, macro().CommandString).ending, Ending::done) << "typed by the user";
   EXPECT_TRUE(started());
 }
 
@@ -117,7 +117,7 @@ TEST_F(Trust, H3_TheMarkTravelsIntoAFileOfOnesOwn) {
   ASSERT_TRUE(manager.SaveIniFile());
   EXPECT_FALSE(QString::fromStdString(readRaw(foreign)).contains(u"[Foreign]"_s))
       << "a file of others is written as it is their custom";
-  // It cannot be written any more, and the person takes a file of their own.
+  // It cannot be written any more, and the user takes a file of their own.
   QFile::remove(path("project.ini"));
   QDir().mkpath(path("project.ini"));
   boxes.answer(Answer::yes);
@@ -141,7 +141,7 @@ TEST_F(Trust, H3_TheMarkTravelsIntoAFileOfOnesOwn) {
   boxes.answer(Answer::yes);
   EXPECT_TRUE(startsUnasked(1));
   manager.Languages()->Item(2)->Keywords = u"edited\r\n"_s;
-  EXPECT_TRUE(startsUnasked(3)) << "what the person allowed does not end with an edit of their own";
+  EXPECT_TRUE(startsUnasked(3)) << "what the user allowed does not end with an edit of their own";
 }
 
 TEST_F(Trust, BlocksAddedToAFileOfOnesOwnAreForeign) {

@@ -133,7 +133,7 @@ TEST_F(WatchWays, AreNoticedOnFocusAndOnTheTimer) {
 }
 
 // What others wrote is not overwritten unasked. What is there instead of the file decides what a save can do; the text stays and the
-// person is told whenever it could not.
+// user is told whenever it could not.
 TEST_F(WatchWays, W1_AreNoticedAtSave) {
   for (const Way& way : all()) {
     SCOPED_TRACE(way.name);

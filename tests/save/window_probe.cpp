@@ -1,7 +1,7 @@
 // The saves that go through windows and managers, in a process of their own, to be traced and killed:
 //   window_probe definition|log|pdf TARGET NEW-FILE
 // definition: the languages of NEW-FILE are written to TARGET; log: its text; pdf: pages of its text. Prints the outcome
-// and what the person was told; exits with 1 when the save was refused.
+// and what the user was told; exits with 1 when the save was refused.
 #include <sys/stat.h>
 
 #include <QApplication>

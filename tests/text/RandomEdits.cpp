@@ -178,7 +178,7 @@ class Trial {
       dropped_ = true;
     }
   }
-  // How many steps a limit of bytes leaves is the document's affair; that those below are gone whole is not.
+  // The number of steps that a limit of bytes leaves is not specified; that older steps are dropped whole is.
   void learnWhatWasDropped() {
     if (shape_.bytes == SIZE_MAX) return;
     ASSERT_TRUE(document_.undoWasDropped() || !dropped_);

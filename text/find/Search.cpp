@@ -225,7 +225,7 @@ std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, B
         case Regex::Outcome::failed: return matcher.error();
         case Regex::Outcome::stopped: pace.stop(); return {};
         case Regex::Outcome::found: {
-          if (wholeLines && result.begin == view.size()) {   // the next line's affair
+          if (wholeLines && result.begin == view.size()) {   // belongs to the next line
             at = base + length(view);
             if (from < result.begin) how.notEmptyAtStart = false;
             more = false;

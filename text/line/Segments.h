@@ -1,6 +1,6 @@
 // What a line is made of, by the one rule that caret, mouse, columns, layout and words share: segments, each shown as a whole.
 //
-// A segment is a character as a person sees it (a base with its marks, an emoji sequence, a pair of regional letters, a syllable
+// A segment is a character as the user sees it (a base with its marks, an emoji sequence, a pair of regional letters, a syllable
 // block), a blank, a tab, a byte that is not UTF-8, or a character that could hide (controls, directions, joiners and selectors
 // where nothing is joined), which stands as a box with its name. A segment depends on nothing before it but the column of a tab,
 // and every segment takes at least one cell.

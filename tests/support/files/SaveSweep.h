@@ -19,7 +19,7 @@ struct SweptSave {
   std::string old;                                         // what the target holds before
   std::function<void(const std::string& path)> prepare;    // the file is there; nothing fails yet
   std::function<bool(const std::string& path)> save;       // false: refused
-  std::function<std::string()> told;                       // what the person was told by the last save
+  std::function<std::string()> told;                       // what the user was told by the last save
   std::function<bool(const std::string& bytes)> isFresh;   // the target holds the whole new bytes
 };
 
