@@ -28,7 +28,7 @@ TEST_F(HandOver, I2_WhileADialogIsUpEachSenderIsTold) {
   start({dir_.filePath(q("folder"))});
   for (QElapsedTimer timer = started(); run({}) != 1 && timer.elapsed() < kPatience;) QThread::msleep(20);
   ReadFiles read(dir_.path());
-  for (int i = 0; i < 20; ++i) {
+  for (int i = 0; i < 6; ++i) {
     const QString path = write(q("b%1.v").arg(i));
     QProcess& sender = start({path, path + q("2")});
     ASSERT_TRUE(sender.waitForFinished(kPatience));
@@ -174,7 +174,7 @@ TEST_F(HandOver, N1_NamesComeAsTheyAre) {
 // Copies are started, killed and asked to end at random moments, senders and first copies alike. What a copy that was left alone was
 // given is read by one copy, or the sender says that it is not. ZELKOR_FULL=1: 500 starts.
 TEST_F(HandOver, I1_KillsAndEndsLoseNothingInSilence) {
-  const int count = qEnvironmentVariableIntValue("ZELKOR_FULL") ? 500 : 40;
+  const int count = qEnvironmentVariableIntValue("ZELKOR_FULL") ? 500 : 16;
   std::mt19937 random(unsigned(qEnvironmentVariableIntValue("ZELKOR_SEED")) + 9);
   QStringList paths;
   for (int i = 0; i < count; ++i) paths << write(q("k%1.v").arg(i));

@@ -1,7 +1,4 @@
 // The real program: start, hand-over between processes, and ends from outside (promise I1).
-#include <sys/socket.h>
-#include <sys/un.h>
-
 #include "tests/app/ProcessFixture.h"
 
 namespace {
@@ -72,24 +69,6 @@ TEST_F(ProcessRun, ASenderTakesOverFromACopyThatDiesWhileAsked) {
   frozen.waitForFinished(kPatience);
   ASSERT_TRUE(untilItIsListenedTo()) << "it is the first copy now";
   EXPECT_EQ(endAndListFiles(sender), a.toStdString());
-}
-
-TEST_F(ProcessRun, GarbageOnTheSocketHurtsNobody) {
-  QProcess& first = startFirst();
-  for (const std::string& bytes : {std::string(100000, 'x'), std::string("\xFF\xFF\xFF\x7F"), std::string(8, '\0')}) {
-    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const QByteArray name = socketPath().toUtf8();
-    ASSERT_LT(size_t(name.size()), sizeof address.sun_path);
-    std::copy(name.begin(), name.end(), address.sun_path);
-    ASSERT_EQ(::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    EXPECT_GT(::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL), 0);
-    ::close(fd);
-  }
-  const QString a = write(q("a.v"));
-  EXPECT_EQ(run({a}), 0);
-  EXPECT_EQ(endAndListFiles(first), a.toStdString());
 }
 
 TEST_F(ProcessRun, NewInstanceStandsAlone) {

@@ -172,21 +172,6 @@ TEST_F(StartFrame, AHandOffWaitsForTheEndOfARun) {
   document->cmx->setModified(false);
 }
 
-TEST_F(StartFrame, WebPagesNeedAHome) {
-  setWebHome({});
-  main->SetupMenus();
-  EXPECT_FALSE(enabled("mHelpWeb"));
-  openWebPage(q("x.html"));
-  EXPECT_TRUE(boxes.urls.isEmpty());
-  for (const char* home : {"https://example.org/z", "https://example.org/z/"}) {
-    setWebHome(q(home));
-    main->SetupMenus();
-    trigger("mHelpWebDownload");
-    EXPECT_EQ(boxes.urls.last().toStdString(), "https://example.org/z/Download_Language.html");
-  }
-  setWebHome({});
-}
-
 TEST_F(StartFrame, LanguageHelpOpens) {
   manager.Languages()->Item(1)->HelpFile = write("help.html", "<p>");
   open("a.v", "posedge\n");

@@ -57,6 +57,10 @@ TEST_F(Windows, TilesCoverTheRoomWithoutGaps) {
     }
     EXPECT_EQ(edge, rows == Qt::Vertical ? room.height() : room.width());
   }
+  main->activate(main->documents()[0]);
+  main->cascade();
+  for (int other : {1, 2})
+    EXPECT_GT(windowOf(main->documents()[0])->y(), windowOf(main->documents()[other])->y()) << "all of it is seen";
 }
 
 TEST_F(Windows, ManyTilesStayOfUse) {
@@ -196,6 +200,9 @@ TEST_F(Windows, SecondWindowOnOneText) {
   EXPECT_EQ(main->DocCount, 1);
   EXPECT_TRUE(main->saveActive());
   EXPECT_EQ(read(path("a.v")), "one\nTWO\n");
+  trigger("mWindowNew");
+  EXPECT_TRUE(main->mainSaveDocument(*first, path("b.v")));
+  for (const int tab : {0, 1}) EXPECT_EQ(tabs().tabText(tab), q("b.v"));
 }
 
 TEST_F(Windows, ListNamesThem) {

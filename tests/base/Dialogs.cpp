@@ -252,21 +252,6 @@ TEST(Dialogs, SavingOverAFileAsksFirst) {
   }
 }
 
-TEST(DialogsProgram, BusyFlagNestsAndStatusGoesToTheSink) {
-  {
-    const BusyGuard outer;
-    { const BusyGuard inner; }
-    EXPECT_TRUE(gBusy());
-  }
-  EXPECT_FALSE(gBusy());
-  QStringList seen;
-  setStatusSink([&](const QString& text) { seen += text; });
-  SetStatusText(q("one"));
-  setStatusSink({});
-  SetStatusText(q("two"));
-  EXPECT_EQ(seen, QStringList{q("one")});
-}
-
 TEST(DialogsProgram, AWorkspaceOfOnesOwnLeavesTheOtherAsItWas) {
   struct Counted {
     int value = 0;
@@ -282,10 +267,4 @@ TEST(DialogsProgram, AWorkspaceOfOnesOwnLeavesTheOtherAsItWas) {
   }
   EXPECT_EQ(seen, 2);
   EXPECT_EQ(Workspace::current().part<Counted>().value, 1);
-}
-
-TEST(DialogsProgram, TheFolderOfTheProgramCanBeChosen) {
-  setApplicationFolder(q("/elsewhere"));
-  EXPECT_EQ(applicationFolder(), q("/elsewhere"));
-  setApplicationFolder({});
 }

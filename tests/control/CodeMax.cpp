@@ -8,22 +8,6 @@
 
 class CodeMaxMembers : public PaneFixture {};
 
-TEST_F(CodeMaxMembers, LinesAndText) {
-  put("one\r\ntwo\nthree|");
-  EXPECT_EQ(control.LineCount(), 3);
-  EXPECT_EQ(control.GetLine(1), q("two"));
-  EXPECT_EQ(control.GetLine(3), QString());
-  EXPECT_EQ(control.GetLine(-1), QString());
-  EXPECT_EQ(control.GetLineLength(2), 5);
-  control.setEnableCRLF(false);
-  EXPECT_EQ(control.Text(), q("one\ntwo\nthree"));
-  control.setEnableCRLF(true);
-  EXPECT_EQ(control.Text(), q("one\r\ntwo\r\nthree"));
-  put("|");
-  EXPECT_EQ(control.LineCount(), 1);
-  EXPECT_EQ(control.Text(), QString());
-}
-
 TEST_F(CodeMaxMembers, TextLengthIsThatOfTheText) {
   std::mt19937 random(3);
   const std::array<std::string, 11> alphabet{"a",    "\r",     "\n",           "\r\n", "\u00E9", "\U0001F600", "\xF0\x9F\x98",
@@ -122,20 +106,6 @@ TEST_F(CodeMaxMembers, Selection) {
   EXPECT_EQ(control.CurrentWordLength(), 2);
 }
 
-TEST_F(CodeMaxMembers, FindText) {
-  put("|one two one");
-  control.setSearchCaseSensitive(true);
-  EXPECT_TRUE(control.FindText(q("one")));
-  EXPECT_EQ(now(), "@one| two one");
-  EXPECT_TRUE(control.FindText(q("one")));
-  EXPECT_EQ(now(), "one two @one|");
-  EXPECT_TRUE(control.FindText(q("two"), false));
-  EXPECT_EQ(control.GetSel(true), (CmRange{0, 4, 0, 7, false}));
-  EXPECT_FALSE(control.FindText(q("One")));
-  EXPECT_EQ(control.GetSel(true), (CmRange{0, 4, 0, 7, false})) << "nothing found moves nothing";
-  control.setSearchCaseSensitive(false);
-}
-
 TEST_F(CodeMaxMembers, EditBlockIsOneStepAndTellsOnce) {
   put("|a\nb\nc");
   int moved = 0;
@@ -157,43 +127,6 @@ TEST_F(CodeMaxMembers, EditBlockIsOneStepAndTellsOnce) {
   EXPECT_EQ(now(), "> a\n> b\n> |c");
   EXPECT_FALSE(control.ExecuteCmd(99));
   EXPECT_FALSE(control.ExecuteCmd(213));
-}
-
-TEST_F(CodeMaxMembers, FilesKeepTheirBytes) {
-  const testing_files::TempFolder folder;
-  const std::string file = folder / "text.v";
-  const QString path = toQString(file);
-  const std::string bytes = "a\r\nb\xFF\nc\xC3\xA9 no end";
-  testing_files::writeRaw(file, bytes);
-  put("|old");
-  typeText(q("x"));
-  ASSERT_EQ(control.OpenFile(path), QString());
-  EXPECT_FALSE(control.Modified());
-  EXPECT_FALSE(control.CanUndo());
-  EXPECT_TRUE(control.fileStamp().has_value());
-  typeText(q("Z"));
-  EXPECT_TRUE(control.Modified());
-  ASSERT_TRUE(control.SaveFile(path).ok());
-  EXPECT_EQ(testing_files::readRaw(file), "Z" + bytes);
-  EXPECT_FALSE(control.Modified());
-  control.ExecuteCmd(Cmd::UNDO);
-  EXPECT_TRUE(control.Modified()) << "undone past the save";
-  control.ExecuteCmd(Cmd::REDO);
-  EXPECT_FALSE(control.Modified());
-
-  testing_files::writeRaw(file, "somebody else's");
-  typeText(q("Y"));
-  const text::SaveResult refused = control.SaveFile(path);
-  EXPECT_FALSE(refused.ok());
-  EXPECT_TRUE(refused.changedOnDisk);
-  EXPECT_TRUE(control.Modified());
-  EXPECT_EQ(testing_files::readRaw(file), "somebody else's");
-  EXPECT_TRUE(control.SaveFile(path, false).ok());
-
-  const QString before = control.Text();
-  EXPECT_NE(control.OpenFile(toQString(folder.path())), QString()) << "a folder";
-  EXPECT_NE(control.OpenFile(toQString(folder / "none")), QString());
-  EXPECT_EQ(control.Text(), before) << "a failed load changes nothing";
 }
 
 TEST_F(CodeMaxMembers, SettingsAreKeptInTheirBounds) {

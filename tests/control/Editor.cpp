@@ -5,15 +5,6 @@
 
 using text::ByteOffset;
 
-TEST(Editor, MarkersRoundTrip) {
-  for (const char* marked : {"|", "ab|c", "@ab|c", "a|b@c", "ab\nc#d\ne|f", "ab··#\nc|d", "|ab\n#cd", "ab·#··|", "#|", "a#|b"}) {
-    const CaretText parsed = parseCaret(marked);
-    EXPECT_EQ(printCaret(parsed.bytes, parsed.selection), marked);
-  }
-  EXPECT_EQ(parseCaret("ab··#\nc|d").selection.anchorVirtual, 2);
-  EXPECT_EQ(parseCaret("ab··#\nc|d").bytes, "ab\ncd");
-}
-
 TEST(Editor, CaretStaysOnCharacters) {
   EditorFixture f("a\r\nö€😀\xFFz|");
   for (std::int64_t i = -3; i < 30; ++i) {

@@ -152,6 +152,8 @@ TEST_F(FindDialogTest, AColumnSelectionIsSearchedRowByRow) {
     text->SetSel({0, 0, 0, 0, false});
   };
   selectBlock();
+  click("markAll");
+  for (const int line : {0, 1, 4}) EXPECT_TRUE(text->hasBookmark(line)) << line;
   const char* const forward[] = {"a@aaa| a\nbaab a\nbbbb a\n\nabca a\n", "aaaa a\nb@aa|b a\nbbbb a\n\nabca a\n",
                                  "aaaa a\nbaab a\nbbbb a\n\nabc@a| a\n", "a@aaa| a\nbaab a\nbbbb a\n\nabca a\n"};
   for (const char* expected : forward) {

@@ -175,22 +175,6 @@ TEST_F(HandOffMessages, FieldsComeBackAsTheyWent) {
   }
 }
 
-TEST_F(HandOffMessages, TwoHundredAreActedOnInOrder) {
-  QStringList acted;
-  Msghook hook([&](quint64, const HandOff& handOff) {
-    acted << handOff.text;
-    return HandOffReply{};
-  });
-  ASSERT_TRUE(hook.listen(socketPath()));
-  int answers = 0;
-  meanwhile([&] {
-    for (int i = 0; i < 200; ++i) answers += sendTo(socketPath(), QString::number(i)) == HandOffAnswer::acted;
-  });
-  EXPECT_EQ(answers, 200);
-  ASSERT_EQ(acted.size(), 200);
-  for (int i = 0; i < 200; ++i) EXPECT_EQ(acted[i], QString::number(i));
-}
-
 TEST_F(HandOffMessages, WhileOneIsActedOnOthersHearThatItIsBusy) {
   // The first message opens a "dialog": an event loop inside the handler.
   bool up = false;

@@ -119,6 +119,8 @@ TEST_F(KeyMacroTest, PlayedInsideARecordingBecomesPartOfIt) {
   keyMacros().toggleRecording();
   EXPECT_EQ(keyMacros().find(QStringLiteral("Macro 1"))->steps,
             (std::vector<KeyMacroStep>{{0, QStringLiteral("oi")}, {CommandNumber(Cmd::NEWLINE), {}}}));
+  EXPECT_TRUE(keyMacros().rename(QStringLiteral("Macro 1"), QStringLiteral("mine")));
+  EXPECT_EQ(keyMacros().current(), QStringLiteral("mine")) << "the key that plays the last one plays it";
 }
 
 TEST_F(KeyMacroTest, TextRoundTrips) {

@@ -66,31 +66,6 @@ TEST_F(LongWorkTest, IsDoneOnAThreadAndCanBeCancelled) {
   EXPECT_THROW(LongWork::run(control, 100, [](text::SearchControl&) { throw std::bad_alloc(); }), std::bad_alloc);
 }
 
-TEST_F(LongWorkTest, FindCommandsDoTheSameEitherWay) {
-  for (const bool shown : {false, true}) {
-    LongWork::patience().moment = std::chrono::milliseconds(shown ? 0 : 1000);
-    searchState().findText = QStringLiteral("ab");
-    searchState().replaceText = QStringLiteral("c");
-    const auto command = [&](const char* name) { control.ExecuteCmd(commandByName(QString::fromLatin1(name))->id); };
-    put("|ab x ab x\nab\n");
-    command("FINDNEXT");
-    EXPECT_EQ(now(), "@ab| x ab x\nab\n");
-    command("FINDPREV");
-    EXPECT_EQ(now(), "ab x ab x\n@ab|\n");
-    command("FINDMARKALL");
-    EXPECT_TRUE(control.hasBookmark(0) && control.hasBookmark(1));
-    command("REPLACEALLINBUFFER");
-    EXPECT_EQ(bytes(), "c x c x\nc\n");
-    control.ExecuteCmd(Cmd::UNDO);
-    EXPECT_EQ(bytes(), "ab x ab x\nab\n") << "one step";
-    searchState().options.regex = true;
-    searchState().findText = QStringLiteral("(");
-    command("FINDNEXT");
-    EXPECT_EQ(bytes(), "ab x ab x\nab\n");
-    searchState() = {};
-  }
-}
-
 TEST_F(LongWorkTest, WorkThatHasToEndKeepsItsWindowAndSaysHowFarItIs) {
   showAtOnce();
   std::atomic<bool> mayEnd = false;

@@ -40,28 +40,4 @@ TEST(Save, T2_T3_T4_T5_AnEditChangesItsOwnBytesOnly) {
   }
 }
 
-TEST(Save, S14_WhatIsTypedDuringASlowSaveStaysModified) {
-  const TempFolder folder;
-  const std::string file = folder / "file";
-  writeRaw(file, "text");
-  CodeMax control;
-  ASSERT_EQ(control.OpenFile(toQString(file)), QString());
-  control.InsertText(QStringLiteral("first "), {0, 0});
-  FaultyFileSystem slow;
-  int typed = 0;
-  {
-    const UseFileSystem use(slow);
-    slow.before([&](const Call& call) {
-      if (call.name == "sync" && typed++ == 0) control.InsertText(QStringLiteral("second "), {0, 0});
-    });
-    ASSERT_TRUE(control.SaveFile(toQString(file)).ok());
-  }
-  EXPECT_GT(typed, 0);
-  EXPECT_EQ(readRaw(file), "first text");
-  EXPECT_TRUE(control.Modified());
-  ASSERT_TRUE(control.SaveFile(toQString(file)).ok());
-  EXPECT_EQ(readRaw(file), "second first text");
-  EXPECT_FALSE(control.Modified());
-}
-
 }   // namespace

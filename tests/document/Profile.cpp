@@ -78,15 +78,6 @@ TEST_F(Profile, GeometryFollowsTheState) {
   main.checks = {{q("mnuViewStatusBar"), true}, {q("mnuViewToolbar"), false}, {q("mnuViewTabs"), false}};
   main.documentState = 2;
   service.SaveMDIWindowProfile(main);
-  EXPECT_EQ(Number(kGlobalKey, q("winTop"), -1), 60);
-  EXPECT_EQ(Number(kGlobalKey, q("winleft"), -1), 50);
-  EXPECT_EQ(Number(kGlobalKey, q("winwidth"), -1), 400);
-  EXPECT_EQ(Number(kGlobalKey, q("winheight"), -1), 300);
-  EXPECT_EQ(Number(kGlobalKey, q("winstate"), -1), 0);
-  EXPECT_EQ(GetValue(kGlobalKey, q("StatusBar")).toString(), q("True"));
-  EXPECT_EQ(GetValue(kGlobalKey, q("ToolBar")).toString(), q("False"));
-  EXPECT_EQ(Number(kGlobalKey, q("ewinstate"), -1), 2);
-
   for (const auto& [state, number] :
        {std::pair{Qt::WindowMaximized, 2}, std::pair{Qt::WindowMinimized, 1}, std::pair{Qt::WindowFullScreen, 0}}) {
     main.window.setWindowState(state);
@@ -164,18 +155,6 @@ TEST_F(Profile, ForeignValuesDoNoHarm) {
   }
 }
 
-TEST_F(Profile, MissingValuesLeaveTheirTargets) {
-  FakeFrame frame;
-  frame.checks = {{q("mnuViewStatusBar"), true}, {q("mnuViewToolbar"), true}};
-  frame.documentState = 2;
-  frame.window.setGeometry(7, 8, 333, 222);
-  service.getFormWindowProfile(frame);
-  EXPECT_TRUE(frame.checks[q("mnuViewStatusBar")]);
-  EXPECT_TRUE(frame.checks[q("mnuViewToolbar")]);
-  EXPECT_EQ(frame.documentState, 2);
-  EXPECT_EQ(frame.window.size(), QSize(333, 222));
-}
-
 // ---- menus
 
 TEST_F(ProfileMenus, RecentlyUsed) {
@@ -196,46 +175,6 @@ TEST_F(ProfileMenus, RecentlyUsed) {
   EXPECT_EQ(keys.size(), 10) << "each has its own";
   EXPECT_EQ(main.menus[q("mnuFileMRU(10)")].caption, q("-"));
   EXPECT_TRUE(main.menus[q("mnuFileMRU(10)")].visible);
-}
-
-TEST_F(ProfileMenus, Macros) {
-  service.GetProfile(main, q("mnuFileMRU"));
-  for (const int macros : {0, 1, 20, 25}) {
-    SCOPED_TRACE(macros);
-    auto list = std::make_shared<cMacros>();
-    for (int i = 0; i < macros; ++i) list->Add()->Name = q("M&%1").arg(i);
-    manager.Languages()->Item(1)->setcMacros(list);
-    manager.setListLanguage(1);
-    service.CommandstoMenu();
-    EXPECT_EQ(main.menus[q("mCustom")].visible, macros > 0);
-    for (int i = 0; macros > 0 && i < 20; ++i) {
-      EXPECT_EQ(main.menus[q("mCustom(%1)").arg(i)].visible, i < macros);
-      EXPECT_EQ(main.menus[q("mCustom(%1)").arg(i)].caption, i < macros ? q("M&&%1").arg(i) : QString());
-    }
-  }
-  EXPECT_EQ(main.menus[q("mCustom(20)")].caption, q("-"));
-  manager.setListLanguage(0);
-  service.CommandstoMenu();
-  EXPECT_FALSE(main.menus[q("mCustom")].visible);
-}
-
-TEST_F(ProfileMenus, HelpAndModified) {
-  service.GetProfile(main, q("mnuFileMRU"));
-  manager.Languages()->Item(1)->HelpFile = q("/help.html");
-  manager.setListLanguage(1);
-  service.SetHelpMenu();
-  EXPECT_EQ(main.menus[q("mHelp")].caption, q("&Help*"));
-  EXPECT_TRUE(main.enabled[q("mHelpContents")] && main.enabled[q("mHelpWord")]);
-  manager.setListLanguage(2);
-  service.SetHelpMenu();
-  EXPECT_EQ(main.menus[q("mHelp")].caption, q("&Help"));
-  EXPECT_FALSE(main.enabled[q("mHelpContents")] || main.enabled[q("mHelpWord")]);
-
-  const auto document = opened(write("a.v", "x"));
-  document->cmx->setText(q("y"));
-  service.SetupMenusModified(false);
-  EXPECT_FALSE(main.activeModified);
-  EXPECT_TRUE(main.anyModified);
 }
 
 // ---- file dialogs

@@ -126,15 +126,12 @@ TEST_F(Shipped, EveryEntryMakesSense) {
 }
 
 TEST_F(Shipped, SamplesHaveTheirLanguages) {
-  const std::pair<const char*, const char*> samples[] = {{"wave.do", "Simulator do-file"},
-                                                         {"viewdrawsch.1", "Schematic text"},
-                                                         {"trnscrpt.log", "Log and transcript"},
-                                                         {"control.abl", "ABEL"},
-                                                         {"palasm.pds", "PALASM"},
-                                                         {"timspec.ucf", "UCF constraints"},
-                                                         {"report.scr", "Tool script"},
-                                                         {"sample.v", "Verilog"},
-                                                         {"sample1.vhd", "VHDL"}};
+  // clang-format off
+  const std::pair<const char*, const char*> samples[] = {
+      {"wave.do", "Simulator do-file"}, {"viewdrawsch.1", "Schematic text"}, {"trnscrpt.log", "Log and transcript"},
+      {"control.abl", "ABEL"}, {"palasm.pds", "PALASM"}, {"timspec.ucf", "UCF constraints"}, {"report.scr", "Tool script"},
+      {"sample.v", "Verilog"}, {"sample1.vhd", "VHDL"}};
+  // clang-format on
   for (const auto& [file, language] : samples) {
     const QString path = qEnvironmentVariable("ZELKOR_SOURCE") + QStringLiteral("/Samples/") + QLatin1String(file);
     const auto loaded = text::loadFile(path.toStdString());
@@ -158,20 +155,14 @@ TEST_F(Shipped, SamplesHaveTheirLanguages) {
 TEST_F(Shipped, FilesHaveTheirLanguages) {
   const struct {
     const char *name, *text, *language;
-  } files[] = {{"Makefile", "", "Make"},
-               {"CMakeLists.txt", "", "CMake"},
-               {".bashrc", "", "Shell"},
-               {"a.v", "", "Verilog"},
-               {"a.sv", "", "SystemVerilog"},
-               {"a.H", "", "C"},
-               {"a.h", "int x; // class\n", "C"},
-               {"a.h", "#pragma once\nclass A;\n", "C++"},
-               {"a.h", "std::string s;\n", "C++"},
-               {"a.lib", "library (x) {\n", "Liberty"},
-               {"a.lib", "* cells\n.SUBCKT a b\n", "SPICE"},
-               {"a.xpr", "", "XML"},
-               {"configure", "#!/usr/bin/env -S python3.11 -u\n", "Python"},
-               {"run", "#!/bin/bash\n", "Shell"}};
+    // clang-format off
+  } files[] = {
+      {"Makefile", "", "Make"}, {"CMakeLists.txt", "", "CMake"}, {".bashrc", "", "Shell"}, {"a.v", "", "Verilog"},
+      {"a.sv", "", "SystemVerilog"}, {"a.H", "", "C"}, {"a.h", "int x; // class\n", "C"},
+      {"a.h", "#pragma once\nclass A;\n", "C++"}, {"a.h", "std::string s;\n", "C++"}, {"a.lib", "library (x) {\n", "Liberty"},
+      {"a.lib", "* cells\n.SUBCKT a b\n", "SPICE"}, {"a.xpr", "", "XML"},
+      {"configure", "#!/usr/bin/env -S python3.11 -u\n", "Python"}, {"run", "#!/bin/bash\n", "Shell"}};
+  // clang-format on
   for (const auto& file : files) {
     const int index = manager.GetLangFromFile(QLatin1String(file.name), QLatin1String(file.text));
     ASSERT_GT(index, 0) << file.name;

@@ -4,11 +4,13 @@
 #include <iterator>
 
 #include "tests/fuzz/Fuzz.h"
+#include "tests/support/files/OwnHome.h"
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) __attribute__((weak));
 
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
+  const testing_files::OwnHome home;
   if (LLVMFuzzerInitialize) LLVMFuzzerInitialize(&argc, &argv);
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {

@@ -180,27 +180,13 @@ TEST_F(CaretWords, NothingWithoutLanguageOrRight) {
   EXPECT_EQ(shown(), "red|");
 }
 
-TEST_F(CaretWords, IsInWordList) {
-  list("A", "red\nGREEN\ntwo words\n<=\nopen");
-  struct Case {
-    const char* text;
-    bool found;
-  };
-  for (const Case& c :
-       {Case{"RED|", true}, Case{"gre|en", true}, Case{"gre|enish", false}, Case{"|<= x", true}, Case{"two|", false},
-        Case{"two wor|ds", true}, Case{"open|", false}, Case{" | ", false}, Case{"|", false}}) {
-    show(c.text);
-    EXPECT_EQ(isInWordList(cmx, language.get()), c.found) << c.text;
-    EXPECT_FALSE(isInWordList(cmx, nullptr));
-  }
-}
-
 TEST_F(CaretWords, TemplatesGoInAtTheirPlace) {
   hotKey("alw", "always @($$clk)\nbegin\n\n  $$\nend");
   hotKey("plain", "one\ntwo");
   hotKey("..", "dots");
   hotKey("none", "");
   hotKey("tab", "one\n\ttwo");
+  hotKey("deep", "a\n  b\n    c");
   hotKey("lead", "\na\nb\n");
   struct Case {
     const char *before, *after;
@@ -210,7 +196,8 @@ TEST_F(CaretWords, TemplatesGoInAtTheirPlace) {
            Case{"    a|lw;", "    always @(@$$|clk)\n    begin\n    \n      $$\n    end;"},
            Case{"\talw|", "\talways @(@$$|clk)\n\tbegin\n\t\n\t\t$$\n\tend"},   // a level of the template is a tab there
            Case{"\tx\nalw|", "\tx\nalways @(@$$|clk)\nbegin\n\n\t$$\nend"}, Case{"  x\ntab|", "  x\none\n    two|"},
-           Case{"tab|", "one\n\ttwo|"}, Case{"ab\tx alw|", "ab\tx always @(@$$|clk)\n      begin\n      \n        $$\n      end"},
+           Case{"\tdeep|", "\ta\n\t\tb\n\t\t\tc|"}, Case{"tab|", "one\n\ttwo|"},
+           Case{"ab\tx alw|", "ab\tx always @(@$$|clk)\n      begin\n      \n        $$\n      end"},
            Case{"\xC3\xA4 plain|", "\xC3\xA4 one\n  two|"}, Case{"x\n  plain| y", "x\n  one\n  two| y"}, Case{"none|;", "|;"},
            Case{"  lead|;", "  \na\n  b\n  |;"},   // the search for breaks begins behind the first character
            Case{"ALW|", "ALW|"}, Case{"alwx|", "alwx|"}, Case{" | ", " | "},

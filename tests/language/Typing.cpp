@@ -248,18 +248,3 @@ TEST_F(TypingHotWords, IsQuietWhereNoTemplateIsMeant) {
   type("al");   // Tab belongs to the fields here
   EXPECT_TRUE(offered().isEmpty());
 }
-
-TEST_F(TypingHotWords, GoesWithItsControl) {
-  auto other = std::make_unique<CodeMax>();
-  other->resize(300, 200);
-  other->setLanguage(q("L"));
-  other->show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(other.get()));
-  other->activateWindow();
-  other->setFocus();
-  QPointer<HotWords> helper = new HotWords(*other, manager, [] { return 1; }, {});
-  type("al");
-  ASSERT_TRUE(helper->list() && helper->list()->isVisible());
-  other.reset();
-  EXPECT_TRUE(helper.isNull());
-}

@@ -116,13 +116,6 @@ TEST(CWordWrap, ALineOfManyCommentsCostsOneCopy) {
   }
 }
 
-TEST(CWordWrap, EmptyDelimitersSwitchOff) {
-  CWordWrap wrap;
-  EXPECT_EQ(marked(wrap, "// /* x */"), QStringLiteral("// /* x */"));
-  wrap.SetMultiLineComment(QStringLiteral("(*"), QString());
-  EXPECT_EQ(marked(wrap, "(* x"), QStringLiteral("<(* x"));
-}
-
 TEST(CWordWrap, GutterIsRightAligned) {
   Job job(QString(119, u'\n'));   // 120 lines, the last index has three digits
   job.print(true);
@@ -144,19 +137,11 @@ TEST(CWordWrap, EmphasisOfKeywordsAndComments) {
   EXPECT_EQ(job.styled(), (QStringList{QStringLiteral("b{begin} x(b{begin}) i{// begin}"), QStringLiteral("b{end} Begin"),
                                        QStringLiteral("i{/* a}"), QStringLiteral("i{begin b */} b{end}")}));
   EXPECT_FALSE(job.printer.FontItalic());
-}
-
-TEST(CWordWrap, TabsCountFromTheMargin) {
-  Job job(QStringLiteral("abc\tx\nabcd\ty\n\tz"));
-  job.print();
-  const double zero = job.printer.TextWidth(QStringLiteral("0"));
-  std::vector<double> columns;
-  for (const auto& run : job.page().runs)
-    if (job.page().runText(run).size() == 1) columns.push_back((run.x - 36) / zero);
-  ASSERT_EQ(columns.size(), 3u);
-  EXPECT_NEAR(columns[0], 4, 0.01);
-  EXPECT_NEAR(columns[1], 8, 0.01);
-  EXPECT_NEAR(columns[2], 4, 0.01);
+  Job numbered(QStringLiteral("/* a\nb */ c"));
+  numbered.wrap.CommentsBold = true;
+  numbered.wrap.CommentsItalic = false;
+  numbered.print(true);
+  EXPECT_EQ(numbered.styled(), (QStringList{QStringLiteral(" 1: b{/* a}"), QStringLiteral(" 2: b{b */} c")}));
 }
 
 TEST(CWordWrap, KeywordsWithSigns) {

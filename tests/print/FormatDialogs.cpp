@@ -80,14 +80,6 @@ TEST_F(FormatDialogs, BlanksThatMakeBlocksStay) {
   EXPECT_TRUE(in<QLabel>(dialog, "lblResult").text().contains(u"the indentation stays"_s));
 }
 
-TEST_F(FormatDialogs, WithoutADocumentNothingCanBeApplied) {
-  main.active = nullptr;
-  frmFormat dialog;
-  in<QComboBox>(dialog, "cmbTab").setCurrentIndex(3);
-  EXPECT_FALSE(in<QPushButton>(dialog, "cmdApply").isEnabled());
-  dialog.cmdApply_Click();
-}
-
 TEST_F(FormatDialogs, PreviewShowsTheChangeAndCanBeLeft) {
   const auto document = text("a.v", "begin\nx\nend", 1);
   frmFormat dialog;

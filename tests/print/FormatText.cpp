@@ -102,26 +102,25 @@ TEST(FormatText, AppliedAgainItLeavesNoTrace) {
   setStatusSink({});
 }
 
-TEST(FormatText, SearchOfThePersonStays) {
-  searchState() = {};
-  searchState().findText = QStringLiteral("mine");
-  searchState().options.wholeWord = true;
-  CodeMax cmx;
-  cmx.setText(QStringLiteral("a\tb"));
-  FormatChoices choices;
-  choices.tabs = 1;
-  FormatIt(cmx, nullptr, choices);
-  EXPECT_EQ(textOf(cmx), "a b");
-  EXPECT_EQ(searchState().findText, QStringLiteral("mine"));
-  EXPECT_TRUE(searchState().options.wholeWord);
-  searchState() = {};
-}
-
 TEST(FormatText, TheStyleOfALongLineIsSeenInItsBeginning) {
   CodeMax cmx;
   cmx.setText(QStringLiteral("a\n\tb\n\tc") + QString(20'000'000, u'x'));
   EXPECT_TRUE(indentStyleOf(cmx).tabs);
   EXPECT_LT(costMs([&] { indentStyleOf(cmx); }), 5);
+}
+
+TEST(FormatText, ASelectionIsFormattedAsPartOfTheText) {
+  Hdl hdl;
+  CodeMax cmx;
+  cmx.setLanguage(QStringLiteral("format-test"));
+  cmx.setText(QStringLiteral("/* aB\naB\naB */ aB\naB"));
+  cmx.SetSel({1, 0, 2, 3, false});
+  FormatChoices choices;
+  choices.mainCase = 1;
+  choices.selectionOnly = true;
+  EXPECT_EQ(FormatIt(cmx, hdl.language.get(), choices).linesChanged, 1);
+  EXPECT_EQ(cmx.GetLine(1), QStringLiteral("aB")) << "within a comment";
+  EXPECT_EQ(cmx.GetLine(2), QStringLiteral("aB */ AB"));
 }
 
 TEST(FormatText, ReadOnlyTextStays) {
@@ -137,26 +136,14 @@ TEST(FormatText, ReadOnlyTextStays) {
 TEST(FormatText, RandomTextsLoseNothing) {
   Hdl hdl;
   std::mt19937 random(20260412);
-  const QStringList parts{QStringLiteral("begin"),
-                          QStringLiteral("End"),
-                          QStringLiteral("aB"),
-                          QStringLiteral("\t"),
-                          QStringLiteral(" "),
-                          QStringLiteral("\n"),
-                          QStringLiteral("\n"),
-                          QStringLiteral("\""),
-                          QStringLiteral("--"),
-                          QStringLiteral("/*"),
-                          QStringLiteral("*/"),
-                          QStringLiteral("("),
-                          QStringLiteral(")"),
-                          QStringLiteral(";"),
-                          QString(QChar(0xDC81)),
-                          QString(QChar(0)),
-                          QStringLiteral("\u00e9\u0301"),
-                          QStringLiteral("\u00df"),
-                          QStringLiteral("\\x y"),
-                          QStringLiteral("8'hAf")};
+  // clang-format off
+  const QStringList parts{
+      QStringLiteral("begin"), QStringLiteral("End"), QStringLiteral("aB"), QStringLiteral("\t"), QStringLiteral(" "),
+      QStringLiteral("\n"), QStringLiteral("\n"), QStringLiteral("\""), QStringLiteral("--"), QStringLiteral("/*"),
+      QStringLiteral("*/"), QStringLiteral("("), QStringLiteral(")"), QStringLiteral(";"), QString(QChar(0xDC81)),
+      QString(QChar(0)), QStringLiteral("\u00e9\u0301"), QStringLiteral("\u00df"), QStringLiteral("\\x y"),
+      QStringLiteral("8'hAf")};
+  // clang-format on
   const auto pick = [&](int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); };
   for (int round = 0; round < 300; ++round) {
     QString text;

@@ -192,6 +192,9 @@ TEST(LineTools, SelectedLinesOnly) {
   Control all("a\nb\nc", {1, 0, 2, 1, false});
   JoinLines(all.cmx);
   EXPECT_EQ(all.text(), "a\nb c");
+  Control blank("a\n \nb", {0, 0, 2, 1, false});
+  JoinLines(blank.cmx);
+  EXPECT_EQ(blank.text(), "a b");
   Control locked("b\na");
   locked.cmx.setReadOnly(true);
   EXPECT_EQ(SortLines(locked.cmx, {}), 0);

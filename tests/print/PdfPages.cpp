@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QFile>
 #include <QGuiApplication>
+#include <QPrinter>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -122,6 +123,23 @@ TEST_F(PdfPages, TextOrderHeaderFooterAndCount) {
       for (int i = 1; i <= 200; ++i)
         EXPECT_EQ(body[i - 1], (numbers ? u"%1: line number %1 of the text"_s : u"line number %1 of the text"_s).arg(i));
     }
+  }
+}
+
+TEST_F(PdfPages, APrinterGetsThePagesInItsOrderAndAsOftenAsAsked) {
+  const PrintDocument document = lay(numbered(200), u"one.v"_s);
+  const int pages = static_cast<int>(document.pages.size());
+  for (const auto order : {QPrinter::FirstPageFirst, QPrinter::LastPageFirst}) {
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(path());
+    printer.setPageOrder(order);
+    printer.setCopyCount(2);
+    ASSERT_TRUE(sendPages(printer, document, nullptr));
+    EXPECT_TRUE(info().contains(QRegularExpression(u"Pages: +%1\n"_s.arg(2 * pages)))) << info().toStdString();
+    const bool first = order == QPrinter::FirstPageFirst;
+    EXPECT_EQ(page(1).contains(u"line number 1 of the text"_s), first);
+    EXPECT_EQ(page(pages).contains(u"line number 1 of the text"_s), !first);
   }
 }
 

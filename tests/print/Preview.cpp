@@ -64,6 +64,7 @@ PrintDocument laidOut(const QString& text) {
 
 TEST_F(Preview, OptionsKeepNineValuesUnderTheirNames) {
   PrintSettings settings;
+  settings.layout.setMargins({10, 20, 30, 40});
   frmPrintOptions dialog(settings);
   const auto toggle = [&](const char* name) {
     auto* box = dialog.findChild<QCheckBox*>(QLatin1String(name));
@@ -87,6 +88,8 @@ TEST_F(Preview, OptionsKeepNineValuesUnderTheirNames) {
   EXPECT_TRUE(again.text.LineNumbers);
   EXPECT_FALSE(again.text.CommentsBold);
   EXPECT_EQ(again.text.FooterText, u"my|footer|%d"_s);
+  settings.save();
+  EXPECT_EQ(PrintSettings::load().layout.margins(), QMarginsF(10, 20, 30, 40));
 }
 
 TEST_F(Preview, SettingsThatMakeNoSenseLeaveTheDefaults) {
@@ -213,33 +216,6 @@ TEST_F(Preview, TheTextMayGoWhileItIsLaidOut) {
   preview.layOutText();
   EXPECT_FALSE(preview.isLaidOut());
   EXPECT_FALSE(preview.isVisible());
-}
-
-TEST_F(Preview, ReviewSheetAndBack) {
-  frmPreview preview(source(lines(300)), false);
-  preview.show();
-  preview.layOutText();
-  action(preview, "review")->trigger();
-  EXPECT_EQ(preview.document().pages.size(), 1u);
-  EXPECT_TRUE(preview.document().pages[0]->text.contains(u"Review Sheet"_s));
-  EXPECT_TRUE(action(preview, "print")->isEnabled());
-  action(preview, "review")->trigger();
-  EXPECT_GT(preview.document().pages.size(), 3u);
-}
-
-TEST_F(Preview, PageSetUpOpensItsTab) {
-  frmPreview preview(source(lines(3)), false);
-  preview.show();
-  preview.layOutText();
-  int tab = -1;
-  QTimer::singleShot(0, &preview, [&] {
-    auto* options = preview.findChild<frmPrintOptions*>();
-    ASSERT_TRUE(options);
-    tab = options->findChild<QTabWidget*>()->currentIndex();
-    options->reject();
-  });
-  action(preview, "setup")->trigger();
-  EXPECT_EQ(tab, 1);
 }
 
 TEST_F(Preview, NoPrinterOffersAPdf) {

@@ -69,49 +69,6 @@ class ReindentShipped : public testing::Test {
 
 }   // namespace
 
-TEST(Reindent, WordListSearch) {
-  struct Case {
-    const char *word, *list;
-    bool found, twice, tilde;
-  };
-  const Case cases[] = {
-      {"begin", "\r\nbegin\r\n", true, false, false},
-      {"BEGIN", "\r\nbegin\r\n", true, false, false},
-      {"begin", "begin\r\n", false, false, false},   // no line break before the first entry
-      {"begin", "\r\nbegin", true, false, false},
-      {"beg", "\r\nbegin\r\n", false, false, false},
-      {"case", "\r\nif\r\ncase*\r\n", true, true, false},
-      {"CASE", "\r\ncase*\r\n", true, true, false},
-      {"wait", "\r\nwait~\r\n", false, false, true},
-      {"fun", "\r\nfun-\r\n", false, false, false},
-      {"case", "\r\ncase\r\ncase*\r\n", true, false, false},
-  };
-  for (const auto& c : cases) {
-    BlockWordFlags flags{true, true};
-    EXPECT_EQ(searchWordList(QLatin1String(c.word), QLatin1String(c.list), flags), c.found) << c.word << " in " << c.list;
-    EXPECT_EQ(flags.doubleIndent, c.twice) << c.word << " in " << c.list;
-    EXPECT_EQ(flags.tilde, c.tilde) << c.word << " in " << c.list;
-  }
-}
-
-TEST(Reindent, Classes) {
-  const BlockWords words(list("b both"), list("e both"), list("m b"));
-  EXPECT_EQ(words.classify(QStringLiteral("e")).kind, BlockClass::end);
-  EXPECT_EQ(words.classify(QStringLiteral("both")).kind, BlockClass::end) << "the end comes first";
-  EXPECT_EQ(words.classify(QStringLiteral("b")).kind, BlockClass::start) << "the start comes before the middle";
-  EXPECT_EQ(words.classify(QStringLiteral("M")).kind, BlockClass::middle);
-  EXPECT_EQ(words.classify(QString()).kind, BlockClass::none);
-  EXPECT_EQ(words.classify(QStringLiteral("x")).kind, BlockClass::none);
-}
-
-TEST(Reindent, StackKeepsSixtyOneWidths) {
-  IndentStack stack(7);
-  EXPECT_EQ(stack.pop(), 7) << "a pop of nothing gives the unit";
-  for (int i = 1; i <= 70; ++i) stack.push(i);
-  EXPECT_EQ(stack.pop(), 60);
-  EXPECT_EQ(stack.pop(), 59);
-}
-
 TEST(Reindent, ByFirstWord) {
   const BlockWords words(list("B D*"), list("E"), list("M"));
   struct Case {

@@ -5,7 +5,7 @@
 # save (S4). Texts go through PROBE; definition file, log and PDF file through WINDOW-PROBE.
 #
 #   kill_sweep.sh PROBE WINDOW-PROBE WRITER
-#                  ZELKOR_FULL=1: every call of every save (else a part of those of large files and windows)
+#                  ZELKOR_FULL=1: every call of every save (else all of two kinds, and a part of the others)
 set -u
 export LC_ALL=C ASAN_OPTIONS=detect_leaks=0 QT_QPA_PLATFORM=offscreen
 probe=$1 window_probe=$2 writer=$3
@@ -13,7 +13,10 @@ memory=/dev/shm   # a kill does not depend on the disk: take memory where there 
 [ -d $memory ] && [ -w $memory ] || memory=${TMPDIR:-/tmp}
 work=$(mktemp -d -p $memory) || exit 1
 trap 'rm -rf "$work"' EXIT
-export XDG_STATE_HOME=$work/state
+for name in HOME XDG_CONFIG_HOME XDG_CACHE_HOME XDG_DATA_HOME XDG_STATE_HOME XDG_RUNTIME_DIR; do
+  mkdir -m 700 "$work/$name"
+  export $name="$work/$name"
+done
 
 if ! strace -o /dev/null true 2>/dev/null; then
   echo "skipped: no process can be traced here"
@@ -35,6 +38,10 @@ list_calls() {
     /the-save-ends-here/ { exit }
     on && $1 !~ /^(brk|mmap|munmap|mremap|madvise|futex|getrandom|clock_nanosleep)$/ { print $1, uses[$1] }
     /the-save-begins-here/ { on = 1 }'
+}
+
+chosen() {  # STEP: one of so many calls
+  awk -v step="${ZELKOR_FULL:+1}" -v usual="$1" '(NR - 1) % (step ? step : usual) == 0' "$work/calls"
 }
 
 make_text() {  # SIZE LETTER
@@ -121,7 +128,7 @@ sweep() {  # NAME KIND OLD-SIZE NEW-SIZE STEP
     "$probe" "$target" > "$work/out" || fail "$name: no look after a kill at $call $nth"
     stray=$(find "$work/d" -name '.zelkor-*' -o -name '.*.zelkor-recovery-*' | wc -l)
     [ "$stray" -eq "$(wc -l < "$work/out")" ] || fail "$name: left behind after $call $nth: $(cat "$work/out")"
-  done < <(awk -v step="${ZELKOR_FULL:+1}" -v usual="$step" '(NR - 1) % (step ? step : usual) == 0' "$work/calls")
+  done < <(chosen "$step")
 
   # S4: a sync that fails is a save that failed, and the old text is back.
   local syncs=$(grep -c '^fsync ' "$work/calls") first=$(awk '/^fsync / { print $2; exit }' "$work/calls") nth
@@ -168,23 +175,23 @@ sweep_settings() {  # NAME yes|no: is there a file before
     fi
     "$writer" "$target" new 1 1 > /dev/null || fail "$name: not written after a kill at $call $nth"
     cmp -s "$target" "$work/new" || fail "$name: not whole after a kill at $call $nth"
-  done < "$work/calls"
+  done < <(chosen 3)
   echo "$name: $(wc -l < "$work/calls") calls"
 }
 
-sweep "new file" new 0 5000 1
+sweep "new file" new 0 5000 3
 sweep "longer" plain 5000 9000 1
-sweep "shorter" plain 9000 5000 1
-sweep "to empty" plain 5000 0 1
-sweep "symbolic link" symlink 5000 6000 1
-sweep "hard link, longer" hardlink 5000 9000 1
+sweep "shorter" plain 9000 5000 5
+sweep "to empty" plain 5000 0 5
+sweep "symbolic link" symlink 5000 6000 5
+sweep "hard link, longer" hardlink 5000 9000 5
 sweep "hard link, shorter" hardlink 9000 5000 1
-sweep "hard link, to empty" hardlink 5000 0 1
-sweep "definition file" definition 0 0 4
-sweep "log" log 5000 0 4
-sweep "PDF" pdf 5000 400 4
-sweep "5 MB" plain 5000000 5000001 8
-sweep "5 MB, hard link" hardlink 5000000 4999999 8
+sweep "hard link, to empty" hardlink 5000 0 5
+sweep "definition file" definition 0 0 9
+sweep "log" log 5000 0 13
+sweep "PDF" pdf 5000 400 13
+sweep "5 MB" plain 5000000 5000001 17
+sweep "5 MB, hard link" hardlink 5000000 4999999 17
 sweep_settings "settings" yes
 sweep_settings "settings, new" no
 echo "$points kills, each left the old text or the new one; $strays files left behind, all swept or offered"

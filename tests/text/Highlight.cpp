@@ -347,6 +347,23 @@ TEST(HighlightStates, EqualCountingFromTheTopThroughEdits) {
   }
 }
 
+// However far below, and however often that was looked at before.
+TEST(HighlightStates, ACommentOpenedAboveReachesTheEnd) {
+  std::string bytes;
+  for (int i = 0; i < 60'000; ++i) bytes += "assign a = b;\n";
+  Document document;
+  document.reset(Snapshot(bytes));
+  StateCache cache;
+  cache.setHighlighter(std::make_shared<const Highlighter>(verilog()));
+  const auto held = document.subscribe([&](const Change& change) { cache.onChange(change); });
+  for (const LineState expected : {0, 1, 0}) {
+    if (expected == 1) document.apply(Edit{{}, "/*"}, {});
+    else document.undo();
+    for (const std::int64_t line : {59'999, 100, 30'000})
+      EXPECT_EQ(cache.stateAt(document.snapshot(), LineNo(line)), expected) << line;
+  }
+}
+
 TEST(HighlightStates, BudgetComesToTheExactState) {
   std::string bytes = "/*\n";
   for (int i = 0; i < 100'000; ++i) bytes += "reg [7:0] data_in; wire valid;\n";

@@ -200,6 +200,17 @@ TEST(Load, TakesAForcedEncodingOnlyWhenExact) {
   EXPECT_EQ(text::loadFile(path, options).error, "The file cannot be read as UTF-16LE");
 }
 
+TEST(Load, BlocksOfOtherEncodingsAreJoinedWhole) {
+  TempFolder folder;
+  std::string whole;
+  for (int i = 0; i < 200'000; ++i) whole += std::to_string(i) + "\xc3\xa4\n";
+  for (const FileFormat format : {FileFormat{Encoding::utf16le, true}, {Encoding::windows1252, false}}) {
+    text::EncodeError error;
+    writeRaw(folder / "file", *text::encodeText(whole, format, &error));
+    EXPECT_TRUE(text::loadFile(folder / "file").text.bytes() == whole) << text::name(format.encoding);
+  }
+}
+
 TEST(Load, ReadsBytesUpToALimit) {
   TempFolder folder;
   const auto path = folder / "file";

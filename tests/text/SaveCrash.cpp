@@ -87,35 +87,4 @@ TEST(SaveCrash, S5_EveryStateAfterAPowerCutIsOldOrNew) {
   EXPECT_GT(states, 200u);
 }
 
-// The model itself: it must tell what is durable from what is not, or the test above proves nothing.
-TEST(SaveCrash, TheModelLosesWhatWasNotSynced) {
-  CrashFileSystem disk(DiskState{{"/d/f", "old"}});
-  const auto has = [&](const char* path, const std::optional<std::string>& bytes) {
-    for (const auto& state : disk.afterPowerCut()) {
-      const auto it = state.find(path);
-      if (it == state.end() ? !bytes : bytes == it->second) return true;
-    }
-    return false;
-  };
-  constexpr int kCwd = CrashFileSystem::kCwd;
-  const int file = disk.openAt(kCwd, "/d/new", text::kWrite | text::kCreate, 0600);
-  disk.write(file, "0123456789", 10);
-  EXPECT_TRUE(has("/d/new", std::nullopt));
-  EXPECT_TRUE(has("/d/new", ""));
-  EXPECT_TRUE(has("/d/new", "01234"));
-  EXPECT_TRUE(has("/d/new", std::string(10, '\0')));
-  EXPECT_TRUE(has("/d/new", "0123456789"));
-  disk.sync(file);
-  EXPECT_TRUE(has("/d/new", std::nullopt)) << "its name is not durable yet";
-  EXPECT_FALSE(has("/d/new", "01234"));
-  EXPECT_EQ(disk.renameAt(kCwd, "/d/new", kCwd, "/d/f", text::kReplace), 0);
-  EXPECT_TRUE(has("/d/f", "old"));
-  EXPECT_TRUE(has("/d/f", "0123456789"));
-  const int folder = disk.openAt(kCwd, "/d", text::kRead | text::kDirectory, 0);
-  disk.sync(folder);
-  EXPECT_FALSE(has("/d/f", "old"));
-  EXPECT_TRUE(has("/d/f", "0123456789"));
-  EXPECT_EQ(disk.afterPowerCut().size(), 1u);
-}
-
 }   // namespace
