@@ -99,24 +99,6 @@ TEST_F(Files, OpenAlreadyBringsForward) {
   EXPECT_EQ(main->DocCount, 2);
 }
 
-TEST_F(Files, RevertQuestion) {
-  frmDocument* first = open("a.v", "disk\n");
-  first->cmx->setText(q("mine"));
-  open("b.v");
-  for (const auto& [answer, open, active] :
-       {std::tuple{Answer::cancel, 2, "b.v"}, std::tuple{Answer::yes, 2, "a.v*"}, std::tuple{Answer::no, 3, "a.v"}}) {
-    boxes.answer(answer);
-    bool ok = true;
-    main->mainOpenFile(path("a.v"), ok);
-    EXPECT_EQ(ok, answer == Answer::no);
-    EXPECT_EQ(main->DocCount, open);
-    EXPECT_EQ(main->activeDocument()->Caption(), q(active));
-    EXPECT_EQ(main->activeDocument()->parentWidget()->isMaximized(), answer == Answer::cancel) << "its window becomes a normal one";
-    EXPECT_EQ(first->cmx->Text(), q("mine")) << "nothing is read from the disk into it";
-  }
-  EXPECT_EQ(main->activeDocument()->cmx->Text(), q("disk\n"));
-}
-
 // Who asks for a place or for a guard gets the window that the answer led to, and none after Cancel.
 TEST_F(Files, AnAnswerSaysWhichWindowIsMeant) {
   frmDocument* first = open("a.v", "1\n2\n3\n");
@@ -128,6 +110,7 @@ TEST_F(Files, AnAnswerSaysWhichWindowIsMeant) {
   frmDocument* second = main->openAt(path("a.v"), 3, 1);
   ASSERT_TRUE(second && second != first);
   EXPECT_EQ(second->CurrentPosition().LineNo, 2);
+  EXPECT_EQ(second->cmx->GetLine(0) + first->cmx->GetLine(0), q("1mine")) << "nothing is read from the disk into the first";
   EXPECT_EQ(first->CurrentPosition().LineNo, 0);
   boxes.answer(Answer::yes);
   EXPECT_EQ(main->openAt(path("a.v"), 2, 1), first);

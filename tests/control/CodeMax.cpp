@@ -81,31 +81,6 @@ TEST_F(CodeMaxMembers, AppendTextFollowsOnlyACaretAtTheEnd) {
   EXPECT_EQ(now(), "|log more");
 }
 
-TEST_F(CodeMaxMembers, Selection) {
-  put("first line\nsecond\nthird|");
-  int told = 0;
-  QObject::connect(&control, &CodeMax::SelChange, &control, [&] { ++told; });
-  control.SetSel({1, 4, 0, 2, false});
-  EXPECT_EQ(told, 1);
-  EXPECT_EQ(now(), "fi|rst line\nseco@nd\nthird");
-  EXPECT_EQ(control.GetSel(false), (CmRange{1, 4, 0, 2, false})) << "anchor, caret";
-  EXPECT_EQ(control.GetSel(true), (CmRange{0, 2, 1, 4, false}));
-  EXPECT_EQ(control.SelText(), q("rst line\nseco"));
-  EXPECT_EQ(control.CurrentPosition(), (CmPosition{0, 2}));
-  control.SetSel({0, -5, 77, 3, false});
-  EXPECT_EQ(now(), "@first line\nsecond\nthird|") << "clipped to the text";
-  control.SelectLine(1);
-  EXPECT_EQ(now(), "first line\n@second|\nthird");
-  control.SelectLine(9);
-  EXPECT_EQ(now(), "first line\n@second|\nthird");
-  put("alw|..");
-  EXPECT_EQ(control.CurrentWord(), q("alw"));
-  EXPECT_EQ(control.CurrentWordRange(), (CmRange{0, 0, 0, 3, false}));
-  put("alw..|");
-  EXPECT_EQ(control.CurrentWord(), q(".."));
-  EXPECT_EQ(control.CurrentWordLength(), 2);
-}
-
 TEST_F(CodeMaxMembers, EditBlockIsOneStepAndTellsOnce) {
   put("|a\nb\nc");
   int moved = 0;
@@ -127,22 +102,6 @@ TEST_F(CodeMaxMembers, EditBlockIsOneStepAndTellsOnce) {
   EXPECT_EQ(now(), "> a\n> b\n> |c");
   EXPECT_FALSE(control.ExecuteCmd(99));
   EXPECT_FALSE(control.ExecuteCmd(213));
-}
-
-TEST_F(CodeMaxMembers, SettingsAreKeptInTheirBounds) {
-  control.setTabSize(8);
-  for (int bad : {0, -1, 33}) control.setTabSize(bad);
-  EXPECT_EQ(control.TabSize(), 8);
-  control.setAutoIndentMode(2);
-  control.setAutoIndentMode(3);
-  EXPECT_EQ(control.AutoIndentMode(), 2);
-  control.SetColor(static_cast<int>(ColorSlot::Keyword), QColor(1, 2, 3));
-  EXPECT_EQ(control.GetColor(static_cast<int>(ColorSlot::Keyword)), QColor(1, 2, 3));
-  control.SetColor(static_cast<int>(ColorSlot::Keyword), QColor());
-  EXPECT_EQ(control.GetColor(static_cast<int>(ColorSlot::Keyword)),
-            ColorScheme::schemeColor(static_cast<int>(ColorSlot::Keyword), false));
-  EXPECT_FALSE(control.GetColor(18).isValid());
-  EXPECT_FALSE(control.GetColor(-1).isValid());
 }
 
 TEST_F(CodeMaxMembers, TwoControlsOnOneText) {

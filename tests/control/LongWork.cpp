@@ -122,14 +122,6 @@ TEST_F(LongWorkTest, ReadingThatHangsIsLeftWhenItIsCancelled) {
   EXPECT_TRUE(called);
 }
 
-TEST_F(LongWorkTest, WithoutAWindowItIsDoneAtOnce) {
-  CodeMax fresh;
-  control.window()->hide();
-  std::thread::id worker;
-  LongWork::run(fresh, 1 << 30, [&](text::SearchControl&) { worker = std::this_thread::get_id(); });
-  EXPECT_EQ(worker, std::this_thread::get_id());
-}
-
 TEST_F(LongWorkTest, WhileACommandStringRunsItsWatchHearsAndNoWindowComes) {
   showAtOnce();
   const BusyGuard busy;

@@ -76,25 +76,6 @@ TEST(VSPrinter, AWordOfSeveralStylesMovesWhole) {
   EXPECT_EQ(runs[1].style, runs[3].style);
 }
 
-TEST(VSPrinter, HangingIndentAndPosition) {
-  Fixture f;
-  const double w = f.width("00000");
-  f.printer.setIndentLeft(w);
-  f.printer.setIndentFirst(-w);
-  const int fits = static_cast<int>((216 - w) / f.width("0"));
-  f.printer.StartDoc();
-  f.printer.Print(QStringLiteral("  1: ") + QString(fits, u'a') + QStringLiteral("bb\r\n"));
-  f.printer.Print(QStringLiteral("x"));
-  f.printer.setCurrentX(100);
-  f.printer.Print(QStringLiteral("y\r\n"));
-  EXPECT_NEAR(f.printer.CurrentX(), 36, 0.001) << "a new line begins";
-  f.printer.EndDoc();
-  const auto& runs = f.printer.document().pages[0]->runs;
-  EXPECT_NEAR(runs.front().x, 36, 0.1);
-  EXPECT_NEAR(runs[runs.size() - 3].x, 36 + w, 0.1) << "what wraps hangs at the text column";
-  EXPECT_NEAR(runs.back().x, 100, 0.1);
-}
-
 TEST(VSPrinter, PagesAndColumns) {
   Fixture f;
   const int perPage = static_cast<int>(144 / f.printer.LineHeight());   // 2 inches
@@ -112,15 +93,6 @@ TEST(VSPrinter, PagesAndColumns) {
   for (int i = 0; i < perPage * 2; ++i) f.printer.Print(QStringLiteral("x\r\n"));
   f.printer.EndDoc();
   EXPECT_EQ(f.printer.document().pages.size(), 1u) << "an exactly full page makes no empty one";
-}
-
-TEST(VSPrinter, MarginsLargerThanThePaperLeaveAnInch) {
-  Fixture f({4, 3}, 500);
-  f.printer.StartDoc();
-  f.printer.Print(QString(200, u'w') + QStringLiteral("\r\n"));
-  f.printer.EndDoc();
-  EXPECT_GE(f.printer.pageLayout().paintRectPoints().width(), 71);
-  EXPECT_GT(f.lines, 1);
 }
 
 TEST(VSPrinter, Table) {
@@ -153,10 +125,4 @@ TEST(VSPrinter, TheTextGivesWayToAHeaderThatAMarginHasNoRoomFor) {
     const double top = f.printer.document().pages[0]->runs[0].baseline - QFontMetricsF(printFont(f.printer.Font())).ascent() / 20;
     EXPECT_GE(top, edgeHeight(f.printer.document()) - 0.1) << margin;
   }
-}
-
-TEST(VSPrinter, EdgesSplitInThree) {
-  EXPECT_EQ(splitEdge(QStringLiteral("a|b")).centre, QStringLiteral("b"));
-  EXPECT_EQ(splitEdge(QStringLiteral("a|b|c|d")).right, QStringLiteral("c|d"));
-  EXPECT_TRUE(splitEdge(QString()).isEmpty());
 }

@@ -17,30 +17,6 @@ class Document : public DocumentFixture {};
 class DocumentLanguage : public DocumentFixture {};
 class DocumentClose : public DocumentFixture {};
 
-TEST_F(Document, FailedLoadSaysWhyAndChangesNothing) {
-  const QString unreadable = write("locked.v", "x");
-  ::chmod(unreadable.toUtf8().constData(), 0);
-  ASSERT_EQ(::mkfifo(path("fifo").toUtf8().constData(), 0600), 0);
-  QStringList bad{path("none.v"), dir.path(), path("fifo"), path("no/such/folder.v")};
-  if (::geteuid() != 0) bad << unreadable;
-  for (const QString& name : bad) {
-    SCOPED_TRACE(name.toStdString());
-    ScriptedDialogs boxes;
-    boxes.answer(Answer::ok);
-    frmDocument document;
-    document.setUntitled(q("Untitled 1"), dir.path());
-    document.cmx->setText(q("kept"));
-    bool loaded = true;
-    document.LoadDocument(name, loaded);
-    EXPECT_FALSE(loaded);
-    EXPECT_FALSE(document.DocumentHasName());
-    EXPECT_FALSE(document.Timer1->isActive());
-    EXPECT_EQ(document.cmx->Text(), q("kept"));
-    EXPECT_TRUE(boxes.last().text.startsWith(q("File Open Error : "))) << boxes.last().text.toStdString();
-    EXPECT_GT(boxes.last().text.size(), 19);
-  }
-}
-
 TEST_F(Document, FirstLineDecidesLineEnds) {
 #ifdef Q_OS_WIN
   constexpr bool kWindows = true;

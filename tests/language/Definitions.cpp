@@ -107,17 +107,6 @@ class Definitions : public testing::Test {
 
 }   // namespace
 
-TEST_F(Definitions, FillingFieldsIsNoEdit) {
-  open();
-  for (int tabIndex : {1, 2, 3, 0}) tab(tabIndex);
-  press(list("lstLanguage"), Qt::Key_Down);
-  EXPECT_EQ(title(), "Language Definition - VHDL");
-  EXPECT_EQ(s(line("txtExtension")->text()), "vhd");
-  EXPECT_FALSE(dialog->isChanged());
-  EXPECT_FALSE(enabled("cmdSave"));
-  EXPECT_FALSE(enabled("cmdApply"));
-}
-
 TEST_F(Definitions, EveryFieldWritesThrough) {
   open();
   for (const LanguageProperty& property : languageProperties()) {

@@ -170,14 +170,6 @@ TEST(CWordWrap, NarrowColumnsWithLineNumbers) {
   EXPECT_EQ(narrow.page().rules.size(), 4u * static_cast<std::size_t>(lines.size() - 2)) << "each break is marked";
 }
 
-TEST(CWordWrap, ClippedLinesAreThoseThatWrap) {
-  Job job(QStringLiteral("short\n") + QString(200, u'a') + QStringLiteral("\nshort"), 4);
-  job.print();
-  EXPECT_EQ(job.wrap.ClippedLines(), std::vector<qint64>{1});
-  job.print();
-  EXPECT_EQ(job.wrap.ClippedLines(), std::vector<qint64>{1}) << "collected anew";
-}
-
 TEST(CWordWrap, SelectionIsAskedFor) {
   Job job(QStringLiteral("one\ntwo\nthree"));
   ScriptedDialogs dialogs;

@@ -162,29 +162,6 @@ TEST(Encoding, T1_RandomBytes) {
   // clang-format on
 }
 
-TEST(Encoding, MisfitsAreTheFirstCharacterThatDoesNotFit) {
-  struct Case {
-    std::string text;
-    Encoding encoding;
-    long long offset;
-    char32_t code;
-  };
-  const Case cases[] = {
-      {"ab\xe2\x82\xac\xe2\x82\xac", Encoding::latin1, 2, 0x20ac},
-      {"\xc2\x80", Encoding::windows1252, 0, 0x80},   // the euro sign has that byte
-      {"\xc3\xa4\xff", Encoding::windows1252, 2, 0xff},
-      {"\xc3\xa4\xff", Encoding::utf16be, 2, 0xff},
-      {"x\xf0\x9f\x98", Encoding::utf16le, 1, 0xf0},
-      {"\xed\xa0\x80", Encoding::latin1, 0, 0xed},
-  };
-  for (const auto& c : cases) {
-    text::EncodeError error;
-    EXPECT_FALSE(text::encodeText(c.text, {c.encoding, false}, &error));
-    EXPECT_EQ(error.offset, c.offset);
-    EXPECT_EQ(error.code, c.code);
-  }
-}
-
 TEST(Encoding, NamesAreDistinctAndFoundInAnyCase) {
   std::set<std::string> names;
   for (const Encoding encoding : text::encodings()) {

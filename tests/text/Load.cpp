@@ -127,16 +127,6 @@ TEST(Load, ReportsEveryFailingCall) {
   }
 }
 
-TEST(Load, KnowsWriteProtectedFiles) {
-  TempFolder folder;
-  const auto path = folder / "file";
-  writeRaw(path, "x");
-  EXPECT_FALSE(text::writeProtected(path) || text::loadFile(path).readOnly);
-  ASSERT_EQ(::chmod(path.c_str(), 0444), 0);   // a superuser may write it; nobody means to
-  EXPECT_TRUE(text::writeProtected(path) && text::loadFile(path).readOnly);
-  EXPECT_FALSE(text::writeProtected(folder / "none"));
-}
-
 TEST(Load, ReadsAFileThatGrowsShrinksOrVanishesMeanwhile) {
   TempFolder folder;
   const auto path = folder / "file";

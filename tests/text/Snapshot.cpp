@@ -12,44 +12,6 @@ namespace {
 
 using namespace text;
 
-std::string lines(const Snapshot& s) {
-  static const char* const names[] = {".", "n", "rn", "r"};
-  std::string out;
-  for (LineNo line; line.value < s.lineCount(); ++line)
-    out += "[" + s.line(line) + "]" + names[static_cast<int>(s.lineBreak(line))];
-  return out;
-}
-
-TEST(Snapshot, LinesWhateverTheBlocks) {
-  struct Case {
-    std::vector<std::string> blocks;
-    LineMode mode;
-    std::string lines;
-  };
-  const Case cases[] = {
-      {{}, LineMode::lf, "[]."},
-      {{"", ""}, LineMode::lf, "[]."},
-      {{"a"}, LineMode::lf, "[a]."},
-      {{"a\n"}, LineMode::lf, "[a]n[]."},
-      {{"a\r", "\nb"}, LineMode::lf, "[a]rn[b]."},
-      {{"\r", "\n", "\r", "\n"}, LineMode::lf, "[]rn[]rn[]."},
-      {{"a\rb\nc\r"}, LineMode::lf, "[a\rb]n[c\r]."},
-      {{"\r\r\n"}, LineMode::lf, "[\r]rn[]."},
-      {{"\n\r\n\n\r"}, LineMode::lf, "[]n[]rn[]n[\r]."},
-      {{"a\rb", "\r\r"}, LineMode::cr, "[a]r[b]r[]r[]."},
-      {{"a\nb\r"}, LineMode::cr, "[a\nb]r[]."},
-  };
-  for (const auto& c : cases) {
-    for (const TreeShape& shape : {TreeShape(), TreeShape{4, 1, 4, 4}}) {
-      SnapshotBuilder builder(c.mode, shape);
-      for (const auto& block : c.blocks) builder.append(block);
-      const auto text = builder.finish();
-      text.checkInvariants();
-      EXPECT_EQ(lines(text), c.lines);
-    }
-  }
-}
-
 TEST(Snapshot, BuilderKeepsBlocksWithoutCopyingThem) {
   constexpr std::size_t size = 300000;
   const std::shared_ptr<char[]> block(new char[size]);

@@ -162,42 +162,6 @@ TEST(Undo, BytesAreLimitedToo) {
   EXPECT_TRUE(undone.undo() && undone.undo()) << "a group without a change drops no step";
 }
 
-// A group of many edits all over a text, and in it a change of so many edits that undo keeps the whole tree.
-TEST(Undo, LargeGroups) {
-  std::string model(5000, 'a');
-  SnapshotBuilder builder(LineMode::lf, TreeShape{4, 16, 64, 10});
-  builder.append(model);
-  Document d;
-  d.reset(builder.finish());
-  const auto single = [&](std::size_t at, std::size_t length, const std::string& text) {
-    d.apply(Edit{{ByteOffset(static_cast<std::int64_t>(at)), ByteOffset(static_cast<std::int64_t>(at + length))}, text}, {});
-    model.replace(at, length, text);
-  };
-  const auto start = model;
-  d.beginGroup();
-  for (std::size_t i = 0; i < 400; ++i) single((i * 7919) % 4900, i % 5, "<\n>");
-  const auto middle = model;
-  std::vector<Edit> many;
-  for (std::int64_t at = 0; at + 10 < d.snapshot().size().value; at += 20)
-    many.push_back({{ByteOffset(at), ByteOffset(at + 3)}, "bulk"});
-  for (auto e = many.rbegin(); e != many.rend(); ++e) model.replace(static_cast<std::size_t>(e->range.begin.value), 3, "bulk");
-  d.apply(many, {});
-  for (std::size_t i = 0; i < 50; ++i) single((i * 7919) % 4900, i % 9, "\r\n");
-  d.endGroup();
-  d.checkInvariants();
-  ASSERT_EQ(d.snapshot().bytes(), model);
-  for (int i = 0; i < 3; ++i) {
-    Change heard;
-    const auto handle = d.subscribe([&](const Change& change) { heard = change; });
-    ASSERT_TRUE(d.undo());
-    ASSERT_EQ(d.snapshot().bytes(), start);
-    EXPECT_GT(heard.spans.size(), 100u) << "only what differs counts as changed";
-    ASSERT_TRUE(d.redo());
-    ASSERT_EQ(d.snapshot().bytes(), model);
-    d.checkInvariants();
-  }
-}
-
 TEST(Undo, ExchangeIsOneStepOverWhatDiffers) {
   struct Case {
     const char *from, *to;
