@@ -17,6 +17,7 @@ class OwnHome {
       ::mkdir(folder.c_str(), 0700);
       ::setenv(name, folder.c_str(), 1);
     }
+    ::setenv("LC_ALL", "C.UTF-8", 0);   // messages of the system are compared in English
   }
 
  private:

@@ -1,0 +1,179 @@
+// What a pane paints, and when.
+#include <random>
+
+#include "control/code/LanguageTable.h"
+#include "tests/control/PaneFixture.h"
+#include "tests/support/Text.h"
+
+class Painting : public PaneFixture {
+ protected:
+  // The slot of text that the letters of these cells are drawn in: that of the pixel farthest from the ground.
+  ColorSlot inkOf(qint64 line, qint64 column, int cells) {
+    const QImage image = viewport()->grab().toImage();
+    const QPoint corner = pane()->view().pointOf(pane()->editor().offsetOf({line, column}));
+    const QColor ground = image.pixelColor(corner);
+    QColor ink = ground;
+    for (int y = corner.y(); y < corner.y() + pane()->view().lineHeight(); ++y)
+      for (int x = corner.x(); x < corner.x() + cells * static_cast<int>(pane()->view().metrics().cell()); ++x)
+        if (distance(image.pixelColor(x, y), ground) > distance(ink, ground)) ink = image.pixelColor(x, y);
+    ColorSlot best = ColorSlot::Text;
+    for (const ColorSlot each : {ColorSlot::Keyword, ColorSlot::Comment, ColorSlot::String, ColorSlot::Number, ColorSlot::Operator})
+      if (distance(ink, slot(each)) < distance(ink, slot(best))) best = each;
+    return best;
+  }
+  // How many pixels of that colour they show.
+  int count(qint64 line, qint64 column, const QColor& color, int cells = 1) {
+    const QImage image = viewport()->grab().toImage();
+    const QPoint corner = pane()->view().pointOf(pane()->editor().offsetOf({line, column}));
+    int found = 0;
+    for (int y = corner.y(); y < corner.y() + pane()->view().lineHeight(); ++y)
+      for (int x = corner.x(); x < corner.x() + cells * static_cast<int>(pane()->view().metrics().cell()); ++x)
+        if (image.valid(x, y) && image.pixelColor(x, y) == color) ++found;
+    return found;
+  }
+  static int distance(const QColor& a, const QColor& b) {
+    return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) + std::abs(a.blue() - b.blue());
+  }
+  QColor slot(ColorSlot which) { return control.GetColor(static_cast<int>(which)); }
+};
+
+TEST_F(Painting, TokensHaveTheirColors) {
+  CmLanguage language;
+  language.CaseSensitive = true;
+  language.Keywords = q("module");
+  language.SingleLineComments = q("//");
+  language.MultiLineComments1 = q("/*");
+  language.MultiLineComments2 = q("*/");
+  LanguageTable::registerLanguage(q("PaintTest"), language);
+  put("|\nmodule x // c\nplain\nmodule");
+  ASSERT_TRUE(control.setLanguage(q("PaintTest")));
+  EXPECT_EQ(inkOf(1, 0, 6), ColorSlot::Keyword);
+  EXPECT_EQ(inkOf(1, 7, 1), ColorSlot::Text);
+  EXPECT_EQ(inkOf(1, 9, 4), ColorSlot::Comment);
+  EXPECT_EQ(inkOf(2, 0, 5), ColorSlot::Text);
+  EXPECT_EQ(inkOf(3, 0, 6), ColorSlot::Keyword);
+  // A comment that is opened above takes the lines below with it.
+  control.InsertText(q("/*"), {0, 0});
+  QApplication::processEvents();
+  EXPECT_EQ(inkOf(3, 0, 6), ColorSlot::Comment);
+  control.setColorSyntax(false);
+  EXPECT_EQ(inkOf(3, 0, 6), ColorSlot::Text);
+  control.setColorSyntax(true);
+  // The end of a line that no budget reaches at once.
+  std::string line;
+  while (line.size() < 3'000'000) line += "x=y; ";
+  put((line + "/* c */ module|").c_str());
+  key(Qt::Key_Home);
+  key(Qt::Key_End);
+  for (int i = 0; i < 1000 && (i == 0 || !pane()->view().statesExact()); ++i) QApplication::processEvents();
+  const auto end = static_cast<qint64>(line.size());
+  EXPECT_EQ(inkOf(0, end + 8, 6), ColorSlot::Keyword);
+  EXPECT_EQ(inkOf(0, end + 1, 6), ColorSlot::Comment);
+  control.InsertText(q("/*"), {0, 0});
+  for (int i = 0; i < 1000 && (i == 0 || !pane()->view().statesExact()); ++i) QApplication::processEvents();
+  EXPECT_EQ(inkOf(0, end + 10, 6), ColorSlot::Keyword) << "behind the first end of the comment";
+  EXPECT_EQ(inkOf(0, end - 3, 6), ColorSlot::Comment);
+  LanguageTable::unregisterLanguage(q("PaintTest"));
+}
+
+TEST_F(Painting, SelectionBracketsAndSymbols) {
+  put("a(b) @word| \xFF\xE2\x80\xAE end");
+  EXPECT_GT(count(0, 6, slot(ColorSlot::SelectionBack)), 20);
+  EXPECT_EQ(count(0, 2, slot(ColorSlot::SelectionBack)), 0);
+  EXPECT_GT(count(0, 10, slot(ColorSlot::TagText), 2), 20) << "the box of a bad byte";
+  EXPECT_GT(count(0, 11, slot(ColorSlot::TagText), 3), 20) << "the box of an override";
+  put("a|(b) word");
+  EXPECT_GT(count(0, 1, slot(ColorSlot::MatchingBrace)), 20);
+  EXPECT_GT(count(0, 3, slot(ColorSlot::MatchingBrace)), 20);
+  EXPECT_GT(count(0, 7, slot(ColorSlot::HighlightedLine)), 20) << "the line of the caret";
+  put("a\tb |");
+  EXPECT_EQ(count(0, 1, slot(ColorSlot::TagText), 3), 0);
+  control.setWhiteSpaceDisplay(true);
+  EXPECT_GT(count(0, 1, slot(ColorSlot::TagText), 3), 5);
+  put("a\r\n|");
+  const int crlf = count(0, 1, slot(ColorSlot::TagText), 6);
+  control.model()->replaceAll(text::Snapshot("a\rb", text::LineMode::cr), {});
+  EXPECT_LT(count(0, 1, slot(ColorSlot::TagText), 6), crlf) << "the shorter name";
+  control.setWhiteSpaceDisplay(false);
+  put("@a\n\nb|");
+  EXPECT_GT(count(1, 0, slot(ColorSlot::SelectionBack)), 20) << "an empty line of the selection";
+  pane()->clearFocus();
+  EXPECT_EQ(count(0, 0, slot(ColorSlot::SelectionBack)), 0) << "keys go elsewhere";
+  EXPECT_GT(count(0, 0, slot(ColorSlot::InactiveSelectionBack)), 20);
+  pane()->setFocus();
+  put("ab\nc|d");
+  control.showHits(q("b"), {});
+  const QColor window = slot(ColorSlot::Window);
+  EXPECT_EQ(count(0, 1, window), 0) << "a hit has a ground of its own";
+  EXPECT_GT(count(0, 0, window), 20);
+  control.showHits(QString(), {});
+  EXPECT_GT(count(0, 1, window), 20);
+}
+
+TEST_F(Painting, HiddenTextIsNotPainted) {
+  put("|text");
+  control.setVisibleText(false);
+  EXPECT_FALSE(control.Visible());
+  EXPECT_TRUE(pane()->hasFocus() || !QApplication::activeWindow()) << "the focus stays";
+  EXPECT_FALSE(viewport()->updatesEnabled());
+  typeText(q("more "));
+  control.setVisibleText(true);
+  EXPECT_TRUE(viewport()->updatesEnabled());
+  EXPECT_EQ(now(), "more |text");
+}
+
+TEST_F(Painting, OnlyChangedLinesArePainted) {
+  QString lines;
+  for (int i = 0; i < 100; ++i) lines += q("some line\n");
+  control.setText(lines);
+  control.SetSel({5, 3, 5, 3, false});
+  QApplication::processEvents();
+  struct Spy : QObject {
+    QRegion painted;
+    bool eventFilter(QObject*, QEvent* event) override {
+      if (event->type() == QEvent::Paint) painted += static_cast<QPaintEvent*>(event)->region();
+      return false;
+    }
+  } spy;
+  viewport()->installEventFilter(&spy);
+  typeText(q("x"));
+  QApplication::processEvents();
+  const int height = pane()->view().lineHeight();
+  EXPECT_EQ(spy.painted.boundingRect().top(), pane()->view().yOf(5));
+  EXPECT_LE(spy.painted.boundingRect().height(), 2 * height);
+  EXPECT_FALSE(spy.painted.isEmpty());
+  spy.painted = {};
+  key(Qt::Key_Return, {}, q("\r"));
+  QApplication::processEvents();
+  EXPECT_GT(spy.painted.boundingRect().bottom(), viewport()->height() - height) << "what stands below moved";
+  spy.painted = {};
+  control.setBookmark(3, true);
+  QApplication::processEvents();
+  EXPECT_TRUE(spy.painted.contains(QPoint(5, pane()->view().yOf(3) + height / 2)));
+  viewport()->removeEventFilter(&spy);
+}
+
+// Whatever the text is and wherever the caret goes, it is painted, and the caret is seen.
+TEST_F(Painting, H1_HostileTextsArePainted) {
+  std::mt19937 random(3);
+  // clang-format off
+  const std::vector<std::string> pieces{std::string(1, '\0'), "\x1B[31m", "\xFF", "\xC3", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xEF\xB7\xBA",
+                                        "\xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9", "\xCC\x81\xCC\x82\xCC\x83", "\t", "\r", "\n",
+                                        "(((((", "/*", "\xD7\x90\xD8\xA7", "\xE6\xBC\xA2", "\xEF\xBB\xBF", "word "};
+  // clang-format on
+  control.setLanguage(q("C/C++"));
+  for (int round = 0; round < 6; ++round) {
+    std::string text;
+    for (int i = 0; i < 3000; ++i) text += pieces[random() % pieces.size()];
+    control.model()->replaceAll(text::Snapshot(text), {});
+    control.setWhiteSpaceDisplay(round % 2 == 0);
+    for (int step = 0; step < 25; ++step) {
+      const CmPosition a{qint64(random() % 300), qint64(random() % 40)}, b{qint64(random() % 300), qint64(random() % 40)};
+      control.SetSel({a.LineNo, a.ColNo, b.LineNo, b.ColNo, random() % 3 == 0});
+      if (random() % 2) typeText(q("z"));
+      viewport()->grab();
+      EXPECT_TRUE(viewport()->rect().contains(pane()->caretRect().center()));
+    }
+  }
+  control.setWhiteSpaceDisplay(false);
+}
