@@ -91,9 +91,10 @@ TEST_F(Painting, SelectionBracketsAndSymbols) {
   control.setWhiteSpaceDisplay(true);
   EXPECT_GT(count(0, 1, slot(ColorSlot::TagText), 3), 5);
   put("a\r\n|");
-  const int crlf = count(0, 1, slot(ColorSlot::TagText), 6);
+  const int besideCrlf = count(0, 1, slot(ColorSlot::Window), 6);
   control.model()->replaceAll(text::Snapshot("a\rb", text::LineMode::cr), {});
-  EXPECT_LT(count(0, 1, slot(ColorSlot::TagText), 6), crlf) << "the shorter name";
+  control.SetSel({1, 0, 1, 0, false});
+  EXPECT_GT(count(0, 1, slot(ColorSlot::Window), 6), besideCrlf) << "the shorter name";
   control.setWhiteSpaceDisplay(false);
   put("@a\n\nb|");
   EXPECT_GT(count(1, 0, slot(ColorSlot::SelectionBack)), 20) << "an empty line of the selection";
