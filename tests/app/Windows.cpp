@@ -151,6 +151,7 @@ TEST_F(Windows, TabsShowAndClose) {
   frmDocument* a = open("a.v");
   frmDocument* b = open("b&<b>.v");
   EXPECT_EQ(tabs().tabText(1), q("b&&<b>.v"));
+  EXPECT_TRUE(tabs().tabToolTip(0).contains(path("a.v")));
   EXPECT_EQ(tabs().currentIndex(), 1);
   a->cmx->setText(q("x"));
   EXPECT_EQ(tabs().tabText(0), q("a.v*"));

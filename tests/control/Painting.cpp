@@ -11,11 +11,11 @@ class Painting : public PaneFixture {
   ColorSlot inkOf(qint64 line, qint64 column, int cells) {
     const QImage image = viewport()->grab().toImage();
     const QPoint corner = pane()->view().pointOf(pane()->editor().offsetOf({line, column}));
-    const QColor ground = image.pixelColor(corner);
+    const QColor ground = pixel(image, corner.x(), corner.y());
     QColor ink = ground;
     for (int y = corner.y(); y < corner.y() + pane()->view().lineHeight(); ++y)
       for (int x = corner.x(); x < corner.x() + cells * static_cast<int>(pane()->view().metrics().cell()); ++x)
-        if (distance(image.pixelColor(x, y), ground) > distance(ink, ground)) ink = image.pixelColor(x, y);
+        if (distance(pixel(image, x, y), ground) > distance(ink, ground)) ink = pixel(image, x, y);
     ColorSlot best = ColorSlot::Text;
     for (const ColorSlot each : {ColorSlot::Keyword, ColorSlot::Comment, ColorSlot::String, ColorSlot::Number, ColorSlot::Operator})
       if (distance(ink, slot(each)) < distance(ink, slot(best))) best = each;
@@ -28,8 +28,11 @@ class Painting : public PaneFixture {
     int found = 0;
     for (int y = corner.y(); y < corner.y() + pane()->view().lineHeight(); ++y)
       for (int x = corner.x(); x < corner.x() + cells * static_cast<int>(pane()->view().metrics().cell()); ++x)
-        if (image.valid(x, y) && image.pixelColor(x, y) == color) ++found;
+        if (viewport()->rect().contains(x, y) && pixel(image, x, y) == color) ++found;
     return found;
+  }
+  static QColor pixel(const QImage& image, int x, int y) {   // of the screen's finer ones the first
+    return image.pixelColor(static_cast<int>(x * image.devicePixelRatio()), static_cast<int>(y * image.devicePixelRatio()));
   }
   static int distance(const QColor& a, const QColor& b) {
     return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) + std::abs(a.blue() - b.blue());
@@ -96,6 +99,10 @@ TEST_F(Painting, SelectionBracketsAndSymbols) {
   control.SetSel({1, 0, 1, 0, false});
   EXPECT_GT(count(0, 1, slot(ColorSlot::Window), 6), besideCrlf) << "the shorter name";
   control.setWhiteSpaceDisplay(false);
+  control.SetColor(static_cast<int>(ColorSlot::SelectionText), Qt::red);
+  put("@\u2588|\u2588");
+  EXPECT_TRUE(count(0, 0, Qt::red) > 20 && count(0, 1, Qt::red) == 0) << "selected text has an ink of its own";
+  control.SetColor(static_cast<int>(ColorSlot::SelectionText), QColor());
   put("@a\n\nb|");
   EXPECT_GT(count(1, 0, slot(ColorSlot::SelectionBack)), 20) << "an empty line of the selection";
   pane()->clearFocus();
@@ -109,6 +116,19 @@ TEST_F(Painting, SelectionBracketsAndSymbols) {
   EXPECT_GT(count(0, 0, window), 20);
   control.showHits(QString(), {});
   EXPECT_GT(count(0, 1, window), 20);
+}
+
+TEST_F(Painting, LineNumbersCountFrom1) {
+  put("|\n\n\n\n\n\n\n\n\n\n\n");
+  const QImage image = viewport()->grab().toImage();
+  const auto tens = [&](qint64 line) {   // whether a second digit stands beside the line
+    const int right = pane()->view().margin - 8 - static_cast<int>(pane()->view().metrics().cell()), top = pane()->view().yOf(line);
+    for (int y = top; y < top + pane()->view().lineHeight(); ++y)
+      for (int x = right - static_cast<int>(pane()->view().metrics().cell()); x < right; ++x)
+        if (pixel(image, x, y) != slot(ColorSlot::LeftMargin)) return true;
+    return false;
+  };
+  EXPECT_TRUE(!tens(8) && tens(9));
 }
 
 TEST_F(Painting, HiddenTextIsNotPainted) {

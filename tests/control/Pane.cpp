@@ -219,7 +219,9 @@ TEST_F(PaneInput, WheelScrollsAndZooms) {
   wheel(120, Qt::ShiftModifier);
   EXPECT_EQ(pane()->leftColumn(), 0);
   const int before = pane()->view().lineHeight();
+  pane()->setTopLine(100);
   for (int i = 0; i < 4; ++i) wheel(60, Qt::ControlModifier);
+  EXPECT_EQ(pane()->topLine(), 100) << "the place stays";
   EXPECT_EQ(control.Zoom(), 120);
   EXPECT_GT(pane()->view().lineHeight(), before);
   for (int i = 0; i < 100; ++i) wheel(-120, Qt::ControlModifier);

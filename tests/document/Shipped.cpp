@@ -157,7 +157,7 @@ TEST_F(Shipped, FilesHaveTheirLanguages) {
     const char *name, *text, *language;
     // clang-format off
   } files[] = {
-      {"Makefile", "", "Make"}, {"CMakeLists.txt", "", "CMake"}, {".bashrc", "", "Shell"}, {"a.v", "", "Verilog"},
+      {"Makefile", "", "Make"}, {"makefile", "", "Make"}, {"CMakeLists.txt", "", "CMake"}, {".bashrc", "", "Shell"}, {"a.v", "", "Verilog"},
       {"a.sv", "", "SystemVerilog"}, {"a.H", "", "C"}, {"a.h", "int x; // class\n", "C"},
       {"a.h", "#pragma once\nclass A;\n", "C++"}, {"a.h", "std::string s;\n", "C++"}, {"a.lib", "library (x) {\n", "Liberty"},
       {"a.lib", "* cells\n.SUBCKT a b\n", "SPICE"}, {"a.xpr", "", "XML"},

@@ -137,11 +137,13 @@ TEST(CWordWrap, EmphasisOfKeywordsAndComments) {
   EXPECT_EQ(job.styled(), (QStringList{QStringLiteral("b{begin} x(b{begin}) i{// begin}"), QStringLiteral("b{end} Begin"),
                                        QStringLiteral("i{/* a}"), QStringLiteral("i{begin b */} b{end}")}));
   EXPECT_FALSE(job.printer.FontItalic());
-  Job numbered(QStringLiteral("/* a\nb */ c"));
+  Job numbered(QStringLiteral("/* a\nb */ c end"));
   numbered.wrap.CommentsBold = true;
   numbered.wrap.CommentsItalic = false;
+  numbered.wrap.keywordColor = Qt::blue;
   numbered.print(true);
-  EXPECT_EQ(numbered.styled(), (QStringList{QStringLiteral(" 1: b{/* a}"), QStringLiteral(" 2: b{b */} c")}));
+  EXPECT_EQ(numbered.styled(), (QStringList{QStringLiteral(" 1: b{/* a}"), QStringLiteral(" 2: b{b */} c end")}));
+  EXPECT_EQ(numbered.printer.document().styles[std::size_t(numbered.page().runs.back().style)].color, QColor(Qt::blue));
 }
 
 TEST(CWordWrap, KeywordsWithSigns) {

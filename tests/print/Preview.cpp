@@ -65,6 +65,7 @@ PrintDocument laidOut(const QString& text) {
 TEST_F(Preview, OptionsKeepNineValuesUnderTheirNames) {
   PrintSettings settings;
   settings.layout.setMargins({10, 20, 30, 40});
+  settings.columns = 2;
   frmPrintOptions dialog(settings);
   const auto toggle = [&](const char* name) {
     auto* box = dialog.findChild<QCheckBox*>(QLatin1String(name));
@@ -90,6 +91,7 @@ TEST_F(Preview, OptionsKeepNineValuesUnderTheirNames) {
   EXPECT_EQ(again.text.FooterText, u"my|footer|%d"_s);
   settings.save();
   EXPECT_EQ(PrintSettings::load().layout.margins(), QMarginsF(10, 20, 30, 40));
+  EXPECT_EQ(PrintSettings::load().columns, 2);
 }
 
 TEST_F(Preview, SettingsThatMakeNoSenseLeaveTheDefaults) {
