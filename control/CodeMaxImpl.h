@@ -39,8 +39,10 @@ struct CodeMax::Impl {
     } catch (const std::bad_alloc&) { grid->update(); }
   }
   void measure() {
+    std::vector<qint64> tops;   // counted in lines of the height they had
+    for (Pane* each : grid->panes()) tops.push_back(each->topLine());
     state.remeasure();
-    for (Pane* each : grid->panes()) each->metricsChanged();
+    for (std::size_t i = 0; i < tops.size(); ++i) grid->panes()[i]->metricsChanged(tops[i]);
   }
   void refit() {
     for (Pane* each : grid->panes()) each->optionsChanged();

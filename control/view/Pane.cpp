@@ -124,12 +124,11 @@ void Pane::appearanceChanged() {
   viewport()->update();
 }
 
-void Pane::metricsChanged() {
-  const std::int64_t line = topLine();
+void Pane::metricsChanged(qint64 top) {
   view_.forget();
   view_.forgetWidest();
   marginDigits_ = -1;   // not known: 0 is a margin that is not shown
-  top_ = view_.top = std::min(line * view_.lineHeight(), highestTop());
+  top_ = view_.top = std::min<std::int64_t>(top * view_.lineHeight(), highestTop());
   fit();
   viewport()->update();
 }

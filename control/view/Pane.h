@@ -25,7 +25,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   // Notifications: the model changed; its look changed; font or tabs changed.
   void modelChanged(const text::Change& change);
   void appearanceChanged();
-  void metricsChanged();
+  void metricsChanged(qint64 top);
   void optionsChanged();   // scroll bars, margin
   void released();         // ViewState::held is 0 again: shows and reports what was noted
   void setPainting(bool on);

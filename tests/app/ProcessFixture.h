@@ -30,6 +30,7 @@ class ProcessRun : public testing::Test {
       environment_.insert(q(name), folder);
     }
     environment_.insert(q("QT_QPA_PLATFORM"), q("offscreen"));
+    environment_.insert(q("LC_ALL"), q("C.UTF-8"));   // messages of the system are compared
   }
   void TearDown() override {
     for (const auto& process : processes_) {

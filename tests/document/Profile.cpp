@@ -129,8 +129,8 @@ TEST_F(Profile, ASmallScreenOrAnotherScaleKeepsTheSize) {
   EXPECT_EQ(stored(), QSize(200, 150));
   store({400, 300}, 0.5);
   EXPECT_EQ(session(), QSize(400, 300)) << "as much text as before";
-  session({500, 310});
-  EXPECT_EQ(session(), QSize(500, 310)) << "with the scale it was made at";
+  session({350, 310});
+  EXPECT_EQ(session(), QSize(350, 310)) << "with the scale it was made at";
 }
 
 TEST_F(Profile, ForeignValuesDoNoHarm) {
@@ -147,7 +147,7 @@ TEST_F(Profile, ForeignValuesDoNoHarm) {
     SetText(kGlobalKey, q("winwidth"), q(c.width));
     SetText(kGlobalKey, q("winheight"), q(c.height));
     FakeFrame frame;
-    frame.window.resize(500, 400);
+    frame.window.resize(350, 300);
     service.getFormWindowProfile(frame);
     EXPECT_TRUE(screen.contains(frame.window.geometry())) << frame.window.geometry().top() << ' ' << frame.window.geometry().left();
     EXPECT_GE(frame.window.width(), 100);

@@ -1,5 +1,6 @@
 // Changes on disk: promises W1 and W2, and saving over what others wrote (S12).
 #include <fcntl.h>
+#include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -203,7 +204,7 @@ TEST_F(Watch, W1_MountsAndRightsThatGoAndComeBack) {
   document->cmx->setText(q("mine\n"));
   boxes.answer(Answer::ok);
   noRight([&] { EXPECT_FALSE(document->SaveDocumment(document->CurrentFileName())); });
-  EXPECT_TRUE(boxes.last().text.endsWith(q("Permission denied"))) << boxes.last().text.toStdString();
+  EXPECT_TRUE(boxes.last().text.endsWith(QString::fromLocal8Bit(::strerror(EACCES)))) << boxes.last().text.toStdString();
   ::chmod(document->CurrentFileName().toUtf8().constData(), 0644);
   document->inconsistentDate();
   EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
