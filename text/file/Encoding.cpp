@@ -118,7 +118,7 @@ FileFormat FormatDetector::result(Encoding fallback) {
   if (count_.sequences == 0) stream_.finish(count_);
   for (const auto encoding : {Encoding::utf8, Encoding::utf16le, Encoding::utf16be})
     if (head_.starts_with(byteOrderMark(encoding)) && (!isUtf16(encoding) || length_ % 2 == 0)) return {encoding, true};
-  if (length_ % 2 == 0) {
+  if (length_ % 2 == 0 && head_.find('\0') != std::string::npos) {   // no text without zero bytes looks so
     if (looksLikeUtf16(head_, false)) return {Encoding::utf16le, false};
     if (looksLikeUtf16(head_, true)) return {Encoding::utf16be, false};
   }

@@ -6,6 +6,7 @@
 #include <new>
 #include <vector>
 
+#include "text/file/Decode.h"
 #include "text/file/EncodingStreams.h"
 #include "text/file/FileCalls.h"
 #include "text/file/FileIo.h"
@@ -75,6 +76,21 @@ class Loader {
     return file;
   }
 
+  LoadedFile decode(std::shared_ptr<const char[]> bytes, std::size_t length) {
+    LoadedFile file;
+    hashes_ = false;
+    for (std::size_t at = 0; at < length; at += kBlock) {
+      const std::size_t part = std::min(kBlock, length - at);
+      // A byte order mark lies in the first block whole, as it does when a file is read.
+      for (std::size_t step = 0; step < part; step += kStep) look({bytes.get() + at + step, std::min(kStep, part - step)});
+      take({std::shared_ptr<const char[]>(bytes, bytes.get() + at), part});
+    }
+    bytes.reset();
+    file.error = makeText(&file);
+    if (!file.error.empty()) file.text = Snapshot();
+    return file;
+  }
+
  private:
   bool cancelled() const { return control_ && control_->cancel.load(std::memory_order_relaxed); }
 
@@ -112,7 +128,7 @@ class Loader {
   }
 
   void look(std::string_view bytes) {
-    hash_.add(bytes);
+    if (hashes_) hash_.add(bytes);
     if (!options_.format) detector_.add(bytes);
     breaks_.add(bytes);
     total_ += static_cast<std::int64_t>(bytes.size());
@@ -192,6 +208,7 @@ class Loader {
   std::unique_ptr<SnapshotBuilder> builder_ = std::make_unique<SnapshotBuilder>();
   FormatDetector detector_;
   ContentHash hash_;
+  bool hashes_ = true;
   BreakScan breaks_;
   std::int64_t total_ = 0;
 };
@@ -201,6 +218,16 @@ class Loader {
 LoadedFile loadFile(const std::string& path, const LoadOptions& options, SearchControl* control) {
   try {
     return Loader(options, control).load(path);
+  } catch (const std::bad_alloc&) {
+    LoadedFile failed;
+    failed.error = kNoMemory;
+    return failed;
+  }
+}
+
+LoadedFile decodeFile(std::shared_ptr<const char[]> bytes, std::size_t length, const LoadOptions& options) {
+  try {
+    return Loader(options, nullptr).decode(std::move(bytes), length);
   } catch (const std::bad_alloc&) {
     LoadedFile failed;
     failed.error = kNoMemory;
