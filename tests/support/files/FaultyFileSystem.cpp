@@ -21,6 +21,7 @@ void FaultyFileSystem::clear() {
 }
 
 std::string FaultyFileSystem::pathOf(int fd) const {
+  const std::lock_guard lock(mutex_);
   const auto it = paths_.find(fd);
   return it == paths_.end() ? std::string() : it->second;
 }
@@ -32,14 +33,20 @@ std::string FaultyFileSystem::full(int dirFd, const std::string& path) const {
 template <class Action>
 auto FaultyFileSystem::pass(Call call, Action action) -> decltype(action()) {
   using Result = decltype(action());
-  if (inHook_) return action();
+  std::unique_lock lock(mutex_);   // not held over what may take long
+  if (inHook_) {
+    lock.unlock();
+    return action();
+  }
   call.number = static_cast<int>(log_.size()) + 1;
   const int use = ++uses_[call.name];
   log_.push_back(call);
   const std::size_t index = log_.size() - 1;
   if (hook_) {
     inHook_ = true;
+    lock.unlock();
     hook_(call);
+    lock.lock();
     inHook_ = false;
   }
   Result result{};
@@ -48,20 +55,22 @@ auto FaultyFileSystem::pass(Call call, Action action) -> decltype(action()) {
     const int n = f.name.empty() ? call.number : use;
     return f.forEver ? n >= f.number : n == f.number;
   });
-  if (hit != faults_.end()) {
-    if (call.name == "close") action();   // a descriptor is gone even when close reports an error
-    result = static_cast<Result>(-hit->error);
-  } else {
-    result = action();
-  }
-  log_[index].result = result;
+  const bool fails = hit != faults_.end();
+  if (fails) result = static_cast<Result>(-hit->error);
+  lock.unlock();
+  if (!fails) result = action();
+  else if (call.name == "close") action();   // a descriptor is gone even when close reports an error
+  lock.lock();
+  if (index < log_.size()) log_[index].result = result;
   return result;
 }
 
 int FaultyFileSystem::openAt(int dirFd, const std::string& path, unsigned flags, unsigned mode) {
   return pass({.name = "openAt", .path = full(dirFd, path), .flags = flags}, [&] {
     const int fd = below_.openAt(dirFd, path, flags, mode);
-    if (fd >= 0) paths_[fd] = full(dirFd, path);
+    const std::string name = full(dirFd, path);
+    const std::lock_guard lock(mutex_);
+    if (fd >= 0) paths_[fd] = name;
     return fd;
   });
 }
@@ -141,7 +150,10 @@ int FaultyFileSystem::lock(int fd, bool exclusive, bool wait) {
 }
 int FaultyFileSystem::close(int fd) {
   return pass({.name = "close", .path = pathOf(fd)}, [&] {
-    paths_.erase(fd);
+    {
+      const std::lock_guard lock(mutex_);
+      paths_.erase(fd);
+    }
     return below_.close(fd);
   });
 }

@@ -1,9 +1,10 @@
 // A file system for tests that passes each call on to another one (the real one, or CrashFileSystem) and on the way logs it,
-// fails chosen calls, cuts writes short, and calls a hook first. Free of Qt. Install it with UseFileSystem.
+// fails chosen calls, cuts writes short, and calls a hook first. Free of Qt; any threads. Install it with UseFileSystem.
 #pragma once
 
 #include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -84,6 +85,7 @@ class FaultyFileSystem : public text::FileSystem {
   std::function<void(const Call&)> hook_;
   bool inHook_ = false;
   std::map<int, std::string> paths_;
+  mutable std::mutex mutex_;   // calls come from several threads
 };
 
 // Makes a file system the one in use, for a scope.

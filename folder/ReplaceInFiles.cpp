@@ -1,0 +1,216 @@
+#include "folder/ReplaceInFiles.h"
+
+#include <algorithm>
+
+#include "text/line/Chars.h"
+#include "text/store/ContentHash.h"
+
+namespace folder {
+
+using text::ByteOffset;
+using text::ByteRange;
+using text::LineNo;
+using text::Snapshot;
+
+namespace {
+
+constexpr std::int64_t kShown = 300;   // bytes of a line in the preview
+
+std::int64_t characters(std::string_view bytes) {
+  std::int64_t count = 0;
+  for (; !bytes.empty(); ++count) bytes.remove_prefix(static_cast<std::size_t>(text::decode(bytes).bytes));
+  return count;
+}
+
+std::string cutAt(std::string text, std::size_t length) {
+  if (text.size() <= length) return text;
+  while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) --length;
+  return text.substr(0, length) + "...";
+}
+
+// An exchange with its place and what is shown of its line.
+Exchange exchangeAt(const Snapshot& text, ByteRange range, std::string then) {
+  Exchange e;
+  e.range = range;
+  e.now = text.bytes(range);
+  e.then = std::move(then);
+  const LineNo line = text.lineAt(range.begin);
+  const ByteOffset begin = text.lineStart(line), end = std::max(text.lineEnd(line), range.begin);
+  e.line = line.value + 1;
+  e.column = characters(text.bytes({begin, range.begin})) + 1;
+  // Of a long line, what is around the place.
+  ByteOffset from = std::max(begin, range.begin - kShown / 2);
+  while (from > begin && (static_cast<unsigned char>(text.at(from)) & 0xC0) == 0x80) from += 1;
+  const std::string head = (from > begin ? "..." : "") + text.bytes({from, range.begin});
+  const std::string tail = range.end < end ? text.bytes({range.end, std::min(end, range.end + kShown)}) : std::string();
+  const auto shown = static_cast<std::size_t>(kShown);
+  e.lineNow = cutAt(head + text.bytes({range.begin, std::min(range.end, range.begin + 2 * kShown)}) + tail, 2 * shown);
+  e.lineThen = cutAt(head + e.then.substr(0, 4 * shown) + tail, 2 * shown);
+  return e;
+}
+
+std::uint64_t hashOf(std::string_view bytes) {
+  text::ContentHash hash;
+  hash.add(bytes);
+  return hash.value();
+}
+
+// Error text, empty when all of the text is planned.
+std::string planText(const Snapshot& text, const FindText& what, const Replacing& replacing, text::LineBreak usual,
+                     std::int64_t most, text::SearchControl& control, std::vector<Exchange>* exchanges) {
+  std::string error;
+  const text::Finder& finder = what.in(text);
+  const auto take = [&](const text::Match& match) {
+    if (static_cast<std::int64_t>(exchanges->size()) >= most) {
+      error = "The text is found more than " + std::to_string(kMostExchanges) +
+              " times; nothing is replaced. Search in fewer files, or for a longer text.";
+      return false;
+    }
+    auto fresh = finder.replacementFor(text, match, replacing.by, replacing.preserveCase, &error, {usual, false});
+    if (!fresh) return false;
+    if (*fresh != text.bytes(match.range)) exchanges->push_back(exchangeAt(text, match.range, std::move(*fresh)));
+    return true;
+  };
+  const text::SearchEnd end = finder.each(text, {ByteOffset(0), text.size()}, take, &control);
+  if (error.empty()) error = end.error;
+  return error;
+}
+
+}   // namespace
+
+std::vector<text::Edit> FilePlan::edits() const {
+  std::vector<text::Edit> edits;
+  for (const auto& e : exchanges)
+    if (e.ticked) edits.push_back({e.range, e.then});
+  return edits;
+}
+
+std::int64_t ReplacePlanned::changes() const {
+  std::int64_t all = 0;
+  for (const auto& file : files) all += static_cast<std::int64_t>(file.exchanges.size());
+  return all;
+}
+
+ReplacePlanned planReplacing(const FindText& what, const Replacing& replacing, const FindRules& rules, const FindSource& source,
+                             text::SearchControl& control) {
+  ReplacePlanned planned;
+  // Which files have hits at all; their rows are of no use here.
+  FindRules only = rules;
+  only.mostHits = 0;
+  only.longestLine = only.mostLines = 1;
+  struct Hit {
+    std::string path;
+    std::optional<Snapshot> text;
+  };
+  std::vector<Hit> hits;
+  std::map<std::string, Snapshot> given;
+  planned.found = findInFiles(
+      what, only,
+      [&](const auto& give) {
+        source([&](FindItem item) {
+          if (item.text) given.emplace(item.path, *item.text);
+          return give(std::move(item));
+        });
+      },
+      [&](const FileFinds& file) {
+        if (file.hits > 0 && file.skipped == Skipped::none) hits.push_back({file.path, {}});
+      },
+      control);
+  planned.error = planned.found.error;
+  std::int64_t most = kMostExchanges;
+  for (auto& hit : hits) {
+    if (!planned.error.empty() || control.cancel) break;
+    FilePlan file;
+    file.path = hit.path;
+    text::LineBreak usual = text::LineBreak::lf;
+    if (const auto open = given.find(hit.path); open != given.end()) {
+      file.open = true;
+      file.text = open->second;
+      if (file.text.lineBreak(LineNo(0)) != text::LineBreak::none) usual = file.text.lineBreak(LineNo(0));
+      planned.error = planText(file.text, what, replacing, usual, most, control, &file.exchanges);
+    } else {
+      const text::LoadedFile loaded = text::loadFile(hit.path);
+      if (!loaded.error.empty()) {
+        ++planned.found.skipped[static_cast<std::size_t>(Skipped::vanished)];
+        planned.found.skippedNames.emplace_back(hit.path, loaded.error);
+        continue;
+      }
+      file.stamp = loaded.stamp;
+      file.format = loaded.format;
+      if (loaded.firstLineCrlf && loaded.text.lineBreak(LineNo(0)) == text::LineBreak::crlf) usual = text::LineBreak::crlf;
+      planned.error = planText(loaded.text, what, replacing, usual, most, control, &file.exchanges);
+    }
+    if (!planned.error.empty()) planned.error = shownPath(hit.path) + ": " + planned.error;
+    most -= static_cast<std::int64_t>(file.exchanges.size());
+    if (!file.exchanges.empty()) planned.files.push_back(std::move(file));
+  }
+  planned.cancelled = control.cancel;
+  if (planned.cancelled || !planned.error.empty()) planned.files.clear();
+  return planned;
+}
+
+std::string planLines(const Snapshot& text, const std::vector<NewLine>& lines, FilePlan* plan) {
+  for (const NewLine& one : lines) {
+    if (one.line < 1 || one.line > text.lineCount()) return "It has no line " + std::to_string(one.line);
+    const LineNo line(one.line - 1);
+    if (text.line(line) != one.now) return "Line " + std::to_string(one.line) + " is not as the list shows it";
+    plan->exchanges.push_back(exchangeAt(text, {text.lineStart(line), text.lineEnd(line)}, one.then));
+  }
+  return {};
+}
+
+std::string planLines(const std::string& path, const std::vector<NewLine>& lines, FilePlan* plan) {
+  const text::LoadedFile loaded = text::loadFile(path);
+  if (!loaded.error.empty()) return loaded.error;
+  plan->path = path;
+  plan->stamp = loaded.stamp;
+  plan->format = loaded.format;
+  return planLines(loaded.text, lines, plan);
+}
+
+bool fits(const FilePlan& plan, const Snapshot& text) {
+  return std::all_of(plan.exchanges.begin(), plan.exchanges.end(),
+                     [&](const Exchange& e) { return e.range.end <= text.size() && text.bytes(e.range) == e.now; });
+}
+
+Outcome replaceInFile(const FilePlan& plan, ReplaceRecord& record) try {
+  Outcome outcome;
+  outcome.path = plan.path;
+  const auto fail = [&](std::string why) {
+    outcome.trouble = std::move(why);
+    return outcome;
+  };
+  std::vector<text::Edit> edits = plan.edits();
+  if (edits.empty()) return outcome;
+  text::LoadOptions options;
+  options.format = plan.format;
+  const text::LoadedFile loaded = text::loadFile(plan.path, options);
+  if (!loaded.error.empty()) return fail(loaded.error);
+  if (!loaded.stamp.sameContent(plan.stamp) || !fits(plan, loaded.text)) return fail("It has been changed since the search");
+  const auto changes = static_cast<std::int64_t>(edits.size());
+  text::Document document;
+  document.reset(loaded.text);
+  if (!document.apply(edits, {})) return fail("The changes overlap");
+  text::EncodeError misfit;
+  const auto before = text::encodeText(loaded.text.bytes(), loaded.format, &misfit);
+  if (!before || hashOf(*before) != loaded.stamp.contentHash) return fail("Its encoding cannot be kept");
+  const auto after = text::encodeText(document.snapshot().bytes(), loaded.format, &misfit);
+  if (!after) {
+    char code[16];
+    std::snprintf(code, sizeof code, "U+%04X", static_cast<unsigned>(misfit.code));
+    return fail("The character " + std::string(code) + " does not fit into its encoding, " + name(loaded.format.encoding));
+  }
+  if (text::writeProtected(plan.path)) return fail("It is write-protected");
+  std::string error = record.keep(plan.path, *before, hashOf(*after), static_cast<std::int64_t>(after->size()));
+  if (!error.empty()) return fail("Its old text could not be kept: " + error);
+  const text::SaveResult saved = text::saveFile(plan.path, document.snapshot(), {loaded.format, loaded.stamp});
+  if (!saved.ok()) {
+    // A save that failed behind the exchange may have changed it all the same; then the record stays.
+    if (text::stampOf(plan.path, true).sameContent(loaded.stamp)) record.drop();
+    return fail(saved.changedOnDisk ? "It has been changed since the search" : saved.error);
+  }
+  outcome.changes = changes;
+  return outcome;
+} catch (const std::bad_alloc&) { return {plan.path, 0, "Out of memory"}; }
+
+}   // namespace folder

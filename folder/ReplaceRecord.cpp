@@ -1,0 +1,230 @@
+#include "folder/ReplaceRecord.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+
+#include "text/file/Decode.h"
+#include "text/store/ContentHash.h"
+
+namespace folder {
+
+using text::fileSystem;
+using text::FileSystem;
+
+namespace {
+
+constexpr char kMagic[] = "zelkor replaced 1\n";
+constexpr std::size_t kMostAbout = 4096;
+
+std::int64_t nowNs() {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
+std::uint64_t hashOf(std::string_view bytes) {
+  text::ContentHash hash;
+  hash.add(bytes);
+  return hash.value();
+}
+
+std::string entryName(int number) {
+  char name[32];
+  std::snprintf(name, sizeof name, "%06d", number);
+  return name;
+}
+bool isEntry(const std::string& name) { return name.size() == 6 && name.find_first_not_of("0123456789") == std::string::npos; }
+
+// One number and the sign behind it.
+template <class Number>
+bool take(std::string_view* rest, Number* value, char behind) {
+  const auto [end, error] = std::from_chars(rest->data(), rest->data() + rest->size(), *value);
+  if (error != std::errc() || end == rest->data() + rest->size() || *end != behind) return false;
+  rest->remove_prefix(static_cast<std::size_t>(end - rest->data()) + 1);
+  return true;
+}
+
+// The head of an entry, and where the old bytes begin. False: it is damaged, or was not written to its end.
+bool readEntry(std::string_view bytes, ReplacedFile* file, std::string_view* old) {
+  std::int64_t length = 0;
+  if (!bytes.starts_with(kMagic)) return false;
+  bytes.remove_prefix(sizeof kMagic - 1);
+  if (!take(&bytes, &length, ' ') || length < 0 || static_cast<std::size_t>(length) >= bytes.size()) return false;
+  file->path = bytes.substr(0, static_cast<std::size_t>(length));
+  bytes.remove_prefix(static_cast<std::size_t>(length));
+  if (bytes[0] != '\n') return false;
+  bytes.remove_prefix(1);
+  if (!take(&bytes, &file->oldSize, ' ') || !take(&bytes, &file->oldHash, ' ') || !take(&bytes, &file->newSize, ' ') ||
+      !take(&bytes, &file->newHash, '\n'))
+    return false;
+  if (old) *old = bytes;
+  return static_cast<std::int64_t>(bytes.size()) == file->oldSize && hashOf(bytes) == file->oldHash;
+}
+
+Side sideOf(const ReplacedFile& file) {
+  const text::FileStamp stamp = text::stampOf(file.path, true);
+  if (!stamp.exists) return Side::gone;
+  if (stamp.status.size == file.oldSize && stamp.contentHash == file.oldHash) return Side::old;
+  return stamp.status.size == file.newSize && stamp.contentHash == file.newHash ? Side::new_ : Side::other;
+}
+
+// Held by who writes the record.
+bool inWork(const std::string& folder) {
+  const auto about = text::files::open(FileSystem::kCwd, folder + "/about", text::kRead);
+  return about.ok() && fileSystem().lock(about.get(), true, false) == -EWOULDBLOCK;
+}
+
+void removeRecord(const std::string& folder) {
+  std::vector<std::string> names;
+  fileSystem().listDir(folder, &names);
+  std::sort(names.begin(), names.end(), std::greater<>());   // "about" goes last but for what is older than it
+  for (const auto& name : names)
+    if (isEntry(name) || name == "done") fileSystem().unlinkAt(FileSystem::kCwd, folder + "/" + name, false);
+  fileSystem().unlinkAt(FileSystem::kCwd, folder + "/about", false);
+  fileSystem().unlinkAt(FileSystem::kCwd, folder, true);
+}
+
+bool isRecord(const std::string& name) { return name.size() > 20 && name.find_first_not_of("0123456789-") == std::string::npos; }
+
+std::vector<std::string> recordsIn(const std::string& records) {
+  std::vector<std::string> names, found;
+  fileSystem().listDir(records, &names);
+  for (const auto& name : names)
+    if (isRecord(name)) found.push_back(name);
+  std::sort(found.begin(), found.end());   // begins with the time
+  return found;
+}
+
+}   // namespace
+
+std::unique_ptr<ReplaceRecord> ReplaceRecord::begin(const std::string& records, const std::string& about, std::string* error) {
+  *error = text::makeFolders(records, 0700);
+  if (!error->empty()) return nullptr;
+  std::unique_ptr<ReplaceRecord> record(new ReplaceRecord);
+  int made = -EEXIST;
+  for (int i = 0; made == -EEXIST && i < 100; ++i) {   // two editors may begin at once
+    char name[64];
+    std::snprintf(name, sizeof name, "/%020lld-%d", static_cast<long long>(nowNs()), i);
+    record->folder_ = records + name;
+    made = fileSystem().makeDirAt(FileSystem::kCwd, record->folder_, 0700);
+  }
+  if (made < 0) {
+    record->finished_ = true;
+    *error = text::errorText(made);
+    return nullptr;
+  }
+  const std::string file = record->folder_ + "/about";
+  *error = text::saveBytes(file, about.substr(0, kMostAbout), 0600).error;
+  if (error->empty()) {
+    record->lock_ = text::files::open(FileSystem::kCwd, file, text::kRead);
+    if (!record->lock_.ok()) *error = text::errorText(record->lock_.error());
+    else fileSystem().lock(record->lock_.get(), true, false);
+  }
+  // The name of the record's folder has to last as well.
+  const auto parent = text::files::open(FileSystem::kCwd, records, text::kRead | text::kDirectory);
+  if (error->empty() && parent.ok())
+    if (const int r = text::files::syncFolder(parent.get()); r < 0) *error = text::errorText(r);
+  if (error->empty()) return record;
+  removeRecord(record->folder_);
+  record->finished_ = true;
+  return nullptr;
+}
+
+ReplaceRecord::~ReplaceRecord() {
+  if (!finished_) finish();
+}
+
+std::string ReplaceRecord::keep(const std::string& path, std::string_view oldBytes, std::uint64_t newHash, std::int64_t newSize) {
+  std::string bytes = kMagic + std::to_string(path.size()) + ' ' + path + '\n' + std::to_string(oldBytes.size()) + ' ' +
+                      std::to_string(hashOf(oldBytes)) + ' ' + std::to_string(newSize) + ' ' + std::to_string(newHash) + '\n';
+  bytes += oldBytes;
+  std::string error = text::saveBytes(folder_ + "/" + entryName(kept_ + 1), bytes, 0600).error;
+  if (error.empty()) ++kept_;
+  return error;
+}
+
+void ReplaceRecord::drop() {
+  if (kept_ > 0) fileSystem().unlinkAt(FileSystem::kCwd, folder_ + "/" + entryName(kept_--), false);
+}
+
+std::string ReplaceRecord::finish() {
+  finished_ = true;
+  std::string error;
+  if (kept_ == 0) {
+    lock_.close();
+    removeRecord(folder_);
+  } else {
+    error = text::saveBytes(folder_ + "/done", "", 0600).error;
+    lock_.close();
+  }
+  return error;
+}
+
+std::optional<LastReplace> lastReplace(const std::string& records) {
+  std::optional<LastReplace> last;
+  auto names = recordsIn(records);
+  for (auto name = names.rbegin(); name != names.rend(); ++name) {
+    const std::string folder = records + "/" + *name;
+    if (inWork(folder)) continue;
+    const std::int64_t began = std::atoll(name->c_str());
+    if (last || nowNs() - began > std::int64_t(kRecordDays) * 86400 * 1'000'000'000) {
+      removeRecord(folder);
+      continue;
+    }
+    LastReplace found;
+    found.folder = folder;
+    std::string error;
+    found.about = text::readBytes(folder + "/about", &error, kMostAbout);
+    found.interrupted = !text::fileExists(folder + "/done");
+    std::vector<std::string> entries;
+    fileSystem().listDir(folder, &entries);
+    std::sort(entries.begin(), entries.end());
+    for (const auto& entry : entries) {
+      if (!isEntry(entry)) continue;
+      ReplacedFile file;
+      file.entry = folder + "/" + entry;
+      const std::string bytes = text::readBytes(file.entry, &error);
+      if (!error.empty() || !readEntry(bytes, &file, nullptr)) continue;   // its file was not touched yet
+      file.side = sideOf(file);
+      found.bytes += file.oldSize;
+      found.files.push_back(std::move(file));
+    }
+    if (found.files.empty()) removeRecord(folder);
+    else last = std::move(found);
+  }
+  return last;
+}
+
+void markTold(const LastReplace& last) { text::saveBytes(last.folder + "/done", "", 0600); }
+
+std::vector<UndoneFile> undoReplace(const LastReplace& last) {
+  std::vector<UndoneFile> undone;
+  bool all = true;
+  for (const auto& file : last.files) {
+    UndoneFile& result = undone.emplace_back();
+    result.path = file.path;
+    ReplacedFile entry;
+    std::string_view old;
+    const std::string bytes = text::readBytes(file.entry, &result.trouble);
+    if (result.trouble.empty() && !readEntry(bytes, &entry, &old)) result.trouble = "The record of its old text is damaged";
+    const text::FileStamp now = text::stampOf(file.path, true);
+    const bool isOld = now.exists && now.status.size == file.oldSize && now.contentHash == file.oldHash;
+    const bool isNew = now.exists && now.status.size == file.newSize && now.contentHash == file.newHash;
+    if (result.trouble.empty() && !now.exists) result.trouble = "It is not there any more";
+    if (result.trouble.empty() && !isOld && !isNew) result.trouble = "It has been changed since it was replaced in";
+    if (result.trouble.empty() && !isOld) {
+      auto copy = std::make_shared_for_overwrite<char[]>(old.size() + 1);
+      std::copy(old.begin(), old.end(), copy.get());
+      const text::LoadedFile text = text::decodeFile(std::move(copy), old.size());
+      result.trouble = text.error;
+      if (result.trouble.empty()) result.trouble = text::saveFile(file.path, text.text, {text.format, now}).error;
+    }
+    if (result.trouble.empty()) fileSystem().unlinkAt(FileSystem::kCwd, file.entry, false);
+    else all = false;
+  }
+  if (all) removeRecord(last.folder);
+  return undone;
+}
+
+}   // namespace folder

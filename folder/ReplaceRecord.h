@@ -1,0 +1,68 @@
+// The old bytes of files that were replaced in: what "undo last replace in files" brings back, also after a restart, and what tells
+// which files are old and which new when the program was killed in the middle.
+//
+// A record is a folder below "replaced" in the state folder: a file "about", locked while it is written; one file for each changed
+// file, synced before that file is changed, with its name, the hashes of its old and new bytes, and the old bytes themselves; and
+// "done" once all were changed. The newest record is kept until the next replacing, at most 30 days.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "text/file/FileCalls.h"
+#include "text/file/FileIo.h"
+
+namespace folder {
+
+inline constexpr int kRecordDays = 30;
+
+class ReplaceRecord {
+ public:
+  // A new record in this folder ("replaced" in the state folder; made when it is not there). about: one line for the user.
+  static std::unique_ptr<ReplaceRecord> begin(const std::string& records, const std::string& about, std::string* error);
+  ~ReplaceRecord();
+
+  // Before a file is changed. Error text, empty when the old bytes are on the disk.
+  std::string keep(const std::string& path, std::string_view oldBytes, std::uint64_t newHash, std::int64_t newSize);
+  void drop();   // what was kept last: that file was not changed
+  // All files have been changed that are to be. A record without any goes again. Error text.
+  std::string finish();
+
+ private:
+  ReplaceRecord() = default;
+  std::string folder_;
+  text::files::Descriptor lock_;
+  int kept_ = 0;
+  bool finished_ = false;
+};
+
+enum class Side { old, new_, other, gone };   // what a file holds now
+
+struct ReplacedFile {
+  std::string path, entry;   // entry: the file with the old bytes
+  std::int64_t oldSize = 0, newSize = 0;
+  std::uint64_t oldHash = 0, newHash = 0;
+  Side side = Side::other;
+};
+
+struct LastReplace {
+  std::string folder, about;
+  bool interrupted = false;   // it was not finished, and nobody is at it
+  std::vector<ReplacedFile> files;
+  std::int64_t bytes = 0;   // that the old texts take
+};
+// The newest record that nobody is writing; each file is looked at. Removes those that are too old, or not the newest.
+std::optional<LastReplace> lastReplace(const std::string& records);
+// It has been told that this one was interrupted.
+void markTold(const LastReplace& last);
+
+struct UndoneFile {
+  std::string path;
+  std::string trouble;   // for the user; not empty: it is as it was
+};
+// Gives the files their old bytes where they are as the replacing left them. What was brought back leaves the record.
+std::vector<UndoneFile> undoReplace(const LastReplace& last);
+
+}   // namespace folder
