@@ -67,6 +67,28 @@ Options parse(const QStringList& words, std::span<const OptionRow> rows, Form fo
   return options;
 }
 
+// Parted by blanks; behind "=" a value may stand in quotation marks, which go.
+QStringList quotedWords(const QString& argument) {
+  QStringList words;
+  for (qsizetype at = 0; at < argument.size();) {
+    if (argument[at] == u' ') {
+      ++at;
+      continue;
+    }
+    QString word;
+    bool quoted = false;
+    for (; at < argument.size() && (quoted || argument[at] != u' '); ++at) {
+      const bool escaped = quoted && argument[at] == u'\\' && at + 1 < argument.size() && argument[at + 1] == u'"';
+      const bool opens = argument[at] == u'"' && !quoted && word.endsWith(u'=') && word.count(u'=') == 1;
+      if (escaped) word += argument[++at];
+      else if (opens || (quoted && argument[at] == u'"')) quoted = opens;
+      else word += argument[at];
+    }
+    words << word;
+  }
+  return words;
+}
+
 }   // namespace
 
 bool Options::isOn(const char* name) const {
@@ -92,8 +114,8 @@ Options parseCommandLine(const QStringList& arguments, std::span<const OptionRow
   return options;
 }
 
-Options parseVerb(const QString& argument, std::span<const OptionRow> rows) {
-  Options options = parse(argument.split(u' ', Qt::SkipEmptyParts), rows, Form::verb);
+Options parseVerb(const QString& argument, std::span<const OptionRow> rows, bool quotes) {
+  Options options = parse(quotes ? quotedWords(argument) : argument.split(u' ', Qt::SkipEmptyParts), rows, Form::verb);
   if (options.error.isEmpty() && !options.words.isEmpty()) options.error = tr("unknown option %1").arg(options.words.first());
   return options;
 }

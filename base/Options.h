@@ -35,7 +35,8 @@ struct Options {
 // behind its option (not behind "=") never the name of an option.
 Options parseCommandLine(const QStringList& arguments, std::span<const OptionRow> rows);
 // The words of a verb's argument, parted by blanks: options only, their names in any case. A value may be empty.
-Options parseVerb(const QString& argument, std::span<const OptionRow> rows);
+// quotes: a value in "..." may hold blanks, and \" stands for a quotation mark in it.
+Options parseVerb(const QString& argument, std::span<const OptionRow> rows, bool quotes = false);
 
 // The names and values of a table's rows.
 template <typename Rows>

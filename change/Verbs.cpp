@@ -10,6 +10,7 @@
 #include "change/LineTools.h"
 #include "document/Languages.h"
 #include "language/ucCM.h"
+#include "script/FilesVerbs.h"
 #include "script/Statements.h"
 
 namespace {
@@ -145,6 +146,7 @@ qint64 removeDuplicates(CodeMax& cmx) { return RemoveDuplicateLines(cmx); }
 
 void AddFormatVerbs() {
   using statements::addVerb;
+  AddFilesVerbs();
   addVerb("FORMAT",
           "[tabs=N] [text=CASE] [keywords=CASE] [indent=N] [lineends=unix|windows] [careful] [indenttabs] [selection] [anycase]",
           "Formats the text: tabs to N blanks (0: none, but one between two words), letter case (upper, lower, capitalize), "

@@ -106,11 +106,7 @@ class frmDocument::OwnBox {
 frmDocument::frmDocument(QWidget* parent)
     : QWidget(parent), cmx(new CodeMax(this)), Timer1(new QTimer(this)), shared_(std::make_shared<Shared>()) {
   setUp();
-  shared_->recovery = Recovery::of(cmx->model());
-  if (shared_->recovery)
-    shared_->recovery->caret = [shared = shared_.get()] {
-      return shared->windows.empty() ? -1 : shared->windows.front()->cmx->editor().selection().caret.value;
-    };
+  beginJournal();
   QTimer* look = &shared_->breaksLook;
   look->setSingleShot(true);
   look->setInterval(kBreaksLookMs);
@@ -128,6 +124,26 @@ frmDocument::frmDocument(QWidget* parent)
   });
   frmRegistry::instance().SetupMenusModified(false);
   CMXRegistry::applyTo(*cmx);
+}
+
+void frmDocument::beginJournal() {
+  shared_->recovery = Recovery::of(cmx->model());
+  if (!shared_->recovery) return;
+  shared_->recovery->caret = [shared = shared_.get()] {
+    return shared->windows.empty() ? -1 : shared->windows.front()->cmx->editor().selection().caret.value;
+  };
+  shared_->recovery->setFile(shared_->name, shared_->title);
+}
+
+void frmDocument::beginFill() {
+  shared_->recovery.reset();
+  cmx->model()->document().setUndoLimit(0, 0);
+}
+
+void frmDocument::endFill() {
+  cmx->model()->document().setUndoLimit(SIZE_MAX, std::size_t(1) << 30);
+  cmx->setModified(false);
+  beginJournal();
 }
 
 frmDocument::frmDocument(frmDocument& viewOf, QWidget* parent)

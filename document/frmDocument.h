@@ -31,6 +31,9 @@ class frmDocument : public QWidget {
   bool DocumentHasName() const;    // was loaded from or saved to a file
   bool DocumentModified() const;   // last value passed to DocumentChanged
   void setUntitled(const QString& title, const QString& folder);
+  // While the program fills a text of its own there is no undo and no journal; behind it the text counts as not modified.
+  void beginFill();
+  void endFill();
   void setFile(const QString& path);     // name, title, folder and caption from the path
   void beginFile(const QString& path);   // the same for a file that does not exist; the first save creates it
   // Makes the text read-only (cmx->ReadOnly) when its file has become write-protected, and writable when the file may be written
@@ -112,6 +115,7 @@ class frmDocument : public QWidget {
   void updateCaption();
   void showTemplateState(bool afterTyping);
   void showLineEnds();
+  void beginJournal();
   bool makeFolderOf(const QString& path);   // asks; false: the folder does not exist
 
   std::shared_ptr<Shared> shared_;

@@ -61,25 +61,36 @@ constexpr SelectionStatement kSelections[] = {
 }   // namespace
 
 namespace {
+struct Added {
+  QLatin1String name;
+  AddedRun run;
+  bool writesFiles;
+};
 struct Verbs {
   std::vector<Verb> rows{std::begin(kVerbs), std::end(kVerbs)};
-  std::vector<std::pair<QLatin1String, AddedRun>> added;
+  std::vector<Added> added;
 };
 Verbs& all() { return Workspace::current().part<Verbs>(); }
 }   // namespace
 
 std::span<const Verb> verbs() { return all().rows; }
 
-void addVerb(const char* name, const char* argument, const char* help, AddedRun run) {
+void addVerb(const char* name, const char* argument, const char* help, AddedRun run, bool writesFiles) {
   if (addedRun(QString(QLatin1String(name)))) return;
   all().rows.push_back({Code::added, name, argument, help});
-  all().added.emplace_back(QLatin1String(name), run);
+  all().added.push_back({QLatin1String(name), run, writesFiles});
 }
 
 AddedRun addedRun(QStringView verb) {
-  for (const auto& [name, run] : all().added)
-    if (verb == name) return run;
+  for (const Added& one : all().added)
+    if (verb == one.name) return one.run;
   return nullptr;
+}
+
+bool addedWritesFiles(QStringView verb) {
+  for (const Added& one : all().added)
+    if (verb == one.name) return one.writesFiles;
+  return false;
 }
 
 std::span<const Variable> variables() { return kVariables; }

@@ -60,8 +60,10 @@ std::span<const Verb> verbs();   // those added by upper floors are at the end
 // Adds a verb of an upper floor to the language. It works on the same text as the edit commands and belongs to the undo step of the
 // run. False: the argument is invalid, and so is the line.
 using AddedRun = bool (*)(CodeMax& cmx, const QString& argument);
-void addVerb(const char* name, const char* argument, const char* help, AddedRun run);   // texts are not copied
-AddedRun addedRun(QStringView verb);                                                    // null for other verbs
+// Texts are not copied. writesFiles: a macro from elsewhere asks first.
+void addVerb(const char* name, const char* argument, const char* help, AddedRun run, bool writesFiles = false);
+AddedRun addedRun(QStringView verb);   // null for other verbs
+bool addedWritesFiles(QStringView verb);
 
 std::span<const Variable> variables();         // in the order of their replacement
 std::span<const UsageOption> usageOptions();   // in the order in which they are searched

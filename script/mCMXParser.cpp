@@ -155,6 +155,7 @@ bool execute(CommandRun& run, const QString& line, bool replaced = false) {
     case Code::editCommand: return runEditCommand(run, statement);
     case Code::added: {
       CodeMax* const cmx = target(run);
+      if (statements::addedWritesFiles(statement.verb) && !run.may(trust::Deed::write, argument)) return true;
       return !cmx || statements::addedRun(statement.verb)(*cmx, argument);
     }
   }
@@ -178,7 +179,8 @@ bool runLine(CommandRun& run, QString& line) {
   variables::substitute(line, documentOf(run), run.answers);
   const auto reachesOut = [](const QString& text) {
     const Code code = statements::codeOf(statements::split(text).verb);
-    return startsPrograms(text) || code == Code::logSave || code == Code::save || code == Code::saveAll;
+    return startsPrograms(text) || code == Code::logSave || code == Code::save || code == Code::saveAll ||
+           statements::addedWritesFiles(statements::split(text).verb);
   };
   if (reachesOut(line) && !reachesOut(typed)) run.mayBeValue(line, line);
   return run.stopped || execute(run, line, true);

@@ -1,6 +1,7 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
+#include "app/find/FindFrame.h"
 #include "app/frame/frmMain.h"
 #include "control/keys/KeyCommands.h"
 #include "document/frmDocument.h"
@@ -44,6 +45,21 @@ std::span<const FrameCommand> editCommands() {
        .icon = "edit-find-replace", .needs = kDocument | kWritable, .command = Cmd::FINDREPLACE},
       {.name = "mEditGoToLine", .menu = "mEdit", .place = 350, .caption = QT_TRANSLATE_NOOP("frmMain", "&Go To Line..."),
        .keys = "Ctrl+G", .icon = "go-jump", .needs = kDocument, .run = [](frmMain& f) { f.goToLine(); }},
+      {.name = "mEditFindInFiles", .menu = "mEdit", .place = 360, .caption = QT_TRANSLATE_NOOP("frmMain", "Find in Files..."),
+       .keys = "Ctrl+Shift+F", .tip = QT_TRANSLATE_NOOP("frmMain", "Search the files of a folder, or all open documents"),
+       .run = [](frmMain& f) { FindFrame::of(f).open(false); }},
+      {.name = "mEditReplaceInFiles", .menu = "mEdit", .place = 370,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Replace in Files..."), .keys = "Ctrl+Shift+H",
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Replace in the files of a folder, with every change shown first"),
+       .run = [](frmMain& f) { FindFrame::of(f).open(true); }},
+      {.name = "mEditApplyEdited", .menu = "mEdit", .place = 380,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Apply Edited Lines..."),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Write the lines that were changed in a list of results back to their files"),
+       .needs = kDocument, .run = [](frmMain& f) { FindFrame::of(f).applyEdited(); }},
+      {.name = "mEditUndoReplaceInFiles", .menu = "mEdit", .place = 390,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Undo Last Replace in Files..."),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Give the files their old text back"),
+       .run = [](frmMain& f) { FindFrame::of(f).undoLast(); }},
       {.name = "mEditBookmarks", .menu = "mEdit", .place = 400, .caption = QT_TRANSLATE_NOOP("frmMain", "&Bookmarks"),
        .needs = kDocument, .isMenu = true},
       {.name = "mEditBookmarkToggle", .menu = "mEditBookmarks", .place = 100,

@@ -2,6 +2,7 @@
 #include <QCoreApplication>
 
 #include "app/commands/Groups.h"
+#include "app/find/FindFrame.h"
 #include "app/frame/frmMain.h"
 #include "document/frmLog.h"
 #include "script/mCMXParser.h"
@@ -15,12 +16,12 @@ std::span<const FrameCommand> logCommands() {
        .checked = [](frmMain& f) { return f.logIsShown(); }},
       {.name = "mnuViewNextMessage", .menu = "mnuView", .place = 210,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Next Message"), .keys = "F8",
-       .tip = QT_TRANSLATE_NOOP("frmMain", "Go to the next file position in the log"),
-       .run = [](frmMain& f) { f.log()->nextMessage(); }},
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Go to the next place in the list of results or the log"),
+       .run = [](frmMain& f) { FindFrame::of(f).step(1); }},
       {.name = "mnuViewPreviousMessage", .menu = "mnuView", .place = 220,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Previous Message"), .keys = "Shift+F8",
-       .tip = QT_TRANSLATE_NOOP("frmMain", "Go to the previous file position in the log"),
-       .run = [](frmMain& f) { f.log()->previousMessage(); }},
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Go to the previous place in the list of results or the log"),
+       .run = [](frmMain& f) { FindFrame::of(f).step(-1); }},
       {.name = "mToolsCommand", .menu = "mTools", .place = 100, .caption = QT_TRANSLATE_NOOP("frmMain", "&Command..."),
        .keys = "F9", .icon = "zelkor-command", .tip = QT_TRANSLATE_NOOP("frmMain", "Run a command string on the document"),
        .run = [](frmMain& f) { f.mToolsCommand_Click(); }},

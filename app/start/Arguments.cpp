@@ -25,6 +25,8 @@ constexpr Option kOptions[] = {
     {"--read-only", &Arguments::readOnly, QT_TRANSLATE_NOOP("Arguments", "guard the files against changes")},
     {"--batch", &Arguments::batch,
      QT_TRANSLATE_NOOP("Arguments", "run commands on files without a window (--batch --help)")},
+    {"--find", &Arguments::find,
+     QT_TRANSLATE_NOOP("Arguments", "find in files without a window (--find --help)")},
     {"--print-pdf", &Arguments::printPdf,
      QT_TRANSLATE_NOOP("Arguments", "print files as PDF without a window (--print-pdf --help)")},
 };
@@ -53,10 +55,15 @@ Arguments parseArguments(const QStringList& arguments, const QString& folder) {
   Arguments line;
   const QStringList options = arguments.mid(0, arguments.indexOf(QLatin1String("--")));   // all where there is none
   line.batch = options.contains(QLatin1String("--batch"));
-  line.printPdf = std::any_of(options.begin(), options.end(),
-                              [](const QString& word) { return word.section(u'=', 0, 0) == QLatin1String("--print-pdf"); });
+  const auto asksFor = [&](QLatin1String name) {
+    return std::any_of(options.begin(), options.end(), [&](const QString& word) { return word.section(u'=', 0, 0) == name; });
+  };
+  line.printPdf = asksFor(QLatin1String("--print-pdf"));
+  line.find = asksFor(QLatin1String("--find"));
   if (line.printPdf && line.batch) line.error = tr("--batch and --print-pdf exclude each other");
-  if (line.printPdf || line.batch) return line;   // the rest is theirs
+  else if (line.find && line.batch) line.error = tr("--batch and --find exclude each other");
+  else if (line.find && line.printPdf) line.error = tr("--find and --print-pdf exclude each other");
+  if (line.printPdf || line.batch || line.find) return line;   // the rest is theirs
 
   const Options given = parseCommandLine(arguments, optionRows(kOptions));
   line.error = given.error;

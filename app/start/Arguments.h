@@ -18,6 +18,7 @@ FilePlace placeIn(const QString& argument);
 struct Arguments {
   bool help = false, version = false, newInstance = false, wait = false, readOnly = false, standardInput = false;
   bool batch = false;       // batch mode reads the rest
+  bool find = false;        // finding in files without a window reads the rest
   bool printPdf = false;    // printing without a window reads the rest
   QList<FilePlace> files;   // in order; paths absolute relative to the given folder
   QString error;            // for standard error; if not empty, the rest is invalid

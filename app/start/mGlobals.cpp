@@ -11,6 +11,7 @@
 
 #include "app/boxes/HandbookWindow.h"
 #include "app/boxes/frmRecovered.h"
+#include "app/find/FindFrame.h"
 #include "app/folder/FolderParts.h"
 #include "app/frame/FrameMenus.h"
 #include "app/frame/frmMain.h"
@@ -18,6 +19,7 @@
 #include "app/look/Look.h"
 #include "app/start/Arguments.h"
 #include "app/start/BatchArguments.h"
+#include "app/start/FindArguments.h"
 #include "app/start/Instance.h"
 #include "app/start/LeftoverLook.h"
 #include "app/start/PrintArguments.h"
@@ -272,6 +274,7 @@ int Main(int argc, char** argv) try {
   if (!arguments.error.isEmpty()) return complain(arguments.error, 2);
   if (arguments.help) return std::fputs(qPrintable(argumentsHelp()), stdout) < 0;
   if (arguments.version) return std::printf("%s %s\n", kApplicationTitle, ZELKOR_VERSION) < 0;
+  if (arguments.find) return runFind(words);
   // No display is needed, not even one that is named. The programs that a run starts may have their own.
   const bool windowless = arguments.batch || arguments.printPdf;
   const std::optional<QByteArray> platform =
@@ -337,6 +340,7 @@ display:
   QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn after the text is visible
   SessionEnd sessionEnd(main);
   QObject::connect(&main, &frmMain::documentClosed, &main, [&](frmDocument* document) { instance.documentClosed(document); });
+  FindFrame::of(main);   // sees lists of results that are opened
   for (const HandOff& line : lines) {
     frmDocument* document = line.untitled ? main.takeIn(line.text) : main.openAt(line.text, line.line, line.column);
     if (document && line.readOnly) document->cmx->setReadOnly(true);
@@ -350,6 +354,7 @@ display:
   new OncePainted(main, [&] {
     leftovers.begin();
     takeInLeftInput(main);
+    FindFrame::of(main).tellInterrupted();
     frmRecovered::offerWhenRead(main, frmRecovered::leftIn(recovery.folder()));
     text::lookForLeftovers(fromQString(userConfigFolder()), false);   // for settings and definitions
   });

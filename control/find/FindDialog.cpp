@@ -14,40 +14,12 @@
 #include <QTimer>
 
 #include "base/Strings.h"
-#include "base/Workspace.h"
 #include "control/CodeMax.h"
+#include "control/find/FindFields.h"
 #include "control/find/FindJob.h"
 #include "control/find/FindScope.h"
 #include "control/find/UsersSearch.h"
 #include "control/view/ColorScheme.h"
-
-namespace {
-
-constexpr int kHistory = 20;
-
-struct Histories {
-  QStringList found, replaced;
-};
-QStringList& historyOf(bool replace) {
-  auto& histories = Workspace::current().part<Histories>();
-  return replace ? histories.replaced : histories.found;
-}
-
-QComboBox* makeField(QWidget* parent, const QString& name) {
-  auto* field = new QComboBox(parent);
-  field->setObjectName(name);
-  field->setEditable(true);
-  field->setInsertPolicy(QComboBox::NoInsert);
-  field->setCompleter(nullptr);
-  field->setMinimumContentsLength(24);
-  field->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-  field->setMinimumWidth(field->fontMetrics().averageCharWidth() * 14);   // else the bar would widen a narrow window
-  field->lineEdit()->setClearButtonEnabled(true);
-  return field;
-}
-
-}   // namespace
 
 FindDialog::FindDialog(QWidget* parent) : QDockWidget(tr("Find and Replace"), parent), job_(new FindJob(this)) {
   setObjectName(QStringLiteral("findDialog"));
@@ -96,7 +68,7 @@ void FindDialog::build() {
     connect(b, &QPushButton::clicked, this, slot);
     return b;
   };
-  find_ = makeField(content, QStringLiteral("findText"));
+  find_ = makeFindField(content, QStringLiteral("findText"));
   grid->addWidget(find_, 0, 1);
   label(tr("Fi&nd:"), find_, 0);
   next_ = button(tr("Find Ne&xt"), "findNext", 0, [this] { findNext(true); });
@@ -105,7 +77,7 @@ void FindDialog::build() {
   markAll_ = button(tr("Mar&k All"), "markAll", 0, [this] { markAll(); });
   markAll_->setToolTip(tr("Sets a bookmark on every line with a match"));
 
-  replace_ = makeField(content, QStringLiteral("replaceText"));
+  replace_ = makeFindField(content, QStringLiteral("replaceText"));
   grid->addWidget(replace_, 1, 1);
   replaceLabel_ = label(tr("Replace b&y:"), replace_, 1);
   column = 2;
@@ -256,16 +228,8 @@ QString FindDialog::status() const { return status_->text(); }
 
 void FindDialog::readState() {
   const SearchState& state = usersSearch();
-  const auto fill = [](QComboBox* field, const QString& text, const QStringList& history) {
-    const QSignalBlocker quiet(field);
-    if (field->count() != history.size() || field->itemText(0) != history.value(0)) {
-      field->clear();
-      field->addItems(history);
-    }
-    if (field->currentText() != text) field->setEditText(text);
-  };
-  fill(find_, state.findText, historyOf(false));
-  fill(replace_, state.replaceText, historyOf(true));
+  fillFindField(find_, state.findText, false);
+  fillFindField(replace_, state.replaceText, true);
   matchCase_->setChecked(state.options.matchCase);
   wholeWord_->setChecked(state.options.wholeWord);
   regex_->setChecked(state.options.regex);
@@ -285,18 +249,7 @@ void FindDialog::writeState() {
   updateHits();
 }
 
-void FindDialog::remember(QComboBox* field) {
-  QStringList& history = historyOf(field == replace_);
-  const QString text = field->currentText();
-  if (text.isEmpty() || history.value(0) == text) return;
-  history.removeAll(text);
-  history.prepend(text);
-  while (history.size() > kHistory) history.removeLast();
-  const QSignalBlocker quiet(field);
-  field->clear();
-  field->addItems(history);
-  field->setEditText(text);
-}
+void FindDialog::remember(QComboBox* field) { rememberFind(field, field == replace_); }
 
 void FindDialog::tell(const QString& text, bool bad) {
   status_->setText(plainForDisplay(text));

@@ -1,0 +1,186 @@
+#include "app/find/FindFrame.h"
+
+#include "app/find/FindRun.h"
+#include "app/find/ResultList.h"
+#include "app/find/frmFindInFiles.h"
+#include "app/folder/FolderParts.h"
+#include "app/folder/WorkFolder.h"
+#include "app/frame/frmMain.h"
+#include "base/FileNames.h"
+#include "base/LongWork.h"
+#include "base/Strings.h"
+#include "base/dialog/Dialogs.h"
+#include "document/frmDocument.h"
+#include "document/frmLog.h"
+#include "folder/GitFolder.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::size_t kAtOnce = 256 << 10;   // bytes of rows that are put into the list in one go
+constexpr int kTitleLength = 40;
+
+// Where to look when nothing else is said: the folder that the user opened, else the nearest one of version control above the active
+// text, else that of the text.
+QString usualRoot(frmMain& frame) {
+  const WorkFolder& work = frame.folders().work();
+  if ((work.kind() == WorkFolder::Kind::folder || work.kind() == WorkFolder::Kind::list) && !work.root().isEmpty())
+    return work.root();
+  const frmDocument* document = frame.activeDocument();
+  const QString folder = document && !document->CurrentFileDir().isEmpty() ? document->CurrentFileDir() : currentFolder();
+  const auto git = folder::gitFolderAbove(fromQString(folder));
+  return git ? toQString(git->top) : folder;
+}
+
+}   // namespace
+
+FindFrame& FindFrame::of(frmMain& frame) {
+  auto* found = frame.findChild<FindFrame*>(QString(), Qt::FindDirectChildrenOnly);
+  return found ? *found : *new FindFrame(frame);
+}
+
+FindFrame::FindFrame(frmMain& frame) : QObject(&frame), frame_(frame) {
+  timer_.setSingleShot(true);
+  connect(&timer_, &QTimer::timeout, this, &FindFrame::pump);
+  connect(&frame, &frmMain::documentOpened, this, [this](frmDocument* document) {
+    if (ResultList* list = ResultList::adopt(document)) useList(list);
+  });
+}
+
+FindFrame::~FindFrame() = default;
+
+ResultList* FindFrame::list() const { return list_; }
+
+frmFindInFiles& FindFrame::window() {
+  if (!window_) {
+    window_ = new frmFindInFiles(frame_);
+    frame_.addDockWidget(Qt::BottomDockWidgetArea, window_, Qt::Vertical);
+    connect(window_, &frmFindInFiles::cancelAsked, this, &FindFrame::cancel);
+    const auto task = [this](FindTask* made) {
+      if (!window_->readTask(made)) return false;
+      if (made->where != FindTask::Where::files) return true;
+      if (window_->inFileList()) {
+        const WorkFolder& work = frame_.folders().work();
+        const auto known = work.fileList();
+        if (!known) {
+          window_->tell(tr("No file list is open"), true);
+          return false;
+        }
+        made->root = fromQString(work.root());
+        made->files = known->files;
+        std::sort(made->files.begin(), made->files.end());
+        return true;
+      }
+      ResultList* from = ResultList::of(frame_.activeDocument());
+      if (!from) from = list_;
+      if (!from) {
+        window_->tell(tr("There is no list of results"), true);
+        return false;
+      }
+      made->root = from->root();
+      const text::Snapshot text = from->document()->cmx->model()->snapshot();
+      LongWork::run(
+          frame_, text.size().value, [&](text::SearchControl&) { made->files = from->paths(text); }, tr("Looking at the lines..."),
+          false);
+      return true;
+    };
+    connect(window_, &frmFindInFiles::findAsked, this, [this, task] {
+      FindTask made;
+      if (task(&made)) start(std::move(made));
+    });
+    connect(window_, &frmFindInFiles::replaceAsked, this, [this, task] {
+      FindTask made;
+      if (task(&made)) replace(std::move(made), {fromQString(window_->replaceText()), window_->preserveCase()});
+    });
+  }
+  return *window_;
+}
+
+void FindFrame::open(bool replace) { window().open(usualRoot(frame_), replace); }
+
+void FindFrame::useList(ResultList* list) {
+  if (list_ == list) return;
+  if (!hearsLog_) {   // F8 goes where something came last
+    connect(frame_.log(), &frmLog::appended, this, [this] { list_ = nullptr; });
+    hearsLog_ = true;
+  }
+  list_ = list;
+  connect(list, &ResultList::used, this, &FindFrame::useList, Qt::UniqueConnection);
+}
+
+void FindFrame::cancel() {
+  if (run_) run_->cancel();
+}
+
+void FindFrame::start(FindTask task) {
+  run_.reset();
+  // A list that the user did not touch, and that is no file, gives way to the next one.
+  frmDocument* document =
+      list_ && !list_->document()->DocumentHasName() && !list_->document()->DocumentModified() ? list_->document() : nullptr;
+  if (document) {
+    delete list_.data();
+    frame_.activate(document);
+  } else {
+    document = frame_.LoadNewDoc();
+  }
+  document->setUntitled(tr("Found: %1").arg(plainForDisplay(toQString(task.what->what()), kTitleLength)), toQString(task.root));
+  filling_ = ResultList::make(document, task);
+  useList(filling_);
+  since_.start();
+  run_ = std::make_unique<FindRun>(std::move(task), nullptr);
+  connect(run_.get(), &FindRun::came, this, &FindFrame::pump);
+  window().setRunning(true);
+  window().tell(tr("Searching..."));
+  timer_.start(100);
+}
+
+// A part of what came at a time: keys and painting come in between.
+void FindFrame::pump() {
+  if (!run_) return;
+  if (!filling_) {   // the user closed the list
+    run_.reset();
+    window().setRunning(false);
+    return;
+  }
+  const bool done = run_->done();
+  const std::string rows = run_->take(kAtOnce);
+  if (!rows.empty()) filling_->append(rows);
+  window().tell(tr("%L1 hit(s), %L2 file(s) searched...").arg(run_->hits()).arg(run_->files()));
+  if (done && run_->empty()) return finish();
+  timer_.start(rows.empty() ? 100 : 5);
+}
+
+QString FindFrame::resultText() const {
+  const folder::FindSummary& summary = run_->summary();
+  if (!summary.error.empty()) return toQString(summary.error);
+  QString text = tr("%L1 hit(s) in %L2 file(s); %L3 searched").arg(summary.hits).arg(summary.filesWithHits).arg(summary.files);
+  if (summary.cut) text += tr("; ended at the limit of %L1 hits").arg(run_->task().mostHits);
+  if (summary.cancelled) text += tr("; cancelled");
+  if (const std::string skipped = folder::skippedText(summary); !skipped.empty()) text += u"; "_s + toQString(skipped);
+  const folder::WalkReport& walked = run_->walked();
+  if (walked.unreadable > 0) text += tr("; %L1 folders could not be read").arg(walked.unreadable);
+  if (!walked.error.empty()) text += u"; "_s + toQString(walked.error);
+  const auto name = [&](const std::string& path, const std::string& why) {
+    text += u"\n  "_s + toQString(folder::shownPath(run_->task().shown(path)) + ": " + why);
+  };
+  for (const auto& [path, why] : summary.skippedNames) name(path, why);
+  for (const auto& one : walked.troubles) name(one.path, one.reason);
+  return text;
+}
+
+void FindFrame::finish() {
+  const QString text = resultText();
+  filling_->end(text);
+  window().setRunning(false);
+  window().tell(text.section(u'\n', 0, 0), !run_->summary().error.empty());
+  run_.reset();
+  frame_.UpdateEditMenu();
+}
+
+void FindFrame::step(int direction) {
+  if (ResultList* active = ResultList::of(frame_.activeDocument())) useList(active);
+  if (list_) list_->step(direction);
+  else if (direction > 0) frame_.log()->nextMessage();
+  else frame_.log()->previousMessage();
+}

@@ -1,0 +1,60 @@
+// Finding and replacing in files for the main frame: the window that asks, the search that runs, the list that it fills, and the way
+// back from what was replaced. One for each frame, its child.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+#include <memory>
+
+#include "script/FindTask.h"
+#include "script/ReplaceWork.h"
+
+class FindRun;
+class ResultList;
+class frmDocument;
+class frmFindInFiles;
+class frmMain;
+
+class FindFrame : public QObject {
+  Q_OBJECT
+ public:
+  static FindFrame& of(frmMain& frame);
+  ~FindFrame() override;
+
+  void open(bool replace);
+  void start(FindTask task);   // its rows go into a list
+  bool running() const { return bool(run_); }
+  void cancel();
+  void step(int direction);   // through the list that was used last; without one, through the log
+  ResultList* list() const;
+
+  void replace(FindTask task, const folder::Replacing& by);   // shows the changes first
+  void applyEdited();                                         // what the user changed in the lines of the active list
+  void undoLast();
+  void tellInterrupted();   // at the start: a replacing that did not come to its end
+
+  frmFindInFiles& window();
+
+ private:
+  explicit FindFrame(frmMain& frame);
+  void pump();
+  void finish();
+  void useList(ResultList* list);
+  QString resultText() const;
+  // The ticked changes of the plan. Whole files, one after the other.
+  void preview(std::vector<folder::FilePlan> files, const QString& about, const std::string& root, const QStringList& troubles);
+  void apply(std::vector<folder::FilePlan> files, const QString& about);
+  QStringList undoOpen();
+
+  frmMain& frame_;
+  QPointer<frmFindInFiles> window_;
+  std::unique_ptr<FindRun> run_;
+  QPointer<ResultList> list_;      // that F8 goes through
+  QPointer<ResultList> filling_;   // by the run
+  QTimer timer_;
+  bool hearsLog_ = false;
+  QElapsedTimer since_;
+  std::vector<Replaced::Open> lastOpen_;   // texts that the last replacing changed in their windows
+};

@@ -1,0 +1,332 @@
+#include "app/find/ResultList.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "base/FileNames.h"
+#include "base/LongWork.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "document/Frame.h"
+#include "document/frmDocument.h"
+#include "text/line/Chars.h"
+#include "text/line/LineReader.h"
+
+using namespace Qt::StringLiterals;
+using text::ByteOffset;
+using text::ByteRange;
+using text::LineNo;
+
+namespace {
+
+constexpr char kFirst[] = "Find in files: ", kSecond[] = "Folder: ";
+constexpr std::int64_t kMostHead = 100, kLongestRow = 8192;   // lines, bytes that are looked at
+constexpr std::size_t kMostMarks = 5000;                      // of one file
+
+std::int64_t byteOfCharacter(std::string_view line, std::int64_t column) {
+  std::int64_t at = 0;
+  for (; column > 1 && !line.empty(); --column) {
+    const int bytes = text::decode(line).bytes;
+    line.remove_prefix(static_cast<std::size_t>(bytes));
+    at += bytes;
+  }
+  return at;
+}
+
+std::string beginOf(const text::Snapshot& text, LineNo line) {
+  const ByteOffset start = text.lineStart(line);
+  return text.bytes({start, std::min(text.lineEnd(line), start + kLongestRow)});
+}
+
+QString optionsOf(const FindTask& task) {
+  const text::SearchOptions& options = task.what->options();
+  QStringList words;
+  if (options.matchCase) words << ResultList::tr("match case");
+  if (options.wholeWord) words << ResultList::tr("whole word");
+  if (options.regex) words << ResultList::tr("regular expression");
+  return words.isEmpty() ? QString() : u" ("_s + words.join(u", "_s) + u')';
+}
+
+}   // namespace
+
+ResultList::~ResultList() {
+  if (const auto model = model_.lock()) model->plainSlot = {};   // other windows on the text stay
+}
+
+ResultList::ResultList(frmDocument* document) : QObject(document), document_(document), model_(document->cmx->model()) {
+  setObjectName(u"resultList"_s);
+  CodeMax* const cmx = document->cmx;
+  connect(cmx, &CodeMax::DblClick, this, [this] { jump(); });
+  cmx->model()->plainSlot = [this](LineNo line) { return int(line.value < headLines_ ? ColorSlot::Comment : ColorSlot::Text); };
+  listen();
+  // Panes come and go with the splitters.
+  connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+    if (now && document_->isAncestorOf(now)) listen();
+  });
+}
+
+void ResultList::listen() {
+  for (QWidget* pane : document_->cmx->findChildren<QWidget*>()) {
+    pane->removeEventFilter(this);
+    pane->installEventFilter(this);
+  }
+}
+
+ResultList* ResultList::of(const frmDocument* document) {
+  return document ? document->findChild<ResultList*>(QString(), Qt::FindDirectChildrenOnly) : nullptr;
+}
+
+ResultList* ResultList::adopt(frmDocument* document) {
+  if (ResultList* list = of(document)) return list;
+  const text::Snapshot text = document->cmx->model()->snapshot();
+  if (text.lineCount() < 3) return nullptr;
+  const std::string first = beginOf(text, LineNo(0)), second = beginOf(text, LineNo(1));
+  if (!first.starts_with(kFirst) || !second.starts_with(kSecond)) return nullptr;
+  auto* const list = new ResultList(document);
+  list->root_ = folder::pathOfShown(second.substr(sizeof kSecond - 1));
+  while (list->headLines_ < std::min<std::int64_t>(kMostHead, text.lineCount()) &&
+         text.lineEnd(LineNo(list->headLines_)) > text.lineStart(LineNo(list->headLines_)))
+    ++list->headLines_;
+  return list;
+}
+
+ResultList* ResultList::make(frmDocument* document, const FindTask& task) {
+  auto* const list = new ResultList(document);
+  list->root_ = task.root;
+  list->what_ = task.what;
+  document->beginFill();
+  const QString text = head(task, tr("Searching..."));
+  list->headLines_ = text.count(u'\n') - 1;
+  document->cmx->model()->document().reset(text::Snapshot(fromQString(text)));
+  document->cmx->showHits(toQString(task.what->what()), task.what->options());
+  return list;
+}
+
+QString ResultList::head(const FindTask& task, const QString& result) {
+  return QLatin1String(kFirst) + toQString(folder::shownPath(task.what->what())) + optionsOf(task) + u'\n' +
+         QLatin1String(kSecond) + toQString(folder::shownPath(task.root)) + u'\n' + result + u"\n\n"_s;
+}
+
+void ResultList::append(const std::string& rows) {
+  text::Document& document = document_->cmx->model()->document();
+  const ByteOffset end = document.snapshot().size();
+  document.apply(text::Edit{{end, end}, rows}, document_->cmx->editor().selection());
+  document_->cmx->setModified(false);
+}
+
+void ResultList::end(const QString& result) {
+  text::Document& document = document_->cmx->model()->document();
+  const text::Snapshot& text = document.snapshot();
+  if (headLines_ >= 3 && headLines_ <= text.lineCount()) {
+    const ByteRange old{text.lineStart(LineNo(2)), text.lineEnd(LineNo(headLines_ - 1))};
+    document.apply(text::Edit{old, fromQString(result)}, document_->cmx->editor().selection());
+    headLines_ = 3 + result.count(u'\n');
+  }
+  document_->endFill();
+  found_ = document.snapshot();
+}
+
+// Places --------------------------------------------------------------------------------------------------------------
+
+std::optional<ResultList::Row> ResultList::rowAt(const text::Snapshot& text, LineNo line) const {
+  const std::string whole = beginOf(text, line);
+  const auto row = folder::rowOf(whole);
+  if (!row) return std::nullopt;
+  std::string path = folder::pathOfShown(row->path);
+  if (!path.starts_with('/') && !root_.empty()) path = root_ + (root_.ends_with('/') ? "" : "/") + path;
+  return Row{std::move(path), row->line, row->column, std::string(row->text)};
+}
+
+// Where the row's place is now. The first time all rows of its file are marked in the text.
+std::optional<ByteOffset> ResultList::placeIn(frmDocument& target, const Row& row) {
+  const std::shared_ptr<TextModel> model = target.cmx->model();
+  text::Document& document = model->document();
+  const text::Snapshot& there = document.snapshot();
+  const auto offset = [&](std::int64_t line, std::int64_t column) -> std::optional<ByteOffset> {
+    if (line < 1 || line > there.lineCount()) return std::nullopt;
+    const LineNo at(line - 1);
+    const ByteOffset start = there.lineStart(at);
+    const std::string begin = there.bytes({start, std::min(there.lineEnd(at), start + 4 * std::max<std::int64_t>(column, 1))});
+    return start + byteOfCharacter(begin, column);
+  };
+  Marks& marks = marks_[QByteArray::fromStdString(row.path)];
+  if (marks.model.lock() != model) {
+    marks.model = model;
+    marks.at.clear();
+    const text::Snapshot& list = document_->cmx->model()->snapshot();
+    const LineNo here = list.lineAt(document_->cmx->editor().selection().caret);
+    // The rows of a file stand together.
+    for (const int step : {1, -1}) {
+      for (LineNo line = step > 0 ? here : here - 1;
+           line.value >= 0 && line.value < list.lineCount() && std::size_t(marks.at.size()) < kMostMarks; line += step) {
+        const auto other = rowAt(list, line);
+        if (!other || other->path != row.path) break;
+        if (const auto at = offset(other->line, other->column))
+          marks.at.insert({other->line, other->column}, document.addMark(*at, text::Bias::right));
+      }
+    }
+  }
+  if (const auto mark = marks.at.constFind({row.line, row.column}); mark != marks.at.cend()) try {
+      return document.markAt(*mark);
+    } catch (const std::out_of_range&) { marks.at.clear(); }   // the file was read anew
+  return offset(row.line, row.column);
+}
+
+// The hits that begin there or behind, within that line.
+std::vector<ByteRange> ResultList::hitsFrom(const text::Snapshot& text, ByteOffset from, ByteOffset lineEnd) const {
+  constexpr std::int64_t kMost = 1 << 20, kBehind = 1 << 16;
+  text::FindBudget budget(std::chrono::milliseconds(30));
+  const ByteOffset end = std::min({text.size(), lineEnd + kBehind, from + kMost});   // one may go over line ends
+  std::vector<ByteRange> hits = what_->in(text).all(text, {from, end}, nullptr, &budget).ranges;
+  std::erase_if(hits, [&](const ByteRange& hit) { return hit.begin > lineEnd; });
+  return hits;
+}
+
+bool ResultList::show(LineNo line, int direction) {
+  if (!frame()) return false;
+  const auto row = rowAt(document_->cmx->model()->snapshot(), line);
+  if (!row) return false;
+  frmDocument* target = nullptr;
+  const QString path = toQString(row->path);
+  const QString bare = toQString(row->path.substr(row->path.rfind('/') + 1));
+  for (frmDocument* each : frame()->documents())
+    if (each != document_ && (each->DocumentHasName() ? each->CurrentFileName() == path : each->CurrentFileTitle() == bare))
+      target = each;
+  const QPointer<ResultList> self(this);
+  const ByteOffset start = document_->cmx->model()->snapshot().lineStart(line);
+  document_->cmx->editor().setSelection({start, start, 0, 0, false});
+  if (target) frame()->activate(target);
+  else if (fileIsThere(path)) target = frame()->openFile(path);
+  else {
+    SetStatusText(tr("%1 is not there").arg(plainForDisplay(path)));
+    return true;
+  }
+  if (!target || !self) return true;
+  emit used(this);
+  const auto at = placeIn(*target, *row);
+  if (!at) {
+    SetStatusText(tr("%1 has no line %2 any more").arg(plainForDisplay(path)).arg(row->line));
+    return true;
+  }
+  const text::Snapshot& text = target->cmx->model()->snapshot();
+  ByteRange match{*at, *at};
+  if (what_ && row->column > 0) {
+    const ByteOffset lineEnd = text.lineEnd(text.lineAt(*at));
+    for (const ByteRange& found : hitsFrom(text, *at, lineEnd)) {
+      match = found;
+      if (direction > 0) break;
+    }
+  }
+  target->cmx->editor().setSelection({match.begin, match.end, 0, 0, false});
+  target->cmx->ExecuteCmd(Cmd::WINDOWSCROLLTOCENTER);
+  target->cmx->setFocus();
+  shown_ = Shown{target, line, match};
+  return true;
+}
+
+// From one hit to the next within the line that was shown last.
+bool ResultList::stepInLine(int direction) {
+  if (!shown_ || !shown_->target || !what_ || !frame() || !frame()->documents().contains(shown_->target)) return false;
+  CodeMax* const cmx = shown_->target->cmx;
+  const text::Snapshot& text = cmx->model()->snapshot();
+  if (cmx->editor().selectedRange() != shown_->match || shown_->match.end > text.size()) return false;   // the user went elsewhere
+  const text::SelectionState& list = document_->cmx->editor().selection();
+  if (document_->cmx->model()->snapshot().lineAt(list.caret) != shown_->row) return false;
+  const LineNo line = text.lineAt(shown_->match.begin);
+  const ByteRange now = shown_->match;
+  for (const ByteRange& found : hitsFrom(text, text.lineStart(line), text.lineEnd(line))) {
+    if (direction > 0 && found.begin > now.begin && found.begin >= now.end) {
+      shown_->match = found;
+      break;
+    }
+    if (direction < 0 && found.end <= now.begin) shown_->match = found;
+  }
+  if (shown_->match == now) return false;
+  frame()->activate(shown_->target);
+  cmx->editor().setSelection({shown_->match.begin, shown_->match.end, 0, 0, false});
+  cmx->setFocus();
+  return true;
+}
+
+bool ResultList::jump() {
+  const text::Snapshot& list = document_->cmx->model()->snapshot();
+  return show(list.lineAt(document_->cmx->editor().selection().caret), 1);
+}
+
+bool ResultList::step(int direction) {
+  if (stepInLine(direction)) return true;
+  const text::Snapshot& list = document_->cmx->model()->snapshot();
+  LineNo line = list.lineAt(document_->cmx->editor().selection().caret);
+  if (shown_ && shown_->row == line) line += direction;
+  else if (direction < 0) line += -1;
+  for (; line.value >= 0 && line.value < list.lineCount(); line += direction) {
+    const auto row = rowAt(list, line);
+    if (row && row->column > 0) return show(line, direction);
+  }
+  SetStatusText(direction > 0 ? tr("No further place in the list") : tr("No earlier place in the list"));
+  return false;
+}
+
+bool ResultList::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    const auto* key = static_cast<QKeyEvent*>(event);
+    const bool plain = (key->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    if (plain && (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) && !document_->cmx->HasSelection() && jump())
+      return true;
+  }
+  return QObject::eventFilter(object, event);
+}
+
+// Lines ---------------------------------------------------------------------------------------------------------------
+
+std::vector<std::string> ResultList::paths(const text::Snapshot& text) const {
+  std::vector<std::string> paths;
+  std::unordered_set<std::string> known;
+  for (LineNo line(0); line.value < text.lineCount(); ++line)
+    if (auto row = rowAt(text, line); row && known.insert(row->path).second) paths.push_back(std::move(row->path));
+  return paths;
+}
+
+std::vector<ResultList::Edited> ResultList::edited(const text::Snapshot& now, QString* error) const {
+  std::vector<Edited> all;
+  if (!found_) {
+    *error = tr("The lines as they were found are not known: this list was read from a file. Search again, and edit the new list.");
+    return all;
+  }
+  const text::Snapshot was = *found_;
+  if (now.sameAs(was)) return all;
+  const std::string failed = [&]() -> std::string {
+    // By path and line: what is there, and where the row stood.
+    std::unordered_map<std::string, LineNo> stood;
+    const auto keyOf = [](const Row& row) { return row.path + '\n' + std::to_string(row.line); };
+    for (LineNo line(headLines_); line.value < was.lineCount(); ++line)
+      if (const auto row = rowAt(was, line)) stood.emplace(keyOf(*row), line);
+    std::unordered_map<std::string, std::string> seen;
+    std::unordered_map<std::string, std::size_t> places;
+    for (LineNo line(0); line.value < now.lineCount(); ++line) {
+      const auto row = rowAt(now, line);
+      if (!row) continue;
+      const auto old = stood.find(keyOf(*row));
+      if (old == stood.end()) continue;
+      const auto [known, fresh] = seen.emplace(old->first, row->text);
+      if (!fresh && known->second != row->text)
+        return "Line " + std::to_string(row->line) + " of " + row->path + " stands in the list twice, and differs.";
+      const auto before = rowAt(was, old->second);
+      if (!fresh || before->text == row->text) continue;
+      const auto [place, added] = places.emplace(row->path, all.size());
+      if (added) all.push_back({row->path, {}});
+      all[place->second].lines.push_back({row->line, {before->text, row->text}});
+    }
+    return {};
+  }();
+  if (!failed.empty()) {
+    *error = toQString(failed);
+    all.clear();
+  }
+  for (Edited& one : all) std::sort(one.lines.begin(), one.lines.end());
+  return all;
+}
+
+#include "moc_ResultList.cpp"

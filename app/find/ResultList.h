@@ -1,0 +1,87 @@
+// Makes a document a list of places: "path:line:column: text". Double click, Return and F8 go to the place; what stands in the lines
+// may be edited and written back to the files. The text is ordinary text, and a list that was saved is one again when it is opened.
+//
+// Its head, up to the first empty line, says what was searched for, in which folder (names are taken against that) and what came of
+// it. The places of a file move with the edits of its text from the first jump into it on.
+#pragma once
+
+#include <QHash>
+#include <QObject>
+#include <QPointer>
+#include <memory>
+#include <optional>
+
+#include "script/FindTask.h"
+
+class TextModel;
+class frmDocument;
+
+class ResultList : public QObject {
+  Q_OBJECT
+ public:
+  // The list of that document; null: it is none.
+  static ResultList* of(const frmDocument* document);
+  ~ResultList() override;
+  // Makes a document that begins with the head of a list into one; null: it does not.
+  static ResultList* adopt(frmDocument* document);
+  static ResultList* make(frmDocument* document, const FindTask& task);   // a new, empty one
+
+  static QString head(const FindTask& task, const QString& result);
+
+  // While the rows of a search come: no undo, no journal, not modified.
+  void append(const std::string& rows);
+  void end(const QString& result);   // what came of it, into the head; the list is then as it was found
+
+  // To the next or previous hit from the caret's line on. False: there is none.
+  bool step(int direction);
+  bool jump();   // to the place of the caret's line; false: it is none
+
+  struct Row {
+    std::string path;                    // whole
+    std::int64_t line = 0, column = 0;   // from 1; column 0: a further line of a hit
+    std::string text;
+  };
+  std::optional<Row> rowAt(const text::Snapshot& text, text::LineNo line) const;
+  // The two below read a present text of the list, on any thread while the list stays.
+  std::vector<std::string> paths(const text::Snapshot& text) const;   // of all rows, each once, in order
+  // The lines that differ from what was found, by file. *error: not empty where they cannot be written back.
+  struct Edited {
+    std::string path;
+    std::vector<std::pair<std::int64_t, std::pair<std::string, std::string>>> lines;   // number, then, now
+  };
+  std::vector<Edited> edited(const text::Snapshot& now, QString* error) const;
+  const std::string& root() const { return root_; }
+  frmDocument* document() const { return document_; }
+
+ signals:
+  void used(ResultList* list);   // F8 goes through this list from now on
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  explicit ResultList(frmDocument* document);
+  std::vector<text::ByteRange> hitsFrom(const text::Snapshot& text, text::ByteOffset from, text::ByteOffset lineEnd) const;
+  void listen();
+  bool show(text::LineNo line, int direction);
+  bool stepInLine(int direction);
+  std::optional<text::ByteOffset> placeIn(frmDocument& target, const Row& row);
+
+  frmDocument* const document_;
+  std::weak_ptr<TextModel> model_;
+  std::string root_;
+  std::shared_ptr<const folder::FindText> what_;   // null: the list came from a file
+  std::optional<text::Snapshot> found_;            // as it was when the search ended
+  std::int64_t headLines_ = 0;
+  struct Marks {
+    std::weak_ptr<TextModel> model;
+    QHash<QPair<qint64, qint64>, text::MarkId> at;   // line and column as listed
+  };
+  QHash<QByteArray, Marks> marks_;   // by path
+  struct Shown {
+    QPointer<frmDocument> target;
+    text::LineNo row;
+    text::ByteRange match;
+  };
+  std::optional<Shown> shown_;   // by the last jump
+};

@@ -1,0 +1,56 @@
+// The window for finding and replacing in files: below the texts or floating, with the fields and switches of the find window and its
+// texts, and where to look. Only asks; FindFrame does it.
+#pragma once
+
+#include <QDockWidget>
+
+#include "script/FindTask.h"
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class frmMain;
+
+class frmFindInFiles : public QDockWidget {
+  Q_OBJECT
+ public:
+  explicit frmFindInFiles(frmMain& frame);
+
+  void open(const QString& root, bool replace);
+  void tell(const QString& text, bool bad = false);
+  void setRunning(bool on);
+  QString status() const;
+  QString replaceText() const;
+  bool preserveCase() const;
+  // What the fields ask for; false: something is missing or wrong, and it has been told.
+  bool readTask(FindTask* task);
+  bool inFileList() const;   // of a simulator, that is open instead of a folder
+
+ signals:
+  void findAsked();
+  void replaceAsked();
+  void cancelAsked();
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  void build();
+  void readState();
+  void writeState();
+  void updateButtons();
+  void browse();
+
+  frmMain& frame_;
+  QString root_;   // that the folder field proposes
+  bool running_ = false;
+  QComboBox *find_ = nullptr, *replace_ = nullptr, *where_ = nullptr, *folder_ = nullptr, *masks_ = nullptr;
+  QCheckBox *matchCase_ = nullptr, *wholeWord_ = nullptr, *regex_ = nullptr, *preserveCase_ = nullptr, *ignored_ = nullptr,
+            *hidden_ = nullptr, *all_ = nullptr;
+  QPushButton *findAll_ = nullptr, *replaceAll_ = nullptr, *browse_ = nullptr, *cancel_ = nullptr;
+  QLabel* status_ = nullptr;
+  QProgressBar* progress_ = nullptr;
+};

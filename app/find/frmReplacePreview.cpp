@@ -1,0 +1,185 @@
+#include "app/find/frmReplacePreview.h"
+
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include "base/FixedFont.h"
+#include "base/QStringBytes.h"
+#include "base/Strings.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int kShown = 600;             // characters of a line
+constexpr std::int64_t kOpened = 500;   // changes up to which all files are opened
+enum Column { place, before, after, columns };
+}   // namespace
+
+ReplaceModel::ReplaceModel(std::vector<folder::FilePlan> files, QString root, QObject* parent)
+    : QAbstractItemModel(parent), files_(std::move(files)), root_(std::move(root)) {
+  for (const auto& file : files_) {
+    count_.push_back(std::count_if(file.exchanges.begin(), file.exchanges.end(), [](const auto& e) { return e.ticked; }));
+    ticked_ += count_.back();
+  }
+}
+
+std::int64_t ReplaceModel::tickedFiles() const {
+  return std::count_if(count_.begin(), count_.end(), [](std::int64_t n) { return n > 0; });
+}
+
+// A change's index carries the number of its file from 1, that of a file 0.
+QModelIndex ReplaceModel::index(int row, int column, const QModelIndex& parent) const {
+  if (row < 0 || row >= rowCount(parent) || column < 0 || column >= columns) return {};
+  return createIndex(row, column, parent.isValid() ? quintptr(parent.row()) + 1 : quintptr(0));
+}
+
+QModelIndex ReplaceModel::parent(const QModelIndex& child) const {
+  return child.isValid() && child.internalId() > 0 ? createIndex(int(child.internalId() - 1), 0, quintptr(0)) : QModelIndex();
+}
+
+int ReplaceModel::rowCount(const QModelIndex& parent) const {
+  if (!parent.isValid()) return int(files_.size());
+  return parent.internalId() == 0 && parent.column() == 0 ? int(files_[std::size_t(parent.row())].exchanges.size()) : 0;
+}
+
+int ReplaceModel::columnCount(const QModelIndex&) const { return columns; }
+
+QVariant ReplaceModel::data(const QModelIndex& index, int role) const {
+  if (!index.isValid()) return {};
+  if (index.internalId() == 0) {
+    const folder::FilePlan& file = files_[std::size_t(index.row())];
+    const std::int64_t on = count_[std::size_t(index.row())], all = std::int64_t(file.exchanges.size());
+    if (role == Qt::CheckStateRole && index.column() == place)
+      return int(on == 0 ? Qt::Unchecked : on == all ? Qt::Checked : Qt::PartiallyChecked);
+    if (role != Qt::DisplayRole) return {};
+    QString path = toQString(file.path);
+    if (!root_.isEmpty() && path.startsWith(root_ + u'/')) path = path.mid(root_.size() + 1);
+    if (index.column() == place) return nameForDisplay(path, kShown);
+    if (index.column() == before)
+      return file.open ? tr("%L1 of %L2, in its window").arg(on).arg(all) : tr("%L1 of %L2").arg(on).arg(all);
+    return {};
+  }
+  const folder::Exchange& one = files_[std::size_t(index.internalId() - 1)].exchanges[std::size_t(index.row())];
+  if (role == Qt::CheckStateRole && index.column() == place) return int(one.ticked ? Qt::Checked : Qt::Unchecked);
+  if (role == Qt::FontRole && index.column() != place) return fixedFont();
+  if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
+  switch (index.column()) {
+    case place: return QString(QString::number(one.line) + u':' + QString::number(one.column));
+    case before: return plainForDisplay(toQString(one.lineNow), kShown);
+    default: return plainForDisplay(toQString(one.lineThen), kShown);
+  }
+}
+
+bool ReplaceModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+  if (!index.isValid() || role != Qt::CheckStateRole) return false;
+  const bool on = value.toInt() != Qt::Unchecked;
+  const bool whole = index.internalId() == 0;
+  const std::size_t at = whole ? std::size_t(index.row()) : std::size_t(index.internalId() - 1);
+  folder::FilePlan& file = files_[at];
+  const std::int64_t was = count_[at];
+  if (whole) {
+    for (auto& one : file.exchanges) one.ticked = on;
+    count_[at] = on ? std::int64_t(file.exchanges.size()) : 0;
+  } else {
+    bool& ticked = file.exchanges[std::size_t(index.row())].ticked;
+    count_[at] += int(on) - int(ticked);
+    ticked = on;
+  }
+  ticked_ += count_[at] - was;
+  const QModelIndex top = this->index(int(at), 0);
+  emit dataChanged(top, this->index(int(at), columns - 1));
+  if (const int rows = rowCount(top); rows > 0) emit dataChanged(this->index(0, 0, top), this->index(rows - 1, 0, top));
+  emit tickedChanged();
+  return true;
+}
+
+void ReplaceModel::tickAll(bool on) {
+  beginResetModel();
+  ticked_ = 0;
+  for (std::size_t i = 0; i < files_.size(); ++i) {
+    for (auto& one : files_[i].exchanges) one.ticked = on;
+    count_[i] = on ? std::int64_t(files_[i].exchanges.size()) : 0;
+    ticked_ += count_[i];
+  }
+  endResetModel();
+  emit tickedChanged();
+}
+
+Qt::ItemFlags ReplaceModel::flags(const QModelIndex& index) const {
+  Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+  if (index.column() == place) flags |= Qt::ItemIsUserCheckable;
+  return flags;
+}
+
+QVariant ReplaceModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (role != Qt::DisplayRole || orientation != Qt::Horizontal) return {};
+  return section == place ? tr("Place") : section == before ? tr("Now") : tr("Then");
+}
+
+frmReplacePreview::frmReplacePreview(std::vector<folder::FilePlan> files, const QString& root, const QString& about,
+                                     const QString& note, QWidget* parent)
+    : QDialog(parent),
+      model_(new ReplaceModel(std::move(files), root, this)),
+      tree_(new QTreeView(this)),
+      count_(new QLabel(this)) {
+  setObjectName(u"replacePreview"_s);
+  setWindowTitle(about);
+  setSizeGripEnabled(true);
+  tree_->setObjectName(u"changes"_s);
+  tree_->setModel(model_);
+  tree_->setUniformRowHeights(true);
+  tree_->setAlternatingRowColors(true);
+  tree_->header()->setStretchLastSection(true);
+  tree_->setColumnWidth(place, 230);
+  tree_->setColumnWidth(before, 330);
+  tree_->setAccessibleName(tr("Changes"));
+  std::int64_t changes = model_->ticked();
+  if (changes <= kOpened) tree_->expandAll();
+  tree_->setCurrentIndex(model_->index(0, 0));
+
+  auto* const layout = new QVBoxLayout(this);
+  if (!note.isEmpty()) {
+    auto* const left = new QLabel(note, this);
+    left->setObjectName(u"note"_s);
+    left->setTextFormat(Qt::PlainText);
+    left->setWordWrap(true);
+    layout->addWidget(left);
+  }
+  layout->addWidget(tree_, 1);
+  count_->setObjectName(u"count"_s);
+  count_->setTextFormat(Qt::PlainText);
+  layout->addWidget(count_);
+  auto* const buttons = new QDialogButtonBox(this);
+  replace_ = buttons->addButton(tr("&Replace"), QDialogButtonBox::AcceptRole);
+  replace_->setObjectName(u"replace"_s);
+  replace_->setDefault(true);
+  auto* const all = buttons->addButton(tr("&All"), QDialogButtonBox::ActionRole);
+  auto* const none = buttons->addButton(tr("&None"), QDialogButtonBox::ActionRole);
+  for (QPushButton* button : {all, none}) button->setAutoDefault(false);
+  buttons->addButton(QDialogButtonBox::Cancel);
+  layout->addWidget(buttons);
+  const auto tick = [this](bool on) {
+    const bool open = tree_->isExpanded(model_->index(0, 0));
+    model_->tickAll(on);
+    if (open && model_->rowCount() < kOpened) tree_->expandAll();
+  };
+  connect(all, &QPushButton::clicked, this, [tick] { tick(true); });
+  connect(none, &QPushButton::clicked, this, [tick] { tick(false); });
+  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  connect(model_, &ReplaceModel::tickedChanged, this, &frmReplacePreview::showCount);
+  showCount();
+  resize(900, 480);
+  tree_->setFocus();
+}
+
+void frmReplacePreview::showCount() {
+  count_->setText(tr("%L1 change(s) in %L2 file(s) are ticked").arg(model_->ticked()).arg(model_->tickedFiles()));
+  replace_->setEnabled(model_->ticked() > 0);
+}
+
+#include "moc_frmReplacePreview.cpp"

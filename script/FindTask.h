@@ -1,0 +1,38 @@
+// What a search in files looks for and where, as a value: made on the interface thread, used on another one.
+#pragma once
+
+#include <QList>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "folder/ReplaceInFiles.h"
+#include "folder/Walk.h"
+
+class frmDocument;
+
+struct FindTask {
+  enum class Where { folder, openDocuments, files };
+  Where where = Where::folder;
+  std::shared_ptr<const folder::FindText> what;
+  std::string root;                 // folder: searched; else what shown names are taken against; may be empty
+  folder::WalkOptions walk;         // folder
+  std::vector<std::string> files;   // files: whole names, in order
+  std::int64_t mostHits = 0;        // 0: all
+
+  struct Open {
+    std::string path;   // whole; of a document without a file its title
+    bool hasFile = false;
+    text::Snapshot text;
+  };
+  std::vector<Open> open;   // all texts that are open: they stand for their files
+
+  void addOpen(const QList<frmDocument*>& documents);
+  folder::FindRules rules() const;
+  // Hands the items out; on the searching thread. What could not be looked into goes to `report`.
+  void each(const std::function<bool(folder::FindItem)>& give, const text::SearchControl& control,
+            folder::WalkReport* report) const;
+  std::string shown(const std::string& path) const;   // below the root without it
+  // All changes that replacing would make; open texts come by their own names.
+  folder::ReplacePlanned plan(const folder::Replacing& by, text::SearchControl& control, folder::WalkReport* report) const;
+};

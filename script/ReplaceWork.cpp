@@ -1,0 +1,84 @@
+#include "script/ReplaceWork.h"
+
+#include <QCoreApplication>
+#include <memory>
+
+#include "base/FileNames.h"
+#include "base/LongWork.h"
+#include "base/Strings.h"
+#include "document/Frame.h"
+#include "document/frmDocument.h"
+
+namespace {
+QString tr(const char* text) { return QCoreApplication::translate("ReplaceWork", text); }
+constexpr int kLongestName = 300;
+}   // namespace
+
+std::string replaceRecords() { return fromQString(userStateFolder()) + "/replaced"; }
+
+QString namedTrouble(const std::string& path, const QString& why) {
+  return nameForDisplay(toQString(path), kLongestName) + QLatin1String(": ") + plainForDisplay(why, kLongestName);
+}
+
+frmDocument* openTextOf(const std::string& path) {
+  if (!frame()) return nullptr;
+  const QString name = toQString(path);
+  for (frmDocument* document : frame()->documents())
+    if ((document->DocumentHasName() ? document->CurrentFileName() : document->CurrentFileTitle()) == name) return document;
+  return nullptr;
+}
+
+Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const QString& about) {
+  struct Held {
+    std::vector<folder::FilePlan> files;
+    std::vector<folder::Outcome> outcomes;
+    std::string about, records, error;
+  };
+  Replaced replaced;
+  const auto held = std::make_shared<Held>();
+  std::int64_t bytes = 0;
+  for (auto& plan : plans) {
+    const std::vector<text::Edit> edits = plan.edits();
+    if (edits.empty()) continue;
+    if (!plan.open) {
+      bytes += plan.stamp.status.size;
+      held->files.push_back(std::move(plan));
+      continue;
+    }
+    const auto fail = [&](const QString& why) { replaced.troubles << namedTrouble(plan.path, why); };
+    frmDocument* const document = openTextOf(plan.path);
+    text::Document* const text = document ? &document->cmx->model()->document() : nullptr;
+    if (!text) fail(tr("It is not open any more"));
+    else if (text->readOnly()) fail(tr("It is read-only"));
+    else if (!text->snapshot().sameAs(plan.text) && !folder::fits(plan, text->snapshot()))
+      fail(tr("It has been changed since the search"));
+    else if (!text->apply(edits, document->cmx->editor().selection())) fail(tr("It could not be changed"));
+    else {
+      replaced.changes += std::int64_t(edits.size());
+      ++replaced.files;
+      replaced.open.push_back({document, text->revision()});
+    }
+  }
+  if (held->files.empty()) return replaced;
+  held->about = fromQString(about);
+  held->records = replaceRecords();
+  const auto work = [held](text::SearchControl& control) {
+    const auto record = folder::ReplaceRecord::begin(held->records, held->about, &held->error);
+    if (!record) return;
+    for (const auto& plan : held->files) {
+      if (control.cancel) held->outcomes.push_back({plan.path, 0, "Cancelled before it"});
+      else held->outcomes.push_back(folder::replaceInFile(plan, *record));
+      control.bytesDone += plan.stamp.status.size;
+    }
+    held->error = record->finish();
+  };
+  LongWork::run(asker, bytes, work, tr("Replacing..."), true);
+  for (const auto& outcome : held->outcomes) {
+    if (!outcome.trouble.empty()) replaced.troubles << namedTrouble(outcome.path, toQString(outcome.trouble));
+    replaced.changes += outcome.changes;
+    replaced.files += outcome.changes > 0;
+  }
+  if (held->outcomes.empty() && !held->error.empty())
+    replaced.troubles << tr("No file was changed, as their old texts could not be kept: %1").arg(toQString(held->error));
+  return replaced;
+}

@@ -1,0 +1,169 @@
+// Finding and replacing in files from the main frame: the list of results, the preview, and the way back.
+#include <QComboBox>
+#include <QLabel>
+#include <QTreeView>
+
+#include "app/find/FindFrame.h"
+#include "app/find/ResultList.h"
+#include "app/find/frmFindInFiles.h"
+#include "app/find/frmReplacePreview.h"
+#include "tests/app/ProcessFixture.h"
+#include "tests/support/files/TempFolder.h"
+
+namespace {
+
+class FindInFiles : public FrameFixture {
+ protected:
+  FindInFiles() { qputenv("XDG_STATE_HOME", state.path().toUtf8()); }
+  ~FindInFiles() override { stateBefore.isNull() ? qunsetenv("XDG_STATE_HOME") : qputenv("XDG_STATE_HOME", stateBefore); }
+
+  FindFrame& finder() { return FindFrame::of(*main); }
+  template <class Widget>
+  Widget* part(const char* name) {
+    return finder().window().findChild<Widget*>(q(name));
+  }
+  void fields(const char* find, const char* replace = "") {
+    trigger("mEditFindInFiles");
+    part<QComboBox>("filesFolder")->setEditText(dir.path());
+    part<QComboBox>("filesFindText")->setEditText(q(find));
+    part<QComboBox>("filesReplaceText")->setEditText(q(replace));
+  }
+  void findAll() {
+    part<QPushButton>("filesFindAll")->click();
+    ASSERT_TRUE(spinUntil([this] { return !finder().running(); }));
+  }
+  std::string list() { return text(*finder().list()->document()); }
+  static std::string text(const frmDocument& document) { return document.cmx->model()->snapshot().bytes(); }
+  // Where the active document's selection begins, as "name:line:column", lines and columns from 0.
+  std::string place() {
+    const CmRange at = main->activeDocument()->cmx->GetSel(true);
+    return fromQString(main->activeDocument()->CurrentFileTitle()) + ":" + std::to_string(at.StartLineNo) + ":" +
+           std::to_string(at.StartColNo);
+  }
+  // What is done in the preview, which then closes.
+  static void inPreview(std::function<void(frmReplacePreview&)> work) {
+    QTimer::singleShot(0, qApp, [work] {
+      auto* box = qobject_cast<frmReplacePreview*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr) << "there was no preview";
+      work(*box);
+    });
+  }
+  static void accept(frmReplacePreview& box) { box.findChild<QPushButton*>(q("replace"))->click(); }
+  void untick(frmReplacePreview& box, int file, int change) {
+    QAbstractItemModel* model = box.findChild<QTreeView*>()->model();
+    model->setData(model->index(change, 0, model->index(file, 0)), int(Qt::Unchecked), Qt::CheckStateRole);
+  }
+
+  QByteArray stateBefore = qgetenv("XDG_STATE_HOME");
+  QTemporaryDir state = memoryFolder();
+};
+
+}   // namespace
+
+TEST_F(FindInFiles, TheListLeadsToPlacesThatMoveWithTheText) {
+  write("b.v", "wire foo; // foo\n\nfoo\n");
+  frmDocument* open = this->open("a.v", "on disk: nothing\n");
+  open->cmx->setText(q("in the window: Foo\n"));
+  fields("foo");
+  findAll();
+  frmDocument* const results = finder().list()->document();
+  EXPECT_EQ(main->activeDocument(), results);
+  EXPECT_FALSE(results->DocumentModified());
+  EXPECT_EQ(list(),
+            "Find in files: foo\nFolder: " + dir.path().toStdString() +
+                "\n4 hit(s) in 2 file(s); 2 searched\n\na.v:1:16: in the window: Foo\nb.v:1:6: wire foo; // foo\nb.v:3:1: foo\n");
+  QStringList places;
+  for (const char* expected : {"a.v:0:15", "b.v:0:5", "b.v:0:13", "b.v:2:0"}) {
+    trigger("mnuViewNextMessage");
+    EXPECT_EQ(place(), expected);
+    EXPECT_EQ(main->activeDocument()->cmx->SelText().toLower(), q("foo"));
+  }
+  main->activeDocument()->cmx->InsertText(q("new\nlines\n"), {0, 0});
+  trigger("mnuViewPreviousMessage");
+  EXPECT_EQ(place(), "b.v:2:13");
+  trigger("mnuViewNextMessage");
+  EXPECT_EQ(place(), "b.v:4:0");
+
+  // Saved and opened again it is a list still; Return goes to the place of its line.
+  boxes.answerSave(path("found.txt"));
+  main->activate(results);
+  trigger("mnuFileSaveAs");
+  main->mnuFileClose_Click();
+  frmDocument* again = nullptr;
+  bool ok = false;
+  again = main->mainOpenFile(path("found.txt"), ok);
+  ASSERT_NE(ResultList::of(again), nullptr);
+  again->cmx->SetSel({4, 3, 4, 3, false});
+  EXPECT_TRUE(ResultList::of(again)->jump());
+  EXPECT_EQ(place(), "a.v:0:15");
+}
+
+// M1, M2
+TEST_F(FindInFiles, WhatIsTickedIsReplacedAndComesBack) {
+  const QString b = write("b.v", "foo foo\r\n"), c = write("c.v", "foo\n");
+  frmDocument* open = this->open("a.v", "foo\n");
+  fields("foo", "bar");
+  inPreview([&](frmReplacePreview& box) {
+    untick(box, 1, 0);
+    EXPECT_EQ(box.findChild<QLabel*>(q("count"))->text(), q("3 change(s) in 3 file(s) are ticked"));
+    write("c.v", "foo!\n");   // by another hand, meanwhile
+    accept(box);
+  });
+  boxes.answer(Answer::ok);
+  part<QPushButton>("filesReplace")->click();
+  EXPECT_TRUE(boxes.last().text.contains(c + q(": It has been changed since the search"))) << boxes.last().text.toStdString();
+  EXPECT_EQ(text(*open), "bar\n");
+  EXPECT_TRUE(open->DocumentModified());
+  EXPECT_EQ(read(path("a.v")), "foo\n");
+  EXPECT_EQ(read(b), "foo bar\r\n");
+  EXPECT_EQ(read(c), "foo!\n");
+  boxes.answer(Answer::ok);
+  trigger("mEditUndoReplaceInFiles");
+  EXPECT_EQ(text(*open), "foo\n");
+  EXPECT_EQ(read(b), "foo foo\r\n");
+
+  // Lines that were changed in the list go back to their files.
+  fields("foo");
+  findAll();
+  frmDocument* const results = finder().list()->document();
+  const std::string was = list();
+  results->cmx->setText(QString::fromStdString(was).replace(q("b.v:1:1: foo foo"), q("b.v:1:1: foo, foo")));
+  main->activate(results);
+  inPreview(accept);
+  trigger("mEditApplyEdited");
+  EXPECT_EQ(read(b), "foo, foo\r\n");
+  EXPECT_EQ(read(c), "foo!\n");
+}
+
+class FindInFilesFromTheCommandLine : public ProcessRun {};
+
+TEST_F(FindInFilesFromTheCommandLine, PrintsSortedLinesAndEndsAsGrepDoes) {
+  for (const char* folder : {"d", "d-e"}) QDir(dir_.path()).mkdir(q(folder));
+  write(q("d-e/x.v"), "a\xff foo\n");
+  write(q("d/a.v"), "no\r\n\xc3\xa9 foo Foo\r\n");
+  write(q("d/b.txt"), "foo\n");
+  write(q("d/.gitignore"), "b.txt\n");
+  struct Case {
+    QStringList arguments;
+    const char *output, *error;
+    int status;
+  };
+  for (const Case& c : {Case{{q("foo"), q("d"), q("d-e")}, "d-e/x.v:1:4: a\xc3\xbf foo\nd/a.v:2:3: \xc3\xa9 foo Foo\n", "", 0},
+                        Case{{q("Foo"), q("--case"), q("--mask=*.v")}, "d/a.v:2:7: \xc3\xa9 foo Foo\n", "", 0},
+                        Case{{q("o\\b\\s+F|^f"), q("--regex"), q("--case"), q("--ignored"), q("d/")},
+                             "d/a.v:2:5: \xc3\xa9 foo Foo\nd/b.txt:1:1: foo\n",
+                             "",
+                             0},
+                        Case{{q("fo"), q("--word"), q("d")}, "", "", 1},
+                        Case{{q("foo"), q("none"), q("d/b.txt")}, "d/b.txt:1:1: foo\n", "none: No such file or directory", 2},
+                        Case{{q("("), q("--regex")}, "", "Error in the expression", 2},
+                        Case{{q("foo"), q("--limit=0")}, "", "--limit needs a number above 0", 2}}) {
+    SCOPED_TRACE(c.arguments.join(u' ').toStdString());
+    QProcess& process = start(QStringList{q("--find")} + c.arguments);
+    ASSERT_TRUE(process.waitForFinished(kPatience));
+    EXPECT_EQ(process.readAllStandardOutput(), QByteArray(c.output));
+    const QByteArray error = process.readAllStandardError();
+    EXPECT_TRUE(*c.error ? error.contains(c.error) : error.isEmpty()) << error.toStdString();
+    EXPECT_EQ(process.exitCode(), c.status);
+  }
+}

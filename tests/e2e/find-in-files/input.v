@@ -1,0 +1,3 @@
+module one;
+  reg one_hot; // One
+endmodule
