@@ -17,6 +17,7 @@ QString GetFileExt(const QString& path);     // the part of the title behind the
 // Joins the parts with the platform's separator. A part that does not exist is looked up ignoring case.
 QString joinPath(const QString& folder, const QString& part);
 
+inline const QString kCrLf = QStringLiteral("\r\n");
 QString toCrLf(QString text);   // every CR LF, lone CR and lone LF becomes CR LF
 QStringList splitCrLf(
     const QString&

@@ -20,7 +20,7 @@ constexpr qint64 kChunk = 50000;   // lines replaced in one edit: limits the mem
 
 constexpr std::int64_t kIndentBytes = 1024;   // maximum length of the indentation of a line
 
-struct T {
+struct FormatTexts {
   Q_DECLARE_TR_FUNCTIONS(FormatText)
 };
 
@@ -62,7 +62,7 @@ void work(CodeMax& cmx, qint64 lines, const std::function<void(text::SearchContr
         step(control);
         isCancelled = control.cancel;
       },
-      T::tr("Formatting..."), true);
+      FormatTexts::tr("Formatting..."), true);
   if (isCancelled) throw Cancelled();
 }
 
@@ -258,14 +258,14 @@ bool caseMatters(const FormatChoices& choices, const clsLang* language) {
 FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices& choices) {
   FormatResult result;
   if (cmx.ReadOnly()) {
-    result.error = T::tr("The document is read-only.");
+    result.error = FormatTexts::tr("The document is read-only.");
     return result;
   }
   const bool tabsMatter = language && formatRules(*language).tabs, blanksMatter = language && blockWordsOf(*language).isEmpty();
   if (choices.tabs >= 1 && tabsMatter)
-    result.notes += T::tr("A tab is not the same as blanks in %1: the tabs stay.").arg(language->Name);
+    result.notes += FormatTexts::tr("A tab is not the same as blanks in %1: the tabs stay.").arg(language->Name);
   if (choices.indent >= 1 && blanksMatter)
-    result.notes += T::tr("%1 has no block words: the indentation stays.").arg(language->Name);
+    result.notes += FormatTexts::tr("%1 has no block words: the indentation stays.").arg(language->Name);
   const auto mayChange = [&](CaseTarget target) {
     const bool names = target == CaseTarget::mainText;
     return choices.changeCaseAnyway || !caseMatters({.mainCase = names, .keywordCase = !names}, language);
@@ -278,7 +278,7 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     std::optional<BusyGuard> busy;   // destroyed after the block, which sends the notification of the change
     const EditBlock block(cmx);
     if (choices.tabs >= 1 && !tabsMatter) {
-      show(T::tr("Processing Tabs"));
+      show(FormatTexts::tr("Processing Tabs"));
       const int blanks = choices.tabs - 1;
       const std::vector<bool> stay = standingLines(cmx, lines.end, language);
       if (choices.selectionOnly || blanks == 0 || std::find(stay.begin(), stay.end(), true) != stay.end())
@@ -287,23 +287,23 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
         });
       else ConvertTabstoSpaces(cmx, blanks);
     }
-    show(T::tr("Applying filter to main text"));
+    show(FormatTexts::tr("Applying filter to main text"));
     if (whole && choices.mainCase > 0 && language && mayChange(CaseTarget::mainText))
       whole = filterLetters(cmx, lines, CaseTarget::mainText, CaseMode(choices.mainCase), *language);
-    show(T::tr("Applying filter to keywords"));
+    show(FormatTexts::tr("Applying filter to keywords"));
     if (whole && choices.keywordCase > 0 && language && mayChange(CaseTarget::keywords))
       whole = filterLetters(cmx, lines, CaseTarget::keywords, CaseMode(choices.keywordCase), *language);
-    show(T::tr("Processing Indentations"));
+    show(FormatTexts::tr("Processing Indentations"));
     if (whole && choices.indent >= 1 && language && !blanksMatter) whole = reindent(cmx, lines, choices, *language);
     busy.emplace();
     if (!whole) cmx.model()->document().rollbackGroup();
     if (whole && (choices.lineEnds == 1 || choices.lineEnds == 2)) cmx.ConvertLineEnds(choices.lineEnds == 2);
   } catch (const Cancelled&) {
-    result.error = T::tr("Cancelled: nothing was changed.");
+    result.error = FormatTexts::tr("Cancelled: nothing was changed.");
     return result;
   }
   if (!whole) {
-    result.error = T::tr("The text would have lost more than white space and letter case; nothing was changed.");
+    result.error = FormatTexts::tr("The text would have lost more than white space and letter case; nothing was changed.");
     return result;
   }
   result.linesChanged = linesThatDiffer(before, cmx.model()->snapshot());

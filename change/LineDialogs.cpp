@@ -17,7 +17,7 @@
 
 namespace {
 
-struct T {
+struct DialogText {
   Q_DECLARE_TR_FUNCTIONS(LineDialogs)
 };
 
@@ -60,48 +60,50 @@ QSpinBox* number(int low, int high, int value) {
 
 bool LineDialogs::columnize(CodeMax& cmx, QWidget* parent) {
   const bool isBlock = cmx.GetSel(true).ColumnSel;
-  Fields dialog(T::tr("Columnize"), "frmColumnize", parent);
+  Fields dialog(DialogText::tr("Columnize"), "frmColumnize", parent);
   auto* delimiter = new QLineEdit(delimiter_);
   delimiter->selectAll();
-  dialog.form->addRow(T::tr("&Delimiter"), delimiter);
-  auto* groups = dialog.check(T::tr("Align groups between &blank lines separately"), columnize_.groupsApart);
-  auto* code = dialog.check(T::tr("Leave &strings and comments alone"), columnize_.codeOnly);
-  auto* block = dialog.check(T::tr("Only within the selected b&lock"), columnize_.withinBlock && isBlock);
+  dialog.form->addRow(DialogText::tr("&Delimiter"), delimiter);
+  auto* groups = dialog.check(DialogText::tr("Align groups between &blank lines separately"), columnize_.groupsApart);
+  auto* code = dialog.check(DialogText::tr("Leave &strings and comments alone"), columnize_.codeOnly);
+  auto* block = dialog.check(DialogText::tr("Only within the selected b&lock"), columnize_.withinBlock && isBlock);
   block->setEnabled(isBlock);
   if (!dialog.ask() || delimiter->text().isEmpty()) return false;
   columnize_ = {groups->isChecked(), code->isChecked(), block->isChecked()};
   delimiter_ = delimiter->text();
   const qint64 changed = Columnize(cmx, linesToColumnize(cmx), delimiter_, columnize_);
-  SetStatusText(T::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
+  SetStatusText(DialogText::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
   return true;
 }
 
 bool LineDialogs::insertSeries(CodeMax& cmx, QWidget* parent) {
-  Fields dialog(T::tr("Insert Number Series"), "frmSeries", parent);
+  Fields dialog(DialogText::tr("Insert Number Series"), "frmSeries", parent);
   auto* start = new QLineEdit(QString::number(series_.start));
   auto* step = new QLineEdit(QString::number(series_.step));
   auto* repeat = number(1, NumberSeries::kMostRepeats, series_.repeat);
   auto* base = new QComboBox;
-  for (const auto& [text, value] :
-       {std::pair{T::tr("Decimal"), 10}, {T::tr("Hexadecimal"), 16}, {T::tr("Binary"), 2}, {T::tr("Octal"), 8}})
+  for (const auto& [text, value] : {std::pair{DialogText::tr("Decimal"), 10},
+                                    {DialogText::tr("Hexadecimal"), 16},
+                                    {DialogText::tr("Binary"), 2},
+                                    {DialogText::tr("Octal"), 8}})
     base->addItem(text, value);
   base->setCurrentIndex(base->findData(series_.base));
   auto* width = number(0, 64, series_.width);
   auto* prefix = new QLineEdit(series_.prefix);
   prefix->setPlaceholderText(QStringLiteral("8'h"));
   auto* suffix = new QLineEdit(series_.suffix);
-  dialog.form->addRow(T::tr("&Start"), start);
-  dialog.form->addRow(T::tr("S&tep"), step);
-  dialog.form->addRow(T::tr("&Repeat each"), repeat);
-  dialog.form->addRow(T::tr("&Base"), base);
-  dialog.form->addRow(T::tr("&Width"), width);
-  dialog.form->addRow(T::tr("&Prefix"), prefix);
-  dialog.form->addRow(T::tr("Su&ffix"), suffix);
-  auto* zero = dialog.check(T::tr("Fill with &zeros"), series_.zeroFill);
-  auto* upper = dialog.check(T::tr("&Upper case digits"), series_.upperCase);
+  dialog.form->addRow(DialogText::tr("&Start"), start);
+  dialog.form->addRow(DialogText::tr("S&tep"), step);
+  dialog.form->addRow(DialogText::tr("&Repeat each"), repeat);
+  dialog.form->addRow(DialogText::tr("&Base"), base);
+  dialog.form->addRow(DialogText::tr("&Width"), width);
+  dialog.form->addRow(DialogText::tr("&Prefix"), prefix);
+  dialog.form->addRow(DialogText::tr("Su&ffix"), suffix);
+  auto* zero = dialog.check(DialogText::tr("Fill with &zeros"), series_.zeroFill);
+  auto* upper = dialog.check(DialogText::tr("&Upper case digits"), series_.upperCase);
   auto* example = new QLabel;
   example->setTextFormat(Qt::PlainText);
-  dialog.form->addRow(T::tr("Example"), example);
+  dialog.form->addRow(DialogText::tr("Example"), example);
   NumberSeries series;
   const auto read = [&] {
     bool startOk = false, stepOk = false;
@@ -118,7 +120,7 @@ bool LineDialogs::insertSeries(CodeMax& cmx, QWidget* parent) {
     for (int i = 0; i < 4; ++i) items << seriesItem(series, i);
     const bool good = startOk && stepOk;
     example->setText(good ? items.join(QStringLiteral("  ")) + QStringLiteral("  ...")
-                          : T::tr("Start and step are whole numbers (0x for hexadecimal)."));
+                          : DialogText::tr("Start and step are whole numbers (0x for hexadecimal)."));
     dialog.ok->setEnabled(good);
   };
   for (auto* edit : {start, step, prefix, suffix}) QObject::connect(edit, &QLineEdit::textChanged, &dialog, read);
@@ -129,19 +131,19 @@ bool LineDialogs::insertSeries(CodeMax& cmx, QWidget* parent) {
   if (!dialog.ask()) return false;
   series_ = series;
   const qint64 changed = InsertSeries(cmx, series);
-  SetStatusText(changed < 0 ? T::tr("The numbers become too large")
-                            : T::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
+  SetStatusText(changed < 0 ? DialogText::tr("The numbers become too large")
+                            : DialogText::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
   return true;
 }
 
 bool LineDialogs::sortLines(CodeMax& cmx, QWidget* parent) {
-  Fields dialog(T::tr("Sort Lines"), "frmSort", parent);
-  auto* descending = dialog.check(T::tr("&Descending"), sort_.descending);
-  auto* matchCase = dialog.check(T::tr("&Match case"), sort_.matchCase);
-  auto* numeric = dialog.check(T::tr("By the first &number of a line"), sort_.numeric);
-  auto* dropEqual = dialog.check(T::tr("D&rop equal lines"), sort_.dropEqual);
+  Fields dialog(DialogText::tr("Sort Lines"), "frmSort", parent);
+  auto* descending = dialog.check(DialogText::tr("&Descending"), sort_.descending);
+  auto* matchCase = dialog.check(DialogText::tr("&Match case"), sort_.matchCase);
+  auto* numeric = dialog.check(DialogText::tr("By the first &number of a line"), sort_.numeric);
+  auto* dropEqual = dialog.check(DialogText::tr("D&rop equal lines"), sort_.dropEqual);
   if (!dialog.ask()) return false;
   sort_ = {descending->isChecked(), matchCase->isChecked(), numeric->isChecked(), dropEqual->isChecked()};
-  SetStatusText(T::tr("%n line(s) changed", nullptr, static_cast<int>(SortLines(cmx, sort_))));
+  SetStatusText(DialogText::tr("%n line(s) changed", nullptr, static_cast<int>(SortLines(cmx, sort_))));
   return true;
 }

@@ -11,7 +11,7 @@
 
 namespace {
 
-struct T {
+struct ToolText {
   Q_DECLARE_TR_FUNCTIONS(LineTools)
 };
 
@@ -56,7 +56,7 @@ struct Row {
   std::string text;
 };
 
-struct Cancelled {};
+struct LinesCancelled {};
 
 void sortRows(LineWork& work, const SortOptions& options) {
   std::vector<Row> rows;
@@ -71,7 +71,7 @@ void sortRows(LineWork& work, const SortOptions& options) {
   sorted.reserve(rows.size());
   for (const Row& row : rows) sorted.push_back(&row);
   std::stable_sort(sorted.begin(), sorted.end(), [&](const Row* a, const Row* b) {
-    if (work.isCancelled()) throw Cancelled();
+    if (work.isCancelled()) throw LinesCancelled();
     if (options.descending) std::swap(a, b);
     return a->number != b->number ? a->number < b->number : a->key < b->key;
   });
@@ -92,10 +92,10 @@ void sortRows(LineWork& work, const SortOptions& options) {
 }   // namespace
 
 qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
-  return LineWork::run(cmx, withoutFinalEmpty(cmx, selectedLinesOrAll(cmx)), T::tr("Sorting..."), [&](LineWork& work) {
+  return LineWork::run(cmx, withoutFinalEmpty(cmx, selectedLinesOrAll(cmx)), ToolText::tr("Sorting..."), [&](LineWork& work) {
     try {
       sortRows(work, options);
-    } catch (const Cancelled&) {}
+    } catch (const LinesCancelled&) {}
   });
 }
 
@@ -112,7 +112,7 @@ qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString
     else by += c;
   }
   return LineWork::run(
-      cmx, lines, T::tr("Replacing..."),
+      cmx, lines, ToolText::tr("Replacing..."),
       [&](LineWork& work) {
         std::string why;
         for (std::string_view line; why.empty() && work.next(&line);) {
@@ -140,7 +140,7 @@ namespace {
 qint64 keepLines(CodeMax& cmx, const std::function<bool(std::string_view)>& keep) {
   const Lines lines = withoutFinalEmpty(cmx, selectedLinesOrAll(cmx));
   if (cmx.LineCount() == 1 && cmx.GetLineLength(0) == 0) return 0;   // an empty text has nothing to take
-  return LineWork::run(cmx, lines, T::tr("Looking at lines..."), [&](LineWork& work) {
+  return LineWork::run(cmx, lines, ToolText::tr("Looking at lines..."), [&](LineWork& work) {
     Lines gone{lines.first, lines.first};
     for (std::string_view line; work.next(&line);) {
       if (!keep(line)) {
@@ -166,7 +166,7 @@ qint64 RemoveBlankLines(CodeMax& cmx) {
 }
 
 qint64 TrimLineEnds(CodeMax& cmx) {
-  return LineWork::run(cmx, selectedLinesOrAll(cmx), T::tr("Trimming..."), [](LineWork& work) {
+  return LineWork::run(cmx, selectedLinesOrAll(cmx), ToolText::tr("Trimming..."), [](LineWork& work) {
     for (std::string_view line; work.next(&line);) {
       std::size_t end = line.size();
       while (end > 0 && isBlank(line[end - 1])) --end;
@@ -179,7 +179,7 @@ qint64 JoinLines(CodeMax& cmx) {
   Lines lines = cmx.editor().selectedLines();
   if (cmx.GetSel(true).IsEmpty()) lines.end = std::min(lines.first + 2, cmx.LineCount());   // with the line below
   if (lines.end - lines.first < 2) return 0;
-  const qint64 joined = LineWork::run(cmx, lines, T::tr("Joining..."), [](LineWork& work) {
+  const qint64 joined = LineWork::run(cmx, lines, ToolText::tr("Joining..."), [](LineWork& work) {
     // The end of the joined text, and whether it is empty.
     text::ByteOffset end = work.text().lineStart(text::LineNo(work.lines().first));
     bool isEmpty = true;
@@ -233,7 +233,7 @@ qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
                                                   range.IsEmpty() ? selection.caretVirtual : 0);
   const qint64 endCell = range.ColumnSel ? std::max(a, c) : startCell;
   qint64 behind = startCell;
-  const qint64 done = LineWork::run(cmx, lines, T::tr("Putting numbers in..."), [&](LineWork& work) {
+  const qint64 done = LineWork::run(cmx, lines, ToolText::tr("Putting numbers in..."), [&](LineWork& work) {
     for (std::string_view line; work.next(&line);) {
       const auto total = text::displayColumn(line, static_cast<std::int64_t>(line.size()), tabSize).value;
       const auto from = text::byteOfDisplay(line, text::DisplayColumn(startCell), tabSize),

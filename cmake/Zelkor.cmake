@@ -47,9 +47,11 @@ function(zelkor_precompile target header)
   endif()
 endfunction()
 
-# With ZELKOR_UNITY ten sources are compiled as one: names in unnamed namespaces must then differ within a floor.
+# With ZELKOR_UNITY ten sources are compiled as one: names in unnamed namespaces must then differ within a floor. Sources of the
+# engine, which read no large headers, and those of app/start, which share such names, stay by themselves.
 function(zelkor_unity target)
-  if(ZELKOR_UNITY)
+  if(ZELKOR_UNITY AND NOT target STREQUAL "zelkor_text")
+    set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 10)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")   # a class of a source may hold types of that source's unnamed namespace
       target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
@@ -73,7 +75,9 @@ function(zelkor_floor name)
     endif()
   endforeach()
   target_link_libraries(zelkor_${name} PUBLIC ${F_LIBS} PRIVATE zelkor_flags)
-  zelkor_unity(zelkor_${name})
+  set(apart ${sources})
+  list(FILTER apart INCLUDE REGEX "/app/start/")
+  zelkor_unity(zelkor_${name} ${apart})
   if(name STREQUAL "text")
     set_target_properties(zelkor_text PROPERTIES AUTOMOC OFF AUTORCC OFF)
     zelkor_precompile(zelkor_text PrecompiledStd.h)

@@ -9,7 +9,7 @@
 #include "text/file/FileIo.h"
 
 namespace {
-struct InForce {
+struct FrameInForce {
   Frame* frame = nullptr;
 };
 }   // namespace
@@ -31,5 +31,5 @@ frmDocument* documentOn(Frame& frame, const QString& path) {
   return found == open.end() ? nullptr : *found;
 }
 
-Frame* frame() { return Workspace::current().part<InForce>().frame; }
-void setFrame(Frame* frame) { Workspace::current().part<InForce>().frame = frame; }
+Frame* frame() { return Workspace::current().part<FrameInForce>().frame; }
+void setFrame(Frame* frame) { Workspace::current().part<FrameInForce>().frame = frame; }

@@ -7,10 +7,10 @@
 #include "language/ucCM.h"
 
 namespace {
-struct InForce {
+struct LanguagesInForce {
   ucCM* manager = nullptr;
 };
-InForce& inForce() { return Workspace::current().part<InForce>(); }
+LanguagesInForce& inForce() { return Workspace::current().part<LanguagesInForce>(); }
 }   // namespace
 
 ucCM& languages() { return inForce().manager ? *inForce().manager : frmRegistry::instance().ucCM1(); }

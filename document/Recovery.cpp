@@ -8,10 +8,10 @@
 #include "base/Workspace.h"
 
 namespace {
-struct InForce {
+struct RecoveryInForce {
   RecoverySession* session = nullptr;
 };
-RecoverySession*& session() { return Workspace::current().part<InForce>().session; }
+RecoverySession*& session() { return Workspace::current().part<RecoveryInForce>().session; }
 }   // namespace
 
 RecoverySession* RecoverySession::current() { return session(); }

@@ -7,7 +7,7 @@
 namespace folder {
 namespace {
 
-constexpr std::size_t kNone = std::string_view::npos;
+constexpr std::size_t kNoPlace = std::string_view::npos;
 
 unsigned char lower(unsigned char c) { return c >= 'A' && c <= 'Z' ? static_cast<unsigned char>(c + 32) : c; }
 unsigned char upper(unsigned char c) { return c >= 'a' && c <= 'z' ? static_cast<unsigned char>(c - 32) : c; }
@@ -62,7 +62,7 @@ bool inSet(std::string_view pattern, std::size_t* at, unsigned char c, bool fold
       member = 0;
     } else if (member == '[' && i + 1 < pattern.size() && pattern[i + 1] == ':') {
       const std::size_t end = pattern.find(']', i + 2);
-      if (end == kNone) return false;
+      if (end == kNoPlace) return false;
       if (end < i + 3 || pattern[end - 1] != ':') {   // no class: "[" itself
         range('[', '[');
       } else {
@@ -101,7 +101,7 @@ bool oneFits(std::string_view pattern, std::size_t* at, unsigned char c, bool fo
 
 std::size_t literalLength(std::string_view pattern) {
   const std::size_t end = pattern.find_first_of("*?[\\");
-  return end == kNone ? pattern.size() : end;
+  return end == kNoPlace ? pattern.size() : end;
 }
 
 // A star that failed takes one byte more and what is behind it is tried again; only the last "*" and the last "**" need that,
@@ -109,15 +109,15 @@ std::size_t literalLength(std::string_view pattern) {
 bool globMatches(std::string_view pattern, std::string_view name, bool foldCase) {
   const std::size_t literal = literalLength(pattern);
   std::size_t p = 0, n = 0;
-  std::size_t star = kNone, starAt = 0;   // pattern behind the last "*", and where in the name it ends
-  std::size_t deep = kNone, deepAt = 0;   // the same for "**/"
+  std::size_t star = kNoPlace, starAt = 0;   // pattern behind the last "*", and where in the name it ends
+  std::size_t deep = kNoPlace, deepAt = 0;   // the same for "**/"
   for (;;) {
     bool fits = false;
     if (p == pattern.size()) {
       if (n == name.size()) return true;
     } else if (pattern[p] == '*') {
       std::size_t end = pattern.find_first_not_of('*', p);
-      if (end == kNone) end = pattern.size();
+      if (end == kNoPlace) end = pattern.size();
       const std::string_view rest = pattern.substr(end);
       // Version control lets "**" count as a part of its own behind plain text too ("foo**/bar").
       const bool whole = end - p >= 2 && (p == literal || pattern[p - 1] == '/');
@@ -125,7 +125,7 @@ bool globMatches(std::string_view pattern, std::string_view name, bool foldCase)
       if (whole && (rest.starts_with('/') || rest.starts_with("\\/"))) {
         deep = end + (rest[0] == '/' ? 1 : 2);
         deepAt = n;
-        star = kNone;
+        star = kNoPlace;
         p = deep;
         fits = rest[0] == '/';   // "\/" is a slash that must be there
       } else {
@@ -138,13 +138,13 @@ bool globMatches(std::string_view pattern, std::string_view name, bool foldCase)
       fits = true;
     }
     if (fits) continue;
-    if (star != kNone && starAt < name.size() && name[starAt] != '/') {
+    if (star != kNoPlace && starAt < name.size() && name[starAt] != '/') {
       p = star;
       n = ++starAt;
-    } else if (deep != kNone) {
+    } else if (deep != kNoPlace) {
       const std::size_t slash = name.find('/', deepAt);
-      if (slash == kNone) return false;
-      star = kNone;
+      if (slash == kNoPlace) return false;
+      star = kNoPlace;
       p = deep;
       n = deepAt = slash + 1;
     } else {

@@ -15,7 +15,6 @@
 
 namespace {
 
-const QString kCrLf = QStringLiteral("\r\n");
 const QString kField = QStringLiteral("$$");
 
 bool holds(const QString& list, const QString& word) { return (kCrLf + list).contains(kCrLf + word + kCrLf, Qt::CaseInsensitive); }

@@ -9,7 +9,6 @@ namespace definition {
 
 namespace {
 
-const QString kCrLf = QStringLiteral("\r\n");
 const QLatin1String kLanguage(kLanguageMark), kDescription(kDescriptionMark), kCaseSensitive("Case Sensitive"), kForeign("Foreign");
 
 // Written even when it is empty.

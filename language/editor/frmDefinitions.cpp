@@ -25,7 +25,6 @@
 namespace {
 
 constexpr int kShownWarnings = 4;
-const QLatin1String kCrLf("\r\n");
 
 // Tool tips and window titles interpret some texts; names of languages and items are shown literally.
 QString toolTipOf(const QString& text) {
