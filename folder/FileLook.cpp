@@ -24,7 +24,10 @@ Skipped kindOf(int error) {
     case EPERM: return Skipped::noRights;
     case ENOENT:
     case ENOTDIR:
-    case ESTALE: return Skipped::vanished;
+#ifdef ESTALE
+    case ESTALE:
+#endif
+      return Skipped::vanished;
     case ENXIO:
     case ENODEV:
     case EISDIR: return Skipped::notRegular;

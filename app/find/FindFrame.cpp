@@ -1,5 +1,7 @@
 #include "app/find/FindFrame.h"
 
+#include <algorithm>
+
 #include "app/find/FindRun.h"
 #include "app/find/ResultList.h"
 #include "app/find/frmFindInFiles.h"

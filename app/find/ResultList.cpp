@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <algorithm>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -135,7 +136,8 @@ std::optional<ResultList::Row> ResultList::rowAt(const text::Snapshot& text, Lin
   const auto row = folder::rowOf(whole);
   if (!row) return std::nullopt;
   std::string path = folder::pathOfShown(row->path);
-  if (!path.starts_with('/') && !root_.empty()) path = root_ + (root_.ends_with('/') ? "" : "/") + path;
+  const bool isWhole = path.starts_with('/') || path.substr(1, 1) == ":";
+  if (!isWhole && !root_.empty()) path = root_ + (root_.ends_with('/') ? "" : "/") + path;
   return Row{std::move(path), row->line, row->column, std::string(row->text)};
 }
 

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "base/FixedFont.h"
 #include "base/QStringBytes.h"
