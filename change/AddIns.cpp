@@ -40,9 +40,9 @@ struct Growing {
   }
 };
 
-void align(std::vector<Growing>& lines, const QString& delimiter, const std::function<bool()>& isCancelled = {}) {
+void align(std::vector<Growing>& lines, const QString& delimiter, const std::function<bool()>& isCancelled) {
   std::vector<qsizetype> found(lines.size());
-  for (qsizetype column = 1; !isCancelled || !isCancelled();) {
+  for (qsizetype column = 1; !isCancelled();) {
     qsizetype greatest = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
       auto& line = lines[i];
@@ -76,22 +76,6 @@ std::vector<bool> codeOnlyMask(const text::Highlighter& highlighter, const QStri
   }
   return mask;
 }
-
-}   // namespace
-
-int alignColumns(QStringList& lines, const QString& delimiter) {
-  if (delimiter.isEmpty()) return 0;
-  std::vector<Growing> growing(static_cast<std::size_t>(lines.size()));
-  for (std::size_t i = 0; i < growing.size(); ++i) growing[i].rest = lines[static_cast<qsizetype>(i)];
-  align(growing, delimiter);
-  QStringList fresh;
-  fresh.reserve(lines.size());
-  for (auto& line : growing) fresh.push_back(line.text());
-  lines = std::move(fresh);
-  return 0;
-}
-
-namespace {
 
 // The lines of the work, aligned; empty when it was cancelled.
 std::vector<Growing> alignedLines(LineWork& work, const QStringList& lines, const CmRange& range, const QString& delimiter,

@@ -14,11 +14,8 @@ struct ColumnizeOptions {
 
 // Asks for the delimiter ("Please input the column delimiter") and aligns the selected lines. The answer; empty: nothing was done.
 QString Columnize(CodeMax& cmx);
-// Aligns the lines; one undo step. Lines that change keep their bookmarks. Returns the number of lines changed.
+// Column after column: the delimiter's position, counted in characters, becomes the greatest one of all lines; the search goes on one
+// character behind the aligned place. One undo step. Lines that change keep their bookmarks. Returns the number of lines changed.
 qint64 Columnize(CodeMax& cmx, LineRange lines, const QString& delimiter, const ColumnizeOptions& options = {});
 // The lines of the selection, the last one too when the selection ends at its start; without a selection the caret's line.
 LineRange linesToColumnize(CodeMax& cmx);
-
-// The alignment itself. Column after column: the delimiter's position, counted in characters, becomes the greatest one of all lines; the
-// search goes on one character behind the aligned place. Returns the last column found, always 0.
-int alignColumns(QStringList& lines, const QString& delimiter);

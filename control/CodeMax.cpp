@@ -165,8 +165,6 @@ void CodeMax::setFileFormat(const text::FileFormat& format) {
   model.setModified(true);
 }
 
-const std::optional<text::FileStamp>& CodeMax::fileStamp() const { return impl_->state.model->stamp; }
-
 // --- Text -----------------------------------------------------------------------------------------------------------------------
 
 QString CodeMax::Text() const {
@@ -252,28 +250,6 @@ void CodeMax::InsertText(const QString& text, CmPosition at) {
   if (!editor.hasSelection() && editor.selection().caret == place) ReplaceSel(text);
   else impl_->apply({{{place, place}, impl_->incoming(text, impl_->snapshot().lineAt(place))}});
 }
-
-void CodeMax::DeleteLine(qint64 line) {
-  const text::Snapshot text = impl_->snapshot();
-  if (line < 0 || line >= text.lineCount()) return;
-  const LineNo number(line);
-  ByteRange range{text.lineStart(number), text.lineEndWithBreak(number)};
-  if (line + 1 == text.lineCount() && line > 0)
-    range.begin = text.lineEnd(number - 1);   // the last line is removed with the break before it
-  impl_->apply({{range, {}}});
-}
-
-void CodeMax::InsertLine(qint64 line, const QString& text) {
-  const text::Snapshot now = impl_->snapshot();
-  line = std::clamp<qint64>(line, 0, now.lineCount());
-  const bool behind = line == now.lineCount();
-  const ByteOffset at = behind ? now.size() : now.lineStart(LineNo(line));
-  const LineNo neighbour(std::max<qint64>(0, line - 1));
-  const std::string lineBreak = impl_->state.model->newLineFor(neighbour), bytes = impl_->incoming(text, neighbour);
-  impl_->apply({{{at, at}, behind ? lineBreak + bytes : bytes + lineBreak}});
-}
-
-void CodeMax::ReplaceLine(qint64 line, const QString& text) { ReplaceLines(line, {text}); }
 
 void CodeMax::ReplaceLines(qint64 first, const QStringList& lines) {
   const text::Snapshot now = impl_->snapshot();

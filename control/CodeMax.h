@@ -31,7 +31,6 @@ class CodeMax : public QWidget {
   text::SaveResult SaveFile(const QString& path, bool guardAgainstOthers = true);
   text::FileFormat fileFormat() const;
   void setFileFormat(const text::FileFormat& format);   // for the next save; counts as a modification
-  const std::optional<text::FileStamp>& fileStamp() const;
 
   // Text. Text() joins the lines with CR LF if EnableCRLF, else with LF.
   QString Text() const;
@@ -41,10 +40,8 @@ class CodeMax : public QWidget {
   QString GetLine(qint64 line) const;   // without terminator; empty out of range
   qint64 GetLineLength(qint64 line) const;
   void InsertText(const QString& text, CmPosition at);
-  void DeleteLine(qint64 line);
-  void InsertLine(qint64 line, const QString& text);
-  void ReplaceLine(qint64 line, const QString& text);   // keeps the line break, bookmarks and selection
-  // Replaces the texts of the lines [first, first + lines.size()) in one undo step; costs only what differs.
+  // Replaces the texts of the lines [first, first + lines.size()) in one undo step; costs only what differs. Line breaks, bookmarks and
+  // the selection stay.
   void ReplaceLines(qint64 first, const QStringList& lines);
   void ReplaceText(const QString& text, const CmRange& range);
   void ReplaceSel(const QString& text);

@@ -74,6 +74,5 @@ void RemoveLanguages() {
   registered().names.clear();
 }
 
-const QStringList& RegisteredLanguages() { return registered().names; }
 int RegisteredLanguageCount() { return registered().count; }
 void LowerRegisteredLanguageCount() { --registered().count; }

@@ -20,7 +20,6 @@ void AddLanguages(const colLangs& languages);
 // Unregisters what AddLanguages registered.
 void RemoveLanguages();
 
-const QStringList& RegisteredLanguages();
 // The number of registered languages. It is lowered when pasting replaces a language.
 int RegisteredLanguageCount();
 void LowerRegisteredLanguageCount();

@@ -1,7 +1,7 @@
 // The page-layout control: takes text and styles, breaks lines and pages, and keeps the pages as plain data (PrintPages.h).
 //
-// All lengths are points. The next text goes to the print position: CurrentX counts from the left edge of the sheet, CurrentY from
-// its top to the top of the line.
+// All lengths are points. The next text goes to the print position: CurrentX counts from the left edge of the sheet, its height from the
+// top of the sheet to the top of the line.
 #pragma once
 
 #include <QHash>
@@ -23,13 +23,11 @@ class VSPrinter : public QObject {
 
   void StartDoc();   // deletes the pages of the last document
   void EndDoc();
-  bool inDocument() const { return inDocument_; }
   void setDocName(const QString& name) { document_.name = name; }
   // "%d" is the page number, "%n" the number of pages. Set both before StartDoc: if a margin is too low for its text, the body
   // shrinks.
   void setHeader(const PrintEdge& header) { document_.header = header; }
   void setFooter(const PrintEdge& footer) { document_.footer = footer; }
-  void setEdgeFont(const QFont& font) { document_.edgeFont = font; }
 
   // Style of the following text.
   QFont Font() const { return font_; }
@@ -46,7 +44,6 @@ class VSPrinter : public QObject {
   void setIndentLeft(double points) { indentLeft_ = points; }
   double IndentFirst() const { return indentFirst_; }
   void setIndentFirst(double points) { indentFirst_ = points; }
-  double IndentTab() const { return indentTab_; }
   void setIndentTab(double points) { indentTab_ = points; }   // distance of the tab stops in Print
 
   double MarginLeft() const;   // of the present column
@@ -56,8 +53,7 @@ class VSPrinter : public QObject {
   }
   void setCurrentX(double x);                     // like a blank: the line may break there
   void setWrapMark(bool on) { wrapMark_ = on; }   // a small arrow where a line wraps
-  double CurrentY() const { return y_; }
-  double TextWidth(const QString& text);   // in the present style
+  double TextWidth(const QString& text);          // in the present style
   double LineHeight();
 
   // Prints text at the print position. CR LF or LF ends the paragraph. Lines break at blanks and tabs that text follows, else

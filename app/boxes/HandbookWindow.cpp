@@ -118,14 +118,6 @@ bool HandbookWindow::showPage(const QString& file, const QString& heading) {
   return found;
 }
 
-QString HandbookWindow::headingInSight() const {
-  QString last;
-  eachHeading(*text_->document(), [&](const QTextBlock& block, int) {
-    if (text_->cursorRect(QTextCursor(block)).top() <= 4) last = headingLink(block.text());
-  });
-  return last;
-}
-
 void HandbookWindow::follow(const QString& link) {
   const QString file = link.section(u'#', 0, 0), heading = link.section(u'#', 1);
   if (link.contains(QLatin1String("://"))) dialogs().openUrl(link);

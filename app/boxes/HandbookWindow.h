@@ -16,7 +16,6 @@ class HandbookWindow : public QWidget {
   // no such page.
   bool showPage(const QString& file, const QString& heading = {});
   QString page() const { return page_; }
-  QString headingInSight() const;   // the last heading at or above the upper edge
 
  private:
   void follow(const QString& link);

@@ -88,7 +88,6 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void fillEncodings(QMenu& menu);
   void fillLineEnds(QMenu& menu);
   void fillKeyMacros(QMenu& menu);
-  void setTabs(bool on);
   void goToLine();
   void editorOptions();
   void playKeystrokesTimes();   // asks how often

@@ -190,8 +190,6 @@ void frmMain::nextWindow(int step) {
   if (at >= 0) activate(order[(at + step + order.size()) % order.size()]);
 }
 
-void frmMain::setTabs(bool on) { tabs_->setVisible(on); }
-
 void frmMain::fillWindowList(QMenu& menu) {
   menu.addSeparator();
   int number = 0;

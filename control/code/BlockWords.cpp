@@ -3,30 +3,9 @@
 #include <algorithm>
 
 namespace {
-const QString kBreak = QStringLiteral("\r\n");
 constexpr qsizetype kMostKnown = 10000;   // size of the cache
-
-// The search itself; `listed` says whether an entry is in the list.
-template <class Listed>
-bool search(const QString& word, const Listed& listed, BlockWordFlags& flags) {
-  flags = {};
-  if (listed(word)) return true;
-  if (listed(word + u'*')) {
-    flags.doubleIndent = true;
-    return true;
-  }
-  flags.tilde = listed(word + u'~');
-  return false;
-}
 }   // namespace
 
-bool searchWordList(const QString& word, const QString& list, BlockWordFlags& flags) {
-  const QString text = list + kBreak;
-  return search(
-      word, [&](const QString& entry) { return text.contains(kBreak + entry + kBreak, Qt::CaseInsensitive); }, flags);
-}
-
-// A stored list has no line break before its first entry; this adds one, so that each entry is found.
 BlockWords::BlockWords(const QString& startList, const QString& endList, const QString& middleList, bool caseSensitive)
     : caseSensitive_(caseSensitive), start_(entriesOf(startList)), end_(entriesOf(endList)), middle_(entriesOf(middleList)) {}
 
@@ -45,16 +24,14 @@ BlockWords::Entry BlockWords::classify(const QString& word) const {
   if (word.isEmpty()) return {};
   if (const auto found = known_.constFind(word); found != known_.constEnd()) return *found;
   Entry entry;
-  BlockWordFlags flags;
   const QString asked = folded(word);
-  const auto in = [](const QSet<QString>& list) { return [&list](const QString& text) { return list.contains(text); }; };
-  if (search(asked, in(end_), flags)) {
+  if (end_.contains(asked) || end_.contains(asked + u'*')) {
     entry.kind = BlockClass::end;
-  } else if (search(asked, in(start_), flags)) {
+  } else if (start_.contains(asked) || start_.contains(asked + u'*')) {
     entry.kind = BlockClass::start;
-    entry.doubleIndent = flags.doubleIndent;
+    entry.doubleIndent = !start_.contains(asked);
   } else {
-    entry.opensNothing = flags.tilde;
+    entry.opensNothing = start_.contains(asked + u'~');
     if (middle_.contains(asked)) entry.kind = BlockClass::middle;
   }
   entry.needsIs = start_.contains(asked + u'-');

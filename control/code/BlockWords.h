@@ -11,15 +11,6 @@
 #include <QSet>
 #include <QString>
 
-struct BlockWordFlags {
-  bool doubleIndent = false;   // matched as word*
-  bool tilde = false;          // matched as word~
-};
-
-// True when the list contains the word, plain or with "*". Clears both flags first. Ignores letter case. The first entry is found
-// only if a line break (CR LF) stands before it (classify passes such a list).
-bool searchWordList(const QString& word, const QString& list, BlockWordFlags& flags);
-
 enum class BlockClass { start = 0, end = 1, middle = 2, none = 3 };
 
 // To be used on one thread only.

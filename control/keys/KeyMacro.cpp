@@ -155,10 +155,6 @@ void KeyMacros::toggleRecording() {
   tell(QCoreApplication::translate("KeyMacros", "Recorded as \"%1\"").arg(current_));
 }
 
-void KeyMacros::cancelRecording() {
-  if (std::exchange(recording_, false)) tell({});
-}
-
 void KeyMacros::tell(const QString& what) const {
   if (onRecording) onRecording(what);
 }

@@ -39,8 +39,7 @@ class KeyMacros {
 
   // Recording. Editors note everything that the user does; for find commands also the find text and the switches.
   bool recording() const { return recording_; }
-  void toggleRecording();   // the recorded macro is stored as "Macro 1", "Macro 2" ...
-  void cancelRecording();
+  void toggleRecording();                                  // the recorded macro is stored as "Macro 1", "Macro 2" ...
   std::function<void(const QString& tells)> onRecording;   // it began or ended, and what became of it in the user's words
   std::function<void()> onRecorded;                        // a macro was recorded and kept
   void noteCommand(Editor& editor, int id, const QVariant& argument);

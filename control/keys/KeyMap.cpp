@@ -145,11 +145,6 @@ QList<QKeySequence> KeyMap::conflicts(const QKeySequence& keys) const {
   return found;
 }
 
-bool KeyMap::isDefault(const QKeySequence& keys) const {
-  const Strokes strokes = strokesOf(keys);
-  return actions_.value(strokes) == defaults().value(strokes);
-}
-
 void KeyMap::restoreDefaults() {
   const QHash<Strokes, KeyAction> old = std::exchange(actions_, {});
   firsts_.clear();

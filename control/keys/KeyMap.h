@@ -51,7 +51,6 @@ class KeyMap {
   bool bind(const QKeySequence& keys, const KeyAction& action);
   // Conflicts of these keys: their binding, bindings of longer sequences that begin with them, and of their first stroke.
   QList<QKeySequence> conflicts(const QKeySequence& keys) const;
-  bool isDefault(const QKeySequence& keys) const;   // has its default binding
 
   void restoreDefaults();   // macros keep their keys unless they are default keys
 

@@ -32,13 +32,8 @@ TEST_F(CodeMaxMembers, EachChangeIsOneUndoStep) {
       {"InsertText before", [](CodeMax& c) { c.InsertText(q("X"), {0, 2}); }, "alXpha\nbe@ta|\r\ngamma"},
       {"InsertText with breaks takes those of the line", [](CodeMax& c) { c.InsertText(q("X\nY"), {1, 0}); }, "alpha\nX\r\nYbe@ta|\r\ngamma"},
       {"InsertText past the end", [](CodeMax& c) { c.InsertText(q("!"), {99, 0}); }, "alpha\nbe@ta|\r\ngamma!"},
-      {"DeleteLine", [](CodeMax& c) { c.DeleteLine(0); }, "be@ta|\r\ngamma"},
-      {"DeleteLine of the last", [](CodeMax& c) { c.DeleteLine(2); }, "alpha\nbe@ta|"},
-      {"DeleteLine out of range", [](CodeMax& c) { c.DeleteLine(3); }, "alpha\nbe@ta|\r\ngamma"},
-      {"InsertLine", [](CodeMax& c) { c.InsertLine(1, q("new")); }, "alpha\nnew\nbe@ta|\r\ngamma"},
-      {"InsertLine behind all", [](CodeMax& c) { c.InsertLine(3, q("new")); }, "alpha\nbe@ta|\r\ngamma\r\nnew"},
-      {"ReplaceLine keeps break and selection", [](CodeMax& c) { c.ReplaceLine(1, q("xxbeta")); }, "alpha\nxxbe@ta|\r\ngamma"},
-      {"ReplaceLine with two lines", [](CodeMax& c) { c.ReplaceLine(0, q("a\nb")); }, "a\nb\nbe@ta|\r\ngamma"},
+      {"ReplaceLines keeps break and selection", [](CodeMax& c) { c.ReplaceLines(1, {q("xxbeta")}); }, "alpha\nxxbe@ta|\r\ngamma"},
+      {"ReplaceLines with two lines", [](CodeMax& c) { c.ReplaceLines(0, {q("a\nb")}); }, "a\nb\nbe@ta|\r\ngamma"},
       {"ReplaceLines", [](CodeMax& c) { c.ReplaceLines(0, {q("alpha!"), q("beta"), q("Gamma"), q("none")}); }, "alpha!\nbe@ta|\r\nGamma"},
       {"ReplaceText", [](CodeMax& c) { c.ReplaceText(q("Z"), {0, 1, 1, 1, false}); }, "aZ|eta\r\ngamma"},
       {"ReplaceSel", [](CodeMax& c) { c.ReplaceSel(q("Z")); }, "alpha\nbeZ|\r\ngamma"},
@@ -113,7 +108,7 @@ TEST_F(CodeMaxMembers, TwoControlsOnOneText) {
   typeText(q("XY"));
   EXPECT_EQ(second.GetLine(2), q("line XYthree"));
   EXPECT_EQ(second.GetSel(true), (CmRange{1, 0, 1, 4, false})) << "its own selection";
-  control.InsertLine(0, q("top"));
+  control.InsertText(q("top\n"), {0, 0});
   EXPECT_EQ(second.GetSel(true), (CmRange{2, 0, 2, 4, false})) << "which stays with its text";
   second.ExecuteCmd(Cmd::UNDO);
   second.ExecuteCmd(Cmd::UNDO);

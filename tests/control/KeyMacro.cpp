@@ -16,8 +16,7 @@ QKeySequence keys(const char* text) { return QKeySequence(QString::fromLatin1(te
 class KeyMacroTest : public testing::Test {
  protected:
   void TearDown() override {
-    keyMacros().cancelRecording();
-    keyMacros().fromText({});
+    keyMacros() = {};
     keyMap().restoreDefaults();
     searchState() = {};
   }

@@ -57,7 +57,6 @@ TEST(KeyMap, BindsUnbindsAndTellsConflicts) {
   KeyMap map;
   const KeyAction undo{idOf("UNDO"), {}};
   EXPECT_TRUE(map.bind(keys("Ctrl+Q"), undo));
-  EXPECT_FALSE(map.isDefault(keys("Ctrl+Q")));
   EXPECT_TRUE(map.keysOf(undo).contains(keys("Ctrl+Q")));
   EXPECT_FALSE(map.bind({}, undo));
   EXPECT_FALSE(map.bind(keys("Ctrl+A, B, C"), undo));
@@ -67,7 +66,6 @@ TEST(KeyMap, BindsUnbindsAndTellsConflicts) {
 
   map.bind(keys("Ctrl+Q"), {});
   EXPECT_TRUE(map.actionOf(keys("Ctrl+Q")).isNone());
-  EXPECT_TRUE(map.isDefault(keys("Ctrl+Q")));
   // A prefix whose last sequence goes is a key like any other.
   map.bind(keys("Ctrl+J, A"), undo);
   map.bind(keys("Ctrl+J, A"), {});

@@ -39,7 +39,7 @@ TEST(Log, StreamsBeginTheirOwnLines) {
   log.cmx->InsertText(u"new\r\nlines\r\n"_s, {1, 0});   // lines of later hand have none, the others keep theirs
   EXPECT_EQ(log.streamOf(0), Stream::text);
   EXPECT_EQ(log.streamOf(4), Stream::errors);
-  log.cmx->DeleteLine(0);
+  log.cmx->ReplaceText({}, {0, 0, 1, 0, false});
   EXPECT_EQ(log.streamOf(3), Stream::errors);
   log.Clear();
   EXPECT_EQ(log.streamOf(0), std::nullopt);

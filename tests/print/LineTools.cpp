@@ -38,9 +38,9 @@ TEST(LineTools, AlignColumns) {
       {"", ",", ""},
   };
   for (const auto& c : cases) {
-    QStringList lines = QString::fromLatin1(c.before).split(u'\n');
-    EXPECT_EQ(alignColumns(lines, QLatin1String(c.delimiter)), 0);
-    EXPECT_EQ(lines.join(u'\n').toStdString(), c.after) << c.before;
+    Control control(c.before);
+    Columnize(control.cmx, {0, control.cmx.LineCount()}, QLatin1String(c.delimiter));
+    EXPECT_EQ(control.text(), c.after) << c.before;
   }
 }
 

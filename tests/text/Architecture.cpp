@@ -13,8 +13,8 @@ namespace fs = std::filesystem;
 namespace {
 
 // From below; a floor uses itself and what stands before it.
-const std::vector<std::string> kFloors{"text",     "base",     "settings", "process", "folder", "handoff", "control", "page",
-                                       "language", "document", "script",   "change",  "print",   "app"};
+const std::vector<std::string> kFloors{"text", "base",     "settings", "process", "folder", "handoff", "control",
+                                       "page", "language", "document", "script",  "change", "print",   "app"};
 
 // The rooms of a floor and what each uses of the others. What is not here is refused; so is a line that is no longer true.
 const std::map<std::string, std::set<std::string>> kRooms{
@@ -140,6 +140,7 @@ TEST(Architecture, FilesGoThroughTheSeam) {
 TEST(Architecture, NoOtherVariablesOfTheProcess) {
   std::set<std::string> known{
       "CopyData.cpp: filter",           // without state; the library asks for the object
+      "Editor.cpp: random",             // of each thread, in debug builds
       "FileCalls.cpp: random",          // of each thread
       "FileSystem.cpp: current",        // the disk, exchanged by tests
       "FileSystemPosix.cpp: posix",     // the disk itself, without state
@@ -164,9 +165,87 @@ TEST(Architecture, NoOtherVariablesOfTheProcess) {
   for (const auto& floor : kFloors) {
     eachLine(floor, [&](const std::string& line, const std::string& file, const std::string&, const std::string& where) {
       std::smatch m;
+      const bool isOutside = !line.empty() && line[0] != ' ' && line[0] != '/' && line[0] != '#';
+      if (!isOutside && line.find("static") == std::string::npos && line.find("thread_local") == std::string::npos) return;
       if (!std::regex_search(line, m, inside) && !std::regex_search(line, m, outside)) return;
       EXPECT_EQ(known.erase(file + ": " + m[1].str()), 1u) << where;
     });
   }
   for (const auto& gone : known) ADD_FAILURE() << "is no more: " << gone;
+}
+
+// A function that nobody calls, or only tests, is kept up for nothing. Counts by name: a function that a header declares has to be named
+// somewhere else than where it is declared and defined.
+TEST(Architecture, FunctionsHaveACaller) {
+  const char* const kSeam = "tests exchange or shorten it";
+  const char* const kLook = "tests look at it or do what the mouse does";
+  const char* const kMember = "belongs to the interface of its class";
+  const std::map<std::string, std::string> needless{
+      {"AddLangText", kMember},
+      {"ConfigDir", kMember},
+      {"DeleteKey", kMember},
+      {"FindText", kMember},
+      {"GetComment", kMember},
+      {"GetCurrentWordLength", kMember},
+      {"GetLangText", kMember},
+      {"RegisteredLanguageCount", kMember},
+      {"SearchCaseSensitive", kMember},
+      {"Visible", kMember},
+      {"decodeText", "the way back of encodeText"},
+      {"fileName", kLook},
+      {"isLaidOut", kLook},
+      {"mdi", kLook},
+      {"setApplicationFolder", kSeam},
+      {"setConfigDir", kMember},
+      {"setDeadline", kSeam},
+      {"setFileSystem", kSeam},
+      {"setLanguages", kSeam},
+      {"setLastReturnValue", kMember},
+      {"setLimits", kSeam},
+      {"setLockPatience", kSeam},
+      {"setSearchCaseSensitive", kMember},
+      {"setSizeLimit", kSeam},
+      {"setStore", kSeam},
+      {"splitPanes", kLook},
+      {"stdHelpFile", kMember},
+      {"templatePicture", kLook},
+  };
+  const auto isWord = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
+  std::map<std::string, std::string> declared;   // with its place
+  std::set<std::string> called;
+  const std::set<std::string> notTypes{"return", "else", "delete", "throw", "new", "co_return", "case", "emit", "operator"};
+  for (const auto& floor : kFloors) {
+    eachLine(floor, [&](const std::string& whole, const std::string& file, const std::string&, const std::string& where) {
+      const std::string line = whole.substr(0, whole.find("//"));
+      const bool inHeader = file.ends_with(".h"), isIndented = !line.empty() && line[0] == ' ';
+      bool mayDeclare = inHeader || !isIndented;
+      std::string before;   // the word in front
+      for (std::size_t i = 0; i < line.size();) {
+        if (!isWord(line[i])) {
+          if (std::string_view("={.?").find(line[i]) != std::string_view::npos) mayDeclare = false;
+          if (std::string_view(" *&>:").find(line[i]) == std::string_view::npos) before.clear();
+          ++i;
+          continue;
+        }
+        std::size_t end = i;
+        while (end < line.size() && isWord(line[end])) ++end;
+        const std::string word = line.substr(i, end - i);
+        const bool opens = end < line.size() && line[end] == '(';
+        const bool afterType = !before.empty() && !notTypes.count(before);
+        const bool scoped = i >= 2 && line.compare(i - 2, 2, "::") == 0;
+        if (opens && mayDeclare && afterType && !(inHeader && scoped)) {
+          if (inHeader && line.find("override") == std::string::npos && line.find("virtual") == std::string::npos &&
+              line.find("operator") == std::string::npos)
+            declared.emplace(word, where);
+          mayDeclare = false;
+        } else {
+          called.insert(word);
+        }
+        before = word;
+        i = end;
+      }
+    });
+  }
+  for (const auto& [name, where] : declared) EXPECT_TRUE(called.count(name) || needless.count(name)) << where;
+  for (const auto& [name, why] : needless) EXPECT_TRUE(declared.count(name) && !called.count(name)) << name;
 }

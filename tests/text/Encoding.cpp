@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 #include <set>
@@ -162,16 +163,14 @@ TEST(Encoding, T1_RandomBytes) {
   // clang-format on
 }
 
-TEST(Encoding, NamesAreDistinctAndFoundInAnyCase) {
+TEST(Encoding, NamesAreDistinctInAnyCase) {
   std::set<std::string> names;
   for (const Encoding encoding : text::encodings()) {
     std::string lower;
     for (const char c : std::string(text::name(encoding))) lower += static_cast<char>(std::tolower(c));
-    EXPECT_EQ(text::encodingByName(lower), encoding);
     names.insert(lower);
   }
   EXPECT_EQ(names.size(), text::encodings().size());
-  EXPECT_EQ(text::encodingByName("utf-9"), std::nullopt);
 }
 
 TEST(Encoding, KnownCharacters) {
@@ -183,8 +182,12 @@ TEST(Encoding, KnownCharacters) {
   const Case cases[] = {{"Windows-1252", 0x80, "€"}, {"Windows-1252", 0xfc, "ü"}, {"ISO-8859-15", 0xa4, "€"},
                         {"ISO-8859-1", 0xa4, "¤"},   {"Windows-1250", 0xb3, "ł"}, {"ISO-8859-2", 0xb1, "ą"},
                         {"Windows-1251", 0xc6, "Ж"}, {"KOI8-R", 0xf6, "Ж"},       {"CP437", 0xc9, "╔"}};
-  for (const auto& c : cases)
-    EXPECT_EQ(text::decodeText(std::string(1, static_cast<char>(c.byte)), {*text::encodingByName(c.encoding), false}), c.text);
+  for (const auto& c : cases) {
+    const auto all = text::encodings();
+    const auto encoding = std::ranges::find(all, std::string(c.encoding), &text::name);
+    ASSERT_NE(encoding, all.end()) << c.encoding;
+    EXPECT_EQ(text::decodeText(std::string(1, static_cast<char>(c.byte)), {*encoding, false}), c.text);
+  }
 }
 
 }   // namespace

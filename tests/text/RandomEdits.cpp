@@ -341,14 +341,9 @@ class Trial {
     }
     const auto index = random_.upTo(std::ssize(marks_));
     auto& mark = marks_[static_cast<std::size_t>(index)];
-    if (random_.oneIn(2)) {
-      document_.moveMark(mark.id, ByteOffset(at));
-      mark.at = at;
-    } else {
-      document_.removeMark(mark.id);
-      EXPECT_THROW((void)document_.markAt(mark.id), std::out_of_range);
-      marks_.erase(marks_.begin() + index);
-    }
+    document_.removeMark(mark.id);
+    EXPECT_THROW((void)document_.markAt(mark.id), std::out_of_range);
+    marks_.erase(marks_.begin() + index);
   }
 
   void hold() {

@@ -81,16 +81,6 @@ const Reverse& reverseOf(const Row& row) {
 
 const char* name(Encoding encoding) { return rowOf(encoding).name; }
 
-std::optional<Encoding> encodingByName(std::string_view wanted) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-  for (const auto& row : kRows) {
-    const std::string_view own = row.name;
-    if (std::equal(own.begin(), own.end(), wanted.begin(), wanted.end(), [&](char a, char b) { return lower(a) == lower(b); }))
-      return row.encoding;
-  }
-  return std::nullopt;
-}
-
 std::optional<Encoding> encodingByNumber(std::uint64_t number) {
   for (const auto& row : kRows)
     if (static_cast<std::uint64_t>(row.encoding) == number) return row.encoding;

@@ -32,7 +32,6 @@ struct FileFormat {
 };
 
 const char* name(Encoding encoding);                              // "UTF-8", "Windows-1252" ...
-std::optional<Encoding> encodingByName(std::string_view name);    // folds case
 std::optional<Encoding> encodingByNumber(std::uint64_t number);   // as stored
 bool isUnicode(Encoding encoding);                                // has a byte order mark; else one byte for each character
 std::vector<Encoding> encodings();                                // all, in the order for menus

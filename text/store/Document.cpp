@@ -287,7 +287,6 @@ bool Document::modified() const { return impl_->history.modified(); }
 MarkId Document::addMark(ByteOffset at, Bias bias) { return impl_->marks.add(impl_->within(at), bias); }
 void Document::removeMark(MarkId id) { impl_->marks.remove(id); }
 ByteOffset Document::markAt(MarkId id) const { return ByteOffset(impl_->marks.at(id)); }
-void Document::moveMark(MarkId id, ByteOffset at) { impl_->marks.set(id, impl_->within(at)); }
 
 std::shared_ptr<void> Document::subscribe(Listener listener) {
   auto& list = impl_->listeners;

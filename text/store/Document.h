@@ -105,7 +105,6 @@ class Document {
   MarkId addMark(ByteOffset at, Bias bias = Bias::right);
   void removeMark(MarkId id);
   ByteOffset markAt(MarkId id) const;
-  void moveMark(MarkId id, ByteOffset at);
 
   // Listeners are called in the order of subscription, after the new state is in place. A listener may read the document but not
   // change it. Destroying the returned handle ends the subscription; the handle may outlive the document. An exception of a

@@ -77,13 +77,6 @@ std::int64_t Marks::at(MarkId id) const {
   return block.base + find(block, id).at;
 }
 
-void Marks::set(MarkId id, std::int64_t at) {
-  Block& block = *home_.at(id);
-  find(block, id).at = at - block.base;
-  block.low = std::min(block.low, at - block.base);
-  block.high = std::max(block.high, at - block.base);
-}
-
 void Marks::clear() {
   blocks_.clear();
   home_.clear();

@@ -16,9 +16,8 @@ namespace text::engine {
 class Marks {
  public:
   MarkId add(std::int64_t at, Bias bias);
-  void remove(MarkId id);                 // unknown: nothing
-  std::int64_t at(MarkId id) const;       // throws std::out_of_range for an unknown mark
-  void set(MarkId id, std::int64_t at);   // the same
+  void remove(MarkId id);             // unknown: nothing
+  std::int64_t at(MarkId id) const;   // throws std::out_of_range for an unknown mark
   void clear();
 
   void move(const Change& change) noexcept;   // moves each mark as Change::map says; not for a reset
