@@ -2,13 +2,16 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QMainWindow>
+#include <QPointer>
 #include <QProgressDialog>
 #include <QScopedValueRollback>
 #include <QTimer>
 #include <algorithm>
 #include <future>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -23,7 +26,7 @@ constexpr int kWhole = 100;                           // percent
 
 struct Running {
   LongWork::Patience patience;
-  QEventLoop* waiting = nullptr;   // for the work that shows how far it is
+  std::function<void()> cancel;   // of the work that shows how far it is
   LongWork::Watch::Look watcher;
 };
 Running& running() { return Workspace::current().part<Running>(); }
@@ -94,7 +97,7 @@ class Waiter {
   void underWindow(QWidget* window, const QString& what, bool mayCancel) {
     const ModalGuard guard;
     QEventLoop loop;
-    const QScopedValueRollback current(running().waiting, &loop);
+    const QScopedValueRollback cancel(running().cancel, std::function<void()>([&loop] { loop.quit(); }));
     std::unique_ptr<Progress> progress;
     bool isQuiet = true;
     QTimer look;
@@ -122,8 +125,9 @@ class Waiter {
 };
 
 // A document that is being opened has no window yet. After a dialog its window may not be active again.
-QWidget* shownWindow(QWidget& asker) {
-  if (asker.window()->isVisible()) return asker.window();
+QWidget* shownWindow(QWidget* asker) {
+  if (asker && asker->window()->isVisible()) return asker->window();
+  if (QWidget* dialog = asker ? nullptr : QApplication::activeModalWidget()) return dialog;
   for (QWidget* each : QApplication::topLevelWidgets())
     if (each->isVisible() && qobject_cast<QMainWindow*>(each)) return each;
   return nullptr;
@@ -131,7 +135,7 @@ QWidget* shownWindow(QWidget& asker) {
 
 // False: the work was cancelled and has not ended yet.
 bool runOn(QWidget& asker, std::int64_t bytes, LongWork::Work work, const QString& what, bool mayCancel, bool mayLeave) {
-  QWidget* window = shownWindow(asker);
+  QWidget* window = shownWindow(&asker);
   const bool inRun = gBusy();
   if (!window || (inRun && !watcher())) {
     text::SearchControl control;
@@ -156,16 +160,56 @@ LongWork::Watch::Watch(Look look) : before_(std::exchange(watcher(), std::move(l
 LongWork::Watch::~Watch() { watcher() = std::move(before_); }
 
 bool LongWork::cancelRunning() {
-  QEventLoop* const waiting = running().waiting;
-  if (waiting) waiting->quit();
-  return waiting != nullptr;
+  const std::function<void()> cancel = running().cancel;
+  if (cancel) cancel();
+  return cancel != nullptr;
 }
 
 void LongWork::run(QWidget& asker, std::int64_t bytes, const Work& work, const QString& what, bool mayCancel) {
   runOn(asker, bytes, std::cref(work), what, mayCancel, false);
 }
 
-bool LongWork::goesOn(const QString& what, int percent) { return !gBusy() || !watcher() || watcher()(what, percent); }
+struct LongWork::Loop::State {
+  QPointer<QWidget> window;
+  QString what;
+  QElapsedTimer sinceBegin{}, sinceLook{};
+  bool cancelled = false;
+  std::unique_ptr<Progress> progress{};
+  std::optional<ModalGuard> modal{};
+  std::function<void()> cancelBefore{};
+
+  void showWindow() {
+    modal.emplace();
+    progress = std::make_unique<Progress>(what, true, window);
+    QObject::connect(progress.get(), &QProgressDialog::canceled, progress.get(), [this] { cancelled = true; });
+    cancelBefore = std::exchange(running().cancel, [this] { cancelled = true; });
+    progress->show();
+  }
+};
+
+LongWork::Loop::Loop(QWidget* asker, const QString& what) : state_(new State{shownWindow(asker), what}) {
+  state_->sinceBegin.start();
+  state_->sinceLook.start();
+}
+
+LongWork::Loop::~Loop() {
+  if (state_->progress) running().cancel = std::move(state_->cancelBefore);
+}
+
+bool LongWork::Loop::goesOn(int percent) {
+  State& s = *state_;
+  const Patience& patience = running().patience;
+  if (s.cancelled || s.sinceLook.elapsed() < std::min(kLookPeriod, patience.moment).count()) return !s.cancelled;
+  s.sinceLook.restart();
+  if (gBusy()) {
+    s.cancelled = watcher() && !watcher()(s.what, percent);
+  } else if (s.window && s.sinceBegin.elapsed() >= (patience.moment + patience.quiet).count()) {
+    if (!s.progress) s.showWindow();
+    s.progress->tell(percent);
+    QCoreApplication::processEvents();
+  }
+  return !s.cancelled;
+}
 
 bool LongWork::runOrLeave(QWidget& asker, Work work, const QString& what) {
   return runOn(asker, 0, std::move(work), what, true, true);

@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <chrono>
 #include <functional>
+#include <memory>
 
 #include "text/find/Search.h"
 
@@ -32,8 +33,19 @@ struct LongWork {
   // The same for work that only reads files and may hang. If it is cancelled, it is abandoned and the result is false. The work
   // must therefore own all its input and output.
   static bool runOrLeave(QWidget& asker, Work work, const QString& what);
-  // For a loop on this thread, to be called often. False: a Watch exists and asks the loop to stop.
-  static bool goesOn(const QString& what, int percent);
+  // For a loop that has to stay on this thread, because it paints or edits. It calls goesOn() often, between two of its steps.
+  class Loop {
+   public:
+    Loop(QWidget* asker, const QString& what);   // null: the dialog that is up, else the main window
+    ~Loop();
+    Loop(const Loop&) = delete;
+    Loop& operator=(const Loop&) = delete;
+    bool goesOn(int percent);   // false: cancelled, from then on
+
+   private:
+    struct State;
+    const std::unique_ptr<State> state_;
+  };
   // Cancels the work whose progress is shown. True: there was such work, and its command has not returned yet.
   static bool cancelRunning();
 

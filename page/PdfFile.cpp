@@ -82,7 +82,8 @@ void addBookmarks(QByteArray* pdf, const std::vector<Bookmark>& bookmarks) {
 
 }   // namespace
 
-QByteArray makePdf(const std::vector<const PrintDocument*>& documents, const QString& title) {
+QByteArray makePdf(const std::vector<const PrintDocument*>& documents, const QString& title,
+                   const std::function<bool(int pages)>& goOn) {
   QByteArray bytes;
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::WriteOnly);
@@ -102,6 +103,7 @@ QByteArray makePdf(const std::vector<const PrintDocument*>& documents, const QSt
     int page = 0;
     for (const PrintDocument* document : documents) {
       for (int i = 0; i < static_cast<int>(document->pages.size()); ++i) {
+        if (goOn && !goOn(page)) return {};
         if (page > 0) {
           writer.setPageLayout(layoutFor(*document));
           writer.newPage();

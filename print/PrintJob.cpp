@@ -5,9 +5,8 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPrinterInfo>
-#include <QProgressDialog>
 
-#include "base/Hourglass.h"
+#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
@@ -63,16 +62,13 @@ bool sendPages(QPrinter& printer, const PrintDocument& document, QWidget* parent
     return false;
   };
   if (!painter.begin(&printer)) return failed();
-  QProgressDialog progress(tr("Printing..."), tr("Cancel"), first, last + 1, parent);
-  progress.setMinimumDuration(500);
-  progress.setWindowModality(Qt::WindowModal);
+  LongWork::Loop loop(parent, tr("Printing..."));
   const bool backwards = printer.pageOrder() == QPrinter::LastPageFirst;
   const int copies = printer.supportsMultipleCopies() ? 1 : printer.copyCount();
   bool begun = false;
   for (int copy = 0; copy < copies; ++copy) {
     for (int i = first; i <= last; ++i) {
-      progress.setValue(i);
-      if (progress.wasCanceled()) {
+      if (!loop.goesOn((i - first) * 100 / (last - first + 1))) {
         printer.abort();
         return false;
       }
@@ -109,12 +105,14 @@ PrintDocument pagesOf(const PrintDocument& document, int first, int last) {
 
 bool savePages(const PrintDocument& document, int first, int last, const QString& path) {
   const PrintDocument chosen = pagesOf(document, first, last);
-  text::SaveResult saved;
-  {
-    const Hourglass hourglass;
-    const QByteArray pdf = makePdf({&chosen}, document.name);
-    saved = text::saveBytes(fromQString(path), std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())));
-  }
+  const auto count = std::max<std::size_t>(1, chosen.pages.size());
+  LongWork::Loop loop(nullptr, tr("Making the PDF file..."));
+  const QByteArray pdf = makePdf({&chosen}, document.name, [&](int page) {
+    return loop.goesOn(static_cast<int>(static_cast<std::size_t>(page) * 100 / count));
+  });
+  if (pdf.isNull()) return false;
+  const text::SaveResult saved =
+      text::saveBytes(fromQString(path), std::string_view(pdf.constData(), static_cast<std::size_t>(pdf.size())));
   if (saved.ok()) return true;
   tellSaveError(path, toQString(saved.error));
   return false;
@@ -146,9 +144,12 @@ void PrintText(const PrintSource& source, QWidget* parent) {
   const PrintSettings settings = PrintSettings::load();
   bool done = false;
   {
-    const Hourglass hourglass;
-    done = source.document ? layOut(*source.document, settings, wrap, printer)
-                           : layOut(*source.cmx, source.title, settings, wrap, printer);
+    LongWork::Loop loop(parent, tr("Laying out pages..."));
+    const auto goOn = [&](qint64 lines, qint64 all) {
+      return loop.goesOn(static_cast<int>(lines * 100 / std::max<qint64>(1, all)));
+    };
+    done = source.document ? layOut(*source.document, settings, wrap, printer, goOn)
+                           : layOut(*source.cmx, source.title, settings, wrap, printer, goOn);
   }
   if (done && printPages(printer.document(), parent, source.folder())) SetStatusText(tr("Printing Complete"));
 }

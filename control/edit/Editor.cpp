@@ -2,7 +2,6 @@
 
 #include <QClipboard>
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QScopedValueRollback>
 #include <algorithm>
@@ -403,15 +402,9 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   const bool travels = command.run == commandFunctions::undo || command.run == commandFunctions::redo;
   std::optional<UndoGroup> group;
   if (!travels) group.emplace(e.document());
-  QElapsedTimer clock;
-  clock.start();
+  LongWork::Loop loop(e.host().widget(), QCoreApplication::translate("Editor", "Repeating..."));
   for (impl.pass = 0; impl.pass < count; ++impl.pass) {
-    if (clock.elapsed() >= LongWork::patience().moment.count()) {
-      clock.restart();
-      if (!LongWork::goesOn(QCoreApplication::translate("Editor", "Repeating..."),
-                            static_cast<int>(std::int64_t(impl.pass) * 100 / count)))
-        break;
-    }
+    if (!loop.goesOn(static_cast<int>(std::int64_t(impl.pass) * 100 / count))) break;
     const auto state = [&e] {
       return std::tuple(e.document().revision(), e.selection(), e.host().topLine(), e.host().leftColumn());
     };

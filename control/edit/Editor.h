@@ -12,6 +12,8 @@
 #include "control/edit/TextModel.h"
 #include "text/find/Search.h"
 
+class QWidget;
+
 // A position and a range of text in public interfaces. Lines and columns count from 0.
 struct CmPosition {
   qint64 LineNo = 0, ColNo = 0;
@@ -47,7 +49,8 @@ class EditorHost {
   virtual void note(const QString& text);   // "12 replaced", "wrapped": the status text
   // Runs long work and returns when it is done; in a window the user can cancel it (LongWork.h).
   virtual void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work);
-  virtual QString clipboardText(bool* block);   // *block: the text is a rectangular block
+  virtual QWidget* widget() { return nullptr; }   // that shows the text; null: none
+  virtual QString clipboardText(bool* block);     // *block: the text is a rectangular block
   virtual void setClipboard(const QString& text, bool block);
 };
 

@@ -56,6 +56,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void hideFindDialog() override;
   void note(const QString& text) override;
   void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) override;
+  QWidget* widget() override { return this; }
 
   QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
