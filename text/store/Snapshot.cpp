@@ -1,6 +1,7 @@
 #include "text/store/Snapshot.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "text/store/Tree.h"
 
@@ -31,13 +32,16 @@ ByteOffset Snapshot::size() const { return ByteOffset(tree_->bytes()); }
 LineMode Snapshot::lineMode() const { return tree_->mode(); }
 std::int64_t Snapshot::lineCount() const { return tree_->breaks() + 1; }
 
+// A place that does not exist is a bug of the caller: debug builds stop there. A release does not crash: that would lose the user's
+// text.
 ByteOffset Snapshot::lineStart(LineNo line) const {
-  // A line that does not exist is a bug of the caller. Do not crash: that would lose the user's text.
+  assert(line.value >= 0 && line.value < lineCount());
   if (line.value > tree_->breaks()) return size();
   return ByteOffset(line.value <= 0 ? 0 : tree_->behindBreak(line.value));
 }
 ByteOffset Snapshot::lineEndWithBreak(LineNo line) const { return line.value < tree_->breaks() ? lineStart(line + 1) : size(); }
 ByteOffset Snapshot::lineEnd(LineNo line) const {
+  assert(line.value >= 0 && line.value < lineCount());
   const auto end = lineEndWithBreak(line);
   if (line.value >= tree_->breaks()) return end;
   if (tree_->mode() == LineMode::cr || end.value < 2) return end - 1;
@@ -59,7 +63,8 @@ std::string Snapshot::bytes(ByteRange range) const {
 }
 std::string Snapshot::line(LineNo line) const { return bytes({lineStart(line), lineEnd(line)}); }
 char Snapshot::at(ByteOffset offset) const {
-  if (offset.value < 0 || offset >= size()) return '\0';   // as with lineStart
+  assert(offset.value >= 0 && offset < size());
+  if (offset.value < 0 || offset >= size()) return '\0';
   const auto place = tree_->locate(offset.value);
   return place.piece->data[offset.value - place.start];
 }
