@@ -74,7 +74,7 @@ TEST_F(Profile, ListSurvivesARun) {
 }
 
 TEST_F(Profile, GeometryFollowsTheState) {
-  main.window.setGeometry(50, 60, 400, 300);
+  main.window.setGeometry(50, 60, 300, 200);
   main.checks = {{q("mnuViewStatusBar"), true}, {q("mnuViewToolbar"), false}, {q("mnuViewTabs"), false}};
   main.documentState = 2;
   service.SaveMDIWindowProfile(main);
@@ -85,7 +85,7 @@ TEST_F(Profile, GeometryFollowsTheState) {
     service.SaveMDIWindowProfile(main);
     EXPECT_EQ(Number(kGlobalKey, q("winstate"), -1), number);
     EXPECT_EQ(Number(kGlobalKey, q("winTop"), -1), 60) << "its normal place";
-    EXPECT_EQ(Number(kGlobalKey, q("winwidth"), -1), 400);
+    EXPECT_EQ(Number(kGlobalKey, q("winwidth"), -1), 300);
   }
 
   FakeFrame next;
@@ -101,7 +101,7 @@ TEST_F(Profile, GeometryFollowsTheState) {
   FakeFrame minimised;
   service.getFormWindowProfile(minimised);
   EXPECT_FALSE(minimised.window.isMinimized()) << "who starts a program wants to see it";
-  EXPECT_EQ(minimised.window.geometry(), QRect(50, 60, 400, 300));
+  EXPECT_EQ(minimised.window.geometry(), QRect(50, 60, 300, 200));
 }
 
 TEST_F(Profile, ASmallScreenOrAnotherScaleKeepsTheSize) {
@@ -124,11 +124,12 @@ TEST_F(Profile, ASmallScreenOrAnotherScaleKeepsTheSize) {
   EXPECT_EQ(stored(), QSize(3000, 2000)) << "shown smaller only";
   session({400, 300});
   EXPECT_EQ(stored(), QSize(400, 300)) << "the user made it so";
-  store({200, 150}, 2);
-  EXPECT_EQ(session(), QSize(400, 300)) << "as much of the screen as before";
-  EXPECT_EQ(stored(), QSize(200, 150));
-  store({400, 300}, 0.5);
-  EXPECT_EQ(session(), QSize(400, 300)) << "as much text as before";
+  const double scale = QApplication::primaryScreen()->devicePixelRatio();
+  store({150, 100}, 2 * scale);
+  EXPECT_EQ(session(), QSize(300, 200)) << "as much of the screen as before";
+  EXPECT_EQ(stored(), QSize(150, 100));
+  store({300, 200}, 0.5 * scale);
+  EXPECT_EQ(session(), QSize(300, 200)) << "as much text as before";
   session({350, 310});
   EXPECT_EQ(session(), QSize(350, 310)) << "with the scale it was made at";
 }
