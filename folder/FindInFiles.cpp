@@ -31,12 +31,6 @@ std::string withBreaks(std::string_view what, std::string_view lineBreak) {
   return out;
 }
 
-std::int64_t characters(std::string_view bytes) {
-  std::int64_t count = 0;
-  for (; !bytes.empty(); ++count) bytes.remove_prefix(static_cast<std::size_t>(text::decode(bytes).bytes));
-  return count;
-}
-
 // The lines of a text from its beginning on. A text in one piece is read straight ahead: a tree search for each line costs more than all
 // else that is done for a hit.
 class Lines {
@@ -104,6 +98,12 @@ class Lines {
 };
 
 }   // namespace
+
+std::int64_t characters(std::string_view bytes) {
+  std::int64_t count = 0;
+  for (; !bytes.empty(); ++count) bytes.remove_prefix(static_cast<std::size_t>(text::decode(bytes).bytes));
+  return count;
+}
 
 // What is searched for ------------------------------------------------------------------------------------------------
 

@@ -9,12 +9,15 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "folder/FileLook.h"
 #include "text/find/Finder.h"
 
 namespace folder {
+
+std::int64_t characters(std::string_view bytes);   // how many there are, as columns count them
 
 // What is searched for. A line break in a text that is no expression is any of a file's own.
 class FindText {

@@ -16,12 +16,6 @@ namespace {
 
 constexpr std::int64_t kShown = 300;   // bytes of a line in the preview
 
-std::int64_t characters(std::string_view bytes) {
-  std::int64_t count = 0;
-  for (; !bytes.empty(); ++count) bytes.remove_prefix(static_cast<std::size_t>(text::decode(bytes).bytes));
-  return count;
-}
-
 std::string cutAt(std::string text, std::size_t length) {
   if (text.size() <= length) return text;
   while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) --length;
@@ -47,12 +41,6 @@ Exchange exchangeAt(const Snapshot& text, ByteRange range, std::string then) {
   e.lineNow = cutAt(head + text.bytes({range.begin, std::min(range.end, range.begin + 2 * kShown)}) + tail, 2 * shown);
   e.lineThen = cutAt(head + e.then.substr(0, 4 * shown) + tail, 2 * shown);
   return e;
-}
-
-std::uint64_t hashOf(std::string_view bytes) {
-  text::ContentHash hash;
-  hash.add(bytes);
-  return hash.value();
 }
 
 // Error text, empty when all of the text is planned.
@@ -193,7 +181,7 @@ Outcome replaceInFile(const FilePlan& plan, ReplaceRecord& record) try {
   if (!document.apply(edits, {})) return fail("The changes overlap");
   text::EncodeError misfit;
   const auto before = text::encodeText(loaded.text.bytes(), loaded.format, &misfit);
-  if (!before || hashOf(*before) != loaded.stamp.contentHash) return fail("Its encoding cannot be kept");
+  if (!before || text::ContentHash::of(*before) != loaded.stamp.contentHash) return fail("Its encoding cannot be kept");
   const auto after = text::encodeText(document.snapshot().bytes(), loaded.format, &misfit);
   if (!after) {
     char code[16];
@@ -201,7 +189,7 @@ Outcome replaceInFile(const FilePlan& plan, ReplaceRecord& record) try {
     return fail("The character " + std::string(code) + " does not fit into its encoding, " + name(loaded.format.encoding));
   }
   if (text::writeProtected(plan.path)) return fail("It is write-protected");
-  std::string error = record.keep(plan.path, *before, hashOf(*after), static_cast<std::int64_t>(after->size()));
+  std::string error = record.keep(plan.path, *before, text::ContentHash::of(*after), static_cast<std::int64_t>(after->size()));
   if (!error.empty()) return fail("Its old text could not be kept: " + error);
   const text::SaveResult saved = text::saveFile(plan.path, document.snapshot(), {loaded.format, loaded.stamp});
   if (!saved.ok()) {

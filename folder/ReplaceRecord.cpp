@@ -23,12 +23,6 @@ std::int64_t nowNs() {
   return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
-std::uint64_t hashOf(std::string_view bytes) {
-  text::ContentHash hash;
-  hash.add(bytes);
-  return hash.value();
-}
-
 std::string entryName(int number) {
   char name[32];
   std::snprintf(name, sizeof name, "%06d", number);
@@ -59,7 +53,7 @@ bool readEntry(std::string_view bytes, ReplacedFile* file, std::string_view* old
       !take(&bytes, &file->newHash, '\n'))
     return false;
   if (old) *old = bytes;
-  return static_cast<std::int64_t>(bytes.size()) == file->oldSize && hashOf(bytes) == file->oldHash;
+  return static_cast<std::int64_t>(bytes.size()) == file->oldSize && text::ContentHash::of(bytes) == file->oldHash;
 }
 
 Side sideOf(const ReplacedFile& file) {
@@ -137,7 +131,8 @@ ReplaceRecord::~ReplaceRecord() {
 
 std::string ReplaceRecord::keep(const std::string& path, std::string_view oldBytes, std::uint64_t newHash, std::int64_t newSize) {
   std::string bytes = kMagic + std::to_string(path.size()) + ' ' + path + '\n' + std::to_string(oldBytes.size()) + ' ' +
-                      std::to_string(hashOf(oldBytes)) + ' ' + std::to_string(newSize) + ' ' + std::to_string(newHash) + '\n';
+                      std::to_string(text::ContentHash::of(oldBytes)) + ' ' + std::to_string(newSize) + ' ' +
+                      std::to_string(newHash) + '\n';
   bytes += oldBytes;
   std::string error = text::saveBytes(folder_ + "/" + entryName(kept_ + 1), bytes, 0600).error;
   if (error.empty()) ++kept_;

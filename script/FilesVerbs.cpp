@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::int64_t kMostHits = 100'000;   // that the log takes
 
-QString tr(const char* text) { return QCoreApplication::translate("FilesVerbs", text); }
+QString filesText(const char* text) { return QCoreApplication::translate("FilesVerbs", text); }
 
 struct Asked {
   FindTask task;
@@ -52,7 +52,7 @@ bool ask(const QString& argument, bool replace, Asked* asked, QString* complaint
   task.root = fromQString(root);
   if (frame()) task.addOpen(frame()->documents());
   if (!task.what->error().empty()) *complaint = toQString(task.what->error());
-  else if (!isFolder(root)) *complaint = tr("There is no folder %1").arg(plainForDisplay(root));
+  else if (!isFolder(root)) *complaint = filesText("There is no folder %1").arg(plainForDisplay(root));
   return true;
 }
 
@@ -81,7 +81,7 @@ bool findInFiles(CodeMax& cmx, const QString& argument) {
           },
           control);
     };
-    if (!LongWork::runOrLeave(cmx, work, tr("Searching..."))) return true;
+    if (!LongWork::runOrLeave(cmx, work, filesText("Searching..."))) return true;
     complaint = toQString(held->summary.error);
   }
   if (!complaint.isEmpty()) {
@@ -89,10 +89,10 @@ bool findInFiles(CodeMax& cmx, const QString& argument) {
     return true;
   }
   if (!held->rows.empty()) log(toQString(std::string_view(held->rows).substr(0, held->rows.size() - 1)));
-  QString end = tr("%1 hit(s) in %2 file(s)").arg(held->summary.hits).arg(held->summary.filesWithHits);
-  if (held->summary.cut) end += tr("; ended at the limit of %1 hits").arg(kMostHits);
+  QString end = filesText("%1 hit(s) in %2 file(s)").arg(held->summary.hits).arg(held->summary.filesWithHits);
+  if (held->summary.cut) end += filesText("; ended at the limit of %1 hits").arg(kMostHits);
   if (const std::string skipped = folder::skippedText(held->summary); !skipped.empty()) end += u"; "_s + toQString(skipped);
-  if (held->walked.unreadable > 0) end += tr("; %1 folders could not be read").arg(held->walked.unreadable);
+  if (held->walked.unreadable > 0) end += filesText("; %1 folders could not be read").arg(held->walked.unreadable);
   log(end);
   return true;
 }
@@ -110,7 +110,7 @@ bool replaceInFiles(CodeMax& cmx, const QString& argument) {
     const auto work = [held](text::SearchControl& control) {
       held->planned = held->asked.task.plan(held->asked.by, control, &held->walked);
     };
-    if (!LongWork::runOrLeave(cmx, work, tr("Searching...")) || held->planned.cancelled) return true;
+    if (!LongWork::runOrLeave(cmx, work, filesText("Searching...")) || held->planned.cancelled) return true;
     complaint = toQString(held->planned.error);
   }
   if (!complaint.isEmpty()) {
@@ -119,13 +119,13 @@ bool replaceInFiles(CodeMax& cmx, const QString& argument) {
   }
   const Asked& asked = held->asked;
   const QString about =
-      tr("Replace \"%1\" by \"%2\"")
+      filesText("Replace \"%1\" by \"%2\"")
           .arg(plainForDisplay(toQString(asked.task.what->what()), 60), plainForDisplay(toQString(asked.by.by), 60));
   const Replaced replaced = makeChanges(cmx, std::move(held->planned.files), about);
-  log(tr("%1 change(s) in %2 file(s)").arg(replaced.changes).arg(replaced.files));
+  log(filesText("%1 change(s) in %2 file(s)").arg(replaced.changes).arg(replaced.files));
   QStringList troubles = replaced.troubles;
   for (const auto& [path, why] : held->planned.found.skippedNames) troubles << namedTrouble(path, toQString(why));
-  if (!troubles.isEmpty()) MsgBox(tr("These were left alone:") + u"\r\n"_s + troubles.join(u"\r\n"_s));
+  if (!troubles.isEmpty()) MsgBox(filesText("These were left alone:") + u"\r\n"_s + troubles.join(u"\r\n"_s));
   return true;
 }
 

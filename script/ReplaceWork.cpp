@@ -10,7 +10,7 @@
 #include "document/frmDocument.h"
 
 namespace {
-QString tr(const char* text) { return QCoreApplication::translate("ReplaceWork", text); }
+QString replaceText(const char* text) { return QCoreApplication::translate("ReplaceWork", text); }
 constexpr int kLongestName = 300;
 }   // namespace
 
@@ -48,11 +48,11 @@ Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const 
     const auto fail = [&](const QString& why) { replaced.troubles << namedTrouble(plan.path, why); };
     frmDocument* const document = openTextOf(plan.path);
     text::Document* const text = document ? &document->cmx->model()->document() : nullptr;
-    if (!text) fail(tr("It is not open any more"));
-    else if (text->readOnly()) fail(tr("It is read-only"));
+    if (!text) fail(replaceText("It is not open any more"));
+    else if (text->readOnly()) fail(replaceText("It is read-only"));
     else if (!text->snapshot().sameAs(plan.text) && !folder::fits(plan, text->snapshot()))
-      fail(tr("It has been changed since the search"));
-    else if (!text->apply(edits, document->cmx->editor().selection())) fail(tr("It could not be changed"));
+      fail(replaceText("It has been changed since the search"));
+    else if (!text->apply(edits, document->cmx->editor().selection())) fail(replaceText("It could not be changed"));
     else {
       replaced.changes += std::int64_t(edits.size());
       ++replaced.files;
@@ -72,13 +72,13 @@ Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const 
     }
     held->error = record->finish();
   };
-  LongWork::run(asker, bytes, work, tr("Replacing..."), true);
+  LongWork::run(asker, bytes, work, replaceText("Replacing..."), true);
   for (const auto& outcome : held->outcomes) {
     if (!outcome.trouble.empty()) replaced.troubles << namedTrouble(outcome.path, toQString(outcome.trouble));
     replaced.changes += outcome.changes;
     replaced.files += outcome.changes > 0;
   }
   if (held->outcomes.empty() && !held->error.empty())
-    replaced.troubles << tr("No file was changed, as their old texts could not be kept: %1").arg(toQString(held->error));
+    replaced.troubles << replaceText("No file was changed, as their old texts could not be kept: %1").arg(toQString(held->error));
   return replaced;
 }

@@ -11,6 +11,11 @@ namespace text {
 
 class ContentHash {
  public:
+  static std::uint64_t of(std::string_view bytes) {
+    ContentHash hash;
+    hash.add(bytes);
+    return hash.value();
+  }
   void add(std::string_view bytes) {
     length_ += bytes.size();
     if (filled_ > 0) {
