@@ -1,5 +1,5 @@
-// Work on a thread that nobody waits for, as a disk may hang: its result comes back to the thread that asked, if who asked is still
-// there. What the work holds and makes goes with whoever looks at it last. The work must not throw.
+// Runs work on a thread that nobody waits for, because a disk may hang. The result is handed to the thread of `asker`, if `asker` still
+// exists. The work owns everything that it uses. It must not throw.
 #pragma once
 
 #include <QObject>
@@ -10,7 +10,7 @@
 #include <thread>
 #include <utility>
 
-// work() is run on the thread, done(result) on that of `asker`, which has an event loop.
+// work() runs on the new thread, done(result) on the thread of `asker`, which needs an event loop.
 template <class Work, class Done>
 void inBackground(QObject* asker, Work work, Done done) {
   constexpr int kLookMs = 10;
@@ -23,7 +23,7 @@ void inBackground(QObject* asker, Work work, Done done) {
     if (result->wait_for(std::chrono::seconds(0)) != std::future_status::ready) return;
     look->stop();
     look->deleteLater();
-    auto finish = std::move(done);   // may delete who asked
+    auto finish = std::move(done);   // it may delete `asker`, and this closure with it
     finish(result->get());
   });
   look->start(kLookMs);

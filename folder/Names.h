@@ -1,4 +1,4 @@
-// The names of a folder's files, made to be ranked while somebody types: which fit best what was typed.
+// The names of a folder's files, prepared for ranking: which names fit best what the user types.
 #pragma once
 
 #include <atomic>

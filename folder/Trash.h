@@ -5,8 +5,8 @@
 
 namespace folder {
 
-// Moves a file, a link or a folder with all that is in it. Empty: done. Else why not, for the user, and it lies where it lay:
-// nothing is ever removed for good. Reads and writes the disk: on a worker.
+// Moves a file, a link or a folder with its content into the trash. Returns an empty text, or an error for the user; after an error
+// the file is where it was. Nothing is ever deleted for good. Call it on a worker thread.
 std::string moveToTrash(const std::string& path);
 
 }   // namespace folder

@@ -1,8 +1,8 @@
-// The files of a folder, and of the folders in it, one after the other. Any thread; a folder that hangs hangs only the caller's, so
-// the interface never calls this itself.
+// Walks a folder and all folders in it, and gives their files one after the other. May run on any thread. A folder that hangs blocks
+// the calling thread, so the interface thread never calls this.
 //
-// Paths are bytes. The order is that of the bytes of the whole paths, so it is the same each time. Sockets, FIFOs and devices are
-// never opened and never given. What has gone meanwhile is passed over without a word.
+// Paths are bytes. Files come in the order of the bytes of their whole paths. Sockets, FIFOs and devices are never opened and
+// never given. Files that vanish during the walk are skipped silently.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// The tree of a folder's files, or of a fixed set of them. Folders are looked into when they are opened, on a thread; what the
-// disk holds then is taken over entry by entry, so that what is open and selected stays.
+// The tree of a folder's files, or of a fixed set of files. A folder is read on a thread when the user opens it. A refresh changes only
+// the entries that differ, so open folders and the selection stay.
 #pragma once
 
 #include <QAbstractItemModel>
@@ -18,8 +18,8 @@ class FilesModel : public QAbstractItemModel {
   void showFolder(const QString& root, bool all);
   // Paths below root, or absolute ones: nothing else is shown, and nothing is read.
   void showFiles(const QString& root, const std::vector<std::string>& paths);
-  void refresh();                             // the folders that were looked into, once more
-  void refresh(const QStringList& folders);   // those of them that were
+  void refresh();                             // reads all folders again that were read before
+  void refresh(const QStringList& folders);   // the same for those of these folders that were read before
 
   QString path(const QModelIndex& index) const;     // full; of the invalid index the root
   QModelIndex indexOf(const QString& path) const;   // invalid where it is not in the tree (yet)

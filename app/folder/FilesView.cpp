@@ -23,7 +23,10 @@
 #include "base/QStringBytes.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "control/edit/TextModel.h"
+#include "document/Languages.h"
 #include "document/frmDocument.h"
+#include "document/frmRegistry.h"
 #include "folder/Glob.h"
 #include "folder/Trash.h"
 #include "process/CommandLine.h"
@@ -422,9 +425,13 @@ void FilesView::rename(const QString& path, const QString& name) {
 
 void FilesView::follow(const QString& from, const QString& to) {
   for (frmDocument* document : frame_.documents()) {
-    const QString& name = document->CurrentFileName();
-    if (name == from) document->setFile(to);
-    else if (name.startsWith(from + u'/')) document->setFile(to + name.mid(from.size()));
+    const QString name = document->CurrentFileName();
+    if (name != from && !name.startsWith(from + u'/')) continue;
+    const QString now = to + name.mid(from.size());
+    document->cmx->model()->path = now;   // so that a save still notices what others wrote there
+    document->setFile(now);
+    if (!document->LanguageIsChosen()) document->SetLanguage(languageOfFile(now, *document->cmx));
+    frmRegistry::instance().mruFile.AddItem(now);
   }
   frame_.refreshToolbar();
   marks_.start();

@@ -1,4 +1,4 @@
-// What the dock "Files" shows: the folder that is worked in, a filter, the tree of files, and what there is to say of it.
+// The content of the dock "Files": the name of the work folder, a filter, the tree of files, and notes below it.
 #pragma once
 
 #include <QStringList>
@@ -23,7 +23,7 @@ class FilesView : public QWidget {
   QString filter() const;
   void setFilter(const QString& text);
   void focusTree();
-  void lookAtDisk();   // as the window comes forward
+  void lookAtDisk();   // reads what is shown again
 
  signals:
   void closeAsked();
@@ -47,7 +47,7 @@ class FilesView : public QWidget {
   void remove(const QString& path);
   void reveal(const QString& path);
   void editName();
-  void follow(const QString& from, const QString& to);   // documents whose file has another name now
+  void follow(const QString& from, const QString& to);   // gives open documents the new name of their file
 
   frmMain& frame_;
   WorkFolder& work_;

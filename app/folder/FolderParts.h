@@ -1,4 +1,4 @@
-// The frame's parts that know the folder: which one it is, the dock "Files", and going to a file. One for each frame.
+// The commands of a frame on its work folder: Open Folder, Open File List, the dock "Files", Go to File. One object for each frame.
 #pragma once
 
 #include <QObject>
@@ -16,7 +16,7 @@ class FolderParts : public QObject {
   explicit FolderParts(frmMain& frame);
   WorkFolder& work() { return *work_; }
 
-  void open(const QString& folder);   // as the one to work in; the dock shows it
+  void open(const QString& folder);   // makes it the work folder and shows the dock
   void askForFolder();
   void askForList();
   void askForWorkingFolder();   // of the list
@@ -25,7 +25,7 @@ class FolderParts : public QObject {
   void toggleFiles();
   bool filesAreShown() const;
 
-  void restore();   // as the last run left it
+  void restore();   // work folder and dock, from the settings
   void save();
 
  private:

@@ -1,4 +1,4 @@
-// Hears of changes in some folders. Works on a thread of its own, since a folder that hangs would hang the asking too.
+// Watches some folders for changes. It runs on a thread of its own, because adding a folder that hangs would block the caller.
 #pragma once
 
 #include <QObject>
@@ -16,8 +16,8 @@ class FolderWatch : public QObject {
 
  signals:
   void changed(const QString& folder);
-  void begun(const QStringList& folders);   // to be watched, or not: what was read of them before may be old
-  void unwatched(int folders);              // so many are not watched, as they are too many or the system does not; 0: all are
+  void begun(const QStringList& folders);   // the watch has begun or failed; what was read before may be out of date
+  void unwatched(int folders);              // how many are not watched: too many folders, or the system refuses
 
  private:
   class Worker;

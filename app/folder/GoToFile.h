@@ -1,6 +1,6 @@
-// The dialog "Go to File": parts of a name are typed, the files that fit are listed, best first, and one is opened, at a line if
-// one was typed too ("alu:120:5"). Offered are the files of the folder that is worked in and all open documents. Ranking is done on a
-// thread, so that typing never waits.
+// The dialog "Go to File". The user types parts of a name, the matching files are listed, best first, and one is opened, at a line
+// if the user typed one ("alu:120:5"). It offers the files of the work folder and all open documents. Ranking runs on a thread, so that
+// typing never waits.
 #pragma once
 
 #include <QDialog>
@@ -25,16 +25,16 @@ class GoToFile : public QDialog {
  public:
   GoToFile(frmMain& frame, WorkFolder& work);
   ~GoToFile() override;
-  int exec() override;   // with the box of its own kind that other commands see (ModalGuard)
+  int exec() override;   // under a ModalGuard
 
  protected:
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
-  // What is ranked; shared with the thread, so it does not change.
+  // What is ranked. It is shared with the thread, so it never changes.
   struct Offer {
     std::shared_ptr<const folder::NameTable> files;
-    folder::NameTable open;                         // documents that are none of the files
+    folder::NameTable open;                         // open documents outside of `files`
     std::vector<QPointer<frmDocument>> documents;   // of `open`
     std::unordered_map<std::uint64_t, std::uint32_t> recency;
     std::string near;
@@ -54,6 +54,6 @@ class GoToFile : public QDialog {
   std::shared_ptr<const Offer> offer_;
   std::vector<folder::RankedName> shown_;
   std::shared_ptr<std::atomic<bool>> cancel_;
-  bool asked_ = false;             // the list is of what was typed before
-  bool chooseWhenShown_ = false;   // Enter came before the list
+  bool asked_ = false;             // the list is still that of the text before
+  bool chooseWhenShown_ = false;   // the user pressed Enter before the list was ready
 };

@@ -81,7 +81,7 @@ QString WorkFolder::title() const {
 }
 
 void WorkFolder::openFolder(const QString& path) {
-  QString folder = fullPath(path);
+  QString folder = GetFileDir(fullPath(path + QLatin1String("/file")));   // "." and ".." at the end are worked off too
   while (folder.size() > 1 && folder.endsWith(u'/')) folder.chop(1);
   remember(folder);
   set(Kind::folder, folder, {});

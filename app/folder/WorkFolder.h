@@ -1,8 +1,8 @@
-// What the frame works in: a folder that the user opened, a file list in its stead, or the folder that goes with the active document (the
-// nearest one above it that version control begins at, else its own). And the names of the files in it, looked up on a
-// thread and kept up to date.
+// The work folder of the frame: a folder that the user opened, or a file list instead of it, or the folder of the active document.
+// The last one is the nearest folder above the document that holds .git or .hg, else the document's own folder. The class also
+// lists the names of the files in the work folder and keeps the list up to date.
 //
-// All that looks at the disk is done on threads: a folder that hangs leaves the old state standing.
+// All calls on the disk run on threads. While a folder hangs the old state stays.
 #pragma once
 
 #include <QObject>
@@ -24,32 +24,33 @@ class WorkFolder : public QObject {
   explicit WorkFolder(frmMain& frame);
   ~WorkFolder() override;
 
-  // Somebody shows or searches the folder. Before that the disk is not looked at, and only what the user opened is known.
+  // Call this before the folder is shown or searched. Until then nothing is read from disk, and only a folder or list that the user
+  // opened is known.
   void use();
 
   Kind kind() const { return kind_; }
-  // The folder below which names are shown: of a list its working folder. Empty: there is none.
+  // Names are shown relative to this folder. For a file list it is the working folder. Empty: no folder is known.
   const QString& root() const { return root_; }
   const QString& list() const { return list_; }   // the file list; empty without one
   bool relativeToList() const { return relativeToList_; }
-  bool showsAll() const { return showsAll_; }   // what is ignored, hidden or binary too
+  bool showsAll() const { return showsAll_; }   // also ignored, hidden and binary files
   QString title() const;                        // "rtl", "all.f"; empty without a root
 
   void openFolder(const QString& path);
-  // workingFolder: empty to have the likely one found.
+  // workingFolder: if it is empty, the likely one is looked for.
   void openList(const QString& path, bool relativeToList, const QString& workingFolder = {});
   void close();   // back to the folder of the active document
   void setShowsAll(bool on);
   const QStringList& recent() const { return recent_; }   // folders, latest first
 
-  // The files: never null; empty until they are known. Another table each time that they change.
+  // The files. Never null; empty until they are known. Each change makes a new table.
   std::shared_ptr<const folder::NameTable> names() const { return names_; }
   std::shared_ptr<const folder::FileList> fileList() const { return fileList_; }   // null without a list
   bool isReading() const { return reading_; }
-  QString trouble() const { return trouble_; }   // why names() holds less than there is; empty: it does not
-  void refresh();                                // soon; often asked is once done
+  QString trouble() const { return trouble_; }   // why names() is not complete; empty: it is
+  void refresh();                                // reads the files again soon; several calls in a row count as one
 
-  void restore();   // as the last run left it
+  void restore();   // from the settings
   void save() const;
 
  signals:

@@ -83,6 +83,14 @@ TEST_F(Folder, TreeShowsAndChangesTheDisk) {
   ASSERT_TRUE(spinUntil([&] { return document->CurrentFileName() == path("top/rtl/unit.v"); }));
   EXPECT_TRUE(document->DocumentModified());
   EXPECT_EQ(read(path("top/rtl/unit.v")), "text\n");
+  write("top/rtl/unit.v", "others\n");   // under its new name, too, nothing of others is overwritten without a question
+  {
+    ScriptedDialogs guarded;
+    guarded.answer(Answer::no);
+    EXPECT_FALSE(document->SaveDocumment(path("top/rtl/unit.v")));
+  }
+  EXPECT_EQ(read(path("top/rtl/unit.v")), "others\n");
+  write("top/rtl/unit.v", "text\n");
   ASSERT_TRUE(spinUntil([&] { return shown(*model, rtl) == QStringList{nameForDisplay(q("odd\nname.v")), q("unit.v*")}; }));
   {
     ScriptedDialogs refused;
