@@ -12,7 +12,8 @@ void rankNames(benchmark::State& state) {
   folder::NameTable table("/work");
   std::uint32_t random = 1;
   const auto word = [&] {
-    return std::string(kWords[(random = random * 1664525 + 1013904223) >> 16 & 7]) + (random >> 28 ? "" : "x");
+    random = random * 1664525 + 1013904223;
+    return std::string(kWords[random >> 16 & 7]) + (random >> 28 ? "" : "x");
   };
   for (int i = 0; i < 100'000; ++i)
     table.add("design/" + word() + "/rtl/" + word() + '_' + word() + '/' + word() + '_' + std::to_string(i) + ".sv");
