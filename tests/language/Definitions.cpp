@@ -396,7 +396,7 @@ TEST_F(Definitions, LinesThatWouldBeLostAreMarked) {
   type(field("txtOperator"), "+\n");
   EXPECT_FALSE(find<QLabel>("lblWarning")->isVisible());
   type(field("txtMLCS"), "/*");
-  EXPECT_TRUE(find<QLabel>("lblWarning")->text().contains(q("differ in number")));
+  EXPECT_TRUE(find<QLabel>("lblWarning")->text().contains(q("different numbers of entries")));
   click("cmdSave");
   EXPECT_FALSE(dialog->isChanged());
 }
