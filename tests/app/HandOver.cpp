@@ -21,11 +21,10 @@ TEST_F(HandOver, I2_TwoHundredMessagesAreAllActedOnInOrder) {
   first.kill();
 }
 
-// A sender hands over while a dialog is up in the first copy: the open error of a folder, which nobody closes.
+// A sender hands over while a dialog is up in the first copy: the question about a file that is not there, which nobody answers.
 TEST_F(HandOver, I2_WhileADialogIsUpEachSenderIsTold) {
   QProcess& first = startFirst();
-  QDir(dir_.path()).mkdir(q("folder"));
-  start({dir_.filePath(q("folder"))});
+  start({dir_.filePath(q("gone.v"))});
   for (QElapsedTimer timer = started(); run({}) != 1 && timer.elapsed() < kPatience;) QThread::msleep(20);
   ReadFiles read(dir_.path());
   for (int i = 0; i < 6; ++i) {
@@ -59,8 +58,7 @@ TEST_F(HandOver, I2_ASenderWithADisplayShowsABox) {
   environment_.insert(q("QT_QPA_PLATFORM"), q("xcb"));
   environment_.insert(q("DISPLAY"), server.display());
   startFirst();
-  QDir(dir_.path()).mkdir(q("folder"));
-  QProcess& blocker = start({dir_.filePath(q("folder"))});
+  QProcess& blocker = start({dir_.filePath(q("gone.v"))});
   ProgramWindow window;
   QProcess* sender = nullptr;
   QString title;
