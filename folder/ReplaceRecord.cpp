@@ -5,6 +5,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdio>
+#include <thread>
 
 #include "text/file/Decode.h"
 #include "text/store/ContentHash.h"
@@ -17,7 +18,10 @@ using text::FileSystem;
 namespace {
 
 constexpr char kMagic[] = "zelkor replaced 1\n";
+constexpr char kDamaged[] = "The record of its old text is damaged";
 constexpr std::size_t kMostAbout = 4096;
+constexpr int kLockTries = 50;
+constexpr std::int64_t kMakingNs = 3600ll * 1'000'000'000;   // making a record takes less
 
 std::int64_t nowNs() {
   return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
@@ -63,31 +67,42 @@ Side sideOf(const ReplacedFile& file) {
   return stamp.status.size == file.newSize && stamp.contentHash == file.newHash ? Side::new_ : Side::other;
 }
 
-// Held by who writes the record.
-bool inWork(const std::string& folder) {
-  const auto about = text::files::open(FileSystem::kCwd, folder + "/about", text::kRead);
-  return about.ok() && fileSystem().lock(about.get(), true, false) == -EWOULDBLOCK;
+// The lock on "about", held by who writes the record or removes it. It is open for writing, as some network file systems give an
+// exclusive lock for nothing less. *error: 0, or why it is not held.
+text::files::Descriptor lockRecord(const std::string& folder, int* error) {
+  auto about = text::files::open(FileSystem::kCwd, folder + "/about", text::kRead | text::kWrite);
+  *error = about.ok() ? fileSystem().lock(about.get(), true, false) : about.error();
+  return about;
 }
 
-void removeRecord(const std::string& folder) {
-  std::vector<std::string> names;
-  fileSystem().listDir(folder, &names);
-  std::sort(names.begin(), names.end(), std::greater<>());   // "about" goes last but for what is older than it
-  for (const auto& name : names)
-    if (isEntry(name) || name == "done") fileSystem().unlinkAt(FileSystem::kCwd, folder + "/" + name, false);
+// The numbers of the files with old bytes, ascending. False: they cannot be told.
+bool entriesOf(const std::string& folder, std::vector<std::string>* entries) {
+  entries->clear();
+  if (fileSystem().listDir(folder, entries) < 0) return false;
+  std::erase_if(*entries, [](const std::string& name) { return !isEntry(name); });
+  std::sort(entries->begin(), entries->end());
+  return true;
+}
+
+// The old bytes go while the lock is held, the locked file behind that: not every system removes an open one.
+void removeRecord(const std::string& folder, text::files::Descriptor lock) {
+  std::vector<std::string> entries;
+  entriesOf(folder, &entries);
+  for (const auto& name : entries) fileSystem().unlinkAt(FileSystem::kCwd, folder + "/" + name, false);
+  lock.close();
+  fileSystem().unlinkAt(FileSystem::kCwd, folder + "/done", false);
   fileSystem().unlinkAt(FileSystem::kCwd, folder + "/about", false);
   fileSystem().unlinkAt(FileSystem::kCwd, folder, true);
 }
 
 bool isRecord(const std::string& name) { return name.size() > 20 && name.find_first_not_of("0123456789-") == std::string::npos; }
 
-std::vector<std::string> recordsIn(const std::string& records) {
-  std::vector<std::string> names, found;
-  fileSystem().listDir(records, &names);
-  for (const auto& name : names)
-    if (isRecord(name)) found.push_back(name);
-  std::sort(found.begin(), found.end());   // begins with the time
-  return found;
+// Ascending. 0, or -errno.
+int recordsIn(const std::string& records, std::vector<std::string>* names) {
+  const int r = fileSystem().listDir(records, names);
+  std::erase_if(*names, [](const std::string& name) { return !isRecord(name); });
+  std::sort(names->begin(), names->end());   // begins with the time
+  return r;
 }
 
 }   // namespace
@@ -96,10 +111,15 @@ std::unique_ptr<ReplaceRecord> ReplaceRecord::begin(const std::string& records, 
   *error = text::makeFolders(records, 0700);
   if (!error->empty()) return nullptr;
   std::unique_ptr<ReplaceRecord> record(new ReplaceRecord);
-  int made = -EEXIST;
+  std::vector<std::string> others;
+  int made = recordsIn(records, &others);
+  // The newest record has the highest number, also when the clock was set back.
+  const std::int64_t newest = others.empty() ? 0 : std::atoll(others.back().c_str());
+  const std::int64_t number = std::max(nowNs(), newest + 1);
+  if (made >= 0) made = -EEXIST;
   for (int i = 0; made == -EEXIST && i < 100; ++i) {   // two editors may begin at once
     char name[64];
-    std::snprintf(name, sizeof name, "/%020lld-%d", static_cast<long long>(nowNs()), i);
+    std::snprintf(name, sizeof name, "/%020lld-%d", static_cast<long long>(number), i);
     record->folder_ = records + name;
     made = fileSystem().makeDirAt(FileSystem::kCwd, record->folder_, 0700);
   }
@@ -111,16 +131,19 @@ std::unique_ptr<ReplaceRecord> ReplaceRecord::begin(const std::string& records, 
   const std::string file = record->folder_ + "/about";
   *error = text::saveBytes(file, about.substr(0, kMostAbout), 0600).error;
   if (error->empty()) {
-    record->lock_ = text::files::open(FileSystem::kCwd, file, text::kRead);
-    if (!record->lock_.ok()) *error = text::errorText(record->lock_.error());
-    else fileSystem().lock(record->lock_.get(), true, false);
+    int r = -EWOULDBLOCK;   // another editor may look at it at this moment
+    for (int i = 0; r == -EWOULDBLOCK && i < kLockTries; ++i) {
+      if (i > 0) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      record->lock_ = lockRecord(record->folder_, &r);
+    }
+    if (r < 0) *error = text::errorText(r);
   }
   // The name of the record's folder has to last as well.
   const auto parent = text::files::open(FileSystem::kCwd, records, text::kRead | text::kDirectory);
   if (error->empty() && parent.ok())
     if (const int r = text::files::syncFolder(parent.get()); r < 0) *error = text::errorText(r);
   if (error->empty()) return record;
-  removeRecord(record->folder_);
+  removeRecord(record->folder_, std::move(record->lock_));
   record->finished_ = true;
   return nullptr;
 }
@@ -147,8 +170,7 @@ std::string ReplaceRecord::finish() {
   finished_ = true;
   std::string error;
   if (kept_ == 0) {
-    lock_.close();
-    removeRecord(folder_);
+    removeRecord(folder_, std::move(lock_));
   } else {
     error = text::saveBytes(folder_ + "/done", "", 0600).error;
     lock_.close();
@@ -158,35 +180,39 @@ std::string ReplaceRecord::finish() {
 
 std::optional<LastReplace> lastReplace(const std::string& records) {
   std::optional<LastReplace> last;
-  auto names = recordsIn(records);
+  std::vector<std::string> names, entries;
+  recordsIn(records, &names);
   for (auto name = names.rbegin(); name != names.rend(); ++name) {
     const std::string folder = records + "/" + *name;
-    if (inWork(folder)) continue;
-    const std::int64_t began = std::atoll(name->c_str());
-    if (last || nowNs() - began > std::int64_t(kRecordDays) * 86400 * 1'000'000'000) {
-      removeRecord(folder);
+    const std::int64_t age = nowNs() - std::atoll(name->c_str());
+    int locked = 0;
+    auto lock = lockRecord(folder, &locked);
+    if (locked == -EWOULDBLOCK || !entriesOf(folder, &entries)) continue;
+    const bool mayGo = locked == 0 || locked == -ENOENT;   // else somebody may be at it
+    if (entries.empty()) {                                 // a young one is being made: it is not locked at once
+      if (mayGo && age > kMakingNs) removeRecord(folder, std::move(lock));
       continue;
     }
-    LastReplace found;
+    if (last || age > std::int64_t(kRecordDays) * 86400 * 1'000'000'000) {
+      if (mayGo) removeRecord(folder, std::move(lock));
+      continue;
+    }
+    LastReplace& found = last.emplace();
     found.folder = folder;
     std::string error;
     found.about = text::readBytes(folder + "/about", &error, kMostAbout);
     found.interrupted = !text::fileExists(folder + "/done");
-    std::vector<std::string> entries;
-    fileSystem().listDir(folder, &entries);
-    std::sort(entries.begin(), entries.end());
     for (const auto& entry : entries) {
-      if (!isEntry(entry)) continue;
-      ReplacedFile file;
-      file.entry = folder + "/" + entry;
+      ReplacedFile& file = found.files.emplace_back();
+      file.entry = file.path = folder + "/" + entry;   // the path until its own is read
       const std::string bytes = text::readBytes(file.entry, &error);
-      if (!error.empty() || !readEntry(bytes, &file, nullptr)) continue;   // its file was not touched yet
-      file.side = sideOf(file);
-      found.bytes += file.oldSize;
-      found.files.push_back(std::move(file));
+      if (!error.empty()) file.trouble = "Its old text cannot be read: " + error;
+      else if (!readEntry(bytes, &file, nullptr)) file.trouble = kDamaged;
+      else {
+        file.side = sideOf(file);
+        found.bytes += file.oldSize;
+      }
     }
-    if (found.files.empty()) removeRecord(folder);
-    else last = std::move(found);
   }
   return last;
 }
@@ -195,14 +221,15 @@ void markTold(const LastReplace& last) { text::saveBytes(last.folder + "/done", 
 
 std::vector<UndoneFile> undoReplace(const LastReplace& last) {
   std::vector<UndoneFile> undone;
-  bool all = true;
   for (const auto& file : last.files) {
     UndoneFile& result = undone.emplace_back();
     result.path = file.path;
+    result.trouble = file.trouble;
+    if (!result.trouble.empty()) continue;
     ReplacedFile entry;
     std::string_view old;
     const std::string bytes = text::readBytes(file.entry, &result.trouble);
-    if (result.trouble.empty() && !readEntry(bytes, &entry, &old)) result.trouble = "The record of its old text is damaged";
+    if (result.trouble.empty() && !readEntry(bytes, &entry, &old)) result.trouble = kDamaged;
     const text::FileStamp now = text::stampOf(file.path, true);
     const bool isOld = now.exists && now.status.size == file.oldSize && now.contentHash == file.oldHash;
     const bool isNew = now.exists && now.status.size == file.newSize && now.contentHash == file.newHash;
@@ -216,9 +243,11 @@ std::vector<UndoneFile> undoReplace(const LastReplace& last) {
       if (result.trouble.empty()) result.trouble = text::saveFile(file.path, text.text, {text.format, now}).error;
     }
     if (result.trouble.empty()) fileSystem().unlinkAt(FileSystem::kCwd, file.entry, false);
-    else all = false;
   }
-  if (all) removeRecord(last.folder);
+  int locked = 0;
+  auto lock = lockRecord(last.folder, &locked);
+  std::vector<std::string> entries;
+  if (entriesOf(last.folder, &entries) && entries.empty()) removeRecord(last.folder, std::move(lock));
   return undone;
 }
 

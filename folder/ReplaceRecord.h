@@ -45,6 +45,7 @@ struct ReplacedFile {
   std::int64_t oldSize = 0, newSize = 0;
   std::uint64_t oldHash = 0, newHash = 0;
   Side side = Side::other;
+  std::string trouble;   // for the user; not empty: the entry could not be read, and the path may be the entry's own
 };
 
 struct LastReplace {
@@ -53,7 +54,8 @@ struct LastReplace {
   std::vector<ReplacedFile> files;
   std::int64_t bytes = 0;   // that the old texts take
 };
-// The newest record that nobody is writing; each file is looked at. Removes those that are too old, or not the newest.
+// The newest record that nobody is writing; each file is looked at. Removes those that are too old, or not the newest, and nothing
+// of which it cannot tell what it holds.
 std::optional<LastReplace> lastReplace(const std::string& records);
 // It has been told that this one was interrupted.
 void markTold(const LastReplace& last);
