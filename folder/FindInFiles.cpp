@@ -1,6 +1,7 @@
 #include "folder/FindInFiles.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <condition_variable>
 #include <map>
@@ -21,12 +22,20 @@ constexpr std::size_t kBatch = 16;    // names handed to a worker at once
 constexpr std::size_t kWindow = 64;   // batches that may be under way or wait for an older one
 constexpr std::size_t kNames = 20;    // of skipped files
 
-std::string withBreaks(std::string_view what, std::string_view lineBreak) {
+// A text with line breaks as the expression that finds it with line breaks of every kind, also mixed.
+bool overLines(std::string_view what, const text::SearchOptions& options) {
+  return !options.regex && what.find('\n') != std::string_view::npos;
+}
+std::string expressionOf(std::string_view what) {
   std::string out;
   for (std::size_t i = 0; i < what.size(); ++i) {
     if (what.substr(i, 2) == "\r\n") ++i;
-    if (what[i] == '\n') out += lineBreak;
-    else out += what[i];
+    const char c = what[i];
+    if (c == '\n') out += "\\n";
+    else if (c == '\r') out += "\\x0d";
+    else if (c == '\0') out += "\\x00";
+    else if (c > ' ' && c < 127 && !std::isalnum(static_cast<unsigned char>(c)) && c != '_') out.append(1, '\\').append(1, c);
+    else out += c;
   }
   return out;
 }
@@ -108,17 +117,20 @@ std::int64_t characters(std::string_view bytes) {
 // What is searched for ------------------------------------------------------------------------------------------------
 
 FindText::FindText(std::string what, const text::SearchOptions& options)
-    : what_(std::move(what)), options_(options), needles_(what_, options) {
-  const bool several = !options.regex && what_.find('\n') != std::string::npos;
-  if (!several) finders_.emplace_back(what_, options);
-  else
-    for (const char* lineBreak : {"\n", "\r\n", "\r"}) finders_.emplace_back(withBreaks(what_, lineBreak), options);
+    : what_(std::move(what)),
+      options_(options),
+      needles_(what_, options),
+      finder_(overLines(what_, options) ? text::Finder(expressionOf(what_), {options.matchCase, options.wholeWord, true})
+                                        : text::Finder(what_, options)) {
+  if (overLines(what_, options)) literal_.emplace(what_, options);
 }
 
-const text::Finder& FindText::in(const Snapshot& text) const {
-  if (finders_.size() == 1) return finders_[0];
-  if (text.lineMode() == text::LineMode::cr) return finders_[2];
-  return finders_[text.lineBreak(LineNo(0)) == text::LineBreak::crlf ? 1 : 0];
+text::SearchEnd FindText::each(const Snapshot& text, const std::function<bool(const text::Match&)>& take,
+                               text::SearchControl* control) const {
+  const bool endIsNoLine = text.size() > ByteOffset(0) && text.lineStart(LineNo(text.lineCount() - 1)) == text.size();
+  return finder_.each(
+      text, {ByteOffset(0), text.size()},
+      [&](const text::Match& match) { return (endIsNoLine && match.range.begin == text.size()) || take(match); }, control);
 }
 
 // One text ------------------------------------------------------------------------------------------------------------
@@ -127,10 +139,7 @@ TextFinds findRows(const Snapshot& text, const FindText& what, const FindRules& 
   TextFinds result;
   Lines lines(text);
   std::int64_t lastLine = -1;   // of the newest row
-  // What stands behind the last line break of a file is a line only when it holds something.
-  const bool endIsNoLine = text.size() > ByteOffset(0) && text.lineStart(LineNo(text.lineCount() - 1)) == text.size();
   const auto take = [&](const text::Match& match) {
-    if (endIsNoLine && match.range.begin == text.size()) return true;
     if (rules.mostHits > 0 && result.hits >= rules.mostHits) {
       result.cut = true;
       return false;
@@ -160,7 +169,7 @@ TextFinds findRows(const Snapshot& text, const FindText& what, const FindRules& 
     lastLine = lines.line;
     return true;
   };
-  const text::SearchEnd end = what.in(text).each(text, {ByteOffset(0), text.size()}, take, control);
+  const text::SearchEnd end = what.each(text, take, control);
   result.error = end.error;
   return result;
 }

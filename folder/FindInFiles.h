@@ -19,12 +19,16 @@ namespace folder {
 
 std::int64_t characters(std::string_view bytes);   // how many there are, as columns count them
 
-// What is searched for. A line break in a text that is no expression is any of a file's own.
+// What is searched for. A line break in a text that is no expression is any line break.
 class FindText {
  public:
   FindText(std::string what, const text::SearchOptions& options);
-  const std::string& error() const { return finders_[0].error(); }
-  const text::Finder& in(const text::Snapshot& text) const;   // the one for this text's line breaks
+  const std::string& error() const { return finder_.error(); }
+  // Passes each hit in a text, as Finder::each() does. What stands behind the last line break is a line only when it holds something,
+  // so an empty match there is none.
+  text::SearchEnd each(const text::Snapshot& text, const std::function<bool(const text::Match&)>& take,
+                       text::SearchControl* control) const;
+  const text::Finder& replacer() const { return literal_ ? *literal_ : finder_; }   // for replacementFor()
   const text::Needles& needles() const { return needles_; }
   const std::string& what() const { return what_; }
   const text::SearchOptions& options() const { return options_; }
@@ -33,7 +37,8 @@ class FindText {
   std::string what_;
   text::SearchOptions options_;
   text::Needles needles_;
-  std::vector<text::Finder> finders_;   // for LF, CR LF and CR; one where that is all the same
+  text::Finder finder_;
+  std::optional<text::Finder> literal_;   // where finder_ is an expression made of a text
 };
 
 struct FindRules {

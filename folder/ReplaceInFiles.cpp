@@ -22,8 +22,14 @@ std::string cutAt(std::string text, std::size_t length) {
   return text.substr(0, length) + "...";
 }
 
-// An exchange with its place and what is shown of its line.
-Exchange exchangeAt(const Snapshot& text, ByteRange range, std::string then) {
+// Counts columns from one place on to the next, so that a line with many places is read once.
+struct Columns {
+  ByteOffset line{-1}, offset{0};   // the beginning of the line, and where the column is
+  std::int64_t column = 1;
+};
+
+// An exchange with its place and what is shown of its line. Places ascend.
+Exchange exchangeAt(const Snapshot& text, ByteRange range, std::string then, Columns* columns) {
   Exchange e;
   e.range = range;
   e.now = text.bytes(range);
@@ -31,7 +37,10 @@ Exchange exchangeAt(const Snapshot& text, ByteRange range, std::string then) {
   const LineNo line = text.lineAt(range.begin);
   const ByteOffset begin = text.lineStart(line), end = std::max(text.lineEnd(line), range.begin);
   e.line = line.value + 1;
-  e.column = characters(text.bytes({begin, range.begin})) + 1;
+  if (begin != columns->line) *columns = {begin, begin, 1};
+  columns->column += characters(text.bytes({columns->offset, range.begin}));
+  columns->offset = range.begin;
+  e.column = columns->column;
   // Of a long line, what is around the place.
   ByteOffset from = std::max(begin, range.begin - kShown / 2);
   while (from > begin && (static_cast<unsigned char>(text.at(from)) & 0xC0) == 0x80) from += 1;
@@ -47,19 +56,20 @@ Exchange exchangeAt(const Snapshot& text, ByteRange range, std::string then) {
 std::string planText(const Snapshot& text, const FindText& what, const Replacing& replacing, text::LineBreak usual,
                      std::int64_t most, text::SearchControl& control, std::vector<Exchange>* exchanges) {
   std::string error;
-  const text::Finder& finder = what.in(text);
+  const text::Finder& replacer = what.replacer();
+  Columns columns;
   const auto take = [&](const text::Match& match) {
     if (static_cast<std::int64_t>(exchanges->size()) >= most) {
       error = "The text is found more than " + std::to_string(kMostExchanges) +
               " times; nothing is replaced. Search in fewer files, or for a longer text.";
       return false;
     }
-    auto fresh = finder.replacementFor(text, match, replacing.by, replacing.preserveCase, &error, {usual, false});
+    auto fresh = replacer.replacementFor(text, match, replacing.by, replacing.preserveCase, &error, {usual, false});
     if (!fresh) return false;
-    if (*fresh != text.bytes(match.range)) exchanges->push_back(exchangeAt(text, match.range, std::move(*fresh)));
+    if (*fresh != text.bytes(match.range)) exchanges->push_back(exchangeAt(text, match.range, std::move(*fresh), &columns));
     return true;
   };
-  const text::SearchEnd end = finder.each(text, {ByteOffset(0), text.size()}, take, &control);
+  const text::SearchEnd end = what.each(text, take, &control);
   if (error.empty()) error = end.error;
   return error;
 }
@@ -138,11 +148,12 @@ ReplacePlanned planReplacing(const FindText& what, const Replacing& replacing, c
 }
 
 std::string planLines(const Snapshot& text, const std::vector<NewLine>& lines, FilePlan* plan) {
+  Columns columns;
   for (const NewLine& one : lines) {
     if (one.line < 1 || one.line > text.lineCount()) return "It has no line " + std::to_string(one.line);
     const LineNo line(one.line - 1);
     if (text.line(line) != one.now) return "Line " + std::to_string(one.line) + " is not as the list shows it";
-    plan->exchanges.push_back(exchangeAt(text, {text.lineStart(line), text.lineEnd(line)}, one.then));
+    plan->exchanges.push_back(exchangeAt(text, {text.lineStart(line), text.lineEnd(line)}, one.then, &columns));
   }
   return {};
 }

@@ -158,7 +158,7 @@ TEST_F(FindInFiles, RowsHoldWholeMatchesAndTheLimitIsExact) {
   write("b.v", "x\n");
   EXPECT_EQ(find("begin\\s+end x\\nla", {.regex = true}).rows,
             root_ + "/a.v:3:5: \xc3\xa9 x begin\n" + root_ + "/a.v:4:   end x\n" + root_ + "/a.v:5: last\n");
-  EXPECT_EQ(find("two\n\xc3\xa9 x", {}).rows, "");   // its line ends are not those of the first line
+  EXPECT_EQ(find("TWO\n\xc3\xa9 x", {}).rows, root_ + "/a.v:2:1: two\n" + root_ + "/a.v:3: \xc3\xa9 x begin\n");   // CR LF among LF
   const Found all = find("x", {});
   EXPECT_EQ(all.rows, root_ + "/a.v:1:5: one x x\n" + root_ + "/a.v:3:3: \xc3\xa9 x begin\n" + root_ + "/a.v:4:7:   end x\n" +
                           root_ + "/b.v:1:1: x\n");

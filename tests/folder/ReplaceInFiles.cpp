@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -130,6 +131,69 @@ TEST(ReplaceInFiles, WhatChangedSinceOrDoesNotFitStaysAndIsNamed) {
                 .error,
             "");
   EXPECT_NE(plan(folder / "f", "foo", "$7", kRegex).error, "");
+}
+
+TEST(ReplaceInFiles, PlansWhatTheSearchFinds) {
+  const TempFolder folder;
+  put(fs::path(folder.path()) / "ends", "a\nb\n");
+  EXPECT_EQ(plan(folder.path(), "$", ";", kRegex).changes(), 2);
+  put(fs::path(folder.path()) / "ends", "a\nb\r\na\r\nb");
+  const ReplacePlanned literal = plan(folder.path(), "a\nb", "$0\n.", kCase);   // over line ends of both kinds
+  ASSERT_EQ(literal.changes(), 2);
+  EXPECT_EQ(literal.files[0].exchanges[0].then, "$0\n.");
+  EXPECT_EQ(literal.files[0].exchanges[1].then, "$0\r\n.");
+  std::string line;
+  for (int i = 0; i < 20000; ++i) line += "\xc3\xa9" + std::string(47, ' ') + "x";
+  put(fs::path(folder.path()) / "ends", line);
+  const auto began = std::chrono::steady_clock::now();
+  const ReplacePlanned many = plan(folder.path(), "x", "y", kCase);
+  EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(5));   // each column from the line's beginning: minutes
+  ASSERT_EQ(many.changes(), 20000);
+  EXPECT_EQ(many.files[0].exchanges.back().column, 20000 * 49);
+}
+
+// M1: no failing call, and nobody who looks meanwhile, loses an old text.
+TEST(ReplaceInFiles, OldTextsOutlastFailingCallsLooksFromOutsideAndTheClock) {
+  const FindSource files = [](const auto& give) {
+    for (const char* path : {"/f/a", "/f/b"}) give({path, {}});
+  };
+  DiskState before, after;
+  {
+    CrashFileSystem disk(DiskState{{"/f/a", "foo"}, {"/f/b", "foo foo"}});
+    const UseFileSystem use(disk);
+    replaceAll(plan(files, "foo", "first", kCase), "/state/replaced");
+    const std::string made = lastReplace("/state/replaced")->folder;
+    for (const auto& [path, bytes] : disk.now())   // as if the clock had been years ahead
+      before[path.starts_with(made) ? "/state/replaced/04000000000000000000-0" + path.substr(made.size()) : path] = bytes;
+  }
+  {
+    CrashFileSystem disk(before);
+    FaultyFileSystem watched(disk);
+    const UseFileSystem use(watched);
+    const ReplacePlanned planned = plan(files, "first", "second", kCase);
+    watched.before([](const Call&) { lastReplace("/state/replaced"); });
+    for (const auto& one : replaceAll(planned, "/state/replaced")) EXPECT_EQ(one.trouble, "");
+    watched.clear();
+    EXPECT_EQ(lastReplace("/state/replaced")->files.size(), 2u);   // and the older record is gone
+    after = disk.now();
+    EXPECT_EQ(after.at("/f/b"), "second second");
+  }
+  for (int n = 1, calls = 1; n <= calls; ++n) {
+    SCOPED_TRACE(n);
+    CrashFileSystem again(after);
+    FaultyFileSystem faulty(again);
+    const UseFileSystem use(faulty);
+    if (n > 1) faulty.failCall(n - 1, n % 2 == 0 ? EIO : EMFILE);   // at first none
+    if (const auto last = lastReplace("/state/replaced")) undoReplace(*last);
+    if (n == 1) calls = 1 + int(faulty.log().size());
+    faulty.clear();
+    if (const auto last = lastReplace("/state/replaced")) {
+      for (const auto& one : undoReplace(*last)) EXPECT_EQ(one.trouble, "");
+    }
+    EXPECT_EQ(again.now().at("/f/a"), "first");
+    EXPECT_EQ(again.now().at("/f/b"), "first first");
+    EXPECT_FALSE(lastReplace("/state/replaced").has_value());
+  }
 }
 
 // M1, M2: killed before each call, each call failing, and the power cut there.
