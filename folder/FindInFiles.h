@@ -28,6 +28,7 @@ class FindText {
   // so an empty match there is none.
   text::SearchEnd each(const text::Snapshot& text, const std::function<bool(const text::Match&)>& take,
                        text::SearchControl* control) const;
+  const text::Finder& finder() const { return finder_; }
   const text::Finder& replacer() const { return literal_ ? *literal_ : finder_; }   // for replacementFor()
   const text::Needles& needles() const { return needles_; }
   const std::string& what() const { return what_; }

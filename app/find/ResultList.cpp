@@ -181,7 +181,7 @@ std::vector<ByteRange> ResultList::hitsFrom(const text::Snapshot& text, ByteOffs
   constexpr std::int64_t kMost = 1 << 20, kBehind = 1 << 16;
   text::FindBudget budget(std::chrono::milliseconds(30));
   const ByteOffset end = std::min({text.size(), lineEnd + kBehind, from + kMost});   // one may go over line ends
-  std::vector<ByteRange> hits = what_->in(text).all(text, {from, end}, nullptr, &budget).ranges;
+  std::vector<ByteRange> hits = what_->finder().all(text, {from, end}, nullptr, &budget).ranges;
   std::erase_if(hits, [&](const ByteRange& hit) { return hit.begin > lineEnd; });
   return hits;
 }
