@@ -29,6 +29,7 @@ class ReplaceRecord {
   void drop();   // what was kept last: that file was not changed
   // All files have been changed that are to be. A record without any goes again. Error text.
   std::string finish();
+  std::string folder() const { return kept_ > 0 ? folder_ : std::string(); }   // empty: nothing is kept
 
  private:
   ReplaceRecord() = default;

@@ -1,6 +1,7 @@
 #include "script/FindTask.h"
 
 #include <algorithm>
+#include <set>
 
 #include "base/QStringBytes.h"
 #include "document/frmDocument.h"
@@ -69,6 +70,7 @@ folder::ReplacePlanned FindTask::plan(const folder::Replacing& by, text::SearchC
   };
   for (const Open& one : open)
     if (one.hasFile && look(one.path)) known[{status.device, status.inode}] = &one;
+  std::set<std::string> given;   // an open text comes once, whatever names lead to it
   return folder::planReplacing(
       *what, by, rules(),
       [&](const auto& give) {
@@ -77,7 +79,7 @@ folder::ReplacePlanned FindTask::plan(const folder::Replacing& by, text::SearchC
               if (!item.text && !known.empty() && look(item.path))
                 if (const auto one = known.find({status.device, status.inode}); one != known.end())
                   item = {one->second->path, one->second->text};
-              return give(std::move(item));
+              return (item.text && !given.insert(item.path).second) || give(std::move(item));
             },
             control, report);
       },

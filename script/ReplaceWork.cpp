@@ -6,6 +6,7 @@
 #include "base/FileNames.h"
 #include "base/LongWork.h"
 #include "base/Strings.h"
+#include "base/Workspace.h"
 #include "document/Frame.h"
 #include "document/frmDocument.h"
 
@@ -13,6 +14,8 @@ namespace {
 QString replaceText(const char* text) { return QCoreApplication::translate("ReplaceWork", text); }
 constexpr int kLongestName = 300;
 }   // namespace
+
+Replaced& newestReplaced() { return Workspace::current().part<Replaced>(); }
 
 std::string replaceRecords() { return fromQString(userStateFolder()) + "/replaced"; }
 
@@ -32,7 +35,7 @@ Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const 
   struct Held {
     std::vector<folder::FilePlan> files;
     std::vector<folder::Outcome> outcomes;
-    std::string about, records, error;
+    std::string about, records, record, error;
   };
   Replaced replaced;
   const auto held = std::make_shared<Held>();
@@ -50,8 +53,7 @@ Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const 
     text::Document* const text = document ? &document->cmx->model()->document() : nullptr;
     if (!text) fail(replaceText("It is not open any more"));
     else if (text->readOnly()) fail(replaceText("It is read-only"));
-    else if (!text->snapshot().sameAs(plan.text) && !folder::fits(plan, text->snapshot()))
-      fail(replaceText("It has been changed since the search"));
+    else if (!text->snapshot().sameAs(plan.text)) fail(replaceText("It has been changed since the search"));
     else if (!text->apply(edits, document->cmx->editor().selection())) fail(replaceText("It could not be changed"));
     else {
       replaced.changes += std::int64_t(edits.size());
@@ -59,7 +61,11 @@ Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const 
       replaced.open.push_back({document, text->revision()});
     }
   }
-  if (held->files.empty()) return replaced;
+  const auto keep = [&] {
+    if (replaced.changes > 0 || !replaced.record.empty()) newestReplaced() = replaced;
+    return replaced;
+  };
+  if (held->files.empty()) return keep();
   held->about = fromQString(about);
   held->records = replaceRecords();
   const auto work = [held](text::SearchControl& control) {
@@ -71,6 +77,7 @@ Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const 
       control.bytesDone += plan.stamp.status.size;
     }
     held->error = record->finish();
+    held->record = record->folder();
   };
   LongWork::run(asker, bytes, work, replaceText("Replacing..."), true);
   for (const auto& outcome : held->outcomes) {
@@ -80,5 +87,8 @@ Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const 
   }
   if (held->outcomes.empty() && !held->error.empty())
     replaced.troubles << replaceText("No file was changed, as their old texts could not be kept: %1").arg(toQString(held->error));
-  return replaced;
+  else if (!held->error.empty())
+    replaced.troubles << replaceText("The record of the old texts could not be finished: %1").arg(toQString(held->error));
+  replaced.record = held->record;
+  return keep();
 }

@@ -20,7 +20,10 @@ struct Replaced {
     std::uint64_t revision = 0;   // behind the change
   };
   std::vector<Open> open;
+  std::string record;   // the folder with the old texts of files; empty: no file was changed
 };
+// The newest replacing of this run of the program that changed anything: what undo takes back as one.
+Replaced& newestReplaced();
 
 // The ticked changes of the plans. The user waits, and may cancel between two files.
 Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const QString& about);

@@ -56,5 +56,4 @@ class FindFrame : public QObject {
   QTimer timer_;
   bool hearsLog_ = false;
   QElapsedTimer since_;
-  std::vector<Replaced::Open> lastOpen_;   // texts that the last replacing changed in their windows
 };

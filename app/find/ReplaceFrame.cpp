@@ -3,6 +3,7 @@
 #include <QLocale>
 #include <QWidget>
 #include <thread>
+#include <utility>
 
 #include "app/find/FindFrame.h"
 #include "app/find/ResultList.h"
@@ -81,8 +82,7 @@ void FindFrame::preview(std::vector<folder::FilePlan> files, const QString& abou
 }
 
 void FindFrame::apply(std::vector<folder::FilePlan> files, const QString& about) {
-  Replaced replaced = makeChanges(frame_, std::move(files), about);
-  lastOpen_ = std::move(replaced.open);
+  const Replaced replaced = makeChanges(frame_, std::move(files), about);
   const QString done = tr("%L1 change(s) in %L2 file(s)").arg(replaced.changes).arg(replaced.files);
   if (window_) window_->tell(done, !replaced.troubles.isEmpty());
   SetStatusText(done);
@@ -93,7 +93,7 @@ void FindFrame::apply(std::vector<folder::FilePlan> files, const QString& about)
 // What the last replacing changed in windows, where nothing was changed since. Gives the names of the others.
 QStringList FindFrame::undoOpen() {
   QStringList left;
-  for (const Replaced::Open& one : lastOpen_) {
+  for (const Replaced::Open& one : std::exchange(newestReplaced().open, {})) {
     if (!one.document) continue;
     CodeMax* const cmx = one.document->cmx;
     if (cmx->model()->document().revision() == one.revision) cmx->ExecuteCmd(Cmd::UNDO);
@@ -101,7 +101,6 @@ QStringList FindFrame::undoOpen() {
       left << nameForDisplay(one.document->CurrentFileTitle()) + u": "_s +
                   tr("It has been changed since; Undo in its window goes step by step");
   }
-  lastOpen_.clear();
   return left;
 }
 
@@ -110,7 +109,13 @@ void FindFrame::undoLast() {
   const auto look = [last, where = replaceRecords()](text::SearchControl&) { *last = folder::lastReplace(where); };
   if (!LongWork::runOrLeave(frame_, look, tr("Looking at the files..."))) return;
   const QString title = tr("Undo Last Replace in Files");
-  if (!*last && lastOpen_.empty()) {
+  // Only what one replacing changed: the newest may have changed open texts alone, and another copy of the program, or a script, may have
+  // replaced since.
+  Replaced& newest = newestReplaced();
+  std::erase_if(newest.open, [](const Replaced::Open& one) { return !one.document; });
+  if (!newest.open.empty() && newest.record.empty()) last->reset();
+  const std::size_t open = !*last || (*last)->folder == newest.record ? newest.open.size() : 0;
+  if (!*last && open == 0) {
     MsgBox(tr("Nothing was replaced in files, or it has been brought back."), title, Icon::information);
     return;
   }
@@ -124,9 +129,10 @@ void FindFrame::undoLast() {
     question += u"\r\n"_s + tr("The old texts (%1) lie in %2, until the next replacing and at most 30 days.")
                                 .arg(sizeOf((*last)->bytes), plainForDisplay(toQString((*last)->folder)));
   }
-  if (!lastOpen_.empty()) question += u"\r\n"_s + tr("%L1 open document(s) take the change back.").arg(lastOpen_.size());
+  if (open > 0) question += u"\r\n"_s + tr("%L1 open document(s) take the change back.").arg(open);
   if (MsgBox(question.trimmed(), title, Icon::question, Buttons::okCancel) != Answer::ok) return;
-  QStringList left = undoOpen();
+  QStringList left;
+  if (open > 0) left = undoOpen();
   if (*last) {
     const auto undone = std::make_shared<std::vector<folder::UndoneFile>>();
     LongWork::run(

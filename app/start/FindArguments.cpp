@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "base/FileNames.h"
 #include "base/Options.h"
 #include "base/QStringBytes.h"
 #include "folder/FindInFiles.h"
@@ -127,13 +128,20 @@ int runFind(const QStringList& arguments) {
         if (!give({place.path, {}})) return;
         continue;
       }
+      // The rules of version control may stand above a folder that is named against the current one.
+      const std::string real = fromQString(foldersRealPath(toQString(place.path)));
+      const std::string root = real.empty() ? place.path : real;
+      const auto named = [&](const std::string& path) {
+        const std::string below(folder::belowRoot(root, path));
+        return here ? below : below.empty() ? place.path : (place.path.ends_with('/') ? place.path : place.path + '/') + below;
+      };
       const auto report = folder::walk(
-          place.path, walk,
+          root, walk,
           [&](const std::string& path) {
-            return give({here ? path.substr(2) : path, {}});
+            return give({named(path), {}});
           },
           &control.cancel);
-      for (const auto& one : report.troubles) fail(one.path + ": " + one.reason);
+      for (const auto& one : report.troubles) fail(named(one.path) + ": " + one.reason);
       if (!report.error.empty()) fail(place.path + ": " + report.error);
       trouble = trouble || report.unreadable > 0 || !report.error.empty();
     }

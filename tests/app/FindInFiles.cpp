@@ -122,6 +122,25 @@ TEST_F(FindInFiles, WhatIsTickedIsReplacedAndComesBack) {
   EXPECT_EQ(text(*open), "foo\n");
   EXPECT_EQ(read(b), "foo foo\r\n");
 
+  // The newest replacing alone is taken back, here one of an open text, which a second name leads to.
+  const auto replaceAll = [&](const char* what, const char* by) {
+    fields(what, by);
+    inPreview(accept);
+    part<QPushButton>("filesReplace")->click();
+  };
+  ASSERT_EQ(::link(path("a.v").toUtf8().constData(), path("z.v").toUtf8().constData()), 0);
+  replaceAll("foo foo", "bar");
+  open->cmx->setText(q("mine\n"));
+  replaceAll("mine", "mine_mine");
+  EXPECT_EQ(text(*open), "mine_mine\n");
+  boxes.answer(Answer::ok);
+  trigger("mEditUndoReplaceInFiles");
+  EXPECT_EQ(text(*open), "mine\n");
+  EXPECT_EQ(read(b), "bar\r\n");
+  boxes.answer(Answer::ok);
+  trigger("mEditUndoReplaceInFiles");
+  EXPECT_EQ(read(b), "foo foo\r\n");
+
   // Lines that were changed in the list go back to their files.
   fields("foo");
   findAll();
@@ -143,6 +162,12 @@ TEST_F(FindInFilesFromTheCommandLine, PrintsSortedLinesAndEndsAsGrepDoes) {
   write(q("d/a.v"), "no\r\n\xc3\xa9 foo Foo\r\n");
   write(q("d/b.txt"), "foo\n");
   write(q("d/.gitignore"), "b.txt\n");
+  QDir(dir_.path()).mkpath(q("r/.git"));   // a repository whose rules stand above the folder that is searched
+  QDir(dir_.path()).mkpath(q("r/s/t"));
+  write(q("r/.git/HEAD"), "ref: refs/heads/main\n");
+  write(q("r/.gitignore"), "/s/t/left_out\n");
+  write(q("r/s/t/left_out"), "above\n");
+  write(q("r/s/t/a.v"), "above\n");
   struct Case {
     QStringList arguments;
     const char *output, *error;
@@ -156,6 +181,7 @@ TEST_F(FindInFilesFromTheCommandLine, PrintsSortedLinesAndEndsAsGrepDoes) {
                              0},
                         Case{{q("fo"), q("--word"), q("d")}, "", "", 1},
                         Case{{q("foo"), q("none"), q("d/b.txt")}, "d/b.txt:1:1: foo\n", "none: No such file or directory", 2},
+                        Case{{q("above"), q("r/s/t")}, "r/s/t/a.v:1:1: above\n", "", 0},
                         Case{{q("("), q("--regex")}, "", "Error in the expression", 2},
                         Case{{q("foo"), q("--limit=0")}, "", "--limit needs a number above 0", 2}}) {
     SCOPED_TRACE(c.arguments.join(u' ').toStdString());
