@@ -178,7 +178,9 @@ std::string ReplaceRecord::finish() {
   return error;
 }
 
-std::optional<LastReplace> lastReplace(const std::string& records) {
+namespace {
+
+std::optional<LastReplace> newestRecord(const std::string& records, bool finishedToo) {
   std::optional<LastReplace> last;
   std::vector<std::string> names, entries;
   recordsIn(records, &names);
@@ -202,6 +204,7 @@ std::optional<LastReplace> lastReplace(const std::string& records) {
     std::string error;
     found.about = text::readBytes(folder + "/about", &error, kMostAbout);
     found.interrupted = !text::fileExists(folder + "/done");
+    if (!found.interrupted && !finishedToo) continue;
     for (const auto& entry : entries) {
       ReplacedFile& file = found.files.emplace_back();
       file.entry = file.path = folder + "/" + entry;   // the path until its own is read
@@ -214,8 +217,14 @@ std::optional<LastReplace> lastReplace(const std::string& records) {
       }
     }
   }
+  if (last && !last->interrupted && !finishedToo) last.reset();
   return last;
 }
+
+}   // namespace
+
+std::optional<LastReplace> lastReplace(const std::string& records) { return newestRecord(records, true); }
+std::optional<LastReplace> interruptedReplace(const std::string& records) { return newestRecord(records, false); }
 
 void markTold(const LastReplace& last) { text::saveBytes(last.folder + "/done", "", 0600); }
 

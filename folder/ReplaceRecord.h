@@ -58,6 +58,8 @@ struct LastReplace {
 // The newest record that nobody is writing; each file is looked at. Removes those that are too old, or not the newest, and nothing
 // of which it cannot tell what it holds.
 std::optional<LastReplace> lastReplace(const std::string& records);
+// The same where it was interrupted, else none; old texts of one that came to its end are not read.
+std::optional<LastReplace> interruptedReplace(const std::string& records);
 // It has been told that this one was interrupted.
 void markTold(const LastReplace& last);
 

@@ -31,10 +31,6 @@ struct FindRun::Shared {
     folder::appendRows(file, &text);
     std::unique_lock lock(mutex);
     const bool first = begin == rows.size();
-    if (first) {
-      rows.clear();
-      begin = 0;
-    }
     rows += text;
     if (first && wake) wake();
     while (rows.size() - begin > kMostWaiting && !control.cancel) taken.wait_for(lock, std::chrono::milliseconds(50));
@@ -89,6 +85,10 @@ std::string FindRun::take(std::size_t most) {
   }
   std::string part = rows.substr(shared_->begin, end - shared_->begin);
   shared_->begin = end;
+  if (end > rows.size() / 2) {   // what was taken goes, also when the search never pauses
+    rows.erase(0, end);
+    shared_->begin = 0;
+  }
   shared_->taken.notify_all();
   return part;
 }

@@ -194,8 +194,8 @@ void FindFrame::applyEdited() {
 
 void FindFrame::tellInterrupted() {
   std::thread([self = QPointer<FindFrame>(this), where = replaceRecords()] {
-    const auto last = std::make_shared<const std::optional<folder::LastReplace>>(folder::lastReplace(where));
-    if (!*last || !(*last)->interrupted) return;
+    const auto last = std::make_shared<const std::optional<folder::LastReplace>>(folder::interruptedReplace(where));
+    if (!*last) return;
     QMetaObject::invokeMethod(
         qApp,
         [self, last] {

@@ -163,10 +163,11 @@ void WorkFolder::read() {
       found->names = folder::NameTable(found->workingFolder);
       found->list = std::make_shared<folder::FileList>(folder::readFileList(list, found->workingFolder, relative, cancel.get()));
       std::vector<std::string> files = found->list->files;
-      std::sort(files.begin(), files.end());
       const std::string inside = found->workingFolder + '/';
-      for (const std::string& file : files)
-        found->names.add(file.starts_with(inside) ? std::string_view(file).substr(inside.size()) : std::string_view(file));
+      for (std::string& file : files)
+        if (file.starts_with(inside)) file.erase(0, inside.size());
+      std::sort(files.begin(), files.end());   // as they stand in the table
+      for (const std::string& file : files) found->names.add(file);
     } else {
       found->names = folder::NameTable(root);
       folder::WalkOptions options;

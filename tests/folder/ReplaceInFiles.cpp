@@ -84,7 +84,7 @@ TEST(ReplaceInFiles, AgreesWithSedAndComesBack) {
     if (std::string(what) == "foo") {   // and all the way back
       const auto last = lastReplace(records);
       ASSERT_TRUE(last.has_value());
-      EXPECT_FALSE(last->interrupted);
+      EXPECT_FALSE(last->interrupted || interruptedReplace(records));
       EXPECT_EQ(last->about, "a by b");
       for (const auto& one : undoReplace(*last)) EXPECT_EQ(one.trouble, "");
       EXPECT_FALSE(lastReplace(records).has_value());
@@ -214,6 +214,7 @@ TEST(ReplaceInFiles, KilledOrFailingAnywhereEachFileIsOldOrNewAndItCanBeTold) {
     CrashFileSystem disk(state);
     const UseFileSystem use(disk);
     const auto last = lastReplace("/state/replaced");
+    EXPECT_EQ(interruptedReplace("/state/replaced").has_value(), last && last->interrupted);
     for (const auto& [path, bytes] : before) {
       const bool isNew = state.at(path) == after.at(path);
       EXPECT_TRUE(isNew || state.at(path) == bytes) << path;
