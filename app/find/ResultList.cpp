@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "base/FileNames.h"
 #include "base/LongWork.h"
@@ -100,7 +101,8 @@ ResultList* ResultList::make(frmDocument* document, const FindTask& task) {
   document->beginFill();
   const QString text = head(task, tr("Searching..."));
   list->headLines_ = text.count(u'\n') - 1;
-  document->cmx->model()->document().reset(text::Snapshot(fromQString(text)));
+  list->filled_ = text::Snapshot(fromQString(text));
+  document->cmx->model()->document().reset(list->filled_);
   document->cmx->showHits(toQString(task.what->what()), task.what->options());
   return list;
 }
@@ -110,23 +112,34 @@ QString ResultList::head(const FindTask& task, const QString& result) {
          QLatin1String(kSecond) + toQString(folder::shownPath(task.root)) + u'\n' + result + u"\n\n"_s;
 }
 
-void ResultList::append(const std::string& rows) {
+// What the user changes meanwhile is no part of what was found.
+void ResultList::fill(const std::function<text::Edit(const text::Snapshot&)>& edit) {
   text::Document& document = document_->cmx->model()->document();
-  const ByteOffset end = document.snapshot().size();
-  document.apply(text::Edit{{end, end}, rows}, document_->cmx->editor().selection());
+  if (!unchanged_ && !document.snapshot().sameAs(filled_)) {
+    unchanged_ = std::make_unique<text::Document>();
+    unchanged_->setUndoLimit(0, 0);
+    unchanged_->reset(filled_);
+  }
+  if (unchanged_) unchanged_->apply(edit(unchanged_->snapshot()), {});
+  document.apply(edit(document.snapshot()), document_->cmx->editor().selection());
+  filled_ = unchanged_ ? unchanged_->snapshot() : document.snapshot();
+}
+
+void ResultList::append(const std::string& rows) {
+  fill([&](const text::Snapshot& text) { return text::Edit{{text.size(), text.size()}, rows}; });
   document_->cmx->setModified(false);
 }
 
 void ResultList::end(const QString& result) {
-  text::Document& document = document_->cmx->model()->document();
-  const text::Snapshot& text = document.snapshot();
-  if (headLines_ >= 3 && headLines_ <= text.lineCount()) {
-    const ByteRange old{text.lineStart(LineNo(2)), text.lineEnd(LineNo(headLines_ - 1))};
-    document.apply(text::Edit{old, fromQString(result)}, document_->cmx->editor().selection());
+  if (headLines_ >= 3 && headLines_ <= document_->cmx->model()->snapshot().lineCount()) {
+    fill([&](const text::Snapshot& text) {
+      return text::Edit{{text.lineStart(LineNo(2)), text.lineEnd(LineNo(headLines_ - 1))}, fromQString(result)};
+    });
     headLines_ = 3 + result.count(u'\n');
   }
   document_->endFill();
-  found_ = document.snapshot();
+  found_ = std::exchange(filled_, {});
+  unchanged_.reset();
 }
 
 // Places --------------------------------------------------------------------------------------------------------------

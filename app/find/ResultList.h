@@ -8,6 +8,7 @@
 #include <QHash>
 #include <QObject>
 #include <QPointer>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -63,6 +64,7 @@ class ResultList : public QObject {
   explicit ResultList(frmDocument* document);
   std::vector<text::ByteRange> hitsFrom(const text::Snapshot& text, text::ByteOffset from, text::ByteOffset lineEnd) const;
   void listen();
+  void fill(const std::function<text::Edit(const text::Snapshot&)>& edit);
   bool show(text::LineNo line, int direction);
   bool stepInLine(int direction);
   std::optional<text::ByteOffset> placeIn(frmDocument& target, const Row& row);
@@ -71,7 +73,9 @@ class ResultList : public QObject {
   std::weak_ptr<TextModel> model_;
   std::string root_;
   std::shared_ptr<const folder::FindText> what_;   // null: the list came from a file
-  std::optional<text::Snapshot> found_;            // as it was when the search ended
+  std::optional<text::Snapshot> found_;            // as the search made it
+  text::Snapshot filled_;                          // while rows come: the newest state without a change by the user
+  std::unique_ptr<text::Document> unchanged_;   // while rows come: the list without the user's changes, from the first of them on
   std::int64_t headLines_ = 0;
   struct Marks {
     std::weak_ptr<TextModel> model;

@@ -152,6 +152,19 @@ TEST_F(FindInFiles, WhatIsTickedIsReplacedAndComesBack) {
   trigger("mEditApplyEdited");
   EXPECT_EQ(read(b), "foo, foo\r\n");
   EXPECT_EQ(read(c), "foo!\n");
+
+  // Also lines that were changed while the rows came.
+  FindTask task;
+  task.what = std::make_shared<const folder::FindText>("foo", text::SearchOptions());
+  ResultList* const rows = ResultList::make(main->LoadNewDoc(), task);
+  rows->append("b.v:1:1: foo\n");
+  rows->document()->cmx->setText(QString::fromStdString(text(*rows->document())).replace(q(": foo\n"), q(": mine\n")));
+  rows->append("c.v:1:1: foo\n");
+  rows->end(q("2 hit(s)"));
+  QString error;
+  const auto edited = rows->edited(rows->document()->cmx->model()->snapshot(), &error);
+  ASSERT_EQ(edited.size(), 1u);
+  EXPECT_EQ(edited[0].lines[0].second.first, "foo");
 }
 
 class FindInFilesFromTheCommandLine : public ProcessRun {};
