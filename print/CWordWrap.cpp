@@ -11,6 +11,7 @@
 #include "control/CodeMax.h"
 #include "control/code/LanguageTable.h"
 #include "page/VSPrinter.h"
+#include "text/line/LineReader.h"
 #include "text/line/Segments.h"
 
 namespace {
@@ -113,7 +114,10 @@ void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& ti
           QChar()};
   const auto labelWidth = signedText(last).size();
   result = true;
-  for (qint64 i = first; i <= last; ++i) {
+  // The text as it is now: while the job goes on, a started program may write into a log that is being printed.
+  text::LineReader reader(cmx->model()->snapshot(), text::LineNo(first));
+  std::string_view bytes;
+  for (qint64 i = first; i <= last && reader.next(&bytes); ++i) {
     NewLineCount = 0;
     if (lineNumbers) {
       const QString number = signedText(i + 1);
@@ -125,7 +129,7 @@ void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& ti
       control.setFontItalic(italic);
       control.setTextColor(present);
     }
-    line = cmx->GetLine(i);
+    line = toQString(bytes);
     if (!language.isEmpty()) ProcessComments(line);
     printLine(job, line);
     control.Print(QStringLiteral("\r\n"));

@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr int kShown = 600;             // characters of a line
 constexpr std::int64_t kOpened = 500;   // changes up to which all files are opened
-enum Column { place, before, after, columns };
+enum PreviewColumn { place, before, after, columns };
 }   // namespace
 
 ReplaceModel::ReplaceModel(std::vector<folder::FilePlan> files, QString root, QObject* parent)

@@ -20,8 +20,9 @@
 using modRegistry::kGlobalKey;
 
 namespace {
-const QString kShown = QStringLiteral("FILESSHOWN"), kArea = QStringLiteral("FILESAREA"), kFloats = QStringLiteral("FILESFLOATS"),
-              kWidth = QStringLiteral("FILESWIDTH"), kPlace = QStringLiteral("FILESPLACE"), kFilter = QStringLiteral("FILESFILTER");
+const QString kFilesShown = QStringLiteral("FILESSHOWN"), kArea = QStringLiteral("FILESAREA"),
+              kFloats = QStringLiteral("FILESFLOATS"), kWidth = QStringLiteral("FILESWIDTH"), kPlace = QStringLiteral("FILESPLACE"),
+              kFilter = QStringLiteral("FILESFILTER");
 constexpr int kUsualWidth = 32;   // characters
 }   // namespace
 
@@ -121,13 +122,13 @@ void FolderParts::goToFile() { GoToFile(frame_, *work_).exec(); }
 
 void FolderParts::restore() {
   work_->restore();
-  if (modRegistry::Flag(kGlobalKey, kShown, false)) showFiles();
+  if (modRegistry::Flag(kGlobalKey, kFilesShown, false)) showFiles();
 }
 
 void FolderParts::save() {
   using namespace modRegistry;
   if (!dock_) return;
-  SetFlag(kGlobalKey, kShown, filesAreShown());
+  SetFlag(kGlobalKey, kFilesShown, filesAreShown());
   SetFlag(kGlobalKey, kFloats, dock_->isFloating());
   const Qt::DockWidgetArea area = frame_.dockWidgetArea(dock_);
   if (area != Qt::NoDockWidgetArea) SetNumber(kGlobalKey, kArea, area);

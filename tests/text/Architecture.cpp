@@ -157,10 +157,12 @@ TEST(Architecture, NoOtherVariablesOfTheProcess) {
   };
   const std::string type = R"re([\w:*&]+(?:<[^;{}()]*(?:\(\))?[^;{}()]*>)?[\w:*& ]*\s[*&]*)re";
   const std::string name = R"re(([\w:]+)(?:\[\w*\])*\s*(?:;|=(?!=)|\{))re";
-  const std::regex inside(R"re(^\s*(?:inline\s+)?(?:static|thread_local)\s+(?!(?:inline\s+)?(?:const|constexpr)\b))re" + type +
+  const std::string constant = R"re(constexpr\b|const\b(?!.*\*\s*\w+(?:\[\w*\])*\s*(?:;|=(?!=)|\{)))re";   // not a pointer to such
+  const std::regex inside(R"re(^\s*(?:inline\s+)?(?:static|thread_local)\s+(?!(?:inline\s+)?(?:)re" + constant + "))" + type +
                           name);
-  const std::regex outside(R"re(^(?!(?:inline\s+)?(?:const|constexpr|static|thread_local|namespace|using|class|struct|enum|union)re"
-                           R"re(|template|return|extern|typedef|friend|public|private)\b)(?!.*\boperator\b))re" +
+  const std::regex outside(R"re(^(?!(?:inline\s+)?(?:)re" + constant +
+                           R"re(|(?:static|thread_local|namespace|using|class|struct|enum|union)re"
+                           R"re(|template|return|extern|typedef|friend|public|private)\b))(?!.*\boperator\b))re" +
                            type + name);
   for (const auto& floor : kFloors) {
     eachLine(floor, [&](const std::string& line, const std::string& file, const std::string&, const std::string& where) {

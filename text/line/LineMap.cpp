@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "text/line/Chars.h"
 #include "text/store/Tree.h"
@@ -100,7 +101,7 @@ void LineMaps::move(const Change& change, const Snapshot& now) {
       e.line += change.linesGrownAbove(e.line);
       e.start = now.lineStart(e.line);
     } else {
-      old.push_back(std::move(e));
+      old.push_back(std::exchange(e, Entry{}));
       e.tabSize = 0;
     }
   }

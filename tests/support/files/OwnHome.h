@@ -18,7 +18,7 @@ class OwnHome {
       ::setenv(name, folder.c_str(), 1);
     }
     ::setenv("LC_ALL", "C.UTF-8", 0);   // messages of the system are compared in English
-    ::unsetenv("LANGUAGE");              // would go before it
+    ::unsetenv("LANGUAGE");             // would go before it
   }
 
  private:
