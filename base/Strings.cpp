@@ -4,8 +4,6 @@
 #include <QFileInfo>
 #include <algorithm>
 
-#include "base/QStringBytes.h"
-
 namespace {
 
 qsizetype lastSeparator(const QString& path) {

@@ -17,6 +17,10 @@ QString GetFileExt(const QString& path);     // the part of the title behind the
 // Joins the parts with the platform's separator. A part that does not exist is looked up ignoring case.
 QString joinPath(const QString& folder, const QString& part);
 
+// A byte that is no UTF-8 stands in a string as the lone surrogate U+DC00 + byte.
+inline constexpr char16_t kBadByte = 0xDC00;   // added to the byte
+constexpr bool isBadByte(char32_t unit) { return unit >= kBadByte + 0x80u && unit <= kBadByte + 0xFFu; }
+
 inline const QString kCrLf = QStringLiteral("\r\n");
 QString toCrLf(QString text);   // every CR LF, lone CR and lone LF becomes CR LF
 QStringList splitCrLf(

@@ -3,8 +3,8 @@
 #include <QCoreApplication>
 #include <algorithm>
 
-#include "base/LongWork.h"
 #include "base/Program.h"
+#include "bridge/LongWork.h"
 #include "change/CaseFilter.h"
 #include "change/LineTools.h"
 #include "change/indent/Reindent.h"

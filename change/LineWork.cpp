@@ -1,7 +1,7 @@
 #include "change/LineWork.h"
 
-#include "base/LongWork.h"
 #include "base/Program.h"
+#include "bridge/LongWork.h"
 #include "text/store/SmallestEdit.h"
 
 namespace {

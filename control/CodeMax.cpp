@@ -5,9 +5,9 @@
 #include <algorithm>
 
 #include "base/FixedFont.h"
-#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "bridge/LongWork.h"
 #include "control/CodeMaxImpl.h"
 #include "control/edit/EditorAccess.h"
 #include "control/find/FindDialog.h"

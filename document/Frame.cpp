@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "base/FileNames.h"
 #include "base/Strings.h"
 #include "base/Workspace.h"
+#include "bridge/FileNames.h"
 #include "document/frmDocument.h"
 #include "text/file/FileIo.h"
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <vector>
 
-#include "base/LongWork.h"
 #include "base/Strings.h"
+#include "bridge/LongWork.h"
 #include "control/CodeMax.h"
 #include "text/line/LineReader.h"
 

@@ -3,8 +3,8 @@
 #include <QDir>
 #include <QRegularExpression>
 
-#include "base/FileNames.h"
-#include "base/QStringBytes.h"
+#include "bridge/FileNames.h"
+#include "bridge/QStringBytes.h"
 
 using namespace Qt::StringLiterals;
 

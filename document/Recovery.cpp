@@ -3,9 +3,9 @@
 #include <QPointer>
 #include <algorithm>
 
-#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Workspace.h"
+#include "bridge/FileNames.h"
 
 namespace {
 struct RecoveryInForce {

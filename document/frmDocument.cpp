@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <vector>
 
-#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
 #include "document/CMXRegistry.h"
 #include "document/Frame.h"
 #include "document/Languages.h"

@@ -4,13 +4,13 @@
 #include <chrono>
 #include <new>
 
-#include "base/FileNames.h"
 #include "base/Hourglass.h"
-#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/Workspace.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "document/FileErrors.h"
 #include "document/Frame.h"
 #include "document/Languages.h"

@@ -9,11 +9,11 @@
 #include <algorithm>
 
 #include "base/ArrowIcon.h"
-#include "base/FileNames.h"
-#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "document/CMXRegistry.h"
 #include "document/FileErrors.h"
 #include "document/Frame.h"

@@ -4,12 +4,12 @@
 #include <QScreen>
 #include <algorithm>
 
-#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/Workspace.h"
 #include "base/dialog/Dialogs.h"
 #include "base/dialog/FitScreen.h"
+#include "bridge/FileNames.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
-#include "base/FileNames.h"
-#include "base/QStringBytes.h"
+#include "bridge/FileNames.h"
+#include "bridge/QStringBytes.h"
 #include "folder/Walk.h"
 #include "text/file/FileCalls.h"
 #include "text/file/FileIo.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "base/QStringBytes.h"
+#include "bridge/QStringBytes.h"
 
 namespace folder {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <shellapi.h>
 
-#include "base/QStringBytes.h"
+#include "bridge/QStringBytes.h"
 #else
 #include <cerrno>
 #include <cstdlib>

@@ -4,10 +4,10 @@
 #include <QFileInfo>
 #include <cerrno>
 
-#include "base/FileNames.h"
 #include "base/Program.h"
-#include "base/QStringBytes.h"
 #include "base/Strings.h"
+#include "bridge/FileNames.h"
+#include "bridge/QStringBytes.h"
 #include "text/file/FileSystem.h"
 
 #ifndef Q_OS_WIN

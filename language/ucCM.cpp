@@ -2,10 +2,10 @@
 
 #include <QDir>
 
-#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
 #include "control/code/LanguageTable.h"
 #include "control/edit/TextModel.h"
 #include "language/DefinitionText.h"

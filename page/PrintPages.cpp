@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <array>
 
-#include "base/QStringBytes.h"
 #include "base/Strings.h"
+#include "bridge/QStringBytes.h"
 #include "text/line/Chars.h"
 #include "text/line/Segments.h"
 

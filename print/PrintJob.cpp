@@ -6,10 +6,10 @@
 #include <QPrinter>
 #include <QPrinterInfo>
 
-#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/LongWork.h"
 #include "control/edit/TextModel.h"
 #include "document/FileErrors.h"
 #include "document/frmDocument.h"

@@ -4,8 +4,8 @@
 #include <QFontInfo>
 #include <QLocale>
 
-#include "base/FileNames.h"
 #include "base/FixedFont.h"
+#include "bridge/FileNames.h"
 #include "control/CodeMax.h"
 #include "document/frmDocument.h"
 #include "page/VSPrinter.h"

@@ -3,8 +3,8 @@
 #include <QDir>
 #include <cerrno>
 
-#include "base/FileNames.h"
-#include "base/QStringBytes.h"
+#include "bridge/FileNames.h"
+#include "bridge/QStringBytes.h"
 
 namespace {
 

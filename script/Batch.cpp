@@ -12,10 +12,10 @@
 #include <unistd.h>
 #endif
 
-#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"

@@ -2,11 +2,11 @@
 
 #include <QCoreApplication>
 
-#include "base/FileNames.h"
-#include "base/LongWork.h"
 #include "base/Options.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "document/Frame.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"

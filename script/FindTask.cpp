@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <set>
 
-#include "base/QStringBytes.h"
+#include "bridge/QStringBytes.h"
 #include "document/frmDocument.h"
 
 void FindTask::addOpen(const QList<frmDocument*>& documents) {

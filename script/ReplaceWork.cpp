@@ -3,10 +3,10 @@
 #include <QCoreApplication>
 #include <memory>
 
-#include "base/FileNames.h"
-#include "base/LongWork.h"
 #include "base/Strings.h"
 #include "base/Workspace.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "document/Frame.h"
 #include "document/frmDocument.h"
 

@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <optional>
 
-#include "base/FileNames.h"
-#include "base/LongWork.h"
 #include "base/Strings.h"
 #include "base/Workspace.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "control/edit/CommandTable.h"
 #include "control/find/UsersSearch.h"
 #include "document/Frame.h"

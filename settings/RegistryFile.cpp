@@ -8,8 +8,8 @@
 #include <cstdio>
 
 #include "base/Program.h"
-#include "base/QStringBytes.h"
 #include "base/Strings.h"
+#include "bridge/QStringBytes.h"
 #include "text/file/FileIo.h"
 
 using namespace Qt::StringLiterals;

@@ -2,10 +2,10 @@
 
 #include <QCoreApplication>
 
-#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/Workspace.h"
+#include "bridge/FileNames.h"
 #include "settings/RegistryFile.h"
 
 namespace registry {

@@ -18,11 +18,11 @@
 #include <thread>
 
 #include "app/frame/frmMain.h"
-#include "base/FileNames.h"
-#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "change/frmCompare.h"
 #include "control/CodeMax.h"
 #include "document/FileErrors.h"

@@ -10,11 +10,11 @@
 #include "app/find/frmFindInFiles.h"
 #include "app/find/frmReplacePreview.h"
 #include "app/frame/frmMain.h"
-#include "base/FileNames.h"
-#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "control/edit/CommandTable.h"
 #include "document/frmDocument.h"
 

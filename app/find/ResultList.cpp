@@ -7,10 +7,10 @@
 #include <unordered_set>
 #include <utility>
 
-#include "base/FileNames.h"
-#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "document/Frame.h"
 #include "document/frmDocument.h"
 #include "text/line/Chars.h"

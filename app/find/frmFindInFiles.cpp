@@ -11,10 +11,10 @@
 #include <QPushButton>
 
 #include "app/frame/frmMain.h"
-#include "base/FileNames.h"
-#include "base/QStringBytes.h"
 #include "base/Strings.h"
-#include "base/dialog/FolderDialog.h"
+#include "bridge/FileNames.h"
+#include "bridge/FolderDialog.h"
+#include "bridge/QStringBytes.h"
 #include "control/CodeMax.h"
 #include "control/find/FindFields.h"
 #include "control/find/UsersSearch.h"

@@ -9,8 +9,8 @@
 #include <algorithm>
 
 #include "base/FixedFont.h"
-#include "base/QStringBytes.h"
 #include "base/Strings.h"
+#include "bridge/QStringBytes.h"
 
 using namespace Qt::StringLiterals;
 

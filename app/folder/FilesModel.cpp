@@ -11,8 +11,8 @@
 #include "app/look/Icons.h"
 #include "app/look/Tips.h"
 #include "base/Background.h"
-#include "base/QStringBytes.h"
 #include "base/Strings.h"
+#include "bridge/QStringBytes.h"
 #include "folder/Walk.h"
 #include "text/file/FileSystem.h"
 

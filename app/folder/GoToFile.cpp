@@ -21,9 +21,9 @@
 #include "app/frame/frmMain.h"
 #include "app/look/Tips.h"
 #include "base/Background.h"
-#include "base/QStringBytes.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/QStringBytes.h"
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
 

@@ -6,9 +6,9 @@
 
 #include "app/frame/frmMain.h"
 #include "base/Background.h"
-#include "base/FileNames.h"
-#include "base/QStringBytes.h"
 #include "base/Strings.h"
+#include "bridge/FileNames.h"
+#include "bridge/QStringBytes.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
 #include "folder/Walk.h"

@@ -4,8 +4,8 @@
 #include <QDir>
 #include <QRegularExpression>
 
-#include "base/FileNames.h"
 #include "base/Options.h"
+#include "bridge/FileNames.h"
 
 namespace {
 

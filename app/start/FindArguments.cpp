@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "base/FileNames.h"
 #include "base/Options.h"
-#include "base/QStringBytes.h"
+#include "bridge/FileNames.h"
+#include "bridge/QStringBytes.h"
 #include "folder/FindInFiles.h"
 #include "folder/Walk.h"
 

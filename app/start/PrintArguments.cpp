@@ -9,9 +9,9 @@
 #include <set>
 
 #include "app/start/mGlobals.h"
-#include "base/FileNames.h"
 #include "base/Options.h"
 #include "base/Strings.h"
+#include "bridge/FileNames.h"
 #include "document/frmDocument.h"
 #include "page/PdfFile.h"
 #include "page/VSPrinter.h"

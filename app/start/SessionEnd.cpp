@@ -7,8 +7,8 @@
 #include <QTimer>
 
 #include "app/frame/frmMain.h"
-#include "base/LongWork.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/LongWork.h"
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
 #include "script/mCMXParser.h"

@@ -4,9 +4,9 @@
 #include <cerrno>
 
 #include "app/frame/frmMain.h"
-#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "bridge/FileNames.h"
 #include "control/edit/TextModel.h"
 #include "text/file/FileIo.h"
 

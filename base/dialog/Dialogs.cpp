@@ -17,7 +17,6 @@
 #include "base/Strings.h"
 #include "base/Workspace.h"
 #include "base/dialog/FileFilter.h"
-#include "base/dialog/FolderDialog.h"
 #include "base/dialog/OddNames.h"
 
 namespace {

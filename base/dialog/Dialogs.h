@@ -16,6 +16,8 @@ enum class Answer { ok, cancel, yes, no };
 // The answer when a box is closed without a choice: cancel if it has that button, else no, else ok.
 Answer declined(Buttons buttons);
 
+inline const QString kFoldersOnly = QStringLiteral("|folders|");   // the filter of a dialog that asks for a folder
+
 // How a file dialog reads the disk. Qt's dialog knows only names in UTF-8; here each byte that is not valid UTF-8 is a lone
 // surrogate.
 struct FileLook {

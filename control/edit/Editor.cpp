@@ -9,9 +9,9 @@
 #include <random>
 #include <tuple>
 
-#include "base/LongWork.h"
 #include "base/Program.h"
 #include "base/Workspace.h"
+#include "bridge/LongWork.h"
 #include "control/edit/ColumnBlock.h"
 #include "control/edit/CommandFunctions.h"
 #include "control/edit/CommandTable.h"

@@ -8,7 +8,7 @@
 #include <memory>
 #include <span>
 
-#include "base/QStringBytes.h"
+#include "bridge/QStringBytes.h"
 #include "text/color/Highlight.h"
 #include "text/file/FileIo.h"
 #include "text/line/NewLines.h"

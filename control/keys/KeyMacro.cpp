@@ -5,8 +5,8 @@
 #include <optional>
 #include <tuple>
 
-#include "base/QStringBytes.h"
 #include "base/Workspace.h"
+#include "bridge/QStringBytes.h"
 #include "control/edit/EditorAccess.h"
 #include "control/find/Finding.h"
 #include "control/find/UsersSearch.h"

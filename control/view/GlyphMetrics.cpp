@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/QStringBytes.h"
+#include "bridge/QStringBytes.h"
 #include "text/line/CharTables.h"
 
 namespace {

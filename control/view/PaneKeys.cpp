@@ -7,9 +7,9 @@
 #include <QMenu>
 #include <utility>
 
-#include "base/LongWork.h"
 #include "base/dialog/Memory.h"
 #include "base/dialog/TypedKeys.h"
+#include "bridge/LongWork.h"
 #include "control/edit/TextMime.h"
 #include "control/keys/KeyCommands.h"
 #include "control/keys/KeyMacro.h"

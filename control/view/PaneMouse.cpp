@@ -12,7 +12,7 @@
 #include <QWheelEvent>
 #include <algorithm>
 
-#include "base/FileNames.h"
+#include "bridge/FileNames.h"
 #include "control/edit/ColumnBlock.h"
 #include "control/edit/TextMime.h"
 #include "control/keys/KeyCommands.h"

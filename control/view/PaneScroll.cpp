@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/LongWork.h"
+#include "bridge/LongWork.h"
 #include "control/view/Pane.h"
 
 using text::ByteOffset;

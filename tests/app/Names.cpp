@@ -17,8 +17,8 @@
 #include <filesystem>
 
 #include "app/start/Arguments.h"
-#include "base/FileNames.h"
 #include "base/Strings.h"
+#include "bridge/FileNames.h"
 #include "control/edit/TextModel.h"
 #include "document/frmLog.h"
 #include "tests/app/FrameFixture.h"

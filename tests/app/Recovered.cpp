@@ -12,8 +12,8 @@
 
 #include "app/start/LeftoverLook.h"
 #include "app/start/StandardInput.h"
-#include "base/FileNames.h"
 #include "base/Program.h"
+#include "bridge/FileNames.h"
 #include "document/Recovery.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"

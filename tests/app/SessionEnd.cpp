@@ -5,7 +5,7 @@
 #include <QTest>
 #include <thread>
 
-#include "base/LongWork.h"
+#include "bridge/LongWork.h"
 #include "document/Recovery.h"
 #include "language/editor/frmDefinitions.h"
 #include "script/mCMXParser.h"

@@ -1,5 +1,5 @@
 // Find commands on large texts: small ones are done at once, long ones show a window in which they can be cancelled.
-#include "base/LongWork.h"
+#include "bridge/LongWork.h"
 
 #include <QKeyEvent>
 #include <QProgressDialog>

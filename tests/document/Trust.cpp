@@ -8,8 +8,8 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
-#include "base/FileNames.h"
 #include "base/Program.h"
+#include "bridge/FileNames.h"
 #include "document/Languages.h"
 #include "language/DefinitionText.h"
 #include "language/ucCM.h"

@@ -2,9 +2,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "base/FileNames.h"
 #include "base/Program.h"
 #include "base/Strings.h"
+#include "bridge/FileNames.h"
 #include "language/ucCM.h"
 #include "tests/language/Language.h"
 #include "tests/support/ScriptedDialogs.h"

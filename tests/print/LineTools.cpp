@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "base/LongWork.h"
 #include "base/Program.h"
+#include "bridge/LongWork.h"
 #include "change/AddIns.h"
 #include "change/FormatText.h"
 #include "control/keys/KeyCommands.h"

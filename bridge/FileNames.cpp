@@ -1,4 +1,4 @@
-#include "base/FileNames.h"
+#include "bridge/FileNames.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -6,8 +6,8 @@
 #include <QUrl>
 #include <cerrno>
 
-#include "base/QStringBytes.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/QStringBytes.h"
 #include "text/file/FileIo.h"
 #include "text/file/FileSystem.h"
 

@@ -1,4 +1,4 @@
-#include "base/QStringBytes.h"
+#include "bridge/QStringBytes.h"
 
 #include "text/line/Chars.h"
 

@@ -1,7 +1,7 @@
-#include "base/dialog/FolderDialog.h"
+#include "bridge/FolderDialog.h"
 
-#include "base/FileNames.h"
 #include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
 
 QString askForFolder(const QString& title, const QString& start) {
   FileDialogRequest request;

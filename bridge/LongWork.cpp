@@ -1,4 +1,4 @@
-#include "base/LongWork.h"
+#include "bridge/LongWork.h"
 
 #include <QApplication>
 #include <QCloseEvent>
