@@ -1,9 +1,5 @@
 // T8: large texts open, answer keys and take little more memory than their bytes. T9: what is given up for them is colour and
 // the like, never text. The usual run is a tenth of the sizes promised; ZELKOR_FULL=1 takes them whole.
-#include <unistd.h>
-
-#include <cstdio>
-
 #include "tests/control/PaneFixture.h"
 #include "tests/support/Cost.h"
 #include "tests/support/files/TempFolder.h"
@@ -13,23 +9,9 @@ using testing_files::TempFolder;
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kSanitized = true;   // time and memory are then the sanitizer's
-#else
-constexpr bool kSanitized = false;
-#endif
-
 constexpr std::int64_t kMiB = 1 << 20;
 
 bool full() { return qEnvironmentVariableIsSet("ZELKOR_FULL"); }
-
-std::int64_t residentBytes() {
-  long pages = 0, resident = 0;
-  std::FILE* file = std::fopen("/proc/self/statm", "r");
-  if (!file || std::fscanf(file, "%ld %ld", &pages, &resident) != 2) resident = 0;
-  if (file) std::fclose(file);
-  return std::int64_t(resident) * ::sysconf(_SC_PAGESIZE);
-}
 
 class Limits : public PaneFixture {
  public:
@@ -93,12 +75,12 @@ TEST_F(Limits, T8_LargeTextsOpenAnswerAndFit) {
       for (std::int64_t i = row.lineLength - 1; row.lineLength > 0 && i < bytes; i += row.lineLength) text[std::size_t(i)] = '\n';
       testing_files::writeRaw(path, text);
     }
-    const std::int64_t before = residentBytes();
+    const std::int64_t before = memoryUse().resident;
     control.setLanguage(u"C/C++"_s);
     ASSERT_EQ(control.OpenFile(QString::fromStdString(path)), QString());
     ASSERT_EQ(control.LineCount(), row.lineLength > 0 ? bytes / row.lineLength + 1 : 1);
     const double dearest = dearestKey();
-    const std::int64_t grown = residentBytes() - before;
+    const std::int64_t grown = memoryUse().resident - before;
     std::printf("%s: dearest key %.1f ms, of a small text %.1f ms, memory %.2f of %lld MiB\n", row.name, dearest, small,
                 double(grown) / double(bytes), static_cast<long long>(bytes / kMiB));
     if (!kSanitized) {
