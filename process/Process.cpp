@@ -5,6 +5,7 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include "base/Workspace.h"
 #include "process/ProgramWindow.h"
 
 namespace process {
@@ -35,6 +36,19 @@ std::optional<int> waitFor(Program* program, quint32 timeout) {
 }
 
 }   // namespace
+
+QList<Program*>& Program::all() {
+  struct Programs {
+    QList<Program*> list;
+  };
+  return Workspace::current().part<Programs>().list;
+}
+
+QList<Program*> Program::running() {
+  QList<Program*> list = all();
+  list.removeIf([](const Program* program) { return program->ended_; });
+  return list;
+}
 
 int windowStyle(std::optional<int> asked) {
   return asked && *asked >= 0 && *asked <= kMinimisedNoFocus ? *asked : kMinimisedNoFocus;

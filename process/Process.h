@@ -51,6 +51,7 @@ class Program : public QObject {
 
  private:
   Program();
+  static QList<Program*>& all();   // that have not gone, oldest first
   void end(int exitCode);
   struct Impl;
   std::unique_ptr<Impl> impl_;

@@ -11,7 +11,6 @@
 #include <QTimer>
 #include <cerrno>
 
-#include "base/Workspace.h"
 #include "process/CommandLine.h"
 #include "process/Process.h"
 
@@ -26,11 +25,6 @@ constexpr int kDrainPieces = 64;   // read at the end: more than a pipe can hold
 constexpr std::size_t kPiece = 64 << 10;
 constexpr int kGrace = 2000;      // milliseconds between SIGTERM and SIGKILL
 constexpr int kPollPeriod = 50;   // when the kernel does not report the end
-
-struct Programs {
-  QList<Program*> list;
-};
-QList<Program*>& programs() { return Workspace::current().part<Programs>().list; }
 
 struct Pipe {
   int ends[2] = {-1, -1};
@@ -140,7 +134,7 @@ struct Program::Impl {
 
 Program::Program() : impl_(std::make_unique<Impl>(this)) {}
 
-Program::~Program() { programs().removeOne(this); }
+Program::~Program() { all().removeOne(this); }
 
 Program* Program::start(const std::vector<std::string>& arguments, std::optional<int> style, int* error) {
   (void)windowStyle(style);   // the window system places windows itself
@@ -156,7 +150,7 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
   if (*error != 0) return nullptr;
 
   auto* const program = new Program;
-  programs() << program;
+  all() << program;
   program->id_ = id;
   program->name_ = arguments[0];
   Impl& impl = *program->impl_;
@@ -178,12 +172,6 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
   impl.grace.setSingleShot(true);
   connect(&impl.grace, &QTimer::timeout, program, [id] { ::kill(-id, SIGKILL); });
   return program;
-}
-
-QList<Program*> Program::running() {
-  QList<Program*> list = programs();
-  list.removeIf([](const Program* program) { return program->ended_; });
-  return list;
 }
 
 void Program::end(int exitCode) {

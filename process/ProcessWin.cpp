@@ -5,20 +5,10 @@
 #include <QProcess>
 #include <cerrno>
 
-#include "base/Workspace.h"
 #include "process/CommandLine.h"
 #include "process/Process.h"
 
 namespace process {
-
-namespace {
-
-struct Programs {
-  QList<Program*> list;
-};
-QList<Program*>& programs() { return Workspace::current().part<Programs>().list; }
-
-}   // namespace
 
 struct Program::Impl {
   QProcess child;
@@ -29,7 +19,7 @@ struct Program::Impl {
 };
 
 Program::Program() : impl_(std::make_unique<Impl>()) {}
-Program::~Program() { programs().removeOne(this); }
+Program::~Program() { all().removeOne(this); }
 
 Program* Program::start(const std::vector<std::string>& arguments, std::optional<int> style, int* error) {
   std::string file;
@@ -60,7 +50,7 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
     delete program;
     return nullptr;
   }
-  programs() << program;
+  all() << program;
   program->id_ = child.processId();
   program->name_ = arguments[0];
   program->impl_->job = CreateJobObjectW(nullptr, nullptr);
@@ -71,12 +61,6 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
   connect(&child, &QProcess::readyRead, program, [program] { emit program->output(program->impl_->child.readAll()); });
   connect(&child, &QProcess::finished, program, [program](int exitCode) { program->end(exitCode); });
   return program;
-}
-
-QList<Program*> Program::running() {
-  QList<Program*> list = programs();
-  list.removeIf([](const Program* program) { return program->ended_; });
-  return list;
 }
 
 void Program::end(int exitCode) {

@@ -66,24 +66,12 @@ void page(Editor& e, const QVariant&) {
 enum class WordCase { upper, lower, capital };
 void changeWordCase(Editor& e, WordCase to);
 void changeSelectionCase(Editor& e, WordCase to);
-template <WordCase to>
-void wordCase(Editor& e, const QVariant&) {
-  changeWordCase(e, to);
-}
-template <WordCase to>
-void selectionCase(Editor& e, const QVariant&) {
-  changeSelectionCase(e, to);
-}
-
-bool findAgainFrom(Editor& e, bool forward);
+bool findAgain(Editor& e, bool forward);
 bool findWordAtCaret(Editor& e, bool forward);
-template <bool forward>
-void findAgain(Editor& e, const QVariant&) {
-  findAgainFrom(e, forward);
-}
-template <bool forward>
-void findWord(Editor& e, const QVariant&) {
-  findWordAtCaret(e, forward);
+// The row of a function of one fixed argument.
+template <auto function, auto argument>
+void with(Editor& e, const QVariant&) {
+  function(e, argument);
 }
 
 void wordTranspose(Editor& e, const QVariant& argument);

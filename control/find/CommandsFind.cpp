@@ -211,7 +211,7 @@ QString wordToFind(Editor& e) {
 
 namespace commandFunctions {
 
-bool findAgainFrom(Editor& e, bool forward) {
+bool findAgain(Editor& e, bool forward) {
   const Finder* searcher = stateSearcher(e);
   return searcher && findFrom(e, *searcher, searchState().findText, e.selectedRange(), forward);
 }

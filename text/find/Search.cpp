@@ -88,6 +88,13 @@ struct Finder::Impl {
   std::optional<Literal> literal;
   std::unique_ptr<Regex> regex;
 
+  // Clips the range to the text. False: the expression is faulty, which the result then says.
+  bool begins(const Snapshot& text, ByteRange* within, SearchResult* result) const {
+    *within = clipped(text, *within);
+    result->error = error;
+    return error.empty();
+  }
+
   // `view` begins at `base` and holds the match.
   bool wholeWord(const Snapshot& text, ByteRange r, std::string_view view, ByteOffset base) const {
     const auto border = [&](ByteOffset at) {
@@ -350,9 +357,7 @@ const std::string& Finder::error() const { return impl_->error; }
 
 SearchResult Finder::forward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
   SearchResult result;
-  result.error = impl_->error;
-  within = clipped(text, within);
-  if (!result.error.empty() || from > within.end) return result;
+  if (!impl_->begins(text, &within, &result) || from > within.end) return result;
   within.begin = std::max(within.begin, from);
   Pace pace{control};
   if (impl_->regex)
@@ -372,9 +377,7 @@ SearchResult Finder::forward(const Snapshot& text, ByteOffset from, ByteRange wi
 
 SearchResult Finder::backward(const Snapshot& text, ByteOffset from, ByteRange within, SearchControl* control) const {
   SearchResult result;
-  result.error = impl_->error;
-  within = clipped(text, within);
-  if (!result.error.empty() || from < within.begin) return result;
+  if (!impl_->begins(text, &within, &result) || from < within.begin) return result;
   if (impl_->regex) return impl_->regexBackward(text, from, within, control);
   within.end = std::min(within.end, from);
   Pace pace{control};
@@ -385,9 +388,7 @@ SearchResult Finder::backward(const Snapshot& text, ByteOffset from, ByteRange w
 
 SearchResult Finder::at(const Snapshot& text, ByteRange range, ByteRange within, FindBudget* budget) const {
   SearchResult result;
-  result.error = impl_->error;
-  within = clipped(text, within);
-  if (!result.error.empty() || range.begin < within.begin || range.end > within.end) return result;
+  if (!impl_->begins(text, &within, &result) || range.begin < within.begin || range.end > within.end) return result;
   Pace pace{nullptr, budget};
   if (!impl_->regex) {
     const auto longest = static_cast<std::int64_t>(impl_->literal->maxBytes());
