@@ -47,19 +47,6 @@ TEST_F(BatchRuns, WhatIsMissingIsToldAndNothingRuns) {
   EXPECT_EQ(read(q("out.pdf")), "(none)");
 }
 
-TEST_F(BatchRuns, AValueIsGivenOnceAndNotEmpty) {
-  write(q("a.v"), "text\n");
-  const QStringList upper{q("--command"), q("cmdSELECTALL\ncmdUPPERCASESELECTION"), q("--save")};
-  for (const auto& [arguments, told] : {std::pair{QStringList{q("--output"), q("")}, "--output needs a value"},
-                                        std::pair{QStringList{q("--definitions=")}, "--definitions needs a value"},
-                                        std::pair{QStringList{q("--command"), q("ECHO x")}, "--command is given twice"}}) {
-    QString error;
-    EXPECT_EQ(batch(upper + arguments + QStringList{q("a.v")}, &error), 2);
-    EXPECT_TRUE(error.contains(q(told))) << error.toStdString();
-    EXPECT_EQ(read(q("a.v")), "text\n");
-  }
-}
-
 TEST_F(BatchRuns, ScriptsAndMacrosRun) {
   write(q("a.v"), "text\n");
   write(q("b.v"), "text\n");

@@ -322,23 +322,6 @@ TEST_F(Commands, CustomMenuFollowsTheDocument) {
   EXPECT_FALSE(shown());
 }
 
-TEST_F(Commands, BarsFollowTheirCheckMarks) {
-  main->SetupToolStatus();
-  main->show();
-  struct Bar {
-    const char* name;
-    QWidget* widget;
-  };
-  for (const Bar& bar : {Bar{"mnuViewToolbar", main->menus().toolBar()}, Bar{"mnuViewStatusBar", &main->panels()}}) {
-    EXPECT_TRUE(bar.widget->isVisible()) << bar.name;
-    trigger(bar.name);
-    EXPECT_FALSE(bar.widget->isVisible()) << bar.name;
-    EXPECT_FALSE(main->isChecked(q(bar.name)));
-    trigger(bar.name);
-    EXPECT_TRUE(bar.widget->isVisible()) << bar.name;
-  }
-}
-
 TEST_F(Commands, PanelsShowAndChange) {
   frmDocument* document = open("a.v", "one\r\ntwo\r\n");
   EXPECT_EQ(main->panels().panel(Panel::lineEnds), q("Win"));
@@ -381,19 +364,6 @@ TEST_F(Commands, PanelsShowAndChange) {
   EXPECT_TRUE(document->DocumentModified());
   EXPECT_TRUE(main->saveActive());
   EXPECT_EQ(read(path("a.v")).left(4), QByteArray("\xFF\xFEo\0", 4));
-}
-
-TEST_F(Commands, LanguageMenuBinds) {
-  frmDocument* document = open("a.v");
-  QMenu menu;
-  main->fillLanguages(menu);
-  ASSERT_EQ(menu.actions().size(), 3);
-  EXPECT_TRUE(menu.actions()[1]->isChecked());
-  menu.actions()[2]->trigger();
-  EXPECT_EQ(document->LanguageIndex(), 2);
-  EXPECT_EQ(main->panels().panel(Panel::language), q("VHDL"));
-  menu.actions()[0]->trigger();
-  EXPECT_EQ(document->LanguageIndex(), 0);
 }
 
 }   // namespace

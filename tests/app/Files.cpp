@@ -40,16 +40,6 @@ TEST_F(Files, OpenNamesBindsAndShows) {
   EXPECT_EQ(main->panels().text(), name);
 }
 
-TEST_F(Files, WhatCannotBeOpenedLeavesNothing) {
-  boxes.answer(Answer::ok);
-  EXPECT_FALSE(main->openFile(path("none.v")));
-  EXPECT_TRUE(main->documents().isEmpty());
-  EXPECT_EQ(frmRegistry::instance().mruFile.Count(), 0);
-  boxes.answerOpen({});
-  main->mnuFileOpen_Click();
-  EXPECT_EQ(main->DocCount, 0);
-}
-
 TEST_F(Files, WriteProtectedFilesOpenGuarded) {
   const auto protect = [this](const char* name, bool on) {
     QFile::setPermissions(path(name), on ? QFile::ReadOwner : QFile::ReadOwner | QFile::WriteOwner);

@@ -79,26 +79,6 @@ TEST_F(HandOver, I2_ASenderWithADisplayShowsABox) {
   EXPECT_EQ(blocker.state(), QProcess::Running) << "it is answered when its file's dialog is closed";
 }
 
-TEST_F(HandOver, I1_AFirstCopyThatIsStillStartingIsWaitedFor) {
-  const QByteArray runtimeBefore = qgetenv("XDG_RUNTIME_DIR");
-  qputenv("XDG_RUNTIME_DIR", environment_.value(q("XDG_RUNTIME_DIR")).toUtf8());
-  Rendezvous place(q("offscreen_") + qEnvironmentVariable("DISPLAY"));   // this test is the first copy
-  qputenv("XDG_RUNTIME_DIR", runtimeBefore);
-  ASSERT_TRUE(place.becomeFirst());
-  const QString a = write(q("a.v"));
-  QProcess& sender = start({a});
-  EXPECT_FALSE(sender.waitForFinished(200)) << "the lock is held, but nobody listens yet";
-  QStringList got;
-  Msghook hook([&](quint64, const HandOff& handOff) {
-    got << handOff.text;
-    return HandOffReply{};
-  });
-  ASSERT_TRUE(hook.listen(place.socketPath()));
-  EXPECT_TRUE(spinUntil([&] { return sender.state() == QProcess::NotRunning; }));
-  EXPECT_EQ(sender.exitCode(), 0);
-  EXPECT_EQ(got, QStringList{a});
-}
-
 // Wherever copies cannot meet, each starts at once and opens what it was given.
 TEST_F(HandOver, I1_WhereNobodyCanBeMetACopyStandsAlone) {
   const QString a = write(q("a.v")), runtime = environment_.value(q("XDG_RUNTIME_DIR"));

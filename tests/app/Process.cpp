@@ -45,19 +45,6 @@ TEST_F(ProcessRun, FilesAreHandedOverInOrderFromWhereTheyWereTyped) {
   EXPECT_TRUE(socketPath().isEmpty());
 }
 
-TEST_F(ProcessRun, ADeadFirstCopyIsReplaced) {
-  const QString a = write(q("a.v"));
-  QProcess& dead = startFirst();
-  ::kill(pid_t(dead.processId()), SIGKILL);
-  dead.waitForFinished(kPatience);
-  EXPECT_FALSE(socketPath().isEmpty()) << "its socket is left behind";
-  QProcess& next = start({q("a.v")});
-  ASSERT_TRUE(untilItIsListenedTo());
-  EXPECT_EQ(run({}), 0);
-  EXPECT_EQ(next.state(), QProcess::Running);
-  EXPECT_EQ(endAndListFiles(next), a.toStdString());
-}
-
 TEST_F(ProcessRun, ASenderTakesOverFromACopyThatDiesWhileAsked) {
   const QString a = write(q("a.v"));
   QProcess& frozen = startFirst();
@@ -116,18 +103,6 @@ TEST_F(ProcessRun, WaitTellsThatTheEditorDied) {
   EXPECT_TRUE(second.waitForFinished(kPatience));
   EXPECT_EQ(second.exitCode(), 1);
   EXPECT_TRUE(second.readAllStandardError().contains("the editor ended before the files were closed"));
-}
-
-TEST_F(ProcessRun, SignalsEndItWithItsSettings) {
-  for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
-    QProcess& process = startFirst();
-    ASSERT_TRUE(untilItCatchesSignals(process));
-    ::kill(pid_t(process.processId()), signal);
-    ASSERT_TRUE(process.waitForFinished(kPatience)) << signal;
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(process.exitCode(), 0);
-    EXPECT_TRUE(socketPath().isEmpty());
-  }
 }
 
 TEST_F(ProcessRun, StandardInputReachesTheFirstCopy) {

@@ -63,25 +63,6 @@ TEST_F(Windows, TilesCoverTheRoomWithoutGaps) {
     EXPECT_GT(windowOf(main->documents()[0])->y(), windowOf(main->documents()[other])->y()) << "all of it is seen";
 }
 
-TEST_F(Windows, ManyTilesStayOfUse) {
-  for (int i = 0; i < 34; ++i) main->LoadNewDoc();
-  for (const Qt::Orientation rows : {Qt::Vertical, Qt::Horizontal}) {
-    main->tile(rows);
-    QRegion covered;
-    for (frmDocument* document : main->documents()) {
-      const QRect place = windowOf(document)->geometry();
-      EXPECT_FALSE(covered.intersects(place));
-      EXPECT_GE(document->cmx->height(), 4 * document->cmx->fontMetrics().lineSpacing());
-      EXPECT_GE(document->cmx->width(), 20 * document->cmx->fontMetrics().averageCharWidth());
-      covered += place;
-    }
-    const QRect room = main->mdi().viewport()->rect();
-    EXPECT_TRUE(room.contains(windowOf(main->activeDocument())->geometry()));
-    main->nextWindow(1);
-    EXPECT_TRUE(room.contains(windowOf(main->activeDocument())->geometry()));
-  }
-}
-
 TEST_F(Windows, NamesThatDifferInABlankLookDifferent) {
   QSet<QString> tabTexts, menuTexts;
   for (const char* name : {"a.v", "a.v ", " a.v"}) open(name);
@@ -121,17 +102,6 @@ TEST_F(Windows, ComeBackWholeFromEveryState) {
   windowOf(last)->showMinimized();
   click(tabs(), tabs().tabRect(tabs().tabOf(last)).center(), Qt::LeftButton);
   EXPECT_FALSE(windowOf(last)->isMinimized());
-}
-
-TEST_F(Windows, TabsStayReadableAtAnyNumber) {
-  for (int i = 0; i < 60; ++i) main->LoadNewDoc();
-  ASSERT_EQ(tabs().count(), 60);
-  for (const int tab : {0, 30, 59}) {
-    EXPECT_GT(tabs().tabRect(tab).width(), tabs().fontMetrics().horizontalAdvance(tabs().tabText(tab))) << tab;
-    EXPECT_NE(tabs().tabButton(tab, QTabBar::RightSide), nullptr);
-  }
-  wait(5);
-  EXPECT_TRUE(tabs().rect().contains(tabs().tabRect(59).center())) << "the bar scrolls to the current one";
 }
 
 TEST_F(Windows, NextGoesRoundInTheOrderOfTheTabs) {
@@ -255,34 +225,6 @@ TEST_F(Windows, TheLogComesBackWhereItWas) {
   EXPECT_EQ(dock(), nullptr) << "it was closed";
   main->showLog();
   EXPECT_TRUE(dock()->isFloating());
-}
-
-TEST_F(Windows, LogAndEditorMayBeClosedDuringARun) {
-  open("a.v");
-  main->showLog();
-  auto* dock = main->findChild<QDockWidget*>(q("logDock"));
-  const auto run = [this](const char* go, const char* echo, const std::function<void()>& act) {
-    const OnceAProgramRuns meanwhile([&] {
-      act();
-      write(go);
-    });
-    return mCMXParser::Run(0, 0, q("SHELLW /bin/sh -c \"until [ -e %1 ]; do sleep 0.02; done\"\nECHO %2").arg(q(go), q(echo)))
-        .ending;
-  };
-  EXPECT_EQ(run("one", "after", [&] { dock->close(); }), mCMXParser::Ending::done);
-  EXPECT_TRUE(main->log()->Text().contains(q("after")));
-  EXPECT_TRUE(dock->isVisible()) << "what came later is shown";
-  bool closed = false;
-  EXPECT_EQ(run("two", "never", [&] { closed = main->close(); }), mCMXParser::Ending::stopped);
-  EXPECT_TRUE(closed);
-  EXPECT_TRUE(main->documents().isEmpty());
-}
-
-TEST_F(Windows, FrameTitleBeginsWithTheApplication) {
-  main->setWindowTitle(q("Zelkor Editor"));
-  open("a[*].v");
-  wait(5);
-  EXPECT_TRUE(main->windowTitle().startsWith(q("Zelkor Editor"))) << main->windowTitle().toStdString();
 }
 
 }   // namespace

@@ -67,15 +67,6 @@ TEST_F(CodeMaxMembers, ReplaceLinesTouchesOnlyWhatDiffers) {
   EXPECT_TRUE(control.hasBookmark(1));
 }
 
-TEST_F(CodeMaxMembers, AppendTextFollowsOnlyACaretAtTheEnd) {
-  put("log|");
-  control.AppendText(q(" more"));
-  EXPECT_EQ(now(), "log more|");
-  put("|log");
-  control.AppendText(q(" more"));
-  EXPECT_EQ(now(), "|log more");
-}
-
 TEST_F(CodeMaxMembers, EditBlockIsOneStepAndTellsOnce) {
   put("|a\nb\nc");
   int moved = 0;
@@ -97,22 +88,6 @@ TEST_F(CodeMaxMembers, EditBlockIsOneStepAndTellsOnce) {
   EXPECT_EQ(now(), "> a\n> b\n> |c");
   EXPECT_FALSE(control.ExecuteCmd(99));
   EXPECT_FALSE(control.ExecuteCmd(213));
-}
-
-TEST_F(CodeMaxMembers, TwoControlsOnOneText) {
-  put("line one\nline two\nline |three");
-  CodeMax second(control, nullptr);
-  second.resize(400, 200);
-  second.show();
-  second.SetSel({1, 0, 1, 4, false});
-  typeText(q("XY"));
-  EXPECT_EQ(second.GetLine(2), q("line XYthree"));
-  EXPECT_EQ(second.GetSel(true), (CmRange{1, 0, 1, 4, false})) << "its own selection";
-  control.InsertText(q("top\n"), {0, 0});
-  EXPECT_EQ(second.GetSel(true), (CmRange{2, 0, 2, 4, false})) << "which stays with its text";
-  second.ExecuteCmd(Cmd::UNDO);
-  second.ExecuteCmd(Cmd::UNDO);
-  EXPECT_EQ(bytes(), "line one\nline two\nline three");
 }
 
 TEST(CodeMaxColors, StoredDefaultsStillFollowTheDesktop) {

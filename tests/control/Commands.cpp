@@ -1,40 +1,132 @@
-// The command table, and its cases (CommandCases*.cpp): text with markers before and after, undo back to the first text, and
-// nothing changed where the text is read-only.
+// The command table, and its cases (commands.txt): text with markers before and after, undo back to the first text, and nothing
+// changed where the text is read-only.
+#include <fstream>
+#include <map>
 #include <set>
 
-#include "tests/control/CommandCases.h"
+#include "tests/control/EditorFixture.h"
+#include "tests/support/Text.h"
 
 namespace {
 
-std::vector<CommandCase> allCases() {
-  std::vector<CommandCase> all;
-  for (auto part : {moveCases(), editCases(), lineCases(), findCases()}) all.insert(all.end(), part.begin(), part.end());
+struct Case {
+  std::string command, before, after;
+  std::map<std::string, std::string> more;
+  bool has(const char* name) const { return more.count(name) > 0; }
+  QString text(const char* name) const { return has(name) ? QString::fromStdString(more.at(name)) : QString(); }
+  int number(const char* name, int otherwise) const { return has(name) ? text(name).toInt() : otherwise; }
+};
+
+// Takes a word, or what stands between quotation marks, off a line.
+std::string take(std::string_view& line) {
+  std::string out;
+  const bool quoted = line.starts_with('"');
+  std::size_t i = quoted;
+  for (; i < line.size() && (quoted ? line[i] != '"' : line[i] != ' ' && line[i] != '='); ++i) {
+    const std::size_t escape = quoted && line[i] == '\\' ? std::string_view("nrtx").find(line[++i]) : std::string_view::npos;
+    if (escape == 3) out += static_cast<char>(std::stoi(std::string(line.substr(i + 1, 2)), nullptr, 16)), i += 2;
+    else out += escape < 3 ? "\n\r\t"[escape] : line[i];
+  }
+  line.remove_prefix(std::min(line.size(), i + quoted));
+  return out;
+}
+
+std::vector<Case> allCases() {
+  std::ifstream file(std::string(std::getenv("ZELKOR_SOURCE")) + "/tests/control/commands.txt");
+  std::vector<Case> all;
+  for (std::string row; std::getline(file, row);) {
+    if (row.starts_with('#')) continue;
+    std::string_view line = row;
+    const auto next = [&line] {
+      line.remove_prefix(std::min(line.find_first_not_of(" ="), line.size()));
+      return take(line);
+    };
+    Case& c = all.emplace_back(Case{next(), next(), next(), {}});
+    while (!line.empty()) {
+      const std::string name = next();
+      c.more[name] = line.starts_with('=') ? next() : std::string();
+    }
+  }
   return all;
 }
 
-void setUp(EditorFixture& f, const CommandCase& c) {
-  f.options->expandTabs = c.more.expand;
-  f.options->autoIndent = c.more.indent;
-  f.host.top = c.more.top;
-  f.host.left = c.more.left;
-  f.host.clipboard = QString::fromUtf8(c.more.clipboard);
-  f.host.clipboardBlock = c.more.block;
-  searchState() = {QString::fromUtf8(c.more.find), QString::fromUtf8(c.more.replace), c.more.search, c.more.preserveCase};
-  if (c.more.prepare) c.more.prepare(f);
+// Each line break and each text between is a step of its own.
+void type(EditorFixture& f, QString text) {
+  for (; !text.isEmpty(); text.remove(0, std::max<qsizetype>(1, text.section(u'\n', 0, 0).size())))
+    text.startsWith(u'\n') ? f.editor.newLine() : f.editor.typeText(text.section(u'\n', 0, 0));
 }
 
-void checkWhatItDoes(const CommandCase& c) {
+std::string bookmarksOf(EditorFixture& f) {
+  std::string lines;
+  for (const text::LineNo line : f.model->bookmarks()) lines += (lines.empty() ? "" : " ") + std::to_string(line.value);
+  return lines;
+}
+
+std::string stateOf(EditorFixture& f) {
+  const SearchState& search = searchState();
+  const std::pair<bool, QString> words[] = {
+      {f.editor.overtype, q("overtype")},
+      {f.editor.appendNextCut, q("append")},
+      {f.editor.repeatCount != 1, q("repeat %1").arg(f.editor.repeatCount)},
+      {f.host.whiteSpaceToggles == 1, q("blanks")},
+      {f.host.findDialogs == 1, q("find")},
+      {f.host.replaceDialogs == 1, q("replace")},
+      {search.options.matchCase, q("case")},
+      {search.options.wholeWord, q("word")},
+      {search.preserveCase, q("preserve")},
+      {!search.findText.isEmpty(), q("find=") + search.findText},
+      {!search.replaceText.isEmpty(), q("replace=") + search.replaceText},
+  };
+  QStringList all;
+  for (const auto& [holds, word] : words)
+    if (holds) all << word;
+  return all.join(u' ').toStdString();
+}
+
+void setUp(EditorFixture& f, const Case& c) {
+  f.options->expandTabs = c.has("expand");
+  f.options->autoIndent = c.text("indent") == q("off") ? AutoIndent::off
+                          : c.has("indent")            ? AutoIndent::language
+                                                       : AutoIndent::same;
+  f.host.top = c.number("top", 0);
+  f.host.left = c.number("left", 0);
+  f.host.clipboard = c.text("clipboard");
+  f.host.clipboardBlock = c.has("block");
+  searchState() = {c.text("find"),
+                   c.text("replace"),
+                   {.matchCase = c.has("case"), .wholeWord = c.has("word"), .regex = c.has("regex")},
+                   c.has("preserve")};
+  for (const QString& line : c.text("bookmarks").split(u' ', Qt::SkipEmptyParts))
+    f.model->setBookmark(text::LineNo(line.toInt()), true);
+  type(f, c.text("typed"));
+  if (c.has("saved")) f.model->setModified(false);
+  type(f, c.text("saved"));
+  while (c.has("back") && f.editor.undo()) {}
+  for (const QString& one : c.text("first").split(q("; "), Qt::SkipEmptyParts))
+    f.run(s(one.section(u' ', 0, 0)).c_str(), one.section(u' ', 1));
+  f.editor.repeatCount = c.number("count", f.editor.repeatCount);
+}
+
+bool run(EditorFixture& f, const Case& c) {
+  bool isNumber = false;
+  const qlonglong number = c.text("argument").toLongLong(&isNumber);
+  return f.run(c.command.c_str(), isNumber ? QVariant(number) : c.has("argument") ? QVariant(c.text("argument")) : QVariant());
+}
+
+void checkWhatItDoes(const Case& c) {
   EditorFixture f(c.before);
   setUp(f, c);
   const std::string textBefore = f.bytes(), shownBefore = f.shown();
-  if (c.more.count != 1) f.editor.repeatCount = c.more.count;
-  ASSERT_TRUE(f.run(c.command, c.more.argument));
+  ASSERT_TRUE(run(f, c));
   EXPECT_EQ(f.shown(), c.after);
-  if (c.more.check) c.more.check(f);
-  if (c.more.note) { EXPECT_EQ(f.host.notes.value(f.host.notes.size() - 1).toStdString(), c.more.note); }
-  EXPECT_EQ(f.host.clipboard, QString::fromUtf8(c.more.clipboardAfter ? c.more.clipboardAfter : c.more.clipboard));
-  EXPECT_EQ(f.host.clipboardBlock, c.more.clipboardAfter ? c.more.blockAfter : c.more.block);
-  const bool travels = std::string(c.command).find("UNDO") == 0 || std::string(c.command).find("REDO") == 0;
+  if (c.has("topAfter")) { EXPECT_EQ(f.host.top, c.number("topAfter", 0)); }
+  if (c.has("leftAfter")) { EXPECT_EQ(f.host.left, c.number("leftAfter", 0)); }
+  if (c.has("bookmarksAfter")) { EXPECT_EQ(bookmarksOf(f), c.more.at("bookmarksAfter")); }
+  if (c.has("state")) { EXPECT_EQ(stateOf(f), c.more.at("state")); }
+  if (c.has("note")) { EXPECT_EQ(s(f.host.notes.value(f.host.notes.size() - 1)), c.more.at("note")); }
+  EXPECT_EQ(f.host.clipboard, c.text(c.has("clipboardAfter") ? "clipboardAfter" : "clipboard"));
+  EXPECT_EQ(f.host.clipboardBlock, c.has(c.has("clipboardAfter") ? "blockAfter" : "block"));
+  const bool travels = c.command.starts_with("UNDO") || c.command.starts_with("REDO");
   if (f.bytes() == textBefore || travels) return;
   const std::string shownAfter = f.shown();
   EXPECT_TRUE(f.editor.undo());
@@ -43,27 +135,29 @@ void checkWhatItDoes(const CommandCase& c) {
   EXPECT_EQ(f.shown(), shownAfter) << "redo";
 }
 
-void checkReadOnly(const CommandCase& c) {
+void checkReadOnly(const Case& c) {
   EditorFixture f(c.before);
   setUp(f, c);
   f.editor.document().setReadOnly(true);
   const std::string before = f.bytes();
   const std::uint64_t revision = f.editor.document().revision();
-  f.editor.repeatCount = c.more.count;
-  EXPECT_TRUE(f.run(c.command, c.more.argument));
+  EXPECT_TRUE(run(f, c));
   EXPECT_EQ(f.bytes(), before);
   EXPECT_EQ(f.editor.document().revision(), revision);
-  if (std::string(c.command).find("CUT") != std::string::npos) { EXPECT_EQ(f.host.clipboard, QString::fromUtf8(c.more.clipboard)); }
+  if (c.command.find("CUT") != std::string::npos) { EXPECT_EQ(f.host.clipboard, c.text("clipboard")); }
 }
 
 }   // namespace
 
-void checkCases(const std::vector<CommandCase>& cases) {
-  for (const CommandCase& c : cases) {
-    SCOPED_TRACE(std::string(c.command) + ": " + c.before);
+TEST(Commands, DoWhatTheySay) {
+  std::set<std::string> covered;
+  for (const Case& c : allCases()) {
+    SCOPED_TRACE(c.command + ": " + c.before);
     checkWhatItDoes(c);
     checkReadOnly(c);
+    covered.insert(c.command);
   }
+  for (const Command& command : commands()) EXPECT_TRUE(covered.count(command.name)) << command.name << " has no case";
 }
 
 TEST(Commands, TableIsWhole) {
@@ -98,10 +192,4 @@ TEST(Commands, NumbersAreKept) {
     ASSERT_NE(commandByName(QString::fromUtf8(name)), nullptr) << name;
     EXPECT_EQ(commandByName(QString::fromUtf8(name))->id, id);
   }
-}
-
-TEST(Commands, EveryRowHasACase) {
-  std::set<std::string> covered;
-  for (const CommandCase& c : allCases()) covered.insert(c.command);
-  for (const Command& command : commands()) EXPECT_TRUE(covered.count(command.name)) << command.name;
 }

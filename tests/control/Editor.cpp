@@ -5,18 +5,6 @@
 
 using text::ByteOffset;
 
-TEST(Editor, CaretStaysOnCharacters) {
-  EditorFixture f("a\r\nö€😀\xFFz|");
-  for (std::int64_t i = -3; i < 30; ++i) {
-    f.editor.moveCaret(ByteOffset(i), false);
-    const std::int64_t at = f.editor.selection().caret.value;
-    EXPECT_TRUE(at == 0 || at == 1 || at == 3 || at == 5 || at == 8 || at == 12 || at == 13 || at == 14) << i << " -> " << at;
-  }
-  f.editor.setRange({1, 3, 1, 3});   // between the units of 😀: its start
-  EXPECT_EQ(f.editor.selection().caret, ByteOffset(8));
-  EXPECT_EQ(f.editor.range(true), (CmRange{1, 2, 1, 2}));
-}
-
 TEST(Editor, RangesAreClippedAndReadBack) {
   struct Case {
     CmRange set, got;

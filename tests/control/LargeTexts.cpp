@@ -35,22 +35,3 @@ TEST(LargeTexts, AMillionLinesChangeInOneStep) {
     EXPECT_FALSE(f.editor.document().canUndo()) << c.command;
   }
 }
-
-TEST(LargeTexts, ABlockOfAHundredThousandLines) {
-  EditorFixture f;
-  f.model->replaceAll(text::Snapshot(lines(50000, "\tabcdef\n")), {});
-  f.host.clipboard = QString::fromStdString(lines(99999, "xy\n") + "xy");
-  f.host.clipboardBlock = true;
-  f.editor.setRange({0, 2, 0, 2});
-  f.run("PASTE");
-  EXPECT_EQ(f.editor.snapshot().lineCount(), 100000);
-  EXPECT_EQ(f.editor.snapshot().line(text::LineNo(49999)), "\taxybcdef");
-  EXPECT_EQ(f.editor.snapshot().line(text::LineNo(99999)), "     xy");
-  // The same block as a selection: typing into it, copying and cutting it.
-  f.editor.setRange({0, 2, 99999, 7, true});
-  f.editor.typeText(QStringLiteral("z"));
-  EXPECT_EQ(f.editor.snapshot().line(text::LineNo(99999)), "     z");
-  EXPECT_TRUE(f.editor.undo());
-  f.run("CUT");
-  EXPECT_EQ(f.editor.snapshot().line(text::LineNo(0)), "\tabcdef");
-}

@@ -88,15 +88,6 @@ TEST(LineLayout, PlacesAndBytesAgree) {
   }
 }
 
-TEST(LineLayout, EndlessMarksAreCutIntoPieces) {
-  std::string line = "a";
-  for (int i = 0; i < 100000; ++i) line += "\xCC\x81";
-  const GlyphMetrics metrics(fixedFont(), 1);
-  const LineLayout layout = layOut(line, metrics);
-  EXPECT_EQ(layout.end().byte, static_cast<std::int64_t>(line.size()));
-  for (const LayoutItem& item : layout.items()) ASSERT_LE(item.bytes, text::maxClusterBytes);
-}
-
 TEST(LineLayoutMetrics, CellsAreWholePixelsOfTheScreen) {
   for (const double scale : {1.0, 1.5, 2.0}) {
     const GlyphMetrics metrics(fixedFont(), scale);

@@ -131,18 +131,6 @@ TEST_F(Painting, LineNumbersCountFrom1) {
   EXPECT_TRUE(!tens(8) && tens(9));
 }
 
-TEST_F(Painting, HiddenTextIsNotPainted) {
-  put("|text");
-  control.setVisibleText(false);
-  EXPECT_FALSE(control.Visible());
-  EXPECT_TRUE(pane()->hasFocus() || !QApplication::activeWindow()) << "the focus stays";
-  EXPECT_FALSE(viewport()->updatesEnabled());
-  typeText(q("more "));
-  control.setVisibleText(true);
-  EXPECT_TRUE(viewport()->updatesEnabled());
-  EXPECT_EQ(now(), "more |text");
-}
-
 TEST_F(Painting, OnlyChangedLinesArePainted) {
   QString lines;
   for (int i = 0; i < 100; ++i) lines += q("some line\n");

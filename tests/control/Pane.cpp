@@ -54,17 +54,6 @@ TEST_F(PaneInput, KeysTypeMoveAndTell) {
   EXPECT_EQ(bytes(), "\t@AB\nc") << "a key sequence of two strokes";
 }
 
-TEST_F(PaneInput, ReadOnlyTextTakesNoKeys) {
-  put("a|b");
-  control.setReadOnly(true);
-  typeText(q("x"));
-  key(Qt::Key_Delete);
-  key(Qt::Key_Return, {}, q("\r"));
-  ime(QString(), q("x"));
-  EXPECT_EQ(now(), "a|b");
-  control.setReadOnly(false);
-}
-
 TEST_F(PaneInput, MouseSelects) {
   const char* text = "|alpha beta\ngamma delta\nlast";
   struct Case {

@@ -174,12 +174,3 @@ TEST(TextModelLanguage, FollowsTheTableAndRefusesUnequalPairs) {
   EXPECT_FALSE(model.setLanguage(QStringLiteral("no such language")));
   EXPECT_TRUE(model.setLanguage(QString()));
 }
-
-TEST(TextModelLanguage, BuiltInOnesAreComplete) {
-  for (const char* name : {"SQL", "C/C++", "PASCAL", "BASIC", "JAVA"}) {
-    const auto found = LanguageTable::find(QString::fromLatin1(name));
-    ASSERT_NE(found, nullptr) << name;
-    EXPECT_TRUE(found->valid()) << name;
-    EXPECT_FALSE(found->tables().keywords.empty()) << name;
-  }
-}

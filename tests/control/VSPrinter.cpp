@@ -76,25 +76,6 @@ TEST(VSPrinter, AWordOfSeveralStylesMovesWhole) {
   EXPECT_EQ(runs[1].style, runs[3].style);
 }
 
-TEST(VSPrinter, PagesAndColumns) {
-  Fixture f;
-  const int perPage = static_cast<int>(144 / f.printer.LineHeight());   // 2 inches
-  f.printer.setColumns(2);
-  f.printer.StartDoc();
-  for (int i = 0; i < perPage * 2 + 1; ++i) f.printer.Print(QStringLiteral("%1\r\n").arg(i));
-  f.printer.EndDoc();
-  ASSERT_EQ(f.printer.document().pages.size(), 2u);
-  EXPECT_EQ(f.pages, (std::vector<int>{1, 2}));
-  const auto& runs = f.printer.document().pages[0]->runs;
-  EXPECT_NEAR(runs[static_cast<std::size_t>(perPage)].x, 36 + 99 + 18, 0.1);
-  EXPECT_EQ(runs[static_cast<std::size_t>(perPage)].baseline, runs[0].baseline);
-  EXPECT_EQ(f.text(1), QStringList{QString::number(perPage * 2)});
-  f.printer.StartDoc();
-  for (int i = 0; i < perPage * 2; ++i) f.printer.Print(QStringLiteral("x\r\n"));
-  f.printer.EndDoc();
-  EXPECT_EQ(f.printer.document().pages.size(), 1u) << "an exactly full page makes no empty one";
-}
-
 TEST(VSPrinter, Table) {
   Fixture f({8, 6});
   f.printer.StartDoc();

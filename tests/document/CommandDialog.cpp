@@ -141,16 +141,6 @@ TEST(CommandDialog, WhatIsTypedDuringARunStays) {
   EXPECT_EQ(dialog.history(), QStringList{first});
 }
 
-TEST(CommandDialog, PastingFromAClipboardWithoutOwnerDoesNothing) {
-  QApplication::clipboard()->setMimeData(new QMimeData);   // no format at all
-  CommandField field;
-  field.paste();
-  EXPECT_TRUE(field.toPlainText().isEmpty());
-  QApplication::clipboard()->setText(u"ECHO"_s);
-  field.paste();
-  EXPECT_EQ(field.toPlainText(), u"ECHO"_s);
-}
-
 TEST(CommandDialog, TheListTakesReturnOnlyOnceTheUserIsInIt) {
   OwnSettings settings;
   RunFrame frame;

@@ -70,19 +70,6 @@ TEST_F(Document, SaveKeepsBytesAndLeavesNothingBehind) {
   EXPECT_FALSE(document->DocumentModified()) << "back at what was saved";
 }
 
-TEST_F(Document, FailedSaveSaysWhyAndStaysModified) {
-  const auto document = opened(write("a.txt", "old\n"));
-  document->cmx->setText(q("new"));
-  QDir(dir.path()).mkpath(q("folder/a.txt"));
-  const QString target = path("folder/a.txt");
-  boxes.answer(Answer::ok);
-  EXPECT_FALSE(document->SaveDocumment(target));
-  EXPECT_TRUE(boxes.last().text.startsWith(q("File Save Error : ")));
-  EXPECT_TRUE(document->DocumentModified());
-  EXPECT_EQ(document->CurrentFileName(), path("a.txt"));
-  EXPECT_EQ(read(path("a.txt")), "old\n");
-}
-
 // S14: a disk that takes its time, and the user who types on. Keys that were pressed meanwhile come when the save is over; what
 // changes the text while it is written (a program's output, another window) is not lost either.
 TEST_F(Document, S14_WhatIsTypedDuringASlowSaveStaysModified) {

@@ -131,18 +131,6 @@ TEST(ProcessRun, OutputComesInOrderAndWholeBeforeTheEnd) {
   EXPECT_EQ(flood.out.size(), 5000000);
 }
 
-TEST(ProcessRun, TheInterfaceLivesWhileWaiting) {
-  const testing_files::TempFolder folder;
-  int ticks = 0;
-  QTimer timer;
-  QObject::connect(&timer, &QTimer::timeout, [&] {
-    if (++ticks == 10) testing_files::writeRaw(folder / "go", {});
-  });
-  timer.start(5);
-  process::LaunchAndWait({startee(), "await", folder / "go"}, 1);
-  EXPECT_GE(ticks, 10);
-}
-
 TEST(ProcessRun, TimeOutLeavesTheProgramRunning) {
   const testing_files::TempFolder folder;
   Output output;

@@ -138,17 +138,3 @@ TEST(RegistryText, C2_CutAtEveryByteIsDamagedOrComplete) {
   }
   EXPECT_LE(complete, 2);   // only the last line break may go without loss
 }
-
-TEST(RegistryText, AnyTextComesBack) {
-  std::mt19937 random(7);
-  for (int round = 0; round < 300; ++round) {
-    RegistryText text;
-    QString value, name;
-    for (int n = int(random() % 40); n > 0; --n) value += QChar(ushort(random() % 4 ? random() % 0x60 : random() % 0x10000));
-    for (int n = int(random() % 6); n > 0; --n) name += QChar(ushort(0x20 + random() % 0x60));
-    text.setValue(kKey, name, value);
-    RegistryText again;
-    ASSERT_TRUE(again.parse(text.toBytes()));
-    ASSERT_EQ(again.value(kKey, name).toString(), value);
-  }
-}

@@ -64,6 +64,13 @@ void runOn(frmDocument& document, const QString& commands) {
   check(selection.StartLineNo >= 0 && selection.StartLineNo < document.cmx->LineCount() &&
             selection.EndLineNo < document.cmx->LineCount(),
         "the selection is in the text");
+  const Editor& editor = document.cmx->editor();
+  for (const text::ByteOffset at : {editor.selection().anchor, editor.selection().caret}) {
+    check(editor.offsetOf(editor.positionOf(at)) == at, "the caret is between characters");
+    check(at == text::ByteOffset(0) || at == editor.snapshot().size() || editor.snapshot().at(at) != '\n' ||
+              editor.snapshot().at(at - 1) != '\r',
+          "the caret is not inside CR LF");
+  }
 }
 
 }   // namespace
@@ -83,6 +90,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   testing_files::CrashFileSystem disk(testing_files::DiskState{{"/d/file.v", text}});
   const testing_files::UseFileSystem use(disk);
   const int status = batch::eachDocument({QStringLiteral("/d/file.v")}, [&](frmDocument& document) {
+    document.cmx->setTabSize(1 + int(text.size() % 8));
+    document.cmx->setTabExpand(text.size() % 3 == 0);
+    document.cmx->setAutoIndentMode(int(text.size() % 5 % 3));
     runOn(document, commands);
     return batch::kDone;
   });

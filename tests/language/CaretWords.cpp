@@ -225,18 +225,6 @@ TEST_F(CaretWords, VariablesLeaveFieldsAlone) {
   EXPECT_FALSE(gBusy());
 }
 
-TEST_F(CaretWords, TheBusyFlagIsUpWhileDotsExpand) {
-  hotKey("alw", "x");
-  show("alw..|");
-  QList<bool> busy;
-  QObject::connect(&cmx, &CodeMax::SelChange, &cmx, [&] { busy += gBusy(); });
-  isTemplate(cmx, manager, 1, true, {});
-  ASSERT_GT(busy.size(), 1);
-  EXPECT_EQ(busy.count(false), 1);   // the last: where the caret is now
-  EXPECT_FALSE(busy.last());
-  EXPECT_FALSE(gBusy());
-}
-
 TEST_F(CaretWords, TwoDotsExpand) {
   hotKey("alw", "always\n$$end");
   struct Case {

@@ -139,48 +139,6 @@ TEST_F(Definitions, EveryFieldWritesThrough) {
   EXPECT_EQ(dump(*definition::read(definition::write(*manager.Languages()))), dump(*manager.Languages()));
 }
 
-TEST_F(Definitions, EmptyFieldsStayEmptyAndUndoWorks) {
-  open();
-  leave(field("txtOperator"));
-  EXPECT_EQ(s(language(1)->Operators), "");
-  EXPECT_FALSE(dialog->isChanged());
-  ListField* one = field("txtKeyword");
-  one->moveCursor(QTextCursor::End);
-  type(one, "x");
-  leave(one);
-  EXPECT_EQ(s(language(1)->Keywords), "module\r\nendmodule\r\nx\r\n");
-  while (one->document()->isUndoAvailable()) press(one, Qt::Key_Z, Qt::ControlModifier);
-  EXPECT_EQ(s(language(1)->Keywords), "module\r\nendmodule\r\n");
-}
-
-TEST_F(Definitions, TextsKeepEveryCharacter) {
-  language(1)->Keywords = QString(QChar(0xA0)) + q("\xE2\x80\xA8\t\xF0\x9F\x98\x80\r\n\r\n ") + QChar(0xDC80) + q("\r\n");
-  open();
-  const QString before = language(1)->Keywords;
-  EXPECT_EQ(s(field("txtKeyword")->entries()), s(before));
-  field("txtKeyword")->moveCursor(QTextCursor::End);
-  type(field("txtKeyword"), "y");
-  EXPECT_EQ(language(1)->Keywords, before + q("y"));
-}
-
-TEST_F(Definitions, TabsShowTheirItems) {
-  open();
-  const std::pair<const char*, const char*> tabs[] = {
-      {"Compile", "Exe a\n"}, {"alw", "always\nend"}, {"Edges", "posedge\nnegedge\n"}};
-  for (int i = 0; i < 3; ++i) {
-    tab(i + 1);
-    EXPECT_EQ(names("lst"), QStringList{q(tabs[i].first)});
-    EXPECT_EQ(s(field("txtList")->toPlainText()), tabs[i].second);
-    EXPECT_TRUE(find<QLabel>("lblHint")->text().contains(u'[' + q(tabs[i].first) + u']') || i == 2);
-    leave(field("txtList"));
-    EXPECT_FALSE(dialog->isChanged());   // a template's text has no break at its end, and gets none
-  }
-  list("lstLanguage")->setCurrentRow(1);
-  tab(1);
-  EXPECT_EQ(list("lst")->count(), 0);
-  EXPECT_FALSE(enabled("txtList"));
-}
-
 TEST_F(Definitions, NamesAreNeverMarkup) {
   language(1)->Name = q("[*]<b>%1");
   language(1)->cMacros()->Item(1)->Name = q("<b>x</b>");
@@ -204,16 +162,6 @@ TEST_F(Definitions, AddingALanguage) {
   EXPECT_EQ(s(language(4)->Name), "Language3");
 }
 
-TEST_F(Definitions, AddingRefusesATakenName) {
-  manager.Languages()->Item(2)->Name = q("Language2");
-  open();
-  boxes.answer(Answer::ok);
-  click("cmdAdd");
-  EXPECT_EQ(s(boxes.last().text), "Language 'Language2' already defined");
-  EXPECT_EQ(manager.Languages()->Count(), 2);
-  EXPECT_FALSE(dialog->isChanged());
-}
-
 TEST_F(Definitions, WithoutLanguagesEverythingWaits) {
   manager.setLanguages(nullptr);
   open();
@@ -228,16 +176,6 @@ TEST_F(Definitions, WithoutLanguagesEverythingWaits) {
   click("cmdAdd");
   EXPECT_EQ(s(language(1)->Name), "Language0");
   EXPECT_TRUE(enabled("cmdAddList"));
-}
-
-TEST_F(Definitions, RenamingChecksNoDuplicates) {
-  open();
-  press(list("lstLanguage"), Qt::Key_F2);
-  typeName("lstLanguage", "VHDL");
-  EXPECT_EQ(s(language(1)->Name), "VHDL");
-  EXPECT_TRUE(dialog->isChanged());
-  list("lstLanguage")->item(1)->setText(q("two\r\nlines"));
-  EXPECT_EQ(s(language(2)->Name), "twolines");
 }
 
 TEST_F(Definitions, RenamingItems) {

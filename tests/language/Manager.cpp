@@ -221,24 +221,6 @@ TEST_F(Manager, EncodingsComeBack) {
   EXPECT_EQ(s(manager.Languages()->Item(1)->Name), "L\xC3\xA4 x");
 }
 
-TEST_F(Manager, BlocksOfTheFileAsText) {
-  init(kTwo);
-  EXPECT_TRUE(manager.GetLangText(q("VHDL")).startsWith(q("SetLanguage:VHDL\r\n")));
-  EXPECT_EQ(s(manager.GetLangText(q("none"))), "");
-  EXPECT_TRUE(manager.AddLangText(q("[Keywords]\r\n")));   // no language: nothing
-  EXPECT_EQ(bytesOf("Zelkor.ini"), QByteArray(kTwo));
-  EXPECT_TRUE(manager.AddLangText(q("SetLanguage:C\n[Keywords]\nint")));
-  EXPECT_EQ(bytesOf("Zelkor.ini"), QByteArray(kTwo) + "SetLanguage:C\r\n[Keywords]\r\nint\r\n");
-  write("Zelkor.ini", "SetLanguage:A\r\n[Keywords]\r\na");   // without a last line break
-  EXPECT_TRUE(manager.AddLangText(q("SetLanguage:B\r\n")));
-  EXPECT_EQ(bytesOf("Zelkor.ini"), "SetLanguage:A\r\n[Keywords]\r\na\r\nSetLanguage:B\r\n");
-  EXPECT_EQ(s(manager.GetLangText(q("B"))), "SetLanguage:B\r\n");
-  manager.setIniFile(path("fresh.ini"));
-  EXPECT_TRUE(manager.AddLangText(q("SetLanguage:B\r\n")));
-  EXPECT_EQ(bytesOf("fresh.ini"), "SetLanguage:B\r\n");
-  EXPECT_EQ(s(manager.GetLangText(q("C"))), "");
-}
-
 TEST_F(Manager, AnAppendedBlockIsNotLostToALaterSave) {
   init(kTwo);
   ASSERT_TRUE(manager.AddLangText(q("SetLanguage:C\r\n")));

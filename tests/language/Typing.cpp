@@ -162,14 +162,6 @@ TEST_F(Typing, ATemplateInsideAnotherGoesFirst) {
   EXPECT_EQ(shown(), "always @(begin 1 end)\n@$$|\nend");
 }
 
-TEST_F(Typing, AnotherFileEndsTheWalk) {
-  expand("alw|");
-  cmx.model()->replaceAll(text::Snapshot("$$ $$"), {});
-  EXPECT_FALSE(FieldWalk::isActive(cmx));
-  key(Qt::Key_Tab);
-  EXPECT_EQ(shown(), "\t|$$ $$");
-}
-
 TEST_F(TypingHotWords, OffersWhatBeginsLikeTheWord) {
   show("|");
   type("a");

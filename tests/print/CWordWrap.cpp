@@ -98,14 +98,6 @@ TEST(CWordWrap, CommentsInOneLine) {
   }
 }
 
-TEST(CWordWrap, BlockCommentsCarryOver) {
-  CWordWrap wrap = hdl();
-  EXPECT_EQ(marked(wrap, "a /* b"), QStringLiteral("a </* b"));
-  EXPECT_EQ(marked(wrap, "// c"), QStringLiteral("// c"));
-  EXPECT_EQ(marked(wrap, "d */ e // f"), QStringLiteral("d */> e <// f>"));
-  EXPECT_EQ(marked(wrap, "g"), QStringLiteral("g"));
-}
-
 TEST(CWordWrap, ALineOfManyCommentsCostsOneCopy) {
   CWordWrap wrap = hdl();
   for (const QString& end : {QString(), QStringLiteral("// end")}) {
@@ -215,15 +207,4 @@ TEST(CWordWrap, H1_InvisibleCharactersPrintAsTheirNames) {
     EXPECT_EQ(job.styled().join(u'|').toStdString(),
               "a<RLO>b \"<LRI>+<ZWSP>\" x<ZWJ>y \xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9 +\xF0\x9F\x98\x80+");
   }
-}
-
-TEST(CWordWrap, ReviewSheetFillsOnePage) {
-  Job job(QStringLiteral("x"));
-  job.wrap.FilePath = QStringLiteral("/src/a.v");
-  job.wrap.PrintReviewTable(job.printer);
-  ASSERT_EQ(job.printer.document().pages.size(), 1u);
-  EXPECT_TRUE(job.page().text.contains(QLatin1String("Review Sheet")));
-  EXPECT_TRUE(job.page().text.contains(QLatin1String("/src/a.v")));
-  EXPECT_TRUE(job.page().text.contains(QLatin1String("LineCommentType")));
-  EXPECT_GT(job.page().rules.size(), 6u * 5);
 }

@@ -48,15 +48,6 @@ TEST(CaseFilter, WordsByTargetAndMode) {
   }
 }
 
-TEST(CaseFilter, BlockCommentsCarryOver) {
-  const text::Highlighter highlighter = hdl();
-  text::LineState state = 0;
-  EXPECT_EQ(filterCase(QStringLiteral("a /* b"), CaseTarget::mainText, CaseMode::upper, highlighter, &state),
-            QStringLiteral("A /* b"));
-  EXPECT_EQ(filterCase(QStringLiteral("c */ d"), CaseTarget::mainText, CaseMode::upper, highlighter, &state),
-            QStringLiteral("c */ D"));
-}
-
 TEST(CaseFilter, SameInk) {
   EXPECT_TRUE(sameInk(u"a  B\tc", u"AbC"));
   EXPECT_TRUE(sameInk(u"", u" \t"));

@@ -71,15 +71,6 @@ TEST_F(FormatDialogs, ApplyFormatsAndKeepsTheDialogOpen) {
   EXPECT_FALSE(dialog.isVisible());
 }
 
-TEST_F(FormatDialogs, BlanksThatMakeBlocksStay) {
-  const auto document = text("a.vhd", "if x:\n    y", 2);   // a language without block words
-  frmFormat dialog;
-  in<QComboBox>(dialog, "cmbIndent").setCurrentIndex(3);
-  dialog.cmdApply_Click();
-  EXPECT_EQ(textOf(*document), "if x:\n    y");
-  EXPECT_TRUE(in<QLabel>(dialog, "lblResult").text().contains(u"the indentation stays"_s));
-}
-
 TEST_F(FormatDialogs, PreviewShowsTheChangeAndCanBeLeft) {
   const auto document = text("a.v", "begin\nx\nend", 1);
   frmFormat dialog;

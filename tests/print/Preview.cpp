@@ -266,17 +266,3 @@ TEST_F(Preview, PrinterThatFailsIsTold) {
   EXPECT_FALSE(sendPages(printer, document, nullptr));
   EXPECT_TRUE(dialogs.last().text.contains(u"could not print"_s)) << dialogs.last().text.toStdString();
 }
-
-TEST_F(Preview, PrinterGetsTheChosenPages) {
-  const QTemporaryDir folder;
-  const PrintDocument document = laidOut(lines(300));
-  QPrinter printer;
-  printer.setOutputFormat(QPrinter::PdfFormat);
-  printer.setOutputFileName(folder.filePath(u"spool.pdf"_s));
-  printer.setFromTo(2, 3);
-  ScriptedDialogs dialogs;
-  EXPECT_TRUE(sendPages(printer, document, nullptr));
-  QFile file(folder.filePath(u"spool.pdf"_s));
-  ASSERT_TRUE(file.open(QFile::ReadOnly));
-  EXPECT_TRUE(file.readAll().contains("/Count 2"));
-}

@@ -91,19 +91,6 @@ TEST(Reindent, ByFirstWord) {
   for (const auto& c : cases) EXPECT_EQ(plain(QLatin1String(c.before), words, c.unit).toStdString(), c.after) << c.before;
 }
 
-TEST(Reindent, ByFirstWordGoesOnBeyondSixtyBlocks) {
-  const BlockWords words(list("B"), list("E"), QString());
-  QStringList in;
-  for (int i = 0; i < 1000; ++i) in << QStringLiteral("B");
-  in << QStringLiteral("x");
-  for (int i = 0; i < 1000; ++i) in << QStringLiteral("E");
-  in << QStringLiteral("y");
-  const auto indents = indentsByFirstWord([&](qint64 i) { return in[i]; }, in.size(), words, 2);
-  EXPECT_EQ(indents[1000], 2000);
-  EXPECT_EQ(indents[1001], 1998);
-  EXPECT_EQ(indents.back(), 0);
-}
-
 // The careful way leaves well-formed code as it is and makes it anew from flat lines; what was aligned by hand cannot come back.
 TEST_F(ReindentShipped, CodeStaysAsItIs) {
   struct Case {

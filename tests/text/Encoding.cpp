@@ -163,16 +163,6 @@ TEST(Encoding, T1_RandomBytes) {
   // clang-format on
 }
 
-TEST(Encoding, NamesAreDistinctInAnyCase) {
-  std::set<std::string> names;
-  for (const Encoding encoding : text::encodings()) {
-    std::string lower;
-    for (const char c : std::string(text::name(encoding))) lower += static_cast<char>(std::tolower(c));
-    names.insert(lower);
-  }
-  EXPECT_EQ(names.size(), text::encodings().size());
-}
-
 TEST(Encoding, KnownCharacters) {
   struct Case {
     const char* encoding;

@@ -238,42 +238,6 @@ TEST(Highlight, AllScansAgree) {
   }
 }
 
-// A long line scanned in parts, looking only as far as is asked for, is coloured as at one go.
-TEST(Highlight, PartsOfALineAreColouredAsTheWhole) {
-  const std::array<std::string, 30> alphabet{
-      "/",   "*",   "//",       "/*",  "*/",      "(*",         "*)", "\"", "\\",     "\\\"", "'",     "8", "'b1", "16#F", "#",
-      "end", "-if", "$display", "REM", "comment", "endcomment", " ",  "-",  "\u00E9", "\xC3", "1.5e-", "_", "<=",  "a",    "%"};
-  std::mt19937 random(29);
-  LanguageTables noComments = verilog();
-  noComments.singleComments = {"//%%"};   // so that something follows
-  for (const LanguageTables& tables : {noComments, verilog(), vhdl(), tcl()}) {
-    const Highlighter highlighter(tables);
-    for (int round = 0; round < 60; ++round) {
-      std::string line;
-      while (line.size() < 6000)
-        line += random() % 30 ? randomText(random, alphabet, random() % 20) : std::string(random() % 700, " x/"[random() % 3]);
-      const auto size = static_cast<std::int64_t>(line.size());
-      const auto state = static_cast<LineState>(random() % (tables.multiCommentStart.size() + 1));
-      std::vector<Token> whole, parts;
-      const LineState after = highlighter.scanLine(line, state, &whole);
-      LinePoint at = highlighter.startOf(state);
-      while (at.byte < size) {
-        const std::int64_t upTo = std::min(size, at.byte + 1 + static_cast<std::int64_t>(random() % 1500));
-        const std::int64_t begin = std::max<std::int64_t>(0, at.byte - Highlighter::kBehind), end = std::min(size, upTo + 4000);
-        const LinePoint next = highlighter.scanPart(
-            std::string_view(line).substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)), begin,
-            end == size, at, upTo, &parts);
-        ASSERT_GE(next.byte, upTo);
-        ASSERT_NE(next.inside, LinePoint::lost);
-        at = next;
-      }
-      ASSERT_EQ(drawn(line, parts), drawn(line, whole)) << testing::PrintToString(line);
-      const bool goesOn = at.inside == LinePoint::block || at.inside == LinePoint::string;
-      ASSERT_EQ(highlighter.startOf(after), (goesOn ? LinePoint{0, at.inside, at.index} : LinePoint{}));
-    }
-  }
-}
-
 // What is not linear here runs for hours: into the time limit of the test.
 TEST(Highlight, HostileLinesCostTheirLengthOnly) {
   LanguageTables tables = verilog();
@@ -345,50 +309,6 @@ TEST(HighlightStates, EqualCountingFromTheTopThroughEdits) {
       else document.apply(edits, {});
     }
   }
-}
-
-// However far below, and however often that was looked at before.
-TEST(HighlightStates, ACommentOpenedAboveReachesTheEnd) {
-  std::string bytes;
-  for (int i = 0; i < 60'000; ++i) bytes += "assign a = b;\n";
-  Document document;
-  document.reset(Snapshot(bytes));
-  StateCache cache;
-  cache.setHighlighter(std::make_shared<const Highlighter>(verilog()));
-  const auto held = document.subscribe([&](const Change& change) { cache.onChange(change); });
-  for (const LineState expected : {0, 1, 0}) {
-    if (expected == 1) document.apply(Edit{{}, "/*"}, {});
-    else document.undo();
-    for (const std::int64_t line : {59'999, 100, 30'000})
-      EXPECT_EQ(cache.stateAt(document.snapshot(), LineNo(line)), expected) << line;
-  }
-}
-
-TEST(HighlightStates, BudgetComesToTheExactState) {
-  std::string bytes = "/*\n";
-  for (int i = 0; i < 100'000; ++i) bytes += "reg [7:0] data_in; wire valid;\n";
-  const Snapshot text = inPieces(bytes, 1'000'000);
-  StateCache cache;
-  cache.setHighlighter(std::make_shared<const Highlighter>(verilog()));
-  const LineNo last(text.lineCount() - 1);
-  int calls = 0;
-  for (bool exact = false; !exact; ++calls) {
-    const LineState state = cache.stateAt(text, last, 500'000, &exact);
-    ASSERT_LE(state, 1);
-    EXPECT_TRUE(!exact || state == 1);
-    ASSERT_LT(calls, 20);
-  }
-  EXPECT_GE(calls, 5);
-  bool exact = false;
-  EXPECT_EQ(cache.stateAt(text, LineNo(50'000), 1, &exact), 1);
-  EXPECT_TRUE(exact);
-  // One long line takes one call, not for ever.
-  const Snapshot longLine("/*" + std::string(3'000'000, 'x') + "\n\n");
-  StateCache other;
-  other.setHighlighter(std::make_shared<const Highlighter>(verilog()));
-  for (int i = 0; i < 3 && !exact; ++i) other.stateAt(longLine, LineNo(2), 1000, &exact);
-  EXPECT_EQ(other.stateAt(longLine, LineNo(2), 1000, &exact), 1);
-  EXPECT_TRUE(exact);
 }
 
 // What is visible of a long line has the colours of a scan from its start, wherever one looks and through edits.

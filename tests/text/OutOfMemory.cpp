@@ -114,29 +114,6 @@ TEST(OutOfMemory, LeavesTheOldStateWhole) {
   }
 }
 
-TEST(OutOfMemory, AnyMarkMayFail) {
-  Document d;
-  d.reset(Snapshot(std::string(5000, 'a')));
-  std::vector<MarkId> marks;
-  marks.reserve(2000);
-  for (std::int64_t i = 0; i < 2000; ++i) {   // over several blocks, filled from both ends
-    const auto at = i % 2 == 0 ? i : 4999 - i;
-    for (long n = 1;; ++n) {
-      const testing_files::AllocationFault fail(n);
-      try {
-        const auto id = d.addMark(ByteOffset(at));
-        marks.push_back(id);
-        break;
-      } catch (const std::bad_alloc&) { ASSERT_LT(n, 20); }
-    }
-    if (i % 100 == 0) d.checkInvariants();
-    ASSERT_EQ(d.markAt(marks.back()).value, at);
-  }
-  d.checkInvariants();
-  d.apply(Edit{{ByteOffset(0), ByteOffset(0)}, "x"}, {});
-  EXPECT_EQ(d.markAt(marks[1]).value, 4999);
-}
-
 TEST(OutOfMemory, EndingAGroupNeverFails) {
   for (long n = 1; n < 40; ++n) {
     Scene scene;

@@ -154,20 +154,6 @@ TEST(RecoveryFolder, J8_FailsAndWorksAgainWhateverTheFolderMeetsWith) {
   }
 }
 
-TEST(RecoveryFolder, J8_AFolderWithoutTheRightToWriteIsTold) {
-  if (::geteuid() != 0) GTEST_SKIP() << "plays another user";
-  TempFolder folder(TempFolder::Where::memory);
-  std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
-  EXPECT_EQ(inChild([&] {
-              if (::setgid(12345) + ::setuid(12345) != 0) skipChild("no other user here");
-              Desk desk(folder / "state/recovery");
-              type(desk.document, "x");
-              desk.pass(300);
-              EXPECT_EQ(desk.journal->failure(), "Permission denied");
-            }),
-            0);
-}
-
 TEST(RecoveryFolder, J9_ThePlaceIsTheUsersAlone) {
   for (const unsigned mask : {0u, 022u, 0777u}) {
     for (const bool exists : {false, true}) {

@@ -251,13 +251,4 @@ TEST(SaveShapes, NewFilesTakeTheirModeFromMaskAndFolder) {
   EXPECT_EQ(folder.names().size(), 5u);
 }
 
-TEST(SaveShapes, FoldersAreMade) {
-  TempFolder folder;
-  EXPECT_EQ(text::makeFolders(folder / "a/b//c/", 0700), "");
-  EXPECT_EQ(shapeOf(folder / "a/b/c").mode & 0777, 0700u);
-  EXPECT_EQ(text::makeFolders(folder / "a/b", 0700), "");
-  writeRaw(folder / "file", "");
-  EXPECT_EQ(text::makeFolders(folder / "file/b"), "Not a directory");
-}
-
 }   // namespace

@@ -192,17 +192,6 @@ TEST(Search, RegexStepsThroughLines) {
   }
 }
 
-TEST(Search, Groups) {
-  const Snapshot text("x = call(a, b);");
-  const Searcher searcher("(\\w+)\\((?<first>\\w+), (\\d+)?(\\w)\\)", {true, false, true});
-  const auto match = searcher.forward(text, off(0)).match;
-  ASSERT_TRUE(match);
-  EXPECT_EQ(shown(match->groups), "4..14 4..8 9..10 -1..-1 12..13 ");
-  const auto back = searcher.backward(text, text.size()).match;
-  ASSERT_TRUE(back);
-  EXPECT_EQ(shown(back->groups), shown(match->groups));
-}
-
 TEST(Search, WholeWordsOfExpressions) {
   const std::tuple<const char*, const char*, const char*> rows[] = {{"a|ab", "ab a abc", "0..2 3..4 "},
                                                                     {"\\$\\w+", "x $time $x", "2..7 8..10 "},

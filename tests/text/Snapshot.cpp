@@ -12,24 +12,6 @@ namespace {
 
 using namespace text;
 
-TEST(Snapshot, BuilderKeepsBlocksWithoutCopyingThem) {
-  constexpr std::size_t size = 300000;
-  const std::shared_ptr<char[]> block(new char[size]);
-  std::fill_n(block.get(), size, 'x');
-  block[1000] = '\n';
-  SnapshotBuilder builder;
-  builder.append(block, size - 5);
-  auto text = builder.finish();
-  EXPECT_EQ(text.chunkAt(ByteOffset(0)).data(), block.get());
-  EXPECT_EQ(text.chunkAt(ByteOffset(250000)).data(), block.get() + 250000);
-  EXPECT_EQ(text.chunkBefore(text.size()).end(), block.get() + size - 5);
-  EXPECT_EQ(text.lineCount(), 2);
-  EXPECT_GT(block.use_count(), 1);
-  text = builder.finish();
-  EXPECT_EQ(text.size().value, 0) << "finish() empties the builder";
-  EXPECT_EQ(block.use_count(), 1) << "the memory goes with the last text that holds it";
-}
-
 TEST(Snapshot, PlacesOutsideTheTextDoNoHarm) {
   const Snapshot s("0123456789");
   const auto range = [](std::int64_t b, std::int64_t e) { return ByteRange{ByteOffset(b), ByteOffset(e)}; };

@@ -66,7 +66,7 @@ auto FaultyFileSystem::pass(Call call, Action action) -> decltype(action()) {
 }
 
 int FaultyFileSystem::openAt(int dirFd, const std::string& path, unsigned flags, unsigned mode) {
-  return pass({.name = "openAt", .path = full(dirFd, path), .flags = flags}, [&] {
+  return pass({"openAt", full(dirFd, path), flags}, [&] {
     const int fd = below_.openAt(dirFd, path, flags, mode);
     const std::string name = full(dirFd, path);
     const std::lock_guard lock(mutex_);
@@ -75,81 +75,77 @@ int FaultyFileSystem::openAt(int dirFd, const std::string& path, unsigned flags,
   });
 }
 int FaultyFileSystem::statAt(int dirFd, const std::string& path, bool follow, FileStatus* out) {
-  return pass({.name = "statAt", .path = full(dirFd, path)}, [&] { return below_.statAt(dirFd, path, follow, out); });
+  return pass({"statAt", full(dirFd, path)}, [&] { return below_.statAt(dirFd, path, follow, out); });
 }
 int FaultyFileSystem::statFd(int fd, FileStatus* out) {
-  return pass({.name = "statFd", .path = pathOf(fd)}, [&] { return below_.statFd(fd, out); });
+  return pass({"statFd", pathOf(fd)}, [&] { return below_.statFd(fd, out); });
 }
 int FaultyFileSystem::accessAt(int dirFd, const std::string& path, bool folder) {
-  return pass({.name = "accessAt", .path = full(dirFd, path)}, [&] { return below_.accessAt(dirFd, path, folder); });
+  return pass({"accessAt", full(dirFd, path)}, [&] { return below_.accessAt(dirFd, path, folder); });
 }
 std::int64_t FaultyFileSystem::read(int fd, char* to, std::size_t length) {
-  return pass({.name = "read", .path = pathOf(fd), .length = static_cast<std::int64_t>(length)},
-              [&] { return below_.read(fd, to, length); });
+  return pass({"read", pathOf(fd)}, [&] { return below_.read(fd, to, length); });
 }
 std::int64_t FaultyFileSystem::write(int fd, const char* from, std::size_t length) {
   if (mostWritten_ > 0) length = std::min(length, mostWritten_);
-  return pass({.name = "write", .path = pathOf(fd), .length = static_cast<std::int64_t>(length)},
-              [&] { return below_.write(fd, from, length); });
+  return pass({"write", pathOf(fd)}, [&] { return below_.write(fd, from, length); });
 }
 std::int64_t FaultyFileSystem::seek(int fd, std::int64_t offset) {
-  return pass({.name = "seek", .path = pathOf(fd), .length = offset}, [&] { return below_.seek(fd, offset); });
+  return pass({"seek", pathOf(fd)}, [&] { return below_.seek(fd, offset); });
 }
 int FaultyFileSystem::sync(int fd) {
-  return pass({.name = "sync", .path = pathOf(fd)}, [&] { return below_.sync(fd); });
+  return pass({"sync", pathOf(fd)}, [&] { return below_.sync(fd); });
 }
 int FaultyFileSystem::startSync(int fd) {
-  return pass({.name = "startSync", .path = pathOf(fd)}, [&] { return below_.startSync(fd); });
+  return pass({"startSync", pathOf(fd)}, [&] { return below_.startSync(fd); });
 }
 int FaultyFileSystem::truncate(int fd, std::int64_t length) {
-  return pass({.name = "truncate", .path = pathOf(fd), .length = length}, [&] { return below_.truncate(fd, length); });
+  return pass({"truncate", pathOf(fd)}, [&] { return below_.truncate(fd, length); });
 }
 int FaultyFileSystem::allocate(int fd, std::int64_t length) {
-  return pass({.name = "allocate", .path = pathOf(fd), .length = length}, [&] { return below_.allocate(fd, length); });
+  return pass({"allocate", pathOf(fd)}, [&] { return below_.allocate(fd, length); });
 }
 int FaultyFileSystem::renameAt(int fromDir, const std::string& from, int toDir, const std::string& to, unsigned flags) {
-  return pass({.name = "renameAt", .path = full(fromDir, from), .to = full(toDir, to), .flags = flags},
-              [&] { return below_.renameAt(fromDir, from, toDir, to, flags); });
+  return pass({"renameAt", full(fromDir, from)}, [&] { return below_.renameAt(fromDir, from, toDir, to, flags); });
 }
 int FaultyFileSystem::linkAt(int fromDir, const std::string& from, int toDir, const std::string& to) {
-  return pass({.name = "linkAt", .path = full(fromDir, from), .to = full(toDir, to)},
-              [&] { return below_.linkAt(fromDir, from, toDir, to); });
+  return pass({"linkAt", full(fromDir, from)}, [&] { return below_.linkAt(fromDir, from, toDir, to); });
 }
 int FaultyFileSystem::unlinkAt(int dirFd, const std::string& path, bool folder) {
-  return pass({.name = "unlinkAt", .path = full(dirFd, path)}, [&] { return below_.unlinkAt(dirFd, path, folder); });
+  return pass({"unlinkAt", full(dirFd, path)}, [&] { return below_.unlinkAt(dirFd, path, folder); });
 }
 int FaultyFileSystem::makeDirAt(int dirFd, const std::string& path, unsigned mode) {
-  return pass({.name = "makeDirAt", .path = full(dirFd, path)}, [&] { return below_.makeDirAt(dirFd, path, mode); });
+  return pass({"makeDirAt", full(dirFd, path)}, [&] { return below_.makeDirAt(dirFd, path, mode); });
 }
 int FaultyFileSystem::changeMode(int fd, unsigned mode) {
-  return pass({.name = "changeMode", .path = pathOf(fd), .flags = mode}, [&] { return below_.changeMode(fd, mode); });
+  return pass({"changeMode", pathOf(fd)}, [&] { return below_.changeMode(fd, mode); });
 }
 int FaultyFileSystem::changeOwner(int fd, std::uint32_t owner, std::uint32_t group) {
-  return pass({.name = "changeOwner", .path = pathOf(fd)}, [&] { return below_.changeOwner(fd, owner, group); });
+  return pass({"changeOwner", pathOf(fd)}, [&] { return below_.changeOwner(fd, owner, group); });
 }
 int FaultyFileSystem::readLinkAt(int dirFd, const std::string& path, std::string* out) {
-  return pass({.name = "readLinkAt", .path = full(dirFd, path)}, [&] { return below_.readLinkAt(dirFd, path, out); });
+  return pass({"readLinkAt", full(dirFd, path)}, [&] { return below_.readLinkAt(dirFd, path, out); });
 }
 int FaultyFileSystem::listAttributes(int fd, std::vector<std::string>* names) {
-  return pass({.name = "listAttributes", .path = pathOf(fd)}, [&] { return below_.listAttributes(fd, names); });
+  return pass({"listAttributes", pathOf(fd)}, [&] { return below_.listAttributes(fd, names); });
 }
 int FaultyFileSystem::getAttribute(int fd, const std::string& name, std::string* value) {
-  return pass({.name = "getAttribute", .path = pathOf(fd)}, [&] { return below_.getAttribute(fd, name, value); });
+  return pass({"getAttribute", pathOf(fd)}, [&] { return below_.getAttribute(fd, name, value); });
 }
 int FaultyFileSystem::setAttribute(int fd, const std::string& name, const std::string& value) {
-  return pass({.name = "setAttribute", .path = pathOf(fd)}, [&] { return below_.setAttribute(fd, name, value); });
+  return pass({"setAttribute", pathOf(fd)}, [&] { return below_.setAttribute(fd, name, value); });
 }
 int FaultyFileSystem::removeAttribute(int fd, const std::string& name) {
-  return pass({.name = "removeAttribute", .path = pathOf(fd)}, [&] { return below_.removeAttribute(fd, name); });
+  return pass({"removeAttribute", pathOf(fd)}, [&] { return below_.removeAttribute(fd, name); });
 }
 int FaultyFileSystem::listDir(const std::string& path, std::vector<std::string>* names) {
-  return pass({.name = "listDir", .path = path}, [&] { return below_.listDir(path, names); });
+  return pass({"listDir", path}, [&] { return below_.listDir(path, names); });
 }
 int FaultyFileSystem::lock(int fd, bool exclusive, bool wait) {
-  return pass({.name = "lock", .path = pathOf(fd)}, [&] { return below_.lock(fd, exclusive, wait); });
+  return pass({"lock", pathOf(fd)}, [&] { return below_.lock(fd, exclusive, wait); });
 }
 int FaultyFileSystem::close(int fd) {
-  return pass({.name = "close", .path = pathOf(fd)}, [&] {
+  return pass({"close", pathOf(fd)}, [&] {
     {
       const std::lock_guard lock(mutex_);
       paths_.erase(fd);

@@ -13,12 +13,10 @@
 namespace testing_files {
 
 struct Call {
-  int number = 0;            // from 1, over all calls
-  std::string name{};        // as in FileSystem: "openAt", "sync" ...
-  std::string path{};        // what it was about: the path given, or that of the descriptor; folders end without "/"
-  std::string to{};          // renameAt and linkAt: the second path
-  unsigned flags = 0;        // openAt: OpenFlags; renameAt: RenameFlags
-  std::int64_t length = 0;   // read, write, truncate, allocate: the length asked for
+  std::string name{};   // as in FileSystem: "openAt", "sync" ...
+  std::string path{};   // what it was about: the path given, or that of the descriptor; folders end without "/"
+  unsigned flags = 0;   // openAt: OpenFlags
+  int number = 0;       // from 1, over all calls
   std::int64_t result = 0;
 };
 
