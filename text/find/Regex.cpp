@@ -379,7 +379,7 @@ Regex::Outcome Regex::Matcher::match(std::size_t from, const Options& options) {
   if (code == PCRE2_ERROR_NOMATCH) return {};
   if (code == PCRE2_ERROR_PARTIAL) return {Outcome::undecided, offsets[0], offsets[1]};
   if (code == PCRE2_ERROR_CALLOUT || (code == PCRE2_ERROR_MATCHLIMIT && m.steps > 0)) return {Outcome::stopped};
-  error_ = "The search was cancelled: the expression takes too long on this text (" + messageOf(code) + ").";
+  error_ = "The expression takes too long on this text: the search was given up (" + messageOf(code) + ").";
   return {Outcome::failed};
 }
 

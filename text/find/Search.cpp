@@ -222,7 +222,7 @@ std::string Finder::Impl::regexForward(const Snapshot& text, ByteRange within, B
       if (view.back() == '\r') view.remove_suffix(1);
     }
     matcher.setSubject(view);
-    if (growing && (effort -= length(view)) < 0) return "The search was cancelled: the expression takes too long on this text.";
+    if (growing && (effort -= length(view)) < 0) return "The expression takes too long on this text: the search was given up.";
 
     auto from = static_cast<std::size_t>(at - base);
     for (bool more = true; more;) {
