@@ -16,9 +16,11 @@ namespace {
 
 constexpr std::int64_t kShown = 300;   // bytes of a line in the preview
 
+bool insideCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
 std::string cutAt(std::string text, std::size_t length) {
   if (text.size() <= length) return text;
-  while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) --length;
+  while (length > 0 && insideCharacter(text[length])) --length;
   return text.substr(0, length) + "...";
 }
 
@@ -43,12 +45,9 @@ Exchange exchangeAt(const Snapshot& text, ByteRange range, std::string then, Col
   e.column = columns->column;
   // Of a long line, what is around the place.
   ByteOffset from = std::max(begin, range.begin - kShown / 2);
-  while (from > begin && (static_cast<unsigned char>(text.at(from)) & 0xC0) == 0x80) from += 1;
-  const std::string head = (from > begin ? "..." : "") + text.bytes({from, range.begin});
-  const std::string tail = range.end < end ? text.bytes({range.end, std::min(end, range.end + kShown)}) : std::string();
-  const auto shown = static_cast<std::size_t>(kShown);
-  e.lineNow = cutAt(head + text.bytes({range.begin, std::min(range.end, range.begin + 2 * kShown)}) + tail, 2 * shown);
-  e.lineThen = cutAt(head + e.then.substr(0, 4 * shown) + tail, 2 * shown);
+  while (from > begin && from < range.begin && insideCharacter(text.at(from))) from += 1;
+  e.before = (from > begin ? "..." : "") + text.bytes({from, range.begin});
+  if (range.end < end) e.after = cutAt(text.bytes({range.end, std::min(end, range.end + kShown + 4)}), kShown);
   return e;
 }
 
@@ -153,7 +152,18 @@ std::string planLines(const Snapshot& text, const std::vector<NewLine>& lines, F
     if (one.line < 1 || one.line > text.lineCount()) return "It has no line " + std::to_string(one.line);
     const LineNo line(one.line - 1);
     if (text.line(line) != one.now) return "Line " + std::to_string(one.line) + " is not as the list shows it";
-    plan->exchanges.push_back(exchangeAt(text, {text.lineStart(line), text.lineEnd(line)}, one.then, &columns));
+    const std::string_view now = one.now, then = one.then;
+    std::size_t same =
+        static_cast<std::size_t>(std::mismatch(now.begin(), now.end(), then.begin(), then.end()).first - now.begin());
+    while (same > 0 && ((same < now.size() && insideCharacter(now[same])) || (same < then.size() && insideCharacter(then[same]))))
+      --same;
+    const std::size_t shorter = std::min(now.size(), then.size()) - same;
+    std::size_t behind = 0;
+    while (behind < shorter && now[now.size() - 1 - behind] == then[then.size() - 1 - behind]) ++behind;
+    while (behind > 0 && insideCharacter(now[now.size() - behind])) --behind;
+    const ByteRange range{text.lineStart(line) + static_cast<std::int64_t>(same),
+                          text.lineEnd(line) - static_cast<std::int64_t>(behind)};
+    plan->exchanges.push_back(exchangeAt(text, range, std::string(then.substr(same, then.size() - behind - same)), &columns));
   }
   return {};
 }

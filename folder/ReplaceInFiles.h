@@ -19,7 +19,7 @@ struct Exchange {
   text::ByteRange range;
   std::string now, then;
   std::int64_t line = 0, column = 0;   // of its beginning, from 1; the column counts characters
-  std::string lineNow, lineThen;       // its first line before and after this change alone, as far as it is shown
+  std::string before, after;           // what stands around it in its lines, as far as it is shown
   bool ticked = true;
 };
 
@@ -51,7 +51,8 @@ inline constexpr std::int64_t kMostExchanges = 1'000'000;
 
 ReplacePlanned planReplacing(const FindText& what, const Replacing& replacing, const FindRules& rules, const FindSource& source,
                              text::SearchControl& control);
-// The changes that whole new lines make of one file: line numbers from 1, ascending, with the text that each must have now.
+// The changes that whole new lines make of one file: line numbers from 1, ascending, with the text that each must have now. Only
+// what differs within a line is changed.
 struct NewLine {
   std::int64_t line = 0;
   std::string now, then;

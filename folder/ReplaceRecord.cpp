@@ -243,7 +243,7 @@ std::vector<UndoneFile> undoReplace(const LastReplace& last) {
     const bool isOld = now.exists && now.status.size == file.oldSize && now.contentHash == file.oldHash;
     const bool isNew = now.exists && now.status.size == file.newSize && now.contentHash == file.newHash;
     if (result.trouble.empty() && !now.exists) result.trouble = "It is not there any more";
-    if (result.trouble.empty() && !isOld && !isNew) result.trouble = "It has been changed since it was replaced in";
+    if (result.trouble.empty() && !isOld && !isNew) result.trouble = "It has been changed since the replacing";
     if (result.trouble.empty() && !isOld) {
       auto copy = std::make_shared_for_overwrite<char[]>(old.size() + 1);
       std::copy(old.begin(), old.end(), copy.get());

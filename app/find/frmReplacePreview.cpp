@@ -8,16 +8,25 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "app/find/ChangeDelegate.h"
 #include "base/FixedFont.h"
 #include "base/Strings.h"
 #include "bridge/QStringBytes.h"
+#include "script/FindTask.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
-constexpr int kShown = 600;             // characters of a line
+constexpr int kShown = 600;             // characters of a name, or of a change
 constexpr std::int64_t kOpened = 500;   // changes up to which all files are opened
+constexpr int kLeastPlace = 230, kMostPlace = 420;
 enum PreviewColumn { place, before, after, columns };
+
+// Of a change, in that column.
+QStringList partsOf(const folder::Exchange& one, int column) {
+  const auto shown = [](const std::string& text) { return plainForDisplay(toQString(text.substr(0, 4 * kShown)), kShown); };
+  return {shown(one.before), shown(column == before ? one.now : one.then), shown(one.after)};
+}
 }   // namespace
 
 ReplaceModel::ReplaceModel(std::vector<folder::FilePlan> files, QString root, QObject* parent)
@@ -56,6 +65,7 @@ QVariant ReplaceModel::data(const QModelIndex& index, int role) const {
     const std::int64_t on = count_[std::size_t(index.row())], all = std::int64_t(file.exchanges.size());
     if (role == Qt::CheckStateRole && index.column() == place)
       return int(on == 0 ? Qt::Unchecked : on == all ? Qt::Checked : Qt::PartiallyChecked);
+    if (role == Qt::ToolTipRole && index.column() == place) return nameForDisplay(toQString(file.path));
     if (role != Qt::DisplayRole) return {};
     QString path = toQString(file.path);
     if (!root_.isEmpty() && path.startsWith(root_ + u'/')) path = path.mid(root_.size() + 1);
@@ -67,12 +77,10 @@ QVariant ReplaceModel::data(const QModelIndex& index, int role) const {
   const folder::Exchange& one = files_[std::size_t(index.internalId() - 1)].exchanges[std::size_t(index.row())];
   if (role == Qt::CheckStateRole && index.column() == place) return int(one.ticked ? Qt::Checked : Qt::Unchecked);
   if (role == Qt::FontRole && index.column() != place) return fixedFont();
+  if (role == ChangeDelegate::kParts && index.column() != place) return partsOf(one, index.column());
   if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
-  switch (index.column()) {
-    case place: return QString(QString::number(one.line) + u':' + QString::number(one.column));
-    case before: return plainForDisplay(toQString(one.lineNow), kShown);
-    default: return plainForDisplay(toQString(one.lineThen), kShown);
-  }
+  if (index.column() == place) return QString(QString::number(one.line) + u':' + QString::number(one.column));
+  return partsOf(one, index.column()).join(QString());
 }
 
 bool ReplaceModel::setData(const QModelIndex& index, const QVariant& value, int role) {
@@ -135,8 +143,9 @@ frmReplacePreview::frmReplacePreview(std::vector<folder::FilePlan> files, const 
   tree_->setUniformRowHeights(true);
   tree_->setAlternatingRowColors(true);
   tree_->header()->setStretchLastSection(true);
-  tree_->setColumnWidth(place, 230);
-  tree_->setColumnWidth(before, 330);
+  tree_->setTextElideMode(Qt::ElideMiddle);   // the end of a path says most
+  tree_->setItemDelegateForColumn(before, new ChangeDelegate(ChangeDelegate::Side::now, this));
+  tree_->setItemDelegateForColumn(after, new ChangeDelegate(ChangeDelegate::Side::then, this));
   tree_->setAccessibleName(tr("Changes"));
   std::int64_t changes = model_->ticked();
   if (changes <= kOpened) tree_->expandAll();
@@ -174,12 +183,15 @@ frmReplacePreview::frmReplacePreview(std::vector<folder::FilePlan> files, const 
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   connect(model_, &ReplaceModel::tickedChanged, this, &frmReplacePreview::showCount);
   showCount();
-  resize(900, 480);
+  resize(1000, 520);
+  tree_->resizeColumnToContents(place);
+  tree_->setColumnWidth(place, std::clamp(tree_->columnWidth(place), kLeastPlace, kMostPlace));
+  tree_->setColumnWidth(before, (width() - tree_->columnWidth(place)) / 2 - 20);
   tree_->setFocus();
 }
 
 void frmReplacePreview::showCount() {
-  count_->setText(tr("%L1 change(s) in %L2 file(s) are ticked").arg(model_->ticked()).arg(model_->tickedFiles()));
+  count_->setText(tr("Ticked: %1 in %2").arg(countedChanges(model_->ticked()), countedFiles(model_->tickedFiles())));
   replace_->setEnabled(model_->ticked() > 0);
 }
 

@@ -106,7 +106,8 @@ TEST(ReplaceInFiles, WhatChangedSinceOrDoesNotFitStaysAndIsNamed) {
   ReplacePlanned planned = plan(folder / "f", "foo", "\xe2\x82\xac\xd0\x96", kCase);
   ASSERT_EQ(planned.files.size(), 4u);
   EXPECT_EQ(planned.files[1].exchanges[1].column, 39);
-  EXPECT_EQ(planned.files[1].exchanges[1].lineThen, "a text of words with \xc3\xa9 in it, foo and \xe2\x82\xac\xd0\x96");
+  EXPECT_EQ(planned.files[1].exchanges[1].before + "|" + planned.files[1].exchanges[1].after,
+            "a text of words with \xc3\xa9 in it, foo and |");
   planned.files[1].exchanges[0].ticked = false;
   put(fs::path(folder.path()) / "f/1changed", "foo.\n");
   put(fs::path(folder.path()) / "f/4moved", "oof foo\n");   // the same length
@@ -124,7 +125,7 @@ TEST(ReplaceInFiles, WhatChangedSinceOrDoesNotFitStaysAndIsNamed) {
   ASSERT_TRUE(last && last->files.size() == 1);
   EXPECT_EQ(last->files[0].side, Side::new_);
   put(fs::path(folder.path()) / "f/2wide", "of another hand");
-  EXPECT_EQ(undoReplace(*last)[0].trouble, "It has been changed since it was replaced in");
+  EXPECT_EQ(undoReplace(*last)[0].trouble, "It has been changed since the replacing");
   EXPECT_EQ(get(fs::path(folder.path()) / "f/2wide"), "of another hand");
   EXPECT_NE(planReplacing(
                 FindText("(", kRegex), {}, {}, [](const auto&) {}, *std::make_unique<text::SearchControl>())
