@@ -43,7 +43,7 @@ bool ask(const QString& argument, bool replace, Asked* asked, QString* complaint
   task.what = std::make_shared<const folder::FindText>(fromQString(given.value("text")), options);
   task.walk.ignored = given.isOn("ignored");
   task.walk.hidden = given.isOn("hidden");
-  task.walk.masks = folder::Masks(fromQString(given.value("mask")));
+  task.setMasks(fromQString(given.value("mask")));
   task.mostHits = kMostHits;
   asked->by = {fromQString(given.value("by")), given.isOn("preserve")};
   const frmDocument* const document = frame() ? frame()->activeDocument() : nullptr;
@@ -89,8 +89,8 @@ bool findInFiles(CodeMax& cmx, const QString& argument) {
     return true;
   }
   if (!held->rows.empty()) log(toQString(std::string_view(held->rows).substr(0, held->rows.size() - 1)));
-  QString end = filesText("%1 hit(s) in %2 file(s)").arg(held->summary.hits).arg(held->summary.filesWithHits);
-  if (held->summary.cut) end += filesText("; ended at the limit of %1 hits").arg(kMostHits);
+  QString end = filesText("%1 in %2").arg(countedHits(held->summary.hits), countedFiles(held->summary.filesWithHits));
+  if (held->summary.cut) end += filesText("; ended at the limit of %1").arg(countedHits(kMostHits));
   if (const std::string skipped = folder::skippedText(held->summary); !skipped.empty()) end += u"; "_s + toQString(skipped);
   if (held->walked.unreadable > 0) end += filesText("; %1 folders could not be read").arg(held->walked.unreadable);
   log(end);
@@ -122,7 +122,7 @@ bool replaceInFiles(CodeMax& cmx, const QString& argument) {
       filesText("Replace \"%1\" by \"%2\"")
           .arg(plainForDisplay(toQString(asked.task.what->what()), 60), plainForDisplay(toQString(asked.by.by), 60));
   const Replaced replaced = makeChanges(cmx, std::move(held->planned.files), about);
-  log(filesText("%1 change(s) in %2 file(s)").arg(replaced.changes).arg(replaced.files));
+  log(filesText("%1 in %2").arg(countedChanges(replaced.changes), countedFiles(replaced.files)));
   QStringList troubles = replaced.troubles;
   for (const auto& [path, why] : held->planned.found.skippedNames) troubles << namedTrouble(path, toQString(why));
   if (!troubles.isEmpty()) MsgBox(filesText("These were left alone:") + u"\r\n"_s + troubles.join(u"\r\n"_s));

@@ -1,10 +1,25 @@
 #include "script/FindTask.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <set>
 
+#include "base/Counted.h"
 #include "bridge/QStringBytes.h"
 #include "document/frmDocument.h"
+
+namespace {
+QString word(const char* text) { return QCoreApplication::translate("FindTask", text); }
+}   // namespace
+
+QString countedHits(std::int64_t number) { return counted(number, word("hit"), word("hits")); }
+QString countedFiles(std::int64_t number) { return counted(number, word("file"), word("files")); }
+QString countedChanges(std::int64_t number) { return counted(number, word("change"), word("changes")); }
+
+void FindTask::setMasks(const std::string& text) {
+  masks = text;
+  walk.masks = folder::Masks(text);
+}
 
 void FindTask::addOpen(const QList<frmDocument*>& documents) {
   std::vector<const TextModel*> known;   // a text may have several windows
@@ -22,6 +37,7 @@ folder::FindRules FindTask::rules() const {
   rules.mostHits = mostHits;
   rules.longestLine = 2000;
   rules.mostLines = 50;
+  rules.read.binary = binary;
   // Found by device and number, as a link may lead to one of them. The disk may hang: this is no work for the interface thread.
   for (const Open& one : open) {
     text::FileStatus status;
@@ -36,7 +52,8 @@ void FindTask::each(const std::function<bool(folder::FindItem)>& give, const tex
   switch (where) {
     case Where::openDocuments: {
       std::vector<const Open*> sorted;
-      for (const Open& one : open) sorted.push_back(&one);
+      for (const Open& one : open)
+        if (walk.masks.fit(shown(one.path))) sorted.push_back(&one);
       std::sort(sorted.begin(), sorted.end(), [](const Open* a, const Open* b) { return a->path < b->path; });
       for (const Open* one : sorted)
         if (!give({one->path, one->text})) return;
@@ -44,7 +61,7 @@ void FindTask::each(const std::function<bool(folder::FindItem)>& give, const tex
     }
     case Where::files:
       for (const auto& file : files)
-        if (!give({file, {}})) return;
+        if (walk.masks.fit(shown(file)) && !give({file, {}})) return;
       return;
     case Where::folder:
       *report = folder::walk(

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QList>
+#include <QString>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +12,11 @@
 
 class frmDocument;
 
+// "1 hit", "2 hits" and so on.
+QString countedHits(std::int64_t number);
+QString countedFiles(std::int64_t number);
+QString countedChanges(std::int64_t number);
+
 struct FindTask {
   enum class Where { folder, openDocuments, files };
   Where where = Where::folder;
@@ -18,6 +24,9 @@ struct FindTask {
   std::string root;                 // folder: searched; else what shown names are taken against; may be empty
   folder::WalkOptions walk;         // folder
   std::vector<std::string> files;   // files: whole names, in order
+  std::string filesOf;              // files: what names them, for the user: "the file list all.f"
+  bool binary = false;              // binary files too
+  std::string masks;                // of names, as the user wrote them
   std::int64_t mostHits = 0;        // 0: all
 
   struct Open {
@@ -27,6 +36,7 @@ struct FindTask {
   };
   std::vector<Open> open;   // all texts that are open: they stand for their files
 
+  void setMasks(const std::string& text);
   void addOpen(const QList<frmDocument*>& documents);
   folder::FindRules rules() const;
   // Hands the items out; on the searching thread. What could not be looked into goes to `report`.

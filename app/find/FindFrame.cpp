@@ -59,47 +59,71 @@ frmFindInFiles& FindFrame::window() {
     window_ = new frmFindInFiles(frame_);
     frame_.addDockWidget(Qt::BottomDockWidgetArea, window_, Qt::Vertical);
     connect(window_, &frmFindInFiles::cancelAsked, this, &FindFrame::cancel);
-    const auto task = [this](FindTask* made) {
-      if (!window_->readTask(made)) return false;
-      if (made->where != FindTask::Where::files) return true;
-      if (window_->inFileList()) {
-        const WorkFolder& work = frame_.folders().work();
-        const auto known = work.fileList();
-        if (!known) {
-          window_->tell(tr("No file list is open"), true);
-          return false;
-        }
-        made->root = fromQString(work.root());
-        made->files = known->files;
-        std::sort(made->files.begin(), made->files.end());
-        return true;
-      }
-      ResultList* from = ResultList::of(frame_.activeDocument());
-      if (!from) from = list_;
-      if (!from) {
-        window_->tell(tr("There is no list of results"), true);
-        return false;
-      }
-      made->root = from->root();
-      const text::Snapshot text = from->document()->cmx->model()->snapshot();
-      LongWork::run(
-          frame_, text.size().value, [&](text::SearchControl&) { made->files = from->paths(text); }, tr("Looking at the lines..."),
-          false);
-      return true;
-    };
-    connect(window_, &frmFindInFiles::findAsked, this, [this, task] {
+    connect(window_, &frmFindInFiles::findAsked, this, [this] {
       FindTask made;
-      if (task(&made)) start(std::move(made));
+      if (readTask(&made)) start(std::move(made));
     });
-    connect(window_, &frmFindInFiles::replaceAsked, this, [this, task] {
+    connect(window_, &frmFindInFiles::replaceAsked, this, [this] {
       FindTask made;
-      if (task(&made)) replace(std::move(made), {fromQString(window_->replaceText()), window_->preserveCase()});
+      if (readTask(&made)) replace(std::move(made), {fromQString(window_->replaceText()), window_->preserveCase()});
     });
   }
   return *window_;
 }
 
-void FindFrame::open(bool replace) { window().open(usualRoot(frame_), replace); }
+// What the window asks for, with the files that it only names. False: it cannot be done, and the user has been told.
+bool FindFrame::readTask(FindTask* task) {
+  if (!window_->readTask(task)) return false;
+  if (task->where != FindTask::Where::files) return true;
+  if (window_->inFileList()) return readFileList(task);
+  ResultList* from = ResultList::of(frame_.activeDocument());
+  if (!from) from = list_;
+  if (!from) {
+    window_->tell(tr("There is no list of results"), true);
+    return false;
+  }
+  task->root = from->root();
+  task->filesOf = fromQString(tr("a list of results"));
+  const text::Snapshot text = from->document()->cmx->model()->snapshot();
+  LongWork::run(
+      frame_, text.size().value, [&](text::SearchControl&) { task->files = from->paths(text); }, tr("Looking at the lines..."),
+      false);
+  return true;
+}
+
+bool FindFrame::readFileList(FindTask* task) {
+  const WorkFolder& work = frame_.folders().work();
+  if (work.kind() != WorkFolder::Kind::list) {
+    window_->tell(tr("No file list is open"), true);
+    return false;
+  }
+  task->filesOf = fromQString(tr("the file list %1").arg(work.list()));
+  if (const auto known = work.fileList()) {
+    task->root = fromQString(work.root());
+    task->files = known->files;
+  } else {   // nothing has shown it yet
+    struct Read {
+      std::string root;
+      folder::FileList list;
+    };
+    const auto read = std::make_shared<Read>();
+    const auto look = [read, list = fromQString(work.list()), root = fromQString(work.root()),
+                       relative = work.relativeToList()](text::SearchControl& control) {
+      read->root = root.empty() ? folder::likelyWorkingFolder(list) : root;
+      read->list = folder::readFileList(list, read->root, relative, &control.cancel);
+    };
+    if (!LongWork::runOrLeave(frame_, look, tr("Reading the file list..."))) return false;
+    task->root = std::move(read->root);
+    task->files = std::move(read->list.files);
+  }
+  std::sort(task->files.begin(), task->files.end());
+  return true;
+}
+
+void FindFrame::open(bool replace) {
+  const WorkFolder& work = frame_.folders().work();
+  window().open(usualRoot(frame_), work.kind() == WorkFolder::Kind::list ? work.list() : QString(), replace);
+}
 
 void FindFrame::useList(ResultList* list) {
   if (list_ == list) return;
@@ -117,6 +141,7 @@ void FindFrame::cancel() {
 
 void FindFrame::start(FindTask task) {
   run_.reset();
+  const bool asked = window().hasKeys();
   // A list that the user did not touch, and that is no file, gives way to the next one.
   frmDocument* document =
       list_ && !list_->document()->DocumentHasName() && !list_->document()->DocumentModified() ? list_->document() : nullptr;
@@ -128,8 +153,11 @@ void FindFrame::start(FindTask task) {
   }
   document->setUntitled(tr("Found: %1").arg(plainForDisplay(toQString(task.what->what()), kTitleLength)), toQString(task.root));
   filling_ = ResultList::make(document, task);
+  connect(filling_, &ResultList::cancelAsked, this, &FindFrame::cancel);
   useList(filling_);
-  since_.start();
+  // The keys go to the list when something stands in it: without a hit the next text is typed.
+  if (asked) window().takeKeys();
+  shown_ = false;
   run_ = std::make_unique<FindRun>(std::move(task), nullptr);
   connect(run_.get(), &FindRun::came, this, &FindFrame::pump);
   window().setRunning(true);
@@ -147,8 +175,12 @@ void FindFrame::pump() {
   }
   const bool done = run_->done();
   const std::string rows = run_->take(kAtOnce);
-  if (!rows.empty()) filling_->append(rows);
-  window().tell(tr("%L1 hit(s), %L2 file(s) searched...").arg(run_->hits()).arg(run_->files()));
+  if (!rows.empty()) {
+    filling_->append(rows);
+    if (!std::exchange(shown_, true) && window().hasKeys() && frame_.activeDocument() == filling_->document())
+      filling_->document()->cmx->setFocus();
+  }
+  window().tell(tr("%1, %2 searched...").arg(countedHits(run_->hits()), countedFiles(run_->files())));
   if (done && run_->empty()) return finish();
   timer_.start(rows.empty() ? 100 : 5);
 }
@@ -156,8 +188,11 @@ void FindFrame::pump() {
 QString FindFrame::resultText() const {
   const folder::FindSummary& summary = run_->summary();
   if (!summary.error.empty()) return toQString(summary.error);
-  QString text = tr("%L1 hit(s) in %L2 file(s); %L3 searched").arg(summary.hits).arg(summary.filesWithHits).arg(summary.files);
-  if (summary.cut) text += tr("; ended at the limit of %L1 hits").arg(run_->task().mostHits);
+  QString text =
+      summary.hits == 0
+          ? tr("0 hits; %1 searched").arg(countedFiles(summary.files))
+          : tr("%1 in %2; %L3 searched").arg(countedHits(summary.hits), countedFiles(summary.filesWithHits)).arg(summary.files);
+  if (summary.cut) text += tr("; ended at the limit of %1").arg(countedHits(run_->task().mostHits));
   if (summary.cancelled) text += tr("; cancelled");
   if (const std::string skipped = folder::skippedText(summary); !skipped.empty()) text += u"; "_s + toQString(skipped);
   const folder::WalkReport& walked = run_->walked();
@@ -168,6 +203,10 @@ QString FindFrame::resultText() const {
   };
   for (const auto& [path, why] : summary.skippedNames) name(path, why);
   for (const auto& one : walked.troubles) name(one.path, one.reason);
+  const std::int64_t named = std::int64_t(summary.skippedNames.size() + walked.troubles.size());
+  const std::int64_t left =
+      summary.skippedInAll() - summary.skipped[std::size_t(folder::Skipped::binary)] + walked.unreadable - named;
+  if (left > 0) text += u"\n  "_s + tr("and %L1 more").arg(left);
   return text;
 }
 

@@ -2,7 +2,6 @@
 // back from what was replaced. One for each frame, its child.
 #pragma once
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
@@ -39,6 +38,8 @@ class FindFrame : public QObject {
 
  private:
   explicit FindFrame(frmMain& frame);
+  bool readTask(FindTask* task);
+  bool readFileList(FindTask* task);
   void pump();
   void finish();
   void useList(ResultList* list);
@@ -55,5 +56,5 @@ class FindFrame : public QObject {
   QPointer<ResultList> filling_;   // by the run
   QTimer timer_;
   bool hearsLog_ = false;
-  QElapsedTimer since_;
+  bool shown_ = false;   // rows of the run
 };

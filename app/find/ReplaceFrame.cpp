@@ -10,6 +10,7 @@
 #include "app/find/frmFindInFiles.h"
 #include "app/find/frmReplacePreview.h"
 #include "app/frame/frmMain.h"
+#include "base/Counted.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
@@ -60,7 +61,7 @@ void FindFrame::replace(FindTask task, const folder::Replacing& by) {
   for (const auto& one : held->walked.troubles) left << namedTrouble(one.path, toQString(one.reason));
   if (!held->walked.error.empty()) left << toQString(held->walked.error);
   if (planned.files.empty()) {
-    window().tell(tr("Nothing to replace in %L1 file(s)").arg(planned.found.files));
+    window().tell(tr("Nothing to replace in %1").arg(countedFiles(planned.found.files)));
     if (!left.isEmpty()) MsgBox(tr("These could not be searched:") + u"\r\n"_s + listOf(left), tr("Replace in Files"));
     return;
   }
@@ -83,7 +84,7 @@ void FindFrame::preview(std::vector<folder::FilePlan> files, const QString& abou
 
 void FindFrame::apply(std::vector<folder::FilePlan> files, const QString& about) {
   const Replaced replaced = makeChanges(frame_, std::move(files), about);
-  const QString done = tr("%L1 change(s) in %L2 file(s)").arg(replaced.changes).arg(replaced.files);
+  const QString done = tr("%1 in %2").arg(countedChanges(replaced.changes), countedFiles(replaced.files));
   if (window_) window_->tell(done, !replaced.troubles.isEmpty());
   SetStatusText(done);
   if (!replaced.troubles.isEmpty())
@@ -124,12 +125,14 @@ void FindFrame::undoLast() {
     std::int64_t fresh = 0, other = 0;
     for (const auto& file : (*last)->files) (file.side == folder::Side::new_ ? fresh : other) += file.side != folder::Side::old;
     question =
-        plainForDisplay(toQString((*last)->about), 300) + u"\r\n\r\n"_s + tr("%L1 file(s) get their old text back.").arg(fresh);
-    if (other > 0) question += u' ' + tr("%L1 file(s) have been changed since and stay as they are.").arg(other);
+        plainForDisplay(toQString((*last)->about), 300) + u"\r\n\r\n"_s + tr("%1 get the old text back.").arg(countedFiles(fresh));
+    if (other > 0) question += u' ' + tr("Changed since, and left alone: %1.").arg(countedFiles(other));
     question += u"\r\n"_s + tr("The old texts (%1) lie in %2, until the next replacing and at most 30 days.")
                                 .arg(sizeOf((*last)->bytes), plainForDisplay(toQString((*last)->folder)));
   }
-  if (open > 0) question += u"\r\n"_s + tr("%L1 open document(s) take the change back.").arg(open);
+  if (open > 0)
+    question +=
+        u"\r\n"_s + tr("The change is taken back in %1.").arg(counted(qint64(open), tr("open document"), tr("open documents")));
   if (MsgBox(question.trimmed(), title, Icon::question, Buttons::okCancel) != Answer::ok) return;
   QStringList left;
   if (open > 0) left = undoOpen();
@@ -205,7 +208,7 @@ void FindFrame::tellInterrupted() {
           for (const auto& file : replace.files)
             (file.side == folder::Side::new_ ? news : olds) << nameForDisplay(toQString(file.path), 300);
           MsgBox(tr("Replacing in files did not come to its end:") + u"\r\n"_s + plainForDisplay(toQString(replace.about), 300) +
-                     u"\r\n\r\n"_s + tr("%L1 file(s) have the new text:").arg(news.size()) + u"\r\n"_s + listOf(news) +
+                     u"\r\n\r\n"_s + tr("%1 with the new text:").arg(countedFiles(news.size())) + u"\r\n"_s + listOf(news) +
                      u"\r\n\r\n"_s +
                      (olds.isEmpty() ? QString() : tr("Still old, or changed since:") + u"\r\n"_s + listOf(olds) + u"\r\n\r\n"_s) +
                      tr("All others were not touched. Undo Last Replace in Files, in the Edit menu, brings the old texts back."),

@@ -25,6 +25,7 @@ namespace {
 
 constexpr char kFirst[] = "Find in files: ", kSecond[] = "Folder: ";
 constexpr std::int64_t kMostHead = 100, kLongestRow = 8192;   // lines, bytes that are looked at
+constexpr std::int64_t kResultLine = 3;                       // of the head: what came of the search
 constexpr std::size_t kMostMarks = 5000;                      // of one file
 
 std::int64_t byteOfCharacter(std::string_view line, std::int64_t column) {
@@ -48,20 +49,47 @@ QString optionsOf(const FindTask& task) {
   if (options.matchCase) words << ResultList::tr("match case");
   if (options.wholeWord) words << ResultList::tr("whole word");
   if (options.regex) words << ResultList::tr("regular expression");
+  if (task.mostHits == 0) words << ResultList::tr("no limit");
   return words.isEmpty() ? QString() : u" ("_s + words.join(u", "_s) + u')';
+}
+
+// "Files: of the folder; masks *.v; also hidden ones".
+QString filesOf(const FindTask& task) {
+  const auto shown = [](const std::string& text) { return toQString(folder::shownPath(text)); };
+  QString files = task.where == FindTask::Where::folder          ? ResultList::tr("all of the folder")
+                  : task.where == FindTask::Where::openDocuments ? ResultList::tr("open documents")
+                                                                 : ResultList::tr("those of %1").arg(shown(task.filesOf));
+  if (!task.masks.empty()) files += ResultList::tr("; masks %1").arg(shown(task.masks));
+  QStringList also, without;
+  const auto kind = [&](bool on, const QString& name) { (on ? also : without) << name; };
+  if (task.where == FindTask::Where::folder) {
+    kind(task.walk.ignored, ResultList::tr("ignored"));
+    kind(task.walk.hidden, ResultList::tr("hidden"));
+  }
+  if (task.where != FindTask::Where::openDocuments) kind(task.binary, ResultList::tr("binary"));
+  if (!also.isEmpty()) files += ResultList::tr("; with %1 ones").arg(also.join(u", "_s));
+  if (!without.isEmpty()) files += ResultList::tr("; without %1 ones").arg(without.join(u", "_s));
+  return ResultList::tr("Files: %1").arg(files);
 }
 
 }   // namespace
 
 ResultList::~ResultList() {
-  if (const auto model = model_.lock()) model->plainSlot = {};   // other windows on the text stay
+  const auto model = model_.lock();   // other windows on the text stay
+  if (!model) return;
+  model->plainSlot = {};
+  for (const text::MarkId mark : {resultAt_, headEnd_}) model->document().removeMark(mark);
 }
 
 ResultList::ResultList(frmDocument* document) : QObject(document), document_(document), model_(document->cmx->model()) {
   setObjectName(u"resultList"_s);
   CodeMax* const cmx = document->cmx;
   connect(cmx, &CodeMax::DblClick, this, [this] { jump(); });
-  cmx->model()->plainSlot = [this](LineNo line) { return int(line.value < headLines_ ? ColorSlot::Comment : ColorSlot::Text); };
+  cmx->model()->plainSlot = [this](LineNo line) {
+    const auto end = markAt(headEnd_);
+    const bool head = end ? line <= document_->cmx->model()->snapshot().lineAt(*end) : line.value < headLines_;
+    return int(head ? ColorSlot::Comment : ColorSlot::Text);
+  };
   listen();
   // Panes come and go with the splitters.
   connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
@@ -91,6 +119,7 @@ ResultList* ResultList::adopt(frmDocument* document) {
   while (list->headLines_ < std::min<std::int64_t>(kMostHead, text.lineCount()) &&
          text.lineEnd(LineNo(list->headLines_)) > text.lineStart(LineNo(list->headLines_)))
     ++list->headLines_;
+  list->markHead();
   return list;
 }
 
@@ -103,17 +132,32 @@ ResultList* ResultList::make(frmDocument* document, const FindTask& task) {
   list->headLines_ = text.count(u'\n') - 1;
   list->filled_ = text::Snapshot(fromQString(text));
   document->cmx->model()->document().reset(list->filled_);
+  list->markHead();
   document->cmx->showHits(toQString(task.what->what()), task.what->options());
   return list;
 }
 
 QString ResultList::head(const FindTask& task, const QString& result) {
   return QLatin1String(kFirst) + toQString(folder::shownPath(task.what->what())) + optionsOf(task) + u'\n' +
-         QLatin1String(kSecond) + toQString(folder::shownPath(task.root)) + u'\n' + result + u"\n\n"_s;
+         QLatin1String(kSecond) + toQString(folder::shownPath(task.root)) + u'\n' + filesOf(task) + u'\n' + result + u"\n\n"_s;
 }
 
+// The head keeps its colour, and its end the place where the result comes to stand, when the user writes above it.
+void ResultList::markHead() {
+  text::Document& document = document_->cmx->model()->document();
+  const text::Snapshot& text = document.snapshot();
+  for (const text::MarkId mark : {resultAt_, headEnd_}) document.removeMark(mark);
+  const auto line = [&](std::int64_t number) { return LineNo(std::clamp<std::int64_t>(number, 0, text.lineCount() - 1)); };
+  resultAt_ = document.addMark(text.lineStart(line(kResultLine)), text::Bias::right);
+  headEnd_ = document.addMark(text.lineEnd(line(headLines_ - 1)), text::Bias::left);
+}
+
+std::optional<ByteOffset> ResultList::markAt(text::MarkId mark) const try {
+  return document_->cmx->model()->document().markAt(mark);
+} catch (const std::out_of_range&) { return std::nullopt; }   // the text was read anew
+
 // What the user changes meanwhile is no part of what was found.
-void ResultList::fill(const std::function<text::Edit(const text::Snapshot&)>& edit) {
+void ResultList::fill(const std::function<text::Edit(const text::Snapshot&)>& edit, std::optional<ByteRange> there) {
   text::Document& document = document_->cmx->model()->document();
   if (!unchanged_ && !document.snapshot().sameAs(filled_)) {
     unchanged_ = std::make_unique<text::Document>();
@@ -121,7 +165,9 @@ void ResultList::fill(const std::function<text::Edit(const text::Snapshot&)>& ed
     unchanged_->reset(filled_);
   }
   if (unchanged_) unchanged_->apply(edit(unchanged_->snapshot()), {});
-  document.apply(edit(document.snapshot()), document_->cmx->editor().selection());
+  text::Edit inWindow = edit(document.snapshot());
+  if (there) inWindow.range = *there;
+  document.apply(inWindow, document_->cmx->editor().selection());
   filled_ = unchanged_ ? unchanged_->snapshot() : document.snapshot();
 }
 
@@ -131,13 +177,22 @@ void ResultList::append(const std::string& rows) {
 }
 
 void ResultList::end(const QString& result) {
-  if (headLines_ >= 3 && headLines_ <= document_->cmx->model()->snapshot().lineCount()) {
-    fill([&](const text::Snapshot& text) {
-      return text::Edit{{text.lineStart(LineNo(2)), text.lineEnd(LineNo(headLines_ - 1))}, fromQString(result)};
-    });
-    headLines_ = 3 + result.count(u'\n');
+  const auto begin = markAt(resultAt_), end = markAt(headEnd_);
+  const bool changed = unchanged_ || !document_->cmx->model()->snapshot().sameAs(filled_);
+  if (begin && end && *begin <= *end) {
+    const std::string bytes = fromQString(result);
+    const auto edit = [&](const text::Snapshot& text) {
+      const LineNo line(std::min<std::int64_t>(kResultLine, text.lineCount() - 1));
+      return text::Edit{{text.lineStart(line), text.lineEnd(line)}, bytes};
+    };
+    fill(edit, ByteRange{*begin, *end});
+    headLines_ = kResultLine + 1 + result.count(u'\n');
+    text::Document& document = document_->cmx->model()->document();
+    document.removeMark(headEnd_);
+    headEnd_ = document.addMark(*begin + std::int64_t(bytes.size()), text::Bias::left);
   }
   document_->endFill();
+  if (changed) document_->cmx->setModified(true);
   found_ = std::exchange(filled_, {});
   unchanged_.reset();
 }
@@ -288,6 +343,7 @@ bool ResultList::eventFilter(QObject* object, QEvent* event) {
   if (event->type() == QEvent::KeyPress) {
     const auto* key = static_cast<QKeyEvent*>(event);
     const bool plain = (key->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    if (plain && key->key() == Qt::Key_Escape && filled_.size() > ByteOffset(0)) return emit cancelAsked(), true;
     if (plain && (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) && !document_->cmx->HasSelection() && jump())
       return true;
   }

@@ -56,6 +56,7 @@ class ResultList : public QObject {
 
  signals:
   void used(ResultList* list);   // F8 goes through this list from now on
+  void cancelAsked();            // by Esc while rows come
 
  protected:
   bool eventFilter(QObject* object, QEvent* event) override;
@@ -64,7 +65,10 @@ class ResultList : public QObject {
   explicit ResultList(frmDocument* document);
   std::vector<text::ByteRange> hitsFrom(const text::Snapshot& text, text::ByteOffset from, text::ByteOffset lineEnd) const;
   void listen();
-  void fill(const std::function<text::Edit(const text::Snapshot&)>& edit);
+  void markHead();
+  std::optional<text::ByteOffset> markAt(text::MarkId mark) const;
+  // there: the range in the window, where that is not the range of `edit`.
+  void fill(const std::function<text::Edit(const text::Snapshot&)>& edit, std::optional<text::ByteRange> there = {});
   bool show(text::LineNo line, int direction);
   bool stepInLine(int direction);
   std::optional<text::ByteOffset> placeIn(frmDocument& target, const Row& row);
@@ -76,7 +80,8 @@ class ResultList : public QObject {
   std::optional<text::Snapshot> found_;            // as the search made it
   text::Snapshot filled_;                          // while rows come: the newest state without a change by the user
   std::unique_ptr<text::Document> unchanged_;   // while rows come: the list without the user's changes, from the first of them on
-  std::int64_t headLines_ = 0;
+  std::int64_t headLines_ = 0;                  // as it was found or read
+  text::MarkId resultAt_ = 0, headEnd_ = 0;
   struct Marks {
     std::weak_ptr<TextModel> model;
     QHash<QPair<qint64, qint64>, text::MarkId> at;   // line and column as listed

@@ -1,5 +1,6 @@
 #include "app/find/frmFindInFiles.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
@@ -18,7 +19,6 @@
 #include "control/CodeMax.h"
 #include "control/find/FindFields.h"
 #include "control/find/UsersSearch.h"
-#include "control/view/ColorScheme.h"
 #include "document/frmDocument.h"
 
 using namespace Qt::StringLiterals;
@@ -26,17 +26,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr std::int64_t kMostHits = 100'000;   // unless all are asked for
-constexpr int kHistory = 20;
 enum Where { inFolder, inOpenDocuments, inResultFiles, inOpenList };
-
-void putFirst(QComboBox* field) {
-  const QString text = field->currentText();
-  if (text.isEmpty() || field->itemText(0) == text) return;
-  if (const int old = field->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive); old >= 0) field->removeItem(old);
-  field->insertItem(0, text);
-  while (field->count() > kHistory) field->removeItem(field->count() - 1);
-  field->setEditText(text);
-}
 
 }   // namespace
 
@@ -48,107 +38,66 @@ frmFindInFiles::frmFindInFiles(frmMain& frame) : QDockWidget(tr("Find in Files")
 }
 
 void frmFindInFiles::build() {
-  auto* content = new QWidget(this);
-  content->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-  auto* grid = new QGridLayout(content);
-  grid->setContentsMargins(8, 6, 8, 6);
-  grid->setHorizontalSpacing(6);
-  grid->setVerticalSpacing(4);
-  const auto label = [&](const QString& text, QWidget* buddy, int row) {
-    auto* l = new QLabel(text, content);
-    l->setBuddy(buddy);
-    grid->addWidget(l, row, 0);
-  };
-  const auto button = [&](const QString& text, const char* name) {
-    auto* b = new QPushButton(text, content);
-    b->setObjectName(QString::fromLatin1(name));
-    b->setAutoDefault(false);
-    return b;
-  };
-  const auto check = [&](const QString& text, const char* name, const QString& tip) {
-    auto* box = new QCheckBox(text, content);
-    box->setObjectName(QString::fromLatin1(name));
-    box->setToolTip(tip);
-    return box;
-  };
-  find_ = makeFindField(content, u"filesFindText"_s);
-  label(tr("Fi&nd:"), find_, 0);
-  grid->addWidget(find_, 0, 1);
-  findAll_ = button(tr("Find &All"), "filesFindAll");
-  grid->addWidget(findAll_, 0, 2);
-
-  replace_ = makeFindField(content, u"filesReplaceText"_s);
-  label(tr("Replace b&y:"), replace_, 1);
-  grid->addWidget(replace_, 1, 1);
-  replaceAll_ = button(tr("&Replace..."), "filesReplace");
+  FindGrid fields(this);
+  find_ = fields.field(tr("Fi&nd:"), "filesFindText", 0);
+  findAll_ = fields.button(tr("Find &All"), "filesFindAll", 0, 2);
+  replace_ = fields.field(tr("Replace b&y:"), "filesReplaceText", 1);
+  replaceAll_ = fields.button(tr("&Replace..."), "filesReplace", 1, 2);
   replaceAll_->setToolTip(tr("Shows every change first"));
-  grid->addWidget(replaceAll_, 1, 2);
+  cancel_ = fields.cancel;   // stands there while a search runs: away from what a double click may hit
+  cancel_->setObjectName(u"filesCancel"_s);
+  cancel_->setText(tr("Cancel"));
+  fields.grid->addWidget(cancel_, 1, 2);
 
-  where_ = new QComboBox(content);
+  where_ = new QComboBox(fields.content);
   where_->setObjectName(u"filesWhere"_s);
   where_->addItems({tr("Folder"), tr("Open documents"), tr("Files of the list of results"), tr("File list")});
-  folder_ = makeFindField(content, u"filesFolder"_s);
+  folder_ = makeFindField(fields.content, u"filesFolder"_s);
   folder_->lineEdit()->setClearButtonEnabled(false);
-  browse_ = button(tr("&Browse..."), "filesBrowse");
-  label(tr("&In:"), where_, 2);
+  browse_ = fields.button(tr("Brow&se..."), "filesBrowse", 2, 2);
+  fields.label(tr("&In:"), where_, 2);
   auto* place = new QHBoxLayout;
   place->setSpacing(6);
+  auto* name = new QLabel(tr("Na&me:"), fields.content);
+  name->setBuddy(folder_);
   place->addWidget(where_);
+  place->addWidget(name);
   place->addWidget(folder_, 1);
-  grid->addLayout(place, 2, 1);
-  grid->addWidget(browse_, 2, 2);
+  fields.grid->addLayout(place, 2, 1);
 
-  masks_ = makeFindField(content, u"filesMasks"_s);
+  masks_ = makeFindField(fields.content, u"filesMasks"_s);
   masks_->lineEdit()->setPlaceholderText(tr("All files; for example *.sv,*.svh;!*_tb.sv"));
-  label(tr("Mas&ks:"), masks_, 3);
-  ignored_ = check(tr("I&gnored files"), "filesIgnored", tr("Also what version control ignores"));
-  hidden_ = check(tr("Hi&dden files"), "filesHidden", tr("Also names that begin with a point"));
+  fields.label(tr("Mas&ks:"), masks_, 3);
+  ignored_ = fields.box(tr("I&gnored"), "filesIgnored", tr("Also what version control ignores"));
+  hidden_ = fields.box(tr("Hi&dden"), "filesHidden", tr("Also names that begin with a point"));
+  binary_ = fields.box(tr("&Binary"), "filesBinary", tr("Also files that are no text"));
   auto* files = new QHBoxLayout;
   files->setSpacing(12);
   files->addWidget(masks_, 1);
-  files->addWidget(ignored_);
-  files->addWidget(hidden_);
-  grid->addLayout(files, 3, 1, 1, 2);
+  for (QWidget* part : std::initializer_list<QWidget*>{new QLabel(tr("Also:"), fields.content), ignored_, hidden_, binary_})
+    files->addWidget(part);
+  fields.grid->addLayout(files, 3, 1, 1, 2);
 
-  matchCase_ = check(tr("&Match case"), "filesMatchCase", {});
-  wholeWord_ = check(tr("Who&le word"), "filesWholeWord", {});
-  regex_ = check(tr("Regular e&xpression"), "filesRegex",
-                 tr("It may go over line ends; $1 to $99, ${name}, \\n and \\t may stand in the replacement"));
-  preserveCase_ = check(tr("Preserve ca&se"), "filesPreserveCase",
-                        tr("Gives the replacement the case of what it replaces: all upper, all lower or capitalised"));
-  all_ = check(tr("N&o limit"), "filesAll", tr("Otherwise a search ends at %L1 hits").arg(kMostHits));
-  status_ = new QLabel(content);
+  matchCase_ = fields.box(tr("Mat&ch case"), "filesMatchCase");
+  wholeWord_ = fields.box(tr("Who&le word"), "filesWholeWord");
+  regex_ = fields.box(tr("Regular e&xpression"), "filesRegex",
+                      tr("It may go over line ends; $1 to $99, ${name}, \\n and \\t may stand in the replacement"));
+  preserveCase_ = fields.box(tr("&Preserve case"), "filesPreserveCase",
+                             tr("Gives the replacement the case of what it replaces: all upper, all lower or capitalised"));
+  all_ = fields.box(tr("N&o limit"), "filesAll", tr("Otherwise a search ends at %L1 hits").arg(kMostHits));
+  status_ = fields.status;
   status_->setObjectName(u"filesStatus"_s);
-  status_->setTextFormat(Qt::PlainText);
-  status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-  progress_ = new QProgressBar(content);
+  progress_ = fields.progress;
   progress_->setRange(0, 0);
-  progress_->setMaximumWidth(120);
-  progress_->hide();
-  cancel_ = button(tr("Cancel"), "filesCancel");
-  cancel_->hide();
-  auto* options = new QHBoxLayout;
-  options->setSpacing(12);
-  for (QCheckBox* box : {matchCase_, wholeWord_, regex_, preserveCase_, all_}) options->addWidget(box);
-  options->addWidget(status_, 1);
-  options->addWidget(progress_);
-  options->addWidget(cancel_);
-  grid->addLayout(options, 4, 0, 1, 3);
-  grid->setColumnStretch(1, 1);
-  setWidget(content);
+  progress_->setTextVisible(false);
+  progress_->setMinimumWidth(0);
+  progress_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+  fields.setSwitches(4, {matchCase_, wholeWord_, regex_, preserveCase_, all_});
+  FindGrid::setTabOrder({find_, replace_, where_, folder_, browse_, masks_, ignored_, hidden_, binary_, matchCase_, wholeWord_,
+                         regex_, preserveCase_, all_, findAll_, replaceAll_, cancel_});
 
-  QWidget* last = find_;
-  for (QWidget* part : std::initializer_list<QWidget*>{replace_, where_, folder_, browse_, masks_, ignored_, hidden_, matchCase_,
-                                                       wholeWord_, regex_, preserveCase_, all_, findAll_, replaceAll_, cancel_}) {
-    setTabOrder(last, part);
-    last = part;
-  }
-  for (QComboBox* field : {find_, replace_, folder_, masks_}) {
-    field->installEventFilter(this);
-    connect(field, &QComboBox::editTextChanged, this, [this] { writeState(); });
-  }
-  for (QCheckBox* box : {matchCase_, wholeWord_, regex_, preserveCase_})
-    connect(box, &QCheckBox::clicked, this, [this] { writeState(); });
+  for (QComboBox* field : {find_, replace_, folder_, masks_}) field->installEventFilter(this);
+  for (QComboBox* field : {find_, replace_}) connect(field, &QComboBox::editTextChanged, this, &frmFindInFiles::shareTexts);
   connect(where_, &QComboBox::currentIndexChanged, this, [this] { updateButtons(); });
   connect(findAll_, &QPushButton::clicked, this, &frmFindInFiles::findAsked);
   connect(replaceAll_, &QPushButton::clicked, this, &frmFindInFiles::replaceAsked);
@@ -157,67 +106,59 @@ void frmFindInFiles::build() {
   updateButtons();
 }
 
-void frmFindInFiles::open(const QString& root, bool replace) {
+void frmFindInFiles::open(const QString& root, const QString& list, bool replace) {
   setWindowTitle(replace ? tr("Replace in Files") : tr("Find in Files"));
   if (folder_->currentText().isEmpty() || folder_->currentText() == root_) folder_->setEditText(root);
   root_ = root;
+  // A list that was opened instead of a folder is what the user works on; another choice stays until the next one is opened.
+  where_->setItemText(inOpenList,
+                      list.isEmpty() ? tr("File list") : tr("File list %1").arg(plainForDisplay(GetFileTitle(list), 40)));
+  if (list != list_ && !list.isEmpty()) where_->setCurrentIndex(inOpenList);
+  else if (list.isEmpty() && where_->currentIndex() == inOpenList) where_->setCurrentIndex(inFolder);
+  list_ = list;
+  SearchState& state = usersSearch();
   if (frmDocument* document = frame_.activeDocument()) {
     Editor& editor = document->cmx->editor();
     const QString word = editor.hasSelection() && editor.selectedRange().length() < 4096 ? editor.selectedText() : QString();
-    if (!word.isEmpty() && !word.contains(u'\n') && !word.contains(u'\r')) usersSearch().findText = word;
+    if (!word.isEmpty() && !word.contains(u'\n') && !word.contains(u'\r')) state.findText = word;
   }
-  readState();
+  fillFindField(find_, state.findText, false);
+  fillFindField(replace_, state.replaceText, true);
+  updateButtons();
   if (!running_) tell({});
-  show();
-  raise();
-  if (isFloating()) activateWindow();
+  showFindWindow(this);
   QComboBox* first = replace && !find_->currentText().isEmpty() ? replace_ : find_;
   first->setFocus(Qt::ShortcutFocusReason);
   first->lineEdit()->selectAll();
 }
 
-void frmFindInFiles::readState() {
-  const SearchState& state = usersSearch();
-  fillFindField(find_, state.findText, false);
-  fillFindField(replace_, state.replaceText, true);
-  matchCase_->setChecked(state.options.matchCase);
-  wholeWord_->setChecked(state.options.wholeWord);
-  regex_->setChecked(state.options.regex);
-  preserveCase_->setChecked(state.preserveCase);
-  updateButtons();
-}
-
-void frmFindInFiles::writeState() {
+// The texts are those of the find bar, too; the switches are not.
+void frmFindInFiles::shareTexts() {
   SearchState& state = usersSearch();
   state.findText = find_->currentText();
   state.replaceText = replace_->currentText();
-  state.options.matchCase = matchCase_->isChecked();
-  state.options.wholeWord = wholeWord_->isChecked();
-  state.options.regex = regex_->isChecked();
-  state.preserveCase = preserveCase_->isChecked();
   updateButtons();
 }
+
+bool frmFindInFiles::hasKeys() const { return isAncestorOf(QApplication::focusWidget()); }
+
+void frmFindInFiles::takeKeys() { find_->setFocus(Qt::OtherFocusReason); }
 
 void frmFindInFiles::updateButtons() {
   const bool text = !find_->currentText().isEmpty(), folder = where_->currentIndex() == inFolder;
   findAll_->setEnabled(text && !running_);
-  replaceAll_->setEnabled(text && !running_);
-  for (QWidget* part : std::initializer_list<QWidget*>{folder_, browse_, masks_, ignored_, hidden_}) part->setEnabled(folder);
+  replaceAll_->setEnabled(text);
+  replaceAll_->setVisible(!running_);
+  cancel_->setVisible(running_);
+  for (QWidget* part : std::initializer_list<QWidget*>{folder_, browse_, ignored_, hidden_}) part->setEnabled(folder);
+  binary_->setEnabled(where_->currentIndex() != inOpenDocuments);
 }
 
-void frmFindInFiles::tell(const QString& text, bool bad) {
-  status_->setText(plainForDisplay(text));
-  status_->setToolTip(plainForDisplay(text));
-  QPalette colors = palette();
-  if (bad)
-    colors.setColor(QPalette::WindowText, ColorScheme::isDark(palette()) ? QColor(0xFF, 0x8A, 0x80) : QColor(0xB3, 0x26, 0x1E));
-  status_->setPalette(colors);
-}
+void frmFindInFiles::tell(const QString& text, bool bad) { tellFind(status_, text, bad); }
 
 void frmFindInFiles::setRunning(bool on) {
   running_ = on;
   progress_->setVisible(on);
-  cancel_->setVisible(on);
   updateButtons();
 }
 
@@ -231,8 +172,8 @@ bool frmFindInFiles::readTask(FindTask* task) {
     tell(why, true);
     return false;
   };
-  const SearchState& state = usersSearch();
-  task->what = std::make_shared<const folder::FindText>(fromQString(find_->currentText()), state.options);
+  const text::SearchOptions options{matchCase_->isChecked(), wholeWord_->isChecked(), regex_->isChecked()};
+  task->what = std::make_shared<const folder::FindText>(fromQString(find_->currentText()), options);
   if (!task->what->error().empty()) return fail(toQString(task->what->error()));
   task->where = where_->currentIndex() == inFolder          ? FindTask::Where::folder
                 : where_->currentIndex() == inOpenDocuments ? FindTask::Where::openDocuments
@@ -244,7 +185,8 @@ bool frmFindInFiles::readTask(FindTask* task) {
   task->root = fromQString(root);
   task->walk.ignored = ignored_->isChecked();
   task->walk.hidden = hidden_->isChecked();
-  task->walk.masks = folder::Masks(fromQString(masks_->currentText()));
+  task->binary = binary_->isChecked();
+  task->setMasks(fromQString(masks_->currentText().trimmed()));
   task->mostHits = all_->isChecked() ? 0 : kMostHits;
   task->addOpen(frame_.documents());
   rememberFind(find_, false);

@@ -1,5 +1,5 @@
-// The window for finding and replacing in files: below the texts or floating, with the fields and switches of the find window and its
-// texts, and where to look. Only asks; FindFrame does it.
+// The window for finding and replacing in files: below the texts or floating, with the texts of the find window, switches of
+// its own, and where to look. Only asks; FindFrame does it.
 #pragma once
 
 #include <QDockWidget>
@@ -18,7 +18,8 @@ class frmFindInFiles : public QDockWidget {
  public:
   explicit frmFindInFiles(frmMain& frame);
 
-  void open(const QString& root, bool replace);
+  // root: the folder that is proposed. list: the file list that is open instead of a folder; empty: none.
+  void open(const QString& root, const QString& list, bool replace);
   void tell(const QString& text, bool bad = false);
   void setRunning(bool on);
   QString status() const;
@@ -26,7 +27,9 @@ class frmFindInFiles : public QDockWidget {
   bool preserveCase() const;
   // What the fields ask for; false: something is missing or wrong, and it has been told.
   bool readTask(FindTask* task);
-  bool inFileList() const;   // of a simulator, that is open instead of a folder
+  bool inFileList() const;   // in its files
+  bool hasKeys() const;
+  void takeKeys();   // the field for the text to find gets them
 
  signals:
   void findAsked();
@@ -39,17 +42,16 @@ class frmFindInFiles : public QDockWidget {
 
  private:
   void build();
-  void readState();
-  void writeState();
+  void shareTexts();
   void updateButtons();
   void browse();
 
   frmMain& frame_;
-  QString root_;   // that the folder field proposes
+  QString root_, list_;   // that were proposed
   bool running_ = false;
   QComboBox *find_ = nullptr, *replace_ = nullptr, *where_ = nullptr, *folder_ = nullptr, *masks_ = nullptr;
   QCheckBox *matchCase_ = nullptr, *wholeWord_ = nullptr, *regex_ = nullptr, *preserveCase_ = nullptr, *ignored_ = nullptr,
-            *hidden_ = nullptr, *all_ = nullptr;
+            *hidden_ = nullptr, *binary_ = nullptr, *all_ = nullptr;
   QPushButton *findAll_ = nullptr, *replaceAll_ = nullptr, *browse_ = nullptr, *cancel_ = nullptr;
   QLabel* status_ = nullptr;
   QProgressBar* progress_ = nullptr;

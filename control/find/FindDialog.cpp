@@ -3,8 +3,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QGridLayout>
-#include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -13,13 +11,11 @@
 #include <QPushButton>
 #include <QTimer>
 
-#include "base/Strings.h"
 #include "control/CodeMax.h"
 #include "control/find/FindFields.h"
 #include "control/find/FindJob.h"
 #include "control/find/FindScope.h"
 #include "control/find/UsersSearch.h"
-#include "control/view/ColorScheme.h"
 
 FindDialog::FindDialog(QWidget* parent) : QDockWidget(tr("Find and Replace"), parent), job_(new FindJob(this)) {
   setObjectName(QStringLiteral("findDialog"));
@@ -46,87 +42,43 @@ FindDialog::~FindDialog() {
 }
 
 void FindDialog::build() {
-  auto* content = new QWidget(this);
-  content->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);   // the height is left to the texts
-  auto* grid = new QGridLayout(content);
-  grid->setContentsMargins(8, 6, 8, 6);
-  grid->setHorizontalSpacing(6);
-  grid->setVerticalSpacing(4);
-
-  const auto label = [&](const QString& text, QWidget* buddy, int row) {
-    auto* l = new QLabel(text, content);
-    l->setBuddy(buddy);
-    grid->addWidget(l, row, 0);
-    return l;
-  };
+  FindGrid fields(this);
   int column = 2;
   const auto button = [&](const QString& text, const char* name, int row, auto slot) {
-    auto* b = new QPushButton(text, content);
-    b->setObjectName(QString::fromLatin1(name));
-    b->setAutoDefault(false);
-    grid->addWidget(b, row, column++);
+    QPushButton* b = fields.button(text, name, row, column++);
     connect(b, &QPushButton::clicked, this, slot);
     return b;
   };
-  find_ = makeFindField(content, QStringLiteral("findText"));
-  grid->addWidget(find_, 0, 1);
-  label(tr("Fi&nd:"), find_, 0);
+  find_ = fields.field(tr("Fi&nd:"), "findText", 0);
   next_ = button(tr("Find Ne&xt"), "findNext", 0, [this] { findNext(true); });
   previous_ = button(tr("Find &Previous"), "findPrevious", 0, [this] { findNext(false); });
   count_ = button(tr("C&ount"), "count", 0, [this] { count(); });
   markAll_ = button(tr("Mar&k All"), "markAll", 0, [this] { markAll(); });
   markAll_->setToolTip(tr("Sets a bookmark on every line with a match"));
 
-  replace_ = makeFindField(content, QStringLiteral("replaceText"));
-  grid->addWidget(replace_, 1, 1);
-  replaceLabel_ = label(tr("Replace b&y:"), replace_, 1);
+  replace_ = fields.field({}, "replaceText", 1);
+  replaceLabel_ = fields.label(tr("Replace b&y:"), replace_, 1);
   column = 2;
   replaceOne_ = button(tr("&Replace"), "replace", 1, [this] { replaceOne(); });
   replaceAll_ = button(tr("Replace &All"), "replaceAll", 1, [this] { replaceAll(); });
-  preserveCase_ = new QCheckBox(tr("Preserve ca&se"), content);
-  preserveCase_->setToolTip(tr("Gives the replacement the letter case of the match: all upper, all lower or capitalised"));
-  grid->addWidget(preserveCase_, 1, column, 1, 2);
+  preserveCase_ = fields.box(tr("Preserve ca&se"), "preserveCase",
+                             tr("Gives the replacement the letter case of the match: all upper, all lower or capitalised"));
+  fields.grid->addWidget(preserveCase_, 1, column, 1, 2);
 
-  auto* options = new QHBoxLayout;
-  options->setSpacing(12);
-  const auto check = [&](const QString& text, const char* name, const QString& tip) {
-    auto* box = new QCheckBox(text, content);
-    box->setObjectName(QString::fromLatin1(name));
-    box->setToolTip(tip);
-    options->addWidget(box);
-    return box;
-  };
-  preserveCase_->setObjectName(QStringLiteral("preserveCase"));
-  matchCase_ = check(tr("&Match case"), "matchCase", {});
-  wholeWord_ = check(tr("Who&le word"), "wholeWord", {});
-  regex_ = check(tr("Re&gular expression"), "regex", tr("The replacement may contain $1 to $99, ${name}, \\n and \\t"));
-  inSelection_ = check(tr("&In selection"), "inSelection", tr("Only what is selected now"));
-  backwards_ = check(tr("&Backwards"), "backwards", tr("Return and Replace search backwards"));
-  status_ = new QLabel(content);
+  matchCase_ = fields.box(tr("&Match case"), "matchCase");
+  wholeWord_ = fields.box(tr("Who&le word"), "wholeWord");
+  regex_ = fields.box(tr("Re&gular expression"), "regex", tr("The replacement may contain $1 to $99, ${name}, \\n and \\t"));
+  inSelection_ = fields.box(tr("&In selection"), "inSelection", tr("Only what is selected now"));
+  backwards_ = fields.box(tr("&Backwards"), "backwards", tr("Return and Replace search backwards"));
+  status_ = fields.status;
   status_->setObjectName(QStringLiteral("status"));
-  status_->setTextFormat(Qt::PlainText);
-  status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-  options->addWidget(status_, 1);
-  progress_ = new QProgressBar(content);
-  progress_->setMaximumWidth(160);
+  progress_ = fields.progress;
   progress_->setRange(0, 100);
-  cancel_ = new QPushButton(tr("&Cancel"), content);
+  cancel_ = fields.cancel;
   cancel_->setObjectName(QStringLiteral("cancel"));
-  cancel_->setAutoDefault(false);
-  options->addWidget(progress_);
-  options->addWidget(cancel_);
-  grid->addLayout(options, 2, 0, 1, 6);
-  grid->setColumnStretch(1, 1);
-  progress_->hide();
-  cancel_->hide();
-  setWidget(content);
-  QWidget* last = find_;
-  for (QWidget* part :
-       std::initializer_list<QWidget*>{replace_, next_, previous_, count_, markAll_, replaceOne_, replaceAll_, preserveCase_,
-                                       matchCase_, wholeWord_, regex_, inSelection_, backwards_, cancel_}) {
-    setTabOrder(last, part);
-    last = part;
-  }
+  fields.setSwitches(2, {matchCase_, wholeWord_, regex_, inSelection_, backwards_});
+  FindGrid::setTabOrder({find_, replace_, next_, previous_, count_, markAll_, replaceOne_, replaceAll_, preserveCase_, matchCase_,
+                         wholeWord_, regex_, inSelection_, backwards_, cancel_});
 
   // The combo box has the focus and passes keys to its line edit without its event filters.
   for (QComboBox* field : {find_, replace_}) field->installEventFilter(this);
@@ -199,9 +151,7 @@ void FindDialog::open(CodeMax& control, bool replace) {
   }
   readState();
   tell({});
-  show();
-  raise();
-  if (isFloating()) activateWindow();
+  showFindWindow(this);
   typingFrom_.reset();
   find_->setFocus(Qt::ShortcutFocusReason);
   find_->lineEdit()->selectAll();
@@ -252,17 +202,10 @@ void FindDialog::writeState() {
 void FindDialog::remember(QComboBox* field) { rememberFind(field, field == replace_); }
 
 void FindDialog::tell(const QString& text, bool bad) {
-  status_->setText(plainForDisplay(text));
-  status_->setToolTip(plainForDisplay(text));
-  const QColor red = ColorScheme::isDark(palette()) ? QColor(0xFF, 0x8A, 0x80) : QColor(0xB3, 0x26, 0x1E);
-  for (QWidget* part : std::initializer_list<QWidget*>{status_, find_->lineEdit()}) {
-    QPalette colors = part == status_ ? palette() : find_->palette();
-    if (bad) {
-      colors.setColor(QPalette::WindowText, red);
-      colors.setColor(QPalette::Text, red);
-    }
-    part->setPalette(colors);
-  }
+  tellFind(status_, text, bad);
+  QPalette colors = find_->palette();
+  if (bad) colors.setColor(QPalette::Text, badTextColor(palette()));
+  find_->lineEdit()->setPalette(colors);
   if (control_) control_->editor().host().note(text);
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "control/edit/ColumnBlock.h"
+#include "control/view/ColorScheme.h"
 #include "text/color/LongColors.h"
 
 using text::ByteOffset;
@@ -35,6 +36,11 @@ const Row& TextView::row(std::int64_t line) {
   layOut(row, line);
   if (row.counted && state_.colorSyntax && state_.model->highlighter()) color(row, line, kPaintBudget);
   if (state_.hits) {
+    const auto& slot = state_.model->plainSlot;
+    if (slot && slot(LineNo(line)) == static_cast<int>(ColorSlot::Comment)) {   // remarks on the text hold no hits
+      row.marked = true;
+      return row;
+    }
     row.marked = marking_ < kMarking;
     marked_ = marked_ && row.marked;
     if (row.marked) mark(row);

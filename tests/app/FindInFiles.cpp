@@ -1,12 +1,16 @@
 // Finding and replacing in files from the main frame: the list of results, the preview, and the way back.
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QTest>
 #include <QTreeView>
 
 #include "app/find/FindFrame.h"
 #include "app/find/ResultList.h"
 #include "app/find/frmFindInFiles.h"
 #include "app/find/frmReplacePreview.h"
+#include "app/folder/FolderParts.h"
+#include "app/folder/WorkFolder.h"
 #include "tests/app/ProcessFixture.h"
 #include "tests/support/files/TempFolder.h"
 
@@ -69,9 +73,9 @@ TEST_F(FindInFiles, TheListLeadsToPlacesThatMoveWithTheText) {
   frmDocument* const results = finder().list()->document();
   EXPECT_EQ(main->activeDocument(), results);
   EXPECT_FALSE(results->DocumentModified());
-  EXPECT_EQ(list(),
-            "Find in files: foo\nFolder: " + dir.path().toStdString() +
-                "\n4 hit(s) in 2 file(s); 2 searched\n\na.v:1:16: in the window: Foo\nb.v:1:6: wire foo; // foo\nb.v:3:1: foo\n");
+  EXPECT_EQ(list(), "Find in files: foo\nFolder: " + dir.path().toStdString() +
+                        "\nFiles: all of the folder; without ignored, hidden, binary ones\n4 hits in 2 files; 2 "
+                        "searched\n\na.v:1:16: in the window: Foo\nb.v:1:6: wire foo; // foo\nb.v:3:1: foo\n");
   QStringList places;
   for (const char* expected : {"a.v:0:15", "b.v:0:5", "b.v:0:13", "b.v:2:0"}) {
     trigger("mnuViewNextMessage");
@@ -93,7 +97,7 @@ TEST_F(FindInFiles, TheListLeadsToPlacesThatMoveWithTheText) {
   bool ok = false;
   again = main->mainOpenFile(path("found.txt"), ok);
   ASSERT_NE(ResultList::of(again), nullptr);
-  again->cmx->SetSel({4, 3, 4, 3, false});
+  again->cmx->SetSel({5, 3, 5, 3, false});
   EXPECT_TRUE(ResultList::of(again)->jump());
   EXPECT_EQ(place(), "a.v:0:15");
 }
@@ -105,7 +109,7 @@ TEST_F(FindInFiles, WhatIsTickedIsReplacedAndComesBack) {
   fields("foo", "bar");
   inPreview([&](frmReplacePreview& box) {
     untick(box, 1, 0);
-    EXPECT_EQ(box.findChild<QLabel*>(q("count"))->text(), q("3 change(s) in 3 file(s) are ticked"));
+    EXPECT_EQ(box.findChild<QLabel*>(q("count"))->text(), q("Ticked: 3 changes in 3 files"));
     write("c.v", "foo!\n");   // by another hand, meanwhile
     accept(box);
   });
@@ -160,11 +164,64 @@ TEST_F(FindInFiles, WhatIsTickedIsReplacedAndComesBack) {
   rows->append("b.v:1:1: foo\n");
   rows->document()->cmx->setText(QString::fromStdString(text(*rows->document())).replace(q(": foo\n"), q(": mine\n")));
   rows->append("c.v:1:1: foo\n");
-  rows->end(q("2 hit(s)"));
+  rows->end(q("2 hits"));
   QString error;
   const auto edited = rows->edited(rows->document()->cmx->model()->snapshot(), &error);
   ASSERT_EQ(edited.size(), 1u);
   EXPECT_EQ(edited[0].lines[0].second.first, "foo");
+}
+
+TEST_F(FindInFiles, TheWindowAsksAsTheUserWorks) {
+  main->show();
+  main->activateWindow();
+  write("a.v", "foo\n");
+  write("b.vhd", "foo\n");
+  write("c.v", QByteArray("foo\0\n", 5));
+  write("not_listed.v", "foo\n");
+  write("all.f", "a.v\nb.vhd\nc.v\n");
+  const auto lastLines = [this] { return QString::fromStdString(list()).section(q("\n\n"), 1).toStdString(); };
+  // A file list that is open is where the search begins, though nothing has shown it; masks count in it.
+  main->folders().work().openList(path("all.f"), false);
+  fields("foo");
+  EXPECT_EQ(part<QComboBox>("filesWhere")->currentText(), q("File list all.f"));
+  findAll();
+  EXPECT_EQ(lastLines(), "a.v:1:1: foo\nb.vhd:1:1: foo\n");
+  EXPECT_TRUE(QString::fromStdString(list()).contains(
+      q("\nFiles: those of the file list ") + path("all.f") +
+      q("; without binary ones\n2 hits in 2 files; 3 searched; 1 file skipped: 1 binary\n")))
+      << list();
+  part<QComboBox>("filesMasks")->setEditText(q("*.v"));
+  part<QCheckBox>("filesBinary")->click();
+  findAll();
+  EXPECT_EQ(lastLines(), std::string("a.v:1:1: foo\nc.v:1:1: foo\0\n", 27));
+  // Its switches are not those of the find bar.
+  part<QCheckBox>("filesRegex")->click();
+  EXPECT_FALSE(searchState().options.regex);
+  // Without a hit the next text is typed; the first hit takes the keys to the list, where Esc ends a search.
+  fields("none");
+  findAll();
+  EXPECT_EQ(part<QLabel>("filesStatus")->text(), q("0 hits; 2 files searched"));
+  EXPECT_TRUE(finder().window().hasKeys());
+  fields("foo");
+  findAll();
+  EXPECT_TRUE(finder().list()->document()->isAncestorOf(QApplication::focusWidget()));
+  FindTask task;
+  task.what = std::make_shared<const folder::FindText>("foo", text::SearchOptions());
+  ResultList* const rows = ResultList::make(main->LoadNewDoc(), task);
+  int cancelled = 0;
+  QObject::connect(rows, &ResultList::cancelAsked, [&] { ++cancelled; });
+  const auto escape = [&] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape); };
+  escape();
+  // What the user writes above stays, and the head is one still.
+  rows->document()->cmx->InsertText(q("my note\n"), {0, 0});
+  rows->end(q("0 hits"));
+  EXPECT_EQ(text(*rows->document()).substr(0, 39), "my note\nFind in files: foo (no limit)\nF");
+  EXPECT_TRUE(text(*rows->document()).ends_with("\n0 hits\n\n"));
+  const auto& slot = rows->document()->cmx->model()->plainSlot;
+  EXPECT_EQ(slot(text::LineNo(4)), int(ColorSlot::Comment));
+  EXPECT_EQ(slot(text::LineNo(5)), int(ColorSlot::Text));
+  escape();
+  EXPECT_EQ(cancelled, 1);
 }
 
 class FindInFilesFromTheCommandLine : public ProcessRun {};

@@ -147,16 +147,18 @@ TEST_F(Mnemonics, EveryButtonAndFieldOfEveryDialogHasOne) {
       if (window->isVisible() && window != main.get() && window->isWindow() &&
           !(window->windowType() == Qt::ToolTip || window->windowType() == Qt::Popup))
         look(*window);
-    if (auto* bar = main->findChild<QDockWidget*>(q("findDialog")); bar && bar->isVisible()) {
-      seen << bar->objectName();
-      checkAll(*bar->widget(), menuLetters);
-      bar->close();
-    }
+    for (const char* name : {"findDialog", "findInFiles"})
+      if (auto* bar = main->findChild<QDockWidget*>(q(name)); bar && bar->isVisible()) {
+        seen << bar->objectName();
+        checkAll(*bar->widget(), menuLetters);
+        bar->close();
+      }
     wait(0);
   }
   modal.stop();
   setDialogs(before);
-  for (const char* wanted : {"PropertiesDialog", "frmDefinitions", "frmCommand", "frmFormat", "frmPreview", "findDialog"})
+  for (const char* wanted :
+       {"PropertiesDialog", "frmDefinitions", "frmCommand", "frmFormat", "frmPreview", "findDialog", "findInFiles"})
     EXPECT_TRUE(seen.contains(q(wanted))) << wanted << " was not opened";
   EXPECT_GE(seen.size(), 11) << seen.join(u' ').toStdString();
 }
