@@ -33,6 +33,8 @@
 #include "process/Process.h"
 #include "text/file/FileCalls.h"
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int kSoonMs = 50, kTypingMs = 120;
@@ -64,6 +66,9 @@ QString onDisk(QWidget& asker, const QString& what, const std::function<std::str
     return FilesView::tr("The disk does not answer");
   return toQString(*error);
 }
+
+// Whether a file is that entry of the tree, or lies in it.
+bool isIn(const QString& file, const QString& entry) { return file == entry || file.startsWith(entry + u'/'); }
 
 std::string errorOf(int r) { return r < 0 ? text::errorText(r) : std::string(); }
 
@@ -424,17 +429,31 @@ void FilesView::rename(const QString& path, const QString& name) {
 }
 
 void FilesView::follow(const QString& from, const QString& to) {
-  for (frmDocument* document : frame_.documents()) {
-    const QString name = document->CurrentFileName();
-    if (name != from && !name.startsWith(from + u'/')) continue;
-    const QString now = to + name.mid(from.size());
+  for (frmDocument* document : documentsIn(from)) {
+    const QString now = to + document->CurrentFileName().mid(from.size());
     document->cmx->model()->path = now;   // so that a save still notices what others wrote there
     document->setFile(now);
     if (!document->LanguageIsChosen()) document->SetLanguage(languageOfFile(now, *document->cmx));
-    frmRegistry::instance().mruFile.AddItem(now);
   }
+  followRecent(from, to);
   frame_.refreshToolbar();
   marks_.start();
+}
+
+void FilesView::followRecent(const QString& from, const QString& to) {
+  ucMRULst& files = frmRegistry::instance().mruFile;
+  QStringList names = files.items();
+  if (to.isEmpty()) names.removeIf([&](const QString& name) { return isIn(name, from); });
+  for (QString& name : names)
+    if (isIn(name, from)) name.replace(0, from.size(), to);
+  if (names != files.items()) files.setItems(names);
+}
+
+QList<frmDocument*> FilesView::documentsIn(const QString& path) const {
+  QList<frmDocument*> found;
+  for (frmDocument* document : frame_.documents())
+    if (document->DocumentHasName() && isIn(document->CurrentFileName(), path)) found << document;
+  return found;
 }
 
 void FilesView::make(bool folder) {
@@ -461,11 +480,24 @@ void FilesView::make(bool folder) {
 
 void FilesView::remove(const QString& path) {
   const bool folder = model_->isFolder(tree_->currentIndex());
-  const QString question = folder ? tr("Do you want to put the folder %1 with all that is in it into the trash?")
-                                  : tr("Do you want to put %1 into the trash?");
-  if (MsgBox(question.arg(plainForDisplay(path)), {}, Icon::question, Buttons::yesNo) != Answer::yes) return;
+  QString question = (folder ? tr("Do you want to put the folder %1 with all that is in it into the trash?")
+                             : tr("Do you want to put %1 into the trash?"))
+                         .arg(plainForDisplay(path));
+  if (const qsizetype open = documentsIn(path).size(); open > 0)
+    question +=
+        u"\r\n\r\n"_s + (folder ? tr("Files of it are open (%L1). Their texts stay in their windows, as unsaved ones.").arg(open)
+                                : tr("It is open. Its text stays in its window, as an unsaved one."));
+  if (MsgBox(question, {}, Icon::question, Buttons::yesNo) != Answer::yes) return;
   const QString error = onDisk(*this, tr("Deleting..."), [path = fromQString(path)] { return folder::moveToTrash(path); });
-  if (!error.isEmpty()) MsgBox(tr("%1 was not deleted: %2").arg(plainForDisplay(path), error));
+  if (!error.isEmpty()) {
+    MsgBox(tr("%1 was not deleted: %2").arg(plainForDisplay(path), error));
+  } else {
+    for (const frmDocument* document : documentsIn(path)) {
+      document->cmx->model()->stamp = text::FileStamp{};   // nobody is told again; the next save makes the file anew
+      document->cmx->setModified(true);
+    }
+    followRecent(path, {});
+  }
   model_->refresh({GetFileDir(path)});
   work_.refresh();
 }

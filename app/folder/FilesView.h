@@ -13,6 +13,7 @@ class QMenu;
 class QToolButton;
 class QTreeView;
 class WorkFolder;
+class frmDocument;
 class frmMain;
 
 class FilesView : public QWidget {
@@ -47,7 +48,9 @@ class FilesView : public QWidget {
   void remove(const QString& path);
   void reveal(const QString& path);
   void editName();
-  void follow(const QString& from, const QString& to);   // gives open documents the new name of their file
+  void follow(const QString& from, const QString& to);         // gives open documents the new name of their file
+  void followRecent(const QString& from, const QString& to);   // the same for the recent files; to empty: it has gone
+  QList<frmDocument*> documentsIn(const QString& path) const;
 
   frmMain& frame_;
   WorkFolder& work_;

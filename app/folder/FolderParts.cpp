@@ -9,6 +9,7 @@
 #include "app/folder/FilesView.h"
 #include "app/folder/GoToFile.h"
 #include "app/folder/WorkFolder.h"
+#include "app/frame/FrameMenus.h"
 #include "app/frame/frmMain.h"
 #include "base/Strings.h"
 #include "bridge/FileNames.h"
@@ -70,9 +71,8 @@ void FolderParts::showFiles() {
 
 void FolderParts::toggleFiles() {
   files();
-  if (!dock_->isHidden()) {
-    dock_->hide();
-    if (frmDocument* document = frame_.activeDocument()) document->cmx->setFocus();
+  if (frame_.menus().hidesDock(*dock_)) {
+    frame_.menus().hideDock(*dock_);
   } else {
     showFiles();
     files_->focusTree();

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDockWidget>
 #include <QFocusEvent>
 #include <QMenu>
 #include <QMenuBar>
@@ -67,7 +68,22 @@ void FrameMenus::leaveBar() {
   else if (frmDocument* document = frame_.activeDocument()) document->focusWork();
 }
 
+bool FrameMenus::hidesDock(const QDockWidget& dock) const {
+  return byKey_ ? dock.isAncestorOf(QApplication::focusWidget()) : !dock.isHidden();
+}
+
+void FrameMenus::hideDock(QDockWidget& dock) {
+  const bool keys = dock.isAncestorOf(QApplication::focusWidget());
+  dock.hide();
+  if (frmDocument* document = keys ? frame_.activeDocument() : nullptr) document->cmx->setFocus();
+}
+
 bool FrameMenus::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::Shortcut) {
+    byKey_ = true;
+    QMetaObject::invokeMethod(
+        this, [this] { byKey_ = false; }, Qt::QueuedConnection);
+  }
   if (event->type() == QEvent::FocusIn && static_cast<QFocusEvent*>(event)->reason() == Qt::ActiveWindowFocusReason)
     QMetaObject::invokeMethod(this, &FrameMenus::leaveBar, Qt::QueuedConnection);
   return QObject::eventFilter(object, event);
@@ -104,6 +120,7 @@ void FrameMenus::make(const FrameCommand& row) {
   } else {
     action = new QAction(&frame_);
     action->setCheckable(row.checkable);
+    if (row.checkable) action->installEventFilter(this);
     connect(action, &QAction::triggered, this, [this, &row] { trigger(row); });
     if (*row.icon) action->setIcon(icons::byName(QString::fromLatin1(row.icon)));
   }

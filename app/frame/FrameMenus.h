@@ -14,6 +14,7 @@
 #include "app/frame/FrameCommand.h"
 
 class QAction;
+class QDockWidget;
 class QMainWindow;
 class QMenu;
 class QToolBar;
@@ -36,9 +37,13 @@ class FrameMenus : public QObject {
   void refresh(unsigned facts);
   unsigned facts() const { return facts_; }
   void refreshKeys();   // after the key map of the edit control changed
+  // What the command that runs now and shows or hides a dock is to do: a key goes into the dock, and hides it when it is pressed there; a
+  // click hides a dock that is shown.
+  bool hidesDock(const QDockWidget& dock) const;
+  void hideDock(QDockWidget& dock);   // the keys go back to the text
 
  protected:
-  bool eventFilter(QObject* object, QEvent* event) override;   // of the menu bar
+  bool eventFilter(QObject* object, QEvent* event) override;   // of the menu bar and the actions
 
  private:
   struct Placed {
@@ -61,4 +66,5 @@ class FrameMenus : public QObject {
   QHash<QString, QList<Placed>> placed_;   // by menu
   QList<Placed> tools_, popup_;
   unsigned facts_ = ~0u;
+  bool byKey_ = false;   // the command that runs now was asked for by a short-cut
 };

@@ -150,7 +150,9 @@ void frmMain::saveLogProfile() {
 
 void frmMain::toggleLog() {
   log();
-  logDock_->setVisible(!logDock_->isVisible());
+  if (menus().hidesDock(*logDock_)) return menus().hideDock(*logDock_);
+  showLog();
+  log_->cmx->setFocus(Qt::OtherFocusReason);
 }
 
 bool frmMain::logIsShown() const { return logDock_ && !logDock_->isHidden(); }

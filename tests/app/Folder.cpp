@@ -1,4 +1,5 @@
 // The folder that the frame works in: its tree, its file list, going to a file.
+#include <QDockWidget>
 #include <QLineEdit>
 #include <QListView>
 #include <QTreeView>
@@ -62,6 +63,8 @@ TEST_F(Folder, TreeShowsAndChangesTheDisk) {
   main->resize(900, 600);
   main->show();
   frmDocument* document = open("top/rtl/alu.v");
+  ucMRULst& recent = frmRegistry::instance().mruFile;
+  recent.setItems({path("top/rtl/core.v"), path("top/rtl/alu.v")});
   main->folders().open(path("top"));
   auto* tree = main->findChild<QTreeView*>();
   ASSERT_NE(tree, nullptr);
@@ -115,6 +118,23 @@ TEST_F(Folder, TreeShowsAndChangesTheDisk) {
   EXPECT_TRUE(read(path(q("data/Trash/info/odd\nname.v.trashinfo"))).contains("/top/rtl/odd%0Aname.v\n"));
   ASSERT_TRUE(spinUntil([&] { return shown(*model, rtl) == QStringList{q("unit.v*")}; }));
 
+  // A file that is open and goes into the trash: its text stays, as an unsaved one, and the box says so. Recent files follow.
+  EXPECT_EQ(recent.items(), QStringList({path("top/rtl/core.v"), path("top/rtl/unit.v")}));
+  frmDocument* core = open("top/rtl/core.v");
+  ASSERT_TRUE(spinUntil([&] { return model->indexOf(path("top/rtl/core.v")).isValid(); }));
+  tree->setCurrentIndex(model->indexOf(path("top/rtl/core.v")));
+  qputenv("XDG_DATA_HOME", QFile::encodeName(path("data")));
+  sure.answer(Answer::yes);
+  QTest::keyClick(tree, Qt::Key_Delete);
+  qputenv("XDG_DATA_HOME", usual);
+  EXPECT_TRUE(sure.last().text.contains(q("It is open."))) << sure.last().text.toStdString();
+  EXPECT_TRUE(core->DocumentModified());
+  EXPECT_EQ(recent.items(), QStringList{path("top/rtl/unit.v")});
+  core->inconsistentDate();   // which tells it no second time
+  EXPECT_EQ(sure.boxes.size(), 3u);
+  EXPECT_TRUE(core->SaveDocumment(path("top/rtl/core.v")));
+  QFile::remove(path("top/rtl/core.v"));
+
   // The filter finds in folders that are closed, and gives the tree back as it was.
   auto* filter = main->findChild<QWidget*>(q("files"))->findChild<QLineEdit*>();
   filter->setText(q("tb"));
@@ -124,6 +144,42 @@ TEST_F(Folder, TreeShowsAndChangesTheDisk) {
   ASSERT_TRUE(spinUntil([&] { return shown(*model) == QStringList{q("rtl"), q("tb")} && tree->isExpanded(model->index(0, 0)); }));
   work().setShowsAll(true);
   ASSERT_TRUE(spinUntil([&] { return shown(*model).contains(q("build")) && shown(*model).contains(q(".gitignore")); }));
+}
+
+TEST_F(Folder, KeysGoIntoADockAndHideItThere) {
+  main->show();
+  main->activateWindow();
+  frmDocument* document = open("top/rtl/alu.v");
+  document->cmx->setFocus();
+  ASSERT_TRUE(spinUntil([] { return QApplication::focusWidget() != nullptr; }));
+  const auto press = [&](int key) {
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), Qt::ControlModifier | Qt::ShiftModifier);
+  };
+  struct Case {
+    const char *command, *dock;
+    int key;
+  };
+  for (const Case& c : {Case{"mnuViewFiles", "filesDock", Qt::Key_B}, Case{"mnuViewLog", "logDock", Qt::Key_L}}) {
+    SCOPED_TRACE(c.command);
+    press(c.key);
+    auto* dock = main->findChild<QDockWidget*>(q(c.dock));
+    ASSERT_NE(dock, nullptr);
+    const auto inDock = [&] { return dock->isAncestorOf(QApplication::focusWidget()); };
+    EXPECT_TRUE(inDock());
+    document->cmx->setFocus();
+    settle(10);
+    press(c.key);
+    EXPECT_TRUE(inDock() && dock->isVisible());
+    settle(10);
+    press(c.key);
+    EXPECT_FALSE(dock->isVisible());
+    EXPECT_TRUE(document->isAncestorOf(QApplication::focusWidget()));
+    settle(10);
+    trigger(c.command);
+    document->cmx->setFocus();
+    trigger(c.command);   // a click
+    EXPECT_FALSE(dock->isVisible());
+  }
 }
 
 TEST_F(Folder, GoesToAFileByPartsOfItsName) {
