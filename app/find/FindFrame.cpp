@@ -8,6 +8,7 @@
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
 #include "app/frame/frmMain.h"
+#include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
 #include "bridge/FileNames.h"
@@ -214,7 +215,9 @@ void FindFrame::finish() {
   const QString text = resultText();
   filling_->end(text);
   window().setRunning(false);
-  window().tell(text.section(u'\n', 0, 0), !run_->summary().error.empty());
+  const QString result = text.section(u'\n', 0, 0);
+  window().tell(result, !run_->summary().error.empty());
+  SetStatusText(plainForDisplay(result));   // also where the window is too low to show it
   run_.reset();
   frame_.UpdateEditMenu();
 }

@@ -84,8 +84,9 @@ void FindFrame::preview(std::vector<folder::FilePlan> files, const QString& abou
 
 void FindFrame::apply(std::vector<folder::FilePlan> files, const QString& about) {
   const Replaced replaced = makeChanges(frame_, std::move(files), about);
-  const QString done = tr("%1 in %2").arg(countedChanges(replaced.changes), countedFiles(replaced.files));
-  if (window_) window_->tell(done, !replaced.troubles.isEmpty());
+  QString done = tr("%1 in %2").arg(countedChanges(replaced.changes), countedFiles(replaced.files));
+  if (!replaced.troubles.isEmpty()) done += tr("; %1 left alone").arg(countedFiles(replaced.troubles.size()));
+  if (window_) window_->tell(done);
   SetStatusText(done);
   if (!replaced.troubles.isEmpty())
     MsgBox(done + u".\r\n\r\n"_s + tr("These were left alone:") + u"\r\n"_s + listOf(replaced.troubles), tr("Replace in Files"));

@@ -72,6 +72,22 @@ bool isIn(const QString& file, const QString& entry) { return file == entry || f
 
 std::string errorOf(int r) { return r < 0 ? text::errorText(r) : std::string(); }
 
+// The current row shows by its colour whether the tree has the keys.
+class FilesTree : public QTreeView {
+ public:
+  using QTreeView::QTreeView;
+
+ protected:
+  void drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    QStyleOptionViewItem row = option;
+    if (!hasFocus()) {   // many desktops have one colour for both: it is taken out, as light as it was, so that text and icon stay readable
+      const QColor active = row.palette.color(QPalette::Highlight);
+      row.palette.setColor(QPalette::Highlight, QColor::fromHsl(active.hslHue(), active.hslSaturation() / 8, active.lightness()));
+    }
+    QTreeView::drawRow(painter, row, index);
+  }
+};
+
 }   // namespace
 
 FilesView::FilesView(frmMain& frame, WorkFolder& work, QWidget* parent)
@@ -81,7 +97,7 @@ FilesView::FilesView(frmMain& frame, WorkFolder& work, QWidget* parent)
       title_(new QLabel(this)),
       menu_(new QToolButton(this)),
       filter_(new QLineEdit(this)),
-      tree_(new QTreeView(this)),
+      tree_(new FilesTree(this)),
       note_(new QLabel(this)),
       model_(new FilesModel(this)),
       watch_(new FolderWatch(this)) {

@@ -34,10 +34,25 @@ QStringList& historyOf(bool replace) {
   return replace ? histories.replaced : histories.found;
 }
 
+// The window comes or goes: the docks of its side keep their heights, as far as there is room; else one of them would take the change.
+void keepHeightsBeside(QDockWidget* window) {
+  auto* main = qobject_cast<QMainWindow*>(window->parentWidget());
+  if (!main || !main->isVisible() || window->isFloating()) return;
+  QList<QDockWidget*> others;
+  QList<int> heights;
+  for (QDockWidget* dock : main->findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly))
+    if (dock != window && dock->isVisible() && !dock->isFloating() && main->dockWidgetArea(dock) == main->dockWidgetArea(window)) {
+      others << dock;
+      heights << dock->height();
+    }
+  // Only docks that are laid out take a size.
+  if (!others.isEmpty()) QTimer::singleShot(0, main, [=] { main->resizeDocks(others, heights, Qt::Vertical); });
+}
+
 // As high as its content, and at least two rows of it on a low screen.
 class FindArea : public QScrollArea {
  public:
-  explicit FindArea(QWidget* parent) : QScrollArea(parent) {
+  explicit FindArea(QDockWidget* parent) : QScrollArea(parent) {
     setFrameShape(QFrame::NoFrame);
     setWidgetResizable(true);
     setFocusPolicy(Qt::NoFocus);
@@ -51,6 +66,11 @@ class FindArea : public QScrollArea {
   }
 
  protected:
+  void hideEvent(QHideEvent* event) override {
+    QScrollArea::hideEvent(event);
+    auto* dock = qobject_cast<QDockWidget*>(parentWidget());
+    if (dock && !event->spontaneous()) keepHeightsBeside(dock);
+  }
   bool eventFilter(QObject* object, QEvent* event) override {
     const bool handled = QScrollArea::eventFilter(object, event);
     if (object == widget() && event->type() == QEvent::LayoutRequest) {
@@ -191,19 +211,7 @@ void tellFind(QLabel* status, const QString& text, bool bad) {
 }
 
 void showFindWindow(QDockWidget* window) {
-  auto* main = qobject_cast<QMainWindow*>(window->parentWidget());
-  if (main && window->isHidden() && !window->isFloating()) {
-    QList<QDockWidget*> others;
-    QList<int> heights;
-    for (QDockWidget* dock : main->findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly))
-      if (dock != window && dock->isVisible() && !dock->isFloating() &&
-          main->dockWidgetArea(dock) == main->dockWidgetArea(window)) {
-        others << dock;
-        heights << dock->height();
-      }
-    // Only docks that are laid out take a size.
-    QTimer::singleShot(0, main, [main, others, heights] { main->resizeDocks(others, heights, Qt::Vertical); });
-  }
+  if (window->isHidden()) keepHeightsBeside(window);
   window->show();
   window->raise();
   if (window->isFloating()) window->activateWindow();

@@ -18,7 +18,9 @@ QIcon swatch(const QColor& color, const QPalette& palette) {
   QPainter painter(&pixmap);
   painter.setPen(palette.color(QPalette::Mid));
   painter.drawRect(0, 0, pixmap.width() - 1, pixmap.height() - 1);
-  return pixmap;
+  QIcon icon(pixmap);
+  icon.addPixmap(pixmap, QIcon::Selected);   // the style would tint it
+  return icon;
 }
 
 }   // namespace
