@@ -1,5 +1,5 @@
 // The functions of the command table's rows. The files Commands*.cpp hold them by topic: Move (caret and selection), Edit
-// (deleting, clipboard, undo), Lines, Blanks (indent and tabs), Case, Find, Window (scrolling, bookmarks, switches).
+// (deleting, clipboard, undo), Lines, Blanks (indent and tabs), Case, Find, Bookmarks, Window (scrolling, switches).
 //
 // A function that would change a read-only text does nothing. Each one is one undo step.
 #pragma once
@@ -50,6 +50,11 @@ void extend(Editor& e, const QVariant&) {
     if (inColumnMode(e)) return extendBlock(e, left ? -1 : 1, 0);
   extendTo(e, motion(e, e.selection().caret));
 }
+
+// Copies to the clipboard; appends if the last cut was told to, or in a repetition.
+void toClipboard(Editor& e, QString text, bool block);
+// The lines with their breaks. At the end of the text, where there is no break, with the break before them.
+text::ByteRange wholeLines(const text::Snapshot& text, text::LineNo first, text::LineNo last);
 
 // Up (-) or down by lines or windows. The caret keeps the cell in which the first of successive moves began.
 void moveLines(Editor& e, std::int64_t lines, bool extend);
@@ -142,6 +147,10 @@ void bookmarkNext(Editor& e, const QVariant& argument);
 void bookmarkClearAll(Editor& e, const QVariant& argument);
 void bookmarkJumpToFirst(Editor& e, const QVariant& argument);
 void bookmarkJumpToLast(Editor& e, const QVariant& argument);
+void bookmarkLinesCut(Editor& e, const QVariant& argument);
+void bookmarkLinesCopy(Editor& e, const QVariant& argument);
+void bookmarkLinesDelete(Editor& e, const QVariant& argument);
+void bookmarkInvert(Editor& e, const QVariant& argument);
 void appendNextCut(Editor& e, const QVariant& argument);
 void insertChar(Editor& e, const QVariant& argument);
 void newLine(Editor& e, const QVariant& argument);

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "control/edit/CommandFunctions.h"
+#include "control/edit/EditorAccess.h"
 
 namespace {
 
@@ -83,10 +84,12 @@ constexpr std::array kRows = std::to_array<Command>({
      paste},
     {ROW(PARAUP), CommandArgument::none, true, "Alt+Up", "Goes to the start of the paragraph, or of the previous one.", go<paraUp>},
     {ROW(PARADOWN), CommandArgument::none, true, "Alt+Down", "Goes to the start of the next paragraph.", go<paraDown>},
-    {ROW(PAGEUPEXTEND), CommandArgument::none, true, "Shift+PgUp", "Extends the selection one window up.", page<-1, true>},
-    {ROW(PAGEUP), CommandArgument::none, true, "PgUp", "Goes one window up.", page<-1, false>},
-    {ROW(PAGEDOWNEXTEND), CommandArgument::none, true, "Shift+PgDown", "Extends the selection one window down.", page<1, true>},
-    {ROW(PAGEDOWN), CommandArgument::none, true, "PgDown", "Goes one window down.", page<1, false>},
+    {ROW(PAGEUPEXTEND), CommandArgument::none, true, "Shift+PgUp", "Extends the selection one window up.", page<-1, true>,
+     CaretMove::page},
+    {ROW(PAGEUP), CommandArgument::none, true, "PgUp", "Goes one window up.", page<-1, false>, CaretMove::page},
+    {ROW(PAGEDOWNEXTEND), CommandArgument::none, true, "Shift+PgDown", "Extends the selection one window down.", page<1, true>,
+     CaretMove::page},
+    {ROW(PAGEDOWN), CommandArgument::none, true, "PgDown", "Goes one window down.", page<1, false>, CaretMove::page},
     {ROW(LOWERCASESELECTION), CommandArgument::none, false, "Ctrl+U", "Converts the selected text to lower case.",
      with<changeSelectionCase, WordCase::lower>},
     {ROW(LINEUPEXTEND), CommandArgument::none, true, "Shift+Up", "Extends the selection one line up.", vertical<-1, true>},
@@ -118,20 +121,21 @@ constexpr std::array kRows = std::to_array<Command>({
     {ROW(HOME), CommandArgument::none, false, "Home",
      "Goes to the first character that is not blank; from there to the first column.", go<home>},
     {ROW(GOTOMATCHBRACE), CommandArgument::none, false, "Ctrl+]", "Goes to the bracket that matches the one at the caret.",
-     gotoMatchBrace},
+     gotoMatchBrace, CaretMove::jump},
     {ROW(GOTOINDENTATION), CommandArgument::none, false, "Alt+M", "Goes to the first character of the line that is not blank.",
      go<indentation>},
-    {ROW(GOTOLINE), CommandArgument::number, false, "", "Goes to the line with the given number, counted from 0.", gotoLine},
+    {ROW(GOTOLINE), CommandArgument::number, false, "", "Goes to the line with the given number, counted from 0.", gotoLine,
+     CaretMove::jump},
     {ROW(FINDREPLACE), CommandArgument::none, false, "", "Shows the find dialog with the fields for replacing.", findReplace},
     {ROW(REPLACE), CommandArgument::none, true, "", "Replaces the selected match and finds the next one.", replace},
     {ROW(REPLACEALLINBUFFER), CommandArgument::none, false, "", "Replaces all matches in the text.", replaceAllInBuffer},
     {ROW(REPLACEALLINSELECTION), CommandArgument::none, false, "", "Replaces all matches in the selection.", replaceAllInSelection},
     {ROW(FINDPREVWORD), CommandArgument::none, true, "Ctrl+Shift+F3", "Finds the word at the caret, backwards.",
-     with<findWordAtCaret, false>},
-    {ROW(FINDPREV), CommandArgument::none, true, "", "Finds the find text, backwards.", with<findAgain, false>},
+     with<findWordAtCaret, false>, CaretMove::jump},
+    {ROW(FINDPREV), CommandArgument::none, true, "", "Finds the find text, backwards.", with<findAgain, false>, CaretMove::jump},
     {ROW(FINDNEXTWORD), CommandArgument::none, true, "Ctrl+F3", "Finds the word at the caret, forwards.",
-     with<findWordAtCaret, true>},
-    {ROW(FINDNEXT), CommandArgument::none, true, "", "Finds the find text, forwards.", with<findAgain, true>},
+     with<findWordAtCaret, true>, CaretMove::jump},
+    {ROW(FINDNEXT), CommandArgument::none, true, "", "Finds the find text, forwards.", with<findAgain, true>, CaretMove::jump},
     {ROW(FINDMARKALL), CommandArgument::none, false, "Ctrl+K, Ctrl+F", "Sets a bookmark on every line with a match.", findMarkAll},
     {ROW(FIND), CommandArgument::none, false, "", "Shows the find dialog.", find},
     {ROW(SETFINDTEXT), CommandArgument::text, false, "", "Sets the text to find.", setFindText},
@@ -148,11 +152,12 @@ constexpr std::array kRows = std::to_array<Command>({
     {ROW(SETREPEATCOUNT), CommandArgument::number, false, "", "Repeats the next command the given number of times.",
      setRepeatCount},
     {ROW(DOCUMENTSTARTEXTEND), CommandArgument::none, false, "Ctrl+Shift+Home", "Extends the selection to the start of the text.",
-     extend<documentStart>},
-    {ROW(DOCUMENTSTART), CommandArgument::none, false, "Ctrl+Home", "Goes to the start of the text.", go<documentStart>},
+     extend<documentStart>, CaretMove::jump},
+    {ROW(DOCUMENTSTART), CommandArgument::none, false, "Ctrl+Home", "Goes to the start of the text.", go<documentStart>,
+     CaretMove::jump},
     {ROW(DOCUMENTENDEXTEND), CommandArgument::none, false, "Ctrl+Shift+End", "Extends the selection to the end of the text.",
-     extend<documentEnd>},
-    {ROW(DOCUMENTEND), CommandArgument::none, false, "Ctrl+End", "Goes to the end of the text.", go<documentEnd>},
+     extend<documentEnd>, CaretMove::jump},
+    {ROW(DOCUMENTEND), CommandArgument::none, false, "Ctrl+End", "Goes to the end of the text.", go<documentEnd>, CaretMove::jump},
     {ROW(DELETEHORIZONTALSPACE), CommandArgument::none, false, "Ctrl+K, Ctrl+H", "Deletes the blanks and tabs around the caret.",
      deleteHorizontalSpace},
     {ROW(DELETEBLANKLINES), CommandArgument::none, false, "Ctrl+K, Ctrl+D",
@@ -176,13 +181,14 @@ constexpr std::array kRows = std::to_array<Command>({
     {ROW(BOOKMARKTOGGLE), CommandArgument::none, false, "Ctrl+K, Ctrl+B", "Sets or removes the bookmark of the line.",
      bookmarkToggle},
     {ROW(BOOKMARKPREV), CommandArgument::none, true, "", "Goes to the previous bookmark; from the first one to the last.",
-     bookmarkPrev},
-    {ROW(BOOKMARKNEXT), CommandArgument::none, true, "", "Goes to the next bookmark; from the last one to the first.",
-     bookmarkNext},
+     bookmarkPrev, CaretMove::jump},
+    {ROW(BOOKMARKNEXT), CommandArgument::none, true, "", "Goes to the next bookmark; from the last one to the first.", bookmarkNext,
+     CaretMove::jump},
     {ROW(BOOKMARKCLEARALL), CommandArgument::none, false, "", "Removes all bookmarks.", bookmarkClearAll},
     {ROW(BOOKMARKJUMPTOFIRST), CommandArgument::none, false, "Ctrl+K, Ctrl+Home", "Goes to the first bookmark.",
-     bookmarkJumpToFirst},
-    {ROW(BOOKMARKJUMPTOLAST), CommandArgument::none, false, "Ctrl+K, Ctrl+End", "Goes to the last bookmark.", bookmarkJumpToLast},
+     bookmarkJumpToFirst, CaretMove::jump},
+    {ROW(BOOKMARKJUMPTOLAST), CommandArgument::none, false, "Ctrl+K, Ctrl+End", "Goes to the last bookmark.", bookmarkJumpToLast,
+     CaretMove::jump},
     {ROW(APPENDNEXTCUT), CommandArgument::none, false, "", "Lets the next cut add its text to the clipboard.", appendNextCut},
     {ROW(INSERTCHAR), CommandArgument::text, true, "", "Inserts the given text at the caret, or in place of the selection.",
      insertChar},
@@ -212,3 +218,10 @@ const Command* commandByName(QStringView name) {
     if (name.compare(QLatin1String(command.name), Qt::CaseInsensitive) == 0) return &command;
   return nullptr;
 }
+
+CaretMove lastMove(Editor& editor) {
+  const auto& moved = EditorAccess::impl(editor).moved;
+  return moved.to == editor.selection().caret ? moved.how : CaretMove::usual;
+}
+
+void noteMove(Editor& editor, CaretMove move) { EditorAccess::impl(editor).moved = {editor.selection().caret, move}; }

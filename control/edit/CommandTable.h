@@ -12,6 +12,14 @@ class Editor;
 
 enum class CommandArgument { none, number, text };
 
+// How the caret comes to a place: for those who keep the places that the user left.
+enum class CaretMove {
+  usual,
+  jump,     // to a place that was looked for, wherever it is
+  page,     // by pages: the user is on the way
+  preview   // while a text to find is typed: shown, but not gone to
+};
+
 struct Command {
   int id;             // see Cmd.h
   const char* name;   // "WORDUPPERCASE"
@@ -20,8 +28,13 @@ struct Command {
   const char* keys;   // default key sequences, "Ctrl+Up; Alt+Up", may be empty
   const char* help;   // one line
   void (*run)(Editor&, const QVariant& argument);
+  CaretMove move = CaretMove::usual;
 };
 
 std::span<const Command> commands();
 const Command* commandById(int id);               // null when unknown
 const Command* commandByName(QStringView name);   // folds case; null when unknown
+
+// How the caret came to where it is. Whoever moves it other than by a command says so while SelChange is held back.
+CaretMove lastMove(Editor& editor);
+void noteMove(Editor& editor, CaretMove move);

@@ -11,22 +11,6 @@ namespace commandFunctions {
 
 namespace {
 
-// Copies to the clipboard; appends if the last cut was told to, or in a repetition.
-void toClipboard(Editor& e, QString text, bool block) {
-  auto& impl = EditorAccess::impl(e);
-  decltype(impl.cuts)::value_type all;
-  if (impl.cuts) all = std::move(*impl.cuts);
-  else if (impl.cutAppends) all.text = e.host().clipboardText(&all.block);
-  if (all.text.isEmpty()) {
-    all = {std::move(text), block};
-  } else {
-    all.block = all.block && block;
-    all.text += (all.block ? QStringLiteral("\n") : QString()) + text;
-  }
-  if (impl.gathersCuts) impl.cuts = std::move(all);
-  else e.host().setClipboard(all.text, all.block);
-}
-
 void cutRange(Editor& e, ByteRange range) {
   if (e.document().readOnly() || range.empty()) return;
   toClipboard(e, toQString(e.snapshot().bytes(range)), false);
@@ -56,6 +40,21 @@ void deleteColumnBeside(Editor& e, bool forward) {
 }
 
 }   // namespace
+
+void toClipboard(Editor& e, QString text, bool block) {
+  auto& impl = EditorAccess::impl(e);
+  decltype(impl.cuts)::value_type all;
+  if (impl.cuts) all = std::move(*impl.cuts);
+  else if (impl.cutAppends) all.text = e.host().clipboardText(&all.block);
+  if (all.text.isEmpty()) {
+    all = {std::move(text), block};
+  } else {
+    all.block = all.block && block;
+    all.text += (all.block ? QStringLiteral("\n") : QString()) + text;
+  }
+  if (impl.gathersCuts) impl.cuts = std::move(all);
+  else e.host().setClipboard(all.text, all.block);
+}
 
 void deleteForward(Editor& e, const QVariant&) {
   const ByteOffset caret = e.selection().caret;

@@ -14,13 +14,6 @@ bool blankLine(const Snapshot& text, LineNo line) {
   return text.lineStart(line) + static_cast<std::int64_t>(EditorAccess::indentOf(text, line).size()) == text.lineEnd(line);
 }
 
-// The lines with their breaks. At the end of the text, where there is no break, with the break before them.
-ByteRange wholeLines(const Snapshot& text, LineNo first, LineNo last) {
-  const ByteRange range{text.lineStart(first), text.lineEndWithBreak(last)};
-  if (text.lineBreak(last) == LineBreak::none && first.value > 0) return {text.lineEnd(first - 1), range.end};
-  return range;
-}
-
 void openLine(Editor& e, bool below) {
   const Snapshot text = e.snapshot();
   const LineNo line = text.lineAt(e.selection().caret);
@@ -36,6 +29,12 @@ void openLine(Editor& e, bool below) {
 }
 
 }   // namespace
+
+ByteRange wholeLines(const Snapshot& text, LineNo first, LineNo last) {
+  const ByteRange range{text.lineStart(first), text.lineEndWithBreak(last)};
+  if (text.lineBreak(last) == LineBreak::none && first.value > 0) return {text.lineEnd(first - 1), range.end};
+  return range;
+}
 
 void lineOpenBelow(Editor& e, const QVariant&) { openLine(e, true); }
 void lineOpenAbove(Editor& e, const QVariant&) { openLine(e, false); }

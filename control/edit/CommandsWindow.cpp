@@ -1,4 +1,4 @@
-// Scrolling, positions in the window, bookmarks and switches.
+// Scrolling, positions in the window and switches.
 #include <algorithm>
 
 #include "control/edit/CommandFunctions.h"
@@ -19,21 +19,6 @@ void goToCell(Editor& e, qint64 cell) {
   e.moveCaret(offsetAtCell(e.model(), line, cell, e.options().tabSize), false);
 }
 
-void goToBookmark(Editor& e, bool forward) {
-  const std::vector<LineNo> marks = e.model().bookmarks();
-  if (marks.empty()) return;
-  const LineNo line(caretLine(e));
-  LineNo to;
-  if (forward) {
-    const auto next = std::upper_bound(marks.begin(), marks.end(), line);
-    to = next == marks.end() ? marks.front() : *next;
-  } else {
-    const auto here = std::lower_bound(marks.begin(), marks.end(), line);
-    to = here == marks.begin() ? marks.back() : *(here - 1);
-  }
-  e.moveCaret(e.snapshot().lineStart(to), false);
-}
-
 }   // namespace
 
 void windowStart(Editor& e, const QVariant&) { moveLines(e, e.host().topLine() - caretLine(e), false); }
@@ -51,22 +36,6 @@ void windowScrollRight(Editor& e, const QVariant&) { e.host().scrollColumns(1); 
 void windowScrollToTop(Editor& e, const QVariant&) { scrollTo(e, caretLine(e)); }
 void windowScrollToCenter(Editor& e, const QVariant&) { scrollTo(e, caretLine(e) - e.host().visibleLines() / 2); }
 void windowScrollToBottom(Editor& e, const QVariant&) { scrollTo(e, caretLine(e) - e.host().visibleLines() + 1); }
-
-void bookmarkToggle(Editor& e, const QVariant&) {
-  const LineNo line(caretLine(e));
-  e.model().setBookmark(line, !e.model().hasBookmark(line));
-}
-void bookmarkPrev(Editor& e, const QVariant&) { goToBookmark(e, false); }
-void bookmarkNext(Editor& e, const QVariant&) { goToBookmark(e, true); }
-void bookmarkClearAll(Editor& e, const QVariant&) { e.model().clearBookmarks(); }
-void bookmarkJumpToFirst(Editor& e, const QVariant&) {
-  const auto marks = e.model().bookmarks();
-  if (!marks.empty()) e.moveCaret(e.snapshot().lineStart(marks.front()), false);
-}
-void bookmarkJumpToLast(Editor& e, const QVariant&) {
-  const auto marks = e.model().bookmarks();
-  if (!marks.empty()) e.moveCaret(e.snapshot().lineStart(marks.back()), false);
-}
 
 void toggleWhiteSpaceDisplay(Editor& e, const QVariant&) { e.host().toggleWhiteSpaceDisplay(); }
 

@@ -3,6 +3,7 @@
 #include <QClipboard>
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QScopeGuard>
 #include <QScopedValueRollback>
 #include <algorithm>
 #include <cassert>
@@ -397,6 +398,7 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   const QScopedValueRollback pass(impl.pass, 0);
   const QScopedValueRollback gathers(impl.gathersCuts, count > 1);
   const QScopedValueRollback cuts(impl.cuts, std::optional<Editor::Impl::Cuts>());
+  const auto noted = qScopeGuard([&] { noteMove(e, command.move); });
   if (count == 1) return command.run(e, argument);
   // All repetitions are one undo step; undo itself cannot run inside a group.
   const bool travels = command.run == commandFunctions::undo || command.run == commandFunctions::redo;

@@ -38,6 +38,10 @@ struct Editor::Impl {
     text::SelectionState before;
   };
   std::optional<AutoBlanks> autoBlanks;
+  struct Moved {
+    text::ByteOffset to{-1};
+    CaretMove how = CaretMove::usual;
+  } moved;                                  // by the last command, or whoever noted it
   bool columnMode = false;                  // extending the selection makes a column selection
   std::unique_ptr<text::Finder> searcher;   // of the last search, with its key
   std::pair<std::string, text::SearchOptions> searcherKey;

@@ -28,6 +28,8 @@ struct TextModel::Impl {
 // Bookmarks stay with the text of their line; those of deleted lines are removed.
 void TextModel::Impl::moveBookmarks(const text::Change& change, const text::Snapshot& now) {
   if (change.reset) bookmarks.clear();
+  const auto keepsLines = [](const text::Change::Span& span) { return span.linesRemoved == 0 && span.linesInserted == 0; };
+  if (std::ranges::all_of(change.spans, keepsLines)) return;   // as nearly always; there may be a million bookmarks
   // In place, because nothing may fail here: each bookmark gives at most one.
   std::size_t moved = 0;
   for (const text::LineNo old : bookmarks) {

@@ -90,10 +90,13 @@ std::unique_ptr<FindDialog::Target> FindDialog::target(const QString& findText) 
       Target{editor.snapshot(), editor.document().revision(), std::move(searcher), editor.selectedRange(), scope()});
 }
 
-void FindDialog::select(ByteRange range) {
+void FindDialog::select(ByteRange range, CaretMove move) {
   Editor& editor = control_->editor();
   const CmPosition begin = editor.positionOf(range.begin), end = editor.positionOf(range.end);
+  control_->hold();
   control_->SetSel({begin.LineNo, begin.ColNo, end.LineNo, end.ColNo, false});
+  noteMove(editor, move);
+  control_->release();
 }
 
 void FindDialog::findNext(bool forward) {
@@ -109,7 +112,7 @@ void FindDialog::findNext(bool forward) {
     const FindOutcome outcome = findNear(t->text, *t->searcher, t->selection, t->within, forward, &control);
     return [this, t, outcome, forward, findText] {
       if (!control_ || control_->editor().document().revision() != t->revision) return;
-      if (outcome.found) select(*outcome.found);
+      if (outcome.found) select(*outcome.found, CaretMove::jump);
       tell(noteOf(outcome, findText, forward), !outcome.found);
     };
   });
@@ -125,14 +128,14 @@ void FindDialog::findWhileTyping() {
   tell({});
   std::shared_ptr<Target> t = target(findText);
   if (!t) {
-    if (findText.isEmpty()) select(from);
+    if (findText.isEmpty()) select(from, CaretMove::preview);
     return;
   }
   job_->start(t->extent(), [this, t, from, findText](SearchControl& control) -> FindJob::Done {
     const FindOutcome outcome = findNear(t->text, *t->searcher, from, t->within, true, &control);
     return [this, t, outcome, from, findText] {
       if (!control_ || outcome.cancelled || control_->editor().document().revision() != t->revision) return;
-      select(outcome.found.value_or(from));
+      select(outcome.found.value_or(from), CaretMove::preview);
       tell(outcome.found ? QString() : noteOf(outcome, findText, true), !outcome.found);
     };
   });

@@ -17,6 +17,7 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class FindJob;
+enum class CaretMove;
 
 class FindDialog : public QDockWidget {
   Q_OBJECT
@@ -63,7 +64,7 @@ class FindDialog : public QDockWidget {
   void markAll();
   void replaceOne();
   void replaceAll();
-  void select(text::ByteRange range);
+  void select(text::ByteRange range, CaretMove move);
   void takeScope();   // the selection becomes the range to search
   void dropScope();
   std::vector<text::ByteRange> scope() const;   // the ranges to search, ascending

@@ -43,7 +43,7 @@ void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
 // The macro repeats itself: it may undo, which no repeatable command can.
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current(), EditorAccess::impl(e).askedCount); }
 
-constexpr std::array<Command, 12> kKeyRows{{
+constexpr auto kKeyRows = std::to_array<Command>({
     {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection over several lines, else types a tab.", tabKey},
     {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.",
      dropSelection},
@@ -56,9 +56,9 @@ constexpr std::array<Command, 12> kKeyRows{{
     {1006, "COLUMNDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+Down", "Extends the column selection one line down.",
      extendColumn<0, 1>},
     {1007, "COLUMNPAGEUPEXTEND", CommandArgument::none, true, "Alt+Shift+PgUp", "Extends the column selection 20 lines up.",
-     extendColumn<0, -20>},
+     extendColumn<0, -20>, CaretMove::page},
     {1008, "COLUMNPAGEDOWNEXTEND", CommandArgument::none, true, "Alt+Shift+PgDown", "Extends the column selection 20 lines down.",
-     extendColumn<0, 20>},
+     extendColumn<0, 20>, CaretMove::page},
     {1009, "MACRORECORD", CommandArgument::none, false, "Ctrl+Shift+R",
      "Starts recording a keystroke macro, or stops and keeps the macro.", macroRecord},
     {1010, "MACROPLAY", CommandArgument::none, false, "Ctrl+Shift+P", "Plays the keystroke macro that was recorded last.",
@@ -67,7 +67,15 @@ constexpr std::array<Command, 12> kKeyRows{{
      "Sets the switches of the search: any of the words case, word, regex and preserve; the others are off.", setFindOptions},
     {1012, "COLUMNMODE", CommandArgument::none, false, "Ctrl+K, Ctrl+R",
      "Switches column mode on or off: keys and mouse then select columns.", toggleColumnMode},
-}};
+    {1013, "BOOKMARKLINESCUT", CommandArgument::none, false, "", "Cuts the lines that have a bookmark.",
+     commandFunctions::bookmarkLinesCut},
+    {1014, "BOOKMARKLINESCOPY", CommandArgument::none, false, "", "Copies the lines that have a bookmark to the clipboard.",
+     commandFunctions::bookmarkLinesCopy},
+    {1015, "BOOKMARKLINESDELETE", CommandArgument::none, false, "", "Deletes the lines that have a bookmark.",
+     commandFunctions::bookmarkLinesDelete},
+    {1016, "BOOKMARKINVERT", CommandArgument::none, false, "",
+     "Sets a bookmark on each line that has none, and removes the others.", commandFunctions::bookmarkInvert},
+});
 
 }   // namespace
 

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "control/edit/CommandTable.h"
 #include "control/edit/Editor.h"
+#include "control/keys/KeyCommands.h"
 #include "tests/support/Caret.h"
 #include "tests/support/FakeHost.h"
 
@@ -25,7 +25,7 @@ struct EditorFixture {
   std::string bytes() const { return model->snapshot().bytes(); }
   std::string shown() const { return printCaret(bytes(), editor.selection()); }
   bool run(const char* name, const QVariant& argument = {}) {
-    const Command* command = commandByName(QString::fromLatin1(name));
-    return command && editor.execute(command->id, argument);
+    const Command* command = anyCommandByName(QString::fromLatin1(name));
+    return command && executeAny(editor, command->id, argument);
   }
 };
