@@ -3,6 +3,7 @@
 #include "app/commands/Groups.h"
 #include "app/find/FindFrame.h"
 #include "app/frame/frmMain.h"
+#include "app/places/Bookmarks.h"
 #include "control/keys/KeyCommands.h"
 #include "document/frmDocument.h"
 
@@ -45,6 +46,9 @@ std::span<const FrameCommand> editCommands() {
        .icon = "edit-find-replace", .needs = kDocument | kWritable, .command = Cmd::FINDREPLACE},
       {.name = "mEditGoToLine", .menu = "mEdit", .place = 350, .caption = QT_TRANSLATE_NOOP("frmMain", "&Go To Line..."),
        .keys = "Ctrl+G", .icon = "go-jump", .needs = kDocument, .run = [](frmMain& f) { f.goToLine(); }},
+      {.name = "mEditListLines", .menu = "mEdit", .place = 355, .caption = QT_TRANSLATE_NOOP("frmMain", "List Lines Wit&h..."),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "The lines of this text that hold a text or an expression, as a list"),
+       .needs = kDocument, .run = [](frmMain& f) { FindFrame::of(f).listLines(); }},
       {.name = "mEditFindInFiles", .menu = "mEdit", .place = 360, .caption = QT_TRANSLATE_NOOP("frmMain", "Find in Files..."),
        .keys = "Ctrl+Shift+F", .icon = "zelkor-find-in-files", .tip = QT_TRANSLATE_NOOP("frmMain", "Search the files of a folder, or all open documents"),
        .run = [](frmMain& f) { FindFrame::of(f).open(false); }},
@@ -72,8 +76,22 @@ std::span<const FrameCommand> editCommands() {
       {.name = "mEditBookmarkPrevious", .menu = "mEditBookmarks", .place = 120,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Previous Bookmark"),
        .keys = "Shift+F2", .needs = kDocument, .command = Cmd::BOOKMARKPREV},
+      {.name = "mEditBookmarkList", .menu = "mEditBookmarks", .place = 130,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&List All Bookmarks"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "The bookmarks of all documents, also of files that are closed"),
+       .run = [](frmMain& f) { Bookmarks::of(f).list(); }},
       {.name = "mEditBookmarkClearAll", .menu = "mEditBookmarks", .place = 200,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Clear All Bookmarks"), .needs = kDocument, .command = Cmd::BOOKMARKCLEARALL},
+      {.name = "mEditBookmarkInvert", .menu = "mEditBookmarks", .place = 210,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Invert Bookmarks"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "A bookmark on each line that has none, and none on the others"), .needs = kDocument,
+       .command = 1016},
+      {.name = "mEditBookmarkCut", .menu = "mEditBookmarks", .place = 300,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "C&ut Bookmarked Lines"), .needs = kDocument | kWritable, .command = 1013},
+      {.name = "mEditBookmarkCopy", .menu = "mEditBookmarks", .place = 310,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "C&opy Bookmarked Lines"), .needs = kDocument, .command = 1014},
+      {.name = "mEditBookmarkDelete", .menu = "mEditBookmarks", .place = 320,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Delete Bookmarked Lines"), .needs = kDocument | kWritable, .command = 1015},
       {.name = "mEditComment", .menu = "mEdit", .place = 500, .caption = QT_TRANSLATE_NOOP("frmMain", "C&omment Block"),
        .keys = "Ctrl+M", .icon = "zelkor-comment",
        .tip = QT_TRANSLATE_NOOP("frmMain", "Comment out the selected lines"), .needs = kDocument | kWritable | kLineComment,

@@ -3,6 +3,7 @@
 #include "app/commands/Groups.h"
 #include "app/folder/FolderParts.h"
 #include "app/frame/frmMain.h"
+#include "app/places/Places.h"
 #include "document/frmDocument.h"
 
 namespace {
@@ -35,6 +36,12 @@ std::span<const FrameCommand> viewCommands() {
        .checked = [](frmMain& f) { return f.activeDocument() && f.activeDocument()->cmx->WhiteSpaceDisplay(); }},
       {.name = "mnuViewMatchingBrace", .menu = "mnuView", .place = 400,
        .caption = QT_TRANSLATE_NOOP("frmMain", "Go To &Matching Brace"), .needs = kDocument, .command = Cmd::GOTOMATCHBRACE},
+      {.name = "mnuViewBack", .menu = "mnuView", .place = 410, .caption = QT_TRANSLATE_NOOP("frmMain", "Go &Back"),
+       .keys = "Alt+Left", .tip = QT_TRANSLATE_NOOP("frmMain", "Go to where the caret was before it jumped"), .needs = kOthers,
+       .run = [](frmMain& f) { f.places().back(); }},
+      {.name = "mnuViewForward", .menu = "mnuView", .place = 420, .caption = QT_TRANSLATE_NOOP("frmMain", "Go Forwar&d"),
+       .keys = "Alt+Right", .tip = QT_TRANSLATE_NOOP("frmMain", "Go where the caret was before Go Back"), .needs = kOthers,
+       .run = [](frmMain& f) { f.places().forward(); }},
       {.name = "mnuViewZoomIn", .menu = "mnuView", .place = 500, .caption = QT_TRANSLATE_NOOP("frmMain", "Zoom &In"),
        .keys = "Ctrl++; Ctrl+=", .needs = kDocument, .run = [](frmMain& f) { zoom(f, 10); }},
       {.name = "mnuViewZoomOut", .menu = "mnuView", .place = 510, .caption = QT_TRANSLATE_NOOP("frmMain", "Zoom &Out"),

@@ -5,6 +5,7 @@
 #include "app/find/FindRun.h"
 #include "app/find/ResultList.h"
 #include "app/find/frmFindInFiles.h"
+#include "app/find/frmListLines.h"
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
 #include "app/frame/frmMain.h"
@@ -23,6 +24,7 @@ namespace {
 
 constexpr std::size_t kAtOnce = 256 << 10;   // bytes of rows that are put into the list in one go
 constexpr int kTitleLength = 40;
+constexpr std::int64_t kMostLines = 1'000'000, kLongestLine = 2000;   // of a list of the lines of a text; bytes
 
 // Where to look when nothing else is said: the folder that the user opened, else the nearest one of version control above the active
 // text, else that of the text.
@@ -140,9 +142,7 @@ void FindFrame::cancel() {
   if (run_) run_->cancel();
 }
 
-void FindFrame::start(FindTask task) {
-  run_.reset();
-  const bool asked = window().hasKeys();
+frmDocument* FindFrame::listDocument(const QString& title, const std::string& folder) {
   // A list that the user did not touch, and that is no file, gives way to the next one.
   frmDocument* document =
       list_ && !list_->document()->DocumentHasName() && !list_->document()->DocumentModified() ? list_->document() : nullptr;
@@ -152,8 +152,15 @@ void FindFrame::start(FindTask task) {
   } else {
     document = frame_.LoadNewDoc();
   }
-  document->setUntitled(tr("Found: %1").arg(plainForDisplay(toQString(task.what->what()), kTitleLength)), toQString(task.root));
-  filling_ = ResultList::make(document, task);
+  document->setUntitled(title, toQString(folder));
+  return document;
+}
+
+void FindFrame::start(FindTask task) {
+  run_.reset();
+  const bool asked = window().hasKeys();
+  filling_ = ResultList::make(
+      listDocument(tr("Found: %1").arg(plainForDisplay(toQString(task.what->what()), kTitleLength)), task.root), task);
   connect(filling_, &ResultList::cancelAsked, this, &FindFrame::cancel);
   useList(filling_);
   // The keys go to the list when something stands in it: without a hit the next text is typed.
@@ -164,6 +171,26 @@ void FindFrame::start(FindTask task) {
   window().setRunning(true);
   window().tell(tr("Searching..."));
   timer_.start(100);
+}
+
+void FindFrame::showList(const ListAbout& about, const MakeList& make) {
+  ResultList::Whole whole{about.first, about.about, {}, fromQString(usualRoot(frame_)), {}, about.what};
+  FindTask names;
+  names.root = whole.root;
+  bool cancelled = false;
+  LongWork::run(
+      frame_, 0,
+      [&](text::SearchControl& control) {
+        whole.rows = make([&](const std::string& path) { return names.shown(path); }, control, &whole.result);
+        cancelled = control.cancel;
+      },
+      tr("Looking at the lines..."), true);
+  if (cancelled) return SetStatusText(tr("Cancelled"));
+  run_.reset();   // a search that fills the list that gives way
+  if (window_) window_->setRunning(false);
+  frmDocument* document = listDocument(about.title, whole.root);
+  useList(ResultList::make(document, std::move(whole)));
+  frame_.UpdateEditMenu();
 }
 
 // A part of what came at a time: keys and painting come in between.
@@ -220,6 +247,40 @@ void FindFrame::finish() {
   SetStatusText(plainForDisplay(result));   // also where the window is too low to show it
   run_.reset();
   frame_.UpdateEditMenu();
+}
+
+void FindFrame::listLines() {
+  frmDocument* document = frame_.activeDocument();
+  if (!document) return;
+  const QPointer<frmDocument> alive = document;
+  frmListLines box(frame_, document->cmx->editor());
+  {
+    const ModalGuard guard;
+    if (box.exec() != QDialog::Accepted || !alive) return;
+  }
+  const auto what = box.what();
+  const QString& name = document->CurrentFileName();
+  const std::string path = fromQString(name.isEmpty() ? document->CurrentFileTitle() : name);
+  const text::Snapshot text = document->cmx->model()->snapshot();
+  const auto make = [&](const Named& shown, text::SearchControl& control, QString* result) {
+    folder::FindRules rules;
+    rules.mostHits = kMostLines;
+    rules.longestLine = kLongestLine;
+    rules.mostLines = kMostLines;
+    folder::FileFinds file;
+    file.path = shown(path);
+    folder::TextFinds finds = folder::findRows(text, *what, rules, &control);
+    file.rows = std::move(finds.rows);
+    std::string rows;
+    folder::appendRows(file, &rows);
+    *result = finds.error.empty() ? tr("%L1 hit(s) in %L2 line(s)").arg(finds.hits).arg(file.rows.size()) : toQString(finds.error);
+    if (finds.cut) *result += tr("; ended at the limit of %L1 hits").arg(rules.mostHits);
+    return rows;
+  };
+  const QString shown = toQString(folder::shownPath(what->what()));
+  showList({tr("Lines with: %1").arg(plainForDisplay(toQString(what->what()), kTitleLength)), QLatin1String(ResultList::kFirsts[1]),
+            shown, what},
+           make);
 }
 
 void FindFrame::step(int direction) {

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
+#include <functional>
 #include <memory>
 
 #include "script/FindTask.h"
@@ -29,6 +30,17 @@ class FindFrame : public QObject {
   void step(int direction);   // through the list that was used last; without one, through the log
   ResultList* list() const;
 
+  // Shows a list of places that `make` writes, on a thread; the user may cancel it. The rows are those of folder::appendRows, with
+  // paths named by `shown`; *result says what came of it.
+  struct ListAbout {
+    QString title, first, about;                    // first: one of ResultList::kFirsts
+    std::shared_ptr<const folder::FindText> what;   // whose hits are marked; may be null
+  };
+  using Named = std::function<std::string(const std::string& path)>;
+  using MakeList = std::function<std::string(const Named& shown, text::SearchControl& control, QString* result)>;
+  void showList(const ListAbout& about, const MakeList& make);
+  void listLines();   // of the active document that hold a text that the user is asked for
+
   void replace(FindTask task, const folder::Replacing& by);   // shows the changes first
   void applyEdited();                                         // what the user changed in the lines of the active list
   void undoLast();
@@ -43,6 +55,7 @@ class FindFrame : public QObject {
   void pump();
   void finish();
   void useList(ResultList* list);
+  frmDocument* listDocument(const QString& title, const std::string& folder);
   QString resultText() const;
   // The ticked changes of the plan. Whole files, one after the other.
   void preview(std::vector<folder::FilePlan> files, const QString& about, const std::string& root, const QStringList& troubles);

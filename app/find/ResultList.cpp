@@ -11,6 +11,7 @@
 #include "base/Strings.h"
 #include "bridge/FileNames.h"
 #include "bridge/LongWork.h"
+#include "control/edit/CommandTable.h"
 #include "document/Frame.h"
 #include "document/frmDocument.h"
 #include "text/line/Chars.h"
@@ -23,7 +24,7 @@ using text::LineNo;
 
 namespace {
 
-constexpr char kFirst[] = "Find in files: ", kSecond[] = "Folder: ";
+constexpr char kSecond[] = "Folder: ";
 constexpr std::int64_t kMostHead = 100, kLongestRow = 8192;   // lines, bytes that are looked at
 constexpr std::int64_t kResultLine = 3;                       // of the head: what came of the search
 constexpr std::size_t kMostMarks = 5000;                      // of one file
@@ -43,8 +44,8 @@ std::string beginOf(const text::Snapshot& text, LineNo line) {
   return text.bytes({start, std::min(text.lineEnd(line), start + kLongestRow)});
 }
 
-QString optionsOf(const FindTask& task) {
-  const text::SearchOptions& options = task.what->options();
+QString optionsOf(const folder::FindText& what) {
+  const text::SearchOptions& options = what.options();
   QStringList words;
   if (options.matchCase) words << ResultList::tr("match case");
   if (options.wholeWord) words << ResultList::tr("whole word");
@@ -70,6 +71,10 @@ QString filesOf(const FindTask& task) {
   if (!also.isEmpty()) files += ResultList::tr("; with %1 ones").arg(also.join(u", "_s));
   if (!without.isEmpty()) files += ResultList::tr("; without %1 ones").arg(without.join(u", "_s));
   return ResultList::tr("Files: %1").arg(files);
+}
+
+QString headOf(const QString& first, const QString& about, const std::string& root, const QString& result) {
+  return first + about + u'\n' + QLatin1String(kSecond) + toQString(folder::shownPath(root)) + u'\n' + result + u"\n\n"_s;
 }
 
 }   // namespace
@@ -113,7 +118,8 @@ ResultList* ResultList::adopt(frmDocument* document) {
   const text::Snapshot text = document->cmx->model()->snapshot();
   if (text.lineCount() < 3) return nullptr;
   const std::string first = beginOf(text, LineNo(0)), second = beginOf(text, LineNo(1));
-  if (!first.starts_with(kFirst) || !second.starts_with(kSecond)) return nullptr;
+  if (std::ranges::none_of(kFirsts, [&](const char* begin) { return first.starts_with(begin); }) || !second.starts_with(kSecond))
+    return nullptr;
   auto* const list = new ResultList(document);
   list->root_ = folder::pathOfShown(second.substr(sizeof kSecond - 1));
   while (list->headLines_ < std::min<std::int64_t>(kMostHead, text.lineCount()) &&
@@ -137,9 +143,28 @@ ResultList* ResultList::make(frmDocument* document, const FindTask& task) {
   return list;
 }
 
+ResultList* ResultList::make(frmDocument* document, Whole whole) {
+  auto* const list = new ResultList(document);
+  list->root_ = whole.root;
+  list->what_ = whole.what;
+  const QString head =
+      headOf(whole.first, whole.about + (whole.what ? optionsOf(*whole.what) : QString()), whole.root, whole.result);
+  list->headLines_ = head.count(u'\n') - 1;
+  text::SnapshotBuilder builder;
+  builder.append(fromQString(head));
+  builder.append(std::move(whole.rows));
+  list->found_ = builder.finish();
+  document->beginFill();
+  document->cmx->model()->document().reset(*list->found_);
+  list->markHead();
+  if (whole.what) document->cmx->showHits(toQString(whole.what->what()), whole.what->options());
+  document->endFill();
+  return list;
+}
+
 QString ResultList::head(const FindTask& task, const QString& result) {
-  return QLatin1String(kFirst) + toQString(folder::shownPath(task.what->what())) + optionsOf(task) + u'\n' +
-         QLatin1String(kSecond) + toQString(folder::shownPath(task.root)) + u'\n' + filesOf(task) + u'\n' + result + u"\n\n"_s;
+  return headOf(QLatin1String(kFirsts[0]), toQString(folder::shownPath(task.what->what())) + optionsOf(*task.what), task.root,
+                filesOf(task) + u'\n' + result);
 }
 
 // The head keeps its colour, and its end the place where the result comes to stand, when the user writes above it.
@@ -289,7 +314,10 @@ bool ResultList::show(LineNo line, int direction) {
       if (direction > 0) break;
     }
   }
+  target->cmx->hold();
   target->cmx->editor().setSelection({match.begin, match.end, 0, 0, false});
+  noteMove(target->cmx->editor(), CaretMove::jump);
+  target->cmx->release();
   target->cmx->ExecuteCmd(Cmd::WINDOWSCROLLTOCENTER);
   target->cmx->setFocus();
   shown_ = Shown{target, line, match};

@@ -27,6 +27,15 @@ class ResultList : public QObject {
   static ResultList* adopt(frmDocument* document);
   static ResultList* make(frmDocument* document, const FindTask& task);   // a new, empty one
 
+  // A list that is whole already. first: one of kFirsts; rows: as folder::appendRows writes them; what: as above, may be null.
+  struct Whole {
+    QString first, about, result;
+    std::string root, rows;
+    std::shared_ptr<const folder::FindText> what;
+  };
+  static ResultList* make(frmDocument* document, Whole whole);
+  static constexpr const char* kFirsts[] = {"Find in files: ", "Lines with: ", "Bookmarks: "};   // what a list begins with
+
   static QString head(const FindTask& task, const QString& result);
 
   // While the rows of a search come: no undo, no journal, not modified.

@@ -22,6 +22,8 @@
 #include "app/frame/FrameMenus.h"
 #include "app/frame/StatusPanels.h"
 #include "app/look/Icons.h"
+#include "app/places/Bookmarks.h"
+#include "app/places/Places.h"
 #include "app/start/mGlobals.h"
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -71,6 +73,8 @@ frmMain::frmMain() : lineDialogs_(std::make_unique<LineDialogs>()) {
   setReportSink([this](const QString& line) { log()->AppendLog(line + QStringLiteral("\r\n")); });
   folders_ = new FolderParts(*this);
   menus_ = new FrameMenus(*this);
+  places_ = std::make_unique<Places>(*this);
+  Bookmarks::of(*this);   // follows the documents from the first one on
   addToolBar(menus_->toolBar());
   for (const QString& name : {QStringLiteral("mnuViewStatusBar"), QStringLiteral("mnuViewToolbar"), QStringLiteral("mnuViewTabs")})
     if (QAction* action = menus_->action(name)) action->setChecked(true);
@@ -92,6 +96,7 @@ frmMain::frmMain() : lineDialogs_(std::make_unique<LineDialogs>()) {
 }
 
 frmMain::~frmMain() {
+  places_.reset();
   frmRegistry::instance().forgetFrame();
   setStatusSink({});
   setReportSink({});

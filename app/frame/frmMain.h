@@ -17,6 +17,7 @@ class DocumentTabs;
 class FolderParts;
 class FrameMenus;
 class LineDialogs;
+class Places;
 class QDockWidget;
 class QMdiArea;
 class QMdiSubWindow;
@@ -100,6 +101,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   StatusPanels& panels() { return *panels_; }
   LineDialogs& lineDialogs() { return *lineDialogs_; }
   FolderParts& folders() { return *folders_; }   // work folder, its dock, Go to File
+  Places& places() { return *places_; }          // back and forward
   QMdiArea& mdi() { return *mdi_; }
   void MDIForm_Unload();   // the frame closes for good: emits ended() once
 
@@ -201,6 +203,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   FolderParts* folders_ = nullptr;
   QList<frmDocument*> documents_;
   QPointer<frmDocument> active_;
+  std::unique_ptr<Places> places_;
   QPointer<frmDefinitions> definitions_;
   const std::unique_ptr<LineDialogs> lineDialogs_;
   frmCommand* command_ = nullptr;

@@ -1,0 +1,221 @@
+// Back and forward through the places where the caret was; the bookmarks and lines of texts as lists.
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QtTest/QTest>
+#include <random>
+
+#include "app/find/frmListLines.h"
+#include "app/places/BookmarkFile.h"
+#include "app/places/Places.h"
+#include "tests/app/FrameFixture.h"
+
+namespace {
+
+class BackAndForward : public FrameFixture {
+ protected:
+  static constexpr int kLines = 2000;
+  QByteArray lines() {
+    QByteArray text;
+    for (int i = 0; i < kLines; ++i) text += "line " + QByteArray::number(i) + '\n';
+    return text;
+  }
+  void go(frmDocument* document, qint64 line) {
+    main->activate(document);   // to the line of another document, as a message leads there: one jump
+    main->goTo(document, line + 1, 1);
+    settle(0);
+  }
+  // The file and the text of the line with the caret.
+  std::string here() {
+    CodeMax& text = *main->activeDocument()->cmx;
+    return (main->activeDocument()->CurrentFileTitle() + u' ' + text.GetLine(text.CurrentPosition().LineNo)).toStdString();
+  }
+};
+
+}   // namespace
+
+// Lines of the texts move, appear and go; each place is known by the text of its line, which stays.
+TEST_F(BackAndForward, StepsBackGiveThePlacesInReverseWhateverWasTyped) {
+  std::mt19937 random(20);
+  const auto below = [&](int n) { return int(random() % unsigned(n)); };
+  for (int round = 0; round < 4; ++round) {
+    const QByteArray name = QByteArray::number(round);
+    QList<frmDocument*> texts;
+    for (const char* end : {"a.txt", "b.txt", "c.txt"}) texts << open(name + end, lines());
+    settle(0);
+    std::vector<std::string> places;
+    go(texts[0], 7);
+    places.push_back(here());
+    for (int i = 0; i < 40; ++i) {
+      frmDocument* to = texts[below(3)];
+      const int number = 20 * (i + 1) + below(2) * 900;   // never near one that was there
+      for (qint64 line = 0; line < to->cmx->LineCount(); ++line)
+        if (to->cmx->GetLine(line) == q("line ") + QString::number(number)) go(to, line);
+      places.push_back(here());
+      Editor& edited = texts[below(3)]->cmx->editor();   // another view types, so no caret moves but with its text
+      const text::ByteOffset at = edited.snapshot().lineStart(text::LineNo(5 * below(5)));
+      if (below(2)) edited.document().apply({{at, at}, "new\n\n"}, {});
+      else if (edited.snapshot().line(text::LineNo(0)) == "new")
+        edited.document().apply({{text::ByteOffset(0), edited.snapshot().lineStart(text::LineNo(2))}, ""}, {});
+    }
+    for (std::size_t i = places.size() - 1; i-- > 0;) {
+      trigger("mnuViewBack");
+      ASSERT_EQ(here(), places[i]) << "round " << round << ", place " << i;
+    }
+    for (std::size_t i = 1; i < places.size(); ++i) {
+      trigger("mnuViewForward");
+      ASSERT_EQ(here(), places[i]) << "round " << round << ", place " << i;
+    }
+    EXPECT_FALSE(enabled("mnuViewForward"));
+  }
+}
+
+TEST_F(BackAndForward, OpensClosedFilesAndForgetsTextsWithoutOne) {
+  frmDocument* a = open("a.txt", lines());
+  settle(0);
+  go(a, 100);
+  std::weak_ptr<TextModel> untitled;
+  {
+    frmDocument* draft = main->LoadNewDoc();
+    untitled = draft->cmx->model();
+    settle(0);
+  }
+  frmDocument* b = open("b.txt", lines());
+  settle(0);
+  go(b, 500);
+  for (const char* name : {"Untitled", "a.txt"})
+    for (frmDocument* each : main->documents())
+      if (each->CurrentFileTitle().startsWith(q(name))) {
+        main->activate(each);
+        settle(0);
+        if (each == a) a->cmx->InsertText(q("typed\n"), {0, 0});
+        if (each == a) main->saveActive();
+        main->mnuFileClose_Click();
+        wait(0);
+        break;
+      }
+  EXPECT_TRUE(untitled.expired());
+  ASSERT_EQ(here(), "b.txt line 500");
+  std::vector<std::string> seen;
+  while (enabled("mnuViewBack")) {
+    trigger("mnuViewBack");
+    seen.push_back(here());
+  }
+  // The file was opened again; places in it are where they were in the text that was saved.
+  EXPECT_EQ(seen, (std::vector<std::string>{"a.txt line 100", "b.txt line 500", "b.txt line 0", "a.txt line 100", "a.txt line 0"}));
+  QFile::remove(path("b.txt"));   // and is closed: the way leads past it
+  for (frmDocument* each : main->documents())
+    if (each->CurrentFileTitle() == q("b.txt")) each->parentWidget()->close();
+  wait(0);
+  while (enabled("mnuViewForward")) trigger("mnuViewForward");
+  EXPECT_EQ(here().substr(0, 5), "a.txt");
+}
+
+TEST_F(BackAndForward, KeysAndMouseMoveTheCaretWithoutMakingPlaces) {
+  frmDocument* a = open("a.txt", lines());
+  main->show();
+  settle(0);
+  for (int i = 0; i < 5; ++i) a->cmx->ExecuteCmd(Cmd::PAGEDOWN);
+  for (int i = 0; i < 30; ++i) a->cmx->ExecuteCmd(Cmd::LINEDOWN);
+  a->cmx->ReplaceSel(q("typed\n"));
+  EXPECT_FALSE(enabled("mnuViewBack"));
+  const std::string before = here();
+  a->cmx->ExecuteCmd(Cmd::DOCUMENTEND);
+  a->cmx->ExecuteCmd(Cmd::UNDO);   // which goes back by itself
+  QTest::mousePress(a->cmx->focusProxy(), Qt::BackButton);
+  QTest::mousePress(a->cmx->focusProxy(), Qt::BackButton);
+  EXPECT_EQ(here(), before);
+}
+
+class AllBookmarks : public FrameFixture {
+ protected:
+  AllBookmarks() { qputenv("XDG_STATE_HOME", path("state").toUtf8()); }
+  ~AllBookmarks() override { before.isNull() ? qunsetenv("XDG_STATE_HOME") : qputenv("XDG_STATE_HOME", before); }
+  static std::string marks(const frmDocument& document) {
+    std::string all;
+    for (const text::LineNo line : document.cmx->model()->bookmarks()) all += std::to_string(line.value) + " ";
+    return all;
+  }
+  std::string shown() const { return main->activeDocument()->cmx->model()->snapshot().bytes(); }
+  void startAgain() {
+    main->close();
+    main.reset();
+    main = std::make_unique<frmMain>();
+  }
+  const QByteArray before = qgetenv("XDG_STATE_HOME");
+};
+
+TEST_F(AllBookmarks, ComeBackWithTheTextOfTheirLinesAndAreListed) {
+  startAgain();   // with the folder of this test
+  frmDocument* a = open("a.v", "one\ntwo\nend\nthree\nend\nfour\n");
+  for (const int line : {1, 2, 4, 5}) a->cmx->setBookmark(line, true);
+  open("b.v", "b\n")->cmx->setBookmark(0, true);
+  startAgain();
+  // Others put lines in, took one out, and changed one.
+  write("a.v", "new\none\n2\nnew\nend\nthree\nend\nfour\n");
+  EXPECT_EQ(marks(*open("a.v", read(path("a.v")))), "1 4 6 7 ") << "the changed line by its number, the others by their text";
+  frmDocument* draft = main->LoadNewDoc();
+  draft->setUntitled(q("Draft"), dir.path());
+  draft->cmx->setText(q("x\ny\n"));
+  draft->cmx->setBookmark(1, true);
+  trigger("mEditBookmarkList");
+  EXPECT_EQ(
+      shown(),
+      "Bookmarks: all documents\nFolder: " + dir.path().toStdString() +
+          "\n6 bookmark(s) in 3 text(s)\n\na.v:2:1: one\na.v:5:1: end\na.v:7:1: end\na.v:8:1: four\nDraft:2:1: y\nb.v:1:1: b\n");
+  for (const char* title : {"a.v", "a.v", "a.v", "a.v", "Draft", "b.v"}) {
+    trigger("mnuViewNextMessage");
+    EXPECT_EQ(main->activeDocument()->CurrentFileTitle(), q(title));
+  }
+  EXPECT_EQ(marks(*main->activeDocument()), "0 ") << "a file that was closed";
+}
+
+TEST_F(AllBookmarks, AFileThatIsDamagedOrOfALaterVersionCostsBookmarksOnly) {
+  const std::string whole = BookmarkFile::format({{"/a%\nb", {{0, "x\ty"}, {7, ""}}}, {"/c", {{3, "\xff"}}}});
+  const auto known = [](std::string_view bytes) {
+    bool isForeign = false;
+    std::size_t marks = 0;
+    for (const auto& entry : BookmarkFile::parse(bytes, &isForeign)) {
+      EXPECT_TRUE(entry.path == "/a%\nb" || entry.path == "/c");
+      marks += entry.marks.size();
+    }
+    return marks;
+  };
+  EXPECT_EQ(known(whole), 3u);
+  for (std::size_t cut = 0; cut < whole.size(); ++cut) EXPECT_LT(known(std::string_view(whole).substr(0, cut)), 3u);
+  EXPECT_EQ(known(std::string(100, '\0')), 0u);
+  // Two copies of the program keep each other's; a later version's file stays as it is.
+  const std::string file = path("bookmarks").toStdString();
+  BookmarkFile one(file), other(file);
+  one.set("/a", {{1, "a"}});
+  other.set("/b", {{2, "b"}});
+  EXPECT_EQ(one.write() + other.write(), "");
+  EXPECT_EQ(one.read().size(), 2u);
+  write("bookmarks", "bookmarks 2\nwhatever\n");
+  one.set("/a", {{3, "c"}});
+  one.write();
+  EXPECT_EQ(read(path("bookmarks")), "bookmarks 2\nwhatever\n");
+}
+
+TEST_F(AllBookmarks, LinesOfATextAreListed) {
+  frmDocument* a = open("a.v", "foo\nbar\nx foo foo\n");
+  a->cmx->SetSel({1, 0, 1, 3, false});
+  QTimer::singleShot(0, qApp, [] {
+    auto* box = qobject_cast<frmListLines*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    auto* text = box->findChild<QLineEdit*>(q("linesText"));
+    EXPECT_EQ(text->text(), q("bar"));
+    box->findChild<QCheckBox*>(q("linesRegex"))->setChecked(true);
+    text->setText(q("f(o"));
+    box->accept();
+    EXPECT_TRUE(box->isVisible()) << "no expression";
+    text->setText(q("fo+"));
+    box->accept();
+  });
+  trigger("mEditListLines");
+  EXPECT_EQ(shown(), "Lines with: fo+ (regular expression)\nFolder: " + dir.path().toStdString() +
+                         "\n3 hit(s) in 2 line(s)\n\na.v:1:1: foo\na.v:3:3: x foo foo\n");
+  for (const int column : {0, 2, 6}) {
+    trigger("mnuViewNextMessage");
+    EXPECT_EQ(a->cmx->GetSel(true).StartColNo, column);
+  }
+}
