@@ -81,7 +81,8 @@ TEST(Architecture, IncludesPointDown) {
   const std::regex include(R"re(^\s*#\s*include\s+[<"](?:([a-z]+)/|(Q)))re");
   int checked = 0;
   for (const auto& [floor, may] : allowed) {
-    eachLine(floor, [&](const std::string& line, const std::string&, const std::string&, const std::string& where) {
+    eachLine(floor, [&, floor = floor, &may = may](const std::string& line, const std::string&, const std::string&,
+                                                   const std::string& where) {
       std::smatch m;
       if (!std::regex_search(line, m, include)) return;
       ++checked;
