@@ -9,6 +9,7 @@
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
 #include "app/frame/frmMain.h"
+#include "base/Counted.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
@@ -273,8 +274,10 @@ void FindFrame::listLines() {
     file.rows = std::move(finds.rows);
     std::string rows;
     folder::appendRows(file, &rows);
-    *result = finds.error.empty() ? tr("%L1 hit(s) in %L2 line(s)").arg(finds.hits).arg(file.rows.size()) : toQString(finds.error);
-    if (finds.cut) *result += tr("; ended at the limit of %L1 hits").arg(rules.mostHits);
+    *result = finds.error.empty()
+                  ? tr("%1 in %2").arg(countedHits(finds.hits), counted(qint64(file.rows.size()), tr("line"), tr("lines")))
+                  : toQString(finds.error);
+    if (finds.cut) *result += tr("; ended at the limit of %1").arg(countedHits(rules.mostHits));
     return rows;
   };
   const QString shown = toQString(folder::shownPath(what->what()));

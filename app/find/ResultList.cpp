@@ -44,13 +44,13 @@ std::string beginOf(const text::Snapshot& text, LineNo line) {
   return text.bytes({start, std::min(text.lineEnd(line), start + kLongestRow)});
 }
 
-QString optionsOf(const folder::FindText& what) {
+QString optionsOf(const folder::FindText& what, bool limited = true) {
   const text::SearchOptions& options = what.options();
   QStringList words;
   if (options.matchCase) words << ResultList::tr("match case");
   if (options.wholeWord) words << ResultList::tr("whole word");
   if (options.regex) words << ResultList::tr("regular expression");
-  if (task.mostHits == 0) words << ResultList::tr("no limit");
+  if (!limited) words << ResultList::tr("no limit");
   return words.isEmpty() ? QString() : u" ("_s + words.join(u", "_s) + u')';
 }
 
@@ -163,7 +163,8 @@ ResultList* ResultList::make(frmDocument* document, Whole whole) {
 }
 
 QString ResultList::head(const FindTask& task, const QString& result) {
-  return headOf(QLatin1String(kFirsts[0]), toQString(folder::shownPath(task.what->what())) + optionsOf(*task.what), task.root,
+  return headOf(QLatin1String(kFirsts[0]),
+                toQString(folder::shownPath(task.what->what())) + optionsOf(*task.what, task.mostHits > 0), task.root,
                 filesOf(task) + u'\n' + result);
 }
 

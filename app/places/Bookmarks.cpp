@@ -8,6 +8,7 @@
 #include "app/find/ResultList.h"
 #include "app/frame/frmMain.h"
 #include "base/Background.h"
+#include "base/Counted.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "bridge/FileNames.h"
@@ -152,7 +153,7 @@ void Bookmarks::list() {
       ++files;
       for (const KeptMark& mark : marks) add(path, mark.line, mark.text);
     }
-    *result = tr("%L1 bookmark(s) in %L2 text(s)").arg(count).arg(files);
+    *result = tr("%1 in %2").arg(counted(count, tr("bookmark"), tr("bookmarks")), counted(files, tr("text"), tr("texts")));
     return rows;
   };
   FindFrame::of(frame_).showList({tr("Bookmarks"), QLatin1String(ResultList::kFirsts[2]), tr("all documents"), nullptr}, make);

@@ -158,10 +158,9 @@ TEST_F(AllBookmarks, ComeBackWithTheTextOfTheirLinesAndAreListed) {
   draft->cmx->setText(q("x\ny\n"));
   draft->cmx->setBookmark(1, true);
   trigger("mEditBookmarkList");
-  EXPECT_EQ(
-      shown(),
-      "Bookmarks: all documents\nFolder: " + dir.path().toStdString() +
-          "\n6 bookmark(s) in 3 text(s)\n\na.v:2:1: one\na.v:5:1: end\na.v:7:1: end\na.v:8:1: four\nDraft:2:1: y\nb.v:1:1: b\n");
+  EXPECT_EQ(shown(),
+            "Bookmarks: all documents\nFolder: " + dir.path().toStdString() +
+                "\n6 bookmarks in 3 texts\n\na.v:2:1: one\na.v:5:1: end\na.v:7:1: end\na.v:8:1: four\nDraft:2:1: y\nb.v:1:1: b\n");
   for (const char* title : {"a.v", "a.v", "a.v", "a.v", "Draft", "b.v"}) {
     trigger("mnuViewNextMessage");
     EXPECT_EQ(main->activeDocument()->CurrentFileTitle(), q(title));
@@ -213,7 +212,7 @@ TEST_F(AllBookmarks, LinesOfATextAreListed) {
   });
   trigger("mEditListLines");
   EXPECT_EQ(shown(), "Lines with: fo+ (regular expression)\nFolder: " + dir.path().toStdString() +
-                         "\n3 hit(s) in 2 line(s)\n\na.v:1:1: foo\na.v:3:3: x foo foo\n");
+                         "\n3 hits in 2 lines\n\na.v:1:1: foo\na.v:3:3: x foo foo\n");
   for (const int column : {0, 2, 6}) {
     trigger("mnuViewNextMessage");
     EXPECT_EQ(a->cmx->GetSel(true).StartColNo, column);
