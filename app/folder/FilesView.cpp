@@ -126,6 +126,7 @@ FilesView::FilesView(frmMain& frame, WorkFolder& work, QWidget* parent)
   tree_->setContextMenuPolicy(Qt::CustomContextMenu);
   tree_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   tree_->setTextElideMode(Qt::ElideMiddle);
+  tree_->setMinimumHeight(2 * fontMetrics().lineSpacing());   // else it would enlarge the frame on a low screen
   tree_->installEventFilter(this);
   note_->setTextFormat(Qt::PlainText);
   note_->setWordWrap(true);

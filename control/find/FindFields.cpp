@@ -50,6 +50,8 @@ void keepHeightsBeside(QDockWidget* window) {
   if (!others.isEmpty()) QTimer::singleShot(0, main, [=] { main->resizeDocks(others, heights, Qt::Vertical); });
 }
 
+bool isLow(const QWidget& widget) { return widget.screen() && widget.screen()->availableGeometry().height() < kLowScreen; }
+
 // As high as its content, and at least two rows of it on a low screen.
 class FindArea : public QScrollArea {
  public:
@@ -62,8 +64,7 @@ class FindArea : public QScrollArea {
   QSize sizeHint() const override { return widget() ? widget()->sizeHint() : QScrollArea::sizeHint(); }
   QSize minimumSizeHint() const override {
     const int two = 2 * fontMetrics().lineSpacing() * 2;
-    const bool low = screen() && screen()->availableGeometry().height() < kLowScreen;
-    return {fontMetrics().averageCharWidth() * 30, low ? std::min(two, sizeHint().height()) : sizeHint().height()};
+    return {fontMetrics().averageCharWidth() * 30, isLow(*this) ? std::min(two, sizeHint().height()) : sizeHint().height()};
   }
 
  protected:
@@ -212,6 +213,9 @@ void tellFind(QLabel* status, const QString& text, bool bad) {
 }
 
 void showFindWindow(QDockWidget* window) {
+  if (isLow(*window) && !window->isFloating())   // there is room for one
+    for (QDockWidget* dock : window->window()->findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly))
+      if (dock != window && !dock->isFloating() && dynamic_cast<FindArea*>(dock->widget())) dock->close();
   if (window->isHidden()) keepHeightsBeside(window);
   window->show();
   window->raise();

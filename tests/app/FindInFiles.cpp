@@ -1,10 +1,12 @@
 // Finding and replacing in files from the main frame: the list of results, the preview, and the way back.
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDockWidget>
 #include <QLabel>
 #include <QTest>
 #include <QTreeView>
 
+#include "app/find/ChangeDelegate.h"
 #include "app/find/FindFrame.h"
 #include "app/find/ResultList.h"
 #include "app/find/frmFindInFiles.h"
@@ -180,6 +182,16 @@ TEST_F(FindInFiles, TheWindowAsksAsTheUserWorks) {
   write("not_listed.v", "foo\n");
   write("all.f", "a.v\nb.vhd\nc.v\n");
   const auto lastLines = [this] { return QString::fromStdString(list()).section(q("\n\n"), 1).toStdString(); };
+  main->resize(900, 700);
+  trigger("mnuViewLog");
+  settle(50);
+  const auto* log = main->findChild<QDockWidget*>(q("logDock"));
+  const int height = log->height();
+  ASSERT_GT(height, 100);
+  trigger("mEditFindInFiles");
+  settle(50);
+  EXPECT_EQ(log->height(), height);
+
   // A file list that is open is where the search begins, though nothing has shown it; masks count in it.
   main->folders().work().openList(path("all.f"), false);
   fields("foo");
@@ -222,6 +234,21 @@ TEST_F(FindInFiles, TheWindowAsksAsTheUserWorks) {
   EXPECT_EQ(slot(text::LineNo(5)), int(ColorSlot::Text));
   escape();
   EXPECT_EQ(cancelled, 1);
+}
+
+// The change is in sight, however much stands before it and however narrow its column is.
+TEST(ChangeDelegate, ShowsTheChange) {
+  const QFontMetrics metrics{QFont()};
+  const QString much(300, u'x');
+  for (const int width : {90, 200, 400}) {
+    const QStringList all = ChangeDelegate::fitted({much, q("foo"), much}, metrics, width);
+    EXPECT_EQ(all[1], q("foo"));
+    EXPECT_TRUE(all[0].startsWith(QChar(0x2026)) && all[2].endsWith(QChar(0x2026)));
+    EXPECT_LE(metrics.horizontalAdvance(all.join(QString())), width);
+    EXPECT_EQ(ChangeDelegate::fitted({much, q("foo"), {}}, metrics, width)[1], q("foo"));
+    EXPECT_TRUE(much.startsWith(ChangeDelegate::fitted({{}, much, {}}, metrics, width)[1].first(3)));
+  }
+  EXPECT_EQ(ChangeDelegate::fitted({q("a "), q("foo"), q(" b")}, metrics, 200), QStringList({q("a "), q("foo"), q(" b")}));
 }
 
 class FindInFilesFromTheCommandLine : public ProcessRun {};
