@@ -12,6 +12,7 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+#include "base/Counted.h"
 #include "base/Program.h"
 #include "base/dialog/Dialogs.h"
 
@@ -20,6 +21,8 @@ namespace {
 struct DialogText {
   Q_DECLARE_TR_FUNCTIONS(LineDialogs)
 };
+
+QString linesChanged(qint64 number) { return counted(number, DialogText::tr("line changed"), DialogText::tr("lines changed")); }
 
 // A dialog of labelled fields with OK and Cancel.
 class Fields : public QDialog {
@@ -72,7 +75,7 @@ bool LineDialogs::columnize(CodeMax& cmx, QWidget* parent) {
   columnize_ = {groups->isChecked(), code->isChecked(), block->isChecked()};
   delimiter_ = delimiter->text();
   const qint64 changed = Columnize(cmx, linesToColumnize(cmx), delimiter_, columnize_);
-  SetStatusText(DialogText::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
+  SetStatusText(linesChanged(changed));
   return true;
 }
 
@@ -131,8 +134,7 @@ bool LineDialogs::insertSeries(CodeMax& cmx, QWidget* parent) {
   if (!dialog.ask()) return false;
   series_ = series;
   const qint64 changed = InsertSeries(cmx, series);
-  SetStatusText(changed < 0 ? DialogText::tr("The numbers become too large")
-                            : DialogText::tr("%n line(s) changed", nullptr, static_cast<int>(changed)));
+  SetStatusText(changed < 0 ? DialogText::tr("The numbers become too large") : linesChanged(changed));
   return true;
 }
 
@@ -144,6 +146,6 @@ bool LineDialogs::sortLines(CodeMax& cmx, QWidget* parent) {
   auto* dropEqual = dialog.check(DialogText::tr("D&rop equal lines"), sort_.dropEqual);
   if (!dialog.ask()) return false;
   sort_ = {descending->isChecked(), matchCase->isChecked(), numeric->isChecked(), dropEqual->isChecked()};
-  SetStatusText(DialogText::tr("%n line(s) changed", nullptr, static_cast<int>(SortLines(cmx, sort_))));
+  SetStatusText(linesChanged(SortLines(cmx, sort_)));
   return true;
 }

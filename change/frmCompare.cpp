@@ -8,6 +8,7 @@
 #include <QScrollBar>
 #include <algorithm>
 
+#include "base/Counted.h"
 #include "control/CodeMax.h"
 
 namespace {
@@ -66,7 +67,7 @@ void frmCompare::markChanges() {
   after_->setReadOnly(true);
   const bool ends = before_->EnableCRLF() != after_->EnableCRLF() ||
                     (changed == 0 && !before_->model()->snapshot().sameAs(after_->model()->snapshot()));
-  const QString differ = tr("%n line(s) differ", nullptr, static_cast<int>(changed));
+  const QString differ = counted(static_cast<qint64>(changed), tr("line differs"), tr("lines differ"));
   summary_->setText(ends ? differ + tr(", line ends differ") : differ);
   apply_->setEnabled(changed > 0 || ends);
   before_->SetSel({}, true);

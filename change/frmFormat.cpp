@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "base/Counted.h"
 #include "base/Hourglass.h"
 #include "base/Program.h"
 #include "base/dialog/Dialogs.h"
@@ -184,7 +185,8 @@ void frmFormat::apply(frmDocument& document, const FormatChoices& chosen) {
     return;
   }
   const QString changed =
-      (QStringList(tr("%n line(s) changed", nullptr, static_cast<int>(result.linesChanged))) + result.notes).join(u'\n');
+      (QStringList(counted(static_cast<qint64>(result.linesChanged), tr("line changed"), tr("lines changed"))) + result.notes)
+          .join(u'\n');
   lblResult_->setText(changed);
   SetStatusText(changed.section(u'\n', 0, 0));
 }

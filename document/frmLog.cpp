@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "base/ArrowIcon.h"
+#include "base/Counted.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
@@ -237,7 +238,8 @@ void frmLog::trim() {
     while (keep < now.size() && (uchar(now.at(keep)) & 0xC0) == 0x80) keep = keep + 1;
   }
   dropped_ = std::max<qint64>(1, dropped_ + line.value - (dropped_ > 0 ? 1 : 0));   // the notice is not counted
-  const std::string notice = fromQString(tr("[%n earlier line(s) dropped]", nullptr, int(dropped_))) + "\r\n";
+  const std::string notice =
+      fromQString(tr("[%1 dropped]").arg(counted(dropped_, tr("earlier line"), tr("earlier lines")))) + "\r\n";
   cmx->model()->document().apply(text::Edit{{text::ByteOffset(0), keep}, notice}, cmx->editor().selection());
 }
 

@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "app/frame/frmMain.h"
+#include "base/Counted.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
@@ -253,7 +254,8 @@ QString frmRecovered::stateOf(const Entry& entry) const {
   if (!facts.baseWhole) return tr("Only the beginning of the text: the rest was not written yet");
   QString state = entry.journal->isCopy() ? tr("A complete copy that an interrupted save left") : tr("All of it");
   if (!facts.whole)
-    state = tr("%n change(s); the end of the journal is damaged (%1 of %2 bytes are good)", nullptr, int(facts.changes))
+    state = tr("%1; the end of the journal is damaged (%2 of %3 bytes are good)")
+                .arg(counted(qint64(facts.changes), tr("change"), tr("changes")))
                 .arg(QLocale().toString(facts.read), QLocale().toString(facts.size));
   if (isOlder(entry)) state = tr("An older state of the text above: %1").arg(state);
   return entry.file.isEmpty() ? state : tr("%1; %2", "what came back; how the file stands").arg(state, entry.file);
@@ -314,7 +316,7 @@ void frmRecovered::showButtons() {
   discard_->setEnabled(!all.empty());
   state_->setText(one           ? plainForDisplay(stateOf(*one))
                   : all.empty() ? QString()
-                                : tr("%n text(s) selected", nullptr, int(all.size())));
+                                : counted(all.size(), tr("text selected"), tr("texts selected")));
 }
 
 text::RecoveredText frmRecovered::textOf(const Entry& entry) {

@@ -3,6 +3,7 @@
 
 #include "app/commands/Groups.h"
 #include "app/frame/frmMain.h"
+#include "base/Counted.h"
 #include "base/Program.h"
 #include "change/LineDialogs.h"
 #include "change/frmFormat.h"
@@ -24,9 +25,7 @@ void mToolsFormat_Click(frmMain& f) {
 }
 
 // Shows how many lines a service changed.
-void tell(qint64 changed) {
-  SetStatusText(QCoreApplication::translate("frmMain", "%n line(s) changed", nullptr, static_cast<int>(changed)));
-}
+void tell(qint64 changed) { SetStatusText(counted(changed, frmMain::tr("line changed"), frmMain::tr("lines changed"))); }
 
 }   // namespace
 
