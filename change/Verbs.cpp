@@ -8,6 +8,7 @@
 #include "change/AddIns.h"
 #include "change/FormatText.h"
 #include "change/LineTools.h"
+#include "control/keys/KeyCommands.h"
 #include "document/Languages.h"
 #include "language/ucCM.h"
 #include "script/FilesVerbs.h"
@@ -135,6 +136,14 @@ bool substitute(CodeMax& cmx, const QString& argument) {
   return true;
 }
 
+bool markedLines(CodeMax& cmx, const QString& argument) {
+  const QString what = argument.trimmed().toUpper();
+  const Command* command = what == QLatin1String("INVERT") ? anyCommandByName(u"BOOKMARKINVERT") : nullptr;
+  for (const char* each : {"CUT", "COPY", "DELETE"})
+    if (what == QLatin1String(each)) command = anyCommandByName(QStringLiteral("BOOKMARKLINES") + what);
+  return command && executeAny(cmx.editor(), command->id);
+}
+
 template <auto Service>
 bool plain(CodeMax& cmx, const QString&) {
   Service(cmx);
@@ -172,5 +181,9 @@ void AddFormatVerbs() {
       "Replaces the matches of a regular expression in the selected lines, else in the caret's line; \\1 to \\9 are its groups, i "
       "ignores letter case.",
       substitute);
+  addVerb(
+      "MARKEDLINES", "cut|copy|delete|invert",
+      "Cuts, copies or deletes the lines that have a bookmark, or inverts the bookmarks; USAGE with -hl and FINDMARKALL set them.",
+      markedLines);
   addVerb("JOINLINES", "", "Joins the selected lines, else the caret's line and the next.", plain<JoinLines>);
 }

@@ -180,7 +180,7 @@ void FindFrame::showList(const ListAbout& about, const MakeList& make) {
   names.root = whole.root;
   bool cancelled = false;
   LongWork::run(
-      frame_, 0,
+      frame_, about.bytes,
       [&](text::SearchControl& control) {
         whole.rows = make([&](const std::string& path) { return names.shown(path); }, control, &whole.result);
         cancelled = control.cancel;
@@ -282,7 +282,7 @@ void FindFrame::listLines() {
   };
   const QString shown = toQString(folder::shownPath(what->what()));
   showList({tr("Lines with: %1").arg(plainForDisplay(toQString(what->what()), kTitleLength)), QLatin1String(ResultList::kFirsts[1]),
-            shown, what},
+            shown, what, text.size().value},
            make);
 }
 

@@ -35,6 +35,7 @@ class FindFrame : public QObject {
   struct ListAbout {
     QString title, first, about;                    // first: one of ResultList::kFirsts
     std::shared_ptr<const folder::FindText> what;   // whose hits are marked; may be null
+    std::int64_t bytes = 0;                         // to look through, for the progress; 0: unknown
   };
   using Named = std::function<std::string(const std::string& path)>;
   using MakeList = std::function<std::string(const Named& shown, text::SearchControl& control, QString* result)>;

@@ -158,6 +158,7 @@ ResultList* ResultList::make(frmDocument* document, Whole whole) {
   document->cmx->model()->document().reset(*list->found_);
   list->markHead();
   if (whole.what) document->cmx->showHits(toQString(whole.what->what()), whole.what->options());
+  else document->cmx->showHits({}, {});   // those of the list before
   document->endFill();
   return list;
 }

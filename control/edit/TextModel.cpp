@@ -30,11 +30,13 @@ void TextModel::Impl::moveBookmarks(const text::Change& change, const text::Snap
   if (change.reset) bookmarks.clear();
   const auto keepsLines = [](const text::Change::Span& span) { return span.linesRemoved == 0 && span.linesInserted == 0; };
   if (std::ranges::all_of(change.spans, keepsLines)) return;   // as nearly always; there may be a million bookmarks
+  const text::LineNo first = change.spans.front().oldLine, last = change.spans.back().oldLastLine();
+  const std::int64_t below = change.spans.back().linesGrown();
   // In place, because nothing may fail here: each bookmark gives at most one.
-  std::size_t moved = 0;
-  for (const text::LineNo old : bookmarks) {
+  std::size_t moved = std::size_t(std::ranges::lower_bound(bookmarks, first) - bookmarks.begin());
+  for (std::size_t i = moved; i < bookmarks.size(); ++i) {
     bool gone = false;
-    const text::LineNo line = change.mapLine(old, now, text::Bias::right, &gone);
+    const text::LineNo old = bookmarks[i], line = old > last ? old + below : change.mapLine(old, now, text::Bias::right, &gone);
     if (!gone && (moved == 0 || bookmarks[moved - 1] < line)) bookmarks[moved++] = line;
   }
   bookmarks.resize(moved, text::LineNo(0));
