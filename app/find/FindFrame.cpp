@@ -206,7 +206,7 @@ void FindFrame::pump() {
   const std::string rows = run_->take(kAtOnce);
   if (!rows.empty()) {
     filling_->append(rows);
-    if (!std::exchange(shown_, true) && window().hasKeys() && frame_.activeDocument() == filling_->document())
+    if (!std::exchange(shown_, true) && window().leavesKeys() && frame_.activeDocument() == filling_->document())
       filling_->document()->cmx->setFocus();
   }
   window().tell(tr("%1, %2 searched...").arg(countedHits(run_->hits()), countedFiles(run_->files())));

@@ -142,7 +142,10 @@ void frmFindInFiles::shareTexts() {
 
 bool frmFindInFiles::hasKeys() const { return isAncestorOf(QApplication::focusWidget()); }
 
-void frmFindInFiles::takeKeys() { find_->setFocus(Qt::OtherFocusReason); }
+void frmFindInFiles::takeKeys() {
+  typed_ = false;
+  find_->setFocus(Qt::OtherFocusReason);
+}
 
 void frmFindInFiles::updateButtons() {
   const bool text = !find_->currentText().isEmpty(), folder = where_->currentIndex() == inFolder;
@@ -207,6 +210,7 @@ bool frmFindInFiles::eventFilter(QObject* object, QEvent* event) {
       if (QPushButton* button = object == replace_ ? replaceAll_ : findAll_; button->isEnabled()) button->click();
       return true;
     }
+    typed_ = true;
   }
   return QDockWidget::eventFilter(object, event);
 }

@@ -30,6 +30,7 @@ class frmFindInFiles : public QDockWidget {
   bool inFileList() const;   // in its files
   bool hasKeys() const;
   void takeKeys();   // the field for the text to find gets them
+  bool leavesKeys() const { return hasKeys() && !typed_; }   // nothing was typed since then
 
  signals:
   void findAsked();
@@ -48,7 +49,7 @@ class frmFindInFiles : public QDockWidget {
 
   frmMain& frame_;
   QString root_, list_;   // that were proposed
-  bool running_ = false;
+  bool running_ = false, typed_ = false;
   QComboBox *find_ = nullptr, *replace_ = nullptr, *where_ = nullptr, *folder_ = nullptr, *masks_ = nullptr;
   QCheckBox *matchCase_ = nullptr, *wholeWord_ = nullptr, *regex_ = nullptr, *preserveCase_ = nullptr, *ignored_ = nullptr,
             *hidden_ = nullptr, *binary_ = nullptr, *all_ = nullptr;

@@ -128,7 +128,7 @@ void WorkFolder::set(Kind kind, const QString& root, const QString& list) {
 void WorkFolder::followDocument() {
   if (!inUse_ || kind_ == Kind::folder || kind_ == Kind::list) return;
   const frmDocument* document = frame_.activeDocument();
-  if (!document || document->CurrentFileName().isEmpty()) return;   // what was there stays
+  if (!document || (document->CurrentFileName().isEmpty() && kind_ != Kind::none)) return;   // what was there stays
   const QString folder = document->CurrentFileDir();
   if (folder.isEmpty()) return;
   inBackground(
