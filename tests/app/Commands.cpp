@@ -2,10 +2,7 @@
 #include <QKeyEvent>
 #include <QKeySequence>
 #include <QMenu>
-#include <QMenuBar>
 #include <QSet>
-#include <QShortcut>
-#include <QToolBar>
 #include <QToolButton>
 #include <QtTest/QTest>
 
@@ -165,44 +162,6 @@ TEST_F(Commands, EnabledAtEveryMoment) {
   check(3);
 }
 
-// Every key that an action, a short-cut object or a mnemonic claims, by the window in which it holds.
-using Claims = QHash<QWidget*, QHash<QString, QStringList>>;
-
-Claims claimsIn(QWidget& root) {
-  Claims claims;
-  const auto windowOf = [](QObject* of) {   // menus are of the window that they belong to
-    for (; of; of = of->parent())
-      if (auto* widget = qobject_cast<QWidget*>(of); widget && widget->isWindow() && !qobject_cast<QMenu*>(widget)) return widget;
-    return static_cast<QWidget*>(nullptr);
-  };
-  const auto claim = [&](QObject* of, const QKeySequence& key, const QString& who) {
-    if (!key.isEmpty()) claims[windowOf(of)][key.toString()] << who;
-  };
-  for (QAction* action : root.findChildren<QAction*>())
-    if (action->shortcutContext() != Qt::WidgetShortcut)
-      for (const QKeySequence& key : action->shortcuts()) claim(action, key, action->text() + u' ' + action->objectName());
-  for (QShortcut* shortcut : root.findChildren<QShortcut*>())
-    if (shortcut->context() == Qt::WindowShortcut) claim(shortcut, shortcut->key(), shortcut->parent()->objectName());
-  return claims;
-}
-
-TEST_F(Commands, NoKeyIsClaimedTwice) {
-  main->show();
-  open("a.v");
-  open("b.v");
-  trigger("mWindowNew");
-  main->showLog();
-  trigger("mEditReplace");
-  for (const char* name : {"mToolsCommand", "mToolsDefinitions", "mToolsFormat"}) trigger(name);
-  wait(5);
-  const Claims claims = claimsIn(*main);
-  EXPECT_GE(claims.size(), 2) << "the frame and the definitions have keys";
-  EXPECT_GT(claims[main.get()].size(), 30);
-  for (const auto& inWindow : claims)
-    for (auto key = inWindow.begin(); key != inWindow.end(); ++key)
-      EXPECT_EQ(key->size(), 1) << key.key().toStdString() << ": " << key->join(q(", ")).toStdString();
-}
-
 TEST_F(Commands, MessagesStayUntilTheNextActionAndNoLonger) {
   frmDocument* document = open("a.v", "one two\n");
   StatusPanels& panels = main->panels();
@@ -295,15 +254,6 @@ TEST_F(Commands, MenusWork) {
   EXPECT_EQ(document->cmx->GetLine(0), q("//alw"));
   trigger("mCustom", 0);
   EXPECT_EQ(document->cmx->Text(), q("//ALW\nPOSEDGE\n"));
-}
-
-TEST_F(Commands, AnAnswerBelongsToItsTemplate) {
-  boxes.answerInput(q("clk"));
-  QString first = q("$Input(Clock?) $Output0"), second = q("$Output0");
-  keyactions::expandTemplateText(first);
-  keyactions::expandTemplateText(second);
-  EXPECT_EQ(first, q("clk clk"));
-  EXPECT_EQ(second, q("$Output0"));
 }
 
 TEST_F(Commands, CustomMenuFollowsTheDocument) {

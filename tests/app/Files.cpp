@@ -86,6 +86,9 @@ TEST_F(Files, OpenAlreadyBringsForward) {
   // Another way to write the same name.
   QDir(dir.path()).mkdir(q("sub"));
   EXPECT_EQ(main->openFile(q("./sub/../b.v")), second);
+  ASSERT_TRUE(QFile::link(path("a.v"), path("link.v")));
+  EXPECT_EQ(main->openAt(path("link.v"), 1, 1), first);
+  EXPECT_EQ(first->CurrentFileName(), path("a.v"));
   EXPECT_EQ(main->DocCount, 2);
 }
 
@@ -226,15 +229,6 @@ TEST_F(Files, ANameThatIsNotThereIsBegun) {
   EXPECT_EQ(read(path("sub/new.vhd")), "entity");
   EXPECT_TRUE(document->DocumentHasName());
   EXPECT_EQ(QDir::currentPath(), path("sub")) << "dialogs and programs start where the work is";
-}
-
-TEST_F(Files, ALinkToAnOpenFileIsThatFile) {
-  frmDocument* document = open("a.v");
-  open("b.v");
-  ASSERT_TRUE(QFile::link(path("a.v"), path("link.v")));
-  EXPECT_EQ(main->openAt(path("link.v"), 1, 1), document);
-  EXPECT_EQ(main->DocCount, 2);
-  EXPECT_EQ(document->CurrentFileName(), path("a.v"));
 }
 
 TEST_F(Files, ExitAsksForAllBeforeAnythingCloses) {

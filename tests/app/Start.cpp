@@ -1,6 +1,7 @@
 // The start of the program: arguments, command lines, the search for a window, languages and settings at start and end.
 #include <QDir>
 #include <QRegularExpression>
+#include <QUrl>
 #include <atomic>
 
 #include "app/boxes/HandbookWindow.h"
@@ -50,17 +51,6 @@ TEST_F(StartArguments, FilesAndPlaces) {
   EXPECT_EQ(parseArguments({q("/x/y.v:3")}, dir.path()).files.value(0), (FilePlace{q("/x/y.v"), 3, 0}));
   // Which of "b:7:9" is the line is told by the disk.
   EXPECT_EQ(parseArguments({q("b:7:9")}, dir.path()).files.value(0).line, 9);
-}
-
-TEST_F(StartArguments, OptionsAndMistakes) {
-  const Arguments all = parseArguments({q("--wait"), q("--read-only"), q("--new-instance"), q("-"), q("a.v")}, dir.path());
-  EXPECT_TRUE(all.wait && all.readOnly && all.newInstance && all.standardInput && !all.batch);
-  EXPECT_EQ(all.files.size(), 1);
-  EXPECT_TRUE(parseArguments({q("-h")}, dir.path()).help);
-  EXPECT_TRUE(parseArguments({q("--batch"), q("--nonsense")}, dir.path()).batch) << "the rest is not looked at here";
-  for (const QStringList& bad : {QStringList{q("--nonsense")}, QStringList{q("-x"), q("a.v")}, QStringList{q("--wait")}})
-    EXPECT_NE(parseArguments(bad, dir.path()).error, QString()) << bad.join(u' ').toStdString();
-  for (const QString& line : argumentsHelp().split(u'\n')) EXPECT_LE(line.size(), 80) << line.toStdString();
 }
 
 class StartFrame : public FrameFixture {};

@@ -2,7 +2,6 @@
 #include <QDockWidget>
 #include <QMenu>
 #include <QMouseEvent>
-#include <QSet>
 
 #include "app/frame/DocumentTabs.h"
 #include "document/frmLog.h"
@@ -61,18 +60,6 @@ TEST_F(Windows, TilesCoverTheRoomWithoutGaps) {
   main->cascade();
   for (int other : {1, 2})
     EXPECT_GT(windowOf(main->documents()[0])->y(), windowOf(main->documents()[other])->y()) << "all of it is seen";
-}
-
-TEST_F(Windows, NamesThatDifferInABlankLookDifferent) {
-  QSet<QString> tabTexts, menuTexts;
-  for (const char* name : {"a.v", "a.v ", " a.v"}) open(name);
-  QMenu list;
-  main->fillWindowList(list);
-  for (const QAction* entry : list.actions()) menuTexts << entry->text().trimmed().mid(3).trimmed();
-  for (int tab = 0; tab < tabs().count(); ++tab) tabTexts << tabs().tabText(tab).trimmed();
-  EXPECT_EQ(tabTexts, QSet<QString>({q("a.v"), q("\"a.v \""), q("\" a.v\"")}));
-  tabTexts << QString();   // the line above the list
-  EXPECT_EQ(menuTexts, tabTexts);
 }
 
 TEST_F(Windows, ComeBackWholeFromEveryState) {

@@ -8,8 +8,6 @@
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QFileDialog>
-#include <QFileInfo>
-#include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -25,7 +23,6 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include "base/FixedFont.h"
 #include "base/Program.h"
 #include "base/Workspace.h"
 #include "base/dialog/FitScreen.h"
@@ -82,17 +79,6 @@ TEST(Dialogs, MessageBoxShowsPlainTextAndItsButtons) {
     EXPECT_EQ(MsgBox(q("x"), q("t"), Icon::none, c.buttons), c.onEscape);
   }
   EXPECT_FALSE(isDialogUp());
-}
-
-TEST(Dialogs, LongTextsStayOnTheScreen) {
-  onceUp<QMessageBox>([](QMessageBox* box) {
-    const QSize screen = box->screen()->availableSize();
-    EXPECT_LT(box->width(), screen.width());
-    EXPECT_LT(box->height(), screen.height());
-    EXPECT_TRUE(box->detailedText().contains(q("last"))) << "what does not fit can be scrolled to";
-    box->reject();
-  });
-  MsgBox(q("/deep").repeated(300) + q("\r\n") + q("line\r\n").repeated(500) + q("last"));
 }
 
 TEST(Dialogs, LargeOnesFitTheScreenOrScroll) {
@@ -182,11 +168,6 @@ TEST(Dialogs, PagesAreWalkedFromAnywhereInTheDialog) {
   EXPECT_EQ(pages.currentIndex(), 0);
   QTest::keyClick(&other, Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
   EXPECT_EQ(pages.currentIndex(), 2);
-}
-
-TEST(Dialogs, TheFixedFontIsFixed) {
-  const QFontMetricsF metrics(fixedFont());
-  EXPECT_EQ(metrics.horizontalAdvance(u'i'), metrics.horizontalAdvance(u'M')) << fixedFont().family().toStdString();
 }
 
 TEST(Dialogs, InputBoxGivesTextOrNothing) {

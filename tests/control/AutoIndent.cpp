@@ -1,13 +1,9 @@
-// Indentation as it is typed, by block words and brackets.
+// What is typed, and its indentation by block words and brackets.
 #include "control/code/LanguageTable.h"
+#include "tests/control/CaseFile.h"
 #include "tests/control/EditorFixture.h"
 
 namespace {
-
-struct Typed {
-  const char* language;
-  const char *before, *keys, *after;   // a line break among the keys is Return
-};
 
 void registerLanguages() {
   CmLanguage verilog;
@@ -35,46 +31,16 @@ void registerLanguages() {
 
 TEST(AutoIndent, AsItIsTyped) {
   registerLanguages();
-  const Typed cases[] = {
-      {"verilog", "  begin|", "\nx", "  begin\n    x|"},
-      {"verilog", "a\n  b\nbegin // end|", "\nx", "a\n  b\nbegin // end\n  x|"},
-      {"verilog", "x = \"begin\";|", "\ny", "x = \"begin\";\ny|"},
-      {"verilog", "begin x = 1; end|", "\ny", "begin x = 1; end\ny|"},
-      {"verilog", "\tbegin|", "\nx\nend\ny", "\tbegin\n\t\tx\n\tend\n\ty|"},
-      {"verilog", "module m;\n  begin\n    x;\n    |", "end\nendmodule", "module m;\n  begin\n    x;\n  end\nendmodule|"},
-      {"verilog", "  begin\n    |", "endless", "  begin\n    endless|"},
-      {"verilog", "  begin\n    x = |", "end", "  begin\n    x = end|"},
-      {"verilog", "  begin\n    |y", "end", "  begin\n    end|y"},
-      {"verilog", "  f(|", "\na,\nb\n);\nx", "  f(\n    a,\n    b\n  );\n  x|"},
-      {"verilog", "module m (|", "\na\n);\nx", "module m (\n    a\n);\n    x|"},
-      {"verilog", "  if (a &&\n      b) begin|", "\nx", "  if (a &&\n      b) begin\n    x|"},
-      {"verilog", "  x = f(a,\n        b);|", "\ny", "  x = f(a,\n        b);\n  y|"},
-      {"verilog", "  f(|)", "\n", "  f(\n  |)"},
-      {"verilog", "  f(|  )", "\n", "  f(\n  |)"},
-      {"verilog", "  begin |x; @ end", "\n", "  begin \n  |end"},
-      {"verilog", "  f(@a,|)", "\n", "  f(\n  |)"},
-      {"verilog", "  begin\n    x; | end", "\ny", "  begin\n    x; \n  y|end"},
-      {"verilog", "begin\n  x;\n    @  |", "end", "begin\n  x;\nend|"},
-      {"verilog", "begin\n  )|", "x", "begin\n  )x|"},
-      {"verilog", "  begin|", "\n\nx", "  begin\n\n    x|"},
-      {"verilog", "begin\n  x;\n  En|", "d", "begin\n  x;\n  End|"},
-      {"vhdl", "if a then\n  x;\n  EN|", "D", "if a then\n  x;\nEND|"},
-      {"verilog", "  extern function f;|", "\nx", "  extern function f;\n  x|"},
-      {"vhdl", "  if a then|", "\nx;\nelse\ny;\nend if;\nz", "  if a then\n    x;\n  else\n    y;\n  end if;\n  z|"},
-      {"vhdl", "if a then\n  case b is|", "\nwhen c =>\nx;\nwhen d =>",
-       "if a then\n  case b is\n    when c =>\n      x;\n    when d =>|"},
-      {"vhdl", "  a <= b\n    |", "when", "  a <= b\n    when|"},
-      {"vhdl", "  function f return t;|", "\nx", "  function f return t;\n  x|"},
-      {"vhdl", "  function f return t is|", "\nbegin\nx", "  function f return t is\n  begin\n    x|"},
-      {"c", "  f() {|", "\nx;\n}\ny", "  f() {\n    x;\n  }\n  y|"},
-  };
-  for (const auto& c : cases) {
+  for (const Case& c : casesOf("typed.txt", {"expand", "keys", "language", "overtype"})) {
     EditorFixture f(c.before);
-    f.options->autoIndent = AutoIndent::language;
-    f.options->expandTabs = true;
-    ASSERT_TRUE(f.model->setLanguage(QLatin1String(c.language)));
-    for (const char* key = c.keys; *key; ++key) *key == '\n' ? f.editor.newLine() : f.editor.typeText(QString(QLatin1Char(*key)));
-    EXPECT_EQ(f.shown(), c.after) << c.before;
+    f.editor.overtype = c.has("overtype");
+    f.options->autoIndent = c.has("language") ? AutoIndent::language : AutoIndent::same;
+    f.options->expandTabs = c.has("language") || c.has("expand");
+    ASSERT_TRUE(f.model->setLanguage(c.text("language"))) << c.command;
+    for (const QChar key : c.text("keys")) key == u'\n' ? f.editor.newLine() : f.editor.typeText(key);
+    EXPECT_EQ(f.shown(), c.after) << c.command << ": " << c.before;
+    while (f.editor.undo()) {}
+    EXPECT_EQ(f.shown(), c.before) << c.command << ": undone";
   }
   EditorFixture f("  begin|");
   f.options->autoIndent = AutoIndent::same;

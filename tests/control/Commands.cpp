@@ -1,54 +1,17 @@
 // The command table, and its cases (commands.txt): text with markers before and after, undo back to the first text, and nothing
 // changed where the text is read-only.
-#include <fstream>
-#include <map>
 #include <set>
 
+#include "tests/control/CaseFile.h"
 #include "tests/control/EditorFixture.h"
 #include "tests/support/Text.h"
 
 namespace {
 
-struct Case {
-  std::string command, before, after;
-  std::map<std::string, std::string> more;
-  bool has(const char* name) const { return more.count(name) > 0; }
-  QString text(const char* name) const { return has(name) ? QString::fromStdString(more.at(name)) : QString(); }
-  int number(const char* name, int otherwise) const { return has(name) ? text(name).toInt() : otherwise; }
-};
-
-// Takes a word, or what stands between quotation marks, off a line.
-std::string take(std::string_view& line) {
-  std::string out;
-  const bool quoted = line.starts_with('"');
-  std::size_t i = quoted;
-  for (; i < line.size() && (quoted ? line[i] != '"' : line[i] != ' ' && line[i] != '='); ++i) {
-    const std::size_t escape = quoted && line[i] == '\\' ? std::string_view("nrtx").find(line[++i]) : std::string_view::npos;
-    if (escape == 3) out += static_cast<char>(std::stoi(std::string(line.substr(i + 1, 2)), nullptr, 16)), i += 2;
-    else out += escape < 3 ? "\n\r\t"[escape] : line[i];
-  }
-  line.remove_prefix(std::min(line.size(), i + quoted));
-  return out;
-}
-
-std::vector<Case> allCases() {
-  std::ifstream file(std::string(std::getenv("ZELKOR_SOURCE")) + "/tests/control/commands.txt");
-  std::vector<Case> all;
-  for (std::string row; std::getline(file, row);) {
-    if (row.starts_with('#')) continue;
-    std::string_view line = row;
-    const auto next = [&line] {
-      line.remove_prefix(std::min(line.find_first_not_of(" ="), line.size()));
-      return take(line);
-    };
-    Case& c = all.emplace_back(Case{next(), next(), next(), {}});
-    while (!line.empty()) {
-      const std::string name = next();
-      c.more[name] = line.starts_with('=') ? next() : std::string();
-    }
-  }
-  return all;
-}
+const std::set<std::string> kWords = {
+    "argument", "back",    "block", "blockAfter", "bookmarks", "bookmarksAfter", "case",      "clipboard", "clipboardAfter",
+    "count",    "expand",  "find",  "first",      "indent",    "left",           "leftAfter", "note",      "preserve",
+    "regex",    "replace", "saved", "state",      "top",       "topAfter",       "typed",     "word"};
 
 // Each line break and each text between is a step of its own.
 void type(EditorFixture& f, QString text) {
@@ -151,7 +114,7 @@ void checkReadOnly(const Case& c) {
 
 TEST(Commands, DoWhatTheySay) {
   std::set<std::string> covered;
-  for (const Case& c : allCases()) {
+  for (const Case& c : casesOf("commands.txt", kWords)) {
     SCOPED_TRACE(c.command + ": " + c.before);
     checkWhatItDoes(c);
     checkReadOnly(c);

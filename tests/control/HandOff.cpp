@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -153,17 +152,7 @@ TEST_F(HandOffPlace, PlantedLockIsNotFollowed) {
   EXPECT_FALSE(QFile::exists(victim));
 }
 
-TEST_F(HandOffMessages, FieldsComeBackAsTheyWent) {
-  for (const QString& text : {QString(), QStringLiteral("/a b/c.v:3:4"), QString::fromUtf8("/\xC3\xA4\xF0\x9F\x98\x80"),
-                              QString(QChar(0xDC80)), QStringLiteral("two\nlines")})
-    for (int flags = 0; flags < 8; ++flags) {
-      const HandOff sent{text, QStringLiteral("token"), (flags & 1) != 0, (flags & 2) != 0, (flags & 4) != 0};
-      HandOff got;
-      ASSERT_TRUE(HandOff::fromFields(sent.toFields(), &got));
-      EXPECT_EQ(got.text, sent.text);
-      EXPECT_EQ(got.activation, sent.activation);
-      EXPECT_EQ(std::tie(got.readOnly, got.wait, got.untitled), std::tie(sent.readOnly, sent.wait, sent.untitled));
-    }
+TEST_F(HandOffMessages, FieldsOfAnotherFormAreRefused) {
   HandOff got;
   const QString nul(QChar(0));
   const auto form = [&](const char* parts) { return QString::fromLatin1(parts).replace(u'|', nul); };
@@ -193,33 +182,6 @@ TEST_F(HandOffMessages, WhileOneIsActedOnOthersHearThatItIsBusy) {
   meanwhile([&] { first = sendTo(socketPath(), QStringLiteral("opens")); });
   EXPECT_EQ(first, HandOffAnswer::acted);
   EXPECT_EQ(second, HandOffAnswer::busy);
-}
-
-TEST_F(HandOffMessages, WaitingSenderIsToldWhenItIsClosed) {
-  quint64 connection = 0;
-  Msghook hook([&](quint64 id, const HandOff& handOff) {
-    connection = id;
-    return HandOffReply{HandOffAnswer::acted, handOff.text == QLatin1String("open")};
-  });
-  ASSERT_TRUE(hook.listen(socketPath()));
-  bool openTold = false, failedTold = false;
-  std::atomic<bool> sent = false;
-  std::unique_ptr<QThread> sender(QThread::create([&] {
-    MsgSender peer;
-    if (!peer.connectTo(socketPath())) return;
-    // One that opened nothing is told at once, or its sender would wait for ever.
-    failedTold = peer.send({QStringLiteral("fails"), {}, false, true, false}) == HandOffAnswer::acted && peer.waitForClosed();
-    sent = peer.send({QStringLiteral("open"), {}, false, true, false}) == HandOffAnswer::acted;
-    openTold = peer.waitForClosed();
-  }));
-  sender->start();
-  ASSERT_TRUE(spinUntil([&] { return sent || sender->isFinished(); }));
-  spin(50);
-  EXPECT_TRUE(failedTold);
-  EXPECT_FALSE(sender->isFinished());
-  hook.tellClosed(connection);
-  ASSERT_TRUE(spinUntil([&] { return sender->isFinished(); }));
-  EXPECT_TRUE(openTold);
 }
 
 // A question to the user at the receiver may take any time: only a message that is not taken makes the sender ask its own.

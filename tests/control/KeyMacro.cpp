@@ -54,19 +54,6 @@ TEST_F(KeyMacroTest, RecordsWhatTheUserDoesAndPlaysIt) {
   EXPECT_FALSE(keyMacros().play(f.editor, QStringLiteral("unknown")));
 }
 
-TEST_F(KeyMacroTest, SearchesPlayWithTheTextThatWasRecorded) {
-  EditorFixture f("|ab ab ab x");
-  searchState().findText = QStringLiteral("ab");
-  keyMacros().toggleRecording();
-  f.run("FINDNEXT");
-  f.editor.typeText(QStringLiteral("z"));
-  keyMacros().toggleRecording();
-  searchState().findText = QStringLiteral("other");
-  f.show("|ab ab ab x");
-  keyMacros().play(f.editor, keyMacros().current(), 1000);   // ends with the search that finds nothing
-  EXPECT_EQ(f.bytes(), "z z z x");
-}
-
 TEST_F(KeyMacroTest, SearchesPlayWithTheSwitchesThatWereRecorded) {
   EditorFixture f("|ab Ab xab a.");
   searchState() = {QStringLiteral("a[bz]"), QStringLiteral("<$0>"), {true, true, true}};

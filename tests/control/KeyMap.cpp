@@ -35,24 +35,6 @@ TEST(KeyMap, EveryDefaultKeyRunsItsCommand) {
     EXPECT_TRUE(map.actionOf(keys(frames)).isNone()) << frames;
 }
 
-TEST(KeyMap, FindsStrokes) {
-  const KeyMap map;
-  KeyAction action;
-  EXPECT_EQ(map.find(stroke(Qt::Key_Z, Qt::ControlModifier), 0, &action), KeyMap::Match::exact);
-  EXPECT_EQ(action.command, idOf("UNDO"));
-  EXPECT_EQ(map.find(stroke(Qt::Key_Left, Qt::KeypadModifier), 0, &action), KeyMap::Match::exact);
-  EXPECT_EQ(action.command, idOf("CHARLEFT"));
-  EXPECT_EQ(map.find(stroke(Qt::Key_Backtab, Qt::ShiftModifier), 0, &action), KeyMap::Match::exact);
-  EXPECT_EQ(action.command, idOf("UNINDENTSELECTION"));
-  const int prefix = stroke(Qt::Key_K, Qt::ControlModifier);
-  EXPECT_EQ(map.find(prefix, 0, &action), KeyMap::Match::partial);
-  EXPECT_EQ(map.find(prefix, stroke(Qt::Key_U, Qt::ControlModifier), &action), KeyMap::Match::exact);
-  EXPECT_EQ(action.command, idOf("WORDUPPERCASE"));
-  EXPECT_EQ(map.find(prefix, stroke(Qt::Key_U), &action), KeyMap::Match::none);
-  EXPECT_EQ(map.find(stroke(Qt::Key_A), 0, &action), KeyMap::Match::none);
-  EXPECT_EQ(stroke(Qt::Key_Shift, Qt::ShiftModifier), 0);
-}
-
 TEST(KeyMap, BindsUnbindsAndTellsConflicts) {
   KeyMap map;
   const KeyAction undo{idOf("UNDO"), {}};

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 namespace {
 
 QFont testFont(const char* family) {
@@ -85,13 +83,5 @@ TEST(LineLayout, PlacesAndBytesAgree) {
     EXPECT_EQ(layout.xOf(static_cast<std::int64_t>(line.size())), x);
     EXPECT_EQ(layout.byteAt(1e9), static_cast<std::int64_t>(line.size()));
     EXPECT_EQ(layout.byteAt(-5), 0);
-  }
-}
-
-TEST(LineLayoutMetrics, CellsAreWholePixelsOfTheScreen) {
-  for (const double scale : {1.0, 1.5, 2.0}) {
-    const GlyphMetrics metrics(fixedFont(), scale);
-    EXPECT_DOUBLE_EQ(metrics.cell() * scale, std::round(metrics.cell() * scale));
-    for (int c = 0x20; c < 0x7F; ++c) ASSERT_EQ(metrics.asciiAdvance(static_cast<unsigned char>(c)), metrics.cell());
   }
 }

@@ -122,23 +122,6 @@ TEST_F(LongWorkTest, ReadingThatHangsIsLeftWhenItIsCancelled) {
   EXPECT_TRUE(called);
 }
 
-TEST_F(LongWorkTest, ARepeatedCommandCanBeCancelledAndIsOneStep) {
-  showAtOnce();
-  put("|");
-  QTimer look;
-  QObject::connect(&look, &QTimer::timeout, &look, [&] {
-    if (QProgressDialog* dialog = shownDialog()) press(dialog, Qt::Key_Escape);
-  });
-  look.start(5);
-  constexpr int kCount = 50'000'000;
-  control.editor().repeatCount = kCount;
-  control.ExecuteCmd(commandByName(u"INSERTCHAR")->id, QStringLiteral("x"));
-  EXPECT_FALSE(isDialogUp());
-  EXPECT_TRUE(bytes().size() > 0 && bytes().size() < kCount);
-  control.ExecuteCmd(Cmd::UNDO);
-  EXPECT_EQ(bytes(), "");
-}
-
 TEST_F(LongWorkTest, WhileACommandStringRunsItsWatchHearsAndNoWindowComes) {
   showAtOnce();
   const BusyGuard busy;

@@ -4,8 +4,6 @@
 #include <QClipboard>
 #include <QDropEvent>
 #include <QMimeData>
-#include <QScrollBar>
-#include <QToolTip>
 
 #include "control/edit/TextMime.h"
 #include "control/view/PaneGrid.h"
@@ -296,39 +294,6 @@ TEST_F(PaneViews, UndoShowsWhatItChanged) {
   EXPECT_EQ(control.GetSel(true), (CmRange{10, 2, 10, 5, false}));
   EXPECT_LE(pane()->topLine(), 10);
   EXPECT_GE(pane()->topLine() + pane()->visibleLines(), 11);
-}
-
-TEST_F(PaneViews, LongLinesAndManyLinesScroll) {
-  std::string text(3 * 1000 * 1000, 'x');
-  text += "END";
-  control.model()->replaceAll(text::Snapshot(text), {});
-  key(Qt::Key_End, Qt::ControlModifier);
-  const QRect caret = pane()->caretRect();
-  EXPECT_TRUE(viewport()->rect().contains(caret.center())) << "T8";
-  EXPECT_EQ(pane()->view().offsetAt(caret.center()).value, static_cast<std::int64_t>(text.size()));
-  typeText(q("!"));
-  EXPECT_EQ(bytes().size(), text.size() + 1);
-  control.model()->replaceAll(text::Snapshot(std::string(2000000, '\n')), {});
-  pane()->verticalScrollBar()->setValue(pane()->verticalScrollBar()->maximum());
-  EXPECT_EQ(pane()->topLine() + pane()->visibleLines(), 2000001);
-}
-
-TEST_F(PaneViews, DraggingTheScrollBarTellsTheLine) {
-  control.setText(QString(1000, u'\n'));
-  QApplication::processEvents();
-  QScrollBar* bar = pane()->verticalScrollBar();
-  const auto dragTo = [&](qint64 line) {
-    bar->setSliderDown(true);
-    bar->setSliderPosition(static_cast<int>(line * pane()->view().lineHeight()) + 3);
-    bar->setSliderDown(false);
-  };
-  dragTo(499);
-  EXPECT_EQ(QToolTip::text(), q("Line 500"));
-  EXPECT_EQ(pane()->top(), 499 * pane()->view().lineHeight()) << "whole lines, as scrolling is not smooth";
-  control.setLineToolTips(false);
-  dragTo(100);
-  EXPECT_EQ(QToolTip::text(), q("Line 500"));
-  QToolTip::hideText();
 }
 
 TEST_F(PaneViews, ReadersHearTheText) {

@@ -13,7 +13,6 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QTabWidget>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QtTest/QTest>
@@ -148,16 +147,6 @@ TEST_F(PropertiesDialogTest, EachOptionOfTheDisplayCanBeSeen) {
   control.SetSel({0, 0, 0, 0, false});
   control.ExecuteCmd(idOf("INDENTSELECTION"));
   EXPECT_EQ(control.GetLine(0), QStringLiteral("   int\ta = 1;   // one"));
-}
-
-TEST_F(PropertiesDialogTest, SamplesAreColouredWhateverLanguagesThereAre) {
-  run(QDialogButtonBox::Cancel, [](QWidget& dialog) {
-    for (const CodeMax* sample : dialog.findChildren<CodeMax*>()) {
-      EXPECT_NE(sample->model()->highlighter(), nullptr);
-      EXPECT_FALSE(LanguageTable::names().contains(sample->Language())) << "definitions may take it away";
-    }
-    EXPECT_EQ(dialog.findChildren<CodeMax*>().size(), 2);
-  });
 }
 
 TEST_F(PropertiesDialogTest, SchemesFollowTheDesktopOrStay) {

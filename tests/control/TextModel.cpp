@@ -129,23 +129,6 @@ TEST(TextModelLineEnds, ConversionIsOneUndoStep) {
   EXPECT_EQ(told, "UWUWU");
 }
 
-TEST(TextModelSignals, EachChangeOnceAndModifiedOnlyWhenItTurns) {
-  TextModel model;
-  int changes = 0;
-  std::vector<bool> turns;
-  QObject::connect(&model, &TextModel::changed, &model, [&] { ++changes; });
-  QObject::connect(&model, &TextModel::modifiedChanged, &model, [&](bool on) { turns.push_back(on); });
-  replace(model, 0, 0, "one");
-  replace(model, 3, 3, "two");
-  EXPECT_EQ(changes, 2);
-  model.setModified(false);
-  model.document().undo();
-  model.document().redo();
-  model.setModified(true);
-  EXPECT_EQ(turns, (std::vector<bool>{true, false, true, false, true}));
-  EXPECT_EQ(changes, 4);
-}
-
 TEST(TextModelLanguage, FollowsTheTableAndRefusesUnequalPairs) {
   const QString name = QStringLiteral("TestLanguage");
   CmLanguage language;

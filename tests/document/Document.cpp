@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QThread>
 
@@ -133,27 +132,6 @@ TEST_F(Document, EventsOfTheText) {
   emit document->cmx->RClick({1, 1}, &handled);
   EXPECT_TRUE(handled);
   EXPECT_TRUE(main.calls.contains(q("popup")));
-}
-
-TEST_F(Document, FocusShowsItsState) {
-  const auto unix = opened(write("u.v", "a\n"), 1);
-  const auto win = opened(write("w.vhd", "a\r\n"), 2);
-  win->cmx->setText(q("changed"));
-  frmRegistry::instance().GetProfile(main, q("mnuFileMRU"));
-  emit win->cmx->GotFocus();
-  EXPECT_FALSE(main.unixFile);
-  EXPECT_EQ(manager.ListLanguage(), 2);
-  EXPECT_EQ(main.panels[1], path("w.vhd"));
-  EXPECT_TRUE(main.activeModified);
-  EXPECT_TRUE(main.undoRedo.first);
-  EXPECT_TRUE(win->Timer1->isActive());
-  emit win->cmx->LostFocus();
-  EXPECT_FALSE(win->Timer1->isActive());
-  emit unix->cmx->GotFocus();
-  EXPECT_TRUE(main.unixFile);
-  EXPECT_EQ(manager.ListLanguage(), 1);
-  EXPECT_FALSE(main.activeModified);
-  EXPECT_TRUE(main.anyModified);
 }
 
 TEST_F(Document, OptionsAreStoredByTheControlThatChangedThem) {

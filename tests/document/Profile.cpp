@@ -1,6 +1,5 @@
 // The service form: recently-used list, window profile, menus made from data, file dialogs.
 #include <QApplication>
-#include <QKeySequence>
 #include <QScreen>
 
 #include "settings/clsRegistry.h"
@@ -26,7 +25,6 @@ class Profile : public DocumentFixture {
   frmRegistry& service = frmRegistry::instance();
   QString folderBefore;
 };
-class ProfileMenus : public Profile {};
 class ProfileDialogs : public Profile {};
 
 TEST(ProfileMru, OrderAndLimits) {
@@ -154,28 +152,6 @@ TEST_F(Profile, ForeignValuesDoNoHarm) {
     EXPECT_GE(frame.window.width(), 100);
     EXPECT_GE(frame.window.height(), 100);
   }
-}
-
-// ---- menus
-
-TEST_F(ProfileMenus, RecentlyUsed) {
-  service.GetProfile(main, q("mnuFileMRU"));
-  EXPECT_FALSE(main.menus[q("mnuFileMRU(10)")].visible);
-  service.mruFile.AddItem(q("/b.v"));
-  service.mruFile.AddItem(q("/a&a.v"));
-  EXPECT_EQ(main.menus[q("mnuFileMRU(0)")].caption, q("&1 /a&&a.v"));
-  EXPECT_EQ(main.menus[q("mnuFileMRU(1)")].caption, q("&2 /b.v"));
-  EXPECT_TRUE(main.menus[q("mnuFileMRU(1)")].visible);
-  for (int i = 2; i < 10; ++i) {
-    EXPECT_FALSE(main.menus[q("mnuFileMRU(%1)").arg(i)].visible);
-    EXPECT_EQ(main.menus[q("mnuFileMRU(%1)").arg(i)].caption, QString());
-  }
-  for (int i = 3; i <= 10; ++i) service.mruFile.AddItem(q("/%1.v").arg(i));
-  QSet<QString> keys;
-  for (int i = 0; i < 10; ++i) keys << QKeySequence::mnemonic(main.menus[q("mnuFileMRU(%1)").arg(i)].caption).toString();
-  EXPECT_EQ(keys.size(), 10) << "each has its own";
-  EXPECT_EQ(main.menus[q("mnuFileMRU(10)")].caption, q("-"));
-  EXPECT_TRUE(main.menus[q("mnuFileMRU(10)")].visible);
 }
 
 // ---- file dialogs

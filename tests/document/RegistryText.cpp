@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 using namespace Qt::StringLiterals;
 
 namespace {

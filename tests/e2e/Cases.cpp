@@ -92,8 +92,3 @@ TEST(Cases, CoverEveryVerbVariableAndOption) {
       return line.startsWith(u"USAGE "_s) && (line + u' ').contains(QLatin1String(option.text) + u' ');
     })) << option.text;
 }
-
-TEST(Cases, DifferenceShowsWhatIsMissingAndWhatIsNew) {
-  EXPECT_EQ(difference("a\nb\n", "a\nb\n"), "");
-  EXPECT_EQ(difference("a\nb\nc", "a\nx\nc\r"), "  a\n- b\n- c\n+ x\n+ c<CR>\n");
-}

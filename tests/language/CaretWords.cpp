@@ -251,19 +251,6 @@ TEST_F(CaretWords, TwoDotsExpand) {
   }
 }
 
-TEST_F(CaretWords, MovingOverDotsExpandsNothing) {
-  hotKey("alw", "always");
-  show("alw..|");
-  EXPECT_FALSE(isTemplate(cmx, manager, 1, false, {}));
-  EXPECT_EQ(shown(), "alw..|");
-  EXPECT_FALSE(isTemplate(cmx, manager, 0, true, {}));
-  EXPECT_EQ(shown(), "alw..|");
-  hotKey("..", "dots");
-  show("x ..|");
-  EXPECT_TRUE(isTemplate(cmx, manager, 1, true, {}));
-  EXPECT_EQ(shown(), "x ..|");
-}
-
 TEST_F(CaretWords, NextFieldGoesForwardOnly) {
   searchState().findText = q("kept");
   show("$$ a|b $$\n x$$$$");

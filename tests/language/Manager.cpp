@@ -1,12 +1,12 @@
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "bridge/FileNames.h"
 #include "language/ucCM.h"
 #include "tests/language/Language.h"
+#include "tests/support/OwnFolder.h"
 #include "tests/support/ScriptedDialogs.h"
 
 namespace {
@@ -17,30 +17,20 @@ const char kTwo[] =
     "process\r\n"
     "[#alw#]\r\nsecond\r\nSetLanguage:VHDL\r\n[Extensions]\r\nvhd;V\r\n[Keywords]\r\nentity\r\n";
 
-class Manager : public testing::Test {
+class Manager : public testing::Test, protected OwnFolder {
  protected:
   Manager() {
     manager.setIniFile(path("Zelkor.ini"));
-    setApplicationFolder(temporary.path());
+    setApplicationFolder(dir.path());
   }
   ~Manager() override { setApplicationFolder({}); }
 
-  QString path(const char* name) const { return temporary.filePath(q(name)); }
-  void write(const char* name, const QByteArray& bytes) {
-    QFile file(path(name));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(bytes), bytes.size());
-  }
-  QByteArray bytesOf(const char* name) const {
-    QFile file(path(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-  }
+  QByteArray bytesOf(const char* name) const { return read(path(name)); }
   void init(const QByteArray& bytes) {
     write("Zelkor.ini", bytes);
     manager.Init();
   }
 
-  QTemporaryDir temporary;
   ScriptedDialogs dialogs;
   ucCM manager;
 };
@@ -93,10 +83,10 @@ TEST_F(Manager, AsksWhenTheFileCannotBeOpened) {
   manager.Init();
   EXPECT_EQ(manager.Languages()->Count(), 2);
 
-  manager.setIniFile(temporary.path());   // a folder
+  manager.setIniFile(dir.path());   // a folder
   dialogs.answer(Answer::yes).answerOpen({});
   manager.Init();
-  EXPECT_EQ(s(manager.IniFile()), s(temporary.path()));
+  EXPECT_EQ(s(manager.IniFile()), s(dir.path()));
 
   QFile huge(path("huge.ini"));
   ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.resize(65 << 20));

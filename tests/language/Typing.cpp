@@ -201,23 +201,6 @@ TEST_F(TypingHotWords, TabAndShiftF1Accept) {
   EXPECT_EQ(shown(), "clocked|");
 }
 
-TEST_F(TypingHotWords, OtherKeysGoTheirWay) {
-  show("|");
-  type("al");
-  ASSERT_FALSE(offered().isEmpty());
-  key(Qt::Key_Escape);
-  EXPECT_TRUE(offered().isEmpty());
-  key(Qt::Key_Tab);
-  EXPECT_EQ(shown(), "al\t|");
-  for (const Qt::Key leaving : {Qt::Key_Left, Qt::Key_Return, Qt::Key_Home}) {
-    show("|");
-    type("al");
-    ASSERT_FALSE(offered().isEmpty());
-    key(leaving);
-    EXPECT_TRUE(offered().isEmpty());
-  }
-}
-
 TEST_F(TypingHotWords, IsQuietWhereNoTemplateIsMeant) {
   const struct {
     const char* text;

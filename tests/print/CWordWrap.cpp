@@ -138,13 +138,6 @@ TEST(CWordWrap, EmphasisOfKeywordsAndComments) {
   EXPECT_EQ(numbered.printer.document().styles[std::size_t(numbered.page().runs.back().style)].color, QColor(Qt::blue));
 }
 
-TEST(CWordWrap, KeywordsWithSigns) {
-  Job job(QStringLiteral("`ifdef A\nx=$show(`begin `other"));
-  job.wrap.Keywordsbold = true;
-  job.print(true);
-  EXPECT_EQ(job.styled(), (QStringList{QStringLiteral(" 1: b{`ifdef} A"), QStringLiteral(" 2: x=b{$show}(`b{begin} `other")}));
-}
-
 // Behind line numbers a tab goes where it goes on the screen, a word too long for a line begins beside its number, and a line parted by
 // tabs breaks at one.
 TEST(CWordWrap, NarrowColumnsWithLineNumbers) {

@@ -123,16 +123,6 @@ TEST(FormatText, ASelectionIsFormattedAsPartOfTheText) {
   EXPECT_EQ(cmx.GetLine(2), QStringLiteral("aB */ AB"));
 }
 
-TEST(FormatText, ReadOnlyTextStays) {
-  CodeMax cmx;
-  cmx.setText(QStringLiteral("a\tb"));
-  cmx.setReadOnly(true);
-  FormatChoices choices;
-  choices.tabs = 1;
-  EXPECT_NE(FormatIt(cmx, nullptr, choices).error, QString());
-  EXPECT_EQ(textOf(cmx), "a\tb");
-}
-
 TEST(FormatText, RandomTextsLoseNothing) {
   Hdl hdl;
   std::mt19937 random(20260412);

@@ -68,14 +68,6 @@ TEST(LineTools, ColumnizeAsksAndIsOneStep) {
   EXPECT_EQ(c.text(), "a,b\naaa,b\nx,y");
 }
 
-TEST(LineTools, ColumnizeWithinABlock) {
-  Control block("a,b,c\naaa,b,c", {0, 2, 1, 6, true});
-  ColumnizeOptions options;
-  options.withinBlock = true;
-  Columnize(block.cmx, {0, 2}, QStringLiteral(","), options);
-  EXPECT_EQ(block.text(), "a,b,c\naaa,b,c") << "only the second commas lie in the block, and they stand in columns 4 and 6";
-}
-
 TEST(LineTools, WholeLines) {
   struct Case {
     const char* before;

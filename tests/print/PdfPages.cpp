@@ -251,23 +251,3 @@ TEST_F(PdfPages, HeadersOfLongNamesAndFields) {
       << lines.first().toStdString();
   EXPECT_EQ(lines.last(), u"a%d%n.v page 2 of %1 100%"_s.arg(total));
 }
-
-// As on the screen: characters in their order, whatever way their script runs. Coloured pictures are images, as no font of them can be embedded.
-TEST_F(PdfPages, OtherScriptsAndPictures) {
-  PrintPage one;
-  one.text = u"// \u05d0\u05d1\u05d2 x"_s;
-  const QString turned = leftToRight(one.text);
-  EXPECT_EQ(turned, QChar(0x202D) + one.text);
-  EXPECT_EQ(leftToRight(u"plain \u00e9"_s), u"plain \u00e9"_s);
-  print(u"plain"_s);
-  const auto images = [this] { return run(u"pdfimages"_s, {u"-list"_s, path()}).count(u'\n'); };
-  const auto none = images();
-  print(u"// \U0001F600 smile"_s);
-  EXPECT_GT(images(), none);
-}
-
-TEST_F(PdfPages, NoHeaderAndNoFooter) {
-  settings.text.HeaderEnabled = settings.text.FooterEnabled = false;
-  print(u"body"_s);
-  EXPECT_EQ(page(1), QStringList{u"body"_s});
-}

@@ -6,7 +6,6 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
@@ -14,7 +13,6 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSpinBox>
-#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -137,25 +135,6 @@ TEST_F(Preview, PagesThumbnailsAndKeys) {
   EXPECT_NEAR(view->zoom(), 2, 0.001);
   action(preview, "two")->trigger();
   EXPECT_GT(view->horizontalScrollBar()->maximum(), 0);
-}
-
-TEST_F(Preview, ANarrowWindowReachesAllAndShowsTheLastPage) {
-  frmPreview preview(source(lines(300)), false);
-  preview.resize(560, 400);
-  preview.show();
-  preview.layOutText();
-  for (const char* name : {"page", "zoom", "find"}) {
-    auto* part = preview.findChild<QWidget*>(QLatin1String(name));
-    EXPECT_TRUE(preview.rect().contains({part->mapTo(&preview, QPoint(0, 0)), part->size()})) << name;
-  }
-  auto* view = preview.findChild<PageView*>();
-  view->setZoom(2);
-  action(preview, "two")->trigger();
-  view->horizontalScrollBar()->setValue(view->horizontalScrollBar()->maximum());
-  action(preview, "review")->trigger();
-  view->horizontalScrollBar()->setValue(view->horizontalScrollBar()->maximum());
-  const QImage seen = view->viewport()->grab().toImage();
-  EXPECT_EQ(seen.pixelColor(seen.width() / 2, seen.height() / 2), QColor(Qt::white)) << "one page has no empty place beside it";
 }
 
 TEST_F(Preview, FindGoesThroughPagesAndRunsOfStyle) {

@@ -181,37 +181,16 @@ TEST(Architecture, NoOtherVariablesOfTheProcess) {
 // A function that nobody calls, or only tests, is kept up for nothing. Counts by name: a function that a header declares has to be named
 // somewhere else than where it is declared and defined.
 TEST(Architecture, FunctionsHaveACaller) {
-  const char* const kSeam = "tests exchange or shorten it";
-  const char* const kLook = "tests look at it or do what the mouse does";
-  const char* const kMember = "belongs to the interface of its class";
-  const std::map<std::string, std::string> needless{
-      {"AddLangText", kMember},
-      {"ConfigDir", kMember},
-      {"DeleteKey", kMember},
-      {"GetComment", kMember},
-      {"GetCurrentWordLength", kMember},
-      {"GetLangText", kMember},
-      {"RegisteredLanguageCount", kMember},
-      {"SearchCaseSensitive", kMember},
-      {"Visible", kMember},
-      {"decodeText", "the way back of encodeText"},
-      {"fileName", kLook},
-      {"isLaidOut", kLook},
-      {"setApplicationFolder", kSeam},
-      {"setConfigDir", kMember},
-      {"setDeadline", kSeam},
-      {"setFileSystem", kSeam},
-      {"setLanguages", kSeam},
-      {"setLastReturnValue", kMember},
-      {"setLimits", kSeam},
-      {"setLockPatience", kSeam},
-      {"setSearchCaseSensitive", kMember},
-      {"setSizeLimit", kSeam},
-      {"setStore", kSeam},
-      {"splitPanes", kLook},
-      {"stdHelpFile", kMember},
-      {"templatePicture", kLook},
-  };
+  // clang-format off
+  const std::map<std::string, std::set<std::string>> needless{
+      {"tests exchange or shorten it", {"setApplicationFolder", "setDeadline", "setFileSystem", "setLanguages", "setLimits", "setLockPatience",
+                                        "setSizeLimit", "setStore"}},
+      {"tests look at it or do what the mouse does", {"fileName", "isLaidOut", "splitPanes", "templatePicture"}},
+      {"belongs to the interface of its class", {"AddLangText", "ConfigDir", "DeleteKey", "GetComment", "GetCurrentWordLength", "GetLangText",
+                                                 "RegisteredLanguageCount", "SearchCaseSensitive", "Visible", "setConfigDir", "setLastReturnValue",
+                                                 "setSearchCaseSensitive", "stdHelpFile"}},
+      {"the way back of encodeText", {"decodeText"}}};
+  // clang-format on
   const auto isWord = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
   std::map<std::string, std::string> declared;   // with its place
   std::set<std::string> called;
@@ -248,6 +227,10 @@ TEST(Architecture, FunctionsHaveACaller) {
       }
     });
   }
-  for (const auto& [name, where] : declared) EXPECT_TRUE(called.count(name) || needless.count(name)) << where;
-  for (const auto& [name, why] : needless) EXPECT_TRUE(declared.count(name) && !called.count(name)) << name;
+  for (const auto& [why, names] : needless)
+    for (const auto& name : names) {
+      EXPECT_TRUE(declared.count(name) && !called.count(name)) << name;
+      called.insert(name);
+    }
+  for (const auto& [name, where] : declared) EXPECT_TRUE(called.count(name)) << where;
 }

@@ -5,7 +5,6 @@
 #include <pcre2.h>
 
 #include <array>
-#include <thread>
 
 #include "tests/text/Pieces.h"
 #include "text/line/CharTables.h"
@@ -266,21 +265,6 @@ TEST(Search, CostlyExpressionsAreGivenUp) {
   const Snapshot deep("x" + std::string(2'000'000, '(') + "y");
   const auto nested = Searcher("x(\\((?1)*)*y", {true, false, true}).forward(deep, off(0));
   EXPECT_TRUE(nested.match || !nested.error.empty());
-}
-
-// To their ends these searches would run for hours.
-TEST(Search, LongLinesOfOneLetterCanBeCancelled) {
-  const Snapshot text(std::string(20'000'000, 'a'));
-  for (const char* pattern : {"a*[^a]", "(?:a|aa)+[^a]", "a.*[bc]"}) {
-    SearchControl control;
-    std::thread stopper([&control] {
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
-      control.cancel = true;
-    });
-    const auto result = Searcher(pattern, {true, false, true}).all(text, whole(text), &control);
-    stopper.join();
-    EXPECT_TRUE(result.cancelled || !result.error.empty()) << pattern;
-  }
 }
 
 // No attempt goes far when what every match holds is nowhere ahead.

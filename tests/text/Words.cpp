@@ -92,17 +92,6 @@ TEST(Words, Moves) {
   }
 }
 
-TEST(Words, ParagraphAt) {
-  const Snapshot text("a\r\nb\r\n\r\n  \r\nc\n\nd");
-  EXPECT_EQ(paragraphAt(text, off(4)), rng(0, 4));
-  EXPECT_EQ(paragraphAt(text, off(6)), rng(6, 6));
-  EXPECT_EQ(paragraphAt(text, off(12)), rng(12, 13));
-  EXPECT_EQ(paragraphAt(text, text.size()), rng(15, 16));
-  const Snapshot cr("a\rb\r\rc", LineMode::cr);
-  EXPECT_EQ(paragraphAt(cr, off(0)), rng(0, 3));
-  EXPECT_EQ(paragraphStartAfter(cr, off(0)), off(5));
-}
-
 // All moves go in their direction, end on character boundaries and reach the end of the text.
 TEST(Words, MovesAlwaysArrive) {
   const std::array<std::string, 16> alphabet{"a",    "b_",     ".",      "+",          " ",    "\t", "\n",   "\r\n",
