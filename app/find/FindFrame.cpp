@@ -143,11 +143,16 @@ void FindFrame::cancel() {
   if (run_) run_->cancel();
 }
 
-frmDocument* FindFrame::listDocument(const QString& title, const std::string& folder) {
+frmDocument* FindFrame::listDocument(const QString& title, const std::string& folder, const ResultList* keep) {
   // A list that the user did not touch, and that is no file, gives way to the next one.
-  frmDocument* document =
-      list_ && !list_->document()->DocumentHasName() && !list_->document()->DocumentModified() ? list_->document() : nullptr;
+  frmDocument* document = list_ && list_ != keep && !list_->document()->DocumentHasName() && !list_->document()->DocumentModified()
+                              ? list_->document()
+                              : nullptr;
   if (document) {
+    if (run_ && filling_ == list_) {   // nobody will see what it finds
+      run_.reset();
+      window().setRunning(false);
+    }
     delete list_.data();
     frame_.activate(document);
   } else {
@@ -175,7 +180,8 @@ void FindFrame::start(FindTask task) {
 }
 
 void FindFrame::showList(const ListAbout& about, const MakeList& make) {
-  ResultList::Whole whole{about.first, about.about, {}, fromQString(usualRoot(frame_)), {}, about.what};
+  ResultList::Whole whole{about.first, about.about, {}, {}, {}, about.what};
+  whole.root = about.from ? about.from->root() : fromQString(usualRoot(frame_));
   FindTask names;
   names.root = whole.root;
   bool cancelled = false;
@@ -187,9 +193,7 @@ void FindFrame::showList(const ListAbout& about, const MakeList& make) {
       },
       tr("Looking at the lines..."), true);
   if (cancelled) return SetStatusText(tr("Cancelled"));
-  run_.reset();   // a search that fills the list that gives way
-  if (window_) window_->setRunning(false);
-  frmDocument* document = listDocument(about.title, whole.root);
+  frmDocument* document = listDocument(about.title, whole.root, about.from);
   useList(ResultList::make(document, std::move(whole)));
   frame_.UpdateEditMenu();
 }
@@ -260,20 +264,24 @@ void FindFrame::listLines() {
     if (box.exec() != QDialog::Accepted || !alive) return;
   }
   const auto what = box.what();
+  const ResultList* const from = ResultList::of(document);
   const QString& name = document->CurrentFileName();
   const std::string path = fromQString(name.isEmpty() ? document->CurrentFileTitle() : name);
   const text::Snapshot text = document->cmx->model()->snapshot();
   const auto make = [&](const Named& shown, text::SearchControl& control, QString* result) {
     folder::FindRules rules;
     rules.mostHits = kMostLines;
-    rules.longestLine = kLongestLine;
+    rules.longestLine = from ? 0 : kLongestLine;
     rules.mostLines = kMostLines;
     folder::FileFinds file;
     file.path = shown(path);
     folder::TextFinds finds = folder::findRows(text, *what, rules, &control);
     file.rows = std::move(finds.rows);
     std::string rows;
-    folder::appendRows(file, &rows);
+    if (!from) folder::appendRows(file, &rows);
+    else   // what is a row there is one here
+      for (const folder::FoundRow& row : file.rows)
+        if (folder::rowOf(row.lines)) rows += row.lines + '\n';
     *result = finds.error.empty()
                   ? tr("%1 in %2").arg(countedHits(finds.hits), counted(qint64(file.rows.size()), tr("line"), tr("lines")))
                   : toQString(finds.error);
@@ -282,7 +290,7 @@ void FindFrame::listLines() {
   };
   const QString shown = toQString(folder::shownPath(what->what()));
   showList({tr("Lines with: %1").arg(plainForDisplay(toQString(what->what()), kTitleLength)), QLatin1String(ResultList::kFirsts[1]),
-            shown, what, text.size().value},
+            shown, what, text.size().value, from},
            make);
 }
 

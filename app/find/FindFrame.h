@@ -36,6 +36,7 @@ class FindFrame : public QObject {
     QString title, first, about;                    // first: one of ResultList::kFirsts
     std::shared_ptr<const folder::FindText> what;   // whose hits are marked; may be null
     std::int64_t bytes = 0;                         // to look through, for the progress; 0: unknown
+    const ResultList* from = nullptr;               // a list of which this is a part: it stays, and has the folder
   };
   using Named = std::function<std::string(const std::string& path)>;
   using MakeList = std::function<std::string(const Named& shown, text::SearchControl& control, QString* result)>;
@@ -56,7 +57,7 @@ class FindFrame : public QObject {
   void pump();
   void finish();
   void useList(ResultList* list);
-  frmDocument* listDocument(const QString& title, const std::string& folder);
+  frmDocument* listDocument(const QString& title, const std::string& folder, const ResultList* keep = nullptr);
   QString resultText() const;
   // The ticked changes of the plan. Whole files, one after the other.
   void preview(std::vector<folder::FilePlan> files, const QString& about, const std::string& root, const QStringList& troubles);

@@ -73,7 +73,8 @@ bool Places::areNear(const Place& a, const Place& b, std::int64_t lines) {
   if (!model) return a.path == b.path && std::abs(a.line - b.line) <= lines;
   const ByteOffset one = *offsetOf(a), other = *offsetOf(b);
   const text::Snapshot& text = model->snapshot();
-  return std::abs(one - other) <= kNearBytes && std::abs(text.lineAt(one).value - text.lineAt(other).value) <= lines;
+  return (lines > kNear || std::abs(one - other) <= kNearBytes) &&
+         std::abs(text.lineAt(one).value - text.lineAt(other).value) <= lines;
 }
 
 void Places::drop(Place& place) {

@@ -4,6 +4,8 @@
 #include <QtTest/QTest>
 #include <random>
 
+#include "app/find/FindFrame.h"
+#include "app/find/ResultList.h"
 #include "app/find/frmListLines.h"
 #include "app/places/BookmarkFile.h"
 #include "app/places/Places.h"
@@ -135,6 +137,13 @@ class AllBookmarks : public FrameFixture {
     for (const text::LineNo line : document.cmx->model()->bookmarks()) all += std::to_string(line.value) + " ";
     return all;
   }
+  static void whenAsked(std::function<void(frmListLines&)> work) {
+    QTimer::singleShot(0, qApp, [work] {
+      auto* box = qobject_cast<frmListLines*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr) << "it was not asked";
+      work(*box);
+    });
+  }
   std::string shown() const { return main->activeDocument()->cmx->model()->snapshot().bytes(); }
   void startAgain() {
     main->close();
@@ -198,17 +207,15 @@ TEST_F(AllBookmarks, AFileThatIsDamagedOrOfALaterVersionCostsBookmarksOnly) {
 TEST_F(AllBookmarks, LinesOfATextAreListed) {
   frmDocument* a = open("a.v", "foo\nbar\nx foo foo\n");
   a->cmx->SetSel({1, 0, 1, 3, false});
-  QTimer::singleShot(0, qApp, [] {
-    auto* box = qobject_cast<frmListLines*>(QApplication::activeModalWidget());
-    ASSERT_NE(box, nullptr);
-    auto* text = box->findChild<QLineEdit*>(q("linesText"));
+  whenAsked([](frmListLines& box) {
+    auto* text = box.findChild<QLineEdit*>(q("linesText"));
     EXPECT_EQ(text->text(), q("bar"));
-    box->findChild<QCheckBox*>(q("linesRegex"))->setChecked(true);
+    box.findChild<QCheckBox*>(q("linesRegex"))->setChecked(true);
     text->setText(q("f(o"));
-    box->accept();
-    EXPECT_TRUE(box->isVisible()) << "no expression";
+    box.accept();
+    EXPECT_TRUE(box.isVisible()) << "no expression";
     text->setText(q("fo+"));
-    box->accept();
+    box.accept();
   });
   trigger("mEditListLines");
   EXPECT_EQ(shown(), "Lines with: fo+ (regular expression)\nFolder: " + dir.path().toStdString() +
@@ -217,4 +224,14 @@ TEST_F(AllBookmarks, LinesOfATextAreListed) {
     trigger("mnuViewNextMessage");
     EXPECT_EQ(a->cmx->GetSel(true).StartColNo, column);
   }
+  // Those of a list are a list of the same places.
+  main->activate(FindFrame::of(*main).list()->document());
+  whenAsked([](frmListLines& box) {
+    box.findChild<QLineEdit*>(q("linesText"))->setText(q("x"));
+    box.accept();
+  });
+  trigger("mEditListLines");
+  EXPECT_TRUE(shown().ends_with("\n\na.v:3:3: x foo foo\n")) << shown();
+  trigger("mnuViewNextMessage");
+  EXPECT_EQ(main->activeDocument(), a);
 }
