@@ -125,6 +125,9 @@ bool replaceInFiles(CodeMax& cmx, const QString& argument) {
   log(filesText("%1 in %2").arg(countedChanges(replaced.changes), countedFiles(replaced.files)));
   QStringList troubles = replaced.troubles;
   for (const auto& [path, why] : held->planned.found.skippedNames) troubles << namedTrouble(path, toQString(why));
+  for (const auto& one : held->walked.troubles) troubles << namedTrouble(one.path, toQString(one.reason));
+  if (const std::int64_t more = notNamed(held->planned.found, held->walked); more > 0)
+    troubles << filesText("... and %L1 more").arg(more);
   if (!troubles.isEmpty()) MsgBox(filesText("These were left alone:") + u"\r\n"_s + troubles.join(u"\r\n"_s));
   return true;
 }

@@ -16,6 +16,11 @@ QString countedHits(std::int64_t number) { return counted(number, word("hit"), w
 QString countedFiles(std::int64_t number) { return counted(number, word("file"), word("files")); }
 QString countedChanges(std::int64_t number) { return counted(number, word("change"), word("changes")); }
 
+std::int64_t notNamed(const folder::FindSummary& found, const folder::WalkReport& walked) {
+  const std::int64_t all = found.skippedInAll() - found.skipped[std::size_t(folder::Skipped::binary)] + walked.unreadable;
+  return all - std::int64_t(found.skippedNames.size() + walked.troubles.size());
+}
+
 void FindTask::setMasks(const std::string& text) {
   masks = text;
   walk.masks = folder::Masks(text);

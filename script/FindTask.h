@@ -17,6 +17,9 @@ QString countedHits(std::int64_t number);
 QString countedFiles(std::int64_t number);
 QString countedChanges(std::int64_t number);
 
+// How many files and folders could not be searched beyond those that are named; binary files are not counted.
+std::int64_t notNamed(const folder::FindSummary& found, const folder::WalkReport& walked);
+
 struct FindTask {
   enum class Where { folder, openDocuments, files };
   Where where = Where::folder;

@@ -236,9 +236,7 @@ QString FindFrame::resultText() const {
   };
   for (const auto& [path, why] : summary.skippedNames) name(path, why);
   for (const auto& one : walked.troubles) name(one.path, one.reason);
-  const std::int64_t named = std::int64_t(summary.skippedNames.size() + walked.troubles.size());
-  const std::int64_t left =
-      summary.skippedInAll() - summary.skipped[std::size_t(folder::Skipped::binary)] + walked.unreadable - named;
+  const std::int64_t left = notNamed(summary, walked);
   if (left > 0) text += u"\n  "_s + tr("and %L1 more").arg(left);
   return text;
 }

@@ -60,7 +60,7 @@ class FindFrame : public QObject {
   frmDocument* listDocument(const QString& title, const std::string& folder, const ResultList* keep = nullptr);
   QString resultText() const;
   // The ticked changes of the plan. Whole files, one after the other.
-  void preview(std::vector<folder::FilePlan> files, const QString& about, const std::string& root, const QStringList& troubles);
+  void preview(std::vector<folder::FilePlan> files, const QString& about, const std::string& root, const QString& left);
   void apply(std::vector<folder::FilePlan> files, const QString& about);
   QStringList undoOpen();
 

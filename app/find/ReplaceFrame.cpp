@@ -25,9 +25,11 @@ namespace {
 
 constexpr qsizetype kMostNamed = 20;   // files in one box
 
-QString listOf(const QStringList& lines) {
+// more: that are not in the list.
+QString listOf(const QStringList& lines, std::int64_t more = 0) {
   QString text = lines.mid(0, kMostNamed).join(u"\r\n"_s);
-  if (lines.size() > kMostNamed) text += u"\r\n"_s + FindFrame::tr("... and %L1 more").arg(lines.size() - kMostNamed);
+  more += std::max<qsizetype>(0, lines.size() - kMostNamed);
+  if (more > 0) text += u"\r\n"_s + FindFrame::tr("... and %L1 more").arg(more);
   return text;
 }
 
@@ -60,19 +62,19 @@ void FindFrame::replace(FindTask task, const folder::Replacing& by) {
   for (const auto& [path, why] : planned.found.skippedNames) left << namedTrouble(path, toQString(why));
   for (const auto& one : held->walked.troubles) left << namedTrouble(one.path, toQString(one.reason));
   if (!held->walked.error.empty()) left << toQString(held->walked.error);
+  const QString notSearched = listOf(left, notNamed(planned.found, held->walked));
   if (planned.files.empty()) {
     window().tell(tr("Nothing to replace in %1").arg(countedFiles(planned.found.files)));
-    if (!left.isEmpty()) MsgBox(tr("These could not be searched:") + u"\r\n"_s + listOf(left), tr("Replace in Files"));
+    if (!left.isEmpty()) MsgBox(tr("These could not be searched:") + u"\r\n"_s + notSearched, tr("Replace in Files"));
     return;
   }
   const QString about = tr("Replace \"%1\" by \"%2\"")
                             .arg(plainForDisplay(toQString(held->task.what->what()), 60), plainForDisplay(toQString(by.by), 60));
-  preview(std::move(planned.files), about, held->task.root, left);
+  preview(std::move(planned.files), about, held->task.root, notSearched);
 }
 
-void FindFrame::preview(std::vector<folder::FilePlan> files, const QString& about, const std::string& root,
-                        const QStringList& troubles) {
-  const QString note = troubles.isEmpty() ? QString() : tr("Left out:") + u'\n' + listOf(troubles).remove(u'\r');
+void FindFrame::preview(std::vector<folder::FilePlan> files, const QString& about, const std::string& root, const QString& left) {
+  const QString note = left.isEmpty() ? QString() : tr("Left out:") + u'\n' + QString(left).remove(u'\r');
   frmReplacePreview dialog(std::move(files), toQString(root), about, note, &frame_);
   const ModalGuard guard;
   if (dialog.exec() != QDialog::Accepted) {
@@ -193,7 +195,7 @@ void FindFrame::applyEdited() {
     MsgBox(tr("These were left alone:") + u"\r\n"_s + listOf(left), title);
     return;
   }
-  preview(std::move(files), title, list->root(), left);
+  preview(std::move(files), title, list->root(), listOf(left));
 }
 
 void FindFrame::tellInterrupted() {

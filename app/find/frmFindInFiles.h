@@ -29,7 +29,7 @@ class frmFindInFiles : public QDockWidget {
   bool readTask(FindTask* task);
   bool inFileList() const;   // in its files
   bool hasKeys() const;
-  void takeKeys();   // the field for the text to find gets them
+  void takeKeys();                                           // the field for the text to find gets them
   bool leavesKeys() const { return hasKeys() && !typed_; }   // nothing was typed since then
 
  signals:

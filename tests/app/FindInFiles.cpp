@@ -217,8 +217,14 @@ TEST_F(FindInFiles, TheWindowAsksAsTheUserWorks) {
   fields("foo");
   findAll();
   EXPECT_TRUE(finder().list()->document()->isAncestorOf(QApplication::focusWidget()));
+  // Not all that could not be searched is named; how many more there are is said.
   FindTask task;
   task.what = std::make_shared<const folder::FindText>("foo", text::SearchOptions());
+  task.where = FindTask::Where::files;
+  for (int i = 0; i < 25; ++i) task.files.push_back("/gone/" + std::to_string(i));
+  finder().start(task);
+  ASSERT_TRUE(spinUntil([this] { return !finder().running(); }));
+  EXPECT_TRUE(list().ends_with("\n  /gone/19: No such file or directory\n  and 5 more\n\n")) << list();
   ResultList* const rows = ResultList::make(main->LoadNewDoc(), task);
   int cancelled = 0;
   QObject::connect(rows, &ResultList::cancelAsked, [&] { ++cancelled; });
