@@ -239,8 +239,7 @@ bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const cls
 IndentStyle indentStyleOf(const CodeMax& cmx) {
   const text::Snapshot text = cmx.model()->snapshot();
   const auto beginning = [&](qint64 i) {   // the first bytes of a line that may be long
-    const text::LineNo line(i);
-    return toQString(text.bytes({text.lineStart(line), std::min(text.lineEnd(line), text.lineStart(line) + kIndentBytes)}));
+    return toQString(text::beginOfLine(text, text::LineNo(i), kIndentBytes));
   };
   return detectIndent(beginning, cmx.LineCount(), cmx.TabSize());
 }

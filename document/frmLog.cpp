@@ -22,6 +22,7 @@
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
 #include "process/Process.h"
+#include "text/line/LineReader.h"
 
 using namespace Qt::StringLiterals;
 
@@ -66,8 +67,7 @@ qsizetype incompleteTail(const QByteArray& bytes) {
 
 // The part of a line that may be a message.
 QString beginningOf(const text::Snapshot& log, text::LineNo line) {
-  const text::ByteOffset start = log.lineStart(line);
-  return toQString(log.bytes({start, std::min(log.lineEnd(line), start + 4 * kLongestMessage)})).left(kLongestMessage);
+  return toQString(text::beginOfLine(log, line, 4 * kLongestMessage)).left(kLongestMessage);
 }
 
 }   // namespace

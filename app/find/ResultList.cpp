@@ -39,10 +39,7 @@ std::int64_t byteOfCharacter(std::string_view line, std::int64_t column) {
   return at;
 }
 
-std::string beginOf(const text::Snapshot& text, LineNo line) {
-  const ByteOffset start = text.lineStart(line);
-  return text.bytes({start, std::min(text.lineEnd(line), start + kLongestRow)});
-}
+std::string rowBegin(const text::Snapshot& text, LineNo line) { return text::beginOfLine(text, line, kLongestRow); }
 
 QString optionsOf(const folder::FindText& what, bool limited = true) {
   const text::SearchOptions& options = what.options();
@@ -117,7 +114,7 @@ ResultList* ResultList::adopt(frmDocument* document) {
   if (ResultList* list = of(document)) return list;
   const text::Snapshot text = document->cmx->model()->snapshot();
   if (text.lineCount() < 3) return nullptr;
-  const std::string first = beginOf(text, LineNo(0)), second = beginOf(text, LineNo(1));
+  const std::string first = rowBegin(text, LineNo(0)), second = rowBegin(text, LineNo(1));
   if (std::ranges::none_of(kFirsts, [&](const char* begin) { return first.starts_with(begin); }) || !second.starts_with(kSecond))
     return nullptr;
   auto* const list = new ResultList(document);
@@ -227,7 +224,7 @@ void ResultList::end(const QString& result) {
 // Places --------------------------------------------------------------------------------------------------------------
 
 std::optional<ResultList::Row> ResultList::rowAt(const text::Snapshot& text, LineNo line) const {
-  const std::string whole = beginOf(text, line);
+  const std::string whole = rowBegin(text, line);
   const auto row = folder::rowOf(whole);
   if (!row) return std::nullopt;
   std::string path = folder::pathOfShown(row->path);
@@ -245,7 +242,7 @@ std::optional<ByteOffset> ResultList::placeIn(frmDocument& target, const Row& ro
     if (line < 1 || line > there.lineCount()) return std::nullopt;
     const LineNo at(line - 1);
     const ByteOffset start = there.lineStart(at);
-    const std::string begin = there.bytes({start, std::min(there.lineEnd(at), start + 4 * std::max<std::int64_t>(column, 1))});
+    const std::string begin = text::beginOfLine(there, at, 4 * std::max<std::int64_t>(column, 1));
     return start + byteOfCharacter(begin, column);
   };
   Marks& marks = marks_[QByteArray::fromStdString(row.path)];

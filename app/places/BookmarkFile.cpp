@@ -22,10 +22,7 @@ constexpr std::size_t kMostText = 200, kMostBytes = 4 << 20;   // of a line; of 
 constexpr std::size_t kMostAlike = 100'000;                    // lines of one text that are looked at
 constexpr int kLockPatienceMs = 2000;
 
-std::string beginOf(const text::Snapshot& text, LineNo line) {
-  const text::ByteOffset start = text.lineStart(line);
-  return text.bytes({start, std::min(text.lineEnd(line), start + std::int64_t(kMostText))});
-}
+std::string keptBegin(const text::Snapshot& text, LineNo line) { return text::beginOfLine(text, line, kMostText); }
 
 // On one line: control characters and "%" as "%0a".
 void appendCoded(std::string_view bytes, std::string* out) {
@@ -58,13 +55,14 @@ std::optional<std::string> decoded(std::string_view coded) {
 
 KeptMarks keptMarks(const text::Snapshot& text, std::span<const LineNo> lines) {
   KeptMarks marks;
-  for (const LineNo line : lines.first(std::min(lines.size(), kMostKeptMarks))) marks.push_back({line.value, beginOf(text, line)});
+  for (const LineNo line : lines.first(std::min(lines.size(), kMostKeptMarks)))
+    marks.push_back({line.value, keptBegin(text, line)});
   return marks;
 }
 
 bool standAsKept(const text::Snapshot& text, const KeptMarks& marks) {
   return std::ranges::all_of(
-      marks, [&](const KeptMark& mark) { return mark.line < text.lineCount() && beginOf(text, LineNo(mark.line)) == mark.text; });
+      marks, [&](const KeptMark& mark) { return mark.line < text.lineCount() && keptBegin(text, LineNo(mark.line)) == mark.text; });
 }
 
 std::vector<LineNo> findMarks(const text::Snapshot& text, const KeptMarks& marks, const std::atomic<bool>* cancel) {

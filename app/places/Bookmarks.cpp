@@ -15,13 +15,14 @@
 #include "bridge/QStringBytes.h"
 #include "document/frmDocument.h"
 #include "folder/FindInFiles.h"
+#include "text/line/LineReader.h"
 
 using text::LineNo;
 
 namespace {
-constexpr int kSoonMs = 1500;               // several changes are written together
-constexpr std::int64_t kAtOnce = 1 << 20;   // bytes that are looked through before the window shows
-constexpr std::int64_t kMostText = 2000;    // bytes of a line in the list
+constexpr int kWrittenMs = 1500;                   // several changes are written together
+constexpr std::int64_t kLookedThrough = 1 << 20;   // bytes that are looked through before the window shows
+constexpr std::int64_t kLongestText = 2000;        // bytes of a line in the list
 }   // namespace
 
 Bookmarks& Bookmarks::of(frmMain& frame) {
@@ -35,7 +36,7 @@ Bookmarks::Bookmarks(frmMain& frame)
       file_(std::make_shared<BookmarkFile>(fromQString(userStateFolder()) + "/bookmarks")),
       ended_(std::make_shared<std::atomic<bool>>(false)) {
   soon_.setSingleShot(true);
-  soon_.setInterval(kSoonMs);
+  soon_.setInterval(kWrittenMs);
   connect(&soon_, &QTimer::timeout, this, &Bookmarks::write);
   connect(&frame, &frmMain::documentOpened, this, &Bookmarks::opened);
   connect(&frame, &frmMain::documentClosed, this, [this](frmDocument* document) { keep(*document); });
@@ -62,7 +63,7 @@ void Bookmarks::opened(frmDocument* document) {
   const auto kept = known_.find(fromQString(document->CurrentFileName()));
   if (kept == known_.end() || document->views() > 1 || !model->bookmarks().empty()) return;
   const text::Snapshot text = model->snapshot();
-  if (text.size().value <= kAtOnce || standAsKept(text, kept->second))
+  if (text.size().value <= kLookedThrough || standAsKept(text, kept->second))
     return model->setBookmarks(findMarks(text, kept->second), true);
   // Looking through takes a while; what the user does meanwhile moves the marks.
   const auto changes = std::make_shared<std::vector<text::Change>>();
@@ -145,8 +146,7 @@ void Bookmarks::list() {
       ++files;
       for (const LineNo line : one.lines) {
         if (control.cancel) return rows;
-        const text::ByteOffset start = one.text.lineStart(line);
-        add(one.path, line.value, one.text.bytes({start, std::min(one.text.lineEnd(line), start + kMostText)}));
+        add(one.path, line.value, text::beginOfLine(one.text, line, kLongestText));
       }
     }
     for (const auto& [path, marks] : closed) {

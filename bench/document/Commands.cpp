@@ -6,19 +6,19 @@
 
 #include "bench/Application.h"
 #include "bench/Bench.h"
-#include "document/Frame.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
 #include "process/Process.h"
 #include "script/Batch.h"
 #include "script/mCMXParser.h"
 #include "settings/RegistryFile.h"
+#include "tests/document/FakeFrame.h"
 
 namespace {
 
 QString lines(const char* line, int count) { return QString::fromLatin1(line).repeated(count); }
 
-class BenchFrame : public Frame {
+class BenchFrame : public FakeFrame {
  public:
   BenchFrame() {
     bench::needApplication();
@@ -27,12 +27,11 @@ class BenchFrame : public Frame {
     registry::store().setReadOnly(true);
     window = std::make_unique<frmLog>();
     document = std::make_unique<frmDocument>();
-    setFrame(this);
+    open = {active = document.get()};
   }
   ~BenchFrame() override {
     document.reset();
     window.reset();
-    setFrame(nullptr);
     registry::setStore(nullptr);
   }
   double run(const QString& commands) {
@@ -41,25 +40,7 @@ class BenchFrame : public Frame {
     return bench::secondsSince(start);
   }
 
-  frmDocument* activeDocument() override { return document.get(); }
-  QList<frmDocument*> documents() override { return {document.get()}; }
-  void activate(frmDocument*) override {}
-  void setPanel(int, const QString&) override {}
-  void setUnixPanel(bool) override {}
-  void setTemplatePanel(bool) override {}
-  void refreshToolbar() override {}
-  void refreshWindowMenu() override {}
-  void setUndoRedo(bool, bool) override {}
-  bool isMinimised() override { return false; }
-  bool saveActive() override { return false; }
-  void documentClosing(frmDocument*) override {}
-  void rememberDocumentState(int) override {}
-  bool isTemplateAtCaret(bool) override { return false; }
-  void showEditPopup(const QPoint&) override {}
   frmLog* log() override { return window.get(); }
-  void showLog() override {}
-  frmDocument* openFile(const QString&) override { return nullptr; }
-  void showMacro(int, int, const QString&) override {}
 
   QTemporaryDir folder;
   std::unique_ptr<RegistryFile> file;

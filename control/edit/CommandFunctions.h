@@ -10,6 +10,8 @@
 
 namespace commandFunctions {
 
+inline text::LineNo caretLine(Editor& e) { return e.snapshot().lineAt(e.selection().caret); }
+
 // The target of a move from `at`; `at` itself if there is none.
 using Motion = text::ByteOffset (*)(Editor& e, text::ByteOffset at);
 text::ByteOffset charRight(Editor& e, text::ByteOffset at);

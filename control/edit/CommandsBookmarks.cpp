@@ -11,8 +11,6 @@ namespace commandFunctions {
 
 namespace {
 
-LineNo caretLine(Editor& e) { return e.snapshot().lineAt(e.selection().caret); }
-
 void goToBookmark(Editor& e, bool forward) {
   const std::vector<LineNo> marks = e.model().bookmarks();
   if (marks.empty()) return;

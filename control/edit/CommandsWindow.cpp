@@ -10,20 +10,18 @@ namespace commandFunctions {
 
 namespace {
 
-std::int64_t caretLine(Editor& e) { return e.snapshot().lineAt(e.selection().caret).value; }
-
 void scrollTo(Editor& e, qint64 top) { e.host().setTopLine(std::clamp<qint64>(top, 0, e.snapshot().lineCount() - 1)); }
 
 void goToCell(Editor& e, qint64 cell) {
-  const LineNo line(caretLine(e));
+  const LineNo line = caretLine(e);
   e.moveCaret(offsetAtCell(e.model(), line, cell, e.options().tabSize), false);
 }
 
 }   // namespace
 
-void windowStart(Editor& e, const QVariant&) { moveLines(e, e.host().topLine() - caretLine(e), false); }
+void windowStart(Editor& e, const QVariant&) { moveLines(e, e.host().topLine() - caretLine(e).value, false); }
 void windowEnd(Editor& e, const QVariant&) {
-  moveLines(e, e.host().topLine() + std::max<qint64>(1, e.host().visibleLines()) - 1 - caretLine(e), false);
+  moveLines(e, e.host().topLine() + std::max<qint64>(1, e.host().visibleLines()) - 1 - caretLine(e).value, false);
 }
 void windowLeftEdge(Editor& e, const QVariant&) { goToCell(e, e.host().leftColumn()); }
 void windowRightEdge(Editor& e, const QVariant&) {
@@ -33,9 +31,9 @@ void windowScrollUp(Editor& e, const QVariant&) { scrollTo(e, e.host().topLine()
 void windowScrollDown(Editor& e, const QVariant&) { scrollTo(e, e.host().topLine() + 1); }
 void windowScrollLeft(Editor& e, const QVariant&) { e.host().scrollColumns(-1); }
 void windowScrollRight(Editor& e, const QVariant&) { e.host().scrollColumns(1); }
-void windowScrollToTop(Editor& e, const QVariant&) { scrollTo(e, caretLine(e)); }
-void windowScrollToCenter(Editor& e, const QVariant&) { scrollTo(e, caretLine(e) - e.host().visibleLines() / 2); }
-void windowScrollToBottom(Editor& e, const QVariant&) { scrollTo(e, caretLine(e) - e.host().visibleLines() + 1); }
+void windowScrollToTop(Editor& e, const QVariant&) { scrollTo(e, caretLine(e).value); }
+void windowScrollToCenter(Editor& e, const QVariant&) { scrollTo(e, caretLine(e).value - e.host().visibleLines() / 2); }
+void windowScrollToBottom(Editor& e, const QVariant&) { scrollTo(e, caretLine(e).value - e.host().visibleLines() + 1); }
 
 void toggleWhiteSpaceDisplay(Editor& e, const QVariant&) { e.host().toggleWhiteSpaceDisplay(); }
 

@@ -1,6 +1,13 @@
 #include "text/line/LineReader.h"
 
+#include <algorithm>
+
 namespace text {
+
+std::string beginOfLine(const Snapshot& text, LineNo line, std::int64_t most) {
+  const ByteOffset start = text.lineStart(line);
+  return text.bytes({start, std::min(text.lineEnd(line), start + most)});
+}
 
 LineReader::LineReader(Snapshot text, LineNo first)
     : text_(std::move(text)),

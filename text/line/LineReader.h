@@ -9,6 +9,9 @@
 
 namespace text {
 
+// The first bytes of a line that may be long: at most `most`, without its break.
+std::string beginOfLine(const Snapshot& text, LineNo line, std::int64_t most);
+
 class LineReader {
  public:
   explicit LineReader(Snapshot text, LineNo first = LineNo(0));   // precondition: 0 <= first < lineCount()
