@@ -13,7 +13,7 @@
 
 namespace {
 
-class BackAndForward : public FrameFixture {
+class PlacesBackAndForward : public FrameFixture {
  protected:
   static constexpr int kLines = 2000;
   QByteArray lines() {
@@ -36,7 +36,7 @@ class BackAndForward : public FrameFixture {
 }   // namespace
 
 // Lines of the texts move, appear and go; each place is known by the text of its line, which stays.
-TEST_F(BackAndForward, StepsBackGiveThePlacesInReverseWhateverWasTyped) {
+TEST_F(PlacesBackAndForward, StepsBackGiveThePlacesInReverseWhateverWasTyped) {
   std::mt19937 random(20);
   const auto below = [&](int n) { return int(random() % unsigned(n)); };
   for (int round = 0; round < 2; ++round) {
@@ -71,7 +71,7 @@ TEST_F(BackAndForward, StepsBackGiveThePlacesInReverseWhateverWasTyped) {
   }
 }
 
-TEST_F(BackAndForward, OpensClosedFilesAndForgetsTextsWithoutOne) {
+TEST_F(PlacesBackAndForward, OpensClosedFilesAndForgetsTextsWithoutOne) {
   frmDocument* a = open("a.txt", lines());
   settle(0);
   go(a, 100);
@@ -112,7 +112,7 @@ TEST_F(BackAndForward, OpensClosedFilesAndForgetsTextsWithoutOne) {
   EXPECT_EQ(here().substr(0, 5), "a.txt");
 }
 
-TEST_F(BackAndForward, KeysAndMouseMoveTheCaretWithoutMakingPlaces) {
+TEST_F(PlacesBackAndForward, KeysAndMouseMoveTheCaretWithoutMakingPlaces) {
   frmDocument* a = open("a.txt", lines());
   main->show();
   settle(0);
@@ -128,10 +128,10 @@ TEST_F(BackAndForward, KeysAndMouseMoveTheCaretWithoutMakingPlaces) {
   EXPECT_EQ(here(), before);
 }
 
-class AllBookmarks : public FrameFixture {
+class PlacesOfBookmarks : public FrameFixture {
  protected:
-  AllBookmarks() { qputenv("XDG_STATE_HOME", path("state").toUtf8()); }
-  ~AllBookmarks() override { before.isNull() ? qunsetenv("XDG_STATE_HOME") : qputenv("XDG_STATE_HOME", before); }
+  PlacesOfBookmarks() { qputenv("XDG_STATE_HOME", path("state").toUtf8()); }
+  ~PlacesOfBookmarks() override { before.isNull() ? qunsetenv("XDG_STATE_HOME") : qputenv("XDG_STATE_HOME", before); }
   static std::string marks(const frmDocument& document) {
     std::string all;
     for (const text::LineNo line : document.cmx->model()->bookmarks()) all += std::to_string(line.value) + " ";
@@ -153,7 +153,7 @@ class AllBookmarks : public FrameFixture {
   const QByteArray before = qgetenv("XDG_STATE_HOME");
 };
 
-TEST_F(AllBookmarks, ComeBackWithTheTextOfTheirLinesAndAreListed) {
+TEST_F(PlacesOfBookmarks, ComeBackWithTheTextOfTheirLinesAndAreListed) {
   startAgain();   // with the folder of this test
   frmDocument* a = open("a.v", "one\ntwo\nend\nthree\nend\nfour\n");
   for (const int line : {1, 2, 4, 5}) a->cmx->setBookmark(line, true);
@@ -177,7 +177,7 @@ TEST_F(AllBookmarks, ComeBackWithTheTextOfTheirLinesAndAreListed) {
   EXPECT_EQ(marks(*main->activeDocument()), "0 ") << "a file that was closed";
 }
 
-TEST_F(AllBookmarks, AFileThatIsDamagedOrOfALaterVersionCostsBookmarksOnly) {
+TEST_F(PlacesOfBookmarks, AFileThatIsDamagedOrOfALaterVersionCostsBookmarksOnly) {
   const std::string whole = BookmarkFile::format({{"/a%\nb", {{0, "x\ty"}, {7, ""}}}, {"/c", {{3, "\xff"}}}});
   const auto known = [](std::string_view bytes) {
     bool isForeign = false;
@@ -204,7 +204,7 @@ TEST_F(AllBookmarks, AFileThatIsDamagedOrOfALaterVersionCostsBookmarksOnly) {
   EXPECT_EQ(read(path("bookmarks")), "bookmarks 2\nwhatever\n");
 }
 
-TEST_F(AllBookmarks, LinesOfATextAreListed) {
+TEST_F(PlacesOfBookmarks, LinesOfATextAreListed) {
   frmDocument* a = open("a.v", "foo\nbar\nx foo foo\n");
   a->cmx->SetSel({1, 0, 1, 3, false});
   whenAsked([](frmListLines& box) {
