@@ -164,6 +164,7 @@ std::string BookmarkFile::write() {
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     std::string error;
     const std::string bytes = text::fileExists(path_) ? text::readBytes(path_, &error, kMostBytes) : std::string();
+    if (!error.empty()) return error;   // what is in it must not be lost
     bool isForeign = false;
     std::vector<Entry> entries = parse(bytes, &isForeign);
     if (isForeign) return {};   // a later version knows more: it stays

@@ -74,7 +74,7 @@ void Bookmarks::opened(frmDocument* document) {
       [this, text, weak = std::weak_ptr(model), known = model.get(), changes, heard](std::vector<LineNo> lines) {
         searching_.erase(known);
         const auto now = weak.lock();
-        if (!now) return;
+        if (!now || std::ranges::any_of(*changes, &text::Change::reset)) return;
         for (LineNo& line : lines) {
           text::ByteOffset at = text.lineStart(line);
           for (const text::Change& change : *changes) at = change.map(at, text::Bias::right);
