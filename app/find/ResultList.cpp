@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "app/find/ResultHead.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "bridge/FileNames.h"
@@ -24,7 +25,6 @@ using text::LineNo;
 
 namespace {
 
-constexpr char kSecond[] = "Folder: ";
 constexpr std::int64_t kMostHead = 100, kLongestRow = 8192;   // lines, bytes that are looked at
 constexpr std::int64_t kResultLine = 3;                       // of the head: what came of the search
 constexpr std::size_t kMostMarks = 5000;                      // of one file
@@ -40,39 +40,6 @@ std::int64_t byteOfCharacter(std::string_view line, std::int64_t column) {
 }
 
 std::string rowBegin(const text::Snapshot& text, LineNo line) { return text::beginOfLine(text, line, kLongestRow); }
-
-QString optionsOf(const folder::FindText& what, bool limited = true) {
-  const text::SearchOptions& options = what.options();
-  QStringList words;
-  if (options.matchCase) words << ResultList::tr("match case");
-  if (options.wholeWord) words << ResultList::tr("whole word");
-  if (options.regex) words << ResultList::tr("regular expression");
-  if (!limited) words << ResultList::tr("no limit");
-  return words.isEmpty() ? QString() : u" ("_s + words.join(u", "_s) + u')';
-}
-
-// "Files: of the folder; masks *.v; also hidden ones".
-QString filesOf(const FindTask& task) {
-  const auto shown = [](const std::string& text) { return toQString(folder::shownPath(text)); };
-  QString files = task.where == FindTask::Where::folder          ? ResultList::tr("all of the folder")
-                  : task.where == FindTask::Where::openDocuments ? ResultList::tr("open documents")
-                                                                 : ResultList::tr("those of %1").arg(shown(task.filesOf));
-  if (!task.masks.empty()) files += ResultList::tr("; masks %1").arg(shown(task.masks));
-  QStringList also, without;
-  const auto kind = [&](bool on, const QString& name) { (on ? also : without) << name; };
-  if (task.where == FindTask::Where::folder) {
-    kind(task.walk.ignored, ResultList::tr("ignored"));
-    kind(task.walk.hidden, ResultList::tr("hidden"));
-  }
-  if (task.where != FindTask::Where::openDocuments) kind(task.binary, ResultList::tr("binary"));
-  if (!also.isEmpty()) files += ResultList::tr("; with %1 ones").arg(also.join(u", "_s));
-  if (!without.isEmpty()) files += ResultList::tr("; without %1 ones").arg(without.join(u", "_s));
-  return ResultList::tr("Files: %1").arg(files);
-}
-
-QString headOf(const QString& first, const QString& about, const std::string& root, const QString& result) {
-  return first + about + u'\n' + QLatin1String(kSecond) + toQString(folder::shownPath(root)) + u'\n' + result + u"\n\n"_s;
-}
 
 }   // namespace
 
@@ -115,10 +82,11 @@ ResultList* ResultList::adopt(frmDocument* document) {
   const text::Snapshot text = document->cmx->model()->snapshot();
   if (text.lineCount() < 3) return nullptr;
   const std::string first = rowBegin(text, LineNo(0)), second = rowBegin(text, LineNo(1));
-  if (std::ranges::none_of(kFirsts, [&](const char* begin) { return first.starts_with(begin); }) || !second.starts_with(kSecond))
+  if (std::ranges::none_of(kFirsts, [&](const char* begin) { return first.starts_with(begin); }) ||
+      !second.starts_with(kHeadFolder))
     return nullptr;
   auto* const list = new ResultList(document);
-  list->root_ = folder::pathOfShown(second.substr(sizeof kSecond - 1));
+  list->root_ = folder::pathOfShown(second.substr(sizeof kHeadFolder - 1));
   while (list->headLines_ < std::min<std::int64_t>(kMostHead, text.lineCount()) &&
          text.lineEnd(LineNo(list->headLines_)) > text.lineStart(LineNo(list->headLines_)))
     ++list->headLines_;
@@ -197,7 +165,7 @@ void ResultList::fill(const std::function<text::Edit(const text::Snapshot&)>& ed
 
 void ResultList::append(const std::string& rows) {
   fill([&](const text::Snapshot& text) { return text::Edit{{text.size(), text.size()}, rows}; });
-  document_->cmx->setModified(false);
+  if (!unchanged_) document_->cmx->setModified(false);
 }
 
 void ResultList::end(const QString& result) {
