@@ -134,6 +134,27 @@ TEST_F(Document, EventsOfTheText) {
   EXPECT_TRUE(main.calls.contains(q("popup")));
 }
 
+TEST_F(Document, FocusShowsItsState) {
+  const auto unix = opened(write("u.v", "a\n"), 1);
+  const auto win = opened(write("w.vhd", "a\r\n"), 2);
+  win->cmx->setText(q("changed"));
+  frmRegistry::instance().GetProfile(main, q("mnuFileMRU"));
+  emit win->cmx->GotFocus();
+  EXPECT_FALSE(main.unixFile);
+  EXPECT_EQ(manager.ListLanguage(), 2);
+  EXPECT_EQ(main.panels[1], path("w.vhd"));
+  EXPECT_TRUE(main.activeModified);
+  EXPECT_TRUE(main.undoRedo.first);
+  EXPECT_TRUE(win->Timer1->isActive());
+  emit win->cmx->LostFocus();
+  EXPECT_FALSE(win->Timer1->isActive());
+  emit unix->cmx->GotFocus();
+  EXPECT_TRUE(main.unixFile);
+  EXPECT_EQ(manager.ListLanguage(), 1);
+  EXPECT_FALSE(main.activeModified);
+  EXPECT_TRUE(main.anyModified);
+}
+
 TEST_F(Document, OptionsAreStoredByTheControlThatChangedThem) {
   const auto document = opened(write("p.v", ""), 1);
   const auto other = opened(write("o.v", ""), 1);

@@ -241,6 +241,18 @@ TEST_F(Definitions, DeletingLanguagesAsks) {
   EXPECT_TRUE(dialog->isChanged());
 }
 
+TEST_F(Definitions, TheFilterHidesAndProtects) {
+  open();
+  type(line("txtFilter"), "vhd");
+  EXPECT_TRUE(list("lstLanguage")->item(0)->isHidden());
+  EXPECT_FALSE(list("lstLanguage")->item(1)->isHidden());
+  // The first is still the one shown, but what is hidden is not deleted.
+  click("cmdDelete");
+  EXPECT_TRUE(boxes.boxes.empty());
+  dialog->SelectLanguage(1);
+  EXPECT_FALSE(list("lstLanguage")->item(0)->isHidden());
+}
+
 TEST_F(Definitions, SavingApplyingAndTheirButtons) {
   open();
   QSignalSpy handed(dialog.get(), &frmDefinitions::LanguagesChanged);

@@ -202,3 +202,21 @@ TEST(Load, BlocksOfOtherEncodingsAreJoinedWhole) {
 }
 
 }   // namespace
+
+TEST(Load, ReadsBytesUpToALimit) {
+  TempFolder folder;
+  const auto path = folder / "file";
+  std::string error;
+  for (const std::size_t size : {0, 1, 4095, 4096, 4097, 100'000}) {
+    const std::string bytes(size, 'x');
+    writeRaw(path, bytes);
+    EXPECT_EQ(text::readBytes(path, &error), bytes);
+    EXPECT_EQ(error, "");
+    EXPECT_EQ(text::readBytes(path, &error, size), bytes);
+    if (size > 1) {
+      EXPECT_EQ(text::readBytes(path, &error, size - 1), "");
+      EXPECT_EQ(error, "The file is too large");
+    }
+  }
+  EXPECT_NE(text::readBytes("/proc/self/stat", &error), "") << "regular, but without a size";
+}
