@@ -29,10 +29,11 @@ struct Asked {
 
 // What the argument asks for; false: it means nothing. *complaint: it does, but cannot be done.
 bool ask(const QString& argument, bool replace, Asked* asked, QString* complaint) {
-  static constexpr OptionRow kFind[] = {{"text", "TEXT"}, {"in", "FOLDER"}, {"mask", "GLOBS"}, {"regex"},
-                                        {"word"},         {"case"},         {"ignored"},       {"hidden"}};
-  static constexpr OptionRow kReplace[] = {{"text", "TEXT"}, {"in", "FOLDER"}, {"mask", "GLOBS"}, {"regex"},      {"word"},
-                                           {"case"},         {"ignored"},      {"hidden"},        {"by", "TEXT"}, {"preserve"}};
+  static constexpr OptionRow kFind[] = {{"text", "TEXT"}, {"in", "FOLDER"}, {"mask", "GLOBS"}, {"regex"}, {"word"},
+                                        {"case"},         {"ignored"},      {"hidden"},        {"binary"}};
+  static constexpr OptionRow kReplace[] = {{"text", "TEXT"}, {"in", "FOLDER"}, {"mask", "GLOBS"}, {"regex"},
+                                           {"word"},         {"case"},         {"ignored"},       {"hidden"},
+                                           {"binary"},       {"by", "TEXT"},   {"preserve"}};
   const Options given = replace ? parseVerb(argument, kReplace, true) : parseVerb(argument, kFind, true);
   if (!given.error.isEmpty() || given.value("text").isEmpty() || given.has("by") != replace) return false;
   FindTask& task = asked->task;
@@ -43,6 +44,7 @@ bool ask(const QString& argument, bool replace, Asked* asked, QString* complaint
   task.what = std::make_shared<const folder::FindText>(fromQString(given.value("text")), options);
   task.walk.ignored = given.isOn("ignored");
   task.walk.hidden = given.isOn("hidden");
+  task.binary = given.isOn("binary");
   task.setMasks(fromQString(given.value("mask")));
   task.mostHits = kMostHits;
   asked->by = {fromQString(given.value("by")), given.isOn("preserve")};
@@ -136,13 +138,14 @@ bool replaceInFiles(CodeMax& cmx, const QString& argument) {
 
 void AddFilesVerbs() {
   statements::addVerb(
-      "FINDINFILES", "text=\"TEXT\" [regex] [word] [case] [in=FOLDER] [mask=GLOBS] [ignored] [hidden]",
+      "FINDINFILES", "text=\"TEXT\" [regex] [word] [case] [in=FOLDER] [mask=GLOBS] [ignored] [hidden] [binary]",
       "Writes path:line:column: text of each line with a hit to the log; open texts as they stand. FOLDER, at first "
       "that of the document, is taken against it. \\\" is a quotation mark.",
       findInFiles);
-  statements::addVerb("REPLACEINFILES",
-                      "text=\"TEXT\" by=\"TEXT\" [regex] [word] [case] [preserve] [in=FOLDER] [mask=GLOBS] [ignored] [hidden]",
-                      "Replaces in the files of the folder, without a preview; texts that are open are changed in their windows. "
-                      "Undo Last Replace in Files brings the files back.",
-                      replaceInFiles, true);
+  statements::addVerb(
+      "REPLACEINFILES",
+      "text=\"TEXT\" by=\"TEXT\" [regex] [word] [case] [preserve] [in=FOLDER] [mask=GLOBS] [ignored] [hidden] [binary]",
+      "Replaces in the files of the folder, without a preview; texts that are open are changed in their windows. "
+      "Undo Last Replace in Files brings the files back.",
+      replaceInFiles, true);
 }
