@@ -9,6 +9,7 @@
 #include "app/find/frmListLines.h"
 #include "app/places/BookmarkFile.h"
 #include "app/places/Places.h"
+#include "control/edit/CommandTable.h"
 #include "tests/app/FrameFixture.h"
 
 namespace {
@@ -101,8 +102,9 @@ TEST_F(PlacesBackAndForward, OpensClosedFilesAndForgetsTextsWithoutOne) {
   while (enabled("mnuViewBack")) {
     trigger("mnuViewBack");
     seen.push_back(here());
+    if (seen.size() == 1) main->activeDocument()->cmx->InsertText(q("new\n\n\n\n"), {0, 0});
   }
-  // The file was opened again; places in it are where they were in the text that was saved.
+  // The file was opened again; places in it are where they were in the text that was saved, and move with it again.
   EXPECT_EQ(seen, (std::vector<std::string>{"a.txt line 100", "b.txt line 500", "b.txt line 0", "a.txt line 100", "a.txt line 0"}));
   QFile::remove(path("b.txt"));   // and is closed: the way leads past it
   for (frmDocument* each : main->documents())
@@ -125,6 +127,22 @@ TEST_F(PlacesBackAndForward, KeysAndMouseMoveTheCaretWithoutMakingPlaces) {
   a->cmx->ExecuteCmd(Cmd::UNDO);   // which goes back by itself
   QTest::mousePress(a->cmx->focusProxy(), Qt::BackButton);
   QTest::mousePress(a->cmx->focusProxy(), Qt::BackButton);
+  EXPECT_EQ(here(), before);
+
+  // What was shown while a text to find was typed is no place; a new jump ends the way forward.
+  const auto show = [&](qint64 line, CaretMove how) {
+    a->cmx->hold();
+    a->cmx->SetSel({line, 0, line, 0, false});
+    noteMove(a->cmx->editor(), how);
+    a->cmx->release();
+  };
+  EXPECT_TRUE(enabled("mnuViewForward"));
+  for (const qint64 line : {500, 900}) show(line, CaretMove::preview);
+  show(1500, CaretMove::jump);
+  EXPECT_FALSE(enabled("mnuViewForward"));
+  trigger("mnuViewBack");
+  EXPECT_EQ(a->CurrentPosition().LineNo, 900);
+  trigger("mnuViewBack");
   EXPECT_EQ(here(), before);
 }
 
