@@ -80,6 +80,16 @@ void TextModel::setModified(bool on) {
   announceModified();
 }
 
+void TextModel::endGroup() {
+  document_.endGroup();
+  tell([&] { announceModified(); });
+}
+
+void TextModel::endRun() {
+  document_.endRun();
+  tell([&] { announceModified(); });
+}
+
 void TextModel::announceLineEnds() {
   if (std::exchange(impl_->crlf, enableCrlf()) != impl_->crlf) emit lineEndsChanged();
 }

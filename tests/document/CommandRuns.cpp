@@ -60,6 +60,10 @@ TEST(CommandRuns, UndoInsideARunReachesBehindItAndLeavesOneStep) {
   EXPECT_FALSE(frame.cmx().CanUndo());
   frame.cmx().ExecuteCmd(Cmd::REDO);
   EXPECT_EQ(frame.cmx().Text(), u"ab"_s);
+
+  frame.cmx().setModified(false);
+  frame.run(u"cmdINSERTCHAR c\ncmdDELETEBACK"_s);
+  EXPECT_FALSE(frame.document->DocumentModified()) << "what cancelled itself is told to those who show the state";
 }
 
 TEST(CommandRuns, FailureReportsInOrderAndClearsEveryFlag) {
