@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -173,7 +174,13 @@ QWidget* frmPreview::makeToolBar() {
   find_->setClearButtonEnabled(true);
   find_->setMinimumWidth(180);
   find_->setObjectName(QStringLiteral("find"));
-  row->addGroup({label(tr("F&ind"), find_), find_});
+  notFound_ = new QLabel(tr("Not found"), bar);
+  notFound_->setObjectName(QStringLiteral("notFound"));
+  QSizePolicy kept = notFound_->sizePolicy();
+  kept.setRetainSizeWhenHidden(true);   // nothing moves while the user types
+  notFound_->setSizePolicy(kept);
+  notFound_->hide();
+  row->addGroup({label(tr("F&ind"), find_), find_, notFound_});
   add(tr("&Close"), "close", tr("Close (Esc)"), [this] { reject(); });
   new QShortcut(QKeySequence::Find, this, [this] { find_->setFocus(); });
   new QShortcut(QKeySequence::FindNext, this, [this] { find(true); });
@@ -200,6 +207,13 @@ int frmPreview::exec() {
   layOutText();
   if (closing_) return result();
   return QDialog::exec();
+}
+
+// Esc ends the search first: the pages have the keys again. Then it closes.
+void frmPreview::keyPressEvent(QKeyEvent* event) {
+  if (event->key() != Qt::Key_Escape || !find_->hasFocus()) return QDialog::keyPressEvent(event);
+  find_->clear();
+  view_->setFocus();
 }
 
 void frmPreview::reject() {
@@ -304,6 +318,7 @@ void frmPreview::fillClipped() {
 void frmPreview::find(bool again) {
   const QString what = find_->text();
   const auto& pages = vp_.document().pages;
+  notFound_->hide();
   if (what.isEmpty() || pages.empty()) return view_->mark(-1, 0, 0);
   // The text of a page has no line ends: a match counts only when it lies within one printed line.
   const auto inOneLine = [](const PrintPage& page, qsizetype start, qsizetype length) {
@@ -330,7 +345,7 @@ void frmPreview::find(bool again) {
   }
   foundAt_ = -1;
   view_->mark(-1, 0, 0);
-  QApplication::beep();
+  notFound_->show();
 }
 
 void frmPreview::PrintIt() {

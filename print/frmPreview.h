@@ -52,6 +52,9 @@ class frmPreview : public QDialog {
  public slots:
   void reject() override;
 
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
  private:
   QWidget* makeToolBar();
   void showReviewSheet();
@@ -77,6 +80,7 @@ class frmPreview : public QDialog {
   QSpinBox* page_;
   QLabel* count_;
   QLineEdit* find_;
+  QLabel* notFound_;
   QComboBox* zoom_;
   QLabel* stopped_;
   QProgressBar* progress_;

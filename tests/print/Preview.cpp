@@ -150,6 +150,15 @@ TEST_F(Preview, FindGoesThroughPagesAndRunsOfStyle) {
   EXPECT_GT(view->currentPage(), first);
   QTest::keyClick(find, Qt::Key_Return);
   EXPECT_EQ(view->currentPage(), first) << "round the end";
+  auto* notFound = preview.findChild<QLabel*>(u"notFound"_s);
+  EXPECT_FALSE(notFound->isVisible());
+  find->setText(u"nowhere"_s);
+  EXPECT_TRUE(notFound->isVisible());
+  find->setFocus();
+  QTest::keyClick(find, Qt::Key_Escape);
+  EXPECT_TRUE(preview.isVisible() && find->text().isEmpty() && !notFound->isVisible()) << "Esc ends the search first";
+  QTest::keyClick(view, Qt::Key_Escape);
+  EXPECT_FALSE(preview.isVisible());
 }
 
 TEST_F(Preview, ClippedLinesLeadToTheSource) {
