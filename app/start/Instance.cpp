@@ -11,6 +11,7 @@
 #include <cstdio>
 
 #include "app/frame/frmMain.h"
+#include "app/look/Look.h"
 #include "app/start/mGlobals.h"
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -74,6 +75,7 @@ void tell(const QString& text, const QList<HandOff>& notOpened) {
     shown += QLatin1String("\r\n\r\n") + tr("Not opened:") + QLatin1String("\r\n") +
              names.first(std::min(kNamed, names.size())).join(QLatin1String("\r\n"));
   if (names.size() > kNamed) shown += QLatin1String("\r\n") + tr("and %1 more").arg(names.size() - kNamed);
+  showStoredLook();
   const BoxInCorner corner;
   MsgBox(shown, QString::fromLatin1(kApplicationTitle), Icon::exclamation);
 }
