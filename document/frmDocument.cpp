@@ -36,8 +36,7 @@ frmDocument::frmDocument(QWidget* parent)
   look->setInterval(kBreaksLookMs);
   const auto lookNow = [shared = shared_.get(), model = cmx->model().get()] {
     shared->mixedBreaks = text::lineEndsOf(model->snapshot(), Shared::kBreaksLook) == text::LineEnds::mixed;
-    for (frmDocument* window : shared->windows)
-      if (frame() && frame()->activeDocument() == window) window->showLineEnds();
+    for (frmDocument* window : shared->windows) window->showLineEnds();
   };
   connect(look, &QTimer::timeout, look, lookNow);
   connect(cmx->model().get(), &TextModel::changed, look, [look, lookNow](const text::Change& change) {
@@ -95,9 +94,7 @@ void frmDocument::setUp() {
   connect(cmx, &CodeMax::Typed, this, &frmDocument::cmx_Typed);
   connect(cmx, &CodeMax::SelChange, this, &frmDocument::cmx_SelChange);
   connect(cmx, &CodeMax::PropsChange, this, &frmDocument::cmx_PropsChange);
-  connect(cmx->model().get(), &TextModel::lineEndsChanged, this, [this] {
-    if (Frame* main = frame(); main && main->activeDocument() == this) showLineEnds();
-  });
+  connect(cmx->model().get(), &TextModel::lineEndsChanged, this, &frmDocument::showLineEnds);
   connect(cmx, &CodeMax::Note, this, [](const QString& text) {
     if (!text.isEmpty()) SetStatusText(text);   // an empty note only clears the message of an earlier action; the frame does that
   });
@@ -149,8 +146,16 @@ void frmDocument::followRights() {
   if (Frame* main = frame()) main->refreshToolbar();
 }
 
+bool frmDocument::isActive() const { return frame() && frame()->activeDocument() == this; }
+
+// The path takes the place of a message; that of a document that is not active stays away.
+void frmDocument::showFile(const QString& path) {
+  SetStatusText({});
+  if (isActive()) frame()->setPanel(1, nameForDisplay(path));
+}
+
 void frmDocument::showLineEnds() {
-  if (Frame* main = frame()) main->setUnixPanel(!cmx->EnableCRLF(), shared_->mixedBreaks);
+  if (isActive()) frame()->setUnixPanel(!cmx->EnableCRLF(), shared_->mixedBreaks);
 }
 
 QString frmDocument::Caption() const {
@@ -175,10 +180,9 @@ void frmDocument::DocumentChanged(bool modified) {
 }
 
 void frmDocument::RowAndCol() {
-  Frame* main = frame();
-  if (!main) return;
+  if (!isActive()) return;
   const CmRange selection = cmx->GetSel(false);
-  main->setPanel(2, QString::number(selection.EndLineNo + 1) + u',' + QString::number(selection.EndColNo));
+  frame()->setPanel(2, QString::number(selection.EndLineNo + 1) + u',' + QString::number(selection.EndColNo));
 }
 
 // ---- events
@@ -204,7 +208,10 @@ void frmDocument::cmx_GotFocus() {
   focusWork();
   Timer1->start();
   if (std::exchange(focusComesBack_, false)) return;
-  inconsistentDate();
+  // Later: the focus comes while the windows change, and a question would hold them there, with the text of another document in view.
+  QTimer::singleShot(0, this, [this] {
+    if (Timer1->isActive()) inconsistentDate();
+  });
 }
 
 void frmDocument::cmx_LostFocus() {
@@ -222,8 +229,8 @@ void frmDocument::cmx_RClick(const QPoint& globalPosition, bool* handled) {
 }
 
 void frmDocument::showTemplateState(bool afterTyping) {
+  if (!isActive()) return;
   Frame* main = frame();
-  if (!main) return;
   main->setTemplatePanel(shared_->language > 0 && main->isTemplateAtCaret(afterTyping));
   main->refreshToolbar();
 }

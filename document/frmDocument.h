@@ -43,9 +43,10 @@ class frmDocument : public QWidget {
   int views() const;         // number of windows of this text, at least 1
 
   void DocumentChanged(bool modified);
-  void RowAndCol();   // shows "line,column" of the caret in panel 2; lines from 1, columns from 0
+  void RowAndCol();   // of the active document: shows "line,column" of the caret in panel 2; lines from 1, columns from 0
   // If the text already came from this file, it is replaced in one undo step, so that the old text can be restored.
   void LoadDocument(const QString& path, bool& loaded);
+  void ReloadDocument();   // LoadDocument of its own file; the caret keeps its line and column
   // Reads the file again in another encoding, as one undo step. False: it cannot be read so, and the user has been told.
   bool ReopenAs(const text::FileFormat& format);
   // False: not saved, and the user has been told. Asks before it overwrites changes of other programs and before it creates a
@@ -100,6 +101,8 @@ class frmDocument : public QWidget {
   struct Shared;
   class OwnBox;
   void setUp();
+  bool isActive() const;   // the frame's panels are about it
+  void showFile(const QString& path);
   void cmx_GotFocus();
   void cmx_LostFocus();
   void cmx_ModifiedChange();
@@ -114,7 +117,7 @@ class frmDocument : public QWidget {
   bool allAgreed(const frmDocument* but = nullptr) const;   // the open windows of this text
   void updateCaption();
   void showTemplateState(bool afterTyping);
-  void showLineEnds();
+  void showLineEnds();   // of the active document
   void beginJournal();
   bool makeFolderOf(const QString& path);   // asks; false: the folder does not exist
 

@@ -80,10 +80,20 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
     const bool crlf = SetCRLF(path);
     if (crlf != cmx->EnableCRLF()) cmx->setEnableCRLF(crlf);
   }
-  if (Frame* main = frame()) main->setPanel(2, QString::number(cmx->LineCount()) + tr(" Lines"));
+  if (isActive()) frame()->setPanel(2, QString::number(cmx->LineCount()) + tr(" Lines"));
   shared_->mixedBreaks = text::lineEndsOf(cmx->model()->snapshot(), Shared::kBreaksLook) == text::LineEnds::mixed;
   showLineEnds();
-  SetStatusText(nameForDisplay(path));
+  showFile(path);
+}
+
+void frmDocument::ReloadDocument() {
+  const OwnBox box(*this);
+  const CmRange caret = cmx->GetSel(false);
+  bool loaded = false;
+  LoadDocument(shared_->name, loaded);
+  if (!loaded || box.documentIsGone()) return;
+  DocumentChanged(cmx->Modified());
+  cmx->SetSel(caret);
 }
 
 // Replaces only what differs, so that caret, bookmarks and views elsewhere in the text stay.
@@ -187,7 +197,7 @@ bool frmDocument::SaveDocumment(const QString& path) {
   }
   shared_->stampTakenNs = nowNs();
   if (shared_->recovery) shared_->recovery->saved();
-  SetStatusText(nameForDisplay(path));
+  showFile(path);
   return true;
 }
 
@@ -227,6 +237,11 @@ void frmDocument::inconsistentDate() {
   const auto done = qScopeGuard([&asking] { asking = false; });
 
   const OwnBox box(*this);
+  // The user may have gone to another document while the disk was looked at, or the frame may not show this one yet.
+  const auto ask = [&](const QString& text, Buttons buttons) {
+    if (Frame* main = frame()) main->activate(this);
+    return MsgBox(text, CurrentFileTitle(), Icon::exclamation, buttons);
+  };
   text::FileStamp now;
   const auto look = [&](bool withContent) {   // the disk may hang; then the next check decides
     const auto seen = std::make_shared<text::FileStamp>();
@@ -242,7 +257,8 @@ void frmDocument::inconsistentDate() {
     if (!known->exists) return;   // already reported, and the file has not come back
     known = text::FileStamp{};    // the next save creates the file again without a question
     cmx->setModified(true);       // the text exists only in this window
-    MsgBox(tr("The source of this file cannot be found, please re-save it"), {}, Icon::exclamation);
+    ask(tr("The source of this file cannot be found, please re-save it") + QLatin1String("\r\n") + plainForDisplay(shared_->name),
+        Buttons::ok);
     return;
   }
   const bool fresh = shared_->stampTakenNs - now.status.ctimeNs < kClockGrainNs;
@@ -262,17 +278,9 @@ void frmDocument::inconsistentDate() {
   }
   const QString question = tr("Warning : ") + CurrentFileTitle() + tr(" has been changed since it was opened with this editor") +
                            QLatin1String("\r\n") + tr("Do you want to re-load it");
-  const Answer answer = MsgBox(question, {}, Icon::exclamation, Buttons::yesNo);
+  const Answer answer = ask(question, Buttons::yesNo);
   if (box.documentIsGone()) return;
-  if (answer == Answer::yes) {
-    const CmRange caret = cmx->GetSel(false);
-    bool loaded = false;
-    LoadDocument(shared_->name, loaded);
-    if (!loaded || box.documentIsGone()) return;
-    DocumentChanged(false);
-    cmx->SetSel(caret);
-    return;
-  }
+  if (answer == Answer::yes) return ReloadDocument();
   known = now;
   shared_->stampTakenNs = lookedAt;
   if (otherText) cmx->setModified(true);   // the text shown differs from the file

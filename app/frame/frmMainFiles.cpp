@@ -101,7 +101,6 @@ frmDocument* frmMain::CheckFileStatus(const QString& name, bool& proceed) {
     if (answer != Answer::yes || !document) return nullptr;
     // "Revert" means activating the window that holds the changes; the file is not read.
     activate(document);
-    windowOf(document)->showNormal();
     return document;
   }
   proceed = false;
@@ -259,12 +258,7 @@ void frmMain::mnuFileSaveAll_Click() {
 void frmMain::mnuFileReload_Click() {
   frmDocument* document = activeDocument();
   if (!document || !document->DocumentHasName()) return;
-  const CmRange caret = document->cmx->GetSel(false);
-  bool loaded = false;
-  document->LoadDocument(document->CurrentFileName(), loaded);
-  if (!loaded) return;
-  document->DocumentChanged(document->cmx->Modified());
-  document->cmx->SetSel(caret);
+  document->ReloadDocument();
 }
 
 // ---- closing, recently used, drop

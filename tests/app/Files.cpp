@@ -90,6 +90,23 @@ TEST_F(Files, OpenAlreadyBringsForward) {
   EXPECT_EQ(main->openAt(path("link.v"), 1, 1), first);
   EXPECT_EQ(first->CurrentFileName(), path("a.v"));
   EXPECT_EQ(main->DocCount, 2);
+  // One that is new and then one that is open, without a key between: the panels are about the second.
+  first->cmx->SetSel({0, 2, 0, 2, false});
+  frmDocument* fresh = open("new.v", "1\n2\n");
+  fresh->cmx->SetSel({1, 1, 1, 1, false});
+  main->openFile(path("link.v"));
+  EXPECT_EQ(main->panels().text(), path("a.v"));
+  EXPECT_EQ(main->panels().panel(Panel::rowAndColumn), q("1,2"));
+  // What happens to the other one behind it does not show.
+  fresh->cmx->SetSel({0, 0, 0, 0, false});
+  EXPECT_TRUE(fresh->SaveDocumment(fresh->CurrentFileName()));
+  EXPECT_EQ(main->panels().text(), path("a.v"));
+  EXPECT_EQ(main->panels().panel(Panel::rowAndColumn), q("1,2"));
+  // The one with changes comes forward as the windows are, maximised.
+  fresh->cmx->setText(q("mine\n"));
+  boxes.answer(Answer::yes);
+  EXPECT_EQ(main->openFile(path("new.v")), fresh);
+  for (const QMdiSubWindow* window : main->mdi().subWindowList()) EXPECT_TRUE(window->isMaximized());
 }
 
 // Who asks for a place or for a guard gets the window that the answer led to, and none after Cancel.

@@ -35,10 +35,13 @@ TEST_F(Document, FirstLineDecidesLineEnds) {
     const auto document = opened(write("f.txt", c.bytes));
     EXPECT_EQ(document->SetCRLF(path("f.txt")), c.win);
     EXPECT_EQ(document->cmx->EnableCRLF(), c.win);
+    main.activate(document.get());
+    document->focusWork();
     EXPECT_EQ(main.unixFile, !c.win);
     EXPECT_TRUE(document->SaveDocumment(path("f.txt")));
     EXPECT_EQ(read(path("f.txt")), c.bytes) << "looking at line ends must not change them";
     main.open.clear();
+    main.active = nullptr;
   }
   frmDocument document;
   EXPECT_FALSE(document.SetCRLF(path("not there")));

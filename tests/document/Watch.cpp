@@ -10,8 +10,6 @@
 
 namespace {
 
-const char kGone[] = "The source of this file cannot be found, please re-save it";
-
 class Watch : public DocumentFixture {
  protected:
   static void keepTimes(const QString& name, const std::function<void()>& change) {
@@ -21,6 +19,13 @@ class Watch : public DocumentFixture {
     const timespec times[2] = {status.st_atim, status.st_mtim};
     ASSERT_EQ(::utimensat(AT_FDCWD, name.toUtf8().constData(), times, 0), 0);
   }
+  void comesForward(CodeMax& cmx) {
+    const std::size_t asked = boxes.boxes.size();
+    emit cmx.GotFocus();
+    EXPECT_EQ(boxes.boxes.size(), asked) << "a question would stop the change of windows halfway";
+    QCoreApplication::processEvents();
+  }
+  static QString gone(const QString& name) { return q("The source of this file cannot be found, please re-save it\r\n") + name; }
   static QString question() {
     return q("Warning : a.v has been changed since it was opened with this editor\r\nDo you want to re-load it");
   }
@@ -115,10 +120,12 @@ TEST_F(WatchWays, AreNoticedOnFocusAndOnTheTimer) {
         for (int i = 0; i < 400 && (i < 20 || way.seen != Seen::nothing) && boxes.boxes.empty(); ++i) settle(2);
         document->Timer1->stop();
       } else {
-        emit document->cmx->GotFocus();
+        comesForward(*document->cmx);
       }
       ASSERT_EQ(boxes.boxes.size(), way.seen == Seen::nothing ? 0u : 1u);
-      if (way.seen != Seen::nothing) { EXPECT_EQ(boxes.last().text, way.seen == Seen::gone ? q(kGone) : question()); }
+      if (way.seen != Seen::nothing) {
+        EXPECT_EQ(boxes.last().text, way.seen == Seen::gone ? gone(document->CurrentFileName()) : question());
+      }
       EXPECT_EQ(document->cmx->Text(), q("old text\n")) << "W2: nothing changes without a yes";
       if (way.seen == Seen::changed) {
         document->inconsistentDate();
@@ -181,7 +188,7 @@ TEST_F(Watch, W1_MountsAndRightsThatGoAndComeBack) {
       const testing_files::UseFileSystem use(away);
       boxes.answer(Answer::ok);
       document->inconsistentDate();
-      EXPECT_EQ(boxes.last().text, q(kGone));
+      EXPECT_EQ(boxes.last().text, gone(document->CurrentFileName()));
       EXPECT_TRUE(document->DocumentModified());
     }
     boxes.answer(Answer::yes);   // it is there again, and nobody knows what was done to it
@@ -226,7 +233,7 @@ TEST_F(Watch, W1_AChangeWithinTheClocksGrainIsNoticed) {
 TEST_F(Watch, W1_ADocumentBehindAnotherIsNoticedWhenItComesForward) {
   const auto hidden = opened(write("a.v", "old\n")), shown = opened(write("b.v", "old\n"));
   emit hidden->cmx->LostFocus();
-  emit shown->cmx->GotFocus();
+  comesForward(*shown->cmx);
   EXPECT_FALSE(hidden->Timer1->isActive());
   EXPECT_EQ(shown->Timer1->interval(), 4000);
   write("a.v", "theirs\n");
@@ -238,9 +245,15 @@ TEST_F(Watch, W1_ADocumentBehindAnotherIsNoticedWhenItComesForward) {
   EXPECT_EQ(read(path("a.v")), "theirs\n");
   emit shown->cmx->LostFocus();
   boxes.answer(Answer::no);
-  emit hidden->cmx->GotFocus();
+  comesForward(*hidden->cmx);
   EXPECT_EQ(boxes.last().text, question());
   EXPECT_EQ(hidden->cmx->Text(), q("mine\n"));
+  // The user has gone on while the disk was looked at: what is asked about is shown.
+  main.active = shown.get();
+  QFile::remove(path("a.v"));
+  boxes.answer(Answer::ok, [&] { EXPECT_EQ(main.active, hidden.get()); });
+  hidden->inconsistentDate();
+  EXPECT_EQ(boxes.last().text, gone(path("a.v")));
 }
 
 TEST_F(Watch, W2_TwoWindowsOnOneTextAskOnceAndReloadTogether) {
@@ -249,7 +262,7 @@ TEST_F(Watch, W2_TwoWindowsOnOneTextAskOnceAndReloadTogether) {
   main.open << &second;
   write("a.v", "theirs\n");
   boxes.answer(Answer::no);
-  emit second.cmx->GotFocus();
+  comesForward(*second.cmx);
   for (frmDocument* window : {first.get(), &second}) {
     EXPECT_EQ(window->cmx->Text(), q("one\ntwo\n"));
     EXPECT_TRUE(window->DocumentModified());
@@ -258,7 +271,7 @@ TEST_F(Watch, W2_TwoWindowsOnOneTextAskOnceAndReloadTogether) {
   EXPECT_EQ(boxes.boxes.size(), 1u) << "one answer for both";
   write("a.v", "");
   boxes.answer(Answer::yes);
-  emit first->cmx->GotFocus();
+  comesForward(*first->cmx);
   for (frmDocument* window : {first.get(), &second}) {
     EXPECT_EQ(window->cmx->Text(), QString());
     EXPECT_FALSE(window->DocumentModified());
@@ -276,7 +289,7 @@ TEST_F(Watch, W2_ReloadIsOneStepAndTheOldTextComesBack) {
   select(*document, 2, 3, 2, 3);
   write("a.v", "");   // cut to nothing, as by a full disk
   boxes.answer(Answer::yes);
-  emit document->cmx->GotFocus();
+  comesForward(*document->cmx);
   EXPECT_EQ(document->cmx->Text(), QString());
   EXPECT_FALSE(document->DocumentModified());
   document->cmx->ExecuteCmd(Cmd::UNDO);
@@ -328,7 +341,7 @@ TEST_F(Watch, DeclinedOrVanishedTextIsOfferedForSaving) {
   QFile::remove(path("a.v"));
   boxes.answer(Answer::ok);
   document->inconsistentDate();
-  EXPECT_EQ(boxes.last().text, q(kGone)) << "it had come back";
+  EXPECT_EQ(boxes.last().text, gone(document->CurrentFileName())) << "it had come back";
   EXPECT_TRUE(document->DocumentModified());
   EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
   EXPECT_EQ(read(path("a.v")), "mine\n");
@@ -350,7 +363,7 @@ TEST_F(Watch, RestsWhereItShould) {
   main.minimised = false;
   {
     const BusyGuard busy;
-    emit document->cmx->GotFocus();
+    comesForward(*document->cmx);
     EXPECT_TRUE(boxes.boxes.empty());
   }
   {
@@ -359,7 +372,7 @@ TEST_F(Watch, RestsWhereItShould) {
     EXPECT_TRUE(boxes.boxes.empty());
   }
   boxes.answer(Answer::no);
-  emit document->cmx->GotFocus();
+  comesForward(*document->cmx);
   EXPECT_EQ(boxes.boxes.size(), 1u);
 }
 
@@ -376,15 +389,15 @@ TEST_F(Watch, OneBoxAtATimeAndItsEndIsNoFocusGain) {
     EXPECT_EQ(boxes.boxes.size(), 1u) << "no box on top of the box";
     document->Timer1->setInterval(4'000'000);
   });
-  emit document->cmx->GotFocus();
+  comesForward(*document->cmx);
   EXPECT_EQ(boxes.boxes.size(), 1u);
   write("a.v", "new text\n");
-  emit document->cmx->GotFocus();   // the box gives it back
+  comesForward(*document->cmx);   // the box gives it back
   EXPECT_EQ(boxes.boxes.size(), 1u) << "or a file that is often written would never let go";
   EXPECT_TRUE(document->Timer1->isActive());
   EXPECT_GT(document->Timer1->remainingTime(), 3'000'000) << "the time counts from the end of the box";
   boxes.answer(Answer::no);
-  emit document->cmx->GotFocus();   // a real one
+  comesForward(*document->cmx);   // a real one
   EXPECT_EQ(boxes.boxes.size(), 2u);
 }
 
