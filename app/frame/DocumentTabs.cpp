@@ -3,8 +3,10 @@
 #include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <algorithm>
+#include <utility>
 
 #include "app/look/Tips.h"
+#include "base/Strings.h"
 #include "document/frmDocument.h"
 
 namespace {
@@ -41,6 +43,7 @@ void DocumentTabs::remove(frmDocument* document) {
   const QSignalBlocker quiet(this);
   if (const int tab = tabOf(document); tab >= 0) removeTab(tab);
   disconnect(document, nullptr, this, nullptr);
+  showNames(titles_.take(document));
 }
 
 void DocumentTabs::setActive(frmDocument* document) {
@@ -65,9 +68,33 @@ QList<frmDocument*> DocumentTabs::inOrder() const {
 void DocumentTabs::showCaption(frmDocument* document) {
   const int tab = tabOf(document);
   if (tab < 0) return;
-  setTabText(tab, document->Caption().replace(u'&', QLatin1String("&&")));
   const QString& name = document->CurrentFileName();
   setTabToolTip(tab, plainTip(name.isEmpty() ? document->CurrentFileTitle() : name));
+  const QString was = std::exchange(titles_[document], document->CurrentFileTitle());
+  if (!was.isEmpty() && was != document->CurrentFileTitle()) showNames(was);
+  showNames(document->CurrentFileTitle());
+}
+
+void DocumentTabs::showNames(const QString& title) {
+  for (int tab = 0; tab < count(); ++tab)
+    if (const frmDocument* document = documentAt(tab); document->CurrentFileTitle() == title)
+      setTabText(tab, nameOf(document).replace(u'&', QLatin1String("&&")));
+}
+
+QString DocumentTabs::nameOf(const frmDocument* document) const {
+  const QString& path = document->CurrentFileName();
+  const QString& title = document->CurrentFileTitle();
+  qsizetype alike = 0;   // characters at the end of the path that another one has too
+  for (int tab = 0; tab < count() && !path.isEmpty(); ++tab) {
+    const frmDocument* other = documentAt(tab);
+    if (other->CurrentFileTitle() != title || other->CurrentFileName() == path) continue;
+    const auto differs =
+        std::mismatch(path.crbegin(), path.crend(), other->CurrentFileName().crbegin(), other->CurrentFileName().crend());
+    alike = std::max<qsizetype>(alike, differs.first - path.crbegin());
+  }
+  if (alike == 0) return document->Caption();
+  const qsizetype from = GetFileDir(path.left(path.size() - alike)).size() + 1, folder = path.size() - title.size() - from;
+  return nameForDisplay(path.mid(from, folder), 200) + document->Caption();
 }
 
 void DocumentTabs::mousePressEvent(QMouseEvent* event) {

@@ -2,6 +2,7 @@
 // windows; closing and activating are requested from the frame by signals.
 #pragma once
 
+#include <QHash>
 #include <QTabBar>
 
 class frmDocument;
@@ -17,6 +18,8 @@ class DocumentTabs : public QTabBar {
   frmDocument* documentAt(int tab) const;
   int tabOf(const frmDocument* document) const;   // -1: none
   QList<frmDocument*> inOrder() const;
+  // The caption; of a text whose title others have too, with as much of its folder before it as tells it from them.
+  QString nameOf(const frmDocument* document) const;
 
  signals:
   void chosen(frmDocument* document);
@@ -34,5 +37,7 @@ class DocumentTabs : public QTabBar {
 
  private:
   void showCaption(frmDocument* document);
+  void showNames(const QString& title);         // of all with this title
+  QHash<const frmDocument*, QString> titles_;   // as shown
   int pressed_ = -1;
 };

@@ -196,7 +196,7 @@ void frmMain::fillWindowList(QMenu& menu) {
   for (frmDocument* document : tabs_->inOrder()) {
     if (++number > kListedWindows) break;   // the list of all has a command of its own
     const QString digit = number < 10 ? u'&' + QString::number(number) : QString::number(number);
-    QAction* entry = addChoice(menu, digit + u' ' + inMenu(document->Caption()), document == activeDocument());
+    QAction* entry = addChoice(menu, digit + u' ' + inMenu(tabs_->nameOf(document)), document == activeDocument());
     connect(entry, &QAction::triggered, this, [this, document = QPointer(document)] { activate(document); });
   }
 }

@@ -177,6 +177,31 @@ TEST_F(Windows, ListNamesThem) {
   EXPECT_NE(main->activeDocument(), second);
 }
 
+// Of texts with one title, tab and list say what tells them apart.
+TEST_F(Windows, TextsWithOneTitleAreToldApart) {
+  for (const char* folder : {"x/rtl", "y/rtl", "y/sim"}) QDir(dir.path()).mkpath(q(folder));
+  const auto names = [this] {
+    QStringList texts;
+    for (int tab = 0; tab < tabs().count(); ++tab) texts << tabs().tabText(tab);
+    return texts.join(u' ');
+  };
+  frmDocument* first = open("x/rtl/top.v");
+  EXPECT_EQ(names(), q("top.v"));
+  open("y/rtl/top.v")->cmx->InsertText(q("x"), {0, 0});
+  main->newWindow();
+  open("y/sim/top.v");
+  EXPECT_EQ(names(), q("x/rtl/top.v y/rtl/top.v* y/rtl/top.v* sim/top.v"));
+  EXPECT_EQ(first->Caption(), q("top.v"));
+  QMenu menu;
+  main->fillWindowList(menu);
+  EXPECT_EQ(menu.actions().last()->text(), q("&4 sim/top.v"));
+  EXPECT_TRUE(main->mainSaveDocument(*first, path("x/rtl/other.v")));
+  EXPECT_EQ(names(), q("other.v rtl/top.v* rtl/top.v* sim/top.v"));
+  windowOf(main->activeDocument())->close();
+  wait(1);
+  EXPECT_EQ(names(), q("other.v top.v* top.v*"));
+}
+
 TEST_F(Windows, TheLogComesBackWhereItWas) {
   const auto dock = [this] { return main->findChild<QDockWidget*>(q("logDock")); };
   const auto again = [this] {
