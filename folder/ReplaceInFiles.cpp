@@ -210,7 +210,7 @@ Outcome replaceInFile(const FilePlan& plan, ReplaceRecord& record) try {
     return fail("The character " + std::string(code) + " does not fit into its encoding, " + name(loaded.format.encoding));
   }
   if (text::writeProtected(plan.path)) return fail("It is write-protected");
-  std::string error = record.keep(plan.path, *before, text::ContentHash::of(*after), static_cast<std::int64_t>(after->size()));
+  std::string error = record.keep(plan.path, *before, FileContent::of(*after));
   if (!error.empty()) return fail("Its old text could not be kept: " + error);
   const text::SaveResult saved = text::saveFile(plan.path, document.snapshot(), {loaded.format, loaded.stamp});
   if (!saved.ok()) {
@@ -221,5 +221,14 @@ Outcome replaceInFile(const FilePlan& plan, ReplaceRecord& record) try {
   outcome.changes = changes;
   return outcome;
 } catch (const std::bad_alloc&) { return {plan.path, 0, "Out of memory"}; }
+
+std::string keepOfWindow(const WindowChange& change, ReplaceRecord& record) try {
+  text::EncodeError misfit;
+  const auto before = text::encodeText(change.before.bytes(), change.format, &misfit);
+  const auto after = text::encodeText(change.after.bytes(), change.format, &misfit);
+  // A text that does not fit into its encoding cannot be saved as it is; what is saved later is not what the replacing made.
+  const FileContent made = before && after ? FileContent::of(*after) : FileContent();
+  return record.keepOfWindow(change.path, before ? *before : change.before.bytes(), made, FileContent::of(change.onDisk));
+} catch (const std::bad_alloc&) { return "Out of memory"; }
 
 }   // namespace folder

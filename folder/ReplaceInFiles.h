@@ -70,6 +70,16 @@ struct Outcome {
 // Makes the ticked changes of a file on disk. Its old bytes go into the record first.
 Outcome replaceInFile(const FilePlan& plan, ReplaceRecord& record);
 
+// The text of a file, changed in its window.
+struct WindowChange {
+  std::string path;
+  text::Snapshot before, after;
+  text::FileFormat format;
+  text::FileStamp onDisk;   // what the window knows of the file
+};
+// Its old text goes into the record, for the time when the window has saved. Error text.
+std::string keepOfWindow(const WindowChange& change, ReplaceRecord& record);
+
 // Whether all places hold what the plan saw, in the text as it is.
 bool fits(const FilePlan& plan, const text::Snapshot& text);
 

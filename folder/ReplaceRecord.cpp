@@ -17,7 +17,7 @@ using text::FileSystem;
 
 namespace {
 
-constexpr char kMagic[] = "zelkor replaced 1\n";
+constexpr std::string_view kMagic = "zelkor replaced 1\n", kMagicOfWindow = "zelkor replaced 2\n";
 constexpr char kDamaged[] = "The record of its old text is damaged";
 constexpr std::size_t kMostAbout = 4096;
 constexpr int kLockTries = 50;
@@ -43,28 +43,33 @@ bool take(std::string_view* rest, Number* value, char behind) {
   return true;
 }
 
+bool take(std::string_view* rest, FileContent* content, char behind) {
+  return take(rest, &content->size, ' ') && take(rest, &content->hash, behind);
+}
+
 // The head of an entry, and where the old bytes begin. False: it is damaged, or was not written to its end.
 bool readEntry(std::string_view bytes, ReplacedFile* file, std::string_view* old) {
   std::int64_t length = 0;
-  if (!bytes.starts_with(kMagic)) return false;
-  bytes.remove_prefix(sizeof kMagic - 1);
+  const bool ofWindow = bytes.starts_with(kMagicOfWindow);
+  if (!ofWindow && !bytes.starts_with(kMagic)) return false;
+  bytes.remove_prefix(kMagic.size());
   if (!take(&bytes, &length, ' ') || length < 0 || static_cast<std::size_t>(length) >= bytes.size()) return false;
   file->path = bytes.substr(0, static_cast<std::size_t>(length));
   bytes.remove_prefix(static_cast<std::size_t>(length));
   if (bytes[0] != '\n') return false;
   bytes.remove_prefix(1);
-  if (!take(&bytes, &file->oldSize, ' ') || !take(&bytes, &file->oldHash, ' ') || !take(&bytes, &file->newSize, ' ') ||
-      !take(&bytes, &file->newHash, '\n'))
-    return false;
+  if (!take(&bytes, &file->before, ' ') || !take(&bytes, &file->made, ofWindow ? ' ' : '\n')) return false;
+  file->unsaved = file->before;
+  if (ofWindow && !take(&bytes, &file->unsaved, '\n')) return false;
   if (old) *old = bytes;
-  return static_cast<std::int64_t>(bytes.size()) == file->oldSize && text::ContentHash::of(bytes) == file->oldHash;
+  return FileContent::of(bytes) == file->before;
 }
 
-Side sideOf(const ReplacedFile& file) {
-  const text::FileStamp stamp = text::stampOf(file.path, true);
+Side sideOf(const ReplacedFile& file, const text::FileStamp& stamp) {
+  const FileContent now = FileContent::of(stamp);
+  if (now == file.before || now == file.unsaved) return Side::old;
   if (!stamp.exists) return Side::gone;
-  if (stamp.status.size == file.oldSize && stamp.contentHash == file.oldHash) return Side::old;
-  return stamp.status.size == file.newSize && stamp.contentHash == file.newHash ? Side::new_ : Side::other;
+  return now == file.made ? Side::new_ : Side::other;
 }
 
 // The lock on "about", held by who writes the record or removes it. It is open for writing, as some network file systems give an
@@ -152,12 +157,35 @@ ReplaceRecord::~ReplaceRecord() {
   if (!finished_) finish();
 }
 
-std::string ReplaceRecord::keep(const std::string& path, std::string_view oldBytes, std::uint64_t newHash, std::int64_t newSize) {
-  std::string bytes = kMagic + std::to_string(path.size()) + ' ' + path + '\n' + std::to_string(oldBytes.size()) + ' ' +
-                      std::to_string(text::ContentHash::of(oldBytes)) + ' ' + std::to_string(newSize) + ' ' +
-                      std::to_string(newHash) + '\n';
-  bytes += oldBytes;
-  std::string error = text::saveBytes(folder_ + "/" + entryName(kept_ + 1), bytes, 0600).error;
+FileContent FileContent::of(std::string_view bytes) {
+  return {static_cast<std::int64_t>(bytes.size()), text::ContentHash::of(bytes)};
+}
+FileContent FileContent::of(const text::FileStamp& stamp) {
+  return stamp.exists ? FileContent{stamp.status.size, stamp.contentHash} : FileContent();
+}
+
+namespace {
+
+std::string inHead(const FileContent& content) { return std::to_string(content.size) + ' ' + std::to_string(content.hash); }
+std::string headOf(std::string_view magic, const std::string& path, std::string_view oldBytes, const FileContent& made) {
+  return std::string(magic) + std::to_string(path.size()) + ' ' + path + '\n' + inHead(FileContent::of(oldBytes)) + ' ' +
+         inHead(made);
+}
+
+}   // namespace
+
+std::string ReplaceRecord::keep(const std::string& path, std::string_view oldBytes, const FileContent& made) {
+  return write(headOf(kMagic, path, oldBytes, made) + '\n', oldBytes);
+}
+
+std::string ReplaceRecord::keepOfWindow(const std::string& path, std::string_view oldBytes, const FileContent& made,
+                                        const FileContent& onDisk) {
+  return write(headOf(kMagicOfWindow, path, oldBytes, made) + ' ' + inHead(onDisk) + '\n', oldBytes);
+}
+
+std::string ReplaceRecord::write(std::string head, std::string_view oldBytes) {
+  head += oldBytes;
+  std::string error = text::saveBytes(folder_ + "/" + entryName(kept_ + 1), head, 0600).error;
   if (error.empty()) ++kept_;
   return error;
 }
@@ -212,8 +240,11 @@ std::optional<LastReplace> newestRecord(const std::string& records, bool finishe
       if (!error.empty()) file.trouble = "Its old text cannot be read: " + error;
       else if (!readEntry(bytes, &file, nullptr)) file.trouble = kDamaged;
       else {
-        file.side = sideOf(file);
-        found.bytes += file.oldSize;
+        const text::FileStamp now = text::stampOf(file.path, true);
+        file.side = sideOf(file, now);
+        file.device = now.status.device;
+        file.inode = now.status.inode;
+        found.bytes += file.before.size;
       }
     }
   }
@@ -240,16 +271,16 @@ std::vector<UndoneFile> undoReplace(const LastReplace& last) {
     const std::string bytes = text::readBytes(file.entry, &result.trouble);
     if (result.trouble.empty() && !readEntry(bytes, &entry, &old)) result.trouble = kDamaged;
     const text::FileStamp now = text::stampOf(file.path, true);
-    const bool isOld = now.exists && now.status.size == file.oldSize && now.contentHash == file.oldHash;
-    const bool isNew = now.exists && now.status.size == file.newSize && now.contentHash == file.newHash;
-    if (result.trouble.empty() && !now.exists) result.trouble = "It is not there any more";
-    if (result.trouble.empty() && !isOld && !isNew) result.trouble = "It has been changed since the replacing";
-    if (result.trouble.empty() && !isOld) {
+    const Side side = sideOf(file, now);
+    if (result.trouble.empty() && side == Side::gone) result.trouble = "It is not there any more";
+    if (result.trouble.empty() && side == Side::other) result.trouble = "It has been changed since the replacing";
+    if (result.trouble.empty() && side == Side::new_) {
       auto copy = std::make_shared_for_overwrite<char[]>(old.size() + 1);
       std::copy(old.begin(), old.end(), copy.get());
       const text::LoadedFile text = text::decodeFile(std::move(copy), old.size());
       result.trouble = text.error;
       if (result.trouble.empty()) result.trouble = text::saveFile(file.path, text.text, {text.format, now}).error;
+      result.changed = result.trouble.empty();
     }
     if (result.trouble.empty()) fileSystem().unlinkAt(FileSystem::kCwd, file.entry, false);
   }

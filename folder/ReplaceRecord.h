@@ -3,7 +3,7 @@
 //
 // A record is a folder below "replaced" in the state folder: a file "about", locked while it is written; one file for each changed
 // file, synced before that file is changed, with its name, the hashes of its old and new bytes, and the old bytes themselves; and
-// "done" once all were changed. The newest record is kept until the next replacing, at most 30 days.
+// "done" once all were changed. A text that was changed in a window has one too, because its window may save it. The newest record is kept until the next replacing, at most 30 days.
 #pragma once
 
 #include <memory>
@@ -18,6 +18,15 @@ namespace folder {
 
 inline constexpr int kRecordDays = 30;
 
+// What a file holds. size -1: nothing that can be; as a state of the disk, that there is no file.
+struct FileContent {
+  std::int64_t size = -1;
+  std::uint64_t hash = 0;
+  static FileContent of(std::string_view bytes);
+  static FileContent of(const text::FileStamp& stamp);   // with its content
+  bool operator==(const FileContent&) const = default;
+};
+
 class ReplaceRecord {
  public:
   // A new record in this folder ("replaced" in the state folder; made when it is not there). about: one line for the user.
@@ -25,7 +34,10 @@ class ReplaceRecord {
   ~ReplaceRecord();
 
   // Before a file is changed. Error text, empty when the old bytes are on the disk.
-  std::string keep(const std::string& path, std::string_view oldBytes, std::uint64_t newHash, std::int64_t newSize);
+  std::string keep(const std::string& path, std::string_view oldBytes, const FileContent& made);
+  // For a file whose text was changed in a window: a save may change the file at any time from now on. oldBytes: what a save would
+  // have written before; onDisk: what the file holds while it has not been saved.
+  std::string keepOfWindow(const std::string& path, std::string_view oldBytes, const FileContent& made, const FileContent& onDisk);
   void drop();   // what was kept last: that file was not changed
   // All files have been changed that are to be. A record without any goes again. Error text.
   std::string finish();
@@ -33,19 +45,21 @@ class ReplaceRecord {
 
  private:
   ReplaceRecord() = default;
+  std::string write(std::string head, std::string_view oldBytes);
   std::string folder_;
   text::files::Descriptor lock_;
   int kept_ = 0;
   bool finished_ = false;
 };
 
-enum class Side { old, new_, other, gone };   // what a file holds now
+// What a file holds now. old: also what it held before, when only its window was changed and did not save.
+enum class Side { old, new_, other, gone };
 
 struct ReplacedFile {
-  std::string path, entry;   // entry: the file with the old bytes
-  std::int64_t oldSize = 0, newSize = 0;
-  std::uint64_t oldHash = 0, newHash = 0;
+  std::string path, entry;             // entry: the file with the old bytes
+  FileContent before, made, unsaved;   // unsaved: see keepOfWindow; else the same as before
   Side side = Side::other;
+  std::uint64_t device = 0, inode = 0;   // 0: there is no file
   std::string trouble;   // for the user; not empty: the entry could not be read, and the path may be the entry's own
 };
 
@@ -65,7 +79,8 @@ void markTold(const LastReplace& last);
 
 struct UndoneFile {
   std::string path;
-  std::string trouble;   // for the user; not empty: it is as it was
+  std::string trouble;    // for the user; not empty: it is as it was
+  bool changed = false;   // it was written
 };
 // Gives the files their old bytes where they are as the replacing left them. What was brought back leaves the record.
 std::vector<UndoneFile> undoReplace(const LastReplace& last);

@@ -33,8 +33,9 @@ frmDocument* openTextOf(const std::string& path) {
 
 Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const QString& about) {
   struct Held {
+    std::vector<folder::WindowChange> windows;
     std::vector<folder::FilePlan> files;
-    std::vector<folder::Outcome> outcomes;
+    std::vector<folder::Outcome> outcomes, notKept;   // notKept: changed in windows, without their old texts
     std::string about, records, record, error;
   };
   Replaced replaced;
@@ -59,18 +60,26 @@ Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const 
       replaced.changes += std::int64_t(edits.size());
       ++replaced.files;
       replaced.open.push_back({document, text->revision()});
+      const auto& stamp = document->cmx->model()->stamp;
+      bytes += text->snapshot().size().value;
+      if (!document->CurrentFileName().isEmpty())
+        held->windows.push_back({fromQString(document->CurrentFileName()), plan.text, text->snapshot(), document->cmx->fileFormat(),
+                                 stamp ? *stamp : text::FileStamp()});
     }
   }
   const auto keep = [&] {
     if (replaced.changes > 0 || !replaced.record.empty()) newestReplaced() = replaced;
     return replaced;
   };
-  if (held->files.empty()) return keep();
+  if (held->files.empty() && held->windows.empty()) return keep();
   held->about = fromQString(about);
   held->records = replaceRecords();
   const auto work = [held](text::SearchControl& control) {
     const auto record = folder::ReplaceRecord::begin(held->records, held->about, &held->error);
     if (!record) return;
+    for (const auto& change : held->windows)
+      if (const std::string error = folder::keepOfWindow(change, *record); !error.empty())
+        held->notKept.push_back({change.path, 0, error});
     for (const auto& plan : held->files) {
       if (control.cancel) held->outcomes.push_back({plan.path, 0, "Cancelled before it"});
       else held->outcomes.push_back(folder::replaceInFile(plan, *record));
@@ -85,7 +94,11 @@ Replaced makeChanges(QWidget& asker, std::vector<folder::FilePlan> plans, const 
     replaced.changes += outcome.changes;
     replaced.files += outcome.changes > 0;
   }
-  if (held->outcomes.empty() && !held->error.empty())
+  for (const auto& outcome : held->notKept)
+    replaced.troubles << namedTrouble(outcome.path, replaceText("Only Undo in its window brings its old text back, as it could not "
+                                                                "be kept: %1")
+                                                        .arg(toQString(outcome.trouble)));
+  if (held->outcomes.empty() && !held->files.empty() && !held->error.empty())
     replaced.troubles << replaceText("No file was changed, as their old texts could not be kept: %1").arg(toQString(held->error));
   else if (!held->error.empty())
     replaced.troubles << replaceText("The record of the old texts could not be finished: %1").arg(toQString(held->error));

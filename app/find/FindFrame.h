@@ -62,7 +62,6 @@ class FindFrame : public QObject {
   // The ticked changes of the plan. Whole files, one after the other.
   void preview(std::vector<folder::FilePlan> files, const QString& about, const std::string& root, const QString& left);
   void apply(std::vector<folder::FilePlan> files, const QString& about);
-  QStringList undoOpen();
 
   frmMain& frame_;
   QPointer<frmFindInFiles> window_;

@@ -94,61 +94,111 @@ void FindFrame::apply(std::vector<folder::FilePlan> files, const QString& about)
     MsgBox(done + u".\r\n\r\n"_s + tr("These were left alone:") + u"\r\n"_s + listOf(replaced.troubles), tr("Replace in Files"));
 }
 
-// What the last replacing changed in windows, where nothing was changed since. Gives the names of the others.
-QStringList FindFrame::undoOpen() {
-  QStringList left;
-  for (const Replaced::Open& one : std::exchange(newestReplaced().open, {})) {
-    if (!one.document) continue;
-    CodeMax* const cmx = one.document->cmx;
-    if (cmx->model()->document().revision() == one.revision) cmx->ExecuteCmd(Cmd::UNDO);
-    else
-      left << nameForDisplay(one.document->CurrentFileTitle()) + u": "_s +
-                  tr("It has been changed since; Undo in its window goes step by step");
+namespace {
+
+// The open document of a file, also through a link to it.
+frmDocument* windowOn(const folder::ReplacedFile& file, const QList<frmDocument*>& documents) {
+  const QString name = toQString(file.path);
+  frmDocument* linked = nullptr;
+  for (frmDocument* document : documents) {
+    if (document->CurrentFileName() == name) return document;
+    const auto& known = document->cmx->model()->stamp;
+    if (file.inode != 0 && known && known->exists && known->status.device == file.device && known->status.inode == file.inode)
+      linked = document;
   }
-  return left;
+  return linked;
 }
+
+// What taking back a replacing does: in windows that did not save it, and to files on disk, whose windows follow.
+struct WayBack {
+  std::vector<frmDocument*> undo;
+  std::vector<folder::ReplacedFile> files;
+  std::int64_t fresh = 0;   // of the files: that will be written
+  QStringList left;         // with the reason
+};
+
+WayBack wayBack(const std::vector<folder::ReplacedFile>& files, std::vector<Replaced::Open> open,
+                const QList<frmDocument*>& documents) {
+  WayBack way;
+  const auto unchanged = [](const Replaced::Open& one) {
+    return one.document->cmx->model()->document().revision() == one.revision;
+  };
+  for (const auto& file : files) {
+    frmDocument* const document = windowOn(file, documents);
+    const auto one = std::ranges::find_if(open, [document](const Replaced::Open& other) {
+      return document && other.document->cmx->model() == document->cmx->model();
+    });
+    const bool saved = file.side == folder::Side::new_, unsaved = document && document->DocumentModified();
+    const bool takesBack = unsaved && !saved && one != open.end() && unchanged(*one);
+    if (one != open.end()) open.erase(one);
+    QString why;
+    if (unsaved && !takesBack) why = FindFrame::tr("Its window has changes that are not saved");
+    else if (!file.trouble.empty()) why = toQString(file.trouble);
+    else if (file.side == folder::Side::gone) why = FindFrame::tr("It is not there any more");
+    else if (file.side == folder::Side::other) why = FindFrame::tr("It has been changed since the replacing");
+    if (takesBack) way.undo.push_back(document);
+    if (!why.isEmpty()) way.left << namedTrouble(file.path, why);
+    else way.files.push_back(file);
+    way.fresh += why.isEmpty() && saved;
+  }
+  for (const auto& one : open)   // without a file
+    if (unchanged(one)) way.undo.push_back(one.document);
+    else
+      way.left << nameForDisplay(one.document->CurrentFileTitle()) + u": "_s +
+                      FindFrame::tr("It has been changed since; Undo in its window goes step by step");
+  return way;
+}
+
+}   // namespace
 
 void FindFrame::undoLast() {
   const auto last = std::make_shared<std::optional<folder::LastReplace>>();
   const auto look = [last, where = replaceRecords()](text::SearchControl&) { *last = folder::lastReplace(where); };
   if (!LongWork::runOrLeave(frame_, look, tr("Looking at the files..."))) return;
   const QString title = tr("Undo Last Replace in Files");
-  // Only what one replacing changed: the newest may have changed open texts alone, and another copy of the program, or a script, may have
-  // replaced since.
+  // Only what one replacing changed: the newest may have changed texts without files alone, and another copy of the program, or a
+  // script, may have replaced since.
   Replaced& newest = newestReplaced();
   std::erase_if(newest.open, [](const Replaced::Open& one) { return !one.document; });
   if (!newest.open.empty() && newest.record.empty()) last->reset();
-  const std::size_t open = !*last || (*last)->folder == newest.record ? newest.open.size() : 0;
-  if (!*last && open == 0) {
-    MsgBox(tr("Nothing was replaced in files, or it has been brought back."), title, Icon::information);
+  const bool ofNewest = !*last || (*last)->folder == newest.record;
+  WayBack way = wayBack(*last ? (*last)->files : std::vector<folder::ReplacedFile>(),
+                        ofNewest ? newest.open : std::vector<Replaced::Open>(), frame_.documents());
+  const auto named = [&] { return tr("These are left alone:") + u"\r\n"_s + listOf(way.left); };
+  if (way.fresh == 0 && way.undo.empty()) {
+    MsgBox(way.left.isEmpty() ? tr("Nothing was replaced in files, or it has been brought back.") : named(), title,
+           way.left.isEmpty() ? Icon::information : Icon::exclamation);
     return;
   }
-  QString question;
+  QStringList question;
+  if (*last) question << plainForDisplay(toQString((*last)->about), 300) << QString();
+  if (way.fresh > 0) question << tr("%1 get the old text back.").arg(countedFiles(way.fresh));
+  if (!way.undo.empty())
+    question
+        << tr("The change is taken back in %1.").arg(counted(qint64(way.undo.size()), tr("open document"), tr("open documents")));
+  if (*last)
+    question << tr("The old texts (%1) lie in %2, until the next replacing and at most 30 days.")
+                    .arg(sizeOf((*last)->bytes), plainForDisplay(toQString((*last)->folder)));
+  if (!way.left.isEmpty()) question << QString() << named();
+  if (MsgBox(question.join(u"\r\n"_s), title, Icon::question, Buttons::okCancel) != Answer::ok) return;
+  if (ofNewest) newest.open.clear();
+  for (frmDocument* document : way.undo) document->cmx->ExecuteCmd(Cmd::UNDO);
   if (*last) {
-    std::int64_t fresh = 0, other = 0;
-    for (const auto& file : (*last)->files) (file.side == folder::Side::new_ ? fresh : other) += file.side != folder::Side::old;
-    question =
-        plainForDisplay(toQString((*last)->about), 300) + u"\r\n\r\n"_s + tr("%1 get the old text back.").arg(countedFiles(fresh));
-    if (other > 0) question += u' ' + tr("Changed since, and left alone: %1.").arg(countedFiles(other));
-    question += u"\r\n"_s + tr("The old texts (%1) lie in %2, until the next replacing and at most 30 days.")
-                                .arg(sizeOf((*last)->bytes), plainForDisplay(toQString((*last)->folder)));
-  }
-  if (open > 0)
-    question +=
-        u"\r\n"_s + tr("The change is taken back in %1.").arg(counted(qint64(open), tr("open document"), tr("open documents")));
-  if (MsgBox(question.trimmed(), title, Icon::question, Buttons::okCancel) != Answer::ok) return;
-  QStringList left;
-  if (open > 0) left = undoOpen();
-  if (*last) {
+    (*last)->files = way.files;
     const auto undone = std::make_shared<std::vector<folder::UndoneFile>>();
     LongWork::run(
         frame_, (*last)->bytes, [last, undone](text::SearchControl&) { *undone = folder::undoReplace(**last); },
         tr("Bringing back the old texts..."), false);
-    for (const auto& file : *undone)
-      if (!file.trouble.empty()) left << namedTrouble(file.path, toQString(file.trouble));
+    for (std::size_t i = 0; i < undone->size(); ++i) {
+      const folder::UndoneFile& file = (*undone)[i];
+      if (!file.trouble.empty()) way.left << namedTrouble(file.path, toQString(file.trouble));
+      frmDocument* const document = file.changed ? windowOn(way.files[i], frame_.documents()) : nullptr;
+      if (document && !document->DocumentModified()) document->ReloadDocument();
+    }
   }
-  SetStatusText(tr("The old texts are back"));
-  if (!left.isEmpty()) MsgBox(tr("These were left alone:") + u"\r\n"_s + listOf(left), title);
+  SetStatusText(way.left.isEmpty() ? tr("The old texts are back")
+                                   : tr("The old texts are back; %1 left alone").arg(countedFiles(way.left.size())));
+  if (!way.left.isEmpty()) MsgBox(tr("These were left alone:") + u"\r\n"_s + listOf(way.left), title);
 }
 
 void FindFrame::applyEdited() {

@@ -13,6 +13,8 @@
 #include "app/find/frmReplacePreview.h"
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
+#include "control/edit/CommandTable.h"
+#include "script/ReplaceWork.h"
 #include "tests/app/ProcessFixture.h"
 #include "tests/support/files/TempFolder.h"
 
@@ -145,7 +147,8 @@ TEST_F(FindInFiles, WhatIsTickedIsReplacedAndComesBack) {
   EXPECT_EQ(read(b), "bar\r\n");
   boxes.answer(Answer::ok);
   trigger("mEditUndoReplaceInFiles");
-  EXPECT_EQ(read(b), "foo foo\r\n");
+  EXPECT_EQ(boxes.last().text, q("Nothing was replaced in files, or it has been brought back."));
+  write("b.v", "foo foo\r\n");
 
   // Lines that were changed in the list go back to their files.
   fields("foo");
@@ -171,6 +174,60 @@ TEST_F(FindInFiles, WhatIsTickedIsReplacedAndComesBack) {
   const auto edited = rows->edited(rows->document()->cmx->model()->snapshot(), &error);
   ASSERT_EQ(edited.size(), 1u);
   EXPECT_EQ(edited[0].lines[0].second.first, "foo");
+}
+
+// M2: what was replaced in a window comes back when its window saved it, is closed, or has followed; else it is named.
+TEST_F(FindInFiles, WhatWindowsSavedComesBackToo) {
+  const auto save = [](frmDocument* document) { EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName())); };
+  const auto close = [this](frmDocument* document) {
+    main->activate(document);
+    main->mnuFileClose_Click();
+    wait(1);
+  };
+  write("disk.v", "foo\n");
+  std::map<std::string, frmDocument*> windows;
+  for (const char* name : {"closed.v", "shown.v", "typed.v", "dropped.v", "unsaved.v", "mine.v"})
+    windows[name] = open(name, "foo \xE4\r\n");
+  for (const char* name : {"dropped.v", "mine.v"}) windows[name]->cmx->InsertText(q("my "), {0, 0});
+  fields("foo", "bar");
+  inPreview(accept);
+  part<QPushButton>("filesReplace")->click();
+  for (const char* name : {"closed.v", "shown.v", "typed.v", "mine.v"}) save(windows[name]);
+  EXPECT_EQ(read(path("mine.v")), "my bar \xE4\r\n");
+  windows["typed.v"]->cmx->InsertText(q("more "), {0, 0});
+  close(windows["closed.v"]);
+  close(windows["mine.v"]);
+  windows["dropped.v"]->letGo();
+  close(windows["dropped.v"]);
+  newestReplaced() = {};   // as after a start: only the record knows
+
+  boxes.answer(Answer::ok).answer(Answer::ok);
+  trigger("mEditUndoReplaceInFiles");
+  ASSERT_GE(boxes.boxes.size(), 2u);
+  const QString question = boxes.boxes[boxes.boxes.size() - 2].text, left = boxes.last().text;
+  EXPECT_TRUE(question.contains(q("4 files get the old text back."))) << question.toStdString();
+  for (const QString& said : {question, left}) {
+    for (const char* name : {"typed.v", "unsaved.v"})
+      EXPECT_TRUE(said.contains(path(name) + q(": Its window has changes that are not saved"))) << said.toStdString();
+    EXPECT_EQ(said.count(dir.path()), 2) << said.toStdString();
+  }
+  for (const char* name : {"closed.v", "shown.v", "dropped.v", "unsaved.v"}) EXPECT_EQ(read(path(name)), "foo \xE4\r\n") << name;
+  EXPECT_EQ(read(path("disk.v")), "foo\n");
+  EXPECT_EQ(read(path("mine.v")), "my foo \xE4\r\n");
+  EXPECT_EQ(read(path("typed.v")), "bar \xE4\r\n");
+  EXPECT_EQ(windows["shown.v"]->cmx->Text(), q("foo \u00E4\r\n"));
+  EXPECT_FALSE(windows["shown.v"]->DocumentModified());
+  windows["shown.v"]->inconsistentDate();   // asks nothing
+  // Named, it can be brought back later.
+  windows["typed.v"]->cmx->ExecuteCmd(Cmd::UNDO);
+  save(windows["unsaved.v"]);
+  boxes.answer(Answer::ok);
+  trigger("mEditUndoReplaceInFiles");
+  for (const char* name : {"typed.v", "unsaved.v"}) {
+    EXPECT_EQ(read(path(name)), "foo \xE4\r\n") << name;
+    EXPECT_EQ(windows[name]->cmx->Text(), q("foo \u00E4\r\n"));
+    EXPECT_FALSE(windows[name]->DocumentModified());
+  }
 }
 
 TEST_F(FindInFiles, TheWindowAsksAsTheUserWorks) {
