@@ -1,7 +1,11 @@
 // What FindFrame does for replacing: plan, preview, the changes themselves, and the way back.
 #include <QApplication>
+#include <QHash>
 #include <QLocale>
+#include <QPointer>
 #include <QWidget>
+#include <algorithm>
+#include <map>
 #include <thread>
 #include <utility>
 
@@ -96,35 +100,42 @@ void FindFrame::apply(std::vector<folder::FilePlan> files, const QString& about)
 
 namespace {
 
-// The open document of a file, also through a link to it.
-frmDocument* windowOn(const folder::ReplacedFile& file, const QList<frmDocument*>& documents) {
-  const QString name = toQString(file.path);
-  frmDocument* linked = nullptr;
-  for (frmDocument* document : documents) {
-    if (document->CurrentFileName() == name) return document;
-    const auto& known = document->cmx->model()->stamp;
-    if (file.inode != 0 && known && known->exists && known->status.device == file.device && known->status.inode == file.inode)
-      linked = document;
+// The open documents by their files, also by a link to one.
+class Windows {
+ public:
+  explicit Windows(const QList<frmDocument*>& documents) {
+    for (frmDocument* document : documents) {
+      byName_.insert(document->CurrentFileName(), document);
+      if (const auto& known = document->cmx->model()->stamp; known && known->exists)
+        byFile_[{known->status.device, known->status.inode}] = document;
+    }
   }
-  return linked;
-}
+  frmDocument* on(const folder::ReplacedFile& file) const {
+    if (frmDocument* document = byName_.value(toQString(file.path))) return document;
+    const auto found = file.inode == 0 ? byFile_.end() : byFile_.find({file.device, file.inode});
+    return found == byFile_.end() ? nullptr : found->second.data();
+  }
+
+ private:
+  QHash<QString, QPointer<frmDocument>> byName_;
+  std::map<std::pair<std::uint64_t, std::uint64_t>, QPointer<frmDocument>> byFile_;
+};
 
 // What taking back a replacing does: in windows that did not save it, and to files on disk, whose windows follow.
 struct WayBack {
-  std::vector<frmDocument*> undo;
+  std::vector<QPointer<frmDocument>> undo;
   std::vector<folder::ReplacedFile> files;
   std::int64_t fresh = 0;   // of the files: that will be written
   QStringList left;         // with the reason
 };
 
-WayBack wayBack(const std::vector<folder::ReplacedFile>& files, std::vector<Replaced::Open> open,
-                const QList<frmDocument*>& documents) {
+WayBack wayBack(const std::vector<folder::ReplacedFile>& files, std::vector<Replaced::Open> open, const Windows& windows) {
   WayBack way;
   const auto unchanged = [](const Replaced::Open& one) {
     return one.document->cmx->model()->document().revision() == one.revision;
   };
   for (const auto& file : files) {
-    frmDocument* const document = windowOn(file, documents);
+    frmDocument* const document = windows.on(file);
     const auto one = std::ranges::find_if(open, [document](const Replaced::Open& other) {
       return document && other.document->cmx->model() == document->cmx->model();
     });
@@ -162,8 +173,9 @@ void FindFrame::undoLast() {
   std::erase_if(newest.open, [](const Replaced::Open& one) { return !one.document; });
   if (!newest.open.empty() && newest.record.empty()) last->reset();
   const bool ofNewest = !*last || (*last)->folder == newest.record;
+  const Windows windows(frame_.documents());
   WayBack way = wayBack(*last ? (*last)->files : std::vector<folder::ReplacedFile>(),
-                        ofNewest ? newest.open : std::vector<Replaced::Open>(), frame_.documents());
+                        ofNewest ? newest.open : std::vector<Replaced::Open>(), windows);
   const auto named = [&] { return tr("These are left alone:") + u"\r\n"_s + listOf(way.left); };
   if (way.fresh == 0 && way.undo.empty()) {
     MsgBox(way.left.isEmpty() ? tr("Nothing was replaced in files, or it has been brought back.") : named(), title,
@@ -182,7 +194,8 @@ void FindFrame::undoLast() {
   if (!way.left.isEmpty()) question << QString() << named();
   if (MsgBox(question.join(u"\r\n"_s), title, Icon::question, Buttons::okCancel) != Answer::ok) return;
   if (ofNewest) newest.open.clear();
-  for (frmDocument* document : way.undo) document->cmx->ExecuteCmd(Cmd::UNDO);
+  for (const auto& document : way.undo)
+    if (document) document->cmx->ExecuteCmd(Cmd::UNDO);
   if (*last) {
     (*last)->files = way.files;
     const auto undone = std::make_shared<std::vector<folder::UndoneFile>>();
@@ -192,7 +205,7 @@ void FindFrame::undoLast() {
     for (std::size_t i = 0; i < undone->size(); ++i) {
       const folder::UndoneFile& file = (*undone)[i];
       if (!file.trouble.empty()) way.left << namedTrouble(file.path, toQString(file.trouble));
-      frmDocument* const document = file.changed ? windowOn(way.files[i], frame_.documents()) : nullptr;
+      frmDocument* const document = file.changed ? windows.on(way.files[i]) : nullptr;
       if (document && !document->DocumentModified()) document->ReloadDocument();
     }
   }
