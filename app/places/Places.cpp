@@ -15,6 +15,7 @@
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "control/edit/CommandTable.h"
 #include "document/frmDocument.h"
 
@@ -166,13 +167,23 @@ void Places::travel(Trail& from, Trail& to) {
   const QScopedValueRollback travels(travels_, true);
   std::optional<Place> now;
   if (frmDocument* document = frame_.activeDocument()) now = at(*document);
-  bool found = false;
-  while (!from.empty() && !found) {
+  Arrival arrival = Arrival::gone;
+  while (!from.empty() && arrival == Arrival::gone) {
     Place next = std::move(from.back());
     from.pop_back();
-    found = (!now || !areNear(next, *now, kNear)) && goTo(next);
+    if (!now || !areNear(next, *now, kNear)) arrival = goTo(next);
+    // A file that cannot be opened is tried once more when the user goes there again. After that its places are not in the way.
+    if (arrival == Arrival::failed && failed_ != next.path) {
+      failed_ = next.path;
+      from.push_back(std::move(next));
+      break;
+    }
+    failed_.clear();
+    if (arrival != Arrival::there && !next.path.isEmpty())
+      std::erase_if(from, [&next](const Place& place) { return place.path == next.path; });
     drop(next);
   }
+  const bool found = arrival == Arrival::there;
   if (found && now) put(to, std::move(*now));
   else if (now) drop(*now);
   if (here_) drop(*here_);
@@ -181,23 +192,29 @@ void Places::travel(Trail& from, Trail& to) {
   enableActions();
 }
 
-bool Places::goTo(const Place& place) {
+Places::Arrival Places::goTo(const Place& place) {
   frmDocument* target = nullptr;
   std::optional<ByteOffset> offset = offsetOf(place);
   if (offset) {
     for (frmDocument* each : frame_.documents())
       if (each->cmx->model() == place.model.lock() && (!target || each == place.window)) target = each;
     if (target) frame_.activate(target);
-  } else if (fileIsThere(place.path)) {
+  } else {
+    const QString shown = plainForDisplay(place.path);
+    const auto isMissing = std::make_shared<bool>();
+    const auto look = [path = place.path, isMissing](text::SearchControl&) { *isMissing = fileIsMissing(path); };
+    if (!LongWork::runOrLeave(frame_, look, tr("Opening %1").arg(shown))) return Arrival::failed;
+    if (*isMissing) {
+      SetStatusText(tr("%1 is not there").arg(shown));
+      return Arrival::gone;
+    }
     target = frame_.openFile(place.path);
-    if (!target) return false;
+    if (!target) return Arrival::failed;
     Place there = place;
     there.model = target->cmx->model();
     offset = offsetOf(there);
-  } else {
-    SetStatusText(tr("%1 is not there").arg(plainForDisplay(place.path)));
   }
-  if (!target) return false;
+  if (!target) return Arrival::gone;
   CodeMax& text = *target->cmx;
   Editor& editor = text.editor();
   const qint64 line = text.model()->snapshot().lineAt(*offset).value, top = editor.host().topLine();
@@ -207,7 +224,7 @@ bool Places::goTo(const Place& place) {
   text.release();
   if (!isShown) text.ExecuteCmd(Cmd::WINDOWSCROLLTOCENTER);
   text.setFocus();
-  return true;
+  return Arrival::there;
 }
 
 void Places::enableActions() {

@@ -50,12 +50,14 @@ class Places : public QObject {
   void closed(frmDocument* document);
   void moved(frmDocument* document);
   void travel(Trail& from, Trail& to);
-  bool goTo(const Place& place);
+  enum class Arrival { there, gone, failed };   // gone: the text, or the file; failed: the file could not be opened
+  Arrival goTo(const Place& place);
   void enableActions();
 
   frmMain& frame_;
   Trail back_, forward_;
   std::optional<Place> here_;   // where the caret is
+  QString failed_;              // the file that the user was led to last, if it could not be opened
   bool travels_ = false, previews_ = false;
   bool arrives_ = false;   // a document has just come to the front: the move to its line belongs to that
 };

@@ -11,6 +11,7 @@
 #include "app/places/Places.h"
 #include "control/edit/CommandTable.h"
 #include "tests/app/FrameFixture.h"
+#include "tests/support/files/FaultyFileSystem.h"
 
 namespace {
 
@@ -112,6 +113,38 @@ TEST_F(PlacesBackAndForward, OpensClosedFilesAndForgetsTextsWithoutOne) {
   wait(0);
   while (enabled("mnuViewForward")) trigger("mnuViewForward");
   EXPECT_EQ(here().substr(0, 5), "a.txt");
+}
+
+// A disk that does not answer at once, and a file that cannot be read: neither is asked about for each of its places.
+TEST_F(PlacesBackAndForward, AFileThatIsAwayOrCannotBeOpenedIsTriedOnceForAllItsPlaces) {
+  const auto closed = [&](const char* name) {
+    frmDocument* document = open(name, lines());
+    settle(0);
+    for (int i = 1; i <= 10; ++i) go(document, 100 * i);
+    document->parentWidget()->close();
+    wait(0);
+  };
+  frmDocument* first = open("first.txt", lines());
+  settle(0);
+  go(first, 500);
+  closed("a.txt");
+  closed("b.txt");
+  const std::string b = path("b.txt").toStdString();
+  testing_files::FaultyFileSystem slow;
+  const testing_files::UseFileSystem use(slow);
+  QFile::remove(path("b.txt"));
+  QFile::rename(path("a.txt"), path("kept.txt"));
+  QDir(dir.path()).mkdir(q("a.txt"));
+  for (const int files : {1, 2}) {   // the second time its places are taken out of the way
+    boxes.answer(Answer::ok);
+    trigger("mnuViewBack");
+    EXPECT_EQ(boxes.boxes.size(), std::size_t(files));
+    EXPECT_EQ(here(), "first.txt line 500");
+  }
+  EXPECT_EQ(std::ranges::count(slow.log(), b, &testing_files::Call::path), 1);
+  trigger("mnuViewBack");
+  EXPECT_EQ(here(), "first.txt line 0");
+  EXPECT_FALSE(enabled("mnuViewBack"));
 }
 
 TEST_F(PlacesBackAndForward, KeysAndMouseMoveTheCaretWithoutMakingPlaces) {
