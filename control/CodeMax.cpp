@@ -348,7 +348,7 @@ void CodeMax::beginEdit() {
 }
 
 void CodeMax::endEdit() {
-  impl_->state.model->endGroup();
+  impl_->state.model->document().endGroup();
   release();
 }
 

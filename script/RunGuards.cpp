@@ -32,7 +32,7 @@ void RunStep::beginWait(bool keepStep) {
 }
 
 void RunStep::closeStep() {
-  if (open_) model_->endRun();
+  if (open_) model_->document().endRun();
   open_ = false;
 }
 

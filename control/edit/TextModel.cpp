@@ -55,6 +55,7 @@ void tell(Work work) {
 }   // namespace
 
 TextModel::TextModel() : impl_(new Impl) {
+  document_.whenCancelledOut([this] { announceModified(); });
   impl_->subscription = document_.subscribe([this](const text::Change& change) {
     impl_->states.onChange(change);
     impl_->longColors.onChange(change, snapshot());
@@ -78,16 +79,6 @@ void TextModel::setModified(bool on) {
   if (on) document_.markUnsaved();
   else document_.markSaved();
   announceModified();
-}
-
-void TextModel::endGroup() {
-  document_.endGroup();
-  tell([&] { announceModified(); });
-}
-
-void TextModel::endRun() {
-  document_.endRun();
-  tell([&] { announceModified(); });
 }
 
 void TextModel::announceLineEnds() {

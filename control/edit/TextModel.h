@@ -67,9 +67,6 @@ class TextModel : public QObject {
 
   // The save point: false marks the text as saved, true as unsaved, also after undo. Notifies of a difference.
   void setModified(bool on);
-  // As the document's. Changes that cancelled each other have made no step then: the text may be unmodified again.
-  void endGroup();
-  void endRun();
 
   void replaceAll(text::Snapshot snapshot, text::FileFormat newFormat);   // after loading: clears undo and bookmarks
 

@@ -64,6 +64,12 @@ TEST(CommandRuns, UndoInsideARunReachesBehindItAndLeavesOneStep) {
   frame.cmx().setModified(false);
   frame.run(u"cmdINSERTCHAR c\ncmdDELETEBACK"_s);
   EXPECT_FALSE(frame.document->DocumentModified()) << "what cancelled itself is told to those who show the state";
+  {
+    const text::UndoGroup group(frame.cmx().model()->document());   // as a recorded macro makes it
+    frame.run(u"cmdINSERTCHAR c\ncmdDELETEBACK"_s);
+    EXPECT_TRUE(frame.document->DocumentModified());
+  }
+  EXPECT_FALSE(frame.document->DocumentModified());
 }
 
 TEST(CommandRuns, FailureReportsInOrderAndClearsEveryFlag) {

@@ -282,6 +282,38 @@ TEST_F(Watch, W2_TwoWindowsOnOneTextAskOnceAndReloadTogether) {
   main.open.removeOne(&second);
 }
 
+// T10: reading a file again without the memory for it.
+TEST_F(Watch, T10_AReloadWithoutMemoryLeavesTheTextAndSaysWhy) {
+  const auto document = opened(write("a.v", QByteArray(100'000, 'o') + "\n"));
+  document->cmx->InsertText(q("mine "), {0, 0});
+  const QString old = document->cmx->Text();
+  write("a.v", QByteArray(300'000, 'n') + "\n");
+  int failed = 0;
+  for (long n = 1;; ++n) {
+    SCOPED_TRACE(n);
+    ScriptedDialogs boxes;
+    boxes.answerAny(Answer::ok);
+    bool loaded = false, hit = false;
+    {
+      const testing_files::AllocationFault fault(n, false, 2'000);
+      document->LoadDocument(document->CurrentFileName(), loaded);
+      hit = fault.hit();
+    }
+    EXPECT_EQ(boxes.boxes.size(), loaded ? 0u : 1u);
+    if (loaded) {
+      if (!hit) break;
+      document->cmx->ExecuteCmd(Cmd::UNDO);
+    } else {
+      ++failed;
+      EXPECT_EQ(boxes.last().text, q("File Open Error : Out of memory"));
+    }
+    ASSERT_TRUE(document->cmx->Text() == old);
+    ASSERT_TRUE(document->DocumentModified());
+  }
+  EXPECT_GT(failed, 3);
+  EXPECT_EQ(document->cmx->Text().size(), 300'001);
+}
+
 TEST_F(Watch, W2_ReloadIsOneStepAndTheOldTextComesBack) {
   const auto document = opened(write("a.v", "one\ntwo\nthree\n"));
   document->cmx->InsertText(q("my "), {1, 0});

@@ -47,6 +47,7 @@ struct Document::Impl {
   Snapshot now;
   std::uint64_t revision = 0;
   bool readOnly = false, notifying = false;
+  std::function<void()> cancelledOut;
   History history;
   Marks marks;
   AddBuffer added;
@@ -83,6 +84,15 @@ struct Document::Impl {
     ready.change.revision = ++revision;
   }
 
+  template <class End>
+  void joining(End end) noexcept {
+    const bool before = history.modified();
+    end();
+    if (before == history.modified() || !cancelledOut) return;
+    try {
+      cancelledOut();
+    } catch (...) {}
+  }
   void notify(const Change& change) {
     struct Guard {
       bool& flag;
@@ -240,7 +250,9 @@ std::optional<SelectionState> Document::redo() {
 }
 
 void Document::beginGroup() { impl_->history.beginGroup(); }
-void Document::endGroup() { impl_->history.endGroup(); }
+void Document::endGroup() {
+  impl_->joining([&] { impl_->history.endGroup(); });
+}
 void Document::abandonGroup() noexcept {
   try {
     rollbackGroup();
@@ -262,7 +274,9 @@ void Document::rollbackGroup() {
 }
 
 void Document::beginRun() { impl_->history.beginRun(); }
-void Document::endRun() noexcept { impl_->history.endRun(impl_->tree()); }
+void Document::endRun() noexcept {
+  impl_->joining([&] { impl_->history.endRun(impl_->tree()); });
+}
 void Document::abandonRun() noexcept {
   auto& d = *impl_;
   const bool guarded = std::exchange(d.readOnly, false);
@@ -282,6 +296,7 @@ bool Document::undoWasDropped() const { return impl_->history.dropped(); }
 
 void Document::markSaved() { impl_->history.markSaved(); }
 void Document::markUnsaved() { impl_->history.markUnsaved(); }
+void Document::whenCancelledOut(std::function<void()> listener) { impl_->cancelledOut = std::move(listener); }
 bool Document::modified() const { return impl_->history.modified(); }
 
 MarkId Document::addMark(ByteOffset at, Bias bias) { return impl_->marks.add(impl_->within(at), bias); }

@@ -99,6 +99,9 @@ class Document {
   void markSaved();        // the current text is what is on disk
   void markUnsaved();      // the current text is not on disk, also after undo (lost file)
   bool modified() const;   // false again after undoing back to the save point
+  // The one listener for what no Change tells: a group or run ended whose changes cancelled each other, and modified() is false
+  // again. Its exceptions are dropped.
+  void whenCancelledOut(std::function<void()> listener);
 
   // Marks move with the text as Change::map says. A position outside the text becomes its nearest end. For an unknown mark
   // removeMark does nothing; the others throw std::out_of_range.
