@@ -1,6 +1,7 @@
 // Bookmarks: setting them, going to them, and the lines that have one.
 #include <QCoreApplication>
 #include <algorithm>
+#include <optional>
 
 #include "control/edit/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
@@ -26,30 +27,48 @@ void goToBookmark(Editor& e, bool forward) {
   e.moveCaret(e.snapshot().lineStart(to), false);
 }
 
-// False: there are none, or the user cancelled; nothing is copied then.
-bool copyMarked(Editor& e) {
+struct MarkedLines {
+  std::string text;             // for the clipboard
+  std::vector<Edit> deletion;   // of these lines
+};
+
+// nullopt: no line has a bookmark, or the user cancelled; the text and its bookmarks are as they were.
+std::optional<MarkedLines> markedLines(Editor& e, bool copies, bool deletes) {
   const std::vector<LineNo> marks = e.model().bookmarks();
   if (marks.empty()) {
     e.host().note(QCoreApplication::translate("Editor", "No line has a bookmark"));
-    return false;
+    return std::nullopt;
   }
   const Snapshot text = e.snapshot();
   const std::string lineEnd = e.model().newLineFor(marks.back());
-  std::string lines;
+  MarkedLines lines;
   bool cancelled = false;
   e.host().work(text.size().value, [&](SearchControl& control) {
     control.bytesTotal = text.size().value;
-    for (const LineNo line : marks) {
-      if (control.cancel) break;
-      const ByteRange whole{text.lineStart(line), text.lineEndWithBreak(line)};
-      lines += text.bytes(whole);
-      if (text.lineBreak(line) == LineBreak::none) lines += lineEnd;   // it is pasted as a line
-      control.bytesDone = whole.end.value;
+    const LineNo last(text.lineCount() - 1);
+    for (std::size_t i = 0, end = 0; i < marks.size() && !control.cancel; i = end) {
+      for (end = i + 1; end < marks.size() && marks[end].value == marks[end - 1].value + 1;) ++end;   // neighbours
+      const bool isLast = marks[end - 1] == last;
+      const ByteRange range{text.lineStart(marks[i]), text.lineEndWithBreak(marks[end - 1])};
+      for (ByteOffset at = range.begin; copies && at < range.end && !control.cancel;) {
+        const std::string_view chunk = text.chunkAt(at).substr(0, std::size_t(range.end - at));
+        lines.text += chunk;
+        at = at + std::int64_t(chunk.size());
+        control.bytesDone = at.value;
+      }
+      if (copies && isLast) lines.text += lineEnd;   // it is pasted as a line
+      const ByteRange gone = isLast ? wholeLines(text, marks[i], last) : range;
+      if (deletes && !gone.empty()) lines.deletion.push_back({gone, {}});
+      control.bytesDone = range.end.value;
     }
     cancelled = control.cancel;
   });
-  if (!cancelled) toClipboard(e, toQString(lines), false);
-  return !cancelled;
+  return cancelled ? std::nullopt : std::optional(std::move(lines));
+}
+
+void deleteMarked(Editor& e, const MarkedLines& lines) {
+  EditorAccess::change(e, lines.deletion);
+  e.model().clearBookmarks();   // also that of an empty last line
 }
 
 }   // namespace
@@ -70,23 +89,21 @@ void bookmarkJumpToLast(Editor& e, const QVariant&) {
   if (!marks.empty()) e.moveCaret(e.snapshot().lineStart(marks.back()), false);
 }
 
-void bookmarkLinesCopy(Editor& e, const QVariant&) { copyMarked(e); }
+void bookmarkLinesCopy(Editor& e, const QVariant&) {
+  if (const auto lines = markedLines(e, true, false)) toClipboard(e, toQString(lines->text), false);
+}
 
-void bookmarkLinesCut(Editor& e, const QVariant& argument) {
-  if (!EditorAccess::isGuarded(e) && copyMarked(e)) bookmarkLinesDelete(e, argument);
+void bookmarkLinesCut(Editor& e, const QVariant&) {
+  if (EditorAccess::isGuarded(e)) return;
+  const auto lines = markedLines(e, true, true);
+  if (!lines) return;
+  toClipboard(e, toQString(lines->text), false);
+  deleteMarked(e, *lines);
 }
 
 void bookmarkLinesDelete(Editor& e, const QVariant&) {
   if (EditorAccess::isGuarded(e)) return;
-  const Snapshot text = e.snapshot();
-  const std::vector<LineNo> marks = e.model().bookmarks();
-  std::vector<Edit> edits;
-  for (std::size_t i = 0, end = 0; i < marks.size(); i = end) {
-    for (end = i + 1; end < marks.size() && marks[end].value == marks[end - 1].value + 1;) ++end;   // neighbours
-    if (const ByteRange range = wholeLines(text, marks[i], marks[end - 1]); !range.empty()) edits.push_back({range, {}});
-  }
-  EditorAccess::change(e, edits);
-  e.model().clearBookmarks();   // also that of an empty last line
+  if (const auto lines = markedLines(e, false, true)) deleteMarked(e, *lines);
 }
 
 void bookmarkInvert(Editor& e, const QVariant&) {

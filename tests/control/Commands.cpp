@@ -156,3 +156,36 @@ TEST(Commands, NumbersAreKept) {
     EXPECT_EQ(commandByName(QString::fromUtf8(name))->id, id);
   }
 }
+
+// The lines are gathered beside the window. Cancel leaves the text, its bookmarks and the clipboard.
+TEST(Commands, MarkedLinesStayWhenTheWorkIsCancelled) {
+  struct Window : FakeHost {
+    bool cancels = true;
+    int works = 0;
+    void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) override {
+      ++works;
+      text::SearchControl control;
+      control.cancel = cancels;
+      work(control);
+      EXPECT_TRUE(cancels || control.bytesDone == bytes);
+    }
+  } window;
+  EditorFixture f("one\ntwo\nthree");
+  Editor editor{f.model, f.options, &window};
+  window.clipboard = q("old");
+  for (const char* name : {"BOOKMARKLINESCUT", "BOOKMARKLINESDELETE", "BOOKMARKLINESCOPY"}) {
+    SCOPED_TRACE(name);
+    f.show("one\ntwo\nthree|");
+    for (const int line : {0, 2}) f.model->setBookmark(text::LineNo(line), true);
+    for (const bool cancels : {true, false}) {
+      window.cancels = cancels;
+      executeAny(editor, anyCommandByName(QString::fromLatin1(name))->id, {});
+      if (!cancels) continue;
+      EXPECT_EQ(f.bytes(), "one\ntwo\nthree");
+      EXPECT_EQ(bookmarksOf(f), "0 2");
+      EXPECT_EQ(window.clipboard, q("old"));
+    }
+    window.clipboard = q("old");
+  }
+  EXPECT_EQ(window.works, 6) << "none is done on the thread of the window";
+}
