@@ -99,8 +99,9 @@ frmDocument* frmMain::CheckFileStatus(const QString& name, bool& proceed) {
                                  document->CurrentFileTitle(), Icon::question, Buttons::yesNoCancel);
     proceed = answer == Answer::no;
     if (answer != Answer::yes || !document) return nullptr;
-    // "Revert" means activating the window that holds the changes; the file is not read.
+    // "Revert" means showing the window that holds the changes, at its normal size; the file is not read.
     activate(document);
+    windowOf(document)->showNormal();
     return document;
   }
   proceed = false;
