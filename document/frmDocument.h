@@ -92,6 +92,8 @@ class frmDocument : public QWidget {
 
  signals:
   void captionChanged();
+  void beforeReload();   // the file has been read anew, and its text is about to replace this one
+  void reloaded();       // has replaced it, or could not
 
  protected:
   void closeEvent(QCloseEvent* event) override;   // Form_Unload

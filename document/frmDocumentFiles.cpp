@@ -131,6 +131,8 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
   text::Edit edit{{text::ByteOffset(head), text::ByteOffset(oldSize - tail)},
                   file.text.bytes({text::ByteOffset(head), text::ByteOffset(newSize - tail)})};
   const text::SelectionState before = cmx->editor().selection();
+  emit beforeReload();
+  const auto done = qScopeGuard([this] { emit reloaded(); });
   {
     struct Writable {   // read-only protects against the user's edits only; the new content of the file must be loaded
       explicit Writable(text::Document& guarded) : document(guarded) { document.setReadOnly(false); }

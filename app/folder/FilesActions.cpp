@@ -191,6 +191,7 @@ void FilesView::follow(const QString& from, const QString& to) {
     if (!document->LanguageIsChosen()) document->SetLanguage(languageOfFile(now, *document->cmx));
   }
   followRecent(from, to);
+  emit frame_.fileRenamed(from, to);
   frame_.refreshToolbar();
   marks_.start();
 }

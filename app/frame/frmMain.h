@@ -155,10 +155,11 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
 
  signals:
   void documentOpened(frmDocument* document);
-  void fileNamed(const QString& path);          // opened, or first saved under this name
-  void documentClosed(frmDocument* document);   // its window is about to close
-  void activeChanged();                         // another document is active
-  void ended();                                 // the frame has been unloaded
+  void fileNamed(const QString& path);                        // opened, or first saved under this name
+  void fileRenamed(const QString& from, const QString& to);   // a file or folder, by the user in this program
+  void documentClosed(frmDocument* document);                 // its window is about to close
+  void activeChanged();                                       // another document is active
+  void ended();                                               // the frame has been unloaded
 
  protected:
   void changeEvent(QEvent* event) override;

@@ -4,13 +4,13 @@
 #include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <functional>
 #include <iterator>
-#include <optional>
+#include <numeric>
 #include <thread>
 #include <unordered_map>
 
 #include "text/file/FileCalls.h"
-#include "text/file/FileIo.h"
 #include "text/line/LineReader.h"
 
 using text::LineNo;
@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view kHeader = "bookmarks ", kVersion = "1\n";
 constexpr std::size_t kMostText = 200, kMostBytes = 4 << 20;   // of a line; of the file
-constexpr std::size_t kMostAlike = 100'000;                    // lines of one text that are looked at
+constexpr std::size_t kMostBetween = 1000;                     // lines of one text on each side between two of its marks
 constexpr int kLockPatienceMs = 2000;
 
 std::string keptBegin(const text::Snapshot& text, LineNo line) { return text::beginOfLine(text, line, kMostText); }
@@ -51,6 +51,49 @@ std::optional<std::string> decoded(std::string_view coded) {
   return bytes;
 }
 
+// The marks of one text that do not stand as kept, and the lines with that text around them.
+struct Alike {
+  std::vector<const KeptMark*> marks;   // ascending
+  std::vector<std::int64_t> lines;      // ascending
+  std::size_t passed = 0, begin = 0;    // marks above the line that is read; where the lines since the last of them begin
+
+  void add(std::int64_t line) {
+    for (; passed < marks.size() && marks[passed]->line < line; ++passed) begin = lines.size();
+    lines.push_back(line);
+    // More marks than there are can take no line: of those between two marks the first and the last ones do.
+    const std::size_t side = std::min(marks.size(), kMostBetween);
+    if (lines.size() - begin < 4 * side) return;
+    const auto from = lines.begin() + std::ptrdiff_t(begin + side);
+    lines.erase(from, lines.end() - std::ptrdiff_t(side));
+  }
+
+  // For each mark its line, or -1.
+  void assign(const std::function<void(const KeptMark&, std::int64_t)>& place) const {
+    const std::size_t count = lines.size();
+    // The next free one from an index on, up and down; the ends stand for none. Steps shorten the way for later ones.
+    std::vector<std::size_t> up(count + 2), down(count + 2);
+    std::iota(up.begin(), up.end(), 0);
+    std::iota(down.begin(), down.end(), 0);
+    const auto free = [](std::vector<std::size_t>& way, std::size_t i) {
+      while (way[i] != i) i = way[i] = way[way[i]];
+      return i;
+    };
+    for (const KeptMark* mark : marks) {
+      const std::size_t at = std::size_t(std::ranges::lower_bound(lines, mark->line) - lines.begin());
+      const std::size_t above = free(down, at), below = free(up, at + 1);   // counted from 1
+      std::size_t nearest = below;
+      if (below > count || (above > 0 && mark->line - lines[above - 1] < lines[below - 1] - mark->line)) nearest = above;
+      if (nearest == 0) {
+        place(*mark, -1);
+        continue;
+      }
+      place(*mark, lines[nearest - 1]);
+      up[nearest] = nearest + 1;
+      down[nearest] = nearest - 1;
+    }
+  }
+};
+
 }   // namespace
 
 KeptMarks keptMarks(const text::Snapshot& text, std::span<const LineNo> lines) {
@@ -65,32 +108,46 @@ bool standAsKept(const text::Snapshot& text, const KeptMarks& marks) {
       marks, [&](const KeptMark& mark) { return mark.line < text.lineCount() && keptBegin(text, LineNo(mark.line)) == mark.text; });
 }
 
-std::vector<LineNo> findMarks(const text::Snapshot& text, const KeptMarks& marks, const std::atomic<bool>* cancel) {
-  std::unordered_map<std::string_view, std::vector<std::int64_t>> alike;   // the lines of a text, ascending
-  for (const KeptMark& mark : marks) alike.try_emplace(mark.text);
-  std::vector<LineNo> found;
-  if (!standAsKept(text, marks)) {
-    text::LineReader reader(text);
-    for (std::string_view line; reader.next(&line);) {
-      if (cancel && *cancel) return {};
-      const auto known = alike.find(line.substr(0, kMostText));
-      if (known != alike.end() && known->second.size() < kMostAlike) known->second.push_back(reader.line().value);
-    }
+FoundMarks findMarks(const text::Snapshot& text, const KeptMarks& marks, const std::atomic<bool>* cancel) {
+  FoundMarks found;
+  if (text.size().value == 0) {   // as while another program writes the file anew
+    found.missing = marks;
+    return found;
   }
+  std::vector<std::int64_t> settled;   // ascending
+  std::unordered_map<std::string_view, Alike> open;
   for (const KeptMark& mark : marks) {
-    std::vector<std::int64_t>& lines = alike[mark.text];
-    std::int64_t line = mark.line;
-    if (!lines.empty()) {
-      auto nearest = std::ranges::lower_bound(lines, line);
-      if (nearest == lines.end() || (nearest != lines.begin() && line - *(nearest - 1) < *nearest - line)) --nearest;
-      line = *nearest;
-      lines.erase(nearest);   // for one mark: as many as there were stay
-    }
-    if (line < text.lineCount()) found.emplace_back(line);
+    if (mark.line < text.lineCount() && keptBegin(text, LineNo(mark.line)) == mark.text) settled.push_back(mark.line);
+    else open[mark.text].marks.push_back(&mark);
   }
-  std::ranges::sort(found);
-  found.erase(std::unique(found.begin(), found.end()), found.end());
+  for (const std::int64_t line : settled) found.lines.emplace_back(line);
+  if (open.empty()) return found;
+  text::LineReader reader(text);
+  auto taken = settled.begin();
+  for (std::string_view line; reader.next(&line);) {
+    if (cancel && *cancel) return {};
+    const bool isTaken = taken != settled.end() && *taken == reader.line().value;
+    if (isTaken) ++taken;
+    else if (const auto known = open.find(line.substr(0, kMostText)); known != open.end()) known->second.add(reader.line().value);
+  }
+  for (const auto& [begin, alike] : open)
+    alike.assign([&](const KeptMark& mark, std::int64_t line) {
+      if (line < 0) line = mark.line;
+      if (line < text.lineCount()) found.lines.emplace_back(line);
+      else found.missing.push_back(mark);
+    });
+  std::ranges::sort(found.lines);
+  found.lines.erase(std::unique(found.lines.begin(), found.lines.end()), found.lines.end());
+  std::ranges::sort(found.missing, {}, &KeptMark::line);
   return found;
+}
+
+KeptMarks mergedMarks(KeptMarks marks, const KeptMarks& others) {
+  marks.insert(marks.end(), others.begin(), others.end());
+  std::ranges::stable_sort(marks, {}, &KeptMark::line);
+  const auto sameLine = [](const KeptMark& a, const KeptMark& b) { return a.line == b.line; };
+  marks.erase(std::unique(marks.begin(), marks.end(), sameLine), marks.end());
+  return marks;
 }
 
 std::vector<BookmarkFile::Entry> BookmarkFile::parse(std::string_view bytes, bool* isForeign) {
@@ -139,7 +196,21 @@ std::string BookmarkFile::format(const std::vector<Entry>& entries) {
 std::vector<BookmarkFile::Entry> BookmarkFile::read() const {
   std::string error;
   bool isForeign = false;
-  return parse(text::readBytes(path_, &error, kMostBytes), &isForeign);
+  std::vector<Entry> entries = parse(text::readBytes(path_, &error, kMostBytes), &isForeign);
+  const std::lock_guard lock(mutex_);
+  for (const auto* unwritten : {&inWork_, &changed_}) {   // the later ones last
+    std::erase_if(entries, [&](const Entry& entry) { return unwritten->contains(entry.path); });
+    for (const auto& [path, marks] : *unwritten)
+      if (!marks.empty()) entries.push_back({path, marks});
+  }
+  return entries;
+}
+
+bool BookmarkFile::isChanged() {
+  text::FileStamp now = text::stampOf(path_, false);
+  if (stamp_ == now) return false;
+  stamp_ = std::move(now);
+  return true;
 }
 
 void BookmarkFile::set(const std::string& path, KeptMarks marks) {
@@ -149,11 +220,11 @@ void BookmarkFile::set(const std::string& path, KeptMarks marks) {
 
 std::string BookmarkFile::write() {
   const std::lock_guard writing(writing_);
-  std::map<std::string, KeptMarks> changed;
   {
     const std::lock_guard lock(mutex_);
-    changed.swap(changed_);
+    inWork_.swap(changed_);
   }
+  const std::map<std::string, KeptMarks>& changed = inWork_;   // only this changes it
   if (changed.empty()) return {};
   const std::string failed = [&]() -> std::string {
     text::FileSystem& files = text::fileSystem();
@@ -175,9 +246,8 @@ std::string BookmarkFile::write() {
     std::ranges::move(entries, std::back_inserter(all));
     return text::saveBytes(path_, format(all), 0600).error;
   }();
-  if (!failed.empty()) {
-    const std::lock_guard lock(mutex_);
-    changed_.merge(changed);   // what was set meanwhile is newer
-  }
+  const std::lock_guard lock(mutex_);
+  if (!failed.empty()) changed_.merge(inWork_);   // what was set meanwhile is newer
+  inWork_.clear();
   return failed;
 }

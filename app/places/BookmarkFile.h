@@ -6,11 +6,13 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "text/file/FileIo.h"
 #include "text/store/Snapshot.h"
 
 struct KeptMark {
@@ -23,11 +25,17 @@ using KeptMarks = std::vector<KeptMark>;   // of one file, ascending
 inline constexpr std::size_t kMostKeptMarks = 5000;   // of one file; the first ones
 
 KeptMarks keptMarks(const text::Snapshot& text, std::span<const text::LineNo> lines);
+struct FoundMarks {
+  std::vector<text::LineNo> lines;   // ascending
+  KeptMarks missing;                 // those without a place
+};
 // The lines that these marks have in the text now: the same line if its text is the same, else the nearest line with that text (each for
-// one mark), else the line of that number; none where the text has ended before. Ascending. Reads the whole text unless all marks are where they
-// were; may be called on any thread.
-std::vector<text::LineNo> findMarks(const text::Snapshot& text, const KeptMarks& marks, const std::atomic<bool>* cancel = nullptr);
+// one mark), else the line of that number. Without a place: those behind the end of the text, and all of an empty text. Reads the whole
+// text unless all marks are where they were; may be called on any thread.
+FoundMarks findMarks(const text::Snapshot& text, const KeptMarks& marks, const std::atomic<bool>* cancel = nullptr);
 bool standAsKept(const text::Snapshot& text, const KeptMarks& marks);
+// Both, ascending; of two marks of one line the first.
+KeptMarks mergedMarks(KeptMarks marks, const KeptMarks& others);
 
 class BookmarkFile {
  public:
@@ -37,7 +45,9 @@ class BookmarkFile {
   };
   explicit BookmarkFile(std::string path) : path_(std::move(path)) {}
 
-  std::vector<Entry> read() const;                      // those written last first; what is damaged is left out
+  // As the file is on the disk now, with what was set and is not written yet. What is damaged is left out.
+  std::vector<Entry> read() const;
+  bool isChanged();   // since the last call: by this copy of the program or another; at first true
   void set(const std::string& path, KeptMarks marks);   // to be written; none: the file is forgotten
   // Writes what was set into the file as it is on the disk now, so that copies of the program keep each other's. On any thread.
   // Empty: done; else why not, and the next call tries again.
@@ -48,6 +58,8 @@ class BookmarkFile {
 
  private:
   const std::string path_;
-  std::mutex mutex_, writing_;
-  std::map<std::string, KeptMarks> changed_;   // not written yet
+  std::optional<text::FileStamp> stamp_;
+  mutable std::mutex mutex_;
+  std::mutex writing_;
+  std::map<std::string, KeptMarks> changed_, inWork_;   // not written yet; being written
 };

@@ -255,6 +255,96 @@ TEST_F(PlacesOfBookmarks, AFileThatIsDamagedOrOfALaterVersionCostsBookmarksOnly)
   EXPECT_EQ(read(path("bookmarks")), "bookmarks 2\nwhatever\n");
 }
 
+TEST_F(PlacesOfBookmarks, AreThoseOfTheFileWhateverHappensToItOrToTheText) {
+  startAgain();
+  const QByteArray text = "one\ntwo\nthree\nfour\n";
+  frmDocument* a = open("a.v", text);
+  const auto reopened = [&](const QByteArray& bytes) {
+    a->letGo();
+    a->parentWidget()->close();
+    wait(0);
+    return marks(*(a = open("a.v", bytes)));
+  };
+  a->cmx->setBookmark(1, true);
+  a->cmx->InsertText(q("new\nnew\n"), {0, 0});
+  a->cmx->setBookmark(4, true);
+  EXPECT_EQ(reopened(text), "1 2 ") << "what was typed was discarded";
+  EXPECT_EQ(reopened({}), "");
+  EXPECT_EQ(reopened(text), "1 2 ") << "the file was empty for a moment";
+  write("a.v", "new\nnew\none\ntwo\nthree\n4\n");
+  a->ReloadDocument();
+  EXPECT_EQ(marks(*a), "3 4 ") << "lines above and the last line differ";
+
+  BookmarkFile other(path("state/zelkor/bookmarks").toStdString());   // another copy of the program
+  const std::string b = path("b.v").toStdString(), c = path("c.v").toStdString();
+  other.set(b, {{0, "one"}, {2, "three"}});
+  other.set(c, {{1, "two"}});
+  EXPECT_EQ(other.write(), "");
+  frmDocument* opened = open("b.v", text);
+  EXPECT_EQ(marks(*opened), "0 2 ");
+  emit main->fileRenamed(path("c.v"), path("d.v"));
+  write("d.v", "new\n" + text);
+  trigger("mEditBookmarkList");
+  EXPECT_TRUE(
+      shown().ends_with("\n5 bookmarks in 3 texts\n\na.v:4:1: two\na.v:5:1: three\nb.v:1:1: one\nb.v:3:1: three\nd.v:3:1: two\n"))
+      << shown();
+}
+
+TEST_F(PlacesOfBookmarks, OfALongTextAreFoundWhileTheUserGoesOn) {
+  startAgain();
+  const QByteArray text = "new\nmarked\n" + QByteArray("}\n").repeated(700'000);
+  const std::string file = path("a.v").toStdString();
+  {
+    BookmarkFile other(path("state/zelkor/bookmarks").toStdString());
+    other.set(file, {{0, "marked"}, {650'000, "}"}});
+    EXPECT_EQ(other.write(), "");
+  }
+  frmDocument* a = open("a.v", text);
+  EXPECT_EQ(marks(*a), "") << "they are looked for";
+  a->parentWidget()->close();
+  wait(0);
+  a = open("a.v", text);
+  a->cmx->InsertText(q("typed\n"), {0, 0});
+  trigger("mEditBookmarkList");
+  EXPECT_NE(shown().find("\n2 bookmarks in 1 text\n"), std::string::npos) << shown();
+  EXPECT_TRUE(spinUntil([&] { return !marks(*a).empty(); }));
+  EXPECT_EQ(marks(*a), "2 650001 ");
+  std::atomic<bool> cancel = true;
+  EXPECT_TRUE(findMarks(a->cmx->model()->snapshot(), {{0, "marked"}}, &cancel).lines.empty());
+}
+
+TEST_F(PlacesOfBookmarks, AreFoundEachOnceNearestToWhereTheyWere) {
+  const auto found = [](const std::string& text, const KeptMarks& marks) {
+    std::string all;
+    for (const text::LineNo line : findMarks(text::Snapshot(text), marks).lines) all += std::to_string(line.value) + " ";
+    return all;
+  };
+  EXPECT_EQ(found("x\n}\ny\n}\n", {{0, "}"}, {1, "}"}}), "1 3 ") << "one that stands as kept stays";
+  EXPECT_EQ(found("}\nx\nx\nx\n}\n", {{1, "}"}, {2, "}"}, {3, "}"}}), "0 3 4 ") << "more marks than lines";
+  std::string many;
+  KeptMarks marks;
+  for (int i = 0; i < 300'000; ++i) many += i == 250'000 ? "x\n" : "}\n";
+  EXPECT_EQ(found(many, {{100, "x"}, {250'000, "}"}, {280'001, "}"}}), "250000 250001 280001 ");
+}
+
+TEST_F(PlacesOfBookmarks, StayWhenTheirFileCannotBeReadOrWritten) {
+  const std::string file = path("bookmarks").toStdString();
+  BookmarkFile marks(file);
+  marks.set("/a", {{1, "a"}});
+  ASSERT_EQ(marks.write(), "");
+  testing_files::FaultyFileSystem disk;
+  const testing_files::UseFileSystem use(disk);
+  for (const auto& [call, error] : {std::pair("read", EIO), std::pair("write", ENOSPC)}) {
+    marks.set("/b", {{2, call}});
+    disk.failUse(call, 1, error, true);
+    EXPECT_NE(marks.write(), "") << call;
+    disk.clear();
+    EXPECT_EQ(marks.read().size(), 2u) << call;
+    EXPECT_EQ(marks.write(), "");
+    EXPECT_EQ(BookmarkFile(file).read().size(), 2u) << call;
+  }
+}
+
 TEST_F(PlacesOfBookmarks, LinesOfATextAreListed) {
   frmDocument* a = open("a.v", "foo\nbar\nx foo foo\n");
   a->cmx->SetSel({1, 0, 1, 3, false});
