@@ -110,11 +110,8 @@ bool standAsKept(const text::Snapshot& text, const KeptMarks& marks) {
 
 FoundMarks findMarks(const text::Snapshot& text, const KeptMarks& marks, const std::atomic<bool>* cancel) {
   FoundMarks found;
-  if (text.size().value == 0) {   // as while another program writes the file anew
-    found.missing = marks;
-    return found;
-  }
-  std::vector<std::int64_t> settled;   // ascending
+  const bool isEmpty = text.size().value == 0;   // as while another program writes the file anew
+  std::vector<std::int64_t> settled;             // ascending
   std::unordered_map<std::string_view, Alike> open;
   for (const KeptMark& mark : marks) {
     if (mark.line < text.lineCount() && keptBegin(text, LineNo(mark.line)) == mark.text) settled.push_back(mark.line);
@@ -133,7 +130,7 @@ FoundMarks findMarks(const text::Snapshot& text, const KeptMarks& marks, const s
   for (const auto& [begin, alike] : open)
     alike.assign([&](const KeptMark& mark, std::int64_t line) {
       if (line < 0) line = mark.line;
-      if (line < text.lineCount()) found.lines.emplace_back(line);
+      if (line < text.lineCount() && !isEmpty) found.lines.emplace_back(line);
       else found.missing.push_back(mark);
     });
   std::ranges::sort(found.lines);

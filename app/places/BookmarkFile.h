@@ -30,8 +30,8 @@ struct FoundMarks {
   KeptMarks missing;                 // those without a place
 };
 // The lines that these marks have in the text now: the same line if its text is the same, else the nearest line with that text (each for
-// one mark), else the line of that number. Without a place: those behind the end of the text, and all of an empty text. Reads the whole
-// text unless all marks are where they were; may be called on any thread.
+// one mark), else the line of that number. Without a place: those behind the end of the text; in an empty text those of lines that
+// had text. Reads the whole text unless all marks are where they were; may be called on any thread.
 FoundMarks findMarks(const text::Snapshot& text, const KeptMarks& marks, const std::atomic<bool>* cancel = nullptr);
 bool standAsKept(const text::Snapshot& text, const KeptMarks& marks);
 // Both, ascending; of two marks of one line the first.

@@ -263,17 +263,18 @@ void Bookmarks::list() {
     }
     for (const auto& [path, marks] : closed) {
       if (control.cancel) return rows;
-      ++files;
+      const std::int64_t before = count;
       const text::FileStamp there = text::stampOf(path, false);
       text::LoadedFile file;
       if (there.exists && there.status.isRegular() && there.status.size <= kLoaded) file = text::loadFile(path, {}, &control);
       if (control.cancel) return rows;
       if (!file.stamp.exists || !file.error.empty()) {
         for (const KeptMark& mark : marks) add(path, mark.line, mark.text);
-        continue;
+      } else {
+        for (const LineNo line : findMarks(file.text, marks, &control.cancel).lines)
+          add(path, line.value, text::beginOfLine(file.text, line, kLongestText));
       }
-      for (const LineNo line : findMarks(file.text, marks, &control.cancel).lines)
-        add(path, line.value, text::beginOfLine(file.text, line, kLongestText));
+      if (count > before) ++files;
     }
     *result = tr("%1 in %2").arg(counted(count, tr("bookmark"), tr("bookmarks")), counted(files, tr("text"), tr("texts")));
     return rows;

@@ -320,6 +320,7 @@ TEST_F(PlacesOfBookmarks, AreFoundEachOnceNearestToWhereTheyWere) {
     return all;
   };
   EXPECT_EQ(found("x\n}\ny\n}\n", {{0, "}"}, {1, "}"}}), "1 3 ") << "one that stands as kept stays";
+  EXPECT_EQ(found("", {{0, ""}, {1, "}"}}), "0 ");
   EXPECT_EQ(found("}\nx\nx\nx\n}\n", {{1, "}"}, {2, "}"}, {3, "}"}}), "0 3 4 ") << "more marks than lines";
   std::string many;
   KeptMarks marks;
