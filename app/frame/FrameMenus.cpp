@@ -73,9 +73,10 @@ bool FrameMenus::hidesDock(const QDockWidget& dock) const {
 }
 
 void FrameMenus::hideDock(QDockWidget& dock) {
+  // Before the dock goes: from a hidden widget the tool kit moves the keys to any other one, often in another document.
   const bool keys = dock.isAncestorOf(QApplication::focusWidget());
-  dock.hide();
   if (frmDocument* document = keys ? frame_.activeDocument() : nullptr) document->cmx->setFocus();
+  dock.hide();
 }
 
 bool FrameMenus::eventFilter(QObject* object, QEvent* event) {

@@ -149,7 +149,10 @@ TEST_F(Folder, TreeShowsAndChangesTheDisk) {
 TEST_F(Folder, KeysGoIntoADockAndHideItThere) {
   main->show();
   main->activateWindow();
+  main->LoadNewDoc();
   frmDocument* document = open("top/rtl/alu.v");
+  main->LoadNewDoc();
+  main->activate(document);   // neither the first nor the last one
   document->cmx->setFocus();
   ASSERT_TRUE(spinUntil([] { return QApplication::focusWidget() != nullptr; }));
   const auto press = [&](int key) {
@@ -174,6 +177,7 @@ TEST_F(Folder, KeysGoIntoADockAndHideItThere) {
     press(c.key);
     EXPECT_FALSE(dock->isVisible());
     EXPECT_TRUE(document->isAncestorOf(QApplication::focusWidget()));
+    EXPECT_EQ(main->activeDocument(), document);
     settle(10);
     trigger(c.command);
     document->cmx->setFocus();
