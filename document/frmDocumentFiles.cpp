@@ -242,7 +242,7 @@ void frmDocument::inconsistentDate() {
   // The user may have gone to another document while the disk was looked at, or the frame may not show this one yet.
   const auto ask = [&](const QString& text, Buttons buttons) {
     if (Frame* main = frame()) main->activate(this);
-    return MsgBox(text, CurrentFileTitle(), Icon::exclamation, buttons);
+    return MsgBox(text, plainForDisplay(shared_->name), Icon::exclamation, buttons);
   };
   text::FileStamp now;
   const auto look = [&](bool withContent) {   // the disk may hang; then the next check decides
@@ -259,8 +259,7 @@ void frmDocument::inconsistentDate() {
     if (!known->exists) return;   // already reported, and the file has not come back
     known = text::FileStamp{};    // the next save creates the file again without a question
     cmx->setModified(true);       // the text exists only in this window
-    ask(tr("The source of this file cannot be found, please re-save it") + QLatin1String("\r\n") + plainForDisplay(shared_->name),
-        Buttons::ok);
+    ask(tr("The source of this file cannot be found, please re-save it"), Buttons::ok);
     return;
   }
   const bool fresh = shared_->stampTakenNs - now.status.ctimeNs < kClockGrainNs;

@@ -142,6 +142,7 @@ TEST_F(Document, FocusShowsItsState) {
   const auto win = opened(write("w.vhd", "a\r\n"), 2);
   win->cmx->setText(q("changed"));
   frmRegistry::instance().GetProfile(main, q("mnuFileMRU"));
+  main.active = win.get();
   emit win->cmx->GotFocus();
   EXPECT_FALSE(main.unixFile);
   EXPECT_EQ(manager.ListLanguage(), 2);
@@ -151,6 +152,7 @@ TEST_F(Document, FocusShowsItsState) {
   EXPECT_TRUE(win->Timer1->isActive());
   emit win->cmx->LostFocus();
   EXPECT_FALSE(win->Timer1->isActive());
+  main.active = unix.get();
   emit unix->cmx->GotFocus();
   EXPECT_TRUE(main.unixFile);
   EXPECT_EQ(manager.ListLanguage(), 1);

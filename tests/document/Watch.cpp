@@ -10,6 +10,8 @@
 
 namespace {
 
+const char kGone[] = "The source of this file cannot be found, please re-save it";
+
 class Watch : public DocumentFixture {
  protected:
   static void keepTimes(const QString& name, const std::function<void()>& change) {
@@ -25,7 +27,6 @@ class Watch : public DocumentFixture {
     EXPECT_EQ(boxes.boxes.size(), asked) << "a question would stop the change of windows halfway";
     QCoreApplication::processEvents();
   }
-  static QString gone(const QString& name) { return q("The source of this file cannot be found, please re-save it\r\n") + name; }
   static QString question() {
     return q("Warning : a.v has been changed since it was opened with this editor\r\nDo you want to re-load it");
   }
@@ -123,9 +124,7 @@ TEST_F(WatchWays, AreNoticedOnFocusAndOnTheTimer) {
         comesForward(*document->cmx);
       }
       ASSERT_EQ(boxes.boxes.size(), way.seen == Seen::nothing ? 0u : 1u);
-      if (way.seen != Seen::nothing) {
-        EXPECT_EQ(boxes.last().text, way.seen == Seen::gone ? gone(document->CurrentFileName()) : question());
-      }
+      if (way.seen != Seen::nothing) { EXPECT_EQ(boxes.last().text, way.seen == Seen::gone ? q(kGone) : question()); }
       EXPECT_EQ(document->cmx->Text(), q("old text\n")) << "W2: nothing changes without a yes";
       if (way.seen == Seen::changed) {
         document->inconsistentDate();
@@ -188,7 +187,7 @@ TEST_F(Watch, W1_MountsAndRightsThatGoAndComeBack) {
       const testing_files::UseFileSystem use(away);
       boxes.answer(Answer::ok);
       document->inconsistentDate();
-      EXPECT_EQ(boxes.last().text, gone(document->CurrentFileName()));
+      EXPECT_EQ(boxes.last().text, q(kGone));
       EXPECT_TRUE(document->DocumentModified());
     }
     boxes.answer(Answer::yes);   // it is there again, and nobody knows what was done to it
@@ -253,7 +252,8 @@ TEST_F(Watch, W1_ADocumentBehindAnotherIsNoticedWhenItComesForward) {
   QFile::remove(path("a.v"));
   boxes.answer(Answer::ok, [&] { EXPECT_EQ(main.active, hidden.get()); });
   hidden->inconsistentDate();
-  EXPECT_EQ(boxes.last().text, gone(path("a.v")));
+  EXPECT_EQ(boxes.last().text, q(kGone));
+  EXPECT_EQ(boxes.last().title, path("a.v"));
 }
 
 TEST_F(Watch, W2_TwoWindowsOnOneTextAskOnceAndReloadTogether) {
@@ -373,7 +373,7 @@ TEST_F(Watch, DeclinedOrVanishedTextIsOfferedForSaving) {
   QFile::remove(path("a.v"));
   boxes.answer(Answer::ok);
   document->inconsistentDate();
-  EXPECT_EQ(boxes.last().text, gone(document->CurrentFileName())) << "it had come back";
+  EXPECT_EQ(boxes.last().text, q(kGone)) << "it had come back";
   EXPECT_TRUE(document->DocumentModified());
   EXPECT_TRUE(document->SaveDocumment(document->CurrentFileName()));
   EXPECT_EQ(read(path("a.v")), "mine\n");
