@@ -28,6 +28,7 @@
 namespace {
 
 constexpr int kStartWaitMs = 600;        // for a first copy that holds the lock but does not listen yet
+constexpr int kBusyWaitMs = 600;         // for a first copy that cannot act now
 constexpr int kProgramStartMs = 15000;   // for a first copy started by this one
 constexpr int kRetryMs = 20;
 constexpr int kAnswerWaitMs = 10000;   // until the message is taken; then asks the user whether to keep waiting
@@ -159,6 +160,10 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
         aloneBecause_ = tr("This editor runs on its own: another one is running but cannot be reached");
         return Role::first;
       case HandOffAnswer::busy:
+        if (waited < kBusyWaitMs) {   // a file that loads holds the other copy for a moment only
+          QThread::msleep(kRetryMs);
+          continue;
+        }
         tell(tr("The target editor is currently occupied. Please close any dialogs to continue"), commandLines.mid(next));
         return Role::failed;
       case HandOffAnswer::refused:
