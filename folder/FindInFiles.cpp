@@ -323,7 +323,7 @@ class Run {
 
   void count(FileFinds file) {
     if (summary_.cut) return;
-    ++summary_.files;
+    if (file.skipped == Skipped::none) ++summary_.files;
     summary_.bytes += file.bytes;
     if (progress_) progress_->files.store(summary_.files, std::memory_order_relaxed);
     if (file.skipped != Skipped::none) {

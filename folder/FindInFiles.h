@@ -69,8 +69,8 @@ struct FileFinds {
 };
 
 struct FindSummary {
-  std::string error;   // the expression is faulty: nothing was searched
-  std::int64_t files = 0, filesWithHits = 0, hits = 0, bytes = 0;
+  std::string error;                                                // the expression is faulty: nothing was searched
+  std::int64_t files = 0, filesWithHits = 0, hits = 0, bytes = 0;   // files: searched, without the skipped ones
   std::array<std::int64_t, kSkippedKinds> skipped{};
   std::vector<std::pair<std::string, std::string>> skippedNames;   // the first of them but binary ones, and why
   bool cut = false, cancelled = false;

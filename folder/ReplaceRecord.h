@@ -3,7 +3,8 @@
 //
 // A record is a folder below "replaced" in the state folder: a file "about", locked while it is written; one file for each changed
 // file, synced before that file is changed, with its name, the hashes of its old and new bytes, and the old bytes themselves; and
-// "done" once all were changed. A text that was changed in a window has one too, because its window may save it. The newest record is kept until the next replacing, at most 30 days.
+// "done" once all were changed. A text that was changed in a window has one too, because its window may save it. The newest record
+// is kept until the next replacing, at most 30 days.
 #pragma once
 
 #include <memory>

@@ -193,6 +193,10 @@ void FindFrame::showList(const ListAbout& about, const MakeList& make) {
       },
       tr("Looking at the lines..."), true);
   if (cancelled) return SetStatusText(tr("Cancelled"));
+  if (whole.rows.empty()) {   // an empty list would take the place of a good one
+    MsgBox(about.title + QLatin1String("\r\n") + plainForDisplay(whole.result));
+    return;
+  }
   frmDocument* document = listDocument(about.title, whole.root, about.from);
   useList(ResultList::make(document, std::move(whole)));
   frame_.UpdateEditMenu();

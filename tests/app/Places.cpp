@@ -376,4 +376,14 @@ TEST_F(PlacesOfBookmarks, LinesOfATextAreListed) {
   EXPECT_TRUE(shown().ends_with("\n\na.v:3:3: x foo foo\n")) << shown();
   trigger("mnuViewNextMessage");
   EXPECT_EQ(main->activeDocument(), a);
+  // Without a line the list stays.
+  const std::string before = shown();
+  whenAsked([](frmListLines& box) {
+    box.findChild<QLineEdit*>(q("linesText"))->setText(q("nowhere"));
+    box.accept();
+  });
+  boxes.answer(Answer::ok);
+  trigger("mEditListLines");
+  EXPECT_TRUE(boxes.last().text.contains(q("0 hits"))) << boxes.last().text.toStdString();
+  EXPECT_EQ(shown(), before);
 }
