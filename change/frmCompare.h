@@ -5,7 +5,7 @@
 #include <QDialog>
 #include <vector>
 
-#include "text/line/LineDiff.h"
+#include "text/diff/LineDiff.h"
 
 class CodeMax;
 class QLabel;

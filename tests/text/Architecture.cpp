@@ -40,6 +40,7 @@ const std::map<std::string, std::set<std::string>> kRooms{
     {"control/view", {"control/code", "control/edit", "control/keys"}},
     {"language/editor", {"language"}},
     {"text/color", {"text/find", "text/line", "text/store"}},
+    {"text/diff", {"text/color", "text/line", "text/store"}},
     {"text/file", {"text/find", "text/line", "text/store"}},
     {"text/find", {"text/line", "text/store"}},
     {"text/journal", {"text/file", "text/store"}},

@@ -1,5 +1,5 @@
 // Which lines differ: by table, and against the shortest possible at random.
-#include "text/line/LineDiff.h"
+#include "text/diff/LineDiff.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ std::string shown(const std::vector<LineHunk>& hunks) {
   std::string all;
   for (const LineHunk& h : hunks)
     all += std::to_string(h.beforeBegin.value) + "-" + std::to_string(h.beforeEnd.value) + ">" +
-           std::to_string(h.afterBegin.value) + "-" + std::to_string(h.afterEnd.value) + " ";
+           std::to_string(h.afterBegin.value) + "-" + std::to_string(h.afterEnd.value) + (h.nothing ? "! " : " ");
   return all;
 }
 
@@ -41,6 +41,32 @@ TEST(LineDiff, FindsWhatAPersonWouldCallTheChange) {
   }
 }
 
+// What the rules ignore, line by line: "!" in front of lines that hold nothing else.
+TEST(LineDiff, RulesSayWhatCounts) {
+  const auto bare = [](const char* text, const DiffRules& rules) {
+    BareLines lines(Snapshot(text), rules, rules.commentsBefore);
+    std::string all;
+    for (std::string_view line; lines.next(&line);) (all += lines.nothing() ? "!" : "").append(line) += "|";
+    return all;
+  };
+  const auto c = std::make_shared<const Highlighter>(LanguageTables{.singleComments = {"//"},
+                                                                    .multiCommentStart = {"/*"},
+                                                                    .multiCommentEnd = {"*/"},
+                                                                    .stringDelims = {"\""},
+                                                                    .escapeChar = "\\"});
+  DiffRules blanks, letters, comments, all;
+  blanks.ignoreBlanks = all.ignoreBlanks = true;
+  letters.ignoreCase = all.ignoreCase = true;
+  comments.commentsBefore = comments.commentsAfter = all.commentsBefore = all.commentsAfter = c;
+  EXPECT_EQ(bare(" a \t b\n\n \t\nc\xc2\xa0\xe3\x80\x80\xff", blanks), "ab|!|!|c\xff|");
+  EXPECT_EQ(bare("aB\xc3\x84 \xce\xa3\xcf\x82\n", letters), "ab\xc3\xa4 \xcf\x83\xcf\x83||");
+  EXPECT_EQ(bare("a // b\n  // c\n\nd /* e */ f/**/\n/* g\n\nh */ i\n\"//\" j", comments), "a|!||d f|!|!|i|\"//\" j|");
+  EXPECT_EQ(bare("A /* b */ C // d\n\t//", all), "ac|!|");
+
+  const Snapshot before("a\nb // one\nc\n"), after("// new\na\nb // two\n\nC\n");
+  EXPECT_EQ(shown(diffLines(before, after, all)), "0-0>0-1! 2-2>3-4! ");
+}
+
 TEST(LineDiff, HunksLeadFromOneTextToTheOtherByTheFewestLines) {
   std::mt19937 random(11);
   for (int round = 0; round < 2000; ++round) {
@@ -50,8 +76,7 @@ TEST(LineDiff, HunksLeadFromOneTextToTheOtherByTheFewestLines) {
       return Snapshot(text);
     };
     const Snapshot before = make(), after = make();
-    const std::int64_t most = round % 3 ? 2000 : std::int64_t(random() % 6);
-    const auto hunks = diffLines(before, after, most);
+    const auto hunks = diffLines(before, after);
     std::string built;
     LineNo at;
     std::int64_t differing = 0;
@@ -63,7 +88,6 @@ TEST(LineDiff, HunksLeadFromOneTextToTheOtherByTheFewestLines) {
     }
     built += lines(before, at, LineNo(before.lineCount()));
     ASSERT_EQ(built, lines(after, LineNo(0), LineNo(after.lineCount()))) << shown(hunks);
-    if (most < 2000) continue;
     // The longest common subsequence says how few it can be.
     const auto n = std::size_t(before.lineCount()), m = std::size_t(after.lineCount());
     std::vector<std::vector<std::int64_t>> common(n + 1, std::vector<std::int64_t>(m + 1, 0));

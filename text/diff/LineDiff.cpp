@@ -1,23 +1,28 @@
-#include "text/line/LineDiff.h"
+#include "text/diff/LineDiff.h"
 
 #include <algorithm>
 
-#include "text/line/LineReader.h"
 #include "text/store/ContentHash.h"
 
 namespace text {
 namespace {
 
-std::vector<std::uint64_t> hashes(const Snapshot& text) {
-  std::vector<std::uint64_t> all;
-  all.reserve(static_cast<std::size_t>(text.lineCount()));
-  LineReader reader(text);
+constexpr std::int64_t kMost = 2000;   // differing lines in succession
+
+struct Side {
+  std::vector<std::uint64_t> lines;   // equal numbers: equal lines
+  std::vector<char> nothing;          // only what the rules ignore
+};
+
+Side read(const Snapshot& text, const DiffRules& rules, const std::shared_ptr<const Highlighter>& comments) {
+  Side side;
+  side.lines.reserve(static_cast<std::size_t>(text.lineCount()));
+  BareLines reader(text, rules, comments);
   for (std::string_view line; reader.next(&line);) {
-    ContentHash hash;
-    hash.add(line);
-    all.push_back(hash.value());
+    side.lines.push_back(ContentHash::of(line));
+    side.nothing.push_back(reader.nothing());
   }
-  return all;
+  return side;
 }
 
 // The shortest edit from a to b by deleting and inserting lines: for d = 0, 1, 2 ... how far each diagonal k (line of a minus line
@@ -27,11 +32,12 @@ class ShortestEdit {
   ShortestEdit(const std::uint64_t* a, std::int64_t n, const std::uint64_t* b, std::int64_t m) : a_(a), b_(b), n_(n), m_(m) {}
 
   // False: more than `most` edits are needed.
-  bool run(std::int64_t most) {
+  bool run(std::int64_t most, const std::atomic<bool>* cancel) {
     most = std::min(most, n_ + m_);
     std::vector<std::int64_t> reached(static_cast<std::size_t>(2 * most + 3), 0);
     const auto at = [&](std::int64_t k) -> std::int64_t& { return reached[static_cast<std::size_t>(k + most + 1)]; };
     for (std::int64_t d = 0; d <= most; ++d) {
+      if (cancel && *cancel) return false;
       for (std::int64_t k = -d; k <= d; k += 2) {
         std::int64_t x = k == -d || (k != d && at(k - 1) < at(k + 1)) ? at(k + 1) : at(k - 1) + 1;
         while (x < n_ && x - k < m_ && x - k >= 0 && a_[x] == b_[x - k]) ++x;
@@ -72,8 +78,10 @@ class ShortestEdit {
 
 }   // namespace
 
-std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, std::int64_t most) {
-  const std::vector<std::uint64_t> a = hashes(before), b = hashes(after);
+std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, const DiffRules& rules,
+                                const std::atomic<bool>* cancel) {
+  const Side sideA = read(before, rules, rules.commentsBefore), sideB = read(after, rules, rules.commentsAfter);
+  const std::vector<std::uint64_t>&a = sideA.lines, &b = sideB.lines;
   const auto n = static_cast<std::int64_t>(a.size()), m = static_cast<std::int64_t>(b.size());
   std::int64_t head = 0, tail = 0;
   while (head < std::min(n, m) && a[std::size_t(head)] == b[std::size_t(head)]) ++head;
@@ -82,7 +90,7 @@ std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, s
   if (head + tail == n && head + tail == m) return hunks;
 
   ShortestEdit edit(a.data() + head, n - head - tail, b.data() + head, m - head - tail);
-  if (!edit.run(most)) return {{LineNo(head), LineNo(n - tail), LineNo(head), LineNo(m - tail)}};
+  if (!edit.run(kMost, cancel)) return {{LineNo(head), LineNo(n - tail), LineNo(head), LineNo(m - tail), false}};
   std::vector<char> gone(a.size(), 0), fresh(b.size(), 0);
   edit.backwards([&](std::int64_t line) { gone[std::size_t(head + line)] = 1; },
                  [&](std::int64_t line) { fresh[std::size_t(head + line)] = 1; });
@@ -90,7 +98,11 @@ std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, s
     const std::int64_t fromA = i, fromB = j;
     while (i < n && gone[std::size_t(i)]) ++i;
     while (j < m && fresh[std::size_t(j)]) ++j;
-    if (i > fromA || j > fromB) hunks.push_back({LineNo(fromA), LineNo(i), LineNo(fromB), LineNo(j)});
+    if (i > fromA || j > fromB) {
+      const bool nothing = std::find(sideA.nothing.begin() + fromA, sideA.nothing.begin() + i, 0) == sideA.nothing.begin() + i &&
+                           std::find(sideB.nothing.begin() + fromB, sideB.nothing.begin() + j, 0) == sideB.nothing.begin() + j;
+      hunks.push_back({LineNo(fromA), LineNo(i), LineNo(fromB), LineNo(j), nothing});
+    }
     ++i, ++j;
   }
   return hunks;
