@@ -1,11 +1,11 @@
 // The recovery journal: a file for each text that was changed and not saved yet. From it the text can be restored when the program
 // or the machine stops without warning.
 //
-// Invariants: nothing is written before the first change. After that, each change is in the file within kWriteMs or kWriteEdits
-// edits, and on disk within kSyncMs. Only saved() and discard() remove the file. The living owner holds a lock on it. One writer
-// serves all journals of the program: its thread writes the records in the order of the changes. Slow disk work (syncs, and whole
-// texts that replace grown journals) runs on a second thread. If writing fails, the only effect is that failure() gives the reason;
-// the whole journal is written again every kRetryMs.
+// Invariants: nothing is written before the first change. After that, each change is in the file within kJournalWriteMs or
+// kJournalWriteEdits edits, and on disk within kJournalSyncMs. Only saved() and discard() remove the file. The living owner
+// holds a lock on it. One writer serves all journals of the program: its thread writes the records in the order of the changes.
+// Slow disk work (syncs, and whole texts that replace grown journals) runs on a second thread. If writing fails, the only effect
+// is that failure() gives the reason; the whole journal is written again every kJournalRetryMs.
 #pragma once
 
 #include <functional>
