@@ -18,6 +18,7 @@ BareLines::BareLines(const Snapshot& text, const DiffRules& rules, std::shared_p
 
 bool BareLines::next(std::string_view* bare) {
   if (!reader_.next(bare)) return false;
+  whole_ = *bare;
   nothing_ = false;
   if (!blanks_ && !case_ && !comments_) return true;
   if (comments_) withoutComments(*bare);

@@ -29,7 +29,8 @@ class BareLines {
 
   // The next line, valid until the next call; false behind the last one.
   bool next(std::string_view* bare);
-  bool nothing() const { return nothing_; }   // that line holds only what the rules ignore
+  std::string_view whole() const { return whole_; }   // as it stands in the text
+  bool nothing() const { return nothing_; }           // that line holds only what the rules ignore
 
  private:
   void withoutComments(std::string_view line);
@@ -39,6 +40,7 @@ class BareLines {
   bool blanks_, case_, nothing_ = false;
   std::shared_ptr<const Highlighter> comments_;
   LineState state_ = 0;
+  std::string_view whole_;
   std::vector<Token> tokens_;
   std::string bare_;
 };

@@ -2,109 +2,194 @@
 
 #include <algorithm>
 
+#include "text/diff/Match.h"
 #include "text/store/ContentHash.h"
 
 namespace text {
 namespace {
 
-constexpr std::int64_t kMost = 2000;   // differing lines in succession
+constexpr unsigned char kBlankLine = 255;
+constexpr std::int64_t kSlide = 1000;   // lines
 
-struct Side {
-  std::vector<std::uint64_t> lines;   // equal numbers: equal lines
-  std::vector<char> nothing;          // only what the rules ignore
+// Gives equal lines equal numbers.
+class Numbers {
+ public:
+  Numbers() : slots_(1 << 10) {}
+  std::uint32_t of(std::uint64_t hash) {
+    Slot* slot = find(hash);
+    if (slot->id == 0) {
+      *slot = {hash, ++used_};
+      if (std::size_t(used_) * 3 > slots_.size() * 2) grow();
+      return used_ - 1;
+    }
+    return slot->id - 1;
+  }
+
+ private:
+  struct Slot {
+    std::uint64_t hash = 0;
+    std::uint32_t id = 0;   // 0: free
+  };
+  Slot* find(std::uint64_t hash) {
+    std::size_t at = hash & (slots_.size() - 1);
+    while (slots_[at].id != 0 && slots_[at].hash != hash) at = (at + 1) & (slots_.size() - 1);
+    return &slots_[at];
+  }
+  void grow() {
+    std::vector<Slot> old(slots_.size() * 2);
+    old.swap(slots_);
+    for (const Slot& slot : old)
+      if (slot.id != 0) *find(slot.hash) = slot;
+  }
+  std::vector<Slot> slots_;
+  std::uint32_t used_ = 0;
 };
 
-Side read(const Snapshot& text, const DiffRules& rules, const std::shared_ptr<const Highlighter>& comments) {
+struct Side {
+  std::vector<std::uint32_t> ids;
+  std::vector<unsigned char> indents;   // in cells, or kBlankLine
+  std::vector<char> nothing;            // only what the rules ignore; empty: there are no rules
+
+  bool nothingIn(LineNo begin, LineNo end) const {
+    return std::find(nothing.begin() + begin.value, nothing.begin() + end.value, 0) == nothing.begin() + end.value;
+  }
+};
+
+unsigned char indentOf(std::string_view line) {
+  unsigned cells = 0;
+  for (const char c : line) {
+    if (c == '\t') cells = (cells / 8 + 1) * 8;
+    else if (c == ' ') ++cells;
+    else return static_cast<unsigned char>(std::min(cells, 254u));
+  }
+  return kBlankLine;
+}
+
+Side read(const Snapshot& text, const DiffRules& rules, const std::shared_ptr<const Highlighter>& comments, Numbers* numbers,
+          const std::atomic<bool>* cancel) {
   Side side;
-  side.lines.reserve(static_cast<std::size_t>(text.lineCount()));
+  const auto count = static_cast<std::size_t>(text.lineCount());
+  side.ids.reserve(count);
+  side.indents.reserve(count);
+  if (!rules.plain()) side.nothing.reserve(count);
   BareLines reader(text, rules, comments);
-  for (std::string_view line; reader.next(&line);) {
-    side.lines.push_back(ContentHash::of(line));
-    side.nothing.push_back(reader.nothing());
+  for (std::string_view line; reader.next(&line) && !(cancel && *cancel);) {
+    side.ids.push_back(numbers->of(ContentHash::of(line)));
+    side.indents.push_back(indentOf(reader.whole()));
+    if (!rules.plain()) side.nothing.push_back(reader.nothing());
   }
   return side;
 }
 
-// The shortest edit from a to b by deleting and inserting lines: for d = 0, 1, 2 ... how far each diagonal k (line of a minus line
-// of b) reaches with d edits.
-class ShortestEdit {
- public:
-  ShortestEdit(const std::uint64_t* a, std::int64_t n, const std::uint64_t* b, std::int64_t m) : a_(a), b_(b), n_(n), m_(m) {}
-
-  // False: more than `most` edits are needed.
-  bool run(std::int64_t most, const std::atomic<bool>* cancel) {
-    most = std::min(most, n_ + m_);
-    std::vector<std::int64_t> reached(static_cast<std::size_t>(2 * most + 3), 0);
-    const auto at = [&](std::int64_t k) -> std::int64_t& { return reached[static_cast<std::size_t>(k + most + 1)]; };
-    for (std::int64_t d = 0; d <= most; ++d) {
-      if (cancel && *cancel) return false;
-      for (std::int64_t k = -d; k <= d; k += 2) {
-        std::int64_t x = k == -d || (k != d && at(k - 1) < at(k + 1)) ? at(k + 1) : at(k - 1) + 1;
-        while (x < n_ && x - k < m_ && x - k >= 0 && a_[x] == b_[x - k]) ++x;
-        at(k) = x;
-        if (x >= n_ && x - k >= m_) {
-          trace_.emplace_back(reached.begin() + (most + 1 - d), reached.begin() + (most + 2 + d));
-          return true;
-        }
-      }
-      trace_.emplace_back(reached.begin() + (most + 1 - d), reached.begin() + (most + 2 + d));   // diagonals -d to d
-    }
-    return false;
+std::vector<LineHunk> hunksOf(const Matched& matched) {
+  std::vector<LineHunk> hunks;
+  const auto n = std::ssize(matched.gone), m = std::ssize(matched.fresh);
+  for (std::int64_t i = 0, j = 0; i < n || j < m; ++i, ++j) {
+    const std::int64_t fromA = i, fromB = j;
+    while (i < n && matched.gone[std::size_t(i)]) ++i;
+    while (j < m && matched.fresh[std::size_t(j)]) ++j;
+    if (i > fromA || j > fromB) hunks.push_back({LineNo(fromA), LineNo(i), LineNo(fromB), LineNo(j), false});
   }
+  return hunks;
+}
 
-  // Calls deleted(line of a) and inserted(line of b), last to first.
-  template <class Deleted, class Inserted>
-  void backwards(const Deleted& deleted, const Inserted& inserted) const {
-    std::int64_t x = n_, y = m_;
-    for (auto d = static_cast<std::int64_t>(trace_.size()) - 1; d > 0; --d) {
-      const std::vector<std::int64_t>& last = trace_[static_cast<std::size_t>(d - 1)];
-      const auto at = [&](std::int64_t k) {
-        return k < -(d - 1) || k > d - 1 ? std::int64_t(-1) : last[static_cast<std::size_t>(k + d - 1)];
-      };
-      const std::int64_t k = x - y;
-      const bool down = k == -d || (k != d && at(k - 1) < at(k + 1));
-      x = down ? at(k + 1) : at(k - 1);
-      y = x - (down ? k + 1 : k - 1);
-      if (down) inserted(y);
-      else deleted(x);
+// How little a place between two lines looks like the border of two parts: the indent of the line below it. A blank line above is
+// best; worse is a line that ends what stands above it.
+int roughness(const Side& side, std::int64_t line) {
+  const auto count = std::ssize(side.indents);
+  const auto indent = [&](std::int64_t i) { return side.indents[std::size_t(i)]; };
+  std::int64_t below = line, above = line - 1;
+  while (below < count && below < line + 8 && indent(below) == kBlankLine) ++below;
+  while (above >= 0 && above >= line - 8 && indent(above) == kBlankLine) --above;
+  if (line == 0 || below >= count) return 0;
+  int rough = 0;
+  if (indent(below) != kBlankLine) {
+    rough = indent(below);
+    if (above >= 0 && indent(above) != kBlankLine && indent(above) > rough) rough += 6;
+  }
+  if (below > line) rough += 2;
+  if (above < line - 1) rough -= 4;
+  return rough;
+}
+
+// Moves hunks that stand in one side only among equal lines to where people see the change. Where that leads to another hunk, both
+// are one.
+class Slider {
+ public:
+  Slider(const Side& before, const Side& after) : before_(before), after_(after) {}
+
+  void slide(std::vector<LineHunk>* hunks) {
+    std::vector<LineHunk> done;
+    for (std::size_t i = 0; i < hunks->size(); ++i) {
+      LineHunk hunk = (*hunks)[i];
+      LineHunk* const next = i + 1 < hunks->size() ? &(*hunks)[i + 1] : nullptr;
+      const bool inAfter = hunk.beforeBegin == hunk.beforeEnd;
+      if (!inAfter && hunk.afterBegin != hunk.afterEnd) {
+        done.push_back(hunk);
+        continue;
+      }
+      const Side& side = inAfter ? after_ : before_;
+      const std::int64_t begin = (inAfter ? hunk.afterBegin : hunk.beforeBegin).value;
+      const std::int64_t end = (inAfter ? hunk.afterEnd : hunk.beforeEnd).value;
+      const std::int64_t top = inAfter        ? (done.empty() ? 0 : done.back().afterEnd.value)
+                               : done.empty() ? 0
+                                              : done.back().beforeEnd.value;
+      const std::int64_t bottom = next ? (inAfter ? next->afterBegin : next->beforeBegin).value : std::ssize(side.ids);
+      std::int64_t up = 0, down = 0;
+      while (up < kSlide && begin - up > top && same(side, begin - up - 1, end - up - 1)) ++up;
+      while (down < kSlide && end + down < bottom && same(side, begin + down, end + down)) ++down;
+      if (!done.empty() && begin - up == top) {
+        move(&hunk, -up);
+        join(&done.back(), hunk);
+      } else if (next && end + down == bottom) {
+        move(&hunk, down);
+        join(&hunk, *next);
+        *next = hunk;
+      } else {
+        std::int64_t best = down;
+        int least = roughness(side, begin + down) + roughness(side, end + down);
+        for (std::int64_t by = down - 1; by >= -up; --by) {
+          const int rough = roughness(side, begin + by) + roughness(side, end + by);
+          if (rough < least) best = by, least = rough;
+        }
+        move(&hunk, best);
+        done.push_back(hunk);
+      }
     }
+    *hunks = std::move(done);
   }
 
  private:
-  const std::uint64_t *a_, *b_;
-  std::int64_t n_, m_;
-  std::vector<std::vector<std::int64_t>> trace_;
+  static bool same(const Side& side, std::int64_t one, std::int64_t other) {
+    return side.ids[std::size_t(one)] == side.ids[std::size_t(other)];
+  }
+  static void move(LineHunk* hunk, std::int64_t by) {
+    for (LineNo* line : {&hunk->beforeBegin, &hunk->beforeEnd, &hunk->afterBegin, &hunk->afterEnd}) *line = *line + by;
+  }
+  static void join(LineHunk* first, const LineHunk& second) {
+    first->beforeEnd = second.beforeEnd;
+    first->afterEnd = second.afterEnd;
+  }
+  const Side &before_, &after_;
 };
 
 }   // namespace
 
 std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, const DiffRules& rules,
                                 const std::atomic<bool>* cancel) {
-  const Side sideA = read(before, rules, rules.commentsBefore), sideB = read(after, rules, rules.commentsAfter);
-  const std::vector<std::uint64_t>&a = sideA.lines, &b = sideB.lines;
-  const auto n = static_cast<std::int64_t>(a.size()), m = static_cast<std::int64_t>(b.size());
-  std::int64_t head = 0, tail = 0;
-  while (head < std::min(n, m) && a[std::size_t(head)] == b[std::size_t(head)]) ++head;
-  while (tail < std::min(n, m) - head && a[std::size_t(n - 1 - tail)] == b[std::size_t(m - 1 - tail)]) ++tail;
-  std::vector<LineHunk> hunks;
-  if (head + tail == n && head + tail == m) return hunks;
-
-  ShortestEdit edit(a.data() + head, n - head - tail, b.data() + head, m - head - tail);
-  if (!edit.run(kMost, cancel)) return {{LineNo(head), LineNo(n - tail), LineNo(head), LineNo(m - tail), false}};
-  std::vector<char> gone(a.size(), 0), fresh(b.size(), 0);
-  edit.backwards([&](std::int64_t line) { gone[std::size_t(head + line)] = 1; },
-                 [&](std::int64_t line) { fresh[std::size_t(head + line)] = 1; });
-  for (std::int64_t i = head, j = head; i < n || j < m;) {
-    const std::int64_t fromA = i, fromB = j;
-    while (i < n && gone[std::size_t(i)]) ++i;
-    while (j < m && fresh[std::size_t(j)]) ++j;
-    if (i > fromA || j > fromB) {
-      const bool nothing = std::find(sideA.nothing.begin() + fromA, sideA.nothing.begin() + i, 0) == sideA.nothing.begin() + i &&
-                           std::find(sideB.nothing.begin() + fromB, sideB.nothing.begin() + j, 0) == sideB.nothing.begin() + j;
-      hunks.push_back({LineNo(fromA), LineNo(i), LineNo(fromB), LineNo(j), nothing});
-    }
-    ++i, ++j;
+  if (before.sameAs(after) && rules.commentsBefore == rules.commentsAfter) return {};
+  Side a, b;
+  {
+    Numbers numbers;
+    a = read(before, rules, rules.commentsBefore, &numbers, cancel);
+    b = read(after, rules, rules.commentsAfter, &numbers, cancel);
   }
+  if (cancel && *cancel) return {};
+  std::vector<LineHunk> hunks = hunksOf(matchIds(a.ids, b.ids, cancel));
+  Slider(a, b).slide(&hunks);
+  if (rules.plain()) return hunks;
+  for (LineHunk& hunk : hunks)
+    hunk.nothing = a.nothingIn(hunk.beforeBegin, hunk.beforeEnd) && b.nothingIn(hunk.afterBegin, hunk.afterEnd);
   return hunks;
 }
 

@@ -16,7 +16,11 @@ struct LineHunk {
   bool operator==(const LineHunk&) const = default;
 };
 
-// In order. Cancelled: whatever was found, to be thrown away.
+// In order. Lines that both texts have once are put together first, so that moved parts and many equal lines do not lead astray; the
+// fewest possible lines differ where the texts are small or nearly equal. A hunk that can stand at several places stands at the
+// border of a block. Lines are equal when their hashes of 64 bits are.
+// Time: linear in the bytes, and some hundred steps a line at the worst. Memory: below 100 bytes for each line of both.
+// Cancelled: whatever was found, to be thrown away.
 std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, const DiffRules& rules = {},
                                 const std::atomic<bool>* cancel = nullptr);
 
