@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,8 +12,7 @@
 
 #include "process/CommandLine.h"
 #include "process/Process.h"
-
-extern char** environ;
+#include "process/Spawn.h"
 
 namespace process {
 
@@ -25,43 +23,6 @@ constexpr int kDrainPieces = 64;   // read at the end: more than a pipe can hold
 constexpr std::size_t kPiece = 64 << 10;
 constexpr int kGrace = 2000;      // milliseconds between SIGTERM and SIGKILL
 constexpr int kPollPeriod = 50;   // when the kernel does not report the end
-
-struct Pipe {
-  int ends[2] = {-1, -1};
-  int open() { return ::pipe2(ends, O_CLOEXEC) == 0 ? 0 : errno; }
-  int take(int end) { return std::exchange(ends[end], -1); }
-  ~Pipe() {
-    for (const int fd : ends)
-      if (fd >= 0) ::close(fd);
-  }
-};
-
-int spawn(const std::string& file, const std::vector<std::string>& arguments, const Pipe& out, pid_t* id) {
-  std::vector<char*> argv;
-  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-  argv.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawnattr_t attributes;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawnattr_init(&attributes);
-  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, out.ends[1], 1);
-  posix_spawn_file_actions_adddup2(&actions, out.ends[1], 2);
-#if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 34)
-  posix_spawn_file_actions_addclosefrom_np(&actions, 3);   // also descriptors that a library opened without close-on-exec
-#endif
-  sigset_t none, all;
-  sigemptyset(&none);
-  sigfillset(&all);
-  posix_spawnattr_setsigmask(&attributes, &none);
-  posix_spawnattr_setsigdefault(&attributes, &all);
-  posix_spawnattr_setpgroup(&attributes, 0);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-  const int error = ::posix_spawn(id, file.c_str(), &actions, &attributes, argv.data(), environ);
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
-  return error;
-}
 
 }   // namespace
 
@@ -146,7 +107,7 @@ Program* Program::start(const std::vector<std::string>& arguments, std::optional
   Pipe out;
   pid_t id = 0;
   if (*error == 0) *error = out.open();
-  if (*error == 0) *error = spawn(file, arguments, out, &id);
+  if (*error == 0) *error = spawn(file, arguments, {}, out.ends[1], out.ends[1], &id);
   if (*error != 0) return nullptr;
 
   auto* const program = new Program;
