@@ -117,7 +117,7 @@ function(zelkor_test folder)
     endif()
     add_test(NAME ${folder}.${suite} COMMAND ${target} --gtest_filter=${suite}*.*:*/${suite}*.*)
     set_tests_properties(${folder}.${suite} PROPERTIES TIMEOUT 900 LABELS ${folder}
-      ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ZELKOR_SOURCE=${CMAKE_SOURCE_DIR};ZELKOR_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};${ZELKOR_SANITIZER_ENVIRONMENT}"
+      ENVIRONMENT "QT_QPA_PLATFORM=offscreen;ZELKOR_SOURCE=${CMAKE_SOURCE_DIR};ZELKOR_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};${ZELKOR_SANITIZER_ENVIRONMENT}"
       FAIL_REGULAR_EXPRESSION "Running 0 tests" SKIP_RETURN_CODE 77)
   endforeach()
 endfunction()

@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QTest>
 #include <QTreeView>
+#include <cerrno>
+#include <cstring>
 
 #include "app/find/ChangeDelegate.h"
 #include "app/find/FindFrame.h"
@@ -281,7 +283,7 @@ TEST_F(FindInFiles, TheWindowAsksAsTheUserWorks) {
   for (int i = 0; i < 25; ++i) task.files.push_back("/gone/" + std::to_string(i));
   finder().start(task);
   ASSERT_TRUE(spinUntil([this] { return !finder().running(); }));
-  EXPECT_TRUE(list().ends_with("\n  /gone/19: No such file or directory\n  and 5 more\n\n")) << list();
+  EXPECT_TRUE(list().ends_with(std::string("\n  /gone/19: ") + std::strerror(ENOENT) + "\n  and 5 more\n\n")) << list();
   ResultList* const rows = ResultList::make(main->LoadNewDoc(), task);
   int cancelled = 0;
   QObject::connect(rows, &ResultList::cancelAsked, [&] { ++cancelled; });

@@ -1,5 +1,7 @@
 // Whole runs of command strings, as folders (Cases.h).
 #include <gtest/gtest.h>
+#include <cerrno>
+#include <cstring>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -97,8 +99,9 @@ Result runHere(const Case& one, const QString& folder) {
     result.status = batch::run(options);
   }
   QDir::setCurrent(before);
-  result.log = channels.output;
-  result.messages = channels.errors;
+  const auto inEnglish = [](QByteArray text) { return text.replace(std::strerror(ENOENT), "No such file or directory"); };
+  result.log = inEnglish(channels.output);
+  result.messages = inEnglish(channels.errors);
   const QString saved = options.save ? path : folder + u"/out/input."_s + one.extension;
   if (QFile::exists(saved)) result.text = read(saved);
   return result;

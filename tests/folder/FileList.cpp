@@ -2,6 +2,8 @@
 #include "folder/FileList.h"
 
 #include <gtest/gtest.h>
+#include <cerrno>
+#include <cstring>
 
 #include <cstdlib>
 #include <filesystem>
@@ -50,14 +52,14 @@ TEST(FileList, NamesWhatTheDesignIsMadeOf) {
                             "ip/lib/l2.vlib", "inc1/defs.svh", "inc2/only2.svh", "inc1/only1.svh"}));
   EXPECT_EQ(list.lists, in({"sim/all.f", "sim/sub.f", "sim/more.f"}));
   EXPECT_EQ(list.defines, (std::vector<std::string>{"SIM", "W=8"}));
+  const std::string missing = std::string(std::strerror(ENOENT)) + '\n';
   std::string problems;
   for (const auto& problem : list.problems)
     problems += fs::path(problem.list).filename().string() + ':' + std::to_string(problem.line) + ": " + problem.text + '\n';
-  EXPECT_EQ(problems, "all.f:10: " + top / "rtl/missing.v: No such file or directory\n" +
-                          "all.f:11: the variable NOT_SET is not set\n" +
+  EXPECT_EQ(problems, "all.f:10: " + top / "rtl/missing.v: " + missing + "all.f:11: the variable NOT_SET is not set\n" +
                           "all.f:12: " + top / "sim/all.f is being read already: a list cannot hold itself\n" +
-                          "all.f:13: " + top / "nowhere: No such file or directory\n" +
-                          "all.f:14: " + top / "rtl: Is a folder, not a file\n" + "all.f:15: -f needs a value\n");
+                          "all.f:13: " + top / "nowhere: " + missing + "all.f:14: " + top / "rtl: Is a folder, not a file\n" +
+                          "all.f:15: -f needs a value\n");
   EXPECT_EQ(folder::likelyWorkingFolder(top / "sim/all.f"), top.path());
   EXPECT_EQ(folder::readFileList(top / "no.f", top.path(), true).problems.size(), 1u);
 }
