@@ -157,11 +157,11 @@ std::vector<bool> standingLines(CodeMax& cmx, qint64 end, const clsLang* languag
   if (!highlighter || !highlighter->valid()) return stay;
   work(cmx, end, [&, text = cmx.model()->snapshot()](text::SearchControl& control) {
     StandingLines strings(highlighter.get(), formatRules(*language));
-    std::vector<text::Token> tokens;
+    if (!strings.mayHold(text, end)) return;
     text::LineReader reader(text);
     std::string_view line;
     for (qint64 i = 0; i < end && reader.next(&line) && !control.cancel; ++i) {
-      strings.scan(line, &tokens);
+      strings.scan(line, nullptr);
       stay[static_cast<std::size_t>(i)] = strings.stays();
       control.bytesDone = i;
     }
@@ -174,11 +174,10 @@ bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, 
   if (!highlighter || !highlighter->valid()) return true;
   text::LineState state = 0;
   StandingLines strings(highlighter.get(), formatRules(language));   // lines that begin within a string stay
-  std::vector<text::Token> tokens;
   text::LineReader before(cmx.model()->snapshot());
   std::string_view line;
   const auto next = [&](std::string_view bytes) {
-    strings.scan(bytes, &tokens);
+    strings.scan(bytes, nullptr);
     return strings.stays();
   };
   for (qint64 i = 0; i < lines.first && before.next(&line); ++i) {

@@ -18,8 +18,8 @@ namespace process {
 namespace {
 
 constexpr std::size_t kErrorsKept = 64 << 10;
-constexpr int kPieces = 64;   // more than a pipe can hold
-constexpr int kTurn = 20;     // milliseconds between two looks at the clock
+constexpr int kDrainedPieces = 64;   // more than a pipe can hold
+constexpr int kTurn = 20;            // milliseconds between two looks at the clock
 
 std::vector<std::string> environmentOf(const CaptureRules& rules) {
   std::vector<std::string> all = rules.set;
@@ -36,7 +36,7 @@ std::vector<std::string> environmentOf(const CaptureRules& rules) {
 // Takes what is there, and not for ever from a flood. False: that was all.
 bool take(int fd, std::string* to, std::size_t most) {
   char piece[64 << 10];
-  for (int n = 0; n < kPieces; ++n) {
+  for (int n = 0; n < kDrainedPieces; ++n) {
     const ssize_t count = ::read(fd, piece, sizeof piece);
     if (count < 0) return errno == EAGAIN || errno == EINTR;
     if (count == 0) return false;

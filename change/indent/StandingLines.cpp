@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "control/edit/TextModel.h"
+#include "text/line/LineReader.h"
 
 namespace {
 
@@ -20,7 +21,12 @@ bool escaped(std::string_view line, std::size_t at) {
 }   // namespace
 
 StandingLines::StandingLines(const text::Highlighter* highlighter, const FormatRules& rules)
-    : highlighter_(highlighter && highlighter->valid() ? highlighter : nullptr), rules_(rules) {}
+    : highlighter_(highlighter && highlighter->valid() ? highlighter : nullptr), rules_(rules) {
+  for (const QStringList& signs : {rules_.raw, rules_.lines, rules_.here, rules_.rest, rules_.atLine})
+    for (const QString& sign : signs) openers_.push_back(fromQString(sign));
+  if (highlighter_) escape_ = highlighter_->tables().escapeChar;
+  if (!rules_.lines.isEmpty()) openers_.push_back("\\");   // \" begins no string
+}
 
 void StandingLines::restart() {
   state_ = 0;
@@ -49,6 +55,32 @@ bool StandingLines::standsWhole(std::string_view line) {
     line.remove_prefix(1);
   if (line == document.word) here_.pop_front();
   return true;
+}
+
+bool StandingLines::mayHold(std::string_view line) const {
+  const auto isIn = [&](const std::string& sign) { return line.find(sign) != none; };
+  while (line.ends_with('\r')) line.remove_suffix(1);
+  return line.ends_with('\\') || (!escape_.empty() && line.ends_with(escape_)) ||
+         std::any_of(openers_.begin(), openers_.end(), isIn);
+}
+
+bool StandingLines::mayHold(const text::Snapshot& text, std::int64_t lines) const {
+  std::string bytes = "\\";   // a line that holds has one of them; most texts lack them
+  if (!escape_.empty()) bytes += escape_.back();
+  for (const std::string& sign : openers_) bytes += sign.front();
+  bool any = false;
+  const text::ByteOffset end = lines < text.lineCount() ? text.lineStart(text::LineNo(lines)) : text.size();
+  for (text::ByteOffset at; at < end && !any;) {
+    const std::string_view chunk = text.chunkAt(at);
+    any = std::any_of(bytes.begin(), bytes.end(), [&](char byte) { return chunk.find(byte) != none; });
+    at = at + static_cast<std::int64_t>(chunk.size());
+  }
+  if (!any) return false;
+  text::LineReader reader(text);
+  std::string_view line;
+  for (std::int64_t i = 0; i < lines && reader.next(&line); ++i)
+    if (mayHold(line)) return true;
+  return false;
 }
 
 // Whether a raw string begins before a token, or the token is a string that continues in the next line. Such a string becomes open.
@@ -111,7 +143,7 @@ void StandingLines::noteHereDocuments(std::string_view line, std::size_t from, c
 }
 
 void StandingLines::scan(std::string_view line, std::vector<text::Token>* tokens) {
-  tokens->clear();
+  if (tokens) tokens->clear();
   code_ = true;
   const auto size = static_cast<std::int64_t>(line.size());
   const text::LinePoint start = this->start();
@@ -126,6 +158,12 @@ void StandingLines::scan(std::string_view line, std::vector<text::Token>* tokens
     if (state_ == 0 && close_.empty() && line.starts_with(fromQString(sign))) column_ = true;
   stays_ = stays_ || column_;
   if (!highlighter_) return;
+  if (!tokens && close_.empty() && !mayHold(line)) {
+    state_ = highlighter_->scanLine(line, state_, nullptr);
+    return;
+  }
+  std::vector<text::Token> own;
+  if (!tokens) tokens = &own;
 
   std::size_t from = 0;   // behind the strings found so far
   if (!close_.empty()) {

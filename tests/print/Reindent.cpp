@@ -5,7 +5,9 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <random>
 
+#include "change/indent/StandingLines.h"
 #include "control/code/LanguageTable.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
@@ -205,4 +207,37 @@ TEST(Reindent, ByWholeLineSurvivesUnbalancedText) {
   EXPECT_EQ(careful(QStringLiteral("end\nend\nbegin\nx;"), words, 2, nullptr).toStdString(), "end\nend\nbegin\n  x;");
   const QString brackets = QStringLiteral(")\n)]\n(((\nx\n;\nend ] begin");
   EXPECT_EQ(flat(careful(brackets, words, 2, nullptr)).toStdString(), brackets.toStdString());
+}
+
+// The quick ways to know which lines stay say what reading all tokens says.
+TEST_F(ReindentShipped, LinesThatStayAreTheSameWithoutTokens) {
+  const char* const parts[] = {"\"",   "\\", "'",  "\"\"\"", "'''",  "<<EOT", "EOT",    "<<-",  "R\"x(",
+                               ")x\"", "/*", "*/", "//",     "#",    "a",     "=begin", "=end", "__END__",
+                               " ",    "{",  "`",  "--",     "\\\"", "echo ", "(("};
+  std::mt19937 random(7);
+  std::int64_t held = 0;
+  for (const auto& language : *manager.Languages()) {
+    const auto highlighter = LanguageTable::find(language->Name);
+    if (!highlighter || !highlighter->valid()) continue;
+    for (int round = 0; round < 30; ++round) {
+      StandingLines full(highlighter.get(), formatRules(*language)), quick(highlighter.get(), formatRules(*language));
+      std::string text;
+      std::int64_t stay = 0;
+      std::vector<text::Token> tokens;
+      for (int i = 0; i < 12; ++i) {
+        std::string line;
+        for (auto n = random() % 5; n > 0; --n) line += parts[random() % std::size(parts)];
+        full.scan(line, &tokens);
+        quick.scan(line, nullptr);
+        ASSERT_EQ(quick.stays(), full.stays()) << language->Name.toStdString() << ":\n" << text << line;
+        stay += full.stays();
+        text += line + '\n';
+      }
+      held += stay;
+      if (!quick.mayHold(text::Snapshot(std::string(text)), 12)) {
+        EXPECT_EQ(stay, 0) << language->Name.toStdString() << ":\n" << text;
+      }
+    }
+  }
+  EXPECT_GT(held, 1000);   // or there was nothing to compare
 }
