@@ -137,6 +137,7 @@ void FindFrame::useList(ResultList* list) {
   }
   list_ = list;
   connect(list, &ResultList::used, this, &FindFrame::useList, Qt::UniqueConnection);
+  connect(list, &ResultList::pairAsked, this, &FindFrame::pairAsked, Qt::UniqueConnection);
 }
 
 void FindFrame::cancel() {
@@ -181,7 +182,7 @@ void FindFrame::start(FindTask task) {
 
 void FindFrame::showList(const ListAbout& about, const MakeList& make) {
   ResultList::Whole whole{about.first, about.about, {}, {}, {}, about.what};
-  whole.root = about.from ? about.from->root() : fromQString(usualRoot(frame_));
+  whole.root = !about.root.empty() ? about.root : about.from ? about.from->root() : fromQString(usualRoot(frame_));
   FindTask names;
   names.root = whole.root;
   bool cancelled = false;

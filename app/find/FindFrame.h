@@ -37,6 +37,7 @@ class FindFrame : public QObject {
     std::shared_ptr<const folder::FindText> what;   // whose hits are marked; may be null
     std::int64_t bytes = 0;                         // to look through, for the progress; 0: unknown
     const ResultList* from = nullptr;               // a list of which this is a part: it stays, and has the folder
+    std::string root{};                             // the folder; empty: that of the list, else the usual one
   };
   using Named = std::function<std::string(const std::string& path)>;
   using MakeList = std::function<std::string(const Named& shown, text::SearchControl& control, QString* result)>;
@@ -49,6 +50,9 @@ class FindFrame : public QObject {
   void tellInterrupted();   // at the start: a replacing that did not come to its end
 
   frmFindInFiles& window();
+
+ signals:
+  void pairAsked(const QString& left, const QString& right);   // by a list of pairs of files
 
  private:
   explicit FindFrame(frmMain& frame);

@@ -87,6 +87,8 @@ ResultList* ResultList::adopt(frmDocument* document) {
     return nullptr;
   auto* const list = new ResultList(document);
   list->root_ = folder::pathOfShown(second.substr(sizeof kHeadFolder - 1));
+  if (const std::string_view pairs = kFirsts[kPairs]; first.starts_with(pairs))
+    list->second_ = folder::pathOfShown(std::string_view(first).substr(pairs.size()));
   while (list->headLines_ < std::min<std::int64_t>(kMostHead, text.lineCount()) &&
          text.lineEnd(LineNo(list->headLines_)) > text.lineStart(LineNo(list->headLines_)))
     ++list->headLines_;
@@ -111,6 +113,7 @@ ResultList* ResultList::make(frmDocument* document, const FindTask& task) {
 ResultList* ResultList::make(frmDocument* document, Whole whole) {
   auto* const list = new ResultList(document);
   list->root_ = whole.root;
+  if (whole.first == QLatin1String(kFirsts[kPairs])) list->second_ = folder::pathOfShown(fromQString(whole.about));
   list->what_ = whole.what;
   const QString head =
       headOf(whole.first, whole.about + (whole.what ? optionsOf(*whole.what) : QString()), whole.root, whole.result);
@@ -246,10 +249,27 @@ std::vector<ByteRange> ResultList::hitsFrom(const text::Snapshot& text, ByteOffs
   return hits;
 }
 
+// The file of the same name in the other folder.
+std::string ResultList::inSecond(const std::string& path) const {
+  if (second_.empty()) return {};
+  return second_ + (second_.ends_with('/') ? "" : "/") + std::string(folder::belowRoot(root_, path));
+}
+
 bool ResultList::show(LineNo line, int direction) {
   if (!frame()) return false;
-  const auto row = rowAt(document_->cmx->model()->snapshot(), line);
+  auto row = rowAt(document_->cmx->model()->snapshot(), line);
   if (!row) return false;
+  if (const std::string other = inSecond(row->path); !other.empty() && isRegularFile(toQString(other))) {
+    if (isRegularFile(toQString(row->path))) {
+      const ByteOffset start = document_->cmx->model()->snapshot().lineStart(line);
+      document_->cmx->editor().setSelection({start, start, 0, 0, false});
+      shown_ = Shown{nullptr, line, {}};
+      emit used(this);
+      emit pairAsked(toQString(row->path), toQString(other));
+      return true;
+    }
+    row->path = other;
+  }
   frmDocument* target = nullptr;
   const QString path = toQString(row->path);
   const QString bare = toQString(row->path.substr(row->path.rfind('/') + 1));
@@ -357,6 +377,10 @@ std::vector<std::string> ResultList::paths(const text::Snapshot& text) const {
 
 std::vector<ResultList::Edited> ResultList::edited(const text::Snapshot& now, QString* error) const {
   std::vector<Edited> all;
+  if (!second_.empty()) {
+    *error = tr("The lines of this list say how files differ: they are no lines of the files.");
+    return all;
+  }
   if (!found_) {
     *error = tr("The lines as they were found are not known: this list was read from a file. Search again, and edit the new list.");
     return all;

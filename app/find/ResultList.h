@@ -34,7 +34,9 @@ class ResultList : public QObject {
     std::shared_ptr<const folder::FindText> what;
   };
   static ResultList* make(frmDocument* document, Whole whole);
-  static constexpr const char* kFirsts[] = {"Find in files: ", "Lines with: ", "Bookmarks: "};   // what a list begins with
+  static constexpr const char* kFirsts[] = {
+      "Find in files: ", "Lines with: ", "Bookmarks: ", "Compared with the second folder: "};   // what a list begins with
+  static constexpr int kPairs = 3;   // of them: its rows name files of two folders, and jumping compares them
 
   static QString head(const FindTask& task, const QString& result);
 
@@ -64,8 +66,9 @@ class ResultList : public QObject {
   frmDocument* document() const { return document_; }
 
  signals:
-  void used(ResultList* list);   // F8 goes through this list from now on
-  void cancelAsked();            // by Esc while rows come
+  void pairAsked(const QString& left, const QString& right);   // jumping came to a file of two folders that is in both
+  void used(ResultList* list);                                 // F8 goes through this list from now on
+  void cancelAsked();                                          // by Esc while rows come
 
  protected:
   bool eventFilter(QObject* object, QEvent* event) override;
@@ -79,12 +82,14 @@ class ResultList : public QObject {
   // there: the range in the window, where that is not the range of `edit`.
   void fill(const std::function<text::Edit(const text::Snapshot&)>& edit, std::optional<text::ByteRange> there = {});
   bool show(text::LineNo line, int direction);
+  std::string inSecond(const std::string& path) const;
   bool stepInLine(int direction);
   std::optional<text::ByteOffset> placeIn(frmDocument& target, const Row& row);
 
   frmDocument* const document_;
   std::weak_ptr<TextModel> model_;
   std::string root_;
+  std::string second_;                             // the other folder of a list of pairs; empty: it is none
   std::shared_ptr<const folder::FindText> what_;   // null: the list came from a file
   std::optional<text::Snapshot> found_;            // as the search made it
   text::Snapshot filled_;                          // while rows come: the newest state without a change by the user

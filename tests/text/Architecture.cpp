@@ -190,7 +190,7 @@ TEST(Architecture, FunctionsHaveACaller) {
       {"belongs to the interface of its class", {"AddLangText", "ConfigDir", "DeleteKey", "GetComment", "GetCurrentWordLength", "GetLangText",
                                                  "RegisteredLanguageCount", "SearchCaseSensitive", "Visible", "setConfigDir", "setLastReturnValue",
                                                  "setSearchCaseSensitive", "stdHelpFile"}},
-      {"what the window of comparing shows", {"diffWords", "gitVersion", "merge3", "mergedText", "pairLines"}},
+      {"what comparing shows", {"compareFolders", "diffWords", "gitVersion", "merge3", "mergedText", "pairLines"}},
       {"the way back of encodeText", {"decodeText"}}};
   // clang-format on
   const auto isWord = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
