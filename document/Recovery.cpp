@@ -110,3 +110,4 @@ bool Recovery::holdNow() {
 }
 
 bool Recovery::holds() const { return journal_.durable(); }
+QString Recovery::fileName() const { return toQString(journal_.fileName()); }

@@ -53,6 +53,7 @@ class Recovery : public QObject {
   // Writes the whole text now, for a text that exists nowhere else. False: it could not be written.
   bool holdNow();
   bool holds() const;   // the journal holds the whole text, on disk
+  QString fileName() const;   // of the journal, in the session's folder; empty: nothing is written yet
 
  private:
   explicit Recovery(std::shared_ptr<TextModel> model);

@@ -49,6 +49,8 @@ class frmDocument : public QWidget {
   void ReloadDocument();   // LoadDocument of its own file; the caret keeps its line and column
   // Reads the file again in another encoding, as one undo step. False: it cannot be read so, and the user has been told.
   bool ReopenAs(const text::FileFormat& format);
+  bool EncodingIsChosen() const;   // by the user: loading the file may detect another one
+  void keepEncoding();             // it was chosen earlier
   // False: not saved, and the user has been told. Asks before it overwrites changes of other programs and before it creates a
   // folder. The caller chooses the name (frmMain::mainSaveDocument).
   bool SaveDocumment(const QString& path);
@@ -83,6 +85,7 @@ class frmDocument : public QWidget {
   // For a text that only the journal holds: closing does not ask and keeps the journal, so that the next start offers the text.
   void leaveInJournal();
   bool isLeftInJournal() const;
+  QString journalName() const;   // file of its journal in the recovery folder; empty: none is written
   // Asks the questions of closing in advance. True: closing will not ask again unless the text changes. To close several windows,
   // ask all of them first: then Cancel leaves every window as it was (withdrawClose).
   bool agreeToClose();

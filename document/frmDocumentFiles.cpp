@@ -69,6 +69,8 @@ void frmDocument::LoadDocument(const QString& path, bool& loaded) {
   }
   shared_->stampTakenNs = nowNs();
   shared_->hasName = true;
+  shared_->detected = cmx->fileFormat();
+  shared_->encodingIsChosen = false;
   if (shared_->recovery) shared_->recovery->saved();
   if (again) followRights();
   Timer1->start();
@@ -155,6 +157,7 @@ bool frmDocument::ReopenAs(const text::FileFormat& format) {
     error = reload(shared_->name, format);
   }
   if (error.isEmpty()) {
+    shared_->encodingIsChosen = true;
     if (shared_->recovery) shared_->recovery->saved();
     return true;
   }
@@ -210,6 +213,14 @@ bool frmDocument::mayEnd() const { return !cmx->Modified() || allAgreed() || (sh
 void frmDocument::leaveInJournal() { shared_->leftInJournal = mayEnd() && cmx->Modified() && !allAgreed(); }
 
 bool frmDocument::isLeftInJournal() const { return shared_->leftInJournal; }
+
+QString frmDocument::journalName() const { return shared_->recovery ? shared_->recovery->fileName() : QString(); }
+
+bool frmDocument::EncodingIsChosen() const {
+  return shared_->encodingIsChosen || (shared_->detected && *shared_->detected != cmx->fileFormat());
+}
+
+void frmDocument::keepEncoding() { shared_->encodingIsChosen = true; }
 
 bool frmDocument::CancelSaveFile() {
   if (!cmx->Modified()) return false;

@@ -19,6 +19,8 @@ struct frmDocument::Shared {
   bool protectedFile = false, guarded = false;   // the file is write-protected; the text is read-only because of that
   int language = 0;
   bool languageIsChosen = false;
+  bool encodingIsChosen = false;
+  std::optional<text::FileFormat> detected;   // format that loading the file chose; empty: it was not loaded
   QString lineComment, blockStart, blockEnd;
   std::int64_t stampTakenNs = 0;   // time of the last complete check of the file
   bool mixedBreaks = false;        // as far as was looked

@@ -56,12 +56,13 @@ void FindTask::each(const std::function<bool(folder::FindItem)>& give, const tex
                     folder::WalkReport* report) const {
   switch (where) {
     case Where::openDocuments: {
-      std::vector<const Open*> sorted;
-      for (const Open& one : open)
-        if (walk.masks.fit(shown(one.path))) sorted.push_back(&one);
-      std::sort(sorted.begin(), sorted.end(), [](const Open* a, const Open* b) { return a->path < b->path; });
-      for (const Open* one : sorted)
-        if (!give({one->path, one->text})) return;
+      std::vector<folder::FindItem> sorted;
+      for (const Open& one : open) sorted.push_back({one.path, one.text});
+      for (const std::string& file : files) sorted.push_back({file, {}});
+      std::erase_if(sorted, [this](const folder::FindItem& one) { return !walk.masks.fit(shown(one.path)); });
+      std::ranges::stable_sort(sorted, {}, &folder::FindItem::path);
+      for (folder::FindItem& one : sorted)
+        if (!give(std::move(one))) return;
       return;
     }
     case Where::files:

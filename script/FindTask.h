@@ -26,7 +26,7 @@ struct FindTask {
   std::shared_ptr<const folder::FindText> what;
   std::string root;                 // folder: searched; else what shown names are taken against; may be empty
   folder::WalkOptions walk;         // folder
-  std::vector<std::string> files;   // files: whole names, in order
+  std::vector<std::string> files;   // files: whole names, in order; openDocuments: of those that are not loaded
   std::string filesOf;              // files: what names them, for the user: "the file list all.f"
   bool binary = false;              // binary files too
   std::string masks;                // of names, as the user wrote them

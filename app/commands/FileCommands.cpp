@@ -5,6 +5,7 @@
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
 #include "app/frame/frmMain.h"
+#include "app/session/Session.h"
 
 std::span<const FrameCommand> fileCommands() {
   // clang-format off
@@ -33,6 +34,31 @@ std::span<const FrameCommand> fileCommands() {
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Close Folder"),
        .tip = QT_TRANSLATE_NOOP("frmMain", "Back to the folder of the active document"),
        .run = [](frmMain& f) { f.folders().work().close(); }},
+      {.name = "mnuFileSessions", .menu = "mnuFile", .place = 119, .caption = QT_TRANSLATE_NOOP("frmMain", "Sessions"), .isMenu = true},
+      {.name = "mnuFileSessionOpen", .menu = "mnuFileSessions", .place = 100,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Open"), .isMenu = true,
+       .fill = [](frmMain& f, QMenu& menu) { Session::of(f).fillOpen(menu); }},
+      {.name = "mnuFileSessionSaveAs", .menu = "mnuFileSessions", .place = 110,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Save &As..."),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Give the open documents and windows a name, under which they are kept from now on"),
+       .run = [](frmMain& f) { Session::of(f).askForName(); }},
+      {.name = "mnuFileSessionClose", .menu = "mnuFileSessions", .place = 120,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Close"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Close the documents of the named session; it stays saved"),
+       .run = [](frmMain& f) { Session::of(f).close(); }},
+      {.name = "mnuFileSessionDelete", .menu = "mnuFileSessions", .place = 130,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Delete"), .isMenu = true,
+       .fill = [](frmMain& f, QMenu& menu) { Session::of(f).fillRemove(menu); }},
+      {.name = "mnuFileSessionBack", .menu = "mnuFileSessions", .place = 200,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "Open the &Last Session at Start"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "A start without files brings the documents back as they were left"),
+       .run = [](frmMain& f) { Session::of(f).setComesBack(!Session::of(f).comesBack()); }, .checkable = true,
+       .checked = [](frmMain& f) { return Session::of(f).comesBack(); }},
+      {.name = "mnuFileSessionKeep", .menu = "mnuFileSessions", .place = 210,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Keep Unsaved Texts"),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "The end of the program does not ask about unsaved texts; the session brings them back"),
+       .run = [](frmMain& f) { Session::of(f).setKeepsUnsaved(!Session::of(f).keepsUnsaved()); }, .checkable = true,
+       .checked = [](frmMain& f) { return Session::of(f).keepsUnsaved(); }},
       {.name = "mnuFileReload", .menu = "mnuFile", .place = 120, .caption = QT_TRANSLATE_NOOP("frmMain", "Reloa&d"),
        .icon = "view-refresh", .tip = QT_TRANSLATE_NOOP("frmMain", "Read the file again; Undo brings the old text back"),
        .needs = kDocument | kNamed, .run = [](frmMain& f) { f.mnuFileReload_Click(); }},

@@ -11,6 +11,8 @@
 #include <QProgressBar>
 #include <QPushButton>
 
+#include "app/frame/DocumentTabs.h"
+#include "app/frame/LateDocument.h"
 #include "app/frame/frmMain.h"
 #include "base/Strings.h"
 #include "bridge/FileNames.h"
@@ -192,6 +194,13 @@ bool frmFindInFiles::readTask(FindTask* task) {
   task->setMasks(fromQString(masks_->currentText().trimmed()));
   task->mostHits = all_->isChecked() ? 0 : kMostHits;
   task->addOpen(frame_.documents());
+  if (task->where == FindTask::Where::openDocuments)
+    for (const LateDocument* late : frame_.tabs().late()) {
+      const std::string name = fromQString(late->path);
+      const auto isOpen = [&](const FindTask::Open& one) { return one.path == name; };
+      if (!name.empty() && std::ranges::none_of(task->open, isOpen) && std::ranges::find(task->files, name) == task->files.end())
+        task->files.push_back(name);
+    }
   rememberFind(find_, false);
   putFirst(folder_);
   putFirst(masks_);

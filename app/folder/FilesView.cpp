@@ -13,6 +13,8 @@
 #include "app/folder/FolderParts.h"
 #include "app/folder/FolderWatch.h"
 #include "app/folder/WorkFolder.h"
+#include "app/frame/DocumentTabs.h"
+#include "app/frame/LateDocument.h"
 #include "app/frame/frmMain.h"
 #include "base/Background.h"
 #include "base/Strings.h"
@@ -172,6 +174,7 @@ FilesView::FilesView(frmMain& frame, WorkFolder& work, QWidget* parent)
     marks_.start();
   });
   connect(&frame_, &frmMain::documentClosed, this, [this] { marks_.start(); });
+  connect(&frame_, &frmMain::tabsChanged, this, [this] { marks_.start(); });
   connect(&frame_, &frmMain::fileNamed, this, [this](const QString& path) {
     model_->refresh({GetFileDir(path)});
     marks_.start();
@@ -265,6 +268,7 @@ void FilesView::markDocuments() {
     open << document->CurrentFileName();
     if (document->DocumentModified()) modified << document->CurrentFileName();
   }
+  for (const LateDocument* late : frame_.tabs().late()) open << late->path;
   model_->setOpen(open, modified);
   tree_->viewport()->update();
 }

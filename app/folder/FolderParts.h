@@ -23,13 +23,13 @@ class FolderParts : public QObject {
   void fillRecent(QMenu& menu);
   void goToFile();
   void toggleFiles();
+  void showFiles();
   bool filesAreShown() const;
 
   void restore();   // work folder and dock, from the settings
   void save();
 
  private:
-  void showFiles();
   FilesView& files();
 
   frmMain& frame_;

@@ -18,6 +18,8 @@
 #include <algorithm>
 
 #include "app/folder/WorkFolder.h"
+#include "app/frame/DocumentTabs.h"
+#include "app/frame/LateDocument.h"
 #include "app/frame/frmMain.h"
 #include "app/look/Tips.h"
 #include "base/Background.h"
@@ -165,16 +167,18 @@ void GoToFile::makeOffer() {
   QList<QMdiSubWindow*> windows = frame_.mdi().subWindowList(QMdiArea::ActivationHistoryOrder);
   std::reverse(windows.begin(), windows.end());
   std::uint32_t next = 0;
-  for (QMdiSubWindow* window : windows) {
-    auto* document = qobject_cast<frmDocument*>(window->widget());
-    if (!document) continue;
-    const QString& name = document->CurrentFileName();
+  QList<QObject*> entries;
+  for (QMdiSubWindow* window : windows)
+    if (auto* document = qobject_cast<frmDocument*>(window->widget())) entries << document;
+  for (LateDocument* late : frame_.tabs().late()) entries << late;
+  for (QObject* document : entries) {
+    const auto [name, title, caption] = DocumentTabs::namesOf(document);
     std::uint64_t key = 0;
     if (const auto at = name.isEmpty() ? std::nullopt : inTable(name)) {
       key = keyOf(0, *at);
     } else {
       key = keyOf(1, std::uint32_t(offer->open.size()));
-      offer->open.add(fromQString(name.isEmpty() ? document->CurrentFileTitle() : name));
+      offer->open.add(fromQString(name.isEmpty() ? title : name));
       offer->documents.push_back(document);
     }
     offer->recency.emplace(key, document == active ? 0xffffu : next++);
@@ -265,10 +269,10 @@ void GoToFile::choose() {
   const folder::RankedName one = shown_[std::size_t(row)];
   accept();
   if (one.table == 1) {
-    frmDocument* document = offer_->documents[one.index];
-    if (!document) return;
-    frame_.activate(document);
-    if (query.line > 0) frame_.goTo(document, query.line, query.column);
+    const auto go = [frame = &frame_, entry = offer_->documents[one.index], query] {
+      if (entry && frame->showEntry(entry) && query.line > 0) frame->goTo(frame->activeDocument(), query.line, query.column);
+    };
+    QMetaObject::invokeMethod(&frame_, go, Qt::QueuedConnection);
     return;
   }
   const QString path = toQString(offer_->files->fullPath(one.index));

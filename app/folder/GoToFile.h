@@ -34,8 +34,8 @@ class GoToFile : public QDialog {
   // What is ranked. It is shared with the thread, so it never changes.
   struct Offer {
     std::shared_ptr<const folder::NameTable> files;
-    folder::NameTable open;                         // open documents outside of `files`
-    std::vector<QPointer<frmDocument>> documents;   // of `open`
+    folder::NameTable open;                     // open documents outside of `files`
+    std::vector<QPointer<QObject>> documents;   // of `open`, as in the tabs
     std::unordered_map<std::uint64_t, std::uint32_t> recency;
     std::string near;
     std::vector<folder::RankedName> rank(const folder::NameQuery& query, std::size_t* total, const std::atomic<bool>* cancel) const;

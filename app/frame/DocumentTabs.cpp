@@ -5,13 +5,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/frame/LateDocument.h"
 #include "app/look/Tips.h"
 #include "base/Strings.h"
 #include "document/frmDocument.h"
 
 namespace {
+
 constexpr int kWidest = 32;   // characters; longer names are cut in the middle
-}
+
+}   // namespace
 
 DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
   setObjectName(QStringLiteral("documentTabs"));
@@ -24,26 +27,65 @@ DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
   setElideMode(Qt::ElideMiddle);
   setFocusPolicy(Qt::NoFocus);   // keys belong to the text; Ctrl+Tab changes tabs
   connect(this, &QTabBar::currentChanged, this, [this](int tab) {
-    if (frmDocument* document = documentAt(tab)) emit chosen(document);
+    if (QObject* entry = entryAt(tab)) emit chosen(entry);
   });
   connect(this, &QTabBar::tabCloseRequested, this, [this](int tab) {
-    if (frmDocument* document = documentAt(tab)) emit closeWanted(document);
+    if (QObject* entry = entryAt(tab)) emit closeWanted(entry);
   });
+}
+
+DocumentTabs::Named DocumentTabs::namesOf(const QObject* entry) {
+  if (const auto* document = qobject_cast<const frmDocument*>(entry))
+    return {document->CurrentFileName(), document->CurrentFileTitle(), document->Caption()};
+  const auto* late = static_cast<const LateDocument*>(entry);
+  const QString caption = nameForDisplay(late->title, 200);
+  return {late->path, late->title, late->isModified() ? caption + u'*' : caption};
 }
 
 void DocumentTabs::add(frmDocument* document) {
   const QSignalBlocker quiet(this);
   const int tab = addTab(QString());
   setTabData(tab, QVariant::fromValue<QObject*>(document));
-  showCaption(document);
-  connect(document, &frmDocument::captionChanged, this, [this, document] { showCaption(document); });
+  showCaption(document, tab);
+  connect(document, &frmDocument::captionChanged, this, [this, document] { showCaption(document, tabOf(document)); });
 }
 
-void DocumentTabs::remove(frmDocument* document) {
+void DocumentTabs::add(const QList<LateDocument*>& late) {
   const QSignalBlocker quiet(this);
-  if (const int tab = tabOf(document); tab >= 0) removeTab(tab);
-  disconnect(document, nullptr, this, nullptr);
-  showNames(titles_.take(document));
+  const bool shown = !isHidden();
+  hide();   // a bar that is shown is laid out anew with each tab
+  for (LateDocument* one : late) {
+    one->setParent(this);
+    const int tab = addTab(QString());
+    setTabData(tab, QVariant::fromValue<QObject*>(one));
+    showCaption(one, tab);
+  }
+  setVisible(shown);
+}
+
+void DocumentTabs::remove(QObject* entry) {
+  const QSignalBlocker quiet(this);
+  if (const int tab = tabOf(entry); tab >= 0) removeTab(tab);
+  disconnect(entry, nullptr, this, nullptr);
+  const QString was = titles_.take(entry);
+  byTitle_[was].removeOne(entry);
+  if (byTitle_[was].isEmpty()) byTitle_.remove(was);
+  showNames(was);
+  if (qobject_cast<LateDocument*>(entry)) entry->deleteLater();
+}
+
+void DocumentTabs::replace(LateDocument* late, frmDocument* document) {
+  const QSignalBlocker quiet(this);
+  const int from = tabOf(document), to = tabOf(late);
+  if (from < 0 || to < 0) return;
+  moveTab(from, to);
+  remove(late);
+}
+
+void DocumentTabs::rename(LateDocument* late, const QString& path, const QString& title) {
+  late->path = path;
+  late->title = title;
+  showCaption(late, tabOf(late));
 }
 
 void DocumentTabs::setActive(frmDocument* document) {
@@ -51,67 +93,91 @@ void DocumentTabs::setActive(frmDocument* document) {
   if (const int tab = tabOf(document); tab >= 0) setCurrentIndex(tab);
 }
 
-frmDocument* DocumentTabs::documentAt(int tab) const { return static_cast<frmDocument*>(tabData(tab).value<QObject*>()); }
+QObject* DocumentTabs::entryAt(int tab) const { return tabData(tab).value<QObject*>(); }
+frmDocument* DocumentTabs::documentAt(int tab) const { return qobject_cast<frmDocument*>(entryAt(tab)); }
 
-int DocumentTabs::tabOf(const frmDocument* document) const {
+int DocumentTabs::tabOf(const QObject* entry) const {
   for (int tab = 0; tab < count(); ++tab)
-    if (documentAt(tab) == document) return tab;
+    if (entryAt(tab) == entry) return tab;
   return -1;
+}
+
+QList<QObject*> DocumentTabs::entries() const {
+  QList<QObject*> all;
+  for (int tab = 0; tab < count(); ++tab) all << entryAt(tab);
+  return all;
 }
 
 QList<frmDocument*> DocumentTabs::inOrder() const {
   QList<frmDocument*> documents;
-  for (int tab = 0; tab < count(); ++tab) documents << documentAt(tab);
+  for (int tab = 0; tab < count(); ++tab)
+    if (frmDocument* document = documentAt(tab)) documents << document;
   return documents;
 }
 
-void DocumentTabs::showCaption(frmDocument* document) {
-  const int tab = tabOf(document);
+QList<LateDocument*> DocumentTabs::late() const {
+  QList<LateDocument*> all;
+  for (int tab = 0; tab < count(); ++tab)
+    if (auto* late = qobject_cast<LateDocument*>(entryAt(tab))) all << late;
+  return all;
+}
+
+LateDocument* DocumentTabs::lateOn(const QString& path) const {
+  if (path.isEmpty()) return nullptr;
+  for (LateDocument* late : this->late())
+    if (late->path == path) return late;
+  return nullptr;
+}
+
+void DocumentTabs::showCaption(QObject* entry, int tab) {
   if (tab < 0) return;
-  const QString& name = document->CurrentFileName();
-  setTabToolTip(tab, plainTip(name.isEmpty() ? document->CurrentFileTitle() : name));
-  const QString was = std::exchange(titles_[document], document->CurrentFileTitle());
-  if (!was.isEmpty() && was != document->CurrentFileTitle()) showNames(was);
-  showNames(document->CurrentFileTitle());
+  const Named named = namesOf(entry);
+  setTabToolTip(tab, plainTip(named.path.isEmpty() ? named.title : named.path));
+  const QString was = std::exchange(titles_[entry], named.title);
+  if (was != named.title || !byTitle_.contains(was)) {
+    byTitle_[was].removeOne(entry);
+    if (byTitle_[was].isEmpty()) byTitle_.remove(was);
+    else showNames(was);
+    byTitle_[named.title] << entry;
+  }
+  if (byTitle_[named.title].size() > 1) showNames(named.title);
+  else setTabText(tab, nameOf(entry).replace(u'&', QLatin1String("&&")));
 }
 
 void DocumentTabs::showNames(const QString& title) {
-  for (int tab = 0; tab < count(); ++tab)
-    if (const frmDocument* document = documentAt(tab); document->CurrentFileTitle() == title)
-      setTabText(tab, nameOf(document).replace(u'&', QLatin1String("&&")));
+  for (QObject* entry : byTitle_.value(title))
+    if (const int tab = tabOf(entry); tab >= 0) setTabText(tab, nameOf(entry).replace(u'&', QLatin1String("&&")));
 }
 
-QString DocumentTabs::nameOf(const frmDocument* document) const {
-  const QString& path = document->CurrentFileName();
-  const QString& title = document->CurrentFileTitle();
+QString DocumentTabs::nameOf(const QObject* entry) const {
+  const Named named = namesOf(entry);
+  const QString& path = named.path;
   qsizetype alike = 0;   // characters at the end of the path that another one has too
-  for (int tab = 0; tab < count() && !path.isEmpty(); ++tab) {
-    const frmDocument* other = documentAt(tab);
-    if (other->CurrentFileTitle() != title || other->CurrentFileName() == path) continue;
-    const auto differs =
-        std::mismatch(path.crbegin(), path.crend(), other->CurrentFileName().crbegin(), other->CurrentFileName().crend());
+  for (const QObject* other : path.isEmpty() ? QList<QObject*>() : byTitle_.value(named.title)) {
+    const QString otherPath = namesOf(other).path;
+    if (otherPath == path) continue;
+    const auto differs = std::mismatch(path.crbegin(), path.crend(), otherPath.crbegin(), otherPath.crend());
     alike = std::max<qsizetype>(alike, differs.first - path.crbegin());
   }
-  if (alike == 0) return document->Caption();
-  const qsizetype from = GetFileDir(path.left(path.size() - alike)).size() + 1, folder = path.size() - title.size() - from;
-  return nameForDisplay(path.mid(from, folder), 200) + document->Caption();
+  if (alike == 0) return named.caption;
+  const qsizetype from = GetFileDir(path.left(path.size() - alike)).size() + 1, folder = path.size() - named.title.size() - from;
+  return nameForDisplay(path.mid(from, folder), 200) + named.caption;
 }
 
 void DocumentTabs::mousePressEvent(QMouseEvent* event) {
   pressed_ = event->button() == Qt::MiddleButton ? tabAt(event->pos()) : -1;
   if (event->button() == Qt::MiddleButton) return;
   // The window of the current tab may be minimised or behind others.
-  frmDocument* again =
-      event->button() == Qt::LeftButton && tabAt(event->pos()) == currentIndex() ? documentAt(currentIndex()) : nullptr;
+  QObject* again = event->button() == Qt::LeftButton && tabAt(event->pos()) == currentIndex() ? entryAt(currentIndex()) : nullptr;
   QTabBar::mousePressEvent(event);
   if (again) emit chosen(again);
 }
 
 void DocumentTabs::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() != Qt::MiddleButton) return QTabBar::mouseReleaseEvent(event);
-  frmDocument* document = pressed_ >= 0 && tabAt(event->pos()) == pressed_ ? documentAt(pressed_) : nullptr;
+  QObject* entry = pressed_ >= 0 && tabAt(event->pos()) == pressed_ ? entryAt(pressed_) : nullptr;
   pressed_ = -1;
-  if (document) emit closeWanted(document);
+  if (entry) emit closeWanted(entry);
 }
 
 void DocumentTabs::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -120,7 +186,7 @@ void DocumentTabs::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void DocumentTabs::contextMenuEvent(QContextMenuEvent* event) {
-  if (frmDocument* document = documentAt(tabAt(event->pos()))) emit menuWanted(document, event->globalPos());
+  if (QObject* entry = entryAt(tabAt(event->pos()))) emit menuWanted(entry, event->globalPos());
 }
 
 QSize DocumentTabs::tabSizeHint(int tab) const {

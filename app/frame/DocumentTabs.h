@@ -1,10 +1,13 @@
-// The tab bar above the document windows: one tab for each window; the user may drag tabs into another order. It mirrors the
-// windows; closing and activating are requested from the frame by signals.
+// The tab bar above the document windows: one tab for each window, and one for each document that is opened when it is first shown
+// (LateDocument.h); the user may drag tabs into another order. Closing and activating are requested from the frame by signals.
+//
+// What a tab stands for is a frmDocument or a LateDocument.
 #pragma once
 
 #include <QHash>
 #include <QTabBar>
 
+class LateDocument;
 class frmDocument;
 
 class DocumentTabs : public QTabBar {
@@ -13,18 +16,29 @@ class DocumentTabs : public QTabBar {
   explicit DocumentTabs(QWidget* parent);
 
   void add(frmDocument* document);
-  void remove(frmDocument* document);
+  void add(const QList<LateDocument*>& late);                // behind the others; takes them
+  void remove(QObject* entry);                               // a LateDocument is destroyed, later
+  void replace(LateDocument* late, frmDocument* document);   // the document, which has a tab, takes the place of the other
+  void rename(LateDocument* late, const QString& path, const QString& title);
   void setActive(frmDocument* document);
+  QObject* entryAt(int tab) const;   // null: no such tab
   frmDocument* documentAt(int tab) const;
-  int tabOf(const frmDocument* document) const;   // -1: none
+  int tabOf(const QObject* entry) const;   // -1: none
   QList<frmDocument*> inOrder() const;
+  QList<QObject*> entries() const;   // in order
+  QList<LateDocument*> late() const;
+  LateDocument* lateOn(const QString& path) const;   // the first one; null: none
   // The caption; of a text whose title others have too, with as much of its folder before it as tells it from them.
-  QString nameOf(const frmDocument* document) const;
+  QString nameOf(const QObject* entry) const;
+  struct Named {
+    QString path, title, caption;   // caption: the title, with "*" behind it while modified
+  };
+  static Named namesOf(const QObject* entry);
 
  signals:
-  void chosen(frmDocument* document);
-  void closeWanted(frmDocument* document);
-  void menuWanted(frmDocument* document, const QPoint& globalPosition);
+  void chosen(QObject* entry);
+  void closeWanted(QObject* entry);
+  void menuWanted(QObject* entry, const QPoint& globalPosition);
   void newWanted();   // double click beside the tabs
 
  protected:
@@ -36,8 +50,9 @@ class DocumentTabs : public QTabBar {
   QSize minimumTabSizeHint(int tab) const override;
 
  private:
-  void showCaption(frmDocument* document);
-  void showNames(const QString& title);         // of all with this title
-  QHash<const frmDocument*, QString> titles_;   // as shown
+  void showCaption(QObject* entry, int tab);
+  void showNames(const QString& title);       // of all with this title
+  QHash<const QObject*, QString> titles_;     // as shown
+  QHash<QString, QList<QObject*>> byTitle_;   // the same the other way round
   int pressed_ = -1;
 };

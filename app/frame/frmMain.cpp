@@ -11,6 +11,7 @@
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -20,6 +21,7 @@
 #include "app/folder/FolderParts.h"
 #include "app/frame/DocumentTabs.h"
 #include "app/frame/FrameMenus.h"
+#include "app/frame/LateDocument.h"
 #include "app/frame/StatusPanels.h"
 #include "app/look/Icons.h"
 #include "app/places/Bookmarks.h"
@@ -80,8 +82,9 @@ frmMain::frmMain() : lineDialogs_(std::make_unique<LineDialogs>()) {
     if (QAction* action = menus_->action(name)) action->setChecked(true);
 
   connect(mdi_, &QMdiArea::subWindowActivated, this, &frmMain::mdiActivated);
-  connect(tabs_, &DocumentTabs::chosen, this, &frmMain::activate);
-  connect(tabs_, &DocumentTabs::closeWanted, this, [this](frmDocument* document) { windowOf(document)->close(); });
+  connect(tabs_, &DocumentTabs::chosen, this, &frmMain::showEntry);
+  connect(tabs_, &DocumentTabs::closeWanted, this, &frmMain::closeEntry);
+  connect(this, &frmMain::fileRenamed, this, &frmMain::followRenamed);
   connect(tabs_, &DocumentTabs::menuWanted, this, &frmMain::showTabMenu);
   connect(tabs_, &DocumentTabs::newWanted, this, &frmMain::mnuFileNew_Click);
   connect(panels_, &StatusPanels::clicked, this, &frmMain::panelClicked);
@@ -152,10 +155,12 @@ void frmMain::showEditPopup(const QPoint& globalPosition) {
 
 void frmMain::documentClosing(frmDocument* document) {
   documents_.removeOne(document);
+  const int tab = tabs_->tabOf(document);
   tabs_->remove(document);
   document->disconnect(this);
   document->cmx->disconnect(this);
   if (active_ == document) active_ = nullptr;
+  if (documents_.isEmpty() && tabs_->count() > 0) QTimer::singleShot(0, this, [this, tab] { showTabFrom(tab); });
   if (documents_.isEmpty()) SetStatusText({});   // the text is about the document that closes
   mainFileClose();
   emit documentClosed(document);
@@ -190,7 +195,11 @@ void frmMain::adopt(frmDocument* document) {
   window->setWindowIcon(icons::byName(QStringLiteral("text-x-generic")));
   // The keys belong to the frame's commands; a second short-cut would make both ambiguous.
   for (QAction* action : window->systemMenu()->actions()) action->setShortcuts(QList<QKeySequence>());
-  window->setGeometry(normalPlace(documents_.size()));   // also of a maximised window, for the time when it is restored
+  LateDocument* late = opening_;
+  if (!late && document->views() == 1) late = tabs_->lateOn(document->CurrentFileName());
+  const bool placed = late && mdi_->viewport()->rect().intersects(late->place);
+  // Also of a maximised window, for the time when it is restored.
+  window->setGeometry(placed ? late->place : normalPlace(documents_.size()));
   connect(window, &QMdiSubWindow::windowStateChanged, this, [this, window](Qt::WindowStates was, Qt::WindowStates now) {
     constexpr Qt::WindowStates elsewhere = Qt::WindowMaximized | Qt::WindowMinimized;
     if ((was & elsewhere) && !(now & elsewhere)) keepInside(*window);
@@ -198,6 +207,7 @@ void frmMain::adopt(frmDocument* document) {
   documents_ << document;
   ++DocCount;
   tabs_->add(document);
+  if (late) tabs_->replace(late, document);
   connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
   offerHotWords(document);
   connect(document->cmx, &CodeMax::PropsChange, this, [this, document] { optionsChanged(*document->cmx); });
@@ -212,7 +222,13 @@ void frmMain::adopt(frmDocument* document) {
 
 // ---- end of the frame
 
-bool frmMain::agreeToEnd() { return agreeToClose(documents()); }
+bool frmMain::agreeToEnd() {
+  if (keepsUnsaved) {
+    if (RecoverySession* session = RecoverySession::current()) session->holdAll();
+    for (frmDocument* document : documents()) document->leaveInJournal();
+  }
+  return agreeToClose(documents());
+}
 
 bool frmMain::agreeToClose(const QList<frmDocument*>& going) {
   const QList<QPointer<frmDocument>> all(going.begin(), going.end());
@@ -281,6 +297,7 @@ bool frmMain::endFromOutside(int patienceMs) {
 }
 
 void frmMain::unload() {
+  emit closing(true);
   closeAgreed({documents_.begin(), documents_.end()});
   MDIForm_Unload();
 }

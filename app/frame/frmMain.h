@@ -1,7 +1,8 @@
 // The main frame: document windows, menus, tool bar, status bar, and the commands on files. It is thin: the commands are in the
 // table (FrameCommand.h), the text belongs to the edit control, and the file to the document.
 //
-// documents() is in the order of creation and holds shown windows only. A window that is still loading is in no list.
+// documents() is in the order of creation and holds shown windows only. A window that is still loading is in no list, and neither is
+// a document that is opened when its tab is first shown (LateDocument.h).
 #pragma once
 
 #include <QMainWindow>
@@ -16,6 +17,7 @@ class CodeMax;
 class DocumentTabs;
 class FolderParts;
 class FrameMenus;
+class LateDocument;
 class LineDialogs;
 class Places;
 class QDockWidget;
@@ -71,10 +73,19 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   frmDocument* restore(const text::RecoveredText& found);
   void showJournalWarning(const QString& reason);   // why texts are not protected; empty: they are
   // Asks for every modified document. True: all may close, and none asks again.
+  // With keepsUnsaved, a text that its journal holds is not asked about and stays there.
   bool agreeToEnd();
+  bool keepsUnsaved = false;   // the next start brings unsaved texts back without a question
   // Ends without a question as far as journals hold the unsaved texts: the journals stay, and the next start offers them. For other
   // texts it asks as closing does. False: the user wants to stay, or is just answering a question.
   bool endFromOutside(int patienceMs = 10000);
+
+  // Documents that are opened when they are first shown.
+  void addLate(const QList<LateDocument*>& late);   // behind the other tabs; the frame owns them
+  frmDocument* openLate(LateDocument& late);        // null: it stays as it is
+  bool showEntry(QObject* entry);                   // of the tabs: a frmDocument or a LateDocument
+  void closeEntry(QObject* entry);                  // the same
+  DocumentTabs& tabs() { return *tabs_; }
 
   // Windows and views.
   void newWindow();                                         // another window of the active document
@@ -103,6 +114,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   FolderParts& folders() { return *folders_; }   // work folder, its dock, Go to File
   Places& places() { return *places_; }          // back and forward
   QMdiArea& mdi() { return *mdi_; }
+  QMdiSubWindow* windowOf(const frmDocument* document) const;
   void MDIForm_Unload();   // the frame closes for good: emits ended() once
 
   // Word lists and templates at the caret, macros, definitions, log.
@@ -159,6 +171,8 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void fileRenamed(const QString& from, const QString& to);   // a file or folder, by the user in this program
   void documentClosed(frmDocument* document);                 // its window is about to close
   void activeChanged();                                       // another document is active
+  void tabsChanged();                                         // a LateDocument came, went or was renamed
+  void closing(bool ends);                                    // all documents have agreed and close next; ends: with the program
   void ended();                                               // the frame has been unloaded
 
  protected:
@@ -168,7 +182,6 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void dropEvent(QDropEvent* event) override;
 
  private:
-  QMdiSubWindow* windowOf(const frmDocument* document) const;
   void adopt(frmDocument* document);   // puts it into a sub-window, lists it and shows it
   QRect normalPlace(qsizetype index) const;
   QSize windowRoom() const;
@@ -190,7 +203,10 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void mdiActivated(QMdiSubWindow* window);
   void panelClicked(Panel panel);
   void optionsChanged(const CodeMax& of);   // saves the options of this text for all documents
-  void showTabMenu(frmDocument* document, const QPoint& globalPosition);
+  void showTabMenu(QObject* entry, const QPoint& globalPosition);
+  void showTabFrom(int tab);   // or one behind it, or one before it
+  void dropLate();
+  void followRenamed(const QString& from, const QString& to);
   void lookAtClipboard();
   unsigned presentFacts();
   frmDefinitions& definitions();
@@ -204,6 +220,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   FolderParts* folders_ = nullptr;
   QList<frmDocument*> documents_;
   QPointer<frmDocument> active_;
+  QPointer<LateDocument> opening_;
   std::unique_ptr<Places> places_;
   QPointer<frmDefinitions> definitions_;
   const std::unique_ptr<LineDialogs> lineDialogs_;

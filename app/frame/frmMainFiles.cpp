@@ -5,6 +5,8 @@
 #include <new>
 
 #include "app/folder/FolderParts.h"
+#include "app/frame/DocumentTabs.h"
+#include "app/frame/LateDocument.h"
 #include "app/frame/frmMain.h"
 #include "app/start/StandardInput.h"
 #include "base/Program.h"
@@ -109,7 +111,13 @@ frmDocument* frmMain::CheckFileStatus(const QString& name, bool& proceed) {
   return document;
 }
 
-frmDocument* frmMain::documentOn(const QString& name) { return ::documentOn(*this, name); }
+frmDocument* frmMain::documentOn(const QString& name) {
+  for (frmDocument* document : std::as_const(documents_))
+    if (document->CurrentFileName() == name) return document;
+  LateDocument* late = tabs_->lateOn(name);
+  frmDocument* opened = late && late != opening_ ? openLate(*late) : nullptr;
+  return opened ? opened : ::documentOn(*this, name);
+}
 
 frmDocument* frmMain::beginFile(const QString& name) {
   const QString question = tr("%1 does not exist.\r\nDo you want to create it?");
@@ -274,7 +282,10 @@ void frmMain::closeOthers(frmDocument* keep) {
   QList<frmDocument*> going;
   for (frmDocument* document : documents())
     if (document != keep) going << document;
-  if (agreeToClose(going)) closeAgreed({going.begin(), going.end()});
+  if (!agreeToClose(going)) return;
+  if (!keep) emit closing(false);
+  dropLate();
+  closeAgreed({going.begin(), going.end()});
 }
 
 void frmMain::closeAgreed(QList<QPointer<frmDocument>> going) {

@@ -56,7 +56,7 @@ unsigned frmMain::presentFacts() {
     if (holds) facts |= fact;
   };
   when(clipboardHasText_, kClipboard);
-  when(documents_.size() > 1, kSeveral);
+  when(tabs_->count() > 1, kSeveral);
   when(!gWebHome().isEmpty(), kWeb);
   when(anyModified_, kAnyModified);
   frmDocument* document = activeDocument();

@@ -20,6 +20,7 @@
 
 #include "app/frame/DocumentTabs.h"
 #include "app/frame/FrameMenus.h"
+#include "app/frame/LateDocument.h"
 #include "app/frame/frmMain.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
@@ -59,6 +60,67 @@ class ListKeys : public QObject {
 };
 
 }   // namespace
+
+// ---- documents that are opened when they are first shown
+
+void frmMain::addLate(const QList<LateDocument*>& late) {
+  tabs_->add(late);
+  if (active_) tabs_->setActive(active_);
+  SetupMenus();
+  emit tabsChanged();
+}
+
+frmDocument* frmMain::openLate(LateDocument& late) {
+  if (opening_) return nullptr;
+  const QPointer<LateDocument> alive = &late;
+  opening_ = &late;
+  frmDocument* document = late.open(*this);
+  opening_ = nullptr;
+  if (document && alive && tabs_->tabOf(alive) >= 0) tabs_->remove(alive);   // it was open already, by another name
+  if (active_) tabs_->setActive(active_);
+  emit tabsChanged();
+  return document;
+}
+
+bool frmMain::showEntry(QObject* entry) {
+  if (auto* late = qobject_cast<LateDocument*>(entry)) return openLate(*late);
+  if (auto* document = qobject_cast<frmDocument*>(entry)) activate(document);
+  return entry;
+}
+
+void frmMain::closeEntry(QObject* entry) {
+  if (auto* late = qobject_cast<LateDocument*>(entry)) {
+    if (late->isModified() || late == opening_) return;   // its text is on its way
+    tabs_->remove(late);
+    if (active_) tabs_->setActive(active_);
+    SetupMenus();
+    emit tabsChanged();
+  } else if (QMdiSubWindow* window = windowOf(qobject_cast<frmDocument*>(entry))) {
+    window->close();
+  }
+}
+
+void frmMain::dropLate() {
+  for (LateDocument* late : tabs_->late()) closeEntry(late);
+}
+
+void frmMain::showTabFrom(int tab) {
+  if (unloaded_ || !documents_.isEmpty()) return;
+  QList<QPointer<QObject>> order;
+  for (int i = tab; i < tabs_->count(); ++i) order << tabs_->entryAt(i);
+  for (int i = std::min(tab, tabs_->count()) - 1; i >= 0; --i) order << tabs_->entryAt(i);
+  for (const auto& entry : order)
+    if (!entry || showEntry(entry)) return;
+}
+
+void frmMain::followRenamed(const QString& from, const QString& to) {
+  for (LateDocument* late : tabs_->late()) {
+    if (to.isEmpty() || (late->path != from && !late->path.startsWith(from + u'/'))) continue;
+    const QString path = to + late->path.mid(from.size());
+    tabs_->rename(late, path, GetFileTitle(path));
+  }
+  emit tabsChanged();
+}
 
 void frmMain::newWindow() {
   frmDocument* document = activeDocument();
@@ -185,19 +247,21 @@ void frmMain::tile(Qt::Orientation rows) {
 }
 
 void frmMain::nextWindow(int step) {
-  const QList<frmDocument*> order = tabs_->inOrder();
-  const qsizetype at = order.indexOf(activeDocument());
-  if (at >= 0) activate(order[(at + step + order.size()) % order.size()]);
+  const QList<QPointer<QObject>> order = [all = tabs_->entries()] { return QList<QPointer<QObject>>(all.begin(), all.end()); }();
+  const qsizetype count = order.size(), at = order.indexOf(activeDocument());
+  // One that cannot be opened does not stand in the way of those behind it.
+  for (qsizetype i = 1; at >= 0 && i <= count; ++i)
+    if (QObject* entry = order[((at + i * step) % count + count) % count]; entry && showEntry(entry)) return;
 }
 
 void frmMain::fillWindowList(QMenu& menu) {
   menu.addSeparator();
   int number = 0;
-  for (frmDocument* document : tabs_->inOrder()) {
+  for (QObject* entry : tabs_->entries()) {
     if (++number > kListedWindows) break;   // the list of all has a command of its own
     const QString digit = number < 10 ? u'&' + QString::number(number) : QString::number(number);
-    QAction* entry = addChoice(menu, digit + u' ' + inMenu(tabs_->nameOf(document)), document == activeDocument());
-    connect(entry, &QAction::triggered, this, [this, document = QPointer(document)] { activate(document); });
+    QAction* action = addChoice(menu, digit + u' ' + inMenu(tabs_->nameOf(entry)), entry == activeDocument());
+    connect(action, &QAction::triggered, this, [this, entry = QPointer(entry)] { showEntry(entry); });
   }
 }
 
@@ -216,10 +280,10 @@ void frmMain::chooseWindow() {
     layout->addWidget(field);
   }
   layout->addWidget(buttons);
-  const QList<frmDocument*> order = tabs_->inOrder();
-  for (frmDocument* document : order) {
-    const QString& name = document->CurrentFileName();
-    list->addItem(name.isEmpty() ? document->Caption() : document->Caption() + QLatin1String("  ") + nameForDisplay(name));
+  const QList<QObject*> order = tabs_->entries();
+  for (const QObject* entry : order) {
+    const auto [name, title, caption] = DocumentTabs::namesOf(entry);
+    list->addItem(name.isEmpty() ? caption : caption + QLatin1String("  ") + nameForDisplay(name));
   }
   list->setCurrentRow(int(std::max<qsizetype>(0, order.indexOf(activeDocument()))));
   connect(filter, &QLineEdit::textChanged, list, [list](const QString& part) {
@@ -236,7 +300,8 @@ void frmMain::chooseWindow() {
   connect(buttons, &QDialogButtonBox::rejected, &box, &QDialog::reject);
   box.resize(QSize(600, 420).boundedTo(screen()->availableSize() * 9 / 10));
   const ModalGuard guard;
-  if (box.exec() == QDialog::Accepted && list->currentRow() >= 0) activate(order.at(list->currentRow()));
+  const QList<QPointer<QObject>> entries(order.begin(), order.end());
+  if (box.exec() == QDialog::Accepted && list->currentRow() >= 0) showEntry(entries.at(list->currentRow()));
 }
 
 void frmMain::fillLanguages(QMenu& menu) {
@@ -359,20 +424,24 @@ void frmMain::playKeystrokesTimes() {
   runEditCommand(kPlayMacro);
 }
 
-void frmMain::showTabMenu(frmDocument* document, const QPoint& globalPosition) {
-  const QPointer<frmDocument> target = document;
-  const auto window = [this, target] { return windowOf(target); };
+void frmMain::showTabMenu(QObject* entry, const QPoint& globalPosition) {
+  const QPointer<QObject> tab = entry;
+  const QPointer<frmDocument> target = qobject_cast<frmDocument*>(entry);
+  const QString path = DocumentTabs::namesOf(entry).path;
+  const bool hasName = target ? target->DocumentHasName() : !path.isEmpty();
   QMenu menu(this);
-  connect(menu.addAction(tr("&Close")), &QAction::triggered, this, [window] {
-    if (window()) window()->close();
+  connect(menu.addAction(tr("&Close")), &QAction::triggered, this, [this, tab] {
+    if (tab) closeEntry(tab);
   });
   QAction* others = menu.addAction(tr("Close &Others"));
-  others->setEnabled(documents_.size() > 1);
-  connect(others, &QAction::triggered, this, [this, target] { closeOthers(target); });
+  others->setEnabled(tabs_->count() > 1);
+  connect(others, &QAction::triggered, this, [this, tab, target] {
+    if (tab && showEntry(tab)) closeOthers(target ? target.data() : activeDocument());
+  });
   connect(menu.addAction(tr("Close &All")), &QAction::triggered, this, &frmMain::mnuFileCloseAll_Click);
   menu.addSeparator();
   QAction* save = menu.addAction(tr("&Save"));
-  save->setEnabled(isUnsaved(*document));
+  save->setEnabled(target && isUnsaved(*target));
   connect(save, &QAction::triggered, this, [this, target] {
     bool ok = false;
     if (target) mainFileSave(*target, ok);
@@ -380,13 +449,11 @@ void frmMain::showTabMenu(frmDocument* document, const QPoint& globalPosition) {
   menu.addSeparator();
   QAction* copy = menu.addAction(tr("Copy &Path"));
   QAction* folder = menu.addAction(tr("Open &Folder"));
-  copy->setEnabled(document->DocumentHasName());
-  folder->setEnabled(document->DocumentHasName());
-  connect(copy, &QAction::triggered, this, [target] {
-    if (target) QApplication::clipboard()->setText(target->CurrentFileName());
-  });
-  connect(folder, &QAction::triggered, this, [target] {
-    if (target && !dialogs().openUrl(target->CurrentFileDir())) MsgBox(tr("The folder cannot be shown"));
+  copy->setEnabled(hasName);
+  folder->setEnabled(hasName);
+  connect(copy, &QAction::triggered, this, [path] { QApplication::clipboard()->setText(path); });
+  connect(folder, &QAction::triggered, this, [path] {
+    if (!dialogs().openUrl(GetFileDir(path))) MsgBox(tr("The folder cannot be shown"));
   });
   menu.exec(globalPosition);
 }

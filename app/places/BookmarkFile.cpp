@@ -12,6 +12,7 @@
 
 #include "text/file/FileCalls.h"
 #include "text/line/LineReader.h"
+#include "text/line/OneLine.h"
 
 using text::LineNo;
 
@@ -23,33 +24,6 @@ constexpr std::size_t kMostBetween = 1000;                     // lines of one t
 constexpr int kLockPatienceMs = 2000;
 
 std::string keptBegin(const text::Snapshot& text, LineNo line) { return text::beginOfLine(text, line, kMostText); }
-
-// On one line: control characters and "%" as "%0a".
-void appendCoded(std::string_view bytes, std::string* out) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  for (const char c : bytes) {
-    const auto code = static_cast<unsigned char>(c);
-    if (code >= 0x20 && code != 0x7f && c != '%') out->push_back(c);
-    else out->append(1, '%').append(1, kDigits[code >> 4]).append(1, kDigits[code & 15]);
-  }
-}
-
-std::optional<std::string> decoded(std::string_view coded) {
-  std::string bytes;
-  for (std::size_t i = 0; i < coded.size(); ++i) {
-    if (coded[i] != '%') {
-      bytes += coded[i];
-      continue;
-    }
-    unsigned code = 0;
-    const std::string_view digits = coded.substr(i + 1, 2);
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code, 16);
-    if (digits.size() < 2 || error != std::errc() || end != digits.data() + 2) return std::nullopt;
-    bytes += static_cast<char>(code);
-    i += 2;
-  }
-  return bytes;
-}
 
 // The marks of one text that do not stand as kept, and the lines with that text around them.
 struct Alike {
@@ -156,14 +130,14 @@ std::vector<BookmarkFile::Entry> BookmarkFile::parse(std::string_view bytes, boo
   for (std::size_t end; (end = bytes.find('\n')) != std::string_view::npos; bytes.remove_prefix(end + 1)) {   // whole lines only
     const std::string_view line = bytes.substr(0, end);
     if (line.starts_with("file ")) {
-      auto path = decoded(line.substr(5));
+      auto path = text::fromOneLine(line.substr(5));
       known = path && !path->empty();
       if (known) entries.push_back({std::move(*path), {}});
     } else if (known) {
       KeptMark mark;
       const auto [rest, error] = std::from_chars(line.data(), line.data() + line.size(), mark.line);
       if (error != std::errc() || mark.line < 0 || rest == line.data() + line.size() || *rest != ' ') continue;
-      auto text = decoded(line.substr(std::size_t(rest - line.data()) + 1));
+      auto text = text::fromOneLine(line.substr(std::size_t(rest - line.data()) + 1));
       KeptMarks& marks = entries.back().marks;
       if (!text || marks.size() >= kMostKeptMarks || (!marks.empty() && marks.back().line >= mark.line)) continue;
       mark.text = std::move(*text);
@@ -178,11 +152,11 @@ std::string BookmarkFile::format(const std::vector<Entry>& entries) {
   std::string bytes = std::string(kHeader) + std::string(kVersion);
   for (const Entry& entry : entries) {
     std::string one = "file ";
-    appendCoded(entry.path, &one);
+    text::appendOnOneLine(entry.path, &one);
     one += '\n';
     for (const KeptMark& mark : entry.marks) {
       one += std::to_string(mark.line) + ' ';
-      appendCoded(mark.text, &one);
+      text::appendOnOneLine(mark.text, &one);
       one += '\n';
     }
     if (bytes.size() + one.size() <= kMostBytes) bytes += one;

@@ -23,6 +23,9 @@ constexpr Option kOptions[] = {
     {"--wait", &Arguments::wait,
      QT_TRANSLATE_NOOP("Arguments", "return when the files have been closed ($EDITOR)")},
     {"--read-only", &Arguments::readOnly, QT_TRANSLATE_NOOP("Arguments", "guard the files against changes")},
+    {"--no-session", &Arguments::noSession,
+     QT_TRANSLATE_NOOP("Arguments", "do not bring the last session back")},
+    {"--sessions", &Arguments::sessions, QT_TRANSLATE_NOOP("Arguments", "list the named sessions")},
     {"--batch", &Arguments::batch,
      QT_TRANSLATE_NOOP("Arguments", "run commands on files without a window (--batch --help)")},
     {"--find", &Arguments::find,
@@ -31,6 +34,8 @@ constexpr Option kOptions[] = {
      QT_TRANSLATE_NOOP("Arguments", "print files as PDF without a window (--print-pdf --help)")},
 };
 // clang-format on
+
+constexpr char kSession[] = "--session";
 
 QString tr(const char* text) { return QCoreApplication::translate("Arguments", text); }
 
@@ -65,10 +70,13 @@ Arguments parseArguments(const QStringList& arguments, const QString& folder) {
   else if (line.find && line.printPdf) line.error = tr("--find and --print-pdf exclude each other");
   if (line.printPdf || line.batch || line.find) return line;   // the rest is theirs
 
-  const Options given = parseCommandLine(arguments, optionRows(kOptions));
+  std::vector<OptionRow> rows = optionRows(kOptions);
+  rows.push_back({kSession, "NAME"});
+  const Options given = parseCommandLine(arguments, rows);
   line.error = given.error;
   if (!line.error.isEmpty()) return line;
   for (const Option& option : kOptions) line.*(option.flag) = given.isOn(option.name);
+  line.session = given.value(kSession);
   FilePlace next;   // of "+LINE": belongs to the file behind it
   const auto add = [&](const QString& name) {
     if (name.isEmpty()) return;
@@ -101,6 +109,8 @@ QString argumentsHelp() {
   QString text = tr("Usage: zelkor [OPTION...] [FILE[:LINE[:COLUMN]] | +LINE FILE | -]...") + QLatin1String("\n\n");
   for (const Option& option : kOptions)
     text += QLatin1String("  ") + QString::fromLatin1(option.name).leftJustified(16) + tr(option.help) + u'\n';
+  text += QLatin1String("  ") + QStringLiteral("--session NAME").leftJustified(16) +
+          tr("open this session, beside a running editor") + u'\n';
   text += QLatin1String("  ") + QStringLiteral("-").leftJustified(16) + tr("read a new document from standard input") + u'\n';
   text += QLatin1String("  ") + QStringLiteral("--").leftJustified(16) + tr("all further arguments are file names") + u'\n';
   text += u'\n' + tr("A file whose name ends like a line number is opened by its name.") + u'\n';

@@ -17,6 +17,8 @@ FilePlace placeIn(const QString& argument);
 
 struct Arguments {
   bool help = false, version = false, newInstance = false, wait = false, readOnly = false, standardInput = false;
+  bool noSession = false, sessions = false;
+  QString session;          // name; empty: none was given
   bool batch = false;       // batch mode reads the rest
   bool find = false;        // finding in files without a window reads the rest
   bool printPdf = false;    // printing without a window reads the rest

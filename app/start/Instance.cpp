@@ -1,6 +1,7 @@
 #include "app/start/Instance.h"
 
 #include <QApplication>
+#include <QCryptographicHash>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QProcess>
@@ -84,13 +85,15 @@ void tell(const QString& text, const QList<HandOff>& notOpened) {
 // Starts the first copy in its own session, so that it outlives this one and Ctrl+C here does not end it.
 class StartedCopy : public QProcess {
  public:
-  StartedCopy() {
+  explicit StartedCopy(const QString& session) {
 #ifdef Q_OS_UNIX
     setChildProcessModifier([] { ::setsid(); });
 #endif
     setProcessChannelMode(ForwardedChannels);
     setStandardInputFile(nullDevice());
-    start(QCoreApplication::applicationFilePath(), {});
+    const QStringList arguments =
+        session.isEmpty() ? QStringList{QStringLiteral("--no-session")} : QStringList{QStringLiteral("--session"), session};
+    start(QCoreApplication::applicationFilePath(), arguments);
   }
   ~StartedCopy() override { setProcessState(NotRunning); }   // a running process is released, not ended
   bool hasEnded(int waitMs) { return state() == NotRunning || waitForFinished(waitMs); }
@@ -127,8 +130,9 @@ bool Instance::HookCopyData() {
   return Msghook1.listen(place_->socketPath());
 }
 
-Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits) {
-  place_ = std::make_unique<Rendezvous>(displayName());
+Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits, const QString& session) {
+  const QByteArray ofSession = QCryptographicHash::hash(session.toUtf8(), QCryptographicHash::Sha256).toHex().left(12);
+  place_ = std::make_unique<Rendezvous>(session.isEmpty() ? displayName() : displayName() + u'_' + QString::fromLatin1(ofSession));
   frame_.setWindowTitle(QString::fromLatin1(kApplicationTitle));
   qsizetype next = 0;
   std::unique_ptr<StartedCopy> started;
@@ -136,7 +140,7 @@ Instance::Role Instance::CheckPrevInst(const QList<HandOff>& commandLines, bool 
     if (!started && place_->becomeFirst()) {
       if (!waits || standAlone) break;
       place_->resign();
-      started = std::make_unique<StartedCopy>();
+      started = std::make_unique<StartedCopy>(session);
       continue;
     }
     if (standAlone) return Role::first;

@@ -24,7 +24,8 @@ class Instance {
   // in order: waits for a first copy that is starting, and replaces one that has died or ends meanwhile. If the copies cannot meet,
   // or the first copy does not answer within a moment, this copy runs alone. standAlone: never hands over. waits: never becomes the
   // first copy but starts one, so that this copy can end when its files are closed.
-  Role CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits);
+  // session: the copies with this named session meet by themselves; empty: those without one.
+  Role CheckPrevInst(const QList<HandOff>& commandLines, bool standAlone, bool waits, const QString& session = {});
   // why no other copy can be reached; empty: it can, or was not tried
   const QString& aloneBecause() const { return aloneBecause_; }
   bool HookCopyData();

@@ -10,13 +10,13 @@
 #include <utility>
 
 #include "app/boxes/HandbookWindow.h"
-#include "app/boxes/frmRecovered.h"
 #include "app/find/FindFrame.h"
 #include "app/folder/FolderParts.h"
 #include "app/frame/FrameMenus.h"
 #include "app/frame/frmMain.h"
 #include "app/look/Icons.h"
 #include "app/look/Look.h"
+#include "app/session/Session.h"
 #include "app/start/Arguments.h"
 #include "app/start/BatchArguments.h"
 #include "app/start/FindArguments.h"
@@ -107,6 +107,12 @@ void writeSettings() {
 int complain(const QString& text, int status) {
   std::fprintf(stderr, "zelkor: %s\n", qPrintable(plainForDisplay(text)));
   return status;
+}
+
+int listSessions() {
+  for (const QString& name : Session::names())
+    if (std::printf("%s\n", qPrintable(plainForDisplay(name))) < 0) return 1;
+  return 0;
 }
 
 QList<HandOff> commandLinesOf(const Arguments& arguments, const QString& spooled) {
@@ -273,6 +279,10 @@ int Main(int argc, char** argv) try {
   Arguments arguments = parseArguments(words, startFolder);
   if (!arguments.error.isEmpty()) return complain(arguments.error, 2);
   if (arguments.help) return std::fputs(qPrintable(argumentsHelp()), stdout) < 0;
+  if (arguments.sessions) return listSessions();
+  if (!arguments.session.isEmpty() && !Session::isThere(arguments.session))
+    return complain(
+        QCoreApplication::translate("mGlobals", "there is no session %1 (--sessions lists them)").arg(arguments.session), 2);
   if (arguments.version) return std::printf("%s %s\n", kApplicationTitle, ZELKOR_VERSION) < 0;
   if (arguments.find) return runFind(words);
   // No display is needed, not even one that is named. The programs that a run starts may have their own.
@@ -320,7 +330,7 @@ display:
     QCoreApplication::exit(0);
   });
   const QList<HandOff> lines = commandLinesOf(arguments, input.path);
-  const Instance::Role role = instance.CheckPrevInst(lines, arguments.newInstance, arguments.wait);
+  const Instance::Role role = instance.CheckPrevInst(lines, arguments.newInstance, arguments.wait, arguments.session);
   if (role != Instance::Role::first) {
     readWhatTheEndWrites();
     main.MDIForm_Unload();
@@ -336,11 +346,15 @@ display:
                           true);
   main.restoreLog();
   main.folders().restore();
+  Session& session = Session::of(main);
+  if (!arguments.session.isEmpty()) session.begin(arguments.session);
+  else if (lines.isEmpty() && !arguments.noSession) session.beginLast();
   main.show();
   QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn after the text is visible
   SessionEnd sessionEnd(main);
   QObject::connect(&main, &frmMain::documentClosed, &main, [&](frmDocument* document) { instance.documentClosed(document); });
   FindFrame::of(main);   // sees lists of results that are opened
+  session.show();
   for (const HandOff& line : lines) {
     frmDocument* document = line.untitled ? main.takeIn(line.text) : main.openAt(line.text, line.line, line.column);
     if (document && line.readOnly) document->cmx->setReadOnly(true);
@@ -355,7 +369,7 @@ display:
     leftovers.begin();
     takeInLeftInput(main);
     FindFrame::of(main).tellInterrupted();
-    frmRecovered::offerWhenRead(main, frmRecovered::leftIn(recovery.folder()));
+    session.restoreTexts();                                           // and offers what belongs to no session
     text::lookForLeftovers(fromQString(userConfigFolder()), false);   // for settings and definitions
   });
   const int status = application.exec();

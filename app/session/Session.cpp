@@ -1,0 +1,503 @@
+#include "app/session/Session.h"
+
+#include <QApplication>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QScopedValueRollback>
+#include <algorithm>
+#include <set>
+
+#include "app/boxes/frmRecovered.h"
+#include "app/folder/FolderParts.h"
+#include "app/folder/WorkFolder.h"
+#include "app/frame/DocumentTabs.h"
+#include "app/frame/LateDocument.h"
+#include "app/frame/frmMain.h"
+#include "app/session/KeptWindows.h"
+#include "base/Background.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
+#include "bridge/QStringBytes.h"
+#include "document/Recovery.h"
+#include "document/frmDocument.h"
+#include "document/frmLog.h"
+#include "settings/modRegistry.h"
+
+namespace {
+
+constexpr int kChangedMs = 500, kMovedMs = 3000;   // until a change of the documents, or of a caret, is written
+constexpr std::int64_t kAboveWaiting = 1 << 30;    // the windows that there are lie above the others
+constexpr int kHeldLookMs = 500, kGoneMs = 100, kBusyMs = 50;
+std::string recoveryFolder() {
+  const RecoverySession* recovery = RecoverySession::current();
+  return fromQString(recovery ? recovery->folder() : RecoverySession::usualFolder());
+}
+
+const QString kComesBack = QStringLiteral("SESSION"), kKeeps = QStringLiteral("KEEPUNSAVED");
+
+}   // namespace
+
+class Session::Late : public LateDocument {
+ public:
+  Late(Session& session, KeptDocument document)
+      : LateDocument(toQString(document.path),
+                     document.path.empty() ? toQString(document.title) : GetFileTitle(toQString(document.path))),
+        kept(std::move(document)),
+        session_(session) {
+    place = placeOf(kept.place);
+  }
+  bool isModified() const override { return kept.modified; }
+  frmDocument* open(frmMain&) override { return session_.openLate(*this); }
+
+  KeptDocument kept;   // path: see LateDocument
+  bool isRead = false;
+  std::shared_ptr<Found> found;   // its unsaved text
+
+ private:
+  Session& session_;
+};
+
+// What was found in the recovery folder.
+struct Session::Looked {
+  std::vector<KeptDocument> wanted;
+  std::vector<QPointer<LateDocument>> tabs;    // of each
+  std::vector<std::shared_ptr<Found>> found;   // the same; null: none
+  std::shared_ptr<std::vector<text::LeftText>> rest = std::make_shared<std::vector<text::LeftText>>();
+};
+
+Session& Session::of(frmMain& frame) {
+  auto* found = frame.findChild<Session*>(QString(), Qt::FindDirectChildrenOnly);
+  return found ? *found : *new Session(frame);
+}
+
+Session::Session(frmMain& frame) : QObject(&frame), frame_(frame) {
+  soon_.setSingleShot(true);
+  connect(&soon_, &QTimer::timeout, this, &Session::write);
+  heldLook_.setInterval(kHeldLookMs);
+  connect(&heldLook_, &QTimer::timeout, this, [this] { dropHeld(false); });
+  const auto changed = [this] { touch(kChangedMs); };
+  const auto moved = [this] { touch(kMovedMs); };
+  connect(&frame, &frmMain::documentOpened, this, [this, changed, moved](frmDocument* document) {
+    connect(document, &frmDocument::captionChanged, this, changed);
+    connect(document->cmx, &CodeMax::SelChange, this, moved);
+    changed();
+  });
+  connect(&frame, &frmMain::documentClosed, this, changed);
+  connect(&frame, &frmMain::tabsChanged, this, changed);
+  connect(&frame, &frmMain::activeChanged, this, changed);
+  connect(&frame, &frmMain::fileNamed, this, changed);
+  connect(&frame.tabs(), &QTabBar::tabMoved, this, changed);
+  connect(&frame.folders().work(), &WorkFolder::changed, this, changed);
+  connect(qApp, &QGuiApplication::applicationStateChanged, this, moved);
+  connect(&frame, &frmMain::closing, this, [this](bool ends) {
+    if (!ends && !quiet_) return;
+    writeNow(true);
+    dropHeld(ends);
+    if (ends) ended_ = true;
+  });
+}
+
+Session::~Session() = default;
+
+// ---- files
+
+std::shared_ptr<SessionFile> Session::fileOf(const QString& name) {
+  const std::string folder = fromQString(userStateFolder());
+  if (name.isEmpty()) return std::make_shared<SessionFile>(folder + "/session");
+  text::makeFolders(folder + "/sessions", 0700);
+  return std::make_shared<SessionFile>(folder + "/sessions/" + SessionFile::fileNameOf(fromQString(name)));
+}
+
+QStringList Session::names() {
+  QStringList names;
+  std::vector<std::string> files;
+  text::fileSystem().listDir(fromQString(userStateFolder()) + "/sessions", &files);
+  for (const std::string& file : files)
+    if (const auto name = SessionFile::nameOf(file)) names << toQString(*name);
+  names.sort(Qt::CaseInsensitive);
+  return names;
+}
+
+bool Session::isThere(const QString& name) { return !name.isEmpty() && fileOf(name)->exists(); }
+
+// ---- settings
+
+bool Session::comesBack() const { return modRegistry::Flag(modRegistry::kGlobalKey, kComesBack, true); }
+bool Session::keepsUnsaved() const { return modRegistry::Flag(modRegistry::kGlobalKey, kKeeps, false); }
+
+void Session::setComesBack(bool on) {
+  modRegistry::SetFlag(modRegistry::kGlobalKey, kComesBack, on);
+  if (!on && file_ && file_ == last_) {
+    file_.reset();
+    last_.reset();
+  } else if (on && !file_) {
+    if (const auto file = fileOf({}); file->own() && file->read().mayWrite) file_ = last_ = file;
+  }
+  applyKeeping();
+  touch(0);
+}
+
+void Session::setKeepsUnsaved(bool on) {
+  modRegistry::SetFlag(modRegistry::kGlobalKey, kKeeps, on);
+  applyKeeping();
+}
+
+void Session::applyKeeping() { frame_.keepsUnsaved = file_ && keepsUnsaved(); }
+
+// ---- beginning
+
+void Session::beginLast() {
+  if (!comesBack()) return;
+  const auto file = fileOf({});
+  if (!take(file, {})) return;
+  last_ = file;
+}
+
+void Session::begin(const QString& name) { take(fileOf(name), name); }
+
+bool Session::take(const std::shared_ptr<SessionFile>& file, const QString& name) {
+  const QString shown = name.isEmpty() ? tr("The last session") : tr("The session %1").arg(plainForDisplay(name, 100));
+  if (!file->own()) {
+    if (!name.isEmpty()) tell(tr("%1 is open in another window of the program").arg(shown));
+    return false;
+  }
+  const bool there = file->exists();
+  SessionFile::Read read = file->read();
+  if (!read.trouble.empty()) tell(tr("%1 could not be read: %2").arg(shown, toQString(read.trouble)));
+  if (read.isPartial)
+    tell(tr("%1 names too many documents: only the first %2 come back").arg(shown).arg(SessionFile::kMostDocuments));
+  if (!read.mayWrite) return false;
+  if (name.isEmpty() && !read.state.continues.empty()) {
+    last_ = file;
+    const QString named = toQString(read.state.continues);
+    if (isThere(named) && take(fileOf(named), named)) return true;
+    read.state = {};
+  }
+  file_ = file;
+  name_ = name;
+  applyKeeping();
+  if (there && read.trouble.empty()) apply(read.state);
+  return true;
+}
+
+void Session::apply(const SessionState& state) {
+  const QScopedValueRollback quiet(quiet_, true);
+  texted_ = false;
+  giveFrameBack(state, frame_);
+  QList<LateDocument*> late;
+  for (const KeptDocument& document : state.documents) late << new Late(*this, document);
+  active_ = state.active >= 0 && state.active < late.size() ? late[qsizetype(state.active)] : late.value(0);
+  if (active_)
+    frame_.setCmxWindowState(static_cast<Late*>(active_.data())->kept.state == windowstate::kMaximised ? windowstate::kMaximised
+                                                                                                       : windowstate::kNormal);
+  frame_.addLate(late);
+}
+
+void Session::show() {
+  const auto* active = qobject_cast<LateDocument*>(active_) ? static_cast<Late*>(active_.data()) : nullptr;
+  if (!active) return;
+  cancelled_ = false;
+  std::vector<QPointer<LateDocument>> seen;
+  if (active->kept.state != windowstate::kMaximised) {   // then the other windows are seen beside it
+    for (LateDocument* late : frame_.tabs().late())
+      if (static_cast<Late*>(late)->kept.state == windowstate::kNormal && late != active_) seen.emplace_back(late);
+    std::ranges::stable_sort(seen, {}, [](const auto& late) { return static_cast<const Late*>(late.data())->kept.level; });
+  }
+  for (const auto& late : seen)
+    if (late && !late->isModified() && !cancelled_) frame_.openLate(*late);
+  if (active->isModified()) return;   // shown when its text is there
+  if (active_ && !cancelled_) frame_.showEntry(active_);
+  showAnother();
+}
+
+// Instead of an active file that is gone.
+void Session::showAnother() {
+  const QList<LateDocument*> late = frame_.tabs().late();
+  for (const auto& one : QList<QPointer<LateDocument>>(late.begin(), late.end()))
+    if (one && !one->isModified() && frame_.documents().isEmpty() && !cancelled_) frame_.openLate(*one);
+}
+
+frmDocument* Session::openLate(Late& late) {
+  const QPointer<LateDocument> alive = &late;
+  KeptDocument kept = late.kept;
+  kept.path = fromQString(late.path);
+  kept.modified = kept.modified && late.found;
+  if (late.found) {
+    const auto found = late.found;
+    frmDocument* document = openText(kept, found->text);
+    if (!document) return nullptr;
+    held_.push_back({found->journal, document});
+    heldLook_.start();
+    pile_.emplace_back(kept.level, document);
+    return document;
+  }
+  if (late.isModified()) return nullptr;   // its text is being read
+  frmDocument* document = nullptr;
+  if (kept.text != 0)
+    for (frmDocument* other : frame_.documents())
+      if (const auto text = texts_.find(kept.text); text != texts_.end() && text->second.lock() == other->cmx->model())
+        document = other;
+  const bool sibling = document;
+  if (sibling) {
+    frame_.activate(document);
+    frame_.newWindow();
+    document = frame_.activeDocument();
+  } else if (!late.path.isEmpty()) {
+    const auto missing = std::make_shared<bool>(false);
+    const auto look = [missing, path = late.path](text::SearchControl&) { *missing = fileIsMissing(path); };
+    if (!LongWork::runOrLeave(frame_, look, tr("Opening %1").arg(plainForDisplay(late.path, 80)))) {
+      cancelled_ = true;
+      return nullptr;
+    }
+    if (*missing) {
+      if (gone_.isEmpty()) QTimer::singleShot(kGoneMs, this, &Session::tellGone);
+      if (!gone_.contains(toQString(kept.path))) gone_ << toQString(kept.path);
+      return nullptr;
+    }
+    bool ok = false;
+    document = frame_.mainOpenFile(toQString(kept.path), ok);
+    if (!document) cancelled_ = true;
+    if (!ok) return document;
+  } else {
+    document = frame_.LoadNewDoc();
+    document->setUntitled(toQString(kept.title), currentFolder());
+  }
+  if (!document) return nullptr;
+  if (kept.text != 0) texts_[kept.text] = document->cmx->model();
+  giveBack(kept, frame_, *document, !sibling);
+  if (!texted_) pile_.emplace_back(kept.level, document);
+  return document;
+}
+
+frmDocument* Session::openText(const KeptDocument& kept, const text::RecoveredText& text) {
+  frmDocument* document = frame_.restore(text);
+  if (!document) return nullptr;
+  if (kept.path.empty()) document->setUntitled(toQString(kept.title), currentFolder());
+  if (kept.text != 0) texts_[kept.text] = document->cmx->model();
+  giveBack(kept, frame_, *document, false);
+  return document;
+}
+
+void Session::tellGone() {
+  QStringList names;
+  for (const QString& path : std::exchange(gone_, {})) names << plainForDisplay(path, 200);
+  const QString text = names.size() == 1
+                           ? tr("%1 is not there any more").arg(names[0])
+                           : tr("%1 files are not there any more: %2").arg(names.size()).arg(names.join(QLatin1String(", ")));
+  AppendReport(text);
+  SetStatusText(text);
+}
+
+void Session::tell(const QString& text) {
+  AppendReport(text);
+  frame_.showLog();
+  SetStatusText(text);
+}
+
+// ---- unsaved texts
+
+void Session::restoreTexts() {
+  const auto looked = std::make_shared<Looked>();
+  for (LateDocument* tab : frame_.tabs().late()) {
+    auto* late = dynamic_cast<Late*>(tab);
+    if (!late || late->isRead) continue;
+    late->isRead = true;
+    KeptDocument kept = late->kept;
+    kept.path = fromQString(late->path);
+    looked->wanted.push_back(std::move(kept));
+    looked->tabs.emplace_back(late);
+  }
+  // Of documents that are open by now.
+  for (const frmDocument* document : frame_.documents()) {
+    if (!document->DocumentHasName() || document->DocumentModified()) continue;
+    KeptDocument kept;
+    kept.path = fromQString(document->CurrentFileName());
+    if (!isInForce()) continue;
+    looked->wanted.push_back(std::move(kept));
+    looked->tabs.emplace_back();
+  }
+  const std::string folder = recoveryFolder();
+  std::vector<std::string> others{fromQString(userStateFolder()) + "/session"};
+  for (const QString& name : names()) others.push_back(fileOf(name)->path());
+  std::erase(others, file_ ? file_->path() : std::string());
+  const auto work = [looked, folder, others = std::move(others)] {
+    std::vector<text::LeftText> left = text::leftJournals(folder);
+    looked->found.resize(looked->wanted.size());
+    std::vector<Found> read;
+    for (text::LeftText& one : left) {
+      auto journal = std::make_shared<text::LeftText>(std::move(one));
+      read.push_back({journal, journal->recover()});
+    }
+    const auto isWhole = [](const Found& one) { return one.text.error.empty() && one.text.whole && one.text.baseWhole; };
+    const auto match = [&](auto fits) {
+      for (std::size_t i = 0; i < looked->wanted.size(); ++i)
+        for (Found& one : read)
+          if (!looked->found[i] && one.journal && isWhole(one) && fits(looked->wanted[i], one))
+            looked->found[i] = std::make_shared<Found>(std::move(one));
+    };
+    match([](const KeptDocument& wanted, const Found& one) { return wanted.modified && wanted.journal == one.journal->name(); });
+    // What another session will bring back is neither taken nor offered.
+    std::set<std::string> kept;
+    for (const std::string& path : others)
+      for (const KeptDocument& document : SessionFile(path).read().state.documents)
+        if (document.modified) kept.insert(document.journal);
+    std::erase_if(read, [&](const Found& one) { return one.journal && kept.contains(one.journal->name()); });
+    match([](const KeptDocument& wanted, const Found& one) {   // newest first
+      const text::JournalAbout& about = one.text.about;
+      return about.path == wanted.path && (!about.path.empty() || (wanted.modified && about.title == wanted.title));
+    });
+    for (Found& one : read)
+      if (one.journal) looked->rest->push_back(std::move(*one.journal));
+    return true;
+  };
+  inBackground(this, work, [this, looked](bool) { takeTexts(looked); });
+}
+
+void Session::takeTexts(const std::shared_ptr<Looked>& looked) {
+  if (ended_) return;
+  if (isDialogUp() || gBusy()) {
+    QTimer::singleShot(kBusyMs, this, [this, looked] { takeTexts(looked); });
+    return;
+  }
+  const QPointer<frmDocument> before = frame_.activeDocument();
+  const bool activeWaits = qobject_cast<LateDocument*>(active_) && static_cast<Late*>(active_.data())->isModified();
+  QPointer<frmDocument> activeText;
+  QStringList lost;
+  for (std::size_t i = 0; i < looked->wanted.size(); ++i) {
+    auto* late = static_cast<Late*>(looked->tabs[i].data());
+    const auto& found = looked->found[i];
+    frmDocument* document = nullptr;
+    if (found && late) {
+      const bool isActive = late == active_;
+      late->found = found;
+      document = frame_.openLate(*late);
+      if (isActive) activeText = document;
+      if (!document && looked->tabs[i]) late->found.reset();
+    } else if (found) {   // its file was opened meanwhile
+      document = openText(looked->wanted[i], found->text);
+      if (document) held_.push_back({found->journal, document});
+      heldLook_.start();
+    }
+    if (found && !document) looked->rest->push_back(std::move(*found->journal));   // offered instead
+    if (document || !looked->tabs[i] || !late->kept.modified) continue;
+    late->kept.modified = false;
+    late->kept.journal.clear();
+    lost << plainForDisplay(late->path.isEmpty() ? late->title : late->path, 200);
+    if (late->path.isEmpty()) frame_.closeEntry(late);
+    else frame_.tabs().rename(late, late->path, late->title);   // its caption
+  }
+  if (!lost.isEmpty()) tell(tr("No unsaved text was found of: %1").arg(lost.join(QLatin1String(", "))));
+  frmDocument* shown = activeWaits && activeText ? activeText : before;
+  if (!shown) showAnother();
+  // When the windows that came last have settled.
+  QTimer::singleShot(0, this, [this, shown = QPointer(shown ? shown : frame_.activeDocument())] {
+    if (shown) frame_.activate(shown);   // first: it moves the window that was in front
+    std::ranges::stable_sort(pile_, {}, [](const auto& one) { return one.first; });
+    pile_.emplace_back(0, shown);
+    for (const auto& [level, document] : std::exchange(pile_, {}))
+      if (QMdiSubWindow* window = frame_.windowOf(document)) window->raise();
+  });
+  active_ = nullptr;
+  texted_ = true;
+  touch(kChangedMs);
+  frmRecovered::offerWhenRead(frame_, [rest = looked->rest, folder = recoveryFolder()] {
+    std::vector<text::LeftText> all = text::leftCopiesElsewhere(folder);
+    std::ranges::move(*rest, std::back_inserter(all));
+    return all;
+  });
+}
+
+// An old journal goes when the text is safe elsewhere: in a new one, in its file, or given up by the user.
+void Session::dropHeld(bool all) {
+  std::erase_if(held_, [all](const Held& one) {
+    if (!all && one.document && !one.document->mayEnd()) return false;
+    return one.journal->remove() >= 0;
+  });
+  if (held_.empty()) heldLook_.stop();
+}
+
+// ---- writing
+
+void Session::touch(int ms) {
+  if (!file_ || quiet_ || ended_) return;
+  if (!soon_.isActive() || soon_.remainingTime() > ms) soon_.start(ms);
+}
+
+// Of several windows of one text.
+std::int64_t Session::numberOf(const std::shared_ptr<TextModel>& text, bool several) {
+  for (const auto& [number, known] : texts_)
+    if (known.lock() == text) return number;
+  if (!several) return 0;
+  const std::int64_t number = texts_.empty() ? 1 : texts_.rbegin()->first + 1;
+  texts_[number] = text;
+  return number;
+}
+
+SessionState Session::state(bool ends) {
+  SessionState state;
+  keepFrame(frame_, &state);
+  const QObject* active = active_ && frame_.tabs().tabOf(active_) >= 0 ? active_.data() : frame_.activeDocument();
+  const QList<QMdiSubWindow*> pile = frame_.mdi().subWindowList(QMdiArea::StackingOrder);
+  for (QObject* entry : frame_.tabs().entries()) {
+    std::optional<KeptDocument> kept;
+    if (auto* document = qobject_cast<frmDocument*>(entry)) {
+      kept = keptOf(frame_, *document, ends);
+      if (kept) kept->text = numberOf(document->cmx->model(), document->views() > 1);
+      if (kept) kept->level = kAboveWaiting + pile.indexOf(frame_.windowOf(document));
+    } else if (auto* late = dynamic_cast<Late*>(entry)) {
+      kept = late->kept;
+      kept->path = fromQString(late->path);
+      if (kept->text != 0 && !texts_.contains(kept->text)) texts_[kept->text];
+    }
+    if (!kept) continue;
+    if (entry == active) state.active = std::int64_t(state.documents.size());
+    state.documents.push_back(std::move(*kept));
+  }
+  std::vector<KeptDocument*> levels;
+  for (KeptDocument& one : state.documents) levels.push_back(&one);
+  std::ranges::stable_sort(levels, {}, &KeptDocument::level);
+  for (std::size_t i = 0; i < levels.size(); ++i) levels[i]->level = std::int64_t(i);
+  return state;
+}
+
+void Session::write() {
+  if (!file_ || ended_ || quiet_) return;
+  if (writing_) {
+    again_ = true;
+    return;
+  }
+  SessionState now = state(false);
+  const RecoverySession* recovery = RecoverySession::current();
+  const bool waits = std::ranges::any_of(now.documents, [](const auto& one) { return one.modified && one.journal.empty(); });
+  if (waits && recovery && recovery->failure().isEmpty()) touch(kChangedMs);
+  if (now == known_) return;
+  known_ = now;
+  writing_ = true;
+  inBackground(
+      this, [file = file_, now = std::move(now), number = ++writes_] { return file->write(now, number); },
+      [this](const std::string& error) {
+        writing_ = false;
+        const QString failed = toQString(error);
+        if (!failed.isEmpty() && failed != failed_) tell(tr("The session cannot be written: %1").arg(failed));
+        failed_ = failed;
+        if (!failed.isEmpty()) known_ = {};
+        if (std::exchange(again_, false) || !failed.isEmpty()) touch(failed.isEmpty() ? kChangedMs : 10 * kMovedMs);
+      });
+}
+
+void Session::writeNow(bool ends) {
+  soon_.stop();
+  if (!file_ || ended_) return;
+  file_->write(state(ends), ++writes_);
+  known_ = {};
+}
+
+void Session::rememberName() {
+  if (!last_ || last_ == file_) return;
+  SessionState pointer;
+  pointer.continues = fromQString(name_);
+  last_->write(pointer, ++writes_);
+}
