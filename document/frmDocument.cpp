@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QPointer>
 #include <algorithm>
 #include <vector>
 
@@ -297,6 +298,9 @@ bool frmDocument::agreeToClose() {
 }
 
 void frmDocument::closeEvent(QCloseEvent* event) {
+  const QPointer<frmDocument> alive = this;
+  if (!hasAgreedToClose()) noteLostFiles({this});
+  if (!alive) return;
   if (!agreeToClose()) {
     event->ignore();
     return;

@@ -89,6 +89,9 @@ class frmDocument : public QWidget {
   // Asks the questions of closing in advance. True: closing will not ask again unless the text changes. To close several windows,
   // ask all of them first: then Cancel leaves every window as it was (withdrawClose).
   bool agreeToClose();
+  // Looks for the files of texts that are about to be closed, all at once. A text whose file was removed is modified from now on:
+  // it exists nowhere else. Windows may go meanwhile; on a disk that hangs the user may cancel the look.
+  static void noteLostFiles(const QList<frmDocument*>& going);
   bool closingAsks() const;   // for this window only; other windows of the text may make the question unnecessary
   void withdrawClose();
   void letGo();   // discards its changes without a question

@@ -1,5 +1,6 @@
 // The document window and its file: load, save, look for changes by others.
 #include <QDir>
+#include <QPointer>
 #include <QScopeGuard>
 #include <chrono>
 #include <new>
@@ -296,6 +297,35 @@ void frmDocument::inconsistentDate() {
   known = now;
   shared_->stampTakenNs = lookedAt;
   if (otherText) cmx->setModified(true);   // the text shown differs from the file
+}
+
+void frmDocument::noteLostFiles(const QList<frmDocument*>& going) {
+  struct Seen {
+    QPointer<frmDocument> document;
+    std::string path;
+    text::FileStamp now;
+  };
+  const auto seen = std::make_shared<std::vector<Seen>>();
+  for (frmDocument* document : going) {
+    const std::optional<text::FileStamp>& known = document->cmx->model()->stamp;
+    if (document->shared_->hasName && known && known->exists && !document->cmx->Modified())
+      seen->push_back({document, fromQString(document->shared_->name), {}});
+  }
+  if (seen->empty()) return;
+  const auto look = [seen](text::SearchControl& control) {
+    for (Seen& one : *seen) {
+      if (control.cancel) return;
+      one.now = text::stampOf(one.path, false);
+    }
+  };
+  const QString what = tr("Looking at %1").arg(plainForDisplay(toQString(seen->front().path), 80));
+  if (!LongWork::runOrLeave(*going.front()->cmx, look, what)) return;
+  for (const Seen& one : *seen) {
+    if ((one.now.exists && one.now.status.isRegular()) || !one.document || fromQString(one.document->shared_->name) != one.path)
+      continue;
+    one.document->cmx->model()->stamp = text::FileStamp{};   // the next save creates the file again without a question
+    one.document->cmx->setModified(true);
+  }
 }
 
 bool frmDocument::SetCRLF(const QString& path) {

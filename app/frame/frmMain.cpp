@@ -232,7 +232,8 @@ bool frmMain::agreeToEnd() {
 
 bool frmMain::agreeToClose(const QList<frmDocument*>& going) {
   const QList<QPointer<frmDocument>> all(going.begin(), going.end());
-  bool agreed = askAboutSeveral(going);
+  frmDocument::noteLostFiles(going);
+  bool agreed = !all.contains(nullptr) && askAboutSeveral(going);
   for (const auto& document : all) agreed = agreed && document && document->agreeToClose();
   if (agreed) return true;
   for (const auto& document : all)

@@ -248,6 +248,20 @@ TEST_F(Files, ANameThatIsNotThereIsBegun) {
   EXPECT_EQ(QDir::currentPath(), path("sub")) << "dialogs and programs start where the work is";
 }
 
+TEST_F(Files, ATextWhoseFileIsGoneIsAskedAboutBeforeItCloses) {
+  frmDocument* gone = open("gone.v");
+  open("b.v");
+  ASSERT_TRUE(QFile::remove(path("gone.v")));
+  boxes.answer(Answer::cancel);
+  main->mnuFileCloseAll_Click();
+  EXPECT_EQ(boxes.boxes.size(), 1u);
+  ASSERT_EQ(main->documents().size(), 2);
+  boxes.answer(Answer::yes);
+  gone->parentWidget()->close();
+  EXPECT_EQ(main->documents().size(), 1);
+  EXPECT_TRUE(QFile::exists(path("gone.v")));
+}
+
 TEST_F(Files, ExitAsksForAllBeforeAnythingCloses) {
   bool ended = false;
   QObject::connect(main.get(), &frmMain::ended, [&] { ended = true; });
