@@ -18,6 +18,7 @@
 #include "document/frmDocumentShared.h"
 #include "document/frmRegistry.h"
 #include "language/ucCM.h"
+#include "text/diff/EditsBetween.h"
 #include "text/file/FileIo.h"
 #include "text/line/LineEnds.h"
 
@@ -107,32 +108,19 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
   if (!text::isUnicode(model.format.encoding)) options.fallback = model.format.encoding;
   const std::string name = fromQString(path);
   const auto read = std::make_shared<text::LoadedFile>();
-  const auto load = [name, options, read](text::SearchControl& control) { *read = text::loadFile(name, options, &control); };
+  const auto changes = std::make_shared<std::vector<text::Edit>>();
+  const text::Snapshot was = model.document().snapshot();
+  const auto load = [name, options, read, changes, was](text::SearchControl& control) {
+    *read = text::loadFile(name, options, &control);
+    if (read->error.empty()) *changes = text::editsBetween(was, read->text, &control.cancel);
+  };
   if (!LongWork::runOrLeave(*cmx, load, tr("Opening %1").arg(plainForDisplay(path, 80)))) return tr("Cancelled");
   const text::LoadedFile& file = *read;
   if (!file.error.empty()) return toQString(file.error);
 
   text::Document& document = model.document();
-  const text::Snapshot was = document.snapshot();
-  const std::int64_t oldSize = was.size().value, newSize = file.text.size().value, shorter = std::min(oldSize, newSize);
-  std::int64_t head = 0, tail = 0;
-  while (head < shorter) {
-    const std::string_view a = was.chunkAt(text::ByteOffset(head)), b = file.text.chunkAt(text::ByteOffset(head));
-    const std::size_t run = std::min({a.size(), b.size(), std::size_t(shorter - head)});
-    const auto differs = std::mismatch(a.begin(), a.begin() + std::ptrdiff_t(run), b.begin());
-    head += differs.first - a.begin();
-    if (differs.first != a.begin() + std::ptrdiff_t(run)) break;
-  }
-  while (tail < shorter - head) {
-    const std::string_view a = was.chunkBefore(text::ByteOffset(oldSize - tail)),
-                           b = file.text.chunkBefore(text::ByteOffset(newSize - tail));
-    const std::size_t run = std::min({a.size(), b.size(), std::size_t(shorter - head - tail)});
-    const auto differs = std::mismatch(a.rbegin(), a.rbegin() + std::ptrdiff_t(run), b.rbegin());
-    tail += differs.first - a.rbegin();
-    if (differs.first != a.rbegin() + std::ptrdiff_t(run)) break;
-  }
-  text::Edit edit{{text::ByteOffset(head), text::ByteOffset(oldSize - tail)},
-                  file.text.bytes({text::ByteOffset(head), text::ByteOffset(newSize - tail)})};
+  const std::vector<text::Edit> edits =
+      document.snapshot().sameAs(was) ? std::move(*changes) : text::editsBetween(document.snapshot(), file.text);
   const text::SelectionState before = cmx->editor().selection();
   emit beforeReload();
   const auto done = qScopeGuard([this] { emit reloaded(); });
@@ -143,7 +131,7 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
       text::Document& document;
       const bool was = document.readOnly();
     } writable(document);
-    document.apply(std::move(edit), before);
+    document.apply(edits, before);
   }
   model.format = file.format;
   model.stamp = file.stamp;

@@ -107,9 +107,9 @@ TEST_F(PlacesBackAndForward, OpensClosedFilesAndForgetsTextsWithoutOne) {
   }
   // The file was opened again; places in it are where they were in the text that was saved, and move with it again.
   EXPECT_EQ(seen, (std::vector<std::string>{"a.txt line 100", "b.txt line 500", "b.txt line 0", "a.txt line 100", "a.txt line 0"}));
-  QFile::remove(path("b.txt"));   // and is closed: the way leads past it
   for (frmDocument* each : main->documents())
     if (each->CurrentFileTitle() == q("b.txt")) each->parentWidget()->close();
+  QFile::remove(path("b.txt"));   // the way leads past it
   wait(0);
   while (enabled("mnuViewForward")) trigger("mnuViewForward");
   EXPECT_EQ(here().substr(0, 5), "a.txt");
@@ -274,6 +274,10 @@ TEST_F(PlacesOfBookmarks, AreThoseOfTheFileWhateverHappensToItOrToTheText) {
   write("a.v", "new\nnew\none\ntwo\nthree\n4\n");
   a->ReloadDocument();
   EXPECT_EQ(marks(*a), "3 4 ") << "lines above and the last line differ";
+  a->cmx->ExecuteCmd(Cmd::UNDO);
+  EXPECT_EQ(marks(*a), "1 2 ") << "the text before";
+  a->cmx->ExecuteCmd(Cmd::REDO);
+  EXPECT_EQ(marks(*a), "3 4 ");
 
   BookmarkFile other(path("state/zelkor/bookmarks").toStdString());   // another copy of the program
   const std::string b = path("b.v").toStdString(), c = path("c.v").toStdString();

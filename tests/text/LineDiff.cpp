@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <random>
 
+#include "text/diff/EditsBetween.h"
 #include "text/diff/Match.h"
 
 using namespace text;
@@ -155,6 +156,36 @@ TEST(LineDiff, NoTextTakesForEver) {
   }
   const std::atomic<bool> cancel{true};
   EXPECT_LT(matchIds(few, shuffled(few), &cancel).steps, 10);
+}
+
+// Whatever the texts, the edits make one of the other; lines that both have keep their marks, also through line ends and undo.
+TEST(LineDiff, EditsMakeOneTextOfTheOther) {
+  std::mt19937 random(11);
+  const char* const parts[] = {"a\n", "b\r\n", "b\n", "\n", "cc\n", "d", "\r", "\r\n", "e\xCC\x81\n"};
+  std::size_t several = 0;
+  for (int round = 0; round < 3000; ++round) {
+    std::string texts[2];
+    for (auto n = random() % 12; n > 0; --n) texts[0] += parts[random() % std::size(parts)];
+    texts[1] = texts[0];
+    for (auto n = random() % 4; n > 0; --n) texts[1].insert(random() % (texts[1].size() + 1), parts[random() % std::size(parts)]);
+    if (random() % 3 == 0) texts[1].erase(random() % (texts[1].size() + 1), random() % 5);
+    const LineMode modes[] = {LineMode(random() % 8 == 0), LineMode(random() % 8 == 0)};
+    Document document;
+    document.reset(Snapshot(texts[0], modes[0]));
+    const std::vector<Edit> edits = editsBetween(document.snapshot(), Snapshot(texts[1], modes[1]));
+    ASSERT_TRUE(document.apply(edits, {})) << "ascending and apart";
+    ASSERT_EQ(document.snapshot().bytes(), texts[1]) << testing::PrintToString(texts[0]);
+    several += edits.size() > 1;
+  }
+  EXPECT_GT(several, 300u);
+
+  Document document;
+  document.reset(Snapshot("a\nb\nc\nd\ne\nf\n"));
+  const MarkId mark = document.addMark(ByteOffset(6));   // d
+  ASSERT_TRUE(document.apply(editsBetween(document.snapshot(), Snapshot("0\r\n1\r\na\r\nb\r\nc\r\nd\r\nE\r\n")), {}));
+  EXPECT_EQ(document.markAt(mark), ByteOffset(15));
+  document.undo();
+  EXPECT_EQ(document.markAt(mark), ByteOffset(6));
 }
 
 }   // namespace

@@ -1,0 +1,16 @@
+// The edits that turn one text into another, so that marks and carets in the lines that are in both stay with their lines.
+#pragma once
+
+#include <atomic>
+#include <vector>
+
+#include "text/store/Document.h"
+
+namespace text {
+
+// Ascending, apart, in offsets of `before`; none: the texts have the same bytes. What differs is found by lines, if that part has at
+// most 16 MB in either text and both have the same line mode; else it is one edit. Memory: that of diffLines for the part that
+// differs. Cancelled: whatever was found, to be thrown away.
+std::vector<Edit> editsBetween(const Snapshot& before, const Snapshot& after, const std::atomic<bool>* cancel = nullptr);
+
+}   // namespace text
