@@ -250,7 +250,7 @@ void frmMain::nextWindow(int step) {
   const QList<QPointer<QObject>> order = [all = tabs_->entries()] { return QList<QPointer<QObject>>(all.begin(), all.end()); }();
   const qsizetype count = order.size(), at = order.indexOf(activeDocument());
   // One that cannot be opened does not stand in the way of those behind it.
-  for (qsizetype i = 1; at >= 0 && i <= count; ++i)
+  for (qsizetype i = 1; i <= count; ++i)
     if (QObject* entry = order[((at + i * step) % count + count) % count]; entry && showEntry(entry)) return;
 }
 

@@ -130,12 +130,8 @@ bool Session::keepsUnsaved() const { return modRegistry::Flag(modRegistry::kGlob
 
 void Session::setComesBack(bool on) {
   modRegistry::SetFlag(modRegistry::kGlobalKey, kComesBack, on);
-  if (!on && file_ && file_ == last_) {
-    file_.reset();
-    last_.reset();
-  } else if (on && !file_) {
-    if (const auto file = fileOf({}); file->own() && file->read().mayWrite) file_ = last_ = file;
-  }
+  if (!on && file_ == last_) file_.reset();
+  else if (on && !file_) file_ = last_;   // else from the next start on: what it will bring back is not overwritten
   applyKeeping();
   touch(0);
 }

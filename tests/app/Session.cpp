@@ -3,7 +3,12 @@
 
 #include <random>
 
+#include <QComboBox>
+
 #include "app/boxes/frmRecovered.h"
+#include "app/find/FindFrame.h"
+#include "app/find/ResultList.h"
+#include "app/find/frmFindInFiles.h"
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
 #include "app/frame/DocumentTabs.h"
@@ -96,7 +101,7 @@ TEST(SessionFile, OnlyAWholeFileIsTaken) {
     EXPECT_EQ(SessionFile::nameOf(SessionFile::fileNameOf(name)).value_or("(none)"), name);
 }
 
-// The disk fails from each call on, as when the program is killed there.
+// K1: the disk fails from each call on, as when the program is killed there.
 TEST(SessionFile, HoldsTheOldOrTheNewStateAtAnyMoment) {
   using testing_files::FaultyFileSystem;
   const testing_files::TempFolder folder(testing_files::TempFolder::Where::memory);
@@ -183,6 +188,7 @@ class SessionFrame : public FrameFixture {
   RecoverySession recovery{path("recovery")};
 };
 
+// K2
 TEST_F(SessionFrame, ComesBackAsItWasLeft) {
   begin();
   session().setKeepsUnsaved(true);
@@ -240,6 +246,7 @@ TEST_F(SessionFrame, ComesBackAsItWasLeft) {
   EXPECT_EQ(QDir(path("recovery")).entryList({q("*.journal")}).size(), 2);
 }
 
+// K3
 TEST_F(SessionFrame, ADocumentIsLookedAtWhenItIsShown) {
   begin();
   for (const char* name : {"a.v", "b.v", "gone.v", "d.v"}) open(name, QByteArray("needle in ") + name + "\n\n");
@@ -264,6 +271,17 @@ TEST_F(SessionFrame, ADocumentIsLookedAtWhenItIsShown) {
   EXPECT_EQ(SessionFile::format(kept()), first);
 
   startAgain();
+  // Finding in the open documents reads it from the disk, and does not open it.
+  trigger("mEditFindInFiles");
+  frmFindInFiles& finder = FindFrame::of(*main).window();
+  finder.findChild<QComboBox*>(q("filesWhere"))->setCurrentIndex(1);
+  finder.findChild<QComboBox*>(q("filesFindText"))->setEditText(q("needle"));
+  finder.findChild<QPushButton*>(q("filesFindAll"))->click();
+  ASSERT_TRUE(spinUntil([&] { return !FindFrame::of(*main).running(); }));
+  const QString found = FindFrame::of(*main).list()->document()->cmx->Text();
+  EXPECT_TRUE(found.contains(q("b.v:1:1: needle in b.v")) && found.contains(q("d.v:1:1"))) << found.toStdString();
+  main->mnuFileClose_Click();
+  EXPECT_EQ(shown(), "a.v (b.v) (gone.v) (d.v)");
   main->openAt(path("d.v"), 0, 0);   // as when it is handed over: its tab, with its caret
   EXPECT_EQ(shown(), "a.v (b.v) (gone.v) d.v");
   EXPECT_EQ(main->activeDocument()->CurrentPosition().LineNo, 1);
@@ -279,7 +297,7 @@ TEST_F(SessionFrame, ADocumentIsLookedAtWhenItIsShown) {
   EXPECT_EQ(shown(), "");
 }
 
-// The session says that a text is not saved, and its journal is not there; another one's is left alone; closing all but one.
+// J4: a start without the session leaves its journals alone. A session whose journal is not there says so.
 TEST_F(SessionFrame, TextsComeBackFromTheirOwnJournals) {
   begin();
   session().setKeepsUnsaved(true);
