@@ -13,7 +13,7 @@
 #include "base/Hourglass.h"
 #include "base/Program.h"
 #include "base/dialog/Dialogs.h"
-#include "change/frmCompare.h"
+#include "change/compare/frmCompare.h"
 #include "control/code/BlockWords.h"
 #include "document/Frame.h"
 #include "document/Languages.h"

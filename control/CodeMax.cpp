@@ -94,6 +94,9 @@ Pane* CodeMax::addPane(QWidget* parent) {
     if (inside) emit GotFocus();
     else emit LostFocus();
   });
+  connect(pane, &Pane::scrolled, this, [this, pane] {
+    if (pane == impl_->grid->active()) emit Scrolled();
+  });
   connect(pane, &Pane::heldEnded, this, [this] { impl_->release(); });
   connect(pane, &Pane::overtypeChanged, this, [this](bool on) {
     for (Pane* other : impl_->grid->panes()) other->editor().overtype = on;

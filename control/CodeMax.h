@@ -9,11 +9,13 @@
 #include <QVariant>
 #include <QWidget>
 #include <exception>
+#include <functional>
 #include <memory>
 
 #include "control/edit/Cmd.h"
 #include "control/edit/Editor.h"
 #include "control/view/ColorScheme.h"
+#include "control/view/LineBack.h"
 
 class Pane;
 
@@ -66,6 +68,18 @@ class CodeMax : public QWidget {
 
   // Marks all visible matches of the text; an empty text removes the marks.
   void showHits(const QString& text, const text::SearchOptions& options);
+
+  // What stands behind the text of lines, asked while they are painted; null: nothing. To be set again when the answers change.
+  void setLineBacks(std::function<LineBack(text::LineNo)> backs);
+  // What the active pane shows, in pixels. top, left: the point of the text at the upper left corner; area: of the text and its
+  // margin, in the control.
+  struct ShownPart {
+    qint64 top = 0, left = 0;
+    int lineHeight = 1;
+    QRect area;
+  };
+  ShownPart shownPart() const;
+  void showPart(qint64 top, qint64 left);   // at once; clipped to the text
 
   // False only for an unknown number.
   bool ExecuteCmd(CommandNumber id, const QVariant& argument = {});
@@ -128,6 +142,7 @@ class CodeMax : public QWidget {
   void PropsChange();
   void FilesDropped(const QStringList& paths);
   void OvertypeChange(bool on);
+  void Scrolled();                  // the active pane shows another part of the text, or has another size
   void Note(const QString& text);   // for the status bar: "12 replaced"
 
  protected:

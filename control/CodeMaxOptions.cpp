@@ -93,3 +93,19 @@ void CodeMax::splitPanes(double horizontalBar, double verticalBar) {
   impl_->grid->split(Qt::Horizontal, horizontalBar);
   impl_->grid->split(Qt::Vertical, verticalBar);
 }
+
+void CodeMax::setLineBacks(std::function<LineBack(text::LineNo)> backs) {
+  impl_->state.lineBack = std::move(backs);
+  for (Pane* each : impl_->grid->panes()) each->viewport()->update();
+}
+
+CodeMax::ShownPart CodeMax::shownPart() const {
+  Pane& pane = impl_->pane();
+  const QWidget& area = *pane.viewport();
+  return {pane.view().top, pane.view().left, pane.view().lineHeight(), {area.mapTo(this, QPoint()), area.size()}};
+}
+
+void CodeMax::showPart(qint64 top, qint64 left) {
+  impl_->pane().showAt(top);
+  impl_->pane().scrollSideways(left);
+}

@@ -24,7 +24,7 @@
 #include "base/dialog/Dialogs.h"
 #include "bridge/FileNames.h"
 #include "bridge/LongWork.h"
-#include "change/frmCompare.h"
+#include "change/compare/frmCompare.h"
 #include "control/CodeMax.h"
 #include "document/FileErrors.h"
 #include "document/Recovery.h"

@@ -10,6 +10,7 @@
   GROUP(editCommands)                \
   GROUP(viewCommands)                \
   GROUP(toolsCommands)               \
+  GROUP(compareCommands)             \
   GROUP(customCommands)              \
   GROUP(languageCommands)            \
   GROUP(logCommands)                 \

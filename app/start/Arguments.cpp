@@ -30,6 +30,7 @@ constexpr Option kOptions[] = {
      QT_TRANSLATE_NOOP("Arguments", "run commands on files without a window (--batch --help)")},
     {"--find", &Arguments::find,
      QT_TRANSLATE_NOOP("Arguments", "find in files without a window (--find --help)")},
+    {"--diff", &Arguments::diff, QT_TRANSLATE_NOOP("Arguments", "compare two files, or merge three (--diff --help)")},
     {"--print-pdf", &Arguments::printPdf,
      QT_TRANSLATE_NOOP("Arguments", "print files as PDF without a window (--print-pdf --help)")},
 };
@@ -65,10 +66,12 @@ Arguments parseArguments(const QStringList& arguments, const QString& folder) {
   };
   line.printPdf = asksFor(QLatin1String("--print-pdf"));
   line.find = asksFor(QLatin1String("--find"));
-  if (line.printPdf && line.batch) line.error = tr("--batch and --print-pdf exclude each other");
+  line.diff = asksFor(QLatin1String("--diff"));
+  if (line.diff && (line.batch || line.find || line.printPdf)) line.error = tr("--diff excludes --batch, --find and --print-pdf");
+  else if (line.printPdf && line.batch) line.error = tr("--batch and --print-pdf exclude each other");
   else if (line.find && line.batch) line.error = tr("--batch and --find exclude each other");
   else if (line.find && line.printPdf) line.error = tr("--find and --print-pdf exclude each other");
-  if (line.printPdf || line.batch || line.find) return line;   // the rest is theirs
+  if (line.printPdf || line.batch || line.find || line.diff) return line;   // the rest is theirs
 
   std::vector<OptionRow> rows = optionRows(kOptions);
   rows.push_back({kSession, "NAME"});

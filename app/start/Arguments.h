@@ -21,6 +21,7 @@ struct Arguments {
   QString session;          // name; empty: none was given
   bool batch = false;       // batch mode reads the rest
   bool find = false;        // finding in files without a window reads the rest
+  bool diff = false;        // comparing two files reads the rest
   bool printPdf = false;    // printing without a window reads the rest
   QList<FilePlace> files;   // in order; paths absolute relative to the given folder
   QString error;            // for standard error; if not empty, the rest is invalid

@@ -19,6 +19,7 @@
 #include "app/session/Session.h"
 #include "app/start/Arguments.h"
 #include "app/start/BatchArguments.h"
+#include "app/start/DiffArguments.h"
 #include "app/start/FindArguments.h"
 #include "app/start/Instance.h"
 #include "app/start/LeftoverLook.h"
@@ -285,6 +286,13 @@ int Main(int argc, char** argv) try {
         QCoreApplication::translate("mGlobals", "there is no session %1 (--sessions lists them)").arg(arguments.session), 2);
   if (arguments.version) return std::printf("%s %s\n", kApplicationTitle, ZELKOR_VERSION) < 0;
   if (arguments.find) return runFind(words);
+  DiffTask diff;
+  if (arguments.diff) {
+    diff = parseDiffArguments(words, startFolder);
+    if (diff.error.isEmpty() && !diff.help) diff.error = diffTrouble(diff);
+    if (!diff.error.isEmpty()) return complain(diff.error, 2);
+    if (diff.help) return std::fputs(qPrintable(diffHelp()), stdout) < 0;
+  }
   // No display is needed, not even one that is named. The programs that a run starts may have their own.
   const bool windowless = arguments.batch || arguments.printPdf;
   const std::optional<QByteArray> platform =
@@ -323,6 +331,10 @@ display:
 
   RecoverySession recovery;   // outlives the documents
   frmMain main;
+  if (arguments.diff) {
+    loadSettings(main);
+    return runDiff(main, diff);
+  }
   Instance instance(main);
   QObject::connect(&main, &frmMain::ended, &main, [&] {
     writeSettings();

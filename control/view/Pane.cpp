@@ -99,6 +99,7 @@ void Pane::flushText() {
   flushPosted_ = false;
   if (!allDirty_ && !pending_) return;
   fit();
+  if (allDirty_) emit scrolled();
   const std::vector<std::int64_t> recolored = view_.findStates();
   if (allDirty_) {
     viewport()->update();
@@ -131,6 +132,7 @@ void Pane::metricsChanged(qint64 top) {
   top_ = view_.top = std::min<std::int64_t>(top * view_.lineHeight(), highestTop());
   fit();
   viewport()->update();
+  emit scrolled();
 }
 
 void Pane::optionsChanged() {

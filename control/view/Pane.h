@@ -43,6 +43,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   std::int64_t top() const { return top_; }
   void scrollTo(std::int64_t top, bool smooth);
   void scrollSideways(std::int64_t left);
+  void showAt(std::int64_t top);   // at once
 
   // EditorHost
   qint64 topLine() const override;
@@ -85,6 +86,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void overtypeChanged(bool on);
   void whiteSpaceToggled();
   void heldEnded();   // the last Action ended
+  void scrolled();    // another part of the text is visible
 
  protected:
   bool event(QEvent* event) override;
@@ -117,7 +119,6 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void fit();   // sizes, margin, scroll bars
   std::int64_t highestTop() const;
   std::int64_t highestLeft() const;
-  void showAt(std::int64_t top);   // at once
   void stepAnimation();
   void showLineTip();
 

@@ -126,17 +126,18 @@ ByteRange PanePainter::selectedBytes(std::int64_t line, const Row& row) const {
   return {ByteOffset(part.body.begin - row.start), ByteOffset(part.body.end - row.start)};
 }
 
-void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRect& band) {
+void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRect& band, const LineBack& back) {
   const int y = band.top();
   const bool current = line == caretLine_ && selected_.empty() && !look_.selection.column;
-  painter_.fillRect(band, color(current ? ColorSlot::HighlightedLine : ColorSlot::Window));
+  painter_.fillRect(band, back.line.isValid() ? back.line : color(current ? ColorSlot::HighlightedLine : ColorSlot::Window));
+  for (const ByteRange& range : back.parts) fill({seenX(row, range.begin), seenX(row, range.end)}, y, back.part);
   const QColor hit = mixed(color(ColorSlot::Window), color(ColorSlot::MatchingBrace), 0.6);
   for (const ByteRange& range : row.hits) fill({seenX(row, range.begin), seenX(row, range.end)}, y, hit);
   if (const auto span = selectedSpan(line, row)) {
-    const QColor back = color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack);
+    const QColor chosen = color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack);
     if (look_.selection.column && blockLeft_ == blockRight_)
-      fill({span->from, span->from + 2}, y, mixed(back, color(ColorSlot::Text), 0.5));
-    else fill(*span, y, back);
+      fill({span->from, span->from + 2}, y, mixed(chosen, color(ColorSlot::Text), 0.5));
+    else fill(*span, y, chosen);
   }
   if (look_.bracket) {
     for (const ByteOffset at : {look_.bracket->here, look_.bracket->partner})
@@ -147,10 +148,11 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
 
 void PanePainter::paintRow(std::int64_t line, const QRect& part) {
   const int y = view_.yOf(line), height = view_.lineHeight();
+  const LineBack back = view_.state().lineBack ? view_.state().lineBack(LineNo(line)) : LineBack();
   if (part.right() >= view_.margin) {
     const QRect band(view_.margin, y, view_.width, height);
     const Row& row = view_.row(line);
-    paintBackgrounds(line, row, band);
+    paintBackgrounds(line, row, band, back);
     const bool preedit = look_.preedit && line == caretLine_;
     if (preedit) {
       LineLayout shifted = row.layout;
@@ -175,7 +177,8 @@ void PanePainter::paintRow(std::int64_t line, const QRect& part) {
     if (look_.dropAt && view_.snapshot().lineAt(*look_.dropAt).value == line)
       painter_.fillRect(QRectF(view_.textLeft() + view_.xOf(line, *look_.dropAt), y, 2, height), color(ColorSlot::Bookmark));
   }
-  if (view_.margin > 0 && part.left() < view_.margin) paintMargin(line, y);
+  if (view_.margin > 0 && part.left() < view_.margin) paintMargin(line, y, back);
+  paintRules(y, back);
 }
 
 void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64_t line, const QRect& band) {
@@ -282,9 +285,15 @@ void PanePainter::paintPreedit(std::int64_t line, double x) {
   painter_.fillRect(QRectF(left, y + view_.lineHeight() - 2, width, 1), color(ColorSlot::Text));
 }
 
-void PanePainter::paintMargin(std::int64_t line, int y) {
+void PanePainter::paintRules(int y, const LineBack& back) {
+  const QRect rule(0, y, view_.width + view_.margin, 2);
+  if (back.ruleAbove) painter_.fillRect(rule, back.rule);
+  if (back.ruleBelow) painter_.fillRect(rule.translated(0, view_.lineHeight() - 2), back.rule);
+}
+
+void PanePainter::paintMargin(std::int64_t line, int y, const LineBack& back) {
   const int height = view_.lineHeight();
-  painter_.fillRect(QRect(0, y, view_.margin - 1, height), color(ColorSlot::LeftMargin));
+  painter_.fillRect(QRect(0, y, view_.margin - 1, height), back.line.isValid() ? back.line : color(ColorSlot::LeftMargin));
   painter_.fillRect(QRect(view_.margin - 1, y, 1, height), color(ColorSlot::Divider));
   if (view_.state().model->hasBookmark(LineNo(line))) {
     const double size = std::min(height - 4.0, 10.0), x = 3, top = y + (height - size) / 2;

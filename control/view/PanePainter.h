@@ -41,12 +41,13 @@ class PanePainter {
     double from, to;
   };   // x from the start of the line
   void paintRow(std::int64_t line, const QRect& part);
-  void paintBackgrounds(std::int64_t line, const Row& row, const QRect& band);
+  void paintBackgrounds(std::int64_t line, const Row& row, const QRect& band, const LineBack& back);
   void paintText(const Row& row, const LineLayout& layout, std::int64_t line, const QRect& band);
   void paintLabel(const QString& label, const LayoutItem& item, int y);
   void paintWhiteSpace(const LayoutItem& item, int y);
   void paintPreedit(std::int64_t line, double x);
-  void paintMargin(std::int64_t line, int y);
+  void paintMargin(std::int64_t line, int y, const LineBack& back);
+  void paintRules(int y, const LineBack& back);
   void fill(const Span& span, int y, const QColor& color);
   // The selected part of a line; nothing for most lines.
   std::optional<Span> selectedSpan(std::int64_t line, const Row& row);

@@ -95,6 +95,7 @@ void Pane::showAt(std::int64_t top) {
   verticalScrollBar()->setValue(static_cast<int>(view_.top / barScale_));
   settingBars_ = false;
   viewport()->update();
+  emit scrolled();
 }
 
 void Pane::stepAnimation() {
@@ -109,6 +110,7 @@ void Pane::stepAnimation() {
   verticalScrollBar()->setValue(static_cast<int>(view_.top / barScale_));
   settingBars_ = false;
   viewport()->update();
+  emit scrolled();
 }
 
 void Pane::scrollSideways(std::int64_t left) {
@@ -118,6 +120,7 @@ void Pane::scrollSideways(std::int64_t left) {
   view_.forget();
   fit();
   viewport()->update();
+  emit scrolled();
 }
 
 // The user moved a scroll bar.
@@ -144,6 +147,7 @@ void Pane::resizeEvent(QResizeEvent* event) {
   QAbstractScrollArea::resizeEvent(event);
   view_.forget();
   fit();
+  emit scrolled();
 }
 
 bool Pane::showCaret(bool mayCancel) {

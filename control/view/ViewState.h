@@ -2,12 +2,14 @@
 #pragma once
 
 #include <QFont>
+#include <functional>
 #include <memory>
 #include <optional>
 
 #include "control/edit/Editor.h"
 #include "control/view/ColorScheme.h"
 #include "control/view/GlyphMetrics.h"
+#include "control/view/LineBack.h"
 #include "text/find/Finder.h"
 #include "text/line/LineMap.h"
 
@@ -28,7 +30,8 @@ struct ViewState {
 
   bool hScrollBar = true, vScrollBar = true, smoothScrolling = true, lineToolTips = true, leftMargin = true;
   bool colorSyntax = true, whiteSpace = false;
-  std::optional<text::Finder> hits;   // matches to mark in the visible text
+  std::function<LineBack(text::LineNo)> lineBack;   // null: nothing
+  std::optional<text::Finder> hits;                 // matches to mark in the visible text
 
   int held = 0;   // > 0: changes are only noted; they are shown and reported when it is 0 again
 

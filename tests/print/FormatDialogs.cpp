@@ -11,7 +11,7 @@
 #include <QTimer>
 
 #include "change/LineDialogs.h"
-#include "change/frmCompare.h"
+#include "change/compare/frmCompare.h"
 #include "change/frmFormat.h"
 #include "tests/document/DocumentFixture.h"
 

@@ -1,0 +1,190 @@
+#include "app/compare/CompareFrame.h"
+
+#include <QAction>
+#include <QMenu>
+#include <algorithm>
+
+#include "app/frame/frmMain.h"
+#include "base/Program.h"
+#include "base/Strings.h"
+#include "base/dialog/Dialogs.h"
+#include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
+#include "document/FileErrors.h"
+#include "document/Languages.h"
+#include "document/frmDocument.h"
+#include "document/frmRegistry.h"
+#include "folder/GitVersion.h"
+#include "language/ucCM.h"
+#include "text/file/FileIo.h"
+
+using compare::kLeft;
+using compare::kRight;
+
+CompareFrame& CompareFrame::of(frmMain& frame) {
+  auto* found = frame.findChild<CompareFrame*>(QString(), Qt::FindDirectChildrenOnly);
+  return found ? *found : *new CompareFrame(frame);
+}
+
+CompareFrame::CompareFrame(frmMain& frame) : QObject(&frame), frame_(frame) {
+  connect(&frame, &frmMain::documentClosed, this, &CompareFrame::documentClosed);
+}
+
+CompareFrame::~CompareFrame() {
+  for (const QPointer<CompareWindow>& window : std::as_const(windows_)) {
+    if (!window) continue;
+    window->disconnect(this);
+    delete window;
+  }
+}
+
+CompareSource CompareFrame::sourceOf(frmDocument* document) {
+  CompareSource source;
+  source.document = document;
+  return source;
+}
+
+CompareWindow* CompareFrame::compare(const CompareSource& left, const CompareSource& right) {
+  auto* window = new CompareWindow(frame_, left, right);
+  windows_.removeAll(nullptr);
+  windows_ << window;
+  window->view().comparison().setIgnored(ignore_);
+  connect(window, &CompareWindow::activated, this, [this, window] {
+    current_ = window;
+    enableActions();
+  });
+  connect(window, &CompareWindow::stateChanged, this, [this, window] {
+    if (window == current_) enableActions();
+  });
+  connect(window, &CompareWindow::closed, this, [this, window] {
+    windows_.removeAll(window);
+    if (current_ == window) current_ = windows_.isEmpty() ? nullptr : windows_.last();
+    enableActions();
+  });
+  current_ = window;
+  window->show();
+  window->activateWindow();
+  enableActions();
+  return window;
+}
+
+CompareWindow* CompareFrame::compareFiles(const QString& left, const QString& right) {
+  QPointer<frmDocument> one = frame_.openFile(left);
+  frmDocument* two = one ? frame_.openFile(right) : nullptr;
+  return one && two ? compare(sourceOf(one), sourceOf(two)) : nullptr;
+}
+
+void CompareFrame::withFile() {
+  const QPointer<frmDocument> document = frame_.activeDocument();
+  if (!document) return;
+  int entry = 1;
+  const QStringList names =
+      frmRegistry::instance().stdOpenFile(tr("Compare With"), languages().GetFilterList(), entry, currentFolder(), {});
+  if (names.isEmpty() || !document) return;
+  frmDocument* other = frame_.openFile(names.first());
+  if (other && document) compare(sourceOf(document), sourceOf(other));
+}
+
+void CompareFrame::withText(const QString& whence, const Load& load) {
+  const QPointer<frmDocument> document = frame_.activeDocument();
+  if (!document || !document->DocumentHasName()) return;
+  const QString path = document->CurrentFileName();
+  const auto loaded = std::make_shared<text::LoadedFile>();
+  const auto work = [loaded, load, file = fromQString(path), format = document->cmx->fileFormat()](text::SearchControl& control) {
+    *loaded = load(file, format, control);
+  };
+  if (!LongWork::runOrLeave(frame_, work, tr("Reading %1").arg(plainForDisplay(path, 80))) || !document) return;
+  if (!loaded->error.empty()) return tellOpenError(path, toQString(loaded->error));
+  CompareSource there;
+  there.text = loaded->text;
+  there.format = loaded->format;
+  there.name = whence + QStringLiteral(": ") + nameForDisplay(document->CurrentFileTitle());
+  there.language = document->cmx->Language();
+  compare(there, sourceOf(document));
+}
+
+void CompareFrame::withDisk() {
+  withText(tr("On disk"), [](const std::string& path, const text::FileFormat& format, text::SearchControl& control) {
+    text::LoadOptions options;
+    options.format = format;
+    text::LoadedFile disk = text::loadFile(path, options, &control);
+    return disk.error.empty() ? disk : text::loadFile(path, {}, &control);   // others may have changed its encoding
+  });
+}
+
+void CompareFrame::withVersion() {
+  const frmDocument* document = frame_.activeDocument();
+  if (!document || !document->DocumentHasName()) return;
+  const auto version = InputBox(tr("Version: HEAD, a branch, a tag or a number (nothing: what is staged)"),
+                                tr("Compare With Version Control"), QStringLiteral("HEAD"));
+  if (!version) return;
+  const QString shown = version->trimmed().isEmpty() ? tr("Staged") : plainForDisplay(version->trimmed(), 60);
+  withText(shown, [name = fromQString(version->trimmed())](const std::string& path, const text::FileFormat& format,
+                                                           text::SearchControl& control) {
+    text::LoadOptions options;
+    options.format = format;
+    text::LoadedFile found = folder::gitVersion(path, name, options, control);
+    return found.error.empty() ? found : folder::gitVersion(path, name, {}, control);
+  });
+}
+
+void CompareFrame::fillDocuments(QMenu& menu) {
+  for (frmDocument* document : frame_.documents()) {
+    const frmDocument* active = frame_.activeDocument();
+    if (!active || document->cmx->model() == active->cmx->model()) continue;
+    const QString& path = document->CurrentFileName();
+    const QString name = plainForDisplay(path.isEmpty() ? document->Caption() : path, 120).replace(u'&', QLatin1String("&&"));
+    connect(menu.addAction(name), &QAction::triggered, this, [this, document = QPointer(document)] {
+      if (frmDocument* here = frame_.activeDocument(); here && document) compare(sourceOf(here), sourceOf(document));
+    });
+  }
+  if (menu.isEmpty()) menu.addAction(tr("No other document is open"))->setEnabled(false);
+}
+
+void CompareFrame::documentClosed(const frmDocument* document) {
+  for (const QPointer<CompareWindow>& window : QList(windows_)) {
+    if (!window || !window->shows(document)) continue;
+    window->mayClose = {};
+    window->close();
+  }
+}
+
+void CompareFrame::step(int direction) {
+  if (current_) current_->view().step(direction);
+}
+
+void CompareFrame::takeOver(compare::Side from) {
+  if (current_) current_->view().takeOver(from);
+}
+
+void CompareFrame::goToOtherSide() {
+  if (!current_) return;
+  current_->view().activate(compare::other(current_->view().active()));
+  current_->activateWindow();
+}
+
+void CompareFrame::ignore(const Comparison::Ignore& what) {
+  ignore_ = what;
+  for (const QPointer<CompareWindow>& window : std::as_const(windows_))
+    if (window) window->view().comparison().setIgnored(what);
+}
+
+void CompareFrame::swapSides() {
+  if (current_) current_->swapSides();
+}
+
+void CompareFrame::refresh() {
+  if (current_) current_->view().comparison().refresh();
+}
+
+void CompareFrame::enableActions() {
+  const auto enable = [&](const char* name, bool on) { frame_.setMenuEnabled(QString::fromLatin1(name), on); };
+  CompareView* view = current_ ? &current_->view() : nullptr;
+  enable("mCompareNext", view && view->count() > 0);
+  enable("mComparePrevious", view && view->count() > 0);
+  enable("mCompareToLeft", view && view->canTakeOver(kRight));
+  enable("mCompareToRight", view && view->canTakeOver(kLeft));
+  for (const char* name :
+       {"mCompareBlanks", "mCompareCase", "mCompareComments", "mCompareSwap", "mCompareRefresh", "mCompareOther"})
+    enable(name, view != nullptr);
+}

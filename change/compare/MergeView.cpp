@@ -1,0 +1,161 @@
+#include "change/compare/MergeView.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QToolButton>
+#include <algorithm>
+
+#include "base/Counted.h"
+#include "change/compare/CompareStrip.h"
+#include "change/compare/Hunks.h"
+#include "control/CodeMax.h"
+#include "text/line/LineReader.h"
+
+using text::LineNo;
+
+namespace {
+constexpr std::string_view kBegin = "<<<<<<<", kMarks[] = {kBegin, "|||||||", ">>>>>>>"};   // "=======" also stands below headings
+}
+
+MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Snapshot& right,
+                     const std::vector<text::MergeRegion>& regions, const text::MergedText& merged, QWidget* parent)
+    : QWidget(parent), result_(result), sides_{left, right}, count_(new QLabel(this)) {
+  result_->setParent(this);
+  text::Document& document = result_->model()->document();
+  const text::Snapshot& now = document.snapshot();
+  for (std::size_t i = 0; i < regions.size(); ++i) {
+    if (regions[i].kind != text::MergeRegion::conflict) continue;
+    Conflict conflict{regions[i], document.addMark(now.lineStart(merged.starts[i]), text::Bias::left), 0, i + 1 == regions.size()};
+    if (!conflict.toEnd) conflict.end = document.addMark(now.lineStart(merged.starts[i + 1]), text::Bias::right);
+    conflicts_.push_back(conflict);
+  }
+  count_->setObjectName(QStringLiteral("conflicts"));
+  count_->setTextFormat(Qt::PlainText);
+  auto* bar = new QHBoxLayout;
+  bar->setContentsMargins(4, 2, 4, 2);
+  bar->addWidget(count_, 1);
+  const auto button = [&](const QString& caption, const char* keys, std::vector<QToolButton*>& group, auto run) {
+    auto* made = new QToolButton(this);
+    made->setText(caption);
+    made->setShortcut(QKeySequence(QString::fromLatin1(keys)));
+    made->setToolTip(made->shortcut().toString(QKeySequence::NativeText));
+    made->setFocusPolicy(Qt::NoFocus);
+    connect(made, &QToolButton::clicked, this, run);
+    bar->addWidget(made);
+    group.push_back(made);
+  };
+  button(tr("Previous Conflict"), "Shift+F8", steps_, [this] { step(-1); });
+  button(tr("Next Conflict"), "F8", steps_, [this] { step(1); });
+  button(tr("Take Left"), "Alt+1", takes_, [this] { take(Take::left); });
+  button(tr("Take Right"), "Alt+2", takes_, [this] { take(Take::right); });
+  button(tr("Take Both"), "Alt+3", takes_, [this] { take(Take::both); });
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addLayout(bar);
+  layout->addWidget(result_, 1);
+  result_->setHSplitter(false);
+  result_->setVSplitter(false);
+  result_->setLineBacks([this](LineNo line) {
+    LineBack back;
+    if (at(line.value)) back.line = CompareColors::of(*result_).conflict;
+    return back;
+  });
+  connect(result_, &CodeMax::SelChange, this, &MergeView::showState);
+  connect(result_->model().get(), &TextModel::changed, this, &MergeView::showState);
+  showState();
+}
+
+MergeView::~MergeView() { disconnect(result_, nullptr, this, nullptr); }
+
+std::pair<std::int64_t, std::int64_t> MergeView::linesOf(const Conflict& conflict) const {
+  const text::Document& document = result_->model()->document();
+  const text::Snapshot& now = document.snapshot();
+  return {now.lineAt(document.markAt(conflict.begin)).value,
+          conflict.toEnd ? now.lineCount() : now.lineAt(document.markAt(conflict.end)).value};
+}
+
+bool MergeView::stands(const Conflict& conflict) const {
+  const text::Snapshot& now = result_->model()->snapshot();
+  const auto [begin, end] = linesOf(conflict);
+  return begin < end && text::beginOfLine(now, LineNo(begin), std::ssize(kBegin)) == kBegin;
+}
+
+int MergeView::left() const {
+  return static_cast<int>(std::ranges::count_if(conflicts_, [this](const Conflict& one) { return stands(one); }));
+}
+
+const MergeView::Conflict* MergeView::at(std::int64_t line) const {
+  const auto behind = std::ranges::partition_point(conflicts_, [&](const Conflict& one) { return linesOf(one).first <= line; });
+  if (behind == conflicts_.begin()) return nullptr;
+  const Conflict& conflict = *(behind - 1);
+  return line < linesOf(conflict).second && stands(conflict) ? &conflict : nullptr;
+}
+
+const MergeView::Conflict* MergeView::current() const { return at(result_->CurrentPosition().LineNo); }
+
+bool MergeView::step(int direction) {
+  std::vector<const Conflict*> open;
+  for (const Conflict& conflict : conflicts_)
+    if (stands(conflict)) open.push_back(&conflict);
+  if (open.empty()) return false;
+  const std::int64_t line = result_->CurrentPosition().LineNo;
+  const auto begins = [this](const Conflict* conflict) { return linesOf(*conflict).first; };
+  const Conflict* next = direction > 0 ? open.front() : open.back();
+  if (direction > 0) {
+    const auto found = std::ranges::find_if(open, [&](const Conflict* one) { return begins(one) > line; });
+    if (found != open.end()) next = *found;
+  } else {
+    const Conflict* here = current();
+    for (const Conflict* one : open)
+      if (begins(one) < (here ? linesOf(*here).first : line)) next = one;
+  }
+  const std::int64_t at = begins(next);
+  result_->SetSel({at, 0, at, 0, false});
+  result_->setFocus();
+  emit shown(next->region);
+  return true;
+}
+
+bool MergeView::take(Take what) {
+  const Conflict* conflict = current();
+  if (!conflict || result_->ReadOnly()) return false;
+  const auto [begin, end] = linesOf(*conflict);
+  const text::MergeRegion& region = conflict->region;
+  const compare::Lines left{region.leftBegin.value, region.leftEnd.value}, right{region.rightBegin.value, region.rightEnd.value};
+  text::Snapshot from = sides_[what == Take::right ? 1 : 0];
+  compare::Lines fresh = what == Take::right ? right : left;
+  if (what == Take::both) {
+    std::string both;
+    const auto add = [&](const text::Snapshot& side, const compare::Lines& lines) {
+      for (std::int64_t line = lines.begin; line < lines.end; ++line) both += side.line(LineNo(line)) + '\n';
+    };
+    add(sides_[0], left);
+    add(sides_[1], right);
+    from = text::Snapshot(std::move(both));
+    fresh = {0, left.count() + right.count()};
+  }
+  TextModel& model = *result_->model();
+  const text::Edit edit = compare::exchangeLines(model.snapshot(), {begin, end}, from, fresh, model.newLines());
+  if (!model.document().apply(edit, result_->editor().selection())) return false;
+  const std::int64_t line = std::min<std::int64_t>(begin, result_->LineCount() - 1);
+  result_->SetSel({line, 0, line, 0, false});
+  return true;
+}
+
+bool MergeView::hasMarks(const text::Snapshot& text, text::SearchControl& control) {
+  text::LineReader reader(text);
+  for (std::string_view line; !control.cancel && reader.next(&line);)
+    for (const std::string_view mark : kMarks)
+      if (line.starts_with(mark) && (line.size() == mark.size() || line[mark.size()] == ' ')) return true;
+  return false;
+}
+
+void MergeView::showState() {
+  const int open = left();
+  count_->setText(open == 0 ? tr("Result: no conflict is left")
+                            : tr("Result: %1").arg(counted(open, tr("conflict left"), tr("conflicts left"))));
+  for (QToolButton* each : steps_) each->setEnabled(open > 0);
+  const bool here = current() != nullptr;
+  for (QToolButton* each : takes_) each->setEnabled(here);
+}

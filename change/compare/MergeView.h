@@ -1,0 +1,53 @@
+// The result of merging, with what is left to decide. It begins as the merged text (text/diff/Merge.h), in which each conflict stands
+// with its marks; a conflict that is decided is replaced by the lines of a side, or edited by hand.
+#pragma once
+
+#include <QWidget>
+#include <array>
+#include <vector>
+
+#include "control/edit/TextModel.h"
+#include "text/diff/Merge.h"
+
+class CodeMax;
+class QLabel;
+class QToolButton;
+
+class MergeView : public QWidget {
+  Q_OBJECT
+ public:
+  // Takes the control, whose text is that of `merged`. left, right: the texts that were merged.
+  MergeView(CodeMax* result, const text::Snapshot& left, const text::Snapshot& right, const std::vector<text::MergeRegion>& regions,
+            const text::MergedText& merged, QWidget* parent = nullptr);
+  ~MergeView() override;
+
+  CodeMax& result() { return *result_; }
+  int left() const;           // conflicts whose marks still stand
+  bool step(int direction);   // to the next or previous one, round at the ends; false: none is left
+  enum class Take { left, right, both };
+  bool take(Take what);   // for the conflict at the caret; one undo step
+
+  // True when a line of the text begins as a mark of a conflict does. Linear; on any thread.
+  static bool hasMarks(const text::Snapshot& text, text::SearchControl& control);
+
+ signals:
+  void shown(const text::MergeRegion& region);
+
+ private:
+  struct Conflict {
+    text::MergeRegion region;
+    text::MarkId begin = 0, end = 0;
+    bool toEnd = false;   // of the text
+  };
+  std::pair<std::int64_t, std::int64_t> linesOf(const Conflict& conflict) const;
+  bool stands(const Conflict& conflict) const;
+  const Conflict* at(std::int64_t line) const;   // that still stands; null: none
+  const Conflict* current() const;
+  void showState();
+
+  CodeMax* result_;
+  const std::array<text::Snapshot, 2> sides_;
+  std::vector<Conflict> conflicts_;
+  QLabel* count_;
+  std::vector<QToolButton*> steps_, takes_;
+};
