@@ -172,6 +172,7 @@ Masks::Masks(std::string_view text) {
     if (word.ends_with('/')) word += "**";
     mask.path = word.find('/') != std::string::npos;
     if (word.starts_with('/')) word.erase(0, 1);
+    else if (mask.path) word.insert(0, "**/");
     mask.pattern = std::move(word);
     onlyNot_ = onlyNot_ && mask.not_;
     masks_.push_back(std::move(mask));

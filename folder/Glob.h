@@ -15,8 +15,9 @@ bool globMatches(std::string_view pattern, std::string_view name, bool foldCase 
 std::size_t literalLength(std::string_view pattern);
 
 // What the user wrote as masks: "*.sv,*.svh; !*_tb.sv". Separators are comma, semicolon and blank; a mask in quotes ("...") may hold
-// them. A mask with "/" is held against the path below the root, else against the name; one that ends in "/" stands for all
-// below that folder. "!" takes out what the others let in. Case does not count. Without any, everything fits.
+// them. A mask with "/" is held against the last parts of the path, or against the whole path below the root if it begins with "/";
+// one without is held against the name. One that ends in "/" stands for all below such folders. "!" takes out what the others let in.
+// Case does not count. Without any, everything fits.
 class Masks {
  public:
   Masks() = default;

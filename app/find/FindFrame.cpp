@@ -62,6 +62,11 @@ frmFindInFiles& FindFrame::window() {
   if (!window_) {
     window_ = new frmFindInFiles(frame_);
     frame_.addDockWidget(Qt::BottomDockWidgetArea, window_, Qt::Vertical);
+    connect(&frame_.folders().work(), &WorkFolder::changed, window_, [this] {
+      const WorkFolder& work = frame_.folders().work();
+      if (work.kind() == WorkFolder::Kind::list) window_->follow(usualRoot(frame_), work.list());
+      else if (work.kind() == WorkFolder::Kind::folder) window_->follow(usualRoot(frame_), {});
+    });
     connect(window_, &frmFindInFiles::cancelAsked, this, &FindFrame::cancel);
     connect(window_, &frmFindInFiles::findAsked, this, [this] {
       FindTask made;

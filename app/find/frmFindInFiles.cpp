@@ -108,8 +108,7 @@ void frmFindInFiles::build() {
   updateButtons();
 }
 
-void frmFindInFiles::open(const QString& root, const QString& list, bool replace) {
-  setWindowTitle(replace ? tr("Replace in Files") : tr("Find in Files"));
+void frmFindInFiles::follow(const QString& root, const QString& list) {
   if (folder_->currentText().isEmpty() || folder_->currentText() == root_) folder_->setEditText(root);
   root_ = root;
   // A list that was opened instead of a folder is what the user works on; another choice stays until the next one is opened.
@@ -118,6 +117,12 @@ void frmFindInFiles::open(const QString& root, const QString& list, bool replace
   if (list != list_ && !list.isEmpty()) where_->setCurrentIndex(inOpenList);
   else if (list.isEmpty() && where_->currentIndex() == inOpenList) where_->setCurrentIndex(inFolder);
   list_ = list;
+  updateButtons();
+}
+
+void frmFindInFiles::open(const QString& root, const QString& list, bool replace) {
+  setWindowTitle(replace ? tr("Replace in Files") : tr("Find in Files"));
+  follow(root, list);
   SearchState& state = usersSearch();
   if (frmDocument* document = frame_.activeDocument()) {
     Editor& editor = document->cmx->editor();

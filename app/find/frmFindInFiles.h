@@ -20,6 +20,7 @@ class frmFindInFiles : public QDockWidget {
 
   // root: the folder that is proposed. list: the file list that is open instead of a folder; empty: none.
   void open(const QString& root, const QString& list, bool replace);
+  void follow(const QString& root, const QString& list);   // another folder or list was opened
   void tell(const QString& text, bool bad = false);
   void setRunning(bool on);
   QString status() const;

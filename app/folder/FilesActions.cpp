@@ -236,8 +236,10 @@ void FilesView::make(bool folder) {
 
 void FilesView::remove(const QString& path) {
   const bool folder = model_->isFolder(tree_->currentIndex());
-  QString question = (folder ? tr("Do you want to put the folder %1 with all that is in it into the trash?")
-                             : tr("Do you want to put %1 into the trash?"))
+  QString question = (folder && model_->isFixed()
+                          ? tr("Do you want to put the folder %1 into the trash, with all that is in it, also what is not shown?")
+                      : folder ? tr("Do you want to put the folder %1 with all that is in it into the trash?")
+                               : tr("Do you want to put %1 into the trash?"))
                          .arg(plainForDisplay(path));
   if (const qsizetype open = documentsIn(path).size(); open > 0)
     question +=

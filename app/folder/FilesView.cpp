@@ -245,7 +245,11 @@ void FilesView::showTree() {
     filtered_ = true;
     if (some.paths.size() <= kMostFiltered) tree_->expandAll();
     const QModelIndex again = model_->indexOf(was);
-    tree_->setCurrentIndex(again.isValid() ? again : model_->index(0, 0));
+    const QModelIndex named = select_.isEmpty() ? QModelIndex() : model_->indexOf(select_);
+    // An entry that left the list by its new name: no other takes the keys that were meant for it.
+    const bool gone = !select_.isEmpty() && !again.isValid();
+    tree_->setCurrentIndex(named.isValid() ? named : again.isValid() ? again : gone ? QModelIndex() : model_->index(0, 0));
+    select_.clear();
     watches_.start();
     showNotes();
   });

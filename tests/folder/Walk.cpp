@@ -202,7 +202,9 @@ TEST(Walk, StandsFoldersFullOfTrouble) {
     options.masks = folder::Masks("d/");
     options.hidden = options.ignored = true;
     EXPECT_EQ(walked(top.path(), options), (Paths{"d/deep/x.SV", "d/tb.sv"}));
-    options.masks = folder::Masks(".git/*");
+    options.masks = folder::Masks("deep/,/tb/");   // at any depth, and at the top
+    EXPECT_EQ(walked(top.path(), options), (Paths{"d/deep/x.SV"}));
+    options.masks = folder::Masks("/.git/*");
     EXPECT_EQ(walked(top.path(), options), (Paths{".git/HEAD", ".git/c"}));
     EXPECT_FALSE(folder::walk(top / "nothing", {}, [](const std::string&) { return true; }).error.empty());
     EXPECT_FALSE(folder::walk(top / "d.v", {}, [](const std::string&) { return true; }).error.empty());
