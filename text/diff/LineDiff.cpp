@@ -15,14 +15,20 @@ constexpr std::int64_t kSlide = 1000;   // lines
 class Numbers {
  public:
   Numbers() : slots_(1 << 10) {}
-  std::uint32_t of(std::uint64_t hash) {
-    Slot* slot = find(hash);
-    if (slot->id == 0) {
-      *slot = {hash, ++used_};
+
+  // The numbers of lines by their hashes. The table is larger than any cache: places that will be asked for are fetched ahead.
+  std::vector<std::uint32_t> of(const std::vector<std::uint64_t>& hashes) {
+    constexpr std::size_t kAhead = 16;
+    std::vector<std::uint32_t> ids;
+    ids.reserve(hashes.size());
+    for (std::size_t i = 0; i < hashes.size(); ++i) {
+      if (i + kAhead < hashes.size()) fetch(&slots_[hashes[i + kAhead] & (slots_.size() - 1)]);
+      Slot* const slot = find(hashes[i]);
+      if (slot->id == 0) *slot = {hashes[i], ++used_};
+      ids.push_back(slot->id - 1);
       if (std::size_t(used_) * 3 > slots_.size() * 2) grow();
-      return used_ - 1;
     }
-    return slot->id - 1;
+    return ids;
   }
 
  private:
@@ -30,6 +36,11 @@ class Numbers {
     std::uint64_t hash = 0;
     std::uint32_t id = 0;   // 0: free
   };
+  static void fetch([[maybe_unused]] const Slot* slot) {
+#ifdef __GNUC__
+    __builtin_prefetch(slot, 1);
+#endif
+  }
   Slot* find(std::uint64_t hash) {
     std::size_t at = hash & (slots_.size() - 1);
     while (slots_[at].id != 0 && slots_[at].hash != hash) at = (at + 1) & (slots_.size() - 1);
@@ -69,15 +80,17 @@ Side read(const Snapshot& text, const DiffRules& rules, const std::shared_ptr<co
           const std::atomic<bool>* cancel) {
   Side side;
   const auto count = static_cast<std::size_t>(text.lineCount());
-  side.ids.reserve(count);
+  std::vector<std::uint64_t> hashes;
+  hashes.reserve(count);
   side.indents.reserve(count);
   if (!rules.plain()) side.nothing.reserve(count);
   BareLines reader(text, rules, comments);
   for (std::string_view line; reader.next(&line) && !(cancel && *cancel);) {
-    side.ids.push_back(numbers->of(ContentHash::of(line)));
+    hashes.push_back(ContentHash::of(line));
     side.indents.push_back(indentOf(reader.whole()));
     if (!rules.plain()) side.nothing.push_back(reader.nothing());
   }
+  side.ids = numbers->of(hashes);
   return side;
 }
 
