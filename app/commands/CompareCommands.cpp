@@ -2,6 +2,7 @@
 
 #include "app/commands/Groups.h"
 #include "app/compare/CompareFrame.h"
+#include "app/compare/FolderCompare.h"
 #include "app/frame/frmMain.h"
 
 namespace {
@@ -33,6 +34,10 @@ std::span<const FrameCommand> compareCommands() {
        .caption = QT_TRANSLATE_NOOP("frmMain", "With &Version Control..."),
        .tip = QT_TRANSLATE_NOOP("frmMain", "What git has of the file"), .needs = kDocument | kNamed,
        .run = [](frmMain& f) { CompareFrame::of(f).withVersion(); }},
+      {.name = "mCompareFolders", .menu = "mToolsCompare", .place = 140,
+       .caption = QT_TRANSLATE_NOOP("frmMain", "&Two Folders..."),
+       .tip = QT_TRANSLATE_NOOP("frmMain", "List the files of two folders that differ"),
+       .run = [](frmMain& f) { FolderCompare::of(f).open(); }},
       {.name = "mCompareNext", .menu = "mToolsCompare", .place = 200,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Next Difference"), .keys = "F7", .needs = kOthers,
        .run = [](frmMain& f) { CompareFrame::of(f).step(1); }},

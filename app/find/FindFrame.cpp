@@ -27,18 +27,6 @@ constexpr std::size_t kAtOnce = 256 << 10;   // bytes of rows that are put into 
 constexpr int kTitleLength = 40;
 constexpr std::int64_t kMostLines = 1'000'000, kLongestLine = 2000;   // of a list of the lines of a text; bytes
 
-// Where to look when nothing else is said: the folder that the user opened, else the nearest one of version control above the active
-// text, else that of the text.
-QString usualRoot(frmMain& frame) {
-  const WorkFolder& work = frame.folders().work();
-  if ((work.kind() == WorkFolder::Kind::folder || work.kind() == WorkFolder::Kind::list) && !work.root().isEmpty())
-    return work.root();
-  const frmDocument* document = frame.activeDocument();
-  const QString folder = document && !document->CurrentFileDir().isEmpty() ? document->CurrentFileDir() : currentFolder();
-  const auto git = folder::gitFolderAbove(fromQString(folder));
-  return git ? toQString(git->top) : folder;
-}
-
 }   // namespace
 
 FindFrame& FindFrame::of(frmMain& frame) {
@@ -56,6 +44,16 @@ FindFrame::FindFrame(frmMain& frame) : QObject(&frame), frame_(frame) {
 
 FindFrame::~FindFrame() = default;
 
+QString FindFrame::usualRoot() const {
+  const WorkFolder& work = frame_.folders().work();
+  if ((work.kind() == WorkFolder::Kind::folder || work.kind() == WorkFolder::Kind::list) && !work.root().isEmpty())
+    return work.root();
+  const frmDocument* document = frame_.activeDocument();
+  const QString folder = document && !document->CurrentFileDir().isEmpty() ? document->CurrentFileDir() : currentFolder();
+  const auto git = folder::gitFolderAbove(fromQString(folder));
+  return git ? toQString(git->top) : folder;
+}
+
 ResultList* FindFrame::list() const { return list_; }
 
 frmFindInFiles& FindFrame::window() {
@@ -64,8 +62,8 @@ frmFindInFiles& FindFrame::window() {
     frame_.addDockWidget(Qt::BottomDockWidgetArea, window_, Qt::Vertical);
     connect(&frame_.folders().work(), &WorkFolder::changed, window_, [this] {
       const WorkFolder& work = frame_.folders().work();
-      if (work.kind() == WorkFolder::Kind::list) window_->follow(usualRoot(frame_), work.list());
-      else if (work.kind() == WorkFolder::Kind::folder) window_->follow(usualRoot(frame_), {});
+      if (work.kind() == WorkFolder::Kind::list) window_->follow(usualRoot(), work.list());
+      else if (work.kind() == WorkFolder::Kind::folder) window_->follow(usualRoot(), {});
     });
     connect(window_, &frmFindInFiles::cancelAsked, this, &FindFrame::cancel);
     connect(window_, &frmFindInFiles::findAsked, this, [this] {
@@ -131,7 +129,7 @@ bool FindFrame::readFileList(FindTask* task) {
 
 void FindFrame::open(bool replace) {
   const WorkFolder& work = frame_.folders().work();
-  window().open(usualRoot(frame_), work.kind() == WorkFolder::Kind::list ? work.list() : QString(), replace);
+  window().open(usualRoot(), work.kind() == WorkFolder::Kind::list ? work.list() : QString(), replace);
 }
 
 void FindFrame::useList(ResultList* list) {
@@ -187,7 +185,7 @@ void FindFrame::start(FindTask task) {
 
 void FindFrame::showList(const ListAbout& about, const MakeList& make) {
   ResultList::Whole whole{about.first, about.about, {}, {}, {}, about.what};
-  whole.root = !about.root.empty() ? about.root : about.from ? about.from->root() : fromQString(usualRoot(frame_));
+  whole.root = !about.root.empty() ? about.root : about.from ? about.from->root() : fromQString(usualRoot());
   FindTask names;
   names.root = whole.root;
   bool cancelled = false;

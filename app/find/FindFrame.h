@@ -50,6 +50,9 @@ class FindFrame : public QObject {
   void tellInterrupted();   // at the start: a replacing that did not come to its end
 
   frmFindInFiles& window();
+  // Where to look when nothing else is said: the folder that the user opened, else the nearest one of version control above the
+  // active text, else that of the text.
+  QString usualRoot() const;
 
  signals:
   void pairAsked(const QString& left, const QString& right);   // by a list of pairs of files

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "app/boxes/HandbookWindow.h"
+#include "app/compare/FolderCompare.h"
 #include "app/find/FindFrame.h"
 #include "app/folder/FolderParts.h"
 #include "app/frame/FrameMenus.h"
@@ -365,7 +366,8 @@ display:
   QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn after the text is visible
   SessionEnd sessionEnd(main);
   QObject::connect(&main, &frmMain::documentClosed, &main, [&](frmDocument* document) { instance.documentClosed(document); });
-  FindFrame::of(main);   // sees lists of results that are opened
+  FindFrame::of(main);       // sees lists of results that are opened
+  FolderCompare::of(main);   // and those of pairs of files
   session.show();
   for (const HandOff& line : lines) {
     frmDocument* document = line.untitled ? main.takeIn(line.text) : main.openAt(line.text, line.line, line.column);
