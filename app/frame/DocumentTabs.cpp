@@ -1,7 +1,11 @@
 #include "app/frame/DocumentTabs.h"
 
+#include <QAbstractButton>
 #include <QContextMenuEvent>
+#include <QHoverEvent>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QStyleOption>
 #include <algorithm>
 #include <utility>
 
@@ -12,7 +16,43 @@
 
 namespace {
 
-constexpr int kWidest = 32;   // characters; longer names are cut in the middle
+constexpr int kWidest = 32;        // characters; longer names are cut in the middle
+constexpr int kBesideButton = 4;   // pixels that the tab bar leaves
+
+// As the tab bar's own one, which lays all tabs out with each tab that comes.
+class CloseButton : public QAbstractButton {
+ public:
+  explicit CloseButton(QTabBar* bar) : QAbstractButton(bar), bar_(bar) {
+    setFocusPolicy(Qt::NoFocus);
+    setCursor(Qt::ArrowCursor);
+    setToolTip(DocumentTabs::tr("Close Tab"));
+    setAttribute(Qt::WA_Hover);
+    resize(sizeHint());
+  }
+  QSize sizeHint() const override {
+    ensurePolished();
+    return {style()->pixelMetric(QStyle::PM_TabCloseIndicatorWidth, nullptr, this),
+            style()->pixelMetric(QStyle::PM_TabCloseIndicatorHeight, nullptr, this)};
+  }
+  static QTabBar::ButtonPosition side(const QTabBar& bar) {
+    return QTabBar::ButtonPosition(bar.style()->styleHint(QStyle::SH_TabBar_CloseButtonPosition, nullptr, &bar));
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QStyleOption option;
+    option.initFrom(this);
+    option.state |= QStyle::State_AutoRaise;
+    if (underMouse() && !isDown()) option.state |= QStyle::State_Raised;
+    if (isDown()) option.state |= QStyle::State_Sunken;
+    if (bar_->tabButton(bar_->currentIndex(), side(*bar_)) == this) option.state |= QStyle::State_Selected;
+    QPainter painter(this);
+    style()->drawPrimitive(QStyle::PE_IndicatorTabClose, &option, &painter, this);
+  }
+
+ private:
+  QTabBar* bar_;
+};
 
 }   // namespace
 
@@ -20,7 +60,6 @@ DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
   setObjectName(QStringLiteral("documentTabs"));
   setAccessibleName(tr("Open documents"));
   setDocumentMode(true);
-  setTabsClosable(true);
   setMovable(true);
   setExpanding(false);
   setUsesScrollButtons(true);
@@ -28,9 +67,6 @@ DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
   setFocusPolicy(Qt::NoFocus);   // keys belong to the text; Ctrl+Tab changes tabs
   connect(this, &QTabBar::currentChanged, this, [this](int tab) {
     if (QObject* entry = entryAt(tab)) emit chosen(entry);
-  });
-  connect(this, &QTabBar::tabCloseRequested, this, [this](int tab) {
-    if (QObject* entry = entryAt(tab)) emit closeWanted(entry);
   });
 }
 
@@ -42,10 +78,34 @@ DocumentTabs::Named DocumentTabs::namesOf(const QObject* entry) {
   return {late->path, late->title, late->isModified() ? caption + u'*' : caption};
 }
 
+void DocumentTabs::makeClosable(int tab) {
+  const ButtonPosition side = CloseButton::side(*this);
+  if (tab < 0 || tabButton(tab, side)) return;
+  auto* button = new CloseButton(this);
+  setTabButton(tab, side, button);
+  connect(button, &QAbstractButton::clicked, this, [this, button, side] {
+    for (int i = 0; i < count(); ++i)
+      if (tabButton(i, side) == button) return emit closeWanted(entryAt(i));
+  });
+}
+
+// The tab of a late document gets its button under the mouse: with each button the bar lays out all tabs.
+bool DocumentTabs::event(QEvent* event) {
+  if (event->type() == QEvent::HoverMove || event->type() == QEvent::HoverEnter)
+    makeClosable(tabAt(static_cast<QHoverEvent*>(event)->position().toPoint()));
+  return QTabBar::event(event);
+}
+
+void DocumentTabs::changeEvent(QEvent* event) {
+  sizes_.clear();
+  QTabBar::changeEvent(event);
+}
+
 void DocumentTabs::add(frmDocument* document) {
   const QSignalBlocker quiet(this);
   const int tab = addTab(QString());
   setTabData(tab, QVariant::fromValue<QObject*>(document));
+  makeClosable(tab);
   showCaption(document, tab);
   connect(document, &frmDocument::captionChanged, this, [this, document] { showCaption(document, tabOf(document)); });
 }
@@ -53,13 +113,15 @@ void DocumentTabs::add(frmDocument* document) {
 void DocumentTabs::add(const QList<LateDocument*>& late) {
   const QSignalBlocker quiet(this);
   const bool shown = !isHidden();
-  hide();   // a bar that is shown is laid out anew with each tab
+  hide();
+  const int first = count();
+  fills_ = true;   // the bar measures all tabs with each one that comes
   for (LateDocument* one : late) {
     one->setParent(this);
-    const int tab = addTab(QString());
-    setTabData(tab, QVariant::fromValue<QObject*>(one));
-    showCaption(one, tab);
+    setTabData(addTab(QString()), QVariant::fromValue<QObject*>(one));
   }
+  fills_ = false;
+  for (int tab = first; tab < count(); ++tab) showCaption(entryAt(tab), tab);
   setVisible(shown);
 }
 
@@ -189,8 +251,18 @@ void DocumentTabs::contextMenuEvent(QContextMenuEvent* event) {
   if (QObject* entry = entryAt(tabAt(event->pos()))) emit menuWanted(entry, event->globalPos());
 }
 
+// Of a late document, which has no picture and no button yet, it is measured once for each name.
 QSize DocumentTabs::tabSizeHint(int tab) const {
-  const QSize size = QTabBar::tabSizeHint(tab);
+  if (fills_) return {1, 1};
+  const bool hasButton = tabButton(tab, CloseButton::side(*this));
+  QSize size = hasButton ? QSize() : sizes_.value(tabText(tab));
+  if (!size.isValid()) {
+    size = QTabBar::tabSizeHint(tab);
+    if (!hasButton) {
+      size.rwidth() += style()->pixelMetric(QStyle::PM_TabCloseIndicatorWidth, nullptr, this) + kBesideButton;
+      sizes_.insert(tabText(tab), size);
+    }
+  }
   return {std::min(size.width(), fontMetrics().averageCharWidth() * kWidest), size.height()};
 }
 

@@ -42,6 +42,8 @@ class DocumentTabs : public QTabBar {
   void newWanted();   // double click beside the tabs
 
  protected:
+  bool event(QEvent* event) override;
+  void changeEvent(QEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
@@ -50,9 +52,12 @@ class DocumentTabs : public QTabBar {
   QSize minimumTabSizeHint(int tab) const override;
 
  private:
+  void makeClosable(int tab);
   void showCaption(QObject* entry, int tab);
   void showNames(const QString& title);       // of all with this title
   QHash<const QObject*, QString> titles_;     // as shown
   QHash<QString, QList<QObject*>> byTitle_;   // the same the other way round
+  mutable QHash<QString, QSize> sizes_;       // of tabs without a button, by their text
+  bool fills_ = false;
   int pressed_ = -1;
 };

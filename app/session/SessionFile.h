@@ -61,7 +61,7 @@ struct SessionState {
 
 class SessionFile {
  public:
-  static constexpr std::size_t kMostDocuments = 10'000, kMostBytes = 16 << 20;
+  static constexpr std::size_t kMostDocuments = 2'000, kMostBytes = 16 << 20;
   enum class Parsed { good, damaged, later };   // later: written by a later version of the program
 
   explicit SessionFile(std::string path) : path_(std::move(path)) {}

@@ -1,6 +1,7 @@
 // The session: its file, and what comes back at the next start.
 #include "app/session/Session.h"
 
+#include <atomic>
 #include <random>
 
 #include <QComboBox>
@@ -14,6 +15,7 @@
 #include "app/frame/DocumentTabs.h"
 #include "app/frame/LateDocument.h"
 #include "bridge/FileNames.h"
+#include "bridge/LongWork.h"
 #include "bridge/QStringBytes.h"
 #include "control/find/UsersSearch.h"
 #include "control/view/PaneGrid.h"
@@ -295,6 +297,30 @@ TEST_F(SessionFrame, ADocumentIsLookedAtWhenItIsShown) {
   EXPECT_EQ(shown(), "");
   startAgain();
   EXPECT_EQ(shown(), "");
+}
+
+TEST_F(SessionFrame, ADiskThatHangsDelaysNobody) {
+  begin();
+  open("hangs.v");
+  end();
+  testing_files::FaultyFileSystem files;
+  const testing_files::UseFileSystem use(files);
+  std::atomic<bool> hangs{true};
+  files.before([&](const auto& call) {
+    while (hangs && call.path.ends_with("/hangs.v")) QThread::msleep(1);
+  });
+  QTimer cancel;
+  QObject::connect(&cancel, &QTimer::timeout, &cancel, [] { LongWork::cancelRunning(); });
+  cancel.start(50);
+  startAgain();
+  EXPECT_EQ(shown(), "(hangs.v)");
+  main->LoadNewDoc();   // and it can be worked in
+  EXPECT_EQ(shown(), "(hangs.v) Untitled 1");
+  hangs = false;
+  wait(50);
+  cancel.stop();
+  main->nextWindow(1);
+  EXPECT_EQ(shown(), "hangs.v Untitled 1");
 }
 
 // J4: a start without the session leaves its journals alone. A session whose journal is not there says so.
