@@ -94,12 +94,29 @@ void LineMaps::onChange(const Change& change, const Snapshot& now) noexcept {
   } catch (const std::bad_alloc&) { entries_.clear(); }
 }
 
+// An edit within one line, as typing makes. What settled before it stays so.
+void LineMaps::moveWithin(Entry& e, const Change::Span& span, ByteOffset start) {
+  const auto touched = std::partition_point(e.stretches.begin(), e.stretches.end(), [&](const LineStretch& s) {
+    return e.start + (s.begin + s.bytes + segmentAhead) <= span.oldBegin;
+  });
+  const auto behind =
+      std::partition_point(touched, e.stretches.end(), [&](const LineStretch& s) { return e.start + s.begin < span.oldEnd(); });
+  const std::int64_t moved = (span.end() - span.oldEnd()) + (e.start - start);
+  for (auto s = behind; s != e.stretches.end(); ++s) s->begin += moved;
+  e.settled = std::min(e.settled, static_cast<std::size_t>(touched - e.stretches.begin()));
+  e.stretches.erase(touched, behind);
+  e.start = start;
+}
+
 void LineMaps::move(const Change& change, const Snapshot& now) {
   std::vector<Entry> old;
+  const bool within = change.spans.size() == 1 && change.spans[0].linesRemoved == 0 && change.spans[0].linesInserted == 0;
   for (Entry& e : entries_) {
     if (!change.touching(e.line)) {
       e.line += change.linesGrownAbove(e.line);
       e.start = now.lineStart(e.line);
+    } else if (within) {
+      moveWithin(e, change.spans[0], now.lineStart(e.line));
     } else {
       old.push_back(std::exchange(e, Entry{}));
       e.tabSize = 0;

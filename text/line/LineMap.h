@@ -56,6 +56,7 @@ class LineMaps {
   };
   Entry& entryOf(LineNo line, ByteOffset start, int tabSize);
   void move(const Change& change, const Snapshot& now);
+  static void moveWithin(Entry& entry, const Change::Span& span, ByteOffset start);
 
   const Widths* widths_ = nullptr;
   std::vector<Entry> entries_;   // last used last
