@@ -228,6 +228,7 @@ void CompareWindow::saveAll() {
 void CompareWindow::closeEvent(QCloseEvent* event) {
   if (mayClose && !mayClose()) return event->ignore();
   event->accept();
+  view_->disconnect(this);   // what still goes on would show itself in a window that outlives its frame
   emit closed();
 }
 

@@ -1,8 +1,13 @@
 #include "app/compare/FolderCompare.h"
 
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+
 #include "app/compare/CompareFrame.h"
 #include "app/find/FindFrame.h"
 #include "app/find/ResultList.h"
+#include "app/frame/FrameMenus.h"
 #include "app/frame/frmMain.h"
 #include "base/Counted.h"
 #include "base/Program.h"
@@ -52,8 +57,29 @@ FolderCompare& FolderCompare::of(frmMain& frame) {
 }
 
 FolderCompare::FolderCompare(frmMain& frame) : QObject(&frame), frame_(frame) {
-  connect(&FindFrame::of(frame), &FindFrame::pairAsked, this,
-          [this](const QString& left, const QString& right) { CompareFrame::of(frame_).compareFiles(left, right); });
+  connect(&FindFrame::of(frame), &FindFrame::pairAsked, this, &FolderCompare::show);
+}
+
+// The window can go on through the list, so that a tree is looked through by one key.
+void FolderCompare::show(const QString& left, const QString& right) {
+  const QPointer<CompareWindow> before = shown_;
+  shown_ = CompareFrame::of(frame_).compareFiles(left, right);
+  if (!shown_) {
+    shown_ = before;
+    return;
+  }
+  QMenu* const menu = shown_->menuBar()->actions().last()->menu();
+  menu->addSeparator();
+  for (const auto& [name, caption] : {std::pair(u"mnuViewNextMessage"_s, tr("Ne&xt Pair of Files")),
+                                      std::pair(u"mnuViewPreviousMessage"_s, tr("Pre&vious Pair of Files"))}) {
+    QAction* const original = frame_.menus().action(name);
+    QAction* const action = menu->addAction(caption);
+    action->setShortcuts(original->shortcuts());
+    connect(action, &QAction::triggered, original, &QAction::trigger);
+  }
+  if (!before || before == shown_) return;
+  shown_->setGeometry(before->geometry());
+  before->close();
 }
 
 void FolderCompare::open() {

@@ -3,9 +3,11 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 
 #include "app/compare/frmCompareFolders.h"
 
+class CompareWindow;
 class frmMain;
 
 class FolderCompare : public QObject {
@@ -18,6 +20,8 @@ class FolderCompare : public QObject {
 
  private:
   explicit FolderCompare(frmMain& frame);
+  void show(const QString& left, const QString& right);
   frmMain& frame_;
   frmCompareFolders::Choice last_;
+  QPointer<CompareWindow> shown_;   // the pair that was opened last: the next one takes its place
 };

@@ -307,6 +307,7 @@ bool ResultList::show(LineNo line, int direction) {
   target->cmx->release();
   target->cmx->ExecuteCmd(Cmd::WINDOWSCROLLTOCENTER);
   target->cmx->setFocus();
+  if (!target->isActiveWindow()) target->activateWindow();   // the key came from a window that compares
   shown_ = Shown{target, line, match};
   return true;
 }

@@ -52,7 +52,14 @@ TEST_F(FolderCompareTest, TheListOpensPairs) {
   ASSERT_NE(compared.current(), nullptr);
   EXPECT_EQ(compared.current()->document(compare::kLeft)->CurrentFileName(), path("one/a.v"));
   EXPECT_EQ(compared.current()->document(compare::kRight)->CurrentFileName(), path("two/a.v"));
+  const QPointer<CompareWindow> first = compared.current();
   trigger("mnuViewNextMessage");
+  EXPECT_EQ(main->activeDocument()->CurrentFileName(), path("two/new.v"));
+  trigger("mnuViewPreviousMessage");   // one window goes through the list, also by its own menu
+  EXPECT_NE(compared.current(), first);
+  EXPECT_FALSE(first && first->isVisible());
+  for (QAction* action : compared.current()->findChildren<QAction*>())
+    if (action->shortcut() == QKeySequence(Qt::Key_F8)) action->trigger();
   EXPECT_EQ(main->activeDocument()->CurrentFileName(), path("two/new.v"));
   trigger("mnuViewNextMessage");
   EXPECT_EQ(main->activeDocument()->CurrentFileName(), path("one/old.v"));
