@@ -3,32 +3,12 @@
 #include <algorithm>
 
 #include "text/diff/LineDiff.h"
+#include "text/store/CommonEnds.h"
 
 namespace text {
 namespace {
 
 constexpr std::int64_t kComparedByLines = 16 << 20;
-
-// The common bytes at the beginning, and those at the end that do not overlap them.
-std::pair<std::int64_t, std::int64_t> commonEnds(const Snapshot& a, const Snapshot& b) {
-  const std::int64_t aSize = a.size().value, bSize = b.size().value, shorter = std::min(aSize, bSize);
-  std::int64_t head = 0, tail = 0;
-  while (head < shorter) {
-    const std::string_view x = a.chunkAt(ByteOffset(head)), y = b.chunkAt(ByteOffset(head));
-    const std::size_t run = std::min({x.size(), y.size(), std::size_t(shorter - head)});
-    const auto same = std::mismatch(x.begin(), x.begin() + std::ptrdiff_t(run), y.begin()).first - x.begin();
-    head += same;
-    if (same != std::ptrdiff_t(run)) break;
-  }
-  while (tail < shorter - head) {
-    const std::string_view x = a.chunkBefore(ByteOffset(aSize - tail)), y = b.chunkBefore(ByteOffset(bSize - tail));
-    const std::size_t run = std::min({x.size(), y.size(), std::size_t(shorter - head - tail)});
-    const auto same = std::mismatch(x.rbegin(), x.rbegin() + std::ptrdiff_t(run), y.rbegin()).first - x.rbegin();
-    tail += same;
-    if (same != std::ptrdiff_t(run)) break;
-  }
-  return {head, tail};
-}
 
 // The start of line `line`; that behind the last line is the end of the text.
 std::int64_t startOf(const Snapshot& text, LineNo line) {

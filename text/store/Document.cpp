@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "text/store/AddBuffer.h"
+#include "text/store/CommonEnds.h"
 #include "text/store/Delta.h"
 #include "text/store/History.h"
 #include "text/store/Marks.h"
@@ -15,33 +16,6 @@
 namespace text {
 
 using namespace engine;
-
-namespace {
-
-// Number of bytes that both texts share at the begin, and then at the end. Zero if their lines end differently, because then no
-// line is the same.
-std::pair<std::int64_t, std::int64_t> commonEnds(const Tree& a, const Tree& b) {
-  if (a.breakByte() != b.breakByte() && a.breaks() + b.breaks() > 0) return {0, 0};
-  const auto most = std::min(a.bytes(), b.bytes());
-  std::int64_t head = 0, tail = 0;
-  while (head < most) {
-    const auto x = a.runFrom(head), y = b.runFrom(head);
-    const auto length = std::min({x.size(), y.size(), static_cast<std::size_t>(most - head)});
-    const auto same = std::mismatch(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(length), y.begin()).first - x.begin();
-    head += same;
-    if (static_cast<std::size_t>(same) < length) break;
-  }
-  while (tail < most - head) {
-    const auto x = a.runBefore(a.bytes() - tail), y = b.runBefore(b.bytes() - tail);
-    const auto length = std::min({x.size(), y.size(), static_cast<std::size_t>(most - head - tail)});
-    const auto same = std::mismatch(x.rbegin(), x.rbegin() + static_cast<std::ptrdiff_t>(length), y.rbegin()).first - x.rbegin();
-    tail += same;
-    if (static_cast<std::size_t>(same) < length) break;
-  }
-  return {head, tail};
-}
-
-}   // namespace
 
 struct Document::Impl {
   Snapshot now;
@@ -204,7 +178,7 @@ bool Document::exchange(const Snapshot& text, const SelectionState& before) {
   auto& d = *impl_;
   if (!d.mayChange()) return false;
   const auto old = d.tree();
-  const auto [head, tail] = commonEnds(*old, *text.tree_);
+  const auto [head, tail] = commonEnds(d.now, text);
   DeltaItem item{head, text.tree_->bytes() - head - tail, old->bytes() - head - tail, {}};
   if (item.length == 0 && item.otherLength == 0) return true;
   Delta delta;
