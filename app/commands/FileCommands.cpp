@@ -45,6 +45,7 @@ std::span<const FrameCommand> fileCommands() {
       {.name = "mnuFileSessionClose", .menu = "mnuFileSessions", .place = 120,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Close"),
        .tip = QT_TRANSLATE_NOOP("frmMain", "Close the documents of the named session; it stays saved"),
+       .needs = kOthers,
        .run = [](frmMain& f) { Session::of(f).close(); }},
       {.name = "mnuFileSessionDelete", .menu = "mnuFileSessions", .place = 130,
        .caption = QT_TRANSLATE_NOOP("frmMain", "&Delete"), .isMenu = true,

@@ -65,6 +65,7 @@ DocumentTabs::DocumentTabs(QWidget* parent) : QTabBar(parent) {
   setUsesScrollButtons(true);
   setElideMode(Qt::ElideMiddle);
   setFocusPolicy(Qt::NoFocus);   // keys belong to the text; Ctrl+Tab changes tabs
+  setAttribute(Qt::WA_Hover);
   connect(this, &QTabBar::currentChanged, this, [this](int tab) {
     if (QObject* entry = entryAt(tab)) emit chosen(entry);
   });

@@ -1,5 +1,6 @@
 #include "app/session/Session.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -11,6 +12,7 @@
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
 #include "app/frame/DocumentTabs.h"
+#include "app/frame/FrameMenus.h"
 #include "app/frame/LateDocument.h"
 #include "app/frame/frmMain.h"
 #include "app/session/KeptWindows.h"
@@ -141,7 +143,10 @@ void Session::setKeepsUnsaved(bool on) {
   applyKeeping();
 }
 
-void Session::applyKeeping() { frame_.keepsUnsaved = file_ && keepsUnsaved(); }
+void Session::applyKeeping() {
+  frame_.keepsUnsaved = file_ && keepsUnsaved();
+  if (QAction* action = frame_.menus().action(QStringLiteral("mnuFileSessionClose"))) action->setEnabled(!name_.isEmpty());
+}
 
 // ---- beginning
 

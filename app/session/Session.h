@@ -69,8 +69,8 @@ class Session : public QObject {
   bool take(const std::shared_ptr<SessionFile>& file, const QString& name);
   void apply(const SessionState& state);
   void showAnother();
-  bool leave();   // closes all documents. False: the user wants to stay
-  void applyKeeping();
+  bool leave();          // closes all documents. False: the user wants to stay
+  void applyKeeping();   // after the file in force or a setting has changed
   void rememberName();   // so that the next start goes on with this session
   frmDocument* openLate(Late& late);
   frmDocument* openText(const KeptDocument& kept, const text::RecoveredText& text);
