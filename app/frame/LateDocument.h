@@ -14,9 +14,10 @@ class LateDocument : public QObject {
  public:
   LateDocument(QString path, QString title) : path(std::move(path)), title(std::move(title)) {}
 
-  QString path;    // whole; empty: no file
-  QString title;   // in the tab
-  QRect place;     // of its window when it is neither maximised nor minimised; empty: not known
+  QString path;          // whole; empty: no file
+  QString title;         // in the tab
+  QRect place;           // of its window when it is neither maximised nor minimised; empty: not known
+  bool isGone = false;   // its file was not there when it was to be opened last
   virtual bool isModified() const { return false; }
   // Opens it in the frame, which gives the document the place of this tab. Null: it could not be opened, and the user has been told.
   virtual frmDocument* open(frmMain& frame) = 0;

@@ -109,8 +109,12 @@ void frmMain::showTabFrom(int tab) {
   QList<QPointer<QObject>> order;
   for (int i = tab; i < tabs_->count(); ++i) order << tabs_->entryAt(i);
   for (int i = std::min(tab, tabs_->count()) - 1; i >= 0; --i) order << tabs_->entryAt(i);
-  for (const auto& entry : order)
+  // Only what is gone is passed over: about another failure the user has been told.
+  for (const auto& entry : order) {
     if (!entry || showEntry(entry)) return;
+    const auto* late = qobject_cast<const LateDocument*>(entry);
+    if (!late || !late->isGone) return;
+  }
 }
 
 void frmMain::followRenamed(const QString& from, const QString& to) {

@@ -253,6 +253,7 @@ frmDocument* Session::openLate(Late& late) {
       cancelled_ = true;
       return nullptr;
     }
+    if (alive) alive->isGone = *missing;
     if (*missing) {
       if (gone_.isEmpty()) QTimer::singleShot(kGoneMs, this, &Session::tellGone);
       if (!gone_.contains(toQString(kept.path))) gone_ << toQString(kept.path);

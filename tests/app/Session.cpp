@@ -293,6 +293,14 @@ TEST_F(SessionFrame, ADocumentIsLookedAtWhenItIsShown) {
   wait(200);
   EXPECT_NE(main->log()->cmx->Text().indexOf(q("gone.v is not there any more")), -1);
   EXPECT_TRUE(boxes.boxes.empty());
+  tabs().documentAt(3)->parentWidget()->close();
+  tabs().documentAt(1)->parentWidget()->close();
+  tabs().documentAt(0)->parentWidget()->close();   // nothing is left that could be shown
+  wait(20);
+  EXPECT_EQ(shown(), "(gone.v)");
+  write("gone.v");
+  main->nextWindow(1);
+  EXPECT_EQ(shown(), "gone.v");
   main->mnuFileCloseAll_Click();
   EXPECT_EQ(shown(), "");
   startAgain();
