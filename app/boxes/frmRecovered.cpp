@@ -26,9 +26,12 @@
 #include "bridge/LongWork.h"
 #include "change/compare/frmCompare.h"
 #include "control/CodeMax.h"
+#include "document/CMXRegistry.h"
 #include "document/FileErrors.h"
+#include "document/Languages.h"
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
+#include "language/ucCM.h"
 
 namespace {
 
@@ -414,13 +417,18 @@ void frmRecovered::Compare() {
   if (named && !LongWork::runOrLeave(*this, load, tr("Reading %1").arg(plainForDisplay(titleOf(entries_[std::size_t(at)]), 80))))
     return;
   CodeMax onDisk;
+  CMXRegistry::applyTo(onDisk);
   onDisk.model()->document().reset(disk->text);   // empty when there is no file
   frmCompare compare(onDisk, this);
   compare.after().model()->document().reset(found.text);
+  const int language = languageOfFile(toQString(found.about.path), compare.after());
+  if (named && language > 0)
+    for (const auto side : {compare::kLeft, compare::kRight})
+      compare.view().text(side).setLanguage(languages().Languages()->Item(language)->Name);
   compare.markChanges();
-  QString before = named ? tr("File on disk") : tr("No file: the text had no name yet");
+  QString before = named ? tr("File on disk (read only)") : tr("No file: the text had no name yet");
   if (!disk->error.empty()) before = tr("File on disk: %1").arg(plainForDisplay(toQString(disk->error)));
-  compare.showOnly(before, tr("Recovered"));
+  compare.showOnly(before, tr("Recovered (read only)"));
   const ModalGuard guard;
   compare.exec();
 }

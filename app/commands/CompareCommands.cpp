@@ -71,7 +71,7 @@ std::span<const FrameCommand> compareCommands() {
       {.name = "mCompareSwap", .menu = "mToolsCompare", .place = 400, .caption = QT_TRANSLATE_NOOP("frmMain", "&Swap Sides"),
        .needs = kOthers, .run = [](frmMain& f) { CompareFrame::of(f).swapSides(); }},
       {.name = "mCompareRefresh", .menu = "mToolsCompare", .place = 410, .caption = QT_TRANSLATE_NOOP("frmMain", "R&efresh"),
-       .tip = QT_TRANSLATE_NOOP("frmMain", "Compare again"), .needs = kOthers,
+       .tip = QT_TRANSLATE_NOOP("frmMain", "Read again what is no open document, and compare again"), .needs = kOthers,
        .run = [](frmMain& f) { CompareFrame::of(f).refresh(); }},
   };
   // clang-format on

@@ -68,9 +68,14 @@ CompareWindow* CompareFrame::compare(const CompareSource& left, const CompareSou
   return window;
 }
 
+frmDocument* CompareFrame::opened(const QString& path) {
+  frmDocument* open = documentOn(frame_, fullPath(path));
+  return open ? open : frame_.openFile(path);
+}
+
 CompareWindow* CompareFrame::compareFiles(const QString& left, const QString& right) {
-  QPointer<frmDocument> one = frame_.openFile(left);
-  frmDocument* two = one ? frame_.openFile(right) : nullptr;
+  const QPointer<frmDocument> one = opened(left);
+  frmDocument* two = one ? opened(right) : nullptr;
   return one && two ? compare(sourceOf(one), sourceOf(two)) : nullptr;
 }
 
@@ -81,7 +86,7 @@ void CompareFrame::withFile() {
   const QStringList names =
       frmRegistry::instance().stdOpenFile(tr("Compare With"), languages().GetFilterList(), entry, currentFolder(), {});
   if (names.isEmpty() || !document) return;
-  frmDocument* other = frame_.openFile(names.first());
+  frmDocument* other = opened(names.first());
   if (other && document) compare(sourceOf(document), sourceOf(other));
 }
 
@@ -89,17 +94,23 @@ void CompareFrame::withText(const QString& whence, const Load& load) {
   const QPointer<frmDocument> document = frame_.activeDocument();
   if (!document || !document->DocumentHasName()) return;
   const QString path = document->CurrentFileName();
-  const auto loaded = std::make_shared<text::LoadedFile>();
-  const auto work = [loaded, load, file = fromQString(path), format = document->cmx->fileFormat()](text::SearchControl& control) {
-    *loaded = load(file, format, control);
+  const auto read = [this, path, load, format = document->cmx->fileFormat()]() -> std::optional<text::LoadedFile> {
+    const auto found = std::make_shared<text::LoadedFile>();
+    const auto work = [found, load, file = fromQString(path), format](text::SearchControl& control) {
+      *found = load(file, format, control);
+    };
+    if (!LongWork::runOrLeave(frame_, work, tr("Reading %1").arg(plainForDisplay(path, 80)))) return std::nullopt;
+    return std::move(*found);
   };
-  if (!LongWork::runOrLeave(frame_, work, tr("Reading %1").arg(plainForDisplay(path, 80))) || !document) return;
+  const std::optional<text::LoadedFile> loaded = read();
+  if (!loaded || !document) return;
   if (!loaded->error.empty()) return tellOpenError(path, toQString(loaded->error));
   CompareSource there;
   there.text = loaded->text;
   there.format = loaded->format;
   there.name = whence + QStringLiteral(": ") + nameForDisplay(document->CurrentFileTitle());
   there.language = document->cmx->Language();
+  there.again = read;
   compare(there, sourceOf(document));
 }
 
@@ -174,7 +185,7 @@ void CompareFrame::swapSides() {
 }
 
 void CompareFrame::refresh() {
-  if (current_) current_->view().comparison().refresh();
+  if (current_) current_->refresh();
 }
 
 void CompareFrame::enableActions() {

@@ -41,6 +41,7 @@ class CompareFrame : public QObject {
   using Load =
       std::function<text::LoadedFile(const std::string& path, const text::FileFormat& format, text::SearchControl& control)>;
   void withText(const QString& whence, const Load& load);
+  frmDocument* opened(const QString& path);
   void enableActions();
   void documentClosed(const frmDocument* document);
 

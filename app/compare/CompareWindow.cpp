@@ -16,8 +16,11 @@
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
 #include "bridge/FileNames.h"
+#include "bridge/QStringBytes.h"
 #include "control/keys/KeyMap.h"
+#include "control/options/ControlOptions.h"
 #include "document/CMXRegistry.h"
+#include "document/FileErrors.h"
 #include "document/frmDocument.h"
 
 using compare::kLeft;
@@ -49,8 +52,45 @@ CompareWindow::CompareWindow(frmMain& frame, const CompareSource& left, const Co
     if (source.document) connect(source.document, &frmDocument::captionChanged, this, &CompareWindow::showNames);
   resize(frame.size().expandedTo({900, 500}));
   view_->activate(kLeft);
+  for (const Side side : {kLeft, kRight})
+    connect(&view_->text(side), &CodeMax::PropsChange, this, [this, text = &view_->text(side)] { storeOptions(*text); });
   showNames();
   showState();
+}
+
+void CompareWindow::useOptions() {
+  const auto use = [](CodeMax& text) {
+    CMXRegistry::applyTo(text);
+    text.setHSplitter(false);   // both sides scroll together
+    text.setVSplitter(false);
+  };
+  for (const Side side : {kLeft, kRight}) use(view_->text(side));
+  if (merge_) use(merge_->result());
+}
+
+void CompareWindow::storeOptions(const CodeMax& of) {
+  CodeMax all(this);   // the options that this window does not have stay
+  all.hide();
+  CMXRegistry::applyTo(all);
+  const bool across = all.HSplitter(), down = all.VSplitter();
+  ControlOptions::of(of).applyTo(all);
+  all.setHSplitter(across);
+  all.setVSplitter(down);
+  CMXRegistry::storeOptions(all);
+  for (frmDocument* document : frame_.documents()) CMXRegistry::applyTo(*document->cmx);
+  useOptions();
+}
+
+void CompareWindow::refresh() {
+  const QPointer<CompareWindow> alive = this;
+  for (const Side side : {kLeft, kRight}) {
+    if (!alive || !sources_[side].again) continue;
+    const std::optional<text::LoadedFile> now = sources_[side].again();
+    if (!alive || !now) return;
+    if (!now->error.empty()) return tellOpenError(sources_[side].name, toQString(now->error));
+    view_->text(side).model()->replaceAll(now->text, now->format);
+  }
+  view_->comparison().refresh();
 }
 
 CompareWindow::~CompareWindow() { view_->disconnect(this); }
@@ -84,7 +124,7 @@ void CompareWindow::merge(frmDocument* result, const std::vector<text::MergeRegi
   auto* splitter = new QSplitter(Qt::Vertical, this);
   takeCentralWidget();
   splitter->addWidget(view_);
-  merge_ = new MergeView(makeText({result, {}, {}, {}, {}}), view_->text(kLeft).model()->snapshot(),
+  merge_ = new MergeView(makeText({result, {}, {}, {}, {}, {}}), view_->text(kLeft).model()->snapshot(),
                          view_->text(kRight).model()->snapshot(), regions, merged);
   splitter->addWidget(merge_);
   splitter->setChildrenCollapsible(false);
@@ -236,6 +276,7 @@ void CompareWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() != QEvent::ActivationChange || !isActiveWindow()) return;
   emit activated();
+  useOptions();
   // Others may have changed the files meanwhile.
   QTimer::singleShot(0, this, [this] {
     for (const Side side : {kLeft, kRight})

@@ -8,7 +8,7 @@
 
 #include "change/compare/CompareView.h"
 #include "change/compare/MergeView.h"
-#include "text/file/Encoding.h"
+#include "text/file/FileIo.h"
 
 struct FrameCommand;
 class QLabel;
@@ -21,6 +21,7 @@ struct CompareSource {
   text::Snapshot text;
   text::FileFormat format;
   QString name, language;
+  std::function<std::optional<text::LoadedFile>()> again;   // reads such a text again; null: it does not change. None: cancelled
 };
 
 class CompareWindow : public QMainWindow {
@@ -33,6 +34,7 @@ class CompareWindow : public QMainWindow {
   frmDocument* document(compare::Side side) const;   // null: the side is only looked at
   bool shows(const frmDocument* document) const;
   void swapSides();
+  void refresh();   // reads again what is no document, and compares again
   // Shows the result of merging the two texts below them. result: the document that holds merged.text.
   void merge(frmDocument* result, const std::vector<text::MergeRegion>& regions, const text::MergedText& merged);
   void save();   // the document of the active side, or the result of merging
@@ -50,6 +52,8 @@ class CompareWindow : public QMainWindow {
 
  private:
   CodeMax* makeText(const CompareSource& source);
+  void useOptions();                      // those of the program, which may have changed
+  void storeOptions(const CodeMax& of);   // the user has changed them in this window
   void makeMenus();
   QAction* mirror(const FrameCommand& row);   // the frame's command, for this window
   void showNames();

@@ -47,8 +47,16 @@ CompareView::CompareView(CodeMax* left, CodeMax* right, QWidget* parent)
   }
   arrange();
   connect(comparison_, &Comparison::changed, this, [this] {
-    repaint();
-    emit stateChanged();
+    formatsKnown_ = formatsKnown_ && !comparison_->compared();
+    if (std::exchange(updatePosted_, true)) return;   // once for all changes that a command makes
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+          updatePosted_ = false;
+          repaint();
+          emit stateChanged();
+        },
+        Qt::QueuedConnection);
   });
   connect(strip_, &CompareStrip::chosen, this, &CompareView::showDifference);
   connect(strip_, &CompareStrip::takeOverAsked, this, [this](int difference, Side from) { takeOver(from, difference); });
@@ -117,7 +125,6 @@ void CompareView::repaint() {
     CodeMax* text = texts_[side];
     text->setLineBacks([this, text](LineNo line) { return backOf(sideOf(text), line); });
   }
-  formats_ = formats();
   strip_->setWritable(!texts_[kLeft]->ReadOnly(), !texts_[kRight]->ReadOnly());
   strip_->setCurrent(current());
   overview_->differencesChanged();
@@ -265,5 +272,6 @@ QString CompareView::summary() const {
     text = comparison_->equal() == Comparison::Equal::underRules ? tr("The texts are equal but for what is ignored")
                                                                  : tr("The texts are equal");
   }
+  if (!std::exchange(formatsKnown_, true)) formats_ = formats();
   return text + formats_;
 }

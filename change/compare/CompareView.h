@@ -68,5 +68,7 @@ class CompareView : public QWidget {
   QGridLayout* grid_;
   compare::Side active_ = compare::kLeft;
   bool syncing_ = false;
-  QString formats_;   // how line ends and encodings differ
+  bool updatePosted_ = false;
+  mutable bool formatsKnown_ = false;
+  mutable QString formats_;   // how line ends and encodings differ
 };

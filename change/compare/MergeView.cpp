@@ -112,6 +112,7 @@ bool MergeView::step(int direction) {
   }
   const std::int64_t at = begins(next);
   result_->SetSel({at, 0, at, 0, false});
+  result_->ExecuteCmd(Cmd::WINDOWSCROLLTOCENTER);
   result_->setFocus();
   emit shown(next->region);
   return true;

@@ -17,6 +17,7 @@ CodeMax* copyOf(const CodeMax& original) {
   copy->setEnableCRLF(original.EnableCRLF());
   copy->setTabSize(original.TabSize());
   copy->setFontOf(original.Font());
+  for (int slot = 0; slot < kColorSlots; ++slot) copy->SetColor(slot, original.GetColor(slot));
   copy->setLanguage(original.Language());
   copy->setWhiteSpaceDisplay(original.WhiteSpaceDisplay());
   copy->SetSel(original.GetSel(false), false);
