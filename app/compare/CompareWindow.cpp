@@ -193,7 +193,7 @@ void CompareWindow::makeMenus() {
     }
   };
   fill(menuBar()->addMenu(tr("&Edit")), "mEdit", true);
-  fill(menuBar()->addMenu(tr("Co&mpare")), kMenu, false);
+  fill(menuBar()->addMenu(tr("&Compare")), kMenu, false);
 }
 
 void CompareWindow::showNames() {
