@@ -31,7 +31,7 @@ CompareFrame::CompareFrame(frmMain& frame) : QObject(&frame), frame_(frame) {
 }
 
 CompareFrame::~CompareFrame() {
-  for (const QPointer<CompareWindow>& window : std::as_const(windows_)) {
+  for (const QPointer<CompareWindow>& window : windows_ + closed_) {
     if (!window) continue;
     window->disconnect(this);
     delete window;
@@ -47,6 +47,7 @@ CompareSource CompareFrame::sourceOf(frmDocument* document) {
 CompareWindow* CompareFrame::compare(const CompareSource& left, const CompareSource& right) {
   auto* window = new CompareWindow(frame_, left, right);
   windows_.removeAll(nullptr);
+  closed_.removeAll(nullptr);
   windows_ << window;
   window->view().comparison().setIgnored(ignore_);
   connect(window, &CompareWindow::activated, this, [this, window] {
@@ -58,6 +59,7 @@ CompareWindow* CompareFrame::compare(const CompareSource& left, const CompareSou
   });
   connect(window, &CompareWindow::closed, this, [this, window] {
     windows_.removeAll(window);
+    closed_ << window;   // it is deleted when the event loop comes to it, but not after the frame
     if (current_ == window) current_ = windows_.isEmpty() ? nullptr : windows_.last();
     enableActions();
   });

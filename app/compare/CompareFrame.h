@@ -46,7 +46,7 @@ class CompareFrame : public QObject {
   void documentClosed(const frmDocument* document);
 
   frmMain& frame_;
-  QList<QPointer<CompareWindow>> windows_;
+  QList<QPointer<CompareWindow>> windows_, closed_;
   QPointer<CompareWindow> current_;
   Comparison::Ignore ignore_;
 };
