@@ -67,6 +67,7 @@ void frmCompare::showState() {
   if (met_ || !isVisible() || !compared || view_->count() == 0) return;
   met_ = true;
   view_->showDifference(0);
+  next_->setFocus();
 }
 
 void frmCompare::showOnly(const QString& before, const QString& after) {
@@ -78,6 +79,6 @@ void frmCompare::showOnly(const QString& before, const QString& after) {
 
 void frmCompare::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
-  next_->setFocus();   // in a text field Escape has its own meaning
-  showState();         // the fields have their sizes only now
+  findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Close)->setFocus();   // in a text Escape has its own meaning
+  showState();                                                                   // the fields have their sizes only now
 }

@@ -81,6 +81,7 @@ TEST_F(FormatDialogs, PreviewShowsTheChangeAndCanBeLeft) {
     auto* compare = qobject_cast<frmCompare*>(&up);
     ASSERT_TRUE(compare);
     EXPECT_EQ(compare->after().GetLine(1), u"  x"_s);
+    EXPECT_TRUE(qobject_cast<QPushButton*>(compare->focusWidget())) << "Escape closes it";
   });
   QTest::mouseClick(&in<QPushButton>(dialog, "cmdPreview"), Qt::LeftButton);
   EXPECT_EQ(textOf(*document), before);
