@@ -24,8 +24,6 @@ struct FormatTexts {
   Q_DECLARE_TR_FUNCTIONS(FormatText)
 };
 
-using Lines = LineRange;
-
 // Keeps the user's search settings while a step uses the control's own replace.
 class KeepSearch {
  public:
@@ -69,7 +67,7 @@ void work(CodeMax& cmx, qint64 lines, const std::function<void(text::SearchContr
 // Passes every line through `change` and replaces those that changed. False: more than white space and letter case changed in a
 // line.
 template <class Change>
-bool changeLines(CodeMax& cmx, Lines lines, Change change) {
+bool changeLines(CodeMax& cmx, LineRange lines, Change change) {
   for (qint64 at = lines.first; at < lines.end; at += kChunk) {
     const qint64 end = std::min(lines.end, at + kChunk);
     QStringList fresh;
@@ -169,7 +167,7 @@ std::vector<bool> standingLines(CodeMax& cmx, qint64 end, const clsLang* languag
   return stay;
 }
 
-bool filterLetters(CodeMax& cmx, Lines lines, CaseTarget target, CaseMode mode, const clsLang& language) {
+bool filterLetters(CodeMax& cmx, LineRange lines, CaseTarget target, CaseMode mode, const clsLang& language) {
   const auto highlighter = LanguageTable::find(language.Name);
   if (!highlighter || !highlighter->valid()) return true;
   text::LineState state = 0;
@@ -201,7 +199,7 @@ QString leadingFor(const QString& old, int columns, bool tabs, int tabSize) {
   return tabs ? QString(columns / tabSize, u'\t') + QString(columns % tabSize, u' ') : QString(columns, u' ');
 }
 
-bool reindent(CodeMax& cmx, Lines lines, const FormatChoices& choices, const clsLang& language) {
+bool reindent(CodeMax& cmx, LineRange lines, const FormatChoices& choices, const clsLang& language) {
   const bool wholeLine = choices.wholeLine;
   const int unit = wholeLine && choices.indentTabs ? cmx.TabSize() : choices.indent - 1;   // by tabs: one a level
   // The simple method finds block words in any letter case, the careful one as the language does.
@@ -268,7 +266,7 @@ FormatResult FormatIt(CodeMax& cmx, const clsLang* language, const FormatChoices
     const bool names = target == CaseTarget::mainText;
     return choices.changeCaseAnyway || !caseMatters({.mainCase = names, .keywordCase = !names}, language);
   };
-  const Lines lines = choices.selectionOnly ? selectedLinesOrAll(cmx) : Lines{0, cmx.LineCount()};
+  const LineRange lines = choices.selectionOnly ? selectedLinesOrAll(cmx) : LineRange{0, cmx.LineCount()};
   const text::Snapshot before = cmx.model()->snapshot();
   const StepShown show;
   bool whole = true;

@@ -15,10 +15,8 @@ struct ToolText {
   Q_DECLARE_TR_FUNCTIONS(LineTools)
 };
 
-using Lines = LineRange;
-
 // Excludes the empty line behind the last line end of the text: it is not sorted or compared.
-Lines withoutFinalEmpty(const CodeMax& cmx, Lines lines) {
+LineRange withoutFinalEmpty(const CodeMax& cmx, LineRange lines) {
   if (lines.end == cmx.LineCount() && lines.end - lines.first > 1 && cmx.GetLineLength(lines.end - 1) == 0) --lines.end;
   return lines;
 }
@@ -83,7 +81,7 @@ void sortRows(LineWork& work, const SortOptions& options) {
   std::string_view line;
   for (const Row* row : sorted)
     if (puts.next(&line)) puts.replace(line, row->text);
-  const Lines gone{work.lines().first + static_cast<qint64>(sorted.size()), work.lines().end};
+  const LineRange gone{work.lines().first + static_cast<qint64>(sorted.size()), work.lines().end};
   if (gone.first < gone.end) puts.remove(gone);
   work.edits = std::move(puts.edits);
   work.changed = puts.changed;
@@ -100,7 +98,7 @@ qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
 }
 
 qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString& replacement, QString* error) {
-  const Lines lines = cmx.editor().selectedLines();
+  const LineRange lines = cmx.editor().selectedLines();
   // \1 to \9 are groups; all other text is literal.
   std::string by;
   const std::string written = fromQString(replacement);
@@ -138,10 +136,10 @@ namespace {
 
 // Removes the lines for which `keep` is false.
 qint64 keepLines(CodeMax& cmx, const std::function<bool(std::string_view)>& keep) {
-  const Lines lines = withoutFinalEmpty(cmx, selectedLinesOrAll(cmx));
+  const LineRange lines = withoutFinalEmpty(cmx, selectedLinesOrAll(cmx));
   if (cmx.LineCount() == 1 && cmx.GetLineLength(0) == 0) return 0;   // an empty text has nothing to take
   return LineWork::run(cmx, lines, ToolText::tr("Looking at lines..."), [&](LineWork& work) {
-    Lines gone{lines.first, lines.first};
+    LineRange gone{lines.first, lines.first};
     for (std::string_view line; work.next(&line);) {
       if (!keep(line)) {
         gone.end = work.line().value + 1;
@@ -176,7 +174,7 @@ qint64 TrimLineEnds(CodeMax& cmx) {
 }
 
 qint64 JoinLines(CodeMax& cmx) {
-  Lines lines = cmx.editor().selectedLines();
+  LineRange lines = cmx.editor().selectedLines();
   if (cmx.GetSel(true).IsEmpty()) lines.end = std::min(lines.first + 2, cmx.LineCount());   // with the line below
   if (lines.end - lines.first < 2) return 0;
   const qint64 joined = LineWork::run(cmx, lines, ToolText::tr("Joining..."), [](LineWork& work) {
@@ -221,7 +219,7 @@ QString seriesItem(const NumberSeries& series, qint64 index) {
 qint64 InsertSeries(CodeMax& cmx, const NumberSeries& series) {
   if (cmx.ReadOnly()) return 0;
   const CmRange range = cmx.GetSel(true);
-  const Lines lines = cmx.editor().selectedLines();
+  const LineRange lines = cmx.editor().selectedLines();
   qint64 last = 0;
   if (!valueAt(series, lines.end - lines.first - 1, &last)) return -1;
   const auto& selection = cmx.editor().selection();

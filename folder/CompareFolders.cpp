@@ -41,9 +41,9 @@ Listing list(const std::string& folder, const WalkOptions& options, const std::a
 }
 
 // A file that is read to its end, also while others change it.
-class Reader {
+class BytesReader {
  public:
-  explicit Reader(const std::string& path) {
+  explicit BytesReader(const std::string& path) {
     text::FileStatus status;
     error_ = text::fileSystem().statAt(text::FileSystem::kCwd, path, false, &status);   // links were left out
     if (error_ == 0 && !status.isRegular()) error_ = -EINVAL;
@@ -123,7 +123,7 @@ class Pairs {
 
   std::optional<FileDifference> compare(const std::string& path, std::array<std::vector<char>, 2>* buffers) {
     const std::string one = joined(left_, path), other = joined(right_, path);
-    Reader a(one), b(other);
+    BytesReader a(one), b(other);
     const auto failed = [&](const char* where, int error) -> FileDifference {
       return {FileDifference::unreadable, path, 1, "in the " + std::string(where) + " folder: " + text::errorText(error)};
     };
