@@ -144,6 +144,11 @@ TEST_F(Folder, TreeShowsAndChangesTheDisk) {
   ASSERT_TRUE(spinUntil([&] { return shown(*model) == QStringList{q("rtl"), q("tb")} && tree->isExpanded(model->index(0, 0)); }));
   work().setShowsAll(true);
   ASSERT_TRUE(spinUntil([&] { return shown(*model).contains(q("build")) && shown(*model).contains(q(".gitignore")); }));
+  const auto grey = [&](const char* name) { return model->indexOf(path(name)).data(Qt::ForegroundRole).isValid(); };
+  EXPECT_TRUE(grey("top/build") && !grey("top/rtl"));
+  write("top/.gitignore", "rtl/\n");
+  QTest::keyClick(tree, Qt::Key_F5);
+  EXPECT_TRUE(spinUntil([&] { return !grey("top/build") && grey("top/rtl"); }));
 }
 
 TEST_F(Folder, KeysGoIntoADockAndHideItThere) {
@@ -210,6 +215,8 @@ TEST_F(Folder, GoesToAFileByPartsOfItsName) {
   EXPECT_EQ(main->activeDocument(), unnamed);
   choose("othe", "other.v");   // open, though it lies elsewhere
   EXPECT_EQ(main->activeDocument()->CurrentFileName(), path("two/other.v"));
+  choose("", "Untitled");   // the one before comes first
+  EXPECT_EQ(main->activeDocument(), unnamed);
 }
 
 }   // namespace

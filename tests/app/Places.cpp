@@ -115,6 +115,21 @@ TEST_F(PlacesBackAndForward, OpensClosedFilesAndForgetsTextsWithoutOne) {
   EXPECT_EQ(here().substr(0, 5), "a.txt");
 }
 
+TEST_F(PlacesBackAndForward, LeadInTheWindowOfATextThatWasUsed) {
+  frmDocument* first = open("a.txt", lines());
+  settle(0);
+  trigger("mWindowNew");
+  frmDocument* second = main->activeDocument();
+  frmDocument* other = open("b.txt", lines());
+  settle(0);
+  for (frmDocument* used : {second, first}) {
+    go(used, used == first ? 500 : 900);
+    go(other, used == first ? 500 : 900);
+    trigger("mnuViewBack");
+    EXPECT_EQ(main->activeDocument(), used);
+  }
+}
+
 // A disk that does not answer at once, and a file that cannot be read: neither is asked about for each of its places.
 TEST_F(PlacesBackAndForward, AFileThatIsAwayOrCannotBeOpenedIsTriedOnceForAllItsPlaces) {
   const auto closed = [&](const char* name) {
@@ -278,19 +293,27 @@ TEST_F(PlacesOfBookmarks, AreThoseOfTheFileWhateverHappensToItOrToTheText) {
   EXPECT_EQ(marks(*a), "1 2 ") << "the text before";
   a->cmx->ExecuteCmd(Cmd::REDO);
   EXPECT_EQ(marks(*a), "3 4 ");
+  main->activate(a);
+  trigger("mWindowNew");
+  main->activeDocument()->parentWidget()->close();
+  wait(0);
+  a->cmx->setBookmark(0, true);
+  EXPECT_EQ(reopened(read(path("a.v"))), "0 3 4 ") << "another window of it was closed";
+  a->cmx->setBookmark(0, false);
 
   BookmarkFile other(path("state/zelkor/bookmarks").toStdString());   // another copy of the program
   const std::string b = path("b.v").toStdString(), c = path("c.v").toStdString();
   other.set(b, {{0, "one"}, {2, "three"}});
   other.set(c, {{1, "two"}});
+  other.set(c + "h", {{0, "one"}});
   EXPECT_EQ(other.write(), "");
   frmDocument* opened = open("b.v", text);
   EXPECT_EQ(marks(*opened), "0 2 ");
   emit main->fileRenamed(path("c.v"), path("d.v"));
   write("d.v", "new\n" + text);
   trigger("mEditBookmarkList");
-  EXPECT_TRUE(
-      shown().ends_with("\n5 bookmarks in 3 texts\n\na.v:4:1: two\na.v:5:1: three\nb.v:1:1: one\nb.v:3:1: three\nd.v:3:1: two\n"))
+  EXPECT_TRUE(shown().ends_with(
+      "\n6 bookmarks in 4 texts\n\na.v:4:1: two\na.v:5:1: three\nb.v:1:1: one\nb.v:3:1: three\nc.vh:1:1: one\nd.v:3:1: two\n"))
       << shown();
 }
 

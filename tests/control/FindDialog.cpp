@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QSplitter>
 #include <QThread>
 #include <QtTest/QTest>
 
@@ -64,6 +65,12 @@ class FindDialogTest : public testing::Test {
   void press(const char* field, int key, Qt::KeyboardModifiers modifiers = {}) {
     QTest::keyClick(&part<QComboBox>(field), static_cast<Qt::Key>(key), modifiers);   // it has the focus, not its line
   }
+  static bool showsHits(CodeMax& control) {   // whether the text is painted otherwise without hits
+    control.SetSel({0, 3, 0, 3, false});
+    const QImage with = control.grab().toImage();
+    control.showHits({}, {});
+    return with != control.grab().toImage();
+  }
   // Until the search on its thread came back.
   bool finish() {
     return spinUntil([this] { return !dialog().job().running(); });
@@ -100,6 +107,15 @@ TEST_F(FindDialogTest, FindsWhileTypingAndOn) {
   press("findText", Qt::Key_Escape);
   EXPECT_FALSE(dialog().isVisible());
   EXPECT_EQ(text->findText(), QStringLiteral("ab"));
+
+  show("|zaxb axB axb a.b");
+  for (const char* box : {"wholeWord", "backwards"}) check(box, false);
+  type("findText", QStringLiteral("a.b"));
+  for (const auto& [box, found] : {std::pair("regex", "z@axb| axB axb a.b"), std::pair("wholeWord", "zaxb @axB| axb a.b"),
+                                   std::pair("matchCase", "zaxb axB @axb| a.b")}) {
+    check(box, true);
+    EXPECT_EQ(shown(), found) << box;
+  }
 }
 
 TEST_F(FindDialogTest, TakesItsTextFromTheSelection) {
@@ -137,6 +153,16 @@ TEST_F(FindDialogTest, Replaces) {
   EXPECT_EQ(notes.last(), QStringLiteral("1 replaced"));
   text->ExecuteCmd(Cmd::UNDO);
   EXPECT_EQ(text->Text(), QStringLiteral("xy XY Xy ab"));
+  check("preserveCase", false);   // what was put in holds the text to find
+  for (const auto& [from, way] : {std::pair("|ab ab", "xab @ab|"), std::pair("ab ab|", "@ab| xab")}) {
+    show(from, true);
+    check("backwards", from[0] != '|');
+    type("findText", QStringLiteral("ab"));
+    type("replaceText", QStringLiteral("xab"));
+    text->editor().setSelection(parseCaret(from).selection);
+    for (int i = 0; i < 2; ++i) click("replace");
+    EXPECT_EQ(shown(), way);
+  }
 }
 
 TEST_F(FindDialogTest, AColumnSelectionIsSearchedRowByRow) {
@@ -205,12 +231,6 @@ TEST_F(FindDialogTest, ReplacesInTheSelectionAndStaysInIt) {
 
 TEST_F(FindDialogTest, LeavesNothingBehind) {
   show("|ab xx ab");
-  const auto hits = [this] {   // whether the text is painted otherwise without hits
-    text->SetSel({0, 3, 0, 3, false});
-    const QImage with = text->grab().toImage();
-    text->showHits({}, {});
-    return with != text->grab().toImage();
-  };
   for (const char* what : {"ab", "xx", "ab", "xx"}) {
     type("findText", QString::fromLatin1(what));
     click("findNext");
@@ -219,10 +239,10 @@ TEST_F(FindDialogTest, LeavesNothingBehind) {
   for (int i = 0; i < part<QComboBox>("findText").count(); ++i) history += part<QComboBox>("findText").itemText(i);
   EXPECT_EQ(history.removeDuplicates(), 0) << history.join(u',').toStdString();
   EXPECT_EQ(history.mid(0, 2), QStringList({QStringLiteral("xx"), QStringLiteral("ab")}));
-  EXPECT_TRUE(hits());
+  EXPECT_TRUE(showsHits(*text));
   type("findText", QStringLiteral("ab"));
   press("findText", Qt::Key_Escape);
-  EXPECT_FALSE(hits()) << "no marks when it is closed";
+  EXPECT_FALSE(showsHits(*text)) << "no marks when it is closed";
 }
 
 TEST_F(FindDialogTest, ReplacesNothingInAReadOnlyText) {
@@ -330,17 +350,18 @@ TEST_F(FindDialogTest, LongOnesRunBesideAndAreCancelled) {
 }
 
 TEST_F(FindDialogTest, WorksOnTheControlThatHasTheFocus) {
+  auto* both = new QSplitter;
+  both->addWidget(window.takeCentralWidget());
+  auto* other = new CodeMax(both);
+  window.setCentralWidget(both);
+  both->setSizes({400, 400});
   show("one|");
-  auto* other = new CodeMax(&window);
+  type("findText", QStringLiteral("one"));
   other->setText(QStringLiteral("one two one"));
-  window.setCentralWidget(new QWidget);
-  auto* holder = window.centralWidget();
-  other->setParent(holder);
-  other->resize(200, 100);
-  other->show();
   other->setFocus();
   EXPECT_TRUE(spinUntil([&] { return dialog().control() == other; }));
-  type("findText", QStringLiteral("one"));
+  EXPECT_FALSE(showsHits(*text));
+  EXPECT_TRUE(showsHits(*other));
   click("count");
   EXPECT_EQ(dialog().status(), QStringLiteral("2 found"));
   delete other;

@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QDropEvent>
 #include <QMimeData>
+#include <QScrollBar>
 
 #include "control/edit/TextMime.h"
 #include "control/view/PaneGrid.h"
@@ -77,6 +78,14 @@ TEST_F(PaneInput, MouseSelects) {
        }, "alpha beta\n@gamma delta\n|last"},
       {"margin click", [](PaneInput& t) { t.click({30, t.pointOf(1, 0).y()}); }, "alpha beta\n@gamma delta\n|last"},
       {"margin drag", [](PaneInput& t) { t.drag({30, t.pointOf(1, 0).y()}, {30, t.pointOf(2, 0).y()}); }, "alpha beta\n@gamma delta\nlast|"},
+      {"shift-click in the margin", [](PaneInput& t) {
+         t.drag(t.pointOf(1, 2), t.pointOf(2, 2));
+         t.click({30, t.pointOf(0, 0).y()}, Qt::ShiftModifier);
+       }, "|alpha beta\ngamma delta\n@last"},
+      {"right click in the selection", [](PaneInput& t) {
+         t.drag(t.pointOf(0, 2), t.pointOf(1, 2));
+         t.mouse(QEvent::MouseButtonPress, t.pointOf(0, 4), Qt::RightButton);
+       }, "al@pha beta\nga|mma delta\nlast"},
       {"block", [](PaneInput& t) { t.drag(t.pointOf(0, 1), t.pointOf(2, 3), Qt::AltModifier); }, "a#lpha beta\ngamma delta\nlas|t"},
       {"block past the ends", [](PaneInput& t) {
          t.drag(t.pointOf(0, 10) + QPoint(static_cast<int>(4 * t.pane()->view().metrics().cell()), 0), t.pointOf(1, 2), Qt::AltModifier);
@@ -213,6 +222,29 @@ TEST_F(PaneInput, WheelScrollsAndZooms) {
   EXPECT_GT(pane()->view().lineHeight(), before);
   for (int i = 0; i < 100; ++i) wheel(-120, Qt::ControlModifier);
   EXPECT_EQ(control.Zoom(), 30);
+}
+
+TEST_F(PaneViews, ScrollBarsFollowTextAndPlace) {
+  control.setText(QString(100, u'\n'));
+  control.splitPanes(0.5, 0);
+  const auto agree = [this](const char* what) {
+    QApplication::processEvents();
+    for (const int i : {0, 1}) {
+      const QScrollBar* bar = pane(i)->verticalScrollBar();
+      const qint64 height = pane(i)->view().lineHeight();
+      EXPECT_EQ(bar->maximum(), (control.LineCount() - pane(i)->visibleLines()) * height) << what << i;
+      EXPECT_EQ(bar->value(), pane(i)->topLine() * height) << what << i;
+    }
+  };
+  agree("loaded");
+  key(Qt::Key_Return);
+  agree("typed");
+  pane(1)->setTopLine(50);
+  pane()->editor().replaceSelection(q("x\ny\n"));
+  agree("in the other pane");
+  control.ExecuteCmd(Cmd::DOCUMENTEND);
+  control.ExecuteCmd(Cmd::LINECUT);
+  agree("cut at the end");
 }
 
 TEST_F(PaneInput, InputMethodsShowAndCommit) {

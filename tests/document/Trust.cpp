@@ -72,16 +72,20 @@ class Trust : public testing::Test {
 }   // namespace
 
 TEST_F(Trust, H3_ForeignMacrosAskOnceBeforeTheirFirstProgram) {
-  writeRaw(path("project.ini").toStdString(), definitions().toStdString());
+  const QString second = u"SetLanguage:Second\r\n[Keywords]\r\nword\r\n"_s;
+  writeRaw(path("project.ini").toStdString(), (definitions() + second).toStdString());
   read(path("project.ini"));
+  modRegistry::SetText(modRegistry::kGlobalKey, u"TRUSTEDINI"_s, QStringList(50, u"0"_s).join(u','));   // the oldest makes room
   EXPECT_TRUE(asks());
   boxes.answer(Answer::yes);
   EXPECT_TRUE(startsUnasked());
   EXPECT_TRUE(startsUnasked()) << "not asked again";
   EXPECT_TRUE(boxes.last().text.contains(canary)) << "the user sees what would be started";
-  writeRaw(path("copy.ini").toStdString(), definitions().toStdString());
+  writeRaw(path("copy.ini").toStdString(), (definitions() + second).toStdString());
   read(path("copy.ini"));
   EXPECT_TRUE(startsUnasked()) << "the same content elsewhere";
+  manager.Languages()->Item(2)->Keywords = u"other\r\n"_s;
+  EXPECT_TRUE(asks()) << "other content of another of its languages";
   macro().Name = u"Another"_s;
   EXPECT_TRUE(asks()) << "other content";
   EXPECT_EQ(mCMXParser::Run(0, 0, macro().CommandString).ending, Ending::done) << "typed by the user";

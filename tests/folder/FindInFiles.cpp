@@ -159,6 +159,8 @@ TEST_F(FindInFiles, RowsHoldWholeMatchesAndTheLimitIsExact) {
   EXPECT_EQ(find("begin\\s+end x\\nla", {.regex = true}).rows,
             root_ + "/a.v:3:5: \xc3\xa9 x begin\n" + root_ + "/a.v:4:   end x\n" + root_ + "/a.v:5: last\n");
   EXPECT_EQ(find("TWO\n\xc3\xa9 x", {}).rows, root_ + "/a.v:2:1: two\n" + root_ + "/a.v:3: \xc3\xa9 x begin\n");   // CR LF among LF
+  EXPECT_EQ(find("x\n", {}).rows,
+            root_ + "/a.v:1:7: one x x\n" + root_ + "/a.v:4:7:   end x\n" + root_ + "/b.v:1:1: x\n");   // not the line behind
   const Found all = find("x", {});
   EXPECT_EQ(all.rows, root_ + "/a.v:1:5: one x x\n" + root_ + "/a.v:3:3: \xc3\xa9 x begin\n" + root_ + "/a.v:4:7:   end x\n" +
                           root_ + "/b.v:1:1: x\n");

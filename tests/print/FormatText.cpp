@@ -63,6 +63,7 @@ TEST(FormatText, EachStep) {
       {none, "a\t\tb\t+\t=\t-\n\tc \td\t", "a b+ = -\nc d", 2},
       {indent, "begin\nx\n  end", "begin\n  x\nend", 2},
       {byTabs, "begin\nbegin\n  x;\nend\nend", "begin\n\tbegin\n\t\tx;\n\tend\nend", 3},
+      {byTabs, "begin\n  \tx;\nend", "begin\n  \tx;\nend", 0},   // blanks before a tab take no room of their own
       {ends, "begin\nx\nend", "begin\r\nx\r\nend", 2},
       {all, "begin\nX\ty\nend", "BEGIN\r\n  x y\r\nEND", 3},
   };

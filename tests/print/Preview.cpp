@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
@@ -135,6 +136,10 @@ TEST_F(Preview, PagesThumbnailsAndKeys) {
   EXPECT_NEAR(view->zoom(), 2, 0.001);
   action(preview, "two")->trigger();
   EXPECT_GT(view->horizontalScrollBar()->maximum(), 0);
+  for (const auto& [key, expected] : {std::pair(Qt::Key_Home, 0), std::pair(Qt::Key_PageDown, 2), std::pair(Qt::Key_PageUp, 0)}) {
+    QTest::keyClick(view, key);
+    EXPECT_EQ(view->currentPage(), expected) << "two pages at a time";
+  }
 }
 
 TEST_F(Preview, FindGoesThroughPagesAndRunsOfStyle) {

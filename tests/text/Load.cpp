@@ -192,12 +192,17 @@ TEST(Load, TakesAForcedEncodingOnlyWhenExact) {
 
 TEST(Load, BlocksOfOtherEncodingsAreJoinedWhole) {
   TempFolder folder;
-  std::string whole;
-  for (int i = 0; i < 200'000; ++i) whole += std::to_string(i) + "\xc3\xa4\n";
-  for (const FileFormat format : {FileFormat{Encoding::utf16le, true}, {Encoding::windows1252, false}}) {
+  for (const FileFormat format : {FileFormat{Encoding::utf16le, true}, {Encoding::utf16be, true}, {Encoding::windows1252, false}}) {
+    std::string line = "\xc3\xa4\n", whole;
+    for (int i = 0; i < 6 && format.bom; ++i) line.insert(0, "\xf0\x9f\x98\x80");   // pairs in UTF-16: a block ends within one
+    for (int i = 100'000; i < 300'000; ++i) whole += std::to_string(i) + line;
     text::EncodeError error;
-    writeRaw(folder / "file", *text::encodeText(whole, format, &error));
-    EXPECT_TRUE(text::loadFile(folder / "file").text.bytes() == whole) << text::name(format.encoding);
+    const std::string bytes = *text::encodeText(whole, format, &error);
+    writeRaw(folder / "file", bytes);
+    const text::LoadedFile loaded = text::loadFile(folder / "file");
+    EXPECT_TRUE(loaded.text.bytes() == whole) << text::name(format.encoding);
+    EXPECT_TRUE(text::saveFile(folder / "file", loaded.text, {loaded.format, loaded.stamp}).ok());
+    EXPECT_TRUE(readRaw(folder / "file") == bytes) << text::name(format.encoding);
   }
 }
 
