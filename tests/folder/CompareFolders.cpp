@@ -101,7 +101,7 @@ TEST_F(CompareFolders, FindsWhatDiffFinds) {
       for (int e = 0; e < 3; ++e)
         for (const std::string& folder : {left, right})
           fs::create_directories(folder + "/d" + std::to_string(d) + "/e" + std::to_string(e));
-    std::system(("diff -rq '" + left + "' '" + right + "' >" + top / "out").c_str());
+    std::system(("LC_ALL=C diff -rq '" + left + "' '" + right + "' >" + top / "out").c_str());
     std::istringstream lines(readRaw(top / "out"));
     for (std::string line; std::getline(lines, line);) {   // "Only in FOLDER: NAME", "Files A and B differ"
       std::string path = line.starts_with("Only in ") ? line.substr(8) : line.substr(6, line.find(" and ") - 6);
