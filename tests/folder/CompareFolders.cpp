@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <random>
 #include <set>
@@ -73,11 +75,12 @@ TEST_F(CompareFolders, SaysWhatDiffersAndWhy) {
     fs::permissions(left + "/same.v", fs::perms::none);
     fs::permissions(right + "/sub", fs::perms::none);
     EXPECT_NE(shown(compare()).find("same.v:1: cannot be read in the first folder: Permission denied\n"), std::string::npos);
-    EXPECT_NE(shown(compare()).find("sub:1: cannot be read in the second folder: Permission denied\n"), std::string::npos);
+    EXPECT_NE(shown(compare()).find(std::string("sub:1: cannot be read in the second folder: ") + std::strerror(EACCES) + "\n"),
+              std::string::npos);
     fs::permissions(right + "/sub", fs::perms::all);
   }
   text::SearchControl control;
-  EXPECT_EQ(shown(folder::compareFolders(left, top / "gone", {}, control)), top / "gone: No such file or directory");
+  EXPECT_EQ(shown(folder::compareFolders(left, top / "gone", {}, control)), top / "gone: " + std::strerror(ENOENT));
   control.cancel = true;
   EXPECT_TRUE(folder::compareFolders(left, right, {}, control).stopped);
 }
