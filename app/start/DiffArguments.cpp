@@ -109,7 +109,8 @@ int merge(frmMain& frame, const DiffTask& task) {
     document = frame.mainOpenFile(task.output, ok);
     if (!document) return kTrouble;
   }
-  document->cmx->model()->document().exchange(merged.text, {});
+  // Undo ends here: the conflicts are known in this text only.
+  document->cmx->model()->replaceAll(merged.text, document->cmx->fileFormat());
   document->cmx->setModified(true);   // the file does not hold the result yet
   document->SetLanguage(languageOfFile(task.output, *document->cmx));
   for (std::size_t i = 0; i < 2; ++i) sides[i].source.language = document->cmx->Language();

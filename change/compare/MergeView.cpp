@@ -14,18 +14,21 @@
 using text::LineNo;
 
 namespace {
-constexpr std::string_view kBegin = "<<<<<<<", kMarks[] = {kBegin, "|||||||", ">>>>>>>"};   // "=======" also stands below headings
+constexpr std::string_view kBegin = "<<<<<<<", kEnd = ">>>>>>>",
+                           kMarks[] = {kBegin, "|||||||", kEnd};   // "=======" also stands below headings
 }
 
 MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Snapshot& right,
                      const std::vector<text::MergeRegion>& regions, const text::MergedText& merged, QWidget* parent)
-    : QWidget(parent), result_(result), sides_{left, right}, count_(new QLabel(this)) {
+    : QWidget(parent), result_(result), sides_{left, right}, made_(merged.text), count_(new QLabel(this)) {
   result_->setParent(this);
   text::Document& document = result_->model()->document();
   const text::Snapshot& now = document.snapshot();
   for (std::size_t i = 0; i < regions.size(); ++i) {
     if (regions[i].kind != text::MergeRegion::conflict) continue;
-    Conflict conflict{regions[i], document.addMark(now.lineStart(merged.starts[i]), text::Bias::left), 0, i + 1 == regions.size()};
+    Conflict conflict{regions[i], merged.starts[i], LineNo(made_.lineCount()), 0, 0, i + 1 == regions.size()};
+    if (!conflict.toEnd) conflict.madeEnd = merged.starts[i + 1];
+    conflict.begin = document.addMark(now.lineStart(merged.starts[i]) + 1, text::Bias::left);   // not before a line typed above it
     if (!conflict.toEnd) conflict.end = document.addMark(now.lineStart(merged.starts[i + 1]), text::Bias::right);
     conflicts_.push_back(conflict);
   }
@@ -118,10 +121,34 @@ bool MergeView::step(int direction) {
   return true;
 }
 
+// Which conflict stands at the first line of this one, and the line behind it; null: that cannot be told. The marks alone do not say:
+// they are all at one place where their text was deleted and brought back, and what is typed behind a conflict comes before its end.
+std::pair<const MergeView::Conflict*, std::int64_t> MergeView::whole(const Conflict* conflict) const {
+  const text::Snapshot& now = result_->model()->snapshot();
+  const std::int64_t begin = linesOf(*conflict).first;
+  const Conflict* const first =
+      &*std::ranges::partition_point(conflicts_, [&](const auto& one) { return linesOf(one).first < begin; });
+  const Conflict* last = first;
+  for (const Conflict* one = first; one != conflicts_.data() + conflicts_.size() && linesOf(*one).first == begin; last = one++) {
+    text::LineReader is(now, LineNo(begin)), was(made_, one->madeBegin);
+    std::string_view line, old;
+    LineNo at = one->madeBegin;
+    while (at < one->madeEnd && is.next(&line) && was.next(&old) && line == old) ++at;
+    if (at == one->madeEnd) return {one, begin + (one->madeEnd - one->madeBegin)};
+  }
+  if (first != last) return {};
+  text::LineReader reader(now, LineNo(begin));   // it was edited by hand
+  std::string_view line;
+  for (reader.next(&line); reader.next(&line) && !line.starts_with(kBegin);)
+    if (line.starts_with(kEnd)) return {conflict, reader.line().value + 1};
+  return {};
+}
+
 bool MergeView::take(Take what) {
-  const Conflict* conflict = current();
-  if (!conflict || result_->ReadOnly()) return false;
-  const auto [begin, end] = linesOf(*conflict);
+  if (!current() || result_->ReadOnly()) return false;
+  const auto [conflict, end] = whole(current());
+  if (!conflict) return false;
+  const std::int64_t begin = linesOf(*conflict).first;
   const text::MergeRegion& region = conflict->region;
   const compare::Lines left{region.leftBegin.value, region.leftEnd.value}, right{region.rightBegin.value, region.rightEnd.value};
   text::Snapshot from = sides_[what == Take::right ? 1 : 0];

@@ -36,17 +36,20 @@ class MergeView : public QWidget {
  private:
   struct Conflict {
     text::MergeRegion region;
+    text::LineNo madeBegin, madeEnd;   // its lines in the merged text
     text::MarkId begin = 0, end = 0;
     bool toEnd = false;   // of the text
   };
   std::pair<std::int64_t, std::int64_t> linesOf(const Conflict& conflict) const;
   bool stands(const Conflict& conflict) const;
+  std::pair<const Conflict*, std::int64_t> whole(const Conflict* conflict) const;
   const Conflict* at(std::int64_t line) const;   // that still stands; null: none
   const Conflict* current() const;
   void showState();
 
   CodeMax* result_;
   const std::array<text::Snapshot, 2> sides_;
+  const text::Snapshot made_;   // the merged text
   std::vector<Conflict> conflicts_;
   QLabel* count_;
   std::vector<QToolButton*> steps_, takes_;

@@ -14,7 +14,9 @@ class Compare : public FrameFixture {
  protected:
   CompareFrame& frame() { return CompareFrame::of(*main); }
   static bool compared(CompareWindow* window) {
-    return window && spinUntil([&] { return window->view().comparison().compared(); });
+    if (!window || !spinUntil([&] { return window->view().comparison().compared(); })) return false;
+    QCoreApplication::processEvents();   // the window and the menu show it a moment later
+    return true;
   }
   // Runs what is done in the window that --diff shows, then closes it. Returns the exit status.
   int diff(const QStringList& words, const std::function<void(CompareWindow&)>& work) {
@@ -134,6 +136,48 @@ TEST_F(Compare, MergingEndsInOrderOnlyWhenItIsSavedWithoutConflicts) {
               0);
     EXPECT_EQ(read(path("out")), c.text);
   }
+}
+
+TEST_F(Compare, DecidingAConflictTakesItsLinesOnly) {
+  write("base", "a\n1\nz\nt\n");
+  write("left", "left\n1\nLEFT\nt\n");
+  write("right", "right\n1\nRIGHT\nt\n");
+  write("out", "<<<<<<< ours\nleft\n");
+  QFile::setPermissions(path("out"), QFile::ReadOwner);   // so the document begins read-only
+  const QStringList words{u"--diff"_s, u"left"_s, u"right"_s, u"base"_s, u"--output=out"_s};
+  const auto work = [&](CompareWindow& window) {
+    MergeView& view = *window.findChild<MergeView*>();
+    CodeMax& text = view.result();
+    EXPECT_EQ(view.left(), 2);
+    text.setReadOnly(false);
+    text.ExecuteCmd(Cmd::UNDO);
+    text.ExecuteCmd(Cmd::REDO);
+    ASSERT_EQ(text.LineCount(), 17);
+    text.SetSel({0, 0, 16, 0, false});   // deleted and brought back: all marks are at one place then
+    text.ExecuteCmd(Cmd::DELETE);
+    text.ExecuteCmd(Cmd::UNDO);
+    text.SetSel({0, 0, 0, 0, false});
+    EXPECT_TRUE(view.take(MergeView::Take::left));
+    EXPECT_TRUE(text.Text().startsWith(u"left\n1\n<<<<<<< left\nLEFT\n"_s)) << qPrintable(text.Text());
+  };
+  boxes.answer(Answer::no);
+  EXPECT_EQ(diff(words, work), 1);
+  boxes.answer(Answer::no);
+  EXPECT_EQ(diff(words,
+                 [&](CompareWindow& window) {
+                   MergeView& view = *window.findChild<MergeView*>();
+                   CodeMax& text = view.result();
+                   text.setReadOnly(false);
+                   text.SetSel({7, 0, 7, 0, false});
+                   text.ReplaceSel(u"behind\n"_s);
+                   text.SetSel({0, 0, 0, 0, false});
+                   text.ReplaceSel(u"above\n"_s);
+                   EXPECT_EQ(view.left(), 2);
+                   text.SetSel({1, 0, 1, 0, false});
+                   EXPECT_TRUE(view.take(MergeView::Take::right));
+                   EXPECT_TRUE(text.Text().startsWith(u"above\nright\nbehind\n1\n<<<<<<<"_s)) << qPrintable(text.Text());
+                 }),
+            1);
 }
 
 TEST_F(CompareRun, TroubleIsStatus2AndSaysWhy) {
