@@ -113,6 +113,7 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
   const auto load = [name, options, read, changes, was](text::SearchControl& control) {
     *read = text::loadFile(name, options, &control);
     if (read->error.empty()) *changes = text::editsBetween(was, read->text, &control.cancel);
+    if (control.cancel) read->error = "Cancelled";   // the changes are not those to this file
   };
   if (!LongWork::runOrLeave(*cmx, load, tr("Opening %1").arg(plainForDisplay(path, 80)))) return tr("Cancelled");
   const text::LoadedFile& file = *read;

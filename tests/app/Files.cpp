@@ -2,10 +2,13 @@
 #include <QKeyEvent>
 #include <QListWidget>
 #include <QToolButton>
+#include <atomic>
 
+#include "bridge/LongWork.h"
 #include "control/view/Pane.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/Cost.h"
+#include "tests/support/files/FaultyFileSystem.h"
 
 #include "base/Program.h"
 
@@ -260,6 +263,37 @@ TEST_F(Files, ATextWhoseFileIsGoneIsAskedAboutBeforeItCloses) {
   gone->parentWidget()->close();
   EXPECT_EQ(main->documents().size(), 1);
   EXPECT_TRUE(QFile::exists(path("gone.v")));
+}
+
+// W2: cancelled when the file has been read and is being compared.
+TEST_F(Files, ACancelledReloadChangesNothing) {
+  frmDocument* document = open("a.v", "one\ntwo\n");
+  main->show();
+  document->cmx->InsertText(q("mine\n"), {0, 0});
+  const QString before = document->cmx->Text();
+  write("a.v", QByteArray("other\n").repeated(50));
+  testing_files::FaultyFileSystem files;
+  std::atomic<bool> isRead{false}, cancelled{false};
+  files.before([&](const testing_files::Call& call) {
+    if (isRead || call.name != "close" || !call.path.ends_with("/a.v")) return;
+    isRead = true;
+    for (int ms = 0; !cancelled && ms < 5000; ++ms) QThread::msleep(1);
+    QThread::msleep(50);
+  });
+  QTimer cancel;
+  QObject::connect(&cancel, &QTimer::timeout, &cancel, [&] {
+    if (isRead && LongWork::cancelRunning()) cancelled = true;
+  });
+  cancel.start(20);
+  boxes.answer(Answer::ok);   // it was cancelled
+  {
+    const testing_files::UseFileSystem use(files);
+    main->mnuFileReload_Click();
+  }
+  EXPECT_TRUE(cancelled);
+  EXPECT_EQ(document->cmx->Text(), before);
+  EXPECT_TRUE(document->cmx->Modified());
+  document->cmx->setModified(false);
 }
 
 TEST_F(Files, ExitAsksForAllBeforeAnythingCloses) {

@@ -67,8 +67,9 @@ std::vector<Edit> editsBetween(const Snapshot& before, const Snapshot& after, co
       edits.replace(lineEnd, from.lineEndWithBreak(line).value, otherEnd, to.lineEndWithBreak(other).value);
     }
   };
-  for (const LineHunk& hunk : diffLines(from, to, {}, cancel)) {
-    if (cancel && *cancel) return {};
+  const std::vector<LineHunk> hunks = diffLines(from, to, {}, cancel);
+  if (cancel && *cancel) return {};   // then they do not tell which lines are the same
+  for (const LineHunk& hunk : hunks) {
     unchangedUpTo(hunk.beforeBegin);
     edits.replace(startOf(from, hunk.beforeBegin), startOf(from, hunk.beforeEnd), startOf(to, hunk.afterBegin),
                   startOf(to, hunk.afterEnd));
