@@ -183,6 +183,7 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
     model.document().exchange(found.text, taken->cmx->editor().selection());
     taken->cmx->setFileFormat(found.about.format);
     taken->cmx->setModified(true);
+    if (found.about.stamp) model.stamp = found.about.stamp;   // as below: the file may have been changed since
     caretTo(found.caret, *taken->cmx);
     return taken;
   }

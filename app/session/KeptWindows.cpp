@@ -85,7 +85,7 @@ std::optional<KeptDocument> keptOf(const frmMain& frame, frmDocument& document, 
   if (!kept.modified && kept.path.empty() && (cmx.Modified() || model.snapshot().size().value > 0)) return std::nullopt;
   if (kept.modified) kept.journal = fromQString(document.journalName());
   if (document.LanguageIsChosen()) kept.language = fromQString(cmx.Language());
-  if (document.EncodingIsChosen()) {
+  if (document.EncodingIsChosen() && (kept.modified || !cmx.Modified())) {   // else the file may never have got it
     kept.encoding = text::name(cmx.fileFormat().encoding);
     kept.bom = cmx.fileFormat().bom;
   }

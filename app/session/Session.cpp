@@ -322,7 +322,8 @@ void Session::restoreTexts() {
     looked->tabs.emplace_back();
   }
   const std::string folder = recoveryFolder();
-  std::vector<std::string> others{fromQString(userStateFolder()) + "/session"};
+  std::vector<std::string> others;
+  if (comesBack()) others.push_back(fileOf({})->path());   // else its texts would never be offered
   for (const QString& name : names()) others.push_back(fileOf(name)->path());
   std::erase(others, file_ ? file_->path() : std::string());
   const auto work = [looked, folder, others = std::move(others)] {

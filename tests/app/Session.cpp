@@ -398,3 +398,46 @@ TEST_F(SessionFrame, NamedOnesAreKeptApart) {
   EXPECT_EQ(shown(), "");
   session().setComesBack(true);
 }
+
+// S12, K2
+TEST_F(SessionFrame, AnOldTextDoesNotCoverANewerFile) {
+  begin();
+  open("a.v", "base\n");
+  end();
+  main = std::make_unique<frmMain>();   // one that ends without warning
+  main->openAt(path("a.v"), 0, 0);
+  main->activeDocument()->cmx->InsertText(q("not saved\n"), {0, 0});
+  recovery.flush();
+  main.reset();
+  write("a.v", "newer\n");
+  startAgain();
+  ASSERT_TRUE(spinUntil([&] { return shown() == "a.v*"; })) << shown();
+  boxes.answer(Answer::no);   // the file was changed
+  main->mnuFileSave_Click();
+  EXPECT_EQ(read(path("a.v")), "newer\n");
+  EXPECT_EQ(boxes.boxes.size(), 1);
+  main->activeDocument()->cmx->setModified(false);
+}
+
+// K2: the file of a session that is switched off names texts that it will not bring back.
+TEST_F(SessionFrame, ASessionThatIsSwitchedOffHidesNoText) {
+  begin();
+  open("a.v")->cmx->InsertText(q("not saved\n"), {0, 0});
+  ASSERT_TRUE(spinUntil([&] { return !kept().documents.empty() && !kept().documents[0].journal.empty(); }));
+  session().setComesBack(false);
+  recovery.flush();
+  main.reset();
+  startAgain();
+  EXPECT_TRUE(spinUntil([&] { return main->findChild<frmRecovered*>() != nullptr; })) << "it is not offered";
+  session().setComesBack(true);
+}
+
+TEST_F(SessionFrame, AnEncodingThatWasGivenUpIsNotKept) {
+  begin();
+  session().setKeepsUnsaved(false);
+  open("a.v", "module a;\n")->cmx->setFileFormat({text::Encoding::utf16le, false});
+  boxes.answer(Answer::no);
+  startAgain();
+  ASSERT_NE(main->activeDocument(), nullptr);
+  EXPECT_EQ(main->activeDocument()->cmx->GetLine(0), q("module a;"));
+}
