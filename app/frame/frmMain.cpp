@@ -284,6 +284,7 @@ void frmMain::closeEvent(QCloseEvent* event) {
 
 bool frmMain::endFromOutside(int patienceMs) {
   if (unloaded_) return true;
+  frmDocument::noteLostFiles(documents());   // their texts are nowhere else
   if (RecoverySession* session = RecoverySession::current()) session->holdAll(patienceMs);
   bool ask = definitions_ && definitions_->isVisible() && definitions_->isChanged();
   for (const frmDocument* document : documents()) ask = ask || !document->mayEnd();
@@ -293,6 +294,7 @@ bool frmMain::endFromOutside(int patienceMs) {
     for (frmDocument* document : documents()) document->withdrawClose();
     return false;
   }
+  for (frmDocument* document : documents()) document->agreeToClose();   // nothing is left to be asked: none asks while it closes
   unload();
   return true;
 }

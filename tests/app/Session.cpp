@@ -441,3 +441,17 @@ TEST_F(SessionFrame, AnEncodingThatWasGivenUpIsNotKept) {
   ASSERT_NE(main->activeDocument(), nullptr);
   EXPECT_EQ(main->activeDocument()->cmx->GetLine(0), q("module a;"));
 }
+
+// J7
+TEST_F(SessionFrame, ATextWhoseFileWasRemovedOutlivesASignal) {
+  begin();
+  open("a.v", "only here\n");
+  open("b.v");
+  QFile::remove(path("a.v"));
+  EXPECT_TRUE(main->endFromOutside(1000));
+  main.reset();
+  startAgain();
+  ASSERT_TRUE(spinUntil([&] { return shown() == "a.v* b.v"; })) << shown();
+  EXPECT_EQ(tabs().documentAt(0)->cmx->GetLine(0), q("only here"));
+  EXPECT_TRUE(boxes.boxes.empty()) << "it was asked";
+}
