@@ -39,17 +39,6 @@ constexpr int kReadyPeriodMs = 20;
 
 enum Column { kName, kTime, kSize, kState };
 
-bool sameText(const text::Snapshot& a, const text::Snapshot& b) {
-  if (a.size() != b.size()) return false;
-  for (text::ByteOffset at(0); at < a.size();) {
-    const std::string_view one = a.chunkAt(at), other = b.chunkAt(at);
-    const std::size_t run = std::min(one.size(), other.size());
-    if (one.substr(0, run) != other.substr(0, run)) return false;
-    at += std::int64_t(run);
-  }
-  return true;
-}
-
 QByteArray digestOf(const text::Snapshot& text) {
   QCryptographicHash hash(QCryptographicHash::Sha256);
   for (text::ByteOffset at(0); at < text.size();) {
@@ -64,16 +53,6 @@ text::LoadedFile fileOnDisk(const text::JournalAbout& about) {
   text::LoadOptions options;
   options.format = about.format;
   return text::loadFile(about.path, options);
-}
-
-// The file durably holds this text: nothing needs recovery.
-bool fileHolds(const text::JournalAbout& about, const text::Snapshot& found) {
-  const bool plain = about.format == text::FileFormat();   // then the file and the text have the same number of bytes
-  if (plain && text::stampOf(about.path, false).status.size != found.size().value) return false;
-  const text::LoadedFile disk = fileOnDisk(about);
-  if (!disk.error.empty() || !sameText(disk.text, found)) return false;
-  const text::files::Descriptor file = text::files::open(text::FileSystem::kCwd, about.path, text::kRead | text::kNonBlock);
-  return file.ok() && text::files::sync(file.get()) == 0;
 }
 
 // Describes how the file on disk differs from what the recovered text knew; empty: unchanged.
@@ -205,7 +184,7 @@ std::vector<frmRecovered::Entry> frmRecovered::entriesOf(std::vector<text::LeftT
     text::RecoveredText facts = journal.recover();
     const text::Snapshot found = std::exchange(facts.text, text::Snapshot());
     const bool named = facts.error.empty() && !facts.about.path.empty();
-    if (named && facts.whole && facts.baseWhole && fileHolds(facts.about, found) && journal.remove() == 0) continue;
+    if (named && facts.whole && facts.baseWhole && text::fileHolds(facts.about, found) && journal.remove() == 0) continue;
     Entry entry{
         std::make_shared<text::LeftText>(std::move(journal)), std::move(facts), found.size().value, digestOf(found), {}, {}};
     if (named) entry.file = fileState(entry.facts.about);

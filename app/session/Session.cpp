@@ -6,20 +6,16 @@
 #include <QMdiSubWindow>
 #include <QScopedValueRollback>
 #include <algorithm>
-#include <set>
 
-#include "app/boxes/frmRecovered.h"
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
 #include "app/frame/DocumentTabs.h"
 #include "app/frame/FrameMenus.h"
-#include "app/frame/LateDocument.h"
 #include "app/frame/frmMain.h"
-#include "app/session/KeptWindows.h"
+#include "app/session/SessionLate.h"
 #include "base/Background.h"
 #include "base/Program.h"
 #include "base/Strings.h"
-#include "base/dialog/Dialogs.h"
 #include "bridge/FileNames.h"
 #include "bridge/LongWork.h"
 #include "bridge/QStringBytes.h"
@@ -32,43 +28,10 @@ namespace {
 
 constexpr int kChangedMs = 500, kMovedMs = 3000;   // until a change of the documents, or of a caret, is written
 constexpr std::int64_t kAboveWaiting = 1 << 30;    // the windows that there are lie above the others
-constexpr int kHeldLookMs = 500, kGoneMs = 100, kBusyMs = 50;
-std::string recoveryFolder() {
-  const RecoverySession* recovery = RecoverySession::current();
-  return fromQString(recovery ? recovery->folder() : RecoverySession::usualFolder());
-}
-
+constexpr int kHeldLookMs = 500, kGoneMs = 100;
 const QString kComesBack = QStringLiteral("SESSION"), kKeeps = QStringLiteral("KEEPUNSAVED");
 
 }   // namespace
-
-class Session::Late : public LateDocument {
- public:
-  Late(Session& session, KeptDocument document)
-      : LateDocument(toQString(document.path),
-                     document.path.empty() ? toQString(document.title) : GetFileTitle(toQString(document.path))),
-        kept(std::move(document)),
-        session_(session) {
-    place = placeOf(kept.place);
-  }
-  bool isModified() const override { return kept.modified; }
-  frmDocument* open(frmMain&) override { return session_.openLate(*this); }
-
-  KeptDocument kept;   // path: see LateDocument
-  bool isRead = false;
-  std::shared_ptr<Found> found;   // its unsaved text
-
- private:
-  Session& session_;
-};
-
-// What was found in the recovery folder.
-struct Session::Looked {
-  std::vector<KeptDocument> wanted;
-  std::vector<QPointer<LateDocument>> tabs;    // of each
-  std::vector<std::shared_ptr<Found>> found;   // the same; null: none
-  std::shared_ptr<std::vector<text::LeftText>> rest = std::make_shared<std::vector<text::LeftText>>();
-};
 
 Session& Session::of(frmMain& frame) {
   auto* found = frame.findChild<Session*>(QString(), Qt::FindDirectChildrenOnly);
@@ -82,15 +45,17 @@ Session::Session(frmMain& frame) : QObject(&frame), frame_(frame) {
   connect(&heldLook_, &QTimer::timeout, this, [this] { dropHeld(false); });
   const auto changed = [this] { touch(kChangedMs); };
   const auto moved = [this] { touch(kMovedMs); };
+  const auto atOnce = [this] { touch(0); };   // a journal has gone, which the file must not name for long
   connect(&frame, &frmMain::documentOpened, this, [this, changed, moved](frmDocument* document) {
-    connect(document, &frmDocument::captionChanged, this, changed);
+    connect(document, &frmDocument::captionChanged, this,
+            [this, document] { touch(document->DocumentModified() ? kChangedMs : 0); });
     connect(document->cmx, &CodeMax::SelChange, this, moved);
     changed();
   });
-  connect(&frame, &frmMain::documentClosed, this, changed);
+  connect(&frame, &frmMain::documentClosed, this, atOnce);
   connect(&frame, &frmMain::tabsChanged, this, changed);
   connect(&frame, &frmMain::activeChanged, this, changed);
-  connect(&frame, &frmMain::fileNamed, this, changed);
+  connect(&frame, &frmMain::fileNamed, this, atOnce);
   connect(&frame.tabs(), &QTabBar::tabMoved, this, changed);
   connect(&frame.folders().work(), &WorkFolder::changed, this, changed);
   connect(qApp, &QGuiApplication::applicationStateChanged, this, moved);
@@ -165,9 +130,11 @@ bool Session::take(const std::shared_ptr<SessionFile>& file, const QString& name
     if (!name.isEmpty()) tell(tr("%1 is open in another window of the program").arg(shown));
     return false;
   }
-  const bool there = file->exists();
   SessionFile::Read read = file->read();
-  if (!read.trouble.empty()) tell(tr("%1 could not be read: %2").arg(shown, toQString(read.trouble)));
+  if (!read.trouble.empty()) {
+    const QString told = tr("%1 could not be read: %2").arg(shown, toQString(read.trouble));
+    tell(read.isThere ? tr("%1. The state before it comes back").arg(told) : told);
+  }
   if (read.isPartial)
     tell(tr("%1 names too many documents: only the first %2 come back").arg(shown).arg(SessionFile::kMostDocuments));
   if (!read.mayWrite) return false;
@@ -180,7 +147,7 @@ bool Session::take(const std::shared_ptr<SessionFile>& file, const QString& name
   file_ = file;
   name_ = name;
   applyKeeping();
-  if (there && read.trouble.empty()) apply(read.state);
+  if (read.isThere) apply(read.state);
   return true;
 }
 
@@ -230,8 +197,7 @@ frmDocument* Session::openLate(Late& late) {
     const auto found = late.found;
     frmDocument* document = openText(kept, found->text);
     if (!document) return nullptr;
-    held_.push_back({found->journal, document});
-    heldLook_.start();
+    hold(*found, document);
     pile_.emplace_back(kept.level, document);
     return document;
   }
@@ -297,129 +263,6 @@ void Session::tell(const QString& text) {
   AppendReport(text);
   frame_.showLog();
   SetStatusText(text);
-}
-
-// ---- unsaved texts
-
-void Session::restoreTexts() {
-  const auto looked = std::make_shared<Looked>();
-  for (LateDocument* tab : frame_.tabs().late()) {
-    auto* late = dynamic_cast<Late*>(tab);
-    if (!late || late->isRead) continue;
-    late->isRead = true;
-    KeptDocument kept = late->kept;
-    kept.path = fromQString(late->path);
-    looked->wanted.push_back(std::move(kept));
-    looked->tabs.emplace_back(late);
-  }
-  // Of documents that are open by now.
-  for (const frmDocument* document : frame_.documents()) {
-    if (!document->DocumentHasName() || document->DocumentModified()) continue;
-    KeptDocument kept;
-    kept.path = fromQString(document->CurrentFileName());
-    if (!isInForce()) continue;
-    looked->wanted.push_back(std::move(kept));
-    looked->tabs.emplace_back();
-  }
-  const std::string folder = recoveryFolder();
-  std::vector<std::string> others;
-  if (comesBack()) others.push_back(fileOf({})->path());   // else its texts would never be offered
-  for (const QString& name : names()) others.push_back(fileOf(name)->path());
-  std::erase(others, file_ ? file_->path() : std::string());
-  const auto work = [looked, folder, others = std::move(others)] {
-    std::vector<text::LeftText> left = text::leftJournals(folder);
-    looked->found.resize(looked->wanted.size());
-    std::vector<Found> read;
-    for (text::LeftText& one : left) {
-      auto journal = std::make_shared<text::LeftText>(std::move(one));
-      read.push_back({journal, journal->recover()});
-    }
-    const auto isWhole = [](const Found& one) { return one.text.error.empty() && one.text.whole && one.text.baseWhole; };
-    const auto match = [&](auto fits) {
-      for (std::size_t i = 0; i < looked->wanted.size(); ++i)
-        for (Found& one : read)
-          if (!looked->found[i] && one.journal && isWhole(one) && fits(looked->wanted[i], one))
-            looked->found[i] = std::make_shared<Found>(std::move(one));
-    };
-    match([](const KeptDocument& wanted, const Found& one) { return wanted.modified && wanted.journal == one.journal->name(); });
-    // What another session will bring back is neither taken nor offered.
-    std::set<std::string> kept;
-    for (const std::string& path : others)
-      for (const KeptDocument& document : SessionFile(path).read().state.documents)
-        if (document.modified) kept.insert(document.journal);
-    std::erase_if(read, [&](const Found& one) { return one.journal && kept.contains(one.journal->name()); });
-    match([](const KeptDocument& wanted, const Found& one) {   // newest first
-      const text::JournalAbout& about = one.text.about;
-      return about.path == wanted.path && (!about.path.empty() || (wanted.modified && about.title == wanted.title));
-    });
-    for (Found& one : read)
-      if (one.journal) looked->rest->push_back(std::move(*one.journal));
-    return true;
-  };
-  inBackground(this, work, [this, looked](bool) { takeTexts(looked); });
-}
-
-void Session::takeTexts(const std::shared_ptr<Looked>& looked) {
-  if (ended_) return;
-  if (isDialogUp() || gBusy()) {
-    QTimer::singleShot(kBusyMs, this, [this, looked] { takeTexts(looked); });
-    return;
-  }
-  const QPointer<frmDocument> before = frame_.activeDocument();
-  const bool activeWaits = qobject_cast<LateDocument*>(active_) && static_cast<Late*>(active_.data())->isModified();
-  QPointer<frmDocument> activeText;
-  QStringList lost;
-  for (std::size_t i = 0; i < looked->wanted.size(); ++i) {
-    auto* late = static_cast<Late*>(looked->tabs[i].data());
-    const auto& found = looked->found[i];
-    frmDocument* document = nullptr;
-    if (found && late) {
-      const bool isActive = late == active_;
-      late->found = found;
-      document = frame_.openLate(*late);
-      if (isActive) activeText = document;
-      if (!document && looked->tabs[i]) late->found.reset();
-    } else if (found) {   // its file was opened meanwhile
-      document = openText(looked->wanted[i], found->text);
-      if (document) held_.push_back({found->journal, document});
-      heldLook_.start();
-    }
-    if (found && !document) looked->rest->push_back(std::move(*found->journal));   // offered instead
-    if (document || !looked->tabs[i] || !late->kept.modified) continue;
-    late->kept.modified = false;
-    late->kept.journal.clear();
-    lost << plainForDisplay(late->path.isEmpty() ? late->title : late->path, 200);
-    if (late->path.isEmpty()) frame_.closeEntry(late);
-    else frame_.tabs().rename(late, late->path, late->title);   // its caption
-  }
-  if (!lost.isEmpty()) tell(tr("No unsaved text was found of: %1").arg(lost.join(QLatin1String(", "))));
-  frmDocument* shown = activeWaits && activeText ? activeText : before;
-  if (!shown) showAnother();
-  // When the windows that came last have settled.
-  QTimer::singleShot(0, this, [this, shown = QPointer(shown ? shown : frame_.activeDocument())] {
-    if (shown) frame_.activate(shown);   // first: it moves the window that was in front
-    std::ranges::stable_sort(pile_, {}, [](const auto& one) { return one.first; });
-    pile_.emplace_back(0, shown);
-    for (const auto& [level, document] : std::exchange(pile_, {}))
-      if (QMdiSubWindow* window = frame_.windowOf(document)) window->raise();
-  });
-  active_ = nullptr;
-  texted_ = true;
-  touch(kChangedMs);
-  frmRecovered::offerWhenRead(frame_, [rest = looked->rest, folder = recoveryFolder()] {
-    std::vector<text::LeftText> all = text::leftCopiesElsewhere(folder);
-    std::ranges::move(*rest, std::back_inserter(all));
-    return all;
-  });
-}
-
-// An old journal goes when the text is safe elsewhere: in a new one, in its file, or given up by the user.
-void Session::dropHeld(bool all) {
-  std::erase_if(held_, [all](const Held& one) {
-    if (!all && one.document && !one.document->mayEnd()) return false;
-    return one.journal->remove() >= 0;
-  });
-  if (held_.empty()) heldLook_.stop();
 }
 
 // ---- writing

@@ -60,6 +60,7 @@ class Session : public QObject {
   struct Found {
     std::shared_ptr<text::LeftText> journal;
     text::RecoveredText text;
+    std::vector<std::shared_ptr<text::LeftText>> older;   // journals of the same text that this one continues
   };
   struct Looked;
 
@@ -75,6 +76,7 @@ class Session : public QObject {
   frmDocument* openLate(Late& late);
   frmDocument* openText(const KeptDocument& kept, const text::RecoveredText& text);
   void takeTexts(const std::shared_ptr<Looked>& looked);
+  void hold(const Found& found, frmDocument* document);   // until the new journal has the text
   void dropHeld(bool all);
   void tellGone();
   void tell(const QString& text);   // in the log, which is shown
@@ -99,8 +101,8 @@ class Session : public QObject {
   QPointer<QObject> active_;                                 // the tab to be shown when all texts are there
   QStringList gone_;
   std::vector<std::pair<std::int64_t, QPointer<frmDocument>>> pile_;   // windows that came back, until all texts are there
-  struct Held {                                                        // the old journal of a text that was restored
-    std::shared_ptr<text::LeftText> journal;
+  struct Held {                                                        // the old journals of a text that was restored
+    std::vector<std::shared_ptr<text::LeftText>> journals;
     QPointer<frmDocument> document;
   };
   std::vector<Held> held_;

@@ -257,7 +257,8 @@ SessionFile::Read SessionFile::read() {
     std::string error;
     const std::string bytes = text::readBytes(path, &error, kMostBytes);
     const Parsed parsed = error.empty() ? parse(bytes, &result.state, &result.isPartial) : Parsed::damaged;
-    if (parsed == Parsed::good) return result;
+    result.isThere = parsed == Parsed::good;
+    if (result.isThere) return result;
     result.state = {};
     if (parsed == Parsed::later) {
       result.mayWrite = false;

@@ -77,6 +77,7 @@ class SessionFile {
     SessionState state;
     std::string trouble;      // for the user; empty: none
     bool mayWrite = true;     // false: the file must stay as it is
+    bool isThere = false;     // a state was read, which is the one before if there is trouble as well
     bool isPartial = false;   // more documents than kMostDocuments were named
   };
   Read read();   // a file that does not exist is an empty session

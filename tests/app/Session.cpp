@@ -419,6 +419,63 @@ TEST_F(SessionFrame, AnOldTextDoesNotCoverANewerFile) {
   main->activeDocument()->cmx->setModified(false);
 }
 
+// K1, K2: killed at every moment that the journals and the file of a session can be left in.
+TEST_F(SessionFrame, EachTextComesBackOnceAndAsItWasLast) {
+  const auto journals = [&] { return QDir(path("recovery")).entryList({q("*.journal")}); };
+  const QString file = userStateFolder() + q("/session");
+  const auto put = [&](const QByteArray& bytes) { ASSERT_TRUE(text::saveBytes(fromQString(file), bytes.toStdString()).ok()); };
+  const auto kill = [&] {
+    recovery.flush();
+    wait(50);
+    setFrame(nullptr);
+    main.reset();
+  };
+  const auto said = [&](const char* text) {
+    return main->findChild<QDockWidget*>(q("logDock")) && main->log()->cmx->Text().contains(q(text));
+  };
+  begin();
+  open("a.v", "file\n")->cmx->InsertText(q("named\n"), {0, 0});
+  main->newWindow();
+  main->LoadNewDoc()->cmx->InsertText(q("untitled\n"), {0, 0});
+  main->newWindow();
+  ASSERT_TRUE(spinUntil([&] { return kept().documents.size() == 4 && !kept().documents[3].journal.empty(); }));
+  kill();
+  const QByteArray first = read(file);
+  for (int round = 0; round < 3; ++round) {   // the session goes on naming the first journals
+    put(first);
+    startAgain();
+    ASSERT_TRUE(spinUntil([&] { return shown() == "a.v* a.v* Untitled 3* Untitled 3*"; })) << round << shown();
+    EXPECT_EQ(tabs().documentAt(0)->views(), 2);
+    EXPECT_EQ(tabs().documentAt(2)->views(), 2);
+    EXPECT_EQ(tabs().documentAt(0)->cmx->LineCount(), 3 + round);
+    EXPECT_EQ(tabs().documentAt(2)->cmx->LineCount(), 2 + round);
+    tabs().documentAt(0)->cmx->InsertText(q("more\n"), {0, 0});
+    tabs().documentAt(2)->cmx->InsertText(q("more\n"), {0, 0});
+    wait(100);
+    EXPECT_EQ(main->findChild<frmRecovered*>(), nullptr) << round;
+    EXPECT_FALSE(said("No unsaved text"));
+    if (round == 2) EXPECT_TRUE(spinUntil([&] { return journals().size() == 2; })) << journals().join(u' ').toStdString();
+    else kill();
+  }
+  // Saved, and killed before the journal was gone; the file of the session is damaged.
+  const QByteArray text = tabs().documentAt(0)->cmx->Text().toUtf8();
+  ASSERT_TRUE(
+      spinUntil([&] { return kept().documents[0].journal != "" && journals().contains(toQString(kept().documents[0].journal)); }));
+  kill();
+  write("a.v", text);
+  QFile::remove(file + q(".old"));
+  ASSERT_TRUE(QFile::copy(file, file + q(".old")));
+  put(QByteArray(100, '\0'));
+  startAgain();
+  ASSERT_TRUE(spinUntil([&] { return shown().find("Untitled 3* Untitled 3*") != std::string::npos; })) << shown();
+  EXPECT_TRUE(shown().find("a.v*") == std::string::npos) << shown();
+  EXPECT_TRUE(said("could not be read"));
+  EXPECT_FALSE(said("No unsaved text"));
+  EXPECT_TRUE(spinUntil([&] { return journals().size() == 1; })) << journals().join(u' ').toStdString();
+  main->activate(tabs().documentAt(2));
+  tabs().documentAt(2)->cmx->setModified(false);
+}
+
 // K2: the file of a session that is switched off names texts that it will not bring back.
 TEST_F(SessionFrame, ASessionThatIsSwitchedOffHidesNoText) {
   begin();

@@ -48,6 +48,7 @@ class Replay {
   RecoveredText fail(std::string error) {
     result_.error = std::move(error);
     result_.text = Snapshot();
+    result_.began.clear();
     return std::move(result_);
   }
 
@@ -116,6 +117,7 @@ class Replay {
   void begin(Snapshot base) {
     document_.reset(std::move(base));
     result_.text = document_.snapshot();
+    result_.began = {result_.text};
     result_.baseWhole = true;
   }
 
@@ -128,6 +130,7 @@ class Replay {
     ++result_.changes;
     result_.caret = changedAt_;
     result_.text = document_.snapshot();   // a change is restored whole or not at all
+    if (result_.changes == 1) result_.began.push_back(result_.text);
     return true;
   }
 
@@ -152,6 +155,28 @@ RecoveredText readJournal(int fd) {
     result.error = "Out of memory";
     return result;
   }
+}
+
+bool sameText(const Snapshot& a, const Snapshot& b) {
+  if (a.size() != b.size()) return false;
+  for (ByteOffset at(0); at < a.size();) {
+    const std::string_view one = a.chunkAt(at), other = b.chunkAt(at);
+    const std::size_t run = std::min(one.size(), other.size());
+    if (one.substr(0, run) != other.substr(0, run)) return false;
+    at += std::int64_t(run);
+  }
+  return true;
+}
+
+bool fileHolds(const JournalAbout& about, const Snapshot& text) {
+  const bool plain = about.format == FileFormat();   // then the file and the text have the same number of bytes
+  if (plain && stampOf(about.path, false).status.size != text.size().value) return false;
+  LoadOptions options;
+  options.format = about.format;
+  const LoadedFile disk = loadFile(about.path, options);
+  if (!disk.error.empty() || !sameText(disk.text, text)) return false;
+  const files::Descriptor file = files::open(FileSystem::kCwd, about.path, kRead | kNonBlock);
+  return file.ok() && files::sync(file.get()) == 0;
 }
 
 std::optional<LeftText> LeftText::claim(const std::string& folder, const std::string& name) {

@@ -1,5 +1,6 @@
 // What crashed programs left: journals without an owner, copies of killed saves (Leftovers.h), and the texts in them. Nothing is
-// removed unless the caller asks for it. Reading any file ends normally and uses no more memory than the restored text.
+// removed unless the caller asks for it. Reading any file ends normally and uses no more memory than the restored text and the
+// one it began with.
 #pragma once
 
 #include <optional>
@@ -16,6 +17,7 @@ struct RecoveredText {
   std::string error;    // for the user; not empty: nothing was restored
   JournalAbout about;   // the last one that was read
   Snapshot text;
+  std::vector<Snapshot> began;       // the text before and after its first change
   bool whole = false;                // read to its very end
   bool baseWhole = false;            // false: only the beginning of a text that was being written; must never replace a file
   std::int64_t caret = -1;           // behind the last change, or as reported later; -1: unknown
@@ -25,6 +27,10 @@ struct RecoveredText {
 
 // Reads the journal of a descriptor from its start.
 RecoveredText readJournal(int fd);
+
+bool sameText(const Snapshot& a, const Snapshot& b);
+// The file of a text that was read whole durably holds this text: nothing needs recovery. Reads the file.
+bool fileHolds(const JournalAbout& about, const Snapshot& text);
 
 // One journal or copy without an owner. While this object lives, it owns the file: no other copy of the program offers it.
 class LeftText {
