@@ -150,7 +150,7 @@ void FilesView::showMenu(const QPoint& at) {
 
 void FilesView::open(const QString& path, bool beside) {
   const QPointer<frmDocument> was = frame_.activeDocument();
-  frmDocument* document = frame_.openFile(path);
+  frmDocument* document = frame_.goToFile(path);
   if (!document) return;
   if (beside && was && was != document) frame_.showBeside(was, document);
   document->cmx->setFocus();

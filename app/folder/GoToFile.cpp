@@ -277,5 +277,5 @@ void GoToFile::choose() {
   }
   const QString path = toQString(offer_->files->fullPath(one.index));
   QMetaObject::invokeMethod(
-      &frame_, [frame = &frame_, path, query] { frame->openAt(path, query.line, query.column); }, Qt::QueuedConnection);
+      &frame_, [frame = &frame_, path, query] { frame->goToFile(path, query.line, query.column); }, Qt::QueuedConnection);
 }

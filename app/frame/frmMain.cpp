@@ -197,9 +197,9 @@ void frmMain::adopt(frmDocument* document) {
   for (QAction* action : window->systemMenu()->actions()) action->setShortcuts(QList<QKeySequence>());
   LateDocument* late = opening_;
   if (!late && document->views() == 1) late = tabs_->lateOn(document->CurrentFileName());
-  const bool placed = late && mdi_->viewport()->rect().intersects(late->place);
+  const bool placed = late && !late->place.isEmpty();
   // Also of a maximised window, for the time when it is restored.
-  window->setGeometry(placed ? late->place : normalPlace(documents_.size()));
+  window->setGeometry(placed ? late->place.translated(-scrolledBy()) : normalPlace(documents_.size()));
   connect(window, &QMdiSubWindow::windowStateChanged, this, [this, window](Qt::WindowStates was, Qt::WindowStates now) {
     constexpr Qt::WindowStates elsewhere = Qt::WindowMaximized | Qt::WindowMinimized;
     if ((was & elsewhere) && !(now & elsewhere)) keepInside(*window);

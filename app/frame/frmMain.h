@@ -65,6 +65,8 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   // start. If the file does not exist, offers to create it. A folder becomes the work folder. Null: no file was opened.
   frmDocument* openAt(const QString& name, qint64 line, qint64 column);
   void goTo(frmDocument* document, qint64 line, qint64 column);   // line counts from 1
+  // Opens a file that the user chose from a list of what there is. One that is open is shown without a question, modified or not.
+  frmDocument* goToFile(const QString& path, qint64 line = 0, qint64 column = 0);
   // Opens piped-in text (StandardInput.h) as a new document without a name; its file is removed once the journal has the text.
   // Null: it could not be read.
   frmDocument* takeIn(const QString& path);
@@ -115,6 +117,8 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   Places& places() { return *places_; }          // back and forward
   QMdiArea& mdi() { return *mdi_; }
   QMdiSubWindow* windowOf(const frmDocument* document) const;
+  // How far the area of the windows is scrolled. Added to the place of a window: its place in the whole area.
+  QPoint scrolledBy() const;
   void MDIForm_Unload();   // the frame closes for good: emits ended() once
 
   // Word lists and templates at the caret, macros, definitions, log.

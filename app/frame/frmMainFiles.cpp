@@ -148,6 +148,14 @@ void frmMain::goTo(frmDocument* document, qint64 line, qint64 column) {
   document->cmx->ExecuteCmd(Cmd::WINDOWSCROLLTOCENTER);
 }
 
+frmDocument* frmMain::goToFile(const QString& path, qint64 line, qint64 column) {
+  frmDocument* document = documentOn(fullPath(path));
+  if (!document) return openAt(path, line, column);
+  activate(document);
+  if (line > 0) goTo(document, line, column);
+  return document;
+}
+
 frmDocument* frmMain::takeIn(const QString& path) {
   // Removes only files that a copy of this program has left for this purpose.
   if (!isSpooledInput(path)) {

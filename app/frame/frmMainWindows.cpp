@@ -61,6 +61,8 @@ class ListKeys : public QObject {
 
 }   // namespace
 
+QPoint frmMain::scrolledBy() const { return {mdi_->horizontalScrollBar()->value(), mdi_->verticalScrollBar()->value()}; }
+
 // ---- documents that are opened when they are first shown
 
 void frmMain::addLate(const QList<LateDocument*>& late) {

@@ -101,7 +101,7 @@ std::optional<KeptDocument> keptOf(const frmMain& frame, frmDocument& document, 
     kept.state = window->isMinimized()   ? windowstate::kMinimised
                  : window->isMaximized() ? windowstate::kMaximised
                                          : windowstate::kNormal;
-    if (kept.state == windowstate::kNormal) kept.place = keptPlace(window->geometry());
+    if (kept.state == windowstate::kNormal) kept.place = keptPlace(window->geometry().translated(frame.scrolledBy()));
   }
   if (kept.path.empty())
     for (const text::LineNo line : model.bookmarks()) kept.bookmarks.push_back(line.value);

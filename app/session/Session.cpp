@@ -88,6 +88,7 @@ QStringList Session::names() {
   return names;
 }
 
+bool Session::isKept() { return fileOf({})->exists(); }
 bool Session::isThere(const QString& name) { return !name.isEmpty() && fileOf(name)->exists(); }
 
 // ---- settings

@@ -31,6 +31,7 @@ class Session : public QObject {
   // The named sessions of the user, sorted.
   static QStringList names();
   static bool isThere(const QString& name);
+  static bool isKept();   // a last session, or one that names the next
 
   // At the start, before the frame is shown. beginLast does nothing if sessions are switched off.
   void beginLast();

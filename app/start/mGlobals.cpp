@@ -361,7 +361,7 @@ display:
   main.folders().restore();
   Session& session = Session::of(main);
   if (!arguments.session.isEmpty()) session.begin(arguments.session);
-  else if (lines.isEmpty() && !arguments.noSession) session.beginLast();
+  else if ((lines.isEmpty() || !Session::isKept()) && !arguments.noSession) session.beginLast();
   main.show();
   QTimer::singleShot(0, &main, [] { QApplication::setWindowIcon(icons::application()); });   // drawn after the text is visible
   SessionEnd sessionEnd(main);
