@@ -9,6 +9,7 @@
 #include <QTimerEvent>
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "control/edit/TextMime.h"
 #include "control/view/PaneAccessible.h"
@@ -113,6 +114,7 @@ void Pane::flushText() {
   }
   allDirty_ = false;
   pending_.reset();
+  repaintSelection();
   PaneAccessible::announceText(this);
   restartColoring();
   findBracket();
@@ -185,20 +187,25 @@ void Pane::showSelection() {
   shown([this] { updateSelection(); });
 }
 
-void Pane::updateSelection() {
+// After a change of the text too: it may move the lines of a selection, and the edges of a block in all of its lines.
+void Pane::repaintSelection() {
   const text::SelectionState old = shownSelection_, now = editor_->selection();
-  const auto lineOf = [this](ByteOffset at) { return snapshot().lineAt(std::min(at, snapshot().size())).value; };
-  const auto update = [&](ByteOffset a, ByteOffset b) {
-    updateLines(std::min(lineOf(a), lineOf(b)), std::max(lineOf(a), lineOf(b)));
-  };
-  if (old.column || now.column || old.anchor != now.anchor) {
-    update(old.anchor, old.caret);
-    update(now.anchor, now.caret);
+  const auto update = [&](std::int64_t a, std::int64_t b) { updateLines(std::min(a, b), std::max(a, b)); };
+  const std::int64_t anchor = lineAt(now.anchor), caret = lineAt(now.caret);
+  if (old.column || now.column || old.anchor != now.anchor || shownAnchor_ != anchor) {
+    update(shownAnchor_, shownCaret_);
+    update(anchor, caret);
   } else {
-    update(old.caret, now.caret);   // and the ends of the highlighted line
-    if ((old.anchor == old.caret) != (now.anchor == now.caret)) update(now.anchor, now.anchor);
+    update(shownCaret_, caret);   // and the ends of the highlighted line
+    if ((old.anchor == old.caret) != (now.anchor == now.caret)) update(anchor, anchor);
   }
+  shownAnchor_ = anchor;
+  shownCaret_ = caret;
   shownSelection_ = now;
+}
+
+void Pane::updateSelection() {
+  repaintSelection();
   if (overtypeShown_ != editor_->overtype) {
     overtypeShown_ = editor_->overtype;
     emit overtypeChanged(overtypeShown_);
@@ -212,22 +219,21 @@ void Pane::updateSelection() {
 }
 
 void Pane::findBracket() {
-  const auto before = bracket_;
-  bracket_.reset();
+  const auto old = std::exchange(bracket_, std::nullopt);
+  const auto before = std::exchange(bracketLines_, {-1, -1});
   if (editor_->selection().anchor == editor_->selection().caret)
     bracket_ = matchingBracket(*state_.model, editor_->selection().caret, kBracketBudget);
+  if (bracket_) bracketLines_ = {lineAt(bracket_->here), lineAt(bracket_->partner)};
   const auto same = [](const auto& a, const auto& b) {
     return a.has_value() == b.has_value() && (!a || (a->here == b->here && a->partner == b->partner));
   };
-  if (same(before, bracket_)) return;
-  for (const auto& pair : {before, bracket_}) {
-    if (!pair) continue;
-    for (const ByteOffset at : {pair->here, pair->partner}) {
-      const std::int64_t line = snapshot().lineAt(std::min(at, snapshot().size())).value;
-      updateLines(line, line);
-    }
-  }
+  if (same(old, bracket_) && before == bracketLines_) return;
+  for (const auto& lines : {before, bracketLines_})
+    for (const std::int64_t line : lines)
+      if (line >= 0) updateLines(line, line);
 }
+
+std::int64_t Pane::lineAt(ByteOffset at) const { return snapshot().lineAt(std::min(at, snapshot().size())).value; }
 
 void Pane::publishSelection() {
   QClipboard* clipboard = QGuiApplication::clipboard();

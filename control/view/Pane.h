@@ -5,6 +5,7 @@
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
 #include <QPointer>
+#include <array>
 #include <memory>
 #include <new>
 
@@ -138,7 +139,9 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void noteSelection();   // called by the editor after a change
   void showSelection();
   void updateSelection();
+  void repaintSelection();
   void findBracket();
+  std::int64_t lineAt(text::ByteOffset at) const;   // counted from 0
   void restartBlink();
   void restartColoring();
 
@@ -164,6 +167,9 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   QBasicTimer scrollTimer_, blinkTimer_, colorTimer_;
 
   text::SelectionState shownSelection_;   // as painted last
+  // The lines in which selection and brackets were painted: what moves lines repaints all of them, so these stay true.
+  std::int64_t shownAnchor_ = 0, shownCaret_ = 0;
+  std::array<std::int64_t, 2> bracketLines_{-1, -1};   // -1: none
   std::optional<BracketPair> bracket_;
   std::optional<text::ByteOffset> dropAt_;
   std::unique_ptr<Preedit> preedit_;

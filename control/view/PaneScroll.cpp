@@ -29,11 +29,11 @@ void Pane::fit() {
   }
   view_.width = std::max(0, viewport()->width() - view_.margin);
   view_.height = viewport()->height();
-  if (top_ > highestTop()) {
-    top_ = view_.top = highestTop();
+  if (std::max(top_, view_.top) > highestTop()) {   // smooth scrolling may be on its way from below the last page
+    view_.top = highestTop();
+    top_ = std::min(top_, view_.top);
     viewport()->update();
   }
-  view_.top = std::min(view_.top, highestTop());
 
   settingBars_ = true;
   QScrollBar* vertical = verticalScrollBar();

@@ -1,4 +1,6 @@
 // What a pane paints, and when.
+#include <QScreen>
+#include <QScrollBar>
 #include <random>
 
 #include "control/code/LanguageTable.h"
@@ -160,6 +162,68 @@ TEST_F(Painting, OnlyChangedLinesArePainted) {
   QApplication::processEvents();
   EXPECT_TRUE(spy.painted.contains(QPoint(5, pane()->view().yOf(3) + height / 2)));
   viewport()->removeEventFilter(&spy);
+}
+
+// After whatever is done, each view shows what it would if all of it were painted anew.
+TEST_F(Painting, WhatIsShownIsWhatAFullRepaintShows) {
+  CmLanguage language;
+  language.Keywords = q("if");
+  language.MultiLineComments1 = q("/*");
+  language.MultiLineComments2 = q("*/");
+  LanguageTable::registerLanguage(q("PaintTest"), language);
+  put("|");
+  control.setLanguage(q("PaintTest"));
+  control.splitPanes(0.5, 0);
+  CodeMax second(control, nullptr);
+  second.resize(300, 200);
+  second.show();
+  Pane* const panes[] = {pane(0), pane(1), second.findChild<Pane*>()};
+  std::mt19937 random(5);
+  const auto any = [&](int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); };
+  const QStringList pieces{q("("), q(")"), q("{"), q("}\r"), q("/*"), q("*/"), q("\r"), q("if "), q("ab "), q("\t")};
+  // clang-format off
+  const int keys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End, Qt::Key_PageDown, Qt::Key_Delete, Qt::Key_Insert};
+  const std::function<void()> actions[] = {
+      [&] { typeText(pieces[any(10)]); },
+      [&] { pane(1)->type(any(2) ? q("b(\n") : q("*/")); },
+      [&] { key(keys[any(9)], any(3) == 0 ? Qt::ShiftModifier : Qt::NoModifier); },
+      [&] { key(any(2) ? Qt::Key_Z : Qt::Key_Y, Qt::ControlModifier); },
+      [&] { second.SetSel({any(30), any(9), any(30), any(9), any(3) == 0}); },
+      [&] { click(pointOf(any(20), any(9)), any(2) ? Qt::ShiftModifier : Qt::NoModifier); },
+      [&] { control.setBookmark(any(20), any(3) > 0); },
+      [&] { control.model()->clearBookmarks(); },
+      [&] { control.showHits(any(2) ? q("a") : QString(), {}); },
+      [&] { panes[any(3)]->setTopLine(any(40)); },
+      [&] { panes[any(3)]->scrollColumns(any(9) - 4); },
+      [&] { pane()->verticalScrollBar()->setValue(any(300)); },
+      [&] { control.setSmoothScrolling(any(2)); },
+      [&] { panes[any(3)]->setFocus(); },
+      [&] { pane()->clearFocus(); },
+      [&] { control.setWhiteSpaceDisplay(any(2)); },
+      [&] { control.setColorSyntax(any(2)); },
+      [&] { control.setLanguage(any(2) ? q("PaintTest") : QString()); },
+      [&] { control.setLeftMargin(any(2)); },
+      [&] { control.setZoom(80 + 10 * any(5)); },
+      [&] { control.SetColor(static_cast<int>(ColorSlot::Window), QColor(255, 255, 200 + any(55))); },
+      [&] { control.setLineBacks([on = any(2)](text::LineNo) { LineBack back; if (on) back.line = Qt::cyan; return back; }); },
+      [&] { ime(any(2) ? q("\u304B") : QString(), QString()); },
+  };
+  // clang-format on
+  for (int step = 0; step < 1000 && !HasFailure(); ++step) {
+    const int what = any(3) ? any(6) : any(static_cast<int>(std::size(actions)));
+    actions[what]();
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents();   // what a timer asked to be painted
+    for (const Pane* each : panes) {
+      QWidget *view = each->viewport(), *window = view->window();
+      const QRect place(view->mapTo(window, QPoint()), view->size());
+      const QPixmap shown = view->screen()->grabWindow(window->winId(), place.x(), place.y(), place.width(), place.height());
+      const auto image = [](const QPixmap& of) { return of.toImage().convertToFormat(QImage::Format_RGB32); };
+      EXPECT_TRUE(image(shown) == image(view->grab())) << "step " << step << ", action " << what;
+    }
+  }
+  control.setWhiteSpaceDisplay(false);
+  LanguageTable::unregisterLanguage(q("PaintTest"));
 }
 
 // Whatever the text is and wherever the caret goes, it is painted, and the caret is seen.
