@@ -52,7 +52,7 @@ class Recovery : public QObject {
   void discard();                  // the user discards the changes
   // Writes the whole text now, for a text that exists nowhere else. False: it could not be written.
   bool holdNow();
-  bool holds() const;   // the journal holds the whole text, on disk
+  bool holds() const;         // the journal holds the whole text, on disk
   QString fileName() const;   // of the journal, in the session's folder; empty: nothing is written yet
 
  private:
