@@ -5,6 +5,7 @@
 #include <QHoverEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QSet>
 #include <QStyleOption>
 #include <algorithm>
 #include <utility>
@@ -111,24 +112,49 @@ void DocumentTabs::add(frmDocument* document) {
   connect(document, &frmDocument::captionChanged, this, [this, document] { showCaption(document, tabOf(document)); });
 }
 
-void DocumentTabs::add(const QList<LateDocument*>& late) {
+// The bar measures all tabs with each one that comes, goes or is renamed: meanwhile it is hidden, and captions are shown at the end.
+void DocumentTabs::changeMany(const std::function<void()>& change) {
   const QSignalBlocker quiet(this);
   const bool shown = !isHidden();
   hide();
-  const int first = count();
-  fills_ = true;   // the bar measures all tabs with each one that comes
-  for (LateDocument* one : late) {
-    one->setParent(this);
-    setTabData(addTab(QString()), QVariant::fromValue<QObject*>(one));
-  }
+  fills_ = true;
+  change();
   fills_ = false;
-  for (int tab = first; tab < count(); ++tab) showCaption(entryAt(tab), tab);
+  const QSet<QString> titles = std::exchange(waiting_, {});
+  for (int tab = 0; tab < count(); ++tab)
+    if (QObject* entry = entryAt(tab); titles.contains(titles_.value(entry))) showName(entry, tab);
   setVisible(shown);
+}
+
+void DocumentTabs::add(const QList<LateDocument*>& late) {
+  changeMany([&] {
+    for (LateDocument* one : late) {
+      one->setParent(this);
+      const int tab = addTab(QString());
+      setTabData(tab, QVariant::fromValue<QObject*>(one));
+      showCaption(one, tab);
+    }
+  });
+}
+
+void DocumentTabs::remove(const QList<LateDocument*>& late) {
+  const QSet<const QObject*> going(late.begin(), late.end());
+  changeMany([&] {
+    for (int tab = count() - 1; tab >= 0; --tab)
+      if (QObject* entry = entryAt(tab); going.contains(entry)) {
+        removeTab(tab);
+        forget(entry);
+      }
+  });
 }
 
 void DocumentTabs::remove(QObject* entry) {
   const QSignalBlocker quiet(this);
   if (const int tab = tabOf(entry); tab >= 0) removeTab(tab);
+  forget(entry);
+}
+
+void DocumentTabs::forget(QObject* entry) {
   disconnect(entry, nullptr, this, nullptr);
   const QString was = titles_.take(entry);
   byTitle_[was].removeOne(entry);
@@ -145,11 +171,20 @@ void DocumentTabs::replace(LateDocument* late, frmDocument* document) {
   remove(late);
 }
 
-void DocumentTabs::rename(LateDocument* late, const QString& path, const QString& title) {
-  late->path = path;
-  late->title = title;
-  showCaption(late, tabOf(late));
+void DocumentTabs::rename(const QHash<LateDocument*, QString>& paths) {
+  changeMany([&] {
+    for (int tab = 0; tab < count(); ++tab) {
+      auto* late = qobject_cast<LateDocument*>(entryAt(tab));
+      if (const auto path = paths.find(late); late && path != paths.end()) {
+        late->path = *path;
+        late->title = GetFileTitle(*path);
+        showCaption(late, tab);
+      }
+    }
+  });
 }
+
+void DocumentTabs::showAgain(LateDocument* late) { showCaption(late, tabOf(late)); }
 
 void DocumentTabs::setActive(frmDocument* document) {
   const QSignalBlocker quiet(this);
@@ -204,12 +239,19 @@ void DocumentTabs::showCaption(QObject* entry, int tab) {
     byTitle_[named.title] << entry;
   }
   if (byTitle_[named.title].size() > 1) showNames(named.title);
-  else setTabText(tab, nameOf(entry).replace(u'&', QLatin1String("&&")));
+  else if (fills_) waiting_ << named.title;
+  else showName(entry, tab);
 }
 
+void DocumentTabs::showName(const QObject* entry, int tab) { setTabText(tab, nameOf(entry).replace(u'&', QLatin1String("&&"))); }
+
 void DocumentTabs::showNames(const QString& title) {
-  for (QObject* entry : byTitle_.value(title))
-    if (const int tab = tabOf(entry); tab >= 0) setTabText(tab, nameOf(entry).replace(u'&', QLatin1String("&&")));
+  if (fills_) {
+    waiting_ << title;
+    return;
+  }
+  for (const QObject* entry : byTitle_.value(title))
+    if (const int tab = tabOf(entry); tab >= 0) showName(entry, tab);
 }
 
 QString DocumentTabs::nameOf(const QObject* entry) const {
@@ -217,7 +259,8 @@ QString DocumentTabs::nameOf(const QObject* entry) const {
   const QString& path = named.path;
   qsizetype alike = 0;   // characters at the end of the path that another one has too
   for (const QObject* other : path.isEmpty() ? QList<QObject*>() : byTitle_.value(named.title)) {
-    const QString otherPath = namesOf(other).path;
+    const auto* document = qobject_cast<const frmDocument*>(other);
+    const QString otherPath = document ? document->CurrentFileName() : static_cast<const LateDocument*>(other)->path;
     if (otherPath == path) continue;
     const auto differs = std::mismatch(path.crbegin(), path.crend(), otherPath.crbegin(), otherPath.crend());
     alike = std::max<qsizetype>(alike, differs.first - path.crbegin());

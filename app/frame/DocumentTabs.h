@@ -5,7 +5,9 @@
 #pragma once
 
 #include <QHash>
+#include <QSet>
 #include <QTabBar>
+#include <functional>
 
 class LateDocument;
 class frmDocument;
@@ -19,7 +21,9 @@ class DocumentTabs : public QTabBar {
   void add(const QList<LateDocument*>& late);                // behind the others; takes them
   void remove(QObject* entry);                               // a LateDocument is destroyed, later
   void replace(LateDocument* late, frmDocument* document);   // the document, which has a tab, takes the place of the other
-  void rename(LateDocument* late, const QString& path, const QString& title);
+  void remove(const QList<LateDocument*>& late);             // destroyed, later
+  void rename(const QHash<LateDocument*, QString>& paths);   // to these whole paths
+  void showAgain(LateDocument* late);                        // after a change of its state
   void setActive(frmDocument* document);
   QObject* entryAt(int tab) const;   // null: no such tab
   frmDocument* documentAt(int tab) const;
@@ -54,10 +58,14 @@ class DocumentTabs : public QTabBar {
  private:
   void makeClosable(int tab);
   void showCaption(QObject* entry, int tab);
+  void showName(const QObject* entry, int tab);
+  void changeMany(const std::function<void()>& change);
+  void forget(QObject* entry);
   void showNames(const QString& title);       // of all with this title
   QHash<const QObject*, QString> titles_;     // as shown
   QHash<QString, QList<QObject*>> byTitle_;   // the same the other way round
   mutable QHash<QString, QSize> sizes_;       // of tabs without a button, by their text
-  bool fills_ = false;
+  bool fills_ = false;                        // in changeMany
+  QSet<QString> waiting_;                     // titles whose captions are to be shown at its end
   int pressed_ = -1;
 };

@@ -103,7 +103,14 @@ void frmMain::closeEntry(QObject* entry) {
 }
 
 void frmMain::dropLate() {
-  for (LateDocument* late : tabs_->late()) closeEntry(late);
+  QList<LateDocument*> going;
+  for (LateDocument* late : tabs_->late())
+    if (!late->isModified() && late != opening_) going << late;
+  if (going.isEmpty()) return;
+  tabs_->remove(going);
+  if (active_) tabs_->setActive(active_);
+  SetupMenus();
+  emit tabsChanged();
 }
 
 void frmMain::showTabFrom(int tab) {
@@ -120,11 +127,10 @@ void frmMain::showTabFrom(int tab) {
 }
 
 void frmMain::followRenamed(const QString& from, const QString& to) {
-  for (LateDocument* late : tabs_->late()) {
-    if (to.isEmpty() || (late->path != from && !late->path.startsWith(from + u'/'))) continue;
-    const QString path = to + late->path.mid(from.size());
-    tabs_->rename(late, path, GetFileTitle(path));
-  }
+  QHash<LateDocument*, QString> paths;
+  for (LateDocument* late : tabs_->late())
+    if (!to.isEmpty() && (late->path == from || late->path.startsWith(from + u'/'))) paths[late] = to + late->path.mid(from.size());
+  if (!paths.isEmpty()) tabs_->rename(paths);
   emit tabsChanged();
 }
 
