@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QRegion>
 #include <QScopedValueRollback>
 #include <algorithm>
 
@@ -170,10 +171,16 @@ void Session::show() {
   if (!active) return;
   cancelled_ = false;
   std::vector<QPointer<LateDocument>> seen;
-  if (active->kept.state != windowstate::kMaximised) {   // then the other windows are seen beside it
+  if (active->kept.state != windowstate::kMaximised) {   // then the other windows are seen beside it, unless they are covered
     for (LateDocument* late : frame_.tabs().late())
       if (static_cast<Late*>(late)->kept.state == windowstate::kNormal && late != active_) seen.emplace_back(late);
     std::ranges::stable_sort(seen, {}, [](const auto& late) { return static_cast<const Late*>(late.data())->kept.level; });
+    QRegion covered = active->place;
+    for (auto late = seen.rbegin(); late != seen.rend(); ++late) {   // from the top
+      const QRect place = (*late)->place;
+      if (!place.isEmpty() && QRegion(place).subtracted(covered).isEmpty()) late->clear();
+      else covered += place;
+    }
   }
   for (const auto& late : seen)
     if (late && !late->isModified() && !cancelled_) frame_.openLate(*late);

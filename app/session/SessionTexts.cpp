@@ -216,13 +216,13 @@ void Session::takeTexts(const std::shared_ptr<Looked>& looked) {
       if (isActive) activeText = document;
       if (document || !looked->tabs[i]) continue;
       if (!late->path.isEmpty()) {
-        frame_.tabs().rename(late, late->path, late->title);   // its caption
+        frame_.tabs().showAgain(late);
         continue;
       }
     }
     lost << plainForDisplay(late->path.isEmpty() ? late->title : late->path, 200);
     if (late->path.isEmpty()) frame_.closeEntry(late);
-    else frame_.tabs().rename(late, late->path, late->title);   // its caption
+    else frame_.tabs().showAgain(late);
   }
   if (!lost.isEmpty()) tell(tr("No unsaved text was found of: %1").arg(lost.join(QLatin1String(", "))));
   frmDocument* shown = activeWaits && activeText ? activeText : before;
