@@ -5,6 +5,7 @@
 #include <random>
 
 #include <QComboBox>
+#include <QElapsedTimer>
 
 #include "app/boxes/frmRecovered.h"
 #include "app/find/FindFrame.h"
@@ -329,6 +330,45 @@ TEST_F(SessionFrame, ADiskThatHangsDelaysNobody) {
   cancel.stop();
   main->nextWindow(1);
   EXPECT_EQ(shown(), "hangs.v Untitled 1");
+}
+
+// All of them have the same title: the slowest case for captions.
+TEST_F(SessionFrame, TwoThousandTabsAreRenamedAndClosedAtOnce) {
+  SessionState many;
+  for (std::size_t i = 0; i < SessionFile::kMostDocuments; ++i)
+    many.documents.emplace_back().path = fromQString(path("dir/") + QString::number(i) + q("/a.v"));
+  ASSERT_EQ(SessionFile(fromQString(userStateFolder() + q("/session"))).write(many, 1), "");
+  main->resize(1000, 700);
+  session().beginLast();
+  main->show();
+  ASSERT_EQ(tabs().count(), 2000);
+  QElapsedTimer clock;
+  clock.start();
+  emit main->fileRenamed(path("dir"), path("other"));
+  const qint64 renamed = clock.restart();
+  EXPECT_EQ(DocumentTabs::namesOf(tabs().entryAt(1999)).path, path("other/1999/a.v"));
+  EXPECT_EQ(tabs().tabText(7), q("7/a.v"));
+  main->mnuFileCloseAll_Click();
+  const qint64 closed = clock.elapsed();
+  EXPECT_EQ(tabs().count(), 0);
+  EXPECT_TRUE(tabs().isVisible());
+  EXPECT_LT(renamed + closed, 1500) << renamed << ' ' << closed;
+}
+
+TEST_F(SessionFrame, AWindowThatIsCoveredWaits) {
+  SessionState state;
+  for (const char* name : {"top.v", "covered.v", "wide.v", "under.v"}) {
+    KeptDocument& one = state.documents.emplace_back();
+    one.path = fromQString(write(name));
+    one.level = 4 - std::int64_t(state.documents.size());
+    one.place = {0, 0, 500, 300};
+  }
+  state.documents[2].place[2] = 600;
+  state.active = 0;
+  ASSERT_EQ(SessionFile(fromQString(userStateFolder() + q("/session"))).write(state, 1), "");
+  begin();
+  EXPECT_EQ(shown(), "top.v (covered.v) wide.v (under.v)");
+  EXPECT_EQ(main->activeDocument()->CurrentFileTitle(), q("top.v"));
 }
 
 // J4: a start without the session leaves its journals alone. A session whose journal is not there says so.
