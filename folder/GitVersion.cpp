@@ -58,7 +58,11 @@ text::LoadedFile gitVersion(const std::string& path, const std::string& version,
     const process::Captured known = version.empty() ? shown : run({"rev-parse", "--verify", "--quiet", version + "^{tree}"});
     const process::Captured tree = run({"rev-parse", "--git-dir"});
     if (tree.exitCode != 0) return failed(ownWords(tree));   // such as a folder of another owner
-    if (version.empty()) return failed("Version control does not track this file");
+    if (version.empty()) {
+      const process::Captured unmerged = run({"--literal-pathspecs", "ls-files", "--unmerged", "--", name});
+      return failed(unmerged.output.empty() ? "Version control does not track this file"
+                                            : "The file has a conflict that is not resolved: no version of it is staged");
+    }
     if (known.exitCode != 0) return failed("Version control has no version \"" + version + "\"");
     return failed("The version \"" + version + "\" does not hold this file");
   }

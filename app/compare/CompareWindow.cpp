@@ -119,7 +119,8 @@ CodeMax& CompareWindow::active() { return merge_ ? merge_->result() : view_->tex
 
 frmDocument* CompareWindow::activeDocument() const { return result_ ? result_.data() : document(view_->active()); }
 
-void CompareWindow::merge(frmDocument* result, const std::vector<text::MergeRegion>& regions, const text::MergedText& merged) {
+MergeView& CompareWindow::merge(frmDocument* result, const std::vector<text::MergeRegion>& regions,
+                                const text::MergedText& merged) {
   result_ = result;
   auto* splitter = new QSplitter(Qt::Vertical, this);
   takeCentralWidget();
@@ -143,6 +144,7 @@ void CompareWindow::merge(frmDocument* result, const std::vector<text::MergeRegi
   showNames();
   showState();
   if (!merge_->step(1)) merge_->result().setFocus();
+  return *merge_;
 }
 
 // The keys and the caption are those of the frame's menu; what it does concerns the texts of this window.

@@ -36,7 +36,7 @@ class CompareWindow : public QMainWindow {
   void swapSides();
   void refresh();   // reads again what is no document, and compares again
   // Shows the result of merging the two texts below them. result: the document that holds merged.text.
-  void merge(frmDocument* result, const std::vector<text::MergeRegion>& regions, const text::MergedText& merged);
+  MergeView& merge(frmDocument* result, const std::vector<text::MergeRegion>& regions, const text::MergedText& merged);
   void save();   // the document of the active side, or the result of merging
   void saveAll();
   std::function<bool()> mayClose;   // null: always; the texts stay open

@@ -16,6 +16,7 @@
 #include "document/frmDocument.h"
 #include "text/file/FileCalls.h"
 #include "text/file/FileIo.h"
+#include "text/line/Chars.h"
 
 namespace {
 
@@ -54,6 +55,15 @@ Loaded load(frmMain& frame, const QString& path) {
   made.source.text = file->text;
   made.source.format = file->format;
   return made;
+}
+
+bool isAscii(const text::Snapshot& text) {
+  for (text::ByteOffset at(0); at < text.size();) {
+    const std::string_view chunk = text.chunkAt(at);
+    if (!text::isAscii(chunk)) return false;
+    at += std::ssize(chunk);
+  }
+  return true;
 }
 
 // A document for a side that can be changed; for nothing, a text that cannot.
@@ -103,7 +113,9 @@ int merge(frmMain& frame, const DiffTask& task) {
   if (fileIsMissing(task.output)) {
     document = frame.LoadNewDoc();
     document->beginFile(task.output);
-    document->cmx->model()->format = sides[0].source.format;
+    // A text of ASCII does not say in what encoding the others are.
+    const bool another = isAscii(left) && !isAscii(right);
+    document->cmx->model()->format = sides[another ? 1 : 0].source.format;
   } else {
     bool ok = false;
     document = frame.mainOpenFile(task.output, ok);
@@ -115,13 +127,14 @@ int merge(frmMain& frame, const DiffTask& task) {
   document->SetLanguage(languageOfFile(task.output, *document->cmx));
   for (std::size_t i = 0; i < 2; ++i) sides[i].source.language = document->cmx->Language();
   CompareWindow* window = CompareFrame::of(frame).compare(sides[0].source, sides[1].source);
-  window->merge(document, regions, merged);
+  const MergeView& result = window->merge(document, regions, merged);
+  std::function<bool(text::SearchControl&)> remains;
+  QObject::connect(window, &CompareWindow::closed, [&] { remains = result.remains(); });
   untilClosed(frame, window);
-  const text::Snapshot saved = document->cmx->model()->snapshot();
   bool marks = false;
   LongWork::run(
-      frame, saved.size().value, [&](text::SearchControl& control) { marks = MergeView::hasMarks(saved, control); },
-      tr("Reading..."), false);
+      frame, document->cmx->model()->snapshot().size().value,
+      [&](text::SearchControl& control) { marks = !remains || remains(control); }, tr("Reading..."), false);
   const bool unsaved = document->DocumentModified();
   closeAll(frame);
   return unsaved || marks ? 1 : 0;
@@ -167,6 +180,9 @@ QString diffTrouble(const DiffTask& task) {
         text::files::open(text::FileSystem::kCwd, fromQString(path), text::kRead | text::kNonBlock);
     if (!file.ok()) return tr("%1 cannot be read: %2").arg(path, toQString(text::errorText(file.error())));
   }
+  if (task.output.isEmpty() || fileIsMissing(task.output)) return {};
+  if (isFolder(task.output)) return tr("%1 is a folder").arg(task.output);
+  if (!isRegularFile(task.output)) return tr("%1 is not a regular file").arg(task.output);
   return {};
 }
 

@@ -14,8 +14,49 @@
 using text::LineNo;
 
 namespace {
-constexpr std::string_view kBegin = "<<<<<<<", kEnd = ">>>>>>>",
-                           kMarks[] = {kBegin, "|||||||", kEnd};   // "=======" also stands below headings
+constexpr std::string_view kBegin = "<<<<<<<", kEnd = ">>>>>>>", kMarks[] = {kBegin, "|||||||", kEnd},
+                           kMiddle = "=======";   // it also stands below headings
+
+bool hasMarks(const text::Snapshot& text, const text::SearchControl& control) {
+  text::LineReader reader(text);
+  for (std::string_view line; !control.cancel && reader.next(&line);)
+    for (const std::string_view mark : kMarks)
+      if (line.starts_with(mark) && (line.size() == mark.size() || line[mark.size()] == ' ')) return true;
+  return false;
+}
+
+bool hasMiddle(const text::Snapshot& text, const compare::Lines& lines) {
+  text::LineReader reader(text, LineNo(std::min(lines.begin, text.lineCount() - 1)));
+  std::string_view line;
+  for (std::int64_t at = lines.begin; at < lines.end && reader.next(&line); ++at)
+    if (line == kMiddle) return true;
+  return false;
+}
+
+struct Version {
+  const text::Snapshot& text;
+  compare::Lines lines;
+};
+
+// True when the lines are those of the versions, one behind the other.
+bool isMadeOf(const text::Snapshot& text, const compare::Lines& lines, const std::vector<Version>& versions) {
+  std::int64_t count = 0;
+  for (const Version& version : versions) count += version.lines.count();
+  if (count != lines.count()) return false;
+  if (count == 0) return true;
+  text::LineReader is(text, LineNo(lines.begin));
+  for (const Version& version : versions) {
+    if (version.lines.empty()) continue;
+    text::LineReader was(version.text, LineNo(version.lines.begin));
+    std::string_view line, old;
+    for (std::int64_t i = 0; i < version.lines.count(); ++i)
+      if (!is.next(&line) || !was.next(&old) || line != old) return false;
+  }
+  return true;
+}
+
+compare::Lines leftOf(const text::MergeRegion& region) { return {region.leftBegin.value, region.leftEnd.value}; }
+compare::Lines rightOf(const text::MergeRegion& region) { return {region.rightBegin.value, region.rightEnd.value}; }
 }
 
 MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Snapshot& right,
@@ -65,8 +106,9 @@ MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Sn
     return back;
   });
   connect(result_, &CodeMax::SelChange, this, &MergeView::showState);
-  connect(result_->model().get(), &TextModel::changed, this, &MergeView::showState);
-  showState();
+  connect(result_->model().get(), &TextModel::changed, this, &MergeView::textChanged);
+  left_ = static_cast<int>(conflicts_.size());
+  showCount();
 }
 
 MergeView::~MergeView() { disconnect(result_, nullptr, this, nullptr); }
@@ -84,15 +126,11 @@ bool MergeView::stands(const Conflict& conflict) const {
   return begin < end && text::beginOfLine(now, LineNo(begin), std::ssize(kBegin)) == kBegin;
 }
 
-int MergeView::left() const {
-  return static_cast<int>(std::ranges::count_if(conflicts_, [this](const Conflict& one) { return stands(one); }));
-}
-
 const MergeView::Conflict* MergeView::at(std::int64_t line) const {
   const auto behind = std::ranges::partition_point(conflicts_, [&](const Conflict& one) { return linesOf(one).first <= line; });
   if (behind == conflicts_.begin()) return nullptr;
   const Conflict& conflict = *(behind - 1);
-  return line < linesOf(conflict).second && stands(conflict) ? &conflict : nullptr;
+  return line < linesOf(conflict).second && conflict.stands ? &conflict : nullptr;
 }
 
 const MergeView::Conflict* MergeView::current() const { return at(result_->CurrentPosition().LineNo); }
@@ -100,7 +138,7 @@ const MergeView::Conflict* MergeView::current() const { return at(result_->Curre
 bool MergeView::step(int direction) {
   std::vector<const Conflict*> open;
   for (const Conflict& conflict : conflicts_)
-    if (stands(conflict)) open.push_back(&conflict);
+    if (conflict.stands) open.push_back(&conflict);
   if (open.empty()) return false;
   const std::int64_t line = result_->CurrentPosition().LineNo;
   const auto begins = [this](const Conflict* conflict) { return linesOf(*conflict).first; };
@@ -149,8 +187,7 @@ bool MergeView::take(Take what) {
   const auto [conflict, end] = whole(current());
   if (!conflict) return false;
   const std::int64_t begin = linesOf(*conflict).first;
-  const text::MergeRegion& region = conflict->region;
-  const compare::Lines left{region.leftBegin.value, region.leftEnd.value}, right{region.rightBegin.value, region.rightEnd.value};
+  const compare::Lines left = leftOf(conflict->region), right = rightOf(conflict->region);
   text::Snapshot from = sides_[what == Take::right ? 1 : 0];
   compare::Lines fresh = what == Take::right ? right : left;
   if (what == Take::both) {
@@ -171,19 +208,49 @@ bool MergeView::take(Take what) {
   return true;
 }
 
-bool MergeView::hasMarks(const text::Snapshot& text, text::SearchControl& control) {
-  text::LineReader reader(text);
-  for (std::string_view line; !control.cancel && reader.next(&line);)
-    for (const std::string_view mark : kMarks)
-      if (line.starts_with(mark) && (line.size() == mark.size() || line[mark.size()] == ' ')) return true;
-  return false;
+std::function<bool(text::SearchControl&)> MergeView::remains() const {
+  std::vector<std::pair<compare::Lines, text::MergeRegion>> parts;
+  for (const Conflict& conflict : conflicts_) {
+    const auto [begin, end] = linesOf(conflict);
+    parts.push_back({{begin, end}, conflict.region});
+  }
+  return [text = result_->model()->snapshot(), sides = sides_, parts = std::move(parts)](const text::SearchControl& control) {
+    if (hasMarks(text, control)) return true;
+    for (const auto& [lines, region] : parts) {
+      if (control.cancel) return false;
+      const Version left{sides[0], leftOf(region)}, right{sides[1], rightOf(region)};
+      if (hasMiddle(text, lines) && !isMadeOf(text, lines, {left}) && !isMadeOf(text, lines, {right}) &&
+          !isMadeOf(text, lines, {left, right}))
+        return true;
+    }
+    return false;
+  };
+}
+
+// Only the conflicts at a changed place are looked at: there may be very many.
+void MergeView::textChanged(const text::Change& change) {
+  auto from = conflicts_.begin(), to = conflicts_.end();
+  if (!change.reset && !change.spans.empty()) {
+    const std::int64_t first = change.spans.front().firstLine.value;
+    const std::int64_t last = (change.spans.back().firstLine + change.spans.back().linesInserted).value;
+    from = std::ranges::partition_point(conflicts_, [&](const Conflict& one) { return linesOf(one).second < first; });
+    to = std::partition_point(from, to, [&](const Conflict& one) { return linesOf(one).first <= last; });
+  }
+  for (; from < to; ++from) {
+    const bool stood = std::exchange(from->stands, stands(*from));
+    left_ += int(from->stands) - int(stood);
+  }
+  showCount();
+}
+
+void MergeView::showCount() {
+  count_->setText(left_ == 0 ? tr("Result: no conflict is left")
+                             : tr("Result: %1").arg(counted(left_, tr("conflict left"), tr("conflicts left"))));
+  for (QToolButton* each : steps_) each->setEnabled(left_ > 0);
+  showState();
 }
 
 void MergeView::showState() {
-  const int open = left();
-  count_->setText(open == 0 ? tr("Result: no conflict is left")
-                            : tr("Result: %1").arg(counted(open, tr("conflict left"), tr("conflicts left"))));
-  for (QToolButton* each : steps_) each->setEnabled(open > 0);
   const bool here = current() != nullptr;
   for (QToolButton* each : takes_) each->setEnabled(here);
 }

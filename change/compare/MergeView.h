@@ -4,10 +4,12 @@
 
 #include <QWidget>
 #include <array>
+#include <functional>
 #include <vector>
 
 #include "control/edit/TextModel.h"
 #include "text/diff/Merge.h"
+#include "text/find/Search.h"
 
 class CodeMax;
 class QLabel;
@@ -22,13 +24,14 @@ class MergeView : public QWidget {
   ~MergeView() override;
 
   CodeMax& result() { return *result_; }
-  int left() const;           // conflicts whose marks still stand
-  bool step(int direction);   // to the next or previous one, round at the ends; false: none is left
+  int left() const { return left_; }   // conflicts whose marks still stand
+  bool step(int direction);            // to the next or previous one, round at the ends; false: none is left
   enum class Take { left, right, both };
   bool take(Take what);   // for the conflict at the caret; one undo step
 
-  // True when a line of the text begins as a mark of a conflict does. Linear; on any thread.
-  static bool hasMarks(const text::Snapshot& text, text::SearchControl& control);
+  // Tells of the present text, on any thread, whether marks of conflicts remain in it: a line that begins as a mark does, or
+  // "=======" in a conflict for which no side was taken. Linear.
+  std::function<bool(text::SearchControl&)> remains() const;
 
  signals:
   void shown(const text::MergeRegion& region);
@@ -39,18 +42,22 @@ class MergeView : public QWidget {
     text::LineNo madeBegin, madeEnd;   // its lines in the merged text
     text::MarkId begin = 0, end = 0;
     bool toEnd = false;   // of the text
+    bool stands = true;
   };
   std::pair<std::int64_t, std::int64_t> linesOf(const Conflict& conflict) const;
   bool stands(const Conflict& conflict) const;
   std::pair<const Conflict*, std::int64_t> whole(const Conflict* conflict) const;
   const Conflict* at(std::int64_t line) const;   // that still stands; null: none
   const Conflict* current() const;
+  void textChanged(const text::Change& change);
+  void showCount();
   void showState();
 
   CodeMax* result_;
   const std::array<text::Snapshot, 2> sides_;
   const text::Snapshot made_;   // the merged text
   std::vector<Conflict> conflicts_;
+  int left_ = 0;
   QLabel* count_;
   std::vector<QToolButton*> steps_, takes_;
 };

@@ -138,6 +138,33 @@ TEST_F(Compare, MergingEndsInOrderOnlyWhenItIsSavedWithoutConflicts) {
   }
 }
 
+TEST_F(Compare, AMarkLeftInTheResultIsAConflict) {
+  write("base", "a\nb\nc\n");
+  write("left", "a\nleft\n=======\nc\n");
+  write("right", "a\nright \xe9\nc\n");
+  const QStringList words{u"--diff"_s, u"left"_s, u"right"_s, u"base"_s, u"--output=out"_s};
+  for (const bool taken : {false, true}) {
+    QFile::remove(path("out"));
+    EXPECT_EQ(diff(words,
+                   [&](CompareWindow& window) {
+                     MergeView& view = *window.findChild<MergeView*>();
+                     CodeMax& text = view.result();
+                     EXPECT_TRUE(!taken || view.take(MergeView::Take::both));
+                     for (int line = text.LineCount() - 1; line >= 0 && !taken; --line) {
+                       const QString mark = text.GetLine(line).left(3);
+                       if (mark != u"<<<" && mark != u"|||" && mark != u">>>") continue;
+                       text.SetSel({line, 0, line + 1, 0, false});
+                       text.ExecuteCmd(Cmd::DELETE);
+                     }
+                     EXPECT_EQ(view.left(), 0);
+                     window.save();
+                   }),
+              taken ? 0 : 1);
+    EXPECT_EQ(read(path("out")), taken ? "a\nleft\n=======\nright \xe9\nc\n" : "a\nleft\n=======\nb\n=======\nright \xe9\nc\n")
+        << "in the encoding of the side that tells one";
+  }
+}
+
 TEST_F(Compare, DecidingAConflictTakesItsLinesOnly) {
   write("base", "a\n1\nz\nt\n");
   write("left", "left\n1\nLEFT\nt\n");
@@ -191,6 +218,8 @@ TEST_F(CompareRun, TroubleIsStatus2AndSaysWhy) {
                {{u"a.v"_s}, "two files"},
                {{u"a.v"_s, u"a.v"_s, u"a.v"_s}, "--output"},
                {{u"a.v"_s, u"a.v"_s, u"--output"_s, u"x"_s}, "three files"},
+               {{u"a.v"_s, u"a.v"_s, u"a.v"_s, u"--output"_s, u"folder"_s}, "folder is a folder"},
+               {{u"a.v"_s, u"a.v"_s, u"a.v"_s, u"--output=/dev/null"_s}, "/dev/null is not a regular file"},
                {{u"a.v"_s, u"a.v"_s, u"--batch"_s}, "excludes"}};
   for (const auto& c : cases) {
     EXPECT_EQ(run(QStringList{u"--diff"_s} + c.words), 2) << c.says;

@@ -68,6 +68,17 @@ TEST_F(GitVersion, IsTheFileAsItWas) {
   EXPECT_EQ(shown(top + "/new.v", "--help"), "error: \"--help\" cannot be the name of a version");
   EXPECT_EQ(shown(path("x").toStdString(), "HEAD"), "error: The file is in no working copy of version control (git)");
 
+  git({"checkout", "-q", "-b", "other"});
+  put("wide.v", "theirs");
+  git({"commit", "-q", "-a", "-m", "two"});
+  git({"checkout", "-q", "-"});
+  put("wide.v", "ours");
+  git({"commit", "-q", "-a", "-m", "three"});
+  const std::string merge = "git -C " + top + " -c user.name=a -c user.email=b merge -q other";
+  EXPECT_EQ(process::capture({"sh", "-c", merge}, {}).exitCode, 1);
+  EXPECT_EQ(shown(top + "/wide.v", ""), "error: The file has a conflict that is not resolved: no version of it is staged");
+  git({"reset", "-q", "--hard", "HEAD~1"});
+
   // Started by git itself, the editor inherits what names another working copy.
   ::setenv("GIT_DIR", "/nowhere", 1);
   EXPECT_EQ(shown(top + "/wide.v", "HEAD"), "a\n");
