@@ -159,7 +159,8 @@ QAction* CompareWindow::mirror(const FrameCommand& row) {
   action->setCheckable(row.checkable);
   action->setProperty(kNamedActionProperty, original->property(kNamedActionProperty));
   connect(action, &QAction::triggered, this, [this, &row] {
-    if (row.command) active().ExecuteCmd(row.command);
+    if (!merge_ && (row.needs & (kUndo | kRedo))) view_->undo(row.command);
+    else if (row.command) active().ExecuteCmd(row.command);
     else row.run(frame_);
   });
   actions_ << std::pair(&row, action);
@@ -216,10 +217,10 @@ void CompareWindow::showNames() {
 
 void CompareWindow::showState() {
   summary_->setText(view_->summary());
-  CodeMax& text = active();
   for (const auto& [row, action] : actions_) {
     bool on = true;
     if (row->command) {
+      CodeMax& text = !merge_ && (row->needs & (kUndo | kRedo)) ? view_->text(view_->undoSide()) : active();
       on = (!(row->needs & kWritable) || !text.ReadOnly()) && (!(row->needs & kSelection) || text.HasSelection()) &&
            (!(row->needs & kUndo) || text.CanUndo()) && (!(row->needs & kRedo) || text.CanRedo());
     } else if (row->needs & kOthers) {

@@ -1,6 +1,7 @@
 #include "change/compare/CompareView.h"
 
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QScopedValueRollback>
 #include <QTimer>
@@ -9,6 +10,7 @@
 #include "base/Counted.h"
 #include "change/compare/CompareStrip.h"
 #include "control/CodeMax.h"
+#include "control/keys/KeyMap.h"
 #include "text/file/Encoding.h"
 #include "text/line/LineEnds.h"
 
@@ -78,12 +80,19 @@ void CompareView::setUp(Side side) {
   text->setLineBacks([this, text](LineNo line) { return backOf(sideOf(text), line); });
   connect(text, &CodeMax::Scrolled, this, [this, text] { syncFrom(sideOf(text)); });
   connect(text, &CodeMax::GotFocus, this, [this, text] {
+    if (sideOf(text) != active_) takenTo_.reset();
     active_ = sideOf(text);
     emit stateChanged();
   });
   connect(text, &CodeMax::SelChange, this, [this, text] {
-    if (sideOf(text) == active_) emit stateChanged();
+    if (sideOf(text) != active_) return;
+    if (!own_) takenTo_.reset();
+    emit stateChanged();
   });
+  connect(text->model().get(), &TextModel::changed, this, [this] {
+    if (!own_) takenTo_.reset();
+  });
+  text->focusProxy()->installEventFilter(this);   // its only pane
 }
 
 void CompareView::arrange() {
@@ -171,6 +180,7 @@ void CompareView::showLine(Side side, qint64 line) {
 void CompareView::showDifference(int difference) {
   if (difference < 0 || difference >= count()) return;
   const text::LineHunk hunk = comparison_->hunks()[comparison_->hunkOf(difference)];
+  const QScopedValueRollback own(own_, true);
   for (const Side side : {kLeft, kRight}) {
     const qint64 line = std::min<qint64>(linesOf(hunk, side).begin, texts_[side]->LineCount() - 1);
     texts_[side]->SetSel({line, 0, line, 0, false}, false);
@@ -227,7 +237,33 @@ bool CompareView::takeOver(Side from, int difference) {
 }
 
 bool CompareView::apply(const compare::TakeOver& what) {
-  return comparison_->takeOver(what, texts_[compare::other(what.from)]->editor().selection());
+  const Side to = compare::other(what.from);
+  const QScopedValueRollback own(own_, true);
+  if (!comparison_->takeOver(what, texts_[to]->editor().selection())) return false;
+  takenTo_ = to;
+  emit stateChanged();
+  return true;
+}
+
+bool CompareView::undo(int command) {
+  const QScopedValueRollback own(own_, true);
+  const bool done = texts_[undoSide()]->ExecuteCmd(command);
+  emit stateChanged();
+  return done;
+}
+
+// The keys of a text go to it before any menu.
+bool CompareView::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() != QEvent::KeyPress) return QWidget::eventFilter(object, event);
+  const int stroke = KeyMap::strokeOf(*static_cast<QKeyEvent*>(event));
+  if (stroke == 0) return false;
+  KeyAction bound;
+  const KeyMap::Match match = keyMap().find(stroke, 0, &bound);
+  const bool second = std::exchange(inSequence_, !inSequence_ && match == KeyMap::Match::partial);
+  if (second || match != KeyMap::Match::exact || undoSide() == active_) return false;
+  if (bound.command != static_cast<int>(Cmd::UNDO) && bound.command != static_cast<int>(Cmd::REDO)) return false;
+  undo(bound.command);
+  return true;
 }
 
 void CompareView::swapSides() {
@@ -235,6 +271,7 @@ void CompareView::swapSides() {
   std::swap(names_[kLeft], names_[kRight]);
   std::swap(full_[kLeft], full_[kRight]);
   active_ = compare::other(active_);
+  if (takenTo_) takenTo_ = compare::other(*takenTo_);
   strip_->setTexts(texts_);
   overview_->setTexts(texts_);
   arrange();
@@ -263,6 +300,7 @@ QString CompareView::formats() const {
 
 QString CompareView::summary() const {
   QString text;
+  if (comparison_->failed()) return tr("The texts cannot be compared: there is not enough memory");
   if (count() > 0) {
     const int at = current();
     text = at >= 0 ? tr("Difference %L1 of %L2").arg(at + 1).arg(count()) : counted(count(), tr("difference"), tr("differences"));

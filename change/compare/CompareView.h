@@ -39,6 +39,10 @@ class CompareView : public QWidget {
   bool canTakeOver(compare::Side from) const;
   bool takeOver(compare::Side from);
   bool takeOver(compare::Side from, int difference);
+  // The side that undo and redo concern: the one that was last changed by taking over, until the user edits a text or moves in the
+  // active one; else the active one.
+  compare::Side undoSide() const { return takenTo_.value_or(active_); }
+  bool undo(int command);   // Cmd::UNDO or Cmd::REDO, on that side
   void swapSides();
   QString summary() const;   // "Difference 3 of 17", "The texts are equal" ...
 
@@ -47,6 +51,7 @@ class CompareView : public QWidget {
 
  protected:
   void resizeEvent(QResizeEvent* event) override;
+  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   void showNames();
@@ -67,6 +72,9 @@ class CompareView : public QWidget {
   CompareOverview* overview_;
   QGridLayout* grid_;
   compare::Side active_ = compare::kLeft;
+  std::optional<compare::Side> takenTo_;
+  bool own_ = false;          // what changes or moves now is not the user's editing
+  bool inSequence_ = false;   // the last key began a sequence of two
   bool syncing_ = false;
   bool updatePosted_ = false;
   mutable bool formatsKnown_ = false;

@@ -120,8 +120,13 @@ void Comparison::finish() {
   }
   const std::shared_ptr<Job> job = std::move(job_);
   job_.reset();
-  if (job->failed || !job->texts[0].sameAs(models_[kLeft]->snapshot()) || !job->texts[1].sameAs(models_[kRight]->snapshot())) {
+  if (!job->texts[0].sameAs(models_[kLeft]->snapshot()) || !job->texts[1].sameAs(models_[kRight]->snapshot())) {
     if (!later_.isActive()) later_.start();
+    return;
+  }
+  failed_ = job->failed;
+  if (failed_) {   // the next change of a text tries again
+    emit changed();
     return;
   }
   hunks_ = std::move(job->hunks);

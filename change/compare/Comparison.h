@@ -31,6 +31,7 @@ class Comparison : public QObject {
   void swap();      // the sides
 
   const compare::Hunks& hunks() const { return hunks_; }
+  bool failed() const { return failed_; }        // the texts are too large for the memory
   bool compared() const { return compared_; }    // the hunks are those of the present texts
   std::size_t count() const { return count_; }   // of differences
   // Without differences: how far the texts are equal all the same. Of the last comparison.
@@ -71,7 +72,7 @@ class Comparison : public QObject {
   compare::Hunks hunks_;
   std::vector<std::size_t> differences_;   // hunks that count; empty while every hunk does
   std::size_t count_ = 0;
-  bool compared_ = false;
+  bool compared_ = false, failed_ = false;
   Equal equal_ = Equal::no;
   QTimer later_;
   std::shared_ptr<Job> job_;

@@ -1,6 +1,8 @@
 // Two texts side by side: which places stand beside each other, what taking over changes, and differences that follow edits.
 #include <gtest/gtest.h>
 
+#include <QTest>
+
 #include "change/compare/CompareView.h"
 #include "control/CodeMax.h"
 #include "tests/support/EventLoop.h"
@@ -152,6 +154,31 @@ TEST(CompareHunks, DifferencesFollowEdits) {
     ASSERT_TRUE(spinUntil([&] { return comparison.hunks() == text::diffLines(models[0]->snapshot(), models[1]->snapshot()); }));
     EXPECT_EQ(comparison.count(), comparison.hunks().size());
   }
+}
+
+TEST(CompareView, UndoConcernsWhatWasTakenOver) {
+  auto* left = new CodeMax;
+  auto* right = new CodeMax;
+  left->model()->replaceAll(Snapshot("one\ntwo\n"), {});
+  right->model()->replaceAll(Snapshot("1\n2\n3\n"), {});
+  CompareView view(left, right);
+  view.show();
+  view.activate(kLeft);
+  const auto press = [&](Qt::Key key) { QTest::keyClick(view.text(view.active()).focusProxy(), key, Qt::ControlModifier); };
+  const auto bytes = [](CodeMax* text) { return text->model()->snapshot().bytes(); };
+  left->ReplaceSel(QStringLiteral("my "));
+  ASSERT_TRUE(compared(view.comparison()));
+  EXPECT_TRUE(view.takeOver(kLeft));
+  EXPECT_EQ(bytes(right), "my one\ntwo\n");
+  press(Qt::Key_Z);
+  EXPECT_EQ(bytes(right), "1\n2\n3\n");
+  EXPECT_EQ(bytes(left), "my one\ntwo\n");
+  press(Qt::Key_Y);
+  EXPECT_EQ(bytes(right), "my one\ntwo\n");
+  left->SetSel({0, 0, 0, 0, false});
+  press(Qt::Key_Z);
+  EXPECT_EQ(bytes(right), "my one\ntwo\n");
+  EXPECT_EQ(bytes(left), "one\ntwo\n");
 }
 
 TEST(CompareView, StepsCountsAndTakesOver) {
