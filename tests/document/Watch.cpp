@@ -352,6 +352,15 @@ TEST_F(Watch, ReloadKeepsCaretBookmarksAndFormat) {
   document->inconsistentDate();
   EXPECT_EQ(document->cmx->Text(), q("a"));
   EXPECT_EQ(document->cmx->fileFormat(), (text::FileFormat{text::Encoding::utf16le, true}));
+  for (int each = static_cast<int>(text::Encoding::windows1252); each <= static_cast<int>(text::Encoding::cp437); ++each) {
+    const text::FileFormat format{static_cast<text::Encoding>(each), false};   // nothing in the file tells it
+    write("a.v", "\xE1\n");
+    ASSERT_TRUE(document->ReopenAs(format)) << each;
+    write("a.v", "\xE1\xE1\n");
+    boxes.answer(Answer::yes);
+    document->inconsistentDate();
+    EXPECT_EQ(document->cmx->fileFormat(), format) << each;
+  }
 }
 
 TEST_F(Watch, DeclinedOrVanishedTextIsOfferedForSaving) {

@@ -129,6 +129,11 @@ TEST(CWordWrap, EmphasisOfKeywordsAndComments) {
   EXPECT_EQ(job.styled(), (QStringList{QStringLiteral("b{begin} x(b{begin}) i{// begin}"), QStringLiteral("b{end} Begin"),
                                        QStringLiteral("i{/* a}"), QStringLiteral("i{begin b */} b{end}")}));
   EXPECT_FALSE(job.printer.FontItalic());
+  Job open(QStringLiteral("x \"begin\nbegin end"));   // a string that is not closed ends with its line
+  open.wrap.Keywordsbold = true;
+  open.wrap.stringColor = Qt::red;
+  open.print();
+  EXPECT_EQ(open.styled(), (QStringList{QStringLiteral("x \"begin"), QStringLiteral("b{begin} b{end}")}));
   Job numbered(QStringLiteral("/* a\nb */ c end"));
   numbered.wrap.CommentsBold = true;
   numbered.wrap.CommentsItalic = false;

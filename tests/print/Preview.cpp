@@ -131,6 +131,14 @@ TEST_F(Preview, PagesThumbnailsAndKeys) {
   page->setValue(1);
   EXPECT_EQ(view->currentPage(), 0);
   auto* zoom = preview.findChild<QComboBox*>(u"zoom"_s);
+  view->goTo(2);
+  for (const double factor : {4.0, 0.5, 1.5}) {
+    view->setZoom(factor);
+    const int there = view->verticalScrollBar()->value();
+    view->goTo(2);
+    EXPECT_EQ(view->verticalScrollBar()->value(), there) << factor;
+  }
+  view->goTo(0);
   zoom->setEditText(u"200 %"_s);
   QTest::keyClick(zoom->lineEdit(), Qt::Key_Return);
   EXPECT_NEAR(view->zoom(), 2, 0.001);
@@ -157,6 +165,11 @@ TEST_F(Preview, FindGoesThroughPagesAndRunsOfStyle) {
   EXPECT_EQ(view->currentPage(), first) << "round the end";
   auto* notFound = preview.findChild<QLabel*>(u"notFound"_s);
   EXPECT_FALSE(notFound->isVisible());
+  find->setText(u"line 150"_s);
+  const int only = view->currentPage();
+  view->goTo(0);
+  QTest::keyClick(find, Qt::Key_Return);
+  EXPECT_EQ(view->currentPage(), only) << "a single one is found again";
   find->setText(u"nowhere"_s);
   EXPECT_TRUE(notFound->isVisible());
   find->setFocus();
