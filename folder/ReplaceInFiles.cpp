@@ -52,8 +52,8 @@ Exchange exchangeAt(const Snapshot& text, ByteRange range, std::string then, Col
 }
 
 // Error text, empty when all of the text is planned.
-std::string planText(const Snapshot& text, const FindText& what, const Replacing& replacing, text::LineBreak usual,
-                     std::int64_t most, text::SearchControl& control, std::vector<Exchange>* exchanges) {
+std::string planText(const Snapshot& text, const FindText& what, const Replacing& replacing, std::int64_t most,
+                     text::SearchControl& control, std::vector<Exchange>* exchanges) {
   std::string error;
   const text::Finder& replacer = what.replacer();
   Columns columns;
@@ -63,7 +63,7 @@ std::string planText(const Snapshot& text, const FindText& what, const Replacing
               " times; nothing is replaced. Search in fewer files, or for a longer text.";
       return false;
     }
-    auto fresh = replacer.replacementFor(text, match, replacing.by, replacing.preserveCase, &error, {usual, false});
+    auto fresh = replacer.replacementFor(text, match, replacing.by, replacing.preserveCase, &error, {});
     if (!fresh) return false;
     if (*fresh != text.bytes(match.range)) exchanges->push_back(exchangeAt(text, match.range, std::move(*fresh), &columns));
     return true;
@@ -119,12 +119,10 @@ ReplacePlanned planReplacing(const FindText& what, const Replacing& replacing, c
     if (!planned.error.empty() || control.cancel) break;
     FilePlan file;
     file.path = hit.path;
-    text::LineBreak usual = text::LineBreak::lf;
     if (const auto open = given.find(hit.path); open != given.end()) {
       file.open = true;
       file.text = open->second;
-      if (file.text.lineBreak(LineNo(0)) != text::LineBreak::none) usual = file.text.lineBreak(LineNo(0));
-      planned.error = planText(file.text, what, replacing, usual, most, control, &file.exchanges);
+      planned.error = planText(file.text, what, replacing, most, control, &file.exchanges);
     } else {
       const text::LoadedFile loaded = text::loadFile(hit.path);
       if (!loaded.error.empty()) {
@@ -134,8 +132,7 @@ ReplacePlanned planReplacing(const FindText& what, const Replacing& replacing, c
       }
       file.stamp = loaded.stamp;
       file.format = loaded.format;
-      if (loaded.firstLineCrlf && loaded.text.lineBreak(LineNo(0)) == text::LineBreak::crlf) usual = text::LineBreak::crlf;
-      planned.error = planText(loaded.text, what, replacing, usual, most, control, &file.exchanges);
+      planned.error = planText(loaded.text, what, replacing, most, control, &file.exchanges);
     }
     if (!planned.error.empty()) planned.error = shownPath(hit.path) + ": " + planned.error;
     most -= static_cast<std::int64_t>(file.exchanges.size());

@@ -1,6 +1,7 @@
 // What a pane paints, and when.
 #include <QScreen>
 #include <QScrollBar>
+#include <QStyleHints>
 #include <random>
 
 #include "control/code/LanguageTable.h"
@@ -177,6 +178,8 @@ TEST_F(Painting, WhatIsShownIsWhatAFullRepaintShows) {
   CodeMax second(control, nullptr);
   second.resize(300, 200);
   second.show();
+  const int flash = QGuiApplication::styleHints()->cursorFlashTime();
+  QGuiApplication::styleHints()->setCursorFlashTime(4);
   Pane* const panes[] = {pane(0), pane(1), second.findChild<Pane*>()};
   std::mt19937 random(5);
   const auto any = [&](int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); };
@@ -222,6 +225,7 @@ TEST_F(Painting, WhatIsShownIsWhatAFullRepaintShows) {
       EXPECT_TRUE(image(shown) == image(view->grab())) << "step " << step << ", action " << what;
     }
   }
+  QGuiApplication::styleHints()->setCursorFlashTime(flash);
   control.setWhiteSpaceDisplay(false);
   LanguageTable::unregisterLanguage(q("PaintTest"));
 }

@@ -138,7 +138,6 @@ TEST_F(Preview, PagesThumbnailsAndKeys) {
     view->goTo(2);
     EXPECT_EQ(view->verticalScrollBar()->value(), there) << factor;
   }
-  view->goTo(0);
   zoom->setEditText(u"200 %"_s);
   QTest::keyClick(zoom->lineEdit(), Qt::Key_Return);
   EXPECT_NEAR(view->zoom(), 2, 0.001);
