@@ -239,7 +239,7 @@ bool CompareView::takeOver(Side from, int difference) {
 bool CompareView::apply(const compare::TakeOver& what) {
   const Side to = compare::other(what.from);
   const QScopedValueRollback own(own_, true);
-  if (!comparison_->takeOver(what, texts_[to]->editor().selection())) return false;
+  if (!comparison_->takeOver(*this, what, texts_[to]->editor().selection())) return false;
   takenTo_ = to;
   emit stateChanged();
   return true;

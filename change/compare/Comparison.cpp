@@ -1,9 +1,11 @@
 #include "change/compare/Comparison.h"
 
+#include <QPointer>
 #include <algorithm>
 #include <mutex>
 #include <thread>
 
+#include "bridge/LongWork.h"
 #include "control/code/LanguageTable.h"
 #include "text/line/LineReader.h"
 
@@ -219,10 +221,25 @@ Comparison::Line Comparison::lineAt(Side side, std::int64_t line) const {
   return found;
 }
 
-bool Comparison::takeOver(const compare::TakeOver& what, const text::SelectionState& before) {
+bool Comparison::takeOver(QWidget& asker, const compare::TakeOver& what, const text::SelectionState& before) {
   TextModel& to = *models_[compare::other(what.from)];
-  const std::vector<text::Edit> edits =
-      compare::takeOver(hunks_, {models_[kLeft]->snapshot(), models_[kRight]->snapshot()}, to.newLines(), what);
+  const std::array<text::Snapshot, 2> texts{models_[kLeft]->snapshot(), models_[kRight]->snapshot()};
+  compare::TakeOver wanted = what;
+  compare::Hunks hunks;
+  if (what.only) hunks = {hunks_.at(*what.only)}, wanted.only = 0;
+  else hunks = hunks_;
+  std::vector<text::Edit> edits;
+  bool cancelled = false;
+  const QPointer<Comparison> alive = this;
+  LongWork::run(
+      asker, texts[what.from].size().value,
+      [&, newLines = to.newLines()](text::SearchControl& control) {
+        edits = compare::takeOver(hunks, texts, newLines, wanted);
+        cancelled = control.cancel;
+      },
+      tr("Taking over..."), true);
+  if (!alive || cancelled || !texts[0].sameAs(models_[kLeft]->snapshot()) || !texts[1].sameAs(models_[kRight]->snapshot()))
+    return false;
   if (edits.empty() || !to.document().apply(edits, before)) return false;
   to.document().breakJoin();
   refresh();   // nobody waits a while for what he did by one key

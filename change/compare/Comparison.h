@@ -50,8 +50,8 @@ class Comparison : public QObject {
   };
   Line lineAt(compare::Side side, std::int64_t line) const;
 
-  // One undo step; false: nothing was changed. before: the selection that undo restores.
-  bool takeOver(const compare::TakeOver& what, const text::SelectionState& before);
+  // One undo step; false: nothing was changed. before: the selection that undo restores. asker: as for LongWork.
+  bool takeOver(QWidget& asker, const compare::TakeOver& what, const text::SelectionState& before);
 
  signals:
   void changed();   // hunks(), compared()

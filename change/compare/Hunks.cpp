@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "text/line/LineReader.h"
+
 namespace compare {
 
 using text::ByteOffset;
@@ -66,9 +68,12 @@ text::Edit exchangeLines(const text::Snapshot& to, const Lines& old, const text:
   const std::string lineBreak(newLines.at(to, LineNo(std::min(old.begin, count - 1))));
   const bool toEnd = old.end >= count;
   std::string bytes;
-  for (std::int64_t line = fresh.begin; line < fresh.end; ++line) {
+  std::optional<text::LineReader> reader;
+  if (!fresh.empty()) reader.emplace(from, LineNo(fresh.begin));
+  std::string_view bare;
+  for (std::int64_t line = fresh.begin; line < fresh.end && reader->next(&bare); ++line) {
     if (toEnd && (line > fresh.begin || old.begin >= count)) bytes += lineBreak;
-    bytes += from.line(LineNo(line));
+    bytes += bare;
     if (!toEnd) bytes += lineBreak;
   }
   // A text is its lines with breaks between: at the end of the text the break before goes with a line, else the one behind.
