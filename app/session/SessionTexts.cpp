@@ -48,7 +48,7 @@ struct Session::Looked {
  private:
   void match(const std::function<bool(const KeptDocument&, const Found&)>& fits);
   void takeNewer(Found& found);
-  void takeOlder(Found& found);
+  void takeOlder(const std::string& folder, Found& found);
   bool dropSaved(const Found& found);
 
   std::vector<Found> read_;   // newest first; without a journal: taken
@@ -76,7 +76,7 @@ void Session::Looked::find(const std::string& folder, const std::vector<std::str
   for (std::size_t i = 0; i < wanted.size(); ++i) {
     if (!found[i]) continue;
     takeNewer(*found[i]);
-    takeOlder(*found[i]);
+    takeOlder(folder, *found[i]);
     for (KeptDocument& document : wanted)   // the other windows of this text
       if (&document == &wanted[i] || (document.text != 0 && document.text == wanted[i].text)) document.modified = false;
     if (dropSaved(*found[i])) found[i].reset();
@@ -117,8 +117,9 @@ void Session::Looked::takeNewer(Found& found) {
     std::swap(found, *newer);   // newer than all, or one step on
 }
 
-// Journals that say nothing more: their text is this one, or this one began with it.
-void Session::Looked::takeOlder(Found& found) {
+// Journals that say nothing more: their text is this one, or this one began with it. Those with the same text go now, else a program that
+// is killed soon after each start leaves one more each time.
+void Session::Looked::takeOlder(const std::string& folder, Found& found) {
   std::vector<text::RecoveredText> line{found.text};
   for (std::size_t i = 0; i < line.size(); ++i)
     for (Found& one : read_) {
@@ -128,6 +129,12 @@ void Session::Looked::takeOlder(Found& found) {
       found.older.push_back(std::move(one.journal));
       line.push_back(std::move(one.text));
     }
+  if (found.older.empty()) return;
+  const auto kept = text::files::open(text::FileSystem::kCwd, folder + "/" + found.journal->name(), text::kRead | text::kNoFollow);
+  if (!kept.ok() || text::files::sync(kept.get()) < 0) return;
+  for (std::size_t i = found.older.size(); i-- > 0;)
+    if (text::sameText(line[i + 1].text, found.text.text) && found.older[i]->remove() == 0)
+      found.older.erase(found.older.begin() + std::ptrdiff_t(i));
 }
 
 // A program that was killed between saving a file and removing the journal leaves a text that is in its file. A disk that hangs must not
