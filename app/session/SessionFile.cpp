@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr std::string_view kHeader = "session ", kVersion = "1\n", kOlder = ".old", kNewer = ".new", kDamaged = ".damaged",
-                           kLock = ".lock";
+constexpr std::string_view kSessionHeader = "session ", kSessionVersion = "1\n", kOlder = ".old", kNewer = ".new",
+                           kDamaged = ".damaged", kLock = ".lock";
 constexpr std::size_t kMostNumbers = 5000;   // of one list
 
 // The fields of each part, for reading and for writing.
@@ -142,7 +142,7 @@ int moveFile(const std::string& from, const std::string& to) {
 }   // namespace
 
 std::string SessionFile::format(const SessionState& state) {
-  std::string out = std::string(kHeader) + std::string(kVersion);
+  std::string out = std::string(kSessionHeader) + std::string(kSessionVersion);
   writePart(&out, state);
   for (const KeptDock& dock : state.docks) {
     out += "dock\n";
@@ -158,13 +158,13 @@ std::string SessionFile::format(const SessionState& state) {
 SessionFile::Parsed SessionFile::parse(std::string_view bytes, SessionState* state, bool* isPartial) {
   *state = {};
   *isPartial = false;
-  if (!bytes.starts_with(kHeader)) return Parsed::damaged;
-  bytes.remove_prefix(kHeader.size());
-  if (!bytes.starts_with(kVersion)) {
+  if (!bytes.starts_with(kSessionHeader)) return Parsed::damaged;
+  bytes.remove_prefix(kSessionHeader.size());
+  if (!bytes.starts_with(kSessionVersion)) {
     std::int64_t version = 0;
     return readNumber(&bytes, &version) && version > 1 && bytes.starts_with('\n') ? Parsed::later : Parsed::damaged;
   }
-  bytes.remove_prefix(kVersion.size());
+  bytes.remove_prefix(kSessionVersion.size());
   constexpr std::size_t kMostDocks = 20;
   KeptDock spareDock;
   KeptDocument spare;
