@@ -1,5 +1,5 @@
 // What a pane paints, and when.
-#include <QScreen>
+#include <QBackingStore>
 #include <QScrollBar>
 #include <QStyleHints>
 #include <random>
@@ -219,8 +219,11 @@ TEST_F(Painting, WhatIsShownIsWhatAFullRepaintShows) {
     QCoreApplication::sendPostedEvents();   // what a timer asked to be painted
     for (const Pane* each : panes) {
       QWidget *view = each->viewport(), *window = view->window();
-      const QRect place(view->mapTo(window, QPoint()), view->size());
-      const QPixmap shown = view->screen()->grabWindow(window->winId(), place.x(), place.y(), place.width(), place.height());
+      const auto* store = dynamic_cast<const QImage*>(window->backingStore()->paintDevice());
+      ASSERT_NE(store, nullptr);
+      const qreal scale = view->devicePixelRatioF();
+      const QRect place((QPointF(view->mapTo(window, QPoint())) * scale).toPoint(), (QSizeF(view->size()) * scale).toSize());
+      const QPixmap shown = QPixmap::fromImage(store->copy(place));
       const auto image = [](const QPixmap& of) { return of.toImage().convertToFormat(QImage::Format_RGB32); };
       EXPECT_TRUE(image(shown) == image(view->grab())) << "step " << step << ", action " << what;
     }
