@@ -119,3 +119,8 @@ Options parseVerb(const QString& argument, std::span<const OptionRow> rows, bool
   if (options.error.isEmpty() && !options.words.isEmpty()) options.error = tr("unknown option %1").arg(options.words.first());
   return options;
 }
+
+QString helpLine(const char* name, const char* value, const QString& help, int width) {
+  const QString option = QStringLiteral("%1 %2").arg(QLatin1String(name), QLatin1String(value)).trimmed();
+  return QLatin1String("  ") + option.leftJustified(width) + help + u'\n';
+}

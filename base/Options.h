@@ -38,6 +38,13 @@ Options parseCommandLine(const QStringList& arguments, std::span<const OptionRow
 // quotes: a value in "..." may hold blanks, and \" stands for a quotation mark in it.
 Options parseVerb(const QString& argument, std::span<const OptionRow> rows, bool quotes = false);
 
+// A row with what help says of it.
+struct OptionHelp {
+  const char *name, *value, *help;
+};
+// Its line in that text, in which the explanations stand in column `width`. help: translated.
+QString helpLine(const char* name, const char* value, const QString& help, int width = 24);
+
 // The names and values of a table's rows.
 template <typename Rows>
 std::vector<OptionRow> optionRows(const Rows& rows) {

@@ -110,12 +110,10 @@ Arguments parseArguments(const QStringList& arguments, const QString& folder) {
 
 QString argumentsHelp() {
   QString text = tr("Usage: zelkor [OPTION...] [FILE[:LINE[:COLUMN]] | +LINE FILE | -]...") + QLatin1String("\n\n");
-  for (const Option& option : kOptions)
-    text += QLatin1String("  ") + QString::fromLatin1(option.name).leftJustified(16) + tr(option.help) + u'\n';
-  text += QLatin1String("  ") + QStringLiteral("--session NAME").leftJustified(16) +
-          tr("open this session, beside a running editor") + u'\n';
-  text += QLatin1String("  ") + QStringLiteral("-").leftJustified(16) + tr("read a new document from standard input") + u'\n';
-  text += QLatin1String("  ") + QStringLiteral("--").leftJustified(16) + tr("all further arguments are file names") + u'\n';
+  for (const Option& option : kOptions) text += helpLine(option.name, "", tr(option.help), 16);
+  text += helpLine(kSession, "NAME", tr("open this session, beside a running editor"), 16);
+  text += helpLine("-", "", tr("read a new document from standard input"), 16);
+  text += helpLine("--", "", tr("all further arguments are file names"), 16);
   text += u'\n' + tr("A file whose name ends like a line number is opened by its name.") + u'\n';
   return text;
 }

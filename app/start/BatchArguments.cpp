@@ -9,17 +9,14 @@
 
 namespace {
 
-struct Option {
-  const char *name, *value, *help;
-};
-constexpr Option kValues[] = {
+constexpr OptionHelp kValues[] = {
     {"--command", "TEXT", QT_TRANSLATE_NOOP("BatchArguments", "run this command string")},
     {"--script", "FILE", QT_TRANSLATE_NOOP("BatchArguments", "run the command string in FILE")},
     {"--macro", "LANGUAGE/NAME", QT_TRANSLATE_NOOP("BatchArguments", "run a macro of a language")},
     {"--output", "DIR", QT_TRANSLATE_NOOP("BatchArguments", "write the texts into DIR")},
     {"--definitions", "FILE", QT_TRANSLATE_NOOP("BatchArguments", "another definition file than that of the settings")},
 };
-constexpr Option kSwitches[] = {
+constexpr OptionHelp kSwitches[] = {
     {"--allow-programs", "", QT_TRANSLATE_NOOP("BatchArguments", "foreign macros, and values of variables, may start programs")},
     {"--replace", "", QT_TRANSLATE_NOOP("BatchArguments", "files in DIR may be replaced")},
     {"--save", "", QT_TRANSLATE_NOOP("BatchArguments", "write the changed texts back to their files")},
@@ -43,13 +40,8 @@ Options parse(const QStringList& arguments) {
 
 QString help() {
   QString text = tr("Usage: zelkor --batch OPTION... FILE...") + QLatin1String("\n\n");
-  const auto line = [&](const Option& option) {
-    text += QLatin1String("  ") +
-            QStringLiteral("%1 %2").arg(QLatin1String(option.name), QLatin1String(option.value)).leftJustified(24) +
-            tr(option.help) + u'\n';
-  };
-  for (const Option& option : kValues) line(option);
-  for (const Option& option : kSwitches) line(option);
+  for (const OptionHelp& option : kValues) text += helpLine(option.name, option.value, tr(option.help));
+  for (const OptionHelp& option : kSwitches) text += helpLine(option.name, option.value, tr(option.help));
   text += u'\n' +
           tr("Exit status: 0 success, 1 invalid command, 2 wrong usage, a stopped run, or a file that could not be\nread or "
              "saved.") +

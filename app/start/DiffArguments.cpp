@@ -22,11 +22,8 @@ namespace {
 
 constexpr int kTrouble = 2;
 
-struct Option {
-  const char *name, *value, *help;
-};
 // clang-format off
-constexpr Option kOptions[] = {
+constexpr OptionHelp kOptions[] = {
     {"--diff", "", QT_TRANSLATE_NOOP("DiffArguments", "compare LEFT with RIGHT; with BASE, merge them")},
     {"--output", "FILE", QT_TRANSLATE_NOOP("DiffArguments", "where the result of merging is saved")},
     {"--help", "", QT_TRANSLATE_NOOP("DiffArguments", "show this text")},
@@ -158,10 +155,7 @@ DiffTask parseDiffArguments(const QStringList& arguments, const QString& folder)
 
 QString diffHelp() {
   QString text = tr("Usage: zelkor --diff LEFT RIGHT\n       zelkor --diff LEFT RIGHT BASE --output FILE") + QLatin1String("\n\n");
-  for (const Option& option : kOptions)
-    text += QLatin1String("  ") +
-            QStringLiteral("%1 %2").arg(QLatin1String(option.name), QLatin1String(option.value)).trimmed().leftJustified(16) +
-            tr(option.help) + u'\n';
+  for (const OptionHelp& option : kOptions) text += helpLine(option.name, option.value, tr(option.help), 16);
   text += u'\n' +
           tr("Shows both files side by side and returns when the window has been closed. With BASE\n"
              "it merges what LEFT and RIGHT made of BASE; the result stands below and is saved as FILE.\n\n"

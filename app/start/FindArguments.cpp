@@ -14,16 +14,13 @@ namespace {
 
 constexpr int kFound = 0, kNotFound = 1, kTrouble = 2;
 
-struct Option {
-  const char *name, *value, *help;
-};
-constexpr Option kValues[] = {
+constexpr OptionHelp kValues[] = {
     {"--find", "TEXT", QT_TRANSLATE_NOOP("FindArguments", "what to find")},
     {"--mask", "GLOB", QT_TRANSLATE_NOOP("FindArguments", "only files of these names: '*.sv,*.svh'; !*_tb.sv leaves out")},
     {"--limit", "N", QT_TRANSLATE_NOOP("FindArguments", "end after so many hits")},
     {"--threads", "N", QT_TRANSLATE_NOOP("FindArguments", "search with so many threads")},
 };
-constexpr Option kSwitches[] = {
+constexpr OptionHelp kSwitches[] = {
     {"--regex", "", QT_TRANSLATE_NOOP("FindArguments", "TEXT is a regular expression; it may go over line ends")},
     {"--word", "", QT_TRANSLATE_NOOP("FindArguments", "whole words only")},
     {"--case", "", QT_TRANSLATE_NOOP("FindArguments", "letter case counts")},
@@ -49,13 +46,8 @@ bool number(const Options& given, const char* name, std::int64_t* value, QString
 
 QString help() {
   QString text = tr("Usage: zelkor --find TEXT [OPTION...] [PATH...]") + QLatin1String("\n\n");
-  const auto line = [&](const Option& option) {
-    text += QLatin1String("  ") +
-            QStringLiteral("%1 %2").arg(QLatin1String(option.name), QLatin1String(option.value)).leftJustified(16) +
-            tr(option.help) + u'\n';
-  };
-  for (const Option& option : kValues) line(option);
-  for (const Option& option : kSwitches) line(option);
+  for (const OptionHelp& option : kValues) text += helpLine(option.name, option.value, tr(option.help), 16);
+  for (const OptionHelp& option : kSwitches) text += helpLine(option.name, option.value, tr(option.help), 16);
   text += u'\n' +
           tr("Searches the files named, and those in the folders named; without any, the current folder. Prints\n"
              "path:line:column: text, sorted by path; the column counts characters, from 1. Each further line of a\n"

@@ -155,13 +155,9 @@ QString help() {
   QString text = tr("Usage: zelkor --print-pdf OUT [OPTION...] FILE...") + QLatin1String("\n\n") +
                  tr("OUT is one PDF file for all, or a folder for one PDF file each.") + u'\n' +
                  tr("The defaults are the settings of the print options dialog.") + QLatin1String("\n\n");
-  const auto line = [&](const char* name, const char* value, const char* what) {
-    text += QLatin1String("  ") + QStringLiteral("%1 %2").arg(QLatin1String(name), QLatin1String(value)).leftJustified(24) +
-            tr(what) + u'\n';
-  };
-  for (const Switch& option : kSwitches) line(option.name, "", option.help);
-  for (const ValueOption& option : kValues) line(option.name, option.value, option.help);
-  line(kDefinitions, "FILE", QT_TRANSLATE_NOOP("PrintArguments", "another definition file than that of the settings"));
+  for (const Switch& option : kSwitches) text += helpLine(option.name, "", tr(option.help));
+  for (const ValueOption& option : kValues) text += helpLine(option.name, option.value, tr(option.help));
+  text += helpLine(kDefinitions, "FILE", tr("another definition file than that of the settings"));
   return text + u'\n' + tr("Exit status: 0 success, 2 wrong usage or a file that could not be read or written.") + u'\n';
 }
 
