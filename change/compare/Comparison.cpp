@@ -2,9 +2,10 @@
 
 #include <QPointer>
 #include <algorithm>
-#include <mutex>
-#include <thread>
+#include <atomic>
+#include <utility>
 
+#include "base/Background.h"
 #include "bridge/LongWork.h"
 #include "control/code/LanguageTable.h"
 #include "text/line/LineReader.h"
@@ -49,9 +50,7 @@ struct Comparison::Job {
   std::atomic<bool> cancel{false};
   compare::Hunks hunks;
   Equal equal = Equal::no;
-  bool failed = false, done = false;
-  std::mutex mutex;
-  std::function<void()> wake;   // empty once nobody waits
+  bool failed = false;
 
   void run() {
     try {
@@ -62,9 +61,6 @@ struct Comparison::Job {
                 : sameLines(texts[0], texts[1], cancel) ? Equal::butForLineEnds
                                                         : Equal::underRules;
     } catch (const std::bad_alloc&) { failed = true; }
-    const std::lock_guard lock(mutex);
-    done = true;
-    if (wake) wake();
   }
 };
 
@@ -82,10 +78,7 @@ Comparison::Comparison(std::shared_ptr<TextModel> left, std::shared_ptr<TextMode
 }
 
 Comparison::~Comparison() {
-  if (!job_) return;
-  job_->cancel = true;
-  const std::lock_guard lock(job_->mutex);
-  job_->wake = {};
+  if (job_) job_->cancel = true;
 }
 
 void Comparison::setIgnored(const Ignore& ignore) {
@@ -96,11 +89,7 @@ void Comparison::setIgnored(const Ignore& ignore) {
 
 void Comparison::refresh() {
   later_.stop();
-  if (job_) {
-    job_->cancel = true;
-    const std::lock_guard lock(job_->mutex);
-    job_->wake = {};
-  }
+  if (job_) job_->cancel = true;
   job_ = std::make_shared<Job>();
   job_->texts = {models_[kLeft]->snapshot(), models_[kRight]->snapshot()};
   job_->rules.ignoreBlanks = ignore_.blanks;
@@ -109,19 +98,17 @@ void Comparison::refresh() {
     job_->rules.commentsBefore = LanguageTable::find(models_[kLeft]->language());
     job_->rules.commentsAfter = LanguageTable::find(models_[kRight]->language());
   }
-  job_->wake = [this] { QMetaObject::invokeMethod(this, &Comparison::finish, Qt::QueuedConnection); };
-  std::thread([job = job_] { job->run(); }).detach();
+  const auto work = [job = job_] {
+    job->run();
+    return job;
+  };
+  inBackground(this, work, [this](const std::shared_ptr<Job>& job) {
+    if (job == job_) finish();   // else it was given up
+  });
 }
 
-// An earlier job may have queued this call: its wake is gone, but not its message.
 void Comparison::finish() {
-  if (!job_) return;
-  {
-    const std::lock_guard lock(job_->mutex);
-    if (!job_->done || job_->cancel) return;
-  }
-  const std::shared_ptr<Job> job = std::move(job_);
-  job_.reset();
+  const std::shared_ptr<Job> job = std::exchange(job_, nullptr);
   if (!job->texts[0].sameAs(models_[kLeft]->snapshot()) || !job->texts[1].sameAs(models_[kRight]->snapshot())) {
     if (!later_.isActive()) later_.start();
     return;
