@@ -112,8 +112,8 @@ struct Highlighter::Impl {
   bool startsInside(std::string_view s, std::size_t p, std::size_t& checked, std::size_t length) const;
   std::size_t signAt(std::string_view s, std::size_t p, int value) const;
   std::size_t closeEnd(std::string_view s, std::size_t from, std::size_t pair) const;
-  std::size_t stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker, std::size_t limit = none,
-                        bool* goesOn = nullptr) const;
+  std::size_t stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker, bool& goesOn,
+                        std::size_t limit = none, bool toEnd = true) const;
   std::size_t numberEnd(std::string_view s, std::size_t p) const;
   static bool partsDigits(std::string_view s, std::size_t tick);
   std::size_t basedEnd(std::string_view s, std::size_t tick) const;
@@ -329,10 +329,11 @@ std::size_t Highlighter::Impl::closeEnd(std::string_view s, std::size_t from, st
   return none;
 }
 
-// Returns the position behind the closing delimiter or the end of the line; the end of s (*goesOn) if an escaped break is last in
-// it. If the end is not found before `limit`, returns a position at or behind `limit` from which the search can continue.
-std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker, std::size_t limit,
-                                         bool* goesOn) const {
+// Returns the position behind the closing delimiter or the end of the line; the end of s (goesOn) if an escaped break is last in
+// it. If the end is not found before `limit`, returns a position at or behind `limit` from which the search can continue (goesOn).
+// toEnd: s ends with its line.
+std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, std::size_t index, char breaker, bool& goesOn,
+                                         std::size_t limit, bool toEnd) const {
   const std::string& delimiter = delimiters[index];
   const std::string& escape = escapes[index];
   const ByteSet& stop = breaker == '\n' ? stops[index].upToLf : stops[index].upToCr;
@@ -344,8 +345,8 @@ std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, s
   };
   if (wholeLine[index]) {
     const std::size_t end = s.find(breaker, std::min(from, s.size()));
-    if (end != none || limit >= s.size()) return std::min(end, s.size());
-    *goesOn = true;
+    if (end != none || limit >= s.size() || (toEnd && from >= s.size())) return std::min(end, s.size());
+    goesOn = true;
     return std::max(from, limit);
   }
   std::size_t looked = from;
@@ -358,8 +359,8 @@ std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, s
       if (behind >= s.size() || s[behind] == breaker) p = behind;
       const bool over = escape != delimiter && stringState(index) > 0;   // over the break
       const bool last = p >= s.size() || (p + 1 == s.size() && s[p] == breaker);
-      if (last && limit >= s.size() && over) {
-        if (goesOn) *goesOn = true;
+      if (last && over) {
+        goesOn = true;
         return s.size();
       }
       if (p < s.size() && (s[p] != breaker || over)) p += static_cast<std::size_t>(decode(s.substr(p)).bytes);
@@ -370,8 +371,8 @@ std::size_t Highlighter::Impl::stringEnd(std::string_view s, std::size_t from, s
     }
     looked = p;
   }
-  if (limit >= s.size()) return s.size();
-  *goesOn = true;
+  if (limit >= s.size() || (toEnd && looked >= s.size())) return s.size();   // what was escaped last can lie behind the limit
+  goesOn = true;
   return std::max(looked, limit);
 }
 
@@ -454,7 +455,7 @@ LineState Highlighter::scanBlock(std::string_view s, LineState state, char break
     p = h.closeEnd(s, 0, from.index);
     if (p == none) return state;
   } else if (from.inside == LinePoint::string && !isContinued(from)) {
-    p = h.stringEnd(s, 0, from.index, breaker, none, &goesOn);
+    p = h.stringEnd(s, 0, from.index, breaker, goesOn);
     if (goesOn) return state;
   }
   for (p = h.interesting.find(s, p); p < s.size(); p = h.interesting.find(s, p)) {
@@ -472,7 +473,7 @@ LineState Highlighter::scanBlock(std::string_view s, LineState state, char break
     }
     p += begin.length;
     if (begin.start->kind == Start::string) {
-      p = h.stringEnd(s, p, begin.start->index, breaker, none, &goesOn);
+      p = h.stringEnd(s, p, begin.start->index, breaker, goesOn);
       if (goesOn) return h.stringState(begin.start->index);
     } else if (begin.start->kind == Start::name) {
       p = h.nameEnd(s, p, begin.start->index);
@@ -531,7 +532,7 @@ LinePoint Highlighter::scanPart(std::string_view s, std::int64_t base, bool toEn
   };
   const auto endsString = [&](std::size_t begin, std::size_t inside, std::size_t delimiter) {
     bool goesOn = false;
-    p = put(begin, h.stringEnd(s, inside, delimiter, '\n', limit, &goesOn), TokenKind::string);
+    p = put(begin, h.stringEnd(s, inside, delimiter, '\n', goesOn, limit, toEnd), TokenKind::string);
     return !goesOn;
   };
   const auto here = [&](LinePoint::Inside inside, std::size_t index) {
