@@ -1,12 +1,10 @@
 // What FindFrame does for replacing: plan, preview, the changes themselves, and the way back.
-#include <QApplication>
 #include <QHash>
 #include <QLocale>
 #include <QPointer>
 #include <QWidget>
 #include <algorithm>
 #include <map>
-#include <thread>
 #include <utility>
 
 #include "app/find/FindFrame.h"
@@ -14,6 +12,7 @@
 #include "app/find/frmFindInFiles.h"
 #include "app/find/frmReplacePreview.h"
 #include "app/frame/frmMain.h"
+#include "base/Background.h"
 #include "base/Counted.h"
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -262,27 +261,23 @@ void FindFrame::applyEdited() {
 }
 
 void FindFrame::tellInterrupted() {
-  std::thread([self = QPointer<FindFrame>(this), where = replaceRecords()] {
-    const auto last = std::make_shared<const std::optional<folder::LastReplace>>(folder::interruptedReplace(where));
+  const auto look = [where = replaceRecords()] {
+    return std::make_shared<const std::optional<folder::LastReplace>>(folder::interruptedReplace(where));
+  };
+  inBackground(this, look, [](const std::shared_ptr<const std::optional<folder::LastReplace>>& last) {
     if (!*last) return;
-    QMetaObject::invokeMethod(
-        qApp,
-        [self, last] {
-          if (!self) return;
-          const folder::LastReplace& replace = **last;
-          QStringList olds, news;
-          for (const auto& file : replace.files)
-            (file.side == folder::Side::new_ ? news : olds) << nameForDisplay(toQString(file.path), 300);
-          MsgBox(tr("Replacing in files did not come to its end:") + u"\r\n"_s + plainForDisplay(toQString(replace.about), 300) +
-                     u"\r\n\r\n"_s + tr("%1 with the new text:").arg(countedFiles(news.size())) + u"\r\n"_s + listOf(news) +
-                     u"\r\n\r\n"_s +
-                     (olds.isEmpty() ? QString() : tr("Still old, or changed since:") + u"\r\n"_s + listOf(olds) + u"\r\n\r\n"_s) +
-                     tr("All others were not touched. Undo Last Replace in Files, in the Edit menu, brings the old texts back."),
-                 tr("Replace in Files"), Icon::information);
-          folder::markTold(replace);
-        },
-        Qt::QueuedConnection);
-  }).detach();
+    const folder::LastReplace& replace = **last;
+    QStringList olds, news;
+    for (const auto& file : replace.files)
+      (file.side == folder::Side::new_ ? news : olds) << nameForDisplay(toQString(file.path), 300);
+    MsgBox(tr("Replacing in files did not come to its end:") + u"\r\n"_s + plainForDisplay(toQString(replace.about), 300) +
+               u"\r\n\r\n"_s + tr("%1 with the new text:").arg(countedFiles(news.size())) + u"\r\n"_s + listOf(news) +
+               u"\r\n\r\n"_s +
+               (olds.isEmpty() ? QString() : tr("Still old, or changed since:") + u"\r\n"_s + listOf(olds) + u"\r\n\r\n"_s) +
+               tr("All others were not touched. Undo Last Replace in Files, in the Edit menu, brings the old texts back."),
+           tr("Replace in Files"), Icon::information);
+    folder::markTold(replace);
+  });
 }
 
 #include "moc_FindFrame.cpp"
