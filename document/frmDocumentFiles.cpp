@@ -53,6 +53,17 @@ bool firstLineIsCrlf(const std::string& path, const text::SearchControl& control
   return crlf;
 }
 
+// For a text whose lines end in another way (a lone CR): edits would leave the old way. The bookmarks keep the numbers of their lines.
+void exchangeAll(TextModel& model, const text::Snapshot& text, const text::SelectionState& before) {
+  std::vector<text::LineNo> lines = model.bookmarks();
+  std::erase_if(lines, [&](text::LineNo line) { return line.value >= text.lineCount(); });
+  if (!model.document().exchange(text, before)) return;
+  try {
+    model.clearBookmarks();
+    model.setBookmarks(lines, true);
+  } catch (const std::bad_alloc&) {}   // the text has been loaded all the same
+}
+
 }   // namespace
 
 void frmDocument::LoadDocument(const QString& path, bool& loaded) {
@@ -132,7 +143,8 @@ QString frmDocument::reload(const QString& path, const std::optional<text::FileF
       text::Document& document;
       const bool was = document.readOnly();
     } writable(document);
-    document.apply(edits, before);
+    if (file.text.lineMode() == document.snapshot().lineMode()) document.apply(edits, before);
+    else exchangeAll(model, file.text, before);
   }
   model.format = file.format;
   model.stamp = file.stamp;

@@ -18,6 +18,7 @@
 #include "bridge/LongWork.h"
 #include "document/Recovery.h"
 #include "document/frmDocument.h"
+#include "text/store/CommonEnds.h"
 
 namespace {
 

@@ -345,6 +345,19 @@ TEST_F(Watch, ReloadKeepsCaretBookmarksAndFormat) {
   EXPECT_EQ(document->cmx->GetSel(false), (CmRange{2, 1, 2, 3, false}));
   EXPECT_TRUE(document->cmx->hasBookmark(3));
   EXPECT_EQ(document->LanguageIndex(), 1);
+  write("a.v", "one\rtwo\rthree\r");
+  boxes.answer(Answer::yes);
+  document->inconsistentDate();
+  document->cmx->setBookmark(1, true);
+  write("a.v", "one\ntwo\n3\n");
+  boxes.answer(Answer::yes);
+  document->inconsistentDate();
+  EXPECT_EQ(document->cmx->model()->snapshot().lineMode(), text::LineMode::lf);
+  EXPECT_TRUE(document->cmx->LineCount() == 4 && document->cmx->hasBookmark(1));
+  document->cmx->ExecuteCmd(Cmd::UNDO);
+  EXPECT_EQ(document->cmx->model()->snapshot().bytes(), "one\rtwo\rthree\r") << "one step";
+  EXPECT_EQ(document->cmx->LineCount(), 4);
+  document->cmx->ExecuteCmd(Cmd::REDO);
   write("a.v", QByteArray("\xFF\xFE"
                           "a\0",
                           4));

@@ -8,7 +8,7 @@
 
 namespace text {
 
-// Ascending, apart, in offsets of `before`; none: the texts have the same bytes. What differs is found by lines, if that part has at
+// Ascending, apart, in offsets of `before`; none: the texts have the same bytes. They do not change the line mode. What differs is found by lines, if that part has at
 // most 16 MB in either text and both have the same line mode; else it is one edit. Memory: that of diffLines for the part that
 // differs. Cancelled: none or all; the caller must not use them.
 std::vector<Edit> editsBetween(const Snapshot& before, const Snapshot& after, const std::atomic<bool>* cancel = nullptr);

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "text/file/Leftovers.h"
+#include "text/store/CommonEnds.h"
 
 namespace text {
 namespace {
@@ -157,17 +158,6 @@ RecoveredText readJournal(int fd) {
   }
 }
 
-bool sameText(const Snapshot& a, const Snapshot& b) {
-  if (a.size() != b.size()) return false;
-  for (ByteOffset at(0); at < a.size();) {
-    const std::string_view one = a.chunkAt(at), other = b.chunkAt(at);
-    const std::size_t run = std::min(one.size(), other.size());
-    if (one.substr(0, run) != other.substr(0, run)) return false;
-    at += std::int64_t(run);
-  }
-  return true;
-}
-
 bool fileHolds(const JournalAbout& about, const Snapshot& text) {
   const bool plain = about.format == FileFormat();   // then the file and the text have the same number of bytes
   if (plain && stampOf(about.path, false).status.size != text.size().value) return false;
@@ -176,7 +166,11 @@ bool fileHolds(const JournalAbout& about, const Snapshot& text) {
   const LoadedFile disk = loadFile(about.path, options);
   if (!disk.error.empty() || !sameText(disk.text, text)) return false;
   const files::Descriptor file = files::open(FileSystem::kCwd, about.path, kRead | kNonBlock);
-  return file.ok() && files::sync(file.get()) == 0;
+  if (!file.ok() || files::sync(file.get()) < 0) return false;
+  // Its name must last as well: others may just have renamed it.
+  const std::string in = files::splitPath(savedFile(about.path)).folder;
+  const files::Descriptor folder = files::open(FileSystem::kCwd, in, kRead | kDirectory);
+  return folder.ok() && files::syncFolder(folder.get()) == 0;
 }
 
 std::optional<LeftText> LeftText::claim(const std::string& folder, const std::string& name) {

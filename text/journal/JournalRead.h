@@ -28,7 +28,6 @@ struct RecoveredText {
 // Reads the journal of a descriptor from its start.
 RecoveredText readJournal(int fd);
 
-bool sameText(const Snapshot& a, const Snapshot& b);
 // The file of a text that was read whole durably holds this text: nothing needs recovery. Reads the file.
 bool fileHolds(const JournalAbout& about, const Snapshot& text);
 

@@ -25,4 +25,20 @@ std::pair<std::int64_t, std::int64_t> commonEnds(const Snapshot& a, const Snapsh
   return {head, tail};
 }
 
+bool sameBytes(const Snapshot& a, ByteRange inA, const Snapshot& b, ByteRange inB, const std::atomic<bool>* cancel) {
+  std::int64_t left = inA.end - inA.begin;
+  if (left != inB.end - inB.begin) return false;
+  while (left > 0 && !(cancel && *cancel)) {
+    const std::string_view x = a.chunkAt(inA.end - left), y = b.chunkAt(inB.end - left);
+    const std::size_t run = std::min({x.size(), y.size(), static_cast<std::size_t>(left)});
+    if (x.data() != y.data() && x.substr(0, run) != y.substr(0, run)) return false;   // versions of a text share most of it
+    left -= static_cast<std::int64_t>(run);
+  }
+  return true;
+}
+
+bool sameText(const Snapshot& a, const Snapshot& b, const std::atomic<bool>* cancel) {
+  return sameBytes(a, {ByteOffset(0), a.size()}, b, {ByteOffset(0), b.size()}, cancel);
+}
+
 }   // namespace text
