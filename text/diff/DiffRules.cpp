@@ -11,7 +11,8 @@ bool isBlank(char c) { return c == ' ' || c == '\t'; }
 }   // namespace
 
 BareLines::BareLines(const Snapshot& text, const DiffRules& rules, std::shared_ptr<const Highlighter> comments)
-    : reader_(text),
+    : text_(text),
+      reader_(text),
       blanks_(rules.ignoreBlanks),
       case_(rules.ignoreCase),
       comments_(comments && comments->valid() ? std::move(comments) : nullptr) {}
@@ -27,6 +28,13 @@ bool BareLines::next(std::string_view* bare) {
   if (blanks_ && bare_.empty()) nothing_ = true;
   *bare = bare_;
   return true;
+}
+
+void BareLines::to(LineNo line) {
+  constexpr std::int64_t kFar = 100;
+  if (!comments_ && line < LineNo(text_.lineCount()) && line - reader_.line() > kFar) reader_ = LineReader(text_, line);
+  for (std::string_view passed; reader_.line() + 1 < line;)
+    if (!(comments_ ? next(&passed) : reader_.next(&passed))) return;
 }
 
 // A comment goes with the blanks around it; between two parts of a line one blank stays for it.

@@ -29,6 +29,8 @@ class BareLines {
 
   // The next line, valid until the next call; false behind the last one.
   bool next(std::string_view* bare);
+  // Passes over lines, so that the next one is this one, which is not above. Costs little, but for comments: these are read through.
+  void to(LineNo line);
   std::string_view whole() const { return whole_; }   // as it stands in the text
   bool nothing() const { return nothing_; }           // that line holds only what the rules ignore
 
@@ -36,6 +38,7 @@ class BareLines {
   void withoutComments(std::string_view line);
   void withoutBlanksAndCase();
 
+  const Snapshot text_;
   LineReader reader_;
   bool blanks_, case_, nothing_ = false;
   std::shared_ptr<const Highlighter> comments_;

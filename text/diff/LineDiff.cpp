@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "text/diff/Match.h"
+#include "text/store/CommonEnds.h"
 #include "text/store/ContentHash.h"
 
 namespace text {
@@ -10,8 +11,9 @@ namespace {
 
 constexpr unsigned char kBlankLine = 255;
 constexpr std::int64_t kSlide = 1000;   // lines
+constexpr std::int64_t kMany = 64;      // lines that are compared by their bytes at once
 
-// Gives equal lines equal numbers.
+// Gives lines with equal hashes equal numbers.
 class Numbers {
  public:
   Numbers() : slots_(1 << 10) {}
@@ -186,6 +188,53 @@ class Slider {
   const Side &before_, &after_;
 };
 
+// Lines with equal hashes may differ: somebody can make such lines. Those that do become hunks.
+class Check {
+ public:
+  Check(const Snapshot& before, const Snapshot& after, const DiffRules& rules)
+      : before_(before),
+        after_(after),
+        atOnce_(!rules.commentsBefore && !rules.commentsAfter),
+        a_(before, rules, rules.commentsBefore),
+        b_(after, rules, rules.commentsAfter) {}
+
+  void check(std::vector<LineHunk>* hunks, const std::atomic<bool>* cancel) {
+    LineNo a, b;
+    for (const LineHunk& hunk : *hunks) {
+      equal(a, b, hunk.beforeBegin, cancel);
+      add(hunk);
+      a = hunk.beforeEnd, b = hunk.afterEnd;
+    }
+    equal(a, b, LineNo(before_.lineCount()), cancel);
+    *hunks = std::move(all_);
+  }
+
+ private:
+  void equal(LineNo a, LineNo b, LineNo upTo, const std::atomic<bool>* cancel) {
+    if (a == upTo) return;
+    const auto range = [](const Snapshot& text, LineNo begin, LineNo end) {
+      return ByteRange{text.lineStart(begin), end.value < text.lineCount() ? text.lineStart(end) : text.size()};
+    };
+    if (atOnce_ && upTo - a >= kMany &&
+        sameBytes(before_, range(before_, a, upTo), after_, range(after_, b, b + (upTo - a)), cancel))
+      return;
+    a_.to(a), b_.to(b);
+    std::string_view one, other;
+    for (; a < upTo && a_.next(&one) && b_.next(&other) && !(cancel && *cancel); ++a, ++b)
+      if (one != other) add({a, a + 1, b, b + 1, false});
+  }
+  void add(const LineHunk& hunk) {   // those that touch are one
+    LineHunk* const last = all_.empty() ? nullptr : &all_.back();
+    if (!last || last->beforeEnd != hunk.beforeBegin || last->afterEnd != hunk.afterBegin) return all_.push_back(hunk);
+    last->beforeEnd = hunk.beforeEnd, last->afterEnd = hunk.afterEnd;
+  }
+
+  const Snapshot &before_, &after_;
+  const bool atOnce_;
+  BareLines a_, b_;
+  std::vector<LineHunk> all_;
+};
+
 }   // namespace
 
 std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, const DiffRules& rules,
@@ -200,6 +249,7 @@ std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, c
   if (cancel && *cancel) return {};
   std::vector<LineHunk> hunks = hunksOf(matchIds(a.ids, b.ids, cancel));
   Slider(a, b).slide(&hunks);
+  Check(before, after, rules).check(&hunks, cancel);
   if (rules.plain()) return hunks;
   for (LineHunk& hunk : hunks)
     hunk.nothing = a.nothingIn(hunk.beforeBegin, hunk.beforeEnd) && b.nothingIn(hunk.afterBegin, hunk.afterEnd);

@@ -18,7 +18,7 @@ struct LineHunk {
 
 // In order. Lines that both texts have once are put together first, so that moved parts and many equal lines do not lead astray; the
 // fewest possible lines differ where the texts are small or nearly equal. A hunk that can stand at several places stands at the
-// border of a block. Lines are equal when their hashes of 64 bits are.
+// border of a block. Hashes say which lines may be equal, their bytes whether they are.
 // Time: linear in the bytes, and some hundred steps a line at the worst. Memory: below 100 bytes for each line of both.
 // Cancelled: whatever was found, to be thrown away.
 std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, const DiffRules& rules = {},

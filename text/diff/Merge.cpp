@@ -3,19 +3,10 @@
 #include <algorithm>
 
 #include "text/line/LineReader.h"
+#include "text/line/SameLines.h"
 
 namespace text {
 namespace {
-
-bool sameLines(const Snapshot& a, LineNo aBegin, LineNo aEnd, const Snapshot& b, LineNo bBegin, LineNo bEnd) {
-  if (aEnd - aBegin != bEnd - bBegin) return false;
-  if (aBegin == aEnd) return true;
-  LineReader readA(a, aBegin), readB(b, bBegin);
-  std::string_view lineA, lineB;
-  for (; aBegin < aEnd; ++aBegin)
-    if (!readA.next(&lineA) || !readB.next(&lineB) || lineA != lineB) return false;
-  return true;
-}
 
 // Reads the lines of one text in order, with their ends; what stands between is passed over.
 class Lines {
