@@ -4,9 +4,12 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <future>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 #include "text/file/FileCalls.h"
@@ -18,12 +21,6 @@ namespace {
 constexpr std::size_t kPart = 256 << 10;          // of a file, read at a time
 constexpr std::size_t kLineEndsMost = 16 << 20;   // larger files are not looked at for their line ends alone
 constexpr unsigned kMostThreads = 8;
-
-std::string joined(const std::string& folder, std::string_view path) {
-  std::string all = folder;
-  if (!all.ends_with('/')) all += '/';
-  return all += path;
-}
 
 struct Listing {
   WalkReport report;
@@ -88,6 +85,12 @@ bool sameButLineEnds(const std::string& left, const std::string& right) {
   return i == a.size() && j == b.size();
 }
 
+// The future of what runs on another thread, with its exceptions; the destructor waits for it. Invalid: no thread is to be had.
+template <class Work>
+auto onThread(Work work) -> std::future<decltype(work())> try {
+  return std::async(std::launch::async, std::move(work));
+} catch (const std::system_error&) { return {}; }
+
 // Compares pairs of files on several threads.
 class Pairs {
  public:
@@ -101,14 +104,20 @@ class Pairs {
   void run() {
     control_.bytesTotal = static_cast<std::int64_t>(paths.size());
     const unsigned count = std::clamp(std::thread::hardware_concurrency(), 1u, kMostThreads);
-    std::vector<std::thread> threads;
-    for (unsigned i = 1; i < count && i < paths.size(); ++i) threads.emplace_back([this] { work(); });
+    std::vector<std::future<void>> others;   // each is waited for, whatever is thrown
+    for (unsigned i = 1; i < count && i < paths.size(); ++i) {
+      others.push_back(onThread([this] { work(); }));
+      if (!others.back().valid()) {   // those there are do it
+        others.pop_back();
+        break;
+      }
+    }
     work();
-    for (std::thread& thread : threads) thread.join();
+    for (std::future<void>& other : others) other.get();
   }
 
  private:
-  void work() {
+  void work() try {
     std::array<std::vector<char>, 2> buffers;
     std::vector<FileDifference> found;
     std::int64_t equal = 0;
@@ -119,6 +128,9 @@ class Pairs {
     const std::lock_guard<std::mutex> lock(mutex_);
     same += equal;
     std::move(found.begin(), found.end(), std::back_inserter(differences));
+  } catch (...) {
+    next_ = paths.size();   // the others end as well
+    throw;
   }
 
   std::optional<FileDifference> compare(const std::string& path, std::array<std::vector<char>, 2>* buffers) {
@@ -162,17 +174,17 @@ class Pairs {
 }   // namespace
 
 FoldersCompared compareFolders(const std::string& left, const std::string& right, const WalkOptions& options,
-                               text::SearchControl& control) {
+                               text::SearchControl& control) try {
   FoldersCompared result;
   WalkOptions plain = options;
   plain.links = plain.textOnly = false;
-  Listing a, b;
-  std::thread other([&] { b = list(right, plain, control.cancel); });
-  a = list(left, plain, control.cancel);
-  other.join();
+  const auto listRight = [&] { return list(right, plain, control.cancel); };
+  std::future<Listing> other = onThread(listRight);
+  Listing a = list(left, plain, control.cancel), b = other.valid() ? other.get() : listRight();
   for (const auto& [listing, folder] : {std::pair{&a, &left}, std::pair{&b, &right}}) {
     const WalkReport& report = listing->report;
     if (!report.error.empty() && result.error.empty()) result.error = *folder + ": " + report.error;
+    result.unlisted += report.unreadable - std::ssize(report.troubles);
     result.leftOut += report.ignored + report.hidden + report.masked + report.links + report.special;
     for (const WalkTrouble& trouble : report.troubles) {
       const std::string which = listing == &a ? "in the first folder: " : "in the second folder: ";
@@ -215,6 +227,10 @@ FoldersCompared compareFolders(const std::string& left, const std::string& right
                    [](const FileDifference& x, const FileDifference& y) { return x.path < y.path; });
   result.stopped = control.cancel;
   return result;
+} catch (const std::bad_alloc&) {
+  FoldersCompared failed;
+  failed.error = "Out of memory";
+  return failed;
 }
 
 std::string textOf(const FileDifference& difference) {

@@ -29,11 +29,12 @@ struct FileDifference {
 };
 
 struct FoldersCompared {
-  std::string error;                         // one of the folders cannot be read; the rest is empty
+  std::string error;                         // one of the folders cannot be read, or no memory; the rest is empty
   bool stopped = false;                      // cancelled: the rest is not whole
   std::vector<FileDifference> differences;   // by path, in bytes
-  std::int64_t same = 0;                     // files
-  std::int64_t leftOut = 0;                  // by rules, masks or as links and the like; a folder counts as one
+  std::int64_t unlisted = 0;   // what cannot be read and is no difference: of each folder the walk names the first only
+  std::int64_t same = 0;       // files
+  std::int64_t leftOut = 0;    // by rules, masks or as links and the like; a folder counts as one
 };
 
 // options: `links` and `textOnly` do not count. Reports bytes that were read of the bytes to read.

@@ -186,9 +186,10 @@ class Run {
   FindSummary run(const FindSource& source) {
     unsigned count = rules_.threads > 0 ? rules_.threads : std::max(1u, std::thread::hardware_concurrency());
     std::vector<std::thread> workers;
+    workers.reserve(count);
     try {
       for (unsigned i = 0; i < count; ++i) workers.emplace_back([this] { work(); });
-    } catch (const std::system_error&) {   // no thread is to be had: those there are do it
+    } catch (const std::exception&) {   // no thread is to be had, or no memory for it: those there are do it
       if (workers.empty()) {
         summary_.error = "No thread could be started.";
         return std::move(summary_);

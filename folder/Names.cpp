@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "bridge/QStringBytes.h"
+#include "folder/Walk.h"
 
 namespace folder {
 namespace {
@@ -129,7 +130,7 @@ std::string_view NameTable::name(std::size_t i) const {
 std::string NameTable::fullPath(std::size_t i) const {
   const std::string_view own = path(i);
   if (own.starts_with('/') || (own.size() > 1 && own[1] == ':') || root_.empty()) return std::string(own);
-  return root_.ends_with('/') ? root_ + std::string(own) : root_ + '/' + std::string(own);
+  return joined(root_, own);
 }
 
 NameQuery parseNameQuery(std::string_view typed) {

@@ -21,10 +21,6 @@ int statusOf(const std::string& path, bool follow, text::FileStatus* status) {
   return text::fileSystem().statAt(text::FileSystem::kCwd, path, follow, status);
 }
 
-std::string joined(const std::string& folder, const std::string& name) {
-  return folder.ends_with('/') ? folder + name : folder + '/' + name;
-}
-
 // As whole paths compare: a folder's name goes on with a slash.
 bool before(const Listed& a, const Listed& b) {
   const std::size_t n = std::min(a.name.size(), b.name.size());
@@ -139,6 +135,12 @@ class Walker {
 
 WalkReport walk(const std::string& root, const WalkOptions& options, const Visit& visit, const std::atomic<bool>* cancel) {
   return Walker(root, options, visit, cancel).run();
+}
+
+std::string joined(const std::string& folder, std::string_view path) {
+  std::string all = folder;
+  if (!all.ends_with('/')) all += '/';
+  return all += path;
 }
 
 std::string_view belowRoot(std::string_view root, std::string_view path) {

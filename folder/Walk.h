@@ -44,6 +44,9 @@ struct WalkReport {
 using Visit = std::function<bool(const std::string& path)>;
 WalkReport walk(const std::string& root, const WalkOptions& options, const Visit& visit, const std::atomic<bool>* cancel = nullptr);
 
+// The path of what stands at a place below a folder.
+std::string joined(const std::string& folder, std::string_view path);
+
 // The place of a path below its root.
 std::string_view belowRoot(std::string_view root, std::string_view path);
 

@@ -34,7 +34,7 @@ std::string rowsOf(const folder::FoldersCompared& compared) {
 }
 
 QString resultOf(const folder::FoldersCompared& compared, const frmCompareFolders::Choice& choice) {
-  std::int64_t differing = 0, single = 0, unreadable = 0;
+  std::int64_t differing = 0, single = 0, unreadable = compared.unlisted;
   for (const folder::FileDifference& one : compared.differences) {
     const bool isSingle = one.kind == folder::FileDifference::onlyLeft || one.kind == folder::FileDifference::onlyRight;
     ++(isSingle ? single : one.kind == folder::FileDifference::unreadable ? unreadable : differing);
@@ -44,6 +44,7 @@ QString resultOf(const folder::FoldersCompared& compared, const frmCompareFolder
                      .arg(counted(differing, tr("file differs"), tr("files differ")), counted(single, tr("file"), tr("files")))
                      .arg(compared.same);
   if (unreadable > 0) text += tr("; %L1 could not be read").arg(unreadable);
+  if (compared.unlisted > 0) text += tr(", %L1 of them are not in the list").arg(compared.unlisted);
   if (compared.leftOut > 0) text += tr("; %L1 left out by rules, masks or as links").arg(compared.leftOut);
   if (!choice.masks.isEmpty()) text += tr("; masks %1").arg(toQString(folder::shownPath(fromQString(choice.masks))));
   return text;

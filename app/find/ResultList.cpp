@@ -15,6 +15,7 @@
 #include "control/edit/CommandTable.h"
 #include "document/Frame.h"
 #include "document/frmDocument.h"
+#include "folder/Walk.h"
 #include "text/line/Chars.h"
 #include "text/line/LineReader.h"
 
@@ -200,7 +201,7 @@ std::optional<ResultList::Row> ResultList::rowAt(const text::Snapshot& text, Lin
   if (!row) return std::nullopt;
   std::string path = folder::pathOfShown(row->path);
   const bool isWhole = path.starts_with('/') || path.substr(1, 1) == ":";
-  if (!isWhole && !root_.empty()) path = root_ + (root_.ends_with('/') ? "" : "/") + path;
+  if (!isWhole && !root_.empty()) path = folder::joined(root_, path);
   return Row{std::move(path), row->line, row->column, std::string(row->text)};
 }
 
@@ -252,7 +253,7 @@ std::vector<ByteRange> ResultList::hitsFrom(const text::Snapshot& text, ByteOffs
 // The file of the same name in the other folder.
 std::string ResultList::inSecond(const std::string& path) const {
   if (second_.empty()) return {};
-  return second_ + (second_.ends_with('/') ? "" : "/") + std::string(folder::belowRoot(root_, path));
+  return folder::joined(second_, folder::belowRoot(root_, path));
 }
 
 bool ResultList::show(LineNo line, int direction) {

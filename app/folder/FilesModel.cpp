@@ -46,7 +46,7 @@ struct FilesModel::Look {
     }
     const auto rules = folder::IgnoreRules::in(folder);
     for (folder::Listed& one : found) {
-      const std::string path = folder.ends_with('/') ? folder + one.name : folder + '/' + one.name;
+      const std::string path = folder::joined(folder, one.name);
       Entry entry;
       entry.isFolder = one.isFolder;
       entry.ignored = inIgnored || rules.ignores(path, one.isFolder && !one.isLink);
@@ -245,7 +245,7 @@ std::string FilesModel::bytes(const Node* node) const {
   if (!node->above) return rootPath_;
   const std::string above = bytes(node->above), &name = node->entry.name;
   if (!node->above->above && (name.starts_with('/') || (name.size() > 1 && name[1] == ':'))) return name;
-  return above.ends_with('/') ? above + name : above + '/' + name;
+  return folder::joined(above, name);
 }
 
 FilesModel::Node* FilesModel::find(const QString& path) const {

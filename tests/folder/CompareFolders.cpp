@@ -12,6 +12,8 @@
 #include <set>
 #include <sstream>
 
+#include "tests/support/files/AllocationFault.h"
+#include "tests/support/files/FaultyFileSystem.h"
 #include "tests/support/files/TempFolder.h"
 
 namespace fs = std::filesystem;
@@ -83,6 +85,38 @@ TEST_F(CompareFolders, SaysWhatDiffersAndWhy) {
   EXPECT_EQ(shown(folder::compareFolders(left, top / "gone", {}, control)), top / "gone: " + std::strerror(ENOENT));
   control.cancel = true;
   EXPECT_TRUE(folder::compareFolders(left, right, {}, control).stopped);
+}
+
+TEST_F(CompareFolders, EndsInOrderWithoutMemory) {
+  for (int i = 0; i < 8; ++i) writeRaw(left + "/" + std::to_string(i), "a"), writeRaw(right + "/" + std::to_string(i), "b");
+  const std::string whole = shown(compare());
+  int failed = 0;
+  bool hit = true;
+  for (long n = 1; hit; ++n) {
+    folder::FoldersCompared compared;
+    {
+      const AllocationFault fault(n, true);
+      compared = compare();
+      hit = fault.hit();
+    }
+    const std::string said = shown(compared);
+    EXPECT_TRUE(said == whole || (hit && said == "Out of memory")) << n << said;
+    failed += said != whole;
+  }
+  EXPECT_GT(failed, 20);
+}
+
+TEST_F(CompareFolders, CountsWhatIsNotListed) {
+  struct Unreadable : FaultyFileSystem {
+    int listEntries(const std::string& path, std::vector<text::FolderEntry>* entries) override {
+      return path.find("/left/d") != path.npos ? -EACCES : FaultyFileSystem::listEntries(path, entries);
+    }
+  } files;
+  for (int i = 0; i < 1001; ++i) fs::create_directories(left + "/d" + std::to_string(i));
+  const UseFileSystem use(files);
+  const auto compared = compare();
+  EXPECT_EQ(compared.differences.size(), 1000u);
+  EXPECT_EQ(compared.unlisted, 1);
 }
 
 TEST_F(CompareFolders, FindsWhatDiffFinds) {
