@@ -68,7 +68,9 @@ text::LoadedFile gitVersion(const std::string& path, const std::string& version,
   }
   const auto bytes = std::make_shared_for_overwrite<char[]>(std::max<std::size_t>(shown.output.size(), 1));
   std::memcpy(bytes.get(), shown.output.data(), shown.output.size());
-  return text::decodeFile(bytes, shown.output.size(), options);
+  result = text::decodeFile(bytes, shown.output.size(), options);
+  // It may have had another encoding then.
+  return result.error.empty() || !options.format ? std::move(result) : text::decodeFile(bytes, shown.output.size());
 }
 
 }   // namespace folder

@@ -121,7 +121,8 @@ void CompareFrame::withDisk() {
     text::LoadOptions options;
     options.format = format;
     text::LoadedFile disk = text::loadFile(path, options, &control);
-    return disk.error.empty() ? disk : text::loadFile(path, {}, &control);   // others may have changed its encoding
+    const bool done = disk.error.empty() || control.cancel;
+    return done ? disk : text::loadFile(path, {}, &control);   // others may have changed its encoding
   });
 }
 
@@ -136,8 +137,7 @@ void CompareFrame::withVersion() {
                                                            text::SearchControl& control) {
     text::LoadOptions options;
     options.format = format;
-    text::LoadedFile found = folder::gitVersion(path, name, options, control);
-    return found.error.empty() ? found : folder::gitVersion(path, name, {}, control);
+    return folder::gitVersion(path, name, options, control);
   });
 }
 

@@ -45,8 +45,12 @@ TEST_F(GitVersion, IsTheFileAsItWas) {
   put("wide.v", QByteArray("\xff\xfe"
                            "a\0\n\0",
                            6));
+  put("odd.v", "odd\r\n");
   git({"add", "-A"});
   git({"commit", "-q", "-m", "one"});
+  text::SearchControl control;
+  const text::LoadOptions wide{.format = text::FileFormat{text::Encoding::utf16le, false}};
+  EXPECT_EQ(folder::gitVersion(top + "/odd.v", "HEAD", wide, control).text.bytes(), "odd\r\n") << "no UTF-16 in this version";
   for (const char* name : {"sub/-a.v", "sub/n\nl:.v", "sub/bad\xff.v"}) {
     put(name, "new\n");
     EXPECT_EQ(shown(top + "/" + name, "HEAD"), "old\r\n\xc3\xbf") << name;
