@@ -48,6 +48,7 @@ CompareView::CompareView(CodeMax* left, CodeMax* right, QWidget* parent)
     setUp(side);
   }
   arrange();
+  showBacks();
   connect(comparison_, &Comparison::changed, this, [this] {
     formatsKnown_ = formatsKnown_ && !comparison_->compared();
     if (std::exchange(updatePosted_, true)) return;   // once for all changes that a command makes
@@ -60,6 +61,7 @@ CompareView::CompareView(CodeMax* left, CodeMax* right, QWidget* parent)
         },
         Qt::QueuedConnection);
   });
+  connect(comparison_, &Comparison::moreFound, this, &CompareView::showBacks);
   connect(strip_, &CompareStrip::chosen, this, &CompareView::showDifference);
   connect(strip_, &CompareStrip::takeOverAsked, this, [this](int difference, Side from) { takeOver(from, difference); });
   connect(overview_, &CompareOverview::chosen, this, &CompareView::showDifference);
@@ -77,7 +79,6 @@ void CompareView::setUp(Side side) {
   CodeMax* text = texts_[side];
   text->setHSplitter(false);
   text->setVSplitter(false);
-  text->setLineBacks([this, text](LineNo line) { return backOf(sideOf(text), line); });
   connect(text, &CodeMax::Scrolled, this, [this, text] { syncFrom(sideOf(text)); });
   connect(text, &CodeMax::GotFocus, this, [this, text] {
     if (sideOf(text) != active_) takenTo_.reset();
@@ -129,11 +130,12 @@ void CompareView::activate(Side side) {
   texts_[side]->setFocus();
 }
 
+void CompareView::showBacks() {
+  for (CodeMax* text : texts_) text->setLineBacks([this, text](LineNo line) { return backOf(sideOf(text), line); });
+}
+
 void CompareView::repaint() {
-  for (const Side side : {kLeft, kRight}) {
-    CodeMax* text = texts_[side];
-    text->setLineBacks([this, text](LineNo line) { return backOf(sideOf(text), line); });
-  }
+  showBacks();
   strip_->setWritable(!texts_[kLeft]->ReadOnly(), !texts_[kRight]->ReadOnly());
   strip_->setCurrent(current());
   overview_->differencesChanged();

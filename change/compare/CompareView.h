@@ -59,6 +59,7 @@ class CompareView : public QWidget {
   void arrange();
   void syncFrom(compare::Side side);
   LineBack backOf(compare::Side side, text::LineNo line) const;
+  void showBacks();   // of the lines, anew
   void repaint();
   compare::Side sideOf(const CodeMax* text) const { return texts_[compare::kLeft] == text ? compare::kLeft : compare::kRight; }
   bool apply(const compare::TakeOver& what);

@@ -1,5 +1,6 @@
 #include "change/compare/Comparison.h"
 
+#include <QElapsedTimer>
 #include <QPointer>
 #include <algorithm>
 #include <atomic>
@@ -9,6 +10,8 @@
 #include "bridge/LongWork.h"
 #include "control/code/LanguageTable.h"
 #include "text/line/LineReader.h"
+#include "text/line/SameLines.h"
+#include "text/store/CommonEnds.h"
 
 using compare::kLeft;
 using compare::kRight;
@@ -18,30 +21,11 @@ using compare::Side;
 using text::LineNo;
 
 namespace {
-constexpr int kLaterMs = 250;                                // after the last change
-constexpr std::size_t kMostParts = 4096, kMostPairs = 256;   // lines and hunks of which that is kept
-constexpr std::int64_t kMostPaired = 1000;                   // lines of a hunk in which pairs are looked for by likeness
-constexpr std::int64_t kMostBytes = 16 << 10;                // of a line, in which parts are marked
-
-bool sameBytes(const text::Snapshot& a, const text::Snapshot& b, const std::atomic<bool>& cancel) {
-  if (a.size() != b.size()) return false;
-  for (text::ByteOffset at(0); at < a.size() && !cancel;) {
-    const std::string_view one = a.chunkAt(at), two = b.chunkAt(at);
-    const std::size_t run = std::min(one.size(), two.size());
-    if (one.substr(0, run) != two.substr(0, run)) return false;
-    at += static_cast<std::int64_t>(run);
-  }
-  return true;
-}
-
-bool sameLines(const text::Snapshot& a, const text::Snapshot& b, const std::atomic<bool>& cancel) {
-  if (a.lineCount() != b.lineCount()) return false;
-  text::LineReader one(a), two(b);
-  std::string_view left, right;
-  while (!cancel && one.next(&left) && two.next(&right))
-    if (left != right) return false;
-  return true;
-}
+constexpr int kLaterMs = 250;                                 // after the last change
+constexpr std::int64_t kTurnNs = 8'000'000;                   // for what is visible, in a turn of the event loop
+constexpr std::size_t kMostParts = 8192, kMostHunks = 1024;   // lines and hunks of which that is kept
+constexpr std::int64_t kMostPaired = 1000;                    // lines of a hunk in which pairs are looked for by likeness
+constexpr std::int64_t kMostBytes = 16 << 10;                 // of a line, in which parts are marked
 }   // namespace
 
 struct Comparison::Job {
@@ -57,10 +41,14 @@ struct Comparison::Job {
       hunks = text::diffLines(texts[0], texts[1], rules, &cancel);
       const bool none = std::all_of(hunks.begin(), hunks.end(), [](const auto& hunk) { return hunk.nothing; });
       if (none)
-        equal = sameBytes(texts[0], texts[1], cancel)   ? Equal::wholly
-                : sameLines(texts[0], texts[1], cancel) ? Equal::butForLineEnds
-                                                        : Equal::underRules;
+        equal = text::sameText(texts[0], texts[1], &cancel) ? Equal::wholly
+                : sameLines()                               ? Equal::butForLineEnds
+                                                            : Equal::underRules;
     } catch (const std::bad_alloc&) { failed = true; }
+  }
+  bool sameLines() const {
+    const auto end = [&](Side side) { return LineNo(texts[side].lineCount()); };
+    return text::sameLines(texts[0], LineNo(0), end(kLeft), texts[1], LineNo(0), end(kRight), &cancel);
   }
 };
 
@@ -69,6 +57,11 @@ Comparison::Comparison(std::shared_ptr<TextModel> left, std::shared_ptr<TextMode
   later_.setSingleShot(true);
   later_.setInterval(kLaterMs);
   connect(&later_, &QTimer::timeout, this, &Comparison::refresh);
+  turn_.setSingleShot(true);
+  connect(&turn_, &QTimer::timeout, this, [this] {
+    spentNs_ = 0;
+    if (std::exchange(isMore_, false)) emit moreFound();
+  });
   for (const Side side : {kLeft, kRight}) {
     lines_[side] = models_[side]->snapshot().lineCount();
     heard_[side] = connect(models_[side].get(), &TextModel::changed, this,
@@ -84,6 +77,7 @@ Comparison::~Comparison() {
 void Comparison::setIgnored(const Ignore& ignore) {
   if (ignore == ignore_) return;
   ignore_ = ignore;
+  forget();
   refresh();
 }
 
@@ -125,7 +119,6 @@ void Comparison::finish() {
 }
 
 void Comparison::countDifferences() {
-  forget();
   differences_.clear();
   if (std::any_of(hunks_.begin(), hunks_.end(), [](const auto& hunk) { return hunk.nothing; }))
     for (std::size_t i = 0; i < hunks_.size(); ++i)
@@ -140,14 +133,11 @@ void Comparison::textChanged(Side side, const text::Change& change) {
   const std::size_t hunks = hunks_.size();
   compare::moveHunks(hunks_, side, change, now, lines_[side]);
   lines_[side] = now.lineCount();
+  forgetTouched(side, change);
   compared_ = false;
   later_.start();
-  if (hunks_.size() == hunks) {
-    forget();
-    emit changed();
-  } else {
-    countDifferences();
-  }
+  if (hunks_.size() == hunks) emit changed();
+  else countDifferences();
 }
 
 void Comparison::swap() {
@@ -199,10 +189,9 @@ Comparison::Line Comparison::lineAt(Side side, std::int64_t line) const {
     if (here.empty()) {
       (here.begin > line ? found.missingBelow : found.missingAbove) = true;
     } else if (here.begin <= line) {
-      const std::int64_t counterpart = there.empty() ? -1 : counterpartOf(side, line, i);
-      const bool paired = counterpart >= 0;
-      found.kind = paired ? Line::Kind::changed : Line::Kind::single;
-      if (paired) found.parts = partsOf(side, line, counterpart);
+      const std::optional<std::int64_t> counterpart = there.empty() ? -1 : counterpartOf(side, line, hunks_[i]);
+      found.kind = counterpart == -1 ? Line::Kind::single : Line::Kind::changed;
+      if (counterpart && *counterpart >= 0) found.parts = partsOf(side, line, *counterpart, hunks_[i]);
     }
   }
   return found;
@@ -234,40 +223,89 @@ bool Comparison::takeOver(QWidget& asker, const compare::TakeOver& what, const t
 }
 
 void Comparison::forget() {
-  parts_.clear();
-  pairs_.clear();
+  found_.clear();
+  lineParts_ = 0;
 }
 
-std::int64_t Comparison::counterpartOf(Side side, std::int64_t line, std::size_t hunk) const {
-  const Lines here = linesOf(hunks_[hunk], side), there = linesOf(hunks_[hunk], compare::other(side));
-  if (here.count() == there.count() || std::max(here.count(), there.count()) > kMostPaired) {
-    const std::int64_t same = there.begin + (line - here.begin);
-    return same < there.end ? same : -1;
+void Comparison::forgetTouched(Side side, const text::Change& change) {
+  if (change.reset) return forget();
+  std::map<Place, Found> kept;
+  const std::size_t begin = side == kLeft ? 0 : 2;
+  while (!found_.empty()) {
+    auto one = found_.extract(found_.begin());
+    Place& place = one.key();
+    const LineNo above(std::max<std::int64_t>(0, place[begin] - 1)), end(place[begin + 1]);
+    const auto touching = std::ranges::partition_point(change.spans, [&](const auto& span) { return span.oldLastLine() < above; });
+    if (touching != change.spans.end() && touching->oldLine <= end) {
+      lineParts_ -= one.mapped().parts.size();
+      continue;
+    }
+    const std::int64_t grown = change.linesGrownAbove(end);
+    place[begin] += grown, place[begin + 1] += grown;
+    kept.insert(std::move(one));
   }
-  auto known = pairs_.find(hunk);
-  if (known == pairs_.end()) {
-    if (pairs_.size() > kMostPairs) pairs_.clear();
-    known = pairs_.emplace(hunk, text::pairLines(models_[kLeft]->snapshot(), models_[kRight]->snapshot(), hunks_[hunk])).first;
-  }
-  const auto of = [side](const text::LinePair& pair) { return side == kLeft ? pair.before.value : pair.after.value; };
-  const auto pair = std::ranges::lower_bound(known->second, line, {}, of);
-  if (pair == known->second.end() || of(*pair) != line) return -1;
-  return side == kLeft ? pair->after.value : pair->before.value;
+  found_ = std::move(kept);
 }
 
-std::vector<text::ByteRange> Comparison::partsOf(Side side, std::int64_t line, std::int64_t counterpart) const {
-  const auto known = parts_.find({side, line});
-  if (known != parts_.end()) return known->second;
-  if (parts_.size() > kMostParts) parts_.clear();
-  const text::Snapshot &here = models_[side]->snapshot(), &there = models_[compare::other(side)]->snapshot();
-  const std::string one = text::beginOfLine(here, LineNo(line), kMostBytes),
-                    two = text::beginOfLine(there, LineNo(counterpart), kMostBytes);
-  const text::ByteOffset start = here.lineStart(LineNo(line));
-  text::DiffRules rules;
-  rules.ignoreBlanks = ignore_.blanks;
-  rules.ignoreCase = ignore_.letterCase;
-  std::vector<text::ByteRange> parts;
-  for (const text::WordHunk& part : text::diffWords(one, two, rules))
-    if (part.beforeEnd > part.beforeBegin) parts.push_back({start + part.beforeBegin, start + part.beforeEnd});
-  return parts_[{side, line}] = std::move(parts);
+Comparison::Found& Comparison::foundOf(const text::LineHunk& hunk) const {
+  if (found_.size() > kMostHunks || lineParts_ > kMostParts) found_.clear(), lineParts_ = 0;
+  return found_[{hunk.beforeBegin.value, hunk.beforeEnd.value, hunk.afterBegin.value, hunk.afterEnd.value}];
+}
+
+bool Comparison::inTime(const std::function<void()>& work) const {
+  if (!turn_.isActive()) turn_.start(0);
+  if (spentNs_ >= kTurnNs) isMore_ = true;
+  if (isMore_) return false;
+  QElapsedTimer clock;
+  clock.start();
+  work();
+  spentNs_ += clock.nsecsElapsed();
+  return true;
+}
+
+std::optional<std::int64_t> Comparison::counterpartOf(Side side, std::int64_t line, const text::LineHunk& hunk) const {
+  const Lines here = linesOf(hunk, side), there = linesOf(hunk, compare::other(side));
+  const std::int64_t at = line - here.begin;
+  if (here.count() == there.count() || std::max(here.count(), there.count()) > kMostPaired)
+    return at < there.count() ? there.begin + at : -1;
+  auto& pairs = foundOf(hunk).pairs;
+  const auto find = [&] {
+    std::vector<std::pair<std::int64_t, std::int64_t>> found;
+    for (const text::LinePair& pair : text::pairLines(models_[kLeft]->snapshot(), models_[kRight]->snapshot(), hunk))
+      found.push_back({pair.before - hunk.beforeBegin, pair.after - hunk.afterBegin});
+    pairs = std::move(found);
+  };
+  if (!pairs && !inTime(find)) return std::nullopt;
+  const auto of = [side](const auto& pair) { return side == kLeft ? pair.first : pair.second; };
+  const auto pair = std::ranges::lower_bound(*pairs, at, {}, of);
+  if (pair == pairs->end() || of(*pair) != at) return -1;
+  return there.begin + (side == kLeft ? pair->second : pair->first);
+}
+
+std::vector<text::ByteRange> Comparison::partsOf(Side side, std::int64_t line, std::int64_t counterpart,
+                                                 const text::LineHunk& hunk) const {
+  auto& known = foundOf(hunk).parts;
+  const std::array<std::int64_t, 2> lines{side == kLeft ? line : counterpart, side == kLeft ? counterpart : line};
+  const auto key = [&](Side of) { return std::pair(int(of), lines[of] - linesOf(hunk, of).begin); };
+  const auto find = [&] {
+    const auto begin = [&](Side of) { return text::beginOfLine(models_[of]->snapshot(), LineNo(lines[of]), kMostBytes); };
+    text::DiffRules rules;
+    rules.ignoreBlanks = ignore_.blanks;
+    rules.ignoreCase = ignore_.letterCase;
+    std::vector<text::ByteRange> left, right;
+    for (const text::WordHunk& part : text::diffWords(begin(kLeft), begin(kRight), rules)) {
+      const auto add = [](auto& parts, std::int64_t from, std::int64_t to) {
+        if (to > from) parts.push_back({text::ByteOffset(from), text::ByteOffset(to)});
+      };
+      add(left, part.beforeBegin, part.beforeEnd);
+      add(right, part.afterBegin, part.afterEnd);
+    }
+    known[key(kLeft)] = std::move(left), known[key(kRight)] = std::move(right);
+    lineParts_ += 2;
+  };
+  if (!known.contains(key(side)) && !inTime(find)) return {};
+  std::vector<text::ByteRange> parts = known[key(side)];
+  const text::ByteOffset start = models_[side]->snapshot().lineStart(LineNo(line));
+  for (text::ByteRange& part : parts) part = {start + part.begin.value, start + part.end.value};
+  return parts;
 }

@@ -7,8 +7,10 @@
 #include <QObject>
 #include <QTimer>
 #include <array>
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 
 #include "change/compare/Hunks.h"
 #include "control/edit/TextModel.h"
@@ -48,22 +50,37 @@ class Comparison : public QObject {
     bool missingAbove = false, missingBelow = false;                 // lines of the other side
     std::vector<text::ByteRange> parts;                              // that differ from the counterpart; offsets in the text
   };
+  // What takes long to find is found in later turns of the event loop: then moreFound() asks to look again. Until then a line is
+  // `changed` and has no parts.
   Line lineAt(compare::Side side, std::int64_t line) const;
 
   // One undo step; false: nothing was changed. before: the selection that undo restores. asker: as for LongWork.
   bool takeOver(QWidget& asker, const compare::TakeOver& what, const text::SelectionState& before);
 
  signals:
-  void changed();   // hunks(), compared()
+  void changed();     // hunks(), compared()
+  void moreFound();   // lineAt()
 
  private:
   struct Job;
   void textChanged(compare::Side side, const text::Change& change);
   void finish();
   void countDifferences();
-  std::int64_t counterpartOf(compare::Side side, std::int64_t line, std::size_t hunk) const;   // -1: none
-  std::vector<text::ByteRange> partsOf(compare::Side side, std::int64_t line, std::int64_t counterpart) const;
-  void forget();   // what was found for lines that were visible
+  // What was found for a hunk that was visible. Lines count from those of the hunk, offsets from the begin of their line: so it holds
+  // wherever the hunk goes.
+  struct Found {
+    std::optional<std::vector<std::pair<std::int64_t, std::int64_t>>> pairs;
+    std::map<std::pair<int, std::int64_t>, std::vector<text::ByteRange>> parts;   // of a side and line
+  };
+  using Place = std::array<std::int64_t, 4>;   // of a hunk
+  Found& foundOf(const text::LineHunk& hunk) const;
+  void forgetTouched(compare::Side side, const text::Change& change);   // the others move
+  void forget();
+  bool inTime(const std::function<void()>& work) const;   // false: later
+  // -1: none; nothing: not known yet.
+  std::optional<std::int64_t> counterpartOf(compare::Side side, std::int64_t line, const text::LineHunk& hunk) const;
+  std::vector<text::ByteRange> partsOf(compare::Side side, std::int64_t line, std::int64_t counterpart,
+                                       const text::LineHunk& hunk) const;
 
   std::array<std::shared_ptr<TextModel>, 2> models_;
   std::array<std::int64_t, 2> lines_{};
@@ -76,6 +93,9 @@ class Comparison : public QObject {
   Equal equal_ = Equal::no;
   QTimer later_;
   std::shared_ptr<Job> job_;
-  mutable std::map<std::pair<int, std::int64_t>, std::vector<text::ByteRange>> parts_;   // of visible lines
-  mutable std::map<std::size_t, std::vector<text::LinePair>> pairs_;                     // of visible hunks
+  mutable std::map<Place, Found> found_;
+  mutable std::size_t lineParts_ = 0;   // in it
+  mutable QTimer turn_;                 // active in a turn in which something was looked for
+  mutable std::int64_t spentNs_ = 0;    // in this turn
+  mutable bool isMore_ = false;         // something has to wait for the next one
 };

@@ -5,6 +5,7 @@
 
 #include "change/compare/CompareView.h"
 #include "control/CodeMax.h"
+#include "tests/support/Cost.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/Text.h"
 #include "tests/text/RandomText.h"
@@ -236,4 +237,38 @@ TEST(CompareView, StepsCountsAndTakesOver) {
   EXPECT_EQ(&view.text(kLeft), right);
   ASSERT_TRUE(compared(view.comparison()));
   EXPECT_EQ(view.count(), 1);
+}
+
+// 40 visible pairs of long lines: a look at them takes a short time, finds the rest when it is asked again, and knows them after an edit.
+TEST(CompareView, LongLinesAreComparedInShortTurns) {
+  std::array<std::string, 2> texts;
+  for (int line = 0; line < 40; ++line) {
+    for (int word = 0; word < 3000; ++word)
+      for (std::string& text : texts) text += std::to_string(line + 7 * word) + (&text == &texts[0] || word % 3 ? " " : "x ");
+    for (std::string& text : texts) text += "\nsame " + std::to_string(line) + "\n";
+  }
+  std::array<std::shared_ptr<TextModel>, 2> models{std::make_shared<TextModel>(), std::make_shared<TextModel>()};
+  for (const Side side : {kLeft, kRight}) models[side]->document().reset(Snapshot(texts[side]));
+  Comparison comparison(models[0], models[1]);
+  ASSERT_TRUE(compared(comparison));
+  double most = 0;
+  const auto look = [&] {
+    int found = 0;
+    const double before = spentMs();
+    for (const Side side : {kLeft, kRight})
+      for (int line = 0; line < 80; line += 2) found += !comparison.lineAt(side, line).parts.empty();
+    most = std::max(most, spentMs() - before);
+    return found;
+  };
+  int found = look();
+  QObject::connect(&comparison, &Comparison::moreFound, [&] { found = look(); });
+  EXPECT_TRUE(spinUntil([&] { return found == 80; })) << found;
+  models[kRight]->document().apply(text::Edit{{text::ByteOffset(0), text::ByteOffset(0)}, "above\n"}, {});
+  models[kLeft]->document().apply(
+      text::Edit{{models[kLeft]->snapshot().lineStart(LineNo(40)), models[kLeft]->snapshot().lineStart(LineNo(40))}, "new "}, {});
+  QObject::disconnect(&comparison, &Comparison::moreFound, nullptr, nullptr);
+  found = 0;
+  for (int line = 2; line < 80; line += 2) found += line != 40 && !comparison.lineAt(kRight, line + 1).parts.empty();
+  EXPECT_EQ(found, 38) << "at once: neither edit touched them";
+  if (!kSanitized) { EXPECT_LT(most, 80); }
 }

@@ -15,7 +15,7 @@ namespace text {
 namespace {
 
 constexpr std::size_t kLongest = 64 << 10;
-constexpr std::int64_t kLikenessBytes = 4 << 10;
+constexpr std::int64_t kLineBytes = 4 << 10, kLineLeast = 64, kHunkBytes = 256 << 10;   // in which pairs are looked for
 constexpr std::int64_t kTable = 4096;   // pairs of lines that are looked at one by one
 constexpr int kLike = 40;               // percent: less is no pair
 
@@ -126,7 +126,11 @@ int likeness(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_
 
 class Pairing {
  public:
-  Pairing(const Snapshot& before, const Snapshot& after) : before_(before), after_(after), splitter_(rules_) {}
+  Pairing(const Snapshot& before, const Snapshot& after, std::int64_t lines)
+      : before_(before),
+        after_(after),
+        most_(std::clamp(kHunkBytes / std::max<std::int64_t>(lines, 1), kLineLeast, kLineBytes)),
+        splitter_(rules_) {}
 
   void pair(LineHunk hunk, bool divides) {
     const std::int64_t n = hunk.beforeEnd - hunk.beforeBegin, m = hunk.afterEnd - hunk.afterBegin;
@@ -141,9 +145,8 @@ class Pairing {
   // The pairs with the largest sum of likeness.
   void table(const LineHunk& hunk) {
     std::vector<std::vector<std::uint32_t>> a, b;
-    for (LineNo i = hunk.beforeBegin; i < hunk.beforeEnd; ++i)
-      a.push_back(bag(&splitter_, beginOfLine(before_, i, kLikenessBytes)));
-    for (LineNo j = hunk.afterBegin; j < hunk.afterEnd; ++j) b.push_back(bag(&splitter_, beginOfLine(after_, j, kLikenessBytes)));
+    for (LineNo i = hunk.beforeBegin; i < hunk.beforeEnd; ++i) a.push_back(bag(&splitter_, beginOfLine(before_, i, most_)));
+    for (LineNo j = hunk.afterBegin; j < hunk.afterEnd; ++j) b.push_back(bag(&splitter_, beginOfLine(after_, j, most_)));
     const std::size_t n = a.size(), m = b.size();
     std::vector<int> like(n * m), best((n + 1) * (m + 1));   // best: of the lines from i and j on
     for (std::size_t i = n; i-- > 0;) {
@@ -172,11 +175,10 @@ class Pairing {
     std::unordered_map<std::uint64_t, std::uint32_t> numbers;
     const auto read = [&](const Snapshot& text, LineNo begin, LineNo end) {
       std::vector<std::uint32_t> ids;
-      LineReader reader(text, begin);
       std::string key;
-      for (std::string_view line; begin < end && reader.next(&line); ++begin) {
+      for (; begin < end; ++begin) {
         key.clear();
-        for (const char c : line.substr(0, kLikenessBytes)) {
+        for (const char c : beginOfLine(text, begin, most_)) {
           if (c == ' ' || c == '\t' || (c >= '0' && c <= '9')) continue;
           key += c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
         }
@@ -204,12 +206,13 @@ class Pairing {
   void inOrder(const LineHunk& hunk) {
     LineNo j = hunk.afterBegin;
     for (LineNo i = hunk.beforeBegin; i < hunk.beforeEnd && j < hunk.afterEnd; ++i, ++j) {
-      const auto a = bag(&splitter_, beginOfLine(before_, i, kLikenessBytes));
-      if (likeness(a, bag(&splitter_, beginOfLine(after_, j, kLikenessBytes))) >= kLike) pairs_.push_back({i, j});
+      const auto a = bag(&splitter_, beginOfLine(before_, i, most_));
+      if (likeness(a, bag(&splitter_, beginOfLine(after_, j, most_))) >= kLike) pairs_.push_back({i, j});
     }
   }
 
   const Snapshot &before_, &after_;
+  const std::int64_t most_;   // bytes of a line
   const DiffRules rules_{.ignoreBlanks = true, .ignoreCase = true};
   Splitter splitter_;
   std::vector<LinePair> pairs_;
@@ -267,7 +270,7 @@ std::vector<WordHunk> diffWords(std::string_view before, std::string_view after,
 }
 
 std::vector<LinePair> pairLines(const Snapshot& before, const Snapshot& after, const LineHunk& hunk) {
-  Pairing pairing(before, after);
+  Pairing pairing(before, after, (hunk.beforeEnd - hunk.beforeBegin) + (hunk.afterEnd - hunk.afterBegin));
   pairing.pair(hunk, true);
   return pairing.take();
 }

@@ -24,8 +24,8 @@ struct LinePair {
   bool operator==(const LinePair&) const = default;
 };
 
-// Lines of the hunk that are likely two forms of one line, ascending on both sides; by the words in their first 4 KB. A line without
-// a pair came or went. The effort grows with the lines, not with their square.
+// Lines of the hunk that are likely two forms of one line, ascending on both sides; by the words at their begin: of a line 4 KB, of
+// the hunk 256 KB, but 64 bytes of each line. A line without a pair came or went. The effort grows with the lines, not with their square.
 std::vector<LinePair> pairLines(const Snapshot& before, const Snapshot& after, const LineHunk& hunk);
 
 }   // namespace text
