@@ -377,7 +377,12 @@ void CodeMax::ConvertLineEnds(bool crlf) {
 }
 
 bool CodeMax::ReadOnly() const { return impl_->state.model->document().readOnly(); }
-void CodeMax::setReadOnly(bool on) { impl_->state.model->document().setReadOnly(on); }
+void CodeMax::setReadOnly(bool on) {
+  TextModel& model = *impl_->state.model;
+  if (model.document().readOnly() == on) return;
+  model.document().setReadOnly(on);
+  emit model.appearanceChanged();   // what is offered for the text
+}
 bool CodeMax::CanUndo() const { return impl_->state.model->document().canUndo(); }
 bool CodeMax::CanRedo() const { return impl_->state.model->document().canRedo(); }
 bool CodeMax::overtype() const { return impl_->editor().overtype; }

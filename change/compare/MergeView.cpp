@@ -4,12 +4,14 @@
 #include <QLabel>
 #include <QToolButton>
 #include <algorithm>
+#include <utility>
 
 #include "base/Counted.h"
 #include "change/compare/CompareStrip.h"
 #include "change/compare/Hunks.h"
 #include "control/CodeMax.h"
 #include "text/line/LineReader.h"
+#include "text/line/SameLines.h"
 
 using text::LineNo;
 
@@ -17,11 +19,15 @@ namespace {
 constexpr std::string_view kBegin = "<<<<<<<", kEnd = ">>>>>>>", kMarks[] = {kBegin, "|||||||", kEnd},
                            kMiddle = "=======";   // it also stands below headings
 
+bool isMark(std::string_view line, std::string_view mark) {
+  return line.starts_with(mark) && (line.size() == mark.size() || line[mark.size()] == ' ');
+}
+
 bool hasMarks(const text::Snapshot& text, const text::SearchControl& control) {
   text::LineReader reader(text);
   for (std::string_view line; !control.cancel && reader.next(&line);)
     for (const std::string_view mark : kMarks)
-      if (line.starts_with(mark) && (line.size() == mark.size() || line[mark.size()] == ' ')) return true;
+      if (isMark(line, mark)) return true;
   return false;
 }
 
@@ -43,16 +49,11 @@ bool isMadeOf(const text::Snapshot& text, const compare::Lines& lines, const std
   std::int64_t count = 0;
   for (const Version& version : versions) count += version.lines.count();
   if (count != lines.count()) return false;
-  if (count == 0) return true;
-  text::LineReader is(text, LineNo(lines.begin));
-  for (const Version& version : versions) {
-    if (version.lines.empty()) continue;
-    text::LineReader was(version.text, LineNo(version.lines.begin));
-    std::string_view line, old;
-    for (std::int64_t i = 0; i < version.lines.count(); ++i)
-      if (!is.next(&line) || !was.next(&old) || line != old) return false;
-  }
-  return true;
+  LineNo at(lines.begin);
+  return std::ranges::all_of(versions, [&](const Version& version) {
+    const LineNo from = std::exchange(at, at + version.lines.count());
+    return text::sameLines(text, from, at, version.text, LineNo(version.lines.begin), LineNo(version.lines.end));
+  });
 }
 
 compare::Lines leftOf(const text::MergeRegion& region) { return {region.leftBegin.value, region.leftEnd.value}; }
@@ -61,7 +62,12 @@ compare::Lines rightOf(const text::MergeRegion& region) { return {region.rightBe
 
 MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Snapshot& right,
                      const std::vector<text::MergeRegion>& regions, const text::MergedText& merged, QWidget* parent)
-    : QWidget(parent), result_(result), sides_{left, right}, made_(merged.text), count_(new QLabel(this)) {
+    : QWidget(parent),
+      result_(result),
+      sides_{left, right},
+      made_(merged.text),
+      lineEnds_(merged.lineEndConflicts),
+      count_(new QLabel(this)) {
   result_->setParent(this);
   text::Document& document = result_->model()->document();
   const text::Snapshot& now = document.snapshot();
@@ -80,6 +86,7 @@ MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Sn
   bar->addWidget(count_, 1);
   const auto button = [&](const QString& caption, const char* keys, std::vector<QToolButton*>& group, auto run) {
     auto* made = new QToolButton(this);
+    made->setObjectName(QString::fromLatin1(keys));
     made->setText(caption);
     made->setShortcut(QKeySequence(QString::fromLatin1(keys)));
     made->setToolTip(made->shortcut().toString(QKeySequence::NativeText));
@@ -93,6 +100,17 @@ MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Sn
   button(tr("Take Left"), "Alt+1", takes_, [this] { take(Take::left); });
   button(tr("Take Right"), "Alt+2", takes_, [this] { take(Take::right); });
   button(tr("Take Both"), "Alt+3", takes_, [this] { take(Take::both); });
+  lineEndsTaken_ = new QToolButton(this);
+  lineEndsTaken_->setText(tr("Keep These Line Ends"));
+  lineEndsTaken_->setObjectName(QStringLiteral("lineEnds"));
+  lineEndsTaken_->setFocusPolicy(Qt::NoFocus);
+  lineEndsTaken_->setVisible(lineEnds_ > 0);
+  connect(lineEndsTaken_, &QToolButton::clicked, this, [this] {
+    lineEnds_ = 0;
+    lineEndsTaken_->hide();
+    showCount();
+  });
+  bar->insertWidget(1, lineEndsTaken_);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
@@ -107,11 +125,19 @@ MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Sn
   });
   connect(result_, &CodeMax::SelChange, this, &MergeView::showState);
   connect(result_->model().get(), &TextModel::changed, this, &MergeView::textChanged);
+  connect(result_->model().get(), &TextModel::appearanceChanged, this, &MergeView::showState);
   left_ = static_cast<int>(conflicts_.size());
   showCount();
 }
 
-MergeView::~MergeView() { disconnect(result_, nullptr, this, nullptr); }
+MergeView::~MergeView() {
+  disconnect(result_, nullptr, this, nullptr);
+  text::Document& document = result_->model()->document();   // it may go on in another window
+  for (const Conflict& conflict : conflicts_) {
+    document.removeMark(conflict.begin);
+    document.removeMark(conflict.end);
+  }
+}
 
 std::pair<std::int64_t, std::int64_t> MergeView::linesOf(const Conflict& conflict) const {
   const text::Document& document = result_->model()->document();
@@ -123,7 +149,7 @@ std::pair<std::int64_t, std::int64_t> MergeView::linesOf(const Conflict& conflic
 bool MergeView::stands(const Conflict& conflict) const {
   const text::Snapshot& now = result_->model()->snapshot();
   const auto [begin, end] = linesOf(conflict);
-  return begin < end && text::beginOfLine(now, LineNo(begin), std::ssize(kBegin)) == kBegin;
+  return begin < end && isMark(text::beginOfLine(now, LineNo(begin), std::ssize(kBegin) + 1), kBegin);
 }
 
 const MergeView::Conflict* MergeView::at(std::int64_t line) const {
@@ -177,8 +203,8 @@ std::pair<const MergeView::Conflict*, std::int64_t> MergeView::whole(const Confl
   if (first != last) return {};
   text::LineReader reader(now, LineNo(begin));   // it was edited by hand
   std::string_view line;
-  for (reader.next(&line); reader.next(&line) && !line.starts_with(kBegin);)
-    if (line.starts_with(kEnd)) return {conflict, reader.line().value + 1};
+  for (reader.next(&line); reader.next(&line) && !isMark(line, kBegin);)
+    if (isMark(line, kEnd)) return {conflict, reader.line().value + 1};
   return {};
 }
 
@@ -214,8 +240,9 @@ std::function<bool(text::SearchControl&)> MergeView::remains() const {
     const auto [begin, end] = linesOf(conflict);
     parts.push_back({{begin, end}, conflict.region});
   }
-  return [text = result_->model()->snapshot(), sides = sides_, parts = std::move(parts)](const text::SearchControl& control) {
-    if (hasMarks(text, control)) return true;
+  return [text = result_->model()->snapshot(), sides = sides_, parts = std::move(parts),
+          lineEnds = lineEnds_](const text::SearchControl& control) {
+    if (lineEnds > 0 || hasMarks(text, control)) return true;
     for (const auto& [lines, region] : parts) {
       if (control.cancel) return false;
       const Version left{sides[0], leftOf(region)}, right{sides[1], rightOf(region)};
@@ -244,13 +271,16 @@ void MergeView::textChanged(const text::Change& change) {
 }
 
 void MergeView::showCount() {
-  count_->setText(left_ == 0 ? tr("Result: no conflict is left")
-                             : tr("Result: %1").arg(counted(left_, tr("conflict left"), tr("conflicts left"))));
+  QString text = left_ == 0 ? tr("Result: no conflict is left")
+                            : tr("Result: %1").arg(counted(left_, tr("conflict left"), tr("conflicts left")));
+  if (lineEnds_ > 0)
+    text += tr("; both changed %1, which are as in the left text").arg(counted(lineEnds_, tr("line end"), tr("line ends")));
+  count_->setText(text);
   for (QToolButton* each : steps_) each->setEnabled(left_ > 0);
   showState();
 }
 
 void MergeView::showState() {
-  const bool here = current() != nullptr;
+  const bool here = current() && !result_->ReadOnly();
   for (QToolButton* each : takes_) each->setEnabled(here);
 }

@@ -29,8 +29,8 @@ class MergeView : public QWidget {
   enum class Take { left, right, both };
   bool take(Take what);   // for the conflict at the caret; one undo step
 
-  // Tells of the present text, on any thread, whether marks of conflicts remain in it: a line that begins as a mark does, or
-  // "=======" in a conflict for which no side was taken. Linear.
+  // Tells of the present text, on any thread, whether conflicts remain in it: a line that is a mark, "=======" in a conflict for which
+  // no side was taken, or line ends that both sides changed and the user has not agreed to. Linear.
   std::function<bool(text::SearchControl&)> remains() const;
 
  signals:
@@ -58,6 +58,8 @@ class MergeView : public QWidget {
   const text::Snapshot made_;   // the merged text
   std::vector<Conflict> conflicts_;
   int left_ = 0;
+  std::int64_t lineEnds_;   // both sides changed them; the user has not said yet that those of the left text are right
   QLabel* count_;
+  QToolButton* lineEndsTaken_;
   std::vector<QToolButton*> steps_, takes_;
 };

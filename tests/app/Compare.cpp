@@ -1,4 +1,7 @@
 // The window that compares, its commands, and comparing and merging from the command line.
+#include <QLabel>
+#include <QToolButton>
+
 #include "app/compare/CompareFrame.h"
 #include "app/start/DiffArguments.h"
 #include "tests/app/ProcessFixture.h"
@@ -176,7 +179,11 @@ TEST_F(Compare, DecidingAConflictTakesItsLinesOnly) {
     MergeView& view = *window.findChild<MergeView*>();
     CodeMax& text = view.result();
     EXPECT_EQ(view.left(), 2);
+    const auto* take = view.findChild<QToolButton*>(u"Alt+3"_s);
+    text.SetSel({0, 0, 0, 0, false});
+    EXPECT_FALSE(take->isEnabled());
     text.setReadOnly(false);
+    EXPECT_TRUE(take->isEnabled());
     text.ExecuteCmd(Cmd::UNDO);
     text.ExecuteCmd(Cmd::REDO);
     ASSERT_EQ(text.LineCount(), 17);
@@ -203,8 +210,28 @@ TEST_F(Compare, DecidingAConflictTakesItsLinesOnly) {
                    text.SetSel({1, 0, 1, 0, false});
                    EXPECT_TRUE(view.take(MergeView::Take::right));
                    EXPECT_TRUE(text.Text().startsWith(u"above\nright\nbehind\n1\n<<<<<<<"_s)) << qPrintable(text.Text());
+                   text.SetSel({5, 0, 5, 0, false});
+                   text.ReplaceSel(u">>>>>>>no mark\n"_s);   // edited by hand
+                   EXPECT_TRUE(view.take(MergeView::Take::left));
+                   EXPECT_EQ(text.Text(), u"above\nright\nbehind\n1\nLEFT\nt\n"_s);
                  }),
             1);
+}
+
+TEST_F(Compare, LineEndsThatBothChangedAreAgreedTo) {
+  write("base", "a\rb\r");
+  write("left", "a\nb\n");
+  write("right", "a\r\nb\r\n");
+  for (const bool agreed : {false, true}) {
+    const auto work = [&](CompareWindow& window) {
+      auto& view = *window.findChild<MergeView*>();
+      EXPECT_TRUE(view.findChild<QLabel*>(u"conflicts"_s)->text().contains(u"both changed 2 line ends"_s));
+      if (agreed) view.findChild<QToolButton*>(u"lineEnds"_s)->click();
+      window.save();
+    };
+    EXPECT_EQ(diff({u"--diff"_s, u"left"_s, u"right"_s, u"base"_s, u"--output=out"_s}, work), agreed ? 0 : 1);
+    EXPECT_EQ(read(path("out")), "a\nb\n");
+  }
 }
 
 TEST_F(CompareRun, TroubleIsStatus2AndSaysWhy) {
