@@ -68,16 +68,19 @@ void CompareWindow::useOptions() {
   if (merge_) use(merge_->result());
 }
 
+// A document's window knows what follows from changed options.
 void CompareWindow::storeOptions(const CodeMax& of) {
-  CodeMax all(this);   // the options that this window does not have stay
-  all.hide();
-  CMXRegistry::applyTo(all);
+  const QList<frmDocument*> documents = frame_.documents();
+  CodeMax stand(this);
+  stand.hide();
+  CodeMax& all = documents.isEmpty() ? stand : *documents.first()->cmx;
+  CMXRegistry::applyTo(all);   // the options that this window does not have stay
   const bool across = all.HSplitter(), down = all.VSplitter();
   ControlOptions::of(of).applyTo(all);
   all.setHSplitter(across);
   all.setVSplitter(down);
-  CMXRegistry::storeOptions(all);
-  for (frmDocument* document : frame_.documents()) CMXRegistry::applyTo(*document->cmx);
+  if (documents.isEmpty()) CMXRegistry::storeOptions(all);
+  else emit all.PropsChange();
   useOptions();
 }
 
