@@ -52,6 +52,14 @@ TEST_F(Compare, SidesAreTheDocuments) {
   EXPECT_EQ(one->cmx->Text(), u"one\n2\n"_s);
   EXPECT_TRUE(one->DocumentModified());
   EXPECT_EQ(window->view().name(kLeft), path("a.v") + u'*');
+  window->view().text(kLeft).setTabSize(7);   // in its properties
+  int told = 0;
+  QObject::connect(two->cmx, &CodeMax::PropsChange, [&] { ++told; });
+  QObject::connect(one->cmx, &CodeMax::PropsChange, [&] { ++told; });
+  emit window->view().text(kLeft).PropsChange();
+  EXPECT_TRUE(one->cmx->TabSize() == 7 && two->cmx->TabSize() == 7 && window->view().text(kRight).TabSize() == 7);
+  EXPECT_EQ(told, 1) << "the main window follows a document";
+  EXPECT_TRUE(one->cmx->HSplitter());
   trigger("mCompareSwap");
   window->view().activate(kRight);   // a.v now
   window->save();
