@@ -81,6 +81,7 @@ MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Sn
   }
   count_->setObjectName(QStringLiteral("conflicts"));
   count_->setTextFormat(Qt::PlainText);
+  count_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);   // the buttons leave little on a small screen
   auto* bar = new QHBoxLayout;
   bar->setContentsMargins(4, 2, 4, 2);
   bar->addWidget(count_, 1);
@@ -103,6 +104,7 @@ MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Sn
   lineEndsTaken_ = new QToolButton(this);
   lineEndsTaken_->setText(tr("Keep These Line Ends"));
   lineEndsTaken_->setObjectName(QStringLiteral("lineEnds"));
+  lineEndsTaken_->setToolTip(tr("Both sides changed line ends, not in the same way; they are as in the left text"));
   lineEndsTaken_->setFocusPolicy(Qt::NoFocus);
   lineEndsTaken_->setVisible(lineEnds_ > 0);
   connect(lineEndsTaken_, &QToolButton::clicked, this, [this] {
@@ -273,9 +275,9 @@ void MergeView::textChanged(const text::Change& change) {
 void MergeView::showCount() {
   QString text = left_ == 0 ? tr("Result: no conflict is left")
                             : tr("Result: %1").arg(counted(left_, tr("conflict left"), tr("conflicts left")));
-  if (lineEnds_ > 0)
-    text += tr("; both changed %1, which are as in the left text").arg(counted(lineEnds_, tr("line end"), tr("line ends")));
+  if (lineEnds_ > 0) text += tr("; %1 in conflict").arg(counted(lineEnds_, tr("line end"), tr("line ends")));
   count_->setText(text);
+  count_->setToolTip(text);
   for (QToolButton* each : steps_) each->setEnabled(left_ > 0);
   showState();
 }

@@ -233,7 +233,7 @@ TEST_F(Compare, LineEndsThatBothChangedAreAgreedTo) {
   for (const bool agreed : {false, true}) {
     const auto work = [&](CompareWindow& window) {
       auto& view = *window.findChild<MergeView*>();
-      EXPECT_TRUE(view.findChild<QLabel*>(u"conflicts"_s)->text().contains(u"both changed 2 line ends"_s));
+      EXPECT_TRUE(view.findChild<QLabel*>(u"conflicts"_s)->text().contains(u"2 line ends in conflict"_s));
       if (agreed) view.findChild<QToolButton*>(u"lineEnds"_s)->click();
       window.save();
     };
