@@ -147,6 +147,8 @@ void frmDocument::followRights() {
   if (Frame* main = frame()) main->refreshToolbar();
 }
 
+bool frmDocument::isGuarded() const { return shared_->guarded; }
+
 bool frmDocument::isActive() const { return frame() && frame()->activeDocument() == this; }
 
 // The path takes the place of a message; that of a document that is not active stays away.

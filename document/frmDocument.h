@@ -39,6 +39,7 @@ class frmDocument : public QWidget {
   // Makes the text read-only (cmx->ReadOnly) when its file has become write-protected, and writable when the file may be written
   // again. Between these events the user may switch Read Only at will. A modified text is not made read-only.
   void followRights();
+  bool isGuarded() const;    // read-only for that reason
   QString Caption() const;   // the title, with "*" behind it while modified
   int views() const;         // number of windows of this text, at least 1
 
@@ -81,7 +82,8 @@ class frmDocument : public QWidget {
   void focusWork();   // updates what the frame shows of the active document; also called when the focus comes
   // Writes the text, which exists nowhere else, into its recovery journal now. False: there is no journal, or it cannot be written.
   bool holdInJournal();
-  bool mayEnd() const;   // closing loses nothing: not modified, agreed to, or the journal holds the whole text
+  bool isHeldInJournal() const;   // the whole text, durably
+  bool mayEnd() const;            // closing loses nothing: not modified, agreed to, or the journal holds the whole text
   // For a text that only the journal holds: closing does not ask and keeps the journal, so that the next start offers the text.
   void leaveInJournal();
   bool isLeftInJournal() const;
@@ -106,6 +108,7 @@ class frmDocument : public QWidget {
   void resizeEvent(QResizeEvent* event) override;
 
  private:
+  void noteLostFile();
   struct Shared;
   class OwnBox;
   void setUp();

@@ -210,7 +210,9 @@ bool frmDocument::SaveDocumment(const QString& path) {
 
 bool frmDocument::holdInJournal() { return shared_->recovery && shared_->recovery->holdNow(); }
 
-bool frmDocument::mayEnd() const { return !cmx->Modified() || allAgreed() || (shared_->recovery && shared_->recovery->holds()); }
+bool frmDocument::isHeldInJournal() const { return shared_->recovery && shared_->recovery->holds(); }
+
+bool frmDocument::mayEnd() const { return !cmx->Modified() || allAgreed() || isHeldInJournal(); }
 
 void frmDocument::leaveInJournal() { shared_->leftInJournal = mayEnd() && cmx->Modified() && !allAgreed(); }
 
@@ -270,8 +272,7 @@ void frmDocument::inconsistentDate() {
   if (!look(false)) return;
   if (!now.exists || !now.status.isRegular()) {
     if (!known->exists) return;   // already reported, and the file has not come back
-    known = text::FileStamp{};    // the next save creates the file again without a question
-    cmx->setModified(true);       // the text exists only in this window
+    noteLostFile();
     ask(tr("The source of this file cannot be found, please re-save it"), Buttons::ok);
     return;
   }
@@ -300,11 +301,17 @@ void frmDocument::inconsistentDate() {
   if (otherText) cmx->setModified(true);   // the text shown differs from the file
 }
 
+// The text exists only here now.
+void frmDocument::noteLostFile() {
+  cmx->model()->stamp = text::FileStamp{};   // the next save creates the file again without a question
+  cmx->setModified(true);
+}
+
 void frmDocument::noteLostFiles(const QList<frmDocument*>& going) {
   struct Seen {
     QPointer<frmDocument> document;
     std::string path;
-    text::FileStamp now;
+    std::optional<text::FileStamp> now;   // none: a cancelled look did not come to it
   };
   const auto seen = std::make_shared<std::vector<Seen>>();
   for (frmDocument* document : going) {
@@ -322,10 +329,8 @@ void frmDocument::noteLostFiles(const QList<frmDocument*>& going) {
   const QString what = tr("Looking at %1").arg(plainForDisplay(toQString(seen->front().path), 80));
   if (!LongWork::runOrLeave(*going.front()->cmx, look, what)) return;
   for (const Seen& one : *seen) {
-    if ((one.now.exists && one.now.status.isRegular()) || !one.document || fromQString(one.document->shared_->name) != one.path)
-      continue;
-    one.document->cmx->model()->stamp = text::FileStamp{};   // the next save creates the file again without a question
-    one.document->cmx->setModified(true);
+    if (!one.now || (one.now->exists && one.now->status.isRegular())) continue;
+    if (one.document && fromQString(one.document->shared_->name) == one.path) one.document->noteLostFile();
   }
 }
 

@@ -224,6 +224,7 @@ void frmMain::adopt(frmDocument* document) {
 
 bool frmMain::agreeToEnd() {
   if (keepsUnsaved) {
+    frmDocument::noteLostFiles(documents());   // these are unsaved too
     if (RecoverySession* session = RecoverySession::current()) session->holdAll();
     for (frmDocument* document : documents()) document->leaveInJournal();
   }

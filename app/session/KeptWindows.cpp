@@ -89,7 +89,7 @@ std::optional<KeptDocument> keptOf(const frmMain& frame, frmDocument& document, 
     kept.encoding = text::name(cmx.fileFormat().encoding);
     kept.bom = cmx.fileFormat().bom;
   }
-  kept.readOnly = cmx.ReadOnly();
+  kept.readOnly = cmx.ReadOnly() && !document.isGuarded();
   const CmRange selection = cmx.GetSel(false);
   kept.selection = {selection.StartLineNo, selection.StartColNo, selection.EndLineNo, selection.EndColNo};
   kept.columns = selection.ColumnSel;

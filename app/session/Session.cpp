@@ -85,6 +85,7 @@ QStringList Session::names() {
   text::fileSystem().listDir(fromQString(userStateFolder()) + "/sessions", &files);
   for (const std::string& file : files)
     if (const auto name = SessionFile::nameOf(file)) names << toQString(*name);
+  names.removeDuplicates();
   names.sort(Qt::CaseInsensitive);
   return names;
 }
@@ -200,7 +201,6 @@ frmDocument* Session::openLate(Late& late) {
   const QPointer<LateDocument> alive = &late;
   KeptDocument kept = late.kept;
   kept.path = fromQString(late.path);
-  kept.modified = kept.modified && late.found;
   if (late.found) {
     const auto found = late.found;
     frmDocument* document = openText(kept, found->text);

@@ -72,6 +72,7 @@ class Session : public QObject {
   void apply(const SessionState& state);
   void showAnother();
   bool leave();          // closes all documents. False: the user wants to stay
+  void goOnWithLast();   // without a name
   void applyKeeping();   // after the file in force or a setting has changed
   void rememberName();   // so that the next start goes on with this session
   frmDocument* openLate(Late& late);
@@ -104,7 +105,7 @@ class Session : public QObject {
   std::vector<std::pair<std::int64_t, QPointer<frmDocument>>> pile_;   // windows that came back, until all texts are there
   struct Held {                                                        // the old journals of a text that was restored
     std::vector<std::shared_ptr<text::LeftText>> journals;
-    QPointer<frmDocument> document;
+    std::weak_ptr<TextModel> text;
   };
   std::vector<Held> held_;
 };

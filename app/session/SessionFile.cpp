@@ -225,6 +225,8 @@ std::string SessionFile::fileNameOf(std::string_view name) {
 }
 
 std::optional<std::string> SessionFile::nameOf(std::string_view fileName) {
+  for (const std::string_view ending : {kNewer, kOlder})   // after a program that was killed, they may stand alone
+    if (fileName.ends_with(ending)) fileName.remove_suffix(ending.size());
   if (fileName.empty() || fileName.find('.') != std::string_view::npos) return std::nullopt;
   return text::fromOneLine(fileName);
 }
@@ -276,6 +278,7 @@ std::string SessionFile::write(const SessionState& state, std::uint64_t number) 
   const std::lock_guard writing(writing_);
   if (number < number_) return {};
   std::string bytes = format(state);
+  number_ = number;
   if (bytes == written_) return {};
   const std::string newer = path_ + std::string(kNewer);
   if (const text::SaveResult saved = text::saveBytes(newer, bytes, 0600); !saved.ok()) return saved.error;
@@ -287,7 +290,6 @@ std::string SessionFile::write(const SessionState& state, std::uint64_t number) 
       text::files::open(text::FileSystem::kCwd, text::files::splitPath(path_).folder, text::kRead | text::kDirectory);
   if (folder.ok()) text::files::syncFolder(folder.get());
   written_ = std::move(bytes);
-  number_ = number;
   return {};
 }
 

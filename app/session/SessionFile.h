@@ -87,7 +87,7 @@ class SessionFile {
 
   // Of a named session, in the folder of sessions.
   static std::string fileNameOf(std::string_view name);
-  static std::optional<std::string> nameOf(std::string_view fileName);   // nullopt: not the file of a session
+  static std::optional<std::string> nameOf(std::string_view fileName);   // of either generation; nullopt: not the file of a session
 
   static std::string format(const SessionState& state);
   static Parsed parse(std::string_view bytes, SessionState* state, bool* isPartial);

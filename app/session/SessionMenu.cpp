@@ -2,6 +2,7 @@
 #include <QMenu>
 #include <QScopedValueRollback>
 
+#include "app/boxes/frmRecovered.h"
 #include "app/frame/DocumentTabs.h"
 #include "app/frame/frmMain.h"
 #include "app/session/Session.h"
@@ -18,10 +19,20 @@ constexpr qsizetype kLongestName = 80;   // characters
 
 QString shownSession(const QString& name) { return plainForDisplay(name, kLongestName); }
 
+bool ownOrTell(SessionFile& file, const QString& name) {
+  if (file.own()) return true;
+  MsgBox(Session::tr("The session %1 is open in another window of the program").arg(shownSession(name)));
+  return false;
+}
+
 }   // namespace
 
 // Asks as closing all documents does. What was answered goes into the session before it is left.
 bool Session::leave() {
+  if (!texted_) {
+    MsgBox(tr("The unsaved texts of this session are still being read. Please try again when they are there"));
+    return false;
+  }
   const QScopedValueRollback quiet(quiet_, true);
   frame_.closeOthers(nullptr);
   if (frame_.tabs().count() > 0) return false;
@@ -37,13 +48,18 @@ bool Session::leave() {
 void Session::open(const QString& name) {
   if (name == name_) return;
   const auto file = fileOf(name);
-  if (!file->own()) {
-    MsgBox(tr("The session %1 is open in another window of the program").arg(shownSession(name)));
+  if (!ownOrTell(*file, name)) return;
+  if (const SessionFile::Read there = file->read(); !there.mayWrite) {
+    MsgBox(tr("The session %1 cannot be opened: %2").arg(shownSession(name), toQString(there.trouble)));
     return;
   }
+  for (const auto* window : frame_.findChildren<frmRecovered*>())
+    if (window->isVisible()) {
+      MsgBox(tr("Please close the window with the recovered texts first: texts of the session may be among them"));
+      return;
+    }
   if (!leave()) return touch(0);
-  if (!take(file, name)) file_ = last_;
-  applyKeeping();
+  if (!take(file, name)) goOnWithLast();
   rememberName();
   show();
   restoreTexts();
@@ -52,9 +68,13 @@ void Session::open(const QString& name) {
 void Session::close() {
   if (name_.isEmpty()) return;
   if (!leave()) return touch(0);
-  file_ = last_;
-  applyKeeping();
+  goOnWithLast();
   touch(0);
+}
+
+void Session::goOnWithLast() {
+  if (comesBack()) file_ = last_;
+  applyKeeping();
 }
 
 void Session::askForName() {
@@ -67,10 +87,7 @@ void Session::askForName() {
   }
   if (name == name_) return touch(0);   // it is written by itself
   const auto file = fileOf(name);
-  if (!file->own()) {
-    MsgBox(tr("The session %1 is open in another window of the program").arg(shownSession(name)));
-    return;
-  }
+  if (!ownOrTell(*file, name)) return;
   const QString question = tr("There is a session %1.\r\nDo you want to replace it?").arg(shownSession(name));
   if (file->exists() && MsgBox(question, {}, Icon::question, Buttons::yesNo) != Answer::yes) return;
   if (const SessionFile::Read old = file->read(); !old.mayWrite) {
@@ -104,10 +121,7 @@ void Session::askToRemove(const QString& name) {
   const QString question = tr("Do you want to delete the session %1?\r\nIts files stay as they are.").arg(shownSession(name));
   if (MsgBox(question, {}, Icon::question, Buttons::yesNo) != Answer::yes) return;
   const auto file = fileOf(name);
-  if (!file->own()) {
-    MsgBox(tr("The session %1 is open in another window of the program").arg(shownSession(name)));
-    return;
-  }
+  if (!ownOrTell(*file, name)) return;
   if (const int error = file->remove(); error < 0) MsgBox(toQString(text::errorText(error)));
 }
 

@@ -23,7 +23,9 @@
 namespace {
 
 constexpr int kBusyMs = 50;
-constexpr std::chrono::seconds kDiskPatience(2);
+constexpr std::chrono::seconds kDiskPatience(2), kOwnerPatience(5);
+constexpr std::chrono::milliseconds kOwnerLook(50);
+constexpr std::chrono::milliseconds kRemoveBudget(20);
 
 std::string recoveryFolder() {
   const RecoverySession* recovery = RecoverySession::current();
@@ -47,6 +49,8 @@ struct Session::Looked {
   void find(const std::string& folder, const std::vector<std::string>& otherSessions);   // may take long
 
  private:
+  void waitForOwners(const std::string& folder) const;
+  bool answers(const std::string& path);
   void match(const std::function<bool(const KeptDocument&, const Found&)>& fits);
   void takeNewer(Found& found);
   void takeOlder(const std::string& folder, Found& found);
@@ -58,9 +62,10 @@ struct Session::Looked {
 
 void Session::Looked::find(const std::string& folder, const std::vector<std::string>& otherSessions) {
   found.resize(wanted.size());
+  waitForOwners(folder);
   for (text::LeftText& one : text::leftJournals(folder)) {
     auto journal = std::make_shared<text::LeftText>(std::move(one));
-    read_.push_back({journal, journal->recover(), {}});
+    read_.push_back({journal, journal->recover([this](const std::string& path) { return answers(path); }), {}});
   }
   match(
       [](const KeptDocument& document, const Found& one) { return document.modified && document.journal == one.journal->name(); });
@@ -87,6 +92,26 @@ void Session::Looked::find(const std::string& folder, const std::vector<std::str
   read_.clear();
 }
 
+// Another copy of the program that looks through the folder has a journal for a moment.
+void Session::Looked::waitForOwners(const std::string& folder) const {
+  const auto until = std::chrono::steady_clock::now() + kOwnerPatience;
+  const auto isOwned = [&folder](const KeptDocument& one) {
+    return one.modified && !one.journal.empty() && text::fileExists(folder + "/" + one.journal) &&
+           !text::LeftText::claim(folder, one.journal);
+  };
+  while (std::ranges::any_of(wanted, isOwned) && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(kOwnerLook);
+}
+
+// A disk that hangs must not keep the texts that do not need it.
+bool Session::Looked::answers(const std::string& path) {
+  if (diskHangs_) return false;
+  std::packaged_task<void()> look([path] { text::stampOf(path, false); });
+  const std::future<void> looked = look.get_future();
+  std::thread(std::move(look)).detach();
+  diskHangs_ = looked.wait_for(kDiskPatience) != std::future_status::ready;
+  return !diskHangs_;
+}
+
 void Session::Looked::match(const std::function<bool(const KeptDocument&, const Found&)>& fits) {
   std::set<std::int64_t> texts;
   std::set<std::string> paths;
@@ -110,7 +135,7 @@ void Session::Looked::match(const std::function<bool(const KeptDocument&, const 
 // text without a file must begin with the text of the old one, because other texts may have had the same title.
 void Session::Looked::takeNewer(Found& found) {
   const auto continues = [&found](const Found& one) {
-    if (!one.journal || !isWhole(one.text) || one.journal->changedNs() < found.journal->changedNs()) return false;
+    if (!one.journal || !isWhole(one.text) || one.journal->changedNs() <= found.journal->changedNs()) return false;
     const text::JournalAbout &about = one.text.about, &old = found.text.about;
     return about.path == old.path && (!about.path.empty() || (about.title == old.title && beganAs(one.text, found.text.text)));
   };
@@ -254,16 +279,21 @@ void Session::takeTexts(const std::shared_ptr<Looked>& looked) {
 }
 
 void Session::hold(const Found& found, frmDocument* document) {
-  Held held{found.older, document};
+  Held held{found.older, document->cmx->model()};
   held.journals.push_back(found.journal);   // last: until then the others are not needed
   held_.push_back(std::move(held));
   heldLook_.start();
 }
 
-// An old journal goes when the text is safe elsewhere: in a new one, in its file, or given up by the user.
+// An old journal goes when the text is safe elsewhere: in a new one, in its file, or given up by the user. Each waits for the disk.
 void Session::dropHeld(bool all) {
-  std::erase_if(held_, [all](const Held& one) {
-    if (!all && one.document && !one.document->mayEnd()) return false;
+  const auto until = std::chrono::steady_clock::now() + kRemoveBudget;
+  const QList<frmDocument*> documents = frame_.documents();
+  std::erase_if(held_, [&](const Held& one) {
+    const auto shows = [text = one.text.lock()](const frmDocument* document) { return document->cmx->model() == text; };
+    const auto document = std::ranges::find_if(documents, shows);
+    if (!all && document != documents.end() && (*document)->cmx->Modified() && !(*document)->isHeldInJournal()) return false;
+    if (!all && std::chrono::steady_clock::now() > until) return false;   // at the next look
     return std::ranges::all_of(one.journals, [](const auto& journal) { return journal->remove() >= 0; });
   });
   if (held_.empty()) heldLook_.stop();

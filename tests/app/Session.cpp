@@ -389,7 +389,29 @@ TEST_F(SessionFrame, TextsComeBackFromTheirOwnJournals) {
   EXPECT_EQ(QDir(path("recovery")).entryList({q("*.journal")}), journals);
   EXPECT_EQ(kept().documents.size(), 2u);
 
-  QFile::rename(path("recovery/") + journals[0], path("elsewhere"));
+  // Another copy of the program reads it just now, and a second one has the same time.
+  const QString own = path("recovery/") + journals[0], second = path("recovery/second.journal");
+  ASSERT_TRUE(QFile::copy(own, second));
+  for (const QString& name : {own, second}) {
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.setFileTime(QDateTime({2001, 2, 3}, {4, 5}), QFile::FileModificationTime));
+  }
+  std::optional<text::LeftText> reading = text::LeftText::claim(fromQString(path("recovery")), fromQString(journals[0]));
+  ASSERT_TRUE(reading);
+  startAgain();
+  wait(200);
+  EXPECT_EQ(shown(), "(a.v*) b.v");
+  boxes.answer(Answer::ok);
+  session().open(q("another"));   // the texts would be left behind
+  EXPECT_EQ(boxes.boxes.size(), 1);
+  EXPECT_EQ(shown(), "(a.v*) b.v");
+  reading.reset();
+  ASSERT_TRUE(spinUntil([&] { return shown() == "a.v* b.v"; })) << shown();
+  EXPECT_EQ(tabs().documentAt(0)->cmx->GetLine(0), q("of the last session"));
+  EXPECT_EQ(main->findChild<frmRecovered*>(), nullptr);
+
+  end();
+  for (const QString& name : QDir(path("recovery")).entryList({q("*.journal")})) QFile::remove(path("recovery/") + name);
   startAgain();
   ASSERT_TRUE(spinUntil([&] { return main->log()->cmx->Text().contains(q("No unsaved text was found of: ") + path("a.v")); }));
   EXPECT_EQ(shown(), "(a.v) b.v");
@@ -427,11 +449,16 @@ TEST_F(SessionFrame, NamedOnesAreKeptApart) {
   other.reset();
   setFrame(main.get());
   EXPECT_TRUE(kept(toQString(SessionFile::fileNameOf("A/b.c"))) == mine);
+  session().setComesBack(false);
   session().close();
+  EXPECT_FALSE(session().isInForce());
+  const QString file = userStateFolder() + q("/sessions/") + toQString(SessionFile::fileNameOf("A/b.c"));
+  ASSERT_TRUE(QFile::remove(file + q(".old")));
+  ASSERT_TRUE(QFile::rename(file, file + q(".old")));   // killed while it was written
+  EXPECT_EQ(Session::names(), QStringList{q("A/b.c")});
   boxes.answer(Answer::yes);
   session().askToRemove(q("A/b.c"));
   EXPECT_TRUE(Session::names().isEmpty());
-  session().setComesBack(false);
   open("a.v");
   startAgain();
   EXPECT_EQ(shown(), "");
@@ -550,4 +577,23 @@ TEST_F(SessionFrame, ATextWhoseFileWasRemovedOutlivesASignal) {
   ASSERT_TRUE(spinUntil([&] { return shown() == "a.v* b.v"; })) << shown();
   EXPECT_EQ(tabs().documentAt(0)->cmx->GetLine(0), q("only here"));
   EXPECT_TRUE(boxes.boxes.empty()) << "it was asked";
+}
+
+TEST_F(SessionFrame, ALookThatIsCancelledMakesNoFileLost) {
+  begin();
+  open("a.v");
+  open("b.v");
+  testing_files::FaultyFileSystem files;
+  const testing_files::UseFileSystem use(files);
+  std::atomic<bool> hangs{true};
+  files.before([&](const auto& call) {
+    while (hangs && call.path.ends_with("/a.v")) QThread::msleep(1);
+  });
+  QTimer cancel;
+  QObject::connect(&cancel, &QTimer::timeout, &cancel, [&] { hangs = !LongWork::cancelRunning() && hangs; });
+  cancel.start(50);
+  main->mnuFileCloseAll_Click();
+  EXPECT_FALSE(hangs);
+  EXPECT_EQ(shown(), "");
+  EXPECT_TRUE(boxes.boxes.empty());
 }

@@ -16,6 +16,7 @@ constexpr char kDamaged[] = "The journal is damaged at its beginning";
 // Restores a text from records.
 class Replay {
  public:
+  explicit Replay(const MayRead& mayRead) : mayRead_(mayRead) {}
   RecoveredText run(int fd) {
     FileStatus status;
     if (const int r = fileSystem().statFd(fd, &status); r < 0) return fail(errorText(r));
@@ -102,6 +103,10 @@ class Replay {
     if (!journal::decodeNumbers(payload, {&size, &hash})) return false;
     LoadOptions options;
     options.format = result_.about.format;
+    if (mayRead_ && !mayRead_(result_.about.path)) {
+      result_.error = "The disk of the file does not answer, and the journal holds only what was changed in it";
+      return false;
+    }
     LoadedFile file = loadFile(result_.about.path, options);
     if (!file.error.empty()) {
       result_.error = file.error;
@@ -135,6 +140,7 @@ class Replay {
     return true;
   }
 
+  const MayRead& mayRead_;
   RecoveredText result_;
   std::optional<SnapshotBuilder> builder_;   // while the base is read
   Document document_;
@@ -148,9 +154,9 @@ class Replay {
 
 }   // namespace
 
-RecoveredText readJournal(int fd) {
+RecoveredText readJournal(int fd, const MayRead& mayRead) {
   try {
-    return Replay().run(fd);
+    return Replay(mayRead).run(fd);
   } catch (const std::bad_alloc&) {
     RecoveredText result;
     result.error = "Out of memory";
@@ -211,8 +217,8 @@ std::optional<LeftText> LeftText::claimCopy(const std::string& folder, const std
   return left;
 }
 
-RecoveredText LeftText::recover() const {
-  if (!copyOf_) return readJournal(file_.get());
+RecoveredText LeftText::recover(const MayRead& mayRead) const {
+  if (!copyOf_) return readJournal(file_.get(), mayRead);
   LoadedFile copy = loadFile(folder_ + "/" + name_);
   RecoveredText result;
   result.error = copy.error;

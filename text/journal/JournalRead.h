@@ -3,6 +3,7 @@
 // one it began with.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,8 +26,11 @@ struct RecoveredText {
   std::int64_t read = 0, size = 0;   // bytes of good records, and of the whole journal
 };
 
+// Whether a file that a journal builds on may be read: its disk may hang.
+using MayRead = std::function<bool(const std::string& path)>;
+
 // Reads the journal of a descriptor from its start.
-RecoveredText readJournal(int fd);
+RecoveredText readJournal(int fd, const MayRead& mayRead = {});
 
 // The file of a text that was read whole durably holds this text: nothing needs recovery. Reads the file.
 bool fileHolds(const JournalAbout& about, const Snapshot& text);
@@ -42,7 +46,7 @@ class LeftText {
   const std::string& name() const { return name_; }
   bool isCopy() const { return copyOf_.has_value(); }
   std::int64_t changedNs() const { return changedNs_; }   // time of the last write, since the epoch
-  RecoveredText recover() const;
+  RecoveredText recover(const MayRead& mayRead = {}) const;
   int remove();   // 0 or -errno; durable
 
  private:
