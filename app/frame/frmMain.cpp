@@ -223,12 +223,15 @@ void frmMain::adopt(frmDocument* document) {
 // ---- end of the frame
 
 bool frmMain::agreeToEnd() {
-  if (keepsUnsaved) {
-    frmDocument::noteLostFiles(documents());   // these are unsaved too
-    if (RecoverySession* session = RecoverySession::current()) session->holdAll();
-    for (frmDocument* document : documents()) document->leaveInJournal();
-  }
+  keepTexts();
   return agreeToClose(documents());
+}
+
+void frmMain::keepTexts() {
+  if (!keepsUnsaved) return;
+  frmDocument::noteLostFiles(documents());   // these are unsaved too
+  if (RecoverySession* session = RecoverySession::current()) session->holdAll();
+  for (frmDocument* document : documents()) document->leaveInJournal();
 }
 
 bool frmMain::agreeToClose(const QList<frmDocument*>& going) {

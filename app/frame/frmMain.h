@@ -78,6 +78,7 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   // With keepsUnsaved, a text that its journal holds is not asked about and stays there.
   bool agreeToEnd();
   bool keepsUnsaved = false;   // the next start brings unsaved texts back without a question
+  void keepTexts();            // with it: into their journals; closing them does not ask and keeps the journals
   // Ends without a question as far as journals hold the unsaved texts: the journals stay, and the next start offers them. For other
   // texts it asks as closing does. False: the user wants to stay, or is just answering a question.
   bool endFromOutside(int patienceMs = 10000);

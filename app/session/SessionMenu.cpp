@@ -34,6 +34,7 @@ bool Session::leave() {
     return false;
   }
   const QScopedValueRollback quiet(quiet_, true);
+  frame_.keepTexts();
   frame_.closeOthers(nullptr);
   if (frame_.tabs().count() > 0) return false;
   if (file_ && file_ != last_) file_->release();

@@ -24,7 +24,9 @@ void makeScroll(QDialog& dialog) {
   QWidget* buttons = nullptr;
   if (QLayoutItem* last = fields->count() > 1 ? fields->itemAt(fields->count() - 1) : nullptr)
     if ((buttons = qobject_cast<QDialogButtonBox*>(last->widget()))) fields->removeWidget(buttons);
-  const QPointer<QWidget> first = dialog.focusWidget();
+  QPointer<QWidget> first = dialog.focusWidget();
+  for (QWidget* next = dialog.nextInFocusChain(); !first && next != &dialog; next = next->nextInFocusChain())
+    if (next->focusPolicy() & Qt::TabFocus && next->isEnabledTo(&dialog)) first = next;
   content->setLayout(fields);   // removes it from the dialog, with its widgets
   auto* area = new QScrollArea(&dialog);
   area->setWidget(content);
@@ -36,6 +38,7 @@ void makeScroll(QDialog& dialog) {
   layout->addWidget(area);
   if (first) first->setFocus();   // it lost it on the way
   if (!buttons) return;
+  buttons->setParent(nullptr);   // Tab comes to them last again
   auto* row = new QVBoxLayout;
   row->setContentsMargins(fields->contentsMargins());
   row->addWidget(buttons);

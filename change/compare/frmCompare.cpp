@@ -2,8 +2,11 @@
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
+#include <tuple>
 
 #include "control/CodeMax.h"
 
@@ -38,8 +41,14 @@ frmCompare::frmCompare(const CodeMax& original, QWidget* parent)
   next_ = buttons->addButton(tr("&Next change"), QDialogButtonBox::ActionRole);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  connect(previous_, &QPushButton::clicked, this, [this] { view_->step(-1); });
-  connect(next_, &QPushButton::clicked, this, [this] { view_->step(1); });
+  for (const auto& [button, key, direction] : {std::tuple{previous_, "Shift+F7", -1}, std::tuple{next_, "F7", 1}}) {
+    const auto step = [this, direction = direction] { view_->step(direction); };
+    connect(button, &QPushButton::clicked, this, step);
+    connect(new QShortcut(QKeySequence(QLatin1String(key)), this), &QShortcut::activated, this, step);
+    button->setToolTip(QString::fromLatin1(key));
+  }
+  buttons->button(QDialogButtonBox::Close)->setText(tr("&Close"));
+  for (auto* pane : view_->findChildren<QAbstractScrollArea*>()) pane->installEventFilter(this);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(view_, 1);
   auto* below = new QHBoxLayout;
@@ -77,8 +86,16 @@ void frmCompare::showOnly(const QString& before, const QString& after) {
   apply_->hide();
 }
 
+// In a text Escape ends the selection first.
+bool frmCompare::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape) return false;
+  if (view_->text(view_->active()).HasSelection()) return false;
+  reject();
+  return object != nullptr;
+}
+
 void frmCompare::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
-  findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Close)->setFocus();   // in a text Escape has its own meaning
-  showState();                                                                   // the fields have their sizes only now
+  findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Close)->setFocus();
+  showState();   // the fields have their sizes only now
 }

@@ -20,6 +20,7 @@ class frmCompare : public QDialog {
 
  protected:
   void showEvent(QShowEvent* event) override;
+  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   void showState();

@@ -408,6 +408,7 @@ TEST_F(SessionFrame, TextsComeBackFromTheirOwnJournals) {
   reading.reset();
   ASSERT_TRUE(spinUntil([&] { return shown() == "a.v* b.v"; })) << shown();
   EXPECT_EQ(tabs().documentAt(0)->cmx->GetLine(0), q("of the last session"));
+  EXPECT_TRUE(spinUntil([&] { return main->activeDocument() == tabs().documentAt(1); })) << "as it was";
   EXPECT_EQ(main->findChild<frmRecovered*>(), nullptr);
 
   end();
@@ -420,6 +421,7 @@ TEST_F(SessionFrame, TextsComeBackFromTheirOwnJournals) {
 
 TEST_F(SessionFrame, NamedOnesAreKeptApart) {
   begin();
+  session().setKeepsUnsaved(false);
   open("a.v");
   open("b.v");
   boxes.answerInput(q("A/b.c"));
@@ -449,6 +451,18 @@ TEST_F(SessionFrame, NamedOnesAreKeptApart) {
   other.reset();
   setFrame(main.get());
   EXPECT_TRUE(kept(toQString(SessionFile::fileNameOf("A/b.c"))) == mine);
+  // Its unsaved texts stay with it.
+  session().setKeepsUnsaved(true);
+  boxes.boxes.clear();
+  main->activeDocument()->cmx->InsertText(q("kept"), {0, 0});
+  session().close();
+  EXPECT_EQ(shown(), "");
+  session().open(q("A/b.c"));
+  ASSERT_TRUE(spinUntil([&] { return shown() == "(a.v) (b.v) c.v*"; })) << shown();
+  EXPECT_EQ(main->activeDocument()->cmx->GetLine(0), q("kepttext"));
+  EXPECT_TRUE(boxes.boxes.empty());
+  EXPECT_EQ(main->findChild<frmRecovered*>(), nullptr);
+  main->activeDocument()->cmx->setModified(false);
   session().setComesBack(false);
   session().close();
   EXPECT_FALSE(session().isInForce());
@@ -572,6 +586,7 @@ TEST_F(SessionFrame, ATextWhoseFileWasRemovedOutlivesASignal) {
   open("b.v");
   QFile::remove(path("a.v"));
   EXPECT_TRUE(main->endFromOutside(1000));
+  EXPECT_TRUE(main->log()->cmx->Text().contains(path("a.v") + q(" is not there any more")));
   main.reset();
   startAgain();
   ASSERT_TRUE(spinUntil([&] { return shown() == "a.v* b.v"; })) << shown();

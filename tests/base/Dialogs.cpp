@@ -92,13 +92,18 @@ TEST(Dialogs, LargeOnesFitTheScreenOrScroll) {
     if (withButtons) layout->addWidget(buttons);
     else layout->insertWidget(0, buttons);
     dialog.move(5000, 5000);
-    auto* first = dialog.findChildren<QLineEdit*>().at(3);
-    first->setFocus();
+    const auto fields = dialog.findChildren<QLineEdit*>();
+    QWidget* first = withButtons ? fields[0] : fields[3];   // by itself, or by choice
+    if (!withButtons) first->setFocus();
     for (int time = 0; time < 2; ++time) {   // shown again it is as it was
       dialog.show();
       EXPECT_TRUE(dialog.screen()->availableGeometry().contains(dialog.geometry()));
       EXPECT_EQ(dialog.findChildren<QScrollArea*>().size(), 1);
       EXPECT_EQ(dialog.focusWidget(), first);
+      EXPECT_EQ(fields[0]->nextInFocusChain(), fields[1]);
+      QWidget* next = fields.last()->nextInFocusChain();
+      while (next->focusPolicy() == Qt::NoFocus) next = next->nextInFocusChain();
+      EXPECT_EQ(next, buttons->button(QDialogButtonBox::Ok)) << "Tab";
       QCoreApplication::processEvents();
       EXPECT_TRUE(dialog.rect().contains(buttons->mapTo(&dialog, buttons->rect().center())));
       dialog.hide();

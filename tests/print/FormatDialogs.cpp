@@ -1,6 +1,7 @@
 // The dialogs of formatting, comparing, columnising, number series and sorting, used by keys and clicks.
 #include <gtest/gtest.h>
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -81,7 +82,19 @@ TEST_F(FormatDialogs, PreviewShowsTheChangeAndCanBeLeft) {
     auto* compare = qobject_cast<frmCompare*>(&up);
     ASSERT_TRUE(compare);
     EXPECT_EQ(compare->after().GetLine(1), u"  x"_s);
-    EXPECT_TRUE(qobject_cast<QPushButton*>(compare->focusWidget())) << "Escape closes it";
+    compare->activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(compare));
+    auto* pane = compare->after().findChild<QAbstractScrollArea*>();
+    pane->setFocus();
+    EXPECT_TRUE(QTest::qWaitFor([compare] { return compare->view().count() == 1; }));
+    compare->after().SetSel({2, 0, 2, 1, false});
+    QTest::keyClick(pane, Qt::Key_F7);
+    EXPECT_EQ(compare->after().GetSel(true).StartLineNo, 1);
+    compare->after().SetSel({2, 0, 2, 1, false});
+    QTest::keyClick(pane, Qt::Key_Escape);
+    EXPECT_TRUE(compare->isVisible()) << "it ends the selection first";
+    QTest::keyClick(pane, Qt::Key_Escape);
+    EXPECT_FALSE(compare->isVisible());
   });
   QTest::mouseClick(&in<QPushButton>(dialog, "cmdPreview"), Qt::LeftButton);
   EXPECT_EQ(textOf(*document), before);
