@@ -2,8 +2,11 @@
 
 #include <QAction>
 #include <QMenu>
+#include <QSet>
 #include <algorithm>
 
+#include "app/frame/DocumentTabs.h"
+#include "app/frame/LateDocument.h"
 #include "app/frame/frmMain.h"
 #include "base/Program.h"
 #include "base/Strings.h"
@@ -142,13 +145,20 @@ void CompareFrame::withVersion() {
 }
 
 void CompareFrame::fillDocuments(QMenu& menu) {
-  for (frmDocument* document : frame_.documents()) {
-    const frmDocument* active = frame_.activeDocument();
-    if (!active || document->cmx->model() == active->cmx->model()) continue;
-    const QString& path = document->CurrentFileName();
-    const QString name = plainForDisplay(path.isEmpty() ? document->Caption() : path, 120).replace(u'&', QLatin1String("&&"));
-    connect(menu.addAction(name), &QAction::triggered, this, [this, document = QPointer(document)] {
-      if (frmDocument* here = frame_.activeDocument(); here && document) compare(sourceOf(here), sourceOf(document));
+  frmDocument* active = frame_.activeDocument();
+  QSet<const TextModel*> listed;   // a text may have several windows
+  if (active) listed << active->cmx->model().get();
+  for (QObject* entry : frame_.tabs().entries()) {
+    auto* document = qobject_cast<frmDocument*>(entry);
+    if (!active || (document && listed.contains(document->cmx->model().get()))) continue;
+    if (document) listed << document->cmx->model().get();
+    const auto [path, title, caption] = DocumentTabs::namesOf(entry);
+    const QString mark = caption.endsWith(u'*') ? QStringLiteral("*") : QString();
+    const QString name = plainForDisplay(path.isEmpty() ? caption : path + mark, 120).replace(u'&', QLatin1String("&&"));
+    connect(menu.addAction(name), &QAction::triggered, this, [this, entry = QPointer(entry), here = QPointer(active)] {
+      auto* other = qobject_cast<frmDocument*>(entry);
+      if (auto* late = qobject_cast<LateDocument*>(entry)) other = frame_.openLate(*late);
+      if (here && other) compare(sourceOf(here), sourceOf(other));
     });
   }
   if (menu.isEmpty()) menu.addAction(tr("No other document is open"))->setEnabled(false);

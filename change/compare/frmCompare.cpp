@@ -1,5 +1,6 @@
 #include "change/compare/frmCompare.h"
 
+#include <QAbstractScrollArea>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>

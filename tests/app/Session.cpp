@@ -5,8 +5,10 @@
 #include <random>
 
 #include <QComboBox>
+#include <QMenu>
 
 #include "app/boxes/frmRecovered.h"
+#include "app/compare/CompareFrame.h"
 #include "app/find/FindFrame.h"
 #include "app/find/ResultList.h"
 #include "app/find/frmFindInFiles.h"
@@ -441,6 +443,10 @@ TEST_F(SessionFrame, NamedOnesAreKeptApart) {
   startAgain();   // goes on with it
   EXPECT_EQ(session().name(), q("A/b.c"));
   EXPECT_EQ(shown(), "(a.v) (b.v) c.v");
+  QMenu offered;
+  CompareFrame::of(*main).fillDocuments(offered);   // also what no tab has shown yet
+  ASSERT_EQ(offered.actions().size(), 2);
+  EXPECT_EQ(offered.actions()[1]->text(), path("b.v"));
   // Another copy of the program takes neither.
   const SessionState mine = kept(toQString(SessionFile::fileNameOf("A/b.c")));
   auto other = std::make_unique<frmMain>();

@@ -103,6 +103,11 @@ TEST(LineDiff, RulesSayWhatCounts) {
 
   const Snapshot before("a\nb // one\nc\n"), after("// new\na\nb // two\n\nC\n");
   EXPECT_EQ(shown(diffLines(before, after, all)), "0-0>0-1! 2-2>3-4! ");
+  // A blank line does not draw the others apart, whichever text it moved in.
+  const Snapshot below("end\narch\n\nbegin\n"), above("end\n\narch\nbegin\n");
+  EXPECT_EQ(shown(diffLines(below, above, blanks)), "1-1>1-2! 2-3>3-3! ");
+  EXPECT_EQ(shown(diffLines(above, below, blanks)), "1-2>1-1! 3-3>2-3! ");
+  EXPECT_EQ(shown(diffLines(Snapshot("a\n\nb\n\n\nc\n"), Snapshot("a\n\nx\n\nc\n\n"), blanks)), "2-4>2-3 7-7>6-7! ");
 }
 
 // The fewest lines that can differ.

@@ -96,6 +96,32 @@ Side read(const Snapshot& text, const DiffRules& rules, const std::shared_ptr<co
   return side;
 }
 
+// Lines that do not count must not draw others apart: those that do are matched alone. The others follow the lines above and below.
+Matched match(const Side& a, const Side& b, const std::atomic<bool>* cancel) {
+  if (a.nothing.empty()) return matchIds(a.ids, b.ids, cancel);
+  std::vector<std::uint32_t> one, other;
+  const auto counting = [](const Side& side, std::vector<std::uint32_t>* ids) {
+    for (std::size_t i = 0; i < side.ids.size(); ++i)
+      if (!side.nothing[i]) ids->push_back(side.ids[i]);
+  };
+  counting(a, &one), counting(b, &other);
+  const Matched counts = matchIds(one, other, cancel);
+  Matched all{std::vector<char>(a.ids.size(), 1), std::vector<char>(b.ids.size(), 1), counts.steps};
+  const auto pair = [&](std::size_t i, std::size_t j) { all.gone[i] = all.fresh[j] = 0; };
+  std::size_t i = 0, j = 0, n = 0, m = 0;   // lines; lines that count
+  for (const std::size_t endA = a.ids.size(), endB = b.ids.size(); i < endA || j < endB;) {
+    std::size_t toA = i, toB = j;   // the next lines that both have
+    for (; toA < endA && (a.nothing[toA] || counts.gone[n]); ++toA) n += !a.nothing[toA];
+    for (; toB < endB && (b.nothing[toB] || counts.fresh[m]); ++toB) m += !b.nothing[toB];
+    std::size_t lastA = toA, lastB = toB;
+    for (; i < toA && j < toB && a.nothing[i] && b.nothing[j]; ++i, ++j) pair(i, j);
+    for (; lastA > i && lastB > j && a.nothing[lastA - 1] && b.nothing[lastB - 1]; --lastA, --lastB) pair(lastA - 1, lastB - 1);
+    if (toA < endA && toB < endB) pair(toA, toB), ++n, ++m;
+    i = toA + 1, j = toB + 1;
+  }
+  return all;
+}
+
 std::vector<LineHunk> hunksOf(const Matched& matched) {
   std::vector<LineHunk> hunks;
   const auto n = std::ssize(matched.gone), m = std::ssize(matched.fresh);
@@ -247,7 +273,7 @@ std::vector<LineHunk> diffLines(const Snapshot& before, const Snapshot& after, c
     b = read(after, rules, rules.commentsAfter, &numbers, cancel);
   }
   if (cancel && *cancel) return {};
-  std::vector<LineHunk> hunks = hunksOf(matchIds(a.ids, b.ids, cancel));
+  std::vector<LineHunk> hunks = hunksOf(match(a, b, cancel));
   Slider(a, b).slide(&hunks);
   Check(before, after, rules).check(&hunks, cancel);
   if (rules.plain()) return hunks;
