@@ -332,9 +332,7 @@ void frmDocument::noteLostFiles(const QList<frmDocument*>& going) {
     if (!one.now || (one.now->exists && one.now->status.isRegular())) continue;
     if (!one.document || fromQString(one.document->shared_->name) != one.path) continue;
     one.document->noteLostFile();
-    const QString told = tr("%1 is not there any more: its text is not saved now").arg(plainForDisplay(toQString(one.path), 200));
-    AppendReport(told);
-    SetStatusText(told);
+    AppendReport(tr("%1 is not there any more: its text is not saved now").arg(plainForDisplay(toQString(one.path), 200)));
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QShortcut>
 #include <QToolButton>
 #include <algorithm>
 #include <utility>
@@ -89,8 +90,10 @@ MergeView::MergeView(CodeMax* result, const text::Snapshot& left, const text::Sn
     auto* made = new QToolButton(this);
     made->setObjectName(QString::fromLatin1(keys));
     made->setText(caption);
-    made->setShortcut(QKeySequence(QString::fromLatin1(keys)));
-    made->setToolTip(made->shortcut().toString(QKeySequence::NativeText));
+    // Not the button's own, which acts only after it was seen pressed: the next key would come too early.
+    auto* shortcut = new QShortcut(QKeySequence(QString::fromLatin1(keys)), this);
+    connect(shortcut, &QShortcut::activated, made, &QToolButton::click);
+    made->setToolTip(shortcut->key().toString(QKeySequence::NativeText));
     made->setFocusPolicy(Qt::NoFocus);
     connect(made, &QToolButton::clicked, this, run);
     bar->addWidget(made);
