@@ -1,7 +1,9 @@
 #include "control/keys/KeyCommands.h"
 
 #include <QCoreApplication>
+#include <algorithm>
 #include <array>
+#include <functional>
 
 #include "control/edit/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
@@ -76,6 +78,8 @@ constexpr auto kKeyRows = std::to_array<Command>({
     {1016, "BOOKMARKINVERT", CommandArgument::none, false, "",
      "Sets a bookmark on each line that has none, and removes the others.", commandFunctions::bookmarkInvert},
 });
+static_assert(std::ranges::adjacent_find(kKeyRows, std::ranges::greater_equal{}, &Command::id) == kKeyRows.end(),
+              "the rows ascend by number; numbers may be missing");
 
 }   // namespace
 
@@ -85,8 +89,8 @@ std::span<const Command> keyCommands() { return kKeyRows; }
 
 const Command* anyCommandById(int id) {
   if (const Command* numbered = commandById(id)) return numbered;
-  return id < kKeyRows.front().id || id > kKeyRows.back().id ? nullptr
-                                                             : &kKeyRows[static_cast<std::size_t>(id - kKeyRows.front().id)];
+  const auto row = std::ranges::lower_bound(kKeyRows, id, {}, &Command::id);
+  return row != kKeyRows.end() && row->id == id ? &*row : nullptr;
 }
 
 const Command* anyCommandByName(QStringView name) {
