@@ -55,6 +55,7 @@ void CodeMax::setUp(std::shared_ptr<TextModel> model) {
   state.model = std::move(model);
   state.options = std::make_shared<EditOptions>();
   state.options->autoIndent = AutoIndent::language;
+  state.options->aids = TypingAids::usual();
   state.font = defaultFont();
   state.scale = devicePixelRatioF();
   state.colors.follow(palette());
@@ -113,6 +114,7 @@ Pane* CodeMax::addPane(QWidget* parent) {
   connect(pane, &Pane::doubleClicked, this, &CodeMax::DblClick);
   connect(pane, &Pane::filesDropped, this, &CodeMax::FilesDropped);
   connect(pane, &Pane::noted, this, &CodeMax::Note);
+  connect(pane, &Pane::completionWanted, this, &CodeMax::CompletionWanted);
   connect(pane, &Pane::findWanted, this, [this](bool replace) { FindDialog::showFor(*this, replace); });
   connect(pane, &Pane::findUnwanted, this, [this] { FindDialog::hideFor(*this); });
   return pane;

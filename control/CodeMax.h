@@ -117,6 +117,10 @@ class CodeMax : public QWidget {
       setLineToolTips(bool), setLeftMargin(bool), setColumnSel(bool), setDragDrop(bool), setPreserveCase(bool), setTabExpand(bool),
       setColorSyntax(bool), setWhiteSpaceDisplay(bool);
   void setAutoIndentMode(int), setTabSize(int);   // out of range: ignored
+  const TypingAids& Aids() const;
+  void setAids(const TypingAids& aids);
+  int CompletionKeyMode() const;
+  void setCompletionKeyMode(int);   // a number of CompletionKeys; others are ignored
   QColor GetColor(int slot) const;
   void SetColor(int slot, const QColor& color);   // an invalid colour resets the slot to the scheme
   QFont Font() const;
@@ -142,6 +146,7 @@ class CodeMax : public QWidget {
   void PropsChange();
   void FilesDropped(const QStringList& paths);
   void OvertypeChange(bool on);
+  void CompletionWanted();          // by its command
   void Scrolled();                  // the active pane shows another part of the text, or has another size
   void Note(const QString& text);   // for the status bar: "12 replaced"
 

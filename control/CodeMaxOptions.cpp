@@ -60,6 +60,20 @@ void CodeMax::setAutoIndentMode(int mode) {
     impl_->state.options->autoIndent = static_cast<AutoIndent>(mode);
 }
 
+const TypingAids& CodeMax::Aids() const { return impl_->state.options->aids; }
+
+void CodeMax::setAids(const TypingAids& aids) {
+  impl_->state.options->aids = aids;
+  impl_->repaint();
+}
+
+int CodeMax::CompletionKeyMode() const { return Aids().completionKeys; }
+
+void CodeMax::setCompletionKeyMode(int mode) {
+  if (mode >= static_cast<int>(CompletionKeys::entered) && mode <= static_cast<int>(CompletionKeys::both))
+    impl_->state.options->aids.completionKeys = mode;
+}
+
 void CodeMax::setTabSize(int size) {
   if (size < 1 || size > 32 || size == TabSize()) return;
   impl_->state.options->tabSize = size;

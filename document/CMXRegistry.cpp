@@ -43,6 +43,7 @@ constexpr NumberOption kNumbers[] = {
     // the control ignores values out of range
     {"AUTOINDENTMODE", &CodeMax::AutoIndentMode, &CodeMax::setAutoIndentMode},
     {"TABSIZE", &CodeMax::TabSize, &CodeMax::setTabSize},
+    {"COMPLETIONKEYS", &CodeMax::CompletionKeyMode, &CodeMax::setCompletionKeyMode},
 };
 
 constexpr double kSmallestFont = 3, kLargestFont = 200;   // points
@@ -64,6 +65,10 @@ void applyTo(CodeMax& control) {
     (control.*option.set)(Flag(kEditorKey, QString::fromLatin1(option.name), (control.*option.get)()));
   for (const NumberOption& option : kNumbers)
     (control.*option.set)(Number(kEditorKey, QString::fromLatin1(option.name), (control.*option.get)()));
+  TypingAids aids = control.Aids();
+  for (const TypingAids::Switch& row : TypingAids::switches())
+    aids.*row.value = Flag(kEditorKey, QString::fromLatin1(row.setting), aids.*row.value);
+  control.setAids(aids);
   applyLook(control);
 }
 
@@ -79,6 +84,8 @@ void save(const CodeMax& control) {
   using namespace modRegistry;
   NewKey(kEditorKey);
   for (const FlagOption& option : kFlags) SetFlag(kEditorKey, QString::fromLatin1(option.name), (control.*option.get)());
+  for (const TypingAids::Switch& row : TypingAids::switches())
+    SetFlag(kEditorKey, QString::fromLatin1(row.setting), control.Aids().*row.value);
   for (const NumberOption& option : kNumbers) SetNumber(kEditorKey, QString::fromLatin1(option.name), (control.*option.get)());
   for (int slot = 0; slot < kColorSlots; ++slot) {
     const QColor color = control.GetColor(slot);

@@ -9,11 +9,8 @@
 #include <QLocale>
 #include <QMdiArea>
 #include <QMdiSubWindow>
-#include <QPainter>
 #include <QPushButton>
 #include <QStandardItemModel>
-#include <QStyledItemDelegate>
-#include <QTextLayout>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -25,6 +22,7 @@
 #include "base/Background.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
+#include "base/dialog/MarkedRows.h"
 #include "bridge/QStringBytes.h"
 #include "document/frmDocument.h"
 #include "document/frmRegistry.h"
@@ -33,49 +31,6 @@ namespace {
 
 constexpr std::size_t kMostShown = 200;
 constexpr int kColumns = 90, kRows = 18;
-constexpr int kMarks = Qt::UserRole + 1, kFolderAt = Qt::UserRole + 2;   // bold characters; where the folder begins
-
-// A name with the typed parts in bold, and its folder in grey behind it.
-class RowPainter : public QStyledItemDelegate {
- public:
-  using QStyledItemDelegate::QStyledItemDelegate;
-
-  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-    QStyleOptionViewItem row = option;
-    initStyleOption(&row, index);
-    const QString text = row.text;
-    row.text.clear();
-    QStyle* style = row.widget->style();
-    style->drawControl(QStyle::CE_ItemViewItem, &row, painter, row.widget);
-    const QRect place = style->subElementRect(QStyle::SE_ItemViewItemText, &row, row.widget).adjusted(2, 0, -2, 0);
-    const bool selected = row.state & QStyle::State_Selected;
-    QTextLayout layout(text, row.font);
-    QList<QTextLayout::FormatRange> formats;
-    QTextCharFormat bold, grey;
-    bold.setFontWeight(QFont::Bold);
-    grey.setForeground(row.palette.brush(QPalette::Normal, selected ? QPalette::HighlightedText : QPalette::PlaceholderText));
-    const int folderAt = index.data(kFolderAt).toInt();
-    formats.append({folderAt, int(text.size()) - folderAt, grey});
-    const QList<QVariant> marks = index.data(kMarks).toList();
-    for (qsizetype i = 0; i + 1 < marks.size(); i += 2) {
-      QTextCharFormat mark = bold;
-      if (marks[i].toInt() >= folderAt) mark.merge(grey);
-      formats.append({marks[i].toInt(), marks[i + 1].toInt(), mark});
-    }
-    layout.setFormats(formats);
-    QTextOption oneLine;
-    oneLine.setWrapMode(QTextOption::NoWrap);
-    layout.setTextOption(oneLine);
-    layout.beginLayout();
-    layout.createLine();
-    layout.endLayout();
-    painter->save();
-    painter->setClipRect(place);
-    painter->setPen(row.palette.color(QPalette::Normal, selected ? QPalette::HighlightedText : QPalette::Text));
-    layout.draw(painter, QPointF(place.left(), place.top() + (place.height() - layout.boundingRect().height()) / 2));
-    painter->restore();
-  }
-};
 
 std::uint64_t keyOf(std::uint32_t table, std::uint32_t index) { return std::uint64_t{table} << 32 | index; }
 
@@ -116,7 +71,7 @@ GoToFile::GoToFile(frmMain& frame, WorkFolder& work)
   typed_->setPlaceholderText(tr("Parts of the name, in any order; name:120 goes to line 120"));
   typed_->installEventFilter(this);
   list_->setModel(rows_);
-  list_->setItemDelegate(new RowPainter(list_));
+  list_->setItemDelegate(new MarkedRows(list_));
   list_->setUniformItemSizes(true);
   list_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -230,8 +185,8 @@ void GoToFile::showFound(const std::vector<folder::RankedName>& found, std::size
         const int shift = at >= nameAt ? -int(nameAt) : folderAt + 3;
         marks << int(at) + shift << int(length);
       }
-    row->setData(marks, kMarks);
-    row->setData(folderAt, kFolderAt);
+    row->setData(marks, MarkedRows::kMarks);
+    row->setData(folderAt, MarkedRows::kGreyFrom);
     rows_->appendRow(row);
   }
   list_->setCurrentIndex(rows_->index(0, 0));

@@ -209,7 +209,7 @@ void frmMain::adopt(frmDocument* document) {
   tabs_->add(document);
   if (late) tabs_->replace(late, document);
   connect(document->cmx, &CodeMax::FilesDropped, this, &frmMain::MDIForm_OLEDragDrop);
-  offerHotWords(document);
+  offerWords(document);
   connect(document->cmx, &CodeMax::PropsChange, this, [this, document] { optionsChanged(*document->cmx); });
   connect(document->cmx, &CodeMax::Note, this, [this] { refreshToolbar(); });   // an option may have changed
   connect(document->cmx, &CodeMax::OvertypeChange, this, [this] { refreshToolbar(); });

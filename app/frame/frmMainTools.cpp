@@ -8,6 +8,8 @@
 #include "app/frame/frmMain.h"
 #include "app/start/mGlobals.h"
 #include "base/Program.h"
+#include "control/complete/Completer.h"
+#include "control/complete/TextWords.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
 #include "document/frmLog.h"
@@ -54,9 +56,15 @@ void frmMain::mHelpNextField_Click() {
   if (frmDocument* document = activeDocument()) NextField(*document->cmx);
 }
 
-void frmMain::offerHotWords(frmDocument* document) {
-  new HotWords(
-      *document->cmx, languages(), [document] { return document->LanguageIndex(); }, expandTemplateText);   // cmx's child
+void frmMain::offerWords(frmDocument* document) {
+  auto* completer = new Completer(*document->cmx);
+  completer->add(std::make_unique<HotWords>(
+      *document->cmx, languages(), [document] { return document->LanguageIndex(); }, expandTemplateText));
+  completer->add(std::make_unique<OtherWords>([this] {
+    std::vector<TextModel*> texts;
+    for (frmDocument* each : documents_) texts.push_back(each->cmx->model().get());
+    return texts;
+  }));
 }
 
 // ---- Custom menu

@@ -10,6 +10,7 @@
 
 #include "control/edit/Cmd.h"
 #include "control/edit/TextModel.h"
+#include "control/edit/TypingAids.h"
 #include "text/find/Search.h"
 
 class QWidget;
@@ -46,6 +47,7 @@ class EditorHost {
   virtual void toggleWhiteSpaceDisplay() {}
   virtual void showFindDialog(bool replace) { (void)replace; }
   virtual void hideFindDialog() {}
+  virtual void offerCompletion() {}         // the list of words beside the caret
   virtual void note(const QString& text);   // "12 replaced", "wrapped": the status text
   // Runs long work and returns when it is done; in a window the user can cancel it (LongWork.h).
   virtual void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work);
@@ -65,6 +67,7 @@ struct EditOptions {
   bool preserveCase = false;   // when replacing
   bool columnSel = true;
   bool dragDrop = true;
+  TypingAids aids;
 };
 
 // The search of the whole program: texts and switches are shared by all controls, as users of one find dialog expect.

@@ -45,6 +45,8 @@ void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
 // The macro repeats itself: it may undo, which no repeatable command can.
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current(), EditorAccess::impl(e).askedCount); }
 
+void completeWord(Editor& e, const QVariant&) { e.host().offerCompletion(); }
+
 constexpr auto kKeyRows = std::to_array<Command>({
     {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection over several lines, else types a tab.", tabKey},
     {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.",
@@ -77,6 +79,8 @@ constexpr auto kKeyRows = std::to_array<Command>({
      commandFunctions::bookmarkLinesDelete},
     {1016, "BOOKMARKINVERT", CommandArgument::none, false, "",
      "Sets a bookmark on each line that has none, and removes the others.", commandFunctions::bookmarkInvert},
+    {1060, "COMPLETEWORD", CommandArgument::none, false, "Ctrl+Space; Alt+/",
+     "Shows the words that the word before the caret may become.", completeWord},
 });
 static_assert(std::ranges::adjacent_find(kKeyRows, std::ranges::greater_equal{}, &Command::id) == kKeyRows.end(),
               "the rows ascend by number; numbers may be missing");

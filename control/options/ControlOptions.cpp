@@ -16,6 +16,7 @@ ControlOptions ControlOptions::of(const CodeMax& c) {
                    c.PreserveCase(),
                    c.AutoIndentMode(),
                    c.TabSize(),
+                   c.Aids(),
                    {},
                    c.Font(),
                    c.Language()};
@@ -57,6 +58,7 @@ void ControlOptions::applyTo(CodeMax& c) const {
   set(&ControlOptions::preserveCase, &CodeMax::setPreserveCase);
   set(&ControlOptions::autoIndentMode, &CodeMax::setAutoIndentMode);
   set(&ControlOptions::tabSize, &CodeMax::setTabSize);
+  if (aids != old.aids) c.setAids(aids);
   for (int slot = 0; slot < kColorSlots; ++slot) {
     const QColor& color = colors[static_cast<std::size_t>(slot)];
     if (color != c.GetColor(slot)) c.SetColor(slot, color);

@@ -11,6 +11,7 @@ struct ControlOptions {
   bool hSplitter, vSplitter, hScrollBar, vScrollBar, smoothScrolling, lineToolTips, leftMargin, colorSyntax, whiteSpace;
   bool tabExpand, columnSel, dragDrop, preserveCase;
   int autoIndentMode, tabSize;
+  TypingAids aids;
   std::array<QColor, kColorSlots> colors;
   QFont font;
   QString language;

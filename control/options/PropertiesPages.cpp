@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDoubleSpinBox>
 #include <QFontComboBox>
 #include <QFormLayout>
@@ -22,6 +23,12 @@ QCheckBox* addCheck(QVBoxLayout* to, const QString& text, const char* name, bool
   QObject::connect(box, &QCheckBox::toggled, box, [&value](bool on) { value = on; });
   to->addWidget(box);
   return box;
+}
+
+// The switches that stand on the page of editing, or those on the page of the display.
+void addAids(QVBoxLayout* to, ControlOptions& o, bool typing) {
+  for (const TypingAids::Switch& row : TypingAids::switches())
+    if (row.typing == typing) addCheck(to, QCoreApplication::translate("TypingAids", row.label), row.field, o.aids.*row.value);
 }
 
 QVBoxLayout* addGroup(QVBoxLayout* to, const QString& title) {
@@ -99,6 +106,18 @@ EditingPage::EditingPage(ControlOptions& o, QWidget* parent) : QWidget(parent) {
   addCheck(selecting, tr("&Column selections with the Alt key"), "columnSel", o.columnSel);
   addCheck(selecting, tr("&Drag and drop of text"), "dragDrop", o.dragDrop);
   addCheck(selecting, tr("&Preserve case when replacing"), "preserveCase", o.preserveCase);
+  auto* typing = addGroup(layout, tr("While typing"));
+  addAids(typing, o, true);
+  auto* keys = new QComboBox(this);
+  keys->setObjectName(QStringLiteral("completionKeys"));
+  keys->addItems(
+      {tr("Tab and Return, after Up or Down"), tr("Tab at once, Return after Up or Down"), tr("Tab and Return at once")});
+  keys->setCurrentIndex(o.aids.completionKeys);   // in the order of CompletionKeys
+  keys->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+  connect(keys, &QComboBox::currentIndexChanged, this, [&o](int mode) { o.aids.completionKeys = mode; });
+  auto* taking = new QFormLayout;
+  taking->addRow(tr("Wo&rds are taken by:"), keys);
+  typing->addLayout(taking);
   layout->addStretch();
 }
 

@@ -56,6 +56,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void toggleWhiteSpaceDisplay() override;
   void showFindDialog(bool replace) override;
   void hideFindDialog() override;
+  void offerCompletion() override { emit completionWanted(); }
   void note(const QString& text) override;
   void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) override;
   QWidget* widget() override { return this; }
@@ -84,6 +85,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void noted(const QString& text);
   void findWanted(bool replace);
   void findUnwanted();
+  void completionWanted();
   void overtypeChanged(bool on);
   void whiteSpaceToggled();
   void heldEnded();   // the last Action ended

@@ -82,6 +82,7 @@ class PropertiesDialogTest : public testing::Test {
       if (!box->objectName().isEmpty()) box->toggle();
     part<QSpinBox>(dialog, "tabSize").setValue(7);
     part<QComboBox>(dialog, "autoIndent").setCurrentIndex(2);
+    part<QComboBox>(dialog, "completionKeys").setCurrentIndex(1);
     part<QDoubleSpinBox>(dialog, "fontSize").setValue(17.5);
     part<QListWidget>(dialog, "slots").setCurrentRow(9);
     QTest::keyClicks(&part<QLineEdit>(dialog, "colorCode"), QString());
@@ -105,6 +106,8 @@ TEST_F(PropertiesDialogTest, OkChangesEverythingOnceAndCancelNothing) {
     EXPECT_FALSE(isDialogUp());
     const ControlOptions now = ControlOptions::of(control);
     for (std::size_t i = 0; i < std::size(kSwitches); ++i) EXPECT_EQ(now.*kSwitches[i] != before.*kSwitches[i], ok) << i;
+    for (const auto& row : TypingAids::switches()) EXPECT_EQ(now.aids.*row.value != before.aids.*row.value, ok) << row.field;
+    EXPECT_EQ(now.aids.completionKeys, ok ? 1 : 0);
     EXPECT_EQ(now.tabSize, ok ? 7 : before.tabSize);
     EXPECT_EQ(now.autoIndentMode, ok ? 2 : before.autoIndentMode);
     EXPECT_EQ(now.font.pointSizeF(), ok ? 17.5 : before.font.pointSizeF());

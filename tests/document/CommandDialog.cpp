@@ -189,6 +189,8 @@ TEST(CommandDialog, OptionsOfTheControlComeBackOneByOne) {
       &ControlOptions::whiteSpace,      &ControlOptions::tabExpand,    &ControlOptions::columnSel,  &ControlOptions::dragDrop,
       &ControlOptions::preserveCase};
   for (const auto option : switches) other.*option = !(other.*option);
+  for (const auto& row : TypingAids::switches()) other.aids.*row.value = !(other.aids.*row.value);
+  other.aids.completionKeys = 2;
   other.tabSize = 7;
   other.autoIndentMode = 2;
   other.applyTo(first);
@@ -202,6 +204,7 @@ TEST(CommandDialog, OptionsOfTheControlComeBackOneByOne) {
   CMXRegistry::applyTo(second);
   const ControlOptions back = ControlOptions::of(second);
   for (const auto option : switches) EXPECT_EQ(back.*option, other.*option) << &option - switches;
+  EXPECT_EQ(back.aids, other.aids);
   EXPECT_EQ(second.TabSize(), 7);
   EXPECT_EQ(second.AutoIndentMode(), 2);
   EXPECT_EQ(second.GetColor(3), QColor(1, 2, 3));

@@ -36,6 +36,7 @@ const std::map<std::string, std::set<std::string>> kRooms{
     {"change/indent", {}},
     {"control", {"control/edit", "control/find", "control/view"}},
     {"control/code", {"control/edit"}},
+    {"control/complete", {"control", "control/edit", "control/view"}},
     {"control/edit", {"control/code", "control/find", "control/keys"}},
     {"control/find", {"control", "control/edit", "control/keys", "control/view"}},
     {"control/keys", {"control/edit", "control/find"}},
@@ -50,6 +51,7 @@ const std::map<std::string, std::set<std::string>> kRooms{
     {"text/journal", {"text/file", "text/store"}},
     {"text/line", {"text/store"}},
     {"text/store", {}},
+    {"text/words", {"text/line", "text/store"}},
 };
 
 fs::path source() {
