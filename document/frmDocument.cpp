@@ -10,6 +10,7 @@
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
 #include "bridge/FileNames.h"
+#include "control/edit/Carets.h"
 #include "document/CMXRegistry.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
@@ -185,7 +186,9 @@ void frmDocument::DocumentChanged(bool modified) {
 void frmDocument::RowAndCol() {
   if (!isActive()) return;
   const CmRange selection = cmx->GetSel(false);
-  frame()->setPanel(2, QString::number(selection.EndLineNo + 1) + u',' + QString::number(selection.EndColNo));
+  QString place = QString::number(selection.EndLineNo + 1) + u',' + QString::number(selection.EndColNo);
+  if (carets::several(cmx->editor())) place += u' ' + tr("(%1 carets)").arg(carets::count(cmx->editor()));
+  frame()->setPanel(2, place);
 }
 
 // ---- events

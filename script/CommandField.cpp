@@ -7,7 +7,7 @@
 #include <QTextBlock>
 #include <algorithm>
 
-#include "control/edit/CommandTable.h"
+#include "control/keys/KeyCommands.h"
 #include "script/Statements.h"
 
 using namespace Qt::StringLiterals;
@@ -83,7 +83,7 @@ QString commandHelp(const QString& line, qsizetype caret) {
   if (verb.size() <= 3) return {};
   for (const statements::SelectionStatement& row : statements::selectionStatements())
     if (verb.mid(3) == QLatin1String(row.name)) return QString::fromLatin1(row.help);
-  const Command* const command = commandByName(QStringView(verb).mid(3));
+  const Command* const command = scriptCommandByName(QStringView(verb).mid(3));
   return command ? QString::fromLatin1(command->help) : QString();
 }
 

@@ -10,8 +10,8 @@
 #include "base/dialog/Dialogs.h"
 #include "bridge/FileNames.h"
 #include "bridge/LongWork.h"
-#include "control/edit/CommandTable.h"
 #include "control/find/UsersSearch.h"
+#include "control/keys/KeyCommands.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
 #include "document/frmLog.h"
@@ -85,7 +85,7 @@ bool runEditCommand(CommandRun& run, const statements::Split& statement) {
   CodeMax* const cmx = target(run);
   if (!cmx) return true;
   if (selectionStatement(run, *cmx, name)) return true;
-  const Command* const command = commandByName(name);
+  const Command* const command = scriptCommandByName(name);
   if (!command) return false;
   QVariant argument;
   if (command->argument == CommandArgument::number) argument = numberIn(statement.argument);

@@ -34,8 +34,8 @@ int main() {
   for (const Command& command : commands())
     out << "| " << command.id << " | " << command.name << " | " << argumentOf(command) << " | "
         << (command.repeatable ? "n times" : "") << " | " << cell(command.keys) << " | " << cell(command.help) << " |\n";
-  out << "\n## Commands of keys only\n\n"
-         "These have no number and are not known to the command language; keys and keystroke macros have them.\n\n"
+  out << "\n## Commands without a number\n\n"
+         "The command language knows them too, all but MACRORECORD and MACROPLAY.\n\n"
          "| Name | Keys | What it does |\n| --- | --- | --- |\n";
   for (const Command& command : keyCommands())
     out << "| " << command.name << " | " << cell(command.keys) << " | " << cell(command.help) << " |\n";

@@ -1,5 +1,6 @@
 // Edit commands over a million lines, and blocks of a hundred thousand.
 #include "bench/Bench.h"
+#include "control/edit/Carets.h"
 #include "control/edit/CommandTable.h"
 #include "control/edit/Editor.h"
 
@@ -75,5 +76,24 @@ void Blocks(benchmark::State& state) {
   }
 }
 BENCHMARK(Blocks)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+void Carets(benchmark::State& state) {
+  for (auto _ : state) {
+    Bare bare;
+    bare.load(100000, "  signal_a <= signal_b;\n");
+    std::vector<Caret> list;
+    for (std::int64_t line = 0; line < 100000; ++line) {
+      const text::ByteOffset at = bare.editor.snapshot().lineStart(text::LineNo(line)) + 5;
+      list.push_back({at, at});
+    }
+    carets::set(bare.editor, std::move(list), 0);
+    const auto start = bench::Clock::now();
+    bare.editor.typeText(QStringLiteral("z"));
+    bench::row("a key at each of 100,000 carets", bench::secondsSince(start), "s", 0.2);
+    for (const char* command : {"DELETEBACK", "LINEDOWN", "WORDRIGHTEXTEND", "UPPERCASESELECTION", "NEWLINE", "UNDO"})
+      bench::row(std::string(command) + " at 100,000 carets", bare.run(command), "s", 0.2);
+  }
+}
+BENCHMARK(Carets)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }   // namespace

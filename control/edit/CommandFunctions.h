@@ -70,6 +70,20 @@ void page(Editor& e, const QVariant&) {
   movePage(e, direction, extend);
 }
 
+// More places become no carets: false, after a note to the user.
+inline constexpr std::size_t kMostCarets = 1000000;
+bool mayHaveCarets(Editor& e, std::size_t number);
+void caretAdd(Editor& e, int lines);   // in the line above (-1) the first caret, or below (1) the last one
+template <int lines>
+void caretAddBeside(Editor& e, const QVariant&) {
+  caretAdd(e, lines);
+}
+void caretAddNext(Editor& e, const QVariant& argument);
+void caretAddAll(Editor& e, const QVariant& argument);
+void findSelectAll(Editor& e, const QVariant& argument);
+void caretsInSelection(Editor& e, const QVariant& argument);
+void caretsEnd(Editor& e, const QVariant& argument);
+
 enum class WordCase { upper, lower, capital };
 void changeWordCase(Editor& e, WordCase to);
 void changeSelectionCase(Editor& e, WordCase to);

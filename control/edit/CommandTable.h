@@ -20,6 +20,18 @@ enum class CaretMove {
   preview   // while a text to find is typed: shown, but not gone to
 };
 
+// With several carets a command runs at each of them, or at the main one only: then the others stay, unless it goes elsewhere.
+enum class AtCarets { main, each };
+
+// For those who run a command.
+struct CommandHow {
+  constexpr CommandHow() = default;
+  constexpr CommandHow(CaretMove moves, AtCarets at = AtCarets::main) : move(moves), each(at == AtCarets::each) {}
+  constexpr CommandHow(AtCarets at) : each(at == AtCarets::each) {}
+  CaretMove move = CaretMove::usual;
+  bool each = false;
+};
+
 struct Command {
   int id;             // see Cmd.h
   const char* name;   // "WORDUPPERCASE"
@@ -28,7 +40,7 @@ struct Command {
   const char* keys;   // default key sequences, "Ctrl+Up; Alt+Up", may be empty
   const char* help;   // one line
   void (*run)(Editor&, const QVariant& argument);
-  CaretMove move = CaretMove::usual;
+  CommandHow how = {};
 };
 
 std::span<const Command> commands();

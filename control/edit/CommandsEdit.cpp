@@ -43,6 +43,7 @@ void deleteColumnBeside(Editor& e, bool forward) {
 
 void toClipboard(Editor& e, QString text, bool block) {
   auto& impl = EditorAccess::impl(e);
+  if (impl.run) return void(impl.run->piece = std::move(text));
   decltype(impl.cuts)::value_type all;
   if (impl.cuts) all = std::move(*impl.cuts);
   else if (impl.cutAppends) all.text = e.host().clipboardText(&all.block);
@@ -139,6 +140,11 @@ void paste(Editor& e, const QVariant&) {
   QString text = e.host().clipboardText(&block);
   if (text.isEmpty()) return;
   if (!text.contains(u'\n')) text.replace(u'\r', u'\n');
+  if (carets::several(e)) {   // to each its piece, if as many carets have copied; else all to each
+    const QStringList pieces = e.host().clipboardPieces();
+    const bool own = pieces.size() == static_cast<qsizetype>(carets::count(e));
+    return carets::atEach(e, [&](std::size_t i) { e.replaceSelection(own ? pieces[static_cast<qsizetype>(i)] : text); });
+  }
   if (block || (e.selection().column && text.contains(u'\n'))) e.insertBlock(text);
   else e.replaceSelection(text);
 }

@@ -75,7 +75,7 @@ void charLeftOrStart(Editor& e, const QVariant&) {
   e.moveCaret(e.hasSelection() ? e.selectedRange().begin : charLeft(e, e.selection().caret), false);
 }
 
-bool inColumnMode(Editor& e) { return EditorAccess::impl(e).columnMode && e.options().columnSel; }
+bool inColumnMode(Editor& e) { return EditorAccess::impl(e).columnMode && e.options().columnSel && !EditorAccess::impl(e).run; }
 
 void extendTo(Editor& e, ByteOffset to) {
   if (!inColumnMode(e)) return e.moveCaret(to, true);
@@ -118,7 +118,9 @@ void movePage(Editor& e, int direction, bool extend) {
   EditorHost& host = e.host();
   const qint64 lines = std::max<qint64>(1, host.visibleLines() - 1);
   const qint64 lastTop = std::max<qint64>(0, e.snapshot().lineCount() - host.visibleLines());
-  host.setTopLine(std::clamp<qint64>(host.topLine() + direction * lines, 0, std::max(lastTop, host.topLine())));
+  const CaretRun* run = EditorAccess::impl(e).run;
+  if (!run || run->isMain)
+    host.setTopLine(std::clamp<qint64>(host.topLine() + direction * lines, 0, std::max(lastTop, host.topLine())));
   moveLines(e, direction * lines, extend);
 }
 

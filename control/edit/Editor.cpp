@@ -41,6 +41,12 @@ void EditorHost::setClipboard(const QString& text, bool block) {
   if (qGuiApp) QGuiApplication::clipboard()->setMimeData(TextMime::make(text, block).release());
 }
 
+QStringList EditorHost::clipboardPieces() { return TextMime::pieces(qGuiApp ? QGuiApplication::clipboard()->mimeData() : nullptr); }
+
+void EditorHost::setClipboardPieces(const QString& text, const QStringList& pieces) {
+  if (qGuiApp) QGuiApplication::clipboard()->setMimeData(TextMime::make(text, pieces).release());
+}
+
 namespace {
 struct Search {
   SearchState state;
@@ -69,6 +75,7 @@ SearchState& usersSearch() {
 Editor::Editor(std::shared_ptr<TextModel> model, std::shared_ptr<EditOptions> options, EditorHost* host)
     : model_(std::move(model)), options_(std::move(options)), host_(host), impl_(new Impl) {
   QObject::connect(model_.get(), &TextModel::changed, &impl_->context, [this](const Change& change) {
+    if (!impl_->others.empty() && !impl_->placed) EditorAccess::follow(*this, change);
     if (impl_->ownChange > 0) return;
     SelectionState s = selection_;
     if (change.reset) {
@@ -155,6 +162,7 @@ std::optional<ByteRange> EditorAccess::autoBlanks(Editor& e) {
 }
 
 void EditorAccess::noteAutoBlanks(Editor& e, std::size_t length, Edit without, const SelectionState& before) {
+  if (e.impl_->run || e.impl_->stepBefore) return;   // of one caret only
   const ByteOffset caret = e.selection_.caret, begin = caret - static_cast<std::int64_t>(length);
   const LineNo line = e.snapshot().lineAt(caret);
   if (length == 0 || e.snapshot().lineStart(line) != begin || e.snapshot().lineEnd(line) != caret) return;
@@ -169,6 +177,12 @@ void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t
   s.caret = snap(e.snapshot(), s.caret);
   if (!s.column) s.anchorVirtual = s.caretVirtual = 0;
   e.impl_->goal = goal;
+  if (CaretRun* run = e.impl_->run) {   // shown when it has run at all carets
+    run->refused = run->refused || run->changed;
+    e.selection_ = s;
+    return;
+  }
+  if (!e.impl_->others.empty()) settle(e, s, goal);
   if (s == e.selection_) return;
   e.selection_ = s;
   if (e.onSelectionChanged) e.onSelectionChanged();
@@ -177,7 +191,10 @@ void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t
 bool EditorAccess::change(Editor& e, std::span<const Edit> edits, std::optional<SelectionState> after, Join join) {
   Document& document = e.document();
   if (document.readOnly()) return false;
+  if (e.impl_->run) return e.impl_->run->take(edits, after, join);
   const SelectionState before = e.selection_;
+  CaretSets& sets = CaretSets::of(e.model());
+  const SelectionState kept = e.impl_->stepBefore.value_or(sets.keep(before, e.impl_->others));
   // The views are notified during the change; the selection that they read then must be valid in the new text.
   const std::uint64_t revision = document.revision();
   bool done = false;
@@ -185,15 +202,15 @@ bool EditorAccess::change(Editor& e, std::span<const Edit> edits, std::optional<
   if (after) {
     const OwnChange own(e, before);
     e.selection_ = next = *after;
-    done = document.apply(edits, before, join);
+    done = document.apply(edits, kept, join);
   } else {
     const Quiet quiet(e);
-    done = document.apply(edits, before, join);
+    done = document.apply(edits, kept, join);
     next = e.selection_;
   }
   e.selection_ = before;
   place(e, next);
-  if (document.revision() != revision) document.setSelectionAfter(e.selection_);
+  if (document.revision() != revision) document.setSelectionAfter(sets.keep(e.selection_, e.impl_->others));
   return done;
 }
 
@@ -229,6 +246,7 @@ std::string EditorAccess::indentOf(const Snapshot& text, LineNo line) {
 
 void Editor::setSelection(SelectionState selection) {
   document().breakJoin();
+  if (!impl_->run) carets::drop(*this);
   EditorAccess::place(*this, selection);
 }
 
@@ -340,7 +358,13 @@ bool EditorAccess::travel(Editor& e, std::optional<SelectionState> (Document::*s
   }
   if (!selection) return false;
   e.selection_ = old;
+  bool known = true;
+  const bool had = carets::several(e);
+  const std::vector<Caret>* others = CaretSets::of(e.model()).find(*selection, &known);
+  if (others) e.impl_->others = *others;
+  else if (known) e.impl_->others.clear();
   place(e, *selection);
+  if ((had || carets::several(e)) && e.onSelectionChanged) e.onSelectionChanged();
   if (step == &Document::undo && !e.document().canUndo() && e.document().undoWasDropped())
     e.host().note(QCoreApplication::translate("Editor", "Earlier changes cannot be undone: undo has a limit"));
   return true;
@@ -359,7 +383,8 @@ class Checked {
     try {
       e_.document().checkInvariants();
       e_.model().lines().checkInvariants(e_.snapshot());
-      for (const ByteOffset at : {e_.selection().anchor, e_.selection().caret}) assert(at == EditorAccess::snap(e_.snapshot(), at));
+      for (const Caret& caret : carets::all(e_))
+        for (const ByteOffset at : {caret.anchor, caret.caret}) assert(at == EditorAccess::snap(e_.snapshot(), at));
     } catch (const std::bad_alloc&) {}
   }
   Checked(const Checked&) = delete;
@@ -398,8 +423,13 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   const QScopedValueRollback pass(impl.pass, 0);
   const QScopedValueRollback gathers(impl.gathersCuts, count > 1);
   const QScopedValueRollback cuts(impl.cuts, std::optional<Editor::Impl::Cuts>());
-  const auto noted = qScopeGuard([&] { noteMove(e, command.move); });
-  if (count == 1) return command.run(e, argument);
+  const auto noted = qScopeGuard([&] { noteMove(e, command.how.move); });
+  // Of each of several carets, or of the main one: then the others stay, unless it goes elsewhere.
+  const auto runOnce = [&] {
+    if (command.how.each && carets::several(e)) carets::atEach(e, [&] { command.run(e, argument); });
+    else command.run(e, argument);
+  };
+  if (count == 1) return runOnce();
   // All repetitions are one undo step; undo itself cannot run inside a group.
   const bool travels = command.run == commandFunctions::undo || command.run == commandFunctions::redo;
   std::optional<UndoGroup> group;
@@ -407,11 +437,11 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
   LongWork::Loop loop(e.host().widget(), QCoreApplication::translate("Editor", "Repeating..."));
   for (impl.pass = 0; impl.pass < count; ++impl.pass) {
     if (!loop.goesOn(static_cast<int>(std::int64_t(impl.pass) * 100 / count))) break;
-    const auto state = [&e] {
-      return std::tuple(e.document().revision(), e.selection(), e.host().topLine(), e.host().leftColumn());
+    const auto state = [&] {
+      return std::tuple(e.document().revision(), e.selection(), impl.others, e.host().topLine(), e.host().leftColumn());
     };
     const auto before = state();
-    command.run(e, argument);
+    runOnce();
     if (impl.pass > 0 && state() == before) break;   // nothing changes any more; the first pass may have found its word done
   }
   if (impl.cuts) e.host().setClipboard(impl.cuts->text, impl.cuts->block);

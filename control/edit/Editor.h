@@ -1,9 +1,10 @@
-// The editing logic of one caret in one text, without painting. A pane owns one; batch mode and tests use it without a widget.
+// The editing logic of one caret, or of several (Carets.h), in one text, without painting. A pane owns one; batch mode and tests use it without a widget.
 //
 // Lines count from 0. Columns of the public operations are characters from 0 (UTF-16 units of the line's QString).
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 #include <functional>
 #include <memory>
@@ -54,6 +55,9 @@ class EditorHost {
   virtual QWidget* widget() { return nullptr; }   // that shows the text; null: none
   virtual QString clipboardText(bool* block);     // *block: the text is a rectangular block
   virtual void setClipboard(const QString& text, bool block);
+  // What each of several carets has copied; empty when the clipboard holds something else. `text` is all of it.
+  virtual QStringList clipboardPieces();
+  virtual void setClipboardPieces(const QString& text, const QStringList& pieces);
 };
 
 // The numbers are stored in the settings.
@@ -89,10 +93,10 @@ class Editor {
   EditOptions& options() { return *options_; }
   EditorHost& host() { return *host_; }
 
-  // Selection. The caret is always on a character boundary and never inside CR LF.
+  // Selection. The caret is always on a character boundary and never inside CR LF. Of several carets, this is the main one.
   const text::SelectionState& selection() const { return selection_; }
-  void setSelection(text::SelectionState selection);
-  text::ByteRange selectedRange() const;   // normalised
+  void setSelection(text::SelectionState selection);   // and moveCaret, setRange: one caret is left
+  text::ByteRange selectedRange() const;               // normalised
   bool hasSelection() const;
   bool spansLines() const;   // whether the selection begins in one line and ends in another
   // The lines that a command on lines works on: those that the selection touches, else the line of the caret. When a selection ends
@@ -112,7 +116,7 @@ class Editor {
   bool insertBlock(const QString& text);        // a rectangular block at the caret
   bool replaceRange(text::ByteRange range, const QString& text);
   bool typeText(const QString& text);   // as typed: overtype, replaces the selection, joins undo steps;
-                                        // into each row of a column selection
+                                        // into each row of a column selection, at each of several carets
   bool newLine();                       // with auto-indent
   bool undo();
   bool redo();

@@ -8,6 +8,8 @@
 #include <utility>
 
 #include "base/Program.h"
+#include "control/edit/CaretRun.h"
+#include "control/edit/Carets.h"
 #include "control/edit/ColumnBlock.h"
 #include "control/edit/CommandTable.h"
 #include "control/edit/Editor.h"
@@ -45,10 +47,15 @@ struct Editor::Impl {
   bool columnMode = false;                  // extending the selection makes a column selection
   std::unique_ptr<text::Finder> searcher;   // of the last search, with its key
   std::pair<std::string, text::SearchOptions> searcherKey;
+  std::vector<Caret> others;                        // besides the main one, see Carets.h
+  CaretRun* run = nullptr;                          // while a command runs at each of several carets
+  bool placed = false;                              // the others already stand where the change puts them
+  std::optional<text::SelectionState> stepBefore;   // what undo restores, if not the present selection
 };
 
 struct EditorAccess {
   static Editor::Impl& impl(Editor& e) { return *e.impl_; }
+  static const Editor::Impl& impl(const Editor& e) { return *e.impl_; }
   static bool& searchFailed(Editor& e) { return e.impl_->searchFailed; }
   // Runs a command of either table with repeat count, append flag and macro recording.
   static void run(Editor& e, const Command& command, const QVariant& argument);
@@ -69,6 +76,9 @@ struct EditorAccess {
   static void setSelection(Editor& e, const text::SelectionState& selection) { e.selection_ = selection; }   // nobody is told
   // Sets the selection after a change of the text or a move that keeps the goal column.
   static void place(Editor& e, text::SelectionState selection, std::optional<std::int64_t> goal = std::nullopt);
+  // Of several carets: joins what touches the main one; moves the others with the text.
+  static void settle(Editor& e, text::SelectionState& main, std::optional<std::int64_t> goal);
+  static void follow(Editor& e, const text::Change& change);
   // Applies edits (see text::Document::apply). The selection becomes `after`, or moves with the text. False when read-only.
   static bool change(Editor& e, std::span<const text::Edit> edits, std::optional<text::SelectionState> after = std::nullopt,
                      text::Join join = text::Join::none);
@@ -89,6 +99,8 @@ struct EditorAccess {
   // same edit without them.
   static void noteAutoBlanks(Editor& e, std::size_t length, text::Edit without, const text::SelectionState& before);
   static std::optional<text::ByteRange> autoBlanks(Editor& e);
+  // Gives the caret's line the indent of the word or bracket that has just been typed there, if that ends a block.
+  static bool stepBack(Editor& e);
   static std::string indentOf(const text::Snapshot& text, text::LineNo line);   // its leading blanks and tabs
 };
 

@@ -84,6 +84,10 @@ bool Editor::typeText(const QString& text) {
   if (EditorAccess::isGuarded(*this)) return false;
   EditorAccess::noteForMacro(*this, [&] { keyMacros().noteText(text); });
   const EditorAccess::Inside inside(*this);
+  if (carets::several(*this)) {
+    carets::atEach(*this, [&] { typeText(text); });
+    return true;
+  }
   const LineNo line = snapshot().lineAt(selectedRange().begin);
   std::string bytes = EditorAccess::incoming(*this, text, line);
   if (selection_.column) {
@@ -107,14 +111,22 @@ bool Editor::typeText(const QString& text) {
     return EditorAccess::put(*this, range, std::move(bytes), Join::typing);
   UndoGroup group(document());
   if (!EditorAccess::put(*this, range, std::move(bytes))) return false;
-  const ByteOffset caret = selection_.caret;
-  const auto indent = indentForCloser(*model_, *blocks, caret, *options_);
+  if (!impl_->run) return EditorAccess::stepBack(*this);
+  impl_->run->closers = true;   // behind the typing of all carets
+  return true;
+}
+
+bool EditorAccess::stepBack(Editor& e) {
+  const auto blocks = blockWords(e);
+  const ByteOffset caret = e.selection().caret;
+  const auto indent = blocks ? indentForCloser(e.model(), *blocks, caret, e.options()) : std::nullopt;
   if (!indent) return true;
-  const ByteOffset start = snapshot().lineStart(line);
-  const Edit edit{{start, start + static_cast<std::int64_t>(EditorAccess::indentOf(snapshot(), line).size())}, *indent};
+  const LineNo line = e.snapshot().lineAt(caret);
+  const ByteOffset start = e.snapshot().lineStart(line);
+  const Edit edit{{start, start + static_cast<std::int64_t>(indentOf(e.snapshot(), line).size())}, *indent};
   SelectionState after;
   after.anchor = after.caret = caret + static_cast<std::int64_t>(indent->size()) - edit.range.length();
-  return EditorAccess::change(*this, std::span(&edit, 1), after);
+  return change(e, std::span(&edit, 1), after);
 }
 
 bool EditorAccess::breakLine(Editor& e, ByteRange range, const std::string& lineBreak, const std::string& indent) {
@@ -130,6 +142,10 @@ bool EditorAccess::breakLine(Editor& e, ByteRange range, const std::string& line
 // that an empty line between does not lose the indent.
 bool Editor::newLine() {
   if (EditorAccess::isGuarded(*this)) return false;
+  if (carets::several(*this)) {
+    carets::atEach(*this, [this] { newLine(); });
+    return true;
+  }
   std::optional<UndoGroup> group;
   if (selection_.column) {
     group.emplace(document());

@@ -9,6 +9,9 @@ namespace {
 // "block" or "plain", a line feed, the bytes.
 QString ownFormat() { return QStringLiteral("application/x-zelkor-text"); }
 
+// The pieces of several carets: for each the number of its bytes, a line feed, and the bytes.
+QString piecesFormat() { return QStringLiteral("application/x-zelkor-carets"); }
+
 // For other programs: an invalid byte has no character and becomes U+FFFD.
 QString forOthers(const QString& text) {
   for (const QChar c : text)
@@ -72,6 +75,34 @@ std::unique_ptr<QMimeData> TextMime::make(const QString& text, bool block) {
 
 std::unique_ptr<QMimeData> TextMime::makeLazy(const text::Snapshot& snapshot, text::ByteRange range) {
   return std::make_unique<LazyText>(snapshot, range);
+}
+
+std::unique_ptr<QMimeData> TextMime::make(const QString& text, const QStringList& pieces) {
+  auto data = std::make_unique<QMimeData>();
+  data->setText(forOthers(text));
+  data->setData(ownFormat(), ownBytes(text, false));
+  QByteArray all;
+  for (const QString& piece : pieces) {
+    const std::string bytes = fromQString(piece);
+    all += QByteArray::number(static_cast<qlonglong>(bytes.size())) + '\n';
+    all.append(bytes.data(), static_cast<qsizetype>(bytes.size()));
+  }
+  data->setData(piecesFormat(), all);
+  return data;
+}
+
+QStringList TextMime::pieces(const QMimeData* data) {
+  const QByteArray all = data ? data->data(piecesFormat()) : QByteArray();
+  QStringList pieces;
+  for (qsizetype at = 0; at < all.size();) {
+    const qsizetype head = all.indexOf('\n', at);
+    bool good = head > at;
+    const qlonglong size = good ? all.mid(at, head - at).toLongLong(&good) : 0;
+    if (!good || size < 0 || size > all.size() - head - 1) return {};   // made by another program
+    pieces += toQString(std::string_view(all.constData() + head + 1, static_cast<std::size_t>(size)));
+    at = head + 1 + size;
+  }
+  return pieces;
 }
 
 bool TextMime::hasText(const QMimeData* data) { return data && (data->hasFormat(ownFormat()) || data->hasText()); }

@@ -12,6 +12,9 @@ namespace TextMime {
 std::unique_ptr<QMimeData> make(const QString& text, bool block);
 // Text that is copied from the snapshot only on request: for the mouse selection.
 std::unique_ptr<QMimeData> makeLazy(const text::Snapshot& snapshot, text::ByteRange range);
+// The text that several carets have copied, marked with the piece of each.
+std::unique_ptr<QMimeData> make(const QString& text, const QStringList& pieces);
+QStringList pieces(const QMimeData* data);   // empty when several carets did not copy it
 bool hasText(const QMimeData* data);
 QString read(const QMimeData* data, bool* block);   // empty when there is no text
 }   // namespace TextMime

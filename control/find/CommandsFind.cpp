@@ -243,6 +243,10 @@ void findMarkAll(Editor& e, const QVariant&) {
   markFinds(e, text, found.ranges);
 }
 
+void findSelectAll(Editor& e, const QVariant&) {
+  if (const Finder* searcher = stateSearcher(e)) selectAllFinds(e, *searcher);
+}
+
 void replace(Editor& e, const QVariant&) {
   if (EditorAccess::isGuarded(e)) return;
   const Finder* searcher = stateSearcher(e);

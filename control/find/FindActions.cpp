@@ -4,9 +4,9 @@
 #include <QLineEdit>
 
 #include "control/CodeMax.h"
-#include "control/edit/CommandTable.h"
 #include "control/find/FindJob.h"
 #include "control/find/FindScope.h"
+#include "control/keys/KeyCommands.h"
 #include "control/keys/KeyMacro.h"
 
 using namespace text;
@@ -30,7 +30,7 @@ struct FindDialog::Target {
 namespace {
 
 void noteForMacro(CodeMax& control, const char* command) {
-  if (keyMacros().recording()) keyMacros().noteCommand(control.editor(), commandByName(QString::fromLatin1(command))->id, {});
+  if (keyMacros().recording()) keyMacros().noteCommand(control.editor(), anyCommandByName(QString::fromLatin1(command))->id, {});
 }
 
 }   // namespace
@@ -162,12 +162,27 @@ void FindDialog::count() {
 }
 
 void FindDialog::markAll() {
+  findAll("FINDMARKALL",
+          [](Editor& editor, const Snapshot& text, const std::vector<ByteRange>& finds) { markFinds(editor, text, finds); });
+}
+
+void FindDialog::selectAll() {
+  findAll("FINDSELECTALL", [this](Editor& editor, const Snapshot&, const std::vector<ByteRange>& finds) {
+    control_->hold();
+    selectFinds(editor, finds);
+    noteMove(editor, CaretMove::jump);
+    control_->release();
+    if (!finds.empty()) backToText();
+  });
+}
+
+void FindDialog::findAll(const char* command, const UseOfAll& use) {
   writeState();
   remember(find_);
   std::shared_ptr<Target> t = target(find_->currentText());
   if (!t) return;
-  noteForMacro(*control_, "FINDMARKALL");
-  job_->start(t->bytes(), [this, t](SearchControl& control) -> FindJob::Done {
+  noteForMacro(*control_, command);
+  job_->start(t->bytes(), [this, t, use](SearchControl& control) -> FindJob::Done {
     std::vector<ByteRange> finds;
     SearchAllResult found;
     for (const ByteRange& range : t->within) {
@@ -175,10 +190,10 @@ void FindDialog::markAll() {
       finds.insert(finds.end(), found.ranges.begin(), found.ranges.end());
       if (!found.error.empty() || found.cancelled) break;
     }
-    return [this, t, finds = std::move(finds), error = found.error, cancelled = found.cancelled] {
+    return [this, t, use, finds = std::move(finds), error = found.error, cancelled = found.cancelled] {
       if (!error.empty() || cancelled) return tell(cancelled ? tr("Cancelled") : QString::fromStdString(error), true);
       if (!control_ || control_->editor().document().revision() != t->revision) return;
-      markFinds(control_->editor(), t->text, finds);
+      use(control_->editor(), t->text, finds);
       tell(noteOfFinds(finds.size()), finds.empty());
     };
   });

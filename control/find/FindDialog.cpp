@@ -16,6 +16,7 @@
 #include "control/find/FindFields.h"
 #include "control/find/FindJob.h"
 #include "control/find/FindScope.h"
+#include "control/find/Finding.h"
 #include "control/find/UsersSearch.h"
 
 FindDialog::FindDialog(QWidget* parent) : QDockWidget(tr("Find and Replace"), parent), job_(new FindJob(this)) {
@@ -56,6 +57,8 @@ void FindDialog::build() {
   count_ = button(tr("C&ount"), "count", 0, [this] { count(); });
   markAll_ = button(tr("Mar&k All"), "markAll", 0, [this] { markAll(); });
   markAll_->setToolTip(tr("Sets a bookmark on every line with a match"));
+  selectAll_ = button(tr("Sele&ct All"), "selectAll", 0, [this] { selectAll(); });
+  selectAll_->setToolTip(tr("Selects every match, each with a caret of its own"));
 
   replace_ = fields.field({}, "replaceText", 1);
   replaceLabel_ = fields.label(tr("Replace b&y:"), replace_, 1);
@@ -78,8 +81,8 @@ void FindDialog::build() {
   cancel_ = fields.cancel;
   cancel_->setObjectName(QStringLiteral("cancel"));
   fields.setSwitches(2, {matchCase_, wholeWord_, regex_, inSelection_, backwards_});
-  FindGrid::setTabOrder({find_, replace_, next_, previous_, count_, markAll_, replaceOne_, replaceAll_, preserveCase_, matchCase_,
-                         wholeWord_, regex_, inSelection_, backwards_, cancel_});
+  FindGrid::setTabOrder({find_, replace_, next_, previous_, count_, markAll_, selectAll_, replaceOne_, replaceAll_, preserveCase_,
+                         matchCase_, wholeWord_, regex_, inSelection_, backwards_, cancel_});
 
   // The combo box has the focus and passes keys to its line edit without its event filters.
   for (QComboBox* field : {find_, replace_}) field->installEventFilter(this);
@@ -115,6 +118,15 @@ void FindDialog::build() {
 
 FindDialog* FindDialog::of(const CodeMax& control) {
   return control.window()->findChild<FindDialog*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+bool isFindWindowShown(const QWidget* within) {
+  for (; within; within = within->parentWidget())
+    if (const auto* control = qobject_cast<const CodeMax*>(within)) {
+      const FindDialog* dialog = FindDialog::of(*control);
+      return dialog && dialog->isVisible();
+    }
+  return false;
 }
 
 void FindDialog::hideFor(CodeMax& control) {
@@ -213,7 +225,7 @@ void FindDialog::tell(const QString& text, bool bad) {
 void FindDialog::updateButtons() {
   const bool can = control_ && !find_->currentText().isEmpty() && !job_->running();
   const bool writable = can && !control_->ReadOnly();
-  for (QPushButton* button : {next_, previous_, count_, markAll_}) button->setEnabled(can);
+  for (QPushButton* button : {next_, previous_, count_, markAll_, selectAll_}) button->setEnabled(can);
   for (QPushButton* button : {replaceOne_, replaceAll_}) button->setEnabled(writable);
 }
 

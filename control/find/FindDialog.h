@@ -6,6 +6,7 @@
 
 #include <QDockWidget>
 #include <QPointer>
+#include <functional>
 #include <memory>
 
 #include "control/find/Finding.h"
@@ -29,7 +30,8 @@ class FindDialog : public QDockWidget {
   // search.
   static void showFor(CodeMax& control, bool replace);
   static void hideFor(CodeMax& control);
-  void work(CodeMax& control);   // works on this control from now on
+  static FindDialog* of(const CodeMax& control);   // of its main window; null before it was first shown
+  void work(CodeMax& control);                     // works on this control from now on
   CodeMax* control() const { return control_; }
   FindJob& job() { return *job_; }
   QString status() const;   // what stands in it
@@ -41,7 +43,6 @@ class FindDialog : public QDockWidget {
   void changeEvent(QEvent* event) override;
 
  private:
-  static FindDialog* of(const CodeMax& control);   // of its main window; null before it was first shown
   void build();
   void open(CodeMax& control, bool replace);
   void showReplace(bool on);
@@ -62,6 +63,9 @@ class FindDialog : public QDockWidget {
   void findWhileTyping();
   void count();
   void markAll();
+  void selectAll();
+  using UseOfAll = std::function<void(Editor&, const text::Snapshot&, const std::vector<text::ByteRange>&)>;
+  void findAll(const char* command, const UseOfAll& use);   // the command is what a keystroke macro records
   void replaceOne();
   void replaceAll();
   void select(text::ByteRange range, CaretMove move);
@@ -75,8 +79,8 @@ class FindDialog : public QDockWidget {
   QLabel *replaceLabel_ = nullptr, *status_ = nullptr;
   QCheckBox *matchCase_ = nullptr, *wholeWord_ = nullptr, *regex_ = nullptr, *preserveCase_ = nullptr, *inSelection_ = nullptr,
             *backwards_ = nullptr;
-  QPushButton *next_ = nullptr, *previous_ = nullptr, *count_ = nullptr, *markAll_ = nullptr, *replaceOne_ = nullptr,
-              *replaceAll_ = nullptr, *cancel_ = nullptr;
+  QPushButton *next_ = nullptr, *previous_ = nullptr, *count_ = nullptr, *markAll_ = nullptr, *selectAll_ = nullptr,
+              *replaceOne_ = nullptr, *replaceAll_ = nullptr, *cancel_ = nullptr;
   QProgressBar* progress_ = nullptr;
 
   struct Scope;

@@ -46,3 +46,7 @@ QString noteOf(const ReplacePlan& plan);
 // Sets a bookmark on each line in which a match begins, and notes their number.
 void markFinds(Editor& e, const text::Snapshot& text, std::span<const text::ByteRange> finds);
 QString noteOfFinds(std::size_t number);
+// Selects the finds (ascending), each with a caret; none: nothing happens. If they are too many, a note says so.
+void selectFinds(Editor& e, std::span<const text::ByteRange> finds);
+void selectAllFinds(Editor& e, const text::Finder& finder);   // of the whole text; notes their number
+bool isFindWindowShown(const QWidget* within);                // of a control, which may be given by a part of it; null: false

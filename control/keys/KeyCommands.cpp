@@ -25,9 +25,11 @@ void tabKey(Editor& e, const QVariant&) {
   else e.typeText(QStringLiteral("\t"));
 }
 
+// One thing at a time: the find window, the carets, the selection.
 void dropSelection(Editor& e, const QVariant&) {
-  if (e.hasSelection() || e.selection().column) e.moveCaret(e.selection().caret, false);
-  else e.host().hideFindDialog();
+  if (isFindWindowShown(e.host().widget())) e.host().hideFindDialog();
+  else if (carets::several(e)) carets::drop(e);
+  else e.moveCaret(e.selection().caret, false);
 }
 
 void setFindOptions(Editor& e, const QVariant& argument) { setFindSwitches(e, argument.toString()); }
@@ -48,9 +50,10 @@ void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().cur
 void completeWord(Editor& e, const QVariant&) { e.host().offerCompletion(); }
 
 constexpr auto kKeyRows = std::to_array<Command>({
-    {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection over several lines, else types a tab.", tabKey},
-    {1002, "DROPSELECTION", CommandArgument::none, false, "Esc", "Ends the selection; without one, closes the find dialog.",
-     dropSelection},
+    {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection over several lines, else types a tab.", tabKey,
+     AtCarets::each},
+    {1002, "DROPSELECTION", CommandArgument::none, false, "Esc",
+     "Closes the find window; if there is none, ends the further carets, then the selection.", dropSelection},
     {1003, "COLUMNLEFTEXTEND", CommandArgument::none, true, "Alt+Shift+Left",
      "Extends the column selection one column to the left.", extendColumn<-1, 0>},
     {1004, "COLUMNRIGHTEXTEND", CommandArgument::none, true, "Alt+Shift+Right",
@@ -79,6 +82,20 @@ constexpr auto kKeyRows = std::to_array<Command>({
      commandFunctions::bookmarkLinesDelete},
     {1016, "BOOKMARKINVERT", CommandArgument::none, false, "",
      "Sets a bookmark on each line that has none, and removes the others.", commandFunctions::bookmarkInvert},
+    {1040, "CARETADDABOVE", CommandArgument::none, true, "Ctrl+Alt+Up; Ctrl+Shift+Up",
+     "Adds a caret in the line above the first caret.", commandFunctions::caretAddBeside<-1>},
+    {1041, "CARETADDBELOW", CommandArgument::none, true, "Ctrl+Alt+Down; Ctrl+Shift+Down",
+     "Adds a caret in the line below the last caret.", commandFunctions::caretAddBeside<1>},
+    {1042, "CARETADDNEXT", CommandArgument::none, true, "Ctrl+D",
+     "Adds the next occurrence of the selection to what is selected; without a selection, selects the word.",
+     commandFunctions::caretAddNext, CaretMove::jump},
+    {1043, "CARETADDALL", CommandArgument::none, false, "Ctrl+Shift+A",
+     "Selects all occurrences of the selection, or of the word at the caret, each with a caret.", commandFunctions::caretAddAll},
+    {1044, "FINDSELECTALL", CommandArgument::none, false, "", "Selects all matches of the find text, each with a caret.",
+     commandFunctions::findSelectAll},
+    {1045, "CARETSINSELECTION", CommandArgument::none, false, "Ctrl+K, Ctrl+E",
+     "Puts a caret into each row of a column selection, or at the end of each selected line.", commandFunctions::caretsInSelection},
+    {1046, "CARETSEND", CommandArgument::none, false, "", "Ends all carets but the one used last.", commandFunctions::caretsEnd},
     {1060, "COMPLETEWORD", CommandArgument::none, false, "Ctrl+Space; Alt+/",
      "Shows the words that the word before the caret may become.", completeWord},
 });
@@ -102,6 +119,11 @@ const Command* anyCommandByName(QStringView name) {
   for (const Command& command : kKeyRows)
     if (name.compare(QLatin1String(command.name), Qt::CaseInsensitive) == 0) return &command;
   return nullptr;
+}
+
+const Command* scriptCommandByName(QStringView name) {
+  const Command* command = anyCommandByName(name);
+  return command && command->run != macroRecord && command->run != macroPlay ? command : nullptr;
 }
 
 bool executeAny(Editor& editor, int id, const QVariant& argument) {

@@ -1,5 +1,4 @@
-// Commands for keys and keystroke macros only, without a row in the numbered table (CommandTable.h). Their numbers are internal and
-// never stored; their names are.
+// Commands without a row in the numbered table (CommandTable.h). Their numbers are internal and never stored; their names are.
 #pragma once
 
 #include <functional>
@@ -10,6 +9,7 @@ std::span<const Command> keyCommands();
 // Searches both tables; null for an unknown command.
 const Command* anyCommandById(int id);
 const Command* anyCommandByName(QStringView name);
+const Command* scriptCommandByName(QStringView name);   // those of the command language: all but those of keystroke macros
 // Runs a command of either table; false for an unknown number.
 bool executeAny(Editor& editor, int id, const QVariant& argument = {});
 

@@ -171,7 +171,7 @@ void KeyMacros::noteCommand(Editor& editor, int id, const QVariant& argument) {
     recorded_.steps.push_back({named(setter).id, noted});
   };
   const bool replaces = isOneOf(*command, {"REPLACE", "REPLACEALLINBUFFER", "REPLACEALLINSELECTION"});
-  const bool findsText = replaces || isOneOf(*command, {"FINDNEXT", "FINDPREV", "FINDMARKALL"});
+  const bool findsText = replaces || isOneOf(*command, {"FINDNEXT", "FINDPREV", "FINDMARKALL", "FINDSELECTALL"});
   if (findsText) noteText("SETFINDTEXT", noted_[0], usersSearch().findText);
   if (replaces) noteText("SETREPLACETEXT", noted_[1], usersSearch().replaceText);
   if (findsText || isOneOf(*command, {"FINDNEXTWORD", "FINDPREVWORD"}))

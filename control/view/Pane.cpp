@@ -52,6 +52,7 @@ Pane::~Pane() = default;
 PaneLook Pane::look() const {
   PaneLook look;
   look.selection = editor_->selection();
+  look.others = carets::others(*editor_);
   look.focused = hasFocus() || state_.hits;   // during a search the current match stands out among the others
   look.caretOn = caretOn_ && hasFocus();
   look.overtype = editor_->overtype;
@@ -189,6 +190,7 @@ void Pane::showSelection() {
 
 // After a change of the text too: it may move the lines of a selection, and the edges of a block in all of its lines.
 void Pane::repaintSelection() {
+  if (std::exchange(severalShown_, carets::several(*editor_)) || severalShown_) viewport()->update();
   const text::SelectionState old = shownSelection_, now = editor_->selection();
   const auto update = [&](std::int64_t a, std::int64_t b) { updateLines(std::min(a, b), std::max(a, b)); };
   const std::int64_t anchor = lineAt(now.anchor), caret = lineAt(now.caret);
@@ -261,6 +263,7 @@ void Pane::updateLines(std::int64_t first, std::int64_t last) {
 
 void Pane::updateCaret() {
   // In a column selection without width every row shows the caret's line.
+  if (severalShown_) return viewport()->update();
   viewport()->update(caretRect().adjusted(-1, 0, 1, 0));
 }
 

@@ -176,6 +176,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   std::optional<text::ByteOffset> dropAt_;
   std::unique_ptr<Preedit> preedit_;
   bool caretOn_ = false, overtypeShown_ = false;
+  bool severalShown_ = false;             // several carets were painted last
   std::optional<text::Change> pending_;   // not shown yet
   bool allDirty_ = false, flushPosted_ = false, selectionDirty_ = false;
   int firstStroke_ = 0;   // first stroke of an incomplete key sequence

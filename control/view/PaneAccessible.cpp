@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "control/edit/Carets.h"
 #include "control/view/Pane.h"
 #include "text/line/Chars.h"
 
@@ -120,15 +121,24 @@ QString PaneAccessible::text(QAccessible::Text what) const {
   return stretch_;
 }
 
-void PaneAccessible::selection(int index, int* start, int* end) const {
-  *start = *end = 0;
-  if (index != 0 || !pane_->editor().hasSelection()) return;
-  const ByteRange range = pane_->editor().selectedRange();
-  *start = unitsTo(range.begin);
-  *end = unitsTo(range.end);
+// Of several carets: first that of the main one, then the others in order.
+std::vector<ByteRange> PaneAccessible::selections() const {
+  std::vector<ByteRange> ranges;
+  if (pane_->editor().hasSelection()) ranges.push_back(pane_->editor().selectedRange());
+  for (const Caret& caret : carets::others(pane_->editor()))
+    if (!caret.empty()) ranges.push_back({caret.begin(), caret.end()});
+  return ranges;
 }
 
-int PaneAccessible::selectionCount() const { return pane_->editor().hasSelection() ? 1 : 0; }
+void PaneAccessible::selection(int index, int* start, int* end) const {
+  *start = *end = 0;
+  const std::vector<ByteRange> ranges = selections();
+  if (index < 0 || index >= static_cast<int>(ranges.size())) return;
+  *start = unitsTo(ranges[static_cast<std::size_t>(index)].begin);
+  *end = unitsTo(ranges[static_cast<std::size_t>(index)].end);
+}
+
+int PaneAccessible::selectionCount() const { return static_cast<int>(selections().size()); }
 void PaneAccessible::addSelection(int start, int end) { setSelection(0, start, end); }
 
 void PaneAccessible::removeSelection(int index) {

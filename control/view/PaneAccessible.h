@@ -42,6 +42,7 @@ class PaneAccessible : public QAccessibleWidget, public QAccessibleTextInterface
 
  private:
   void look() const;   // updates the range
+  std::vector<text::ByteRange> selections() const;
   int unitsTo(text::ByteOffset offset) const;
   text::ByteOffset offsetOf(int units) const;
 

@@ -10,6 +10,7 @@
 #include "base/dialog/Memory.h"
 #include "base/dialog/TypedKeys.h"
 #include "bridge/LongWork.h"
+#include "control/edit/Carets.h"
 #include "control/edit/TextMime.h"
 #include "control/keys/KeyCommands.h"
 #include "control/keys/KeyMacro.h"
@@ -173,6 +174,7 @@ void Pane::inputMethodCame(QInputMethodEvent* event) {
     const auto to = editor_->offsetOf(
         {caret.LineNo, std::max<qint64>(0, caret.ColNo + event->replacementStart() + event->replacementLength())});
     const Action action(*this);
+    carets::drop(*editor_);   // what is replaced stands at the main one only
     editor_->replaceRange({from, to}, event->commitString());
     showCaret();
   } else if (!event->commitString().isEmpty()) {

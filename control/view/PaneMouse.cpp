@@ -11,8 +11,10 @@
 #include <QUrl>
 #include <QWheelEvent>
 #include <algorithm>
+#include <utility>
 
 #include "bridge/FileNames.h"
+#include "control/edit/Carets.h"
 #include "control/edit/ColumnBlock.h"
 #include "control/edit/TextMime.h"
 #include "control/keys/KeyCommands.h"
@@ -44,6 +46,14 @@ bool PaneMouse::onSelection(const QPoint& point) const {
   return line >= block.first.value && line <= block.last.value && cell >= block.left && cell < block.right;
 }
 
+bool PaneMouse::onOtherSelection(const QPoint& point) const {
+  if (!carets::several(*pane_.editor_) || !pane_.view_.overText(point)) return false;
+  const ByteOffset at = pane_.view_.offsetAt(point, true);
+  const auto others = carets::others(*pane_.editor_);
+  const auto caret = std::ranges::upper_bound(others, at, {}, &Caret::end);
+  return caret != others.end() && caret->begin() <= at;
+}
+
 void PaneMouse::press(QMouseEvent* event) {
   last_ = pressed_ = event->position().toPoint();
   if (event->button() == Qt::MiddleButton) {
@@ -52,7 +62,8 @@ void PaneMouse::press(QMouseEvent* event) {
     const Pane::Action action(pane_);
     if (pressed_.x() < pane_.view_.margin) pressMargin(event);
     else pressText(event);
-  } else if (event->button() == Qt::RightButton && !onSelection(pressed_) && pressed_.x() >= pane_.view_.margin) {
+  } else if (event->button() == Qt::RightButton && !onSelection(pressed_) && !onOtherSelection(pressed_) &&
+             pressed_.x() >= pane_.view_.margin) {
     const Pane::Action action(pane_);
     pane_.editor_->moveCaret(pane_.view_.offsetAt(pressed_), false);
   }
@@ -65,11 +76,19 @@ void PaneMouse::pressText(QMouseEvent* event) {
   const ByteOffset at = view.offsetAt(pressed_);
   if ((event->modifiers().testFlag(Qt::AltModifier) && pane_.state_.options->columnSel) || columnMode(editor)) {
     drag_ = Drag::block;
+    clickAdds_ = !extend && !columnMode(editor);
     const text::SelectionState s = editor.selection();
     originLine_ = extend ? pane_.snapshot().lineAt(s.anchor).value : view.lineAtY(pressed_.y());
     originCell_ =
         extend ? cellOf(*pane_.state_.model, s.anchor, s.anchorVirtual, pane_.state_.options->tabSize) : view.cellAt(pressed_);
-    dragTo(pressed_);
+    if (!clickAdds_) dragTo(pressed_);
+    return;
+  }
+  // Ctrl too: a window manager may take Alt and the button.
+  if (!extend && (event->modifiers() & (Qt::AltModifier | Qt::ControlModifier))) {
+    const std::size_t before = carets::count(editor);
+    carets::toggle(editor, at);
+    drag_ = carets::count(editor) < before ? Drag::none : Drag::caret;
     return;
   }
   const bool third = sinceDoubleClick_.isValid() &&
@@ -118,8 +137,14 @@ void PaneMouse::doubleClick(QMouseEvent* event) {
   if (pressed_.x() < pane_.view_.margin) return press(event);
   {
     const Pane::Action action(pane_);
+    const ByteOffset at = pane_.view_.offsetAt(pressed_, true);
+    if (event->modifiers().testFlag(Qt::ControlModifier)) {
+      const ByteRange word = text::wordAt(pane_.snapshot(), at);
+      drag_ = Drag::none;
+      return carets::add(*pane_.editor_, {word.begin, word.end});
+    }
     drag_ = Drag::words;
-    pane_.editor_->selectWordAt(pane_.view_.offsetAt(pressed_, true));
+    pane_.editor_->selectWordAt(at);
     origin_ = pane_.editor_->selectedRange();
   }
   sinceDoubleClick_.start();
@@ -135,6 +160,8 @@ void PaneMouse::move(QMouseEvent* event) {
   }
   last_ = point;
   if (drag_ == Drag::none) return;
+  if (clickAdds_ && (point - pressed_).manhattanLength() < QApplication::startDragDistance()) return;
+  clickAdds_ = false;
   if (drag_ == Drag::undecided) {
     if ((point - pressed_).manhattanLength() < QApplication::startDragDistance()) return;
     drag_ = Drag::none;
@@ -164,6 +191,7 @@ void PaneMouse::dragTo(const QPoint& point) {
     editor.moveCaret(at, true);
     return;
   }
+  if (drag_ == Drag::caret) return carets::setMain(editor, {editor.selection().anchor, at});
   ByteRange reached = text::wordAt(text, at);
   if (drag_ == Drag::lines) {
     const LineNo line(view.lineAtY(inside.y()));
@@ -180,9 +208,10 @@ void PaneMouse::release(QMouseEvent* event) {
   autoScroll_.stop();
   const Drag was = drag_;
   drag_ = Drag::none;
-  if (was == Drag::undecided) {
+  if (was == Drag::undecided || clickAdds_) {
     const Pane::Action action(pane_);
-    pane_.editor_->moveCaret(pane_.view_.offsetAt(event->position().toPoint()), false);
+    if (std::exchange(clickAdds_, false)) carets::toggle(*pane_.editor_, pane_.view_.offsetAt(pressed_));
+    else pane_.editor_->moveCaret(pane_.view_.offsetAt(event->position().toPoint()), false);
   }
   if (was != Drag::none) pane_.publishSelection();
 }
@@ -245,6 +274,7 @@ void PaneMouse::textChanged(const text::Change& change) {
 
 void PaneMouse::startTextDrag() {
   Editor& editor = *pane_.editor_;
+  carets::drop(editor);   // one piece of text is dragged
   auto* drag = new QDrag(&pane_);
   drag->setMimeData(TextMime::make(editor.selectedText(), editor.selection().column).release());
   droppedHere_ = false;

@@ -34,14 +34,15 @@ class PaneMouse : public QObject {
   void timerEvent(QTimerEvent* event) override;
 
  private:
-  enum class Drag { none, characters, words, lines, block, undecided };
+  enum class Drag { none, characters, words, lines, block, undecided, caret };
   void pressText(QMouseEvent* event);
   void pressMargin(QMouseEvent* event);
   void selectLines(text::LineNo line, bool extend);
   void dragTo(const QPoint& point);
   void pastePrimary(const QPoint& point);
   void startTextDrag();
-  bool onSelection(const QPoint& point) const;
+  bool onSelection(const QPoint& point) const;   // of the main caret
+  bool onOtherSelection(const QPoint& point) const;
 
   Pane& pane_;
   Drag drag_ = Drag::none;
@@ -50,6 +51,7 @@ class PaneMouse : public QObject {
   text::ByteRange origin_;                         // the word or lines at the start of the drag
   std::int64_t originLine_ = 0, originCell_ = 0;   // of a block
   QBasicTimer autoScroll_;
+  bool clickAdds_ = false;     // released where it was pressed, the button adds a caret; else it drags a block
   double wheelRest_ = 0;       // fraction of a wheel step
   bool droppedHere_ = false;   // text dragged from here was dropped on the same text
 };

@@ -126,6 +126,41 @@ ByteRange PanePainter::selectedBytes(std::int64_t line, const Row& row) const {
   return {ByteOffset(part.body.begin - row.start), ByteOffset(part.body.end - row.start)};
 }
 
+std::span<const Caret> PanePainter::othersIn(const Row& row) const {
+  const ByteOffset from = row.start + row.layout.begin().byte, to = row.start + row.layout.end().byte;
+  const auto first = std::ranges::lower_bound(look_.others, from, {}, &Caret::end);
+  return {first, std::ranges::upper_bound(first, look_.others.end(), to, {}, &Caret::begin)};
+}
+
+void PanePainter::paintOtherSelections(const Row& row, int y) {
+  const ByteOffset end = row.start + row.length;
+  for (const Caret& caret : othersIn(row)) {
+    if (caret.empty() || caret.end() <= row.start) continue;
+    const double from = caret.begin() < row.start ? 0 : seenX(row, caret.begin());
+    const double to = caret.end() > end ? row.layout.end().x + view_.metrics().cell() : seenX(row, caret.end());
+    fill({from, to}, y, color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack));
+  }
+}
+
+void PanePainter::paintOtherCarets(const Row& row, int y) {
+  for (const Caret& caret : othersIn(row)) {
+    if (caret.caret < row.start || caret.caret > row.start + row.length) continue;
+    double width = kCaretWidth;
+    if (look_.overtype) {
+      const double here = row.layout.widthAt(caret.caret - row.start);
+      width = here > 0 ? here : view_.metrics().cell();
+    }
+    const double left = std::clamp(std::floor(view_.textLeft() + seenX(row, caret.caret)), -1e6, 1e6);
+    paintCaret({static_cast<int>(left), y, std::max(1, static_cast<int>(width)), view_.lineHeight()}, look_.overtype);
+  }
+}
+
+void PanePainter::paintCaret(const QRect& caret, bool block) {
+  QColor ink = color(ColorSlot::Text);
+  if (block) ink.setAlphaF(0.35f);
+  painter_.fillRect(caret, ink);
+}
+
 void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRect& band, const LineBack& back) {
   const int y = band.top();
   const bool current = line == caretLine_ && selected_.empty() && !look_.selection.column;
@@ -139,6 +174,7 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
       fill({span->from, span->from + 2}, y, mixed(chosen, color(ColorSlot::Text), 0.5));
     else fill(*span, y, chosen);
   }
+  paintOtherSelections(row, y);
   if (look_.bracket) {
     for (const ByteOffset at : {look_.bracket->here, look_.bracket->partner})
       if (at >= row.start && at < row.start + row.length)
@@ -164,16 +200,8 @@ void PanePainter::paintRow(std::int64_t line, const QRect& part) {
     } else {
       paintText(row, row.layout, line, band);
     }
-    if (look_.caretOn && line == caretLine_) {
-      const QRect caret = caretRect(view_, look_);
-      if (look_.overtype && !preedit) {
-        QColor block = color(ColorSlot::Text);
-        block.setAlphaF(0.35f);
-        painter_.fillRect(caret, block);
-      } else {
-        painter_.fillRect(caret, color(ColorSlot::Text));
-      }
-    }
+    if (look_.caretOn) paintOtherCarets(row, y);
+    if (look_.caretOn && line == caretLine_) paintCaret(caretRect(view_, look_), look_.overtype && !preedit);
     if (look_.dropAt && view_.snapshot().lineAt(*look_.dropAt).value == line)
       painter_.fillRect(QRectF(view_.textLeft() + view_.xOf(line, *look_.dropAt), y, 2, height), color(ColorSlot::Bookmark));
   }
@@ -189,6 +217,8 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
   const bool recolor = !view_.state().colors.selectionKeepsColors(look_.focused);
   const QColor selectedColor = color(look_.focused ? ColorSlot::SelectionText : ColorSlot::InactiveSelectionText);
   const ByteRange selected = recolor ? selectedBytes(line, row) : ByteRange{};
+  const std::span<const Caret> others = recolor && row.length > 0 ? othersIn(row) : std::span<const Caret>();
+  auto other = others.begin();
   GlyphBatch batch(painter_, view_.metrics().rawFont(), baseline);
   std::size_t token = 0;
   for (const LayoutItem& item : layout.items()) {
@@ -197,7 +227,10 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
     while (token < row.tokens.size() && row.tokens[token].begin + row.tokens[token].length <= item.byte) ++token;
     const bool inToken = token < row.tokens.size() && row.tokens[token].begin <= item.byte;
     QColor ink = inToken ? color(slotOf(row.tokens[token].kind)) : plain;
-    if (item.byte >= selected.begin.value && item.byte < selected.end.value) ink = selectedColor;
+    const ByteOffset at = row.start + item.byte;
+    while (other != others.end() && other->end() <= at) ++other;
+    if ((item.byte >= selected.begin.value && item.byte < selected.end.value) || (other != others.end() && other->begin() <= at))
+      ink = selectedColor;
     switch (item.kind) {
       case LayoutItem::glyph: batch.add(item.glyphIndex, left + item.x, ink); break;
       case LayoutItem::shaped: {

@@ -4,8 +4,10 @@
 
 #include <QPainter>
 #include <optional>
+#include <span>
 
 #include "control/code/Brackets.h"
+#include "control/edit/Carets.h"
 #include "control/view/TextView.h"
 
 // Preedit text of an input method, shown at the caret.
@@ -19,6 +21,7 @@ struct Preedit {
 
 struct PaneLook {
   text::SelectionState selection;
+  std::span<const Caret> others;   // besides the main caret
   bool focused = false;
   bool caretOn = false;   // visible phase of blinking
   bool overtype = false;
@@ -52,6 +55,10 @@ class PanePainter {
   // The selected part of a line; nothing for most lines.
   std::optional<Span> selectedSpan(std::int64_t line, const Row& row);
   text::ByteRange selectedBytes(std::int64_t line, const Row& row) const;
+  std::span<const Caret> othersIn(const Row& row) const;   // those that touch what is laid out
+  void paintOtherSelections(const Row& row, int y);
+  void paintOtherCarets(const Row& row, int y);
+  void paintCaret(const QRect& caret, bool block);
   QColor color(ColorSlot slot) const { return view_.state().colors.color(slot); }
 
   QPainter& painter_;

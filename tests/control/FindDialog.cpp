@@ -15,6 +15,7 @@
 #include <QtTest/QTest>
 
 #include "control/CodeMax.h"
+#include "control/edit/Carets.h"
 #include "control/find/FindJob.h"
 #include "control/keys/KeyMacro.h"
 #include "tests/support/Caret.h"
@@ -369,17 +370,23 @@ TEST_F(FindDialogTest, WorksOnTheControlThatHasTheFocus) {
   click("count");
 }
 
-TEST_F(FindDialogTest, EscInTheTextEndsTheSelectionThenCloses) {
+TEST_F(FindDialogTest, EscInTheTextClosesThenEndsCaretsAndSelection) {
   show("|ab");
   type("findText", QStringLiteral("ab"));
   text->setFocus();
   QWidget* pane = window.focusWidget();
   ASSERT_NE(pane, nullptr);
-  QTest::keyClick(pane, Qt::Key_Escape);
-  EXPECT_EQ(shown(), "ab|");
-  EXPECT_TRUE(dialog().isVisible());
+  show("|ab ab");
+  click("selectAll");
+  EXPECT_TRUE(carets::several(text->editor())) << "the button selects every match";
   QTest::keyClick(pane, Qt::Key_Escape);
   EXPECT_FALSE(dialog().isVisible());
+  EXPECT_TRUE(carets::several(text->editor()));
+  QTest::keyClick(pane, Qt::Key_Escape);
+  EXPECT_FALSE(carets::several(text->editor()));
+  EXPECT_EQ(shown(), "@ab| ab");
+  QTest::keyClick(pane, Qt::Key_Escape);
+  EXPECT_EQ(shown(), "ab| ab");
 }
 
 TEST_F(FindDialogTest, FloatsWhereThereIsNoMainWindow) {

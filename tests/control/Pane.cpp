@@ -6,6 +6,7 @@
 #include <QMimeData>
 #include <QScrollBar>
 
+#include "control/edit/Carets.h"
 #include "control/edit/TextMime.h"
 #include "control/view/PaneGrid.h"
 #include "tests/control/PaneFixture.h"
@@ -349,4 +350,20 @@ TEST_F(PaneViews, ReadersHearTheText) {
   EXPECT_EQ(bytes(), "1\ntwo \xE6\xBC\xA2");
   reader->setCursorPosition(2);
   EXPECT_EQ(control.CurrentPosition(), (CmPosition{1, 0}));
+}
+
+TEST_F(PaneInput, TheMouseAddsCarets) {
+  put("|alpha\nbeta\ngamma");
+  const auto count = [&] { return carets::count(control.editor()); };
+  click(pointOf(1, 2), Qt::AltModifier);
+  click(pointOf(2, 3), Qt::ControlModifier);
+  EXPECT_EQ(count(), 3u) << "Alt and Ctrl add a caret";
+  EXPECT_EQ(now(), "alpha\nbeta\ngam|ma") << "the last one is the main one";
+  click(pointOf(1, 2), Qt::ControlModifier);
+  EXPECT_EQ(count(), 2u) << "again, it goes";
+  key(Qt::Key_X, {}, QStringLiteral("x"));
+  EXPECT_EQ(now(), "xalpha\nbeta\ngamx|ma");
+  drag(pointOf(0, 2), pointOf(1, 3), Qt::ControlModifier);
+  EXPECT_EQ(now(), "xa@lpha\nbet|a\ngamxma") << "a drag with Ctrl selects";
+  EXPECT_EQ(count(), 3u);
 }

@@ -8,6 +8,7 @@ class FakeHost : public EditorHost {
   qint64 top = 0, lines = 10, left = 0, columns = 20;
   QStringList notes;
   QString clipboard;
+  QStringList pieces;
   bool clipboardBlock = false;
   int findDialogs = 0, replaceDialogs = 0, whiteSpaceToggles = 0;
 
@@ -29,5 +30,11 @@ class FakeHost : public EditorHost {
   void setClipboard(const QString& text, bool block) override {
     clipboard = text;
     clipboardBlock = block;
+    pieces.clear();
+  }
+  QStringList clipboardPieces() override { return pieces; }
+  void setClipboardPieces(const QString& text, const QStringList& all) override {
+    setClipboard(text, false);
+    pieces = all;
   }
 };
