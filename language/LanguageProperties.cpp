@@ -64,6 +64,10 @@ constexpr P kProperties[] = {
     {"IndInOut", &clsLang::BlockMid, P::list,
      "txtIinout", TEXT("Bot&h"), TEXT("Perfrom an Outdent, then an indent on these words"), P::indentBox, 2, 2,
      &CmLanguage::BlockMid},
+    {"Folding", &clsLang::Folding, P::list,
+     "txtFolding", TEXT("Fol&ding"),
+     TEXT("Which words belong together: pair fork join; unit module; layer #if / #else / #endif; region //{ //}"), P::indentBox, 4, 1,
+     &CmLanguage::Folding},
 };
 // clang-format on
 

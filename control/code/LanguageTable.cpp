@@ -5,6 +5,7 @@
 #include "base/Workspace.h"
 #include "control/code/BlockWords.h"
 #include "control/edit/TextModel.h"
+#include "text/fold/FoldRules.h"
 
 namespace {
 
@@ -12,6 +13,8 @@ struct Entry {
   text::LanguageTables tables;
   std::shared_ptr<const text::Highlighter> compiled;
   std::shared_ptr<const BlockWords> blocks{};
+  text::FoldLists folds{};
+  std::shared_ptr<const text::FoldRules> folding{};
 };
 
 // The entries of a list, one a line. Empty entries are dropped: an empty comment opener would colour everything.
@@ -113,7 +116,9 @@ void LanguageTable::registerLanguage(const QString& name, const CmLanguage& lang
   auto blocks =
       std::make_shared<const BlockWords>(language.BlockStart, language.BlockEnd, language.BlockMid, language.CaseSensitive);
   if (blocks->isEmpty()) blocks.reset();
-  table().entries[name] = {std::move(t), nullptr, std::move(blocks)};
+  text::FoldLists folds{language.CaseSensitive, entries(language.BlockStart), entries(language.BlockEnd),
+                        entries(language.Folding)};
+  table().entries[name] = {std::move(t), nullptr, std::move(blocks), std::move(folds)};
   ++table().generation;
 }
 
@@ -140,6 +145,17 @@ std::shared_ptr<const text::Highlighter> LanguageTable::find(const QString& name
 std::shared_ptr<const BlockWords> LanguageTable::blocks(const QString& name) {
   const auto it = table().entries.find(name);
   return it == table().entries.end() ? nullptr : it->second.blocks;
+}
+
+std::shared_ptr<const text::FoldRules> LanguageTable::folding(const QString& name) {
+  const auto it = table().entries.find(name);
+  if (it == table().entries.end()) return std::make_shared<const text::FoldRules>(text::FoldLists{}, nullptr);
+  Entry& entry = it->second;
+  if (!entry.folding) {
+    const auto colors = find(name);
+    entry.folding = std::make_shared<const text::FoldRules>(entry.folds, colors && colors->valid() ? colors : nullptr);
+  }
+  return entry.folding;
 }
 
 int LanguageTable::generation() { return table().generation; }

@@ -12,9 +12,13 @@ struct CmLanguage {
   bool CaseSensitive = false;
   QString Keywords, Operators, SingleLineComments, MultiLineComments1, MultiLineComments2, StringDelims;
   QString BlockStart{}, BlockEnd{}, BlockMid{};   // see BlockWords.h
+  QString Folding{};                              // see text/fold/FoldRules.h
 };
 
 class BlockWords;
+namespace text {
+class FoldRules;
+}   // namespace text
 
 namespace LanguageTable {
 // Registering a name again replaces its language. Unregistering an unknown name does nothing. At start the table holds the
@@ -28,6 +32,8 @@ QStringList names();
 std::shared_ptr<const text::Highlighter> find(const QString& name);
 // Its block words; null for an unknown name and for a language without block words.
 std::shared_ptr<const BlockWords> blocks(const QString& name);
+// What of its text can be folded, for any language, registered or not.
+std::shared_ptr<const text::FoldRules> folding(const QString& name);
 // Incremented by every registration and removal; controls then look up their language again by name.
 int generation();
 }   // namespace LanguageTable

@@ -14,6 +14,7 @@
 #include "language/ucCM.h"
 #include "tests/support/ScriptedDialogs.h"
 #include "text/file/FileIo.h"
+#include "text/fold/Blocks.h"
 
 namespace {
 
@@ -201,4 +202,48 @@ TEST_F(Shipped, GoldenLines) {
     seen.insert(language);
   }
   EXPECT_EQ(seen.size(), manager.Languages()->Count()) << "each language has a line";
+}
+
+// The lines that can be folded, from 1; a line that is not closed would be missing or reach too far.
+TEST_F(Shipped, BlocksOfTheLanguages) {
+  const struct {
+    const char *language, *text, *folds;
+    // clang-format off
+  } cases[] = {
+      {"Verilog", "module m (\n  input a\n);\ninitial fork\n  if (a) begin\n  end else begin\n    case (a)\n    0: x;\n    endcase\n  end\njoin\nendmodule\n",
+       "1-12 4-11 6-10 7-9"},
+      {"SystemVerilog", "package p;\ntypedef class c;\ninterface class c;\n  pure virtual function f();\n  extern task t;\nendclass\nimport \"DPI-C\" function g();\n"
+       "covergroup v with function sample(int x);\n  a: coverpoint x {\n    bins b = {1};\n  }\nendgroup\nfunction h();\n  fork\n    x;\n  join_none\nendfunction\nendpackage\n"
+       "module m (\n  interface i);\n  virtual interface v q;\n  assert property (a) else begin\n    x;\n  end\nendmodule\n",
+       "1-18 3-6 8-12 9-11 13-17 14-16 19-25 22-24"},
+      {"Verilog-AMS", "discipline d\n  x;\nenddiscipline\nmodule m;\nanalog begin\n  x;\nend\nendmodule\n", "1-3 4-8 5-7"},
+      {"VHDL", "entity e is\n  port (\n    a : in bit);\nend e;\narchitecture r of e is\n  component c\n    port (x : in bit);\n  end component;\n"
+       "  function f (a : bit) return bit;\n  function f (a : bit) return bit is\n  begin\n    return a;\n  end;\nbegin\n  u : entity work.c port map (a);\n"
+       "  g : for i in 0 to 3\n  generate\n    p : process (all) is\n    begin\n      wait for 10 ns;\n      if a = '1' then\n        x;\n      elsif b then\n        y;\n      end if;\n"
+       "      for j in 1 to 2 loop\n        case s is\n          when 1 => if q then\n            z;\n          end if;\n        end case;\n      end loop;\n    end process p;\n  end generate;\n"
+       "  h : if k generate\n  begin\n    t;\n  end;\n  else generate\n  end generate;\nend architecture;\npackage i is new work.j;\npackage body b is\n  type t is record\n    x : bit;\n  end record;\nend;\n",
+       "1-4 2-3 5-41 6-8 10-13 16-34 18-33 21-25 26-32 27-31 28-30 35-40 43-47 44-46"},
+      {"VHDL", "architecture a of e is\nbegin\n  p : process begin\n    if x then\nend;\nentity f is\nend;\n", "1-5 6-7"},
+      {"C++", "#if A\nif (x) {\n#else\n#  ifdef B\n  f(1,\n    2);\n#  endif\nif (y) {\n#endif\n} else {\n  z;\n}\n// region r\nx;\n// regional\n// endregion\n",
+       "1-2 2-9 3-9 4-7 5-6 10-12 13-16"},
+      {"Shell", "if a; then\n  for i in x done fi; do\n    echo done\n  done\nelse\n  case $x in\n    if) y;;\n  esac\nfi\nf() {\n  z\n}\n", "1-9 2-4 6-8 10-12"},
+      {"CMake", "if(A)\n  foreach(x y\n          z)\n  endforeach()\nelseif(B)\nendif()\n", "1-6 2-4"},
+      {"Tool script", "if a\n  foreach b\n  end\nendif\n", "1-4 2-3"},
+      {"ABEL", "module m\ncase a: b;\nendcase\nend\n", "1-4 2-3"},
+      {"Make", "ifeq (a,b)\nx:\n\ty\nelse\nz = 1\nendif\n", "1-3 2-3 4-6"},
+      {"Python", "def f(a):\n    if a:\n        x\n# c\n    else:\n        y\n\nz\n", "1-6 2-3 5-6"},
+      {"Tcl", "#{ a\nproc f {} {\n  if {1} {\n  } else {\n    x\n  }\n}\n#}\n", "1-8 2-7 4-6"},
+      {"YAML", "a:\n  b: 1\n  c:\n    d\ne: 2\n", "1-4 3-4"},
+  };
+  // clang-format on
+  for (const auto& c : cases) {
+    const text::Snapshot text{std::string(c.text)};
+    text::BlockIndex index;
+    index.setRules(LanguageTable::folding(QLatin1String(c.language)));
+    ASSERT_TRUE(index.update(text));
+    std::string folds;
+    for (const text::Fold& fold : index.blocks(text)->foldsIn(text::LineNo(0), text::LineNo(text.lineCount())))
+      folds += (folds.empty() ? "" : " ") + std::to_string(fold.first.value + 1) + '-' + std::to_string(fold.last.value + 1);
+    EXPECT_EQ(folds, c.folds) << c.language << ":\n" << c.text;
+  }
 }

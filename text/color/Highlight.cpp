@@ -444,18 +444,23 @@ bool Highlighter::isKeyword(std::string_view word) const {
   return found;
 }
 
-LineState Highlighter::scanBlock(std::string_view s, LineState state, char breaker) const {
+LineState Highlighter::scanBlock(std::string_view s, LineState state, char breaker, std::vector<HiddenPart>* hidden) const {
   const Impl& h = *impl_;
   if (!h.valid) return 0;
+  const auto hide = [&](std::size_t begin, std::size_t end, HiddenPart::Kind kind) {
+    if (hidden && end > begin) hidden->push_back({begin, std::min(end, s.size()), kind});
+  };
   std::size_t p = 0, commentEnd = none;   // the break behind the last line comment
   bool goesOn = false;
   const LinePoint from = startOf(state);
   const std::size_t noCommand = isContinued(from) ? s.find_first_not_of(" \t") : none;
   if (from.inside == LinePoint::block) {
     p = h.closeEnd(s, 0, from.index);
+    hide(0, p, HiddenPart::blockComment);
     if (p == none) return state;
   } else if (from.inside == LinePoint::string && !isContinued(from)) {
     p = h.stringEnd(s, 0, from.index, breaker, goesOn);
+    hide(0, p, HiddenPart::string);
     if (goesOn) return state;
   }
   for (p = h.interesting.find(s, p); p < s.size(); p = h.interesting.find(s, p)) {
@@ -471,17 +476,22 @@ LineState Highlighter::scanBlock(std::string_view s, LineState state, char break
         continue;
       }
     }
+    const std::size_t first = p;
     p += begin.length;
     if (begin.start->kind == Start::string) {
       p = h.stringEnd(s, p, begin.start->index, breaker, goesOn);
+      hide(first, p, HiddenPart::string);
       if (goesOn) return h.stringState(begin.start->index);
     } else if (begin.start->kind == Start::name) {
       p = h.nameEnd(s, p, begin.start->index);
+      hide(first, p, HiddenPart::name);
     } else if (begin.start->kind == Start::block) {
       p = h.closeEnd(s, p, begin.start->index);
+      hide(first, p, HiddenPart::blockComment);
       if (p == none) return static_cast<LineState>(begin.start->index + 1);
     } else {
       const void* end = std::memchr(s.data() + p, breaker, s.size() - p);
+      hide(first, end ? static_cast<std::size_t>(static_cast<const char*>(end) - s.data()) : none, HiddenPart::lineComment);
       if (!end) return 0;
       commentEnd = p = static_cast<std::size_t>(static_cast<const char*>(end) - s.data());
     }

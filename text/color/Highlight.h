@@ -30,6 +30,13 @@ struct Token {
 // The state passed from line to line: 0 = plain, n = inside the n-th multi-line comment.
 using LineState = unsigned char;
 
+// A part of a block of lines that is no code; bytes within the block, half-open. It goes on behind the block when it ends with it.
+struct HiddenPart {
+  enum Kind : unsigned char { lineComment, blockComment, string, name };   // name: an escaped one
+  std::size_t begin = 0, end = 0;
+  Kind kind = lineComment;
+};
+
 // A position within a line at which a scan can resume: between two tokens, or inside a comment or string that continues.
 struct LinePoint {
   enum Inside : unsigned char { nothing, comment, block, string, lost };
@@ -74,8 +81,9 @@ class Highlighter {
   LinePoint scanPart(std::string_view part, std::int64_t begin, bool toEnd, LinePoint from, std::int64_t upTo,
                      std::vector<Token>* tokens) const;
   LinePoint startOf(LineState state) const;   // the point at the beginning of a line that starts in `state`
-  // The state behind a block of whole lines, each ended by `breaker` (the last one may lack it).
-  LineState scanBlock(std::string_view block, LineState state, char breaker) const;
+  // The state behind a block of whole lines, each ended by `breaker` (the last one may lack it). Adds what is not code to `hidden`,
+  // ascending, unless it is null.
+  LineState scanBlock(std::string_view block, LineState state, char breaker, std::vector<HiddenPart>* hidden = nullptr) const;
   bool isKeyword(std::string_view word) const;
 
  private:
