@@ -1,5 +1,5 @@
 // The functions of the command table's rows. The files Commands*.cpp hold them by topic: Move (caret and selection), Edit
-// (deleting, clipboard, undo), Lines, Blanks (indent and tabs), Case, Find, Bookmarks, Window (scrolling, switches).
+// (deleting, clipboard, undo), Lines, Blanks (indent and tabs), Case, Find, Bookmarks, Blocks, Window (scrolling, switches).
 //
 // A function that would change a read-only text does nothing. Each one is one undo step.
 #pragma once
@@ -132,6 +132,8 @@ void lineCut(Editor& e, const QVariant& argument);
 void indentToPrev(Editor& e, const QVariant& argument);
 void indentSelection(Editor& e, const QVariant& argument);
 void gotoMatchBrace(Editor& e, const QVariant& argument);
+void gotoBlockEnd(Editor& e, const QVariant& argument);
+void selectBlock(Editor& e, const QVariant& argument);
 void gotoLine(Editor& e, const QVariant& argument);
 void findReplace(Editor& e, const QVariant& argument);
 void replace(Editor& e, const QVariant& argument);

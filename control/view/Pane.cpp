@@ -11,6 +11,8 @@
 #include <new>
 #include <utility>
 
+#include "control/code/BlockFinder.h"
+#include "control/code/Brackets.h"
 #include "control/edit/TextMime.h"
 #include "control/view/PaneAccessible.h"
 #include "control/view/PaneMouse.h"
@@ -44,6 +46,7 @@ Pane::Pane(ViewState& state, QWidget* parent)
   setAcceptDrops(true);
   connect(verticalScrollBar(), &QScrollBar::sliderMoved, this, &Pane::showLineTip);
   editor_->onSelectionChanged = [this] { noteSelection(); };
+  connect(&BlockFinder::of(*state.model), &BlockFinder::found, this, [this] { shown([this] { findPair(); }); });
   optionsChanged();
 }
 
@@ -56,7 +59,7 @@ PaneLook Pane::look() const {
   look.focused = hasFocus() || state_.hits;   // during a search the current match stands out among the others
   look.caretOn = caretOn_ && hasFocus();
   look.overtype = editor_->overtype;
-  look.bracket = bracket_;
+  look.pair = pair_;
   look.dropAt = dropAt_;
   look.preedit = preedit_.get();
   return look;
@@ -118,13 +121,14 @@ void Pane::flushText() {
   repaintSelection();
   PaneAccessible::announceText(this);
   restartColoring();
-  findBracket();
+  findPair();
 }
 
 void Pane::appearanceChanged() {
   view_.forget();
   view_.findStates();
   restartColoring();
+  findPair();
   viewport()->update();
 }
 
@@ -212,7 +216,7 @@ void Pane::updateSelection() {
     overtypeShown_ = editor_->overtype;
     emit overtypeChanged(overtypeShown_);
   }
-  findBracket();
+  findPair();
   restartBlink();
   PaneAccessible::announceSelection(this);
   if (hasFocus())
@@ -220,17 +224,21 @@ void Pane::updateSelection() {
                                            Qt::ImCurrentSelection | Qt::ImAnchorPosition);
 }
 
-void Pane::findBracket() {
-  const auto old = std::exchange(bracket_, std::nullopt);
-  const auto before = std::exchange(bracketLines_, {-1, -1});
-  if (editor_->selection().anchor == editor_->selection().caret)
-    bracket_ = matchingBracket(*state_.model, editor_->selection().caret, kBracketBudget);
-  if (bracket_) bracketLines_ = {lineAt(bracket_->here), lineAt(bracket_->partner)};
-  const auto same = [](const auto& a, const auto& b) {
-    return a.has_value() == b.has_value() && (!a || (a->here == b->here && a->partner == b->partner));
-  };
-  if (same(old, bracket_) && before == bracketLines_) return;
-  for (const auto& lines : {before, bracketLines_})
+void Pane::findPair() {
+  const auto old = std::exchange(pair_, std::nullopt);
+  const auto before = std::exchange(pairLines_, {-1, -1});
+  const ByteOffset caret = editor_->selection().caret;
+  if (editor_->selection().anchor == caret) {
+    if (const auto bracket = matchingBracket(*state_.model, caret, kBracketBudget)) {
+      pair_ = {text::ByteRange{bracket->here, bracket->here + 1}, text::ByteRange{bracket->partner, bracket->partner + 1}};
+    } else if (BlockFinder& finder = BlockFinder::of(*state_.model); finder.mayBePair(caret)) {
+      const auto blocks = finder.known();   // else this is called again
+      if (const auto words = blocks ? blocks->pairAt(caret) : std::nullopt) pair_ = {words->here, words->partner};
+    }
+  }
+  if (pair_) pairLines_ = {lineAt((*pair_)[0].begin), lineAt((*pair_)[1].begin)};
+  if (old == pair_ && before == pairLines_) return;
+  for (const auto& lines : {before, pairLines_})
     for (const std::int64_t line : lines)
       if (line >= 0) updateLines(line, line);
 }

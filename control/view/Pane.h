@@ -142,7 +142,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void showSelection();
   void updateSelection();
   void repaintSelection();
-  void findBracket();
+  void findPair();
   std::int64_t lineAt(text::ByteOffset at) const;   // counted from 0
   void restartBlink();
   void restartColoring();
@@ -169,10 +169,10 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   QBasicTimer scrollTimer_, blinkTimer_, colorTimer_;
 
   text::SelectionState shownSelection_;   // as painted last
-  // The lines in which selection and brackets were painted: what moves lines repaints all of them, so these stay true.
+  // The lines in which selection and pair were painted: what moves lines repaints all of them, so these stay true.
   std::int64_t shownAnchor_ = 0, shownCaret_ = 0;
-  std::array<std::int64_t, 2> bracketLines_{-1, -1};   // -1: none
-  std::optional<BracketPair> bracket_;
+  std::array<std::int64_t, 2> pairLines_{-1, -1};   // -1: none
+  std::optional<std::array<text::ByteRange, 2>> pair_;
   std::optional<text::ByteOffset> dropAt_;
   std::unique_ptr<Preedit> preedit_;
   bool caretOn_ = false, overtypeShown_ = false;

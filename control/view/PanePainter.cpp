@@ -175,10 +175,10 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
     else fill(*span, y, chosen);
   }
   paintOtherSelections(row, y);
-  if (look_.bracket) {
-    for (const ByteOffset at : {look_.bracket->here, look_.bracket->partner})
-      if (at >= row.start && at < row.start + row.length)
-        fill({seenX(row, at), seenX(row, at + 1)}, y, color(ColorSlot::MatchingBrace));
+  if (look_.pair) {
+    for (const ByteRange& word : *look_.pair)
+      if (word.begin >= row.start && word.begin < row.start + row.length)
+        fill({seenX(row, word.begin), seenX(row, word.end)}, y, color(ColorSlot::MatchingBrace));
   }
 }
 

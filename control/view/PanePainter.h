@@ -3,10 +3,10 @@
 #pragma once
 
 #include <QPainter>
+#include <array>
 #include <optional>
 #include <span>
 
-#include "control/code/Brackets.h"
 #include "control/edit/Carets.h"
 #include "control/view/TextView.h"
 
@@ -25,7 +25,7 @@ struct PaneLook {
   bool focused = false;
   bool caretOn = false;   // visible phase of blinking
   bool overtype = false;
-  std::optional<BracketPair> bracket;
+  std::optional<std::array<text::ByteRange, 2>> pair;   // brackets or words of a block that match
   std::optional<text::ByteOffset> dropAt;
   const Preedit* preedit = nullptr;
 };

@@ -6,6 +6,7 @@
 
 #include "control/code/LanguageTable.h"
 #include "tests/control/PaneFixture.h"
+#include "tests/support/EventLoop.h"
 #include "tests/support/Text.h"
 
 class Painting : public PaneFixture {
@@ -80,6 +81,32 @@ TEST_F(Painting, TokensHaveTheirColors) {
   EXPECT_EQ(inkOf(0, end + 10, 6), ColorSlot::Keyword) << "behind the first end of the comment";
   EXPECT_EQ(inkOf(0, end - 3, 6), ColorSlot::Comment);
   LanguageTable::unregisterLanguage(q("PaintTest"));
+}
+
+// Found beside the interface, also behind edits; keys go where the marks are.
+TEST_F(Painting, WordsOfABlock) {
+  CmLanguage language;
+  language.BlockStart = q("begin\ncase");
+  language.BlockEnd = q("end\nendcase");
+  LanguageTable::registerLanguage(q("BlockTest"), language);
+  put("begin\n case\n endcase\n|end\n");
+  ASSERT_TRUE(control.setLanguage(q("BlockTest")));
+  const auto marked = [&](qint64 line, qint64 column, int cells) {
+    return count(line, column, slot(ColorSlot::MatchingBrace), cells) > 60;
+  };
+  EXPECT_TRUE(spinUntil([&] { return marked(0, 0, 5) && marked(3, 0, 3); }));
+  EXPECT_FALSE(marked(1, 1, 4));
+  control.InsertText(q("begin\nend\n"), {0, 0});
+  EXPECT_TRUE(spinUntil([&] { return marked(2, 0, 5) && marked(5, 0, 3) && !marked(0, 0, 5); }));
+  const auto keys = [&](int second) {
+    key(Qt::Key_K, Qt::ControlModifier);
+    key(second, Qt::ControlModifier);
+  };
+  keys(Qt::Key_J);
+  EXPECT_EQ(now(), "begin\nend\n|begin\n case\n endcase\nend\n");
+  keys(Qt::Key_S);
+  EXPECT_EQ(now(), "begin\nend\n@begin\n case\n endcase\nend|\n");
+  LanguageTable::unregisterLanguage(q("BlockTest"));
 }
 
 TEST_F(Painting, SelectionBracketsAndSymbols) {
