@@ -7,32 +7,41 @@
 #include "base/Strings.h"
 #include "bridge/LongWork.h"
 #include "control/CodeMax.h"
+#include "control/edit/Carets.h"
 #include "text/line/LineReader.h"
 
 namespace {
 
 // Makes at most one edit in each selected line, as `editOf` returns it, as one undo step. A selection that starts at column 0 still
 // covers whole lines afterwards. Only blanks may stand before an edit, and it changes the length of the line by `by` characters.
+// Several carets go where their text goes.
 template <class EditOf>
 void editLines(CodeMax& control, const QString& what, qint64 by, EditOf editOf) {
-  const LineRange lines = control.editor().selectedLines(LineAtEnd::included);
+  const std::vector<LineRange> ranges = carets::lines(control.editor(), LineAtEnd::included);
   CmRange selection = control.GetSel(false);
-  const text::LineNo first(lines.first), last(lines.end - 1);
+  const text::LineNo first(ranges.front().first), last(ranges.back().end - 1);
   text::Document& document = control.model()->document();
   const text::Snapshot text = document.snapshot();
   const std::uint64_t revision = document.revision();
   std::vector<text::Edit> edits;
   const auto work = [&](text::SearchControl& progress) {
-    text::LineReader reader(text, first);
-    std::string_view line;
-    for (text::LineNo at = first; at <= last && !progress.cancel && reader.next(&line); ++at) {
-      progress.bytesDone = reader.start() - text.lineStart(first);
-      if (std::optional<text::Edit> edit = editOf(line, reader.start())) edits.push_back(std::move(*edit));
+    for (const LineRange& lines : ranges) {
+      text::LineReader reader(text, text::LineNo(lines.first));
+      std::string_view line;
+      for (qint64 at = lines.first; at < lines.end && !progress.cancel && reader.next(&line); ++at) {
+        progress.bytesDone = reader.start() - text.lineStart(first);
+        if (std::optional<text::Edit> edit = editOf(line, reader.start())) edits.push_back(std::move(*edit));
+      }
     }
     if (progress.cancel) edits.clear();
   };
   LongWork::run(control, text.lineEnd(last) - text.lineStart(first), work, what, true);
   if (edits.empty() || document.revision() != revision) return;
+  if (carets::several(control.editor())) {
+    const EditBlock block(control);
+    carets::edit(control.editor(), edits);
+    return;
+  }
   const bool keepStart = !selection.IsEmpty();
   const auto move = [&](qint64 line, qint64& column) {
     for (const text::Edit* edit : {&edits.front(), &edits.back()}) {

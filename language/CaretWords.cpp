@@ -1,11 +1,13 @@
 #include "language/CaretWords.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
+#include "control/edit/Carets.h"
 #include "control/find/UsersSearch.h"
 #include "language/FieldWalk.h"
 #include "language/FormatRules.h"
@@ -175,13 +177,27 @@ QString templateText(CodeMax& cmx, ucCM& manager, int languageIndex, const QStri
   return tabs ? asTheDocument(text, indentation, leadOf(before), *tabs, false, cmx.TabSize()) : text;
 }
 
-void putIn(CodeMax& cmx, const QString& text, const CmRange& word) {
+// Runs the work at the caret, or at each of several as one undo step: then a text that several of them have is expanded once.
+void atCarets(CodeMax& cmx, const ExpandText& expand, const std::function<void(const ExpandText&, bool several)>& work) {
+  if (!carets::several(cmx.editor())) return work(expand, false);
+  std::map<QString, QString> expanded;
+  const ExpandText once = [&](QString& text) {
+    const auto [known, isNew] = expanded.try_emplace(text, text);
+    if (isNew && expand) expand(known->second);
+    text = known->second;
+  };
+  const EditBlock block(cmx);
+  carets::oneAfterOther(cmx.editor(), [&] { work(once, true); });
+}
+
+// Of several carets, each selects its first field; Tab does not go through the fields.
+void putIn(CodeMax& cmx, const QString& text, const CmRange& word, bool several) {
   cmx.SetSel(word);
   const text::ByteOffset start = cmx.editor().selectedRange().begin;
   cmx.ReplaceSel(text);
   const qsizetype field = text.indexOf(kField);
   if (field < 0) return;
-  FieldWalk::start(cmx, {start, cmx.editor().selectedRange().end});
+  if (!several) FieldWalk::start(cmx, {start, cmx.editor().selectedRange().end});
   const QString before = text.left(field);
   const qsizetype lineStart = before.lastIndexOf(u'\n') + 1;
   const qint64 line = word.StartLineNo + before.count(u'\n');
@@ -189,14 +205,38 @@ void putIn(CodeMax& cmx, const QString& text, const CmRange& word) {
   cmx.SetSel({line, column, line, column + kField.size(), false});
 }
 
-bool exchange(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const CmRange& range,
-              const ExpandText& expand) {
+bool exchange(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const CmRange& range, const ExpandText& expand,
+              bool several) {
   if (languageIndex <= 0 || cmx.ReadOnly() || !manager.isHotKey(languageIndex, hotKey)) return false;
   const QString text = templateText(cmx, manager, languageIndex, hotKey, range, expand);
   {
     const EditBlock block(cmx);
-    putIn(cmx, text, range);
+    putIn(cmx, text, range, several);
   }
+  cmx.setFocus();
+  return true;
+}
+
+// Expands the hot key before the two dots at the caret, which become a blank.
+bool expandDots(CodeMax& cmx, ucCM& manager, int languageIndex, const ExpandText& expand, bool several,
+                std::optional<BusyGuard>& busy) {
+  const CmRange before = cmx.GetSel(false);
+  if (cmx.CurrentWord() != QLatin1String("..")) return false;
+  cmx.ExecuteCmd(Cmd::WORDLEFT);
+  const QString hotKey = cmx.CurrentWord();
+  const CmPosition dots = cmx.CurrentPosition();
+  const CmRange range = cmx.CurrentWordRange();
+  if (range.EndColNo != dots.ColNo || !manager.isHotKey(languageIndex, hotKey)) {
+    cmx.SetSel(before);
+    return false;
+  }
+  const QString text = templateText(cmx, manager, languageIndex, hotKey, range, expand);
+  const EditBlock block(cmx);
+  cmx.SetSel(caretAt(dots));
+  cmx.ExecuteCmd(Cmd::WORDRIGHTEXTEND);
+  cmx.ReplaceSel(QStringLiteral(" "));
+  putIn(cmx, text, range, several);
+  if (!several) busy.reset();   // the new caret position is notified when the block ends
   cmx.setFocus();
   return true;
 }
@@ -242,34 +282,30 @@ bool isTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, bool afterTyping
   std::optional<BusyGuard> busy(std::in_place);
   if (cmx.CurrentWordLength() <= 0 || languageIndex <= 0) return false;
   if (afterTyping && word == QLatin1String("..") && !cmx.ReadOnly()) {
-    const CmRange before = cmx.GetSel(false);
-    cmx.ExecuteCmd(Cmd::WORDLEFT);
-    const QString hotKey = cmx.CurrentWord();
-    const CmPosition dots = cmx.CurrentPosition();
-    const CmRange range = cmx.CurrentWordRange();
-    if (range.EndColNo == dots.ColNo && manager.isHotKey(languageIndex, hotKey)) {
-      const QString text = templateText(cmx, manager, languageIndex, hotKey, range, expand);
-      const EditBlock block(cmx);
-      cmx.SetSel(caretAt(dots));
-      cmx.ExecuteCmd(Cmd::WORDRIGHTEXTEND);
-      cmx.ReplaceSel(QStringLiteral(" "));
-      putIn(cmx, text, range);
-      busy.reset();   // the new caret position is notified when the block ends
-      cmx.setFocus();
-      return false;
-    }
-    cmx.SetSel(before);
+    bool done = false;
+    atCarets(cmx, expand, [&](const ExpandText& once, bool several) {
+      done = expandDots(cmx, manager, languageIndex, once, several, busy) || done;
+    });
+    if (done) return false;
   }
   return manager.isHotKey(languageIndex, word);
 }
 
 bool ExpandTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, const ExpandText& expand) {
-  const QString word = cmx.CurrentWord();
-  return !word.isEmpty() && exchange(cmx, manager, languageIndex, word, cmx.CurrentWordRange(), expand);
+  bool done = false;
+  atCarets(cmx, expand, [&](const ExpandText& once, bool several) {
+    const QString word = cmx.CurrentWord();
+    done = (!word.isEmpty() && exchange(cmx, manager, languageIndex, word, cmx.CurrentWordRange(), once, several)) || done;
+  });
+  return done;
 }
 
 bool InsertTemplate(CodeMax& cmx, ucCM& manager, int languageIndex, const QString& hotKey, const ExpandText& expand) {
-  return exchange(cmx, manager, languageIndex, hotKey, cmx.GetSel(true), expand);
+  bool done = false;
+  atCarets(cmx, expand, [&](const ExpandText& once, bool several) {
+    done = exchange(cmx, manager, languageIndex, hotKey, cmx.GetSel(true), once, several) || done;
+  });
+  return done;
 }
 
 void UserStringToCode(QString& text, qint64 indentation) {

@@ -400,6 +400,27 @@ void atEach(Editor& e, const std::function<void()>& work) {
   atEach(e, [&work](std::size_t) { work(); });
 }
 
+void oneAfterOther(Editor& e, const std::function<void()>& work) {
+  EditorAccess::impl(e).autoBlanks.reset();
+  oneByOne(e, [&work](std::size_t) { work(); });
+}
+
+bool edit(Editor& e, std::span<const Edit> edits) { return EditorAccess::change(e, edits); }
+
+std::vector<LineRange> lines(Editor& e, LineAtEnd lineAtEnd) {
+  if (!several(e)) return {e.selectedLines(lineAtEnd)};
+  const Snapshot& text = e.snapshot();
+  std::vector<LineRange> ranges;
+  for (const Caret& caret : all(e)) {
+    const LineNo first = text.lineAt(caret.begin()), last = text.lineAt(caret.end());
+    const bool endsAtStart = last > first && caret.end() == text.lineStart(last);
+    const LineRange own{first.value, last.value + (endsAtStart && lineAtEnd == LineAtEnd::excluded ? 0 : 1)};
+    if (!ranges.empty() && own.first <= ranges.back().end) ranges.back().end = std::max(ranges.back().end, own.end);
+    else ranges.push_back(own);
+  }
+  return ranges;
+}
+
 }   // namespace carets
 
 void EditorAccess::settle(Editor& e, SelectionState& main, std::optional<std::int64_t> goal) {

@@ -44,6 +44,12 @@ void drop(Editor& e);                          // all but the main one
 void atEach(Editor& e, const std::function<void()>& work);
 // The same; the work is told which caret it is at, counted from 0.
 void atEach(Editor& e, const std::function<void(std::size_t)>& work);
+// The same for work that makes several changes at a caret, or asks: one after the other.
+void oneAfterOther(Editor& e, const std::function<void()>& work);
+// Applies edits (see text::Document::apply) as one undo step that keeps the carets. False when read-only.
+bool edit(Editor& e, std::span<const text::Edit> edits);
+// The lines of all carets, see Editor::selectedLines; ascending, those side by side joined.
+std::vector<LineRange> lines(Editor& e, LineAtEnd lineAtEnd);
 
 }   // namespace carets
 

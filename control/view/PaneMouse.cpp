@@ -86,6 +86,8 @@ void PaneMouse::pressText(QMouseEvent* event) {
   }
   // Ctrl too: a window manager may take Alt and the button.
   if (!extend && (event->modifiers() & (Qt::AltModifier | Qt::ControlModifier))) {
+    clickAdds_ = pane_.state_.options->dragDrop && onSelection(pressed_);
+    if (clickAdds_) return void(drag_ = Drag::undecided);
     const std::size_t before = carets::count(editor);
     carets::toggle(editor, at);
     drag_ = carets::count(editor) < before ? Drag::none : Drag::caret;

@@ -108,6 +108,26 @@ TEST(Carets, AddingUpAndDownNeverDoubles) {
   EXPECT_EQ(f.shownAll(), "abc|d\na|\nabc|d\n|\nabc|d") << "typing is one step";
 }
 
+TEST(Carets, ManyAreOneStepToo) {
+  std::string text, typed;
+  std::vector<Caret> list;
+  for (std::int64_t line = 0; line < 3000; ++line) {
+    list.push_back({ByteOffset(3 * line + 1), ByteOffset(3 * line + 1)});
+    text += "ab\n";
+    typed += "axyb\n";
+  }
+  CaretsFixture f("|" + text);
+  carets::set(f.editor, list, 7);
+  for (const char* key : {"x", "y"}) f.editor.typeText(QString::fromLatin1(key));
+  EXPECT_EQ(f.bytes(), typed);
+  f.run("UNDO");
+  EXPECT_EQ(f.bytes(), text);
+  EXPECT_EQ(carets::all(f.editor), list);
+  f.run("REDO");
+  EXPECT_EQ(f.bytes(), typed);
+  EXPECT_EQ(f.editor.selection().caret, ByteOffset(7 * 5 + 3)) << "the main one";
+}
+
 TEST(Carets, CopiesGoBackPieceByPiece) {
   CaretsFixture f("@ab| @cd|\n|");
   f.run("COPY");

@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QThread>
 
+#include "control/edit/Carets.h"
 #include "control/view/Pane.h"
 #include "settings/modRegistry.h"
 #include "tests/document/DocumentFixture.h"
@@ -239,6 +240,11 @@ TEST_F(DocumentLanguage, CommentingAgainTakesTheSameLines) {
   document->UnCommentBlock();
   EXPECT_EQ(document->cmx->GetSel(false), before);
   EXPECT_EQ(document->cmx->Text(), q("a\nbc\nd\n"));
+  carets::set(document->cmx->editor(), {{text::ByteOffset(1), text::ByteOffset(1)}, {text::ByteOffset(3), text::ByteOffset(5)}}, 0);
+  document->CommentBlock();
+  EXPECT_EQ(document->cmx->Text(), q("//a\n//bc\n//d\n")) << "of several carets, each line once";
+  document->cmx->ExecuteCmd(Cmd::UNDO);
+  EXPECT_EQ(carets::count(document->cmx->editor()), 2u);
 }
 
 // ---- closing

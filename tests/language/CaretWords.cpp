@@ -5,6 +5,7 @@
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "control/CodeMax.h"
+#include "control/edit/Carets.h"
 #include "language/Registration.h"
 #include "language/ucCM.h"
 #include "tests/language/Language.h"
@@ -210,6 +211,29 @@ TEST_F(CaretWords, TemplatesGoInAtTheirPlace) {
   hotKey("rule", "all:\n\techo\nifdef A\n  B = 1");
   EXPECT_EQ(afterExpansion("  x\nrule|"), "  x\nall:\n\techo\nifdef A\n  B = 1|");
   EXPECT_EQ(afterExpansion("\tx\n\trule|"), "\tx\n\tall:\n\t\techo\n\tifdef A\n\t  B = 1|");
+}
+
+TEST_F(CaretWords, SeveralCaretsHaveATemplateEach) {
+  hotKey("alw", "always @($$)");
+  for (const bool dots : {false, true}) {
+    const std::string before = dots ? "alw..\nx\n alw..\n" : "alw\nx\n alw\n";
+    show(("|" + before).c_str());
+    const text::ByteOffset first(dots ? 5 : 3), second(dots ? 13 : 9);
+    carets::set(cmx.editor(), {{first, first}, {second, second}}, 1);
+    int asked = 0;
+    const ExpandText expand = [&asked](QString&) { ++asked; };
+    if (dots) isTemplate(cmx, manager, 1, true, expand);
+    else ExpandTemplate(cmx, manager, 1, expand);
+    EXPECT_EQ(bytes(), dots ? "always @($$) \nx\n always @($$) \n" : "always @($$)\nx\n always @($$)\n");
+    EXPECT_EQ(asked, 1);
+    cmx.ExecuteCmd(Cmd::INSERTCHAR, QStringLiteral("c"));
+    EXPECT_EQ(bytes(), dots ? "always @(c) \nx\n always @(c) \n" : "always @(c)\nx\n always @(c)\n")
+        << "each has its field selected";
+    cmx.editor().undo();
+    cmx.editor().undo();
+    EXPECT_EQ(bytes(), before);
+    EXPECT_EQ(carets::count(cmx.editor()), 2u);
+  }
 }
 
 TEST_F(CaretWords, VariablesLeaveFieldsAlone) {

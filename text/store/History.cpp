@@ -10,7 +10,7 @@ namespace {
 // Whether `next` continues the run `last`: each edit starts where the previous one ended (typing), or removes text next to it
 // (deleting; direction then says on which side).
 bool continues(const Delta& last, const Delta& next, Join join, std::int8_t& direction) {
-  if (!last.hasContent || !next.hasContent || last.items.size() != next.items.size()) return false;
+  if (last.hasContent != next.hasContent || last.items.size() != next.items.size()) return false;
   std::int64_t grown = 0;
   std::int8_t side = direction;
   for (std::size_t i = 0; i < last.items.size(); ++i) {
