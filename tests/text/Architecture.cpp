@@ -45,7 +45,7 @@ const std::map<std::string, std::set<std::string>> kRooms{
     {"language/editor", {"language"}},
     {"text/color", {"text/find", "text/line", "text/store"}},
     {"text/diff", {"text/color", "text/line", "text/store"}},
-    {"text/display", {"text/store"}},
+    {"text/display", {"text/line", "text/store"}},
     {"text/file", {"text/find", "text/line", "text/store"}},
     {"text/fold", {"text/color", "text/store"}},
     {"text/find", {"text/line", "text/store"}},

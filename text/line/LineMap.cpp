@@ -184,6 +184,12 @@ void LineMap::settle(LineMaps::Entry& e) const {
   }
 }
 
+LinePlace LineMap::counted() {
+  if (!isLong()) return {};
+  settle(entry());
+  return endOf(entry());
+}
+
 bool LineMap::reach(const LinePlace& most, std::int64_t budget) {
   if (!isLong()) return true;
   LineMaps::Entry& e = entry();

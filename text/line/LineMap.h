@@ -81,6 +81,8 @@ class LineMap {
   CharColumn columnOf(std::int64_t byte);
   std::int64_t byteOfColumn(CharColumn column);
 
+  // How far a long line has been counted; the start of any other.
+  LinePlace counted();
   // True when all within `most` has been counted; counts about `budget` bytes before it gives up.
   bool reach(const LinePlace& most, std::int64_t budget);
   // What is missing for reach(LinePlace::atByte(byte)), and its result brought in; one that is of another text is dropped.
