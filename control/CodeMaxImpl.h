@@ -39,8 +39,8 @@ struct CodeMax::Impl {
     } catch (const std::bad_alloc&) { grid->update(); }
   }
   void measure() {
-    std::vector<qint64> tops;   // counted in lines of the height they had
-    for (Pane* each : grid->panes()) tops.push_back(each->topLine());
+    std::vector<text::ByteOffset> tops;   // in the rows that they had
+    for (Pane* each : grid->panes()) tops.push_back(each->view().topByte());
     state.remeasure();
     for (std::size_t i = 0; i < tops.size(); ++i) grid->panes()[i]->metricsChanged(tops[i]);
   }

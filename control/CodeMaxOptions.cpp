@@ -17,6 +17,9 @@ bool CodeMax::TabExpand() const { return impl_->state.options->expandTabs; }
 bool CodeMax::ColorSyntax() const { return impl_->state.colorSyntax; }
 bool CodeMax::WhiteSpaceDisplay() const { return impl_->state.whiteSpace; }
 int CodeMax::AutoIndentMode() const { return static_cast<int>(impl_->state.options->autoIndent); }
+int CodeMax::WordWrap() const { return static_cast<int>(impl_->state.wordWrap); }
+int CodeMax::WrapColumn() const { return impl_->state.wrapColumn; }
+bool CodeMax::wraps() const { return impl_->state.mayWrap && impl_->state.wrapsNow != ::WordWrap::off; }
 int CodeMax::TabSize() const { return impl_->state.options->tabSize; }
 
 void CodeMax::setHSplitter(bool on) { impl_->grid->allow(on, VSplitter()); }
@@ -78,6 +81,24 @@ void CodeMax::setTabSize(int size) {
   if (size < 1 || size > 32 || size == TabSize()) return;
   impl_->state.options->tabSize = size;
   impl_->measure();
+}
+
+void CodeMax::setWordWrap(int mode) {
+  const auto chosen = static_cast<::WordWrap>(mode);
+  if (mode < 0 || mode > static_cast<int>(::WordWrap::column) || chosen == impl_->state.wordWrap) return;
+  impl_->state.wordWrap = impl_->state.wrapsNow = chosen;
+  impl_->refit();
+}
+
+void CodeMax::setWrapColumn(int column) {
+  if (column < kLeastWrapColumn || column > kMostWrapColumn || column == WrapColumn()) return;
+  impl_->state.wrapColumn = column;
+  impl_->refit();
+}
+
+void CodeMax::setMayWrap(bool allowed) {
+  impl_->state.mayWrap = allowed;
+  impl_->refit();
 }
 
 QColor CodeMax::GetColor(int slot) const { return impl_->state.colors.color(static_cast<ColorSlot>(slot)); }

@@ -44,6 +44,8 @@ constexpr NumberOption kNumbers[] = {
     {"AUTOINDENTMODE", &CodeMax::AutoIndentMode, &CodeMax::setAutoIndentMode},
     {"TABSIZE", &CodeMax::TabSize, &CodeMax::setTabSize},
     {"COMPLETIONKEYS", &CodeMax::CompletionKeyMode, &CodeMax::setCompletionKeyMode},
+    {"WRAPCOLUMN", &CodeMax::WrapColumn, &CodeMax::setWrapColumn},
+    {"WORDWRAP", &CodeMax::WordWrap, &CodeMax::setWordWrap},
 };
 
 constexpr double kSmallestFont = 3, kLargestFont = 200;   // points

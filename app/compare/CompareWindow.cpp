@@ -63,6 +63,7 @@ void CompareWindow::useOptions() {
     CMXRegistry::applyTo(text);
     text.setHSplitter(false);   // both sides scroll together
     text.setVSplitter(false);
+    text.setMayWrap(false);   // lines stand beside lines
   };
   for (const Side side : {kLeft, kRight}) use(view_->text(side));
   if (merge_) use(merge_->result());

@@ -6,6 +6,7 @@
 #include "bench/Bench.h"
 #include "control/CodeMax.h"
 #include "control/view/Pane.h"
+#include "control/view/ViewState.h"
 
 namespace {
 
@@ -63,6 +64,45 @@ void KeyInBigFile(benchmark::State& state) {
   }
 }
 BENCHMARK(KeyInBigFile)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+// The same in a wrapped text, and what makes other rows of all lines.
+void WrappedBigFile(benchmark::State& state) {
+  for (auto _ : state) {
+    Window window;
+    window.load(bench::simulationLog(bench::GB));
+    const auto since = [](auto act) {
+      const auto start = bench::Clock::now();
+      act();
+      QApplication::processEvents();
+      return bench::secondsSince(start);
+    };
+    window.control->resize(400, 700);
+    window.show();
+    const double on = since([&] { window.control->setWordWrap(static_cast<int>(WordWrap::window)); });
+    milliseconds("1 GB: wrapping switched on until painted", on, 50);
+    milliseconds("  to the end of the text", window.press(Qt::Key_End, Qt::ControlModifier), 100);
+    const qint64 middle = window.control->LineCount() / 2;
+    milliseconds("  to a line", since([&] { window.control->SetSel({middle, 10, middle, 10, false}); }), 100);
+    double sum = 0;
+    constexpr int kKeys = 200;
+    for (int i = 0; i < kKeys; ++i) sum += window.press(Qt::Key_A, {}, QStringLiteral("a"));
+    milliseconds("  a key there until painted", sum / kKeys, 8);
+    milliseconds("  Return there, all below moves", window.press(Qt::Key_Return, {}, QStringLiteral("\r")), 8);
+    double worst = 0;
+    for (int width = 400; width < 1000; width += 20) worst = std::max(worst, since([&] { window.control->resize(width, 700); }));
+    milliseconds("  the slowest of 30 new widths", worst, 16);
+    window.load(bench::singleLine(100 * bench::MB));
+    window.press(Qt::Key_End, Qt::ControlModifier);   // counts the line
+    milliseconds("100 MB line: a key at its end until painted", window.press(Qt::Key_A, {}, QStringLiteral("a")), 16);
+    milliseconds("  a page up", window.press(Qt::Key_PageUp), 16);
+    const qint64 column = 50 * 1000 * 1000;
+    window.control->SetSel({0, column, 0, column, false});
+    window.show();
+    milliseconds("  a key in its middle until painted", window.press(Qt::Key_A, {}, QStringLiteral("a")), 16);
+    milliseconds("  a row down", window.press(Qt::Key_Down), 16);
+  }
+}
+BENCHMARK(WrappedBigFile)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void LongLine(benchmark::State& state) {
   for (auto _ : state) {

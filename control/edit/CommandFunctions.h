@@ -29,6 +29,7 @@ text::ByteOffset lineStart(Editor& e, text::ByteOffset at);
 text::ByteOffset lineEnd(Editor& e, text::ByteOffset at);
 text::ByteOffset indentation(Editor& e, text::ByteOffset at);   // first character that is not blank, or the line's end
 text::ByteOffset home(Editor& e, text::ByteOffset at);
+text::ByteOffset rowEnd(Editor& e, text::ByteOffset at);   // of the row that is shown; from there of the line
 text::ByteOffset smartEnd(Editor& e, text::ByteOffset at);
 text::ByteOffset documentStart(Editor& e, text::ByteOffset at);
 text::ByteOffset documentEnd(Editor& e, text::ByteOffset at);
@@ -58,7 +59,7 @@ void toClipboard(Editor& e, QString text, bool block);
 // The lines with their breaks. At the end of the text, where there is no break, with the break before them.
 text::ByteRange wholeLines(const text::Snapshot& text, text::LineNo first, text::LineNo last);
 
-// Up (-) or down by lines or windows. The caret keeps the cell in which the first of successive moves began.
+// Up (-) or down by lines, or the rows that the window shows of them, or windows. The caret keeps the cell in which the first of successive moves began.
 void moveLines(Editor& e, std::int64_t lines, bool extend);
 void movePage(Editor& e, int direction, bool extend);
 template <int lines, bool extend>
@@ -146,6 +147,7 @@ void setReplaceText(Editor& e, const QVariant& argument);
 void togglePreserveCase(Editor& e, const QVariant& argument);
 void toggleWholeWord(Editor& e, const QVariant& argument);
 void toggleCaseSensitive(Editor& e, const QVariant& argument);
+void toggleWordWrap(Editor& e, const QVariant& argument);
 void toggleWhiteSpaceDisplay(Editor& e, const QVariant& argument);
 void toggleOvertype(Editor& e, const QVariant& argument);
 void setRepeatCount(Editor& e, const QVariant& argument);

@@ -4,6 +4,7 @@
 #include "control/code/Brackets.h"
 #include "control/code/LanguageTable.h"
 #include "control/edit/CommandFunctions.h"
+#include "control/edit/DisplayRows.h"
 #include "control/edit/EditorAccess.h"
 #include "text/line/Chars.h"
 #include "text/line/Words.h"
@@ -55,15 +56,25 @@ ByteOffset indentation(Editor& e, ByteOffset at) {
 }
 
 ByteOffset home(Editor& e, ByteOffset at) {
+  if (DisplayRows* const rows = e.host().displayRows()) {
+    const ByteOffset row = rows->rowAt(at).begin;
+    if (row != at && row != lineStart(e, at)) return row;
+  }
   const ByteOffset first = indentation(e, at);
   return at == first ? lineStart(e, at) : first;
+}
+
+ByteOffset rowEnd(Editor& e, ByteOffset at) {
+  DisplayRows* const rows = e.host().displayRows();
+  const ByteOffset end = rows ? rows->rowAt(at).end : at;
+  return end == at ? lineEnd(e, at) : end;
 }
 
 ByteOffset smartEnd(Editor& e, ByteOffset at) {
   const Snapshot& text = e.snapshot();
   const ByteOffset start = lineStart(e, at);
   ByteOffset end = lineEnd(e, at);
-  if (at != end) return end;
+  if (at != end) return rowEnd(e, at);
   while (end > start && (text.at(end - 1) == ' ' || text.at(end - 1) == '\t')) --end;
   return end == start ? at : end;
 }
@@ -105,9 +116,15 @@ void moveLines(Editor& e, std::int64_t lines, bool extend) {
   const Snapshot& text = e.snapshot();
   const SelectionState s = e.selection();
   const int tabSize = e.options().tabSize;
+  const auto kept = EditorAccess::impl(e).goal;
+  if (DisplayRows* const rows = e.host().displayRows()) {
+    const std::int64_t cell = kept ? *kept : rows->cellInRow(s.caret) + s.caretVirtual;
+    const ByteOffset caret = rows->below(s.caret, lines, cell);
+    e.document().breakJoin();
+    return EditorAccess::place(e, {extend ? s.anchor : caret, caret, 0, 0, false}, cell);
+  }
   const LineNo from = text.lineAt(s.caret);
   const LineNo to(std::clamp<std::int64_t>(from.value + lines, 0, text.lineCount() - 1));
-  const auto kept = EditorAccess::impl(e).goal;
   const std::int64_t cell = kept ? *kept : cellOf(e.model(), s.caret, s.caretVirtual, tabSize);
   const ByteOffset caret = to == from ? s.caret : offsetAtCell(e.model(), to, cell, tabSize);
   e.document().breakJoin();
@@ -119,7 +136,9 @@ void movePage(Editor& e, int direction, bool extend) {
   const qint64 lines = std::max<qint64>(1, host.visibleLines() - 1);
   const qint64 lastTop = std::max<qint64>(0, e.snapshot().lineCount() - host.visibleLines());
   const CaretRun* run = EditorAccess::impl(e).run;
-  if (!run || run->isMain)
+  DisplayRows* const rows = host.displayRows();
+  if ((!run || run->isMain) && rows) rows->scrollRows(direction * lines);
+  else if (!run || run->isMain)
     host.setTopLine(std::clamp<qint64>(host.topLine() + direction * lines, 0, std::max(lastTop, host.topLine())));
   moveLines(e, direction * lines, extend);
 }

@@ -14,6 +14,7 @@
 #include "control/edit/TypingAids.h"
 #include "text/find/Search.h"
 
+class DisplayRows;
 class QWidget;
 
 // A position and a range of text in public interfaces. Lines and columns count from 0.
@@ -42,10 +43,12 @@ class EditorHost {
   virtual qint64 topLine() const { return 0; }
   virtual qint64 visibleLines() const { return 25; }
   virtual void setTopLine(qint64) {}
-  virtual void scrollColumns(qint64) {}             // right positive, in cells
-  virtual qint64 leftColumn() const { return 0; }   // the first cell shown
+  virtual DisplayRows* displayRows() { return nullptr; }   // null: each line is one row
+  virtual void scrollColumns(qint64) {}                    // right positive, in cells
+  virtual qint64 leftColumn() const { return 0; }          // the first cell shown
   virtual qint64 visibleColumns() const { return 80; }
   virtual void toggleWhiteSpaceDisplay() {}
+  virtual void toggleWordWrap() {}
   virtual void showFindDialog(bool replace) { (void)replace; }
   virtual void hideFindDialog() {}
   virtual void offerCompletion() {}         // the list of words beside the caret

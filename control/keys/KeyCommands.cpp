@@ -82,6 +82,8 @@ constexpr auto kKeyRows = std::to_array<Command>({
      commandFunctions::bookmarkLinesDelete},
     {1016, "BOOKMARKINVERT", CommandArgument::none, false, "",
      "Sets a bookmark on each line that has none, and removes the others.", commandFunctions::bookmarkInvert},
+    {1020, "TOGGLEWORDWRAP", CommandArgument::none, false, "Alt+Z", "Wraps long lines of this view, or shows each line in one row.",
+     commandFunctions::toggleWordWrap},
     {1030, "SELECTBLOCK", CommandArgument::none, true, "Ctrl+K, Ctrl+S",
      "Selects the block around the caret or the selection; again, the block around that.", commandFunctions::selectBlock,
      AtCarets::each},

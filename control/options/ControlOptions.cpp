@@ -16,6 +16,8 @@ ControlOptions ControlOptions::of(const CodeMax& c) {
                    c.PreserveCase(),
                    c.AutoIndentMode(),
                    c.TabSize(),
+                   c.WordWrap(),
+                   c.WrapColumn(),
                    c.Aids(),
                    {},
                    c.Font(),
@@ -58,6 +60,8 @@ void ControlOptions::applyTo(CodeMax& c) const {
   set(&ControlOptions::preserveCase, &CodeMax::setPreserveCase);
   set(&ControlOptions::autoIndentMode, &CodeMax::setAutoIndentMode);
   set(&ControlOptions::tabSize, &CodeMax::setTabSize);
+  set(&ControlOptions::wrapColumn, &CodeMax::setWrapColumn);
+  set(&ControlOptions::wordWrap, &CodeMax::setWordWrap);
   if (aids != old.aids) c.setAids(aids);
   for (int slot = 0; slot < kColorSlots; ++slot) {
     const QColor& color = colors[static_cast<std::size_t>(slot)];

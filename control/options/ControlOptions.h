@@ -10,7 +10,7 @@
 struct ControlOptions {
   bool hSplitter, vSplitter, hScrollBar, vScrollBar, smoothScrolling, lineToolTips, leftMargin, colorSyntax, whiteSpace;
   bool tabExpand, columnSel, dragDrop, preserveCase;
-  int autoIndentMode, tabSize;
+  int autoIndentMode, tabSize, wordWrap, wrapColumn;
   TypingAids aids;
   std::array<QColor, kColorSlots> colors;
   QFont font;

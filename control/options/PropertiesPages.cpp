@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 
 #include "control/code/LanguageTable.h"
+#include "control/view/ViewState.h"
 
 namespace {
 
@@ -71,6 +72,27 @@ DisplayPage::DisplayPage(ControlOptions& o, QWidget* parent) : QWidget(parent) {
   addCheck(text, tr("&Colour by the language"), "colorSyntax", o.colorSyntax);
   addCheck(text, tr("Show &blanks, tabs and line ends"), "whiteSpace", o.whiteSpace);
   addCheck(text, tr("&Left margin with bookmarks and line numbers"), "leftMargin", o.leftMargin);
+  auto* wrapping = addGroup(layout, tr("Long lines"));
+  auto* form = new QFormLayout;
+  wrapping->addLayout(form);
+  auto* wrap = new QComboBox(this);
+  wrap->setObjectName(QStringLiteral("wordWrap"));
+  wrap->addItems({tr("One row"), tr("Wrapped at the window's edge"), tr("Wrapped at a column")});   // in the order of WordWrap
+  wrap->setCurrentIndex(o.wordWrap);
+  auto* column = new QSpinBox(this);
+  column->setObjectName(QStringLiteral("wrapColumn"));
+  column->setRange(kLeastWrapColumn, kMostWrapColumn);
+  column->setValue(o.wrapColumn);
+  connect(wrap, &QComboBox::currentIndexChanged, this, [&o, column](int mode) {
+    o.wordWrap = mode;
+    column->setEnabled(mode == static_cast<int>(WordWrap::column));
+  });
+  column->setEnabled(o.wordWrap == static_cast<int>(WordWrap::column));
+  connect(column, &QSpinBox::valueChanged, this, [&o](int value) { o.wrapColumn = value; });
+  for (QWidget* field : {static_cast<QWidget*>(wrap), static_cast<QWidget*>(column)})
+    field->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+  form->addRow(tr("Long lines &take:"), wrap);
+  form->addRow(tr("C&olumn:"), column);
   auto* scrolling = addGroup(layout, tr("Scrolling"));
   addCheck(scrolling, tr("&Horizontal scroll bar"), "hScrollBar", o.hScrollBar);
   addCheck(scrolling, tr("&Vertical scroll bar"), "vScrollBar", o.vScrollBar);

@@ -16,6 +16,7 @@
 #include "control/edit/TextMime.h"
 #include "control/view/PaneAccessible.h"
 #include "control/view/PaneMouse.h"
+#include "control/view/PaneRows.h"
 
 using text::ByteOffset;
 using text::LineNo;
@@ -34,7 +35,8 @@ Pane::Pane(ViewState& state, QWidget* parent)
       state_(state),
       view_(state),
       editor_(new Editor(state.model, state.options, this)),
-      mouse_(new PaneMouse(*this)) {
+      mouse_(new PaneMouse(*this)),
+      rows_(new PaneRows(*this)) {
   PaneAccessible::install();
   setFrameShape(QFrame::NoFrame);
   setFocusPolicy(Qt::StrongFocus);
@@ -45,6 +47,7 @@ Pane::Pane(ViewState& state, QWidget* parent)
   viewport()->setMouseTracking(true);
   setAcceptDrops(true);
   connect(verticalScrollBar(), &QScrollBar::sliderMoved, this, &Pane::showLineTip);
+  connect(verticalScrollBar(), &QScrollBar::actionTriggered, this, &Pane::barActed);
   editor_->onSelectionChanged = [this] { noteSelection(); };
   connect(&BlockFinder::of(*state.model), &BlockFinder::found, this, [this] { shown([this] { findPair(); }); });
   optionsChanged();
@@ -71,22 +74,28 @@ QRect Pane::caretRect() const { return PanePainter::caretRect(view_, look()); }
 
 void Pane::modelChanged(const text::Change& change) {
   view_.forget();
+  text::DisplayMap& map = view_.rows.map;
+  const TextView::Place target = view_.placeAt(view_.target), top = view_.placeAt(view_.top);
+  const std::int64_t targetWas = view_.topOf(target), topWas = view_.topOf(top);
+  map.onChange(change, snapshot().lineCount());
   if (change.reset) {
-    top_ = view_.top = 0;
+    view_.target = view_.top = 0;
     scrollSideways(0);
     view_.forgetWidest();
   }
   // A change above does not move the visible lines.
-  const LineNo first(top_ / view_.lineHeight());
-  const std::int64_t shift = change.reset ? 0 : change.mapLine(first, snapshot(), text::Bias::left) - first;
-  if (shift != 0) {
-    top_ = std::max<std::int64_t>(0, top_ + shift * view_.lineHeight());
-    view_.top = std::max<std::int64_t>(0, view_.top + shift * view_.lineHeight());
-  }
+  const auto shift = [&](const TextView::Place& place, std::int64_t was) {
+    if (change.reset) return std::int64_t(0);
+    const LineNo line = change.mapLine(place.line, snapshot(), text::Bias::left);
+    return view_.topOf({line, std::clamp<std::int64_t>(map.rowsOf(line) - 1, 0, place.row)}) - was;
+  };
+  const std::int64_t topShift = shift(top, topWas);
+  view_.target = std::max<std::int64_t>(0, view_.target + shift(target, targetWas));
+  view_.top = std::max<std::int64_t>(0, view_.top + topShift);
   if (dropAt_) dropAt_ = change.map(*dropAt_, text::Bias::left);
   mouse_->textChanged(change);
   // One change repaints its lines, several repaint all lines, once when the code that makes them has finished.
-  allDirty_ = allDirty_ || change.reset || shift != 0 || pending_.has_value() || change.spans.size() > 1000;
+  allDirty_ = allDirty_ || change.reset || topShift != 0 || pending_.has_value() || change.spans.size() > 1000;
   try {
     if (!allDirty_) pending_ = change;
   } catch (const std::bad_alloc&) { allDirty_ = true; }
@@ -104,6 +113,7 @@ void Pane::flushText() {
   flushPosted_ = false;
   if (!allDirty_ && !pending_) return;
   fit();
+  allDirty_ = view_.takeMoved() || allDirty_;
   if (allDirty_) emit scrolled();
   const std::vector<std::int64_t> recolored = view_.findStates();
   if (allDirty_) {
@@ -132,11 +142,12 @@ void Pane::appearanceChanged() {
   viewport()->update();
 }
 
-void Pane::metricsChanged(qint64 top) {
+void Pane::metricsChanged(ByteOffset top) {
   view_.forget();
   view_.forgetWidest();
   marginDigits_ = -1;   // not known: 0 is a margin that is not shown
-  top_ = view_.top = std::min<std::int64_t>(top * view_.lineHeight(), highestTop());
+  view_.setTopByte(top);
+  kept_ = {top, view_.top, state_.model->document().revision()};
   fit();
   viewport()->update();
   emit scrolled();
@@ -144,7 +155,9 @@ void Pane::metricsChanged(qint64 top) {
 
 void Pane::optionsChanged() {
   setVerticalScrollBarPolicy(state_.vScrollBar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
-  setHorizontalScrollBarPolicy(state_.hScrollBar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
+  setHorizontalScrollBarPolicy(state_.hScrollBar && !(state_.mayWrap && state_.wrapsNow == WordWrap::window)
+                                   ? Qt::ScrollBarAlwaysOn
+                                   : Qt::ScrollBarAlwaysOff);
   marginDigits_ = -1;   // not known: 0 is a margin that is not shown
   fit();
   viewport()->update();
@@ -171,7 +184,8 @@ void Pane::takeViewOf(const Pane& other) {
   editor_->setSelection(other.editor_->selection());
   editor_->overtype = other.editor_->overtype;
   fit();
-  showAt(other.top_);
+  if (view_.rows.wraps()) view_.setTopByte(const_cast<Pane&>(other).view_.topByte());
+  showAt(view_.rows.wraps() ? view_.target : other.view_.target);
   scrollSideways(other.view_.left);
 }
 
@@ -263,10 +277,9 @@ void Pane::restartBlink() {
 // --- Painting -------------------------------------------------------------------------------------------------------------------
 
 void Pane::updateLines(std::int64_t first, std::int64_t last) {
-  first = std::max(first, view_.firstVisible());
-  last = std::min(last, (view_.top + view_.height) / view_.lineHeight());
-  if (first > last) return;
-  viewport()->update(0, view_.yOf(first), viewport()->width(), static_cast<int>(last - first + 1) * view_.lineHeight());
+  const int y = view_.yOf(std::max(first, view_.firstVisible()));
+  const int end = last > view_.lastVisible() ? viewport()->height() : view_.bottomOf(last);
+  if (y < end) viewport()->update(0, y, viewport()->width(), end - y);
 }
 
 void Pane::updateCaret() {
@@ -296,6 +309,7 @@ void Pane::paintParts(const QRegion& region) {
   for (const QRect& part : region) pane.paint(part);
   restartColoring();
   // A line wider than all before became visible: the scroll bar is updated after painting.
+  if (view_.takeMoved()) viewport()->update();
   if (view_.widestSeen() > horizontalScrollBar()->maximum() + view_.width)
     QMetaObject::invokeMethod(
         this, [this] { fit(); }, Qt::QueuedConnection);

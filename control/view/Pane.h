@@ -13,6 +13,7 @@
 #include "control/view/TextView.h"
 
 class PaneMouse;
+class PaneRows;
 
 class Pane : public QAbstractScrollArea, public EditorHost {
   Q_OBJECT
@@ -26,10 +27,13 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   // Notifications: the model changed; its look changed; font or tabs changed.
   void modelChanged(const text::Change& change);
   void appearanceChanged();
-  void metricsChanged(qint64 top);
-  void optionsChanged();   // scroll bars, margin
-  void released();         // ViewState::held is 0 again: shows and reports what was noted
+  void metricsChanged(text::ByteOffset top);   // what stood at the upper edge
+  void optionsChanged();                       // scroll bars, margin
+  void released();                             // ViewState::held is 0 again: shows and reports what was noted
   void setPainting(bool on);
+  // Hides or shows the lines [first, end) of this pane; the first line of the text is always shown. The map is view().rows.map; it
+  // moves hidden lines with the text.
+  void setHidden(text::LineNo first, text::LineNo end, bool hidden);
 
   bool runCommand(int id, const QVariant& argument);   // false only for an unknown number
   void type(const QString& text);
@@ -41,7 +45,6 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   QRect caretRect() const;   // in the viewport; may be outside of it
 
   // Scrolling. `top` and `left` in pixels of the text.
-  std::int64_t top() const { return top_; }
   void scrollTo(std::int64_t top, bool smooth);
   void scrollSideways(std::int64_t left);
   void showAt(std::int64_t top);   // at once
@@ -50,10 +53,12 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   qint64 topLine() const override;
   qint64 visibleLines() const override;
   void setTopLine(qint64 line) override;
+  DisplayRows* displayRows() override;
   void scrollColumns(qint64 cells) override;
   qint64 leftColumn() const override;
   qint64 visibleColumns() const override;
   void toggleWhiteSpaceDisplay() override;
+  void toggleWordWrap() override;
   void showFindDialog(bool replace) override;
   void hideFindDialog() override;
   void offerCompletion() override { emit completionWanted(); }
@@ -88,6 +93,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void completionWanted();
   void overtypeChanged(bool on);
   void whiteSpaceToggled();
+  void wordWrapToggled();
   void heldEnded();   // the last Action ended
   void scrolled();    // another part of the text is visible
 
@@ -114,15 +120,24 @@ class Pane : public QAbstractScrollArea, public EditorHost {
 
  private:
   friend class PaneMouse;
+  friend class PaneRows;
 
   const text::Snapshot& snapshot() const { return state_.model->snapshot(); }
   PaneLook look() const;
 
   // Geometry and scrolling (PaneScroll.cpp)
-  void fit();   // sizes, margin, scroll bars
+  void fit();   // sizes, margin, rows, scroll bars
+  void fitRows();
+  void fitBars();
+  double rowWidth() const;   // 0: lines are not wrapped
+  // The vertical scroll bar counts rows, in a wrapped text lines: their rows are not all known.
+  int barOf(std::int64_t top);
+  std::int64_t topOfBar(int value);
+  void barActed(int action);
   std::int64_t highestTop() const;
   std::int64_t highestLeft() const;
   void stepAnimation();
+  void showTop();
   void showLineTip();
 
   // Runs code that only shows a change; if it lacks memory, everything is repainted later.
@@ -162,8 +177,15 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   std::unique_ptr<Editor> editor_;
   std::unique_ptr<PaneMouse> mouse_;
 
-  std::int64_t top_ = 0;        // target of scrolling; view_.top is the current position
+  std::unique_ptr<PaneRows> rows_;
   std::int64_t barScale_ = 1;   // pixels per unit of the vertical scroll bar
+  double barUnit_ = 1;          // its units per line, of a wrapped text
+  // The text at the upper edge while the width changes: each width has its own row for it.
+  struct {
+    text::ByteOffset byte;
+    std::int64_t top = -1;
+    std::uint64_t revision = 0;
+  } kept_;
   bool settingBars_ = false;
   int marginDigits_ = 0;
   QBasicTimer scrollTimer_, blinkTimer_, colorTimer_;

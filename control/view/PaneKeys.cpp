@@ -231,6 +231,12 @@ void Pane::toggleWhiteSpaceDisplay() {
   state_.whiteSpace = !state_.whiteSpace;
   emit whiteSpaceToggled();
 }
+void Pane::toggleWordWrap() {
+  if (!state_.mayWrap) return note(tr("This text is not wrapped"));
+  const WordWrap on = state_.wordWrap == WordWrap::off ? WordWrap::window : state_.wordWrap;
+  state_.wrapsNow = state_.wrapsNow == WordWrap::off ? on : WordWrap::off;
+  emit wordWrapToggled();
+}
 void Pane::contextMenuEvent(QContextMenuEvent* event) {
   const QPoint at =
       event->reason() == QContextMenuEvent::Keyboard ? viewport()->mapToGlobal(caretRect().bottomLeft()) : event->globalPos();

@@ -109,8 +109,7 @@ void PaneMouse::pressText(QMouseEvent* event) {
 }
 
 void PaneMouse::pressMargin(QMouseEvent* event) {
-  const std::int64_t y = pane_.view_.top + pressed_.y();
-  if (y / pane_.view_.lineHeight() >= pane_.snapshot().lineCount()) return;
+  if (pane_.view_.belowText(pressed_.y())) return;
   const LineNo line(pane_.view_.lineAtY(pressed_.y()));
   if (pressed_.x() < kBookmarkWidth) {
     pane_.state_.model->setBookmark(line, !pane_.state_.model->hasBookmark(line));
@@ -227,7 +226,7 @@ void PaneMouse::timerEvent(QTimerEvent* event) {
   const int dy = speed(last_.y() < 0 ? last_.y() : std::max(0, last_.y() - view.height + 1));
   const int dx =
       drag_ == Drag::lines ? 0 : speed(last_.x() < view.margin ? last_.x() - view.margin : std::max(0, last_.x() - right));
-  pane_.scrollTo(pane_.top_ + dy, false);
+  pane_.scrollTo(pane_.view_.target + dy, false);
   if (dx != 0) pane_.scrollSideways(std::clamp<std::int64_t>(view.left + dx, 0, pane_.highestLeft()));
   dragTo(last_);
 }
@@ -247,7 +246,7 @@ void PaneMouse::wheel(QWheelEvent* event) {
   if (event->modifiers().testFlag(Qt::ShiftModifier) || event->modifiers().testFlag(Qt::AltModifier)) {
     if (pixels.x() == 0) pixels = {pixels.y(), 0};
   }
-  if (pixels.y() != 0) pane_.scrollTo(pane_.top_ - pixels.y(), !byPixel);
+  if (pixels.y() != 0) pane_.scrollTo(pane_.view_.target - pixels.y(), !byPixel);
   if (pixels.x() != 0) pane_.scrollSideways(std::clamp<std::int64_t>(pane_.view_.left - pixels.x(), 0, pane_.highestLeft()));
   event->accept();
 }

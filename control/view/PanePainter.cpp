@@ -3,6 +3,8 @@
 #include <QPainterPath>
 #include <algorithm>
 #include <cmath>
+#include <tuple>
+#include <utility>
 
 #include "control/edit/ColumnBlock.h"
 
@@ -78,7 +80,8 @@ PanePainter::PanePainter(QPainter& painter, TextView& view, const PaneLook& look
   const text::SelectionState& s = look.selection;
   selected_ = {std::min(s.anchor, s.caret), std::max(s.anchor, s.caret)};
   const text::Snapshot& text = view.snapshot();
-  caretLine_ = text.lineAt(s.caret).value;
+  caretPlace_ = view.placeOf(s.caret);
+  caretLine_ = caretPlace_.line.value;
   firstLine_ = text.lineAt(selected_.begin).value;
   lastLine_ = text.lineAt(selected_.end).value;
   if (s.column) {
@@ -90,9 +93,13 @@ PanePainter::PanePainter(QPainter& painter, TextView& view, const PaneLook& look
 
 void PanePainter::paint(const QRect& part) {
   painter_.setClipRect(part);
-  const std::int64_t first = view_.lineAtY(part.top());
-  for (std::int64_t line = first; line <= view_.lastVisible() && view_.yOf(line) <= part.bottom(); ++line) paintRow(line, part);
-  const int below = view_.yOf(view_.snapshot().lineCount() - 1) + view_.lineHeight();
+  const text::DisplayMap& map = view_.rows.map;
+  const std::int64_t lines = view_.snapshot().lineCount();
+  for (TextView::Place place = view_.placeAtY(part.top()); place.line.value < lines && view_.yOf(place) <= part.bottom();) {
+    paintRow(place, part);
+    if (++place.row >= map.rowsOf(place.line)) place = {map.shownFrom(place.line + 1), 0};
+  }
+  const int below = view_.bottomOf(lines - 1);
   if (below <= part.bottom()) {
     painter_.fillRect(QRect(0, below, view_.width + view_.margin, view_.height - below), color(ColorSlot::Window));
     if (view_.margin > 0) {
@@ -103,9 +110,30 @@ void PanePainter::paint(const QRect& part) {
 }
 
 void PanePainter::fill(const Span& span, int y, const QColor& color) {
-  const double left = std::clamp(view_.textLeft() + span.from, -10.0, 1e5),
-               right = std::clamp(view_.textLeft() + span.to, -10.0, 1e5);
+  const double left = std::clamp(left_ + std::max(span.from, shown_.from), -10.0, 1e5),
+               right = std::clamp(left_ + std::min(span.to, shown_.to), -10.0, 1e5);
   if (right > left) painter_.fillRect(QRectF(left, y, right - left, view_.lineHeight()), color);
+}
+
+void PanePainter::enter(const TextView::Place& place) {
+  left_ = view_.textLeft();
+  begin_ = 0;
+  end_ = text::LinePlace::any;
+  shown_ = {-1e9, 1e9 + static_cast<double>(view_.left)};
+  last_ = true;
+  if (!view_.rows.wraps()) return;
+  last_ = place.row + 1 >= view_.rows.map.rowsOf(place.line);
+  const text::LinePlace begin = view_.rows.begin(place.line, place.row);
+  if (place.row > 0) {
+    left_ += view_.rows.shift(place.line, place.row);
+    begin_ = begin.byte;
+    shown_.from = begin.x;
+  }
+  shown_.to = begin.x + 1e9;
+  if (last_) return;
+  const text::LinePlace end = view_.rows.begin(place.line, place.row + 1);
+  end_ = end.byte;
+  shown_.to = end.x;
 }
 
 std::optional<PanePainter::Span> PanePainter::selectedSpan(std::int64_t line, const Row& row) {
@@ -144,13 +172,14 @@ void PanePainter::paintOtherSelections(const Row& row, int y) {
 
 void PanePainter::paintOtherCarets(const Row& row, int y) {
   for (const Caret& caret : othersIn(row)) {
-    if (caret.caret < row.start || caret.caret > row.start + row.length) continue;
+    const std::int64_t byte = caret.caret - row.start;
+    if (byte < begin_ || byte > row.length || (byte >= end_ && !last_)) continue;
     double width = kCaretWidth;
     if (look_.overtype) {
-      const double here = row.layout.widthAt(caret.caret - row.start);
+      const double here = row.layout.widthAt(byte);
       width = here > 0 ? here : view_.metrics().cell();
     }
-    const double left = std::clamp(std::floor(view_.textLeft() + seenX(row, caret.caret)), -1e6, 1e6);
+    const double left = std::clamp(std::floor(left_ + seenX(row, caret.caret)), -1e6, 1e6);
     paintCaret({static_cast<int>(left), y, std::max(1, static_cast<int>(width)), view_.lineHeight()}, look_.overtype);
   }
 }
@@ -182,35 +211,37 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
   }
 }
 
-void PanePainter::paintRow(std::int64_t line, const QRect& part) {
-  const int y = view_.yOf(line), height = view_.lineHeight();
+void PanePainter::paintRow(const TextView::Place& place, const QRect& part) {
+  const std::int64_t line = place.line.value;
+  const int y = view_.yOf(place), height = view_.lineHeight();
   const LineBack back = view_.state().lineBack ? view_.state().lineBack(LineNo(line)) : LineBack();
   if (part.right() >= view_.margin) {
     const QRect band(view_.margin, y, view_.width, height);
     const Row& row = view_.row(line);
+    enter(place);
     paintBackgrounds(line, row, band, back);
-    const bool preedit = look_.preedit && line == caretLine_;
+    const bool preedit = look_.preedit && place == caretPlace_;
     if (preedit) {
       LineLayout shifted = row.layout;
       const ByteOffset caret = look_.selection.caret;
       const double x = view_.xOf(line, caret) + static_cast<double>(look_.selection.caretVirtual) * view_.metrics().cell();
       shifted.insertGap(caret - row.start, look_.preedit->layout.end().x);
       paintText(row, shifted, line, band);
-      paintPreedit(line, x);
+      paintPreedit(x, y);
     } else {
       paintText(row, row.layout, line, band);
     }
     if (look_.caretOn) paintOtherCarets(row, y);
-    if (look_.caretOn && line == caretLine_) paintCaret(caretRect(view_, look_), look_.overtype && !preedit);
-    if (look_.dropAt && view_.snapshot().lineAt(*look_.dropAt).value == line)
-      painter_.fillRect(QRectF(view_.textLeft() + view_.xOf(line, *look_.dropAt), y, 2, height), color(ColorSlot::Bookmark));
+    if (look_.caretOn && place == caretPlace_) paintCaret(caretRect(view_, look_), look_.overtype && !preedit);
+    if (look_.dropAt && view_.placeOf(*look_.dropAt) == place)
+      painter_.fillRect(QRectF(left_ + view_.xOf(line, *look_.dropAt), y, 2, height), color(ColorSlot::Bookmark));
   }
-  if (view_.margin > 0 && part.left() < view_.margin) paintMargin(line, y, back);
+  if (view_.margin > 0 && part.left() < view_.margin) paintMargin(place, y, back);
   paintRules(y, back);
 }
 
 void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64_t line, const QRect& band) {
-  const double left = view_.textLeft();
+  const double left = left_;
   const double baseline = band.top() + view_.metrics().ascent();
   const auto& plainSlot = view_.state().model->plainSlot;
   const QColor plain = color(plainSlot ? static_cast<ColorSlot>(plainSlot(LineNo(line))) : ColorSlot::Text);
@@ -220,8 +251,13 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
   const std::span<const Caret> others = recolor && row.length > 0 ? othersIn(row) : std::span<const Caret>();
   auto other = others.begin();
   GlyphBatch batch(painter_, view_.metrics().rawFont(), baseline);
-  std::size_t token = 0;
-  for (const LayoutItem& item : layout.items()) {
+  const auto& items = layout.items();
+  const auto before = [](const LayoutItem& i, std::int64_t byte) { return i.byte < byte; };
+  auto token = static_cast<std::size_t>(std::partition_point(row.tokens.begin(), row.tokens.end(),
+                                                             [&](const text::Token& t) { return t.begin + t.length <= begin_; }) -
+                                        row.tokens.begin());
+  for (auto next = std::lower_bound(items.begin(), items.end(), begin_, before); next != items.end() && next->byte < end_; ++next) {
+    const LayoutItem& item = *next;
     if (left + item.x > band.right() + 1) break;
     if (left + item.x + item.width < band.left()) continue;
     while (token < row.tokens.size() && row.tokens[token].begin + row.tokens[token].length <= item.byte) ++token;
@@ -261,7 +297,7 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
     }
   }
   batch.flush();
-  if (view_.state().whiteSpace && (row.whole || layout.end().byte >= row.length)) {
+  if (view_.state().whiteSpace && last_ && (row.whole || layout.end().byte >= row.length)) {
     const text::LineBreak lineBreak = view_.snapshot().lineBreak(LineNo(line));
     if (lineBreak != text::LineBreak::none) {
       const char* name = lineBreak == text::LineBreak::lf ? "LF" : lineBreak == text::LineBreak::cr ? "CR" : "CRLF";
@@ -274,7 +310,7 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
 
 // A box with the name of an invisible character; the box of an invalid byte is filled.
 void PanePainter::paintLabel(const QString& label, const LayoutItem& item, int y) {
-  const QRectF box(view_.textLeft() + item.x + 0.5, y + 1.5, item.width - 1, view_.lineHeight() - 3);
+  const QRectF box(left_ + item.x + 0.5, y + 1.5, item.width - 1, view_.lineHeight() - 3);
   const QColor tag = color(ColorSlot::TagText);
   const QColor ink = mixed(tag, color(ColorSlot::Text), 0.5);
   painter_.setPen(tag);
@@ -286,7 +322,7 @@ void PanePainter::paintLabel(const QString& label, const LayoutItem& item, int y
 }
 
 void PanePainter::paintWhiteSpace(const LayoutItem& item, int y) {
-  const double x = view_.textLeft() + item.x, middle = std::floor(y + view_.lineHeight() * 0.55) + 0.5;
+  const double x = left_ + item.x, middle = std::floor(y + view_.lineHeight() * 0.55) + 0.5;
   const QColor tag = color(ColorSlot::TagText);
   if (item.kind == LayoutItem::oddBlank) {   // an unusual blank: an outline, open at the top
     const double bottom = y + view_.lineHeight() - 3.5, height = view_.lineHeight() * 0.25;
@@ -306,15 +342,16 @@ void PanePainter::paintWhiteSpace(const LayoutItem& item, int y) {
   }
 }
 
-void PanePainter::paintPreedit(std::int64_t line, double x) {
-  const int y = view_.yOf(line);
-  const double left = view_.textLeft() + x, width = look_.preedit->layout.end().x;
+void PanePainter::paintPreedit(double x, int y) {
+  const double left = left_ + x, width = look_.preedit->layout.end().x;
   const Row none;
-  painter_.save();
-  painter_.translate(left - view_.textLeft(), 0);
-  paintText(none, look_.preedit->layout, line,
-            QRect(view_.margin - static_cast<int>(x), y, view_.width + static_cast<int>(x), view_.lineHeight()));
-  painter_.restore();
+  {
+    const double row = std::exchange(left_, left);
+    const auto bytes = std::pair(std::exchange(begin_, 0), std::exchange(end_, text::LinePlace::any));
+    paintText(none, look_.preedit->layout, caretLine_, QRect(view_.margin, y, view_.width, view_.lineHeight()));
+    left_ = row;
+    std::tie(begin_, end_) = bytes;
+  }
   painter_.fillRect(QRectF(left, y + view_.lineHeight() - 2, width, 1), color(ColorSlot::Text));
 }
 
@@ -324,10 +361,12 @@ void PanePainter::paintRules(int y, const LineBack& back) {
   if (back.ruleBelow) painter_.fillRect(rule.translated(0, view_.lineHeight() - 2), back.rule);
 }
 
-void PanePainter::paintMargin(std::int64_t line, int y, const LineBack& back) {
+void PanePainter::paintMargin(const TextView::Place& place, int y, const LineBack& back) {
+  const std::int64_t line = place.line.value;
   const int height = view_.lineHeight();
   painter_.fillRect(QRect(0, y, view_.margin - 1, height), back.line.isValid() ? back.line : color(ColorSlot::LeftMargin));
   painter_.fillRect(QRect(view_.margin - 1, y, 1, height), color(ColorSlot::Divider));
+  if (place.row > 0) return paintContinued(y);
   if (view_.state().model->hasBookmark(LineNo(line))) {
     const double size = std::min(height - 4.0, 10.0), x = 3, top = y + (height - size) / 2;
     QPainterPath ribbon;
@@ -349,24 +388,35 @@ void PanePainter::paintMargin(std::int64_t line, int y, const LineBack& back) {
   }
 }
 
+// The mark of a row that continues its line: an arrow from above to the right.
+void PanePainter::paintContinued(int y) {
+  const double right = view_.margin - 8.5, middle = std::floor(y + view_.lineHeight() * 0.5) + 0.5;
+  const double size = std::max(3.0, view_.lineHeight() / 5.0), left = right - 2.2 * size;
+  painter_.setPen(color(ColorSlot::LineNumbers));
+  painter_.drawPolyline(QPolygonF({QPointF(left, middle - size), QPointF(left, middle), QPointF(right, middle)}));
+  painter_.drawPolyline(QPolygonF({QPointF(right - size * 0.6, middle - size * 0.6), QPointF(right, middle),
+                                   QPointF(right - size * 0.6, middle + size * 0.6)}));
+}
+
 double PanePainter::caretX(TextView& view, const PaneLook& look) {
   const text::SelectionState& s = look.selection;
-  const std::int64_t line = view.snapshot().lineAt(s.caret).value;
-  double x = view.xOf(line, s.caret) + static_cast<double>(s.caretVirtual) * view.metrics().cell();
+  const TextView::Place place = view.placeOf(s.caret);
+  double x = view.shownX(s.caret) + static_cast<double>(s.caretVirtual) * view.metrics().cell();
   if (s.column && view.metrics().fixedPitch())
-    x = view.xOfCell(line, cellOf(*view.state().model, s.caret, s.caretVirtual, view.state().options->tabSize));
+    x = view.xOfCell(place.line.value, cellOf(*view.state().model, s.caret, s.caretVirtual, view.state().options->tabSize)) +
+        view.rows.shift(place.line, place.row);
   return look.preedit ? x + look.preedit->cursorX() : x;
 }
 
 QRect PanePainter::caretRect(TextView& view, const PaneLook& look) {
   const text::SelectionState& s = look.selection;
-  const LineNo line = view.snapshot().lineAt(s.caret);
+  const TextView::Place place = view.placeOf(s.caret);
   const double left = std::clamp(std::floor(view.textLeft() + caretX(view, look)), -1e6, 1e6);
   double width = kCaretWidth;
   if (look.overtype && !look.preedit) {
-    const Row& row = view.row(line.value);
+    const Row& row = view.row(place.line.value);
     const double here = row.layout.widthAt(s.caret - row.start);
     width = here > 0 ? here : view.metrics().cell();
   }
-  return {static_cast<int>(left), view.yOf(line.value), std::max(1, static_cast<int>(width)), view.lineHeight()};
+  return {static_cast<int>(left), view.yOf(place), std::max(1, static_cast<int>(width)), view.lineHeight()};
 }

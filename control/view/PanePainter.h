@@ -35,21 +35,23 @@ class PanePainter {
   PanePainter(QPainter& painter, TextView& view, const PaneLook& look);
   void paint(const QRect& part);
 
-  static double caretX(TextView& view, const PaneLook& look);   // from the start of its line
+  static double caretX(TextView& view, const PaneLook& look);   // from the left edge of its row
   // The caret's rectangle in the pane; in overtype mode as wide as its character.
   static QRect caretRect(TextView& view, const PaneLook& look);
 
  private:
   struct Span {
     double from, to;
-  };   // x from the start of the line
-  void paintRow(std::int64_t line, const QRect& part);
+  };                                          // x from the start of the line
+  void enter(const TextView::Place& place);   // what follows paints this row
+  void paintRow(const TextView::Place& place, const QRect& part);
   void paintBackgrounds(std::int64_t line, const Row& row, const QRect& band, const LineBack& back);
   void paintText(const Row& row, const LineLayout& layout, std::int64_t line, const QRect& band);
   void paintLabel(const QString& label, const LayoutItem& item, int y);
   void paintWhiteSpace(const LayoutItem& item, int y);
-  void paintPreedit(std::int64_t line, double x);
-  void paintMargin(std::int64_t line, int y, const LineBack& back);
+  void paintPreedit(double x, int y);
+  void paintMargin(const TextView::Place& place, int y, const LineBack& back);
+  void paintContinued(int y);
   void paintRules(int y, const LineBack& back);
   void fill(const Span& span, int y, const QColor& color);
   // The selected part of a line; nothing for most lines.
@@ -66,5 +68,12 @@ class PanePainter {
   const PaneLook& look_;
   text::ByteRange selected_;                        // of a stream selection
   std::int64_t caretLine_, firstLine_, lastLine_;   // of caret and selection
-  std::int64_t blockLeft_ = 0, blockRight_ = 0;     // cells of a column selection
+  TextView::Place caretPlace_;
+  // Of the row that is painted: where x 0 of its line would stand, the bytes of the line and the x that it shows, and whether it
+  // shows the line's end.
+  double left_ = 0;
+  std::int64_t begin_ = 0, end_ = 0;
+  Span shown_{};
+  bool last_ = true;
+  std::int64_t blockLeft_ = 0, blockRight_ = 0;   // cells of a column selection
 };

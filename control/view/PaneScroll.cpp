@@ -13,6 +13,7 @@ using text::LineNo;
 namespace {
 constexpr std::int64_t kBarLimit = 1 << 30;   // a scroll bar counts in int
 constexpr std::int64_t kAtOnce = 1 << 20;     // bytes of a line counted without a thread
+constexpr double kUnitsOfALine = 1 << 16;     // of the scroll bar, at most
 constexpr int kFrame = 16;                    // milliseconds between two steps of smooth scrolling
 }   // namespace
 
@@ -29,19 +30,62 @@ void Pane::fit() {
   }
   view_.width = std::max(0, viewport()->width() - view_.margin);
   view_.height = viewport()->height();
-  if (std::max(top_, view_.top) > highestTop()) {   // smooth scrolling may be on its way from below the last page
-    view_.top = highestTop();
-    top_ = std::min(top_, view_.top);
+  fitRows();
+  if (std::max(view_.target, view_.top) > highestTop()) {   // smooth scrolling may be on its way from below the last page
+    view_.top = std::min(view_.top, highestTop());
+    view_.target = std::min(view_.target, highestTop());
     viewport()->update();
   }
+  fitBars();
+}
 
+void Pane::setHidden(LineNo first, LineNo end, bool hidden) {
+  const ByteOffset top = view_.topByte();
+  if (hidden) view_.rows.map.hide(first, end);
+  else view_.rows.map.show(first, end);
+  view_.setTopByte(top);
+  fit();
+  viewport()->update();
+  emit scrolled();
+}
+
+double Pane::rowWidth() const {
+  const double cell = state_.metrics->cell();
+  if (!state_.mayWrap || state_.wrapsNow == WordWrap::off) return 0;
+  if (state_.wrapsNow == WordWrap::column) return state_.wrapColumn * cell;
+  const double room = view_.width - TextView::kPadding - cell;   // behind it the caret has room, and a blank that hangs
+  return std::max(10 * cell, state_.metrics->fixedPitch() ? std::floor(room / cell) * cell : room);
+}
+
+void Pane::fitRows() {
+  if (const double width = rowWidth(); width != view_.rows.width()) {
+    const std::uint64_t revision = state_.model->document().revision();
+    if (kept_.top != view_.top || kept_.revision != revision) kept_.byte = view_.topByte();
+    view_.rows.setWidth(width);
+    view_.forget();
+    view_.forgetWidest();
+    if (state_.wrapsNow == WordWrap::window) view_.left = 0;
+    else view_.widen(width);
+    view_.setTopByte(kept_.byte);
+    kept_.top = view_.top;
+    kept_.revision = revision;
+    viewport()->update();
+  }
+  view_.measureDown(view_.top, view_.height + view_.lineHeight());
+  view_.measureEnd();
+}
+
+void Pane::fitBars() {
   settingBars_ = true;
   QScrollBar* vertical = verticalScrollBar();
   barScale_ = highestTop() / kBarLimit + 1;
-  vertical->setRange(0, static_cast<int>(highestTop() / barScale_));
-  vertical->setPageStep(std::max<int>(1, static_cast<int>(visibleLines() * view_.lineHeight() / barScale_)));
+  barUnit_ = std::min(kUnitsOfALine, static_cast<double>(kBarLimit) / static_cast<double>(view_.rows.map.shownLines()));
+  vertical->setRange(0, barOf(highestTop()));
+  const std::int64_t page = visibleLines() * view_.lineHeight();
+  vertical->setPageStep(
+      std::max<int>(1, view_.rows.wraps() ? barOf(view_.top + page) - barOf(view_.top) : static_cast<int>(page / barScale_)));
   vertical->setSingleStep(std::max<int>(1, static_cast<int>(view_.lineHeight() / barScale_)));
-  vertical->setValue(static_cast<int>(view_.top / barScale_));
+  vertical->setValue(barOf(view_.top));
   QScrollBar* horizontal = horizontalScrollBar();
   horizontal->setRange(0, static_cast<int>(std::min(highestLeft(), kBarLimit)));
   horizontal->setPageStep(std::max(1, view_.width));
@@ -50,20 +94,56 @@ void Pane::fit() {
   settingBars_ = false;
 }
 
+int Pane::barOf(std::int64_t top) {
+  if (!view_.rows.wraps()) return static_cast<int>(top / barScale_);
+  const text::DisplayMap& map = view_.rows.map;
+  if (top >= map.rows() * view_.lineHeight()) return static_cast<int>(static_cast<double>(map.shownLines()) * barUnit_);
+  const TextView::Place place = view_.placeAt(top);
+  const auto rows = static_cast<double>(map.rowsOf(place.line) * view_.lineHeight());
+  const auto within = static_cast<double>(top - view_.topOf({place.line, 0}));
+  return static_cast<int>((static_cast<double>(map.shownAbove(place.line)) + within / rows) * barUnit_);
+}
+
+std::int64_t Pane::topOfBar(int value) {
+  if (value >= verticalScrollBar()->maximum()) return highestTop();
+  if (!view_.rows.wraps()) return value * barScale_;
+  const text::DisplayMap& map = view_.rows.map;
+  const double lines = value / barUnit_, whole = std::floor(lines);
+  const LineNo line = map.shownLine(std::clamp<std::int64_t>(static_cast<std::int64_t>(whole), 0, map.shownLines() - 1));
+  view_.measure(line);
+  const auto rows = static_cast<double>(map.rowsOf(line));
+  return view_.topOf({line, static_cast<std::int64_t>((lines - whole) * rows)});
+}
+
+// Steps go by rows, which in a wrapped text are not all equally far on the bar.
+void Pane::barActed(int action) {
+  if (!view_.rows.wraps()) return;
+  const std::int64_t line = view_.lineHeight(), page = std::max<std::int64_t>(1, visibleLines() - 1) * line;
+  std::int64_t by = 0;
+  if (action == QAbstractSlider::SliderSingleStepAdd) by = line;
+  else if (action == QAbstractSlider::SliderSingleStepSub) by = -line;
+  else if (action == QAbstractSlider::SliderPageStepAdd) by = page;
+  else if (action == QAbstractSlider::SliderPageStepSub) by = -page;
+  if (by == 0) return;
+  showAt(view_.top + by);
+  verticalScrollBar()->setSliderPosition(barOf(view_.top));
+}
+
 std::int64_t Pane::highestTop() const {
-  return std::max<std::int64_t>(0, snapshot().lineCount() - visibleLines()) * view_.lineHeight();
+  return std::max<std::int64_t>(0, view_.rows.map.rows() - visibleLines()) * view_.lineHeight();
 }
 
 std::int64_t Pane::highestLeft() const {
+  if (state_.mayWrap && state_.wrapsNow == WordWrap::window) return 0;
   const double widest = view_.widestSeen() + state_.metrics->cell() * 4;
   return std::max<std::int64_t>(view_.left, static_cast<std::int64_t>(std::ceil(widest)) - view_.width);
 }
 
-qint64 Pane::topLine() const { return (top_ + view_.lineHeight() - 1) / view_.lineHeight(); }
+qint64 Pane::topLine() const { return view_.placeAt(view_.target + view_.lineHeight() - 1).line.value; }
 qint64 Pane::visibleLines() const { return std::max(1, viewport()->height() / view_.lineHeight()); }
 void Pane::setTopLine(qint64 line) {
   const qint64 clipped = std::clamp<qint64>(line, 0, snapshot().lineCount() - 1);
-  scrollTo(clipped * view_.lineHeight(), true);
+  scrollTo(view_.topOf({LineNo(clipped), 0}), true);
 }
 void Pane::scrollColumns(qint64 cells) {
   scrollSideways(view_.left + static_cast<std::int64_t>(static_cast<double>(cells) * state_.metrics->cell()));
@@ -72,45 +152,52 @@ qint64 Pane::leftColumn() const { return static_cast<qint64>(std::ceil(static_ca
 qint64 Pane::visibleColumns() const { return std::max<qint64>(1, static_cast<qint64>(view_.width / state_.metrics->cell())); }
 
 void Pane::scrollTo(std::int64_t top, bool smooth) {
-  top = std::clamp<std::int64_t>(top, 0, highestTop());
-  if (!smooth || !state_.smoothScrolling || !isVisible() || state_.held > 1) {
-    showAt(top);
+  view_.settle(top);
+  view_.target = std::min(view_.target, highestTop());
+  const std::int64_t page = std::max(1, view_.height);
+  const bool far = std::abs(view_.target - view_.top) > 2 * page;
+  if (!smooth || !state_.smoothScrolling || !isVisible() || state_.held > 1 || (far && view_.rows.wraps())) {
+    showAt(view_.target);
     return;
   }
-  top_ = top;
-  if (top_ == view_.top) return;
+  if (view_.target == view_.top) return;
   // Long distances are shortened to the last page.
-  const std::int64_t page = std::max(1, view_.height);
-  if (std::abs(top_ - view_.top) > 2 * page) showAt(top_ > view_.top ? top_ - page : top_ + page);
-  top_ = top;
+  top = view_.target;
+  if (far) showAt(top > view_.top ? top - page : top + page);
+  view_.target = top;
   if (!scrollTimer_.isActive()) scrollTimer_.start(kFrame, Qt::PreciseTimer, this);
 }
 
 void Pane::showAt(std::int64_t top) {
   scrollTimer_.stop();
-  top_ = std::clamp<std::int64_t>(top, 0, highestTop());
-  if (view_.top == top_) return;
-  view_.top = top_;
-  settingBars_ = true;
-  verticalScrollBar()->setValue(static_cast<int>(view_.top / barScale_));
-  settingBars_ = false;
+  view_.settle(top);
+  view_.target = std::min(view_.target, highestTop());
+  if (const bool moved = view_.takeMoved(); view_.top == view_.target && !moved) return;
+  view_.top = view_.target;
+  showTop();
+}
+
+// After view_.top has changed.
+void Pane::showTop() {
+  if (view_.rows.wraps()) {
+    fitBars();
+  } else {
+    settingBars_ = true;
+    verticalScrollBar()->setValue(barOf(view_.top));
+    settingBars_ = false;
+  }
   viewport()->update();
   emit scrolled();
 }
 
 void Pane::stepAnimation() {
-  const std::int64_t way = top_ - view_.top, step = way * 2 / 5;
-  const std::int64_t target = top_;
+  const std::int64_t way = view_.target - view_.top, step = way * 2 / 5;
   if (std::abs(way) <= 2 || step == 0) {
-    showAt(target);
+    showAt(view_.target);
     return;
   }
   view_.top += step;
-  settingBars_ = true;
-  verticalScrollBar()->setValue(static_cast<int>(view_.top / barScale_));
-  settingBars_ = false;
-  viewport()->update();
-  emit scrolled();
+  showTop();
 }
 
 void Pane::scrollSideways(std::int64_t left) {
@@ -127,9 +214,12 @@ void Pane::scrollSideways(std::int64_t left) {
 void Pane::scrollContentsBy(int, int) {
   if (settingBars_) return;
   const QScrollBar* vertical = verticalScrollBar();
-  std::int64_t top = vertical->value() == vertical->maximum() ? highestTop() : vertical->value() * barScale_;
-  if (!state_.smoothScrolling) top -= top % view_.lineHeight();
-  showAt(top);
+  // In a wrapped text a value of the bar stands for many tops.
+  if (!view_.rows.wraps() || vertical->value() != barOf(view_.top)) {
+    std::int64_t top = topOfBar(vertical->value());
+    if (!state_.smoothScrolling) top -= top % view_.lineHeight();
+    showAt(top);
+  }
   scrollSideways(std::min<std::int64_t>(horizontalScrollBar()->value(), highestLeft()));
 }
 
@@ -137,7 +227,7 @@ void Pane::showLineTip() {
   if (!state_.lineToolTips) return;
   QScrollBar* bar = verticalScrollBar();
   // The text follows the slider after this call.
-  const std::int64_t line = bar->sliderPosition() * barScale_ / view_.lineHeight();
+  const std::int64_t line = view_.placeAt(topOfBar(bar->sliderPosition())).line.value;
   const double part = static_cast<double>(bar->sliderPosition()) / std::max(1, bar->maximum());
   const QPoint at = bar->mapToGlobal(QPoint(-90, static_cast<int>(part * (bar->height() - 40))));
   QToolTip::showText(at, tr("Line %L1").arg(line + 1), bar);
@@ -191,14 +281,26 @@ bool Pane::countTo(ByteOffset at, bool mayCancel) {
 }
 
 void Pane::scrollToCaret() {
-  const std::int64_t line = snapshot().lineAt(editor_->selection().caret).value, lines = visibleLines();
-  const std::int64_t y = line * view_.lineHeight();
-  const std::int64_t bottom = top_ + lines * view_.lineHeight() - view_.lineHeight();
-  if (y < top_ || y > bottom) {
-    const std::int64_t page = lines * view_.lineHeight();
-    const bool far = y < top_ - page || y > bottom + page;
-    scrollTo(far ? y - page / 2 : y < top_ ? y : y - bottom + top_, true);
+  const std::int64_t page = visibleLines() * view_.lineHeight(), last = page - view_.lineHeight();
+  const TextView::Place place = view_.placeOf(editor_->selection().caret);
+  const auto isShown = [&] {
+    const std::int64_t y = view_.topOf(place);
+    return y >= view_.target && y <= view_.target + last;
+  };
+  if (view_.rows.wraps()) {
+    view_.measureDown(view_.target, page);
+    view_.measure(place.line);
+    if (!isShown()) {
+      view_.measureUp(place, page);
+      view_.measureDown(view_.topOf(place), page);
+    }
   }
+  if (!isShown()) {
+    const std::int64_t y = view_.topOf(place), bottom = view_.target + last;
+    const bool far = y < view_.target - page || y > bottom + page;
+    scrollTo(far ? y - page / 2 : y < view_.target ? y : y - last, true);
+  }
+  if (view_.rows.wraps() && state_.wrapsNow == WordWrap::window) return;
   const double x = PanePainter::caretX(view_, look()), air = state_.metrics->cell() * 2, jump = view_.width / 4.0;
   view_.widen(x);
   if (x > static_cast<double>(view_.left) + view_.width - air) scrollSideways(static_cast<std::int64_t>(x - view_.width + jump));

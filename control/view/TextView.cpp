@@ -17,20 +17,14 @@ constexpr std::size_t kKeptRows = 1000;
 constexpr std::chrono::milliseconds kMarking{10};   // for the hits of one line, and of all before a paint
 }   // namespace
 
-std::int64_t TextView::lastVisible() const {
-  return std::min(snapshot().lineCount() - 1, (top + std::max(0, height - 1)) / lineHeight());
-}
-
-std::int64_t TextView::lineAtY(int y) const {
-  return std::clamp<std::int64_t>((top + y) / lineHeight(), 0, snapshot().lineCount() - 1);
-}
-
-int TextView::yOf(std::int64_t line) const {
-  return static_cast<int>(std::clamp<std::int64_t>(line * lineHeight() - top, -100000, 100000));
-}
-
 const Row& TextView::row(std::int64_t line) {
-  if (const auto it = rows_.find(line); it != rows_.end()) return it->second;
+  if (const auto it = rows_.find(line); it != rows_.end()) {
+    if (it->second.whole || !rows.wraps()) return it->second;
+    std::int64_t first = 0, last = 0;
+    visibleRows(line, &first, &last);
+    if (first >= it->second.firstRow && last <= it->second.lastRow) return it->second;
+    rows_.erase(it);
+  }
   if (rows_.size() >= kKeptRows) rows_.clear();
   Row& row = rows_[line];
   layOut(row, line);
@@ -76,10 +70,11 @@ void TextView::layOut(Row& row, std::int64_t line) {
   row.length = end - row.start;
   if (row.length < text::LineMaps::kLong) {
     row.layout = LineLayout(snapshot().bytes({row.start, end}), true, {}, metrics(), tab, 1e300);
-    widen(row.layout.end().x);
+    if (!rows.wraps()) widen(row.layout.end().x);
     return;
   }
   row.whole = false;
+  if (rows.wraps()) return layOutWrapped(row, number);
   row.counted = state_.line(number).reach(text::LinePlace::atX(static_cast<double>(left) / state_.unit()), kPaintBudget);
   if (!row.counted) {
     exact_ = false;
@@ -127,8 +122,9 @@ double TextView::xOfCell(std::int64_t line, std::int64_t cell) {
 }
 
 std::int64_t TextView::cellAt(const QPoint& point) {
-  const double x = std::max(0.0, point.x() - textLeft());
-  const std::int64_t line = lineAtY(point.y());
+  const Place place = placeAtY(point.y());
+  const double x = lineX(place, std::max(0.0, point.x() - textLeft()));
+  const std::int64_t line = place.line.value;
   if (metrics().fixedPitch()) return static_cast<std::int64_t>(std::floor(x / metrics().cell() + 0.5));
   const ByteOffset at = offsetAt(point), end = snapshot().lineEnd(LineNo(line));
   std::int64_t beyond = 0;
@@ -137,16 +133,21 @@ std::int64_t TextView::cellAt(const QPoint& point) {
 }
 
 QPoint TextView::pointOf(ByteOffset offset) {
-  const std::int64_t line = snapshot().lineAt(offset).value;
-  const double x = textLeft() + xOf(line, offset);
-  return {static_cast<int>(std::clamp(x, -1e8, 1e8)), yOf(line)};
+  const double x = textLeft() + shownX(offset);
+  return {static_cast<int>(std::clamp(x, -1e8, 1e8)), yOf(placeOf(offset))};
 }
 
 ByteOffset TextView::offsetAt(const QPoint& point, bool inside) {
-  const std::int64_t line = lineAtY(point.y());
+  const Place place = placeAtY(point.y());
+  const std::int64_t line = place.line.value;
   const Row& r = row(line);
-  const double x = point.x() - textLeft();
-  if (r.whole || (x >= r.layout.begin().x && x < r.layout.end().x)) return r.start + r.layout.byteAt(x, inside);
+  const double x = lineX(place, point.x() - textLeft());
+  if (r.whole || (x >= r.layout.begin().x && x < r.layout.end().x)) {
+    const std::int64_t byte = r.layout.byteAt(x, inside);
+    if (!rows.wraps()) return r.start + byte;
+    const std::int64_t from = rows.begin(place.line, place.row).byte;
+    return r.start + std::clamp(byte, from, std::max(from, rows.lastByte(place.line, place.row)));
+  }
   const int tab = state_.options->tabSize;
   const text::LinePlace from = placeBefore(LineNo(line), x);
   for (std::int64_t length = 8 * 1024;; length *= 2) {
@@ -158,45 +159,56 @@ ByteOffset TextView::offsetAt(const QPoint& point, bool inside) {
 
 bool TextView::overText(const QPoint& point) {
   const double x = point.x() - textLeft();
-  const std::int64_t y = top + point.y();
-  if (x < 0 || y < 0 || y / lineHeight() >= snapshot().lineCount()) return false;
-  const std::int64_t line = y / lineHeight();
-  return x < row(line).layout.end().x;
+  if (x < 0 || top + point.y() < 0 || belowText(point.y())) return false;
+  const Place place = placeAtY(point.y());
+  if (!rows.wraps()) return x < row(place.line.value).layout.end().x;
+  const double shift = rows.shift(place.line, place.row);
+  return x - shift >= rows.begin(place.line, place.row).x && x - shift < rows.begin(place.line, place.row + 1).x;
 }
 
 text::LineState TextView::stateOf(std::int64_t line) const {
-  const std::int64_t i = line - statesTop_;
-  const bool known =
-      i >= 0 && i < static_cast<std::int64_t>(states_.size()) && statesRevision_ == state_.model->document().revision();
-  return known ? states_[static_cast<std::size_t>(i)] : state_.model->stateAt(LineNo(line), kPaintBudget);
+  const auto it =
+      std::lower_bound(states_.begin(), states_.end(), line, [](const auto& known, std::int64_t l) { return known.first < l; });
+  const bool known = it != states_.end() && it->first == line && statesRevision_ == state_.model->document().revision();
+  return known ? it->second : state_.model->stateAt(LineNo(line), kPaintBudget);
 }
 
 std::vector<std::int64_t> TextView::findStates() {
   const text::Highlighter* highlighter = state_.colorSyntax ? state_.model->highlighter() : nullptr;
   const std::int64_t first = firstVisible(), last = lastVisible();
-  std::vector<text::LineState> now;
+  std::vector<std::pair<std::int64_t, text::LineState>> now;
   exact_ = true;
   marking_ = {};
   if (highlighter) {
     text::LineState state = state_.model->stateAt(LineNo(first), kPaintBudget, &exact_);
-    for (std::int64_t line = first; line <= last; ++line) {
-      now.push_back(state);
+    for (std::int64_t line = first, next = first; line <= last; line = next) {
+      now.emplace_back(line, state);
+      next = rows.map.shownFrom(LineNo(line + 1)).value;
       const ByteOffset start = snapshot().lineStart(LineNo(line)), end = snapshot().lineEnd(LineNo(line));
-      if (end - start <= text::LongColors::kLong) {
+      if (next == line + 1 && end - start <= text::LongColors::kLong) {
         state = highlighter->scanLine(snapshot().bytes({start, end}), state, nullptr);
-      } else if (line < last) {
+      } else if (next <= last) {
         bool exact = true;
-        state = state_.model->stateAt(LineNo(line + 1), kPaintBudget, &exact);
+        state = state_.model->stateAt(LineNo(next), kPaintBudget, &exact);
         exact_ = exact_ && exact;
       }
     }
   }
   std::vector<std::int64_t> differing;
-  for (std::int64_t line = std::max(first, statesTop_); line <= std::min(last, statesBottom_); ++line) {
-    const auto before = static_cast<std::size_t>(line - statesTop_), after = static_cast<std::size_t>(line - first);
-    const bool same =
-        before < states_.size() && after < now.size() ? states_[before] == now[after] : states_.empty() && now.empty();
-    if (!same) differing.push_back(line);
+  auto before = states_.begin(), after = now.begin();
+  if (states_.empty() != now.empty()) {   // colours came or went
+    const std::int64_t end = std::min(last, statesBottom_);
+    for (LineNo line = rows.map.shownFrom(LineNo(std::max(first, statesTop_))); line.value <= end;
+         line = rows.map.shownFrom(line + 1))
+      differing.push_back(line.value);
+  }
+  while (before != states_.end() && after != now.end()) {
+    if (before->first < after->first) ++before;
+    else if (after->first < before->first) ++after;
+    else {
+      if (!(before->second == after->second)) differing.push_back(after->first);
+      ++before, ++after;
+    }
   }
   for (const std::int64_t line : differing) rows_.erase(line);
   for (const auto& [line, row] : rows_) exact_ = exact_ && row.colored && row.counted;
@@ -211,6 +223,7 @@ bool TextView::goOnColoring() {
   bool exact = true;
   state_.model->stateAt(LineNo(lastVisible()), kIdleBudget, &exact);
   for (auto& [line, row] : rows_) {
+    if (!row.counted && rows.wraps()) return rows.reach(LineNo(line), row.lastRow + 1, kIdleBudget);
     const text::LinePlace seen = text::LinePlace::atX(static_cast<double>(left) / state_.unit());
     if (!row.counted) return state_.line(LineNo(line)).reach(seen, kIdleBudget);
     if (row.colored) continue;

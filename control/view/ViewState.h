@@ -13,6 +13,10 @@
 #include "text/find/Finder.h"
 #include "text/line/LineMap.h"
 
+// The numbers are stored in the settings.
+enum class WordWrap { off = 0, window = 1, column = 2 };
+inline constexpr int kLeastWrapColumn = 10, kMostWrapColumn = 1000;
+
 struct ViewState {
   std::shared_ptr<TextModel> model;
   std::shared_ptr<EditOptions> options;
@@ -30,6 +34,10 @@ struct ViewState {
 
   bool hScrollBar = true, vScrollBar = true, smoothScrolling = true, lineToolTips = true, leftMargin = true;
   bool colorSyntax = true, whiteSpace = false;
+  WordWrap wordWrap = WordWrap::off;                // as the options say
+  WordWrap wrapsNow = WordWrap::off;                // as the user has switched it since
+  int wrapColumn = 80;                              // kLeastWrapColumn to kMostWrapColumn
+  bool mayWrap = true;                              // false: each line is one row, whatever else is said
   std::function<LineBack(text::LineNo)> lineBack;   // null: nothing
   std::optional<text::Finder> hits;                 // matches to mark in the visible text
 

@@ -103,9 +103,13 @@ LinePlace LineRows::begin(LineMap& line, std::int64_t row) const {
     if (row > static_cast<std::int64_t>(starts_.size())) return line.at(LinePlace::atByte(line.length()));
     return starts_[static_cast<std::size_t>(row - 1)];
   }
-  const double x = first_ + static_cast<double>(row - 1) * step_;
+  const double x = xOfRow(row);
   const LinePlace place = line.at(LinePlace::atX(x));
   return place.x < x && place.byte < line.length() ? line.behind(place) : place;
+}
+
+bool LineRows::reach(LineMap& line, std::int64_t row, std::int64_t budget) const {
+  return line.reach(LinePlace::atX(xOfRow(row)), budget);
 }
 
 std::int64_t LineRows::rowAt(LineMap& line, std::int64_t byte) const {

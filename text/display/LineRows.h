@@ -22,11 +22,14 @@ class LineRows {
   double indent() const { return indent_; }   // of the rows behind the first one
   std::int64_t count(LineMap& line) const;
   LinePlace begin(LineMap& line, std::int64_t row) const;   // of the row behind the last one: the line's end
+  // True when all before the row has been counted; counts about `budget` bytes before it gives up.
+  bool reach(LineMap& line, std::int64_t row, std::int64_t budget) const;
   std::int64_t rowAt(LineMap& line, std::int64_t byte) const;
 
  private:
   bool isLong() const { return step_ > 0; }
   std::int64_t rowAtX(double x) const;
+  double xOfRow(std::int64_t row) const { return row <= 0 ? 0 : first_ + static_cast<double>(row - 1) * step_; }
 
   std::vector<LinePlace> starts_;   // of the rows behind the first one; of a line that is not long
   double indent_ = 0;
