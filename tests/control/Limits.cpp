@@ -37,9 +37,8 @@ class Limits : public PaneFixture {
       viewport()->grab();
       costs.push_back(spentMs() - before);
     };
-    for (const auto& [line, column] :
-         {std::pair<qint64, qint64>{0, 0}, {control.LineCount() / 2, 5}, {control.LineCount() - 1, 0}}) {
-      timed([&] { control.SetSel({line, column, line, column, false}); });
+    for (const CmPosition& at : {CmPosition{0, 0}, {control.LineCount() / 2, 5}, {control.LineCount() - 1, 0}}) {
+      timed([&] { control.SetSel({at.LineNo, at.ColNo, at.LineNo, at.ColNo, false}); });
       for (int i = 0; i < 5; ++i) timed([&] { key(Qt::Key_A, {}, u"a"_s); });
       timed([&] { key(Qt::Key_Return, {}, u"\r"_s); });
       timed([&] { key(Qt::Key_End); });
