@@ -240,7 +240,13 @@ std::string EditorAccess::incoming(Editor& e, QStringView text, LineNo line) {
 std::string EditorAccess::indentOf(const Snapshot& text, LineNo line) {
   std::string indent;
   const ByteOffset end = text.lineEnd(line);
-  for (ByteOffset at = text.lineStart(line); at < end && (text.at(at) == ' ' || text.at(at) == '\t'); ++at) indent += text.at(at);
+  for (ByteOffset at = text.lineStart(line); at < end;) {
+    const std::string_view chunk = text.chunkAt(at).substr(0, static_cast<std::size_t>(end - at));
+    const std::size_t blanks = std::min(chunk.find_first_not_of(" \t"), chunk.size());
+    indent += chunk.substr(0, blanks);
+    if (blanks < chunk.size()) break;
+    at += static_cast<std::int64_t>(chunk.size());
+  }
   return indent;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tests/control/EditorFixture.h"
+#include "tests/support/Cost.h"
 #include "tests/text/RandomText.h"
 
 using text::ByteOffset;
@@ -126,6 +127,26 @@ TEST(Carets, ManyAreOneStepToo) {
   f.run("REDO");
   EXPECT_EQ(f.bytes(), typed);
   EXPECT_EQ(f.editor.selection().caret, ByteOffset(7 * 5 + 3)) << "the main one";
+}
+
+TEST(Carets, AHundredThousandStayUsable) {
+  constexpr std::int64_t kLines = 100000, kLine = 24;
+  CaretsFixture f("|");
+  std::string text;
+  std::vector<Caret> list;
+  for (std::int64_t line = 0; line < kLines; ++line) {
+    text += "  signal_a <= signal_b;\n";
+    list.push_back({ByteOffset(kLine * line + 5), ByteOffset(kLine * line + 5)});
+  }
+  f.model->replaceAll(text::Snapshot(std::move(text)), {});
+  carets::set(f.editor, std::move(list), 0);
+  for (const char* command : {"INSERTCHAR", "DELETEBACK", "CHARRIGHT", "LINEUP", "UNDO"}) {
+    const double before = spentMs();
+    f.run(command, QStringLiteral("x"));
+    const double cost = spentMs() - before;
+    EXPECT_LT(cost, kSanitized ? 5000 : 200) << command;
+  }
+  EXPECT_EQ(carets::count(f.editor), static_cast<std::size_t>(kLines));
 }
 
 TEST(Carets, CopiesGoBackPieceByPiece) {
