@@ -65,7 +65,7 @@ constexpr P kProperties[] = {
      "txtIinout", TEXT("Bot&h"), TEXT("Perfrom an Outdent, then an indent on these words"), P::indentBox, 2, 2,
      &CmLanguage::BlockMid},
     {"Folding", &clsLang::Folding, P::list,
-     "txtFolding", TEXT("Fol&ding"),
+     "txtFolding", TEXT("Foldin&g"),
      TEXT("Which words belong together: pair fork join; unit module; layer #if / #else / #endif; region //{ //}"), P::indentBox, 4, 1,
      &CmLanguage::Folding},
 };
