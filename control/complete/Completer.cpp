@@ -298,6 +298,7 @@ void Completer::accept(int row) {
   if (row < 0 || row >= static_cast<int>(rows_.size())) return hide();
   const Row chosen = rows_[static_cast<std::size_t>(row)];
   const text::ByteRange typed = question_.typed;
+  const std::string typedBytes = question_.typedBytes;
   const QString typedBefore = typedText();
   hide();
   taken().order[chosen.word.text] = ++taken().last;
@@ -315,8 +316,8 @@ void Completer::accept(int row) {
   QString rest = chosen.word.text;
   if (rest.startsWith(typedBefore)) rest.remove(0, typedBefore.size());
   else
-    for (qsizetype steps = typedBefore.size(); steps > 0 && editor.selection().caret > typed.begin; --steps)
-      control_.ExecuteCmd(Cmd::DELETEBACK);
+    for (std::string_view left = typedBytes; !left.empty(); left.remove_prefix(static_cast<std::size_t>(text::clusterLength(left))))
+      control_.ExecuteCmd(Cmd::DELETEBACK);   // at each caret
   editor.typeText(rest);
   editor.overtype = overtype;
 }

@@ -1,8 +1,12 @@
 // Deleting, clipboard, undo and inserting.
+#include <QCoreApplication>
 #include <algorithm>
+#include <cctype>
 
 #include "control/edit/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
+#include "control/edit/PasteHistory.h"
+#include "text/line/Chars.h"
 #include "text/line/Words.h"
 
 using namespace text;
@@ -53,8 +57,12 @@ void toClipboard(Editor& e, QString text, bool block) {
     all.block = all.block && block;
     all.text += (all.block ? QStringLiteral("\n") : QString()) + text;
   }
-  if (impl.gathersCuts) impl.cuts = std::move(all);
-  else e.host().setClipboard(all.text, all.block);
+  if (impl.gathersCuts) {
+    impl.cuts = std::move(all);
+    return;
+  }
+  pasteHistory().add({all.text, all.block});
+  e.host().setClipboard(all.text, all.block);
 }
 
 void deleteForward(Editor& e, const QVariant&) {
@@ -66,6 +74,7 @@ void deleteForward(Editor& e, const QVariant&) {
 void deleteBack(Editor& e, const QVariant&) {
   const ByteOffset caret = e.selection().caret;
   if (e.selection().column && !e.hasSelection()) return deleteColumnBeside(e, false);
+  if (autoClose::deletePair(e)) return;
   deleteRange(e, {previousChar(e.snapshot(), caret), caret}, Join::deleting);
 }
 
@@ -147,6 +156,54 @@ void paste(Editor& e, const QVariant&) {
   }
   if (block || (e.selection().column && text.contains(u'\n'))) e.insertBlock(text);
   else e.replaceSelection(text);
+}
+
+void pasteFromHistory(Editor& e, const QVariant& argument) {
+  const auto& texts = pasteHistory().texts();
+  const qlonglong number = argument.toLongLong();
+  if (texts.empty()) return e.host().note(QCoreApplication::translate("Editor", "Nothing was copied yet"));
+  if (number < 1) return e.host().offerPasteHistory();
+  if (number > static_cast<qlonglong>(texts.size())) return;
+  const CopiedText chosen = texts[static_cast<std::size_t>(number - 1)];
+  if (carets::several(e)) carets::atEach(e, [&] { e.replaceSelection(chosen.text); });
+  else if (chosen.block) e.insertBlock(chosen.text);
+  else e.replaceSelection(chosen.text);
+}
+
+// The characters of the number, written in hexadecimal, perhaps behind "U+"; none for what is no character that a line may hold.
+static std::string characterOf(QString number) {
+  if (number.startsWith(QLatin1String("U+"), Qt::CaseInsensitive)) number.remove(0, 2);
+  bool valid = false;
+  const uint code = number.size() > 6 ? 0 : number.toUInt(&valid, 16);
+  if (!valid || (code < 0x20 && code != '\t') || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return {};
+  return encode(code);
+}
+
+// Without an argument: the number is selected, or stands before the caret.
+void insertUnicode(Editor& e, const QVariant& argument) {
+  if (EditorAccess::isGuarded(e)) return;
+  ByteRange range = e.selectedRange();
+  std::string character = characterOf(argument.toString().trimmed());
+  if (argument.toString().isEmpty() && !e.selection().column) {
+    const ByteOffset caret = range.end, start = std::max(lineStart(e, caret), caret - 8);
+    const std::string before = e.snapshot().bytes({start, caret});
+    if (!range.empty()) {
+      character = range.length() > 8 ? std::string() : characterOf(toQString(e.snapshot().bytes(range)));
+    } else {
+      const auto digits = std::find_if_not(before.rbegin(), before.rend(), [](unsigned char c) { return std::isxdigit(c); });
+      std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(digits - before.rbegin()), 6);
+      while (length > 0 && (character = characterOf(toQString(std::string_view(before).substr(before.size() - length)))).empty())
+        --length;
+      std::string_view rest = std::string_view(before).substr(0, before.size() - length);
+      if (rest.ends_with("U+") || rest.ends_with("u+")) length += 2;
+      range.begin = caret - static_cast<std::int64_t>(length);
+    }
+  }
+  if (character.empty())
+    return e.host().note(
+        QCoreApplication::translate("Editor", "Write the number of the character in hexadecimal first, such as 20AC"));
+  if (e.selection().column) e.replaceSelection(toQString(character));
+  else EditorAccess::put(e, range, character);
 }
 
 void insertChar(Editor& e, const QVariant& argument) {

@@ -28,6 +28,41 @@ void openLine(Editor& e, bool below) {
     EditorAccess::noteAutoBlanks(e, indent.size(), {edit.range, newLine}, before);
 }
 
+SelectionState shifted(SelectionState s, std::int64_t by) {
+  s.anchor += by;
+  s.caret += by;
+  return s;
+}
+
+// Swaps the selected lines with the line above or below. That one moves, so that what the selected lines carry stays with them.
+void moveLines(Editor& e, bool up) {
+  const Snapshot text = e.snapshot();
+  const LineRange lines = e.selectedLines();
+  const LineNo first(lines.first), last(lines.end - 1), other(up ? lines.first - 1 : lines.end);
+  if (other.value < 0 || other.value >= text.lineCount() || e.document().readOnly()) return;
+  // The end of the text behind the last line break is no line to swap with.
+  const LineNo lowest = up ? last : other;
+  if (text.lineStart(lowest) == text.size()) return;
+  const ByteRange body{text.lineStart(other), text.lineEnd(other)};
+  const std::string moved = text.bytes(body);
+  const bool marked = e.model().hasBookmark(other);
+  if (marked) e.model().setBookmark(other, false);
+  std::int64_t by;
+  std::vector<Edit> edits;
+  if (up) {
+    edits.push_back({{body.begin, text.lineStart(first)}, {}});
+    edits.push_back({{text.lineEnd(last), text.lineEnd(last)}, std::string(breakBytes(text.lineBreak(other))) + moved});
+    by = body.begin - text.lineStart(first);
+  } else {
+    const std::string lineBreak(breakBytes(text.lineBreak(last)));
+    edits.push_back({{text.lineStart(first), text.lineStart(first)}, moved + lineBreak});
+    edits.push_back({{text.lineEnd(last), body.end}, {}});
+    by = static_cast<std::int64_t>(moved.size() + lineBreak.size());
+  }
+  if (EditorAccess::change(e, edits, shifted(e.selection(), by)) && marked)
+    e.model().setBookmark(LineNo(up ? last.value : first.value), true);
+}
+
 }   // namespace
 
 ByteRange wholeLines(const Snapshot& text, LineNo first, LineNo last) {
@@ -67,6 +102,19 @@ void lineTranspose(Editor& e, const QVariant&) {
   const Edit edit{{upper.begin, lower.end}, text.bytes(lower) + text.bytes({upper.end, lower.begin}) + text.bytes(upper)};
   SelectionState after;
   after.anchor = after.caret = e.selection().caret + (lower.end - upper.end);
+  EditorAccess::change(e, std::span(&edit, 1), after);
+}
+
+void linesMoveUp(Editor& e, const QVariant&) { moveLines(e, true); }
+void linesMoveDown(Editor& e, const QVariant&) { moveLines(e, false); }
+
+void linesDuplicate(Editor& e, const QVariant&) {
+  const Snapshot& text = e.snapshot();
+  const LineRange lines = e.selectedLines();
+  const LineNo last(lines.end - 1);
+  const ByteOffset end = text.lineEnd(last);
+  Edit edit{{end, end}, e.model().newLineFor(last) + text.bytes({text.lineStart(LineNo(lines.first)), end})};
+  const SelectionState after = shifted(e.selection(), static_cast<std::int64_t>(edit.text.size()));
   EditorAccess::change(e, std::span(&edit, 1), after);
 }
 

@@ -17,6 +17,7 @@
 #include "control/edit/CommandFunctions.h"
 #include "control/edit/CommandTable.h"
 #include "control/edit/EditorAccess.h"
+#include "control/edit/PasteHistory.h"
 #include "control/edit/TextMime.h"
 #include "control/find/UsersSearch.h"
 #include "control/keys/KeyMacro.h"
@@ -75,6 +76,7 @@ SearchState& usersSearch() {
 Editor::Editor(std::shared_ptr<TextModel> model, std::shared_ptr<EditOptions> options, EditorHost* host)
     : model_(std::move(model)), options_(std::move(options)), host_(host), impl_(new Impl) {
   QObject::connect(model_.get(), &TextModel::changed, &impl_->context, [this](const Change& change) {
+    autoClose::textChanged(*this, change);
     if (!impl_->others.empty() && !impl_->placed) EditorAccess::follow(*this, change);
     if (impl_->ownChange > 0) return;
     SelectionState s = selection_;
@@ -185,6 +187,7 @@ void EditorAccess::place(Editor& e, SelectionState s, std::optional<std::int64_t
   if (!e.impl_->others.empty()) settle(e, s, goal);
   if (s == e.selection_) return;
   e.selection_ = s;
+  if (!e.impl_->pairs.empty()) autoClose::caretMoved(e);
   if (e.onSelectionChanged) e.onSelectionChanged();
 }
 
@@ -450,5 +453,7 @@ void EditorAccess::run(Editor& e, const Command& command, const QVariant& argume
     runOnce();
     if (impl.pass > 0 && state() == before) break;   // nothing changes any more; the first pass may have found its word done
   }
-  if (impl.cuts) e.host().setClipboard(impl.cuts->text, impl.cuts->block);
+  if (!impl.cuts) return;
+  pasteHistory().add({impl.cuts->text, impl.cuts->block});
+  e.host().setClipboard(impl.cuts->text, impl.cuts->block);
 }

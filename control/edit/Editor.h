@@ -51,6 +51,7 @@ class EditorHost {
   virtual void toggleWordWrap() {}
   virtual void showFindDialog(bool replace) { (void)replace; }
   virtual void hideFindDialog() {}
+  virtual void offerPasteHistory() {}       // the texts that were copied, to choose one
   virtual void offerCompletion() {}         // the list of words beside the caret
   virtual void note(const QString& text);   // "12 replaced", "wrapped": the status text
   // Runs long work and returns when it is done; in a window the user can cancel it (LongWork.h).

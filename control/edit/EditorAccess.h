@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/Program.h"
+#include "control/edit/AutoClose.h"
 #include "control/edit/CaretRun.h"
 #include "control/edit/Carets.h"
 #include "control/edit/ColumnBlock.h"
@@ -44,6 +45,7 @@ struct Editor::Impl {
     text::ByteOffset to{-1};
     CaretMove how = CaretMove::usual;
   } moved;                                  // by the last command, or whoever noted it
+  std::vector<AutoPair> pairs;              // whose closer the editor put in
   bool columnMode = false;                  // extending the selection makes a column selection
   std::unique_ptr<text::Finder> searcher;   // of the last search, with its key
   std::pair<std::string, text::SearchOptions> searcherKey;

@@ -146,6 +146,7 @@ bool Editor::newLine() {
     carets::atEach(*this, [this] { newLine(); });
     return true;
   }
+  if (autoClose::breakPair(*this)) return true;
   std::optional<UndoGroup> group;
   if (selection_.column) {
     group.emplace(document());

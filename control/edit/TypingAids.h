@@ -16,6 +16,8 @@ enum class CompletionKeys {
 struct TypingAids {
   bool completeTyped = false;   // the list of words appears while the user types
   int completionKeys = 0;       // CompletionKeys
+  bool closeBrackets = false;   // a typed bracket or quotation mark gets its closer
+  bool surround = false;        // ... and goes around a selection with it
   bool operator==(const TypingAids&) const = default;
   static TypingAids usual();
 

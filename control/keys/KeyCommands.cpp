@@ -111,6 +111,17 @@ constexpr auto kKeyRows = std::to_array<Command>({
     {1046, "CARETSEND", CommandArgument::none, false, "", "Ends all carets but the one used last.", commandFunctions::caretsEnd},
     {1060, "COMPLETEWORD", CommandArgument::none, false, "Ctrl+Space; Alt+/",
      "Shows the words that the word before the caret may become.", completeWord},
+    {1061, "LINESMOVEUP", CommandArgument::none, true, "Ctrl+Shift+PgUp",
+     "Moves the line of the caret or the selected lines one line up.", commandFunctions::linesMoveUp},
+    {1062, "LINESMOVEDOWN", CommandArgument::none, true, "Ctrl+Shift+PgDown",
+     "Moves the line of the caret or the selected lines one line down.", commandFunctions::linesMoveDown},
+    {1063, "LINESDUPLICATE", CommandArgument::none, true, "Ctrl+Shift+D",
+     "Copies the line of the caret or the selected lines below themselves.", commandFunctions::linesDuplicate, AtCarets::each},
+    {1064, "INSERTUNICODE", CommandArgument::text, false, "Alt+X",
+     "Inserts the character of a hexadecimal number: of the argument, else of the selection or what stands before the caret.",
+     commandFunctions::insertUnicode, AtCarets::each},
+    {1065, "PASTEHISTORY", CommandArgument::number, false, "Ctrl+Shift+V",
+     "Pastes the n-th last text that was copied (from 1), or shows these texts to choose one.", commandFunctions::pasteFromHistory},
 });
 static_assert(std::ranges::adjacent_find(kKeyRows, std::ranges::greater_equal{}, &Command::id) == kKeyRows.end(),
               "the rows ascend by number; numbers may be missing");

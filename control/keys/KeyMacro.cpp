@@ -163,7 +163,8 @@ void KeyMacros::noteCommand(Editor& editor, int id, const QVariant& argument) {
   const Command* command = anyCommandById(id);
   // Commands that show a window or control the recording are not replayed.
   if (!recording_ || !command || recorded_.steps.size() >= kMostSteps ||
-      isOneOf(*command, {"MACRORECORD", "MACROPLAY", "FIND", "FINDREPLACE", "COMPLETEWORD"}))
+      isOneOf(*command, {"MACRORECORD", "MACROPLAY", "FIND", "FINDREPLACE", "COMPLETEWORD"}) ||
+      (isOneOf(*command, {"PASTEHISTORY"}) && !argument.isValid()))
     return;
   const auto noteText = [this](const char* setter, QString& noted, const QString& now) {
     if (noted == now && !noted.isNull()) return;

@@ -61,6 +61,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void toggleWordWrap() override;
   void showFindDialog(bool replace) override;
   void hideFindDialog() override;
+  void offerPasteHistory() override;
   void offerCompletion() override { emit completionWanted(); }
   void note(const QString& text) override;
   void work(std::int64_t bytes, const std::function<void(text::SearchControl&)>& work) override;

@@ -7,10 +7,13 @@
 #include <QMenu>
 #include <utility>
 
+#include "base/Strings.h"
 #include "base/dialog/Memory.h"
 #include "base/dialog/TypedKeys.h"
 #include "bridge/LongWork.h"
+#include "control/edit/AutoClose.h"
 #include "control/edit/Carets.h"
+#include "control/edit/PasteHistory.h"
 #include "control/edit/TextMime.h"
 #include "control/keys/KeyCommands.h"
 #include "control/keys/KeyMacro.h"
@@ -68,7 +71,7 @@ void Pane::type(const QString& text) {
   if (text.isEmpty()) return;
   {
     const Action action(*this);
-    if (!editor_->typeText(text)) return;
+    if (!autoClose::type(*editor_, text) && !editor_->typeText(text)) return;
     showCaret();
   }
   emit typed();
@@ -138,6 +141,23 @@ void Pane::keyPressed(QKeyEvent* event) {
     return;
   }
   event->ignore();
+}
+
+void Pane::offerPasteHistory() {
+  auto* menu = new QMenu(this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  constexpr int kShown = 60;   // characters
+  int number = 0;
+  for (const CopiedText& copied : pasteHistory().texts()) {
+    QString line = plainForDisplay(copied.text.simplified(), kShown);
+    line.replace(u'&', QStringLiteral("&&"));
+    const QString key = ++number < 10 ? QStringLiteral("&%1  ").arg(number) : QStringLiteral("%1  ").arg(number);
+    menu->addAction(key + line, this, [this, copied] {
+      setClipboard(copied.text, copied.block);
+      asked([this] { runCommand(static_cast<int>(Cmd::PASTE), {}); });
+    });
+  }
+  menu->popup(viewport()->mapToGlobal(caretRect().bottomLeft()));
 }
 
 // --- Input methods ----------------------------------------------------------------------------------------------------------

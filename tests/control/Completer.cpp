@@ -15,6 +15,9 @@ namespace {
 class CompleterTest : public PaneFixture {
  public:
   CompleterTest() {
+    TypingAids aids;
+    aids.completeTyped = true;
+    control.setAids(aids);
     control.activateWindow();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&control));
     pane()->setFocus();
