@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "control/code/LanguageTable.h"
 #include "tests/control/EditorFixture.h"
 #include "tests/support/Cost.h"
 #include "tests/text/RandomText.h"
@@ -147,6 +148,21 @@ TEST(Carets, AHundredThousandStayUsable) {
     EXPECT_LT(cost, kSanitized ? 5000 : 200) << command;
   }
   EXPECT_EQ(carets::count(f.editor), static_cast<std::size_t>(kLines));
+}
+
+TEST(Carets, ClosersStepBackAtEach) {
+  CmLanguage language;
+  language.BlockStart = QStringLiteral("begin\n");
+  language.BlockEnd = QStringLiteral("end\n");
+  LanguageTable::registerLanguage(QStringLiteral("Blocks"), language);
+  CaretsFixture f("begin\n\ta;\n\ten|\nx\nbegin\n\tb;\n\ten|\n");
+  f.options->autoIndent = AutoIndent::language;
+  f.model->setLanguage(QStringLiteral("Blocks"));
+  f.editor.typeText(QStringLiteral("d"));
+  EXPECT_EQ(f.shownAll(), "begin\n\ta;\nend|\nx\nbegin\n\tb;\nend|\n");
+  f.run("UNDO");
+  EXPECT_EQ(f.shownAll(), "begin\n\ta;\n\ten|\nx\nbegin\n\tb;\n\ten|\n") << "one step, with the carets";
+  LanguageTable::unregisterLanguage(QStringLiteral("Blocks"));
 }
 
 TEST(Carets, CopiesGoBackPieceByPiece) {
