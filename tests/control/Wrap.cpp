@@ -179,6 +179,10 @@ TEST_F(Wrap, CostsWhatIsSeen) {
   QApplication::processEvents();
   EXPECT_LT(verticalBar()->value(), verticalBar()->maximum());
   EXPECT_TRUE(viewport()->rect().contains(pane()->caretRect().center()));
+  const TextView::Place place = view().placeAt(view().top);
+  view().measureDown(0, INT64_MAX / 2);
+  EXPECT_GT(view().rows.map.rows(), 50000);
+  EXPECT_EQ(view().placeAt(view().top), place) << "what is measured above does not move what is shown";
 
   control.setText(QString(3000000, u'x'));   // one line of many rows
   key(Qt::Key_End, Qt::ControlModifier);
