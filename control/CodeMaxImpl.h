@@ -4,7 +4,7 @@
 #include <QApplication>
 
 #include "control/CodeMax.h"
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 #include "control/view/Pane.h"
 #include "control/view/PaneGrid.h"
 #include "control/view/ViewState.h"

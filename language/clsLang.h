@@ -68,7 +68,7 @@ class clsLang {
                     // whether a delimiter's strings have escape characters (plain, escape)
   QString Formatting;   // rules for code that changes texts of the language: see FormatRules.h
   QString StringDelims;
-  QString Folding;      // rules for blocks that can be folded: see text/fold/FoldRules.h
+  QString Folding;       // rules for blocks that can be folded: see text/fold/FoldRules.h
   QString QuotedNames;   // "\" or "\ \": what an escaped name begins and ends with; if only the first is given, a blank ends it
   QString Operators;
   QString Keywords;       // the language's own words; formatting may change their letter case

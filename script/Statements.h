@@ -1,5 +1,5 @@
 // The command language: the tables of its own verbs, of the variables and of the options of USAGE. The interpreter, the completion
-// of the command dialog and docs/command-language.md read them. The edit commands are in control/edit/CommandTable.h.
+// of the command dialog and docs/command-language.md read them. The edit commands are in control/commands/CommandTable.h.
 #pragma once
 
 #include <QString>

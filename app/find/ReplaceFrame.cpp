@@ -19,7 +19,7 @@
 #include "base/dialog/Dialogs.h"
 #include "bridge/FileNames.h"
 #include "bridge/LongWork.h"
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 #include "document/frmDocument.h"
 
 using namespace Qt::StringLiterals;

@@ -12,7 +12,7 @@
 #include "base/Strings.h"
 #include "bridge/FileNames.h"
 #include "bridge/LongWork.h"
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 #include "document/Frame.h"
 #include "document/frmDocument.h"
 #include "folder/Walk.h"

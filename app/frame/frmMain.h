@@ -131,8 +131,8 @@ class frmMain : public QMainWindow, public Frame, public ProfiledFrame {
   void mHelpExpandTemplate_Click();
   void mHelpNextField_Click();
   void offerWords(frmDocument* document);   // while the user types in its text
-  void mCustom_Click(int index);               // runs a macro of the current language, from 0
-  void mCustomEdit_Click();                    // opens the definitions editor at the current language's macros
+  void mCustom_Click(int index);            // runs a macro of the current language, from 0
+  void mCustomEdit_Click();                 // opens the definitions editor at the current language's macros
   void mToolsDefinitions_Click();
   void mToolsCommand_Click();
   void toggleLog();

@@ -1,7 +1,7 @@
 // Edit commands over a million lines, and blocks of a hundred thousand.
 #include "bench/Bench.h"
+#include "control/commands/CommandTable.h"
 #include "control/edit/Carets.h"
-#include "control/edit/CommandTable.h"
 #include "control/edit/Editor.h"
 
 namespace {

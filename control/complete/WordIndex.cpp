@@ -8,8 +8,8 @@
 using text::ByteOffset;
 
 namespace {
-constexpr std::size_t kMostSteps = 256;   // old texts are kept until the steps are counted
-constexpr std::int64_t kNear = 32 << 10;
+constexpr std::size_t kMostWaitingChanges = 256;   // old texts are kept until the steps are counted
+constexpr std::int64_t kNearCaret = 32 << 10;
 }   // namespace
 
 WordIndex& WordIndex::of(TextModel& model) {
@@ -35,7 +35,7 @@ void WordIndex::changed(const text::Change& change) {
     steps_.push_back({seen_, now, change});
   }
   seen_ = now;
-  if (steps_.size() >= kMostSteps) work();
+  if (steps_.size() >= kMostWaitingChanges) work();
 }
 
 void WordIndex::find(std::string typed, Answer answer) {
@@ -81,7 +81,7 @@ void WordIndex::work() {
       steps_.clear();
     }
     if (answer && result.counted) answer(std::move(result.found));
-    if (question_ || steps_.size() >= kMostSteps) work();
+    if (question_ || steps_.size() >= kMostWaitingChanges) work();
   });
 }
 
@@ -97,7 +97,7 @@ std::vector<std::pair<std::string, std::int64_t>> wordsNear(const text::Snapshot
       if (!added) known->second = std::min(known->second, distance);
     });
   };
-  look({std::max(ByteOffset(0), except.begin - kNear), except.begin});
-  look({except.end, std::min(text.size(), except.end + kNear)});
+  look({std::max(ByteOffset(0), except.begin - kNearCaret), except.begin});
+  look({except.end, std::min(text.size(), except.end + kNearCaret)});
   return {nearest.begin(), nearest.end()};
 }

@@ -12,12 +12,12 @@ using namespace text;
 
 namespace {
 
-constexpr std::int64_t kLongestLine = 4000;   // bytes; in longer lines nothing is closed
-constexpr std::string_view kOpeners = "([{", kClosers = ")]}";
+constexpr std::int64_t kLongestClosed = 4000;   // bytes; in longer lines nothing is closed
+constexpr std::string_view kClosedOpeners = "([{", kTypedClosers = ")]}";
 
 char closerOf(char opener) {
-  const std::size_t at = kOpeners.find(opener);
-  return at == std::string_view::npos ? opener : kClosers[at];
+  const std::size_t at = kClosedOpeners.find(opener);
+  return at == std::string_view::npos ? opener : kTypedClosers[at];
 }
 
 // A string delimiter of one character; without a language, the usual one.
@@ -53,7 +53,7 @@ bool mayClose(Editor& e, char opener) {
   const ByteOffset caret = e.selection().caret;
   const LineNo line = text.lineAt(caret);
   const ByteRange whole{text.lineStart(line), text.lineEnd(line)};
-  if (whole.length() > kLongestLine) return false;
+  if (whole.length() > kLongestClosed) return false;
   const std::string before = text.bytes({whole.begin, caret}), behind = text.bytes({caret, whole.end});
   if (!behind.empty() && std::string_view(" \t)]};,:").find(behind[0]) == std::string_view::npos) return false;
   const bool quote = closerOf(opener) == opener;
@@ -72,7 +72,7 @@ void goToWaiting(Editor& e, char c) {
   const auto isBlank = [&](LineNo which) {
     return text.lineStart(which) + static_cast<std::int64_t>(EditorAccess::indentOf(text, which).size()) == text.lineEnd(which);
   };
-  if (next.value >= text.lineCount() || text.lineEnd(line) - text.lineStart(line) > kLongestLine || !isBlank(line)) return;
+  if (next.value >= text.lineCount() || text.lineEnd(line) - text.lineStart(line) > kLongestClosed || !isBlank(line)) return;
   const ByteOffset closer = text.lineStart(next) + static_cast<std::int64_t>(EditorAccess::indentOf(text, next).size());
   const auto& pairs = EditorAccess::impl(e).pairs;
   if (closer >= text.size() || text.at(closer) != c || std::ranges::find(pairs, closer, &AutoPair::closer) == pairs.end()) return;
@@ -86,7 +86,7 @@ bool typeOver(Editor& e, char c, const QString& text) {
   auto& pairs = EditorAccess::impl(e).pairs;
   if (pairs.empty()) return false;
   const UndoGroup group(e.document());
-  if (closerOf(c) == c && kClosers.find(c) != std::string_view::npos) goToWaiting(e, c);
+  if (closerOf(c) == c && kTypedClosers.find(c) != std::string_view::npos) goToWaiting(e, c);
   const ByteOffset caret = e.selection().caret;
   const auto pair = std::ranges::find(pairs, caret, &AutoPair::closer);
   if (pair == pairs.end() || caret >= e.snapshot().size() || e.snapshot().at(caret) != c) return false;
@@ -106,8 +106,8 @@ bool autoClose::type(Editor& e, const QString& text) {
       keyMacros().recording() || e.document().readOnly() || e.selection().column)
     return false;
   const char c = static_cast<char>(text[0].unicode());
-  const bool opens = kOpeners.find(c) != std::string_view::npos, quote = isQuote(e, c);
-  if (!opens && !quote && kClosers.find(c) == std::string_view::npos) return false;
+  const bool opens = kClosedOpeners.find(c) != std::string_view::npos, quote = isQuote(e, c);
+  if (!opens && !quote && kTypedClosers.find(c) == std::string_view::npos) return false;
   const ByteRange range = e.selectedRange();
   const std::string opener(1, c), closer(1, closerOf(c));
   if (!range.empty()) {
@@ -135,7 +135,7 @@ bool autoClose::breakPair(Editor& e) {
   const auto pair = std::ranges::find(pairs, caret, &AutoPair::closer);
   const Snapshot text = e.snapshot();
   if (pair == pairs.end() || pair->opener + 1 != caret || caret >= text.size() ||
-      kClosers.find(text.at(caret)) == std::string_view::npos)
+      kTypedClosers.find(text.at(caret)) == std::string_view::npos)
     return false;
   const LineNo line = text.lineAt(caret);
   const std::string indent = e.options().autoIndent == AutoIndent::off ? std::string() : EditorAccess::indentOf(text, line);

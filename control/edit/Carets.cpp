@@ -6,8 +6,8 @@
 #include <algorithm>
 
 #include "bridge/LongWork.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/CaretRun.h"
-#include "control/edit/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
 
 using namespace text;

@@ -8,11 +8,11 @@
 #include <utility>
 
 #include "base/Program.h"
+#include "control/commands/CommandTable.h"
 #include "control/edit/AutoClose.h"
 #include "control/edit/CaretRun.h"
 #include "control/edit/Carets.h"
 #include "control/edit/ColumnBlock.h"
-#include "control/edit/CommandTable.h"
 #include "control/edit/Editor.h"
 #include "control/keys/KeyMacro.h"
 #include "text/find/Finder.h"

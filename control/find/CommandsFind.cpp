@@ -2,7 +2,7 @@
 #include <QCoreApplication>
 #include <algorithm>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
 #include "control/find/Finding.h"
 #include "control/find/Replacing.h"

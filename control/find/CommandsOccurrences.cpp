@@ -2,7 +2,7 @@
 #include <QCoreApplication>
 #include <algorithm>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
 #include "control/find/Finding.h"
 #include "text/line/WordNear.h"
@@ -11,7 +11,7 @@ using namespace text;
 
 namespace {
 
-QString tr(const char* text) { return QCoreApplication::translate("Find", text); }
+QString said(const char* text) { return QCoreApplication::translate("Find", text); }
 
 // Of the text of the selection, or of a whole word if it is one. Letter case counts: names are renamed this way.
 std::unique_ptr<Finder> finderOf(Editor& e, ByteRange range) {
@@ -59,7 +59,7 @@ void caretAddNext(Editor& e, const QVariant&) {
   if (e.selection().column) return caretsInSelection(e, {});
   if (!e.hasSelection() && selectWords(e)) return;
   const auto finder = finderOf(e, e.selectedRange());
-  if (!finder) return e.host().note(tr("There is no word or short selection to look for"));
+  if (!finder) return e.host().note(said("There is no word or short selection to look for"));
   const Snapshot text = e.snapshot();
   const std::vector<Caret> list = carets::all(e);
   const ByteRange whole{ByteOffset(0), text.size()}, from = e.selectedRange();
@@ -75,7 +75,7 @@ void caretAddNext(Editor& e, const QVariant&) {
     }
   });
   if (outcome.cancelled || !outcome.error.empty()) return e.host().note(noteOf(outcome, {}, true));
-  if (!outcome.found || again) return e.host().note(tr("There is no further occurrence"));
+  if (!outcome.found || again) return e.host().note(said("There is no further occurrence"));
   if (!mayHaveCarets(e, list.size() + 1)) return;
   outcome.wrapped = wrapped;
   carets::add(e, {outcome.found->begin, outcome.found->end});
@@ -87,7 +87,7 @@ void caretAddAll(Editor& e, const QVariant&) {
   ByteRange range = e.selectedRange();
   if (range.empty()) range = wordNear(e.snapshot(), e.selection().caret);
   const auto finder = finderOf(e, range);
-  if (!finder) return e.host().note(tr("There is no word or short selection to look for"));
+  if (!finder) return e.host().note(said("There is no word or short selection to look for"));
   selectAllFinds(e, *finder);
 }
 
@@ -99,7 +99,7 @@ void selectAllFinds(Editor& e, const Finder& finder) {
   e.host().work(text.size().value, [&](SearchControl& control) {
     found = finder.all(text, {ByteOffset(0), text.size()}, &control);
   });
-  if (found.cancelled) return e.host().note(tr("Cancelled"));
+  if (found.cancelled) return e.host().note(said("Cancelled"));
   if (!found.error.empty()) return e.host().note(QString::fromStdString(found.error));
   selectFinds(e, found.ranges);
   if (found.ranges.size() <= commandFunctions::kMostCarets) e.host().note(noteOfFinds(found.ranges.size()));

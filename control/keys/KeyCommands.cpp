@@ -5,7 +5,7 @@
 #include <array>
 #include <functional>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
 #include "control/find/Finding.h"
 #include "control/keys/KeyMacro.h"

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 
 std::span<const Command> keyCommands();
 // Searches both tables; null for an unknown command.

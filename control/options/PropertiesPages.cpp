@@ -91,8 +91,8 @@ DisplayPage::DisplayPage(ControlOptions& o, QWidget* parent) : QWidget(parent) {
   connect(column, &QSpinBox::valueChanged, this, [&o](int value) { o.wrapColumn = value; });
   for (QWidget* field : {static_cast<QWidget*>(wrap), static_cast<QWidget*>(column)})
     field->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-  form->addRow(tr("Long lines &take:"), wrap);
-  form->addRow(tr("C&olumn:"), column);
+  form->addRow(tr("Long l&ines take:"), wrap);
+  form->addRow(tr("Colu&mn:"), column);
   auto* scrolling = addGroup(layout, tr("Scrolling"));
   addCheck(scrolling, tr("&Horizontal scroll bar"), "hScrollBar", o.hScrollBar);
   addCheck(scrolling, tr("&Vertical scroll bar"), "vScrollBar", o.vScrollBar);

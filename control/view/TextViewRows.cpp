@@ -8,8 +8,8 @@ using text::ByteOffset;
 using text::LineNo;
 
 namespace {
-constexpr std::int64_t kPaintBudget = 256 * 1024;   // bytes of a long line counted before a paint
-constexpr std::int64_t kNearPages = 4;              // so far away lines are measured all along the way
+constexpr std::int64_t kRowsBudget = 256 * 1024;   // bytes of a long line counted before a paint
+constexpr std::int64_t kNearPages = 4;             // so far away lines are measured all along the way
 }   // namespace
 
 TextView::Place TextView::placeAt(std::int64_t y) const { return rows.map.at(y < 0 ? 0 : y / lineHeight()); }
@@ -112,7 +112,7 @@ void TextView::visibleRows(std::int64_t line, std::int64_t* first, std::int64_t*
 
 void TextView::layOutWrapped(Row& row, LineNo line) {
   visibleRows(line.value, &row.firstRow, &row.lastRow);
-  row.counted = rows.reach(line, row.lastRow + 1, kPaintBudget);
+  row.counted = rows.reach(line, row.lastRow + 1, kRowsBudget);
   if (!row.counted) {
     exact_ = false;
     return;

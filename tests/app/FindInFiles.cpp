@@ -15,7 +15,7 @@
 #include "app/find/frmReplacePreview.h"
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 #include "script/ReplaceWork.h"
 #include "tests/app/ProcessFixture.h"
 #include "tests/support/files/TempFolder.h"

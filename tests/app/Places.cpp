@@ -9,7 +9,7 @@
 #include "app/find/frmListLines.h"
 #include "app/places/BookmarkFile.h"
 #include "app/places/Places.h"
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 #include "tests/app/FrameFixture.h"
 #include "tests/support/files/FaultyFileSystem.h"
 

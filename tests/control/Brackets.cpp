@@ -3,7 +3,7 @@
 #include "control/code/Brackets.h"
 
 #include "control/code/LanguageTable.h"
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 #include "control/edit/TextModel.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/Cost.h"

@@ -10,7 +10,7 @@
 
 #include "base/Program.h"
 #include "base/dialog/Dialogs.h"
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/EventLoop.h"
 

@@ -9,7 +9,7 @@
 #include <QMimeData>
 
 #include "base/dialog/Memory.h"
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/Cost.h"
 #include "tests/support/ScriptedDialogs.h"

@@ -2,7 +2,7 @@
 // and leave the file as it is unless saving was asked for. All files are in memory; lines that would start programs are left out.
 #include <QApplication>
 
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 #include "control/edit/TextModel.h"
 #include "document/frmDocument.h"
 #include "process/CommandLine.h"

@@ -1,7 +1,7 @@
 // Commands that add carets, turn a selection into carets, and end them.
 #include <QCoreApplication>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
 
 using namespace text;

@@ -1,7 +1,7 @@
 // Upper and lower case, and exchanging words.
 #include <algorithm>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/SelectedPieces.h"
 #include "text/line/Chars.h"
 #include "text/line/Words.h"

@@ -1,8 +1,8 @@
-#include "control/edit/CommandTable.h"
+#include "control/commands/CommandTable.h"
 
 #include <array>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Scrolling, positions in the window and switches.
 #include <algorithm>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/DisplayRows.h"
 #include "control/edit/EditorAccess.h"
 

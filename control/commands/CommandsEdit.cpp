@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
 #include "control/edit/PasteHistory.h"
 #include "text/line/Chars.h"

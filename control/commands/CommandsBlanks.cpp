@@ -1,7 +1,7 @@
 // Indents and tabs.
 #include <algorithm>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/SelectedPieces.h"
 #include "text/line/Chars.h"
 

@@ -3,7 +3,7 @@
 
 #include "control/code/Brackets.h"
 #include "control/code/LanguageTable.h"
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/DisplayRows.h"
 #include "control/edit/EditorAccess.h"
 #include "text/line/Chars.h"

@@ -1,7 +1,7 @@
 // Commands on whole lines: opening, deleting, swapping.
 #include <algorithm>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/SelectedPieces.h"
 
 using namespace text;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
 
 using namespace text;

@@ -2,20 +2,20 @@
 
 #include "control/code/BlockFinder.h"
 #include "control/code/Brackets.h"
-#include "control/edit/CommandFunctions.h"
+#include "control/commands/CommandFunctions.h"
 
 using namespace text;
 
 namespace {
 
-constexpr std::int64_t kLongLine = 64 << 10;   // beyond that, pairs within a line are not looked for
+constexpr std::int64_t kLongestPairLine = 64 << 10;   // beyond that, pairs within a line are not looked for
 
 // The smallest pair of brackets that stands in one line and holds the range and more.
 std::optional<ByteRange> bracketsAround(TextModel& model, ByteRange range) {
   const Snapshot& text = model.snapshot();
   const LineNo line = text.lineAt(range.begin);
   const ByteOffset start = text.lineStart(line), end = text.lineEnd(line);
-  if (range.end > end || end - start > kLongLine) return std::nullopt;
+  if (range.end > end || end - start > kLongestPairLine) return std::nullopt;
   const std::string bytes = text.line(line);
   std::vector<Token> tokens;
   if (const Highlighter* colors = model.highlighter()) colors->scanLine(bytes, model.stateAt(line), &tokens);
