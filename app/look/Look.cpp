@@ -52,6 +52,7 @@ class WindowButton : public PaintedIcon {
 class Style : public QProxyStyle {
  public:
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* returned) const override {
+    if (hint == SH_EtchDisabledText) return 0;   // on a dark ground its shadow is brighter than the text
     return hint == SH_Menu_Scrollable ? 1 : QProxyStyle::styleHint(hint, option, widget, returned);
   }
   QIcon standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const override {
@@ -94,9 +95,16 @@ class Style : public QProxyStyle {
                    {SC_TitleBarCloseButton, SP_TitleBarCloseButton, bool(bar->titleBarFlags & Qt::WindowSystemMenuHint)}};
     QStyleOptionTitleBar rest(*bar);
     for (const auto& button : buttons) rest.subControls &= ~SubControls(button.part);
+    rest.subControls &= ~SubControls(SC_TitleBarLabel);   // with a shadow
     QProxyStyle::drawComplexControl(control, &rest, painter, widget);
     const QColor ink =
         bar->palette.color(bar->titleBarState & QStyle::State_Active ? QPalette::HighlightedText : QPalette::WindowText);
+    if (bar->subControls & SC_TitleBarLabel) {
+      const QRect place = proxy()->subControlRect(CC_TitleBar, bar, SC_TitleBarLabel, widget);
+      painter->setPen(ink);
+      painter->drawText(place, Qt::AlignCenter | Qt::TextSingleLine,
+                        painter->fontMetrics().elidedText(bar->text, Qt::ElideRight, place.width()));
+    }
     for (const auto& button : buttons) {
       if (!button.there || !(bar->subControls & button.part)) continue;
       const QRect place = proxy()->subControlRect(CC_TitleBar, bar, button.part, widget);
