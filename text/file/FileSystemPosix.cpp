@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <memory>
 
 #include "text/file/FileSystem.h"
 
@@ -185,20 +186,19 @@ class Posix final : public FileSystem {
   int eachEntry(const std::string& path, Take take) {
     const int fd = openAt(kCwd, path, kRead | kDirectory, 0);
     if (fd < 0) return fd;
-    DIR* dir = ::fdopendir(fd);
+    // Closed too when taking an entry throws for lack of memory.
+    const std::unique_ptr<DIR, int (*)(DIR*)> dir(::fdopendir(fd), ::closedir);
     if (!dir) {
       const int error = errno;
       ::close(fd);
       return -error;
     }
     errno = 0;
-    while (const dirent* entry = ::readdir(dir)) {
+    while (const dirent* entry = ::readdir(dir.get())) {
       const std::string_view name = entry->d_name;
       if (name != "." && name != "..") take(*entry);
     }
-    const int error = errno;
-    ::closedir(dir);
-    return -error;
+    return -errno;
   }
 
   // Asks for the size, then for the value; again when it grew between.
