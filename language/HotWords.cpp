@@ -14,7 +14,7 @@ void HotWords::ask(const CompletionQuestion& question, const Answer& answer) {
   if (!question.code || question.typedBytes.empty() || index < 1 || index > manager_.Languages()->Count() ||
       FieldWalk::isActive(cmx_))
     return answer({});
-  std::vector<Completion> words;
+  std::vector<WordOffer> words;
   for (const auto& item : *manager_.Languages()->Item(index)->cTemplate()) {
     auto match = text::matchParts(fromQString(item->HotKey), question.typedBytes);
     if (match && match->fit == text::PartFit::begins)
@@ -23,7 +23,7 @@ void HotWords::ask(const CompletionQuestion& question, const Answer& answer) {
   answer(std::move(words));
 }
 
-bool HotWords::accept(const Completion& word) {
+bool HotWords::accept(const WordOffer& word) {
   cmx_.ReplaceSel(word.text);
   return ExpandTemplate(cmx_, manager_, languageIndex_(), expand_);
 }

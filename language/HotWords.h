@@ -13,7 +13,7 @@ class HotWords : public CompletionSource {
   // languageIndex returns the position of the text's language in the manager; it is called each time.
   HotWords(CodeMax& cmx, ucCM& manager, std::function<int()> languageIndex, ExpandText expand);
   void ask(const CompletionQuestion& question, const Answer& answer) override;
-  bool accept(const Completion& word) override;
+  bool accept(const WordOffer& word) override;
 
  private:
   CodeMax& cmx_;

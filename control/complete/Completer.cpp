@@ -146,7 +146,7 @@ void Completer::offer(bool asked) {
   wait_.start(kWaitMs);
   const std::uint64_t number = ++asked_;
   for (const auto& source : sources_)
-    source->ask(question_, [self = QPointer(this), number, from = source.get()](std::vector<Completion> words) {
+    source->ask(question_, [self = QPointer(this), number, from = source.get()](std::vector<WordOffer> words) {
       if (self && self->asked_ == number && self->open_) self->came(*from, std::move(words));
     });
 }
@@ -173,9 +173,9 @@ bool Completer::before(const Row& a, const Row& b) const {
   return a.word.text < b.word.text;
 }
 
-void Completer::came(CompletionSource& source, std::vector<Completion> words) {
+void Completer::came(CompletionSource& source, std::vector<WordOffer> words) {
   const QString typed = toQString(question_.typedBytes);
-  for (Completion& word : words) {
+  for (WordOffer& word : words) {
     const bool hotKey = word.kind == CompletionKind::hotKey;
     if (word.text == typed && !hotKey) continue;
     const auto same = std::find_if(rows_.begin(), rows_.end(), [&](const Row& row) {
@@ -185,7 +185,7 @@ void Completer::came(CompletionSource& source, std::vector<Completion> words) {
       rows_.push_back({std::move(word), &source});
       continue;
     }
-    Completion& known = same->word;
+    WordOffer& known = same->word;
     if (known.distance < 0) known.distance = word.distance;
     known.count += word.count;
     if (word.kind == CompletionKind::keyword || (known.kind == CompletionKind::otherText && word.kind == CompletionKind::word))

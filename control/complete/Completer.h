@@ -36,14 +36,14 @@ class Completer : public QObject {
 
  private:
   struct Row {
-    Completion word;
+    WordOffer word;
     CompletionSource* source;
   };
   void typed();
   void moved();
   bool readTyped(CompletionQuestion& question) const;
   bool isCode(text::ByteOffset at) const;
-  void came(CompletionSource& source, std::vector<Completion> words);
+  void came(CompletionSource& source, std::vector<WordOffer> words);
   bool before(const Row& a, const Row& b) const;
   void show();
   void fill();

@@ -12,7 +12,7 @@
 // The numbers order words that are equal in all else.
 enum class CompletionKind { hotKey, word, keyword, otherText };
 
-struct Completion {
+struct WordOffer {
   QString text;
   CompletionKind kind = CompletionKind::word;
   QString detail{};             // behind the word, in grey; may be empty
@@ -35,10 +35,10 @@ class CompletionSource {
   virtual ~CompletionSource() = default;
   // Calls answer(words that fit) as often as it finds some, at once or later, on the thread of the windows; what takes longer than a
   // few milliseconds is work in the background. Answers to an older question are dropped.
-  using Answer = std::function<void(std::vector<Completion> words)>;
+  using Answer = std::function<void(std::vector<WordOffer> words)>;
   virtual void ask(const CompletionQuestion& question, const Answer& answer) = 0;
   // Puts the word in place of what was typed, which is selected. False: the list does it.
-  virtual bool accept(const Completion& word) {
+  virtual bool accept(const WordOffer& word) {
     (void)word;
     return false;
   }

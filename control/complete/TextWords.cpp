@@ -8,7 +8,7 @@
 #include "text/line/Words.h"
 
 void TextWords::ask(const CompletionQuestion& question, const Answer& answer) {
-  std::vector<Completion> near;
+  std::vector<WordOffer> near;
   for (auto& [word, distance] : wordsNear(question.model->snapshot(), question.typed)) {
     auto match = text::matchParts(word, question.typedBytes);
     if (match) near.push_back({toQString(word), CompletionKind::word, {}, std::move(*match), distance});
@@ -16,7 +16,7 @@ void TextWords::ask(const CompletionQuestion& question, const Answer& answer) {
   answer(std::move(near));
   if (question.typedBytes.empty()) return;   // all words: those nearby are enough
   WordIndex::of(*question.model).find(question.typedBytes, [answer](std::vector<text::WordCounts::Found> found) {
-    std::vector<Completion> words;
+    std::vector<WordOffer> words;
     for (auto& each : found)
       words.push_back({toQString(each.word), CompletionKind::word, {}, std::move(each.match), -1, each.count});
     answer(std::move(words));
@@ -30,7 +30,7 @@ void OtherWords::ask(const CompletionQuestion& question, const Answer& answer) {
     if (model == question.model || model->snapshot().size().value == 0) continue;
     if (++asked > kMostTexts) break;
     WordIndex::of(*model).find(question.typedBytes, [answer](std::vector<text::WordCounts::Found> found) {
-      std::vector<Completion> words;
+      std::vector<WordOffer> words;
       for (auto& each : found)
         words.push_back({toQString(each.word), CompletionKind::otherText, {}, std::move(each.match), -1, each.count});
       answer(std::move(words));
@@ -40,7 +40,7 @@ void OtherWords::ask(const CompletionQuestion& question, const Answer& answer) {
 
 void Keywords::ask(const CompletionQuestion& question, const Answer& answer) {
   const text::Highlighter* language = question.model->highlighter();
-  std::vector<Completion> words;
+  std::vector<WordOffer> words;
   if (!language || !question.code || question.typedBytes.empty()) return answer({});
   const text::Snapshot& text = question.model->snapshot();
   const std::string before = text.bytes({std::max(text::ByteOffset(0), question.typed.begin - 4), question.typed.begin});

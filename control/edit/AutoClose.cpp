@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "base/Program.h"
+#include "control/edit/Carets.h"
 #include "control/edit/EditorAccess.h"
 #include "text/color/EntryMarks.h"
 #include "text/line/Words.h"
@@ -97,19 +98,39 @@ bool typeOver(Editor& e, char c, const QString& text) {
   return true;
 }
 
+// At several carets: around each selection; before a caret without one, the sign alone.
+bool surroundAll(Editor& e, const std::string& opener, const std::string& closer) {
+  std::size_t main = 0;
+  std::vector<Caret> all = carets::all(e, &main);
+  if (std::ranges::all_of(all, &Caret::empty)) return false;
+  std::vector<Edit> edits;
+  std::int64_t moved = 0;
+  for (Caret& one : all) {
+    edits.push_back({{one.begin(), one.begin()}, opener});
+    if (!one.empty()) edits.push_back({{one.end(), one.end()}, closer});
+    const std::int64_t by = moved + std::ssize(opener);
+    moved = by + (one.empty() ? 0 : std::ssize(closer));
+    one = {one.anchor + by, one.caret + by};
+  }
+  if (!carets::edit(e, edits)) return false;
+  carets::set(e, std::move(all), main);
+  return true;
+}
+
 }   // namespace
 
 bool autoClose::type(Editor& e, const QString& text) {
   const TypingAids& aids = e.options().aids;
   auto& impl = EditorAccess::impl(e);
-  if (text.size() != 1 || text[0].unicode() >= 0x80 || carets::several(e) || impl.inside > 0 || gBusy() ||
-      keyMacros().recording() || e.document().readOnly() || e.selection().column)
+  if (text.size() != 1 || text[0].unicode() >= 0x80 || impl.inside > 0 || gBusy() || keyMacros().recording() ||
+      e.document().readOnly() || e.selection().column)
     return false;
   const char c = static_cast<char>(text[0].unicode());
   const bool opens = kClosedOpeners.find(c) != std::string_view::npos, quote = isQuote(e, c);
   if (!opens && !quote && kTypedClosers.find(c) == std::string_view::npos) return false;
   const ByteRange range = e.selectedRange();
   const std::string opener(1, c), closer(1, closerOf(c));
+  if (carets::several(e)) return aids.surround && (opens || quote) && surroundAll(e, opener, closer);
   if (!range.empty()) {
     if (!aids.surround || !(opens || quote)) return false;
     const bool forward = e.selection().anchor < e.selection().caret;

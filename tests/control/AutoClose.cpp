@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include "control/code/LanguageTable.h"
+#include "control/edit/Carets.h"
 #include "control/edit/PasteHistory.h"
 #include "control/keys/KeyCommands.h"
 #include "control/keys/KeyMacro.h"
@@ -74,6 +75,20 @@ TEST_F(AutoCloseTest, ClosesTypesOverAndSurrounds) {
     EXPECT_EQ(now(), c.after) << c.before << " " << c.keys;
   }
   LanguageTable::unregisterLanguage(QStringLiteral("ticks"));
+
+  put("foo foo |");
+  using text::ByteOffset;
+  const std::vector<Caret> words{{ByteOffset(0), ByteOffset(3)}, {ByteOffset(7), ByteOffset(4)}, {ByteOffset(8), ByteOffset(8)}};
+  carets::set(control.editor(), words, 0);
+  types("(");
+  EXPECT_EQ(now(), "(@foo|) (foo) (") << "at each caret";
+  EXPECT_EQ(carets::count(control.editor()), 3u);
+  types("x");
+  EXPECT_EQ(now(), "(x|) (x) (x");
+  control.ExecuteCmd(Cmd::UNDO);
+  control.ExecuteCmd(Cmd::UNDO);
+  EXPECT_EQ(now().substr(0, 8), "@foo| fo");
+  carets::drop(control.editor());
 }
 
 TEST_F(AutoCloseTest, IsOneUndoStepAndNeverInMacrosOrPastedText) {
