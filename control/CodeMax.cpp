@@ -312,6 +312,7 @@ void CodeMax::SelectLine(qint64 line, bool makeVisible) {
 
 QString CodeMax::SelText() const { return impl_->editor().selectedText(); }
 bool CodeMax::HasSelection() const { return impl_->editor().hasSelection(); }
+bool CodeMax::AnySelection() const { return carets::anySelection(impl_->editor()); }
 
 CmRange CodeMax::CurrentWordRange() const {
   const Editor& editor = impl_->editor();

@@ -225,7 +225,7 @@ void CompareWindow::showState() {
     bool on = true;
     if (row->command) {
       CodeMax& text = !merge_ && (row->needs & (kUndo | kRedo)) ? view_->text(view_->undoSide()) : active();
-      on = (!(row->needs & kWritable) || !text.ReadOnly()) && (!(row->needs & kSelection) || text.HasSelection()) &&
+      on = (!(row->needs & kWritable) || !text.ReadOnly()) && (!(row->needs & kSelection) || text.AnySelection()) &&
            (!(row->needs & kUndo) || text.CanUndo()) && (!(row->needs & kRedo) || text.CanRedo());
     } else if (row->needs & kOthers) {
       if (row->checked) action->setChecked(row->checked(frame_));

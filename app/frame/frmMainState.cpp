@@ -64,7 +64,7 @@ unsigned frmMain::presentFacts() {
   const CodeMax& text = *document->cmx;
   facts |= kDocument;
   when(!text.ReadOnly(), kWritable);
-  when(text.HasSelection(), kSelection);
+  when(text.AnySelection(), kSelection);
   when(text.CanUndo(), kUndo);
   when(text.CanRedo(), kRedo);
   when(isUnsaved(*document), kUnsaved);

@@ -1,7 +1,9 @@
 #include "control/code/BlockIndent.h"
 
 #include <algorithm>
+#include <cctype>
 #include <map>
+#include <utility>
 #include <vector>
 
 #include "control/edit/Editor.h"
@@ -38,6 +40,23 @@ std::int64_t cellsOf(const std::string& blanks, int tabSize) {
 bool isOpener(char c) { return c == '(' || c == '[' || c == '{'; }
 bool isCloser(char c) { return c == ')' || c == ']' || c == '}'; }
 
+// "if (a)" and its like, which one statement follows, as far as it was read.
+enum class Header { none, begun, condition, whole };
+
+Header headerOf(std::string_view word) {
+  static constexpr std::string_view kWithCondition[] = {"if",      "while",  "for",       "foreach",
+                                                        "repeat", "always", "always_ff", "always_latch"};
+  static constexpr std::string_view kWithout[] = {"else", "forever", "initial", "final", "always_comb"};
+  if (std::ranges::find(kWithCondition, word) != std::end(kWithCondition)) return Header::begun;
+  return std::ranges::find(kWithout, word) != std::end(kWithout) ? Header::whole : Header::none;
+}
+
+// Whether a statement may stand alone where others open a block: "if" opens none itself.
+bool hasLoneStatements(const BlockWords& blocks) {
+  const auto opens = [&](const char* word) { return blocks.classify(QString::fromLatin1(word)).opens(); };
+  return !opens("if") && (opens("{") || opens("begin"));
+}
+
 struct Open {
   LineNo line{0}, base{0};   // line: where it is; base: where the statement around it begins
   bool bracket = false, twice = false;
@@ -47,7 +66,12 @@ struct Open {
 class LookBack {
  public:
   LookBack(TextModel& model, const BlockWords& blocks, ByteOffset end, const EditOptions& options)
-      : text_(model.snapshot()), blocks_(blocks), tabSize_(options.tabSize), expand_(options.expandTabs) {
+      : text_(model.snapshot()),
+        blocks_(blocks),
+        tabSize_(options.tabSize),
+        expand_(options.expandTabs),
+        hasHeaders_(hasLoneStatements(blocks)),
+        hasDirectives_(hasHeaders_ && blocks.classify(QStringLiteral("{")).opens()) {
     last_ = text_.lineAt(end);
     LineNo first = last_;
     while (first.value > 0 && last_.value - first.value < kLinesSearched && end - text_.lineStart(first - 1) < kBytesBack &&
@@ -72,6 +96,10 @@ class LookBack {
     const auto found = begins_.find(line.value);
     return found == begins_.end() ? line : LineNo(found->second);
   }
+  // The line of a header that the last statement has got so far and nothing else; that statement is alone in the line below.
+  std::optional<LineNo> header() const { return header_ == Header::whole ? std::optional(headerLine_) : std::nullopt; }
+  // Where the headers began before the lone statement that ends the text.
+  std::optional<LineNo> loneSince() const { return loneSince_; }
   bool middleFirst() const { return middleFirst_; }
   bool insideStatement() const { return words_ > 0 && !opened_ && !middleStatement_; }
   std::string leading(LineNo line) const { return leadingOf(text_, line); }
@@ -98,6 +126,9 @@ class LookBack {
     const std::string_view all(bytes);
     bool any = false;
     middleFirst_ = afterEnd_ = false;
+    if (const std::size_t code = all.find_first_not_of(" \t");
+        hasDirectives_ && code != std::string_view::npos && code + 1 < all.size() && all[code] == '#' && std::isalpha(static_cast<unsigned char>(all[code + 1])))
+      return;
     auto token = tokens.begin();
     for (std::size_t at = 0; at < all.size();) {
       const auto here = static_cast<std::int64_t>(at);
@@ -118,6 +149,8 @@ class LookBack {
       const std::string_view piece = all.substr(at, end - at);
       at = end;
       if (piece == " " || piece == "\t") continue;
+      const bool directive = std::exchange(tick_, piece == "`") && word;   // `else
+      if (tick_ || directive) continue;
       readPiece(piece, word, line, !any);
       any = true;
     }
@@ -131,6 +164,8 @@ class LookBack {
     afterEnd_ = false;
     if (ofEnd) return;
     const bool inBracket = !open_.empty() && open_.back().bracket;
+    loneSince_.reset();
+    if (hasHeaders_ && !inBracket) followHeader(piece, word, line);
     if (kind.closes()) {
       while (!open_.empty() && open_.back().bracket) close(line);
       if (!open_.empty()) close(line);
@@ -145,7 +180,9 @@ class LookBack {
       open_.push_back({line, statementStart(line), true, false});
     } else if (piece.size() == 1 && isCloser(piece[0])) {
       if (inBracket) close(line);
+      if (header_ == Header::condition && open_.size() == headerDepth_) header_ = Header::whole;
     } else if (piece == ";" && !inBracket) {
+      if (headersSince_ && *headersSince_ < line) loneSince_ = headersSince_;
       if (awaitsIs_ && !open_.empty()) open_.pop_back();   // only a declaration
       resetStatement();
     } else if (piece == ":" && words_ == 1 && !opened_) {
@@ -153,6 +190,23 @@ class LookBack {
     } else if (word && !inBracket) {
       if (first && kind.isMiddle() && !insideStatement()) middleFirst_ = middleStatement_ = true;
       noteWord(toQString(piece), kind);
+    }
+  }
+
+  void followHeader(std::string_view piece, bool word, LineNo line) {
+    const Header kind = word && (words_ == 0 || header_ == Header::whole) ? headerOf(piece) : Header::none;
+    if (kind != Header::none) {
+      header_ = kind;
+      headerLine_ = line;
+      if (!headersSince_) headersSince_ = line;
+    } else if (header_ == Header::begun && piece == "(") {
+      header_ = Header::condition;
+      headerDepth_ = open_.size();
+    } else if (header_ == Header::begun && (piece == "@" || piece == "*")) {
+      if (piece == "*") header_ = Header::whole;
+    } else {
+      header_ = Header::none;
+      if (blocks_.classify(toQString(piece)).opens()) headersSince_.reset();
     }
   }
 
@@ -181,18 +235,25 @@ class LookBack {
   void resetStatement() {
     words_ = 0;
     opened_ = opensNothing_ = awaitsIs_ = middleStatement_ = false;
+    header_ = Header::none;
+    headersSince_.reset();
   }
 
   const Snapshot text_;
   const BlockWords& blocks_;
   const int tabSize_;
-  const bool expand_;
+  const bool expand_, hasHeaders_, hasDirectives_;
   LineNo last_{0};
   std::vector<Open> open_;
   std::map<std::int64_t, std::int64_t> begins_;   // for lines that close brackets of earlier lines: where those statements began
   std::map<std::int64_t, int> steps_;
   std::int64_t cells_ = 0;
   int tabLines_ = 0, blankLines_ = 0, words_ = 0;
+  Header header_ = Header::none;
+  LineNo headerLine_{0};
+  std::size_t headerDepth_ = 0;   // of what is open around its condition
+  std::optional<LineNo> headersSince_, loneSince_;
+  bool tick_ = false;
   QString firstWord_;
   bool opened_ = false, opensNothing_ = false, awaitsIs_ = false, middleStatement_ = false, middleFirst_ = false, afterEnd_ = false;
 };
@@ -227,6 +288,8 @@ bool oneWord(std::string_view bytes) {
   return true;
 }
 
+bool opensBlock(std::string_view word) { return word == "{" || word == "begin"; }
+
 bool isBracket(std::string_view word, const BlockWords::Entry& kind) {
   return word.size() == 1 && isCloser(word[0]) && !kind.closes();
 }
@@ -234,6 +297,7 @@ bool isBracket(std::string_view word, const BlockWords::Entry& kind) {
 // The indent of a closing word or bracket; none if it closes nothing.
 std::optional<std::string> closerIndent(const LookBack& above, std::string_view word, const BlockWords::Entry& kind) {
   const bool bracket = isBracket(word, kind);
+  if (const auto header = above.header(); header && kind.opens() && opensBlock(word)) return above.leading(*header);
   if (!bracket && !kind.closes() && (!kind.isMiddle() || above.insideStatement())) return std::nullopt;
   const auto& open = above.open();
   auto found = open.rbegin();
@@ -263,6 +327,8 @@ std::optional<std::string> indentForNewLine(TextModel& model, const BlockWords& 
   if (const auto indent = closerIndent(above, behind, blocks.classify(toQString(behind)))) return indent;
   const auto& open = above.open();
   const LineNo begin = above.statementStart(line);
+  if (const auto header = above.header()) return above.leading(*header) + above.unit();
+  if (const auto since = above.loneSince()) return above.leading(*since);
   if (!open.empty() && open.back().line >= begin)
     return above.leading(open.back().bracket ? open.back().line : begin) + above.unit();
   if (above.middleFirst()) return above.leading(line) + above.unit();
@@ -279,7 +345,7 @@ bool mayStepBack(const TextModel& model, const BlockWords& blocks, ByteRange ran
   if (!oneWord(fromQString(word)) && word.size() > 1) return false;
   const auto counts = [&](const QString& w) {
     const auto kind = blocks.classify(w);
-    return kind.closes() || kind.isMiddle();
+    return kind.closes() || kind.isMiddle() || (kind.opens() && opensBlock(fromQString(w)) && hasLoneStatements(blocks));
   };
   return counts(word) || counts(toQString(*before));
 }
@@ -292,14 +358,15 @@ std::optional<std::string> indentForCloser(TextModel& model, const BlockWords& b
   if (word.empty() || line.value == 0) return std::nullopt;
   const auto kind = blocks.classify(toQString(word));
   const LookBack above(model, blocks, text.lineEnd(line - 1), options);
-  if (isBracket(word, kind) || kind.closes() || kind.isMiddle()) {
+  if (isBracket(word, kind) || kind.closes() || kind.isMiddle() || (kind.opens() && above.header() && opensBlock(word))) {
     const auto indent = closerIndent(above, word, kind);
     return indent && cellsOf(*indent, options.tabSize) < cellsOf(present, options.tabSize) ? indent : std::nullopt;
   }
   // The word was continued and is not a closing word any more: its old indent is restored.
   const QString before = toQString(word).chopped(1);
   const auto beforeKind = blocks.classify(before);
-  if ((!beforeKind.closes() && !beforeKind.isMiddle()) || blocks.beginsACloser(toQString(word))) return std::nullopt;
+  const bool opened = beforeKind.opens() && above.header() && opensBlock(fromQString(before));
+  if ((!beforeKind.closes() && !beforeKind.isMiddle() && !opened) || blocks.beginsACloser(toQString(word))) return std::nullopt;
   if (present != closerIndent(above, fromQString(before), beforeKind)) return std::nullopt;
   const ByteOffset end = text.lineEnd(line - 1);
   const auto fresh = indentForNewLine(model, blocks, {end, end}, options);

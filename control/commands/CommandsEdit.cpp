@@ -170,38 +170,43 @@ void pasteFromHistory(Editor& e, const QVariant& argument) {
   else e.replaceSelection(chosen.text);
 }
 
-// The characters of the number, written in hexadecimal, perhaps behind "U+"; none for what is no character that a line may hold.
+// The bytes of the character with the number, written in hexadecimal, perhaps behind "U+"; none for what is no character that a line
+// may hold.
 static std::string characterOf(QString number) {
   if (number.startsWith(QLatin1String("U+"), Qt::CaseInsensitive)) number.remove(0, 2);
   bool valid = false;
-  const uint code = number.size() > 6 ? 0 : number.toUInt(&valid, 16);
+  const uint code = number.toUInt(&valid, 16);
   if (!valid || (code < 0x20 && code != '\t') || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return {};
   return encode(code);
 }
 
-// Without an argument: the number is selected, or stands before the caret.
+// Without an argument: the number is selected, or is all the digits before the caret.
 void insertUnicode(Editor& e, const QVariant& argument) {
   if (EditorAccess::isGuarded(e)) return;
+  constexpr std::int64_t kMostDigits = 16;
   ByteRange range = e.selectedRange();
-  std::string character = characterOf(argument.toString().trimmed());
+  QString number = argument.toString().trimmed();
   if (argument.toString().isEmpty() && !e.selection().column) {
-    const ByteOffset caret = range.end, start = std::max(lineStart(e, caret), caret - 8);
-    const std::string before = e.snapshot().bytes({start, caret});
+    const ByteOffset caret = range.end, start = std::max(lineStart(e, caret), caret - kMostDigits - 2);
     if (!range.empty()) {
-      character = range.length() > 8 ? std::string() : characterOf(toQString(e.snapshot().bytes(range)));
+      if (range.length() <= kMostDigits + 2) number = toQString(e.snapshot().bytes(range));
     } else {
+      const std::string before = e.snapshot().bytes({start, caret});
       const auto digits = std::find_if_not(before.rbegin(), before.rend(), [](unsigned char c) { return std::isxdigit(c); });
-      std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(digits - before.rbegin()), 6);
-      while (length > 0 && (character = characterOf(toQString(std::string_view(before).substr(before.size() - length)))).empty())
-        --length;
-      std::string_view rest = std::string_view(before).substr(0, before.size() - length);
-      if (rest.ends_with("U+") || rest.ends_with("u+")) length += 2;
+      auto length = static_cast<std::size_t>(digits - before.rbegin());
+      number = toQString(std::string_view(before).substr(before.size() - length));
+      const std::string_view rest = std::string_view(before).substr(0, before.size() - length);
+      if (length > 0 && (rest.ends_with("U+") || rest.ends_with("u+"))) length += 2;
       range.begin = caret - static_cast<std::int64_t>(length);
     }
   }
-  if (character.empty())
+  const std::string character = characterOf(number);
+  if (number.isEmpty())
     return e.host().note(
         QCoreApplication::translate("Editor", "Write the number of the character in hexadecimal first, such as 20AC"));
+  if (character.empty())
+    return e.host().note(QCoreApplication::translate(
+        "Editor", "%1 is not the number of a character: these go to 10FFFF, without 0 to 1F and D800 to DFFF").arg(number));
   if (e.selection().column) e.replaceSelection(toQString(character));
   else EditorAccess::put(e, range, character);
 }

@@ -219,13 +219,16 @@ void Completer::fill() {
     list_->setFocusPolicy(Qt::NoFocus);
     list_->setAccessibleName(tr("Words that fit"));
     list_->setItemDelegate(new MarkedRows(list_));
+    list_->setFrameStyle(QFrame::Box | QFrame::Plain);
     list_->setUniformItemSizes(true);
     list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list_->setTextElideMode(Qt::ElideRight);
     connect(list_, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) { accept(list_->row(item)); });
   }
   const int chosen = entered_ ? std::max(0, list_->isVisible() && shown_ > 0 ? list_->currentRow() : 0) : -1;
-  list_->setPalette(control_.palette());
+  QPalette colors = control_.palette();   // a border that stands out from dark and light text
+  colors.setColor(QPalette::WindowText, colors.color(QPalette::PlaceholderText));
+  list_->setPalette(colors);
   list_->setFont(control_.Font());
   list_->clear();
   for (const Row& row : rows_) {

@@ -33,6 +33,9 @@ bool isQuote(Editor& e, char c) {
   });
 }
 
+// Around a selection quotation marks go in every language: a tick that replaces the text is not what anybody wants.
+bool mayQuote(Editor& e, char c) { return c == '"' || c == '\'' || isQuote(e, c); }
+
 // Whether what is typed behind these bytes of a line stands in a comment or string.
 bool isDead(Editor& e, LineNo line, std::string before) {
   const Highlighter* language = e.model().highlighter();
@@ -117,22 +120,46 @@ bool surroundAll(Editor& e, const std::string& opener, const std::string& closer
   return true;
 }
 
+// Around the part of each row. Rows that do not reach the block have none.
+bool surroundRows(Editor& e, const std::string& opener, const std::string& closer) {
+  const SelectionState s = e.selection();
+  const int tabSize = e.options().tabSize;
+  const ColumnBlock block = columnBlock(e.model(), s, tabSize);
+  const LineNo anchorLine = e.snapshot().lineAt(s.anchor), caretLine = e.snapshot().lineAt(s.caret);
+  std::vector<Edit> edits;
+  for (LineNo line = block.first; line <= block.last; ++line) {
+    const ByteRange body = columnRow(e.model(), line, block.left, block.right, tabSize).body;
+    if (body.empty()) continue;
+    edits.push_back({{body.begin, body.begin}, opener});
+    edits.push_back({{body.end, body.end}, closer});
+  }
+  if (edits.empty()) return false;
+  const std::int64_t anchorCell = cellOf(e.model(), s.anchor, s.anchorVirtual, tabSize) + 1,
+                     caretCell = cellOf(e.model(), s.caret, s.caretVirtual, tabSize) + 1;
+  if (!EditorAccess::change(e, edits)) return false;
+  EditorAccess::place(e, columnSelection(e.model(), anchorLine, anchorCell, caretLine, caretCell, tabSize));
+  e.document().setSelectionAfter(e.selection());
+  return true;
+}
+
 }   // namespace
 
 bool autoClose::type(Editor& e, const QString& text) {
   const TypingAids& aids = e.options().aids;
   auto& impl = EditorAccess::impl(e);
   if (text.size() != 1 || text[0].unicode() >= 0x80 || impl.inside > 0 || gBusy() || keyMacros().recording() ||
-      e.document().readOnly() || e.selection().column)
+      e.document().readOnly())
     return false;
   const char c = static_cast<char>(text[0].unicode());
-  const bool opens = kClosedOpeners.find(c) != std::string_view::npos, quote = isQuote(e, c);
-  if (!opens && !quote && kTypedClosers.find(c) == std::string_view::npos) return false;
+  const bool opens = kClosedOpeners.find(c) != std::string_view::npos, quote = isQuote(e, c),
+             surrounds = aids.surround && (opens || mayQuote(e, c));
+  if (!opens && !surrounds && !quote && kTypedClosers.find(c) == std::string_view::npos) return false;
   const ByteRange range = e.selectedRange();
   const std::string opener(1, c), closer(1, closerOf(c));
-  if (carets::several(e)) return aids.surround && (opens || quote) && surroundAll(e, opener, closer);
+  if (e.selection().column) return surrounds && e.hasSelection() && surroundRows(e, opener, closer);
+  if (carets::several(e)) return surrounds && surroundAll(e, opener, closer);
   if (!range.empty()) {
-    if (!aids.surround || !(opens || quote)) return false;
+    if (!surrounds) return false;
     const bool forward = e.selection().anchor < e.selection().caret;
     const Edit edits[] = {{{range.begin, range.begin}, opener}, {{range.end, range.end}, closer}};
     const ByteOffset begin = range.begin + 1, end = range.end + 1;
@@ -141,11 +168,12 @@ bool autoClose::type(Editor& e, const QString& text) {
   if (!aids.closeBrackets || e.overtype) return false;
   if (typeOver(e, c, text)) return true;
   if (!(opens || quote) || !mayClose(e, c)) return false;
-  const Edit edit{range, opener + closer};
-  SelectionState after;
-  after.anchor = after.caret = range.begin + 1;
-  if (!EditorAccess::change(e, std::span(&edit, 1), after)) return false;
-  impl.pairs.push_back({range.begin, range.begin + 1});
+  const UndoGroup group(e.document());
+  if (!e.typeText(text)) return true;
+  const ByteOffset behind = e.selection().caret;   // an opener may have been indented
+  const Edit edit{{behind, behind}, closer};
+  EditorAccess::change(e, std::span(&edit, 1), e.selection());
+  impl.pairs.push_back({behind - 1, behind});
   return true;
 }
 

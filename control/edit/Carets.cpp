@@ -9,6 +9,7 @@
 #include "control/commands/CommandFunctions.h"
 #include "control/edit/CaretRun.h"
 #include "control/edit/EditorAccess.h"
+#include "control/edit/PasteHistory.h"
 
 using namespace text;
 
@@ -140,8 +141,12 @@ void copyPieces(Editor& e, const QStringList& pieces) {
     joined += pieces[i];
   }
   const auto& impl = EditorAccess::impl(e);
-  if (impl.cutAppends || impl.gathersCuts || pieces.size() < 2) commandFunctions::toClipboard(e, joined, false);
-  else e.host().setClipboardPieces(joined, pieces);
+  if (impl.cutAppends || impl.gathersCuts || pieces.size() < 2) {
+    commandFunctions::toClipboard(e, joined, false);
+  } else {
+    pasteHistory().add({joined, false});
+    e.host().setClipboardPieces(joined, pieces);
+  }
 }
 
 // The outcomes in the text with the changes of all carets.
@@ -334,6 +339,10 @@ bool CaretRun::take(std::span<const Edit> own, const std::optional<SelectionStat
 namespace carets {
 
 std::span<const Caret> others(const Editor& e) { return EditorAccess::impl(e).others; }
+
+bool anySelection(const Editor& e) {
+  return e.hasSelection() || std::ranges::any_of(others(e), [](const Caret& caret) { return !caret.empty(); });
+}
 
 std::vector<Caret> all(const Editor& e, std::size_t* main) {
   const auto& impl = EditorAccess::impl(e);

@@ -26,6 +26,7 @@ namespace carets {
 
 std::span<const Caret> others(const Editor& e);
 inline bool several(const Editor& e) { return !others(e).empty(); }
+bool anySelection(const Editor& e);   // at the main one or another
 inline std::size_t count(const Editor& e) { return 1 + others(e).size(); }
 // All in order, the main one among them; *main: its index. Without a column selection.
 std::vector<Caret> all(const Editor& e, std::size_t* main = nullptr);

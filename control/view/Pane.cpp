@@ -310,7 +310,7 @@ void Pane::paintParts(const QRegion& region) {
   restartColoring();
   // A line wider than all before became visible: the scroll bar is updated after painting.
   if (view_.takeMoved()) viewport()->update();
-  if (view_.widestSeen() > horizontalScrollBar()->maximum() + view_.width)
+  if (view_.widestSeen() + state_.metrics->cell() * 2 > horizontalScrollBar()->maximum() + view_.width)
     QMetaObject::invokeMethod(
         this, [this] { fit(); }, Qt::QueuedConnection);
 }

@@ -158,6 +158,7 @@ void Pane::offerPasteHistory() {
     });
   }
   menu->popup(viewport()->mapToGlobal(caretRect().bottomLeft()));
+  menu->setActiveAction(menu->actions().constFirst());
 }
 
 // --- Input methods ----------------------------------------------------------------------------------------------------------
@@ -268,7 +269,7 @@ void Pane::contextMenuEvent(QContextMenuEvent* event) {
 
 void Pane::showDefaultMenu(const QPoint& globalPosition) {
   QMenu menu(this);
-  const bool writable = !state_.model->document().readOnly(), selected = editor_->hasSelection();
+  const bool writable = !state_.model->document().readOnly(), selected = carets::anySelection(*editor_);
   const auto add = [&](const QString& label, const char* command, bool enabled) {
     QAction* action = menu.addAction(label, this, [this, command] {
       if (const Command* row = commandByName(QString::fromLatin1(command))) asked([&] { runCommand(row->id, {}); });

@@ -135,8 +135,9 @@ std::int64_t Pane::highestTop() const {
 
 std::int64_t Pane::highestLeft() const {
   if (state_.mayWrap && state_.wrapsNow == WordWrap::window) return 0;
-  const double widest = view_.widestSeen() + state_.metrics->cell() * 4;
-  return std::max<std::int64_t>(view_.left, static_cast<std::int64_t>(std::ceil(widest)) - view_.width);
+  const double widest = view_.widestSeen(), cell = state_.metrics->cell();
+  if (widest + cell * 2 <= view_.width) return view_.left;   // with the caret behind them, see scrollToCaret
+  return std::max<std::int64_t>(view_.left, static_cast<std::int64_t>(std::ceil(widest + cell * 4)) - view_.width);
 }
 
 qint64 Pane::topLine() const { return view_.placeAt(view_.target + view_.lineHeight() - 1).line.value; }

@@ -62,7 +62,9 @@ TEST_F(AutoCloseTest, ClosesTypesOverAndSurrounds) {
       {"ticks", "4|", "'b0", "4'b0|"},
       {"ticks", "|", "'{", "'{|"},
       {"ticks", "t|", "'(", "t'(|"},
-      {"ticks", "@a|", "'", "'|"},
+      {"ticks", "@a|", "'", "'@a|'"},
+      {"ticks", "@a|", "`", "`|"},
+      {"", "a#bc\nx\n\tz|", "(", "a(#bc)\nx\n\t(z|)"},
   };
   CmLanguage ticks;
   ticks.CaseSensitive = true;

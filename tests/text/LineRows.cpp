@@ -80,3 +80,15 @@ TEST(LineRows, HoldTheWholeLine) {
     }
   }
 }
+
+TEST(LineRows, OfLongLinesBeginWithWordsToo) {
+  std::mt19937 random(7);
+  std::string line = "  ";
+  while (line.size() < 50000) line += std::string(1 + random() % 12, 'x') + (random() % 9 ? " " : "  ");
+  for (const double width : {60.0, 119.0})
+    for (const std::string& row : rowsOf(line, width)) {
+      EXPECT_LE(row.size(), static_cast<std::size_t>(width));
+      EXPECT_TRUE(row.starts_with('x') || row.starts_with("  x")) << row;
+      EXPECT_EQ(row.back(), ' ');
+    }
+}

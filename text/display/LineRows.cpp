@@ -8,7 +8,8 @@ namespace text {
 
 namespace {
 
-constexpr int kSpareCells = 4;   // a character that a cut of a long line would divide stays before the cut
+// Of rows of a long line: how many cells, and which part of a row, may stay free so that the next one begins with a word.
+constexpr double kSpareCells = 24, kSparePart = 0.25;
 
 // Wide signs that close or end something stay with what is before them.
 bool startsNoRow(char32_t c) {
@@ -28,20 +29,21 @@ bool mayCut(const Segment& before, const Segment& next) {
 
 // Goes along a line by segments.
 struct Walk {
-  std::string_view bytes;
+  std::string_view bytes;   // of the line, from its byte `first`
   int tabSize;
   const Widths* widths;
   LinePlace at;
   Segment here;   // that begins at `at`
   double width = 0;
+  std::int64_t first = 0;
 
   void look() {
-    const std::string_view rest = bytes.substr(static_cast<std::size_t>(at.byte));
+    const std::string_view rest = bytes.substr(static_cast<std::size_t>(at.byte - first));
     here = segmentAt(rest, 0, 1);
     if (here.kind == Segment::tab) width = tabStop(at.x, tabSize * (widths ? widths->tabUnit : 1)) - at.x;
     else width = widths ? widths->widthOf(here, rest) : here.cells;
   }
-  bool ends() const { return at.byte >= static_cast<std::int64_t>(bytes.size()); }
+  bool ends() const { return at.byte - first >= static_cast<std::int64_t>(bytes.size()); }
   void go(const LinePlace& to) {
     at = to;
     if (!ends()) look();
@@ -62,8 +64,10 @@ LineRows::LineRows(LineMap& line, const Snapshot& text, double width, double cel
   const std::int64_t textBegin = walk.at.byte;
   if (walk.at.x <= width / 2) indent_ = walk.at.x;
   if (isLong) {
-    const double spare = width >= 5 * kSpareCells * cell ? kSpareCells * cell : 0;
-    first_ = width - spare;
+    tabSize_ = tabSize;
+    widths_ = widths;
+    spare_ = std::min(kSpareCells * cell, kSparePart * (width - indent_));
+    first_ = width - spare_;
     step_ = std::max(2 * cell, first_ - indent_);
     return;
   }
@@ -103,9 +107,23 @@ LinePlace LineRows::begin(LineMap& line, std::int64_t row) const {
     if (row > static_cast<std::int64_t>(starts_.size())) return line.at(LinePlace::atByte(line.length()));
     return starts_[static_cast<std::size_t>(row - 1)];
   }
-  const double x = xOfRow(row);
-  const LinePlace place = line.at(LinePlace::atX(x));
-  return place.x < x && place.byte < line.length() ? line.behind(place) : place;
+  const LinePlace most = line.at(LinePlace::atX(xOfRow(row)));
+  return most.byte >= line.length() ? most : wordBefore(line, most);
+}
+
+// Where the last word begins that a row may begin with; the place itself if there is none near before it.
+LinePlace LineRows::wordBefore(LineMap& line, const LinePlace& most) const {
+  const double least = most.x - spare_;
+  const LinePlace from = line.at(LinePlace::atX(std::max(0.0, least)));
+  const std::string bytes = line.bytes(from.byte, most.byte + segmentAhead);
+  Walk walk{bytes, tabSize_, widths_, {}, {}, 0, from.byte};
+  LinePlace word = most;
+  for (walk.go(from); walk.at.byte < most.byte;) {
+    const Segment before = walk.here;
+    walk.go(walk.behind());
+    if (walk.at.byte <= most.byte && !walk.ends() && walk.at.x > least && mayCut(before, walk.here)) word = walk.at;
+  }
+  return word;
 }
 
 bool LineRows::reach(LineMap& line, std::int64_t row, std::int64_t budget) const {
@@ -115,7 +133,8 @@ bool LineRows::reach(LineMap& line, std::int64_t row, std::int64_t budget) const
 std::int64_t LineRows::rowAt(LineMap& line, std::int64_t byte) const {
   if (isLong()) {
     const std::int64_t row = rowAtX(line.at(LinePlace::atByte(byte)).x);
-    return byte >= line.length() ? std::min(row, count(line) - 1) : row;
+    if (byte >= line.length()) return std::min(row, count(line) - 1);
+    return byte >= begin(line, row + 1).byte ? row + 1 : row;
   }
   return std::upper_bound(starts_.begin(), starts_.end(), byte, [](std::int64_t b, const LinePlace& s) { return b < s.byte; }) -
          starts_.begin();

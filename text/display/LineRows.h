@@ -1,8 +1,8 @@
 // The rows of a line that is wrapped at a width. Rows begin where a word does; a word that is wider than a row is cut, and nothing is
 // left out. Rows behind the first one are indented as the line is, unless little room would be left.
 //
-// A long line (LineMaps::kLong) is cut at fixed distances instead, so that a row anywhere in it is found without those before it. What
-// is not counted of it yet is estimated.
+// A row of a long line (LineMaps::kLong) begins with the last word that begins in a short stretch before a fixed distance, so that it is
+// found without those before it; a word that is longer than the stretch is cut. What is not counted of the line yet is estimated.
 //
 // x and widths are those of the LineMap: cells or pixels. Bytes count from the start of the line, rows from 0.
 #pragma once
@@ -33,7 +33,12 @@ class LineRows {
 
   std::vector<LinePlace> starts_;   // of the rows behind the first one; of a line that is not long
   double indent_ = 0;
-  double first_ = 0, step_ = 0, cell_ = 1;   // of a long line: x of the second row, and from each row to the next
+  LinePlace wordBefore(LineMap& line, const LinePlace& most) const;
+
+  int tabSize_ = 1;   // of a long line, as what follows
+  const Widths* widths_ = nullptr;
+  double first_ = 0, step_ = 0, cell_ = 1;   // x at which the second row begins at the latest, and from each row to the next
+  double spare_ = 0;                         // how far before that it may begin
 };
 
 }   // namespace text

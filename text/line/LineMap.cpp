@@ -253,6 +253,10 @@ LinePlace LineMap::behind(const LinePlace& place) {
   return walk(part.view(), end == length_, place, LinePlace::atByte(place.byte + length), tabSize_, maps_.widths_);
 }
 
+std::string LineMap::bytes(std::int64_t from, std::int64_t to) const {
+  return text_.bytes({start_ + from, start_ + std::clamp(to, from, length_)});
+}
+
 CharColumn LineMap::columnOf(std::int64_t byte) {
   byte = std::clamp<std::int64_t>(byte, 0, length_);
   const LinePlace from = before(LinePlace::atByte(byte));

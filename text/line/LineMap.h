@@ -77,6 +77,8 @@ class LineMap {
   // The boundary behind the segment that begins at the place.
   LinePlace behind(const LinePlace& place);
 
+  std::string bytes(std::int64_t from, std::int64_t to) const;   // clipped to the line
+
   // UTF-16 units before a byte; inside a character: before that. The way back; between the two units of a character: its start.
   CharColumn columnOf(std::int64_t byte);
   std::int64_t byteOfColumn(CharColumn column);
