@@ -132,6 +132,42 @@ void LongLine(benchmark::State& state) {
 }
 BENCHMARK(LongLine)->Iterations(1)->Unit(benchmark::kMillisecond);
 
+// Lines of ASCII pay nothing for the scripts that need more.
+void PlainLines(benchmark::State& state) {
+  for (auto _ : state) {
+    Window window;
+    const GlyphMetrics& metrics = window.pane->view().metrics();
+    const std::string text = bench::verilogFile(4 * bench::MB);
+    const auto eachLine = [&](auto look) {
+      for (std::string_view rest = text; !rest.empty();) {
+        const std::size_t length = std::min(rest.find('\n'), rest.size() - 1);
+        look(rest.substr(0, length));
+        rest.remove_prefix(length + 1);
+      }
+    };
+    const double limit = bench::best(5, [&] {
+      std::int64_t cells = 0;
+      eachLine([&](std::string_view line) {
+        for (; !line.empty(); line.remove_prefix(static_cast<std::size_t>(text::segmentAt(line, 0, 8).bytes))) ++cells;
+      });
+      benchmark::DoNotOptimize(cells);
+    });
+    const double took = bench::best(5, [&] {
+      eachLine([&](std::string_view line) { benchmark::DoNotOptimize(LineLayout(line, true, {}, metrics, 8, 1e300)); });
+    });
+    bench::ratioRow("plain lines laid out / their segments", took, limit, 7);
+    std::string comments;
+    while (comments.size() < 4 * bench::MB)
+      comments += "x = 1;   // \u05D0\u05D1\u05D2 (\u05D3\u05D4) 12 \u0633\u0644\u0627\u0645 \u0915\u094D\u0937\u093F\n";
+    window.load(comments);
+    double sum = 0;
+    constexpr int kPages = 100;
+    for (int i = 0; i < kPages; ++i) sum += window.press(Qt::Key_PageDown);
+    milliseconds("a page of comments that are read from right to left", sum / kPages, 1000.0 / 60);
+  }
+}
+BENCHMARK(PlainLines)->Iterations(1)->Unit(benchmark::kMillisecond);
+
 void ColoredPages(benchmark::State& state) {
   for (auto _ : state) {
     Window window;

@@ -1,7 +1,6 @@
 #include "control/view/GlyphMetrics.h"
 
 #include <QFontMetricsF>
-#include <QTextLayout>
 #include <algorithm>
 #include <cmath>
 
@@ -78,27 +77,16 @@ double GlyphMetrics::widthOf(const text::Segment& s, std::string_view bytes) con
   return std::max(1.0, round(own.glyph != 0 ? own.advance : shaped(shownText(s, bytes)).advance));
 }
 
-const ShapedCluster& GlyphMetrics::shaped(const QString& cluster) const {
+const shape::Shaped& GlyphMetrics::shaped(const QString& cluster) const {
   if (const auto it = shaped_.constFind(cluster); it != shaped_.constEnd()) return *it;
-  QTextLayout layout(cluster, font_);
-  QTextOption option;
-  option.setTextDirection(Qt::LeftToRight);
-  option.setWrapMode(QTextOption::NoWrap);
-  layout.setTextOption(option);
-  layout.beginLayout();
-  QTextLine line = layout.createLine();
-  line.setLineWidth(1e6);
-  layout.endLayout();
-  ShapedCluster result;
-  result.advance = line.naturalTextWidth();
-  for (QGlyphRun run : layout.glyphRuns()) {
-    auto positions = run.positions();
-    for (QPointF& p : positions) p.ry() -= line.ascent();
-    run.setPositions(positions);
-    result.runs << run;
-  }
   if (shaped_.size() >= kCacheLimit) shaped_.clear();
-  return *shaped_.insert(cluster, result);
+  return *shaped_.insert(cluster, shape::shaped(cluster, font_));
+}
+
+const shape::ShapedWord& GlyphMetrics::word(const QString& text, const std::vector<int>& lengths) const {
+  if (const auto it = words_.constFind(text); it != words_.constEnd()) return *it;
+  if (words_.size() >= kCacheLimit) words_.clear();
+  return *words_.insert(text, shape::shapedWord(text, lengths, font_));
 }
 
 double GlyphMetrics::labelWidth(const QString& label) const {

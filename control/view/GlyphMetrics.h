@@ -3,19 +3,13 @@
 #pragma once
 
 #include <QFont>
-#include <QGlyphRun>
 #include <QHash>
 #include <QRawFont>
 #include <QString>
 #include <array>
 
+#include "control/shape/ShapedWord.h"
 #include "text/line/Segments.h"
-
-// A cluster that the main font cannot draw glyph by glyph: shaped once with fonts that have its glyphs.
-struct ShapedCluster {
-  QList<QGlyphRun> runs;   // relative to the baseline at the cluster's left edge
-  double advance = 0;
-};
 
 class GlyphMetrics : public text::Widths {
  public:
@@ -40,7 +34,10 @@ class GlyphMetrics : public text::Widths {
   };
   Simple simple(char32_t code) const;
   Simple simple(const text::Segment& segment) const;   // no glyph, too, for what has to be shaped or is wider than its cells
-  const ShapedCluster& shaped(const QString& cluster) const;
+  // A cluster that the main font cannot draw glyph by glyph, or a word whose clusters join: shaped once with fonts that have its
+  // glyphs. The next call may end the reference.
+  const shape::Shaped& shaped(const QString& cluster) const;
+  const shape::ShapedWord& word(const QString& text, const std::vector<int>& lengths) const;
   double labelWidth(const QString& label) const;   // of a box with the label; whole cells in a fixed font
   double widthOf(const text::Segment& segment, std::string_view bytes) const override;
   QString shownText(const text::Segment& segment, std::string_view bytes) const;   // of a label, or what is shaped
@@ -53,6 +50,7 @@ class GlyphMetrics : public text::Widths {
   bool fixed_ = false;
   std::array<quint32, 0x80> asciiGlyphs_{};
   mutable QHash<char32_t, Simple> simple_;
-  mutable QHash<QString, ShapedCluster> shaped_;
+  mutable QHash<QString, shape::Shaped> shaped_;
+  mutable QHash<QString, shape::ShapedWord> words_;
   mutable QHash<QString, double> labels_;
 };

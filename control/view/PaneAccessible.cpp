@@ -168,11 +168,9 @@ int PaneAccessible::characterCount() const {
 }
 
 QRect PaneAccessible::characterRect(int offset) const {
-  const ByteOffset at = offsetOf(offset), next = offsetOf(offset + 1);
-  const QPoint corner = pane_->view().pointOf(at), behind = pane_->view().pointOf(next);
-  const bool sameLine = corner.y() == behind.y() && behind.x() > corner.x();
-  const int width = sameLine ? behind.x() - corner.x() : static_cast<int>(pane_->view().metrics().cell());
-  return {pane_->viewport()->mapToGlobal(corner), QSize(width, pane_->view().lineHeight())};
+  QRect rect = pane_->view().rectOf(offsetOf(offset));
+  if (rect.width() <= 0) rect.setWidth(static_cast<int>(pane_->view().metrics().cell()));
+  return {pane_->viewport()->mapToGlobal(rect.topLeft()), rect.size()};
 }
 
 int PaneAccessible::offsetAtPoint(const QPoint& point) const {

@@ -66,8 +66,11 @@ class GlyphBatch {
 
 constexpr int kCaretWidth = 2;
 
-// Where the byte stands, or the edge of what is laid out: beyond it nothing is seen.
-double seenX(const Row& row, ByteOffset at) { return row.layout.xOf(at - row.start); }
+// The left edge of a caret: of one as wide as its character, that of the character.
+double caretLeft(const Row& row, ByteOffset at, bool block) {
+  const std::int64_t byte = at - row.start;
+  return block && row.layout.widthAt(byte) > 0 ? row.layout.leftOf(byte) : row.layout.xOf(byte);
+}
 
 }   // namespace
 
@@ -115,6 +118,10 @@ void PanePainter::fill(const Span& span, int y, const QColor& color) {
   if (right > left) painter_.fillRect(QRectF(left, y, right - left, view_.lineHeight()), color);
 }
 
+void PanePainter::fillBytes(const Row& row, const ByteRange& range, int y, const QColor& color) {
+  for (const Span& piece : row.layout.pieces(range.begin - row.start, range.end - row.start)) fill(piece, y, color);
+}
+
 void PanePainter::enter(const TextView::Place& place) {
   left_ = view_.textLeft();
   begin_ = 0;
@@ -136,14 +143,27 @@ void PanePainter::enter(const TextView::Place& place) {
   shown_.to = end.x;
 }
 
-std::optional<PanePainter::Span> PanePainter::selectedSpan(std::int64_t line, const Row& row) {
-  if (line < firstLine_ || line > lastLine_) return std::nullopt;
-  if (look_.selection.column) return Span{view_.xOfCell(line, blockLeft_), view_.xOfCell(line, blockRight_)};
-  if (selected_.empty()) return std::nullopt;
-  const double from = line == firstLine_ ? seenX(row, selected_.begin) : 0;
+void PanePainter::fillCells(std::int64_t line, const Row& row, int y, const QColor& color) {
+  if (!row.layout.arranged()) return fill({view_.xOfCell(line, blockLeft_), view_.xOfCell(line, blockRight_)}, y, color);
+  const ByteRange bytes = selectedBytes(line, row);
+  fillBytes(row, {row.start + bytes.begin.value, row.start + bytes.end.value}, y, color);
+  const std::int64_t end = cellOf(*view_.state().model, row.start + row.length, 0, view_.state().options->tabSize);
+  if (blockRight_ > end) fill({view_.xOfCell(line, std::max(end, blockLeft_)), view_.xOfCell(line, blockRight_)}, y, color);
+}
+
+void PanePainter::paintSelection(std::int64_t line, const Row& row, int y) {
+  if (line < firstLine_ || line > lastLine_) return;
+  const QColor chosen = color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack);
+  if (look_.selection.column) {
+    if (blockLeft_ < blockRight_) return fillCells(line, row, y, chosen);
+    const double x = view_.xOfCell(line, blockLeft_);
+    return fill({x, x + 2}, y, mixed(chosen, color(ColorSlot::Text), 0.5));
+  }
+  if (selected_.empty()) return;
+  fillBytes(row, selected_, y, chosen);
   // The break of a selected line shows as one cell.
-  const double to = line == lastLine_ ? seenX(row, selected_.end) : row.layout.end().x + view_.metrics().cell();
-  return Span{from, to};
+  const double end = row.layout.end().x;
+  if (line < lastLine_) fill({end, end + view_.metrics().cell()}, y, chosen);
 }
 
 ByteRange PanePainter::selectedBytes(std::int64_t line, const Row& row) const {
@@ -164,9 +184,9 @@ void PanePainter::paintOtherSelections(const Row& row, int y) {
   const ByteOffset end = row.start + row.length;
   for (const Caret& caret : othersIn(row)) {
     if (caret.empty() || caret.end() <= row.start) continue;
-    const double from = caret.begin() < row.start ? 0 : seenX(row, caret.begin());
-    const double to = caret.end() > end ? row.layout.end().x + view_.metrics().cell() : seenX(row, caret.end());
-    fill({from, to}, y, color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack));
+    const QColor chosen = color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack);
+    fillBytes(row, {caret.begin(), caret.end()}, y, chosen);
+    if (caret.end() > end) fill({row.layout.end().x, row.layout.end().x + view_.metrics().cell()}, y, chosen);
   }
 }
 
@@ -179,7 +199,7 @@ void PanePainter::paintOtherCarets(const Row& row, int y) {
       const double here = row.layout.widthAt(byte);
       width = here > 0 ? here : view_.metrics().cell();
     }
-    const double left = std::clamp(std::floor(left_ + seenX(row, caret.caret)), -1e6, 1e6);
+    const double left = std::clamp(std::floor(left_ + caretLeft(row, caret.caret, look_.overtype)), -1e6, 1e6);
     paintCaret({static_cast<int>(left), y, std::max(1, static_cast<int>(width)), view_.lineHeight()}, look_.overtype);
   }
 }
@@ -194,20 +214,14 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
   const int y = band.top();
   const bool current = line == caretLine_ && selected_.empty() && !look_.selection.column;
   painter_.fillRect(band, back.line.isValid() ? back.line : color(current ? ColorSlot::HighlightedLine : ColorSlot::Window));
-  for (const ByteRange& range : back.parts) fill({seenX(row, range.begin), seenX(row, range.end)}, y, back.part);
+  for (const ByteRange& range : back.parts) fillBytes(row, range, y, back.part);
   const QColor hit = mixed(color(ColorSlot::Window), color(ColorSlot::MatchingBrace), 0.6);
-  for (const ByteRange& range : row.hits) fill({seenX(row, range.begin), seenX(row, range.end)}, y, hit);
-  if (const auto span = selectedSpan(line, row)) {
-    const QColor chosen = color(look_.focused ? ColorSlot::SelectionBack : ColorSlot::InactiveSelectionBack);
-    if (look_.selection.column && blockLeft_ == blockRight_)
-      fill({span->from, span->from + 2}, y, mixed(chosen, color(ColorSlot::Text), 0.5));
-    else fill(*span, y, chosen);
-  }
+  for (const ByteRange& range : row.hits) fillBytes(row, range, y, hit);
+  paintSelection(line, row, y);
   paintOtherSelections(row, y);
   if (look_.pair) {
     for (const ByteRange& word : *look_.pair)
-      if (word.begin >= row.start && word.begin < row.start + row.length)
-        fill({seenX(row, word.begin), seenX(row, word.end)}, y, color(ColorSlot::MatchingBrace));
+      if (word.begin >= row.start && word.begin < row.start + row.length) fillBytes(row, word, y, color(ColorSlot::MatchingBrace));
   }
 }
 
@@ -224,7 +238,7 @@ void PanePainter::paintRow(const TextView::Place& place, const QRect& part) {
     if (preedit) {
       LineLayout shifted = row.layout;
       const ByteOffset caret = look_.selection.caret;
-      const double x = view_.xOf(line, caret) + static_cast<double>(look_.selection.caretVirtual) * view_.metrics().cell();
+      const double x = view_.shownX(caret, look_.selection.caretVirtual) - view_.rows.shift(place.line, place.row);
       shifted.insertGap(caret - row.start, look_.preedit->layout.end().x);
       paintText(row, shifted, line, band);
       paintPreedit(x, y);
@@ -256,17 +270,23 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
   auto token = static_cast<std::size_t>(std::partition_point(row.tokens.begin(), row.tokens.end(),
                                                              [&](const text::Token& t) { return t.begin + t.length <= begin_; }) -
                                         row.tokens.begin());
-  for (auto next = std::lower_bound(items.begin(), items.end(), begin_, before); next != items.end() && next->byte < end_; ++next) {
-    const LayoutItem& item = *next;
-    if (left + item.x > band.right() + 1) break;
-    if (left + item.x + item.width < band.left()) continue;
+  const auto inkOf = [&](const LayoutItem& item) {   // asked for items that follow each other
     while (token < row.tokens.size() && row.tokens[token].begin + row.tokens[token].length <= item.byte) ++token;
     const bool inToken = token < row.tokens.size() && row.tokens[token].begin <= item.byte;
-    QColor ink = inToken ? color(slotOf(row.tokens[token].kind)) : plain;
     const ByteOffset at = row.start + item.byte;
     while (other != others.end() && other->end() <= at) ++other;
-    if ((item.byte >= selected.begin.value && item.byte < selected.end.value) || (other != others.end() && other->begin() <= at))
-      ink = selectedColor;
+    const bool chosen =
+        (item.byte >= selected.begin.value && item.byte < selected.end.value) || (other != others.end() && other->begin() <= at);
+    return chosen ? selectedColor : inToken ? color(slotOf(row.tokens[token].kind)) : plain;
+  };
+  for (auto next = std::lower_bound(items.begin(), items.end(), begin_, before); next != items.end() && next->byte < end_; ++next) {
+    const LayoutItem& item = *next;
+    if (left + item.x > band.right() + 1) {
+      if (layout.turned()) continue;
+      break;
+    }
+    if (left + item.x + item.width < band.left()) continue;
+    const QColor ink = inkOf(item);
     switch (item.kind) {
       case LayoutItem::glyph: batch.add(item.glyphIndex, left + item.x, ink); break;
       case LayoutItem::shaped: {
@@ -274,12 +294,22 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
         painter_.save();
         painter_.setClipRect(QRectF(left + item.x - 1, band.top(), item.width + 2, band.height()), Qt::IntersectClip);
         painter_.setPen(ink);
-        const ShapedCluster& cluster = view_.metrics().shaped(layout.text(item));
+        const shape::Shaped& cluster = view_.metrics().shaped(layout.text(item));
         // Fits a glyph into its cells: centred, and narrowed if it is wider; the next character is not moved.
         painter_.translate(left + item.x + std::max(0.0, (item.width - cluster.advance) / 2), baseline);
         if (cluster.advance > item.width) painter_.scale(item.width / cluster.advance, 1);
         for (const QGlyphRun& run : cluster.runs) painter_.drawGlyphRun(QPointF(), run);
         painter_.restore();
+        break;
+      }
+      case LayoutItem::joined: {
+        batch.flush();
+        auto end = next + 1;
+        while (end != items.end() && end->byte < end_ && end->kind == LayoutItem::joined && end->text == item.text &&
+               layout.movedBy(*end) == layout.movedBy(item) && inkOf(*end) == ink)
+          ++end;
+        paintWord(layout, next, end, band, ink);
+        next = end - 1;
         break;
       }
       case LayoutItem::label:
@@ -306,6 +336,25 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
       painter_.drawText(QPointF(left + layout.end().x + 3, baseline), QString::fromLatin1(name));
     }
   }
+}
+
+// Signs that belong to several items are cut where their colour ends; the ends of a whole word may stick out.
+void PanePainter::paintWord(const LineLayout& layout, Item first, Item end, const QRect& band, const QColor& ink) {
+  constexpr double kOut = 6;   // pixels
+  const LayoutWord& word = layout.word(*first);
+  const Item last = std::prev(end);
+  const auto ofWord = [&](Item i) { return i->kind == LayoutItem::joined && i->text == first->text; };
+  const double before = first == layout.items().begin() || !ofWord(std::prev(first)) ? kOut : 0;
+  const double behind = end == layout.items().end() || !ofWord(end) ? kOut : 0;
+  const double from = first->rightToLeft ? last->x - behind : first->x - before;
+  const double to = first->rightToLeft ? first->x + first->width + before : last->x + last->width + behind;
+  painter_.save();
+  painter_.setClipRect(QRectF(left_ + from, band.top(), to - from, band.height()), Qt::IntersectClip);
+  painter_.setPen(ink);
+  painter_.translate(left_ + word.x + layout.movedBy(*first), band.top() + view_.metrics().ascent());
+  painter_.scale(word.scale, 1);
+  for (const QGlyphRun& run : word.shaped.runs) painter_.drawGlyphRun(QPointF(), run);
+  painter_.restore();
 }
 
 // A box with the name of an invisible character; the box of an invalid byte is filled.
@@ -401,7 +450,7 @@ void PanePainter::paintContinued(int y) {
 double PanePainter::caretX(TextView& view, const PaneLook& look) {
   const text::SelectionState& s = look.selection;
   const TextView::Place place = view.placeOf(s.caret);
-  double x = view.shownX(s.caret) + static_cast<double>(s.caretVirtual) * view.metrics().cell();
+  double x = view.shownX(s.caret, s.caretVirtual);
   if (s.column && view.metrics().fixedPitch())
     x = view.xOfCell(place.line.value, cellOf(*view.state().model, s.caret, s.caretVirtual, view.state().options->tabSize)) +
         view.rows.shift(place.line, place.row);
@@ -411,12 +460,13 @@ double PanePainter::caretX(TextView& view, const PaneLook& look) {
 QRect PanePainter::caretRect(TextView& view, const PaneLook& look) {
   const text::SelectionState& s = look.selection;
   const TextView::Place place = view.placeOf(s.caret);
-  const double left = std::clamp(std::floor(view.textLeft() + caretX(view, look)), -1e6, 1e6);
-  double width = kCaretWidth;
+  double x = caretX(view, look), width = kCaretWidth;
   if (look.overtype && !look.preedit) {
     const Row& row = view.row(place.line.value);
     const double here = row.layout.widthAt(s.caret - row.start);
     width = here > 0 ? here : view.metrics().cell();
+    if (row.layout.turned()) x = caretLeft(row, s.caret, true) + view.rows.shift(place.line, place.row);
   }
+  const double left = std::clamp(std::floor(view.textLeft() + x), -1e6, 1e6);
   return {static_cast<int>(left), view.yOf(place), std::max(1, static_cast<int>(width)), view.lineHeight()};
 }

@@ -40,13 +40,14 @@ class PanePainter {
   static QRect caretRect(TextView& view, const PaneLook& look);
 
  private:
-  struct Span {
-    double from, to;
-  };                                          // x from the start of the line
+  using Span = LayoutPiece;                   // x from the start of the line
   void enter(const TextView::Place& place);   // what follows paints this row
   void paintRow(const TextView::Place& place, const QRect& part);
   void paintBackgrounds(std::int64_t line, const Row& row, const QRect& band, const LineBack& back);
   void paintText(const Row& row, const LineLayout& layout, std::int64_t line, const QRect& band);
+  // Draws the items [first, end) of a word.
+  using Item = std::vector<LayoutItem>::const_iterator;
+  void paintWord(const LineLayout& layout, Item first, Item end, const QRect& band, const QColor& ink);
   void paintLabel(const QString& label, const LayoutItem& item, int y);
   void paintWhiteSpace(const LayoutItem& item, int y);
   void paintPreedit(double x, int y);
@@ -54,8 +55,9 @@ class PanePainter {
   void paintContinued(int y);
   void paintRules(int y, const LineBack& back);
   void fill(const Span& span, int y, const QColor& color);
-  // The selected part of a line; nothing for most lines.
-  std::optional<Span> selectedSpan(std::int64_t line, const Row& row);
+  void fillBytes(const Row& row, const text::ByteRange& range, int y, const QColor& color);   // what is laid out of the range
+  void fillCells(std::int64_t line, const Row& row, int y, const QColor& color);              // of a column selection
+  void paintSelection(std::int64_t line, const Row& row, int y);
   text::ByteRange selectedBytes(std::int64_t line, const Row& row) const;
   std::span<const Caret> othersIn(const Row& row) const;   // those that touch what is laid out
   void paintOtherSelections(const Row& row, int y);

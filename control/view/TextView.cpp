@@ -29,6 +29,7 @@ const Row& TextView::row(std::int64_t line) {
   Row& row = rows_[line];
   layOut(row, line);
   if (row.counted && state_.colorSyntax && state_.model->highlighter()) color(row, line, kPaintBudget);
+  if (row.layout.mayArrange()) arrange(row, LineNo(line));
   if (state_.hits) {
     const auto& slot = state_.model->plainSlot;
     if (slot && slot(LineNo(line)) == static_cast<int>(ColorSlot::Comment)) {   // remarks on the text hold no hits
@@ -115,21 +116,33 @@ text::LinePlace TextView::placeBefore(LineNo line, double x) {
 }
 
 double TextView::xOfCell(std::int64_t line, std::int64_t cell) {
-  if (metrics().fixedPitch()) return static_cast<double>(cell) * metrics().cell();
+  if (metrics().fixedPitch() && !row(line).layout.arranged()) return static_cast<double>(cell) * metrics().cell();
   std::int64_t beyond = 0;
   const ByteOffset at = offsetAtCell(*state_.model, LineNo(line), cell, state_.options->tabSize, &beyond);
-  return xOf(line, at) + static_cast<double>(beyond) * metrics().cell();
+  const Row& r = row(line);
+  return (beyond > 0 && r.whole ? r.layout.end().x : xOf(line, at)) + static_cast<double>(beyond) * metrics().cell();
 }
 
 std::int64_t TextView::cellAt(const QPoint& point) {
   const Place place = placeAtY(point.y());
   const double x = lineX(place, std::max(0.0, point.x() - textLeft()));
   const std::int64_t line = place.line.value;
-  if (metrics().fixedPitch()) return static_cast<std::int64_t>(std::floor(x / metrics().cell() + 0.5));
+  const bool arranged = row(line).layout.arranged();
+  if (metrics().fixedPitch() && !arranged) return static_cast<std::int64_t>(std::floor(x / metrics().cell() + 0.5));
   const ByteOffset at = offsetAt(point), end = snapshot().lineEnd(LineNo(line));
+  const double endX = arranged && row(line).whole ? row(line).layout.end().x : xOf(line, end);
   std::int64_t beyond = 0;
-  if (at == end) beyond = std::max<std::int64_t>(0, std::llround((x - xOf(line, end)) / metrics().cell()));
+  if (at == end) beyond = std::max<std::int64_t>(0, std::llround((x - endX) / metrics().cell()));
   return cellOf(*state_.model, at, beyond, state_.options->tabSize);
+}
+
+QRect TextView::rectOf(ByteOffset offset) {
+  const Place place = placeOf(offset);
+  const Row& r = row(place.line.value);
+  const double width = r.layout.widthAt(offset - r.start);
+  const double x =
+      textLeft() + (width > 0 ? r.layout.leftOf(offset - r.start) + rows.shift(place.line, place.row) : shownX(offset));
+  return {static_cast<int>(std::clamp(x, -1e8, 1e8)), yOf(place), static_cast<int>(width), lineHeight()};
 }
 
 QPoint TextView::pointOf(ByteOffset offset) {

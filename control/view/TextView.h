@@ -9,6 +9,7 @@
 #pragma once
 
 #include <QPoint>
+#include <QRect>
 #include <chrono>
 #include <map>
 #include <optional>
@@ -82,8 +83,10 @@ class TextView {
   void widen(double x) { widest_ = std::max(widest_, x); }
   void forgetWidest() { widest_ = 0; }
 
-  double xOf(std::int64_t line, text::ByteOffset offset);
-  double shownX(text::ByteOffset offset);   // from the left edge of its row
+  double xOf(std::int64_t line, text::ByteOffset offset);   // of a caret there
+  double shownX(text::ByteOffset offset,
+                std::int64_t beyond = 0);   // from the left edge of its row; `beyond` cells behind a line's end
+  QRect rectOf(text::ByteOffset offset);    // of the character there; without width at a line's end
   // The x of a column of a block selection: by cells in a fixed font, else by the row's own text.
   double xOfCell(std::int64_t line, std::int64_t cell);
   std::int64_t cellAt(const QPoint& point);
@@ -108,6 +111,7 @@ class TextView {
   text::LineState stateOf(std::int64_t line) const;
   void layOut(Row& row, std::int64_t line);
   void layOutWrapped(Row& row, text::LineNo line);
+  void arrange(Row& row, text::LineNo line);
   void visibleRows(std::int64_t line, std::int64_t* first, std::int64_t* last) const;
   double lineX(const Place& place, double x);                 // of a point in the row; of another row never
   text::LinePlace placeBefore(text::LineNo line, double x);   // in pixels

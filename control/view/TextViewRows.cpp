@@ -130,7 +130,41 @@ double TextView::lineX(const Place& place, double x) {
   return last ? x : std::min(x, rows.begin(place.line, place.row + 1).x);
 }
 
-double TextView::shownX(ByteOffset offset) {
+// A text without a language is no code. Of a long line that is not wrapped only a part is known, which turns nothing.
+void TextView::arrange(Row& row, LineNo line) {
+  std::vector<text::ByteRange> natural;
+  std::vector<std::int64_t> begins;   // of rows
+  const std::int64_t from = row.layout.begin().byte, to = row.layout.end().byte;
+  if (rows.wraps()) {
+    const std::int64_t last = row.whole ? rows.count(line) - 1 : row.lastRow;
+    for (std::int64_t r = row.firstRow + 1; r <= last; ++r) begins.push_back(rows.begin(line, r).byte);
+  }
+  if (row.whole || rows.wraps()) {
+    const auto add = [&](std::int64_t begin, std::int64_t end) {
+      begin = std::max(begin, from), end = std::min(end, to);
+      if (begin >= end) return;
+      if (row.whole && !natural.empty() && natural.back().end.value == begin) natural.back().end = ByteOffset(end);
+      else natural.push_back({ByteOffset(begin), ByteOffset(end)});
+    };
+    // Of a long line each row is read for itself.
+    const auto addRows = [&](std::int64_t begin, std::int64_t end) {
+      for (const std::int64_t next : row.whole ? std::vector<std::int64_t>() : begins) {
+        add(begin, std::min(next, end));
+        begin = std::max(begin, next);
+      }
+      add(begin, end);
+    };
+    if (!state_.model->highlighter() && !state_.model->plainSlot) addRows(from, to);
+    for (const text::Token& token : row.tokens)
+      if (token.kind == text::TokenKind::comment || token.kind == text::TokenKind::string)
+        addRows(token.begin, token.begin + token.length);
+  }
+  row.layout.arrange(snapshot().bytes({row.start + from, row.start + to}), natural, begins, metrics());
+}
+
+double TextView::shownX(ByteOffset offset, std::int64_t beyond) {
   const Place place = placeOf(offset);
-  return xOf(place.line.value, offset) + rows.shift(place.line, place.row);
+  const Row& r = row(place.line.value);
+  const double x = beyond > 0 && r.whole ? r.layout.end().x : xOf(place.line.value, offset);
+  return x + static_cast<double>(beyond) * metrics().cell() + rows.shift(place.line, place.row);
 }

@@ -17,7 +17,7 @@ LineLayout layOut(std::string_view line, const GlyphMetrics& metrics, int tab = 
 }
 
 // The kinds and widths in cells: "g1 t3 l2[FF]".
-std::string shape(std::string_view line, const GlyphMetrics& metrics, int tab = 4) {
+std::string kindsOf(std::string_view line, const GlyphMetrics& metrics, int tab = 4) {
   std::string result;
   const LineLayout layout = layOut(line, metrics, tab);
   for (const LayoutItem& item : layout.items()) {
@@ -61,8 +61,8 @@ TEST(LineLayout, H1_EveryCharacterHasItsPlaceAndNothingHides) {
       {"right-to-left letters stay in order", "\xD7\x90\xD7\x91", "s1 s1"},
   };
   // clang-format on
-  for (const auto& c : cases) EXPECT_EQ(shape(c.line, metrics), c.expected) << c.what;
-  EXPECT_EQ(shape("ab\tc", metrics, 8), "g1 g1 t6 g1");
+  for (const auto& c : cases) EXPECT_EQ(kindsOf(c.line, metrics), c.expected) << c.what;
+  EXPECT_EQ(kindsOf("ab\tc", metrics, 8), "g1 g1 t6 g1");
 }
 
 TEST(LineLayout, PlacesAndBytesAgree) {
