@@ -14,6 +14,7 @@
 #include "bridge/FileNames.h"
 #include "bridge/QStringBytes.h"
 #include "control/find/UsersSearch.h"
+#include "control/folds/PaneFolds.h"
 #include "control/view/PaneGrid.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
@@ -22,6 +23,7 @@
 namespace {
 
 constexpr int kMostPixels = 20'000;
+constexpr std::size_t kMostFoldNumbers = 5'000;   // of one text, as the file takes
 const char* const kDocks[] = {"logDock", "filesDock"};
 
 KeptPlace keptPlace(const QRect& place) { return {place.x(), place.y(), place.width(), place.height()}; }
@@ -37,6 +39,20 @@ void giveEncodingBack(const KeptDocument& kept, frmDocument& document) {
     model.replaceAll(model.snapshot(), model.format);   // the user has not seen the other reading: there is no way back to it
     model.setBookmarks(marks, true);
   }
+}
+
+// Those of a text that has as many lines as then.
+void giveFoldsBack(const std::vector<std::int64_t>& kept, CodeMax& cmx) {
+  PaneFolds* const folds = cmx.editor().host().folds();
+  const std::int64_t lines = cmx.LineCount();
+  if (!folds || kept.empty() || kept[0] != lines) return;
+  std::vector<text::Fold> given;
+  for (std::size_t i = 1; i + 1 < kept.size(); i += 2) {
+    const std::int64_t first = kept[i], hidden = kept[i + 1];
+    if (first < 0 || hidden <= 0 || hidden >= lines || first >= lines - hidden) continue;
+    if (given.empty() || given.back().first.value < first) given.push_back({text::LineNo(first), text::LineNo(first + hidden)});
+  }
+  folds->setFolds(given);
 }
 
 void giveDockBack(const KeptDock& kept, frmMain& frame) {
@@ -94,6 +110,13 @@ std::optional<KeptDocument> keptOf(const frmMain& frame, frmDocument& document, 
   kept.selection = {selection.StartLineNo, selection.StartColNo, selection.EndLineNo, selection.EndColNo};
   kept.columns = selection.ColumnSel;
   kept.top = cmx.editor().host().topLine();
+  if (PaneFolds* const folds = cmx.editor().host().folds(); folds && !folds->folds().empty()) {
+    kept.folds = {cmx.LineCount()};
+    for (const text::Fold& fold : folds->folds()) {
+      if (kept.folds.size() + 2 > kMostFoldNumbers) break;
+      kept.folds.insert(kept.folds.end(), {fold.first.value, fold.last - fold.first});
+    }
+  }
   kept.zoom = cmx.Zoom();
   if (const PaneGrid* grid = gridOf(document))
     kept.bars = {std::lround(grid->place(Qt::Horizontal) * 1000), std::lround(grid->place(Qt::Vertical) * 1000)};
@@ -126,6 +149,7 @@ void giveBack(const KeptDocument& kept, frmMain& frame, frmDocument& document, b
   const auto line = [last](std::int64_t number) { return std::clamp<std::int64_t>(number, 0, last); };
   const auto column = [](std::int64_t number) { return std::clamp<std::int64_t>(number, 0, 1 << 30); };
   cmx.SetSel({line(at[0]), column(at[1]), line(at[2]), column(at[3]), kept.columns}, false);
+  giveFoldsBack(kept.folds, cmx);
   cmx.editor().host().setTopLine(line(kept.top));
   if (kept.path.empty())
     for (const std::int64_t mark : kept.bookmarks)

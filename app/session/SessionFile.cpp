@@ -27,6 +27,7 @@ void fields(Io& io, KeptDocument& d) {
   io("selection", d.selection);
   io("columns", d.columns);
   io("top", d.top);
+  io("folds", d.folds);
   io("zoom", d.zoom);
   io("bars", d.bars);
   io("state", d.state);

@@ -30,6 +30,7 @@ struct KeptDocument {
   std::array<std::int64_t, 4> selection{};   // line and column of the anchor, then of the caret, from 0
   bool columns = false;                      // it is a column selection
   std::int64_t top = 0;                      // the first line shown
+  std::vector<std::int64_t> folds;           // the number of lines, then of each fold its first line and the number of hidden ones
   std::int64_t zoom = 100;                   // percent
   std::array<std::int64_t, 2> bars{};        // of the splitters, in thousandths of height and width; 0: none
   std::int64_t state = 0;                    // of the window, see windowstate

@@ -5,6 +5,8 @@
 #include "bench/Application.h"
 #include "bench/Bench.h"
 #include "control/CodeMax.h"
+#include "control/folds/PaneFolds.h"
+#include "control/keys/KeyCommands.h"
 #include "control/view/Pane.h"
 #include "control/view/ViewState.h"
 
@@ -103,6 +105,48 @@ void WrappedBigFile(benchmark::State& state) {
   }
 }
 BENCHMARK(WrappedBigFile)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+// Blocks of a large file folded, and keys in it.
+void FoldedFile(benchmark::State& state) {
+  for (auto _ : state) {
+    Window window;
+    window.load(bench::verilogFile(10 * bench::MB));
+    PaneFolds& folds = *window.pane->folds();
+    const auto run = [&](const char* command) {
+      const auto start = bench::Clock::now();
+      window.control->ExecuteCmd(anyCommandByName(QString::fromLatin1(command))->id);
+      window.show();
+      return bench::secondsSince(start);
+    };
+    milliseconds("10 MB of Verilog: all folded until painted, its blocks read meanwhile", run("FOLDALL"), 200);
+    milliseconds("  all unfolded", run("UNFOLDALL"), 200);
+    milliseconds("  all folded again", run("FOLDALL"), 200);
+    // Many small blocks, each folded for itself.
+    std::string many;
+    for (int i = 0; i < 200000; ++i) many += "if (a)\n{\n  b(); c(); d();\n}\n";
+    window.load(many);
+    const qint64 middle = window.control->LineCount() / 2;
+    window.control->SetSel({middle, 0, middle, 0, false});
+    const auto keys = [&](const std::string& what) {
+      double sum = 0, worst = 0;
+      constexpr int kKeys = 200;
+      for (int i = 0; i < kKeys; ++i) {
+        const double took = window.press(Qt::Key_A, {}, QStringLiteral("a"));
+        sum += took;
+        worst = std::max(worst, took);
+      }
+      milliseconds(what, sum / kKeys, 8);
+      milliseconds("  the slowest of 200", worst, 0);
+      milliseconds("  Return there, all below moves", window.press(Qt::Key_Return, {}, QStringLiteral("\r")), 8);
+    };
+    while (folds.handleAt(text::LineNo(middle + 1)) == PaneFolds::Handle::none) window.show();
+    keys("200,000 blocks: a key in the middle until painted");
+    milliseconds("  all folded", run("FOLDALL"), 0);
+    keys("200,000 folds: a key in the middle until painted");
+    milliseconds("  all unfolded", run("UNFOLDALL"), 0);
+  }
+}
+BENCHMARK(FoldedFile)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void LongLine(benchmark::State& state) {
   for (auto _ : state) {

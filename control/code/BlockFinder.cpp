@@ -135,8 +135,10 @@ std::shared_ptr<const Blocks> BlockFinder::now(EditorHost& host) {
   if (job_) job_->cancel = true;   // this goes on where that stops
   std::shared_ptr<const Blocks> read;
   host.work(text.size().value, [&read, shared = shared_](SearchControl& control) { read = shared->read(control.cancel); });
-  if (read && read->text().sameAs(model_.snapshot())) blocks_ = read;
-  return blocks_;
+  if (!read || !read->text().sameAs(model_.snapshot())) return nullptr;
+  blocks_ = read;
+  emit found();
+  return read;
 }
 
 bool BlockFinder::mayBePair(ByteOffset at) {

@@ -34,9 +34,12 @@ text::ByteOffset smartEnd(Editor& e, text::ByteOffset at);
 text::ByteOffset documentStart(Editor& e, text::ByteOffset at);
 text::ByteOffset documentEnd(Editor& e, text::ByteOffset at);
 
+// The target, or the next place in its direction that the window shows.
+text::ByteOffset pastHidden(Editor& e, text::ByteOffset from, text::ByteOffset to);
+
 template <Motion motion>
 void go(Editor& e, const QVariant&) {
-  e.moveCaret(motion(e, e.selection().caret), false);
+  e.moveCaret(pastHidden(e, e.selection().caret, motion(e, e.selection().caret)), false);
 }
 // Moves the caret's corner of the column selection, also behind the ends of lines. If column selections are not allowed, extends
 // the selection as usual.
@@ -51,7 +54,7 @@ void extend(Editor& e, const QVariant&) {
   constexpr bool left = isSameMotion<motion, charLeft>;
   if constexpr (left || isSameMotion<motion, charRight>)
     if (inColumnMode(e)) return extendBlock(e, left ? -1 : 1, 0);
-  extendTo(e, motion(e, e.selection().caret));
+  extendTo(e, pastHidden(e, e.selection().caret, motion(e, e.selection().caret)));
 }
 
 // Copies to the clipboard; appends if the last cut was told to, or in a repetition.

@@ -79,11 +79,18 @@ ByteOffset smartEnd(Editor& e, ByteOffset at) {
   return end == start ? at : end;
 }
 
-void charRightOrEnd(Editor& e, const QVariant&) {
-  e.moveCaret(e.hasSelection() ? e.selectedRange().end : charRight(e, e.selection().caret), false);
+ByteOffset pastHidden(Editor& e, ByteOffset from, ByteOffset to) {
+  DisplayRows* const rows = e.host().displayRows();
+  return rows ? rows->shownFrom(to, to > from) : to;
 }
-void charLeftOrStart(Editor& e, const QVariant&) {
-  e.moveCaret(e.hasSelection() ? e.selectedRange().begin : charLeft(e, e.selection().caret), false);
+
+void charRightOrEnd(Editor& e, const QVariant& argument) {
+  if (e.hasSelection()) e.moveCaret(e.selectedRange().end, false);
+  else go<charRight>(e, argument);
+}
+void charLeftOrStart(Editor& e, const QVariant& argument) {
+  if (e.hasSelection()) e.moveCaret(e.selectedRange().begin, false);
+  else go<charLeft>(e, argument);
 }
 
 bool inColumnMode(Editor& e) { return EditorAccess::impl(e).columnMode && e.options().columnSel && !EditorAccess::impl(e).run; }
@@ -175,7 +182,9 @@ void selectPara(Editor& e, const QVariant&) { select(e, paragraphAt(e.snapshot()
 void selectLine(Editor& e, const QVariant&) {
   const Snapshot& text = e.snapshot();
   const ByteRange range = e.selectedRange();
-  select(e, {text.lineStart(text.lineAt(range.begin)), text.lineEndWithBreak(text.lineAt(range.end))});
+  LineNo last = text.lineAt(range.end);
+  if (DisplayRows* const rows = e.host().displayRows()) last = rows->lastOf(last);
+  select(e, {text.lineStart(text.lineAt(range.begin)), text.lineEndWithBreak(last)});
 }
 
 void selectAll(Editor& e, const QVariant&) { select(e, {ByteOffset(0), e.snapshot().size()}); }

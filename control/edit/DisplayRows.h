@@ -12,5 +12,8 @@ class DisplayRows {
   virtual std::int64_t cellInRow(text::ByteOffset at) = 0;   // from the left edge of what is shown of the row
   virtual text::ByteRange rowAt(text::ByteOffset at) = 0;    // the first and the last place of the caret in the row
   virtual std::int64_t belowTop(text::ByteOffset at) = 0;    // rows from the first one in the window to that of the place
-  virtual void scrollRows(std::int64_t rows) = 0;            // down positive
+  // The place, or if its line is hidden the next one that is shown in the direction.
+  virtual text::ByteOffset shownFrom(text::ByteOffset at, bool forward) = 0;
+  virtual text::LineNo lastOf(text::LineNo line) = 0;   // the last line hidden behind a line; itself if none is
+  virtual void scrollRows(std::int64_t rows) = 0;       // down positive
 };

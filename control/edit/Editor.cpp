@@ -16,6 +16,7 @@
 #include "control/commands/CommandFunctions.h"
 #include "control/commands/CommandTable.h"
 #include "control/edit/ColumnBlock.h"
+#include "control/edit/DisplayRows.h"
 #include "control/edit/EditorAccess.h"
 #include "control/edit/PasteHistory.h"
 #include "control/edit/TextMime.h"
@@ -262,8 +263,11 @@ void Editor::setSelection(SelectionState selection) {
 LineRange Editor::selectedLines(LineAtEnd lineAtEnd) const {
   const ByteRange range = selectedRange();
   const Snapshot& text = snapshot();
-  const LineNo first = text.lineAt(range.begin), last = text.lineAt(range.end);
+  const LineNo first = text.lineAt(range.begin);
+  LineNo last = text.lineAt(range.end);
   const bool endsAtStart = last > first && range.end == text.lineStart(last) && !selection_.column;
+  DisplayRows* const rows = endsAtStart ? nullptr : host_->displayRows();
+  if (rows) last = rows->lastOf(last);   // what a row hides goes with it
   return {first.value, last.value + (endsAtStart && lineAtEnd == LineAtEnd::excluded ? 0 : 1)};
 }
 

@@ -15,6 +15,7 @@
 #include "text/find/Search.h"
 
 class DisplayRows;
+class PaneFolds;
 class QWidget;
 
 // A position and a range of text in public interfaces. Lines and columns count from 0.
@@ -44,6 +45,7 @@ class EditorHost {
   virtual qint64 visibleLines() const { return 25; }
   virtual void setTopLine(qint64) {}
   virtual DisplayRows* displayRows() { return nullptr; }   // null: each line is one row
+  virtual PaneFolds* folds() { return nullptr; }           // null: without a view nothing is folded
   virtual void scrollColumns(qint64) {}                    // right positive, in cells
   virtual qint64 leftColumn() const { return 0; }          // the first cell shown
   virtual qint64 visibleColumns() const { return 80; }

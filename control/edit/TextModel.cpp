@@ -172,6 +172,11 @@ bool TextModel::hasBookmark(text::LineNo line) const {
   return std::binary_search(impl_->bookmarks.begin(), impl_->bookmarks.end(), line);
 }
 
+bool TextModel::hasBookmark(text::LineNo first, text::LineNo end) const {
+  const auto next = std::ranges::lower_bound(impl_->bookmarks, first);
+  return next != impl_->bookmarks.end() && *next < end;
+}
+
 void TextModel::setBookmark(text::LineNo line, bool on) { setBookmarks(std::span(&line, 1), on); }
 
 void TextModel::setBookmarks(std::span<const text::LineNo> lines, bool on) {

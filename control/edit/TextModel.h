@@ -60,6 +60,7 @@ class TextModel : public QObject {
 
   // Bookmarks: lines, moving with the text.
   bool hasBookmark(text::LineNo line) const;
+  bool hasBookmark(text::LineNo first, text::LineNo end) const;   // in the lines [first, end)
   void setBookmark(text::LineNo line, bool on);
   void setBookmarks(std::span<const text::LineNo> lines, bool on);   // ascending; for many lines at once
   void clearBookmarks();

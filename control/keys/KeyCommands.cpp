@@ -8,6 +8,7 @@
 #include "control/commands/CommandFunctions.h"
 #include "control/edit/EditorAccess.h"
 #include "control/find/Finding.h"
+#include "control/folds/PaneFolds.h"
 #include "control/keys/KeyMacro.h"
 
 using namespace text;
@@ -48,6 +49,12 @@ void macroRecord(Editor&, const QVariant&) { keyMacros().toggleRecording(); }
 void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().current(), EditorAccess::impl(e).askedCount); }
 
 void completeWord(Editor& e, const QVariant&) { e.host().offerCompletion(); }
+
+// Without a view nothing is folded.
+template <auto work, auto... arguments>
+void inFolds(Editor& e, const QVariant&) {
+  if (PaneFolds* const folds = e.host().folds()) (folds->*work)(arguments...);
+}
 
 constexpr auto kKeyRows = std::to_array<Command>({
     {1001, "TABKEY", CommandArgument::none, true, "Tab", "Indents a selection over several lines, else types a tab.", tabKey,
@@ -95,6 +102,16 @@ constexpr auto kKeyRows = std::to_array<Command>({
      "Goes to the other end of the block whose word or bracket is at the caret, else to the start of the block around it.",
      commandFunctions::gotoBlockEnd,
      {CaretMove::jump, AtCarets::each}},
+    {1032, "FOLDTOGGLE", CommandArgument::none, false, "Ctrl+K, Ctrl+T",
+     "Folds the block around the caret, or unfolds what its row hides.", inFolds<&PaneFolds::toggle>},
+    {1033, "FOLD", CommandArgument::none, false, "Ctrl+K, Ctrl+-",
+     "Folds the innermost open block around the caret, or all blocks that begin in the selected lines.", inFolds<&PaneFolds::fold>},
+    {1034, "UNFOLD", CommandArgument::none, false, "Ctrl+K, Ctrl++; Ctrl+K, Ctrl+=",
+     "Unfolds what the row of the caret hides, or all that is folded in the selected lines.", inFolds<&PaneFolds::unfold>},
+    {1035, "FOLDALL", CommandArgument::none, false, "Ctrl+K, Ctrl+0", "Folds all blocks.", inFolds<&PaneFolds::foldLevel, 0>},
+    {1036, "UNFOLDALL", CommandArgument::none, false, "Ctrl+K, Ctrl+O", "Unfolds everything.", inFolds<&PaneFolds::unfoldAll>},
+    {1037, "FOLDSELECTION", CommandArgument::none, false, "Ctrl+K, Ctrl+G", "Folds the selected lines into the first of them.",
+     inFolds<&PaneFolds::foldSelection>},
     {1040, "CARETADDABOVE", CommandArgument::none, true, "Ctrl+Alt+Up; Ctrl+Shift+Up",
      "Adds a caret in the line above the first caret.", commandFunctions::caretAddBeside<-1>},
     {1041, "CARETADDBELOW", CommandArgument::none, true, "Ctrl+Alt+Down; Ctrl+Shift+Down",
@@ -122,6 +139,14 @@ constexpr auto kKeyRows = std::to_array<Command>({
      commandFunctions::insertUnicode, AtCarets::each},
     {1065, "PASTEHISTORY", CommandArgument::number, false, "Ctrl+Shift+V",
      "Pastes the n-th last text that was copied (from 1), or shows these texts to choose one.", commandFunctions::pasteFromHistory},
+    {1140, "FOLDLEVEL1", CommandArgument::none, false, "Ctrl+K, Ctrl+1", "Folds the outermost blocks.",
+     inFolds<&PaneFolds::foldLevel, 1>},
+    {1141, "FOLDLEVEL2", CommandArgument::none, false, "Ctrl+K, Ctrl+2",
+     "Folds the blocks that lie in one other, and unfolds those around them.", inFolds<&PaneFolds::foldLevel, 2>},
+    {1142, "FOLDLEVEL3", CommandArgument::none, false, "Ctrl+K, Ctrl+3",
+     "Folds the blocks that lie in two others, and unfolds those around them.", inFolds<&PaneFolds::foldLevel, 3>},
+    {1143, "FOLDLEVEL4", CommandArgument::none, false, "Ctrl+K, Ctrl+4",
+     "Folds the blocks that lie in three others, and unfolds those around them.", inFolds<&PaneFolds::foldLevel, 4>},
 });
 static_assert(std::ranges::adjacent_find(kKeyRows, std::ranges::greater_equal{}, &Command::id) == kKeyRows.end(),
               "the rows ascend by number; numbers may be missing");

@@ -14,6 +14,7 @@
 #include "control/code/BlockFinder.h"
 #include "control/code/Brackets.h"
 #include "control/edit/TextMime.h"
+#include "control/folds/PaneFolds.h"
 #include "control/view/PaneAccessible.h"
 #include "control/view/PaneMouse.h"
 #include "control/view/PaneRows.h"
@@ -36,7 +37,8 @@ Pane::Pane(ViewState& state, QWidget* parent)
       view_(state),
       editor_(new Editor(state.model, state.options, this)),
       mouse_(new PaneMouse(*this)),
-      rows_(new PaneRows(*this)) {
+      rows_(new PaneRows(*this)),
+      folds_(new PaneFolds(*editor_, view_.rows.map, [this](const auto& change) { changeRows(change); })) {
   PaneAccessible::install();
   setFrameShape(QFrame::NoFrame);
   setFocusPolicy(Qt::StrongFocus);
@@ -49,7 +51,10 @@ Pane::Pane(ViewState& state, QWidget* parent)
   connect(verticalScrollBar(), &QScrollBar::sliderMoved, this, &Pane::showLineTip);
   connect(verticalScrollBar(), &QScrollBar::actionTriggered, this, &Pane::barActed);
   editor_->onSelectionChanged = [this] { noteSelection(); };
-  connect(&BlockFinder::of(*state.model), &BlockFinder::found, this, [this] { shown([this] { findPair(); }); });
+  connect(&BlockFinder::of(*state.model), &BlockFinder::found, this, [this] {
+    viewport()->update(0, 0, view_.margin, viewport()->height());   // the handles
+    shown([this] { findPair(); });
+  });
   optionsChanged();
 }
 
@@ -63,6 +68,7 @@ PaneLook Pane::look() const {
   look.caretOn = caretOn_ && hasFocus();
   look.overtype = editor_->overtype;
   look.pair = pair_;
+  look.folds = folds_.get();
   look.dropAt = dropAt_;
   look.preedit = preedit_.get();
   return look;
@@ -78,6 +84,7 @@ void Pane::modelChanged(const text::Change& change) {
   const TextView::Place target = view_.placeAt(view_.target), top = view_.placeAt(view_.top);
   const std::int64_t targetWas = view_.topOf(target), topWas = view_.topOf(top);
   map.onChange(change, snapshot().lineCount());
+  folds_->onChange(change);
   if (change.reset) {
     view_.target = view_.top = 0;
     scrollSideways(0);
@@ -159,6 +166,7 @@ void Pane::optionsChanged() {
                                    ? Qt::ScrollBarAlwaysOn
                                    : Qt::ScrollBarAlwaysOff);
   marginDigits_ = -1;   // not known: 0 is a margin that is not shown
+  folds_->setAllowed(state_.mayWrap);
   fit();
   viewport()->update();
 }
@@ -183,6 +191,7 @@ void Pane::restartColoring() {
 void Pane::takeViewOf(const Pane& other) {
   editor_->setSelection(other.editor_->selection());
   editor_->overtype = other.editor_->overtype;
+  folds_->setFolds(other.folds_->folds());
   fit();
   if (view_.rows.wraps()) view_.setTopByte(const_cast<Pane&>(other).view_.topByte());
   showAt(view_.rows.wraps() ? view_.target : other.view_.target);
@@ -225,6 +234,7 @@ void Pane::repaintSelection() {
 }
 
 void Pane::updateSelection() {
+  folds_->settle();
   repaintSelection();
   if (overtypeShown_ != editor_->overtype) {
     overtypeShown_ = editor_->overtype;
@@ -257,7 +267,11 @@ void Pane::findPair() {
       if (line >= 0) updateLines(line, line);
 }
 
-std::int64_t Pane::lineAt(ByteOffset at) const { return snapshot().lineAt(std::min(at, snapshot().size())).value; }
+std::int64_t Pane::lineAt(ByteOffset at) const {
+  const LineNo line = snapshot().lineAt(std::min(at, snapshot().size()));
+  const text::DisplayMap& map = view_.rows.map;
+  return map.hidesAny() && line.value < map.lines() ? map.shownUpTo(line).value : line.value;
+}
 
 void Pane::publishSelection() {
   QClipboard* clipboard = QGuiApplication::clipboard();

@@ -12,6 +12,7 @@
 #include "control/view/PanePainter.h"
 #include "control/view/TextView.h"
 
+class PaneFolds;
 class PaneMouse;
 class PaneRows;
 
@@ -31,9 +32,8 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void optionsChanged();                       // scroll bars, margin
   void released();                             // ViewState::held is 0 again: shows and reports what was noted
   void setPainting(bool on);
-  // Hides or shows the lines [first, end) of this pane; the first line of the text is always shown. The map is view().rows.map; it
-  // moves hidden lines with the text.
-  void setHidden(text::LineNo first, text::LineNo end, bool hidden);
+  // Runs what hides or shows lines of this pane in view().rows.map, and shows it; what stands at the top stays.
+  void changeRows(const std::function<void()>& change);
 
   bool runCommand(int id, const QVariant& argument);   // false only for an unknown number
   void type(const QString& text);
@@ -54,6 +54,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   qint64 visibleLines() const override;
   void setTopLine(qint64 line) override;
   DisplayRows* displayRows() override;
+  PaneFolds* folds() override { return folds_.get(); }
   void scrollColumns(qint64 cells) override;
   qint64 leftColumn() const override;
   qint64 visibleColumns() const override;
@@ -100,6 +101,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
 
  protected:
   bool event(QEvent* event) override;
+  bool viewportEvent(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void scrollContentsBy(int dx, int dy) override;
@@ -179,6 +181,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   std::unique_ptr<PaneMouse> mouse_;
 
   std::unique_ptr<PaneRows> rows_;
+  std::unique_ptr<PaneFolds> folds_;
   std::int64_t barScale_ = 1;   // pixels per unit of the vertical scroll bar
   double barUnit_ = 1;          // its units per line, of a wrapped text
   // The text at the upper edge while the width changes: each width has its own row for it.

@@ -15,6 +15,7 @@
 #include "control/edit/Carets.h"
 #include "control/edit/PasteHistory.h"
 #include "control/edit/TextMime.h"
+#include "control/folds/PaneFolds.h"
 #include "control/keys/KeyCommands.h"
 #include "control/keys/KeyMacro.h"
 #include "control/keys/KeyMap.h"
@@ -121,6 +122,7 @@ void Pane::keyPressed(QKeyEvent* event) {
       } else if (!bound.macro.isEmpty()) {
         playMacro(bound.macro);
       } else {
+        if (folds_->opensBefore(bound.command)) return;
         runCommand(bound.command, {});
         const Command* command = anyCommandById(bound.command);
         if (command && qstrcmp(command->name, "NEWLINE") == 0) emit returned();

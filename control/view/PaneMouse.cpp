@@ -4,10 +4,12 @@
 #include <QClipboard>
 #include <QDrag>
 #include <QDropEvent>
+#include <QHelpEvent>
 #include <QMimeData>
 #include <QScrollBar>
 #include <QStyleHints>
 #include <QTimerEvent>
+#include <QToolTip>
 #include <QUrl>
 #include <QWheelEvent>
 #include <algorithm>
@@ -17,6 +19,8 @@
 #include "control/edit/Carets.h"
 #include "control/edit/ColumnBlock.h"
 #include "control/edit/TextMime.h"
+#include "control/folds/FoldMarks.h"
+#include "control/folds/PaneFolds.h"
 #include "control/keys/KeyCommands.h"
 #include "control/view/Pane.h"
 #include "text/line/Words.h"
@@ -73,6 +77,8 @@ void PaneMouse::pressText(QMouseEvent* event) {
   Editor& editor = *pane_.editor_;
   TextView& view = pane_.view_;
   const bool extend = event->modifiers().testFlag(Qt::ShiftModifier);
+  if (const std::int64_t folded = foldedAt(pressed_); folded >= 0 && event->modifiers() == Qt::NoModifier)
+    return pane_.folds_->toggleAt(LineNo(folded), false);
   const ByteOffset at = view.offsetAt(pressed_);
   if ((event->modifiers().testFlag(Qt::AltModifier) && pane_.state_.options->columnSel) || columnMode(editor)) {
     drag_ = Drag::block;
@@ -111,6 +117,8 @@ void PaneMouse::pressText(QMouseEvent* event) {
 void PaneMouse::pressMargin(QMouseEvent* event) {
   if (pane_.view_.belowText(pressed_.y())) return;
   const LineNo line(pane_.view_.lineAtY(pressed_.y()));
+  if (pressed_.x() >= pane_.view_.margin - 1 - pane_.view_.foldMargin && pane_.folds_->handleAt(line) != PaneFolds::Handle::none)
+    return pane_.folds_->toggleAt(line, event->modifiers().testFlag(Qt::ShiftModifier));
   if (pressed_.x() < kBookmarkWidth) {
     pane_.state_.model->setBookmark(line, !pane_.state_.model->hasBookmark(line));
     return;
@@ -119,12 +127,34 @@ void PaneMouse::pressMargin(QMouseEvent* event) {
   selectLines(line, event->modifiers().testFlag(Qt::ShiftModifier));
 }
 
+// With what is folded behind it.
+ByteRange PaneMouse::wholeLine(LineNo line) const {
+  return {pane_.snapshot().lineStart(line), pane_.snapshot().lineEndWithBreak(line + pane_.folds_->hiddenBehind(line))};
+}
+
+std::int64_t PaneMouse::foldedAt(const QPoint& point) const {
+  if (point.x() < pane_.view_.margin || !pane_.view_.rows.map.hidesAny()) return -1;
+  const std::int64_t line = pane_.view_.lineAtY(point.y());
+  return foldMarks::boxOf(pane_.view_, line).contains(point) ? line : -1;
+}
+
+bool PaneMouse::showTip(const QPoint& at, const QPoint& global) {
+  std::int64_t line = foldedAt(at);
+  const TextView& view = pane_.view_;
+  const bool onHandle = at.x() < view.margin && at.x() >= view.margin - 1 - view.foldMargin && !view.belowText(at.y());
+  if (onHandle && view.placeAtY(at.y()).row == 0) line = view.lineAtY(at.y());
+  if (line < 0 || pane_.folds_->hiddenBehind(LineNo(line)) == 0) return false;
+  // As rich text, so that nothing of it is taken for such.
+  QToolTip::showText(global, QStringLiteral("<pre>%1</pre>").arg(pane_.folds_->hiddenText(LineNo(line)).toHtmlEscaped()), &pane_);
+  return true;
+}
+
 void PaneMouse::selectLines(LineNo line, bool extend) {
-  const ByteRange whole{pane_.snapshot().lineStart(line), pane_.snapshot().lineEndWithBreak(line)};
+  const ByteRange whole = wholeLine(line);
   if (extend) {
     const ByteOffset anchor = pane_.editor_->selection().anchor;
     const LineNo from = pane_.snapshot().lineAt(anchor);
-    origin_ = {pane_.snapshot().lineStart(from), pane_.snapshot().lineEndWithBreak(from)};
+    origin_ = wholeLine(from);
     dragTo(pressed_);
     return;
   }
@@ -155,7 +185,8 @@ void PaneMouse::doubleClick(QMouseEvent* event) {
 void PaneMouse::move(QMouseEvent* event) {
   const QPoint point = event->position().toPoint();
   if (!event->buttons().testFlag(Qt::LeftButton)) {
-    const bool arrow = point.x() < pane_.view_.margin || (pane_.state_.options->dragDrop && onSelection(point));
+    const bool arrow =
+        point.x() < pane_.view_.margin || foldedAt(point) >= 0 || (pane_.state_.options->dragDrop && onSelection(point));
     pane_.viewport()->setCursor(arrow ? Qt::ArrowCursor : Qt::IBeamCursor);
     return;
   }
@@ -195,8 +226,7 @@ void PaneMouse::dragTo(const QPoint& point) {
   if (drag_ == Drag::caret) return carets::setMain(editor, {editor.selection().anchor, at});
   ByteRange reached = text::wordAt(text, at);
   if (drag_ == Drag::lines) {
-    const LineNo line(view.lineAtY(inside.y()));
-    reached = {text.lineStart(line), text.lineEndWithBreak(line)};
+    reached = wholeLine(LineNo(view.lineAtY(inside.y())));
   } else if (at < reached.begin || at > reached.end) {
     reached = {at, at};
   }
@@ -362,6 +392,14 @@ void PaneMouse::drop(QDropEvent* event) {
 
 // --- The pane's events ---------------------------------------------------------------------------------------------------------
 
+bool Pane::viewportEvent(QEvent* event) {
+  if (event->type() == QEvent::ToolTip) {
+    const auto* help = static_cast<QHelpEvent*>(event);
+    if (!mouse_->showTip(help->pos(), help->globalPos())) QToolTip::hideText();
+    return true;
+  }
+  return QAbstractScrollArea::viewportEvent(event);
+}
 void Pane::mousePressEvent(QMouseEvent* event) { mouse_->press(event); }
 void Pane::mouseMoveEvent(QMouseEvent* event) { mouse_->move(event); }
 void Pane::mouseReleaseEvent(QMouseEvent* event) { mouse_->release(event); }

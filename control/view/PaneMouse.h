@@ -24,7 +24,8 @@ class PaneMouse : public QObject {
   void move(QMouseEvent* event);
   void release(QMouseEvent* event);
   void wheel(QWheelEvent* event);
-  void textChanged(const text::Change& change);   // the start of a drag moves with the text
+  bool showTip(const QPoint& at, const QPoint& global);   // what is folded there. False: nothing
+  void textChanged(const text::Change& change);           // the start of a drag moves with the text
   // A drag over the pane: shows the drop position; hides it; drops the text.
   bool dragOver(QDropEvent* event);
   void dragLeave();
@@ -37,6 +38,9 @@ class PaneMouse : public QObject {
   enum class Drag { none, characters, words, lines, block, undecided, caret };
   void pressText(QMouseEvent* event);
   void pressMargin(QMouseEvent* event);
+  text::ByteRange wholeLine(text::LineNo line) const;
+  // The folded line whose box is at the point; -1: none.
+  std::int64_t foldedAt(const QPoint& point) const;
   void selectLines(text::LineNo line, bool extend);
   void dragTo(const QPoint& point);
   void pastePrimary(const QPoint& point);

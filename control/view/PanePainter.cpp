@@ -1,12 +1,13 @@
 #include "control/view/PanePainter.h"
 
-#include <QPainterPath>
 #include <algorithm>
 #include <cmath>
 #include <tuple>
 #include <utility>
 
 #include "control/edit/ColumnBlock.h"
+#include "control/folds/FoldMarks.h"
+#include "control/folds/PaneFolds.h"
 
 using text::ByteOffset;
 using text::ByteRange;
@@ -65,6 +66,8 @@ class GlyphBatch {
 };
 
 constexpr int kCaretWidth = 2;
+constexpr std::int64_t kHitBytes = 64 << 10;       // of what a row hides, searched for a match
+constexpr std::chrono::milliseconds kHitTime{4};   // for those of all rows
 
 // The left edge of a caret: of one as wide as its character, that of the character.
 double caretLeft(const Row& row, ByteOffset at, bool block) {
@@ -78,6 +81,8 @@ double Preedit::cursorX() const {
   return layout.xOf(
       static_cast<std::int64_t>(fromQString(QStringView(text).first(std::clamp<qsizetype>(cursor, 0, text.size()))).size()));
 }
+
+QColor PanePainter::hitBack() const { return mixed(color(ColorSlot::Window), color(ColorSlot::MatchingBrace), 0.6); }
 
 PanePainter::PanePainter(QPainter& painter, TextView& view, const PaneLook& look) : painter_(painter), view_(view), look_(look) {
   const text::SelectionState& s = look.selection;
@@ -215,7 +220,7 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
   const bool current = line == caretLine_ && selected_.empty() && !look_.selection.column;
   painter_.fillRect(band, back.line.isValid() ? back.line : color(current ? ColorSlot::HighlightedLine : ColorSlot::Window));
   for (const ByteRange& range : back.parts) fillBytes(row, range, y, back.part);
-  const QColor hit = mixed(color(ColorSlot::Window), color(ColorSlot::MatchingBrace), 0.6);
+  const QColor hit = hitBack();
   for (const ByteRange& range : row.hits) fillBytes(row, range, y, hit);
   paintSelection(line, row, y);
   paintOtherSelections(row, y);
@@ -245,6 +250,7 @@ void PanePainter::paintRow(const TextView::Place& place, const QRect& part) {
     } else {
       paintText(row, row.layout, line, band);
     }
+    if (last_) paintHidden(line);
     if (look_.caretOn) paintOtherCarets(row, y);
     if (look_.caretOn && place == caretPlace_) paintCaret(caretRect(view_, look_), look_.overtype && !preedit);
     if (look_.dropAt && view_.placeOf(*look_.dropAt) == place)
@@ -416,20 +422,20 @@ void PanePainter::paintMargin(const TextView::Place& place, int y, const LineBac
   painter_.fillRect(QRect(0, y, view_.margin - 1, height), back.line.isValid() ? back.line : color(ColorSlot::LeftMargin));
   painter_.fillRect(QRect(view_.margin - 1, y, 1, height), color(ColorSlot::Divider));
   if (place.row > 0) return paintContinued(y);
-  if (view_.state().model->hasBookmark(LineNo(line))) {
-    const double size = std::min(height - 4.0, 10.0), x = 3, top = y + (height - size) / 2;
-    QPainterPath ribbon;
-    ribbon.addPolygon(QPolygonF({QPointF(x, top), QPointF(x + size * 0.8, top), QPointF(x + size * 0.8, top + size),
-                                 QPointF(x + size * 0.4, top + size * 0.68), QPointF(x, top + size)}));
+  const std::int64_t hidden = look_.folds ? look_.folds->hiddenBehind(place.line) : 0;
+  const bool marked = view_.state().model->hasBookmark(LineNo(line));
+  if (marked || (hidden > 0 && view_.state().model->hasBookmark(LineNo(line + 1), LineNo(line + 1 + hidden)))) {
     painter_.save();
     painter_.setRenderHint(QPainter::Antialiasing);
-    painter_.fillPath(ribbon, color(ColorSlot::Bookmark));
+    if (marked) painter_.fillPath(ribbon(y), color(ColorSlot::Bookmark));
+    else painter_.strokePath(ribbon(y), color(ColorSlot::Bookmark));   // of a line that is hidden
     painter_.restore();
   }
+  paintHandle(line, y);
   const QColor ink =
       line == caretLine_ ? mixed(color(ColorSlot::LineNumbers), color(ColorSlot::Text), 0.6) : color(ColorSlot::LineNumbers);
   const QByteArray digits = QByteArray::number(static_cast<qlonglong>(line) + 1);
-  double x = view_.margin - 8;
+  double x = view_.margin - view_.foldMargin - 4;
   GlyphBatch batch(painter_, view_.metrics().rawFont(), y + view_.metrics().ascent());
   for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit) {
     x -= view_.metrics().asciiAdvance(static_cast<unsigned char>(*digit));
@@ -437,9 +443,51 @@ void PanePainter::paintMargin(const TextView::Place& place, int y, const LineBac
   }
 }
 
+QPainterPath PanePainter::ribbon(int y) const {
+  const int height = view_.lineHeight();
+  const double size = std::min(height - 4.0, 10.0), x = 3, top = y + (height - size) / 2;
+  QPainterPath path;
+  path.addPolygon(QPolygonF({QPointF(x, top), QPointF(x + size * 0.8, top), QPointF(x + size * 0.8, top + size),
+                             QPointF(x + size * 0.4, top + size * 0.68), QPointF(x, top + size)}));
+  path.closeSubpath();
+  return path;
+}
+
+void PanePainter::paintHandle(std::int64_t line, int y) {
+  const PaneFolds::Handle handle = look_.folds ? look_.folds->handleAt(LineNo(line)) : PaneFolds::Handle::none;
+  if (handle == PaneFolds::Handle::none) return;
+  const bool folded = handle == PaneFolds::Handle::folded;
+  const QColor ink = folded ? color(ColorSlot::Text) : mixed(color(ColorSlot::LineNumbers), color(ColorSlot::Text), 0.25);
+  foldMarks::paintHandle(painter_, QRectF(view_.margin - 1 - view_.foldMargin, y, view_.foldMargin, view_.lineHeight()), folded,
+                         ink);
+}
+
+// Whether a match is among the hidden lines, as far as can be seen at once.
+bool PanePainter::holdsHit(std::int64_t first, std::int64_t last) {
+  if (!view_.state().hits || hitTime_ > kHitTime) return false;
+  const auto begin = std::chrono::steady_clock::now();
+  const text::Snapshot& text = view_.snapshot();
+  const ByteOffset from = text.lineStart(LineNo(first)), to = std::min(text.lineEnd(LineNo(last)), from + kHitBytes);
+  text::FindBudget budget(kHitTime);
+  const bool found = !view_.state().hits->all(text, {from, to}, nullptr, &budget).ranges.empty();
+  hitTime_ += std::chrono::steady_clock::now() - begin;
+  return found;
+}
+
+void PanePainter::paintHidden(std::int64_t line) {
+  const QRectF box = foldMarks::boxOf(view_, line);
+  if (box.isEmpty()) return;
+  const QColor window = color(ColorSlot::Window), ink = color(ColorSlot::Text);
+  const std::int64_t hidden = look_.folds->hiddenBehind(LineNo(line));
+  const bool hit = holdsHit(line + 1, line + hidden);
+  painter_.setFont(view_.metrics().labelFont());
+  foldMarks::paintBox(painter_, box, hidden, hit ? hitBack() : mixed(window, ink, 0.08), mixed(window, ink, 0.35),
+                      mixed(window, ink, 0.75));
+}
+
 // The mark of a row that continues its line: an arrow from above to the right.
 void PanePainter::paintContinued(int y) {
-  const double right = view_.margin - 8.5, middle = std::floor(y + view_.lineHeight() * 0.5) + 0.5;
+  const double right = view_.margin - view_.foldMargin - 4.5, middle = std::floor(y + view_.lineHeight() * 0.5) + 0.5;
   const double size = std::max(3.0, view_.lineHeight() / 5.0), left = right - 2.2 * size;
   painter_.setPen(color(ColorSlot::LineNumbers));
   painter_.drawPolyline(QPolygonF({QPointF(left, middle - size), QPointF(left, middle), QPointF(right, middle)}));

@@ -3,12 +3,15 @@
 #pragma once
 
 #include <QPainter>
+#include <QPainterPath>
 #include <array>
 #include <optional>
 #include <span>
 
 #include "control/edit/Carets.h"
 #include "control/view/TextView.h"
+
+class PaneFolds;
 
 // Preedit text of an input method, shown at the caret.
 struct Preedit {
@@ -28,6 +31,7 @@ struct PaneLook {
   std::optional<std::array<text::ByteRange, 2>> pair;   // brackets or words of a block that match
   std::optional<text::ByteOffset> dropAt;
   const Preedit* preedit = nullptr;
+  PaneFolds* folds = nullptr;   // null: without handles
 };
 
 class PanePainter {
@@ -53,6 +57,11 @@ class PanePainter {
   void paintPreedit(double x, int y);
   void paintMargin(const TextView::Place& place, int y, const LineBack& back);
   void paintContinued(int y);
+  void paintHandle(std::int64_t line, int y);
+  void paintHidden(std::int64_t line);   // the box behind a folded row
+  QPainterPath ribbon(int y) const;
+  bool holdsHit(std::int64_t first, std::int64_t last);
+  QColor hitBack() const;
   void paintRules(int y, const LineBack& back);
   void fill(const Span& span, int y, const QColor& color);
   void fillBytes(const Row& row, const text::ByteRange& range, int y, const QColor& color);   // what is laid out of the range
@@ -77,5 +86,6 @@ class PanePainter {
   std::int64_t begin_ = 0, end_ = 0;
   Span shown_{};
   bool last_ = true;
-  std::int64_t blockLeft_ = 0, blockRight_ = 0;   // cells of a column selection
+  std::chrono::steady_clock::duration hitTime_{};   // spent on what is hidden
+  std::int64_t blockLeft_ = 0, blockRight_ = 0;     // cells of a column selection
 };

@@ -5,6 +5,7 @@
 
 #include "base/Program.h"
 #include "control/edit/ColumnBlock.h"
+#include "control/folds/PaneFolds.h"
 #include "control/view/Pane.h"
 
 using text::ByteOffset;
@@ -74,6 +75,17 @@ std::int64_t PaneRows::belowTop(ByteOffset at) {
   const int height = view.lineHeight();
   return pane_.view_.topOf(pane_.view_.placeOf(at)) / height - (view.target + height - 1) / height;
 }
+
+ByteOffset PaneRows::shownFrom(ByteOffset at, bool forward) {
+  const TextView& view = pane_.view_;
+  const LineNo line = view.snapshot().lineAt(at);
+  if (!view.rows.map.isHidden(line)) return at;
+  const LineNo next = view.rows.map.shownFrom(line);
+  if (forward && next.value < view.rows.map.lines()) return view.snapshot().lineStart(next);
+  return view.snapshot().lineEnd(view.rows.map.shownUpTo(line));
+}
+
+LineNo PaneRows::lastOf(LineNo line) { return line + pane_.folds_->hiddenBehind(line); }
 
 void PaneRows::scrollRows(std::int64_t rows) {
   const TextView& view = pane_.view_;

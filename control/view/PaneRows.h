@@ -14,6 +14,8 @@ class PaneRows : public DisplayRows {
   std::int64_t cellInRow(text::ByteOffset at) override;
   text::ByteRange rowAt(text::ByteOffset at) override;
   std::int64_t belowTop(text::ByteOffset at) override;
+  text::ByteOffset shownFrom(text::ByteOffset at, bool forward) override;
+  text::LineNo lastOf(text::LineNo line) override;
   void scrollRows(std::int64_t rows) override;
 
  private:

@@ -5,6 +5,8 @@
 #include <cmath>
 
 #include "bridge/LongWork.h"
+#include "control/folds/FoldMarks.h"
+#include "control/folds/PaneFolds.h"
 #include "control/view/Pane.h"
 
 using text::ByteOffset;
@@ -24,8 +26,10 @@ void Pane::fit() {
   if (!state_.leftMargin) digits = 0;
   if (digits != marginDigits_) {
     marginDigits_ = digits;
-    // Room for the bookmark, the number, and some space.
-    view_.margin = digits == 0 ? 0 : static_cast<int>(std::ceil(14 + digits * state_.metrics->asciiAdvance('0') + 9));
+    // Room for the bookmark, the number, some space, and the handles of folds.
+    view_.foldMargin = folds_->allowed() ? foldMarks::handleWidth(state_.metrics->lineHeight()) : 0;
+    view_.margin =
+        digits == 0 ? 0 : static_cast<int>(std::ceil(14 + digits * state_.metrics->asciiAdvance('0') + 9)) + view_.foldMargin;
     viewport()->update();
   }
   view_.width = std::max(0, viewport()->width() - view_.margin);
@@ -39,10 +43,10 @@ void Pane::fit() {
   fitBars();
 }
 
-void Pane::setHidden(LineNo first, LineNo end, bool hidden) {
+void Pane::changeRows(const std::function<void()>& change) {
+  if (scrollTimer_.isActive()) showAt(view_.target);   // else the way there would be another one
   const ByteOffset top = view_.topByte();
-  if (hidden) view_.rows.map.hide(first, end);
-  else view_.rows.map.show(first, end);
+  change();
   view_.setTopByte(top);
   fit();
   viewport()->update();
@@ -245,6 +249,7 @@ bool Pane::showCaret(bool mayCancel) {
   bool counted = true;
   if (view_.height > 0)
     shown([&] {
+      folds_->reveal();
       counted = countTo(editor_->selection().caret, mayCancel);
       if (counted) scrollToCaret();
     });

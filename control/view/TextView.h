@@ -46,6 +46,7 @@ class TextView {
   // scrolling takes `top`.
   std::int64_t top = 0, target = 0, left = 0;
   int width = 0, height = 0, margin = 0;
+  int foldMargin = 0;   // the right part of the margin: the handles of folds
 
   const ViewState& state() const { return state_; }
   const text::Snapshot& snapshot() const { return state_.model->snapshot(); }
@@ -57,7 +58,7 @@ class TextView {
   double textLeft() const { return margin + kPadding - static_cast<double>(left); }
   Place placeAt(std::int64_t y) const;   // the row at a pixel of the text; clipped to it
   Place placeAtY(int y) const { return placeAt(top + y); }
-  Place placeOf(text::ByteOffset offset);
+  Place placeOf(text::ByteOffset offset);   // of what is hidden: the end of the row that hides it
   std::int64_t lineAtY(int y) const { return placeAtY(y).line.value; }
   std::int64_t topOf(const Place& place) const;                               // in pixels of the text
   int yOf(std::int64_t line) const { return yOf({text::LineNo(line), 0}); }   // of the upper edge; clipped outside the view

@@ -17,7 +17,11 @@ TextView::Place TextView::placeAt(std::int64_t y) const { return rows.map.at(y <
 std::int64_t TextView::lastVisible() const { return placeAt(top + std::max(0, height - 1)).line.value; }
 
 TextView::Place TextView::placeOf(ByteOffset offset) {
-  const LineNo line = snapshot().lineAt(std::min(offset, snapshot().size()));
+  LineNo line = snapshot().lineAt(std::min(offset, snapshot().size()));
+  if (rows.map.hidesAny() && line.value < rows.map.lines() && rows.map.isHidden(line)) {   // the end of the row that hides it
+    line = rows.map.shownUpTo(line);
+    offset = snapshot().lineEnd(line);
+  }
   return {line, rows.wraps() ? rows.rowAt(line, offset - snapshot().lineStart(line)) : 0};
 }
 

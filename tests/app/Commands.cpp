@@ -129,7 +129,7 @@ constexpr State kStates[] = {
     {"mEditComment", "--++"},      {"mEditUnComment", "--++"},   {"mEditUpperCase", "--+-"},
     {"mEditTabsToSpaces", "--+-"}, {"mEditIndent", "-+++"},      {"mEditReadOnly", "-+++"},
     {"mnuViewToolbar", "++++"},    {"mnuViewStatusBar", "++++"}, {"mnuViewTabs", "++++"},
-    {"mnuViewLog", "++++"},        {"mnuViewWhiteSpace", "-+++"}, {"mnuViewWordWrap", "-+++"}, {"mToolsCommand", "++++"},
+    {"mnuViewLog", "++++"},        {"mnuViewWhiteSpace", "-+++"}, {"mnuViewWordWrap", "-+++"}, {"mnuViewFoldAll", "-+++"}, {"mToolsCommand", "++++"},
     {"mToolsLanguage", "-+++"},    {"mToolsDefinitions", "++++"}, {"mWindowNew", "-+++"},
     {"mWindowCascade", "-+++"},    {"mWindowNext", "---+"},      {"mWindowPrevious", "---+"},
     {"mHelpHandbook", "++++"},     {"mHelpContents", "----"},    {"mHelpWordListNext", "--+-"},

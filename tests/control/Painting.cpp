@@ -152,7 +152,8 @@ TEST_F(Painting, LineNumbersCountFrom1) {
   put("|\n\n\n\n\n\n\n\n\n\n\n");
   const QImage image = viewport()->grab().toImage();
   const auto tens = [&](qint64 line) {   // whether a second digit stands beside the line
-    const int right = pane()->view().margin - 8 - static_cast<int>(pane()->view().metrics().cell()), top = pane()->view().yOf(line);
+    const TextView& view = pane()->view();
+    const int right = view.margin - view.foldMargin - 4 - static_cast<int>(view.metrics().cell()), top = view.yOf(line);
     for (int y = top; y < top + pane()->view().lineHeight(); ++y)
       for (int x = right - static_cast<int>(pane()->view().metrics().cell()); x < right; ++x)
         if (pixel(image, x, y) != slot(ColorSlot::LeftMargin)) return true;
@@ -233,6 +234,7 @@ TEST_F(Painting, WhatIsShownIsWhatAFullRepaintShows) {
       [&] { control.setColorSyntax(any(2)); },
       [&] { control.setLanguage(any(2) ? q("PaintTest") : QString()); },
       [&] { control.setLeftMargin(any(2)); },
+      [&] { panes[any(3)]->runCommand(1032 + any(6), {}); },   // folding
       [&] { control.setZoom(80 + 10 * any(5)); },
       [&] { control.SetColor(static_cast<int>(ColorSlot::Window), QColor(255, 255, 200 + any(55))); },
       [&] { control.setLineBacks([on = any(2)](text::LineNo) { LineBack back; if (on) back.line = Qt::cyan; return back; }); },

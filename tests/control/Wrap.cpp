@@ -2,6 +2,7 @@
 #include <random>
 
 #include "control/CodeMaxImpl.h"
+#include "control/folds/PaneFolds.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/Text.h"
 
@@ -133,8 +134,7 @@ TEST_F(Wrap, HiddenLinesTakeNoRow) {
   put("|zero\none\ntwo\nthree is longer than a row is wide\nfour\nfive");
   for (const int mode : {0, 2}) {
     control.setWordWrap(mode);
-    pane()->setHidden(text::LineNo(1), text::LineNo(3), true);
-    pane()->setHidden(text::LineNo(4), text::LineNo(5), true);
+    pane()->folds()->setFolds(std::vector<text::Fold>{{text::LineNo(0), text::LineNo(2)}, {text::LineNo(3), text::LineNo(4)}});
     const int more = mode == 0 ? 0 : 1;   // rows of "three"
     EXPECT_EQ(pointOf(3, 0).y() / view().lineHeight(), 1);
     EXPECT_EQ(pointOf(5, 0).y() / view().lineHeight(), 2 + more);
@@ -150,7 +150,7 @@ TEST_F(Wrap, HiddenLinesTakeNoRow) {
         << "they move with the text";
     control.ExecuteCmd(Cmd::UNDO);
     QApplication::processEvents();
-    pane()->setHidden(text::LineNo(0), text::LineNo(6), false);
+    pane()->folds()->unfoldAll();
     EXPECT_EQ(pointOf(5, 0).y() / view().lineHeight(), 5 + more);
   }
 }

@@ -48,6 +48,12 @@ void DisplayMap::setHidden(LineNo first, LineNo end, bool hidden) {
 void DisplayMap::hide(LineNo first, LineNo end) { setHidden(first, end, true); }
 void DisplayMap::show(LineNo first, LineNo end) { setHidden(first, end, false); }
 
+void DisplayMap::showAll() noexcept {
+  if (!hidesAny()) return;
+  hidden_.reset(lines());
+  wrapped_.reset(lines());
+}
+
 LineNo DisplayMap::shownFrom(LineNo line) const {
   return line.value < lines() && isHidden(line) ? LineNo(hidden_.runEnd(line.value)) : line;
 }

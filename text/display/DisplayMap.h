@@ -35,6 +35,7 @@ class DisplayMap {
   // Hidden lines: [first, end), clipped. What is hidden or shown already stays so.
   void hide(LineNo first, LineNo end);
   void show(LineNo first, LineNo end);
+  void showAll() noexcept;   // the rows are forgotten
   bool hidesAny() const { return !hidden_.plain(); }
   bool isHidden(LineNo line) const { return hidden_.weight(line.value) == 0; }
   // The line, or if it is hidden the next one that is shown (lines(): none), or the one before it.

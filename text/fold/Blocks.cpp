@@ -340,4 +340,23 @@ std::vector<Fold> Blocks::foldsIn(LineNo first, LineNo end) const {
   return folds;
 }
 
+std::vector<Fold> Blocks::foldsAround(LineNo line) const {
+  std::vector<Fold> folds = foldsIn(line, line + 1);
+  for (std::int64_t number = eventFromLine(line + 1) - 1; number >= 0; --number) {
+    const FoldEvent::Role role = event(number).role();
+    const std::int64_t partner = partner_[static_cast<std::size_t>(number)];
+    if ((role == FoldEvent::close || role == FoldEvent::bracketClose) && partner >= 0 &&
+        lineOf(number) < line) {   // over the block that it ends
+      number = partner;
+      continue;
+    }
+    const auto fold = foldOf(number);
+    if (!fold || fold->first >= line || fold->last < line) continue;
+    if (!folds.empty() && folds.back().first == fold->first) folds.back().last = std::max(folds.back().last, fold->last);
+    else folds.push_back(*fold);
+  }
+  std::ranges::stable_sort(folds, std::ranges::greater{}, &Fold::first);
+  return folds;
+}
+
 }   // namespace text

@@ -43,6 +43,8 @@ class Blocks {
 
   // The folds that begin in lines [first, end), at most one a line, ascending.
   std::vector<Fold> foldsIn(LineNo first, LineNo end) const;
+  // Those that have the line, also as their first; the innermost first. Costs what stands before it.
+  std::vector<Fold> foldsAround(LineNo line) const;
 
  private:
   static constexpr std::int32_t kNone = -1, kEnd = -2;   // kEnd: to the end of the text
