@@ -9,6 +9,8 @@
 
 #include "base/Strings.h"
 #include "bridge/QStringBytes.h"
+#include "control/shape/Bidi.h"
+#include "control/shape/Scripts.h"
 #include "text/line/Chars.h"
 #include "text/line/Segments.h"
 
@@ -29,11 +31,12 @@ QFont printFont(const QFont& font) {
 
 PrintEdge splitEdge(const QString& text) { return {text.section(u'|', 0, 0), text.section(u'|', 1, 1), text.section(u'|', 2)}; }
 
-QString leftToRight(const QString& text) {
-  const bool turns = std::any_of(text.begin(), text.end(), [](QChar c) {
-    return c.direction() == QChar::DirR || c.direction() == QChar::DirAL || c.direction() == QChar::DirAN || c.isSurrogate();
-  });
-  return turns ? QChar(0x202D) + text : text;
+QString leftToRight(const QString& text) { return turns(text) ? QChar(0x202D) + text : text; }
+
+bool turns(QStringView text) {
+  if (std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < shape::kFirstSpecial; })) return false;
+  const auto codes = text.toUcs4();
+  return std::any_of(codes.begin(), codes.end(), shape::turns);
 }
 
 double edgeHeight(const PrintDocument& document) { return QFontMetricsF(printFont(document.edgeFont)).height() / kScale * 1.2; }
@@ -63,25 +66,40 @@ void drawPicture(QPainter& painter, double x, const QString& cluster, double wid
   painter.drawImage(QRectF(x, -metrics.ascent(), width, metrics.height()), image);
 }
 
-void drawText(QPainter& painter, double x, double baseline, const QString& text) {
+// Its characters from left to right.
+std::vector<QString> clustersOf(const QString& text, bool natural) {
+  const std::string bytes = fromQString(text);
+  std::vector<QString> clusters;
+  std::vector<shape::Sign> signs;
+  for (std::string_view rest = bytes; !rest.empty();) {
+    const auto length = static_cast<std::size_t>(text::clusterLength(rest));
+    signs.push_back({text::decode(rest).code, rest[0] == ' ' ? shape::Sign::blank : shape::Sign::plain});
+    clusters.push_back(toQString(rest.substr(0, length)));
+    rest.remove_prefix(length);
+  }
+  if (!natural) return clusters;
+  auto levels = shape::levels(signs);
+  std::vector<QString> ordered;
+  for (const std::size_t at : shape::visualOrder(signs, levels)) ordered.push_back(clusters[at]);
+  return ordered;
+}
+
+void drawText(QPainter& painter, double x, double baseline, const QString& text, bool natural = false) {
   painter.save();
   painter.translate(x, baseline);
   painter.scale(1 / kScale, 1 / kScale);
   const bool raster = !painter.paintEngine() || painter.paintEngine()->type() == QPaintEngine::Raster;
   if (raster || !holdsPicture(text)) {
-    painter.drawText(QPointF(0, 0), leftToRight(text));
+    painter.setLayoutDirection(Qt::LeftToRight);
+    painter.drawText(QPointF(0, 0), natural ? text : leftToRight(text));
   } else {
     const QFontMetricsF metrics(painter.font());
-    const std::string bytes = fromQString(text);
     double at = 0;
-    for (std::string_view rest = bytes; !rest.empty();) {
-      const auto length = static_cast<std::size_t>(text::clusterLength(rest));
-      const QString cluster = toQString(rest.substr(0, length));
+    for (const QString& cluster : clustersOf(text, natural && turns(text))) {
       const double width = metrics.horizontalAdvance(leftToRight(cluster));
       if (holdsPicture(cluster)) drawPicture(painter, at, cluster, width);
       else painter.drawText(QPointF(at, 0), leftToRight(cluster));
       at += width;
-      rest.remove_prefix(length);
     }
   }
   painter.restore();
@@ -145,14 +163,16 @@ void drawPage(QPainter& painter, const PrintDocument& document, int index) {
   painter.setPen(QPen(Qt::black, 0.5));
   for (const PrintRule& rule : page.rules) painter.drawLine(QPointF(rule.x1, rule.y1), QPointF(rule.x2, rule.y2));
   int style = -1;
+  bool natural = false;
   for (const PrintRun& run : page.runs) {
     if (run.style != style) {
       style = run.style;
       const PrintStyle& s = document.styles[static_cast<std::size_t>(style)];
       painter.setFont(printFont(s.font));
       painter.setPen(s.color);
+      natural = s.natural;
     }
-    drawText(painter, run.x, run.baseline, page.runText(run));
+    drawText(painter, run.x, run.baseline, page.runText(run), natural);
   }
   drawEdge(painter, document, document.header, index, true);
   drawEdge(painter, document, document.footer, index, false);

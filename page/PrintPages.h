@@ -16,6 +16,7 @@ class QPainter;
 struct PrintStyle {
   QFont font;   // its point size counts
   QColor color;
+  bool natural = false;   // the text stands in its natural order, else in that of its characters
   bool operator==(const PrintStyle&) const = default;
 };
 
@@ -58,8 +59,10 @@ struct PrintDocument {
 inline constexpr QChar kNoField(0xFDD0);
 // The height that a header or footer needs, from the edge of the sheet.
 double edgeHeight(const PrintDocument& document);
-// The text as it is drawn and measured: its characters from left to right in their order, as on the screen, in every script.
+// The text as it is drawn and measured where it is not natural: its characters from left to right in their order, in every script.
 QString leftToRight(const QString& text);
+// Whether the two orders may differ.
+bool turns(QStringView text);
 
 // Splits "left|centre|right". Missing parts are empty; text behind a third "|" belongs to the right part.
 PrintEdge splitEdge(const QString& text);

@@ -10,15 +10,19 @@ constexpr double kInch = 72, kColumnGap = 18;
 
 // Widths of one style: ASCII from a table (without kerning), other characters asked of the font and cached.
 struct VSPrinter::Metrics {
-  explicit Metrics(const QFont& f)
-      : font(printFont(f)), metrics(font), scale((f.pointSizeF() > 0 ? f.pointSizeF() : 10) / font.pixelSize()) {
+  explicit Metrics(const PrintStyle& style)
+      : font(printFont(style.font)),
+        metrics(font),
+        scale((style.font.pointSizeF() > 0 ? style.font.pointSizeF() : 10) / font.pixelSize()),
+        natural(style.natural) {
     for (int c = 32; c < 127; ++c) ascii[c] = metrics.horizontalAdvance(QChar(c)) * scale;
   }
   double width(QStringView text) const {
     double sum = 0;
     for (const QChar c : text) {
       const char16_t code = c.unicode();
-      if (code < 32 || code >= 127) return metrics.horizontalAdvance(leftToRight(text.toString())) * scale;
+      if (code < 32 || code >= 127)
+        return metrics.horizontalAdvance(natural ? text.toString() : leftToRight(text.toString())) * scale;
       sum += ascii[code];
     }
     return sum;
@@ -28,6 +32,7 @@ struct VSPrinter::Metrics {
   QFont font;
   QFontMetricsF metrics;
   double scale;
+  bool natural;
   double ascii[128] = {};
 };
 
@@ -132,9 +137,16 @@ void VSPrinter::setTextColor(const QColor& color) {
   present_ = nullptr;
 }
 
+void VSPrinter::setNaturalOrder(bool on) {
+  if (on == natural_) return;
+  natural_ = on;
+  style_ = -1;
+  present_ = nullptr;
+}
+
 int VSPrinter::styleIndex() {
   if (style_ >= 0) return style_;
-  const PrintStyle wanted{font_, color_};
+  const PrintStyle wanted{font_, color_, natural_};
   const auto found = std::find(document_.styles.begin(), document_.styles.end(), wanted);
   style_ = static_cast<int>(found - document_.styles.begin());
   if (found == document_.styles.end()) document_.styles.push_back(wanted);
@@ -143,7 +155,7 @@ int VSPrinter::styleIndex() {
 
 const VSPrinter::Metrics& VSPrinter::metricsOf(int style) {
   auto& held = metrics_[style];
-  if (!held) held = std::make_shared<Metrics>(document_.styles[static_cast<std::size_t>(style)].font);
+  if (!held) held = std::make_shared<Metrics>(document_.styles[static_cast<std::size_t>(style)]);
   return *held;
 }
 

@@ -38,6 +38,7 @@ class VSPrinter : public QObject {
   void setFontItalic(bool on);
   QColor TextColor() const { return color_; }
   void setTextColor(const QColor& color);
+  void setNaturalOrder(bool on);   // PrintStyle::natural
 
   // Paragraphs: lines begin at MarginLeft + IndentLeft, the first line IndentFirst further right (it may be negative).
   double IndentLeft() const { return indentLeft_; }
@@ -96,6 +97,7 @@ class VSPrinter : public QObject {
   std::shared_ptr<PrintPage> page_;
   QFont font_;
   QColor color_ = Qt::black;
+  bool natural_ = false;
   int style_ = -1;
   double indentLeft_ = 0, indentFirst_ = 0, indentTab_ = 36;
   double x_ = 0, y_ = 0, ascent_ = 0, height_ = 0;

@@ -59,7 +59,8 @@ struct CWordWrap::Job {
   int tabSize;
   double zeroWidth;
   bool inComment = false;   // set and cleared by the marks only
-  QChar stringOpen;         // delimiter of the string being printed, if strings are coloured
+  QChar stringOpen;         // delimiter of the string being printed, if strings are coloured or the line turns
+  bool turns = false;       // comments, strings and texts without a language may stand in another order than code
 
   void plain() {
     control.setFontBold(plainBold);
@@ -147,6 +148,8 @@ void CWordWrap::cmPrintText(VSPrinter& control, QString& line, const QString& ti
 void CWordWrap::printLine(Job& job, const QString& line) {
   VSPrinter& control = job.control;
   job.stringOpen = QChar();
+  job.turns = turns(line);
+  control.setNaturalOrder(job.turns && (job.inComment || !job.language));
   for (qsizetype at = 0; at < line.size();) {
     const qsizetype begin = at;
     if (line[at] > u' ') {
@@ -168,9 +171,11 @@ void CWordWrap::printLine(Job& job, const QString& line) {
       control.setFontItalic(CommentsItalic);
       if (commentColor.isValid()) control.setTextColor(commentColor);
       job.inComment = true;
+      control.setNaturalOrder(job.turns);
     } else if (c == kCommentEnd) {
       job.plain();
       job.inComment = false;
+      control.setNaturalOrder(false);
     } else if (c == u'\t') {
       const double left =
           control.MarginLeft() + control.IndentLeft();   // behind the line numbers, so that tab stops are those of the screen
@@ -179,6 +184,7 @@ void CWordWrap::printLine(Job& job, const QString& line) {
       control.setCurrentX(left + static_cast<double>(column) * job.zeroWidth);
     }
   }
+  control.setNaturalOrder(false);
 }
 
 // Keywords may begin with signs ("`ifdef", "$display"). If one begins within the run of signs between `begin` and the word at `at`,
@@ -203,7 +209,7 @@ void CWordWrap::printWord(Job& job, const QString& run) {
     job.plain();
     return;
   }
-  if (!job.inComment && stringColor.isValid() && job.language && !isWordChar(run[0])) {
+  if (!job.inComment && (stringColor.isValid() || job.turns) && job.language && !isWordChar(run[0])) {
     // a delimiter may stand in a run with other signs
     const auto& delims = job.language->tables().stringDelims;
     qsizetype printed = 0;
@@ -217,11 +223,13 @@ void CWordWrap::printWord(Job& job, const QString& run) {
       if (delimiter && job.stringOpen.isNull()) {
         printTo(at);
         job.stringOpen = c[0];
-        control.setTextColor(stringColor);
+        if (stringColor.isValid()) control.setTextColor(stringColor);
+        control.setNaturalOrder(job.turns);
       } else if (c[0] == job.stringOpen) {
         printTo(at + c.size());
         job.stringOpen = QChar();
         control.setTextColor(job.plainColor);
+        control.setNaturalOrder(false);
       }
       at += c.size();
     }

@@ -199,7 +199,7 @@ void PlainLines(benchmark::State& state) {
     const double took = bench::best(5, [&] {
       eachLine([&](std::string_view line) { benchmark::DoNotOptimize(LineLayout(line, true, {}, metrics, 8, 1e300)); });
     });
-    bench::ratioRow("plain lines laid out / their segments", took, limit, 7);
+    bench::ratioRow("lines of ASCII laid out / their segments found", took, limit, 9);
     std::string comments;
     while (comments.size() < 4 * bench::MB)
       comments += "x = 1;   // \u05D0\u05D1\u05D2 (\u05D3\u05D4) 12 \u0633\u0644\u0627\u0645 \u0915\u094D\u0937\u093F\n";

@@ -54,6 +54,8 @@ bool isRightToLeft(char32_t code) {
   return direction == QChar::DirR || direction == QChar::DirAL;
 }
 
+bool turns(char32_t code) { return code >= kFirstSpecial && (isRightToLeft(code) || QChar::direction(code) == QChar::DirAN); }
+
 QChar::Script scriptOf(char32_t code) {
   return code == 0x640 ? QChar::Script_Arabic : QChar::script(code);   // a stretch of a joint belongs to several scripts
 }

@@ -90,8 +90,8 @@ void LineLayout::arrange(std::string_view bytes, std::span<const text::ByteRange
 }
 
 void LineLayout::turn(std::span<const char32_t> codes, std::size_t first, std::size_t end, const GlyphMetrics& metrics) {
-  const auto turns = [](char32_t code) { return shape::isRightToLeft(code) || QChar::direction(code) == QChar::DirAN; };
-  if (std::none_of(codes.begin() + static_cast<std::ptrdiff_t>(first), codes.begin() + static_cast<std::ptrdiff_t>(end), turns))
+  if (std::none_of(codes.begin() + static_cast<std::ptrdiff_t>(first), codes.begin() + static_cast<std::ptrdiff_t>(end),
+                   shape::turns))
     return;
   std::vector<shape::Sign> signs;
   for (std::size_t i = first; i < end; ++i) signs.push_back(signOf(items_[i], codes[i]));

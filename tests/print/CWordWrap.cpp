@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QPainter>
+
 #include "control/CodeMax.h"
 #include "control/code/LanguageTable.h"
 #include "page/VSPrinter.h"
@@ -192,6 +194,39 @@ TEST(CWordWrap, EmptyTextAndAStop) {
   stopped.wrap.cmPrintText(stopped.printer, stopped.line, QString(), false, stopped.result,
                            [](qint64 done, qint64) { return done < 10; });
   EXPECT_FALSE(stopped.result);
+}
+
+// Pages stand in the order of the screen.
+TEST(CWordWrap, CommentsAndStringsStandInTheirNaturalOrder) {
+  const auto naturals = [](Job& job) {
+    job.print(true);
+    QStringList found;
+    for (const PrintRun& run : job.page().runs)
+      if (job.printer.document().styles[static_cast<std::size_t>(run.style)].natural) found << job.page().runText(run);
+    return found.join(u'|').toStdString();
+  };
+  Job code(QString::fromUtf8("\u05D0\u05D1 = \"\u05D2 begin\"; // \u05D3 \u05D4\nx = \"b\"; // c"));
+  EXPECT_EQ(naturals(code), "\"\u05D2 begin\"|// \u05D3 \u05D4");
+  Job prose(QString::fromUtf8("\u05D0 b"));
+  prose.cmx.setLanguage({});
+  EXPECT_EQ(naturals(prose), "\u05D0 b");
+
+  // Drawn, too: as the same letters the other way round in the order of code.
+  const auto drawn = [](const char* text, bool natural) {
+    VSPrinter printer;
+    printer.setFont(QFont(QStringLiteral("DejaVu Sans Mono"), 10));
+    printer.StartDoc();
+    printer.setNaturalOrder(natural);
+    printer.Print(QString::fromUtf8(text));
+    printer.EndDoc();
+    QImage image(300, 150, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    drawPage(painter, printer.document(), 0);
+    return image;
+  };
+  EXPECT_EQ(drawn("a (\u05D0\u05D1) 1", true), drawn("a (\u05D1\u05D0) 1", false));
+  EXPECT_NE(drawn("a (\u05D0\u05D1) 1", true), drawn("a (\u05D0\u05D1) 1", false));
 }
 
 // H1: what would not be seen on paper, or would turn a line around, prints as its name; pictures made of several characters stay whole.
