@@ -17,6 +17,7 @@
 #include "bridge/QStringBytes.h"
 #include "control/CodeMax.h"
 #include "control/complete/TextWords.h"
+#include "control/edit/Carets.h"
 #include "control/view/Pane.h"
 #include "text/line/Chars.h"
 #include "text/line/Words.h"
@@ -143,6 +144,7 @@ void Completer::offer(bool asked) {
   open_ = true;
   question_ = std::move(question);
   rows_.clear();
+  shown_ = 0;   // the list still shows the old ones
   wait_.start(kWaitMs);
   const std::uint64_t number = ++asked_;
   for (const auto& source : sources_)
@@ -223,7 +225,9 @@ void Completer::fill() {
     list_->setUniformItemSizes(true);
     list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list_->setTextElideMode(Qt::ElideRight);
-    connect(list_, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) { accept(list_->row(item)); });
+    connect(list_, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) {
+      if (shown_ > 0) accept(list_->row(item));
+    });
   }
   const int chosen = entered_ ? std::max(0, list_->isVisible() && shown_ > 0 ? list_->currentRow() : 0) : -1;
   QPalette colors = control_.palette();   // a border that stands out from dark and light text
@@ -306,7 +310,13 @@ void Completer::accept(int row) {
   hide();
   taken().order[chosen.word.text] = ++taken().last;
   Editor& editor = control_.editor();
-  if (editor.selection().caret != typed.end) return;
+  if (editor.selection().caret != typed.end || editor.snapshot().bytes(typed) != typedBytes) return;
+  // What was typed is replaced at each caret; where it does not stand at all of them, at this one.
+  const auto follows = [&](const Caret& caret) {
+    const ByteOffset begin = std::max(ByteOffset(0), caret.caret - std::ssize(typedBytes));
+    return caret.empty() && editor.snapshot().bytes({begin, caret.caret}) == typedBytes;
+  };
+  if (!std::ranges::all_of(carets::others(editor), follows)) carets::drop(editor);
   const QScopedValueRollback inserting(inserting_, true);
   const EditBlock block(control_);   // one undo step
   if (chosen.word.kind == CompletionKind::hotKey) {

@@ -209,6 +209,12 @@ bool autoClose::deletePair(Editor& e) {
 void autoClose::textChanged(Editor& e, const Change& change) {
   auto& pairs = EditorAccess::impl(e).pairs;
   if (change.reset) pairs.clear();
+  // A pair goes with one of its two; what moves into its place is the user's.
+  const auto removed = [&change](ByteOffset at) {
+    const auto behind = std::ranges::upper_bound(change.spans, at, {}, [](const Change::Span& span) { return span.oldBegin; });
+    return behind != change.spans.begin() && at < std::prev(behind)->oldBegin + std::prev(behind)->removed;
+  };
+  std::erase_if(pairs, [&](const AutoPair& pair) { return removed(pair.opener) || removed(pair.closer); });
   for (AutoPair& pair : pairs) pair = {change.map(pair.opener, Bias::right), change.map(pair.closer, Bias::right)};
 }
 

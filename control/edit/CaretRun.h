@@ -14,6 +14,7 @@ struct CaretRun {
   // At the present caret.
   bool changed = false;   // it has made its change
   bool cut = false;       // an edit of it was in the way of an earlier caret's, and was dropped or joined
+  bool grown = false;     // its deletion and that of earlier carets became one that is larger than theirs
   bool isMain = false;
   std::optional<text::SelectionState> after;   // in the text with its own edits only
   std::size_t first = 0;                       // its first edit

@@ -63,12 +63,14 @@ void tell(Editor& e) {
   if (e.onSelectionChanged) e.onSelectionChanged();
 }
 
+void snapped(const Editor& e, Caret& caret) {
+  const bool empty = caret.empty();
+  caret.caret = EditorAccess::snap(e.snapshot(), caret.caret);
+  caret.anchor = empty ? caret.caret : EditorAccess::snap(e.snapshot(), caret.anchor);
+}
+
 void giveSnapped(Editor& e, std::vector<Caret> list, std::size_t main) {
-  for (Caret& caret : list) {
-    const bool empty = caret.empty();
-    caret.caret = EditorAccess::snap(e.snapshot(), caret.caret);
-    caret.anchor = empty ? caret.caret : EditorAccess::snap(e.snapshot(), caret.anchor);
-  }
+  for (Caret& caret : list) snapped(e, caret);
   main = arrange(list, main);
   give(e, std::move(list), main);
 }
@@ -192,6 +194,7 @@ Collected collect(Editor& e, const Work& work) {
   CaretRun run;
   std::vector<Outcome> outcomes;
   QStringList pieces;
+  std::vector<std::size_t> owners;   // of the pieces: the last caret that cut it
   bool anyPiece = false;
   outcomes.reserve(taken.list.size());
   {
@@ -209,6 +212,14 @@ Collected collect(Editor& e, const Work& work) {
         one.how = run.after && !run.cut ? Outcome::placed : Outcome::followsText;
         if (one.how == Outcome::placed) one.now = *run.after;
       }
+      // What several carets cut together is copied in one piece.
+      if (run.grown && run.piece) {
+        while (!owners.empty() && outcomes[owners.back()].end > run.popped) {
+          owners.pop_back();
+          pieces.pop_back();
+        }
+        run.piece = toQString(e.snapshot().bytes(run.edits.back().range));
+      }
       // Edits of earlier carets that became one with others: these carets go where their text goes.
       for (auto old = outcomes.rbegin(); old != outcomes.rend() && old->end > run.popped; ++old) {
         if (old->how == Outcome::placed) old->how = Outcome::followsText;
@@ -216,10 +227,11 @@ Collected collect(Editor& e, const Work& work) {
       }
       if (one.now.column) one.now = {one.now.caret, one.now.caret, 0, 0, false};
       outcomes.push_back(one);
-      const bool lost = run.cut && one.first == one.end;   // an earlier caret has done and copied the same
+      const bool lost = run.cut && !run.grown && one.first == one.end;   // an earlier caret has done and copied the same
       if (lost) continue;
       anyPiece = anyPiece || run.piece.has_value();
       pieces += run.piece.value_or(QString());
+      owners.push_back(i);
     }
   }
   if (anyPiece) copyPieces(e, pieces);
@@ -274,7 +286,9 @@ void oneByOne(Editor& e, const Work& work) {
   const std::uint64_t revision = document.revision();
   Progress progress(e, taken.list.size());
   for (std::size_t i = 0; i < marks.size() && progress.goesOn(i); ++i) {
-    EditorAccess::setSelection(e, stateOf({document.markAt(marks[i].first), document.markAt(marks[i].second)}));
+    Caret here{document.markAt(marks[i].first), document.markAt(marks[i].second)};
+    snapped(e, here);   // work at another caret may have joined characters here
+    EditorAccess::setSelection(e, stateOf(here));
     impl.goal = goalOf(taken.list[i]);
     work(i);
     const SelectionState now = e.selection();
@@ -293,7 +307,7 @@ void oneByOne(Editor& e, const Work& work) {
 }   // namespace
 
 void CaretRun::begin(bool main) {
-  changed = cut = false;
+  changed = cut = grown = false;
   isMain = main;
   after.reset();
   piece.reset();
@@ -319,6 +333,7 @@ bool CaretRun::take(std::span<const Edit> own, const std::optional<SelectionStat
     cut = true;
     // Two deletions that overlap become one; else what an earlier caret does counts.
     if (!edit.text.empty() || !edits.back().text.empty()) continue;
+    grown = grown || edit.range.begin < edits.back().range.begin || edit.range.end > edits.back().range.end;
     ByteRange gone{std::min(edit.range.begin, edits.back().range.begin), std::max(edit.range.end, edits.back().range.end)};
     edits.pop_back();
     while (!edits.empty() && edits.back().range.end > gone.begin) {
@@ -444,5 +459,5 @@ void EditorAccess::settle(Editor& e, SelectionState& main, std::optional<std::in
 void EditorAccess::follow(Editor& e, const Change& change) {
   auto& others = e.impl_->others;
   if (change.reset) return others.clear();
-  for (Caret& caret : others) caret = moved(change, caret);
+  for (Caret& caret : others) snapped(e, caret = moved(change, caret));
 }

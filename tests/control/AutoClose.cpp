@@ -16,12 +16,13 @@ namespace {
 
 class AutoCloseTest : public PaneFixture {
  public:
-  // Return, Backspace and Right are \n, \b and >.
+  // Return, Backspace, Right and Delete are \n, \b, > and <.
   void types(const char* keys) {
     for (const char* c = keys; *c != 0; ++c) {
       if (*c == '\n') key(Qt::Key_Return, {}, QStringLiteral("\r"));
       else if (*c == '\b') key(Qt::Key_Backspace);
       else if (*c == '>') key(Qt::Key_Right);
+      else if (*c == '<') key(Qt::Key_Delete);
       else typeText(QString(QLatin1Char(*c)));
     }
   }
@@ -42,6 +43,7 @@ TEST_F(AutoCloseTest, ClosesTypesOverAndSurrounds) {
       {"", "|", "(>)", "())|"},   // the caret left the pair
       {"", "|", "(\b", "|"},
       {"", "(|)", "\b", "|)"},
+      {"", "f(|)", "(<\b", "f(|)"},   // the closer that moved beside the opener is the user's
       {"", "|word", "(", "(|word"},
       {"", "|(a)", "(", "(|(a)"},
       {"", "a|", "\"", "a\"|"},

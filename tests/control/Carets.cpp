@@ -183,6 +183,14 @@ TEST(Carets, CopiesGoBackPieceByPiece) {
   lines.run("PASTE");
   EXPECT_EQ(lines.bytes(), "ab\ncd\nef\nab\nef\n") << "one caret takes all";
 
+  const auto cut = [](const char* marked, const char* command) {
+    CaretsFixture over(marked);
+    over.run(command);
+    return over.bytes() + '-' + over.host.clipboard.toStdString();
+  };
+  EXPECT_EQ(cut("@a\nb|b@b\nc|\nd\n", "LINECUT"), "d\n-a\nbbb\nc\n") << "all that goes is on the clipboard";
+  EXPECT_EQ(cut("x\nl|i@n\nm|n", "CUT"), "x\nn-lin\nm");
+
   CaretsFixture other("|a|");
   other.host.clipboard = QStringLiteral("x\ny");
   other.run("PASTE");
@@ -197,6 +205,10 @@ TEST(Carets, OthersMoveWithTheText) {
   EXPECT_EQ(carets::count(f.editor), 3u);
   f.model->replaceAll(text::Snapshot("new"), {});
   EXPECT_EQ(f.shownAll(), "|new");
+  CaretsFixture joined("a|b a\r|x\n|");
+  joined.model->document().apply(
+      std::vector<text::Edit>{{{ByteOffset(0), ByteOffset(2)}, "\u4e2d"}, {{ByteOffset(5), ByteOffset(6)}, ""}}, {});
+  EXPECT_EQ(joined.shownAll(), "|\u4e2d a|\r\n|") << "never within a character";
 }
 
 TEST(Carets, RandomEditsEqualAStringAndAList) {

@@ -6,6 +6,7 @@
 
 #include "control/complete/TextWords.h"
 #include "control/complete/WordIndex.h"
+#include "control/edit/Carets.h"
 #include "control/keys/KeyCommands.h"
 #include "control/keys/KeyMacro.h"
 #include "tests/control/PaneFixture.h"
@@ -135,6 +136,29 @@ TEST_F(CompleterTest, LateAnswersNeverMoveTheChosenRow) {
   expectOffered({"stalled word"});
   control.clearFocus();
   EXPECT_EQ(row(), -2);
+}
+
+TEST_F(CompleterTest, InsertsTheRowThatIsShown) {
+  put("count_a count_be count_cee\nco|");
+  press(Qt::Key_Space, Qt::ControlModifier);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return shown().size() == 3; }, 5000));
+  press(Qt::Key_Down);
+  press(Qt::Key_Down);
+  type("u");   // as many rows as before, in another order
+  QTest::qWait(4 * Completer::kWaitMs);
+  const Rows rows = shown();
+  ASSERT_EQ(rows.size(), 3u);
+  const std::string chosen = rows[static_cast<std::size_t>(row())];
+  press(Qt::Key_Return);
+  EXPECT_EQ(bytes() + " word", "count_a count_be count_cee\n" + chosen);
+
+  put("ab\nCounter\ncou|");
+  carets::add(control.editor(), {text::ByteOffset(2), text::ByteOffset(2)});
+  carets::add(control.editor(), {text::ByteOffset(14), text::ByteOffset(14)});
+  press(Qt::Key_Space, Qt::ControlModifier);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !shown().empty() && shown()[0] == "Counter word"; }, 5000));
+  press(Qt::Key_Return);
+  EXPECT_EQ(bytes(), "ab\nCounter\nCounter") << "other carets stand behind other text";
 }
 
 TEST_F(CompleterTest, TakesOneUndoStepAndIsRecordedAsTyped) {
