@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "change/LineWork.h"
+#include "control/edit/Carets.h"
 #include "control/edit/ColumnBlock.h"
 #include "text/line/Chars.h"
 
@@ -47,6 +48,19 @@ LineRange selectedLinesOrAll(CodeMax& cmx) {
 }
 
 namespace {
+
+// Runs the service on the selected lines, else on all; of several carets, on those of each, from the last to the first: its changes
+// move no lines that are still to come.
+template <class Service>
+qint64 onSelections(CodeMax& cmx, Service service) {
+  Editor& editor = cmx.editor();
+  if (!carets::several(editor) || !carets::anySelection(editor)) return service(selectedLinesOrAll(cmx));
+  const std::vector<LineRange> ranges = carets::lines(editor, LineAtEnd::excluded);
+  const EditBlock block(cmx);
+  qint64 done = 0;
+  for (auto range = ranges.rbegin(); range != ranges.rend(); ++range) done += service(*range);
+  return done;
+}
 
 struct Row {
   QString key;   // by which it is compared
@@ -90,10 +104,12 @@ void sortRows(LineWork& work, const SortOptions& options) {
 }   // namespace
 
 qint64 SortLines(CodeMax& cmx, const SortOptions& options) {
-  return LineWork::run(cmx, withoutFinalEmpty(cmx, selectedLinesOrAll(cmx)), ToolText::tr("Sorting..."), [&](LineWork& work) {
-    try {
-      sortRows(work, options);
-    } catch (const LinesCancelled&) {}
+  return onSelections(cmx, [&](LineRange lines) {
+    return LineWork::run(cmx, withoutFinalEmpty(cmx, lines), ToolText::tr("Sorting..."), [&](LineWork& work) {
+      try {
+        sortRows(work, options);
+      } catch (const LinesCancelled&) {}
+    });
   });
 }
 
@@ -135,8 +151,8 @@ qint64 SubstituteInLines(CodeMax& cmx, const text::Finder& finder, const QString
 namespace {
 
 // Removes the lines for which `keep` is false.
-qint64 keepLines(CodeMax& cmx, const std::function<bool(std::string_view)>& keep) {
-  const LineRange lines = withoutFinalEmpty(cmx, selectedLinesOrAll(cmx));
+qint64 keepLines(CodeMax& cmx, LineRange lines, const std::function<bool(std::string_view)>& keep) {
+  lines = withoutFinalEmpty(cmx, lines);
   if (cmx.LineCount() == 1 && cmx.GetLineLength(0) == 0) return 0;   // an empty text has nothing to take
   return LineWork::run(cmx, lines, ToolText::tr("Looking at lines..."), [&](LineWork& work) {
     LineRange gone{lines.first, lines.first};
@@ -155,27 +171,31 @@ qint64 keepLines(CodeMax& cmx, const std::function<bool(std::string_view)>& keep
 }   // namespace
 
 qint64 RemoveDuplicateLines(CodeMax& cmx) {
-  std::unordered_set<std::string> seen;
-  return keepLines(cmx, [&](std::string_view line) { return seen.emplace(line).second; });
-}
-
-qint64 RemoveBlankLines(CodeMax& cmx) {
-  return keepLines(cmx, [](std::string_view line) { return !toQString(line).trimmed().isEmpty(); });
-}
-
-qint64 TrimLineEnds(CodeMax& cmx) {
-  return LineWork::run(cmx, selectedLinesOrAll(cmx), ToolText::tr("Trimming..."), [](LineWork& work) {
-    for (std::string_view line; work.next(&line);) {
-      std::size_t end = line.size();
-      while (end > 0 && isBlank(line[end - 1])) --end;
-      work.replace(line, line.substr(0, end));
-    }
+  return onSelections(cmx, [&](LineRange lines) {
+    std::unordered_set<std::string> seen;
+    return keepLines(cmx, lines, [&](std::string_view line) { return seen.emplace(line).second; });
   });
 }
 
-qint64 JoinLines(CodeMax& cmx) {
-  LineRange lines = cmx.editor().selectedLines();
-  if (cmx.GetSel(true).IsEmpty()) lines.end = std::min(lines.first + 2, cmx.LineCount());   // with the line below
+qint64 RemoveBlankLines(CodeMax& cmx) {
+  return onSelections(cmx, [&](LineRange lines) {
+    return keepLines(cmx, lines, [](std::string_view line) { return !toQString(line).trimmed().isEmpty(); });
+  });
+}
+
+qint64 TrimLineEnds(CodeMax& cmx) {
+  return onSelections(cmx, [&](LineRange lines) {
+    return LineWork::run(cmx, lines, ToolText::tr("Trimming..."), [](LineWork& work) {
+      for (std::string_view line; work.next(&line);) {
+        std::size_t end = line.size();
+        while (end > 0 && isBlank(line[end - 1])) --end;
+        work.replace(line, line.substr(0, end));
+      }
+    });
+  });
+}
+
+static qint64 joinLines(CodeMax& cmx, LineRange lines) {
   if (lines.end - lines.first < 2) return 0;
   const qint64 joined = LineWork::run(cmx, lines, ToolText::tr("Joining..."), [](LineWork& work) {
     // The end of the joined text, and whether it is empty.
@@ -195,6 +215,18 @@ qint64 JoinLines(CodeMax& cmx) {
     if (end < behind) work.edits.push_back({{end, behind}, {}});
     work.changed = work.lines().end - work.lines().first - 1;
   });
+  return joined;
+}
+
+qint64 JoinLines(CodeMax& cmx) {
+  Editor& editor = cmx.editor();
+  if (carets::anySelection(editor) || !cmx.GetSel(true).IsEmpty())
+    return onSelections(cmx, [&](LineRange lines) { return joinLines(cmx, lines); });
+  const std::vector<LineRange> ranges = carets::lines(editor, LineAtEnd::excluded);
+  const EditBlock block(cmx);
+  qint64 joined = 0;
+  for (auto range = ranges.rbegin(); range != ranges.rend(); ++range)   // each with the line below
+    joined += joinLines(cmx, {range->first, std::min(range->end + 1, cmx.LineCount())});
   return joined;
 }
 

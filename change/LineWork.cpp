@@ -2,6 +2,7 @@
 
 #include "base/Program.h"
 #include "bridge/LongWork.h"
+#include "control/edit/Carets.h"
 #include "text/store/SmallestEdit.h"
 
 namespace {
@@ -60,6 +61,6 @@ qint64 LineWork::run(CodeMax& cmx, LineRange lines, const QString& what, const s
   if (edits.empty() || document.revision() != revision) return 0;
   const BusyGuard busy;
   const EditBlock block(cmx);
-  document.apply(edits, cmx.editor().selection());
+  carets::editAround(cmx.editor(), edits);
   return changed;
 }

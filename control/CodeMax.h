@@ -54,8 +54,8 @@ class CodeMax : public QWidget {
   void SetSel(const CmRange& range, bool makeVisible = true);
   void SelectLine(qint64 line, bool makeVisible = true);
   QString SelText() const;
-  bool HasSelection() const;   // at the main caret
-  bool AnySelection() const;   // at any caret
+  bool HasSelection() const;     // at the main caret
+  bool AnySelection() const;     // at any caret
   QString CurrentWord() const;   // see text/line/WordNear.h
   qint64 CurrentWordLength() const;
   CmPosition CurrentPosition() const;   // the caret

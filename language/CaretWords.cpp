@@ -247,6 +247,10 @@ bool isInWordList(CodeMax& cmx, const clsLang* language) { return language && li
 
 void ProcessWordList(CodeMax& cmx, const clsLang* language, int& WordListIndex, bool previous) {
   if (!language || cmx.ReadOnly() || cmx.Language().isEmpty()) return;
+  if (carets::several(cmx.editor())) {
+    const EditBlock block(cmx);
+    return carets::oneAfterOther(cmx.editor(), [&] { ProcessWordList(cmx, language, WordListIndex, previous); });
+  }
   const auto listed = listedWordAt(cmx, *language);
   if (!listed) return;
   const QString word = listed->text.toUpper();

@@ -2,6 +2,7 @@
 
 #include "bridge/QStringBytes.h"
 #include "control/CodeMax.h"
+#include "control/edit/Carets.h"
 #include "language/FieldWalk.h"
 #include "language/ucCM.h"
 
@@ -24,6 +25,7 @@ void HotWords::ask(const CompletionQuestion& question, const Answer& answer) {
 }
 
 bool HotWords::accept(const WordOffer& word) {
-  cmx_.ReplaceSel(word.text);
+  if (carets::several(cmx_.editor())) carets::atEach(cmx_.editor(), [&] { cmx_.editor().replaceSelection(word.text); });
+  else cmx_.ReplaceSel(word.text);
   return ExpandTemplate(cmx_, manager_, languageIndex_(), expand_);
 }

@@ -44,7 +44,7 @@ bool isCloser(char c) { return c == ')' || c == ']' || c == '}'; }
 enum class Header { none, begun, condition, whole };
 
 Header headerOf(std::string_view word) {
-  static constexpr std::string_view kWithCondition[] = {"if",      "while",  "for",       "foreach",
+  static constexpr std::string_view kWithCondition[] = {"if",     "while",  "for",       "foreach",
                                                         "repeat", "always", "always_ff", "always_latch"};
   static constexpr std::string_view kWithout[] = {"else", "forever", "initial", "final", "always_comb"};
   if (std::ranges::find(kWithCondition, word) != std::end(kWithCondition)) return Header::begun;
@@ -100,6 +100,8 @@ class LookBack {
   std::optional<LineNo> header() const { return header_ == Header::whole ? std::optional(headerLine_) : std::nullopt; }
   // Where the headers began before the lone statement that ends the text.
   std::optional<LineNo> loneSince() const { return loneSince_; }
+  // The line of the "if" that an "else" behind that statement belongs to.
+  std::optional<LineNo> loneIf() const { return loneIfs_.empty() ? std::nullopt : std::optional(loneIfs_.back()); }
   bool middleFirst() const { return middleFirst_; }
   bool insideStatement() const { return words_ > 0 && !opened_ && !middleStatement_; }
   std::string leading(LineNo line) const { return leadingOf(text_, line); }
@@ -126,8 +128,9 @@ class LookBack {
     const std::string_view all(bytes);
     bool any = false;
     middleFirst_ = afterEnd_ = false;
-    if (const std::size_t code = all.find_first_not_of(" \t");
-        hasDirectives_ && code != std::string_view::npos && code + 1 < all.size() && all[code] == '#' && std::isalpha(static_cast<unsigned char>(all[code + 1])))
+    if (const std::size_t code = all.find_first_not_of(" \t"); hasDirectives_ && code != std::string_view::npos &&
+                                                               code + 1 < all.size() && all[code] == '#' &&
+                                                               std::isalpha(static_cast<unsigned char>(all[code + 1])))
       return;
     auto token = tokens.begin();
     for (std::size_t at = 0; at < all.size();) {
@@ -164,7 +167,13 @@ class LookBack {
     afterEnd_ = false;
     if (ofEnd) return;
     const bool inBracket = !open_.empty() && open_.back().bracket;
+    if (piece == "else" && !loneIfs_.empty()) {   // goes on with that statement
+      ifs_ = loneIfs_;
+      ifs_.pop_back();
+      headersSince_ = loneSince_;
+    }
     loneSince_.reset();
+    loneIfs_.clear();
     if (hasHeaders_ && !inBracket) followHeader(piece, word, line);
     if (kind.closes()) {
       while (!open_.empty() && open_.back().bracket) close(line);
@@ -182,7 +191,10 @@ class LookBack {
       if (inBracket) close(line);
       if (header_ == Header::condition && open_.size() == headerDepth_) header_ = Header::whole;
     } else if (piece == ";" && !inBracket) {
-      if (headersSince_ && *headersSince_ < line) loneSince_ = headersSince_;
+      if (headersSince_ && *headersSince_ < line) {
+        loneSince_ = headersSince_;
+        loneIfs_ = ifs_;
+      }
       if (awaitsIs_ && !open_.empty()) open_.pop_back();   // only a declaration
       resetStatement();
     } else if (piece == ":" && words_ == 1 && !opened_) {
@@ -199,6 +211,7 @@ class LookBack {
       header_ = kind;
       headerLine_ = line;
       if (!headersSince_) headersSince_ = line;
+      if (piece == "if") ifs_.push_back(line);
     } else if (header_ == Header::begun && piece == "(") {
       header_ = Header::condition;
       headerDepth_ = open_.size();
@@ -237,6 +250,7 @@ class LookBack {
     opened_ = opensNothing_ = awaitsIs_ = middleStatement_ = false;
     header_ = Header::none;
     headersSince_.reset();
+    ifs_.clear();
   }
 
   const Snapshot text_;
@@ -253,6 +267,7 @@ class LookBack {
   LineNo headerLine_{0};
   std::size_t headerDepth_ = 0;   // of what is open around its condition
   std::optional<LineNo> headersSince_, loneSince_;
+  std::vector<LineNo> ifs_, loneIfs_;   // of the headers since then
   bool tick_ = false;
   QString firstWord_;
   bool opened_ = false, opensNothing_ = false, awaitsIs_ = false, middleStatement_ = false, middleFirst_ = false, afterEnd_ = false;
@@ -298,6 +313,7 @@ bool isBracket(std::string_view word, const BlockWords::Entry& kind) {
 std::optional<std::string> closerIndent(const LookBack& above, std::string_view word, const BlockWords::Entry& kind) {
   const bool bracket = isBracket(word, kind);
   if (const auto header = above.header(); header && kind.opens() && opensBlock(word)) return above.leading(*header);
+  if (word == "else" && !kind.isMiddle() && above.loneIf()) return above.leading(*above.loneIf());
   if (!bracket && !kind.closes() && (!kind.isMiddle() || above.insideStatement())) return std::nullopt;
   const auto& open = above.open();
   auto found = open.rbegin();
@@ -345,7 +361,8 @@ bool mayStepBack(const TextModel& model, const BlockWords& blocks, ByteRange ran
   if (!oneWord(fromQString(word)) && word.size() > 1) return false;
   const auto counts = [&](const QString& w) {
     const auto kind = blocks.classify(w);
-    return kind.closes() || kind.isMiddle() || (kind.opens() && opensBlock(fromQString(w)) && hasLoneStatements(blocks));
+    return kind.closes() || kind.isMiddle() ||
+           ((w == QLatin1String("else") || (kind.opens() && opensBlock(fromQString(w)))) && hasLoneStatements(blocks));
   };
   return counts(word) || counts(toQString(*before));
 }
@@ -362,10 +379,15 @@ std::optional<std::string> indentForCloser(TextModel& model, const BlockWords& b
     const auto indent = closerIndent(above, word, kind);
     return indent && cellsOf(*indent, options.tabSize) < cellsOf(present, options.tabSize) ? indent : std::nullopt;
   }
+  if (word == "else" && !kind.isMiddle() && above.loneIf() && above.loneSince()) {   // from where Return has put it
+    const std::string indent = above.leading(*above.loneIf());
+    return indent != present && present == above.leading(*above.loneSince()) ? std::optional(indent) : std::nullopt;
+  }
   // The word was continued and is not a closing word any more: its old indent is restored.
   const QString before = toQString(word).chopped(1);
   const auto beforeKind = blocks.classify(before);
-  const bool opened = beforeKind.opens() && above.header() && opensBlock(fromQString(before));
+  const bool opened = (beforeKind.opens() && above.header() && opensBlock(fromQString(before))) ||
+                      (before == QLatin1String("else") && above.loneIf());
   if ((!beforeKind.closes() && !beforeKind.isMiddle() && !opened) || blocks.beginsACloser(toQString(word))) return std::nullopt;
   if (present != closerIndent(above, fromQString(before), beforeKind)) return std::nullopt;
   const ByteOffset end = text.lineEnd(line - 1);

@@ -87,6 +87,7 @@ void caretAddAll(Editor& e, const QVariant& argument);
 void findSelectAll(Editor& e, const QVariant& argument);
 void caretsInSelection(Editor& e, const QVariant& argument);
 void caretsEnd(Editor& e, const QVariant& argument);
+void caretUndo(Editor& e, const QVariant& argument);
 
 enum class WordCase { upper, lower, capital };
 void changeWordCase(Editor& e, WordCase to);

@@ -67,4 +67,8 @@ void caretsInSelection(Editor& e, const QVariant&) {
 
 void caretsEnd(Editor& e, const QVariant&) { carets::drop(e); }
 
+void caretUndo(Editor& e, const QVariant&) {
+  if (!carets::takeBack(e)) note(e, "The carets have not changed since the text changed");
+}
+
 }   // namespace commandFunctions

@@ -200,15 +200,15 @@ void Completer::show() {
   wait_.stop();
   if (!open_) return;
   const auto better = [this](const Row& a, const Row& b) { return before(a, b); };
-  // The rows of a list that the user is in stay where they are.
-  const bool keeps = list_ && list_->isVisible() && entered_ && list_->currentRow() > 0 && shown_ <= rows_.size();
+  // What comes late never moves the chosen row.
+  const bool keeps = list_ && list_->isVisible() && list_->currentRow() >= 0 && shown_ <= rows_.size();
   std::sort(rows_.begin() + static_cast<std::ptrdiff_t>(keeps ? shown_ : 0), rows_.end(), better);
   if (rows_.size() > kMostRows) rows_.resize(kMostRows);
   if (rows_.empty()) {
     if (question_.asked) emit control_.Note(tr("No word fits"));
     return conceal();   // answers may still come
   }
-  if (keeps && shown_ == rows_.size()) return;
+  if (keeps && shown_ > 0 && shown_ == rows_.size()) return;
   fill();
 }
 
@@ -319,18 +319,23 @@ void Completer::accept(int row) {
   if (!std::ranges::all_of(carets::others(editor), follows)) carets::drop(editor);
   const QScopedValueRollback inserting(inserting_, true);
   const EditBlock block(control_);   // one undo step
+  const auto deleteTyped = [&] {     // at each caret
+    for (std::string_view left = typedBytes; !left.empty(); left.remove_prefix(static_cast<std::size_t>(text::clusterLength(left))))
+      control_.ExecuteCmd(Cmd::DELETEBACK);
+  };
+  QString rest = chosen.word.text;
+  bool gone = false;
   if (chosen.word.kind == CompletionKind::hotKey) {
-    editor.setSelection({typed.begin, typed.end, 0, 0, false});
+    gone = carets::several(editor);
+    if (gone) deleteTyped();
+    else editor.setSelection({typed.begin, typed.end, 0, 0, false});
     if (chosen.source->accept(chosen.word)) return;
-    editor.moveCaret(typed.end, false);
+    if (!gone) editor.moveCaret(typed.end, false);
   }
   // As the user would type it, so that a recorded macro has it.
   const bool overtype = std::exchange(editor.overtype, false);
-  QString rest = chosen.word.text;
-  if (rest.startsWith(typedBefore)) rest.remove(0, typedBefore.size());
-  else
-    for (std::string_view left = typedBytes; !left.empty(); left.remove_prefix(static_cast<std::size_t>(text::clusterLength(left))))
-      control_.ExecuteCmd(Cmd::DELETEBACK);   // at each caret
+  if (!gone && rest.startsWith(typedBefore)) rest.remove(0, typedBefore.size());
+  else if (!gone) deleteTyped();
   editor.typeText(rest);
   editor.overtype = overtype;
 }

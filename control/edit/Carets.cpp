@@ -4,6 +4,7 @@
 #include <QScopeGuard>
 #include <QScopedValueRollback>
 #include <algorithm>
+#include <utility>
 
 #include "bridge/LongWork.h"
 #include "control/commands/CommandFunctions.h"
@@ -92,7 +93,10 @@ class Taken {
     before = CaretSets::of(e.model()).keep(selection_, others_);
   }
   ~Taken() {
-    if (given_ || e_.document().revision() != revision_) return;
+    if (!given_ && e_.document().revision() == revision_) putBack();
+  }
+  void putBack() {
+    given_ = true;
     EditorAccess::setSelection(e_, selection_);
     EditorAccess::impl(e_).others = std::move(others_);
     EditorAccess::impl(e_).goal = goal_;
@@ -240,8 +244,9 @@ Collected collect(Editor& e, const Work& work) {
     places.reserve(outcomes.size());
     for (const Outcome& one : outcomes) places.push_back(caretOf(one.now, one.goal < 0 ? std::nullopt : std::optional(one.goal)));
     const std::size_t main = arrange(places, taken.main);
+    taken.putBack();
+    carets::keepBefore(e);
     give(e, std::move(places), main);
-    taken.forget();
     tell(e);
     return Collected::done;
   }
@@ -373,12 +378,17 @@ std::vector<Caret> all(const Editor& e, std::size_t* main) {
   return list;
 }
 
-void set(Editor& e, std::vector<Caret> list, std::size_t main) {
-  if (list.empty()) return;
+static void setQuietly(Editor& e, std::vector<Caret> list, std::size_t main) {
   e.document().breakJoin();
   EditorAccess::impl(e).autoBlanks.reset();
   giveSnapped(e, std::move(list), main);
   tell(e);
+}
+
+void set(Editor& e, std::vector<Caret> list, std::size_t main) {
+  if (list.empty()) return;
+  if (list.size() > 1 || several(e)) carets::keepBefore(e);
+  setQuietly(e, std::move(list), main);
 }
 
 void add(Editor& e, const Caret& caret) {
@@ -405,12 +415,13 @@ void setMain(Editor& e, const Caret& caret) {
   std::size_t main = 0;
   std::vector<Caret> list = all(e, &main);
   list[main] = caret;
-  set(e, std::move(list), main);
+  setQuietly(e, std::move(list), main);
 }
 
 void drop(Editor& e) {
   auto& impl = EditorAccess::impl(e);
   if (impl.others.empty()) return;
+  carets::keepBefore(e);
   impl.others = {};
   tell(e);
 }
@@ -430,6 +441,14 @@ void oneAfterOther(Editor& e, const std::function<void()>& work) {
 }
 
 bool edit(Editor& e, std::span<const Edit> edits) { return EditorAccess::change(e, edits); }
+
+bool editAround(Editor& e, std::span<const Edit> edits) {
+  auto& impl = EditorAccess::impl(e);
+  const SelectionState before = impl.stepBefore.value_or(CaretSets::of(e.model()).keep(e.selection(), impl.others));
+  if (!e.document().apply(edits, before)) return false;
+  if (several(e)) keepAfter(e);
+  return true;
+}
 
 std::vector<LineRange> lines(Editor& e, LineAtEnd lineAtEnd) {
   if (!several(e)) return {e.selectedLines(lineAtEnd)};

@@ -38,6 +38,9 @@ void add(Editor& e, const Caret& caret);
 void toggle(Editor& e, text::ByteOffset at);
 void setMain(Editor& e, const Caret& caret);   // in place of the main one
 void drop(Editor& e);                          // all but the main one
+void keepBefore(Editor& e);                    // to be called before they change while the text stays
+// Takes back the last change of the carets since the text changed: one that was added, went away or moved with others. False: none.
+bool takeBack(Editor& e);
 
 // Runs the work at each caret, as one undo step. The work sees an editor of one caret. If each time it makes at most one change, the
 // changes of all are applied together; else it runs one after the other, and a text that differs shows in between. What it copies
@@ -49,6 +52,8 @@ void atEach(Editor& e, const std::function<void(std::size_t)>& work);
 void oneAfterOther(Editor& e, const std::function<void()>& work);
 // Applies edits (see text::Document::apply) as one undo step that keeps the carets. False when read-only.
 bool edit(Editor& e, std::span<const text::Edit> edits);
+// The same; text that is put in at the edge of a selection is not selected.
+bool editAround(Editor& e, std::span<const text::Edit> edits);
 // The lines of all carets, see Editor::selectedLines; ascending, those side by side joined.
 std::vector<LineRange> lines(Editor& e, LineAtEnd lineAtEnd);
 

@@ -49,7 +49,14 @@ struct Editor::Impl {
   bool columnMode = false;                  // extending the selection makes a column selection
   std::unique_ptr<text::Finder> searcher;   // of the last search, with its key
   std::pair<std::string, text::SearchOptions> searcherKey;
-  std::vector<Caret> others;                        // besides the main one, see Carets.h
+  std::vector<Caret> others;   // besides the main one, see Carets.h
+  struct CaretsBefore {
+    text::SelectionState main;
+    std::optional<std::int64_t> goal;
+    std::vector<Caret> others;
+  };
+  std::vector<CaretsBefore> caretsBefore;   // before their last changes, in the text of that revision
+  std::uint64_t caretsBeforeIn = 0;
   CaretRun* run = nullptr;                          // while a command runs at each of several carets
   bool placed = false;                              // the others already stand where the change puts them
   std::optional<text::SelectionState> stepBefore;   // what undo restores, if not the present selection

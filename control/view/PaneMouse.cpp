@@ -6,6 +6,7 @@
 #include <QDropEvent>
 #include <QHelpEvent>
 #include <QMimeData>
+#include <QPointer>
 #include <QScrollBar>
 #include <QStyleHints>
 #include <QTimerEvent>
@@ -13,6 +14,7 @@
 #include <QUrl>
 #include <QWheelEvent>
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "bridge/FileNames.h"
@@ -23,6 +25,7 @@
 #include "control/folds/PaneFolds.h"
 #include "control/keys/KeyCommands.h"
 #include "control/view/Pane.h"
+#include "text/line/Chars.h"
 #include "text/line/Words.h"
 
 using text::ByteOffset;
@@ -31,6 +34,7 @@ using text::LineNo;
 
 namespace {
 constexpr int kAutoScrollInterval = 30;   // milliseconds
+constexpr int kDropScrollInterval = 60;   // of text that is dragged
 constexpr int kBookmarkWidth = 14;        // width of the part of the margin that sets bookmarks, in pixels
 }   // namespace
 
@@ -248,6 +252,10 @@ void PaneMouse::release(QMouseEvent* event) {
 }
 
 void PaneMouse::timerEvent(QTimerEvent* event) {
+  if (event->timerId() == dropScroll_.timerId()) {
+    scrollUnderDrag();
+    return showDrop(pane_.view_.offsetAt(dragged_));
+  }
   if (event->timerId() != autoScroll_.timerId()) return QObject::timerEvent(event);
   // The further outside, the faster.
   const auto speed = [](int distance) { return distance == 0 ? 0 : (distance > 0 ? 1 : -1) * (4 + std::abs(distance) / 2); };
@@ -263,6 +271,7 @@ void PaneMouse::timerEvent(QTimerEvent* event) {
 
 void PaneMouse::wheel(QWheelEvent* event) {
   if (event->modifiers().testFlag(Qt::ControlModifier)) {
+    if (event->phase() == Qt::ScrollMomentum) return event->accept();   // of a scrolling that began without Ctrl
     wheelRest_ += event->angleDelta().y() / 120.0;
     const int steps = static_cast<int>(wheelRest_);
     wheelRest_ -= steps;
@@ -270,12 +279,24 @@ void PaneMouse::wheel(QWheelEvent* event) {
     event->accept();
     return;
   }
-  QPoint pixels = event->pixelDelta();
-  const bool byPixel = !pixels.isNull();
-  if (!byPixel) pixels = event->angleDelta() * (QApplication::wheelScrollLines() * pane_.view_.lineHeight()) / 120;
+  const bool byPixel = !event->pixelDelta().isNull();
+  const int line = pane_.view_.lineHeight();
+  QPointF way =
+      byPixel ? QPointF(event->pixelDelta()) : QPointF(event->angleDelta()) * QApplication::wheelScrollLines() * line / 120;
   if (event->modifiers().testFlag(Qt::ShiftModifier) || event->modifiers().testFlag(Qt::AltModifier)) {
-    if (pixels.x() == 0) pixels = {pixels.y(), 0};
+    if (way.x() == 0) way = {way.y(), 0};
   }
+  // What is less than a pixel, or than a line where rows stay whole, counts with the next event.
+  if (event->phase() == Qt::ScrollBegin) scrollRest_ = {};
+  const int unit = byPixel || pane_.state_.smoothScrolling ? 1 : line;
+  const auto take = [](double* rest, double more, int whole) {
+    if (*rest * more < 0) *rest = 0;   // the other way
+    *rest += more;
+    const int taken = static_cast<int>(*rest / whole) * whole;
+    *rest -= taken;
+    return taken;
+  };
+  const QPoint pixels(take(&scrollRest_.rx(), way.x(), 1), take(&scrollRest_.ry(), way.y(), unit));
   if (pixels.y() != 0) pane_.scrollTo(pane_.view_.target - pixels.y(), !byPixel);
   if (pixels.x() != 0) pane_.scrollSideways(std::clamp<std::int64_t>(pane_.view_.left - pixels.x(), 0, pane_.highestLeft()));
   event->accept();
@@ -307,15 +328,74 @@ void PaneMouse::startTextDrag() {
   Editor& editor = *pane_.editor_;
   carets::drop(editor);   // one piece of text is dragged
   auto* drag = new QDrag(&pane_);
-  drag->setMimeData(TextMime::make(editor.selectedText(), editor.selection().column).release());
+  const text::SelectionState dragged = editor.selection();
+  const text::Document& document = pane_.state_.model->document();
+  const std::uint64_t revision = document.revision();
+  drag->setMimeData(dragged.column ? TextMime::make(editor.selectedText(), true).release()
+                                   : TextMime::makeLazy(pane_.snapshot(), editor.selectedRange()).release());
   droppedHere_ = false;
+  const QPointer<Pane> alive(&pane_);
   const bool writable = !pane_.state_.model->document().readOnly();
   const auto actions = writable ? Qt::CopyAction | Qt::MoveAction : Qt::DropActions(Qt::CopyAction);
   const Qt::DropAction done = drag->exec(actions, writable ? Qt::MoveAction : Qt::CopyAction);
-  if (done == Qt::MoveAction && !droppedHere_) {   // it was dropped on another text
-    const Pane::Action action(pane_);
-    editor.replaceSelection({});
+  if (!alive || done != Qt::MoveAction || droppedHere_) return;
+  // It was dropped on another text. If this one has changed meanwhile, nothing of it is deleted.
+  if (document.revision() != revision || editor.selection() != dragged) return;
+  const Pane::Action action(pane_);
+  editor.replaceSelection({});
+}
+
+// Near an edge the text scrolls while it is dragged over.
+void PaneMouse::scrollUnderDrag() {
+  TextView& view = pane_.view_;
+  const int line = view.lineHeight(), cell = static_cast<int>(std::ceil(pane_.state_.metrics->cell()));
+  const auto edge = [](int at, int first, int end, int near, int step) {
+    return end - first < 4 * near ? 0 : at < first + near ? -step : at >= end - near ? step : 0;
+  };
+  const int dy = edge(dragged_.y(), 0, view.height, line, line),
+            dx = edge(dragged_.x(), view.margin, view.margin + view.width, 2 * cell, 2 * cell);
+  if (dy == 0 && dx == 0) return dropScroll_.stop();
+  if (!dropScroll_.isActive()) return dropScroll_.start(kDropScrollInterval, this);
+  if (dy != 0) pane_.scrollTo(view.target + dy, false);
+  if (dx != 0) pane_.scrollSideways(std::clamp<std::int64_t>(view.left + dx, 0, pane_.highestLeft()));
+}
+
+void PaneMouse::showDrop(std::optional<ByteOffset> at) {
+  const auto old = std::exchange(pane_.dropAt_, at);
+  if (old == at) return;
+  for (const auto& place : {old, at})
+    if (place) pane_.updateLines(pane_.snapshot().lineAt(*place).value, pane_.snapshot().lineAt(*place).value);
+}
+
+// Whether text that is dragged from the pane would be dropped onto itself.
+bool PaneMouse::onDragged(Editor& from, ByteOffset at, bool moves) const {
+  const int tabSize = pane_.state_.options->tabSize;
+  const text::SelectionState& s = from.selection();
+  if (!s.column) {
+    const ByteRange range = from.selectedRange();
+    return moves ? at >= range.begin && at <= range.end : at > range.begin && at < range.end;
   }
+  const ColumnBlock block = columnBlock(from.model(), s, tabSize);
+  const LineNo line = pane_.snapshot().lineAt(at);
+  const std::int64_t cell = cellOf(from.model(), at, 0, tabSize);
+  return line >= block.first && line <= block.last && cell >= block.left && cell < block.right;
+}
+
+// Puts the rows of a block in and selects it.
+void PaneMouse::dropBlock(const QString& text, ByteOffset at) {
+  Editor& editor = *pane_.editor_;
+  const int tabSize = pane_.state_.options->tabSize;
+  const LineNo first = pane_.snapshot().lineAt(at);
+  const std::int64_t cell = cellOf(editor.model(), at, 0, tabSize);
+  std::int64_t right = cell, rows = 0;
+  for (const QStringView row : QStringView(text).split(u'\n')) {
+    const std::string placed = std::string(static_cast<std::size_t>(cell % tabSize), ' ') + fromQString(row);
+    right = std::max(right, cell - cell % tabSize + text::displayColumn(placed, std::ssize(placed), tabSize).value);
+    ++rows;
+  }
+  if (!editor.insertBlock(text)) return;
+  const LineNo last(std::min(first.value + rows, pane_.snapshot().lineCount()) - 1);
+  editor.setSelection(columnSelection(editor.model(), first, cell, last, right, tabSize));
 }
 
 bool PaneMouse::dragOver(QDropEvent* event) {
@@ -327,22 +407,16 @@ bool PaneMouse::dragOver(QDropEvent* event) {
     event->ignore();
     return false;
   }
-  const ByteOffset at = pane_.view_.offsetAt(event->position().toPoint());
-  if (pane_.dropAt_ != at) {
-    const auto old = pane_.dropAt_;
-    pane_.dropAt_ = at;
-    for (const auto& place : {old, pane_.dropAt_})
-      if (place) pane_.updateLines(pane_.snapshot().lineAt(*place).value, pane_.snapshot().lineAt(*place).value);
-  }
+  dragged_ = event->position().toPoint();
+  showDrop(pane_.view_.offsetAt(dragged_));
+  scrollUnderDrag();
   event->acceptProposedAction();
   return true;
 }
 
 void PaneMouse::dragLeave() {
-  if (!pane_.dropAt_) return;
-  const std::int64_t line = pane_.snapshot().lineAt(*pane_.dropAt_).value;
-  pane_.dropAt_.reset();
-  pane_.updateLines(line, line);
+  dropScroll_.stop();
+  showDrop(std::nullopt);
 }
 
 void PaneMouse::drop(QDropEvent* event) {
@@ -367,10 +441,10 @@ void PaneMouse::drop(QDropEvent* event) {
   auto* source = qobject_cast<Pane*>(event->source());
   if (source && source->state_.model != pane_.state_.model) source = nullptr;
   if (source) source->mouse_->droppedHere_ = true;
-  if (source && event->dropAction() == Qt::MoveAction) {
+  const bool moves = event->dropAction() == Qt::MoveAction;
+  if (source && onDragged(*source->editor_, at, moves)) return;
+  if (source && moves) {
     Editor& from = *source->editor_;
-    const ByteRange range = from.selectedRange();
-    if (at >= range.begin && at <= range.end && !from.selection().column) return;   // onto itself
     const text::MarkId mark = document.addMark(at);
     const Pane::Action there(*source);
     from.replaceSelection({});
@@ -379,7 +453,7 @@ void PaneMouse::drop(QDropEvent* event) {
   }
   editor.moveCaret(at, false);
   if (block) {
-    editor.insertBlock(text);
+    dropBlock(text, at);
   } else {
     editor.replaceSelection(text);
     const ByteOffset end = editor.selection().caret;

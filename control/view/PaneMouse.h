@@ -6,9 +6,11 @@
 #include <QElapsedTimer>
 #include <QMouseEvent>
 #include <QObject>
+#include <optional>
 
 #include "text/store/Change.h"
 
+class Editor;
 class Pane;
 class QDropEvent;
 class QMimeData;
@@ -45,6 +47,10 @@ class PaneMouse : public QObject {
   void dragTo(const QPoint& point);
   void pastePrimary(const QPoint& point);
   void startTextDrag();
+  void scrollUnderDrag();
+  void showDrop(std::optional<text::ByteOffset> at);   // where it would be dropped
+  bool onDragged(Editor& from, text::ByteOffset at, bool moves) const;
+  void dropBlock(const QString& text, text::ByteOffset at);
   bool onSelection(const QPoint& point) const;   // of the main caret
   bool onOtherSelection(const QPoint& point) const;
 
@@ -55,7 +61,10 @@ class PaneMouse : public QObject {
   text::ByteRange origin_;                         // the word or lines at the start of the drag
   std::int64_t originLine_ = 0, originCell_ = 0;   // of a block
   QBasicTimer autoScroll_;
-  bool clickAdds_ = false;     // released where it was pressed, the button adds a caret; else it drags a block
+  bool clickAdds_ = false;   // released where it was pressed, the button adds a caret; else it drags a block
+  QPoint dragged_;           // where text is dragged over the pane
+  QBasicTimer dropScroll_;
   double wheelRest_ = 0;       // fraction of a wheel step
+  QPointF scrollRest_;         // what the wheel has not scrolled yet, in pixels
   bool droppedHere_ = false;   // text dragged from here was dropped on the same text
 };

@@ -110,6 +110,23 @@ TEST(Carets, AddingUpAndDownNeverDoubles) {
   EXPECT_EQ(f.shownAll(), "abc|d\na|\nabc|d\n|\nabc|d") << "typing is one step";
 }
 
+TEST(Carets, TheirChangesCanBeTakenBack) {
+  CaretsFixture f("a|b ab ab");
+  const auto back = [&f] {
+    f.run("CARETUNDO");
+    return f.shownAll();
+  };
+  for (const char* command : {"CARETADDNEXT", "CARETADDNEXT", "CARETADDNEXT", "CHARRIGHT", "DROPSELECTION"}) f.run(command);
+  EXPECT_EQ(f.shownAll(), "ab ab ab|");
+  EXPECT_EQ(back(), "ab| ab| ab|") << "after Esc";
+  EXPECT_EQ(back(), "@ab| @ab| @ab|");
+  EXPECT_EQ(back(), "@ab| @ab| ab") << "the last one that was added";
+  f.editor.typeText(QStringLiteral("x"));
+  EXPECT_EQ(back(), "x| x| ab") << "not over a change of the text";
+  f.run("CARETSEND");
+  EXPECT_EQ(back(), "x| x| ab");
+}
+
 TEST(Carets, ManyAreOneStepToo) {
   std::string text, typed;
   std::vector<Caret> list;
@@ -141,7 +158,7 @@ TEST(Carets, AHundredThousandStayUsable) {
   }
   f.model->replaceAll(text::Snapshot(std::move(text)), {});
   carets::set(f.editor, std::move(list), 0);
-  for (const char* command : {"INSERTCHAR", "DELETEBACK", "CHARRIGHT", "LINEUP", "UNDO"}) {
+  for (const char* command : {"INSERTCHAR", "DELETEBACK", "NEWLINE", "CHARRIGHT", "LINEUP", "UNDO"}) {
     const double before = spentMs();
     f.run(command, QStringLiteral("x"));
     const double cost = spentMs() - before;

@@ -122,14 +122,15 @@ TEST_F(CompleterTest, LateAnswersNeverMoveTheChosenRow) {
   auto source = std::make_unique<Late>();
   Late& late = *source;
   completer.add(std::move(source));
-  put("|\nstate stalled");
-  type("sta");
-  expectOffered({"state word", "stalled word"});
-  press(Qt::Key_Down);
-  press(Qt::Key_Down);
-  late.answer({{.text = QStringLiteral("star"), .match = {.places = {{0, 3}}}, .distance = 0}});
-  expectOffered({"state word", "stalled word", "star word"});
-  EXPECT_EQ(row(), 1);
+  for (const int chosen : {0, 1}) {
+    put("|\nstate stalled");
+    type("sta");
+    expectOffered({"state word", "stalled word"});
+    for (int i = 0; i <= chosen; ++i) press(Qt::Key_Down);
+    late.answer({{.text = QStringLiteral("star"), .match = {.places = {{0, 3}}}, .distance = 0}});
+    expectOffered({"state word", "stalled word", "star word"});
+    EXPECT_EQ(row(), chosen);
+  }
   const auto old = late.answer;
   type("l");
   old({{.text = QStringLiteral("stall")}});   // to the last question

@@ -176,6 +176,15 @@ TEST_F(PaneInput, TextIsDroppedMovedAndCopied) {
   EXPECT_EQ(dropped, QStringList{q("/tmp/a b.v")});
   EXPECT_EQ(bytes(), "one two\n");
 
+  put("|1\n2\n");
+  const auto block = TextMime::make(q("a\nbc"), true);
+  EXPECT_TRUE(drop(block.get(), pointOf(0, 1), Qt::CopyAction));
+  EXPECT_EQ(now(), "1#a\n2bc|\n") << "a block stays one, and is selected";
+  control.setReadOnly(true);
+  EXPECT_FALSE(drop(plain.get(), pointOf(0, 0), Qt::CopyAction));
+  control.setReadOnly(false);
+
+  put("|one two\n");
   control.setDragDrop(false);
   drop(plain.get(), pointOf(0, 0), Qt::CopyAction);
   EXPECT_EQ(bytes(), "one two\n");
@@ -211,6 +220,9 @@ TEST_F(PaneInput, WheelScrollsAndZooms) {
   EXPECT_EQ(pane()->topLine(), QApplication::wheelScrollLines());
   wheel(120, {});
   EXPECT_EQ(pane()->topLine(), 0);
+  for (int i = 0; i < 120; ++i) wheel(-1, {});
+  EXPECT_EQ(pane()->topLine(), QApplication::wheelScrollLines()) << "the parts of a step add up";
+  wheel(120, {});
   wheel(-120, Qt::ShiftModifier);
   EXPECT_GT(pane()->leftColumn(), 0) << "sideways";
   wheel(120, Qt::ShiftModifier);

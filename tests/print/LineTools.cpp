@@ -7,6 +7,7 @@
 #include "bridge/LongWork.h"
 #include "change/AddIns.h"
 #include "change/FormatText.h"
+#include "control/edit/Carets.h"
 #include "control/keys/KeyCommands.h"
 #include "tests/support/ScriptedDialogs.h"
 
@@ -191,6 +192,22 @@ TEST(LineTools, SelectedLinesOnly) {
   locked.cmx.setReadOnly(true);
   EXPECT_EQ(SortLines(locked.cmx, {}), 0);
   EXPECT_EQ(locked.text(), "b\na");
+}
+
+TEST(LineTools, AtSeveralCarets) {
+  Control c("d\nc\n-\nb\na\n");
+  using text::ByteOffset;
+  const std::vector<Caret> both{{ByteOffset(0), ByteOffset(3)}, {ByteOffset(6), ByteOffset(9)}};
+  carets::set(c.cmx.editor(), both, 1);
+  EXPECT_EQ(SortLines(c.cmx, {}), 4);
+  EXPECT_EQ(c.text(), "c\nd\n-\na\nb\n") << "each selection by itself";
+  EXPECT_EQ(carets::count(c.cmx.editor()), 2u);
+  c.cmx.ExecuteCmd(Cmd::UNDO);
+  EXPECT_EQ(c.text(), "d\nc\n-\nb\na\n") << "in one step";
+  EXPECT_EQ(carets::all(c.cmx.editor()), both);
+  carets::set(c.cmx.editor(), {{ByteOffset(0), ByteOffset(0)}, {ByteOffset(6), ByteOffset(6)}}, 0);
+  JoinLines(c.cmx);
+  EXPECT_EQ(c.text(), "d c\n-\nb a\n");
 }
 
 TEST(LineTools, Series) {
