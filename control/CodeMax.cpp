@@ -107,6 +107,10 @@ Pane* CodeMax::addPane(QWidget* parent) {
     impl_->repaint();
     if (!gBusy()) emit PropsChange();   // saved like the options of the dialog, unless a command string changed it
   });
+  connect(pane, &Pane::stickyLineToggled, this, [this] {
+    impl_->refit();
+    if (!gBusy()) emit PropsChange();
+  });
   connect(pane, &Pane::wordWrapToggled, this, [this] { impl_->refit(); });
   connect(pane, &Pane::zoomed, this, [this](int steps) { setZoom(impl_->state.zoom + 10 * steps); });
   connect(pane, &Pane::typed, this, &CodeMax::Typed);

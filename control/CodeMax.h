@@ -112,11 +112,11 @@ class CodeMax : public QWidget {
   // Display and editing options, named as in the settings.
   bool HSplitter() const, VSplitter() const, HScrollBar() const, VScrollBar() const, SmoothScrolling() const, LineToolTips() const,
       LeftMargin() const, ColumnSel() const, DragDrop() const, PreserveCase() const, TabExpand() const, ColorSyntax() const,
-      WhiteSpaceDisplay() const;
+      WhiteSpaceDisplay() const, StickyLine() const;
   int AutoIndentMode() const, TabSize() const, WordWrap() const, WrapColumn() const;   // WordWrap: see control/view/ViewState.h
   void setHSplitter(bool), setVSplitter(bool), setHScrollBar(bool), setVScrollBar(bool), setSmoothScrolling(bool),
       setLineToolTips(bool), setLeftMargin(bool), setColumnSel(bool), setDragDrop(bool), setPreserveCase(bool), setTabExpand(bool),
-      setColorSyntax(bool), setWhiteSpaceDisplay(bool);
+      setColorSyntax(bool), setWhiteSpaceDisplay(bool), setStickyLine(bool);
   void setAutoIndentMode(int), setTabSize(int), setWordWrap(int), setWrapColumn(int);   // out of range: ignored
   bool wraps() const;              // whether this view wraps lines now; the user switches it by TOGGLEWORDWRAP
   void setMayWrap(bool allowed);   // false: each line takes one row, whatever the options say

@@ -16,6 +16,7 @@ bool CodeMax::PreserveCase() const { return impl_->state.options->preserveCase; 
 bool CodeMax::TabExpand() const { return impl_->state.options->expandTabs; }
 bool CodeMax::ColorSyntax() const { return impl_->state.colorSyntax; }
 bool CodeMax::WhiteSpaceDisplay() const { return impl_->state.whiteSpace; }
+bool CodeMax::StickyLine() const { return impl_->state.stickyLine; }
 int CodeMax::AutoIndentMode() const { return static_cast<int>(impl_->state.options->autoIndent); }
 int CodeMax::WordWrap() const { return static_cast<int>(impl_->state.wordWrap); }
 int CodeMax::WrapColumn() const { return impl_->state.wrapColumn; }
@@ -56,6 +57,11 @@ void CodeMax::setColorSyntax(bool on) {
 void CodeMax::setWhiteSpaceDisplay(bool on) {
   impl_->state.whiteSpace = on;
   impl_->repaint();
+}
+
+void CodeMax::setStickyLine(bool on) {
+  impl_->state.stickyLine = on;
+  impl_->refit();
 }
 
 void CodeMax::setAutoIndentMode(int mode) {

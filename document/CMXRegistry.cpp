@@ -37,6 +37,7 @@ constexpr FlagOption kFlags[] = {
     {"TABEXPAND", &CodeMax::TabExpand, &CodeMax::setTabExpand},
     {"COLORSYNTAX", &CodeMax::ColorSyntax, &CodeMax::setColorSyntax},
     {"WHITESPACE", &CodeMax::WhiteSpaceDisplay, &CodeMax::setWhiteSpaceDisplay},
+    {"STICKYLINE", &CodeMax::StickyLine, &CodeMax::setStickyLine},
 };
 
 constexpr NumberOption kNumbers[] = {

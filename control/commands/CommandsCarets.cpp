@@ -2,6 +2,7 @@
 #include <QCoreApplication>
 
 #include "control/commands/CommandFunctions.h"
+#include "control/edit/DisplayRows.h"
 #include "control/edit/EditorAccess.h"
 
 using namespace text;
@@ -42,8 +43,10 @@ void caretAdd(Editor& e, int lines) {
   const SelectionState s = e.selection();
   const int tabSize = e.options().tabSize;
   if (edge.goal < 0) edge.goal = cellOf(e.model(), edge.caret, s.column ? s.caretVirtual : 0, tabSize);
-  const LineNo line = e.snapshot().lineAt(edge.caret) + lines;
+  LineNo line = e.snapshot().lineAt(edge.caret) + lines;
   if (line.value < 0 || line.value >= e.snapshot().lineCount()) return note(e, "There is no further line");
+  if (DisplayRows* const rows = e.host().displayRows())   // over what is folded
+    line = e.snapshot().lineAt(rows->shownFrom(e.snapshot().lineStart(line), lines > 0));
   const ByteOffset at = offsetAtCell(e.model(), line, edge.goal, tabSize);
   if (mayHaveCarets(e, list.size() + 1)) carets::add(e, {at, at, edge.goal});
 }

@@ -51,6 +51,7 @@ class EditorHost {
   virtual qint64 visibleColumns() const { return 80; }
   virtual void toggleWhiteSpaceDisplay() {}
   virtual void toggleWordWrap() {}
+  virtual void toggleStickyLine() {}
   virtual void showFindDialog(bool replace) { (void)replace; }
   virtual void hideFindDialog() {}
   virtual void offerPasteHistory() {}       // the texts that were copied, to choose one

@@ -50,6 +50,8 @@ void macroPlay(Editor& e, const QVariant&) { keyMacros().play(e, keyMacros().cur
 
 void completeWord(Editor& e, const QVariant&) { e.host().offerCompletion(); }
 
+void toggleStickyLine(Editor& e, const QVariant&) { e.host().toggleStickyLine(); }
+
 // Without a view nothing is folded.
 template <auto work, auto... arguments>
 void inFolds(Editor& e, const QVariant&) {
@@ -112,6 +114,8 @@ constexpr auto kKeyRows = std::to_array<Command>({
     {1036, "UNFOLDALL", CommandArgument::none, false, "Ctrl+K, Ctrl+O", "Unfolds everything.", inFolds<&PaneFolds::unfoldAll>},
     {1037, "FOLDSELECTION", CommandArgument::none, false, "Ctrl+K, Ctrl+G", "Folds the selected lines into the first of them.",
      inFolds<&PaneFolds::foldSelection>},
+    {1039, "TOGGLESTICKYLINE", CommandArgument::none, false, "Ctrl+K, Ctrl+Y",
+     "Shows or hides a line at the top with the beginning of the block that goes on there.", toggleStickyLine},
     {1040, "CARETADDABOVE", CommandArgument::none, true, "Ctrl+Alt+Up; Ctrl+Shift+Up",
      "Adds a caret in the line above the first caret.", commandFunctions::caretAddBeside<-1>},
     {1041, "CARETADDBELOW", CommandArgument::none, true, "Ctrl+Alt+Down; Ctrl+Shift+Down",

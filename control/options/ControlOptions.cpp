@@ -10,6 +10,7 @@ ControlOptions ControlOptions::of(const CodeMax& c) {
                    c.LeftMargin(),
                    c.ColorSyntax(),
                    c.WhiteSpaceDisplay(),
+                   c.StickyLine(),
                    c.TabExpand(),
                    c.ColumnSel(),
                    c.DragDrop(),
@@ -54,6 +55,7 @@ void ControlOptions::applyTo(CodeMax& c) const {
   set(&ControlOptions::leftMargin, &CodeMax::setLeftMargin);
   set(&ControlOptions::colorSyntax, &CodeMax::setColorSyntax);
   set(&ControlOptions::whiteSpace, &CodeMax::setWhiteSpaceDisplay);
+  set(&ControlOptions::stickyLine, &CodeMax::setStickyLine);
   set(&ControlOptions::tabExpand, &CodeMax::setTabExpand);
   set(&ControlOptions::columnSel, &CodeMax::setColumnSel);
   set(&ControlOptions::dragDrop, &CodeMax::setDragDrop);

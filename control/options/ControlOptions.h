@@ -8,7 +8,7 @@
 #include "control/CodeMax.h"
 
 struct ControlOptions {
-  bool hSplitter, vSplitter, hScrollBar, vScrollBar, smoothScrolling, lineToolTips, leftMargin, colorSyntax, whiteSpace;
+  bool hSplitter, vSplitter, hScrollBar, vScrollBar, smoothScrolling, lineToolTips, leftMargin, colorSyntax, whiteSpace, stickyLine;
   bool tabExpand, columnSel, dragDrop, preserveCase;
   int autoIndentMode, tabSize, wordWrap, wrapColumn;
   TypingAids aids;

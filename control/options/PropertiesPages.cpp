@@ -71,7 +71,8 @@ DisplayPage::DisplayPage(ControlOptions& o, QWidget* parent) : QWidget(parent) {
   auto* text = addGroup(layout, tr("Text"));
   addCheck(text, tr("&Colour by the language"), "colorSyntax", o.colorSyntax);
   addCheck(text, tr("Show &blanks, tabs and line ends"), "whiteSpace", o.whiteSpace);
-  addCheck(text, tr("&Left margin with bookmarks and line numbers"), "leftMargin", o.leftMargin);
+  addCheck(text, tr("&Left margin with bookmarks, line numbers and handles"), "leftMargin", o.leftMargin);
+  addCheck(text, tr("Line with the be&ginning of the block above the window"), "stickyLine", o.stickyLine);
   auto* wrapping = addGroup(layout, tr("Long lines"));
   auto* form = new QFormLayout;
   wrapping->addLayout(form);

@@ -15,6 +15,7 @@
 class PaneFolds;
 class PaneMouse;
 class PaneRows;
+class StickyLine;
 
 class Pane : public QAbstractScrollArea, public EditorHost {
   Q_OBJECT
@@ -60,6 +61,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   qint64 visibleColumns() const override;
   void toggleWhiteSpaceDisplay() override;
   void toggleWordWrap() override;
+  void toggleStickyLine() override;
   void showFindDialog(bool replace) override;
   void hideFindDialog() override;
   void offerPasteHistory() override;
@@ -95,6 +97,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   void completionWanted();
   void overtypeChanged(bool on);
   void whiteSpaceToggled();
+  void stickyLineToggled();
   void wordWrapToggled();
   void heldEnded();   // the last Action ended
   void scrolled();    // another part of the text is visible
@@ -130,6 +133,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
 
   // Geometry and scrolling (PaneScroll.cpp)
   void fit();   // sizes, margin, rows, scroll bars
+  void fitSticky();
   void fitRows();
   void fitBars();
   double rowWidth() const;   // 0: lines are not wrapped
@@ -182,8 +186,9 @@ class Pane : public QAbstractScrollArea, public EditorHost {
 
   std::unique_ptr<PaneRows> rows_;
   std::unique_ptr<PaneFolds> folds_;
-  std::int64_t barScale_ = 1;   // pixels per unit of the vertical scroll bar
-  double barUnit_ = 1;          // its units per line, of a wrapped text
+  StickyLine* sticky_ = nullptr;   // null: not shown
+  std::int64_t barScale_ = 1;      // pixels per unit of the vertical scroll bar
+  double barUnit_ = 1;             // its units per line, of a wrapped text
   // The text at the upper edge while the width changes: each width has its own row for it.
   struct {
     text::ByteOffset byte;

@@ -254,6 +254,10 @@ void Pane::toggleWhiteSpaceDisplay() {
   state_.whiteSpace = !state_.whiteSpace;
   emit whiteSpaceToggled();
 }
+void Pane::toggleStickyLine() {
+  state_.stickyLine = !state_.stickyLine;
+  emit stickyLineToggled();
+}
 void Pane::toggleWordWrap() {
   if (!state_.mayWrap) return note(tr("This text is not wrapped"));
   const WordWrap on = state_.wordWrap == WordWrap::off ? WordWrap::window : state_.wordWrap;

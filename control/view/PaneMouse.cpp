@@ -121,7 +121,7 @@ void PaneMouse::pressText(QMouseEvent* event) {
 void PaneMouse::pressMargin(QMouseEvent* event) {
   if (pane_.view_.belowText(pressed_.y())) return;
   const LineNo line(pane_.view_.lineAtY(pressed_.y()));
-  if (pressed_.x() >= pane_.view_.margin - 1 - pane_.view_.foldMargin && pane_.folds_->handleAt(line) != PaneFolds::Handle::none)
+  if (onHandle(pressed_) && pane_.folds_->handleAt(line) != PaneFolds::Handle::none)
     return pane_.folds_->toggleAt(line, event->modifiers().testFlag(Qt::ShiftModifier));
   if (pressed_.x() < kBookmarkWidth) {
     pane_.state_.model->setBookmark(line, !pane_.state_.model->hasBookmark(line));
@@ -142,11 +142,16 @@ std::int64_t PaneMouse::foldedAt(const QPoint& point) const {
   return foldMarks::boxOf(pane_.view_, line).contains(point) ? line : -1;
 }
 
+// Where a first row has its handle, if it begins a block.
+bool PaneMouse::onHandle(const QPoint& point) const {
+  const TextView& view = pane_.view_;
+  return point.x() < view.margin && point.x() >= view.margin - 1 - view.foldMargin && !view.belowText(point.y()) &&
+         view.placeAtY(point.y()).row == 0;
+}
+
 bool PaneMouse::showTip(const QPoint& at, const QPoint& global) {
   std::int64_t line = foldedAt(at);
-  const TextView& view = pane_.view_;
-  const bool onHandle = at.x() < view.margin && at.x() >= view.margin - 1 - view.foldMargin && !view.belowText(at.y());
-  if (onHandle && view.placeAtY(at.y()).row == 0) line = view.lineAtY(at.y());
+  if (onHandle(at)) line = pane_.view_.lineAtY(at.y());
   if (line < 0 || pane_.folds_->hiddenBehind(LineNo(line)) == 0) return false;
   // As rich text, so that nothing of it is taken for such.
   QToolTip::showText(global, QStringLiteral("<pre>%1</pre>").arg(pane_.folds_->hiddenText(LineNo(line)).toHtmlEscaped()), &pane_);

@@ -41,6 +41,7 @@ class PaneMouse : public QObject {
   void pressText(QMouseEvent* event);
   void pressMargin(QMouseEvent* event);
   text::ByteRange wholeLine(text::LineNo line) const;
+  bool onHandle(const QPoint& point) const;
   // The folded line whose box is at the point; -1: none.
   std::int64_t foldedAt(const QPoint& point) const;
   void selectLines(text::LineNo line, bool extend);

@@ -7,6 +7,7 @@
 #include "bridge/LongWork.h"
 #include "control/folds/FoldMarks.h"
 #include "control/folds/PaneFolds.h"
+#include "control/folds/StickyLine.h"
 #include "control/view/Pane.h"
 
 using text::ByteOffset;
@@ -32,6 +33,7 @@ void Pane::fit() {
         digits == 0 ? 0 : static_cast<int>(std::ceil(14 + digits * state_.metrics->asciiAdvance('0') + 9)) + view_.foldMargin;
     viewport()->update();
   }
+  fitSticky();
   view_.width = std::max(0, viewport()->width() - view_.margin);
   view_.height = viewport()->height();
   fitRows();
@@ -41,6 +43,19 @@ void Pane::fit() {
     viewport()->update();
   }
   fitBars();
+}
+
+// The line stands above the viewport, so that it covers nothing.
+void Pane::fitSticky() {
+  const int height = state_.stickyLine && folds_->allowed() ? state_.metrics->lineHeight() + 1 : 0;
+  if (height == 0 && sticky_) delete std::exchange(sticky_, nullptr);
+  if (viewportMargins().top() != height) setViewportMargins(0, height, 0, 0);
+  if (height == 0) return;
+  if (!sticky_) {
+    sticky_ = new StickyLine(*this);
+    sticky_->show();
+  }
+  sticky_->setGeometry(viewport()->x(), viewport()->y() - height, viewport()->width(), height);
 }
 
 void Pane::changeRows(const std::function<void()>& change) {

@@ -33,7 +33,7 @@ struct ViewState {
   double unit() const { return metrics->fixedPitch() ? metrics->cell() : 1; }   // pixels of an x of line()
 
   bool hScrollBar = true, vScrollBar = true, smoothScrolling = true, lineToolTips = true, leftMargin = true;
-  bool colorSyntax = true, whiteSpace = false;
+  bool colorSyntax = true, whiteSpace = false, stickyLine = false;
   WordWrap wordWrap = WordWrap::off;                // as the options say
   WordWrap wrapsNow = WordWrap::off;                // as the user has switched it since
   int wrapColumn = 80;                              // kLeastWrapColumn to kMostWrapColumn

@@ -7,6 +7,7 @@
 #include "control/code/LanguageTable.h"
 #include "control/edit/Carets.h"
 #include "control/folds/FoldMarks.h"
+#include "control/folds/StickyLine.h"
 #include "control/keys/KeyCommands.h"
 #include "tests/control/PaneFixture.h"
 #include "tests/support/Text.h"
@@ -134,6 +135,36 @@ TEST_F(Folds, WhatIsGoneToIsShown) {
   run("FOLDALL");
   carets::set(control.editor(), {{text::ByteOffset(4), text::ByteOffset(4)}, {text::ByteOffset(19), text::ByteOffset(19)}}, 0);
   EXPECT_EQ(shown(), "a b+1 d e f g");
+}
+
+TEST_F(Folds, TheBlockAtTheTop) {
+  put(("|head\n" + std::string(3, '\n') + std::string("  inner\n") + std::string(50, '\n') + "    deep\n  x\nout\n" +
+       std::string(60, '\n'))
+          .c_str());
+  control.setStickyLine(true);
+  ASSERT_TRUE(handlesCome(0));
+  const auto* sticky = pane()->findChild<StickyLine*>();
+  ASSERT_NE(sticky, nullptr);
+  EXPECT_EQ(sticky->geometry().bottom() + 1, viewport()->y()) << "it covers nothing";
+  const auto lineAt = [&](qint64 top) {
+    pane()->setTopLine(top);
+    return sticky->line();
+  };
+  EXPECT_EQ(lineAt(0), -1);
+  EXPECT_EQ(lineAt(2), 0);
+  EXPECT_EQ(lineAt(30), 4);
+  EXPECT_EQ(lineAt(56), 0);
+  EXPECT_EQ(lineAt(70), -1);
+  lineAt(30);
+  control.InsertText(q("new\n"), {0, 0});
+  EXPECT_EQ(sticky->line(), 5) << "with its text, until the blocks are known again";
+  QMouseEvent press(QEvent::MouseButtonPress, QPointF(90, 3), sticky->mapToGlobal(QPointF(90, 3)), Qt::LeftButton, Qt::LeftButton,
+                    {});
+  QApplication::sendEvent(pane()->findChild<StickyLine*>(), &press);
+  EXPECT_EQ(control.CurrentPosition().LineNo, 5);
+  control.setStickyLine(false);
+  EXPECT_EQ(pane()->findChild<StickyLine*>(), nullptr);
+  EXPECT_EQ(viewport()->y(), 0);
 }
 
 TEST_F(Folds, MarginAndBox) {

@@ -235,6 +235,7 @@ TEST_F(Painting, WhatIsShownIsWhatAFullRepaintShows) {
       [&] { control.setLanguage(any(2) ? q("PaintTest") : QString()); },
       [&] { control.setLeftMargin(any(2)); },
       [&] { panes[any(3)]->runCommand(1032 + any(6), {}); },   // folding
+      [&] { control.setStickyLine(any(2)); },
       [&] { control.setZoom(80 + 10 * any(5)); },
       [&] { control.SetColor(static_cast<int>(ColorSlot::Window), QColor(255, 255, 200 + any(55))); },
       [&] { control.setLineBacks([on = any(2)](text::LineNo) { LineBack back; if (on) back.line = Qt::cyan; return back; }); },

@@ -36,7 +36,7 @@ constexpr bool ControlOptions::*kSwitches[] = {
     &ControlOptions::hSplitter,       &ControlOptions::vSplitter,    &ControlOptions::hScrollBar, &ControlOptions::vScrollBar,
     &ControlOptions::smoothScrolling, &ControlOptions::lineToolTips, &ControlOptions::leftMargin, &ControlOptions::colorSyntax,
     &ControlOptions::whiteSpace,      &ControlOptions::tabExpand,    &ControlOptions::columnSel,  &ControlOptions::dragDrop,
-    &ControlOptions::preserveCase};
+    &ControlOptions::preserveCase,    &ControlOptions::stickyLine};
 
 class PropertiesDialogTest : public testing::Test {
  protected:

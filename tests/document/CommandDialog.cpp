@@ -187,7 +187,7 @@ TEST(CommandDialog, OptionsOfTheControlComeBackOneByOne) {
       &ControlOptions::hSplitter,       &ControlOptions::vSplitter,    &ControlOptions::hScrollBar, &ControlOptions::vScrollBar,
       &ControlOptions::smoothScrolling, &ControlOptions::lineToolTips, &ControlOptions::leftMargin, &ControlOptions::colorSyntax,
       &ControlOptions::whiteSpace,      &ControlOptions::tabExpand,    &ControlOptions::columnSel,  &ControlOptions::dragDrop,
-      &ControlOptions::preserveCase};
+      &ControlOptions::preserveCase,    &ControlOptions::stickyLine};
   for (const auto option : switches) other.*option = !(other.*option);
   for (const auto& row : TypingAids::switches()) other.aids.*row.value = !(other.aids.*row.value);
   other.aids.completionKeys = 2;

@@ -340,9 +340,16 @@ std::vector<Fold> Blocks::foldsIn(LineNo first, LineNo end) const {
   return folds;
 }
 
-std::vector<Fold> Blocks::foldsAround(LineNo line) const {
+std::vector<Fold> Blocks::foldsAround(LineNo line, std::int64_t most, std::size_t enough) const {
   std::vector<Fold> folds = foldsIn(line, line + 1);
-  for (std::int64_t number = eventFromLine(line + 1) - 1; number >= 0; --number) {
+  const auto count = static_cast<std::int64_t>(partner_.size());
+  // An indented block whose blank lines above its event hold the line.
+  for (std::int64_t number = eventFromLine(line + 1); rules_->indent() && number < count; ++number) {
+    if (event(number).role() != FoldEvent::indent) continue;
+    if (const auto fold = foldOf(number); fold && fold->first < line) folds.push_back(*fold);
+    break;
+  }
+  for (std::int64_t number = eventFromLine(line + 1) - 1; number >= 0 && most > 0 && folds.size() < enough; --number, --most) {
     const FoldEvent::Role role = event(number).role();
     const std::int64_t partner = partner_[static_cast<std::size_t>(number)];
     if ((role == FoldEvent::close || role == FoldEvent::bracketClose) && partner >= 0 &&

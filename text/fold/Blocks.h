@@ -43,8 +43,9 @@ class Blocks {
 
   // The folds that begin in lines [first, end), at most one a line, ascending.
   std::vector<Fold> foldsIn(LineNo first, LineNo end) const;
-  // Those that have the line, also as their first; the innermost first. Costs what stands before it.
-  std::vector<Fold> foldsAround(LineNo line) const;
+  // Those that have the line, also as their first; the innermost first. Costs what stands before it: no more than so many events are
+  // looked at, and none when there are enough.
+  std::vector<Fold> foldsAround(LineNo line, std::int64_t most = INT64_MAX, std::size_t enough = SIZE_MAX) const;
 
  private:
   static constexpr std::int32_t kNone = -1, kEnd = -2;   // kEnd: to the end of the text
