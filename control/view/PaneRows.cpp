@@ -59,7 +59,11 @@ ByteOffset PaneRows::below(ByteOffset at, std::int64_t rows, std::int64_t cell) 
 std::int64_t PaneRows::cellInRow(ByteOffset at) {
   TextView& view = pane_.view_;
   if (!view.rows.wraps()) return cellOf(*pane_.state_.model, at, 0, pane_.state_.options->tabSize);
-  return std::llround(view.shownX(at) / view.metrics().cell());
+  // Where it is counted, as `below` does: where it is shown may be another place.
+  const TextView::Place place = view.placeOf(at);
+  text::LineMap line = pane_.state_.line(place.line);
+  const double x = line.at(text::LinePlace::atByte(at - line.start())).x * pane_.state_.unit();
+  return std::llround((x + view.rows.shift(place.line, place.row)) / view.metrics().cell());
 }
 
 text::ByteRange PaneRows::rowAt(ByteOffset at) {

@@ -1,4 +1,5 @@
 // Lines whose letters join or are read from right to left: their order, and that caret, mouse and selection follow it.
+#include <QAccessible>
 #include <QTextLayout>
 #include <algorithm>
 #include <map>
@@ -150,6 +151,12 @@ TEST_F(ShapedLines, RowsMouseAndColumnsFollowTheOrder) {
   expectAgreement();
   const TextView& view = pane()->view();
   EXPECT_EQ(pane()->caretRect().y(), view.lineHeight()) << "at the end of the second row";
+  put("// \u05D0\u05D1|\u05D2 \u05D3\u05D4\u05D5 \u05D6\u05D7\u05D8 \u05D9\u05DB\u05DC");
+  key(Qt::Key_Down);
+  EXPECT_EQ(now(), "// \u05D0\u05D1\u05D2 \u05D3\u05D4\u05D5 \u05D6\u05D7\u05D8 \u05D9|\u05DB\u05DC");
+  key(Qt::Key_Up);
+  EXPECT_EQ(now(), "// \u05D0\u05D1|\u05D2 \u05D3\u05D4\u05D5 \u05D6\u05D7\u05D8 \u05D9\u05DB\u05DC")
+      << "by the columns of the text";
   control.setWordWrap(static_cast<int>(WordWrap::off));
 
   // Columns 3 to 5 of both lines, by the mouse: they are the letters that stand there in the text.
@@ -164,6 +171,10 @@ TEST_F(ShapedLines, RowsMouseAndColumnsFollowTheOrder) {
     const QRect rect = rectOf(column);
     EXPECT_EQ(image.pixelColor(QPoint(rect.center().x(), rect.y() + 1)) == back, column < 5) << column;
   }
+  // What reads the screen hears the same.
+  QAccessibleTextInterface* const reader = QAccessible::queryAccessibleInterface(pane())->textInterface();
+  for (int letter = 0; letter < 7; ++letter) EXPECT_EQ(reader->offsetAtPoint(reader->characterRect(letter).center()), letter);
+  EXPECT_GT(reader->characterRect(3).left(), reader->characterRect(6).left());
   // A click beside the last letter, in a text that is read there: behind it. Typed text stands there.
   put("// \u05D0\u05D1\u05D2|");
   click({rectOf(5).left() + 1, rectOf(5).center().y()});
