@@ -12,6 +12,7 @@ namespace {
 
 constexpr double kNear = 0.01;              // pixels
 constexpr std::size_t kLongestWord = 256;   // clusters shaped together
+constexpr double kSteps = 16;               // of how much wider words are drawn, between 0 and 1
 constexpr double kWidest = 1.2;             // a word is drawn at most so much wider than it is; else it stands in the middle
 
 shape::Sign signOf(const LayoutItem& item, char32_t code) {
@@ -153,7 +154,8 @@ void LineLayout::joinWord(std::string_view bytes, std::size_t first, std::size_t
   }
   LayoutWord word{metrics.word(text, lengths), 0, 1};
   if (word.shaped.advance <= 0) return;
-  word.scale = std::min(total / word.shaped.advance, kWidest);
+  // In few steps: for each one the font keeps its signs, and draws those of others anew each time.
+  word.scale = std::max(std::floor(std::min(total / word.shaped.advance, kWidest) * kSteps), 1.0) / kSteps;
   const double spare = (total - word.shaped.advance * word.scale) / 2;
   word.x = left + spare;
   std::vector<double> ends;   // from where the word begins

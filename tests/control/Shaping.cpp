@@ -60,15 +60,13 @@ class ShapedLines : public PaneFixture {
     LanguageTable::registerLanguage(q("ShapingTest"), language);
   }
   const LineLayout& layout(qint64 line = 0) { return pane()->view().row(line).layout; }
-  // The characters from left to right; rows of a wrapped line with "|" between.
+  // The characters from left to right, row by row.
   std::string shown(std::string_view line) {
     std::vector<LayoutItem> items = layout().items();
     std::ranges::sort(items, {}, &LayoutItem::x);
     std::string all;
-    for (const LayoutItem& item : items) {
-      const std::string letter(line.substr(static_cast<std::size_t>(item.byte), static_cast<std::size_t>(item.bytes)));
-      all += letter;
-    }
+    for (const LayoutItem& item : items)
+      all += line.substr(static_cast<std::size_t>(item.byte), static_cast<std::size_t>(item.bytes));
     return all;
   }
   // Caret, mouse and selection agree on what is painted.
