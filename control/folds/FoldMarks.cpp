@@ -37,7 +37,8 @@ QRectF boxOf(TextView& view, std::int64_t line) {
   const Row& row = view.row(line);
   const double cell = view.metrics().cell(), right = view.margin + view.width - 3.0;
   const double width = QFontMetricsF(view.metrics().labelFont()).horizontalAdvance(boxText(map.shownFrom(next) - next)) + 2 * cell;
-  double left = view.textLeft() + row.layout.end().x + view.rows.shift(place.line, place.row) + cell;
+  const double gap = view.state().whiteSpace ? 4 * cell : cell;   // for the name of the line end
+  double left = view.textLeft() + row.layout.end().x + view.rows.shift(place.line, place.row) + gap;
   if (row.layout.end().byte < row.length) left = right;   // the text goes on
   left = std::max<double>(view.margin + 1, std::min(left, right - width));
   return {std::floor(left) + 0.5, view.yOf(place) + 1.5, std::ceil(width), view.lineHeight() - 3.0};
