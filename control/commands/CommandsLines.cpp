@@ -34,33 +34,52 @@ SelectionState shifted(SelectionState s, std::int64_t by) {
   return s;
 }
 
-// Swaps the selected lines with the line above or below. That one moves, so that what the selected lines carry stays with them.
-void moveLines(Editor& e, bool up) {
-  const Snapshot text = e.snapshot();
-  const LineRange lines = e.selectedLines();
+// The edits that swap lines with the line above or below, and how far that moves them; 0: there is none. The other line moves, so that
+// what the lines carry stays with them.
+std::int64_t swapLines(const Snapshot& text, LineRange lines, bool up, std::vector<Edit>& edits) {
   const LineNo first(lines.first), last(lines.end - 1), other(up ? lines.first - 1 : lines.end);
-  if (other.value < 0 || other.value >= text.lineCount() || e.document().readOnly()) return;
+  if (other.value < 0 || other.value >= text.lineCount()) return 0;
   // The end of the text behind the last line break is no line to swap with.
   const LineNo lowest = up ? last : other;
-  if (text.lineStart(lowest) == text.size()) return;
+  if (text.lineStart(lowest) == text.size()) return 0;
   const ByteRange body{text.lineStart(other), text.lineEnd(other)};
   const std::string moved = text.bytes(body);
-  const bool marked = e.model().hasBookmark(other);
-  if (marked) e.model().setBookmark(other, false);
-  std::int64_t by;
-  std::vector<Edit> edits;
   if (up) {
     edits.push_back({{body.begin, text.lineStart(first)}, {}});
     edits.push_back({{text.lineEnd(last), text.lineEnd(last)}, std::string(breakBytes(text.lineBreak(other))) + moved});
-    by = body.begin - text.lineStart(first);
-  } else {
-    const std::string lineBreak(breakBytes(text.lineBreak(last)));
-    edits.push_back({{text.lineStart(first), text.lineStart(first)}, moved + lineBreak});
-    edits.push_back({{text.lineEnd(last), body.end}, {}});
-    by = static_cast<std::int64_t>(moved.size() + lineBreak.size());
+    return body.begin - text.lineStart(first);
   }
-  if (EditorAccess::change(e, edits, shifted(e.selection(), by)) && marked)
-    e.model().setBookmark(LineNo(up ? last.value : first.value), true);
+  const std::string lineBreak(breakBytes(text.lineBreak(last)));
+  edits.push_back({{text.lineStart(first), text.lineStart(first)}, moved + lineBreak});
+  edits.push_back({{text.lineEnd(last), body.end}, {}});
+  return static_cast<std::int64_t>(moved.size() + lineBreak.size());
+}
+
+// Moves the lines of each caret; blocks side by side move as one.
+void moveLines(Editor& e, bool up) {
+  if (e.document().readOnly()) return;
+  const Snapshot text = e.snapshot();
+  std::size_t main = 0;
+  std::vector<Caret> carets = carets::all(e, &main);
+  const bool several = carets.size() > 1;
+  std::vector<Edit> edits;
+  std::vector<std::pair<LineNo, LineNo>> marks;   // of bookmarks, from and to
+  std::int64_t by = 0;
+  auto caret = carets.begin();
+  for (const LineRange& lines : carets::lines(e, LineAtEnd::excluded)) {
+    by = swapLines(text, lines, up, edits);
+    for (; caret != carets.end() && text.lineAt(caret->begin()).value < lines.end; ++caret)
+      *caret = {caret->anchor + by, caret->caret + by, caret->goal};
+    const LineNo other(up ? lines.first - 1 : lines.end);
+    if (by != 0 && e.model().hasBookmark(other)) marks.emplace_back(other, up ? lines.end - 1 : lines.first);
+  }
+  if (edits.empty()) return;
+  for (const auto& [from, to] : marks) e.model().setBookmark(from, false);
+  const bool done = several ? carets::edit(e, edits) : EditorAccess::change(e, edits, shifted(e.selection(), by));
+  for (const auto& [from, to] : marks) e.model().setBookmark(done ? to : from, true);
+  if (!done || !several) return;
+  carets::set(e, std::move(carets), main);
+  e.document().setSelectionAfter(CaretSets::of(e.model()).keep(e.selection(), carets::others(e)));
 }
 
 }   // namespace

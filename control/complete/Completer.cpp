@@ -177,21 +177,23 @@ bool Completer::before(const Row& a, const Row& b) const {
 
 void Completer::came(CompletionSource& source, std::vector<WordOffer> words) {
   const QString typed = toQString(question_.typedBytes);
+  QHash<std::pair<QString, bool>, std::size_t> known;   // by text, hot keys apart
+  for (std::size_t i = 0; i < rows_.size(); ++i)
+    known.insert({rows_[i].word.text, rows_[i].word.kind == CompletionKind::hotKey}, i);
   for (WordOffer& word : words) {
     const bool hotKey = word.kind == CompletionKind::hotKey;
     if (word.text == typed && !hotKey) continue;
-    const auto same = std::find_if(rows_.begin(), rows_.end(), [&](const Row& row) {
-      return row.word.text == word.text && (row.word.kind == CompletionKind::hotKey) == hotKey;
-    });
-    if (same == rows_.end()) {
+    const auto same = known.constFind({word.text, hotKey});
+    if (same == known.cend()) {
+      known.insert({word.text, hotKey}, rows_.size());
       rows_.push_back({std::move(word), &source});
       continue;
     }
-    WordOffer& known = same->word;
-    if (known.distance < 0) known.distance = word.distance;
-    known.count += word.count;
-    if (word.kind == CompletionKind::keyword || (known.kind == CompletionKind::otherText && word.kind == CompletionKind::word))
-      known.kind = word.kind;
+    WordOffer& old = rows_[*same].word;
+    if (old.distance < 0) old.distance = word.distance;
+    old.count += word.count;
+    if (word.kind == CompletionKind::keyword || (old.kind == CompletionKind::otherText && word.kind == CompletionKind::word))
+      old.kind = word.kind;
   }
   if (!wait_.isActive()) show();
 }
@@ -202,8 +204,10 @@ void Completer::show() {
   const auto better = [this](const Row& a, const Row& b) { return before(a, b); };
   // What comes late never moves the chosen row.
   const bool keeps = list_ && list_->isVisible() && list_->currentRow() >= 0 && shown_ <= rows_.size();
-  std::sort(rows_.begin() + static_cast<std::ptrdiff_t>(keeps ? shown_ : 0), rows_.end(), better);
-  if (rows_.size() > kMostRows) rows_.resize(kMostRows);
+  const std::size_t stay = keeps ? shown_ : 0, most = std::max(stay, std::min<std::size_t>(rows_.size(), kMostRows));
+  std::partial_sort(rows_.begin() + static_cast<std::ptrdiff_t>(stay), rows_.begin() + static_cast<std::ptrdiff_t>(most),
+                    rows_.end(), better);
+  rows_.resize(most);
   if (rows_.empty()) {
     if (question_.asked) emit control_.Note(tr("No word fits"));
     return conceal();   // answers may still come

@@ -241,11 +241,13 @@ std::string EditorAccess::incoming(Editor& e, QStringView text, LineNo line) {
   return result;
 }
 
-std::string EditorAccess::indentOf(const Snapshot& text, LineNo line) {
+std::string EditorAccess::indentOf(const Snapshot& text, LineNo line) { return blanksFrom(text, text.lineStart(line)); }
+
+// A line break ends them.
+std::string EditorAccess::blanksFrom(const Snapshot& text, ByteOffset at) {
   std::string indent;
-  const ByteOffset end = text.lineEnd(line);
-  for (ByteOffset at = text.lineStart(line); at < end;) {
-    const std::string_view chunk = text.chunkAt(at).substr(0, static_cast<std::size_t>(end - at));
+  while (at < text.size()) {
+    const std::string_view chunk = text.chunkAt(at);
     const std::size_t blanks = std::min(chunk.find_first_not_of(" \t"), chunk.size());
     indent += chunk.substr(0, blanks);
     if (blanks < chunk.size()) break;

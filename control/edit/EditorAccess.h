@@ -111,6 +111,7 @@ struct EditorAccess {
   // Gives the caret's line the indent of the word or bracket that has just been typed there, if that ends a block.
   static bool stepBack(Editor& e);
   static std::string indentOf(const text::Snapshot& text, text::LineNo line);   // its leading blanks and tabs
+  static std::string blanksFrom(const text::Snapshot& text, text::ByteOffset at);
 };
 
 // Larger repeat counts are limited to this.

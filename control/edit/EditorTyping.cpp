@@ -159,9 +159,10 @@ bool Editor::newLine() {
   std::string indent;
   if (options_->autoIndent != AutoIndent::off) {
     LineNo model = line;
-    indent = EditorAccess::indentOf(text, model);
+    const ByteOffset start = text.lineStart(line);
+    indent = EditorAccess::blanksFrom(text, start);
     // Text that moves to the new line starts at its indent, without the blanks before it.
-    const bool behindIndent = range.begin >= text.lineStart(line) + static_cast<std::int64_t>(indent.size());
+    const bool behindIndent = range.begin >= start + static_cast<std::int64_t>(indent.size());
     if (options_->autoIndent == AutoIndent::language && behindIndent) range.end += blanksBehind(text, range.end);
     const auto blocks = blockWords(*this);
     const auto byBlocks = blocks ? indentForNewLine(*model_, *blocks, range, *options_) : std::nullopt;
@@ -171,8 +172,8 @@ bool Editor::newLine() {
         indent = EditorAccess::indentOf(text, --model);
     }
     if (model == line)
-      indent.resize(static_cast<std::size_t>(
-          std::min<std::int64_t>(static_cast<std::int64_t>(indent.size()), range.begin - text.lineStart(line))));
+      indent.resize(
+          static_cast<std::size_t>(std::min<std::int64_t>(static_cast<std::int64_t>(indent.size()), range.begin - start)));
   }
   return EditorAccess::breakLine(*this, range, model_->newLineFor(line), indent);
 }

@@ -74,6 +74,8 @@ TEST(Carets, CommandsWorkAtEach) {
            {"UPPERCASESELECTION", "@ab|c@de|", "@AB|c@DE|"},
            {"WORDUPPERCASE", "a|b c|d", "AB| CD|"},
            {"WORDUPPERCASE", "ab|cd ef|\n gh|i", "ABCD| EF|\n GHI|"},
+           {"LINESMOVEUP", "0\na|\n1\nb|b\n@c|\n", "a|\n0\nb|b\n@c|\n1\n"},
+           {"LINESMOVEDOWN", "a|\n1\n@b|b\n2\n", "1\na|\n2\n@b|b\n"},
            {"LINEOPENBELOW", "a|\nb|c", "a\n|\nbc\n|"},
            {"SELECTLINE", "a|b\ncd\ne|f", "@ab\n|cd\n@ef|"},
            {"DOCUMENTEND", "a|b\nc|d", "ab\ncd|"},

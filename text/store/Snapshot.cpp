@@ -51,7 +51,8 @@ ByteOffset Snapshot::lineEnd(LineNo line) const {
 LineBreak Snapshot::lineBreak(LineNo line) const {
   if (line.value >= tree_->breaks()) return LineBreak::none;
   if (tree_->mode() == LineMode::cr) return LineBreak::cr;
-  return lineEndWithBreak(line) - lineEnd(line) == 2 ? LineBreak::crlf : LineBreak::lf;
+  const auto end = lineEndWithBreak(line);
+  return end.value >= 2 && at(end - 2) == '\r' ? LineBreak::crlf : LineBreak::lf;   // see lineEnd
 }
 LineNo Snapshot::lineAt(ByteOffset offset) const { return LineNo(tree_->breaksBefore(std::max<std::int64_t>(offset.value, 0))); }
 
