@@ -118,6 +118,7 @@ std::optional<KeptDocument> keptOf(const frmMain& frame, frmDocument& document, 
     }
   }
   kept.zoom = cmx.Zoom();
+  kept.wrapSwitched = cmx.wraps() != (cmx.WordWrap() != 0);
   if (const PaneGrid* grid = gridOf(document))
     kept.bars = {std::lround(grid->place(Qt::Horizontal) * 1000), std::lround(grid->place(Qt::Vertical) * 1000)};
   if (const QMdiSubWindow* window = frame.windowOf(&document)) {
@@ -142,6 +143,7 @@ void giveBack(const KeptDocument& kept, frmMain& frame, frmDocument& document, b
   }
   if (kept.readOnly && !cmx.Modified()) cmx.setReadOnly(true);
   cmx.setZoom(int(std::clamp<std::int64_t>(kept.zoom, 30, 500)));
+  if (kept.wrapSwitched) cmx.editor().host().toggleWordWrap();
   const auto bar = [](std::int64_t thousandths) { return double(std::clamp<std::int64_t>(thousandths, 0, 1000)) / 1000; };
   if (kept.bars[0] != 0 || kept.bars[1] != 0) cmx.splitPanes(bar(kept.bars[0]), bar(kept.bars[1]));
   const auto& at = kept.selection;

@@ -29,6 +29,7 @@ void fields(Io& io, KeptDocument& d) {
   io("top", d.top);
   io("folds", d.folds);
   io("zoom", d.zoom);
+  io("wrap", d.wrapSwitched);
   io("bars", d.bars);
   io("state", d.state);
   io("level", d.level);

@@ -32,6 +32,7 @@ struct KeptDocument {
   std::int64_t top = 0;                      // the first line shown
   std::vector<std::int64_t> folds;           // the number of lines, then of each fold its first line and the number of hidden ones
   std::int64_t zoom = 100;                   // percent
+  bool wrapSwitched = false;                 // lines are wrapped although the options do not say so, or the other way round
   std::array<std::int64_t, 2> bars{};        // of the splitters, in thousandths of height and width; 0: none
   std::int64_t state = 0;                    // of the window, see windowstate
   std::int64_t level = 0;                    // its place in the pile of windows; 0: the lowest

@@ -52,6 +52,7 @@ SessionState randomState(std::mt19937& random) {
     one.top = below(1000);
     one.zoom = 30 + below(400);
     for (int number = below(5); number > 0; --number) one.folds.push_back(below(99));
+    one.wrapSwitched = below(2);
     one.place = {below(100) - 50, below(9), below(900), below(700)};
     one.text = below(3);
     for (int mark = below(4); mark > 0; --mark) one.bookmarks.push_back(below(99));
@@ -208,6 +209,7 @@ TEST_F(SessionFrame, ComesBackAsItWasLeft) {
   b->cmx->splitPanes(0.5, 0);
   b->cmx->setZoom(150);
   b->cmx->editor().host().folds()->setFolds(std::vector<text::Fold>{{text::LineNo(2), text::LineNo(9)}});
+  b->cmx->editor().host().toggleWordWrap();
   main->newWindow();
   main->activeDocument()->cmx->SetSel({9, 0, 9, 0, false});
   open("c.v", "module c;\n")->cmx->InsertText(q("not saved\n"), {0, 0});
@@ -237,6 +239,7 @@ TEST_F(SessionFrame, ComesBackAsItWasLeft) {
   EXPECT_EQ(back->cmx->Language(), q("VHDL"));
   EXPECT_EQ(back->cmx->Zoom(), 150);
   EXPECT_EQ(back->cmx->editor().host().folds()->hiddenBehind(text::LineNo(2)), 7);
+  EXPECT_TRUE(back->cmx->wraps());
   EXPECT_GT(back->cmx->findChild<PaneGrid*>()->place(Qt::Horizontal), 0.3);
   EXPECT_EQ(tabs().documentAt(1)->cmx->GetSel(false), (CmRange{150, 2, 151, 4, false}));
   EXPECT_EQ(tabs().documentAt(2)->CurrentPosition().LineNo, 9);
