@@ -11,6 +11,9 @@
 #include "control/CodeMaxImpl.h"
 #include "control/edit/EditorAccess.h"
 #include "control/find/FindDialog.h"
+#include "control/marks/ChangeMarks.h"
+#include "control/marks/HitLines.h"
+#include "control/marks/MarkedBar.h"
 #include "text/line/LineReader.h"
 #include "text/line/Utf8Stream.h"
 #include "text/line/WordNear.h"
@@ -156,11 +159,14 @@ text::SaveResult CodeMax::SaveFile(const QString& path, bool guardAgainstOthers)
   const std::uint64_t revision = model.document().revision();
   const text::Snapshot text = model.snapshot();
   text::SaveResult result;
+  ChangeMarks& marks = ChangeMarks::of(model);
+  marks.saving();
   const auto save = [&](text::SearchControl& control) { result = text::saveFile(fromQString(path), text, options, &control); };
   LongWork::run(*this, text.size().value, save, tr("Saving %1").arg(plainForDisplay(path, 80)), false);
   if (!result.ok()) return result;
   model.stamp = result.stamp;
   model.path = path;
+  marks.saved(text);
   model.document().breakJoin();
   if (model.document().revision() == revision) model.setModified(false);
   return result;
@@ -348,6 +354,13 @@ void CodeMax::showHits(const QString& text, const text::SearchOptions& options) 
   impl_->state.hits.reset();
   if (!text.isEmpty()) impl_->state.hits.emplace(fromQString(text), options);
   if (impl_->state.hits && !impl_->state.hits->error().empty()) impl_->state.hits.reset();
+  impl_->state.hitLines.reset();
+  if (impl_->state.hits) {
+    impl_->state.hitLines = std::make_shared<HitLines>(*impl_->state.model, fromQString(text), options);
+    connect(impl_->state.hitLines.get(), &HitLines::changed, this, [this] {
+      for (Pane* each : impl_->grid->panes()) MarkedBar::of(*each).marksChanged();
+    });
+  }
   impl_->repaint();
 }
 

@@ -71,6 +71,7 @@ void applyTo(CodeMax& control) {
   TypingAids aids = control.Aids();
   for (const TypingAids::Switch& row : TypingAids::switches())
     aids.*row.value = Flag(kEditorKey, QString::fromLatin1(row.setting), aids.*row.value);
+  aids.setRulers(Text(kEditorKey, u"RULERS"_s));
   control.setAids(aids);
   applyLook(control);
 }
@@ -89,6 +90,7 @@ void save(const CodeMax& control) {
   for (const FlagOption& option : kFlags) SetFlag(kEditorKey, QString::fromLatin1(option.name), (control.*option.get)());
   for (const TypingAids::Switch& row : TypingAids::switches())
     SetFlag(kEditorKey, QString::fromLatin1(row.setting), control.Aids().*row.value);
+  SetText(kEditorKey, u"RULERS"_s, control.Aids().rulersText());
   for (const NumberOption& option : kNumbers) SetNumber(kEditorKey, QString::fromLatin1(option.name), (control.*option.get)());
   for (int slot = 0; slot < kColorSlots; ++slot) {
     const QColor color = control.GetColor(slot);

@@ -12,6 +12,8 @@
 #include "base/dialog/Dialogs.h"
 #include "bridge/FileNames.h"
 #include "bridge/LongWork.h"
+#include "control/keys/KeyCommands.h"
+#include "control/keys/KeyMacro.h"
 #include "document/FileErrors.h"
 #include "document/Frame.h"
 #include "document/Languages.h"
@@ -186,6 +188,11 @@ bool frmDocument::SaveDocumment(const QString& path) {
     return cmx->SaveFile(path, guard);
   };
   if (!makeFolderOf(path)) return false;
+  if (cmx->Aids().trimChanged && !cmx->ReadOnly()) {
+    const OwnBox box(*this);
+    keyMacros().pause([&] { cmx->ExecuteCmd(anyCommandByName(QStringLiteral("TRIMCHANGEDLINES"))->id); });
+    if (box.documentIsGone()) return false;
+  }
   text::SaveResult result = save(true);
   if (result.changedOnDisk && !text::fileExists(fromQString(path))) {
     result = save(false);   // the file is gone: nothing would be overwritten

@@ -9,10 +9,12 @@
 #include "app/frame/LateDocument.h"
 #include "app/frame/frmMain.h"
 #include "app/start/StandardInput.h"
+#include "base/Background.h"
 #include "base/Program.h"
 #include "base/Strings.h"
 #include "base/dialog/Dialogs.h"
 #include "bridge/FileNames.h"
+#include "control/marks/ChangeMarks.h"
 #include "document/FileErrors.h"
 #include "document/Languages.h"
 #include "document/frmDocument.h"
@@ -32,6 +34,16 @@ void caretTo(qint64 byte, CodeMax& cmx) {
 }
 
 int filterEntryOf(const frmDocument& document) { return document.LanguageIndex() > 0 ? document.LanguageIndex() + 1 : 1; }
+
+// A recovered text differs from its file, which is read for that.
+void markChanges(const std::shared_ptr<TextModel>& model, const text::RecoveredText& found) {
+  const auto read = [path = found.about.path] { return std::make_shared<text::LoadedFile>(text::loadFile(path)); };
+  const auto mark = [model = model.get(), base = found.text](const std::shared_ptr<text::LoadedFile>& file) {
+    ChangeMarks& marks = ChangeMarks::of(*model);
+    if (file->error.empty() && marks.file().sameAs(base)) marks.setFile(file->text);   // else it was saved since
+  };
+  inBackground(model.get(), read, mark);
+}
 
 }   // namespace
 
@@ -205,6 +217,7 @@ frmDocument* frmMain::restore(const text::RecoveredText& found) {
     model.stamp = found.about.stamp;   // so that a save notices what others have made of the file since
     document->SetLanguage(languageOfFile(name, *document->cmx));
     document->setFile(name);
+    markChanges(document->cmx->model(), found);
   }
   document->cmx->setModified(true);
   adopt(document);

@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <span>
+#include <vector>
 
 // When Tab and Return take a word of the list beside the caret. The numbers are stored in the settings.
 enum class CompletionKeys {
@@ -18,8 +19,18 @@ struct TypingAids {
   int completionKeys = 0;       // CompletionKeys
   bool closeBrackets = false;   // a typed bracket or quotation mark gets its closer
   bool surround = false;        // ... and goes around a selection with it
+  bool markWord = false;        // all places of the word at the caret are marked
+  bool indentGuides = false;
+  bool barMarks = false;         // the vertical scroll bar has marks
+  bool trailingBlanks = false;   // blanks at the ends of lines are shown
+  bool trimChanged = false;      // saving deletes them in lines that differ from the file
+  bool changeMarks = false;      // lines that differ from the file are marked in the margin
+  std::vector<int> rulers{};     // columns from 0, ascending: a line before each
   bool operator==(const TypingAids&) const = default;
   static TypingAids usual();
+  // Columns as the user writes them: "80, 120". What is no column from 1 to 10000 is left out.
+  QString rulersText() const;
+  void setRulers(const QString& text);
 
   struct Switch {
     const char* setting;   // its name in the settings

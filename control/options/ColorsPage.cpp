@@ -31,10 +31,28 @@ ColorsPage::ColorsPage(ControlOptions& options, QWidget* parent) : QWidget(paren
   list_->setObjectName(QStringLiteral("slots"));
   list_->setIconSize({32, 16});
   // In the order of ColorSlot.
-  for (const QString& name : {tr("Window"), tr("Text"), tr("Selection"), tr("Selected text"), tr("Selection without focus"),
-                              tr("Selected text without focus"), tr("Left margin"), tr("Keywords"), tr("Operators"), tr("Comments"),
-                              tr("Strings"), tr("Numbers"), tr("Bookmarks"), tr("Line of the caret"), tr("Line numbers"),
-                              tr("Dividers"), tr("Marks in the text (blanks, control characters)"), tr("Matching bracket")})
+  for (const QString& name : {tr("Window"),
+                              tr("Text"),
+                              tr("Selection"),
+                              tr("Selected text"),
+                              tr("Selection without focus"),
+                              tr("Selected text without focus"),
+                              tr("Left margin"),
+                              tr("Keywords"),
+                              tr("Operators"),
+                              tr("Comments"),
+                              tr("Strings"),
+                              tr("Numbers"),
+                              tr("Bookmarks"),
+                              tr("Line of the caret"),
+                              tr("Line numbers"),
+                              tr("Dividers"),
+                              tr("Marks in the text (blanks, control characters)"),
+                              tr("Matching bracket"),
+                              tr("Added lines"),
+                              tr("Changed lines"),
+                              tr("Removed lines"),
+                              tr("Matches in the scroll bar")})
     list_->addItem(name);
   auto* label = new QLabel(tr("&Part:"), this);
   label->setBuddy(list_);

@@ -8,6 +8,7 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QSpinBox>
 #include <QVBoxLayout>
@@ -72,7 +73,15 @@ DisplayPage::DisplayPage(ControlOptions& o, QWidget* parent) : QWidget(parent) {
   addCheck(text, tr("&Colour by the language"), "colorSyntax", o.colorSyntax);
   addCheck(text, tr("Show &blanks, tabs and line ends"), "whiteSpace", o.whiteSpace);
   addCheck(text, tr("&Left margin with bookmarks, line numbers and handles"), "leftMargin", o.leftMargin);
-  addCheck(text, tr("Line with the be&ginning of the block above the window"), "stickyLine", o.stickyLine);
+  addCheck(text, tr("Line with the beginning of the block above the &window"), "stickyLine", o.stickyLine);
+  addAids(text, o, false);
+  auto* rulers = new QLineEdit(o.aids.rulersText(), this);
+  rulers->setObjectName(QStringLiteral("rulers"));
+  rulers->setPlaceholderText(tr("none; for example 80, 120"));
+  connect(rulers, &QLineEdit::textChanged, this, [&o](const QString& columns) { o.aids.setRulers(columns); });
+  auto* lines = new QFormLayout;
+  lines->addRow(tr("Rulers at colu&mns:"), rulers);
+  text->addLayout(lines);
   auto* wrapping = addGroup(layout, tr("Long lines"));
   auto* form = new QFormLayout;
   wrapping->addLayout(form);

@@ -27,6 +27,10 @@ constexpr SlotColors kSchemes[kColorSlots] = {
     {0xFFD9DDE2, 0xFF353A43},  // Divider
     {0xFF9AA2AB, 0xFF727A87},  // TagText
     {0xFFFFE08A, 0xFF6B5A1E},  // MatchingBrace
+    {0xFF1A7F37, 0xFF3FB950},  // AddedLine
+    {0xFFB35900, 0xFFE3A64A},  // ChangedLine
+    {0xFFC01C28, 0xFFFF7B72},  // RemovedLine
+    {0xFF8250DF, 0xFFD2A8FF},  // HitMark
 };
 // clang-format on
 

@@ -24,9 +24,13 @@ enum class ColorSlot {
   LineNumbers,
   Divider,
   TagText,
-  MatchingBrace
+  MatchingBrace,
+  AddedLine,
+  ChangedLine,
+  RemovedLine,
+  HitMark
 };
-inline constexpr int kColorSlots = static_cast<int>(ColorSlot::MatchingBrace) + 1;   // behind the last one
+inline constexpr int kColorSlots = static_cast<int>(ColorSlot::HitMark) + 1;   // behind the last one
 
 class ColorScheme {
  public:

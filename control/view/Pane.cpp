@@ -9,12 +9,17 @@
 #include <QTimerEvent>
 #include <algorithm>
 #include <new>
+#include <tuple>
 #include <utility>
 
 #include "control/code/BlockFinder.h"
 #include "control/code/Brackets.h"
 #include "control/edit/TextMime.h"
 #include "control/folds/PaneFolds.h"
+#include "control/marks/ChangeMarks.h"
+#include "control/marks/ChangeTip.h"
+#include "control/marks/MarkedBar.h"
+#include "control/marks/TextAids.h"
 #include "control/view/PaneAccessible.h"
 #include "control/view/PaneMouse.h"
 #include "control/view/PaneRows.h"
@@ -37,6 +42,7 @@ Pane::Pane(ViewState& state, QWidget* parent)
       view_(state),
       editor_(new Editor(state.model, state.options, this)),
       mouse_(new PaneMouse(*this)),
+      sameWord_(new SameWord(*this)),
       rows_(new PaneRows(*this)),
       folds_(new PaneFolds(*editor_, view_.rows.map, [this](const auto& change) { changeRows(change); })) {
   PaneAccessible::install();
@@ -48,6 +54,7 @@ Pane::Pane(ViewState& state, QWidget* parent)
   viewport()->setCursor(Qt::IBeamCursor);
   viewport()->setMouseTracking(true);
   setAcceptDrops(true);
+  setVerticalScrollBar(new MarkedBar(*this));
   connect(verticalScrollBar(), &QScrollBar::sliderMoved, this, &Pane::showLineTip);
   connect(verticalScrollBar(), &QScrollBar::actionTriggered, this, &Pane::barActed);
   editor_->onSelectionChanged = [this] { noteSelection(); };
@@ -55,6 +62,11 @@ Pane::Pane(ViewState& state, QWidget* parent)
     viewport()->update(0, 0, view_.margin, viewport()->height());   // the handles
     shown([this] { findPair(); });
   });
+  connect(&ChangeMarks::of(*state_.model), &ChangeMarks::changed, this, [this] {
+    viewport()->update(0, 0, view_.margin, viewport()->height());
+    MarkedBar::of(*this).marksChanged();
+  });
+  new ChangeTip(*this);
   optionsChanged();
 }
 
@@ -71,6 +83,8 @@ PaneLook Pane::look() const {
   look.folds = folds_.get();
   look.dropAt = dropAt_;
   look.preedit = preedit_.get();
+  if (state_.options->aids.changeMarks) look.changes = &ChangeMarks::of(*state_.model);
+  if (state_.options->aids.markWord) look.sameWord = sameWord_->word();
   return look;
 }
 
@@ -79,6 +93,7 @@ QRect Pane::caretRect() const { return PanePainter::caretRect(view_, look()); }
 // --- What changed -----------------------------------------------------------------------------------------------------------
 
 void Pane::modelChanged(const text::Change& change) {
+  MarkedBar::of(*this).marksChanged();
   view_.forget();
   text::DisplayMap& map = view_.rows.map;
   const TextView::Place target = view_.placeAt(view_.target), top = view_.placeAt(view_.top);
@@ -101,6 +116,7 @@ void Pane::modelChanged(const text::Change& change) {
   view_.top = std::max<std::int64_t>(0, view_.top + topShift);
   if (dropAt_) dropAt_ = change.map(*dropAt_, text::Bias::left);
   mouse_->textChanged(change);
+  sameWord_->moved();
   // One change repaints its lines, several repaint all lines, once when the code that makes them has finished.
   allDirty_ = allDirty_ || change.reset || topShift != 0 || pending_.has_value() || change.spans.size() > 1000;
   try {
@@ -120,6 +136,7 @@ void Pane::flushText() {
   flushPosted_ = false;
   if (!allDirty_ && !pending_) return;
   fit();
+  if (state_.options->aids.changeMarks) ChangeMarks::of(*state_.model).settle();
   allDirty_ = view_.takeMoved() || allDirty_;
   if (allDirty_) emit scrolled();
   const std::vector<std::int64_t> recolored = view_.findStates();
@@ -128,7 +145,9 @@ void Pane::flushText() {
   } else {
     for (const auto& span : pending_->spans) {
       const bool moves = span.linesInserted != span.linesRemoved;   // what stands below
-      updateLines(span.firstLine.value, moves ? INT64_MAX / 2 : span.firstLine.value + span.linesInserted);
+      auto [first, last] = std::pair(span.firstLine.value, span.firstLine.value + span.linesInserted);
+      if (state_.options->aids.indentGuides) std::tie(first, last) = textAids::withBlanksAround(view_, first, last);
+      updateLines(first, moves ? INT64_MAX / 2 : last);
       if (moves) break;
     }
     for (const std::int64_t line : recolored) updateLines(line, line);
@@ -142,6 +161,7 @@ void Pane::flushText() {
 }
 
 void Pane::appearanceChanged() {
+  MarkedBar::of(*this).marksChanged();   // bookmarks, options
   view_.forget();
   view_.findStates();
   restartColoring();
@@ -241,6 +261,7 @@ void Pane::updateSelection() {
     emit overtypeChanged(overtypeShown_);
   }
   findPair();
+  sameWord_->moved();
   restartBlink();
   PaneAccessible::announceSelection(this);
   if (hasFocus())

@@ -15,6 +15,7 @@
 class PaneFolds;
 class PaneMouse;
 class PaneRows;
+class SameWord;
 class StickyLine;
 
 class Pane : public QAbstractScrollArea, public EditorHost {
@@ -183,6 +184,7 @@ class Pane : public QAbstractScrollArea, public EditorHost {
   mutable TextView view_;   // lays out lines on request
   std::unique_ptr<Editor> editor_;
   std::unique_ptr<PaneMouse> mouse_;
+  std::unique_ptr<SameWord> sameWord_;
 
   std::unique_ptr<PaneRows> rows_;
   std::unique_ptr<PaneFolds> folds_;

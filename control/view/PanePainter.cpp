@@ -8,6 +8,8 @@
 #include "control/edit/ColumnBlock.h"
 #include "control/folds/FoldMarks.h"
 #include "control/folds/PaneFolds.h"
+#include "control/marks/ChangeMarks.h"
+#include "control/marks/TextAids.h"
 
 using text::ByteOffset;
 using text::ByteRange;
@@ -68,11 +70,26 @@ class GlyphBatch {
 constexpr int kCaretWidth = 2;
 constexpr std::int64_t kHitBytes = 64 << 10;       // of what a row hides, searched for a match
 constexpr std::chrono::milliseconds kHitTime{4};   // for those of all rows
+constexpr double kChangeWidth = 3;
+constexpr double kRulerStrength = 0.2, kGuideStrength = 0.12, kSameWordStrength = 0.14;
 
 // The left edge of a caret: of one as wide as its character, that of the character.
 double caretLeft(const Row& row, ByteOffset at, bool block) {
   const std::int64_t byte = at - row.start;
   return block && row.layout.widthAt(byte) > 0 ? row.layout.leftOf(byte) : row.layout.xOf(byte);
+}
+
+// The first byte of the blanks at the line's end, if they are shown and laid out; else behind all. Not while they are typed.
+std::int64_t trailingFrom(const TextView& view, const Row& row, ByteOffset caret) {
+  if (!view.state().options->aids.trailingBlanks || row.layout.end().byte < row.length) return INT64_MAX;
+  std::int64_t from = INT64_MAX;
+  const auto& items = row.layout.items();
+  for (auto item = items.rbegin(); item != items.rend(); ++item) {
+    if (item->kind != LayoutItem::blank && item->kind != LayoutItem::tab) break;
+    from = item->byte;
+  }
+  const std::int64_t at = caret - row.start;
+  return at >= from && at <= row.length ? INT64_MAX : from;
 }
 
 }   // namespace
@@ -84,7 +101,8 @@ double Preedit::cursorX() const {
 
 QColor PanePainter::hitBack() const { return mixed(color(ColorSlot::Window), color(ColorSlot::MatchingBrace), 0.6); }
 
-PanePainter::PanePainter(QPainter& painter, TextView& view, const PaneLook& look) : painter_(painter), view_(view), look_(look) {
+PanePainter::PanePainter(QPainter& painter, TextView& view, const PaneLook& look)
+    : painter_(painter), view_(view), look_(look), rulers_(textAids::rulers(view)) {
   const text::SelectionState& s = look.selection;
   selected_ = {std::min(s.anchor, s.caret), std::max(s.anchor, s.caret)};
   const text::Snapshot& text = view.snapshot();
@@ -110,6 +128,7 @@ void PanePainter::paint(const QRect& part) {
   const int below = view_.bottomOf(lines - 1);
   if (below <= part.bottom()) {
     painter_.fillRect(QRect(0, below, view_.width + view_.margin, view_.height - below), color(ColorSlot::Window));
+    paintLines(rulers_, below, view_.height - below, kRulerStrength);
     if (view_.margin > 0) {
       painter_.fillRect(QRect(0, below, view_.margin - 1, view_.height - below), color(ColorSlot::LeftMargin));
       painter_.fillRect(QRect(view_.margin - 1, below, 1, view_.height - below), color(ColorSlot::Divider));
@@ -220,6 +239,12 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
   const bool current = line == caretLine_ && selected_.empty() && !look_.selection.column;
   painter_.fillRect(band, back.line.isValid() ? back.line : color(current ? ColorSlot::HighlightedLine : ColorSlot::Window));
   for (const ByteRange& range : back.parts) fillBytes(row, range, y, back.part);
+  if (const std::int64_t trailing = trailingFrom(view_, row, look_.selection.caret); trailing < row.length)
+    fillBytes(row, {row.start + trailing, row.start + row.length}, y,
+              mixed(color(ColorSlot::Window), color(ColorSlot::RemovedLine), 0.22));
+  const QColor same = mixed(color(ColorSlot::Window), color(ColorSlot::Text), kSameWordStrength);
+  for (const ByteRange& range : textAids::places(view_.snapshot(), row, begin_, end_, look_.sameWord))
+    fillBytes(row, range, y, same);
   const QColor hit = hitBack();
   for (const ByteRange& range : row.hits) fillBytes(row, range, y, hit);
   paintSelection(line, row, y);
@@ -227,6 +252,17 @@ void PanePainter::paintBackgrounds(std::int64_t line, const Row& row, const QRec
   if (look_.pair) {
     for (const ByteRange& word : *look_.pair)
       if (word.begin >= row.start && word.begin < row.start + row.length) fillBytes(row, word, y, color(ColorSlot::MatchingBrace));
+  }
+}
+
+// Vertical lines at the places, from the start of lines: one device pixel wide at one pixel each, in the colour of the text made as
+// weak as that.
+void PanePainter::paintLines(const std::vector<double>& places, int y, int height, double strength) {
+  const double scale = painter_.device()->devicePixelRatioF(), width = std::max(1.0, std::floor(scale)) / scale;
+  const QColor ink = mixed(color(ColorSlot::Window), color(ColorSlot::Text), strength);
+  for (const double place : places) {
+    const double x = std::floor((view_.textLeft() + place) * scale) / scale;
+    if (x >= view_.margin && x < view_.margin + view_.width) painter_.fillRect(QRectF(x, y, width, height), ink);
   }
 }
 
@@ -239,6 +275,13 @@ void PanePainter::paintRow(const TextView::Place& place, const QRect& part) {
     const Row& row = view_.row(line);
     enter(place);
     paintBackgrounds(line, row, band, back);
+    paintLines(rulers_, y, height, kRulerStrength);
+    if (view_.state().options->aids.indentGuides) {
+      std::vector<double> guides = textAids::guidesOf(view_, place.line);
+      const double text = left_ - view_.textLeft() + shown_.from;   // where a row that continues its line begins
+      if (place.row > 0) std::erase_if(guides, [text](double x) { return x >= text; });
+      paintLines(guides, y, height, kGuideStrength);
+    }
     const bool preedit = look_.preedit && place == caretPlace_;
     if (preedit) {
       LineLayout shifted = row.layout;
@@ -272,6 +315,7 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
   auto other = others.begin();
   GlyphBatch batch(painter_, view_.metrics().rawFont(), baseline);
   const auto& items = layout.items();
+  const std::int64_t trailing = trailingFrom(view_, row, look_.selection.caret);
   const auto before = [](const LayoutItem& i, std::int64_t byte) { return i.byte < byte; };
   auto token = static_cast<std::size_t>(std::partition_point(row.tokens.begin(), row.tokens.end(),
                                                              [&](const text::Token& t) { return t.begin + t.length <= begin_; }) -
@@ -328,7 +372,7 @@ void PanePainter::paintText(const Row& row, const LineLayout& layout, std::int64
         break;
       case LayoutItem::blank:
       case LayoutItem::tab:
-        if (view_.state().whiteSpace) paintWhiteSpace(item, band.top());
+        if (view_.state().whiteSpace || item.byte >= trailing) paintWhiteSpace(item, band.top());
         break;
     }
   }
@@ -421,6 +465,7 @@ void PanePainter::paintMargin(const TextView::Place& place, int y, const LineBac
   const int height = view_.lineHeight();
   painter_.fillRect(QRect(0, y, view_.margin - 1, height), back.line.isValid() ? back.line : color(ColorSlot::LeftMargin));
   painter_.fillRect(QRect(view_.margin - 1, y, 1, height), color(ColorSlot::Divider));
+  if (look_.changes) paintChange(place, y);
   if (place.row > 0) return paintContinued(y);
   const std::int64_t hidden = look_.folds ? look_.folds->hiddenBehind(place.line) : 0;
   const bool marked = view_.state().model->hasBookmark(LineNo(line));
@@ -435,7 +480,7 @@ void PanePainter::paintMargin(const TextView::Place& place, int y, const LineBac
   const QColor ink =
       line == caretLine_ ? mixed(color(ColorSlot::LineNumbers), color(ColorSlot::Text), 0.6) : color(ColorSlot::LineNumbers);
   const QByteArray digits = QByteArray::number(static_cast<qlonglong>(line) + 1);
-  double x = view_.margin - view_.foldMargin - 4;
+  double x = view_.margin - view_.foldMargin - 6;
   GlyphBatch batch(painter_, view_.metrics().rawFont(), y + view_.metrics().ascent());
   for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit) {
     x -= view_.metrics().asciiAdvance(static_cast<unsigned char>(*digit));
@@ -485,9 +530,30 @@ void PanePainter::paintHidden(std::int64_t line) {
                       mixed(window, ink, 0.75));
 }
 
+// How the line differs from the file: a bar beside the number, and a wedge where lines are missing.
+void PanePainter::paintChange(const TextView::Place& place, int y) {
+  const text::DisplayMap& map = view_.rows.map;
+  const bool last = place.row + 1 >= map.rowsOf(place.line);
+  const ChangeMarks::Line change = look_.changes->at(place.line, map.shownFrom(place.line + 1));
+  const double height = view_.lineHeight(), right = view_.margin - 1 - view_.foldMargin;
+  if (change.kind != ChangeMarks::Line::Kind::same)
+    painter_.fillRect(QRectF(right - kChangeWidth, y, kChangeWidth, height),
+                      color(change.kind == ChangeMarks::Line::Kind::added ? ColorSlot::AddedLine : ColorSlot::ChangedLine));
+  const auto wedge = [&](double edge, double inward) {
+    QPainterPath path;
+    path.addPolygon(QPolygonF({QPointF(right - 2 * kChangeWidth, edge), QPointF(right, edge), QPointF(right, edge + inward)}));
+    painter_.save();
+    painter_.setRenderHint(QPainter::Antialiasing);
+    painter_.fillPath(path, color(ColorSlot::RemovedLine));
+    painter_.restore();
+  };
+  if (change.removedAbove && place.row == 0) wedge(y, 2 * kChangeWidth);
+  if (change.removedBelow && last) wedge(y + height, -2 * kChangeWidth);
+}
+
 // The mark of a row that continues its line: an arrow from above to the right.
 void PanePainter::paintContinued(int y) {
-  const double right = view_.margin - view_.foldMargin - 4.5, middle = std::floor(y + view_.lineHeight() * 0.5) + 0.5;
+  const double right = view_.margin - view_.foldMargin - 6.5, middle = std::floor(y + view_.lineHeight() * 0.5) + 0.5;
   const double size = std::max(3.0, view_.lineHeight() / 5.0), left = right - 2.2 * size;
   painter_.setPen(color(ColorSlot::LineNumbers));
   painter_.drawPolyline(QPolygonF({QPointF(left, middle - size), QPointF(left, middle), QPointF(right, middle)}));

@@ -12,6 +12,7 @@
 #include "control/view/TextView.h"
 
 class PaneFolds;
+class ChangeMarks;
 
 // Preedit text of an input method, shown at the caret.
 struct Preedit {
@@ -31,7 +32,9 @@ struct PaneLook {
   std::optional<std::array<text::ByteRange, 2>> pair;   // brackets or words of a block that match
   std::optional<text::ByteOffset> dropAt;
   const Preedit* preedit = nullptr;
-  PaneFolds* folds = nullptr;   // null: without handles
+  PaneFolds* folds = nullptr;             // null: without handles
+  const ChangeMarks* changes = nullptr;   // null: not shown
+  std::string sameWord;                   // all its places are marked; empty: none
 };
 
 class PanePainter {
@@ -62,6 +65,8 @@ class PanePainter {
   QPainterPath ribbon(int y) const;
   bool holdsHit(std::int64_t first, std::int64_t last);
   QColor hitBack() const;
+  void paintChange(const TextView::Place& place, int y);
+  void paintLines(const std::vector<double>& places, int y, int height, double strength);
   void paintRules(int y, const LineBack& back);
   void fill(const Span& span, int y, const QColor& color);
   void fillBytes(const Row& row, const text::ByteRange& range, int y, const QColor& color);   // what is laid out of the range
@@ -77,6 +82,7 @@ class PanePainter {
   QPainter& painter_;
   TextView& view_;
   const PaneLook& look_;
+  std::vector<double> rulers_;                      // x from the start of lines
   text::ByteRange selected_;                        // of a stream selection
   std::int64_t caretLine_, firstLine_, lastLine_;   // of caret and selection
   TextView::Place caretPlace_;

@@ -8,6 +8,7 @@
 #include "control/folds/FoldMarks.h"
 #include "control/folds/PaneFolds.h"
 #include "control/folds/StickyLine.h"
+#include "control/marks/MarkedBar.h"
 #include "control/view/Pane.h"
 
 using text::ByteOffset;
@@ -62,6 +63,7 @@ void Pane::changeRows(const std::function<void()>& change) {
   if (scrollTimer_.isActive()) showAt(view_.target);   // else the way there would be another one
   const ByteOffset top = view_.topByte();
   change();
+  MarkedBar::of(*this).marksChanged();
   view_.setTopByte(top);
   fit();
   viewport()->update();

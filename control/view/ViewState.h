@@ -13,6 +13,8 @@
 #include "text/find/Finder.h"
 #include "text/line/LineMap.h"
 
+class HitLines;
+
 // The numbers are stored in the settings.
 enum class WordWrap { off = 0, window = 1, column = 2 };
 inline constexpr int kLeastWrapColumn = 10, kMostWrapColumn = 1000;
@@ -40,6 +42,7 @@ struct ViewState {
   bool mayWrap = true;                              // false: each line is one row, whatever else is said
   std::function<LineBack(text::LineNo)> lineBack;   // null: nothing
   std::optional<text::Finder> hits;                 // matches to mark in the visible text
+  std::shared_ptr<HitLines> hitLines;               // their lines; null: no matches are marked
 
   int held = 0;   // > 0: changes are only noted; they are shown and reported when it is 0 again
 

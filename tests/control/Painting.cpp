@@ -153,7 +153,7 @@ TEST_F(Painting, LineNumbersCountFrom1) {
   const QImage image = viewport()->grab().toImage();
   const auto tens = [&](qint64 line) {   // whether a second digit stands beside the line
     const TextView& view = pane()->view();
-    const int right = view.margin - view.foldMargin - 4 - static_cast<int>(view.metrics().cell()), top = view.yOf(line);
+    const int right = view.margin - view.foldMargin - 6 - static_cast<int>(view.metrics().cell()), top = view.yOf(line);
     for (int y = top; y < top + pane()->view().lineHeight(); ++y)
       for (int x = right - static_cast<int>(pane()->view().metrics().cell()); x < right; ++x)
         if (pixel(image, x, y) != slot(ColorSlot::LeftMargin)) return true;

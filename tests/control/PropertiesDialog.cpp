@@ -83,6 +83,7 @@ class PropertiesDialogTest : public testing::Test {
     part<QSpinBox>(dialog, "tabSize").setValue(7);
     part<QComboBox>(dialog, "autoIndent").setCurrentIndex(2);
     part<QComboBox>(dialog, "completionKeys").setCurrentIndex(1);
+    part<QLineEdit>(dialog, "rulers").setText(QStringLiteral("100, 80"));
     part<QDoubleSpinBox>(dialog, "fontSize").setValue(17.5);
     part<QListWidget>(dialog, "slots").setCurrentRow(9);
     QTest::keyClicks(&part<QLineEdit>(dialog, "colorCode"), QString());
@@ -108,6 +109,7 @@ TEST_F(PropertiesDialogTest, OkChangesEverythingOnceAndCancelNothing) {
     for (std::size_t i = 0; i < std::size(kSwitches); ++i) EXPECT_EQ(now.*kSwitches[i] != before.*kSwitches[i], ok) << i;
     for (const auto& row : TypingAids::switches()) EXPECT_EQ(now.aids.*row.value != before.aids.*row.value, ok) << row.field;
     EXPECT_EQ(now.aids.completionKeys, ok ? 1 : 0);
+    EXPECT_EQ(now.aids.rulers, ok ? (std::vector<int>{80, 100}) : std::vector<int>());
     EXPECT_EQ(now.tabSize, ok ? 7 : before.tabSize);
     EXPECT_EQ(now.autoIndentMode, ok ? 2 : before.autoIndentMode);
     EXPECT_EQ(now.font.pointSizeF(), ok ? 17.5 : before.font.pointSizeF());
@@ -125,6 +127,7 @@ TEST_F(PropertiesDialogTest, EachOptionOfTheDisplayCanBeSeen) {
   control.setText(QStringLiteral("int\ta = 1;   // one\n"));
   control.resize(500, 200);
   control.setFocusPolicy(Qt::NoFocus);
+  control.setAids({});   // no mark that comes later
   control.show();
   control.findChild<Pane*>()->clearFocus();   // no caret that blinks
   const auto picture = [&] {

@@ -191,6 +191,7 @@ TEST(CommandDialog, OptionsOfTheControlComeBackOneByOne) {
   for (const auto option : switches) other.*option = !(other.*option);
   for (const auto& row : TypingAids::switches()) other.aids.*row.value = !(other.aids.*row.value);
   other.aids.completionKeys = 2;
+  other.aids.rulers = {80, 120};
   other.tabSize = 7;
   other.autoIndentMode = 2;
   other.applyTo(first);
