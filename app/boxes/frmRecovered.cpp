@@ -114,12 +114,11 @@ void frmRecovered::offerWhenRead(frmMain& frame, Look look) {
   poll->start(kReadyPeriodMs);
 }
 
-void frmRecovered::offerAgain(frmMain& frame) {
-  RecoverySession* session = RecoverySession::current();
+void frmRecovered::offerAgain(frmMain& frame, const Look& look) {
   std::vector<std::string> files;
   for (const frmDocument* document : frame.documents())
     if (document->DocumentHasName()) files.push_back(fromQString(document->CurrentFileName()));
-  auto entries = readNow(frame, [files, look = leftIn(session ? session->folder() : RecoverySession::usualFolder())] {
+  auto entries = readNow(frame, [files, look] {
     std::vector<text::LeftText> left = look();
     std::ranges::move(text::leftCopies(files), std::back_inserter(left));
     return left;

@@ -25,9 +25,9 @@ class frmRecovered : public QDialog {
   // Shows the window (one for all texts) if `look` finds anything; null if not. It deletes itself when closed. The user waits and
   // may cancel.
   static frmRecovered* offer(frmMain& frame, const Look& look);
-  static void offerWhenRead(frmMain& frame, Look look);   // the same in the background
-  static Look leftIn(const QString& folder);              // finds what is in the recovery folder
-  static void offerAgain(frmMain& frame);                 // all of it, on demand
+  static void offerWhenRead(frmMain& frame, Look look);       // the same in the background
+  static Look leftIn(const QString& folder);                  // finds what is in the recovery folder
+  static void offerAgain(frmMain& frame, const Look& look);   // on demand, with the copies beside the open files
 
   int count() const { return int(entries_.size()); }
   void select(int entry);

@@ -1,6 +1,5 @@
 #include <QCoreApplication>
 
-#include "app/boxes/frmRecovered.h"
 #include "app/commands/Groups.h"
 #include "app/folder/FolderParts.h"
 #include "app/folder/WorkFolder.h"
@@ -70,7 +69,7 @@ std::span<const FrameCommand> fileCommands() {
        .keys = "Ctrl+Shift+W", .needs = kDocument, .run = [](frmMain& f) { f.mnuFileCloseAll_Click(); }},
       {.name = "mnuFileRecovered", .menu = "mnuFile", .place = 150, .caption = QT_TRANSLATE_NOOP("frmMain", "&Recovered Texts..."),
        .tip = QT_TRANSLATE_NOOP("frmMain", "Texts that were not saved when the editor ended"),
-       .run = [](frmMain& f) { frmRecovered::offerAgain(f); }},
+       .run = [](frmMain& f) { Session::of(f).offerTexts(); }},
       {.name = "mnuFileSave", .menu = "mnuFile", .place = 200, .caption = QT_TRANSLATE_NOOP("frmMain", "&Save"),
        .keys = "Ctrl+S", .icon = "document-save", .tip = QT_TRANSLATE_NOOP("frmMain", "Save the document"),
        .needs = kDocument | kUnsaved, .run = [](frmMain& f) { f.mnuFileSave_Click(); }, .tool = "Save", .toolPlace = 120},

@@ -159,11 +159,15 @@ void giveBack(const KeptDocument& kept, frmMain& frame, frmDocument& document, b
   if (frame.activeDocument() == &document) document.focusWork();
 }
 
-void keepFrame(frmMain& frame, SessionState* state) {
+void keepFolder(frmMain& frame, SessionState* state) {
   const WorkFolder& work = frame.folders().work();
   if (work.kind() == WorkFolder::Kind::folder || work.kind() == WorkFolder::Kind::list) state->folder = fromQString(work.root());
   state->list = fromQString(work.list());
   state->relativeToList = work.relativeToList();
+}
+
+void keepFrame(frmMain& frame, SessionState* state) {
+  keepFolder(frame, state);
   const SearchState& search = usersSearch();
   state->find = fromQString(search.findText);
   state->replace = fromQString(search.replaceText);

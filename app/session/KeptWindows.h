@@ -16,5 +16,6 @@ QRect placeOf(const KeptPlace& kept);   // empty: none, or not a place on any sc
 // After it was opened, or its text was restored. ofFile: the text has just been read from its file.
 void giveBack(const KeptDocument& kept, frmMain& frame, frmDocument& document, bool ofFile);
 
+void keepFolder(frmMain& frame, SessionState* state);
 void keepFrame(frmMain& frame, SessionState* state);   // folder, docks, search
 void giveFrameBack(const SessionState& state, frmMain& frame);

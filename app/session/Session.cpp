@@ -145,7 +145,7 @@ bool Session::take(const std::shared_ptr<SessionFile>& file, const QString& name
     last_ = file;
     const QString named = toQString(read.state.continues);
     if (isThere(named) && take(fileOf(named), named)) return true;
-    read.state = {};
+    read.state.continues.clear();
   }
   file_ = file;
   name_ = name;
@@ -154,7 +154,9 @@ bool Session::take(const std::shared_ptr<SessionFile>& file, const QString& name
   return true;
 }
 
-void Session::apply(const SessionState& state) {
+void Session::apply(SessionState state) {
+  // At a start without a folder in its session the folder stays that a start with one opened since.
+  if (!frame_.isVisible() && name_.isEmpty() && state.folder.empty() && state.list.empty()) keepFolder(frame_, &state);
   const QScopedValueRollback quiet(quiet_, true);
   texted_ = false;
   giveFrameBack(state, frame_);
@@ -349,9 +351,10 @@ void Session::writeNow(bool ends) {
   known_ = {};
 }
 
-void Session::rememberName() {
+void Session::rememberName(Last documents) {
   if (!last_ || last_ == file_) return;
-  SessionState pointer;
-  pointer.continues = fromQString(name_);
-  last_->write(pointer, ++writes_);
+  SessionState last;
+  if (documents == Last::waits) last = last_->read().state;
+  last.continues = fromQString(name_);
+  last_->write(last, ++writes_);
 }

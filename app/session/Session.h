@@ -40,6 +40,7 @@ class Session : public QObject {
   void show();
   // When it has been painted: brings the unsaved texts back. Those that no session knows are offered to the user.
   void restoreTexts();
+  void offerTexts();   // those that no session will bring back, on demand
 
   bool isInForce() const { return file_ != nullptr; }
   const QString& name() const { return name_; }   // empty: the last session, or none
@@ -69,12 +70,14 @@ class Session : public QObject {
   static std::shared_ptr<SessionFile> fileOf(const QString& name);   // empty: the last session
   // Reads the file and makes it the one in force. False: another copy has it, or it must not be written.
   bool take(const std::shared_ptr<SessionFile>& file, const QString& name);
-  void apply(const SessionState& state);
+  void apply(SessionState state);
   void showAnother();
   bool leave();          // closes all documents. False: the user wants to stay
-  void goOnWithLast();   // without a name
+  void goOnWithLast();   // without a name, as it was left; show() and restoreTexts() next
   void applyKeeping();   // after the file in force or a setting has changed
-  void rememberName();   // so that the next start goes on with this session
+  enum class Last { waits, goesOnHere };
+  void rememberName(Last documents);             // so that the next start goes on with this session; what the last session had open
+  std::vector<std::string> otherFiles() const;   // of all sessions but this
   frmDocument* openLate(Late& late);
   frmDocument* openText(const KeptDocument& kept, const text::RecoveredText& text);
   void takeTexts(const std::shared_ptr<Looked>& looked);

@@ -61,7 +61,7 @@ void Session::open(const QString& name) {
     }
   if (!leave()) return touch(0);
   if (!take(file, name)) goOnWithLast();
-  rememberName();
+  rememberName(Last::waits);
   show();
   restoreTexts();
 }
@@ -70,12 +70,15 @@ void Session::close() {
   if (name_.isEmpty()) return;
   if (!leave()) return touch(0);
   goOnWithLast();
-  touch(0);
+  show();
+  restoreTexts();
 }
 
 void Session::goOnWithLast() {
   if (comesBack()) file_ = last_;
   applyKeeping();
+  if (!file_) return;
+  if (const SessionFile::Read read = file_->read(); read.isThere) apply(read.state);
 }
 
 void Session::askForName() {
@@ -95,6 +98,7 @@ void Session::askForName() {
     MsgBox(tr("The session %1 cannot be replaced: %2").arg(shownSession(name), toQString(old.trouble)));
     return;
   }
+  const Last last = name_.isEmpty() ? Last::goesOnHere : Last::waits;
   SessionState now = state(false);
   if (const std::string error = file->write(now, ++writes_); !error.empty()) {
     MsgBox(tr("The session cannot be written: %1").arg(toQString(error)));
@@ -114,7 +118,7 @@ void Session::askForName() {
   name_ = name;
   known_ = {};
   applyKeeping();
-  rememberName();
+  rememberName(last);
   SetStatusText(tr("The session %1 is saved from now on").arg(shownSession(name)));
 }
 

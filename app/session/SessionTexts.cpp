@@ -32,6 +32,15 @@ std::string recoveryFolder() {
   return fromQString(recovery ? recovery->folder() : RecoverySession::usualFolder());
 }
 
+// The journals of texts that these sessions will bring back.
+std::set<std::string> journalsOf(const std::vector<std::string>& sessions) {
+  std::set<std::string> journals;
+  for (const std::string& path : sessions)
+    for (const KeptDocument& document : SessionFile(path).read().state.documents)
+      if (document.modified) journals.insert(document.journal);
+  return journals;
+}
+
 bool isWhole(const text::RecoveredText& text) { return text.error.empty() && text.whole && text.baseWhole; }
 bool beganAs(const text::RecoveredText& text, const text::Snapshot& old) {
   return std::ranges::any_of(text.began, [&](const text::Snapshot& began) { return text::sameText(began, old); });
@@ -70,10 +79,7 @@ void Session::Looked::find(const std::string& folder, const std::vector<std::str
   match(
       [](const KeptDocument& document, const Found& one) { return document.modified && document.journal == one.journal->name(); });
   // What another session will bring back is neither taken nor offered.
-  std::set<std::string> kept;
-  for (const std::string& path : otherSessions)
-    for (const KeptDocument& document : SessionFile(path).read().state.documents)
-      if (document.modified) kept.insert(document.journal);
+  const std::set<std::string> kept = journalsOf(otherSessions);
   std::erase_if(read_, [&](const Found& one) { return one.journal && kept.contains(one.journal->name()); });
   match([](const KeptDocument& document, const Found& one) {
     const text::JournalAbout& about = one.text.about;
@@ -197,15 +203,28 @@ void Session::restoreTexts() {
     looked->tabs.emplace_back();
   }
   const std::string folder = recoveryFolder();
-  std::vector<std::string> others;
-  if (comesBack()) others.push_back(fileOf({})->path());   // else its texts would never be offered
-  for (const QString& name : names()) others.push_back(fileOf(name)->path());
-  std::erase(others, file_ ? file_->path() : std::string());
-  const auto work = [looked, folder, others = std::move(others)] {
+  const auto work = [looked, folder, others = otherFiles()] {
     looked->find(folder, others);
     return true;
   };
   inBackground(this, work, [this, looked](bool) { takeTexts(looked); });
+}
+
+std::vector<std::string> Session::otherFiles() const {
+  std::vector<std::string> others;
+  if (comesBack()) others.push_back(fileOf({})->path());   // else its texts would never be offered
+  for (const QString& name : names()) others.push_back(fileOf(name)->path());
+  std::erase(others, file_ ? file_->path() : std::string());
+  return others;
+}
+
+void Session::offerTexts() {
+  const auto look = [left = frmRecovered::leftIn(toQString(recoveryFolder())), others = otherFiles()] {
+    std::vector<text::LeftText> all = left();
+    std::erase_if(all, [kept = journalsOf(others)](const text::LeftText& one) { return kept.contains(one.name()); });
+    return all;
+  };
+  frmRecovered::offerAgain(frame_, look);
 }
 
 void Session::takeTexts(const std::shared_ptr<Looked>& looked) {
