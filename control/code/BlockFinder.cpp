@@ -25,6 +25,7 @@ struct BlockFinder::Shared {
   Snapshot text;
   std::shared_ptr<const FoldRules> rules;
   std::vector<Change> changes;
+  std::size_t spans = 0;   // in them
   bool anew = true;
 
   // Null: cancelled, or without memory.
@@ -37,6 +38,7 @@ struct BlockFinder::Shared {
         const std::lock_guard<std::mutex> lock(guard);
         now = text;
         made.swap(changes);
+        spans = 0;
         if (std::exchange(anew, false) || index.rules() != rules) index.setRules(rules);
       }
       for (const Change& change : made) index.edit(change);
@@ -76,7 +78,8 @@ void BlockFinder::changed(const Change& change) {
   blocks_.reset();
   const std::lock_guard<std::mutex> lock(shared_->guard);
   shared_->text = model_.snapshot();
-  if (change.reset || change.spans.size() + shared_->changes.size() >= kMostChanges) shared_->anew = true;
+  shared_->spans += 1 + change.spans.size();
+  if (change.reset || shared_->spans >= kMostChanges) shared_->anew = true;
   if (shared_->anew) {
     shared_->changes.clear();
     return;

@@ -55,6 +55,8 @@ void caretsInSelection(Editor& e, const QVariant&) {
   std::vector<Caret> list;
   std::size_t main = 0;
   if (e.selection().column) {
+    const ColumnBlock block = columnBlock(e.model(), e.selection(), e.options().tabSize);
+    if (!mayHaveCarets(e, static_cast<std::size_t>(block.last - block.first + 1))) return;
     list = caretsOfBlock(e);
     if (e.selection().caret > e.selection().anchor && !list.empty()) main = list.size() - 1;
   } else if (e.spansLines()) {

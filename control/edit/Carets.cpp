@@ -290,7 +290,12 @@ void oneByOne(Editor& e, const Work& work) {
   const UndoGroup group(document);
   const std::uint64_t revision = document.revision();
   Progress progress(e, taken.list.size());
-  for (std::size_t i = 0; i < marks.size() && progress.goesOn(i); ++i) {
+  for (std::size_t i = 0; i < marks.size(); ++i) {
+    if (!progress.goesOn(i)) {
+      document.rollbackGroup();
+      taken.putBack();
+      return tell(e);
+    }
     Caret here{document.markAt(marks[i].first), document.markAt(marks[i].second)};
     snapped(e, here);   // work at another caret may have joined characters here
     EditorAccess::setSelection(e, stateOf(here));

@@ -266,24 +266,48 @@ std::optional<Blocks::Pair> Blocks::pairAt(ByteOffset at) const {
   return std::nullopt;
 }
 
+// Reads events one after the other, without a search for each.
+class Blocks::Reader {
+ public:
+  explicit Reader(const Blocks& blocks) : blocks_(blocks) {}
+  const FoldEvent& operator()(std::int64_t number) {
+    if (!part_ || number < part_->event || number - part_->event >= std::ssize(part_->stretch->events))
+      part_ = &blocks_.partOf(number);
+    return part_->stretch->events[static_cast<std::size_t>(number - part_->event)];
+  }
+
+ private:
+  const Blocks& blocks_;
+  const Part* part_ = nullptr;
+};
+
 std::optional<ByteRange> Blocks::around(ByteRange range) const {
   std::optional<ByteRange> best;
   bool layerFound = false, blockFound = false;
+  Reader read(*this);
+  // The text of a word is read only where the word may reach so far.
+  const auto isBefore = [&](std::int64_t number, ByteOffset offset) {
+    return at(number) + 2 * kLongWord < offset || wordOf(number).end < offset;
+  };
   for (std::int64_t number = eventFrom(range.begin + 1) - 1; number >= 0 && !(layerFound && blockFound); --number) {
-    const FoldEvent::Role role = event(number).role();
-    const std::int64_t partner = partner_[static_cast<std::size_t>(number)];
+    const FoldEvent& what = read(number);
+    const FoldEvent::Role role = what.role();
     const bool layer = role >= FoldEvent::layerOpen && role <= FoldEvent::layerClose;
+    if (layer ? layerFound : blockFound) continue;
+    const std::int64_t partner = partner_[static_cast<std::size_t>(number)];
     if (role == FoldEvent::close || role == FoldEvent::bracketClose) {   // over the block that it ends
-      if (partner >= 0 && wordOf(number).end <= range.begin && !blockFound) number = partner;
+      if (partner >= 0 && isBefore(number, range.begin + 1)) number = partner;
       continue;
     }
     if (partner == kNone || role == FoldEvent::layerMiddle || role == FoldEvent::runOpen || !opens(role)) continue;
     ByteRange block{at(number), text_.size()};
     if (role == FoldEvent::indent) {
-      const LineNo first = lineOf(number) - event(number - 1).number();
+      const LineNo first = lineOf(number) - read(number - 1).number();
+      if (first.value < 0) continue;   // the first line of the text is indented
       block.begin = text_.lineStart(first);
       if (partner >= 0) block.end = text_.lineEnd(lineOf(partner) - event(partner - 1).number());
     } else if (const std::int64_t closer = closerOf(number); closer >= 0) {
+      if (isBefore(closer, range.end)) continue;
       block.end = wordOf(closer).end;
     }
     const bool holds = block.begin <= range.begin && range.end <= block.end && block.length() > range.length();
@@ -301,6 +325,7 @@ std::optional<Fold> Blocks::foldOf(std::int64_t number) const {
   const std::int64_t lastLine = text_.lineCount() - 1;
   Fold fold{lineOf(number), LineNo(lastLine)};
   if (what.role() == FoldEvent::indent) fold.first = fold.first - event(number - 1).number();
+  if (fold.first.value < 0) return std::nullopt;   // the first line of the text is indented
   if (partner < 0) {
     if (lastLine > 0 && text_.lineStart(LineNo(lastLine)) == text_.size()) fold.last = LineNo(lastLine - 1);
   } else {
@@ -349,14 +374,16 @@ std::vector<Fold> Blocks::foldsAround(LineNo line, std::int64_t most, std::size_
     if (const auto fold = foldOf(number); fold && fold->first < line) folds.push_back(*fold);
     break;
   }
+  Reader read(*this);
   for (std::int64_t number = eventFromLine(line + 1) - 1; number >= 0 && most > 0 && folds.size() < enough; --number, --most) {
-    const FoldEvent::Role role = event(number).role();
+    const FoldEvent::Role role = read(number).role();
     const std::int64_t partner = partner_[static_cast<std::size_t>(number)];
     if ((role == FoldEvent::close || role == FoldEvent::bracketClose) && partner >= 0 &&
         lineOf(number) < line) {   // over the block that it ends
       number = partner;
       continue;
     }
+    if (!opens(role) || (partner >= 0 && lineOf(partner) < line)) continue;
     const auto fold = foldOf(number);
     if (!fold || fold->first >= line || fold->last < line) continue;
     if (!folds.empty() && folds.back().first == fold->first) folds.back().last = std::max(folds.back().last, fold->last);

@@ -50,6 +50,7 @@ class Blocks {
  private:
   static constexpr std::int32_t kNone = -1, kEnd = -2;   // kEnd: to the end of the text
   class Matching;
+  class Reader;
   const Part& partOf(std::int64_t event) const;
   const FoldEvent& event(std::int64_t number) const;
   ByteOffset at(std::int64_t number) const;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 namespace text {
 
@@ -228,7 +229,7 @@ class Scan {
   // A word with a sign before it: "`ifdef", "#  if". False: the byte is only a sign.
   bool readSigned(std::size_t end) {
     std::size_t from = at_ + 1;
-    const bool first = s_.substr(lineStart_, at_ - lineStart_).find_first_not_of(" \t") == std::string_view::npos;
+    const bool first = isFirst(at_);
     while (first && s_[at_] == '#' && from < end && kClasses.of[at(s_, from)] == blank) ++from;
     std::size_t stop = from;
     while (stop < end && kClasses.of[at(s_, stop)] == word) ++stop;
@@ -271,10 +272,17 @@ class Scan {
     after_ = -1;
   }
 
+  // Only blanks stand before it in its line.
+  bool isFirst(std::size_t at) {
+    if (std::exchange(indentOf_, lineStart_) != lineStart_)
+      indentEnd_ = std::min(s_.find_first_not_of(" \t", lineStart_), s_.size());
+    return at <= indentEnd_;
+  }
+
   void readListed(int number, std::size_t begin) {
     const FoldRules::Word& listed = rules_.words()[static_cast<std::size_t>(number)];
     hasCode_ = true;
-    const bool firstInLine = s_.substr(lineStart_, begin - lineStart_).find_first_not_of(" \t") == std::string_view::npos;
+    const bool firstInLine = isFirst(begin);
     if (listed.layer != FoldRules::Word::none) {
       if (listed.layer == FoldRules::Word::opens) state_.armDepth = state_.depth;
       else if (listed.layer == FoldRules::Word::middle) state_.depth = state_.armDepth;
@@ -370,7 +378,8 @@ class Scan {
   FoldState state_;
   FoldStretch result_;
   std::size_t at_ = 0, lineStart_ = 0;
-  std::int64_t line_ = 0, opener_ = -1, after_ = -1;   // events: the opener of the statement, the closer just before
+  std::size_t indentOf_ = std::string_view::npos, indentEnd_ = 0;   // see isFirst
+  std::int64_t line_ = 0, opener_ = -1, after_ = -1;                // events: the opener of the statement, the closer just before
   bool hasCode_ = false, hasComment_ = false;
 };
 
