@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t kHandles = 2000;                    // lines kept
 constexpr std::int64_t kTipLines = 12, kTipBytes = 400;   // of one line
 
-QString said(const char* text) { return QCoreApplication::translate("PaneFolds", text); }
+QString foldText(const char* text) { return QCoreApplication::translate("PaneFolds", text); }
 
 ByteRange rangeOf(const Caret& caret) { return {caret.begin(), caret.end()}; }
 
@@ -40,11 +40,11 @@ void PaneFolds::setAllowed(bool allowed) {
 
 std::shared_ptr<const text::Blocks> PaneFolds::blocks() {
   if (!allowed_) {
-    editor_.host().note(said(QT_TRANSLATE_NOOP("PaneFolds", "This text is not folded")));
+    editor_.host().note(foldText(QT_TRANSLATE_NOOP("PaneFolds", "This text is not folded")));
     return nullptr;
   }
   if (snapshot().size().value > BlockFinder::kLargest)
-    editor_.host().note(said(QT_TRANSLATE_NOOP("PaneFolds", "This text is too large to be folded by its blocks")));
+    editor_.host().note(foldText(QT_TRANSLATE_NOOP("PaneFolds", "This text is too large to be folded by its blocks")));
   return BlockFinder::of(editor_.model()).now(editor_.host());
 }
 
@@ -91,7 +91,7 @@ void PaneFolds::fold() {
     for (const Fold& fold : known->foldsAround(LineNo(lines.first)))
       if (!folds_.at(fold.first)) return chosen.push_back(fold);
   });
-  if (chosen.empty()) editor_.host().note(said(QT_TRANSLATE_NOOP("PaneFolds", "There is no block to fold here")));
+  if (chosen.empty()) editor_.host().note(foldText(QT_TRANSLATE_NOOP("PaneFolds", "There is no block to fold here")));
   add(std::move(chosen));
 }
 
@@ -130,7 +130,7 @@ void PaneFolds::foldLevel(int level) {
     }
     std::ranges::sort(chosen, {}, &Fold::first);
   }
-  if (chosen.empty()) editor_.host().note(said(QT_TRANSLATE_NOOP("PaneFolds", "There is no block to fold here")));
+  if (chosen.empty()) editor_.host().note(foldText(QT_TRANSLATE_NOOP("PaneFolds", "There is no block to fold here")));
   changeRows_([&] {
     folds_.set(chosen, map_);
     pullCarets();
@@ -148,7 +148,7 @@ void PaneFolds::foldSelection() {
     const LineRange lines = linesOf(range);
     if (lines.end - lines.first > 1) chosen.push_back({LineNo(lines.first), LineNo(lines.end - 1)});
   });
-  if (chosen.empty()) editor_.host().note(said(QT_TRANSLATE_NOOP("PaneFolds", "Select the lines to fold")));
+  if (chosen.empty()) editor_.host().note(foldText(QT_TRANSLATE_NOOP("PaneFolds", "Select the lines to fold")));
   add(std::move(chosen));
 }
 

@@ -11,9 +11,9 @@ using namespace text;
 using Part = ChangedLines::Part;
 
 namespace {
-constexpr int kLaterMs = 100;                // after the last change
-constexpr std::int64_t kAtOnce = 64 << 10;   // bytes compared before painting
-constexpr std::int64_t kMost = 64LL << 20;   // bytes of a part that are compared at all
+constexpr int kCompareAgainMs = 100;                 // after the last change
+constexpr std::int64_t kComparedAtOnce = 64 << 10;   // bytes compared before painting
+constexpr std::int64_t kMost = 64LL << 20;           // bytes of a part that are compared at all
 }   // namespace
 
 struct ChangeMarks::Job {
@@ -38,7 +38,7 @@ ChangeMarks& ChangeMarks::of(TextModel& model) {
 
 ChangeMarks::ChangeMarks(TextModel& model) : QObject(&model), model_(model), file_(model.snapshot()) {
   later_.setSingleShot(true);
-  later_.setInterval(kLaterMs);
+  later_.setInterval(kCompareAgainMs);
   connect(&later_, &QTimer::timeout, this, &ChangeMarks::start);
   connect(&model, &TextModel::changed, this, &ChangeMarks::textChanged);
   connect(&model, &TextModel::modifiedChanged, this, [this](bool modified) {
@@ -99,7 +99,7 @@ void ChangeMarks::textChanged(const Change& change) {
 void ChangeMarks::settle() {
   if (std::exchange(settled_, true)) return;
   std::vector<ChangedLines::Found> found;
-  std::int64_t left = kAtOnce;
+  std::int64_t left = kComparedAtOnce;
   bool all = true;
   for (const Part& part : lines_.parts()) {
     if (part.exact) continue;
@@ -107,7 +107,7 @@ void ChangeMarks::settle() {
     all = all && bytes <= left;
     if (bytes > left) continue;
     left -= bytes;
-    found.push_back({part.lines, hunksIn(file_, model_.snapshot(), part.lines, kAtOnce)});
+    found.push_back({part.lines, hunksIn(file_, model_.snapshot(), part.lines, kComparedAtOnce)});
     if (left <= 0) break;
   }
   lines_.refine(found);

@@ -11,7 +11,7 @@
 using namespace text;
 
 namespace {
-constexpr int kLaterMs = 300;   // after the last change
+constexpr int kReadAgainMs = 300;   // after the last change
 }
 
 struct HitLines::Job {
@@ -74,7 +74,7 @@ void HitLines::textChanged(const Change& change) {
   if (job_) job_->control.cancel = true;
   job_.reset();
   complete_ = false;
-  later_.start(kLaterMs);
+  later_.start(kReadAgainMs);
   if (change.reset) return lines_.clear();
   if (std::ranges::all_of(change.spans, [](const Change::Span& span) { return span.linesGrown() == 0; })) return;
   for (LineNo& line : lines_) line = change.mapLine(line, model_.snapshot());

@@ -15,13 +15,13 @@
 using text::LineNo;
 
 namespace {
-constexpr int kLaterMs = 60;   // after something changed
-constexpr int kNear = 2;       // pixels beside a mark at which a click still goes to it
+constexpr int kPaintAgainMs = 60;   // after something changed
+constexpr int kClickNear = 2;       // pixels beside a mark at which a click still goes to it
 }   // namespace
 
 MarkedBar::MarkedBar(Pane& pane) : QScrollBar(Qt::Vertical, &pane), pane_(pane) {
   later_.setSingleShot(true);
-  later_.setInterval(kLaterMs);
+  later_.setInterval(kPaintAgainMs);
   connect(&later_, &QTimer::timeout, this, [this] {
     known_ = false;
     update();
@@ -108,7 +108,7 @@ void MarkedBar::paintEvent(QPaintEvent* event) {
 std::optional<LineNo> MarkedBar::markAt(int y) {
   if (!known_) find();
   const int at = y - groove().top();
-  for (int away = 0; away <= kNear; ++away)
+  for (int away = 0; away <= kClickNear; ++away)
     for (const int pixel : {at - away, at + away})
       if (pixel >= 0 && pixel < static_cast<int>(pixels_.size()))
         for (const std::int64_t line : pixels_[static_cast<std::size_t>(pixel)].line)

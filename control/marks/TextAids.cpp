@@ -16,8 +16,8 @@ using text::LineNo;
 namespace {
 
 constexpr std::int64_t kLongestIndent = 400;   // bytes
-constexpr std::int64_t kAround = 25;           // lines looked at around a blank one
-constexpr std::size_t kLongestWord = 128;      // bytes
+constexpr std::int64_t kLinesAround = 25;      // lines looked at around a blank one
+constexpr std::size_t kLongestMarked = 128;    // bytes
 
 // The cells of the blanks that a line begins with; -1: it has nothing else.
 std::int64_t indentOf(const TextView& view, LineNo line) {
@@ -35,13 +35,14 @@ std::int64_t guidedCells(const TextView& view, LineNo line) {
   const std::int64_t own = indentOf(view, line);
   if (own >= 0) return own;
   std::int64_t above = -1, below = -1;
-  for (std::int64_t i = 1; i <= kAround && above < 0 && line.value - i >= 0; ++i) above = indentOf(view, LineNo(line.value - i));
-  for (std::int64_t i = 1; i <= kAround && below < 0 && line.value + i < view.snapshot().lineCount(); ++i)
+  for (std::int64_t i = 1; i <= kLinesAround && above < 0 && line.value - i >= 0; ++i)
+    above = indentOf(view, LineNo(line.value - i));
+  for (std::int64_t i = 1; i <= kLinesAround && below < 0 && line.value + i < view.snapshot().lineCount(); ++i)
     below = indentOf(view, LineNo(line.value + i));
   return std::min(above, below);
 }
 
-bool isWord(char c) { return (c & 0x80) != 0 || text::classOf(static_cast<unsigned char>(c)) == text::CharClass::word; }
+bool inWord(char c) { return (c & 0x80) != 0 || text::classOf(static_cast<unsigned char>(c)) == text::CharClass::word; }
 
 }   // namespace
 
@@ -56,8 +57,8 @@ std::vector<double> textAids::guidesOf(const TextView& view, LineNo line) {
 
 std::pair<std::int64_t, std::int64_t> textAids::withBlanksAround(const TextView& view, std::int64_t first, std::int64_t last) {
   const auto blank = [&](std::int64_t line) { return indentOf(view, LineNo(line)) < 0; };
-  const std::int64_t lines = view.snapshot().lineCount(), top = std::max<std::int64_t>(0, first - kAround),
-                     bottom = std::min(lines - 1, last + kAround);
+  const std::int64_t lines = view.snapshot().lineCount(), top = std::max<std::int64_t>(0, first - kLinesAround),
+                     bottom = std::min(lines - 1, last + kLinesAround);
   while (first > top && blank(first - 1)) --first;
   while (last < bottom && blank(last + 1)) ++last;
   return {first, last};
@@ -81,7 +82,7 @@ std::vector<ByteRange> textAids::places(const text::Snapshot& text, const Row& r
   const std::string bytes = text.bytes({from, to});
   for (std::size_t at = bytes.find(word); at != std::string::npos; at = bytes.find(word, at + word.size())) {
     const std::size_t behind = at + word.size();
-    if ((at > 0 && isWord(bytes[at - 1])) || (behind < bytes.size() && isWord(bytes[behind]))) continue;
+    if ((at > 0 && inWord(bytes[at - 1])) || (behind < bytes.size() && inWord(bytes[behind]))) continue;
     found.push_back({from + static_cast<std::int64_t>(at), from + static_cast<std::int64_t>(behind)});
   }
   return found;
@@ -92,9 +93,9 @@ std::string SameWord::atCaret() const {
   const text::SelectionState& s = editor.selection();
   if (s.anchor != s.caret || s.column || carets::several(editor) || !pane_.view().state().options->aids.markWord) return {};
   const ByteRange range = text::wordNear(editor.snapshot(), s.caret);
-  if (range.length() < 2 || range.length() > static_cast<std::int64_t>(kLongestWord)) return {};
+  if (range.length() < 2 || range.length() > static_cast<std::int64_t>(kLongestMarked)) return {};
   std::string word = editor.snapshot().bytes(range);
-  const bool name = isWord(word[0]) && !(word[0] >= '0' && word[0] <= '9');
+  const bool name = inWord(word[0]) && !(word[0] >= '0' && word[0] <= '9');
   return name ? word : std::string();
 }
 

@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr double kNear = 0.01;              // pixels
-constexpr std::size_t kLongestWord = 256;   // clusters shaped together
-constexpr double kSteps = 16;               // of how much wider words are drawn, between 0 and 1
-constexpr double kWidest = 1.2;             // a word is drawn at most so much wider than it is; else it stands in the middle
+constexpr double kSamePlace = 0.01;        // pixels
+constexpr std::size_t kMostShaped = 256;   // clusters shaped together
+constexpr double kSteps = 16;              // of how much wider words are drawn, between 0 and 1
+constexpr double kWidestDrawn = 1.2;       // a word is drawn at most so much wider than it is; else it stands in the middle
 
 shape::Sign signOf(const LayoutItem& item, char32_t code) {
   switch (item.kind) {
@@ -130,7 +130,7 @@ void LineLayout::join(std::string_view bytes, std::span<const char32_t> codes, c
     std::size_t end = i + 1;
     if (joins(i)) {
       const QChar::Script script = shape::scriptOf(codes[i]);
-      while (end < items_.size() && end - i < kLongestWord && joins(end) && !items_[end].opens &&
+      while (end < items_.size() && end - i < kMostShaped && joins(end) && !items_[end].opens &&
              items_[end].rightToLeft == items_[i].rightToLeft && shape::scriptOf(codes[end]) == script)
         ++end;
       if (end - i > 1) joinWord(bytes, i, end, metrics);
@@ -155,7 +155,7 @@ void LineLayout::joinWord(std::string_view bytes, std::size_t first, std::size_t
   LayoutWord word{metrics.word(text, lengths), 0, 1};
   if (word.shaped.advance <= 0) return;
   // In few steps: for each one the font keeps its signs, and draws those of others anew each time.
-  word.scale = std::max(std::floor(std::min(total / word.shaped.advance, kWidest) * kSteps), 1.0) / kSteps;
+  word.scale = std::max(std::floor(std::min(total / word.shaped.advance, kWidestDrawn) * kSteps), 1.0) / kSteps;
   const double spare = (total - word.shaped.advance * word.scale) / 2;
   word.x = left + spare;
   std::vector<double> ends;   // from where the word begins
@@ -205,8 +205,8 @@ std::vector<LayoutPiece> LineLayout::pieces(std::int64_t begin, std::int64_t end
   for (; it != items_.end() && it->byte < end; ++it) {
     if (it->byte + it->bytes <= begin) continue;
     const double from = it->x, to = it->x + it->width;
-    if (!all.empty() && std::abs(all.back().to - from) < kNear) all.back().to = to;
-    else if (!all.empty() && std::abs(all.back().from - to) < kNear) all.back().from = from;
+    if (!all.empty() && std::abs(all.back().to - from) < kSamePlace) all.back().to = to;
+    else if (!all.empty() && std::abs(all.back().from - to) < kSamePlace) all.back().from = from;
     else all.push_back({from, to});
   }
   return all;
@@ -215,7 +215,7 @@ std::vector<LayoutPiece> LineLayout::pieces(std::int64_t begin, std::int64_t end
 // The place in front of an item, or the one at the other side of its edge if only that is shown there.
 std::int64_t LineLayout::atEdge(const LayoutItem& item, bool right) const {
   const double edge = item.beginX();
-  const auto isNear = [](double a, double b) { return std::abs(a - b) < kNear; };
+  const auto isNear = [](double a, double b) { return std::abs(a - b) < kSamePlace; };
   if (isNear(xOf(item.byte), edge)) return item.byte;
   if (std::ranges::any_of(rowEdges_, [&](double x) { return isNear(x, edge); })) return item.byte;
   const auto beside = std::ranges::find_if(items_, [&](const LayoutItem& i) { return isNear(right ? i.x : i.x + i.width, edge); });
