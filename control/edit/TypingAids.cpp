@@ -6,7 +6,8 @@
 
 TypingAids TypingAids::usual() {
   TypingAids aids;
-  aids.completeTyped = aids.closeBrackets = aids.surround = aids.markWord = aids.indentGuides = aids.changeMarks = aids.barMarks = true;
+  aids.completeTyped = aids.closeBrackets = aids.surround = aids.markWord = aids.indentGuides = aids.changeMarks = aids.barMarks =
+      true;
   return aids;
 }
 
