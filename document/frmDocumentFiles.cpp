@@ -188,11 +188,18 @@ bool frmDocument::SaveDocumment(const QString& path) {
     return cmx->SaveFile(path, guard);
   };
   if (!makeFolderOf(path)) return false;
+  const std::uint64_t before = cmx->model()->document().revision();
+  std::uint64_t trimmed = before;
   if (cmx->Aids().trimChanged && !cmx->ReadOnly()) {
     const OwnBox box(*this);
     keyMacros().pause([&] { cmx->ExecuteCmd(anyCommandByName(QStringLiteral("TRIMCHANGEDLINES"))->id); });
     if (box.documentIsGone()) return false;
+    trimmed = cmx->model()->document().revision();
   }
+  const auto notSaved = [&] {   // the text is as it was
+    if (trimmed != before && cmx->model()->document().revision() == trimmed) cmx->editor().undo();
+    return false;
+  };
   text::SaveResult result = save(true);
   if (result.changedOnDisk && !text::fileExists(fromQString(path))) {
     result = save(false);   // the file is gone: nothing would be overwritten
@@ -200,14 +207,14 @@ bool frmDocument::SaveDocumment(const QString& path) {
     const OwnBox box(*this);
     const QString question = tr("%1 has been changed on disk by another program.\r\nDo you want to overwrite it?");
     if (MsgBox(question.arg(plainForDisplay(path)), savingTitle(path), Icon::exclamation, Buttons::yesNo) != Answer::yes)
-      return false;
+      return box.documentIsGone() ? false : notSaved();
     if (box.documentIsGone()) return false;
     result = save(false);
   }
   if (!result.ok()) {
     const OwnBox box(*this);
     tellSaveError(path, toQString(result.error));
-    return false;
+    return box.documentIsGone() ? false : notSaved();
   }
   shared_->stampTakenNs = nowNs();
   if (shared_->recovery) shared_->recovery->saved();

@@ -37,7 +37,11 @@ int filterEntryOf(const frmDocument& document) { return document.LanguageIndex()
 
 // A recovered text differs from its file, which is read for that.
 void markChanges(const std::shared_ptr<TextModel>& model, const text::RecoveredText& found) {
-  const auto read = [path = found.about.path] { return std::make_shared<text::LoadedFile>(text::loadFile(path)); };
+  const auto read = [path = found.about.path, format = found.about.format] {
+    text::LoadOptions options;
+    options.format = format;
+    return std::make_shared<text::LoadedFile>(text::loadFile(path, options));
+  };
   const auto mark = [model = model.get(), base = found.text](const std::shared_ptr<text::LoadedFile>& file) {
     ChangeMarks& marks = ChangeMarks::of(*model);
     if (file->error.empty() && marks.file().sameAs(base)) marks.setFile(file->text);   // else it was saved since

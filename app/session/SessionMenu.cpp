@@ -72,6 +72,7 @@ void Session::close() {
   goOnWithLast();
   show();
   restoreTexts();
+  touch(0);
 }
 
 void Session::goOnWithLast() {

@@ -5,6 +5,8 @@
 #include "bench/Application.h"
 #include "bench/Bench.h"
 #include "control/CodeMax.h"
+#include "control/complete/Completer.h"
+#include "control/edit/Carets.h"
 #include "control/folds/PaneFolds.h"
 #include "control/keys/KeyCommands.h"
 #include "control/view/Pane.h"
@@ -147,6 +149,39 @@ void FoldedFile(benchmark::State& state) {
   }
 }
 BENCHMARK(FoldedFile)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+// Keys at many carets, and with the list of words.
+void CaretsAndWords(benchmark::State& state) {
+  for (auto _ : state) {
+    Window window;
+    window.load(bench::verilogFile(100 * bench::MB));
+    const auto keys = [&](const std::string& what, int count, double most) {
+      double sum = 0, worst = 0;
+      for (int i = 0; i < count; ++i) {
+        const double took = window.press(Qt::Key_A, {}, QStringLiteral("a"));
+        sum += took;
+        worst = std::max(worst, took);
+      }
+      milliseconds(what, sum / count, most);
+      milliseconds("  the slowest of " + std::to_string(count), worst, 0);
+    };
+    Editor& editor = window.control->editor();
+    std::vector<Caret> list;
+    for (text::LineNo line(1000); line.value < 2000; ++line)
+      list.push_back({editor.snapshot().lineStart(line), editor.snapshot().lineStart(line)});
+    carets::set(editor, std::move(list), 0);
+    keys("1,000 carets in 100 MB: a key until painted", 50, 30);
+    carets::drop(editor);
+    TypingAids aids;
+    aids.completeTyped = true;
+    window.control->setAids(aids);
+    Completer words(*window.control);
+    const qint64 middle = window.control->LineCount() / 2;
+    window.control->SetSel({middle, 0, middle, 0, false});
+    keys("words offered in 100 MB: a key until painted", 20, 20);
+  }
+}
+BENCHMARK(CaretsAndWords)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void LongLine(benchmark::State& state) {
   for (auto _ : state) {

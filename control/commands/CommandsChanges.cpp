@@ -20,7 +20,9 @@ std::pair<LineNo, LineNo> markedBy(const LineHunk& hunk, const Snapshot& text) {
 }
 
 void goToChange(Editor& e, bool forward) {
-  const auto& parts = ChangeMarks::of(e.model()).now(e.host());
+  const auto known = ChangeMarks::of(e.model()).now(e.host());
+  if (!known) return;
+  const auto& parts = *known;
   if (parts.empty()) return e.host().note(QCoreApplication::translate("Editor", "No line differs from the file"));
   const LineNo line = caretLine(e);
   const auto beginOf = [&](const ChangedLines::Part& part) { return markedBy(part.lines, e.snapshot()).first; };
@@ -44,13 +46,14 @@ void gotoPreviousChange(Editor& e, const QVariant&) { goToChange(e, false); }
 void revertChange(Editor& e, const QVariant&) {
   if (EditorAccess::isGuarded(e)) return;
   ChangeMarks& marks = ChangeMarks::of(e.model());
-  const auto& parts = marks.now(e.host());
+  const auto parts = marks.now(e.host());
+  if (!parts) return;
   const Snapshot text = e.snapshot();
   std::vector<std::pair<LineNo, LineNo>> chosen;   // lines of the selections, inclusive
   const auto choose = [&](ByteOffset begin, ByteOffset end) {
     const LineNo first = text.lineAt(begin);
     LineNo last = text.lineAt(end);
-    if (last > first && text.lineStart(last) == end) last = last - 1;   // nothing of it is selected
+    if (last > first && text.lineStart(last) == end && end < text.size()) last = last - 1;   // nothing of it is selected
     chosen.push_back({first, last});
   };
   const SelectionState& s = e.selection();
@@ -59,7 +62,7 @@ void revertChange(Editor& e, const QVariant&) {
   std::ranges::sort(chosen);
   std::vector<Edit> edits;
   auto at = chosen.begin();
-  for (const ChangedLines::Part& part : parts) {
+  for (const ChangedLines::Part& part : *parts) {
     const auto [first, last] = markedBy(part.lines, text);
     while (at != chosen.end() && at->second < first) ++at;
     if (at == chosen.end()) break;

@@ -104,8 +104,8 @@ void ChangeMarks::settle() {
   for (const Part& part : lines_.parts()) {
     if (part.exact) continue;
     const std::int64_t bytes = bytesOf(file_, model_.snapshot(), part.lines) + 100;
-    all = all && bytes <= left;
-    if (bytes > left) continue;
+    all = bytes <= left;
+    if (!all) break;
     left -= bytes;
     found.push_back({part.lines, hunksIn(file_, model_.snapshot(), part.lines, kComparedAtOnce)});
     if (left <= 0) break;
@@ -138,16 +138,17 @@ void ChangeMarks::start() {
 
 const std::vector<Part>& ChangeMarks::parts() const { return hasFile() ? lines_.parts() : none_; }
 
-const std::vector<Part>& ChangeMarks::now(EditorHost& host) {
+std::optional<std::vector<Part>> ChangeMarks::now(EditorHost& host) {
+  if (!model_.stamp) return none_;
   settle();
   Job job;
   std::int64_t bytes = 0;
   for (const Part& part : lines_.parts()) {
-    if (part.exact || !hasFile()) continue;
+    if (part.exact && !part.joined) continue;
     job.found.push_back({part.lines, {}});
     bytes += std::min(kMost, bytesOf(file_, model_.snapshot(), part.lines));
   }
-  if (job.found.empty()) return parts();
+  if (job.found.empty()) return lines_.parts();
   job.file = file_;
   job.text = model_.snapshot();
   bool cancelled = false;
@@ -155,11 +156,11 @@ const std::vector<Part>& ChangeMarks::now(EditorHost& host) {
     job.run(&control.cancel);
     cancelled = control.cancel;
   });
-  if (!cancelled && job.text.sameAs(model_.snapshot()) && job.file.sameAs(file_)) {
-    lines_.refine(job.found);
-    emit changed();
-  }
-  return parts();
+  if (cancelled || !job.text.sameAs(model_.snapshot()) || !job.file.sameAs(file_)) return std::nullopt;
+  std::vector<Part> all = lines_.refined(job.found);
+  lines_.refine(job.found);
+  emit changed();
+  return all;
 }
 
 ChangeMarks::Line ChangeMarks::at(LineNo begin, LineNo end) const {

@@ -32,8 +32,8 @@ class ChangeMarks : public QObject {
   void settle();
   // Of the present text, as far as known: lines that may be equal count as changed. settle() first.
   const std::vector<text::ChangedLines::Part>& parts() const;
-  // The same, compared before it returns if need be, as long work of the host.
-  const std::vector<text::ChangedLines::Part>& now(EditorHost& host);
+  // What differs, compared before it returns if need be, as long work of the host; also from a file that is gone. Nothing: cancelled.
+  std::optional<std::vector<text::ChangedLines::Part>> now(EditorHost& host);
 
   struct Line {
     enum class Kind { same, added, changed } kind = Kind::same;

@@ -521,7 +521,7 @@ bool PanePainter::holdsHit(std::int64_t first, std::int64_t last) {
 
 void PanePainter::paintHidden(std::int64_t line) {
   const QRectF box = foldMarks::boxOf(view_, line);
-  if (box.isEmpty()) return;
+  if (box.isEmpty() || !look_.folds) return;   // the line at the top has none
   const QColor window = color(ColorSlot::Window), ink = color(ColorSlot::Text);
   const std::int64_t hidden = look_.folds->hiddenBehind(LineNo(line));
   const bool hit = holdsHit(line + 1, line + hidden);

@@ -167,6 +167,26 @@ TEST_F(Folds, TheBlockAtTheTop) {
   EXPECT_EQ(viewport()->y(), 0);
 }
 
+TEST_F(Folds, WhatOpensShowsAllThatCameIntoIt) {
+  put("|head {\n  one\n}\nrest\n");
+  control.editor().setSelection({text::ByteOffset(0), text::ByteOffset(15), 0, 0, false});
+  run("FOLDSELECTION");
+  EXPECT_EQ(shown(), "head {+2 rest ");
+  const std::vector<text::Edit> breaks{{{text::ByteOffset(6), text::ByteOffset(6)}, "\n"},
+                                       {{text::ByteOffset(14), text::ByteOffset(14)}, "\n"}};
+  control.model()->document().apply(breaks, {});
+  EXPECT_EQ(shown(), "head {  one }  rest ");
+  // The first line of a folded stretch may be the one at the top.
+  put(("|f {\n" + std::string("  a;\n") + "  b;\n" + std::string(300, '\n') + "}\n").c_str());
+  control.setStickyLine(true);
+  ASSERT_TRUE(handlesCome(0));
+  control.editor().setSelection({text::ByteOffset(0), text::ByteOffset(8), 0, 0, false});
+  run("FOLDSELECTION");
+  pane()->setTopLine(100);
+  EXPECT_EQ(pane()->findChild<StickyLine*>()->line(), 0);
+  EXPECT_FALSE(control.grab().isNull());
+}
+
 TEST_F(Folds, MarginAndBox) {
   put(kNested);
   ASSERT_TRUE(handlesCome(0));

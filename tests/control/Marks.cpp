@@ -149,8 +149,11 @@ TEST_F(Marks, ChangedLinesAreTrimmedWhereBlanksMeanNothing) {
   EXPECT_EQ(now(), "new\nkept\\  \nat caret  |\nsame  \nlast");
   run("UNDO");   // one step
   EXPECT_EQ(bytes(), "new\t \nkept\\  \nat caret    \nsame  \nlast");
-  control.model()->stamp.reset();   // no file: every line is new
+  control.model()->stamp.emplace();   // the file is gone: the other lines are still those that it had
   control.SetSel({4, 0, 4, 0, false});
+  run("TRIMCHANGEDLINES");
+  EXPECT_EQ(bytes(), "new\nkept\\  \nat caret\nsame  \nlast");
+  control.model()->stamp.reset();   // no file: every line is new
   run("TRIMCHANGEDLINES");
   EXPECT_EQ(bytes(), "new\nkept\\  \nat caret\nsame\nlast");
 }

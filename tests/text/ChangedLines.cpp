@@ -79,6 +79,25 @@ TEST(ChangedLines, RandomEditsKeepWhatIsOutsideEqual) {
   }
 }
 
+TEST(ChangedLines, JoinedPartsAreToldApartForWork) {
+  std::string text;
+  for (int i = 0; i < 60; ++i) text += std::to_string(i) + '\n';
+  Document document;
+  document.reset(Snapshot(text));
+  const Snapshot file = document.snapshot();
+  ChangedLines changed(5);
+  const auto heard = document.subscribe([&](const Change& change) { changed.edit(change); });
+  for (std::int64_t line = 0; line < 60; line += 6)
+    document.apply(Edit{{document.snapshot().lineStart(LineNo(line)), document.snapshot().lineStart(LineNo(line))}, "x"}, {});
+  EXPECT_LE(changed.parts().size(), 5u);
+  std::vector<ChangedLines::Found> found;
+  for (const ChangedLines::Part& part : changed.parts())
+    found.push_back({part.lines, hunksIn(file, document.snapshot(), part.lines, 1 << 20)});
+  std::int64_t lines = 0;
+  for (const ChangedLines::Part& part : changed.refined(found)) lines += part.lines.afterEnd - part.lines.afterBegin;
+  EXPECT_EQ(lines, 10);
+}
+
 TEST(ChangedLines, HunksAreRevertedByteByByte) {
   const auto reverted = [](const char* before, const char* after, LineHunk hunk, LineMode mode = LineMode::lf) {
     Document document;

@@ -90,7 +90,7 @@ void ChangedLines::edit(const Change& change) {
       }
     }
     Part merged = partOf(begin - ofParts, end - ofParts - partsHere, begin + ofSpans, end + ofSpans + spansHere);
-    if (!touched) merged.exact = only->exact;
+    if (!touched) merged.exact = only->exact, merged.joined = only->joined;
     ofParts += partsHere;
     ofSpans += spansHere;
     if (!nothing(merged)) made.push_back(merged);
@@ -110,7 +110,7 @@ void ChangedLines::thin() {
       }
       last.beforeEnd = parts_[i].lines.beforeEnd;
       last.afterEnd = parts_[i].lines.afterEnd;
-      parts_[kept].exact = true;   // to compare it again would bring them back
+      parts_[kept].exact = parts_[kept].joined = true;   // to compare it again would bring them back
     }
     parts_.resize(kept + 1);
   }
@@ -118,19 +118,23 @@ void ChangedLines::thin() {
 
 void ChangedLines::refine(const std::vector<Found>& found) {
   if (found.empty()) return;
+  parts_ = refined(found);
+  thin();
+}
+
+std::vector<Part> ChangedLines::refined(const std::vector<Found>& found) const {
   std::vector<Part> made;
   made.reserve(parts_.size() + found.size());
   auto next = found.begin();
   for (const Part& part : parts_) {
     while (next != found.end() && next->part.afterBegin < part.lines.afterBegin) ++next;
-    if (part.exact || next == found.end() || !(next->part == part.lines)) {
+    if ((part.exact && !part.joined) || next == found.end() || !(next->part == part.lines)) {
       made.push_back(part);
       continue;
     }
     for (const LineHunk& hunk : next->hunks) made.push_back({hunk, true});
   }
-  parts_ = std::move(made);
-  thin();
+  return made;
 }
 
 std::int64_t bytesOf(const Snapshot& before, const Snapshot& after, const LineHunk& part) {

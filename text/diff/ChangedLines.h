@@ -22,6 +22,7 @@ class ChangedLines {
   struct Part {
     LineHunk lines;
     bool exact = false;
+    bool joined = false;   // of several that were exact: between them lines may be equal
   };
   const std::vector<Part>& parts() const { return parts_; }
 
@@ -34,8 +35,9 @@ class ChangedLines {
     LineHunk part;
     std::vector<LineHunk> hunks;
   };
-  // For parts that are not exact, ascending; those that have changed since are left alone.
+  // For parts that are not exact or joined, ascending; those that have changed since are left alone.
   void refine(const std::vector<Found>& found);
+  std::vector<Part> refined(const std::vector<Found>& found) const;   // those, however many
 
   // The first part that ends behind the line, or is empty in `after` and stands at or behind it.
   std::size_t partFrom(LineNo after) const;

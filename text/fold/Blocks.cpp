@@ -369,7 +369,7 @@ std::vector<Fold> Blocks::foldsAround(LineNo line, std::int64_t most, std::size_
   std::vector<Fold> folds = foldsIn(line, line + 1);
   const auto count = static_cast<std::int64_t>(partner_.size());
   // An indented block whose blank lines above its event hold the line.
-  for (std::int64_t number = eventFromLine(line + 1); rules_->indent() && number < count; ++number) {
+  for (std::int64_t number = eventFromLine(line + 1); rules_->indent() && number < count && most > 0; ++number, --most) {
     if (event(number).role() != FoldEvent::indent) continue;
     if (const auto fold = foldOf(number); fold && fold->first < line) folds.push_back(*fold);
     break;

@@ -110,8 +110,14 @@ void FoldedLines::onChange(const Change& change, const Snapshot& now, DisplayMap
                                    : fold.first > below ? Fold{fold.first + grown, fold.last + grown}
                                                         : moved(fold, change, now);
     if (!to) {
+      // With the lines that came within it or at its end.
+      const auto behind = std::partition_point(change.spans.begin(), change.spans.end(),
+                                               [&](const Change::Span& s) { return s.oldLine <= fold.last; });
       from = std::min(from, change.mapLine(fold.first, now, Bias::left));
       end = std::max(end, change.mapLine(fold.last, now) + 1);
+      if (behind != change.spans.begin())
+        end = std::max({end, fold.last + std::prev(behind)->linesGrown() + 1,
+                        std::prev(behind)->firstLine + std::prev(behind)->linesInserted + 1});
     } else if (kept > 0 && folds_[kept - 1].first == to->first) {
       folds_[kept - 1].last = std::max(folds_[kept - 1].last, to->last);
     } else {
@@ -121,6 +127,8 @@ void FoldedLines::onChange(const Change& change, const Snapshot& now, DisplayMap
   folds_.resize(kept);
   try {
     if (from >= end) return;
+    if (folds_.empty()) return map.showAll();
+    end = std::min(end, LineNo(map.lines()));
     map.show(from, end);
     hide(from, end, map);
   } catch (const std::bad_alloc&) { showAll(map); }
