@@ -206,7 +206,8 @@ void insertUnicode(Editor& e, const QVariant& argument) {
         QCoreApplication::translate("Editor", "Write the number of the character in hexadecimal first, such as 20AC"));
   if (character.empty())
     return e.host().note(QCoreApplication::translate(
-        "Editor", "%1 is not the number of a character: these go to 10FFFF, without 0 to 1F and D800 to DFFF").arg(number));
+                             "Editor", "%1 is not the number of a character: these go to 10FFFF, without 0 to 1F and D800 to DFFF")
+                             .arg(number));
   if (e.selection().column) e.replaceSelection(toQString(character));
   else EditorAccess::put(e, range, character);
 }
