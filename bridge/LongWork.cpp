@@ -97,9 +97,12 @@ class Waiter {
   void underWindow(QWidget* window, const QString& what, bool mayCancel) {
     const ModalGuard guard;
     QEventLoop loop;
-    const QScopedValueRollback cancel(running().cancel, std::function<void()>([&loop] { loop.quit(); }));
     std::unique_ptr<Progress> progress;
-    bool isQuiet = true;
+    bool isQuiet = true, isCancelled = false;
+    const QScopedValueRollback cancel(running().cancel, std::function<void()>([&] {
+                                        isCancelled = true;
+                                        loop.quit();
+                                      }));
     QTimer look;
     QObject::connect(&look, &QTimer::timeout, &loop, [&] {
       if (progress) progress->tell(percent());
@@ -111,7 +114,7 @@ class Waiter {
       loop.quit();
     });
     loop.exec(QEventLoop::ExcludeUserInputEvents);
-    if (isQuiet || ready()) return;
+    if (isQuiet || isCancelled || ready()) return;   // both timers may have come at once
     progress = std::make_unique<Progress>(what, mayCancel, window);
     if (mayCancel) QObject::connect(progress.get(), &QProgressDialog::canceled, &loop, &QEventLoop::quit);
     progress->show();   // before any setValue(): that runs events, and Cancel would not be connected yet
