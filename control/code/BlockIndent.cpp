@@ -57,6 +57,9 @@ bool hasLoneStatements(const BlockWords& blocks) {
   return !opens("if") && (opens("{") || opens("begin"));
 }
 
+// In shells a line ends its statement, unless a backslash does not let it.
+bool endsWithLine(const BlockWords& blocks) { return blocks.classify(QStringLiteral("fi")).closes(); }
+
 struct Open {
   LineNo line{0}, base{0};   // line: where it is; base: where the statement around it begins
   bool bracket = false, twice = false;
@@ -71,7 +74,8 @@ class LookBack {
         tabSize_(options.tabSize),
         expand_(options.expandTabs),
         hasHeaders_(hasLoneStatements(blocks)),
-        hasDirectives_(hasHeaders_ && blocks.classify(QStringLiteral("{")).opens()) {
+        hasDirectives_(hasHeaders_ && blocks.classify(QStringLiteral("{")).opens()),
+        endsWithLine_(endsWithLine(blocks)) {
     last_ = text_.lineAt(end);
     LineNo first = last_;
     while (first.value > 0 && last_.value - first.value < kLinesSearched && end - text_.lineStart(first - 1) < kBytesBack &&
@@ -158,7 +162,8 @@ class LookBack {
       any = true;
     }
     const bool inBracket = !open_.empty() && open_.back().bracket;
-    if (any && !inBracket && (middleFirst_ || (opened_ && !awaitsIs_))) resetStatement();   // the lines of the block follow
+    if (any && !inBracket && (middleFirst_ || (opened_ && !awaitsIs_) || (endsWithLine_ && !all.ends_with('\\'))))
+      resetStatement();   // the lines of the block follow
   }
 
   void readPiece(std::string_view piece, bool word, LineNo line, bool first) {
@@ -256,7 +261,7 @@ class LookBack {
   const Snapshot text_;
   const BlockWords& blocks_;
   const int tabSize_;
-  const bool expand_, hasHeaders_, hasDirectives_;
+  const bool expand_, hasHeaders_, hasDirectives_, endsWithLine_;
   LineNo last_{0};
   std::vector<Open> open_;
   std::map<std::int64_t, std::int64_t> begins_;   // for lines that close brackets of earlier lines: where those statements began

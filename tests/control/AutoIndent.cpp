@@ -25,6 +25,14 @@ void registerLanguages() {
   c.BlockStart = QStringLiteral("{");
   c.BlockEnd = QStringLiteral("}");
   LanguageTable::registerLanguage(QStringLiteral("c"), c);
+  CmLanguage shell;
+  shell.CaseSensitive = true;
+  shell.SingleLineComments = QStringLiteral("#");
+  shell.StringDelims = QStringLiteral("\"");
+  shell.BlockStart = QStringLiteral("if\nfor\nwhile\ncase");
+  shell.BlockMid = QStringLiteral("then\ndo\nelse\nelif");
+  shell.BlockEnd = QStringLiteral("fi\ndone\nesac");
+  LanguageTable::registerLanguage(QStringLiteral("shell"), shell);
 }
 
 }   // namespace
